@@ -1,0 +1,26 @@
+# How this project compiles its own sources. Users of the installed library inherit none of it.
+include(CheckCXXCompilerFlag)
+
+add_library(vx_build_rules INTERFACE)
+target_compile_features(vx_build_rules INTERFACE cxx_std_20 c_std_11)
+target_compile_options(vx_build_rules INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Werror
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+    -fno-omit-frame-pointer)
+
+# Unique symbols would pin the library in a process after dlclose.
+check_cxx_compiler_flag(-fno-gnu-unique VX_HAS_NO_GNU_UNIQUE)
+if(VX_HAS_NO_GNU_UNIQUE)
+    target_compile_options(vx_build_rules INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+if(VX_SANITIZE)
+    target_compile_options(vx_build_rules INTERFACE -fsanitize=${VX_SANITIZE} -fno-sanitize-recover=all)
+    target_link_options(vx_build_rules INTERFACE -fsanitize=${VX_SANITIZE})
+endif()
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)

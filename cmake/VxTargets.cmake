@@ -1,0 +1,37 @@
+# One of the two libraries, with what holds for both: names, version, border, headers that compile alone.
+function(vx_add_library name)
+    add_library(${name})
+    add_library(vxlib4::${name} ALIAS ${name})
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vx_build_rules>)
+    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}
+        VERIFY_INTERFACE_HEADER_SETS ON)
+    if(BUILD_SHARED_LIBS)
+        set(script ${CMAKE_CURRENT_SOURCE_DIR}/${name}.map)
+        target_link_options(${name} PRIVATE -Wl,--version-script=${script} -Wl,-z,defs)
+        set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${script})
+    endif()
+endfunction()
+
+# Adds to a library from the folder that calls: vx_sources(vxlib4 HEADERS public.h... SOURCES source.cpp private.h...)
+function(vx_sources target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;SOURCES")
+    if(arg_SOURCES)
+        target_sources(${target} PRIVATE ${arg_SOURCES})
+    endif()
+    if(arg_HEADERS)
+        target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
+    endif()
+endfunction()
+
+# A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). The label "threads" puts it into the run
+# under ThreadSanitizer.
+function(vx_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LABELS;SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE vx_build_rules vxsys4 ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+endfunction()

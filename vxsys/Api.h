@@ -1,0 +1,8 @@
+#pragma once
+
+/// Marks what the platform layer exports; everything else stays hidden.
+#if defined(__GNUC__)
+#define VXSYS_API __attribute__((visibility("default")))
+#else
+#define VXSYS_API
+#endif

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "vxsys/Api.h"
+
+#include <cstdint>
+
+/// Files by 32-bit handles (descriptors) and paths in the grammar with backslashes and drives; "/" separates as well,
+/// and drive C: is the root of the file system. Results are negative for failure.
+extern "C" {
+
+inline constexpr std::uint32_t VX_FILE_INVALID_HANDLE = 0xFFFFFFFF;
+
+inline constexpr std::uint32_t VX_FILE_READ = 0x80000000;
+inline constexpr std::uint32_t VX_FILE_WRITE = 0x40000000;
+/// Made when missing.
+inline constexpr std::uint32_t VX_FILE_CREATE = 0x100;
+/// Cut to nothing at the opening.
+inline constexpr std::uint32_t VX_FILE_TRUNCATE = 0x200;
+/// Positioned at the end at the opening.
+inline constexpr std::uint32_t VX_FILE_AT_END = 0x8;
+
+/// Opens close-on-exec. `access` is the mode of a file that is made, less the process's mask. `*handle` is
+/// `VX_FILE_INVALID_HANDLE` after a failure. A directory is not opened for reading: it gives the code for denied access.
+VXSYS_API std::int32_t VXFileOpen(
+    const char16_t* path, std::uint32_t flags, std::int32_t access, std::uint32_t* handle) noexcept;
+VXSYS_API std::int32_t VXFileClose(std::uint32_t handle) noexcept;
+/// Bytes in the file.
+VXSYS_API std::int32_t VXFileGetSize(std::uint32_t handle, std::int64_t* size) noexcept;
+
+/// One system read of up to `length` bytes; `*done` is 0 at the end of the file and after a failure.
+VXSYS_API std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32_t length, std::int32_t* done) noexcept;
+/// One system write; `*done` may be less than `length`. A closed pipe is a result, never a signal.
+VXSYS_API std::int32_t VXFileWrite(
+    std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
+VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle) noexcept;
+/// Flushes to disk. What cannot be flushed, a pipe or a terminal, counts as flushed.
+VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
+
+/// The full, normalised form of `path` ("C:\..."), zero-terminated in `target` of `size` units. A text that does not fit
+/// gives RESULT_BUFFER_TOO_SMALL. Nothing needs to exist.
+VXSYS_API std::int32_t VXPathExpand(const char16_t* path, char16_t* target, std::int32_t size) noexcept;
+/// The current directory ("C:\home\me") and the directory for temporary files ("C:\tmp\", with its separator), in the
+/// same form, under the same rule of size.
+VXSYS_API std::int32_t VXPathGetCurrent(char16_t* target, std::int32_t size) noexcept;
+VXSYS_API std::int32_t VXPathGetTemp(char16_t* target, std::int32_t size) noexcept;
+}

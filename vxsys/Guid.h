@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+/// A 128-bit identifier of an interface or a class. The fields are numbers of the machine; only the text form has a
+/// byte order of its own.
+struct _GUID {
+    std::uint32_t Data1;
+    std::uint16_t Data2;
+    std::uint16_t Data3;
+    std::uint8_t Data4[8];
+};
+
+static_assert(sizeof(_GUID) == 16, "an identifier crosses component borders as 16 bytes");
+
+inline bool operator==(const _GUID& left, const _GUID& right) noexcept
+{
+    return std::memcmp(&left, &right, sizeof(_GUID)) == 0;
+}

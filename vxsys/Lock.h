@@ -1,0 +1,71 @@
+#pragma once
+
+#include "vxsys/Api.h"
+
+#include <cstdint>
+
+/// Locks and signals of one process. `name` labels an object for a person (null: none) and `flags` is 0; neither makes it
+/// shared. Milliseconds run on the monotonic clock, and `VX_WAIT_FOREVER` never ends. A timed wait that ran out gives
+/// RESULT_TIMED_OUT, a try that found the object busy gives the same. Negative is failure.
+extern "C" {
+
+inline constexpr std::uint32_t VX_WAIT_FOREVER = 0xFFFFFFFF;
+
+using VXHandle = struct VXHandleTag*;
+
+/// Recursive. A release by a thread that does not hold it, and the destruction of a held one, are failures.
+VXSYS_API std::int32_t VXMutexCreate(const char* name, std::uint32_t flags, VXHandle* mutex) noexcept;
+VXSYS_API std::int32_t VXMutexAcquire(VXHandle mutex) noexcept;
+VXSYS_API std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept;
+VXSYS_API std::int32_t VXMutexRelease(VXHandle mutex) noexcept;
+VXSYS_API std::int32_t VXMutexDestroy(VXHandle mutex) noexcept;
+
+/// A signal releases one waiter, now or the next to come, and the event resets itself.
+VXSYS_API std::int32_t VXEventCreate(const char* name, std::uint32_t flags, VXHandle* event) noexcept;
+VXSYS_API std::int32_t VXEventWait(VXHandle event) noexcept;
+VXSYS_API std::int32_t VXEventTimedWait(VXHandle event, std::uint32_t milliseconds) noexcept;
+VXSYS_API std::int32_t VXEventSignal(VXHandle event) noexcept;
+VXSYS_API std::int32_t VXEventDestroy(VXHandle event) noexcept;
+
+/// Born closed. All pass while it is open; opening frees everyone who waits at that moment, even if it is closed at once.
+VXSYS_API std::int32_t VXGateCreate(const char* name, std::uint32_t flags, VXHandle* gate) noexcept;
+VXSYS_API std::int32_t VXGateWait(VXHandle gate) noexcept;
+VXSYS_API std::int32_t VXGateTryWait(VXHandle gate) noexcept;
+VXSYS_API std::int32_t VXGateTimedWait(VXHandle gate, std::uint32_t milliseconds) noexcept;
+VXSYS_API std::int32_t VXGateOpen(VXHandle gate) noexcept;
+VXSYS_API std::int32_t VXGateClose(VXHandle gate) noexcept;
+VXSYS_API std::int32_t VXGateDestroy(VXHandle gate) noexcept;
+
+/// Many readers or one writer. A waiting writer goes before readers that come later.
+VXSYS_API std::int32_t VXRWLockCreate(const char* name, std::uint32_t flags, VXHandle* lock) noexcept;
+VXSYS_API std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockDestroy(VXHandle lock) noexcept;
+
+/// Counts 0 to 2^31 - 1; a post beyond that is a failure. The four calls behind create serve named semaphores
+/// (vxsys/Named.h) as well.
+VXSYS_API std::int32_t VXSemaphoreCreate(
+    std::uint32_t value, const char* name, std::uint32_t flags, VXHandle* semaphore) noexcept;
+VXSYS_API std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept;
+VXSYS_API std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept;
+VXSYS_API std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept;
+VXSYS_API std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexcept;
+VXSYS_API std::int32_t VXSemaphoreDestroy(VXHandle semaphore) noexcept;
+
+/// A condition with its own lock: every wait, signal and broadcast is made between acquire and release.
+VXSYS_API std::int32_t VXConditionCreate(const char* name, std::uint32_t flags, VXHandle* condition) noexcept;
+VXSYS_API std::int32_t VXConditionAcquire(VXHandle condition) noexcept;
+VXSYS_API std::int32_t VXConditionRelease(VXHandle condition) noexcept;
+VXSYS_API std::int32_t VXConditionWait(VXHandle condition) noexcept;
+VXSYS_API std::int32_t VXConditionTimedWait(VXHandle condition, std::uint32_t milliseconds) noexcept;
+VXSYS_API std::int32_t VXConditionSignal(VXHandle condition) noexcept;
+VXSYS_API std::int32_t VXConditionBroadcast(VXHandle condition) noexcept;
+VXSYS_API std::int32_t VXConditionDestroy(VXHandle condition) noexcept;
+
+/// An identifier of the calling thread, never 0, unique among the threads that live.
+VXSYS_API std::uint32_t VXThreadGetCurrentId() noexcept;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "vxsys/Api.h"
+
+#include <cstddef>
+
+/// Called when an allocation of `vxsys::allocate` finds no memory. It makes room and returns, or throws.
+using VXNewHandler = void (*)();
+
+extern "C" {
+
+/// Installs `handler` (null: none) and returns the one that it replaces. Safe between threads.
+VXSYS_API VXNewHandler VXSetNewHandler(VXNewHandler handler) noexcept;
+
+/// Raw storage from the C runtime's allocator. Null on exhaustion or for a size of 0; no new handler is called.
+VXSYS_API void* VXMemAlloc(std::size_t bytes) noexcept;
+/// As the C runtime's `realloc` for a `bytes` above 0: null on exhaustion, and then `memory` stands as it was.
+VXSYS_API void* VXMemRealloc(void* memory, std::size_t bytes) noexcept;
+/// Null is allowed.
+VXSYS_API void VXMemFree(void* memory) noexcept;
+}
+
+namespace vxsys {
+
+/// Storage for objects. On exhaustion it calls the new handler and tries again; with no handler it throws
+/// `std::bad_alloc`. Never null.
+VXSYS_API void* allocate(std::size_t bytes);
+/// Gives back what `allocate` gave. Null is allowed.
+VXSYS_API void deallocate(void* memory) noexcept;
+
+} // namespace vxsys

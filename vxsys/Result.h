@@ -1,0 +1,48 @@
+#pragma once
+
+#include "vxsys/Api.h"
+
+#include <cstdint>
+
+/// Result codes: signed 32-bit numbers in the HRESULT layout of the Windows component model. Negative is failure, 0 is
+/// success, a positive value is a success with a meaning of its own.
+namespace vxsys::results {
+
+constexpr std::int32_t code(std::uint32_t bits) noexcept
+{
+    return static_cast<std::int32_t>(bits);
+}
+
+inline constexpr std::int32_t RESULT_OK = 0;
+inline constexpr std::int32_t RESULT_FALSE = 1;
+inline constexpr std::int32_t RESULT_NOT_IMPLEMENTED = code(0x80004001);
+inline constexpr std::int32_t RESULT_NO_INTERFACE = code(0x80004002);
+inline constexpr std::int32_t RESULT_POINTER = code(0x80004003);
+inline constexpr std::int32_t RESULT_FAIL = code(0x80004005);
+inline constexpr std::int32_t RESULT_NOT_AVAILABLE = code(0x80004007);
+inline constexpr std::int32_t RESULT_BUFFER_TOO_SMALL = code(0x80004009);
+inline constexpr std::int32_t RESULT_NO_AGGREGATION = code(0x80040110);
+inline constexpr std::int32_t RESULT_CLASS_NOT_AVAILABLE = code(0x80040111);
+inline constexpr std::int32_t RESULT_NOT_FOUND = code(0x80070002);
+inline constexpr std::int32_t RESULT_ACCESS_DENIED = code(0x80070005);
+inline constexpr std::int32_t RESULT_OUT_OF_MEMORY = code(0x8007000E);
+inline constexpr std::int32_t RESULT_END_OF_FILE = code(0x80070026);
+inline constexpr std::int32_t RESULT_INVALID_ARGUMENT = code(0x80070057);
+inline constexpr std::int32_t RESULT_DISK_FULL = code(0x80070070);
+inline constexpr std::int32_t RESULT_ALREADY_EXISTS = code(0x800700B7);
+inline constexpr std::int32_t RESULT_TIMED_OUT = code(0x800705B4);
+inline constexpr std::int32_t RESULT_INVALID_CHARACTER = code(0x8BB34101);
+inline constexpr std::int32_t RESULT_UNMAPPABLE_CHARACTER = code(0x8BB34102);
+inline constexpr std::int32_t RESULT_UNKNOWN_ENCODING = code(0x8BB34103);
+
+constexpr bool failed(std::int32_t result) noexcept
+{
+    return result < 0;
+}
+
+} // namespace vxsys::results
+
+/// The code for a native error number (`errno`): 0x80070000 plus the number that the documented Windows error of that
+/// meaning has; an error without such a twin gives 0x80004005, and 0 gives 0. What went wrong may not be 0: a caller
+/// that sees a failed call with `errno` 0 gets 0 back.
+extern "C" VXSYS_API std::int32_t VXResultFromNative(std::int32_t nativeError) noexcept;
