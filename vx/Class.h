@@ -1,0 +1,37 @@
+#pragma once
+
+#include "vx/Object.h"
+
+#include <typeinfo>
+
+namespace vx {
+
+/// Creates an object with count 0.
+using ObjectCreator = Object* (*)();
+
+/// The run-time record of a class: its name, its type and, for many, a way to be created by name. The registry owns the
+/// records; pointers to them are not counted and hold until the library stops.
+class VX_API Class : public Object {
+public:
+    /// `name` is not copied and outlives the record. A null `creator` is a class that cannot be created by name.
+    Class(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept;
+    ~Class() noexcept override;
+
+    virtual const char16_t* getName() const;
+    /// True for exactly this type; an object of a derived class is no instance.
+    virtual bool isInstance(const Object& object) const;
+    /// A new object with count 0. Throws IllegalAccessException for a class without a creator.
+    virtual Object* createInstance() const;
+
+    /// Throws ClassNotFoundException with the name. Names are case-sensitive.
+    static const Class* forName(const char16_t* name);
+    /// Throws ClassNotFoundException with the readable name of the type.
+    static const Class* forType(const std::type_info* type);
+
+private:
+    const char16_t* m_name;
+    const std::type_info* m_type;
+    ObjectCreator m_creator;
+};
+
+} // namespace vx

@@ -1,0 +1,72 @@
+#include "vx/ComObject.h"
+
+#include "vx/Result.h"
+#include "vx/vorb/Module.h"
+#include "vxsys/Memory.h"
+
+namespace vx {
+
+ComObject::ComObject(const ComObject& other) noexcept
+    : IVXUnknown()
+    , m_refCount(other.GetRefCount())
+    , m_module(other.m_module)
+{
+}
+
+ComObject& ComObject::operator=(const ComObject& other) noexcept
+{
+    m_refCount.store(other.GetRefCount(), std::memory_order_relaxed);
+    m_module = other.m_module;
+    return *this;
+}
+
+ComObject::~ComObject() noexcept(false) = default;
+
+void* ComObject::operator new(std::size_t bytes)
+{
+    return vxsys::allocate(bytes);
+}
+
+void ComObject::operator delete(void* memory) noexcept
+{
+    vxsys::deallocate(memory);
+}
+
+std::int32_t ComObject::QueryInterface(const _GUID& iid, void** out)
+{
+    return vorb::QueryInterfaceMap(GetComIntfMap(), this, iid, out);
+}
+
+std::uint32_t ComObject::AddRef() const
+{
+    const std::uint32_t count = InternalAddRef();
+    if (count == 1 && m_module != nullptr)
+        m_module->AddRef();
+    return count;
+}
+
+std::uint32_t ComObject::Release() const
+{
+    const std::uint32_t count = InternalRelease();
+    if (count != 0)
+        return count;
+    if (m_module != nullptr)
+        m_module->Release();
+    // A destructor that hands `this` out for a moment takes the count from 1 to 2 and back, and does not start again.
+    m_refCount.store(1, std::memory_order_relaxed);
+    delete this;
+    return 0;
+}
+
+std::int32_t ComObject::SetOuterUnknown(IVXUnknown*) noexcept
+{
+    return RESULT_NO_AGGREGATION;
+}
+
+const vorb::InterfaceData* ComObject::GetComIntfMap()
+{
+    static const vorb::InterfaceData map[] = {vorb::viewRow<ComObject, IVXUnknown>(), vorb::endRow()};
+    return map;
+}
+
+} // namespace vx

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "vx/IVXUnknown.h"
+#include "vx/vorb/InterfaceData.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace vx::vorb {
+class Module;
+}
+
+namespace vx {
+
+/// The counted base of all objects. An object is born with count 0; the first `AddRef`, normally by a `Reference<T>`,
+/// makes it 1, and the `Release` that takes it to 0 destroys it on whichever thread made it. The count is atomic;
+/// nothing else here is synchronised. An object on the stack or inside another keeps count 0 and must not be held by a
+/// `Reference<T>`.
+class VX_API ComObject : public IVXUnknown {
+public:
+    ComObject() noexcept = default;
+    /// Memberwise: the count and the module are copied too.
+    ComObject(const ComObject& other) noexcept;
+    ComObject& operator=(const ComObject& other) noexcept;
+
+    // IVXUnknown
+    std::int32_t QueryInterface(const _GUID& iid, void** out) override;
+    std::uint32_t AddRef() const override;
+    std::uint32_t Release() const override;
+
+    /// A lock among the derived classes may fail to go, so a destructor of the tree may throw. Value classes say
+    /// `noexcept` themselves.
+    virtual ~ComObject() noexcept(false);
+
+    static void* operator new(std::size_t bytes);
+    static void operator delete(void* memory) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void*, void*) noexcept { }
+
+    /// The count at this moment.
+    std::uint32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_relaxed); }
+
+    /// The module whose lock count this object raises while its own count is above 0. Not owned; to be set before the
+    /// first `AddRef`.
+    void SetComModule(vorb::Module* module) noexcept { m_module = module; }
+    /// RESULT_NO_AGGREGATION: a class that can be aggregated hides this with its own.
+    std::int32_t SetOuterUnknown(IVXUnknown* outer) noexcept;
+    std::int32_t NonDelegatingQueryInterface(const _GUID& iid, void** out) { return QueryInterface(iid, out); }
+
+    /// Not counted.
+    IVXUnknown* GetUnknown() noexcept { return this; }
+    const IVXUnknown* GetUnknown() const noexcept { return this; }
+
+    static const vorb::InterfaceData* GetComIntfMap();
+
+    /// What registration writes about a creatable class, which hides these with its own; null for nothing.
+    static const char16_t* GetComDescription() noexcept { return nullptr; }
+    static const char16_t* GetComObjectVersion() noexcept { return nullptr; }
+    static const char16_t* GetComProgID() noexcept { return nullptr; }
+    static const char16_t* GetComVersionIndependentProgID() noexcept { return nullptr; }
+
+protected:
+    /// Change the count and nothing else: no module, no destruction. They give the new count.
+    std::uint32_t InternalAddRef() const noexcept { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+    std::uint32_t InternalRelease() const noexcept { return m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
+
+private:
+    mutable std::atomic<std::uint32_t> m_refCount {0};
+    vorb::Module* m_module = nullptr;
+};
+
+} // namespace vx

@@ -1,0 +1,71 @@
+#include "vx/Exception.h"
+
+#include "vx/Result.h"
+
+namespace vx {
+
+Exception::Exception() noexcept = default;
+
+Exception::Exception(const Exception& other) noexcept
+    : Object()
+    , m_description(other.m_description)
+{
+}
+
+Exception::Exception(const String& description) noexcept
+    : m_description(description)
+{
+}
+
+Exception& Exception::operator=(const Exception& other)
+{
+    if (this != &other)
+        m_description = other.m_description;
+    return *this;
+}
+
+Exception::~Exception() noexcept = default;
+
+String Exception::getDescription() const
+{
+    return m_description;
+}
+
+std::int32_t Exception::getResult() const
+{
+    return RESULT_FAIL;
+}
+
+ResultException::ResultException() noexcept
+    : m_result(RESULT_FAIL)
+{
+}
+
+ResultException::ResultException(const ResultException& other) noexcept = default;
+
+ResultException::ResultException(std::int32_t result) noexcept
+    : m_result(result)
+{
+}
+
+ResultException::ResultException(std::int32_t result, const String& description) noexcept
+    : Exception(description)
+    , m_result(result)
+{
+}
+
+ResultException& ResultException::operator=(const ResultException& other) = default;
+
+ResultException::~ResultException() noexcept = default;
+
+std::int32_t ResultException::getResult() const
+{
+    return m_result;
+}
+
+void throwResult(std::int32_t result)
+{
+    throw ResultException(result);
+}
+
+} // namespace vx

@@ -1,0 +1,93 @@
+#include "vx/Object.h"
+
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
+#include "vx/vorb/Boundary.h"
+#include "vxsys/Number.h"
+
+#include <functional>
+#include <typeinfo>
+
+namespace vx {
+
+namespace {
+
+/// 1, -1 or 0 as `left` lies above, below or at `right`.
+int compareAddresses(const void* left, const void* right) noexcept
+{
+    if (left == right)
+        return 0;
+    return std::less<>()(right, left) ? 1 : -1;
+}
+
+} // namespace
+
+namespace detail {
+
+std::int32_t ComparableFace::CompareTo(const IVXUnknown* other, int* result)
+{
+    const auto& self = static_cast<const Object&>(*this);
+    return vorb::atBoundary(result, [&] {
+        if (const auto* object = dynamic_cast<const Object*>(other))
+            return self.compareTo(*object);
+        // Foreign objects sort by address, seen from their side.
+        return compareAddresses(other, &self);
+    });
+}
+
+std::int32_t ComparableFace::HashCode(std::uint32_t* result)
+{
+    return vorb::atBoundary(result, [&] { return static_cast<const Object&>(*this).hashCode(); });
+}
+
+} // namespace detail
+
+const vorb::InterfaceData* Object::GetComIntfMap()
+{
+    static const vorb::InterfaceData map[] = {vorb::viewRow<Object, IVXComparable>(), vorb::endRow()};
+    return map;
+}
+
+Object::~Object() noexcept(false) = default;
+
+Object* Object::clone() const
+{
+    if (typeid(*this) != typeid(Object))
+        throw CloneNotSupportedException();
+    return new Object;
+}
+
+int Object::compareTo(const Object& other) const
+{
+    return compareAddresses(this, &other);
+}
+
+bool Object::equals(const Object& other) const
+{
+    return this == &other;
+}
+
+const Class* Object::getClass() const
+{
+    return Class::forType(&typeid(*this));
+}
+
+std::uint32_t Object::hashCode() const
+{
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(this));
+}
+
+String Object::toString() const
+{
+    char16_t digits[34];
+    VXLToStrW(static_cast<std::int32_t>(hashCode()), digits, 16);
+    String text = u'@' + String(digits);
+    try {
+        text.prepend(getClass()->getName());
+    } catch (...) { // a class that nobody registered prints as well
+        text.prepend(u"Object");
+    }
+    return text;
+}
+
+} // namespace vx

@@ -1,0 +1,400 @@
+#include "vx/String.h"
+
+#include "vx/AnsiBytes.h"
+#include "vx/Exceptions.h"
+#include "vx/Result.h"
+#include "vx/detail/TextHash.h"
+#include "vx/util/BufferLocks.h"
+#include "vx/util/ROCharBuffer.h"
+#include "vx/util/RWCharBuffer.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <string>
+#include <typeinfo>
+
+namespace vx {
+
+using util::CharReadLock;
+using util::ROCharBuffer;
+using util::RWCharBuffer;
+
+namespace {
+
+constexpr char16_t EMPTY_TEXT[] = u"";
+
+/// The buffer that all empty strings share. Its own count keeps it: strings of other libraries live past its statics.
+class SharedEmptyBuffer {
+public:
+    SharedEmptyBuffer() noexcept
+    {
+        auto* buffer = new (m_place) ROCharBuffer(EMPTY_TEXT, 1);
+        buffer->AddRef();
+        s_buffer = buffer;
+    }
+
+    /// A string that is built before this file's statics gets a buffer of its own.
+    static IVXCharBuffer* get() { return s_buffer != nullptr ? s_buffer : new ROCharBuffer(EMPTY_TEXT, 1); }
+
+private:
+    alignas(ROCharBuffer) std::byte m_place[sizeof(ROCharBuffer)];
+    static constinit IVXCharBuffer* s_buffer;
+};
+
+constinit IVXCharBuffer* SharedEmptyBuffer::s_buffer = nullptr;
+SharedEmptyBuffer g_sharedEmptyBuffer;
+
+/// The units of a text of `length`, where -1 measures and anything else below 0 is nothing.
+int measured(const char16_t* text, int length) noexcept
+{
+    if (text == nullptr)
+        return 0;
+    return length == -1 ? VXStrLenW(text) : std::max(length, 0);
+}
+
+/// `length` units and the terminator.
+int withTerminator(std::int64_t length)
+{
+    if (length >= std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+    return static_cast<int>(length) + 1;
+}
+
+/// Where -1 or too large a value means `end`.
+int clipped(int value, int end) noexcept
+{
+    return value == -1 || value > end ? end : std::max(value, 0);
+}
+
+/// A buffer of its own for `length` units and the terminator.
+Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
+{
+    Reference<RWCharBuffer> buffer(new RWCharBuffer(text, length, std::max(capacity, withTerminator(length))));
+    buffer->getWriteLock(0)[length] = 0;
+    buffer->releaseWriteLock(length + 1);
+    return buffer;
+}
+
+Reference<IVXCharBuffer> wrapped(const char16_t* text, int length)
+{
+    return new ROCharBuffer(text, withTerminator(length));
+}
+
+} // namespace
+
+String::String()
+    : m_buffer(SharedEmptyBuffer::get())
+{
+}
+
+String::String(const String& other) noexcept
+    : AbstractCharBuffer()
+    , m_buffer(other.m_buffer)
+{
+}
+
+String::String(int capacity)
+    : m_buffer(capacity > 0 ? copyOf(nullptr, 0, capacity) : Reference<IVXCharBuffer>(SharedEmptyBuffer::get()))
+{
+}
+
+String::String(const char16_t* text, int length, int capacity)
+    : String(AcquireCopy, text, length, capacity)
+{
+}
+
+String::String(char16_t ch, int count, int capacity)
+    : m_buffer(copyOf(nullptr, 0, std::max(capacity, withTerminator(std::max(count, 0)))))
+{
+    resize(count, ch);
+}
+
+String::String(const STRUCT_VX_STR_LIT_INFO& literal)
+    : m_buffer(wrapped(literal.text, literal.length))
+{
+}
+
+String::String(util::ICharBuffer* buffer)
+    : String(AcquireCopy, buffer)
+{
+}
+
+String::String(AcquireMode mode, const String& other, int start, int end, int capacity)
+    : m_buffer(other.m_buffer)
+{
+    if (mode == AcquireShare)
+        return;
+    const CharReadLock source(other);
+    end = clipped(end, source.length());
+    start = std::min(std::max(start, 0), end);
+    const int length = end - start;
+    if (length == 0 && capacity < 1)
+        m_buffer = SharedEmptyBuffer::get();
+    else if (mode == AcquireWrap)
+        m_buffer = wrapped(source.data() + start, length);
+    else
+        m_buffer = copyOf(source.data() + start, length, capacity > length ? capacity : 0);
+    if (mode == AcquireUpper)
+        toUpper();
+}
+
+String::String(AcquireMode mode, const char16_t* text, int length, int capacity)
+{
+    length = measured(text, length);
+    if (length < 1 && capacity < 1)
+        m_buffer = SharedEmptyBuffer::get();
+    else if (mode == AcquireWrap)
+        m_buffer = wrapped(text != nullptr ? text : EMPTY_TEXT, length);
+    else
+        m_buffer = copyOf(text, length, capacity);
+    if (mode == AcquireUpper)
+        toUpper();
+}
+
+String::String(AcquireMode mode, util::ICharBuffer* buffer)
+{
+    if (buffer == nullptr) {
+        m_buffer = SharedEmptyBuffer::get();
+        return;
+    }
+    if (mode == AcquireShare) {
+        m_buffer = Reference<IVXCharBuffer>(static_cast<IVXUnknown*>(buffer));
+        if (m_buffer == nullptr)
+            throwResult(RESULT_NO_INTERFACE);
+        return;
+    }
+    const CharReadLock source(*buffer);
+    const int length = std::max(source.length(), 0);
+    m_buffer = mode == AcquireWrap ? wrapped(source.data(), length) : copyOf(source.data(), length);
+    if (mode == AcquireUpper)
+        toUpper();
+}
+
+String String::CVXString(const String& other)
+{
+    return other;
+}
+
+String String::CVXString(const char16_t* text, int length, int capacity)
+{
+    return String(text, length, capacity);
+}
+
+String String::CVXString(const char* bytes, int length, const char16_t* encoding, int capacity)
+{
+    return String(bytes, length, encoding, capacity);
+}
+
+String::~String() noexcept = default;
+
+String& String::operator=(const String& other)
+{
+    return setTo(other);
+}
+
+String& String::operator=(String&& other)
+{
+    // A buffer that may not be written is somebody's memory, which an assignment never binds this string to.
+    if (&other == this || !other.isSoleWriter())
+        return setTo(other);
+    swap(other);
+    return *this;
+}
+
+String& String::operator=(const char16_t* text)
+{
+    return setTo(text);
+}
+
+String& String::operator=(char16_t ch)
+{
+    return setTo(ch);
+}
+
+String& String::setTo(const String& other)
+{
+    return replace(0, -1, other, 0);
+}
+
+String& String::setTo(const char16_t* text, int length)
+{
+    return replace(0, -1, text, length, 0);
+}
+
+String& String::setTo(char16_t ch, int count)
+{
+    return replace(0, -1, ch, count);
+}
+
+String& String::setTo(AcquireMode mode, const char16_t* text, int length)
+{
+    // Text of this string's own would go with the buffer that a wrap replaces.
+    if (mode == AcquireWrap && text != nullptr && !isOwnText(text)) {
+        m_buffer = wrapped(text, measured(text, length));
+        m_ansi = nullptr;
+        return *this;
+    }
+    replace(0, -1, text, length, 0);
+    if (mode == AcquireUpper)
+        toUpper();
+    return *this;
+}
+
+String& String::setTo(AcquireMode mode, const String& other, int start, int end)
+{
+    if (mode == AcquireShare)
+        return setAddRef(other);
+    if (other.m_buffer == m_buffer) { // a lock on the common buffer would stand in the way of the write
+        const String range(AcquireCopy, other, start, end);
+        return setTo(mode == AcquireUpper ? AcquireUpper : AcquireCopy, range.getData(), range.getLength());
+    }
+    const CharReadLock source(other);
+    end = clipped(end, source.length());
+    start = std::min(std::max(start, 0), end);
+    return setTo(mode, source.data() + start, end - start);
+}
+
+String& String::setAddRef(const String& other) noexcept
+{
+    m_buffer = other.m_buffer;
+    m_ansi = nullptr;
+    return *this;
+}
+
+void String::swap(String& other) noexcept
+{
+    m_buffer.swap(other.m_buffer);
+    m_ansi.swap(other.m_ansi);
+}
+
+int String::getLength() const
+{
+    return std::max(m_buffer->GetLength() - 1, 0);
+}
+
+const char16_t* String::getData() const
+{
+    return m_buffer->GetData();
+}
+
+const char16_t* String::getReadLock() const
+{
+    const char16_t* data = nullptr;
+    throwIfFailed(m_buffer->GetReadLock(&data));
+    return data;
+}
+
+void String::releaseReadLock() const
+{
+    throwIfFailed(m_buffer->ReleaseReadLock());
+}
+
+bool String::isWritable() const
+{
+    return true;
+}
+
+char16_t* String::getWriteLock(int minimumLength)
+{
+    const int needed = withTerminator(std::max(minimumLength, 0));
+    m_ansi = nullptr;
+    copyOnWrite(needed);
+    char16_t* data = nullptr;
+    throwIfFailed(m_buffer->GetWriteLock(needed, &data));
+    return data;
+}
+
+char16_t* String::ensureCapacity(int minimumLength)
+{
+    char16_t* data = nullptr;
+    throwIfFailed(m_buffer->EnsureCapacity(withTerminator(std::max(minimumLength, 0)), &data));
+    return data;
+}
+
+void String::releaseWriteLock(int length)
+{
+    if (length < 0) {
+        length = VXStrLenW(m_buffer->GetData());
+    } else {
+        char16_t* data = nullptr;
+        throwIfFailed(m_buffer->EnsureCapacity(withTerminator(length), &data));
+        data[length] = 0;
+    }
+    throwIfFailed(m_buffer->ReleaseWriteLock(length + 1));
+}
+
+void String::freeExtra()
+{
+    throwIfFailed(m_buffer->FreeExtra());
+}
+
+const char16_t* String::getDataT(int) const
+{
+    return getData();
+}
+
+const char16_t* String::getReadLockT(int) const
+{
+    return getReadLock();
+}
+
+bool String::isSoleWriter() const
+{
+    m_buffer->AddRef();
+    return m_buffer->Release() < 2 && m_buffer->IsWritable() != 0;
+}
+
+bool String::isOwnText(const char16_t* text) const
+{
+    const char16_t* begin = m_buffer->GetData();
+    return begin != nullptr && !std::less<>()(text, begin)
+        && std::less<>()(text, begin + std::max(m_buffer->GetLength(), 1));
+}
+
+void String::copyOnWrite(int capacity)
+{
+    if (isSoleWriter())
+        return;
+    const Reference<IVXCharBuffer> old = m_buffer; // outlives its lock
+    const CharReadLock source(*old);
+    Reference<RWCharBuffer> own(
+        new RWCharBuffer(source.data(), source.length(), std::max({capacity, source.length(), 1})));
+    if (source.length() < 1) {
+        own->getWriteLock(0)[0] = 0;
+        own->releaseWriteLock(1);
+    }
+    m_buffer = Reference<IVXCharBuffer>(own);
+    m_ansi = nullptr;
+}
+
+Object* String::clone() const
+{
+    if (typeid(*this) != typeid(String))
+        throw CloneNotSupportedException();
+    return new String(*this);
+}
+
+std::uint32_t String::hashCode() const
+{
+    return hashCode(false);
+}
+
+std::uint32_t String::hashCode(bool ignoreCase) const
+{
+    const CharReadLock text(*this);
+    return detail::hashText(text.data(), text.length(), ignoreCase);
+}
+
+String String::toString() const
+{
+    return *this;
+}
+
+std::u16string_view String::view() const
+{
+    return {getData(), static_cast<std::size_t>(getLength())};
+}
+
+} // namespace vx

@@ -1,0 +1,18 @@
+#include "vx/util/AbstractCharBuffer.h"
+
+#include "vx/util/detail/BufferFaceImpl.h"
+
+namespace vx::util {
+
+template class BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
+
+AbstractCharBuffer::~AbstractCharBuffer() noexcept(false) = default;
+
+const vorb::InterfaceData* AbstractCharBuffer::GetComIntfMap()
+{
+    static const vorb::InterfaceData map[]
+        = {vorb::viewRow<AbstractCharBuffer, IVXCharBuffer>(), vorb::forwardRow<Object>(), vorb::endRow()};
+    return map;
+}
+
+} // namespace vx::util

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/util/BufferFace.h"
+#include "vx/util/ICharBuffer.h"
+
+namespace vx::util {
+
+class AbstractCharBuffer;
+
+extern template class VX_API BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
+
+/// Base of character buffers: the class operations, which throw, and the component view over them.
+class VX_API AbstractCharBuffer : public Object, public BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t> {
+public:
+    AbstractCharBuffer() noexcept = default;
+    AbstractCharBuffer(const AbstractCharBuffer& other) noexcept = default;
+    AbstractCharBuffer& operator=(const AbstractCharBuffer&) noexcept { return *this; }
+    ~AbstractCharBuffer() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vorb::InterfaceData* GetComIntfMap();
+
+    virtual int getLength() const = 0;
+    virtual const char16_t* getData() const = 0;
+    virtual const char16_t* getReadLock() const = 0;
+    virtual void releaseReadLock() const = 0;
+    virtual bool isWritable() const = 0;
+    /// Room for at least `minimumLength` units. A read-only buffer throws ReadOnlyException.
+    virtual char16_t* getWriteLock(int minimumLength) = 0;
+    virtual char16_t* ensureCapacity(int minimumLength) = 0;
+    /// A negative `length` keeps the length. It is not compared with the capacity.
+    virtual void releaseWriteLock(int length) = 0;
+    virtual void freeExtra() = 0;
+
+    bool isEmpty() const { return getLength() <= 0; }
+};
+
+} // namespace vx::util

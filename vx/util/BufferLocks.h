@@ -1,0 +1,85 @@
+#pragma once
+
+#include "vx/Exception.h"
+#include "vx/util/IByteBuffer.h"
+#include "vx/util/ICharBuffer.h"
+
+#include <cstdint>
+#include <exception>
+
+namespace vx::util {
+
+/// A buffer's length and text under its read lock, to the end of the block. Not counted: the buffer outlives the guard.
+/// A failed release is told, unless an exception already on its way out has more to tell.
+template <class Buffer, class Unit>
+class [[nodiscard]] BufferReadLock {
+public:
+    explicit BufferReadLock(const Buffer& buffer)
+        : m_buffer(buffer)
+        , m_length(buffer.GetLength())
+    {
+        throwIfFailed(m_buffer.GetReadLock(&m_data));
+    }
+    ~BufferReadLock() noexcept(false)
+    {
+        const std::int32_t result = m_buffer.ReleaseReadLock();
+        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
+            throwIfFailed(result);
+    }
+    BufferReadLock(const BufferReadLock&) = delete;
+    BufferReadLock& operator=(const BufferReadLock&) = delete;
+
+    const Unit* data() const noexcept { return m_data; }
+    int length() const noexcept { return m_length; }
+
+private:
+    const Buffer& m_buffer;
+    const Unit* m_data = nullptr;
+    int m_length;
+    const int m_exceptionsAtStart = std::uncaught_exceptions();
+};
+
+/// A buffer's storage under its write lock. The length that `setLength` told last becomes the buffer's at the end of the
+/// block; without one it keeps the length it had.
+template <class Buffer, class Unit>
+class [[nodiscard]] BufferWriteLock {
+public:
+    BufferWriteLock(Buffer& buffer, int minimumLength)
+        : m_buffer(buffer)
+        , m_length(buffer.GetLength())
+    {
+        throwIfFailed(m_buffer.GetWriteLock(minimumLength, &m_data));
+    }
+    ~BufferWriteLock() noexcept(false)
+    {
+        const std::int32_t result = m_buffer.ReleaseWriteLock(m_length);
+        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
+            throwIfFailed(result);
+    }
+    BufferWriteLock(const BufferWriteLock&) = delete;
+    BufferWriteLock& operator=(const BufferWriteLock&) = delete;
+
+    Unit* data() const noexcept { return m_data; }
+    int length() const noexcept { return m_length; }
+    void setLength(int length) noexcept { m_length = length; }
+    /// Makes room; pointers taken before are invalid. A failure leaves the storage as it was.
+    void ensureCapacity(int minimumLength)
+    {
+        Unit* moved = nullptr;
+        throwIfFailed(m_buffer.EnsureCapacity(minimumLength, &moved));
+        m_data = moved;
+    }
+
+private:
+    Buffer& m_buffer;
+    Unit* m_data = nullptr;
+    int m_length;
+    const int m_exceptionsAtStart = std::uncaught_exceptions();
+};
+
+using CharReadLock = BufferReadLock<ICharBuffer, char16_t>;
+using CharWriteLock = BufferWriteLock<ICharBuffer, char16_t>;
+using ByteReadLock = BufferReadLock<IByteBuffer, signed char>;
+using ByteWriteLock = BufferWriteLock<IByteBuffer, signed char>;
+
+} // namespace vx::util

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "vx/IVXUnknown.h"
+
+namespace vx::util {
+
+/// Text that crosses component borders: a callee that returns text is handed one and fills it, whoever owns the memory.
+/// Lengths count 16-bit units in use; a buffer knows nothing of terminators.
+///
+/// A reader takes the length and the read lock, reads, and releases. A writer takes the write lock for a length, may grow
+/// with EnsureCapacity (the old pointer is then invalid), and releases with the new length.
+class VX_API ICharBuffer : public IVXUnknown {
+public:
+    virtual int GetLength() const = 0;
+    virtual const char16_t* GetData() const = 0;
+    virtual std::int32_t GetReadLock(const char16_t** out) const = 0;
+    virtual std::int32_t ReleaseReadLock() const = 0;
+    /// 1 or 0.
+    virtual std::int16_t IsWritable() const = 0;
+    /// Room for at least `minimumLength` units; 0 takes the storage as it is. RESULT_NOT_IMPLEMENTED where read-only.
+    virtual std::int32_t GetWriteLock(int minimumLength, char16_t** out) = 0;
+    /// For use while the write lock is held.
+    virtual std::int32_t EnsureCapacity(int minimumLength, char16_t** out) = 0;
+    virtual std::int32_t ReleaseWriteLock(int length) = 0;
+    virtual std::int32_t FreeExtra() = 0;
+
+protected:
+    ~ICharBuffer() = default;
+};
+
+} // namespace vx::util
+
+/// The buffer interface with its identifier.
+class VX_API IVXCharBuffer : public vx::util::ICharBuffer {
+public:
+    using InterfaceType = IVXCharBuffer;
+    static constexpr _GUID IID {0x1F2639A2, 0x1EBC, 0x4E20, {0x85, 0x60, 0x0A, 0xA5, 0x9F, 0x8A, 0xCB, 0x39}};
+
+protected:
+    ~IVXCharBuffer() = default;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "vx/Api.h"
+#include "vx/Result.h"
+
+#include <concepts>
+#include <cstdint>
+#include <utility>
+
+namespace vx::vorb {
+
+/// The result code of the exception in flight: its own for an `Exception`, RESULT_OUT_OF_MEMORY for std::bad_alloc,
+/// RESULT_FAIL for anything else. Call it from a handler only.
+VX_API std::int32_t resultOfCurrentException() noexcept;
+
+/// Runs the work of a component operation; what it throws becomes the result.
+template <std::invocable Work>
+std::int32_t atBoundary(Work&& work) noexcept
+{
+    try {
+        std::forward<Work>(work)();
+        return RESULT_OK;
+    } catch (...) {
+        return resultOfCurrentException();
+    }
+}
+
+/// As above for work with an answer: cleared first, so that a failing caller never sees a stale one.
+template <typename Out, std::invocable Work>
+std::int32_t atBoundary(Out* out, Work&& work) noexcept
+{
+    if (out == nullptr)
+        return RESULT_POINTER;
+    *out = Out {};
+    return atBoundary([&] { *out = std::forward<Work>(work)(); });
+}
+
+} // namespace vx::vorb
