@@ -1,0 +1,50 @@
+#pragma once
+
+#include "vx/Object.h"
+
+#include <cstdint>
+
+namespace vx::text::charset {
+
+/// Decodes bytes of one encoding into UTF-16. One stream and one thread at a time; a decoder keeps nothing between calls.
+class VX_API ByteToCharConverter : public Object {
+public:
+    ByteToCharConverter(const ByteToCharConverter& other) noexcept;
+    ByteToCharConverter& operator=(const ByteToCharConverter& other) noexcept;
+    ~ByteToCharConverter() noexcept override;
+
+    /// A new decoder with count 0; a null `name` is the default encoding. Throws UnknownEncodingException with the name.
+    static ByteToCharConverter* getConverter(const char16_t* name);
+    /// A new decoder with count 0 for the platform's default encoding, or for ASCII where nobody knows that.
+    static ByteToCharConverter* getDefaultConverter();
+
+    /// Moves whole characters from `src[*srcPos]` on to `dst[*dstPos]` on; `srcLen` and `dstLen` are end indices. Stops
+    /// where the source ends, also inside a character, or the next character has no room. Both positions are advanced
+    /// over what was done, and an exception leaves them at the start of the offending character. Returns the units stored.
+    virtual std::int32_t convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
+        std::int32_t* dstPos, std::int32_t dstLen)
+        = 0;
+    /// Ends a conversion: stores what is still held, and returns the units stored.
+    virtual std::int32_t flush(char16_t* dst, std::int32_t* dstPos, std::int32_t dstLen) = 0;
+    virtual void reset() = 0;
+    /// The canonical name.
+    virtual const char16_t* getEncodingName() = 0;
+    virtual int getMaxBytesPerChar() = 0;
+    virtual int getMaxCharsPerByte() = 0;
+    /// True: a character without a mapping gives the substitution characters. False: UnmappableCharacterException.
+    virtual bool getSubstitutionMode();
+    virtual void setSubstitutionMode(bool mode);
+    /// Copies at most `length` units and returns their number; with null `chars` the number there are.
+    virtual int getSubstitutionChars(char16_t* chars, int length);
+    /// At most 3 units.
+    virtual void setSubstitutionChars(const char16_t* chars, int length);
+
+protected:
+    ByteToCharConverter() noexcept = default;
+
+    bool m_substitutionMode = true;
+    char16_t m_substitutionChars[3] = {u'\uFFFD'};
+    int m_substitutionLength = 1;
+};
+
+} // namespace vx::text::charset
