@@ -1,0 +1,264 @@
+#include "vx/String.h"
+
+#include "vx/AnsiBytes.h"
+#include "vx/Exception.h"
+#include "vx/Result.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharToByteConverter.h"
+#include "vx/util/BufferLocks.h"
+#include "vx/util/RWCharBuffer.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <string>
+
+namespace vx {
+
+using text::charset::ByteToCharConverter;
+using text::charset::CharToByteConverter;
+using util::ByteWriteLock;
+using util::CharReadLock;
+using util::RWCharBuffer;
+
+namespace {
+
+constexpr const char16_t* UTF_8 = u"UTF-8";
+
+/// Room for `length` items that become at most `factor` each, and for a terminator.
+int room(int length, int factor)
+{
+    const std::int64_t needed = std::int64_t {length} * std::max(factor, 1) + 1;
+    if (needed > std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+    return static_cast<int>(needed);
+}
+
+/// The length of a view as `int`.
+int lengthOf(std::size_t length)
+{
+    if (length >= static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        throw std::bad_alloc();
+    return static_cast<int>(length);
+}
+
+/// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
+std::int32_t encode(CharToByteConverter& encoder, const CharReadLock& text, signed char* out, std::int32_t size)
+{
+    std::int32_t read = 0;
+    std::int32_t written = 0;
+    encoder.convert(text.data(), &read, text.length(), out, &written, size);
+    encoder.flush(out, &written, size);
+    if (written < size)
+        out[written++] = 0;
+    return written;
+}
+
+void encode(CharToByteConverter& encoder, const CharReadLock& text, util::IByteBuffer& out)
+{
+    const int needed = room(text.length(), encoder.getMaxBytesPerChar());
+    ByteWriteLock target(out, needed);
+    target.setLength(encode(encoder, text, target.data(), needed));
+}
+
+char16_t upperAscii(char16_t unit) noexcept
+{
+    return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit;
+}
+
+} // namespace
+
+String::AnsiBytes::AnsiBytes(const char16_t* encoding)
+{
+    if (encoding == nullptr)
+        return;
+    const std::size_t units = std::char_traits<char16_t>::length(encoding) + 1;
+    m_encoding = std::make_unique<char16_t[]>(units);
+    std::copy_n(encoding, units, m_encoding.get());
+}
+
+String::AnsiBytes::AnsiBytes(AnsiBytes& other)
+    : RWByteBuffer(other)
+    , m_encoding(std::move(other.m_encoding))
+{
+}
+
+String::AnsiBytes& String::AnsiBytes::operator=(AnsiBytes& other)
+{
+    if (this == &other)
+        return *this;
+    RWByteBuffer::operator=(other);
+    m_encoding = std::move(other.m_encoding);
+    return *this;
+}
+
+String::AnsiBytes::~AnsiBytes() noexcept = default;
+
+bool String::AnsiBytes::encodingEquals(const char16_t* name) const
+{
+    const char16_t* own = m_encoding.get();
+    if (own == nullptr || name == nullptr)
+        return own == name;
+    while (*own != 0 && upperAscii(*own) == upperAscii(*name)) {
+        ++own;
+        ++name;
+    }
+    return upperAscii(*own) == upperAscii(*name);
+}
+
+String::String(const char* bytes, int length, const char16_t* encoding, int capacity)
+    : String()
+{
+    internalSetTo(bytes, length, encoding, capacity);
+}
+
+String::String(const signed char* bytes, int length, const char16_t* encoding, int capacity)
+    : String(reinterpret_cast<const char*>(bytes), length, encoding, capacity)
+{
+}
+
+String::String(const unsigned char* bytes, int length, const char16_t* encoding, int capacity)
+    : String(reinterpret_cast<const char*>(bytes), length, encoding, capacity)
+{
+}
+
+String::String(std::u16string_view text)
+    : String(text.data(), lengthOf(text.size()))
+{
+}
+
+String::String(std::string_view utf8)
+    : String(utf8.data(), lengthOf(utf8.size()), UTF_8)
+{
+}
+
+String::String(std::u8string_view utf8)
+    : String(reinterpret_cast<const char*>(utf8.data()), lengthOf(utf8.size()), UTF_8)
+{
+}
+
+String& String::operator=(const char* bytes)
+{
+    return setTo(bytes, -1, nullptr);
+}
+
+String& String::operator=(std::u16string_view text)
+{
+    return setTo(text.data(), lengthOf(text.size()));
+}
+
+String& String::operator=(std::string_view utf8)
+{
+    return setTo(utf8.data(), lengthOf(utf8.size()), UTF_8);
+}
+
+String& String::operator=(std::u8string_view utf8)
+{
+    return setTo(reinterpret_cast<const char*>(utf8.data()), lengthOf(utf8.size()), UTF_8);
+}
+
+String& String::setTo(const char* bytes, int length, const char16_t* encoding)
+{
+    internalSetTo(bytes, length, encoding, 0);
+    return *this;
+}
+
+/// The new text comes into the string when it is whole: what a converter throws leaves the old one.
+void String::internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity)
+{
+    if (length == -1)
+        length = VXStrLenA(bytes);
+    length = std::max(length, 0);
+    const Reference<AnsiBytes> cache = std::move(m_ansi); // `bytes` may be its own
+    if (length < 1 && capacity < 1) {
+        setAddRef(String());
+        return;
+    }
+
+    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
+    const int needed = room(length, decoder->getMaxCharsPerByte());
+    Reference<RWCharBuffer> buffer(new RWCharBuffer(std::max(capacity, needed)));
+    char16_t* text = buffer->getWriteLock(needed);
+    std::int32_t written = 0;
+    if (bytes != nullptr) {
+        std::int32_t read = 0;
+        decoder->convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, needed - 1);
+        decoder->flush(text, &written, needed - 1);
+    }
+    text[written] = 0;
+    buffer->releaseWriteLock(written + 1);
+    m_buffer = Reference<IVXCharBuffer>(buffer);
+}
+
+const char* String::getDataT(bool) const
+{
+    return getBytes();
+}
+
+const char* String::getReadLockT(bool) const
+{
+    return getBytesReadLock();
+}
+
+const char* String::getBytes(const char16_t* encoding) const
+{
+    if (m_ansi == nullptr || !m_ansi->encodingEquals(encoding)) {
+        Reference<AnsiBytes> bytes(new AnsiBytes(encoding));
+        getBytes(bytes.get(), encoding);
+        m_ansi = std::move(bytes);
+    }
+    return reinterpret_cast<const char*>(m_ansi->getData());
+}
+
+const char* String::getBytesReadLock(const char16_t* encoding) const
+{
+    getReadLock();
+    try {
+        return getBytes(encoding);
+    } catch (...) {
+        releaseReadLock();
+        throw;
+    }
+}
+
+void String::getBytes(util::IByteBuffer* out, const char16_t* encoding) const
+{
+    if (out == nullptr)
+        throwResult(RESULT_POINTER);
+    const CharReadLock text(*this);
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+    encode(*encoder, text, *out);
+}
+
+std::int32_t String::getBytes(char* out, std::int32_t size, const char16_t* encoding) const
+{
+    return getBytes(reinterpret_cast<signed char*>(out), size, encoding);
+}
+
+std::int32_t String::getBytes(signed char* out, std::int32_t size, const char16_t* encoding) const
+{
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+    if (out == nullptr || size < 1)
+        return 0;
+    const CharReadLock text(*this);
+    return encode(*encoder, text, out, size);
+}
+
+std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char16_t* encoding) const
+{
+    return getBytes(reinterpret_cast<signed char*>(out), size, encoding);
+}
+
+std::string String::toUtf8() const
+{
+    const CharReadLock text(*this);
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(UTF_8));
+    std::string bytes(static_cast<std::size_t>(room(text.length(), encoder->getMaxBytesPerChar())), '\0');
+    const std::int32_t written
+        = encode(*encoder, text, reinterpret_cast<signed char*>(bytes.data()), static_cast<std::int32_t>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(written) - 1);
+    return bytes;
+}
+
+} // namespace vx
