@@ -1,0 +1,27 @@
+#pragma once
+
+#include "vx/sync/LockObject.h"
+#include "vxsys/Lock.h"
+
+namespace vx::sync {
+
+/// One thread at a time. A thread that holds it may take it again, and releases it as often. A release by another thread
+/// and the destruction of a held mutex fail with a ResultException.
+class VX_API Mutex : public LockObject {
+public:
+    /// `name` labels it for a person; null is anonymous.
+    explicit Mutex(const char* name = nullptr, unsigned int flags = 0);
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+    ~Mutex() noexcept(false) override;
+
+    // LockObject
+    void wait() override VX_ACQUIRE();
+    bool tryWait() override VX_TRY_ACQUIRE(true);
+    void signal() override VX_RELEASE();
+
+private:
+    VXHandle m_handle = nullptr;
+};
+
+} // namespace vx::sync

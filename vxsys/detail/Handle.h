@@ -1,0 +1,95 @@
+#pragma once
+
+#include "vxsys/Lock.h"
+#include "vxsys/Result.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <new>
+#include <utility>
+
+namespace vxsys::detail {
+
+enum class HandleKind { MUTEX, EVENT, GATE, RW_LOCK, SEMAPHORE, CONDITION };
+
+} // namespace vxsys::detail
+
+/// What every handle of the layer leads to. A call with a handle of another kind is refused.
+struct VXHandleTag {
+    explicit VXHandleTag(vxsys::detail::HandleKind handleKind) noexcept
+        : kind(handleKind)
+    {
+    }
+    virtual ~VXHandleTag() = default;
+
+    const vxsys::detail::HandleKind kind;
+};
+
+namespace vxsys::detail {
+
+/// The object behind `handle` as a `T`, or null.
+template <class T>
+T* objectOf(VXHandle handle) noexcept
+{
+    return handle != nullptr && handle->kind == T::KIND ? static_cast<T*>(handle) : nullptr;
+}
+
+/// Makes the object of a create call: `*handle` is cleared first, and set when `T` came up.
+template <class T, class... Arguments>
+std::int32_t createHandle(VXHandle* handle, Arguments&&... arguments) noexcept
+{
+    if (handle == nullptr)
+        return VXResultFromNative(EINVAL);
+    *handle = nullptr;
+    auto* object = new (std::nothrow) T;
+    if (object == nullptr)
+        return VXResultFromNative(ENOMEM);
+    if (const int error = object->init(std::forward<Arguments>(arguments)...); error != 0) {
+        delete object;
+        return VXResultFromNative(error);
+    }
+    *handle = object;
+    return results::RESULT_OK;
+}
+
+/// Runs `work` on the object of kind `T` and turns its native error into a result.
+template <class T, class Work>
+std::int32_t onHandle(VXHandle handle, Work&& work) noexcept
+{
+    T* object = objectOf<T>(handle);
+    return VXResultFromNative(object != nullptr ? work(*object) : EINVAL);
+}
+
+/// Destroys an object that says with `destroyable` that nobody uses it.
+template <class T>
+std::int32_t destroyHandle(VXHandle handle) noexcept
+{
+    return onHandle<T>(handle, [](T& object) {
+        const int error = object.destroyable();
+        if (error == 0)
+            delete &object;
+        return error;
+    });
+}
+
+/// A semaphore, of this process or shared by name. Each operation gives a native error or 0.
+struct SemaphoreHandle : VXHandleTag {
+    static constexpr HandleKind KIND = HandleKind::SEMAPHORE;
+
+    explicit SemaphoreHandle(bool named) noexcept
+        : VXHandleTag(KIND)
+        , isNamed(named)
+    {
+    }
+
+    /// Named ones end with `VXNamedSemClose`, others with `VXSemaphoreDestroy`.
+    const bool isNamed;
+
+    virtual int wait() noexcept = 0;
+    /// ETIMEDOUT when the count is 0.
+    virtual int tryWait() noexcept = 0;
+    virtual int post() noexcept = 0;
+    virtual int value(std::int32_t& count) noexcept = 0;
+};
+
+} // namespace vxsys::detail

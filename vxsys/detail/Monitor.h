@@ -1,0 +1,82 @@
+#pragma once
+
+#include "vxsys/detail/Deadline.h"
+
+#include <pthread.h>
+
+namespace vxsys::detail {
+
+/// A mutex with one condition on the monotonic clock: what the locks of one process are made of.
+class Monitor {
+public:
+    Monitor() noexcept = default;
+    Monitor(const Monitor&) = delete;
+    Monitor& operator=(const Monitor&) = delete;
+    ~Monitor()
+    {
+        if (m_ready)
+            ::pthread_cond_destroy(&m_condition);
+        ::pthread_mutex_destroy(&m_mutex);
+    }
+
+    int init() noexcept
+    {
+        pthread_condattr_t attributes;
+        if (const int error = ::pthread_condattr_init(&attributes))
+            return error;
+        int error = ::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        if (error == 0)
+            error = ::pthread_cond_init(&m_condition, &attributes);
+        ::pthread_condattr_destroy(&attributes);
+        m_ready = error == 0;
+        return error;
+    }
+
+    int lock() noexcept { return ::pthread_mutex_lock(&m_mutex); }
+    int unlock() noexcept { return ::pthread_mutex_unlock(&m_mutex); }
+
+    /// May come back early: look again at what is waited for. ETIMEDOUT once the deadline has passed.
+    int wait(const Deadline& deadline) noexcept
+    {
+        return deadline.isNever() ? ::pthread_cond_wait(&m_condition, &m_mutex)
+                                  : ::pthread_cond_timedwait(&m_condition, &m_mutex, &deadline.time());
+    }
+    void wakeOne() noexcept { ::pthread_cond_signal(&m_condition); }
+    void wakeAll() noexcept { ::pthread_cond_broadcast(&m_condition); }
+
+    /// Waits until `holds()`; ETIMEDOUT when the deadline came first.
+    template <class Condition>
+    int waitUntil(const Deadline& deadline, Condition holds) noexcept
+    {
+        int error = 0;
+        while (!holds()) {
+            if (error != 0)
+                return error;
+            error = wait(deadline);
+        }
+        return 0;
+    }
+
+private:
+    pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
+    pthread_cond_t m_condition;
+    bool m_ready = false;
+};
+
+/// Holds a monitor to the end of the block.
+class MonitorLock {
+public:
+    explicit MonitorLock(Monitor& monitor) noexcept
+        : m_monitor(monitor)
+    {
+        m_monitor.lock();
+    }
+    ~MonitorLock() { m_monitor.unlock(); }
+    MonitorLock(const MonitorLock&) = delete;
+    MonitorLock& operator=(const MonitorLock&) = delete;
+
+private:
+    Monitor& m_monitor;
+};
+
+} // namespace vxsys::detail

@@ -1,0 +1,527 @@
+#include "vxsys/Lock.h"
+
+#include "vxsys/detail/Handle.h"
+#include "vxsys/detail/Monitor.h"
+
+#include <atomic>
+#include <limits>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace vxsys::detail;
+
+constexpr Deadline NEVER;
+
+constinit thread_local std::uint32_t t_threadId = 0;
+
+class Mutex final : public VXHandleTag {
+public:
+    static constexpr HandleKind KIND = HandleKind::MUTEX;
+
+    Mutex() noexcept
+        : VXHandleTag(KIND)
+    {
+    }
+    int init() noexcept
+    {
+        pthread_mutexattr_t attributes;
+        if (const int error = ::pthread_mutexattr_init(&attributes))
+            return error;
+        ::pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+        const int error = ::pthread_mutex_init(&m_mutex, &attributes);
+        ::pthread_mutexattr_destroy(&attributes);
+        return error;
+    }
+    int acquire() noexcept { return counted(::pthread_mutex_lock(&m_mutex)); }
+    int tryAcquire() noexcept
+    {
+        const int error = counted(::pthread_mutex_trylock(&m_mutex));
+        return error == EBUSY ? ETIMEDOUT : error;
+    }
+    int release() noexcept
+    {
+        // Nobody but the holder may look at the depth, so the holder is told first.
+        if (m_owner.load(std::memory_order_relaxed) != VXThreadGetCurrentId())
+            return EPERM;
+        if (--m_depth == 0)
+            m_owner.store(0, std::memory_order_relaxed);
+        return ::pthread_mutex_unlock(&m_mutex);
+    }
+
+    /// A held mutex is not destroyed, and stays as it was.
+    int destroyable() noexcept
+    {
+        if (const int error = ::pthread_mutex_trylock(&m_mutex))
+            return error;
+        const bool held = m_depth > 0;
+        ::pthread_mutex_unlock(&m_mutex);
+        return held ? EBUSY : ::pthread_mutex_destroy(&m_mutex);
+    }
+
+private:
+    int counted(int error) noexcept
+    {
+        if (error == 0 && ++m_depth == 1)
+            m_owner.store(VXThreadGetCurrentId(), std::memory_order_relaxed);
+        return error;
+    }
+
+    pthread_mutex_t m_mutex;
+    std::atomic<std::uint32_t> m_owner {0};
+    std::uint32_t m_depth = 0; ///< guarded by the mutex itself
+};
+
+/// What waits on a monitor: nobody destroys it while somebody waits.
+class Waitable : public VXHandleTag {
+public:
+    explicit Waitable(HandleKind handleKind) noexcept
+        : VXHandleTag(handleKind)
+    {
+    }
+    int init() noexcept { return m_monitor.init(); }
+    int destroyable() noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        return m_waiters == 0 ? 0 : EBUSY;
+    }
+
+protected:
+    template <class Condition>
+    int waitUntil(const Deadline& deadline, Condition holds) noexcept
+    {
+        ++m_waiters;
+        const int error = m_monitor.waitUntil(deadline, holds);
+        --m_waiters;
+        return error;
+    }
+
+    Monitor m_monitor;
+
+private:
+    int m_waiters = 0;
+};
+
+class Event final : public Waitable {
+public:
+    static constexpr HandleKind KIND = HandleKind::EVENT;
+
+    Event() noexcept
+        : Waitable(KIND)
+    {
+    }
+    int wait(const Deadline& deadline) noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        const int error = waitUntil(deadline, [this] { return m_signalled; });
+        if (error == 0)
+            m_signalled = false;
+        return error;
+    }
+    int signal() noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        m_signalled = true;
+        m_monitor.wakeOne();
+        return 0;
+    }
+
+private:
+    bool m_signalled = false;
+};
+
+class Gate final : public Waitable {
+public:
+    static constexpr HandleKind KIND = HandleKind::GATE;
+
+    Gate() noexcept
+        : Waitable(KIND)
+    {
+    }
+    int wait(const Deadline& deadline) noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        // An opening counts for all who waited then, also when the gate is closed before they run.
+        const std::uint64_t openings = m_openings;
+        return waitUntil(deadline, [&] { return m_open || m_openings != openings; });
+    }
+    int set(bool open) noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        m_open = open;
+        if (open) {
+            ++m_openings;
+            m_monitor.wakeAll();
+        }
+        return 0;
+    }
+
+private:
+    bool m_open = false;
+    std::uint64_t m_openings = 0;
+};
+
+class ReaderWriterLock final : public Waitable {
+public:
+    static constexpr HandleKind KIND = HandleKind::RW_LOCK;
+
+    ReaderWriterLock() noexcept
+        : Waitable(KIND)
+    {
+    }
+    int acquireRead(const Deadline& deadline) noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        const int error = waitUntil(deadline, [this] { return !m_writing && m_waitingWriters == 0; });
+        if (error == 0)
+            ++m_readers;
+        return error;
+    }
+    int releaseRead() noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        if (m_readers == 0)
+            return EPERM;
+        if (--m_readers == 0)
+            m_monitor.wakeAll();
+        return 0;
+    }
+    int acquireWrite(const Deadline& deadline) noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        ++m_waitingWriters;
+        const int error = waitUntil(deadline, [this] { return !m_writing && m_readers == 0; });
+        --m_waitingWriters;
+        if (error == 0) {
+            m_writing = true;
+            m_writer = ::pthread_self();
+        } else {
+            m_monitor.wakeAll(); // readers that stood back for this writer
+        }
+        return error;
+    }
+    int releaseWrite() noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        if (!m_writing || ::pthread_equal(m_writer, ::pthread_self()) == 0)
+            return EPERM;
+        m_writing = false;
+        m_monitor.wakeAll();
+        return 0;
+    }
+    int destroyable() noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        return m_writing || m_readers != 0 || m_waitingWriters != 0 ? EBUSY : 0;
+    }
+
+private:
+    std::uint32_t m_readers = 0;
+    std::uint32_t m_waitingWriters = 0;
+    bool m_writing = false;
+    pthread_t m_writer {};
+};
+
+class Semaphore final : public SemaphoreHandle {
+public:
+    Semaphore() noexcept
+        : SemaphoreHandle(false)
+    {
+    }
+    int init(std::uint32_t value) noexcept
+    {
+        if (value > LARGEST)
+            return EINVAL;
+        m_value = static_cast<std::int32_t>(value);
+        return m_monitor.init();
+    }
+    int wait() noexcept override { return take(NEVER); }
+    int tryWait() noexcept override { return take(Deadline::in(0)); }
+    int post() noexcept override
+    {
+        const MonitorLock lock(m_monitor);
+        if (m_value == LARGEST)
+            return EOVERFLOW;
+        ++m_value;
+        m_monitor.wakeOne();
+        return 0;
+    }
+    int value(std::int32_t& count) noexcept override
+    {
+        const MonitorLock lock(m_monitor);
+        count = m_value;
+        return 0;
+    }
+    int destroyable() noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        return m_waiters == 0 ? 0 : EBUSY;
+    }
+
+private:
+    static constexpr std::int32_t LARGEST = std::numeric_limits<std::int32_t>::max();
+
+    int take(const Deadline& deadline) noexcept
+    {
+        const MonitorLock lock(m_monitor);
+        ++m_waiters;
+        const int error = m_monitor.waitUntil(deadline, [this] { return m_value > 0; });
+        --m_waiters;
+        if (error == 0)
+            --m_value;
+        return error;
+    }
+
+    Monitor m_monitor;
+    std::int32_t m_value = 0;
+    int m_waiters = 0;
+};
+
+class Condition final : public VXHandleTag {
+public:
+    static constexpr HandleKind KIND = HandleKind::CONDITION;
+
+    Condition() noexcept
+        : VXHandleTag(KIND)
+    {
+    }
+    int init() noexcept { return m_monitor.init(); }
+    int acquire() noexcept { return m_monitor.lock(); }
+    int release() noexcept { return m_monitor.unlock(); }
+    int wait(const Deadline& deadline) noexcept { return m_monitor.wait(deadline); }
+    int signal() noexcept
+    {
+        m_monitor.wakeOne();
+        return 0;
+    }
+    int broadcast() noexcept
+    {
+        m_monitor.wakeAll();
+        return 0;
+    }
+    int destroyable() noexcept { return 0; }
+
+private:
+    Monitor m_monitor;
+};
+
+} // namespace
+
+std::int32_t VXMutexCreate(const char*, std::uint32_t, VXHandle* mutex) noexcept
+{
+    return createHandle<Mutex>(mutex);
+}
+
+std::int32_t VXMutexAcquire(VXHandle mutex) noexcept
+{
+    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.acquire(); });
+}
+
+std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
+{
+    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.tryAcquire(); });
+}
+
+std::int32_t VXMutexRelease(VXHandle mutex) noexcept
+{
+    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.release(); });
+}
+
+std::int32_t VXMutexDestroy(VXHandle mutex) noexcept
+{
+    return destroyHandle<Mutex>(mutex);
+}
+
+std::int32_t VXEventCreate(const char*, std::uint32_t, VXHandle* event) noexcept
+{
+    return createHandle<Event>(event);
+}
+
+std::int32_t VXEventWait(VXHandle event) noexcept
+{
+    return VXEventTimedWait(event, VX_WAIT_FOREVER);
+}
+
+std::int32_t VXEventTimedWait(VXHandle event, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<Event>(event, [&](Event& object) { return object.wait(Deadline::in(milliseconds)); });
+}
+
+std::int32_t VXEventSignal(VXHandle event) noexcept
+{
+    return onHandle<Event>(event, [](Event& object) { return object.signal(); });
+}
+
+std::int32_t VXEventDestroy(VXHandle event) noexcept
+{
+    return destroyHandle<Event>(event);
+}
+
+std::int32_t VXGateCreate(const char*, std::uint32_t, VXHandle* gate) noexcept
+{
+    return createHandle<Gate>(gate);
+}
+
+std::int32_t VXGateWait(VXHandle gate) noexcept
+{
+    return VXGateTimedWait(gate, VX_WAIT_FOREVER);
+}
+
+std::int32_t VXGateTryWait(VXHandle gate) noexcept
+{
+    return VXGateTimedWait(gate, 0);
+}
+
+std::int32_t VXGateTimedWait(VXHandle gate, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<Gate>(gate, [&](Gate& object) { return object.wait(Deadline::in(milliseconds)); });
+}
+
+std::int32_t VXGateOpen(VXHandle gate) noexcept
+{
+    return onHandle<Gate>(gate, [](Gate& object) { return object.set(true); });
+}
+
+std::int32_t VXGateClose(VXHandle gate) noexcept
+{
+    return onHandle<Gate>(gate, [](Gate& object) { return object.set(false); });
+}
+
+std::int32_t VXGateDestroy(VXHandle gate) noexcept
+{
+    return destroyHandle<Gate>(gate);
+}
+
+std::int32_t VXRWLockCreate(const char*, std::uint32_t, VXHandle* lock) noexcept
+{
+    return createHandle<ReaderWriterLock>(lock);
+}
+
+std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept
+{
+    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.acquireRead(NEVER); });
+}
+
+std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept
+{
+    return onHandle<ReaderWriterLock>(
+        lock, [](ReaderWriterLock& object) { return object.acquireRead(Deadline::in(0)); });
+}
+
+std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept
+{
+    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.releaseRead(); });
+}
+
+std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept
+{
+    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.acquireWrite(NEVER); });
+}
+
+std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept
+{
+    return onHandle<ReaderWriterLock>(
+        lock, [](ReaderWriterLock& object) { return object.acquireWrite(Deadline::in(0)); });
+}
+
+std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept
+{
+    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.releaseWrite(); });
+}
+
+std::int32_t VXRWLockDestroy(VXHandle lock) noexcept
+{
+    return destroyHandle<ReaderWriterLock>(lock);
+}
+
+std::int32_t VXSemaphoreCreate(std::uint32_t value, const char*, std::uint32_t, VXHandle* semaphore) noexcept
+{
+    return createHandle<Semaphore>(semaphore, value);
+}
+
+std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept
+{
+    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.wait(); });
+}
+
+std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept
+{
+    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.tryWait(); });
+}
+
+std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept
+{
+    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.post(); });
+}
+
+std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexcept
+{
+    if (value == nullptr)
+        return VXResultFromNative(EINVAL);
+    *value = 0;
+    return onHandle<SemaphoreHandle>(semaphore, [&](SemaphoreHandle& object) { return object.value(*value); });
+}
+
+std::int32_t VXSemaphoreDestroy(VXHandle semaphore) noexcept
+{
+    auto* object = objectOf<SemaphoreHandle>(semaphore);
+    if (object == nullptr || object->isNamed)
+        return VXResultFromNative(EINVAL);
+    const int error = static_cast<Semaphore*>(object)->destroyable();
+    if (error == 0)
+        delete object;
+    return VXResultFromNative(error);
+}
+
+std::int32_t VXConditionCreate(const char*, std::uint32_t, VXHandle* condition) noexcept
+{
+    return createHandle<Condition>(condition);
+}
+
+std::int32_t VXConditionAcquire(VXHandle condition) noexcept
+{
+    return onHandle<Condition>(condition, [](Condition& object) { return object.acquire(); });
+}
+
+std::int32_t VXConditionRelease(VXHandle condition) noexcept
+{
+    return onHandle<Condition>(condition, [](Condition& object) { return object.release(); });
+}
+
+std::int32_t VXConditionWait(VXHandle condition) noexcept
+{
+    return VXConditionTimedWait(condition, VX_WAIT_FOREVER);
+}
+
+std::int32_t VXConditionTimedWait(VXHandle condition, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<Condition>(condition, [&](Condition& object) { return object.wait(Deadline::in(milliseconds)); });
+}
+
+std::int32_t VXConditionSignal(VXHandle condition) noexcept
+{
+    return onHandle<Condition>(condition, [](Condition& object) { return object.signal(); });
+}
+
+std::int32_t VXConditionBroadcast(VXHandle condition) noexcept
+{
+    return onHandle<Condition>(condition, [](Condition& object) { return object.broadcast(); });
+}
+
+std::int32_t VXConditionDestroy(VXHandle condition) noexcept
+{
+    return destroyHandle<Condition>(condition);
+}
+
+std::uint32_t VXThreadGetCurrentId() noexcept
+{
+    if (t_threadId == 0) {
+        // A child of fork has this memory and is another thread.
+        static const int registered = ::pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
+        static_cast<void>(registered);
+        t_threadId = static_cast<std::uint32_t>(::syscall(SYS_gettid));
+    }
+    return t_threadId;
+}
