@@ -14,7 +14,8 @@ VXSYS_API VXNewHandler VXSetNewHandler(VXNewHandler handler) noexcept;
 
 /// Raw storage from the C runtime's allocator. Null on exhaustion or for a size of 0; no new handler is called.
 VXSYS_API void* VXMemAlloc(std::size_t bytes) noexcept;
-/// As the C runtime's `realloc` for a `bytes` above 0: null on exhaustion, and then `memory` stands as it was.
+/// As the C runtime's `realloc`: null on exhaustion, and then `memory` stands as it was. A `bytes` of 0 is taken as 1, so
+/// that it never frees.
 VXSYS_API void* VXMemRealloc(void* memory, std::size_t bytes) noexcept;
 /// Null is allowed.
 VXSYS_API void VXMemFree(void* memory) noexcept;

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace vxsys::detail {
+
+/// Eight UTF-16 units in one register. A comparison gives 0xFFFF in each lane where it holds, 0 elsewhere.
+using Units8 __attribute__((vector_size(16), may_alias)) = std::uint16_t;
+
+inline constexpr unsigned UNITS8 = 8;
+
+inline Units8 load8(const char16_t* source) noexcept
+{
+    Units8 units;
+    std::memcpy(&units, source, sizeof units);
+    return units;
+}
+
+inline void store8(char16_t* target, Units8 units) noexcept
+{
+    std::memcpy(target, &units, sizeof units);
+}
+
+/// Bits 2i and 2i + 1 are those of lane i.
+inline unsigned maskOf(Units8 lanes) noexcept
+{
+#if defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_epi8(std::bit_cast<__m128i>(lanes)));
+#else
+    unsigned mask = 0;
+    for (unsigned i = 0; i < UNITS8; ++i)
+        mask |= (lanes[i] & 3U) << (2 * i);
+    return mask;
+#endif
+}
+
+inline constexpr unsigned ALL_LANES = 0xFFFF;
+
+inline Units8 everyLane(std::uint16_t unit) noexcept
+{
+    return Units8 {unit, unit, unit, unit, unit, unit, unit, unit};
+}
+
+inline bool isAscii(Units8 units) noexcept
+{
+    return maskOf(Units8((units & 0xFF80) == everyLane(0))) == ALL_LANES;
+}
+
+} // namespace vxsys::detail

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace vxsys::detail {
+
+enum class Outcome {
+    done,
+    noRoom,
+    /// A lone surrogate, or bytes that are not UTF-8 (RFC 3629).
+    badText
+};
+
+struct Conversion {
+    Outcome outcome;
+    /// Units in the target, also of a conversion that broke off. Nothing terminates them.
+    std::size_t written;
+};
+
+/// Between the library's text and that of the operating system. `size` is the room in `target`.
+Conversion utf16ToUtf8(std::u16string_view source, char* target, std::size_t size) noexcept;
+Conversion utf8ToUtf16(std::string_view source, char16_t* target, std::size_t size) noexcept;
+
+} // namespace vxsys::detail
