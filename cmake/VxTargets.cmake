@@ -28,11 +28,11 @@ function(vx_sources target)
 endfunction()
 
 # A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). The label "threads" puts it into the run
-# under ThreadSanitizer.
+# under ThreadSanitizer; PLATFORM_ONLY links the platform layer without the library above it.
 function(vx_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LABELS;SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY" "" "LABELS;SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE vx_build_rules vxlib4 ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE vx_build_rules $<IF:$<BOOL:${arg_PLATFORM_ONLY}>,vxsys4,vxlib4> ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
 endfunction()
 
