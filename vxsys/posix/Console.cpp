@@ -1,0 +1,128 @@
+#include "vxsys/Console.h"
+
+#include "vxsys/Result.h"
+
+#include <cerrno>
+#include <csignal>
+#include <mutex>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+/// Signals that end a process which does not handle them.
+constexpr int DEADLY_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM};
+
+constinit std::mutex g_lock;
+int g_depth = 0;
+bool g_isTerminal = false;
+termios g_saved {};
+
+extern "C" void putBackAndDie(int signal)
+{
+    const int error = errno;
+    ::tcsetattr(STDIN_FILENO, TCSANOW, &g_saved);
+    // The system took this handler away when it called it: what is raised here ends the process at the return.
+    ::raise(signal);
+    errno = error;
+}
+
+bool isHandledBy(int signal, void (*handler)(int))
+{
+    struct sigaction current { };
+    return ::sigaction(signal, nullptr, &current) == 0 && (current.sa_flags & SA_SIGINFO) == 0
+        && current.sa_handler == handler;
+}
+
+/// Leaves alone what the program handles or ignores.
+void replaceHandlers(void (*from)(int), void (*to)(int))
+{
+    struct sigaction action { };
+    action.sa_handler = to;
+    action.sa_flags = to == SIG_DFL ? 0 : SA_RESETHAND;
+    ::sigemptyset(&action.sa_mask);
+    for (const int signal : DEADLY_SIGNALS) {
+        if (isHandledBy(signal, from))
+            ::sigaction(signal, &action, nullptr);
+    }
+}
+
+int setTerminal(const termios& settings)
+{
+    int result;
+    do // not TCSAFLUSH, which drops what was typed ahead
+        result = ::tcsetattr(STDIN_FILENO, TCSADRAIN, &settings);
+    while (result < 0 && errno == EINTR);
+    return result;
+}
+
+bool isEraseKey(unsigned char key)
+{
+    const std::lock_guard guard(g_lock);
+    return g_depth > 0 && g_isTerminal && g_saved.c_cc[VERASE] != _POSIX_VDISABLE && key == g_saved.c_cc[VERASE];
+}
+
+} // namespace
+
+extern "C" {
+
+std::int32_t VXConsoleBeginKeys() noexcept
+{
+    const std::lock_guard guard(g_lock);
+    if (g_depth > 0) {
+        ++g_depth;
+        return 0;
+    }
+
+    g_isTerminal = ::isatty(STDIN_FILENO) == 1;
+    if (g_isTerminal) {
+        if (::tcgetattr(STDIN_FILENO, &g_saved) < 0)
+            return VXResultFromNative(errno);
+
+        termios keys = g_saved;
+        keys.c_iflag &= ~static_cast<tcflag_t>(ISTRIP | INLCR | IGNCR | ICRNL | IXON);
+        keys.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL | ICANON | ISIG | IEXTEN);
+        keys.c_cc[VMIN] = 1;
+        keys.c_cc[VTIME] = 0;
+        replaceHandlers(SIG_DFL, putBackAndDie);
+        if (setTerminal(keys) < 0) {
+            const int error = errno;
+            replaceHandlers(putBackAndDie, SIG_DFL);
+            return VXResultFromNative(error);
+        }
+    }
+    g_depth = 1;
+    return 0;
+}
+
+std::int32_t VXConsoleEndKeys() noexcept
+{
+    const std::lock_guard guard(g_lock);
+    if (g_depth == 0)
+        return vxsys::results::RESULT_FAIL;
+    if (--g_depth > 0 || !g_isTerminal)
+        return 0;
+
+    const int result = setTerminal(g_saved);
+    const int error = errno;
+    replaceHandlers(putBackAndDie, SIG_DFL);
+    return result < 0 ? VXResultFromNative(error) : 0;
+}
+
+std::int32_t VXConsoleReadKey(std::int32_t* key) noexcept
+{
+    *key = 0;
+    unsigned char byte = 0;
+    ssize_t got;
+    do
+        got = ::read(STDIN_FILENO, &byte, 1);
+    while (got < 0 && errno == EINTR);
+    if (got < 0)
+        return VXResultFromNative(errno);
+    if (got == 0)
+        return vxsys::results::RESULT_END_OF_FILE;
+
+    *key = isEraseKey(byte) ? 8 : byte;
+    return 0;
+}
+}
