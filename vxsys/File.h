@@ -3,6 +3,7 @@
 #include "vxsys/Api.h"
 
 #include <cstdint>
+#include <cstdio>
 
 /// Files by 32-bit handles (descriptors) and paths in the grammar with backslashes and drives; "/" separates as well,
 /// and drive C: is the root of the file system. Results are negative for failure.
@@ -33,8 +34,14 @@ VXSYS_API std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32
 VXSYS_API std::int32_t VXFileWrite(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
 VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle) noexcept;
+/// Cuts the file back to `size` bytes, or fills it up with zero bytes. The position stays.
+VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept;
 /// Flushes to disk. What cannot be flushed, a pipe or a terminal, counts as flushed.
 VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
+/// What tells the file from all others as long as it exists, whatever its name: two handles on one file give the same pair.
+VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, std::uint64_t* volume, std::uint64_t* file) noexcept;
+/// The handle under a stream of the C library, which keeps it; `VX_FILE_INVALID_HANDLE` where there is none.
+VXSYS_API std::uint32_t VXFileFromStream(std::FILE* stream) noexcept;
 
 /// The full, normalised form of `path` ("C:\..."), zero-terminated in `target` of `size` units. A text that does not fit
 /// gives RESULT_BUFFER_TOO_SMALL. Nothing needs to exist.

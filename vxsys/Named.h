@@ -15,6 +15,19 @@ extern "C" {
 VXSYS_API std::int32_t VXNamedSemOpen(const char* name, std::uint32_t value, VXHandle* semaphore) noexcept;
 VXSYS_API std::int32_t VXNamedSemClose(VXHandle semaphore) noexcept;
 
+/// What the holder of a named semaphore is about to write, kept with the semaphore: whoever takes it after a holder that
+/// died reads here what may have been left half done. `length` 0 is no note.
+struct VXNamedSemNote {
+    std::uint64_t volume;
+    std::uint64_t file;
+    std::int64_t start;
+    std::int64_t length;
+};
+
+/// Both are called by the holder only. A fresh semaphore has no note; a death in the middle of the call leaves none.
+VXSYS_API std::int32_t VXNamedSemSetNote(VXHandle semaphore, const VXNamedSemNote* note) noexcept;
+VXSYS_API std::int32_t VXNamedSemGetNote(VXHandle semaphore, VXNamedSemNote* note) noexcept;
+
 /// Opens the memory `name` of `size` bytes. `access` is made of VX_FILE_READ and VX_FILE_WRITE; `flags` bit 0: make it when
 /// missing; bit 1: fail when it is there. With `size` 0 an existing block keeps its size.
 VXSYS_API std::int32_t VXSharedMemOpen(
