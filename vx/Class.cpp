@@ -1,0 +1,116 @@
+#include "vx/Class.h"
+
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
+#include "vx/detail/ClassManager.h"
+#include "vxsys/Text.h"
+
+#include <cstdlib>
+#include <cxxabi.h>
+#include <map>
+
+namespace vx {
+
+namespace {
+
+struct NameOrder {
+    bool operator()(const char16_t* left, const char16_t* right) const noexcept { return VXStrCmpW(left, right) < 0; }
+};
+
+struct TypeOrder {
+    bool operator()(const std::type_info* left, const std::type_info* right) const noexcept
+    {
+        return left->before(*right);
+    }
+};
+
+String readableName(const std::type_info& type)
+{
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(
+        abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free);
+    return String(name != nullptr ? name.get() : type.name());
+}
+
+} // namespace
+
+Class::Class(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept
+    : m_name(name)
+    , m_type(type)
+    , m_creator(creator)
+{
+}
+
+Class::~Class() noexcept = default;
+
+const char16_t* Class::getName() const
+{
+    return m_name;
+}
+
+bool Class::isInstance(const Object& object) const
+{
+    return typeid(object) == *m_type;
+}
+
+Object* Class::createInstance() const
+{
+    if (m_creator == nullptr)
+        throw IllegalAccessException();
+    return m_creator();
+}
+
+const Class* Class::forName(const char16_t* name)
+{
+    return ClassManager::getInstance()->lookupName(name);
+}
+
+const Class* Class::forType(const std::type_info* type)
+{
+    return ClassManager::getInstance()->lookupType(type);
+}
+
+class ClassManagerBase::Impl {
+public:
+    std::map<const char16_t*, Reference<Class>, NameOrder> byName;
+    std::map<const std::type_info*, Reference<Class>, TypeOrder> byType;
+};
+
+ClassManagerBase::ClassManagerBase()
+    : m_impl(std::make_unique<Impl>())
+{
+}
+
+ClassManagerBase::~ClassManagerBase() = default;
+
+void ClassManagerBase::registerClass(const char16_t* name, const std::type_info* type, ObjectCreator creator)
+{
+    if (m_impl->byName.contains(name))
+        return;
+    const Reference<Class> record(new Class(name, type, creator));
+    const auto place = m_impl->byName.emplace(name, record).first;
+    try {
+        m_impl->byType.emplace(type, record);
+    } catch (...) {
+        m_impl->byName.erase(place);
+        throw;
+    }
+}
+
+const Class* ClassManagerBase::lookupName(const char16_t* name)
+{
+    const auto found = name != nullptr ? m_impl->byName.find(name) : m_impl->byName.end();
+    if (found == m_impl->byName.end())
+        throw ClassNotFoundException(String(name, name != nullptr ? -1 : 0));
+    return found->second.get();
+}
+
+const Class* ClassManagerBase::lookupType(const std::type_info* type)
+{
+    const auto found = m_impl->byType.find(type);
+    if (found == m_impl->byType.end())
+        throw ClassNotFoundException(readableName(*type));
+    return found->second.get();
+}
+
+} // namespace vx

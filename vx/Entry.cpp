@@ -1,0 +1,30 @@
+#include "vx/Library.h"
+#include "vxsys/Component.h"
+
+// Linked last into the shared library: this object is built behind all other statics of the library and destroyed before
+// them, at load and unload and at exit. A failed start leaves a library that is loaded and half ready: the loader has
+// nobody to tell.
+
+namespace {
+
+const char g_module = 0;
+
+class Entry {
+public:
+    Entry() noexcept
+    {
+        VXLIBLibInit();
+        VXModuleSetInitialized(&g_module, 1);
+    }
+    ~Entry()
+    {
+        VXModuleSetInitialized(&g_module, 0);
+        VXLIBLibUninit();
+    }
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+};
+
+const Entry g_entry;
+
+} // namespace

@@ -1,0 +1,64 @@
+#include "vx/Library.h"
+
+#include "vx/Exceptions.h"
+#include "vx/GlobalLock.h"
+#include "vx/detail/ClassManager.h"
+#include "vx/detail/ClassTable.h"
+#include "vx/sync/Mutex.h"
+#include "vx/vorb/Boundary.h"
+#include "vxsys/Memory.h"
+
+#include <clocale>
+
+constinit vx::sync::LockObject* g_pGlobalLock = nullptr;
+
+namespace vx {
+
+namespace {
+
+// The loader runs start and stop one at a time.
+constinit int g_starts = 0;
+constinit VXNewHandler g_replacedHandler = nullptr;
+
+[[noreturn]] void outOfMemory()
+{
+    throw OutOfMemoryException();
+}
+
+void start()
+{
+    std::setlocale(LC_ALL, "");
+    g_replacedHandler = VXSetNewHandler(outOfMemory);
+    g_pGlobalLock = new sync::Mutex("VXLIB::g_pGlobalLock");
+    detail::registerClasses(*ClassManager::getInstance());
+}
+
+void stop()
+{
+    ClassManager::freeInstance();
+    delete g_pGlobalLock;
+    g_pGlobalLock = nullptr;
+    VXSetNewHandler(g_replacedHandler);
+}
+
+} // namespace
+
+} // namespace vx
+
+std::int32_t VXLIBLibInit(void)
+{
+    return vx::vorb::atBoundary([] {
+        if (++vx::g_starts == 1)
+            vx::start();
+    });
+}
+
+std::int32_t VXLIBLibUninit(void)
+{
+    if (vx::g_starts <= 0)
+        return vx::RESULT_FAIL;
+    return vx::vorb::atBoundary([] {
+        if (--vx::g_starts == 0)
+            vx::stop();
+    });
+}

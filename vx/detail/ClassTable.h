@@ -1,0 +1,12 @@
+#pragma once
+
+namespace vx {
+class ClassManagerBase;
+}
+
+namespace vx::detail {
+
+/// Registers every class that the library knows by name.
+void registerClasses(ClassManagerBase& manager);
+
+} // namespace vx::detail
