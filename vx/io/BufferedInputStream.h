@@ -1,0 +1,57 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/InputStream.h"
+#include "vx/util/RawArray.h"
+
+namespace vx::io {
+
+namespace detail {
+template <class Stream>
+struct BufferedInput;
+}
+
+/// Reads another stream in blocks, and can go back to a mark.
+///
+/// A mark holds at least until its limit has been read; it is lost only when the buffer must be refilled beyond that.
+/// A read at least as large as the buffer goes past it while no mark holds. The source is counted from construction to
+/// destruction; after `close` every operation but `close` and `markSupported` throws IoException "stream closed". A
+/// failure of the source passes through and leaves the buffer as it was.
+class VX_API BufferedInputStream : public InputStream {
+public:
+    /// `size` in bytes, at least 16.
+    BufferedInputStream(InputStream* source, std::int32_t size);
+    BufferedInputStream(const BufferedInputStream&) = delete;
+    BufferedInputStream& operator=(const BufferedInputStream&) = delete;
+
+    // InputStream
+    using InputStream::read;
+    std::int32_t read(signed char* target, std::int32_t length) override;
+    int read() override;
+    std::int32_t skip(std::int32_t count) override;
+    std::int32_t available() override;
+    /// Each call closes the source, a second one too.
+    void close() override;
+    bool markSupported() override;
+    /// A limit above the buffer's size lets it grow to that size at the next refill.
+    void mark(std::int32_t limit) override;
+    /// May be repeated. Throws IoException "stream not marked" or "mark invalid".
+    void reset() override;
+
+private:
+    friend struct detail::BufferedInput<BufferedInputStream>;
+    using Unit = signed char;
+
+    void ensureOpen() const;
+    void fillBuffer();
+
+    Reference<InputStream> m_source;
+    std::int32_t m_bufferSize;
+    util::RawArray<Unit> m_buffer; // null: closed
+    std::int32_t m_position = 0;
+    std::int32_t m_count = 0;
+    std::int32_t m_markLimit = 0;
+    std::int32_t m_markPosition = -1; // -1: never marked, -2: overrun
+};
+
+} // namespace vx::io

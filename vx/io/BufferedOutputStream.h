@@ -1,0 +1,48 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/OutputStream.h"
+#include "vx/util/RawArray.h"
+
+namespace vx::io {
+
+namespace detail {
+template <class Stream>
+struct BufferedOutput;
+}
+
+/// Collects small writes; one at least as large as the buffer goes straight through.
+///
+/// Neither `close` nor the destructor flushes: pending bytes are lost. The sink is counted from construction to
+/// destruction; after `close` every operation but `close` throws IoException "stream closed". A failure of the sink
+/// passes through and leaves the pending bytes where they are.
+class VX_API BufferedOutputStream : public OutputStream {
+public:
+    /// `size` in bytes, at least 16.
+    BufferedOutputStream(OutputStream* sink, std::int32_t size);
+    BufferedOutputStream(const BufferedOutputStream&) = delete;
+    BufferedOutputStream& operator=(const BufferedOutputStream&) = delete;
+
+    // OutputStream
+    using OutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override;
+    void write(signed char byte) override;
+    /// Flushes the sink too.
+    void flush() override;
+    /// Each call closes the sink, a second one too.
+    void close() override;
+
+private:
+    friend struct detail::BufferedOutput<BufferedOutputStream>;
+    using Unit = signed char;
+
+    void ensureOpen() const;
+    void flushBuffer();
+
+    Reference<OutputStream> m_sink;
+    std::int32_t m_bufferSize;
+    util::RawArray<Unit> m_buffer; // null: closed
+    std::int32_t m_count = 0;
+};
+
+} // namespace vx::io

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/Writer.h"
+#include "vx/util/RawArray.h"
+
+namespace vx::io {
+
+namespace detail {
+template <class Stream>
+struct BufferedOutput;
+}
+
+/// Collects small writes; one at least as large as the buffer goes straight through.
+///
+/// Neither `close` nor the destructor flushes: pending text is lost. The sink is counted from construction to
+/// destruction; after `close` every operation but `close` throws IoException "stream closed". A failure of the sink
+/// passes through and leaves the pending text where it is.
+class VX_API BufferedWriter : public Writer {
+public:
+    /// `size` in units, at least 16.
+    BufferedWriter(Writer* sink, std::int32_t size);
+    BufferedWriter(const BufferedWriter&) = delete;
+    BufferedWriter& operator=(const BufferedWriter&) = delete;
+
+    // Writer
+    using Writer::write;
+    void write(const char16_t* text, std::int32_t length) override;
+    void write(char16_t ch) override;
+    /// Flushes the sink too.
+    void flush() override;
+    /// Each call closes the sink, a second one too.
+    void close() override;
+
+private:
+    friend struct detail::BufferedOutput<BufferedWriter>;
+    using Unit = char16_t;
+
+    void ensureOpen() const;
+    void flushBuffer();
+
+    Reference<Writer> m_sink;
+    std::int32_t m_bufferSize;
+    util::RawArray<Unit> m_buffer; // null: closed
+    std::int32_t m_count = 0;
+};
+
+} // namespace vx::io

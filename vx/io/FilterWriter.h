@@ -1,0 +1,34 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/Writer.h"
+
+namespace vx::io {
+
+/// Hands every operation on to another writer; the base of writers that change what passes through.
+///
+/// The sink is counted from construction to destruction. Without one, writing and flushing throw IoException
+/// "stream closed", and `close` does nothing.
+class VX_API FilterWriter : public Writer {
+public:
+    explicit FilterWriter(Writer* sink);
+    FilterWriter(const FilterWriter&) = delete;
+    FilterWriter& operator=(const FilterWriter&) = delete;
+
+    // Writer
+    void write(const String& text) override;
+    void write(const char16_t* text) override;
+    void write(const char16_t* text, std::int32_t length) override;
+    void write(char16_t ch) override;
+    void flush() override;
+    void close() override;
+
+protected:
+    /// The wrapped writer. Throws IoException "stream closed" where there is none.
+    Writer& sink() const;
+
+private:
+    Reference<Writer> m_sink;
+};
+
+} // namespace vx::io

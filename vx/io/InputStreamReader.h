@@ -1,0 +1,55 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/InputStream.h"
+#include "vx/io/Reader.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/util/RawArray.h"
+
+namespace vx::io {
+
+/// Text out of a byte stream in some encoding.
+///
+/// Bytes at the end of the stream that make no whole character give U+FFFD each. Malformed input passes through as the
+/// converter's exception. The source is counted from construction to destruction and not read again once it has ended;
+/// after `close` every operation but `close` throws IoException "stream closed".
+class VX_API InputStreamReader : public Reader {
+public:
+    /// `size` of the buffer in bytes, at least 6. A null `encoding` is the default encoding; one that nobody knows throws
+    /// UnknownEncodingException.
+    InputStreamReader(InputStream* source, const char16_t* encoding, std::int32_t size);
+    InputStreamReader(const InputStreamReader&) = delete;
+    InputStreamReader& operator=(const InputStreamReader&) = delete;
+
+    // Reader
+    using Reader::read;
+    std::int32_t read(char16_t* target, std::int32_t length) override;
+    /// A guess from below: as if every character took the most bytes.
+    std::int32_t available() override;
+    /// Each call closes the source, a second one too.
+    void close() override;
+
+    /// The encoding's canonical name.
+    virtual const char16_t* getEncodingName();
+
+private:
+    static constexpr std::int32_t MAX_UNITS_PER_CHAR = 4;
+
+    void ensureOpen() const;
+    void fillBuffer();
+    std::int32_t takeHeld(char16_t* target, std::int32_t length);
+    bool splitCharacter(char16_t* target, std::int32_t* done, std::int32_t length);
+
+    Reference<InputStream> m_source;
+    Reference<text::charset::ByteToCharConverter> m_converter; // null: closed
+    std::int32_t m_bufferSize;
+    util::RawArray<signed char> m_buffer;
+    std::int32_t m_position = 0;
+    std::int32_t m_end = 0;
+    bool m_endOfStream = false;
+    /// The rest of a character of which the caller had room for the first units only.
+    char16_t m_held[MAX_UNITS_PER_CHAR];
+    std::int32_t m_heldCount = 0;
+};
+
+} // namespace vx::io

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/OutputStream.h"
+#include "vx/io/Writer.h"
+#include "vx/text/charset/CharToByteConverter.h"
+#include "vx/util/RawArray.h"
+
+namespace vx::io {
+
+/// Text into a byte stream in some encoding.
+///
+/// Neither `close` nor the destructor flushes: encoded bytes that still wait are lost. Malformed input passes through as
+/// the converter's exception. The sink is counted from construction to destruction; after `close` every operation but
+/// `close` throws IoException "stream closed".
+class VX_API OutputStreamWriter : public Writer {
+public:
+    /// `size` of the buffer in bytes, at least 6. A null `encoding` is the default encoding; one that nobody knows throws
+    /// UnknownEncodingException.
+    OutputStreamWriter(OutputStream* sink, const char16_t* encoding, std::int32_t size);
+    OutputStreamWriter(const OutputStreamWriter&) = delete;
+    OutputStreamWriter& operator=(const OutputStreamWriter&) = delete;
+
+    // Writer
+    using Writer::write;
+    void write(const char16_t* text, std::int32_t length) override;
+    /// Ends the conversion, writes what waits and flushes the sink.
+    void flush() override;
+    /// Each call closes the sink, a second one too.
+    void close() override;
+
+    /// The encoding's canonical name.
+    virtual const char16_t* getEncodingName();
+
+private:
+    void ensureOpen() const;
+    void writeWaiting();
+
+    Reference<OutputStream> m_sink;
+    Reference<text::charset::CharToByteConverter> m_converter; // null: closed
+    std::int32_t m_bufferSize;
+    util::RawArray<signed char> m_buffer;
+    std::int32_t m_waiting = 0;
+};
+
+} // namespace vx::io
