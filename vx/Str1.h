@@ -1,0 +1,344 @@
+#pragma once
+
+#include "vx/Api.h"
+#include "vx/OwningArray.h"
+#include "vx/StrBuf1.h"
+
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace vx::text::charset {
+class CharToByteConverter;
+}
+
+namespace vx {
+
+class String;
+
+/// UTF-16 text for hot paths: no locks, no interfaces, no terminator, and a substring costs no copy.
+///
+/// Positions and lengths count 16-bit units; a length of -1 means a zero-terminated source, an end or count of -1 the
+/// end. Strings share a buffer until one of them writes, by a plain count: a string and all that share its buffer belong
+/// to one thread. A buffer holds at most 16,777,215 units; more is an OutOfMemoryException, and the old text stands.
+///
+/// Ownership: a copy, an assigned string and a substring share the buffer of their source. Where that is a buffer of the
+/// heap it lives as long as anyone holds it. Where it is embedded in its owner (Str1Static, Str1Local, Str1Fixed) all who
+/// share it must be gone, or have been written to, before the owner goes: `detached` or `copy` gives a string without that
+/// bond, and sharing an owner that is about to go (an rvalue) copies by itself. Text wrapped by a Str1Wrap must outlive
+/// all who share it.
+class VX_API Str1 {
+public:
+    class Appendor;
+
+    Str1() noexcept = default;
+    /// A buffer of that capacity; below 1 none.
+    template <std::integral Count>
+    explicit Str1(Count capacity)
+    {
+        if (std::cmp_greater(capacity, 0))
+            take(newStrBuf1Cap(std::in_range<std::uint32_t>(capacity) ? static_cast<std::uint32_t>(capacity) : ~0U));
+    }
+    /// A unit is no capacity.
+    explicit Str1(bool) = delete;
+    explicit Str1(char) = delete;
+    explicit Str1(char16_t) = delete;
+    Str1(std::nullptr_t) = delete;
+    /// Shares the buffer of `other`.
+    Str1(const Str1& other) noexcept;
+    /// Shares it for the range. A `start` outside, or at or behind the end, gives an empty string without a buffer.
+    Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept;
+    Str1(Str1&& other);
+    Str1(Str1&& other, std::int32_t start, std::int32_t end = -1);
+    /// Copies the text.
+    Str1(const char16_t* text, std::int32_t length = -1);
+    Str1(std::u16string_view text);
+    /// Decodes narrow text. A null `encoding` is the default encoding; one that nobody knows throws
+    /// UnknownEncodingException.
+    Str1(const char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
+    Str1(const signed char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
+    /// Decodes UTF-8, as the encoding of that name does.
+    Str1(std::string_view utf8);
+    Str1(std::u8string_view utf8);
+    virtual ~Str1();
+
+    /// A buffer with room for `capacity` units that is ready for use at no cost, or null.
+    virtual StrBuf1* fastAllocBuffer(std::uint32_t capacity);
+
+    /// These share; the text of an owner that is about to go is copied.
+    Str1& operator=(const Str1& other) noexcept;
+    Str1& operator=(Str1&& other);
+    void setTo(const Str1& other) noexcept;
+    void setTo(Str1&& other);
+
+    /// These copy the text into a buffer that nobody else holds, at offset 0. `copy` gives 0.
+    Str1& operator=(const char16_t* text);
+    Str1& operator=(const String& text);
+    Str1& operator=(std::u16string_view text);
+    std::int32_t copy(const char16_t* text, std::int32_t length = -1);
+    std::int32_t copy(const Str1& text);
+    std::int32_t copy(const String& text);
+
+    Str1& operator+=(const char16_t* text);
+    Str1& operator+=(char16_t ch);
+    Str1& operator+=(const String& text);
+    Str1& operator+=(const Str1& text);
+    Str1& operator+=(std::u16string_view text);
+    /// All give 0. Nothing to add changes nothing.
+    std::int32_t append(const char16_t* text, std::int32_t length = -1);
+    std::int32_t append(char16_t ch, int repeat = 1);
+    std::int32_t append(const String& text);
+    std::int32_t append(std::u16string_view text);
+    /// Without a buffer yet, this string shares the one of `other`.
+    std::int32_t append(const Str1& other, std::int32_t count = -1, std::int32_t start = 0);
+    std::int32_t append(Str1&& other, std::int32_t count = -1, std::int32_t start = 0);
+
+    /// Keeps the buffer.
+    void clear() noexcept;
+    /// Gives the buffer up too.
+    void reset() noexcept;
+    /// For a caller who has written into the buffer: `difference` more or less units are text, as far as it has them.
+    void adjustLength(std::int32_t difference) noexcept;
+
+    std::int32_t getLength() const noexcept { return m_length; }
+    bool isEmpty() const noexcept { return m_length == 0; }
+    /// The text's start, or null for an empty text. There is no terminator.
+    char16_t* getData0() const noexcept { return m_length != 0 ? first() : nullptr; }
+    /// The text's start, also of an empty text; null without a buffer.
+    char16_t* getData1() const noexcept { return m_buffer != nullptr ? first() : nullptr; }
+    /// The index is compared with nothing; without a buffer every unit is 0.
+    char16_t operator[](int index) const noexcept { return m_buffer != nullptr ? first()[index] : u'\0'; }
+    char16_t getCharAt(int index) const noexcept { return (*this)[index]; }
+
+    bool operator==(const Str1& other) const noexcept { return view() == other.view(); }
+    bool operator==(const char16_t* text) const noexcept;
+    bool operator==(const String& text) const;
+    bool operator==(std::u16string_view text) const noexcept { return view() == text; }
+    /// By unit value.
+    std::strong_ordering operator<=>(const Str1& other) const noexcept { return view() <=> other.view(); }
+    std::strong_ordering operator<=>(const char16_t* text) const noexcept;
+    std::strong_ordering operator<=>(const String& text) const;
+    std::strong_ordering operator<=>(std::u16string_view text) const noexcept { return view() <=> text; }
+
+    /// The sampled hash of `String::hashCode`.
+    std::uint32_t hashCode() const noexcept;
+    /// A position or -1, also for a negative `from`.
+    int indexOf(char16_t ch, int from = 0, bool ignoreCase = false) const noexcept;
+    bool startsWith(const Str1& text, bool ignoreCase = false) const noexcept;
+    bool startsWith(const char16_t* text, int length = -1, bool ignoreCase = false) const noexcept;
+
+    /// Shares the buffer, as the constructor from a range does.
+    Str1 substring(std::int32_t start, std::int32_t end = -1) const& { return Str1(*this, start, end); }
+    Str1 substring(std::int32_t start, std::int32_t end = -1) && { return Str1(std::move(*this), start, end); }
+    /// Both give 0 and touch no buffer unless a unit changes.
+    std::int32_t toLower();
+    std::int32_t toUpper();
+    String toVXString() const;
+
+    /// This text, bound to the life of no other object: shares a buffer that owns its units, and copies any other.
+    Str1 detached() const;
+
+    /// Valid until the text changes.
+    std::u16string_view view() const noexcept { return {getData0(), static_cast<std::size_t>(m_length)}; }
+    operator std::u16string_view() const noexcept { return view(); }
+    /// A lone surrogate throws InvalidCharacterException.
+    std::string toUtf8() const;
+
+    /// These three give 0; a byte sequence that ends inside a character gives RESULT_FAIL, behind what was whole.
+    std::int32_t copyA(const char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
+    std::int32_t copyA(const signed char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
+    std::int32_t appendA(const char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
+    std::int32_t appendA(const signed char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
+    /// Encodes from `*position` (null: 0) on as many whole characters as `size` bytes hold. `*written` and `*position`
+    /// are told also after a failure; RESULT_BUFFER_TOO_SMALL means that text is left.
+    std::int32_t convertToA(char* out, std::int32_t size, text::charset::CharToByteConverter* converter,
+        std::int32_t* written = nullptr, std::int32_t* position = nullptr) const;
+    /// As above with a zero byte behind the output, which `written` does not count, unless the result is negative.
+    std::int32_t convertToAZ(char* out, std::int32_t size, const char16_t* encoding = nullptr,
+        std::int32_t* written = nullptr, std::int32_t* position = nullptr) const;
+    /// The bytes that the text from `position` on needs, without a terminator.
+    std::int32_t getLengthA(std::int32_t* length, const char16_t* encoding = nullptr, std::int32_t position = 0) const;
+    /// The text encoded and zero-terminated.
+    OwningArray<char> getBytesAZ(const char16_t* encoding = nullptr) const;
+
+    /// Prepares the buffer for `capacity` units from the text's start, and keeps the text from `start` up to `end`: in
+    /// its place, or at the front of the buffer where it has to move, and then it is the whole text. Gives the units
+    /// that may be written from the text's start on; 0 where a `capacity` of 0 asked for nothing and nothing is there.
+    std::uint32_t ensureCapacity1(std::uint32_t capacity, std::int32_t start, std::int32_t end = -1);
+    /// `n` up to the next multiple of 16; one beyond 31 bits is an OutOfMemoryException.
+    static std::int32_t normalizeCapacity(std::uint32_t n);
+    /// Header and units in one allocation, for `capacity` up to the next multiple of 16. The count is 0.
+    static StrBuf1* newStrBuf1Cap(std::uint32_t capacity);
+
+protected:
+    /// Counts the new buffer before it releases the old one. Offset and length become those of a whole text.
+    void take(StrBuf1* buffer, std::int32_t length = 0) noexcept;
+    /// The units of a source of `length`, where -1 measures and anything else below 0, and null, is nothing.
+    static std::int32_t measured(const char16_t* text, std::int32_t length) noexcept;
+    bool uses(const StrBuf1* buffer) const noexcept { return m_buffer == buffer; }
+
+private:
+    char16_t* first() const noexcept { return m_buffer->getData() + m_offset; }
+    void share(const Str1& other, std::int32_t start, std::int32_t length) noexcept;
+    /// The buffer is part of a string, be it this one.
+    bool isEmbedded() const noexcept { return m_buffer != nullptr && m_buffer->isStaticInstance(); }
+    /// `text` lies in the storage that a write of this string would move.
+    bool isOwnText(const char16_t* text) const noexcept;
+    void moveTo(StrBuf1* buffer, std::int32_t start, std::int32_t kept) noexcept;
+    char16_t* extend(std::int32_t count);
+    std::int32_t changeCase(char16_t (*map)(char16_t) noexcept);
+
+    StrBuf1* m_buffer = nullptr;
+    std::uint32_t m_offset = 0;
+    std::int32_t m_length = 0;
+};
+
+/// Appends many pieces to a string with few looks at its capacity. Lives on the stack, shorter than its target.
+class VX_API Str1::Appendor {
+public:
+    /// Each time room is needed, `firstReserve` units more are asked for, from the second time on `laterReserve`.
+    /// A reserve below 0 is taken as 0.
+    Appendor(Str1& target, std::int32_t firstReserve, std::int32_t laterReserve) noexcept;
+    Appendor(const Appendor&) = delete;
+    Appendor& operator=(const Appendor&) = delete;
+
+    /// Adds `n` units to the target's length and gives the place where the caller writes them.
+    char16_t* checkAvailable(std::int32_t n);
+    /// These give 0. A length below 1 adds nothing.
+    std::int32_t fastAppend(const char16_t* text, std::int32_t n);
+    std::int32_t fastAppend(char16_t ch);
+    /// Reserves room also for a length below 1.
+    std::int32_t firstAppend(const char16_t* text, std::int32_t n);
+    /// Makes room for `n` units and the reserve.
+    void setRemCap(std::int32_t n);
+    /// Call it when the target was changed by other means.
+    void resync() noexcept { m_room = 0; }
+    /// The first reserve has been spent.
+    short used() const noexcept { return m_firstReserve == SPENT ? 1 : 0; }
+
+private:
+    static constexpr std::int32_t SPENT = -1;
+
+    Str1& m_target;
+    std::int32_t m_room = 0;
+    std::int32_t m_firstReserve;
+    std::int32_t m_laterReserve;
+};
+
+/// Foreign text, which is not copied and not freed. The buffer is one of the heap, the units in it stay the caller's.
+class VX_API Str1Wrap : public Str1 {
+public:
+    /// Writes go in place for the first `capacity` units; with 0 the text is never written to.
+    Str1Wrap(const char16_t* text, std::int32_t length = -1, std::uint32_t capacity = 0);
+    ~Str1Wrap() override;
+
+    using Str1::operator=;
+};
+
+/// Foreign text that is never written to, without any allocation: the first write copies it to a new buffer.
+class VX_API Str1Static : public Str1 {
+public:
+    Str1Static(const char16_t* text, std::int32_t length = -1) noexcept;
+    Str1Static(const Str1Static&) = delete;
+    ~Str1Static() override;
+
+    using Str1::operator=;
+    /// Copies the text: each of the two keeps to itself.
+    Str1Static& operator=(const Str1Static& other);
+
+private:
+    StrBuf1Static m_static;
+};
+
+/// A copy of the text in a buffer of its own.
+class VX_API Str1Copy : public Str1 {
+public:
+    Str1Copy(const char16_t* text, std::int32_t length = -1);
+    Str1Copy(const String& text);
+    ~Str1Copy() override;
+
+    using Str1::operator=;
+};
+
+/// The base of strings that carry storage of their own, to which they come back whenever it is free. A string that still
+/// shares that storage when its owner goes is a fault of the program and stops it.
+class VX_API Str1Embedded : public Str1 {
+public:
+    Str1Embedded(const Str1Embedded&) = delete;
+    ~Str1Embedded() override;
+
+    using Str1::operator=;
+    /// Copies the text, as the assignments between two strings of a derived class do: each of the two keeps to itself.
+    Str1Embedded& operator=(const Str1Embedded& other);
+
+    // Str1
+    StrBuf1* fastAllocBuffer(std::uint32_t capacity) override;
+
+protected:
+    /// Not to be touched before `enter`: it is a field of the derived class.
+    explicit Str1Embedded(StrBuf1* embedded) noexcept
+        : m_embedded(embedded)
+    {
+    }
+    /// Makes the embedded buffer, now built, the string's, with `length` units of text in it.
+    void enter(std::int32_t length) noexcept;
+    /// The last thing that happens while the embedded buffer stands.
+    void leave() noexcept;
+
+private:
+    StrBuf1* m_embedded;
+};
+
+/// Text in the caller's storage, typically an array on the stack, as long as it fits.
+class VX_API Str1Local : public Str1Embedded {
+public:
+    /// `text` has room for `capacity` units, of which the first `length` are in use.
+    Str1Local(const char16_t* text, std::int32_t length, std::uint32_t capacity);
+    ~Str1Local() override;
+
+    using Str1Embedded::operator=;
+    Str1Local& operator=(const Str1Local& other);
+
+private:
+    StrBuf1Wrap m_local;
+};
+
+/// A string that touches no heap up to `Units` units.
+template <std::uint32_t Units>
+class VX_API Str1Fixed : public Str1Embedded {
+public:
+    Str1Fixed()
+        : Str1Embedded(&m_fixed)
+    {
+        enter(0);
+    }
+    ~Str1Fixed() override { leave(); }
+
+    using Str1Embedded::operator=;
+    Str1Fixed& operator=(const Str1Fixed& other)
+    {
+        copy(other);
+        return *this;
+    }
+
+private:
+    StrBuf1Fixed<Units> m_fixed;
+};
+
+extern template class VX_API Str1Fixed<128>;
+
+/// Writes UTF-8.
+VX_API std::ostream& operator<<(std::ostream& stream, const Str1& text);
+
+} // namespace vx
+
+template <>
+struct std::hash<vx::Str1> {
+    std::size_t operator()(const vx::Str1& text) const noexcept { return text.hashCode(); }
+};
