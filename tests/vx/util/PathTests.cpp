@@ -1,0 +1,176 @@
+#include "vx/Exceptions.h"
+#include "vx/util/FilePath.h"
+#include "vx/util/PathNormalizer.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace vx;
+using vx::util::FilePath;
+using vx::util::PathNormalizer;
+
+namespace {
+
+String forwardOf(String text)
+{
+    text.translate(u'\\', u'/');
+    return text;
+}
+
+TEST(PathNormalizer, ResolvesDotsAndDoubledSeparators)
+{
+    const struct {
+        const char16_t* text;
+        const char16_t* result;
+    } cases[] = {
+        {u"a\\.\\b", u"a\\b"},
+        {u"a\\\\b", u"a\\b"},
+        {u"a\\..\\b", u"b"},
+        {u"a\\b\\..\\..\\c", u"c"},
+        {u"a\\..\\..\\b", u"..\\b"},
+        {u"..\\a", u"..\\a"},
+        {u"..\\..\\a", u"..\\..\\a"},
+        {u"..\\..", u"..\\.."},
+        {u"..\\", u"..\\"},
+        {u".\\a", u"a"},
+        {u".\\..\\a", u"..\\a"},
+        {u".", u"."},
+        {u"..", u".."},
+        {u".\\", u".\\"},
+        {u".\\.", u".\\"},
+        {u".a", u".a"},
+        {u"..a", u"..a"},
+        {u"a\\", u"a\\"},
+        {u"a\\.", u"a\\"},
+        {u"a\\b\\..", u"a\\"},
+        {u"a\\..", u""},
+        {u"a\\..\\.", u".\\"},
+        {u"a\\.b\\..c", u"a\\.b\\..c"},
+        {u"\\", u"\\"},
+        {u"\\a", u"\\a"},
+        {u"\\\\a", u"\\a"},
+        {u"\\..\\a", u"a"},
+        {u"a..b", u"a..b"},
+        {u"a\\...\\b", u"a\\...\\b"},
+        {u"", u""},
+    };
+    PathNormalizer backward;
+    PathNormalizer forward(PathNormalizer::SLASH_FORWARD);
+    for (const auto& row : cases) {
+        const String text(row.text);
+        EXPECT_EQ(backward.normalize(text), row.result) << text;
+        EXPECT_EQ(backward.normalize(forwardOf(row.text)), row.result) << text;
+        EXPECT_EQ(forward.normalize(text), forwardOf(row.result)) << text;
+        EXPECT_EQ(text, row.text) << "the argument stays as it was";
+    }
+    const std::u16string_view zeroInside(u"a\0\\.\\b", 6);
+    EXPECT_EQ(backward.normalize(zeroInside), std::u16string_view(u"a\0\\b", 4));
+}
+
+TEST(PathNormalizer, RefusesAnUnknownSlash)
+{
+    PathNormalizer normalizer(PathNormalizer::SLASH_FORWARD);
+    try {
+        normalizer.setSlashType(static_cast<PathNormalizer::SLASH_TYPE>(3));
+        FAIL();
+    } catch (const Exception& failure) {
+        EXPECT_EQ(failure.getDescription(), u"Invalid slash type specified.");
+    }
+    EXPECT_EQ(normalizer.normalize(u"a\\b"), u"a/b");
+}
+
+TEST(FilePath, TakesAPathApart)
+{
+    const struct {
+        const char16_t* text;
+        const char16_t* path;
+        const char16_t* drive;
+        const char16_t* directory;
+        const char16_t* name;
+        const char16_t* baseName;
+        const char16_t* extension;
+        const char16_t* parent;
+        bool isAbsolute;
+    } cases[] = {
+        {u"C:/a/b.txt", u"C:\\a\\b.txt", u"C:", u"C:\\a", u"b.txt", u"b", u".txt", u"C:\\a", true},
+        {u"C:\\", u"C:\\", u"C:", u"C:\\", u"", u"", u"", u"", true},
+        {u"C:", u"C:", u"C:", u"C:", u"", u"", u"", u"", true},
+        {u"C:a", u"C:a", u"C:", u"C:", u"a", u"a", u"", u"C:", true},
+        {u"C:\\a", u"C:\\a", u"C:", u"C:\\", u"a", u"a", u"", u"C:\\", true},
+        {u"C:\\a\\..\\..\\b", u"C:..\\b", u"C:.", u"C:..", u"b", u"b", u"", u"C:..", true},
+        {u"C:\\..", u"C:", u"C:", u"C:", u"", u"", u"", u"", true},
+        {u"\\..", u"", u"", u"", u"", u"", u"", u"", true},
+        {u"\\a", u"\\a", u"", u"\\", u"a", u"a", u"", u"\\", true},
+        {u"a", u"a", u"", u"", u"a", u"a", u"", u"", false},
+        {u"a/./b", u"a\\b", u"", u"a", u"b", u"b", u"", u"a", false},
+        {u"a\\b.c\\d", u"a\\b.c\\d", u"", u"a\\b.c", u"d", u"d", u"", u"a\\b.c", false},
+        {u".a", u".a", u"", u"", u".a", u"", u".a", u"", false},
+        {u"a.b.c", u"a.b.c", u"", u"", u"a.b.c", u"a.b", u".c", u"", false},
+        {u"a.", u"a.", u"", u"", u"a.", u"a", u".", u"", false},
+        {u"", u"", u"", u"", u"", u"", u"", u"", false},
+        {u":a", u":a", u"", u"", u":a", u":a", u"", u"", false},
+        {u"\\\\", u"\\", u"", u"\\", u"", u"", u"", u"", true},
+        {u"//s/v", u"\\\\s\\v", u"\\\\s\\v", u"\\\\s\\v", u"", u"", u"", u"", true},
+        {u"\\\\s\\v\\", u"\\\\s\\v\\", u"\\\\s\\v", u"\\\\s\\v\\", u"", u"", u"", u"", true},
+        {u"\\\\s\\v\\a\\.\\b.c", u"\\\\s\\v\\a\\b.c", u"\\\\s\\v", u"\\\\s\\v\\a", u"b.c", u"b", u".c", u"\\\\s\\v\\a",
+            true},
+    };
+    for (const auto& row : cases) {
+        const String text(row.text);
+        const FilePath path(text);
+        EXPECT_EQ(path.toString(), row.path) << text;
+        EXPECT_EQ(path.getDrive(), row.drive) << text;
+        EXPECT_EQ(path.getDirectory(), row.directory) << text;
+        EXPECT_EQ(path.getName(), row.name) << text;
+        EXPECT_EQ(path.getBaseName(), row.baseName) << text;
+        EXPECT_EQ(path.getExtension(), row.extension) << text;
+        EXPECT_EQ(path.getParentPath(), row.parent) << text;
+        EXPECT_EQ(path.isAbsolutePath(), row.isAbsolute) << text;
+        EXPECT_EQ(path.isUNCPath(), String(row.path).startsWith(u"\\\\")) << text;
+        EXPECT_EQ(text, row.text) << "the argument stays as it was";
+    }
+}
+
+TEST(FilePath, RefusesABrokenRoot)
+{
+    const struct {
+        const char16_t* text;
+        const char16_t* message;
+    } cases[] = {
+        {u"ab:c", u"invalid drive"},
+        {u"a\\b:", u"invalid drive"},
+        {u"\\\\\\x", u"no server name"},
+        {u"\\\\server", u"no share name"},
+        {u"\\\\server\\", u"no share name"},
+        {u"\\\\server\\\\a", u"no share name"},
+    };
+    for (const auto& row : cases) {
+        try {
+            const FilePath path(row.text);
+            ADD_FAILURE() << String(row.text);
+        } catch (const InvalidPathException& failure) {
+            EXPECT_EQ(failure.getDescription(), row.message) << String(row.text);
+        }
+    }
+}
+
+TEST(FilePath, AsksTheSystem)
+{
+    String current(std::filesystem::current_path().string());
+    current.translate(u'/', u'\\');
+    current = String(u"C:") + current;
+    EXPECT_EQ(FilePath::getCurrentDir(), current + u"\\");
+    EXPECT_EQ(FilePath(u"a/../b").getAbsolutePath(), current + u"\\b");
+    EXPECT_EQ(FilePath(u"C:x").getAbsolutePath(), u"C:x");
+    EXPECT_EQ(FilePath(u"b").getCanonicalPath(), current + u"\\b");
+    EXPECT_EQ(FilePath(u"\\b").getCanonicalPath(), u"C:\\b");
+    EXPECT_EQ(FilePath(u"\\\\s\\v\\b").getCanonicalPath(), u"\\\\s\\v\\b");
+    EXPECT_TRUE(FilePath::getTempDir().endsWith(u"\\"));
+
+    const String longest = String(u"C:\\") + String(u'x', 257);
+    EXPECT_EQ(FilePath(longest).getCanonicalPath(), longest);
+    EXPECT_THROW(FilePath(longest + u"x").getCanonicalPath(), ResultException);
+}
+
+} // namespace

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "vx/String.h"
+
+namespace vx::util {
+
+/// Takes "." and ".." components and doubled separators out of a path, without a look at the file system. It knows no
+/// roots: what climbs above the start of the text keeps its "..", and a separator at the start counts as an empty name
+/// that ".." removes. One thread at a time.
+class VX_API PathNormalizer : public Object {
+public:
+    enum SLASH_TYPE : int { SLASH_SYSTEM = 0, SLASH_FORWARD = 1, SLASH_BACKWARD = 2 };
+
+    enum STATE : int {
+        STATE_START = 0,
+        STATE_NAME = 1,
+        STATE_SLASH = 2,
+        STATE_SLASH_DOT = 3,
+        STATE_SLASH_DOT_DOT = 4,
+        STATE_LEAD_DOT = 5,
+        STATE_LEAD_DOT_SLASH = 6,
+        STATE_LEAD_DOT_DOT = 7,
+        STATE_LEAD_UP = 8,
+        STATE_END = 9
+    };
+
+    explicit PathNormalizer(SLASH_TYPE type = SLASH_SYSTEM);
+    ~PathNormalizer() noexcept override;
+
+    /// The separator of the results; the other slash is read as the same. A value that is none of the three throws
+    /// Exception.
+    void setSlashType(SLASH_TYPE type);
+
+    String normalize(const String& text);
+
+private:
+    STATE nextState() const;
+    /// Writes or drops what the present state holds back, and enters `next`.
+    void transition(STATE next);
+    void write(char16_t ch) { m_output[m_length++] = ch; }
+
+    char16_t m_separator;
+    STATE m_state = STATE_START;
+    String m_source;
+    char16_t* m_output = nullptr;
+    int m_length = 0;
+    int m_index = 0;
+};
+
+} // namespace vx::util
