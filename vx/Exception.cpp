@@ -2,7 +2,18 @@
 
 #include "vx/Result.h"
 
+#include <new>
+
 namespace vx {
+
+namespace {
+
+class BadAllocation : public std::bad_alloc {
+public:
+    const char* what() const noexcept override { return "bad allocation"; }
+};
+
+} // namespace
 
 Exception::Exception() noexcept = default;
 
@@ -66,6 +77,11 @@ std::int32_t ResultException::getResult() const
 void throwResult(std::int32_t result)
 {
     throw ResultException(result);
+}
+
+void throwBadAllocation()
+{
+    throw BadAllocation();
 }
 
 } // namespace vx

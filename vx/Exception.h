@@ -11,7 +11,7 @@ class VX_API Exception : public Object {
 public:
     Exception() noexcept;
     Exception(const Exception& other) noexcept;
-    explicit Exception(const String& description) noexcept;
+    Exception(const String& description) noexcept;
     Exception& operator=(const Exception& other);
     ~Exception() noexcept override;
 
@@ -43,6 +43,10 @@ private:
 
 /// Throws ResultException with `result`, which is negative.
 [[noreturn]] VX_API void throwResult(std::int32_t result);
+
+/// Throws std::bad_alloc with the text "bad allocation": storage that no new handler serves is exhausted, or a size is
+/// beyond what can be counted.
+[[noreturn]] VX_API void throwBadAllocation();
 
 /// The way back from a component operation: a negative result becomes a ResultException.
 inline void throwIfFailed(std::int32_t result)

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "vx/Exception.h"
 #include "vxsys/Memory.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <new>
 
 namespace vx::util {
 
-/// What the read-write buffers of both widths own: `Unit`s from the C runtime's allocator in steps of 16.
+/// What the read-write buffers of both widths own: `Unit`s from the C runtime's allocator in steps of 16. Data and length
+/// are atomic because a locked buffer tells them without its lock.
 template <class Unit>
 class BufferStorage {
 public:
@@ -19,10 +21,10 @@ public:
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
 
-    Unit* data() const noexcept { return m_data; }
+    Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
     int capacity() const noexcept { return m_capacity; }
-    int length() const noexcept { return m_length; }
-    void setLength(int length) noexcept { m_length = length; }
+    int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
+    void setLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
 
     /// `n` rounded up to the step, in a width in which it cannot overflow.
     static constexpr std::int64_t adjust(int n) noexcept { return (std::int64_t {n} + 15) & ~std::int64_t {15}; }
@@ -46,10 +48,10 @@ public:
 
     void free() noexcept
     {
-        VXMemFree(m_data);
-        m_data = nullptr;
+        VXMemFree(data());
+        setData(nullptr);
         m_capacity = 0;
-        m_length = 0;
+        setLength(0);
     }
 
     void ensure(int minimum)
@@ -58,32 +60,34 @@ public:
             realloc(minimum);
     }
 
-    void assign(const Unit* data, int length, int capacity)
+    void assign(const Unit* source, int length, int capacity)
     {
         alloc(std::max(length, capacity));
-        if (length < 1)
+        if (source == nullptr || length < 1)
             return;
-        std::memcpy(m_data, data, static_cast<std::size_t>(length) * sizeof(Unit));
-        m_length = length;
+        std::memcpy(data(), source, static_cast<std::size_t>(length) * sizeof(Unit));
+        setLength(length);
     }
 
 private:
     static constexpr std::int64_t LARGEST = 0x7FFFFFFF;
 
+    void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
+
     void resize(int capacity)
     {
         const std::int64_t units = adjust(capacity);
         void* memory
-            = units <= LARGEST ? VXMemRealloc(m_data, static_cast<std::size_t>(units) * sizeof(Unit)) : nullptr;
+            = units <= LARGEST ? VXMemRealloc(data(), static_cast<std::size_t>(units) * sizeof(Unit)) : nullptr;
         if (memory == nullptr)
-            throw std::bad_alloc();
-        m_data = static_cast<Unit*>(memory);
+            throwBadAllocation();
+        setData(static_cast<Unit*>(memory));
         m_capacity = static_cast<int>(units);
     }
 
-    Unit* m_data = nullptr;
+    std::atomic<Unit*> m_data {nullptr};
     int m_capacity = 0;
-    int m_length = 0;
+    std::atomic<int> m_length {0};
 };
 
 } // namespace vx::util
