@@ -19,6 +19,7 @@ public:
         , m_length(buffer.GetLength())
     {
         throwIfFailed(m_buffer.GetReadLock(&m_data));
+        m_length = buffer.GetLength(); // a writer may have been at work until now
     }
     ~BufferReadLock() noexcept(false)
     {
@@ -49,6 +50,7 @@ public:
         , m_length(buffer.GetLength())
     {
         throwIfFailed(m_buffer.GetWriteLock(minimumLength, &m_data));
+        m_length = buffer.GetLength();
     }
     ~BufferWriteLock() noexcept(false)
     {
