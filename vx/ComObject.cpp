@@ -37,25 +37,18 @@ std::int32_t ComObject::QueryInterface(const _GUID& iid, void** out)
     return vorb::QueryInterfaceMap(GetComIntfMap(), this, iid, out);
 }
 
-std::uint32_t ComObject::AddRef() const
+void ComObject::lockModule() const noexcept
 {
-    const std::uint32_t count = InternalAddRef();
-    if (count == 1 && m_module != nullptr)
-        m_module->AddRef();
-    return count;
+    m_module->AddRef();
 }
 
-std::uint32_t ComObject::Release() const
+void ComObject::destroy() const
 {
-    const std::uint32_t count = InternalRelease();
-    if (count != 0)
-        return count;
     if (m_module != nullptr)
         m_module->Release();
     // A destructor that hands `this` out for a moment takes the count from 1 to 2 and back, and does not start again.
     m_refCount.store(1, std::memory_order_relaxed);
     delete this;
-    return 0;
 }
 
 std::int32_t ComObject::SetOuterUnknown(IVXUnknown*) noexcept

@@ -26,8 +26,20 @@ public:
 
     // IVXUnknown
     std::int32_t QueryInterface(const _GUID& iid, void** out) override;
-    std::uint32_t AddRef() const override;
-    std::uint32_t Release() const override;
+    std::uint32_t AddRef() const override
+    {
+        const std::uint32_t count = InternalAddRef();
+        if (count == 1 && m_module != nullptr)
+            lockModule();
+        return count;
+    }
+    std::uint32_t Release() const override
+    {
+        const std::uint32_t count = InternalRelease();
+        if (count == 0)
+            destroy();
+        return count;
+    }
 
     /// A lock among the derived classes may fail to go, so a destructor of the tree may throw. Value classes say
     /// `noexcept` themselves.
@@ -38,8 +50,8 @@ public:
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) noexcept { }
 
-    /// The count at this moment.
-    std::uint32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_relaxed); }
+    /// The count at this moment. Who sees 1 and holds it sees all that the others did before they let go.
+    std::uint32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_acquire); }
 
     /// The module whose lock count this object raises while its own count is above 0. Not owned; to be set before the
     /// first `AddRef`.
@@ -66,6 +78,9 @@ protected:
     std::uint32_t InternalRelease() const noexcept { return m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
 
 private:
+    void lockModule() const noexcept;
+    void destroy() const;
+
     mutable std::atomic<std::uint32_t> m_refCount {0};
     vorb::Module* m_module = nullptr;
 };

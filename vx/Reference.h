@@ -48,8 +48,9 @@ public:
         source.QueryInterface(T::IID, out);
     }) Reference(Source* source)
     {
-        if (source != nullptr && source->QueryInterface(T::IID, reinterpret_cast<void**>(&m_object)) < 0)
-            m_object = nullptr;
+        void* view = nullptr;
+        if (source != nullptr && source->QueryInterface(T::IID, &view) >= 0)
+            m_object = static_cast<T*>(view);
     }
 
     /// An object that fails to go takes its failure with it: a reference is released where nobody can answer.
