@@ -3,20 +3,26 @@
 #include "vx/AnsiBytes.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
+#include "vx/detail/TextRange.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
-#include <limits>
-#include <new>
-#include <string>
+#include <cstddef>
+#include <functional>
 #include <typeinfo>
 
 namespace vx {
 
+using detail::clipped;
+using detail::measured;
+using detail::PlainBuffer;
+using detail::StringReadLock;
+using detail::withTerminator;
 using util::CharReadLock;
 using util::ROCharBuffer;
 using util::RWCharBuffer;
@@ -46,28 +52,6 @@ private:
 constinit IVXCharBuffer* SharedEmptyBuffer::s_buffer = nullptr;
 SharedEmptyBuffer g_sharedEmptyBuffer;
 
-/// The units of a text of `length`, where -1 measures and anything else below 0 is nothing.
-int measured(const char16_t* text, int length) noexcept
-{
-    if (text == nullptr)
-        return 0;
-    return length == -1 ? VXStrLenW(text) : std::max(length, 0);
-}
-
-/// `length` units and the terminator.
-int withTerminator(std::int64_t length)
-{
-    if (length >= std::numeric_limits<int>::max())
-        throw std::bad_alloc();
-    return static_cast<int>(length) + 1;
-}
-
-/// Where -1 or too large a value means `end`.
-int clipped(int value, int end) noexcept
-{
-    return value == -1 || value > end ? end : std::max(value, 0);
-}
-
 /// A buffer of its own for `length` units and the terminator.
 Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
 {
@@ -79,7 +63,7 @@ Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity =
 
 Reference<IVXCharBuffer> wrapped(const char16_t* text, int length)
 {
-    return new ROCharBuffer(text, withTerminator(length));
+    return text != nullptr ? new ROCharBuffer(text, withTerminator(length)) : SharedEmptyBuffer::get();
 }
 
 } // namespace
@@ -126,17 +110,17 @@ String::String(AcquireMode mode, const String& other, int start, int end, int ca
 {
     if (mode == AcquireShare)
         return;
-    const CharReadLock source(other);
+    const StringReadLock source(other);
     end = clipped(end, source.length());
-    start = std::min(std::max(start, 0), end);
+    start = clipped(start, end);
     const int length = end - start;
     if (length == 0 && capacity < 1)
         m_buffer = SharedEmptyBuffer::get();
     else if (mode == AcquireWrap)
         m_buffer = wrapped(source.data() + start, length);
     else
-        m_buffer = copyOf(source.data() + start, length, capacity > length ? capacity : 0);
-    if (mode == AcquireUpper)
+        m_buffer = copyOf(source.data() + start, length, capacity);
+    if (mode == AcquireUpper && length > 0)
         toUpper();
 }
 
@@ -146,10 +130,10 @@ String::String(AcquireMode mode, const char16_t* text, int length, int capacity)
     if (length < 1 && capacity < 1)
         m_buffer = SharedEmptyBuffer::get();
     else if (mode == AcquireWrap)
-        m_buffer = wrapped(text != nullptr ? text : EMPTY_TEXT, length);
+        m_buffer = wrapped(text, length);
     else
         m_buffer = copyOf(text, length, capacity);
-    if (mode == AcquireUpper)
+    if (mode == AcquireUpper && length > 0)
         toUpper();
 }
 
@@ -161,6 +145,8 @@ String::String(AcquireMode mode, util::ICharBuffer* buffer)
     }
     if (mode == AcquireShare) {
         m_buffer = Reference<IVXCharBuffer>(static_cast<IVXUnknown*>(buffer));
+        if (m_buffer == nullptr)
+            m_buffer = dynamic_cast<IVXCharBuffer*>(buffer);
         if (m_buffer == nullptr)
             throwResult(RESULT_NO_INTERFACE);
         return;
@@ -196,8 +182,10 @@ String& String::operator=(const String& other)
 
 String& String::operator=(String&& other)
 {
+    if (m_buffer == other.m_buffer) // as in the moves of a sort, where the text has never left
+        return *this;
     // A buffer that may not be written is somebody's memory, which an assignment never binds this string to.
-    if (&other == this || !other.isSoleWriter())
+    if (!other.isSoleWriter())
         return setTo(other);
     swap(other);
     return *this;
@@ -250,9 +238,9 @@ String& String::setTo(AcquireMode mode, const String& other, int start, int end)
         const String range(AcquireCopy, other, start, end);
         return setTo(mode == AcquireUpper ? AcquireUpper : AcquireCopy, range.getData(), range.getLength());
     }
-    const CharReadLock source(other);
+    const StringReadLock source(other);
     end = clipped(end, source.length());
-    start = std::min(std::max(start, 0), end);
+    start = clipped(start, end);
     return setTo(mode, source.data() + start, end - start);
 }
 
@@ -271,12 +259,18 @@ void String::swap(String& other) noexcept
 
 int String::getLength() const
 {
-    return std::max(m_buffer->GetLength() - 1, 0);
+    const char16_t* data = nullptr;
+    int length = 0;
+    if (!PlainBuffer::read(*m_buffer, &data, &length))
+        length = m_buffer->GetLength();
+    return std::max(length - 1, 0);
 }
 
 const char16_t* String::getData() const
 {
-    return m_buffer->GetData();
+    const char16_t* data = nullptr;
+    int length = 0;
+    return PlainBuffer::read(*m_buffer, &data, &length) ? data : m_buffer->GetData();
 }
 
 const char16_t* String::getReadLock() const
@@ -315,18 +309,28 @@ char16_t* String::ensureCapacity(int minimumLength)
 
 void String::releaseWriteLock(int length)
 {
-    if (length < 0) {
+    m_ansi = nullptr; // what was encoded while the lock was held is not the new text
+    if (length < 0)
         length = VXStrLenW(m_buffer->GetData());
-    } else {
+    try {
         char16_t* data = nullptr;
         throwIfFailed(m_buffer->EnsureCapacity(withTerminator(length), &data));
         data[length] = 0;
+    } catch (...) { // the lock goes all the same, and the old text with it
+        char16_t* data = nullptr;
+        const int held = m_buffer->GetLength();
+        if (held > 0 && m_buffer->EnsureCapacity(held, &data) >= 0)
+            data[held - 1] = 0;
+        m_buffer->ReleaseWriteLock(-1);
+        throw;
     }
     throwIfFailed(m_buffer->ReleaseWriteLock(length + 1));
 }
 
 void String::freeExtra()
 {
+    if (detail::isExactly<RWCharBuffer>(*m_buffer) && !isSoleWriter())
+        return;
     throwIfFailed(m_buffer->FreeExtra());
 }
 
@@ -342,6 +346,10 @@ const char16_t* String::getReadLockT(int) const
 
 bool String::isSoleWriter() const
 {
+    if (detail::isExactly<RWCharBuffer>(*m_buffer))
+        return static_cast<const RWCharBuffer&>(*m_buffer).GetRefCount() < 2;
+    if (detail::isExactly<ROCharBuffer>(*m_buffer))
+        return false;
     m_buffer->AddRef();
     return m_buffer->Release() < 2 && m_buffer->IsWritable() != 0;
 }
@@ -359,12 +367,10 @@ void String::copyOnWrite(int capacity)
         return;
     const Reference<IVXCharBuffer> old = m_buffer; // outlives its lock
     const CharReadLock source(*old);
-    Reference<RWCharBuffer> own(
-        new RWCharBuffer(source.data(), source.length(), std::max({capacity, source.length(), 1})));
-    if (source.length() < 1) {
-        own->getWriteLock(0)[0] = 0;
-        own->releaseWriteLock(1);
-    }
+    const int length = std::max(source.length(), 1);
+    Reference<RWCharBuffer> own(new RWCharBuffer(source.data(), source.length(), std::max(capacity, length)));
+    own->getWriteLock(0)[length - 1] = 0; // a part of another text need not end with one
+    own->releaseWriteLock(length);
     m_buffer = Reference<IVXCharBuffer>(own);
     m_ansi = nullptr;
 }
@@ -383,7 +389,7 @@ std::uint32_t String::hashCode() const
 
 std::uint32_t String::hashCode(bool ignoreCase) const
 {
-    const CharReadLock text(*this);
+    const StringReadLock text(*this);
     return detail::hashText(text.data(), text.length(), ignoreCase);
 }
 

@@ -5,6 +5,7 @@
 #include "vx/util/AbstractCharBuffer.h"
 
 #include <compare>
+#include <concepts>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,11 @@ namespace vx::util {
 class IByteBuffer;
 }
 
+namespace vx::detail {
+class StringReadLock;
+class StringWriteLock;
+} // namespace vx::detail
+
 namespace vx {
 
 /// UTF-16 text, zero-terminated, in a buffer that several strings may share until one of them writes.
@@ -28,7 +34,7 @@ namespace vx {
 /// A value class: copied, embedded and passed by `const String&`, and at once an `IVXCharBuffer` that other components
 /// read and write. Strings that share a buffer may live on different threads; one string belongs to one thread at a time,
 /// also for `const` operations, since `getBytes` keeps what it encoded. A failure of the held buffer is thrown as a
-/// ResultException with its code, exhaustion as std::bad_alloc; the old text then stands.
+/// ResultException with its code, a size that cannot be as std::bad_alloc; the old text then stands.
 class VX_API String : public util::AbstractCharBuffer {
 public:
     class AnsiBytes;
@@ -113,6 +119,7 @@ public:
     char16_t* ensureCapacity(int minimumLength) override;
     /// Writes the terminator. -1 measures the text.
     void releaseWriteLock(int length) override;
+    /// Storage that other strings read is left alone.
     void freeExtra() override;
 
     /// The type of the argument picks the width of the text, its value means nothing.
@@ -178,6 +185,7 @@ public:
     void trim(char16_t ch, TrimType type = TrimBoth);
     /// `set` is zero-terminated, whatever `length` says.
     void trim(const char16_t* set, int length = -1, TrimType type = TrimBoth);
+    void trim(const char16_t* set, TrimType type) { trim(set, -1, type); }
     void trim(const String& set, TrimType type = TrimBoth);
 
     String substring(int start, int end = -1) const;
@@ -186,10 +194,21 @@ public:
 
     bool equals(const String& other, bool ignoreCase = false) const;
     bool equals(const char16_t* text, int length = -1, bool ignoreCase = false) const;
+    /// Here and below: a flag behind a text is no length.
+    template <std::same_as<bool> Flag>
+    bool equals(const char16_t* text, Flag ignoreCase) const
+    {
+        return equals(text, -1, ignoreCase);
+    }
     /// By unit value, a prefix before the longer text. Where one is a prefix of the other, the result is the difference of
     /// the lengths.
     int compare(const String& other, bool ignoreCase = false) const;
     int compare(const char16_t* text, int length = -1, bool ignoreCase = false) const;
+    template <std::same_as<bool> Flag>
+    int compare(const char16_t* text, Flag ignoreCase) const
+    {
+        return compare(text, -1, ignoreCase);
+    }
     bool regionMatches(int start, int count, const String& other, int otherStart = 0, bool ignoreCase = false) const;
     bool regionMatches(
         int start, int count, const char16_t* text, int length = -1, int textStart = 0, bool ignoreCase = false) const;
@@ -198,11 +217,26 @@ public:
         int start, int count, const char16_t* text, int length = -1, int textStart = 0, bool ignoreCase = false) const;
     bool startsWith(const String& text, bool ignoreCase = false) const;
     bool startsWith(const char16_t* text, int length = -1, bool ignoreCase = false) const;
+    template <std::same_as<bool> Flag>
+    bool startsWith(const char16_t* text, Flag ignoreCase) const
+    {
+        return startsWith(text, -1, ignoreCase);
+    }
     bool endsWith(const String& text, bool ignoreCase = false) const;
     bool endsWith(const char16_t* text, int length = -1, bool ignoreCase = false) const;
+    template <std::same_as<bool> Flag>
+    bool endsWith(const char16_t* text, Flag ignoreCase) const
+    {
+        return endsWith(text, -1, ignoreCase);
+    }
     /// False for an empty `text`.
     bool contains(const String& text, bool ignoreCase = false) const;
     bool contains(const char16_t* text, int length = -1, bool ignoreCase = false) const;
+    template <std::same_as<bool> Flag>
+    bool contains(const char16_t* text, Flag ignoreCase) const
+    {
+        return contains(text, -1, ignoreCase);
+    }
 
     /// Searches give a position or -1; an empty pattern or set finds nothing. A search backwards must end at or before
     /// `from`.
@@ -242,6 +276,8 @@ public:
     static String valueOf(double value);
     static String valueOf(bool value);
     static String valueOf(char16_t value);
+    /// A pointer is no truth value.
+    static String valueOf(const void*) = delete;
 
     /// Valid until the text changes.
     std::u16string_view view() const;
@@ -266,6 +302,9 @@ public:
     }
 
 private:
+    friend class detail::StringReadLock;
+    friend class detail::StringWriteLock;
+
     /// A write may go ahead in place.
     bool isSoleWriter() const;
     /// `text` lies in the storage that an edit of this string would move.

@@ -1,41 +1,32 @@
 #include "vx/String.h"
 
-#include "vx/AnsiBytes.h"
-#include "vx/util/BufferLocks.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/detail/TextRange.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
-#include <limits>
-#include <new>
 #include <string>
 
 namespace vx {
 
-using util::CharReadLock;
-using util::CharWriteLock;
-
-namespace {
-
-constexpr std::int64_t LONGEST = std::numeric_limits<int>::max() - 1;
-
-int clipped(int value, int end) noexcept
-{
-    return value == -1 || value > end ? end : std::max(value, 0);
-}
-
-} // namespace
+using detail::clipped;
+using detail::LONGEST_TEXT;
+using detail::measured;
+using detail::StringReadLock;
+using detail::StringWriteLock;
 
 /// Puts `insert` units, those of `text` or without one copies of `fill`, in place of a range. `text` lies outside this
 /// string's storage.
 void String::splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill)
 {
-    CharWriteLock target(*this, 0);
+    const std::int64_t most = getLength() + insert;
+    StringWriteLock target(*this, 0, static_cast<int>(std::min(most, LONGEST_TEXT)));
     const int oldLength = target.length();
     start = clipped(start, oldLength);
     count = clipped(count, oldLength - start);
     const std::int64_t newLength = oldLength + insert - count;
-    if (newLength > LONGEST)
-        throw std::bad_alloc();
+    if (newLength > LONGEST_TEXT)
+        throwBadAllocation();
 
     target.ensureCapacity(static_cast<int>(newLength));
     char16_t* place = target.data() + start;
@@ -51,11 +42,8 @@ void String::splice(int start, int count, const char16_t* text, std::int64_t ins
 
 String& String::replace(int start, int count, const char16_t* text, int length, int textStart)
 {
-    if (text == nullptr)
-        length = 0;
-    else
-        length = length == -1 ? VXStrLenW(text) : std::max(length, 0);
-    textStart = std::min(std::max(textStart, 0), length);
+    length = measured(text, length);
+    textStart = clipped(textStart, length);
     const int insert = length - textStart;
     if (insert == 0) {
         splice(start, count, nullptr, 0, 0);
@@ -74,7 +62,7 @@ String& String::replace(int start, int count, const String& text, int textStart)
         const String copy(AcquireCopy, text, textStart);
         return replace(start, count, copy.getData(), copy.getLength(), 0);
     }
-    const CharReadLock source(text);
+    const StringReadLock source(text);
     return replace(start, count, source.data(), source.length(), textStart);
 }
 
@@ -147,7 +135,7 @@ String& String::remove(int start, int count)
 void String::resize(int length, char16_t fill)
 {
     length = std::max(length, 0);
-    CharWriteLock target(*this, length);
+    StringWriteLock target(*this, length);
     if (target.length() < length)
         std::fill(target.data() + target.length(), target.data() + length, fill);
     target.setLength(length);
@@ -160,13 +148,13 @@ void String::clear()
 
 void String::setCharAt(int index, char16_t ch)
 {
-    const CharWriteLock target(*this, 0);
+    const StringWriteLock target(*this);
     target.data()[index] = ch;
 }
 
 void String::translate(char16_t from, char16_t to)
 {
-    const CharWriteLock target(*this, 0);
+    const StringWriteLock target(*this);
     std::replace(target.data(), target.data() + target.length(), from, to);
 }
 
@@ -184,40 +172,52 @@ void String::translate(const String& from, const String& to)
 
 void String::toLower()
 {
-    const CharWriteLock target(*this, 0);
+    const StringWriteLock target(*this);
     VXStrToLowerW(target.data());
 }
 
 void String::toUpper()
 {
-    const CharWriteLock target(*this, 0);
+    const StringWriteLock target(*this);
     VXStrToUpperW(target.data());
 }
 
+namespace {
+
+String joined(const char16_t* left, std::int64_t leftLength, const char16_t* right, int rightLength)
+{
+    if (leftLength + rightLength > LONGEST_TEXT)
+        throwBadAllocation();
+    String sum(left, static_cast<int>(leftLength), static_cast<int>(leftLength + rightLength) + 1);
+    sum.append(right, rightLength);
+    return sum;
+}
+
+} // namespace
+
 String operator+(const String& left, const char16_t* right)
 {
-    return left + String(String::AcquireWrap, right);
+    const StringReadLock text(left);
+    return joined(text.data(), text.length(), right, measured(right, -1));
 }
 
 String operator+(const char16_t* left, const String& right)
 {
-    return String(String::AcquireWrap, left) + right;
+    const StringReadLock text(right);
+    return joined(left, measured(left, -1), text.data(), text.length());
 }
 
 String operator+(char16_t left, const String& right)
 {
-    String sum(left, 1, right.getLength() + 1);
-    return sum.append(right);
+    const StringReadLock text(right);
+    return joined(&left, 1, text.data(), text.length());
 }
 
 String operator+(const String& left, const String& right)
 {
-    const std::int64_t length = std::int64_t {left.getLength()} + right.getLength();
-    if (length > LONGEST)
-        throw std::bad_alloc();
-    String sum(left.getData(), left.getLength(), static_cast<int>(length) + 1);
-    sum.append(right);
-    return sum;
+    const StringReadLock text(left);
+    const StringReadLock more(right);
+    return joined(text.data(), text.length(), more.data(), more.length());
 }
 
 } // namespace vx

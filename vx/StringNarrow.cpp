@@ -3,6 +3,7 @@
 #include "vx/AnsiBytes.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/util/BufferLocks.h"
@@ -11,15 +12,14 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 #include <string>
 
 namespace vx {
 
+using detail::StringReadLock;
 using text::charset::ByteToCharConverter;
 using text::charset::CharToByteConverter;
 using util::ByteWriteLock;
-using util::CharReadLock;
 using util::RWCharBuffer;
 
 namespace {
@@ -31,7 +31,7 @@ int room(int length, int factor)
 {
     const std::int64_t needed = std::int64_t {length} * std::max(factor, 1) + 1;
     if (needed > std::numeric_limits<int>::max())
-        throw std::bad_alloc();
+        throwBadAllocation();
     return static_cast<int>(needed);
 }
 
@@ -39,12 +39,12 @@ int room(int length, int factor)
 int lengthOf(std::size_t length)
 {
     if (length >= static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        throw std::bad_alloc();
+        throwBadAllocation();
     return static_cast<int>(length);
 }
 
 /// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
-std::int32_t encode(CharToByteConverter& encoder, const CharReadLock& text, signed char* out, std::int32_t size)
+std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
 {
     std::int32_t read = 0;
     std::int32_t written = 0;
@@ -55,7 +55,7 @@ std::int32_t encode(CharToByteConverter& encoder, const CharReadLock& text, sign
     return written;
 }
 
-void encode(CharToByteConverter& encoder, const CharReadLock& text, util::IByteBuffer& out)
+void encode(CharToByteConverter& encoder, const StringReadLock& text, util::IByteBuffer& out)
 {
     const int needed = room(text.length(), encoder.getMaxBytesPerChar());
     ByteWriteLock target(out, needed);
@@ -226,7 +226,7 @@ void String::getBytes(util::IByteBuffer* out, const char16_t* encoding) const
 {
     if (out == nullptr)
         throwResult(RESULT_POINTER);
-    const CharReadLock text(*this);
+    const StringReadLock text(*this);
     const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
     encode(*encoder, text, *out);
 }
@@ -241,7 +241,7 @@ std::int32_t String::getBytes(signed char* out, std::int32_t size, const char16_
     const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
     if (out == nullptr || size < 1)
         return 0;
-    const CharReadLock text(*this);
+    const StringReadLock text(*this);
     return encode(*encoder, text, out, size);
 }
 
@@ -252,7 +252,7 @@ std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char1
 
 std::string String::toUtf8() const
 {
-    const CharReadLock text(*this);
+    const StringReadLock text(*this);
     const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(UTF_8));
     std::string bytes(static_cast<std::size_t>(room(text.length(), encoder->getMaxBytesPerChar())), '\0');
     const std::int32_t written

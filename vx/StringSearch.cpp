@@ -1,8 +1,9 @@
 #include "vx/String.h"
 
 #include "vx/Exceptions.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/detail/TextRange.h"
 #include "vx/detail/TextScan.h"
-#include "vx/util/BufferLocks.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
@@ -10,26 +11,15 @@
 
 namespace vx {
 
-using util::CharReadLock;
-using util::CharWriteLock;
+using detail::clipped;
+using detail::measured;
+using detail::StringReadLock;
+using detail::StringWriteLock;
 
 namespace {
 
 constexpr int NOT_FOUND = -1;
 constexpr char16_t BLANKS[] = u" \t\r\n";
-
-int measured(const char16_t* text, int length) noexcept
-{
-    if (text == nullptr)
-        return 0;
-    return length == -1 ? VXStrLenW(text) : std::max(length, 0);
-}
-
-/// Where -1 or too large a value means `end`.
-int clipped(int value, int end) noexcept
-{
-    return value == -1 || value > end ? end : std::max(value, 0);
-}
 
 /// Where a search backwards begins: -1 and all beyond the end mean the last unit.
 int clippedToLast(int from, int length) noexcept
@@ -39,7 +29,7 @@ int clippedToLast(int from, int length) noexcept
 
 /// Two stretches of text after clipping, the own one first.
 struct Regions {
-    Regions(const CharReadLock& own, int start, int count, const char16_t* text, int length, int textStart) noexcept
+    Regions(const StringReadLock& own, int start, int count, const char16_t* text, int length, int textStart) noexcept
     {
         start = clipped(start, own.length());
         left = own.data() + start;
@@ -119,7 +109,7 @@ private:
 };
 
 /// The first position from `from` on whose being in `set` is `wanted`.
-int findUp(const CharReadLock& text, const UnitSet& set, int from, bool wanted) noexcept
+int findUp(const StringReadLock& text, const UnitSet& set, int from, bool wanted) noexcept
 {
     if (set.isEmpty())
         return NOT_FOUND;
@@ -130,7 +120,7 @@ int findUp(const CharReadLock& text, const UnitSet& set, int from, bool wanted) 
     return NOT_FOUND;
 }
 
-int findDown(const CharReadLock& text, const UnitSet& set, int from, bool wanted) noexcept
+int findDown(const StringReadLock& text, const UnitSet& set, int from, bool wanted) noexcept
 {
     if (set.isEmpty())
         return NOT_FOUND;
@@ -142,7 +132,7 @@ int findDown(const CharReadLock& text, const UnitSet& set, int from, bool wanted
 }
 
 template <class IsBlank>
-void trimUnits(CharWriteLock& target, String::TrimType type, IsBlank isBlank)
+void trimUnits(StringWriteLock& target, String::TrimType type, IsBlank isBlank)
 {
     char16_t* text = target.data();
     int length = target.length();
@@ -203,13 +193,13 @@ int String::compare(const char16_t* text, int length, bool ignoreCase) const
 
 bool String::regionMatches(int start, int count, const String& other, int otherStart, bool ignoreCase) const
 {
-    const CharReadLock text(other);
+    const StringReadLock text(other);
     return regionMatches(start, count, text.data(), text.length(), otherStart, ignoreCase);
 }
 
 bool String::regionMatches(int start, int count, const char16_t* text, int length, int textStart, bool ignoreCase) const
 {
-    const CharReadLock own(*this);
+    const StringReadLock own(*this);
     const Regions regions(own, start, count, text, length, textStart);
     if (regions.leftLength != regions.rightLength)
         return false;
@@ -220,13 +210,13 @@ bool String::regionMatches(int start, int count, const char16_t* text, int lengt
 
 int String::regionCompare(int start, int count, const String& other, int otherStart, bool ignoreCase) const
 {
-    const CharReadLock text(other);
+    const StringReadLock text(other);
     return regionCompare(start, count, text.data(), text.length(), otherStart, ignoreCase);
 }
 
 int String::regionCompare(int start, int count, const char16_t* text, int length, int textStart, bool ignoreCase) const
 {
-    const CharReadLock own(*this);
+    const StringReadLock own(*this);
     const Regions regions(own, start, count, text, length, textStart);
     const int difference = regions.compare(std::min(regions.leftLength, regions.rightLength), ignoreCase);
     return difference != 0 ? difference : regions.leftLength - regions.rightLength;
@@ -234,7 +224,7 @@ int String::regionCompare(int start, int count, const char16_t* text, int length
 
 bool String::startsWith(const String& text, bool ignoreCase) const
 {
-    const CharReadLock start(text);
+    const StringReadLock start(text);
     return startsWith(start.data(), start.length(), ignoreCase);
 }
 
@@ -246,7 +236,7 @@ bool String::startsWith(const char16_t* text, int length, bool ignoreCase) const
 
 bool String::endsWith(const String& text, bool ignoreCase) const
 {
-    const CharReadLock end(text);
+    const StringReadLock end(text);
     return endsWith(end.data(), end.length(), ignoreCase);
 }
 
@@ -269,7 +259,7 @@ bool String::contains(const char16_t* text, int length, bool ignoreCase) const
 
 int String::indexOf(char16_t ch, int from, bool ignoreCase) const
 {
-    const CharReadLock own(*this);
+    const StringReadLock own(*this);
     from = clipped(from, own.length());
     const char16_t* text = own.data() + from;
     const int length = own.length() - from;
@@ -283,7 +273,7 @@ int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase)
     if (length == 0)
         return NOT_FOUND;
 
-    const CharReadLock own(*this);
+    const StringReadLock own(*this);
     const int last = own.length() - length;
     for (int index = clipped(from, own.length()); index <= last; ++index) {
         const char16_t* candidates = own.data() + index;
@@ -300,7 +290,7 @@ int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase)
 
 int String::indexOf(const String& text, int from, bool ignoreCase) const
 {
-    const CharReadLock pattern(text);
+    const StringReadLock pattern(text);
     return indexOf(pattern.data(), pattern.length(), from, ignoreCase);
 }
 
@@ -315,7 +305,7 @@ int String::lastIndexOf(const char16_t* text, int length, int from, bool ignoreC
     if (length == 0)
         return NOT_FOUND;
 
-    const CharReadLock own(*this);
+    const StringReadLock own(*this);
     for (int index = clippedToLast(from, own.length()) - (length - 1); index >= 0; --index) {
         if (sameUnits(own.data() + index, text, length, ignoreCase))
             return index;
@@ -325,18 +315,18 @@ int String::lastIndexOf(const char16_t* text, int length, int from, bool ignoreC
 
 int String::lastIndexOf(const String& text, int from, bool ignoreCase) const
 {
-    const CharReadLock pattern(text);
+    const StringReadLock pattern(text);
     return lastIndexOf(pattern.data(), pattern.length(), from, ignoreCase);
 }
 
 int String::findFirstOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findUp(CharReadLock(*this), UnitSet(set, length, ignoreCase), from, true);
+    return findUp(StringReadLock(*this), UnitSet(set, length, ignoreCase), from, true);
 }
 
 int String::findFirstOf(const String& set, int from, bool ignoreCase) const
 {
-    const CharReadLock units(set);
+    const StringReadLock units(set);
     return findFirstOf(units.data(), units.length(), from, ignoreCase);
 }
 
@@ -352,34 +342,34 @@ int String::findFirstOfCase(const String& set, int from) const
 
 int String::findFirstNotOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findUp(CharReadLock(*this), UnitSet(set, length, ignoreCase), from, false);
+    return findUp(StringReadLock(*this), UnitSet(set, length, ignoreCase), from, false);
 }
 
 int String::findFirstNotOf(const String& set, int from, bool ignoreCase) const
 {
-    const CharReadLock units(set);
+    const StringReadLock units(set);
     return findFirstNotOf(units.data(), units.length(), from, ignoreCase);
 }
 
 int String::findLastOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findDown(CharReadLock(*this), UnitSet(set, length, ignoreCase), from, true);
+    return findDown(StringReadLock(*this), UnitSet(set, length, ignoreCase), from, true);
 }
 
 int String::findLastOf(const String& set, int from, bool ignoreCase) const
 {
-    const CharReadLock units(set);
+    const StringReadLock units(set);
     return findLastOf(units.data(), units.length(), from, ignoreCase);
 }
 
 int String::findLastNotOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findDown(CharReadLock(*this), UnitSet(set, length, ignoreCase), from, false);
+    return findDown(StringReadLock(*this), UnitSet(set, length, ignoreCase), from, false);
 }
 
 int String::findLastNotOf(const String& set, int from, bool ignoreCase) const
 {
-    const CharReadLock units(set);
+    const StringReadLock units(set);
     return findLastNotOf(units.data(), units.length(), from, ignoreCase);
 }
 
@@ -390,7 +380,7 @@ void String::trim(TrimType type)
 
 void String::trim(char16_t ch, TrimType type)
 {
-    CharWriteLock target(*this, 0);
+    StringWriteLock target(*this);
     trimUnits(target, type, [ch](char16_t unit) { return unit == ch; });
 }
 
@@ -402,7 +392,7 @@ void String::trim(const char16_t* set, int length, TrimType type)
         const std::u16string copy(set);
         return trim(copy.c_str(), length, type);
     }
-    CharWriteLock target(*this, 0);
+    StringWriteLock target(*this);
     trimUnits(target, type, [set](char16_t unit) { return VXStrChrW(set, unit) != nullptr; });
 }
 
@@ -419,7 +409,7 @@ String String::substring(int start, int end) const
 
 char16_t String::getCharAt(int index) const
 {
-    return CharReadLock(*this).data()[index];
+    return StringReadLock(*this).data()[index];
 }
 
 char16_t String::operator[](int index) const

@@ -2,6 +2,10 @@
 
 #include "vx/util/AbstractCharBuffer.h"
 
+namespace vx::detail {
+class PlainBuffer;
+}
+
 namespace vx::util {
 
 /// A view of text that somebody else owns, for as long as the buffer and its sharers live. Writing throws
@@ -33,6 +37,8 @@ public:
     std::int32_t ReleaseWriteLock(int length) override;
 
 private:
+    friend class vx::detail::PlainBuffer;
+
     const char16_t* m_data = nullptr;
     int m_length = 0;
 };

@@ -3,6 +3,10 @@
 #include "vx/util/AbstractCharBuffer.h"
 #include "vx/util/BufferStorage.h"
 
+namespace vx::detail {
+class PlainBuffer;
+}
+
 namespace vx::util {
 
 /// A character buffer that owns its storage and locks nothing: one thread at a time, or several that read. The capacity
@@ -35,6 +39,8 @@ protected:
     static int adjustCapacity(int n);
 
 private:
+    friend class vx::detail::PlainBuffer;
+
     BufferStorage<char16_t> m_storage;
 };
 
