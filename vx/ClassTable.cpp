@@ -3,27 +3,7 @@
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/String.h"
-#include "vx/io/BufferedInputStream.h"
-#include "vx/io/BufferedOutputStream.h"
-#include "vx/io/BufferedReader.h"
-#include "vx/io/BufferedWriter.h"
-#include "vx/io/ByteArrayInputStream.h"
-#include "vx/io/ByteArrayOutputStream.h"
-#include "vx/io/FilterInputStream.h"
-#include "vx/io/FilterOutputStream.h"
-#include "vx/io/FilterReader.h"
-#include "vx/io/FilterWriter.h"
-#include "vx/io/InputStream.h"
-#include "vx/io/InputStreamReader.h"
 #include "vx/io/IoException.h"
-#include "vx/io/NullOutputStream.h"
-#include "vx/io/NullWriter.h"
-#include "vx/io/OutputStream.h"
-#include "vx/io/OutputStreamWriter.h"
-#include "vx/io/PrintWriter.h"
-#include "vx/io/Reader.h"
-#include "vx/io/StringWriter.h"
-#include "vx/io/Writer.h"
 #include "vx/sync/Atomic.h"
 #include "vx/sync/Event.h"
 #include "vx/sync/FakeMutex.h"
@@ -31,6 +11,14 @@
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ReaderWriterLock.h"
 #include "vx/sync/Semaphore.h"
+#include "vx/text/charset/BTCSingleByte.h"
+#include "vx/text/charset/BTCUTF16.h"
+#include "vx/text/charset/BTCUTF32.h"
+#include "vx/text/charset/BTCUTF8.h"
+#include "vx/text/charset/CTBSingleByte.h"
+#include "vx/text/charset/CTBUTF16.h"
+#include "vx/text/charset/CTBUTF32.h"
+#include "vx/text/charset/CTBUTF8.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/ROByteBuffer.h"
 #include "vx/util/ROCharBuffer.h"
@@ -62,33 +50,21 @@ const ClassRow CLASSES[] = {
     {u"CVXAbstractByteBuffer", &typeid(util::AbstractByteBuffer), nullptr},
     {u"CVXAbstractCharBuffer", &typeid(util::AbstractCharBuffer), nullptr},
     {u"CVXAtomic", &typeid(sync::Atomic), nullptr},
+    {u"CVXBTCSingleByte", &typeid(text::charset::BTCSingleByte), nullptr},
+    {u"CVXBTCSingleByteTable", &typeid(text::charset::BTCSingleByteTable), nullptr},
+    {u"CVXByteToCharConverter", &typeid(text::charset::ByteToCharConverter), nullptr},
+    {u"CVXCharToByteConverter", &typeid(text::charset::CharToByteConverter), nullptr},
     {u"vx::Class", &typeid(Class), nullptr},
-    {u"CVXBufferedInputStream", &typeid(io::BufferedInputStream), nullptr},
-    {u"CVXBufferedOutputStream", &typeid(io::BufferedOutputStream), nullptr},
-    {u"CVXBufferedReader", &typeid(io::BufferedReader), nullptr},
-    {u"CVXBufferedWriter", &typeid(io::BufferedWriter), nullptr},
-    {u"CVXByteArrayInputStream", &typeid(io::ByteArrayInputStream), nullptr},
-    {u"CVXByteArrayOutputStream", &typeid(io::ByteArrayOutputStream), create<io::ByteArrayOutputStream, 256>},
+    {u"CVXCTBSingleByte", &typeid(text::charset::CTBSingleByte), nullptr},
+    {u"CVXCTBSingleByteTable", &typeid(text::charset::CTBSingleByteTable), nullptr},
     {u"CVXComObject", &typeid(ComObject), nullptr},
     {u"CVXEvent", &typeid(sync::Event), create<sync::Event>},
     {u"vx::sync::FakeAtomic", &typeid(sync::FakeAtomic), nullptr},
     {u"CVXFakeMutex", &typeid(sync::FakeMutex), create<sync::FakeMutex>},
-    {u"CVXFilterInputStream", &typeid(io::FilterInputStream), nullptr},
-    {u"CVXFilterOutputStream", &typeid(io::FilterOutputStream), nullptr},
-    {u"CVXFilterReader", &typeid(io::FilterReader), nullptr},
-    {u"CVXFilterWriter", &typeid(io::FilterWriter), nullptr},
     {u"CVXGate", &typeid(sync::Gate), create<sync::Gate>},
-    {u"CVXInputStream", &typeid(io::InputStream), nullptr},
-    {u"CVXInputStreamReader", &typeid(io::InputStreamReader), nullptr},
     {u"CVXLockObject", &typeid(sync::LockObject), nullptr},
     {u"CVXMutex", &typeid(sync::Mutex), create<sync::Mutex>},
-    {u"CVXNullOutputStream", &typeid(io::NullOutputStream), create<io::NullOutputStream>},
-    {u"CVXNullWriter", &typeid(io::NullWriter), create<io::NullWriter>},
     {u"CVXObject", &typeid(Object), create<Object>},
-    {u"CVXOutputStream", &typeid(io::OutputStream), nullptr},
-    {u"CVXOutputStreamWriter", &typeid(io::OutputStreamWriter), nullptr},
-    {u"CVXPrintWriter", &typeid(io::PrintWriter), nullptr},
-    {u"CVXReader", &typeid(io::Reader), nullptr},
     {u"CVXROByteBuffer", &typeid(util::ROByteBuffer), create<util::ROByteBuffer>},
     {u"CVXROCharBuffer", &typeid(util::ROCharBuffer), create<util::ROCharBuffer>},
     {u"CVXRWByteBuffer", &typeid(util::RWByteBuffer), create<util::RWByteBuffer>},
@@ -96,9 +72,7 @@ const ClassRow CLASSES[] = {
     {u"CVXRWLock", &typeid(sync::ReaderWriterLock), create<sync::ReaderWriterLock>},
     {u"CVXSemaphore", &typeid(sync::Semaphore), create<sync::Semaphore, 0U>},
     {u"CVXString", &typeid(String), create<String>},
-    {u"CVXStringWriter", &typeid(io::StringWriter), create<io::StringWriter, 0>},
     {u"CVXSyncObject", &typeid(sync::Object), nullptr},
-    {u"CVXWriter", &typeid(io::Writer), nullptr},
     {u"vx::AccessViolationException", &typeid(AccessViolationException), nullptr},
     {u"vx::ArrayBoundsException", &typeid(ArrayBoundsException), nullptr},
     {u"vx::CastFailedException", &typeid(CastFailedException), create<CastFailedException>},
@@ -137,6 +111,24 @@ const ClassRow CLASSES[] = {
     {u"vx::UnsupportedOperationException", &typeid(UnsupportedOperationException),
         create<UnsupportedOperationException>},
     {u"vx::UserAbortException", &typeid(UserAbortException), nullptr},
+    {u"vx::text::charset::CTBASCII", &typeid(text::charset::CTBASCII), create<text::charset::CTBASCII>},
+    {u"vx::text::charset::BTCASCII", &typeid(text::charset::BTCASCII), create<text::charset::BTCASCII>},
+    {u"vx::text::charset::CTBISO8859_1", &typeid(text::charset::CTBISO8859_1), create<text::charset::CTBISO8859_1>},
+    {u"vx::text::charset::BTCISO8859_1", &typeid(text::charset::BTCISO8859_1), create<text::charset::BTCISO8859_1>},
+    {u"vx::text::charset::CTBCP437", &typeid(text::charset::CTBCP437), create<text::charset::CTBCP437>},
+    {u"vx::text::charset::BTCCP437", &typeid(text::charset::BTCCP437), create<text::charset::BTCCP437>},
+    {u"vx::text::charset::CTBCP1252", &typeid(text::charset::CTBCP1252), create<text::charset::CTBCP1252>},
+    {u"vx::text::charset::BTCCP1252", &typeid(text::charset::BTCCP1252), create<text::charset::BTCCP1252>},
+    {u"vx::text::charset::CTBUTF8", &typeid(text::charset::CTBUTF8), create<text::charset::CTBUTF8>},
+    {u"vx::text::charset::BTCUTF8", &typeid(text::charset::BTCUTF8), create<text::charset::BTCUTF8>},
+    {u"vx::text::charset::CTBUTF16LE", &typeid(text::charset::CTBUTF16LE), create<text::charset::CTBUTF16LE>},
+    {u"vx::text::charset::BTCUTF16LE", &typeid(text::charset::BTCUTF16LE), create<text::charset::BTCUTF16LE>},
+    {u"vx::text::charset::CTBUTF16BE", &typeid(text::charset::CTBUTF16BE), create<text::charset::CTBUTF16BE>},
+    {u"vx::text::charset::BTCUTF16BE", &typeid(text::charset::BTCUTF16BE), create<text::charset::BTCUTF16BE>},
+    {u"vx::text::charset::CTBUTF32LE", &typeid(text::charset::CTBUTF32LE), create<text::charset::CTBUTF32LE>},
+    {u"vx::text::charset::BTCUTF32LE", &typeid(text::charset::BTCUTF32LE), create<text::charset::BTCUTF32LE>},
+    {u"vx::text::charset::CTBUTF32BE", &typeid(text::charset::CTBUTF32BE), create<text::charset::CTBUTF32BE>},
+    {u"vx::text::charset::BTCUTF32BE", &typeid(text::charset::BTCUTF32BE), create<text::charset::BTCUTF32BE>},
 };
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "vx/detail/ClassManager.h"
 #include "vx/detail/ClassTable.h"
 #include "vx/sync/Mutex.h"
+#include "vx/text/charset/detail/CodecStart.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Memory.h"
 
@@ -31,10 +32,14 @@ void start()
     g_replacedHandler = VXSetNewHandler(outOfMemory);
     g_pGlobalLock = new sync::Mutex("VXLIB::g_pGlobalLock");
     detail::registerClasses(*ClassManager::getInstance());
+    text::charset::detail::registerCodecs();
+    text::charset::detail::buildEncInfo();
 }
 
 void stop()
 {
+    text::charset::detail::freeEncInfo();
+    text::charset::detail::freeCodecs();
     ClassManager::freeInstance();
     delete g_pGlobalLock;
     g_pGlobalLock = nullptr;

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "vx/text/charset/CharToByteUTF.h"
+
+namespace vx::text::charset {
+
+/// UTF-16 bytes of either order. Lone surrogates pass unchanged, and nothing is held. `convert` returns units, not bytes.
+class VX_API CTBUTF16 : public CharToByteUTF {
+public:
+    ~CTBUTF16() noexcept override;
+
+    // CharToByteConverter
+    std::int32_t convert(const char16_t* src, std::int32_t* srcPos, std::int32_t srcLen, signed char* dst,
+        std::int32_t* dstPos, std::int32_t dstLen) override;
+    std::int32_t flush(signed char* dst, std::int32_t* dstPos, std::int32_t dstLen) override;
+    void reset() override;
+
+    virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
+
+protected:
+    CTBUTF16() noexcept = default;
+};
+
+class VX_API CTBUTF16BE : public CTBUTF16 {
+public:
+    CTBUTF16BE() noexcept;
+    ~CTBUTF16BE() noexcept override;
+
+    // CTBUTF16
+    const char16_t* getEncodingName() override;
+    char16_t convertChar(char16_t unit) override;
+    std::uint16_t convertUTF16(std::uint16_t unit) override;
+};
+
+class VX_API CTBUTF16LE : public CTBUTF16 {
+public:
+    CTBUTF16LE() noexcept;
+    ~CTBUTF16LE() noexcept override;
+
+    // CTBUTF16
+    const char16_t* getEncodingName() override;
+    char16_t convertChar(char16_t unit) override;
+    std::uint16_t convertUTF16(std::uint16_t unit) override;
+};
+
+} // namespace vx::text::charset

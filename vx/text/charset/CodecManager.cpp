@@ -1,0 +1,129 @@
+#include "vx/text/charset/CodecManager.h"
+
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
+#include "vx/GlobalLock.h"
+#include "vx/Result.h"
+#include "vx/sync/ScopedLock.h"
+#include "vx/text/charset/EncInfo.h"
+#include "vx/text/charset/detail/CodecStart.h"
+#include "vx/text/charset/detail/CodecTable.h"
+
+#include <atomic>
+
+namespace vx::text::charset {
+
+namespace {
+
+constinit std::atomic<CodecManager*> s_instance {nullptr};
+
+/// The two classes behind one name.
+class CodecClasses : public ComObject {
+public:
+    CodecClasses(const Class* encoderClass, const Class* decoderClass) noexcept
+        : encoder(encoderClass)
+        , decoder(decoderClass)
+    {
+    }
+
+    const Class* encoder;
+    const Class* decoder;
+};
+
+Str1 upperCase(const char16_t* name)
+{
+    Str1 key(name);
+    key.toUpper();
+    return key;
+}
+
+sync::LockObject& globalLock()
+{
+    if (g_pGlobalLock == nullptr)
+        throw IllegalStateException();
+    return *g_pGlobalLock;
+}
+
+} // namespace
+
+CodecManager::CodecManager()
+    : m_codecs(std::make_unique<Str1HashMap<Reference<ComObject>>>(101, 0.75F))
+{
+}
+
+CodecManager::~CodecManager() = default;
+
+CodecManager* CodecManager::getInstance()
+{
+    if (CodecManager* instance = s_instance.load(std::memory_order_acquire))
+        return instance;
+    sync::LockObject& lock = globalLock();
+    const sync::ScopedLock guard(lock);
+    if (s_instance.load(std::memory_order_relaxed) == nullptr)
+        s_instance.store(new CodecManager, std::memory_order_release);
+    return s_instance.load(std::memory_order_relaxed);
+}
+
+void CodecManager::freeInstance()
+{
+    if (s_instance.load(std::memory_order_acquire) == nullptr)
+        return;
+    sync::LockObject& lock = globalLock();
+    const sync::ScopedLock guard(lock);
+    delete s_instance.exchange(nullptr);
+}
+
+void CodecManager::registerCodec(
+    const char16_t* name, const char16_t* encoderClassName, const char16_t* decoderClassName)
+{
+    const Str1 key = upperCase(name);
+    if (m_codecs->containsKey(key))
+        return;
+    m_codecs->put(key,
+        Reference<ComObject>(new CodecClasses(Class::forName(encoderClassName), Class::forName(decoderClassName))));
+}
+
+Object* CodecManager::getEncoder(const char16_t* name)
+{
+    return create(name, Side::ENCODER);
+}
+
+Object* CodecManager::getDecoder(const char16_t* name)
+{
+    return create(name, Side::DECODER);
+}
+
+Object* CodecManager::create(const char16_t* name, Side side)
+{
+    if (name == nullptr)
+        return nullptr;
+    const Str1 key = upperCase(name);
+    Reference<ComObject> found;
+    if (m_codecs->get(key, found)) {
+        const auto& classes = static_cast<const CodecClasses&>(*found);
+        return (side == Side::ENCODER ? classes.encoder : classes.decoder)->createInstance();
+    }
+
+    VXEncInfo info;
+    if (failed(VXGetEncInfoByName(name, &info)) || key == info.name)
+        return nullptr;
+    return create(info.name, side);
+}
+
+namespace detail {
+
+void registerCodecs()
+{
+    CodecManager& manager = *CodecManager::getInstance();
+    for (const CodecRow& row : codecTable())
+        manager.registerCodec(row.name, row.encoderClass, row.decoderClass);
+}
+
+void freeCodecs()
+{
+    CodecManager::freeInstance();
+}
+
+} // namespace detail
+
+} // namespace vx::text::charset

@@ -1,0 +1,179 @@
+#include "vx/text/charset/BTCSingleByte.h"
+#include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/detail/Ascii.h"
+#include "vx/text/charset/detail/CodePages.h"
+#include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Unicode.h"
+
+#include <typeinfo>
+
+namespace vx::text::charset {
+
+using namespace detail;
+
+namespace {
+
+/// What a decoder does with a byte that has no character.
+struct Substitution {
+    bool mode;
+    const char16_t* units;
+    int length;
+};
+
+/// The loop of all decoders. With `asciiIsItself`, runs of bytes below 0x80 need no `characterOf`.
+template <class CharacterOf>
+void decodeBytes(Decoding& pass, const Substitution& substitution, bool asciiIsItself, CharacterOf&& characterOf)
+{
+    while (pass.in < pass.inEnd) {
+        if (asciiIsItself && *pass.in >= 0) {
+            const std::size_t run
+                = widenAscii(pass.in, pass.out, static_cast<std::size_t>(std::min(pass.left(), pass.room())));
+            if (run == 0)
+                return;
+            pass.in += run;
+            pass.out += run;
+            continue;
+        }
+        char16_t unit = characterOf(*pass.in);
+        if (unit == REPLACEMENT) {
+            if (!substitution.mode)
+                throw UnmappableCharacterException();
+            if (substitution.length != 1) {
+                ++pass.in;
+                continue;
+            }
+            unit = substitution.units[0];
+        }
+        if (pass.room() < 1)
+            return;
+        *pass.out++ = unit;
+        ++pass.in;
+    }
+}
+
+char16_t asciiCharacter(signed char byte) noexcept
+{
+    return byte >= 0 ? static_cast<char16_t>(byte) : REPLACEMENT;
+}
+
+} // namespace
+
+BTCSingleByte::~BTCSingleByte() noexcept = default;
+
+std::int32_t BTCSingleByte::convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
+    std::int32_t* dstPos, std::int32_t dstLen)
+{
+    Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    decodeBytes(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength}, false,
+        [this](signed char byte) { return convertByte(byte); });
+    return pass.produced();
+}
+
+std::int32_t BTCSingleByte::flush(char16_t*, std::int32_t*, std::int32_t)
+{
+    return 0;
+}
+
+void BTCSingleByte::reset() { }
+
+int BTCSingleByte::getMaxBytesPerChar()
+{
+    return 1;
+}
+
+int BTCSingleByte::getMaxCharsPerByte()
+{
+    return 1;
+}
+
+BTCASCII::~BTCASCII() noexcept = default;
+
+std::int32_t BTCASCII::convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
+    std::int32_t* dstPos, std::int32_t dstLen)
+{
+    if (typeid(*this) != typeid(BTCASCII)) // a derived class may have a hook of its own
+        return BTCSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
+    Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    decodeBytes(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength}, true, asciiCharacter);
+    return pass.produced();
+}
+
+const char16_t* BTCASCII::getEncodingName()
+{
+    return u"ASCII";
+}
+
+char16_t BTCASCII::convertByte(signed char byte)
+{
+    return asciiCharacter(byte);
+}
+
+BTCISO8859_1::~BTCISO8859_1() noexcept = default;
+
+std::int32_t BTCISO8859_1::convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
+    std::int32_t* dstPos, std::int32_t dstLen)
+{
+    Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    const std::ptrdiff_t count = std::min(pass.left(), pass.room());
+    widenLatin1(pass.in, pass.out, static_cast<std::size_t>(count));
+    pass.in += count;
+    pass.out += count;
+    return pass.produced();
+}
+
+const char16_t* BTCISO8859_1::getEncodingName()
+{
+    return u"ISO8859_1";
+}
+
+char16_t BTCISO8859_1::convertByte(signed char byte)
+{
+    return static_cast<unsigned char>(byte);
+}
+
+BTCSingleByteTable::BTCSingleByteTable(const char16_t* name, const char16_t* table) noexcept
+    : m_name(name)
+    , m_table(table)
+{
+}
+
+BTCSingleByteTable::~BTCSingleByteTable() noexcept = default;
+
+std::int32_t BTCSingleByteTable::convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen,
+    char16_t* dst, std::int32_t* dstPos, std::int32_t dstLen)
+{
+    const std::type_info& type = typeid(*this);
+    if (type != typeid(BTCCP1252) && type != typeid(BTCCP437) && type != typeid(BTCSingleByteTable))
+        return BTCSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
+    Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    decodeBytes(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength},
+        m_table == CP1252_CHARS || m_table == CP437_CHARS,
+        [table = m_table](signed char byte) { return table[static_cast<unsigned char>(byte)]; });
+    return pass.produced();
+}
+
+const char16_t* BTCSingleByteTable::getEncodingName()
+{
+    return m_name;
+}
+
+char16_t BTCSingleByteTable::convertByte(signed char byte)
+{
+    return m_table[static_cast<unsigned char>(byte)];
+}
+
+BTCCP437::BTCCP437() noexcept
+    : BTCSingleByteTable(u"CP437", CP437_CHARS)
+{
+}
+
+BTCCP437::~BTCCP437() noexcept = default;
+
+BTCCP1252::BTCCP1252() noexcept
+    : BTCSingleByteTable(u"CP1252", CP1252_CHARS)
+{
+}
+
+BTCCP1252::~BTCCP1252() noexcept = default;
+
+} // namespace vx::text::charset

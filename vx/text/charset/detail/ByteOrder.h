@@ -1,0 +1,38 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace vx::text::charset::detail {
+
+/// Whether bytes of either order are swapped on their way into a number of this machine.
+inline constexpr bool SWAPS_BIG = std::endian::native == std::endian::little;
+inline constexpr bool SWAPS_LITTLE = !SWAPS_BIG;
+
+template <class Number>
+Number load(const signed char* bytes) noexcept
+{
+    Number number;
+    std::memcpy(&number, bytes, sizeof number);
+    return number;
+}
+
+template <class Number>
+void store(signed char* bytes, Number number) noexcept
+{
+    std::memcpy(bytes, &number, sizeof number);
+}
+
+template <bool swapped, class Number>
+constexpr Number ordered(Number number) noexcept
+{
+    if constexpr (!swapped)
+        return number;
+    else if constexpr (sizeof(Number) == 2)
+        return static_cast<Number>(number << 8 | number >> 8);
+    else
+        return (number & 0xFF) << 24 | (number & 0xFF00) << 8 | (number >> 8 & 0xFF00) | number >> 24;
+}
+
+} // namespace vx::text::charset::detail

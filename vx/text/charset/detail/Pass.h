@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vx::text::charset::detail {
+
+/// One call of `convert` as a pair of walks. `in` and `out` are moved over whole characters only; however the call is
+/// left, also by an exception, the caller's positions then stand where they stopped.
+template <class In, class Out>
+class Pass {
+public:
+    Pass(const In* src, std::int32_t* srcPos, std::int32_t srcLen, Out* dst, std::int32_t* dstPos,
+        std::int32_t dstLen) noexcept
+        : m_srcPos(srcPos)
+        , m_dstPos(dstPos)
+        , m_srcStart(*srcPos)
+        , m_dstStart(*dstPos)
+        , m_inStart(src + *srcPos)
+        , m_outStart(dst + *dstPos)
+        , in(m_inStart)
+        , inEnd(m_inStart + (srcLen > *srcPos ? srcLen - *srcPos : 0))
+        , out(m_outStart)
+        , outEnd(m_outStart + (dstLen > *dstPos ? dstLen - *dstPos : 0))
+    {
+    }
+    Pass(const Pass&) = delete;
+    Pass& operator=(const Pass&) = delete;
+    ~Pass()
+    {
+        *m_srcPos = m_srcStart + static_cast<std::int32_t>(in - m_inStart);
+        *m_dstPos = m_dstStart + produced();
+    }
+
+    std::ptrdiff_t left() const noexcept { return inEnd - in; }
+    std::ptrdiff_t room() const noexcept { return outEnd - out; }
+    std::int32_t produced() const noexcept { return static_cast<std::int32_t>(out - m_outStart); }
+
+private:
+    std::int32_t* m_srcPos;
+    std::int32_t* m_dstPos;
+    std::int32_t m_srcStart;
+    std::int32_t m_dstStart;
+    const In* m_inStart;
+    Out* m_outStart;
+
+public:
+    const In* in;
+    const In* const inEnd;
+    Out* out;
+    Out* const outEnd;
+};
+
+using Decoding = Pass<signed char, char16_t>;
+using Encoding = Pass<char16_t, signed char>;
+
+} // namespace vx::text::charset::detail
