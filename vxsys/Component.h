@@ -8,21 +8,37 @@
 class IVXUnknown;
 
 /// Components by ProgID and class identifier, and identifiers themselves. `module` names the calling library by an
-/// address inside it.
+/// address inside it. A null out-parameter gives RESULT_POINTER, another null argument RESULT_INVALID_ARGUMENT; `outer` may
+/// be null. All are safe between threads.
 extern "C" {
 
 /// Tells that the library around `module` is ready (1) or about to leave (0). Objects are created for ready modules only.
 VXSYS_API void VXModuleSetInitialized(const void* module, std::int32_t initialized) noexcept;
 
-/// The class identifier that `progId` names; RESULT_CLASS_NOT_AVAILABLE and a zero identifier where there is none.
+/// The class identifier that `progId`, in any case, names; RESULT_CLASS_NOT_AVAILABLE and a zero identifier where there is
+/// none.
 VXSYS_API std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noexcept;
 /// Creates an object of a class and gives its interface `iid`, counted for the caller; `*object` is null after a failure.
+/// RESULT_CLASS_NOT_AVAILABLE where nobody offers the class, RESULT_NOT_AVAILABLE for a module that is not ready. A null
+/// `module` is the program itself, which always is.
 VXSYS_API std::int32_t VXModuleComCreateObject(
     const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
-/// Both steps in one.
+/// Both steps in one, for the program itself.
 VXSYS_API std::int32_t VXComCreateObjectByProgID(
     const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
 
-/// 1 when the two are the same 16 bytes, else 0.
+/// Creates one object and gives its interface `iid`, counted for the caller, or a negative result. An exception that
+/// leaves it becomes RESULT_OUT_OF_MEMORY or RESULT_FAIL.
+using VXCreateFunction = std::int32_t (*)(void* context, IVXUnknown* outer, const _GUID* iid, void** object);
+
+/// Offers a class inside the process: under `classId`, and under `progId` if that is not null. Of several offers the last
+/// one serves. `context` is handed to `create`; both stay in use until the offer is revoked by `*token`, which is never 0.
+VXSYS_API std::int32_t VXComRegisterClassObject(const char16_t* progId, const _GUID* classId, VXCreateFunction create,
+    void* context, std::uint32_t* token) noexcept;
+/// Returns when no other thread is inside the offer's `create` any more, and none will enter it. RESULT_NOT_FOUND for an
+/// unknown token.
+VXSYS_API std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept;
+
+/// 1 when the two are the same 16 bytes, else 0. Null is the same as nothing.
 VXSYS_API std::int32_t VXComCompareGUID(const _GUID* left, const _GUID* right) noexcept;
 }

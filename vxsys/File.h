@@ -6,7 +6,9 @@
 #include <cstdio>
 
 /// Files by 32-bit handles (descriptors) and paths in the grammar with backslashes and drives; "/" separates as well,
-/// and drive C: is the root of the file system. Results are negative for failure.
+/// drive C: is the root of the file system, and there is no other drive and no share: RESULT_PATH_NOT_FOUND. A path is
+/// UTF-8 for the operating system; one with a lone surrogate gives RESULT_INVALID_NAME. Results are negative for failure,
+/// null pointers and negative lengths give RESULT_INVALID_ARGUMENT, and a handle that is none RESULT_INVALID_HANDLE.
 extern "C" {
 
 inline constexpr std::uint32_t VX_FILE_INVALID_HANDLE = 0xFFFFFFFF;
@@ -20,19 +22,22 @@ inline constexpr std::uint32_t VX_FILE_TRUNCATE = 0x200;
 /// Positioned at the end at the opening.
 inline constexpr std::uint32_t VX_FILE_AT_END = 0x8;
 
-/// Opens close-on-exec. `access` is the mode of a file that is made, less the process's mask. `*handle` is
-/// `VX_FILE_INVALID_HANDLE` after a failure. A directory is not opened for reading: it gives the code for denied access.
+/// Opens close-on-exec. `flags` must ask to read or to write, and truncate only to write. `access` is the mode of a file
+/// that is made, less the process's mask. `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. A directory is never
+/// opened: RESULT_ACCESS_DENIED.
 VXSYS_API std::int32_t VXFileOpen(
     const char16_t* path, std::uint32_t flags, std::int32_t access, std::uint32_t* handle) noexcept;
+/// The handle is gone after a failure too, unless it was none: then the system could not keep what had been written.
 VXSYS_API std::int32_t VXFileClose(std::uint32_t handle) noexcept;
 /// Bytes in the file.
 VXSYS_API std::int32_t VXFileGetSize(std::uint32_t handle, std::int64_t* size) noexcept;
 
 /// One system read of up to `length` bytes; `*done` is 0 at the end of the file and after a failure.
 VXSYS_API std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32_t length, std::int32_t* done) noexcept;
-/// One system write; `*done` may be less than `length`. A closed pipe is a result, never a signal.
+/// One system write; `*done` may be less than `length`. A closed pipe or connection is a result, never a signal.
 VXSYS_API std::int32_t VXFileWrite(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
+/// What has no position, a pipe or a terminal, is always at its end.
 VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle) noexcept;
 /// Cuts the file back to `size` bytes, or fills it up with zero bytes. The position stays.
 VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept;
@@ -43,11 +48,14 @@ VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, std::uint64_t* vo
 /// The handle under a stream of the C library, which keeps it; `VX_FILE_INVALID_HANDLE` where there is none.
 VXSYS_API std::uint32_t VXFileFromStream(std::FILE* stream) noexcept;
 
-/// The full, normalised form of `path` ("C:\..."), zero-terminated in `target` of `size` units. A text that does not fit
-/// gives RESULT_BUFFER_TOO_SMALL. Nothing needs to exist.
+/// The full, normalised form of `path` ("C:\..."), zero-terminated in `target` of `size` units, which must not overlap
+/// it: one separator between names, no "." or "..", an upper-case drive, a separator at the end only if it has one there.
+/// A text that does not fit gives RESULT_BUFFER_TOO_SMALL, and `target` is empty after each failure. Nothing needs to
+/// exist.
 VXSYS_API std::int32_t VXPathExpand(const char16_t* path, char16_t* target, std::int32_t size) noexcept;
 /// The current directory ("C:\home\me") and the directory for temporary files ("C:\tmp\", with its separator), in the
-/// same form, under the same rule of size.
+/// same form, under the same rule of size. The latter is the one that TMPDIR names, if files can be made there. A
+/// directory whose name has no form here, being no UTF-8 or having a backslash in it, gives RESULT_INVALID_NAME.
 VXSYS_API std::int32_t VXPathGetCurrent(char16_t* target, std::int32_t size) noexcept;
 VXSYS_API std::int32_t VXPathGetTemp(char16_t* target, std::int32_t size) noexcept;
 }

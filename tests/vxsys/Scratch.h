@@ -1,0 +1,73 @@
+#pragma once
+
+#include "vxsys/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+/// A folder of its own for each test, removed behind it. The current directory comes back too.
+class Scratch {
+public:
+    Scratch()
+    {
+        std::string path
+            = (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "vxsys-XXXXXX").string();
+        if (::mkdtemp(path.data()) == nullptr)
+            throw std::filesystem::filesystem_error("mkdtemp", path, std::error_code(errno, std::generic_category()));
+        m_path = path;
+    }
+    ~Scratch()
+    {
+        std::filesystem::current_path(m_before);
+        std::filesystem::remove_all(m_path);
+    }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    const std::filesystem::path& getPath() const { return m_path; }
+    std::filesystem::path operator/(const char* name) const { return m_path / name; }
+
+    /// The path as the platform layer writes it.
+    std::u16string full(const char* name = "") const
+    {
+        std::u16string text = u"C:" + (*name != '\0' ? m_path / name : m_path).u16string();
+        for (char16_t& unit : text)
+            unit = unit == u'/' ? u'\\' : unit;
+        return text;
+    }
+
+private:
+    std::filesystem::path m_before = std::filesystem::current_path();
+    std::filesystem::path m_path;
+};
+
+/// Sets an environment variable, or takes it away, to the end of the block.
+class ScopedVariable {
+public:
+    ScopedVariable(const char* name, const char* value)
+        : m_name(name)
+    {
+        if (const char* before = std::getenv(name))
+            m_before = before;
+        set(value);
+    }
+    ~ScopedVariable() { set(m_before ? m_before->c_str() : nullptr); }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+private:
+    void set(const char* value)
+    {
+        if (value != nullptr)
+            ::setenv(m_name, value, 1);
+        else
+            ::unsetenv(m_name);
+    }
+
+    const char* m_name;
+    std::optional<std::string> m_before;
+};

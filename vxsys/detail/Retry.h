@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cerrno>
+#include <concepts>
+
+namespace vxsys::detail {
+
+/// Makes a system call again for as long as a signal breaks it off (EINTR). Never for `close`: on Linux the descriptor
+/// is gone then, and its number may be somebody else's already.
+template <std::invocable Call>
+auto retryOnSignal(Call&& call) noexcept
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+} // namespace vxsys::detail

@@ -1,0 +1,257 @@
+#include "vxsys/Component.h"
+
+#include "vxsys/Result.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <pthread.h>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace vxsys::results;
+
+struct ReadyModule {
+    const void* address;
+    ReadyModule* next;
+};
+
+struct ClassOffer {
+    std::u16string progId; // lower-case; empty for a class without one
+    _GUID classId;
+    VXCreateFunction create;
+    void* context;
+    std::uint32_t token = 0;
+    /// One until it is revoked, and one for each call of `create` that has not returned.
+    std::uint32_t uses = 1;
+    ClassOffer* next = nullptr;
+};
+
+// Plain pointers and no destructors: a library that is unloaded late may still take back what it offered.
+constinit std::mutex g_lock;
+constinit ReadyModule* g_modules = nullptr;
+constinit ClassOffer* g_offers = nullptr; // the last offer first
+constinit std::uint32_t g_lastToken = 0;
+pthread_cond_t g_useEnded = PTHREAD_COND_INITIALIZER;
+
+/// The place of the pointer to the first element that `matches`, or of the null pointer behind the last.
+template <typename T, typename Predicate>
+T** findPlace(T*& first, Predicate&& matches)
+{
+    T** place = &first;
+    while (*place != nullptr && !matches(**place))
+        place = &(*place)->next;
+    return place;
+}
+
+/// Takes the element at `place` out of its list; null where there is none.
+template <typename T>
+T* unlink(T** place) noexcept
+{
+    T* element = *place;
+    if (element != nullptr)
+        *place = element->next;
+    return element;
+}
+
+/// Under the lock.
+void endUse(ClassOffer* offer) noexcept
+{
+    if (--offer->uses == 0)
+        delete offer;
+    else
+        pthread_cond_broadcast(&g_useEnded);
+}
+
+ClassOffer** findOffer(std::uint32_t token) noexcept
+{
+    return findPlace(g_offers, [&](const ClassOffer& offer) { return offer.token == token; });
+}
+
+bool isReady(const void* module) noexcept
+{
+    if (module == nullptr)
+        return true;
+    const std::lock_guard guard(g_lock);
+    return *findPlace(g_modules, [&](const ReadyModule& ready) { return ready.address == module; }) != nullptr;
+}
+
+bool isSameText(std::u16string_view folded, std::u16string_view text) noexcept
+{
+    return std::equal(folded.begin(), folded.end(), text.begin(), text.end(),
+        [](char16_t left, char16_t right) { return left == VXToLowerW(right); });
+}
+
+/// One call of an offer's `create`, which keeps the offer alive. Each thread knows its own, one inside the other.
+class [[nodiscard]] Creation {
+public:
+    explicit Creation(const _GUID& classId) noexcept
+        : m_enclosing(s_innermost)
+    {
+        const std::lock_guard guard(g_lock);
+        m_offer = *findPlace(g_offers, [&](const ClassOffer& offer) { return offer.classId == classId; });
+        if (m_offer != nullptr)
+            ++m_offer->uses;
+        s_innermost = this;
+    }
+    ~Creation()
+    {
+        s_innermost = m_enclosing;
+        if (m_offer == nullptr)
+            return;
+        const std::lock_guard guard(g_lock);
+        endUse(m_offer);
+    }
+    Creation(const Creation&) = delete;
+    Creation& operator=(const Creation&) = delete;
+
+    std::int32_t run(IVXUnknown* outer, const _GUID* iid, void** object) const noexcept
+    {
+        if (m_offer == nullptr)
+            return RESULT_CLASS_NOT_AVAILABLE;
+        try {
+            return m_offer->create(m_offer->context, outer, iid, object);
+        } catch (const std::bad_alloc&) {
+            return RESULT_OUT_OF_MEMORY;
+        } catch (...) {
+            return RESULT_FAIL;
+        }
+    }
+
+    /// How many creations of the calling thread are inside `offer`.
+    static std::uint32_t countOwn(const ClassOffer* offer) noexcept
+    {
+        std::uint32_t count = 0;
+        for (const Creation* creation = s_innermost; creation != nullptr; creation = creation->m_enclosing)
+            count += creation->m_offer == offer;
+        return count;
+    }
+
+private:
+    static constinit thread_local const Creation* s_innermost;
+
+    const Creation* m_enclosing;
+    ClassOffer* m_offer;
+};
+
+constinit thread_local const Creation* Creation::s_innermost = nullptr;
+
+std::int32_t createObject(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+{
+    const Creation creation(classId);
+    const std::int32_t result = creation.run(outer, iid, object);
+    if (failed(result))
+        *object = nullptr;
+    else if (*object == nullptr)
+        return RESULT_NO_INTERFACE;
+    return result;
+}
+
+} // namespace
+
+void VXModuleSetInitialized(const void* module, std::int32_t initialized) noexcept
+{
+    if (module == nullptr)
+        return;
+    const std::lock_guard guard(g_lock);
+    ReadyModule** place = findPlace(g_modules, [&](const ReadyModule& ready) { return ready.address == module; });
+    if (initialized == 0)
+        delete unlink(place);
+    else if (*place == nullptr)
+        *place = new (std::nothrow) ReadyModule {module, nullptr}; // on exhaustion it stays not ready
+}
+
+std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noexcept
+{
+    if (classId == nullptr)
+        return RESULT_POINTER;
+    *classId = {};
+    if (progId == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+
+    const std::u16string_view wanted(progId);
+    const std::lock_guard guard(g_lock);
+    const ClassOffer* found = wanted.empty()
+        ? nullptr
+        : *findPlace(g_offers, [&](const ClassOffer& offer) { return isSameText(offer.progId, wanted); });
+    if (found == nullptr)
+        return RESULT_CLASS_NOT_AVAILABLE;
+    *classId = found->classId;
+    return RESULT_OK;
+}
+
+std::int32_t VXModuleComCreateObject(
+    const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+{
+    if (object == nullptr)
+        return RESULT_POINTER;
+    *object = nullptr;
+    if (classId == nullptr || iid == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    if (!isReady(module))
+        return RESULT_NOT_AVAILABLE;
+    return createObject(*classId, outer, iid, object);
+}
+
+std::int32_t VXComCreateObjectByProgID(
+    const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+{
+    if (object == nullptr)
+        return RESULT_POINTER;
+    *object = nullptr;
+    _GUID classId;
+    const std::int32_t result = VXComClassIDFromProgID(progId, &classId);
+    return failed(result) ? result : VXModuleComCreateObject(nullptr, &classId, outer, iid, object);
+}
+
+std::int32_t VXComRegisterClassObject(
+    const char16_t* progId, const _GUID* classId, VXCreateFunction create, void* context, std::uint32_t* token) noexcept
+{
+    if (token == nullptr)
+        return RESULT_POINTER;
+    *token = 0;
+    if (classId == nullptr || create == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    try {
+        auto offer = std::make_unique<ClassOffer>();
+        offer->progId = progId != nullptr ? progId : u"";
+        std::transform(offer->progId.begin(), offer->progId.end(), offer->progId.begin(), VXToLowerW);
+        offer->classId = *classId;
+        offer->create = create;
+        offer->context = context;
+
+        const std::lock_guard guard(g_lock);
+        do
+            offer->token = ++g_lastToken;
+        while (offer->token == 0 || *findOffer(offer->token) != nullptr);
+        *token = offer->token;
+        offer->next = g_offers;
+        g_offers = offer.release();
+        return RESULT_OK;
+    } catch (const std::exception&) {
+        return RESULT_OUT_OF_MEMORY;
+    }
+}
+
+std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept
+{
+    const std::lock_guard guard(g_lock);
+    ClassOffer* offer = unlink(findOffer(token));
+    if (offer == nullptr)
+        return RESULT_NOT_FOUND;
+    const std::uint32_t own = Creation::countOwn(offer); // would wait for itself
+    while (offer->uses != 1 + own)
+        pthread_cond_wait(&g_useEnded, g_lock.native_handle());
+    endUse(offer);
+    return RESULT_OK;
+}
+
+std::int32_t VXComCompareGUID(const _GUID* left, const _GUID* right) noexcept
+{
+    return left != nullptr && right != nullptr && *left == *right;
+}

@@ -1,0 +1,126 @@
+#include "vxsys/Defaults.h"
+
+#include "vxsys/Result.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <initializer_list>
+#include <langinfo.h>
+#include <locale.h>
+#include <string_view>
+
+namespace {
+
+using namespace vxsys::results;
+
+constexpr std::string_view FALLBACK_ENCODING = "UTF-8";
+constexpr std::string_view FALLBACK_LOCALE = "en_US";
+
+/// Names of plain ASCII. A service started with an empty environment has no wish to lose its users' text.
+constexpr std::string_view PLAIN_ASCII[] = {"ANSI_X3.4-1968", "US-ASCII", "ASCII"};
+
+bool isLetter(char character) noexcept
+{
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+}
+
+bool isDigit(char character) noexcept
+{
+    return character >= '0' && character <= '9';
+}
+
+bool isEncodingUnit(char character) noexcept
+{
+    return isLetter(character) || isDigit(character)
+        || std::string_view("-_.:+()").find(character) != std::string_view::npos;
+}
+
+/// The first of `variables` that is set and not empty decides, as everywhere in POSIX.
+std::string_view localeOf(std::initializer_list<const char*> variables) noexcept
+{
+    for (const char* variable : variables) {
+        const char* value = std::getenv(variable);
+        if (value != nullptr && *value != '\0')
+            return value;
+    }
+    return {};
+}
+
+/// What the name of a locale calls its encoding: the text between "." and "@".
+std::string_view encodingIn(std::string_view locale) noexcept
+{
+    const std::size_t point = locale.find('.');
+    if (point == locale.npos)
+        return {};
+    locale.remove_prefix(point + 1);
+    return locale.substr(0, locale.find('@'));
+}
+
+/// Whether `text` has the form of "de" or "de_AT": a language of two to eight letters, a country of two letters or three
+/// digits (BCP 47).
+bool isLocaleName(std::string_view text) noexcept
+{
+    const std::string_view language = text.substr(0, text.find('_'));
+    if (language.size() < 2 || language.size() > 8 || !std::all_of(language.begin(), language.end(), isLetter))
+        return false;
+    if (language.size() == text.size())
+        return true;
+    const std::string_view country = text.substr(language.size() + 1);
+    return (country.size() == 2 && std::all_of(country.begin(), country.end(), isLetter))
+        || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
+}
+
+std::int32_t tell(std::initializer_list<std::string_view> texts, char16_t* name, std::int32_t size) noexcept
+{
+    char16_t* end = name;
+    auto room = static_cast<std::size_t>(size) - 1;
+    for (const std::string_view text : texts) {
+        if (text.size() > room) {
+            *name = 0;
+            return RESULT_BUFFER_TOO_SMALL;
+        }
+        room -= text.size();
+        end = std::copy(text.begin(), text.end(), end);
+    }
+    *end = 0;
+    return RESULT_OK;
+}
+
+std::int32_t tellEncoding(std::string_view encoding, char16_t* name, std::int32_t size) noexcept
+{
+    constexpr std::string_view UNREGISTERED = "ISO8859-"; // how X/Open's locale names spell the family
+
+    if (encoding.empty() || !std::all_of(encoding.begin(), encoding.end(), isEncodingUnit)
+        || std::find(std::begin(PLAIN_ASCII), std::end(PLAIN_ASCII), encoding) != std::end(PLAIN_ASCII))
+        return tell({FALLBACK_ENCODING}, name, size);
+    if (encoding.starts_with(UNREGISTERED))
+        return tell({"ISO-8859-", encoding.substr(UNREGISTERED.size())}, name, size);
+    return tell({encoding}, name, size);
+}
+
+} // namespace
+
+std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcept
+{
+    if (name == nullptr || size < 1)
+        return RESULT_INVALID_ARGUMENT;
+
+    // The process's own locale is the program's affair and may not be set yet.
+    const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
+    if (locale == nullptr) // not installed: its name is all there is
+        return tellEncoding(encodingIn(localeOf({"LC_ALL", "LC_CTYPE", "LANG"})), name, size);
+    const std::int32_t result = tellEncoding(::nl_langinfo_l(CODESET, locale), name, size);
+    ::freelocale(locale);
+    return result;
+}
+
+std::int32_t VXGetDefaultLocale(char16_t* name, std::int32_t size) noexcept
+{
+    if (name == nullptr || size < 1)
+        return RESULT_INVALID_ARGUMENT;
+
+    const std::string_view locale = localeOf({"LC_ALL", "LC_MESSAGES", "LANG"});
+    const std::string_view text = locale.substr(0, locale.find_first_of(".@"));
+    return tell({isLocaleName(text) && text != "POSIX" ? text : FALLBACK_LOCALE}, name, size);
+}
