@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
@@ -190,6 +191,7 @@ TEST(File, RefusesHandlesThatAreNone)
         EXPECT_EQ(VXFileGetSize(handle, &size), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileSeekToEnd(handle), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileFlush(handle), RESULT_INVALID_HANDLE);
+        EXPECT_EQ(VXFileTruncate(handle, 0), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileClose(handle), RESULT_INVALID_HANDLE);
     }
 }
@@ -204,6 +206,42 @@ TEST(File, AppendsBehindWhatOthersWrote)
     EXPECT_EQ(second.write("b"), 1);
     EXPECT_EQ(VXFileFlush(second.m_handle), 0);
     EXPECT_EQ(contentOf(scratch / "file"), "aaab");
+}
+
+TEST(File, CutsAndFillsWithoutMoving)
+{
+    const Scratch scratch;
+    const File file(scratch.full("file"), VX_FILE_WRITE | VX_FILE_CREATE);
+    EXPECT_EQ(file.write("abcd"), 4);
+    EXPECT_EQ(VXFileTruncate(file.m_handle, 2), 0);
+    EXPECT_EQ(file.write("e"), 1);
+    EXPECT_EQ(contentOf(scratch / "file"), "ab\0\0e"s);
+    EXPECT_EQ(VXFileTruncate(file.m_handle, 7), 0);
+    EXPECT_EQ(contentOf(scratch / "file"), "ab\0\0e\0\0"s);
+    EXPECT_EQ(VXFileTruncate(file.m_handle, -1), RESULT_INVALID_ARGUMENT);
+}
+
+TEST(File, IsKnownByItsIdentityUnderEachName)
+{
+    const Scratch scratch;
+    const File file(scratch.full("file"), VX_FILE_WRITE | VX_FILE_CREATE);
+    const File other(scratch.full("other"), VX_FILE_WRITE | VX_FILE_CREATE);
+    std::filesystem::create_hard_link(scratch / "file", scratch / "link");
+    std::filesystem::remove(scratch / "file");
+    const File link(scratch.full("link"), VX_FILE_READ);
+    const auto identityOf = [](const File& opened) {
+        std::pair<std::uint64_t, std::uint64_t> identity;
+        EXPECT_EQ(VXFileGetIdentity(opened.m_handle, &identity.first, &identity.second), 0);
+        return identity;
+    };
+    EXPECT_EQ(identityOf(file), identityOf(link));
+    EXPECT_NE(identityOf(file), identityOf(other));
+
+    std::FILE* const memory = ::fmemopen(nullptr, 8, "w");
+    EXPECT_EQ(VXFileFromStream(memory), VX_FILE_INVALID_HANDLE);
+    std::fclose(memory);
+    EXPECT_EQ(VXFileFromStream(nullptr), VX_FILE_INVALID_HANDLE);
+    EXPECT_EQ(VXFileFromStream(stderr), 2U);
 }
 
 /// Both ends of a pipe or a socket pair, as handles.

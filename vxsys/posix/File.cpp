@@ -8,6 +8,7 @@
 #include <climits>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <ctime>
 #include <fcntl.h>
 #include <pthread.h>
@@ -196,10 +197,39 @@ std::int32_t VXFileSeekToEnd(std::uint32_t handle) noexcept
     return seekToEnd(descriptorOf(handle));
 }
 
+std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept
+{
+    if (size < 0)
+        return RESULT_INVALID_ARGUMENT;
+    if (retryOnSignal([&] { return ::ftruncate(descriptorOf(handle), size); }) != 0)
+        return VXResultFromNative(errno);
+    return RESULT_OK;
+}
+
 std::int32_t VXFileFlush(std::uint32_t handle) noexcept
 {
     // EINVAL and EROFS say that there is no disk behind the descriptor, not that the disk failed.
     if (retryOnSignal([&] { return ::fdatasync(descriptorOf(handle)); }) != 0 && errno != EINVAL && errno != EROFS)
         return VXResultFromNative(errno);
     return RESULT_OK;
+}
+
+std::int32_t VXFileGetIdentity(std::uint32_t handle, std::uint64_t* volume, std::uint64_t* file) noexcept
+{
+    if (volume == nullptr || file == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *volume = 0;
+    *file = 0;
+    struct stat status;
+    if (::fstat(descriptorOf(handle), &status) != 0)
+        return VXResultFromNative(errno);
+    *volume = status.st_dev;
+    *file = status.st_ino;
+    return RESULT_OK;
+}
+
+std::uint32_t VXFileFromStream(std::FILE* stream) noexcept
+{
+    const int descriptor = stream != nullptr ? ::fileno(stream) : -1;
+    return descriptor >= 0 ? static_cast<std::uint32_t>(descriptor) : VX_FILE_INVALID_HANDLE;
 }
