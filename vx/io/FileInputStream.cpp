@@ -1,0 +1,74 @@
+#include "vx/io/FileInputStream.h"
+
+#include "vx/Exception.h"
+#include "vx/Result.h"
+#include "vx/io/detail/OpenFile.h"
+#include "vx/util/FilePath.h"
+#include "vxsys/File.h"
+
+#include <exception>
+#include <utility>
+
+namespace vx::io {
+
+namespace {
+
+constexpr std::int32_t END_OF_STREAM = -1;
+
+} // namespace
+
+FileInputStream::FileInputStream(std::uint32_t handle, bool owned)
+    : m_handle(handle)
+    , m_owned(owned)
+{
+}
+
+FileInputStream::FileInputStream(const String& path)
+    : FileInputStream(openFile(path), true)
+{
+}
+
+FileInputStream::FileInputStream(const util::FilePath& path)
+    : FileInputStream(path.toString())
+{
+}
+
+FileInputStream::~FileInputStream() noexcept(false)
+{
+    const bool isUnwinding = std::uncaught_exceptions() > 0;
+    try {
+        close();
+    } catch (...) {
+        if (!isUnwinding)
+            throw;
+    }
+}
+
+std::int32_t FileInputStream::read(signed char* target, std::int32_t length)
+{
+    std::int32_t done = 0;
+    const std::int32_t result = VXFileRead(m_handle, target, length, &done);
+    if (result == RESULT_END_OF_FILE)
+        return END_OF_STREAM;
+    throwIfFailed(result);
+    return done > 0 ? done : END_OF_STREAM;
+}
+
+void FileInputStream::close()
+{
+    // A handle whose closing failed is gone for the system, which may give its number to the next file.
+    if (m_owned && m_handle != VX_FILE_INVALID_HANDLE)
+        throwIfFailed(VXFileClose(std::exchange(m_handle, VX_FILE_INVALID_HANDLE)));
+}
+
+std::uint32_t FileInputStream::getHandle()
+{
+    return m_handle;
+}
+
+std::uint32_t FileInputStream::openFile(const String& path)
+{
+    return detail::openFile(path, VX_FILE_READ);
+}
+
+} // namespace vx::io

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "vx/io/InputStream.h"
+
+#include <cstdint>
+
+namespace vx {
+class String;
+}
+
+namespace vx::util {
+class FilePath;
+}
+
+namespace vx::io {
+
+/// The bytes of a file, or of whatever a handle of the system stands for. Each read is one call of the system, without a
+/// buffer. Failures are ResultExceptions. One thread at a time.
+class VX_API FileInputStream : public InputStream {
+public:
+    /// An owned handle is closed with the stream.
+    FileInputStream(std::uint32_t handle, bool owned);
+    explicit FileInputStream(const String& path);
+    explicit FileInputStream(const util::FilePath& path);
+    FileInputStream(const FileInputStream&) = delete;
+    FileInputStream& operator=(const FileInputStream&) = delete;
+    ~FileInputStream() noexcept(false) override;
+
+    // InputStream
+    using InputStream::read;
+    /// Asked for no byte, it reads none and says -1.
+    std::int32_t read(signed char* target, std::int32_t length) override;
+    /// The handle counts as closed also after a failure.
+    void close() override;
+
+    /// `VX_FILE_INVALID_HANDLE` once closed.
+    std::uint32_t getHandle();
+
+private:
+    static std::uint32_t openFile(const String& path);
+
+    std::uint32_t m_handle;
+    bool m_owned;
+};
+
+} // namespace vx::io

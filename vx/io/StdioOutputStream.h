@@ -1,0 +1,32 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/OutputStream.h"
+
+#include <cstdio>
+
+namespace vx::io {
+
+/// The process's standard output. Single bytes go through the C library's buffer and many at once past it, so that a
+/// `flush` belongs between the two. Failures are IoExceptions. One thread at a time.
+class VX_API StdioOutputStream : public OutputStream {
+public:
+    StdioOutputStream();
+
+    // OutputStream
+    using OutputStream::write;
+    /// One call of the system; if it takes only a part, that is a failure.
+    void write(const signed char* bytes, std::int32_t length) override;
+    void write(signed char byte) override;
+    void flush() override;
+    /// Standard output stays open.
+    void close() override;
+
+    /// A new stream on standard error, which it does not close.
+    static Reference<OutputStream> getStdErrorStream();
+
+private:
+    std::FILE* m_stream;
+};
+
+} // namespace vx::io
