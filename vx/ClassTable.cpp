@@ -3,7 +3,29 @@
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/io/BufferedInputStream.h"
+#include "vx/io/BufferedOutputStream.h"
+#include "vx/io/BufferedReader.h"
+#include "vx/io/BufferedWriter.h"
+#include "vx/io/ByteArrayInputStream.h"
+#include "vx/io/ByteArrayOutputStream.h"
+#include "vx/io/FilterInputStream.h"
+#include "vx/io/FilterOutputStream.h"
+#include "vx/io/FilterReader.h"
+#include "vx/io/FilterWriter.h"
+#include "vx/io/InputStream.h"
+#include "vx/io/InputStreamReader.h"
 #include "vx/io/IoException.h"
+#include "vx/io/NullOutputStream.h"
+#include "vx/io/NullWriter.h"
+#include "vx/io/OutputStream.h"
+#include "vx/io/OutputStreamWriter.h"
+#include "vx/io/PrintWriter.h"
+#include "vx/io/Reader.h"
+#include "vx/io/StdioInputStream.h"
+#include "vx/io/StdioOutputStream.h"
+#include "vx/io/StringWriter.h"
+#include "vx/io/Writer.h"
 #include "vx/sync/Atomic.h"
 #include "vx/sync/Event.h"
 #include "vx/sync/FakeMutex.h"
@@ -20,6 +42,7 @@
 #include "vx/text/charset/CTBUTF32.h"
 #include "vx/text/charset/CTBUTF8.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vx/util/FilePath.h"
 #include "vx/util/ROByteBuffer.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWByteBuffer.h"
@@ -55,24 +78,47 @@ const ClassRow CLASSES[] = {
     {u"CVXByteToCharConverter", &typeid(text::charset::ByteToCharConverter), nullptr},
     {u"CVXCharToByteConverter", &typeid(text::charset::CharToByteConverter), nullptr},
     {u"vx::Class", &typeid(Class), nullptr},
+    {u"CVXBufferedInputStream", &typeid(io::BufferedInputStream), nullptr},
+    {u"CVXBufferedOutputStream", &typeid(io::BufferedOutputStream), nullptr},
+    {u"CVXBufferedReader", &typeid(io::BufferedReader), nullptr},
+    {u"CVXBufferedWriter", &typeid(io::BufferedWriter), nullptr},
+    {u"CVXByteArrayInputStream", &typeid(io::ByteArrayInputStream), nullptr},
+    {u"CVXByteArrayOutputStream", &typeid(io::ByteArrayOutputStream), create<io::ByteArrayOutputStream, 256>},
     {u"CVXCTBSingleByte", &typeid(text::charset::CTBSingleByte), nullptr},
     {u"CVXCTBSingleByteTable", &typeid(text::charset::CTBSingleByteTable), nullptr},
     {u"CVXComObject", &typeid(ComObject), nullptr},
     {u"CVXEvent", &typeid(sync::Event), create<sync::Event>},
     {u"vx::sync::FakeAtomic", &typeid(sync::FakeAtomic), nullptr},
     {u"CVXFakeMutex", &typeid(sync::FakeMutex), create<sync::FakeMutex>},
+    {u"CVXFilePath", &typeid(util::FilePath), nullptr},
+    {u"CVXFilterInputStream", &typeid(io::FilterInputStream), nullptr},
+    {u"CVXFilterOutputStream", &typeid(io::FilterOutputStream), nullptr},
+    {u"CVXFilterReader", &typeid(io::FilterReader), nullptr},
+    {u"CVXFilterWriter", &typeid(io::FilterWriter), nullptr},
     {u"CVXGate", &typeid(sync::Gate), create<sync::Gate>},
+    {u"CVXInputStream", &typeid(io::InputStream), nullptr},
+    {u"CVXInputStreamReader", &typeid(io::InputStreamReader), nullptr},
     {u"CVXLockObject", &typeid(sync::LockObject), nullptr},
     {u"CVXMutex", &typeid(sync::Mutex), create<sync::Mutex>},
+    {u"CVXNullOutputStream", &typeid(io::NullOutputStream), create<io::NullOutputStream>},
+    {u"CVXNullWriter", &typeid(io::NullWriter), create<io::NullWriter>},
     {u"CVXObject", &typeid(Object), create<Object>},
+    {u"CVXOutputStream", &typeid(io::OutputStream), nullptr},
+    {u"CVXOutputStreamWriter", &typeid(io::OutputStreamWriter), nullptr},
+    {u"CVXPrintWriter", &typeid(io::PrintWriter), nullptr},
+    {u"CVXReader", &typeid(io::Reader), nullptr},
     {u"CVXROByteBuffer", &typeid(util::ROByteBuffer), create<util::ROByteBuffer>},
     {u"CVXROCharBuffer", &typeid(util::ROCharBuffer), create<util::ROCharBuffer>},
     {u"CVXRWByteBuffer", &typeid(util::RWByteBuffer), create<util::RWByteBuffer>},
     {u"CVXRWCharBuffer", &typeid(util::RWCharBuffer), create<util::RWCharBuffer>},
     {u"CVXRWLock", &typeid(sync::ReaderWriterLock), create<sync::ReaderWriterLock>},
     {u"CVXSemaphore", &typeid(sync::Semaphore), create<sync::Semaphore, 0U>},
+    {u"CVXStdioInputStream", &typeid(io::StdioInputStream), create<io::StdioInputStream>},
+    {u"CVXStdioOutputStream", &typeid(io::StdioOutputStream), create<io::StdioOutputStream>},
     {u"CVXString", &typeid(String), create<String>},
+    {u"CVXStringWriter", &typeid(io::StringWriter), create<io::StringWriter, 0>},
     {u"CVXSyncObject", &typeid(sync::Object), nullptr},
+    {u"CVXWriter", &typeid(io::Writer), nullptr},
     {u"vx::AccessViolationException", &typeid(AccessViolationException), nullptr},
     {u"vx::ArrayBoundsException", &typeid(ArrayBoundsException), nullptr},
     {u"vx::CastFailedException", &typeid(CastFailedException), create<CastFailedException>},
