@@ -63,7 +63,7 @@ struct Lower {
     }
     static Units8 foldAscii(Units8 units) noexcept
     {
-        return units | (Units8((units >= u'A') & (units <= u'Z')) & CASE_BIT);
+        return units | (lanesWithin(units, u'A', u'Z') & everyLane(CASE_BIT));
     }
 };
 
@@ -76,7 +76,7 @@ struct Upper {
     }
     static Units8 foldAscii(Units8 units) noexcept
     {
-        return units ^ (Units8((units >= u'a') & (units <= u'z')) & CASE_BIT);
+        return units ^ (lanesWithin(units, u'a', u'z') & everyLane(CASE_BIT));
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <iterator>
 #include <locale.h>
 #include <memory>
 #include <string>
@@ -84,9 +85,13 @@ TEST(Text, ComparesACountOfUnitsWithoutRegardToCase)
 
 TEST(Text, FoldsTheBasicPlaneAsTheSystemDoes)
 {
+    // Got a case in Unicode 16, which the system may know
+    constexpr std::uint32_t LATER[] = {0x19B, 0x264, 0x1C89, 0x1C8A, 0xA7CB, 0xA7CC, 0xA7CD, 0xA7DA, 0xA7DB, 0xA7DC};
     const locale_t system = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     ASSERT_NE(system, nullptr);
     for (std::uint32_t unit = 0; unit < 0x10000; ++unit) {
+        if (std::find(std::begin(LATER), std::end(LATER), unit) != std::end(LATER))
+            continue;
         const auto lower = static_cast<std::uint32_t>(::towlower_l(static_cast<wint_t>(unit), system));
         const auto upper = static_cast<std::uint32_t>(::towupper_l(static_cast<wint_t>(unit), system));
         EXPECT_EQ(VXToLowerW(static_cast<char16_t>(unit)), lower) << std::hex << unit;

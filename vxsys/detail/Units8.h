@@ -47,9 +47,14 @@ inline Units8 everyLane(std::uint16_t unit) noexcept
     return Units8 {unit, unit, unit, unit, unit, unit, unit, unit};
 }
 
+inline Units8 lanesWithin(Units8 units, char16_t first, char16_t last) noexcept
+{
+    return Units8((units >= everyLane(first)) & (units <= everyLane(last)));
+}
+
 inline bool isAscii(Units8 units) noexcept
 {
-    return maskOf(Units8((units & 0xFF80) == everyLane(0))) == ALL_LANES;
+    return maskOf(Units8((units & everyLane(0xFF80)) == everyLane(0))) == ALL_LANES;
 }
 
 } // namespace vxsys::detail
