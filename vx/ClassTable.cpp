@@ -47,6 +47,8 @@
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWByteBuffer.h"
 #include "vx/util/RWCharBuffer.h"
+#include "vx/vorb/ClassFactory.h"
+#include "vx/vorb/Module.h"
 
 #include <typeinfo>
 
@@ -86,6 +88,8 @@ const ClassRow CLASSES[] = {
     {u"CVXByteArrayOutputStream", &typeid(io::ByteArrayOutputStream), create<io::ByteArrayOutputStream, 256>},
     {u"CVXCTBSingleByte", &typeid(text::charset::CTBSingleByte), nullptr},
     {u"CVXCTBSingleByteTable", &typeid(text::charset::CTBSingleByteTable), nullptr},
+    {u"vx::vorb::ClassFactory", &typeid(vorb::ClassFactory), nullptr},
+    {u"CVXComDllModule", &typeid(vorb::DllModule), nullptr},
     {u"CVXComObject", &typeid(ComObject), nullptr},
     {u"CVXEvent", &typeid(sync::Event), create<sync::Event>},
     {u"vx::sync::FakeAtomic", &typeid(sync::FakeAtomic), nullptr},

@@ -56,6 +56,7 @@ public:
     /// The module whose lock count this object raises while its own count is above 0. Not owned; to be set before the
     /// first `AddRef`.
     void SetComModule(vorb::Module* module) noexcept { m_module = module; }
+    vorb::Module* GetComModule() const noexcept { return m_module; }
     /// RESULT_NO_AGGREGATION: a class that can be aggregated hides this with its own.
     std::int32_t SetOuterUnknown(IVXUnknown* outer) noexcept;
     std::int32_t NonDelegatingQueryInterface(const _GUID& iid, void** out) { return QueryInterface(iid, out); }

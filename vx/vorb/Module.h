@@ -1,20 +1,57 @@
 #pragma once
 
-#include "vx/Api.h"
+#include "vx/sync/Mutex.h"
+#include "vx/vorb/ClassData.h"
 
 #include <atomic>
 #include <cstdint>
 
 namespace vx::vorb {
 
-/// Counts what keeps a component library in the process.
+/// What a component library is to its users: it answers requests for class factories and tells whether the library may be
+/// unloaded. It is no counted object: its count says how many objects and locks keep the library.
 class VX_API Module {
 public:
-    std::uint32_t AddRef() noexcept { return ++m_lockCount; }
-    std::uint32_t Release() noexcept { return --m_lockCount; }
+    /// `table` is not owned and outlives the module; null is an empty one.
+    explicit Module(ClassData* table);
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+    /// Releases the factories.
+    virtual ~Module() noexcept(false);
+
+    std::uint32_t AddRef() noexcept { return m_lockCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+    std::uint32_t Release() noexcept { return m_lockCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
+    std::uint32_t GetRefCount() const noexcept { return m_lockCount.load(std::memory_order_acquire); }
+
+    /// 0 when nothing keeps the library, otherwise 1.
+    virtual std::int32_t CanUnloadNow();
+    /// The factory of `classId`, counted for the caller; one serves all requests. RESULT_CLASS_NOT_AVAILABLE and null for
+    /// a class in no row.
+    virtual std::int32_t GetClassObject(const _GUID& classId, const _GUID& iid, void** out);
+    /// There is no registry to write to yet: RESULT_NOT_IMPLEMENTED for each row, and 0 for an empty table.
+    virtual std::int32_t RegisterServer(const char16_t* path);
+    virtual std::int32_t UnregisterServer();
+
+protected:
+    virtual std::int32_t RegisterClassEntry(ClassData& row, const char16_t* path);
+    virtual std::int32_t UnregisterClassEntry(ClassData& row);
+    virtual std::int32_t TryGetClassObject(const _GUID& classId, const _GUID& iid, void** out, ClassData& row);
 
 private:
+    ClassData* m_table;
     std::atomic<std::uint32_t> m_lockCount {0};
+    sync::Mutex m_lock;
+};
+
+/// The module of a component in a shared library.
+class VX_API DllModule : public Module {
+public:
+    explicit DllModule(ClassData* table);
+    ~DllModule() noexcept(false) override;
+
+protected:
+    // Module
+    std::int32_t RegisterClassEntry(ClassData& row, const char16_t* path) override;
 };
 
 } // namespace vx::vorb

@@ -1,0 +1,44 @@
+#include "vx/vorb/ClassFactory.h"
+
+#include "vx/Result.h"
+#include "vx/vorb/Module.h"
+
+namespace vx::vorb {
+
+std::int32_t ClassFactoryFace::CreateInstance(IVXUnknown* outer, const _GUID& iid, void** out) const
+{
+    if (out == nullptr)
+        return RESULT_POINTER;
+    if (outer != nullptr && !(iid == IVXUnknown::IID)) {
+        *out = nullptr;
+        return RESULT_INVALID_ARGUMENT;
+    }
+    const auto& factory = static_cast<const ClassFactory&>(*this);
+    if (factory.m_instanceCreator == nullptr) {
+        *out = nullptr;
+        return RESULT_FAIL;
+    }
+    return factory.m_instanceCreator(factory.GetComModule(), outer, iid, out);
+}
+
+std::int32_t ClassFactoryFace::LockServer(std::int16_t lock)
+{
+    Module* module = static_cast<ClassFactory&>(*this).GetComModule();
+    if (module == nullptr)
+        return RESULT_FAIL;
+    if (lock != 0)
+        module->AddRef();
+    else
+        module->Release();
+    return RESULT_OK;
+}
+
+ClassFactory::~ClassFactory() noexcept(false) = default;
+
+const InterfaceData* ClassFactory::GetComIntfMap()
+{
+    static const InterfaceData map[] = {viewRow<ClassFactory, IVXClassFactory>(), endRow()};
+    return map;
+}
+
+} // namespace vx::vorb

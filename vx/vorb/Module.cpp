@@ -1,0 +1,117 @@
+#include "vx/vorb/Module.h"
+
+#include "vx/Result.h"
+#include "vx/sync/ScopedLock.h"
+#include "vx/vorb/Boundary.h"
+
+#include <concepts>
+
+namespace vx::vorb {
+
+namespace {
+
+/// Asks each row until one answer is `enough`, and gives the last answer; `none` for an empty table.
+template <std::predicate<std::int32_t> Enough, class Ask>
+std::int32_t askRows(ClassData* table, std::int32_t none, Enough enough, Ask ask)
+{
+    std::int32_t result = none;
+    for (ClassData* row = table; row != nullptr && row->classId != nullptr; ++row) {
+        result = ask(*row);
+        if (enough(result))
+            break;
+    }
+    return result;
+}
+
+bool succeeded(std::int32_t result) noexcept
+{
+    return !failed(result);
+}
+
+} // namespace
+
+Module::Module(ClassData* table)
+    : m_table(table)
+    , m_lock("vx::vorb::Module::m_lock")
+{
+}
+
+Module::~Module() noexcept(false)
+{
+    for (ClassData* row = m_table; row != nullptr && row->classId != nullptr; ++row) {
+        if (row->factory != nullptr)
+            row->factory->Release();
+        row->factory = nullptr;
+    }
+}
+
+std::int32_t Module::CanUnloadNow()
+{
+    return GetRefCount() == 0 ? RESULT_OK : RESULT_FALSE;
+}
+
+std::int32_t Module::GetClassObject(const _GUID& classId, const _GUID& iid, void** out)
+{
+    if (out == nullptr)
+        return RESULT_POINTER;
+    *out = nullptr;
+    return askRows(m_table, RESULT_CLASS_NOT_AVAILABLE, succeeded,
+        [&](ClassData& row) { return TryGetClassObject(classId, iid, out, row); });
+}
+
+std::int32_t Module::RegisterServer(const char16_t* path)
+{
+    return askRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return RegisterClassEntry(row, path); });
+}
+
+std::int32_t Module::UnregisterServer()
+{
+    return askRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return UnregisterClassEntry(row); });
+}
+
+std::int32_t Module::RegisterClassEntry(ClassData&, const char16_t*)
+{
+    return RESULT_NOT_IMPLEMENTED;
+}
+
+std::int32_t Module::UnregisterClassEntry(ClassData&)
+{
+    return RESULT_NOT_IMPLEMENTED;
+}
+
+std::int32_t Module::TryGetClassObject(const _GUID& classId, const _GUID& iid, void** out, ClassData& row)
+{
+    if (!(classId == *row.classId))
+        return RESULT_CLASS_NOT_AVAILABLE;
+
+    // Looked at without the lock first: once set, a factory stays until the module goes.
+    std::atomic_ref<IVXUnknown*> factory(row.factory);
+    if (factory.load(std::memory_order_acquire) == nullptr) {
+        std::int32_t result = RESULT_OK;
+        const std::int32_t locked = atBoundary([&] {
+            const sync::ScopedLock guard(m_lock);
+            if (factory.load(std::memory_order_relaxed) != nullptr)
+                return;
+            void* created = nullptr;
+            result = row.factoryCreator(this, row.instanceCreator, IVXUnknown::IID, &created);
+            factory.store(static_cast<IVXUnknown*>(created), std::memory_order_release);
+        });
+        if (factory.load(std::memory_order_acquire) == nullptr)
+            return failed(locked) ? locked : result;
+    }
+    return factory.load(std::memory_order_acquire)->QueryInterface(iid, out);
+}
+
+DllModule::DllModule(ClassData* table)
+    : Module(table)
+{
+}
+
+DllModule::~DllModule() noexcept(false) = default;
+
+std::int32_t DllModule::RegisterClassEntry(ClassData& row, const char16_t* path)
+{
+    return Module::RegisterClassEntry(row, path);
+}
+
+} // namespace vx::vorb
