@@ -3,7 +3,8 @@ function(vx_add_library name)
     add_library(${name})
     add_library(vxlib4::${name} ALIAS ${name})
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vx_build_rules>)
-    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/vxlib4>)
     target_compile_features(${name} PUBLIC cxx_std_20)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
@@ -41,4 +42,27 @@ function(vx_add_bench name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE vx_build_rules vxlib4 ${arg_LIBRARIES} benchmark::benchmark_main)
+endfunction()
+
+# What a user of the library finds: both libraries, their headers, a CMake package and files for pkg-config.
+function(vx_install)
+    include(CMakePackageConfigHelpers)
+    set(package ${CMAKE_INSTALL_LIBDIR}/cmake/vxlib4)
+    set(headers ${CMAKE_INSTALL_INCLUDEDIR}/vxlib4)
+    install(TARGETS vxsys4 vxlib4 EXPORT vxlib4Targets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        FILE_SET HEADERS DESTINATION ${headers})
+    install(EXPORT vxlib4Targets NAMESPACE vxlib4:: DESTINATION ${package})
+    configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/vxlib4Config.cmake.in
+        ${PROJECT_BINARY_DIR}/vxlib4Config.cmake INSTALL_DESTINATION ${package})
+    write_basic_package_version_file(${PROJECT_BINARY_DIR}/vxlib4ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+    install(FILES ${PROJECT_BINARY_DIR}/vxlib4Config.cmake ${PROJECT_BINARY_DIR}/vxlib4ConfigVersion.cmake
+        DESTINATION ${package})
+    foreach(name IN ITEMS vxsys4 vxlib4)
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+        install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    endforeach()
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endfunction()

@@ -1,0 +1,34 @@
+# What the scripts of this folder share. Sourced, not run.
+
+say() {
+    printf '\n== %s\n' "$*"
+}
+
+# Installs the Debian packages that are missing, as root; otherwise it names them.
+need_packages() {
+    local missing=()
+    local package
+    for package in "$@"; do
+        dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    done
+    ((${#missing[@]} == 0)) && return
+    if ((EUID != 0)); then
+        say "These packages are missing: ${missing[*]}"
+        echo "Install them with: sudo apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
+    say "Installing ${missing[*]}"
+    apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# A compiler cache where there is one.
+launcher_options() {
+    if command -v ccache >/dev/null; then
+        echo "-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache"
+    fi
+}
+
+jobs_count() {
+    nproc
+}

@@ -1,0 +1,15 @@
+#include <vx/Library.h>
+#include <vx/text/charset/EncInfo.h>
+
+#include <stdio.h>
+
+int main(void)
+{
+    VXEncInfo info;
+    uint32_t count = 0;
+    if (VXLIBLibInit() != 0 || VXGetEncInfoByName(u"latin1", &info) != 0 || info.codePage != 28591)
+        return 1;
+    VXEnumerateEncInfo(&count, NULL);
+    printf("%u encodings have a code page\n", (unsigned)count);
+    return count == 28 && VXLIBLibUninit() == 0 ? 0 : 2;
+}

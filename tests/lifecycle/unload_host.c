@@ -1,0 +1,57 @@
+/* A host without the C++ runtime: it loads the library, uses it and unloads it, twice. Usage: unload_host LIBRARY */
+#include "vx/text/charset/EncInfo.h"
+
+#include <dlfcn.h>
+#include <stdio.h>
+#include <string.h>
+
+static int is_mapped(const char* name)
+{
+    char line[4096];
+    int found = 0;
+    FILE* maps = fopen("/proc/self/maps", "r");
+    while (maps != NULL && fgets(line, sizeof line, maps) != NULL)
+        found |= strstr(line, name) != NULL;
+    if (maps != NULL)
+        fclose(maps);
+    return found;
+}
+
+static int use(const char* library)
+{
+    int32_t (*get_info)(const char16_t*, VXEncInfo*);
+    VXEncInfo info;
+    void* handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+    if (handle == NULL) {
+        fprintf(stderr, "%s\n", dlerror());
+        return 1;
+    }
+    *(void**)&get_info = dlsym(handle, "VXGetEncInfoByName");
+    if (get_info == NULL || get_info(u"us-ascii", &info) != 0 || info.codePage != 20127) {
+        fprintf(stderr, "the encodings are not there\n");
+        return 2;
+    }
+    if (!is_mapped("libvxlib4") || !is_mapped("libvxsys4") || dlclose(handle) != 0)
+        return 3;
+    if (is_mapped("libvxlib4") || is_mapped("libvxsys4")) {
+        fprintf(stderr, "the library stays in the process\n");
+        return 4;
+    }
+    return 0;
+}
+
+int main(int count, char** arguments)
+{
+    int round;
+    if (count != 2)
+        return 64;
+    for (round = 0; round < 2; ++round) {
+        const int failure = use(arguments[1]);
+        if (failure != 0) {
+            fprintf(stderr, "round %d\n", round);
+            return failure;
+        }
+    }
+    puts("loaded, used and gone, twice");
+    return 0;
+}
