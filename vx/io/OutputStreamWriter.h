@@ -15,7 +15,7 @@ namespace vx::io {
 /// `close` throws IoException "stream closed".
 class VX_API OutputStreamWriter : public Writer {
 public:
-    /// `size` of the buffer in bytes, at least 6. A null `encoding` is the default encoding; one that nobody knows throws
+    /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default encoding; one that nobody knows throws
     /// UnknownEncodingException.
     OutputStreamWriter(OutputStream* sink, const char16_t* encoding, std::int32_t size);
     OutputStreamWriter(const OutputStreamWriter&) = delete;
@@ -34,6 +34,8 @@ public:
 
 private:
     void ensureOpen() const;
+    std::int32_t encode(const char16_t* text, std::int32_t length);
+    void flushConverter();
     void writeWaiting();
 
     Reference<OutputStream> m_sink;
@@ -41,6 +43,8 @@ private:
     std::int32_t m_bufferSize;
     util::RawArray<signed char> m_buffer;
     std::int32_t m_waiting = 0;
+    /// The last unit written, where the converter takes whole characters only; 0 for none.
+    char16_t m_heldLead = 0;
 };
 
 } // namespace vx::io

@@ -1,0 +1,102 @@
+#include "vx/io/BufferedReader.h"
+
+#include "vx/String.h"
+#include "vx/io/detail/BufferedInput.h"
+#include "vx/io/detail/LineScan.h"
+
+namespace vx::io {
+
+using Input = detail::BufferedInput<BufferedReader>;
+
+namespace {
+
+constexpr char16_t LINE_FEED = 10;
+constexpr char16_t CARRIAGE_RETURN = 13;
+
+} // namespace
+
+BufferedReader::BufferedReader(Reader* source, std::int32_t size)
+    : m_source(source)
+    , m_bufferSize(std::max(size, detail::MIN_BUFFER_SIZE))
+    , m_buffer(util::makeRawArray<Unit>(m_bufferSize))
+{
+}
+
+std::int32_t BufferedReader::read(char16_t* target, std::int32_t length)
+{
+    return Input::read(*this, target, length);
+}
+
+int BufferedReader::read()
+{
+    return Input::read(*this);
+}
+
+std::int32_t BufferedReader::skip(std::int32_t count)
+{
+    return Input::skip(*this, count);
+}
+
+std::int32_t BufferedReader::available()
+{
+    return Input::available(*this);
+}
+
+void BufferedReader::close()
+{
+    Input::close(*this);
+}
+
+bool BufferedReader::markSupported()
+{
+    return true;
+}
+
+void BufferedReader::mark(std::int32_t limit)
+{
+    Input::mark(*this, limit);
+}
+
+void BufferedReader::reset()
+{
+    Input::reset(*this);
+}
+
+std::int32_t BufferedReader::readLine(String& line)
+{
+    ensureOpen();
+    line.resize(0, u' ');
+    std::int32_t total = 0;
+    do {
+        if (Input::isEmpty(*this)) {
+            fillBuffer();
+            if (Input::isEmpty(*this))
+                return total != 0 ? total : -1;
+        }
+        const char16_t* start = m_buffer.get() + m_position;
+        const std::int32_t length = detail::findLineEnd(start, m_count - m_position);
+        line.replace(-1, 0, start, length, 0);
+        total += length;
+        m_position += length;
+    } while (Input::isEmpty(*this));
+
+    if (m_buffer[m_position++] == CARRIAGE_RETURN) {
+        if (Input::isEmpty(*this))
+            fillBuffer();
+        if (!Input::isEmpty(*this) && m_buffer[m_position] == LINE_FEED)
+            ++m_position;
+    }
+    return total;
+}
+
+void BufferedReader::ensureOpen() const
+{
+    detail::requireOpen(m_buffer != nullptr);
+}
+
+void BufferedReader::fillBuffer()
+{
+    Input::fillBuffer(*this);
+}
+
+} // namespace vx::io
