@@ -460,6 +460,12 @@ char16_t* Str1::extend(std::int32_t count)
     return place;
 }
 
+/// Makes room for `more` units behind the text, as far as a buffer can have them.
+void Str1::reserve(std::int64_t more)
+{
+    ensureCapacity1(static_cast<std::uint32_t>(std::min(m_length + more, MAX_CAPACITY)), 0, -1);
+}
+
 std::int32_t Str1::changeCase(char16_t (*map)(char16_t) noexcept)
 {
     std::int32_t index = 0;

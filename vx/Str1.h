@@ -192,6 +192,7 @@ private:
     bool isOwnText(const char16_t* text) const noexcept;
     void moveTo(StrBuf1* buffer, std::int32_t start, std::int32_t kept) noexcept;
     char16_t* extend(std::int32_t count);
+    void reserve(std::int64_t more);
     std::int32_t changeCase(char16_t (*map)(char16_t) noexcept);
 
     StrBuf1* m_buffer = nullptr;

@@ -1,0 +1,194 @@
+#include "vx/Str1.h"
+
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharToByteConverter.h"
+#include "vx/vorb/Boundary.h"
+#include "vxsys/Memory.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vx {
+
+using text::charset::ByteToCharConverter;
+using text::charset::CharToByteConverter;
+
+namespace {
+
+constexpr const char16_t* UTF_8 = u"UTF-8";
+constexpr std::int32_t BLOCK = 512;
+constexpr std::int64_t LARGEST = std::numeric_limits<std::int32_t>::max();
+
+std::int32_t checkedSize(std::int64_t size)
+{
+    if (size > LARGEST)
+        throw OutOfMemoryException();
+    return static_cast<std::int32_t>(size);
+}
+
+std::int32_t lengthOf(std::size_t length)
+{
+    return checkedSize(static_cast<std::int64_t>(std::min(length, static_cast<std::size_t>(LARGEST) + 1)));
+}
+
+/// Encodes from `position` on. What was done is told in `written` and `position` also when an exception passes.
+void encode(CharToByteConverter& encoder, std::u16string_view text, char* out, std::int32_t size, std::int32_t& written,
+    std::int32_t& position)
+{
+    auto* bytes = reinterpret_cast<signed char*>(out);
+    encoder.convert(text.data(), &position, static_cast<std::int32_t>(text.size()), bytes, &written, size);
+    encoder.flush(bytes, &written, size);
+}
+
+} // namespace
+
+Str1::Str1(const char* bytes, std::int32_t length, const char16_t* encoding)
+    : Str1()
+{
+    appendA(bytes, length, encoding);
+}
+
+Str1::Str1(const signed char* bytes, std::int32_t length, const char16_t* encoding)
+    : Str1()
+{
+    appendA(bytes, length, encoding);
+}
+
+Str1::Str1(std::string_view utf8)
+    : Str1()
+{
+    throwIfFailed(appendA(utf8.data(), lengthOf(utf8.size()), UTF_8));
+}
+
+Str1::Str1(std::u8string_view utf8)
+    : Str1(std::string_view(reinterpret_cast<const char*>(utf8.data()), utf8.size()))
+{
+}
+
+std::int32_t Str1::copyA(const char* bytes, std::int32_t length, const char16_t* encoding)
+{
+    clear();
+    return appendA(bytes, length, encoding);
+}
+
+std::int32_t Str1::copyA(const signed char* bytes, std::int32_t length, const char16_t* encoding)
+{
+    return copyA(reinterpret_cast<const char*>(bytes), length, encoding);
+}
+
+std::int32_t Str1::appendA(const char* bytes, std::int32_t length, const char16_t* encoding)
+{
+    return appendA(reinterpret_cast<const signed char*>(bytes), length, encoding);
+}
+
+std::int32_t Str1::appendA(const signed char* bytes, std::int32_t length, const char16_t* encoding)
+{
+    if (length == -1)
+        length = VXStrLenA(reinterpret_cast<const char*>(bytes));
+    if (bytes == nullptr || length < 1)
+        return 0;
+    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
+    const std::int32_t oldLength = m_length;
+    try {
+        std::int32_t read = 0;
+        while (read < length) {
+            char16_t units[BLOCK];
+            const std::int32_t before = read;
+            std::int32_t produced = 0;
+            decoder->convert(bytes, &read, length, units, &produced, BLOCK);
+            const std::int64_t consumed = read - before;
+            const std::int64_t open = length - read;
+            if (open == 0)
+                decoder->flush(units, &produced, BLOCK);
+            else if (consumed == 0)
+                return RESULT_FAIL;
+            else
+                reserve(produced + open * produced / consumed + 1);
+            append(units, produced);
+        }
+    } catch (...) {
+        m_length = oldLength;
+        throw;
+    }
+    return 0;
+}
+
+std::int32_t Str1::convertToA(
+    char* out, std::int32_t size, CharToByteConverter* converter, std::int32_t* written, std::int32_t* position) const
+{
+    std::int32_t done = 0;
+    std::int32_t place = position != nullptr ? *position : 0;
+    std::int32_t result = RESULT_OK;
+    size = std::max(size, 0);
+    if (converter == nullptr || (out == nullptr && size != 0))
+        result = RESULT_INVALID_ARGUMENT;
+    else if (place >= 0 && place < m_length)
+        result = vorb::atBoundary([&] { encode(*converter, view(), out, size, done, place); });
+    if (written != nullptr)
+        *written = done;
+    if (position != nullptr)
+        *position = place;
+    return result >= 0 && place >= 0 && place < m_length ? RESULT_BUFFER_TOO_SMALL : result;
+}
+
+std::int32_t Str1::convertToAZ(
+    char* out, std::int32_t size, const char16_t* encoding, std::int32_t* written, std::int32_t* position) const
+{
+    std::int32_t done = 0;
+    std::int32_t result = RESULT_INVALID_ARGUMENT;
+    if (out != nullptr && size > 0) {
+        const std::int32_t failure = vorb::atBoundary([&] {
+            const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+            result = convertToA(out, size - 1, encoder.get(), &done, position);
+        });
+        if (failed(failure))
+            result = failure;
+        if (!failed(result))
+            out[done] = 0;
+    }
+    if (written != nullptr)
+        *written = done;
+    return result;
+}
+
+std::int32_t Str1::getLengthA(std::int32_t* length, const char16_t* encoding, std::int32_t position) const
+{
+    return vorb::atBoundary(length, [&] {
+        const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+        std::int64_t total = 0;
+        for (;;) {
+            char block[BLOCK];
+            std::int32_t written = 0;
+            const std::int32_t before = position;
+            const std::int32_t result = convertToA(block, BLOCK, encoder.get(), &written, &position);
+            total += written;
+            if (result != RESULT_BUFFER_TOO_SMALL) {
+                throwIfFailed(result);
+                return checkedSize(total);
+            }
+            if (position == before) // a block that holds not one character would come back for ever
+                throwResult(RESULT_FAIL);
+        }
+    });
+}
+
+OwningArray<char> Str1::getBytesAZ(const char16_t* encoding) const
+{
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+    const std::int32_t size = checkedSize(std::int64_t {encoder->getMaxBytesPerChar()} * m_length + 1);
+    OwningArray<char> bytes(static_cast<char*>(vxsys::allocate(static_cast<std::size_t>(size))));
+    std::int32_t written = 0;
+    std::int32_t position = 0;
+    if (m_length != 0)
+        encode(*encoder, view(), bytes.get(), size - 1, written, position);
+    if (position != m_length)
+        throwResult(RESULT_BUFFER_TOO_SMALL);
+    bytes[static_cast<std::size_t>(written)] = 0;
+    return bytes;
+}
+
+} // namespace vx
