@@ -147,7 +147,7 @@ public:
     /// Valid until the text changes.
     std::u16string_view view() const noexcept { return {getData0(), static_cast<std::size_t>(m_length)}; }
     operator std::u16string_view() const noexcept { return view(); }
-    /// A lone surrogate throws InvalidCharacterException.
+    /// A leading surrogate without its trailing one throws InvalidCharacterException.
     std::string toUtf8() const;
 
     /// These three give 0; a byte sequence that ends inside a character gives RESULT_FAIL, behind what was whole.

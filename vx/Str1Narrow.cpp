@@ -3,6 +3,7 @@
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
+#include "vx/detail/EncodeText.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/vorb/Boundary.h"
@@ -33,15 +34,6 @@ std::int32_t checkedSize(std::int64_t size)
 std::int32_t lengthOf(std::size_t length)
 {
     return checkedSize(static_cast<std::int64_t>(std::min(length, static_cast<std::size_t>(LARGEST) + 1)));
-}
-
-/// Encodes from `position` on. What was done is told in `written` and `position` also when an exception passes.
-void encode(CharToByteConverter& encoder, std::u16string_view text, char* out, std::int32_t size, std::int32_t& written,
-    std::int32_t& position)
-{
-    auto* bytes = reinterpret_cast<signed char*>(out);
-    encoder.convert(text.data(), &position, static_cast<std::int32_t>(text.size()), bytes, &written, size);
-    encoder.flush(bytes, &written, size);
 }
 
 } // namespace
@@ -127,7 +119,8 @@ std::int32_t Str1::convertToA(
     if (converter == nullptr || (out == nullptr && size != 0))
         result = RESULT_INVALID_ARGUMENT;
     else if (place >= 0 && place < m_length)
-        result = vorb::atBoundary([&] { encode(*converter, view(), out, size, done, place); });
+        result = vorb::atBoundary(
+            [&] { detail::encodeText(*converter, view(), place, reinterpret_cast<signed char*>(out), done, size); });
     if (written != nullptr)
         *written = done;
     if (position != nullptr)
@@ -184,7 +177,7 @@ OwningArray<char> Str1::getBytesAZ(const char16_t* encoding) const
     std::int32_t written = 0;
     std::int32_t position = 0;
     if (m_length != 0)
-        encode(*encoder, view(), bytes.get(), size - 1, written, position);
+        detail::encodeText(*encoder, view(), position, reinterpret_cast<signed char*>(bytes.get()), written, size - 1);
     if (position != m_length)
         throwResult(RESULT_BUFFER_TOO_SMALL);
     bytes[static_cast<std::size_t>(written)] = 0;

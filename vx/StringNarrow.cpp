@@ -3,6 +3,7 @@
 #include "vx/AnsiBytes.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/detail/EncodeText.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
@@ -48,8 +49,8 @@ std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, si
 {
     std::int32_t read = 0;
     std::int32_t written = 0;
-    encoder.convert(text.data(), &read, text.length(), out, &written, size);
-    encoder.flush(out, &written, size);
+    const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
+    detail::encodeText(encoder, units, read, out, written, size);
     if (written < size)
         out[written++] = 0;
     return written;
