@@ -2,8 +2,8 @@
 
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
-#include "vx/util/BufferLocks.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Text.h"
 
@@ -13,7 +13,7 @@
 
 namespace vx {
 
-using util::CharReadLock;
+using detail::StringReadLock;
 using Units = std::char_traits<char16_t>;
 
 namespace {
@@ -154,7 +154,7 @@ std::int32_t Str1::copy(const Str1& text)
 
 std::int32_t Str1::copy(const String& text)
 {
-    const CharReadLock source(text);
+    const StringReadLock source(text);
     return copy(source.data(), source.length());
 }
 
@@ -214,7 +214,7 @@ std::int32_t Str1::append(char16_t ch, int repeat)
 
 std::int32_t Str1::append(const String& text)
 {
-    const CharReadLock source(text);
+    const StringReadLock source(text);
     return append(source.data(), std::max(source.length(), 0));
 }
 
@@ -270,7 +270,7 @@ bool Str1::operator==(const char16_t* text) const noexcept
 
 bool Str1::operator==(const String& text) const
 {
-    const CharReadLock other(text);
+    const StringReadLock other(text);
     return view() == std::u16string_view(other.data(), static_cast<std::size_t>(other.length()));
 }
 
@@ -281,7 +281,7 @@ std::strong_ordering Str1::operator<=>(const char16_t* text) const noexcept
 
 std::strong_ordering Str1::operator<=>(const String& text) const
 {
-    const CharReadLock other(text);
+    const StringReadLock other(text);
     return view() <=> std::u16string_view(other.data(), static_cast<std::size_t>(other.length()));
 }
 
