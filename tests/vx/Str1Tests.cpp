@@ -1,0 +1,416 @@
+#include "vx/Exceptions.h"
+#include "vx/Str1.h"
+#include "vx/Str1HashMap.h"
+#include "vx/String.h"
+#include "vxsys/Memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vx {
+namespace {
+
+/// The place of a virtual operation in the table, from a pointer to it in the common C++ ABI.
+template <class Operation>
+std::size_t slotOf(Operation operation)
+{
+    std::size_t word = 0;
+    std::memcpy(&word, &operation, sizeof word);
+    return (word - 1) / sizeof(void*);
+}
+
+TEST(Str1, KeepsTheOrderOfVirtualOperationsBehindTheDestructor)
+{
+    using Map = Str1HashMap<void*>;
+    const std::vector<std::vector<std::size_t>> tables {
+        {slotOf(&StrBuf1::AddRef), slotOf(&StrBuf1::Release), slotOf(&StrBuf1::isPrivatelyHeld),
+            slotOf(&StrBuf1::getBufCapacity)},
+        {slotOf(&Str1::fastAllocBuffer)},
+        {slotOf(&Map::clear), slotOf(&Map::containsKey), slotOf(&Map::get), slotOf(&Map::getSize), slotOf(&Map::put),
+            slotOf(&Map::remove), slotOf(&Map::iteratorInit), slotOf(&Map::iteratorHasNext), slotOf(&Map::iteratorNext),
+            slotOf(&Map::normalizeKey)},
+    };
+    for (const auto& table : tables)
+        for (std::size_t place = 0; place < table.size(); ++place)
+            EXPECT_EQ(table[place], place + 2) << &table - tables.data();
+}
+
+TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
+{
+    enum Kind { Plain, StaticInstance, AlwaysPrivate };
+    struct {
+        Kind kind;
+        int holders;
+        std::uint32_t usual, withoutSelf;
+    } cases[] = {
+        {Plain, 0, 100, 100},
+        {Plain, 1, 100, 100},
+        {Plain, 2, 0, 0},
+        {StaticInstance, 0, 100, 100},
+        {StaticInstance, 1, 100, 0},
+        {StaticInstance, 2, 0, 0},
+        {AlwaysPrivate, 5, 100, 100},
+    };
+    for (const auto& row : cases) {
+        char16_t units[100];
+        StrBuf1Wrap buffer(units, 100);
+        buffer.AddRef(); // keeps a plain one off the heap's deleter
+        if (row.kind != Plain) {
+            buffer.initStaticInstance(row.kind == AlwaysPrivate ? 1 : 0);
+            buffer.Release();
+        }
+        for (int holder = row.kind == Plain ? 1 : 0; holder < row.holders; ++holder)
+            buffer.AddRef();
+        EXPECT_EQ(buffer.isPrivatelyHeld(0), row.usual) << row.kind << ' ' << row.holders;
+        EXPECT_EQ(buffer.isPrivatelyHeld(1), row.withoutSelf) << row.kind << ' ' << row.holders;
+    }
+}
+
+TEST(StrBuf1, KeepsCapacityAndHeapBitsApart)
+{
+    auto* data = static_cast<char16_t*>(VXMemAlloc(32));
+    auto* buffer = new StrBuf1(data, 16);
+    buffer->setHeapBits(0xFFFFFFFF);
+    EXPECT_EQ(buffer->getHeapBits(), 0x03000000U);
+    EXPECT_EQ(buffer->getBufCapacity(), 16U);
+    buffer->setHeapBits(StrBuf1::HEAP_FREE);
+    buffer->setCapacityValue(StrBuf1::MAX_CAPACITY);
+    EXPECT_THROW(buffer->setCapacityValue(StrBuf1::MAX_CAPACITY + 1), OutOfMemoryException);
+    EXPECT_EQ(buffer->getHeapBits(), StrBuf1::HEAP_FREE);
+    EXPECT_EQ(buffer->getBufCapacity(), StrBuf1::MAX_CAPACITY);
+    buffer->AddRef();
+    buffer->Release(); // frees both
+}
+
+TEST(Str1, SharesSubstringsUntilOneIsWritten)
+{
+    Str1 source(u"hello");
+    struct {
+        std::int32_t start, end;
+        const char16_t* text;
+    } cases[] = {
+        {0, -1, u"hello"},
+        {1, 3, u"el"},
+        {4, 99, u"o"},
+        {0, 0, u""},
+        {5, -1, u""},
+        {3, 2, u""},
+        {-1, 3, u""},
+        {1, -2, u""},
+        {std::numeric_limits<std::int32_t>::max(), -1, u""},
+        {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::min(), u""},
+    };
+    for (const auto& row : cases) {
+        const Str1 part = source.substring(row.start, row.end);
+        EXPECT_EQ(part, row.text) << row.start;
+        EXPECT_EQ(part.getData1(), part.isEmpty() ? nullptr : source.getData0() + row.start) << row.start;
+    }
+
+    Str1 part = source.substring(1, 3);
+    part += u'!';
+    EXPECT_EQ(part, u"el!");
+    EXPECT_EQ(source, u"hello");
+    const char16_t* data = source.getData0();
+    source += u'!'; // alone again
+    EXPECT_EQ(source.getData0(), data);
+}
+
+TEST(Str1, MovesAPrivateTextToTheFrontBeforeItAsksForMore)
+{
+    Str1 text(u"0123456789abcdef");
+    const char16_t* front = text.getData0();
+    text = text.substring(10);
+    ASSERT_EQ(text.getData0(), front + 10);
+    text.append(u"ghij");
+    EXPECT_EQ(text.getData0(), front);
+    EXPECT_EQ(text, u"abcdefghij");
+}
+
+TEST(Str1, PreparesItsBufferStepByStep)
+{
+    Str1 none;
+    EXPECT_EQ(none.ensureCapacity1(0, 0, -1), 0U);
+    EXPECT_EQ(none.getData1(), nullptr);
+    EXPECT_EQ(none.ensureCapacity1(17, 0, -1), 32U) << "nothing to keep: no growth";
+
+    Str1 text(u"0123456789");
+    const Str1 other(text);
+    EXPECT_EQ(text.ensureCapacity1(0, 0, -1), 0U) << "shared, and nothing asked for";
+    EXPECT_EQ(text.getData0(), other.getData0());
+    EXPECT_EQ(text.ensureCapacity1(33, 0, -1), 64U) << "48 and a quarter is 60, in steps of 16";
+    EXPECT_EQ(text, u"0123456789");
+    EXPECT_EQ(text.ensureCapacity1(200, 2, 5), 272U);
+    EXPECT_EQ(text, u"234");
+
+    Str1 longer(u"0123456789012345678901234567890123456789");
+    const Str1 sharer(longer);
+    EXPECT_GE(longer.ensureCapacity1(1, 0, -1), 40U) << "what is kept must fit, whatever was asked for";
+    EXPECT_EQ(longer, sharer);
+}
+
+TEST(Str1, RefusesWhatTwentyFourBitsCannotCount)
+{
+    constexpr std::uint32_t MOST = StrBuf1::MAX_CAPACITY;
+    Str1 text(u"abc");
+    EXPECT_EQ(text.ensureCapacity1(MOST - 3, 0, 0), MOST) << "the last step is one unit short";
+    text = u"abc";
+    text.append(u'x', MOST - 3);
+    EXPECT_EQ(text.getLength(), static_cast<std::int32_t>(MOST));
+    Str1::Appendor appendor(text, 0, 0);
+    EXPECT_THROW(text += u'x', OutOfMemoryException);
+    EXPECT_THROW(text.append(u'x', std::numeric_limits<int>::max()), OutOfMemoryException);
+    EXPECT_THROW(text.append(text.getData0(), MOST), OutOfMemoryException);
+    EXPECT_THROW(appendor.fastAppend(u'x'), OutOfMemoryException);
+    EXPECT_EQ(text.getLength(), static_cast<std::int32_t>(MOST));
+    for (const std::uint32_t capacity : {MOST + 1, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+        EXPECT_THROW(Str1 {capacity}, OutOfMemoryException) << capacity;
+        EXPECT_THROW(Str1::newStrBuf1Cap(capacity), OutOfMemoryException) << capacity;
+        EXPECT_THROW(Str1Wrap(u"", 0, capacity), OutOfMemoryException) << capacity;
+        EXPECT_THROW(Str1Local(u"", 0, capacity), OutOfMemoryException) << capacity;
+        EXPECT_THROW(text.ensureCapacity1(capacity, 0, 0), OutOfMemoryException) << capacity;
+    }
+    EXPECT_EQ(Str1::normalizeCapacity(0x7FFFFFF0), 0x7FFFFFF0);
+    EXPECT_THROW(Str1::normalizeCapacity(0x7FFFFFF1), OutOfMemoryException);
+    EXPECT_EQ(Str1(-5).getData1(), nullptr);
+    EXPECT_THROW(Str1(std::uint64_t {1} << 32), OutOfMemoryException);
+}
+
+TEST(Str1, TakesItsOwnTextAsASource)
+{
+    for (const char16_t* base : {u"ab", u"abcdefgh", u"abcdefghijklmnop", u"abcdefghijklmnopabcdefghijklmnop"}) {
+        const std::u16string expected = std::u16string(base) + base;
+        Str1 text(base);
+        text += text;
+        EXPECT_EQ(text, expected);
+        text.copy(text.getData0() + 1, text.getLength() - 1);
+        EXPECT_EQ(text, std::u16string_view(expected).substr(1));
+        text.append(text, 1, 1);
+        EXPECT_EQ(text, expected.substr(1) + expected[2]);
+
+        Str1 behind(base);
+        behind = behind.substring(1); // the front of the buffer is free to move into
+        for (int i = 0; i < 40; ++i)
+            behind.append(behind.getData0(), 1);
+        EXPECT_EQ(behind, std::u16string(base).substr(1) + std::u16string(40, u'b'));
+
+        Str1 appended(base);
+        Str1::Appendor appendor(appended, 0, 0);
+        appendor.fastAppend(appended.getData0(), appended.getLength());
+        EXPECT_EQ(appended, expected);
+
+        Str1Fixed<128> fixed;
+        while (fixed.getLength() <= 128)
+            fixed += fixed.isEmpty() ? Str1(base) : fixed;
+        EXPECT_EQ(fixed.view().substr(0, expected.size()), expected);
+    }
+}
+
+TEST(Str1, LeavesForeignTextAloneUnlessToldThatItMayWrite)
+{
+    const char16_t literal[] = u"abc";
+    Str1Static fixed(literal);
+    EXPECT_EQ(fixed.getData0(), literal);
+    fixed += u'd';
+    EXPECT_EQ(fixed, u"abcd");
+
+    Str1Wrap readOnly(literal);
+    readOnly.toUpper();
+    EXPECT_EQ(readOnly, u"ABC");
+    EXPECT_EQ(std::u16string_view(literal), u"abc");
+
+    char16_t array[16] = u"abcdefgh";
+    Str1Wrap partly(array, -1, 4); // longer than it may write
+    partly.toUpper();
+    EXPECT_EQ(partly, u"ABCDEFGH");
+    EXPECT_EQ(array[0], u'a');
+    partly = Str1Wrap(array, -1, 4);
+    partly = u"wxyz";
+    EXPECT_EQ(partly.getData0(), array);
+    EXPECT_EQ(std::u16string_view(array), u"wxyzefgh");
+
+    Str1Local local(array, 2, 4);
+    local += u"!?";
+    EXPECT_EQ(local.getData0(), array);
+    local += u'!';
+    EXPECT_NE(local.getData0(), array);
+    EXPECT_EQ(local, u"wx!?!");
+    EXPECT_EQ(Str1Local(array, 100, 4).getLength(), 4);
+    EXPECT_EQ(Str1Local(array, -1, 3).getLength(), 3);
+    EXPECT_TRUE(
+        Str1Static(nullptr).isEmpty() && Str1Wrap(nullptr, 5, 5).isEmpty() && Str1Local(nullptr, 5, 5).isEmpty());
+    EXPECT_TRUE(Str1Static(u"abc", -2).isEmpty() && Str1Copy(nullptr, 5).isEmpty());
+}
+
+bool liesWithin(const char16_t* data, const Str1Fixed<128>& text)
+{
+    const auto* begin = reinterpret_cast<const std::byte*>(&text);
+    const auto* place = reinterpret_cast<const std::byte*>(data);
+    return place >= begin && place < begin + sizeof text;
+}
+
+TEST(Str1Fixed, ComesBackToItsOwnStorageWheneverThatIsFree)
+{
+    Str1Fixed<128> text;
+    text.append(u'x', 128);
+    EXPECT_TRUE(liesWithin(text.getData0(), text));
+    text += u'y';
+    EXPECT_FALSE(liesWithin(text.getData0(), text));
+    EXPECT_EQ(text, std::u16string(128, u'x') + u'y');
+    EXPECT_EQ(text.ensureCapacity1(0, 0, -1), 192U) << "144 and a quarter is 180, in steps of 16";
+
+    const Str1 other(u"other");
+    text = other;
+    EXPECT_EQ(text.getData0(), other.getData0());
+    text += u'!';
+    EXPECT_TRUE(liesWithin(text.getData0(), text));
+    {
+        Str1 sharer(text);
+        EXPECT_EQ(sharer.getData0(), text.getData0());
+        text += u'!';
+        EXPECT_FALSE(liesWithin(text.getData0(), text)) << "its storage is the sharer's";
+        EXPECT_EQ(sharer, u"other!");
+        text = other;
+        EXPECT_EQ(text.fastAllocBuffer(0), nullptr);
+    }
+    EXPECT_NE(text.fastAllocBuffer(128), nullptr);
+    EXPECT_EQ(text.fastAllocBuffer(129), nullptr);
+}
+
+TEST(Str1Fixed, LeavesNothingOfItsStorageBehind)
+{
+    Str1 kept[6];
+    std::vector<Str1> results;
+    {
+        Str1Fixed<128> fixed;
+        fixed = u"fixed";
+        char16_t array[8] = u"local";
+        Str1Local local(array, 5, 8);
+        const Str1Static constant(array, 5);
+        kept[0] = std::move(fixed);
+        kept[1] += local;
+        kept[2].append(Str1Static(array), 2, 1);
+        kept[3] = constant.detached();
+        kept[4] = Str1Static(array).substring(1, 3);
+        kept[5].setTo(Str1Static(array));
+        results.emplace_back(std::move(local));
+        Str1Fixed<128> copy;
+        copy = fixed;
+        EXPECT_TRUE(liesWithin(copy.getData0(), copy));
+        std::fill(std::begin(array), std::end(array), u'#');
+    }
+    const char16_t* expected[] = {u"fixed", u"local", u"oc", u"local", u"oc", u"local"};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(kept[i], expected[i]) << i;
+    EXPECT_EQ(results[0], u"local");
+    EXPECT_DEATH(
+        {
+            Str1 sharer;
+            Str1Fixed<128> owner;
+            sharer = static_cast<const Str1&>(owner);
+        },
+        "shares");
+}
+
+TEST(Str1, ChangesTheCaseOnlyWhereSomethingChanges)
+{
+    Str1 text(u"abc \u00E9\u0451 1");
+    const Str1 sharer(text);
+    text.toLower();
+    EXPECT_EQ(text.getData0(), sharer.getData0());
+    text.toUpper();
+    EXPECT_EQ(text, u"ABC \u00C9\u0401 1");
+    EXPECT_EQ(sharer, u"abc \u00E9\u0451 1");
+    const char16_t* data = text.getData0();
+    text.toLower();
+    EXPECT_EQ(text, sharer);
+    EXPECT_EQ(text.getData0(), data);
+}
+
+TEST(Str1, SearchesWithinItsLength)
+{
+    const Str1 text = Str1(u"xAbcaX").substring(1, 5); // "Abca", with more behind it
+    EXPECT_EQ(text.indexOf(u'a'), 3);
+    EXPECT_EQ(text.indexOf(u'a', 0, true), 0);
+    EXPECT_EQ(text.indexOf(u'X'), -1);
+    EXPECT_EQ(text.indexOf(u'A', -1), -1);
+    EXPECT_EQ(text.indexOf(u'A', std::numeric_limits<int>::max()), -1);
+    EXPECT_TRUE(text.startsWith(u"Abc") && text.startsWith(text) && text.startsWith(Str1()));
+    EXPECT_TRUE(text.startsWith(u"aBCx", 3, true) && text.startsWith(nullptr));
+    EXPECT_FALSE(text.startsWith(u"abc") || text.startsWith(u"AbcaX", -1, true));
+}
+
+TEST(Str1, KeepsItsLengthWithinTheBuffer)
+{
+    Str1 text(u"abc");
+    text.getData0()[3] = u'd';
+    text.adjustLength(1);
+    EXPECT_EQ(text, u"abcd");
+    text.adjustLength(std::numeric_limits<std::int32_t>::max());
+    EXPECT_EQ(text.getLength(), 16);
+    text.adjustLength(std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(text.getLength(), 0);
+    Str1 none;
+    none.adjustLength(5);
+    EXPECT_TRUE(none.isEmpty() && none[0] == 0 && none.getData0() == nullptr);
+    Str1Wrap wrap(u"abc");
+    wrap.adjustLength(5);
+    EXPECT_EQ(wrap, u"abc");
+}
+
+TEST(Appendor, ReservesOnceForManyPieces)
+{
+    Str1 text(u"<");
+    Str1::Appendor appendor(text, 100, 1000);
+    appendor.firstAppend(nullptr, 0);
+    EXPECT_NE(appendor.used(), 0);
+    const char16_t* data = text.getData0();
+    for (int i = 0; i < 33; ++i)
+        appendor.fastAppend(u"abc", 3);
+    EXPECT_EQ(text.getData0(), data);
+    EXPECT_EQ(text.getLength(), 100);
+
+    const Str1 snapshot(text);
+    appendor.resync();
+    appendor.fastAppend(u'>');
+    EXPECT_NE(text.getData0(), snapshot.getData0());
+    EXPECT_GE(text.ensureCapacity1(0, 0, -1), 1101U);
+    EXPECT_EQ(text, std::u16string(snapshot.view()) + u'>');
+    appendor.setRemCap(-1);
+    EXPECT_EQ(*(appendor.checkAvailable(0) - 1), u'>');
+    appendor.checkAvailable(std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(appendor.fastAppend(nullptr, 3), 0);
+    EXPECT_EQ(text.getLength(), 101);
+
+    Str1 none;
+    Str1::Appendor unspent(none, -1, -1);
+    EXPECT_EQ(unspent.checkAvailable(0), nullptr);
+    EXPECT_EQ(unspent.used(), 0);
+}
+
+TEST(Str1, MeetsTheOtherTextTypes)
+{
+    const String string(u"b\u00E9");
+    const std::u16string text(u"b\u00E9");
+    const Str1 light(text);
+    EXPECT_TRUE(light == string && string == light && light == text && light == u"b\u00E9" && light != Str1());
+    EXPECT_TRUE(light == Str1Copy(string) && light.toVXString() == string && Str1().toVXString().isEmpty());
+    EXPECT_TRUE(light > u"b" && Str1(u"c") > string && light < std::u16string_view(u"c") && light < Str1(u"c"));
+    EXPECT_TRUE(Str1() == static_cast<const char16_t*>(nullptr) && Str1(u"a\0b", 3) != u"a");
+    EXPECT_EQ(std::hash<Str1>()(light), string.hashCode());
+    Str1 sum;
+    sum += string;
+    sum += u"-";
+    sum += text;
+    sum.append(light, 1, 1);
+    sum.append(light, -2, 0);
+    sum.append(light, 1, -1);
+    EXPECT_EQ(sum, u"b\u00E9-b\u00E9\u00E9");
+}
+
+} // namespace
+} // namespace vx
