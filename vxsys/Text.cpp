@@ -105,12 +105,10 @@ std::int32_t compareFolded(const char16_t* left, const char16_t* right, std::siz
     return 0;
 }
 
-/// Whether two blocks are surely the same but for case. False also where only the tables can tell.
-bool sameAsciiText(Units8 left, Units8 right) noexcept
+/// Whether two blocks are the same but for the case of ASCII letters. Only the tables can tell about the rest.
+bool isSameAsciiText(Units8 left, Units8 right) noexcept
 {
-    if (maskOf(Units8(left == right)) == ALL_LANES)
-        return true;
-    return isAscii(left | right) && maskOf(Units8(Lower::foldAscii(left) == Lower::foldAscii(right))) == ALL_LANES;
+    return maskOf(Units8(Lower::foldAscii(left) == Lower::foldAscii(right))) == ALL_LANES;
 }
 
 bool isOneOf(const char16_t* set, char16_t unit) noexcept
@@ -152,7 +150,7 @@ std::int32_t VXStrNICmpW(const char16_t* left, const char16_t* right, std::int32
 
     auto rest = static_cast<std::size_t>(count);
     while (rest >= UNITS8) {
-        if (!sameAsciiText(load8(left), load8(right))) {
+        if (!isSameAsciiText(load8(left), load8(right))) {
             if (const std::int32_t order = compareFolded(left, right, UNITS8))
                 return order;
         }

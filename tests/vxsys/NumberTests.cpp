@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -107,6 +108,11 @@ TEST(Number, ReadsFloatingPointOfAnyLength)
     expectAsStrtod("0." + std::string(5000, '0') + halfway + "e5016");
     expectAsStrtod("0x" + std::string(3000, '0') + "1." + std::string(2999, '0') + "1p-3");
     expectAsStrtod(std::string(3000, '9'));
+    // Halfway, told by the last digit only, where half rounds up
+    expectAsStrtod("1.00000000000000033306690738754696212708950042724609375");
+    char text[1100];
+    std::snprintf(text, sizeof text, "%.1075Lf", std::ldexp(3.0L, -1075));
+    expectAsStrtod(text);
     expectAsStrtod("." + std::string(3000, '0') + "1");
 }
 

@@ -117,6 +117,7 @@ TEST(Path, TakesTheDirectoryForTemporaryFilesThatTheEnvironmentNames)
     const Scratch scratch;
     std::filesystem::create_directory(scratch / "not\xFFtext");
     std::ofstream(scratch / "file");
+    std::filesystem::permissions(scratch / "file", std::filesystem::perms::owner_all);
     const std::u16string fallback = u"C:\\tmp\\";
     const std::u16string own = scratch.full() + u"\\";
     struct {
