@@ -9,6 +9,7 @@ function(vx_add_library name)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}
+        INSTALL_RPATH "$ORIGIN"
         VERIFY_INTERFACE_HEADER_SETS ON)
     if(BUILD_SHARED_LIBS)
         set(script ${CMAKE_CURRENT_SOURCE_DIR}/${name}.map)
@@ -29,6 +30,16 @@ function(vx_sources target)
     if(arg_HEADERS)
         target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
     endif()
+endfunction()
+
+# A program that is installed with the library: vx_add_tool(name SOURCES main.cpp...)
+function(vx_add_tool name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE vx_build_rules vxlib4::vxlib4)
+    file(RELATIVE_PATH libraries /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+    install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endfunction()
 
 # A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). The label "threads" puts it into the run
