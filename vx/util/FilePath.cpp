@@ -149,9 +149,8 @@ String FilePath::getCanonicalPath() const
 {
     if (isUNCPath())
         return m_path;
-    return askSystem<MAX_CANONICAL>([&](char16_t* text, std::int32_t size) {
-        return VXPathExpand(m_path.getData(), text, size);
-    });
+    return askSystem<MAX_CANONICAL>(
+        [&](char16_t* text, std::int32_t size) { return VXPathExpand(m_path.getData(), text, size); });
 }
 
 String FilePath::getChildPath(const char16_t*) const
