@@ -3,6 +3,8 @@
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/exec/IRunnable.h"
+#include "vx/exec/Thread.h"
 #include "vx/io/BufferedInputStream.h"
 #include "vx/io/BufferedOutputStream.h"
 #include "vx/io/BufferedReader.h"
@@ -113,6 +115,7 @@ const ClassRow CLASSES[] = {
     {u"CVXReader", &typeid(io::Reader), nullptr},
     {u"CVXROByteBuffer", &typeid(util::ROByteBuffer), create<util::ROByteBuffer>},
     {u"CVXROCharBuffer", &typeid(util::ROCharBuffer), create<util::ROCharBuffer>},
+    {u"CVXRunnable", &typeid(exec::IRunnable), nullptr},
     {u"CVXRWByteBuffer", &typeid(util::RWByteBuffer), create<util::RWByteBuffer>},
     {u"CVXRWCharBuffer", &typeid(util::RWCharBuffer), create<util::RWCharBuffer>},
     {u"CVXRWLock", &typeid(sync::ReaderWriterLock), create<sync::ReaderWriterLock>},
@@ -122,6 +125,7 @@ const ClassRow CLASSES[] = {
     {u"CVXString", &typeid(String), create<String>},
     {u"CVXStringWriter", &typeid(io::StringWriter), create<io::StringWriter, 0>},
     {u"CVXSyncObject", &typeid(sync::Object), nullptr},
+    {u"CVXThread", &typeid(exec::Thread), nullptr},
     {u"CVXWriter", &typeid(io::Writer), nullptr},
     {u"vx::AccessViolationException", &typeid(AccessViolationException), nullptr},
     {u"vx::ArrayBoundsException", &typeid(ArrayBoundsException), nullptr},

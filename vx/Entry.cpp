@@ -1,4 +1,5 @@
 #include "vx/Library.h"
+#include "vx/detail/OwnModule.h"
 #include "vxsys/Component.h"
 
 // Linked last into the shared library: this object is built behind all other statics of the library and destroyed before
@@ -13,6 +14,7 @@ class Entry {
 public:
     Entry() noexcept
     {
+        vx::detail::setOwnModule(&g_module);
         VXLIBLibInit();
         VXModuleSetInitialized(&g_module, 1);
     }

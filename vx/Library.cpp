@@ -4,6 +4,7 @@
 #include "vx/GlobalLock.h"
 #include "vx/detail/ClassManager.h"
 #include "vx/detail/ClassTable.h"
+#include "vx/detail/OwnModule.h"
 #include "vx/sync/Mutex.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/vorb/Boundary.h"
@@ -20,6 +21,7 @@ namespace {
 // The loader runs start and stop one at a time.
 constinit int g_starts = 0;
 constinit VXNewHandler g_replacedHandler = nullptr;
+constinit const void* g_ownModule = nullptr;
 
 [[noreturn]] void outOfMemory()
 {
@@ -47,6 +49,20 @@ void stop()
 }
 
 } // namespace
+
+namespace detail {
+
+const void* getOwnModule() noexcept
+{
+    return g_ownModule;
+}
+
+void setOwnModule(const void* module) noexcept
+{
+    g_ownModule = module;
+}
+
+} // namespace detail
 
 } // namespace vx
 

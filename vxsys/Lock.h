@@ -65,7 +65,4 @@ VXSYS_API std::int32_t VXConditionTimedWait(VXHandle condition, std::uint32_t mi
 VXSYS_API std::int32_t VXConditionSignal(VXHandle condition) noexcept;
 VXSYS_API std::int32_t VXConditionBroadcast(VXHandle condition) noexcept;
 VXSYS_API std::int32_t VXConditionDestroy(VXHandle condition) noexcept;
-
-/// An identifier of the calling thread, never 0, unique among the threads that live.
-VXSYS_API std::uint32_t VXThreadGetCurrentId() noexcept;
 }

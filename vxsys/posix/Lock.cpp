@@ -1,21 +1,18 @@
 #include "vxsys/Lock.h"
 
+#include "vxsys/Thread.h"
 #include "vxsys/detail/Handle.h"
 #include "vxsys/detail/Monitor.h"
 
 #include <atomic>
 #include <limits>
 #include <pthread.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace vxsys::detail;
 
 constexpr Deadline NEVER;
-
-constinit thread_local std::uint32_t t_threadId = 0;
 
 class Mutex final : public VXHandleTag {
 public:
@@ -513,15 +510,4 @@ std::int32_t VXConditionBroadcast(VXHandle condition) noexcept
 std::int32_t VXConditionDestroy(VXHandle condition) noexcept
 {
     return destroyHandle<Condition>(condition);
-}
-
-std::uint32_t VXThreadGetCurrentId() noexcept
-{
-    if (t_threadId == 0) {
-        // A child of fork has this memory and is another thread.
-        static const int registered = ::pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
-        static_cast<void>(registered);
-        t_threadId = static_cast<std::uint32_t>(::syscall(SYS_gettid));
-    }
-    return t_threadId;
 }

@@ -1,0 +1,5 @@
+/* Loaded by a test. */
+__attribute__((visibility("default"))) int plugin_answer(void)
+{
+    return 42;
+}

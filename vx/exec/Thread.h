@@ -1,0 +1,55 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/String.h"
+#include "vx/exec/IRunnable.h"
+#include "vxsys/Thread.h"
+
+#include <cstdint>
+
+namespace vx::exec {
+
+/// Runs an `IRunnable` on a thread of its own. The running thread has a count of the runnable for itself: it goes on, and
+/// keeps the runnable alive, when this object goes. Not locked: one thread controls the object.
+class VX_API Thread : public Object {
+public:
+    explicit Thread(IRunnable* runnable);
+    Thread(IRunnable* runnable, const String& name);
+    /// The same runnable, name and stack size; not started.
+    Thread(const Thread& other);
+    Thread& operator=(const Thread&) = delete;
+    ~Thread() noexcept override;
+
+    // Object
+    /// Throws CloneNotSupportedException for a class derived from this one.
+    Object* clone() const override;
+
+    /// Throws IllegalStateException on a started thread, ResultException where the system has no thread to give.
+    void start();
+    /// Waits for the end and gives what `run` gave, null if it threw. The object can be started again then. Throws
+    /// IllegalStateException on a thread that is not started, ResultException where one joins itself.
+    void* join();
+    /// What `getCurrentID` gives inside the thread. Throws IllegalStateException on a thread that is not started.
+    unsigned int getID();
+    String getName();
+    /// In bytes; 0 is the system's default. Throws IllegalStateException on a started thread.
+    void setStackSize(unsigned int size);
+
+    /// Never 0, and unique among the threads that live.
+    static unsigned int getCurrentID();
+    /// 0xFFFFFFFF sleeps for ever.
+    static void sleep(unsigned int milliseconds);
+
+private:
+    static void* threadWrapper(void* argument) noexcept;
+    void checkStarted() const;
+    void checkNotStarted() const;
+
+    Reference<IRunnable> m_runnable;
+    String m_name;
+    std::uint32_t m_stackSize = 0;
+    VXThreadHandle m_handle = VX_THREAD_INVALID_HANDLE;
+    std::uint32_t m_id = 0;
+};
+
+} // namespace vx::exec

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "vxsys/Api.h"
+
+#include <cstdint>
+
+/// Shared libraries. `module` names the calling library by an address inside it, as in vxsys/Component.h; null is the
+/// program. Negative results are failures, null arguments give RESULT_INVALID_ARGUMENT.
+extern "C" {
+
+using VXLibHandle = std::uintptr_t;
+
+inline constexpr VXLibHandle VX_LIB_INVALID_HANDLE = UINTPTR_MAX;
+
+/// Loads a library, or counts it once more. A `name` with a separator or a drive is a path; one without is looked for
+/// where the system's loader looks. Its undefined names are resolved at once, and its own are offered to nobody else.
+/// RESULT_NOT_FOUND where the path leads nowhere, RESULT_MODULE_NOT_FOUND where the library or one that it needs cannot be
+/// had, RESULT_BAD_MODULE for a file that is no library of this machine. `*handle` is `VX_LIB_INVALID_HANDLE` then.
+VXSYS_API std::int32_t VXModuleLibOpen(const void* module, const char16_t* name, VXLibHandle* handle) noexcept;
+/// Takes one count back; at the last one the library leaves the process.
+VXSYS_API std::int32_t VXModuleLibClose(const void* module, VXLibHandle handle) noexcept;
+/// The address of an exported symbol; RESULT_SYMBOL_NOT_FOUND and null where there is none.
+VXSYS_API std::int32_t VXLibGetSymbol(VXLibHandle handle, const char16_t* name, void** symbol) noexcept;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "vxsys/Api.h"
+
+#include <cstdint>
+
+/// Threads. Negative results are failures; null out-parameters give RESULT_INVALID_ARGUMENT.
+extern "C" {
+
+/// What a thread runs. It must not throw. What it gives is the result of the thread.
+using VXThreadFunction = void* (*)(void* argument);
+
+/// Leads to a thread that has been neither joined nor detached.
+using VXThreadHandle = std::uintptr_t;
+
+inline constexpr VXThreadHandle VX_THREAD_INVALID_HANDLE = UINTPTR_MAX;
+
+/// Starts a thread. `flags` is 0. `stackSize` counts bytes, 0 is the system's default, and less than a thread can live
+/// with is raised to that. `*id` is what `VXThreadGetCurrentId` gives inside the thread. After a failure `*handle` is
+/// `VX_THREAD_INVALID_HANDLE` and `*id` is 0. The thread has the signal mask of its creator.
+VXSYS_API std::int32_t VXThreadCreate(VXThreadFunction function, void* argument, std::uint32_t flags,
+    std::uint32_t stackSize, VXThreadHandle* handle, std::uint32_t* id) noexcept;
+/// Waits for the thread's end and gives its result; the handle is gone then. A thread that joins itself gets a failure.
+VXSYS_API std::int32_t VXThreadJoin(VXThreadHandle handle, void** result) noexcept;
+/// Lets the thread go on alone; the handle is gone.
+VXSYS_API std::int32_t VXThreadDetach(VXThreadHandle handle) noexcept;
+
+/// An identifier of the calling thread, never 0, unique among the threads that live.
+VXSYS_API std::uint32_t VXThreadGetCurrentId() noexcept;
+/// Suspends the calling thread on the monotonic clock; signals do not shorten it. 0xFFFFFFFF never returns, 0 lets others
+/// run.
+VXSYS_API void VXThreadSleep(std::uint32_t milliseconds) noexcept;
+}

@@ -1,0 +1,159 @@
+#include "vxsys/Time.h"
+
+#include "vxsys/Result.h"
+
+#include <cerrno>
+#include <clocale>
+#include <cstddef>
+#include <ctime>
+#include <langinfo.h>
+#include <limits>
+#include <locale.h>
+#include <string_view>
+
+namespace {
+
+using namespace vxsys::results;
+
+std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) noexcept
+{
+    constexpr int FIRST_YEAR = 1900;
+    constexpr long NANOSECONDS_EACH = 1'000'000;
+    constexpr int LAST_SECOND = 59; // a leap second is told as the one before it
+
+    const long long year = static_cast<long long>(parts.tm_year) + FIRST_YEAR;
+    if (year < 0 || year > std::numeric_limits<std::uint16_t>::max())
+        return RESULT_INVALID_ARGUMENT;
+    time.year = static_cast<std::uint16_t>(year);
+    time.month = static_cast<std::uint16_t>(parts.tm_mon + 1);
+    time.dayOfWeek = static_cast<std::uint16_t>(parts.tm_wday);
+    time.day = static_cast<std::uint16_t>(parts.tm_mday);
+    time.hour = static_cast<std::uint16_t>(parts.tm_hour);
+    time.minute = static_cast<std::uint16_t>(parts.tm_min);
+    time.second = static_cast<std::uint16_t>(parts.tm_sec < LAST_SECOND ? parts.tm_sec : LAST_SECOND);
+    time.milliseconds = static_cast<std::uint16_t>(nanoseconds / NANOSECONDS_EACH);
+    return RESULT_OK;
+}
+
+template <class Break>
+std::int32_t now(STRUCT_VX_TIME* time, Break breakDown) noexcept
+{
+    if (time == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *time = {};
+    timespec moment;
+    std::tm parts;
+    if (::clock_gettime(CLOCK_REALTIME, &moment) != 0 || breakDown(&moment.tv_sec, &parts) == nullptr)
+        return VXResultFromNative(errno);
+    return fill(parts, moment.tv_nsec, *time);
+}
+
+bool isMoment(const STRUCT_VX_TIME& time) noexcept
+{
+    constexpr int DAYS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    if (time.month < 1 || time.month > 12 || time.day < 1)
+        return false;
+    const bool isLeap = (time.year % 4 == 0 && time.year % 100 != 0) || time.year % 400 == 0;
+    return time.day <= DAYS[time.month - 1] + (time.month == 2 && isLeap) && time.dayOfWeek < 7 && time.hour < 24
+        && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
+}
+
+/// The locale of the environment to the end of the block, so that the process's own, which may be set to anything, does
+/// not matter.
+class UserLocale {
+public:
+    UserLocale() noexcept
+        : m_locale(::newlocale(LC_ALL_MASK, "", nullptr))
+    {
+        if (m_locale == nullptr) // named, but not installed
+            m_locale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+    }
+    ~UserLocale()
+    {
+        if (m_locale != nullptr)
+            ::freelocale(m_locale);
+    }
+    UserLocale(const UserLocale&) = delete;
+    UserLocale& operator=(const UserLocale&) = delete;
+
+    locale_t get() const noexcept { return m_locale; }
+
+private:
+    locale_t m_locale;
+};
+
+/// The long form of a date in the order in which the locale's short form has its parts.
+const char* longDateFormat(locale_t locale) noexcept
+{
+    const std::string_view shortForm = ::nl_langinfo_l(D_FMT, locale);
+    const std::size_t day = shortForm.find_first_of("de", shortForm.find('%'));
+    const std::size_t month = shortForm.find_first_of("mbBD", shortForm.find('%'));
+    const std::size_t year = shortForm.find_first_of("yYF", shortForm.find('%'));
+    if (year < month && year < day)
+        return "%A, %Y %B %d";
+    return month < day ? "%A, %B %d, %Y" : "%A, %d %B %Y";
+}
+
+std::int32_t format(
+    const STRUCT_VX_TIME* time, const char* (*formatOf)(locale_t), char* target, std::int32_t size) noexcept
+{
+    if (target == nullptr || size < 1)
+        return RESULT_INVALID_ARGUMENT;
+    *target = '\0';
+    if (time == nullptr || !isMoment(*time))
+        return RESULT_INVALID_ARGUMENT;
+    std::tm parts {};
+    parts.tm_year = time->year - 1900;
+    parts.tm_mon = time->month - 1;
+    parts.tm_wday = time->dayOfWeek;
+    parts.tm_mday = time->day;
+    parts.tm_hour = time->hour;
+    parts.tm_min = time->minute;
+    parts.tm_sec = time->second;
+
+    const UserLocale locale;
+    if (locale.get() == nullptr)
+        return RESULT_OUT_OF_MEMORY;
+    if (::strftime_l(target, static_cast<std::size_t>(size), formatOf(locale.get()), &parts, locale.get()) == 0) {
+        *target = '\0';
+        return RESULT_BUFFER_TOO_SMALL;
+    }
+    return RESULT_OK;
+}
+
+} // namespace
+
+std::int32_t VXTimeGetLocal(STRUCT_VX_TIME* time) noexcept
+{
+    return now(time, ::localtime_r);
+}
+
+std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept
+{
+    return now(time, ::gmtime_r);
+}
+
+std::int32_t VXTimeFromPosix(std::int64_t seconds, STRUCT_VX_TIME* time) noexcept
+{
+    if (time == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *time = {};
+    const auto moment = static_cast<std::time_t>(seconds);
+    std::tm parts;
+    if (moment != seconds || ::gmtime_r(&moment, &parts) == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    return fill(parts, 0, *time);
+}
+
+std::int32_t VXTimeFormatDate(const STRUCT_VX_TIME* time, std::int32_t isLong, char* target, std::int32_t size) noexcept
+{
+    return isLong != 0 ? format(time, longDateFormat, target, size)
+                       : format(
+                           time, [](locale_t) { return "%x"; }, target, size);
+}
+
+std::int32_t VXTimeFormatTime(const STRUCT_VX_TIME* time, char* target, std::int32_t size) noexcept
+{
+    return format(
+        time, [](locale_t) { return "%X"; }, target, size);
+}
