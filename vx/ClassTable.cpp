@@ -3,6 +3,14 @@
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/collections/vorb/Collection.h"
+#include "vx/collections/vorb/ConstIterator.h"
+#include "vx/collections/vorb/ConstListIterator.h"
+#include "vx/collections/vorb/Iterator.h"
+#include "vx/collections/vorb/List.h"
+#include "vx/collections/vorb/ListIterator.h"
+#include "vx/collections/vorb/Map.h"
+#include "vx/collections/vorb/Set.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/exec/Thread.h"
 #include "vx/io/BufferedInputStream.h"
@@ -44,6 +52,7 @@
 #include "vx/text/charset/CTBUTF32.h"
 #include "vx/text/charset/CTBUTF8.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vx/util/Comparator.h"
 #include "vx/util/FilePath.h"
 #include "vx/util/ROByteBuffer.h"
 #include "vx/util/ROCharBuffer.h"
@@ -90,9 +99,13 @@ const ClassRow CLASSES[] = {
     {u"CVXByteArrayOutputStream", &typeid(io::ByteArrayOutputStream), create<io::ByteArrayOutputStream, 256>},
     {u"CVXCTBSingleByte", &typeid(text::charset::CTBSingleByte), nullptr},
     {u"CVXCTBSingleByteTable", &typeid(text::charset::CTBSingleByteTable), nullptr},
+    {u"CVXCollection", &typeid(collections::vorb::Collection), nullptr},
     {u"vx::vorb::ClassFactory", &typeid(vorb::ClassFactory), nullptr},
     {u"CVXComDllModule", &typeid(vorb::DllModule), nullptr},
     {u"CVXComObject", &typeid(ComObject), nullptr},
+    {u"CVXComparator", &typeid(util::Comparator), nullptr},
+    {u"CVXConstIterator", &typeid(collections::vorb::ConstIterator), nullptr},
+    {u"CVXConstListIterator", &typeid(collections::vorb::ConstListIterator), nullptr},
     {u"CVXEvent", &typeid(sync::Event), create<sync::Event>},
     {u"vx::sync::FakeAtomic", &typeid(sync::FakeAtomic), nullptr},
     {u"CVXFakeMutex", &typeid(sync::FakeMutex), create<sync::FakeMutex>},
@@ -104,7 +117,11 @@ const ClassRow CLASSES[] = {
     {u"CVXGate", &typeid(sync::Gate), create<sync::Gate>},
     {u"CVXInputStream", &typeid(io::InputStream), nullptr},
     {u"CVXInputStreamReader", &typeid(io::InputStreamReader), nullptr},
+    {u"CVXIterator", &typeid(collections::vorb::Iterator), nullptr},
+    {u"CVXList", &typeid(collections::vorb::List), nullptr},
+    {u"CVXListIterator", &typeid(collections::vorb::ListIterator), nullptr},
     {u"CVXLockObject", &typeid(sync::LockObject), nullptr},
+    {u"CVXMap", &typeid(collections::vorb::Map), nullptr},
     {u"CVXMutex", &typeid(sync::Mutex), create<sync::Mutex>},
     {u"CVXNullOutputStream", &typeid(io::NullOutputStream), create<io::NullOutputStream>},
     {u"CVXNullWriter", &typeid(io::NullWriter), create<io::NullWriter>},
@@ -120,6 +137,7 @@ const ClassRow CLASSES[] = {
     {u"CVXRWCharBuffer", &typeid(util::RWCharBuffer), create<util::RWCharBuffer>},
     {u"CVXRWLock", &typeid(sync::ReaderWriterLock), create<sync::ReaderWriterLock>},
     {u"CVXSemaphore", &typeid(sync::Semaphore), create<sync::Semaphore, 0U>},
+    {u"CVXSet", &typeid(collections::vorb::Set), nullptr},
     {u"CVXStdioInputStream", &typeid(io::StdioInputStream), create<io::StdioInputStream>},
     {u"CVXStdioOutputStream", &typeid(io::StdioOutputStream), create<io::StdioOutputStream>},
     {u"CVXString", &typeid(String), create<String>},

@@ -1,0 +1,93 @@
+#include "vx/collections/vorb/AbstractListIterator.h"
+
+#include "vx/Exceptions.h"
+
+namespace vx::collections::vorb {
+
+AbstractListIterator::AbstractListIterator(AbstractList* list, int cursor)
+    : m_list(list)
+    , m_expectedCount(list->m_modificationCount)
+    , m_cursor(cursor)
+{
+}
+
+AbstractListIterator::~AbstractListIterator() noexcept(false) = default;
+
+bool AbstractListIterator::hasNext()
+{
+    return m_cursor < m_list->getSize();
+}
+
+Reference<IVXUnknown> AbstractListIterator::next()
+{
+    check();
+    Reference<IVXUnknown> element = m_list->get(m_cursor);
+    m_last = m_cursor++;
+    return element;
+}
+
+void AbstractListIterator::remove()
+{
+    checkLast();
+    m_list->remove(m_last);
+    if (m_last < m_cursor)
+        --m_cursor;
+    ++m_expectedCount;
+    m_last = -1;
+}
+
+bool AbstractListIterator::hasPrevious()
+{
+    return m_cursor > 0;
+}
+
+Reference<IVXUnknown> AbstractListIterator::previous()
+{
+    check();
+    Reference<IVXUnknown> element = m_list->get(m_cursor - 1);
+    m_last = --m_cursor;
+    return element;
+}
+
+int AbstractListIterator::nextIndex()
+{
+    return m_cursor;
+}
+
+int AbstractListIterator::previousIndex()
+{
+    return m_cursor - 1;
+}
+
+void AbstractListIterator::add(IVXUnknown* element)
+{
+    check();
+    if (!m_list->add(m_cursor, element))
+        return;
+    ++m_cursor;
+    ++m_expectedCount;
+    m_last = -1;
+}
+
+void AbstractListIterator::set(IVXUnknown* element)
+{
+    checkLast();
+    m_list->set(m_last, element);
+    ++m_expectedCount;
+}
+
+/// Throws where the list has been changed behind the iterator.
+void AbstractListIterator::check() const
+{
+    if (m_expectedCount != m_list->m_modificationCount)
+        throw Exception();
+}
+
+void AbstractListIterator::checkLast() const
+{
+    check();
+    if (m_last < 0)
+        throw IllegalStateException();
+}
+
+} // namespace vx::collections::vorb

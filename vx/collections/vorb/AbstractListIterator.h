@@ -1,0 +1,49 @@
+#pragma once
+
+#include "vx/ComObject.h"
+#include "vx/collections/vorb/AbstractList.h"
+#include "vx/collections/vorb/ListIterator.h"
+
+#include <cstdint>
+
+namespace vx::collections::vorb {
+
+/// Walks a list by index, through the list's own operations. It holds a count on the list.
+class VX_API AbstractListIterator : public ComObject, public virtual ListIterator {
+public:
+    /// `cursor` is the index of the next element, in range.
+    AbstractListIterator(AbstractList* list, int cursor);
+    AbstractListIterator(const AbstractListIterator&) = delete;
+    AbstractListIterator& operator=(const AbstractListIterator&) = delete;
+    ~AbstractListIterator() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(ComObject)
+
+    // ConstIterator
+    bool hasNext() override;
+    Reference<IVXUnknown> next() override;
+
+    // Iterator
+    void remove() override;
+
+    // ConstListIterator
+    bool hasPrevious() override;
+    Reference<IVXUnknown> previous() override;
+    int nextIndex() override;
+    int previousIndex() override;
+
+    // ListIterator
+    void add(IVXUnknown* element) override;
+    void set(IVXUnknown* element) override;
+
+private:
+    void check() const;
+    void checkLast() const;
+
+    Reference<AbstractList> m_list;
+    std::uint32_t m_expectedCount;
+    int m_cursor;
+    int m_last = -1; ///< the element that the last step gave, -1 if none
+};
+
+} // namespace vx::collections::vorb

@@ -1,0 +1,157 @@
+#include "vx/collections/vorb/AbstractListSubList.h"
+
+#include "vx/Exceptions.h"
+
+namespace vx::collections::vorb {
+
+namespace {
+
+void checkRange(int index, int end)
+{
+    if (index < 0 || index >= end)
+        throw RangeErrorException();
+}
+
+} // namespace
+
+/// Walks the part through an iterator of the whole.
+class AbstractListSubList::SubListIterator : public ComObject, public virtual ListIterator {
+public:
+    SubListIterator(AbstractListSubList* list, int index)
+        : m_list(list)
+        , m_elements(list->m_parent->createListIterator(list->m_offset + index))
+    {
+    }
+    SubListIterator(const SubListIterator&) = delete;
+
+    VX_OBJECT_UNKNOWN(ComObject)
+
+    // ConstIterator
+    bool hasNext() override { return nextIndex() < m_list->m_size; }
+    Reference<IVXUnknown> next() override
+    {
+        if (!hasNext())
+            throw Exception();
+        return m_elements->next();
+    }
+
+    // Iterator
+    void remove() override
+    {
+        m_elements->remove();
+        m_list->changed(-1);
+    }
+
+    // ConstListIterator
+    bool hasPrevious() override { return previousIndex() >= 0; }
+    Reference<IVXUnknown> previous() override
+    {
+        if (!hasPrevious())
+            throw Exception();
+        return m_elements->previous();
+    }
+    int nextIndex() override { return m_elements->nextIndex() - m_list->m_offset; }
+    int previousIndex() override { return m_elements->previousIndex() - m_list->m_offset; }
+
+    // ListIterator
+    void add(IVXUnknown* element) override
+    {
+        m_elements->add(element);
+        m_list->changed(+1);
+    }
+    /// The count that the list expects stays: the view itself then takes this for a change past it.
+    void set(IVXUnknown* element) override { m_elements->set(element); }
+
+private:
+    Reference<AbstractListSubList> m_list;
+    Reference<ListIterator> m_elements;
+};
+
+AbstractListSubList::AbstractListSubList(AbstractList* parent, int from, int to)
+    : AbstractList(parent->getComparator())
+    , m_parent(parent)
+    , m_expectedCount(parent->m_modificationCount)
+    , m_offset(from)
+    , m_size(to - from)
+{
+}
+
+AbstractListSubList::~AbstractListSubList() noexcept(false) = default;
+
+Reference<Iterator> AbstractListSubList::createIterator()
+{
+    return new SubListIterator(this, 0);
+}
+
+Reference<ConstIterator> AbstractListSubList::createConstIterator() const
+{
+    return new SubListIterator(const_cast<AbstractListSubList*>(this), 0);
+}
+
+int AbstractListSubList::getSize() const
+{
+    return m_size;
+}
+
+bool AbstractListSubList::add(int index, IVXUnknown* element)
+{
+    checkRange(index, m_size + 1);
+    check();
+    if (!m_parent->add(m_offset + index, element))
+        return false;
+    changed(+1);
+    return true;
+}
+
+Reference<IVXUnknown> AbstractListSubList::remove(int index)
+{
+    checkRange(index, m_size);
+    check();
+    Reference<IVXUnknown> element = m_parent->remove(m_offset + index);
+    changed(-1);
+    return element;
+}
+
+Reference<ListIterator> AbstractListSubList::createListIterator(int index)
+{
+    checkRange(index, m_size + 1);
+    return new SubListIterator(this, index);
+}
+
+Reference<ConstListIterator> AbstractListSubList::createConstListIterator(int index) const
+{
+    checkRange(index, m_size + 1);
+    return new SubListIterator(const_cast<AbstractListSubList*>(this), index);
+}
+
+Reference<IVXUnknown> AbstractListSubList::get(int index) const
+{
+    checkRange(index, m_size);
+    check();
+    return m_parent->get(m_offset + index);
+}
+
+Reference<IVXUnknown> AbstractListSubList::set(int index, IVXUnknown* element)
+{
+    checkRange(index, m_size);
+    check();
+    Reference<IVXUnknown> old = m_parent->set(m_offset + index, element);
+    changed(0);
+    return old;
+}
+
+/// Throws where the parent has been changed past this view.
+void AbstractListSubList::check() const
+{
+    if (m_expectedCount != m_parent->m_modificationCount)
+        throw Exception();
+}
+
+void AbstractListSubList::changed(int change) noexcept
+{
+    m_size += change;
+    ++m_expectedCount;
+    ++m_modificationCount; // for sublists of this one
+}
+
+} // namespace vx::collections::vorb

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "vx/collections/vorb/AbstractList.h"
+
+#include <cstdint>
+
+namespace vx::collections::vorb {
+
+/// A live view of a part of a list, with a size of its own. Once the list has been changed past the view, what would
+/// reach the list throws an Exception without a message.
+class VX_API AbstractListSubList : public AbstractList {
+public:
+    /// `from` and `to` are in range. The comparator is that of `parent`, on which a count is held.
+    AbstractListSubList(AbstractList* parent, int from, int to);
+    AbstractListSubList(const AbstractListSubList&) = delete;
+    ~AbstractListSubList() noexcept(false) override;
+
+    using AbstractList::add;
+    using AbstractList::remove;
+
+    // Collection
+    Reference<Iterator> createIterator() override;
+    Reference<ConstIterator> createConstIterator() const override;
+    int getSize() const override;
+
+    // List
+    bool add(int index, IVXUnknown* element) override;
+    Reference<IVXUnknown> remove(int index) override;
+    Reference<ListIterator> createListIterator(int index) override;
+    Reference<ConstListIterator> createConstListIterator(int index) const override;
+    Reference<IVXUnknown> get(int index) const override;
+    Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
+
+private:
+    class SubListIterator;
+
+    void check() const;
+    /// The elements of this list changed by `change` in number, through this view.
+    void changed(int change) noexcept;
+
+    Reference<AbstractList> m_parent;
+    std::uint32_t m_expectedCount;
+    int m_offset;
+    int m_size;
+};
+
+} // namespace vx::collections::vorb

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "vx/collections/vorb/AbstractCollection.h"
+#include "vx/collections/vorb/Set.h"
+
+namespace vx::collections::vorb {
+
+class VX_API AbstractSet : public AbstractCollection, public virtual Set {
+public:
+    ~AbstractSet() noexcept(false) override;
+
+protected:
+    AbstractSet();
+    explicit AbstractSet(const IVXComparator* comparator);
+    AbstractSet(const AbstractSet& other);
+};
+
+} // namespace vx::collections::vorb

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/collections/Walk.h"
+#include "vx/collections/vorb/ConstIterator.h"
+#include "vx/collections/vorb/Iterator.h"
+
+#include <cstdint>
+#include <iterator>
+
+namespace vx::collections::vorb {
+
+/// A group of components. It holds a count on each of its elements, which may be null, and tells them apart by its
+/// comparator only; a failure of the comparator is thrown as a ResultException. What it cannot do throws
+/// UnsupportedOperationException.
+///
+/// Views and iterators hold a count on the collection. Nothing is locked: one thread at a time.
+class VX_API Collection : public IVXUnknown {
+public:
+    /// True if the collection has changed.
+    virtual bool add(IVXUnknown* element) = 0;
+    virtual bool addAll(const Collection& other) = 0;
+    virtual void clear() = 0;
+    virtual int compareTo(const Object& other) const = 0;
+    virtual bool contains(const IVXUnknown* element) const = 0;
+    virtual bool containsAll(const Collection& other) const = 0;
+    virtual Reference<Iterator> createIterator() = 0;
+    virtual Reference<ConstIterator> createConstIterator() const = 0;
+    virtual bool equals(const Object& other) const = 0;
+    virtual int getSize() const = 0;
+    virtual std::uint32_t hashCode() const = 0;
+    /// Takes the first element that equals `element` out; false where there is none.
+    virtual bool remove(const IVXUnknown* element) = 0;
+    /// One occurrence goes for each element of `other`.
+    virtual bool removeAll(const Collection& other) = 0;
+    /// Takes out what `other` does not contain.
+    virtual bool retainAll(const Collection& other) = 0;
+
+    bool isEmpty() const { return getSize() == 0; }
+
+    /// For a range-for, which sees each element as a `Reference<IVXUnknown>`.
+    Walk<ConstIterator> begin() const { return Walk<ConstIterator>(createConstIterator()); }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+protected:
+    ~Collection() = default;
+};
+
+} // namespace vx::collections::vorb

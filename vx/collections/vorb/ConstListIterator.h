@@ -1,0 +1,20 @@
+#pragma once
+
+#include "vx/collections/vorb/ConstIterator.h"
+
+namespace vx::collections::vorb {
+
+/// Walks a list in both directions. It stands between two elements.
+class VX_API ConstListIterator : public virtual ConstIterator {
+public:
+    virtual bool hasPrevious() = 0;
+    virtual Reference<IVXUnknown> previous() = 0;
+    virtual int nextIndex() = 0;
+    /// -1 at the start.
+    virtual int previousIndex() = 0;
+
+protected:
+    ~ConstListIterator() = default;
+};
+
+} // namespace vx::collections::vorb

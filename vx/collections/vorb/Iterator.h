@@ -1,0 +1,16 @@
+#pragma once
+
+#include "vx/collections/vorb/ConstIterator.h"
+
+namespace vx::collections::vorb {
+
+class VX_API Iterator : public virtual ConstIterator {
+public:
+    /// Takes the element that the last step gave out of the collection. Throws IllegalStateException where there is none.
+    virtual void remove() = 0;
+
+protected:
+    ~Iterator() = default;
+};
+
+} // namespace vx::collections::vorb
