@@ -1,6 +1,7 @@
 #include "vx/io/InputStreamReader.h"
 
 #include "vx/io/detail/BridgeChecks.h"
+#include "vx/text/charset/CharsetException.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,6 +9,7 @@
 namespace vx::io {
 
 using text::charset::ByteToCharConverter;
+using text::charset::InvalidCharacterException;
 
 namespace {
 
@@ -46,6 +48,8 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
                 return done > 0 ? done : -1;
             }
             if (m_endOfStream && stuck) {
+                if (!m_converter->getSubstitutionMode())
+                    throw InvalidCharacterException(u"the stream ends inside a character");
                 target[done++] = REPLACEMENT;
                 ++m_position;
                 stuck = false;
@@ -88,6 +92,12 @@ const char16_t* InputStreamReader::getEncodingName()
     return m_converter->getEncodingName();
 }
 
+void InputStreamReader::setSubstitutionMode(bool mode)
+{
+    ensureOpen();
+    m_converter->setSubstitutionMode(mode);
+}
+
 void InputStreamReader::ensureOpen() const
 {
     detail::requireOpen(m_converter != nullptr);
@@ -99,6 +109,7 @@ void InputStreamReader::fillBuffer()
     const std::int32_t left = m_end - m_position;
     if (left > 0 && m_position > 0)
         std::memmove(m_buffer.get(), m_buffer.get() + m_position, static_cast<std::size_t>(left));
+    m_bytesBefore += m_position;
     m_position = 0;
     m_end = left;
 

@@ -12,11 +12,11 @@ namespace vx::io {
 ///
 /// Bytes at the end of the stream that make no whole character give U+FFFD each. Malformed input passes through as the
 /// converter's exception. The source is counted from construction to destruction and not read again once it has ended;
-/// after `close` every operation but `close` throws IoException "stream closed".
+/// after `close` every operation but `close` and `getPosition` throws IoException "stream closed".
 class VX_API InputStreamReader : public Reader {
 public:
-    /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default encoding; one that nobody knows throws
-    /// UnknownEncodingException.
+    /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default
+    /// encoding; one that nobody knows throws UnknownEncodingException.
     InputStreamReader(InputStream* source, const char16_t* encoding, std::int32_t size);
     InputStreamReader(const InputStreamReader&) = delete;
     InputStreamReader& operator=(const InputStreamReader&) = delete;
@@ -31,6 +31,11 @@ public:
 
     /// The encoding's canonical name.
     virtual const char16_t* getEncodingName();
+
+    /// As the converter's; it starts true. With false, a last character that is cut throws InvalidCharacterException too.
+    void setSubstitutionMode(bool mode);
+    /// Bytes decoded so far. After a converter's exception this is where the character begins that it could not decode.
+    std::int64_t getPosition() const { return m_bytesBefore + m_position; }
 
 private:
     static constexpr std::int32_t MAX_UNITS_PER_CHAR = 4;
@@ -47,6 +52,7 @@ private:
     std::int32_t m_position = 0;
     std::int32_t m_end = 0;
     bool m_endOfStream = false;
+    std::int64_t m_bytesBefore = 0; // the first one in the buffer
     /// The rest of a character of which the caller had room for the first units only.
     char16_t m_held[MAX_UNITS_PER_CHAR];
     std::int32_t m_heldCount = 0;

@@ -21,6 +21,23 @@ bool isLead(char16_t unit) noexcept
     return (unit & 0xFC00) == 0xD800;
 }
 
+/// Adds what was consumed, however the block is left.
+class [[nodiscard]] Advance {
+public:
+    Advance(std::int64_t& position, const std::int32_t& consumed) noexcept
+        : m_position(position)
+        , m_consumed(consumed)
+    {
+    }
+    ~Advance() { m_position += m_consumed; }
+    Advance(const Advance&) = delete;
+    Advance& operator=(const Advance&) = delete;
+
+private:
+    std::int64_t& m_position;
+    const std::int32_t& m_consumed;
+};
+
 } // namespace
 
 OutputStreamWriter::OutputStreamWriter(OutputStream* sink, const char16_t* encoding, std::int32_t size)
@@ -76,6 +93,12 @@ const char16_t* OutputStreamWriter::getEncodingName()
     return m_converter->getEncodingName();
 }
 
+void OutputStreamWriter::setSubstitutionMode(bool mode)
+{
+    ensureOpen();
+    m_converter->setSubstitutionMode(mode);
+}
+
 void OutputStreamWriter::ensureOpen() const
 {
     detail::requireOpen(m_converter != nullptr);
@@ -86,6 +109,7 @@ void OutputStreamWriter::ensureOpen() const
 std::int32_t OutputStreamWriter::encode(const char16_t* text, std::int32_t length)
 {
     std::int32_t consumed = 0;
+    const Advance advance(m_position, consumed);
     int idleRounds = 0;
     while (consumed < length) {
         const std::int32_t consumedBefore = consumed;

@@ -12,11 +12,11 @@ namespace vx::io {
 ///
 /// Neither `close` nor the destructor flushes: encoded bytes that still wait are lost. Malformed input passes through as
 /// the converter's exception. The sink is counted from construction to destruction; after `close` every operation but
-/// `close` throws IoException "stream closed".
+/// `close` and `getPosition` throws IoException "stream closed".
 class VX_API OutputStreamWriter : public Writer {
 public:
-    /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default encoding; one that nobody knows throws
-    /// UnknownEncodingException.
+    /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default
+    /// encoding; one that nobody knows throws UnknownEncodingException.
     OutputStreamWriter(OutputStream* sink, const char16_t* encoding, std::int32_t size);
     OutputStreamWriter(const OutputStreamWriter&) = delete;
     OutputStreamWriter& operator=(const OutputStreamWriter&) = delete;
@@ -32,6 +32,11 @@ public:
     /// The encoding's canonical name.
     virtual const char16_t* getEncodingName();
 
+    /// As the converter's; it starts true.
+    void setSubstitutionMode(bool mode);
+    /// Units encoded so far. After a converter's exception this is the unit that it could not encode.
+    std::int64_t getPosition() const { return m_position; }
+
 private:
     void ensureOpen() const;
     std::int32_t encode(const char16_t* text, std::int32_t length);
@@ -45,6 +50,7 @@ private:
     std::int32_t m_waiting = 0;
     /// The last unit written, where the converter takes whole characters only; 0 for none.
     char16_t m_heldLead = 0;
+    std::int64_t m_position = 0;
 };
 
 } // namespace vx::io
