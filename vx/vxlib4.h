@@ -67,7 +67,6 @@
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/io/PrintWriter.h"
 #include "vx/io/Reader.h"
-#include "vx/io/StdioFileOutputStream.h"
 #include "vx/io/StdioInputStream.h"
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/StringWriter.h"

@@ -1,7 +1,7 @@
-#include "vx/io/StdioFileOutputStream.h"
 #include "vx/io/StdioInputStream.h"
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/detail/Stdio.h"
+#include "vx/io/detail/StdioFileOutputStream.h"
 
 #include <cstring>
 #include <utility>
