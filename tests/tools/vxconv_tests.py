@@ -1,0 +1,302 @@
+#!/usr/bin/env python3
+"""Runs the vxconv that the variable VXCONV names as a person would. The oracles are iconv and Python's own codecs."""
+
+import os
+import pty
+import random
+import resource
+import signal
+import stat
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.environ["VXCONV"]
+SANITIZED = bool(os.environ.get("VXCONV_SANITIZED"))  # it takes more memory than the program that people use
+BLOCK = 64 * 1024  # the pieces that vxconv works in
+
+UTF = ["UTF-8", "UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"]
+SINGLE_BYTE = {"ASCII": "ascii", "ISO8859_1": "latin-1", "CP437": "cp437", "CP1252": "cp1252"}
+WIDE_TEXT = "Ελληνικά, 中文, русский, עברית, ‰ and 😀𝄞\ufeff\U0010ffff\n"
+
+
+def vxconv(*arguments, data=b"", **options):
+    return subprocess.run([PROGRAM, *arguments], input=data, capture_output=True, check=False, **options)
+
+
+def iconv(text, target):
+    return subprocess.run(["iconv", "-f", "UTF-8", "-t", target], input=text, capture_output=True, check=True).stdout
+
+
+def limited(limit, value):
+    return lambda: resource.setrlimit(limit, (value, value))
+
+
+class Scratch(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, data, mode=0o644):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+        os.chmod(self.path(name), mode)
+        return self.path(name)
+
+    def read(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def assertConverts(self, result, expected):
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(result.stdout, expected)
+
+    def assertFails(self, result, *parts, status=1):
+        """One line on standard error that has all `parts` in it."""
+        text = result.stderr.decode()
+        self.assertEqual(result.returncode, status, text)
+        self.assertRegex(text, r"\Avxconv: [^\n]+\n\Z")
+        for part in parts:
+            self.assertIn(part, text)
+
+
+class Conversions(Scratch):
+    def test_agrees_with_iconv_between_all_encodings_of_unicode(self):
+        # One byte more in front of the text each time shifts its characters over the border of the blocks.
+        for shift in range(4):
+            text = ("x" * shift + WIDE_TEXT * (2 * BLOCK // len(WIDE_TEXT))).encode()
+            forms = {name: iconv(text, name) for name in UTF}
+            for source in UTF:
+                for target in UTF:
+                    with self.subTest(source=source, target=target, shift=shift):
+                        result = vxconv("-f", source, "-t", target, "--strict", data=forms[source])
+                        self.assertConverts(result, forms[target])
+
+    def test_comes_back_from_single_byte_encodings(self):
+        for name, codec in SINGLE_BYTE.items():
+            with self.subTest(name):
+                data = b"".join(bytes([byte]) for byte in range(256) if bytes([byte]).decode(codec, "replace") != "\ufffd")
+                there = vxconv("-f", name, "--strict", data=data)
+                self.assertConverts(there, data.decode(codec).encode())
+                self.assertConverts(vxconv("-t", name, "--strict", data=there.stdout), data)
+
+    def test_replaces_what_has_no_mapping(self):
+        self.assertConverts(vxconv("-t", "CP1252", data="a€中😀b".encode()), "a€??b".encode("cp1252"))
+        self.assertConverts(vxconv("-f", "ASCII", data=b"a\x80b"), "a\ufffdb".encode())
+
+    def test_ends_lines_with_a_line_feed(self):
+        border = b"x" * (BLOCK - 1)
+        cases = [
+            (b"", b""),
+            (b"a", b"a\n"),
+            (b"a\r\nb\rc\n\r\r\n\nd", b"a\nb\nc\n\n\n\nd\n"),
+            (border + b"\r\nb", border + b"\nb\n"),
+            (border + b"\rb", border + b"\nb\n"),
+            (border + b"\n\nb", border + b"\n\nb\n"),
+        ]
+        for data, expected in cases:
+            with self.subTest(data[-8:]):
+                self.assertConverts(vxconv("--lines", data=data), expected)
+
+    def test_writes_before_the_input_ends(self):
+        text = "中" * 2 * BLOCK
+        data = text.encode()
+        with subprocess.Popen([PROGRAM, "-t", "UTF-16BE"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0) as process:
+            process.stdin.write(data[: 3 * BLOCK + 1])  # ends inside a character
+            first = process.stdout.read(1)
+            rest, _ = process.communicate(data[3 * BLOCK + 1 :])
+        self.assertEqual((process.returncode, first + rest == text.encode("utf-16-be")), (0, True))
+
+
+class Faults(Scratch):
+    def test_names_the_place_of_what_cannot_be_converted(self):
+        far = "é" * BLOCK + "\n"
+        cases = [  # arguments, input, what is said about it
+            (["-t", "CP1252", "--strict"], "a\nb€中".encode(), "line 2, character 3: U+4E2D"),
+            (["-t", "ASCII", "--strict"], "😀".encode(), "line 1, character 1: U+1F600"),
+            (["-t", "ISO8859_1", "--strict"], (far * 3 + "é😀").encode(), "line 4, character 2: U+1F600"),
+            (["-t", "ISO8859_1", "--strict"], ("é" * (BLOCK - 1) + "😀").encode(), f"line 1, character {BLOCK}: U+1F600"),
+            (["-t", "ASCII", "--lines", "--strict"], b"a\r\nb\rc\xc3\xa9", "line 3, character 2: U+00E9"),
+            (["-f", "CP1252", "--strict"], b"x" * 3 * BLOCK + b"\x81", f"byte {3 * BLOCK}: "),
+            (["-f", "ASCII", "--strict"], b"abc\xff", "byte 3: "),
+            (["-f", "UTF-32LE", "--strict"], b"a\0\0\0\0\0\x11\0", "byte 4: "),
+            (["-f", "UTF-32LE"], b"a\0\0\0\0\xd8\0\0", "byte 4: "),
+            (["-f", "UTF-32BE"], b"\0\0\0a\0\0", "byte 4: "),
+            (["-f", "UTF-16LE"], b"a\0\0", "byte 2: "),
+            (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"a\0\0\xdcb\0", "line 1, character 2: half"),
+            (["-f", "UTF-16LE", "-t", "UTF-32BE"], b"a\0\n\0\x3d\xd8b\0", "line 2, character 1: half"),
+            (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"a\0" * BLOCK + b"\x3d\xd8", f"line 1, character {BLOCK + 1}: half"),
+        ]
+        for arguments, data, place in cases:
+            with self.subTest(arguments=arguments, place=place):
+                self.assertFails(vxconv(*arguments, data=data), "standard input: " + place)
+
+    def test_refuses_exactly_what_is_no_utf8(self):
+        seed = random.randrange(1 << 32)
+        chance = random.Random(seed)
+        sequences = [character.encode() for character in "a\0é\u07ff\u0800中\uffff\U00010000😀\U0010ffff"]
+        sequences += [b"\xc0\x80", b"\xe0\x9f\xbf", b"\xed\xa0\x80", b"\xf0\x8f\xbf\xbf", b"\xf4\x90\x80\x80", b"\xf5\x80\x80\x80"]
+        for round_number in range(150):
+            data = bytearray(b"ascii " * chance.randrange(3) + b"".join(chance.choices(sequences[:11], k=12)))
+            if round_number % 3 == 1:
+                data[chance.randrange(len(data))] = chance.randrange(256)
+            elif round_number % 3 == 2:
+                data += chance.choice(sequences) + b"." * chance.randrange(2)
+                del data[: chance.randrange(4)]
+            with self.subTest(seed=seed, data=bytes(data)):
+                result = vxconv(data=bytes(data))
+                try:
+                    data.decode()
+                    self.assertConverts(result, bytes(data))
+                except UnicodeDecodeError as failure:
+                    self.assertFails(result, f"standard input: byte {failure.start}: ")
+
+    def test_says_what_is_wrong_with_the_command_line(self):
+        for arguments in (["-f"], ["--wrong"], ["-x"], ["a", "b"], ["-o", ""], ["--lines=1"]):
+            with self.subTest(arguments):
+                self.assertFails(vxconv(*arguments), "--help", status=2)
+
+    def test_says_what_is_wrong_with_a_name(self):
+        data = self.write("data", b"text")
+        cases = [
+            (["-f", "no-such", data], 'unknown encoding "no-such"'),
+            (["-t", "UTF-16", data], 'unknown encoding "UTF-16"'),
+            (["-f", "", data], 'unknown encoding ""'),
+            ([self.path("missing")], "missing: No such file or directory"),
+            ([self.folder], "Is a directory"),
+            ([data, "-o", self.folder], "Is a directory"),
+            ([data, "-o", self.path("missing/out")], "missing/out: No such file or directory"),
+            ([data, "-o", self.path("n" * 300)], "File name too long"),
+        ]
+        for arguments, text in cases:
+            with self.subTest(arguments):
+                self.assertFails(vxconv(*arguments), text)
+        self.assertEqual(os.listdir(self.folder), ["data"])
+
+    def test_says_that_access_is_denied(self):
+        other = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
+        os.chmod(self.folder, 0o755)
+        secret = self.write("secret", b"text", 0o600 if other else 0o200)
+        try:
+            result = vxconv(secret, **other)
+        except PermissionError:
+            self.skipTest("another user does not reach the program")
+        self.assertFails(result, "secret: Permission denied")
+        self.assertFails(vxconv("-o", self.write("fixed", b"old", 0o444), **other), "fixed: Permission denied")
+        self.assertEqual(self.read("fixed"), b"old")
+
+    def test_says_that_a_standard_stream_fails(self):
+        with open("/dev/full", "wb") as full:
+            for arguments in ([], ["--list"], ["--help"]):
+                with self.subTest(arguments):
+                    result = subprocess.run([PROGRAM, *arguments], input=b"text", stdout=full, stderr=subprocess.PIPE, check=False)
+                    self.assertFails(result, "standard output: ")
+        self.assertFails(vxconv("-o", "/dev/full", data=b"text"), "/dev/full: No space left on device")
+        self.assertFails(vxconv(preexec_fn=lambda: os.close(0)), "standard input: Bad file descriptor")
+        reading, writing = os.pipe()
+        os.close(reading)
+        result = subprocess.run([PROGRAM], input=b"text", stdout=writing, stderr=subprocess.PIPE, check=False)
+        os.close(writing)
+        self.assertFails(result, "standard output: Broken pipe")
+
+    def test_does_not_read_what_it_writes(self):
+        data = self.write("data", b"text")
+        with open(data, "ab") as output:
+            result = subprocess.run([PROGRAM, data], stdout=output, stderr=subprocess.PIPE, check=False)
+        self.assertFails(result, "is the input")
+
+
+class OutputFiles(Scratch):
+    def test_replaces_its_own_input(self):
+        self.write("text", "née\n".encode())
+        self.assertConverts(vxconv("-t", "CP1252", self.path("text"), "-o", self.path("text")), b"")
+        self.assertEqual(self.read("text"), b"n\xe9e\n")
+
+    def test_keeps_mode_and_link_and_gives_new_files_the_usual_mode(self):
+        self.write("kept", b"old", 0o751)
+        os.symlink("kept", self.path("link"))
+        os.symlink("new", self.path("dangling"))
+        for name in ("link", "dangling"):
+            self.assertConverts(vxconv("-o", self.path(name), data=b"text", preexec_fn=lambda: os.umask(0o027)), b"")
+            self.assertTrue(os.path.islink(self.path(name)))
+        modes = {name: stat.S_IMODE(os.stat(self.path(name)).st_mode) for name in ("kept", "new")}
+        self.assertEqual(modes, {"kept": 0o751, "new": 0o640})
+        self.assertEqual(self.read("kept") + self.read("new"), b"texttext")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["dangling", "kept", "link", "new"])
+
+    def test_leaves_the_old_file_when_it_fails(self):
+        cases = [
+            ("a fault at the end", ["--strict", "-t", "ASCII"], b"x" * 4 * BLOCK + b"\xc3\xa9", None, "U+00E9"),
+            ("no room", [], b"x" * 4 * BLOCK, limited(resource.RLIMIT_FSIZE, BLOCK), "out: File too large"),
+        ]
+        for name, arguments, data, prepare, text in cases:
+            with self.subTest(name):
+                self.write("out", b"old")
+                self.assertFails(vxconv(*arguments, "-o", self.path("out"), data=data, preexec_fn=prepare), text)
+                self.assertEqual((os.listdir(self.folder), self.read("out")), (["out"], b"old"))
+
+    def test_leaves_the_old_file_when_it_is_killed(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            for before in ([], ["out"]):
+                with self.subTest(signal=number, before=before):
+                    for name in before:
+                        self.write(name, b"old")
+                    with subprocess.Popen([PROGRAM, "-o", self.path("out")], stdin=subprocess.PIPE, bufsize=0) as process:
+                        process.stdin.write(b"x" * 8 * BLOCK)  # more than the pipe holds: vxconv is reading by now
+                        self.assertEqual(len(os.listdir(self.folder)), len(before) + 1)
+                        process.send_signal(number)
+                        self.assertEqual(process.wait(), -number)
+                    self.assertEqual(os.listdir(self.folder), before)
+                    for name in before:
+                        self.assertEqual(self.read(name), b"old")
+                        os.remove(self.path(name))
+
+    def test_goes_on_where_a_signal_is_ignored(self):
+        with subprocess.Popen([PROGRAM, "-o", self.path("out")], stdin=subprocess.PIPE, bufsize=0,
+                              preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN)) as process:
+            process.stdin.write(b"x" * 8 * BLOCK)
+            process.send_signal(signal.SIGHUP)
+            process.stdin.close()
+            self.assertEqual(process.wait(), 0)
+        self.assertEqual(len(self.read("out")), 8 * BLOCK)
+
+
+class LargeFiles(Scratch):
+    def test_takes_less_memory_than_the_file_and_shows_progress_on_a_terminal_only(self):
+        line = WIDE_TEXT.encode()
+        self.write("large", line * (25 * 1024 * 1024 // len(line)))
+        prepare = None if SANITIZED else limited(resource.RLIMIT_DATA, 4 * 1024 * 1024)
+        for arguments in ([], ["--lines"], ["-t", "UTF-16LE"]):
+            terminal, stderr = pty.openpty()
+            status = subprocess.run([PROGRAM, *arguments, self.path("large"), "-o", self.path("out")], stderr=stderr,
+                                    preexec_fn=prepare, check=False).returncode
+            os.close(stderr)
+            shown = os.read(terminal, 1 << 16).decode()
+            os.close(terminal)
+            with self.subTest(arguments):
+                self.assertEqual(status, 0, shown)
+                self.assertRegex(shown, r"\A(\r *\d+ % of 24 MiB)+\r\x1b\[K\Z")
+                if arguments != ["-t", "UTF-16LE"]:
+                    self.assertTrue(self.read("out") == self.read("large"))
+        self.assertConverts(vxconv("-f", "UTF-16LE", self.path("out"), "-o", self.path("out")), b"")
+        self.assertTrue(self.read("out") == self.read("large"))
+
+
+class EncodingList(Scratch):
+    def test_prints_encodings_that_it_converts(self):
+        result = vxconv("--list")
+        rows = [line.split() for line in result.stdout.decode().splitlines()]
+        self.assertEqual({name: numbers for name, *numbers in rows if name in ("CP437", "UTF-8", "UTF-32BE")},
+                         {"CP437": ["437"], "UTF-8": ["65001"], "UTF-32BE": []})
+        for name, *numbers in rows:
+            for word in (name, *numbers):
+                with self.subTest(word):
+                    self.assertConverts(vxconv("-f", word, data="abc".encode(name) if name in UTF else b"abc"), b"abc")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Files.h"
+#include "Progress.h"
+
+#include <vx/io/FilterInputStream.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vxconv {
+
+/// The bytes of the input on their way to the decoder, looked at where the decoder lets faults pass: it replaces bytes that
+/// are no UTF-8, and a character that the end of the input cuts.
+class CheckedInput : public vx::io::FilterInputStream {
+public:
+    /// `encoding` is the canonical name.
+    CheckedInput(const Input& input, std::u16string_view encoding, Progress& progress);
+
+    // FilterInputStream
+    using FilterInputStream::read;
+    /// Throws Failure with the place of a fault.
+    std::int32_t read(signed char* target, std::int32_t length) override;
+
+private:
+    void checkUtf8(const signed char* bytes, std::int32_t length);
+    void checkEnd() const;
+    [[noreturn]] void failAt(std::int64_t place, const char* why) const;
+
+    std::string m_name;
+    Progress& m_progress;
+    bool m_isUtf8;
+    int m_unitSize = 1;
+    std::int64_t m_position = 0;
+    // Of the UTF-8 character that is not yet whole: the bytes that are here and missing, and the range of the next one.
+    int m_bytesHere = 0;
+    int m_bytesMissing = 0;
+    unsigned char m_lowest = 0x80;
+    unsigned char m_highest = 0xBF;
+};
+
+} // namespace vxconv

@@ -1,0 +1,189 @@
+#include "Conversion.h"
+
+#include "CheckedInput.h"
+#include "DescriptorOutput.h"
+#include "Failure.h"
+#include "Progress.h"
+#include "TextPlace.h"
+
+#include <vx/Exception.h>
+#include <vx/Reference.h>
+#include <vx/io/BufferedReader.h>
+#include <vx/io/FileInputStream.h>
+#include <vx/io/InputStreamReader.h>
+#include <vx/io/OutputStreamWriter.h>
+#include <vx/text/charset/CharsetException.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace vxconv {
+
+using namespace vx;
+using namespace vx::io;
+using namespace vx::text::charset;
+
+namespace {
+
+/// Of each buffer on the way, in bytes or units.
+constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
+
+template <class Converter>
+String canonicalName(const std::string& encoding)
+{
+    try {
+        const Reference<Converter> converter(Converter::getConverter(String(encoding).getData()));
+        return converter->getEncodingName();
+    } catch (const Exception&) { // also for a name that is no UTF-8
+        throw Failure("unknown encoding \"" + encoding + "\"", "vxconv --list prints the known ones");
+    }
+}
+
+/// The text of the input.
+class Source {
+public:
+    Source(const Options& options, const Input& input)
+        : m_name(input.name())
+        , m_progress(input.size())
+        , m_encoding(canonicalName<ByteToCharConverter>(options.from))
+        , m_reader(
+              new InputStreamReader(new CheckedInput(input, m_encoding, m_progress), m_encoding.getData(), BLOCK_SIZE))
+    {
+        m_reader->setSubstitutionMode(!options.strict);
+        if (options.lines)
+            m_lines = new BufferedReader(m_reader.get(), BLOCK_SIZE);
+        else
+            m_block.resize(BLOCK_SIZE);
+    }
+
+    /// The next piece: a line with LF behind it, or a block. Empty at the end.
+    std::u16string_view next()
+    {
+        try {
+            return m_lines != nullptr ? nextLine() : nextBlock();
+        } catch (const UnmappableCharacterException&) {
+            throw Failure(m_name, placeOfByte() + ": no character in " + m_encoding.toUtf8());
+        } catch (const InvalidCharacterException& failure) {
+            throw Failure(m_name, placeOfByte() + ": " + textOf(failure));
+        } catch (const Exception& failure) {
+            throw Failure(m_name, textOf(failure));
+        }
+    }
+
+private:
+    std::u16string_view nextBlock()
+    {
+        const std::int32_t length = m_reader->read(m_block.data(), BLOCK_SIZE);
+        return {m_block.data(), static_cast<std::size_t>(std::max(length, 0))};
+    }
+
+    std::u16string_view nextLine()
+    {
+        if (m_lines->readLine(m_line) < 0)
+            return {};
+        m_line += u'\n';
+        return m_line;
+    }
+
+    std::string placeOfByte() const { return "byte " + std::to_string(m_reader->getPosition()); }
+
+    std::string m_name;
+    Progress m_progress;
+    String m_encoding;
+    Reference<InputStreamReader> m_reader;
+    Reference<BufferedReader> m_lines;
+    std::vector<char16_t> m_block;
+    String m_line;
+};
+
+/// The text of the output. The characters that it cannot take are named by their place in the input.
+class Target {
+public:
+    Target(const Options& options, const Input& input, const Output& output)
+        : m_inputName(input.name())
+        , m_outputName(output.name())
+        , m_encoding(canonicalName<CharToByteConverter>(options.to))
+        , m_writer(new OutputStreamWriter(new DescriptorOutput(output.descriptor()), m_encoding.getData(), BLOCK_SIZE))
+    {
+        m_writer->setSubstitutionMode(!options.strict);
+    }
+
+    void write(std::u16string_view text)
+    {
+        if (const std::size_t lone = m_pairs.findLone(text); lone != text.npos)
+            failAt(text.substr(0, lone), "half of a surrogate pair");
+        try {
+            m_writer->write(text.data(), static_cast<std::int32_t>(text.size()));
+        } catch (const UnmappableCharacterException&) {
+            // Below 0: the first half of a pair that came with the piece before.
+            const std::int64_t index = std::max<std::int64_t>(m_writer->getPosition() - m_written, 0);
+            failAt(text.substr(0, static_cast<std::size_t>(index)),
+                nameOf(text, static_cast<std::size_t>(index)) + " has no form in " + m_encoding.toUtf8());
+        } catch (const Exception& failure) {
+            throw Failure(m_outputName, textOf(failure));
+        }
+        m_place.advance(text);
+        m_last = text.back();
+        m_written += static_cast<std::int64_t>(text.size());
+    }
+
+    void finish()
+    {
+        if (m_pairs.isOpen())
+            failAt({}, "half of a surrogate pair");
+        try {
+            m_writer->flush();
+        } catch (const Exception& failure) {
+            throw Failure(m_outputName, textOf(failure));
+        }
+    }
+
+private:
+    [[noreturn]] void failAt(std::u16string_view before, const std::string& why)
+    {
+        m_place.advance(before);
+        throw Failure(m_inputName, m_place.toString() + ": " + why);
+    }
+
+    /// "U+20AC", of which the unit at `index` is the whole or a half.
+    std::string nameOf(std::u16string_view text, std::size_t index) const
+    {
+        if (isLead(text[index]) && index + 1 < text.size())
+            ++index;
+        std::uint32_t character = text[index];
+        if (isTrail(text[index]))
+            character = codePoint(index > 0 ? text[index - 1] : m_last, text[index]);
+        char name[16];
+        std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(character));
+        return name;
+    }
+
+    std::string m_inputName;
+    std::string m_outputName;
+    String m_encoding;
+    Reference<OutputStreamWriter> m_writer;
+    SurrogatePairs m_pairs;
+    TextPlace m_place;
+    char16_t m_last = 0;
+    std::int64_t m_written = 0; // units
+};
+
+} // namespace
+
+void requireEncodings(const Options& options)
+{
+    canonicalName<ByteToCharConverter>(options.from);
+    canonicalName<CharToByteConverter>(options.to);
+}
+
+void convert(const Options& options, const Input& input, const Output& output)
+{
+    Source source(options, input);
+    Target target(options, input, output);
+    for (std::u16string_view text; !(text = source.next()).empty();)
+        target.write(text);
+    target.finish();
+}
+
+} // namespace vxconv

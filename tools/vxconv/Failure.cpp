@@ -1,0 +1,33 @@
+#include "Failure.h"
+
+#include <vx/Result.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <system_error>
+
+namespace vxconv {
+
+std::string textOfError(int error)
+{
+    return std::generic_category().message(error);
+}
+
+std::string textOf(const vx::Exception& failure)
+{
+    if (const std::string text = failure.getDescription().toUtf8(); !text.empty())
+        return text;
+    const std::int32_t result = failure.getResult();
+    constexpr int LAST_ERROR = 133;
+    if (result != vx::RESULT_FAIL) {
+        for (int error = 1; error <= LAST_ERROR; ++error) {
+            if (VXResultFromNative(error) == result)
+                return textOfError(error);
+        }
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, "failed with 0x%08X", static_cast<unsigned>(result));
+    return text;
+}
+
+} // namespace vxconv

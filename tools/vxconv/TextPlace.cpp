@@ -1,0 +1,45 @@
+#include "TextPlace.h"
+
+#include <algorithm>
+
+namespace vxconv {
+
+void TextPlace::advance(std::u16string_view text) noexcept
+{
+    m_line += std::count(text.begin(), text.end(), u'\n');
+    if (const std::size_t end = text.rfind(u'\n'); end != text.npos) {
+        m_column = 1;
+        text.remove_prefix(end + 1);
+    }
+    // A pair counts at its second half, so that a piece that ends between the two stands in front of the pair.
+    m_column += static_cast<std::int64_t>(text.size()) - std::count_if(text.begin(), text.end(), isLead);
+}
+
+std::string TextPlace::toString() const
+{
+    return "line " + std::to_string(m_line) + ", character " + std::to_string(m_column);
+}
+
+std::size_t SurrogatePairs::findLone(std::u16string_view text) noexcept
+{
+    constexpr std::size_t BLOCK = 32;
+    for (std::size_t index = 0; index < text.size();) {
+        if (!m_isOpen && text.size() - index >= BLOCK) {
+            unsigned surrogates = 0; // without a branch, the compiler vectorises this
+            for (std::size_t offset = 0; offset < BLOCK; ++offset)
+                surrogates += (text[index + offset] & 0xF800) == 0xD800 ? 1U : 0U;
+            if (surrogates == 0) {
+                index += BLOCK;
+                continue;
+            }
+        }
+        for (const std::size_t end = std::min(text.size(), index + BLOCK); index < end; ++index) {
+            if (isTrail(text[index]) != m_isOpen)
+                return index;
+            m_isOpen = isLead(text[index]);
+        }
+    }
+    return text.npos;
+}
+
+} // namespace vxconv

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vxconv {
+
+/// The first and the second half of a surrogate pair.
+constexpr bool isLead(char16_t unit) noexcept
+{
+    return (unit & 0xFC00) == 0xD800;
+}
+
+constexpr bool isTrail(char16_t unit) noexcept
+{
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+constexpr std::uint32_t codePoint(char16_t lead, char16_t trail) noexcept
+{
+    return 0x10000 + ((lead & 0x3FFU) << 10) + (trail & 0x3FFU);
+}
+
+/// Where a text stands that comes in pieces: the line and the character in it, both from 1. A line ends with LF.
+class TextPlace {
+public:
+    void advance(std::u16string_view text) noexcept;
+
+    /// "line 3, character 17".
+    std::string toString() const;
+
+private:
+    std::int64_t m_line = 1;
+    std::int64_t m_column = 1;
+};
+
+/// Looks for surrogates without their other half in a text that comes in pieces.
+class SurrogatePairs {
+public:
+    /// The index in this piece at which a half stands, or should have stood, alone; npos for none.
+    std::size_t findLone(std::u16string_view text) noexcept;
+    /// The text so far ends with the first half of a pair.
+    bool isOpen() const noexcept { return m_isOpen; }
+
+private:
+    bool m_isOpen = false;
+};
+
+} // namespace vxconv
