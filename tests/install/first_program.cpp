@@ -6,16 +6,19 @@ using namespace vx;
 
 int main()
 {
-    const Reference<Object> object(Class::forName(u"CVXString")->createInstance());
-    String text(u"{0} speaks {1}");
-    String greeting;
-    greeting.format(text, u"vxlib4", u"UTF-16");
+    String text;
+    text.format(u"{0} speaks {1}", -1, u"vxlib4", u"Ελληνικά, 中文 and 😀");
 
     const Reference<io::ByteArrayOutputStream> bytes(new io::ByteArrayOutputStream);
-    const Reference<io::OutputStreamWriter> writer(new io::OutputStreamWriter(bytes.get(), u"UTF-8", 256));
-    writer->write(greeting);
-    writer->flush();
-    if (bytes->toString(u"UTF-8") != greeting || !object->equals(String()))
-        return 1;
-    std::cout << greeting << '\n';
+    const Reference<io::PrintWriter> out(
+        new io::PrintWriter(new io::OutputStreamWriter(bytes.get(), u"UTF-16BE", 256), false));
+    out->println(text);
+    out->println(text.getLength());
+    out->flush();
+
+    const Reference<io::BufferedReader> in(new io::BufferedReader(
+        new io::InputStreamReader(new io::ByteArrayInputStream(bytes->getBytes(), bytes->getSize()), u"UTF-16BE", 256),
+        256));
+    for (String line; in->readLine(line) >= 0;)
+        std::cout << line << '\n';
 }
