@@ -36,6 +36,8 @@
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/StringWriter.h"
 #include "vx/io/Writer.h"
+#include "vx/net/TcpServerSocket.h"
+#include "vx/net/TcpSocket.h"
 #include "vx/sync/Atomic.h"
 #include "vx/sync/Event.h"
 #include "vx/sync/FakeMutex.h"
@@ -143,6 +145,8 @@ const ClassRow CLASSES[] = {
     {u"CVXString", &typeid(String), create<String>},
     {u"CVXStringWriter", &typeid(io::StringWriter), create<io::StringWriter, 0>},
     {u"CVXSyncObject", &typeid(sync::Object), nullptr},
+    {u"vx::net::TcpServerSocket", &typeid(net::TcpServerSocket), nullptr},
+    {u"vx::net::TcpSocket", &typeid(net::TcpSocket), nullptr},
     {u"CVXThread", &typeid(exec::Thread), nullptr},
     {u"CVXWriter", &typeid(io::Writer), nullptr},
     {u"vx::AccessViolationException", &typeid(AccessViolationException), nullptr},

@@ -5,6 +5,7 @@
 #include "vx/detail/ClassManager.h"
 #include "vx/detail/ClassTable.h"
 #include "vx/detail/OwnModule.h"
+#include "vx/net/TcpSocket2.h"
 #include "vx/sync/Mutex.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/vorb/Boundary.h"
@@ -43,6 +44,8 @@ void stop()
     text::charset::detail::freeEncInfo();
     text::charset::detail::freeCodecs();
     ClassManager::freeInstance();
+    if (const ENUM_VX_E_SOCKET failure = net::TcpSocket2::uninit(); failure != VX_E_SOCKET_OK)
+        throw Exception(u"VXLIBLibUninit " + String(VXGetDescriptionFromVX_E_SOCKET(failure)));
     delete g_pGlobalLock;
     g_pGlobalLock = nullptr;
     VXSetNewHandler(g_replacedHandler);

@@ -1,4 +1,5 @@
 #include <vx/Library.h>
+#include <vx/net/SocketFunctions.h>
 #include <vx/text/charset/EncInfo.h>
 
 #include <stdio.h>

@@ -1,0 +1,114 @@
+#include "vx/Exception.h"
+#include "vx/String.h"
+#include "vx/io/IoException.h"
+#include "vx/net/TcpServerSocket.h"
+#include "vx/net/TcpSocket.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <typeinfo>
+
+namespace vx::net {
+namespace {
+
+template <class Work>
+std::string failureOf(Work work, const std::type_info** type = nullptr)
+{
+    try {
+        work();
+    } catch (const Exception& failure) {
+        if (type != nullptr)
+            *type = &typeid(failure);
+        return failure.getDescription().toUtf8();
+    }
+    return "none";
+}
+
+struct Connection {
+    TcpServerSocket listener {0, 5};
+    Reference<TcpSocket> client {new TcpSocket(u"127.0.0.1", listener.getPort())};
+    Reference<TcpSocket> server {listener.accept()};
+};
+
+std::string read(io::InputStream& stream)
+{
+    char bytes[100];
+    const std::int32_t got = stream.read(bytes, sizeof bytes);
+    return got < 0 ? "end" : std::string(bytes, static_cast<std::size_t>(got));
+}
+
+TEST(TcpSocket, CarriesDataThroughItsStreams)
+{
+    Connection both;
+    const Reference<io::OutputStream> output = both.client->getOutputStream();
+    const Reference<io::InputStream> input = both.server->getInputStream();
+    EXPECT_TRUE(input == both.server->getInputStream());
+    EXPECT_TRUE(output == both.client->getOutputStream());
+    output->write("ping", 4);
+    EXPECT_EQ(read(*input), "ping");
+    EXPECT_EQ(input->available(), 0);
+
+    const Reference<io::OutputStream> answer = both.server->getOutputStream();
+    both.server = nullptr;
+    answer->write("still open", 10);
+    EXPECT_EQ(read(*both.client->getInputStream()), "still open");
+    input->close();
+    output->write("x", 1);
+    EXPECT_EQ(read(*input), "x") << "closing a stream leaves the socket";
+    EXPECT_TRUE(both.client->getInheritanceId().startsWith(u"vx.net.tcp.socket="));
+}
+
+TEST(TcpSocket, EndsWithItsLastHolder)
+{
+    Connection both;
+    Reference<io::OutputStream> answer = both.server->getOutputStream();
+    both.server = nullptr;
+    answer = nullptr;
+    EXPECT_EQ(read(*both.client->getInputStream()), "end");
+    const Reference<io::OutputStream> output = both.client->getOutputStream();
+    const std::string failure = failureOf([&] {
+        for (int count = 0; count < 1000; ++count)
+            output->write("x", 1);
+    });
+    EXPECT_EQ(failure.substr(0, 29), "TcpSocketOutputStream::write ") << failure;
+}
+
+TEST(TcpSocket, TimesOutAndWaitsAnew)
+{
+    Connection both;
+    const Reference<io::InputStream> input = both.client->getInputStream();
+    both.client->setSoTimeout(1);
+    EXPECT_THROW(read(*input), io::IoException);
+    const std::type_info* type = nullptr;
+    EXPECT_EQ(failureOf([&] { read(*input); }, &type), "socket timeout");
+    EXPECT_EQ(*type, typeid(io::TimeoutException));
+    both.server->getOutputStream()->write("late", 4);
+    both.client->setSoTimeout(60'000);
+    EXPECT_EQ(read(*input), "late");
+    both.client->setSoTimeout(0);
+    std::thread writer([&] { both.server->getOutputStream()->write("later", 5); });
+    EXPECT_EQ(read(*input), "later");
+    writer.join();
+}
+
+TEST(TcpSocket, SaysWhatFailed)
+{
+    EXPECT_EQ(failureOf([] { TcpSocket(u"no.such.host.invalid", 80); }), "Unknown host: no.such.host.invalid");
+    unsigned short port = 0;
+    {
+        const TcpServerSocket listener(0, 1);
+        port = listener.getPort();
+        const std::type_info* type = nullptr;
+        EXPECT_EQ(failureOf([&] { TcpServerSocket(port, 1); }, &type), "TcpServerSocket: Address already in use");
+        EXPECT_EQ(*type, typeid(Exception));
+    }
+    EXPECT_EQ(failureOf([&] { TcpSocket(u"127.0.0.1", port); }),
+        "TcpSocket::TcpSocket Unable to connect to 127.0.0.1 ECONNREFUSED No connection could be made because the "
+        "target "
+        "machine actively refused it. ");
+}
+
+} // namespace
+} // namespace vx::net

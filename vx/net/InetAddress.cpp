@@ -1,0 +1,255 @@
+#include "vx/net/InetAddress.h"
+
+#include "vx/String.h"
+#include "vx/net/TcpSocket2.h"
+#include "vxsys/Net.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstddef>
+#include <cstring>
+#include <netdb.h>
+#include <new>
+
+namespace vx::net {
+
+namespace {
+
+constexpr unsigned int BYTES_OF_IN4 = 4;
+constexpr unsigned int BYTES_OF_IN6 = 16;
+constexpr std::size_t HOST_SIZE = 1025;
+
+static_assert(sizeof(sockaddr_in) == 16 && sizeof(sockaddr_in6) == 28 && sizeof(vx_sockaddr_union) == 128);
+static_assert(offsetof(sockaddr_in, sin_port) == offsetof(sockaddr_in6, sin6_port), "one place for the port");
+
+/// The bytes of the system's form for a family; 0 for a foreign one.
+constexpr std::size_t storageLengthOf(int family) noexcept
+{
+    return family == AF_INET ? sizeof(sockaddr_in) : family == AF_INET6 ? sizeof(sockaddr_in6) : 0;
+}
+
+ENUM_VX_E_SOCKET tellLength(unsigned int wanted, unsigned int* length) noexcept
+{
+    if (length == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *length = wanted;
+    return VX_E_SOCKET_OK;
+}
+
+ENUM_VX_E_SOCKET copyOut(const void* source, unsigned int size, void* target, unsigned int* length) noexcept
+{
+    if (target == nullptr || length == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    const bool fits = *length >= size;
+    *length = size;
+    if (!fits)
+        return VX_E_SOCKET_EMSGSIZE;
+    std::memcpy(target, source, size);
+    return VX_E_SOCKET_OK;
+}
+
+/// Both forms of `InetAddress::create`: `arguments` are those of the constructors.
+template <class... Arguments>
+ENUM_VX_E_SOCKET createOfFamily(int family, InetAddress** out, Arguments... arguments) noexcept
+{
+    ENUM_VX_E_SOCKET status = TcpSocket2::init();
+    if (status != VX_E_SOCKET_OK)
+        return status;
+    InetAddress* address = nullptr;
+    if (family == AF_INET)
+        address = new (std::nothrow) Inet4Address(arguments..., &status);
+    else if (family == AF_INET6)
+        address = new (std::nothrow) Inet6Address(arguments..., &status);
+    else
+        return VX_E_SOCKET_EINVAL;
+    if (address == nullptr)
+        return VX_E_SOCKET_ENOBUFS;
+    *out = address;
+    return status;
+}
+
+void appendNativeError(String& text, int number)
+{
+    text.append(u"native error ");
+    text.append(String::valueOf(number));
+}
+
+} // namespace
+
+InetAddress::InetAddress(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status)
+    : m_address {}
+{
+    ENUM_VX_E_SOCKET result = TcpSocket2::init();
+    if (result == VX_E_SOCKET_OK && address != nullptr) {
+        const std::size_t length = storageLengthOf(address->generic.sa_family);
+        if (length == 0)
+            result = VX_E_SOCKET_EINVAL;
+        std::memcpy(&m_address, address, length);
+    }
+    if (status != nullptr)
+        *status = result;
+}
+
+InetAddress::InetAddress(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status)
+    : InetAddress(nullptr, status)
+{
+    if (info == nullptr)
+        return;
+    if (info->ai_addr != nullptr)
+        std::memcpy(&m_address, info->ai_addr, std::min<std::size_t>(info->ai_addrlen, sizeof m_address));
+    m_address.in4.sin_port = htons(port);
+}
+
+InetAddress::~InetAddress() = default;
+
+ENUM_VX_E_SOCKET InetAddress::create(const vx_sockaddr_union* address, InetAddress** out)
+{
+    if (out == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *out = nullptr;
+    if (address == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return createOfFamily(address->generic.sa_family, out, address);
+}
+
+ENUM_VX_E_SOCKET InetAddress::create(const addrinfo* info, unsigned short port, InetAddress** out)
+{
+    if (out == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *out = nullptr;
+    if (info == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return createOfFamily(info->ai_family, out, info, port);
+}
+
+ENUM_VX_E_SOCKET InetAddress::getFamily(unsigned short* family) const
+{
+    if (family == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *family = m_address.generic.sa_family;
+    return VX_E_SOCKET_OK;
+}
+
+ENUM_VX_E_SOCKET InetAddress::getAddressStr(String& text) const
+{
+    unsigned int length = 0;
+    const ENUM_VX_E_SOCKET result = getStorageBinaryLength(&length);
+    if (result != VX_E_SOCKET_OK) {
+        appendNativeError(text, result);
+        return result;
+    }
+    char host[HOST_SIZE];
+    const int error = VXgetnumericname(&m_address.generic, length, host, sizeof host);
+    if (error != 0) {
+        appendNativeError(text, error);
+        return VX_E_SOCKETFromNativeEaiSocketError(error);
+    }
+    text.append(String(host));
+    return VX_E_SOCKET_OK;
+}
+
+Inet4Address::Inet4Address(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status)
+    : InetAddress(address, status)
+{
+}
+
+Inet4Address::Inet4Address(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status)
+    : InetAddress(info, port, status)
+{
+}
+
+Inet4Address::~Inet4Address() = default;
+
+ENUM_VX_E_SOCKET Inet4Address::getAddressBinaryLength(unsigned int* length) const
+{
+    return tellLength(BYTES_OF_IN4, length);
+}
+
+ENUM_VX_E_SOCKET Inet4Address::getAddressBinary(signed char* buffer, unsigned int* length) const
+{
+    return copyOut(&m_address.in4.sin_addr, BYTES_OF_IN4, buffer, length);
+}
+
+ENUM_VX_E_SOCKET Inet4Address::getStorageBinaryLength(unsigned int* length) const
+{
+    return tellLength(sizeof m_address.in4, length);
+}
+
+ENUM_VX_E_SOCKET Inet4Address::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const
+{
+    return copyOut(&m_address, sizeof m_address.in4, buffer, length);
+}
+
+short Inet4Address::isAddressAny() const
+{
+    return m_address.in4.sin_addr.s_addr == htonl(INADDR_ANY);
+}
+
+short Inet4Address::isAddressLoopback() const
+{
+    return m_address.in4.sin_addr.s_addr == htonl(INADDR_LOOPBACK);
+}
+
+short Inet4Address::isAddressNone() const
+{
+    return m_address.in4.sin_addr.s_addr == htonl(INADDR_NONE);
+}
+
+void Inet4Address::setAddressAny()
+{
+    m_address.in4.sin_addr.s_addr = htonl(INADDR_ANY);
+}
+
+Inet6Address::Inet6Address(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status)
+    : InetAddress(address, status)
+{
+}
+
+Inet6Address::Inet6Address(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status)
+    : InetAddress(info, port, status)
+{
+}
+
+Inet6Address::~Inet6Address() = default;
+
+ENUM_VX_E_SOCKET Inet6Address::getAddressBinaryLength(unsigned int* length) const
+{
+    return tellLength(BYTES_OF_IN6, length);
+}
+
+ENUM_VX_E_SOCKET Inet6Address::getAddressBinary(signed char* buffer, unsigned int* length) const
+{
+    return copyOut(&m_address.in6.sin6_addr, BYTES_OF_IN6, buffer, length);
+}
+
+ENUM_VX_E_SOCKET Inet6Address::getStorageBinaryLength(unsigned int* length) const
+{
+    return tellLength(sizeof m_address.in6, length);
+}
+
+ENUM_VX_E_SOCKET Inet6Address::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const
+{
+    return copyOut(&m_address, sizeof m_address.in6, buffer, length);
+}
+
+short Inet6Address::isAddressAny() const
+{
+    return IN6_IS_ADDR_UNSPECIFIED(&m_address.in6.sin6_addr) ? 1 : 0;
+}
+
+short Inet6Address::isAddressLoopback() const
+{
+    return IN6_IS_ADDR_LOOPBACK(&m_address.in6.sin6_addr) ? 1 : 0;
+}
+
+short Inet6Address::isAddressNone() const
+{
+    return 0;
+}
+
+void Inet6Address::setAddressAny()
+{
+    m_address.in6.sin6_addr = in6addr_any;
+}
+
+} // namespace vx::net

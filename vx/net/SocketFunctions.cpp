@@ -1,0 +1,328 @@
+#include "vx/net/SocketFunctions.h"
+
+#include "vx/net/TcpClientSocket2.h"
+#include "vx/net/TcpServerSocket2.h"
+#include "vx/net/detail/TextOut.h"
+
+#include <memory>
+
+using namespace vx::net;
+
+namespace {
+
+/// Asks a temporary address of the family of `address`.
+ENUM_VX_E_SOCKET ask(const vx_sockaddr_union* address, short* answer, short (InetAddress::*question)() const)
+{
+    if (answer != nullptr)
+        *answer = 0;
+    if (address == nullptr || answer == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+    const auto answerBy = [&](const InetAddress& asked) {
+        if (status == VX_E_SOCKET_OK)
+            *answer = (asked.*question)();
+        return status;
+    };
+    switch (address->generic.sa_family) {
+    case AF_INET:
+        return answerBy(Inet4Address(address, &status));
+    case AF_INET6:
+        return answerBy(Inet6Address(address, &status));
+    default:
+        return VX_E_SOCKET_EINVAL;
+    }
+}
+
+} // namespace
+
+ENUM_VX_E_SOCKET VxNetTcpSocketStaticInit(void)
+{
+    return TcpSocket2::init();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketStaticUninit(void)
+{
+    return VX_E_SOCKET_OK;
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketStaticGetVersion(int32_t* major, int32_t* minor)
+{
+    return TcpSocket2::getVersion(major, minor);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketStaticGetaddrinfo(
+    const char* host, unsigned short port, addrinfo* hints, uint32_t index, vx_sockaddr_union* result)
+{
+    return TcpSocket2::getAddrInfo(host, port, hints, index, result);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketStaticDestroy(TcpSocket2** socket)
+{
+    return TcpSocket2::destroyTcpSocket2(socket);
+}
+
+unsigned int VxNetTcpSocketGetId(TcpSocket2* socket)
+{
+    return socket != nullptr ? socket->getId() : 0;
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketClose(TcpSocket2* socket)
+{
+    if (socket == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return socket->close();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketShutdownInput(TcpSocket2* socket)
+{
+    if (socket == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return socket->shutdownInput();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketShutdownOutput(TcpSocket2* socket)
+{
+    if (socket == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return socket->shutdownOutput();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpSocketShutdownBoth(TcpSocket2* socket)
+{
+    if (socket == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return socket->shutdownBoth();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketStaticCreate(int domain, int type, int protocol, TcpClientSocket2** out)
+{
+    return TcpClientSocket2::createTcpClientSocket2(domain, type, protocol, out);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketBind(
+    TcpClientSocket2* client, const vx_sockaddr_union* address, unsigned int length)
+{
+    if (client == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return client->bind(address, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketConnect(
+    TcpClientSocket2* client, const vx_sockaddr_union* address, unsigned int length)
+{
+    if (client == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return client->connect(address, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketGetLocalAddress(TcpClientSocket2* client, vx_sockaddr_union* address, int* length)
+{
+    if (client == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return client->getLocalAddress(address, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpWorkerSocketGetsockopt(
+    TcpWorkerSocket2* worker, int32_t level, int32_t name, char* value, int* length)
+{
+    if (worker == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return worker->getsockopt(level, name, value, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketGetsockopt(
+    TcpWorkerSocket2* worker, int32_t level, int32_t name, char* value, int* length)
+{
+    return VxNetTcpWorkerSocketGetsockopt(worker, level, name, value, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSetsockopt(
+    TcpWorkerSocket2* worker, int32_t level, int32_t name, const char* value, int length)
+{
+    if (worker == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return worker->setsockopt(level, name, value, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketSetsockopt(
+    TcpWorkerSocket2* worker, int32_t level, int32_t name, const char* value, int length)
+{
+    return VxNetTcpWorkerSocketSetsockopt(worker, level, name, value, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpWorkerSocketRecv(
+    TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
+{
+    if (worker == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return worker->recv(buffer, length, flags, count);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketRecv(
+    TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
+{
+    return VxNetTcpWorkerSocketRecv(worker, buffer, length, flags, count);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSend(
+    TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
+{
+    if (worker == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return worker->send(buffer, length, flags, count);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketSend(
+    TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
+{
+    return VxNetTcpWorkerSocketSend(worker, buffer, length, flags, count);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpWorkerSocketStaticSelect(TcpWorkerSocket2** read, uint32_t* readCount,
+    TcpWorkerSocket2** write, uint32_t* writeCount, TcpWorkerSocket2** except, uint32_t* exceptCount,
+    const timeval* timeout, int32_t* ready)
+{
+    return TcpWorkerSocket2::select(read, readCount, write, writeCount, except, exceptCount, timeout, ready);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpClientSocketStaticSelect(TcpWorkerSocket2** read, uint32_t* readCount,
+    TcpWorkerSocket2** write, uint32_t* writeCount, TcpWorkerSocket2** except, uint32_t* exceptCount,
+    const timeval* timeout, int32_t* ready)
+{
+    return VxNetTcpWorkerSocketStaticSelect(read, readCount, write, writeCount, except, exceptCount, timeout, ready);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketStaticCreate(int domain, int type, int protocol, TcpServerSocket2** out)
+{
+    return TcpServerSocket2::createTcpServerSocket2(domain, type, protocol, out);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddAddrAny(TcpServerSocket2* server, unsigned short port)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->bindListAddAddrAny(port);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddAddrInfo(
+    TcpServerSocket2* server, const char* hosts, const char* service, unsigned short port)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->bindListAddAddrInfo(hosts, service, port);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListClear(TcpServerSocket2* server)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    server->bindListClear();
+    return VX_E_SOCKET_OK;
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListSaveOneForNamedPipeReply(TcpServerSocket2* server)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->bindListSaveOneForNamedPipeReply();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddressesDiagnosticStrA(
+    TcpServerSocket2* server, char* text, uint32_t* length)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->bindListAddressesDiagnosticStrA(text, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBind(TcpServerSocket2* server)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->bind();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketListen(TcpServerSocket2* server, int backlog)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->listen(backlog);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketSaveBoundAddresses(TcpServerSocket2* server)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->saveBoundAddresses();
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketGetBoundAddress(
+    TcpServerSocket2* server, uint32_t index, signed char* address, unsigned int* length)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->getBoundAddress(index, address, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(
+    TcpServerSocket2* server, char* text, uint32_t* length)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->boundListAddressesDiagnosticStrA(text, length);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketAccept(TcpServerSocket2* server, TcpWorkerSocket2** out)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->accept(out);
+}
+
+ENUM_VX_E_SOCKET VxNetTcpServerSocketAcceptSocket(TcpServerSocket2* server, unsigned int* socket)
+{
+    if (server == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    return server->accept(socket);
+}
+
+ENUM_VX_E_SOCKET VxNetInetSocketAddressStaticGetPortHostOrderFromTcpServiceName(
+    const char* service, unsigned short* port)
+{
+    return InetSocketAddress::getPortHostOrderFromTcpServiceName(service, port);
+}
+
+ENUM_VX_E_SOCKET VxNetInetSocketAddressGetDiagnosticStr(
+    const vx_sockaddr_union* address, char* text, unsigned int* length)
+{
+    return detail::writeText(text, length, [&](vx::String& built) {
+        ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+        InetSocketAddress(address, &status).getDiagnosticStr(built);
+        return status;
+    });
+}
+
+ENUM_VX_E_SOCKET VxNetInetAddressGetAddressStr(const vx_sockaddr_union* address, char* text, unsigned int* length)
+{
+    return detail::writeText(text, length, [&](vx::String& built) {
+        InetAddress* held = nullptr;
+        const ENUM_VX_E_SOCKET status = InetAddress::create(address, &held);
+        const std::unique_ptr<InetAddress> owner(held);
+        return status == VX_E_SOCKET_OK ? held->getAddressStr(built) : status;
+    });
+}
+
+ENUM_VX_E_SOCKET VxNetInetAddressIsAddressAny(const vx_sockaddr_union* address, short* answer)
+{
+    return ask(address, answer, &InetAddress::isAddressAny);
+}
+
+ENUM_VX_E_SOCKET VxNetInetAddressIsAddressLoopback(const vx_sockaddr_union* address, short* answer)
+{
+    return ask(address, answer, &InetAddress::isAddressLoopback);
+}
+
+ENUM_VX_E_SOCKET VxNetInetAddressIsAddressNone(const vx_sockaddr_union* address, short* answer)
+{
+    return ask(address, answer, &InetAddress::isAddressNone);
+}

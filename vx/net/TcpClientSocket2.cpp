@@ -1,0 +1,67 @@
+#include "vx/net/TcpClientSocket2.h"
+
+#include "vx/net/detail/NativeSocket.h"
+
+#include <new>
+
+namespace vx::net {
+
+using namespace detail;
+
+TcpClientSocket2::TcpClientSocket2(unsigned int id, ENUM_VX_E_SOCKET* status)
+    : TcpWorkerSocket2(id, status)
+{
+}
+
+TcpClientSocket2::~TcpClientSocket2() = default;
+
+ENUM_VX_E_SOCKET TcpClientSocket2::createTcpClientSocket2(int domain, int type, int protocol, TcpClientSocket2** out)
+{
+    if (out == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *out = nullptr;
+    ENUM_VX_E_SOCKET status = init();
+    if (status != VX_E_SOCKET_OK)
+        return status;
+    const unsigned int handle = openSocket(domain, type, protocol);
+    if (handle == INVALID_SOCKET_HANDLE)
+        return lastError();
+    *out = new (std::nothrow) TcpClientSocket2(handle, &status);
+    if (*out != nullptr)
+        return status;
+    closeSocket(handle);
+    return VX_E_SOCKET_EFAULT;
+}
+
+ENUM_VX_E_SOCKET TcpClientSocket2::bind(const vx_sockaddr_union* address, unsigned int length)
+{
+    if (address == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    return resultOf([&] { return ::bind(static_cast<int>(getHandle()), &address->generic, length); });
+}
+
+ENUM_VX_E_SOCKET TcpClientSocket2::connect(const vx_sockaddr_union* address, unsigned int length)
+{
+    if (address == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    return resultOf([&] { return ::connect(static_cast<int>(getHandle()), &address->generic, length); });
+}
+
+ENUM_VX_E_SOCKET TcpClientSocket2::getLocalAddress(vx_sockaddr_union* address, int* length)
+{
+    if (address == nullptr || length == nullptr || *length < 0)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    auto size = static_cast<socklen_t>(*length);
+    const ENUM_VX_E_SOCKET result
+        = resultOf([&] { return ::getsockname(static_cast<int>(getHandle()), &address->generic, &size); });
+    *length = static_cast<int>(size);
+    return result;
+}
+
+} // namespace vx::net

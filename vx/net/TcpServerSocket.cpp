@@ -1,0 +1,72 @@
+#include "vx/net/TcpServerSocket.h"
+
+#include "vx/Exception.h"
+#include "vx/String.h"
+#include "vx/io/IoException.h"
+#include "vx/net/TcpSocket2.h"
+#include "vx/net/detail/NativeSocket.h"
+
+#include <arpa/inet.h>
+#include <system_error>
+
+namespace vx::net {
+
+using namespace detail;
+
+namespace {
+
+template <class Failure>
+[[noreturn]] void failWithError()
+{
+    const std::string why = std::generic_category().message(errno);
+    throw Failure(u"TcpServerSocket: " + String(why.c_str()));
+}
+
+TcpSocketHandle* openListener()
+{
+    const ENUM_VX_E_SOCKET started = TcpSocket2::init();
+    if (started != VX_E_SOCKET_OK)
+        throw Exception(u"TcpServerSocket: Winsock failed to load " + String(VXGetDescriptionFromVX_E_SOCKET(started)));
+    const unsigned int socket = openSocket(AF_INET, SOCK_STREAM, 0);
+    if (socket == INVALID_SOCKET_HANDLE)
+        failWithError<io::IoException>();
+    return new TcpSocketHandle(socket);
+}
+
+} // namespace
+
+TcpServerSocket::TcpServerSocket(unsigned short port, int backlog)
+    : m_handle(openListener())
+{
+    const int socket = static_cast<int>(m_handle->getSocket());
+    vx_sockaddr_union address {};
+    address.in4.sin_family = AF_INET;
+    address.in4.sin_port = htons(port);
+    if (::bind(socket, &address.generic, sizeof address.in4) != 0 || ::listen(socket, backlog) != 0)
+        failWithError<Exception>();
+}
+
+TcpServerSocket::~TcpServerSocket() noexcept(false) = default;
+
+Reference<TcpSocket> TcpServerSocket::accept()
+{
+    vx_sockaddr_union peer {};
+    socklen_t length = sizeof peer.in4;
+    const unsigned int socket = acceptSocket(m_handle->getSocket(), &peer.generic, &length);
+    if (socket == INVALID_SOCKET_HANDLE) {
+        const std::int32_t number = VXLastNativeSocketError();
+        throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(number));
+    }
+    return new TcpSocket(socket);
+}
+
+unsigned short TcpServerSocket::getPort() const
+{
+    vx_sockaddr_union address {};
+    socklen_t length = sizeof address;
+    if (::getsockname(static_cast<int>(m_handle->getSocket()), &address.generic, &length) != 0)
+        failWithError<Exception>();
+    return ntohs(address.in4.sin_port);
+}
+
+} // namespace vx::net

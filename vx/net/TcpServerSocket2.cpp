@@ -1,0 +1,442 @@
+#include "vx/net/TcpServerSocket2.h"
+
+#include "vx/String.h"
+#include "vx/net/TcpWorkerSocket2.h"
+#include "vx/net/detail/NativeSocket.h"
+#include "vx/net/detail/TextOut.h"
+#include "vxsys/Net.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cstdint>
+#include <netdb.h>
+#include <new>
+#include <span>
+#include <utility>
+
+namespace vx::net {
+
+using namespace detail;
+
+namespace {
+
+/// The address that entry or socket has, for a list; null with a failure in `*status`.
+template <class... Source>
+std::unique_ptr<InetSocketAddress> makeAddress(ENUM_VX_E_SOCKET* status, Source... source)
+{
+    std::unique_ptr<InetSocketAddress> address(new (std::nothrow) InetSocketAddress(source..., status));
+    if (address == nullptr)
+        *status = VX_E_SOCKET_EFAULT;
+    else if (*status != VX_E_SOCKET_OK || address->getAddress() == nullptr)
+        address.reset();
+    return address;
+}
+
+/// What a peer that is gone already makes of a close or a shutdown.
+bool isOfNoAccount(ENUM_VX_E_SOCKET result)
+{
+    return result == VX_E_SOCKET_OK || result == VX_E_SOCKET_ENOTCONN || result == VX_E_SOCKET_ECONNRESET;
+}
+
+} // namespace
+
+bool TcpServerSocket2::AddressList::add(std::unique_ptr<InetSocketAddress> address)
+{
+    if (m_size == MOST_ENTRIES)
+        return false;
+    m_entries[m_size++] = std::move(address);
+    return true;
+}
+
+void TcpServerSocket2::AddressList::clear()
+{
+    while (m_size > 0)
+        m_entries[--m_size].reset();
+}
+
+TcpServerSocket2::TcpServerSocket2(int domain, int type, int protocol, ENUM_VX_E_SOCKET* status)
+    : TcpSocket2(status)
+    , m_domain(domain)
+    , m_type(type)
+    , m_protocol(protocol)
+{
+    TcpServerSocket2::socketListClear();
+}
+
+TcpServerSocket2::~TcpServerSocket2()
+{
+    if (getClosed() == 0 && getShutdownOut() == 0)
+        TcpServerSocket2::shutdownOutput();
+    if (getClosed() == 0)
+        TcpServerSocket2::close();
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::createTcpServerSocket2(int domain, int type, int protocol, TcpServerSocket2** out)
+{
+    if (out == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *out = nullptr;
+    ENUM_VX_E_SOCKET status = init();
+    if (status != VX_E_SOCKET_OK)
+        return status;
+    *out = new (std::nothrow) TcpServerSocket2(domain, type, protocol, &status);
+    return *out != nullptr ? status : VX_E_SOCKET_EFAULT;
+}
+
+unsigned int TcpServerSocket2::getId()
+{
+    const auto low = static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(this));
+    return low != 0 ? low : 1;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::shutdownInput()
+{
+    return shutDown(Direction::INPUT);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::shutdownOutput()
+{
+    return shutDown(Direction::OUTPUT);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::shutdownBoth()
+{
+    return shutDown(Direction::BOTH);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::close()
+{
+    if (getClosed() != 0)
+        return VX_E_SOCKET_OK;
+    setClosed(1);
+    ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
+    for (unsigned int& slot : std::span(m_sockets).first(std::exchange(m_socketCount, 0U))) {
+        const unsigned int handle = std::exchange(slot, INVALID_SOCKET_HANDLE);
+        const ENUM_VX_E_SOCKET result = resultOf([&] { return closeSocket(handle); });
+        if (!isOfNoAccount(result))
+            last = result;
+    }
+    return last;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::bindListAddAddrAny(unsigned short port)
+{
+    ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
+    for (const int family : {AF_INET6, AF_INET}) {
+        vx_sockaddr_union any {};
+        any.generic.sa_family = static_cast<sa_family_t>(family);
+        any.in4.sin_port = htons(port);
+        ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+        std::unique_ptr<InetSocketAddress> address = makeAddress(&status, &any);
+        if (address != nullptr)
+            address->getAddress()->setAddressAny();
+        if (address == nullptr || !m_bindList.add(std::move(address)))
+            last = VX_E_SOCKET_EFAULT;
+    }
+    return last;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::bindListAddAddrInfo(const char* hosts, const char* service, unsigned short port)
+{
+    if (hosts == nullptr || (port == 0 && (service == nullptr || *service == '\0')))
+        return VX_E_SOCKET_EINVAL;
+    ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+    if (port == 0) {
+        status = InetSocketAddress::getPortHostOrderFromTcpServiceName(service, &port);
+        if (status != VX_E_SOCKET_OK)
+            return status;
+    }
+    char portText[16] = "";
+    std::to_chars(portText, portText + sizeof portText - 1, port);
+
+    const std::unique_ptr<char, decltype(&VXStrFreeA)> copy(VXStrDupA(hosts), VXStrFreeA);
+    if (copy == nullptr)
+        return VX_E_SOCKET_EFAULT;
+    for (char* host = copy.get(); host != nullptr;) {
+        char* rest = const_cast<char*>(VXStrChrA(host, ','));
+        if (rest != nullptr) {
+            *rest++ = '\0';
+            while (*rest == ' ')
+                ++rest;
+        }
+        status = addHost(host, portText, port);
+        host = rest;
+    }
+    return status;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::addHost(const char* host, const char* service, unsigned short port)
+{
+    addrinfo hints {};
+    hints.ai_flags = AI_PASSIVE | AI_CANONNAME;
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_protocol = IPPROTO_TCP;
+    addrinfo* list = nullptr;
+    if (const int error = VXgetaddrinfo(host, service, &hints, &list))
+        return VX_E_SOCKETFromNativeEaiSocketError(error);
+    const std::unique_ptr<addrinfo, decltype(&VXfreeaddrinfo)> owner(list, VXfreeaddrinfo);
+
+    ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+    bool hasAdded = false;
+    for (; list != nullptr; list = list->ai_next) {
+        if (list->ai_family != AF_INET && list->ai_family != AF_INET6)
+            continue;
+        std::unique_ptr<InetSocketAddress> address(new (std::nothrow) InetSocketAddress(list, port, &status));
+        if (address == nullptr)
+            continue;
+        if (status != VX_E_SOCKET_OK)
+            break;
+        const InetAddress& found = *address->getAddress();
+        if (found.isAddressAny() == 0 && found.isAddressNone() == 0 && m_bindList.add(std::move(address)))
+            hasAdded = true;
+    }
+    return hasAdded ? status : VX_E_SOCKET_HOST_NOT_FOUND;
+}
+
+void TcpServerSocket2::bindListClear()
+{
+    m_bindList.clear();
+}
+
+void TcpServerSocket2::boundListClear()
+{
+    m_boundList.clear();
+}
+
+void TcpServerSocket2::socketListClear()
+{
+    m_sockets.fill(INVALID_SOCKET_HANDLE);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::bindListSaveOneForNamedPipeReply()
+{
+    ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+    if (m_bindList.size() == 1) {
+        vx_sockaddr_union storage {};
+        unsigned int length = sizeof storage;
+        const InetSocketAddress* only = m_bindList.get(0);
+        if (only == nullptr || only->getAddress() == nullptr)
+            status = VX_E_SOCKET_EFAULT;
+        else
+            status = only->getAddress()->getStorageBinary(&storage, &length);
+        if (status == VX_E_SOCKET_OK)
+            m_saved = makeAddress(&status, &storage);
+    }
+    m_bindList.clear();
+    return status;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::bind()
+{
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
+    for (unsigned int index = 0; index < m_bindList.size(); ++index) {
+        Next next = Next::ENTRY;
+        const ENUM_VX_E_SOCKET result = bindOne(m_bindList.get(index), &next);
+        if (next == Next::FAILURE)
+            return result;
+        if (result != VX_E_SOCKET_OK)
+            last = result;
+        if (next == Next::END)
+            break;
+    }
+    return m_socketCount > 0 ? VX_E_SOCKET_OK : last;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::bindOne(const InetSocketAddress* entry, Next* next)
+{
+    *next = Next::FAILURE;
+    if (entry == nullptr || entry->getAddress() == nullptr)
+        return VX_E_SOCKET_EFAULT;
+    vx_sockaddr_union storage {};
+    unsigned int length = sizeof storage;
+    if (const ENUM_VX_E_SOCKET copied = entry->getAddress()->getStorageBinary(&storage, &length);
+        copied != VX_E_SOCKET_OK)
+        return copied;
+
+    const unsigned int handle = openSocket(storage.generic.sa_family, m_type, m_protocol);
+    if (handle == INVALID_SOCKET_HANDLE) {
+        const ENUM_VX_E_SOCKET failure = lastError();
+        *next = failure == VX_E_SOCKET_EAFNOSUPPORT ? Next::ENTRY : Next::END;
+        return failure;
+    }
+    *next = Next::ENTRY;
+    if (storage.generic.sa_family == AF_INET6) {
+        const int on = 1;
+        ::setsockopt(static_cast<int>(handle), IPPROTO_IPV6, IPV6_V6ONLY, &on, sizeof on);
+    }
+    ENUM_VX_E_SOCKET result = resultOf([&] { return ::bind(static_cast<int>(handle), &storage.generic, length); });
+    if (result == VX_E_SOCKET_OK && m_socketCount < MOST_ENTRIES) {
+        m_sockets[m_socketCount++] = handle;
+        return VX_E_SOCKET_OK;
+    }
+    if (result == VX_E_SOCKET_OK)
+        result = VX_E_SOCKET_EFAULT; // no place for it
+    if (const ENUM_VX_E_SOCKET closed = resultOf([&] { return closeSocket(handle); }); closed != VX_E_SOCKET_OK) {
+        *next = Next::FAILURE;
+        return closed;
+    }
+    return result;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::listen(int backlog)
+{
+    ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
+    for (const unsigned int handle : std::span(m_sockets).first(m_socketCount)) {
+        const ENUM_VX_E_SOCKET result
+            = resultOf([&] { return ::listen(static_cast<int>(handle), backlog < 1 ? INT_MAX : backlog); });
+        if (result != VX_E_SOCKET_OK)
+            last = result;
+    }
+    return last;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::saveBoundAddresses()
+{
+    if (m_saved != nullptr) {
+        m_boundList.clear();
+        m_boundList.add(std::move(m_saved));
+        return VX_E_SOCKET_OK;
+    }
+    ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
+    for (const unsigned int handle : std::span(m_sockets).first(m_socketCount)) {
+        vx_sockaddr_union storage {};
+        socklen_t length = sizeof storage;
+        ENUM_VX_E_SOCKET result
+            = resultOf([&] { return ::getsockname(static_cast<int>(handle), &storage.generic, &length); });
+        if (result == VX_E_SOCKET_OK) {
+            std::unique_ptr<InetSocketAddress> address = makeAddress(&result, &storage);
+            if (address != nullptr && !m_boundList.add(std::move(address)))
+                result = VX_E_SOCKET_EFAULT;
+        }
+        if (result != VX_E_SOCKET_OK)
+            last = result;
+    }
+    return last;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::getBoundAddress(std::uint32_t index, signed char* address, unsigned int* length)
+{
+    if (address == nullptr || length == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    unsigned int room = std::exchange(*length, 0U);
+    if (index >= m_boundList.size())
+        return VX_E_SOCKET_EADDRNOTAVAIL;
+    const InetSocketAddress* entry = m_boundList.get(index);
+    if (entry == nullptr || entry->getAddress() == nullptr)
+        return VX_E_SOCKET_EFAULT;
+    const ENUM_VX_E_SOCKET result
+        = entry->getAddress()->getStorageBinary(reinterpret_cast<vx_sockaddr_union*>(address), &room);
+    if (result == VX_E_SOCKET_OK)
+        *length = room;
+    return result;
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::accept(TcpWorkerSocket2** out)
+{
+    if (out == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *out = nullptr;
+    return accept_guts(out, nullptr);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::accept(unsigned int* socket)
+{
+    if (socket == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    *socket = INVALID_SOCKET_HANDLE;
+    return accept_guts(nullptr, socket);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::accept_guts(TcpWorkerSocket2** out, unsigned int* socket)
+{
+    unsigned int handle = INVALID_SOCKET_HANDLE;
+    vx_sockaddr_union peer {};
+    ENUM_VX_E_SOCKET status = acceptConnection(&handle, &peer);
+    if (handle == INVALID_SOCKET_HANDLE)
+        return status;
+    if (socket != nullptr) {
+        *socket = handle;
+        return status;
+    }
+    *out = new (std::nothrow) TcpWorkerSocket2(handle, &peer, &status);
+    if (*out == nullptr) {
+        closeSocket(handle);
+        status = VX_E_SOCKET_EFAULT;
+    }
+    return status;
+}
+
+/// Waits on all sockets and takes one connection; `*handle` stays where there is none.
+ENUM_VX_E_SOCKET TcpServerSocket2::acceptConnection(unsigned int* handle, vx_sockaddr_union* peer)
+{
+    if (m_socketCount == 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    std::array<pollfd, MOST_ENTRIES> waits;
+    const std::span<pollfd> entries = std::span(waits).first(m_socketCount);
+    for (unsigned int index = 0; index < m_socketCount; ++index)
+        entries[index] = {static_cast<int>(m_sockets[index]), WAIT_READ | WAIT_EXCEPT, 0};
+
+    const int ready = waitFor(entries, nullptr);
+    if (ready < 0)
+        return lastError();
+    if (ready == 0)
+        return VX_E_SOCKET_EINTR;
+    if (const auto failed = std::ranges::find_if(entries, isExceptional); failed != entries.end()) {
+        const ENUM_VX_E_SOCKET pending = takePendingError(static_cast<unsigned int>(failed->fd));
+        if (pending != VX_E_SOCKET_OK)
+            return pending;
+    }
+    const auto first = std::ranges::find_if(entries, isReadable);
+    if (first == entries.end())
+        return VX_E_SOCKET_OK;
+    socklen_t length = sizeof *peer;
+    *handle = acceptSocket(static_cast<unsigned int>(first->fd), &peer->generic, &length);
+    return *handle != INVALID_SOCKET_HANDLE ? VX_E_SOCKET_OK : lastError();
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::bindListAddressesDiagnosticStrA(char* text, std::uint32_t* length)
+{
+    return listAddressesDiagnosticStrA(m_bindList, text, length);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::boundListAddressesDiagnosticStrA(char* text, std::uint32_t* length)
+{
+    return listAddressesDiagnosticStrA(m_boundList, text, length);
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::listAddressesDiagnosticStrA(
+    const AddressList& list, char* text, std::uint32_t* length)
+{
+    return writeText(text, length, [&](String& joined) {
+        for (unsigned int index = 0; index < list.size(); ++index) {
+            if (index > 0)
+                joined.append(u"; ");
+            if (const InetSocketAddress* entry = list.get(index))
+                entry->getDiagnosticStr(joined);
+            else
+                joined.append(u"[list(" + String::valueOf(index) + u")==NULL]");
+        }
+        return VX_E_SOCKET_OK;
+    });
+}
+
+ENUM_VX_E_SOCKET TcpServerSocket2::shutDown(Direction direction)
+{
+    const int how = beginShutdown(direction);
+    if (how < 0 || getClosed() != 0)
+        return VX_E_SOCKET_OK;
+    ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
+    for (const unsigned int handle : std::span(m_sockets).first(m_socketCount)) {
+        const ENUM_VX_E_SOCKET result = resultOf([&] { return ::shutdown(static_cast<int>(handle), how); });
+        if (!isOfNoAccount(result))
+            last = result;
+    }
+    return last;
+}
+
+} // namespace vx::net

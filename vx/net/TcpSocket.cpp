@@ -1,0 +1,139 @@
+#include "vx/net/TcpSocket.h"
+
+#include "vx/Exception.h"
+#include "vx/String.h"
+#include "vx/io/IoException.h"
+#include "vx/net/TcpSocket2.h"
+#include "vx/net/TcpSocketStreams.h"
+#include "vx/net/detail/NativeSocket.h"
+#include "vx/sync/ScopedLock.h"
+#include "vxsys/Net.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstring>
+#include <memory>
+#include <netdb.h>
+
+namespace vx::net {
+
+using namespace detail;
+
+namespace {
+
+String describe(const char16_t* where, ENUM_VX_E_SOCKET why)
+{
+    return String(where) + String(VXGetDescriptionFromVX_E_SOCKET(why));
+}
+
+/// The first address of a host, without a port.
+vx_sockaddr_union lookUp(const String& host, socklen_t& length)
+{
+    addrinfo hints {};
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_protocol = IPPROTO_TCP;
+    addrinfo* list = nullptr;
+    VXgetaddrinfo(host.getBytes(), nullptr, &hints, &list);
+    const std::unique_ptr<addrinfo, decltype(&VXfreeaddrinfo)> owner(list, VXfreeaddrinfo);
+    if (list == nullptr)
+        throw Exception(u"Unknown host: " + host);
+    vx_sockaddr_union address {};
+    length = std::min<socklen_t>(list->ai_addrlen, sizeof address);
+    std::memcpy(&address, list->ai_addr, length);
+    return address;
+}
+
+} // namespace
+
+std::atomic<bool> TcpSocket::s_bInitialized {false};
+
+TcpSocketHandle::~TcpSocketHandle() noexcept
+{
+    closeSocket(m_socket);
+}
+
+TcpSocket::TcpSocket(const String& host, unsigned short port)
+{
+    init();
+    socklen_t length = 0;
+    vx_sockaddr_union address = lookUp(host, length);
+    const unsigned int socket = openSocket(address.generic.sa_family, SOCK_STREAM, 0);
+    if (socket == INVALID_SOCKET_HANDLE)
+        throw io::IoException(describe(u"TcpSocket::TcpSocket ", lastError()));
+    m_handle = new TcpSocketHandle(socket);
+    address.in4.sin_port = htons(port);
+    if (::connect(static_cast<int>(socket), &address.generic, length) != 0) {
+        const ENUM_VX_E_SOCKET failure = lastError();
+        throw Exception(u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", failure));
+    }
+}
+
+TcpSocket::TcpSocket(unsigned int socket)
+    : m_handle(new TcpSocketHandle(socket))
+{
+}
+
+TcpSocket::~TcpSocket() noexcept(false) = default;
+
+Reference<io::InputStream> TcpSocket::getInputStream()
+{
+    return &inputStream();
+}
+
+Reference<io::OutputStream> TcpSocket::getOutputStream()
+{
+    const sync::ScopedLock lock(m_lock);
+    if (m_output == nullptr)
+        m_output = new TcpSocketOutputStream(m_handle.get());
+    return m_output;
+}
+
+void TcpSocket::setSoTimeout(int milliseconds)
+{
+    inputStream().setTimeout(milliseconds);
+}
+
+String TcpSocket::getInheritanceId()
+{
+    return u"vx.net.tcp.socket=" + String::valueOf(m_handle->getSocket());
+}
+
+TcpSocketInputStream& TcpSocket::inputStream()
+{
+    const sync::ScopedLock lock(m_lock);
+    if (m_input == nullptr)
+        m_input = new TcpSocketInputStream(m_handle.get());
+    return *m_input;
+}
+
+void TcpSocket::init()
+{
+    if (s_bInitialized)
+        return;
+    const ENUM_VX_E_SOCKET result = TcpSocket2::init();
+    if (result != VX_E_SOCKET_OK)
+        throw Exception(describe(u"TcpSocket::init ", result));
+    s_bInitialized = true;
+}
+
+void TcpSocket::uninit()
+{
+    if (!s_bInitialized)
+        return;
+    const ENUM_VX_E_SOCKET result = TcpSocket2::uninit();
+    if (result != VX_E_SOCKET_OK)
+        throw Exception(describe(u"TcpSocket::uninit ", result));
+    s_bInitialized = false;
+}
+
+bool TcpSocket::getInitialized()
+{
+    return s_bInitialized;
+}
+
+void TcpSocket::close(unsigned int socket) noexcept
+{
+    closeSocket(socket);
+}
+
+} // namespace vx::net

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/io/InputStream.h"
+#include "vx/io/OutputStream.h"
+#include "vx/net/TcpSocketHandle.h"
+#include "vx/sync/Mutex.h"
+
+#include <atomic>
+
+namespace vx {
+class String;
+}
+
+namespace vx::net {
+
+class TcpSocketInputStream;
+class TcpSocketOutputStream;
+
+/// A connected socket with a stream in each direction. Failures are exceptions. The native socket is open until this
+/// object and its streams are all gone. One thread may read while another writes.
+class VX_API TcpSocket : public Object {
+public:
+    /// Connects to the first address of `host`. Throws Exception for a host that is unknown or cannot be reached,
+    /// IoException where there is no socket to be had.
+    TcpSocket(const String& host, unsigned short port);
+    TcpSocket(const TcpSocket&) = delete;
+    TcpSocket& operator=(const TcpSocket&) = delete;
+    ~TcpSocket() noexcept(false) override;
+
+    /// One and the same object each time. Closing it leaves the socket open.
+    Reference<io::InputStream> getInputStream();
+    Reference<io::OutputStream> getOutputStream();
+    /// How long a read waits for the first byte before it throws io::TimeoutException; 0, as at the start, is for ever.
+    void setSoTimeout(int milliseconds);
+    /// "vx.net.tcp.socket=" and the native socket: how the socket is named to a process that inherits it.
+    String getInheritanceId();
+
+protected:
+    /// Takes over a connected native socket.
+    explicit TcpSocket(unsigned int socket);
+
+    /// Makes the sockets layer ready, and takes that back. Both throw Exception.
+    static void init();
+    static void uninit();
+    static bool getInitialized();
+    static void close(unsigned int socket) noexcept;
+
+private:
+    friend class TcpServerSocket;
+
+    TcpSocketInputStream& inputStream();
+
+    static std::atomic<bool> s_bInitialized;
+
+    Reference<TcpSocketInputStream> m_input;
+    Reference<TcpSocketOutputStream> m_output;
+    Reference<TcpSocketHandle> m_handle;
+    sync::Mutex m_lock; ///< guards the making of the streams
+};
+
+} // namespace vx::net

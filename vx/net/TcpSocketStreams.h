@@ -1,0 +1,48 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/InputStream.h"
+#include "vx/io/OutputStream.h"
+#include "vx/net/TcpSocketHandle.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace vx::net {
+
+/// What comes from a socket. `close` leaves it open.
+class VX_API TcpSocketInputStream : public io::InputStream {
+public:
+    explicit TcpSocketInputStream(TcpSocketHandle* handle);
+    ~TcpSocketInputStream() noexcept override;
+
+    using InputStream::read;
+    /// One receive: what there is, -1 when the peer has closed. Throws io::TimeoutException, behind which the next read
+    /// waits anew, or IoException.
+    std::int32_t read(signed char* buffer, std::int32_t length) override;
+
+    /// Milliseconds; 0 is for ever.
+    void setTimeout(int milliseconds) noexcept { m_timeout = milliseconds; }
+
+private:
+    Reference<TcpSocketHandle> m_handle;
+    const unsigned int m_socket;
+    std::atomic<int> m_timeout {0};
+};
+
+/// What goes to a socket. `close` leaves it open.
+class VX_API TcpSocketOutputStream : public io::OutputStream {
+public:
+    explicit TcpSocketOutputStream(TcpSocketHandle* handle);
+    ~TcpSocketOutputStream() noexcept override;
+
+    using OutputStream::write;
+    /// One send. Throws IoException, also where a signal cut it short: what had been sent then is not known.
+    void write(const signed char* buffer, std::int32_t length) override;
+
+private:
+    Reference<TcpSocketHandle> m_handle;
+    const unsigned int m_socket;
+};
+
+} // namespace vx::net

@@ -1,0 +1,240 @@
+#include "vx/net/TcpWorkerSocket2.h"
+
+#include "vx/net/detail/NativeSocket.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <span>
+#include <utility>
+
+namespace vx::net {
+
+namespace {
+
+using namespace detail;
+
+/// One of the three sets of `select`.
+struct SelectSet {
+    TcpWorkerSocket2** sockets;
+    std::uint32_t* count;
+    short events;
+    bool (*isReady)(const pollfd&) noexcept;
+    std::uint32_t size = 0; ///< the count at the start
+};
+
+constexpr std::uint32_t MOST_SOCKETS = 63;
+constexpr std::size_t SETS = 3;
+
+/// What is waited for: an entry for each descriptor.
+class WaitList {
+public:
+    /// VX_E_SOCKET_ENOTSOCK for a closed socket.
+    ENUM_VX_E_SOCKET add(TcpWorkerSocket2* socket, short events)
+    {
+        if (socket == nullptr)
+            return VX_E_SOCKET_EINVAL;
+        const unsigned int id = socket->getId();
+        if (id == 0)
+            return VX_E_SOCKET_ENOTSOCK;
+        pollfd* entry = find(id);
+        if (entry == nullptr) {
+            m_ids[m_size] = id;
+            entry = &m_entries[m_size++];
+            *entry = {static_cast<int>(id), 0, 0};
+        }
+        entry->events = static_cast<short>(entry->events | events);
+        return VX_E_SOCKET_OK;
+    }
+
+    pollfd* find(unsigned int id)
+    {
+        const auto end = m_ids.begin() + static_cast<std::ptrdiff_t>(m_size);
+        const auto place = std::find(m_ids.begin(), end, id);
+        return place != end ? &m_entries[static_cast<std::size_t>(place - m_ids.begin())] : nullptr;
+    }
+
+    std::span<pollfd> entries() { return {m_entries.data(), m_size}; }
+
+private:
+    std::array<unsigned int, SETS * MOST_SOCKETS> m_ids;
+    std::array<pollfd, SETS * MOST_SOCKETS> m_entries;
+    std::size_t m_size = 0;
+};
+
+/// Leaves the ready sockets in the array and counts them. Gives the result of the last exception.
+ENUM_VX_E_SOCKET keepReady(SelectSet& set, WaitList& waits, ENUM_VX_E_SOCKET result)
+{
+    for (TcpWorkerSocket2*& socket : std::span(set.sockets, set.size)) {
+        const unsigned int id = socket->getId();
+        if (id == 0)
+            return VX_E_SOCKET_ENOTSOCK;
+        if (!set.isReady(*waits.find(id))) {
+            socket = nullptr;
+            continue;
+        }
+        ++*set.count;
+        if (set.events == WAIT_EXCEPT)
+            result = takePendingError(id);
+    }
+    return result;
+}
+
+} // namespace
+
+TcpWorkerSocket2::TcpWorkerSocket2(unsigned int id, ENUM_VX_E_SOCKET* status)
+    : TcpSocket2(status)
+    , m_handle(id)
+{
+}
+
+TcpWorkerSocket2::TcpWorkerSocket2(unsigned int id, const vx_sockaddr_union* peer, ENUM_VX_E_SOCKET* status)
+    : TcpWorkerSocket2(id, status)
+{
+    m_peer.reset(new (std::nothrow) InetSocketAddress(peer, status));
+    if (m_peer == nullptr && status != nullptr)
+        *status = VX_E_SOCKET_EFAULT;
+}
+
+TcpWorkerSocket2::~TcpWorkerSocket2()
+{
+    if (getClosed() == 0 && getShutdownOut() == 0)
+        TcpWorkerSocket2::shutdownOutput();
+    if (getClosed() == 0)
+        TcpWorkerSocket2::close();
+}
+
+unsigned int TcpWorkerSocket2::getId()
+{
+    return m_handle != INVALID_SOCKET_HANDLE ? m_handle : 0;
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::shutdownInput()
+{
+    return shutDown(Direction::INPUT);
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::shutdownOutput()
+{
+    return shutDown(Direction::OUTPUT);
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::shutdownBoth()
+{
+    return shutDown(Direction::BOTH);
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::close()
+{
+    if (getClosed() != 0)
+        return VX_E_SOCKET_OK;
+    setClosed(1);
+    const unsigned int handle = std::exchange(m_handle, INVALID_SOCKET_HANDLE);
+    return resultOf([&] { return closeSocket(handle); });
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::getsockopt(std::int32_t level, std::int32_t name, char* value, int* length)
+{
+    if (value == nullptr || length == nullptr || *length < 0)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    auto size = static_cast<socklen_t>(*length);
+    const ENUM_VX_E_SOCKET result
+        = resultOf([&] { return ::getsockopt(static_cast<int>(m_handle), level, name, value, &size); });
+    *length = static_cast<int>(size);
+    return result;
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::recv(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
+{
+    if (buffer == nullptr || count == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    const std::size_t most = std::min<std::size_t>(length, INT32_MAX);
+    errno = 0; // an orderly end sets none
+    *count = static_cast<std::int32_t>(::recv(static_cast<int>(m_handle), buffer, most, flags));
+    return *count > 0 ? VX_E_SOCKET_OK : lastError();
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::send(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
+{
+    if (buffer == nullptr || count == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    const std::size_t most = std::min<std::size_t>(length, INT32_MAX);
+    errno = 0;
+    *count = static_cast<std::int32_t>(::send(static_cast<int>(m_handle), buffer, most, flags | MSG_NOSIGNAL));
+    return *count > 0 ? VX_E_SOCKET_OK : lastError();
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::setsockopt(std::int32_t level, std::int32_t name, const char* value, int length)
+{
+    if (value == nullptr || length < 0)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    return resultOf(
+        [&] { return ::setsockopt(static_cast<int>(m_handle), level, name, value, static_cast<socklen_t>(length)); });
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::select(TcpWorkerSocket2** read, std::uint32_t* readCount, TcpWorkerSocket2** write,
+    std::uint32_t* writeCount, TcpWorkerSocket2** except, std::uint32_t* exceptCount, const timeval* timeout,
+    std::int32_t* ready)
+{
+    if (readCount == nullptr || writeCount == nullptr || exceptCount == nullptr || ready == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (const ENUM_VX_E_SOCKET started = init(); started != VX_E_SOCKET_OK)
+        return started;
+
+    SelectSet sets[SETS] = {
+        {read, readCount, WAIT_READ, isReadable},
+        {write, writeCount, WAIT_WRITE, isWritable},
+        {except, exceptCount, WAIT_EXCEPT, isExceptional},
+    };
+    for (SelectSet& set : sets)
+        set.size = *set.count;
+    for (SelectSet& set : sets)
+        *set.count = 0;
+    *ready = 0;
+    for (SelectSet& set : sets) {
+        if (set.size > MOST_SOCKETS)
+            return VX_E_SOCKET_EMFILE;
+        if (set.sockets == nullptr)
+            set.size = 0;
+    }
+
+    WaitList waits;
+    for (const SelectSet& set : sets) {
+        for (TcpWorkerSocket2* socket : std::span(set.sockets, set.size)) {
+            if (const ENUM_VX_E_SOCKET added = waits.add(socket, set.events); added != VX_E_SOCKET_OK)
+                return added;
+        }
+    }
+    *ready = waitFor(waits.entries(), timeout);
+    if (*ready < 0)
+        return lastError();
+    if (*ready == 0)
+        return VX_E_SOCKET_OK;
+
+    *ready = 0; // over the sets, as the system counts
+    for (const pollfd& entry : waits.entries())
+        *ready += isReadable(entry) + isWritable(entry) + isExceptional(entry);
+    ENUM_VX_E_SOCKET result = VX_E_SOCKET_OK;
+    for (SelectSet& set : sets)
+        result = keepReady(set, waits, result);
+    return result;
+}
+
+ENUM_VX_E_SOCKET TcpWorkerSocket2::shutDown(Direction direction)
+{
+    const int how = beginShutdown(direction);
+    if (how < 0 || getClosed() != 0)
+        return VX_E_SOCKET_OK;
+    const ENUM_VX_E_SOCKET result = resultOf([&] { return ::shutdown(static_cast<int>(m_handle), how); });
+    return result == VX_E_SOCKET_ENOTCONN ? VX_E_SOCKET_OK : result;
+}
+
+} // namespace vx::net

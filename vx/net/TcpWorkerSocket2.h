@@ -1,0 +1,66 @@
+#pragma once
+
+#include "vx/net/InetSocketAddress.h"
+#include "vx/net/TcpSocket2.h"
+
+#include <memory>
+
+struct timeval;
+
+namespace vx::net {
+
+/// A connected socket.
+class VX_API TcpWorkerSocket2 : public TcpSocket2 {
+public:
+    /// Takes over the native socket `id`.
+    TcpWorkerSocket2(unsigned int id, ENUM_VX_E_SOCKET* status);
+    /// As above with the address of the peer.
+    TcpWorkerSocket2(unsigned int id, const vx_sockaddr_union* peer, ENUM_VX_E_SOCKET* status);
+    /// Shuts the output down and closes, unless that is done.
+    ~TcpWorkerSocket2() override;
+
+    // TcpSocket2
+    unsigned int getId() override;
+    ENUM_VX_E_SOCKET shutdownInput() override;
+    ENUM_VX_E_SOCKET shutdownOutput() override;
+    ENUM_VX_E_SOCKET shutdownBoth() override;
+    ENUM_VX_E_SOCKET close() override;
+
+    virtual ENUM_VX_E_SOCKET getsockopt(std::int32_t level, std::int32_t name, char* value, int* length);
+    /// One receive of up to `length` bytes. `*count` is what came, 0 with success when the peer has closed, -1 after a
+    /// failure.
+    virtual ENUM_VX_E_SOCKET recv(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count);
+    /// One send. `*count` may be less than `length`, and is -1 after a failure. A closed peer never raises a signal.
+    virtual ENUM_VX_E_SOCKET send(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count);
+    virtual ENUM_VX_E_SOCKET setsockopt(std::int32_t level, std::int32_t name, const char* value, int length);
+
+    /// `send` changes nothing in the buffer.
+    ENUM_VX_E_SOCKET send(const char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
+    {
+        return send(const_cast<char*>(buffer), length, flags, count);
+    }
+
+    /// The peer's address; null unless the socket came from an accept. It stays with this object.
+    const InetSocketAddress* getPeerAddress() const { return m_peer.get(); }
+
+    /// Waits until a socket can be read, can be written without a wait, or has an exception: a pending error, which then is
+    /// the result, or urgent data. Each set has an array, which may be null, and a count of its entries, at most 63; a
+    /// descriptor may have any number. `timeout` null waits for ever, one of 0 looks only. On return each count is that of
+    /// the ready entries, the others of the array are null, and `*ready` is the sum over the sets; after a time-out all are
+    /// 0 and the arrays as they were.
+    static ENUM_VX_E_SOCKET select(TcpWorkerSocket2** read, std::uint32_t* readCount, TcpWorkerSocket2** write,
+        std::uint32_t* writeCount, TcpWorkerSocket2** except, std::uint32_t* exceptCount, const timeval* timeout,
+        std::int32_t* ready);
+
+protected:
+    /// The native socket, for one call of the system.
+    unsigned int getHandle() const { return m_handle; }
+
+private:
+    ENUM_VX_E_SOCKET shutDown(Direction direction);
+
+    unsigned int m_handle;
+    std::unique_ptr<InetSocketAddress> m_peer;
+};
+
+} // namespace vx::net

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "vx/String.h"
+#include "vx/net/SocketResult.h"
+
+#include <concepts>
+#include <new>
+#include <utility>
+
+namespace vx::net::detail {
+
+/// Writes the text that `fill(String&)` builds into a caller's buffer, in the default encoding. `*length` is the room in
+/// bytes and becomes what was written; too little is VX_E_SOCKET_EFAULT and an empty text. Else the result is that of
+/// `fill`. Nothing is thrown.
+template <std::unsigned_integral Length, class Fill>
+ENUM_VX_E_SOCKET writeText(char* text, Length* length, Fill fill) noexcept
+{
+    const Length room = length != nullptr ? std::exchange(*length, Length {0}) : 0;
+    if (text == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (length == nullptr) {
+        *text = '\0';
+        return VX_E_SOCKET_EINVAL;
+    }
+    if (room == 0)
+        return VX_E_SOCKET_EFAULT;
+    *text = '\0';
+    try {
+        String built;
+        const ENUM_VX_E_SOCKET result = fill(built);
+        if (static_cast<Length>(built.getLength()) > room - 1)
+            return VX_E_SOCKET_EFAULT;
+        const int size = room > INT32_MAX ? INT32_MAX : static_cast<int>(room);
+        *length = static_cast<Length>(built.getBytes(text, size));
+        return result;
+    } catch (...) {
+        *text = '\0';
+        return VX_E_SOCKET_EFAULT;
+    }
+}
+
+} // namespace vx::net::detail
