@@ -1,0 +1,178 @@
+#include "vx/math/detail/Limbs.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vx::math::detail {
+
+namespace {
+
+// Words from which splitting in halves is faster; measured.
+constexpr Size KARATSUBA_MULTIPLY = 40;
+constexpr Size KARATSUBA_SQUARE = 56;
+
+/// The sum of the products that make one word of a result. Three words are enough for any number of them that fits in
+/// memory.
+class Column {
+public:
+    void add(Limb left, Limb right) noexcept { add(static_cast<Wide>(left) * right); }
+    void add(Wide value) noexcept
+    {
+        m_sum += value;
+        m_above += m_sum < value;
+    }
+    void twice() noexcept
+    {
+        m_above = m_above << 1 | high(m_sum) >> (LIMB_BITS - 1);
+        m_sum <<= 1;
+    }
+    void add(const Column& other) noexcept
+    {
+        add(other.m_sum);
+        m_above += other.m_above;
+    }
+    /// Gives the word, and keeps what belongs to those above.
+    Limb next() noexcept
+    {
+        const auto word = static_cast<Limb>(m_sum);
+        m_sum = wide(m_above, high(m_sum));
+        m_above = 0;
+        return word;
+    }
+
+private:
+    Wide m_sum = 0;
+    Limb m_above = 0;
+};
+
+/// Column by column, which keeps sums in registers where rows would load and store them.
+void multiplySchool(Limb* target, Natural left, Natural right) noexcept
+{
+    Column column;
+    const Size last = left.size() + right.size() - 1;
+    for (Size place = 0; place < last; ++place) {
+        const Size from = place < right.size() ? 0 : place - right.size() + 1;
+        const Size to = std::min(place + 1, left.size());
+        const Limb* up = left.data() + from;
+        const Limb* down = right.data() + (place - from);
+        for (Size count = to - from; count > 0; --count)
+            column.add(*up++, *down--);
+        target[place] = column.next();
+    }
+    target[last] = column.next();
+}
+
+/// Products of different words occur twice.
+void squareSchool(Limb* target, Natural source) noexcept
+{
+    Column column;
+    const Size last = 2 * source.size() - 1;
+    for (Size place = 0; place < last; ++place) {
+        const Size from = place < source.size() ? 0 : place - source.size() + 1;
+        const Limb* up = source.data() + from;
+        const Limb* down = source.data() + (place - from);
+        Column pairs;
+        for (; up < down; ++up, --down)
+            pairs.add(*up, *down);
+        pairs.twice();
+        if (up == down)
+            pairs.add(*up, *up);
+        column.add(pairs);
+        target[place] = column.next();
+    }
+    target[last] = column.next();
+}
+
+/// target[left] = |left - right|, with no more words in `right`. True where the difference is negative.
+bool distance(Limb* target, Natural left, Natural right) noexcept
+{
+    const Size common = right.size();
+    const bool isLess
+        = trimmed(left.data() + common, left.size() - common) == 0 && compare(left.data(), right.data(), common) < 0;
+    if (!isLess) {
+        subtract(target, left, right);
+        return false;
+    }
+    subtract(target, right, left.first(common));
+    std::fill(target + common, target + left.size(), 0);
+    return true;
+}
+
+/// What `multiplySame` needs: at most two words for each of the operand's, and some for each level.
+constexpr Size scratchFor(Size count) noexcept
+{
+    return 2 * count + 3 * LIMB_BITS;
+}
+
+/// target[2 * count] = left * right for numbers of one length. Above a threshold by halves after Karatsuba:
+/// with x = x1 * B + x0, x * y = x1y1 * B^2 + (x1y1 + x0y0 - (x0 - x1)(y0 - y1)) * B + x0y0.
+void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count, Limb* scratch) noexcept
+{
+    const bool isSquare = left == right;
+    if (count < (isSquare ? KARATSUBA_SQUARE : KARATSUBA_MULTIPLY))
+        return isSquare ? squareSchool(target, {left, count}) : multiplySchool(target, {left, count}, {right, count});
+
+    const Size half = (count + 1) / 2;
+    const Size rest = count - half;
+
+    Limb* const leftDistance = target;
+    Limb* rightDistance = target;
+    bool isNegative = distance(leftDistance, {left, half}, {left + half, rest});
+    if (isSquare) {
+        isNegative = false;
+    } else {
+        rightDistance = target + half;
+        isNegative ^= distance(rightDistance, {right, half}, {right + half, rest});
+    }
+    Limb* const cross = scratch;
+    multiplySame(cross, leftDistance, rightDistance, half, scratch + 2 * half);
+
+    multiplySame(target, left, right, half, scratch + 2 * half);
+    multiplySame(target + 2 * half, left + half, right + half, rest, scratch + 2 * half);
+
+    const Natural low(target, 2 * half);
+    const Natural top(target + 2 * half, 2 * rest);
+    Limb* const middle = scratch + 2 * half;
+    Limb above = add(middle, low, top);
+    above = isNegative ? above + add(middle, {middle, 2 * half}, {cross, 2 * half})
+                       : above - subtract(middle, {middle, 2 * half}, {cross, 2 * half});
+    middle[2 * half] = above;
+    // The sum fits: what lies above the target's end is 0.
+    const Size room = 2 * count - half;
+    add(target + half, {target + half, room}, {middle, std::min(2 * half + 1, room)});
+}
+
+} // namespace
+
+void multiply(Limb* target, Natural left, Natural right)
+{
+    if (left.size() < right.size())
+        std::swap(left, right);
+    const Size count = right.size();
+    if (count == 0) {
+        std::fill_n(target, left.size(), 0);
+        return;
+    }
+    if (left.data() == right.data() && left.size() == count && count < KARATSUBA_SQUARE)
+        return squareSchool(target, left);
+    if (count < KARATSUBA_MULTIPLY)
+        return multiplySchool(target, left, right);
+
+    // The longer one in pieces of the shorter one's length, each product added to those below.
+    Scratch scratch(scratchFor(count) + 2 * count);
+    Limb* const product = scratch.get() + scratchFor(count);
+    multiplySame(target, left.data(), right.data(), count, scratch.get());
+    Size done = count;
+    for (; left.size() - done >= count; done += count) {
+        multiplySame(product, left.data() + done, right.data(), count, scratch.get());
+        const Limb carry = add(target + done, {target + done, count}, {product, count});
+        add(target + done + count, {product + count, count}, {&carry, 1});
+    }
+    if (const Natural rest = left.subspan(done); !rest.empty()) {
+        multiply(product, rest, right);
+        const Limb carry = add(target + done, {target + done, count}, {product, count});
+        add(target + done + count, {product + count, rest.size()}, {&carry, 1});
+    }
+}
+
+} // namespace vx::math::detail
