@@ -2,6 +2,7 @@
 
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
+#include "vx/NumberBoxes.h"
 #include "vx/String.h"
 #include "vx/collections/vorb/Collection.h"
 #include "vx/collections/vorb/ConstIterator.h"
@@ -36,6 +37,7 @@
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/StringWriter.h"
 #include "vx/io/Writer.h"
+#include "vx/math/BigDecimal.h"
 #include "vx/net/TcpServerSocket.h"
 #include "vx/net/TcpSocket.h"
 #include "vx/sync/Atomic.h"
@@ -88,6 +90,8 @@ const ClassRow CLASSES[] = {
     {u"CVXAbstractByteBuffer", &typeid(util::AbstractByteBuffer), nullptr},
     {u"CVXAbstractCharBuffer", &typeid(util::AbstractCharBuffer), nullptr},
     {u"CVXAtomic", &typeid(sync::Atomic), nullptr},
+    {u"CVXBigDecimal", &typeid(math::BigDecimal), create<math::BigDecimal>},
+    {u"CVXBigInteger", &typeid(math::BigInteger), create<math::BigInteger>},
     {u"CVXBTCSingleByte", &typeid(text::charset::BTCSingleByte), nullptr},
     {u"CVXBTCSingleByteTable", &typeid(text::charset::BTCSingleByteTable), nullptr},
     {u"CVXByteToCharConverter", &typeid(text::charset::ByteToCharConverter), nullptr},
@@ -108,6 +112,7 @@ const ClassRow CLASSES[] = {
     {u"CVXComparator", &typeid(util::Comparator), nullptr},
     {u"CVXConstIterator", &typeid(collections::vorb::ConstIterator), nullptr},
     {u"CVXConstListIterator", &typeid(collections::vorb::ConstListIterator), nullptr},
+    {u"CVXDouble", &typeid(Double), nullptr},
     {u"CVXEvent", &typeid(sync::Event), create<sync::Event>},
     {u"vx::sync::FakeAtomic", &typeid(sync::FakeAtomic), nullptr},
     {u"CVXFakeMutex", &typeid(sync::FakeMutex), create<sync::FakeMutex>},
@@ -116,9 +121,14 @@ const ClassRow CLASSES[] = {
     {u"CVXFilterOutputStream", &typeid(io::FilterOutputStream), nullptr},
     {u"CVXFilterReader", &typeid(io::FilterReader), nullptr},
     {u"CVXFilterWriter", &typeid(io::FilterWriter), nullptr},
+    {u"CVXFloat", &typeid(Float), nullptr},
     {u"CVXGate", &typeid(sync::Gate), create<sync::Gate>},
     {u"CVXInputStream", &typeid(io::InputStream), nullptr},
     {u"CVXInputStreamReader", &typeid(io::InputStreamReader), nullptr},
+    {u"CVXInteger16", &typeid(Integer16), nullptr},
+    {u"CVXInteger32", &typeid(Integer32), nullptr},
+    {u"CVXInteger64", &typeid(Integer64), nullptr},
+    {u"CVXInteger8", &typeid(Integer8), nullptr},
     {u"CVXIterator", &typeid(collections::vorb::Iterator), nullptr},
     {u"CVXList", &typeid(collections::vorb::List), nullptr},
     {u"CVXListIterator", &typeid(collections::vorb::ListIterator), nullptr},
@@ -127,6 +137,7 @@ const ClassRow CLASSES[] = {
     {u"CVXMutex", &typeid(sync::Mutex), create<sync::Mutex>},
     {u"CVXNullOutputStream", &typeid(io::NullOutputStream), create<io::NullOutputStream>},
     {u"CVXNullWriter", &typeid(io::NullWriter), create<io::NullWriter>},
+    {u"CVXNumber", &typeid(Number), nullptr},
     {u"CVXObject", &typeid(Object), create<Object>},
     {u"CVXOutputStream", &typeid(io::OutputStream), nullptr},
     {u"CVXOutputStreamWriter", &typeid(io::OutputStreamWriter), nullptr},
@@ -140,6 +151,7 @@ const ClassRow CLASSES[] = {
     {u"CVXRWLock", &typeid(sync::ReaderWriterLock), create<sync::ReaderWriterLock>},
     {u"CVXSemaphore", &typeid(sync::Semaphore), create<sync::Semaphore, 0U>},
     {u"CVXSet", &typeid(collections::vorb::Set), nullptr},
+    {u"CVXSignedInteger", &typeid(SignedInteger), nullptr},
     {u"CVXStdioInputStream", &typeid(io::StdioInputStream), create<io::StdioInputStream>},
     {u"CVXStdioOutputStream", &typeid(io::StdioOutputStream), create<io::StdioOutputStream>},
     {u"CVXString", &typeid(String), create<String>},
@@ -148,6 +160,11 @@ const ClassRow CLASSES[] = {
     {u"vx::net::TcpServerSocket", &typeid(net::TcpServerSocket), nullptr},
     {u"vx::net::TcpSocket", &typeid(net::TcpSocket), nullptr},
     {u"CVXThread", &typeid(exec::Thread), nullptr},
+    {u"CVXUInteger16", &typeid(UInteger16), nullptr},
+    {u"CVXUInteger32", &typeid(UInteger32), nullptr},
+    {u"CVXUInteger64", &typeid(UInteger64), nullptr},
+    {u"CVXUInteger8", &typeid(UInteger8), nullptr},
+    {u"CVXUnsignedInteger", &typeid(UnsignedInteger), nullptr},
     {u"CVXWriter", &typeid(io::Writer), nullptr},
     {u"vx::AccessViolationException", &typeid(AccessViolationException), nullptr},
     {u"vx::ArrayBoundsException", &typeid(ArrayBoundsException), nullptr},

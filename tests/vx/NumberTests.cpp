@@ -1,0 +1,259 @@
+#include "tests/Slots.h"
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
+#include "vx/NumberBoxes.h"
+#include "vx/String.h"
+#include "vx/math/BigDecimal.h"
+#include "vx/math/BigInteger.h"
+
+#include <gtest/gtest.h>
+
+#include <concepts>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+namespace vx {
+namespace {
+
+using math::BigDecimal;
+using math::BigInteger;
+
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+constexpr double ENDLESS = std::numeric_limits<double>::infinity();
+
+static_assert(std::destructible<Integer8> && std::destructible<Double> && std::destructible<BigDecimal>);
+static_assert(std::is_nothrow_move_constructible_v<BigInteger> && std::is_nothrow_move_constructible_v<BigDecimal>);
+static_assert(!std::convertible_to<int, Integer32> && std::convertible_to<const char16_t*, String>);
+
+TEST(Number, AppendsItsVirtualOperationsInOrder)
+{
+    using N = Number;
+    const std::size_t first = slotOf(&Object::toString) + 1;
+    expectSlots("Number", first,
+        {slotOf(&N::toInt64), slotOf(&N::toDouble), slotOf(&N::toByte), slotOf(&N::toShort), slotOf(&N::toInt),
+            slotOf(&N::toLong), slotOf(&N::toUByte), slotOf(&N::toUShort), slotOf(&N::toUInt), slotOf(&N::toULong),
+            slotOf(&N::toFloat), slotOf(&N::toBigInteger), slotOf(&N::toBigDecimal), slotOf(&N::toInt8),
+            slotOf(&N::toInt16), slotOf(&N::toInt32), slotOf(&N::toUInt8), slotOf(&N::toUInt16), slotOf(&N::toUInt32),
+            slotOf(&N::toUInt64),
+            slotOf(static_cast<String (UnsignedInteger::*)(int) const>(&UnsignedInteger::toString))});
+    expectSlots("BigInteger", slotOf(&N::toUInt64) + 1, {slotOf(&BigInteger::getSize)});
+    expectSlots("BigDecimal", slotOf(&N::toUInt64) + 1, {slotOf(&BigDecimal::getSize)});
+}
+
+TEST(NumberBoxes, ConvertByTruncation)
+{
+    constexpr std::int64_t LEAST = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t LARGEST = std::numeric_limits<std::int64_t>::max();
+    const struct {
+        std::unique_ptr<Number> box;
+        std::int64_t integer;
+        double real;
+        const char16_t* text;
+        const char16_t* big; ///< where not the text
+    } rows[] = {
+        {std::make_unique<Integer8>(-128), -128, -128, u"-128", nullptr},
+        {std::make_unique<Integer16>(-1), -1, -1, u"-1", nullptr},
+        {std::make_unique<Integer32>(std::numeric_limits<std::int32_t>::min()), -2147483648LL, -2147483648.0,
+            u"-2147483648", nullptr},
+        {std::make_unique<Integer64>(LEAST), LEAST, -0x1p63, u"-9223372036854775808", nullptr},
+        {std::make_unique<Integer64>(LARGEST), LARGEST, 0x1p63, u"9223372036854775807", nullptr},
+        {std::make_unique<UInteger8>(200), 200, 200, u"200", nullptr},
+        {std::make_unique<UInteger16>(65535), 65535, 65535, u"65535", nullptr},
+        {std::make_unique<UInteger32>(4294967295U), 4294967295LL, 4294967295.0, u"4294967295", nullptr},
+        // The double is that of the low 63 bits, which is how a BigInteger converts.
+        {std::make_unique<UInteger64>(~0ULL), -1, 0x1p63, u"18446744073709551615", nullptr},
+        {std::make_unique<UInteger64>(0x8000000000000400ULL), LEAST + 1024, 1024, u"9223372036854776832", nullptr},
+        {std::make_unique<Float>(-2.9F), -2, -2.9F, u"-2.9", u"-2"},
+        {std::make_unique<Double>(2.9), 2, 2.9, u"2.9", u"2"},
+        {std::make_unique<Double>(-2.9), -2, -2.9, u"-2.9", u"-2"},
+        {std::make_unique<Double>(1234567.5), 1234567, 1234567.5, u"1.23457e+06", u"1234567"},
+        {std::make_unique<Double>(ENDLESS), LARGEST, ENDLESS, u"inf", u"9223372036854775807"},
+        {std::make_unique<Double>(-1e300), LEAST, -1e300, u"-1e+300", u"-9223372036854775808"},
+        {std::make_unique<BigInteger>(-70000), -70000, -70000, u"-70000", nullptr},
+        {std::make_unique<BigDecimal>(u"-70000.75"), -70000, -70000.75, u"-70000.75", u"-70000"},
+    };
+    for (const auto& row : rows) {
+        const Number& box = *row.box;
+        SCOPED_TRACE(String(row.text).toUtf8());
+        EXPECT_EQ(box.toInt64(), row.integer);
+        EXPECT_EQ(box.toUInt64(), static_cast<std::uint64_t>(row.integer));
+        EXPECT_EQ(box.toDouble(), row.real);
+        EXPECT_EQ(box.toFloat(), static_cast<float>(row.real));
+        for (const int value : {int {box.toByte()}, int {box.toInt8()}})
+            EXPECT_EQ(value, static_cast<signed char>(row.integer));
+        for (const int value : {int {box.toShort()}, int {box.toInt16()}})
+            EXPECT_EQ(value, static_cast<short>(row.integer));
+        for (const std::int32_t value : {box.toInt(), box.toLong(), box.toInt32()})
+            EXPECT_EQ(value, static_cast<std::int32_t>(row.integer));
+        for (const int value : {int {box.toUByte()}, int {box.toUInt8()}})
+            EXPECT_EQ(value, static_cast<unsigned char>(row.integer));
+        for (const int value : {int {box.toUShort()}, int {box.toUInt16()}})
+            EXPECT_EQ(value, static_cast<unsigned short>(row.integer));
+        for (const std::uint32_t value : {box.toUInt(), box.toULong(), box.toUInt32(), box.hashCode()})
+            EXPECT_EQ(value, static_cast<std::uint32_t>(row.integer));
+        EXPECT_EQ(box.toString(), row.text);
+        EXPECT_EQ(box.toBigInteger().toString(), row.big != nullptr ? row.big : row.text);
+    }
+    EXPECT_EQ(Double(NOT_A_NUMBER).toInt64(), 0);
+    EXPECT_EQ(Integer32(-5).toBigDecimal().toString(), u"-5.0");
+}
+
+TEST(NumberBoxes, PrintUnsignedValuesInAnyRadix)
+{
+    EXPECT_EQ(UInteger8(255).toString(2), u"11111111");
+    EXPECT_EQ(UInteger64(~0ULL).toString(36), u"3w5e11264sgsf");
+    EXPECT_EQ(UInteger16(0).toString(1), u"0");
+    EXPECT_THROW(UInteger16(1).toString(1), RangeErrorException);
+    EXPECT_THROW(UInteger16(1).toString(37), RangeErrorException);
+}
+
+TEST(NumberBoxes, TakeTheirOwnWidthOfAnotherNumber)
+{
+    const Integer64 wide(0x1234567890ABCDEF);
+    EXPECT_EQ(Integer8(Integer32(300)), 44);
+    EXPECT_EQ(Integer8(wide), static_cast<signed char>(0xEF));
+    EXPECT_EQ(Integer16(wide), static_cast<short>(0xCDEF));
+    EXPECT_EQ(static_cast<std::uint32_t>(Integer32(wide)), 0x90ABCDEFU);
+    EXPECT_EQ(Integer64(UInteger64(~0ULL)), -1);
+    EXPECT_EQ(UInteger8(wide), 0xEF);
+    EXPECT_EQ(UInteger16(wide), 0xCDEF);
+    EXPECT_EQ(UInteger32(wide), 0x90ABCDEFU);
+    EXPECT_EQ(UInteger64(Integer8(-1)), ~0ULL);
+    EXPECT_EQ(UInteger64(Double(-1.5)), ~0ULL);
+    EXPECT_EQ(Float(Double(0.1)), 0.1F);
+    EXPECT_EQ(Float(Double(1e300)), std::numeric_limits<float>::infinity());
+    EXPECT_EQ(Double(UInteger32(3000000000U)), 3e9);
+
+    Integer16 assigned(1);
+    assigned = Integer16(7);
+    EXPECT_EQ(assigned, 7);
+    assigned = -3;
+    EXPECT_EQ(assigned, -3);
+    EXPECT_THROW(assigned.clone(), CloneNotSupportedException);
+}
+
+TEST(NumberBoxes, ReadTextByTheParserOfTheirKind)
+{
+    const String part(String::AcquireWrap, u"-12345", 3);
+    EXPECT_EQ(Integer8(u"300"), 44);
+    EXPECT_EQ(Integer16(u" -70000x"), static_cast<short>(-70000));
+    EXPECT_EQ(Integer32(u"99999999999"), 2147483647);
+    EXPECT_EQ(Integer32(u""), 0);
+    EXPECT_EQ(Integer32(u"1-2"), 1);
+    EXPECT_EQ(Integer32(part), -12) << "the text goes on behind its end";
+    EXPECT_EQ(Integer64(u"-9223372036854775807"), -std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(UInteger8(u"-1"), 255);
+    EXPECT_EQ(UInteger16(u"65537"), 1);
+    EXPECT_EQ(UInteger32(u"4294967295"), 4294967295U);
+    EXPECT_EQ(UInteger64(u"9223372036854775807"), 9223372036854775807U);
+    EXPECT_EQ(Float(u"-1.5e1x"), -15.0F);
+    EXPECT_EQ(Double(u"0.1"), 0.1);
+    EXPECT_EQ(Double(u"x"), 0.0);
+
+    // Of 64 bits, one is the sign's.
+    EXPECT_EQ(UInteger64(u"18446744073709551615"), 0x7FFFFFFFFFFFFFFFU);
+    EXPECT_EQ(Integer64(u"-9223372036854775808"), 0);
+
+    for (const char16_t* text : {u"", u"-", u"1-2", u"12-", u"--1"}) {
+        const std::function<void()> parsers[] = {[&] { Integer64 {text}; }, [&] { UInteger64 {text}; },
+            [&] { Number::parseBigInteger(text); }, [&] { Number::parseBigDecimal(text); }};
+        for (const auto& parse : parsers) {
+            try {
+                parse();
+                ADD_FAILURE() << String(text);
+            } catch (const Exception& failure) {
+                EXPECT_EQ(failure.getDescription(), u"Number Format Exception");
+            }
+        }
+    }
+}
+
+TEST(Number, ParsesInTheWidthOfTheType)
+{
+    EXPECT_EQ(Number::parseShort(u"70000"), 4464);
+    EXPECT_EQ(Number::parseInt16(u"-32769"), 32767);
+    EXPECT_EQ(Number::parseByte(u"200"), -56);
+    EXPECT_EQ(Number::parseInt8(u"-129"), 127);
+    EXPECT_EQ(Number::parseLong(u"-2147483649"), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(Number::parseUInt(u"0x1f", 0), 31U);
+    EXPECT_EQ(Number::parseULong(u"zz", 36), 1295U);
+    EXPECT_EQ(Number::parseUShort(u"1ffff", 16), 65535);
+    EXPECT_EQ(Number::parseUInt16(u"12", 3), 5);
+    EXPECT_EQ(Number::parseUByte(u"777", 8), 255);
+    EXPECT_EQ(Number::parseUInt8(u"12", 37), 0) << "no radix reads nothing";
+    EXPECT_EQ(Number::parseInt64(u"9223372036854775808"), 0) << "the low 63 bits";
+    EXPECT_EQ(Number::parseUInt64(u"-ff", 16), static_cast<std::uint64_t>(-255));
+    EXPECT_EQ(Number::parseFloat(u"1e39"), std::numeric_limits<float>::infinity());
+    EXPECT_EQ(Number::parseBigDecimal(u"1.50").toString(), u"1.5");
+}
+
+TEST(NumberBoxes, CompareInTheirOwnType)
+{
+    const auto compare = [](const auto& left, const Number& right) {
+        const int result = left.compareTo(right);
+        EXPECT_EQ(left.compareTo(static_cast<const Object&>(right)), result);
+        EXPECT_EQ(left.equals(right), result == 0);
+        return result;
+    };
+    const Integer32 least(std::numeric_limits<std::int32_t>::min());
+    const UInteger64 top(1ULL << 63);
+    const struct {
+        const char* what;
+        int result, wanted;
+    } rows[] = {
+        {"narrow: the difference", compare(Integer8(-128), Integer8(127)), -255},
+        {"narrow: the other truncated", compare(Integer8(1), Integer32(257)), 0},
+        {"not symmetric", compare(Integer32(257), Integer8(1)), 256},
+        {"16 bits", compare(Integer16(32767), Integer16(-32768)), 65535},
+        {"unsigned narrow", compare(UInteger8(0), Integer8(-1)), -255},
+        {"unsigned 16 bits", compare(UInteger16(0), UInteger16(65535)), -65535},
+        {"32 bits wrap around", compare(least, Integer32(1)), 2147483647},
+        {"unsigned 32 bits wrap around", compare(UInteger32(0), UInteger32(4294967295U)), 1},
+        {"64 bits", compare(Integer64(std::numeric_limits<std::int64_t>::min()), Integer64(1)), -1},
+        {"64 bits, signed", compare(Integer64(0), top), 1},
+        {"64 bits, unsigned", compare(top, Integer64(1)), 1},
+        {"64 bits, equal", compare(UInteger64(~0ULL), Integer8(-1)), 0},
+        {"a fraction is cut off", compare(Integer32(5), Double(5.7)), 0},
+        {"but counts for a double", compare(Double(5.7), Integer32(5)), 1},
+        {"a double below", compare(Double(-1), Float(0)), -1},
+        {"a float sees a float", compare(Float(0.1F), Double(0.1)), 0},
+        {"no number on the left", compare(Double(NOT_A_NUMBER), Integer8(0)), 1},
+        {"no number on the right", compare(Float(0), Double(NOT_A_NUMBER)), 1},
+        {"no number on both sides", compare(Double(NOT_A_NUMBER), Double(NOT_A_NUMBER)), 1},
+        {"a big number", compare(BigInteger(5), Double(5.7)), 0},
+        {"a decimal number", compare(BigDecimal(u"5.5"), Double(5.25)), 1},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.result, row.wanted) << row.what;
+
+    const Double same(NOT_A_NUMBER);
+    EXPECT_EQ(same.compareTo(same), 0);
+    EXPECT_TRUE(same.equals(same));
+}
+
+TEST(NumberBoxes, RefuseWhatIsNoNumber)
+{
+    const std::unique_ptr<Number> numbers[]
+        = {std::make_unique<Integer8>(1), std::make_unique<Integer16>(1), std::make_unique<Integer32>(1),
+            std::make_unique<Integer64>(1), std::make_unique<UInteger8>(1), std::make_unique<UInteger16>(1),
+            std::make_unique<UInteger32>(1), std::make_unique<UInteger64>(1), std::make_unique<Float>(1.0F),
+            std::make_unique<Double>(1.0), std::make_unique<BigInteger>(1), std::make_unique<BigDecimal>(1)};
+    const char* const names[] = {"CVXInteger8", "CVXInteger16", "CVXInteger32", "CVXInteger64", "CVXUInteger8",
+        "CVXUInteger16", "CVXUInteger32", "CVXUInteger64", "CVXFloat", "CVXDouble", "CVXBigInteger", "CVXBigDecimal"};
+    for (std::size_t place = 0; place < std::size(numbers); ++place) {
+        EXPECT_THROW(numbers[place]->compareTo(String(u"1")), CastFailedException) << names[place];
+        EXPECT_THROW(numbers[place]->equals(Object()), CastFailedException) << names[place];
+        EXPECT_EQ(String(numbers[place]->getClass()->getName()), String(names[place]));
+    }
+    EXPECT_THROW(Class::forName(u"CVXNumber")->createInstance(), IllegalAccessException);
+    for (const char16_t* name : {u"CVXBigInteger", u"CVXBigDecimal"}) {
+        const Reference<Object> zero(Class::forName(name)->createInstance());
+        EXPECT_EQ(zero->toString(), u"0");
+    }
+}
+
+} // namespace
+} // namespace vx

@@ -1,0 +1,261 @@
+#include "vx/Number.h"
+
+#include "vx/String.h"
+#include "vx/math/BigDecimal.h"
+#include "vx/math/BigInteger.h"
+#include "vxsys/Number.h"
+
+#include <string>
+#include <string_view>
+
+namespace vx {
+
+namespace {
+
+/// `read` of the text, zero-terminated, which a part of another text need not be.
+template <class Read>
+auto readTerminated(const String& text, Read read)
+{
+    const std::u16string_view view = text.view();
+    return !view.empty() && view.data()[view.size()] == 0 ? read(view.data()) : read(std::u16string(view).c_str());
+}
+
+std::int32_t readSigned(const String& text)
+{
+    return readTerminated(text, VXStrToIW);
+}
+
+std::uint32_t readUnsigned(const String& text, int radix)
+{
+    return readTerminated(text, [&](const char16_t* units) { return VXStrToULW(units, nullptr, radix); });
+}
+
+} // namespace
+
+Number::~Number() noexcept = default;
+
+signed char Number::toByte() const
+{
+    return toInt8();
+}
+
+short Number::toShort() const
+{
+    return toInt16();
+}
+
+int Number::toInt() const
+{
+    return toInt32();
+}
+
+std::int32_t Number::toLong() const
+{
+    return toInt32();
+}
+
+unsigned char Number::toUByte() const
+{
+    return toUInt8();
+}
+
+unsigned short Number::toUShort() const
+{
+    return toUInt16();
+}
+
+unsigned int Number::toUInt() const
+{
+    return toUInt32();
+}
+
+std::uint32_t Number::toULong() const
+{
+    return toUInt32();
+}
+
+float Number::toFloat() const
+{
+    return static_cast<float>(toDouble());
+}
+
+math::BigInteger Number::toBigInteger() const
+{
+    return math::BigInteger(toInt64());
+}
+
+math::BigDecimal Number::toBigDecimal() const
+{
+    return math::BigDecimal(toDouble());
+}
+
+signed char Number::toInt8() const
+{
+    return static_cast<signed char>(toInt64());
+}
+
+short Number::toInt16() const
+{
+    return static_cast<short>(toInt64());
+}
+
+std::int32_t Number::toInt32() const
+{
+    return static_cast<std::int32_t>(toInt64());
+}
+
+unsigned char Number::toUInt8() const
+{
+    return static_cast<unsigned char>(toUInt64());
+}
+
+unsigned short Number::toUInt16() const
+{
+    return static_cast<unsigned short>(toUInt64());
+}
+
+std::uint32_t Number::toUInt32() const
+{
+    return static_cast<std::uint32_t>(toUInt64());
+}
+
+std::uint64_t Number::toUInt64() const
+{
+    return static_cast<std::uint64_t>(toInt64());
+}
+
+bool Number::equals(const Object& other) const
+{
+    return compareTo(other) == 0;
+}
+
+std::uint32_t Number::hashCode() const
+{
+    return toULong();
+}
+
+int Number::parseInt(const String& text)
+{
+    return readSigned(text);
+}
+
+std::int32_t Number::parseLong(const String& text)
+{
+    return readSigned(text);
+}
+
+std::int32_t Number::parseInt32(const String& text)
+{
+    return readSigned(text);
+}
+
+short Number::parseShort(const String& text)
+{
+    return static_cast<short>(readSigned(text));
+}
+
+short Number::parseInt16(const String& text)
+{
+    return static_cast<short>(readSigned(text));
+}
+
+signed char Number::parseByte(const String& text)
+{
+    return static_cast<signed char>(readSigned(text));
+}
+
+signed char Number::parseInt8(const String& text)
+{
+    return static_cast<signed char>(readSigned(text));
+}
+
+unsigned int Number::parseUInt(const String& text, int radix)
+{
+    return readUnsigned(text, radix);
+}
+
+std::uint32_t Number::parseULong(const String& text, int radix)
+{
+    return readUnsigned(text, radix);
+}
+
+std::uint32_t Number::parseUInt32(const String& text, int radix)
+{
+    return readUnsigned(text, radix);
+}
+
+unsigned short Number::parseUShort(const String& text, int radix)
+{
+    return static_cast<unsigned short>(readUnsigned(text, radix));
+}
+
+unsigned short Number::parseUInt16(const String& text, int radix)
+{
+    return static_cast<unsigned short>(readUnsigned(text, radix));
+}
+
+unsigned char Number::parseUByte(const String& text, int radix)
+{
+    return static_cast<unsigned char>(readUnsigned(text, radix));
+}
+
+unsigned char Number::parseUInt8(const String& text, int radix)
+{
+    return static_cast<unsigned char>(readUnsigned(text, radix));
+}
+
+std::int64_t Number::parseInt64(const String& text)
+{
+    return math::BigInteger(text, 10).toInt64();
+}
+
+std::uint64_t Number::parseUInt64(const String& text, int radix)
+{
+    return math::BigInteger(text, radix).toUInt64();
+}
+
+double Number::parseDouble(const String& text)
+{
+    return readTerminated(text, [](const char16_t* units) { return VXStrToDW(units, nullptr); });
+}
+
+float Number::parseFloat(const String& text)
+{
+    return static_cast<float>(parseDouble(text));
+}
+
+math::BigInteger Number::parseBigInteger(const String& text)
+{
+    return math::BigInteger(text, 10);
+}
+
+math::BigDecimal Number::parseBigDecimal(const String& text)
+{
+    return math::BigDecimal(text);
+}
+
+SignedInteger::~SignedInteger() noexcept = default;
+
+String SignedInteger::toString() const
+{
+    return math::BigInteger(toInt64()).toString(10);
+}
+
+UnsignedInteger::~UnsignedInteger() noexcept = default;
+
+math::BigInteger UnsignedInteger::toBigInteger() const
+{
+    return math::BigInteger(toUInt64());
+}
+
+String UnsignedInteger::toString() const
+{
+    return toString(10);
+}
+
+String UnsignedInteger::toString(int radix) const
+{
+    return math::BigInteger(toUInt64()).toString(radix);
+}
+
+} // namespace vx

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "vx/Object.h"
+
+#include <cstdint>
+
+namespace vx::math {
+class BigDecimal;
+class BigInteger;
+} // namespace vx::math
+
+namespace vx {
+
+class String;
+
+/// Root of all numbers that live as objects. Every conversion truncates in silence: a value that does not fit gives its
+/// low bits, whatever the width or sign. A class needs `toInt64` and `toDouble`; all else leads to those two.
+class VX_API Number : public Object {
+public:
+    Number() noexcept = default;
+    Number(const Number&) noexcept = default;
+    Number& operator=(const Number&) noexcept = default;
+    ~Number() noexcept override;
+
+    virtual std::int64_t toInt64() const = 0;
+    virtual double toDouble() const = 0;
+    virtual signed char toByte() const;
+    virtual short toShort() const;
+    virtual int toInt() const;
+    virtual std::int32_t toLong() const;
+    virtual unsigned char toUByte() const;
+    virtual unsigned short toUShort() const;
+    virtual unsigned int toUInt() const;
+    virtual std::uint32_t toULong() const;
+    virtual float toFloat() const;
+    virtual math::BigInteger toBigInteger() const;
+    /// By way of `toDouble`, so with at most six digits behind the point.
+    virtual math::BigDecimal toBigDecimal() const;
+    virtual signed char toInt8() const;
+    virtual short toInt16() const;
+    virtual std::int32_t toInt32() const;
+    virtual unsigned char toUInt8() const;
+    virtual unsigned short toUInt16() const;
+    virtual std::uint32_t toUInt32() const;
+    virtual std::uint64_t toUInt64() const;
+
+    // Object
+    /// True where `compareTo` gives 0: throws CastFailedException for an `other` that is no Number.
+    bool equals(const Object& other) const override;
+    /// The low 32 bits of the integer part.
+    std::uint32_t hashCode() const override;
+
+    /// Decimal, as VXStrToIW reads it and truncated to the type: a malformed text is no failure.
+    static int parseInt(const String& text);
+    static std::int32_t parseLong(const String& text);
+    static std::int32_t parseInt32(const String& text);
+    static short parseShort(const String& text);
+    static short parseInt16(const String& text);
+    static signed char parseByte(const String& text);
+    static signed char parseInt8(const String& text);
+    /// As VXStrToULW reads it, `radix` 0 included, and truncated to the type: a malformed text is no failure.
+    static unsigned int parseUInt(const String& text, int radix);
+    static std::uint32_t parseULong(const String& text, int radix);
+    static std::uint32_t parseUInt32(const String& text, int radix);
+    static unsigned short parseUShort(const String& text, int radix);
+    static unsigned short parseUInt16(const String& text, int radix);
+    static unsigned char parseUByte(const String& text, int radix);
+    static unsigned char parseUInt8(const String& text, int radix);
+    /// What `math::BigInteger` makes of the text, failures included, and of that what its `toInt64` gives: the low 63
+    /// bits with the sign.
+    static std::int64_t parseInt64(const String& text);
+    static std::uint64_t parseUInt64(const String& text, int radix);
+    /// As VXStrToDW reads it: a malformed text is no failure.
+    static double parseDouble(const String& text);
+    static float parseFloat(const String& text);
+    /// Decimal. Throw Exception for a text that the constructor refuses.
+    static math::BigInteger parseBigInteger(const String& text);
+    static math::BigDecimal parseBigDecimal(const String& text);
+};
+
+class VX_API SignedInteger : public Number {
+public:
+    ~SignedInteger() noexcept override;
+
+    // Object
+    String toString() const override;
+};
+
+class VX_API UnsignedInteger : public Number {
+public:
+    ~UnsignedInteger() noexcept override;
+
+    // Number
+    math::BigInteger toBigInteger() const override;
+
+    // Object
+    String toString() const override;
+
+    /// `radix` is 2 to 36; another throws RangeErrorException unless the value is 0.
+    virtual String toString(int radix) const;
+};
+
+} // namespace vx

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "vx/math/BigInteger.h"
+
+#include <cstdint>
+
+namespace vx::math {
+
+/// A decimal number of any size, which every operation changes in place: an unscaled integer, and the scale that says how
+/// many of its digits stand behind the point. 1.50 and 1.5 are equal and print differently. A negative scale stands for
+/// zeros in front of the point.
+///
+/// A scale beyond 32 bits throws RangeErrorException, a number beyond the range of BigInteger std::bad_alloc. A failure
+/// leaves the number as it was. One thread at a time, unless all only read.
+class VX_API BigDecimal : public Number {
+public:
+    BigDecimal() noexcept;
+    BigDecimal(const BigDecimal& other);
+    /// Leaves a zero behind.
+    BigDecimal(BigDecimal&& other) noexcept;
+    BigDecimal(const BigInteger& unscaled, int scale);
+    explicit BigDecimal(int value);
+    explicit BigDecimal(unsigned int value);
+    explicit BigDecimal(long value);
+    explicit BigDecimal(unsigned long value);
+    explicit BigDecimal(long long value);
+    explicit BigDecimal(unsigned long long value);
+    /// Digits with at most one point; no exponent. Zeros at the end behind the point are dropped, but for the first digit
+    /// there. Throws what BigInteger throws for the digits.
+    BigDecimal(const String& text);
+    /// Six digits behind the point, rounded, then as from a text. No number (infinite, NaN) is a zero.
+    explicit BigDecimal(float value);
+    explicit BigDecimal(double value);
+    ~BigDecimal() noexcept override;
+
+    BigDecimal& operator=(const BigDecimal& other);
+    BigDecimal& operator=(BigDecimal&& other) noexcept;
+    BigDecimal& operator=(int value);
+    BigDecimal& operator=(unsigned int value);
+    BigDecimal& operator=(long value);
+    BigDecimal& operator=(unsigned long value);
+    BigDecimal& operator=(long long value);
+    BigDecimal& operator=(unsigned long long value);
+    BigDecimal& operator=(double value);
+
+    // Object
+    /// As by `toBigDecimal` of the other. Throws CastFailedException for an `other` that is no Number.
+    int compareTo(const Object& other) const override;
+    /// All digits of the scale, and no exponent.
+    String toString() const override;
+
+    // Number
+    /// `toDouble`, truncated toward zero and clipped to the range.
+    std::int64_t toInt64() const override;
+    double toDouble() const override;
+    /// Truncated toward zero.
+    BigInteger toBigInteger() const override;
+    BigDecimal toBigDecimal() const override;
+
+    /// Bytes of the unscaled magnitude.
+    virtual int getSize() const;
+
+    /// The scale becomes the larger of the two.
+    void add(const BigDecimal& other);
+    void subtract(const BigDecimal& other);
+    /// The scale becomes the sum of the two.
+    void multiply(const BigDecimal& other);
+    /// The result has exactly `scale`, rounded half away from zero. Throws Exception with "Divide by zero.".
+    void divide(const BigDecimal& divisor, int scale);
+    /// A smaller scale cuts digits off; nothing is rounded.
+    void setScale(int scale);
+    void negate();
+    /// The unscaled value without its sign: not the absolute value of a number that has a scale.
+    BigInteger abs() const;
+
+    bool isNegative() const;
+    int getScale() const { return m_scale; }
+    /// The unscaled magnitude itself, valid until an operation that grows it.
+    signed char* getData();
+    /// -1, 0 or 1, by value.
+    int compareTo(const BigDecimal& other) const;
+
+protected:
+    void parseDecimal(const String& text);
+
+private:
+    BigInteger m_unscaled;
+    int m_scale = 0;
+};
+
+} // namespace vx::math
