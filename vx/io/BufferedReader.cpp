@@ -1,6 +1,7 @@
 #include "vx/io/BufferedReader.h"
 
 #include "vx/String.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/io/detail/BufferedInput.h"
 #include "vx/io/detail/LineScan.h"
 
@@ -12,6 +13,14 @@ namespace {
 
 constexpr char16_t LINE_FEED = 10;
 constexpr char16_t CARRIAGE_RETURN = 13;
+
+/// The text of `line` becomes these units, under one lock. They are not the string's own.
+void assign(String& line, const char16_t* text, std::int32_t length)
+{
+    vx::detail::StringWriteLock target(line, length);
+    std::char_traits<char16_t>::copy(target.data(), text, static_cast<std::size_t>(length));
+    target.setLength(length);
+}
 
 } // namespace
 
@@ -65,17 +74,23 @@ void BufferedReader::reset()
 std::int32_t BufferedReader::readLine(String& line)
 {
     ensureOpen();
-    line.resize(0, u' ');
     std::int32_t total = 0;
+    bool isFirst = true;
     do {
         if (Input::isEmpty(*this)) {
+            if (isFirst)
+                line.resize(0, u' ');
             fillBuffer();
             if (Input::isEmpty(*this))
                 return total != 0 ? total : -1;
         }
         const char16_t* start = m_buffer.get() + m_position;
         const std::int32_t length = detail::findLineEnd(start, m_count - m_position);
-        line.replace(-1, 0, start, length, 0);
+        if (isFirst)
+            assign(line, start, length);
+        else
+            line.replace(-1, 0, start, length, 0);
+        isFirst = false;
         total += length;
         m_position += length;
     } while (Input::isEmpty(*this));
