@@ -4,10 +4,12 @@
 #include "vx/Exceptions.h"
 #include "vx/NumberBoxes.h"
 #include "vx/String.h"
+#include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/Collection.h"
 #include "vx/collections/vorb/ConstIterator.h"
 #include "vx/collections/vorb/ConstListIterator.h"
 #include "vx/collections/vorb/Iterator.h"
+#include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/List.h"
 #include "vx/collections/vorb/ListIterator.h"
 #include "vx/collections/vorb/Map.h"
@@ -89,6 +91,7 @@ Object* create()
 const ClassRow CLASSES[] = {
     {u"CVXAbstractByteBuffer", &typeid(util::AbstractByteBuffer), nullptr},
     {u"CVXAbstractCharBuffer", &typeid(util::AbstractCharBuffer), nullptr},
+    {u"CVXArrayList", &typeid(collections::vorb::ArrayList), create<collections::vorb::ArrayList>},
     {u"CVXAtomic", &typeid(sync::Atomic), nullptr},
     {u"CVXBigDecimal", &typeid(math::BigDecimal), create<math::BigDecimal>},
     {u"CVXBigInteger", &typeid(math::BigInteger), create<math::BigInteger>},
@@ -130,6 +133,7 @@ const ClassRow CLASSES[] = {
     {u"CVXInteger64", &typeid(Integer64), nullptr},
     {u"CVXInteger8", &typeid(Integer8), nullptr},
     {u"CVXIterator", &typeid(collections::vorb::Iterator), nullptr},
+    {u"CVXLinkedList", &typeid(collections::vorb::LinkedList), create<collections::vorb::LinkedList>},
     {u"CVXList", &typeid(collections::vorb::List), nullptr},
     {u"CVXListIterator", &typeid(collections::vorb::ListIterator), nullptr},
     {u"CVXLockObject", &typeid(sync::LockObject), nullptr},

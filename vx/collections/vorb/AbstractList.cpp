@@ -4,19 +4,13 @@
 #include "vx/collections/vorb/AbstractListIterator.h"
 #include "vx/collections/vorb/AbstractListSubList.h"
 #include "vx/collections/vorb/detail/Compare.h"
+#include "vx/collections/vorb/detail/Length.h"
 
 namespace vx::collections::vorb {
 
 namespace {
 
 constexpr std::uint32_t HASH_MULTIPLIER = 38;
-
-/// A place between two elements, or at an end.
-void checkPlace(int index, int size)
-{
-    if (index < 0 || index > size)
-        throw RangeErrorException();
-}
 
 /// Views and iterators of a constant list cannot change it: what they offer of their kind is const.
 AbstractList* behindConstView(const AbstractList* list) noexcept
@@ -60,7 +54,7 @@ Reference<ConstIterator> AbstractList::createConstIterator() const
 
 bool AbstractList::addAll(int index, const Collection& other)
 {
-    checkPlace(index, getSize());
+    detail::checkIndex(index, getSize() + 1);
     bool changed = false;
     const Reference<ListIterator> place = createListIterator(index);
     const Reference<ConstIterator> elements = other.createConstIterator();
@@ -73,13 +67,13 @@ bool AbstractList::addAll(int index, const Collection& other)
 
 Reference<ListIterator> AbstractList::createListIterator(int index)
 {
-    checkPlace(index, getSize());
+    detail::checkIndex(index, getSize() + 1);
     return new AbstractListIterator(this, index);
 }
 
 Reference<ConstListIterator> AbstractList::createConstListIterator(int index) const
 {
-    checkPlace(index, getSize());
+    detail::checkIndex(index, getSize() + 1);
     return new AbstractListIterator(behindConstView(this), index);
 }
 

@@ -21,7 +21,7 @@ bool AbstractListIterator::hasNext()
 Reference<IVXUnknown> AbstractListIterator::next()
 {
     check();
-    Reference<IVXUnknown> element = m_list->get(m_cursor);
+    Reference<IVXUnknown> element = elementAt(m_cursor);
     m_last = m_cursor++;
     return element;
 }
@@ -29,7 +29,7 @@ Reference<IVXUnknown> AbstractListIterator::next()
 void AbstractListIterator::remove()
 {
     checkLast();
-    m_list->remove(m_last);
+    removeAt(m_last);
     if (m_last < m_cursor)
         --m_cursor;
     ++m_expectedCount;
@@ -44,7 +44,7 @@ bool AbstractListIterator::hasPrevious()
 Reference<IVXUnknown> AbstractListIterator::previous()
 {
     check();
-    Reference<IVXUnknown> element = m_list->get(m_cursor - 1);
+    Reference<IVXUnknown> element = elementAt(m_cursor - 1);
     m_last = --m_cursor;
     return element;
 }
@@ -62,7 +62,7 @@ int AbstractListIterator::previousIndex()
 void AbstractListIterator::add(IVXUnknown* element)
 {
     check();
-    if (!m_list->add(m_cursor, element))
+    if (!addAt(m_cursor, element))
         return;
     ++m_cursor;
     ++m_expectedCount;
@@ -72,8 +72,28 @@ void AbstractListIterator::add(IVXUnknown* element)
 void AbstractListIterator::set(IVXUnknown* element)
 {
     checkLast();
-    m_list->set(m_last, element);
+    setAt(m_last, element);
     ++m_expectedCount;
+}
+
+Reference<IVXUnknown> AbstractListIterator::elementAt(int index)
+{
+    return m_list->get(index);
+}
+
+bool AbstractListIterator::addAt(int index, IVXUnknown* element)
+{
+    return m_list->add(index, element);
+}
+
+void AbstractListIterator::removeAt(int index)
+{
+    m_list->remove(index);
+}
+
+void AbstractListIterator::setAt(int index, IVXUnknown* element)
+{
+    m_list->set(index, element);
 }
 
 /// Throws where the list has been changed behind the iterator.

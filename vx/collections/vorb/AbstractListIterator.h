@@ -36,6 +36,13 @@ public:
     void add(IVXUnknown* element) override;
     void set(IVXUnknown* element) override;
 
+protected:
+    // How the list is reached. A list that has a shorter way than its operations by index overrides all four.
+    virtual Reference<IVXUnknown> elementAt(int index);
+    virtual bool addAt(int index, IVXUnknown* element);
+    virtual void removeAt(int index);
+    virtual void setAt(int index, IVXUnknown* element);
+
 private:
     void check() const;
     void checkLast() const;

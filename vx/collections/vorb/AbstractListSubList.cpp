@@ -1,18 +1,9 @@
 #include "vx/collections/vorb/AbstractListSubList.h"
 
 #include "vx/Exceptions.h"
+#include "vx/collections/vorb/detail/Length.h"
 
 namespace vx::collections::vorb {
-
-namespace {
-
-void checkRange(int index, int end)
-{
-    if (index < 0 || index >= end)
-        throw RangeErrorException();
-}
-
-} // namespace
 
 /// Walks the part through an iterator of the whole.
 class AbstractListSubList::SubListIterator : public ComObject, public virtual ListIterator {
@@ -95,7 +86,7 @@ int AbstractListSubList::getSize() const
 
 bool AbstractListSubList::add(int index, IVXUnknown* element)
 {
-    checkRange(index, m_size + 1);
+    detail::checkIndex(index, m_size + 1);
     check();
     if (!m_parent->add(m_offset + index, element))
         return false;
@@ -105,7 +96,7 @@ bool AbstractListSubList::add(int index, IVXUnknown* element)
 
 Reference<IVXUnknown> AbstractListSubList::remove(int index)
 {
-    checkRange(index, m_size);
+    detail::checkIndex(index, m_size);
     check();
     Reference<IVXUnknown> element = m_parent->remove(m_offset + index);
     changed(-1);
@@ -114,26 +105,26 @@ Reference<IVXUnknown> AbstractListSubList::remove(int index)
 
 Reference<ListIterator> AbstractListSubList::createListIterator(int index)
 {
-    checkRange(index, m_size + 1);
+    detail::checkIndex(index, m_size + 1);
     return new SubListIterator(this, index);
 }
 
 Reference<ConstListIterator> AbstractListSubList::createConstListIterator(int index) const
 {
-    checkRange(index, m_size + 1);
+    detail::checkIndex(index, m_size + 1);
     return new SubListIterator(const_cast<AbstractListSubList*>(this), index);
 }
 
 Reference<IVXUnknown> AbstractListSubList::get(int index) const
 {
-    checkRange(index, m_size);
+    detail::checkIndex(index, m_size);
     check();
     return m_parent->get(m_offset + index);
 }
 
 Reference<IVXUnknown> AbstractListSubList::set(int index, IVXUnknown* element)
 {
-    checkRange(index, m_size);
+    detail::checkIndex(index, m_size);
     check();
     Reference<IVXUnknown> old = m_parent->set(m_offset + index, element);
     changed(0);

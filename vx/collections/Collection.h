@@ -1,0 +1,65 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/collections/ConstIterator.h"
+#include "vx/collections/Element.h"
+#include "vx/collections/Iterator.h"
+#include "vx/collections/Walk.h"
+#include "vx/collections/vorb/Collection.h"
+
+#include <cstdint>
+#include <iterator>
+
+namespace vx::collections {
+
+/// Gives a collection of components the static element type `T`, a class derived from Object. It stores nothing: elements,
+/// order, comparator and failures are those of the collection behind it, which it holds and which others may hold too.
+///
+/// Nothing tests the type of what comes out: the caller answers for what went in. `compareTo` and `equals` hand their
+/// argument to the collection behind as it stands, so that no wrapper equals anything.
+template <class T>
+class VX_API Collection : public Object {
+public:
+    using Element = T;
+
+    explicit Collection(vorb::Collection* collection)
+        : m_collection(collection)
+    {
+    }
+
+    // Object
+    int compareTo(const Object& other) const override { return m_collection->compareTo(other); }
+    bool equals(const Object& other) const override { return m_collection->equals(other); }
+    std::uint32_t hashCode() const override { return m_collection->hashCode(); }
+
+    virtual bool add(T* element) { return m_collection->add(toElement(element)); }
+    virtual bool contains(const T* element) const { return m_collection->contains(toElement(element)); }
+    virtual bool remove(const T* element) { return m_collection->remove(toElement(element)); }
+    virtual bool addAll(const Collection<T>& other) { return m_collection->addAll(*other.m_collection); }
+    virtual void clear() { m_collection->clear(); }
+    virtual Reference<Iterator<T>> createIterator() { return new Iterator<T>(m_collection->createIterator().get()); }
+    virtual Reference<ConstIterator<T>> createConstIterator() const
+    {
+        return new ConstIterator<T>(m_collection->createConstIterator().get());
+    }
+    virtual int getSize() const { return m_collection->getSize(); }
+    virtual bool isEmpty() const { return m_collection->getSize() == 0; }
+    virtual bool removeAll(const Collection<T>& other) { return m_collection->removeAll(*other.m_collection); }
+    virtual bool retainAll(const Collection<T>& other) { return m_collection->retainAll(*other.m_collection); }
+
+    /// The collection behind. Not counted.
+    vorb::Collection* getCollection() const noexcept { return m_collection.get(); }
+
+    /// For a range-for, which sees each element as a `Reference<T>`.
+    Walk<vorb::ConstIterator, FromElement<T>> begin() const
+    {
+        return Walk<vorb::ConstIterator, FromElement<T>>(m_collection->createConstIterator());
+    }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    Reference<vorb::Collection> m_collection;
+};
+
+} // namespace vx::collections

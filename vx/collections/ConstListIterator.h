@@ -1,0 +1,25 @@
+#pragma once
+
+#include "vx/collections/ConstIterator.h"
+#include "vx/collections/vorb/ConstListIterator.h"
+
+namespace vx::collections {
+
+template <class T>
+class VX_API ConstListIterator : public ConstIterator<T> {
+public:
+    explicit ConstListIterator(vorb::ConstListIterator* iterator)
+        : ConstIterator<T>(iterator)
+    {
+    }
+
+    bool hasPrevious() { return behind().hasPrevious(); }
+    Reference<T> previous() { return fromElement<T>(behind().previous()); }
+    int nextIndex() { return behind().nextIndex(); }
+    int previousIndex() { return behind().previousIndex(); }
+
+private:
+    vorb::ConstListIterator& behind() const { return this->template as<vorb::ConstListIterator>(); }
+};
+
+} // namespace vx::collections

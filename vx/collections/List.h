@@ -1,0 +1,52 @@
+#pragma once
+
+#include "vx/collections/Collection.h"
+#include "vx/collections/ConstListIterator.h"
+#include "vx/collections/ListIterator.h"
+#include "vx/collections/vorb/List.h"
+
+namespace vx::collections {
+
+template <class T>
+class VX_API List : public Collection<T> {
+public:
+    explicit List(vorb::List* list)
+        : Collection<T>(list)
+        , m_list(list)
+    {
+    }
+
+    using Collection<T>::add;
+    using Collection<T>::addAll;
+    using Collection<T>::remove;
+
+    virtual bool add(int index, T* element) { return m_list->add(index, toElement(element)); }
+    virtual bool addAll(int index, const Collection<T>& other) { return m_list->addAll(index, *other.getCollection()); }
+    virtual Reference<T> remove(int index) { return fromElement<T>(m_list->remove(index)); }
+    virtual Reference<ListIterator<T>> createListIterator(int index)
+    {
+        return new ListIterator<T>(m_list->createListIterator(index).get());
+    }
+    virtual Reference<ConstListIterator<T>> createConstListIterator(int index) const
+    {
+        return new ConstListIterator<T>(m_list->createConstListIterator(index).get());
+    }
+    /// Writes through to this list.
+    virtual Reference<List<T>> createSubList(int from, int to)
+    {
+        return new List<T>(m_list->createSubList(from, to).get());
+    }
+    virtual Reference<const List<T>> createSubList(int from, int to) const
+    {
+        return new List<T>(m_list->createSubList(from, to).get());
+    }
+    virtual Reference<T> get(int index) const { return fromElement<T>(m_list->get(index)); }
+    virtual int indexOf(const T* element) const { return m_list->indexOf(toElement(element)); }
+    virtual int lastIndexOf(const T* element) const { return m_list->lastIndexOf(toElement(element)); }
+    virtual Reference<T> set(int index, T* element) { return fromElement<T>(m_list->set(index, toElement(element))); }
+
+private:
+    Reference<vorb::List> m_list;
+};
+
+} // namespace vx::collections

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/collections/Element.h"
+#include "vx/collections/Set.h"
+#include "vx/collections/Walk.h"
+#include "vx/collections/vorb/Map.h"
+
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+namespace vx::collections {
+
+/// Gives a map of components static key and value types, classes derived from Object. As with Collection, everything but
+/// the types is that of the map behind.
+template <class K, class V>
+class VX_API Map : public Object {
+public:
+    /// What a range-for sees: `for (const auto& [key, value] : map)`.
+    struct Entry {
+        Reference<K> key;
+        Reference<V> value;
+    };
+
+    explicit Map(vorb::Map* map)
+        : m_map(map)
+    {
+    }
+
+    // Object
+    int compareTo(const Object& other) const override { return m_map->compareTo(other); }
+    bool equals(const Object& other) const override { return m_map->equals(other); }
+    std::uint32_t hashCode() const override { return m_map->hashCode(); }
+
+    void clear() { m_map->clear(); }
+    bool containsKey(const K* key) const { return m_map->containsKey(toElement(key)); }
+    Reference<V> get(const K* key) const { return fromElement<V>(m_map->get(toElement(key))); }
+    int getSize() const { return m_map->getSize(); }
+    bool isEmpty() const { return m_map->getSize() == 0; }
+    Reference<V> put(K* key, V* value) { return fromElement<V>(m_map->put(toElement(key), toElement(value))); }
+    Reference<V> remove(const K* key) { return fromElement<V>(m_map->remove(toElement(key))); }
+    Reference<Set<K>> createKeySet() { return new Set<K>(m_map->createKeySet().get()); }
+
+    /// The map behind. Not counted.
+    vorb::Map* getMap() const noexcept { return m_map.get(); }
+
+    struct ToEntry {
+        Entry operator()(const Reference<IVXUnknown>& element) const
+        {
+            const vorb::MapEntry& entry = vorb::MapEntry::of(element.get());
+            return {fromElement<K>(entry.getKey()), fromElement<V>(entry.getValue())};
+        }
+    };
+    Walk<vorb::ConstIterator, ToEntry> begin() const
+    {
+        const Reference<const vorb::Set> entries = std::as_const(*m_map).createEntrySet();
+        return Walk<vorb::ConstIterator, ToEntry>(entries->createConstIterator());
+    }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    Reference<vorb::Map> m_map;
+};
+
+} // namespace vx::collections

@@ -1,0 +1,132 @@
+#include "vx/collections/vorb/ArrayList.h"
+
+#include "vx/collections/vorb/detail/Length.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vx::collections::vorb {
+
+namespace {
+
+/// Takes over the count that a list holds on an element.
+Reference<IVXUnknown> takeOver(IVXUnknown* element) noexcept
+{
+    Reference<IVXUnknown> taken;
+    taken.attach(element);
+    return taken;
+}
+
+IVXUnknown* counted(IVXUnknown* element) noexcept
+{
+    return Reference<IVXUnknown>(element).detach();
+}
+
+} // namespace
+
+ArrayList::ArrayList() = default;
+
+ArrayList::ArrayList(const IVXComparator* comparator)
+    : AbstractList(comparator)
+{
+}
+
+ArrayList::ArrayList(const Collection& other)
+{
+    addAll(other);
+}
+
+ArrayList::ArrayList(const Collection& other, const IVXComparator* comparator)
+    : AbstractList(comparator)
+{
+    addAll(other);
+}
+
+ArrayList::ArrayList(const ArrayList& other)
+    : Collection()
+    , List()
+    , AbstractList(other)
+{
+    addAll(other);
+}
+
+ArrayList::~ArrayList() noexcept(false)
+{
+    // Empty before the first element goes: its destructor may look here.
+    const auto elements = std::move(m_elements);
+    const int size = std::exchange(m_size, 0);
+    m_capacity = 0;
+    for (int index = 0; index < size; ++index)
+        takeOver(elements[index]);
+}
+
+bool ArrayList::add(IVXUnknown* element)
+{
+    if (m_size == m_capacity)
+        makeRoom();
+    m_elements[m_size++] = counted(element);
+    return true;
+}
+
+void ArrayList::clear()
+{
+    for (int index = getSize() - 1; index >= 0; --index)
+        remove(index);
+    ++m_modificationCount;
+}
+
+int ArrayList::getSize() const
+{
+    return m_size;
+}
+
+bool ArrayList::add(int index, IVXUnknown* element)
+{
+    detail::checkIndex(index, m_size + 1);
+    if (m_size == m_capacity)
+        makeRoom();
+    IVXUnknown** place = m_elements.get() + index;
+    std::move_backward(place, m_elements.get() + m_size, m_elements.get() + m_size + 1);
+    *place = counted(element);
+    ++m_size;
+    ++m_modificationCount;
+    return true;
+}
+
+Reference<IVXUnknown> ArrayList::remove(int index)
+{
+    detail::checkIndex(index, m_size);
+    IVXUnknown** place = m_elements.get() + index;
+    Reference<IVXUnknown> element = takeOver(*place);
+    std::move(place + 1, m_elements.get() + m_size, place);
+    --m_size;
+    ++m_modificationCount;
+    return element;
+}
+
+Reference<IVXUnknown> ArrayList::get(int index) const
+{
+    detail::checkIndex(index, m_size);
+    return m_elements[index];
+}
+
+Reference<IVXUnknown> ArrayList::set(int index, IVXUnknown* element)
+{
+    detail::checkIndex(index, m_size);
+    ++m_modificationCount;
+    return takeOver(std::exchange(m_elements[index], counted(element)));
+}
+
+void ArrayList::makeRoom()
+{
+    detail::checkLength(m_size, "vector<T> too long");
+    const int capacity = detail::grownCapacity(m_capacity);
+    void* grown = VXMemRealloc(m_elements.get(), static_cast<std::size_t>(capacity) * sizeof(IVXUnknown*));
+    if (grown == nullptr)
+        throwBadAllocation();
+    static_cast<void>(m_elements.release()); // the old array has gone into the new one
+    m_elements.reset(static_cast<IVXUnknown**>(grown));
+    m_capacity = capacity;
+}
+
+} // namespace vx::collections::vorb

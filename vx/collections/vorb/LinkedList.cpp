@@ -1,0 +1,214 @@
+#include "vx/collections/vorb/LinkedList.h"
+
+#include "vx/collections/vorb/AbstractListIterator.h"
+#include "vx/collections/vorb/detail/Length.h"
+
+#include <iterator>
+#include <typeinfo>
+#include <utility>
+
+namespace vx::collections::vorb {
+
+/// Keeps the node that it was at, from which the next one is a step away and not a walk.
+class LinkedList::NodeIterator : public AbstractListIterator {
+public:
+    NodeIterator(LinkedList* list, int cursor)
+        : AbstractListIterator(list, cursor)
+        , m_nodesOf(*list)
+    {
+    }
+
+protected:
+    Reference<IVXUnknown> elementAt(int index) override
+    {
+        detail::checkIndex(index, m_nodesOf.getSize());
+        const Nodes::iterator node = seek(index);
+        keep(node, index);
+        return *node;
+    }
+    bool addAt(int index, IVXUnknown* element) override
+    {
+        detail::checkIndex(index, m_nodesOf.getSize() + 1);
+        keep(m_nodesOf.link(seek(index), element), index);
+        return true;
+    }
+    void removeAt(int index) override
+    {
+        detail::checkIndex(index, m_nodesOf.getSize());
+        const Nodes::iterator node = seek(index);
+        keep(std::next(node), index);
+        const Reference<IVXUnknown> element = m_nodesOf.unlink(node); // may have the last count on more than itself
+        ++m_keptCount;
+    }
+    void setAt(int index, IVXUnknown* element) override
+    {
+        detail::checkIndex(index, m_nodesOf.getSize());
+        const Nodes::iterator node = seek(index);
+        keep(node, index);
+        const Reference<IVXUnknown> old = m_nodesOf.replace(node, element);
+        ++m_keptCount;
+    }
+
+private:
+    Nodes::iterator seek(int index)
+    {
+        if (index == m_nodesOf.getSize())
+            return m_nodesOf.m_nodes.end();
+        if (m_keptIndex < 0 || m_keptCount != m_nodesOf.m_modificationCount)
+            return m_nodesOf.internalGet(index);
+        return std::next(m_kept, index - m_keptIndex);
+    }
+
+    void keep(Nodes::iterator node, int index) noexcept
+    {
+        m_kept = node;
+        m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1; // the end has another index once more is appended
+        m_keptCount = m_nodesOf.m_modificationCount;
+    }
+
+    LinkedList& m_nodesOf; ///< the list, which the base counts
+    Nodes::iterator m_kept;
+    int m_keptIndex = -1;
+    std::uint32_t m_keptCount = 0; ///< of modifications; at any other the node may be gone
+};
+
+LinkedList::LinkedList() = default;
+
+LinkedList::LinkedList(const IVXComparator* comparator)
+    : AbstractList(comparator)
+{
+}
+
+LinkedList::LinkedList(const Collection& other)
+{
+    addAll(other);
+}
+
+LinkedList::LinkedList(const Collection& other, const IVXComparator* comparator)
+    : AbstractList(comparator)
+{
+    addAll(other);
+}
+
+LinkedList::LinkedList(const LinkedList& other)
+    : Collection()
+    , List()
+    , AbstractList(other)
+{
+    addAll(other);
+}
+
+LinkedList::~LinkedList() noexcept(false)
+{
+    // Empty before the first element goes: its destructor may look here.
+    const Nodes nodes = std::exchange(m_nodes, Nodes());
+}
+
+bool LinkedList::add(IVXUnknown* element)
+{
+    detail::checkLength(getSize(), "list<T> too long");
+    m_nodes.emplace_back(element);
+    return true;
+}
+
+void LinkedList::clear()
+{
+    const Nodes nodes = std::exchange(m_nodes, Nodes());
+    ++m_modificationCount;
+}
+
+Reference<Iterator> LinkedList::createIterator()
+{
+    return createIteratorAt(0);
+}
+
+Reference<ConstIterator> LinkedList::createConstIterator() const
+{
+    return const_cast<LinkedList*>(this)->createIteratorAt(0);
+}
+
+int LinkedList::getSize() const
+{
+    return static_cast<int>(m_nodes.size());
+}
+
+bool LinkedList::add(int index, IVXUnknown* element)
+{
+    detail::checkIndex(index, getSize() + 1);
+    link(internalGet(index), element);
+    return true;
+}
+
+Reference<IVXUnknown> LinkedList::remove(int index)
+{
+    detail::checkIndex(index, getSize());
+    return unlink(internalGet(index));
+}
+
+Reference<ListIterator> LinkedList::createListIterator(int index)
+{
+    detail::checkIndex(index, getSize() + 1);
+    return createIteratorAt(index);
+}
+
+Reference<ConstListIterator> LinkedList::createConstListIterator(int index) const
+{
+    detail::checkIndex(index, getSize() + 1);
+    return const_cast<LinkedList*>(this)->createIteratorAt(index);
+}
+
+Reference<IVXUnknown> LinkedList::get(int index) const
+{
+    detail::checkIndex(index, getSize());
+    return *internalGet(index);
+}
+
+Reference<IVXUnknown> LinkedList::set(int index, IVXUnknown* element)
+{
+    detail::checkIndex(index, getSize());
+    return replace(internalGet(index), element);
+}
+
+LinkedList::Nodes::iterator LinkedList::internalGet(int index)
+{
+    return std::next(m_nodes.begin(), index);
+}
+
+LinkedList::Nodes::const_iterator LinkedList::internalGet(int index) const
+{
+    return std::next(m_nodes.begin(), index);
+}
+
+LinkedList::Nodes::iterator LinkedList::link(Nodes::iterator place, IVXUnknown* element)
+{
+    detail::checkLength(getSize(), "list<T> too long");
+    const Nodes::iterator node = m_nodes.emplace(place, element);
+    ++m_modificationCount;
+    return node;
+}
+
+Reference<IVXUnknown> LinkedList::unlink(Nodes::iterator node)
+{
+    Reference<IVXUnknown> element = std::move(*node);
+    m_nodes.erase(node);
+    ++m_modificationCount;
+    return element;
+}
+
+Reference<IVXUnknown> LinkedList::replace(Nodes::iterator node, IVXUnknown* element)
+{
+    Reference<IVXUnknown> old(element);
+    node->swap(old);
+    ++m_modificationCount;
+    return old;
+}
+
+AbstractListIterator* LinkedList::createIteratorAt(int index)
+{
+    // A derived class may have operations by index of its own.
+    if (typeid(*this) != typeid(LinkedList))
+        return new AbstractListIterator(this, index);
+    return new NodeIterator(this, index);
+}
+
+} // namespace vx::collections::vorb
