@@ -3,6 +3,8 @@
 #include "vxsys/Api.h"
 
 #include <cstddef>
+#include <limits>
+#include <new>
 
 /// Called when an allocation of `vxsys::allocate` finds no memory. It makes room and returns, or throws.
 using VXNewHandler = void (*)();
@@ -28,5 +30,27 @@ namespace vxsys {
 VXSYS_API void* allocate(std::size_t bytes);
 /// Gives back what `allocate` gave. Null is allowed.
 VXSYS_API void deallocate(void* memory) noexcept;
+
+/// The storage of `allocate` for the containers of the standard library.
+template <class T>
+struct Allocator {
+    using value_type = T;
+
+    Allocator() noexcept = default;
+    template <class Other>
+    Allocator(const Allocator<Other>&) noexcept
+    {
+    }
+
+    T* allocate(std::size_t count)
+    {
+        if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
+            throw std::bad_array_new_length();
+        return static_cast<T*>(vxsys::allocate(count * sizeof(T)));
+    }
+    void deallocate(T* memory, std::size_t) noexcept { vxsys::deallocate(memory); }
+
+    friend bool operator==(const Allocator&, const Allocator&) noexcept { return true; }
+};
 
 } // namespace vxsys

@@ -44,12 +44,12 @@ bool AbstractList::add(IVXUnknown* element)
 
 Reference<Iterator> AbstractList::createIterator()
 {
-    return new AbstractListIterator(this, 0);
+    return newIterator(0);
 }
 
 Reference<ConstIterator> AbstractList::createConstIterator() const
 {
-    return new AbstractListIterator(behindConstView(this), 0);
+    return behindConstView(this)->newIterator(0);
 }
 
 bool AbstractList::addAll(int index, const Collection& other)
@@ -68,13 +68,13 @@ bool AbstractList::addAll(int index, const Collection& other)
 Reference<ListIterator> AbstractList::createListIterator(int index)
 {
     detail::checkIndex(index, getSize() + 1);
-    return new AbstractListIterator(this, index);
+    return newIterator(index);
 }
 
 Reference<ConstListIterator> AbstractList::createConstListIterator(int index) const
 {
     detail::checkIndex(index, getSize() + 1);
-    return new AbstractListIterator(behindConstView(this), index);
+    return behindConstView(this)->newIterator(index);
 }
 
 Reference<List> AbstractList::createSubList(int from, int to)
@@ -147,6 +147,11 @@ int AbstractList::compareToList(const List& other) const
     if (ours->hasNext())
         return 1;
     return theirs->hasNext() ? -1 : 0;
+}
+
+AbstractListIterator* AbstractList::newIterator(int index)
+{
+    return new AbstractListIterator(this, index);
 }
 
 } // namespace vx::collections::vorb

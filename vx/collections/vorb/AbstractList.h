@@ -49,6 +49,9 @@ protected:
 
     int compareToList(const List& other) const;
 
+    /// A new iterator at `index`, which is in range: what all the ways to create one come down to.
+    virtual AbstractListIterator* newIterator(int index);
+
     /// Unsigned, since it comes around in a list that lives long.
     std::uint32_t m_modificationCount = 0;
 

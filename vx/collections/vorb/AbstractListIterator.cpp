@@ -5,9 +5,9 @@
 namespace vx::collections::vorb {
 
 AbstractListIterator::AbstractListIterator(AbstractList* list, int cursor)
-    : m_list(list)
+    : m_cursor(cursor)
+    , m_list(list)
     , m_expectedCount(list->m_modificationCount)
-    , m_cursor(cursor)
 {
 }
 
@@ -96,18 +96,16 @@ void AbstractListIterator::setAt(int index, IVXUnknown* element)
     m_list->set(index, element);
 }
 
-/// Throws where the list has been changed behind the iterator.
-void AbstractListIterator::check() const
-{
-    if (m_expectedCount != m_list->m_modificationCount)
-        throw Exception();
-}
-
 void AbstractListIterator::checkLast() const
 {
     check();
     if (m_last < 0)
         throw IllegalStateException();
+}
+
+void AbstractListIterator::throwChanged()
+{
+    throw Exception();
 }
 
 } // namespace vx::collections::vorb

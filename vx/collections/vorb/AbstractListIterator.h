@@ -43,14 +43,22 @@ protected:
     virtual void removeAt(int index);
     virtual void setAt(int index, IVXUnknown* element);
 
+    /// Throws where the list has been changed behind the iterator.
+    void check() const
+    {
+        if (m_expectedCount != m_list->m_modificationCount)
+            throwChanged();
+    }
+
+    int m_cursor;
+    int m_last = -1; ///< the element that the last step gave, -1 if none
+
 private:
-    void check() const;
     void checkLast() const;
+    [[noreturn]] static void throwChanged();
 
     Reference<AbstractList> m_list;
     std::uint32_t m_expectedCount;
-    int m_cursor;
-    int m_last = -1; ///< the element that the last step gave, -1 if none
 };
 
 } // namespace vx::collections::vorb

@@ -1,8 +1,10 @@
 #include "vx/collections/vorb/ArrayList.h"
 
+#include "vx/collections/vorb/AbstractListIterator.h"
 #include "vx/collections/vorb/detail/Length.h"
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 namespace vx::collections::vorb {
@@ -23,6 +25,28 @@ IVXUnknown* counted(IVXUnknown* element) noexcept
 }
 
 } // namespace
+
+/// Looks into the array past the operations by index.
+class ArrayList::ArrayIterator final : public AbstractListIterator {
+public:
+    ArrayIterator(ArrayList* list, int cursor)
+        : AbstractListIterator(list, cursor)
+        , m_array(*list)
+    {
+    }
+
+    bool hasNext() override { return m_cursor < m_array.m_size; }
+    Reference<IVXUnknown> next() override
+    {
+        check();
+        detail::checkIndex(m_cursor, m_array.m_size);
+        m_last = m_cursor++;
+        return m_array.m_elements[m_last];
+    }
+
+private:
+    const ArrayList& m_array; ///< the list, which the base counts
+};
 
 ArrayList::ArrayList() = default;
 
@@ -115,6 +139,14 @@ Reference<IVXUnknown> ArrayList::set(int index, IVXUnknown* element)
     detail::checkIndex(index, m_size);
     ++m_modificationCount;
     return takeOver(std::exchange(m_elements[index], counted(element)));
+}
+
+AbstractListIterator* ArrayList::newIterator(int index)
+{
+    // A derived class may have operations by index of its own.
+    if (typeid(*this) != typeid(ArrayList))
+        return new AbstractListIterator(this, index);
+    return new ArrayIterator(this, index);
 }
 
 void ArrayList::makeRoom()

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "vx/Exception.h"
 #include "vx/collections/vorb/AbstractList.h"
 #include "vx/util/RawArray.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 
 namespace vx::collections::vorb {
 
@@ -34,12 +39,73 @@ public:
     Reference<IVXUnknown> get(int index) const override;
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
 
+    class Look;
+    /// For a range-for, which sees each element as an `IVXUnknown*` that is not counted: it holds for as long as the
+    /// element stays in the list. A change of the list, other than at the end, is seen at the next element, as by an
+    /// iterator.
+    Look begin() const noexcept;
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+protected:
+    AbstractListIterator* newIterator(int index) override;
+
 private:
+    class ArrayIterator;
+
     void makeRoom();
 
     util::RawArray<IVXUnknown*> m_elements; ///< the first `m_size` of them counted
     int m_size = 0;
     int m_capacity = 0;
 };
+
+/// A place in an ArrayList, which must outlive it.
+class ArrayList::Look {
+public:
+    using iterator_concept = std::forward_iterator_tag;
+    using difference_type = std::ptrdiff_t;
+    using value_type = IVXUnknown*;
+
+    Look() noexcept = default;
+
+    IVXUnknown* operator*() const
+    {
+        if (m_expectedCount != m_list->m_modificationCount)
+            throw Exception();
+        return m_list->m_elements[m_index];
+    }
+    Look& operator++() noexcept
+    {
+        ++m_index;
+        return *this;
+    }
+    Look operator++(int) noexcept
+    {
+        const Look before = *this;
+        ++m_index;
+        return before;
+    }
+
+    bool operator==(const Look& other) const noexcept { return m_index == other.m_index; }
+    bool operator==(std::default_sentinel_t) const noexcept { return m_index >= m_list->m_size; }
+
+private:
+    friend class ArrayList;
+
+    explicit Look(const ArrayList* list) noexcept
+        : m_list(list)
+        , m_expectedCount(list->m_modificationCount)
+    {
+    }
+
+    const ArrayList* m_list = nullptr;
+    std::uint32_t m_expectedCount = 0;
+    int m_index = 0;
+};
+
+inline ArrayList::Look ArrayList::begin() const noexcept
+{
+    return Look(this);
+}
 
 } // namespace vx::collections::vorb

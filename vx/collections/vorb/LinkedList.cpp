@@ -117,16 +117,6 @@ void LinkedList::clear()
     ++m_modificationCount;
 }
 
-Reference<Iterator> LinkedList::createIterator()
-{
-    return createIteratorAt(0);
-}
-
-Reference<ConstIterator> LinkedList::createConstIterator() const
-{
-    return const_cast<LinkedList*>(this)->createIteratorAt(0);
-}
-
 int LinkedList::getSize() const
 {
     return static_cast<int>(m_nodes.size());
@@ -145,18 +135,6 @@ Reference<IVXUnknown> LinkedList::remove(int index)
     return unlink(internalGet(index));
 }
 
-Reference<ListIterator> LinkedList::createListIterator(int index)
-{
-    detail::checkIndex(index, getSize() + 1);
-    return createIteratorAt(index);
-}
-
-Reference<ConstListIterator> LinkedList::createConstListIterator(int index) const
-{
-    detail::checkIndex(index, getSize() + 1);
-    return const_cast<LinkedList*>(this)->createIteratorAt(index);
-}
-
 Reference<IVXUnknown> LinkedList::get(int index) const
 {
     detail::checkIndex(index, getSize());
@@ -167,6 +145,14 @@ Reference<IVXUnknown> LinkedList::set(int index, IVXUnknown* element)
 {
     detail::checkIndex(index, getSize());
     return replace(internalGet(index), element);
+}
+
+AbstractListIterator* LinkedList::newIterator(int index)
+{
+    // A derived class may have operations by index of its own.
+    if (typeid(*this) != typeid(LinkedList))
+        return new AbstractListIterator(this, index);
+    return new NodeIterator(this, index);
 }
 
 LinkedList::Nodes::iterator LinkedList::internalGet(int index)
@@ -201,14 +187,6 @@ Reference<IVXUnknown> LinkedList::replace(Nodes::iterator node, IVXUnknown* elem
     node->swap(old);
     ++m_modificationCount;
     return old;
-}
-
-AbstractListIterator* LinkedList::createIteratorAt(int index)
-{
-    // A derived class may have operations by index of its own.
-    if (typeid(*this) != typeid(LinkedList))
-        return new AbstractListIterator(this, index);
-    return new NodeIterator(this, index);
 }
 
 } // namespace vx::collections::vorb

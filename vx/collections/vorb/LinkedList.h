@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/collections/vorb/AbstractList.h"
+#include "vxsys/Memory.h"
 
 #include <list>
 
@@ -27,20 +28,19 @@ public:
     // Collection
     bool add(IVXUnknown* element) override;
     void clear() override;
-    Reference<Iterator> createIterator() override;
-    Reference<ConstIterator> createConstIterator() const override;
     int getSize() const override;
 
     // List
     bool add(int index, IVXUnknown* element) override;
     Reference<IVXUnknown> remove(int index) override;
-    Reference<ListIterator> createListIterator(int index) override;
-    Reference<ConstListIterator> createConstListIterator(int index) const override;
     Reference<IVXUnknown> get(int index) const override;
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
 
+protected:
+    AbstractListIterator* newIterator(int index) override;
+
 private:
-    using Nodes = std::list<Reference<IVXUnknown>>;
+    using Nodes = std::list<Reference<IVXUnknown>, vxsys::Allocator<Reference<IVXUnknown>>>;
     class NodeIterator;
 
     /// `index` is in range, the size included. Always walks from the front.
@@ -49,7 +49,6 @@ private:
     Nodes::iterator link(Nodes::iterator place, IVXUnknown* element);
     Reference<IVXUnknown> unlink(Nodes::iterator node);
     Reference<IVXUnknown> replace(Nodes::iterator node, IVXUnknown* element);
-    AbstractListIterator* createIteratorAt(int index);
 
     Nodes m_nodes;
 };

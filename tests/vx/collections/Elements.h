@@ -1,0 +1,108 @@
+#pragma once
+
+#include "vx/Exceptions.h"
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/String.h"
+
+#include <algorithm>
+#include <string>
+#include <typeinfo>
+
+namespace vx::collections {
+
+/// A number that is compared by its value, hashes to it and counts how many of its kind there are.
+class Item : public Object {
+public:
+    explicit Item(int value)
+        : m_value(value)
+    {
+        ++s_alive;
+    }
+    ~Item() noexcept(false) override { --s_alive; }
+
+    int compareTo(const Object& other) const override { return m_value - dynamic_cast<const Item&>(other).m_value; }
+    bool equals(const Object& other) const override { return compareTo(other) == 0; }
+    std::uint32_t hashCode() const override { return static_cast<std::uint32_t>(m_value); }
+
+    int getValue() const { return m_value; }
+
+    static inline int s_alive = 0;
+
+private:
+    int m_value;
+};
+
+/// How these tests write a null element.
+constexpr int NO_ITEM = -1;
+
+/// A new item as the collections take it, null for NO_ITEM.
+inline Reference<IVXUnknown> item(int value)
+{
+    return value == NO_ITEM ? nullptr : (new Item(value))->GetUnknown();
+}
+
+inline int valueOf(const IVXUnknown* element)
+{
+    return element == nullptr ? NO_ITEM : dynamic_cast<const Item&>(*element).getValue();
+}
+
+inline std::string textOf(int value)
+{
+    return value == NO_ITEM ? "null" : std::to_string(value);
+}
+inline std::string textOf(const IVXUnknown* element)
+{
+    return textOf(valueOf(element));
+}
+inline std::string textOf(const Reference<IVXUnknown>& element)
+{
+    return textOf(element.get());
+}
+inline std::string textOf(const Reference<Item>& element)
+{
+    return textOf(element == nullptr ? NO_ITEM : element->getValue());
+}
+
+/// The elements of a collection, or of a model of one, one behind the other.
+template <class Elements>
+std::string textOfAll(const Elements& elements)
+{
+    std::string text;
+    for (const auto& element : elements)
+        text += textOf(element) + ' ';
+    return text;
+}
+
+/// What `work` gives, or the kind of what it throws: an exact type, since they all derive from the plain one.
+template <class Work>
+std::string outcome(Work&& work)
+{
+    try {
+        if constexpr (std::is_void_v<decltype(work())>) {
+            work();
+            return "done";
+        } else {
+            return textOf(work());
+        }
+    } catch (const ResultException& failure) {
+        return "result " + std::to_string(failure.getResult());
+    } catch (const Exception& failure) {
+        struct {
+            const std::type_info& type;
+            const char* name;
+        } kinds[] = {
+            {typeid(Exception), "plain"},
+            {typeid(RangeErrorException), "range"},
+            {typeid(IllegalStateException), "state"},
+            {typeid(UnsupportedOperationException), "unsupported"},
+            {typeid(CastFailedException), "cast"},
+        };
+        const auto* kind = std::find_if(
+            std::begin(kinds), std::end(kinds), [&](const auto& row) { return row.type == typeid(failure); });
+        const bool plainlyThrown = kind != std::end(kinds) && failure.getDescription().getLength() == 0;
+        return plainlyThrown ? kind->name : typeid(failure).name();
+    }
+}
+
+} // namespace vx::collections

@@ -1,0 +1,344 @@
+#include "tests/vx/collections/Elements.h"
+#include "vx/collections/vorb/ArrayList.h"
+#include "vx/collections/vorb/LinkedList.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vx::collections::vorb {
+namespace {
+
+/// Its iterators cannot take the short way over the nodes.
+class DerivedLinkedList : public LinkedList {
+public:
+    using LinkedList::LinkedList;
+};
+
+/// Runs the same random operations on a list, on sublists of it and of each other and on iterators of all of them, and on
+/// one plain vector. A view or an iterator is alive until something changes the list past it; that is all that the model
+/// knows of modification counts.
+template <class ListClass>
+class Model {
+public:
+    explicit Model(unsigned seed)
+        : m_random(seed)
+    {
+        m_parts.push_back(std::make_unique<Part>(Part {new ListClass, nullptr, 0, 0, true}));
+    }
+
+    /// One operation. The first word says which, the others what should have come out and what did.
+    std::string step()
+    {
+        if (m_parts.size() > 8 || m_cursors.size() > 12 || m_values.size() > 60)
+            startOver();
+        switch (below(8)) {
+        case 0:
+        case 1:
+        case 2:
+            return partStep(*m_parts[below(m_parts.size())]);
+        case 3:
+            return viewStep(*m_parts[below(m_parts.size())]);
+        default:
+            if (m_cursors.empty())
+                return viewStep(*m_parts[0]);
+            return cursorStep(*m_cursors[below(m_cursors.size())]);
+        }
+    }
+
+    /// Everything that can be seen of the whole at once.
+    std::string compareAll()
+    {
+        const Reference<List>& list = m_parts[0]->list;
+        std::string difference = verdict("elements", textOfAll(m_values), textOfAll(*list));
+        std::uint32_t hash = 1;
+        for (const int value : m_values)
+            hash = hash * 38 + static_cast<std::uint32_t>(value == NO_ITEM ? 0 : value);
+        difference += verdict("hash", std::to_string(hash), std::to_string(list->hashCode()));
+        const int lost = Item::s_alive
+            - static_cast<int>(std::count_if(m_values.begin(), m_values.end(), [](int v) { return v != NO_ITEM; }));
+        return difference + verdict("items", "0", std::to_string(lost));
+    }
+
+private:
+    struct Part {
+        Reference<List> list;
+        Part* parent;
+        int offset, size; ///< in the parent
+        bool alive;
+
+        int start() const { return parent == nullptr ? 0 : offset + parent->start(); }
+        bool reachable() const { return alive && (parent == nullptr || parent->reachable()); }
+    };
+    struct Cursor {
+        Reference<ListIterator> iterator;
+        Part* part;
+        int next, last; ///< in the part; NO_ITEM if none
+        bool alive;
+    };
+
+    int below(std::size_t end) { return static_cast<int>(m_random() % end); }
+    int anyValue() { return below(8) - 1; }
+
+    static std::string verdict(const char* operation, const std::string& expected, const std::string& actual)
+    {
+        return expected == actual ? "" : std::string(operation) + ": expected " + expected + ", got " + actual + "\n";
+    }
+
+    void startOver()
+    {
+        m_cursors.clear();
+        m_parts.resize(1);
+        m_parts[0]->list->clear();
+        m_parts[0]->size = 0;
+        m_values.clear();
+    }
+
+    int& at(const Part& part, int index) { return m_values[static_cast<std::size_t>(part.start() + index)]; }
+
+    /// The list has changed by way of `part`, which its ancestors know and nobody else does.
+    void changed(Part& part, int by, Cursor* through)
+    {
+        for (const auto& other : m_parts)
+            other->alive = other->alive && other->parent == nullptr;
+        for (Part* way = &part; way != nullptr; way = way->parent)
+            way->size += by;
+        for (const auto& cursor : m_cursors)
+            cursor->alive = cursor.get() == through;
+    }
+    void changed(Part& part, int by, Cursor* through, const std::vector<Part*>& aware)
+    {
+        changed(part, by, through);
+        for (Part* way : aware)
+            way->alive = true;
+    }
+    static std::vector<Part*> wayTo(Part& part)
+    {
+        std::vector<Part*> way;
+        for (Part* step = &part; step != nullptr; step = step->parent)
+            if (step->alive)
+                way.push_back(step);
+        return way;
+    }
+
+    void insert(Part& part, int index, int value, Cursor* through)
+    {
+        const auto aware = wayTo(part);
+        m_values.insert(m_values.begin() + part.start() + index, value);
+        changed(part, +1, through, aware);
+    }
+    int erase(Part& part, int index, Cursor* through)
+    {
+        const auto aware = wayTo(part);
+        const int value = at(part, index);
+        m_values.erase(m_values.begin() + part.start() + index);
+        changed(part, -1, through, aware);
+        return value;
+    }
+
+    /// An operation of a list by index.
+    std::string partStep(Part& part)
+    {
+        List& list = *part.list;
+        const int index = below(static_cast<std::size_t>(part.size) + 3) - 1;
+        const int value = anyValue();
+        const bool inRange = index >= 0 && index < part.size;
+        const auto refused = [&](bool fits) { return !fits ? "range" : "plain"; };
+        const bool works = part.reachable();
+
+        switch (below(works ? 9 : 4)) {
+        case 0: {
+            const std::string expected = inRange && works ? textOf(at(part, index)) : refused(inRange);
+            return verdict("get", expected, outcome([&] { return list.get(index); }));
+        }
+        case 1: {
+            std::string expected = refused(inRange);
+            if (inRange && works) {
+                const auto aware = wayTo(part);
+                expected = textOf(std::exchange(at(part, index), value));
+                changed(part, 0, nullptr, aware);
+            }
+            return verdict("set", expected, outcome([&] { return list.set(index, item(value).get()); }));
+        }
+        case 2: {
+            std::string expected = refused(inRange);
+            if (inRange && works)
+                expected = textOf(erase(part, index, nullptr));
+            return verdict("remove", expected, outcome([&] { return list.remove(index); }));
+        }
+        case 3: {
+            const bool fits = inRange || index == part.size;
+            std::string expected = refused(fits);
+            if (fits && works) {
+                insert(part, index, value, nullptr);
+                expected = "1";
+            }
+            return verdict("add", expected, outcome([&] { return int {list.add(index, item(value).get())}; }));
+        }
+        case 4: // at the end: the whole list tells nobody, a view goes through its parent by index
+            if (part.parent == nullptr) {
+                m_values.push_back(value);
+                ++part.size;
+            } else {
+                insert(part, part.size, value, nullptr);
+            }
+            return verdict("append", "1", outcome([&] { return int {list.add(item(value).get())}; }));
+        case 5: {
+            const auto begin = m_values.begin() + part.start();
+            const auto found = std::find(begin, begin + part.size, value);
+            const auto last = std::find(std::reverse_iterator(begin + part.size), std::reverse_iterator(begin), value);
+            const int expected = found == begin + part.size ? -1 : static_cast<int>(found - begin);
+            const int expectedLast = static_cast<int>(last.base() - begin) - 1;
+            const Reference<IVXUnknown> sought = item(value);
+            return verdict("indexOf", std::to_string(expected), std::to_string(list.indexOf(sought.get())))
+                + verdict("lastIndexOf", std::to_string(expectedLast), std::to_string(list.lastIndexOf(sought.get())))
+                + verdict("contains", textOf(expected >= 0), textOf(int {list.contains(sought.get())}));
+        }
+        case 6: {
+            const auto begin = m_values.begin() + part.start();
+            const auto found = std::find(begin, begin + part.size, value);
+            const bool there = found != begin + part.size;
+            if (there)
+                erase(part, static_cast<int>(found - begin), nullptr);
+            return verdict("remove element", textOf(there), textOf(int {list.remove(item(value).get())}));
+        }
+        case 7: {
+            const Reference<List> more(new ArrayList);
+            const int place = below(static_cast<std::size_t>(part.size) + 1);
+            for (int i = 0; i < 3; ++i) {
+                const int added = anyValue();
+                more->add(item(added).get());
+                insert(part, place + i, added, nullptr);
+            }
+            return verdict("add all", "1", textOf(int {list.addAll(place, *more)}));
+        }
+        default: {
+            if (below(20) != 0)
+                return "";
+            const Reference<List> kept(new LinkedList);
+            kept->add(item(value).get());
+            bool any = false;
+            for (int i = part.size - 1; i >= 0; --i)
+                if (at(part, i) != value) {
+                    erase(part, i, nullptr);
+                    any = true;
+                }
+            return verdict("retain all", textOf(any), textOf(int {list.retainAll(*kept)}));
+        }
+        }
+    }
+
+    /// A new view or iterator of a list, a bad place included.
+    std::string viewStep(Part& part)
+    {
+        if (!part.reachable())
+            return "";
+        const int from = below(static_cast<std::size_t>(part.size) + 3) - 1;
+        const int to = below(static_cast<std::size_t>(part.size) + 3) - 1;
+        if (below(3) == 0) {
+            Reference<List> view;
+            const bool fits = from >= 0 && from <= to && to <= part.size;
+            const std::string result = outcome([&] { view = part.list->createSubList(from, to); });
+            if (fits)
+                m_parts.push_back(std::make_unique<Part>(Part {view, &part, from, to - from, true}));
+            return verdict("sublist", fits ? "done" : "range", result);
+        }
+        Reference<ListIterator> iterator;
+        const bool fits = from >= 0 && from <= part.size;
+        const std::string result = outcome([&] { iterator = part.list->createListIterator(from); });
+        if (fits)
+            m_cursors.push_back(std::make_unique<Cursor>(Cursor {iterator, &part, from, NO_ITEM, true}));
+        return verdict("iterator", fits ? "done" : "range", result);
+    }
+
+    std::string cursorStep(Cursor& cursor)
+    {
+        ListIterator& iterator = *cursor.iterator;
+        Part& part = *cursor.part;
+        const bool hasNext = cursor.next < part.size;
+        const bool hasPrevious = cursor.next > 0;
+        const int value = anyValue();
+        const char* const pastTheEnd = part.parent == nullptr && cursor.alive ? "range" : "plain";
+        const char* const refused = cursor.alive ? "state" : "plain";
+        const bool hasLast = cursor.alive && cursor.last != NO_ITEM;
+
+        switch (below(7)) {
+        case 0:
+        case 1: {
+            std::string expected = cursor.alive ? pastTheEnd : "plain";
+            if (cursor.alive && hasNext)
+                expected = textOf(at(part, cursor.last = cursor.next++));
+            return verdict("next", expected, outcome([&] { return iterator.next(); }));
+        }
+        case 2: {
+            std::string expected = cursor.alive ? pastTheEnd : "plain";
+            if (cursor.alive && hasPrevious)
+                expected = textOf(at(part, cursor.last = --cursor.next));
+            return verdict("previous", expected, outcome([&] { return iterator.previous(); }));
+        }
+        case 3: {
+            std::string expected = refused;
+            if (hasLast) {
+                erase(part, cursor.last, &cursor);
+                cursor.next -= cursor.last < cursor.next;
+                cursor.last = NO_ITEM;
+                expected = "done";
+            }
+            return verdict("iterator remove", expected, outcome([&] { iterator.remove(); }));
+        }
+        case 4: {
+            std::string expected = refused;
+            if (hasLast) { // views take it for a change past them, the iterator's own included
+                at(part, cursor.last) = value;
+                changed(part, 0, &cursor);
+                expected = "done";
+            }
+            return verdict("iterator set", expected, outcome([&] { iterator.set(item(value).get()); }));
+        }
+        case 5: {
+            std::string expected = "plain";
+            if (cursor.alive) {
+                insert(part, cursor.next++, value, &cursor);
+                cursor.last = NO_ITEM;
+                expected = "done";
+            }
+            return verdict("iterator add", expected, outcome([&] { iterator.add(item(value).get()); }));
+        }
+        default:
+            return verdict("has next", textOf(hasNext), textOf(int {iterator.hasNext()}))
+                + verdict("has previous", textOf(hasPrevious), textOf(int {iterator.hasPrevious()}))
+                + verdict("next index", std::to_string(cursor.next), std::to_string(iterator.nextIndex()))
+                + verdict("previous index", std::to_string(cursor.next - 1), std::to_string(iterator.previousIndex()));
+        }
+    }
+
+    std::mt19937 m_random;
+    std::vector<int> m_values;
+    std::vector<std::unique_ptr<Part>> m_parts; ///< the whole first
+    std::vector<std::unique_ptr<Cursor>> m_cursors;
+};
+
+template <class ListClass>
+class ListModel : public testing::Test {
+};
+
+using ListClasses = testing::Types<ArrayList, LinkedList, DerivedLinkedList>;
+TYPED_TEST_SUITE(ListModel, ListClasses);
+
+TYPED_TEST(ListModel, AgreesWithAVectorThroughRandomOperations)
+{
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        Model<TypeParam> model(seed);
+        for (int step = 0; step < 3000; ++step) {
+            ASSERT_EQ(model.step(), "") << "seed " << seed << ", step " << step;
+            ASSERT_EQ(model.compareAll(), "") << "seed " << seed << ", step " << step;
+        }
+    }
+    EXPECT_EQ(Item::s_alive, 0);
+}
+
+} // namespace
+} // namespace vx::collections::vorb

@@ -1,0 +1,405 @@
+#include "tests/Slots.h"
+#include "tests/vx/collections/Elements.h"
+#include "tests/vx/collections/FailingStorage.h"
+#include "vx/Class.h"
+#include "vx/Result.h"
+#include "vx/collections/DefaultComparator.h"
+#include "vx/collections/vorb/ArrayList.h"
+#include "vx/collections/vorb/LinkedList.h"
+#include "vx/collections/vorb/Map.h"
+#include "vx/collections/vorb/detail/Length.h"
+#include "vx/util/Comparator.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace vx::collections::vorb {
+namespace {
+
+template <class Class>
+Reference<Class> listOf(std::initializer_list<int> values)
+{
+    Reference<Class> list(new Class);
+    for (const int value : values)
+        list->add(item(value).get());
+    return list;
+}
+
+/// A component without `IVXComparable`.
+class Opaque : public ComObject { };
+
+/// Fails from the call on that `m_calls` counts down to.
+class FailingComparator : public ComObject, public util::ComparatorFace {
+public:
+    VX_OBJECT_UNKNOWN(ComObject)
+
+    std::int32_t Compare(const IVXUnknown* a, const IVXUnknown* b, int* result) const override
+    {
+        return m_calls-- > 0 ? ComparatorFace::Compare(a, b, result) : RESULT_TIMED_OUT;
+    }
+    std::int32_t Hash(const IVXUnknown* a, std::uint32_t* result) const override
+    {
+        return m_calls-- > 0 ? ComparatorFace::Hash(a, result) : RESULT_TIMED_OUT;
+    }
+
+    mutable int m_calls = 0;
+};
+
+TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
+{
+    using Add = bool (List::*)(int, IVXUnknown*);
+    using AddAll = bool (List::*)(int, const Collection&);
+    using Remove = Reference<IVXUnknown> (List::*)(int);
+    using Part = Reference<List> (List::*)(int, int);
+    using ConstPart = Reference<const List> (List::*)(int, int) const;
+    using ConstSet = Reference<const Set> (Map::*)() const;
+    using ChangeableSet = Reference<Set> (Map::*)();
+    using ConstValues = Reference<const Collection> (Map::*)() const;
+    using ChangeableValues = Reference<Collection> (Map::*)();
+
+    expectSlots("Collection", 3,
+        {slotOf(&Collection::add), slotOf(&Collection::addAll), slotOf(&Collection::clear),
+            slotOf(&Collection::compareTo), slotOf(&Collection::contains), slotOf(&Collection::containsAll),
+            slotOf(&Collection::createIterator), slotOf(&Collection::createConstIterator), slotOf(&Collection::equals),
+            slotOf(&Collection::getSize), slotOf(&Collection::hashCode), slotOf(&Collection::remove),
+            slotOf(&Collection::removeAll), slotOf(&Collection::retainAll)});
+    expectSlots("List", 17,
+        {slotOf<Add>(&List::add), slotOf<AddAll>(&List::addAll), slotOf<Remove>(&List::remove),
+            slotOf(&List::createListIterator), slotOf(&List::createConstListIterator),
+            slotOf<Part>(&List::createSubList), slotOf<ConstPart>(&List::createSubList), slotOf(&List::get),
+            slotOf(&List::indexOf), slotOf(&List::lastIndexOf), slotOf(&List::set)});
+    expectSlots("Map", 3,
+        {slotOf(&Map::clear), slotOf(&Map::compareTo), slotOf(&Map::containsKey), slotOf(&Map::containsValue),
+            slotOf<ConstSet>(&Map::createEntrySet), slotOf<ChangeableSet>(&Map::createEntrySet),
+            slotOf<ConstSet>(&Map::createKeySet), slotOf<ChangeableSet>(&Map::createKeySet),
+            slotOf<ConstValues>(&Map::createValueCollection), slotOf<ChangeableValues>(&Map::createValueCollection),
+            slotOf(&Map::equals), slotOf(&Map::get), slotOf(&Map::getSize), slotOf(&Map::hashCode), slotOf(&Map::put),
+            slotOf(&Map::putAll), slotOf(&Map::remove)});
+    expectSlots("MapEntry", 3,
+        {slotOf(&MapEntry::compareTo), slotOf(&MapEntry::equals), slotOf(&MapEntry::getKey),
+            slotOf(&MapEntry::getValue), slotOf(&MapEntry::hashCode), slotOf(&MapEntry::setValue)});
+    expectSlots(
+        "Iterator", 3, {slotOf(&ConstIterator::hasNext), slotOf(&ConstIterator::next), slotOf(&Iterator::remove)});
+    expectSlots("ConstListIterator", 5,
+        {slotOf(&ConstListIterator::hasPrevious), slotOf(&ConstListIterator::previous),
+            slotOf(&ConstListIterator::nextIndex), slotOf(&ConstListIterator::previousIndex)});
+    expectSlots("ListIterator", 6, {slotOf(&ListIterator::add), slotOf(&ListIterator::set)});
+    expectSlots("IVXComparator", 3, {slotOf(&IVXComparator::Compare), slotOf(&IVXComparator::Hash)});
+    expectSlots("Comparator", slotOf(&Object::toString),
+        {slotOf(&util::Comparator::toString), slotOf(&util::Comparator::compare), slotOf(&util::Comparator::hash)});
+}
+
+TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
+{
+    const Reference<IVXComparator> comparator = GetDefaultComparator();
+    EXPECT_EQ(comparator, GetDefaultComparator());
+
+    const Reference<Opaque> opaque(new Opaque);
+    const Reference<IVXUnknown> three = item(3), alsoThree = item(3), five = item(5), bare = opaque->GetUnknown();
+    struct {
+        const IVXUnknown *a, *b;
+        int order;
+        std::uint32_t hash;
+    } cases[] = {
+        {three.get(), five.get(), -2, 3},
+        {five.get(), three.get(), 2, 5},
+        {three.get(), alsoThree.get(), 0, 3},
+        {nullptr, nullptr, 0, 0},
+        {nullptr, three.get(), -1, 0},
+        {bare.get(), bare.get(), -1, 0},
+        {bare.get(), three.get(), -1, 0},
+        {bare.get(), nullptr, 0, 0},
+    };
+    for (const auto& row : cases) {
+        int order = 99;
+        std::uint32_t hash = 99;
+        EXPECT_EQ(comparator->Compare(row.a, row.b, &order), 0);
+        EXPECT_EQ(comparator->Hash(row.a, &hash), 0);
+        EXPECT_EQ(order, row.order) << &row - cases;
+        EXPECT_EQ(hash, row.hash) << &row - cases;
+    }
+    int order = 99;
+    const Reference<Object> noItem(new Object);
+    EXPECT_EQ(comparator->Compare(three.get(), noItem->GetUnknown(), &order), RESULT_FAIL);
+}
+
+TEST(Comparator, IsEqualToItsOwnKindOnly)
+{
+    class Derived : public util::Comparator { };
+    const Reference<util::Comparator> plain(new util::Comparator), derived(new Derived);
+    const Reference<Object> copy(plain->clone());
+    EXPECT_TRUE(plain->equals(*copy));
+    EXPECT_EQ(plain->compareTo(*copy), 0);
+    EXPECT_FALSE(plain->equals(*derived));
+    EXPECT_EQ(outcome([&] { return plain->compareTo(*derived); }), "cast");
+    EXPECT_THROW(derived->clone(), CloneNotSupportedException);
+    EXPECT_EQ(Reference<IVXComparator>(Reference<IVXComparable>(plain->GetUnknown()).get()).get(), plain.get());
+}
+
+template <class Class>
+class Lists : public testing::Test {
+};
+
+using ListClasses = testing::Types<ArrayList, LinkedList>;
+TYPED_TEST_SUITE(Lists, ListClasses);
+
+TYPED_TEST(Lists, CompareAndHashByTheirElements)
+{
+    struct {
+        std::initializer_list<int> left, right;
+        int order;
+        std::uint32_t hashOfLeft;
+    } cases[] = {
+        {{}, {}, 0, 1},
+        {{5}, {5}, 0, 43},
+        {{5, 7}, {5}, 1, 43 * 38 + 7},
+        {{5}, {5, 7}, -1, 43},
+        {{5, 9}, {5, 7, 1}, 2, 43 * 38 + 9},
+        {{NO_ITEM}, {5}, -1, 38},
+        {{NO_ITEM, 1}, {NO_ITEM, 1}, 0, 38 * 38 + 1},
+    };
+    for (const auto& row : cases) {
+        const auto left = listOf<TypeParam>(row.left);
+        const auto right = listOf<ArrayList>(row.right), sameInArray = listOf<ArrayList>(row.left);
+        EXPECT_EQ(left->compareTo(*right), row.order) << &row - cases;
+        EXPECT_EQ(left->equals(*right), row.order == 0) << &row - cases;
+        EXPECT_EQ(left->hashCode(), row.hashOfLeft) << &row - cases;
+        EXPECT_TRUE(left->equals(*sameInArray) && sameInArray->equals(*left)) << &row - cases;
+        const Reference<List> part = left->createSubList(0, left->getSize());
+        EXPECT_TRUE(left->equals(dynamic_cast<const Object&>(*part))) << &row - cases;
+    }
+    const auto list = listOf<TypeParam>({1});
+    EXPECT_FALSE(list->equals(Item(1)));
+    EXPECT_EQ(outcome([&] { return list->compareTo(Item(1)); }), "cast");
+    EXPECT_EQ(list->compareTo(*list), 0);
+    EXPECT_THROW(list->clone(), CloneNotSupportedException);
+}
+
+TYPED_TEST(Lists, PassAComparatorsFailureOnAndStandAsBefore)
+{
+    using Work = std::function<void(List&, const Object&)>;
+    const Reference<IVXUnknown> two = item(2);
+    const auto others = listOf<ArrayList>({2});
+    struct {
+        const char* operation;
+        Work work;
+    } cases[] = {
+        {"contains", [&](List& list, auto&) { list.contains(two.get()); }},
+        {"containsAll", [&](List& list, auto&) { list.containsAll(*others); }},
+        {"remove", [&](List& list, auto&) { list.remove(two.get()); }},
+        {"removeAll", [&](List& list, auto&) { list.removeAll(*others); }},
+        {"indexOf", [&](List& list, auto&) { list.indexOf(two.get()); }},
+        {"lastIndexOf", [&](List& list, auto&) { list.lastIndexOf(two.get()); }},
+        {"hashCode", [&](List& list, auto&) { list.hashCode(); }},
+        {"compareTo", [&](List& list, auto& same) { list.compareTo(same); }},
+        {"equals", [&](List& list, auto& same) { list.equals(same); }},
+        {"of a sublist", [&](List& list, auto&) { list.createSubList(0, 3)->contains(two.get()); }},
+    };
+    const auto source = listOf<TypeParam>({1, 5, 3});
+    const Reference<FailingComparator> comparator(new FailingComparator);
+    const Reference<TypeParam> list(new TypeParam(*source, comparator.get()));
+    const Reference<TypeParam> copy(new TypeParam(*list));
+    EXPECT_EQ(copy->getComparator(), comparator.get());
+    for (const auto& row : cases) {
+        comparator->m_calls = 1;
+        EXPECT_EQ(outcome([&] { row.work(*list, *source); }), "result " + std::to_string(RESULT_TIMED_OUT))
+            << row.operation;
+        EXPECT_EQ(textOfAll(*list), "1 5 3 ") << row.operation;
+    }
+}
+
+TYPED_TEST(Lists, LetAnIteratorSeeWhatIsAppendedAndNoOtherChange)
+{
+    struct {
+        const char* change;
+        std::function<void(List&)> work;
+        const char *next, *hasNext;
+    } cases[] = {
+        {"append", [](List& list) { list.add(item(9).get()); }, "2", "1"},
+        {"add first", [](List& list) { list.add(0, item(9).get()); }, "plain", "1"},
+        {"add last by index", [](List& list) { list.add(3, item(9).get()); }, "plain", "1"},
+        {"set", [](List& list) { list.set(2, item(9).get()); }, "plain", "1"},
+        {"remove", [](List& list) { list.remove(2); }, "plain", "1"},
+        {"clear", [](List& list) { list.clear(); }, "plain", "0"},
+        {"change of nothing", [](List& list) { list.remove(item(7).get()); }, "2", "1"},
+    };
+    for (const auto& row : cases) {
+        const auto list = listOf<TypeParam>({1, 2, 3});
+        const Reference<Iterator> elements = list->createIterator();
+        elements->next();
+        row.work(*list);
+        EXPECT_EQ(textOf(int {elements->hasNext()}), row.hasNext) << row.change;
+        EXPECT_EQ(outcome([&] { return elements->next(); }), row.next) << row.change;
+    }
+}
+
+TYPED_TEST(Lists, AreWalkedByARangeForLikeByAnIterator)
+{
+    struct {
+        const char* change;
+        std::function<void(List&)> work;
+        const char *outcome, *seen;
+    } cases[] = {
+        {"none", [](List&) {}, "done", "1 2 "},
+        {"append", [](List& list) { list.getSize() < 4 && list.add(item(9).get()); }, "done", "1 2 9 9 "},
+        {"set", [](List& list) { list.set(0, nullptr); }, "plain", "1 "},
+        {"remove the last", [](List& list) { list.remove(list.getSize() - 1); }, "done", "1 "},
+        {"clear", [](List& list) { list.clear(); }, "done", "1 "},
+    };
+    for (const auto& row : cases) {
+        for (const bool asItself : {true, false}) {
+            const auto list = listOf<TypeParam>({1, 2});
+            std::string seen;
+            const auto walk = [&](const auto& elements) {
+                for (const auto& element : elements) {
+                    seen += textOf(element) + ' ';
+                    row.work(*list);
+                }
+            };
+            const auto result = outcome([&] { asItself ? walk(*list) : walk(static_cast<const Collection&>(*list)); });
+            EXPECT_EQ(result, row.outcome) << row.change << asItself;
+            EXPECT_EQ(seen, row.seen) << row.change << asItself;
+        }
+    }
+}
+
+TYPED_TEST(Lists, WorkOnThemselves)
+{
+    const auto list = listOf<TypeParam>({1, NO_ITEM, 2});
+    EXPECT_TRUE(list->addAll(*list));
+    EXPECT_EQ(textOfAll(*list), "1 null 2 1 null 2 ");
+    EXPECT_TRUE(list->containsAll(*list));
+    EXPECT_FALSE(list->retainAll(*list));
+    EXPECT_EQ(outcome([&] { list->addAll(0, *list); }), "plain") << "the list changes under its own iterator";
+    const auto more = listOf<LinkedList>({2, 1, 7});
+    EXPECT_TRUE(list->removeAll(*more)) << "one occurrence each";
+    EXPECT_EQ(textOfAll(*list), "1 null 1 null 2 ");
+}
+
+TYPED_TEST(Lists, HoldOneCountOnEachElementAndHandItBack)
+{
+    const Reference<Item> element(new Item(1));
+    {
+        const Reference<TypeParam> list(new TypeParam);
+        list->add(element->GetUnknown());
+        list->add(0, element->GetUnknown());
+        const Reference<TypeParam> copy(new TypeParam(*list));
+        EXPECT_EQ(element->GetRefCount(), 5U);
+        EXPECT_EQ(list->set(0, nullptr), element->GetUnknown());
+        EXPECT_EQ(list->remove(1), element->GetUnknown());
+        EXPECT_EQ(textOfAll(*copy), "1 1 ");
+        EXPECT_EQ(element->GetRefCount(), 3U);
+        copy->clear();
+        EXPECT_EQ(element->GetRefCount(), 1U);
+        list->set(0, element->GetUnknown());
+    }
+    EXPECT_EQ(element->GetRefCount(), 1U);
+
+    Reference<TypeParam> outlived(new TypeParam);
+    outlived->add(element->GetUnknown());
+    const Reference<ListIterator> elements = outlived->createListIterator(1);
+    const Reference<List> part = outlived->createSubList(0, 1);
+    outlived = nullptr;
+    EXPECT_EQ(textOf(elements->previous()) + textOf(part->get(0)), "11");
+}
+
+TYPED_TEST(Lists, StandAsBeforeWhenStorageFails)
+{
+    const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
+    const Reference<Item> element(new Item(5));
+    const Reference<ListIterator> elements = list->createListIterator(2);
+    struct {
+        const char* operation;
+        std::function<void()> work;
+    } cases[] = {
+        {"append", [&] { list->add(element->GetUnknown()); }},
+        {"insert", [&] { list->add(1, element->GetUnknown()); }},
+        {"append to a sublist", [&] { list->createSubList(0, 2)->add(element->GetUnknown()); }},
+        {"through an iterator", [&] { elements->add(element->GetUnknown()); }},
+    };
+    for (const auto& row : cases) {
+        bool refused = false;
+        g_storageFails = true;
+        try {
+            row.work();
+        } catch (const std::bad_alloc&) {
+            refused = true;
+        }
+        g_storageFails = false;
+        EXPECT_TRUE(refused) << row.operation;
+        EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.operation;
+        EXPECT_EQ(element->GetRefCount(), 1U) << row.operation;
+    }
+    elements->add(element->GetUnknown());
+    EXPECT_EQ(textOf(elements->next()), "3") << "the iterator goes on";
+}
+
+TYPED_TEST(Lists, AreEmptyForAnElementThatGoesWithThem)
+{
+    class Looking : public Object {
+    public:
+        Looking(const List* owner, std::string& seen)
+            : m_owner(owner)
+            , m_seen(seen)
+        {
+        }
+        ~Looking() noexcept(false) override { m_seen += std::to_string(m_owner->getSize()) + ' '; }
+
+    private:
+        const List* m_owner;
+        std::string& m_seen;
+    };
+    std::string seen;
+    Reference<TypeParam> list(new TypeParam);
+    for (int i = 0; i < 3; ++i)
+        list->add((new Looking(list.get(), seen))->GetUnknown());
+    list->set(1, nullptr);
+    list = nullptr;
+    EXPECT_EQ(seen, "3 0 0 ");
+}
+
+TYPED_TEST(Lists, AreMadeEmptyByName)
+{
+    const char16_t* name = std::is_same_v<TypeParam, ArrayList> ? u"CVXArrayList" : u"CVXLinkedList";
+    const Class* record = Class::forName(name);
+    const Reference<Object> made(record->createInstance());
+    ASSERT_TRUE(record->isInstance(*made));
+    EXPECT_TRUE(dynamic_cast<const List&>(*made).isEmpty());
+    EXPECT_TRUE(made->toString().startsWith(String(name) + u"@"));
+}
+
+TEST(ArrayList, GrowsByHalf)
+{
+    std::vector<std::size_t> asked;
+    asked.reserve(100);
+    const Reference<ArrayList> list(new ArrayList);
+    g_sizesAsked = &asked;
+    for (int i = 0; i < 20; ++i)
+        list->add(nullptr);
+    list->clear(); // keeps the array
+    for (int i = 0; i < 28; ++i)
+        list->add(i, nullptr);
+    g_sizesAsked = nullptr;
+    for (std::size_t& bytes : asked)
+        bytes /= sizeof(void*);
+    EXPECT_EQ(asked, (std::vector<std::size_t> {1, 2, 3, 4, 6, 9, 13, 19, 28}));
+
+    EXPECT_EQ(detail::grownCapacity(detail::MAX_LENGTH - 1), detail::MAX_LENGTH);
+    EXPECT_NO_THROW(detail::checkLength(0x3FFFFFFE, "too long"));
+    EXPECT_THROW(detail::checkLength(0x3FFFFFFF, "too long"), std::length_error);
+}
+
+TEST(LinkedList, GoesWithoutRecursionHoweverLong)
+{
+    const Reference<LinkedList> list(new LinkedList);
+    for (int i = 0; i < 2'000'000; ++i) // far more than a stack has frames for
+        list->add(nullptr);
+    EXPECT_EQ(Reference<ArrayList>(new ArrayList(*list))->getSize(), 2'000'000) << "in a step for each";
+}
+
+} // namespace
+} // namespace vx::collections::vorb
