@@ -13,8 +13,6 @@
 
 namespace vx::math {
 
-static_assert(std::endian::native == std::endian::little, "the bytes of the magnitude are read as words");
-
 namespace {
 
 constexpr int LIMB_BYTES = sizeof(detail::Limb);

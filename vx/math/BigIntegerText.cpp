@@ -6,8 +6,12 @@
 #include "vxsys/Number.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace vx::math {
 
@@ -20,13 +24,59 @@ constexpr bool isRadix(int radix) noexcept
     return radix >= 2 && radix <= 36;
 }
 
-/// As VXStrToLW sees it; `radix` and above for no digit.
-constexpr int digitOf(char16_t unit) noexcept
+constexpr unsigned char NO_DIGIT = 36;
+
+/// The digits that VXStrToLW knows, by unit.
+constexpr std::array<unsigned char, 128> makeDigits()
 {
-    if (unit >= u'0' && unit <= u'9')
-        return unit - u'0';
-    const int letter = unit | 0x20;
-    return unit < 0x80 && letter >= 'a' && letter <= 'z' ? letter - 'a' + 10 : 36;
+    std::array<unsigned char, 128> table {};
+    table.fill(NO_DIGIT);
+    for (unsigned char digit = 0; digit < 10; ++digit)
+        table['0' + digit] = digit;
+    for (unsigned char letter = 0; letter < 26; ++letter)
+        table['a' + letter] = table['A' + letter] = static_cast<unsigned char>(10 + letter);
+    return table;
+}
+
+constexpr std::array<unsigned char, 128> DIGITS = makeDigits();
+
+/// `radix` and above for no digit.
+constexpr unsigned char digitOf(char16_t unit) noexcept
+{
+    return unit < DIGITS.size() ? DIGITS[unit] : NO_DIGIT;
+}
+
+/// As `readDigits` for as many units as are read four at a time, in radixes whose digits are no letters. Takes them off.
+bool readDecimalDigits(unsigned char*& digits, std::u16string_view& text, int radix) noexcept
+{
+    constexpr std::size_t LANES = 4;
+    constexpr std::uint64_t ONES = 0x0001000100010001;
+    constexpr std::uint64_t NO_DIGIT_BITS = 0xFFF0 * ONES;
+
+    const std::uint64_t toSixteen = static_cast<std::uint64_t>(16 - radix) * ONES;
+    std::uint64_t wrong = 0;
+    for (; text.size() >= LANES; text.remove_prefix(LANES), digits += LANES) {
+        std::uint64_t lanes = 0;
+        std::memcpy(&lanes, text.data(), sizeof lanes);
+        lanes ^= u'0' * ONES;
+        wrong |= (lanes | ((lanes & ~NO_DIGIT_BITS) + toSixteen)) & NO_DIGIT_BITS;
+        lanes |= lanes >> 8;
+        lanes = (lanes & 0xFFFF) | (lanes >> 16 & 0xFFFF0000);
+        std::memcpy(digits, &lanes, LANES);
+    }
+    return wrong == 0;
+}
+
+/// digits[text] = the value of each digit. False where there is anything else in it.
+bool readDigits(unsigned char* digits, std::u16string_view text, int radix) noexcept
+{
+    bool isPlain = radix > 10 || readDecimalDigits(digits, text, radix);
+    for (const char16_t unit : text) {
+        const unsigned char digit = digitOf(unit);
+        *digits++ = digit;
+        isPlain &= digit < radix;
+    }
+    return isPlain;
 }
 
 int valueOfGroup(std::u16string_view group, int radix) noexcept
@@ -36,26 +86,25 @@ int valueOfGroup(std::u16string_view group, int radix) noexcept
     return VXStrToLW(text, nullptr, radix);
 }
 
-/// The value of each digit. A group with anything else in it has the digits of what can be read of it.
-util::RawArray<unsigned char> readDigits(std::u16string_view text, int radix)
+/// As above, where a group with anything else in it has the digits of what can be read of it.
+void readGroups(unsigned char* digits, std::u16string_view text, int radix) noexcept
 {
-    auto digits = util::makeRawArray<unsigned char>(static_cast<std::int64_t>(text.size()));
-    unsigned char* digit = digits.get();
     const std::size_t first = text.size() % GROUP;
     for (std::size_t length = first != 0 ? first : GROUP; !text.empty(); length = GROUP) {
         const std::u16string_view group = text.substr(0, length);
         text.remove_prefix(length);
-        if (std::all_of(group.begin(), group.end(), [&](char16_t unit) { return digitOf(unit) < radix; })) {
-            digit = std::transform(group.begin(), group.end(), digit,
-                [](char16_t unit) { return static_cast<unsigned char>(digitOf(unit)); });
-            continue;
+        if (!readDigits(digits, group, radix)) {
+            int value = valueOfGroup(group, radix);
+            for (std::size_t place = length; place-- > 0; value /= radix)
+                digits[place] = static_cast<unsigned char>(value % radix);
         }
-        int value = valueOfGroup(group, radix);
-        for (std::size_t place = length; place-- > 0; value /= radix)
-            digit[place] = static_cast<unsigned char>(value % radix);
-        digit += length;
+        digits += length;
     }
-    return digits;
+}
+
+[[noreturn]] void throwNumberFormat()
+{
+    throw Exception(u"Number Format Exception");
 }
 
 } // namespace
@@ -66,19 +115,27 @@ BigInteger::BigInteger(const String& text, int radix)
     const bool negative = digits.starts_with(u'-');
     if (negative)
         digits.remove_prefix(1);
-    if (digits.empty() || digits.find(u'-') != digits.npos)
-        throw Exception(u"Number Format Exception");
+    if (digits.empty())
+        throwNumberFormat();
     digits.remove_prefix(std::min(digits.find_first_not_of(u'0'), digits.size()));
     if (digits.empty())
         return;
 
     if (isRadix(radix)) {
+        const auto values = util::makeRawArray<unsigned char>(static_cast<std::int64_t>(digits.size()));
+        if (!readDigits(values.get(), digits, radix)) {
+            if (digits.find(u'-') != digits.npos)
+                throwNumberFormat();
+            readGroups(values.get(), digits, radix);
+        }
         const std::size_t count = detail::limbsForDigits(digits.size(), radix);
         auto magnitude = util::makeRawArray<Limb>(static_cast<std::int64_t>(count));
-        detail::fromDigits(magnitude.get(), {readDigits(digits, radix).get(), digits.size()}, radix);
+        detail::fromDigits(magnitude.get(), {values.get(), digits.size()}, radix);
         takeLimbs(std::move(magnitude), count, negative);
         return;
     }
+    if (digits.find(u'-') != digits.npos)
+        throwNumberFormat();
     // No group has a value then, except in radix 0, which goes by prefixes and drops all groups but the last.
     *this = valueOfGroup(digits.substr(digits.size() - std::min(digits.size(), GROUP)), radix);
     m_negative = negative;

@@ -18,6 +18,8 @@ __extension__ typedef unsigned __int128 Wide; // behind `typedef`, where both co
 
 inline constexpr int LIMB_BITS = 64;
 
+static_assert(std::endian::native == std::endian::little, "bytes and units are read as words");
+
 inline constexpr Limb high(Wide value) noexcept
 {
     return static_cast<Limb>(value >> LIMB_BITS);

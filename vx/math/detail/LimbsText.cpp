@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <vector>
 
 namespace vx::math::detail {
@@ -178,6 +179,32 @@ void fromBits(Limb* target, std::span<const unsigned char> digits, int bits) noe
         *target = static_cast<Limb>(pending);
 }
 
+/// The value of eight digits, the radix of which is not above 16: neighbours are joined in all lanes at once.
+Limb eightDigits(const unsigned char* digits, Limb radix) noexcept
+{
+    Limb value = 0;
+    std::memcpy(&value, digits, sizeof value);
+    value = (value * (radix << 8 | 1)) >> 8 & 0x00FF00FF00FF00FF;
+    radix *= radix;
+    value = (value * (radix << 16 | 1)) >> 16 & 0x0000FFFF0000FFFF;
+    radix *= radix;
+    return (value * (radix << 32 | 1)) >> 32;
+}
+
+/// The value of digits that fit in one word.
+Limb wordOf(std::span<const unsigned char> digits, Limb radix) noexcept
+{
+    Limb value = 0;
+    if (radix <= 16) {
+        const Limb power = radix * radix * radix * radix;
+        for (; digits.size() >= sizeof(Limb); digits = digits.subspan(sizeof(Limb)))
+            value = value * power * power + eightDigits(digits.data(), radix);
+    }
+    for (const unsigned char digit : digits)
+        value = value * radix + digit;
+    return value;
+}
+
 constexpr char DIGITS[] = "0123456789abcdefghijklmnopqrstuvwxyz";
 
 std::string toBits(Natural value, int bits)
@@ -227,10 +254,7 @@ void fromDigits(Limb* target, std::span<const unsigned char> digits, int radix)
     Scratch words(count);
     for (Size place = 0, end = digits.size(); place < count; ++place) {
         const Size start = end - std::min(end, static_cast<Size>(word.digits));
-        Limb value = 0;
-        for (Size digit = start; digit < end; ++digit)
-            value = value * static_cast<Limb>(radix) + digits[digit];
-        words.get()[place] = value;
+        words.get()[place] = wordOf(digits.subspan(start, end - start), static_cast<Limb>(radix));
         end = start;
     }
     fromWordDigits(target, {words.get(), count}, word.value, Splits(word.value, count, SPLIT_FROM_DIGITS), 0);
