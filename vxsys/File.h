@@ -22,6 +22,16 @@ inline constexpr std::uint32_t VX_FILE_TRUNCATE = 0x200;
 /// Positioned at the end at the opening.
 inline constexpr std::uint32_t VX_FILE_AT_END = 0x8;
 
+/// Which file it is. A file that is made when another has gone may get its number, but not its time of birth.
+struct VXFileIdentity {
+    std::uint64_t volume;
+    std::uint64_t number;
+    /// Nanoseconds since 1970; 0 where the file system does not keep it.
+    std::int64_t born;
+
+    friend bool operator==(const VXFileIdentity&, const VXFileIdentity&) noexcept = default;
+};
+
 /// Opens close-on-exec. `flags` must ask to read or to write, and truncate only to write. `access` is the mode of a file
 /// that is made, less the process's mask. `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. A directory is never
 /// opened: RESULT_ACCESS_DENIED.
@@ -37,14 +47,16 @@ VXSYS_API std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32
 /// One system write; `*done` may be less than `length`. A closed pipe or connection is a result, never a signal.
 VXSYS_API std::int32_t VXFileWrite(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
-/// What has no position, a pipe or a terminal, is always at its end.
-VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle) noexcept;
+/// Moves to the end, and tells where that is. What has no position, a pipe or a terminal, is always at its end: -1.
+VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept;
+/// Where the next byte is read or written; -1 for what has no position.
+VXSYS_API std::int32_t VXFileGetPosition(std::uint32_t handle, std::int64_t* position) noexcept;
 /// Cuts the file back to `size` bytes, or fills it up with zero bytes. The position stays.
 VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept;
 /// Flushes to disk. What cannot be flushed, a pipe or a terminal, counts as flushed.
 VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
-/// What tells the file from all others as long as it exists, whatever its name: two handles on one file give the same pair.
-VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, std::uint64_t* volume, std::uint64_t* file) noexcept;
+/// What tells the file from all others, whatever their names: two handles on one file give the same.
+VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* identity) noexcept;
 /// The handle under a stream of the C library, which keeps it; `VX_FILE_INVALID_HANDLE` where there is none.
 VXSYS_API std::uint32_t VXFileFromStream(std::FILE* stream) noexcept;
 

@@ -18,6 +18,10 @@ VXSYS_API std::int32_t VXMutexCreate(const char* name, std::uint32_t flags, VXHa
 VXSYS_API std::int32_t VXMutexAcquire(VXHandle mutex) noexcept;
 VXSYS_API std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept;
 VXSYS_API std::int32_t VXMutexRelease(VXHandle mutex) noexcept;
+/// The two halves of a wait without the mutex: lets go of it however often the calling thread holds it, and takes it that
+/// often again. `*depth` is 0 where it does not hold it at all.
+VXSYS_API std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept;
+VXSYS_API std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept;
 VXSYS_API std::int32_t VXMutexDestroy(VXHandle mutex) noexcept;
 
 /// A signal releases one waiter, now or the next to come, and the event resets itself.

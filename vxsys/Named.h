@@ -1,38 +1,51 @@
 #pragma once
 
 #include "vxsys/Api.h"
+#include "vxsys/File.h"
 #include "vxsys/Lock.h"
 
 #include <cstdint>
 
-/// What several processes share by name. A name is any narrow text; it reaches a private file of the user and never
-/// leaves that folder. Negative is failure.
+/// What several processes of one user share by name. A name is any narrow text, told apart byte by byte; null is refused.
+/// It reaches a private file of the user, in memory, and never leaves that folder. Negative is failure.
+///
+/// An object lives as long as a process has it open. When the last one has gone, however it went, the next one starts
+/// afresh. A child by `fork` has open what its parent had, and holds nothing of it; one by `exec` has nothing open.
 extern "C" {
 
-/// Opens the semaphore `name`, or makes it with `value` when no live process has it open. Waiting, posting and the value
-/// go through the `VXSemaphore...` calls. What a process holds when it dies, however it dies, comes back to the others
-/// within a second.
+/// Opens the semaphore `name`; `value`, at most 2^31 - 1, is the count of one that nobody has open. Waiting, posting and the
+/// value go through the `VXSemaphore...` calls. Handles of one process on one name are one: what the process took and did
+/// not post comes back to the others with its last handle or, within a second, when it dies, however it dies.
 VXSYS_API std::int32_t VXNamedSemOpen(const char* name, std::uint32_t value, VXHandle* semaphore) noexcept;
+/// The last handle of a process stays open, and this is a failure, while a thread of it waits.
 VXSYS_API std::int32_t VXNamedSemClose(VXHandle semaphore) noexcept;
 
 /// What the holder of a named semaphore is about to write, kept with the semaphore: whoever takes it after a holder that
 /// died reads here what may have been left half done. `length` 0 is no note.
 struct VXNamedSemNote {
-    std::uint64_t volume;
-    std::uint64_t file;
+    VXFileIdentity file;
     std::int64_t start;
     std::int64_t length;
 };
 
-/// Both are called by the holder only. A fresh semaphore has no note; a death in the middle of the call leaves none.
+/// Both are for a process that holds the semaphore, and are denied to others. A death in the middle of the call leaves no
+/// note. A note outlives even the death of all who have the semaphore open, for there is still something to repair.
 VXSYS_API std::int32_t VXNamedSemSetNote(VXHandle semaphore, const VXNamedSemNote* note) noexcept;
 VXSYS_API std::int32_t VXNamedSemGetNote(VXHandle semaphore, VXNamedSemNote* note) noexcept;
 
-/// Opens the memory `name` of `size` bytes. `access` is made of VX_FILE_READ and VX_FILE_WRITE; `flags` bit 0: make it when
-/// missing; bit 1: fail when it is there. With `size` 0 an existing block keeps its size.
+/// Made when missing.
+inline constexpr std::uint32_t VX_SHARED_MEMORY_CREATE = 0x1;
+/// A failure where it is there already.
+inline constexpr std::uint32_t VX_SHARED_MEMORY_EXCLUSIVE = 0x2;
+
+/// Opens the memory `name`, which starts as `size` zero bytes and keeps that size; one that is there must have at least
+/// `size` bytes, of which 0 asks nothing. `access` is made of VX_FILE_READ and VX_FILE_WRITE, `flags` of the two above.
+/// `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. The memory is really there: RESULT_DISK_FULL is told here.
 VXSYS_API std::int32_t VXSharedMemOpen(
     const char* name, std::uint32_t access, std::uint32_t flags, std::uint32_t size, std::uint32_t* handle) noexcept;
+/// Gives the memory an address of its own each time. `access` must be part of what it was opened for.
 VXSYS_API std::int32_t VXSharedMemAttach(std::uint32_t handle, std::uint32_t access, void** address) noexcept;
+/// An attached address holds the memory open, also behind the closing of the handle.
 VXSYS_API std::int32_t VXSharedMemDetach(void* address) noexcept;
 VXSYS_API std::int32_t VXSharedMemClose(std::uint32_t handle) noexcept;
 }

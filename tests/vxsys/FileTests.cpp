@@ -189,7 +189,8 @@ TEST(File, RefusesHandlesThatAreNone)
         EXPECT_EQ(VXFileRead(handle, &byte, 1, &done), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileWrite(handle, &byte, 1, &done), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileGetSize(handle, &size), RESULT_INVALID_HANDLE);
-        EXPECT_EQ(VXFileSeekToEnd(handle), RESULT_INVALID_HANDLE);
+        EXPECT_EQ(VXFileSeekToEnd(handle, &size), RESULT_INVALID_HANDLE);
+        EXPECT_EQ(VXFileGetPosition(handle, &size), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileFlush(handle), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileTruncate(handle, 0), RESULT_INVALID_HANDLE);
         EXPECT_EQ(VXFileClose(handle), RESULT_INVALID_HANDLE);
@@ -202,8 +203,12 @@ TEST(File, AppendsBehindWhatOthersWrote)
     const File first(scratch.full("file"), VX_FILE_WRITE | VX_FILE_CREATE);
     const File second(scratch.full("file"), VX_FILE_WRITE);
     EXPECT_EQ(first.write("aaa"), 3);
-    EXPECT_EQ(VXFileSeekToEnd(second.m_handle), 0);
+    std::int64_t position = 0;
+    EXPECT_EQ(VXFileSeekToEnd(second.m_handle, &position), 0);
+    EXPECT_EQ(position, 3);
     EXPECT_EQ(second.write("b"), 1);
+    EXPECT_EQ(VXFileGetPosition(second.m_handle, &position), 0);
+    EXPECT_EQ(position, 4);
     EXPECT_EQ(VXFileFlush(second.m_handle), 0);
     EXPECT_EQ(contentOf(scratch / "file"), "aaab");
 }
@@ -230,12 +235,12 @@ TEST(File, IsKnownByItsIdentityUnderEachName)
     std::filesystem::remove(scratch / "file");
     const File link(scratch.full("link"), VX_FILE_READ);
     const auto identityOf = [](const File& opened) {
-        std::pair<std::uint64_t, std::uint64_t> identity;
-        EXPECT_EQ(VXFileGetIdentity(opened.m_handle, &identity.first, &identity.second), 0);
+        VXFileIdentity identity {};
+        EXPECT_EQ(VXFileGetIdentity(opened.m_handle, &identity), 0);
         return identity;
     };
-    EXPECT_EQ(identityOf(file), identityOf(link));
-    EXPECT_NE(identityOf(file), identityOf(other));
+    EXPECT_TRUE(identityOf(file) == identityOf(link));
+    EXPECT_FALSE(identityOf(file) == identityOf(other));
 
     std::FILE* const memory = ::fmemopen(nullptr, 8, "w");
     EXPECT_EQ(VXFileFromStream(memory), VX_FILE_INVALID_HANDLE);
@@ -326,7 +331,9 @@ TEST(File, CountsAsFlushedWhatHasNoDisk)
     for (const bool isSocket : {false, true}) {
         const Channel channel(isSocket);
         EXPECT_EQ(VXFileFlush(channel.getWriter()), 0);
-        EXPECT_EQ(VXFileSeekToEnd(channel.getWriter()), 0);
+        std::int64_t position = 0;
+        EXPECT_EQ(VXFileSeekToEnd(channel.getWriter(), &position), 0);
+        EXPECT_EQ(position, -1);
     }
     EXPECT_EQ(File(u"\\dev\\null", VX_FILE_WRITE | VX_FILE_AT_END).m_result, 0);
 }

@@ -14,6 +14,7 @@
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -44,12 +45,11 @@ int openModeOf(std::uint32_t flags) noexcept
         | O_NOCTTY;
 }
 
-/// Moves to the end. What has no position, a pipe or a terminal, is always there.
-std::int32_t seekToEnd(int descriptor) noexcept
+/// Moves by nothing from `origin` and tells where that is; -1 for what has no position, a pipe or a terminal.
+std::int32_t seek(int descriptor, int origin, std::int64_t* position) noexcept
 {
-    if (::lseek(descriptor, 0, SEEK_END) == -1 && errno != ESPIPE)
-        return VXResultFromNative(errno);
-    return RESULT_OK;
+    *position = ::lseek(descriptor, 0, origin);
+    return *position == -1 && errno != ESPIPE ? VXResultFromNative(errno) : RESULT_OK;
 }
 
 std::int32_t prepare(int descriptor, std::uint32_t flags) noexcept
@@ -59,7 +59,8 @@ std::int32_t prepare(int descriptor, std::uint32_t flags) noexcept
         return VXResultFromNative(errno);
     if (S_ISDIR(status.st_mode))
         return RESULT_ACCESS_DENIED;
-    return (flags & VX_FILE_AT_END) != 0 ? seekToEnd(descriptor) : RESULT_OK;
+    std::int64_t position = 0;
+    return (flags & VX_FILE_AT_END) != 0 ? seek(descriptor, SEEK_END, &position) : RESULT_OK;
 }
 
 /// Keeps SIGPIPE from the calling thread to the end of the block. One that came up meanwhile was ours and is dropped; one
@@ -192,9 +193,14 @@ std::int32_t VXFileWrite(std::uint32_t handle, const void* source, std::int32_t 
     return RESULT_OK;
 }
 
-std::int32_t VXFileSeekToEnd(std::uint32_t handle) noexcept
+std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept
 {
-    return seekToEnd(descriptorOf(handle));
+    return position != nullptr ? seek(descriptorOf(handle), SEEK_END, position) : RESULT_INVALID_ARGUMENT;
+}
+
+std::int32_t VXFileGetPosition(std::uint32_t handle, std::int64_t* position) noexcept
+{
+    return position != nullptr ? seek(descriptorOf(handle), SEEK_CUR, position) : RESULT_INVALID_ARGUMENT;
 }
 
 std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept
@@ -214,17 +220,18 @@ std::int32_t VXFileFlush(std::uint32_t handle) noexcept
     return RESULT_OK;
 }
 
-std::int32_t VXFileGetIdentity(std::uint32_t handle, std::uint64_t* volume, std::uint64_t* file) noexcept
+std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* identity) noexcept
 {
-    if (volume == nullptr || file == nullptr)
+    if (identity == nullptr)
         return RESULT_INVALID_ARGUMENT;
-    *volume = 0;
-    *file = 0;
-    struct stat status;
-    if (::fstat(descriptorOf(handle), &status) != 0)
+    *identity = {};
+    struct statx status { };
+    if (::statx(descriptorOf(handle), "", AT_EMPTY_PATH, STATX_INO | STATX_BTIME, &status) != 0)
         return VXResultFromNative(errno);
-    *volume = status.st_dev;
-    *file = status.st_ino;
+    identity->volume = makedev(status.stx_dev_major, status.stx_dev_minor);
+    identity->number = status.stx_ino;
+    if ((status.stx_mask & STATX_BTIME) != 0)
+        identity->born = status.stx_btime.tv_sec * 1'000'000'000 + status.stx_btime.tv_nsec;
     return RESULT_OK;
 }
 

@@ -48,6 +48,27 @@ public:
         return ::pthread_mutex_unlock(&m_mutex);
     }
 
+    int releaseAll(std::uint32_t& depth) noexcept
+    {
+        if (m_owner.load(std::memory_order_relaxed) != VXThreadGetCurrentId())
+            return 0;
+        const std::uint32_t held = m_depth;
+        while (depth < held) {
+            if (const int error = release())
+                return error;
+            ++depth;
+        }
+        return 0;
+    }
+    int reacquire(std::uint32_t depth) noexcept
+    {
+        for (; depth > 0; --depth) {
+            if (const int error = acquire())
+                return error;
+        }
+        return 0;
+    }
+
     /// A held mutex is not destroyed, and stays as it was.
     int destroyable() noexcept
     {
@@ -324,6 +345,19 @@ std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
 std::int32_t VXMutexRelease(VXHandle mutex) noexcept
 {
     return onHandle<Mutex>(mutex, [](Mutex& object) { return object.release(); });
+}
+
+std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept
+{
+    if (depth == nullptr)
+        return VXResultFromNative(EINVAL);
+    *depth = 0;
+    return onHandle<Mutex>(mutex, [&](Mutex& object) { return object.releaseAll(*depth); });
+}
+
+std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept
+{
+    return onHandle<Mutex>(mutex, [&](Mutex& object) { return object.reacquire(depth); });
 }
 
 std::int32_t VXMutexDestroy(VXHandle mutex) noexcept

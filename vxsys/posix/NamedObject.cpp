@@ -1,0 +1,487 @@
+#include "vxsys/posix/NamedObject.h"
+
+#include "vxsys/detail/Retry.h"
+
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <new>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vxsys::detail {
+
+namespace {
+
+/// What a file starts with and grows by: a page of the system each.
+constexpr std::uint32_t FIRST_PLACES = (4096 - SharedPage::sizeFor(0)) / sizeof(Opener);
+constexpr std::uint32_t MORE_PLACES = 4096 / sizeof(Opener);
+
+// Plain pointers and no destructors: what a static of the program holds is closed late.
+constinit std::mutex g_lock;
+constinit NamedObject* g_objects = nullptr;
+constinit ProcessIdentity g_self;
+constinit bool g_hasTidied = false;
+
+class Descriptor {
+public:
+    Descriptor() noexcept = default;
+    explicit Descriptor(int value) noexcept
+        : m_value(value)
+    {
+    }
+    ~Descriptor()
+    {
+        if (m_value != -1)
+            ::close(m_value);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const noexcept { return m_value; }
+
+private:
+    int m_value = -1;
+};
+
+Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
+{
+    constexpr mode_t OWNER_ONLY = 0600;
+    return Descriptor(retryOnSignal(
+        [&] { return ::openat(folder.descriptor(), name, O_RDWR | O_CLOEXEC | O_NOFOLLOW | flags, OWNER_ONLY); }));
+}
+
+/// Gives the file room that is really there: a store to a page that the system then finds no memory for would be deadly.
+int allocate(int file, std::uint64_t start, std::uint64_t length) noexcept
+{
+    int error;
+    do
+        error = ::posix_fallocate(file, static_cast<off_t>(start), static_cast<off_t>(length));
+    while (error == EINTR);
+    return error;
+}
+
+SharedPage* mapPage(int file) noexcept
+{
+    void* address = ::mmap(nullptr, sizeof(SharedPage), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    return address != MAP_FAILED ? static_cast<SharedPage*>(address) : nullptr;
+}
+
+void unmapPage(SharedPage* page) noexcept
+{
+    ::munmap(page, sizeof(SharedPage));
+}
+
+/// Whether all that the page says it has is in its file.
+bool isWhole(const SharedPage& page, const struct stat& status) noexcept
+{
+    return page.isOurs() && page.places() <= SharedPage::CAPACITY
+        && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(page.places());
+}
+
+/// Removes the file of an object that nobody has open, unless there is something left to repair.
+void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
+{
+    const Descriptor file = openAt(folder, name, O_NONBLOCK);
+    struct stat status;
+    if (file.get() == -1 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    if (static_cast<std::uint64_t>(status.st_size) < SharedPage::sizeFor(FIRST_PLACES)) { // its maker was killed
+        ::unlinkat(folder.descriptor(), name, 0);
+        return;
+    }
+    SharedPage* const page = mapPage(file.get());
+    if (page == nullptr)
+        return;
+    if (!page->isMade()) {
+        ::unlinkat(folder.descriptor(), name, 0);
+    } else if (isWhole(*page, status)) {
+        const PageLock lock(*page);
+        if (!page->hasOpener(g_self) && page->note().length == 0) {
+            page->setRemoved();
+            ::unlinkat(folder.descriptor(), name, 0);
+        }
+    }
+    unmapPage(page);
+}
+
+/// A program that is killed again and again, with other names each time, would fill the folder up.
+void removeAbandoned(const NamedFolder& folder) noexcept
+{
+    const int copy = ::openat(folder.descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* const entries = copy != -1 ? ::fdopendir(copy) : nullptr;
+    if (entries == nullptr) {
+        if (copy != -1)
+            ::close(copy);
+        return;
+    }
+    while (const dirent* entry = ::readdir(entries)) {
+        if (entry->d_name[0] != '.')
+            removeIfAbandoned(folder, entry->d_name);
+    }
+    ::closedir(entries);
+}
+
+} // namespace
+
+std::mutex& NamedObject::tableLock() noexcept
+{
+    return g_lock;
+}
+
+int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept
+{
+    handleForks();
+    if (g_self.id == 0)
+        g_self = ProcessIdentity::ofCaller();
+
+    char path[NamedFolder::PATH_SIZE];
+    NamedFolder::writePath(ObjectName(opening.kind, name).get(), path);
+    if (NamedObject* known = find(path)) {
+        int error = known->m_isStale.load(std::memory_order_relaxed) ? known->enter() : 0;
+        if (error == 0) {
+            const PageLock lock(*known->m_page);
+            error = known->join(opening);
+        }
+        if (error != 0)
+            return error;
+        known->use();
+        *object = known;
+        return 0;
+    }
+
+    auto* created = new (std::nothrow) NamedObject(opening);
+    if (created == nullptr)
+        return ENOMEM;
+    std::memcpy(created->m_path, path, sizeof path);
+    if (const int error = created->enter()) {
+        delete created;
+        return error;
+    }
+    created->m_next = std::exchange(g_objects, created);
+    *object = created;
+    return 0;
+}
+
+int NamedObject::release() noexcept
+{
+    if (m_uses > 1) {
+        --m_uses;
+        return 0;
+    }
+    if (!m_isStale.load(std::memory_order_relaxed)) {
+        char path[NamedFolder::PATH_SIZE];
+        NamedFolder::writePath(fileName(), path);
+        NamedFolder folder;
+        // A process that gave up its rights since cannot get there, and leaves the file to whoever comes.
+        const bool mayRemove = std::strcmp(path, m_path) == 0 && folder.open() == 0;
+        const PageLock lock(*m_page);
+        if (m_opener->waiting > 0)
+            return EBUSY;
+        m_page->leave(*m_opener);
+        if (mayRemove && !m_page->hasOpener(g_self))
+            removeFile(folder);
+    }
+    NamedObject** place = &g_objects;
+    while (*place != this)
+        place = &(*place)->m_next;
+    *place = m_next;
+    delete this;
+    return 0;
+}
+
+int NamedObject::take(bool wait) noexcept
+{
+    if (const int error = ready())
+        return error;
+    const PageLock lock(*m_page);
+    return m_page->take(*m_opener, wait, g_self);
+}
+
+int NamedObject::post() noexcept
+{
+    if (const int error = ready())
+        return error;
+    const PageLock lock(*m_page);
+    return m_page->post(*m_opener);
+}
+
+int NamedObject::value(std::int32_t& count) noexcept
+{
+    if (const int error = ready())
+        return error;
+    const PageLock lock(*m_page);
+    count = m_page->value(g_self);
+    return 0;
+}
+
+int NamedObject::setNote(const VXNamedSemNote& note) noexcept
+{
+    if (const int error = ready())
+        return error;
+    const PageLock lock(*m_page);
+    if (m_opener->held.load(std::memory_order_relaxed) == 0)
+        return EPERM;
+    m_page->setNote(note);
+    return 0;
+}
+
+int NamedObject::note(VXNamedSemNote& note) noexcept
+{
+    if (const int error = ready())
+        return error;
+    const PageLock lock(*m_page);
+    if (m_opener->held.load(std::memory_order_relaxed) == 0)
+        return EPERM;
+    note = m_page->note();
+    return 0;
+}
+
+std::uint64_t NamedObject::size() noexcept
+{
+    const PageLock lock(*m_page);
+    return m_page->size();
+}
+
+int NamedObject::mapMemory(int protection, void** address) noexcept
+{
+    int error = ready();
+    int opened = -1;
+    if (error == 0)
+        error = openFile(&opened);
+    if (error != 0)
+        return error;
+    const Descriptor file(opened);
+    void* const mapped = ::mmap(nullptr, size(), protection, MAP_SHARED, file.get(), MEMORY_OFFSET);
+    if (mapped == MAP_FAILED)
+        return errno;
+    *address = mapped;
+    return 0;
+}
+
+void NamedObject::handleForks() noexcept
+{
+    static const int registered = ::pthread_atfork(beforeFork, inParent, inChild);
+    static_cast<void>(registered);
+}
+
+void NamedObject::beforeFork() noexcept
+{
+    g_lock.lock();
+}
+
+void NamedObject::inParent() noexcept
+{
+    g_lock.unlock();
+}
+
+void NamedObject::inChild() noexcept
+{
+    g_self = g_objects != nullptr ? ProcessIdentity::ofCaller() : ProcessIdentity {};
+    for (NamedObject* object = g_objects; object != nullptr; object = object->m_next)
+        object->enterInChild();
+    g_hasTidied = false;
+    g_lock.unlock();
+}
+
+NamedObject* NamedObject::find(const char* path) noexcept
+{
+    NamedObject* object = g_objects;
+    // Memory that has lost its name stays what it is for those who have it.
+    while (object != nullptr
+        && (std::strcmp(object->m_path, path) != 0
+            || (object->m_opening.kind == NamedOpening::MEMORY && object->m_isStale.load(std::memory_order_relaxed))))
+        object = object->m_next;
+    return object;
+}
+
+int NamedObject::enter() noexcept
+{
+    NamedFolder folder;
+    int error = folder.open();
+    bool isAbandoned = true;
+    while (error == 0 && isAbandoned) {
+        unmap();
+        isAbandoned = false;
+        error = enterFile(folder, &isAbandoned);
+    }
+    if (error != 0)
+        unmap();
+    else
+        m_isStale.store(false, std::memory_order_release);
+    return error;
+}
+
+int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcept
+{
+    const Descriptor file = openAt(folder, fileName(), O_CREAT | O_NONBLOCK);
+    if (file.get() == -1)
+        return errno;
+    bool isNew = false;
+    int error = map(file.get(), &isNew);
+    if (error != 0) {
+        removeIfAbandoned(folder, fileName());
+        return error;
+    }
+    {
+        const PageLock lock(*m_page);
+        if (m_page->hasOpener(g_self)) {
+            error = join(m_opening);
+        } else if (m_opening.kind == NamedOpening::MEMORY && !isNew) {
+            // Somebody may still look at the old memory, who is no opener: a child of a process that was killed.
+            removeFile(folder);
+            *isAbandoned = true;
+            return 0;
+        } else {
+            error = start(file.get());
+        }
+        if (error == 0)
+            error = takePlace(file.get());
+        if (error != 0 && !m_page->hasOpener(g_self))
+            removeFile(folder);
+    }
+    if (error == 0 && isNew && !std::exchange(g_hasTidied, true))
+        removeAbandoned(folder);
+    return error;
+}
+
+int NamedObject::map(int file, bool* isNew) noexcept
+{
+    constexpr mode_t OWNER_ONLY = 0600;
+
+    struct stat status;
+    if (::fstat(file, &status) != 0)
+        return errno;
+    if (!S_ISREG(status.st_mode))
+        return EUCLEAN;
+    if ((status.st_mode & OWNER_ONLY) != OWNER_ONLY) // the process's mask took it away
+        ::fchmod(file, OWNER_ONLY);
+    m_volume = status.st_dev;
+    m_number = status.st_ino;
+    if (static_cast<std::uint64_t>(status.st_size) < SharedPage::sizeFor(FIRST_PLACES)) {
+        if (const int error = allocate(file, 0, SharedPage::sizeFor(FIRST_PLACES)))
+            return error;
+    }
+    m_page = mapPage(file);
+    if (m_page == nullptr)
+        return errno;
+    *isNew = !m_page->isMade();
+    if (*isNew)
+        return m_page->make(FIRST_PLACES);
+    return isWhole(*m_page, status) ? 0 : EUCLEAN;
+}
+
+void NamedObject::unmap() noexcept
+{
+    if (m_page != nullptr)
+        unmapPage(std::exchange(m_page, nullptr));
+    m_opener = nullptr;
+}
+
+int NamedObject::join(const NamedOpening& opening) const noexcept
+{
+    if (opening.mustMake)
+        return EEXIST;
+    return opening.size > m_page->size() ? EINVAL : 0;
+}
+
+int NamedObject::start(int file) noexcept
+{
+    if (!m_opening.mayMake)
+        return ENOENT;
+    if (m_opening.kind == NamedOpening::MEMORY) {
+        if (m_opening.size == 0)
+            return EINVAL;
+        if (const int error = allocate(file, MEMORY_OFFSET, m_opening.size))
+            return error;
+    }
+    m_page->start(m_opening.value, m_opening.size);
+    return 0;
+}
+
+int NamedObject::takePlace(int file) noexcept
+{
+    m_opener = m_page->enter(g_self);
+    if (m_opener != nullptr)
+        return 0;
+    m_page->dropTheGone(g_self);
+    m_opener = m_page->enter(g_self);
+    if (m_opener != nullptr)
+        return 0;
+    if (const int error = addPlaces(file))
+        return error;
+    m_opener = m_page->enter(g_self);
+    return 0;
+}
+
+int NamedObject::addPlaces(int file) noexcept
+{
+    const std::uint32_t places = m_page->places() + MORE_PLACES;
+    if (places > SharedPage::CAPACITY)
+        return ENFILE;
+    int opened = -1;
+    if (file == -1) {
+        if (const int error = openFile(&opened))
+            return error;
+        file = opened;
+    }
+    const Descriptor owned(opened);
+    if (const int error = allocate(file, 0, SharedPage::sizeFor(places)))
+        return error;
+    m_page->setPlaces(places);
+    return 0;
+}
+
+void NamedObject::removeFile(const NamedFolder& folder) noexcept
+{
+    struct stat status;
+    if (m_page->note().length != 0)
+        return; // the next opener has something to repair
+    m_page->setRemoved();
+    if (::fstatat(folder.descriptor(), fileName(), &status, AT_SYMLINK_NOFOLLOW) == 0 && status.st_dev == m_volume
+        && status.st_ino == m_number) // somebody may have removed it by hand, and somebody else made it again
+        ::unlinkat(folder.descriptor(), fileName(), 0);
+}
+
+const char* NamedObject::fileName() const noexcept
+{
+    return std::strrchr(m_path, '/') + 1;
+}
+
+int NamedObject::openFile(int* file) const noexcept
+{
+    const int opened = retryOnSignal([&] { return ::open(m_path, O_RDWR | O_CLOEXEC | O_NOFOLLOW); });
+    if (opened == -1)
+        return errno;
+    struct stat status;
+    if (::fstat(opened, &status) != 0 || status.st_dev != m_volume || status.st_ino != m_number) {
+        ::close(opened);
+        return ESTALE;
+    }
+    *file = opened;
+    return 0;
+}
+
+int NamedObject::enterAgain() noexcept
+{
+    const std::lock_guard guard(g_lock);
+    if (!m_isStale.load(std::memory_order_relaxed))
+        return 0;
+    return m_opening.kind == NamedOpening::MEMORY ? ESTALE : enter();
+}
+
+void NamedObject::enterInChild() noexcept
+{
+    m_opener = nullptr;
+    if (m_isStale.load(std::memory_order_relaxed))
+        return;
+    const PageLock lock(*m_page);
+    if (m_page->isRemoved() || takePlace(-1) != 0)
+        m_isStale.store(true, std::memory_order_relaxed);
+}
+
+} // namespace vxsys::detail

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "vxsys/posix/NamedFolder.h"
+#include "vxsys/posix/SharedPage.h"
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+namespace vxsys::detail {
+
+/// How one opens a named object, and what it is.
+struct NamedOpening {
+    enum Kind : char { SEMAPHORE = 's', MEMORY = 'm' };
+
+    Kind kind = SEMAPHORE;
+    /// The free ones that a semaphore starts with.
+    std::uint32_t value = 0;
+    /// Bytes of memory behind the page.
+    std::uint64_t size = 0;
+    bool mayMake = true;
+    bool mustMake = false;
+};
+
+/// A named object that this process has open, once for each name, however many handles lead to it. It keeps no descriptor:
+/// a program that closes all it does not know closes nothing here.
+///
+/// The process is one opener of the shared page, and a child by `fork` becomes one of its own at once. Each operation gives
+/// a native error or 0.
+class NamedObject {
+public:
+    /// The table of open objects, held by the caller of `open`, `use` and `release` and while the process forks.
+    static std::mutex& tableLock() noexcept;
+
+    /// Where the memory behind the page starts in the file: at a multiple of the page size of any processor.
+    static constexpr std::size_t MEMORY_OFFSET = (sizeof(SharedPage) / 0x10000 + 1) * 0x10000;
+
+    /// The object, used once more. ENOENT or EEXIST where `opening` says so, EINVAL where it asks for more memory than an
+    /// object has that others opened before.
+    static int open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept;
+    void use() noexcept { ++m_uses; }
+    /// Ends one use. EBUSY, and nothing has happened, for the last one while threads wait.
+    int release() noexcept;
+
+    int take(bool wait) noexcept;
+    int post() noexcept;
+    int value(std::int32_t& count) noexcept;
+    /// EPERM for a process that holds nothing of the semaphore.
+    int setNote(const VXNamedSemNote& note) noexcept;
+    int note(VXNamedSemNote& note) noexcept;
+
+    std::uint64_t size() noexcept;
+    /// A new mapping of the memory behind the page. ESTALE in a child process that the object's last owner left behind.
+    int mapMemory(int protection, void** address) noexcept;
+
+private:
+    explicit NamedObject(const NamedOpening& opening) noexcept
+        : m_opening(opening)
+    {
+    }
+    ~NamedObject() { unmap(); }
+
+    static void handleForks() noexcept;
+    static void beforeFork() noexcept;
+    static void inParent() noexcept;
+    static void inChild() noexcept;
+    static NamedObject* find(const char* path) noexcept;
+
+    /// Makes the process an opener of what has the name now, be it there already or not.
+    int enter() noexcept;
+    int enterFile(const NamedFolder& folder, bool* isAbandoned) noexcept;
+    int map(int file, bool* isNew) noexcept;
+    void unmap() noexcept;
+
+    // Under the page's lock. A `file` of -1 is opened where it is needed.
+    int join(const NamedOpening& opening) const noexcept;
+    int start(int file) noexcept;
+    int takePlace(int file) noexcept;
+    int addPlaces(int file) noexcept;
+    void removeFile(const NamedFolder& folder) noexcept;
+
+    const char* fileName() const noexcept;
+    int openFile(int* file) const noexcept;
+    int ready() noexcept { return m_isStale.load(std::memory_order_acquire) ? enterAgain() : 0; }
+    int enterAgain() noexcept;
+    void enterInChild() noexcept;
+
+    NamedOpening m_opening;
+    SharedPage* m_page = nullptr;
+    Opener* m_opener = nullptr;
+    std::uint64_t m_volume = 0;
+    std::uint64_t m_number = 0;
+    std::uint32_t m_uses = 1;
+    /// In a child process: the object's last owner had gone before the child became one.
+    std::atomic<bool> m_isStale {false};
+    NamedObject* m_next = nullptr;
+    char m_path[NamedFolder::PATH_SIZE] = "";
+};
+
+} // namespace vxsys::detail
