@@ -53,6 +53,17 @@ void Mutex::signal()
     throwIfFailed(VXMutexRelease(m_handle));
 }
 
+MutexPause::MutexPause(Mutex& mutex)
+    : m_mutex(mutex)
+{
+    throwIfFailed(VXMutexReleaseAll(m_mutex.m_handle, &m_depth));
+}
+
+MutexPause::~MutexPause() noexcept
+{
+    VXMutexReacquire(m_mutex.m_handle, m_depth); // a failure shows when the holder releases it
+}
+
 ReaderWriterLock::ReaderWriterLock(const char* name, unsigned int flags)
 {
     throwIfFailed(VXRWLockCreate(name, flags, &m_handle));

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "vx/sync/LockObject.h"
-
-#include <exception>
+#include "vx/sync/ScopedWait.h"
 
 namespace vx::sync {
 
@@ -11,25 +10,15 @@ namespace vx::sync {
 class [[nodiscard]] VX_SCOPED_CAPABILITY ScopedLock {
 public:
     explicit ScopedLock(LockObject& lock) VX_ACQUIRE(lock)
-        : m_lock(lock)
+        : m_hold(&lock)
     {
-        m_lock.wait();
     }
-    ~ScopedLock() noexcept(false) VX_RELEASE()
-    {
-        try {
-            m_lock.signal();
-        } catch (...) {
-            if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-                throw;
-        }
-    }
+    ~ScopedLock() noexcept(false) VX_RELEASE() { }
     ScopedLock(const ScopedLock&) = delete;
     ScopedLock& operator=(const ScopedLock&) = delete;
 
 private:
-    LockObject& m_lock;
-    const int m_exceptionsAtStart = std::uncaught_exceptions();
+    const ScopedWait<LockObject> m_hold;
 };
 
 } // namespace vx::sync

@@ -1,0 +1,69 @@
+#include "vx/ipc/SemaphoreR.h"
+
+#include "vx/sync/ScopedLock.h"
+
+namespace vx::ipc {
+
+SemaphoreR::SemaphoreR(const char* name, std::uint32_t value, sync::Mutex* mutex)
+    : Semaphore(name, value)
+    , m_mutex(mutex != nullptr ? mutex : new sync::Mutex)
+{
+}
+
+SemaphoreR::~SemaphoreR() noexcept(false) = default;
+
+void SemaphoreR::wait()
+{
+    const std::uint32_t thread = VXThreadGetCurrentId();
+    const sync::ScopedLock guard(*m_mutex);
+    if (enterAgain(thread))
+        return;
+    if (!Semaphore::tryWait()) {
+        // The owner may be a thread of this process, which needs the mutex to signal.
+        const sync::MutexPause pause(*m_mutex);
+        Semaphore::wait();
+    }
+    own(thread);
+}
+
+bool SemaphoreR::tryWait()
+{
+    const std::uint32_t thread = VXThreadGetCurrentId();
+    const sync::ScopedLock guard(*m_mutex);
+    if (enterAgain(thread))
+        return true;
+    if (!Semaphore::tryWait())
+        return false;
+    own(thread);
+    return true;
+}
+
+void SemaphoreR::signal()
+{
+    const sync::ScopedLock guard(*m_mutex);
+    if (m_owner == 0 || m_owner != VXThreadGetCurrentId())
+        return;
+    if (m_count < 2) {
+        Semaphore::signal();
+        m_owner = 0;
+        m_count = 0;
+    } else {
+        --m_count;
+    }
+}
+
+bool SemaphoreR::enterAgain(std::uint32_t thread)
+{
+    if (m_owner != thread)
+        return false;
+    ++m_count;
+    return true;
+}
+
+void SemaphoreR::own(std::uint32_t thread)
+{
+    m_owner = thread;
+    m_count = 1;
+}
+
+} // namespace vx::ipc
