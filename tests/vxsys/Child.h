@@ -4,12 +4,33 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
+#include <fstream>
 #include <functional>
+#include <string>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
+
+/// The letter that the system has for the state of a process or of a thread of this one: 'S' sleeps, 'Z' has ended; '\0' for
+/// none.
+inline char stateIn(const std::string& statusFile)
+{
+    std::ifstream file(statusFile);
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::size_t bracket = text.rfind(')');
+    return bracket != text.npos ? text[bracket + 2] : '\0';
+}
+
+inline char stateOfProcess(pid_t process)
+{
+    return stateIn("/proc/" + std::to_string(process) + "/stat");
+}
+
+inline char stateOfThread(pid_t thread)
+{
+    return stateIn("/proc/self/task/" + std::to_string(thread) + "/stat");
+}
 
 /// A process of its own that runs `work` and is killed at the end of the block at the latest. The two sides tell each other
 /// single characters; a side that has gone tells '\0'. Failed expectations in the child make `wait` give 1.
@@ -18,47 +39,43 @@ public:
     /// One end of the talk.
     class Side {
     public:
-        void tell(char what) const { EXPECT_EQ(::write(m_out, &what, 1), 1); }
+        explicit Side(int channel)
+            : m_channel(channel)
+        {
+        }
+        void tell(char what) const { ::send(m_channel, &what, 1, MSG_NOSIGNAL); }
         char hear() const
         {
             char what = '\0';
             ssize_t got;
             do
-                got = ::read(m_in, &what, 1);
+                got = ::recv(m_channel, &what, 1, 0);
             while (got == -1 && errno == EINTR);
             return got == 1 ? what : '\0';
         }
 
     private:
         friend class Child;
-        int m_in = -1;
-        int m_out = -1;
+        int m_channel;
     };
 
     explicit Child(const std::function<void(Side&)>& work)
     {
-        int toParent[2];
-        int toChild[2];
-        if (::pipe2(toParent, O_CLOEXEC) != 0 || ::pipe2(toChild, O_CLOEXEC) != 0 || (m_id = ::fork()) == -1)
+        int ends[2];
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0 || (m_id = ::fork()) == -1)
             throw std::system_error(errno, std::generic_category());
-        Side side;
-        side.m_in = m_id == 0 ? toChild[0] : toParent[0];
-        side.m_out = m_id == 0 ? toParent[1] : toChild[1];
-        ::close(m_id == 0 ? toParent[0] : toChild[0]);
-        ::close(m_id == 0 ? toChild[1] : toParent[1]);
+        ::close(ends[m_id == 0 ? 0 : 1]);
+        m_side = Side(ends[m_id == 0 ? 1 : 0]);
         if (m_id == 0) {
-            std::signal(SIGPIPE, SIG_IGN);
-            work(side);
+            work(m_side);
             ::_exit(testing::Test::HasFailure() ? 1 : 0);
         }
-        m_side = side;
     }
     ~Child()
     {
         kill();
         wait();
-        ::close(m_side.m_in);
-        ::close(m_side.m_out);
+        ::close(m_side.m_channel);
     }
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
@@ -94,5 +111,5 @@ public:
 private:
     pid_t m_id = -1;
     int m_status = 0;
-    Side m_side;
+    Side m_side {-1};
 };

@@ -10,8 +10,8 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <set>
@@ -58,15 +58,6 @@ std::size_t openDescriptors()
 {
     const std::filesystem::directory_iterator entries("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-/// The letter that the system has for the state of a process or thread; '\0' for none.
-char stateOf(const std::string& status)
-{
-    std::ifstream file(status);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    const std::size_t bracket = text.rfind(')');
-    return bracket != text.npos ? text[bracket + 2] : '\0';
 }
 
 /// A handle that closes itself.
@@ -521,7 +512,7 @@ TEST(NamedSemaphore, IsNotClosedUnderAThreadThatWaits)
         thread = ::gettid();
         here.wait();
     });
-    while (thread == 0 || stateOf("/proc/self/task/" + std::to_string(thread) + "/stat") != 'S')
+    while (thread == 0 || stateOfThread(thread) != 'S')
         std::this_thread::yield();
     other.close();
     EXPECT_EQ(VXNamedSemClose(here.m_handle), code(0x800700AA));
@@ -572,7 +563,7 @@ TEST(NamedSemaphore, KeepsProcessesApartThatAreKilledAtAnyMoment)
             const Named lock(name, 1); // opened each time: most rounds are somebody's last or first one
             lock.wait();
             const pid_t other = inside.exchange(::getpid());
-            const char state = stateOf("/proc/" + std::to_string(other) + "/stat");
+            const char state = stateOfProcess(other);
             EXPECT_TRUE(other == 0 || other == ::getpid() || state == '\0' || state == 'Z') << "two inside";
             inside = 0;
             if (round % 2 == 0)

@@ -1,6 +1,8 @@
 #include "vx/ipc/SemaphoreR.h"
 
+#include "vx/Exception.h"
 #include "vx/sync/ScopedLock.h"
+#include "vxsys/Thread.h"
 
 namespace vx::ipc {
 
@@ -10,7 +12,17 @@ SemaphoreR::SemaphoreR(const char* name, std::uint32_t value, sync::Mutex* mutex
 {
 }
 
-SemaphoreR::~SemaphoreR() noexcept(false) = default;
+SemaphoreR::~SemaphoreR() noexcept(false)
+{
+    if (m_owner == 0)
+        return;
+    // Nobody could signal it any more, and others of the process may keep the name open.
+    try {
+        Semaphore::signal();
+    } catch (const Exception&) {
+        // Its closing comes next and has the failure to tell.
+    }
+}
 
 void SemaphoreR::wait()
 {

@@ -7,7 +7,8 @@
 namespace vx::ipc {
 
 /// A semaphore that a thread which owns it takes again at once, and signals as often: one lock for all other threads and
-/// processes. A second object of the same name knows nothing of the owner of the first.
+/// processes. A second object of the same name knows nothing of the owner of the first. One that ends while it is owned
+/// gives back what it took.
 class VX_API SemaphoreR : public Semaphore {
 public:
     /// `mutex` guards the owner inside the process. It is counted, and may be one that the caller guards something of its
