@@ -2,6 +2,7 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/io/detail/StreamChecks.h"
 #include "vxsys/Console.h"
 
 #include <exception>
@@ -52,6 +53,7 @@ std::int32_t MaskedConsoleInputStream::read(signed char* target, std::int32_t le
 {
     if (length < 1)
         return 0;
+    detail::requireUnits(target);
 
     const HiddenKeys hidden;
     std::int32_t count = 0;

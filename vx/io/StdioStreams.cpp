@@ -1,6 +1,7 @@
 #include "vx/io/StdioInputStream.h"
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/detail/Stdio.h"
+#include "vx/io/detail/StreamChecks.h"
 #include "vx/io/detail/StdioFileOutputStream.h"
 
 #include <cstring>
@@ -17,6 +18,7 @@ std::int32_t StdioInputStream::read(signed char* target, std::int32_t length)
 {
     if (length < 1)
         return 0;
+    detail::requireUnits(target);
     auto* text = reinterpret_cast<char*>(target);
     const bool isRead = std::fgets(text, length, m_stream) != nullptr;
     detail::checkStream(m_stream, u"stream read error");

@@ -31,10 +31,8 @@ void writeByte(std::FILE* stream, signed char byte)
 
 void writeBytes(std::FILE* stream, const signed char* bytes, std::int32_t length)
 {
-    if (length < 1)
-        return;
     std::int32_t done = 0;
-    if (VXFileWrite(VXFileFromStream(stream), bytes, length, &done) < 0 || done < length)
+    if (length > 0 && (VXFileWrite(VXFileFromStream(stream), bytes, length, &done) < 0 || done < length))
         fail(stream, WRITE_ERROR);
     checkStream(stream, WRITE_ERROR);
 }
