@@ -66,6 +66,7 @@
 #include "vx/io/ByteArrayInputStream.h"
 #include "vx/io/ByteArrayOutputStream.h"
 #include "vx/io/FileInputStream.h"
+#include "vx/io/FileOutputStream.h"
 #include "vx/io/FilterInputStream.h"
 #include "vx/io/FilterOutputStream.h"
 #include "vx/io/FilterReader.h"

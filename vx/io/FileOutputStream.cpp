@@ -1,0 +1,265 @@
+#include "vx/io/FileOutputStream.h"
+
+#include "vx/Exceptions.h"
+#include "vx/Result.h"
+#include "vx/io/detail/EntryNote.h"
+#include "vx/io/detail/OpenFile.h"
+#include "vx/sync/ScopedWait.h"
+#include "vx/util/FilePath.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace vx::io {
+
+namespace {
+
+/// The name of the semaphore for a file: its path with "/".
+std::vector<char> semaphoreName(const String& path)
+{
+    constexpr std::size_t ROOM = 10;
+    constexpr std::size_t BYTES_PER_UNIT = 3; // at most, in UTF-8
+    const std::size_t size = path.view().size() * BYTES_PER_UNIT + ROOM;
+    if (size > std::numeric_limits<std::int32_t>::max())
+        throwResult(RESULT_NAME_TOO_LONG);
+
+    std::vector<char> name(size);
+    if (VXUnicodeToAnsi(path.getData(), path.getLength(), name.data(), static_cast<std::int32_t>(size)) < 1)
+        throwResult(RESULT_INVALID_NAME);
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return name;
+}
+
+/// Closes a file at the end of the block.
+template <class Close>
+class [[nodiscard]] CloseBehind {
+public:
+    explicit CloseBehind(Close close)
+        : m_close(close)
+    {
+    }
+    ~CloseBehind() { m_close(); }
+    CloseBehind(const CloseBehind&) = delete;
+    CloseBehind& operator=(const CloseBehind&) = delete;
+
+private:
+    Close m_close;
+};
+
+} // namespace
+
+FileOutputStream::FileOutputStream(const String& path, unsigned int mode)
+    : m_path(path)
+    , m_handle(VX_FILE_INVALID_HANDLE)
+    , m_owned(true)
+    , m_mode(mode)
+{
+    init(m_path);
+}
+
+FileOutputStream::FileOutputStream(const util::FilePath& path, unsigned int mode)
+    : FileOutputStream(path.toString(), mode)
+{
+}
+
+FileOutputStream::FileOutputStream(const String& path, bool append)
+    : FileOutputStream(path, append ? ATEND : TRUNC)
+{
+}
+
+FileOutputStream::FileOutputStream(const util::FilePath& path, bool append)
+    : FileOutputStream(path.toString(), append)
+{
+}
+
+FileOutputStream::FileOutputStream(std::uint32_t handle, bool owned)
+    : m_handle(handle)
+    , m_owned(owned)
+    , m_mode(0)
+{
+}
+
+FileOutputStream::~FileOutputStream() noexcept(false)
+{
+    closeHandle();
+}
+
+void FileOutputStream::write(const signed char* bytes, std::int32_t length)
+{
+    const sync::ScopedWait mutex(m_mutex.get());
+    const sync::ScopedWait semaphore(m_semaphore.get());
+    const CloseBehind closing([this] {
+        if (has(KEEPCLOSED))
+            closeHandle();
+    });
+    if (has(KEEPCLOSED))
+        openAgain();
+    if (m_semaphore)
+        detail::repairEntry(guarded());
+
+    std::int64_t end = NO_POSITION;
+    if (has(APPEND)) {
+        const std::int32_t result = VXFileSeekToEnd(m_handle, &end);
+        throwIfFailed(result);
+        if (result > 0)
+            return;
+    } else if (m_semaphore) {
+        end = positionAtEnd();
+    }
+    if (length > 0)
+        writeEntry(bytes, length, end);
+    if (has(KEEPCLOSED))
+        flush();
+}
+
+void FileOutputStream::flush()
+{
+    const sync::ScopedWait mutex(has(KEEPCLOSED) ? m_mutex.get() : nullptr);
+    const std::uint32_t handle = m_handle;
+    if (handle == VX_FILE_INVALID_HANDLE)
+        return;
+    const std::int32_t result = VXFileFlush(handle);
+    if (has(KEEPCLOSED))
+        close();
+    throwIfFailed(result);
+}
+
+void FileOutputStream::close()
+{
+    const sync::ScopedWait mutex(m_mutex.get());
+    closeHandle();
+}
+
+short FileOutputStream::is_open() const
+{
+    return m_handle != VX_FILE_INVALID_HANDLE ? 1 : 0;
+}
+
+void FileOutputStream::open()
+{
+    if (m_path.view().empty())
+        throw InvalidPathException();
+    const sync::ScopedWait mutex(m_mutex.get());
+    openAgain();
+}
+
+std::int64_t FileOutputStream::getSize()
+{
+    const sync::ScopedWait mutex(m_mutex.get());
+    if (has(KEEPCLOSED))
+        openAgain();
+    std::int64_t size = 0;
+    const std::int32_t result = VXFileGetSize(m_handle, &size);
+    if (has(KEEPCLOSED))
+        close();
+    throwIfFailed(result);
+    return size;
+}
+
+std::uint32_t FileOutputStream::getHandle()
+{
+    return has(KEEPCLOSED) ? VX_FILE_INVALID_HANDLE : m_handle.load();
+}
+
+void FileOutputStream::wait()
+{
+    if (!m_semaphore)
+        return;
+    m_semaphore->wait();
+    try {
+        const sync::ScopedWait mutex(m_mutex.get());
+        const bool isClosed = is_open() == 0;
+        if (m_semaphore->getNote().length == 0 || (isClosed && !has(KEEPCLOSED)))
+            return;
+        openAgain();
+        detail::repairEntry(guarded());
+        if (isClosed)
+            closeHandle();
+    } catch (const Exception&) {
+        // The caller has the lock, and the next write says what is wrong with the file.
+    }
+}
+
+void FileOutputStream::signal()
+{
+    if (m_semaphore)
+        m_semaphore->signal();
+}
+
+std::uint32_t FileOutputStream::openFile(const String& path, unsigned int mode)
+{
+    return detail::openFile(path,
+        VX_FILE_WRITE | VX_FILE_CREATE | ((mode & ATEND) != 0 ? VX_FILE_AT_END : 0)
+            | ((mode & TRUNC) != 0 ? VX_FILE_TRUNCATE : 0));
+}
+
+void FileOutputStream::init(const String& path)
+{
+    if (path.view().empty())
+        throw InvalidPathException();
+    if (has(APPEND | KEEPCLOSED | LOCK))
+        m_mutex = new sync::Mutex;
+    if (has(APPEND | LOCK))
+        m_semaphore = new ipc::SemaphoreR(semaphoreName(path).data(), 1, m_mutex.get());
+    setHandle(openFile(path, m_mode));
+    if (has(KEEPCLOSED))
+        close();
+}
+
+void FileOutputStream::openAgain()
+{
+    if (m_handle == VX_FILE_INVALID_HANDLE)
+        setHandle(openFile(m_path, m_mode & ~TRUNC));
+}
+
+void FileOutputStream::setHandle(std::uint32_t handle)
+{
+    m_handle = handle;
+    if (m_semaphore && failed(VXFileGetIdentity(handle, &m_identity)))
+        m_identity = {};
+}
+
+void FileOutputStream::closeHandle() noexcept
+{
+    const std::uint32_t handle = m_handle;
+    if (!m_owned || handle == VX_FILE_INVALID_HANDLE)
+        return;
+    // After other failures the handle is gone for the system, which may give its number to the next file.
+    if (VXFileClose(handle) != RESULT_INVALID_HANDLE)
+        m_handle = VX_FILE_INVALID_HANDLE;
+}
+
+detail::GuardedFile FileOutputStream::guarded()
+{
+    return {*m_semaphore, m_handle, m_identity};
+}
+
+std::int64_t FileOutputStream::positionAtEnd() const
+{
+    std::int64_t position = NO_POSITION;
+    std::int64_t size = 0;
+    const bool isKnown = !failed(VXFileGetPosition(m_handle, &position)) && !failed(VXFileGetSize(m_handle, &size));
+    return isKnown && position >= size ? position : NO_POSITION;
+}
+
+void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length, std::int64_t end)
+{
+    std::optional<detail::EntryNote> note;
+    if (m_semaphore && end != NO_POSITION)
+        note.emplace(guarded(), end, length);
+    while (length > 0) {
+        std::int32_t done = 0;
+        throwIfFailed(VXFileWrite(m_handle, bytes, length, &done));
+        if (done == 0) // a device that takes no more and does not say so
+            throwResult(RESULT_DISK_FULL);
+        bytes += done;
+        length -= done;
+    }
+    if (note)
+        note->done();
+}
+
+} // namespace vx::io
