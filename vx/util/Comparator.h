@@ -19,7 +19,7 @@ protected:
 };
 
 /// Compares and hashes components as their `IVXComparable` does. What lacks that interface counts as null: it hashes to 0
-/// and sorts before all but null.
+/// and sorts before all but null. What is asked is counted for that moment, so it must not live on the stack.
 class VX_API Comparator : public Object, public ComparatorFace {
 public:
     Comparator() noexcept = default;

@@ -158,12 +158,12 @@ TEST(TypedMap, PassesOnAndGivesPairs)
         text += textOf(key) + value->toUtf8() + ' ';
     EXPECT_EQ(text, "111 222 ");
 
-    const Item two(2), nine(9);
-    EXPECT_EQ(*map->get(&two), u"22");
-    EXPECT_TRUE(map->containsKey(&two) && !map->containsKey(&nine));
+    const Reference<Item> two(new Item(2)), nine(new Item(9));
+    EXPECT_EQ(*map->get(two.get()), u"22");
+    EXPECT_TRUE(map->containsKey(two.get()) && !map->containsKey(nine.get()));
     EXPECT_EQ(outcome([&] { map->put(nullptr, nullptr); }), "unsupported");
     const Reference<Set<Item>> keys = map->createKeySet();
-    EXPECT_EQ(*map->remove(&two), u"22");
+    EXPECT_EQ(*map->remove(two.get()), u"22");
     EXPECT_EQ(textOfItems(*keys), "1 ");
     EXPECT_FALSE(map->equals(*map));
     EXPECT_EQ(outcome([&] { map->compareTo(*map); }), "cast");

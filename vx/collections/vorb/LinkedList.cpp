@@ -9,7 +9,8 @@
 
 namespace vx::collections::vorb {
 
-/// Keeps the node that it was at, from which the next one is a step away and not a walk.
+/// Keeps the node that it was at, from which the next one is a step away and not a walk. Nobody else takes that node away
+/// unseen: the base asks the modification count before each step.
 class LinkedList::NodeIterator : public AbstractListIterator {
 public:
     NodeIterator(LinkedList* list, int cursor)
@@ -37,16 +38,14 @@ protected:
         detail::checkIndex(index, m_nodesOf.getSize());
         const Nodes::iterator node = seek(index);
         keep(std::next(node), index);
-        const Reference<IVXUnknown> element = m_nodesOf.unlink(node); // may have the last count on more than itself
-        ++m_keptCount;
+        m_nodesOf.unlink(node);
     }
     void setAt(int index, IVXUnknown* element) override
     {
         detail::checkIndex(index, m_nodesOf.getSize());
         const Nodes::iterator node = seek(index);
         keep(node, index);
-        const Reference<IVXUnknown> old = m_nodesOf.replace(node, element);
-        ++m_keptCount;
+        m_nodesOf.replace(node, element);
     }
 
 private:
@@ -54,7 +53,7 @@ private:
     {
         if (index == m_nodesOf.getSize())
             return m_nodesOf.m_nodes.end();
-        if (m_keptIndex < 0 || m_keptCount != m_nodesOf.m_modificationCount)
+        if (m_keptIndex < 0)
             return m_nodesOf.internalGet(index);
         return std::next(m_kept, index - m_keptIndex);
     }
@@ -63,13 +62,11 @@ private:
     {
         m_kept = node;
         m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1; // the end has another index once more is appended
-        m_keptCount = m_nodesOf.m_modificationCount;
     }
 
     LinkedList& m_nodesOf; ///< the list, which the base counts
     Nodes::iterator m_kept;
     int m_keptIndex = -1;
-    std::uint32_t m_keptCount = 0; ///< of modifications; at any other the node may be gone
 };
 
 LinkedList::LinkedList() = default;
