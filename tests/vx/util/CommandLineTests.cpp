@@ -1,0 +1,134 @@
+#include "vx/Exception.h"
+#include "vx/util/CommandLineParser.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+namespace vx::util {
+namespace {
+
+/// All elements in their order: parameters as "[text]", options as "name(value,value)".
+std::string elementsOf(const CommandLineParser& parser)
+{
+    std::string text;
+    int parameters = 0;
+    for (int index = 0; index < parser.getElementCount(); ++index) {
+        const auto element = parser.getElement(index);
+        EXPECT_EQ(element->getPosition(), index);
+        const bool isParameter = parameters < parser.getParameterCount() && parser.getParameter(parameters) == element;
+        parameters += isParameter;
+        text += element->getName().toUtf8() + (isParameter ? '[' : '(');
+        for (int value = 0; value < element->getValueCount(); ++value)
+            text += (value > 0 ? "," : "") + element->getValueString(value).toUtf8();
+        text += isParameter ? ']' : ')';
+    }
+    EXPECT_EQ(parameters, parser.getParameterCount());
+    return text;
+}
+
+TEST(CommandLineParser, TakesACommandLineApart)
+{
+    struct {
+        const char16_t* text;
+        int count;
+        const char16_t* defaults; ///< of the option x, which is defined unless count is -1
+        const char* expected;
+    } cases[] = {
+        {u"", -1, nullptr, ""},
+        {u"   ", -1, nullptr, ""},
+        {u"a -x b", -1, nullptr, "[a]x()[b]"},
+        {u"a -x b", 1, nullptr, "[a]x(b)"},
+        {u"-x a -y b", 2, nullptr, "x(a)[b]"},
+        {u"-x -y", 1, u"d", "x(d)y()"},
+        {u"-x", 1, u"d", "x(d)"},
+        {u"-x  -y", 1, u"d", "x()"},
+        {u"-x", 1, nullptr, "x()"},
+        {u"-x=1,2,,3 y", 1, nullptr, "x(1,2,3)[y]"},
+        {u"-x=", 1, nullptr, "x()"},
+        {u"-x=a=b", -1, nullptr, "x(a=b)"},
+        {u"--x /x -/x", -1, nullptr, "x()x()x()"},
+        {u"\"a b\"  c", -1, nullptr, "[a b][c]"},
+        {u"\"-x=1 2\" c", -1, nullptr, "x(1 2)[c]"},
+        {u"-x=\"a b\"", -1, nullptr, "x(a)[b\"]"},
+        {u"-x \"a b\" c", 1, nullptr, "x(a b)[c]"},
+        {u"a\"b c", -1, nullptr, "[a\"b][c]"},
+        {u"\"open", -1, nullptr, "[open]"},
+        {u"/tmp/x -", -1, nullptr, "tmp/x()()"},
+        {u"-x -y", 0, u"1,2 \"3 4\"", "x(1,2,3 4)y()"},
+    };
+    for (const auto& row : cases) {
+        CommandLineParser parser;
+        if (row.count >= 0)
+            parser.defineOption(u"x", row.count, row.defaults);
+        parser.parse(u"gone before");
+        parser.parse(row.text);
+        EXPECT_EQ(elementsOf(parser), row.expected) << String(row.text);
+    }
+}
+
+TEST(CommandLineParser, JoinsArguments)
+{
+    std::string texts[] = {"program", "-x=a b", "Größe", "two words"};
+    char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data()};
+    CommandLineParser parser;
+    parser.parse(4, arguments);
+    EXPECT_EQ(elementsOf(parser), "[program]x(a b)[Größe][two words]");
+}
+
+TEST(CommandLineParser, FindsOptionsByNameInTheCaseThatCounts)
+{
+    CommandLineParser parser;
+    parser.defineOption(u"size", 1, u"10");
+    parser.defineOption(u"Other", 1, nullptr);
+    parser.parse(u"-X=1 -x=2 -x=3");
+    EXPECT_EQ(parser.getValueString(u"x", 0), u"3") << "the last one";
+    EXPECT_EQ(parser.getValueString(u"X", 0), u"1");
+    parser.setIgnoreCase(true);
+    EXPECT_EQ(parser.getValueString(u"X", 0), u"3");
+    EXPECT_EQ(parser.getValueLong(u"SIZE", 0), 10) << "a default";
+    EXPECT_FALSE(parser.isPresent(u"size"));
+    EXPECT_TRUE(parser.getOption(u"other") == nullptr) << "a definition without defaults";
+    parser.setIgnoreCase(false);
+    EXPECT_TRUE(parser.getOption(u"SIZE") == nullptr);
+
+    const CommandLineParser copy(parser);
+    parser.parse(u"");
+    EXPECT_EQ(copy.getValueString(u"x", 0), u"3");
+    EXPECT_EQ(parser.getValueString(u"size", 0), u"10");
+    EXPECT_FALSE(parser.isPresent(u"x"));
+}
+
+TEST(CommandLineParser, ReadsNumbersAndSaysWhatIsMissing)
+{
+    CommandLineParser parser;
+    parser.parse(u"-n=0x10,12abc,010,-5,2.5e3z,x,99999999999");
+    for (const auto& [index, value] : {std::pair {0, 16}, {1, 12}, {2, 8}, {3, -5}, {4, 2}, {6, 0x7FFFFFFF}})
+        EXPECT_EQ(parser.getValueLong(u"n", index), value);
+    EXPECT_EQ(parser.getValueDouble(u"n", 4), 2500);
+
+    struct {
+        std::function<void()> work;
+        const char16_t* message;
+    } cases[] = {
+        {[&] { parser.getValueLong(u"n", 5); }, u"Unable to convert string to long"},
+        {[&] { parser.getValueDouble(u"n", 5); }, u"Unable to convert string to double"},
+        {[&] { parser.getValueString(u"n", 7); }, u"Invalid vector index"},
+        {[&] { parser.getValueString(u"n", -1); }, u"Invalid vector index"},
+        {[&] { parser.getElement(1); }, u"Invalid vector index"},
+        {[&] { parser.getParameter(0); }, u"Invalid vector index"},
+        {[&] { parser.getValueLong(u"none", 0); }, u"No option none"},
+    };
+    for (const auto& row : cases) {
+        try {
+            row.work();
+            ADD_FAILURE() << String(row.message);
+        } catch (const Exception& failure) {
+            EXPECT_EQ(failure.getDescription(), row.message);
+        }
+    }
+}
+
+} // namespace
+} // namespace vx::util

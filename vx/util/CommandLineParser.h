@@ -1,0 +1,132 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/String.h"
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+namespace vx::util {
+
+class OptionDefinition;
+
+/// Takes a command line apart into parameters and options in their order. An option begins with "-" or "/", however many,
+/// and needs no definition: one without is an element without values, unless they follow behind a "=". Any command line
+/// is accepted; a failure, an Exception, arises only where a caller asks for what is not there. One thread at a time.
+///
+/// Blanks separate; double quotes at the start of a token hold it together up to the next ones. Values behind a "=" are
+/// separated by commas.
+class VX_API CommandLineParser : public Object {
+public:
+    /// A parameter, which has an empty name and one value, or an option with its values.
+    class VX_API Element : public Object {
+    public:
+        ~Element() noexcept override;
+
+        String getName() const;
+        /// Among all elements; -1 for a definition.
+        int getPosition() const;
+        int getValueCount() const;
+        /// Throws Exception "Invalid vector index".
+        String getValueString(int index) const;
+        /// Decimal, or by its prefix hexadecimal (0x) or octal (0); text behind the number is ignored. Throws Exception
+        /// where there is no number.
+        std::int32_t getValueLong(int index) const;
+        double getValueDouble(int index) const;
+
+    protected:
+        Element(const String& name, int position);
+        void addValue(const String& value);
+        void copyValues(const Element& other);
+
+    private:
+        friend class CommandLineParser;
+
+        Element& operator=(const Element&) = delete;
+
+        String m_name;
+        std::vector<String> m_values;
+        int m_position;
+    };
+
+    CommandLineParser();
+    CommandLineParser(const CommandLineParser& other);
+    CommandLineParser& operator=(const CommandLineParser& other);
+    ~CommandLineParser() noexcept override;
+
+    /// Says that an option takes `valueCount` values from behind it, and what they are where it stands alone or not at all:
+    /// `defaults`, separated by commas and blanks, or null for none. Replaces an earlier definition of the name.
+    void defineOption(const char16_t* name, int valueCount, const char16_t* defaults);
+    /// Counts for names of options, before and behind `parse`.
+    void setIgnoreCase(bool ignoreCase);
+
+    void parse(const String& text);
+    /// All `count` arguments, the program's name too if it is among them, in the default encoding.
+    void parse(int count, char** const arguments);
+
+    int getElementCount() const;
+    /// Both throw Exception "Invalid vector index".
+    Reference<const Element> getElement(int index) const;
+    int getParameterCount() const;
+    Reference<const Element> getParameter(int index) const;
+    /// Whether the option stood on the command line.
+    bool isPresent(const char16_t* name) const;
+    /// The last one of that name, else its definition if that has defaults, else null.
+    Reference<const Element> getOption(const char16_t* name) const;
+    /// Of `getOption(name)`. Throw Exception where that is null.
+    String getValueString(const char16_t* name, int index) const;
+    std::int32_t getValueLong(const char16_t* name, int index) const;
+    double getValueDouble(const char16_t* name, int index) const;
+
+protected:
+    /// Null for a name without one.
+    Reference<const OptionDefinition> getDefinition(const String& name) const;
+    /// Forgets the elements; definitions stay.
+    void reset();
+
+private:
+    struct NameOrder {
+        bool ignoresCase;
+        bool operator()(const String& left, const String& right) const { return left.compare(right, ignoresCase) < 0; }
+    };
+    /// What is known by name, in one way of telling names apart.
+    struct Names {
+        explicit Names(bool ignoresCase);
+
+        std::map<String, Reference<OptionDefinition>, NameOrder> definitions;
+        std::map<String, int, NameOrder> positions;
+    };
+
+    const Names& names() const { return m_ignoresCase ? m_namesIgnoringCase : m_namesByCase; }
+    const Element& existingOption(const char16_t* name) const;
+
+    static const char16_t* const m_switchChars;
+
+    std::vector<Reference<Element>> m_elements;
+    Names m_namesByCase;
+    Names m_namesIgnoringCase;
+    std::vector<int> m_parameters;
+    bool m_ignoresCase = false;
+};
+
+/// What a parser knows of an option beforehand. Its values are the defaults.
+class VX_API OptionDefinition : public CommandLineParser::Element {
+public:
+    ~OptionDefinition() noexcept override;
+
+    /// The values that the option takes from behind it.
+    int getCount() const { return m_count; }
+    bool hasDefaults() const { return m_hasDefaults; }
+
+private:
+    friend class CommandLineParser;
+
+    OptionDefinition(const String& name, int count, const char16_t* defaults);
+
+    int m_count;
+    bool m_hasDefaults;
+};
+
+} // namespace vx::util
