@@ -6,6 +6,7 @@ function(vx_add_library name)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/vxlib4>)
     target_compile_features(${name} PUBLIC cxx_std_20)
+    target_compile_options(${name} PRIVATE -Woverloaded-virtual) # tests override what they need and no more
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}
