@@ -3,6 +3,8 @@ function(vx_add_library name)
     add_library(${name})
     add_library(vxlib4::${name} ALIAS ${name})
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vx_build_rules>)
+    # Tests take and release locks in ways that only they need, so the analysis is for the libraries.
+    target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety>)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/vxlib4>)
     target_compile_features(${name} PUBLIC cxx_std_20)

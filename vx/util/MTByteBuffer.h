@@ -19,8 +19,8 @@ public:
     ~MTByteBuffer() noexcept(false) override;
 
     // RWByteBuffer
-    const signed char* getReadLock() const override;
-    void releaseReadLock() const override;
+    const signed char* getReadLock() const override VX_NO_THREAD_SAFETY_ANALYSIS;
+    void releaseReadLock() const override VX_NO_THREAD_SAFETY_ANALYSIS;
     /// A failure leaves the lock free.
     signed char* getWriteLock(int minimumLength) override VX_NO_THREAD_SAFETY_ANALYSIS;
     void releaseWriteLock(int length) override VX_NO_THREAD_SAFETY_ANALYSIS;

@@ -19,8 +19,8 @@ public:
     ~MTCharBuffer() noexcept(false) override;
 
     // RWCharBuffer
-    const char16_t* getReadLock() const override;
-    void releaseReadLock() const override;
+    const char16_t* getReadLock() const override VX_NO_THREAD_SAFETY_ANALYSIS;
+    void releaseReadLock() const override VX_NO_THREAD_SAFETY_ANALYSIS;
     /// A failure leaves the lock free.
     char16_t* getWriteLock(int minimumLength) override VX_NO_THREAD_SAFETY_ANALYSIS;
     void releaseWriteLock(int length) override VX_NO_THREAD_SAFETY_ANALYSIS;

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "vxsys/ThreadAnnotations.h"
 #include "vxsys/detail/Deadline.h"
 
+#include <cerrno>
 #include <pthread.h>
 
 namespace vxsys::detail {
 
 /// A mutex with one condition on the monotonic clock: what the locks of one process are made of.
-class Monitor {
+class VX_CAPABILITY("mutex") Monitor {
 public:
     Monitor() noexcept = default;
     Monitor(const Monitor&) = delete;
@@ -32,11 +34,11 @@ public:
         return error;
     }
 
-    int lock() noexcept { return ::pthread_mutex_lock(&m_mutex); }
-    int unlock() noexcept { return ::pthread_mutex_unlock(&m_mutex); }
+    int lock() noexcept VX_ACQUIRE() { return ::pthread_mutex_lock(&m_mutex); }
+    int unlock() noexcept VX_RELEASE() { return ::pthread_mutex_unlock(&m_mutex); }
 
     /// May come back early: look again at what is waited for. ETIMEDOUT once the deadline has passed.
-    int wait(const Deadline& deadline) noexcept
+    int wait(const Deadline& deadline) noexcept VX_REQUIRES(this)
     {
         return deadline.isNever() ? ::pthread_cond_wait(&m_condition, &m_mutex)
                                   : ::pthread_cond_timedwait(&m_condition, &m_mutex, &deadline.time());
@@ -44,11 +46,11 @@ public:
     void wakeOne() noexcept { ::pthread_cond_signal(&m_condition); }
     void wakeAll() noexcept { ::pthread_cond_broadcast(&m_condition); }
 
-    /// Waits until `holds()`; ETIMEDOUT when the deadline came first.
+    /// Waits until `holds()`, which is asked under the lock; ETIMEDOUT when the deadline came first.
     template <class Condition>
-    int waitUntil(const Deadline& deadline, Condition holds) noexcept
+    int waitUntil(const Deadline& deadline, Condition holds) noexcept VX_REQUIRES(this) VX_NO_THREAD_SAFETY_ANALYSIS
     {
-        int error = 0;
+        int error = deadline.isAtOnce() ? ETIMEDOUT : 0;
         while (!holds()) {
             if (error != 0)
                 return error;
@@ -64,14 +66,14 @@ private:
 };
 
 /// Holds a monitor to the end of the block.
-class MonitorLock {
+class [[nodiscard]] VX_SCOPED_CAPABILITY MonitorLock {
 public:
-    explicit MonitorLock(Monitor& monitor) noexcept
+    explicit MonitorLock(Monitor& monitor) noexcept VX_ACQUIRE(monitor)
         : m_monitor(monitor)
     {
         m_monitor.lock();
     }
-    ~MonitorLock() { m_monitor.unlock(); }
+    ~MonitorLock() VX_RELEASE() { m_monitor.unlock(); }
     MonitorLock(const MonitorLock&) = delete;
     MonitorLock& operator=(const MonitorLock&) = delete;
 

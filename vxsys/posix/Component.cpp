@@ -2,11 +2,11 @@
 
 #include "vxsys/Result.h"
 #include "vxsys/Text.h"
+#include "vxsys/detail/StateLock.h"
 
 #include <algorithm>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <pthread.h>
 #include <string>
@@ -15,6 +15,7 @@
 namespace {
 
 using namespace vxsys::results;
+using namespace vxsys::detail;
 
 struct ReadyModule {
     const void* address;
@@ -33,10 +34,10 @@ struct ClassOffer {
 };
 
 // Plain pointers and no destructors: a library that is unloaded late may still take back what it offered.
-constinit std::mutex g_lock;
-constinit ReadyModule* g_modules = nullptr;
-constinit ClassOffer* g_offers = nullptr; // the last offer first
-constinit std::uint32_t g_lastToken = 0;
+constinit StateLock g_lock;
+constinit ReadyModule* g_modules VX_GUARDED_BY(g_lock) = nullptr;
+constinit ClassOffer* g_offers VX_GUARDED_BY(g_lock) = nullptr; // the last offer first
+constinit std::uint32_t g_lastToken VX_GUARDED_BY(g_lock) = 0;
 pthread_cond_t g_useEnded = PTHREAD_COND_INITIALIZER;
 
 /// The place of the pointer to the first element that `matches`, or of the null pointer behind the last.
@@ -59,8 +60,7 @@ T* unlink(T** place) noexcept
     return element;
 }
 
-/// Under the lock.
-void endUse(ClassOffer* offer) noexcept
+void endUse(ClassOffer* offer) noexcept VX_REQUIRES(g_lock)
 {
     if (--offer->uses == 0)
         delete offer;
@@ -68,7 +68,7 @@ void endUse(ClassOffer* offer) noexcept
         pthread_cond_broadcast(&g_useEnded);
 }
 
-ClassOffer** findOffer(std::uint32_t token) noexcept
+ClassOffer** findOffer(std::uint32_t token) noexcept VX_REQUIRES(g_lock)
 {
     return findPlace(g_offers, [&](const ClassOffer& offer) { return offer.token == token; });
 }
@@ -77,7 +77,7 @@ bool isReady(const void* module) noexcept
 {
     if (module == nullptr)
         return true;
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     return *findPlace(g_modules, [&](const ReadyModule& ready) { return ready.address == module; }) != nullptr;
 }
 
@@ -93,7 +93,7 @@ public:
     explicit Creation(const _GUID& classId) noexcept
         : m_enclosing(s_innermost)
     {
-        const std::lock_guard guard(g_lock);
+        const StateGuard guard(g_lock);
         m_offer = *findPlace(g_offers, [&](const ClassOffer& offer) { return offer.classId == classId; });
         if (m_offer != nullptr)
             ++m_offer->uses;
@@ -104,7 +104,7 @@ public:
         s_innermost = m_enclosing;
         if (m_offer == nullptr)
             return;
-        const std::lock_guard guard(g_lock);
+        const StateGuard guard(g_lock);
         endUse(m_offer);
     }
     Creation(const Creation&) = delete;
@@ -158,7 +158,7 @@ void VXModuleSetInitialized(const void* module, std::int32_t initialized) noexce
 {
     if (module == nullptr)
         return;
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     ReadyModule** place = findPlace(g_modules, [&](const ReadyModule& ready) { return ready.address == module; });
     if (initialized == 0)
         delete unlink(place);
@@ -175,7 +175,7 @@ std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noex
         return RESULT_INVALID_ARGUMENT;
 
     const std::u16string_view wanted(progId);
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     const ClassOffer* found = wanted.empty()
         ? nullptr
         : *findPlace(g_offers, [&](const ClassOffer& offer) { return isSameText(offer.progId, wanted); });
@@ -225,7 +225,7 @@ std::int32_t VXComRegisterClassObject(
         offer->create = create;
         offer->context = context;
 
-        const std::lock_guard guard(g_lock);
+        const StateGuard guard(g_lock);
         do
             offer->token = ++g_lastToken;
         while (offer->token == 0 || *findOffer(offer->token) != nullptr);
@@ -240,13 +240,13 @@ std::int32_t VXComRegisterClassObject(
 
 std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept
 {
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     ClassOffer* offer = unlink(findOffer(token));
     if (offer == nullptr)
         return RESULT_NOT_FOUND;
     const std::uint32_t own = Creation::countOwn(offer); // would wait for itself
     while (offer->uses != 1 + own)
-        pthread_cond_wait(&g_useEnded, g_lock.native_handle());
+        pthread_cond_wait(&g_useEnded, g_lock.native());
     endUse(offer);
     return RESULT_OK;
 }

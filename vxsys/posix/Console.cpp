@@ -1,22 +1,26 @@
 #include "vxsys/Console.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/Retry.h"
+#include "vxsys/detail/StateLock.h"
 
 #include <cerrno>
 #include <csignal>
-#include <mutex>
 #include <termios.h>
 #include <unistd.h>
 
 namespace {
 
+using namespace vxsys::detail;
+using namespace vxsys::results;
+
 /// Signals that end a process which does not handle them.
 constexpr int DEADLY_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM};
 
-constinit std::mutex g_lock;
-int g_depth = 0;
-bool g_isTerminal = false;
-termios g_saved {};
+constinit StateLock g_lock;
+int g_depth VX_GUARDED_BY(g_lock) = 0;
+bool g_isTerminal VX_GUARDED_BY(g_lock) = false;
+termios g_saved {}; // read by a signal handler, which cannot wait for a lock
 
 extern "C" void putBackAndDie(int signal)
 {
@@ -49,16 +53,13 @@ void replaceHandlers(void (*from)(int), void (*to)(int))
 
 int setTerminal(const termios& settings)
 {
-    int result;
-    do // not TCSAFLUSH, which drops what was typed ahead
-        result = ::tcsetattr(STDIN_FILENO, TCSADRAIN, &settings);
-    while (result < 0 && errno == EINTR);
-    return result;
+    // Not TCSAFLUSH, which drops what was typed ahead.
+    return retryOnSignal([&] { return ::tcsetattr(STDIN_FILENO, TCSADRAIN, &settings); });
 }
 
 bool isEraseKey(unsigned char key)
 {
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     return g_depth > 0 && g_isTerminal && g_saved.c_cc[VERASE] != _POSIX_VDISABLE && key == g_saved.c_cc[VERASE];
 }
 
@@ -68,7 +69,7 @@ extern "C" {
 
 std::int32_t VXConsoleBeginKeys() noexcept
 {
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     if (g_depth > 0) {
         ++g_depth;
         return 0;
@@ -97,9 +98,9 @@ std::int32_t VXConsoleBeginKeys() noexcept
 
 std::int32_t VXConsoleEndKeys() noexcept
 {
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_lock);
     if (g_depth == 0)
-        return vxsys::results::RESULT_FAIL;
+        return RESULT_FAIL;
     if (--g_depth > 0 || !g_isTerminal)
         return 0;
 
@@ -111,16 +112,15 @@ std::int32_t VXConsoleEndKeys() noexcept
 
 std::int32_t VXConsoleReadKey(std::int32_t* key) noexcept
 {
+    if (key == nullptr)
+        return RESULT_INVALID_ARGUMENT;
     *key = 0;
     unsigned char byte = 0;
-    ssize_t got;
-    do
-        got = ::read(STDIN_FILENO, &byte, 1);
-    while (got < 0 && errno == EINTR);
+    const ssize_t got = retryOnSignal([&] { return ::read(STDIN_FILENO, &byte, 1); });
     if (got < 0)
         return VXResultFromNative(errno);
     if (got == 0)
-        return vxsys::results::RESULT_END_OF_FILE;
+        return RESULT_END_OF_FILE;
 
     *key = isEraseKey(byte) ? 8 : byte;
     return 0;

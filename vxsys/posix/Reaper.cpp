@@ -2,12 +2,12 @@
 
 #include "vxsys/Result.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/detail/StateLock.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <exception>
-#include <mutex>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -34,7 +34,7 @@ public:
     ~Reaper()
     {
         {
-            const std::lock_guard guard(m_lock);
+            const StateGuard guard(m_lock);
             m_ends = true;
             wake();
         }
@@ -51,7 +51,7 @@ public:
     /// Gives a native error or 0.
     int add(pid_t process)
     {
-        const std::lock_guard guard(m_lock);
+        const StateGuard guard(m_lock);
         if (m_wake == -1 && (m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) == -1)
             return errno;
         m_children.reserve(m_children.size() + 1);
@@ -67,10 +67,11 @@ public:
         return 0;
     }
 
-    /// Around a fork: the child has this memory, but neither the thread nor the children.
-    void beforeFork() { m_lock.lock(); }
-    void inParent() { m_lock.unlock(); }
-    void inChild() noexcept
+    /// Around a fork: the child has this memory, but neither the thread nor the children. The lock is held from the first
+    /// to one of the others.
+    void beforeFork() VX_NO_THREAD_SAFETY_ANALYSIS { m_lock.lock(); }
+    void inParent() VX_NO_THREAD_SAFETY_ANALYSIS { m_lock.unlock(); }
+    void inChild() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
     {
         for (const Child& child : m_children)
             ::close(child.descriptor);
@@ -90,7 +91,7 @@ private:
             static_cast<void>(!::write(m_wake, &one, sizeof one));
     }
 
-    int startThread() noexcept
+    int startThread() noexcept VX_REQUIRES(m_lock)
     {
         if (m_isRunning)
             return 0;
@@ -127,7 +128,7 @@ private:
     /// Collects who has ended, and lists what to wait for; false when there is nothing left to do.
     bool prepare(std::vector<pollfd>& waits) noexcept
     {
-        const std::lock_guard guard(m_lock);
+        const StateGuard guard(m_lock);
         std::erase_if(m_children, [](const Child& child) {
             if (::waitpid(child.process, nullptr, WNOHANG) == 0)
                 return false;
@@ -144,13 +145,13 @@ private:
         return m_isRunning;
     }
 
-    std::mutex m_lock;
-    std::vector<Child> m_children;
+    StateLock m_lock;
+    std::vector<Child> m_children VX_GUARDED_BY(m_lock);
     pthread_t m_thread {};
     int m_wake = -1;
     bool m_hasThread = false;
-    bool m_isRunning = false;
-    bool m_ends = false;
+    bool m_isRunning VX_GUARDED_BY(m_lock) = false;
+    bool m_ends VX_GUARDED_BY(m_lock) = false;
 };
 
 Reaper& reaper()

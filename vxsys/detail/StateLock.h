@@ -1,0 +1,42 @@
+#pragma once
+
+#include "vxsys/ThreadAnnotations.h"
+
+#include <mutex>
+
+namespace vxsys::detail {
+
+/// A mutex around state of the process, as the thread-safety analysis knows it. It works before any constructor has run
+/// and after all destructors.
+class VX_CAPABILITY("mutex") StateLock {
+public:
+    constexpr StateLock() noexcept = default;
+    StateLock(const StateLock&) = delete;
+    StateLock& operator=(const StateLock&) = delete;
+
+    void lock() noexcept VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS { m_mutex.lock(); }
+    void unlock() noexcept VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS { m_mutex.unlock(); }
+    /// For a wait on a condition of the system.
+    std::mutex::native_handle_type native() noexcept { return m_mutex.native_handle(); }
+
+private:
+    std::mutex m_mutex;
+};
+
+/// Holds the lock to the end of the block.
+class [[nodiscard]] VX_SCOPED_CAPABILITY StateGuard {
+public:
+    explicit StateGuard(StateLock& lock) noexcept VX_ACQUIRE(lock)
+        : m_lock(lock)
+    {
+        m_lock.lock();
+    }
+    ~StateGuard() VX_RELEASE() { m_lock.unlock(); }
+    StateGuard(const StateGuard&) = delete;
+    StateGuard& operator=(const StateGuard&) = delete;
+
+private:
+    StateLock& m_lock;
+};
+
+} // namespace vxsys::detail
