@@ -24,7 +24,8 @@ VXSYS_API std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) n
 VXSYS_API std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept;
 VXSYS_API std::int32_t VXMutexDestroy(VXHandle mutex) noexcept;
 
-/// A signal releases one waiter, now or the next to come, and the event resets itself.
+/// A signal releases one waiter that waits by then, each signal another one; where none is left, the event stays signalled
+/// until the next one comes.
 VXSYS_API std::int32_t VXEventCreate(const char* name, std::uint32_t flags, VXHandle* event) noexcept;
 VXSYS_API std::int32_t VXEventWait(VXHandle event) noexcept;
 VXSYS_API std::int32_t VXEventTimedWait(VXHandle event, std::uint32_t milliseconds) noexcept;
@@ -40,7 +41,10 @@ VXSYS_API std::int32_t VXGateOpen(VXHandle gate) noexcept;
 VXSYS_API std::int32_t VXGateClose(VXHandle gate) noexcept;
 VXSYS_API std::int32_t VXGateDestroy(VXHandle gate) noexcept;
 
-/// Many readers or one writer. A waiting writer goes before readers that come later.
+/// Many readers or one writer, and neither side starves: a writer that waits goes before readers that come later, but not
+/// before one that reads already and asks again; a writer that leaves lets in the readers that wait by then. A thread that
+/// holds the write lock and asks for either gets a failure; one that reads and asks for the write lock waits for itself.
+/// The write lock is released by its holder, a read lock by anyone.
 VXSYS_API std::int32_t VXRWLockCreate(const char* name, std::uint32_t flags, VXHandle* lock) noexcept;
 VXSYS_API std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept;
 VXSYS_API std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept;
@@ -60,7 +64,9 @@ VXSYS_API std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept;
 VXSYS_API std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexcept;
 VXSYS_API std::int32_t VXSemaphoreDestroy(VXHandle semaphore) noexcept;
 
-/// A condition with its own lock: every wait, signal and broadcast is made between acquire and release.
+/// A condition with its own lock. A wait is made between acquire and release, and may end early; a thread that acquires
+/// twice, or waits or releases without holding it, gets a failure. A condition that somebody holds or waits for is not
+/// destroyed.
 VXSYS_API std::int32_t VXConditionCreate(const char* name, std::uint32_t flags, VXHandle* condition) noexcept;
 VXSYS_API std::int32_t VXConditionAcquire(VXHandle condition) noexcept;
 VXSYS_API std::int32_t VXConditionRelease(VXHandle condition) noexcept;

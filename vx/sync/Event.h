@@ -5,7 +5,8 @@
 
 namespace vx::sync {
 
-/// A signal frees one waiter, now or the next to come, and the event resets itself.
+/// A signal frees one that waits by then, each signal another one; where none is left, the event stays signalled until the
+/// next one comes.
 class VX_API Event : public Object {
 public:
     /// `name` labels it for a person; null is anonymous.

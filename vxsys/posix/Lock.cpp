@@ -14,6 +14,18 @@ using namespace vxsys::detail;
 
 constexpr Deadline NEVER;
 
+/// Which thread holds a lock. Only the holder itself writes here, so every thread can tell whether it is the one.
+class Holder {
+public:
+    bool isMe() const noexcept { return m_thread.load(std::memory_order_relaxed) == VXThreadGetCurrentId(); }
+    bool isNobody() const noexcept { return m_thread.load(std::memory_order_relaxed) == 0; }
+    void enter() noexcept { m_thread.store(VXThreadGetCurrentId(), std::memory_order_relaxed); }
+    void leave() noexcept { m_thread.store(0, std::memory_order_relaxed); }
+
+private:
+    std::atomic<std::uint32_t> m_thread {0};
+};
+
 class Mutex final : public VXHandleTag {
 public:
     static constexpr HandleKind KIND = HandleKind::MUTEX;
@@ -40,11 +52,10 @@ public:
     }
     int release() noexcept
     {
-        // Nobody but the holder may look at the depth, so the holder is told first.
-        if (m_owner.load(std::memory_order_relaxed) != VXThreadGetCurrentId())
+        if (!m_holder.isMe())
             return EPERM;
         if (--m_depth == 0)
-            m_owner.store(0, std::memory_order_relaxed);
+            m_holder.leave();
         return ::pthread_mutex_unlock(&m_mutex);
     }
 
@@ -83,12 +94,12 @@ private:
     int counted(int error) noexcept
     {
         if (error == 0 && ++m_depth == 1)
-            m_owner.store(VXThreadGetCurrentId(), std::memory_order_relaxed);
+            m_holder.enter();
         return error;
     }
 
     pthread_mutex_t m_mutex;
-    std::atomic<std::uint32_t> m_owner {0};
+    Holder m_holder;
     std::uint32_t m_depth = 0; ///< guarded by the mutex itself
 };
 
@@ -108,7 +119,7 @@ public:
 
 protected:
     template <class Condition>
-    int waitUntil(const Deadline& deadline, Condition holds) noexcept
+    int waitUntil(const Deadline& deadline, Condition holds) noexcept VX_REQUIRES(m_monitor)
     {
         ++m_waiters;
         const int error = m_monitor.waitUntil(deadline, holds);
@@ -117,9 +128,7 @@ protected:
     }
 
     Monitor m_monitor;
-
-private:
-    int m_waiters = 0;
+    std::uint32_t m_waiters VX_GUARDED_BY(m_monitor) = 0;
 };
 
 class Event final : public Waitable {
@@ -133,21 +142,31 @@ public:
     int wait(const Deadline& deadline) noexcept
     {
         const MonitorLock lock(m_monitor);
-        const int error = waitUntil(deadline, [this] { return m_signalled; });
-        if (error == 0)
+        if (m_signalled) {
             m_signalled = false;
+            return 0;
+        }
+        const int error = waitUntil(deadline, [this]() VX_REQUIRES(m_monitor) { return m_freed > 0; });
+        if (error == 0)
+            --m_freed;
         return error;
     }
     int signal() noexcept
     {
         const MonitorLock lock(m_monitor);
-        m_signalled = true;
-        m_monitor.wakeOne();
+        // Each signal frees a waiter of its own, also when another follows before the waiter runs.
+        if (m_freed < m_waiters) {
+            ++m_freed;
+            m_monitor.wakeOne();
+        } else {
+            m_signalled = true;
+        }
         return 0;
     }
 
 private:
-    bool m_signalled = false;
+    bool m_signalled VX_GUARDED_BY(m_monitor) = false;
+    std::uint32_t m_freed VX_GUARDED_BY(m_monitor) = 0; ///< waiters that may go and have not yet run
 };
 
 class Gate final : public Waitable {
@@ -163,7 +182,7 @@ public:
         const MonitorLock lock(m_monitor);
         // An opening counts for all who waited then, also when the gate is closed before they run.
         const std::uint64_t openings = m_openings;
-        return waitUntil(deadline, [&] { return m_open || m_openings != openings; });
+        return waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) { return m_open || m_openings != openings; });
     }
     int set(bool open) noexcept
     {
@@ -177,10 +196,52 @@ public:
     }
 
 private:
-    bool m_open = false;
-    std::uint64_t m_openings = 0;
+    bool m_open VX_GUARDED_BY(m_monitor) = false;
+    std::uint64_t m_openings VX_GUARDED_BY(m_monitor) = 0;
 };
 
+/// The reader-writer locks that a thread reads under. A lock that another thread releases for it stays in the list, which
+/// costs writers their turn before this thread and nothing else; what finds no room is not remembered.
+class ReadLocks {
+public:
+    bool contain(std::uint64_t lock) noexcept { return find(lock, 1) != nullptr; }
+    void add(std::uint64_t lock) noexcept
+    {
+        Row* row = find(lock, 1);
+        if (row == nullptr)
+            row = find(0, 0);
+        if (row != nullptr)
+            *row = {lock, row->count + 1};
+    }
+    void remove(std::uint64_t lock) noexcept
+    {
+        Row* row = find(lock, 1);
+        if (row != nullptr && --row->count == 0)
+            row->lock = 0;
+    }
+
+private:
+    struct Row {
+        std::uint64_t lock = 0; ///< 0: free
+        std::uint32_t count = 0;
+    };
+
+    Row* find(std::uint64_t lock, std::uint32_t least) noexcept
+    {
+        for (Row& row : m_rows) {
+            if (row.lock == lock && row.count >= least)
+                return &row;
+        }
+        return nullptr;
+    }
+
+    Row m_rows[16];
+};
+
+constinit thread_local ReadLocks t_readLocks;
+
+/// Neither side starves: a writer that waits goes before readers that come later, and a writer that leaves lets in the
+/// readers that wait by then before the next writer.
 class ReaderWriterLock final : public Waitable {
 public:
     static constexpr HandleKind KIND = HandleKind::RW_LOCK;
@@ -192,9 +253,22 @@ public:
     int acquireRead(const Deadline& deadline) noexcept
     {
         const MonitorLock lock(m_monitor);
-        const int error = waitUntil(deadline, [this] { return !m_writing && m_waitingWriters == 0; });
-        if (error == 0)
+        if (m_writer == VXThreadGetCurrentId())
+            return EDEADLK;
+        const std::uint64_t turn = m_turn;
+        // A writer that waits for this very thread is not waited for.
+        const bool readsAlready = t_readLocks.contain(m_serial);
+        ++m_waitingReaders;
+        const int error = waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) {
+            return m_writer == 0 && (m_waitingWriters == 0 || m_turn != turn || readsAlready);
+        });
+        --m_waitingReaders;
+        if (m_turn != turn)
+            --m_admitted;
+        if (error == 0) {
             ++m_readers;
+            t_readLocks.add(m_serial);
+        }
         return error;
     }
     int releaseRead() noexcept
@@ -202,6 +276,7 @@ public:
         const MonitorLock lock(m_monitor);
         if (m_readers == 0)
             return EPERM;
+        t_readLocks.remove(m_serial);
         if (--m_readers == 0)
             m_monitor.wakeAll();
         return 0;
@@ -209,38 +284,49 @@ public:
     int acquireWrite(const Deadline& deadline) noexcept
     {
         const MonitorLock lock(m_monitor);
+        if (m_writer == VXThreadGetCurrentId())
+            return EDEADLK;
         ++m_waitingWriters;
-        const int error = waitUntil(deadline, [this] { return !m_writing && m_readers == 0; });
+        const int error = waitUntil(
+            deadline, [this]() VX_REQUIRES(m_monitor) { return m_writer == 0 && m_readers == 0 && m_admitted == 0; });
         --m_waitingWriters;
-        if (error == 0) {
-            m_writing = true;
-            m_writer = ::pthread_self();
-        } else {
+        if (error == 0)
+            m_writer = VXThreadGetCurrentId();
+        else if (m_waitingWriters == 0)
             m_monitor.wakeAll(); // readers that stood back for this writer
-        }
         return error;
     }
     int releaseWrite() noexcept
     {
         const MonitorLock lock(m_monitor);
-        if (!m_writing || ::pthread_equal(m_writer, ::pthread_self()) == 0)
+        if (m_writer == 0 || m_writer != VXThreadGetCurrentId())
             return EPERM;
-        m_writing = false;
+        m_writer = 0;
+        ++m_turn;
+        m_admitted = m_waitingReaders;
         m_monitor.wakeAll();
         return 0;
     }
     int destroyable() noexcept
     {
         const MonitorLock lock(m_monitor);
-        return m_writing || m_readers != 0 || m_waitingWriters != 0 ? EBUSY : 0;
+        return m_writer != 0 || m_readers != 0 || m_waiters != 0 ? EBUSY : 0;
     }
 
 private:
-    std::uint32_t m_readers = 0;
-    std::uint32_t m_waitingWriters = 0;
-    bool m_writing = false;
-    pthread_t m_writer {};
+    static constinit std::atomic<std::uint64_t> s_lastSerial;
+
+    /// Tells this lock from all others, also from one that stood at the same address before.
+    const std::uint64_t m_serial = ++s_lastSerial;
+    std::uint32_t m_readers VX_GUARDED_BY(m_monitor) = 0;
+    std::uint32_t m_waitingReaders VX_GUARDED_BY(m_monitor) = 0;
+    std::uint32_t m_waitingWriters VX_GUARDED_BY(m_monitor) = 0;
+    std::uint32_t m_writer VX_GUARDED_BY(m_monitor) = 0; ///< the thread
+    std::uint64_t m_turn VX_GUARDED_BY(m_monitor) = 0; ///< counts the writers that left
+    std::uint32_t m_admitted VX_GUARDED_BY(m_monitor) = 0; ///< readers of the turn that have not run yet
 };
+
+constinit std::atomic<std::uint64_t> ReaderWriterLock::s_lastSerial {0};
 
 class Semaphore final : public SemaphoreHandle {
 public:
@@ -252,6 +338,7 @@ public:
     {
         if (value > LARGEST)
             return EINVAL;
+        const MonitorLock lock(m_monitor);
         m_value = static_cast<std::int32_t>(value);
         return m_monitor.init();
     }
@@ -285,7 +372,7 @@ private:
     {
         const MonitorLock lock(m_monitor);
         ++m_waiters;
-        const int error = m_monitor.waitUntil(deadline, [this] { return m_value > 0; });
+        const int error = m_monitor.waitUntil(deadline, [this]() VX_REQUIRES(m_monitor) { return m_value > 0; });
         --m_waiters;
         if (error == 0)
             --m_value;
@@ -293,8 +380,8 @@ private:
     }
 
     Monitor m_monitor;
-    std::int32_t m_value = 0;
-    int m_waiters = 0;
+    std::int32_t m_value VX_GUARDED_BY(m_monitor) = 0;
+    std::uint32_t m_waiters VX_GUARDED_BY(m_monitor) = 0;
 };
 
 class Condition final : public VXHandleTag {
@@ -306,9 +393,33 @@ public:
     {
     }
     int init() noexcept { return m_monitor.init(); }
-    int acquire() noexcept { return m_monitor.lock(); }
-    int release() noexcept { return m_monitor.unlock(); }
-    int wait(const Deadline& deadline) noexcept { return m_monitor.wait(deadline); }
+    int acquire() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
+    {
+        if (m_holder.isMe())
+            return EDEADLK;
+        const int error = m_monitor.lock();
+        if (error == 0)
+            m_holder.enter();
+        return error;
+    }
+    int release() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
+    {
+        if (!m_holder.isMe())
+            return EPERM;
+        m_holder.leave();
+        return m_monitor.unlock();
+    }
+    int wait(const Deadline& deadline) noexcept VX_NO_THREAD_SAFETY_ANALYSIS
+    {
+        if (!m_holder.isMe())
+            return EPERM;
+        m_holder.leave();
+        ++m_waiters;
+        const int error = m_monitor.wait(deadline);
+        --m_waiters;
+        m_holder.enter();
+        return error;
+    }
     int signal() noexcept
     {
         m_monitor.wakeOne();
@@ -319,10 +430,18 @@ public:
         m_monitor.wakeAll();
         return 0;
     }
-    int destroyable() noexcept { return 0; }
+    int destroyable() noexcept
+    {
+        if (!m_holder.isNobody())
+            return EBUSY;
+        const MonitorLock lock(m_monitor);
+        return m_waiters == 0 ? 0 : EBUSY;
+    }
 
 private:
     Monitor m_monitor;
+    Holder m_holder;
+    std::uint32_t m_waiters VX_GUARDED_BY(m_monitor) = 0;
 };
 
 } // namespace

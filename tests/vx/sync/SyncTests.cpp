@@ -1,0 +1,601 @@
+#include "vx/Exceptions.h"
+#include "vx/Result.h"
+#include "vx/sync/Condition.h"
+#include "vx/sync/Event.h"
+#include "vx/sync/Gate.h"
+#include "vx/sync/Mutex.h"
+#include "vx/sync/ReaderWriterLock.h"
+#include "vx/sync/ScopedLock.h"
+#include "vx/sync/Semaphore.h"
+#include "vxsys/Lock.h"
+#include "vxsys/Thread.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <concepts>
+#include <cstdint>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vx::sync {
+namespace {
+
+constexpr std::uint32_t FOR_EVER = 0xFFFFFFFF;
+constexpr std::uint32_t NEARLY_FOR_EVER = 0xFFFFFFFE;
+
+/// A thread that does one thing, and lets others see whether it waits.
+class Doing {
+public:
+    explicit Doing(std::function<void()> work)
+        : m_thread([this, work = std::move(work)] {
+            m_id = VXThreadGetCurrentId();
+            work();
+            m_isDone = true;
+        })
+    {
+    }
+    ~Doing() { join(); }
+
+    bool isDone() const { return m_isDone; }
+    void join()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+    /// Returns when the thread waits, as the system has it.
+    void awaitWaiting() const
+    {
+        while (m_id == 0)
+            std::this_thread::yield();
+        const std::string status = "/proc/self/task/" + std::to_string(m_id) + "/stat";
+        for (int seen = 0; seen < 3; std::this_thread::yield()) {
+            std::ifstream file(status);
+            std::string line;
+            std::getline(file, line);
+            ASSERT_FALSE(m_isDone) << "it did not wait";
+            const std::size_t name = line.rfind(')'); // the state follows it
+            seen = name != line.npos && line.size() > name + 2 && line[name + 2] == 'S' ? seen + 1 : 0;
+        }
+    }
+
+private:
+    std::atomic<std::uint32_t> m_id {0};
+    std::atomic<bool> m_isDone {false};
+    std::thread m_thread;
+};
+
+/// The result of what another thread does.
+template <std::invocable Work>
+auto elsewhere(Work work)
+{
+    decltype(work()) result {};
+    Doing([&] { result = work(); }).join();
+    return result;
+}
+
+/// The code of the ResultException that `work` throws, 0 without one.
+template <std::invocable Work>
+std::int32_t failureOf(Work work)
+{
+    try {
+        work();
+        return 0;
+    } catch (const ResultException& failure) {
+        return failure.getResult();
+    }
+}
+
+template <class Lock>
+class LockObjectTest : public testing::Test {
+protected:
+    ~LockObjectTest() noexcept override { } // a lock that cannot go ends the program
+
+    Lock m_lock;
+};
+using LockTypes = testing::Types<Mutex, ReaderWriterLock>;
+TYPED_TEST_SUITE(LockObjectTest, LockTypes);
+
+TYPED_TEST(LockObjectTest, LetsOneThreadInAtATime)
+{
+    int count = 0; // on purpose no atomic
+    {
+        std::vector<std::unique_ptr<Doing>> threads;
+        for (int i = 0; i < 4; ++i)
+            threads.push_back(std::make_unique<Doing>([&] {
+                for (int turn = 0; turn < 1000; ++turn) {
+                    const ScopedLock guard(this->m_lock);
+                    ++count;
+                }
+            }));
+    }
+    EXPECT_EQ(count, 4000);
+}
+
+TYPED_TEST(LockObjectTest, KeepsOthersOutUntilItIsReleased)
+{
+    LockObject& lock = this->m_lock;
+    EXPECT_TRUE(lock.tryWait());
+    EXPECT_FALSE(elsewhere([&] { return lock.tryWait(); }));
+    Doing other([&] {
+        lock.wait();
+        lock.signal();
+    });
+    other.awaitWaiting();
+    EXPECT_FALSE(other.isDone());
+    lock.signal();
+    other.join();
+    EXPECT_TRUE(elsewhere([&] { // and it is free behind that
+        const bool isFree = lock.tryWait();
+        lock.signal();
+        return isFree;
+    }));
+}
+
+TYPED_TEST(LockObjectTest, IsReleasedByItsHolderOnly)
+{
+    LockObject& lock = this->m_lock;
+    EXPECT_LT(failureOf([&] { lock.signal(); }), 0) << "nobody holds it";
+    lock.wait();
+    EXPECT_LT(elsewhere([&] { return failureOf([&] { lock.signal(); }); }), 0);
+    EXPECT_FALSE(elsewhere([&] { return lock.tryWait(); })) << "it is still held";
+    lock.signal();
+    EXPECT_LT(failureOf([&] { lock.signal(); }), 0);
+}
+
+TEST(Mutex, IsHeldUntilItIsReleasedAsOftenAsItWasTaken)
+{
+    Mutex mutex;
+    mutex.wait();
+    EXPECT_TRUE(mutex.tryWait());
+    mutex.wait();
+    for (int held = 3; held > 0; --held) {
+        EXPECT_FALSE(elsewhere([&] { return mutex.tryWait(); })) << held;
+        mutex.signal();
+    }
+    EXPECT_TRUE(elsewhere([&] {
+        const bool isFree = mutex.tryWait();
+        mutex.signal();
+        return isFree;
+    }));
+}
+
+TEST(ScopedLock, ReleasesWhenTheBlockThrowsAndTellsAFailedRelease)
+{
+    Mutex mutex;
+    const auto isFree = [&] {
+        return elsewhere([&] {
+            const bool taken = mutex.tryWait();
+            if (taken)
+                mutex.signal();
+            return taken;
+        });
+    };
+    EXPECT_THROW(
+        {
+            const ScopedLock guard(mutex);
+            throw 7;
+        },
+        int);
+    EXPECT_TRUE(isFree());
+    EXPECT_THROW(
+        {
+            const ScopedLock guard(mutex);
+            mutex.signal();
+        },
+        ResultException);
+    EXPECT_THROW(
+        {
+            const ScopedLock guard(mutex);
+            mutex.signal();
+            throw 7;
+        },
+        int)
+        << "the exception on its way has more to tell";
+}
+
+TEST(ReaderWriterLock, TellsWhoMayJoinWhom)
+{
+    ReaderWriterLock lock;
+    const auto mayRead = [&] {
+        return elsewhere([&] {
+            const bool taken = lock.tryWaitShared();
+            if (taken)
+                lock.signalShared();
+            return taken;
+        });
+    };
+    const auto mayWrite = [&] {
+        return elsewhere([&] {
+            const bool taken = lock.tryWait();
+            if (taken)
+                lock.signal();
+            return taken;
+        });
+    };
+    EXPECT_TRUE(mayRead() && mayWrite());
+    lock.waitShared();
+    EXPECT_TRUE(mayRead() && !mayWrite());
+    EXPECT_TRUE(lock.tryWaitShared());
+    lock.signalShared();
+    EXPECT_TRUE(mayRead() && !mayWrite()) << "one reader is left";
+    lock.signalShared();
+    lock.wait();
+    EXPECT_TRUE(!mayRead() && !mayWrite());
+    lock.signal();
+    EXPECT_TRUE(mayRead() && mayWrite());
+}
+
+TEST(ReaderWriterLock, PutsAWaitingWriterBeforeNewReadersButNotBeforeItsOwn)
+{
+    ReaderWriterLock lock;
+    std::string order;
+    lock.waitShared();
+    Doing writer([&] {
+        lock.wait();
+        order += "writer ";
+        lock.signal();
+    });
+    writer.awaitWaiting();
+    EXPECT_FALSE(elsewhere([&] { return lock.tryWaitShared(); })) << "a new reader stands back";
+    Doing reader([&] {
+        lock.waitShared();
+        order += "reader ";
+        lock.signalShared();
+    });
+    reader.awaitWaiting();
+    lock.waitShared(); // would never come back if this reader stood back as well
+    lock.signalShared();
+    lock.signalShared();
+    writer.join();
+    reader.join();
+    EXPECT_EQ(order, "writer reader ");
+}
+
+TEST(ReaderWriterLock, LetsTheWaitingReadersInWhenAWriterLeaves)
+{
+    ReaderWriterLock lock;
+    std::string order;
+    lock.wait();
+    Doing nextWriter([&] {
+        lock.wait();
+        order += "writer ";
+        lock.signal();
+    });
+    nextWriter.awaitWaiting();
+    Doing reader([&] {
+        lock.waitShared();
+        order += "reader ";
+        lock.signalShared();
+    });
+    reader.awaitWaiting();
+    lock.signal();
+    nextWriter.join();
+    reader.join();
+    EXPECT_EQ(order, "reader writer ");
+}
+
+TEST(ReaderWriterLock, StarvesNobody)
+{
+    ReaderWriterLock lock;
+    std::atomic<bool> ends {false};
+    int written = 0;
+    std::vector<std::unique_ptr<Doing>> others;
+    for (int i = 0; i < 2; ++i) { // readers that overlap all the time
+        others.push_back(std::make_unique<Doing>([&] {
+            while (!ends) {
+                lock.waitShared();
+                EXPECT_GE(written, 0);
+                std::this_thread::yield();
+                lock.signalShared();
+            }
+        }));
+        others.push_back(std::make_unique<Doing>([&] {
+            while (!ends) {
+                const ScopedLock guard(lock);
+                ++written;
+            }
+        }));
+    }
+    for (int turn = 0; turn < 50; ++turn) {
+        {
+            const ScopedLock guard(lock);
+            ++written;
+        }
+        lock.waitShared();
+        lock.signalShared();
+    }
+    ends = true;
+    others.clear();
+    EXPECT_GE(written, 50);
+}
+
+TEST(ReaderWriterLock, RefusesWhatWouldWaitForItself)
+{
+    ReaderWriterLock lock;
+    EXPECT_LT(failureOf([&] { lock.signalShared(); }), 0) << "nobody reads";
+    lock.wait();
+    EXPECT_LT(failureOf([&] { lock.wait(); }), 0);
+    EXPECT_LT(failureOf([&] { lock.waitShared(); }), 0);
+    EXPECT_FALSE(lock.tryWait() || lock.tryWaitShared());
+    lock.signal();
+    lock.waitShared();
+    elsewhere([&] {
+        lock.signalShared(); // a read lock may go from hand to hand
+        return true;
+    });
+    EXPECT_TRUE(lock.tryWait());
+    lock.signal();
+}
+
+TEST(Event, ResetsItselfBehindTheOneThatItFrees)
+{
+    Event event;
+    EXPECT_FALSE(event.wait(0)) << "born without a signal";
+    event.signal();
+    event.signal();
+    EXPECT_FALSE(event.tryWait()) << "it does not look";
+    EXPECT_TRUE(event.wait(0)) << "so the signal is still there";
+    EXPECT_FALSE(event.wait(0)) << "two that nobody waited for are one";
+}
+
+TEST(Event, FreesAWaiterForEachSignal)
+{
+    Event event;
+    Doing first([&] { event.wait(); });
+    Doing second([&] { EXPECT_TRUE(event.wait(FOR_EVER)); });
+    Doing third([&] { EXPECT_TRUE(event.wait(NEARLY_FOR_EVER)); });
+    for (const Doing* waiter : {&first, &second, &third})
+        waiter->awaitWaiting();
+    event.signal();
+    event.signal();
+    const auto doneCount = [&] { return first.isDone() + second.isDone() + third.isDone(); };
+    while (doneCount() < 2)
+        std::this_thread::yield();
+    for (const Doing* waiter : {&first, &second, &third}) {
+        if (!waiter->isDone())
+            waiter->awaitWaiting();
+    }
+    EXPECT_EQ(doneCount(), 2);
+    event.signal();
+}
+
+TEST(Gate, LetsAllPassWhileItIsOpen)
+{
+    Gate gate;
+    const auto passes = [&] { return gate.tryWait() && gate.wait(0) && gate.wait(FOR_EVER); };
+    EXPECT_FALSE(gate.tryWait() || gate.wait(0)) << "born closed";
+    gate.open();
+    EXPECT_TRUE(passes() && passes() && elsewhere(passes));
+    gate.wait();
+    gate.close();
+    EXPECT_FALSE(gate.tryWait() || gate.wait(0));
+}
+
+TEST(Gate, FreesAllWhoWaitedThoughItClosesAtOnce)
+{
+    Gate gate;
+    Doing first([&] { gate.wait(); });
+    Doing second([&] { EXPECT_TRUE(gate.wait(NEARLY_FOR_EVER)); });
+    first.awaitWaiting();
+    second.awaitWaiting();
+    gate.open();
+    gate.close();
+    EXPECT_FALSE(gate.tryWait());
+}
+
+TEST(Semaphore, CountsWhatIsGivenAndTaken)
+{
+    Semaphore semaphore(2);
+    EXPECT_EQ(semaphore.getValue(), 2);
+    semaphore.wait();
+    EXPECT_TRUE(semaphore.tryWait());
+    EXPECT_FALSE(semaphore.tryWait());
+    Doing waiter([&] { semaphore.wait(); });
+    waiter.awaitWaiting();
+    semaphore.signal();
+    waiter.join();
+    EXPECT_EQ(semaphore.getValue(), 0);
+    EXPECT_EQ(Semaphore().getValue(), 0);
+}
+
+TEST(Semaphore, EndsAtTheLargestCount)
+{
+    constexpr std::uint32_t LARGEST = 0x7FFFFFFF;
+    EXPECT_EQ(failureOf([] { Semaphore semaphore(LARGEST + 1); }), RESULT_INVALID_ARGUMENT);
+    Semaphore semaphore(LARGEST);
+    EXPECT_LT(failureOf([&] { semaphore.signal(); }), 0);
+    EXPECT_EQ(semaphore.getValue(), static_cast<std::int32_t>(LARGEST));
+}
+
+TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
+{
+    constexpr std::uint32_t MILLISECONDS = 20;
+    Event event;
+    Gate gate;
+    Condition condition;
+    struct {
+        const char* name;
+        std::function<bool()> timedOut;
+    } cases[] = {
+        {"Event", [&] { return !event.wait(MILLISECONDS); }},
+        {"Gate", [&] { return !gate.wait(MILLISECONDS); }},
+        {"Condition",
+            [&] {
+                const Condition::Holder holder(condition);
+                return failureOf([&] { condition.wait(MILLISECONDS); }) == RESULT_TIMED_OUT;
+            }},
+    };
+    for (const auto& row : cases) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_TRUE(row.timedOut()) << row.name;
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(MILLISECONDS)) << row.name;
+    }
+}
+
+TEST(Condition, HandsItsLockToWhoeverItFrees)
+{
+    Condition condition;
+    int ready = 0;
+    int freed = 0;
+    const auto waitForReady = [&] {
+        const Condition::Holder holder(condition);
+        while (ready == 0)
+            condition.wait();
+        --ready;
+        ++freed;
+    };
+    Doing first(waitForReady);
+    Doing second(waitForReady);
+    Doing third(waitForReady);
+    for (const Doing* waiter : {&first, &second, &third})
+        waiter->awaitWaiting();
+    {
+        const Condition::Holder holder(condition);
+        ready = 1;
+        condition.signal();
+    }
+    while (!first.isDone() && !second.isDone() && !third.isDone())
+        std::this_thread::yield();
+    {
+        const Condition::Holder holder(condition);
+        EXPECT_EQ(freed, 1);
+        ready = 2;
+        condition.broadcast();
+    }
+    for (Doing* waiter : {&first, &second, &third})
+        waiter->join();
+    const Condition::Holder holder(condition);
+    EXPECT_EQ(freed, 3);
+}
+
+TEST(Condition, RefusesWhoDoesNotHoldItAndWhoHoldsItAlready)
+{
+    Condition condition;
+    EXPECT_LT(failureOf([&] { condition.wait(); }), 0);
+    EXPECT_LT(failureOf([&] { condition.wait(1); }), 0);
+    EXPECT_LT(failureOf([&] { condition.release(); }), 0);
+    condition.signal();
+    condition.acquire();
+    EXPECT_LT(failureOf([&] { condition.acquire(); }), 0);
+    EXPECT_LT(elsewhere([&] { return failureOf([&] { condition.release(); }); }), 0);
+    condition.release();
+}
+
+TEST(Condition, IsFreeBehindAHolderThatAnExceptionLeaves)
+{
+    Condition condition;
+    EXPECT_THROW(
+        {
+            const Condition::Holder holder(condition);
+            throw 7;
+        },
+        int);
+    EXPECT_TRUE(elsewhere([&] {
+        const Condition::Holder holder(condition);
+        return true;
+    }));
+}
+
+TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
+{
+    struct {
+        const char* name;
+        std::function<std::int32_t(VXHandle*)> create;
+        std::function<std::int32_t(VXHandle)> wait; // until `free`
+        std::function<void(VXHandle)> free;
+        std::function<std::int32_t(VXHandle)> destroy;
+    } cases[] = {
+        {"Event", [](VXHandle* handle) { return VXEventCreate(nullptr, 0, handle); }, VXEventWait,
+            [](VXHandle handle) { VXEventSignal(handle); }, VXEventDestroy},
+        {"Gate", [](VXHandle* handle) { return VXGateCreate(nullptr, 0, handle); }, VXGateWait,
+            [](VXHandle handle) { VXGateOpen(handle); }, VXGateDestroy},
+        {"Semaphore", [](VXHandle* handle) { return VXSemaphoreCreate(0, nullptr, 0, handle); }, VXSemaphoreWait,
+            [](VXHandle handle) { VXSemaphorePost(handle); }, VXSemaphoreDestroy},
+        {"Condition", [](VXHandle* handle) { return VXConditionCreate(nullptr, 0, handle); },
+            [](VXHandle handle) {
+                VXConditionAcquire(handle);
+                const std::int32_t result = VXConditionWait(handle);
+                VXConditionRelease(handle);
+                return result;
+            },
+            [](VXHandle handle) { VXConditionSignal(handle); }, VXConditionDestroy},
+    };
+    for (const auto& row : cases) {
+        VXHandle handle = nullptr;
+        ASSERT_EQ(row.create(&handle), 0) << row.name;
+        Doing waiter([&] { EXPECT_EQ(row.wait(handle), 0) << row.name; });
+        waiter.awaitWaiting();
+        EXPECT_LT(row.destroy(handle), 0) << row.name;
+        row.free(handle);
+        waiter.join();
+        EXPECT_EQ(row.destroy(handle), 0) << row.name;
+    }
+
+    using Call = std::int32_t (*)(VXHandle) noexcept;
+    struct {
+        const char* name;
+        std::int32_t (*create)(const char*, std::uint32_t, VXHandle*) noexcept;
+        Call take, give, destroy;
+    } held[] = {
+        {"Mutex", VXMutexCreate, VXMutexAcquire, VXMutexRelease, VXMutexDestroy},
+        {"Condition", VXConditionCreate, VXConditionAcquire, VXConditionRelease, VXConditionDestroy},
+        {"writer", VXRWLockCreate, VXRWLockAcquireWrite, VXRWLockReleaseWrite, VXRWLockDestroy},
+        {"reader", VXRWLockCreate, VXRWLockAcquireRead, VXRWLockReleaseRead, VXRWLockDestroy},
+    };
+    for (const auto& row : held) {
+        VXHandle handle = nullptr;
+        ASSERT_EQ(row.create(nullptr, 0, &handle), 0) << row.name;
+        EXPECT_EQ(row.take(handle), 0) << row.name;
+        EXPECT_LT(row.destroy(handle), 0) << row.name;
+        EXPECT_LT(elsewhere([&] { return row.destroy(handle); }), 0) << row.name;
+        EXPECT_EQ(row.give(handle), 0) << row.name << " is as it was";
+        EXPECT_EQ(row.destroy(handle), 0) << row.name;
+    }
+}
+
+TEST(PlatformLocks, RefuseAHandleOfAnotherKindAndNone)
+{
+    using Call = std::int32_t (*)(VXHandle) noexcept;
+    constexpr Call MUTEX[] = {VXMutexAcquire, VXMutexTryAcquire, VXMutexRelease, VXMutexDestroy};
+    constexpr Call OTHERS[] = {VXEventWait, VXEventSignal, VXEventDestroy, VXGateWait, VXGateTryWait, VXGateOpen,
+        VXGateClose, VXGateDestroy, VXRWLockAcquireRead, VXRWLockTryAcquireRead, VXRWLockReleaseRead,
+        VXRWLockAcquireWrite, VXRWLockTryAcquireWrite, VXRWLockReleaseWrite, VXRWLockDestroy, VXSemaphoreWait,
+        VXSemaphoreTryWait, VXSemaphorePost, VXSemaphoreDestroy, VXConditionAcquire, VXConditionRelease,
+        VXConditionWait, VXConditionSignal, VXConditionBroadcast, VXConditionDestroy};
+    VXHandle mutex = nullptr;
+    VXHandle gate = nullptr;
+    ASSERT_EQ(VXMutexCreate("a name", 0, &mutex), 0);
+    ASSERT_EQ(VXGateCreate("a name", 0, &gate), 0);
+    for (const Call& call : MUTEX) {
+        EXPECT_EQ(call(gate), RESULT_INVALID_ARGUMENT) << &call - MUTEX;
+        EXPECT_EQ(call(nullptr), RESULT_INVALID_ARGUMENT) << &call - MUTEX;
+    }
+    for (const Call& call : OTHERS) {
+        EXPECT_EQ(call(mutex), RESULT_INVALID_ARGUMENT) << &call - OTHERS;
+        EXPECT_EQ(call(nullptr), RESULT_INVALID_ARGUMENT) << &call - OTHERS;
+    }
+    EXPECT_EQ(VXEventTimedWait(gate, 0), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXGateTimedWait(mutex, 0), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXConditionTimedWait(gate, 0), RESULT_INVALID_ARGUMENT);
+    std::int32_t value = 7;
+    EXPECT_EQ(VXSemaphoreGetValue(mutex, &value), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(value, 0);
+    EXPECT_EQ(VXSemaphoreGetValue(mutex, nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXMutexDestroy(mutex), 0);
+    EXPECT_EQ(VXGateDestroy(gate), 0);
+
+    using Create = std::int32_t (*)(const char*, std::uint32_t, VXHandle*) noexcept;
+    for (const Create create : {VXMutexCreate, VXEventCreate, VXGateCreate, VXRWLockCreate, VXConditionCreate})
+        EXPECT_EQ(create(nullptr, 0, nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXSemaphoreCreate(0, nullptr, 0, nullptr), RESULT_INVALID_ARGUMENT);
+}
+
+} // namespace
+} // namespace vx::sync
