@@ -2,12 +2,14 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
+#include "vx/Result.h"
 #include "vx/detail/ClassManager.h"
 #include "vxsys/Text.h"
 
 #include <cstdlib>
 #include <cxxabi.h>
 #include <map>
+#include <memory>
 
 namespace vx {
 
@@ -85,6 +87,8 @@ ClassManagerBase::~ClassManagerBase() = default;
 
 void ClassManagerBase::registerClass(const char16_t* name, const std::type_info* type, ObjectCreator creator)
 {
+    if (name == nullptr || type == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
     if (m_impl->byName.contains(name))
         return;
     const Reference<Class> record(new Class(name, type, creator));
@@ -99,14 +103,18 @@ void ClassManagerBase::registerClass(const char16_t* name, const std::type_info*
 
 const Class* ClassManagerBase::lookupName(const char16_t* name)
 {
-    const auto found = name != nullptr ? m_impl->byName.find(name) : m_impl->byName.end();
+    if (name == nullptr)
+        throw ClassNotFoundException();
+    const auto found = m_impl->byName.find(name);
     if (found == m_impl->byName.end())
-        throw ClassNotFoundException(String(name, name != nullptr ? -1 : 0));
+        throw ClassNotFoundException(name);
     return found->second.get();
 }
 
 const Class* ClassManagerBase::lookupType(const std::type_info* type)
 {
+    if (type == nullptr)
+        throw ClassNotFoundException();
     const auto found = m_impl->byType.find(type);
     if (found == m_impl->byType.end())
         throw ClassNotFoundException(readableName(*type));

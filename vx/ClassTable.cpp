@@ -60,6 +60,8 @@
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/Comparator.h"
 #include "vx/util/FilePath.h"
+#include "vx/util/MTByteBuffer.h"
+#include "vx/util/MTCharBuffer.h"
 #include "vx/util/ROByteBuffer.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWByteBuffer.h"
@@ -138,6 +140,8 @@ const ClassRow CLASSES[] = {
     {u"CVXListIterator", &typeid(collections::vorb::ListIterator), nullptr},
     {u"CVXLockObject", &typeid(sync::LockObject), nullptr},
     {u"CVXMap", &typeid(collections::vorb::Map), nullptr},
+    {u"CVXMTByteBuffer", &typeid(util::MTByteBuffer), create<util::MTByteBuffer>},
+    {u"CVXMTCharBuffer", &typeid(util::MTCharBuffer), create<util::MTCharBuffer>},
     {u"CVXMutex", &typeid(sync::Mutex), create<sync::Mutex>},
     {u"CVXNullOutputStream", &typeid(io::NullOutputStream), create<io::NullOutputStream>},
     {u"CVXNullWriter", &typeid(io::NullWriter), create<io::NullWriter>},

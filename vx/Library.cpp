@@ -12,6 +12,7 @@
 #include "vxsys/Memory.h"
 
 #include <clocale>
+#include <utility>
 
 constinit vx::sync::LockObject* g_pGlobalLock = nullptr;
 
@@ -46,8 +47,7 @@ void stop()
     ClassManager::freeInstance();
     if (const ENUM_VX_E_SOCKET failure = net::TcpSocket2::uninit(); failure != VX_E_SOCKET_OK)
         throw Exception(u"VXLIBLibUninit " + String(VXGetDescriptionFromVX_E_SOCKET(failure)));
-    delete g_pGlobalLock;
-    g_pGlobalLock = nullptr;
+    delete std::exchange(g_pGlobalLock, nullptr); // a lock that is held fails to go
     VXSetNewHandler(g_replacedHandler);
 }
 

@@ -8,7 +8,7 @@
 namespace vx::util {
 
 /// The one `T` of the process, created at the first `getInstance` under the lock that `lock` leads to. Without that lock
-/// only an instance that exists can be reached: a first call then throws IllegalStateException.
+/// only an instance that exists can be reached: to create or free one then throws IllegalStateException.
 template <class T, sync::LockObject** lock>
 class Singleton : public T {
 public:
@@ -16,9 +16,7 @@ public:
     {
         if (Singleton* instance = s_instance.load(std::memory_order_acquire))
             return instance;
-        if (*lock == nullptr)
-            throw IllegalStateException();
-        sync::LockObject& creation = **lock;
+        sync::LockObject& creation = existingLock();
         const sync::ScopedLock guard(creation);
         if (s_instance.load(std::memory_order_relaxed) == nullptr)
             s_instance.store(new Singleton, std::memory_order_release);
@@ -30,7 +28,7 @@ public:
     {
         if (s_instance.load(std::memory_order_acquire) == nullptr)
             return;
-        sync::LockObject& destruction = **lock;
+        sync::LockObject& destruction = existingLock();
         const sync::ScopedLock guard(destruction);
         delete s_instance.exchange(nullptr);
     }
@@ -40,6 +38,13 @@ private:
     Singleton(const Singleton&) = delete;
     Singleton& operator=(const Singleton&) = delete;
     ~Singleton() = default;
+
+    static sync::LockObject& existingLock()
+    {
+        if (*lock == nullptr)
+            throw IllegalStateException();
+        return **lock;
+    }
 
     static inline constinit std::atomic<Singleton*> s_instance {nullptr};
 };

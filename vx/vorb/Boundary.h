@@ -25,7 +25,18 @@ std::int32_t atBoundary(Work&& work) noexcept
     }
 }
 
-/// As above for work with an answer: cleared first, so that a failing caller never sees a stale one.
+/// As above for work that gives a result code itself.
+template <std::invocable Work>
+std::int32_t resultAtBoundary(Work&& work) noexcept
+{
+    try {
+        return std::forward<Work>(work)();
+    } catch (...) {
+        return resultOfCurrentException();
+    }
+}
+
+/// As `atBoundary` for work with an answer: cleared first, so that a failing caller never sees a stale one.
 template <typename Out, std::invocable Work>
 std::int32_t atBoundary(Out* out, Work&& work) noexcept
 {

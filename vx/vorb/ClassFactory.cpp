@@ -1,6 +1,7 @@
 #include "vx/vorb/ClassFactory.h"
 
 #include "vx/Result.h"
+#include "vx/vorb/Boundary.h"
 #include "vx/vorb/Module.h"
 
 namespace vx::vorb {
@@ -9,16 +10,13 @@ std::int32_t ClassFactoryFace::CreateInstance(IVXUnknown* outer, const _GUID& ii
 {
     if (out == nullptr)
         return RESULT_POINTER;
-    if (outer != nullptr && !(iid == IVXUnknown::IID)) {
-        *out = nullptr;
+    *out = nullptr;
+    if (outer != nullptr && !(iid == IVXUnknown::IID))
         return RESULT_INVALID_ARGUMENT;
-    }
     const auto& factory = static_cast<const ClassFactory&>(*this);
-    if (factory.m_instanceCreator == nullptr) {
-        *out = nullptr;
+    if (factory.m_instanceCreator == nullptr)
         return RESULT_FAIL;
-    }
-    return factory.m_instanceCreator(factory.GetComModule(), outer, iid, out);
+    return resultAtBoundary([&] { return factory.m_instanceCreator(factory.GetComModule(), outer, iid, out); });
 }
 
 std::int32_t ClassFactoryFace::LockServer(std::int16_t lock)

@@ -87,17 +87,17 @@ std::int32_t Module::TryGetClassObject(const _GUID& classId, const _GUID& iid, v
     // Looked at without the lock first: once set, a factory stays until the module goes.
     std::atomic_ref<IVXUnknown*> factory(row.factory);
     if (factory.load(std::memory_order_acquire) == nullptr) {
-        std::int32_t result = RESULT_OK;
-        const std::int32_t locked = atBoundary([&] {
+        const std::int32_t result = resultAtBoundary([&] {
             const sync::ScopedLock guard(m_lock);
             if (factory.load(std::memory_order_relaxed) != nullptr)
-                return;
+                return RESULT_OK;
             void* created = nullptr;
-            result = row.factoryCreator(this, row.instanceCreator, IVXUnknown::IID, &created);
+            const std::int32_t code = row.factoryCreator(this, row.instanceCreator, IVXUnknown::IID, &created);
             factory.store(static_cast<IVXUnknown*>(created), std::memory_order_release);
+            return code;
         });
         if (factory.load(std::memory_order_acquire) == nullptr)
-            return failed(locked) ? locked : result;
+            return result;
     }
     return factory.load(std::memory_order_acquire)->QueryInterface(iid, out);
 }
