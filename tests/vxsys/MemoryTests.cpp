@@ -6,18 +6,6 @@
 #include <new>
 #include <stdexcept>
 
-// A request that no machine can meet is an answer here, not a fault of the program.
-extern "C" VXSYS_API const char* __asan_default_options();
-extern "C" const char* __asan_default_options()
-{
-    return "allocator_may_return_null=1";
-}
-extern "C" VXSYS_API const char* __tsan_default_options();
-extern "C" const char* __tsan_default_options()
-{
-    return "allocator_may_return_null=1";
-}
-
 namespace {
 
 constexpr std::size_t TOO_LARGE = SIZE_MAX / 4;

@@ -1,0 +1,290 @@
+#include "tests/Slots.h"
+#include "vx/Class.h"
+#include "vx/ClassManagerBase.h"
+#include "vx/Exceptions.h"
+#include "vx/GlobalLock.h"
+#include "vx/Reference.h"
+#include "vx/String.h"
+#include "vx/exec/IRunnable.h"
+#include "vx/sync/Event.h"
+#include "vx/sync/Mutex.h"
+#include "vx/sync/ReaderWriterLock.h"
+#include "vx/sync/Semaphore.h"
+#include "vx/util/MTCharBuffer.h"
+#include "vx/util/Singleton.h"
+#include "vx/vorb/Module.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <thread>
+#include <typeinfo>
+
+using namespace vx;
+
+namespace {
+
+// clang-format off
+/// Classes that can be created by name.
+constexpr const char16_t* CREATABLE[] = {
+    u"CVXArrayList", u"CVXBigDecimal", u"CVXBigInteger", u"CVXByteArrayOutputStream", u"CVXEvent", u"CVXFakeMutex",
+    u"CVXGate", u"CVXHashMap", u"CVXLinkedList", u"CVXMTByteBuffer", u"CVXMTCharBuffer", u"CVXMutex",
+    u"CVXNullOutputStream", u"CVXNullWriter", u"CVXObject", u"CVXROByteBuffer", u"CVXROCharBuffer",
+    u"CVXRWByteBuffer", u"CVXRWCharBuffer", u"CVXRWLock", u"CVXSemaphore", u"CVXStdioInputStream",
+    u"CVXStdioOutputStream", u"CVXString", u"CVXStringWriter", u"vx::CastFailedException",
+    u"vx::ClassNotFoundException", u"vx::CloneNotSupportedException", u"vx::Exception", u"vx::IllegalAccessException",
+    u"vx::IllegalStateException", u"vx::IntDivByZeroException", u"vx::IntErrorException", u"vx::IntOverflowException",
+    u"vx::text::charset::InvalidCharacterException", u"vx::InvalidPathException", u"vx::io::IoException",
+    u"vx::io::TimeoutException", u"vx::OutOfMemoryException", u"vx::RangeErrorException", u"vx::ReadOnlyException",
+    u"vx::io::UnexpectedEOFException", u"vx::text::charset::UnknownEncodingException",
+    u"vx::text::charset::UnmappableCharacterException", u"vx::UnsupportedOperationException",
+    u"vx::text::charset::CTBASCII", u"vx::text::charset::BTCASCII", u"vx::text::charset::CTBISO8859_1",
+    u"vx::text::charset::BTCISO8859_1", u"vx::text::charset::CTBCP437", u"vx::text::charset::BTCCP437",
+    u"vx::text::charset::CTBCP1252", u"vx::text::charset::BTCCP1252", u"vx::text::charset::BTCUTF8",
+    u"vx::text::charset::CTBUTF8", u"vx::text::charset::CTBUTF16LE", u"vx::text::charset::BTCUTF16LE",
+    u"vx::text::charset::CTBUTF16BE", u"vx::text::charset::BTCUTF16BE", u"vx::text::charset::CTBUTF32LE",
+    u"vx::text::charset::BTCUTF32LE", u"vx::text::charset::CTBUTF32BE", u"vx::text::charset::BTCUTF32BE",
+    u"vx::text::charset::BTCAMP7", u"vx::text::charset::CTBAMP7",
+};
+
+/// Classes that are known by name and no more.
+constexpr const char16_t* KNOWN[] = {
+    u"CVXAbstractByteBuffer", u"CVXAbstractCharBuffer", u"CVXAlphaNumInputStream", u"CVXAlphaNumOutputStream",
+    u"CVXAtomic", u"CVXBitInputStream", u"CVXBitOutputStream", u"CVXBTCSingleByte", u"CVXBTCSingleByteTable",
+    u"CVXBufferedInputStream", u"CVXBufferedOutputStream", u"CVXBufferedReader", u"CVXBufferedWriter",
+    u"CVXByteArrayInputStream", u"CVXByteToCharConverter", u"CVXCharToByteConverter", u"vx::Class",
+    u"CVXCTBSingleByte", u"CVXCTBSingleByteTable", u"CVXCollection", u"vx::vorb::ClassFactory", u"CVXComDllModule",
+    u"CVXComObject", u"CVXComparator", u"CVXConstIterator", u"CVXConstListIterator", u"CVXDataInputStream",
+    u"CVXDataOutputStream", u"CVXDouble", u"vx::sync::FakeAtomic", u"CVXFilePath", u"CVXFilterInputStream",
+    u"CVXFilterOutputStream", u"CVXFilterReader", u"CVXFilterWriter", u"CVXFloat", u"CVXGuid", u"CVXInputStream",
+    u"CVXInputStreamReader", u"CVXInteger16", u"CVXInteger32", u"CVXInteger64", u"CVXInteger8", u"CVXIterator",
+    u"CVXList", u"CVXListIterator", u"CVXLocale", u"CVXLockObject", u"CVXMap", u"CVXNumber", u"CVXOutputStream",
+    u"CVXOutputStreamWriter", u"CVXPrintWriter", u"CVXReader", u"CVXResourceBundle", u"CVXRunnable", u"CVXSet",
+    u"CVXSignedInteger", u"vx::i18n::StringMapBundle", u"CVXSyncObject", u"vx::net::TcpServerSocket",
+    u"vx::net::TcpSocket", u"CVXThread", u"CVXUInteger16", u"CVXUInteger32", u"CVXUInteger64", u"CVXUInteger8",
+    u"CVXUnsignedInteger", u"CVXWriter", u"vx::AccessViolationException", u"vx::ArrayBoundsException",
+    u"vx::ExternalException", u"vx::IllegalInstructionException", u"vx::MathDivByZeroException",
+    u"vx::MathErrorException", u"vx::MathInvalidOpException", u"vx::MathOverflowException",
+    u"vx::MathUnderflowException", u"vx::StackOverflowException", u"vx::UserAbortException",
+};
+
+/// Names of the two lists that nobody needs to know yet.
+constexpr std::u16string_view MAY_BE_MISSING[] = {
+    u"CVXAlphaNumInputStream", u"CVXAlphaNumOutputStream", u"CVXArrayList", u"CVXBigDecimal", u"CVXBigInteger",
+    u"CVXBitInputStream", u"CVXBitOutputStream", u"CVXCollection", u"CVXComparator", u"CVXConstIterator",
+    u"CVXConstListIterator", u"CVXDataInputStream", u"CVXDataOutputStream", u"CVXDouble", u"CVXFloat", u"CVXGuid",
+    u"CVXHashMap", u"CVXInteger16", u"CVXInteger32", u"CVXInteger64", u"CVXInteger8", u"CVXIterator",
+    u"CVXLinkedList", u"CVXList", u"CVXListIterator", u"CVXLocale", u"CVXMap", u"CVXNumber", u"CVXResourceBundle",
+    u"CVXSet", u"CVXSignedInteger", u"vx::i18n::StringMapBundle", u"vx::net::TcpServerSocket", u"vx::net::TcpSocket",
+    u"CVXUInteger16", u"CVXUInteger32", u"CVXUInteger64", u"CVXUInteger8", u"CVXUnsignedInteger",
+    u"vx::text::charset::BTCAMP7", u"vx::text::charset::CTBAMP7",
+};
+// clang-format on
+static_assert(std::size(CREATABLE) + std::size(KNOWN) == 145);
+
+/// The record of `name`; null for a class that may be missing and is.
+const Class* find(const char16_t* name)
+{
+    try {
+        return Class::forName(name);
+    } catch (const ClassNotFoundException&) {
+        EXPECT_NE(std::find(std::begin(MAY_BE_MISSING), std::end(MAY_BE_MISSING), name), std::end(MAY_BE_MISSING))
+            << String(name);
+        return nullptr;
+    }
+}
+
+TEST(Class, KeepsTheOrderOfVirtualOperations)
+{
+    expectSlots("Class", 11, {slotOf(&Class::getName), slotOf(&Class::isInstance), slotOf(&Class::createInstance)});
+}
+
+TEST(Class, CreatesByNameWhatCanBeCreated)
+{
+    for (const char16_t* name : CREATABLE) {
+        const Class* record = find(name);
+        if (record == nullptr)
+            continue;
+        EXPECT_EQ(record->getName(), String(name));
+        const Reference<Object> object(record->createInstance());
+        ASSERT_NE(object, nullptr) << String(name);
+        EXPECT_EQ(object->GetRefCount(), 1U) << String(name);
+        EXPECT_TRUE(record->isInstance(*object)) << String(name);
+        EXPECT_EQ(object->getClass(), record) << String(name);
+        EXPECT_FALSE(record->isInstance(*record)) << String(name);
+    }
+}
+
+TEST(Class, RefusesToCreateTheOthers)
+{
+    for (const char16_t* name : KNOWN) {
+        const Class* record = find(name);
+        if (record == nullptr)
+            continue;
+        EXPECT_EQ(record->getName(), String(name));
+        try {
+            record->createInstance();
+            ADD_FAILURE() << String(name);
+        } catch (const IllegalAccessException& failure) {
+            EXPECT_TRUE(failure.getDescription().isEmpty()) << String(name);
+        }
+    }
+}
+
+TEST(Class, GoesByTheNameThatIsNotTheTypes)
+{
+    struct {
+        const std::type_info& type;
+        const char16_t* name;
+    } cases[] = {
+        {typeid(Class), u"vx::Class"},
+        {typeid(ComObject), u"CVXComObject"},
+        {typeid(sync::Object), u"CVXSyncObject"},
+        {typeid(sync::LockObject), u"CVXLockObject"},
+        {typeid(sync::ReaderWriterLock), u"CVXRWLock"},
+        {typeid(exec::IRunnable), u"CVXRunnable"},
+        {typeid(vorb::DllModule), u"CVXComDllModule"},
+        {typeid(util::AbstractCharBuffer), u"CVXAbstractCharBuffer"},
+        {typeid(MathErrorException), u"vx::MathErrorException"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(Class::forType(&row.type)->getName(), String(row.name));
+        EXPECT_EQ(Class::forType(&row.type), Class::forName(row.name)) << String(row.name);
+    }
+    EXPECT_EQ(Class::forName(u"CVXObject")->getClass(), Class::forName(u"vx::Class")) << "a record is an object";
+}
+
+TEST(Class, TakesTheExactTypeOnly)
+{
+    class Derived : public String { };
+    const Class* record = Class::forName(u"CVXString");
+    const Reference<Object> text(record->createInstance());
+    EXPECT_TRUE(dynamic_cast<const String&>(*text).isEmpty());
+    EXPECT_TRUE(record->isInstance(*text));
+    EXPECT_FALSE(record->isInstance(Derived()));
+    EXPECT_FALSE(Class::forName(u"CVXObject")->isInstance(*text));
+}
+
+TEST(Class, CreatesLocksInTheStateOfTheirDefaults)
+{
+    const Reference<Object> semaphore(Class::forName(u"CVXSemaphore")->createInstance());
+    EXPECT_EQ(dynamic_cast<sync::Semaphore&>(*semaphore).getValue(), 0);
+    const Reference<Object> event(Class::forName(u"CVXEvent")->createInstance());
+    EXPECT_FALSE(dynamic_cast<sync::Event&>(*event).wait(0));
+}
+
+struct LocalType { };
+
+TEST(Class, TellsWhatItDidNotFind)
+{
+    struct {
+        const char16_t* name;
+        const char16_t* description;
+    } names[] = {
+        {u"CVXstring", u"CVXstring"},
+        {u"vx::Object", u"vx::Object"},
+        {u"", u""},
+        {nullptr, u""},
+    };
+    for (const auto& row : names) {
+        try {
+            Class::forName(row.name);
+            ADD_FAILURE() << String(row.description);
+        } catch (const ClassNotFoundException& failure) {
+            EXPECT_EQ(failure.getDescription(), row.description);
+        }
+    }
+    try {
+        Class::forType(&typeid(LocalType));
+        FAIL();
+    } catch (const ClassNotFoundException& failure) {
+        EXPECT_EQ(failure.getDescription(), u"(anonymous namespace)::LocalType");
+    }
+    EXPECT_THROW(Class::forType(nullptr), ClassNotFoundException);
+}
+
+Object* createObject()
+{
+    return new Object;
+}
+
+TEST(ClassManagerBase, KeepsTheFirstRegistration)
+{
+    ClassManagerBase manager;
+    manager.registerClass(u"first", &typeid(int), createObject);
+    const Class* first = manager.lookupName(u"first");
+    manager.registerClass(u"first", &typeid(long), nullptr);
+    EXPECT_EQ(manager.lookupName(u"first"), first);
+    EXPECT_NO_THROW(Reference<Object>(first->createInstance()));
+    EXPECT_THROW(manager.lookupType(&typeid(long)), ClassNotFoundException) << "the later type was dropped";
+
+    manager.registerClass(u"second", &typeid(int), nullptr);
+    EXPECT_THROW(manager.lookupName(u"second")->createInstance(), IllegalAccessException);
+    EXPECT_EQ(manager.lookupType(&typeid(int)), first) << "a type keeps its first name";
+    EXPECT_EQ(first->GetRefCount(), 2U) << "one for each map";
+
+    EXPECT_THROW(manager.registerClass(nullptr, &typeid(int), nullptr), ResultException);
+    EXPECT_THROW(manager.registerClass(u"third", nullptr, nullptr), ResultException);
+    EXPECT_THROW(manager.lookupName(u"third"), ClassNotFoundException);
+}
+
+sync::LockObject* g_lock = nullptr;
+int g_instances = 0;
+bool g_fails = false;
+
+class Single {
+public:
+    Single()
+    {
+        if (g_fails)
+            throw IllegalStateException(u"of its own");
+        ++g_instances;
+    }
+    ~Single() { --g_instances; }
+};
+
+using Holder = util::Singleton<Single, &g_lock>;
+
+TEST(Singleton, LivesFromTheFirstUseToTheFree)
+{
+    EXPECT_THROW(Holder::getInstance(), IllegalStateException) << "there is no lock yet";
+    EXPECT_NO_THROW(Holder::freeInstance()) << "nothing to free needs no lock";
+    sync::Mutex lock;
+    g_lock = &lock;
+
+    g_fails = true;
+    EXPECT_THROW(Holder::getInstance(), IllegalStateException);
+    g_fails = false;
+    for (int round = 0; round < 2; ++round) {
+        Single* seen[4] {};
+        std::thread threads[std::size(seen)];
+        for (std::size_t i = 0; i < std::size(seen); ++i) // they wait for a lock that a failed creation left free
+            threads[i] = std::thread([&seen, i] { seen[i] = Holder::getInstance(); });
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(g_instances, 1);
+        for (const Single* instance : seen)
+            EXPECT_EQ(instance, Holder::getInstance());
+
+        g_lock = nullptr;
+        EXPECT_NO_THROW(Holder::getInstance()) << "an instance that is there needs no lock";
+        EXPECT_THROW(Holder::freeInstance(), IllegalStateException);
+        g_lock = &lock;
+        Holder::freeInstance();
+        Holder::freeInstance();
+        EXPECT_EQ(g_instances, 0);
+    }
+    g_lock = nullptr;
+}
+
+TEST(Library, HasAGlobalLockWhileItRuns)
+{
+    ASSERT_NE(g_pGlobalLock, nullptr);
+    EXPECT_EQ(g_pGlobalLock->getClass(), Class::forName(u"CVXMutex"));
+    EXPECT_TRUE(g_pGlobalLock->tryWait());
+    g_pGlobalLock->signal();
+}
+
+} // namespace

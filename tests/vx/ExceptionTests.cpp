@@ -1,0 +1,184 @@
+#include "tests/Slots.h"
+#include "vx/Exceptions.h"
+#include "vx/Result.h"
+#include "vx/io/IoException.h"
+#include "vx/text/charset/CharsetException.h"
+#include "vx/util/RWCharBuffer.h"
+#include "vx/vorb/Boundary.h"
+
+#include <gtest/gtest.h>
+
+#include <concepts>
+#include <cstdint>
+#include <functional>
+#include <new>
+#include <type_traits>
+
+using namespace vx;
+
+namespace {
+
+TEST(Exception, KeepsTheOrderOfVirtualOperations)
+{
+    expectSlots("Exception", 11, {slotOf(&Exception::getDescription), slotOf(&Exception::getResult)});
+}
+
+/// What holds for every class of the tree: its base, how it is made, what it says.
+template <std::derived_from<Exception> T, std::derived_from<Exception> Base, bool hasText>
+void checkClass(const char* name, std::int32_t result = RESULT_FAIL)
+{
+    static_assert(std::derived_from<T, Base>);
+    static_assert(
+        std::is_default_constructible_v<T> && std::is_nothrow_copy_constructible_v<T> && std::destructible<T>);
+    static_assert(std::constructible_from<T, String> == hasText);
+
+    EXPECT_TRUE(T().getDescription().isEmpty()) << name;
+    EXPECT_EQ(T().getResult(), result) << name;
+    EXPECT_THROW(throw T(), Base) << name;
+    if constexpr (hasText) {
+        const String words(u"words");
+        try {
+            throw T(words);
+        } catch (const Exception& failure) {
+            EXPECT_EQ(failure.getDescription(), words) << name;
+            EXPECT_EQ(failure.getResult(), result) << name;
+        }
+        T target(u"other words");
+        target = T(words);
+        EXPECT_EQ(target.getDescription(), words) << name;
+    }
+}
+
+#define CHECK_CLASS(T, Base, hasText, ...) checkClass<T, Base, hasText>(#T __VA_OPT__(, ) __VA_ARGS__)
+
+TEST(Exception, HasTheClassesOfTheTree)
+{
+    using namespace vx::io;
+    using namespace vx::text::charset;
+    CHECK_CLASS(Exception, Exception, true);
+    CHECK_CLASS(ResultException, Exception, false);
+    CHECK_CLASS(CastFailedException, Exception, true);
+    CHECK_CLASS(ClassNotFoundException, Exception, true);
+    CHECK_CLASS(CloneNotSupportedException, Exception, true);
+    CHECK_CLASS(IllegalAccessException, Exception, true);
+    CHECK_CLASS(IllegalStateException, Exception, true);
+    CHECK_CLASS(InvalidPathException, Exception, true);
+    CHECK_CLASS(OutOfMemoryException, Exception, false, RESULT_OUT_OF_MEMORY);
+    CHECK_CLASS(RangeErrorException, Exception, true);
+    CHECK_CLASS(ReadOnlyException, Exception, true);
+    CHECK_CLASS(UnsupportedOperationException, Exception, true);
+    CHECK_CLASS(ExternalException, Exception, false);
+    CHECK_CLASS(AccessViolationException, ExternalException, false);
+    CHECK_CLASS(ArrayBoundsException, ExternalException, false);
+    CHECK_CLASS(IllegalInstructionException, ExternalException, false);
+    CHECK_CLASS(StackOverflowException, ExternalException, false);
+    CHECK_CLASS(UserAbortException, ExternalException, false);
+    CHECK_CLASS(IntErrorException, ExternalException, false);
+    CHECK_CLASS(IntDivByZeroException, IntErrorException, false);
+    CHECK_CLASS(IntOverflowException, IntErrorException, false);
+    CHECK_CLASS(MathErrorException, ExternalException, false);
+    CHECK_CLASS(MathDivByZeroException, MathErrorException, false);
+    CHECK_CLASS(MathInvalidOpException, MathErrorException, false);
+    CHECK_CLASS(MathOverflowException, MathErrorException, false);
+    CHECK_CLASS(MathUnderflowException, MathErrorException, false);
+    CHECK_CLASS(IoException, Exception, true);
+    CHECK_CLASS(TimeoutException, IoException, true);
+    CHECK_CLASS(UnexpectedEOFException, Exception, true);
+    CHECK_CLASS(InvalidCharacterException, Exception, true, RESULT_INVALID_CHARACTER);
+    CHECK_CLASS(UnmappableCharacterException, Exception, true, RESULT_UNMAPPABLE_CHARACTER);
+    CHECK_CLASS(UnknownEncodingException, Exception, true, RESULT_UNKNOWN_ENCODING);
+    static_assert(!std::derived_from<UnexpectedEOFException, IoException>);
+}
+
+TEST(ResultException, CarriesItsCodeAndItsText)
+{
+    EXPECT_EQ(ResultException(0).getResult(), 0) << "a success as well";
+    const ResultException full(RESULT_END_OF_FILE, u"words");
+    ResultException copy(full);
+    EXPECT_EQ(copy.getResult(), RESULT_END_OF_FILE);
+    EXPECT_EQ(copy.getDescription(), u"words");
+    copy = ResultException(RESULT_FALSE);
+    EXPECT_EQ(copy.getResult(), RESULT_FALSE);
+    EXPECT_TRUE(copy.getDescription().isEmpty());
+    copy = full;
+    copy = static_cast<const ResultException&>(copy);
+    EXPECT_EQ(copy.getDescription(), u"words") << "assigned to itself";
+    static_assert(!std::convertible_to<std::int32_t, ResultException>);
+}
+
+TEST(ExternalException, HandsItsRecordOn)
+{
+    int record = 0;
+    const ExternalException first(&record);
+    const ExternalException copy(first);
+    ExternalException assigned;
+    EXPECT_EQ(assigned.getRecord(), nullptr);
+    assigned = copy;
+    EXPECT_EQ(assigned.getRecord(), &record);
+}
+
+TEST(OutOfMemoryException, IsCaughtAsBothItsBases)
+{
+    EXPECT_THROW(throw OutOfMemoryException(), std::bad_alloc);
+    EXPECT_STREQ(OutOfMemoryException().what(), "bad allocation");
+    try {
+        throwBadAllocation();
+    } catch (const std::bad_alloc& failure) {
+        EXPECT_STREQ(failure.what(), "bad allocation");
+    }
+}
+
+TEST(ComponentBoundary, GivesTheCodeThatBelongsToWhatWasThrown)
+{
+    struct {
+        const char* thrown;
+        std::function<std::int32_t()> work;
+        std::int32_t code;
+    } cases[] = {
+        {"nothing", [] { return 5; }, RESULT_OK},
+        {"a code of its own", []() -> int { throw ResultException(RESULT_INVALID_ARGUMENT); }, RESULT_INVALID_ARGUMENT},
+        {"no code of its own", []() -> int { throw RangeErrorException(); }, RESULT_FAIL},
+        {"a code that is a success", []() -> int { throw ResultException(RESULT_OK); }, RESULT_OK},
+        {"both kinds at once", []() -> int { throw OutOfMemoryException(); }, RESULT_OUT_OF_MEMORY},
+        {"exhaustion", []() -> int { throw std::bad_alloc(); }, RESULT_OUT_OF_MEMORY},
+        {"exhaustion of the runtime's allocator", []() -> int { throwBadAllocation(); }, RESULT_OUT_OF_MEMORY},
+        {"not one of ours", []() -> int { throw 7; }, RESULT_FAIL},
+        {"another component's failure",
+            []() -> int {
+                throwIfFailed(vorb::atBoundary([] { throw ResultException(RESULT_END_OF_FILE); }));
+                return 0;
+            },
+            RESULT_END_OF_FILE},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(vorb::atBoundary(row.work), row.code) << row.thrown;
+        std::int32_t out = 7;
+        EXPECT_EQ(vorb::atBoundary(&out, row.work), row.code) << row.thrown;
+        EXPECT_EQ(out, &row == cases ? 5 : 0) << row.thrown;
+    }
+    EXPECT_EQ(vorb::atBoundary(static_cast<int*>(nullptr), [] { return 5; }), RESULT_POINTER);
+    EXPECT_EQ(vorb::resultAtBoundary([] { return RESULT_FALSE; }), RESULT_FALSE);
+    EXPECT_EQ(vorb::resultAtBoundary([]() -> std::int32_t { throw std::bad_alloc(); }), RESULT_OUT_OF_MEMORY);
+    for (const std::int32_t success : {RESULT_OK, RESULT_FALSE})
+        EXPECT_NO_THROW(throwIfFailed(success));
+}
+
+TEST(ComponentBoundary, HandsABuffersFailureThrough)
+{
+    class Fails : public util::RWCharBuffer {
+    public:
+        char16_t* getWriteLock(int) override { throwBadAllocation(); }
+        const char16_t* getReadLock() const override { throw RangeErrorException(); }
+    };
+    const Reference<Fails> buffer(new Fails);
+    IVXCharBuffer& view = *buffer;
+    char16_t unit = 0;
+    char16_t* target = &unit;
+    const char16_t* source = &unit;
+    EXPECT_EQ(view.GetWriteLock(1, &target), RESULT_OUT_OF_MEMORY);
+    EXPECT_EQ(target, nullptr);
+    EXPECT_EQ(view.GetReadLock(&source), RESULT_FAIL);
+    EXPECT_EQ(source, nullptr);
+}
+
+} // namespace

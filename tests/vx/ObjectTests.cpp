@@ -1,0 +1,456 @@
+#include "tests/Slots.h"
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/util/RWByteBuffer.h"
+#include "vx/util/RWCharBuffer.h"
+#include "vx/vorb/ClassFactory.h"
+#include "vx/vorb/Module.h"
+
+#include <gtest/gtest.h>
+
+#include <concepts>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+using namespace vx;
+
+namespace {
+
+constexpr _GUID UNKNOWN_INTERFACE {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+
+static_assert(!std::constructible_from<Reference<Object>, IVXUnknown*>, "a class has no identifier to ask for");
+static_assert(!std::convertible_to<Reference<Object>, bool>);
+
+/// Counts its life in `events`, and lets a test see and play with its count.
+class Watched : public Object {
+public:
+    explicit Watched(std::string* events = nullptr)
+        : m_events(events)
+    {
+    }
+    ~Watched() noexcept(false) override { tell("~"); }
+
+    std::uint32_t AddRef() const override
+    {
+        tell("+");
+        return Object::AddRef();
+    }
+    std::uint32_t Release() const override
+    {
+        tell("-");
+        return Object::Release();
+    }
+    std::uint32_t hashCode() const override { return hash; }
+
+    using ComObject::InternalAddRef;
+    using ComObject::InternalRelease;
+
+    std::uint32_t hash = 0;
+    Reference<Object> keeps;
+
+private:
+    void tell(const char* event) const
+    {
+        if (m_events != nullptr)
+            *m_events += event;
+    }
+
+    std::string* m_events;
+};
+
+/// A component that knows nothing of `Object`.
+class Foreign : public IVXUnknown {
+public:
+    virtual ~Foreign() = default;
+
+    std::int32_t QueryInterface(const _GUID&, void** out) override
+    {
+        *out = this; // of no use after a failure
+        return RESULT_NO_INTERFACE;
+    }
+    std::uint32_t AddRef() const override { return 1; }
+    std::uint32_t Release() const override { return 1; }
+};
+
+TEST(Object, KeepsTheOrderOfVirtualOperations)
+{
+    expectSlots("IVXUnknown", 0,
+        {slotOf(&IVXUnknown::QueryInterface), slotOf(&IVXUnknown::AddRef), slotOf(&IVXUnknown::Release)});
+    expectSlots("IVXComparable", 3, {slotOf(&IVXComparable::CompareTo), slotOf(&IVXComparable::HashCode)});
+    expectSlots(
+        "ComObject", 0, {slotOf(&ComObject::QueryInterface), slotOf(&ComObject::AddRef), slotOf(&ComObject::Release)});
+    expectSlots("Object", 5,
+        {slotOf(&Object::clone), slotOf(&Object::compareTo), slotOf(&Object::equals), slotOf(&Object::getClass),
+            slotOf(&Object::hashCode), slotOf(&Object::toString)});
+}
+
+TEST(Object, ServesAComponentThatKnowsItsViewsByPlaceOnly)
+{
+    const Reference<Object> object(new Object);
+    void* view = nullptr;
+    ASSERT_EQ(callSlot<std::int32_t>(object.get(), 0, &IVXComparable::IID, &view), RESULT_OK);
+    EXPECT_NE(view, static_cast<void*>(object.get()));
+    std::uint32_t hash = 0;
+    EXPECT_EQ(callSlot<std::int32_t>(view, 4, &hash), RESULT_OK);
+    EXPECT_EQ(hash, object->hashCode());
+    int order = 7;
+    EXPECT_EQ(callSlot<std::int32_t>(view, 3, static_cast<const IVXUnknown*>(object->GetUnknown()), &order), RESULT_OK);
+    EXPECT_EQ(order, 0);
+    EXPECT_EQ(callSlot<std::uint32_t>(view, 1), 3U);
+    EXPECT_EQ(callSlot<std::uint32_t>(view, 2), 2U);
+    EXPECT_EQ(callSlot<std::uint32_t>(view, 2), 1U);
+}
+
+TEST(Object, CountsFromZeroThroughEveryView)
+{
+    auto* text = new String(u"abc");
+    EXPECT_EQ(text->GetRefCount(), 0U);
+    Reference<String> reference(text);
+    EXPECT_EQ(text->GetRefCount(), 1U);
+    IVXCharBuffer* view = nullptr;
+    ASSERT_EQ(text->QueryInterface(IVXCharBuffer::IID, reinterpret_cast<void**>(&view)), RESULT_OK);
+    EXPECT_EQ(text->GetRefCount(), 2U);
+    EXPECT_EQ(view->GetLength(), 3);
+    EXPECT_EQ(view->Release(), 1U);
+}
+
+TEST(Object, AnswersForItsInterfacesAndWithOneIdentity)
+{
+    struct {
+        const char* name;
+        Reference<ComObject> object;
+        const _GUID& iid;
+        bool isComparable;
+    } cases[] = {
+        {"Object", new Object, IVXComparable::IID, true},
+        {"String", new String, IVXCharBuffer::IID, true},
+        {"RWCharBuffer", new util::RWCharBuffer, IVXCharBuffer::IID, true},
+        {"RWByteBuffer", new util::RWByteBuffer, IVXByteBuffer::IID, true},
+        {"ClassFactory", new vorb::ClassFactory, IVXClassFactory::IID, false},
+    };
+    for (const auto& row : cases) {
+        Reference<IVXUnknown> view;
+        EXPECT_EQ(row.object->QueryInterface(row.iid, view.outVoid()), RESULT_OK) << row.name;
+        EXPECT_EQ(row.object->GetRefCount(), 2U) << row.name;
+        Reference<IVXUnknown> root;
+        EXPECT_EQ(view->QueryInterface(IVXUnknown::IID, root.outVoid()), RESULT_OK) << row.name;
+        EXPECT_EQ(root, row.object->GetUnknown()) << row.name;
+
+        Reference<IVXComparable> comparable(view.get());
+        EXPECT_EQ(comparable != nullptr, row.isComparable) << row.name;
+
+        void* none = &none;
+        EXPECT_EQ(view->QueryInterface(UNKNOWN_INTERFACE, &none), RESULT_NO_INTERFACE) << row.name;
+        EXPECT_EQ(none, nullptr) << row.name;
+        EXPECT_EQ(view->QueryInterface(row.iid, nullptr), RESULT_POINTER) << row.name;
+        EXPECT_EQ(row.object->GetRefCount(), comparable != nullptr ? 4U : 3U) << row.name;
+    }
+}
+
+TEST(QueryInterfaceMap, WalksItsRowsInOrder)
+{
+    using vorb::InterfaceData;
+    // The function of a row gives its own data as the result; 0 stands for an answer.
+    const auto give = [](ComObject* object, const _GUID&, void** out, std::uintptr_t data) {
+        *out = object;
+        return static_cast<std::int32_t>(data);
+    };
+    constexpr auto refused = static_cast<std::uintptr_t>(static_cast<std::uint32_t>(RESULT_INVALID_ARGUMENT));
+    const _GUID* const asked = &UNKNOWN_INTERFACE;
+    const _GUID* const other = &IVXComparable::IID;
+    const InterfaceData end = vorb::endRow();
+    const InterfaceData view {asked, vorb::displacementMarker(), 0};
+    struct {
+        const char* name;
+        InterfaceData map[4];
+        std::int32_t result;
+        bool isFilled;
+        std::uint32_t count;
+    } cases[] = {
+        {"no rows", {end, view, end}, RESULT_NO_INTERFACE, false, 1},
+        {"no row matches", {{other, give, 0}, end}, RESULT_NO_INTERFACE, false, 1},
+        {"a view is counted", {{other, give, refused}, view, end}, RESULT_OK, true, 2},
+        {"a function counts itself", {{asked, give, 0}, view, end}, RESULT_OK, true, 1},
+        {"a named row ends the walk when it fails", {{asked, give, refused}, view, end}, RESULT_INVALID_ARGUMENT, true,
+            1},
+        {"a chain does not", {{nullptr, give, refused}, view, end}, RESULT_OK, true, 2},
+        {"nor does a success with a meaning", {{asked, give, 1}, view, end}, RESULT_OK, true, 2},
+        {"a chain that fails last", {{nullptr, give, refused}, end}, RESULT_NO_INTERFACE, false, 1},
+        {"a chain answers before a later row", {{nullptr, give, 0}, {asked, give, refused}, end}, RESULT_OK, true, 1},
+    };
+    for (const auto& row : cases) {
+        const Reference<Object> object(new Object);
+        void* out = nullptr;
+        EXPECT_EQ(vorb::QueryInterfaceMap(row.map, object.get(), UNKNOWN_INTERFACE, &out), row.result) << row.name;
+        EXPECT_EQ(out != nullptr, row.isFilled) << row.name;
+        EXPECT_EQ(object->GetRefCount(), row.count) << row.name;
+        if (row.count == 2)
+            object->Release();
+
+        // The root is answered before any row, a missing place refused before that.
+        EXPECT_EQ(vorb::QueryInterfaceMap(row.map, object.get(), IVXUnknown::IID, nullptr), RESULT_POINTER);
+        const Reference<IVXUnknown> root(object->GetUnknown());
+        EXPECT_EQ(vorb::QueryInterfaceMap(row.map, object.get(), IVXUnknown::IID, &out), RESULT_OK) << row.name;
+        EXPECT_EQ(out, root.get()) << row.name;
+        root->Release();
+    }
+}
+
+TEST(ComObject, HoldsOneLockOfItsModuleWhileItIsShared)
+{
+    vorb::Module module(nullptr);
+    class Member : public Watched {
+    public:
+        explicit Member(vorb::Module& owner)
+            : m_owner(owner)
+        {
+            SetComModule(&owner);
+        }
+        ~Member() noexcept override { EXPECT_EQ(m_owner.GetRefCount(), 0U) << "released before the destructor runs"; }
+
+    private:
+        vorb::Module& m_owner;
+    };
+    auto* member = new Member(module);
+    EXPECT_EQ(module.GetRefCount(), 0U);
+    for (const std::uint32_t count : {1U, 2U, 3U}) {
+        EXPECT_EQ(member->AddRef(), count);
+        EXPECT_EQ(module.GetRefCount(), 1U) << count;
+    }
+    EXPECT_EQ(member->Release(), 2U);
+    EXPECT_EQ(member->InternalRelease(), 1U);
+    EXPECT_EQ(member->InternalRelease(), 0U) << "and neither the object nor the module's lock is gone";
+    EXPECT_EQ(module.GetRefCount(), 1U);
+    EXPECT_EQ(member->AddRef(), 1U);
+    EXPECT_EQ(module.GetRefCount(), 2U) << "the way from 0 to 1 takes the lock again";
+    module.Release();
+    EXPECT_EQ(member->InternalAddRef(), 2U);
+    EXPECT_EQ(member->InternalRelease(), 1U);
+    EXPECT_EQ(member->Release(), 0U);
+    EXPECT_EQ(module.GetRefCount(), 0U);
+}
+
+TEST(ComObject, IsDestroyedOnceThoughItsDestructorHandsItOut)
+{
+    class HandsOut : public Watched {
+    public:
+        using Watched::Watched;
+        ~HandsOut() noexcept override { const Reference<Object> moment(this); }
+    };
+    std::string events;
+    Reference<Object> reference(new HandsOut(&events));
+    events.clear();
+    reference = nullptr;
+    EXPECT_EQ(events, "-+-~");
+}
+
+TEST(ComObject, IsCopiedWithItsCountAndModuleWhereAnObjectStartsFresh)
+{
+    vorb::Module module(nullptr);
+    ComObject first;
+    first.SetComModule(&module);
+    first.AddRef();
+    const ComObject copy(first);
+    EXPECT_EQ(copy.GetRefCount(), 1U);
+    EXPECT_EQ(copy.GetComModule(), &module);
+    ComObject assigned;
+    assigned = first;
+    EXPECT_EQ(assigned.GetRefCount(), 1U);
+    EXPECT_EQ(assigned.GetComModule(), &module);
+
+    Object object;
+    object.SetComModule(&module);
+    object.AddRef();
+    const Object objectCopy(object);
+    EXPECT_EQ(objectCopy.GetRefCount(), 0U);
+    EXPECT_EQ(objectCopy.GetComModule(), nullptr);
+    Object objectAssigned;
+    objectAssigned = object;
+    EXPECT_EQ(objectAssigned.GetRefCount(), 0U);
+    object = objectAssigned;
+    EXPECT_EQ(object.GetRefCount(), 1U);
+    EXPECT_EQ(object.GetComModule(), &module);
+}
+
+TEST(ComObject, OffersWhatAClassMayHide)
+{
+    Object object;
+    EXPECT_EQ(object.SetOuterUnknown(object.GetUnknown()), RESULT_NO_AGGREGATION);
+    for (const auto text : {ComObject::GetComDescription(), ComObject::GetComObjectVersion(), ComObject::GetComProgID(),
+             ComObject::GetComVersionIndependentProgID()})
+        EXPECT_EQ(text, nullptr);
+    void* view = nullptr;
+    EXPECT_EQ(object.NonDelegatingQueryInterface(IVXComparable::IID, &view), RESULT_OK) << "the object's own query";
+    const vorb::InterfaceData* map = ComObject::GetComIntfMap();
+    EXPECT_EQ(*map[0].iid, IVXUnknown::IID);
+    EXPECT_EQ(map[0].data, 0U);
+    EXPECT_EQ(map[1].func, nullptr);
+}
+
+TEST(ComObject, ThrowsWhereThereIsNoMemoryForIt)
+{
+    EXPECT_THROW(ComObject::operator new(SIZE_MAX / 4), OutOfMemoryException);
+}
+
+TEST(Object, ClonesItsExactTypeOnly)
+{
+    const Object object;
+    const Reference<Object> copy(object.clone());
+    EXPECT_EQ(copy->GetRefCount(), 1U);
+    EXPECT_FALSE(copy->equals(object));
+    try {
+        Watched().clone();
+        FAIL();
+    } catch (const CloneNotSupportedException& failure) {
+        EXPECT_TRUE(failure.getDescription().isEmpty());
+    }
+}
+
+TEST(Object, ComparesByAddressAndForeignComponentsFromTheirSide)
+{
+    Object objects[3];
+    EXPECT_EQ(objects[1].compareTo(objects[0]), 1);
+    EXPECT_EQ(objects[1].compareTo(objects[2]), -1);
+    EXPECT_EQ(objects[1].compareTo(objects[1]), 0);
+    EXPECT_TRUE(objects[1].equals(objects[1]));
+    EXPECT_FALSE(objects[1].equals(objects[0]));
+    EXPECT_EQ(objects[1].hashCode(), static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&objects[1])));
+
+    struct {
+        Foreign below;
+        Object object;
+        Foreign above;
+    } inOrder;
+    IVXComparable* view = &inOrder.object;
+    struct {
+        const char* name;
+        const IVXUnknown* other;
+        int order;
+    } cases[] = {
+        {"nothing", nullptr, -1},
+        {"a foreign component below", &inOrder.below, -1},
+        {"a foreign component above", &inOrder.above, 1},
+        {"itself", inOrder.object.GetUnknown(), 0},
+        {"itself by another view", view, 0},
+    };
+    for (const auto& row : cases) {
+        int order = 7;
+        EXPECT_EQ(view->CompareTo(row.other, &order), RESULT_OK) << row.name;
+        EXPECT_EQ(order, row.order) << row.name;
+    }
+}
+
+TEST(Object, TurnsWhatItsOperationsThrowIntoResults)
+{
+    class Fails : public Object {
+    public:
+        int compareTo(const Object&) const override { throw ResultException(RESULT_END_OF_FILE); }
+        std::uint32_t hashCode() const override { throw 7; }
+    };
+    Fails object;
+    IVXComparable& view = object;
+    int order = 7;
+    EXPECT_EQ(view.CompareTo(object.GetUnknown(), &order), RESULT_END_OF_FILE);
+    EXPECT_EQ(order, 0);
+    std::uint32_t hash = 7;
+    EXPECT_EQ(view.HashCode(&hash), RESULT_FAIL);
+    EXPECT_EQ(hash, 0U);
+    EXPECT_EQ(view.HashCode(nullptr), RESULT_POINTER);
+}
+
+TEST(Object, PrintsItsClassAndItsHash)
+{
+    const Object object;
+    char hash[16];
+    std::snprintf(hash, sizeof hash, "%x", static_cast<unsigned>(object.hashCode()));
+    EXPECT_EQ(object.toString(), String(u"CVXObject@") + String(hash));
+
+    struct {
+        std::uint32_t hash;
+        const char16_t* text;
+    } cases[] = {
+        {0, u"Object@0"},
+        {0xABCDEF, u"Object@abcdef"},
+        {0x80000000, u"Object@80000000"},
+        {0xFFFFFFFF, u"Object@ffffffff"},
+    };
+    for (const auto& row : cases) {
+        Watched unregistered;
+        unregistered.hash = row.hash;
+        EXPECT_EQ(unregistered.toString(), row.text);
+        EXPECT_THROW(unregistered.getClass(), ClassNotFoundException);
+    }
+}
+
+TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
+{
+    std::string events;
+    Reference<Watched> reference(new Watched(&events));
+    events.clear();
+    Watched* const only = reference.get();
+    reference = only;
+    EXPECT_EQ(events, "+-") << "alive though nothing else holds it";
+    reference = static_cast<const Reference<Watched>&>(reference);
+    EXPECT_EQ(events, "+-+-");
+    reference = std::move(reference);
+    EXPECT_EQ(reference, only);
+
+    auto* kept = new Watched(&events);
+    reference->keeps = kept;
+    events.clear();
+    reference = static_cast<Watched*>(reference->keeps.get());
+    EXPECT_EQ(events, "+-~-") << "what the old object alone kept alive stays";
+    EXPECT_EQ(kept->GetRefCount(), 1U);
+}
+
+TEST(Reference, MovesCountsWithoutATouch)
+{
+    std::string events;
+    Reference<Watched> first(new Watched(&events));
+    Reference<Watched> second(std::move(first));
+    EXPECT_EQ(first, nullptr);
+    first = std::move(second);
+    swap(first, second);
+    Watched* const raw = second.detach();
+    second.attach(raw);
+    EXPECT_EQ(events, "+");
+    const Reference<Object> base(second);
+    EXPECT_EQ(second->GetRefCount(), 2U);
+    *second.out() = nullptr;
+    EXPECT_EQ(base->GetRefCount(), 1U) << "the place for a new pointer is empty";
+}
+
+TEST(Reference, IsNullWhereTheObjectLacksTheInterface)
+{
+    EXPECT_EQ(Reference<IVXComparable>(static_cast<IVXUnknown*>(nullptr)), nullptr);
+    Foreign foreign;
+    EXPECT_EQ(Reference<IVXComparable>(static_cast<IVXUnknown*>(&foreign)), nullptr);
+
+    const Reference<Object> object(new Object);
+    EXPECT_EQ(Reference<IVXCharBuffer>(object->GetUnknown()), nullptr);
+    {
+        const Reference<IVXComparable> view(object->GetUnknown());
+        EXPECT_NE(view, nullptr);
+        EXPECT_EQ(object->GetRefCount(), 2U);
+    }
+    EXPECT_EQ(object->GetRefCount(), 1U);
+}
+
+TEST(Reference, DropsTheFailureOfAnObjectThatCannotGo)
+{
+    class Stuck : public Watched {
+    public:
+        using Watched::Watched;
+        ~Stuck() noexcept(false) override { throw IllegalStateException(); }
+    };
+    std::string events;
+    EXPECT_NO_THROW(Reference<Object>(new Stuck(&events)));
+    EXPECT_EQ(events, "+-~");
+}
+
+} // namespace

@@ -1,0 +1,278 @@
+#include "tests/Slots.h"
+#include "vx/Exceptions.h"
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/vorb/ClassFactory.h"
+#include "vx/vorb/Module.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+using namespace vx;
+using namespace vx::vorb;
+
+namespace {
+
+constexpr _GUID FIRST_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+constexpr _GUID SECOND_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 12}};
+constexpr _GUID UNKNOWN_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 13}};
+
+std::atomic<int> g_factoriesMade {0};
+std::string g_events;
+
+/// Makes an `Object` of the module. It is counted twice on the way: once here, and once for the caller.
+std::int32_t createObject(Module* module, IVXUnknown*, const _GUID& iid, void** out)
+{
+    auto* object = new Object;
+    object->SetComModule(module);
+    const Reference<Object> made(object);
+    return object->QueryInterface(iid, out);
+}
+
+/// Makes a factory that does not keep its module's library: the module comes behind the first count.
+std::int32_t createFactory(Module* module, InstanceCreator creator, const _GUID& iid, void** out)
+{
+    ++g_factoriesMade;
+    const Reference<ClassFactory> factory(new ClassFactory);
+    const std::int32_t result = factory->QueryInterface(iid, out);
+    factory->SetComModule(module);
+    factory->SetCreateInstanceQIFunc(creator);
+    return result;
+}
+
+std::int32_t failToCreate(Module*, InstanceCreator, const _GUID&, void**)
+{
+    return RESULT_END_OF_FILE;
+}
+
+std::int32_t throwWhileCreating(Module*, InstanceCreator, const _GUID&, void**)
+{
+    throw OutOfMemoryException();
+}
+
+/// A module over a table of its own. The last row only ends it.
+struct Library {
+    explicit Library(FactoryCreator firstCreator = createFactory)
+        : table {row(FIRST_CLASS, firstCreator), row(SECOND_CLASS, createFactory), {}}
+        , module(table)
+    {
+        g_factoriesMade = 0;
+    }
+
+    static ClassData row(const _GUID& classId, FactoryCreator creator)
+    {
+        return {&classId, createObject, creator, ComObject::GetComProgID, ComObject::GetComDescription,
+            ComObject::GetComVersionIndependentProgID, nullptr};
+    }
+
+    std::int32_t get(const _GUID& classId, Reference<IVXClassFactory>& factory)
+    {
+        return module.GetClassObject(classId, IVXClassFactory::IID, factory.outVoid());
+    }
+
+    ClassData table[3];
+    Module module;
+};
+
+TEST(Module, KeepsTheOrderOfVirtualOperations)
+{
+    struct Opened : Module {
+        static void check()
+        {
+            expectSlots("Module", 2,
+                {slotOf(&Opened::CanUnloadNow), slotOf(&Opened::GetClassObject), slotOf(&Opened::RegisterServer),
+                    slotOf(&Opened::UnregisterServer), slotOf(&Opened::RegisterClassEntry),
+                    slotOf(&Opened::UnregisterClassEntry), slotOf(&Opened::TryGetClassObject)});
+        }
+    };
+    Opened::check();
+    expectSlots("IVXClassFactory", 3, {slotOf(&IVXClassFactory::CreateInstance), slotOf(&IVXClassFactory::LockServer)});
+}
+
+TEST(Module, ServesAClientThatKnowsItsFactoryByPlaceOnly)
+{
+    Library library;
+    Reference<IVXClassFactory> factory;
+    ASSERT_EQ(library.get(FIRST_CLASS, factory), RESULT_OK);
+    void* object = nullptr;
+    EXPECT_EQ(callSlot<std::int32_t>(factory.get(), 3, static_cast<IVXUnknown*>(nullptr), &IVXComparable::IID, &object),
+        RESULT_OK);
+    EXPECT_EQ(callSlot<std::int32_t>(factory.get(), 4, std::int16_t {1}), RESULT_OK);
+    EXPECT_EQ(library.module.GetRefCount(), 2U);
+    EXPECT_EQ(callSlot<std::uint32_t>(object, 2), 0U);
+    EXPECT_EQ(library.module.GetRefCount(), 1U);
+}
+
+TEST(Module, MakesOneFactoryForAClassAndKeepsIt)
+{
+    Library library;
+    Reference<IVXClassFactory> first;
+    Reference<IVXClassFactory> again;
+    Reference<IVXClassFactory> second;
+    EXPECT_EQ(library.get(FIRST_CLASS, first), RESULT_OK);
+    EXPECT_EQ(library.get(FIRST_CLASS, again), RESULT_OK);
+    EXPECT_EQ(g_factoriesMade, 1);
+    EXPECT_EQ(first, again);
+    EXPECT_EQ(library.get(SECOND_CLASS, second), RESULT_OK);
+    EXPECT_NE(second, first);
+
+    void* none = &none;
+    EXPECT_EQ(library.module.GetClassObject(SECOND_CLASS, IVXComparable::IID, &none), RESULT_NO_INTERFACE);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_NE(library.table[1].factory, nullptr) << "the factory stays";
+    EXPECT_EQ(g_factoriesMade, 2);
+    EXPECT_EQ(library.module.CanUnloadNow(), RESULT_OK) << "these factories keep no library";
+}
+
+TEST(Module, MakesOneFactoryThoughThreadsAskAtOnce)
+{
+    Library library;
+    std::thread threads[4];
+    for (std::thread& thread : threads)
+        thread = std::thread([&] {
+            Reference<IVXClassFactory> factory;
+            EXPECT_EQ(library.get(FIRST_CLASS, factory), RESULT_OK);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(g_factoriesMade, 1);
+}
+
+TEST(Module, SaysWhyThereIsNoFactory)
+{
+    Library library;
+    Library failing(failToCreate);
+    Library throwing(throwWhileCreating);
+    Module noTable(nullptr);
+    ClassData emptyTable {};
+    Module noRows(&emptyTable);
+    struct {
+        const char* name;
+        Module& module;
+        const _GUID& classId;
+        std::int32_t result;
+    } cases[] = {
+        {"unknown class", library.module, UNKNOWN_CLASS, RESULT_CLASS_NOT_AVAILABLE},
+        {"no table", noTable, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
+        {"no rows", noRows, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
+        // The rows behind the one that failed are asked as well, and the last answer stands.
+        {"a creator that fails", failing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
+        {"a creator that throws", throwing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
+        {"the class behind it", failing.module, SECOND_CLASS, RESULT_OK},
+    };
+    for (const auto& row : cases) {
+        Reference<IVXUnknown> factory;
+        void* out = &out;
+        EXPECT_EQ(row.module.GetClassObject(row.classId, IVXUnknown::IID, &out), row.result) << row.name;
+        EXPECT_EQ(out != nullptr, row.result == RESULT_OK) << row.name;
+        factory.attach(static_cast<IVXUnknown*>(out));
+        EXPECT_EQ(row.module.GetClassObject(row.classId, IVXUnknown::IID, nullptr), RESULT_POINTER) << row.name;
+    }
+
+    for (const FactoryCreator creator : {failToCreate, throwWhileCreating}) {
+        ClassData table[] = {Library::row(FIRST_CLASS, creator), {}};
+        Module module(table);
+        void* out = nullptr;
+        EXPECT_EQ(module.GetClassObject(FIRST_CLASS, IVXUnknown::IID, &out),
+            creator == failToCreate ? RESULT_END_OF_FILE : RESULT_OUT_OF_MEMORY);
+        table[0].factoryCreator = createFactory;
+        EXPECT_EQ(module.GetClassObject(FIRST_CLASS, IVXUnknown::IID, &out), RESULT_OK) << "the next try may do better";
+        static_cast<IVXUnknown*>(out)->Release();
+    }
+}
+
+TEST(Module, StaysWhileAnObjectOrALockKeepsIt)
+{
+    Library library;
+    Module& module = library.module;
+    Reference<IVXClassFactory> factory;
+    ASSERT_EQ(library.get(FIRST_CLASS, factory), RESULT_OK);
+    EXPECT_EQ(module.CanUnloadNow(), RESULT_OK);
+
+    Reference<IVXComparable> object;
+    EXPECT_EQ(factory->CreateInstance(nullptr, IVXComparable::IID, object.outVoid()), RESULT_OK);
+    EXPECT_EQ(module.CanUnloadNow(), RESULT_FALSE);
+    EXPECT_EQ(module.GetRefCount(), 1U);
+    object = nullptr;
+    EXPECT_EQ(module.CanUnloadNow(), RESULT_OK);
+
+    EXPECT_EQ(factory->LockServer(1), RESULT_OK);
+    EXPECT_EQ(factory->LockServer(-1), RESULT_OK);
+    EXPECT_EQ(factory->LockServer(0), RESULT_OK);
+    EXPECT_EQ(module.GetRefCount(), 1U);
+    EXPECT_EQ(module.AddRef(), 2U);
+    EXPECT_EQ(module.Release(), 1U);
+    EXPECT_EQ(module.CanUnloadNow(), RESULT_FALSE);
+}
+
+TEST(Module, ReleasesItsFactoriesAtItsEnd)
+{
+    class TellsItsEnd : public ClassFactory {
+    public:
+        ~TellsItsEnd() noexcept(false) override { g_events += "factory gone "; }
+    };
+    const FactoryCreator creator = [](Module*, InstanceCreator, const _GUID& iid, void** out) {
+        return (new TellsItsEnd)->QueryInterface(iid, out);
+    };
+    g_events.clear();
+    ClassData table[] = {Library::row(FIRST_CLASS, creator), Library::row(SECOND_CLASS, creator), {}};
+    {
+        DllModule module(table);
+        for (const _GUID& classId : {FIRST_CLASS, SECOND_CLASS}) {
+            Reference<IVXUnknown> factory;
+            EXPECT_EQ(module.GetClassObject(classId, IVXUnknown::IID, factory.outVoid()), RESULT_OK);
+        }
+        EXPECT_EQ(g_events, "");
+    }
+    EXPECT_EQ(g_events, "factory gone factory gone ");
+    EXPECT_EQ(table[0].factory, nullptr) << "another module may use the table";
+}
+
+TEST(ClassFactory, ChecksWhatItIsAsked)
+{
+    Module module(nullptr);
+    const Reference<ClassFactory> factory(new ClassFactory);
+    IVXClassFactory& view = *factory;
+    Object outer;
+    void* out = &out;
+    EXPECT_EQ(view.CreateInstance(nullptr, IVXUnknown::IID, &out), RESULT_FAIL) << "made by nobody";
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(view.LockServer(1), RESULT_FAIL);
+
+    factory->SetComModule(&module);
+    factory->SetCreateInstanceQIFunc([](Module* given, IVXUnknown* aggregating, const _GUID& iid, void** place) {
+        EXPECT_TRUE(iid == IVXUnknown::IID);
+        *place = aggregating;
+        return given->GetRefCount() == 0 ? RESULT_FALSE : RESULT_FAIL;
+    });
+    out = &out;
+    EXPECT_EQ(view.CreateInstance(outer.GetUnknown(), IVXComparable::IID, &out), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(view.CreateInstance(outer.GetUnknown(), IVXComparable::IID, nullptr), RESULT_POINTER);
+    EXPECT_EQ(view.CreateInstance(outer.GetUnknown(), IVXUnknown::IID, &out), RESULT_FALSE) << "as the creator has it";
+    EXPECT_EQ(out, outer.GetUnknown());
+
+    factory->SetCreateInstanceQIFunc(
+        [](Module*, IVXUnknown*, const _GUID&, void**) -> std::int32_t { throw OutOfMemoryException(); });
+    EXPECT_EQ(view.CreateInstance(nullptr, IVXUnknown::IID, &out), RESULT_OUT_OF_MEMORY);
+    EXPECT_EQ(out, nullptr);
+}
+
+TEST(ClassFactory, IsCopiedWithItsModuleAndCreator)
+{
+    Library library;
+    ClassFactory factory;
+    factory.SetComModule(&library.module);
+    factory.SetCreateInstanceQIFunc(createObject);
+    ClassFactory copy(factory);
+    Reference<IVXUnknown> object;
+    EXPECT_EQ(
+        static_cast<IVXClassFactory&>(copy).CreateInstance(nullptr, IVXUnknown::IID, object.outVoid()), RESULT_OK);
+    EXPECT_EQ(library.module.GetRefCount(), 1U);
+}
+
+} // namespace
