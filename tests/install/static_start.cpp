@@ -1,11 +1,30 @@
 #include <vx/vxlib4.h>
 
-// A static library is started by its program; a shared one counts one start more. Each start wants a stop.
+#include <cstdio>
+
+namespace {
+
+bool works()
+{
+    const vx::Reference<vx::Object> object(vx::Class::forName(u"CVXString")->createInstance());
+    return g_pGlobalLock != nullptr && vx::String("text", -1, u"ISO-8859-1") == u"text"
+        && object->getClass()->isInstance(*object);
+}
+
+} // namespace
+
+// A static library is started and stopped by its program, as often as it likes. Each start wants a stop.
 int main()
 {
-    if (VXLIBLibInit() != 0 || VXLIBLibInit() != 0)
-        return 1;
-    if (vx::String(u"text").getClass()->getName() == nullptr)
-        return 2;
-    return VXLIBLibUninit() != 0 || VXLIBLibUninit() != 0 ? 3 : 0;
+    for (int round = 0; round < 2; ++round) {
+        if (g_pGlobalLock != nullptr || VXLIBLibUninit() >= 0)
+            return 1;
+        if (VXLIBLibInit() != 0 || VXLIBLibInit() != 0 || !works())
+            return 2;
+        if (VXLIBLibUninit() != 0 || !works() || VXLIBLibUninit() != 0)
+            return 3;
+    }
+    if (g_pGlobalLock != nullptr)
+        return 4;
+    std::puts("started and stopped twice");
 }

@@ -1,4 +1,7 @@
-// Statics of a program live longer than the library's start: text is built before it and read behind its stop.
+// The library starts before the constructors of this program and stops behind its destructors. What lives longer still,
+// as the statics of libraries do that are built earlier, may hold text: this program has code that runs before the first
+// constructor of any library, and code that runs behind the last destructor.
+#include "vx/Class.h"
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/Library.h"
@@ -7,45 +10,87 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 namespace {
 
-class Late {
-public:
-    ~Late()
-    {
-        if (m_text != u"still here" || !m_empty.isEmpty())
-            std::_Exit(3);
-    }
+constexpr int LEFT_MAIN = 42;
+constexpr std::int32_t FAILED = static_cast<std::int32_t>(0x80004005);
 
-private:
-    vx::String m_text {u"still here"};
-    vx::String m_empty;
-};
+alignas(vx::String) unsigned char g_textStorage[sizeof(vx::String)];
+vx::String* g_text = nullptr;
 
-Late g_late;
-
-int afterStop()
+[[noreturn]] void end(int status, const char* words)
 {
-    if (VXLIBLibUninit() != 0 || g_pGlobalLock != nullptr)
-        return 4;
+    std::fputs(words, stderr);
+    std::_Exit(status);
+}
+
+bool isStopped()
+{
+    if (g_pGlobalLock != nullptr || VXLIBLibUninit() != FAILED)
+        return false;
+    int refusals = 0;
+    try {
+        vx::Class::forName(u"CVXString");
+    } catch (const vx::IllegalStateException&) {
+        ++refusals;
+    }
     try {
         vx::text::charset::ByteToCharConverter::getConverter(u"UTF-8");
-        return 5;
     } catch (const vx::IllegalStateException&) {
+        ++refusals;
     }
-    return VXLIBLibUninit() == static_cast<std::int32_t>(0x80004005) ? 0 : 6;
+    return refusals == 2;
 }
+
+void afterAll(int status, void*)
+{
+    if (status != LEFT_MAIN)
+        end(status, "the program fails\n");
+    if (!isStopped())
+        end(3, "the library has not stopped\n");
+    if (*g_text != u"still here, and longer" || !vx::String().isEmpty())
+        end(4, "the text is gone\n");
+    g_text->~String();
+    end(0, "stopped once, and the text was there\n");
+}
+
+void beforeAll(int, char**, char**)
+{
+    if (g_pGlobalLock != nullptr)
+        end(5, "the library has started too early\n");
+    g_text = new (g_textStorage) vx::String(u"still here");
+    if (::on_exit(afterAll, nullptr) != 0)
+        end(6, "nobody will look\n");
+}
+
+[[gnu::section(".preinit_array"), gnu::used]] void (*g_beforeAll)(int, char**, char**) = beforeAll;
+
+/// Built behind the start and destroyed before the stop.
+struct Static {
+    Static()
+    {
+        if (g_pGlobalLock == nullptr)
+            end(7, "the library starts too late\n");
+    }
+    ~Static()
+    {
+        if (vx::Class::forName(u"CVXString")->getName() == nullptr)
+            end(8, "the library stops too early\n");
+    }
+} g_static;
 
 } // namespace
 
 int main()
 {
-    if (VXLIBLibInit() != 0 || VXLIBLibUninit() != 0 || g_pGlobalLock == nullptr)
+    // A start more, and its stop.
+    if (VXLIBLibInit() != 0 || VXLIBLibUninit() != 0 || isStopped())
         return 1;
-    if (const int failure = afterStop()) {
-        std::fprintf(stderr, "stop fails: %d\n", failure);
-        return failure;
-    }
-    return VXLIBLibInit() == 0 && g_pGlobalLock != nullptr ? 0 : 7;
+    *g_text += u", and longer";
+    // The stop of the loader's start, and the start again.
+    if (VXLIBLibUninit() != 0 || !isStopped())
+        return 2;
+    return VXLIBLibInit() == 0 && g_pGlobalLock != nullptr ? LEFT_MAIN : 9;
 }

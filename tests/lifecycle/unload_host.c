@@ -20,6 +20,8 @@ static int is_mapped(const char* name)
 static int use(const char* library)
 {
     int32_t (*get_info)(const char16_t*, VXEncInfo*);
+    const void* (*class_for_name)(const char16_t*);
+    void** global_lock;
     VXEncInfo info;
     void* handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
     if (handle == NULL) {
@@ -30,6 +32,16 @@ static int use(const char* library)
     if (get_info == NULL || get_info(u"us-ascii", &info) != 0 || info.codePage != 20127) {
         fprintf(stderr, "the encodings are not there\n");
         return 2;
+    }
+    *(void**)&class_for_name = dlsym(handle, "_ZN2vx5Class7forNameEPKDs"); /* vx::Class::forName(char16_t const*) */
+    if (class_for_name == NULL || class_for_name(u"CVXString") == NULL) {
+        fprintf(stderr, "the classes are not there\n");
+        return 5;
+    }
+    global_lock = dlsym(handle, "g_pGlobalLock");
+    if (global_lock == NULL || *global_lock == NULL) {
+        fprintf(stderr, "the global lock is not there\n");
+        return 6;
     }
     if (!is_mapped("libvxlib4") || !is_mapped("libvxsys4") || dlclose(handle) != 0)
         return 3;
@@ -43,7 +55,7 @@ static int use(const char* library)
 int main(int count, char** arguments)
 {
     int round;
-    if (count != 2)
+    if (count != 2 || is_mapped("libstdc++"))
         return 64;
     for (round = 0; round < 2; ++round) {
         const int failure = use(arguments[1]);
