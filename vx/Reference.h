@@ -64,7 +64,11 @@ public:
         release(std::exchange(m_object, object));
         return *this;
     }
-    Reference& operator=(const Reference& other) noexcept { return *this = other.m_object; }
+    Reference& operator=(const Reference& other) noexcept
+    {
+        *this = other.m_object;
+        return *this;
+    }
     Reference& operator=(Reference&& other) noexcept
     {
         Reference taken(std::move(other));
