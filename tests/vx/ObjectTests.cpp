@@ -397,7 +397,8 @@ TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
     EXPECT_EQ(events, "+-") << "alive though nothing else holds it";
     reference = static_cast<const Reference<Watched>&>(reference);
     EXPECT_EQ(events, "+-+-");
-    reference = std::move(reference);
+    Reference<Watched>& itself = reference;
+    reference = std::move(itself);
     EXPECT_EQ(reference, only);
 
     auto* kept = new Watched(&events);
