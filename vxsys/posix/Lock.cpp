@@ -4,9 +4,12 @@
 #include "vxsys/detail/Handle.h"
 #include "vxsys/detail/Monitor.h"
 
+#include <algorithm>
 #include <atomic>
+#include <exception>
 #include <limits>
 #include <pthread.h>
+#include <vector>
 
 namespace {
 
@@ -200,46 +203,6 @@ private:
     std::uint64_t m_openings VX_GUARDED_BY(m_monitor) = 0;
 };
 
-/// The reader-writer locks that a thread reads under. A lock that another thread releases for it stays in the list, which
-/// costs writers their turn before this thread and nothing else; what finds no room is not remembered.
-class ReadLocks {
-public:
-    bool contain(std::uint64_t lock) noexcept { return find(lock, 1) != nullptr; }
-    void add(std::uint64_t lock) noexcept
-    {
-        Row* row = find(lock, 1);
-        if (row == nullptr)
-            row = find(0, 0);
-        if (row != nullptr)
-            *row = {lock, row->count + 1};
-    }
-    void remove(std::uint64_t lock) noexcept
-    {
-        Row* row = find(lock, 1);
-        if (row != nullptr && --row->count == 0)
-            row->lock = 0;
-    }
-
-private:
-    struct Row {
-        std::uint64_t lock = 0; ///< 0: free
-        std::uint32_t count = 0;
-    };
-
-    Row* find(std::uint64_t lock, std::uint32_t least) noexcept
-    {
-        for (Row& row : m_rows) {
-            if (row.lock == lock && row.count >= least)
-                return &row;
-        }
-        return nullptr;
-    }
-
-    Row m_rows[16];
-};
-
-constinit thread_local ReadLocks t_readLocks;
-
 /// Neither side starves: a writer that waits goes before readers that come later, and a writer that leaves lets in the
 /// readers that wait by then before the next writer.
 class ReaderWriterLock final : public Waitable {
@@ -257,7 +220,9 @@ public:
             return EDEADLK;
         const std::uint64_t turn = m_turn;
         // A writer that waits for this very thread is not waited for.
-        const bool readsAlready = t_readLocks.contain(m_serial);
+        const bool readsAlready = findReader() != m_readingThreads.end();
+        if (!makeRoomForReader())
+            return ENOMEM;
         ++m_waitingReaders;
         const int error = waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) {
             return m_writer == 0 && (m_waitingWriters == 0 || m_turn != turn || readsAlready);
@@ -267,7 +232,11 @@ public:
             --m_admitted;
         if (error == 0) {
             ++m_readers;
-            t_readLocks.add(m_serial);
+            const auto reader = findReader();
+            if (reader != m_readingThreads.end())
+                ++reader->count;
+            else
+                m_readingThreads.push_back({VXThreadGetCurrentId(), 1});
         }
         return error;
     }
@@ -276,9 +245,14 @@ public:
         const MonitorLock lock(m_monitor);
         if (m_readers == 0)
             return EPERM;
-        t_readLocks.remove(m_serial);
-        if (--m_readers == 0)
+        // A lock that went from hand to hand leaves a row of its first reader, until nobody reads.
+        const auto reader = findReader();
+        if (reader != m_readingThreads.end() && --reader->count == 0)
+            m_readingThreads.erase(reader);
+        if (--m_readers == 0) {
+            m_readingThreads.clear();
             m_monitor.wakeAll();
+        }
         return 0;
     }
     int acquireWrite(const Deadline& deadline) noexcept
@@ -314,10 +288,28 @@ public:
     }
 
 private:
-    static constinit std::atomic<std::uint64_t> s_lastSerial;
+    struct ReadingThread {
+        std::uint32_t id;
+        std::uint32_t count;
+    };
 
-    /// Tells this lock from all others, also from one that stood at the same address before.
-    const std::uint64_t m_serial = ++s_lastSerial;
+    std::vector<ReadingThread>::iterator findReader() noexcept VX_REQUIRES(m_monitor)
+    {
+        return std::find_if(m_readingThreads.begin(), m_readingThreads.end(),
+            [id = VXThreadGetCurrentId()](const ReadingThread& thread) { return thread.id == id; });
+    }
+    /// For this reader and for all who wait, so that nobody who may read lacks it.
+    bool makeRoomForReader() noexcept VX_REQUIRES(m_monitor)
+    {
+        try {
+            m_readingThreads.reserve(m_readingThreads.size() + m_waitingReaders + 1);
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
+    }
+
+    std::vector<ReadingThread> m_readingThreads VX_GUARDED_BY(m_monitor);
     std::uint32_t m_readers VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_waitingReaders VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_waitingWriters VX_GUARDED_BY(m_monitor) = 0;
@@ -325,8 +317,6 @@ private:
     std::uint64_t m_turn VX_GUARDED_BY(m_monitor) = 0; ///< counts the writers that left
     std::uint32_t m_admitted VX_GUARDED_BY(m_monitor) = 0; ///< readers of the turn that have not run yet
 };
-
-constinit std::atomic<std::uint64_t> ReaderWriterLock::s_lastSerial {0};
 
 class Semaphore final : public SemaphoreHandle {
 public:

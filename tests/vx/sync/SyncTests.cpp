@@ -236,6 +236,10 @@ TEST(ReaderWriterLock, PutsAWaitingWriterBeforeNewReadersButNotBeforeItsOwn)
 {
     ReaderWriterLock lock;
     std::string order;
+    for (int i = 0; i < 100; ++i) { // read locks that went from hand to hand count for nobody
+        lock.waitShared();
+        Doing([&] { lock.signalShared(); }).join();
+    }
     lock.waitShared();
     Doing writer([&] {
         lock.wait();
