@@ -1,0 +1,490 @@
+#include "vx/String.h"
+
+#ifdef VX_HAVE_ICU
+#include <unicode/unistr.h>
+#endif
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+/// What each text type calls the operations that are measured. Positions count 16-bit units in all of them.
+struct Vx {
+    using Text = vx::String;
+    static Text make(std::u16string_view text) { return Text(text); }
+    static Text withRoom(int capacity) { return Text(capacity); }
+    static int length(const Text& text) { return text.getLength(); }
+    static void append(Text& text, char16_t unit) { text.append(unit); }
+    static void append(Text& text, const Text& piece) { text.append(piece); }
+    static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
+    static void remove(Text& text, int position, int count) { text.remove(position, count); }
+    static Text sum(const Text& left, const Text& right) { return left + right; }
+    static Text part(const Text& text, int start, int end) { return text.substring(start, end); }
+    static void assign(Text& text, const Text& other) { text = other; }
+    static bool equals(const Text& left, const Text& right) { return left == right; }
+    static bool equalsFolded(const Text& left, const Text& right) { return left.equals(right, true); }
+    static int compare(const Text& left, const Text& right) { return left.compare(right); }
+    static int find(const Text& text, char16_t unit) { return text.indexOf(unit); }
+    static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
+    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(unit); }
+    static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
+    static int findFirstOf(const Text& text, const char16_t* set) { return text.findFirstOf(set); }
+    static std::size_t hash(const Text& text) { return text.hashCode(); }
+    static void upper(Text& text) { text.toUpper(); }
+    static void trim(Text& text) { text.trim(); }
+    static std::string utf8(const Text& text) { return text.toUtf8(); }
+    static Text fromUtf8(std::string_view bytes) { return Text(bytes); }
+};
+
+struct Std {
+    using Text = std::u16string;
+    static Text make(std::u16string_view text) { return Text(text); }
+    static Text withRoom(int capacity)
+    {
+        Text text;
+        text.reserve(static_cast<std::size_t>(capacity));
+        return text;
+    }
+    static int length(const Text& text) { return static_cast<int>(text.size()); }
+    static void append(Text& text, char16_t unit) { text += unit; }
+    static void append(Text& text, const Text& piece) { text += piece; }
+    static void insert(Text& text, int position, const Text& piece)
+    {
+        text.insert(static_cast<std::size_t>(position), piece);
+    }
+    static void remove(Text& text, int position, int count)
+    {
+        text.erase(static_cast<std::size_t>(position), static_cast<std::size_t>(count));
+    }
+    static Text sum(const Text& left, const Text& right) { return left + right; }
+    static Text part(const Text& text, int start, int end)
+    {
+        return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+    }
+    static void assign(Text& text, const Text& other) { text = other; }
+    static bool equals(const Text& left, const Text& right) { return left == right; }
+    static int compare(const Text& left, const Text& right) { return left.compare(right); }
+    static int find(const Text& text, char16_t unit) { return static_cast<int>(text.find(unit)); }
+    static int find(const Text& text, const Text& piece) { return static_cast<int>(text.find(piece)); }
+    static int findLast(const Text& text, char16_t unit) { return static_cast<int>(text.rfind(unit)); }
+    static int findLast(const Text& text, const Text& piece) { return static_cast<int>(text.rfind(piece)); }
+    static int findFirstOf(const Text& text, const char16_t* set) { return static_cast<int>(text.find_first_of(set)); }
+    static std::size_t hash(const Text& text) { return std::hash<Text>()(text); }
+    static void trim(Text& text)
+    {
+        constexpr const char16_t* BLANKS = u" \t\r\n";
+        text.erase(text.find_last_not_of(BLANKS) + 1);
+        text.erase(0, text.find_first_not_of(BLANKS));
+    }
+};
+
+#ifdef VX_HAVE_ICU
+struct Icu {
+    using Text = icu::UnicodeString;
+    static Text make(std::u16string_view text) { return Text(text.data(), static_cast<std::int32_t>(text.size())); }
+    static Text withRoom(int capacity) { return Text(capacity, u'\0', 0); }
+    static int length(const Text& text) { return text.length(); }
+    static void append(Text& text, char16_t unit) { text.append(unit); }
+    static void append(Text& text, const Text& piece) { text.append(piece); }
+    static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
+    static void remove(Text& text, int position, int count) { text.remove(position, count); }
+    static Text sum(const Text& left, const Text& right) { return left + right; }
+    static Text part(const Text& text, int start, int end) { return text.tempSubStringBetween(start, end); }
+    static void assign(Text& text, const Text& other) { text = other; }
+    static bool equals(const Text& left, const Text& right) { return left == right; }
+    static bool equalsFolded(const Text& left, const Text& right) { return left.caseCompare(right, 0) == 0; }
+    static int compare(const Text& left, const Text& right) { return left.compare(right); }
+    static int find(const Text& text, char16_t unit) { return text.indexOf(unit); }
+    static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
+    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(unit); }
+    static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
+    static std::size_t hash(const Text& text) { return static_cast<std::size_t>(text.hashCode()); }
+    static void upper(Text& text) { text.toUpper(); }
+    static void trim(Text& text) { text.trim(); }
+    static std::string utf8(const Text& text)
+    {
+        std::string bytes;
+        text.toUTF8String(bytes);
+        return bytes;
+    }
+    static Text fromUtf8(std::string_view bytes)
+    {
+        return Text::fromUTF8(icu::StringPiece(bytes.data(), static_cast<std::int32_t>(bytes.size())));
+    }
+};
+#endif
+
+/// Words, so that a first letter is met often before the whole pattern is.
+std::u16string words(std::int64_t length)
+{
+    constexpr std::u16string_view WORDS = u"the quick brown fox jumps over the lazy dog and then it sleeps ";
+    std::u16string text;
+    while (text.size() < static_cast<std::size_t>(length))
+        text += WORDS;
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+void countUnits(benchmark::State& state)
+{
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+template <class Type>
+void construct(benchmark::State& state)
+{
+    const std::u16string source = words(state.range(0));
+    for (auto _ : state) {
+        auto text = Type::make(source);
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void copy(benchmark::State& state)
+{
+    const auto source = Type::make(words(state.range(0)));
+    for (auto _ : state) {
+        typename Type::Text text(source);
+        benchmark::DoNotOptimize(text);
+    }
+}
+
+template <class Type>
+void copyAndWrite(benchmark::State& state)
+{
+    const auto source = Type::make(words(state.range(0)));
+    for (auto _ : state) {
+        typename Type::Text text(source);
+        Type::append(text, u'!');
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void assign(benchmark::State& state)
+{
+    const auto source = Type::make(words(state.range(0)));
+    typename Type::Text text;
+    for (auto _ : state) {
+        Type::assign(text, source);
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void appendUnits(benchmark::State& state)
+{
+    for (auto _ : state) {
+        typename Type::Text text;
+        for (std::int64_t i = 0; i < state.range(0); ++i)
+            Type::append(text, static_cast<char16_t>(u'a' + i % 26));
+        if (Type::length(text) != state.range(0))
+            state.SkipWithError("wrong length");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void appendUnitsIntoRoom(benchmark::State& state)
+{
+    for (auto _ : state) {
+        auto text = Type::withRoom(static_cast<int>(state.range(0)));
+        for (std::int64_t i = 0; i < state.range(0); ++i)
+            Type::append(text, static_cast<char16_t>(u'a' + i % 26));
+        if (Type::length(text) != state.range(0))
+            state.SkipWithError("wrong length");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void appendPieces(benchmark::State& state)
+{
+    const auto piece = Type::make(words(16));
+    for (auto _ : state) {
+        typename Type::Text text;
+        for (std::int64_t i = 0; i < state.range(0); i += 16)
+            Type::append(text, piece);
+        if (Type::length(text) != state.range(0))
+            state.SkipWithError("wrong length");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void insertAndRemove(benchmark::State& state)
+{
+    auto text = Type::make(words(state.range(0)));
+    const auto piece = Type::make(u"inserted");
+    const int middle = Type::length(text) / 2;
+    for (auto _ : state) {
+        Type::insert(text, middle, piece);
+        Type::remove(text, middle, 8);
+        benchmark::DoNotOptimize(text);
+    }
+    if (Type::length(text) != state.range(0))
+        state.SkipWithError("wrong length");
+    countUnits(state);
+}
+
+template <class Type>
+void concatenate(benchmark::State& state)
+{
+    const auto left = Type::make(words(state.range(0) / 2));
+    const auto right = Type::make(words(state.range(0) / 2));
+    for (auto _ : state) {
+        auto text = Type::sum(left, right);
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void substring(benchmark::State& state)
+{
+    const auto source = Type::make(words(state.range(0) + 2));
+    for (auto _ : state) {
+        auto text = Type::part(source, 1, static_cast<int>(state.range(0)) + 1);
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void equals(benchmark::State& state)
+{
+    const auto left = Type::make(words(state.range(0)));
+    const auto right = Type::make(words(state.range(0)));
+    for (auto _ : state) {
+        if (!Type::equals(left, right))
+            state.SkipWithError("not equal");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void equalsFolded(benchmark::State& state)
+{
+    const auto left = Type::make(words(state.range(0)));
+    auto right = Type::make(words(state.range(0)));
+    Type::upper(right);
+    for (auto _ : state) {
+        if (!Type::equalsFolded(left, right))
+            state.SkipWithError("not equal");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void compare(benchmark::State& state)
+{
+    const auto left = Type::make(words(state.range(0) - 1) + u'a');
+    const auto right = Type::make(words(state.range(0) - 1) + u'b');
+    for (auto _ : state) {
+        if (Type::compare(left, right) >= 0)
+            state.SkipWithError("not less");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void findUnit(benchmark::State& state)
+{
+    const auto text = Type::make(words(state.range(0) - 1) + u'#');
+    for (auto _ : state) {
+        if (Type::find(text, u'#') != state.range(0) - 1)
+            state.SkipWithError("not found");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void findText(benchmark::State& state)
+{
+    const auto text = Type::make(words(state.range(0) - 6) + u"thence");
+    const auto piece = Type::make(u"thence");
+    for (auto _ : state) {
+        if (Type::find(text, piece) != state.range(0) - 6)
+            state.SkipWithError("not found");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void findLastUnit(benchmark::State& state)
+{
+    const auto text = Type::make(u'#' + words(state.range(0) - 1));
+    for (auto _ : state) {
+        if (Type::findLast(text, u'#') != 0)
+            state.SkipWithError("not found");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void findLastText(benchmark::State& state)
+{
+    const auto text = Type::make(u"thence" + words(state.range(0) - 6));
+    const auto piece = Type::make(u"thence");
+    for (auto _ : state) {
+        if (Type::findLast(text, piece) != 0)
+            state.SkipWithError("not found");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void findFirstOf(benchmark::State& state)
+{
+    const auto text = Type::make(words(state.range(0) - 1) + u';');
+    for (auto _ : state) {
+        if (Type::findFirstOf(text, u",;:=") != state.range(0) - 1)
+            state.SkipWithError("not found");
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void hash(benchmark::State& state)
+{
+    const auto text = Type::make(words(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Type::hash(text));
+    countUnits(state);
+}
+
+template <class Type>
+void upper(benchmark::State& state)
+{
+    const auto source = Type::make(words(state.range(0)));
+    auto text = Type::make(words(state.range(0)));
+    for (auto _ : state) {
+        Type::assign(text, source);
+        Type::upper(text);
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
+template <class Type>
+void trim(benchmark::State& state)
+{
+    const auto source = Type::make(u" \t" + words(state.range(0) - 5) + u"!\r\n");
+    auto text = Type::make(words(state.range(0)));
+    for (auto _ : state) {
+        Type::assign(text, source);
+        Type::trim(text);
+        benchmark::DoNotOptimize(text);
+    }
+    if (Type::length(text) != state.range(0) - 4)
+        state.SkipWithError("wrong length");
+    countUnits(state);
+}
+
+template <class Type>
+void throughUtf8(benchmark::State& state)
+{
+    const auto source = Type::make(words(state.range(0)));
+    for (auto _ : state) {
+        const std::string bytes = Type::utf8(source);
+        if (Type::length(Type::fromUtf8(bytes)) != state.range(0))
+            state.SkipWithError("wrong length");
+    }
+    countUnits(state);
+}
+
+void valueOf(benchmark::State& state)
+{
+    int value = 1234567;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(value);
+        const vx::String text = vx::String::valueOf(value);
+        benchmark::DoNotOptimize(text.getData());
+    }
+}
+BENCHMARK(valueOf);
+
+void valueOfDouble(benchmark::State& state)
+{
+    double value = 1234.567;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(value);
+        const vx::String text = vx::String::valueOf(value);
+        benchmark::DoNotOptimize(text.getData());
+    }
+}
+BENCHMARK(valueOfDouble);
+
+/// The same two through the C runtime's printing, as the floor.
+template <class Value>
+void printed(benchmark::State& state, const char* form, Value value)
+{
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(value);
+        char digits[32];
+        const int length = std::snprintf(digits, sizeof digits, form, value);
+        const std::u16string text(digits, digits + length);
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+BENCHMARK_CAPTURE(printed, int, "%d", 1234567);
+BENCHMARK_CAPTURE(printed, double, "%g", 1234.567);
+
+void format(benchmark::State& state)
+{
+    vx::String text;
+    for (auto _ : state) {
+        text.format(u"{0}: {1} of {2} done ({1}/{2})", -1, u"copy", u"12", u"345");
+        benchmark::DoNotOptimize(text.getData());
+    }
+}
+BENCHMARK(format);
+
+#ifdef VX_HAVE_ICU
+#define VX_WITH_ICU(name, sizes) BENCHMARK_TEMPLATE(name, Icu) sizes;
+#else
+#define VX_WITH_ICU(name, sizes)
+#endif
+#define VX_SIZES ->Arg(16)->Arg(64)->Arg(4096)
+#define VX_BESIDE_STD(name)                                                                                            \
+    BENCHMARK_TEMPLATE(name, Vx) VX_SIZES;                                                                             \
+    BENCHMARK_TEMPLATE(name, Std) VX_SIZES;
+#define VX_BESIDE_ICU(name)                                                                                            \
+    BENCHMARK_TEMPLATE(name, Vx) VX_SIZES;                                                                             \
+    VX_WITH_ICU(name, VX_SIZES)
+#define VX_BESIDE_BOTH(name) VX_BESIDE_STD(name) VX_WITH_ICU(name, VX_SIZES)
+
+VX_BESIDE_BOTH(construct)
+VX_BESIDE_BOTH(copy)
+VX_BESIDE_BOTH(copyAndWrite)
+VX_BESIDE_BOTH(assign)
+VX_BESIDE_BOTH(appendUnits)
+VX_BESIDE_BOTH(appendUnitsIntoRoom)
+VX_BESIDE_BOTH(appendPieces)
+VX_BESIDE_BOTH(insertAndRemove)
+VX_BESIDE_BOTH(concatenate)
+VX_BESIDE_BOTH(substring)
+VX_BESIDE_BOTH(equals)
+VX_BESIDE_ICU(equalsFolded)
+VX_BESIDE_BOTH(compare)
+VX_BESIDE_BOTH(findUnit)
+VX_BESIDE_BOTH(findText)
+VX_BESIDE_BOTH(findLastUnit)
+VX_BESIDE_BOTH(findLastText)
+VX_BESIDE_STD(findFirstOf)
+VX_BESIDE_BOTH(hash)
+VX_BESIDE_ICU(upper)
+VX_BESIDE_BOTH(trim)
+VX_BESIDE_ICU(throughUtf8)
+
+} // namespace
