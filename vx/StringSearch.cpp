@@ -14,6 +14,7 @@ namespace vx {
 using detail::clipped;
 using detail::measured;
 using detail::StringReadLock;
+using detail::StringSource;
 using detail::StringWriteLock;
 
 namespace {
@@ -21,10 +22,10 @@ namespace {
 constexpr int NOT_FOUND = -1;
 constexpr char16_t BLANKS[] = u" \t\r\n";
 
-/// Where a search backwards begins: -1 and all beyond the end mean the last unit.
+/// Where a search backwards begins: -1 and all beyond the end mean the last unit, anything below nothing.
 int clippedToLast(int from, int length) noexcept
 {
-    return from == -1 || from >= length ? length - 1 : from;
+    return from == -1 || from >= length ? length - 1 : std::max(from, -1);
 }
 
 /// Two stretches of text after clipping, the own one first.
@@ -52,24 +53,42 @@ struct Regions {
     int rightLength;
 };
 
-bool sameUnits(const char16_t* left, const char16_t* right, int length, bool ignoreCase) noexcept
-{
-    if (!ignoreCase)
-        return detail::equalUnits(left, right, length);
-    for (int index = 0; index < length; ++index) {
-        if (VXToLowerW(left[index]) != VXToLowerW(right[index]))
-            return false;
+/// A pattern that is looked for, of one unit or more.
+class Pattern {
+public:
+    Pattern(const char16_t* units, int length) noexcept
+        : m_units(units)
+        , m_length(length)
+    {
     }
-    return true;
-}
 
-int findFolded(const char16_t* text, int length, char16_t unit) noexcept
-{
-    unit = VXToLowerW(unit);
-    const char16_t* found
-        = std::find_if(text, text + length, [&](char16_t candidate) { return VXToLowerW(candidate) == unit; });
-    return found != text + length ? static_cast<int>(found - text) : NOT_FOUND;
-}
+    /// Gives the result of `scan(mayMatch, matches)` over candidates in `text`.
+    template <class Scan>
+    int search(const char16_t* text, bool ignoreCase, Scan scan) const noexcept
+    {
+        const char16_t* const units = m_units;
+        const int length = m_length;
+        if (ignoreCase) {
+            const char16_t first = VXToLowerW(units[0]);
+            return scan(
+                [=](int index) { // beyond ASCII only the tables tell
+                    const char16_t unit = text[index];
+                    const char16_t lower = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
+                    return lower == first || unit >= 0x80;
+                },
+                [=](int index) { return VXStrNICmpW(text + index, units, length) == 0; });
+        }
+        const char16_t first = units[0];
+        const char16_t last = units[length - 1];
+        const char16_t* const ends = text + (length - 1);
+        return scan([=](int index) { return (text[index] == first) & (ends[index] == last); },
+            [=](int index) { return length <= 2 || detail::equalUnits(text + index + 1, units + 1, length - 2); });
+    }
+
+private:
+    const char16_t* m_units;
+    int m_length;
+};
 
 /// The set of a search, with the first 256 units as a map of bits so that a common set costs one look for each unit.
 class UnitSet {
@@ -93,8 +112,7 @@ public:
         unit = folded(unit);
         if (unit < LATIN)
             return (m_latin[unit / 64] >> unit % 64 & 1) != 0;
-        return m_ignoreCase ? findFolded(m_units, m_length, unit) != NOT_FOUND
-                            : detail::findUnit(m_units, m_length, unit) != NOT_FOUND;
+        return std::any_of(m_units, m_units + m_length, [&](char16_t candidate) { return folded(candidate) == unit; });
     }
 
 private:
@@ -193,7 +211,7 @@ int String::compare(const char16_t* text, int length, bool ignoreCase) const
 
 bool String::regionMatches(int start, int count, const String& other, int otherStart, bool ignoreCase) const
 {
-    const StringReadLock text(other);
+    const StringSource text(*this, other);
     return regionMatches(start, count, text.data(), text.length(), otherStart, ignoreCase);
 }
 
@@ -210,7 +228,7 @@ bool String::regionMatches(int start, int count, const char16_t* text, int lengt
 
 int String::regionCompare(int start, int count, const String& other, int otherStart, bool ignoreCase) const
 {
-    const StringReadLock text(other);
+    const StringSource text(*this, other);
     return regionCompare(start, count, text.data(), text.length(), otherStart, ignoreCase);
 }
 
@@ -224,7 +242,7 @@ int String::regionCompare(int start, int count, const char16_t* text, int length
 
 bool String::startsWith(const String& text, bool ignoreCase) const
 {
-    const StringReadLock start(text);
+    const StringSource start(*this, text);
     return startsWith(start.data(), start.length(), ignoreCase);
 }
 
@@ -236,7 +254,7 @@ bool String::startsWith(const char16_t* text, int length, bool ignoreCase) const
 
 bool String::endsWith(const String& text, bool ignoreCase) const
 {
-    const StringReadLock end(text);
+    const StringSource end(*this, text);
     return endsWith(end.data(), end.length(), ignoreCase);
 }
 
@@ -259,12 +277,7 @@ bool String::contains(const char16_t* text, int length, bool ignoreCase) const
 
 int String::indexOf(char16_t ch, int from, bool ignoreCase) const
 {
-    const StringReadLock own(*this);
-    from = clipped(from, own.length());
-    const char16_t* text = own.data() + from;
-    const int length = own.length() - from;
-    const int found = ignoreCase ? findFolded(text, length, ch) : detail::findUnit(text, length, ch);
-    return found != NOT_FOUND ? from + found : NOT_FOUND;
+    return indexOf(&ch, 1, from, ignoreCase);
 }
 
 int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase) const
@@ -274,23 +287,17 @@ int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase)
         return NOT_FOUND;
 
     const StringReadLock own(*this);
-    const int last = own.length() - length;
-    for (int index = clipped(from, own.length()); index <= last; ++index) {
-        const char16_t* candidates = own.data() + index;
-        const int first = ignoreCase ? findFolded(candidates, last - index + 1, text[0])
-                                     : detail::findUnit(candidates, last - index + 1, text[0]);
-        if (first == NOT_FOUND)
-            break;
-        index += first;
-        if (sameUnits(candidates + first + 1, text + 1, length - 1, ignoreCase))
-            return index;
-    }
-    return NOT_FOUND;
+    if (length > own.length())
+        return NOT_FOUND;
+    from = clipped(from, own.length());
+    return Pattern(text, length).search(own.data(), ignoreCase, [&](auto mayMatch, auto matches) {
+        return detail::scanUp(from, own.length() - length + 1, mayMatch, matches);
+    });
 }
 
 int String::indexOf(const String& text, int from, bool ignoreCase) const
 {
-    const StringReadLock pattern(text);
+    const StringSource pattern(*this, text);
     return indexOf(pattern.data(), pattern.length(), from, ignoreCase);
 }
 
@@ -306,16 +313,17 @@ int String::lastIndexOf(const char16_t* text, int length, int from, bool ignoreC
         return NOT_FOUND;
 
     const StringReadLock own(*this);
-    for (int index = clippedToLast(from, own.length()) - (length - 1); index >= 0; --index) {
-        if (sameUnits(own.data() + index, text, length, ignoreCase))
-            return index;
-    }
-    return NOT_FOUND;
+    if (length > own.length())
+        return NOT_FOUND;
+    from = clippedToLast(from, own.length());
+    return Pattern(text, length).search(own.data(), ignoreCase, [&](auto mayMatch, auto matches) {
+        return detail::scanDown(from - length + 2, mayMatch, matches);
+    });
 }
 
 int String::lastIndexOf(const String& text, int from, bool ignoreCase) const
 {
-    const StringReadLock pattern(text);
+    const StringSource pattern(*this, text);
     return lastIndexOf(pattern.data(), pattern.length(), from, ignoreCase);
 }
 
@@ -326,7 +334,7 @@ int String::findFirstOf(const char16_t* set, int length, int from, bool ignoreCa
 
 int String::findFirstOf(const String& set, int from, bool ignoreCase) const
 {
-    const StringReadLock units(set);
+    const StringSource units(*this, set);
     return findFirstOf(units.data(), units.length(), from, ignoreCase);
 }
 
@@ -347,7 +355,7 @@ int String::findFirstNotOf(const char16_t* set, int length, int from, bool ignor
 
 int String::findFirstNotOf(const String& set, int from, bool ignoreCase) const
 {
-    const StringReadLock units(set);
+    const StringSource units(*this, set);
     return findFirstNotOf(units.data(), units.length(), from, ignoreCase);
 }
 
@@ -358,7 +366,7 @@ int String::findLastOf(const char16_t* set, int length, int from, bool ignoreCas
 
 int String::findLastOf(const String& set, int from, bool ignoreCase) const
 {
-    const StringReadLock units(set);
+    const StringSource units(*this, set);
     return findLastOf(units.data(), units.length(), from, ignoreCase);
 }
 
@@ -369,7 +377,7 @@ int String::findLastNotOf(const char16_t* set, int length, int from, bool ignore
 
 int String::findLastNotOf(const String& set, int from, bool ignoreCase) const
 {
-    const StringReadLock units(set);
+    const StringSource units(*this, set);
     return findLastNotOf(units.data(), units.length(), from, ignoreCase);
 }
 
@@ -386,20 +394,20 @@ void String::trim(char16_t ch, TrimType type)
 
 void String::trim(const char16_t* set, int length, TrimType type)
 {
-    if (set == nullptr)
-        set = u"";
-    if (isOwnText(set)) { // trimming would move the set
+    if (set != nullptr && isOwnText(set)) { // trimming would move the set
         const std::u16string copy(set);
         return trim(copy.c_str(), length, type);
     }
+    const UnitSet blanks(set, -1, false);
     StringWriteLock target(*this);
-    trimUnits(target, type, [set](char16_t unit) { return VXStrChrW(set, unit) != nullptr; });
+    trimUnits(target, type, [&](char16_t unit) { return unit == 0 || blanks.contains(unit); }); // the terminator counts
 }
 
 void String::trim(const String& set, TrimType type)
 {
-    const String units(AcquireCopy, set); // ends with a zero unit, which a part of another text need not
-    trim(units.getData(), -1, type);
+    const StringSource source(*this, set);
+    const std::u16string units(source.data(), static_cast<std::size_t>(source.length())); // a part may lack a terminator
+    trim(units.c_str(), -1, type);
 }
 
 String String::substring(int start, int end) const

@@ -5,23 +5,62 @@
 
 namespace vx::detail {
 
-/// The first place of `unit` in `length` units, or -1. Blocks of a fixed size let the compiler use vector instructions.
-inline int findUnit(const char16_t* text, int length, char16_t unit) noexcept
+/// Units looked at together: a fixed number, without branches, lets the compiler use vector instructions.
+inline constexpr int SCAN_BLOCK = 32;
+
+template <class MayMatch>
+bool mayMatchWithin(int index, MayMatch mayMatch) noexcept
 {
-    constexpr int BLOCK = 32;
-    int index = 0;
-    for (; length - index >= BLOCK; index += BLOCK) {
-        std::uint16_t found = 0;
-        for (int offset = 0; offset < BLOCK; ++offset)
-            found = static_cast<std::uint16_t>(found | (text[index + offset] == unit ? 1 : 0));
-        if (found != 0)
-            break;
-    }
-    for (; index < length; ++index) {
-        if (text[index] == unit)
-            return index;
+    std::uint16_t found = 0;
+    for (int offset = 0; offset < SCAN_BLOCK; ++offset)
+        found = static_cast<std::uint16_t>(found | (mayMatch(index + offset) ? 1 : 0));
+    return found != 0;
+}
+
+/// The first index from `from` up to, but not including, `end` that matches, or -1. `mayMatch` is a quick look that lets
+/// no match pass.
+template <class MayMatch, class Matches>
+int scanUp(int from, int end, MayMatch mayMatch, Matches matches) noexcept
+{
+    int index = from;
+    while (index < end) {
+        const int stop = end - index >= SCAN_BLOCK ? index + SCAN_BLOCK : end;
+        if (stop - index == SCAN_BLOCK && !mayMatchWithin(index, mayMatch)) {
+            index = stop;
+            continue;
+        }
+        for (; index < stop; ++index) {
+            if (mayMatch(index) && matches(index))
+                return index;
+        }
     }
     return -1;
+}
+
+/// The last index from 0 up to, but not including, `end` that matches, or -1.
+template <class MayMatch, class Matches>
+int scanDown(int end, MayMatch mayMatch, Matches matches) noexcept
+{
+    while (end > 0) {
+        const int stop = end >= SCAN_BLOCK ? end - SCAN_BLOCK : 0;
+        if (end - stop == SCAN_BLOCK && !mayMatchWithin(stop, mayMatch)) {
+            end = stop;
+            continue;
+        }
+        while (end > stop) {
+            --end;
+            if (mayMatch(end) && matches(end))
+                return end;
+        }
+    }
+    return -1;
+}
+
+/// The first place of `unit` in `length` units, or -1.
+inline int findUnit(const char16_t* text, int length, char16_t unit) noexcept
+{
+    return scanUp(
+        0, length, [=](int index) { return text[index] == unit; }, [](int) { return true; });
 }
 
 /// -1, 0 or 1 by unit value.
