@@ -22,6 +22,7 @@ using detail::clipped;
 using detail::measured;
 using detail::PlainBuffer;
 using detail::StringReadLock;
+using detail::StringSource;
 using detail::withTerminator;
 using util::CharReadLock;
 using util::ROCharBuffer;
@@ -52,16 +53,7 @@ private:
 constinit IVXCharBuffer* SharedEmptyBuffer::s_buffer = nullptr;
 SharedEmptyBuffer g_sharedEmptyBuffer;
 
-/// A buffer of its own for `length` units and the terminator.
-Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
-{
-    Reference<RWCharBuffer> buffer(new RWCharBuffer(text, length, std::max(capacity, withTerminator(length))));
-    buffer->getWriteLock(0)[length] = 0;
-    buffer->releaseWriteLock(length + 1);
-    return buffer;
-}
-
-Reference<IVXCharBuffer> wrapped(const char16_t* text, int length)
+IVXCharBuffer* wrapped(const char16_t* text, int length)
 {
     return text != nullptr ? new ROCharBuffer(text, withTerminator(length)) : SharedEmptyBuffer::get();
 }
@@ -80,7 +72,7 @@ String::String(const String& other) noexcept
 }
 
 String::String(int capacity)
-    : m_buffer(capacity > 0 ? copyOf(nullptr, 0, capacity) : Reference<IVXCharBuffer>(SharedEmptyBuffer::get()))
+    : m_buffer(capacity > 0 ? PlainBuffer::copyOf(nullptr, 0, capacity) : SharedEmptyBuffer::get())
 {
 }
 
@@ -90,7 +82,7 @@ String::String(const char16_t* text, int length, int capacity)
 }
 
 String::String(char16_t ch, int count, int capacity)
-    : m_buffer(copyOf(nullptr, 0, std::max(capacity, withTerminator(std::max(count, 0)))))
+    : m_buffer(PlainBuffer::copyOf(nullptr, 0, std::max(capacity, withTerminator(std::max(count, 0)))))
 {
     resize(count, ch);
 }
@@ -106,10 +98,11 @@ String::String(util::ICharBuffer* buffer)
 }
 
 String::String(AcquireMode mode, const String& other, int start, int end, int capacity)
-    : m_buffer(other.m_buffer)
 {
-    if (mode == AcquireShare)
+    if (mode == AcquireShare) {
+        m_buffer = other.m_buffer;
         return;
+    }
     const StringReadLock source(other);
     end = clipped(end, source.length());
     start = clipped(start, end);
@@ -119,7 +112,7 @@ String::String(AcquireMode mode, const String& other, int start, int end, int ca
     else if (mode == AcquireWrap)
         m_buffer = wrapped(source.data() + start, length);
     else
-        m_buffer = copyOf(source.data() + start, length, capacity);
+        m_buffer = PlainBuffer::copyOf(source.data() + start, length, capacity);
     if (mode == AcquireUpper && length > 0)
         toUpper();
 }
@@ -132,7 +125,7 @@ String::String(AcquireMode mode, const char16_t* text, int length, int capacity)
     else if (mode == AcquireWrap)
         m_buffer = wrapped(text, length);
     else
-        m_buffer = copyOf(text, length, capacity);
+        m_buffer = PlainBuffer::copyOf(text, length, capacity);
     if (mode == AcquireUpper && length > 0)
         toUpper();
 }
@@ -153,7 +146,7 @@ String::String(AcquireMode mode, util::ICharBuffer* buffer)
     }
     const CharReadLock source(*buffer);
     const int length = std::max(source.length(), 0);
-    m_buffer = mode == AcquireWrap ? wrapped(source.data(), length) : copyOf(source.data(), length);
+    m_buffer = mode == AcquireWrap ? wrapped(source.data(), length) : PlainBuffer::copyOf(source.data(), length);
     if (mode == AcquireUpper)
         toUpper();
 }
@@ -234,14 +227,14 @@ String& String::setTo(AcquireMode mode, const String& other, int start, int end)
 {
     if (mode == AcquireShare)
         return setAddRef(other);
-    if (other.m_buffer == m_buffer) { // a lock on the common buffer would stand in the way of the write
-        const String range(AcquireCopy, other, start, end);
-        return setTo(mode == AcquireUpper ? AcquireUpper : AcquireCopy, range.getData(), range.getLength());
+    if (mode == AcquireWrap && &other != this) {
+        const String range(AcquireWrap, other, start, end);
+        return setAddRef(range);
     }
-    const StringReadLock source(other);
+    const StringSource source(*this, other);
     end = clipped(end, source.length());
     start = clipped(start, end);
-    return setTo(mode, source.data() + start, end - start);
+    return setTo(mode == AcquireWrap ? AcquireCopy : mode, source.data() + start, end - start);
 }
 
 String& String::setAddRef(const String& other) noexcept
@@ -321,7 +314,7 @@ void String::releaseWriteLock(int length)
         const int held = m_buffer->GetLength();
         if (held > 0 && m_buffer->EnsureCapacity(held, &data) >= 0)
             data[held - 1] = 0;
-        m_buffer->ReleaseWriteLock(-1);
+        m_buffer->ReleaseWriteLock(held);
         throw;
     }
     throwIfFailed(m_buffer->ReleaseWriteLock(length + 1));
@@ -356,9 +349,13 @@ bool String::isSoleWriter() const
 
 bool String::isOwnText(const char16_t* text) const
 {
-    const char16_t* begin = m_buffer->GetData();
-    return begin != nullptr && !std::less<>()(text, begin)
-        && std::less<>()(text, begin + std::max(m_buffer->GetLength(), 1));
+    const char16_t* begin = nullptr;
+    int length = 0;
+    if (!PlainBuffer::read(*m_buffer, &begin, &length)) {
+        begin = m_buffer->GetData();
+        length = m_buffer->GetLength();
+    }
+    return begin != nullptr && !std::less<>()(text, begin) && std::less<>()(text, begin + std::max(length, 1));
 }
 
 void String::copyOnWrite(int capacity)
@@ -366,12 +363,14 @@ void String::copyOnWrite(int capacity)
     if (isSoleWriter())
         return;
     const Reference<IVXCharBuffer> old = m_buffer; // outlives its lock
-    const CharReadLock source(*old);
-    const int length = std::max(source.length(), 1);
-    Reference<RWCharBuffer> own(new RWCharBuffer(source.data(), source.length(), std::max(capacity, length)));
-    own->getWriteLock(0)[length - 1] = 0; // a part of another text need not end with one
-    own->releaseWriteLock(length);
-    m_buffer = Reference<IVXCharBuffer>(own);
+    const char16_t* text = nullptr;
+    int length = 0;
+    if (PlainBuffer::read(*old, &text, &length)) {
+        m_buffer = PlainBuffer::copyOf(text, std::max(length - 1, 0), capacity);
+    } else {
+        const CharReadLock source(*old);
+        m_buffer = PlainBuffer::copyOf(source.data(), std::max(source.length() - 1, 0), capacity);
+    }
     m_ansi = nullptr;
 }
 

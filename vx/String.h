@@ -18,8 +18,14 @@ namespace vx::util {
 class IByteBuffer;
 }
 
+namespace vx::text::charset {
+class ByteToCharConverter;
+}
+
 namespace vx::detail {
+class PlainBuffer;
 class StringReadLock;
+class StringSource;
 class StringWriteLock;
 } // namespace vx::detail
 
@@ -40,7 +46,7 @@ public:
     class AnsiBytes;
 
     /// How a source is taken. Any other value is AcquireCopy.
-    enum AcquireMode {
+    enum AcquireMode : int {
         AcquireCopy = 0,
         AcquireShare = 1, ///< a count on the source's buffer; a plain text has none and is copied
         AcquireWrap = 2, ///< the source's text itself, which must outlive this string and all who share it
@@ -133,6 +139,7 @@ public:
 
     /// The text encoded and zero-terminated, kept until the text changes or another encoding is asked for.
     const char* getBytes(const char16_t* encoding = nullptr) const;
+    const char* getBytes(std::nullptr_t) const { return getBytes(); }
     /// As above under the read lock, which `releaseReadLock` ends.
     const char* getBytesReadLock(const char16_t* encoding = nullptr) const;
     void getBytes(util::IByteBuffer* out, const char16_t* encoding = nullptr) const;
@@ -158,9 +165,11 @@ public:
     String& append(const char16_t* text, int length = -1);
     String& append(char16_t ch, int repeat = 1);
     String& append(const String& text);
+    String& append(std::u16string_view text);
     String& operator+=(const char16_t* text);
     String& operator+=(char16_t ch);
     String& operator+=(const String& text);
+    String& operator+=(std::u16string_view text);
     String& prepend(const char16_t* text, int length = -1);
     String& prepend(char16_t ch, int repeat = 1);
     String& prepend(const String& text);
@@ -302,7 +311,9 @@ public:
     }
 
 private:
+    friend class detail::PlainBuffer;
     friend class detail::StringReadLock;
+    friend class detail::StringSource;
     friend class detail::StringWriteLock;
 
     /// A write may go ahead in place.
@@ -311,6 +322,8 @@ private:
     bool isOwnText(const char16_t* text) const;
     void splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill);
     void internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity);
+    void decode(text::charset::ByteToCharConverter& decoder, const char* bytes, int length, int capacity);
+    String& setToUtf8(std::string_view bytes);
 
     Reference<IVXCharBuffer> m_buffer;
     mutable Reference<AnsiBytes> m_ansi;

@@ -10,17 +10,20 @@
 namespace vx {
 
 using detail::clipped;
+using detail::lengthOf;
 using detail::LONGEST_TEXT;
 using detail::measured;
+using detail::PlainBuffer;
 using detail::StringReadLock;
+using detail::StringSource;
 using detail::StringWriteLock;
+using Units = std::char_traits<char16_t>;
 
 /// Puts `insert` units, those of `text` or without one copies of `fill`, in place of a range. `text` lies outside this
 /// string's storage.
 void String::splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill)
 {
-    const std::int64_t most = getLength() + insert;
-    StringWriteLock target(*this, 0, static_cast<int>(std::min(most, LONGEST_TEXT)));
+    StringWriteLock target(*this, 0, insert);
     const int oldLength = target.length();
     start = clipped(start, oldLength);
     count = clipped(count, oldLength - start);
@@ -30,11 +33,11 @@ void String::splice(int start, int count, const char16_t* text, std::int64_t ins
 
     target.ensureCapacity(static_cast<int>(newLength));
     char16_t* place = target.data() + start;
-    if (insert != count)
-        std::char_traits<char16_t>::move(
-            place + insert, place + count, static_cast<std::size_t>(oldLength - start - count));
+    const int tail = oldLength - start - count;
+    if (insert != count && tail > 0)
+        Units::move(place + insert, place + count, static_cast<std::size_t>(tail));
     if (text != nullptr)
-        std::char_traits<char16_t>::copy(place, text, static_cast<std::size_t>(insert));
+        Units::copy(place, text, static_cast<std::size_t>(insert));
     else
         std::fill_n(place, insert, fill);
     target.setLength(static_cast<int>(newLength));
@@ -58,11 +61,7 @@ String& String::replace(int start, int count, const char16_t* text, int length, 
 
 String& String::replace(int start, int count, const String& text, int textStart)
 {
-    if (text.m_buffer == m_buffer) { // a lock on the common buffer would stand in the way of the write
-        const String copy(AcquireCopy, text, textStart);
-        return replace(start, count, copy.getData(), copy.getLength(), 0);
-    }
-    const StringReadLock source(text);
+    const StringSource source(*this, text);
     return replace(start, count, source.data(), source.length(), textStart);
 }
 
@@ -74,17 +73,32 @@ String& String::replace(int start, int count, char16_t ch, int repeat)
 
 String& String::append(const char16_t* text, int length)
 {
+    length = measured(text, length);
+    if (char16_t* place = PlainBuffer::extend(*this, length)) {
+        Units::move(place, text, static_cast<std::size_t>(length)); // own text may reach up to the place
+        return *this;
+    }
     return replace(-1, 0, text, length, 0);
 }
 
 String& String::append(char16_t ch, int repeat)
 {
+    if (char16_t* place = PlainBuffer::extend(*this, repeat)) {
+        std::fill_n(place, repeat, ch);
+        return *this;
+    }
     return replace(-1, 0, ch, repeat);
 }
 
 String& String::append(const String& text)
 {
-    return replace(-1, 0, text, 0);
+    const StringSource source(*this, text);
+    return append(source.data(), source.length());
+}
+
+String& String::append(std::u16string_view text)
+{
+    return append(text.data(), lengthOf(text));
 }
 
 String& String::operator+=(const char16_t* text)
@@ -98,6 +112,11 @@ String& String::operator+=(char16_t ch)
 }
 
 String& String::operator+=(const String& text)
+{
+    return append(text);
+}
+
+String& String::operator+=(std::u16string_view text)
 {
     return append(text);
 }
@@ -216,7 +235,7 @@ String operator+(char16_t left, const String& right)
 String operator+(const String& left, const String& right)
 {
     const StringReadLock text(left);
-    const StringReadLock more(right);
+    const StringSource more(left, right);
     return joined(text.data(), text.length(), more.data(), more.length());
 }
 

@@ -5,8 +5,9 @@
 #include "vx/Result.h"
 #include "vx/detail/EncodeText.h"
 #include "vx/detail/StringLocks.h"
-#include "vx/text/charset/ByteToCharConverter.h"
-#include "vx/text/charset/CharToByteConverter.h"
+#include "vx/detail/TextRange.h"
+#include "vx/text/charset/BTCUTF8.h"
+#include "vx/text/charset/CTBUTF8.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vxsys/Text.h"
@@ -17,15 +18,16 @@
 
 namespace vx {
 
+using detail::lengthOf;
 using detail::StringReadLock;
+using text::charset::BTCUTF8;
 using text::charset::ByteToCharConverter;
 using text::charset::CharToByteConverter;
+using text::charset::CTBUTF8;
 using util::ByteWriteLock;
 using util::RWCharBuffer;
 
 namespace {
-
-constexpr const char16_t* UTF_8 = u"UTF-8";
 
 /// Room for `length` items that become at most `factor` each, and for a terminator.
 int room(int length, int factor)
@@ -34,14 +36,6 @@ int room(int length, int factor)
     if (needed > std::numeric_limits<int>::max())
         throwBadAllocation();
     return static_cast<int>(needed);
-}
-
-/// The length of a view as `int`.
-int lengthOf(std::size_t length)
-{
-    if (length >= static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        throwBadAllocation();
-    return static_cast<int>(length);
 }
 
 /// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
@@ -61,6 +55,11 @@ void encode(CharToByteConverter& encoder, const StringReadLock& text, util::IByt
     const int needed = room(text.length(), encoder.getMaxBytesPerChar());
     ByteWriteLock target(out, needed);
     target.setLength(encode(encoder, text, target.data(), needed));
+}
+
+std::string_view bytesOf(std::u8string_view utf8) noexcept
+{
+    return {reinterpret_cast<const char*>(utf8.data()), utf8.size()};
 }
 
 char16_t upperAscii(char16_t unit) noexcept
@@ -125,17 +124,18 @@ String::String(const unsigned char* bytes, int length, const char16_t* encoding,
 }
 
 String::String(std::u16string_view text)
-    : String(text.data(), lengthOf(text.size()))
+    : String(text.data(), lengthOf(text))
 {
 }
 
 String::String(std::string_view utf8)
-    : String(utf8.data(), lengthOf(utf8.size()), UTF_8)
+    : String()
 {
+    setToUtf8(utf8);
 }
 
 String::String(std::u8string_view utf8)
-    : String(reinterpret_cast<const char*>(utf8.data()), lengthOf(utf8.size()), UTF_8)
+    : String(bytesOf(utf8))
 {
 }
 
@@ -146,17 +146,17 @@ String& String::operator=(const char* bytes)
 
 String& String::operator=(std::u16string_view text)
 {
-    return setTo(text.data(), lengthOf(text.size()));
+    return setTo(text.data(), lengthOf(text));
 }
 
 String& String::operator=(std::string_view utf8)
 {
-    return setTo(utf8.data(), lengthOf(utf8.size()), UTF_8);
+    return setToUtf8(utf8);
 }
 
 String& String::operator=(std::u8string_view utf8)
 {
-    return setTo(reinterpret_cast<const char*>(utf8.data()), lengthOf(utf8.size()), UTF_8);
+    return setToUtf8(bytesOf(utf8));
 }
 
 String& String::setTo(const char* bytes, int length, const char16_t* encoding)
@@ -165,7 +165,6 @@ String& String::setTo(const char* bytes, int length, const char16_t* encoding)
     return *this;
 }
 
-/// The new text comes into the string when it is whole: what a converter throws leaves the old one.
 void String::internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity)
 {
     if (length == -1)
@@ -176,20 +175,35 @@ void String::internalSetTo(const char* bytes, int length, const char16_t* encodi
         setAddRef(String());
         return;
     }
-
     const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
-    const int needed = room(length, decoder->getMaxCharsPerByte());
+    decode(*decoder, bytes, length, capacity);
+}
+
+String& String::setToUtf8(std::string_view bytes)
+{
+    if (bytes.empty())
+        return setAddRef(String());
+    BTCUTF8 decoder;
+    const Reference<AnsiBytes> cache = std::move(m_ansi);
+    decode(decoder, bytes.data(), lengthOf(bytes), 0);
+    return *this;
+}
+
+/// The new text comes into the string when it is whole: what a converter throws leaves the old one.
+void String::decode(ByteToCharConverter& decoder, const char* bytes, int length, int capacity)
+{
+    const int needed = room(length, decoder.getMaxCharsPerByte());
     Reference<RWCharBuffer> buffer(new RWCharBuffer(std::max(capacity, needed)));
     char16_t* text = buffer->getWriteLock(needed);
     std::int32_t written = 0;
     if (bytes != nullptr) {
         std::int32_t read = 0;
-        decoder->convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, needed - 1);
-        decoder->flush(text, &written, needed - 1);
+        decoder.convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, needed - 1);
+        decoder.flush(text, &written, needed - 1);
     }
     text[written] = 0;
     buffer->releaseWriteLock(written + 1);
-    m_buffer = Reference<IVXCharBuffer>(buffer);
+    m_buffer = buffer.get();
 }
 
 const char* String::getDataT(bool) const
@@ -254,10 +268,10 @@ std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char1
 std::string String::toUtf8() const
 {
     const StringReadLock text(*this);
-    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(UTF_8));
-    std::string bytes(static_cast<std::size_t>(room(text.length(), encoder->getMaxBytesPerChar())), '\0');
+    CTBUTF8 encoder;
+    std::string bytes(static_cast<std::size_t>(room(text.length(), encoder.getMaxBytesPerChar())), '\0');
     const std::int32_t written
-        = encode(*encoder, text, reinterpret_cast<signed char*>(bytes.data()), static_cast<std::int32_t>(bytes.size()));
+        = encode(encoder, text, reinterpret_cast<signed char*>(bytes.data()), static_cast<std::int32_t>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(written) - 1);
     return bytes;
 }

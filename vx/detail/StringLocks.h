@@ -1,8 +1,6 @@
 #pragma once
 
 #include "vx/AnsiBytes.h"
-#include "vx/Exception.h"
-#include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/detail/TextRange.h"
 #include "vx/util/ROCharBuffer.h"
@@ -10,8 +8,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <exception>
-#include <new>
+#include <cstring>
+#include <optional>
 #include <typeinfo>
 
 namespace vx::detail {
@@ -34,10 +32,30 @@ public:
         return isExactly<util::RWCharBuffer>(buffer) || isExactly<util::ROCharBuffer>(buffer);
     }
 
-    /// The storage of exactly an RWCharBuffer; null for anything else.
-    static Storage* storage(IVXCharBuffer& buffer) noexcept
+    /// The storage of exactly an RWCharBuffer that has no second holder; null for anything else.
+    static Storage* soleStorage(IVXCharBuffer& buffer) noexcept
     {
-        return isExactly<util::RWCharBuffer>(buffer) ? &static_cast<util::RWCharBuffer&>(buffer).m_storage : nullptr;
+        if (!isExactly<util::RWCharBuffer>(buffer))
+            return nullptr;
+        auto& own = static_cast<util::RWCharBuffer&>(buffer);
+        return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
+    }
+
+    /// Counts `more` units in and gives the place behind the text where the caller writes them, if that takes neither a
+    /// copy nor new storage; else null, and nothing happened.
+    static char16_t* extend(String& text, int more) noexcept
+    {
+        Storage* storage = isExactly<String>(text) ? soleStorage(*text.m_buffer) : nullptr;
+        if (storage == nullptr || more < 1)
+            return nullptr;
+        const int length = std::max(storage->length(), 1);
+        if (more > storage->capacity() - length)
+            return nullptr;
+        text.m_ansi = nullptr;
+        storage->setLength(length + more);
+        char16_t* place = storage->data() + (length - 1);
+        place[more] = 0;
+        return place;
     }
 
     /// Text and length of a known buffer; false for any other.
@@ -58,14 +76,16 @@ public:
         return false;
     }
 
-    /// As through the component view, where exhaustion is a result.
-    static void ensure(Storage& storage, int minimum)
+    /// A new buffer with count 0 that holds `length` units and the terminator, in room for no less than `capacity`.
+    static util::RWCharBuffer* copyOf(const char16_t* text, int length, int capacity = 0)
     {
-        try {
-            storage.ensure(minimum);
-        } catch (const std::bad_alloc&) {
-            throwResult(RESULT_OUT_OF_MEMORY);
-        }
+        auto* buffer = new util::RWCharBuffer(std::max(capacity, withTerminator(length)));
+        Storage& storage = buffer->m_storage;
+        if (length > 0)
+            std::memcpy(storage.data(), text, static_cast<std::size_t>(length) * sizeof(char16_t));
+        storage.data()[length] = 0;
+        storage.setLength(length + 1);
+        return buffer;
     }
 };
 
@@ -75,23 +95,15 @@ public:
     explicit StringReadLock(const String& text)
         : m_text(text)
     {
-        if (isExactly<String>(text) && PlainBuffer::read(*text.m_buffer, &m_data, &m_length)) {
+        if (isExactly<String>(text) && PlainBuffer::read(*text.m_buffer, &m_data, &m_length))
             m_length = std::max(m_length - 1, 0);
-            return;
-        }
-        m_exceptionsAtStart = std::uncaught_exceptions();
-        m_length = text.GetLength();
-        throwIfFailed(text.GetReadLock(&m_data));
-        m_isLocked = true;
-        m_length = text.GetLength(); // a writer may have been at work until now
+        else
+            lockView();
     }
     ~StringReadLock() noexcept(false)
     {
-        if (!m_isLocked)
-            return;
-        const std::int32_t result = m_text.ReleaseReadLock();
-        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-            throwIfFailed(result);
+        if (m_isLocked)
+            unlockView();
     }
     StringReadLock(const StringReadLock&) = delete;
     StringReadLock& operator=(const StringReadLock&) = delete;
@@ -100,6 +112,9 @@ public:
     int length() const noexcept { return m_length; }
 
 private:
+    void lockView();
+    void unlockView();
+
     const String& m_text;
     const char16_t* m_data = nullptr;
     int m_length = 0;
@@ -107,39 +122,55 @@ private:
     bool m_isLocked = false;
 };
 
+/// The text of `source` for an operation on `target`. Where both stand on one buffer with a lock of its own, it is a
+/// copy: a lock on the source would stand in the way of a write to the target, and a second read lock behind a writer
+/// that waits for the first would wait for ever.
+class [[nodiscard]] StringSource {
+public:
+    StringSource(const String& target, const String& source)
+        : m_lock(source.m_buffer == target.m_buffer && !PlainBuffer::isKnown(*source.m_buffer)
+                  ? m_copy.emplace(String::AcquireCopy, source)
+                  : source)
+    {
+    }
+
+    const char16_t* data() const noexcept { return m_lock.data(); }
+    int length() const noexcept { return m_lock.length(); }
+
+private:
+    std::optional<String> m_copy;
+    StringReadLock m_lock;
+};
+
 /// A string's text under the write lock of its view. The length that `setLength` told last becomes the string's at the end
 /// of the block, with a terminator behind it; without one it keeps the length it had.
 class [[nodiscard]] StringWriteLock {
 public:
-    /// `expectedLength` makes a copy on write large enough at once.
-    explicit StringWriteLock(String& text, int minimumLength = 0, int expectedLength = 0)
+    /// A copy on write has room for `more` units behind the text at once.
+    explicit StringWriteLock(String& text, int minimumLength = 0, std::int64_t more = 0)
         : m_text(text)
     {
-        if (isExactly<String>(text) && PlainBuffer::isKnown(*text.m_buffer)) {
-            const int needed = withTerminator(std::max(minimumLength, 0));
-            text.m_ansi = nullptr;
-            text.copyOnWrite(std::max(needed, withTerminator(std::max(expectedLength, 0))));
-            m_storage = PlainBuffer::storage(*text.m_buffer);
-            PlainBuffer::ensure(*m_storage, needed);
-            m_data = m_storage->data();
-            m_length = std::max(m_storage->length() - 1, 0);
+        if (isExactly<String>(text)) {
+            m_storage = PlainBuffer::soleStorage(*text.m_buffer);
+            if (m_storage == nullptr && PlainBuffer::isKnown(*text.m_buffer))
+                m_storage = copyFirst(more);
+        }
+        if (m_storage == nullptr) {
+            lockView(minimumLength);
             return;
         }
-        m_exceptionsAtStart = std::uncaught_exceptions();
-        m_length = text.GetLength();
-        throwIfFailed(text.GetWriteLock(minimumLength, &m_data));
-        m_length = text.GetLength();
+        text.m_ansi = nullptr;
+        m_length = std::max(m_storage->length() - 1, 0);
+        ensureCapacity(minimumLength);
     }
     ~StringWriteLock() noexcept(false)
     {
-        if (m_storage != nullptr) {
-            m_data[m_length] = 0;
-            m_storage->setLength(m_length + 1);
+        if (m_storage == nullptr) {
+            unlockView();
             return;
         }
-        const std::int32_t result = m_text.ReleaseWriteLock(m_length);
-        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-            throwIfFailed(result);
+        m_data[m_length] = 0;
+        m_storage->setLength(m_length + 1);
     }
     StringWriteLock(const StringWriteLock&) = delete;
     StringWriteLock& operator=(const StringWriteLock&) = delete;
@@ -151,17 +182,19 @@ public:
     /// Makes room; pointers taken before are invalid. A failure leaves the text as it was.
     void ensureCapacity(int minimumLength)
     {
-        if (m_storage != nullptr) {
-            PlainBuffer::ensure(*m_storage, withTerminator(minimumLength));
+        const int needed = withTerminator(std::max(minimumLength, 0));
+        if (m_storage == nullptr || m_storage->capacity() < needed)
+            grow(needed);
+        else
             m_data = m_storage->data();
-            return;
-        }
-        char16_t* moved = nullptr;
-        throwIfFailed(m_text.EnsureCapacity(minimumLength, &moved));
-        m_data = moved;
     }
 
 private:
+    void lockView(int minimumLength);
+    void unlockView();
+    PlainBuffer::Storage* copyFirst(std::int64_t more);
+    void grow(int needed);
+
     String& m_text;
     PlainBuffer::Storage* m_storage = nullptr;
     char16_t* m_data = nullptr;

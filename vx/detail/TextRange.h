@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <string_view>
 
 namespace vx::detail {
 
@@ -18,6 +19,15 @@ inline int measured(const char16_t* text, int length) noexcept
     if (text == nullptr)
         return 0;
     return length == -1 ? VXStrLenW(text) : std::max(length, 0);
+}
+
+/// The length of a view in the width of ours; what cannot be counted throws.
+template <class Unit>
+int lengthOf(std::basic_string_view<Unit> text)
+{
+    if (text.size() > static_cast<std::size_t>(LONGEST_TEXT))
+        throwBadAllocation();
+    return static_cast<int>(text.size());
 }
 
 /// Where -1 or too large a value means `end`.
