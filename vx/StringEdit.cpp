@@ -234,8 +234,8 @@ String operator+(char16_t left, const String& right)
 
 String operator+(const String& left, const String& right)
 {
+    const StringSource more(left, right); // first: a copy comes before a lock on its source
     const StringReadLock text(left);
-    const StringSource more(left, right);
     return joined(text.data(), text.length(), more.data(), more.length());
 }
 

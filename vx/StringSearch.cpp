@@ -406,7 +406,8 @@ void String::trim(const char16_t* set, int length, TrimType type)
 void String::trim(const String& set, TrimType type)
 {
     const StringSource source(*this, set);
-    const std::u16string units(source.data(), static_cast<std::size_t>(source.length())); // a part may lack a terminator
+    const std::u16string units(
+        source.data(), static_cast<std::size_t>(source.length())); // a part may lack a terminator
     trim(units.c_str(), -1, type);
 }
 

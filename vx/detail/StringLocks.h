@@ -129,8 +129,8 @@ class [[nodiscard]] StringSource {
 public:
     StringSource(const String& target, const String& source)
         : m_lock(source.m_buffer == target.m_buffer && !PlainBuffer::isKnown(*source.m_buffer)
-                  ? m_copy.emplace(String::AcquireCopy, source)
-                  : source)
+                ? m_copy.emplace(String::AcquireCopy, source)
+                : source)
     {
     }
 

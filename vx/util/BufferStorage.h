@@ -60,6 +60,10 @@ public:
             realloc(minimum);
     }
 
+    /// The same capacity and the units in it; a length that was told beyond the capacity has none there.
+    void assign(const BufferStorage& other) { assign(other.data(), other.held(), other.capacity()); }
+    int held() const noexcept { return std::min(length(), m_capacity); }
+
     void assign(const Unit* source, int length, int capacity)
     {
         alloc(std::max(length, capacity));

@@ -18,14 +18,14 @@ RWByteBuffer::RWByteBuffer(const signed char* data, int length, int capacity)
 RWByteBuffer::RWByteBuffer(const RWByteBuffer& other)
     : AbstractByteBuffer()
 {
-    m_storage.assign(other.m_storage.data(), other.m_storage.length(), other.m_storage.capacity());
+    m_storage.assign(other.m_storage);
 }
 
 RWByteBuffer& RWByteBuffer::operator=(const RWByteBuffer& other)
 {
     if (this == &other)
         return *this;
-    const int length = other.m_storage.length();
+    const int length = other.m_storage.held();
     signed char* target = getWriteLock(other.m_storage.capacity());
     std::copy_n(other.m_storage.data(), length, target);
     releaseWriteLock(length);

@@ -18,14 +18,14 @@ RWCharBuffer::RWCharBuffer(const char16_t* data, int length, int capacity)
 RWCharBuffer::RWCharBuffer(const RWCharBuffer& other)
     : AbstractCharBuffer()
 {
-    m_storage.assign(other.m_storage.data(), other.m_storage.length(), other.m_storage.capacity());
+    m_storage.assign(other.m_storage);
 }
 
 RWCharBuffer& RWCharBuffer::operator=(const RWCharBuffer& other)
 {
     if (this == &other)
         return *this;
-    const int length = other.m_storage.length();
+    const int length = other.m_storage.held();
     char16_t* target = getWriteLock(other.m_storage.capacity());
     std::copy_n(other.m_storage.data(), length, target);
     releaseWriteLock(length);

@@ -1,0 +1,76 @@
+#include "tests/AllocationProbe.h"
+
+#include "vxsys/Memory.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local AllocationProbe* t_probe = nullptr;
+
+} // namespace
+
+AllocationProbe::AllocationProbe(int failing) noexcept
+    : m_failing(failing)
+    , m_outer(t_probe)
+{
+    t_probe = this;
+}
+
+AllocationProbe::~AllocationProbe()
+{
+    t_probe = m_outer;
+}
+
+bool AllocationProbe::next(std::size_t rawSize) noexcept
+{
+    if (t_probe == nullptr)
+        return true;
+    if (rawSize != 0)
+        t_probe->m_lastRawSize = rawSize;
+    return ++t_probe->m_count != t_probe->m_failing;
+}
+
+void* VXMemAlloc(std::size_t bytes) noexcept
+{
+    return bytes != 0 && AllocationProbe::next(bytes) ? std::malloc(bytes) : nullptr;
+}
+
+void* VXMemRealloc(void* memory, std::size_t bytes) noexcept
+{
+    return AllocationProbe::next(bytes) ? std::realloc(memory, bytes != 0 ? bytes : 1) : nullptr;
+}
+
+void* vxsys::allocate(std::size_t bytes)
+{
+    if (AllocationProbe::next(0)) {
+        if (void* memory = std::malloc(bytes != 0 ? bytes : 1))
+            return memory;
+    }
+    // As the platform layer does where the handler gives up.
+    const VXNewHandler handler = VXSetNewHandler(nullptr);
+    VXSetNewHandler(handler);
+    if (handler != nullptr)
+        handler();
+    throw std::bad_alloc();
+}
+
+void* operator new(std::size_t bytes)
+{
+    if (AllocationProbe::next(0)) {
+        if (void* memory = std::malloc(bytes != 0 ? bytes : 1))
+            return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}

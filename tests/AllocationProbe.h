@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+
+/// Watches the allocations that the library makes on this thread while the probe lives, and can let one of them fail. The
+/// program that uses it replaces the platform layer's allocating functions and `operator new`.
+class AllocationProbe {
+public:
+    /// The `failing`th allocation from here on finds no memory, counted from 1; with 0 none.
+    explicit AllocationProbe(int failing = 0) noexcept;
+    ~AllocationProbe();
+    AllocationProbe(const AllocationProbe&) = delete;
+    AllocationProbe& operator=(const AllocationProbe&) = delete;
+
+    int count() const noexcept { return m_count; }
+    bool failed() const noexcept { return m_failing != 0 && m_count >= m_failing; }
+    /// What the last allocation of raw storage asked for.
+    std::size_t lastRawSize() const noexcept { return m_lastRawSize; }
+
+    /// For the replaced functions: whether an allocation may go ahead.
+    static bool next(std::size_t rawSize) noexcept;
+
+private:
+    int m_failing;
+    int m_count = 0;
+    std::size_t m_lastRawSize = 0;
+    AllocationProbe* m_outer;
+};
+
+/// Runs `work` again and again, each time with a later allocation that fails, until all of them succeed. `check(failing)`
+/// runs behind each failure. Gives the number of failures.
+template <class Work, class Check>
+int failEachAllocation(Work work, Check check)
+{
+    for (int failing = 1;; ++failing) {
+        bool failed = false;
+        {
+            AllocationProbe probe(failing);
+            try {
+                work();
+            } catch (...) {
+            }
+            failed = probe.failed();
+        }
+        if (!failed)
+            return failing - 1;
+        check(failing);
+    }
+}

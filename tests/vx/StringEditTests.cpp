@@ -1,0 +1,503 @@
+#include "tests/AllocationProbe.h"
+#include "tests/vx/UserBuffer.h"
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/util/MTCharBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vx {
+namespace {
+
+constexpr int LARGEST = std::numeric_limits<int>::max();
+constexpr int LEAST = std::numeric_limits<int>::min();
+
+using Edit = std::function<void(String&)>;
+
+/// A text and the zero unit behind it.
+void expectText(const String& text, std::u16string_view expected, const std::string& what = {})
+{
+    EXPECT_EQ(text, expected) << what;
+    EXPECT_EQ(text.getLength(), static_cast<int>(expected.size())) << what;
+    EXPECT_EQ(text.getData()[expected.size()], 0) << what;
+}
+
+TEST(String, ReplacesARange)
+{
+    struct {
+        int start, count;
+        const char16_t* text;
+        int length, textStart;
+        const char16_t* expected;
+    } cases[] = {
+        {1, 1, u"XY", -1, 0, u"aXYc"},
+        {-1, 7, u"XY", -1, 0, u"abcXY"},
+        {-1, LEAST, u"XY", -1, 0, u"abcXY"},
+        {LARGEST, LARGEST, u"XY", -1, 0, u"abcXY"},
+        {1, -1, u"X", -1, 0, u"aX"},
+        {1, 99, u"X", -1, 0, u"aX"},
+        {0, -1, u"XYZ", -1, 2, u"Z"},
+        {1, 0, u"XYZ", -1, 4, u"abc"},
+        {1, 1, u"XYZ", 2, -1, u"ac"},
+        {1, 1, u"XYZ", 2, 1, u"aYc"},
+        {1, 0, u"X\0Y", 3, 1, u"a"},
+        {0, 3, nullptr, 0, 0, u""},
+        {0, 1, nullptr, -1, 0, u"bc"},
+        {0, 1, nullptr, 5, 0, u"bc"},
+        {-2, 1, u"X", -1, 0, u"Xbc"},
+        {1, -2, u"X", -1, 0, u"aXbc"},
+        {1, 1, u"X", -2, 0, u"ac"},
+        {1, 1, u"X", LEAST, LEAST, u"ac"},
+        {1, 1, u"XYZ", -1, -2, u"aXYZc"},
+    };
+    for (const auto& row : cases) {
+        std::u16string expected(row.expected);
+        if (row.length == 3 && row.textStart == 1)
+            expected = std::u16string(u"a\0Ybc", 5);
+        const std::string what = std::to_string(&row - cases);
+        String text(u"abc");
+        EXPECT_EQ(&text.replace(row.start, row.count, row.text, row.length, row.textStart), &text);
+        expectText(text, expected, what);
+        String other(u"abc");
+        other.replace(row.start, row.count, String(row.text, row.length), row.textStart);
+        expectText(other, expected, what);
+    }
+    String text(u"abc");
+    expectText(text.replace(1, 1, u'X', 3), u"aXXXc");
+    expectText(text.replace(1, 3, u'X', -1), u"ac");
+    expectText(text.replace(-1, 0, u'X', 0), u"ac");
+}
+
+TEST(String, EditsInAllForms)
+{
+    const String piece(u"XY");
+    struct {
+        const char* what;
+        Edit edit;
+        const char16_t* expected;
+    } cases[] = {
+        {"append", [&](String& s) { (s.append(u"XYZ", 2).append(piece) += u"Z") += piece; }, u"  abc \tXYXYZXY"},
+        {"append units", [](String& s) { s.append(u'x', 2).append(u'y') += u'z'; }, u"  abc \txxyz"},
+        {"append views", [](String& s) { s.append(std::u16string(u"x\u20AC")) += std::u16string_view(u"y"); },
+            u"  abc \tx\u20ACy"},
+        {"append nothing", [](String& s) { s.append(u'x', -1).append(u"", 0).append(nullptr, 5).append(u"x", -2); },
+            u"  abc \t"},
+        {"prepend", [&](String& s) { s.prepend(u"XYZ", 2).prepend(piece).prepend(u'-', 2); }, u"--XYXY  abc \t"},
+        {"insert", [&](String& s) { s.insert(2, u"XYZ", 1).insert(-1, piece).insert(99, u"!"); }, u"  Xabc \tXY!"},
+        {"remove", [](String& s) { s.remove(2, -1); }, u"  "},
+        {"remove beyond", [](String& s) { s.remove(99).remove(7, 1); }, u"  abc \t"},
+        {"set text", [](String& s) { s.setTo(u"xyz", 2); }, u"xy"},
+        {"set unit", [](String& s) { s = u'x'; }, u"x"},
+        {"set units", [](String& s) { s.setTo(u'x', 3); }, u"xxx"},
+        {"set nothing", [](String& s) { s = static_cast<const char16_t*>(nullptr); }, u""},
+        {"set view", [](String& s) { s = std::u16string_view(u"xyz").substr(1); }, u"yz"},
+        {"resize up", [](String& s) { s.resize(9, u'x'); }, u"  abc \txx"},
+        {"resize down", [](String& s) { s.resize(3, u'x'); }, u"  a"},
+        {"resize below", [](String& s) { s.resize(LEAST, u'x'); }, u""},
+        {"clear", [](String& s) { s.clear(); }, u""},
+        {"set unit at", [](String& s) { s.setCharAt(2, u'X'); }, u"  Xbc \t"},
+        {"translate", [](String& s) { s.translate(u' ', u'-'); }, u"--abc-\t"},
+        {"translate texts", [&](String& s) { s.translate(u"a", u"b"), s.translate(piece, piece); }, u"  abc \t"},
+        {"upper", [](String& s) { s = u"a\u00E9\u0451\u00DF\u01C6", s.toUpper(); }, u"A\u00C9\u0401\u00DF\u01C4"},
+        {"lower", [](String& s) { s = u"A\u00C9\u0401\u0130", s.toLower(); }, u"a\u00E9\u0451i"},
+        {"trim", [](String& s) { s.trim(); }, u"abc"},
+        {"trim leading", [](String& s) { s.trim(String::TrimLeading); }, u"abc \t"},
+        {"trim trailing", [](String& s) { s.trim(String::TrimTrailing); }, u"  abc"},
+        {"trim no side", [](String& s) { s.trim(static_cast<String::TrimType>(0)); }, u"  abc \t"},
+        {"trim unit", [](String& s) { s.trim(u' '); }, u"abc \t"},
+        {"trim set", [](String& s) { s.trim(u" ac\t", 0); }, u"b"},
+        {"trim set at one side", [](String& s) { s.trim(u"\t c", String::TrimTrailing); }, u"  ab"},
+        {"trim string", [](String& s) { s.trim(String(String::AcquireWrap, String(u"x \tx"), 1, 3)); }, u"abc"},
+        {"trim exact", [](String& s) { s.trim(u"AC \t"); }, u"abc"},
+        {"trim wide", [](String& s) { s = u"\u2003a\u2003\u3000", s.trim(u"\u3000\u2003"); }, u"a"},
+        {"trim nothing", [](String& s) { s.trim(u""), s.trim(static_cast<const char16_t*>(nullptr)); }, u"  abc \t"},
+        {"trim all", [](String& s) { s = u" \r\n\t ", s.trim(); }, u""},
+    };
+    for (const auto& row : cases) {
+        const char16_t* literalText = u"  abc \t";
+        String owned(literalText);
+        row.edit(owned);
+        expectText(owned, row.expected, row.what);
+        String wrapped(String::AcquireWrap, literalText);
+        const String sharer(wrapped);
+        row.edit(wrapped);
+        expectText(wrapped, row.expected, row.what);
+        expectText(sharer, u"  abc \t", row.what);
+    }
+    String zeros(u"\0a\0", 3);
+    zeros.trim(u"b");
+    expectText(zeros, u"a", "the terminator of a set is in it");
+}
+
+TEST(String, TakesItsOwnTextAsASource)
+{
+    struct {
+        const char* what;
+        Edit edit;
+        std::function<void(std::u16string&)> model;
+    } cases[] = {
+        {"a += a", [](String& a) { a += a; }, [](std::u16string& m) { m += m; }},
+        {"a = a", [](String& a) { a = *&a; }, [](std::u16string&) {}},
+        {"a = data", [](String& a) { a = a.getData(); }, [](std::u16string&) {}},
+        {"a.insert(0, a)", [](String& a) { a.insert(0, a); }, [](std::u16string& m) { m += m; }},
+        {"a.insert(1, a)", [](String& a) { a.insert(1, a); }, [](std::u16string& m) { m.insert(1, m); }},
+        {"prepend", [](String& a) { a.prepend(a.getData() + 1); }, [](std::u16string& m) { m = m.substr(1) + m; }},
+        {"append a tail", [](String& a) { a.append(a.getData() + 1, a.getLength() - 1); },
+            [](std::u16string& m) { m += m.substr(1); }},
+        {"append with the terminator", [](String& a) { a.append(a.getData(), a.getLength() + 1); },
+            [](std::u16string& m) { (m += m) += u'\0'; }},
+        {"replace by a part", [](String& a) { a.replace(0, 2, a.getData() + 1, 2); },
+            [](std::u16string& m) { m.replace(0, 2, m.substr(1, 2)); }},
+        {"replace by itself", [](String& a) { a.replace(1, -1, a, 1); }, [](std::u16string&) {}},
+        {"set to a part", [](String& a) { a.setTo(String::AcquireCopy, a, 1, 3); },
+            [](std::u16string& m) { m = m.substr(1, 2); }},
+        {"wrap a part", [](String& a) { a.setTo(String::AcquireWrap, a, 1, 3); },
+            [](std::u16string& m) { m = m.substr(1, 2); }},
+        {"wrap data", [](String& a) { a.setTo(String::AcquireWrap, a.getData() + 1); },
+            [](std::u16string& m) { m = m.substr(1); }},
+        {"upper of a part", [](String& a) { a.setTo(String::AcquireUpper, a, 1, 3); },
+            [](std::u16string& m) { m = u"BC"; }},
+        {"trim", [](String& a) { a.trim(a); }, [](std::u16string& m) { m.clear(); }},
+        {"trim by a tail", [](String& a) { a.insert(0, u"fe"), a.trim(a.getData() + 4); },
+            [](std::u16string& m) { m = u"feab"; }},
+        {"format", [](String& a) { (a += u"{0}").format(a.getData(), -1, a.getData() + 1); },
+            [](std::u16string& m) { m += m.substr(1) + u"{0}"; }},
+    };
+    for (const auto& row : cases) {
+        const std::u16string base = u"abc";
+        std::u16string expected = base;
+        row.model(expected);
+        String roomy(base.c_str(), -1, 100);
+        String tight(base);
+        tight.freeExtra();
+        String shared(roomy);
+        const String other(shared);
+        String adopted(String::AcquireShare, new UserBuffer(base));
+        const Reference<util::MTCharBuffer> locked(new util::MTCharBuffer(base.c_str(), 4));
+        String lockedText(String::AcquireShare, locked.get());
+        for (String* text : {&roomy, &tight, &shared, &adopted, &lockedText}) {
+            row.edit(*text);
+            expectText(*text, expected, row.what);
+        }
+        expectText(other, base, row.what);
+        EXPECT_EQ(locked->getLength(), 4) << "held by two: the string took a buffer of its own";
+    }
+
+    String a(u"shared by two strings");
+    String b(a);
+    a += b;
+    expectText(a, u"shared by two stringsshared by two strings");
+    b.replace(0, 6, b, 7);
+    expectText(b, u"by two strings by two strings");
+    const String c(b);
+    b.setTo(String::AcquireWrap, c, 3, 6);
+    EXPECT_EQ(b.getData(), c.getData() + 3);
+    EXPECT_EQ(b.getLength(), 3);
+}
+
+TEST(String, RefusesTextsThatCannotBeCounted)
+{
+    const Edit edits[] = {
+        [](String& s) { s.append(u'x', LARGEST); },
+        [](String& s) { s.append(u'x', LARGEST - 1); },
+        [](String& s) { s.append(u"x", LARGEST - 2); },
+        [](String& s) { s.replace(0, 3, u"x", LARGEST); },
+        [](String& s) { s.replace(0, 3, u'x', LARGEST - 1); },
+        [](String& s) { s.resize(LARGEST, u'x'); },
+        [](String& s) { s.resize(LARGEST - 1, u'x'); },
+        [](String& s) { s.getWriteLock(LARGEST); },
+        [](String& s) { s.getWriteLock(LARGEST - 1); },
+        [](String& s) {
+            s.copyOnWrite(LARGEST);
+            throw std::bad_alloc();
+        },
+        [](String& s) { s.releaseWriteLock(LARGEST); },
+        [](String& s) { s = String(u'x', LARGEST); },
+        [](String& s) { s = String(LARGEST); },
+        [](String& s) { s = String(u"x", LARGEST); },
+        [](String& s) { s = String("x", LARGEST, u"UTF-8"); },
+    };
+    for (const Edit& edit : edits) {
+        String text(u"abc");
+        std::int32_t result = 0;
+        try {
+            edit(text);
+        } catch (const ResultException& failure) {
+            result = failure.getResult();
+        } catch (const std::bad_alloc&) {
+            result = RESULT_OUT_OF_MEMORY;
+        }
+        EXPECT_EQ(result, RESULT_OUT_OF_MEMORY) << &edit - edits;
+        expectText(text, u"abc", std::to_string(&edit - edits));
+    }
+}
+
+TEST(String, KeepsTheOldTextWhereverAnAllocationFails)
+{
+    const String source(u"a source that is longer than what a string has room for");
+    const std::pair<const char*, Edit> edits[] = {
+        {"append", [&](String& s) { s += source; }},
+        {"insert itself", [](String& s) { s.insert(3, s); }},
+        {"replace", [&](String& s) { s.replace(1, 5, source, 2); }},
+        {"replace by shorter", [](String& s) { s.replace(1, 5, u"x"); }},
+        {"assign", [&](String& s) { s = source; }},
+        {"assign narrow", [](String& s) { s.setTo("narrow text", -1, u"UTF-8"); }},
+        {"resize", [](String& s) { s.resize(100, u'x'); }},
+        {"unit", [](String& s) { s.setCharAt(0, u'X'); }},
+        {"upper", [](String& s) { s.toUpper(); }},
+        {"trim", [](String& s) { s.trim(s); }},
+        {"lock", [](String& s) { s.getWriteLock(100), s.releaseWriteLock(1); }},
+        {"copy on write", [](String& s) { s.copyOnWrite(1), s.setCharAt(0, u'X'); }},
+        {"wrap", [](String& s) { s.setTo(String::AcquireWrap, u"wrapped"); }},
+        {"format", [](String& s) { s.format(u"{1} {0} {1}", -1, u"a", u"b"); }},
+    };
+    constexpr const char16_t* OLD = u"the old text";
+    const std::function<String()> makers[] = {
+        [] { return String(OLD); },
+        [] { return String(String::AcquireWrap, OLD); },
+        [] { return String(String::AcquireShare, new UserBuffer(OLD)); },
+        [] { return String(String::AcquireShare, new util::MTCharBuffer(OLD, 13)); },
+    };
+    for (const auto& [what, edit] : edits) {
+        for (const auto& make : makers) {
+            for (const bool isShared : {false, true}) {
+                String text = make();
+                const String sharer(isShared ? text : String());
+                const int failures = failEachAllocation(
+                    [&] { edit(text); }, [&](int failing) { expectText(text, OLD, what + std::to_string(failing)); });
+                EXPECT_NE(text, OLD) << what << ": the last time it works";
+                EXPECT_TRUE(failures > 0 || (!isShared && text.getData() != OLD)) << what;
+                if (isShared)
+                    expectText(sharer, OLD, what);
+            }
+        }
+    }
+    std::int32_t result = 0;
+    String shared(OLD);
+    const String sharer(shared);
+    failEachAllocation(
+        [&] {
+            try {
+                shared.append(u'!', 100);
+            } catch (const ResultException& failure) {
+                result = failure.getResult();
+            }
+        },
+        [&](int failing) { EXPECT_EQ(result, RESULT_OUT_OF_MEMORY) << failing; });
+}
+
+TEST(String, FollowsTheProtocolOfAForeignBuffer)
+{
+    struct {
+        const char* what;
+        Edit edit;
+        const char* events;
+    } cases[] = {
+        {"replace", [](String& s) { s.replace(1, 1, u"XY"); }, "W1 E5 E5 w5 "},
+        {"append", [](String& s) { s.append(u"d"); }, "W1 E5 E5 w5 "},
+        {"remove", [](String& s) { s.remove(0, 1); }, "W1 E3 E3 w3 "},
+        {"resize", [](String& s) { s.resize(7, u'x'); }, "W8 E8 w8 "},
+        {"unit", [](String& s) { s.setCharAt(0, u'X'); }, "W1 E4 w4 "},
+        {"upper", [](String& s) { s.toUpper(); }, "W1 E4 w4 "},
+        {"trim", [](String& s) { s.trim(u'c'); }, "W1 E3 w3 "},
+        {"lock", [](String& s) { s.getWriteLock(9)[1] = 0, s.releaseWriteLock(-1); }, "W10 E2 w2 "},
+        {"compare", [](String& s) { EXPECT_TRUE(s.compare(u"abd") < 0 && s.indexOf(u'c') == 2); }, "R r R r "},
+        {"with itself", [](String& s) { EXPECT_TRUE(s == String(s) && s.contains(s)); }, "R r R r R r R r "},
+        {"own text", [](String& s) { s += s; }, "R r W1 E7 E7 w7 "},
+        {"sum", [](String& s) { EXPECT_EQ(s + s, u"abcabc"); }, "R r R r "},
+        {"substring", [](String& s) { EXPECT_EQ(s.substring(1), u"bc"); }, "R r "},
+        {"hash", [](String& s) { EXPECT_EQ(s.hashCode(), 136518U); }, "R r "},
+        {"bytes", [](String& s) { EXPECT_STREQ(s.getBytes(u"UTF-8"), "abc"); }, "R r "},
+        {"free", [](String& s) { s.freeExtra(); }, "F "},
+        {"copy", [](String& s) { String(s) += u'd'; }, "R r "},
+    };
+    for (const auto& row : cases) {
+        auto* buffer = new UserBuffer(u"abc");
+        String text(String::AcquireShare, buffer);
+        row.edit(text);
+        EXPECT_EQ(buffer->m_events, row.events) << row.what;
+        EXPECT_LE(buffer->m_deepest, 1) << row.what << ": a writer may wait between two locks of one thread";
+        EXPECT_TRUE(buffer->isUnlocked()) << row.what;
+        EXPECT_EQ(text.getData()[text.getLength()], 0) << row.what;
+
+        // Each call of the buffer fails in turn.
+        for (int failing = 1; failing <= std::count(buffer->m_events.begin(), buffer->m_events.end(), ' '); ++failing) {
+            auto* weak = new UserBuffer(u"abc");
+            String old(String::AcquireShare, weak);
+            weak->m_failing = failing;
+            try {
+                row.edit(old);
+                ADD_FAILURE() << row.what << failing;
+            } catch (const ResultException& failure) {
+                EXPECT_EQ(failure.getResult(), UserBuffer::FAILURE) << row.what << failing;
+            }
+            EXPECT_TRUE(weak->isUnlocked()) << row.what << failing;
+            EXPECT_EQ(weak->GetLength(), 4) << row.what << failing;
+            const bool isWritten = weak->m_events.find('w') != std::string::npos;
+            EXPECT_TRUE(weak->GetData()[3] == 0 || (isWritten && !weak->m_events.ends_with("w4 ")))
+                << row.what << failing;
+        }
+    }
+
+    auto* readOnly = new UserBuffer(u"abc");
+    readOnly->m_isReadOnly = true;
+    String text(String::AcquireShare, readOnly);
+    const Reference<IVXCharBuffer> kept(readOnly);
+    text += u'd';
+    EXPECT_EQ(readOnly->m_events, "R r ");
+    expectText(text, u"abcd");
+}
+
+/// One string of the model test with what it must be.
+struct Pair {
+    String text;
+    std::u16string model;
+};
+
+String madeOf(const std::u16string& text, unsigned kind)
+{
+    const int length = static_cast<int>(text.size());
+    switch (kind % 4) {
+    case 0:
+        return String(text.c_str(), length, static_cast<int>(kind % 64));
+    case 1:
+        return String(String::AcquireShare, new UserBuffer(text));
+    case 2:
+        return String(String::AcquireShare, new util::MTCharBuffer(text.c_str(), length + 1));
+    default:
+        return String(String::AcquireUpper, text.c_str(), length);
+    }
+}
+
+TEST(String, EditsLikeAModelWhateverItShares)
+{
+    const std::uint32_t seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    const auto piece = [&] {
+        std::u16string text;
+        for (int i = below(20); i > 0; --i)
+            text += static_cast<char16_t>(u'A' + below(26));
+        return text;
+    };
+
+    std::vector<Pair> pool(5);
+    for (int step = 0; step < 30000; ++step) {
+        Pair& one = pool[static_cast<std::size_t>(below(5))];
+        const Pair& other = pool[static_cast<std::size_t>(below(5))]; // may be the same
+        const int length = static_cast<int>(one.model.size());
+        const int start = below(length + 1);
+        const int count = below(length - start + 1);
+        const int from = below(static_cast<int>(other.model.size()) + 1);
+        const std::u16string text = piece();
+        const auto at = static_cast<std::size_t>(start);
+        const int operation = below(length > 300 ? 3 : 14);
+        switch (operation) {
+        case 0:
+            one.text.remove(start, count);
+            one.model.erase(at, static_cast<std::size_t>(count));
+            break;
+        case 1:
+            one.text.setAddRef(other.text);
+            one.model = other.model;
+            break;
+        case 2: {
+            String made = madeOf(text, random());
+            one.text.swap(made);
+            one.model = text;
+            break;
+        }
+        case 3:
+            one.text = other.text;
+            one.model = other.model;
+            break;
+        case 4:
+            one.text.replace(start, count, other.text, from);
+            one.model.replace(at, static_cast<std::size_t>(count),
+                std::u16string(other.model.substr(static_cast<std::size_t>(from))));
+            break;
+        case 5:
+            one.text.replace(start, count, text.c_str(), static_cast<int>(text.size()));
+            one.model.replace(at, static_cast<std::size_t>(count), text);
+            break;
+        case 6:
+            one.text.insert(start, other.text);
+            one.model.insert(at, std::u16string(other.model));
+            break;
+        case 7:
+            one.text += other.text;
+            one.model += std::u16string(other.model);
+            break;
+        case 8:
+            one.text.append(u'X', count);
+            one.model.append(static_cast<std::size_t>(count), u'X');
+            break;
+        case 9:
+            one.text.resize(count, u'R');
+            one.model.resize(static_cast<std::size_t>(count), u'R');
+            break;
+        case 10:
+            one.text = other.text.substring(from) + one.text;
+            one.model = other.model.substr(static_cast<std::size_t>(from)) + one.model;
+            break;
+        case 11:
+            one.text.setTo(String::AcquireCopy, other.text, from);
+            one.model = std::u16string(other.model.substr(static_cast<std::size_t>(from)));
+            break;
+        case 12:
+            one.text.trim(u'X', String::TrimLeading);
+            one.model.erase(0, std::min(one.model.find_first_not_of(u'X'), one.model.size()));
+            break;
+        default:
+            one.text.prepend(one.text.getData() + start, count);
+            one.model.insert(0, std::u16string(one.model.substr(at, static_cast<std::size_t>(count))));
+            break;
+        }
+        for (const Pair& pair : pool) {
+            ASSERT_EQ(pair.text, pair.model) << "step " << step << " operation " << operation;
+            ASSERT_EQ(pair.text.getData()[pair.model.size()], 0) << "step " << step << " operation " << operation;
+        }
+    }
+}
+
+TEST(String, LetsThreadsEditWhatTheyShare)
+{
+    for (const bool isLocked : {false, true}) {
+        const std::u16string base(100, u'-');
+        const String common(isLocked ? String(String::AcquireShare, new util::MTCharBuffer(base.c_str(), 101))
+                                     : String(std::u16string_view(base)));
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < 3; ++thread) {
+            threads.emplace_back([thread, own = common]() mutable {
+                for (int round = 0; round < 300; ++round) {
+                    const String before(own); // shared again: the next write copies
+                    own.setCharAt(round % 100, static_cast<char16_t>(u'0' + thread));
+                    own.append(u'x').remove(100, 1);
+                    ASSERT_EQ(before.getLength(), 100);
+                    if (round % 7 == 0)
+                        own.setAddRef(before);
+                    if (round % 50 == 0)
+                        own.freeExtra();
+                }
+                ASSERT_EQ(own.findFirstNotOf(thread == 0 ? u"-0" : thread == 1 ? u"-1" : u"-2"), -1);
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(common, base);
+    }
+}
+
+} // namespace
+} // namespace vx
