@@ -1,0 +1,204 @@
+#include "tests/vx/UserBuffer.h"
+#include "vx/AnsiBytes.h"
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/text/charset/CharsetException.h"
+#include "vx/util/MTByteBuffer.h"
+#include "vx/util/ROByteBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+
+namespace vx {
+namespace {
+
+using text::charset::InvalidCharacterException;
+using text::charset::UnknownEncodingException;
+
+TEST(NarrowString, DecodesByEncodingName)
+{
+    struct {
+        const char* bytes;
+        int length;
+        const char16_t* encoding;
+        const char16_t* text;
+    } cases[] = {
+        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", -1, u"UTF-8", u"a\u00E9\u20AC\U0001F600"},
+        {"a\xC3\xA9", -1, u"utf-8", u"a\u00E9"},
+        {"a\xC3\xA9", 2, u"ISO8859_1", u"a\u00C3"},
+        {"a\0b", 3, u"UTF-8", u"a\0b"},
+        {"a\0b", -1, u"UTF-8", u"a"},
+        {"a\0b\0", 4, u"UTF-16LE", u"ab"},
+        {"abc", -2, u"UTF-8", u""},
+        {"", -1, u"nobody's", u""},
+        {nullptr, -1, u"UTF-8", u""},
+        {nullptr, 5, u"UTF-8", u""},
+        {"abc", -1, nullptr, u"abc"},
+    };
+    for (const auto& row : cases) {
+        const auto place = &row - cases;
+        const std::u16string_view expected(
+            row.text, row.length == 3 && row.bytes != nullptr ? 3 : std::char_traits<char16_t>::length(row.text));
+        EXPECT_EQ(String(row.bytes, row.length, row.encoding), expected) << place;
+        EXPECT_EQ(String(reinterpret_cast<const signed char*>(row.bytes), row.length, row.encoding), expected);
+        EXPECT_EQ(String(reinterpret_cast<const unsigned char*>(row.bytes), row.length, row.encoding), expected);
+        EXPECT_EQ(String::CVXString(row.bytes, row.length, row.encoding), expected) << place;
+        String text(u"old");
+        const String sharer(text);
+        EXPECT_EQ(text.setTo(row.bytes, row.length, row.encoding), expected) << place;
+        EXPECT_EQ(text.getData()[text.getLength()], 0) << place;
+        EXPECT_EQ(sharer, u"old") << place;
+    }
+    String text(u"old");
+    EXPECT_THROW(text.setTo("a", 1, u"nobody's"), UnknownEncodingException);
+    EXPECT_THROW(text.setTo("abc\xED\xA0\x80", -1, u"UTF-8"), InvalidCharacterException);
+    EXPECT_EQ(text, u"old");
+    EXPECT_THROW(String(std::string_view("\xED\xA0\x80")), InvalidCharacterException);
+    EXPECT_EQ((text = "ascii"), u"ascii");
+    EXPECT_EQ((text = std::u8string_view(u8"\u20AC")), u"\u20AC");
+    EXPECT_EQ((text = std::string_view("a\0b", 3)), std::u16string_view(u"a\0b", 3));
+    EXPECT_EQ(text.toUtf8(), std::string("a\0b", 3));
+}
+
+TEST(NarrowString, KeepsWhatItEncodedUntilTheTextChanges)
+{
+    String text(u"\u00E9t\u00E9 with a longer text behind it");
+    const char* first = text.getBytes(nullptr);
+    EXPECT_EQ(text.getBytes(), first);
+    EXPECT_EQ(text.getDataT(false), first);
+    EXPECT_EQ(text.getReadLockT(true), first);
+    text.releaseReadLock();
+    const char* latin = text.getBytes(u"ISO8859_1");
+    EXPECT_STREQ(latin, "\xE9t\xE9 with a longer text behind it");
+    EXPECT_EQ(text.getBytes(u"iso8859_1"), latin) << "case of ASCII letters means nothing";
+    EXPECT_EQ(text.getBytesReadLock(u"ISO8859_1"), latin);
+    text.releaseReadLock();
+    EXPECT_THROW(text.getBytes(u"nobody's"), UnknownEncodingException);
+    EXPECT_THROW(text.getBytesReadLock(u"nobody's"), UnknownEncodingException);
+    EXPECT_EQ(text.getBytes(u"ISO8859_1"), latin) << "a failure costs no cache";
+    const String copy(text);
+    EXPECT_NE(copy.getBytes(u"ISO8859_1"), latin) << "each string has its own";
+
+    const std::function<void(String&)> writes[] = {
+        [](String& s) { s.setCharAt(0, u'X'); },
+        [](String& s) { s += u'X'; },
+        [](String& s) { s.setTo(String::AcquireWrap, u"X"); },
+        [](String& s) { s.setTo(String::AcquireShare, String(u"X")); },
+        [](String& s) { s.setTo("X", 1, u"UTF-8"); },
+        [](String& s) { s = std::string_view("X"); },
+        [](String& s) { s.getWriteLock(0)[0] = u'X', s.getBytes(u"UTF-8"), s.releaseWriteLock(1); },
+        [](String& s) { s = s.getBytes(u"UTF-8") + 1; },
+        [](String& s) { s.setTo(s.getBytes(u"UTF-8") + 1, 2, u"UTF-8"); },
+        [](String& s) { s.clear(); },
+        [](String& s) { String(u"X").swap(s); },
+        [](String& s) { s = String(u"X"); },
+        [](String& s) { s.trim(u'a'); },
+    };
+    for (const auto& write : writes) {
+        String changed(u"abc");
+        EXPECT_STREQ(changed.getBytes(u"UTF-8"), "abc");
+        write(changed);
+        EXPECT_EQ(changed.getBytes(u"UTF-8"), changed.toUtf8()) << &write - writes;
+        EXPECT_NE(changed, u"abc") << &write - writes;
+    }
+}
+
+TEST(NarrowString, EncodesWholeCharactersIntoAnArray)
+{
+    const String text(u"a\u20AC\U0001F600");
+    struct {
+        int size, result;
+        const char* bytes;
+    } cases[] = {
+        {-1, 0, "######"},
+        {0, 0, "######"},
+        {1, 1, "a#####"},
+        {2, 2, "a\0####"},
+        {3, 2, "a\0####"},
+        {4, 4, "a\xE2\x82\xAC##"},
+        {5, 5, "a\xE2\x82\xAC\0#"},
+        {7, 5, "a\xE2\x82\xAC\0#"},
+    };
+    for (const auto& row : cases) {
+        char out[12] = "###########";
+        EXPECT_EQ(text.getBytes(out, row.size, u"UTF-8"), row.result) << row.size;
+        EXPECT_EQ(std::memcmp(out, row.bytes, 6), 0) << row.size;
+    }
+    char out[12];
+    EXPECT_EQ(text.getBytes(reinterpret_cast<unsigned char*>(out), 12, u"UTF-8"), 9);
+    EXPECT_STREQ(out, "a\xE2\x82\xAC\xF0\x9F\x98\x80");
+    EXPECT_EQ(text.getBytes(reinterpret_cast<signed char*>(out), 8, u"UTF-8"), 8) << "full, and without a terminator";
+    EXPECT_EQ(text.getBytes(static_cast<char*>(nullptr), 12, u"UTF-8"), 0);
+    EXPECT_EQ(String().getBytes(out, 1, u"UTF-8"), 1);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(String(u"\u20AC").getBytes(out, 12, u"ISO8859_1"), 2) << "what has no mapping is substituted";
+    EXPECT_THROW(text.getBytes(out, 0, u"nobody's"), UnknownEncodingException);
+    EXPECT_THROW(String(u"a\xD83D").getBytes(u"UTF-8"), InvalidCharacterException);
+    EXPECT_THROW(String(u"\xD83Dz").toUtf8(), InvalidCharacterException);
+}
+
+TEST(NarrowString, EncodesIntoAByteBuffer)
+{
+    const String text(u"a\u20AC");
+    const Reference<util::MTByteBuffer> locked(new util::MTByteBuffer(reinterpret_cast<const signed char*>("old"), 3));
+    text.getBytes(locked.get(), u"UTF-8");
+    EXPECT_EQ(locked->getLength(), 5);
+    EXPECT_EQ(std::memcmp(locked->getData(), "a\xE2\x82\xAC", 5), 0);
+    EXPECT_THROW(String(u"\xD83D").getBytes(locked.get(), u"UTF-8"), InvalidCharacterException);
+    EXPECT_EQ(locked->getLength(), 5);
+    EXPECT_THROW(text.getBytes(locked.get(), u"nobody's"), UnknownEncodingException);
+    locked->freeExtra(); // waits for ever unless every lock was given back
+    String::AnsiBytes bytes(u"UTF-8");
+    text.getBytes(&bytes, u"UTF-8");
+    EXPECT_EQ(bytes.getLength(), 5);
+
+    util::ROByteBuffer readOnly;
+    auto* foreign = new UserBuffer(u"abc");
+    const String adopted(String::AcquireShare, foreign);
+    struct {
+        const String& text;
+        util::IByteBuffer* out;
+        std::int32_t result;
+    } failures[] = {{text, nullptr, RESULT_POINTER}, {text, &readOnly, RESULT_NOT_IMPLEMENTED},
+        {adopted, &bytes, UserBuffer::FAILURE}};
+    foreign->m_failing = 1;
+    for (const auto& row : failures) {
+        try {
+            row.text.getBytes(row.out, u"UTF-8");
+            ADD_FAILURE() << row.result;
+        } catch (const ResultException& failure) {
+            EXPECT_EQ(failure.getResult(), row.result);
+        }
+    }
+    EXPECT_THROW(adopted.getBytesReadLock(u"nobody's"), UnknownEncodingException);
+    EXPECT_TRUE(foreign->isUnlocked());
+}
+
+TEST(AnsiBytes, KnowsItsEncodingByName)
+{
+    String::AnsiBytes named(u"Latin-\u00E91");
+    EXPECT_TRUE(named.encodingEquals(u"lATIN-\u00E91"));
+    for (const char16_t* other :
+        {u"Latin-\u00C91", u"Latin-\u00E9", u"Latin-\u00E91x", u"", static_cast<const char16_t*>(nullptr)})
+        EXPECT_FALSE(named.encodingEquals(other));
+    EXPECT_FALSE(String::AnsiBytes(u"[").encodingEquals(u"{"));
+    named.getWriteLock(1)[0] = 'x';
+    named.releaseWriteLock(1);
+    String::AnsiBytes taken(named);
+    EXPECT_TRUE(taken.encodingEquals(u"LATIN-\u00E91") && named.encodingEquals(nullptr));
+    EXPECT_EQ(taken.getLength(), 1);
+    String::AnsiBytes assigned(nullptr);
+    EXPECT_TRUE(assigned.encodingEquals(nullptr) && !assigned.encodingEquals(u""));
+    assigned = taken;
+    assigned = *&assigned;
+    EXPECT_TRUE(assigned.encodingEquals(u"latin-\u00E91") && taken.encodingEquals(nullptr));
+    EXPECT_EQ(assigned.getData()[0], 'x');
+}
+
+} // namespace
+} // namespace vx

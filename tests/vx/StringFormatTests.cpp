@@ -1,0 +1,159 @@
+#include "vx/String.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vx {
+namespace {
+
+/// The rules as they are told, one scan for each argument, then one walk over the places that were found.
+std::u16string filled(std::u16string text, const std::vector<std::u16string>& arguments)
+{
+    std::map<std::size_t, std::size_t> places;
+    const auto placeholder = [](std::size_t number) {
+        const std::string digits = std::to_string(number);
+        return u'{' + std::u16string(digits.begin(), digits.end()) + u'}';
+    };
+    for (std::size_t number = 0; text.find(placeholder(number)) != text.npos; ++number) {
+        for (std::size_t at = text.find(placeholder(number)); at != text.npos;
+             at = text.find(placeholder(number), at + placeholder(number).size()))
+            places[at] = number;
+    }
+    std::size_t scan = 0;
+    for (const auto& [place, number] : places) {
+        const std::size_t at = text.find(placeholder(number), scan);
+        text.replace(at, placeholder(number).size(), arguments.at(number));
+        scan = at + arguments.at(number).size();
+    }
+    return text;
+}
+
+TEST(String, FormatsATemplate)
+{
+    struct {
+        const char16_t* form;
+        const char16_t* expected;
+    } cases[] = {
+        {u"", u""},
+        {u"plain { } {x} {-1} {}", u"plain { } {x} {-1} {}"},
+        {u"{0}{0}", u"aa"},
+        {u"{1} {0}", u"{2} a"},
+        {u"{0} {2}", u"a {2}"},
+        {u"{1}", u"{1}"},
+        {u"{01}{00}{0 }{0", u"{01}{00}{0 }{0"},
+        {u"{0}{1}{2}", u"a{2}"},
+        {u"{{0}}{{{1}}", u"{a}{{{2}}"},
+        {u"{0}{1}{2}{3}{4}{5}{6}{7}{8}{9}{10}", u"a{2}345678910"},
+        {u"{10}{0}{1}{2}{3}{4}{5}{6}{7}{8}", u"{10}a{2}345678"},
+        {u"{0}{4294967296}{99999999999999999999}", u"a{4294967296}{99999999999999999999}"},
+        {u"{1}{0}{\u0661}", u"{2}a{\u0661}"},
+    };
+    for (const auto& row : cases) {
+        String text(u"old text, of which nothing stays");
+        const String& result
+            = text.format(row.form, -1, u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10", nullptr);
+        EXPECT_EQ(result, row.expected) << String(row.form);
+        EXPECT_EQ(&result, &text);
+        EXPECT_EQ(String().format(String(row.form), u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10"),
+            row.expected);
+    }
+    EXPECT_EQ(String().format(u"{0}{1}", 3, u"a"), u"a") << "the length ends the template";
+    EXPECT_EQ(String().format(u"{0}\0{0}", 7, u"a"), std::u16string_view(u"a\0a", 3));
+    EXPECT_EQ(String(u"old").format(nullptr, -1), u"");
+    String text(u"<{0}>");
+    EXPECT_EQ(text.format(text, text.getData()), u"<<{0}>>");
+}
+
+const String& formattedBy(String& text, const char16_t* form, int length, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, length);
+    text.formatv(form, length, arguments);
+    va_end(arguments);
+    return text;
+}
+
+TEST(String, FormatsByTheRules)
+{
+    const std::uint32_t seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const std::u16string_view pieces[]
+        = {u"{0}", u"{1}", u"{2}", u"{3}", u"{4}", u"{", u"}", u"0", u"x", u"{{", u"{01}"};
+    const auto anyText = [&](unsigned longest) {
+        std::u16string text;
+        for (unsigned i = random() % longest; i > 0; --i)
+            text += pieces[random() % std::size(pieces)];
+        return text;
+    };
+    for (int round = 0; round < 10000; ++round) {
+        const std::u16string form = anyText(12);
+        std::vector<std::u16string> values;
+        for (int i = 0; i < 5; ++i)
+            values.push_back(anyText(4));
+        String text;
+        ASSERT_EQ(formattedBy(text, form.c_str(), static_cast<int>(form.size()), values[0].c_str(), values[1].c_str(),
+                      values[2].c_str(), values[3].c_str(), values[4].c_str()),
+            filled(form, values))
+            << String(form);
+    }
+}
+
+template <class Value>
+std::string printed(const char* form, Value value)
+{
+    char text[400];
+    std::snprintf(text, sizeof text, form, value);
+    return text;
+}
+
+template <class Value>
+void expectPrinted(const char* form)
+{
+    using Limits = std::numeric_limits<Value>;
+    for (const Value value : {Value(0), Value(1), Value(-1), Value(42), Limits::min(), Limits::max(), Limits::lowest()})
+        EXPECT_EQ(String::valueOf(value).toUtf8(), printed(form, value)) << form;
+}
+
+TEST(String, PrintsValuesAsTheCRuntimeDoes)
+{
+    expectPrinted<int>("%d");
+    expectPrinted<unsigned int>("%u");
+    expectPrinted<long>("%ld");
+    expectPrinted<unsigned long>("%lu");
+    expectPrinted<long long>("%lld");
+    expectPrinted<unsigned long long>("%llu");
+    expectPrinted<float>("%g");
+    expectPrinted<double>("%g");
+    const double doubles[] = {1.5, -0.0, 0.1, 100000, 1000000, 999999.5, 123456789, 1e-4, 1e-5, 1e100, 4.9e-324, 2.5e-5,
+        INFINITY, -INFINITY, NAN, 0.30000000000000004};
+    for (const double value : doubles) {
+        EXPECT_EQ(String::valueOf(value).toUtf8(), printed("%g", value));
+        EXPECT_EQ(String::valueOf(static_cast<float>(value)).toUtf8(), printed("%g", static_cast<float>(value)));
+    }
+    std::mt19937_64 random(20240229);
+    for (int round = 0; round < 20000; ++round) {
+        const std::uint64_t bits = random();
+        double value = 0;
+        static_assert(sizeof value == sizeof bits);
+        std::memcpy(&value, &bits, sizeof value);
+        ASSERT_EQ(String::valueOf(value).toUtf8(), printed("%g", value));
+    }
+    EXPECT_EQ(String::valueOf(true), u"true");
+    EXPECT_EQ(String::valueOf(false).getData(), String::valueOf(false).getData()) << "a literal, and no copy of it";
+    EXPECT_EQ(String::valueOf(u'\u20AC'), u"\u20AC");
+    EXPECT_EQ(String::valueOf('A'), u"65") << "a number of its type";
+}
+
+} // namespace
+} // namespace vx

@@ -1,0 +1,461 @@
+#include "tests/AllocationProbe.h"
+#include "tests/Slots.h"
+#include "vx/Exceptions.h"
+#include "vx/IVXComparable.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/util/MTCharBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <unordered_set>
+
+namespace vx {
+namespace {
+
+using util::RWCharBuffer;
+
+constexpr int LARGEST = std::numeric_limits<int>::max();
+constexpr int LEAST = std::numeric_limits<int>::min();
+
+static_assert(std::destructible<String> && std::is_nothrow_copy_constructible_v<String>);
+static_assert(!std::is_constructible_v<String, std::nullptr_t> && !std::is_constructible_v<String, char>);
+static_assert(!std::is_convertible_v<int, String> && !std::is_convertible_v<char16_t, String>);
+static_assert(std::is_convertible_v<const char16_t*, String> && std::is_convertible_v<const char*, String>);
+
+TEST(String, KeepsTheOrderOfItsOperations)
+{
+    expectSlots("class", slotOf(&Object::toString) + 1,
+        {slotOf(&String::getLength), slotOf(&String::getData), slotOf(&String::getReadLock),
+            slotOf(&String::releaseReadLock), slotOf(&String::isWritable), slotOf(&String::getWriteLock),
+            slotOf(&String::ensureCapacity), slotOf(&String::releaseWriteLock), slotOf(&String::freeExtra)});
+    String text(u"abc");
+    EXPECT_EQ(callSlot<int>(&text, slotOf(&String::getLength)), 3);
+    void* view = &static_cast<IVXCharBuffer&>(text);
+    EXPECT_EQ(callSlot<int>(view, slotOf(&IVXCharBuffer::GetLength)), 3);
+    char16_t* data = nullptr;
+    EXPECT_EQ(callSlot<std::int32_t>(view, slotOf(&IVXCharBuffer::GetWriteLock), 3, &data), RESULT_OK);
+    data[1] = 0;
+    EXPECT_EQ(callSlot<std::int32_t>(view, slotOf(&IVXCharBuffer::ReleaseWriteLock), -1), RESULT_OK);
+    EXPECT_EQ(text, u"a");
+}
+
+TEST(String, SharesOneBufferAmongEmptyTexts)
+{
+    const char16_t* shared = String().getData();
+    const String empties[] = {String(0), String(LEAST), String(u""), String(static_cast<const char16_t*>(nullptr)),
+        String(u"abc", 0), String(u"abc", -2), String(String::AcquireWrap, u""), String(""),
+        String(static_cast<util::ICharBuffer*>(nullptr)), String(u"abc").substring(2, 1), String(std::string_view()),
+        String::CVXString(u""), String("abc", 0, u"nobody's")};
+    AllocationProbe probe;
+    for (const String& text : empties) {
+        EXPECT_EQ(text.getData(), shared) << &text - empties;
+        EXPECT_EQ(text.getLength(), 0) << &text - empties;
+        EXPECT_EQ(String(text).getData(), shared);
+    }
+    EXPECT_EQ(probe.count(), 0);
+    EXPECT_EQ(*shared, 0);
+}
+
+TEST(String, TakesTheStorageThatWasWishedFor)
+{
+    const String source(u"0123456789");
+    const RWCharBuffer buffer(u"0123456789abcdef", 16);
+    struct {
+        const char* what;
+        std::function<String()> make;
+        int capacity;
+        const char16_t* text;
+    } cases[] = {
+        {"room", [] { return String(8); }, 16, u""},
+        {"room and a unit", [] { return String(17); }, 32, u""},
+        {"text", [] { return String(u"0123456789abcde"); }, 16, u"0123456789abcde"},
+        {"text and terminator", [] { return String(u"0123456789abcdef"); }, 32, u"0123456789abcdef"},
+        {"empty text with room", [] { return String(u"", -1, 20); }, 32, u""},
+        {"part of a text", [] { return String(u"abc", 2, 20); }, 32, u"ab"},
+        {"units", [] { return String(u'x', 3, 40); }, 48, u"xxx"},
+        {"no units", [] { return String(u'x', -3); }, 16, u""},
+        {"range", [&] { return String(String::AcquireCopy, source, 2, 4, 40); }, 48, u"23"},
+        {"range that fits", [&] { return String(String::AcquireCopy, source, 0, -1, 10); }, 16, u"0123456789"},
+        {"empty range with room", [&] { return String(String::AcquireUpper, source, 4, 4, 20); }, 32, u""},
+        {"buffer", [&] { return String(const_cast<RWCharBuffer*>(&buffer)); }, 32, u"0123456789abcdef"},
+        {"sum", [&] { return source + u"456789"; }, 32, u"0123456789456789"},
+        {"sum of a unit", [&] { return u'x' + source; }, 16, u"x0123456789"},
+        {"sum of a null", [&] { return static_cast<const char16_t*>(nullptr) + source; }, 16, u"0123456789"},
+    };
+    for (const auto& row : cases) {
+        AllocationProbe probe;
+        String text = row.make();
+        EXPECT_EQ(probe.lastRawSize() / sizeof(char16_t), static_cast<std::size_t>(row.capacity)) << row.what;
+        EXPECT_EQ(text, row.text) << row.what;
+        EXPECT_EQ(text.getData()[text.getLength()], 0) << row.what;
+        const int allocations = probe.count();
+        text.resize(row.capacity - 1, u'x');
+        text.clear();
+        text.append(u'y', row.capacity - 1);
+        EXPECT_EQ(probe.count(), allocations) << row.what;
+        text.append(u'z');
+        EXPECT_EQ(probe.lastRawSize() / sizeof(char16_t), static_cast<std::size_t>(row.capacity) + 16) << row.what;
+    }
+}
+
+TEST(String, TakesItsSourceAsTheModeSays)
+{
+    constexpr auto ANY_OTHER = static_cast<String::AcquireMode>(7);
+    const char16_t* const text = u"abcde";
+    String source(text);
+    const Reference<RWCharBuffer> buffer(new RWCharBuffer(text, 6)); // to all but a sharer the terminator is a unit
+    for (const auto mode :
+        {String::AcquireCopy, String::AcquireShare, String::AcquireWrap, String::AcquireUpper, ANY_OTHER}) {
+        SCOPED_TRACE(mode);
+        const bool isUpper = mode == String::AcquireUpper;
+        const char16_t* whole = isUpper ? u"ABCDE" : text;
+
+        const String ofText(mode, text);
+        EXPECT_EQ(ofText, whole);
+        EXPECT_EQ(ofText.getData() == text, mode == String::AcquireWrap);
+        String set(u"old");
+        EXPECT_EQ(set.setTo(mode, text, 5), whole);
+        EXPECT_EQ(set.getData() == text, mode == String::AcquireWrap);
+
+        String range(mode, source, 1, 3);
+        EXPECT_EQ(range, mode == String::AcquireShare ? text : isUpper ? u"BC" : u"bc");
+        const auto at = range.getData() - source.getData();
+        EXPECT_EQ(at == 0, mode == String::AcquireShare);
+        EXPECT_EQ(at == 1, mode == String::AcquireWrap);
+        EXPECT_EQ(String(u"old").setTo(mode, source, 1, 3), range);
+        range += u'!';
+        EXPECT_EQ(range.getData()[range.getLength()], 0);
+        EXPECT_EQ(source, text);
+
+        String ofBuffer(mode, buffer.get());
+        EXPECT_EQ(ofBuffer.getLength(), mode == String::AcquireShare ? 5 : 6);
+        EXPECT_EQ(ofBuffer.getData() == buffer->getData(), mode == String::AcquireShare || mode == String::AcquireWrap);
+        EXPECT_EQ(buffer->GetRefCount(), mode == String::AcquireShare ? 2U : 1U);
+        ofBuffer = u"x";
+        EXPECT_EQ(buffer->getLength(), 6);
+        EXPECT_EQ(buffer->GetRefCount(), 1U);
+    }
+}
+
+TEST(String, ClipsRanges)
+{
+    const String source(u"abcde");
+    struct {
+        int start, end;
+        const char16_t* text;
+    } cases[] = {{0, -1, u"abcde"}, {1, -1, u"bcde"}, {1, 99, u"bcde"}, {2, 1, u""}, {5, 5, u""}, {99, -1, u""},
+        {-1, 3, u""}, {LARGEST, LARGEST, u""}, {-2, 2, u"ab"}, {LEAST, -1, u"abcde"}, {0, LEAST, u""}};
+    for (const auto& row : cases) {
+        EXPECT_EQ(source.substring(row.start, row.end), row.text) << row.start << ' ' << row.end;
+        EXPECT_EQ(String(String::AcquireWrap, source, row.start, row.end), row.text) << row.start << ' ' << row.end;
+        EXPECT_EQ(String(u"old").setTo(String::AcquireUpper, source, row.start, row.end).getLength(),
+            String(row.text).getLength());
+    }
+}
+
+TEST(String, SharesUntilOneWrites)
+{
+    String a(u"abc");
+    String b(a);
+    EXPECT_EQ(a.getData(), b.getData());
+    b.replace(1, 1, u"X");
+    EXPECT_TRUE(a == u"abc" && b == u"aXc");
+
+    String c;
+    c = a;
+    EXPECT_NE(c.getData(), a.getData()) << "assignment copies the text";
+    const char16_t* data = c.getData();
+    c.setCharAt(0, u'C');
+    EXPECT_EQ(c.getData(), data);
+    c.setAddRef(a).setAddRef(c);
+    EXPECT_EQ(c.getData(), a.getData());
+    EXPECT_EQ(c.toString().getData(), a.getData());
+
+    const auto literalText = literal(u"literal");
+    String text(literalText);
+    EXPECT_EQ(text.getData(), literalText.text);
+    EXPECT_EQ(text.IsWritable(), 1);
+    EXPECT_TRUE(text.isWritable());
+    text.toUpper();
+    EXPECT_EQ(text, u"LITERAL");
+    EXPECT_EQ(std::u16string_view(literalText.text), u"literal");
+
+    String moved(std::move(text));
+    text = String(u"fresh");
+    EXPECT_TRUE(moved == u"LITERAL" && text == u"fresh");
+    data = text.getData();
+    a = std::move(text);
+    EXPECT_EQ(a.getData(), data);
+    a = String(literalText);
+    EXPECT_NE(a.getData(), literalText.text) << "no assignment binds a string to somebody's memory";
+    swap(a, moved);
+    EXPECT_TRUE(a == u"LITERAL" && moved == u"literal");
+    String roomy(u"x", -1, 100);
+    b.setAddRef(roomy);
+    AllocationProbe probe;
+    roomy.freeExtra();
+    EXPECT_EQ(probe.count(), 0) << "another reads the storage";
+    b = String();
+    b.setAddRef(a);
+    roomy.freeExtra();
+    EXPECT_EQ(probe.lastRawSize(), 32U);
+}
+
+TEST(String, IsABufferToOtherComponents)
+{
+    String text(u"abc");
+    const String sharer(text);
+    IVXCharBuffer& view = text;
+    char16_t* data = nullptr;
+    ASSERT_EQ(view.GetWriteLock(40, &data), RESULT_OK);
+    EXPECT_NE(data, sharer.getData());
+    std::fill_n(data, 40, u'x');
+    ASSERT_EQ(view.EnsureCapacity(100, &data), RESULT_OK);
+    data[40] = u'y';
+    EXPECT_EQ(view.ReleaseWriteLock(41), RESULT_OK);
+    EXPECT_EQ(text, std::u16string(40, u'x') + u'y');
+    ASSERT_EQ(view.GetWriteLock(0, &data), RESULT_OK);
+    EXPECT_EQ(view.ReleaseWriteLock(0), RESULT_OK);
+    EXPECT_EQ(view.GetLength(), 0);
+    EXPECT_EQ(view.GetData()[0], 0);
+    data = const_cast<char16_t*>(u"stale");
+    EXPECT_EQ(view.GetWriteLock(LARGEST, &data), RESULT_OUT_OF_MEMORY);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(view.GetReadLock(nullptr), RESULT_POINTER);
+    EXPECT_EQ(view.FreeExtra(), RESULT_OK);
+
+    String empty(String::AcquireShare, new RWCharBuffer);
+    EXPECT_EQ(empty.getLength(), 0) << "the held length is 0, and the string's never below it";
+    EXPECT_TRUE(empty == u"" && empty.indexOf(u'x') < 0 && empty.lastIndexOf(u"x") < 0 && empty.hashCode() == 0);
+    EXPECT_EQ((empty += u"abc"), u"abc");
+    EXPECT_EQ(empty.getDataT(1), empty.getReadLockT(1));
+
+    const Reference<String> held(new String(u"abc"));
+    EXPECT_NE(Reference<IVXComparable>(held->GetUnknown()), nullptr);
+    EXPECT_EQ(Reference<IVXCharBuffer>(held->GetUnknown()).get(), held.get());
+    const Reference<Object> clone(held->clone());
+    EXPECT_TRUE(clone->equals(*held) && clone.get() != held.get());
+    class Derived : public String { };
+    EXPECT_THROW(Derived().clone(), CloneNotSupportedException);
+}
+
+TEST(String, HashesASampleOfItsUnits)
+{
+    EXPECT_EQ(String(u"abc").hashCode(), 136518U);
+    EXPECT_EQ(String().hashCode(), 0U);
+    EXPECT_EQ(String(u"\uFFFF").hashCode(), 0xFFFFU);
+    EXPECT_EQ(String(u"ABC\u00C9").hashCode(true), String(u"abc\u00E9").hashCode());
+    EXPECT_NE(String(u"ABC").hashCode(false), String(u"abc").hashCode());
+    struct {
+        int length, step;
+    } cases[] = {{1, 1}, {31, 1}, {32, 1}, {63, 1}, {64, 2}, {95, 2}, {96, 3}, {127, 3}, {128, 4}, {10000, 312}};
+    for (const auto& row : cases) {
+        String text(u'x', row.length);
+        const std::uint32_t hash = text.hashCode();
+        for (int index = 0; index < row.length; ++index) {
+            text.setCharAt(index, u'y');
+            EXPECT_EQ(text.hashCode() != hash, index % row.step == 0) << row.length << ' ' << index;
+            text.setCharAt(index, u'x');
+        }
+    }
+}
+
+int signOf(int value)
+{
+    return (value > 0) - (value < 0);
+}
+
+TEST(String, ComparesByUnitAndThenByLength)
+{
+    const String abc(u"abc");
+    struct {
+        const char16_t* other;
+        int exact, folded;
+    } cases[] = {{u"abc", 0, 0}, {u"abd", -1, -1}, {u"ab", 1, 1}, {u"abcde", -2, -2}, {u"", 3, 3}, {u"ABC", 1, 0},
+        {u"ABD", 1, -1}, {u"Abcd", 1, -1}, {u"\u00E0", -1, -1}, {u"\xD83D\xDE00", -1, -1}};
+    for (const auto& row : cases) {
+        const String other(row.other);
+        EXPECT_EQ(abc.compare(other), row.exact) << other;
+        EXPECT_EQ(abc.compare(row.other, true), row.folded) << other;
+        EXPECT_EQ(abc.compareTo(other), row.exact) << other;
+        EXPECT_EQ(abc.equals(row.other, true), row.folded == 0) << other;
+        EXPECT_EQ(abc.equals(static_cast<const Object&>(other)), row.exact == 0) << other;
+        EXPECT_EQ(signOf(row.exact) < 0, abc < other) << other;
+        EXPECT_EQ(abc == row.other, row.exact == 0) << other;
+    }
+    EXPECT_EQ(String(u"\uFFFF").compare(u"\xD83D\xDE00"), 1) << "by unit, not by code point";
+    EXPECT_TRUE(String(u"\u0451\u00C9\u01C4").equals(u"\u0401\u00E9\u01C6", true));
+    EXPECT_FALSE(String(u"\u00DF").equals(u"ss", true));
+    EXPECT_FALSE(String(u"a\0b", 3).equals(u"a\0c", 3, true)) << "a zero unit ends no comparison";
+    EXPECT_FALSE(abc.equals(Exception()));
+    EXPECT_TRUE(abc.equals(static_cast<const Object&>(abc)));
+    try {
+        abc.compareTo(Exception());
+        FAIL();
+    } catch (const CastFailedException& failure) {
+        EXPECT_TRUE(failure.getDescription().isEmpty());
+    }
+
+    struct {
+        int start, count;
+        const char16_t* text;
+        int length, textStart;
+        bool matches;
+        int order;
+    } regions[] = {
+        {1, 2, u"xbc", -1, 1, true, 0},
+        {1, -1, u"bc", -1, 0, true, 0},
+        {1, 99, u"bcd", 2, 0, true, 0},
+        {-1, -1, u"bc", -1, 2, true, 0},
+        {99, 0, u"", -1, 5, true, 0},
+        {0, 2, u"abc", -1, 0, false, -1},
+        {0, 3, u"ab", -1, 0, false, 1},
+        {0, -1, u"abd", -1, 0, false, -1},
+        {0, LARGEST, u"abc", LEAST, 0, false, 3},
+        {LEAST, LARGEST, u"abc", 3, LEAST, true, 0},
+        {0, -1, nullptr, 5, 0, false, 3},
+    };
+    for (const auto& row : regions) {
+        const auto place = &row - regions;
+        EXPECT_EQ(abc.regionMatches(row.start, row.count, row.text, row.length, row.textStart), row.matches) << place;
+        EXPECT_EQ(abc.regionCompare(row.start, row.count, row.text, row.length, row.textStart), row.order) << place;
+        EXPECT_EQ(
+            abc.regionMatches(row.start, row.count, String(row.text, row.length), row.textStart, true), row.matches)
+            << place;
+    }
+    EXPECT_TRUE(abc.startsWith(u"") && abc.endsWith(u"") && !abc.contains(u"") && abc.startsWith(u"ABx", 2, true));
+    EXPECT_TRUE(
+        abc.endsWith(u"bc") && abc.endsWith(u"BC", true) && !abc.endsWith(u"xabc") && abc.contains(u"BC", true));
+    EXPECT_FALSE(abc.startsWith(u"abcd") || abc.startsWith(u"b") || abc.endsWith(u"ab") || abc.contains(u"ac"));
+}
+
+TEST(String, SearchesFromItsBorders)
+{
+    const String text(u"abab");
+    struct {
+        const char* what;
+        int found, expected;
+    } cases[] = {
+        {"from the start", text.indexOf(u"ab"), 0},
+        {"behind it", text.indexOf(u"ab", -1, 1), 2},
+        {"too late", text.indexOf(u"ab", -1, 3), -1},
+        {"the end", text.indexOf(u"ab", -1, -1), -1},
+        {"before the start", text.indexOf(u"ab", -1, LEAST), 0},
+        {"far behind", text.indexOf(u'a', LARGEST), -1},
+        {"empty pattern", text.indexOf(u""), -1},
+        {"null pattern", text.indexOf(static_cast<const char16_t*>(nullptr), 3), -1},
+        {"longer pattern", text.indexOf(u"ababa"), -1},
+        {"largest pattern", text.indexOf(u"ababa", LARGEST), -1},
+        {"last", text.lastIndexOf(u"ab"), 2},
+        {"last from its end", text.lastIndexOf(u"ab", -1, 3), 2},
+        {"last must end there", text.lastIndexOf(u"ab", -1, 2), 0},
+        {"last too early", text.lastIndexOf(u"ab", -1, 0), -1},
+        {"last beyond", text.lastIndexOf(u"ab", -1, LARGEST), 2},
+        {"last before the start", text.lastIndexOf(u"ab", -1, LEAST), -1},
+        {"last empty", text.lastIndexOf(u""), -1},
+        {"last longer", text.lastIndexOf(u"ababa", LARGEST), -1},
+        {"last unit", text.lastIndexOf(u'a'), 2},
+        {"last folded unit", text.lastIndexOf(u'A', 1, true), 0},
+        {"folded", text.indexOf(u"BA", -1, 0, true), 1},
+        {"none of", text.findFirstNotOf(u"ab"), -1},
+        {"not of an empty set", text.findFirstNotOf(u""), -1},
+        {"last not of an empty set", text.findLastNotOf(u"", 0), -1},
+        {"of an empty set", text.findFirstOf(u""), -1},
+        {"first of from", text.findFirstOf(u"xb", -1, 2), 3},
+        {"first of case", text.findFirstOfCase(u"AB"), -1},
+        {"last of from", text.findLastOf(String(u"xb"), 2), 1},
+        {"last of before the start", text.findLastOf(u"ab", -1, LEAST), -1},
+        {"last not of", text.findLastNotOf(u"b"), 2},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(row.found, row.expected) << row.what;
+    // Letters beyond ASCII that fold into it: the Kelvin sign and the dotted capital I.
+    EXPECT_EQ(String(u"----------------------------------\u212A\u0130").indexOf(u"ki", -1, 0, true), 34);
+    EXPECT_EQ(String(u"\u0415\u0416").findFirstOf(u"\u0436", -1, 0, true), 1);
+    EXPECT_EQ(String(u"\u0116").findFirstOf(u"\u0016", -1, 0, false), -1);
+}
+
+TEST(String, SearchesLikeTheStandardLibrary)
+{
+    const std::uint32_t seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    constexpr char16_t LETTERS[] = u"aAbB\u00E9\u00C9\u0436\u0416";
+    const auto textOf = [&](int longest, int letters) {
+        std::u16string text;
+        for (int i = static_cast<int>(random() % static_cast<unsigned>(longest + 1)); i > 0; --i)
+            text += LETTERS[random() % static_cast<unsigned>(letters)];
+        return text;
+    };
+    const auto found = [](std::size_t place) { return place != std::u16string::npos ? static_cast<int>(place) : -1; };
+    for (int round = 0; round < 20000; ++round) {
+        const int letters = round % 2 == 0 ? 2 : 8;
+        std::u16string plain = textOf(round % 5 == 0 ? 150 : 20, letters);
+        std::u16string part = textOf(4, letters);
+        const bool ignoreCase = random() % 2 == 0;
+        const auto from = random() % (plain.size() + 2);
+        const int start = static_cast<int>(from);
+        const String text(plain);
+        const String pattern(part);
+        if (ignoreCase) {
+            for (std::u16string* folded : {&plain, &part}) {
+                for (char16_t& unit : *folded)
+                    unit = LETTERS[std::u16string_view(LETTERS).find(unit) & ~std::size_t {1}];
+            }
+        }
+        const bool isEmpty = part.empty();
+        const auto clip = [&](std::size_t place) { return isEmpty || plain.empty() ? std::u16string::npos : place; };
+        const std::size_t end = std::min(from, plain.empty() ? 0 : plain.size() - 1) + 1;
+        const std::u16string head = plain.substr(0, end);
+        ASSERT_EQ(text.indexOf(pattern, start, ignoreCase), found(clip(plain.find(part, from))))
+            << text << ' ' << pattern;
+        ASSERT_EQ(text.lastIndexOf(pattern, start, ignoreCase), found(clip(head.rfind(part))))
+            << text << ' ' << pattern << start;
+        ASSERT_EQ(text.findFirstOf(pattern, start, ignoreCase), found(clip(plain.find_first_of(part, from))));
+        ASSERT_EQ(text.findFirstNotOf(pattern, start, ignoreCase), found(clip(plain.find_first_not_of(part, from))));
+        ASSERT_EQ(text.findLastOf(pattern, start, ignoreCase), found(clip(head.find_last_of(part))));
+        ASSERT_EQ(text.findLastNotOf(pattern, start, ignoreCase), found(clip(head.find_last_not_of(part))));
+        if (!isEmpty) {
+            ASSERT_EQ(text.indexOf(pattern[0], start, ignoreCase), found(clip(plain.find(part[0], from))));
+            ASSERT_EQ(text.lastIndexOf(pattern[0], start, ignoreCase), found(clip(head.rfind(part[0]))));
+        }
+        ASSERT_EQ(signOf(text.compare(pattern)), signOf(std::u16string(text.view()).compare(pattern.view())));
+        ASSERT_EQ(text.startsWith(pattern, ignoreCase), plain.starts_with(part));
+        ASSERT_EQ(text.endsWith(pattern, ignoreCase), plain.ends_with(part));
+    }
+}
+
+TEST(String, WorksWithTheStandardLibrary)
+{
+    const String text(u"b\u20AC");
+    std::ostringstream stream;
+    stream << text << String();
+    EXPECT_EQ(stream.str(), "b\xE2\x82\xAC");
+    EXPECT_TRUE(text == std::string_view("b\xE2\x82\xAC") && text == std::u8string_view(u8"b\u20AC"));
+    EXPECT_TRUE(text == std::u16string(u"b\u20AC") && u"b\u20AC" == text && text != u"b" && text != String());
+    EXPECT_TRUE(text > u"b" && text < std::u16string_view(u"c") && text <= String(u"b\u20AC") && text >= u"a");
+    EXPECT_EQ(std::u16string(std::u16string_view(text)), u"b\u20AC");
+    EXPECT_TRUE(text != static_cast<const char16_t*>(nullptr) && String() == static_cast<const char16_t*>(nullptr));
+    std::unordered_set<String> set {text, u"x", u"b\u20AC"};
+    EXPECT_EQ(set.size(), 2U);
+    std::map<String, int> map {{u"b", 1}, {u"a", 2}, {u"ab", 3}};
+    EXPECT_EQ(map.begin()->first, u"a");
+    std::vector<String> sorted {u"c", u"a", u"b"};
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_TRUE(sorted[0] == u"a" && sorted[1] == u"b" && sorted[2] == u"c");
+}
+
+} // namespace
+} // namespace vx
