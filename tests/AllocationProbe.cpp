@@ -56,13 +56,28 @@ void* vxsys::allocate(std::size_t bytes)
     throw std::bad_alloc();
 }
 
+#ifdef __has_feature
+#if __has_feature(thread_sanitizer)
+#define VX_NEW_IS_TAKEN // by the sanitizer's runtime
+#endif
+#endif
+#ifndef VX_NEW_IS_TAKEN
+
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept
+{
+    return AllocationProbe::next(0) ? std::malloc(bytes != 0 ? bytes : 1) : nullptr;
+}
+
 void* operator new(std::size_t bytes)
 {
-    if (AllocationProbe::next(0)) {
-        if (void* memory = std::malloc(bytes != 0 ? bytes : 1))
-            return memory;
-    }
+    if (void* memory = operator new(bytes, std::nothrow))
+        return memory;
     throw std::bad_alloc();
+}
+
+void* operator new[](std::size_t bytes)
+{
+    return operator new(bytes);
 }
 
 void operator delete(void* memory) noexcept
@@ -74,3 +89,15 @@ void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
+
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+#endif

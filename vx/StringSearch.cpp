@@ -90,7 +90,7 @@ private:
     int m_length;
 };
 
-/// The set of a search, with the first 256 units as a map of bits so that a common set costs one look for each unit.
+/// The set of a search, with the first 256 units in a table so that a common text costs one look for each unit.
 class UnitSet {
 public:
     UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept
@@ -100,30 +100,33 @@ public:
     {
         for (int index = 0; index < m_length; ++index) {
             const char16_t unit = folded(m_units[index]);
-            if (unit < LATIN)
-                m_latin[unit / 64] |= std::uint64_t {1} << unit % 64;
+            add(unit);
+            if (ignoreCase && folded(VXToUpperW(unit)) == unit)
+                add(VXToUpperW(unit));
         }
     }
 
     bool isEmpty() const noexcept { return m_length == 0; }
-
-    bool contains(char16_t unit) const noexcept
-    {
-        unit = folded(unit);
-        if (unit < LATIN)
-            return (m_latin[unit / 64] >> unit % 64 & 1) != 0;
-        return std::any_of(m_units, m_units + m_length, [&](char16_t candidate) { return folded(candidate) == unit; });
-    }
+    bool contains(char16_t unit) const noexcept { return unit < LATIN ? m_latin[unit] : containsOther(folded(unit)); }
 
 private:
     static constexpr char16_t LATIN = 256;
 
     char16_t folded(char16_t unit) const noexcept { return m_ignoreCase ? VXToLowerW(unit) : unit; }
+    void add(char16_t unit) noexcept
+    {
+        if (unit < LATIN)
+            m_latin[unit] = true;
+    }
+    bool containsOther(char16_t unit) const noexcept
+    {
+        return std::any_of(m_units, m_units + m_length, [&](char16_t candidate) { return folded(candidate) == unit; });
+    }
 
     const char16_t* m_units;
     int m_length;
     bool m_ignoreCase;
-    std::uint64_t m_latin[LATIN / 64] = {};
+    bool m_latin[LATIN] = {};
 };
 
 /// The first position from `from` on whose being in `set` is `wanted`.
@@ -131,8 +134,10 @@ int findUp(const StringReadLock& text, const UnitSet& set, int from, bool wanted
 {
     if (set.isEmpty())
         return NOT_FOUND;
-    for (int index = clipped(from, text.length()); index < text.length(); ++index) {
-        if (set.contains(text.data()[index]) == wanted)
+    const char16_t* const units = text.data();
+    const int length = text.length();
+    for (int index = clipped(from, length); index < length; ++index) {
+        if (set.contains(units[index]) == wanted)
             return index;
     }
     return NOT_FOUND;
@@ -142,8 +147,9 @@ int findDown(const StringReadLock& text, const UnitSet& set, int from, bool want
 {
     if (set.isEmpty())
         return NOT_FOUND;
+    const char16_t* const units = text.data();
     for (int index = clippedToLast(from, text.length()); index >= 0; --index) {
-        if (set.contains(text.data()[index]) == wanted)
+        if (set.contains(units[index]) == wanted)
             return index;
     }
     return NOT_FOUND;

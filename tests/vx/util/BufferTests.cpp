@@ -1,5 +1,6 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Slots.h"
+#include "vx/Class.h"
 #include "vx/Exceptions.h"
 #include "vx/IVXComparable.h"
 #include "vx/Reference.h"
@@ -29,6 +30,7 @@ constexpr int LARGEST = std::numeric_limits<int>::max();
 constexpr int LEAST = std::numeric_limits<int>::min();
 
 struct Chars {
+    static constexpr const char16_t* MT_NAME = u"CVXMTCharBuffer";
     using Unit = char16_t;
     using View = IVXCharBuffer;
     using OtherView = IVXByteBuffer;
@@ -41,6 +43,7 @@ struct Chars {
 };
 
 struct Bytes {
+    static constexpr const char16_t* MT_NAME = u"CVXMTByteBuffer";
     using Unit = signed char;
     using View = IVXByteBuffer;
     using OtherView = IVXCharBuffer;
@@ -105,6 +108,7 @@ TYPED_TEST(Buffers, AnswerForTheirInterfaces)
     EXPECT_EQ(Reference<typename TypeParam::View>(root).get(), buffer.get());
     EXPECT_NE(Reference<IVXComparable>(root), nullptr);
     EXPECT_EQ(Reference<Other>(root), nullptr);
+    EXPECT_EQ(String(typename TypeParam::MT().getClass()->getName()), TypeParam::MT_NAME);
 }
 
 TYPED_TEST(Buffers, TakeStorageInStepsOfSixteenAndNoMore)
@@ -263,7 +267,7 @@ TYPED_TEST(Buffers, WrapReadOnlyMemoryWithoutACopy)
     EXPECT_EQ(view.GetWriteLock(1, nullptr), RESULT_POINTER);
     EXPECT_EQ(view.GetReadLock(nullptr), RESULT_POINTER);
     EXPECT_EQ(view.FreeExtra() | view.ReleaseReadLock() | view.IsWritable(), 0);
-    EXPECT_THROW(typename TypeParam::WriteLock(wrap, 1), ResultException);
+    EXPECT_THROW(const typename TypeParam::WriteLock lock(wrap, 1), ResultException);
 }
 
 TYPED_TEST(Buffers, LetManyReadOrOneWrite)
