@@ -1,6 +1,6 @@
 #include "vx/String.h"
 
-#ifdef VX_HAVE_ICU
+#ifdef VX_BENCH_ICU
 #include <unicode/unistr.h>
 #endif
 
@@ -84,7 +84,7 @@ struct Std {
     }
 };
 
-#ifdef VX_HAVE_ICU
+#ifdef VX_BENCH_ICU
 struct Icu {
     using Text = icu::UnicodeString;
     static Text make(std::u16string_view text) { return Text(text.data(), static_cast<std::int32_t>(text.size())); }
@@ -450,7 +450,7 @@ void format(benchmark::State& state)
 }
 BENCHMARK(format);
 
-#ifdef VX_HAVE_ICU
+#ifdef VX_BENCH_ICU
 #define VX_WITH_ICU(name, sizes) BENCHMARK_TEMPLATE(name, Icu) sizes;
 #else
 #define VX_WITH_ICU(name, sizes)
