@@ -9,13 +9,9 @@
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/text/charset/detail/CodecTable.h"
 
-#include <atomic>
-
 namespace vx::text::charset {
 
 namespace {
-
-constinit std::atomic<CodecManager*> s_instance {nullptr};
 
 /// The two classes behind one name.
 class CodecClasses : public ComObject {
@@ -46,6 +42,8 @@ sync::LockObject& globalLock()
 
 } // namespace
 
+constinit std::atomic<CodecManager*> CodecManager::m_instance {nullptr};
+
 CodecManager::CodecManager()
     : m_codecs(std::make_unique<Str1HashMap<Reference<ComObject>>>(101, 0.75F))
 {
@@ -55,22 +53,22 @@ CodecManager::~CodecManager() = default;
 
 CodecManager* CodecManager::getInstance()
 {
-    if (CodecManager* instance = s_instance.load(std::memory_order_acquire))
+    if (CodecManager* instance = m_instance.load(std::memory_order_acquire))
         return instance;
     sync::LockObject& lock = globalLock();
     const sync::ScopedLock guard(lock);
-    if (s_instance.load(std::memory_order_relaxed) == nullptr)
-        s_instance.store(new CodecManager, std::memory_order_release);
-    return s_instance.load(std::memory_order_relaxed);
+    if (m_instance.load(std::memory_order_relaxed) == nullptr)
+        m_instance.store(new CodecManager, std::memory_order_release);
+    return m_instance.load(std::memory_order_relaxed);
 }
 
 void CodecManager::freeInstance()
 {
-    if (s_instance.load(std::memory_order_acquire) == nullptr)
+    if (m_instance.load(std::memory_order_acquire) == nullptr)
         return;
     sync::LockObject& lock = globalLock();
     const sync::ScopedLock guard(lock);
-    delete s_instance.exchange(nullptr);
+    delete m_instance.exchange(nullptr);
 }
 
 void CodecManager::registerCodec(

@@ -4,6 +4,7 @@
 #include "vx/Reference.h"
 #include "vx/Str1HashMap.h"
 
+#include <atomic>
 #include <memory>
 
 namespace vx::text::charset {
@@ -17,10 +18,12 @@ public:
 
     /// The one manager, made at the first call. Throws IllegalStateException while the library is not started.
     static CodecManager* getInstance();
+    /// Forgets all codecs; a manager made later knows none.
     static void freeInstance();
 
     /// The first registration of a name stands. The classes are found by their registered names; one that nobody knows
-    /// throws ClassNotFoundException.
+    /// throws ClassNotFoundException. A class that is no converter of its side fails at `getConverter`, by a
+    /// CastFailedException.
     void registerCodec(const char16_t* name, const char16_t* encoderClassName, const char16_t* decoderClassName);
 
     /// A new converter with count 0, or null where nobody answers to `name`.
@@ -35,6 +38,8 @@ private:
     Object* create(const char16_t* name, Side side);
 
     std::unique_ptr<Str1HashMap<Reference<ComObject>>> m_codecs;
+
+    static std::atomic<CodecManager*> m_instance;
 };
 
 } // namespace vx::text::charset

@@ -1,3 +1,5 @@
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
 #include "vx/text/charset/BTCSingleByte.h"
 #include "vx/text/charset/CTBSingleByte.h"
 #include "vx/text/charset/CharsetException.h"
@@ -17,10 +19,15 @@ Converter* converterNamed(const char16_t* name, Object* (CodecManager::*get)(con
 {
     if (name == nullptr)
         return Converter::getDefaultConverter();
-    Object* converter = (CodecManager::getInstance()->*get)(name);
-    if (converter == nullptr)
+    Object* const object = (CodecManager::getInstance()->*get)(name);
+    if (object == nullptr)
         throw UnknownEncodingException(String(name));
-    return static_cast<Converter*>(converter);
+    auto* const converter = dynamic_cast<Converter*>(object);
+    if (converter == nullptr) { // somebody registered another class under the name
+        const Reference<Object> unwanted(object);
+        throw CastFailedException();
+    }
+    return converter;
 }
 
 /// A converter for the platform's default encoding, or a `Fallback`.

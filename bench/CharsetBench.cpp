@@ -1,0 +1,290 @@
+#include "vx/Reference.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharToByteConverter.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <iconv.h>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#ifdef VX_BENCH_ICU
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+#endif
+
+// Each encoding beside a peer over the same text: ICU where the build found it, the system's iconv anywhere.
+
+namespace {
+
+using namespace vx;
+using namespace vx::text::charset;
+
+constexpr std::size_t TEXT_BYTES = 1 << 20;
+
+struct Text {
+    const char* name;
+    const char16_t* encoding;
+    const char* peerEncoding;
+    std::vector<std::u16string_view> words;
+    std::vector<std::u16string_view> separators; ///< one is drawn behind each word
+};
+
+const std::vector<std::u16string_view> SPACES = {u" ", u" ", u" ", u" ", u" ", u", ", u". ", u"\n"};
+
+const Text TEXTS[] = {
+    {"ascii", u"UTF-8", "UTF-8",
+        {u"the", u"quick", u"reader", u"of", u"a", u"service", u"log", u"finds", u"12.5", u"failures", u"connection",
+            u"id=4711", u"in", u"established"},
+        SPACES},
+    {"latin", u"UTF-8", "UTF-8",
+        {u"die", u"schöne", u"Straße", u"führt", u"über", u"den", u"Fluss", u"und", u"weiter", u"zum", u"großen",
+            u"Wald", u"Abendrot", u"l'été", u"où"},
+        SPACES},
+    {"greek", u"UTF-8", "UTF-8",
+        {u"η", u"θάλασσα", u"είναι", u"ήρεμη", u"το", u"πρωί", u"και", u"οι", u"ψαράδες", u"γυρίζουν", u"στο",
+            u"λιμάνι", u"με", u"γεμάτα", u"δίχτυα"},
+        SPACES},
+    {"chinese", u"UTF-8", "UTF-8",
+        {u"清晨", u"的", u"海面", u"很", u"平静", u"渔民们", u"带着", u"满满的", u"渔网", u"回到", u"港口", u"孩子们",
+            u"在", u"岸边", u"等待"},
+        {u"的", u"了", u"在", u"和", u"，", u"。", u"\n"}},
+    {"emoji", u"UTF-8", "UTF-8", {u"😀", u"😂😂", u"🚀", u"🎉🎉🎉", u"🐟", u"🌊🌊", u"🌞", u"🍀", u"👍🏽", u"🧭"},
+        {u"", u"", u" ", u"\n"}},
+    {"latin", u"CP1252", "windows-1252",
+        {u"die", u"schöne", u"Straße", u"führt", u"über", u"den", u"Fluss", u"„und“", u"weiter", u"zum", u"großen",
+            u"Wald", u"100€", u"l'été", u"où"},
+        SPACES},
+    {"ascii", u"CP1252", "windows-1252",
+        {u"the", u"quick", u"reader", u"of", u"a", u"service", u"log", u"finds", u"12.5", u"failures", u"connection",
+            u"id=4711", u"in", u"established"},
+        SPACES},
+    {"latin", u"CP437", "IBM437",
+        {u"die", u"schöne", u"Straße", u"führt", u"über", u"den", u"Fluss", u"und", u"weiter", u"zum", u"großen"},
+        SPACES},
+    {"latin", u"ISO8859_1", "ISO-8859-1",
+        {u"die", u"schöne", u"Straße", u"führt", u"über", u"den", u"Fluss", u"und", u"weiter", u"zum", u"großen"},
+        SPACES},
+    {"greek", u"UTF-16BE", "UTF-16BE", {u"η", u"θάλασσα", u"είναι", u"ήρεμη", u"το", u"πρωί"}, SPACES},
+    {"greek", u"UTF-32LE", "UTF-32LE", {u"η", u"θάλασσα", u"είναι", u"ήρεμη", u"το", u"πρωί"}, SPACES},
+};
+
+std::int32_t lengthOf(std::size_t size)
+{
+    return static_cast<std::int32_t>(size);
+}
+
+std::vector<signed char> encoded(const Text& text, std::u16string_view units)
+{
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(text.encoding));
+    std::vector<signed char> bytes(units.size() * 4);
+    std::int32_t position = 0;
+    std::int32_t written = 0;
+    encoder->convert(units.data(), &position, lengthOf(units.size()), bytes.data(), &written, lengthOf(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(written));
+    return bytes;
+}
+
+/// Words in a random order, so that no branch learns the text by heart: TEXT_BYTES of them once encoded, cut between
+/// characters.
+struct Sample {
+    explicit Sample(const Text& text)
+    {
+        std::mt19937 random(20);
+        while (units.size() < TEXT_BYTES) {
+            units += text.words[random() % text.words.size()];
+            units += text.separators[random() % text.separators.size()];
+        }
+        bytes = encoded(text, units);
+        bytes.resize(TEXT_BYTES);
+        const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(text.encoding));
+        std::int32_t position = 0;
+        std::int32_t written = 0;
+        decoder->convert(
+            bytes.data(), &position, lengthOf(bytes.size()), units.data(), &written, lengthOf(units.size()));
+        bytes.resize(static_cast<std::size_t>(position));
+        units.resize(static_cast<std::size_t>(written));
+    }
+
+    std::u16string units;
+    std::vector<signed char> bytes;
+};
+
+void check(benchmark::State& state, bool good)
+{
+    if (!good)
+        state.SkipWithError("another text came out");
+}
+
+void decode(benchmark::State& state, const Text& text)
+{
+    const Sample sample(text);
+    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(text.encoding));
+    std::u16string units(sample.units.size() + 16, 0);
+    std::int32_t written = 0;
+    for (auto _ : state) {
+        std::int32_t position = 0;
+        written = 0;
+        decoder->convert(sample.bytes.data(), &position, lengthOf(sample.bytes.size()), units.data(), &written,
+            lengthOf(units.size()));
+        benchmark::ClobberMemory();
+    }
+    check(state, units.substr(0, static_cast<std::size_t>(written)) == sample.units);
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+}
+
+void encode(benchmark::State& state, const Text& text)
+{
+    const Sample sample(text);
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(text.encoding));
+    std::vector<signed char> bytes(sample.bytes.size() + 16);
+    std::int32_t written = 0;
+    for (auto _ : state) {
+        std::int32_t position = 0;
+        written = 0;
+        encoder->convert(sample.units.data(), &position, lengthOf(sample.units.size()), bytes.data(), &written,
+            lengthOf(bytes.size()));
+        benchmark::ClobberMemory();
+    }
+    bytes.resize(static_cast<std::size_t>(written));
+    check(state, bytes == sample.bytes);
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+}
+
+/// The system's converter, opened once.
+class Iconv {
+public:
+    Iconv(const char* to, const char* from)
+        : m_handle(::iconv_open(to, from))
+    {
+    }
+    ~Iconv() { ::iconv_close(m_handle); }
+    Iconv(const Iconv&) = delete;
+    Iconv& operator=(const Iconv&) = delete;
+
+    std::size_t convert(const void* source, std::size_t sourceBytes, void* target, std::size_t targetBytes)
+    {
+        char* in = static_cast<char*>(const_cast<void*>(source));
+        char* out = static_cast<char*>(target);
+        const std::size_t room = targetBytes;
+        ::iconv(m_handle, &in, &sourceBytes, &out, &targetBytes);
+        return room - targetBytes;
+    }
+
+private:
+    iconv_t m_handle;
+};
+
+void decodeIconv(benchmark::State& state, const Text& text)
+{
+    const Sample sample(text);
+    Iconv peer("UTF-16LE", text.peerEncoding);
+    std::u16string units(sample.units.size() + 16, 0);
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        bytes = peer.convert(sample.bytes.data(), sample.bytes.size(), units.data(), units.size() * sizeof(char16_t));
+        benchmark::ClobberMemory();
+    }
+    check(state, units.substr(0, bytes / sizeof(char16_t)) == sample.units);
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+}
+
+void encodeIconv(benchmark::State& state, const Text& text)
+{
+    const Sample sample(text);
+    Iconv peer(text.peerEncoding, "UTF-16LE");
+    std::vector<signed char> bytes(sample.bytes.size() + 16);
+    std::size_t written = 0;
+    for (auto _ : state) {
+        written = peer.convert(sample.units.data(), sample.units.size() * sizeof(char16_t), bytes.data(), bytes.size());
+        benchmark::ClobberMemory();
+    }
+    bytes.resize(written);
+    check(state, bytes == sample.bytes);
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+}
+
+#ifdef VX_BENCH_ICU
+
+/// ICU's converter of an encoding. UTF-8 goes through its string functions, which are faster.
+void decodeIcu(benchmark::State& state, const Text& text)
+{
+    const Sample sample(text);
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* converter = ucnv_open(text.peerEncoding, &status);
+    const bool strings = std::u16string_view(text.encoding) == u"UTF-8";
+    std::u16string units(sample.units.size() + 16, 0);
+    std::int32_t written = 0;
+    const auto* bytes = reinterpret_cast<const char*>(sample.bytes.data());
+    for (auto _ : state) {
+        if (strings)
+            u_strFromUTF8(
+                units.data(), lengthOf(units.size()), &written, bytes, lengthOf(sample.bytes.size()), &status);
+        else
+            written = ucnv_toUChars(
+                converter, units.data(), lengthOf(units.size()), bytes, lengthOf(sample.bytes.size()), &status);
+        benchmark::ClobberMemory();
+    }
+    ucnv_close(converter);
+    check(state, U_SUCCESS(status) && units.substr(0, static_cast<std::size_t>(written)) == sample.units);
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+}
+
+void encodeIcu(benchmark::State& state, const Text& text)
+{
+    const Sample sample(text);
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* converter = ucnv_open(text.peerEncoding, &status);
+    const bool strings = std::u16string_view(text.encoding) == u"UTF-8";
+    std::vector<signed char> bytes(sample.bytes.size() + 16);
+    std::int32_t written = 0;
+    auto* const target = reinterpret_cast<char*>(bytes.data());
+    for (auto _ : state) {
+        if (strings)
+            u_strToUTF8(
+                target, lengthOf(bytes.size()), &written, sample.units.data(), lengthOf(sample.units.size()), &status);
+        else
+            written = ucnv_fromUChars(
+                converter, target, lengthOf(bytes.size()), sample.units.data(), lengthOf(sample.units.size()), &status);
+        benchmark::ClobberMemory();
+    }
+    ucnv_close(converter);
+    bytes.resize(static_cast<std::size_t>(written));
+    check(state, U_SUCCESS(status) && bytes == sample.bytes);
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+}
+
+#endif
+
+std::string narrow(std::u16string_view name)
+{
+    return std::string(name.begin(), name.end());
+}
+
+const bool g_registered = [] {
+    struct {
+        const char* name;
+        void (*run)(benchmark::State&, const Text&);
+    } const runs[] = {
+        {"decode", decode},
+        {"encode", encode},
+#ifdef VX_BENCH_ICU
+        {"decodeIcu", decodeIcu},
+        {"encodeIcu", encodeIcu},
+#endif
+        {"decodeIconv", decodeIconv},
+        {"encodeIconv", encodeIconv},
+    };
+    for (const Text& text : TEXTS) {
+        for (const auto& run : runs) {
+            const std::string name = std::string(run.name) + "/" + narrow(text.encoding) + "/" + text.name;
+            benchmark::RegisterBenchmark(name.c_str(), run.run, text);
+        }
+    }
+    return true;
+}();
+
+} // namespace

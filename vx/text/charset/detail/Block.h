@@ -1,0 +1,115 @@
+#pragma once
+
+// Sixteen bytes at a time, on processors that can.
+
+#if defined(__SSE2__)
+
+#include <array>
+#include <cpuid.h>
+#include <cstddef>
+#include <cstdint>
+#include <emmintrin.h>
+#include <tmmintrin.h>
+
+/// A function that is called only where `hasShuffle` says so.
+#define VX_USES_SHUFFLE __attribute__((target("ssse3")))
+
+namespace vx::text::charset::detail {
+
+inline constexpr std::ptrdiff_t BLOCK = 16;
+
+/// Which byte of a block goes where; EMPTY clears the place.
+using Shuffle = std::array<std::uint8_t, BLOCK>;
+inline constexpr std::uint8_t EMPTY = 0x80;
+
+/// SSE2 is there, but shuffling bytes by a table came with SSSE3.
+inline bool hasShuffle() noexcept
+{
+    static const bool has = [] {
+        unsigned a = 0;
+        unsigned b = 0;
+        unsigned c = 0;
+        unsigned d = 0;
+        return __get_cpuid(1, &a, &b, &c, &d) != 0 && (c & bit_SSSE3) != 0;
+    }();
+    return has;
+}
+
+inline __m128i loadBlock(const void* source) noexcept
+{
+    return _mm_loadu_si128(static_cast<const __m128i*>(source));
+}
+
+inline void storeBlock(void* target, __m128i block) noexcept
+{
+    _mm_storeu_si128(static_cast<__m128i*>(target), block);
+}
+
+VX_USES_SHUFFLE inline __m128i shuffle(__m128i block, const Shuffle& places) noexcept
+{
+    return _mm_shuffle_epi8(block, loadBlock(places.data()));
+}
+
+/// The bits of `block` that `mask` has after a shift to the right, or to the left for a negative one, in lanes of 16 or
+/// 32 bits.
+template <int shift>
+__m128i bits16(__m128i block, int mask) noexcept
+{
+    const __m128i shifted = shift < 0 ? _mm_slli_epi16(block, -shift) : _mm_srli_epi16(block, shift);
+    return _mm_and_si128(shifted, _mm_set1_epi16(static_cast<short>(mask)));
+}
+
+template <int shift>
+__m128i bits32(__m128i block, int mask) noexcept
+{
+    const __m128i shifted = shift < 0 ? _mm_slli_epi32(block, -shift) : _mm_srli_epi32(block, shift);
+    return _mm_and_si128(shifted, _mm_set1_epi32(mask));
+}
+
+template <class... Blocks>
+__m128i either(__m128i first, Blocks... others) noexcept
+{
+    ((first = _mm_or_si128(first, others)), ...);
+    return first;
+}
+
+/// `yes` where `lanes` are all ones, else `no`.
+inline __m128i choose(__m128i lanes, __m128i yes, __m128i no) noexcept
+{
+    return _mm_or_si128(_mm_and_si128(lanes, yes), _mm_andnot_si128(lanes, no));
+}
+
+/// The lanes of 16 bits in which `block` has exactly the bits `value` of `mask`.
+inline __m128i has16(__m128i block, int mask, int value) noexcept
+{
+    return _mm_cmpeq_epi16(
+        _mm_and_si128(block, _mm_set1_epi16(static_cast<short>(mask))), _mm_set1_epi16(static_cast<short>(value)));
+}
+
+/// A bit for each lane of 8, 16 or 32 bits: the highest of its own. Those of 16 bits are all ones or none.
+inline unsigned lanes8(__m128i block) noexcept
+{
+    return static_cast<unsigned>(_mm_movemask_epi8(block));
+}
+
+inline unsigned lanes16(__m128i block) noexcept
+{
+    return lanes8(_mm_packs_epi16(block, _mm_setzero_si128()));
+}
+
+inline unsigned lanes32(__m128i block) noexcept
+{
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(block)));
+}
+
+/// Stores the bytes as 16 units of the same values.
+inline void storeWidened(char16_t* target, __m128i bytes) noexcept
+{
+    const __m128i zero = _mm_setzero_si128();
+    storeBlock(target, _mm_unpacklo_epi8(bytes, zero));
+    storeBlock(target + 8, _mm_unpackhi_epi8(bytes, zero));
+}
+
+} // namespace vx::text::charset::detail
+
+#endif

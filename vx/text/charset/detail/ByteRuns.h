@@ -1,0 +1,144 @@
+#pragma once
+
+#include "vx/text/charset/detail/Block.h"
+#include "vx/text/charset/detail/Unicode.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace vx::text::charset::detail {
+
+/// Which bytes of an encoding are the characters of their own value.
+enum class Itself {
+    NONE,
+    ASCII,
+    ALL,
+    ALL_BUT_C1, ///< without 0x80 to 0x9F
+};
+
+template <Itself itself>
+constexpr bool isItself(std::uint32_t value) noexcept
+{
+    if constexpr (itself == Itself::NONE)
+        return false;
+    else if constexpr (itself == Itself::ASCII)
+        return value < 0x80;
+    else if constexpr (itself == Itself::ALL)
+        return value < 0x100;
+    else
+        return value < 0x80 || value - 0xA0 < 0x60;
+}
+
+#if defined(__SSE2__)
+
+/// A bit for each byte of which the above holds.
+template <Itself itself>
+unsigned bytesThemselves(__m128i bytes) noexcept
+{
+    if constexpr (itself == Itself::ASCII)
+        return lanes8(bytes) ^ 0xFFFF;
+    else if constexpr (itself == Itself::ALL)
+        return 0xFFFF;
+    else
+        return lanes8(_mm_cmplt_epi8(bytes, _mm_set1_epi8(-0x60))) ^ 0xFFFF;
+}
+
+/// The lanes of 16 bits of which the above holds.
+template <Itself itself>
+__m128i unitsThemselves(__m128i units) noexcept
+{
+    if constexpr (itself == Itself::ASCII)
+        return has16(units, 0xFF80, 0);
+    else if constexpr (itself == Itself::ALL)
+        return has16(units, 0xFF00, 0);
+    else
+        return _mm_andnot_si128(has16(units, 0xE0, 0x80), has16(units, 0xFF00, 0));
+}
+
+#endif
+
+/// What a decoder of ASCII gives for a byte.
+constexpr char16_t asciiCharacter(signed char byte) noexcept
+{
+    return byte >= 0 ? static_cast<char16_t>(byte) : REPLACEMENT;
+}
+
+#if defined(__SSE2__)
+
+/// Decodes `blocks` times 16 bytes, up to the first one without a character. Returns how many.
+template <Itself itself, int blocks, class CharacterOf>
+std::ptrdiff_t decodeStretch(const signed char* in, char16_t* out, const CharacterOf& characterOf) noexcept
+{
+    std::uint64_t others = 0;
+    for (int block = 0; block < blocks; ++block) {
+        const __m128i bytes = loadBlock(in + block * BLOCK);
+        storeWidened(out + block * BLOCK, bytes);
+        others |= std::uint64_t {bytesThemselves<itself>(bytes) ^ 0xFFFF} << block * BLOCK;
+    }
+    for (; others != 0; others &= others - 1) {
+        const std::ptrdiff_t index = std::countr_zero(others);
+        const char16_t unit = characterOf(in[index]);
+        if (unit == REPLACEMENT)
+            return index;
+        out[index] = unit;
+    }
+    return blocks * BLOCK;
+}
+
+#endif
+
+/// Decodes bytes up to the first one that `characterOf` has no character for, or `count`. Returns how many. Of `out`, all
+/// `count` units may be written.
+template <Itself itself, class CharacterOf>
+std::ptrdiff_t decodeRun(
+    const signed char* in, char16_t* out, std::ptrdiff_t count, const CharacterOf& characterOf) noexcept
+{
+    std::ptrdiff_t done = 0;
+#if defined(__SSE2__)
+    // Four blocks first: the fewer ends of loops, the fewer wrong guesses of the processor.
+    while (count - done >= 4 * BLOCK) {
+        const std::ptrdiff_t taken = decodeStretch<itself, 4>(in + done, out + done, characterOf);
+        done += taken;
+        if (taken != 4 * BLOCK)
+            return done;
+    }
+    while (count - done >= BLOCK) {
+        const std::ptrdiff_t taken = decodeStretch<itself, 1>(in + done, out + done, characterOf);
+        done += taken;
+        if (taken != BLOCK)
+            return done;
+    }
+#endif
+    for (; done < count; ++done) {
+        const char16_t unit = characterOf(in[done]);
+        if (unit == REPLACEMENT)
+            break;
+        out[done] = unit;
+    }
+    return done;
+}
+
+/// Narrows units whose bytes are themselves, up to the first other one or `count`. Returns how many. Of `out`, all `count`
+/// bytes may be written.
+template <Itself itself>
+std::ptrdiff_t narrowRun(const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
+{
+    std::ptrdiff_t done = 0;
+#if defined(__SSE2__)
+    const __m128i low = _mm_set1_epi16(0xFF);
+    for (; count - done >= BLOCK; done += BLOCK) {
+        const __m128i first = loadBlock(in + done);
+        const __m128i second = loadBlock(in + done + 8);
+        storeBlock(out + done, _mm_packus_epi16(_mm_and_si128(first, low), _mm_and_si128(second, low)));
+        const unsigned good = lanes8(_mm_packs_epi16(unitsThemselves<itself>(first), unitsThemselves<itself>(second)));
+        if (good != 0xFFFF)
+            return done + std::countr_one(good);
+    }
+#endif
+    for (; done < count && isItself<itself>(in[done]); ++done)
+        out[done] = static_cast<signed char>(in[done]);
+    return done;
+}
+
+} // namespace vx::text::charset::detail

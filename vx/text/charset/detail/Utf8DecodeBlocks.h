@@ -1,0 +1,265 @@
+#pragma once
+
+#include "vx/text/charset/detail/Block.h"
+#include "vx/text/charset/detail/Pass.h"
+
+#if defined(__SSE2__)
+
+#include <algorithm>
+#include <bit>
+
+namespace vx::text::charset::detail {
+
+// After Lemire and Muła, "Transcoding billions of Unicode characters per second with SIMD instructions" (2022): where the
+// characters end is found for 64 bytes at once, as bits. Twelve of these bits tell how to shuffle the next bytes so that
+// each character has a lane of its own.
+
+inline constexpr int WINDOW = 64;
+inline constexpr int LOOKED_AT = 12; ///< bits of a step
+
+/// Steps decode six characters of up to two bytes, or four of up to three, or three of up to four. Their shuffles are
+/// numbered by the lengths of the characters, as digits.
+struct StepKind {
+    unsigned first; ///< number of its first shuffle
+    unsigned last; ///< and of the one behind its last
+    unsigned characters;
+    unsigned longest;
+    unsigned lane; ///< bytes that a shuffle gives to each
+};
+inline constexpr StepKind PAIRS {0, 64, 6, 2, 2};
+inline constexpr StepKind TRIPLES {64, 145, 4, 3, 4};
+inline constexpr StepKind QUADS {145, 209, 3, 4, 4};
+
+struct Step {
+    std::uint8_t shuffle;
+    std::uint8_t bytes; ///< it takes so many
+};
+
+/// The step for `kind`, or one without bytes where a character is too long for it. Bit i of `ends` is set where a
+/// character ends with byte i.
+constexpr Step stepOf(const StepKind& kind, unsigned ends)
+{
+    unsigned number = 0;
+    unsigned bytes = 0;
+    for (unsigned character = 0; character < kind.characters; ++character) {
+        const auto length = static_cast<unsigned>(std::countr_zero(ends >> bytes | 1U << LOOKED_AT)) + 1;
+        if (length > kind.longest)
+            return {0, 0};
+        number = number * kind.longest + length - 1;
+        bytes += length;
+    }
+    return {static_cast<std::uint8_t>(kind.first + number), static_cast<std::uint8_t>(bytes)};
+}
+
+inline constexpr auto STEPS = [] {
+    std::array<Step, 1 << LOOKED_AT> steps {};
+    for (unsigned ends = 0; ends < steps.size(); ++ends) {
+        for (const StepKind& kind : {QUADS, TRIPLES, PAIRS}) {
+            if (const Step step = stepOf(kind, ends); step.bytes != 0)
+                steps[ends] = step;
+        }
+    }
+    return steps;
+}();
+
+/// Each character goes to a lane of its own, its last byte first.
+inline constexpr auto DECODE_SHUFFLES = [] {
+    std::array<Shuffle, QUADS.last> shuffles {};
+    for (const StepKind& kind : {PAIRS, TRIPLES, QUADS}) {
+        for (unsigned index = kind.first; index < kind.last; ++index) {
+            shuffles[index].fill(EMPTY);
+            unsigned lengths[6] {};
+            unsigned rest = index - kind.first;
+            for (unsigned character = kind.characters; character-- > 0; rest /= kind.longest)
+                lengths[character] = rest % kind.longest + 1;
+            unsigned end = 0;
+            for (unsigned character = 0; character < kind.characters; ++character) {
+                end += lengths[character];
+                for (unsigned byte = 0; byte < lengths[character]; ++byte)
+                    shuffles[index][character * kind.lane + byte] = static_cast<std::uint8_t>(end - 1 - byte);
+            }
+        }
+    }
+    return shuffles;
+}();
+
+/// For the lanes of 32 bits that hold a pair of units, as bits, how three lanes become units one behind the other.
+inline constexpr auto DECODE_PACKS = [] {
+    std::array<Shuffle, 8> packs {};
+    for (unsigned pairs = 0; pairs < packs.size(); ++pairs) {
+        packs[pairs].fill(EMPTY);
+        std::size_t to = 0;
+        for (unsigned lane = 0; lane < 3; ++lane) {
+            const unsigned bytes = (pairs >> lane & 1) != 0 ? 4 : 2;
+            for (unsigned byte = 0; byte < bytes; ++byte)
+                packs[pairs][to++] = static_cast<std::uint8_t>(4 * lane + byte);
+        }
+    }
+    return packs;
+}();
+
+inline constexpr Shuffle DECODE_PACK_UNITS {
+    0, 1, 4, 5, 8, 9, 12, 13, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY};
+
+/// 64 bytes, and what is true of them: as bits, one for each, or of any.
+class Window {
+public:
+    explicit Window(const signed char* bytes) noexcept
+        : m_blocks {
+            loadBlock(bytes), loadBlock(bytes + BLOCK), loadBlock(bytes + 2 * BLOCK), loadBlock(bytes + 3 * BLOCK)}
+    {
+    }
+
+    std::uint64_t notAscii() const noexcept
+    {
+        return gather([](__m128i block) { return block; });
+    }
+    /// From 0x80 on, but below `limit`.
+    std::uint64_t below(int limit) const noexcept
+    {
+        const __m128i limits = _mm_set1_epi8(static_cast<char>(limit));
+        return gather([&](__m128i block) { return _mm_cmplt_epi8(block, limits); });
+    }
+    std::uint64_t equal(int byte) const noexcept
+    {
+        const __m128i bytes = _mm_set1_epi8(static_cast<char>(byte));
+        return gather([&](__m128i block) { return _mm_cmpeq_epi8(block, bytes); });
+    }
+    /// Whether any byte is from `first` up to `last`, which are 0x80 or more.
+    bool hasAny(int first, int last) const noexcept
+    {
+        const __m128i firsts = _mm_set1_epi8(static_cast<char>(first));
+        const __m128i least
+            = _mm_min_epu8(_mm_min_epu8(_mm_sub_epi8(m_blocks[0], firsts), _mm_sub_epi8(m_blocks[1], firsts)),
+                _mm_min_epu8(_mm_sub_epi8(m_blocks[2], firsts), _mm_sub_epi8(m_blocks[3], firsts)));
+        const __m128i distance = _mm_set1_epi8(static_cast<char>(last - first));
+        return lanes8(_mm_cmpeq_epi8(_mm_min_epu8(least, distance), least)) != 0;
+    }
+
+    void storeAscii(char16_t* out) const noexcept
+    {
+        for (int index = 0; index < 4; ++index)
+            storeWidened(out + index * BLOCK, m_blocks[index]);
+    }
+
+private:
+    template <class Test>
+    std::uint64_t gather(Test&& test) const noexcept
+    {
+        std::uint64_t bits = 0;
+        for (int index = 0; index < 4; ++index)
+            bits |= std::uint64_t {lanes8(test(m_blocks[index]))} << index * BLOCK;
+        return bits;
+    }
+
+    __m128i m_blocks[4];
+};
+
+/// Whether all sequences but one that the end cuts are well-formed. Overlong forms of three bytes are taken as such.
+inline bool isPlain(const Window& window, std::uint64_t notAscii, std::uint64_t followers) noexcept
+{
+    std::uint64_t expected = (notAscii & ~followers) << 1;
+    if (window.hasAny(0xE0, 0xFF)) {
+        expected |= (notAscii & ~window.below(0xE0)) << 2;
+        if (window.hasAny(0xED, 0xED) && (window.equal(0xED) & (followers & ~window.below(0xA0)) >> 1) != 0)
+            return false;
+        if (window.hasAny(0xF0, 0xFF)) {
+            expected |= (notAscii & ~window.below(0xF0)) << 3;
+            const std::uint64_t low = window.below(0x90);
+            if (window.hasAny(0xF5, 0xFF)
+                || ((window.equal(0xF0) & low >> 1) | (window.equal(0xF4) & (followers & ~low) >> 1)) != 0)
+                return false;
+        }
+    }
+    return expected == followers && !window.hasAny(0xC0, 0xC1);
+}
+
+/// Six characters of up to two bytes.
+VX_USES_SHUFFLE inline char16_t* decodePairs(__m128i lanes, char16_t* out) noexcept
+{
+    storeBlock(out, either(bits16<0>(lanes, 0x7F), bits16<2>(lanes, 0x7C0)));
+    return out + PAIRS.characters;
+}
+
+/// Four characters of up to three bytes.
+VX_USES_SHUFFLE inline char16_t* decodeTriples(__m128i lanes, char16_t* out) noexcept
+{
+    const __m128i values = either(bits32<0>(lanes, 0x7F), bits32<2>(lanes, 0xFC0), bits32<4>(lanes, 0xF000));
+    storeBlock(out, shuffle(values, DECODE_PACK_UNITS));
+    return out + TRIPLES.characters;
+}
+
+/// Three characters of up to four bytes.
+VX_USES_SHUFFLE inline char16_t* decodeQuads(__m128i lanes, char16_t* out) noexcept
+{
+    // A first byte in the third place has a bit more than a follower has.
+    const __m128i third = _mm_xor_si128(bits32<4>(lanes, 0x3F000), bits32<5>(lanes, 0x20000));
+    const __m128i values = either(bits32<0>(lanes, 0x7F), bits32<2>(lanes, 0xFC0), third, bits32<6>(lanes, 0x1C0000));
+    const __m128i isPair = _mm_cmpgt_epi32(values, _mm_set1_epi32(0xFFFF));
+    const __m128i offsets = _mm_sub_epi32(values, _mm_set1_epi32(0x10000));
+    const __m128i pairs = either(
+        bits32<10>(offsets, 0x3FF), bits32<-16>(offsets, 0x3FF0000), _mm_set1_epi32(static_cast<int>(0xDC00D800)));
+    const unsigned isPairBits = lanes32(isPair) & 7;
+    storeBlock(out, shuffle(choose(isPair, pairs, values), DECODE_PACKS[isPairBits]));
+    return out + QUADS.characters + (isPairBits & 1) + (isPairBits >> 1 & 1) + (isPairBits >> 2);
+}
+
+/// Decodes up to a window with a fault, or near an end.
+VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
+{
+    const signed char* in = pass.in;
+    char16_t* out = pass.out;
+    while (pass.inEnd - in >= WINDOW + BLOCK && pass.outEnd - out >= WINDOW + BLOCK) {
+        const Window window(in);
+        const std::uint64_t notAscii = window.notAscii();
+        if (notAscii == 0) {
+            window.storeAscii(out);
+            in += WINDOW;
+            out += WINDOW;
+            continue;
+        }
+        const std::uint64_t followers = window.below(0xC0);
+        if (!isPlain(window, notAscii, followers))
+            break;
+        const std::uint64_t ends = ~followers >> 1;
+        int at = 0;
+        while (at < WINDOW - LOOKED_AT) { // the byte behind what a step looks at tells that a character ends
+            const __m128i bytes = loadBlock(in + at);
+            if (at <= WINDOW - BLOCK && (notAscii >> at & 0xFFFF) == 0) {
+                storeWidened(out, bytes);
+                out += BLOCK;
+                at += BLOCK;
+                continue;
+            }
+            const Step step = STEPS[ends >> at & ((1U << LOOKED_AT) - 1)];
+            const __m128i lanes = shuffle(bytes, DECODE_SHUFFLES[step.shuffle]);
+            if (step.shuffle < TRIPLES.first)
+                out = decodePairs(lanes, out);
+            else if (step.shuffle < QUADS.first)
+                out = decodeTriples(lanes, out);
+            else
+                out = decodeQuads(lanes, out);
+            at += step.bytes;
+        }
+        in += at;
+    }
+    pass.in = in;
+    pass.out = out;
+}
+
+} // namespace vx::text::charset::detail
+
+#endif
+
+namespace vx::text::charset::detail {
+
+/// Decodes what needs no second look, as far as this processor can.
+inline void decodePlain([[maybe_unused]] Decoding& pass) noexcept
+{
+#if defined(__SSE2__)
+    if (hasShuffle())
+        decodeBlocks(pass);
+#endif
+}
+
+} // namespace vx::text::charset::detail

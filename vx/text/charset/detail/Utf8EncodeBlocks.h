@@ -1,0 +1,147 @@
+#pragma once
+
+#include "vx/text/charset/detail/Block.h"
+#include "vx/text/charset/detail/Pass.h"
+
+#if defined(__SSE2__)
+
+#include <bit>
+
+namespace vx::text::charset::detail {
+
+// Each unit becomes a lane of bytes, and the lanes are packed by a shuffle. Of a surrogate pair either unit gives two of
+// the four bytes, so that no unit has more than three.
+
+struct Packing {
+    Shuffle shuffle;
+    std::uint8_t length; ///< bytes that are left
+};
+
+/// For lanes of `laneBytes` of which the first `lengthOf(lane)` bytes are kept.
+template <class LengthOf>
+constexpr Packing packingOf(unsigned laneBytes, LengthOf&& lengthOf)
+{
+    Packing packing {};
+    packing.shuffle.fill(EMPTY);
+    for (unsigned lane = 0; lane < BLOCK / laneBytes; ++lane) {
+        for (unsigned byte = 0; byte < lengthOf(lane); ++byte)
+            packing.shuffle[packing.length++] = static_cast<std::uint8_t>(lane * laneBytes + byte);
+    }
+    return packing;
+}
+
+/// Eight lanes of one or two bytes, by the bits of those with one.
+inline constexpr auto ENCODE_PAIRS = [] {
+    std::array<Packing, 256> packings {};
+    for (unsigned singles = 0; singles < packings.size(); ++singles)
+        packings[singles] = packingOf(2, [=](unsigned lane) { return 2 - (singles >> lane & 1); });
+    return packings;
+}();
+
+/// Four lanes of one to three bytes, by the bits of those with one, and behind them the bits of those with three.
+inline constexpr auto ENCODE_TRIPLES = [] {
+    std::array<Packing, 256> packings {};
+    for (unsigned bits = 0; bits < packings.size(); ++bits) {
+        packings[bits] = packingOf(4, [=](unsigned lane) { return 2 - (bits >> lane & 1) + (bits >> lane >> 4 & 1); });
+    }
+    return packings;
+}();
+
+/// Two bytes in each lane, of the units from 0x80 to 0x7FF.
+inline __m128i encodePairs(__m128i units) noexcept
+{
+    return either(bits16<6>(units, 0x1F), bits16<-8>(units, 0x3F00), _mm_set1_epi16(static_cast<short>(0x80C0)));
+}
+
+/// The same of surrogates. A trailing one takes two bits of the unit before it.
+inline __m128i encodeSurrogates(__m128i units, __m128i before, __m128i isLead) noexcept
+{
+    const __m128i values = _mm_add_epi16(bits16<0>(units, 0x3FF), _mm_set1_epi16(0x40));
+    const __m128i leads
+        = either(bits16<8>(values, 7), bits16<-6>(values, 0x3F00), _mm_set1_epi16(static_cast<short>(0x80F0)));
+    const __m128i trails = either(bits16<-4>(before, 0x30), bits16<6>(units, 0xF), bits16<-8>(units, 0x3F00),
+        _mm_set1_epi16(static_cast<short>(0x8080)));
+    return choose(isLead, leads, trails);
+}
+
+/// Three bytes in each lane of 32 bits.
+inline __m128i encodeTriples(__m128i values) noexcept
+{
+    return either(
+        bits32<12>(values, 0xF), bits32<-2>(values, 0x3F00), bits32<-16>(values, 0x3F0000), _mm_set1_epi32(0x8080E0));
+}
+
+VX_USES_SHUFFLE inline signed char* storePacked(signed char* out, __m128i lanes, const Packing& packing) noexcept
+{
+    storeBlock(out, shuffle(lanes, packing.shuffle));
+    return out + packing.length;
+}
+
+/// Encodes up to a surrogate out of place or near an end.
+VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
+{
+    const __m128i zero = _mm_setzero_si128();
+    const char16_t* in = pass.in;
+    signed char* out = pass.out;
+    unsigned open = 0; // 1: the unit before is a lead, of which the first two bytes are stored
+    while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 2 * BLOCK) {
+        const __m128i units = loadBlock(in);
+        const __m128i more = loadBlock(in + 8);
+        if (open == 0 && lanes8(has16(either(units, more), 0xFF80, 0)) == 0xFFFF) {
+            storeBlock(out, _mm_packus_epi16(units, more));
+            in += BLOCK;
+            out += BLOCK;
+            continue;
+        }
+        const __m128i isSingle = has16(units, 0xFF80, 0);
+        const unsigned singles = lanes16(isSingle);
+        __m128i isShort = has16(units, 0xF800, 0);
+        __m128i shorts = choose(isSingle, units, encodePairs(units));
+        const __m128i isSurrogate = has16(units, 0xF800, 0xD800);
+        const unsigned surrogates = lanes16(isSurrogate);
+        if ((surrogates | open) != 0) {
+            const __m128i isLead = has16(units, 0xFC00, 0xD800);
+            const unsigned leads = lanes16(isLead);
+            const unsigned trails = (leads << 1 | open) & 0xFF; // those that must follow
+            if (surrogates != (leads | trails) || (leads & trails) != 0)
+                break;
+            const __m128i before = _mm_insert_epi16(_mm_slli_si128(units, 2), in[-static_cast<int>(open)], 0);
+            shorts = choose(isSurrogate, encodeSurrogates(units, before, isLead), shorts);
+            isShort = either(isShort, isSurrogate);
+            open = leads >> 7;
+        }
+        const unsigned triples = lanes16(isShort) ^ 0xFF;
+        if (triples == 0) {
+            out = storePacked(out, shorts, ENCODE_PAIRS[singles]);
+        } else {
+            const __m128i low = choose(_mm_unpacklo_epi16(isShort, isShort), _mm_unpacklo_epi16(shorts, zero),
+                encodeTriples(_mm_unpacklo_epi16(units, zero)));
+            const __m128i high = choose(_mm_unpackhi_epi16(isShort, isShort), _mm_unpackhi_epi16(shorts, zero),
+                encodeTriples(_mm_unpackhi_epi16(units, zero)));
+            out = storePacked(out, low, ENCODE_TRIPLES[(singles & 15) | (triples & 15) << 4]);
+            out = storePacked(out, high, ENCODE_TRIPLES[singles >> 4 | (triples >> 4) << 4]);
+        }
+        in += 8;
+    }
+    in -= open;
+    out -= 2 * open;
+    pass.in = in;
+    pass.out = out;
+}
+
+} // namespace vx::text::charset::detail
+
+#endif
+
+namespace vx::text::charset::detail {
+
+/// Encodes what needs no second look, as far as this processor can.
+inline void encodePlain([[maybe_unused]] Encoding& pass) noexcept
+{
+#if defined(__SSE2__)
+    if (hasShuffle())
+        encodeBlocks(pass);
+#endif
+}
+
+} // namespace vx::text::charset::detail
