@@ -2,6 +2,8 @@
 
 // Made by scripts/generate-code-pages from the published mappings of the code pages. Do not edit.
 
+// clang-format off
+
 namespace vx::text::charset::detail {
 
 inline constexpr char16_t CP437_CHARS[256] = {
