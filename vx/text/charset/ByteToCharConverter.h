@@ -18,9 +18,10 @@ public:
     /// A new decoder with count 0 for the platform's default encoding, or for ASCII where nobody knows that.
     static ByteToCharConverter* getDefaultConverter();
 
-    /// Moves whole characters from `src[*srcPos]` on to `dst[*dstPos]` on; `srcLen` and `dstLen` are end indices. Stops
-    /// where the source ends, also inside a character, or the next character has no room. Both positions are advanced
-    /// over what was done, and an exception leaves them at the start of the offending character. Returns the units stored.
+    /// Moves whole characters from `src[*srcPos]` on to `dst[*dstPos]` on; `srcLen` and `dstLen` are end indices, and all
+    /// of `dst` up to there may be overwritten. Stops where the source ends, also inside a character, or the next
+    /// character has no room. Both positions are advanced over what was done, and an exception leaves them at the start
+    /// of the offending character. Returns the units stored.
     virtual std::int32_t convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
         std::int32_t* dstPos, std::int32_t dstLen)
         = 0;

@@ -19,9 +19,10 @@ public:
     /// A new encoder with count 0 for the platform's default encoding, or for ASCII where nobody knows that.
     static CharToByteConverter* getDefaultConverter();
 
-    /// Moves whole characters from `src[*srcPos]` on to `dst[*dstPos]` on; `srcLen` and `dstLen` are end indices. Stops
-    /// where the source ends or the next character has no room. Both positions are advanced over what was done, and an
-    /// exception leaves them at the start of the offending character. Returns the bytes stored.
+    /// Moves whole characters from `src[*srcPos]` on to `dst[*dstPos]` on; `srcLen` and `dstLen` are end indices, and all
+    /// of `dst` up to there may be overwritten. Stops where the source ends or the next character has no room. Both
+    /// positions are advanced over what was done, and an exception leaves them at the start of the offending character.
+    /// Returns the bytes stored.
     virtual std::int32_t convert(const char16_t* src, std::int32_t* srcPos, std::int32_t srcLen, signed char* dst,
         std::int32_t* dstPos, std::int32_t dstLen)
         = 0;

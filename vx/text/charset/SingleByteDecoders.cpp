@@ -1,6 +1,6 @@
 #include "vx/text/charset/BTCSingleByte.h"
 #include "vx/text/charset/CharsetException.h"
-#include "vx/text/charset/detail/Ascii.h"
+#include "vx/text/charset/detail/ByteRuns.h"
 #include "vx/text/charset/detail/CodePages.h"
 #include "vx/text/charset/detail/Pass.h"
 #include "vx/text/charset/detail/Unicode.h"
@@ -20,20 +20,19 @@ struct Substitution {
     int length;
 };
 
-/// The loop of all decoders. With `asciiIsItself`, runs of bytes below 0x80 need no `characterOf`.
-template <class CharacterOf>
-void decodeBytes(Decoding& pass, const Substitution& substitution, bool asciiIsItself, CharacterOf&& characterOf)
+/// The loop of all decoders. Without bytes that are themselves, `characterOf` is a hook: it is asked once for each byte.
+template <Itself itself, class CharacterOf>
+void decodeBytes(Decoding& pass, const Substitution& substitution, const CharacterOf& characterOf)
 {
-    while (pass.in < pass.inEnd) {
-        if (asciiIsItself && *pass.in >= 0) {
-            const std::size_t run
-                = widenAscii(pass.in, pass.out, static_cast<std::size_t>(std::min(pass.left(), pass.room())));
-            if (run == 0)
-                return;
+    for (;;) {
+        if constexpr (itself != Itself::NONE) {
+            const std::ptrdiff_t run
+                = decodeRun<itself>(pass.in, pass.out, std::min(pass.left(), pass.room()), characterOf);
             pass.in += run;
             pass.out += run;
-            continue;
         }
+        if (pass.in == pass.inEnd)
+            return;
         char16_t unit = characterOf(*pass.in);
         if (unit == REPLACEMENT) {
             if (!substitution.mode)
@@ -51,9 +50,9 @@ void decodeBytes(Decoding& pass, const Substitution& substitution, bool asciiIsI
     }
 }
 
-char16_t asciiCharacter(signed char byte) noexcept
+char16_t latin1Character(signed char byte) noexcept
 {
-    return byte >= 0 ? static_cast<char16_t>(byte) : REPLACEMENT;
+    return static_cast<std::uint8_t>(byte);
 }
 
 } // namespace
@@ -64,7 +63,7 @@ std::int32_t BTCSingleByte::convert(const signed char* src, std::int32_t* srcPos
     std::int32_t* dstPos, std::int32_t dstLen)
 {
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    decodeBytes(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength}, false,
+    decodeBytes<Itself::NONE>(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength},
         [this](signed char byte) { return convertByte(byte); });
     return pass.produced();
 }
@@ -94,7 +93,7 @@ std::int32_t BTCASCII::convert(const signed char* src, std::int32_t* srcPos, std
     if (typeid(*this) != typeid(BTCASCII)) // a derived class may have a hook of its own
         return BTCSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    decodeBytes(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength}, true, asciiCharacter);
+    decodeBytes<Itself::ASCII>(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength}, asciiCharacter);
     return pass.produced();
 }
 
@@ -115,7 +114,7 @@ std::int32_t BTCISO8859_1::convert(const signed char* src, std::int32_t* srcPos,
 {
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
     const std::ptrdiff_t count = std::min(pass.left(), pass.room());
-    widenLatin1(pass.in, pass.out, static_cast<std::size_t>(count));
+    decodeRun<Itself::ALL>(pass.in, pass.out, count, latin1Character);
     pass.in += count;
     pass.out += count;
     return pass.produced();
@@ -128,7 +127,7 @@ const char16_t* BTCISO8859_1::getEncodingName()
 
 char16_t BTCISO8859_1::convertByte(signed char byte)
 {
-    return static_cast<unsigned char>(byte);
+    return latin1Character(byte);
 }
 
 BTCSingleByteTable::BTCSingleByteTable(const char16_t* name, const char16_t* table) noexcept
@@ -146,9 +145,14 @@ std::int32_t BTCSingleByteTable::convert(const signed char* src, std::int32_t* s
     if (type != typeid(BTCCP1252) && type != typeid(BTCCP437) && type != typeid(BTCSingleByteTable))
         return BTCSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    decodeBytes(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength},
-        m_table == CP1252_CHARS || m_table == CP437_CHARS,
-        [table = m_table](signed char byte) { return table[static_cast<unsigned char>(byte)]; });
+    const Substitution substitution {m_substitutionMode, m_substitutionChars, m_substitutionLength};
+    const auto characterOf = [table = m_table](signed char byte) { return table[static_cast<unsigned char>(byte)]; };
+    if (m_table == CP1252_CHARS)
+        decodeBytes<Itself::ALL_BUT_C1>(pass, substitution, characterOf);
+    else if (m_table == CP437_CHARS)
+        decodeBytes<Itself::ASCII>(pass, substitution, characterOf);
+    else
+        decodeBytes<Itself::NONE>(pass, substitution, characterOf);
     return pass.produced();
 }
 

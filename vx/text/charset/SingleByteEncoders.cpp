@@ -1,6 +1,6 @@
 #include "vx/text/charset/CTBSingleByte.h"
 #include "vx/text/charset/CharsetException.h"
-#include "vx/text/charset/detail/Ascii.h"
+#include "vx/text/charset/detail/ByteRuns.h"
 #include "vx/text/charset/detail/CodePages.h"
 #include "vx/text/charset/detail/Pass.h"
 #include "vx/text/charset/detail/Substitution.h"
@@ -33,8 +33,8 @@ struct State {
     }
 };
 
-/// The loop of all encoders. Units below `itself` are their own bytes; what `byteOf` gives for others is the byte, or 0.
-template <unsigned itself, class ByteOf>
+/// The loop of all encoders. What `byteOf` gives for units that are not themselves is the byte, or 0.
+template <Itself itself, class ByteOf>
 void encodeUnits(Encoding& pass, const State& state, ByteOf&& byteOf)
 {
     while (pass.in < pass.inEnd) {
@@ -52,9 +52,8 @@ void encodeUnits(Encoding& pass, const State& state, ByteOf&& byteOf)
             ++pass.in;
             continue;
         }
-        if (unit < itself) {
-            const std::size_t run
-                = narrowUnits<itself>(pass.in, pass.out, static_cast<std::size_t>(std::min(pass.left(), pass.room())));
+        if (isItself<itself>(unit)) {
+            const std::ptrdiff_t run = narrowRun<itself>(pass.in, pass.out, std::min(pass.left(), pass.room()));
             if (run == 0)
                 return;
             pass.in += run;
@@ -96,7 +95,7 @@ std::int32_t CTBSingleByte::convert(const char16_t* src, std::int32_t* srcPos, s
     std::int32_t* dstPos, std::int32_t dstLen)
 {
     Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    encodeUnits<0>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead},
+    encodeUnits<Itself::NONE>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead},
         [this](char16_t unit) { return convertChar(unit); });
     return pass.produced();
 }
@@ -130,7 +129,7 @@ std::int32_t CTBASCII::convert(const char16_t* src, std::int32_t* srcPos, std::i
     if (typeid(*this) != typeid(CTBASCII)) // a derived class may have a hook of its own
         return CTBSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
     Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    encodeUnits<0x80>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead}, noByte);
+    encodeUnits<Itself::ASCII>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead}, noByte);
     return pass.produced();
 }
 
@@ -152,7 +151,7 @@ std::int32_t CTBISO8859_1::convert(const char16_t* src, std::int32_t* srcPos, st
     if (typeid(*this) != typeid(CTBISO8859_1))
         return CTBSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
     Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    encodeUnits<0x100>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead}, noByte);
+    encodeUnits<Itself::ALL>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead}, noByte);
     return pass.produced();
 }
 
@@ -186,10 +185,12 @@ std::int32_t CTBSingleByteTable::convert(const char16_t* src, std::int32_t* srcP
     const auto byteOf = [index = m_pageIndex, pages = m_pages](char16_t unit) {
         return static_cast<signed char>(pages[index[unit >> 8] + (unit & 0xFF)]);
     };
-    if (m_pages == CP1252_PAGES || m_pages == CP437_PAGES)
-        encodeUnits<0x80>(pass, state, byteOf);
+    if (m_pages == CP1252_PAGES)
+        encodeUnits<Itself::ALL_BUT_C1>(pass, state, byteOf);
+    else if (m_pages == CP437_PAGES)
+        encodeUnits<Itself::ASCII>(pass, state, byteOf);
     else
-        encodeUnits<0>(pass, state, byteOf);
+        encodeUnits<Itself::NONE>(pass, state, byteOf);
     return pass.produced();
 }
 

@@ -1,11 +1,11 @@
 #include "vx/text/charset/BTCUTF16.h"
 #include "vx/text/charset/CTBUTF16.h"
+#include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/ByteOrder.h"
 #include "vx/text/charset/detail/Pass.h"
 #include "vx/text/charset/detail/Substitution.h"
 
 #include <algorithm>
-#include <cstring>
 #include <typeinfo>
 
 namespace vx::text::charset {
@@ -67,13 +67,33 @@ std::int32_t CharToByteUTF::sameEncodingConvert(const char16_t* src, std::int32_
 
 namespace {
 
-/// As `sameEncodingConvert` for an order that is known: the compiler vectorises these loops.
+/// Moves `count` units of 16 bits and swaps the bytes of each, or does not.
+template <bool swapped>
+void moveUnits(const void* from, void* to, std::ptrdiff_t count) noexcept
+{
+    const auto* in = static_cast<const signed char*>(from);
+    auto* out = static_cast<signed char*>(to);
+    if constexpr (!swapped) {
+        std::copy_n(in, 2 * count, out);
+    } else {
+        const signed char* const end = in + 2 * count;
+#if defined(__SSE2__)
+        for (; end - in >= BLOCK; in += BLOCK, out += BLOCK) {
+            const __m128i units = loadBlock(in);
+            storeBlock(out, _mm_or_si128(_mm_slli_epi16(units, 8), _mm_srli_epi16(units, 8)));
+        }
+#endif
+        for (; in < end; in += 2, out += 2)
+            store(out, ordered<swapped>(load<char16_t>(in)));
+    }
+}
+
+/// As `sameEncodingConvert` for an order that is known.
 template <bool swapped>
 std::int32_t decodeUnits(Decoding&& pass) noexcept
 {
     const std::ptrdiff_t count = std::min(pass.left() / 2, pass.room());
-    for (std::ptrdiff_t index = 0; index < count; ++index)
-        pass.out[index] = ordered<swapped>(load<char16_t>(pass.in + 2 * index));
+    moveUnits<swapped>(pass.in, pass.out, count);
     pass.in += 2 * count;
     pass.out += count;
     return static_cast<std::int32_t>(count);
@@ -83,8 +103,7 @@ template <bool swapped>
 std::int32_t encodeUnits(Encoding&& pass) noexcept
 {
     const std::ptrdiff_t count = std::min(pass.left(), pass.room() / 2);
-    for (std::ptrdiff_t index = 0; index < count; ++index)
-        store(pass.out + 2 * index, ordered<swapped>(pass.in[index]));
+    moveUnits<swapped>(pass.in, pass.out, count);
     pass.in += count;
     pass.out += 2 * count;
     return static_cast<std::int32_t>(count);

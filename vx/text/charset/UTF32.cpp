@@ -24,23 +24,29 @@ std::int32_t BTCUTF32::convert(const signed char* src, std::int32_t* srcPos, std
     std::int32_t* dstPos, std::int32_t dstLen)
 {
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    while (pass.left() >= UNIT_BYTES && pass.room() >= 1) {
-        const std::uint32_t value = convertUTF32(load<std::uint32_t>(pass.in));
-        if (isSurrogate(value))
-            throw InvalidCharacterException(u"Illegal UTF-32 char in surrogate range");
-        if (value <= 0xFFFF) {
-            *pass.out++ = static_cast<char16_t>(value);
-        } else if (value > LAST_CODE_POINT) {
-            if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
+    const auto decode = [&](auto&& valueOf) {
+        while (pass.left() >= UNIT_BYTES && pass.room() >= 1) {
+            const std::uint32_t value = valueOf(load<std::uint32_t>(pass.in));
+            if (isSurrogate(value))
+                throw InvalidCharacterException(u"Illegal UTF-32 char in surrogate range");
+            if (value <= 0xFFFF) {
+                *pass.out++ = static_cast<char16_t>(value);
+            } else if (value > LAST_CODE_POINT) {
+                if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
+                    break;
+            } else if (!storePair(pass, value)) {
                 break;
-        } else {
-            if (pass.room() < 2)
-                break;
-            *pass.out++ = leadOf(value);
-            *pass.out++ = trailOf(value);
+            }
+            pass.in += UNIT_BYTES;
         }
-        pass.in += UNIT_BYTES;
-    }
+    };
+    const std::type_info& type = typeid(*this);
+    if (type == typeid(BTCUTF32LE))
+        decode(ordered<SWAPS_LITTLE, std::uint32_t>);
+    else if (type == typeid(BTCUTF32BE))
+        decode(ordered<SWAPS_BIG, std::uint32_t>);
+    else // a derived class may have a hook of its own
+        decode([this](std::uint32_t value) { return convertUTF32(value); });
     return pass.produced();
 }
 
@@ -84,23 +90,32 @@ std::int32_t CTBUTF32::convert(const char16_t* src, std::int32_t* srcPos, std::i
     std::int32_t* dstPos, std::int32_t dstLen)
 {
     Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
-    while (pass.left() >= 1 && pass.room() >= UNIT_BYTES) {
-        const char16_t unit = *pass.in;
-        std::uint32_t value = unit;
-        if (m_lead != 0) {
-            if (!isTrail(unit))
-                throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);
-            value = codePoint(m_lead, unit);
-            m_lead = 0;
-        } else if (isLead(unit)) {
-            m_lead = unit;
+    const auto encode = [&](auto&& wireValueOf) {
+        while (pass.left() >= 1 && pass.room() >= UNIT_BYTES) {
+            const char16_t unit = *pass.in;
+            std::uint32_t value = unit;
+            if (m_lead != 0) {
+                if (!isTrail(unit))
+                    throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);
+                value = codePoint(m_lead, unit);
+                m_lead = 0;
+            } else if (isLead(unit)) {
+                m_lead = unit;
+                ++pass.in;
+                continue;
+            }
+            store(pass.out, wireValueOf(value));
+            pass.out += UNIT_BYTES;
             ++pass.in;
-            continue;
         }
-        store(pass.out, convertUTF32(value));
-        pass.out += UNIT_BYTES;
-        ++pass.in;
-    }
+    };
+    const std::type_info& type = typeid(*this);
+    if (type == typeid(CTBUTF32LE))
+        encode(ordered<SWAPS_LITTLE, std::uint32_t>);
+    else if (type == typeid(CTBUTF32BE))
+        encode(ordered<SWAPS_BIG, std::uint32_t>);
+    else
+        encode([this](std::uint32_t value) { return convertUTF32(value); });
     return pass.produced();
 }
 

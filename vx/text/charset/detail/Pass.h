@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vx/text/charset/detail/Unicode.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -53,5 +55,15 @@ public:
 
 using Decoding = Pass<signed char, char16_t>;
 using Encoding = Pass<char16_t, signed char>;
+
+/// Stores a supplementary character as its surrogate pair. False: no room.
+inline bool storePair(Decoding& pass, std::uint32_t value) noexcept
+{
+    if (pass.room() < 2)
+        return false;
+    *pass.out++ = leadOf(value);
+    *pass.out++ = trailOf(value);
+    return true;
+}
 
 } // namespace vx::text::charset::detail
