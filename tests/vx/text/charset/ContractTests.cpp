@@ -1,0 +1,342 @@
+#include "tests/Slots.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/text/charset/BTCSingleByte.h"
+#include "vx/text/charset/BTCUTF16.h"
+#include "vx/text/charset/BTCUTF32.h"
+#include "vx/text/charset/BTCUTF8.h"
+#include "vx/text/charset/CTBSingleByte.h"
+#include "vx/text/charset/CTBUTF16.h"
+#include "vx/text/charset/CTBUTF32.h"
+#include "vx/text/charset/CTBUTF8.h"
+#include "vx/text/charset/CharsetException.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vx::text::charset {
+namespace {
+
+using Bytes = std::vector<signed char>;
+
+Bytes bytesOf(std::string_view text)
+{
+    return Bytes(text.begin(), text.end());
+}
+
+/// The twins, by what differs in their names.
+struct Decoder {
+    using Converter = ByteToCharConverter;
+    using Unit = char16_t;
+    static constexpr int CAPACITY = 3;
+    static constexpr Unit SUBSTITUTE = u'\uFFFD';
+    static constexpr auto get = &Converter::getSubstitutionChars;
+    static constexpr auto set = &Converter::setSubstitutionChars;
+};
+
+struct Encoder {
+    using Converter = CharToByteConverter;
+    using Unit = signed char;
+    static constexpr int CAPACITY = 7;
+    static constexpr Unit SUBSTITUTE = '?';
+    static constexpr auto get = &Converter::getSubstitutionBytes;
+    static constexpr auto set = &Converter::setSubstitutionBytes;
+};
+
+template <class Side>
+class Converters : public testing::Test {
+};
+using Sides = testing::Types<Decoder, Encoder>;
+TYPED_TEST_SUITE(Converters, Sides);
+
+TYPED_TEST(Converters, StandInTheirSlots)
+{
+    using Converter = typename TypeParam::Converter;
+    expectSlots("converter", slotOf(&Object::toString) + 1,
+        {slotOf(&Converter::convert), slotOf(&Converter::flush), slotOf(&Converter::reset),
+            slotOf(&Converter::getEncodingName), slotOf(&Converter::getMaxBytesPerChar),
+            slotOf(&Converter::getMaxCharsPerByte), slotOf(&Converter::getSubstitutionMode),
+            slotOf(&Converter::setSubstitutionMode), slotOf(TypeParam::get), slotOf(TypeParam::set)});
+    const std::size_t hook = slotOf(TypeParam::set) + 1;
+    expectSlots("decoders", hook, {slotOf(&BTCSingleByte::convertByte)});
+    expectSlots("encoders", hook, {slotOf(&CTBSingleByte::convertChar)});
+    expectSlots("UTF-16", hook, {slotOf(&ByteToCharUTF::convertChar), slotOf(&BTCUTF16::convertUTF16)});
+    expectSlots("UTF-32", hook, {slotOf(&ByteToCharUTF::convertChar), slotOf(&BTCUTF32::convertUTF32)});
+    expectSlots("UTF-16", hook, {slotOf(&CharToByteUTF::convertChar), slotOf(&CTBUTF16::convertUTF16)});
+    expectSlots("UTF-32", hook, {slotOf(&CharToByteUTF::convertChar), slotOf(&CTBUTF32::convertUTF32)});
+}
+
+TYPED_TEST(Converters, KeepASubstitutionOfTheirOwn)
+{
+    using Unit = typename TypeParam::Unit;
+    const auto newConverter
+        = [] { return Reference<typename TypeParam::Converter>(TypeParam::Converter::getConverter(u"cp437")); };
+    const auto first = newConverter();
+    const auto second = newConverter();
+    EXPECT_NE(first, second);
+
+    Unit units[8] = {};
+    EXPECT_TRUE(first->getSubstitutionMode());
+    EXPECT_EQ((first.get()->*TypeParam::get)(nullptr, 0), 1);
+    EXPECT_EQ((first.get()->*TypeParam::get)(units, 8), 1);
+    EXPECT_EQ(units[0], TypeParam::SUBSTITUTE);
+    EXPECT_EQ((first.get()->*TypeParam::get)(units, 0), 0);
+    EXPECT_EQ((first.get()->*TypeParam::get)(units, -1), 0);
+
+    const Unit letters[8] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
+    for (int length : {0, 2, TypeParam::CAPACITY, TypeParam::CAPACITY + 1, -1}) {
+        (first.get()->*TypeParam::set)(letters, length);
+        const int held = std::clamp(length, 0, TypeParam::CAPACITY);
+        EXPECT_EQ((first.get()->*TypeParam::get)(nullptr, 0), held);
+        std::fill(std::begin(units), std::end(units), Unit {});
+        EXPECT_EQ((first.get()->*TypeParam::get)(units, 8), held);
+        EXPECT_TRUE(std::equal(units, units + held, letters));
+        EXPECT_EQ(units[held], 0) << "no more than there are";
+    }
+    (first.get()->*TypeParam::set)(letters, 2);
+    first->setSubstitutionMode(false);
+    EXPECT_TRUE(second->getSubstitutionMode());
+    EXPECT_EQ((second.get()->*TypeParam::get)(nullptr, 0), 1);
+
+    *second = *first;
+    EXPECT_FALSE(second->getSubstitutionMode());
+    EXPECT_EQ((second.get()->*TypeParam::get)(units, 1), 1);
+    EXPECT_EQ(units[0], 'a');
+}
+
+TYPED_TEST(Converters, FollowTheEnvironmentWithoutAName)
+{
+    const auto name = [](const char* locale) {
+        const ScopedVariable all("LC_ALL", locale);
+        const Reference<typename TypeParam::Converter> byName(TypeParam::Converter::getConverter(nullptr));
+        const Reference<typename TypeParam::Converter> byDefault(TypeParam::Converter::getDefaultConverter());
+        EXPECT_EQ(std::u16string(byName->getEncodingName()), byDefault->getEncodingName());
+        return std::u16string(byName->getEncodingName());
+    };
+    EXPECT_EQ(name("C"), u"UTF-8");
+    EXPECT_EQ(name("xx_XX.ISO8859-1"), u"ISO8859_1");
+    EXPECT_EQ(name("xx_XX.KOI8-R"), u"ASCII") << "that only the platform knows";
+    EXPECT_EQ(name("xx_XX.a-name-of-an-encoding-beyond-forty-units"), u"ASCII");
+}
+
+TEST(Converter, TellsItsLimitsAndSubstitution)
+{
+    struct {
+        const char16_t* name;
+        int decoderLimits[2]; // bytes of a character, characters of a byte
+        int encoderLimits[2];
+        std::string_view substitution;
+    } cases[] = {
+        {u"ASCII", {1, 1}, {1, 1}, "?"},
+        {u"CP1252", {1, 1}, {1, 1}, "?"},
+        {u"UTF-8", {6, 4}, {6, 1}, "?"},
+        {u"UTF-16LE", {4, 4}, {4, 4}, "\xFD\xFF"},
+        {u"UTF-16BE", {4, 4}, {4, 4}, "\xFF\xFD"},
+        {u"UTF-32LE", {4, 4}, {4, 4}, {"\xFD\xFF\0\0", 4}},
+        {u"UTF-32BE", {4, 4}, {4, 4}, {"\0\0\xFF\xFD", 4}},
+    };
+    for (const auto& row : cases) {
+        const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(row.name));
+        const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(row.name));
+        EXPECT_EQ(decoder->getMaxBytesPerChar(), row.decoderLimits[0]) << String(row.name);
+        EXPECT_EQ(decoder->getMaxCharsPerByte(), row.decoderLimits[1]) << String(row.name);
+        EXPECT_EQ(encoder->getMaxBytesPerChar(), row.encoderLimits[0]) << String(row.name);
+        EXPECT_EQ(encoder->getMaxCharsPerByte(), row.encoderLimits[1]) << String(row.name);
+        Bytes bytes(7);
+        bytes.resize(static_cast<std::size_t>(encoder->getSubstitutionBytes(bytes.data(), 7)));
+        EXPECT_EQ(bytes, bytesOf(row.substitution)) << String(row.name);
+    }
+}
+
+/// Decodes into `room` units from a fresh array on; tells what came out and how much was read.
+std::u16string decoded(ByteToCharConverter& decoder, std::string_view source, std::int32_t room, std::int32_t* read)
+{
+    std::u16string units(static_cast<std::size_t>(room), u'#');
+    std::int32_t written = 0;
+    *read = 0;
+    EXPECT_EQ(decoder.convert(reinterpret_cast<const signed char*>(source.data()), read,
+                  static_cast<std::int32_t>(source.size()), units.data(), &written, room),
+        written);
+    return units.substr(0, static_cast<std::size_t>(written));
+}
+
+std::string encoded(CharToByteConverter& encoder, std::u16string_view source, std::int32_t room, std::int32_t* read)
+{
+    std::string bytes(static_cast<std::size_t>(room), '#');
+    std::int32_t written = 0;
+    *read = 0;
+    encoder.convert(source.data(), read, static_cast<std::int32_t>(source.size()),
+        reinterpret_cast<signed char*>(bytes.data()), &written, room);
+    return bytes.substr(0, static_cast<std::size_t>(written));
+}
+
+TEST(Converter, SubstitutesByTheRulesOfItsFamily)
+{
+    const std::u16string_view substitution = u"xyz";
+    struct {
+        const char16_t* encoding;
+        std::string_view source;
+        int length; // of the substitution
+        std::int32_t room;
+        const char16_t* units;
+        std::int32_t read;
+    } cases[] = {
+        // One byte: exactly one unit, or nothing.
+        {u"ASCII", "a\xE9\x62", 1, 3, u"axb", 3},
+        {u"ASCII", "a\xE9\x62", 1, 1, u"a", 1},
+        {u"ASCII", "a\xE9\x62", 0, 1, u"a", 2},
+        {u"ASCII", "a\xE9\x62", 2, 2, u"ab", 3},
+        {u"CP1252", "\x81\x80\x8D", 3, 1, u"\u20AC", 3},
+        // Above the last code point: one unit more than it takes must be free.
+        {u"UTF-8", "\xF4\x90\x80\x80", 1, 1, u"", 0},
+        {u"UTF-8", "\xF4\x90\x80\x80", 1, 2, u"x", 4},
+        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 3, u"", 0},
+        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 4, u"xyzA", 5},
+        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 0, 1, u"A", 5},
+        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 0, 0, u"", 0},
+        {u"UTF-8", "\xC3\x41", 3, 2, u"\uFFFDA", 2}, // a bad byte has its own
+        {u"UTF-32BE", {"\x00\x11\x00\x00", 4}, 2, 2, u"", 0},
+        {u"UTF-32BE", {"\x00\x11\x00\x00", 4}, 2, 3, u"xy", 4},
+    };
+    for (const auto& row : cases) {
+        const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(row.encoding));
+        decoder->setSubstitutionChars(substitution.data(), row.length);
+        std::int32_t read = 0;
+        EXPECT_EQ(decoded(*decoder, row.source, row.room, &read), row.units) << row.length << " " << row.room;
+        EXPECT_EQ(read, row.read) << row.length << " " << row.room;
+    }
+
+    struct {
+        std::u16string_view source;
+        int length;
+        std::int32_t room;
+        const char* bytes;
+        std::int32_t read;
+    } const encodings[] = {
+        {u"a\u0100b", 1, 3, "axb", 3},
+        {u"a\u0100b", 0, 2, "ab", 3},
+        {u"a\u0100b", 2, 2, "ab", 3},
+        {u"a\u0100b", 1, 1, "a", 1},
+        {u"\U0001F600b", 1, 2, "xb", 3},
+        {u"\U0001F600b", 1, 0, "", 1},
+        {u"\U0001F600b", 7, 1, "b", 3},
+    };
+    for (const auto& row : encodings) {
+        for (const char16_t* name : {u"ASCII", u"ISO8859_1", u"CP437", u"CP1252"}) {
+            const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
+            encoder->setSubstitutionBytes(bytesOf("xyzuvwt").data(), row.length);
+            std::int32_t read = 0;
+            EXPECT_EQ(encoded(*encoder, row.source, row.room, &read), row.bytes) << row.length << " " << row.room;
+            EXPECT_EQ(read, row.read) << row.length << " " << row.room;
+        }
+    }
+}
+
+TEST(Converter, HoldsALeadSurrogateUntilItIsReset)
+{
+    for (const char16_t* name : {u"ASCII", u"CP1252", u"UTF-8", u"UTF-32LE"}) {
+        const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
+        const auto faultOf = [&](auto&& work) {
+            try {
+                work();
+                return std::u16string();
+            } catch (const InvalidCharacterException& failure) {
+                EXPECT_EQ(failure.getResult(), RESULT_INVALID_CHARACTER);
+                return std::u16string(failure.getDescription());
+            }
+        };
+        constexpr char16_t HELD[] = u"leading surrogate without trailing";
+        std::int32_t read = 0;
+        EXPECT_EQ(encoded(*encoder, u"\xD83D", 4, &read), "");
+        EXPECT_EQ(read, 1);
+        std::int32_t written = 0;
+        signed char bytes[4];
+        for (int again = 0; again < 2; ++again) {
+            EXPECT_EQ(faultOf([&] { encoder->flush(bytes, &written, 4); }), HELD);
+            EXPECT_EQ(faultOf([&] { encoded(*encoder, u"A", 4, &read); }), HELD);
+            EXPECT_EQ(read, 0);
+        }
+        encoder->reset();
+        EXPECT_EQ(encoder->flush(bytes, &written, 4), 0);
+        EXPECT_EQ(written, 0);
+        EXPECT_EQ(encoded(*encoder, u"A", 4, &read)[0], 'A');
+    }
+
+    const Reference<CharToByteConverter> encoder(new CTBUTF8);
+    std::int32_t read = 0;
+    EXPECT_EQ(encoded(*encoder, u"\xD83D", 0, &read), "");
+    EXPECT_EQ(encoded(*encoder, u"\xDE00", 3, &read), "");
+    EXPECT_EQ(read, 0) << "the pair waits for its room";
+    EXPECT_EQ(encoded(*encoder, u"\xDE00", 4, &read), "\xF0\x9F\x98\x80");
+
+    const Reference<CharToByteConverter> single(new CTBASCII);
+    single->setSubstitutionMode(false);
+    EXPECT_THROW(encoded(*single, u"\xD83D\xDE00", 1, &read), UnmappableCharacterException);
+    EXPECT_EQ(read, 1);
+    std::int32_t written = 0;
+    EXPECT_EQ(single->flush(nullptr, &written, 0), 0) << "an unmappable pair is held no longer";
+}
+
+/// Encodings that others derive: their hooks are asked, though the base knows a faster way.
+template <class Base>
+struct Rot1 : Base {
+    char16_t convertByte(signed char byte) override { return static_cast<char16_t>(byte + 1); }
+};
+template <class Base>
+struct UnRot1 : Base {
+    signed char convertChar(char16_t unit) override { return static_cast<signed char>(unit - 1); }
+};
+struct Rot1Utf16 : BTCUTF16LE {
+    char16_t convertChar(char16_t unit) override { return static_cast<char16_t>(unit + 1); }
+};
+struct UnRot1Utf16 : CTBUTF16LE {
+    char16_t convertChar(char16_t unit) override { return static_cast<char16_t>(unit - 1); }
+};
+struct Rot1Utf32 : BTCUTF32LE {
+    std::uint32_t convertUTF32(std::uint32_t value) override { return value + 1; }
+};
+struct UnRot1Utf32 : CTBUTF32LE {
+    std::uint32_t convertUTF32(std::uint32_t value) override { return value - 1; }
+};
+
+TEST(Converter, AsksTheHooksOfDerivedClasses)
+{
+    const std::u16string text(70, u'B');
+    const auto expectRot1 = [&](ByteToCharConverter* newDecoder, CharToByteConverter* newEncoder, std::size_t width) {
+        const Reference<ByteToCharConverter> decoder(newDecoder);
+        const Reference<CharToByteConverter> encoder(newEncoder);
+        std::int32_t read = 0;
+        const std::string bytes = encoded(*encoder, text, 300, &read);
+        ASSERT_EQ(bytes.size(), width * text.size());
+        for (std::size_t at = 0; at < bytes.size(); ++at)
+            EXPECT_EQ(bytes[at], at % width == 0 ? 'A' : 0);
+        EXPECT_EQ(decoded(*decoder, bytes, 100, &read), text);
+    };
+    expectRot1(new Rot1<BTCASCII>, new UnRot1<CTBASCII>, 1);
+    expectRot1(new Rot1<BTCCP1252>, new UnRot1<CTBISO8859_1>, 1);
+    expectRot1(new Rot1<BTCASCII>, new UnRot1<CTBCP437>, 1);
+    expectRot1(new Rot1Utf16, new UnRot1Utf16, 2);
+    expectRot1(new Rot1Utf32, new UnRot1Utf32, 4);
+
+    char16_t table[256];
+    unsigned char pages[512] = {};
+    int pageIndex[256] = {};
+    for (int byte = 0; byte < 256; ++byte)
+        table[byte] = static_cast<char16_t>(byte == 7 ? 0xFFFD : byte + 1);
+    pageIndex[0] = 256;
+    pages[256 + 'B'] = 'A';
+    expectRot1(new BTCSingleByteTable(u"ours", table), new CTBSingleByteTable(u"ours", pageIndex, pages), 1);
+    const Reference<ByteToCharConverter> decoder(new BTCCP437(u"ours", table));
+    EXPECT_STREQ(String(decoder->getEncodingName()).getBytes(), "ours");
+    std::int32_t read = 0;
+    EXPECT_EQ(decoded(*decoder, "A\aA", 3, &read), u"B\uFFFDB");
+}
+
+} // namespace
+} // namespace vx::text::charset

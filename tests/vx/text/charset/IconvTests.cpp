@@ -1,0 +1,404 @@
+#include "Oracle.h"
+#include "vx/Reference.h"
+#include "vx/String.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharToByteConverter.h"
+#include "vx/text/charset/CharsetException.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ostream>
+#include <random>
+
+void PrintTo(const Encoding& encoding, std::ostream* out)
+{
+    *out << encoding.systemName;
+}
+
+namespace vx::text::charset {
+namespace {
+
+constexpr unsigned SEED = 20071;
+
+/// What came of a source: the output, and at the places of the faults what was thrown.
+template <class Out>
+struct Outcome {
+    std::vector<Out> out;
+    std::vector<std::u16string> faults;
+    std::size_t read = 0;
+    bool operator==(const Outcome&) const = default;
+};
+
+std::u16string faultAt(std::size_t position, std::size_t written, std::u16string_view what)
+{
+    const std::string places = std::to_string(position) + " -> " + std::to_string(written) + ": ";
+    return std::u16string(places.begin(), places.end()).append(what);
+}
+
+struct Decoder {
+    using Converter = ByteToCharConverter;
+    using Oracle = DecodingOracle;
+};
+
+struct Encoder {
+    using Converter = CharToByteConverter;
+    using Oracle = EncodingOracle;
+};
+
+/// One direction of one encoding, in one substitution mode.
+template <class Side>
+class Trial {
+public:
+    using In = typename Side::Oracle::In;
+    using Out = typename Side::Oracle::Out;
+
+    Trial(const Encoding& encoding, bool substitutes)
+        : m_encoding(encoding)
+        , m_substitutes(substitutes)
+    {
+    }
+
+    /// Behind a fault both sides go on one unit later, but end there in an output of a certain `size`.
+    Outcome<Out> expected(const std::vector<In>& source, std::optional<std::size_t> size = {}) const
+    {
+        typename Side::Oracle oracle(m_encoding, m_substitutes);
+        Outcome<Out> outcome;
+        while (const auto step = oracle.next(source, outcome.read)) {
+            if (size && outcome.out.size() + step->room > *size)
+                break;
+            if (!step->fault.empty()) {
+                outcome.faults.push_back(faultAt(outcome.read, outcome.out.size(), step->fault));
+                if (size)
+                    break;
+                ++outcome.read;
+                oracle.reset();
+            }
+            outcome.read += step->length;
+            outcome.out.insert(outcome.out.end(), step->out.begin(), step->out.end());
+        }
+        return outcome;
+    }
+
+    /// What the converter makes of a source that comes in pieces: up to each of `ends`, then up to its end.
+    Outcome<Out> converted(const std::vector<In>& source, std::vector<std::size_t> ends = {}) const
+    {
+        const auto converter = newConverter();
+        ends.push_back(source.size());
+        Outcome<Out> outcome;
+        outcome.out.resize(4 * source.size() + 64);
+        std::int32_t position = 0;
+        std::int32_t written = 0;
+        for (const std::size_t end : ends) {
+            for (;;) {
+                const std::u16string fault
+                    = call(*converter, source, position, end, outcome.out, written, outcome.out.size());
+                if (fault.empty())
+                    break;
+                outcome.faults.push_back(fault);
+                converter->reset();
+                ++position;
+            }
+        }
+        outcome.read = static_cast<std::size_t>(position);
+        outcome.out.resize(static_cast<std::size_t>(written));
+        return outcome;
+    }
+
+    /// One call for an output of each size, up to the first fault.
+    void expectToStopWhereTheOutputEnds(const std::vector<In>& source) const
+    {
+        constexpr std::size_t BEHIND = 40;
+        constexpr Out UNTOUCHED = 0x55;
+        const std::size_t largest = expected(source).out.size() + 2;
+        for (std::size_t size = 0; size <= largest; ++size) {
+            const auto converter = newConverter();
+            Outcome<Out> got;
+            got.out.assign(size + BEHIND, UNTOUCHED);
+            std::int32_t position = 0;
+            std::int32_t written = 0;
+            const std::u16string fault = call(*converter, source, position, source.size(), got.out, written, size);
+            if (!fault.empty())
+                got.faults.push_back(fault);
+            got.read = static_cast<std::size_t>(position);
+            ASSERT_EQ(std::count(got.out.end() - BEHIND, got.out.end(), UNTOUCHED), BEHIND) << "size " << size;
+            got.out.resize(static_cast<std::size_t>(written));
+            ASSERT_EQ(got, expected(source, size)) << "size " << size;
+        }
+    }
+
+private:
+    Reference<typename Side::Converter> newConverter() const
+    {
+        Reference<typename Side::Converter> converter(Side::Converter::getConverter(m_encoding.name));
+        converter->setSubstitutionMode(m_substitutes);
+        return converter;
+    }
+
+    /// The fault, or an empty text. The result must tell what was stored.
+    std::u16string call(typename Side::Converter& converter, const std::vector<In>& source, std::int32_t& position,
+        std::size_t end, std::vector<Out>& out, std::int32_t& written, std::size_t size) const
+    {
+        const std::int32_t before = written;
+        std::u16string_view what = u"unmappable";
+        String description;
+        try {
+            const std::int32_t result = converter.convert(source.data(), &position, static_cast<std::int32_t>(end),
+                out.data(), &written, static_cast<std::int32_t>(size));
+            const bool countsUnits = sizeof(Out) == 1 && m_encoding.family == Family::UTF16;
+            EXPECT_EQ(result * (countsUnits ? 2 : 1), written - before);
+            return {};
+        } catch (const InvalidCharacterException& failure) {
+            description = failure.getDescription();
+            what = description;
+        } catch (const UnmappableCharacterException& failure) {
+            EXPECT_EQ(failure.getDescription(), u"");
+        }
+        return faultAt(static_cast<std::size_t>(position), static_cast<std::size_t>(written), what);
+    }
+
+    const Encoding& m_encoding;
+    bool m_substitutes;
+};
+
+void append(std::vector<char16_t>& units, std::uint32_t value)
+{
+    if (value > 0xFFFF) {
+        units.push_back(static_cast<char16_t>(0xD7C0 + (value >> 10)));
+        value = 0xDC00 | (value & 0x3FF);
+    }
+    units.push_back(static_cast<char16_t>(value));
+}
+
+/// Random text: runs of one script, mixtures, and with `faulty` now and then something that is none.
+class Generator {
+public:
+    Generator(const Encoding& encoding, unsigned seed)
+        : m_encoding(encoding)
+        , m_iconv(encoding.systemName, "UTF-16LE")
+        , m_random(seed)
+    {
+    }
+
+    unsigned below(unsigned limit) { return m_random() % limit; }
+
+    /// A character of the encoding by the number of bytes that UTF-8 has for it.
+    std::uint32_t character(unsigned length)
+    {
+        if (m_encoding.family == Family::SINGLE_BYTE) {
+            constexpr char16_t OTHERS[] = u"\u20AC\u00E9\u00DF\u2592\u00A0\u2022\u00FF\u0192\u0130\uFFFD";
+            return length == 1 ? below(0x80) : length == 2 ? 0x80 + below(0x80) : OTHERS[below(10)];
+        }
+        switch (length) {
+        case 1:
+            return below(0x80);
+        case 2:
+            return 0x80 + below(0x780);
+        case 3: {
+            const std::uint32_t value = 0x800 + below(0xF000);
+            return value >= 0xD800 && value < 0xE000 ? value - 0x800 : value;
+        }
+        default:
+            return 0x10000 + below(0x100000);
+        }
+    }
+
+    std::vector<char16_t> units(std::size_t characters, bool faulty)
+    {
+        std::vector<char16_t> units;
+        while (characters > 0) {
+            const unsigned kind = below(6);
+            std::size_t run = std::min<std::size_t>(characters, 1 + below(40));
+            characters -= run;
+            while (run-- > 0)
+                append(units, character(kind < 4 ? kind + 1 : 1 + below(kind == 4 ? 2 : 4)));
+            if (faulty && below(2) == 0)
+                units.push_back(static_cast<char16_t>(0xD800 + below(0x800)));
+        }
+        return units;
+    }
+
+    Bytes bytes(std::size_t characters, bool faulty)
+    {
+        Bytes bytes;
+        while (characters > 0) {
+            const std::size_t run = std::min<std::size_t>(characters, 1 + below(60));
+            characters -= run;
+            for (const std::string& character : encoded(units(run, false)))
+                bytes.insert(bytes.end(), character.begin(), character.end());
+            for (unsigned fault = faulty ? below(4) : 0; fault > 0; --fault)
+                bytes.push_back(static_cast<signed char>(below(256)));
+        }
+        return bytes;
+    }
+
+private:
+    std::vector<std::string> encoded(const std::vector<char16_t>& units)
+    {
+        std::vector<std::string> characters;
+        for (std::size_t at = 0; at < units.size();) {
+            const std::size_t length = units[at] >= 0xD800 && units[at] < 0xDC00 ? 2 : 1;
+            characters.push_back(m_iconv.convert(units.data() + at, 2 * length).value_or(std::string()));
+            at += length;
+        }
+        return characters;
+    }
+
+    const Encoding& m_encoding;
+    Iconv m_iconv;
+    std::mt19937 m_random;
+};
+
+class IconvAgreement : public testing::TestWithParam<Encoding> {
+protected:
+    /// With the substitution off as well if `strictly`, which throws for all that has no mapping.
+    template <class Side, class In>
+    void expectAgreement(const std::vector<In>& source, bool strictly)
+    {
+        for (bool substitutes = true;; substitutes = false) {
+            const Trial<Side> trial(GetParam(), substitutes);
+            const auto expected = trial.expected(source);
+            const auto got = trial.converted(source);
+            ASSERT_EQ(got.faults, expected.faults) << substitutes;
+            ASSERT_EQ(got.read, expected.read) << substitutes;
+            // Not compared by the framework, which would print both in full.
+            const auto [gotAt, expectedAt]
+                = std::mismatch(got.out.begin(), got.out.end(), expected.out.begin(), expected.out.end());
+            ASSERT_TRUE(gotAt == got.out.end() && expectedAt == expected.out.end())
+                << "first difference in the output at " << gotAt - got.out.begin() << ", " << substitutes;
+            if (!substitutes || !strictly)
+                return;
+        }
+    }
+};
+
+std::string nameOf(const testing::TestParamInfo<Encoding>& encoding)
+{
+    std::string name = encoding.param.systemName;
+    std::replace_if(
+        name.begin(), name.end(), [](char character) { return character == '-' || character == '.'; }, '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Charset, IconvAgreement, testing::ValuesIn(ENCODINGS), nameOf);
+
+TEST_P(IconvAgreement, OverAllCodePoints)
+{
+    std::vector<char16_t> units;
+    for (std::uint32_t value = 0; value <= 0x10FFFF; ++value) {
+        if (value < 0xD800 || value > 0xDFFF)
+            append(units, value);
+    }
+    expectAgreement<Encoder>(units, false);
+    if (GetParam().family == Family::SINGLE_BYTE)
+        return; // what they decode is in the next test
+    Trial<Encoder> encoder(GetParam(), true);
+    expectAgreement<Decoder>(encoder.expected(units).out, false);
+}
+
+TEST_P(IconvAgreement, OverShortSequencesOfAllKinds)
+{
+    Bytes bytes;
+    for (unsigned first = 0; first < 256; ++first) {
+        for (unsigned second = 0; second < 256; ++second) {
+            bytes.push_back(static_cast<signed char>(first));
+            bytes.push_back(static_cast<signed char>(second));
+        }
+    }
+    // The first and last of every kind of byte, in all fours.
+    constexpr std::uint8_t BORDERS[] = {0x00, 0x7F, 0x80, 0x8D, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xD8,
+        0xDF, 0xE0, 0xED, 0xEF, 0xF0, 0xF4, 0xF5, 0xFF};
+    constexpr std::size_t COUNT = std::size(BORDERS);
+    for (std::size_t number = 0; number < COUNT * COUNT * COUNT * COUNT; ++number) {
+        for (std::size_t rest = number, index = 0; index < 4; ++index, rest /= COUNT)
+            bytes.push_back(static_cast<signed char>(BORDERS[rest % COUNT]));
+    }
+    expectAgreement<Decoder>(bytes, GetParam().family == Family::UTF8);
+
+    constexpr char16_t UNITS[]
+        = {0, 0x7F, 0x80, 0xFF, 0x7FF, 0x800, 0x20AC, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFD, 0xFFFF};
+    std::vector<char16_t> units;
+    for (std::size_t number = 0; number < std::size(UNITS) * std::size(UNITS) * std::size(UNITS); ++number) {
+        for (std::size_t rest = number, index = 0; index < 3; ++index, rest /= std::size(UNITS))
+            units.push_back(UNITS[rest % std::size(UNITS)]);
+    }
+    expectAgreement<Encoder>(units, true);
+}
+
+TEST_P(IconvAgreement, OverRandomTextWithAndWithoutFaults)
+{
+    Generator generator(GetParam(), SEED);
+    for (const bool faulty : {false, true}) {
+        expectAgreement<Decoder>(generator.bytes(40'000, faulty), true);
+        expectAgreement<Encoder>(generator.units(40'000, faulty), true);
+    }
+    Bytes noise(20'000);
+    std::vector<char16_t> unitNoise(noise.size());
+    for (std::size_t index = 0; index < noise.size(); ++index) {
+        noise[index] = static_cast<signed char>(generator.below(256));
+        unitNoise[index] = static_cast<char16_t>(generator.below(0x10000));
+    }
+    expectAgreement<Decoder>(noise, true);
+    expectAgreement<Encoder>(unitNoise, true);
+}
+
+/// One fault at each place of a text that has none, so that it meets every position in a block.
+TEST_P(IconvAgreement, OverOneFaultAtEachPlace)
+{
+    constexpr signed char FAULTS[][4] = {{-0x80}, {-0x40, -0x80}, {-0x13, -0x60, -0x80}, {-0x10, -0x80, -0x80, -0x80},
+        {-0x0C, -0x70, -0x80, -0x80}, {-0x0B}, {-0x20, -0x80, -0x80}, {-0x3D, 'A'}};
+    Generator generator(GetParam(), SEED);
+    for (const auto& fault : FAULTS) {
+        const Bytes text = generator.bytes(90, false);
+        for (std::size_t place = 0; place <= text.size(); place += GetParam().family == Family::UTF32 ? 4 : 1) {
+            Bytes bytes = text;
+            bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(place), std::begin(fault),
+                std::find(std::begin(fault), std::end(fault), 0));
+            const Trial<Decoder> trial(GetParam(), false);
+            ASSERT_EQ(trial.converted(bytes), trial.expected(bytes)) << place;
+        }
+    }
+    const std::vector<char16_t> text = generator.units(60, false);
+    for (std::size_t place = 0; place <= text.size(); ++place) {
+        for (const char16_t surrogate : {u'\xD83D', u'\xDE00'}) {
+            std::vector<char16_t> units = text;
+            units.insert(units.begin() + static_cast<std::ptrdiff_t>(place), surrogate);
+            const Trial<Encoder> trial(GetParam(), false);
+            ASSERT_EQ(trial.converted(units), trial.expected(units)) << place;
+        }
+    }
+}
+
+TEST_P(IconvAgreement, WhateverThePieces)
+{
+    Generator generator(GetParam(), SEED);
+    const auto expectSame = [&](const auto& trial, const auto& source) {
+        const auto whole = trial.expected(source);
+        std::vector<std::size_t> ones;
+        for (std::size_t end = 0; end <= source.size(); ++end) {
+            ASSERT_EQ(trial.converted(source, {end}), whole) << "cut at " << end;
+            ones.push_back(end);
+        }
+        ASSERT_EQ(trial.converted(source, ones), whole) << "one by one";
+    };
+    for (const bool faulty : {false, true}) {
+        expectSame(Trial<Decoder>(GetParam(), faulty), generator.bytes(150, faulty));
+        expectSame(Trial<Encoder>(GetParam(), faulty), generator.units(150, faulty));
+    }
+}
+
+TEST_P(IconvAgreement, WhateverTheRoom)
+{
+    Generator generator(GetParam(), SEED);
+    for (int round = 0; round < 8; ++round) {
+        const bool faulty = round % 2 == 1;
+        Trial<Decoder>(GetParam(), round < 6).expectToStopWhereTheOutputEnds(generator.bytes(120, faulty));
+        Trial<Encoder>(GetParam(), round < 6).expectToStopWhereTheOutputEnds(generator.units(120, faulty));
+        if (HasFatalFailure())
+            return;
+    }
+}
+
+} // namespace
+} // namespace vx::text::charset
