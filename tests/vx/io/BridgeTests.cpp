@@ -152,6 +152,7 @@ TEST_F(Bridges, ReplaceTheBytesOfACharacterThatTheEndCuts)
     } rows[] = {
         {u"UTF-8", "a\xE4", u"a\uFFFD", 1},
         {u"UTF-8", "a\xE4\xB8", u"a\uFFFD\uFFFD", 1},
+        {u"UTF-8", "\xE4z", u"\uFFFDz", 0}, // what comes behind it is read again
         {u"UTF-8", "\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD", 0},
         {u"UTF-16LE", std::string_view("a\0b", 3), u"a\uFFFD", 2},
         {u"UTF-32BE", std::string_view("\0\0\0a\0\0\0", 7), u"a\uFFFD\uFFFD\uFFFD", 4},
@@ -257,6 +258,7 @@ TEST_F(Bridges, WriteWhatIsEncodedWhenTheBufferIsFull)
     } rows[] = {
         {u"ASCII", 0, {u"abc", u"def", u"g"}, "write(abcdef) | write(g) flush "}, // 6 at least
         {u"ASCII", 8, {u"0123456789"}, "write(01234567) | write(89) flush "},
+        {u"ASCII", 8, {u"01234567"}, "write(01234567) | flush "},
         {u"ASCII", 8, {u"", u"a"}, "| write(a) flush "},
         {u"ASCII", 8, {}, "| flush "},
         {u"ASCII", 8, {u"a\u4E2Db"}, "| write(a?b) flush "},

@@ -63,25 +63,6 @@ TEST(ReadLine, WaitsBehindACarriageReturnOnlyWhereTheBufferEnds)
     EXPECT_EQ(events, "read(64) read(64) read(64) ");
 }
 
-TEST(ReadLine, WorksWithMarksAndOtherReads)
-{
-    std::string events;
-    const auto reader = linesOf(u"one\r\ntwo\nthree", 16, 100, events);
-    String line;
-    EXPECT_EQ(reader->read(), 'o');
-    reader->mark(100);
-    EXPECT_EQ(reader->readLine(line), 2);
-    EXPECT_EQ(reader->read(), 't');
-    reader->reset();
-    EXPECT_EQ(reader->readLine(line), 2);
-    EXPECT_EQ(line, u"ne");
-    EXPECT_EQ(reader->skip(5), 5);
-    EXPECT_EQ(reader->readLine(line), 4);
-    EXPECT_EQ(line, u"hree");
-    reader->close();
-    expectThrow<IoException>([&] { reader->readLine(line); }, u"stream closed");
-}
-
 /// A string whose component view writes down what happens to it.
 class WatchedText : public String {
 public:
