@@ -61,6 +61,8 @@ TEST(ReadLine, WaitsBehindACarriageReturnOnlyWhereTheBufferEnds)
     EXPECT_EQ(reader->readLine(line), 2);
     EXPECT_EQ(line, u"cd");
     EXPECT_EQ(events, "read(64) read(64) read(64) ");
+    reader->close();
+    expectThrow<IoException>([&] { reader->readLine(line); }, u"stream closed");
 }
 
 /// A string whose component view writes down what happens to it.
