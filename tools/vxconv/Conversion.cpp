@@ -1,7 +1,6 @@
 #include "Conversion.h"
 
 #include "CheckedInput.h"
-#include "DescriptorOutput.h"
 #include "Failure.h"
 #include "Progress.h"
 #include "TextPlace.h"
@@ -10,6 +9,7 @@
 #include <vx/Reference.h>
 #include <vx/io/BufferedReader.h>
 #include <vx/io/FileInputStream.h>
+#include <vx/io/FileOutputStream.h>
 #include <vx/io/InputStreamReader.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/text/charset/CharsetException.h>
@@ -104,7 +104,8 @@ public:
         : m_inputName(input.name())
         , m_outputName(output.name())
         , m_encoding(canonicalName<CharToByteConverter>(options.to))
-        , m_writer(new OutputStreamWriter(new DescriptorOutput(output.descriptor()), m_encoding.getData(), BLOCK_SIZE))
+        , m_writer(new OutputStreamWriter(new FileOutputStream(static_cast<std::uint32_t>(output.descriptor()), false),
+              m_encoding.getData(), BLOCK_SIZE))
     {
         m_writer->setSubstitutionMode(!options.strict);
     }
