@@ -8,6 +8,7 @@
 #include "vx/collections/vorb/Collection.h"
 #include "vx/collections/vorb/ConstIterator.h"
 #include "vx/collections/vorb/ConstListIterator.h"
+#include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/Iterator.h"
 #include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/List.h"
@@ -128,6 +129,7 @@ const ClassRow CLASSES[] = {
     {u"CVXFilterWriter", &typeid(io::FilterWriter), nullptr},
     {u"CVXFloat", &typeid(Float), nullptr},
     {u"CVXGate", &typeid(sync::Gate), create<sync::Gate>},
+    {u"CVXHashMap", &typeid(collections::vorb::HashMap), create<collections::vorb::HashMap>},
     {u"CVXInputStream", &typeid(io::InputStream), nullptr},
     {u"CVXInputStreamReader", &typeid(io::InputStreamReader), nullptr},
     {u"CVXInteger16", &typeid(Integer16), nullptr},

@@ -21,7 +21,7 @@ public:
     /// The entry that an element of an entry set is, not counted. Throws CastFailedException for anything else, null
     /// included.
     static const MapEntry& of(const IVXUnknown* element);
-    static Reference<MapEntry> of(const Reference<IVXUnknown>& element);
+    static Reference<MapEntry> of(Reference<IVXUnknown> element);
 
 protected:
     ~MapEntry() = default;

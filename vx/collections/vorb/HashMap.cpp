@@ -1,0 +1,201 @@
+#include "vx/collections/vorb/HashMap.h"
+
+#include "vx/collections/vorb/HashMapEntrySet.h"
+#include "vx/collections/vorb/detail/Compare.h"
+#include "vx/collections/vorb/detail/TextElements.h"
+
+namespace vx::collections::vorb {
+
+HashMap::Item::Item(IVXUnknown* key, IVXUnknown* value) noexcept
+    : m_key(Reference<IVXUnknown>(key).detach())
+    , m_value(Reference<IVXUnknown>(value).detach())
+{
+}
+
+HashMap::Item::~Item()
+{
+    if (m_entry != nullptr) {
+        Reference<HashMapEntry>().attach(m_entry);
+        return;
+    }
+    Reference<IVXUnknown>().attach(m_key);
+    Reference<IVXUnknown>().attach(m_value);
+}
+
+Reference<IVXUnknown> HashMap::Item::exchangeValue(Reference<IVXUnknown> value) noexcept
+{
+    if (m_entry != nullptr) {
+        m_entry->m_value.swap(value);
+        return value;
+    }
+    Reference<IVXUnknown> old;
+    old.attach(std::exchange(m_value, value.detach()));
+    return old;
+}
+
+Reference<IVXUnknown> HashMap::Item::takeValue() noexcept
+{
+    return m_entry != nullptr ? m_entry->m_value : exchangeValue(nullptr);
+}
+
+HashMapEntry* HashMap::Item::entry() const
+{
+    HashMapEntry* present = madeEntry().load(std::memory_order_acquire);
+    if (present != nullptr)
+        return present;
+
+    Reference<HashMapEntry> made(new HashMapEntry);
+    made->m_key.attach(m_key);
+    made->m_value.attach(m_value);
+    if (madeEntry().compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
+        return made.detach();
+    (void)made->m_key.detach(); // another reader was first, and its entry owns them
+    (void)made->m_value.detach();
+    return present;
+}
+
+int HashMap::calcCapacity(int size)
+{
+    return Table::calcCapacity(size);
+}
+
+HashMap::HashMap(int capacity, float load)
+    : m_table(capacity, load)
+{
+}
+
+HashMap::HashMap(const IVXComparator* key, const IVXComparator* value, int capacity, float load)
+    : AbstractMap(key, value)
+    , m_table(capacity, load)
+{
+}
+
+HashMap::HashMap(const Map& map, float load)
+    : HashMap(calcCapacity(map.getSize()), load)
+{
+    HashMap::putAll(map);
+}
+
+HashMap::HashMap(const Map& map, const IVXComparator* key, const IVXComparator* value, float load)
+    : HashMap(key, value, calcCapacity(map.getSize()), load)
+{
+    HashMap::putAll(map);
+}
+
+HashMap::HashMap(const HashMap& other)
+    : Map()
+    , AbstractMap(other)
+    , m_table(other.m_table.capacity(), other.m_table.load())
+{
+    for (const auto [key, value] : other)
+        HashMap::put(key, value);
+}
+
+HashMap::~HashMap() noexcept(false) = default;
+
+void HashMap::clear()
+{
+    ++m_modificationCount;
+    m_table.clear();
+}
+
+bool HashMap::containsKey(const IVXUnknown* key) const
+{
+    return find(key) != NONE;
+}
+
+bool HashMap::containsValue(const IVXUnknown* value) const
+{
+    for (const auto entry : *this)
+        if (valuesEqual(entry.value, value))
+            return true;
+    return false;
+}
+
+Reference<const Set> HashMap::createEntrySet() const
+{
+    return new HashMapEntrySet(const_cast<HashMap*>(this));
+}
+
+Reference<Set> HashMap::createEntrySet()
+{
+    return new HashMapEntrySet(this);
+}
+
+Reference<IVXUnknown> HashMap::get(const IVXUnknown* key) const
+{
+    const Index found = find(key);
+    return found != NONE ? m_table.item(found).value() : nullptr;
+}
+
+int HashMap::getSize() const
+{
+    return m_table.size();
+}
+
+Reference<IVXUnknown> HashMap::put(IVXUnknown* key, IVXUnknown* value)
+{
+    Item item(key, value); // counted first: nobody else may hold the key while the comparator is asked
+    const std::uint32_t hash = getKeyHashCode(key);
+    const Index found = find(key, hash);
+    if (found != NONE)
+        return m_table.item(found).exchangeValue(item.takeValue());
+    m_table.insert(hash, std::move(item));
+    ++m_modificationCount;
+    return nullptr;
+}
+
+Reference<IVXUnknown> HashMap::remove(const IVXUnknown* key)
+{
+    const Index found = find(key);
+    return found != NONE ? removeItem(found) : nullptr;
+}
+
+bool HashMap::containsEntry(const IVXUnknown* element) const
+{
+    const MapEntry& entry = MapEntry::of(element);
+    const Index found = find(entry.getKey().get());
+    return found != NONE && valuesEqual(m_table.item(found).value(), entry.getValue().get());
+}
+
+bool HashMap::isOwn(const IVXComparator* comparator) noexcept
+{
+    return detail::isOwnComparator(comparator);
+}
+
+std::uint32_t HashMap::getKeyHashCode(const IVXUnknown* key) const
+{
+    return detail::hashOf(*getKeyComparator(), m_hasOwnKeyComparator, key);
+}
+
+bool HashMap::keysEqual(const IVXUnknown* stored, const IVXUnknown* other) const
+{
+    return areEqual(*getKeyComparator(), m_hasOwnKeyComparator, stored, other);
+}
+
+bool HashMap::valuesEqual(const IVXUnknown* stored, const IVXUnknown* other) const
+{
+    return areEqual(*getValueComparator(), m_hasOwnValueComparator, stored, other);
+}
+
+bool HashMap::areEqual(
+    const IVXComparator& comparator, bool isOwn, const IVXUnknown* stored, const IVXUnknown* other) const
+{
+    const std::uint32_t expectedCount = m_modificationCount;
+    const bool result = detail::areEqual(comparator, isOwn, stored, other);
+    check(expectedCount);
+    return result;
+}
+
+HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
+{
+    return m_table.find(hash, [&](const Item& item) { return keysEqual(item.key(), key); });
+}
+
+Reference<IVXUnknown> HashMap::removeItem(Index index)
+{
+    ++m_modificationCount;
+    return m_table.remove(index).takeValue();
+}
+
+} // namespace vx::collections::vorb

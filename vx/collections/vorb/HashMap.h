@@ -1,0 +1,188 @@
+#pragma once
+
+#include "vx/Exception.h"
+#include "vx/collections/HashTable.h"
+#include "vx/collections/vorb/AbstractMap.h"
+#include "vx/collections/vorb/HashMapEntry.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+namespace vx::collections::vorb {
+
+/// The map for keys of any kind: buckets by the key's hash, which is asked once for each call and kept with the entry.
+///
+/// It is iterated from the last bucket, which is hash modulo capacity, down to the first, within one from the newest entry
+/// on. Growth from n buckets to 2n + 1 comes before the new entry that finds as many as the capacity times the load factor;
+/// it turns the order within buckets round. The capacity never shrinks. A call that fails leaves the map as it was.
+///
+/// A comparator that changes the map while it is asked makes that call throw an Exception without a message.
+class VX_API HashMap : public AbstractMap {
+    class Item;
+    using Table = collections::detail::HashTable<Item>;
+
+public:
+    static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
+    static constexpr float DEFAULT_LOAD = Table::DEFAULT_LOAD;
+
+    /// Buckets for a map that is filled from one of `size` entries.
+    static int calcCapacity(int size);
+
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    explicit HashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
+    /// Neither comparator is null.
+    HashMap(const IVXComparator* key, const IVXComparator* value, int capacity, float load);
+    /// With the default comparators, whatever `map` has.
+    HashMap(const Map& map, float load);
+    HashMap(const Map& map, const IVXComparator* key, const IVXComparator* value, float load);
+    /// Comparators, capacity and load factor are those of `other`; keys and values are shared.
+    HashMap(const HashMap& other);
+    ~HashMap() noexcept(false) override;
+
+    // Map
+    /// Keeps the capacity.
+    void clear() override;
+    bool containsKey(const IVXUnknown* key) const override;
+    bool containsValue(const IVXUnknown* value) const override;
+    Reference<const Set> createEntrySet() const override;
+    Reference<Set> createEntrySet() override;
+    Reference<IVXUnknown> get(const IVXUnknown* key) const override;
+    int getSize() const override;
+    /// A new value for a key that is there disturbs no iterator.
+    Reference<IVXUnknown> put(IVXUnknown* key, IVXUnknown* value) override;
+    Reference<IVXUnknown> remove(const IVXUnknown* key) override;
+
+    /// What a range-for sees: `for (const auto [key, value] : map)`. Neither is counted.
+    struct KeyAndValue {
+        IVXUnknown* key;
+        IVXUnknown* value;
+    };
+    class Walk;
+    /// The quick way through the map, which is not counted. As with iterators, the step behind a change throws.
+    Walk begin() const;
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    friend class HashMapEntrySet;
+    friend class HashMapIterator;
+
+    using Index = Table::Index;
+    static constexpr Index NONE = Table::NONE;
+
+    static bool isOwn(const IVXComparator* comparator) noexcept;
+
+    bool containsEntry(const IVXUnknown* element) const;
+    std::uint32_t getKeyHashCode(const IVXUnknown* key) const;
+    bool keysEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
+    bool valuesEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
+    bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnknown* stored, const IVXUnknown* other) const;
+
+    Index find(const IVXUnknown* key) const { return find(key, getKeyHashCode(key)); }
+    Index find(const IVXUnknown* key, std::uint32_t hash) const;
+    Reference<IVXUnknown> removeItem(Index index);
+    /// Throws where the map has changed since `expectedCount` was its count.
+    void check(std::uint32_t expectedCount) const
+    {
+        if (expectedCount != m_modificationCount)
+            throw Exception();
+    }
+
+    Table m_table;
+    bool m_hasOwnKeyComparator = isOwn(getKeyComparator()); ///< so that text may go the short way
+    bool m_hasOwnValueComparator = isOwn(getValueComparator());
+};
+
+/// A key with its value. The entry object is made when somebody asks for it, and is then what owns both.
+class HashMap::Item {
+public:
+    Item() noexcept = default;
+    Item(IVXUnknown* key, IVXUnknown* value) noexcept;
+    Item(Item&& other) noexcept { swap(*this, other); }
+    ~Item();
+
+    friend void swap(Item& left, Item& right) noexcept
+    {
+        std::swap(left.m_key, right.m_key);
+        std::swap(left.m_value, right.m_value);
+        std::swap(left.m_entry, right.m_entry);
+    }
+
+    IVXUnknown* key() const noexcept { return m_key; }
+    IVXUnknown* value() const noexcept
+    {
+        const HashMapEntry* entry = madeEntry().load(std::memory_order_acquire);
+        return entry != nullptr ? entry->m_value.get() : m_value;
+    }
+    /// Gives back the old value.
+    Reference<IVXUnknown> exchangeValue(Reference<IVXUnknown> value) noexcept;
+    /// The value of an item that goes; an entry object keeps it as well.
+    Reference<IVXUnknown> takeValue() noexcept;
+    /// Not counted. Readers under a shared lock may ask at the same time and get the same one.
+    HashMapEntry* entry() const;
+    /// Has the processor fetch what somebody who comes to the entry will count.
+    void prefetch() const noexcept
+    {
+        if (m_key != nullptr)
+            __builtin_prefetch(m_key);
+        if (m_value != nullptr)
+            __builtin_prefetch(m_value);
+        if (const HashMapEntry* entry = madeEntry().load(std::memory_order_relaxed))
+            __builtin_prefetch(entry);
+    }
+
+private:
+    std::atomic_ref<HashMapEntry*> madeEntry() const noexcept { return std::atomic_ref<HashMapEntry*>(m_entry); }
+
+    IVXUnknown* m_key = nullptr;
+    IVXUnknown* m_value = nullptr; ///< stands for as long as there is no entry
+    mutable HashMapEntry* m_entry = nullptr; ///< counted; null until it is asked for
+};
+
+class HashMap::Walk {
+public:
+    using iterator_concept = std::input_iterator_tag;
+    using difference_type = std::ptrdiff_t;
+    using value_type = KeyAndValue;
+
+    explicit Walk(const HashMap& map) noexcept
+        : m_map(&map)
+        , m_expectedCount(map.m_modificationCount)
+        , m_bucket(map.m_table.capacity())
+        , m_index(map.m_table.headBelow(m_bucket))
+    {
+    }
+
+    KeyAndValue operator*() const noexcept
+    {
+        const Item& item = m_map->m_table.item(m_index);
+        return {item.key(), item.value()};
+    }
+    Walk& operator++()
+    {
+        m_map->check(m_expectedCount);
+        m_index = m_map->m_table.next(m_index);
+        if (m_index == NONE)
+            m_index = m_map->m_table.headBelow(m_bucket);
+        return *this;
+    }
+    void operator++(int) { ++*this; }
+
+    bool isAtEnd() const noexcept { return m_index == NONE; }
+    friend bool operator==(const Walk& walk, std::default_sentinel_t) noexcept { return walk.isAtEnd(); }
+
+private:
+    const HashMap* m_map;
+    std::uint32_t m_expectedCount;
+    int m_bucket;
+    Index m_index;
+};
+
+inline HashMap::Walk HashMap::begin() const
+{
+    return Walk(*this);
+}
+
+} // namespace vx::collections::vorb

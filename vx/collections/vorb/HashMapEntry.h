@@ -1,0 +1,39 @@
+#pragma once
+
+#include "vx/ComObject.h"
+#include "vx/collections/vorb/MapEntry.h"
+
+namespace vx::collections::vorb {
+
+/// A live entry of a `HashMap`, which lives on with its last value when it has left the map. It compares, equals and
+/// hashes as any other entry does, whatever is in it.
+class VX_API HashMapEntry : public ComObject, public virtual MapEntry {
+public:
+    HashMapEntry(const HashMapEntry&) = delete;
+    HashMapEntry& operator=(const HashMapEntry&) = delete;
+    ~HashMapEntry() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(ComObject)
+
+    // MapEntry
+    /// 0.
+    int compareTo(const Object& other) const override;
+    /// True.
+    bool equals(const Object& other) const override;
+    Reference<IVXUnknown> getKey() const override;
+    Reference<IVXUnknown> getValue() const override;
+    /// 0.
+    std::uint32_t hashCode() const override;
+    /// No modification, so that iterators go on.
+    Reference<IVXUnknown> setValue(IVXUnknown* value) override;
+
+private:
+    friend class HashMap;
+
+    HashMapEntry() noexcept = default;
+
+    Reference<IVXUnknown> m_key;
+    Reference<IVXUnknown> m_value;
+};
+
+} // namespace vx::collections::vorb

@@ -1,0 +1,72 @@
+#include "vx/collections/vorb/HashMapIterator.h"
+
+#include "vx/Exceptions.h"
+
+#include <utility>
+
+namespace vx::collections::vorb {
+
+HashMapIterator::HashMapIterator(HashMap* map, Kind kind)
+    : m_map(map)
+    , m_expectedCount(map->m_modificationCount)
+    , m_kind(kind)
+    , m_bucket(map->m_table.capacity())
+{
+}
+
+HashMapIterator::~HashMapIterator() noexcept(false) = default;
+
+bool HashMapIterator::hasNext()
+{
+    while (m_next == HashMap::NONE && m_bucket > 0) {
+        m_next = m_map->m_table.head(--m_bucket);
+        lookAhead();
+    }
+    return m_next != HashMap::NONE;
+}
+
+Reference<IVXUnknown> HashMapIterator::next()
+{
+    m_map->check(m_expectedCount);
+    if (!hasNext())
+        throw Exception();
+    Reference<IVXUnknown> result = part(m_next);
+    m_last = std::exchange(m_next, m_map->m_table.next(m_next));
+    return result;
+}
+
+void HashMapIterator::remove()
+{
+    m_map->check(m_expectedCount);
+    if (m_last == HashMap::NONE)
+        throw IllegalStateException();
+    ++m_expectedCount; // before anything is released, whose destructor may look at this iterator
+    m_map->removeItem(std::exchange(m_last, HashMap::NONE));
+}
+
+void HashMapIterator::lookAhead() const noexcept
+{
+    constexpr int DISTANCE = 16;
+    const HashMap::Table& table = m_map->m_table;
+    if (m_bucket < 2 * DISTANCE)
+        return;
+    if (const HashMap::Index index = table.head(m_bucket - DISTANCE); index != HashMap::NONE)
+        table.item(index).prefetch();
+    if (const HashMap::Index index = table.head(m_bucket - 2 * DISTANCE); index != HashMap::NONE)
+        __builtin_prefetch(&table.item(index));
+}
+
+Reference<IVXUnknown> HashMapIterator::part(HashMap::Index index) const
+{
+    const HashMap::Item& item = m_map->m_table.item(index);
+    switch (m_kind) {
+    case KEYS:
+        return item.key();
+    case VALUES:
+        return item.value();
+    default:
+        return item.entry()->GetUnknown();
+    }
+}
+
+} // namespace vx::collections::vorb
