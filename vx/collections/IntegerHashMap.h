@@ -1,0 +1,71 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/collections/HashTable.h"
+
+#include <cstdint>
+#include <iterator>
+
+namespace vx {
+class Integer32;
+}
+
+namespace vx::collections {
+
+template <class T>
+class Set;
+
+/// Objects, which may be null, by number. A number is its own hash. Growth and load factor are those of `vorb::HashMap`,
+/// and a call that fails leaves the map as it was. One thread at a time.
+class VX_API IntegerHashMap : public Object {
+    using Table = detail::HashTable<Reference<Object>>;
+
+public:
+    static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
+    static constexpr float DEFAULT_LOAD = Table::DEFAULT_LOAD;
+
+    /// Buckets for a map that is filled with `size` entries.
+    static int calcCapacity(int size);
+
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    explicit IntegerHashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
+    IntegerHashMap(const IntegerHashMap&) = delete;
+    IntegerHashMap& operator=(const IntegerHashMap&) = delete;
+    ~IntegerHashMap() noexcept(false) override;
+
+    /// Keeps the capacity.
+    virtual void clear();
+    /// Null for a key that is not there; so is a value that is null.
+    virtual Reference<Object> get(int key) const;
+    virtual int getSize() const;
+    virtual bool isEmpty() const;
+    /// Gives back the old value, null where the key is new.
+    virtual Reference<Object> put(int key, Object* value);
+    /// Gives back the value, null for a key that is not there.
+    virtual Reference<Object> remove(int key);
+    /// The keys at this moment, in a set of their own.
+    virtual Reference<const Set<Integer32>> createKeySet() const;
+
+    /// What a range-for sees: `for (const auto [key, value] : map)`. The value is not counted.
+    struct KeyAndValue {
+        int key;
+        Object* value;
+    };
+    struct ToKeyAndValue {
+        KeyAndValue operator()(std::uint32_t hash, const Reference<Object>& value) const noexcept
+        {
+            return {static_cast<int>(hash), value.get()};
+        }
+    };
+    /// From bucket 0 up. The map must keep its entries meanwhile.
+    Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    Table::Index find(int key) const noexcept;
+
+    Table m_table;
+};
+
+} // namespace vx::collections

@@ -1,0 +1,104 @@
+#include "vx/collections/StringHashMap.h"
+
+#include "vx/collections/Set.h"
+#include "vx/collections/vorb/HashSet.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/detail/TextHash.h"
+#include "vx/detail/TextRange.h"
+#include "vx/detail/TextScan.h"
+
+namespace vx::collections {
+
+using vx::detail::StringReadLock;
+
+int StringHashMap::calcCapacity(int size)
+{
+    return Table::calcCapacity(size);
+}
+
+StringHashMap::StringHashMap(int capacity, float load)
+    : m_table(capacity, load)
+{
+}
+
+StringHashMap::~StringHashMap() noexcept(false) = default;
+
+void StringHashMap::clear()
+{
+    m_table.clear();
+}
+
+Reference<Object> StringHashMap::get(const char16_t* chars, int length) const
+{
+    const Table::Index found = find(chars, vx::detail::measured(chars, length)).index;
+    return found != Table::NONE ? m_table.item(found).value : nullptr;
+}
+
+Reference<Object> StringHashMap::get(const String& key) const
+{
+    const StringReadLock text(key);
+    return get(text.data(), text.length());
+}
+
+int StringHashMap::getSize() const
+{
+    return m_table.size();
+}
+
+bool StringHashMap::containsKey(const char16_t* chars, int length) const
+{
+    return get(chars, length) != nullptr;
+}
+
+bool StringHashMap::containsKey(const String& key) const
+{
+    const StringReadLock text(key);
+    return containsKey(text.data(), text.length());
+}
+
+bool StringHashMap::isEmpty() const
+{
+    return getSize() == 0;
+}
+
+Reference<Object> StringHashMap::put(const String& key, Object* value)
+{
+    Item item {key, value};
+    const auto [hash, found] = find(item.key);
+    if (found != Table::NONE)
+        return std::exchange(m_table.item(found).value, std::move(item.value));
+    m_table.insert(hash, std::move(item));
+    return nullptr;
+}
+
+Reference<Object> StringHashMap::remove(const String& key)
+{
+    const Table::Index found = find(key).index;
+    return found != Table::NONE ? m_table.remove(found).value : nullptr;
+}
+
+Reference<const Set<String>> StringHashMap::createKeySet() const
+{
+    Reference<Set<String>> keys(new Set<String>(new vorb::HashSet));
+    for (const auto entry : *this)
+        keys->add(Reference<String>(new String(entry.key)).get());
+    return keys;
+}
+
+StringHashMap::Place StringHashMap::find(const char16_t* chars, int length) const
+{
+    const std::uint32_t hash = vx::detail::hashText(chars, length, false);
+    const Table::Index index = m_table.find(hash, [&](const Item& item) {
+        const StringReadLock stored(item.key);
+        return stored.length() == length && vx::detail::equalUnits(stored.data(), chars, length);
+    });
+    return {hash, index};
+}
+
+StringHashMap::Place StringHashMap::find(const String& key) const
+{
+    const StringReadLock text(key);
+    return find(text.data(), text.length());
+}
+
+} // namespace vx::collections

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/String.h"
+#include "vx/collections/HashTable.h"
+
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+namespace vx::collections {
+
+template <class T>
+class Set;
+
+/// Objects, which may be null, by text, whose case counts. Growth and load factor are those of `vorb::HashMap`, and a call
+/// that fails leaves the map as it was. One thread at a time.
+///
+/// The hash is that of `String`, which samples at most 63 units: keys of regular build that differ between the samples
+/// share a bucket.
+class VX_API StringHashMap : public Object {
+    struct Item {
+        String key;
+        Reference<Object> value;
+
+        friend void swap(Item& left, Item& right) noexcept
+        {
+            left.key.swap(right.key);
+            left.value.swap(right.value);
+        }
+    };
+    using Table = detail::HashTable<Item>;
+
+public:
+    static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
+    static constexpr float DEFAULT_LOAD = Table::DEFAULT_LOAD;
+
+    /// Buckets for a map that is filled with `size` entries.
+    static int calcCapacity(int size);
+
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    explicit StringHashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
+    StringHashMap(const StringHashMap&) = delete;
+    StringHashMap& operator=(const StringHashMap&) = delete;
+    ~StringHashMap() noexcept(false) override;
+
+    /// Keeps the capacity.
+    virtual void clear();
+    /// Null for a key that is not there; so is a value that is null. A `length` of -1 means a zero-terminated text.
+    virtual Reference<Object> get(const char16_t* chars, int length = -1) const;
+    virtual Reference<Object> get(const String& key) const;
+    virtual int getSize() const;
+    /// False for a key whose value is null.
+    virtual bool containsKey(const char16_t* chars, int length = -1) const;
+    virtual bool containsKey(const String& key) const;
+    virtual bool isEmpty() const;
+    /// Gives back the old value, null where the key is new. The map shares the buffer of a new key.
+    virtual Reference<Object> put(const String& key, Object* value);
+    /// Gives back the value, null for a key that is not there.
+    virtual Reference<Object> remove(const String& key);
+    /// The keys at this moment, in a set of their own.
+    virtual Reference<const Set<String>> createKeySet() const;
+
+    /// What a range-for sees: `for (const auto [key, value] : map)`. The value is not counted.
+    struct KeyAndValue {
+        const String& key;
+        Object* value;
+    };
+    struct ToKeyAndValue {
+        KeyAndValue operator()(std::uint32_t, const Item& item) const noexcept { return {item.key, item.value.get()}; }
+    };
+    /// From bucket 0 up. The map must keep its entries meanwhile.
+    Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    struct Place {
+        std::uint32_t hash;
+        Table::Index index;
+    };
+    Place find(const char16_t* chars, int length) const;
+    Place find(const String& key) const;
+
+    Table m_table;
+};
+
+} // namespace vx::collections
