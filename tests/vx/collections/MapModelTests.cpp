@@ -1,0 +1,360 @@
+#include "tests/vx/collections/Elements.h"
+#include "vx/collections/DefaultComparator.h"
+#include "vx/collections/vorb/HashMap.h"
+#include "vx/collections/vorb/HashSet.h"
+#include "vx/util/Comparator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vx::collections::vorb {
+namespace {
+
+constexpr int NUMBERS = 24; ///< of keys, and of values above them
+
+struct Entry {
+    int key; ///< the number that it stands for, NO_ITEM for null
+    std::uint32_t hash;
+    const IVXUnknown *keyObject, *value;
+};
+using EntryPtr = std::shared_ptr<Entry>;
+using Chain = std::vector<EntryPtr>;
+
+/// A chained table without any cleverness.
+struct Model {
+    struct Cursor {
+        int expected, bucket;
+        EntryPtr next, last;
+    };
+
+    Chain& bucketOf(const EntryPtr& entry) { return buckets[entry->hash % buckets.size()]; }
+    Chain order() const
+    {
+        Chain all;
+        for (auto bucket = buckets.rbegin(); bucket != buckets.rend(); ++bucket)
+            all.insert(all.end(), bucket->begin(), bucket->end());
+        return all;
+    }
+    EntryPtr find(int key) const
+    {
+        const Chain all = order();
+        const auto found = std::find_if(all.begin(), all.end(), [&](const auto& entry) { return entry->key == key; });
+        return found != all.end() ? *found : nullptr;
+    }
+    void put(const Entry& fresh)
+    {
+        if (const EntryPtr entry = find(fresh.key)) {
+            entry->value = fresh.value;
+            return;
+        }
+        ++modifications;
+        if (order().size() >= static_cast<std::size_t>(static_cast<double>(buckets.size()) * load)) {
+            const Chain all = order();
+            buckets.assign(buckets.size() * 2 + 1, {});
+            for (const EntryPtr& entry : all)
+                bucketOf(entry).insert(bucketOf(entry).begin(), entry);
+        }
+        const EntryPtr entry = std::make_shared<Entry>(fresh);
+        bucketOf(entry).insert(bucketOf(entry).begin(), entry);
+    }
+    void remove(const EntryPtr& entry) { modifications += static_cast<int>(std::erase(bucketOf(entry), entry)); }
+    void clear()
+    {
+        buckets.assign(buckets.size(), {});
+        ++modifications;
+    }
+
+    Cursor cursor() const { return {modifications, static_cast<int>(buckets.size()), nullptr, nullptr}; }
+    bool hasNext(Cursor& cursor) const
+    {
+        while (cursor.next == nullptr && cursor.bucket > 0) {
+            const Chain& bucket = buckets[static_cast<std::size_t>(--cursor.bucket)];
+            cursor.next = bucket.empty() ? nullptr : bucket.front();
+        }
+        return cursor.next != nullptr;
+    }
+    std::string next(Cursor& cursor)
+    {
+        if (cursor.expected != modifications || !hasNext(cursor))
+            return "plain";
+        const Chain& bucket = bucketOf(cursor.next);
+        const auto behind = std::find(bucket.begin(), bucket.end(), cursor.next) + 1;
+        cursor.last = std::exchange(cursor.next, behind != bucket.end() ? *behind : nullptr);
+        return "done";
+    }
+    std::string remove(Cursor& cursor)
+    {
+        if (cursor.expected != modifications || cursor.last == nullptr)
+            return cursor.expected != modifications ? "plain" : "state";
+        remove(std::exchange(cursor.last, nullptr));
+        ++cursor.expected;
+        return "done";
+    }
+
+    float load;
+    std::vector<Chain> buckets;
+    int modifications = 0;
+};
+
+/// Of 64 units only every second one counts for the hash, so that three keys share each.
+std::u16string keyText(int number)
+{
+    std::u16string text(64, static_cast<char16_t>(u'a' + number / 3));
+    text[33] = static_cast<char16_t>(u'0' + number % 3);
+    return text;
+}
+std::uint32_t textHash(int number)
+{
+    std::uint32_t hash = 0;
+    for (std::size_t index = 0; index < 64; index += 2)
+        hash = hash * 37 + keyText(number)[index];
+    return hash;
+}
+
+/// Does the same to a map, its views, entries and iterators, and to the model.
+class Trial {
+public:
+    Trial(unsigned seed, bool isText, IVXComparator* comparator)
+        : m_random(seed)
+        , m_isText(isText)
+    {
+        m_model.load = below(2) == 0 ? 0.75F : 2.5F;
+        m_model.buckets.resize(1 + static_cast<std::size_t>(below(4)));
+        m_map = new HashMap(comparator, comparator, static_cast<int>(m_model.buckets.size()), m_model.load);
+        for (int number = 0; number < 2 * NUMBERS; ++number) // two equal keys of each
+            m_things.push_back(isText ? (new String(keyText(number / 2)))->GetUnknown() : item(number / 2));
+        for (int number = 0; number < NUMBERS; ++number)
+            m_things.push_back(item(number));
+    }
+    ~Trial()
+    {
+        m_cursors.clear();
+        m_held.clear();
+        m_map->clear();
+        for (const auto& thing : m_things)
+            EXPECT_EQ(dynamic_cast<ComObject&>(*thing).GetRefCount(), 1U) << "somebody still holds it";
+    }
+
+    /// One operation. Gives what it came to and what it should have come to where the two differ.
+    std::string step()
+    {
+        m_difference.clear();
+        const int number = below(NUMBERS + 1) - 1;
+        const EntryPtr found = m_model.find(number);
+        const std::string old = name(found != nullptr ? found->value : nullptr);
+        const IVXUnknown* equal = key(number, 1);
+        switch (below(12)) {
+        case 0:
+        case 1:
+        case 2:
+        case 3: {
+            IVXUnknown *keyObject = key(number, below(2)), *value = anyValue();
+            check("put", old, name(m_map->put(keyObject, value).get()));
+            m_model.put({number, hash(number), keyObject, value});
+            break;
+        }
+        case 4:
+            check("remove", old, name(m_map->remove(equal).get()));
+            remove(found);
+            break;
+        case 5:
+            check("get", old, name(m_map->get(equal).get()));
+            check("containsKey", found != nullptr, m_map->containsKey(equal));
+            check("key set's contains", found != nullptr, m_map->createKeySet()->contains(equal));
+            break;
+        case 6:
+            check("key set's remove", found != nullptr, m_map->createKeySet()->remove(equal));
+            remove(found);
+            break;
+        case 7:
+            changeAll();
+            break;
+        case 8: {
+            const IVXUnknown* value = anyValue();
+            const Chain all = m_model.order();
+            const auto first
+                = std::find_if(all.begin(), all.end(), [&](const auto& entry) { return entry->value == value; });
+            check("containsValue", first != all.end(), m_map->containsValue(value));
+            if (below(3) == 0) {
+                check("values' remove", first != all.end(), m_map->createValueCollection()->remove(value));
+                remove(first != all.end() ? *first : nullptr);
+            }
+            break;
+        }
+        case 9:
+            if (!m_held.empty()) {
+                const auto& [entry, model] = m_held.front();
+                IVXUnknown* value = anyValue();
+                check("setValue", name(std::exchange(model->value, value)), name(entry->setValue(value).get()));
+                m_held.erase(m_held.begin());
+            }
+            break;
+        default:
+            for (int moves = below(4); moves >= 0; --moves)
+                moveCursor();
+        }
+        check("map", textOf(m_model), textOf(*m_map));
+        check("size", std::to_string(m_model.order().size()), std::to_string(m_map->getSize()));
+        for (const auto& [entry, model] : m_held) // in the map or not
+            check("entry", name(model->keyObject) + name(model->value),
+                name(entry->getKey().get()) + name(entry->getValue().get()));
+        return m_difference;
+    }
+
+private:
+    int below(int end) { return static_cast<int>(m_random() % static_cast<unsigned>(end)); }
+    IVXUnknown* thing(int index) const { return m_things[static_cast<std::size_t>(index)].get(); }
+    IVXUnknown* key(int number, int copy) const { return number == NO_ITEM ? nullptr : thing(2 * number + copy); }
+    IVXUnknown* anyValue() { return below(8) == 0 ? nullptr : thing(2 * NUMBERS + below(NUMBERS)); }
+    std::uint32_t hash(int number) const
+    {
+        return number == NO_ITEM ? 0 : m_isText ? textHash(number) : static_cast<std::uint32_t>(number);
+    }
+    std::string name(const IVXUnknown* object) const
+    {
+        return object == nullptr
+            ? "null"
+            : std::to_string(std::find(m_things.begin(), m_things.end(), object) - m_things.begin());
+    }
+    std::string textOf(const Model& model) const
+    {
+        std::string text;
+        for (const EntryPtr& entry : model.order())
+            text += name(entry->keyObject) + '=' + name(entry->value) + ' ';
+        return text;
+    }
+    std::string textOf(const HashMap& map) const
+    {
+        std::string text;
+        for (const auto [keyObject, value] : map)
+            text += name(keyObject) + '=' + name(value) + ' ';
+        return text;
+    }
+
+    template <class Result>
+    void check(const char* what, const Result& expected, const Result& actual)
+    {
+        if (expected != actual)
+            m_difference += what + (": expected " + testing::PrintToString(expected)) + ", got "
+                + testing::PrintToString(actual) + "\n";
+    }
+    void remove(const EntryPtr& entry)
+    {
+        if (entry != nullptr)
+            m_model.remove(entry);
+    }
+
+    void changeAll()
+    {
+        const Reference<HashMap> copy(new HashMap(*m_map));
+        Model model {m_model.load, std::vector<Chain>(m_model.buckets.size())};
+        const auto putAll = [](Model& target, const Chain& entries) {
+            for (const EntryPtr& entry : entries)
+                target.put(*entry);
+        };
+        putAll(model, m_model.order());
+        check("copy", textOf(model), textOf(*copy));
+        check("equals", true, m_map->equals(*copy));
+        if (below(6) == 0) {
+            m_map->clear();
+            m_model.clear();
+        }
+        if (below(4) == 0) {
+            m_map->putAll(*copy);
+            putAll(m_model, model.order());
+        }
+    }
+
+    void moveCursor()
+    {
+        if (m_cursors.size() < 3 || below(12) == 0) {
+            const auto entries = m_map->createEntrySet()->createIterator();
+            const auto keys = m_map->createKeySet()->createIterator();
+            m_cursors.insert(m_cursors.begin(), {below(2) == 0 ? entries : keys, m_model.cursor()});
+            m_cursors.resize(std::min<std::size_t>(m_cursors.size(), 3));
+            return;
+        }
+        auto& cursor = m_cursors[static_cast<std::size_t>(below(3))];
+        Model::Cursor& model = cursor.second;
+        Iterator* iterator = cursor.first.get();
+        if (below(4) == 0)
+            check("hasNext", m_model.hasNext(model), iterator->hasNext());
+        if (below(4) == 0)
+            return check("iterator's remove", m_model.remove(model), outcome([&] { iterator->remove(); }));
+        Reference<IVXUnknown> got;
+        const std::string expected = m_model.next(model);
+        check("next", expected, outcome([&] { got = iterator->next(); }));
+        if (expected != "done")
+            return;
+        const auto* entry = dynamic_cast<MapEntry*>(got.get());
+        check("next", name(model.last->keyObject), name(entry != nullptr ? entry->getKey().get() : got.get()));
+        if (entry == nullptr)
+            return;
+        check("contains", true, m_map->createEntrySet()->contains(got.get()));
+        m_held.emplace_back(MapEntry::of(got), model.last);
+    }
+
+    std::mt19937 m_random;
+    bool m_isText;
+    std::vector<Reference<IVXUnknown>> m_things;
+    Model m_model {};
+    Reference<HashMap> m_map;
+    std::vector<std::pair<Reference<Iterator>, Model::Cursor>> m_cursors;
+    std::vector<std::pair<Reference<MapEntry>, EntryPtr>> m_held;
+    std::string m_difference;
+};
+
+/// Asks what the library's own asks, but is not known to do so.
+class OtherComparator : public util::Comparator { };
+
+TEST(HashMap, DoesWhatAPlainTableDoesInTheSameOrder)
+{
+    const unsigned seed = std::random_device()();
+    const Reference<IVXComparator> other(new OtherComparator);
+    for (unsigned round = 0; round < 60; ++round) {
+        Trial trial(seed + round, round % 3 != 0, round % 3 == 1 ? other.get() : GetDefaultComparator().get());
+        for (int step = 0; step < 500; ++step)
+            ASSERT_EQ(trial.step(), "") << "seed " << seed << ", round " << round << ", step " << step;
+    }
+}
+
+TEST(HashSet, HoldsTheKeysOfSuchATable)
+{
+    std::mt19937 random(std::random_device {}());
+    const Reference<HashSet> set(new HashSet);
+    Model model {0.75F, std::vector<Chain>(101)};
+    for (int step = 0; step < 10'000; ++step) {
+        const int number = static_cast<int>(random() % 200);
+        const EntryPtr found = model.find(number);
+        if (random() % 64 == 0) {
+            const Reference<Iterator> iterator = set->createIterator();
+            while (iterator->hasNext())
+                if (valueOf(iterator->next().get()) % 4 == number % 4)
+                    iterator->remove();
+            for (const EntryPtr& entry : model.order())
+                if (entry->key % 4 == number % 4)
+                    model.remove(entry);
+        } else if (random() % 3 == 0) {
+            ASSERT_EQ(set->remove(item(number).get()), found != nullptr);
+            if (found != nullptr)
+                model.remove(found);
+        } else {
+            ASSERT_EQ(set->contains(item(number).get()), found != nullptr);
+            ASSERT_EQ(set->add(item(number).get()), found == nullptr);
+            model.put({number, static_cast<std::uint32_t>(number), nullptr, nullptr});
+        }
+        std::string order;
+        for (const EntryPtr& entry : model.order())
+            order += std::to_string(entry->key) + ' ';
+        ASSERT_EQ(textOfAll(*set), order);
+    }
+}
+
+} // namespace
+} // namespace vx::collections::vorb
