@@ -64,7 +64,7 @@ public:
 
     int releaseAll(std::uint32_t& depth) noexcept
     {
-        if (m_owner.load(std::memory_order_relaxed) != VXThreadGetCurrentId())
+        if (!m_holder.isMe())
             return 0;
         const std::uint32_t held = m_depth;
         while (depth < held) {
