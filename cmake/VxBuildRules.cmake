@@ -6,7 +6,6 @@ target_compile_features(vx_build_rules INTERFACE cxx_std_20 c_std_11)
 target_compile_options(vx_build_rules INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Werror
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
-    $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     -fno-omit-frame-pointer)
 
 # Unique symbols would pin the library in a process after dlclose.
