@@ -46,12 +46,17 @@ function(vx_add_tool name)
 endfunction()
 
 # A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). The label "threads" puts it into the run
-# under ThreadSanitizer; PLATFORM_ONLY links the platform layer without the library above it.
+# under ThreadSanitizer; PLATFORM_ONLY links the platform layer without the library above it. NAMED_OBJECTS keeps apart
+# what makes objects that processes share by name, and counts them.
 function(vx_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY" "" "LABELS;SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY;NAMED_OBJECTS" "" "LABELS;SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE vx_build_rules $<IF:$<BOOL:${arg_PLATFORM_ONLY}>,vxsys4,vxlib4> ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS "${arg_LABELS}")
+    set(properties TIMEOUT 300 LABELS "${arg_LABELS}")
+    if(arg_NAMED_OBJECTS)
+        list(APPEND properties RESOURCE_LOCK named_objects)
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
 
 # A benchmark program: vx_add_bench(name SOURCES bench.cpp... [LIBRARIES peer...])

@@ -218,6 +218,7 @@ TEST(MaskedConsoleInputStream, ShowsNothingAndPutsTheTerminalBack)
         EXPECT_EQ(::tcgetattr(master, &settings), 0);
         return (settings.c_lflag & ECHO) != 0;
     };
+    EXPECT_TRUE(isEchoing());
     Child user([&](Child::Side& side) {
         ::setsid();
         const int terminal = ::open(::ptsname(master), O_RDWR);
@@ -229,7 +230,6 @@ TEST(MaskedConsoleInputStream, ShowsNothingAndPutsTheTerminalBack)
         side.hear();
         EXPECT_THROW(readOnce(stream, 100), UserAbortException);
     });
-    EXPECT_TRUE(isEchoing());
     for (const std::string_view keys : {"sexy\x7F\x7F\x7F"
                                         "ec\r"sv,
              "ab\x03"sv}) {
