@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -61,13 +62,18 @@ public:
 
     explicit Child(const std::function<void(Side&)>& work)
     {
+        std::fflush(nullptr); // a child would have what is pending as well
         int ends[2];
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0 || (m_id = ::fork()) == -1)
             throw std::system_error(errno, std::generic_category());
         ::close(ends[m_id == 0 ? 0 : 1]);
         m_side = Side(ends[m_id == 0 ? 1 : 0]);
         if (m_id == 0) {
-            work(m_side);
+            try {
+                work(m_side);
+            } catch (...) { // must not go on as a second run of the tests
+                ADD_FAILURE() << "the child threw";
+            }
             ::_exit(testing::Test::HasFailure() ? 1 : 0);
         }
     }

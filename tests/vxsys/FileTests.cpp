@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <string>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -24,17 +23,6 @@ using namespace std::literals;
 using namespace vxsys::results;
 
 constexpr std::int32_t BROKEN_PIPE = code(0x8007006D);
-
-void put(const std::filesystem::path& path, std::string_view content)
-{
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-std::string contentOf(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// A named handle that closes itself.
 class File {

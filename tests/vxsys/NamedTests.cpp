@@ -1,7 +1,9 @@
 #include "vxsys/Named.h"
 
 #include "Child.h"
+#include "Scratch.h"
 #include "vxsys/Result.h"
+#include "vxsys/detail/ObjectName.h"
 
 #include <gtest/gtest.h>
 
@@ -27,37 +29,29 @@ using namespace std::literals;
 using namespace vxsys::results;
 using Clock = std::chrono::steady_clock;
 
-/// A name that no other test has.
+/// A name that no other test has, in this run or another at the same time.
 std::string ownName(const char* purpose)
 {
-    return "test "s + purpose + std::to_string(::getpid());
+    return "test-"s + purpose + '-' + std::to_string(::getpid());
 }
 
-/// The files of the named objects of a user.
-std::set<std::string> filesOf(uid_t user = ::geteuid())
+std::string folderOf(uid_t user)
 {
-    std::set<std::string> names;
-    for (const auto& folder : std::filesystem::directory_iterator("/dev/shm")) {
-        if (!folder.path().filename().string().starts_with("vxsys4-" + std::to_string(user) + "-"))
-            continue;
-        for (const auto& file : std::filesystem::directory_iterator(folder))
-            names.insert(file.path().filename().string());
-    }
-    return names;
+    struct stat status { };
+    EXPECT_EQ(::stat("/proc/self/ns/pid", &status), 0);
+    return "/dev/shm/vxsys4-" + std::to_string(user) + '-' + std::to_string(status.st_ino);
 }
 
-bool hasFile(std::string name)
+bool hasFile(const std::string& name, uid_t user = ::geteuid())
 {
-    std::replace(name.begin(), name.end(), ' ', '%');
-    const auto files = filesOf();
-    return std::any_of(files.begin(), files.end(),
-        [&](const std::string& file) { return file.find(name.substr(name.rfind('%') + 1)) != std::string::npos; });
+    return std::filesystem::exists(folderOf(user) + "/s-" + name)
+        || std::filesystem::exists(folderOf(user) + "/m-" + name);
 }
 
-std::size_t openDescriptors()
+/// A user that nobody else is.
+uid_t ownUser()
 {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+    return 1'000'000'000 + static_cast<uid_t>(::getpid());
 }
 
 /// A handle that closes itself.
@@ -97,34 +91,6 @@ public:
 
     VXHandle m_handle = nullptr;
 };
-
-TEST(NamedSemaphore, CountsForAllWhoHaveTheName)
-{
-    const std::string name = ownName("count");
-    const Named first(name, 2);
-    const Named second(name, 9);
-    first.wait();
-    second.wait();
-    EXPECT_FALSE(first.tryWait());
-    EXPECT_EQ(VXSemaphoreTryWait(second.m_handle), RESULT_TIMED_OUT);
-    EXPECT_EQ(first.value(), 0);
-    second.post();
-    second.post();
-    EXPECT_EQ(second.value(), 2);
-
-    Child other([&](Child::Side& side) {
-        const Named third(name, 5);
-        EXPECT_EQ(third.value(), 2);
-        third.wait();
-        side.tell('t');
-        side.hear();
-    });
-    EXPECT_EQ(other.hear(), 't');
-    EXPECT_EQ(first.value(), 1);
-    other.tell('g');
-    EXPECT_EQ(other.wait(), 0);
-    EXPECT_EQ(first.valueSoon(2), 2) << "the other ended while it held one";
-}
 
 TEST(NamedSemaphore, RefusesWhatItCannotServe)
 {
@@ -185,7 +151,7 @@ TEST(NamedSemaphore, ComesBackFromAProcessThatDies)
         EXPECT_EQ(here.valueSoon(row.left), row.left) << row.name;
         for (int i = 0; i < row.left; ++i)
             EXPECT_TRUE(here.tryWait()) << row.name;
-        EXPECT_FALSE(here.tryWait()) << row.name;
+        EXPECT_EQ(VXSemaphoreTryWait(here.m_handle), RESULT_TIMED_OUT) << row.name;
     }
 }
 
@@ -230,7 +196,6 @@ TEST(NamedSemaphore, StartsAfreshWhenAllHaveGone)
             side.hear();
         });
         EXPECT_EQ(only.hear(), 'o') << way;
-        EXPECT_EQ(hasFile(name), way != "closed") << way;
         if (way == "killed")
             only.kill();
         if (way == "another program") {
@@ -297,48 +262,68 @@ TEST(NamedSemaphore, IsOneForAllHandlesOfAProcess)
     EXPECT_EQ(other.wait(), 0);
 }
 
-TEST(NamedSemaphore, GivesEachNameAFileOfItsOwnInThePrivateFolder)
+TEST(ObjectName, GivesEachNameAFileNameOfItsOwnThatStaysInItsFolder)
 {
-    std::vector<std::string> names = {"", ".", "..", "/", "\\", "a/../../../../tmp/vx", "/dev/shm/x", "x", "X", "x ",
-        "%20", "\x01\n\x7F", "\xC3\xA4", "\xFF", "~", std::string(248, 'a'), std::string(249, 'a'),
-        std::string(250, 'a'), std::string(5000, 'y'), std::string(5000, 'y') + 'z'};
-    const auto before = filesOf();
-    std::vector<std::unique_ptr<Named>> open;
-    std::vector<std::uint32_t> values;
-    for (const std::string& name : names)
-        open.push_back(std::make_unique<Named>(name, static_cast<std::uint32_t>(open.size())));
-    EXPECT_EQ(filesOf().size(), before.size() + names.size());
-    for (std::size_t i = 0; i < names.size(); ++i)
-        EXPECT_EQ(open[i]->value(), static_cast<std::int32_t>(i)) << names[i].substr(0, 300);
-    for (const std::string& file : filesOf())
-        EXPECT_EQ(
-            file.find_first_not_of("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-._%~"), file.npos);
-    open.clear();
-    EXPECT_EQ(filesOf(), before);
-}
-
-TEST(NamedSemaphore, NamesTheFileOfALongNameByItsDigest)
-{
-    for (const std::size_t length : {119U, 120U, 127U, 128U, 129U, 183U, 184U}) { // around the blocks of SHA-256
-        const std::string name(length, '\x01');
+    struct {
+        std::string name;
+        std::string file; // empty: only what holds for all
+    } cases[] = {
+        {"", "k-"},
+        {"..", "k-.."},
+        {"a/../../b", "k-a%2F..%2F..%2Fb"},
+        {"\\", "k-%5C"},
+        {"X x%20", "k-X%20x%2520"},
+        {"x x ", "k-x%20x%20"},
+        {"\n\x7F\xC3\xA4~", "k-%0A%7F%C3%A4%7E"},
+        {std::string(248, 'a'), "k-" + std::string(248, 'a')},
+        {std::string(249, 'a'), ""},
+        {std::string(5000, 'a'), ""},
+        {std::string(4999, 'a') + 'b', ""},
+    };
+    std::set<std::string> files;
+    for (const auto& row : cases) {
+        const std::string file = vxsys::detail::ObjectName('k', row.name).get();
+        if (!row.file.empty()) {
+            EXPECT_EQ(file, row.file);
+        }
+        EXPECT_LT(file.size(), 256U);
+        EXPECT_EQ(file.find('/'), file.npos);
+        EXPECT_TRUE(files.insert(file).second) << file;
+    }
+    for (const std::size_t length : {119U, 120U, 127U, 128U, 183U, 184U}) { // around the blocks of SHA-256
         const std::string command = "head -c " + std::to_string(length) + " /dev/zero | tr '\\0' '\\1' | sha256sum";
         std::FILE* const oracle = ::popen(command.c_str(), "r");
         char digest[65] = "";
         ASSERT_EQ(std::fscanf(oracle, "%64s", digest), 1);
         ASSERT_EQ(::pclose(oracle), 0);
         std::transform(digest, digest + 64, digest, [](char digit) { return static_cast<char>(std::toupper(digit)); });
-
-        const Named semaphore(name, 1);
-        const auto files = filesOf();
-        EXPECT_TRUE(std::any_of(files.begin(), files.end(), [&](const std::string& file) {
-            return file.ends_with("~"s + digest);
-        })) << length;
+        const std::string_view file = vxsys::detail::ObjectName('k', std::string(length, '\x01')).get();
+        EXPECT_TRUE(file.ends_with("~"s + digest)) << length;
     }
+}
+
+TEST(NamedSemaphore, HasItsFileInTheFolderWhateverItsName)
+{
+    const std::string own = ownName("names");
+    const std::string names[] = {"../" + own, "/tmp/" + own, "\x01" + own, own + std::string(5000, 'y')};
+    const auto countFiles = [&] {
+        const std::filesystem::directory_iterator files(folderOf(::geteuid()));
+        return std::count_if(begin(files), end(files),
+            [&](const auto& file) { return file.path().string().find(own) != std::string::npos; });
+    };
+    std::vector<std::unique_ptr<Named>> open;
+    for (const std::string& name : names)
+        open.push_back(std::make_unique<Named>(name, static_cast<std::uint32_t>(open.size())));
+    for (std::size_t i = 0; i < open.size(); ++i)
+        EXPECT_EQ(open[i]->value(), static_cast<std::int32_t>(i)) << "shared by two names";
+    EXPECT_EQ(countFiles(), 4);
+    open.clear();
+    EXPECT_EQ(countFiles(), 0);
 }
 
 TEST(NamedSemaphore, KeepsNoDescriptorAndNeedsNone)
 {
-    const std::size_t before = openDescriptors();
+    const auto before = openDescriptors();
     const Named here(ownName("descriptors"), 1);
     EXPECT_EQ(openDescriptors(), before);
     Child daemon([&](Child::Side& side) {
@@ -379,11 +364,11 @@ TEST(NamedSemaphore, BelongsToOneUser)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs the right to become another user";
-    constexpr uid_t NOBODY = 65534;
+    const uid_t user = ownUser();
     const std::string name = ownName("user");
     const Named here(name, 1);
     Child other([&](Child::Side& side) {
-        ASSERT_EQ(::setuid(NOBODY), 0);
+        ASSERT_EQ(::setuid(user), 0);
         here.wait(); // it has it open, whoever it is now
         const Named own(name, 4);
         EXPECT_EQ(own.value(), 4);
@@ -394,28 +379,27 @@ TEST(NamedSemaphore, BelongsToOneUser)
     EXPECT_FALSE(here.tryWait());
     other.kill();
     EXPECT_EQ(here.valueSoon(1), 1);
-    EXPECT_EQ(filesOf(NOBODY).size(), 1U) << "left by a process that was killed";
+    EXPECT_TRUE(hasFile(name, user)) << "left by a process that was killed";
     Child tidier([&](Child::Side&) {
-        ASSERT_EQ(::setuid(NOBODY), 0);
+        ASSERT_EQ(::setuid(user), 0);
         const Named another(ownName("tidy"), 1);
     });
     EXPECT_EQ(tidier.wait(), 0);
-    EXPECT_EQ(filesOf(NOBODY).size(), 0U);
+    EXPECT_FALSE(hasFile(name, user));
+    std::filesystem::remove(folderOf(user));
 }
 
 TEST(NamedSemaphore, RefusesAFolderThatIsNotTheUsersAlone)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs the right to become another user";
-    constexpr uid_t VICTIM = 65533;
-    struct stat status;
-    ASSERT_EQ(::stat("/proc/self/ns/pid", &status), 0);
-    const std::string folder = "/dev/shm/vxsys4-" + std::to_string(VICTIM) + "-" + std::to_string(status.st_ino);
+    const uid_t user = ownUser();
+    const std::string folder = folderOf(user);
     const std::function<void()> traps[] = {
         [&] { EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0); },
         [&] {
             EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
-            EXPECT_EQ(::chown(folder.c_str(), VICTIM, VICTIM), 0);
+            EXPECT_EQ(::chown(folder.c_str(), user, user), 0);
             EXPECT_EQ(::chmod(folder.c_str(), 0770), 0);
         },
         [&] { EXPECT_EQ(::symlink("/tmp", folder.c_str()), 0); },
@@ -424,7 +408,7 @@ TEST(NamedSemaphore, RefusesAFolderThatIsNotTheUsersAlone)
         std::filesystem::remove_all(folder);
         trap();
         Child victim([&](Child::Side&) {
-            ASSERT_EQ(::setuid(VICTIM), 0);
+            ASSERT_EQ(::setuid(user), 0);
             VXHandle handle = nullptr;
             EXPECT_EQ(VXNamedSemOpen("x", 1, &handle), RESULT_ACCESS_DENIED);
         });
@@ -439,7 +423,7 @@ TEST(NamedSemaphore, LeavesNothingBehindWhenThereIsNoRoom)
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit none {0, 0};
         ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
-        const std::size_t before = openDescriptors();
+        const auto before = openDescriptors();
         const std::string name = ownName("full");
         VXHandle handle = nullptr;
         EXPECT_EQ(VXNamedSemOpen(name.c_str(), 1, &handle), code(0x800700DF));
@@ -478,28 +462,6 @@ TEST(NamedSemaphore, KeepsANoteForWhoComesAfterADeath)
     EXPECT_TRUE(found.file == note.file && found.start == 40 && found.length == 50);
     note.length = 0;
     EXPECT_EQ(VXNamedSemSetNote(here.m_handle, &note), 0);
-}
-
-TEST(NamedSemaphore, LetsOneThreadInAtATime)
-{
-    const std::string name = ownName("threads");
-    const Named here(name, 1);
-    int inside = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            const Named own(name, 1);
-            for (int round = 0; round < 1000; ++round) {
-                own.wait();
-                ++inside;
-                own.post();
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(inside, 4000);
-    EXPECT_EQ(here.value(), 1);
 }
 
 TEST(NamedSemaphore, IsNotClosedUnderAThreadThatWaits)
@@ -613,8 +575,7 @@ TEST(SharedMemory, OpensWhatTheFlagsSay)
         {"unknown flag", true, BOTH, 4, 100, RESULT_INVALID_ARGUMENT},
     };
     const std::string name = ownName("memory");
-    const auto before = filesOf();
-    const std::size_t descriptors = openDescriptors();
+    const auto descriptors = openDescriptors();
     for (const auto& row : cases) {
         std::unique_ptr<Memory> there;
         if (row.isThere)
@@ -626,7 +587,7 @@ TEST(SharedMemory, OpensWhatTheFlagsSay)
             EXPECT_EQ(VXSharedMemClose(handle), 0) << row.name;
         }
     }
-    EXPECT_EQ(filesOf(), before);
+    EXPECT_FALSE(hasFile(name));
     EXPECT_EQ(openDescriptors(), descriptors);
     std::uint32_t handle = 0;
     EXPECT_EQ(VXSharedMemOpen(nullptr, BOTH, CREATE, 1, &handle), RESULT_INVALID_ARGUMENT);

@@ -6,8 +6,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// A folder of its own for each test, removed behind it. The current directory comes back too.
 class Scratch {
@@ -44,6 +46,24 @@ private:
     std::filesystem::path m_before = std::filesystem::current_path();
     std::filesystem::path m_path;
 };
+
+inline void put(const std::filesystem::path& path, std::string_view content)
+{
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+inline std::string contentOf(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// How many descriptors this process has open.
+inline std::ptrdiff_t openDescriptors()
+{
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return std::distance(begin(entries), end(entries));
+}
 
 /// Sets an environment variable, or takes it away, to the end of the block.
 class ScopedVariable {

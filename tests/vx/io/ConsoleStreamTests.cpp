@@ -10,7 +10,6 @@
 
 #include <cstdio>
 #include <fcntl.h>
-#include <fstream>
 #include <poll.h>
 #include <string>
 #include <sys/ioctl.h>
@@ -26,17 +25,6 @@ using vx::io::IoException;
 using vx::io::MaskedConsoleInputStream;
 using vx::io::StdioInputStream;
 using vx::io::StdioOutputStream;
-
-void put(const std::filesystem::path& path, std::string_view content)
-{
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-std::string contentOf(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// Puts what `path` opens behind a standard stream of this process, which is one that a test has to itself.
 void redirect(int standard, const std::filesystem::path& path, int flags)

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -53,8 +52,7 @@ void writeRecords(const String& path, unsigned mode, int writer, int count, std:
 std::vector<int> countRecords(const std::filesystem::path& path)
 {
     std::vector<int> counts(WRITERS, 0);
-    std::ifstream file(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::string text = contentOf(path);
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = std::min(text.find('\n', start), text.size() - 1) + 1;
         int writer = 0;

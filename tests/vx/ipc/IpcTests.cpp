@@ -1,5 +1,6 @@
 #include "tests/Slots.h"
 #include "tests/vxsys/Child.h"
+#include "tests/vxsys/Scratch.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
 #include "vx/ipc/SemaphoreR.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
@@ -181,11 +181,7 @@ TEST(IpcSharedMemory, IsOneForAllWhoHaveTheName)
 
 TEST(IpcSharedMemory, LeavesNothingOpenWhenItFails)
 {
-    const auto descriptors = [] {
-        const std::filesystem::directory_iterator entries("/proc/self/fd");
-        return std::distance(begin(entries), end(entries));
-    };
-    const auto before = descriptors();
+    const auto before = openDescriptors();
     const std::string name = ownName("failure");
     EXPECT_EQ(failureOf([&] { SharedMemory(name.c_str(), 64, ALL_ACCESS, 0); }),
         std::make_pair(RESULT_NOT_FOUND, std::u16string(u"Failed to open shared memory.")));
@@ -193,7 +189,7 @@ TEST(IpcSharedMemory, LeavesNothingOpenWhenItFails)
         std::make_pair(RESULT_ACCESS_DENIED, std::u16string(u"Failed to attach shared memory")));
     EXPECT_EQ(failureOf([&] { SharedMemory(name.c_str(), 64, ALL_ACCESS, 0); }).first, RESULT_NOT_FOUND)
         << "the one that was not attached is gone";
-    EXPECT_EQ(descriptors(), before);
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 } // namespace
