@@ -297,7 +297,7 @@ TEST(ObjectName, GivesEachNameAFileNameOfItsOwnThatStaysInItsFolder)
         ASSERT_EQ(std::fscanf(oracle, "%64s", digest), 1);
         ASSERT_EQ(::pclose(oracle), 0);
         std::transform(digest, digest + 64, digest, [](char digit) { return static_cast<char>(std::toupper(digit)); });
-        const std::string_view file = vxsys::detail::ObjectName('k', std::string(length, '\x01')).get();
+        const std::string file = vxsys::detail::ObjectName('k', std::string(length, '\x01')).get();
         EXPECT_TRUE(file.ends_with("~"s + digest)) << length;
     }
 }
