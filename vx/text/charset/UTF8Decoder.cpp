@@ -26,14 +26,40 @@ constexpr std::array<std::uint8_t, 256> SEQUENCE_LENGTH = [] {
     return lengths;
 }();
 
-std::uint32_t byteAt(const signed char* in) noexcept
+constexpr bool isFollower(std::uint32_t byte) noexcept
 {
-    return static_cast<std::uint8_t>(*in);
+    return (byte & 0xC0) == 0x80;
 }
 
-bool isFollower(const signed char* in) noexcept
+/// Decodes characters that begin before `until`, up to a fault, an end or one of four bytes. It branches where a table
+/// would do: a position that comes out of memory is waited for, one that a branch chooses is guessed.
+void decodeShort(Decoding& pass, const signed char* until) noexcept
 {
-    return *in < -0x40; // 0x80 to 0xBF
+    const signed char* in = pass.in;
+    char16_t* out = pass.out;
+    const auto byteAt = [&](int index) { return std::uint32_t {static_cast<std::uint8_t>(in[index])}; };
+    for (; in < until && out < pass.outEnd; ++out) {
+        const std::uint32_t first = byteAt(0);
+        if (first < 0x80) {
+            *out = static_cast<char16_t>(first);
+            ++in;
+        } else if (first - 0xC2 < 0xE0 - 0xC2) {
+            if (pass.inEnd - in < 2 || !isFollower(byteAt(1)))
+                break;
+            *out = static_cast<char16_t>((first & 0x1F) << 6 | (byteAt(1) & 0x3F));
+            in += 2;
+        } else {
+            if ((first & 0xF0) != 0xE0 || pass.inEnd - in < 3 || !isFollower(byteAt(1)) || !isFollower(byteAt(2)))
+                break;
+            const std::uint32_t value = (first & 0x0F) << 12 | (byteAt(1) & 0x3F) << 6 | (byteAt(2) & 0x3F);
+            if (isSurrogate(value))
+                break;
+            *out = static_cast<char16_t>(value);
+            in += 3;
+        }
+    }
+    pass.in = in;
+    pass.out = out;
 }
 
 struct Sequence {
@@ -43,17 +69,17 @@ struct Sequence {
 
 Sequence sequenceAt(const Decoding& pass) noexcept
 {
-    const std::uint32_t first = byteAt(pass.in);
-    const std::size_t length = SEQUENCE_LENGTH[first];
+    const auto byteAt = [&](std::size_t index) { return std::uint32_t {static_cast<std::uint8_t>(pass.in[index])}; };
+    const std::size_t length = SEQUENCE_LENGTH[byteAt(0)];
     if (length > static_cast<std::size_t>(pass.left()))
         return {0, 0};
     if (length == 0)
         return {REPLACEMENT, 1};
-    std::uint32_t value = length == 1 ? first : first & (0x7FU >> length);
+    std::uint32_t value = length == 1 ? byteAt(0) : byteAt(0) & (0x7FU >> length);
     for (std::size_t index = 1; index < length; ++index) {
-        if (!isFollower(pass.in + index))
+        if (!isFollower(byteAt(index)))
             return {REPLACEMENT, 1};
-        value = value << 6 | (byteAt(pass.in + index) & 0x3F);
+        value = value << 6 | (byteAt(index) & 0x3F);
     }
     return {value, length};
 }
@@ -73,8 +99,11 @@ std::int32_t BTCUTF8::convert(const signed char* src, std::int32_t* srcPos, std:
         pass.in += run;
         pass.out += run;
 
-        const signed char* const faster = pass.in + std::min(pass.left(), STRETCH);
-        while (pass.in < faster) {
+        const signed char* const until = pass.left() < PLAIN_BYTES ? pass.inEnd : pass.in + STRETCH;
+        for (;;) {
+            decodeShort(pass, until);
+            if (pass.in >= until)
+                break;
             const Sequence sequence = sequenceAt(pass);
             if (sequence.length == 0 || pass.room() < 1)
                 return pass.produced();

@@ -19,28 +19,45 @@ constexpr signed char follower(std::uint32_t value, int shift) noexcept
     return static_cast<signed char>(0x80 | (value >> shift & 0x3F));
 }
 
-/// False: no room.
-bool storeSequence(Encoding& pass, std::uint32_t value) noexcept
+/// Encodes units that are no lead surrogates, up to `until` or one without room.
+void encodeShort(Encoding& pass, const char16_t* until) noexcept
 {
-    const int length = value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
-    if (pass.room() < length)
-        return false;
-    switch (length) {
-    case 1:
-        *pass.out++ = static_cast<signed char>(value);
-        return true;
-    case 2:
-        *pass.out++ = static_cast<signed char>(0xC0 | value >> 6);
-        break;
-    case 3:
-        *pass.out++ = static_cast<signed char>(0xE0 | value >> 12);
-        *pass.out++ = follower(value, 6);
-        break;
-    default:
-        *pass.out++ = static_cast<signed char>(0xF0 | value >> 18);
-        *pass.out++ = follower(value, 12);
-        *pass.out++ = follower(value, 6);
+    const char16_t* in = pass.in;
+    signed char* out = pass.out;
+    for (; in < until; ++in) {
+        const std::uint32_t unit = *in;
+        const std::ptrdiff_t room = pass.outEnd - out;
+        if (unit < 0x80) {
+            if (room < 1)
+                break;
+            *out++ = static_cast<signed char>(unit);
+        } else if (unit < 0x800) {
+            if (room < 2)
+                break;
+            out[0] = static_cast<signed char>(0xC0 | unit >> 6);
+            out[1] = follower(unit, 0);
+            out += 2;
+        } else {
+            if (room < 3 || isLead(unit))
+                break;
+            out[0] = static_cast<signed char>(0xE0 | unit >> 12);
+            out[1] = follower(unit, 6);
+            out[2] = follower(unit, 0);
+            out += 3;
+        }
     }
+    pass.in = in;
+    pass.out = out;
+}
+
+/// False: no room.
+bool storePair(Encoding& pass, std::uint32_t value) noexcept
+{
+    if (pass.room() < 4)
+        return false;
+    *pass.out++ = static_cast<signed char>(0xF0 | value >> 18);
+    *pass.out++ = follower(value, 12);
+    *pass.out++ = follower(value, 6);
     *pass.out++ = follower(value, 0);
     return true;
 }
@@ -56,20 +73,23 @@ std::int32_t CTBUTF8::convert(const char16_t* src, std::int32_t* srcPos, std::in
     while (pass.in < pass.inEnd) {
         if (m_lead == 0)
             encodePlain(pass);
-        const char16_t* const faster = pass.in + std::min(pass.left(), STRETCH);
-        for (; pass.in < faster; ++pass.in) {
-            const char16_t unit = *pass.in;
-            if (m_lead != 0) {
-                if (!isTrail(unit))
+        const char16_t* const until = pass.in + std::min(pass.left(), STRETCH);
+        while (pass.in < until) {
+            if (m_lead == 0) {
+                encodeShort(pass, until);
+                if (pass.in == until)
+                    break;
+                if (!isLead(*pass.in))
+                    return pass.produced(); // no room
+                m_lead = *pass.in; // with or without room: whatever comes next is looked at then
+            } else {
+                if (!isTrail(*pass.in))
                     throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);
-                if (!storeSequence(pass, codePoint(m_lead, unit)))
+                if (!storePair(pass, codePoint(m_lead, *pass.in)))
                     return pass.produced();
                 m_lead = 0;
-            } else if (isLead(unit)) {
-                m_lead = unit; // with or without room: whatever comes next is looked at then
-            } else if (!storeSequence(pass, unit)) {
-                return pass.produced();
             }
+            ++pass.in;
         }
     }
     return pass.produced();

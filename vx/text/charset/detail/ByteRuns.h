@@ -66,24 +66,43 @@ constexpr char16_t asciiCharacter(signed char byte) noexcept
 
 #if defined(__SSE2__)
 
-/// Decodes `blocks` times 16 bytes, up to the first one without a character. Returns how many.
-template <Itself itself, int blocks, class CharacterOf>
-std::ptrdiff_t decodeStretch(const signed char* in, char16_t* out, const CharacterOf& characterOf) noexcept
+/// The 16 bytes at `in`, or 8 of them with zeros behind.
+template <std::ptrdiff_t size>
+__m128i loadBytes(const signed char* in) noexcept
 {
-    std::uint64_t others = 0;
-    for (int block = 0; block < blocks; ++block) {
-        const __m128i bytes = loadBlock(in + block * BLOCK);
-        storeWidened(out + block * BLOCK, bytes);
-        others |= std::uint64_t {bytesThemselves<itself>(bytes) ^ 0xFFFF} << block * BLOCK;
+    if constexpr (size < BLOCK)
+        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in));
+    else
+        return loadBlock(in);
+}
+
+/// Decodes as many times `size` bytes as there are up to `count`, but stops at the first one without a character and
+/// says false. `size` is 8 or up to 64.
+template <Itself itself, std::ptrdiff_t size, class CharacterOf>
+bool decodeStretches(const signed char* in, char16_t* out, std::ptrdiff_t count, std::ptrdiff_t& done,
+    const CharacterOf& characterOf) noexcept
+{
+    for (; count - done >= size; done += size) {
+        std::uint64_t others = 0;
+        for (std::ptrdiff_t at = 0; at < size; at += BLOCK) {
+            const __m128i bytes = loadBytes<size>(in + done + at);
+            if constexpr (size < BLOCK)
+                storeBlock(out + done, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+            else
+                storeWidened(out + done + at, bytes);
+            others |= std::uint64_t {bytesThemselves<itself>(bytes) ^ 0xFFFF} << at;
+        }
+        for (; others != 0; others &= others - 1) {
+            const std::ptrdiff_t at = done + std::countr_zero(others);
+            const char16_t unit = characterOf(in[at]);
+            if (unit == REPLACEMENT) {
+                done = at;
+                return false;
+            }
+            out[at] = unit;
+        }
     }
-    for (; others != 0; others &= others - 1) {
-        const std::ptrdiff_t index = std::countr_zero(others);
-        const char16_t unit = characterOf(in[index]);
-        if (unit == REPLACEMENT)
-            return index;
-        out[index] = unit;
-    }
-    return blocks * BLOCK;
+    return true;
 }
 
 #endif
@@ -96,19 +115,11 @@ std::ptrdiff_t decodeRun(
 {
     std::ptrdiff_t done = 0;
 #if defined(__SSE2__)
-    // Four blocks first: the fewer ends of loops, the fewer wrong guesses of the processor.
-    while (count - done >= 4 * BLOCK) {
-        const std::ptrdiff_t taken = decodeStretch<itself, 4>(in + done, out + done, characterOf);
-        done += taken;
-        if (taken != 4 * BLOCK)
-            return done;
-    }
-    while (count - done >= BLOCK) {
-        const std::ptrdiff_t taken = decodeStretch<itself, 1>(in + done, out + done, characterOf);
-        done += taken;
-        if (taken != BLOCK)
-            return done;
-    }
+    // The fewer ends of loops, the fewer wrong guesses of the processor.
+    if (!decodeStretches<itself, 4 * BLOCK>(in, out, count, done, characterOf)
+        || !decodeStretches<itself, BLOCK>(in, out, count, done, characterOf)
+        || !decodeStretches<itself, BLOCK / 2>(in, out, count, done, characterOf))
+        return done;
 #endif
     for (; done < count; ++done) {
         const char16_t unit = characterOf(in[done]);

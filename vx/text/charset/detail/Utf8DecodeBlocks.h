@@ -3,6 +3,13 @@
 #include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Pass.h"
 
+namespace vx::text::charset::detail {
+
+/// `decodePlain` looks at no less.
+inline constexpr std::ptrdiff_t PLAIN_BYTES = 80;
+
+} // namespace vx::text::charset::detail
+
 #if defined(__SSE2__)
 
 #include <algorithm>
@@ -16,6 +23,7 @@ namespace vx::text::charset::detail {
 
 inline constexpr int WINDOW = 64;
 inline constexpr int LOOKED_AT = 12; ///< bits of a step
+static_assert(PLAIN_BYTES == WINDOW + BLOCK); // a step near the end of the window loads a whole block
 
 /// Steps decode six characters of up to two bytes, or four of up to three, or three of up to four. Their shuffles are
 /// numbered by the lengths of the characters, as digits.
@@ -209,7 +217,7 @@ VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
 {
     const signed char* in = pass.in;
     char16_t* out = pass.out;
-    while (pass.inEnd - in >= WINDOW + BLOCK && pass.outEnd - out >= WINDOW + BLOCK) {
+    while (pass.inEnd - in >= PLAIN_BYTES && pass.outEnd - out >= WINDOW + BLOCK) {
         const Window window(in);
         const std::uint64_t notAscii = window.notAscii();
         if (notAscii == 0) {
