@@ -25,8 +25,8 @@ inline constexpr int WINDOW = 64;
 inline constexpr int LOOKED_AT = 12; ///< bits of a step
 static_assert(PLAIN_BYTES == WINDOW + BLOCK); // a step near the end of the window loads a whole block
 
-/// Steps decode six characters of up to two bytes, or four of up to three, or three of up to four. Their shuffles are
-/// numbered by the lengths of the characters, as digits.
+/// Steps decode up to eight characters of up to two bytes, or four of up to three, or three of up to four. Their shuffles
+/// are numbered by the lengths of the characters, as digits.
 struct StepKind {
     unsigned first; ///< number of its first shuffle
     unsigned last; ///< and of the one behind its last
@@ -34,36 +34,41 @@ struct StepKind {
     unsigned longest;
     unsigned lane; ///< bytes that a shuffle gives to each
 };
-inline constexpr StepKind PAIRS {0, 64, 6, 2, 2};
-inline constexpr StepKind TRIPLES {64, 145, 4, 3, 4};
-inline constexpr StepKind QUADS {145, 209, 3, 4, 4};
+inline constexpr StepKind PAIRS {0, 256, 8, 2, 2};
+inline constexpr StepKind TRIPLES {256, 337, 4, 3, 4};
+inline constexpr StepKind QUADS {337, 401, 3, 4, 4};
 
 struct Step {
-    std::uint8_t shuffle;
+    std::uint16_t shuffle;
     std::uint8_t bytes; ///< it takes so many
+    std::uint8_t characters;
 };
 
-/// The step for `kind`, or one without bytes where a character is too long for it. Bit i of `ends` is set where a
+/// The step for `kind`, up to a character that is too long for it or ends too late. Bit i of `ends` is set where a
 /// character ends with byte i.
 constexpr Step stepOf(const StepKind& kind, unsigned ends)
 {
     unsigned number = 0;
     unsigned bytes = 0;
+    unsigned taken = 0;
     for (unsigned character = 0; character < kind.characters; ++character) {
         const auto length = static_cast<unsigned>(std::countr_zero(ends >> bytes | 1U << LOOKED_AT)) + 1;
-        if (length > kind.longest)
-            return {0, 0};
-        number = number * kind.longest + length - 1;
-        bytes += length;
+        number *= kind.longest; // a lane that is not taken is overwritten, whatever comes there
+        if (taken == character && length <= kind.longest) {
+            number += length - 1;
+            bytes += length;
+            ++taken;
+        }
     }
-    return {static_cast<std::uint8_t>(kind.first + number), static_cast<std::uint8_t>(bytes)};
+    return {static_cast<std::uint16_t>(kind.first + number), static_cast<std::uint8_t>(bytes),
+        static_cast<std::uint8_t>(taken)};
 }
 
 inline constexpr auto STEPS = [] {
     std::array<Step, 1 << LOOKED_AT> steps {};
     for (unsigned ends = 0; ends < steps.size(); ++ends) {
-        for (const StepKind& kind : {QUADS, TRIPLES, PAIRS}) {
-            if (const Step step = stepOf(kind, ends); step.bytes != 0)
+        for (const StepKind& kind : {PAIRS, TRIPLES, QUADS}) {
+            if (const Step step = stepOf(kind, ends); step.bytes > steps[ends].bytes)
                 steps[ends] = step;
         }
     }
@@ -76,7 +81,7 @@ inline constexpr auto DECODE_SHUFFLES = [] {
     for (const StepKind& kind : {PAIRS, TRIPLES, QUADS}) {
         for (unsigned index = kind.first; index < kind.last; ++index) {
             shuffles[index].fill(EMPTY);
-            unsigned lengths[6] {};
+            unsigned lengths[8] {};
             unsigned rest = index - kind.first;
             for (unsigned character = kind.characters; character-- > 0; rest /= kind.longest)
                 lengths[character] = rest % kind.longest + 1;
@@ -182,23 +187,21 @@ inline bool isPlain(const Window& window, std::uint64_t notAscii, std::uint64_t 
     return expected == followers && !window.hasAny(0xC0, 0xC1);
 }
 
-/// Six characters of up to two bytes.
-VX_USES_SHUFFLE inline char16_t* decodePairs(__m128i lanes, char16_t* out) noexcept
+/// Characters of up to two bytes.
+inline void decodePairs(__m128i lanes, char16_t* out) noexcept
 {
     storeBlock(out, either(bits16<0>(lanes, 0x7F), bits16<2>(lanes, 0x7C0)));
-    return out + PAIRS.characters;
 }
 
-/// Four characters of up to three bytes.
-VX_USES_SHUFFLE inline char16_t* decodeTriples(__m128i lanes, char16_t* out) noexcept
+/// Characters of up to three bytes.
+VX_USES_SHUFFLE inline void decodeTriples(__m128i lanes, char16_t* out) noexcept
 {
     const __m128i values = either(bits32<0>(lanes, 0x7F), bits32<2>(lanes, 0xFC0), bits32<4>(lanes, 0xF000));
     storeBlock(out, shuffle(values, DECODE_PACK_UNITS));
-    return out + TRIPLES.characters;
 }
 
-/// Three characters of up to four bytes.
-VX_USES_SHUFFLE inline char16_t* decodeQuads(__m128i lanes, char16_t* out) noexcept
+/// Three characters of up to four bytes. Returns how many of them are pairs of units.
+VX_USES_SHUFFLE inline unsigned decodeQuads(__m128i lanes, char16_t* out) noexcept
 {
     // A first byte in the third place has a bit more than a follower has.
     const __m128i third = _mm_xor_si128(bits32<4>(lanes, 0x3F000), bits32<5>(lanes, 0x20000));
@@ -209,7 +212,7 @@ VX_USES_SHUFFLE inline char16_t* decodeQuads(__m128i lanes, char16_t* out) noexc
         bits32<10>(offsets, 0x3FF), bits32<-16>(offsets, 0x3FF0000), _mm_set1_epi32(static_cast<int>(0xDC00D800)));
     const unsigned isPairBits = lanes32(isPair) & 7;
     storeBlock(out, shuffle(choose(isPair, pairs, values), DECODE_PACKS[isPairBits]));
-    return out + QUADS.characters + (isPairBits & 1) + (isPairBits >> 1 & 1) + (isPairBits >> 2);
+    return (isPairBits & 1) + (isPairBits >> 1 & 1) + (isPairBits >> 2);
 }
 
 /// Decodes up to a window with a fault, or near an end.
@@ -242,11 +245,12 @@ VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
             const Step step = STEPS[ends >> at & ((1U << LOOKED_AT) - 1)];
             const __m128i lanes = shuffle(bytes, DECODE_SHUFFLES[step.shuffle]);
             if (step.shuffle < TRIPLES.first)
-                out = decodePairs(lanes, out);
+                decodePairs(lanes, out);
             else if (step.shuffle < QUADS.first)
-                out = decodeTriples(lanes, out);
+                decodeTriples(lanes, out);
             else
-                out = decodeQuads(lanes, out);
+                out += decodeQuads(lanes, out);
+            out += step.characters;
             at += step.bytes;
         }
         in += at;
