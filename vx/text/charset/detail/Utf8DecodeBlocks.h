@@ -26,7 +26,8 @@ inline constexpr int LOOKED_AT = 12; ///< bits of a step
 static_assert(PLAIN_BYTES == WINDOW + BLOCK); // a step near the end of the window loads a whole block
 
 /// Steps decode up to eight characters of up to two bytes, or four of up to three, or three of up to four. Their shuffles
-/// are numbered by the lengths of the characters, as digits.
+/// are numbered by the lengths of the characters, as digits, the first one lowest. A lane behind those taken does not
+/// matter: what it stores is overwritten.
 struct StepKind {
     unsigned first; ///< number of its first shuffle
     unsigned last; ///< and of the one behind its last
@@ -48,20 +49,18 @@ struct Step {
 /// character ends with byte i.
 constexpr Step stepOf(const StepKind& kind, unsigned ends)
 {
-    unsigned number = 0;
+    unsigned number = kind.first;
     unsigned bytes = 0;
-    unsigned taken = 0;
-    for (unsigned character = 0; character < kind.characters; ++character) {
+    unsigned characters = 0;
+    for (unsigned digit = 1; characters < kind.characters; ++characters, digit *= kind.longest) {
         const auto length = static_cast<unsigned>(std::countr_zero(ends >> bytes | 1U << LOOKED_AT)) + 1;
-        number *= kind.longest; // a lane that is not taken is overwritten, whatever comes there
-        if (taken == character && length <= kind.longest) {
-            number += length - 1;
-            bytes += length;
-            ++taken;
-        }
+        if (length > kind.longest)
+            break;
+        number += (length - 1) * digit;
+        bytes += length;
     }
-    return {static_cast<std::uint16_t>(kind.first + number), static_cast<std::uint8_t>(bytes),
-        static_cast<std::uint8_t>(taken)};
+    return {
+        static_cast<std::uint16_t>(number), static_cast<std::uint8_t>(bytes), static_cast<std::uint8_t>(characters)};
 }
 
 inline constexpr auto STEPS = [] {
@@ -81,14 +80,12 @@ inline constexpr auto DECODE_SHUFFLES = [] {
     for (const StepKind& kind : {PAIRS, TRIPLES, QUADS}) {
         for (unsigned index = kind.first; index < kind.last; ++index) {
             shuffles[index].fill(EMPTY);
-            unsigned lengths[8] {};
             unsigned rest = index - kind.first;
-            for (unsigned character = kind.characters; character-- > 0; rest /= kind.longest)
-                lengths[character] = rest % kind.longest + 1;
             unsigned end = 0;
-            for (unsigned character = 0; character < kind.characters; ++character) {
-                end += lengths[character];
-                for (unsigned byte = 0; byte < lengths[character]; ++byte)
+            for (unsigned character = 0; character < kind.characters; ++character, rest /= kind.longest) {
+                const unsigned length = rest % kind.longest + 1;
+                end += length;
+                for (unsigned byte = 0; byte < length; ++byte)
                     shuffles[index][character * kind.lane + byte] = static_cast<std::uint8_t>(end - 1 - byte);
             }
         }
