@@ -1,0 +1,31 @@
+#include <vx/vxlib4.h>
+
+#include <iostream>
+
+using namespace vx;
+
+int main()
+{
+    collections::List<String> names(new collections::vorb::ArrayList);
+    for (const char16_t* name : {u"Ida", u"Ole", u"Ada", u"Ole"})
+        names.add(new String(name));
+    std::cout << names.getSize() << " names, Ole last at " << names.lastIndexOf(names.get(1).get()) << '\n';
+
+    collections::Map<String, Integer32> ages(new collections::vorb::HashMap);
+    ages.put(new String(u"Ida"), new Integer32(41));
+    ages.put(new String(u"Ole"), new Integer32(7));
+    for (const auto& [name, age] : ages)
+        std::cout << *name << " is " << age->toString() << '\n';
+
+    try {
+        for (const Reference<String>& name : names)
+            names.remove(name.get()); // behind the iterator's back
+    } catch (const Exception&) {
+        std::cout << "The list changed under its iterator.\n";
+    }
+
+    math::BigInteger factorial(1);
+    for (int i = 2; i <= 25; ++i)
+        factorial.multiply(math::BigInteger(i)); // in place
+    std::cout << "25! = " << factorial.toString() << '\n';
+}
