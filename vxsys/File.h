@@ -32,6 +32,16 @@ struct VXFileIdentity {
     friend bool operator==(const VXFileIdentity&, const VXFileIdentity&) noexcept = default;
 };
 
+/// How a file stood at one look. Any difference says that its content may be another one.
+struct VXFileStatus {
+    VXFileIdentity identity;
+    std::int64_t size;
+    /// Nanoseconds since 1970 of the last change of the content, in the steps of the system's clock.
+    std::int64_t modified;
+
+    bool operator==(const VXFileStatus&) const noexcept = default;
+};
+
 /// Opens close-on-exec. `flags` must ask to read or to write, and truncate only to write. `access` is the mode of a file
 /// that is made, less the process's mask. `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. A directory is never
 /// opened: RESULT_ACCESS_DENIED.
@@ -57,6 +67,14 @@ VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) n
 VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
 /// What tells the file from all others, whatever their names: two handles on one file give the same.
 VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* identity) noexcept;
+/// As above and more, by name, behind symbolic links.
+VXSYS_API std::int32_t VXFileGetStatus(const char16_t* path, VXFileStatus* status) noexcept;
+/// Makes `length` bytes the content of the file, at once: whatever breaks in, a kill or a full disk, who opens the file finds
+/// the old content or the new, whole, and a failure leaves the old one. The file keeps its owner, permissions and symbolic
+/// link; one that is made gets `access` as with VXFileOpen. Denied where the file or its folder may not be written.
+/// `*status`, unless null, is that of the new file.
+VXSYS_API std::int32_t VXFileReplace(
+    const char16_t* path, const void* content, std::int64_t length, std::int32_t access, VXFileStatus* status) noexcept;
 /// The handle under a stream of the C library, which keeps it; `VX_FILE_INVALID_HANDLE` where there is none.
 VXSYS_API std::uint32_t VXFileFromStream(std::FILE* stream) noexcept;
 

@@ -3,6 +3,8 @@
 #include "vxsys/Result.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/posix/FileStatus.h"
+#include "vxsys/posix/ReplaceFile.h"
 
 #include <cerrno>
 #include <climits>
@@ -14,7 +16,6 @@
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -224,15 +225,35 @@ std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* identity) n
 {
     if (identity == nullptr)
         return RESULT_INVALID_ARGUMENT;
-    *identity = {};
-    struct statx status { };
-    if (::statx(descriptorOf(handle), "", AT_EMPTY_PATH, STATX_INO | STATX_BTIME, &status) != 0)
-        return VXResultFromNative(errno);
-    identity->volume = makedev(status.stx_dev_major, status.stx_dev_minor);
-    identity->number = status.stx_ino;
-    if ((status.stx_mask & STATX_BTIME) != 0)
-        identity->born = status.stx_btime.tv_sec * 1'000'000'000 + status.stx_btime.tv_nsec;
-    return RESULT_OK;
+    VXFileStatus status;
+    const int error = readStatus(descriptorOf(handle), "", AT_EMPTY_PATH, status);
+    *identity = status.identity;
+    return VXResultFromNative(error);
+}
+
+std::int32_t VXFileGetStatus(const char16_t* path, VXFileStatus* status) noexcept
+{
+    if (status == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *status = {};
+    NativePath native;
+    const std::int32_t result = native.assign(path);
+    return failed(result) ? result : VXResultFromNative(readStatus(AT_FDCWD, native.get(), 0, *status));
+}
+
+std::int32_t VXFileReplace(
+    const char16_t* path, const void* content, std::int64_t length, std::int32_t access, VXFileStatus* status) noexcept
+{
+    if (status != nullptr)
+        *status = {};
+    if (length < 0 || (content == nullptr && length != 0))
+        return RESULT_INVALID_ARGUMENT;
+    NativePath native;
+    const std::int32_t result = native.assign(path);
+    if (failed(result))
+        return result;
+    return replaceFile(
+        native.get(), content, static_cast<std::size_t>(length), static_cast<mode_t>(access & PERMISSIONS), status);
 }
 
 std::uint32_t VXFileFromStream(std::FILE* stream) noexcept
