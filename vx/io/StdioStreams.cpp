@@ -1,8 +1,8 @@
 #include "vx/io/StdioInputStream.h"
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/detail/Stdio.h"
-#include "vx/io/detail/StreamChecks.h"
 #include "vx/io/detail/StdioFileOutputStream.h"
+#include "vx/io/detail/StreamChecks.h"
 
 #include <cstring>
 #include <utility>

@@ -189,7 +189,10 @@ bool HashMap::areEqual(
 
 HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
 {
-    return m_table.find(hash, [&](const Item& item) { return keysEqual(item.key(), key); });
+    return m_table.find(hash, [&](const Item& item) {
+        item.prefetchValue(); // on its way while the keys are compared
+        return keysEqual(item.key(), key);
+    });
 }
 
 Reference<IVXUnknown> HashMap::removeItem(Index index)

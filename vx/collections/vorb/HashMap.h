@@ -125,15 +125,19 @@ public:
     /// Has the processor fetch what somebody who comes to the entry will count.
     void prefetch() const noexcept
     {
-        if (m_key != nullptr)
-            __builtin_prefetch(m_key);
-        if (m_value != nullptr)
-            __builtin_prefetch(m_value);
+        __builtin_prefetch(m_key, FOR_WRITE);
+        prefetchValue();
+    }
+    void prefetchValue() const noexcept
+    {
+        __builtin_prefetch(m_value, FOR_WRITE);
         if (const HashMapEntry* entry = madeEntry().load(std::memory_order_relaxed))
-            __builtin_prefetch(entry);
+            __builtin_prefetch(entry, FOR_WRITE);
     }
 
 private:
+    static constexpr int FOR_WRITE = 1;
+
     std::atomic_ref<HashMapEntry*> madeEntry() const noexcept { return std::atomic_ref<HashMapEntry*>(m_entry); }
 
     IVXUnknown* m_key = nullptr;

@@ -48,11 +48,16 @@ void HashMapIterator::lookAhead() const noexcept
 {
     constexpr int DISTANCE = 16;
     const HashMap::Table& table = m_map->m_table;
-    if (m_bucket < 2 * DISTANCE)
+    if (m_bucket < 3 * DISTANCE)
         return;
-    if (const HashMap::Index index = table.head(m_bucket - DISTANCE); index != HashMap::NONE)
+    for (HashMap::Index index = table.head(m_bucket - DISTANCE); index != HashMap::NONE; index = table.next(index))
         table.item(index).prefetch();
-    if (const HashMap::Index index = table.head(m_bucket - 2 * DISTANCE); index != HashMap::NONE)
+    if (HashMap::Index index = table.head(m_bucket - 2 * DISTANCE); index != HashMap::NONE) {
+        index = table.next(index);
+        if (index != HashMap::NONE)
+            __builtin_prefetch(&table.item(index));
+    }
+    if (const HashMap::Index index = table.head(m_bucket - 3 * DISTANCE); index != HashMap::NONE)
         __builtin_prefetch(&table.item(index));
 }
 
