@@ -132,6 +132,15 @@ ENUM_VX_E_SOCKET InetAddress::getFamily(unsigned short* family) const
 
 ENUM_VX_E_SOCKET InetAddress::getAddressStr(String& text) const
 {
+    try {
+        return appendAddress(text);
+    } catch (...) {
+        return VX_E_SOCKET_EFAULT;
+    }
+}
+
+ENUM_VX_E_SOCKET InetAddress::appendAddress(String& text) const
+{
     unsigned int length = 0;
     const ENUM_VX_E_SOCKET result = getStorageBinaryLength(&length);
     if (result != VX_E_SOCKET_OK) {

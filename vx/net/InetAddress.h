@@ -46,7 +46,8 @@ public:
     static ENUM_VX_E_SOCKET create(const addrinfo* info, unsigned short port, InetAddress** out);
 
     ENUM_VX_E_SOCKET getFamily(unsigned short* family) const;
-    /// Appends the numeric text, after a failure "native error " and its number. No name service is asked.
+    /// Appends the numeric text, after a failure "native error " and its number; VX_E_SOCKET_EFAULT where memory is short.
+    /// No name service is asked.
     ENUM_VX_E_SOCKET getAddressStr(String& text) const;
 
 protected:
@@ -54,6 +55,12 @@ protected:
     InetAddress(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status);
 
     vx_sockaddr_union m_address;
+
+private:
+    friend class InetSocketAddress;
+
+    /// As `getAddressStr`, but a lack of memory is thrown.
+    ENUM_VX_E_SOCKET appendAddress(String& text) const;
 };
 
 /// An IPv4 address.

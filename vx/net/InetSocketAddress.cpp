@@ -78,7 +78,7 @@ void InetSocketAddress::getDiagnosticStr(String& text) const
     else if (family != AF_INET)
         text.append(String::valueOf(static_cast<int>(family)));
     if (m_address != nullptr)
-        m_address->getAddressStr(text);
+        m_address->appendAddress(text);
     else
         text.append(u"address missing");
     if (family == AF_INET6)

@@ -7,7 +7,7 @@
 namespace vx::net {
 
 /// An IP address with a port. The port here and that inside the held address are apart: both begin as the same. Nothing
-/// throws; one thread at a time.
+/// throws but `getDiagnosticStr`; one thread at a time.
 class VX_API InetSocketAddress {
 public:
     /// Without a usable address the object holds none and `*status` says why. A null `status` is a failure too.
@@ -27,7 +27,7 @@ public:
     ENUM_VX_E_SOCKET setPortHostOrder(unsigned short port);
     /// Appends the numeric text of the address.
     ENUM_VX_E_SOCKET getAddressStr(String& text) const;
-    /// Appends "192.0.2.1:80" or "[::1]:80".
+    /// Appends "192.0.2.1:80" or "[::1]:80". A lack of memory is thrown, since there is no result to tell it.
     void getDiagnosticStr(String& text) const;
 
     /// The port of a TCP service; 0 with success for an empty name, 0 with a failure for one that nobody knows.

@@ -230,7 +230,7 @@ ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListSaveOneForNamedPipeReply(TcpServerS
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddressesDiagnosticStrA(
     TcpServerSocket2* server, char* text, uint32_t* length)
 {
-    if (server == nullptr)
+    if (server == nullptr || text == nullptr || length == nullptr)
         return VX_E_SOCKET_EINVAL;
     return server->bindListAddressesDiagnosticStrA(text, length);
 }
@@ -267,7 +267,7 @@ ENUM_VX_E_SOCKET VxNetTcpServerSocketGetBoundAddress(
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(
     TcpServerSocket2* server, char* text, uint32_t* length)
 {
-    if (server == nullptr)
+    if (server == nullptr || text == nullptr || length == nullptr)
         return VX_E_SOCKET_EINVAL;
     return server->boundListAddressesDiagnosticStrA(text, length);
 }
@@ -289,6 +289,8 @@ ENUM_VX_E_SOCKET VxNetTcpServerSocketAcceptSocket(TcpServerSocket2* server, unsi
 ENUM_VX_E_SOCKET VxNetInetSocketAddressStaticGetPortHostOrderFromTcpServiceName(
     const char* service, unsigned short* port)
 {
+    if (service == nullptr || port == nullptr)
+        return VX_E_SOCKET_EINVAL;
     return InetSocketAddress::getPortHostOrderFromTcpServiceName(service, port);
 }
 

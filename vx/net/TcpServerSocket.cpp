@@ -8,6 +8,7 @@
 
 #include <arpa/inet.h>
 #include <system_error>
+#include <utility>
 
 namespace vx::net {
 
@@ -22,7 +23,7 @@ template <class Failure>
     throw Failure(u"TcpServerSocket: " + String(why.c_str()));
 }
 
-TcpSocketHandle* openListener()
+Reference<TcpSocketHandle> openListener()
 {
     const ENUM_VX_E_SOCKET started = TcpSocket2::init();
     if (started != VX_E_SOCKET_OK)
@@ -30,7 +31,7 @@ TcpSocketHandle* openListener()
     const unsigned int socket = openSocket(AF_INET, SOCK_STREAM, 0);
     if (socket == INVALID_SOCKET_HANDLE)
         failWithError<io::IoException>();
-    return new TcpSocketHandle(socket);
+    return TcpSocketHandle::own(socket);
 }
 
 } // namespace
@@ -57,7 +58,8 @@ Reference<TcpSocket> TcpServerSocket::accept()
         const std::int32_t number = VXLastNativeSocketError();
         throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(number));
     }
-    return new TcpSocket(socket);
+    Reference<TcpSocketHandle> handle = TcpSocketHandle::own(socket); // before there is an object to go wrong
+    return new TcpSocket(std::move(handle));
 }
 
 unsigned short TcpServerSocket::getPort() const

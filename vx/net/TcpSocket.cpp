@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 #include <netdb.h>
+#include <utility>
 
 namespace vx::net {
 
@@ -52,6 +53,16 @@ TcpSocketHandle::~TcpSocketHandle() noexcept
     closeSocket(m_socket);
 }
 
+Reference<TcpSocketHandle> TcpSocketHandle::own(unsigned int socket)
+{
+    try {
+        return new TcpSocketHandle(socket);
+    } catch (...) {
+        closeSocket(socket);
+        throw;
+    }
+}
+
 TcpSocket::TcpSocket(const String& host, unsigned short port)
 {
     init();
@@ -60,7 +71,7 @@ TcpSocket::TcpSocket(const String& host, unsigned short port)
     const unsigned int socket = openSocket(address.generic.sa_family, SOCK_STREAM, 0);
     if (socket == INVALID_SOCKET_HANDLE)
         throw io::IoException(describe(u"TcpSocket::TcpSocket ", lastError()));
-    m_handle = new TcpSocketHandle(socket);
+    m_handle = TcpSocketHandle::own(socket);
     address.in4.sin_port = htons(port);
     if (::connect(static_cast<int>(socket), &address.generic, length) != 0) {
         const ENUM_VX_E_SOCKET failure = lastError();
@@ -69,7 +80,12 @@ TcpSocket::TcpSocket(const String& host, unsigned short port)
 }
 
 TcpSocket::TcpSocket(unsigned int socket)
-    : m_handle(new TcpSocketHandle(socket))
+    : TcpSocket(TcpSocketHandle::own(socket))
+{
+}
+
+TcpSocket::TcpSocket(Reference<TcpSocketHandle> handle)
+    : m_handle(std::move(handle))
 {
 }
 

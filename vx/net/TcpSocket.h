@@ -50,6 +50,7 @@ protected:
 private:
     friend class TcpServerSocket;
 
+    explicit TcpSocket(Reference<TcpSocketHandle> handle);
     TcpSocketInputStream& inputStream();
 
     static std::atomic<bool> s_bInitialized;

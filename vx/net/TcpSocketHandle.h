@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/Object.h"
+#include "vx/Reference.h"
 
 namespace vx::net {
 
@@ -14,6 +15,9 @@ public:
     TcpSocketHandle(const TcpSocketHandle&) = delete;
     TcpSocketHandle& operator=(const TcpSocketHandle&) = delete;
     ~TcpSocketHandle() noexcept override;
+
+    /// An owner for `socket`, which is closed where there is no memory for one.
+    static Reference<TcpSocketHandle> own(unsigned int socket);
 
     unsigned int getSocket() const noexcept { return m_socket; }
 

@@ -344,6 +344,9 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
     unsigned int handle = 0;
     EXPECT_EQ(first->accept(&handle), VX_E_SOCKET_ENOTSOCK);
     EXPECT_EQ(handle, 0xFFFFFFFF);
+    const Owner<TcpServerSocket2> forgetful = listenOnBoth();
+    forgetful->socketListClear();
+    EXPECT_EQ(forgetful->accept(&handle), VX_E_SOCKET_EBADF) << "no wait for what is forgotten";
 }
 
 TEST(TcpServerSocket2, CollectsAddresses)
@@ -375,6 +378,8 @@ TEST(TcpServerSocket2, CollectsAddresses)
     std::uint32_t length = sizeof text;
     EXPECT_EQ(server->boundListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
     EXPECT_STREQ(text, "127.0.0.1:81");
+    EXPECT_EQ(VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(server.get(), nullptr, &length), VX_E_SOCKET_EINVAL);
+    EXPECT_EQ(length, 13U) << "a failed check does nothing else";
 
     for (int entry = 0; entry < 20; ++entry)
         EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 80), VX_E_SOCKET_OK);

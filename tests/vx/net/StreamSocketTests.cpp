@@ -1,3 +1,4 @@
+#include "tests/AllocationProbe.h"
 #include "vx/Exception.h"
 #include "vx/String.h"
 #include "vx/io/IoException.h"
@@ -6,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <typeinfo>
@@ -108,6 +111,23 @@ TEST(TcpSocket, SaysWhatFailed)
         "TcpSocket::TcpSocket Unable to connect to 127.0.0.1 ECONNREFUSED No connection could be made because the "
         "target "
         "machine actively refused it. ");
+}
+
+TEST(TcpSocket, IsClosedWhereMemoryIsShort)
+{
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(begin(files), end(files));
+    };
+    const auto before = openFiles();
+    const int failures = failEachAllocation(
+        [] {
+            TcpServerSocket listener(0, 5);
+            const Reference<TcpSocket> client(new TcpSocket(u"127.0.0.1", listener.getPort()));
+            listener.accept();
+        },
+        [&](int failing) { EXPECT_EQ(openFiles(), before) << failing; });
+    EXPECT_GT(failures, 5) << "three sockets, and what owns them";
 }
 
 } // namespace

@@ -67,6 +67,10 @@ int waitFor(std::span<pollfd> entries, const timeval* timeout) noexcept
         errno = EINVAL;
         return -1;
     }
+    if (std::ranges::any_of(entries, [](const pollfd& entry) { return entry.fd < 0; })) { // `poll` would pass it over
+        errno = EBADF;
+        return -1;
+    }
     std::optional<Clock::time_point> end;
     if (timeout != nullptr && timeout->tv_sec < FOR_EVER_SECONDS)
         end = Clock::now() + std::chrono::seconds(timeout->tv_sec) + std::chrono::microseconds(timeout->tv_usec);
