@@ -1,0 +1,276 @@
+#include "Recording.h"
+#include "tests/Slots.h"
+#include "vx/NumberBoxes.h"
+#include "vx/Result.h"
+#include "vx/collections/List.h"
+#include "vx/collections/Set.h"
+#include "vx/collections/vorb/ArrayList.h"
+#include "vx/log/AbstractLogWriter.h"
+#include "vx/log/LogEntry.h"
+#include "vx/log/Logger.h"
+#include "vx/log/SyncLogger.h"
+#include "vx/log/TimeStamp.h"
+#include "vx/log/detail/Placeholders.h"
+#include "vx/log/vorb/IFieldIterator.h"
+#include "vx/log/vorb/VorbProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+namespace vx::log {
+namespace {
+
+std::set<std::string> namesOf(const ILogEntry& entry)
+{
+    std::set<std::string> names;
+    const auto set = entry.getFieldNames();
+    for (const Reference<String>& name : *set)
+        names.insert(name->toUtf8());
+    return names;
+}
+
+using Names = std::set<std::string>;
+
+/// Reaches the protected operations.
+class OpenLogger : public Logger {
+public:
+    static void expectOrder()
+    {
+        expectSlots("Logger", slotOf(&Object::toString) + 1,
+            {slotOf(&Logger::enableField), slotOf(&OpenLogger::addCustomFields)});
+    }
+    void addCustomFields(ILogEntry* entry) override { entry->setField(u"host", new String(u"here")); }
+};
+
+TEST(LogClasses, KeepTheOrderOfVirtualOperations)
+{
+    class Writer : public AbstractLogWriter {
+    public:
+        static std::size_t formatSlot() { return slotOf(&Writer::format); }
+    };
+    const std::size_t own = slotOf(&Object::toString) + 1;
+    OpenLogger::expectOrder();
+    expectSlots("writer", own, {slotOf(&AbstractLogWriter::flush), Writer::formatSlot()});
+    expectSlots("time", own,
+        {slotOf(static_cast<String (TimeStamp::*)(bool) const>(&TimeStamp::toString)), slotOf(&TimeStamp::toLog)});
+    expectSlots("entry", 3,
+        {slotOf(&ILogEntry::setField), slotOf(&ILogEntry::getField), slotOf(&ILogEntry::hasField),
+            slotOf(&ILogEntry::getFieldNames)});
+    expectSlots("component", 3,
+        {slotOf(&vorb::ILogEntry::SetField), slotOf(&vorb::ILogEntry::GetField), slotOf(&vorb::ILogEntry::HasField),
+            slotOf(&vorb::ILogEntry::GetFieldIterator)});
+}
+
+TEST(Logger, PutsIntoEachEntryTheFieldsThatAreOn)
+{
+    Reference<RecordingProcessor> target(new RecordingProcessor);
+    const Reference<Logger> plain = Logger::create();
+    plain->log(u"swallowed");
+    plain->addProcessor(target.get());
+    plain->log(u"plain");
+    const Reference<Logger> named = Logger::create(u"service");
+    named->addProcessor(target.get());
+    named->log(-7, u"named");
+    named->setDefaultLevel(3);
+    for (const char16_t* field : {u"SEQUENCE", u"Thread", u"timestamp", u"no such field"})
+        named->enableField(field, true);
+    named->enableField(u"name", false);
+    named->log(u"all");
+
+    ASSERT_EQ(target->entries().size(), 3U);
+    EXPECT_EQ(namesOf(*target->entries()[0]), (Names {"level", "text"}));
+    EXPECT_EQ(fieldOf(*target->entries()[0], u"level"), "0");
+    EXPECT_EQ(namesOf(*target->entries()[1]), (Names {"level", "text", "name"}));
+    EXPECT_EQ(fieldOf(*target->entries()[1], u"level"), "-7");
+    EXPECT_EQ(fieldOf(*target->entries()[1], u"name"), "service");
+    const ILogEntry& all = *target->entries()[2];
+    EXPECT_EQ(namesOf(all), (Names {"level", "text", "sequence", "thread", "timestamp"}));
+    EXPECT_EQ(fieldOf(all, u"level"), "3");
+    EXPECT_EQ(fieldOf(all, u"sequence"), "1") << "the entry before it carried 0, unseen";
+    EXPECT_NE(dynamic_cast<const TimeStamp*>(all.getField(u"timestamp").get()), nullptr);
+}
+
+TEST(Logger, CountsWhatItLogsOnlyAndStaysWholeWhenAProcessorThrows)
+{
+    Reference<RecordingProcessor> first(new RecordingProcessor);
+    Reference<RecordingProcessor> second(new RecordingProcessor(2));
+    Reference<RecordingProcessor> third(new RecordingProcessor);
+    const Reference<Logger> logger = Logger::create();
+    logger->enableField(u"sequence", true);
+    logger->addProcessor(new RecordingProcessor);
+    logger->setProcessor(first.get());
+    logger->addProcessor(second.get());
+    logger->addProcessor(third.get());
+
+    logger->log(u"a");
+    logger->setEnabled(false);
+    logger->log(u"never");
+    logger->setEnabled(true);
+    logger->log(u"b");
+    EXPECT_THROW(logger->log(u"c"), RangeErrorException);
+    EXPECT_THROW(logger->log(u"d"), RangeErrorException) << "the lock came back";
+    EXPECT_EQ(first->texts(), "a; b; c; d");
+    EXPECT_EQ(second->texts(), "a; b");
+    EXPECT_EQ(third->texts(), "a; b");
+    EXPECT_EQ(fieldOf(*first->entries()[3], u"sequence"), "3");
+    EXPECT_EQ(first->entries()[2]->AddRef(), 2U) << "nobody else holds what was thrown at";
+    first->entries()[2]->Release();
+    EXPECT_TRUE(Logger::createProcessor(u"anything") == nullptr);
+    EXPECT_THROW(logger->addProcessor(nullptr), ResultException);
+}
+
+TEST(Logger, LetsADerivedOneAddFields)
+{
+    Reference<RecordingProcessor> target(new RecordingProcessor);
+    Reference<Logger> logger(new OpenLogger);
+    logger->addProcessor(target.get());
+    logger->log(u"x");
+    EXPECT_EQ(fieldOf(*target->entries()[0], u"host"), "here");
+}
+
+TEST(SyncLogger, GivesSeveralThreadsOneSequence)
+{
+    constexpr int THREADS = 4;
+    constexpr int EACH = 200;
+    Reference<RecordingProcessor> target(new RecordingProcessor);
+    const Reference<Logger> logger = Logger::create();
+    logger->enableField(u"sequence", true);
+    logger->addProcessor(target.get());
+    Reference<SyncLogger> sync(new SyncLogger(logger.get()));
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < THREADS; ++thread)
+        threads.emplace_back([&] {
+            for (int count = 0; count < EACH; ++count)
+                sync->log(1, u"x");
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    ASSERT_EQ(target->entries().size(), static_cast<std::size_t>(THREADS * EACH));
+    for (int index = 0; index < THREADS * EACH; ++index)
+        ASSERT_EQ(fieldOf(*target->entries()[static_cast<std::size_t>(index)], u"sequence"), std::to_string(index));
+
+    logger->setProcessor(new RecordingProcessor(0));
+    EXPECT_THROW(sync->log(1, u"y"), RangeErrorException);
+    std::thread([&] { EXPECT_THROW(sync->log(1, u"z"), RangeErrorException); }).join();
+    EXPECT_THROW(SyncLogger(nullptr), ResultException);
+}
+
+TEST(LogEntry, AnswersOnBothFaces)
+{
+    const Reference<LogEntry> entry = LogEntry::create();
+    try {
+        entry->getField(u"text");
+        ADD_FAILURE();
+    } catch (const ResultException& failure) {
+        EXPECT_EQ(failure.getResult(), RESULT_END_OF_FILE);
+    }
+    entry->setField(u"text", new String(u"first"));
+    entry->setField(u"text", new String(u"second"));
+    EXPECT_EQ(fieldOf(*entry, u"text"), "second");
+    EXPECT_FALSE(entry->hasField(u"TEXT"));
+
+    Reference<vorb::ILogEntry> component(static_cast<ILogEntry*>(entry.get()));
+    ASSERT_TRUE(component != nullptr);
+    EXPECT_EQ(component->HasField(u"text"), 0);
+    EXPECT_EQ(component->HasField(u"level"), 1);
+    Reference<IVXCharBuffer> buffer;
+    EXPECT_EQ(component->GetField(u"text", IVXCharBuffer::IID, buffer.outVoid()), 0);
+    EXPECT_EQ(buffer->GetLength(), 6);
+    EXPECT_EQ(component->GetField(u"text", vorb::ILogEntry::IID, buffer.outVoid()), RESULT_NO_INTERFACE);
+    EXPECT_EQ(component->GetField(u"level", IVXCharBuffer::IID, buffer.outVoid()), RESULT_FAIL);
+    EXPECT_TRUE(buffer == nullptr);
+    EXPECT_EQ(component->GetField(u"text", IVXCharBuffer::IID, nullptr), RESULT_POINTER);
+    EXPECT_EQ(component->SetField(u"level", Reference<Integer32>(new Integer32(5))->GetUnknown()), 0);
+    EXPECT_EQ(component->SetField(u"none", nullptr), RESULT_FAIL);
+    EXPECT_LT(component->HasField(nullptr), 0);
+    EXPECT_LT(component->SetField(nullptr, entry->GetUnknown()), 0);
+
+    Reference<vorb::IFieldIterator> names;
+    ASSERT_EQ(component->GetFieldIterator(names.out()), 0);
+    Names all;
+    while (names->HasNext() == 0) {
+        String name;
+        ASSERT_EQ(names->Next(&name), 0);
+        all.insert(name.toUtf8());
+    }
+    EXPECT_EQ(names->HasNext(), 1);
+    String none;
+    EXPECT_LT(names->Next(&none), 0);
+    EXPECT_EQ(all, (Names {"level", "text"}));
+    EXPECT_EQ(component->GetFieldIterator(nullptr), RESULT_POINTER);
+}
+
+TEST(VorbProcessor, HandsOverTheComponentFace)
+{
+    class Component : public Object, public vorb::ILogProcessor {
+    public:
+        VX_OBJECT_UNKNOWN(Object)
+        std::int32_t Process(vorb::ILogEntry* entry) override { return entry->HasField(u"bad") == 0 ? RESULT_FAIL : 0; }
+    };
+    /// Only the class face.
+    class Foreign : public Object, public ILogEntry {
+    public:
+        VX_OBJECT_UNKNOWN(Object)
+        void setField(const String&, const Object*) override { }
+        Reference<const Object> getField(const String&) const override { return nullptr; }
+        bool hasField(const String&) const override { return false; }
+        Reference<const collections::Set<String>> getFieldNames() const override { return nullptr; }
+    };
+    const Reference<ILogProcessor> processor = vorb::VorbProcessor::create(new Component);
+    const Reference<LogEntry> entry = LogEntry::create();
+    processor->process(nullptr);
+    processor->process(entry.get());
+    entry->setField(u"bad", new String);
+    const auto resultOf = [&](const ILogEntry* given) {
+        try {
+            processor->process(given);
+        } catch (const ResultException& failure) {
+            return failure.getResult();
+        }
+        return RESULT_OK;
+    };
+    EXPECT_EQ(resultOf(entry.get()), RESULT_FAIL);
+    EXPECT_EQ(resultOf(Reference<Foreign>(new Foreign).get()), RESULT_NO_INTERFACE);
+}
+
+TEST(Placeholders, AreReplacedInOrderWithoutAGap)
+{
+    struct {
+        const char16_t* pattern;
+        std::vector<const char16_t*> arguments;
+        const char16_t* expected;
+    } cases[] = {
+        {u"{1} before {0}", {u"a", u"b"}, u"b before a"},
+        {u"{0}{0}{1}{0}", {u"x", u"{0}"}, u"xx{0}x"},
+        {u"{0} and {2}", {u"a", u"b", u"c"}, u"a and {2}"},
+        {u"{0} {1}", {u"a"}, u"{0} {1}"},
+        {u"{1}", {u"a", u"b"}, u"{1}"},
+        {u"{0}", {u"{0}"}, u"{0}"},
+        {u"{00}{ 0}{", {u"a"}, u"{00}{ 0}{"},
+        {u"", {}, u""},
+    };
+    for (const auto& row : cases) {
+        Reference<collections::List<Object>> arguments(new collections::List<Object>(new collections::vorb::ArrayList));
+        for (const char16_t* argument : row.arguments)
+            arguments->add(new String(argument));
+        EXPECT_EQ(detail::expandPlaceholders(row.pattern, *arguments), row.expected) << String(row.pattern);
+    }
+}
+
+TEST(TimeStamp, PrintsItselfSortable)
+{
+    EXPECT_EQ(TimeStamp(STRUCT_VX_TIME {2026, 11, 4, 19, 2, 58, 1, 123}).toLog(), u"20261119025801.123");
+    EXPECT_EQ(TimeStamp(STRUCT_VX_TIME {2026, 1, 4, 1, 0, 0, 0, 7}).toLog(), u"20260101000000.007");
+    EXPECT_EQ(TimeStamp(STRUCT_VX_TIME {}).toLog(), u"0.000");
+    EXPECT_EQ(TimeStamp(0).toLog(), u"19700101000000.000");
+    EXPECT_EQ(TimeStamp(std::int64_t {4'102'444'800}).toLog(), u"21000101000000.000");
+    EXPECT_THROW(TimeStamp(INT64_MAX), ResultException);
+    EXPECT_THROW(TimeStamp(STRUCT_VX_TIME {}).toString(), ResultException);
+    const TimeStamp moment(STRUCT_VX_TIME {2026, 11, 4, 19, 2, 58, 1, 123});
+    EXPECT_GT(moment.toString(true).getLength(), moment.toString().getLength());
+}
+
+} // namespace
+} // namespace vx::log

@@ -1,0 +1,121 @@
+#include "Recording.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/Exceptions.h"
+#include "vx/io/BufferedWriter.h"
+#include "vx/io/FileInputStream.h"
+#include "vx/io/FileOutputStream.h"
+#include "vx/io/OutputStreamWriter.h"
+#include "vx/io/StringWriter.h"
+#include "vx/log/AsyncProcessor.h"
+#include "vx/log/BasicLogWriter.h"
+#include "vx/log/LogEntry.h"
+#include "vx/log/Logger.h"
+#include "vx/log/SyncLogger.h"
+#include "vx/log/TimeStamp.h"
+#include "vx/log/XmlLogWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+
+namespace vx::log {
+namespace {
+
+const char LINE[] = "-------------------------\n";
+
+/// Writes each of its calls down.
+class RecordingWriter : public io::Writer {
+public:
+    using Writer::write;
+    void write(const char16_t* text, std::int32_t length) override
+    {
+        m_events += "write(" + String(text, length).toUtf8() + ") ";
+    }
+    void flush() override { m_events += "flush "; }
+    void close() override { m_events += "close "; }
+
+    std::string m_events;
+};
+
+TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
+{
+    Reference<RecordingWriter> writer(new RecordingWriter);
+    {
+        const Reference<ILogProcessor> log = BasicLogWriter::create(writer.get());
+        const Reference<LogEntry> entry = LogEntry::create();
+        log->process(entry.get());
+        entry->setField(u"text", new String(u"two\nlines"));
+        log->process(entry.get());
+        EXPECT_THROW(log->process(nullptr), ResultException);
+    }
+    EXPECT_EQ(writer->m_events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
+    EXPECT_THROW(BasicLogWriter::create(nullptr), ResultException);
+}
+
+TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
+{
+    const std::string head = "write(<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n) write(<log>\n) ";
+    const std::string foot = "write(</log>\n) flush ";
+    Reference<RecordingWriter> writer(new RecordingWriter);
+    XmlLogWriter::create(writer.get());
+    EXPECT_EQ(writer->m_events, head + foot);
+
+    struct {
+        XmlLogWriter::Values values;
+        std::string value;
+    } cases[] = {
+        {XmlLogWriter::Values::AS_THEY_ARE, "<b>&\x01\r"},
+        {XmlLogWriter::Values::ESCAPED, "&lt;b&gt;&amp;\xEF\xBF\xBD&#13;"},
+    };
+    for (const auto& row : cases) {
+        writer->m_events.clear();
+        {
+            const Reference<ILogProcessor> log = XmlLogWriter::create(writer.get(), row.values);
+            const Reference<LogEntry> entry = LogEntry::create();
+            log->process(entry.get());
+            entry->setField(u"text kind=\"x\"", new String(u"<b>&\x01\r"));
+            log->process(entry.get());
+        }
+        EXPECT_EQ(writer->m_events,
+            head + "write(  <entry>\n  </entry>\n) flush write(  <entry>\n    <text kind=\"x\"> " + row.value
+                + " </text>\n  </entry>\n) flush " + foot);
+    }
+}
+
+std::string contentOf(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(LogChain, LeavesTheFileCompleteBehindEachEntry)
+{
+    const Scratch scratch;
+    const std::filesystem::path path = scratch / "log.xml";
+    {
+        Reference<io::FileOutputStream> file(
+            new io::FileOutputStream(String(path.c_str()), io::FileOutputStream::APPEND));
+        Reference<io::OutputStreamWriter> writer(new io::OutputStreamWriter(file.get(), u"UTF-8", 256));
+        const Reference<AsyncProcessor> async = AsyncProcessor::create(XmlLogWriter::create(writer.get()).get(), 1);
+        const Reference<Logger> logger = Logger::create();
+        logger->enableField(u"level", false);
+        logger->addProcessor(async.get());
+        Reference<SyncLogger> sync(new SyncLogger(logger.get()));
+        std::string expected = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
+        for (const char16_t* text : {u"first", u"Ελληνικά", u"\U0001F600"}) {
+            sync->log(1, text);
+            ASSERT_TRUE(async->waitUntilDone());
+            expected += "  <entry>\n    <text> " + String(text).toUtf8() + " </text>\n  </entry>\n";
+            EXPECT_EQ(contentOf(path), expected);
+        }
+    }
+    while (!contentOf(path).ends_with("</log>\n")) // the worker lets go of the writer last
+        std::this_thread::yield();
+}
+
+} // namespace
+} // namespace vx::log

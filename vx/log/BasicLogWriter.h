@@ -1,0 +1,20 @@
+#pragma once
+
+#include "vx/log/AbstractLogWriter.h"
+
+namespace vx::log {
+
+/// Writes an entry as lines "name=value" and a line of 25 hyphens. Values stand as they are: a line end within one stays.
+class VX_API BasicLogWriter : public AbstractLogWriter {
+public:
+    static Reference<ILogProcessor> create(io::Writer* writer);
+    ~BasicLogWriter() noexcept(false) override;
+
+protected:
+    String format(const ILogEntry* entry) override;
+
+private:
+    explicit BasicLogWriter(io::Writer* writer);
+};
+
+} // namespace vx::log

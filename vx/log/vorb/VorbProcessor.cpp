@@ -1,0 +1,30 @@
+#include "vx/log/vorb/VorbProcessor.h"
+
+#include "vx/Exception.h"
+#include "vx/log/ILogEntry.h"
+#include "vx/log/vorb/ILogEntry.h"
+
+namespace vx::log::vorb {
+
+VorbProcessor::VorbProcessor(vorb::ILogProcessor* component) noexcept
+    : m_component(component)
+{
+}
+
+VorbProcessor::~VorbProcessor() noexcept = default;
+
+Reference<vx::log::ILogProcessor> VorbProcessor::create(vorb::ILogProcessor* component)
+{
+    return new VorbProcessor(component);
+}
+
+void VorbProcessor::process(const vx::log::ILogEntry* entry)
+{
+    if (entry == nullptr)
+        return;
+    Reference<ILogEntry> component;
+    throwIfFailed(const_cast<vx::log::ILogEntry*>(entry)->QueryInterface(ILogEntry::IID, component.outVoid()));
+    throwIfFailed(m_component->Process(component.get()));
+}
+
+} // namespace vx::log::vorb
