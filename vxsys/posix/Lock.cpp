@@ -149,7 +149,10 @@ public:
             m_signalled = false;
             return 0;
         }
-        const int error = waitUntil(deadline, [this]() VX_REQUIRES(m_monitor) { return m_freed > 0; });
+        // A signal is for those who waited by then: who comes later does not take it from one that has not yet run.
+        const std::uint64_t before = m_signals;
+        const int error
+            = waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) { return m_freed > 0 && m_signals != before; });
         if (error == 0)
             --m_freed;
         return error;
@@ -157,6 +160,7 @@ public:
     int signal() noexcept
     {
         const MonitorLock lock(m_monitor);
+        ++m_signals;
         // Each signal frees a waiter of its own, also when another follows before the waiter runs.
         if (m_freed < m_waiters) {
             ++m_freed;
@@ -169,6 +173,7 @@ public:
 
 private:
     bool m_signalled VX_GUARDED_BY(m_monitor) = false;
+    std::uint64_t m_signals VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_freed VX_GUARDED_BY(m_monitor) = 0; ///< waiters that may go and have not yet run
 };
 

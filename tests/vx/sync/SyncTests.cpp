@@ -359,6 +359,7 @@ TEST(Event, FreesAWaiterForEachSignal)
         waiter->awaitWaiting();
     event.signal();
     event.signal();
+    EXPECT_FALSE(event.wait(0)) << "whether they have run or not";
     const auto doneCount = [&] { return first.isDone() + second.isDone() + third.isDone(); };
     while (doneCount() < 2)
         std::this_thread::yield();
