@@ -125,7 +125,7 @@ std::int32_t Str1::convertToA(
         *written = done;
     if (position != nullptr)
         *position = place;
-    return result >= 0 && place >= 0 && place < m_length ? RESULT_BUFFER_TOO_SMALL : result;
+    return result >= 0 && place < m_length ? RESULT_BUFFER_TOO_SMALL : result;
 }
 
 std::int32_t Str1::convertToAZ(

@@ -107,7 +107,8 @@ TEST(Str1Narrow, EncodesPieceByPieceIntoASmallArray)
     EXPECT_EQ(text.convertToA(nullptr, -1, encoder.get()), RESULT_BUFFER_TOO_SMALL);
     for (std::int32_t outside : {-1, 6, 7}) {
         std::int32_t written = 9;
-        EXPECT_EQ(text.convertToAZ(array, 8, u"UTF-8", &written, &outside), 0);
+        result = outside < 0 ? RESULT_BUFFER_TOO_SMALL : 0; // in front, the text is still to come
+        EXPECT_EQ(text.convertToAZ(array, 8, u"UTF-8", &written, &outside), result);
         EXPECT_EQ(written, 0);
     }
 }
@@ -126,6 +127,7 @@ TEST(Str1Narrow, TellsHowFarItCameBeforeALoneSurrogate)
     EXPECT_EQ(length, 0);
     EXPECT_EQ(text.getLengthA(&length, u"UTF-8", 3), 0);
     EXPECT_EQ(length, 1);
+    EXPECT_EQ(text.getLengthA(&length, u"UTF-8", -1), RESULT_FAIL);
     EXPECT_EQ(text.getLengthA(nullptr), RESULT_POINTER);
     EXPECT_THROW(text.getBytesAZ(u"UTF-8"), InvalidCharacterException);
     EXPECT_THROW(Str1(u"a\xD83D").getBytesAZ(u"UTF-8"), InvalidCharacterException);
