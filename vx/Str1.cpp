@@ -354,7 +354,7 @@ std::uint32_t Str1::ensureCapacity1(std::uint32_t capacity, std::int32_t start, 
     if (end == -1 || end > m_length)
         end = m_length;
     start = std::max(start, 0);
-    const std::int32_t kept = std::max(end - start, 0);
+    const std::int32_t kept = start < end ? end - start : 0;
     const std::uint32_t needed = std::max(capacity, static_cast<std::uint32_t>(kept));
 
     const std::uint32_t available = m_buffer != nullptr ? m_buffer->isPrivatelyHeld(0) : 0;

@@ -139,6 +139,8 @@ TEST(Str1, PreparesItsBufferStepByStep)
     const Str1 sharer(longer);
     EXPECT_GE(longer.ensureCapacity1(1, 0, -1), 40U) << "what is kept must fit, whatever was asked for";
     EXPECT_EQ(longer, sharer);
+    using Limits = std::numeric_limits<std::int32_t>;
+    EXPECT_EQ(Str1(sharer).ensureCapacity1(16, Limits::max(), Limits::min()), 16U) << "nothing lies between these";
 }
 
 TEST(Str1, RefusesWhatTwentyFourBitsCannotCount)
