@@ -36,7 +36,7 @@ std::int32_t ByteToCharUTF::sameEncodingConvert(const signed char* src, std::int
 {
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
     for (std::ptrdiff_t count = std::min(pass.left() / 2, pass.room()); count > 0; --count) {
-        *pass.out++ = convertChar(load<char16_t>(pass.in));
+        *pass.out++ = convertChar(loadNumber<char16_t>(pass.in));
         pass.in += 2;
     }
     return pass.produced();
@@ -59,7 +59,7 @@ std::int32_t CharToByteUTF::sameEncodingConvert(const char16_t* src, std::int32_
 {
     Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
     for (std::ptrdiff_t count = std::min(pass.left(), pass.room() / 2); count > 0; --count) {
-        store(pass.out, convertChar(*pass.in++));
+        storeNumber(pass.out, convertChar(*pass.in++));
         pass.out += 2;
     }
     return pass.produced() / 2;
@@ -84,7 +84,7 @@ void moveUnits(const void* from, void* to, std::ptrdiff_t count) noexcept
         }
 #endif
         for (; in < end; in += 2, out += 2)
-            store(out, ordered<swapped>(load<char16_t>(in)));
+            storeNumber(out, ordered<swapped>(loadNumber<char16_t>(in)));
     }
 }
 

@@ -26,7 +26,7 @@ std::int32_t BTCUTF32::convert(const signed char* src, std::int32_t* srcPos, std
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
     const auto decode = [&](auto&& valueOf) {
         while (pass.left() >= UNIT_BYTES && pass.room() >= 1) {
-            const std::uint32_t value = valueOf(load<std::uint32_t>(pass.in));
+            const std::uint32_t value = valueOf(loadNumber<std::uint32_t>(pass.in));
             if (isSurrogate(value))
                 throw InvalidCharacterException(u"Illegal UTF-32 char in surrogate range");
             if (value <= 0xFFFF) {
@@ -104,7 +104,7 @@ std::int32_t CTBUTF32::convert(const char16_t* src, std::int32_t* srcPos, std::i
                 ++pass.in;
                 continue;
             }
-            store(pass.out, wireValueOf(value));
+            storeNumber(pass.out, wireValueOf(value));
             pass.out += UNIT_BYTES;
             ++pass.in;
         }

@@ -1,28 +1,17 @@
 #pragma once
 
+#include "vx/ByteOrder.h"
+
 #include <bit>
-#include <cstdint>
-#include <cstring>
 
 namespace vx::text::charset::detail {
+
+using vx::detail::loadNumber;
+using vx::detail::storeNumber;
 
 /// Whether bytes of either order are swapped on their way into a number of this machine.
 inline constexpr bool SWAPS_BIG = std::endian::native == std::endian::little;
 inline constexpr bool SWAPS_LITTLE = !SWAPS_BIG;
-
-template <class Number>
-Number load(const signed char* bytes) noexcept
-{
-    Number number;
-    std::memcpy(&number, bytes, sizeof number);
-    return number;
-}
-
-template <class Number>
-void store(signed char* bytes, Number number) noexcept
-{
-    std::memcpy(bytes, &number, sizeof number);
-}
 
 template <bool swapped, class Number>
 constexpr Number ordered(Number number) noexcept

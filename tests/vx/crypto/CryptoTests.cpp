@@ -1,0 +1,238 @@
+#include "tests/Slots.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/Exception.h"
+#include "vx/Result.h"
+#include "vx/crypto/BlowFish.h"
+#include "vx/crypto/MD5Digest.h"
+
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vx::crypto {
+namespace {
+
+using Bytes = std::vector<signed char>;
+
+Bytes fromHex(std::string_view hex)
+{
+    Bytes bytes;
+    for (std::size_t at = 0; at < hex.size(); at += 2)
+        bytes.push_back(static_cast<signed char>(std::stoi(std::string(hex.substr(at, 2)), nullptr, 16)));
+    return bytes;
+}
+
+std::string toHex(const Bytes& bytes)
+{
+    constexpr const char* DIGITS = "0123456789ABCDEF";
+    std::string hex;
+    for (const signed char byte : bytes)
+        hex.append({DIGITS[byte >> 4 & 15], DIGITS[byte & 15]});
+    return hex;
+}
+
+Bytes someBytes(std::mt19937& random, std::size_t size)
+{
+    Bytes bytes(size);
+    for (signed char& byte : bytes)
+        byte = static_cast<signed char>(random());
+    return bytes;
+}
+
+std::string_view viewOf(const Bytes& bytes)
+{
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+/// False where the program is missing or does not know what it is asked.
+bool runOpenSsl(const Scratch& scratch, const std::string& arguments)
+{
+    return std::system(("cd '" + scratch.getPath().string() + "' && openssl " + arguments + " 2>/dev/null").c_str())
+        == 0;
+}
+
+int size(const Bytes& bytes)
+{
+    return static_cast<int>(bytes.size());
+}
+
+TEST(BlowFish, GivesThePublishedBlocks)
+{
+    struct {
+        const char* key;
+        const char* plain;
+        const char* cipher;
+    } cases[] = {
+        {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
+        {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "51866FD5B85ECB8A"},
+        {"3000000000000000", "1000000000000001", "7D856F9A613063F2"},
+        {"0123456789ABCDEF", "1111111111111111", "61F9C3802281B096"},
+        {"FEDCBA9876543210", "0123456789ABCDEF", "0ACEAB0FC6A0A28D"},
+        {"7CA110454A1A6E57", "01A1D6D039776742", "59C68245EB05282B"},
+        {"F0", "FEDCBA9876543210", "F9AD597C49DB005E"},
+        {"F0E1D2", "FEDCBA9876543210", "E9C2B70A1BC65CF3"},
+        {"F0E1D2C3B4A5968778", "FEDCBA9876543210", "15750E7A4F4EC577"},
+        {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677", "FEDCBA9876543210", "05044B62FA52D080"},
+    };
+    struct Open : BlowFish {
+        using BlowFish::BlowFish;
+        using BlowFish::decryptBlock;
+        using BlowFish::encryptBlock;
+    };
+    for (const auto& row : cases) {
+        const Bytes key = fromHex(row.key);
+        const Open cipher(key.data(), size(key));
+        Bytes bytes = fromHex(row.plain);
+        cipher.encrypt(bytes.data(), bytes.data(), 8);
+        EXPECT_EQ(toHex(bytes), row.cipher) << row.key;
+        cipher.decrypt(bytes.data(), bytes.data(), 8);
+        EXPECT_EQ(toHex(bytes), row.plain) << row.key;
+
+        const auto half = [](const char* text, std::size_t at) {
+            return static_cast<std::uint32_t>(std::stoul(std::string(text).substr(at, 8), nullptr, 16));
+        };
+        std::uint32_t left = half(row.plain, 0);
+        std::uint32_t right = half(row.plain, 8);
+        cipher.encryptBlock(left, right);
+        EXPECT_EQ(left, half(row.cipher, 0)) << row.key;
+        EXPECT_EQ(right, half(row.cipher, 8)) << row.key;
+        cipher.decryptBlock(left, right);
+        EXPECT_EQ(left, half(row.plain, 0)) << row.key;
+    }
+}
+
+TEST(BlowFish, AgreesWithOpenSslOverManyBlocks)
+{
+    const Scratch scratch;
+    std::mt19937 random(77);
+    for (const std::size_t blocks : {1, 4, 7, 1001}) {
+        const Bytes key = someBytes(random, 16); // the one length that the program takes
+        const Bytes plain = someBytes(random, 8 * blocks);
+        put(scratch / "plain", viewOf(plain));
+        if (!runOpenSsl(scratch,
+                "enc -bf-ecb -nopad -provider legacy -provider default -in plain -out cipher -K " + toHex(key)))
+            GTEST_SKIP() << "no OpenSSL that knows the cipher";
+        const BlowFish cipher(key.data(), size(key));
+        Bytes bytes(plain.size());
+        cipher.encrypt(bytes.data(), plain.data(), size(plain));
+        EXPECT_EQ(viewOf(bytes), contentOf(scratch / "cipher")) << blocks;
+        cipher.decrypt(bytes.data(), bytes.data(), size(plain));
+        EXPECT_EQ(bytes, plain) << blocks;
+    }
+}
+
+TEST(BlowFish, LooksAtItsArgumentsFirst)
+{
+    std::mt19937 random(5);
+    const Bytes key = someBytes(random, 57);
+    Bytes first(16, 3);
+    Bytes second(16, 3);
+    BlowFish(key.data(), 57).encrypt(first.data(), first.data(), 16);
+    BlowFish(key.data(), 56).encrypt(second.data(), second.data(), 16);
+    EXPECT_EQ(first, second) << "the rest of a long key does not count";
+    BlowFish(key.data(), 55).encrypt(second.data(), second.data(), 16);
+    EXPECT_NE(first, second);
+
+    const BlowFish unkeyed(nullptr, 0);
+    for (const std::int32_t length : {1, 7, 9, 12, -1}) {
+        Bytes target(16, 9);
+        try {
+            unkeyed.encrypt(target.data(), first.data(), length);
+            ADD_FAILURE() << length;
+        } catch (const Exception& failure) {
+            EXPECT_EQ(failure.getDescription(), u"only supports 8 byte block boundaries");
+        }
+        EXPECT_THROW(unkeyed.decrypt(target.data(), first.data(), length), Exception);
+        EXPECT_EQ(target, Bytes(16, 9)) << length;
+    }
+    EXPECT_NO_THROW(unkeyed.encrypt(nullptr, nullptr, 0));
+    EXPECT_NO_THROW(unkeyed.encrypt(nullptr, nullptr, -8));
+    EXPECT_THROW(unkeyed.encrypt(first.data(), nullptr, 8), ResultException);
+    EXPECT_THROW(BlowFish(nullptr, 4), ResultException);
+    EXPECT_THROW(BlowFish(key.data(), -1), ResultException);
+}
+
+std::string digestOf(MD5Digest& digest)
+{
+    Bytes bytes(16);
+    digest.getDigest(bytes.data(), 16);
+    return toHex(bytes);
+}
+
+TEST(MD5Digest, GivesTheDigestsOfTheStandard)
+{
+    struct {
+        std::string text;
+        const char* digest;
+    } cases[] = {
+        {"", "D41D8CD98F00B204E9800998ECF8427E"},
+        {"a", "0CC175B9C0F1B6A831C399E269772661"},
+        {"abc", "900150983CD24FB0D6963F7D28E17F72"},
+        {"message digest", "F96B697D7CB7938D525A2F31AAF161D0"},
+        {"abcdefghijklmnopqrstuvwxyz", "C3FCD3D76192E4007DFB496CCA67E13B"},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789", "D174AB98D277D9F5A5611C2C9F419D9F"},
+        {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
+            "57EDF4A22BE3C955AC49DA2E2107B67A"},
+    };
+    MD5Digest digest; // one for all: each digest starts the next message
+    for (const auto& row : cases) {
+        digest.update(reinterpret_cast<const signed char*>(row.text.data()), static_cast<int>(row.text.size()));
+        EXPECT_EQ(digestOf(digest), row.digest) << row.text;
+    }
+    EXPECT_EQ(digestOf(digest), cases[0].digest);
+    EXPECT_EQ(digest.getName(), u"MD5");
+}
+
+TEST(MD5Digest, AgreesWithOpenSslHoweverTheMessageIsCut)
+{
+    const Scratch scratch;
+    std::mt19937 random(99);
+    std::string names;
+    std::string expected;
+    for (std::size_t length = 0; length < 200; ++length) {
+        const Bytes message = someBytes(random, length);
+        const std::string name = std::to_string(length);
+        put(scratch / name.c_str(), viewOf(message));
+        names += " " + name;
+        MD5Digest digest;
+        for (std::size_t at = 0; at < length;) {
+            const std::size_t piece = std::min<std::size_t>(random() % 130, length - at);
+            digest.update(message.data() + at, static_cast<int>(piece));
+            at += piece;
+        }
+        expected += digestOf(digest) + " *" + name + "\n";
+    }
+    if (!runOpenSsl(scratch, "dgst -md5 -r" + names + " | tr a-f A-F > digests"))
+        GTEST_SKIP() << "no OpenSSL";
+    EXPECT_EQ(expected, contentOf(scratch / "digests"));
+}
+
+TEST(MD5Digest, KeepsItsStateWhereItFails)
+{
+    const auto slot = slotOf(&Object::toString) + 1;
+    expectSlots("digest", slot,
+        {slotOf(&MessageDigest::update), slotOf(&MessageDigest::getDigest), slotOf(&MessageDigest::reset),
+            slotOf(&MessageDigest::getLength), slotOf(&MessageDigest::getName)});
+    const signed char letter = 'a';
+    signed char target[16] = {};
+    MD5Digest digest;
+    digest.update(&letter, 1);
+    try {
+        digest.getDigest(target, 15);
+        ADD_FAILURE();
+    } catch (const ResultException& failure) {
+        EXPECT_EQ(failure.getResult(), RESULT_BUFFER_TOO_SMALL);
+    }
+    EXPECT_THROW(digest.getDigest(nullptr, 16), ResultException);
+    EXPECT_THROW(digest.update(nullptr, 1), ResultException);
+    digest.update(nullptr, 0);
+    digest.update(&letter, -1);
+    MD5Digest copy(digest);
+    EXPECT_EQ(digestOf(digest), "0CC175B9C0F1B6A831C399E269772661");
+    copy.reset();
+    EXPECT_EQ(digestOf(copy), "D41D8CD98F00B204E9800998ECF8427E");
+}
+
+} // namespace
+} // namespace vx::crypto

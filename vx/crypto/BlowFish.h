@@ -1,0 +1,52 @@
+#pragma once
+
+#include "vx/Object.h"
+
+#include <cstdint>
+
+namespace vx::crypto {
+
+/// The block cipher Blowfish (B. Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993) with 16
+/// rounds. Each block of 8 bytes stands alone: no chaining and no padding, so equal blocks stay equal.
+///
+/// After construction the object is only read, and any number of threads may use it.
+class VX_API BlowFish : public Object {
+public:
+    /// Of the key, the first 56 bytes count. An empty key is allowed, and hides nothing. A negative `length` throws
+    /// ResultException, and so does null with a `length` above 0, here as below.
+    BlowFish(const signed char* key, int length);
+    BlowFish(const BlowFish&) noexcept = default;
+    BlowFish& operator=(const BlowFish&) noexcept = default;
+    ~BlowFish() noexcept override;
+
+    /// `length` counts bytes; one that is no multiple of 8 throws Exception, and nothing is written. `target` may be
+    /// `source`.
+    void encrypt(signed char* target, const signed char* source, std::int32_t length) const;
+    void decrypt(signed char* target, const signed char* source, std::int32_t length) const;
+
+protected:
+    /// One block, as its two big-endian halves.
+    void encryptBlock(std::uint32_t& left, std::uint32_t& right) const noexcept;
+    void decryptBlock(std::uint32_t& left, std::uint32_t& right) const noexcept;
+
+private:
+    static constexpr int ROUNDS = 16;
+    static constexpr int BOXES = 4;
+
+    template <bool forwards, int lanes>
+    void cryptLanes(std::uint32_t (&left)[lanes], std::uint32_t (&right)[lanes]) const noexcept;
+    template <bool forwards, int lanes>
+    void cryptBlocks(signed char* target, const signed char* source) const noexcept;
+    template <bool forwards>
+    void crypt(signed char* target, const signed char* source, std::int32_t length) const;
+    std::uint32_t mix(std::uint32_t half) const noexcept;
+
+    /// The fractional digits of pi.
+    static const std::uint32_t s_pbox[ROUNDS + 2];
+    static const std::uint32_t s_sbox[BOXES][256];
+
+    std::uint32_t m_pbox[ROUNDS + 2];
+    std::uint32_t m_sbox[BOXES][256];
+};
+
+} // namespace vx::crypto

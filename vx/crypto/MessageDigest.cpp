@@ -1,0 +1,7 @@
+#include "vx/crypto/MessageDigest.h"
+
+namespace vx::crypto {
+
+MessageDigest::~MessageDigest() noexcept = default;
+
+} // namespace vx::crypto
