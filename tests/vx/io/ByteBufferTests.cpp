@@ -1,0 +1,276 @@
+#include "StreamDoubles.h"
+
+#include "legacy/CVXByteBuffer.h"
+#include "vx/Reference.h"
+#include "vx/io/ByteArrayInputStream.h"
+#include "vx/io/ByteBuffer.h"
+#include "vx/io/ByteBufferStreams.h"
+
+#include <cstring>
+#include <functional>
+
+using namespace vx;
+using namespace vx::io;
+
+namespace {
+
+/// The two generations share one suite.
+struct Newer {
+    using Buffer = ByteBuffer;
+    using Byte = signed char;
+    static constexpr auto LITTLE = VX_ENDIAN_LITTLE;
+    static constexpr auto BIG = VX_ENDIAN_BIG;
+};
+struct Older {
+    using Buffer = CVXByteBuffer;
+    using Byte = unsigned char;
+    static constexpr auto LITTLE = CVX_ORDER_LITTLE;
+    static constexpr auto BIG = CVX_ORDER_BIG;
+};
+
+template <class Generation>
+class ByteBuffers : public testing::Test {
+public:
+    static std::string text(const typename Generation::Buffer& buffer)
+    {
+        return {reinterpret_cast<const char*>(buffer.getConstBuffer()), buffer.getCapacity()};
+    }
+    static const auto* bytes(const char* text) { return reinterpret_cast<const typename Generation::Byte*>(text); }
+};
+using Generations = testing::Types<Newer, Older>;
+TYPED_TEST_SUITE(ByteBuffers, Generations);
+
+TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
+{
+    typename TypeParam::Buffer buffer(64, TypeParam::BIG, false);
+    for (const auto order : {TypeParam::BIG, TypeParam::LITTLE}) {
+        buffer.clear();
+        buffer.setOrder(order);
+        buffer.put(static_cast<typename TypeParam::Byte>(0x81));
+        buffer.putInt16(-2);
+        buffer.putInt32(0x01020304);
+        buffer.putInt64(0x0102030405060788);
+        buffer.putFloat(-1.5F);
+        buffer.putDouble(1e300);
+        EXPECT_EQ(buffer.getPosition(), 27U);
+        std::string expected("\x81\xFF\xFE\1\2\3\4\1\2\3\4\5\6\7\x88\xBF\xC0\0\0\x7E\x37\xE4\x3C\x88\0\x75\x9C", 27);
+        if (order == TypeParam::LITTLE) {
+            for (const auto& [first, size] : {std::pair {1, 2}, {3, 4}, {7, 8}, {15, 4}, {19, 8}})
+                std::reverse(expected.begin() + first, expected.begin() + first + size);
+        }
+        EXPECT_EQ(this->text(buffer).substr(0, 27), expected);
+
+        buffer.flip();
+        EXPECT_EQ(buffer.remaining(), 27U);
+        EXPECT_EQ(buffer.get(), static_cast<typename TypeParam::Byte>(0x81));
+        EXPECT_EQ(buffer.getInt16(), -2);
+        EXPECT_EQ(buffer.getInt32(), 0x01020304);
+        EXPECT_EQ(buffer.getInt64(), 0x0102030405060788);
+        EXPECT_EQ(buffer.getFloat(), -1.5F);
+        EXPECT_EQ(buffer.getDouble(), 1e300);
+
+        buffer.putInt16(2, 0x0102);
+        buffer.putDouble(5, -0.25);
+        EXPECT_EQ(buffer.getInt16(2), 0x0102);
+        EXPECT_EQ(buffer.get(2), order == TypeParam::BIG ? 1 : 2);
+        EXPECT_EQ(buffer.getDouble(5), -0.25);
+        EXPECT_EQ(buffer.remaining(), 0U);
+    }
+}
+
+TYPED_TEST(ByteBuffers, MoveBytesUpToTheLimit)
+{
+    using Byte = typename TypeParam::Byte;
+    char block[] = "................";
+    typename TypeParam::Buffer buffer(reinterpret_cast<Byte*>(block), 16, TypeParam::BIG, false);
+    buffer.setPosition(6);
+    EXPECT_EQ(buffer.put(this->bytes("0123456789abcdef"), 16), 10U);
+    EXPECT_EQ(buffer.put(this->bytes("x"), 1), 0U);
+    EXPECT_EQ(buffer.put(0U, this->bytes("ABC"), 3), 3U);
+    EXPECT_STREQ(block, "ABC...0123456789");
+
+    buffer.setLimit(8);
+    EXPECT_EQ(buffer.remaining(), static_cast<unsigned>(-8)) << "the position is the caller's affair";
+    Byte target[20] = {};
+    EXPECT_EQ(buffer.get(target, 20), 0U) << "and yet nothing is read behind the limit";
+    EXPECT_EQ(buffer.slice()->getCapacity(), 0U);
+    EXPECT_EQ(buffer.get(4U, target, 20), 4U);
+    EXPECT_EQ(buffer.get(9U, target, 20), 0U);
+    buffer.setPosition(4);
+    EXPECT_EQ(buffer.get(target, 3), 3U);
+    EXPECT_EQ(buffer.getPosition(), 7U);
+    EXPECT_EQ(0, std::memcmp(target, "..0", 3));
+
+    EXPECT_THROW(buffer.setPosition(9), RangeErrorException);
+    EXPECT_THROW(buffer.setLimit(17), RangeErrorException);
+    EXPECT_EQ(buffer.getPosition(), 7U);
+    EXPECT_EQ(buffer.getLimit(), 8U);
+    buffer.rewind();
+    const auto slice = buffer.slice();
+    buffer.setPosition(4);
+    slice->setPosition(2);
+    slice->put(&buffer); // they overlap
+    EXPECT_STREQ(block,
+        "AB..01"
+        "0123456789");
+    EXPECT_EQ(buffer.getPosition(), 8U);
+    EXPECT_EQ(slice->getPosition(), 6U);
+    slice->put(slice.get());
+    EXPECT_EQ(slice->getPosition(), 8U);
+    EXPECT_THROW(slice->put(nullptr), ResultException);
+}
+
+TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
+{
+    using Buffer = typename TypeParam::Buffer;
+    auto first = std::make_unique<Buffer>(4, TypeParam::LITTLE, false);
+    first->put(this->bytes("abcd"), 4);
+    first->setLimit(2);
+    const Buffer copy(*first);
+    const auto duplicate = first->duplicate(true);
+    const auto larger = first->duplicate(false, 9);
+    Buffer assigned(1, TypeParam::BIG, true);
+    assigned = *first;
+    first->put(0U, this->bytes("x"), 1);
+    EXPECT_EQ(this->text(copy), "xbcd");
+    EXPECT_EQ(this->text(*duplicate), "abcd");
+    EXPECT_TRUE(duplicate->isReadOnly());
+    EXPECT_EQ(duplicate->getLimit(), 4U);
+    EXPECT_EQ(larger->getCapacity(), 9U);
+    EXPECT_EQ(larger->getLimit(), 4U);
+    EXPECT_EQ(larger->getPosition(), 0U);
+    EXPECT_THROW(first->duplicate(false, 3), RangeErrorException);
+
+    first.reset(); // an owned block stays until its last owner has gone
+    EXPECT_EQ(this->text(copy), "xbcd");
+    char block[] = "other";
+    assigned.setBuffer(reinterpret_cast<typename TypeParam::Byte*>(block), 5, TypeParam::BIG, false);
+    EXPECT_EQ(assigned.getPosition(), 0U);
+    EXPECT_EQ(assigned.getLimit(), 5U);
+    EXPECT_EQ(this->text(copy), "xbcd");
+    EXPECT_EQ(assigned.getBuffer(), reinterpret_cast<typename TypeParam::Byte*>(block));
+}
+
+TYPED_TEST(ByteBuffers, WriteNothingWhereTheyAreReadOnly)
+{
+    using Byte = typename TypeParam::Byte;
+    const Byte block[8] = {1, 2, 3};
+    typename TypeParam::Buffer buffer(block, 8, TypeParam::BIG);
+    typename TypeParam::Buffer other(8, TypeParam::BIG, false);
+    ByteArrayInputStream stream(nullptr, 0);
+    const std::function<void()> writes[] = {[&] { buffer.put(0U, Byte {}); }, [&] { buffer.put(Byte {}); },
+        [&] { buffer.putInt16(1); }, [&] { buffer.putInt32(0, 1); }, [&] { buffer.putInt64(1); },
+        [&] { buffer.putFloat(0, 1); }, [&] { buffer.putDouble(1); }, [&] { buffer.put(block, 0); },
+        [&] { buffer.put(0, block, 1); }, [&] { buffer.put(&other); }, [&] { buffer.readFrom(&stream); },
+        [&] { buffer.readFully(&stream); }, [&] { buffer.getBuffer(); }, [&] { buffer.slice()->put(Byte {}); }};
+    for (const auto& write : writes)
+        EXPECT_THROW(write(), ReadOnlyException);
+    EXPECT_EQ(buffer.getPosition(), 0U);
+    EXPECT_EQ(buffer.getConstBuffer(), block);
+    buffer.setBuffer(other.getBuffer(), 8, TypeParam::LITTLE, false);
+    EXPECT_NO_THROW(buffer.putInt16(0, 5));
+}
+
+TYPED_TEST(ByteBuffers, FillAndEmptyThroughStreams)
+{
+    std::string events;
+    typename TypeParam::Buffer buffer(6, TypeParam::BIG, false);
+    Source<Bytes> source(unitsFrom<signed char>('a', 9), events, {2, 3, 0});
+    EXPECT_EQ(buffer.readFrom(&source), 2U);
+    EXPECT_EQ(buffer.readFully(&source), 3U) << "a read that gives nothing ends it";
+    EXPECT_EQ(buffer.readFully(&source), 1U);
+    EXPECT_EQ(buffer.readFrom(&source), 0U);
+    EXPECT_EQ(events, "read(6) read(4) read(1) read(1) ");
+    EXPECT_EQ(this->text(buffer), "abcdef");
+
+    events.clear();
+    Sink<Bytes> sink(events);
+    buffer.setPosition(2);
+    sink.m_fails = true;
+    EXPECT_THROW(buffer.writeTo(&sink), TimeoutException);
+    EXPECT_EQ(buffer.getPosition(), 2U);
+    sink.m_fails = false;
+    EXPECT_EQ(buffer.writeTo(&sink), 4U);
+    EXPECT_EQ(buffer.writeTo(&sink), 0U);
+    EXPECT_EQ(events, "write(cdef) write(cdef) write() ");
+
+    buffer.clear();
+    EXPECT_EQ(buffer.readFully(&source), 3U);
+    EXPECT_EQ(buffer.readFrom(&source), 0U);
+    EXPECT_EQ(buffer.getPosition(), 3U) << "the end moves nothing";
+}
+
+TYPED_TEST(ByteBuffers, CompareWholeBlocksWithoutSigns)
+{
+    using Buffer = typename TypeParam::Buffer;
+    const auto over = [&](const char* text, unsigned size) { return Buffer(this->bytes(text), size, TypeParam::BIG); };
+    Buffer abc = over("abc", 3);
+    abc.setLimit(1);
+    EXPECT_TRUE(abc.equals(over("abc", 3)));
+    EXPECT_EQ(abc.compareTo(over("abd", 3)), -1);
+    EXPECT_EQ(over("\x80", 1).compareTo(over("\x7F", 1)), 1);
+    EXPECT_EQ(over("z", 1).compareTo(abc), -1);
+    EXPECT_EQ(abc.compareTo(over("zz", 2)), 1);
+    EXPECT_EQ(over("", 0).compareTo(over("x", 0)), 0);
+    EXPECT_FALSE(abc.equals(String(u"abc")));
+    EXPECT_THROW(abc.compareTo(String(u"abc")), CastFailedException);
+
+    std::string block(95, '\0');
+    for (std::size_t index = 0; index < block.size(); ++index)
+        block[index] = static_cast<char>(index * 7 + 3);
+    for (const auto& [size, step] : {std::pair {31U, 1U}, {32U, 1U}, {63U, 1U}, {64U, 2U}, {95U, 2U}}) {
+        std::uint32_t hash = 0;
+        for (unsigned index = 0; index < size; index += step) {
+            const auto byte = static_cast<typename TypeParam::Byte>(block[index]);
+            hash = hash * 37 + static_cast<std::uint32_t>(byte);
+        }
+        EXPECT_EQ(over(block.data(), size).hashCode(), hash) << size;
+    }
+}
+
+TEST(ByteBuffer, AndItsOlderSisterAreStrangers)
+{
+    ByteBuffer newer(reinterpret_cast<const signed char*>("\xFF"), 1, VX_ENDIAN_LITTLE);
+    CVXByteBuffer older(reinterpret_cast<const unsigned char*>("\xFF"), 1, CVX_ORDER_NATIVE);
+    EXPECT_EQ(newer.hashCode(), 0xFFFFFFFFU);
+    EXPECT_EQ(older.hashCode(), 255U);
+    EXPECT_FALSE(newer.equals(older) || older.equals(newer));
+    EXPECT_THROW(newer.compareTo(older), CastFailedException);
+    EXPECT_THROW(older.compareTo(newer), CastFailedException);
+
+    EXPECT_EQ(older.getOrder(), CVX_ORDER_LITTLE);
+    older.setOrder(CVX_ORDER_NATIVE);
+    EXPECT_EQ(older.getOrder(), CVX_ORDER_LITTLE);
+    EXPECT_THROW(newer.setOrder(VX_ENDIAN_UNSUPPORTED), UnsupportedOperationException);
+    signed char byte = 0;
+    EXPECT_THROW(newer.setBuffer(&byte, 1, VX_ENDIAN_UNSUPPORTED, false), UnsupportedOperationException);
+    EXPECT_EQ(newer.get(0), -1) << "the old block stays";
+    EXPECT_EQ(ByteBuffer(1, VX_ENDIAN_UNSUPPORTED, false).getOrder(), VX_ENDIAN_UNSUPPORTED);
+}
+
+TEST(ByteBufferStreams, StayWithinTheWindow)
+{
+    const Reference<ByteBuffer> buffer(new ByteBuffer(8, VX_ENDIAN_BIG, false));
+    buffer->setLimit(5);
+    ByteBufferOutputStream out(buffer.get());
+    out.write("abc", 3);
+    out.write("x", -1);
+    EXPECT_EQ(out.Overflowed(), 0);
+    out.write("defg", 4);
+    EXPECT_EQ(out.Overflowed(), 1);
+    buffer->clear();
+    out.write(static_cast<signed char>('A'));
+    EXPECT_EQ(out.Overflowed(), 1) << "for good";
+
+    buffer->setLimit(5);
+    ByteBufferInputStream in(buffer.get());
+    char target[8] = {};
+    EXPECT_EQ(in.read(target, 0), 0);
+    EXPECT_EQ(in.read(), 'b');
+    EXPECT_EQ(in.read(target, 8), 3);
+    EXPECT_STREQ(target, "cde");
+    EXPECT_EQ(in.read(target, 0), -1);
+    EXPECT_EQ(in.read(), -1);
+}
+
+} // namespace
