@@ -1,0 +1,277 @@
+#include "StreamDoubles.h"
+
+#include "tests/Slots.h"
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/io/AlphaNumInputStream.h"
+#include "vx/io/AlphaNumOutputStream.h"
+#include "vx/io/BitInputStream.h"
+#include "vx/io/BitOutputStream.h"
+#include "vx/io/ByteArrayInputStream.h"
+#include "vx/io/ByteArrayOutputStream.h"
+#include "vx/io/DataInputStream.h"
+#include "vx/io/DataOutputStream.h"
+#include "vx/text/charset/CharsetException.h"
+
+#include <bit>
+#include <functional>
+#include <random>
+
+using namespace vx;
+using namespace vx::io;
+
+namespace {
+
+Reference<ByteArrayInputStream> over(std::string_view bytes)
+{
+    return new ByteArrayInputStream(
+        reinterpret_cast<const signed char*>(bytes.data()), static_cast<std::int32_t>(bytes.size()));
+}
+
+std::string contentOf(const ByteArrayOutputStream& out)
+{
+    return {reinterpret_cast<const char*>(out.getBytes()), static_cast<std::size_t>(out.getSize())};
+}
+
+TEST(DataStreams, StandInTheirOrder)
+{
+    using In = DataInputStream;
+    using Out = DataOutputStream;
+    expectSlots("input", slotOf(&InputStream::reset) + 1,
+        {slotOf(&In::readFully), slotOf(&In::readBool), slotOf(&In::readByte), slotOf(&In::readChar16),
+            slotOf(&In::readChar32), slotOf(&In::readInt16), slotOf(&In::readInt32), slotOf(&In::readInt64),
+            slotOf(&In::readFloat), slotOf(&In::readDouble), slotOf(&In::readString)});
+    expectSlots("output", slotOf(&OutputStream::close) + 1,
+        {slotOf(&Out::writeBool), slotOf(&Out::writeByte), slotOf(&Out::writeChar16), slotOf(&Out::writeChar32),
+            slotOf(&Out::writeInt16), slotOf(&Out::writeInt32), slotOf(&Out::writeInt64), slotOf(&Out::writeFloat),
+            slotOf(&Out::writeDouble), slotOf(&Out::writeString)});
+    expectSlots("bits", slotOf(&InputStream::reset) + 1,
+        {slotOf<int (BitInputStream::*)(int)>(&BitInputStream::read), slotOf(&BitInputStream::readBit)});
+    expectSlots("bits", slotOf(&OutputStream::close) + 1,
+        {slotOf<void (BitOutputStream::*)(std::uint32_t, int)>(&BitOutputStream::write),
+            slotOf(&BitOutputStream::writeBit)});
+}
+
+TEST(DataStreams, CarryEveryNumberHighestByteFirst)
+{
+    const Reference<ByteArrayOutputStream> bytes(new ByteArrayOutputStream);
+    DataOutputStream out(bytes.get());
+    out.writeBool(true);
+    out.writeByte(-2);
+    out.writeUnsignedByte(254);
+    out.writeShort(-2);
+    out.writeUnsignedShort(65534);
+    out.writeChar(u'\u20AC');
+    out.writeChar16(u'\u0102');
+    out.writeLong(0x01020304);
+    out.writeUnsignedLong(0xFFFEFDFC);
+    out.writeChar32(0x1F600);
+    out.writeInt64(0x01020304F5060708);
+    out.writeUnsignedInt64(0x8000000080000000);
+    out.writeFloat(1.0F);
+    out.writeDouble(-2.0);
+    out.writeString(String(u"no form"));
+    EXPECT_EQ(contentOf(*bytes),
+        std::string(
+            "\1\xFE\xFE\xFF\xFE\xFF\xFE\x20\xAC\1\2\1\2\3\4\xFF\xFE\xFD\xFC\0\1\xF6\0\1\2\3\4\xF5\6\7\x8\x80\0\0\0"
+            "\x80\0\0\0\x3F\x80\0\0\xC0\0\0\0\0\0\0\0",
+            51));
+
+    DataInputStream in(over(contentOf(*bytes)).get());
+    EXPECT_TRUE(in.readBool());
+    EXPECT_EQ(in.readByte(), -2);
+    EXPECT_EQ(in.readUnsignedByte(), 254);
+    EXPECT_EQ(in.readShort(), -2);
+    EXPECT_EQ(in.readUnsignedShort(), 65534);
+    EXPECT_EQ(in.readChar(), u'\u20AC');
+    EXPECT_EQ(in.readChar16(), u'\u0102');
+    EXPECT_EQ(in.readLong(), 0x01020304);
+    EXPECT_EQ(in.readUnsignedLong(), 0xFFFEFDFC);
+    EXPECT_EQ(in.readChar32(), 0x1F600U);
+    EXPECT_EQ(in.readInt64(), 0x01020304F5060708);
+    EXPECT_EQ(in.readUnsignedInt64(), 0x8000000080000000);
+    EXPECT_EQ(in.readFloat(), 1.0F);
+    EXPECT_EQ(in.readDouble(), -2.0);
+    EXPECT_TRUE(in.readString().isEmpty());
+    EXPECT_TRUE(DataInputStream(over("\2").get()).readBool());
+}
+
+TEST(DataStreams, RestOnTheOperationOfTheSize)
+{
+    struct Swapping : DataInputStream {
+        using DataInputStream::DataInputStream;
+        std::int32_t readInt32() override { return -DataInputStream::readInt32(); }
+    };
+    Swapping in(over(std::string("\0\0\0\1\0\0\0\2\0\0\0\3\0\0\0\4\0\0\0\5", 20)).get());
+    EXPECT_EQ(in.readInt(), -1);
+    EXPECT_EQ(in.readUnsignedInt(), 0xFFFFFFFEU);
+    EXPECT_EQ(in.readInt64(), static_cast<std::int64_t>(0xFFFFFFFDFFFFFFFC));
+    EXPECT_EQ(std::bit_cast<std::int32_t>(in.readFloat()), -5);
+}
+
+TEST(DataStreams, EndInsideAValueWithItsBytesGone)
+{
+    const std::function<void(DataInputStream&)> reads[] = {[](auto& in) { in.readInt16(); },
+        [](auto& in) { in.readInt32(); }, [](auto& in) { in.readDouble(); }, [](auto& in) { in.readChar(); },
+        [](auto& in) {
+            signed char target[2];
+            in.readFully(target, 2);
+        }};
+    for (const auto& read : reads) {
+        DataInputStream in(over("\1").get());
+        EXPECT_THROW(read(in), UnexpectedEOFException);
+        EXPECT_THROW(in.readByte(), UnexpectedEOFException);
+    }
+
+    std::string events;
+    DataInputStream in(new Source<Bytes>(unitsFrom<signed char>('a', 9), events, {2, 0, 3}));
+    signed char target[7] = {};
+    in.readFully(target, 0);
+    in.readFully(target, 6);
+    EXPECT_STREQ(reinterpret_cast<const char*>(target), "abcdef");
+    EXPECT_EQ(events, "read(6) read(4) read(4) read(1) ");
+}
+
+TEST(BitStreams, PackFromTheTopOfEachByte)
+{
+    const Reference<ByteArrayOutputStream> bytes(new ByteArrayOutputStream);
+    BitOutputStream out(bytes.get());
+    for (const bool bit : {true, false, true})
+        out.writeBit(bit);
+    out.close();
+    EXPECT_EQ(bytes->getSize(), 0);
+    out.flush();
+    out.flush();
+    out.write(5, 3);
+    out.write(1, 1);
+    out.flush();
+    out.write(0, 4);
+    out.write(static_cast<signed char>(0xFF)); // across two bytes
+    out.write(0xFFFFFFFF, 32);
+    out.write("\x12", 1);
+    out.write(3, 4);
+    EXPECT_EQ(contentOf(*bytes), "\xA0\xB0\x0F\xFF\xFF\xFF\xFF\xF1\x23");
+
+    BitInputStream in(over(contentOf(*bytes)).get());
+    EXPECT_EQ(in.readBit(), 1);
+    EXPECT_EQ(in.read(0), 0);
+    EXPECT_EQ(in.read(3), 2);
+    EXPECT_EQ(in.read(), 0x0B);
+    EXPECT_EQ(in.read(12), 0x00F);
+    signed char target[8] = {};
+    EXPECT_EQ(in.read(target, 0), -1);
+    EXPECT_EQ(in.read(target, 2), 2);
+    EXPECT_EQ(target[1], -1);
+    EXPECT_EQ(in.read(24), 0xFFFFF1);
+    EXPECT_EQ(in.read(7), 0x11);
+    EXPECT_EQ(in.read(2), -1) << "one bit is left";
+    EXPECT_EQ(in.readBit(), -1);
+    EXPECT_EQ(in.read(target, 8), -1);
+}
+
+TEST(BitStreams, RefuseWhatDoesNotFit)
+{
+    const Reference<ByteArrayOutputStream> bytes(new ByteArrayOutputStream);
+    BitOutputStream out(bytes.get());
+    expectThrow<RangeErrorException>([&] { out.write(8, 3); }, u"Number out of range");
+    expectThrow<RangeErrorException>([&] { out.write(-1, 31); }, u"Number out of range");
+    for (const int bits : {0, 33, -1}) {
+        try {
+            out.write(1, bits);
+            ADD_FAILURE() << bits;
+        } catch (const ResultException& failure) {
+            EXPECT_EQ(failure.getResult(), RESULT_INVALID_ARGUMENT);
+        }
+    }
+    out.flush();
+    EXPECT_EQ(bytes->getSize(), 0) << "a refused value leaves no bits";
+}
+
+std::string encoded(std::string_view bytes, const char16_t* alphabet, std::size_t piece = 1000)
+{
+    const Reference<ByteArrayOutputStream> text(new ByteArrayOutputStream);
+    AlphaNumOutputStream out(text.get(), alphabet);
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size())))
+        out.write(bytes.data(), static_cast<std::int32_t>(std::min(piece, bytes.size())));
+    out.flush();
+    return contentOf(*text);
+}
+
+std::string decoded(std::string_view text, const char16_t* alphabet, std::int32_t piece = 1000)
+{
+    AlphaNumInputStream in(over(text).get(), alphabet);
+    std::string bytes;
+    char block[1000];
+    for (std::int32_t got; (got = in.read(block, piece)) > 0;)
+        bytes.append(block, static_cast<std::size_t>(got));
+    return bytes;
+}
+
+TEST(AlphaNumStreams, LayBitsOutAsBase32)
+{
+    constexpr const char16_t* BASE32 = u"ABCDEFGHIJKLMNOPQRSTUVWXYZ234567";
+    const std::pair<const char*, const char*> vectors[] = {// RFC 4648, without its padding
+        {"", ""}, {"f", "MY"}, {"fo", "MZXQ"}, {"foo", "MZXW6"}, {"foob", "MZXW6YQ"}, {"fooba", "MZXW6YTB"},
+        {"foobar", "MZXW6YTBOI"}};
+    for (const auto& [bytes, text] : vectors) {
+        EXPECT_EQ(encoded(bytes, BASE32), text);
+        EXPECT_EQ(decoded(text, BASE32).c_str(), std::string(bytes)) << "up to a zero byte";
+    }
+    EXPECT_EQ(encoded("\xFF", nullptr), "96");
+    EXPECT_EQ(decoded("96", nullptr), std::string("\xFF\0", 2));
+}
+
+TEST(AlphaNumStreams, ComeBackInPiecesOfAnySize)
+{
+    std::mt19937 random(4);
+    for (std::size_t length = 0; length < 42; ++length) {
+        std::string bytes(length, '\0');
+        for (char& byte : bytes)
+            byte = static_cast<char>(random());
+        const std::string text = encoded(bytes, nullptr);
+        EXPECT_EQ(text.size(), (length * 8 + 4) / 5);
+        for (const int piece : {1, 2, 3, 4, 7}) {
+            EXPECT_EQ(encoded(bytes, nullptr, static_cast<std::size_t>(piece)), text);
+            std::string expected = bytes;
+            expected.append(length % 5 == 0 ? 0 : 1, '\0');
+            EXPECT_EQ(decoded(text, nullptr, piece), expected) << length;
+        }
+    }
+}
+
+TEST(AlphaNumStreams, GroupByFlushAndTellStrangers)
+{
+    std::string events;
+    AlphaNumOutputStream out(new Sink<Bytes>(events));
+    out.write(static_cast<signed char>(0xFF));
+    out.close();
+    out.flush();
+    out.write("\0\0\0\0\0", 5);
+    out.flush();
+    EXPECT_EQ(events,
+        "write(9) close write(6) flush write(A) write(A) write(A) write(A) write(A) write(A) write(A) write(A) flush ");
+
+    for (const char* text : {"AAa", "AAO", "AA1", "AA ", "AA\xC1"}) {
+        AlphaNumInputStream in(over(text).get());
+        EXPECT_EQ(in.read(), 0);
+        expectThrow<text::charset::InvalidCharacterException>([&] { in.read(); }, u"Invalid AlphaNum character", text);
+    }
+    for (const char16_t* alphabet : {u"", u"ABCDEFGHIJKLMNOPQRSTUVWXYZ23456", u"ABCDEFGHIJKLMNOPQRSTUVWXYZ2345678"}) {
+        EXPECT_THROW(AlphaNumInputStream(nullptr, alphabet), ResultException);
+        EXPECT_THROW(AlphaNumOutputStream(nullptr, alphabet), ResultException);
+    }
+
+    auto* source = new Source<Bytes>({'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H', '9', '9'}, events);
+    AlphaNumInputStream in(source);
+    source->m_available = 0x7FFFFFFF;
+    EXPECT_EQ(in.available(), 0x7FFFFFFFLL * 5 / 8);
+    EXPECT_EQ(in.skip(4), 4);
+    EXPECT_EQ(in.read(), (6 << 5 | 7) & 0xFF);
+    char target[4];
+    EXPECT_EQ(in.read(target, 0), -1);
+    EXPECT_EQ(in.read(target, 4), 2);
+    EXPECT_EQ(in.read(target, 4), -1);
+}
+
+} // namespace

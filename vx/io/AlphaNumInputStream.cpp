@@ -1,0 +1,93 @@
+#include "vx/io/AlphaNumInputStream.h"
+
+#include "vx/io/detail/AlphaNum.h"
+#include "vx/io/detail/StreamChecks.h"
+#include "vx/text/charset/CharsetException.h"
+
+namespace vx::io {
+
+namespace {
+
+constexpr std::int8_t NO_VALUE = -1;
+
+/// What a character's five bits do in each step: those on the right of `complete` fill a byte, those on the left of `keep`
+/// begin the next.
+struct Step {
+    bool completes;
+    int complete; ///< shift to the right
+    int keep; ///< shift to the left
+};
+constexpr Step STEPS[] = {
+    {false, 0, 3},
+    {true, 2, 6},
+    {false, 0, 1},
+    {true, 4, 4},
+    {true, 1, 7},
+    {false, 0, 2},
+    {true, 3, 5},
+    {true, 0, 8},
+};
+
+} // namespace
+
+AlphaNumInputStream::AlphaNumInputStream(InputStream* source, const char16_t* alphabet)
+    : FilterInputStream(source)
+    , m_alphabet(detail::alphabetOrDefault(alphabet))
+{
+    m_values.fill(NO_VALUE);
+    const std::u16string_view units = m_alphabet.view();
+    for (std::size_t index = units.size(); index-- > 0;) { // of a character that stands there twice, the first counts
+        if (units[index] < m_values.size())
+            m_values[units[index]] = static_cast<std::int8_t>(index);
+    }
+}
+
+std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)
+{
+    if (length < 1)
+        return -1;
+    detail::requireUnits(target);
+    InputStream& in = source();
+    std::int32_t done = 0;
+    while (done < length) {
+        const int unit = in.read();
+        if (unit < 0) {
+            if (m_step > 0) {
+                target[done++] = static_cast<signed char>(m_partial);
+                m_step = 0;
+                m_partial = 0;
+            }
+            break;
+        }
+        const int value
+            = static_cast<std::size_t>(unit) < m_values.size() ? m_values[static_cast<std::size_t>(unit)] : NO_VALUE;
+        if (value < 0)
+            throw text::charset::InvalidCharacterException(u"Invalid AlphaNum character");
+
+        const Step& step = STEPS[m_step];
+        m_step = (m_step + 1) % std::size(STEPS);
+        if (step.completes) {
+            target[done++] = static_cast<signed char>(m_partial | value >> step.complete);
+            m_partial = 0;
+        }
+        m_partial = static_cast<std::uint8_t>(m_partial | value << step.keep);
+    }
+    return done > 0 ? done : -1;
+}
+
+int AlphaNumInputStream::read()
+{
+    return InputStream::read();
+}
+
+std::int32_t AlphaNumInputStream::skip(std::int32_t count)
+{
+    return InputStream::skip(count);
+}
+
+std::int32_t AlphaNumInputStream::available()
+{
+    return static_cast<std::int32_t>(std::int64_t {source().available()} * 5 / 8);
+}
+
+} // namespace vx::io

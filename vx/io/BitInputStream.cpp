@@ -1,0 +1,57 @@
+#include "vx/io/BitInputStream.h"
+
+#include "vx/io/detail/StreamChecks.h"
+
+namespace vx::io {
+
+BitInputStream::BitInputStream(InputStream* source)
+    : FilterInputStream(source)
+{
+}
+
+std::int32_t BitInputStream::read(signed char* target, std::int32_t length)
+{
+    if (length < 1)
+        return -1;
+    detail::requireUnits(target);
+    std::int32_t done = 0;
+    while (done < length) {
+        const int byte = read();
+        if (byte < 0)
+            break;
+        target[done++] = static_cast<signed char>(byte);
+    }
+    return done > 0 ? done : -1;
+}
+
+int BitInputStream::read()
+{
+    return read(8);
+}
+
+int BitInputStream::read(int bits)
+{
+    std::uint32_t value = 0;
+    for (; bits > 0; --bits) {
+        const int bit = readBit();
+        if (bit < 0)
+            return -1;
+        value = value << 1 | static_cast<std::uint32_t>(bit);
+    }
+    return static_cast<int>(value);
+}
+
+int BitInputStream::readBit()
+{
+    if (m_bitsLeft == 0) {
+        const int byte = source().read();
+        if (byte < 0)
+            return -1;
+        m_byte = byte;
+        m_bitsLeft = 8;
+    }
+    --m_bitsLeft;
+    return m_byte >> m_bitsLeft & 1;
+}
+
+} // namespace vx::io

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "vx/io/FilterOutputStream.h"
+
+#include <cstdint>
+
+namespace vx::io {
+
+/// Bits, the most significant one of each byte first. Bytes go into the bit stream where it stands. Bits that do not fill
+/// a byte wait for `flush`; `close` writes nothing.
+class VX_API BitOutputStream : public FilterOutputStream {
+public:
+    explicit BitOutputStream(OutputStream* sink);
+
+    // OutputStream
+    using FilterOutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override;
+    void write(signed char byte) override;
+    /// Fills up the byte that waits with zero bits.
+    void flush() override;
+
+    /// The low `bits` bits of `value`. Throws ResultException unless `bits` is from 1 to 32, RangeErrorException for a
+    /// value that does not fit.
+    virtual void write(std::uint32_t value, int bits);
+    virtual void writeBit(bool bit);
+
+    /// For literals, of which 0 might be a pointer as well.
+    void write(int value, int bits) { write(static_cast<std::uint32_t>(value), bits); }
+
+private:
+    std::uint8_t m_byte = 0;
+    int m_bits = 0;
+};
+
+} // namespace vx::io
