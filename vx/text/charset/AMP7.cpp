@@ -1,0 +1,217 @@
+#include "vx/text/charset/BTCAMP7.h"
+#include "vx/text/charset/CTBAMP7.h"
+#include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Substitution.h"
+#include "vx/text/charset/detail/Unicode.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+namespace vx::text::charset {
+
+using namespace detail;
+
+namespace {
+
+constexpr const char16_t* NAME = u"AMP-7";
+constexpr int MAX_DIGITS = 5;
+constexpr int MAX_FORM = MAX_DIGITS + 3; // with "&_" and ";"
+constexpr std::uint32_t FIRST_WITHOUT_FORM = 0xFFFFF;
+
+constexpr bool isItself(char32_t value) noexcept
+{
+    return (value >= 0x20 && value < 0x7F && value != '&') || value == '\t' || value == '\n' || value == '\r';
+}
+
+/// False: no room.
+bool store(Encoding& pass, std::string_view form) noexcept
+{
+    if (pass.room() < static_cast<std::ptrdiff_t>(form.size()))
+        return false;
+    pass.out = std::copy(form.begin(), form.end(), pass.out);
+    return true;
+}
+
+bool storeNumber(Encoding& pass, std::uint32_t value) noexcept
+{
+    char form[MAX_FORM] = {'&', '_'};
+    char* end = std::to_chars(form + 2, form + MAX_FORM, value, 16).ptr;
+    std::transform(form + 2, end, form + 2,
+        [](char digit) { return static_cast<char>(digit >= 'a' ? digit - 'a' + 'A' : digit); });
+    *end++ = ';';
+    return store(pass, {form, end});
+}
+
+struct NamedForm {
+    std::string_view rest; ///< behind the ampersand
+    char16_t unit;
+};
+constexpr NamedForm NAMED_FORMS[] = {
+    {"AMP;", u'&'},
+    {"APOS;", u'\''},
+    {"QUOT;", u'"'},
+};
+
+/// What stands at the start of some bytes.
+struct Form {
+    enum Kind { WHOLE, CUT, BAD };
+
+    Kind kind;
+    std::uint32_t value = 0;
+    std::ptrdiff_t length = 1;
+};
+
+constexpr int digitValue(char byte) noexcept
+{
+    if (byte >= '0' && byte <= '9')
+        return byte - '0';
+    const char upper = static_cast<char>(byte & ~0x20);
+    return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
+}
+
+/// Of a number, behind its "&_".
+Form numberIn(std::string_view text) noexcept
+{
+    std::uint32_t value = 0;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const auto length = static_cast<std::ptrdiff_t>(index + 3);
+        if (text[index] == ';')
+            return value == REPLACEMENT ? Form {Form::BAD} : Form {Form::WHOLE, value, length};
+        const int digit = digitValue(text[index]);
+        if (digit < 0 || index == MAX_DIGITS)
+            return {Form::BAD};
+        value = value << 4 | static_cast<std::uint32_t>(digit);
+    }
+    return {Form::CUT};
+}
+
+/// Of an escape, behind its ampersand.
+Form escapeIn(std::string_view text) noexcept
+{
+    if (text.starts_with('_'))
+        return numberIn(text.substr(1));
+    for (const NamedForm& form : NAMED_FORMS) {
+        if (text.starts_with(form.rest))
+            return {Form::WHOLE, form.unit, static_cast<std::ptrdiff_t>(form.rest.size() + 1)};
+        if (form.rest.starts_with(text))
+            return {Form::CUT};
+    }
+    return {Form::BAD};
+}
+
+} // namespace
+
+BTCAMP7::~BTCAMP7() noexcept = default;
+
+std::int32_t BTCAMP7::convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
+    std::int32_t* dstPos, std::int32_t dstLen)
+{
+    Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    while (pass.in < pass.inEnd && pass.out < pass.outEnd) {
+        if (*pass.in >= 0 && *pass.in != '&') {
+            *pass.out++ = static_cast<char16_t>(*pass.in++);
+            continue;
+        }
+        const std::string_view rest(
+            reinterpret_cast<const char*>(pass.in + 1), static_cast<std::size_t>(pass.left() - 1));
+        const Form form = *pass.in == '&' ? escapeIn(rest) : Form {Form::BAD};
+        if (form.kind == Form::CUT)
+            break;
+        if (form.kind == Form::BAD) {
+            if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
+                break;
+        } else if (isSurrogate(form.value)) {
+            throw InvalidCharacterException(u"Invalid AMP-7 sequence (decoded chars in surrogate range)");
+        } else if (form.value <= 0xFFFF) {
+            *pass.out++ = static_cast<char16_t>(form.value);
+        } else if (!storePair(pass, form.value)) {
+            break;
+        }
+        pass.in += form.length;
+    }
+    return pass.produced();
+}
+
+std::int32_t BTCAMP7::flush(char16_t*, std::int32_t*, std::int32_t)
+{
+    return 0;
+}
+
+void BTCAMP7::reset() { }
+
+const char16_t* BTCAMP7::getEncodingName()
+{
+    return NAME;
+}
+
+int BTCAMP7::getMaxBytesPerChar()
+{
+    return MAX_FORM;
+}
+
+int BTCAMP7::getMaxCharsPerByte()
+{
+    return 1;
+}
+
+CTBAMP7::~CTBAMP7() noexcept = default;
+
+std::int32_t CTBAMP7::convert(const char16_t* src, std::int32_t* srcPos, std::int32_t srcLen, signed char* dst,
+    std::int32_t* dstPos, std::int32_t dstLen)
+{
+    Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    while (pass.in < pass.inEnd) {
+        const char16_t unit = *pass.in;
+        if (isItself(unit)) {
+            if (pass.room() < 1)
+                break;
+            *pass.out++ = static_cast<signed char>(unit);
+            ++pass.in;
+            continue;
+        }
+
+        std::uint32_t value = unit;
+        std::ptrdiff_t width = 1;
+        if (isLead(unit)) {
+            if (pass.left() < 2)
+                break;
+            if (!isTrail(pass.in[1]))
+                throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);
+            value = codePoint(unit, pass.in[1]);
+            width = 2;
+        }
+        const bool isStored = value == '&' ? store(pass, "&AMP;")
+            : value < FIRST_WITHOUT_FORM
+            ? storeNumber(pass, value)
+            : storeSubstitution(pass, m_substitutionMode, m_substitutionBytes, m_substitutionLength);
+        if (!isStored)
+            break;
+        pass.in += width;
+    }
+    return pass.produced();
+}
+
+std::int32_t CTBAMP7::flush(signed char*, std::int32_t*, std::int32_t)
+{
+    return 0;
+}
+
+void CTBAMP7::reset() { }
+
+const char16_t* CTBAMP7::getEncodingName()
+{
+    return NAME;
+}
+
+int CTBAMP7::getMaxBytesPerChar()
+{
+    return MAX_FORM;
+}
+
+int CTBAMP7::getMaxCharsPerByte()
+{
+    return 1;
+}
+
+} // namespace vx::text::charset
