@@ -17,12 +17,18 @@
 #include "vx/collections/vorb/Set.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/exec/Thread.h"
+#include "vx/io/AlphaNumInputStream.h"
+#include "vx/io/AlphaNumOutputStream.h"
+#include "vx/io/BitInputStream.h"
+#include "vx/io/BitOutputStream.h"
 #include "vx/io/BufferedInputStream.h"
 #include "vx/io/BufferedOutputStream.h"
 #include "vx/io/BufferedReader.h"
 #include "vx/io/BufferedWriter.h"
 #include "vx/io/ByteArrayInputStream.h"
 #include "vx/io/ByteArrayOutputStream.h"
+#include "vx/io/DataInputStream.h"
+#include "vx/io/DataOutputStream.h"
 #include "vx/io/FilterInputStream.h"
 #include "vx/io/FilterOutputStream.h"
 #include "vx/io/FilterReader.h"
@@ -50,10 +56,12 @@
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ReaderWriterLock.h"
 #include "vx/sync/Semaphore.h"
+#include "vx/text/charset/BTCAMP7.h"
 #include "vx/text/charset/BTCSingleByte.h"
 #include "vx/text/charset/BTCUTF16.h"
 #include "vx/text/charset/BTCUTF32.h"
 #include "vx/text/charset/BTCUTF8.h"
+#include "vx/text/charset/CTBAMP7.h"
 #include "vx/text/charset/CTBSingleByte.h"
 #include "vx/text/charset/CTBUTF16.h"
 #include "vx/text/charset/CTBUTF32.h"
@@ -94,10 +102,14 @@ Object* create()
 const ClassRow CLASSES[] = {
     {u"CVXAbstractByteBuffer", &typeid(util::AbstractByteBuffer), nullptr},
     {u"CVXAbstractCharBuffer", &typeid(util::AbstractCharBuffer), nullptr},
+    {u"CVXAlphaNumInputStream", &typeid(io::AlphaNumInputStream), nullptr},
+    {u"CVXAlphaNumOutputStream", &typeid(io::AlphaNumOutputStream), nullptr},
     {u"CVXArrayList", &typeid(collections::vorb::ArrayList), create<collections::vorb::ArrayList>},
     {u"CVXAtomic", &typeid(sync::Atomic), nullptr},
     {u"CVXBigDecimal", &typeid(math::BigDecimal), create<math::BigDecimal>},
     {u"CVXBigInteger", &typeid(math::BigInteger), create<math::BigInteger>},
+    {u"CVXBitInputStream", &typeid(io::BitInputStream), nullptr},
+    {u"CVXBitOutputStream", &typeid(io::BitOutputStream), nullptr},
     {u"CVXBTCSingleByte", &typeid(text::charset::BTCSingleByte), nullptr},
     {u"CVXBTCSingleByteTable", &typeid(text::charset::BTCSingleByteTable), nullptr},
     {u"CVXByteToCharConverter", &typeid(text::charset::ByteToCharConverter), nullptr},
@@ -118,6 +130,8 @@ const ClassRow CLASSES[] = {
     {u"CVXComparator", &typeid(util::Comparator), nullptr},
     {u"CVXConstIterator", &typeid(collections::vorb::ConstIterator), nullptr},
     {u"CVXConstListIterator", &typeid(collections::vorb::ConstListIterator), nullptr},
+    {u"CVXDataInputStream", &typeid(io::DataInputStream), nullptr},
+    {u"CVXDataOutputStream", &typeid(io::DataOutputStream), nullptr},
     {u"CVXDouble", &typeid(Double), nullptr},
     {u"CVXEvent", &typeid(sync::Event), create<sync::Event>},
     {u"vx::sync::FakeAtomic", &typeid(sync::FakeAtomic), nullptr},
@@ -232,6 +246,8 @@ const ClassRow CLASSES[] = {
     {u"vx::text::charset::BTCUTF32LE", &typeid(text::charset::BTCUTF32LE), create<text::charset::BTCUTF32LE>},
     {u"vx::text::charset::CTBUTF32BE", &typeid(text::charset::CTBUTF32BE), create<text::charset::CTBUTF32BE>},
     {u"vx::text::charset::BTCUTF32BE", &typeid(text::charset::BTCUTF32BE), create<text::charset::BTCUTF32BE>},
+    {u"vx::text::charset::BTCAMP7", &typeid(text::charset::BTCAMP7), create<text::charset::BTCAMP7>},
+    {u"vx::text::charset::CTBAMP7", &typeid(text::charset::CTBAMP7), create<text::charset::CTBAMP7>},
 };
 
 } // namespace

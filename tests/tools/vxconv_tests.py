@@ -4,6 +4,7 @@
 import os
 import pty
 import random
+import re
 import resource
 import signal
 import stat
@@ -83,6 +84,14 @@ class Conversions(Scratch):
                 there = vxconv("-f", name, "--strict", data=data)
                 self.assertConverts(there, data.decode(codec).encode())
                 self.assertConverts(vxconv("-t", name, "--strict", data=there.stdout), data)
+
+    def test_carries_any_text_in_amp7(self):
+        text = "Tom & Jerry: «中» 😀\n" * BLOCK  # forms lie across the borders of the blocks
+        form = text.replace("&", "&AMP;").encode("ascii", "xmlcharrefreplace")
+        form = re.sub(rb"&#(\d+);", lambda number: b"&_%X;" % int(number[1]), form)
+        self.assertConverts(vxconv("-t", "AMP-7", "--strict", data=text.encode()), form)
+        self.assertConverts(vxconv("-f", "a7", "--strict", data=form), text.encode())
+        self.assertFails(vxconv("-f", "AMP-7", "--strict", data=b"12345&_20AC"), "byte 5: ")
 
     def test_replaces_what_has_no_mapping(self):
         self.assertConverts(vxconv("-t", "CP1252", data="a€中😀b".encode()), "a€??b".encode("cp1252"))

@@ -1,5 +1,7 @@
 #include "vx/text/charset/detail/CodecTable.h"
 
+#include <iterator>
+
 namespace vx::text::charset::detail {
 
 namespace {
@@ -48,7 +50,10 @@ constexpr CodecRow CODECS[] = {
     {u"UTF-16BE", 0, nullptr, u"vx::text::charset::CTBUTF16BE", u"vx::text::charset::BTCUTF16BE"},
     {u"UTF-32BE", 0, nullptr, u"vx::text::charset::CTBUTF32BE", u"vx::text::charset::BTCUTF32BE"},
     {u"UTF-32LE", 0, nullptr, u"vx::text::charset::CTBUTF32LE", u"vx::text::charset::BTCUTF32LE"},
+    {u"AMP-7", 0, nullptr, u"vx::text::charset::CTBAMP7", u"vx::text::charset::BTCAMP7"},
+    {u"A7", 0, u"AMP-7", u"vx::text::charset::CTBAMP7", u"vx::text::charset::BTCAMP7"},
 };
+static_assert(std::size(CODECS) == 45);
 
 constexpr CodePageRow CODE_PAGES[] = {
     {u"CP1250", 1250},

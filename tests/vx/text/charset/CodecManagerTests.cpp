@@ -44,6 +44,7 @@ TEST(CodecManager, KnowsEveryNameInAnyCase)
         {"UTF-16BE", ""},
         {"UTF-32BE", ""},
         {"UTF-32LE", ""},
+        {"AMP-7", "A7"},
     };
     for (const auto& row : ENCODINGS) {
         std::istringstream names(std::string(row.canonical) + " " + row.others);

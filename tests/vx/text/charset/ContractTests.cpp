@@ -140,6 +140,7 @@ TEST(Converter, TellsItsLimitsAndSubstitution)
         {u"UTF-16BE", {4, 4}, {4, 4}, "\xFF\xFD"},
         {u"UTF-32LE", {4, 4}, {4, 4}, {"\xFD\xFF\0\0", 4}},
         {u"UTF-32BE", {4, 4}, {4, 4}, {"\0\0\xFF\xFD", 4}},
+        {u"AMP-7", {8, 1}, {8, 1}, "?"},
     };
     for (const auto& row : cases) {
         const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(row.name));
