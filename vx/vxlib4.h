@@ -128,6 +128,7 @@
 #include "vx/log/vorb/VorbProcessor.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
+#include "vx/net/FilePath.h"
 #include "vx/net/InetAddress.h"
 #include "vx/net/InetSocketAddress.h"
 #include "vx/net/SocketAddress.h"

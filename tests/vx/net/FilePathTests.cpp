@@ -1,0 +1,155 @@
+#include "vx/net/FilePath.h"
+
+#include "tests/vxsys/Scratch.h"
+#include "vx/Exceptions.h"
+#include "vx/Result.h"
+#include "vxsys/Mount.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <unistd.h>
+
+namespace vx::net {
+namespace {
+
+/// Server, volume, path and the number of the mount type.
+std::string partsOf(const FilePath& path)
+{
+    return path.getServer().toUtf8() + "|" + path.getVolume().toUtf8() + "|" + path.getPath().toUtf8() + "|"
+        + std::to_string(path.getMountType());
+}
+
+std::string hostName()
+{
+    char name[256] = {};
+    EXPECT_EQ(::gethostname(name, sizeof name), 0);
+    return name;
+}
+
+TEST(NetFilePath, TakesUncNamesApart)
+{
+    struct {
+        const char16_t* path;
+        const char* parts;
+        const char16_t* unc;
+    } cases[] = {
+        {u"\\\\srv\\vol\\a\\b", "srv|vol|a\\b|1", u"\\\\srv\\vol\\a\\b"},
+        {u"//srv/vol/a//b/../c", "srv|vol|a\\c|1", u"\\\\srv\\vol\\a\\c"},
+        {u"\\\\srv\\vol", "srv|vol||1", u"\\\\srv\\vol\\"},
+        {u"\\\\srv\\vol:\\a", "srv|vol|a|1", u"\\\\srv\\vol\\a"},
+        {u"\\\\srv\\vol:", "srv|vol||1", u"\\\\srv\\vol\\"},
+    };
+    for (const auto& row : cases) {
+        const FilePath path(row.path);
+        EXPECT_EQ(partsOf(path), row.parts);
+        EXPECT_EQ(path.getUNCPath(), row.unc);
+        EXPECT_FALSE(path.isLocal());
+        const FilePath copy(path);
+        EXPECT_EQ(partsOf(copy), row.parts);
+        EXPECT_THROW(path.getNetwarePath(), ResultException);
+    }
+    for (const char16_t* path : {u"\\\\srv\\v:l\\a", u"\\\\s:v\\vol\\a", u"\\\\srv\\vol\\a:", u"ab:c", u"\\\\srv"})
+        EXPECT_THROW(FilePath {path}, InvalidPathException) << String(path);
+}
+
+TEST(NetFilePath, GoesByTheMountTable)
+{
+    const Scratch scratch;
+    put(scratch / "mounts",
+        "disk / ext4 rw 0 0\n"
+        "proc /mnt/hidden nfs rw 0 0\n"
+        "host:/export /mnt/nfs nfs4 rw 0 0\n"
+        "host:/ /mnt/nfs/root nfs rw 0 0\n"
+        "//srv/vol: /mnt/share\\040one cifs rw 0 0\n"
+        "//srv/vol/sub /mnt/sm\303\266b smb3 rw 0 0\n"
+        "NW/user /mnt/ncp ncpfs rw 0 0\n"
+        "tmp /mnt/hidden tmpfs rw 0 0\n"
+        "nowhere /mnt/bad1 nfs rw 0 0\n"
+        "srv /mnt/bad2 cifs rw 0 0\n"
+        "srv /mnt/bad3 ncpfs rw 0 0\n"
+        "///vol /mnt/bad4 cifs rw 0 0\n"
+        "//srv/ /mnt/bad5 cifs rw 0 0\n"
+        ":/x /mnt/bad6 nfs rw 0 0\n");
+    const ScopedVariable table("VXSYS4_MOUNTS", (scratch / "mounts").c_str());
+    const std::string local = hostName() + "|C$|";
+    std::filesystem::current_path("/usr");
+    struct {
+        const char16_t* path;
+        std::string parts;
+    } const cases[] = {
+        {u"C:\\a\\b", local + "a\\b|0"},
+        {u"c:/", local + "|0"},
+        {u"\\a\\b\\", local + "a\\b\\|0"},
+        {u"a\\b", local + "usr\\a\\b|0"},
+        {u"C:a", local + "usr\\a|0"},
+        {u"C:\\a\\..\\..\\b", local + "b|0"},
+        {u"D:\\a", hostName() + "|D$|a|0"},
+        {u"C:\\mnt\\nfs", "host||/export|2"},
+        {u"C:\\mnt\\nfs\\a\\b", "host||/export/a/b|2"},
+        {u"C:\\mnt\\nfs\\root\\a", "host||/a|2"},
+        {u"C:\\mnt\\nfsx\\a", local + "mnt\\nfsx\\a|0"},
+        {u"C:\\mnt\\hidden\\a", local + "mnt\\hidden\\a|0"},
+        {u"C:\\mnt\\share one", "srv|vol||1"},
+        {u"\\mnt\\share one\\a\\b", "srv|vol|a\\b|1"},
+        {u"..\\mnt\\sm\u00F6b\\x.y", "srv|vol\\sub|x.y|1"},
+        {u"C:\\mnt\\ncp\\a", "NW|UNKNOWN|a|1"},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(partsOf(FilePath(row.path)), row.parts) << String(row.path);
+    EXPECT_EQ(FilePath(u"C:\\mnt\\share one\\a").getUNCPath(), u"\\\\srv\\vol\\a");
+
+    const std::pair<const char16_t*, const char16_t*> faults[] = {{u"C:\\mnt\\bad1\\a", u"Invalid NFS syntax."},
+        {u"C:\\mnt\\bad2\\a", u"Invalid UNC syntax."}, {u"C:\\mnt\\bad3\\a", u"Invalid NCP syntax."},
+        {u"C:\\mnt\\bad4\\a", u"No server name specified."}, {u"C:\\mnt\\bad5\\a", u"No volume name specified."},
+        {u"C:\\mnt\\bad6\\a", u"No server name specified."}, {u"C:\\mnt\\nfs\\a", u"NFS cannot be represented by UNC"}};
+    for (const auto& [path, message] : faults) {
+        try {
+            FilePath(path).getUNCPath();
+            ADD_FAILURE() << String(path);
+        } catch (const InvalidPathException& failure) {
+            EXPECT_EQ(failure.getDescription(), message);
+        }
+    }
+}
+
+TEST(NetFilePath, IsLocalWhereTheTableCannotBeRead)
+{
+    const ScopedVariable table("VXSYS4_MOUNTS", "/nowhere");
+    const FilePath path(u"C:\\a\\b");
+    EXPECT_EQ(partsOf(path), hostName() + "|C$|a\\b|0");
+    EXPECT_EQ(path.getUNCPath(), String("\\\\" + hostName() + "\\C$\\a\\b"));
+    EXPECT_EQ(partsOf(FilePath(util::FilePath(u"\\\\srv\\vol\\a"))), "|||0") << "nothing was looked up";
+}
+
+TEST(NetFilePath, AsksForTheHostOnce)
+{
+    std::string seen[4];
+    std::thread threads[std::size(seen)];
+    for (std::size_t index = 0; index < std::size(seen); ++index)
+        threads[index] = std::thread([&seen, index] { seen[index] = FilePath(u"C:\\proc\\a").getServer().toUtf8(); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const std::string& name : seen)
+        EXPECT_EQ(name, hostName());
+}
+
+TEST(MountTable, LooksAtItsArguments)
+{
+    std::int32_t kind = 7;
+    std::int32_t behind = 7;
+    char16_t source[4] = {u'x'};
+    EXPECT_EQ(VXMountFind(u"D:\\a", &kind, source, 4, &behind), RESULT_PATH_NOT_FOUND);
+    EXPECT_EQ(kind + behind + source[0], 0) << "cleared first";
+    EXPECT_EQ(VXMountFind(nullptr, &kind, source, 4, &behind), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXMountFind(u"C:\\a", &kind, source, 0, &behind), RESULT_INVALID_ARGUMENT);
+
+    const Scratch scratch;
+    put(scratch / "mounts", "h:/abc / nfs rw 0 0\n");
+    const ScopedVariable table("VXSYS4_MOUNTS", (scratch / "mounts").c_str());
+    EXPECT_EQ(VXMountFind(u"C:\\a", &kind, source, 4, &behind), RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(source[0], 0);
+}
+
+} // namespace
+} // namespace vx::net
