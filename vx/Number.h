@@ -78,6 +78,7 @@ public:
     static math::BigDecimal parseBigDecimal(const String& text);
 };
 
+/// The base of the boxes with a sign: prints the value in decimal.
 class VX_API SignedInteger : public Number {
 public:
     ~SignedInteger() noexcept override;
@@ -86,6 +87,7 @@ public:
     String toString() const override;
 };
 
+/// The base of the boxes without a sign: prints the value in any radix, and never as negative.
 class VX_API UnsignedInteger : public Number {
 public:
     ~UnsignedInteger() noexcept override;

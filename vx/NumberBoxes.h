@@ -6,13 +6,10 @@
 
 namespace vx {
 
-// A box holds one primitive number as an object. Made from another number or a text it truncates in silence; a text is
-// read by the parser of `Number` for its kind, and only those of 64 bits refuse one.
-//
-// `compareTo` first converts the other number to the box's own type, truncating, so that it is not symmetric between
-// boxes of different types: an Integer8 of 1 equals an Integer32 of 257. It throws CastFailedException for an object that
-// is no Number. The narrow boxes give the difference of the two values.
-
+/// A box: one primitive number as an object. Made from another number or a text it truncates in silence; only the boxes
+/// of 64 bits refuse a text. `compareTo` first converts the other number to the box's own type, so that it is not
+/// symmetric: an Integer8 of 1 equals an Integer32 of 257. The narrow boxes give the difference of the two values. An
+/// object that is no Number throws CastFailedException.
 class VX_API Integer8 : public SignedInteger {
 public:
     explicit Integer8(signed char value) noexcept
@@ -46,6 +43,7 @@ private:
     signed char m_value;
 };
 
+/// As Integer8, for `short`.
 class VX_API Integer16 : public SignedInteger {
 public:
     explicit Integer16(short value) noexcept
@@ -79,6 +77,7 @@ private:
     short m_value;
 };
 
+/// As Integer8, for 32 bits.
 class VX_API Integer32 : public SignedInteger {
 public:
     explicit Integer32(std::int32_t value) noexcept
@@ -113,6 +112,7 @@ private:
     std::int32_t m_value;
 };
 
+/// As Integer8, for 64 bits.
 class VX_API Integer64 : public SignedInteger {
 public:
     explicit Integer64(std::int64_t value) noexcept
@@ -147,6 +147,7 @@ private:
     std::int64_t m_value;
 };
 
+/// As Integer8, for `unsigned char`.
 class VX_API UInteger8 : public UnsignedInteger {
 public:
     explicit UInteger8(unsigned char value) noexcept
@@ -181,6 +182,7 @@ private:
     unsigned char m_value;
 };
 
+/// As Integer8, for `unsigned short`.
 class VX_API UInteger16 : public UnsignedInteger {
 public:
     explicit UInteger16(unsigned short value) noexcept
@@ -215,6 +217,7 @@ private:
     unsigned short m_value;
 };
 
+/// As Integer8, for 32 bits without a sign.
 class VX_API UInteger32 : public UnsignedInteger {
 public:
     explicit UInteger32(std::uint32_t value) noexcept
@@ -250,6 +253,7 @@ private:
     std::uint32_t m_value;
 };
 
+/// As Integer8, for 64 bits without a sign.
 class VX_API UInteger64 : public UnsignedInteger {
 public:
     explicit UInteger64(std::uint64_t value) noexcept
@@ -286,6 +290,7 @@ private:
     std::uint64_t m_value;
 };
 
+/// As Integer8, for `float`.
 class VX_API Float : public Number {
 public:
     explicit Float(float value) noexcept
@@ -322,6 +327,7 @@ private:
     float m_value;
 };
 
+/// As Integer8, for `double`.
 class VX_API Double : public Number {
 public:
     explicit Double(double value) noexcept

@@ -5,6 +5,7 @@
 
 namespace vx::collections {
 
+/// As ConstIterator, in both directions of a list.
 template <class T>
 class VX_API ConstListIterator : public ConstIterator<T> {
 public:

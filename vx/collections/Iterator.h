@@ -5,6 +5,7 @@
 
 namespace vx::collections {
 
+/// As ConstIterator, over an iterator that can take elements out.
 template <class T>
 class VX_API Iterator : public ConstIterator<T> {
 public:

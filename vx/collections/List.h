@@ -7,6 +7,7 @@
 
 namespace vx::collections {
 
+/// As Collection, over a list.
 template <class T>
 class VX_API List : public Collection<T> {
 public:

@@ -4,12 +4,14 @@
 
 namespace vx::io {
 
+/// A stream that fails.
 class VX_API IoException : public Exception {
 public:
     using Exception::Exception;
     ~IoException() noexcept override;
 };
 
+/// A read that has waited for as long as it may. The stream is as it was.
 class VX_API TimeoutException : public IoException {
 public:
     using IoException::IoException;

@@ -5,6 +5,7 @@
 
 namespace vx::collections::vorb {
 
+/// What AbstractCollection is for sets. It compares, equals and hashes by address.
 class VX_API AbstractSet : public AbstractCollection, public virtual Set {
 public:
     ~AbstractSet() noexcept(false) override;

@@ -5,6 +5,7 @@
 
 namespace vx::collections::vorb {
 
+/// A walk that changes the list where it stands, which it does not take for a change behind it.
 class VX_API ListIterator : public virtual Iterator, public virtual ConstListIterator {
 public:
     /// Puts `element` where the iterator stands; the next step forwards does not give it.

@@ -68,6 +68,7 @@ private:
     const char16_t* m_table;
 };
 
+/// Code page 437 of the published mapping; bytes below 0x20 are the control characters.
 class VX_API BTCCP437 : public BTCSingleByteTable {
 public:
     using BTCSingleByteTable::BTCSingleByteTable;
@@ -75,6 +76,7 @@ public:
     ~BTCCP437() noexcept override;
 };
 
+/// Code page 1252 of the published mapping; 0x81, 0x8D, 0x8F, 0x90 and 0x9D have no character.
 class VX_API BTCCP1252 : public BTCSingleByteTable {
 public:
     using BTCSingleByteTable::BTCSingleByteTable;

@@ -19,6 +19,7 @@ protected:
     BTCUTF16() noexcept = default;
 };
 
+/// The most significant byte comes first.
 class VX_API BTCUTF16BE : public BTCUTF16 {
 public:
     BTCUTF16BE() noexcept = default;
@@ -30,6 +31,7 @@ public:
     std::uint16_t convertUTF16(std::uint16_t unit) override;
 };
 
+/// The least significant byte comes first.
 class VX_API BTCUTF16LE : public BTCUTF16 {
 public:
     BTCUTF16LE() noexcept = default;

@@ -20,6 +20,7 @@ protected:
     BTCUTF32() noexcept = default;
 };
 
+/// The most significant byte comes first.
 class VX_API BTCUTF32BE : public BTCUTF32 {
 public:
     BTCUTF32BE() noexcept = default;
@@ -31,6 +32,7 @@ public:
     std::uint32_t convertUTF32(std::uint32_t value) override;
 };
 
+/// The least significant byte comes first.
 class VX_API BTCUTF32LE : public BTCUTF32 {
 public:
     BTCUTF32LE() noexcept = default;

@@ -27,6 +27,7 @@ protected:
     char16_t m_lead = 0; ///< the held lead surrogate, 0 for none
 };
 
+/// ASCII: characters from U+0080 have no byte.
 class VX_API CTBASCII : public CTBSingleByte {
 public:
     CTBASCII() noexcept = default;
@@ -39,6 +40,7 @@ public:
     signed char convertChar(char16_t unit) override;
 };
 
+/// ISO 8859-1: characters from U+0100 have no byte.
 class VX_API CTBISO8859_1 : public CTBSingleByte {
 public:
     CTBISO8859_1() noexcept = default;
@@ -71,6 +73,7 @@ private:
     const unsigned char* m_pages;
 };
 
+/// The inverse of BTCCP437.
 class VX_API CTBCP437 : public CTBSingleByteTable {
 public:
     using CTBSingleByteTable::CTBSingleByteTable;
@@ -78,6 +81,7 @@ public:
     ~CTBCP437() noexcept override;
 };
 
+/// The inverse of BTCCP1252.
 class VX_API CTBCP1252 : public CTBSingleByteTable {
 public:
     using CTBSingleByteTable::CTBSingleByteTable;

@@ -21,6 +21,7 @@ protected:
     CTBUTF16() noexcept = default;
 };
 
+/// The most significant byte comes first.
 class VX_API CTBUTF16BE : public CTBUTF16 {
 public:
     CTBUTF16BE() noexcept;
@@ -32,6 +33,7 @@ public:
     std::uint16_t convertUTF16(std::uint16_t unit) override;
 };
 
+/// The least significant byte comes first.
 class VX_API CTBUTF16LE : public CTBUTF16 {
 public:
     CTBUTF16LE() noexcept;

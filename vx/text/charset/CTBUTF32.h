@@ -25,6 +25,7 @@ private:
     char16_t m_lead = 0;
 };
 
+/// The most significant byte comes first.
 class VX_API CTBUTF32BE : public CTBUTF32 {
 public:
     CTBUTF32BE() noexcept;
@@ -36,6 +37,7 @@ public:
     std::uint32_t convertUTF32(std::uint32_t value) override;
 };
 
+/// The least significant byte comes first.
 class VX_API CTBUTF32LE : public CTBUTF32 {
 public:
     CTBUTF32LE() noexcept;
