@@ -39,6 +39,13 @@ VXSYS_API std::int32_t VXComRegisterClassObject(const char16_t* progId, const _G
 /// unknown token.
 VXSYS_API std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept;
 
-/// 1 when the two are the same 16 bytes, else 0. Null is the same as nothing.
+/// A new identifier of random bits (RFC 4122, version 4).
+VXSYS_API std::int32_t VXComGenerateGUID(_GUID* guid) noexcept;
+/// -1, 0 or 1, field by field in their order. Null comes before any identifier.
 VXSYS_API std::int32_t VXComCompareGUID(const _GUID* left, const _GUID* right) noexcept;
+/// Takes the form {00000000-0000-0000-C000-000000000046}, digits in any case, and nothing around it. Anything else gives
+/// RESULT_INVALID_ARGUMENT and a zero identifier.
+VXSYS_API std::int32_t VXComGUIDFromString(const char16_t* text, _GUID* guid) noexcept;
+/// Writes that form in upper case: 38 units and the terminator. RESULT_BUFFER_TOO_SMALL where `size` is below 39.
+VXSYS_API std::int32_t VXComStringFromGUID(const _GUID* guid, char16_t* text, std::int32_t size) noexcept;
 }

@@ -204,13 +204,64 @@ TEST(Component, WaitsForCreationsBeforeAnOfferIsGone)
     }
 }
 
-TEST(Component, ComparesIdentifiersByAllTheirBytes)
+TEST(Component, ComparesIdentifiersFieldByField)
 {
-    const _GUID same = FIRST_CLASS;
-    EXPECT_EQ(VXComCompareGUID(&FIRST_CLASS, &same), 1);
-    EXPECT_EQ(VXComCompareGUID(&FIRST_CLASS, &SECOND_CLASS), 0);
-    EXPECT_EQ(VXComCompareGUID(&FIRST_CLASS, nullptr), 0);
+    const _GUID rising[] = {{1, 2, 3, {4, 5}}, {1, 2, 3, {4, 0x85}}, {1, 2, 3, {0x84}}, {1, 2, 0x8003, {}},
+        {1, 0x8002, 0, {}}, {0x01000001, 0, 0, {}}, {0x80000000, 0, 0, {}}};
+    const _GUID* previous = nullptr;
+    for (const _GUID& guid : rising) {
+        const _GUID same = guid;
+        EXPECT_EQ(VXComCompareGUID(&guid, &same), 0);
+        EXPECT_EQ(VXComCompareGUID(previous, &guid), -1);
+        EXPECT_EQ(VXComCompareGUID(&guid, previous), 1);
+        previous = &guid;
+    }
     EXPECT_EQ(VXComCompareGUID(nullptr, nullptr), 0);
+}
+
+TEST(Component, PrintsAndParsesIdentifiers)
+{
+    constexpr _GUID GUID {0x0123ABCD, 0x4567, 0x89EF, {0xFE, 0xDC, 0xBA, 0x98, 0x76, 0x54, 0x32, 0x10}};
+    char16_t text[39];
+    EXPECT_EQ(VXComStringFromGUID(&GUID, text, 39), RESULT_OK);
+    EXPECT_EQ(std::u16string(text), u"{0123ABCD-4567-89EF-FEDC-BA9876543210}");
+    _GUID parsed {};
+    EXPECT_EQ(VXComGUIDFromString(u"{0123abCD-4567-89eF-feDC-BA9876543210}", &parsed), RESULT_OK);
+    EXPECT_TRUE(parsed == GUID);
+
+    EXPECT_EQ(VXComStringFromGUID(&GUID, text, 38), RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(text[0], 0);
+    const std::u16string whole = u"{0123ABCD-4567-89EF-FEDC-BA9876543210}";
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        parsed = GUID;
+        EXPECT_EQ(VXComGUIDFromString(whole.substr(0, length).c_str(), &parsed), RESULT_INVALID_ARGUMENT) << length;
+        EXPECT_TRUE(parsed == _GUID {}) << length;
+        for (const char16_t wrong :
+            {u' ', u'g', u'/', u':', u'@', u'`', u'\uFF11', whole[length] == u'-' ? u'0' : u'-'}) {
+            std::u16string changed = whole;
+            changed[length] = wrong;
+            EXPECT_EQ(VXComGUIDFromString(changed.c_str(), &parsed), RESULT_INVALID_ARGUMENT) << length;
+        }
+    }
+    EXPECT_EQ(VXComGUIDFromString((whole + u" ").c_str(), &parsed), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXComGUIDFromString(nullptr, &parsed), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXComGUIDFromString(whole.c_str(), nullptr), RESULT_POINTER);
+    EXPECT_EQ(VXComStringFromGUID(nullptr, text, 39), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(VXComStringFromGUID(&GUID, nullptr, 39), RESULT_POINTER);
+}
+
+TEST(Component, GeneratesIdentifiersThatSayHowTheyWereMade)
+{
+    _GUID last {};
+    for (int i = 0; i < 100; ++i) {
+        _GUID guid {};
+        ASSERT_EQ(VXComGenerateGUID(&guid), RESULT_OK);
+        EXPECT_EQ(guid.Data3 >> 12, 4);
+        EXPECT_EQ(guid.Data4[0] >> 6, 2);
+        EXPECT_FALSE(guid == last);
+        last = guid;
+    }
+    EXPECT_EQ(VXComGenerateGUID(nullptr), RESULT_POINTER);
 }
 
 } // namespace

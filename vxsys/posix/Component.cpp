@@ -250,8 +250,3 @@ std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept
     endUse(offer);
     return RESULT_OK;
 }
-
-std::int32_t VXComCompareGUID(const _GUID* left, const _GUID* right) noexcept
-{
-    return left != nullptr && right != nullptr && *left == *right;
-}

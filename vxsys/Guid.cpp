@@ -1,0 +1,111 @@
+#include "vxsys/Guid.h"
+
+#include "vxsys/Component.h"
+#include "vxsys/Result.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <string_view>
+
+namespace {
+
+using namespace vxsys::results;
+
+/// The text form with a zero in the place of each digit.
+constexpr std::u16string_view FORM = u"{00000000-0000-0000-0000-000000000000}";
+
+/// In the order of the text form: each number with its highest byte first.
+using Bytes = std::array<std::uint8_t, sizeof(_GUID)>;
+
+Bytes toBytes(const _GUID& guid) noexcept
+{
+    const auto byte = [](std::uint32_t number, int shift) { return static_cast<std::uint8_t>(number >> shift); };
+    Bytes bytes {byte(guid.Data1, 24), byte(guid.Data1, 16), byte(guid.Data1, 8), byte(guid.Data1, 0),
+        byte(guid.Data2, 8), byte(guid.Data2, 0), byte(guid.Data3, 8), byte(guid.Data3, 0)};
+    std::copy(std::begin(guid.Data4), std::end(guid.Data4), bytes.begin() + 8);
+    return bytes;
+}
+
+_GUID fromBytes(const Bytes& bytes) noexcept
+{
+    const auto word = [&](int at) { return static_cast<std::uint16_t>(bytes[at] << 8 | bytes[at + 1]); };
+    _GUID guid {static_cast<std::uint32_t>(word(0)) << 16 | word(2), word(4), word(6), {}};
+    std::copy(bytes.begin() + 8, bytes.end(), guid.Data4);
+    return guid;
+}
+
+/// -1: no hexadecimal digit.
+int digitOf(char16_t unit) noexcept
+{
+    if (unit >= u'0' && unit <= u'9')
+        return unit - u'0';
+    if (unit >= u'A' && unit <= u'F')
+        return unit - u'A' + 10;
+    if (unit >= u'a' && unit <= u'f')
+        return unit - u'a' + 10;
+    return -1;
+}
+
+} // namespace
+
+std::int32_t VXComCompareGUID(const _GUID* left, const _GUID* right) noexcept
+{
+    if (left == nullptr || right == nullptr)
+        return (left != nullptr) - (right != nullptr);
+    const Bytes first = toBytes(*left);
+    const Bytes second = toBytes(*right);
+    return first < second ? -1 : second < first;
+}
+
+std::int32_t VXComGUIDFromString(const char16_t* text, _GUID* guid) noexcept
+{
+    if (guid == nullptr)
+        return RESULT_POINTER;
+    *guid = {};
+    if (text == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+
+    Bytes bytes {};
+    std::size_t digits = 0;
+    for (const char16_t expected : FORM) { // stops at the terminator, which is nowhere expected
+        const int digit = digitOf(*text);
+        if (expected == u'0' ? digit < 0 : *text != expected)
+            return RESULT_INVALID_ARGUMENT;
+        if (expected == u'0') {
+            std::uint8_t& byte = bytes[digits++ / 2];
+            byte = static_cast<std::uint8_t>(byte << 4 | digit);
+        }
+        ++text;
+    }
+    if (*text != 0)
+        return RESULT_INVALID_ARGUMENT;
+    *guid = fromBytes(bytes);
+    return RESULT_OK;
+}
+
+std::int32_t VXComStringFromGUID(const _GUID* guid, char16_t* text, std::int32_t size) noexcept
+{
+    if (text == nullptr)
+        return RESULT_POINTER;
+    if (size > 0)
+        *text = 0;
+    if (guid == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    if (size <= static_cast<std::int32_t>(FORM.size()))
+        return RESULT_BUFFER_TOO_SMALL;
+
+    const Bytes bytes = toBytes(*guid);
+    std::size_t digits = 0;
+    for (const char16_t expected : FORM) {
+        *text = expected;
+        if (expected == u'0') {
+            const int digit = bytes[digits / 2] >> (digits % 2 == 0 ? 4 : 0) & 0xF;
+            *text = u"0123456789ABCDEF"[digit];
+            ++digits;
+        }
+        ++text;
+    }
+    *text = 0;
+    return RESULT_OK;
+}
