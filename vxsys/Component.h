@@ -7,8 +7,10 @@
 
 class IVXUnknown;
 
-/// Components by ProgID and class identifier, and identifiers themselves. `module` names the calling library by an
-/// address inside it. A null out-parameter gives RESULT_POINTER, another null argument RESULT_INVALID_ARGUMENT; `outer` may
+/// Components by ProgID and class identifier, and identifiers themselves. Classes come from offers of the process first, then
+/// from shared libraries by what the hive VX_HKEY_CLASSES_32 of the registry says: a key PROGID\CLSID holds a class
+/// identifier, a key CLSID\{...}\InprocServer32 the library, both as default values. `module` names the calling library by
+/// an address inside it. A null out-parameter gives RESULT_POINTER, another null argument RESULT_INVALID_ARGUMENT; `outer` may
 /// be null. All are safe between threads.
 extern "C" {
 
@@ -16,16 +18,37 @@ extern "C" {
 VXSYS_API void VXModuleSetInitialized(const void* module, std::int32_t initialized) noexcept;
 
 /// The class identifier that `progId`, in any case, names; RESULT_CLASS_NOT_AVAILABLE and a zero identifier where there is
-/// none.
+/// none, and the registry's failure where it cannot be read.
 VXSYS_API std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noexcept;
 /// Creates an object of a class and gives its interface `iid`, counted for the caller; `*object` is null after a failure.
 /// RESULT_CLASS_NOT_AVAILABLE where nobody offers the class, RESULT_NOT_AVAILABLE for a module that is not ready. A null
-/// `module` is the program itself, which always is.
+/// `module` is the program itself, which always is. A library that serves is loaded once; for one that cannot be, the results
+/// of `VXModuleLibOpen`, RESULT_SYMBOL_NOT_FOUND without `VXGetClassObject`, RESULT_INVALID_NAME for a path that is no full
+/// one, and RESULT_ACCESS_DENIED unless it and the folders above it are the user's or root's and nobody else may write there.
 VXSYS_API std::int32_t VXModuleComCreateObject(
     const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
 /// Both steps in one, for the program itself.
 VXSYS_API std::int32_t VXComCreateObjectByProgID(
     const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
+
+/// What a component library exports under these names less "Function", as C functions. The first gives the class's factory,
+/// which in `iid` is asked for as `IVXClassFactory`, counted for the caller. The second gives 0 when nothing of the library is
+/// in use; one without it stays in the process.
+using VXGetClassObjectFunction = std::int32_t (*)(const _GUID* classId, const _GUID* iid, void** factory);
+using VXCanUnloadNowFunction = std::int32_t (*)();
+/// Write the library's classes into the registry, and take them out again.
+using VXRegisterServerFunction = std::int32_t (*)();
+using VXUnregisterServerFunction = std::int32_t (*)();
+
+/// Takes out of the process what component libraries say that they are not in use, and gives their number. No thread may be
+/// inside the last `Release` of an object of theirs.
+VXSYS_API std::int32_t VXComFreeUnusedLibraries() noexcept;
+/// Has the component library at `path` write its classes into the registry, or take them out. Its failures, or those of its
+/// loading.
+VXSYS_API std::int32_t VXComRegisterLibrary(const char16_t* path) noexcept;
+VXSYS_API std::int32_t VXComUnregisterLibrary(const char16_t* path) noexcept;
+/// Whether objects could come from the component library at `path`: RESULT_OK, or why not.
+VXSYS_API std::int32_t VXComCheckLibrary(const char16_t* path) noexcept;
 
 /// Creates one object and gives its interface `iid`, counted for the caller, or a negative result. An exception that
 /// leaves it becomes RESULT_OUT_OF_MEMORY or RESULT_FAIL.

@@ -19,6 +19,9 @@ inline constexpr VXLibHandle VX_LIB_INVALID_HANDLE = UINTPTR_MAX;
 VXSYS_API std::int32_t VXModuleLibOpen(const void* module, const char16_t* name, VXLibHandle* handle) noexcept;
 /// Takes one count back; at the last one the library leaves the process.
 VXSYS_API std::int32_t VXModuleLibClose(const void* module, VXLibHandle handle) noexcept;
+/// The full path of the library's file as the system writes it, with "/", zero-terminated in `name` of `size` units.
+/// RESULT_BUFFER_TOO_SMALL where it does not fit, RESULT_NOT_FOUND for an address in no library; `name` is empty then.
+VXSYS_API std::int32_t VXModuleGetFileName(const void* module, char16_t* name, std::int32_t size) noexcept;
 /// The address of an exported symbol; RESULT_SYMBOL_NOT_FOUND and null where there is none.
 VXSYS_API std::int32_t VXLibGetSymbol(VXLibHandle handle, const char16_t* name, void** symbol) noexcept;
 }

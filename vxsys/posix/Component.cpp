@@ -3,6 +3,7 @@
 #include "vxsys/Result.h"
 #include "vxsys/Text.h"
 #include "vxsys/detail/StateLock.h"
+#include "vxsys/posix/ComponentLibrary.h"
 
 #include <algorithm>
 #include <exception>
@@ -110,10 +111,10 @@ public:
     Creation(const Creation&) = delete;
     Creation& operator=(const Creation&) = delete;
 
+    bool hasOffer() const noexcept { return m_offer != nullptr; }
+
     std::int32_t run(IVXUnknown* outer, const _GUID* iid, void** object) const noexcept
     {
-        if (m_offer == nullptr)
-            return RESULT_CLASS_NOT_AVAILABLE;
         try {
             return m_offer->create(m_offer->context, outer, iid, object);
         } catch (const std::bad_alloc&) {
@@ -141,10 +142,23 @@ private:
 
 constinit thread_local const Creation* Creation::s_innermost = nullptr;
 
+bool findOffered(std::u16string_view progId, _GUID& classId) noexcept
+{
+    if (progId.empty())
+        return false;
+    const StateGuard guard(g_lock);
+    const ClassOffer* found
+        = *findPlace(g_offers, [&](const ClassOffer& offer) { return isSameText(offer.progId, progId); });
+    if (found != nullptr)
+        classId = found->classId;
+    return found != nullptr;
+}
+
 std::int32_t createObject(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
 {
     const Creation creation(classId);
-    const std::int32_t result = creation.run(outer, iid, object);
+    const std::int32_t result
+        = creation.hasOffer() ? creation.run(outer, iid, object) : createFromLibrary(classId, outer, iid, object);
     if (failed(result))
         *object = nullptr;
     else if (*object == nullptr)
@@ -174,15 +188,7 @@ std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noex
     if (progId == nullptr)
         return RESULT_INVALID_ARGUMENT;
 
-    const std::u16string_view wanted(progId);
-    const StateGuard guard(g_lock);
-    const ClassOffer* found = wanted.empty()
-        ? nullptr
-        : *findPlace(g_offers, [&](const ClassOffer& offer) { return isSameText(offer.progId, wanted); });
-    if (found == nullptr)
-        return RESULT_CLASS_NOT_AVAILABLE;
-    *classId = found->classId;
-    return RESULT_OK;
+    return findOffered(progId, *classId) ? RESULT_OK : findClass(progId, *classId);
 }
 
 std::int32_t VXModuleComCreateObject(

@@ -2,17 +2,17 @@
 
 #include "vxsys/Result.h"
 #include "vxsys/detail/Path.h"
-#include "vxsys/detail/Retry.h"
 #include "vxsys/detail/Utf.h"
+#include "vxsys/posix/LibraryFile.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
-#include <elf.h>
-#include <fcntl.h>
+#include <link.h>
 #include <string_view>
-#include <unistd.h>
 
 namespace {
 
@@ -36,30 +36,6 @@ std::int32_t narrowName(std::u16string_view name, char (&target)[NAME_SIZE]) noe
 bool isPath(std::u16string_view name) noexcept
 {
     return name.find_first_of(u"\\/:") != name.npos;
-}
-
-/// Why the loader refused the file at `path`: it gives a text only.
-std::int32_t whyRefused(const char* path) noexcept
-{
-    const int file = retryOnSignal([&] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY); });
-    if (file == -1)
-        return VXResultFromNative(errno);
-    Elf64_Ehdr header {};
-    const ssize_t got = retryOnSignal([&] { return ::read(file, &header, sizeof header); });
-    ::close(file);
-#if defined(__x86_64__)
-    constexpr auto MACHINE = EM_X86_64;
-#elif defined(__aarch64__)
-    constexpr auto MACHINE = EM_AARCH64;
-#endif
-    const bool isLibrary = got == static_cast<ssize_t>(sizeof header)
-        && std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 && header.e_type == ET_DYN
-        && header.e_ident[EI_CLASS] == (sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32)
-#if defined(__x86_64__) || defined(__aarch64__)
-        && header.e_machine == MACHINE
-#endif
-        ;
-    return isLibrary ? RESULT_MODULE_NOT_FOUND : RESULT_BAD_MODULE;
 }
 
 } // namespace
@@ -87,11 +63,9 @@ std::int32_t VXModuleLibOpen(const void*, const char16_t* name, VXLibHandle* han
         native = relative;
     }
 
-    void* library = ::dlopen(native, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        return isAPath ? whyRefused(native) : RESULT_MODULE_NOT_FOUND;
-    *handle = reinterpret_cast<VXLibHandle>(library);
-    return RESULT_OK;
+    if (isAPath)
+        return openLibraryFile(native, handle);
+    return loadLibrary(native, handle) ? RESULT_OK : RESULT_MODULE_NOT_FOUND;
 }
 
 std::int32_t VXModuleLibClose(const void*, VXLibHandle handle) noexcept
@@ -99,6 +73,30 @@ std::int32_t VXModuleLibClose(const void*, VXLibHandle handle) noexcept
     if (handle == VX_LIB_INVALID_HANDLE || handle == 0)
         return RESULT_INVALID_HANDLE;
     return ::dlclose(reinterpret_cast<void*>(handle)) == 0 ? RESULT_OK : RESULT_INVALID_HANDLE;
+}
+
+std::int32_t VXModuleGetFileName(const void* module, char16_t* name, std::int32_t size) noexcept
+{
+    if (name == nullptr || size < 1)
+        return RESULT_INVALID_ARGUMENT;
+    *name = 0;
+    const char* file = "/proc/self/exe";
+    Dl_info info;
+    if (module != nullptr) {
+        struct link_map* map = nullptr;
+        if (::dladdr1(module, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0)
+            return RESULT_NOT_FOUND;
+        if (*map->l_name != '\0') // the program has none there
+            file = map->l_name;
+    }
+    char real[PATH_MAX];
+    if (::realpath(file, real) == nullptr)
+        return VXResultFromNative(errno);
+    const Conversion done = utf8ToUtf16(real, name, static_cast<std::size_t>(size) - 1);
+    name[done.outcome == Outcome::done ? done.written : 0] = 0;
+    if (done.outcome == Outcome::badText)
+        return RESULT_INVALID_NAME;
+    return done.outcome == Outcome::done ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
 }
 
 std::int32_t VXLibGetSymbol(VXLibHandle handle, const char16_t* name, void** symbol) noexcept

@@ -1,0 +1,364 @@
+#include "vxsys/Registry.h"
+
+#include "tests/vxsys/Child.h"
+#include "tests/vxsys/Scratch.h"
+#include "vxsys/detail/RegistryRecord.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <random>
+#include <string>
+#include <sys/stat.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace std::string_literals;
+using namespace vxsys::results;
+
+/// A store of its own.
+class Registry : public testing::Test {
+protected:
+    static std::int32_t set(const std::u16string& key, const std::u16string& name, const std::string& data)
+    {
+        return VXRegistrySetValue(VX_HKEY_USER, key.c_str(), name.c_str(), VX_REG_BINARY, data.data(),
+            static_cast<std::int32_t>(data.size()));
+    }
+    /// The data of a value, or its failure as a text.
+    static std::string get(const std::u16string& key, const std::u16string& name)
+    {
+        std::string data(100'000, '\0');
+        auto length = static_cast<std::int32_t>(data.size());
+        ENUM_VX_REG_TYPE type = VX_REG_UINT32;
+        const std::int32_t result
+            = VXRegistryGetValue(VX_HKEY_USER, key.c_str(), name.c_str(), &type, data.data(), &length);
+        if (failed(result))
+            return result == RESULT_NOT_FOUND ? "none" : "failed";
+        EXPECT_EQ(type, VX_REG_BINARY);
+        return data.substr(0, static_cast<std::size_t>(length));
+    }
+    static std::vector<std::u16string> names(const char16_t* key, bool ofKeys)
+    {
+        VXRegistryEnum handle = nullptr;
+        EXPECT_EQ((ofKeys ? VXRegistryOpenKeyEnum : VXRegistryOpenValueEnum)(VX_HKEY_USER, key, &handle), RESULT_OK);
+        std::vector<std::u16string> found;
+        for (;;) {
+            char16_t name[255];
+            std::int32_t length = std::size(name);
+            const std::int32_t result = ofKeys
+                ? VXRegistryEnumNextKey(handle, name, &length)
+                : VXRegistryEnumNextValue(handle, name, &length, nullptr, nullptr, nullptr);
+            if (failed(result)) {
+                EXPECT_EQ(result, RESULT_NO_MORE_ITEMS);
+                break;
+            }
+            found.emplace_back(name, static_cast<std::size_t>(length));
+        }
+        EXPECT_EQ(VXRegistryCloseEnum(handle), RESULT_OK);
+        return found;
+    }
+
+    Scratch m_scratch;
+    std::filesystem::path m_place = m_scratch / "store";
+    ScopedVariable m_named {"VXSYS4_REGISTRY", m_place.c_str()};
+};
+
+using Names = std::vector<std::u16string>;
+
+TEST_F(Registry, KeepsEveryNameApartAndInItsFolder)
+{
+    const std::u16string longest(255, u'\x3042');
+    const Names odd {u"..", u".", u"/", u"../../x", u"%", u"%2F", u"a%00", u"\x01\x1F\x7F", u" ", u"key", u"pending",
+        u"lock", u"k-key", u"~", u"*?", u"\xD83D\xDE00", u"\x00E4", longest, longest.substr(1),
+        std::u16string(255, u'x')};
+    std::ptrdiff_t number = 0;
+    for (const std::u16string& name : odd) {
+        EXPECT_EQ(set(u"Odd\\" + name, name, std::to_string(number++)), RESULT_OK) << number;
+    }
+    number = 0;
+    for (const std::u16string& name : odd) {
+        EXPECT_EQ(get(u"oDD\\\\" + name, name), std::to_string(number++));
+        EXPECT_EQ(names((u"Odd\\" + name).c_str(), false), Names {name});
+    }
+    Names found = names(u"Odd", true);
+    Names sorted = odd;
+    std::sort(found.begin(), found.end());
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(found, sorted);
+    EXPECT_EQ(names(u"", true), Names {u"Odd"});
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_scratch.getPath()), {}), 1);
+
+    std::u16string deep;
+    for (int level = 0; level < 40; ++level)
+        deep += u"\\" + longest;
+    EXPECT_EQ(set(deep, u"", "deep"), RESULT_OK);
+    EXPECT_EQ(get(deep, u""), "deep");
+    EXPECT_EQ(VXRegistryDeleteKey(VX_HKEY_USER, longest.c_str()), RESULT_OK);
+    EXPECT_EQ(get(deep, u""), "none");
+}
+
+TEST_F(Registry, KeepsTheCaseOfTheFirstWritingAndTellsNothingApartByIt)
+{
+    EXPECT_EQ(set(u"Key\\\x00C4pfel", u"Name", "1"), RESULT_OK);
+    EXPECT_EQ(set(u"KEY\\\x00E4PFEL", u"nAME", "2"), RESULT_OK);
+    EXPECT_EQ(get(u"key\\\x00C4PFEL", u"NAME"), "2");
+    EXPECT_EQ(names(u"KEY", true), Names {u"\x00C4pfel"});
+    EXPECT_EQ(names(u"key\\\x00E4pfel", false), Names {u"Name"});
+    EXPECT_EQ(VXRegistryDeleteValue(VX_HKEY_USER, u"kEY\\\x00E4pfel", u"NAme"), RESULT_OK);
+    EXPECT_EQ(VXRegistryDeleteKey(VX_HKEY_USER, u"kEY\\\x00E4pfel"), RESULT_OK);
+    EXPECT_EQ(names(u"key", true), Names {});
+}
+
+TEST_F(Registry, TellsWhatIsWrong)
+{
+    const std::u16string tooLong(256, u'x');
+    const char data[4] = "abc";
+    ENUM_VX_REG_TYPE type = VX_REG_STRING;
+    std::int32_t length = 2;
+    EXPECT_EQ(get(u"", u"a"), "none") << "no store yet";
+    EXPECT_EQ(names(u"", true), Names {});
+    EXPECT_EQ(VXRegistryDeleteKey(VX_HKEY_USER, u"a"), RESULT_NOT_FOUND);
+    EXPECT_FALSE(std::filesystem::exists(m_place)) << "looking made it";
+    ASSERT_EQ(set(u"a", u"v", "abcd"), RESULT_OK);
+
+    struct {
+        const char* what;
+        std::int32_t result;
+        std::int32_t expected;
+    } cases[] = {
+        {"key too long", set(tooLong, u"", ""), RESULT_NAME_TOO_LONG},
+        {"name too long", set(u"a", tooLong, ""), RESULT_NAME_TOO_LONG},
+        {"key of half a character", set(u"a\xD83D", u"", ""), RESULT_INVALID_NAME},
+        {"name of half a character", set(u"a", u"\xDE00", ""), RESULT_INVALID_NAME},
+        {"no hive", VXRegistrySetValue(ENUM_VX_HKEY(5), u"a", u"", VX_REG_BINARY, data, 1), RESULT_INVALID_ARGUMENT},
+        {"no type", VXRegistrySetValue(VX_HKEY_USER, u"a", u"", ENUM_VX_REG_TYPE(4), data, 1), RESULT_INVALID_ARGUMENT},
+        {"half a unit", VXRegistrySetValue(VX_HKEY_USER, u"a", u"", VX_REG_STRING, data, 3), RESULT_INVALID_ARGUMENT},
+        {"short number", VXRegistrySetValue(VX_HKEY_USER, u"a", u"", VX_REG_UINT64, data, 4), RESULT_INVALID_ARGUMENT},
+        {"negative length", VXRegistrySetValue(VX_HKEY_USER, u"a", u"", VX_REG_BINARY, data, -1),
+            RESULT_INVALID_ARGUMENT},
+        {"no data", VXRegistrySetValue(VX_HKEY_USER, u"a", u"", VX_REG_BINARY, nullptr, 1), RESULT_INVALID_ARGUMENT},
+        {"no key", VXRegistryGetValue(VX_HKEY_USER, u"b", u"", nullptr, nullptr, nullptr), RESULT_NOT_FOUND},
+        {"no value", VXRegistryDeleteValue(VX_HKEY_USER, u"a", u"w"), RESULT_NOT_FOUND},
+        {"hive itself", VXRegistryDeleteKey(VX_HKEY_USER, u"\\"), RESULT_ACCESS_DENIED},
+        {"another hive", VXRegistryGetValue(VX_HKEY_CONFIG_64, u"a", u"v", nullptr, nullptr, nullptr),
+            RESULT_NOT_FOUND},
+        {"the root's own number", VXRegistryGetValue(ENUM_VX_HKEY(0x80000001), u"a", u"v", nullptr, nullptr, nullptr),
+            RESULT_OK},
+        {"too little room", VXRegistryGetValue(VX_HKEY_USER, u"a", u"v", &type, &type, &length),
+            RESULT_BUFFER_TOO_SMALL},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(row.result, row.expected) << row.what;
+    EXPECT_EQ(length, 4);
+    EXPECT_EQ(type, VX_REG_BINARY) << "told, although the data stayed away";
+    EXPECT_EQ(names(u"a", false), Names {u"v"});
+}
+
+TEST_F(Registry, EnumeratesWhatWasThereAtTheOpening)
+{
+    ASSERT_EQ(set(u"k", u"b", std::string(600, 'b')), RESULT_OK);
+    ASSERT_EQ(set(u"k", u"A", "a"), RESULT_OK);
+    VXRegistryEnum handle = nullptr;
+    ASSERT_EQ(VXRegistryOpenValueEnum(VX_HKEY_USER, u"K", &handle), RESULT_OK);
+    ASSERT_EQ(VXRegistryDeleteKey(VX_HKEY_USER, u"k"), RESULT_OK);
+
+    char16_t name[2];
+    std::int32_t nameLength = 0;
+    char data[510] = "";
+    std::int32_t length = sizeof data;
+    ENUM_VX_REG_TYPE type;
+    const auto next = [&] { return VXRegistryEnumNextValue(handle, name, &nameLength, &type, data, &length); };
+    EXPECT_EQ(next(), RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(nameLength, 1);
+    EXPECT_EQ(next(), RESULT_OK) << "nothing was skipped";
+    EXPECT_EQ(u"A", std::u16string(name, 1));
+    EXPECT_EQ(std::string(data, static_cast<std::size_t>(length)), "a");
+    length = sizeof data;
+    EXPECT_EQ(next(), RESULT_FALSE) << "a value beyond the room is no end";
+    EXPECT_EQ(length, 600);
+    EXPECT_EQ(data[0], 'a');
+    EXPECT_EQ(next(), RESULT_NO_MORE_ITEMS);
+    EXPECT_EQ(VXRegistryEnumNextKey(handle, name, &nameLength), RESULT_INVALID_HANDLE);
+    EXPECT_EQ(VXRegistryCloseEnum(handle), RESULT_OK);
+    EXPECT_EQ(VXRegistryOpenValueEnum(VX_HKEY_USER, u"k", &handle), RESULT_NOT_FOUND);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_F(Registry, IsForItsOwnerAlone)
+{
+    const mode_t before = ::umask(0);
+    ASSERT_EQ(set(u"a", u"v", "1"), RESULT_OK);
+    ::umask(before);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_place))
+        EXPECT_EQ(entry.status().permissions() & std::filesystem::perms(077), std::filesystem::perms::none)
+            << entry.path();
+
+    struct {
+        const char* what;
+        std::filesystem::perms allowed;
+        std::string found;
+    } cases[] = {
+        {"others may read", std::filesystem::perms(0755), "1"},
+        {"others may write", std::filesystem::perms(0702), "failed"},
+        {"the group may write", std::filesystem::perms(0770), "failed"},
+    };
+    for (const auto& row : cases) {
+        std::filesystem::permissions(m_place, row.allowed);
+        EXPECT_EQ(get(u"a", u"v"), row.found) << row.what;
+        EXPECT_EQ(set(u"a", u"w", "2"), row.found == "1" ? RESULT_OK : RESULT_ACCESS_DENIED) << row.what;
+    }
+    std::filesystem::permissions(m_place, std::filesystem::perms(0700));
+    std::filesystem::rename(m_place, m_scratch / "elsewhere");
+    std::filesystem::create_directory_symlink(m_scratch / "elsewhere", m_place);
+    EXPECT_EQ(get(u"a", u"v"), "failed");
+    const ScopedVariable relative("VXSYS4_REGISTRY", "elsewhere");
+    EXPECT_EQ(set(u"a", u"v", "2"), RESULT_INVALID_NAME);
+}
+
+TEST_F(Registry, IsInTheUsersDataFolderUnlessNamed)
+{
+    const ScopedVariable unnamed("VXSYS4_REGISTRY", nullptr);
+    const ScopedVariable home("HOME", (m_scratch / "home").c_str());
+    {
+        const ScopedVariable data("XDG_DATA_HOME", nullptr);
+        EXPECT_EQ(set(u"a", u"v", "1"), RESULT_OK);
+        EXPECT_TRUE(std::filesystem::exists(m_scratch / "home/.local/share/vxsys4/registry/user"));
+    }
+    const ScopedVariable data("XDG_DATA_HOME", (m_scratch / "data").c_str());
+    EXPECT_EQ(get(u"a", u"v"), "none");
+    EXPECT_EQ(set(u"a", u"v", "1"), RESULT_OK);
+    EXPECT_TRUE(std::filesystem::exists(m_scratch / "data/vxsys4/registry/user"));
+}
+
+TEST_F(Registry, RefusesFilesThatItHasNotWritten)
+{
+    ASSERT_EQ(set(u"a", u"v", "12345"), RESULT_OK);
+    const std::filesystem::path file = m_place / "user" / "k-a" / "key";
+    const std::string content = contentOf(file);
+    for (std::size_t length = 0; length < content.size(); ++length) {
+        put(file, content.substr(0, length));
+        EXPECT_EQ(get(u"a", u"v"), "failed") << length;
+    }
+    put(file, content + "ab");
+    EXPECT_EQ(get(u"a", u"v"), "failed");
+    put(file, content);
+    EXPECT_EQ(get(u"a", u"v"), "12345");
+}
+
+TEST(RegistryRecord, ReadsNothingBeyondWhateverItSays)
+{
+    const vxsys::detail::RegistryRecord record {u"Key", {{u"", VX_REG_BINARY, "odd"}, {u"n", VX_REG_UINT32, "1234"}}};
+    const std::u16string units = record.write();
+    vxsys::detail::RegistryRecord again;
+    std::mt19937 random(4);
+    for (int round = 0; round < 20'000; ++round) {
+        std::u16string broken = units.substr(0, units.size() - random() % 2);
+        broken[random() % broken.size()] = static_cast<char16_t>(random());
+        if (again.read(broken)) {
+            EXPECT_EQ(again.write().size(), broken.size()) << round;
+        }
+    }
+    ASSERT_TRUE(again.read(units));
+    EXPECT_EQ(again.write(), units);
+}
+
+TEST_F(Registry, GoesOnBehindAKilledChange)
+{
+    ASSERT_EQ(set(u"a", u"v", "1"), RESULT_OK);
+    std::filesystem::create_directories(m_place / "pending" / "k-x" / "k-y");
+    put(m_place / "pending" / "k-x" / "key", "half");
+    EXPECT_EQ(set(u"b\\c", u"v", "2"), RESULT_OK);
+    put(m_place / "pending", "half");
+    EXPECT_EQ(set(u"a", u"v", "3"), RESULT_OK);
+    EXPECT_FALSE(std::filesystem::exists(m_place / "pending"));
+    EXPECT_EQ(get(u"a", u"v") + get(u"b\\c", u"v"), "32");
+}
+
+/// For how long processes change things while others are killed.
+std::chrono::milliseconds timeOfKilling()
+{
+    const char* seconds = std::getenv("VX_REGISTRY_SECONDS");
+    return seconds != nullptr ? std::chrono::seconds(std::atoi(seconds)) : std::chrono::milliseconds(700);
+}
+
+/// A text that tells whether it is whole: one letter, and its length from the letter.
+std::string wholeText(unsigned number)
+{
+    return std::string(1 + number % 26 * 300, static_cast<char>('a' + number % 26));
+}
+
+bool isWhole(const std::string& text)
+{
+    return text == "none"
+        || (text != "failed" && !text.empty() && text == wholeText(static_cast<unsigned>(text[0] - 'a')));
+}
+
+TEST_F(Registry, GivesWholeValuesWhileWritersAreKilled)
+{
+    constexpr int WRITERS = 8;
+    const std::u16string key = u"Shared\\Key";
+    const auto change = [&](Child::Side&) {
+        std::mt19937 random(static_cast<unsigned>(::getpid()));
+        for (;;) {
+            const unsigned number = random();
+            const std::u16string name(1, static_cast<char16_t>(u'A' + number % 3));
+            std::int32_t result = RESULT_OK;
+            if (number % 16 == 0)
+                result = VXRegistryDeleteKey(VX_HKEY_USER, number % 32 == 0 ? u"Shared" : key.c_str());
+            else if (number % 16 == 1)
+                result = VXRegistryDeleteValue(VX_HKEY_USER, key.c_str(), name.c_str());
+            else
+                result = set(key, name, wholeText(number));
+            if ((failed(result) && result != RESULT_NOT_FOUND) || !isWhole(get(key, name)))
+                ::_exit(3);
+        }
+    };
+    std::vector<std::unique_ptr<Child>> writers(WRITERS);
+    std::mt19937 random(99);
+    int reads = 0;
+    int kills = 0;
+    for (const auto end = std::chrono::steady_clock::now() + timeOfKilling(); std::chrono::steady_clock::now() < end;) {
+        std::unique_ptr<Child>& writer = writers[random() % WRITERS];
+        if (writer != nullptr) {
+            ASSERT_FALSE(writer->hasEnded()) << "a writer saw a failure or half a value";
+            writer.reset();
+            ++kills;
+        }
+        writer = std::make_unique<Child>(change);
+        for (unsigned rest = random() % 40; rest > 0; --rest, ++reads) {
+            for (const char16_t* name : {u"A", u"B", u"C"})
+                ASSERT_TRUE(isWhole(get(key, name)));
+        }
+    }
+    writers.clear();
+    EXPECT_GT(kills, 0);
+    EXPECT_GT(reads, 0);
+    EXPECT_EQ(set(key, u"A", "after"), RESULT_OK);
+    EXPECT_EQ(get(key, u"A"), "after");
+    RecordProperty("kills", kills);
+    RecordProperty("reads", reads);
+}
+
+TEST_F(Registry, LosesNoChangeOfThreadsAndProcesses)
+{
+    constexpr int EACH = 15;
+    const auto add = [](char16_t who) {
+        for (int i = 0; i < EACH; ++i) {
+            const std::u16string name {who, static_cast<char16_t>(u'a' + i)};
+            EXPECT_EQ(set(u"k", name, "x"), RESULT_OK);
+            EXPECT_EQ(set(u"k\\" + name, u"", "x"), RESULT_OK);
+        }
+    };
+    Child other([&](Child::Side&) { add(u'1'); });
+    std::thread second([&] { add(u'2'); });
+    add(u'3');
+    second.join();
+    EXPECT_EQ(other.wait(), 0);
+    EXPECT_EQ(names(u"k", false).size(), std::size_t {3 * EACH});
+    EXPECT_EQ(names(u"k", true).size(), std::size_t {3 * EACH});
+}
+
+} // namespace

@@ -1,0 +1,97 @@
+// A component library without a library behind it. What its classes do wrong goes by the first number of their identifiers.
+#include "vxsys/Component.h"
+#include "vxsys/Registry.h"
+#include "vxsys/Result.h"
+
+#include <atomic>
+#include <new>
+
+using namespace vxsys::results;
+
+namespace {
+
+std::atomic<int> g_objects {0};
+
+struct Counted {
+    virtual std::int32_t QueryInterface(const _GUID*, void**) { return RESULT_NO_INTERFACE; }
+    virtual std::uint32_t AddRef() { return 0; }
+    virtual std::uint32_t Release() = 0;
+    Counted() { ++g_objects; }
+
+protected:
+    ~Counted() { --g_objects; }
+};
+
+struct Object final : Counted {
+    std::uint32_t Release() override
+    {
+        delete this;
+        return 0;
+    }
+};
+
+struct Factory final : Counted {
+    explicit Factory(std::uint32_t behaviour)
+        : m_behaviour(behaviour)
+    {
+    }
+    std::uint32_t Release() override
+    {
+        delete this;
+        return 0;
+    }
+    virtual std::int32_t CreateInstance(void*, const _GUID* iid, void** out) const
+    {
+        if (m_behaviour == 5)
+            throw 7;
+        if (m_behaviour == 6)
+            return RESULT_OK;
+        *out = m_behaviour == 7 ? out : nullptr; // no object, but a pointer
+        if (m_behaviour == 7 || iid->Data1 != 7)
+            return RESULT_NO_INTERFACE;
+        *out = new Object;
+        return RESULT_OK;
+    }
+    virtual std::int32_t LockServer(std::int16_t) { return RESULT_OK; }
+
+private:
+    const std::uint32_t m_behaviour;
+};
+
+} // namespace
+
+#ifndef WITHOUT_CLASSES
+extern "C" __attribute__((visibility("default"))) std::int32_t VXGetClassObject(
+    const _GUID* classId, const _GUID* iid, void** factory)
+{
+    if (iid->Data1 != 1)
+        return RESULT_NO_INTERFACE;
+    switch (classId->Data1) {
+    case 2:
+        *factory = factory;
+        return RESULT_END_OF_FILE;
+    case 3:
+        return RESULT_OK;
+    case 4:
+        throw std::bad_alloc();
+    default:
+        *factory = new Factory(classId->Data1);
+        return RESULT_OK;
+    }
+}
+#endif
+
+extern "C" __attribute__((visibility("default"))) std::int32_t VXCanUnloadNow()
+{
+    return g_objects == 0 ? RESULT_OK : RESULT_FALSE;
+}
+
+extern "C" __attribute__((visibility("default"))) std::int32_t VXRegisterServer()
+{
+    return VXRegistryCreateKey(VX_HKEY_CLASSES_32, u"Test.Registered");
+}
+
+extern "C" __attribute__((visibility("default"))) std::int32_t VXUnregisterServer()
+{
+    return VXRegistryDeleteKey(VX_HKEY_CLASSES_32, u"Test.Registered");
+}

@@ -1,0 +1,126 @@
+#include "vxsys/detail/RegistryRecord.h"
+
+#include "vxsys/detail/RegistryPath.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace vxsys::detail {
+
+namespace {
+
+constexpr std::uint32_t SIGNATURE = 0x34525856; // "VXR4" on a machine with the low byte first
+constexpr std::size_t UNITS_A_NUMBER = sizeof(std::uint32_t) / sizeof(char16_t);
+
+/// Data fills whole units, the last one with a zero byte where its length is odd.
+constexpr std::size_t unitsOfBytes(std::size_t bytes) noexcept
+{
+    return bytes / sizeof(char16_t) + bytes % sizeof(char16_t);
+}
+
+class Source {
+public:
+    explicit Source(std::u16string_view units) noexcept
+        : m_rest(units)
+    {
+    }
+
+    bool take(std::size_t count, std::u16string_view& units) noexcept
+    {
+        if (count > m_rest.size())
+            return false;
+        units = m_rest.substr(0, count);
+        m_rest.remove_prefix(count);
+        return true;
+    }
+    bool take(std::uint32_t& number) noexcept
+    {
+        std::u16string_view units;
+        if (!take(UNITS_A_NUMBER, units))
+            return false;
+        std::memcpy(&number, units.data(), sizeof number);
+        return true;
+    }
+    bool takeText(std::u16string_view& text) noexcept
+    {
+        std::uint32_t length = 0;
+        return take(length) && take(length, text);
+    }
+    bool takeValue(RegistryValue& value) noexcept
+    {
+        std::uint32_t type = 0;
+        std::uint32_t length = 0;
+        std::u16string_view units;
+        if (!takeText(value.name) || !take(type) || !take(length) || type > VX_REG_BINARY || length > INT32_MAX
+            || !take(unitsOfBytes(length), units))
+            return false;
+        value.type = static_cast<ENUM_VX_REG_TYPE>(type);
+        value.data = {reinterpret_cast<const char*>(units.data()), length};
+        return true;
+    }
+    bool isAtEnd() const noexcept { return m_rest.empty(); }
+
+private:
+    std::u16string_view m_rest;
+};
+
+void putNumber(std::u16string& target, std::size_t number)
+{
+    const auto value = static_cast<std::uint32_t>(number);
+    char16_t units[UNITS_A_NUMBER];
+    std::memcpy(units, &value, sizeof value);
+    target.append(units, UNITS_A_NUMBER);
+}
+
+void putText(std::u16string& target, std::u16string_view text)
+{
+    putNumber(target, text.size());
+    target.append(text);
+}
+
+} // namespace
+
+bool RegistryRecord::read(std::u16string_view units)
+{
+    Source source(units);
+    std::uint32_t signature = 0;
+    std::uint32_t count = 0;
+    values.clear();
+    if (!source.take(signature) || signature != SIGNATURE || !source.takeText(name) || !source.take(count))
+        return false;
+    for (; count > 0; --count) {
+        RegistryValue value {};
+        if (!source.takeValue(value))
+            return false;
+        values.push_back(value);
+    }
+    return source.isAtEnd();
+}
+
+std::u16string RegistryRecord::write() const
+{
+    std::u16string units;
+    putNumber(units, SIGNATURE);
+    putText(units, name);
+    putNumber(units, values.size());
+    for (const RegistryValue& value : values) {
+        putText(units, value.name);
+        putNumber(units, static_cast<std::size_t>(value.type));
+        putNumber(units, value.data.size());
+        const std::size_t start = units.size();
+        units.resize(start + unitsOfBytes(value.data.size()));
+        if (!value.data.empty())
+            std::memcpy(units.data() + start, value.data.data(), value.data.size());
+    }
+    return units;
+}
+
+RegistryValue* RegistryRecord::find(std::u16string_view wanted) noexcept
+{
+    const auto found = std::find_if(values.begin(), values.end(),
+        [&](const RegistryValue& value) { return isSameRegistryName(value.name, wanted); });
+    return found != values.end() ? &*found : nullptr;
+}
+
+} // namespace vxsys::detail

@@ -1,0 +1,304 @@
+#include "vxsys/posix/ComponentLibrary.h"
+
+#include "vxsys/Registry.h"
+#include "vxsys/Result.h"
+#include "vxsys/detail/Path.h"
+#include "vxsys/detail/StateLock.h"
+#include "vxsys/posix/LibraryFile.h"
+
+#include <cstring>
+#include <new>
+#include <string_view>
+
+namespace vxsys::detail {
+
+namespace {
+
+using namespace vxsys::results;
+using namespace std::string_view_literals;
+
+constexpr _GUID CLASS_FACTORY {0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+
+/// A class factory as its caller in another language sees it: a pointer to a table of operations, the first three those of
+/// every interface.
+struct Factory {
+    struct Operations {
+        std::int32_t (*queryInterface)(Factory* self, const _GUID* iid, void** out);
+        std::uint32_t (*addRef)(const Factory* self);
+        std::uint32_t (*release)(const Factory* self);
+        std::int32_t (*createInstance)(const Factory* self, IVXUnknown* outer, const _GUID* iid, void** out);
+        std::int32_t (*lockServer)(Factory* self, std::int16_t lock);
+    };
+    const Operations* operations;
+};
+
+/// What the loader counts once for us. A library may stand here twice for a moment, when two threads have loaded it.
+struct LoadedLibrary {
+    char16_t path[NATIVE_PATH_SIZE];
+    VXLibHandle handle;
+    VXGetClassObjectFunction getClassObject;
+    VXCanUnloadNowFunction canUnloadNow;
+    std::uint32_t uses; ///< calls that are inside
+    LoadedLibrary* next;
+};
+
+// Plain pointers and no destructors: objects may be asked for until the very end of the process.
+constinit StateLock g_lock;
+constinit LoadedLibrary* g_libraries VX_GUARDED_BY(g_lock) = nullptr;
+
+/// A name of a key, put together in place.
+class KeyName {
+public:
+    KeyName& operator<<(std::u16string_view text) noexcept
+    {
+        m_fits = m_fits && text.size() < SIZE - m_length;
+        if (m_fits) {
+            text.copy(m_text + m_length, text.size());
+            m_length += text.size();
+            m_text[m_length] = 0;
+        }
+        return *this;
+    }
+
+    /// Empty, which names no class's key, where it is too long for one.
+    const char16_t* get() const noexcept { return m_fits ? m_text : u""; }
+
+private:
+    static constexpr std::size_t SIZE = 320;
+
+    char16_t m_text[SIZE] = u"";
+    std::size_t m_length = 0;
+    bool m_fits = true;
+};
+
+/// The default value of a key below the classes. What is missing, or is no text, means that there is no such class.
+template <std::size_t SIZE>
+std::int32_t readText(const KeyName& key, char16_t (&text)[SIZE]) noexcept
+{
+    ENUM_VX_REG_TYPE type = VX_REG_BINARY;
+    auto length = static_cast<std::int32_t>((SIZE - 1) * sizeof(char16_t));
+    const std::int32_t result = VXRegistryGetValue(VX_HKEY_CLASSES_32, key.get(), u"", &type, text, &length);
+    if (result == RESULT_NOT_FOUND || result == RESULT_BUFFER_TOO_SMALL || (!failed(result) && type != VX_REG_STRING))
+        return RESULT_CLASS_NOT_AVAILABLE;
+    text[failed(result) ? 0 : static_cast<std::size_t>(length) / sizeof(char16_t)] = 0;
+    return result;
+}
+
+/// Calls into a library. What it throws must not go through the frames of those who call us.
+template <class Call>
+std::int32_t callOut(Call&& call) noexcept
+{
+    try {
+        return call();
+    } catch (const std::bad_alloc&) {
+        return RESULT_OUT_OF_MEMORY;
+    } catch (...) {
+        return RESULT_FAIL;
+    }
+}
+
+template <class Function>
+std::int32_t getExport(VXLibHandle library, const char16_t* name, Function& function) noexcept
+{
+    void* symbol = nullptr;
+    const std::int32_t result = VXLibGetSymbol(library, name, &symbol);
+    function = reinterpret_cast<Function>(symbol);
+    return result == RESULT_OK && symbol == nullptr ? RESULT_SYMBOL_NOT_FOUND : result;
+}
+
+/// A library that stays where it is to the end of the block.
+class [[nodiscard]] LibraryUse {
+public:
+    LibraryUse() noexcept = default;
+    ~LibraryUse()
+    {
+        if (m_library == nullptr)
+            return;
+        const StateGuard guard(g_lock);
+        --m_library->uses;
+    }
+    LibraryUse(const LibraryUse&) = delete;
+    LibraryUse& operator=(const LibraryUse&) = delete;
+
+    std::int32_t begin(const char16_t* path) noexcept
+    {
+        if (findLoaded(path))
+            return RESULT_OK;
+        // Without the lock: the library's own statics may ask for objects. Who loads it at the same time gets it as well.
+        VXLibHandle handle;
+        if (const std::int32_t result = openTrustedLibrary(path, &handle); failed(result))
+            return result;
+        const std::int32_t result = add(path, handle);
+        if (failed(result))
+            VXModuleLibClose(nullptr, handle);
+        return result;
+    }
+
+    const LoadedLibrary& operator*() const noexcept { return *m_library; }
+
+private:
+    bool findLoaded(const char16_t* path) noexcept
+    {
+        const StateGuard guard(g_lock);
+        for (LoadedLibrary* library = g_libraries; library != nullptr; library = library->next) {
+            if (std::u16string_view(library->path) == path) {
+                ++library->uses;
+                m_library = library;
+                return true;
+            }
+        }
+        return false;
+    }
+    std::int32_t add(const char16_t* path, VXLibHandle handle) noexcept
+    {
+        VXGetClassObjectFunction getClassObject;
+        if (const std::int32_t result = getExport(handle, u"VXGetClassObject", getClassObject); failed(result))
+            return result;
+        VXCanUnloadNowFunction canUnloadNow;
+        if (failed(getExport(handle, u"VXCanUnloadNow", canUnloadNow)))
+            canUnloadNow = nullptr; // stays to the end
+        auto* library = new (std::nothrow) LoadedLibrary {{}, handle, getClassObject, canUnloadNow, 1, nullptr};
+        if (library == nullptr)
+            return RESULT_OUT_OF_MEMORY;
+        std::u16string_view(path).copy(library->path, NATIVE_PATH_SIZE - 1);
+        m_library = library;
+        const StateGuard guard(g_lock);
+        library->next = g_libraries;
+        g_libraries = library;
+        return RESULT_OK;
+    }
+
+    LoadedLibrary* m_library = nullptr;
+};
+
+/// Takes the first library that nobody is inside out of the list at `*place`, or gives null.
+LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept
+{
+    LoadedLibrary** place = &list;
+    while (*place != nullptr && (*place)->uses != 0)
+        place = &(*place)->next;
+    LoadedLibrary* idle = *place;
+    if (idle != nullptr)
+        *place = idle->next;
+    return idle;
+}
+
+} // namespace
+
+std::int32_t findClass(const char16_t* progId, _GUID& classId) noexcept
+{
+    const std::u16string_view name(progId);
+    if (name.empty() || name.find_first_of(u"\\/") != name.npos)
+        return RESULT_CLASS_NOT_AVAILABLE;
+    char16_t text[64];
+    const std::int32_t result = readText(KeyName() << name << u"\\CLSID"sv, text);
+    if (failed(result))
+        return result;
+    return failed(VXComGUIDFromString(text, &classId)) ? RESULT_CLASS_NOT_AVAILABLE : RESULT_OK;
+}
+
+std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+{
+    char16_t identifier[40];
+    VXComStringFromGUID(&classId, identifier, std::size(identifier));
+    char16_t path[NATIVE_PATH_SIZE];
+    std::int32_t result = readText(KeyName() << u"CLSID\\"sv << identifier << u"\\InprocServer32"sv, path);
+    if (failed(result))
+        return result;
+
+    LibraryUse library;
+    result = library.begin(path);
+    if (failed(result))
+        return result;
+    void* factory = nullptr;
+    result = callOut([&] { return (*library).getClassObject(&classId, &CLASS_FACTORY, &factory); });
+    if (failed(result))
+        return result;
+    if (factory == nullptr)
+        return RESULT_NO_INTERFACE;
+    auto* self = static_cast<Factory*>(factory);
+    result = callOut([&] { return self->operations->createInstance(self, outer, iid, object); });
+    callOut([&] { return static_cast<std::int32_t>(self->operations->release(self)); });
+    return result;
+}
+
+} // namespace vxsys::detail
+
+using namespace vxsys::results;
+using namespace vxsys::detail;
+
+namespace {
+
+/// Has the library at `path` in the process for one call of `work` with its handle.
+template <class Work>
+std::int32_t withLibrary(const char16_t* path, Work&& work) noexcept
+{
+    if (path == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    VXLibHandle handle;
+    std::int32_t result = openTrustedLibrary(path, &handle);
+    if (failed(result))
+        return result;
+    result = work(handle);
+    VXModuleLibClose(nullptr, handle);
+    return result;
+}
+
+std::int32_t callExport(const char16_t* path, const char16_t* name) noexcept
+{
+    return withLibrary(path, [&](VXLibHandle handle) {
+        std::int32_t (*function)();
+        const std::int32_t result = getExport(handle, name, function);
+        return failed(result) ? result : callOut(function);
+    });
+}
+
+} // namespace
+
+std::int32_t VXComFreeUnusedLibraries() noexcept
+{
+    LoadedLibrary* idle = nullptr;
+    LoadedLibrary* kept = nullptr;
+    const auto next = [&] {
+        const StateGuard guard(g_lock);
+        return takeIdle(g_libraries);
+    };
+    std::int32_t freed = 0;
+    // Outside the lock, and in nobody's list: whoever needs the library meanwhile has the loader count it once more.
+    while ((idle = next()) != nullptr) {
+        if (idle->canUnloadNow != nullptr && callOut([&] { return idle->canUnloadNow(); }) == RESULT_OK) {
+            VXModuleLibClose(nullptr, idle->handle);
+            delete idle;
+            ++freed;
+        } else {
+            idle->next = kept;
+            kept = idle;
+        }
+    }
+    const StateGuard guard(g_lock);
+    while (kept != nullptr) {
+        LoadedLibrary* library = kept;
+        kept = kept->next;
+        library->next = g_libraries;
+        g_libraries = library;
+    }
+    return freed;
+}
+
+std::int32_t VXComRegisterLibrary(const char16_t* path) noexcept
+{
+    return callExport(path, u"VXRegisterServer");
+}
+
+std::int32_t VXComUnregisterLibrary(const char16_t* path) noexcept
+{
+    return callExport(path, u"VXUnregisterServer");
+}
+
+std::int32_t VXComCheckLibrary(const char16_t* path) noexcept
+{
+    return withLibrary(path, [](VXLibHandle handle) {
+        VXGetClassObjectFunction function;
+        return getExport(handle, u"VXGetClassObject", function);
+    });
+}

@@ -1,0 +1,307 @@
+#include "vxsys/Registry.h"
+
+#include "vxsys/posix/RegistryStore.h"
+
+#include <algorithm>
+#include <concepts>
+#include <cstring>
+#include <exception>
+#include <memory>
+
+/// Owns what the elements refer to.
+struct VXRegistryEnumTag {
+    bool ofKeys = false;
+    std::size_t position = 0;
+    std::vector<std::u16string> keys;
+    std::u16string units;
+    std::vector<vxsys::detail::RegistryValue> values;
+};
+
+namespace {
+
+using namespace vxsys::results;
+using namespace vxsys::detail;
+
+/// Runs the work of an operation; without memory for it, that is the result.
+template <std::invocable Work>
+std::int32_t guarded(Work&& work) noexcept
+{
+    try {
+        return work();
+    } catch (const std::exception&) { // texts beyond their limit are a want of memory too
+        return RESULT_OUT_OF_MEMORY;
+    }
+}
+
+/// The system's own numbers for the roots stand for their hives.
+ENUM_VX_HKEY hiveOf(ENUM_VX_HKEY hive) noexcept
+{
+    switch (static_cast<std::uint32_t>(hive)) {
+    case 0x80000000:
+        return VX_HKEY_CLASSES_32;
+    case 0x80000001:
+        return VX_HKEY_USER;
+    case 0x80000002:
+        return VX_HKEY_CONFIG_32;
+    default:
+        return hive;
+    }
+}
+
+std::int32_t assign(RegistryPath& path, ENUM_VX_HKEY hive, const char16_t* key)
+{
+    return key != nullptr && hiveOf(hive) <= VX_HKEY_CONFIG_64 ? path.assign(key) : RESULT_INVALID_ARGUMENT;
+}
+
+/// The record of a key in a store that may not be there yet, which is the same as an empty one.
+std::int32_t readKey(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record)
+{
+    RegistryStore store;
+    const std::int32_t result = store.open();
+    if (failed(result))
+        return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
+    return store.read(hiveOf(hive), path, units, record);
+}
+
+bool isWhole(ENUM_VX_REG_TYPE type, std::int32_t length) noexcept
+{
+    switch (type) {
+    case VX_REG_STRING:
+        return length % static_cast<std::int32_t>(sizeof(char16_t)) == 0;
+    case VX_REG_UINT32:
+        return length == sizeof(std::uint32_t);
+    case VX_REG_UINT64:
+        return length == sizeof(std::uint64_t);
+    case VX_REG_BINARY:
+        return true;
+    }
+    return false;
+}
+
+/// Puts `value` among those of the record of a key, which the key gets where it does not say so already.
+std::int32_t setValue(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryValue& value)
+{
+    RegistryChange change;
+    if (const std::int32_t result = change.begin(true); failed(result))
+        return result;
+    std::u16string units;
+    RegistryRecord record;
+    const std::int32_t result = change.read(hive, path, units, record);
+    if (result == RESULT_NOT_FOUND || (path.steps().empty() && units.empty()))
+        return change.create(hive, path, {value});
+    if (failed(result))
+        return result;
+    if (RegistryValue* old = record.find(value.name)) {
+        if (old->type == value.type && old->data == value.data)
+            return RESULT_OK;
+        old->type = value.type;
+        old->data = value.data;
+    } else {
+        record.values.push_back(value);
+    }
+    return change.replace(hive, path, record);
+}
+
+template <class Read>
+std::int32_t openEnum(VXRegistryEnum* handle, Read&& read) noexcept
+{
+    if (handle == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *handle = nullptr;
+    return guarded([&] {
+        auto elements = std::make_unique<VXRegistryEnumTag>();
+        const std::int32_t result = read(*elements);
+        if (!failed(result))
+            *handle = elements.release();
+        return result;
+    });
+}
+
+std::int32_t giveName(std::u16string_view source, char16_t* name, std::int32_t* length) noexcept
+{
+    const std::int32_t room = *length;
+    *length = static_cast<std::int32_t>(source.size());
+    if (room < *length)
+        return RESULT_BUFFER_TOO_SMALL;
+    source.copy(name, source.size());
+    return RESULT_OK;
+}
+
+/// False where `data`, if it is asked for, has no room for the value.
+bool giveData(const RegistryValue& value, ENUM_VX_REG_TYPE* type, void* data, std::int32_t* length) noexcept
+{
+    if (type != nullptr)
+        *type = value.type;
+    if (length == nullptr)
+        return true;
+    const std::int32_t room = *length;
+    *length = static_cast<std::int32_t>(value.data.size());
+    if (data == nullptr)
+        return true;
+    if (room < *length)
+        return false;
+    std::memcpy(data, value.data.data(), value.data.size());
+    return true;
+}
+
+} // namespace
+
+std::int32_t VXRegistryCreateKey(ENUM_VX_HKEY hive, const char16_t* key) noexcept
+{
+    return guarded([&] {
+        RegistryPath path;
+        RegistryChange change;
+        std::int32_t result = assign(path, hive, key);
+        if (!failed(result))
+            result = change.begin(true);
+        if (failed(result))
+            return result;
+        std::u16string units;
+        RegistryRecord record;
+        result = change.read(hiveOf(hive), path, units, record);
+        return result == RESULT_NOT_FOUND ? change.create(hiveOf(hive), path, {}) : result;
+    });
+}
+
+std::int32_t VXRegistryDeleteKey(ENUM_VX_HKEY hive, const char16_t* key) noexcept
+{
+    return guarded([&] {
+        RegistryPath path;
+        RegistryChange change;
+        std::int32_t result = assign(path, hive, key);
+        if (!failed(result))
+            result = path.steps().empty() ? RESULT_ACCESS_DENIED : change.begin(false);
+        return failed(result) ? result : change.remove(hiveOf(hive), path);
+    });
+}
+
+std::int32_t VXRegistrySetValue(ENUM_VX_HKEY hive, const char16_t* key, const char16_t* name, ENUM_VX_REG_TYPE type,
+    const void* data, std::int32_t length) noexcept
+{
+    if (name == nullptr || length < 0 || (data == nullptr && length != 0) || !isWhole(type, length))
+        return RESULT_INVALID_ARGUMENT;
+    return guarded([&] {
+        RegistryPath path;
+        std::int32_t result = assign(path, hive, key);
+        if (!failed(result))
+            result = checkRegistryName(name);
+        const std::string_view bytes(static_cast<const char*>(data), static_cast<std::size_t>(length));
+        return failed(result) ? result : setValue(hiveOf(hive), path, {name, type, bytes});
+    });
+}
+
+std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const char16_t* name, ENUM_VX_REG_TYPE* type,
+    void* data, std::int32_t* length) noexcept
+{
+    if (name == nullptr || (data != nullptr && length == nullptr))
+        return RESULT_INVALID_ARGUMENT;
+    return guarded([&] {
+        RegistryPath path;
+        std::u16string units;
+        RegistryRecord record;
+        std::int32_t result = assign(path, hive, key);
+        if (!failed(result))
+            result = readKey(hive, path, units, record);
+        if (failed(result))
+            return result;
+        const RegistryValue* value = record.find(name);
+        if (value == nullptr)
+            return RESULT_NOT_FOUND;
+        return giveData(*value, type, data, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
+    });
+}
+
+std::int32_t VXRegistryDeleteValue(ENUM_VX_HKEY hive, const char16_t* key, const char16_t* name) noexcept
+{
+    if (name == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    return guarded([&] {
+        RegistryPath path;
+        RegistryChange change;
+        std::u16string units;
+        RegistryRecord record;
+        std::int32_t result = assign(path, hive, key);
+        if (!failed(result))
+            result = change.begin(false);
+        if (!failed(result))
+            result = change.read(hiveOf(hive), path, units, record);
+        if (failed(result))
+            return result;
+        const RegistryValue* value = record.find(name);
+        if (value == nullptr)
+            return RESULT_NOT_FOUND;
+        record.values.erase(record.values.begin() + (value - record.values.data()));
+        return change.replace(hiveOf(hive), path, record);
+    });
+}
+
+std::int32_t VXRegistryOpenKeyEnum(ENUM_VX_HKEY hive, const char16_t* key, VXRegistryEnum* handle) noexcept
+{
+    return openEnum(handle, [&](VXRegistryEnumTag& elements) {
+        elements.ofKeys = true;
+        RegistryPath path;
+        RegistryStore store;
+        std::int32_t result = assign(path, hive, key);
+        if (failed(result))
+            return result;
+        result = store.open();
+        if (failed(result))
+            return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
+        return store.readSubkeys(hiveOf(hive), path, elements.keys);
+    });
+}
+
+std::int32_t VXRegistryOpenValueEnum(ENUM_VX_HKEY hive, const char16_t* key, VXRegistryEnum* handle) noexcept
+{
+    return openEnum(handle, [&](VXRegistryEnumTag& elements) {
+        RegistryPath path;
+        RegistryRecord record;
+        std::int32_t result = assign(path, hive, key);
+        if (!failed(result))
+            result = readKey(hive, path, elements.units, record);
+        std::sort(
+            record.values.begin(), record.values.end(), [](const RegistryValue& left, const RegistryValue& right) {
+                return foldRegistryName(left.name) < foldRegistryName(right.name);
+            });
+        elements.values = std::move(record.values);
+        return result;
+    });
+}
+
+std::int32_t VXRegistryEnumNextKey(VXRegistryEnum handle, char16_t* name, std::int32_t* nameLength) noexcept
+{
+    if (name == nullptr || nameLength == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    if (handle == nullptr || !handle->ofKeys)
+        return RESULT_INVALID_HANDLE;
+    if (handle->position == handle->keys.size())
+        return RESULT_NO_MORE_ITEMS;
+    const std::int32_t result = giveName(handle->keys[handle->position], name, nameLength);
+    handle->position += !failed(result);
+    return result;
+}
+
+std::int32_t VXRegistryEnumNextValue(VXRegistryEnum handle, char16_t* name, std::int32_t* nameLength,
+    ENUM_VX_REG_TYPE* type, void* data, std::int32_t* dataLength) noexcept
+{
+    if (name == nullptr || nameLength == nullptr || (data != nullptr && dataLength == nullptr))
+        return RESULT_INVALID_ARGUMENT;
+    if (handle == nullptr || handle->ofKeys)
+        return RESULT_INVALID_HANDLE;
+    if (handle->position == handle->values.size())
+        return RESULT_NO_MORE_ITEMS;
+    const RegistryValue& value = handle->values[handle->position];
+    const std::int32_t result = giveName(value.name, name, nameLength);
+    if (failed(result))
+        return result;
+    ++handle->position;
+    return giveData(value, type, data, dataLength) ? RESULT_OK : RESULT_FALSE;
+}
+
+std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept
+{
+    if (handle == nullptr)
+        return RESULT_INVALID_HANDLE;
+    delete handle;
+    return RESULT_OK;
+}

@@ -1,0 +1,408 @@
+#include "vxsys/posix/RegistryStore.h"
+
+#include "vxsys/detail/Retry.h"
+#include "vxsys/posix/Ownership.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vxsys::detail {
+
+namespace {
+
+using namespace vxsys::results;
+
+constexpr const char* RECORD_NAME = "key";
+constexpr const char* PENDING_NAME = "pending";
+constexpr std::string_view FOLDER_MARK = "k-";
+
+const char* const HIVES[] = {"classes-32", "config-32", "user", "classes-64", "config-64"};
+
+int openFolderAt(int parent, const char* name) noexcept
+{
+    return retryOnSignal([&] { return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
+}
+
+/// What went wrong with something inside the store. A link or a plain file in a folder's place is not ours.
+std::int32_t resultOfErrno() noexcept
+{
+    return errno == ELOOP || errno == ENOTDIR ? RESULT_STORE_CORRUPT : VXResultFromNative(errno);
+}
+
+/// A folder of the user's own, from the system's records: the environment may be somebody else's.
+std::string homeFromRecords()
+{
+    std::string buffer(4096, '\0');
+    struct passwd entry;
+    struct passwd* found = nullptr;
+    while (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
+        buffer.resize(buffer.size() * 2);
+    return found != nullptr ? found->pw_dir : "";
+}
+
+std::string variable(const char* name)
+{
+    const char* value = ::secure_getenv(name);
+    return value != nullptr ? value : "";
+}
+
+/// Where the store is. A path that is not a full one, or empty, is none.
+std::string placeOfStore()
+{
+    if (std::string named = variable("VXSYS4_REGISTRY"); !named.empty())
+        return named;
+    std::string data = variable("XDG_DATA_HOME");
+    if (data.empty() || data.front() != '/') {
+        std::string home = variable("HOME");
+        data = (home.empty() ? homeFromRecords() : home) + "/.local/share";
+    }
+    return data + "/vxsys4/registry";
+}
+
+/// Makes a folder with all above it, for the user alone.
+std::int32_t makeFolders(const std::string& path)
+{
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        if (::mkdir(path.substr(0, end).c_str(), S_IRWXU) != 0 && errno != EEXIST)
+            return VXResultFromNative(errno);
+        if (end == path.npos)
+            return RESULT_OK;
+    }
+}
+
+std::int32_t flush(int descriptor) noexcept
+{
+    return retryOnSignal([&] { return ::fsync(descriptor); }) == 0 ? RESULT_OK : VXResultFromNative(errno);
+}
+
+/// Runs one step after the other, until one fails.
+template <class... Steps>
+std::int32_t inOrder(Steps&&... steps)
+{
+    std::int32_t result = RESULT_OK;
+    static_cast<void>((!failed(result = steps()) && ...));
+    return result;
+}
+
+/// Calls `visit` with the name of each entry of a folder but "." and "..", until it gives a failure.
+template <class Visit>
+std::int32_t forEachEntry(int folder, Visit&& visit)
+{
+    Descriptor own(openFolderAt(folder, ".")); // reading moves a position
+    if (!own.isOpen())
+        return resultOfErrno();
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(own.get()), ::closedir);
+    if (entries == nullptr)
+        return VXResultFromNative(errno);
+    own.release();
+    for (;;) {
+        errno = 0;
+        const struct dirent* entry = ::readdir(entries.get());
+        if (entry == nullptr)
+            return VXResultFromNative(errno);
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+            continue;
+        if (const std::int32_t result = visit(entry->d_name); failed(result))
+            return result;
+    }
+}
+
+/// Removes a file, or a folder with all in it. Nothing there is no failure.
+std::int32_t removeTree(int parent, const char* name)
+{
+    if (::unlinkat(parent, name, 0) == 0 || errno == ENOENT)
+        return RESULT_OK;
+    if (errno != EISDIR && errno != EPERM) // POSIX and Linux differ in what a folder gives
+        return VXResultFromNative(errno);
+    const Descriptor folder(openFolderAt(parent, name));
+    if (!folder.isOpen())
+        return resultOfErrno();
+    const std::int32_t result
+        = forEachEntry(folder.get(), [&](const char* entry) { return removeTree(folder.get(), entry); });
+    if (failed(result))
+        return result;
+    return ::unlinkat(parent, name, AT_REMOVEDIR) == 0 ? RESULT_OK : VXResultFromNative(errno);
+}
+
+/// The units of a whole file. `RESULT_NOT_FOUND` without it.
+std::int32_t readFile(int folder, const char* name, std::u16string& units)
+{
+    const Descriptor file(
+        retryOnSignal([&] { return ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
+    if (!file.isOpen())
+        return resultOfErrno();
+    struct stat status;
+    if (::fstat(file.get(), &status) != 0)
+        return VXResultFromNative(errno);
+    if (!isOnlyOurs(status))
+        return RESULT_ACCESS_DENIED;
+    if (!S_ISREG(status.st_mode) || status.st_size % sizeof(char16_t) != 0)
+        return RESULT_STORE_CORRUPT;
+
+    units.resize(static_cast<std::size_t>(status.st_size) / sizeof(char16_t));
+    auto* target = reinterpret_cast<char*>(units.data());
+    for (auto rest = static_cast<std::size_t>(status.st_size); rest > 0;) {
+        const ssize_t got = retryOnSignal([&] { return ::read(file.get(), target, rest); });
+        if (got <= 0)
+            return got < 0 ? VXResultFromNative(errno) : RESULT_STORE_CORRUPT;
+        target += got;
+        rest -= static_cast<std::size_t>(got);
+    }
+    return RESULT_OK;
+}
+
+/// Opens a way of folders in as few calls as the system's longest path allows.
+class Walk {
+public:
+    explicit Walk(int start)
+        : m_start(start)
+    {
+    }
+
+    std::int32_t go(std::string_view name)
+    {
+        if (m_path.size() + name.size() + 2 > PATH_MAX) {
+            if (const std::int32_t result = enter(); failed(result))
+                return result;
+        }
+        if (!m_path.empty())
+            m_path += '/';
+        m_path += name;
+        return RESULT_OK;
+    }
+    std::int32_t enter()
+    {
+        Descriptor next(openFolderAt(folder(), m_path.c_str()));
+        if (!next.isOpen())
+            return resultOfErrno();
+        m_reached = std::move(next);
+        m_path.clear();
+        return RESULT_OK;
+    }
+
+    int folder() const noexcept { return m_reached.isOpen() ? m_reached.get() : m_start; }
+    const char* path() const noexcept { return m_path.c_str(); }
+    Descriptor release() noexcept { return std::move(m_reached); }
+
+private:
+    const int m_start;
+    Descriptor m_reached;
+    std::string m_path;
+};
+
+std::int32_t goTo(Walk& walk, ENUM_VX_HKEY hive, const RegistryPath& path, std::size_t count)
+{
+    if (static_cast<std::size_t>(hive) >= std::size(HIVES))
+        return RESULT_INVALID_ARGUMENT;
+    std::int32_t result = walk.go(HIVES[hive]);
+    for (std::size_t i = 0; i < count && !failed(result); ++i)
+        result = walk.go(path.steps()[i].fileName);
+    return result;
+}
+
+/// One thread of the process at a time: the system's lock belongs to the process, and goes with any closing of its file.
+constinit std::mutex g_changes;
+
+} // namespace
+
+std::int32_t RegistryStore::open()
+{
+    const std::string place = placeOfStore();
+    if (place.front() != '/')
+        return RESULT_INVALID_NAME;
+    m_folder.reset(
+        retryOnSignal([&] { return ::open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+    if (!m_folder.isOpen())
+        return errno == ELOOP || errno == ENOTDIR ? RESULT_ACCESS_DENIED : VXResultFromNative(errno);
+    struct stat status;
+    if (::fstat(m_folder.get(), &status) != 0)
+        return VXResultFromNative(errno);
+    m_mode = status.st_mode & (S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH);
+    return isOnlyOurs(status) ? RESULT_OK : RESULT_ACCESS_DENIED;
+}
+
+std::int32_t RegistryStore::openFolder(
+    ENUM_VX_HKEY hive, const RegistryPath& path, std::size_t count, Descriptor& folder) const
+{
+    Walk walk(m_folder.get());
+    const std::int32_t result = inOrder([&] { return goTo(walk, hive, path, count); }, [&] { return walk.enter(); });
+    folder = walk.release();
+    return result;
+}
+
+std::int32_t RegistryStore::read(
+    ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record) const
+{
+    Walk walk(m_folder.get());
+    const std::int32_t result = inOrder([&] { return goTo(walk, hive, path, path.steps().size()); },
+        [&] { return walk.go(RECORD_NAME); }, [&] { return readFile(walk.folder(), walk.path(), units); });
+    if (failed(result)) {
+        record = {};
+        return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
+    }
+    return record.read(units) ? RESULT_OK : RESULT_STORE_CORRUPT;
+}
+
+std::int32_t RegistryStore::readSubkeys(
+    ENUM_VX_HKEY hive, const RegistryPath& path, std::vector<std::u16string>& names) const
+{
+    Descriptor folder;
+    std::int32_t result = openFolder(hive, path, path.steps().size(), folder);
+    if (failed(result))
+        return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
+    std::map<std::u16string, std::u16string> byFolded;
+    result = forEachEntry(folder.get(), [&](std::string_view entry) {
+        if (!entry.starts_with(FOLDER_MARK))
+            return RESULT_OK;
+        std::u16string units;
+        RegistryRecord record;
+        const std::int32_t read = readFile(folder.get(), (std::string(entry) + '/' + RECORD_NAME).c_str(), units);
+        if (failed(read))
+            return read == RESULT_NOT_FOUND ? RESULT_OK : read; // somebody has just removed it
+        if (!record.read(units))
+            return RESULT_STORE_CORRUPT;
+        byFolded.emplace(foldRegistryName(record.name), record.name);
+        return RESULT_OK;
+    });
+    for (auto& entry : byFolded)
+        names.push_back(std::move(entry.second));
+    return result;
+}
+
+std::int32_t RegistryChange::begin(bool isToBeMade)
+{
+    std::int32_t result = open();
+    if (result == RESULT_NOT_FOUND && isToBeMade)
+        result = inOrder([] { return makeFolders(placeOfStore()); }, [&] { return open(); });
+    if (failed(result))
+        return result;
+
+    m_turn = std::unique_lock(g_changes);
+    m_lock.reset(retryOnSignal([&] {
+        return ::openat(m_folder.get(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    }));
+    if (!m_lock.isOpen())
+        return resultOfErrno();
+    struct flock whole { };
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    if (retryOnSignal([&] { return ::fcntl(m_lock.get(), F_SETLKW, &whole); }) != 0)
+        return VXResultFromNative(errno);
+    return removeTree(m_folder.get(), PENDING_NAME);
+}
+
+std::int32_t RegistryChange::replace(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryRecord& record)
+{
+    Descriptor key;
+    return inOrder([&] { return openFolder(hive, path, path.steps().size(), key); },
+        [&] { return writeFile(m_folder.get(), PENDING_NAME, record); },
+        [&] { return takePlace(key.get(), RECORD_NAME); });
+}
+
+std::int32_t RegistryChange::create(
+    ENUM_VX_HKEY hive, const RegistryPath& path, const std::vector<RegistryValue>& values)
+{
+    if (const std::int32_t result = makeHive(hive); failed(result))
+        return result;
+    const std::vector<RegistryStep>& steps = path.steps();
+    if (steps.empty())
+        return values.empty() ? RESULT_OK : replace(hive, path, {{}, values});
+
+    // The highest one that is missing takes its place with all the others in it.
+    Descriptor above;
+    std::size_t first = steps.size();
+    std::int32_t result = RESULT_NOT_FOUND;
+    while (result == RESULT_NOT_FOUND && first > 0)
+        result = openFolder(hive, path, --first, above);
+
+    std::vector<Descriptor> folders;
+    for (std::size_t i = first; i < steps.size() && !failed(result); ++i) {
+        const int parent = folders.empty() ? m_folder.get() : folders.back().get();
+        const char* name = folders.empty() ? PENDING_NAME : steps[i].fileName.c_str();
+        RegistryRecord record {steps[i].name, {}};
+        if (i + 1 == steps.size())
+            record.values = values;
+        Descriptor& folder = folders.emplace_back();
+        result = inOrder([&] { return makeFolder(parent, name, folder); },
+            [&] { return writeFile(folder.get(), RECORD_NAME, record); });
+    }
+    for (const Descriptor& folder : folders) {
+        if (!failed(result))
+            result = flush(folder.get());
+    }
+    return failed(result) ? result : takePlace(above.get(), steps[first].fileName.c_str());
+}
+
+std::int32_t RegistryChange::remove(ENUM_VX_HKEY hive, const RegistryPath& path)
+{
+    const std::vector<RegistryStep>& steps = path.steps();
+    if (steps.empty())
+        return RESULT_ACCESS_DENIED;
+    Descriptor above;
+    if (const std::int32_t result = openFolder(hive, path, steps.size() - 1, above); failed(result))
+        return result;
+    if (::renameat(above.get(), steps.back().fileName.c_str(), m_folder.get(), PENDING_NAME) != 0)
+        return VXResultFromNative(errno);
+    const std::int32_t result = flush(above.get());
+    removeTree(m_folder.get(), PENDING_NAME); // what stays behind goes with the next change
+    return result;
+}
+
+std::int32_t RegistryChange::takePlace(int folder, const char* name) const noexcept
+{
+    return ::renameat(m_folder.get(), PENDING_NAME, folder, name) == 0 ? flush(folder) : VXResultFromNative(errno);
+}
+
+std::int32_t RegistryChange::makeHive(ENUM_VX_HKEY hive) const noexcept
+{
+    if (static_cast<std::size_t>(hive) >= std::size(HIVES))
+        return RESULT_INVALID_ARGUMENT;
+    Descriptor folder;
+    const std::int32_t result = makeFolder(m_folder.get(), HIVES[hive], folder);
+    if (result == RESULT_ALREADY_EXISTS)
+        return RESULT_OK;
+    return failed(result) ? result : flush(m_folder.get());
+}
+
+std::int32_t RegistryChange::makeFolder(int parent, const char* name, Descriptor& folder) const noexcept
+{
+    if (::mkdirat(parent, name, S_IRWXU) != 0)
+        return VXResultFromNative(errno);
+    folder.reset(openFolderAt(parent, name));
+    if (!folder.isOpen())
+        return resultOfErrno();
+    return ::fchmod(folder.get(), m_mode) == 0 ? RESULT_OK : VXResultFromNative(errno);
+}
+
+std::int32_t RegistryChange::writeFile(int folder, const char* name, const RegistryRecord& record) const
+{
+    const std::u16string units = record.write();
+    const Descriptor file(retryOnSignal([&] {
+        return ::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    }));
+    if (!file.isOpen() || ::fchmod(file.get(), m_mode & ~mode_t {S_IXUSR | S_IXGRP | S_IXOTH}) != 0)
+        return VXResultFromNative(errno);
+    const auto* source = reinterpret_cast<const char*>(units.data());
+    for (std::size_t rest = units.size() * sizeof(char16_t); rest > 0;) {
+        const ssize_t written = retryOnSignal([&] { return ::write(file.get(), source, rest); });
+        if (written < 0)
+            return VXResultFromNative(errno);
+        source += written;
+        rest -= static_cast<std::size_t>(written);
+    }
+    return flush(file.get());
+}
+
+} // namespace vxsys::detail
