@@ -1,0 +1,271 @@
+#include "vx/net/URI.h"
+
+#include "vx/collections/vorb/HashMap.h"
+#include "vx/text/charset/CharsetException.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace std::literals;
+using vx::Exception;
+using vx::String;
+using vx::net::QueryKey;
+using vx::net::URI;
+
+/// All that is there, as "part=text" in the stored form.
+std::string partsOf(const URI& uri)
+{
+    std::string text;
+    const auto add = [&](bool isPresent, const char* name, const std::function<String()>& get) {
+        if (isPresent)
+            text += (text.empty() ? "" : " ") + std::string(name) + "=" + get().toUtf8();
+        else {
+            EXPECT_THROW(get(), Exception) << name;
+        }
+    };
+    add(uri.hasScheme(), "scheme", [&] { return uri.getScheme(); });
+    add(uri.hasUser(), "user", [&] { return uri.getUser(false); });
+    add(uri.hasPassword(), "password", [&] { return uri.getPassword(false); });
+    add(uri.hasHost(), "host", [&] { return uri.getHost(false); });
+    add(uri.hasPort(), "port", [&] { return String::valueOf(uri.getPort()); });
+    add(uri.hasPath(), "path", [&] { return uri.getPath(false); });
+    if (uri.hasQuery())
+        add(true, "query", [&] { return uri.getQuery(false); });
+    if (uri.isOpaque())
+        add(true, "opaque", [&] { return uri.getSchemeSpecificPart(false); });
+    return text;
+}
+
+TEST(URI, TakesAnyTextApart)
+{
+    struct {
+        const char* text;
+        const char* parts;
+        const char* printed; // null: as it was
+    } cases[] = {
+        {"s://user@host:80/a/b?x=1", "scheme=s user=user host=host port=80 path=a/b query=x=1", nullptr},
+        {"s://u:p:q@h", "scheme=s user=u password=p:q host=h", nullptr},
+        {"s://@h", "scheme=s user= host=h", nullptr},
+        {"s://u:@/", "scheme=s user=u password= path=", nullptr},
+        {"s://a@b@c/", "scheme=s user=a host=b@c path=", nullptr},
+        {"s:", "scheme=s opaque=", nullptr},
+        {"tel:123", "scheme=tel opaque=123", nullptr},
+        {"host:80/a", "scheme=host opaque=80/a", nullptr},
+        {":/a", "scheme= path=a", nullptr},
+        {"", "path=", "/"},
+        {"/", "path=", nullptr},
+        {"/a/b", "path=a/b", nullptr},
+        {"a/b", "path=a/b", "/a/b"},
+        {"a?b", "path=a query=b=b", "/a?b=b"},
+        {"//", "", ""},
+        {"//host", "host=host", nullptr},
+        {"//host/", "host=host path=", nullptr},
+        {"//host?x=1", "host=host query=x=1", nullptr},
+        {"//host?", "host=host query=", nullptr},
+        {"//host/?", "host=host path= query=", nullptr},
+        {"//?/", "host=? path= query=/=/", "//?/?/=/"}, // the slash is looked for behind the "?" too
+        {"///a", "path=a", "/a"},
+        {"s:///a", "scheme=s path=a", "s:/a"},
+        {"s://h:", "scheme=s host=h port=0", "s://h:0"},
+        {"s://h:abc", "scheme=s host=h port=0", "s://h:0"},
+        {"s://h:-5x", "scheme=s host=h port=-5", "s://h:-5"},
+        {"s://h:99999999999", "scheme=s host=h port=2147483647", "s://h:2147483647"},
+        {"s://:80", "scheme=s port=80", "s:"},
+        {"s://[::1]:80/", "scheme=s host=[ port=0 path=", "s://[:0/"},
+        {"a#b", "path=a#b", "/a#b"},
+        {"?a=b", "query=?a=b", "??a=b"},
+        {"/?a=b=c&&d", "path= query=d=d&a=b=c&=", "/?d=d&a=b=c&="},
+    };
+    for (const auto& row : cases) {
+        const URI uri(String(std::string_view(row.text)));
+        EXPECT_EQ(partsOf(uri), row.parts) << row.text;
+        EXPECT_EQ(uri.toString().toUtf8(), row.printed != nullptr ? row.printed : row.text);
+        EXPECT_FALSE(uri.hasFragment());
+    }
+}
+
+TEST(URI, EscapesWhatThePartCannotHold)
+{
+    const String ascii(u" !\"#$%&'()*+,-./09:;<=>?@AZ[\\]^_`az{|}~\x7F");
+    URI uri;
+    uri.setUser(ascii, true);
+    uri.setPath(ascii, true);
+    uri.setQueryPair(u"k", ascii, true);
+    EXPECT_EQ(uri.getUser(false), u"%20!%22%23$%25&'()*+,-.%2F09%3A%3B%3C=%3E%3F%40AZ%5B%5C%5D%5E_%60az%7B%7C%7D~%7F");
+    EXPECT_EQ(uri.getPath(false), u"%20!%22%23$%25&'()*+,-.%2F09:%3B%3C%3D%3E%3F@AZ%5B%5C%5D%5E_%60az%7B%7C%7D~%7F");
+    EXPECT_EQ(uri.getQueryValue(u"k", false),
+        u"%20!%22%23%24%25%26'()*%2B%2C-.%2F09%3A%3B%3C%3D%3E%3F%40AZ%5B%5C%5D%5E_%60az%7B%7C%7D~%7F");
+    uri.setUser(u"\u00E4\U0001F600", true);
+    EXPECT_EQ(uri.getUser(false), u"%c3%a4%f0%9f%98%80");
+    EXPECT_EQ(uri.getUser(true), u"\u00E4\U0001F600");
+    uri.setPassword(u"a b", true);
+    EXPECT_EQ(uri.getUserInfo(true), u"\u00E4\U0001F600:a%20b");
+    EXPECT_THROW(uri.setHost(u"\xD800", true), vx::text::charset::InvalidCharacterException);
+    EXPECT_FALSE(uri.hasHost());
+}
+
+TEST(URI, ReadsEscapesAsThePlatformReadsNumbers)
+{
+    struct {
+        const char16_t* stored;
+        std::u16string text;
+    } cases[] = {
+        {u"%41%4a%4A", u"AJJ"},
+        {u"%zz|%0x|%5z", u"\0|\0|\5"s},
+        {u"% 7%+7", u"\7\7"},
+        {u"%C3%A4\u00E4", u"\u00E4\u00E4"},
+    };
+    URI uri;
+    for (const auto& row : cases) {
+        uri.setPath(row.stored, false);
+        EXPECT_EQ(uri.getPath(true), std::u16string_view(row.text)) << String(row.stored);
+        EXPECT_EQ(uri.getPath(false), row.stored);
+    }
+    for (const char16_t* cut : {u"a%4", u"a%", u"%"}) {
+        uri.setPath(cut, false);
+        EXPECT_THROW(uri.getPath(true), Exception) << String(cut);
+    }
+}
+
+TEST(URI, FindsParametersInAnyCase)
+{
+    URI uri;
+    uri.setQuery(u"", false);
+    EXPECT_EQ(uri.toString(), u"?");
+    uri.setQueryPair(u"Key", u"v", false);
+    uri.setQuery(u"KEY=w&a", false);
+    EXPECT_EQ(uri.getQueryValue(u"kEY", false), u"w");
+    EXPECT_EQ(uri.getQueryValue(u"A", false), u"a");
+    EXPECT_THROW(uri.getQueryValue(u"b", false), Exception);
+    uri.removeQueryPair(u"A");
+    EXPECT_EQ(uri.toString(), u"?Key=w"); // spelled as at first
+    EXPECT_TRUE(uri.hasQuery());
+    uri.removeQueryPair(u"none");
+    EXPECT_TRUE(uri.hasQuery());
+    uri.removeQueryPair(u"key");
+    EXPECT_FALSE(uri.hasQuery());
+    EXPECT_EQ(uri.toString(), u"");
+
+    uri.setQueryPair(u"a b", u"c d", true);
+    EXPECT_FALSE(uri.hasQueryValue(u"a b"));
+    EXPECT_EQ(uri.getQueryValue(u"A%20B", true), u"c d");
+    EXPECT_EQ(uri.getQuery(true), u"a%20b=c d");
+    EXPECT_EQ(QueryKey(u"Ab").compareTo(QueryKey(u"aB")), 0);
+    EXPECT_LT(QueryKey(u"AB").compareTo(QueryKey(u"ac")), 0);
+}
+
+TEST(URI, PrintsParametersInTheOrderOfTheMap)
+{
+    const vx::Reference<vx::collections::vorb::HashMap> plain(new vx::collections::vorb::HashMap(101, 0.75F));
+    URI uri;
+    for (int number = 0; number < 300; ++number) {
+        const vx::Reference<QueryKey> key(new QueryKey(u"Key" + String::valueOf(number * number)));
+        plain->put(static_cast<vx::ComObject*>(key.get()), nullptr);
+        uri.setQueryPair(*key, u"", false);
+    }
+    String expected;
+    const auto keys = plain->createKeySet();
+    for (const auto each = keys->createIterator(); each->hasNext();)
+        expected += (expected.isEmpty() ? u"" : u"&")
+            + static_cast<QueryKey&>(*vx::collections::fromElement<QueryKey>(each->next())) + u"=";
+    EXPECT_EQ(uri.getQuery(false), expected);
+}
+
+TEST(URI, RemovesWhatItIsTold)
+{
+    URI uri(u"s://u:p@h:1/a?b=c");
+    uri.removeUserInfo();
+    EXPECT_EQ(partsOf(uri), "scheme=s host=h port=1 path=a query=b=c");
+    uri.removeAuthority();
+    EXPECT_EQ(uri.toString(), u"s:/a?b=c");
+    uri.removeAll();
+    EXPECT_EQ(partsOf(uri), "");
+    EXPECT_EQ(uri.toString(), u"");
+    EXPECT_FALSE(uri.hasSchemeSpecificPart());
+
+    uri.setUri(u"s:x", false);
+    uri.removeAll();
+    EXPECT_EQ(uri.toString(), u"x");
+    EXPECT_TRUE(uri.isOpaque());
+}
+
+TEST(URI, GivesRandomPartsBack)
+{
+    const unsigned seed = std::random_device {}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    const auto text = [&] {
+        std::u16string units;
+        for (unsigned count = 1 + random() % 12; count > 0; --count) {
+            switch (random() % 4) {
+            case 0:
+                units += static_cast<char16_t>(0xA0 + random() % 0xD000);
+                break;
+            case 1:
+                units += u"\U0001F601";
+                break;
+            default:
+                units += static_cast<char16_t>(1 + random() % 0x7F);
+            }
+        }
+        return String(units);
+    };
+    for (unsigned round = 0; round < 2000; ++round) {
+        const unsigned present = random();
+        const String parts[] = {text(), text(), text(), text(), text(), text()};
+        URI uri;
+        uri.setScheme(u"s");
+        uri.setHost(parts[0], true);
+        if ((present & 1) != 0)
+            uri.setUser(parts[1], true);
+        if ((present & 3) == 3)
+            uri.setPassword(parts[2], true);
+        if ((present & 4) != 0)
+            uri.setPath(parts[3], true);
+        if ((present & 8) != 0)
+            uri.setQueryPair(parts[4], parts[5], true);
+        if ((present & 16) != 0)
+            uri.setPort(static_cast<int>(random() % 65536));
+
+        const URI again(uri.toString());
+        ASSERT_EQ(partsOf(again), partsOf(uri));
+        ASSERT_EQ(again.toString(), uri.toString());
+        ASSERT_EQ(again.getHost(true), parts[0]);
+        if ((present & 1) != 0) {
+            ASSERT_EQ(again.getUser(true), parts[1]);
+        }
+        if ((present & 3) == 3) {
+            ASSERT_EQ(again.getPassword(true), parts[2]);
+        }
+        if ((present & 4) != 0) {
+            ASSERT_EQ(again.getPath(true), parts[3]);
+        }
+        if ((present & 8) != 0) {
+            const String query = again.getQuery(false);
+            ASSERT_EQ(again.getQueryValue(query.substring(0, query.indexOf(u'=')), true), parts[5]);
+        }
+    }
+}
+
+TEST(URI, EndsSoonOnHostileText)
+{
+    constexpr int MILLION = 1'000'000;
+    URI uri;
+    uri.setSchemeSpecificPart(
+        u"//" + String(u'@', MILLION) + String(u':', MILLION) + String(u'/', MILLION) + u"?" + String(u'&', MILLION),
+        false);
+    EXPECT_EQ(uri.getHost(false).getLength(), MILLION - 1);
+    EXPECT_EQ(uri.getPath(false).getLength(), MILLION - 1);
+    EXPECT_EQ(uri.getQuery(false), u"=");
+    uri.setQuery(String(u'=', MILLION), true);
+    EXPECT_EQ(uri.getQueryValue(u"", false).getLength(), 3 * (MILLION - 1));
+    uri.setPath(String(u'%', MILLION), true);
+    EXPECT_EQ(uri.getPath(true).getLength(), MILLION);
+}
+
+} // namespace

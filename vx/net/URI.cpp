@@ -1,0 +1,623 @@
+#include "vx/net/URI.h"
+
+#include "vx/Exception.h"
+#include "vx/collections/vorb/HashMap.h"
+#include "vxsys/Number.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace vx::net {
+
+namespace {
+
+using View = std::u16string_view;
+
+constexpr int NOT_FOUND = -1;
+
+int indexOf(View text, char16_t unit, int from = 0)
+{
+    const std::size_t index = text.find(unit, static_cast<std::size_t>(from));
+    return index != View::npos ? static_cast<int>(index) : NOT_FOUND;
+}
+
+/// From `start` to `end` or, where that is -1, to the end of the text; empty for a start behind its end.
+View slice(View text, int start, int end = -1)
+{
+    const std::size_t last = std::min(static_cast<std::size_t>(end), text.size());
+    const std::size_t first = std::min(static_cast<std::size_t>(start), last);
+    return text.substr(first, last - first);
+}
+
+/// For each byte a bit of each class that escapes it.
+constexpr auto ESCAPED_IN = [] {
+    constexpr std::string_view ALWAYS = "\"#%<>[\\]^`{|}";
+    constexpr std::string_view OF_CLASS[] = {"/:;?@", "/;=?", "$&+,/:;=?@"};
+    constexpr unsigned char ALL = 0xFF;
+    std::array<unsigned char, 256> classes {};
+    for (unsigned byte = 0; byte < classes.size(); ++byte) {
+        const auto character = static_cast<char>(byte);
+        if (byte <= ' ' || byte >= 0x7F || ALWAYS.find(character) != ALWAYS.npos)
+            classes[byte] = ALL;
+        for (unsigned part = 0; part < std::size(OF_CLASS); ++part) {
+            if (OF_CLASS[part].find(character) != std::string_view::npos)
+                classes[byte] = static_cast<unsigned char>(classes[byte] | 1U << part);
+        }
+    }
+    return classes;
+}();
+
+/// Two digits, upper-case; for what is no ASCII they are those of the platform's number texts.
+void appendEscape(std::u16string& escaped, unsigned char byte)
+{
+    constexpr char16_t DIGITS[] = u"0123456789ABCDEF";
+    escaped += u'%';
+    if (byte < 0x80) {
+        escaped += DIGITS[byte >> 4];
+        escaped += DIGITS[byte & 0xF];
+    } else {
+        char16_t digits[33];
+        escaped += VXLToStrW(byte, digits, 16);
+    }
+}
+
+String copyOf(const String& text)
+{
+    return String(text.view());
+}
+
+int lengthOf(const String& part)
+{
+    constexpr int SIGNS = 2; // the most that stand around a part
+    return part.getLength() + SIGNS;
+}
+
+} // namespace
+
+QueryKey::QueryKey(const String& key)
+    : String(key)
+{
+}
+
+QueryKey::~QueryKey() noexcept = default;
+
+int QueryKey::compareTo(const Object& other) const
+{
+    return lowerCase().compare(other.toString(), true);
+}
+
+bool QueryKey::equals(const Object& other) const
+{
+    return lowerCase().equals(other.toString(), true);
+}
+
+std::uint32_t QueryKey::hashCode() const
+{
+    return lowerCase().hashCode();
+}
+
+const String& QueryKey::lowerCase() const
+{
+    if (m_lowerCase.isEmpty() && !isEmpty()) {
+        m_lowerCase = static_cast<const String&>(*this);
+        m_lowerCase.toLower();
+    }
+    return m_lowerCase;
+}
+
+URI::URI() = default;
+
+URI::URI(const String& text)
+{
+    setUri(text, false);
+}
+
+URI::~URI() noexcept = default;
+
+String URI::toString() const
+{
+    String text(lengthOf(m_scheme) + lengthOf(m_user) + lengthOf(m_password) + lengthOf(m_host) + lengthOf(m_path)
+        + m_opaquePart.getLength());
+    if (m_hasScheme) {
+        text.append(m_scheme);
+        text.append(u':');
+    }
+    if (hasSchemeSpecificPart())
+        appendSchemeSpecificPart(text, false);
+    return text;
+}
+
+void URI::setUri(const String& text, bool escape)
+{
+    const View all = text.view();
+    const int colon = indexOf(all, u':');
+    if (colon != NOT_FOUND) {
+        m_scheme = String(slice(all, 0, colon));
+        m_hasScheme = true;
+    }
+    parseSchemeSpecificPart(slice(all, colon + 1), escape);
+}
+
+void URI::setSchemeSpecificPart(const String& text, bool escape)
+{
+    parseSchemeSpecificPart(text.view(), escape);
+}
+
+void URI::setAuthority(const String& text, bool escape)
+{
+    parseAuthority(text.view(), escape);
+}
+
+void URI::setUserInfo(const String& text, bool escape)
+{
+    parseUserInfo(text.view(), escape);
+}
+
+void URI::setScheme(const String& text)
+{
+    m_scheme = copyOf(text);
+    m_hasScheme = true;
+}
+
+void URI::setUser(const String& text, bool escape)
+{
+    storeUser(text.view(), escape);
+}
+
+void URI::setPassword(const String& text, bool escape)
+{
+    storePassword(text.view(), escape);
+}
+
+void URI::setHost(const String& text, bool escape)
+{
+    storeHost(text.view(), escape);
+}
+
+void URI::setPath(const String& text, bool escape)
+{
+    storePath(text.view(), escape);
+}
+
+void URI::setPort(int port)
+{
+    m_port = port;
+    m_hasPort = true;
+}
+
+void URI::setQuery(const String& text, bool escape)
+{
+    parseQuery(text.view(), escape);
+}
+
+void URI::setQueryPair(const String& key, const String& value, bool escape)
+{
+    storeQueryPair(key.view(), value.view(), escape);
+}
+
+void URI::setFragment(const String&) { }
+
+String URI::getScheme() const
+{
+    return give(m_scheme, m_hasScheme, false);
+}
+
+String URI::getUser(bool unescape) const
+{
+    return give(m_user, m_hasUser, unescape);
+}
+
+String URI::getPassword(bool unescape) const
+{
+    return give(m_password, m_hasPassword, unescape);
+}
+
+String URI::getHost(bool unescape) const
+{
+    return give(m_host, m_hasHost, unescape);
+}
+
+String URI::getPath(bool unescape) const
+{
+    return give(m_path, m_hasPath, unescape);
+}
+
+int URI::getPort() const
+{
+    if (!m_hasPort)
+        throw Exception();
+    return m_port;
+}
+
+String URI::getUserInfo(bool unescape) const
+{
+    String text = getUser(unescape);
+    if (m_hasPassword) {
+        text.append(u':');
+        text.append(m_password);
+    }
+    return text;
+}
+
+String URI::getAuthority(bool unescape) const
+{
+    if (!hasAuthority())
+        throw Exception();
+    String text;
+    appendAuthority(text, unescape);
+    return text;
+}
+
+String URI::getQuery(bool unescape) const
+{
+    String text;
+    appendQuery(text, unescape);
+    return text;
+}
+
+String URI::getQueryValue(const String& key, bool unescape) const
+{
+    const Reference<QueryKey> wanted(new QueryKey(key));
+    const Reference<String> value = m_query != nullptr ? m_query->get(wanted.get()) : nullptr;
+    if (value == nullptr)
+        throw Exception();
+    return give(*value, true, unescape);
+}
+
+String URI::getSchemeSpecificPart(bool unescape) const
+{
+    String text;
+    appendSchemeSpecificPart(text, unescape);
+    return text;
+}
+
+String URI::getFragment() const
+{
+    return String();
+}
+
+bool URI::hasScheme() const
+{
+    return m_hasScheme;
+}
+
+bool URI::hasUser() const
+{
+    return m_hasUser;
+}
+
+bool URI::hasPassword() const
+{
+    return m_hasPassword;
+}
+
+bool URI::hasHost() const
+{
+    return m_hasHost;
+}
+
+bool URI::hasPath() const
+{
+    return m_hasPath;
+}
+
+bool URI::hasPort() const
+{
+    return m_hasPort;
+}
+
+bool URI::hasQuery() const
+{
+    return m_hasQuery;
+}
+
+bool URI::hasUserInfo() const
+{
+    return m_hasUser;
+}
+
+bool URI::hasAuthority() const
+{
+    return m_hasHost || m_hasUser;
+}
+
+bool URI::hasSchemeSpecificPart() const
+{
+    return m_hasHost || m_hasUser || m_hasPath || m_hasQuery || m_isOpaque;
+}
+
+bool URI::hasQueryValue(const String& key) const
+{
+    const Reference<QueryKey> wanted(new QueryKey(key));
+    return m_query != nullptr && m_query->containsKey(wanted.get());
+}
+
+bool URI::hasFragment() const
+{
+    return false;
+}
+
+bool URI::isOpaque() const
+{
+    return m_isOpaque;
+}
+
+void URI::removeScheme()
+{
+    m_scheme.clear();
+    m_hasScheme = false;
+}
+
+void URI::removeUser()
+{
+    m_user.clear();
+    m_hasUser = false;
+}
+
+void URI::removePassword()
+{
+    m_password.clear();
+    m_hasPassword = false;
+}
+
+void URI::removeHost()
+{
+    m_host.clear();
+    m_hasHost = false;
+}
+
+void URI::removePath()
+{
+    m_path.clear();
+    m_hasPath = false;
+}
+
+void URI::removePort()
+{
+    m_port = -1;
+    m_hasPort = false;
+}
+
+void URI::removeUserInfo()
+{
+    removeUser();
+    removePassword();
+}
+
+void URI::removeAuthority()
+{
+    removeUserInfo();
+    removeHost();
+    removePort();
+}
+
+void URI::removeQuery()
+{
+    m_query = nullptr;
+    m_hasQuery = false;
+}
+
+void URI::removeQueryPair(const String& key)
+{
+    const Reference<QueryKey> unwanted(new QueryKey(key));
+    if (m_query != nullptr)
+        m_query->remove(unwanted.get());
+    if (m_query == nullptr || m_query->isEmpty())
+        m_hasQuery = false;
+}
+
+void URI::removeSchemeSpecificPart()
+{
+    removeAuthority();
+    removePath();
+    removeQuery();
+}
+
+void URI::removeAll()
+{
+    removeScheme();
+    removeSchemeSpecificPart();
+}
+
+String URI::getEscapedString(const String& text, ESCAPE_PART part)
+{
+    const std::string bytes = text.toUtf8();
+    std::u16string escaped;
+    escaped.reserve(bytes.size());
+    for (const char character : bytes) {
+        const auto byte = static_cast<unsigned char>(character);
+        if ((ESCAPED_IN[byte] & 1U << part) != 0)
+            appendEscape(escaped, byte);
+        else
+            escaped += static_cast<char16_t>(byte);
+    }
+    return String(View(escaped));
+}
+
+String URI::getUnescapedString(const String& text)
+{
+    constexpr std::size_t DIGITS = 2;
+    if (indexOf(text.view(), u'%') == NOT_FOUND)
+        return text;
+    const std::string bytes = text.toUtf8();
+    std::string unescaped;
+    unescaped.reserve(bytes.size());
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        if (bytes[index] != '%') {
+            unescaped += bytes[index];
+            continue;
+        }
+        if (bytes.size() - index <= DIGITS)
+            throw Exception();
+        const char16_t digits[DIGITS + 1]
+            = {static_cast<unsigned char>(bytes[index + 1]), static_cast<unsigned char>(bytes[index + 2]), 0};
+        unescaped += static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
+        index += DIGITS;
+    }
+    return String(std::string_view(unescaped));
+}
+
+String URI::take(View text, bool escape, ESCAPE_PART part)
+{
+    return escape ? getEscapedString(text, part) : String(text);
+}
+
+String URI::give(const String& stored, bool isPresent, bool unescape)
+{
+    if (!isPresent)
+        throw Exception();
+    return unescape ? getUnescapedString(stored) : stored;
+}
+
+void URI::parseSchemeSpecificPart(View text, bool escape)
+{
+    if (m_hasScheme && !text.starts_with(u'/')) {
+        m_isOpaque = true;
+        m_opaquePart = String(text);
+        return;
+    }
+    const int length = static_cast<int>(text.size());
+    int query = indexOf(text, u'?', 0);
+    int start = NOT_FOUND; // of the slash in front of the path
+    if (text.starts_with(u"//")) {
+        constexpr int AUTHORITY = 2;
+        query = indexOf(text, u'?', AUTHORITY);
+        start = indexOf(text, u'/', AUTHORITY);
+        if (start == NOT_FOUND)
+            start = query != NOT_FOUND ? query : length;
+        parseAuthority(slice(text, AUTHORITY, start), escape);
+    } else if (text.starts_with(u'/')) {
+        start = 0;
+    }
+
+    int end = start;
+    if (query != 0 && start != length && (query == NOT_FOUND || start != query)) {
+        end = query != NOT_FOUND ? query : length;
+        storePath(slice(text, start + 1, end), escape);
+    }
+    if (query != NOT_FOUND)
+        parseQuery(slice(text, end + 1), escape);
+}
+
+void URI::parseAuthority(View text, bool escape)
+{
+    if (const int at = indexOf(text, u'@'); at != NOT_FOUND) {
+        parseUserInfo(slice(text, 0, at), escape);
+        text = slice(text, at + 1);
+    }
+    if (const int colon = indexOf(text, u':'); colon != NOT_FOUND) {
+        setPort(VXStrToIW(String(slice(text, colon + 1)).getData()));
+        text = slice(text, 0, colon);
+    }
+    if (!text.empty())
+        storeHost(text, escape);
+}
+
+void URI::parseUserInfo(View text, bool escape)
+{
+    const int colon = indexOf(text, u':');
+    storeUser(slice(text, 0, colon), escape);
+    if (colon != NOT_FOUND)
+        storePassword(slice(text, colon + 1), escape);
+}
+
+void URI::parseQuery(View text, bool escape)
+{
+    if (!text.empty()) {
+        for (std::size_t start = 0; start <= text.size();) {
+            const std::size_t end = std::min(text.find(u'&', start), text.size());
+            const View piece = text.substr(start, end - start);
+            const std::size_t sign = piece.find(u'=');
+            storeQueryPair(piece.substr(0, sign), sign != View::npos ? piece.substr(sign + 1) : piece, escape);
+            start = end + 1;
+        }
+    }
+    m_hasQuery = true;
+}
+
+void URI::storeUser(View text, bool escape)
+{
+    m_user = take(text, escape, ESCAPE_AUTHORITY);
+    m_hasUser = true;
+}
+
+void URI::storePassword(View text, bool escape)
+{
+    m_password = take(text, escape, ESCAPE_AUTHORITY);
+    m_hasPassword = true;
+}
+
+void URI::storeHost(View text, bool escape)
+{
+    m_host = take(text, escape, ESCAPE_AUTHORITY);
+    m_hasHost = true;
+}
+
+void URI::storePath(View text, bool escape)
+{
+    m_path = take(text, escape, ESCAPE_PATH);
+    m_hasPath = true;
+}
+
+void URI::storeQueryPair(View key, View value, bool escape)
+{
+    if (m_query == nullptr)
+        m_query = new Query(new collections::vorb::HashMap(101, 0.75F));
+    const Reference<QueryKey> storedKey(new QueryKey(take(key, escape, ESCAPE_QUERY)));
+    const Reference<String> storedValue(new String(take(value, escape, ESCAPE_QUERY)));
+    m_query->put(storedKey.get(), storedValue.get());
+    m_hasQuery = true;
+}
+
+void URI::appendAuthority(String& target, bool unescape) const
+{
+    if (m_hasUser) {
+        target.append(getUserInfo(unescape));
+        target.append(u'@');
+    }
+    if (m_hasHost)
+        target.append(getHost(unescape));
+    if (m_hasPort) {
+        target.append(u':');
+        target.append(String::valueOf(m_port));
+    }
+}
+
+void URI::appendQuery(String& target, bool unescape) const
+{
+    if (m_query == nullptr)
+        return;
+    bool isFirst = true;
+    for (const auto& [key, value] : *m_query) {
+        if (!std::exchange(isFirst, false))
+            target.append(u'&');
+        target.append(*key);
+        target.append(u'=');
+        target.append(unescape ? getUnescapedString(*value) : *value);
+    }
+}
+
+void URI::appendSchemeSpecificPart(String& target, bool unescape) const
+{
+    if (m_isOpaque) {
+        target.append(m_opaquePart);
+        return;
+    }
+    if (hasAuthority()) {
+        target.append(u"//");
+        appendAuthority(target, unescape);
+    }
+    if (m_hasPath) {
+        target.append(u'/');
+        target.append(getPath(unescape));
+    }
+    if (m_hasQuery) {
+        target.append(u'?');
+        appendQuery(target, unescape);
+    }
+}
+
+} // namespace vx::net

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/String.h"
+#include "vx/collections/Map.h"
+#include "vx/net/QueryKey.h"
+
+#include <string_view>
+
+namespace vx::net {
+
+/// The parts of one URI (RFC 3986) in their escaped form: scheme, user, password, host, port, path and query. A container
+/// and no validator: any text is taken apart, and each part can be set, read and removed alone. A part may be present and
+/// empty.
+///
+/// A setter is told whether its text is still to be escaped, a getter whether to unescape; both work on the UTF-8 bytes, and
+/// text that has none there or is none throws InvalidCharacterException. The getter of a part that is not there throws a
+/// bare Exception, and so does unescaping an escape that is cut short. Query parameters are found in any case of letters, and printed in the order of the map. Fragments are not known: a "#"
+/// is a character like others. One thread at a time, also for the constant operations.
+class VX_API URI : public Object {
+public:
+    URI();
+    URI(const String& text);
+    URI(const URI&) = delete;
+    URI& operator=(const URI&) = delete;
+    ~URI() noexcept override;
+
+    // Object
+    String toString() const override;
+
+    /// The text before the first ":" is the scheme. Behind a scheme, what does not begin with "/" is opaque: one part.
+    void setUri(const String& text, bool escape);
+    void setSchemeSpecificPart(const String& text, bool escape);
+    /// "user:password@host:port". A port that is no number is 0.
+    void setAuthority(const String& text, bool escape);
+    void setUserInfo(const String& text, bool escape);
+    void setScheme(const String& text);
+    void setUser(const String& text, bool escape);
+    void setPassword(const String& text, bool escape);
+    void setHost(const String& text, bool escape);
+    /// Without the slash between authority and path. To be escaped, it is one segment: slashes are escaped too.
+    void setPath(const String& text, bool escape);
+    void setPort(int port);
+    /// Adds the parameters of "key=value&key=value" to those that are there. One without "=" is its own value.
+    void setQuery(const String& text, bool escape);
+    /// Replaces the value of a key that is there.
+    void setQueryPair(const String& key, const String& value, bool escape);
+    void setFragment(const String& text);
+
+    String getScheme() const;
+    String getUser(bool unescape) const;
+    String getPassword(bool unescape) const;
+    String getHost(bool unescape) const;
+    String getPath(bool unescape) const;
+    int getPort() const;
+    /// The password stays escaped.
+    String getUserInfo(bool unescape) const;
+    String getAuthority(bool unescape) const;
+    /// Keys stay escaped. Empty where there is none.
+    String getQuery(bool unescape) const;
+    /// `key` in the form in which it is stored.
+    String getQueryValue(const String& key, bool unescape) const;
+    String getSchemeSpecificPart(bool unescape) const;
+    String getFragment() const;
+
+    bool hasScheme() const;
+    bool hasUser() const;
+    bool hasPassword() const;
+    bool hasHost() const;
+    bool hasPath() const;
+    bool hasPort() const;
+    bool hasQuery() const;
+    bool hasUserInfo() const;
+    /// A host or a user; a port alone does not count.
+    bool hasAuthority() const;
+    bool hasSchemeSpecificPart() const;
+    bool hasQueryValue(const String& key) const;
+    bool hasFragment() const;
+    bool isOpaque() const;
+
+    void removeScheme();
+    void removeUser();
+    void removePassword();
+    void removeHost();
+    void removePath();
+    void removePort();
+    void removeUserInfo();
+    void removeAuthority();
+    void removeQuery();
+    void removeQueryPair(const String& key);
+    /// The opaque part stays.
+    void removeSchemeSpecificPart();
+    void removeAll();
+
+private:
+    /// What is escaped beside what always is.
+    enum ESCAPE_PART { ESCAPE_AUTHORITY = 0, ESCAPE_PATH = 1, ESCAPE_QUERY = 2 };
+
+    using Query = collections::Map<QueryKey, String>;
+
+    static String getEscapedString(const String& text, ESCAPE_PART part);
+    static String getUnescapedString(const String& text);
+    /// A part as it is stored, and a stored part as a getter gives it.
+    static String take(std::u16string_view text, bool escape, ESCAPE_PART part);
+    static String give(const String& stored, bool isPresent, bool unescape);
+
+    void parseSchemeSpecificPart(std::u16string_view text, bool escape);
+    void parseAuthority(std::u16string_view text, bool escape);
+    void parseUserInfo(std::u16string_view text, bool escape);
+    void parseQuery(std::u16string_view text, bool escape);
+    void storeUser(std::u16string_view text, bool escape);
+    void storePassword(std::u16string_view text, bool escape);
+    void storeHost(std::u16string_view text, bool escape);
+    void storePath(std::u16string_view text, bool escape);
+    void storeQueryPair(std::u16string_view key, std::u16string_view value, bool escape);
+    void appendAuthority(String& target, bool unescape) const;
+    void appendQuery(String& target, bool unescape) const;
+    void appendSchemeSpecificPart(String& target, bool unescape) const;
+
+    String m_scheme;
+    String m_user;
+    String m_password;
+    String m_host;
+    String m_path;
+    String m_opaquePart;
+    int m_port = -1;
+    bool m_hasScheme = false;
+    bool m_hasUser = false;
+    bool m_hasPassword = false;
+    bool m_hasHost = false;
+    bool m_hasPath = false;
+    bool m_hasPort = false;
+    bool m_hasQuery = false;
+    bool m_isOpaque = false;
+    Reference<Query> m_query; ///< null until the first parameter
+};
+
+} // namespace vx::net
