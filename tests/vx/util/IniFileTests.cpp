@@ -1,0 +1,255 @@
+#include "vx/util/IniFile.h"
+
+#include "tests/vxsys/Child.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/Result.h"
+#include "vx/util/IniFileException.h"
+#include "vx/util/IniFileIterator.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace std::literals;
+using vx::String;
+using vx::util::IniFile;
+using vx::util::IniFileException;
+using vx::util::IniFileKeyIterator;
+using vx::util::IniFileSetIterator;
+
+/// All that is in the file, as "[set]key=value,key=value,".
+std::string dump(IniFile& file)
+{
+    std::string text;
+    for (IniFileSetIterator sets(file, u""); sets.hasNext();) {
+        const String set = sets.next();
+        text += "[" + set.toUtf8() + "]";
+        for (IniFileKeyIterator keys(file, set.getData()); keys.hasNext();) {
+            const String key = keys.next();
+            char16_t value[600];
+            EXPECT_EQ(file.GetValue(set.getData(), key.getData(), value, 600), 0);
+            text += key.toUtf8() + "=" + String(value).toUtf8() + ",";
+        }
+    }
+    return text;
+}
+
+std::string dumpOf(std::string_view bytes)
+{
+    const Scratch scratch;
+    put(scratch / "x.ini", bytes);
+    IniFile file(scratch.full("x.ini").c_str(), nullptr, 1);
+    return dump(file);
+}
+
+TEST(IniFile, ReadsLineByLine)
+{
+    const std::string full(500, 'v');
+    struct {
+        std::string bytes;
+        std::string read;
+    } cases[] = {
+        {"", ""},
+        {"[a]\nk = v = w\n", "[a]k=v = w,"},
+        {"[a]\n  k=v\n\tk=v\n\r\n\n#k=v\n;k=v\n:k=v\nl=1", "[a]l=1,"},
+        {"k=dropped\n[a] trailing\n[b]b]\n[ c ]\n", "[ c ][a][b]b]"},
+        {"[b]\r\nK=1\r\n[B]\r\nl=2\r\nL=\t3 \r\n", "[b]l=3,"}, // replaced, and spelled as at first
+        {"[a]\nk=1\nnothing\nl=2\n[b]\n", "[a]k=1,"},
+        {"[a]\nk=1\n[b\nl=2\n", "[a]k=1,"},
+        {"[]\nk=1\n[a]\n", "[]k=1,[a]"},
+        {"[a]\n[]\nk=1\n", "[a]"},
+        {"[a]\n=v\nk=\n", "[a]=v,k=,"},
+        {"[a]\nk=\xEF\xBB\xBF\xC3\xA4\n", "[a]k=\xEF\xBB\xBF\xC3\xA4,"},
+        {"\xEF\xBB\xBF[\xC3\xA4]\nk=\xE2\x82\xAC\n\xEF\xBB\xBF# and again\n", "[\xC3\xA4]k=\xE2\x82\xAC,"},
+        {"[a]\nk=x\xFFy\xE2\x82", "[a]k=x\xEF\xBF\xBDy\xEF\xBF\xBD\xEF\xBF\xBD,"},
+        {"[a]\nk=v\0hidden\nl=1\n\0m=2\nn=3\n"s, "[a]k=v,l=1,n=3,"},
+        {"[a]\nk=" + full + "12345678\nl=1", "[a]k=" + full + "12345678,l=1,"}, // exactly a piece
+        {"[a]\nk=" + full + "12345678;x\nl=1", "[a]k=" + full + "12345678,l=1,"}, // the rest is a comment
+        {"[a]\nk=" + full + "12345678m=2\nl=1", "[a]k=" + full + "12345678,l=1,m=2,"},
+        {"[a]\nk=" + full + "1234567\xC3\xA4=2", "[a]k=" + full + "1234567\xEF\xBF\xBD,\xEF\xBF\xBD=2,"},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(dumpOf(row.bytes), row.read) << row.bytes;
+}
+
+TEST(IniFile, ReplacesTheFileWithWhatItKnows)
+{
+    const Scratch scratch;
+    const std::string before = "\xEF\xBB\xBF# a comment\n[Z]\nb=2\nA=1\n[y]\n";
+    put(scratch / "x.ini", before);
+    IniFile file(scratch.full("x.ini").c_str(), nullptr, 1);
+    EXPECT_EQ(file.AddKey(u"z", u"B", u"\u00E4", false), vx::RESULT_ALREADY_EXISTS);
+    EXPECT_EQ(contentOf(scratch / "x.ini"), before);
+    EXPECT_EQ(file.AddKey(u"z", u"B", u"\u00E4", true), 0);
+    EXPECT_EQ(contentOf(scratch / "x.ini"), "[y]\n\n[Z]\nA=1\nb=\xC3\xA4\n\n");
+    EXPECT_EQ(file.DeleteKey(u"Z", u"c"), vx::RESULT_NOT_FOUND);
+    EXPECT_EQ(file.DeleteKey(u"none", u"c"), vx::RESULT_NOT_FOUND);
+    EXPECT_EQ(file.DeleteKey(u"Z", u"a"), 0);
+    EXPECT_EQ(file.DeleteKey(u"Z", u"B"), 0);
+    EXPECT_EQ(contentOf(scratch / "x.ini"), "[y]\n\n[Z]\n\n");
+
+    for (const char16_t* set : {u"a", u"a\\b", u"a\\b\\c", u"ab", u"A\\d"})
+        EXPECT_EQ(file.AddKey(set, u"k", u"", false), 0);
+    EXPECT_EQ(file.DeleteSet(u"a\\none"), 0);
+    EXPECT_EQ(file.DeleteSet(u"a"), 0); // the case of letters counts for what is below
+    EXPECT_EQ(dump(file), "[A\\d]k=,[y][Z]");
+    EXPECT_EQ(file.DeleteSet(u""), 0);
+    EXPECT_EQ(contentOf(scratch / "x.ini"), "");
+}
+
+TEST(IniFile, WritesAsMuchAsALineHolds)
+{
+    const Scratch scratch;
+    IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+    const String name(u's', 300);
+    const String value = String(u'v', 253) + u"\u00E4x"; // the last that fits is half a character
+    EXPECT_EQ(file.AddKey(name.getData(), u"k\xD800", value.getData(), false), 0);
+    EXPECT_EQ(contentOf(scratch / "x.ini"), "[" + std::string(259, 's') + "]\nk?=" + std::string(253, 'v') + "\n\n");
+    char16_t found[600];
+    EXPECT_EQ(file.GetValue(name.getData(), u"k\xD800", found, 600), 0); // not read again
+    EXPECT_EQ(String(found), value);
+}
+
+TEST(IniFile, CutsAValueThatDoesNotFit)
+{
+    const Scratch scratch;
+    IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+    EXPECT_EQ(file.AddKey(u"s", u"k", u"abc", false), 0);
+    struct {
+        unsigned int capacity;
+        std::int32_t result;
+        std::u16string_view value;
+    } cases[] = {
+        {0, vx::RESULT_BUFFER_TOO_SMALL, u"----"},
+        {2, vx::RESULT_BUFFER_TOO_SMALL, u"ab--"},
+        {3, vx::RESULT_BUFFER_TOO_SMALL, u"abc-"},
+        {4, 0, u"abc\0"sv},
+        {0xFFFFFFFF, 0, u"abc\0"sv},
+    };
+    for (const auto& row : cases) {
+        char16_t value[] = u"----";
+        EXPECT_EQ(file.GetValue(u"S", u"K", value, row.capacity), row.result) << row.capacity;
+        EXPECT_EQ(std::u16string_view(value, 4), row.value) << row.capacity;
+    }
+    EXPECT_EQ(file.GetValue(u"s", u"none", nullptr, 0), vx::RESULT_NOT_FOUND);
+}
+
+TEST(IniFile, IteratesOverASnapshot)
+{
+    const Scratch scratch;
+    put(scratch / "x.ini", "[a\\b]\n[a\\B\\c]\n[a\\b c]\n[A\\b\\d]\n[ab]\nk=1\nl=2\n[e\\f]\n");
+    IniFile file(scratch.full("x.ini").c_str(), nullptr, 1);
+    const auto namesOf = [](auto iterator) {
+        std::string names;
+        while (iterator.hasNext())
+            names += iterator.next().toUtf8() + "|";
+        EXPECT_THROW(iterator.next(), IniFileException);
+        return names;
+    };
+    IniFileSetIterator sets(file, u"a");
+    IniFileKeyIterator keys(file, u"AB");
+    EXPECT_EQ(file.DeleteSet(u""), 0);
+    EXPECT_EQ(namesOf(sets), "b|b c|");
+    EXPECT_EQ(namesOf(keys), "k|l|");
+    EXPECT_EQ(keys.getSetName(), u"AB");
+    EXPECT_EQ(namesOf(IniFileSetIterator(file, u"none")), "");
+    put(scratch / "x.ini", "[e\\f]\n");
+    EXPECT_EQ(namesOf(IniFileKeyIterator(file, u"e")), "");
+    try {
+        const IniFileKeyIterator none(file, u"g");
+        ADD_FAILURE() << "a set that is not there has no keys";
+    } catch (const IniFileException& failure) {
+        EXPECT_EQ(failure.GetType(), IniFileException::TYPE_NO_SUCH_SET);
+        EXPECT_EQ(failure.getDescription(), u"g");
+    }
+}
+
+TEST(IniFile, SeesEachChangeAtOnce)
+{
+    const Scratch scratch;
+    const std::u16string path = scratch.full("x.ini");
+    try {
+        const IniFile none(path.c_str(), nullptr, 1);
+        ADD_FAILURE() << "the file must exist";
+    } catch (const IniFileException& failure) {
+        EXPECT_EQ(failure.GetType(), IniFileException::TYPE_FILE_NOT_OPENED);
+        EXPECT_EQ(failure.getDescription(), String(path.c_str()));
+    }
+    IniFile writer(path.c_str(), nullptr, 0);
+    IniFile reader(path.c_str(), nullptr, 0);
+    for (int number = 100; number < 150; ++number) { // always of the same size
+        const String value = String::valueOf(number);
+        EXPECT_EQ(writer.AddKey(u"s", u"k", value.getData(), true), 0);
+        char16_t found[8];
+        EXPECT_EQ(reader.GetValue(u"s", u"k", found, 8), 0);
+        EXPECT_EQ(value, found);
+    }
+    const IniFile copy(reader);
+    reader.DeleteSet(u"s");
+    reader = copy;
+    EXPECT_EQ(dump(reader), ""); // its time is older than the file's
+    std::filesystem::remove(scratch / "x.ini");
+    EXPECT_EQ(writer.AddKey(u"t", u"k", u"1", false), 0);
+    EXPECT_EQ(dump(reader), "[s]k=149,[t]k=1,"); // the writer had nothing else to look at
+}
+
+TEST(IniFile, WritesNothingOverWhatItCouldNotRead)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can become somebody else";
+    const Scratch scratch;
+    put(scratch / "x.ini", "[a]\nk=1\n");
+    ASSERT_EQ(::chmod(scratch.getPath().c_str(), 0777), 0);
+    ASSERT_EQ(::chown((scratch / "x.ini").c_str(), 65534, 65534), 0);
+    ASSERT_EQ(::chmod((scratch / "x.ini").c_str(), 0200), 0);
+    Child child([&](Child::Side&) {
+        ASSERT_EQ(::setresgid(65534, 65534, 65534), 0);
+        ASSERT_EQ(::setresuid(65534, 65534, 65534), 0);
+        IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+        file.AddKey(u"b", u"k", u"2", false);
+        EXPECT_EQ(::chmod((scratch / "x.ini").c_str(), 0600), 0);
+        EXPECT_EQ(dump(file), "[a]k=1,");
+    });
+    EXPECT_EQ(child.wait(), 0);
+}
+
+TEST(IniFile, IsSharedByProcessesThatAreKilled)
+{
+    constexpr int PROCESSES = 4;
+    const Scratch scratch;
+    const std::string name = "vx ini tests " + std::to_string(::getpid());
+    const std::u16string path = scratch.full("x.ini");
+    IniFile file(path.c_str(), name.c_str(), 0);
+    {
+        std::vector<std::unique_ptr<Child>> children;
+        for (int process = 0; process < PROCESSES; ++process) {
+            children.push_back(std::make_unique<Child>([&](Child::Side& parent) {
+                IniFile own(path.c_str(), name.c_str(), 0);
+                const String set = String::valueOf(process);
+                for (int number = 0;; ++number) {
+                    const String key = String::valueOf(number);
+                    own.AddKey(set.getData(), key.getData(), u"x", false);
+                    parent.tell(number == 9 ? 'e' : '.');
+                }
+            }));
+        }
+        for (const auto& child : children) { // each has ten keys in the file, and more on the way
+            while (child->hear() == '.') { }
+            child->kill();
+        }
+    }
+    char16_t value[4];
+    for (int process = 0; process < PROCESSES; ++process) {
+        for (int number = 0; number < 10; ++number)
+            EXPECT_EQ(file.GetValue(String::valueOf(process).getData(), String::valueOf(number).getData(), value, 4), 0)
+                << process << " " << number;
+    }
+}
+
+} // namespace
