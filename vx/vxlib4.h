@@ -69,6 +69,7 @@
 #include "vx/crypto/MD5Digest.h"
 #include "vx/crypto/MessageDigest.h"
 #include "vx/exec/IRunnable.h"
+#include "vx/exec/Process.h"
 #include "vx/exec/SharedLibrary.h"
 #include "vx/exec/Thread.h"
 #include "vx/io/AlphaNumInputStream.h"

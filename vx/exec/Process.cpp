@@ -1,0 +1,159 @@
+#include "vx/exec/Process.h"
+
+#include "vx/Exceptions.h"
+#include "vx/Result.h"
+#include "vx/io/FileInputStream.h"
+#include "vx/io/FileOutputStream.h"
+#include "vxsys/File.h"
+
+#include <utility>
+
+namespace vx::exec {
+
+/// This side's end of a pipe, open as long as the process object or a stream on it needs it.
+class Process::Pipe : public Object {
+public:
+    Pipe() noexcept = default;
+    ~Pipe() noexcept override { close(); }
+
+    void open(std::uint32_t handle) noexcept { m_handle = handle; }
+    void close() noexcept
+    {
+        if (m_handle != VX_FILE_INVALID_HANDLE)
+            VXFileClose(std::exchange(m_handle, VX_FILE_INVALID_HANDLE));
+    }
+    std::uint32_t getHandle() const noexcept { return m_handle; }
+    bool isOpen() const noexcept { return m_handle != VX_FILE_INVALID_HANDLE; }
+
+    class Source;
+    class Target;
+
+private:
+    std::uint32_t m_handle = VX_FILE_INVALID_HANDLE;
+};
+
+class Process::Pipe::Source final : public io::FileInputStream {
+public:
+    explicit Source(Pipe* pipe)
+        : FileInputStream(pipe->getHandle(), false)
+        , m_pipe(pipe)
+    {
+    }
+
+private:
+    Reference<Pipe> m_pipe;
+};
+
+class Process::Pipe::Target final : public io::FileOutputStream {
+public:
+    explicit Target(Pipe* pipe)
+        : FileOutputStream(pipe->getHandle(), false)
+        , m_pipe(pipe)
+    {
+    }
+
+    using FileOutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override
+    {
+        if (!m_pipe->isOpen()) // its number may be another file's by now
+            throwResult(RESULT_INVALID_HANDLE);
+        FileOutputStream::write(bytes, length);
+    }
+
+private:
+    Reference<Pipe> m_pipe;
+};
+
+Process::Process(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
+    const char16_t* const* environment, unsigned int flags)
+{
+    // Before the child, so that nothing that fails behind its start leaves it alone.
+    for (Reference<Pipe>* pipe : {&m_childInput, &m_childOutput, &m_childError})
+        *pipe = new Pipe;
+
+    std::uint32_t pipes[3];
+    throwIfFailed(VXProcessCreate(program, commandLine, directory, environment, flags, pipes, &m_handle));
+    m_childInput->open(pipes[0]);
+    m_childOutput->open(pipes[1]);
+    m_childError->open(pipes[2]);
+}
+
+Process::~Process() noexcept
+{
+    if (m_handle != VX_PROCESS_INVALID_HANDLE)
+        VXProcessDetach(m_handle);
+}
+
+int Process::join()
+{
+    checkJoinable();
+    const std::int32_t result = VXProcessJoin(m_handle, &m_exitCode);
+    if (failed(result))
+        throw ResultException(result, u"process join failed");
+    m_handle = VX_PROCESS_INVALID_HANDLE;
+    return m_exitCode;
+}
+
+bool Process::tryJoin()
+{
+    checkJoinable();
+    if (!failed(VXProcessGetExitCode(m_handle, &m_exitCode)))
+        m_handle = VX_PROCESS_INVALID_HANDLE;
+    return m_handle == VX_PROCESS_INVALID_HANDLE;
+}
+
+int Process::getExitCode()
+{
+    if (m_handle != VX_PROCESS_INVALID_HANDLE)
+        throw IllegalStateException(u"process has not been joined");
+    return m_exitCode;
+}
+
+Reference<io::InputStream> Process::getInputStream()
+{
+    if (m_inputStream == nullptr)
+        m_inputStream = new Pipe::Source(m_childOutput.get());
+    return m_inputStream;
+}
+
+Reference<io::OutputStream> Process::getOutputStream()
+{
+    if (m_outputStream == nullptr)
+        m_outputStream = new Pipe::Target(m_childInput.get());
+    return m_outputStream;
+}
+
+Reference<io::InputStream> Process::getErrorStream()
+{
+    if (m_errorStream == nullptr)
+        m_errorStream = new Pipe::Source(m_childError.get());
+    return m_errorStream;
+}
+
+void Process::closeInput()
+{
+    m_childInput->close();
+}
+
+unsigned int Process::getCurrentID()
+{
+    return VXProcessGetID();
+}
+
+unsigned int Process::getID()
+{
+    throwResult(RESULT_NOT_AVAILABLE);
+}
+
+Reference<Process> Process::joinChild()
+{
+    throwResult(RESULT_NOT_AVAILABLE);
+}
+
+void Process::checkJoinable() const
+{
+    if (m_handle == VX_PROCESS_INVALID_HANDLE)
+        throw IllegalStateException(u"process already joined");
+}
+
+} // namespace vx::exec
