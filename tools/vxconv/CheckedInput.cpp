@@ -1,12 +1,14 @@
 #include "CheckedInput.h"
 
-#include "Failure.h"
+#include "common/Failure.h"
 
 #include <vx/io/FileInputStream.h>
 
 #include <cstring>
 
 namespace vxconv {
+
+using namespace vxtools;
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "Conversion.h"
 
 #include "CheckedInput.h"
-#include "Failure.h"
 #include "Progress.h"
 #include "TextPlace.h"
+#include "common/Failure.h"
 
 #include <vx/Exception.h>
 #include <vx/Reference.h>
@@ -21,6 +21,7 @@
 namespace vxconv {
 
 using namespace vx;
+using namespace vxtools;
 using namespace vx::io;
 using namespace vx::text::charset;
 

@@ -1,6 +1,6 @@
 #include "Files.h"
 
-#include "Failure.h"
+#include "common/Failure.h"
 
 #include <cerrno>
 #include <climits>
@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 namespace vxconv {
+
+using namespace vxtools;
 
 namespace {
 
@@ -90,29 +92,6 @@ bool isSameFile(const struct stat& one, const struct stat& other)
 }
 
 } // namespace
-
-Input::Input(const std::string& path)
-    : m_name(path == "-" ? "standard input" : path)
-{
-    if (path != "-") {
-        m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (m_descriptor < 0)
-            throw Failure(m_name, textOfError(errno));
-    }
-    struct stat status;
-    if (::fstat(m_descriptor, &status) != 0)
-        throw Failure(m_name, textOfError(errno));
-    if (S_ISDIR(status.st_mode))
-        throw Failure(m_name, textOfError(EISDIR));
-    if (S_ISREG(status.st_mode))
-        m_size = status.st_size;
-}
-
-Input::~Input()
-{
-    if (m_descriptor > 0)
-        ::close(m_descriptor);
-}
 
 Output::Output(const std::string& path, const Input& input)
     : m_name(path == "-" ? "standard output" : path)
@@ -194,15 +173,6 @@ void Output::close()
     if (m_descriptor > 2)
         ::close(m_descriptor);
     m_descriptor = -1;
-}
-
-void occupyStandardStreams()
-{
-    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
-        // The lowest free number is this one. Opened the other way round, it fails as a closed one does.
-        if (::fcntl(descriptor, F_GETFD) == -1)
-            static_cast<void>(::open("/dev/null", descriptor == 0 ? O_WRONLY : O_RDONLY));
-    }
 }
 
 } // namespace vxconv

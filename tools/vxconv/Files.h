@@ -1,29 +1,12 @@
 #pragma once
 
-#include <cstdint>
+#include "common/Input.h"
+
 #include <string>
 
 namespace vxconv {
 
-/// What is read: a file, or standard input for "-".
-class Input {
-public:
-    explicit Input(const std::string& path);
-    ~Input();
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
-
-    int descriptor() const noexcept { return m_descriptor; }
-    /// For messages.
-    const std::string& name() const noexcept { return m_name; }
-    /// In bytes; -1 where nobody knows before the end.
-    std::int64_t size() const noexcept { return m_size; }
-
-private:
-    std::string m_name;
-    int m_descriptor = 0;
-    std::int64_t m_size = -1;
-};
+using vxtools::Input;
 
 /// What is written: standard output for "-", a device or pipe as it is, and a file beside its place until it is whole.
 ///
@@ -50,8 +33,5 @@ private:
     std::string m_target; ///< empty: written as it is
     int m_descriptor = 1;
 };
-
-/// Keeps the numbers of the standard streams from the files that are opened later.
-void occupyStandardStreams();
 
 } // namespace vxconv

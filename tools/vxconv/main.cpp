@@ -2,9 +2,9 @@
 
 #include "Conversion.h"
 #include "EncodingList.h"
-#include "Failure.h"
 #include "Files.h"
 #include "Options.h"
+#include "common/Failure.h"
 
 #include <vx/Exception.h>
 
@@ -16,6 +16,7 @@
 namespace {
 
 using namespace vxconv;
+using namespace vxtools;
 
 enum ExitCode { SUCCESS = 0, FAILURE = 1, USAGE_ERROR = 2 };
 

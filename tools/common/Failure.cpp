@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <system_error>
 
-namespace vxconv {
+namespace vxtools {
 
 std::string textOfError(int error)
 {
@@ -30,4 +30,4 @@ std::string textOf(const vx::Exception& failure)
     return text;
 }
 
-} // namespace vxconv
+} // namespace vxtools

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace vxconv {
+namespace vxtools {
 
 /// What ends the program: one line for a person.
 class Failure : public std::runtime_error {
@@ -22,4 +22,4 @@ std::string textOfError(int error);
 /// The description of `failure`, or what its result code stands for.
 std::string textOf(const vx::Exception& failure);
 
-} // namespace vxconv
+} // namespace vxtools

@@ -1,0 +1,259 @@
+#!/usr/bin/env python3
+"""Runs the vxlog that the variable VXLOG names as a person would. The oracle for documents is Python's XML parser."""
+
+import os
+import random
+import resource
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+PROGRAM = os.environ["VXLOG"]
+SEPARATOR = "-" * 25 + "\n"
+
+
+def vxlog(*arguments, data=b"", **options):
+    return subprocess.run([PROGRAM, *arguments], input=data, capture_output=True, check=False, **options)
+
+
+def start(*arguments, **options):
+    return subprocess.Popen([PROGRAM, *arguments], stdin=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+
+
+def entries_of(text):
+    """Each entry of a basic log as a dictionary; what is no whole entry is an error."""
+    entries = []
+    for block in text.split(SEPARATOR)[:-1]:
+        assert block.endswith("\n"), block
+        entries.append(dict(line.split("=", 1) for line in block[:-1].split("\n")))
+    assert text == "" or text.endswith(SEPARATOR), text[-200:]
+    return entries
+
+
+class Scratch(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.log = os.path.join(folder.name, "log")
+
+    def read(self):
+        with open(self.log, encoding="utf-8", newline="") as file:
+            return file.read()
+
+    def entries(self):
+        return entries_of(self.read())
+
+    def texts(self):
+        return [entry["text"] for entry in self.entries()]
+
+    def assertSucceeds(self, result):
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def assertFails(self, result, *parts, status=1):
+        """One line on standard error that has all `parts` in it."""
+        text = result.stderr.decode()
+        self.assertEqual(result.returncode, status, text)
+        self.assertRegex(text, r"\Avxlog: [^\n]+\n\Z")
+        for part in parts:
+            self.assertIn(part, text)
+
+
+class Entries(Scratch):
+    def test_makes_an_entry_of_each_line(self):
+        cases = [
+            ([], b"one\ntwo\r\n\nlast", [{"level": "0", "text": text} for text in ["one", "two", "", "last"]]),
+            (["-l", "-7", "-n", "Zoë"], b"x\n", [{"level": "-7", "text": "x", "name": "Zoë"}]),
+            (["--fields", "text,sequence"], b"a\nb\n", [{"sequence": "0", "text": "a"}, {"sequence": "1", "text": "b"}]),
+            (["--fields", "text", "-e", "UTF-16LE"], "Ω😀\n".encode("utf-16-le"), [{"text": "Ω😀"}]),
+            (["--fields", "text"], b"a\xffb\n", [{"text": "a\ufffdb"}]),
+            (["--fields", "text"], b"<&>\0=\n", [{"text": "<&>\0="}]),
+            (["--async", "1", "--fields", "text"], b"a\nb\nc\n", [{"text": text} for text in "abc"]),
+            ([], b"", []),
+        ]
+        for arguments, data, expected in cases:
+            with self.subTest(arguments=arguments, data=data):
+                result = vxlog(*arguments, data=data)
+                self.assertSucceeds(result)
+                self.assertEqual(entries_of(result.stdout.decode()), expected)
+
+    def test_names_thread_and_time(self):
+        before = time.localtime()
+        result = vxlog("--fields", "thread,timestamp", data=b"x\n", env={"LC_ALL": "C"})
+        entry = entries_of(result.stdout.decode())[0]
+        self.assertGreater(int(entry["thread"]), 0)
+        self.assertIn(entry["timestamp"][:8], {time.strftime("%m/%d/%y", t) for t in (before, time.localtime())})
+
+    def test_appends_and_reads_files(self):
+        with open(self.log + ".in", "wb") as file:
+            file.write(b"one\ntwo\n")
+        for _ in range(2):
+            self.assertSucceeds(vxlog("-f", self.log, self.log + ".in"))
+        self.assertEqual(self.texts(), ["one", "two"] * 2)
+
+    def test_has_the_entry_in_the_file_before_the_next_line_comes(self):
+        process = start("--file", self.log)
+        for count in range(1, 4):
+            process.stdin.write(b"x" * 200_000 + b"\n")
+            process.stdin.flush()
+            while not os.path.exists(self.log) or len(self.entries_so_far()) < count:
+                time.sleep(0.001)
+        process.communicate()
+        self.assertEqual(process.returncode, 0)
+
+    def entries_so_far(self):
+        text = self.read()
+        return entries_of(text[: text.rfind(SEPARATOR) + len(SEPARATOR)] if SEPARATOR in text else "")
+
+
+class Documents(Scratch):
+    def test_is_read_by_a_parser(self):
+        lines = [f"line {number} – Ελληνικά 😀" for number in range(5_000)]
+        data = "\n".join(lines).encode()
+        for arguments in ([], ["--async", "1"]):
+            with self.subTest(arguments=arguments):
+                self.assertSucceeds(vxlog("--format", "xml", "-f", self.log, "-n", "x", *arguments, data=data))
+                entries = ElementTree.parse(self.log).getroot().findall("entry")
+                self.assertEqual([entry.findtext("text")[1:-1] for entry in entries], lines)
+                os.remove(self.log)
+
+    def test_escapes_when_asked(self):
+        text = "<b>&amp;]]>\x01"
+        self.assertIn(f"<text> {text} </text>\n".encode(), vxlog("--format", "xml", data=text.encode()).stdout)
+        document = vxlog("--format", "xml", "--escape", data=text.encode()).stdout
+        self.assertEqual(ElementTree.fromstring(document).findtext("entry/text"), f" {text[:-1]}\ufffd ")
+
+    def test_is_not_continued(self):
+        self.assertSucceeds(vxlog("--format", "xml", "-f", self.log))
+        self.assertEqual(ElementTree.parse(self.log).getroot().tag, "log")
+        self.assertFails(vxlog("--format", "xml", "-f", self.log, data=b"x\n"), self.log, "cannot be continued")
+
+
+class Faults(Scratch):
+    def test_tells_what_is_wrong_with_the_command_line(self):
+        for arguments, part in [
+            (["--no-such"], "--no-such"),
+            (["-l", "high"], "high"),
+            (["-l"], "-l"),
+            (["--async", "0"], "--async"),
+            (["--format", "json"], "json"),
+            (["--fields", "text,colour"], "colour"),
+            (["--fields", ""], "--fields"),
+            (["--escape"], "--escape"),
+            (["a", "b"], "b"),
+            (["-f", ""], "empty"),
+        ]:
+            with self.subTest(arguments=arguments):
+                self.assertFails(vxlog(*arguments), part, "--help", status=2)
+
+    def test_tells_what_failed(self):
+        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+        for arguments, options, parts in [
+            (["/no/such/input"], {}, ["/no/such/input", "No such file"]),
+            (["/"], {}, ["/:", "directory"]),
+            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]),
+            (["-f", "/no/such/folder/log"], {}, ["/no/such/folder/log", "No such file"]),
+            (["-f", "/"], {}, ["/:"]),
+            (["-f", self.log], {"preexec_fn": limit}, [self.log, "too large"]),
+            (["-f", self.log, "--async", "1"], {"preexec_fn": limit}, [self.log, "too large"]),
+        ]:
+            with self.subTest(arguments=arguments):
+                self.assertFails(vxlog(*arguments, data=b"0123456789\n" * 1000, **options), *parts)
+                if self.log in arguments:
+                    self.assertEqual(len(self.read()) // 4096, 0)
+                    self.assertGreater(len(self.entries()), 50)
+                    os.remove(self.log)
+        for arguments in ([], ["--format", "xml"], ["--async", "2"], ["--help"]):
+            with self.subTest(full=arguments), open("/dev/full", "wb") as full:
+                result = subprocess.run([PROGRAM, *arguments], input=b"x\n", stdout=full, stderr=-1, check=False)
+                self.assertFails(result, "standard output", "No space left")
+
+    def test_prints_help_and_version(self):
+        result = vxlog("--help")
+        self.assertSucceeds(result)
+        for option in "--file --format --escape --level --name --fields --async --encoding".split():
+            self.assertIn(option, result.stdout.decode())
+        self.assertRegex(vxlog("--version").stdout.decode(), r"\Avxlog \d+\.\d+\.\d+\n\Z")
+
+
+class Signals(Scratch):
+    def test_writes_what_it_has_read_when_it_is_asked_to_end(self):
+        for arguments, by in [([], signal.SIGTERM), (["--async", "1"], signal.SIGTERM), ([], signal.SIGINT)]:
+            with self.subTest(arguments=arguments, by=by):
+                process = start("-f", self.log, *arguments)
+                data = b"".join(b"line %d\n" % number for number in range(3000)) + b"open end"
+                process.stdin.write(data)
+                process.stdin.flush()
+                while os.path.getsize(self.log) == 0 if os.path.exists(self.log) else True:
+                    time.sleep(0.001)
+                process.send_signal(by)
+                self.assertEqual((process.wait(), process.stderr.read()), (0, b""))
+                process.stdin.close()
+                process.stderr.close()
+                # What the pipe still held was never read. The last line may have come in half.
+                texts = self.texts()
+                wanted = data.decode().split("\n")
+                self.assertEqual(texts[:-1], wanted[: len(texts) - 1])
+                self.assertTrue(wanted[len(texts) - 1].startswith(texts[-1]))
+                os.remove(self.log)
+
+
+class SharedFiles(Scratch):
+    """What several processes append to."""
+
+    ROUNDS = int(os.environ.get("VXLOG_ROUNDS", "2"))
+    PROCESSES = 8
+    LINES = 300
+
+    def test_loses_nothing_and_tears_nothing_when_some_are_killed(self):
+        random.seed(4)
+        for number in range(self.ROUNDS):
+            killed = random.sample(range(self.PROCESSES), 2)
+            with self.subTest(round=number, killed=killed):
+                self.run_round(killed)
+                os.remove(self.log)
+
+    def run_round(self, killed):
+        padding = "ü" * random.randrange(2, 9000)
+        processes = [start("-f", self.log, "-n", str(each), "--fields", "name,text") for each in range(self.PROCESSES)]
+        written = [0] * self.PROCESSES
+        deaths = {each: random.randrange(self.LINES) for each in killed}
+        slowest = 0.0
+        for line in range(self.LINES):
+            for each, process in enumerate(processes):
+                if deaths.get(each, self.LINES) == line:
+                    process.kill()
+                    process.wait()
+                if deaths.get(each, self.LINES) > line:
+                    before = time.monotonic()
+                    process.stdin.write(f"{line} {padding}\n".encode())
+                    process.stdin.flush()
+                    slowest = max(slowest, time.monotonic() - before)
+                    written[each] = line + 1
+        for each, process in enumerate(processes):
+            if each in deaths:
+                process.stderr.close()
+                try:
+                    process.stdin.close()
+                except BrokenPipeError:
+                    pass
+            else:
+                self.assertEqual((process.communicate()[1], process.returncode), (b"", 0))
+        if "VXLOG_ROUNDS" in os.environ:  # by hand, on a machine that has nothing else to do
+            self.assertLess(slowest, 1.0, "waited for a dead one")
+        arrived = {str(each): [] for each in range(self.PROCESSES)}
+        for entry in self.entries():
+            text, end = entry["text"].split(" ")
+            self.assertEqual(end, padding)
+            arrived[entry["name"]].append(int(text))
+        for each in range(self.PROCESSES):
+            got = arrived[str(each)]
+            self.assertEqual(got, list(range(len(got))))
+            if each not in deaths:
+                self.assertEqual(len(got), self.LINES)
+
+
+if __name__ == "__main__":
+    unittest.main()

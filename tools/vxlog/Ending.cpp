@@ -1,0 +1,76 @@
+#include "Ending.h"
+
+#include "common/Failure.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace vxlog {
+
+using namespace vxtools;
+
+namespace {
+
+constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGTERM};
+
+/// Readable once the program is asked to end: it wakes a wait for input that the signal came just too early to interrupt.
+int g_wake = -1;
+std::atomic<bool> g_isEnding {false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a handler of signals sets it");
+
+void askForEnding(int)
+{
+    const int error = errno;
+    g_isEnding = true;
+    const std::uint64_t one = 1;
+    static_cast<void>(!::write(g_wake, &one, sizeof one));
+    errno = error;
+}
+
+} // namespace
+
+void catchEndingSignals()
+{
+    g_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (g_wake < 0)
+        throw Failure("waiting for signals", textOfError(errno));
+    for (const int signal : ENDING_SIGNALS) {
+        if (std::signal(signal, askForEnding) == SIG_IGN)
+            std::signal(signal, SIG_IGN); // as `nohup` wants it
+    }
+}
+
+bool endingWasAskedFor() noexcept
+{
+    return g_isEnding;
+}
+
+EndingInput::EndingInput(const Input& input)
+    : m_input(input)
+{
+}
+
+std::int32_t EndingInput::read(signed char* target, std::int32_t length)
+{
+    for (;;) {
+        pollfd waits[] = {{m_input.descriptor(), POLLIN, 0}, {g_wake, POLLIN, 0}};
+        if (::poll(waits, std::size(waits), -1) < 0 && errno != EINTR)
+            throw Failure(m_input.name(), textOfError(errno));
+        if (endingWasAskedFor())
+            return -1;
+        if (waits[0].revents == 0)
+            continue;
+        const ssize_t got = ::read(m_input.descriptor(), target, static_cast<std::size_t>(length));
+        if (got >= 0)
+            return got > 0 ? static_cast<std::int32_t>(got) : -1;
+        if (errno != EINTR && errno != EAGAIN)
+            throw Failure(m_input.name(), textOfError(errno));
+    }
+}
+
+} // namespace vxlog

@@ -1,0 +1,154 @@
+#include "Log.h"
+
+#include "Ending.h"
+#include "EntryStream.h"
+#include "Target.h"
+#include "common/Failure.h"
+#include "common/Input.h"
+
+#include <vx/Exceptions.h>
+#include <vx/io/BufferedReader.h>
+#include <vx/io/FileOutputStream.h>
+#include <vx/io/InputStreamReader.h>
+#include <vx/io/OutputStreamWriter.h>
+#include <vx/log/AsyncProcessor.h>
+#include <vx/log/BasicLogWriter.h>
+#include <vx/log/Logger.h>
+#include <vx/log/MultiProcessor.h>
+#include <vx/log/XmlLogWriter.h>
+#include <vx/text/charset/CharsetException.h>
+
+#include <cerrno>
+#include <filesystem>
+
+namespace vxlog {
+
+using namespace vx;
+using namespace vxtools;
+
+namespace {
+
+/// Of each buffer on the way, in bytes or units.
+constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
+
+/// One text for one file: processes that append to it know each other by it.
+String canonicalPath(const std::string& file)
+{
+    if (file.find('\\') != file.npos)
+        throw Failure(file, "a file name with a backslash");
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::weakly_canonical(std::filesystem::absolute(file, error), error);
+    if (error)
+        throw Failure(file, error.message());
+    return String(path.native());
+}
+
+/// Where the log goes.
+Reference<io::FileOutputStream> openFile(const Options& options)
+{
+    constexpr std::uint32_t STANDARD_OUTPUT = 1;
+    if (options.file == "-")
+        return new io::FileOutputStream(STANDARD_OUTPUT, false);
+
+    const String path = canonicalPath(options.file);
+    Reference<io::FileOutputStream> file;
+    std::int64_t size = 0;
+    try {
+        file = new io::FileOutputStream(path, io::FileOutputStream::APPEND);
+        size = file->getSize();
+    } catch (const Exception& failure) {
+        throw Failure(options.file, textOf(failure));
+    }
+    if (options.format == Options::Format::XML && size > 0)
+        throw Failure(options.file, "is not empty, and an XML document cannot be continued");
+    return file;
+}
+
+Reference<log::ILogProcessor> createWriter(const Options& options, io::FileOutputStream* file)
+{
+    const Reference<io::Writer> writer(new io::OutputStreamWriter(new EntryStream(file), u"UTF-8", BLOCK_SIZE));
+    if (options.format == Options::Format::BASIC)
+        return log::BasicLogWriter::create(writer.get());
+    using Values = log::XmlLogWriter::Values;
+    return log::XmlLogWriter::create(writer.get(), options.escape ? Values::ESCAPED : Values::AS_THEY_ARE);
+}
+
+Reference<log::Logger> createLogger(const Options& options)
+{
+    const Reference<log::Logger> logger
+        = options.name ? log::Logger::create(String(*options.name)) : log::Logger::create();
+    logger->setDefaultLevel(options.level);
+    if (options.fields) {
+        for (const char16_t* field : {u"level", u"text", u"name"})
+            logger->enableField(field, false);
+        for (const std::string& field : *options.fields)
+            logger->enableField(String(field), true);
+    }
+    return logger;
+}
+
+/// The lines of the input.
+class Lines {
+public:
+    Lines(const Options& options, const Input& input)
+        : m_name(input.name())
+    {
+        try {
+            m_reader = new io::BufferedReader(
+                new io::InputStreamReader(new EndingInput(input), String(options.encoding).getData(), BLOCK_SIZE),
+                BLOCK_SIZE);
+        } catch (const text::charset::UnknownEncodingException&) {
+            throw Failure("unknown encoding \"" + options.encoding + "\"", "vxconv --list prints the known ones");
+        }
+    }
+
+    bool next(String& line)
+    {
+        try {
+            return m_reader->readLine(line) >= 0;
+        } catch (const Exception& failure) {
+            throw Failure(m_name, textOf(failure));
+        }
+    }
+
+private:
+    std::string m_name;
+    Reference<io::BufferedReader> m_reader;
+};
+
+} // namespace
+
+void log(const Options& options)
+{
+    const Input input(options.input);
+    Lines lines(options, input);
+    const std::string name = options.file == "-" ? "standard output" : options.file;
+    const Reference<io::FileOutputStream> file = openFile(options);
+    const Reference<Target> target(new Target(createWriter(options, file.get())));
+    const Reference<log::Logger> logger = createLogger(options);
+    Reference<log::AsyncProcessor> queue;
+    if (options.workers > 0)
+        queue = log::AsyncProcessor::create(target.get(), options.workers);
+    logger->addProcessor(queue != nullptr ? static_cast<log::ILogProcessor*>(queue.get()) : target.get());
+
+    std::exception_ptr failure; // of the input: what was read before it is written all the same
+    try {
+        for (String line; !target->hasFailed() && lines.next(line);)
+            logger->log(line);
+    } catch (const Failure&) {
+        failure = std::current_exception();
+    }
+    if (queue != nullptr)
+        queue->waitUntilDone();
+    target->close();
+    target->check(name);
+    try {
+        file->flush();
+    } catch (const Exception& thrown) {
+        throw Failure(name, textOf(thrown));
+    }
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
+}
+
+} // namespace vxlog

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vxlog {
+
+struct Options {
+    enum class Task { LOG, HELP, VERSION };
+    enum class Format { BASIC, XML };
+
+    Task task = Task::LOG;
+    std::string file = "-";
+    Format format = Format::BASIC;
+    bool escape = false;
+    int level = 0;
+    std::optional<std::string> name;
+    std::optional<std::vector<std::string>> fields; ///< none: the logger's own choice
+    int workers = 0; ///< 0: without a queue
+    std::string encoding = "UTF-8";
+    std::string input = "-";
+};
+
+/// Throws std::invalid_argument with what is wrong with the command line.
+Options parseOptions(int argc, char** argv);
+
+std::string usage();
+
+} // namespace vxlog
