@@ -179,6 +179,7 @@
 #include "vx/util/BufferFace.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/BufferStorage.h"
+#include "vx/util/CommandLineCore.h"
 #include "vx/util/CommandLineParser.h"
 #include "vx/util/Comparator.h"
 #include "vx/util/CopyCharBuffer.h"

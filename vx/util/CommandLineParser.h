@@ -3,10 +3,9 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/String.h"
+#include "vx/util/CommandLineCore.h"
 
 #include <cstdint>
-#include <map>
-#include <vector>
 
 namespace vx::util {
 
@@ -41,14 +40,13 @@ public:
         void addValue(const String& value);
         void copyValues(const Element& other);
 
+        CommandLineValues m_values;
+
     private:
-        friend class CommandLineParser;
+        template <class AnyElement, class AnyDefinition>
+        friend class CommandLineCore;
 
         Element& operator=(const Element&) = delete;
-
-        String m_name;
-        std::vector<String> m_values;
-        int m_position;
     };
 
     CommandLineParser();
@@ -82,33 +80,14 @@ public:
 
 protected:
     /// Null for a name without one.
-    Reference<const OptionDefinition> getDefinition(const String& name) const;
+    Reference<OptionDefinition> getDefinition(const String& name) const;
     /// Forgets the elements; definitions stay.
     void reset();
 
 private:
-    struct NameOrder {
-        bool ignoresCase;
-        bool operator()(const String& left, const String& right) const { return left.compare(right, ignoresCase) < 0; }
-    };
-    /// What is known by name, in one way of telling names apart.
-    struct Names {
-        explicit Names(bool ignoresCase);
-
-        std::map<String, Reference<OptionDefinition>, NameOrder> definitions;
-        std::map<String, int, NameOrder> positions;
-    };
-
-    const Names& names() const { return m_ignoresCase ? m_namesIgnoringCase : m_namesByCase; }
-    const Element& existingOption(const char16_t* name) const;
-
     static const char16_t* const m_switchChars;
 
-    std::vector<Reference<Element>> m_elements;
-    Names m_namesByCase;
-    Names m_namesIgnoringCase;
-    std::vector<int> m_parameters;
-    bool m_ignoresCase = false;
+    CommandLineCore<Element, OptionDefinition> m_core;
 };
 
 /// What a parser knows of an option beforehand. Its values are the defaults.

@@ -1,3 +1,4 @@
+#include "legacy/CVXCmdLineParser.h"
 #include "vx/Exception.h"
 #include "vx/util/CommandLineParser.h"
 
@@ -10,7 +11,8 @@ namespace vx::util {
 namespace {
 
 /// All elements in their order: parameters as "[text]", options as "name(value,value)".
-std::string elementsOf(const CommandLineParser& parser)
+template <class Parser>
+std::string elementsOf(const Parser& parser)
 {
     std::string text;
     int parameters = 0;
@@ -28,7 +30,14 @@ std::string elementsOf(const CommandLineParser& parser)
     return text;
 }
 
-TEST(CommandLineParser, TakesACommandLineApart)
+/// The two generations share one suite.
+template <class Parser>
+class CommandLineParsers : public testing::Test {
+};
+using Parsers = testing::Types<CommandLineParser, CVXCmdLineParser>;
+TYPED_TEST_SUITE(CommandLineParsers, Parsers);
+
+TYPED_TEST(CommandLineParsers, TakeACommandLineApart)
 {
     struct {
         const char16_t* text;
@@ -59,7 +68,7 @@ TEST(CommandLineParser, TakesACommandLineApart)
         {u"-x -y", 0, u"1,2 \"3 4\"", "x(1,2,3 4)y()"},
     };
     for (const auto& row : cases) {
-        CommandLineParser parser;
+        TypeParam parser;
         if (row.count >= 0)
             parser.defineOption(u"x", row.count, row.defaults);
         parser.parse(u"gone before");
@@ -68,18 +77,18 @@ TEST(CommandLineParser, TakesACommandLineApart)
     }
 }
 
-TEST(CommandLineParser, JoinsArguments)
+TYPED_TEST(CommandLineParsers, JoinArguments)
 {
     std::string texts[] = {"program", "-x=a b", "Größe", "two words"};
     char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data()};
-    CommandLineParser parser;
+    TypeParam parser;
     parser.parse(4, arguments);
     EXPECT_EQ(elementsOf(parser), "[program]x(a b)[Größe][two words]");
 }
 
-TEST(CommandLineParser, FindsOptionsByNameInTheCaseThatCounts)
+TYPED_TEST(CommandLineParsers, FindOptionsByNameInTheCaseThatCounts)
 {
-    CommandLineParser parser;
+    TypeParam parser;
     parser.defineOption(u"size", 1, u"10");
     parser.defineOption(u"Other", 1, nullptr);
     parser.parse(u"-X=1 -x=2 -x=3");
@@ -93,16 +102,18 @@ TEST(CommandLineParser, FindsOptionsByNameInTheCaseThatCounts)
     parser.setIgnoreCase(false);
     EXPECT_TRUE(parser.getOption(u"SIZE") == nullptr);
 
-    const CommandLineParser copy(parser);
+    TypeParam copy(parser);
     parser.parse(u"");
     EXPECT_EQ(copy.getValueString(u"x", 0), u"3");
     EXPECT_EQ(parser.getValueString(u"size", 0), u"10");
     EXPECT_FALSE(parser.isPresent(u"x"));
+    copy.setIgnoreCase(true);
+    EXPECT_TRUE(parser.getOption(u"SIZE") == nullptr);
 }
 
-TEST(CommandLineParser, ReadsNumbersAndSaysWhatIsMissing)
+TYPED_TEST(CommandLineParsers, ReadNumbersAndSayWhatIsMissing)
 {
-    CommandLineParser parser;
+    TypeParam parser;
     parser.parse(u"-n=0x10,12abc,010,-5,2.5e3z,x,99999999999");
     for (const auto& [index, value] : {std::pair {0, 16}, {1, 12}, {2, 8}, {3, -5}, {4, 2}, {6, 0x7FFFFFFF}})
         EXPECT_EQ(parser.getValueLong(u"n", index), value);
@@ -128,6 +139,37 @@ TEST(CommandLineParser, ReadsNumbersAndSaysWhatIsMissing)
             EXPECT_EQ(failure.getDescription(), row.message);
         }
     }
+}
+
+TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
+{
+    struct {
+        const char16_t* text;
+        const char* newer;
+        const char* older;
+    } cases[] = {
+        {u"\"\" a", "[ a]", "()[a]"}, {u"\"\"a b", "[a b]", "()[a][b]"}, {u"a \"\"", "[a]", "[a]()"},
+        {u"-x=\"\",b", "x(,b)", "x(,b)"}, // one value ",b", and two values of which the first is empty
+        {u"-y \"\" b", "y( b)", "y()[b]"}, // an empty token is no value
+    };
+    for (const auto& row : cases) {
+        CommandLineParser newer;
+        CVXCmdLineParser older;
+        newer.defineOption(u"y", 1, nullptr);
+        older.defineOption(u"y", 1, nullptr);
+        newer.parse(row.text);
+        older.parse(row.text);
+        EXPECT_EQ(elementsOf(newer), row.newer) << String(row.text);
+        EXPECT_EQ(elementsOf(older), row.older) << String(row.text);
+    }
+    CVXCmdLineParser parser;
+    parser.defineOption(u"x", 1, u"1 \"\" 2");
+    parser.parse(u"-x=\"\",b");
+    EXPECT_EQ(parser.getOption(u"x")->getValueCount(), 2);
+    parser.parse(static_cast<const char16_t*>(nullptr));
+    EXPECT_EQ(parser.getElementCount(), 0);
+    EXPECT_EQ(parser.getOption(u"x")->getValueCount(), 3);
+    EXPECT_EQ(parser.getValueString(u"x", 1), u"");
 }
 
 } // namespace

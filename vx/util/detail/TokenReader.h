@@ -5,11 +5,12 @@
 namespace vx::util::detail {
 
 /// Reads the tokens of a writable text, which it cuts up: a token is what stands between separators, or between double
-/// quotes where it begins with one.
+/// quotes where it begins with one. Two double quotes are an empty token where `pairIsEmpty`.
 class TokenReader {
 public:
-    explicit TokenReader(char16_t* text) noexcept
+    TokenReader(char16_t* text, bool pairIsEmpty) noexcept
         : m_position(text)
+        , m_pairIsEmpty(pairIsEmpty)
     {
     }
 
@@ -18,6 +19,12 @@ public:
     {
         if (m_position == nullptr)
             return nullptr;
+        if (m_pairIsEmpty && m_position[0] == u'"' && m_position[1] == u'"') {
+            char16_t* const empty = m_position + 1;
+            *empty = 0;
+            m_position += 2;
+            return empty;
+        }
         if (*m_position != u'"')
             return VXStrTokW(nullptr, separators, &m_position);
         char16_t* const token = VXStrTokW(nullptr, u"\"", &m_position);
@@ -31,6 +38,7 @@ public:
 
 private:
     char16_t* m_position;
+    bool m_pairIsEmpty;
 };
 
 } // namespace vx::util::detail

@@ -1,0 +1,311 @@
+#include "legacy/CVXAbstractConnector.h"
+#include "legacy/CVXCollections.h"
+#include "legacy/CVXPropertySet.h"
+
+#include "tests/Slots.h"
+#include "vx/Exception.h"
+#include "vx/NumberBoxes.h"
+#include "vx/Result.h"
+#include "vx/collections/DefaultComparator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <map>
+
+using namespace vx;
+
+namespace {
+
+constexpr std::size_t FIRST_OF_A_VIEW = 3; // behind the operations of IVXUnknown
+
+/// A component that is no object.
+class Foreign : public IVXConnector {
+public:
+    std::int32_t QueryInterface(const _GUID& iid, void** out) override
+    {
+        *out = std::memcmp(&iid, &IVXConnector::IID, sizeof iid) == 0 ? this : nullptr;
+        m_count += *out != nullptr ? 1 : 0;
+        return *out != nullptr ? RESULT_OK : RESULT_NO_INTERFACE;
+    }
+    std::uint32_t AddRef() const override { return ++m_count; }
+    std::uint32_t Release() const override { return --m_count; }
+    std::int32_t Connect(const char16_t*, const _GUID&, void**) override { return RESULT_FAIL; }
+    std::int32_t SetProperty(const char16_t*, const char16_t*) override { return RESULT_FAIL; }
+    std::int32_t GetProperty(const char16_t*, IVXCharBuffer*) const override { return RESULT_FAIL; }
+
+    virtual ~Foreign() = default;
+
+    mutable std::uint32_t m_count = 0;
+};
+
+/// The description of what `work` throws.
+std::string failureOf(const std::function<void()>& work)
+{
+    try {
+        work();
+        return "nothing";
+    } catch (const Exception& failure) {
+        return failure.getDescription().toUtf8();
+    }
+}
+
+class Property : public CVXProperty {
+public:
+    using CVXProperty::CVXProperty;
+    explicit Property(const char16_t* key)
+        : CVXProperty(String(key))
+    {
+    }
+};
+
+TEST(CVXSmartPtr, CountsAsReferencesDo)
+{
+    CVXSmartPtr<Property> property(new Property(u"k"));
+    {
+        const CVXSmartPtr<Object> object = property;
+        const Reference<Object> reference = object;
+        const CVXSmartPtr<const CVXProperty> back = Reference<Property>(property);
+        EXPECT_EQ(property->GetRefCount(), 4U);
+        EXPECT_EQ(reference, property.get());
+    }
+    EXPECT_EQ(property->GetRefCount(), 1U);
+    const CVXSmartPtr<IVXProperty> view = property;
+    EXPECT_NE(view, nullptr);
+    property = nullptr;
+    EXPECT_EQ(CVXSmartPtr<Property>(), property);
+    String text;
+    EXPECT_EQ(view->GetKey(&text), 0) << "the other reference keeps the object";
+    EXPECT_EQ(text, u"k");
+    EXPECT_EQ(CVXCollections::getDefaultComparator(), collections::GetDefaultComparator());
+}
+
+TEST(CVXProperty, KeepsNumbersAsText)
+{
+    const CVXSmartPtr<CVXProperty> number(new CVXProperty(u"k", 42));
+    EXPECT_NE(dynamic_cast<String*>(number->getValue().get()), nullptr);
+    EXPECT_EQ(number->getValueString(), u"42");
+    EXPECT_EQ(number->getValueLong(), 42);
+    number->set(-1.5);
+    EXPECT_EQ(number->getValueString(), String::valueOf(-1.5));
+    EXPECT_EQ(number->getValueDouble(), -1.5);
+    EXPECT_EQ(number->getValueLong(), -1);
+
+    struct Odd : Integer32 { // converts without its text
+        Odd()
+            : Integer32(7)
+        {
+        }
+        String toString() const override { return u"seven"; }
+    };
+    number->set(new Odd);
+    EXPECT_EQ(number->getValueLong(), 7);
+    EXPECT_EQ(number->getValueDouble(), 7);
+    EXPECT_EQ(number->getValueString(), u"seven");
+
+    number->set(static_cast<Object*>(nullptr));
+    const CVXSmartPtr<CVXProperty> empty(new Property(u"e"));
+    for (const CVXSmartPtr<CVXProperty>& property : {number, empty}) {
+        for (const std::function<void()>& read : {std::function<void()>([&] { property->getValue(); }),
+                 std::function<void()>([&] { property->getValueString(); }),
+                 std::function<void()>([&] { property->getValueLong(); }),
+                 std::function<void()>([&] { property->getValueDouble(); })})
+            EXPECT_EQ(failureOf(read), "Value is not a CVXObject");
+        void* result = &result;
+        EXPECT_EQ(property->GetValue(IVXUnknown::IID, &result), RESULT_FAIL);
+        EXPECT_EQ(result, nullptr);
+    }
+}
+
+TEST(CVXProperty, TakesAnyComponentThroughItsView)
+{
+    Foreign foreign;
+    const CVXSmartPtr<CVXProperty> property(new CVXProperty(u"k", u"old"));
+    {
+        const Reference<IVXProperty2> view(property.get());
+        ASSERT_NE(view, nullptr);
+        EXPECT_EQ(view->SetValue(&foreign), 0);
+        Reference<IVXConnector> value;
+        EXPECT_EQ(view->GetValue(IVXConnector::IID, value.outVoid()), 0);
+        EXPECT_EQ(value, &foreign);
+        EXPECT_EQ(foreign.m_count, 2U);
+        void* other = nullptr;
+        EXPECT_EQ(view->GetValue(IVXComparable::IID, &other), RESULT_NO_INTERFACE);
+        String text(u"as it was");
+        EXPECT_EQ(view->GetValueString(&text), RESULT_FAIL);
+        std::int32_t number = 9;
+        EXPECT_EQ(view->GetValueLong(&number), RESULT_FAIL);
+        EXPECT_EQ(number, 0) << "cleared first";
+        EXPECT_EQ(view->GetValueLong(nullptr), RESULT_POINTER);
+        EXPECT_EQ(view->GetValue(IVXUnknown::IID, nullptr), RESULT_POINTER);
+
+        EXPECT_EQ(view->SetValueString(u"12"), 0);
+        double real = 0;
+        EXPECT_EQ(view->GetValueDouble(&real), 0);
+        EXPECT_EQ(real, 12);
+        EXPECT_EQ(view->SetValueLong(5), 0);
+        EXPECT_EQ(view->GetValueString(&text), 0);
+        EXPECT_EQ(text, u"5");
+        const Reference<Object> object(new Integer32(3));
+        EXPECT_EQ(view->SetValue(object->GetUnknown()), 0);
+        EXPECT_EQ(property->getValue(), object) << "an object is one for both faces";
+        EXPECT_EQ(view->SetValue(nullptr), 0);
+        EXPECT_EQ(view->GetValueDouble(&real), RESULT_FAIL);
+    }
+    EXPECT_EQ(foreign.m_count, 0U);
+}
+
+class Store : public CVXPropertySet {
+public:
+    using CVXPropertySet::getProperty;
+    CVXSmartPtr<CVXProperty> getProperty(const String& key) override
+    {
+        if (key.isEmpty())
+            return nullptr;
+        CVXSmartPtr<CVXProperty>& property = m_properties[key.toUtf8()];
+        if (property == nullptr)
+            property = new Property(key.getData());
+        return property;
+    }
+
+private:
+    std::map<std::string, CVXSmartPtr<CVXProperty>> m_properties;
+};
+
+TEST(CVXPropertySet, RestsOnItsStore)
+{
+    const CVXSmartPtr<Store> store(new Store);
+    const Reference<IVXPropertySet2> view(store.get());
+    const Reference<IVXPropertySet> older(store.get());
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(older, view.get());
+    store->set(u"text", String(u"t"));
+    store->set(u"number", 17);
+    store->set(u"real", 0.5);
+    store->set(u"object", new Integer32(4));
+    EXPECT_EQ(store->getValueString(u"text"), u"t");
+    EXPECT_EQ(store->getValueLong(u"object"), 4);
+    String text;
+    std::int32_t number = 0;
+    double real = 0;
+    EXPECT_EQ(view->GetString(u"number", &text), 0);
+    EXPECT_EQ(text, u"17");
+    EXPECT_EQ(view->GetLong(u"real", &number), 0);
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(view->SetDouble(u"real", 2.25), 0);
+    EXPECT_EQ(view->GetDouble(u"real", &real), 0);
+    EXPECT_EQ(real, 2.25);
+    EXPECT_EQ(view->SetString(u"text", u"-8"), 0);
+    EXPECT_EQ(store->getValueLong(u"text"), -8);
+    EXPECT_EQ(view->SetLong(u"number", 6), 0);
+    EXPECT_EQ(store->getValueDouble(u"number"), 6);
+    EXPECT_EQ(store->getValue(u"number")->toString(), u"6");
+
+    Foreign foreign;
+    EXPECT_EQ(view->Set(u"object", &foreign), 0);
+    Reference<IVXConnector> value;
+    EXPECT_EQ(view->Get(u"object", IVXConnector::IID, value.outVoid()), 0);
+    EXPECT_EQ(value, &foreign);
+    EXPECT_EQ(view->GetLong(u"object", &number), RESULT_FAIL);
+    EXPECT_EQ(view->Set(u"object", nullptr), 0);
+
+    unsigned int count = 77;
+    EXPECT_EQ(view->GetCount(&count), RESULT_NOT_IMPLEMENTED);
+    EXPECT_EQ(count, 77U);
+    IVXProperty* property = store->getProperty(u"text").get();
+    EXPECT_EQ(view->GetProperty(0, &property), RESULT_NOT_IMPLEMENTED);
+    EXPECT_NE(property, nullptr);
+    EXPECT_EQ(view->GetParent(nullptr), RESULT_NOT_IMPLEMENTED);
+    EXPECT_EQ(view->GetProperty2(0, nullptr), RESULT_NOT_IMPLEMENTED);
+    EXPECT_EQ(view->GetParent2(nullptr), RESULT_NOT_IMPLEMENTED);
+
+    EXPECT_EQ(failureOf([&] { store->set(u"", 1); }), "No property ") << "a store that breaks its word";
+    EXPECT_EQ(view->SetLong(u"", 1), RESULT_FAIL);
+}
+
+class Connector : public CVXAbstractConnector {
+public:
+    CVXSmartPtr<IVXUnknown> connect() override
+    {
+        if (!hasProperty(u"target"))
+            return nullptr;
+        setProperty(u"seen", getProperty(u"target") + u"!");
+        return m_connection;
+    }
+    using CVXAbstractConnector::getProperty;
+
+    CVXSmartPtr<IVXUnknown> m_connection;
+};
+
+TEST(CVXAbstractConnector, KeepsTextsAndConnects)
+{
+    const CVXSmartPtr<Connector> connector(new Connector);
+    const Reference<Integer32> connection(new Integer32(1));
+    connector->m_connection = connection->GetUnknown();
+    const Reference<IVXConnector> view(connector.get());
+    ASSERT_NE(view, nullptr);
+    String text(u"as it was");
+    EXPECT_EQ(view->GetProperty(u"target", &text), RESULT_FAIL);
+    EXPECT_EQ(failureOf([&] { connector->getProperty(u"target"); }), "Property Not Found.");
+
+    for (const char16_t* name : {u"any", u""}) {
+        void* result = &result;
+        EXPECT_EQ(view->Connect(name, IVXComparable::IID, &result), RESULT_FAIL) << "there is no target yet";
+        EXPECT_EQ(result, nullptr);
+    }
+    EXPECT_EQ(view->SetProperty(u"target", u"a"), 0);
+    EXPECT_EQ(view->SetProperty(u"target", u"b"), 0);
+    for (const char16_t* name : {u"any", static_cast<const char16_t*>(nullptr)}) {
+        Reference<IVXComparable> result;
+        EXPECT_EQ(view->Connect(name, IVXComparable::IID, result.outVoid()), 0);
+        EXPECT_NE(result, nullptr);
+        EXPECT_EQ(connection->GetRefCount(), 3U) << "what connect gave is released";
+        void* other = &other;
+        EXPECT_EQ(view->Connect(name, IVXConnector::IID, &other), RESULT_NO_INTERFACE);
+    }
+    EXPECT_EQ(view->Connect(u"any", IVXComparable::IID, nullptr), RESULT_POINTER);
+    EXPECT_EQ(view->GetProperty(u"seen", &text), 0);
+    EXPECT_EQ(text, u"b!");
+}
+
+TEST(Legacy, OperationsStandInTheirSlots)
+{
+    using P = CVXProperty;
+    using I = IVXProperty2;
+    const std::size_t behindObject = slotOf(&Object::toString) + 1;
+    expectSlots("property", behindObject,
+        {slotOf(&P::getKey), slotOf<CVXSmartPtr<Object> (P::*)() const>(&P::getValue), slotOf(&P::getValueString),
+            slotOf(&P::getValueLong), slotOf(&P::getValueDouble), slotOf<void (P::*)(double)>(&P::set),
+            slotOf<void (P::*)(std::int32_t)>(&P::set), slotOf<void (P::*)(const String&)>(&P::set),
+            slotOf<void (P::*)(Object*)>(&P::set)});
+    expectSlots("property view", FIRST_OF_A_VIEW,
+        {slotOf(&I::GetKey), slotOf(&I::GetValueString), slotOf(&I::GetValueLong), slotOf(&I::GetValueDouble),
+            slotOf(&I::SetValueString), slotOf(&I::SetValueLong), slotOf(&I::SetValueDouble), slotOf(&I::GetValue),
+            slotOf(&I::SetValue)});
+    using S = CVXPropertySet;
+    expectSlots("set", behindObject,
+        {slotOf<void (S::*)(const String&, double)>(&S::set), slotOf<void (S::*)(const String&, std::int32_t)>(&S::set),
+            slotOf<void (S::*)(const String&, const String&)>(&S::set),
+            slotOf<void (S::*)(const String&, Object*)>(&S::set), slotOf(&S::getValue), slotOf(&S::getValueString),
+            slotOf(&S::getValueLong), slotOf(&S::getValueDouble),
+            slotOf<CVXSmartPtr<const P> (S::*)(const String&) const>(&Store::getProperty),
+            slotOf<CVXSmartPtr<P> (S::*)(const String&)>(&S::getProperty)});
+    using J = IVXPropertySet2;
+    expectSlots("set view", FIRST_OF_A_VIEW,
+        {slotOf(&J::SetString), slotOf(&J::GetString), slotOf(&J::SetLong), slotOf(&J::GetLong), slotOf(&J::SetDouble),
+            slotOf(&J::GetDouble), slotOf(&J::GetCount), slotOf(&J::GetProperty), slotOf(&J::GetParent),
+            slotOf(&J::Set), slotOf(&J::Get), slotOf(&J::GetProperty2), slotOf(&J::GetParent2)});
+    expectSlots("connector view", FIRST_OF_A_VIEW,
+        {slotOf(&IVXConnector::Connect), slotOf(&IVXConnector::SetProperty), slotOf(&IVXConnector::GetProperty)});
+    expectSlots("connector", slotOf(&IVXUnknown::Release) + 3, {slotOf(&CVXAbstractConnector::connect)});
+
+    const CVXSmartPtr<CVXProperty> property(new CVXProperty(u"k", 5));
+    const Reference<IVXProperty2> view(property.get());
+    std::int32_t number = 0;
+    EXPECT_EQ((callSlot<std::int32_t>(view.get(), FIRST_OF_A_VIEW + 5, std::int32_t {23})), 0);
+    EXPECT_EQ((callSlot<std::int32_t>(view.get(), FIRST_OF_A_VIEW + 2, &number)), 0);
+    EXPECT_EQ(number, 23);
+}
+
+} // namespace
