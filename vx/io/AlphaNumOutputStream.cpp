@@ -34,15 +34,14 @@ AlphaNumOutputStream::AlphaNumOutputStream(OutputStream* sink, const char16_t* a
 {
 }
 
-inline void AlphaNumOutputStream::emit(int value)
-{
-    sink().write(static_cast<signed char>(m_alphabet.getData()[value & MASK]));
-}
-
 void AlphaNumOutputStream::write(const signed char* bytes, std::int32_t length)
 {
-    if (length > 0)
-        detail::requireUnits(bytes);
+    if (length < 1)
+        return;
+    detail::requireUnits(bytes);
+    OutputStream& out = sink();
+    const char16_t* const characters = m_alphabet.getData();
+    const auto emit = [&](int value) { out.write(static_cast<signed char>(characters[value & MASK])); };
     for (std::int32_t index = 0; index < length; ++index) {
         const auto byte = static_cast<std::uint8_t>(bytes[index]);
         const Step& step = STEPS[m_step];
@@ -62,7 +61,7 @@ void AlphaNumOutputStream::write(signed char byte)
 void AlphaNumOutputStream::flush()
 {
     if (m_step != 0)
-        emit(m_previous << STEPS[m_step].kept);
+        sink().write(static_cast<signed char>(m_alphabet.getData()[m_previous << STEPS[m_step].kept & MASK]));
     sink().flush();
     m_step = 0;
     m_previous = 0;

@@ -22,8 +22,6 @@ public:
     void flush() override;
 
 private:
-    void emit(int value);
-
     String m_alphabet;
     std::uint8_t m_previous = 0;
     int m_step = 0;
