@@ -318,7 +318,7 @@ bool Str1::startsWith(const char16_t* text, int length, bool ignoreCase) const n
         return true;
     if (length > m_length)
         return false;
-    return ignoreCase ? VXStrNICmpW(first(), text, length) == 0
+    return ignoreCase ? VXMemNICmpW(first(), text, length) == 0
                       : Units::compare(first(), text, static_cast<std::size_t>(length)) == 0;
 }
 

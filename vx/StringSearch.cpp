@@ -44,7 +44,7 @@ struct Regions {
     /// The sign of the comparison of the first `count` units.
     int compare(int count, bool ignoreCase) const noexcept
     {
-        return ignoreCase ? VXStrNICmpW(left, right, count) : detail::compareUnits(left, right, count);
+        return ignoreCase ? VXMemNICmpW(left, right, count) : detail::compareUnits(left, right, count);
     }
 
     const char16_t* left;
@@ -76,7 +76,7 @@ public:
                     const char16_t lower = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
                     return lower == first || unit >= 0x80;
                 },
-                [=](int index) { return VXStrNICmpW(text + index, units, length) == 0; });
+                [=](int index) { return VXMemNICmpW(text + index, units, length) == 0; });
         }
         const char16_t first = units[0];
         const char16_t last = units[length - 1];

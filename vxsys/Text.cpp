@@ -143,6 +143,20 @@ std::int32_t VXStrCmpW(const char16_t* left, const char16_t* right) noexcept
 
 std::int32_t VXStrNICmpW(const char16_t* left, const char16_t* right, std::int32_t count) noexcept
 {
+    if (left == nullptr)
+        left = u"";
+    if (right == nullptr)
+        right = u"";
+    for (; count > 0; --count, ++left, ++right) {
+        const std::int32_t difference = Lower::fold(*left) - Lower::fold(*right);
+        if (difference != 0 || *left == 0)
+            return signOf(difference);
+    }
+    return 0;
+}
+
+std::int32_t VXMemNICmpW(const char16_t* left, const char16_t* right, std::int32_t count) noexcept
+{
     if (count <= 0)
         return 0;
     if (left == nullptr || right == nullptr)

@@ -15,9 +15,10 @@ VXSYS_API std::int32_t VXStrLenA(const char* text) noexcept;
 
 /// -1, 0 or 1 by unsigned unit value.
 VXSYS_API std::int32_t VXStrCmpW(const char16_t* left, const char16_t* right) noexcept;
-/// Compares exactly `count` units after `VXToLowerW` on each side, zero units included; -1, 0 or 1. A count below 1
-/// compares nothing; with one, a null text comes before any other.
+/// As above after `VXToLowerW` on each side, for `count` units at most. A count below 1 compares nothing.
 VXSYS_API std::int32_t VXStrNICmpW(const char16_t* left, const char16_t* right, std::int32_t count) noexcept;
+/// As above for exactly `count` units, zero units included. With a count, a null text comes before any other.
+VXSYS_API std::int32_t VXMemNICmpW(const char16_t* left, const char16_t* right, std::int32_t count) noexcept;
 
 /// The first place of `unit`, or null. The terminator is a place for the zero unit, as for `strchr`.
 VXSYS_API const char16_t* VXStrChrW(const char16_t* text, char16_t unit) noexcept;

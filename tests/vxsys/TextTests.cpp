@@ -70,17 +70,43 @@ TEST(Text, ComparesACountOfUnitsWithoutRegardToCase)
             return VXToLowerW(upper) == unit ? upper : unit;
         });
         const auto count = static_cast<std::int32_t>(length);
-        ASSERT_EQ(VXStrNICmpW(TightText(plain.substr(0, length)).get(), TightText(other).get(), count), 0) << length;
+        ASSERT_EQ(VXMemNICmpW(TightText(plain.substr(0, length)).get(), TightText(other).get(), count), 0) << length;
         for (std::size_t i = 0; i < length; ++i) {
             for (const char16_t unit : {u'\0', u'^', u'\u00C9', u'\uFFFE'}) {
                 const char16_t kept = std::exchange(other[i], unit);
                 const int wanted = std::clamp(VXToLowerW(plain[i]) - VXToLowerW(unit), -1, 1);
-                ASSERT_EQ(VXStrNICmpW(plain.data(), other.data(), count), wanted) << length << ' ' << i;
+                ASSERT_EQ(VXMemNICmpW(plain.data(), other.data(), count), wanted) << length << ' ' << i;
                 other[i] = kept;
             }
         }
     }
-    EXPECT_EQ(VXStrNICmpW(u"a", u"b", -1), 0);
+    EXPECT_EQ(VXMemNICmpW(u"a", u"b", -1), 0);
+}
+
+TEST(Text, ComparesUpToTheTerminatorWithoutRegardToCase)
+{
+    struct {
+        std::u16string left;
+        std::u16string right;
+        std::int32_t count;
+        std::int32_t result;
+    } cases[] = {
+        {u"ab", u"AB", 1000, 0},
+        {u"abc", u"ABD", 2, 0},
+        {u"abc", u"ABD", 3, -1},
+        {u"A", u"ab", 1000, -1},
+        {u"ab", u"A", 1000, 1},
+        {u"_", u"A", 1, -1}, // compared in lower case
+        {u"\u0416", u"\u0436", 2, 0},
+        {u"a", u"b", 0, 0},
+        {u"a", u"b", -1, 0},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(VXStrNICmpW(TightText(row.left).get(), TightText(row.right).get(), row.count), row.result)
+            << &row - cases;
+    }
+    EXPECT_EQ(VXStrNICmpW(nullptr, u"", 3), 0);
+    EXPECT_EQ(VXStrNICmpW(u"a", nullptr, 3), 1);
 }
 
 TEST(Text, FoldsTheBasicPlaneAsTheSystemDoes)
