@@ -2,7 +2,7 @@
 
 #include "vx/Result.h"
 #include "vx/vorb/Boundary.h"
-#include "vx/vorb/Module.h"
+#include "vx/vorb/Component.h"
 
 namespace vx::vorb {
 
@@ -37,6 +37,17 @@ const InterfaceData* ClassFactory::GetComIntfMap()
 {
     static const InterfaceData map[] = {viewRow<ClassFactory, IVXClassFactory>(), endRow()};
     return map;
+}
+
+std::int32_t createComponentFactory(Module* module, InstanceCreator creator, const _GUID& iid, void** out)
+{
+    return resultAtBoundary([&] {
+        const Reference<ClassFactory> factory(new ClassFactory);
+        const std::int32_t result = factory->QueryInterface(iid, out);
+        factory->SetComModule(module);
+        factory->SetCreateInstanceQIFunc(creator);
+        return result;
+    });
 }
 
 } // namespace vx::vorb

@@ -1,8 +1,12 @@
 #include "vx/vorb/Module.h"
 
+#include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/sync/ScopedLock.h"
+#include "vx/util/RegistryKey.h"
 #include "vx/vorb/Boundary.h"
+#include "vxsys/Component.h"
+#include "vxsys/Module.h"
 
 #include <concepts>
 
@@ -26,6 +30,33 @@ std::int32_t askRows(ClassData* table, std::int32_t none, Enough enough, Ask ask
 bool succeeded(std::int32_t result) noexcept
 {
     return !failed(result);
+}
+
+constexpr const char16_t* CLASSES_KEY = u"CLSID\\";
+
+/// Null where the class has none.
+const char16_t* textOf(TextFunction function)
+{
+    return function != nullptr ? function() : nullptr;
+}
+
+String identifierOf(const ClassData& row)
+{
+    constexpr std::int32_t ROOM = 39;
+
+    char16_t text[ROOM];
+    throwIfFailed(VXComStringFromGUID(row.classId, text, ROOM));
+    return text;
+}
+
+void setEntry(const String& key, const String& text)
+{
+    util::RegistryKey(VX_HKEY_CLASSES_32, key).setValue(text);
+}
+
+void removeEntry(const String& key)
+{
+    util::RegistryKey(VX_HKEY_CLASSES_32, key).remove();
 }
 
 } // namespace
@@ -69,14 +100,50 @@ std::int32_t Module::UnregisterServer()
     return askRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return UnregisterClassEntry(row); });
 }
 
-std::int32_t Module::RegisterClassEntry(ClassData&, const char16_t*)
+std::int32_t Module::RegisterServer(const void* module)
 {
-    return RESULT_NOT_IMPLEMENTED;
+    constexpr std::int32_t LONGEST_PATH = 260; // with the terminator
+
+    char16_t path[LONGEST_PATH];
+    if (failed(VXModuleGetFileName(module, path, LONGEST_PATH)))
+        return RESULT_FAIL;
+    return RegisterServer(path);
 }
 
-std::int32_t Module::UnregisterClassEntry(ClassData&)
+std::int32_t Module::RegisterClassEntry(ClassData& row, const char16_t*)
 {
-    return RESULT_NOT_IMPLEMENTED;
+    return atBoundary([&] {
+        const String progId(textOf(row.progId));
+        const char16_t* general = textOf(row.versionIndependentProgId);
+        const String description(textOf(row.description));
+        const String classId = identifierOf(row);
+        const String classKey = CLASSES_KEY + classId;
+
+        if (textOf(row.progId) != nullptr) {
+            setEntry(progId, description);
+            setEntry(progId + u"\\CLSID", classId);
+        }
+        setEntry(classKey, progId);
+        if (!progId.isEmpty())
+            setEntry(classKey + u"\\ProgID", progId);
+        if (general != nullptr) {
+            setEntry(general, description);
+            setEntry(String(general) + u"\\CLSID", classId);
+            setEntry(String(general) + u"\\CurVer", progId);
+            setEntry(classKey + u"\\VersionIndependentProgID", general);
+        }
+    });
+}
+
+std::int32_t Module::UnregisterClassEntry(ClassData& row)
+{
+    return atBoundary([&] {
+        if (const char16_t* progId = textOf(row.progId))
+            removeEntry(progId);
+        removeEntry(CLASSES_KEY + identifierOf(row));
+        if (const char16_t* general = textOf(row.versionIndependentProgId))
+            removeEntry(general);
+    });
 }
 
 std::int32_t Module::TryGetClassObject(const _GUID& classId, const _GUID& iid, void** out, ClassData& row)
@@ -111,7 +178,10 @@ DllModule::~DllModule() noexcept(false) = default;
 
 std::int32_t DllModule::RegisterClassEntry(ClassData& row, const char16_t* path)
 {
-    return Module::RegisterClassEntry(row, path);
+    return atBoundary([&] {
+        throwIfFailed(Module::RegisterClassEntry(row, path));
+        setEntry(CLASSES_KEY + identifierOf(row) + u"\\InprocServer32", path);
+    });
 }
 
 } // namespace vx::vorb

@@ -28,9 +28,15 @@ public:
     /// The factory of `classId`, counted for the caller; one serves all requests. RESULT_CLASS_NOT_AVAILABLE and null for
     /// a class in no row.
     virtual std::int32_t GetClassObject(const _GUID& classId, const _GUID& iid, void** out);
-    /// There is no registry to write to yet: RESULT_NOT_IMPLEMENTED for each row, and 0 for an empty table.
+    /// Writes the entries of all classes into the registry's hive VX_HKEY_CLASSES_32. `path` is that of the library. The first
+    /// negative result ends it and is the answer.
     virtual std::int32_t RegisterServer(const char16_t* path);
+    /// Removes them, with all that stands below their keys.
     virtual std::int32_t UnregisterServer();
+
+    /// The same for the library around the address `module`, null for the program. RESULT_FAIL where its path has 260 units or
+    /// more.
+    std::int32_t RegisterServer(const void* module);
 
 protected:
     virtual std::int32_t RegisterClassEntry(ClassData& row, const char16_t* path);
@@ -43,7 +49,7 @@ private:
     sync::Mutex m_lock;
 };
 
-/// The module of a component in a shared library.
+/// The module of a component in a shared library. Its classes' entries name the library too.
 class VX_API DllModule : public Module {
 public:
     explicit DllModule(ClassData* table);

@@ -84,7 +84,8 @@ TEST(Module, KeepsTheOrderOfVirtualOperations)
         static void check()
         {
             expectSlots("Module", 2,
-                {slotOf(&Opened::CanUnloadNow), slotOf(&Opened::GetClassObject), slotOf(&Opened::RegisterServer),
+                {slotOf(&Opened::CanUnloadNow), slotOf(&Opened::GetClassObject),
+                    slotOf<std::int32_t (Opened::*)(const char16_t*)>(&Opened::RegisterServer),
                     slotOf(&Opened::UnregisterServer), slotOf(&Opened::RegisterClassEntry),
                     slotOf(&Opened::UnregisterClassEntry), slotOf(&Opened::TryGetClassObject)});
         }

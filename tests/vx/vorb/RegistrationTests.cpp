@@ -1,0 +1,155 @@
+#include "examples/component/IGreeter.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/Exceptions.h"
+#include "vx/Object.h"
+#include "vx/Result.h"
+#include "vx/util/RWCharBuffer.h"
+#include "vx/util/RegKeyIterator.h"
+#include "vx/util/RegistryKey.h"
+#include "vx/vorb/Component.h"
+#include "vxsys/Component.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace vx;
+using namespace vx::vorb;
+
+namespace {
+
+constexpr _GUID CLASS {0x12345678, 0x9ABC, 0xDEF0, {0, 1, 2, 3, 4, 5, 6, 7}};
+constexpr const char16_t* CLASS_TEXT = u"{12345678-9ABC-DEF0-0001-020304050607}";
+
+const char16_t* progId()
+{
+    return u"Test.Class.1";
+}
+
+const char16_t* description()
+{
+    return u"a class";
+}
+
+const char16_t* generalProgId()
+{
+    return u"Test.Class";
+}
+
+const char16_t* nothing()
+{
+    return nullptr;
+}
+
+class Registration : public testing::Test {
+protected:
+    /// All keys with their default values, a line each.
+    static std::string entries(const util::RegistryKey& key = util::RegistryKey(u"VX_HKEY_CLASSES_32"))
+    {
+        std::string text;
+        const auto subkeys = key.getSubkeyIterator();
+        while (subkeys->hasNext()) {
+            const util::RegistryKey below(*subkeys->next());
+            const String path = below.getKey(true);
+            if (below.valueExists(u""))
+                text += std::string(path.getBytes() + 2) + "=" + below.getValueString(u"").getBytes() + "\n";
+            text += entries(below);
+        }
+        return text;
+    }
+
+    Scratch m_scratch;
+    ScopedVariable m_store {"VXSYS4_REGISTRY", (m_scratch / "store").c_str()};
+};
+
+TEST_F(Registration, WritesWhatAClassHasAndRemovesItAgain)
+{
+    const std::string classId(String(CLASS_TEXT).getBytes());
+    const std::string classKey = "CLSID\\" + classId;
+    const std::string library = classKey + "\\InprocServer32=/lib/x.so\n";
+    struct {
+        const char* what;
+        ClassData row;
+        std::string entries;
+    } cases[] = {
+        {"all texts", {&CLASS, nullptr, nullptr, progId, description, generalProgId, nullptr},
+            classKey + "=Test.Class.1\n" + library + classKey + "\\ProgID=Test.Class.1\n" + classKey
+                + "\\VersionIndependentProgID=Test.Class\nTest.Class=a class\nTest.Class\\CLSID=" + classId
+                + "\nTest.Class\\CurVer=Test.Class.1\nTest.Class.1=a class\nTest.Class.1\\CLSID=" + classId + "\n"},
+        {"no general name", {&CLASS, nullptr, nullptr, progId, nothing, nothing, nullptr},
+            classKey + "=Test.Class.1\n" + library + classKey
+                + "\\ProgID=Test.Class.1\nTest.Class.1=\nTest.Class.1\\CLSID=" + classId + "\n"},
+        {"no name", {&CLASS, nullptr, nullptr, nothing, description, nothing, nullptr}, classKey + "=\n" + library},
+    };
+    for (const auto& row : cases) {
+        ClassData table[] = {row.row, {}};
+        DllModule module(table);
+        EXPECT_EQ(module.RegisterServer(u"/lib/x.so"), RESULT_OK) << row.what;
+        EXPECT_EQ(entries(), row.entries) << row.what;
+        EXPECT_EQ(module.UnregisterServer(), RESULT_OK) << row.what;
+        EXPECT_EQ(entries(), "") << row.what;
+        EXPECT_EQ(module.UnregisterServer(), RESULT_NOT_FOUND) << row.what;
+        Module plain(table);
+        EXPECT_EQ(plain.RegisterServer(u"/lib/x.so"), RESULT_OK) << row.what;
+        EXPECT_EQ(entries().find("InprocServer32"), std::string::npos) << row.what;
+        EXPECT_EQ(plain.UnregisterServer(), RESULT_OK) << row.what;
+    }
+    Module empty(nullptr);
+    EXPECT_EQ(empty.RegisterServer(u"/lib/x.so"), RESULT_OK);
+}
+
+TEST_F(Registration, GivesTheFailureOfTheStore)
+{
+    ClassData table[] = {{&CLASS, nullptr, nullptr, progId, nothing, nothing, nullptr}, {}};
+    DllModule module(table);
+    const TextFunction halfACharacter = []() -> const char16_t* { return u"a\xD800"; };
+    ClassData badName[] = {{&CLASS, nullptr, nullptr, halfACharacter, nothing, nothing, nullptr}, {}};
+    DllModule odd(badName);
+    EXPECT_EQ(odd.RegisterServer(u"/lib/x.so"), RESULT_INVALID_NAME);
+    std::filesystem::create_directory(m_scratch / "store");
+    std::filesystem::permissions(m_scratch / "store", std::filesystem::perms(0777));
+    EXPECT_EQ(module.RegisterServer(u"/lib/x.so"), RESULT_ACCESS_DENIED);
+    EXPECT_EQ(module.UnregisterServer(), RESULT_ACCESS_DENIED);
+}
+
+TEST_F(Registration, NamesTheFileThatAnAddressLiesIn)
+{
+    ClassData table[] = {{&CLASS, nullptr, nullptr, progId, nothing, nothing, nullptr}, {}};
+    DllModule module(table);
+    EXPECT_EQ(module.RegisterServer(reinterpret_cast<const void*>(&progId)), RESULT_OK);
+    const util::RegistryKey server(VX_HKEY_CLASSES_32, String(u"CLSID\\") + CLASS_TEXT + u"\\InprocServer32");
+    EXPECT_EQ(server.getValueString(u""), std::filesystem::read_symlink("/proc/self/exe").u16string());
+    const int somewhere = 0;
+    EXPECT_EQ(module.RegisterServer(static_cast<const void*>(&somewhere)), RESULT_FAIL);
+}
+
+TEST_F(Registration, HasALibraryServeItsClassesByName)
+{
+    const std::filesystem::path library = m_scratch / "greeter.so";
+    std::filesystem::copy_file(VX_GREETER, library);
+    std::filesystem::permissions(library, std::filesystem::perms(0755));
+    const std::u16string path = library.u16string();
+    ASSERT_EQ(VXComRegisterLibrary(path.c_str()), RESULT_OK);
+
+    for (const char16_t* name : {u"Example.Greeter", u"example.greeter.1"}) {
+        Reference<IGreeter> greeter;
+        ASSERT_EQ(VXComCreateObjectByProgID(name, nullptr, &IGreeter::IID, greeter.outVoid()), RESULT_OK);
+        const Reference<util::RWCharBuffer> text(new util::RWCharBuffer);
+        EXPECT_EQ(greeter->Greet(u"you", text.get()), RESULT_OK);
+        EXPECT_EQ(String(text->getData(), text->getLength()), u"Hello, you!");
+        EXPECT_EQ(greeter->Greet(u"you", nullptr), RESULT_POINTER);
+        EXPECT_EQ(VXComFreeUnusedLibraries(), 0);
+    }
+    void* object = &object;
+    Object outer;
+    EXPECT_EQ(VXComCreateObjectByProgID(u"Example.Greeter", outer.GetUnknown(), &IVXUnknown::IID, &object),
+        RESULT_NO_AGGREGATION);
+    EXPECT_EQ(VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &CLASS, &object), RESULT_NO_INTERFACE);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(VXComFreeUnusedLibraries(), 1);
+    EXPECT_EQ(contentOf("/proc/self/maps").find(library.string()), std::string::npos);
+    EXPECT_EQ(VXComUnregisterLibrary(path.c_str()), RESULT_OK);
+    EXPECT_EQ(entries(), "");
+}
+
+} // namespace
