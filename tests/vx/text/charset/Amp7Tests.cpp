@@ -5,14 +5,14 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 namespace vx::text::charset {
 namespace {
 
-/// One call of `convert` from index 1 of the source into `room` units at index 1 of the target: what came out, and "|"
-/// with how much was read where not all was. A failure is told by its description, or "unmappable".
+/// One call of `convert` from index 1 of the source into `room` units at index
+/// 1 of the target: what came out, and "|" with how much was read where not all
+/// was. A failure is told by its description, or "unmappable".
 template <class Out, class Converter, class Text>
 std::basic_string<Out> converted(Converter& converter, const Text& source, std::int32_t room)
 {
@@ -107,43 +107,6 @@ TEST(BTCAMP7, ReadsEveryValidFormAndWaitsForTheRest)
     for (const std::string form : {"&AMP;", "&APOS;", "&QUOT;", "&_20AC;", "&_FFFFF;"}) {
         for (std::size_t length = 1; length < form.size(); ++length)
             EXPECT_EQ((converted<char16_t>(decoder, "x" + form.substr(0, length), 9)), u"x|1") << form << length;
-    }
-}
-
-TEST(Amp7, ComesBackInPiecesOfAnySize)
-{
-    std::mt19937 random(7);
-    std::u16string text;
-    for (int index = 0; index < 3000; ++index) {
-        const std::uint32_t value = random() >> (random() % 3 == 0 ? 12 : 25); // any plane, or ASCII
-        if (value < 0x10000 && value - 0xD800 > 0x7FF && value != 0xFFFD)
-            text += static_cast<char16_t>(value);
-        else if (value >= 0x10000 && value < 0xFFFFF)
-            text += {static_cast<char16_t>(0xD7C0 + (value >> 10)), static_cast<char16_t>(0xDC00 + (value & 0x3FF))};
-    }
-    for (const std::int32_t piece : {2, 3, 9, 100}) {
-        CTBAMP7 encoder;
-        BTCAMP7 decoder;
-        std::string bytes;
-        std::int32_t length = static_cast<std::int32_t>(text.size());
-        for (std::int32_t read = 0; read < length;) {
-            signed char block[106];
-            std::int32_t written = 0;
-            encoder.convert(text.data(), &read, std::min(read + piece, length), block, &written, piece + 6);
-            bytes.append(reinterpret_cast<const char*>(block), static_cast<std::size_t>(written));
-        }
-        std::u16string back;
-        length = static_cast<std::int32_t>(bytes.size());
-        for (std::int32_t read = 0; read < length;) {
-            char16_t block[100];
-            std::int32_t written = 0;
-            decoder.convert(reinterpret_cast<const signed char*>(bytes.data()), &read,
-                std::min(read + piece + 6, length), block, &written, piece);
-            back.append(block, static_cast<std::size_t>(written));
-        }
-        EXPECT_EQ(back, text) << piece;
-        for (const char byte : bytes)
-            EXPECT_TRUE((byte >= 0x20 && byte < 0x7F) || byte == '\t' || byte == '\r' || byte == '\n') << int {byte};
     }
 }
 
