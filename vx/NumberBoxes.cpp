@@ -5,395 +5,165 @@
 #include "vx/detail/Truncated.h"
 #include "vx/math/BigInteger.h"
 
+#include <type_traits>
+
 namespace vx {
+
+namespace detail {
 
 namespace {
 
-template <class Box>
-int compareObjects(const Box& box, const Object& other)
+constexpr int DECIMAL = 10;
+
+// What a box takes from another number.
+void take(signed char& value, const Number& other)
 {
-    if (&other == &box)
-        return 0;
-    const auto* number = dynamic_cast<const Number*>(&other);
-    if (number == nullptr)
-        throw CastFailedException();
-    return box.compareTo(*number);
+    value = other.toInt8();
+}
+void take(short& value, const Number& other)
+{
+    value = other.toInt16();
+}
+void take(std::int32_t& value, const Number& other)
+{
+    value = other.toInt32();
+}
+void take(std::int64_t& value, const Number& other)
+{
+    value = other.toInt64();
+}
+void take(unsigned char& value, const Number& other)
+{
+    value = other.toUInt8();
+}
+void take(unsigned short& value, const Number& other)
+{
+    value = other.toUInt16();
+}
+void take(std::uint32_t& value, const Number& other)
+{
+    value = other.toUInt32();
+}
+void take(std::uint64_t& value, const Number& other)
+{
+    value = other.toUInt64();
+}
+void take(float& value, const Number& other)
+{
+    value = other.toFloat();
+}
+void take(double& value, const Number& other)
+{
+    value = other.toDouble();
 }
 
-/// The difference in 32 bits.
 template <class Value>
-int wrappedDifference(Value left, Value right) noexcept
+Value parse(const String& text)
 {
-    return static_cast<int>(static_cast<std::uint32_t>(left) - static_cast<std::uint32_t>(right));
-}
-
-/// 1 also where nothing orders the two.
-template <class Value>
-int order(Value left, Value right) noexcept
-{
-    return left == right ? 0 : left < right ? -1 : 1;
+    if constexpr (std::is_same_v<Value, std::int64_t>)
+        return Number::parseInt64(text);
+    else if constexpr (std::is_same_v<Value, std::uint64_t>)
+        return Number::parseUInt64(text, DECIMAL);
+    else if constexpr (std::is_same_v<Value, float>)
+        return Number::parseFloat(text);
+    else if constexpr (std::is_same_v<Value, double>)
+        return Number::parseDouble(text);
+    else if constexpr (std::is_signed_v<Value>)
+        return static_cast<Value>(Number::parseInt(text));
+    else
+        return static_cast<Value>(Number::parseUInt(text, DECIMAL));
 }
 
 } // namespace
 
-Integer8::Integer8(const Number& other)
-    : m_value(other.toInt8())
+template <class Base, class Value>
+NumberBox<Base, Value>::NumberBox(const Number& other)
+{
+    take(m_value, other);
+}
+
+template <class Base, class Value>
+NumberBox<Base, Value>::NumberBox(const String& text)
+    : m_value(parse<Value>(text))
 {
 }
 
-Integer8::Integer8(const String& text)
-    : m_value(static_cast<signed char>(Number::parseInt(text)))
+template <class Base, class Value>
+NumberBox<Base, Value>::~NumberBox() noexcept = default;
+
+template <class Base, class Value>
+int NumberBox<Base, Value>::compareTo(const Object& other) const
 {
+    if (&other == this)
+        return 0;
+    const auto* number = dynamic_cast<const Number*>(&other);
+    if (number == nullptr)
+        throw CastFailedException();
+    return compareTo(*number);
 }
+
+template <class Base, class Value>
+String NumberBox<Base, Value>::toString() const
+{
+    if constexpr (std::is_integral_v<Value> && sizeof(Value) == sizeof(std::int64_t))
+        return Base::toString();
+    else
+        return String::valueOf(+m_value);
+}
+
+template <class Base, class Value>
+std::int64_t NumberBox<Base, Value>::toInt64() const
+{
+    if constexpr (std::is_floating_point_v<Value>)
+        return truncated(m_value);
+    else
+        return static_cast<std::int64_t>(m_value);
+}
+
+template <class Base, class Value>
+double NumberBox<Base, Value>::toDouble() const
+{
+    if constexpr (std::is_same_v<Value, std::uint64_t>)
+        return math::BigInteger(m_value).toDouble();
+    else
+        return static_cast<double>(m_value);
+}
+
+template <class Base, class Value>
+int NumberBox<Base, Value>::compareTo(const Number& other) const
+{
+    if (&other == this)
+        return 0;
+    Value value;
+    take(value, other);
+    if constexpr (std::is_floating_point_v<Value> || sizeof(Value) == sizeof(std::int64_t))
+        return m_value == value ? 0 : m_value < value ? -1 : 1;
+    else // in 32 bits, where it wraps around
+        return static_cast<int>(static_cast<std::uint32_t>(m_value) - static_cast<std::uint32_t>(value));
+}
+
+template class NumberBox<SignedInteger, signed char>;
+template class NumberBox<SignedInteger, short>;
+template class NumberBox<SignedInteger, std::int32_t>;
+template class NumberBox<SignedInteger, std::int64_t>;
+template class NumberBox<UnsignedInteger, unsigned char>;
+template class NumberBox<UnsignedInteger, unsigned short>;
+template class NumberBox<UnsignedInteger, std::uint32_t>;
+template class NumberBox<UnsignedInteger, std::uint64_t>;
+template class NumberBox<Number, float>;
+template class NumberBox<Number, double>;
+
+} // namespace detail
 
 Integer8::~Integer8() noexcept = default;
-
-int Integer8::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String Integer8::toString() const
-{
-    return String::valueOf(int {m_value});
-}
-
-std::int64_t Integer8::toInt64() const
-{
-    return m_value;
-}
-
-double Integer8::toDouble() const
-{
-    return m_value;
-}
-
-int Integer8::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : m_value - other.toInt8();
-}
-
-Integer16::Integer16(const Number& other)
-    : m_value(other.toInt16())
-{
-}
-
-Integer16::Integer16(const String& text)
-    : m_value(static_cast<short>(Number::parseInt(text)))
-{
-}
-
 Integer16::~Integer16() noexcept = default;
-
-int Integer16::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String Integer16::toString() const
-{
-    return String::valueOf(int {m_value});
-}
-
-std::int64_t Integer16::toInt64() const
-{
-    return m_value;
-}
-
-double Integer16::toDouble() const
-{
-    return m_value;
-}
-
-int Integer16::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : m_value - other.toInt16();
-}
-
-Integer32::Integer32(const Number& other)
-    : m_value(other.toInt32())
-{
-}
-
-Integer32::Integer32(const String& text)
-    : m_value(Number::parseInt(text))
-{
-}
-
 Integer32::~Integer32() noexcept = default;
-
-int Integer32::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String Integer32::toString() const
-{
-    return String::valueOf(m_value);
-}
-
-std::int64_t Integer32::toInt64() const
-{
-    return m_value;
-}
-
-double Integer32::toDouble() const
-{
-    return m_value;
-}
-
-int Integer32::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : wrappedDifference(m_value, other.toInt32());
-}
-
-Integer64::Integer64(const Number& other)
-    : m_value(other.toInt64())
-{
-}
-
-Integer64::Integer64(const String& text)
-    : m_value(Number::parseInt64(text))
-{
-}
-
 Integer64::~Integer64() noexcept = default;
-
-int Integer64::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-std::int64_t Integer64::toInt64() const
-{
-    return m_value;
-}
-
-double Integer64::toDouble() const
-{
-    return static_cast<double>(m_value);
-}
-
-int Integer64::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : order(m_value, other.toInt64());
-}
-
-UInteger8::UInteger8(const Number& other)
-    : m_value(other.toUInt8())
-{
-}
-
-UInteger8::UInteger8(const String& text)
-    : m_value(static_cast<unsigned char>(Number::parseUInt(text, 10)))
-{
-}
-
 UInteger8::~UInteger8() noexcept = default;
-
-int UInteger8::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String UInteger8::toString() const
-{
-    return String::valueOf(int {m_value});
-}
-
-std::int64_t UInteger8::toInt64() const
-{
-    return m_value;
-}
-
-double UInteger8::toDouble() const
-{
-    return m_value;
-}
-
-int UInteger8::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : m_value - other.toUInt8();
-}
-
-UInteger16::UInteger16(const Number& other)
-    : m_value(other.toUInt16())
-{
-}
-
-UInteger16::UInteger16(const String& text)
-    : m_value(static_cast<unsigned short>(Number::parseUInt(text, 10)))
-{
-}
-
 UInteger16::~UInteger16() noexcept = default;
-
-int UInteger16::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String UInteger16::toString() const
-{
-    return String::valueOf(static_cast<unsigned int>(m_value));
-}
-
-std::int64_t UInteger16::toInt64() const
-{
-    return m_value;
-}
-
-double UInteger16::toDouble() const
-{
-    return m_value;
-}
-
-int UInteger16::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : m_value - other.toUInt16();
-}
-
-UInteger32::UInteger32(const Number& other)
-    : m_value(other.toUInt32())
-{
-}
-
-UInteger32::UInteger32(const String& text)
-    : m_value(Number::parseUInt(text, 10))
-{
-}
-
 UInteger32::~UInteger32() noexcept = default;
-
-int UInteger32::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String UInteger32::toString() const
-{
-    return String::valueOf(m_value);
-}
-
-std::int64_t UInteger32::toInt64() const
-{
-    return m_value;
-}
-
-double UInteger32::toDouble() const
-{
-    return m_value;
-}
-
-int UInteger32::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : wrappedDifference(m_value, other.toUInt32());
-}
-
-UInteger64::UInteger64(const Number& other)
-    : m_value(other.toUInt64())
-{
-}
-
-UInteger64::UInteger64(const String& text)
-    : m_value(Number::parseUInt64(text, 10))
-{
-}
-
 UInteger64::~UInteger64() noexcept = default;
-
-int UInteger64::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-std::int64_t UInteger64::toInt64() const
-{
-    return static_cast<std::int64_t>(m_value);
-}
-
-double UInteger64::toDouble() const
-{
-    return math::BigInteger(m_value).toDouble();
-}
-
-int UInteger64::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : order(m_value, other.toUInt64());
-}
-
-Float::Float(const Number& other)
-    : m_value(other.toFloat())
-{
-}
-
-Float::Float(const String& text)
-    : m_value(Number::parseFloat(text))
-{
-}
-
 Float::~Float() noexcept = default;
-
-int Float::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String Float::toString() const
-{
-    return String::valueOf(m_value);
-}
-
-std::int64_t Float::toInt64() const
-{
-    return detail::truncated(m_value);
-}
-
-double Float::toDouble() const
-{
-    return m_value;
-}
-
-int Float::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : order(m_value, other.toFloat());
-}
-
-Double::Double(const Number& other)
-    : m_value(other.toDouble())
-{
-}
-
-Double::Double(const String& text)
-    : m_value(Number::parseDouble(text))
-{
-}
-
 Double::~Double() noexcept = default;
-
-int Double::compareTo(const Object& other) const
-{
-    return compareObjects(*this, other);
-}
-
-String Double::toString() const
-{
-    return String::valueOf(m_value);
-}
-
-std::int64_t Double::toInt64() const
-{
-    return detail::truncated(m_value);
-}
-
-double Double::toDouble() const
-{
-    return m_value;
-}
-
-int Double::compareTo(const Number& other) const
-{
-    return &other == this ? 0 : order(m_value, other.toDouble());
-}
 
 } // namespace vx

@@ -6,19 +6,65 @@
 
 namespace vx {
 
+namespace detail {
+
 /// A box: one primitive number as an object. Made from another number or a text it truncates in silence; only the boxes
 /// of 64 bits refuse a text. `compareTo` first converts the other number to the box's own type, so that it is not
-/// symmetric: an Integer8 of 1 equals an Integer32 of 257. The narrow boxes give the difference of the two values. An
-/// object that is no Number throws CastFailedException.
-class VX_API Integer8 : public SignedInteger {
+/// symmetric: an Integer8 of 1 equals an Integer32 of 257. An object that is no Number throws CastFailedException.
+template <class Base, class Value>
+class VX_API NumberBox : public Base {
 public:
-    explicit Integer8(signed char value) noexcept
+    explicit NumberBox(Value value) noexcept
         : m_value(value)
     {
     }
+    NumberBox(const NumberBox&) noexcept = default;
+    explicit NumberBox(const Number& other);
+    NumberBox(const String& text);
+    ~NumberBox() noexcept override;
+
+    NumberBox& operator=(const NumberBox&) noexcept = default;
+    operator Value() const noexcept { return m_value; }
+
+    // Object
+    int compareTo(const Object& other) const override;
+    using Base::toString;
+    /// Of floating point: six significant digits, in the shorter form ("%g").
+    String toString() const override;
+
+    // Number
+    /// Of floating point: truncated toward zero and clipped to the range, 0 for a NaN. Of 64 bits without a sign: the same
+    /// bits.
+    std::int64_t toInt64() const override;
+    /// Of 64 bits without a sign: that of the low 63, as BigInteger converts them.
+    double toDouble() const override;
+
+    /// Of up to 16 bits the difference, of 32 bits the difference in 32 bits, which wraps around; of all others -1, 0 or 1,
+    /// and 1 where a NaN is on either side.
+    int compareTo(const Number& other) const;
+
+protected:
+    Value m_value;
+};
+
+extern template class VX_API NumberBox<SignedInteger, signed char>;
+extern template class VX_API NumberBox<SignedInteger, short>;
+extern template class VX_API NumberBox<SignedInteger, std::int32_t>;
+extern template class VX_API NumberBox<SignedInteger, std::int64_t>;
+extern template class VX_API NumberBox<UnsignedInteger, unsigned char>;
+extern template class VX_API NumberBox<UnsignedInteger, unsigned short>;
+extern template class VX_API NumberBox<UnsignedInteger, std::uint32_t>;
+extern template class VX_API NumberBox<UnsignedInteger, std::uint64_t>;
+extern template class VX_API NumberBox<Number, float>;
+extern template class VX_API NumberBox<Number, double>;
+
+} // namespace detail
+
+/// The box of 8 bits.
+class VX_API Integer8 : public detail::NumberBox<SignedInteger, signed char> {
+public:
+    using NumberBox::NumberBox;
     Integer8(const Integer8&) noexcept = default;
-    explicit Integer8(const Number& other);
-    Integer8(const String& text);
     ~Integer8() noexcept override;
 
     Integer8& operator=(const Integer8&) noexcept = default;
@@ -27,32 +73,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator signed char() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    String toString() const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    int compareTo(const Number& other) const;
-
-private:
-    signed char m_value;
 };
 
-/// As Integer8, for `short`.
-class VX_API Integer16 : public SignedInteger {
+/// The box of 16 bits.
+class VX_API Integer16 : public detail::NumberBox<SignedInteger, short> {
 public:
-    explicit Integer16(short value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     Integer16(const Integer16&) noexcept = default;
-    explicit Integer16(const Number& other);
-    Integer16(const String& text);
     ~Integer16() noexcept override;
 
     Integer16& operator=(const Integer16&) noexcept = default;
@@ -61,32 +88,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator short() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    String toString() const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    int compareTo(const Number& other) const;
-
-private:
-    short m_value;
 };
 
-/// As Integer8, for 32 bits.
-class VX_API Integer32 : public SignedInteger {
+/// The box of 32 bits.
+class VX_API Integer32 : public detail::NumberBox<SignedInteger, std::int32_t> {
 public:
-    explicit Integer32(std::int32_t value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     Integer32(const Integer32&) noexcept = default;
-    explicit Integer32(const Number& other);
-    Integer32(const String& text);
     ~Integer32() noexcept override;
 
     Integer32& operator=(const Integer32&) noexcept = default;
@@ -95,34 +103,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator std::int32_t() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    String toString() const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    /// The difference in 32 bits, which wraps around.
-    int compareTo(const Number& other) const;
-
-private:
-    std::int32_t m_value;
 };
 
-/// As Integer8, for 64 bits.
-class VX_API Integer64 : public SignedInteger {
+/// The box of 64 bits.
+class VX_API Integer64 : public detail::NumberBox<SignedInteger, std::int64_t> {
 public:
-    explicit Integer64(std::int64_t value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     Integer64(const Integer64&) noexcept = default;
-    explicit Integer64(const Number& other);
-    /// As Number::parseInt64, failures included.
-    Integer64(const String& text);
     ~Integer64() noexcept override;
 
     Integer64& operator=(const Integer64&) noexcept = default;
@@ -131,32 +118,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator std::int64_t() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    /// -1, 0 or 1.
-    int compareTo(const Number& other) const;
-
-private:
-    std::int64_t m_value;
 };
 
-/// As Integer8, for `unsigned char`.
-class VX_API UInteger8 : public UnsignedInteger {
+/// The box of 8 bits without a sign.
+class VX_API UInteger8 : public detail::NumberBox<UnsignedInteger, unsigned char> {
 public:
-    explicit UInteger8(unsigned char value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     UInteger8(const UInteger8&) noexcept = default;
-    explicit UInteger8(const Number& other);
-    UInteger8(const String& text);
     ~UInteger8() noexcept override;
 
     UInteger8& operator=(const UInteger8&) noexcept = default;
@@ -165,33 +133,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator unsigned char() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    using UnsignedInteger::toString;
-    String toString() const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    int compareTo(const Number& other) const;
-
-private:
-    unsigned char m_value;
 };
 
-/// As Integer8, for `unsigned short`.
-class VX_API UInteger16 : public UnsignedInteger {
+/// The box of 16 bits without a sign.
+class VX_API UInteger16 : public detail::NumberBox<UnsignedInteger, unsigned short> {
 public:
-    explicit UInteger16(unsigned short value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     UInteger16(const UInteger16&) noexcept = default;
-    explicit UInteger16(const Number& other);
-    UInteger16(const String& text);
     ~UInteger16() noexcept override;
 
     UInteger16& operator=(const UInteger16&) noexcept = default;
@@ -200,33 +148,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator unsigned short() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    using UnsignedInteger::toString;
-    String toString() const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    int compareTo(const Number& other) const;
-
-private:
-    unsigned short m_value;
 };
 
-/// As Integer8, for 32 bits without a sign.
-class VX_API UInteger32 : public UnsignedInteger {
+/// The box of 32 bits without a sign.
+class VX_API UInteger32 : public detail::NumberBox<UnsignedInteger, std::uint32_t> {
 public:
-    explicit UInteger32(std::uint32_t value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     UInteger32(const UInteger32&) noexcept = default;
-    explicit UInteger32(const Number& other);
-    UInteger32(const String& text);
     ~UInteger32() noexcept override;
 
     UInteger32& operator=(const UInteger32&) noexcept = default;
@@ -235,35 +163,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator std::uint32_t() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    using UnsignedInteger::toString;
-    String toString() const override;
-
-    // Number
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    /// The difference in 32 bits, which wraps around.
-    int compareTo(const Number& other) const;
-
-private:
-    std::uint32_t m_value;
 };
 
-/// As Integer8, for 64 bits without a sign.
-class VX_API UInteger64 : public UnsignedInteger {
+/// The box of 64 bits without a sign.
+class VX_API UInteger64 : public detail::NumberBox<UnsignedInteger, std::uint64_t> {
 public:
-    explicit UInteger64(std::uint64_t value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     UInteger64(const UInteger64&) noexcept = default;
-    explicit UInteger64(const Number& other);
-    /// As Number::parseUInt64, failures included.
-    UInteger64(const String& text);
     ~UInteger64() noexcept override;
 
     UInteger64& operator=(const UInteger64&) noexcept = default;
@@ -272,34 +178,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator std::uint64_t() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-
-    // Number
-    /// The same bits.
-    std::int64_t toInt64() const override;
-    /// Of the low 63 bits, as BigInteger converts them.
-    double toDouble() const override;
-
-    /// -1, 0 or 1.
-    int compareTo(const Number& other) const;
-
-private:
-    std::uint64_t m_value;
 };
 
-/// As Integer8, for `float`.
-class VX_API Float : public Number {
+/// The box of `float`.
+class VX_API Float : public detail::NumberBox<Number, float> {
 public:
-    explicit Float(float value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     Float(const Float&) noexcept = default;
-    explicit Float(const Number& other);
-    Float(const String& text);
     ~Float() noexcept override;
 
     Float& operator=(const Float&) noexcept = default;
@@ -308,35 +193,13 @@ public:
         m_value = value;
         return *this;
     }
-    operator float() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    /// Six significant digits, in the shorter form ("%g").
-    String toString() const override;
-
-    // Number
-    /// Truncated toward zero and clipped to the range; 0 for a NaN.
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    /// -1, 0 or 1; a NaN on either side gives 1.
-    int compareTo(const Number& other) const;
-
-private:
-    float m_value;
 };
 
-/// As Integer8, for `double`.
-class VX_API Double : public Number {
+/// The box of `double`.
+class VX_API Double : public detail::NumberBox<Number, double> {
 public:
-    explicit Double(double value) noexcept
-        : m_value(value)
-    {
-    }
+    using NumberBox::NumberBox;
     Double(const Double&) noexcept = default;
-    explicit Double(const Number& other);
-    Double(const String& text);
     ~Double() noexcept override;
 
     Double& operator=(const Double&) noexcept = default;
@@ -345,23 +208,6 @@ public:
         m_value = value;
         return *this;
     }
-    operator double() const noexcept { return m_value; }
-
-    // Object
-    int compareTo(const Object& other) const override;
-    /// Six significant digits, in the shorter form ("%g").
-    String toString() const override;
-
-    // Number
-    /// Truncated toward zero and clipped to the range; 0 for a NaN.
-    std::int64_t toInt64() const override;
-    double toDouble() const override;
-
-    /// -1, 0 or 1; a NaN on either side gives 1.
-    int compareTo(const Number& other) const;
-
-private:
-    double m_value;
 };
 
 } // namespace vx

@@ -120,46 +120,42 @@ BigDecimal& BigDecimal::operator=(BigDecimal&& other) noexcept
     return *this;
 }
 
-BigDecimal& BigDecimal::operator=(int value)
+template <class Integer>
+BigDecimal& BigDecimal::setInteger(Integer value)
 {
     m_unscaled = value;
     m_scale = 0;
     return *this;
+}
+
+BigDecimal& BigDecimal::operator=(int value)
+{
+    return setInteger(value);
 }
 
 BigDecimal& BigDecimal::operator=(unsigned int value)
 {
-    m_unscaled = value;
-    m_scale = 0;
-    return *this;
+    return setInteger(value);
 }
 
 BigDecimal& BigDecimal::operator=(long value)
 {
-    m_unscaled = value;
-    m_scale = 0;
-    return *this;
+    return setInteger(value);
 }
 
 BigDecimal& BigDecimal::operator=(unsigned long value)
 {
-    m_unscaled = value;
-    m_scale = 0;
-    return *this;
+    return setInteger(value);
 }
 
 BigDecimal& BigDecimal::operator=(long long value)
 {
-    m_unscaled = value;
-    m_scale = 0;
-    return *this;
+    return setInteger(value);
 }
 
 BigDecimal& BigDecimal::operator=(unsigned long long value)
 {
-    m_unscaled = value;
-    m_scale = 0;
-    return *this;
+    return setInteger(value);
 }
 
 BigDecimal& BigDecimal::operator=(double value)

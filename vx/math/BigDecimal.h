@@ -84,6 +84,9 @@ protected:
     void parseDecimal(const String& text);
 
 private:
+    template <class Integer>
+    BigDecimal& setInteger(Integer value);
+
     BigInteger m_unscaled;
     int m_scale = 0;
 };
