@@ -3,9 +3,12 @@
 #include "vx/Exceptions.h"
 #include "vx/Object.h"
 #include "vx/Reference.h"
+#include "vx/Result.h"
 #include "vx/String.h"
+#include "vx/util/Comparator.h"
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <typeinfo>
 
@@ -31,6 +34,40 @@ public:
 
 private:
     int m_value;
+};
+
+/// Does something when it goes.
+class Looking : public Object {
+public:
+    explicit Looking(std::function<void()> look)
+        : m_look(std::move(look))
+    {
+    }
+    ~Looking() noexcept(false) override { m_look(); }
+
+private:
+    std::function<void()> m_look;
+};
+
+/// The library's own way of comparing, but for the call that `m_calls` counts down to.
+class WatchedComparator : public ComObject, public util::ComparatorFace {
+public:
+    VX_OBJECT_UNKNOWN(ComObject)
+
+    std::int32_t Compare(const IVXUnknown* a, const IVXUnknown* b, int* result) const override
+    {
+        return isTime() ? m_failure() : ComparatorFace::Compare(a, b, result);
+    }
+    std::int32_t Hash(const IVXUnknown* a, std::uint32_t* result) const override
+    {
+        return isTime() ? m_failure() : ComparatorFace::Hash(a, result);
+    }
+
+    mutable int m_calls = 1000;
+    std::function<std::int32_t()> m_failure = [] { return RESULT_TIMED_OUT; };
+
+private:
+    bool isTime() const { return m_calls-- == 0; }
 };
 
 /// How these tests write a null element.

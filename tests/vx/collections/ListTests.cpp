@@ -1,7 +1,6 @@
+#include "tests/AllocationProbe.h"
 #include "tests/Slots.h"
 #include "tests/vx/collections/Elements.h"
-#include "tests/vx/collections/FailingStorage.h"
-#include "vx/Class.h"
 #include "vx/Result.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
@@ -15,7 +14,6 @@
 #include <functional>
 #include <new>
 #include <string>
-#include <vector>
 
 namespace vx::collections::vorb {
 namespace {
@@ -31,23 +29,6 @@ Reference<Class> listOf(std::initializer_list<int> values)
 
 /// A component without `IVXComparable`.
 class Opaque : public ComObject { };
-
-/// Fails from the call on that `m_calls` counts down to.
-class FailingComparator : public ComObject, public util::ComparatorFace {
-public:
-    VX_OBJECT_UNKNOWN(ComObject)
-
-    std::int32_t Compare(const IVXUnknown* a, const IVXUnknown* b, int* result) const override
-    {
-        return m_calls-- > 0 ? ComparatorFace::Compare(a, b, result) : RESULT_TIMED_OUT;
-    }
-    std::int32_t Hash(const IVXUnknown* a, std::uint32_t* result) const override
-    {
-        return m_calls-- > 0 ? ComparatorFace::Hash(a, result) : RESULT_TIMED_OUT;
-    }
-
-    mutable int m_calls = 0;
-};
 
 TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
 {
@@ -200,7 +181,7 @@ TYPED_TEST(Lists, PassAComparatorsFailureOnAndStandAsBefore)
         {"of a sublist", [&](List& list, auto&) { list.createSubList(0, 3)->contains(two.get()); }},
     };
     const auto source = listOf<TypeParam>({1, 5, 3});
-    const Reference<FailingComparator> comparator(new FailingComparator);
+    const Reference<WatchedComparator> comparator(new WatchedComparator);
     const Reference<TypeParam> list(new TypeParam(*source, comparator.get()));
     const Reference<TypeParam> copy(new TypeParam(*list));
     EXPECT_EQ(copy->getComparator(), comparator.get());
@@ -307,86 +288,61 @@ TYPED_TEST(Lists, HoldOneCountOnEachElementAndHandItBack)
     EXPECT_EQ(textOf(elements->previous()) + textOf(part->get(0)), "11");
 }
 
-TYPED_TEST(Lists, StandAsBeforeWhenStorageFails)
+TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
 {
-    const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
     const Reference<Item> element(new Item(5));
-    const Reference<ListIterator> elements = list->createListIterator(2);
     struct {
         const char* operation;
-        std::function<void()> work;
+        std::function<void(List&, ListIterator&)> work;
+        const char* result;
     } cases[] = {
-        {"append", [&] { list->add(element->GetUnknown()); }},
-        {"insert", [&] { list->add(1, element->GetUnknown()); }},
-        {"append to a sublist", [&] { list->createSubList(0, 2)->add(element->GetUnknown()); }},
-        {"through an iterator", [&] { elements->add(element->GetUnknown()); }},
+        {"append", [&](List& list, auto&) { list.add(element->GetUnknown()); }, "1 2 3 4 5 "},
+        {"insert", [&](List& list, auto&) { list.add(1, element->GetUnknown()); }, "1 5 2 3 4 "},
+        {"to a sublist", [&](List& list, auto&) { list.createSubList(0, 2)->add(element->GetUnknown()); },
+            "1 2 5 3 4 "},
+        {"by an iterator", [&](List&, ListIterator& place) { place.add(element->GetUnknown()); }, "1 2 5 3 4 "},
     };
     for (const auto& row : cases) {
-        bool refused = false;
-        g_storageFails = true;
-        try {
-            row.work();
-        } catch (const std::bad_alloc&) {
-            refused = true;
-        }
-        g_storageFails = false;
-        EXPECT_TRUE(refused) << row.operation;
-        EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.operation;
-        EXPECT_EQ(element->GetRefCount(), 1U) << row.operation;
+        const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
+        const Reference<ListIterator> place = list->createListIterator(2);
+        const int failures = failEachAllocation([&] { row.work(*list, *place); },
+            [&](int failing) {
+                EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.operation << failing;
+                EXPECT_EQ(element->GetRefCount(), 1U) << row.operation << failing;
+            });
+        EXPECT_NE(failures, 0) << row.operation;
+        EXPECT_EQ(textOfAll(*list), row.result) << row.operation;
     }
-    elements->add(element->GetUnknown());
-    EXPECT_EQ(textOf(elements->next()), "3") << "the iterator goes on";
 }
 
 TYPED_TEST(Lists, AreEmptyForAnElementThatGoesWithThem)
 {
-    class Looking : public Object {
-    public:
-        Looking(const List* owner, std::string& seen)
-            : m_owner(owner)
-            , m_seen(seen)
-        {
-        }
-        ~Looking() noexcept(false) override { m_seen += std::to_string(m_owner->getSize()) + ' '; }
-
-    private:
-        const List* m_owner;
-        std::string& m_seen;
-    };
     std::string seen;
     Reference<TypeParam> list(new TypeParam);
     for (int i = 0; i < 3; ++i)
-        list->add((new Looking(list.get(), seen))->GetUnknown());
+        list->add(
+            (new Looking([&, owner = list.get()] { seen += std::to_string(owner->getSize()) + ' '; }))->GetUnknown());
     list->set(1, nullptr);
     list = nullptr;
     EXPECT_EQ(seen, "3 0 0 ");
 }
 
-TYPED_TEST(Lists, AreMadeEmptyByName)
-{
-    const char16_t* name = std::is_same_v<TypeParam, ArrayList> ? u"CVXArrayList" : u"CVXLinkedList";
-    const Class* record = Class::forName(name);
-    const Reference<Object> made(record->createInstance());
-    ASSERT_TRUE(record->isInstance(*made));
-    EXPECT_TRUE(dynamic_cast<const List&>(*made).isEmpty());
-    EXPECT_TRUE(made->toString().startsWith(String(name) + u"@"));
-}
-
 TEST(ArrayList, GrowsByHalf)
 {
-    std::vector<std::size_t> asked;
-    asked.reserve(100);
     const Reference<ArrayList> list(new ArrayList);
-    g_sizesAsked = &asked;
-    for (int i = 0; i < 20; ++i)
+    const AllocationProbe probe;
+    std::size_t last = 0;
+    std::string asked;
+    const auto noteGrowth = [&] {
+        if (std::exchange(last, probe.lastRawSize()) != probe.lastRawSize())
+            asked += std::to_string(last / sizeof(void*)) + ' ';
+    };
+    for (int i = 0; i < 20; ++i, noteGrowth())
         list->add(nullptr);
     list->clear(); // keeps the array
-    for (int i = 0; i < 28; ++i)
+    for (int i = 0; i < 28; ++i, noteGrowth())
         list->add(i, nullptr);
-    g_sizesAsked = nullptr;
-    for (std::size_t& bytes : asked)
-        bytes /= sizeof(void*);
-    EXPECT_EQ(asked, (std::vector<std::size_t> {1, 2, 3, 4, 6, 9, 13, 19, 28}));
+    EXPECT_EQ(asked, "1 2 3 4 6 9 13 19 28 ");
 
     EXPECT_EQ(detail::grownCapacity(detail::MAX_LENGTH - 1), detail::MAX_LENGTH);
     EXPECT_NO_THROW(detail::checkLength(0x3FFFFFFE, "too long"));

@@ -1,6 +1,6 @@
+#include "tests/AllocationProbe.h"
 #include "tests/Slots.h"
 #include "tests/vx/collections/Elements.h"
-#include "tests/vx/collections/FailingStorage.h"
 #include "vx/Class.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
@@ -12,7 +12,6 @@
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashMapIterator.h"
 #include "vx/collections/vorb/HashSet.h"
-#include "vx/util/Comparator.h"
 
 #include <gtest/gtest.h>
 
@@ -131,27 +130,6 @@ TEST(HashMap, HoldsNullsAndWhatCannotBeCompared)
     EXPECT_FALSE(map->containsKey(zero.get()));
 }
 
-/// Fails, or does something else, at the call that `m_calls` counts down to.
-class WatchedComparator : public ComObject, public util::ComparatorFace {
-public:
-    VX_OBJECT_UNKNOWN(ComObject)
-
-    std::int32_t Compare(const IVXUnknown* a, const IVXUnknown* b, int* result) const override
-    {
-        return isTime() ? m_failure() : ComparatorFace::Compare(a, b, result);
-    }
-    std::int32_t Hash(const IVXUnknown* a, std::uint32_t* result) const override
-    {
-        return isTime() ? m_failure() : ComparatorFace::Hash(a, result);
-    }
-
-    mutable int m_calls = 1000;
-    std::function<std::int32_t()> m_failure = [] { return RESULT_TIMED_OUT; };
-
-private:
-    bool isTime() const { return m_calls-- == 0; }
-};
-
 /// The keys share a bucket, and 7 is at its head.
 TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
 {
@@ -205,17 +183,6 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
 
 TEST(HashMap, IsWholeWhenAnElementThatGoesLooksAtIt)
 {
-    class Looking : public Object {
-    public:
-        explicit Looking(std::function<void()> look)
-            : m_look(std::move(look))
-        {
-        }
-        ~Looking() noexcept(false) override { m_look(); }
-
-    private:
-        std::function<void()> m_look;
-    };
     const Reference<HashMap> map(new HashMap(1, 10));
     std::string seen;
     const auto fill = [&] {
@@ -236,7 +203,7 @@ TEST(HashMap, IsWholeWhenAnElementThatGoesLooksAtIt)
     EXPECT_EQ(seen + keysOf(*map), "1: 1 0: 6 ");
 }
 
-TEST(HashMaps, StandAsBeforeWhenStorageFails)
+TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
 {
     const Reference<HashMap> map(new HashMap(3, 1)), full(new HashMap(1, 3));
     const Reference<HashSet> set(new HashSet);
@@ -248,45 +215,42 @@ TEST(HashMaps, StandAsBeforeWhenStorageFails)
         numbers->put(key, nullptr);
         texts->put(String::valueOf(key), nullptr);
     }
-    const Reference<IVXUnknown> one = item(1), four = item(4), five = item(5);
+    const Reference<IVXUnknown> one = item(1), four = item(4);
     const Reference<Item> value(new Item(7));
     const String three(u"3");
     const auto entries = map->createEntrySet();
     const Reference<Iterator> iterator = entries->createIterator();
+    Reference<IVXUnknown> entry;
     struct {
         const char* operation;
         std::function<void()> work;
     } cases[] = {
+        {"entry", [&] { entry = iterator->next(); }},
+        {"iterator", [&] { entries->createIterator(); }},
+        {"keys", [&] { texts->createKeySet(); }},
         {"put", [&] { map->put(four.get(), value->GetUnknown()); }},
         {"put into a full map", [&] { full->put(four.get(), value->GetUnknown()); }},
-        {"entry", [&] { iterator->next(); }},
-        {"iterator", [&] { entries->createIterator(); }},
         {"set", [&] { set->add(four.get()); }},
         {"numbers", [&] { numbers->put(3, value.get()); }},
         {"texts", [&] { texts->put(three, value.get()); }},
-        {"keys", [&] { texts->createKeySet(); }},
+    };
+    const auto all = [&] {
+        return keysOf(*map) + keysOf(*full) + textOfAll(*set) + std::to_string(numbers->getSize() + texts->getSize())
+            + ", held by " + std::to_string(value->GetRefCount());
     };
     for (const auto& row : cases) {
-        bool isRefused = false;
-        g_storageFails = true;
-        try {
-            row.work();
-        } catch (const std::bad_alloc&) {
-            isRefused = true;
-        }
-        g_storageFails = false;
-        EXPECT_TRUE(isRefused) << row.operation;
-        EXPECT_EQ(value->GetRefCount(), 1U) << row.operation;
-        EXPECT_EQ(keysOf(*map) + keysOf(*full) + textOfAll(*set), "2 1 3 2 1 ") << row.operation;
-        EXPECT_EQ(numbers->getSize() + texts->getSize(), 4) << row.operation;
+        const std::string before = all();
+        EXPECT_NE(
+            failEachAllocation(row.work, [&](int failing) { EXPECT_EQ(all(), before) << row.operation << failing; }), 0)
+            << row.operation;
     }
-    EXPECT_EQ(textOf(MapEntry::of(iterator->next())->getKey()), "2") << "the iterator goes on";
+    EXPECT_EQ(textOf(MapEntry::of(entry)->getKey()), "2") << "the iterator went on";
 
-    g_storageFails = true;
-    EXPECT_EQ(textOf(map->put(one.get(), value->GetUnknown())), "10") << "a new value needs none";
-    EXPECT_EQ(textOf(map->remove(one.get())), "7");
-    EXPECT_NO_THROW(full->clear());
-    g_storageFails = false;
+    const AllocationProbe probe;
+    map->put(one.get(), value->GetUnknown()); // a new value for a key that is there
+    map->remove(one.get());
+    full->clear();
+    EXPECT_EQ(probe.count(), 0);
 }
 
 TEST(HashMap, ShowsItsEntriesWhichAllLookAlike)
