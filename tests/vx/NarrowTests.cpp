@@ -1,3 +1,4 @@
+#include "tests/Outcome.h"
 #include "tests/vx/UserBuffer.h"
 #include "vx/AnsiBytes.h"
 #include "vx/Exceptions.h"
@@ -167,14 +168,8 @@ TEST(NarrowString, EncodesIntoAByteBuffer)
     } failures[] = {{text, nullptr, RESULT_POINTER}, {text, &readOnly, RESULT_NOT_IMPLEMENTED},
         {adopted, &bytes, UserBuffer::FAILURE}};
     foreign->m_failing = 1;
-    for (const auto& row : failures) {
-        try {
-            row.text.getBytes(row.out, u"UTF-8");
-            ADD_FAILURE() << row.result;
-        } catch (const ResultException& failure) {
-            EXPECT_EQ(failure.getResult(), row.result);
-        }
-    }
+    for (const auto& row : failures)
+        EXPECT_EQ(resultOf([&] { row.text.getBytes(row.out, u"UTF-8"); }), row.result);
     EXPECT_THROW(adopted.getBytesReadLock(u"nobody's"), UnknownEncodingException);
     EXPECT_TRUE(foreign->isUnlocked());
 }

@@ -1,4 +1,5 @@
 #include "tests/AllocationProbe.h"
+#include "tests/Outcome.h"
 #include "tests/vx/UserBuffer.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
@@ -324,12 +325,7 @@ TEST(String, FollowsTheProtocolOfAForeignBuffer)
             auto* weak = new UserBuffer(u"abc");
             String old(String::AcquireShare, weak);
             weak->m_failing = failing;
-            try {
-                row.edit(old);
-                ADD_FAILURE() << row.what << failing;
-            } catch (const ResultException& failure) {
-                EXPECT_EQ(failure.getResult(), UserBuffer::FAILURE) << row.what << failing;
-            }
+            EXPECT_EQ(resultOf([&] { row.edit(old); }), UserBuffer::FAILURE) << row.what << failing;
             EXPECT_TRUE(weak->isUnlocked()) << row.what << failing;
             EXPECT_EQ(weak->GetLength(), 4) << row.what << failing;
             const bool isWritten = weak->m_events.find('w') != std::string::npos;

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -350,15 +349,9 @@ TEST(File, TellsThatAWriteIsTooLarge)
 {
     const Scratch scratch;
     const File file(scratch.full("file"), VX_FILE_WRITE | VX_FILE_CREATE);
-    rlimit before {};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small {4, before.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const SizeLimit four(4);
     EXPECT_EQ(file.write("abcdef"), 4);
     EXPECT_EQ(file.write("ef"), code(0x800700DF));
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
 }
 
 TEST(Result, HasNoTwinForUnknownErrors)

@@ -4,12 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 
 /// A folder of its own for each test, removed behind it. The current directory comes back too.
 class Scratch {
@@ -64,6 +66,29 @@ inline std::ptrdiff_t openDescriptors()
     const std::filesystem::directory_iterator entries("/proc/self/fd");
     return std::distance(begin(entries), end(entries));
 }
+
+/// Keeps files of this process from growing beyond `size` to the end of the block.
+class SizeLimit {
+public:
+    explicit SizeLimit(rlim_t size)
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit {size, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    SizeLimit(const SizeLimit&) = delete;
+    SizeLimit& operator=(const SizeLimit&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before {};
+};
 
 /// Sets an environment variable, or takes it away, to the end of the block.
 class ScopedVariable {

@@ -1,3 +1,4 @@
+#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
@@ -35,40 +36,6 @@ void write(FileOutputStream& stream, std::string_view text)
 {
     stream.write(text.data(), static_cast<std::int32_t>(text.size()));
 }
-
-/// The code of the ResultException that `work` throws; 0 for none.
-std::int32_t resultOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const ResultException& failure) {
-        return failure.getResult();
-    }
-    return 0;
-}
-
-/// Keeps files of this process from growing beyond `size` to the end of the block.
-class SizeLimit {
-public:
-    explicit SizeLimit(rlim_t size)
-        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit {size, m_before.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~SizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    SizeLimit(const SizeLimit&) = delete;
-    SizeLimit& operator=(const SizeLimit&) = delete;
-
-private:
-    void (*m_handler)(int);
-    rlimit m_before {};
-};
 
 TEST(FileOutputStream, AddsItsOperationsBehindThoseOfItsBase)
 {

@@ -56,55 +56,34 @@ std::int32_t use(VXHandle handle, std::string_view function, std::uint32_t milli
     std::int32_t function(const char* name, std::uint32_t flags, VXHandle* handle) noexcept                            \
     {                                                                                                                  \
         return make(handle, {#function, name, flags, 0});                                                              \
-    }
+    }                                                                                                                  \
+    static_assert(true)
 #define STAND_IN(function)                                                                                             \
     std::int32_t function(VXHandle handle) noexcept                                                                    \
     {                                                                                                                  \
         return use(handle, #function);                                                                                 \
-    }
+    }                                                                                                                  \
+    static_assert(true)
 #define STAND_IN_TIMED(function)                                                                                       \
     std::int32_t function(VXHandle handle, std::uint32_t milliseconds) noexcept                                        \
     {                                                                                                                  \
         return use(handle, #function, milliseconds);                                                                   \
-    }
+    }                                                                                                                  \
+    static_assert(true)
 
-STAND_IN_CREATE(VXMutexCreate)
-STAND_IN(VXMutexAcquire)
-STAND_IN(VXMutexTryAcquire)
-STAND_IN(VXMutexRelease)
-STAND_IN(VXMutexDestroy)
-STAND_IN_CREATE(VXEventCreate)
-STAND_IN(VXEventWait)
-STAND_IN_TIMED(VXEventTimedWait)
-STAND_IN(VXEventSignal)
-STAND_IN(VXEventDestroy)
-STAND_IN_CREATE(VXGateCreate)
-STAND_IN(VXGateWait)
-STAND_IN(VXGateTryWait)
-STAND_IN_TIMED(VXGateTimedWait)
-STAND_IN(VXGateOpen)
-STAND_IN(VXGateClose)
-STAND_IN(VXGateDestroy)
-STAND_IN_CREATE(VXRWLockCreate)
-STAND_IN(VXRWLockAcquireRead)
-STAND_IN(VXRWLockTryAcquireRead)
-STAND_IN(VXRWLockReleaseRead)
-STAND_IN(VXRWLockAcquireWrite)
-STAND_IN(VXRWLockTryAcquireWrite)
-STAND_IN(VXRWLockReleaseWrite)
-STAND_IN(VXRWLockDestroy)
-STAND_IN(VXSemaphoreWait)
-STAND_IN(VXSemaphoreTryWait)
-STAND_IN(VXSemaphorePost)
-STAND_IN(VXSemaphoreDestroy)
-STAND_IN_CREATE(VXConditionCreate)
-STAND_IN(VXConditionAcquire)
-STAND_IN(VXConditionRelease)
-STAND_IN(VXConditionWait)
-STAND_IN_TIMED(VXConditionTimedWait)
-STAND_IN(VXConditionSignal)
-STAND_IN(VXConditionBroadcast)
-STAND_IN(VXConditionDestroy)
+// clang-format off
+STAND_IN_CREATE(VXMutexCreate); STAND_IN(VXMutexAcquire); STAND_IN(VXMutexTryAcquire); STAND_IN(VXMutexRelease);
+STAND_IN(VXMutexDestroy); STAND_IN_CREATE(VXEventCreate); STAND_IN(VXEventWait); STAND_IN_TIMED(VXEventTimedWait);
+STAND_IN(VXEventSignal); STAND_IN(VXEventDestroy); STAND_IN_CREATE(VXGateCreate); STAND_IN(VXGateWait);
+STAND_IN(VXGateTryWait); STAND_IN_TIMED(VXGateTimedWait); STAND_IN(VXGateOpen); STAND_IN(VXGateClose);
+STAND_IN(VXGateDestroy); STAND_IN_CREATE(VXRWLockCreate); STAND_IN(VXRWLockAcquireRead);
+STAND_IN(VXRWLockTryAcquireRead); STAND_IN(VXRWLockReleaseRead); STAND_IN(VXRWLockAcquireWrite);
+STAND_IN(VXRWLockTryAcquireWrite); STAND_IN(VXRWLockReleaseWrite); STAND_IN(VXRWLockDestroy); STAND_IN(VXSemaphoreWait);
+STAND_IN(VXSemaphoreTryWait); STAND_IN(VXSemaphorePost); STAND_IN(VXSemaphoreDestroy);
+STAND_IN_CREATE(VXConditionCreate); STAND_IN(VXConditionAcquire); STAND_IN(VXConditionRelease);
+STAND_IN(VXConditionWait); STAND_IN_TIMED(VXConditionTimedWait); STAND_IN(VXConditionSignal);
+STAND_IN(VXConditionBroadcast); STAND_IN(VXConditionDestroy);
+// clang-format on
 
 std::int32_t VXSemaphoreCreate(std::uint32_t value, const char* name, std::uint32_t flags, VXHandle* handle) noexcept
 {

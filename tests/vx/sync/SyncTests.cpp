@@ -1,3 +1,5 @@
+#include "tests/Outcome.h"
+#include "tests/vxsys/Child.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/sync/Condition.h"
@@ -16,7 +18,6 @@
 #include <chrono>
 #include <concepts>
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -54,14 +55,9 @@ public:
     {
         while (m_id == 0)
             std::this_thread::yield();
-        const std::string status = "/proc/self/task/" + std::to_string(m_id) + "/stat";
         for (int seen = 0; seen < 3; std::this_thread::yield()) {
-            std::ifstream file(status);
-            std::string line;
-            std::getline(file, line);
             ASSERT_FALSE(m_isDone) << "it did not wait";
-            const std::size_t name = line.rfind(')'); // the state follows it
-            seen = name != line.npos && line.size() > name + 2 && line[name + 2] == 'S' ? seen + 1 : 0;
+            seen = stateOfThread(static_cast<pid_t>(m_id)) == 'S' ? seen + 1 : 0;
         }
     }
 
@@ -80,17 +76,45 @@ auto elsewhere(Work work)
     return result;
 }
 
-/// The code of the ResultException that `work` throws, 0 without one.
-template <std::invocable Work>
-std::int32_t failureOf(Work work)
+/// Whether another thread gets the lock at once. It gives it back.
+template <class Lock>
+bool isFree(Lock& lock)
 {
-    try {
-        work();
-        return 0;
-    } catch (const ResultException& failure) {
-        return failure.getResult();
-    }
+    return elsewhere([&] {
+        const bool isTaken = lock.tryWait();
+        if (isTaken)
+            lock.signal();
+        return isTaken;
+    });
 }
+bool mayRead(ReaderWriterLock& lock)
+{
+    return elsewhere([&] {
+        const bool isTaken = lock.tryWaitShared();
+        if (isTaken)
+            lock.signalShared();
+        return isTaken;
+    });
+}
+
+/// Two who take a lock, and note when they have it.
+struct Noting {
+    void write()
+    {
+        lock.wait();
+        order += "writer ";
+        lock.signal();
+    }
+    void read()
+    {
+        lock.waitShared();
+        order += "reader ";
+        lock.signalShared();
+    }
+
+    ReaderWriterLock lock;
+    std::string order;
+};
 
 template <class Lock>
 class LockObjectTest : public testing::Test {
@@ -122,7 +146,7 @@ TYPED_TEST(LockObjectTest, KeepsOthersOutUntilItIsReleased)
 {
     LockObject& lock = this->m_lock;
     EXPECT_TRUE(lock.tryWait());
-    EXPECT_FALSE(elsewhere([&] { return lock.tryWait(); }));
+    EXPECT_FALSE(isFree(lock));
     Doing other([&] {
         lock.wait();
         lock.signal();
@@ -131,22 +155,18 @@ TYPED_TEST(LockObjectTest, KeepsOthersOutUntilItIsReleased)
     EXPECT_FALSE(other.isDone());
     lock.signal();
     other.join();
-    EXPECT_TRUE(elsewhere([&] { // and it is free behind that
-        const bool isFree = lock.tryWait();
-        lock.signal();
-        return isFree;
-    }));
+    EXPECT_TRUE(isFree(lock));
 }
 
 TYPED_TEST(LockObjectTest, IsReleasedByItsHolderOnly)
 {
     LockObject& lock = this->m_lock;
-    EXPECT_LT(failureOf([&] { lock.signal(); }), 0) << "nobody holds it";
+    EXPECT_LT(resultOf([&] { lock.signal(); }), 0) << "nobody holds it";
     lock.wait();
-    EXPECT_LT(elsewhere([&] { return failureOf([&] { lock.signal(); }); }), 0);
-    EXPECT_FALSE(elsewhere([&] { return lock.tryWait(); })) << "it is still held";
+    EXPECT_LT(elsewhere([&] { return resultOf([&] { lock.signal(); }); }), 0);
+    EXPECT_FALSE(isFree(lock)) << "it is still held";
     lock.signal();
-    EXPECT_LT(failureOf([&] { lock.signal(); }), 0);
+    EXPECT_LT(resultOf([&] { lock.signal(); }), 0);
 }
 
 TEST(Mutex, IsHeldUntilItIsReleasedAsOftenAsItWasTaken)
@@ -156,34 +176,22 @@ TEST(Mutex, IsHeldUntilItIsReleasedAsOftenAsItWasTaken)
     EXPECT_TRUE(mutex.tryWait());
     mutex.wait();
     for (int held = 3; held > 0; --held) {
-        EXPECT_FALSE(elsewhere([&] { return mutex.tryWait(); })) << held;
+        EXPECT_FALSE(isFree(mutex)) << held;
         mutex.signal();
     }
-    EXPECT_TRUE(elsewhere([&] {
-        const bool isFree = mutex.tryWait();
-        mutex.signal();
-        return isFree;
-    }));
+    EXPECT_TRUE(isFree(mutex));
 }
 
 TEST(ScopedLock, ReleasesWhenTheBlockThrowsAndTellsAFailedRelease)
 {
     Mutex mutex;
-    const auto isFree = [&] {
-        return elsewhere([&] {
-            const bool taken = mutex.tryWait();
-            if (taken)
-                mutex.signal();
-            return taken;
-        });
-    };
     EXPECT_THROW(
         {
             const ScopedLock guard(mutex);
             throw 7;
         },
         int);
-    EXPECT_TRUE(isFree());
+    EXPECT_TRUE(isFree(mutex));
     EXPECT_THROW(
         {
             const ScopedLock guard(mutex);
@@ -203,86 +211,54 @@ TEST(ScopedLock, ReleasesWhenTheBlockThrowsAndTellsAFailedRelease)
 TEST(ReaderWriterLock, TellsWhoMayJoinWhom)
 {
     ReaderWriterLock lock;
-    const auto mayRead = [&] {
-        return elsewhere([&] {
-            const bool taken = lock.tryWaitShared();
-            if (taken)
-                lock.signalShared();
-            return taken;
-        });
-    };
-    const auto mayWrite = [&] {
-        return elsewhere([&] {
-            const bool taken = lock.tryWait();
-            if (taken)
-                lock.signal();
-            return taken;
-        });
-    };
-    EXPECT_TRUE(mayRead() && mayWrite());
+    EXPECT_TRUE(mayRead(lock) && isFree(lock));
     lock.waitShared();
-    EXPECT_TRUE(mayRead() && !mayWrite());
+    EXPECT_TRUE(mayRead(lock) && !isFree(lock));
     EXPECT_TRUE(lock.tryWaitShared());
     lock.signalShared();
-    EXPECT_TRUE(mayRead() && !mayWrite()) << "one reader is left";
+    EXPECT_TRUE(mayRead(lock) && !isFree(lock)) << "one reader is left";
     lock.signalShared();
     lock.wait();
-    EXPECT_TRUE(!mayRead() && !mayWrite());
+    EXPECT_TRUE(!mayRead(lock) && !isFree(lock));
     lock.signal();
-    EXPECT_TRUE(mayRead() && mayWrite());
+    EXPECT_TRUE(mayRead(lock) && isFree(lock));
 }
 
 TEST(ReaderWriterLock, PutsAWaitingWriterBeforeNewReadersButNotBeforeItsOwn)
 {
-    ReaderWriterLock lock;
-    std::string order;
+    Noting noting;
+    ReaderWriterLock& lock = noting.lock;
     for (int i = 0; i < 100; ++i) { // read locks that went from hand to hand count for nobody
         lock.waitShared();
         Doing([&] { lock.signalShared(); }).join();
     }
     lock.waitShared();
-    Doing writer([&] {
-        lock.wait();
-        order += "writer ";
-        lock.signal();
-    });
+    Doing writer([&] { noting.write(); });
     writer.awaitWaiting();
-    EXPECT_FALSE(elsewhere([&] { return lock.tryWaitShared(); })) << "a new reader stands back";
-    Doing reader([&] {
-        lock.waitShared();
-        order += "reader ";
-        lock.signalShared();
-    });
+    EXPECT_FALSE(mayRead(lock)) << "a new reader stands back";
+    Doing reader([&] { noting.read(); });
     reader.awaitWaiting();
     lock.waitShared(); // would never come back if this reader stood back as well
     lock.signalShared();
     lock.signalShared();
     writer.join();
     reader.join();
-    EXPECT_EQ(order, "writer reader ");
+    EXPECT_EQ(noting.order, "writer reader ");
 }
 
 TEST(ReaderWriterLock, LetsTheWaitingReadersInWhenAWriterLeaves)
 {
-    ReaderWriterLock lock;
-    std::string order;
+    Noting noting;
+    ReaderWriterLock& lock = noting.lock;
     lock.wait();
-    Doing nextWriter([&] {
-        lock.wait();
-        order += "writer ";
-        lock.signal();
-    });
+    Doing nextWriter([&] { noting.write(); });
     nextWriter.awaitWaiting();
-    Doing reader([&] {
-        lock.waitShared();
-        order += "reader ";
-        lock.signalShared();
-    });
+    Doing reader([&] { noting.read(); });
     reader.awaitWaiting();
     lock.signal();
     nextWriter.join();
     reader.join();
-    EXPECT_EQ(order, "reader writer ");
+    EXPECT_EQ(noting.order, "reader writer ");
 }
 
 TEST(ReaderWriterLock, StarvesNobody)
@@ -323,10 +299,10 @@ TEST(ReaderWriterLock, StarvesNobody)
 TEST(ReaderWriterLock, RefusesWhatWouldWaitForItself)
 {
     ReaderWriterLock lock;
-    EXPECT_LT(failureOf([&] { lock.signalShared(); }), 0) << "nobody reads";
+    EXPECT_LT(resultOf([&] { lock.signalShared(); }), 0) << "nobody reads";
     lock.wait();
-    EXPECT_LT(failureOf([&] { lock.wait(); }), 0);
-    EXPECT_LT(failureOf([&] { lock.waitShared(); }), 0);
+    EXPECT_LT(resultOf([&] { lock.wait(); }), 0);
+    EXPECT_LT(resultOf([&] { lock.waitShared(); }), 0);
     EXPECT_FALSE(lock.tryWait() || lock.tryWaitShared());
     lock.signal();
     lock.waitShared();
@@ -413,9 +389,9 @@ TEST(Semaphore, CountsWhatIsGivenAndTaken)
 TEST(Semaphore, EndsAtTheLargestCount)
 {
     constexpr std::uint32_t LARGEST = 0x7FFFFFFF;
-    EXPECT_EQ(failureOf([] { Semaphore semaphore(LARGEST + 1); }), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(resultOf([] { Semaphore semaphore(LARGEST + 1); }), RESULT_INVALID_ARGUMENT);
     Semaphore semaphore(LARGEST);
-    EXPECT_LT(failureOf([&] { semaphore.signal(); }), 0);
+    EXPECT_LT(resultOf([&] { semaphore.signal(); }), 0);
     EXPECT_EQ(semaphore.getValue(), static_cast<std::int32_t>(LARGEST));
 }
 
@@ -434,7 +410,7 @@ TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
         {"Condition",
             [&] {
                 const Condition::Holder holder(condition);
-                return failureOf([&] { condition.wait(MILLISECONDS); }) == RESULT_TIMED_OUT;
+                return resultOf([&] { condition.wait(MILLISECONDS); }) == RESULT_TIMED_OUT;
             }},
     };
     for (const auto& row : cases) {
@@ -483,29 +459,14 @@ TEST(Condition, HandsItsLockToWhoeverItFrees)
 TEST(Condition, RefusesWhoDoesNotHoldItAndWhoHoldsItAlready)
 {
     Condition condition;
-    EXPECT_LT(failureOf([&] { condition.wait(); }), 0);
-    EXPECT_LT(failureOf([&] { condition.wait(1); }), 0);
-    EXPECT_LT(failureOf([&] { condition.release(); }), 0);
+    EXPECT_LT(resultOf([&] { condition.wait(); }), 0);
+    EXPECT_LT(resultOf([&] { condition.wait(1); }), 0);
+    EXPECT_LT(resultOf([&] { condition.release(); }), 0);
     condition.signal();
     condition.acquire();
-    EXPECT_LT(failureOf([&] { condition.acquire(); }), 0);
-    EXPECT_LT(elsewhere([&] { return failureOf([&] { condition.release(); }); }), 0);
+    EXPECT_LT(resultOf([&] { condition.acquire(); }), 0);
+    EXPECT_LT(elsewhere([&] { return resultOf([&] { condition.release(); }); }), 0);
     condition.release();
-}
-
-TEST(Condition, IsFreeBehindAHolderThatAnExceptionLeaves)
-{
-    Condition condition;
-    EXPECT_THROW(
-        {
-            const Condition::Holder holder(condition);
-            throw 7;
-        },
-        int);
-    EXPECT_TRUE(elsewhere([&] {
-        const Condition::Holder holder(condition);
-        return true;
-    }));
 }
 
 TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)

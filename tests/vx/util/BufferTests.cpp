@@ -1,4 +1,5 @@
 #include "tests/AllocationProbe.h"
+#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "vx/Class.h"
 #include "vx/Exceptions.h"
@@ -378,14 +379,8 @@ TEST(CopyCharBuffer, CarriesTheTextOfAnyBufferToAnyOther)
         std::int32_t result;
     } failures[] = {{&readOnly, &source, RESULT_NOT_IMPLEMENTED}, {nullptr, &source, RESULT_POINTER},
         {&plain, nullptr, RESULT_POINTER}};
-    for (const auto& row : failures) {
-        try {
-            VXCopyCharBuffer(row.target, row.source);
-            ADD_FAILURE() << row.result;
-        } catch (const ResultException& failure) {
-            EXPECT_EQ(failure.getResult(), row.result);
-        }
-    }
+    for (const auto& row : failures)
+        EXPECT_EQ(resultOf([&] { VXCopyCharBuffer(row.target, row.source); }), row.result);
     EXPECT_EQ(plain.getLength(), 3);
 }
 
