@@ -240,9 +240,13 @@ TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
     };
     for (const auto& row : cases) {
         const std::string before = all();
-        EXPECT_NE(
-            failEachAllocation(row.work, [&](int failing) { EXPECT_EQ(all(), before) << row.operation << failing; }), 0)
-            << row.operation;
+        Reference<Iterator> undisturbed = entries->createIterator();
+        const auto check = [&](int failing) {
+            EXPECT_EQ(all(), before) << row.operation << failing;
+            EXPECT_EQ(outcome([&] { undisturbed->next(); }), "done") << row.operation << failing;
+            undisturbed = entries->createIterator();
+        };
+        EXPECT_NE(failEachAllocation(row.work, check), 0) << row.operation;
     }
     EXPECT_EQ(textOf(MapEntry::of(entry)->getKey()), "2") << "the iterator went on";
 
