@@ -1,0 +1,273 @@
+#include "vxreg/Commands.h"
+
+#include "common/Failure.h"
+#include "vxreg/Results.h"
+#include "vxreg/TextForm.h"
+
+#include <vx/Exception.h>
+#include <vx/Result.h>
+#include <vx/util/RegKeyIterator.h>
+#include <vxsys/Component.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace vxreg {
+
+const char* const USAGE
+    = "Usage: vxreg COMMAND [ARGUMENT]...\n"
+      "Looks after the registry, and after the component libraries in it.\n"
+      "\n"
+      "  register LIBRARY        have a component library write its classes into the registry\n"
+      "  unregister LIBRARY      have it take them out again\n"
+      "  resolve PROGID          print the class and the library that a name leads to, and try the library\n"
+      "  list [KEY]              print the keys below KEY and its values; without it, the hives\n"
+      "  get KEY [NAME]          print a value: a text as it is, bytes in hexadecimal\n"
+      "  set KEY NAME VALUE [TYPE]\n"
+      "                          set a value of TYPE text (which it is otherwise), u32, u64 or hex\n"
+      "  delete KEY [NAME]       delete a value; without NAME, KEY with everything below it\n"
+      "  export KEY [FILE]       print KEY with everything below it as text\n"
+      "  import [FILE]           set what such a text says, once all of it has been understood\n"
+      "  -h, --help              print this\n"
+      "      --version           print the version\n"
+      "\n"
+      "KEY is a path as VX_HKEY_USER\\Software\\X, with \"/\" as good as \"\\\", below one of the hives "
+      "VX_HKEY_CLASSES,\n"
+      "VX_HKEY_CONFIG and VX_HKEY_USER. NAME is empty for the default value. FILE is standard output or input where\n"
+      "it is missing or \"-\". The variable VXSYS4_REGISTRY names another place for the registry.\n"
+      "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line.\n";
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+using vx::String;
+using vx::util::RegistryKey;
+using vxtools::Failure;
+
+RegistryKey keyOf(const std::string& path)
+{
+    try {
+        return RegistryKey(fromUtf8(path));
+    } catch (const vx::Exception&) {
+        throw Failure(path, "no hive has this name");
+    }
+}
+
+/// Runs `work`, whose failures are those of `what`.
+template <class Work>
+auto about(const std::string& what, Work&& work)
+{
+    try {
+        return work();
+    } catch (const vx::Exception& failure) {
+        throw Failure(what, textOf(failure));
+    }
+}
+
+void print(const std::string& line)
+{
+    std::cout << line << '\n';
+}
+
+String libraryPath(const std::string& name)
+{
+    std::error_code ignored; // what is wrong with it comes out when it is loaded
+    const std::filesystem::path path = std::filesystem::absolute(name, ignored).lexically_normal();
+    return fromUtf8(path.native());
+}
+
+void callLibrary(const std::string& name, std::int32_t (*call)(const char16_t*))
+{
+    const String path = libraryPath(name);
+    if (const std::int32_t result = call(path.getData()); vx::failed(result)) {
+        // What the library's own function gives has the store's meaning.
+        const std::int32_t loading = VXComCheckLibrary(path.getData());
+        throw Failure(path.toUtf8(), vx::failed(loading) ? textOfLibrary(loading) : textOfStore(result));
+    }
+}
+
+void registerLibrary(const Arguments& arguments)
+{
+    callLibrary(arguments[0], VXComRegisterLibrary);
+}
+
+void unregisterLibrary(const Arguments& arguments)
+{
+    callLibrary(arguments[0], VXComUnregisterLibrary);
+}
+
+void resolve(const Arguments& arguments)
+{
+    const String progId = fromUtf8(arguments[0]);
+    _GUID classId;
+    const std::int32_t result = VXComClassIDFromProgID(progId.getData(), &classId);
+    if (result == vx::RESULT_CLASS_NOT_AVAILABLE)
+        throw Failure(arguments[0], "no class has this name; is its library registered?");
+    if (vx::failed(result))
+        throw Failure(arguments[0], textOfStore(result));
+    char16_t identifier[39];
+    VXComStringFromGUID(&classId, identifier, std::size(identifier));
+    print("class    " + String(identifier).toUtf8());
+
+    const RegistryKey server(VX_HKEY_CLASSES_32, String(u"CLSID\\") + identifier + u"\\InprocServer32");
+    const std::string serverName = server.getKey().toUtf8();
+    const String library = about(serverName, [&] { return server.getValueString(String()); });
+    print("library  " + library.toUtf8());
+    if (const std::int32_t loading = VXComCheckLibrary(library.getData()); vx::failed(loading))
+        throw Failure(library.toUtf8(), textOfLibrary(loading));
+    void* object = nullptr;
+    const std::int32_t made = VXModuleComCreateObject(nullptr, &classId, nullptr, &IVXUnknown::IID, &object);
+    if (vx::failed(made))
+        throw Failure(library.toUtf8(), textOfLibrary(made));
+    static_cast<IVXUnknown*>(object)->Release();
+    print("an object was created");
+}
+
+void writeValues(std::ostream& target, const RegistryKey& key)
+{
+    const auto names = key.getValueIterator();
+    while (names->hasNext()) {
+        const String name(*names->next());
+        target << lineOfValue(name, readValue(key, name)) << '\n';
+    }
+}
+
+void list(const Arguments& arguments)
+{
+    if (arguments.empty()) {
+        for (std::uint32_t hive = VX_HKEY_CLASSES_32; hive <= VX_HKEY_CONFIG_64; ++hive)
+            print(RegistryKey(static_cast<ENUM_VX_HKEY>(hive), String()).getKey().toUtf8());
+        return;
+    }
+    const RegistryKey key = keyOf(arguments[0]);
+    about(arguments[0], [&] {
+        const auto subkeys = key.getSubkeyIterator();
+        while (subkeys->hasNext())
+            print(lineOfKey(*subkeys->next()));
+        writeValues(std::cout, key);
+    });
+}
+
+String nameIn(const Arguments& arguments, std::size_t at)
+{
+    return at < arguments.size() ? fromUtf8(arguments[at]) : String();
+}
+
+std::string describe(const Arguments& arguments)
+{
+    return arguments.size() > 1 ? arguments[0] + ", value \"" + arguments[1] + "\"" : arguments[0];
+}
+
+void get(const Arguments& arguments)
+{
+    const RegistryKey key = keyOf(arguments[0]);
+    print(about(describe(arguments), [&] { return plainText(readValue(key, nameIn(arguments, 1))); }));
+}
+
+void set(const Arguments& arguments)
+{
+    const Value value = parseValue(arguments.size() > 3 ? arguments[3] : "text", arguments[2]);
+    const RegistryKey key = keyOf(arguments[0]);
+    about(describe(arguments), [&] { writeValue(key, nameIn(arguments, 1), value); });
+}
+
+void remove(const Arguments& arguments)
+{
+    const RegistryKey key = keyOf(arguments[0]);
+    about(describe(arguments), [&] {
+        if (arguments.size() > 1)
+            key.deleteValue(nameIn(arguments, 1));
+        else
+            key.remove();
+    });
+}
+
+void writeBranch(std::ostream& target, const RegistryKey& key)
+{
+    target << lineOfKey(key) << '\n';
+    writeValues(target, key);
+    const auto subkeys = key.getSubkeyIterator();
+    while (subkeys->hasNext())
+        writeBranch(target, *subkeys->next());
+}
+
+void exportBranch(const Arguments& arguments)
+{
+    const RegistryKey key = keyOf(arguments[0]);
+    std::ostringstream text; // a failure leaves the file alone
+    about(arguments[0], [&] { writeBranch(text, key); });
+    if (arguments.size() < 2 || arguments[1] == "-") {
+        std::cout << text.str();
+        return;
+    }
+    std::ofstream file(arguments[1]);
+    if (!(file << text.str()) || !file.flush())
+        throw Failure(arguments[1], vxtools::textOfError(errno));
+}
+
+void importBranch(const Arguments& arguments)
+{
+    const std::string name = arguments.empty() ? "-" : arguments[0];
+    std::ifstream file;
+    if (name != "-") {
+        file.open(name);
+        if (!file)
+            throw Failure(name, vxtools::textOfError(errno));
+    }
+    std::vector<Entry> entries;
+    try {
+        entries = parseEntries(name != "-" ? static_cast<std::istream&>(file) : std::cin);
+    } catch (const std::invalid_argument& failure) {
+        throw Failure(name == "-" ? "standard input" : name, failure.what());
+    }
+    for (const Entry& entry : entries) {
+        about(entry.key.getKey().toUtf8(), [&] {
+            if (entry.hasValue)
+                writeValue(entry.key, entry.name, entry.value);
+            else
+                vx::throwIfFailed(VXRegistryCreateKey(entry.key.getVXHKEY(), entry.key.getKey(true).getData()));
+        });
+    }
+}
+
+struct Command {
+    std::string_view name;
+    std::size_t least;
+    std::size_t most;
+    void (*run)(const Arguments& arguments);
+};
+
+constexpr Command COMMANDS[] = {
+    {"register", 1, 1, registerLibrary},
+    {"unregister", 1, 1, unregisterLibrary},
+    {"resolve", 1, 1, resolve},
+    {"list", 0, 1, list},
+    {"get", 1, 2, get},
+    {"set", 3, 4, set},
+    {"delete", 1, 2, remove},
+    {"export", 1, 2, exportBranch},
+    {"import", 0, 1, importBranch},
+};
+
+} // namespace
+
+void run(const std::vector<std::string>& arguments)
+{
+    if (arguments.empty())
+        throw std::invalid_argument("no command");
+    for (const Command& command : COMMANDS) {
+        if (command.name != arguments[0])
+            continue;
+        const Arguments rest(arguments.begin() + 1, arguments.end());
+        if (rest.size() < command.least || rest.size() > command.most)
+            throw std::invalid_argument(arguments[0] + " takes other arguments");
+        command.run(rest);
+        return;
+    }
+    throw std::invalid_argument("no command: " + arguments[0]);
+}
+
+} // namespace vxreg
