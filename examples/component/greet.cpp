@@ -1,0 +1,52 @@
+// A program that has the component greet whoever it is told to, and lets its library go again.
+#include "IGreeter.h"
+
+#include "vx/Exception.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/util/RWCharBuffer.h"
+#include "vxsys/Component.h"
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+namespace {
+
+vx::String greetingFor(const vx::String& name)
+{
+    vx::Reference<IGreeter> greeter;
+    vx::throwIfFailed(VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &IGreeter::IID, greeter.outVoid()));
+    const vx::Reference<vx::util::RWCharBuffer> text(new vx::util::RWCharBuffer);
+    vx::throwIfFailed(greeter->Greet(name.getData(), text.get()));
+    return vx::String(text->getData(), text->getLength());
+}
+
+/// Whether a file of that name is mapped into the process.
+bool isInProcess(std::string_view name)
+{
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        if (line.ends_with(name))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    try {
+        for (int i = 1; i < count; ++i)
+            std::printf("%s\n", greetingFor(arguments[i]).getBytes(u"UTF-8"));
+    } catch (const vx::Exception& failure) {
+        std::fprintf(stderr, "greet: result 0x%08X\n", static_cast<unsigned>(failure.getResult()));
+        return 1;
+    }
+    const auto unloaded = static_cast<int>(VXComFreeUnusedLibraries());
+    std::printf("%d library unloaded, %s\n", unloaded,
+        isInProcess("libgreeter.so") ? "but it is still there" : "no trace of it left");
+}
