@@ -1,0 +1,145 @@
+// What it costs to have an object made by name, and to keep a setting: each beside the same work by hand.
+#include "examples/component/IGreeter.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/Class.h"
+#include "vx/Reference.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/util/RegistryKey.h"
+#include "vxsys/Component.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace vx;
+
+void newString(benchmark::State& state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Reference<String>(new String).get());
+}
+BENCHMARK(newString);
+
+void createByClassName(benchmark::State& state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Reference<Object>(Class::forName(u"CVXString")->createInstance()).get());
+}
+BENCHMARK(createByClassName);
+
+void dynamicCast(benchmark::State& state)
+{
+    const Reference<Object> object(new String);
+    IVXUnknown* unknown = object->GetUnknown();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(unknown);
+        benchmark::DoNotOptimize(Reference<IVXCharBuffer>(dynamic_cast<IVXCharBuffer*>(unknown)).get());
+    }
+}
+BENCHMARK(dynamicCast);
+
+void queryInterface(benchmark::State& state)
+{
+    const Reference<Object> object(new String);
+    IVXUnknown* unknown = object->GetUnknown();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(unknown);
+        Reference<IVXCharBuffer> buffer;
+        if (unknown->QueryInterface(IVXCharBuffer::IID, buffer.outVoid()) != RESULT_OK)
+            state.SkipWithError("no interface");
+        benchmark::DoNotOptimize(buffer.get());
+    }
+}
+BENCHMARK(queryInterface);
+
+/// A store of its own with the greeter of the examples in it.
+class Store {
+public:
+    Store()
+    {
+        std::filesystem::copy_file(VX_GREETER, m_scratch / "greeter.so");
+        std::filesystem::permissions(m_scratch / "greeter.so", std::filesystem::perms(0755));
+        throwIfFailed(VXComRegisterLibrary((m_scratch / "greeter.so").u16string().c_str()));
+    }
+    const Scratch& scratch() const { return m_scratch; }
+
+private:
+    Scratch m_scratch;
+    ScopedVariable m_named {"VXSYS4_REGISTRY", (m_scratch / "store").c_str()};
+};
+
+void createByProgId(benchmark::State& state)
+{
+    const Store store;
+    for (auto _ : state) {
+        Reference<IGreeter> greeter;
+        if (VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &IGreeter::IID, greeter.outVoid()) != RESULT_OK)
+            state.SkipWithError("no object");
+    }
+    VXComFreeUnusedLibraries();
+}
+BENCHMARK(createByProgId);
+
+void readValue(benchmark::State& state)
+{
+    const Store store;
+    const util::RegistryKey key(VX_HKEY_USER, u"Software\\Bench");
+    key.setValue(u"number", 5);
+    for (auto _ : state) {
+        if (key.getValueUINT32(u"number") != 5)
+            state.SkipWithError("another value");
+    }
+}
+BENCHMARK(readValue);
+
+void readFileByHand(benchmark::State& state)
+{
+    const Scratch scratch;
+    put(scratch / "number", "5");
+    const std::string path = (scratch / "number").string();
+    for (auto _ : state) {
+        char digit = 0;
+        const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (::read(file, &digit, 1) != 1 || digit != '5')
+            state.SkipWithError("another value");
+        ::close(file);
+    }
+}
+BENCHMARK(readFileByHand);
+
+void writeValue(benchmark::State& state)
+{
+    const Store store;
+    const util::RegistryKey key(VX_HKEY_USER, u"Software\\Bench");
+    std::uint32_t number = 0;
+    for (auto _ : state)
+        key.setValue(u"number", ++number);
+    if (key.getValueUINT32(u"number") != number)
+        state.SkipWithError("another value");
+}
+BENCHMARK(writeValue)->UseRealTime();
+
+/// The least that a kill and a power failure leave whole: write beside, flush, rename, flush the folder.
+void replaceFileByHand(benchmark::State& state)
+{
+    const Scratch scratch;
+    const std::string path = (scratch / "number").string();
+    const int folder = ::open(scratch.getPath().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (auto _ : state) {
+        const int file = ::open((path + ".new").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        if (::write(file, "5", 1) != 1 || ::fsync(file) != 0)
+            state.SkipWithError("not written");
+        ::close(file);
+        if (std::rename((path + ".new").c_str(), path.c_str()) != 0 || ::fsync(folder) != 0)
+            state.SkipWithError("not renamed");
+    }
+    ::close(folder);
+}
+BENCHMARK(replaceFileByHand)->UseRealTime();
+
+} // namespace
