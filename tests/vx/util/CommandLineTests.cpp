@@ -164,10 +164,7 @@ TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
     }
     CVXCmdLineParser parser;
     parser.defineOption(u"x", 1, u"1 \"\" 2");
-    parser.parse(u"-x=\"\",b");
-    EXPECT_EQ(parser.getOption(u"x")->getValueCount(), 2);
     parser.parse(static_cast<const char16_t*>(nullptr));
-    EXPECT_EQ(parser.getElementCount(), 0);
     EXPECT_EQ(parser.getOption(u"x")->getValueCount(), 3);
     EXPECT_EQ(parser.getValueString(u"x", 1), u"");
 }
