@@ -2,17 +2,19 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
-#include "vx/collections/vorb/LinkedList.h"
 #include "vx/exec/Thread.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/sync/Condition.h"
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/Semaphore.h"
+#include "vxsys/Memory.h"
 
 #include <atomic>
 #include <chrono>
+#include <deque>
 #include <exception>
+#include <utility>
 
 namespace vx::log {
 
@@ -24,7 +26,6 @@ public:
         : m_target(target)
         , m_lock("vx/log/AsyncProcessorImpl::m_lock")
         , m_signal(0, "vx/log/AsyncProcessorImpl::m_signal")
-        , m_queue(new collections::vorb::LinkedList)
     {
         if (target == nullptr)
             throwResult(RESULT_INVALID_ARGUMENT);
@@ -60,7 +61,7 @@ public:
     {
         {
             const sync::ScopedLock lock(m_lock);
-            m_queue->add(const_cast<ILogEntry*>(entry)); // the list knows no constant elements
+            m_queue.emplace_back(entry);
             ++m_open;
         }
         m_signal.signal();
@@ -164,11 +165,15 @@ private:
     /// False where a drain was faster.
     bool takeOldest(Reference<const ILogEntry>& entry)
     {
-        const sync::ScopedLock lock(m_lock);
-        if (m_queue->isEmpty())
-            return false;
-        const Reference<IVXUnknown> oldest = m_queue->remove(0);
-        entry = static_cast<const ILogEntry*>(oldest.get());
+        Reference<const ILogEntry> oldest;
+        {
+            const sync::ScopedLock lock(m_lock);
+            if (m_queue.empty())
+                return false;
+            oldest = std::move(m_queue.front());
+            m_queue.pop_front();
+        }
+        entry = std::move(oldest); // the one before goes without the lock
         return true;
     }
 
@@ -202,7 +207,7 @@ private:
     Reference<ILogProcessor> m_target;
     sync::Mutex m_lock;
     sync::Semaphore m_signal; ///< a post for each entry queued, and one for each worker at the end
-    Reference<collections::vorb::List> m_queue; ///< oldest first; under the lock
+    std::deque<Reference<const ILogEntry>, vxsys::Allocator<Reference<const ILogEntry>>> m_queue; ///< under the lock
     int m_started = 0;
     std::atomic<bool> m_stop {false};
     sync::Condition m_done;

@@ -4,7 +4,9 @@
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/collections/Set.h"
+#include "vx/detail/TextHash.h"
 #include "vx/log/detail/FieldIterator.h"
+#include "vx/log/detail/FieldOrder.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 
@@ -21,8 +23,8 @@ void checkName(const char16_t* name)
 } // namespace
 
 LogEntry::LogEntry()
-    : m_fields(101, 0.75F)
 {
+    m_fields.reserve(FEW / 2);
 }
 
 Reference<LogEntry> LogEntry::create()
@@ -41,12 +43,28 @@ LogEntry::~LogEntry() noexcept = default;
 
 void LogEntry::setField(const String& name, const Object* value)
 {
-    m_fields.put(name, const_cast<Object*>(value)); // given out as constant only
+    Reference<Object> held(const_cast<Object*>(value)); // given out as constant only
+    if (m_map == nullptr) {
+        const std::u16string_view text = name.view();
+        for (Field& field : m_fields) {
+            if (field.name.view() == text) {
+                field.value = std::move(held);
+                return;
+            }
+        }
+        if (m_fields.size() < FEW) {
+            append(name, std::move(held));
+            return;
+        }
+        m_map = createMap();
+        m_fields.clear();
+    }
+    m_map->put(name, held.get());
 }
 
 Reference<const Object> LogEntry::getField(const String& name) const
 {
-    const Reference<Object> value = m_fields.get(name);
+    const Reference<Object> value = find(name.view());
     if (value == nullptr)
         throwResult(RESULT_END_OF_FILE);
     return value;
@@ -54,12 +72,36 @@ Reference<const Object> LogEntry::getField(const String& name) const
 
 bool LogEntry::hasField(const String& name) const
 {
-    return m_fields.containsKey(name);
+    return find(name.view()) != nullptr;
 }
 
 Reference<const collections::Set<String>> LogEntry::getFieldNames() const
 {
-    return m_fields.createKeySet();
+    return (m_map != nullptr ? m_map : createMap())->createKeySet();
+}
+
+void LogEntry::append(const String& name, Reference<Object> value)
+{
+    m_fields.emplace_back(name, std::move(value));
+}
+
+Reference<collections::StringHashMap> LogEntry::createMap() const
+{
+    Reference<collections::StringHashMap> map(new collections::StringHashMap(101, 0.75F));
+    for (const Field& field : m_fields)
+        map->put(field.name, field.value.get());
+    return map;
+}
+
+Reference<Object> LogEntry::find(std::u16string_view name) const
+{
+    if (m_map != nullptr)
+        return m_map->get(name.data(), static_cast<int>(name.size()));
+    for (const Field& field : m_fields) {
+        if (field.name.view() == name)
+            return field.value;
+    }
+    return nullptr;
 }
 
 std::int32_t LogEntry::SetField(const char16_t* name, IVXUnknown* value)
@@ -80,7 +122,7 @@ std::int32_t LogEntry::GetField(const char16_t* name, const _GUID& iid, void** o
     *out = nullptr;
     return vx::vorb::atBoundary([&] {
         checkName(name);
-        const Reference<Object> value = m_fields.get(name, -1);
+        const Reference<Object> value = find(name);
         if (value == nullptr)
             throwResult(RESULT_FAIL);
         throwIfFailed(value->QueryInterface(iid, out));
@@ -92,7 +134,7 @@ std::int32_t LogEntry::HasField(const char16_t* name) const
     bool isThere = false;
     const std::int32_t result = vx::vorb::atBoundary([&] {
         checkName(name);
-        isThere = m_fields.containsKey(name, -1);
+        isThere = find(name) != nullptr;
     });
     return failed(result) || isThere ? result : RESULT_FALSE;
 }
@@ -105,6 +147,24 @@ std::int32_t LogEntry::GetFieldIterator(vorb::IFieldIterator** out) const
 }
 
 namespace detail {
+
+FieldOrder::FieldOrder(const ILogEntry& entry)
+{
+    constexpr std::uint32_t BUCKETS = 101;
+
+    const auto* own = dynamic_cast<const LogEntry*>(&entry);
+    if (own == nullptr || own->m_map != nullptr)
+        return;
+    m_isKnown = true;
+    for (const LogEntry::Field& field : own->m_fields) {
+        const std::u16string_view name = field.name.view();
+        const std::uint32_t bucket = vx::detail::hashText(name.data(), static_cast<int>(name.size()), false) % BUCKETS;
+        Row* place = m_rows + m_size++;
+        for (; place > m_rows && place[-1].bucket < bucket; --place)
+            *place = place[-1];
+        *place = {bucket, &field.name, field.value.get()};
+    }
+}
 
 FieldIterator::FieldIterator(const collections::Set<String>& names)
     : m_names(names.createConstIterator())

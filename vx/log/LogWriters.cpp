@@ -5,6 +5,7 @@
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/XmlLogWriter.h"
+#include "vx/log/detail/FieldOrder.h"
 
 #include <exception>
 #include <string_view>
@@ -17,6 +18,14 @@ namespace {
 template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
+    if (const detail::FieldOrder order(entry); order.isKnown()) {
+        for (const detail::FieldOrder::Row& row : order) {
+            if (row.value == nullptr)
+                throwResult(RESULT_END_OF_FILE); // as `getField` does
+            take(*row.name, row.value->toString());
+        }
+        return;
+    }
     const Reference<const collections::Set<String>> names = entry.getFieldNames();
     const Reference<collections::ConstIterator<String>> each = names->createConstIterator();
     while (each->hasNext()) {
@@ -24,6 +33,9 @@ void forEachField(const ILogEntry& entry, Take take)
         take(*name, entry.getField(*name)->toString());
     }
 }
+
+/// Holds most entries without growing, in units.
+constexpr int ENTRY_CAPACITY = 512;
 
 constexpr char16_t REPLACEMENT = 0xFFFD;
 
@@ -129,7 +141,7 @@ Reference<ILogProcessor> BasicLogWriter::create(io::Writer* writer)
 
 String BasicLogWriter::format(const ILogEntry* entry)
 {
-    String text;
+    String text(ENTRY_CAPACITY);
     forEachField(*entry, [&](const String& name, const String& value) {
         text.append(name);
         text.append(u'=');
@@ -167,7 +179,8 @@ Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer, Values values)
 
 String XmlLogWriter::format(const ILogEntry* entry)
 {
-    String text(u"  <entry>\n");
+    String text(ENTRY_CAPACITY);
+    text.append(u"  <entry>\n");
     forEachField(*entry, [&](const String& name, const String& value) {
         const int blank = name.indexOf(u' ');
         const std::u16string_view closing = name.view().substr(0, static_cast<std::size_t>(blank)); // -1: all of it

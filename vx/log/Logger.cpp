@@ -7,8 +7,8 @@
 
 namespace vx::log {
 
-constexpr const char16_t* const Logger::FIELD_NAMES[]
-    = {u"sequence", u"thread", u"name", u"timestamp", u"level", u"text"};
+constexpr STRUCT_VX_STR_LIT_INFO Logger::FIELD_NAMES[] = {literal(u"sequence"), literal(u"thread"), literal(u"name"),
+    literal(u"timestamp"), literal(u"level"), literal(u"text")};
 
 namespace detail {
 
@@ -32,6 +32,8 @@ void LoggerFace::log(int level, const String& text)
 Logger::Logger()
     : m_processor(MultiProcessor::create())
 {
+    for (std::size_t field = 0; field < FIELD_COUNT; ++field)
+        m_fieldNames[field] = String(FIELD_NAMES[field]);
     m_fields[LEVEL] = true;
     m_fields[TEXT] = true;
 }
@@ -63,7 +65,7 @@ Reference<ILogProcessor> Logger::createProcessor(const String&)
 void Logger::enableField(const String& name, bool enabled)
 {
     for (int field = 0; field < FIELD_COUNT; ++field) {
-        if (name.equals(FIELD_NAMES[field], true))
+        if (name.equals(FIELD_NAMES[field].text, true))
             m_fields[static_cast<std::size_t>(field)] = enabled;
     }
 }
@@ -99,10 +101,11 @@ bool Logger::isEnabled() const
 
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
 {
-    const Reference<LogEntry> entry = LogEntry::create();
+    static_assert(FIELD_COUNT <= LogEntry::FEW);
+    Reference<LogEntry> entry = LogEntry::create();
     const auto set = [&](Field field, auto makeValue) {
         if (m_fields[field])
-            entry->setField(FIELD_NAMES[field], Reference<const Object>(makeValue()).get());
+            entry->append(m_fieldNames[field], Reference<Object>(makeValue()));
     };
     set(LEVEL, [&] { return new Integer32(level); });
     set(TEXT, [&] { return new String(text); });
@@ -110,7 +113,9 @@ Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
     set(THREAD, [] { return new UInteger32(exec::Thread::getCurrentID()); });
     set(TIMESTAMP, [] { return new TimeStamp(true); });
     set(NAME, [&] { return new String(m_name); });
-    return entry;
+    Reference<ILogEntry> result;
+    result.attach(entry.detach());
+    return result;
 }
 
 void Logger::log(const ILogEntry* entry)

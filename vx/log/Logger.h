@@ -3,6 +3,7 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/String.h"
+#include "vx/StringLiteral.h"
 #include "vx/log/ILevelLogger.h"
 #include "vx/log/ILogger.h"
 #include "vx/log/MultiProcessor.h"
@@ -81,8 +82,9 @@ private:
     friend class detail::LoggerFace;
 
     enum Field { SEQUENCE, THREAD, NAME, TIMESTAMP, LEVEL, TEXT, FIELD_COUNT };
-    static const char16_t* const FIELD_NAMES[FIELD_COUNT];
+    static const STRUCT_VX_STR_LIT_INFO FIELD_NAMES[FIELD_COUNT];
 
+    std::array<String, FIELD_COUNT> m_fieldNames; ///< made once, shared by all entries
     String m_name;
     bool m_isEnabled = true;
     Reference<MultiProcessor> m_processor;

@@ -2,15 +2,11 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
-#include "vx/collections/vorb/LinkedList.h"
 #include "vx/sync/ScopedLock.h"
 
 namespace vx::log {
 
-MultiProcessor::MultiProcessor()
-    : m_processors(new collections::vorb::LinkedList)
-{
-}
+MultiProcessor::MultiProcessor() = default;
 
 MultiProcessor::~MultiProcessor() noexcept(false) = default;
 
@@ -23,16 +19,18 @@ void MultiProcessor::addProcessor(ILogProcessor* processor)
 {
     if (processor == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
-    m_processors->add(processor);
+    m_processors.emplace_back(processor);
 }
 
 void MultiProcessor::process(const ILogEntry* entry)
 {
     const sync::ScopedLock lock(m_lock);
-    const Reference<collections::vorb::ConstIterator> processors = m_processors->createConstIterator();
-    while (processors->hasNext()) {
-        const Reference<IVXUnknown> processor = processors->next();
-        static_cast<ILogProcessor*>(processor.get())->process(entry);
+    const std::size_t count = m_processors.size();
+    for (std::size_t index = 0; index < m_processors.size(); ++index) {
+        if (m_processors.size() != count) // as an iterator of a list has it
+            throw Exception();
+        const Reference<ILogProcessor> processor = m_processors[index];
+        processor->process(entry);
     }
 }
 

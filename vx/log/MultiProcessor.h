@@ -2,9 +2,11 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
-#include "vx/collections/vorb/List.h"
 #include "vx/log/ILogProcessor.h"
 #include "vx/sync/Mutex.h"
+#include "vxsys/Memory.h"
+
+#include <vector>
 
 namespace vx::log {
 
@@ -27,7 +29,7 @@ public:
 private:
     MultiProcessor();
 
-    Reference<collections::vorb::List> m_processors;
+    std::vector<Reference<ILogProcessor>, vxsys::Allocator<Reference<ILogProcessor>>> m_processors;
     sync::Mutex m_lock;
 };
 

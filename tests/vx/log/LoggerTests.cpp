@@ -130,6 +130,26 @@ TEST(Logger, LetsADerivedOneAddFields)
     EXPECT_EQ(fieldOf(*target->entries()[0], u"host"), "here");
 }
 
+/// Adds another one to the processors that call it.
+class Adding : public RecordingProcessor {
+public:
+    void process(const ILogEntry* entry) override
+    {
+        RecordingProcessor::process(entry);
+        m_all->addProcessor(new RecordingProcessor);
+    }
+    MultiProcessor* m_all = nullptr;
+};
+
+TEST(MultiProcessor, FailsWhenAProcessorIsAddedMeanwhile)
+{
+    const Reference<MultiProcessor> all = MultiProcessor::create();
+    Reference<Adding> adding(new Adding);
+    adding->m_all = all.get();
+    all->addProcessor(adding.get());
+    EXPECT_THROW(all->process(LogEntry::create().get()), Exception);
+}
+
 TEST(SyncLogger, GivesSeveralThreadsOneSequence)
 {
     constexpr int THREADS = 4;
@@ -166,9 +186,14 @@ TEST(LogEntry, AnswersOnBothFaces)
     } catch (const ResultException& failure) {
         EXPECT_EQ(failure.getResult(), RESULT_END_OF_FILE);
     }
-    entry->setField(u"text", new String(u"first"));
-    entry->setField(u"text", new String(u"second"));
-    EXPECT_EQ(fieldOf(*entry, u"text"), "second");
+    for (int count = 0; count < 40; ++count) {
+        entry->setField(u"text", new String(u"first"));
+        entry->setField(u"text", new String(u"second"));
+        EXPECT_EQ(fieldOf(*entry, u"text"), "second");
+        EXPECT_EQ(namesOf(*entry).size(), static_cast<std::size_t>(count) + 1);
+        entry->setField(String::valueOf(count), new Integer32(count));
+        EXPECT_EQ(fieldOf(*entry, String::valueOf(count / 2).getData()), std::to_string(count / 2));
+    }
     EXPECT_FALSE(entry->hasField(u"TEXT"));
 
     Reference<vorb::ILogEntry> component(static_cast<ILogEntry*>(entry.get()));
@@ -198,7 +223,7 @@ TEST(LogEntry, AnswersOnBothFaces)
     EXPECT_EQ(names->HasNext(), 1);
     String none;
     EXPECT_LT(names->Next(&none), 0);
-    EXPECT_EQ(all, (Names {"level", "text"}));
+    EXPECT_EQ(all, namesOf(*entry));
     EXPECT_EQ(component->GetFieldIterator(nullptr), RESULT_POINTER);
 }
 

@@ -1,6 +1,7 @@
 #include "Recording.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
+#include "vx/collections/Set.h"
 #include "vx/io/BufferedWriter.h"
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
@@ -19,6 +20,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <thread>
 
@@ -54,6 +56,31 @@ TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
     }
     EXPECT_EQ(writer->m_events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
     EXPECT_THROW(BasicLogWriter::create(nullptr), ResultException);
+}
+
+/// Of one letter and of two, from the same few: names that meet in a bucket are among them.
+TEST(BasicLogWriter, WritesTheFieldsInTheOrderOfTheirNames)
+{
+    std::mt19937 random(8);
+    for (int round = 0; round < 300; ++round) {
+        const Reference<LogEntry> entry = LogEntry::create();
+        for (int count = 0; count < round % 20; ++count) {
+            std::string name(1 + random() % 2, 'a');
+            for (char& letter : name)
+                letter = static_cast<char>('a' + random() % 26);
+            entry->setField(String(name), new String(u"x"));
+        }
+        Reference<RecordingWriter> writer(new RecordingWriter);
+        BasicLogWriter::create(writer.get())->process(entry.get());
+        std::string expected = "write(";
+        const auto names = entry->getFieldNames();
+        for (const Reference<String>& name : *names)
+            expected += name->toUtf8() + "=x\n";
+        ASSERT_EQ(writer->m_events, expected + LINE + ") flush ") << "seed 8, round " << round;
+    }
+    const Reference<LogEntry> entry = LogEntry::create();
+    entry->setField(u"nothing", nullptr);
+    EXPECT_THROW(BasicLogWriter::create(new RecordingWriter)->process(entry.get()), ResultException);
 }
 
 TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)

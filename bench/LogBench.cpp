@@ -1,0 +1,218 @@
+#include "vx/io/FileOutputStream.h"
+#include "vx/io/OutputStreamWriter.h"
+#include "vx/log/AsyncProcessor.h"
+#include "vx/log/BasicLogWriter.h"
+#include "vx/log/Logger.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+
+#ifdef VX_BENCH_SPDLOG
+#include <atomic>
+#include <spdlog/async_logger.h>
+#include <spdlog/details/thread_pool.h>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <thread>
+#endif
+
+// Entries of the same length and form, each flushed by itself: to the kernel, which a dead program does not matter to, or to
+// the disk, which a dead machine does not matter to. On a file system in memory the two are nearly the same.
+
+namespace {
+
+using namespace vx;
+
+constexpr char TEXT[] = "connection 4711 from 192.0.2.17:52814 was closed after 1234 ms";
+
+enum Reach { KERNEL, DISK };
+
+/// A log of its own for each benchmark. Its size proves what was written.
+class LogFile {
+public:
+    LogFile()
+        : m_path(std::filesystem::temp_directory_path() / ("vx-log-bench-" + std::to_string(::getpid())))
+    {
+        std::filesystem::remove(m_path);
+    }
+    ~LogFile() { std::filesystem::remove(m_path); }
+    LogFile(const LogFile&) = delete;
+    LogFile& operator=(const LogFile&) = delete;
+
+    std::string path() const { return m_path.string(); }
+    void expectEntries(benchmark::State& state, std::int64_t count, const std::string& first) const
+    {
+        if (std::filesystem::file_size(m_path) != first.size() * static_cast<std::size_t>(count))
+            state.SkipWithError("entries are missing");
+        state.SetItemsProcessed(count);
+    }
+
+private:
+    std::filesystem::path m_path;
+};
+
+class KernelFile : public io::FileOutputStream {
+public:
+    using FileOutputStream::FileOutputStream;
+    void flush() override { }
+};
+
+Reference<log::ILogProcessor> writerTo(const LogFile& log, Reach reach)
+{
+    const String path(log.path());
+    constexpr unsigned int TRUNC = io::FileOutputStream::TRUNC;
+    Reference<io::OutputStream> file(
+        reach == KERNEL ? new KernelFile(path, TRUNC) : new io::FileOutputStream(path, TRUNC));
+    return log::BasicLogWriter::create(new io::OutputStreamWriter(file.get(), u"UTF-8", 4096));
+}
+
+const std::string& ownEntry()
+{
+    static const std::string entry = std::string("level=2\ntext=") + TEXT + "\n-------------------------\n";
+    return entry;
+}
+
+void sync(benchmark::State& state)
+{
+    const LogFile log;
+    const Reference<log::Logger> logger = log::Logger::create();
+    logger->addProcessor(writerTo(log, static_cast<Reach>(state.range(0))).get());
+    const String text(TEXT);
+    for (auto _ : state)
+        logger->log(2, text);
+    log.expectEntries(state, state.iterations(), ownEntry());
+}
+
+constexpr int BURST = 4096;
+
+enum Measure { CALLER, WHOLE };
+
+/// Time on the calling thread's processor: another thread that has it meanwhile does not count.
+double secondsOfThread()
+{
+    timespec time;
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// Bursts that find an idle worker: what the caller pays, or all of it until the last entry is in the file.
+template <class Log, class Wait>
+void timeBursts(benchmark::State& state, Log log, Wait wait)
+{
+    using Clock = std::chrono::steady_clock;
+    for (auto _ : state) {
+        const auto start = Clock::now();
+        const double before = secondsOfThread();
+        for (int count = 0; count < BURST; ++count)
+            log();
+        const double called = secondsOfThread() - before;
+        wait();
+        const std::chrono::duration<double> whole = Clock::now() - start;
+        state.SetIterationTime(state.range(0) == CALLER ? called : whole.count());
+    }
+}
+
+void async(benchmark::State& state)
+{
+    const LogFile log;
+    const Reference<log::Logger> logger = log::Logger::create();
+    const Reference<log::AsyncProcessor> queue = log::AsyncProcessor::create(writerTo(log, KERNEL).get(), 1);
+    logger->addProcessor(queue.get());
+    const String text(TEXT);
+    timeBursts(
+        state, [&] { logger->log(2, text); }, [&] { queue->waitUntilDone(); });
+    log.expectEntries(state, state.iterations() * BURST, ownEntry());
+}
+
+#ifdef VX_BENCH_SPDLOG
+
+constexpr char PATTERN[] = "level=%L\ntext=%v\n-------------------------";
+
+/// Flushes to the disk when told to, and counts.
+class PeerSink final : public spdlog::sinks::base_sink<std::mutex> {
+public:
+    PeerSink(const std::string& path, Reach reach)
+        : m_file(std::fopen(path.c_str(), "wb"))
+        , m_reach(reach)
+    {
+        set_pattern(PATTERN);
+    }
+    ~PeerSink() override { std::fclose(m_file); }
+
+    std::atomic<std::int64_t> m_flushed {0};
+
+private:
+    void sink_it_(const spdlog::details::log_msg& message) override
+    {
+        spdlog::memory_buf_t text;
+        formatter_->format(message, text);
+        std::fwrite(text.data(), 1, text.size(), m_file);
+    }
+    void flush_() override
+    {
+        std::fflush(m_file);
+        if (m_reach == DISK)
+            ::fdatasync(::fileno(m_file));
+        ++m_flushed;
+    }
+
+    std::FILE* m_file;
+    Reach m_reach;
+};
+
+const std::string& peerEntry()
+{
+    static const std::string entry = std::string("level=I\ntext=") + TEXT + "\n-------------------------\n";
+    return entry;
+}
+
+void syncPeer(benchmark::State& state)
+{
+    const LogFile log;
+    spdlog::sink_ptr sink;
+    if (state.range(0) == KERNEL)
+        sink = std::make_shared<spdlog::sinks::basic_file_sink_mt>(log.path(), true);
+    else
+        sink = std::make_shared<PeerSink>(log.path(), DISK);
+    spdlog::logger logger("peer", sink);
+    logger.set_pattern(PATTERN);
+    logger.flush_on(spdlog::level::trace);
+    for (auto _ : state)
+        logger.info(TEXT);
+    log.expectEntries(state, state.iterations(), peerEntry());
+}
+
+void asyncPeer(benchmark::State& state)
+{
+    const LogFile log;
+    const auto sink = std::make_shared<PeerSink>(log.path(), KERNEL);
+    const auto pool = std::make_shared<spdlog::details::thread_pool>(2 * BURST, 1);
+    const auto logger
+        = std::make_shared<spdlog::async_logger>("peer", sink, pool, spdlog::async_overflow_policy::block);
+    logger->flush_on(spdlog::level::trace);
+    std::int64_t wanted = 0;
+    timeBursts(
+        state, [&] { logger->info(TEXT); },
+        [&] {
+            wanted += BURST;
+            while (sink->m_flushed < wanted)
+                std::this_thread::yield();
+        });
+    log.expectEntries(state, state.iterations() * BURST, peerEntry());
+}
+
+BENCHMARK(syncPeer)->ArgName("disk")->Arg(KERNEL)->Arg(DISK);
+BENCHMARK(asyncPeer)->ArgName("whole")->Arg(CALLER)->Arg(WHOLE)->UseManualTime();
+#endif
+
+BENCHMARK(sync)->ArgName("disk")->Arg(KERNEL)->Arg(DISK);
+BENCHMARK(async)->ArgName("whole")->Arg(CALLER)->Arg(WHOLE)->UseManualTime();
+
+} // namespace
