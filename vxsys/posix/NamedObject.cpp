@@ -1,6 +1,7 @@
 #include "vxsys/posix/NamedObject.h"
 
 #include "vxsys/detail/Retry.h"
+#include "vxsys/posix/Descriptor.h"
 
 #include <cerrno>
 #include <cstring>
@@ -26,27 +27,6 @@ constinit std::mutex g_lock;
 constinit NamedObject* g_objects = nullptr;
 constinit ProcessIdentity g_self;
 constinit bool g_hasTidied = false;
-
-class Descriptor {
-public:
-    Descriptor() noexcept = default;
-    explicit Descriptor(int value) noexcept
-        : m_value(value)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_value != -1)
-            ::close(m_value);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const noexcept { return m_value; }
-
-private:
-    int m_value = -1;
-};
 
 Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
 {

@@ -3,6 +3,7 @@
 #include "vxsys/Result.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/posix/Descriptor.h"
 #include "vxsys/posix/FileStatus.h"
 
 #include <atomic>
@@ -25,33 +26,6 @@ using namespace vxsys::results;
 constexpr mode_t PERMISSIONS = 0777;
 constexpr mode_t ALL_MODE_BITS = 07777;
 constexpr std::size_t NAME_SIZE = NAME_MAX + 1;
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor = -1) noexcept
-        : m_descriptor(descriptor)
-    {
-    }
-    ~Descriptor()
-    {
-        if (isOpen())
-            ::close(m_descriptor);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    void reset(int descriptor) noexcept
-    {
-        if (isOpen())
-            ::close(m_descriptor);
-        m_descriptor = descriptor;
-    }
-    int get() const noexcept { return m_descriptor; }
-    bool isOpen() const noexcept { return m_descriptor >= 0; }
-
-private:
-    int m_descriptor;
-};
 
 /// Where the file stands: its folder, open, and its name in it, behind all symbolic links.
 class Place {
