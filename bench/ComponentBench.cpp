@@ -2,6 +2,7 @@
 #include "examples/component/IGreeter.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Class.h"
+#include "vx/Exception.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/String.h"
