@@ -17,6 +17,7 @@
 #include "vx/collections/vorb/Set.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/exec/Thread.h"
+#include "vx/i18n/StringMapBundle.h"
 #include "vx/io/AlphaNumInputStream.h"
 #include "vx/io/AlphaNumOutputStream.h"
 #include "vx/io/BitInputStream.h"
@@ -69,6 +70,7 @@
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/Comparator.h"
 #include "vx/util/FilePath.h"
+#include "vx/util/Guid.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/MTCharBuffer.h"
 #include "vx/util/ROByteBuffer.h"
@@ -143,6 +145,7 @@ const ClassRow CLASSES[] = {
     {u"CVXFilterWriter", &typeid(io::FilterWriter), nullptr},
     {u"CVXFloat", &typeid(Float), nullptr},
     {u"CVXGate", &typeid(sync::Gate), create<sync::Gate>},
+    {u"CVXGuid", &typeid(util::Guid), nullptr},
     {u"CVXHashMap", &typeid(collections::vorb::HashMap), create<collections::vorb::HashMap>},
     {u"CVXInputStream", &typeid(io::InputStream), nullptr},
     {u"CVXInputStreamReader", &typeid(io::InputStreamReader), nullptr},
@@ -154,6 +157,7 @@ const ClassRow CLASSES[] = {
     {u"CVXLinkedList", &typeid(collections::vorb::LinkedList), create<collections::vorb::LinkedList>},
     {u"CVXList", &typeid(collections::vorb::List), nullptr},
     {u"CVXListIterator", &typeid(collections::vorb::ListIterator), nullptr},
+    {u"CVXLocale", &typeid(i18n::Locale), nullptr},
     {u"CVXLockObject", &typeid(sync::LockObject), nullptr},
     {u"CVXMap", &typeid(collections::vorb::Map), nullptr},
     {u"CVXMTByteBuffer", &typeid(util::MTByteBuffer), create<util::MTByteBuffer>},
@@ -167,6 +171,7 @@ const ClassRow CLASSES[] = {
     {u"CVXOutputStreamWriter", &typeid(io::OutputStreamWriter), nullptr},
     {u"CVXPrintWriter", &typeid(io::PrintWriter), nullptr},
     {u"CVXReader", &typeid(io::Reader), nullptr},
+    {u"CVXResourceBundle", &typeid(i18n::StringBundle), nullptr},
     {u"CVXROByteBuffer", &typeid(util::ROByteBuffer), create<util::ROByteBuffer>},
     {u"CVXROCharBuffer", &typeid(util::ROCharBuffer), create<util::ROCharBuffer>},
     {u"CVXRunnable", &typeid(exec::IRunnable), nullptr},
@@ -179,6 +184,7 @@ const ClassRow CLASSES[] = {
     {u"CVXStdioInputStream", &typeid(io::StdioInputStream), create<io::StdioInputStream>},
     {u"CVXStdioOutputStream", &typeid(io::StdioOutputStream), create<io::StdioOutputStream>},
     {u"CVXString", &typeid(String), create<String>},
+    {u"vx::i18n::StringMapBundle", &typeid(i18n::StringMapBundle), nullptr},
     {u"CVXStringWriter", &typeid(io::StringWriter), create<io::StringWriter, 0>},
     {u"CVXSyncObject", &typeid(sync::Object), nullptr},
     {u"vx::net::TcpServerSocket", &typeid(net::TcpServerSocket), nullptr},

@@ -1,0 +1,323 @@
+#include "tests/Slots.h"
+#include "tests/vx/Offer.h"
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
+#include "vx/i18n/ComStringBundle.h"
+#include "vx/i18n/StringMapBundle.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vx::i18n {
+namespace {
+
+using collections::StringHashMap;
+
+TEST(I18n, KeepsTheOrderOfVirtualOperations)
+{
+    struct Opened : StringBundle {
+        static void check()
+        {
+            expectSlots("StringBundle", 11,
+                {slotOf(&Opened::getString), slotOf(&Opened::getKeys), slotOf(&StringBundle::getLocale),
+                    slotOf(&Opened::lookupString)});
+        }
+    };
+    Opened::check();
+    using Bundle = IVXResourceBundle;
+    expectSlots("IVXResourceBundle", 3,
+        {slotOf(&Bundle::LoadCharBuffer), slotOf(&Bundle::LoadString), slotOf(&Bundle::GetCount),
+            slotOf(&Bundle::GetResource), slotOf(&Bundle::GetLocale)});
+    expectSlots("IVXLocale", 3,
+        {slotOf(&IVXLocale::GetLanguage), slotOf(&IVXLocale::GetCountry), slotOf(&IVXLocale::GetVariant),
+            slotOf(&IVXLocale::GetDisplayLanguage), slotOf(&IVXLocale::GetDisplayLanguageLoc),
+            slotOf(&IVXLocale::GetDisplayCountry), slotOf(&IVXLocale::GetDisplayCountryLoc),
+            slotOf(&IVXLocale::GetDisplayVariant), slotOf(&IVXLocale::GetDisplayVariantLoc),
+            slotOf(&IVXLocale::GetDisplayName), slotOf(&IVXLocale::GetDisplayNameLoc), slotOf(&IVXLocale::ToString)});
+}
+
+TEST(Locale, TakesItsNameApart)
+{
+    struct {
+        const char16_t* text;
+        const char16_t* language;
+        const char16_t* country;
+        const char16_t* variant;
+        const char16_t* name;
+    } cases[] = {
+        {u"en_US.UTF-8@euro", u"en", u"US", u"euro", u"en_US@euro"},
+        {u"de_DE", u"de", u"DE", u"", u"de_DE"},
+        {u"fr", u"fr", u"", u"", u"fr"},
+        {u"de@euro", u"de", u"", u"euro", u"de@euro"},
+        {u"ja.EUC-JP", u"ja", u"", u"", u"ja"},
+        {u"", u"", u"", u"", u""},
+        {u"_AT@", u"", u"AT", u"", u"_AT"},
+        // Each separator is looked for by itself, so that one in the wrong place goes unnoticed.
+        {u"a.b_C", u"a.b", u"", u"", u"a.b"},
+        {u"a@b_C", u"a@b", u"", u"b_C", u"a@b@b_C"},
+        {u"a@b.c", u"a@b", u"", u"b.c", u"a@b@b.c"},
+    };
+    for (const auto& row : cases) {
+        const Locale locale(row.text);
+        EXPECT_EQ(locale.getLanguage(), row.language) << String(row.text);
+        EXPECT_EQ(locale.getCountry(), row.country) << String(row.text);
+        EXPECT_EQ(locale.getVariant(), row.variant) << String(row.text);
+        EXPECT_EQ(locale.toString(), row.name) << String(row.text);
+    }
+    EXPECT_EQ(Locale(u"en", u"US", nullptr).toString(), u"en_US");
+    EXPECT_EQ(Locale(u"en", nullptr).toString(), u"en");
+    EXPECT_EQ(Locale(u"en", nullptr, u"euro").toString(), u"en@euro");
+}
+
+TEST(Locale, IsComparedByItsName)
+{
+    const Locale one(u"de_AT");
+    Locale other(u"de", u"AT");
+    EXPECT_TRUE(one.equals(other));
+    EXPECT_EQ(one.compareTo(other), 0);
+    EXPECT_NE(one.hashCode(), other.hashCode()) << "which goes by the address";
+    EXPECT_FALSE(one.equals(Locale(u"DE_AT")));
+    EXPECT_GT(one.compareTo(Locale(u"de")), 0);
+    EXPECT_FALSE(one.equals(String(u"de_AT")));
+    EXPECT_THROW(one.compareTo(String(u"de_AT")), CastFailedException);
+    other = Locale(u"fr@x");
+    EXPECT_EQ(Locale(other).getVariant(), u"x");
+    EXPECT_EQ(Class::forName(u"CVXLocale"), one.getClass());
+}
+
+TEST(Locale, TellsAComponentWhatItKnows)
+{
+    const Reference<Locale> locale(new Locale(u"de_AT@euro"));
+    const Reference<IVXLocale> in(new Locale(u"fr"));
+    void* const view = static_cast<IVXLocale*>(locale.get());
+    const Reference<String> text(new String(u"stale"));
+    IVXCharBuffer* const buffer = text.get();
+    const struct {
+        std::size_t slot;
+        const char16_t* text;
+    } texts[] = {{3, u"de"}, {4, u"AT"}, {5, u"euro"}, {14, u"de_AT@euro"}};
+    for (const auto& row : texts) {
+        EXPECT_EQ(callSlot<std::int32_t>(view, row.slot, buffer), RESULT_OK);
+        EXPECT_EQ(*text, row.text);
+    }
+    for (const std::size_t slot : {6, 8, 10, 12}) {
+        EXPECT_EQ(callSlot<std::int32_t>(view, slot, buffer), RESULT_FAIL);
+        EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, in.get()), RESULT_FAIL);
+        EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, static_cast<IVXLocale*>(nullptr)), RESULT_POINTER);
+    }
+    EXPECT_EQ(locale->GetLanguage(nullptr), RESULT_POINTER);
+    for (const auto get :
+        {&Locale::getDisplayLanguage, &Locale::getDisplayCountry, &Locale::getDisplayVariant, &Locale::getDisplayName})
+        EXPECT_THROW(((*locale).*get)(nullptr), Exception);
+}
+
+/// A bundle of another library. It does as it is told, and counts what it is handed.
+struct ForeignBundle : Component<IVXResourceBundle> {
+    std::int32_t LoadCharBuffer(const char16_t* key, IVXCharBuffer* value) const override
+    {
+        const Reference<IVXCharBuffer> kept(value);
+        const auto found = m_texts.find(key);
+        return found == m_texts.end() ? RESULT_NOT_FOUND : fill(value, found->second);
+    }
+    std::int32_t LoadString(const char16_t*, char16_t*, std::uint32_t*) const override { return RESULT_FAIL; }
+    std::int32_t GetCount(std::int32_t* count) const override
+    {
+        ++m_counted;
+        *count = static_cast<std::int32_t>(m_texts.size()) + m_lie;
+        return m_countResult;
+    }
+    std::int32_t GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const override
+    {
+        const Reference<IVXCharBuffer> kept(key);
+        EXPECT_EQ(value, nullptr);
+        if (index >= static_cast<std::int32_t>(m_texts.size()))
+            return RESULT_INVALID_ARGUMENT;
+        return fill(key, std::next(m_texts.begin(), index)->first);
+    }
+    std::int32_t GetLocale(IVXLocale**) const override { return RESULT_FAIL; }
+
+    static std::int32_t fill(IVXCharBuffer* target, const std::u16string& text)
+    {
+        char16_t* units = nullptr;
+        EXPECT_EQ(target->GetWriteLock(static_cast<int>(text.size()), &units), RESULT_OK);
+        text.copy(units, text.size());
+        return target->ReleaseWriteLock(static_cast<int>(text.size()));
+    }
+
+    std::map<std::u16string, std::u16string> m_texts;
+    std::int32_t m_countResult = RESULT_OK;
+    std::int32_t m_lie = 0;
+    mutable int m_counted = 0;
+};
+
+TEST(ComStringBundle, ReadsTheComponent)
+{
+    const Reference<ForeignBundle> component(new ForeignBundle);
+    component->m_texts = {{u"empty", u""}, {u"hello", u"Grüß Gott"}};
+    const Reference<StringBundle> bundle(new ComStringBundle(component.get(), nullptr));
+    EXPECT_EQ(bundle->getString(u"hello"), u"Grüß Gott");
+    for (const char16_t* key : {u"empty", u"missing", u""}) {
+        try {
+            bundle->getString(key);
+            ADD_FAILURE() << String(key);
+        } catch (const Exception& failure) {
+            EXPECT_EQ(failure.getDescription(), u"Resource not found");
+        }
+    }
+
+    const auto getKeys = [&] { return resultOf([&] { bundle->getKeys(); }); };
+    component->m_countResult = RESULT_END_OF_FILE;
+    EXPECT_EQ(getKeys(), RESULT_END_OF_FILE);
+    component->m_countResult = RESULT_OK;
+    component->m_lie = 1;
+    EXPECT_EQ(getKeys(), RESULT_INVALID_ARGUMENT) << "no list is kept of the first two";
+    component->m_lie = 0;
+    const Reference<const collections::Collection<String>> keys = bundle->getKeys();
+    std::u16string listed;
+    for (const Reference<String>& key : *keys)
+        (listed += key->view()) += u' ';
+    EXPECT_EQ(listed, u"empty hello ");
+    component->m_texts.emplace(u"later", u"x");
+    EXPECT_EQ(bundle->getKeys(), keys);
+    EXPECT_EQ(component->m_counted, 4) << "asked each time";
+    component->m_countResult = RESULT_END_OF_FILE;
+    EXPECT_EQ(getKeys(), RESULT_END_OF_FILE);
+
+    std::int32_t count = 0;
+    EXPECT_EQ(bundle->GetCount(&count), RESULT_NOT_IMPLEMENTED);
+    EXPECT_EQ(bundle->GetResource(0, nullptr, nullptr), RESULT_NOT_IMPLEMENTED);
+}
+
+TEST(StringBundle, IsFoundByTheNearestLocale)
+{
+    std::u16string asked;
+    const auto offer = [&](const char16_t* locale) {
+        return [&asked, locale] {
+            (asked += locale) += u' ';
+            auto* component = new ForeignBundle;
+            component->m_texts = {{u"locale", locale}};
+            return component->GetUnknown();
+        };
+    };
+    const auto found = [&](const char16_t* locale) {
+        const Reference<Locale> wanted(locale != nullptr ? new Locale(locale) : nullptr);
+        try {
+            const Reference<StringBundle> bundle = StringBundle::getBundle(u"Test", wanted.get());
+            EXPECT_EQ(bundle->getString(u"locale"), bundle->getLocale()->toString());
+            return bundle->getString(u"locale");
+        } catch (const Exception& failure) {
+            return failure.getDescription();
+        }
+    };
+    EXPECT_EQ(found(u"fr_FR"), u"Resource not found");
+    const Offer fallback(u"Velmaris.Test.StringBundle.en_US", offer(u"en_US"));
+    EXPECT_EQ(found(u"fr_FR"), u"en_US");
+    EXPECT_EQ(found(nullptr), u"en_US");
+    const Offer german(u"Velmaris.Test.StringBundle.de", offer(u"de"));
+    EXPECT_EQ(found(u"de_AT@euro"), u"de");
+    EXPECT_EQ(found(u"de@euro"), u"de");
+    {
+        const Offer euro(u"Velmaris.Test.StringBundle.de_AT@euro", offer(u"de_AT@euro"));
+        EXPECT_EQ(found(u"de_AT@euro"), u"de_AT@euro");
+        const Offer broken(u"Velmaris.Test.StringBundle.de_AT", [] { return nullptr; });
+        const Offer other(u"Velmaris.Test.StringBundle.de_CH", [] { return (new Object)->GetUnknown(); });
+        EXPECT_EQ(found(u"de_AT"), u"de") << "a failure is silent";
+        EXPECT_EQ(found(u"de_CH"), u"de") << "and so is what is no bundle";
+    }
+    asked.clear();
+    EXPECT_EQ(found(u"de_AT"), u"de");
+    EXPECT_EQ(found(u"de_AT"), u"de");
+    EXPECT_EQ(asked, u"de de ") << "nothing is kept";
+}
+
+Reference<StringHashMap> mapOf(std::initializer_list<std::pair<const char16_t*, const char16_t*>> texts)
+{
+    const Reference<StringHashMap> map(new StringHashMap);
+    for (const auto& [key, value] : texts)
+        map->put(key, Reference<String>(new String(value)).get());
+    return map;
+}
+
+struct ChildBundle : StringMapBundle {
+    ChildBundle(StringHashMap* map, StringBundle* parent)
+        : StringMapBundle(map, nullptr)
+    {
+        m_parent = parent;
+    }
+};
+
+TEST(StringMapBundle, ServesAMapAndItsParent)
+{
+    const Reference<Locale> locale(new Locale(u"de"));
+    const Reference<StringBundle> parent(
+        new StringMapBundle(mapOf({{u"a", u"parent a"}, {u"b", u"parent b"}}).get(), locale.get()));
+    const Reference<StringHashMap> map = mapOf({{u"a", u"own a"}, {u"c", u""}});
+    const Reference<ChildBundle> child(new ChildBundle(map.get(), parent.get()));
+    EXPECT_EQ(child->getString(u"a"), u"own a");
+    EXPECT_EQ(child->getString(u"b"), u"parent b");
+    EXPECT_THROW(child->getString(u"c"), Exception);
+
+    std::thread builders[2];
+    for (std::thread& builder : builders)
+        builder = std::thread([&] { EXPECT_EQ(child->getKeys()->getSize(), 3); });
+    for (std::thread& builder : builders)
+        builder.join();
+    map->put(u"later", Reference<String>(new String(u"x")).get());
+    EXPECT_EQ(child->getString(u"later"), u"x");
+
+    const Reference<IVXResourceBundle> face(child.get());
+    std::int32_t count = -1;
+    EXPECT_EQ(callSlot<std::int32_t>(face.get(), 5, &count), RESULT_OK);
+    EXPECT_EQ(count, 3) << "the list stays";
+    const Reference<String> key(new String);
+    const Reference<String> value(new String);
+    EXPECT_EQ(face->GetResource(2, key.get(), value.get()), RESULT_OK);
+    EXPECT_EQ(*key, u"b") << "the parent's stand behind";
+    EXPECT_EQ(*value, u"parent b");
+    EXPECT_EQ(face->GetResource(0, key.get(), nullptr), RESULT_OK);
+    EXPECT_LT(face->GetResource(3, key.get(), nullptr), 0);
+    EXPECT_LT(face->GetResource(-1, key.get(), nullptr), 0);
+    EXPECT_EQ(face->GetCount(nullptr), RESULT_POINTER);
+
+    IVXLocale* none = locale.get();
+    EXPECT_EQ(face->GetLocale(&none), RESULT_OK);
+    EXPECT_EQ(none, nullptr);
+    Reference<IVXLocale> told;
+    EXPECT_EQ(parent->GetLocale(told.out()), RESULT_OK);
+    EXPECT_EQ(told.get(), locale.get());
+    EXPECT_EQ(parent->GetLocale(nullptr), RESULT_POINTER);
+    EXPECT_EQ(Class::forName(u"vx::i18n::StringMapBundle"), parent->getClass());
+}
+
+TEST(StringBundle, LoadsTextIntoWhatTheCallerHas)
+{
+    const Reference<IVXResourceBundle> face(new StringMapBundle(mapOf({{u"k", u"abc"}}).get(), nullptr));
+    const Reference<String> text(new String);
+    EXPECT_EQ(face->LoadCharBuffer(u"k", text.get()), RESULT_OK);
+    EXPECT_EQ(*text, u"abc");
+    EXPECT_EQ(face->LoadCharBuffer(u"?", text.get()), RESULT_FAIL);
+    EXPECT_EQ(face->LoadCharBuffer(u"k", nullptr), RESULT_POINTER);
+
+    for (const auto& [room, length] : {std::pair(6U, 4U), std::pair(4U, 4U), std::pair(3U, 3U), std::pair(0U, 0U)}) {
+        char16_t units[] = u"??????";
+        std::uint32_t told = room;
+        EXPECT_EQ(face->LoadString(u"k", units, &told), RESULT_OK);
+        EXPECT_EQ(told, length) << room;
+        std::u16string expected(6, u'?');
+        for (std::uint32_t i = 0; i < room; ++i)
+            expected[i] = i < 3 ? u"abc"[i] : u'\0';
+        EXPECT_EQ(std::u16string(units, 6), expected) << room;
+    }
+    std::uint32_t room = 1;
+    char16_t unit;
+    EXPECT_EQ(face->LoadString(u"?", &unit, &room), RESULT_FAIL);
+    EXPECT_EQ(face->LoadString(u"k", nullptr, &room), RESULT_POINTER);
+    EXPECT_EQ(face->LoadString(u"k", &unit, nullptr), RESULT_POINTER);
+}
+
+} // namespace
+} // namespace vx::i18n

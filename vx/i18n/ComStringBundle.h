@@ -1,0 +1,28 @@
+#pragma once
+
+#include "vx/collections/List.h"
+#include "vx/i18n/StringBundle.h"
+
+namespace vx::i18n {
+
+/// The strings of a component. The first call of `getKeys` must not meet another one.
+class VX_API ComStringBundle : public StringBundle {
+public:
+    /// Both are counted; `locale` may be null.
+    ComStringBundle(IVXResourceBundle* component, Locale* locale);
+    ~ComStringBundle() noexcept(false) override;
+
+    // StringBundle
+    /// Asks the component for its keys once. Throws ResultException where it fails.
+    Reference<const collections::Collection<String>> getKeys() const override;
+
+protected:
+    // StringBundle
+    String lookupString(const String& key) const override;
+
+private:
+    Reference<IVXResourceBundle> m_component;
+    mutable Reference<collections::List<String>> m_keys;
+};
+
+} // namespace vx::i18n

@@ -1,0 +1,32 @@
+#include "vx/util/Guid.h"
+
+#include "vx/Exception.h"
+
+#include <iterator>
+#include <memory>
+#include <new>
+
+namespace vx::util {
+
+Guid::Guid(const char16_t* text)
+{
+    if (VXComGUIDFromString(text, &m_guid) < 0)
+        throw Exception(u"invalid GUID string");
+}
+
+Guid* Guid::Generate()
+{
+    std::unique_ptr<Guid> guid(new (std::nothrow) Guid);
+    if (guid != nullptr)
+        throwIfFailed(VXComGenerateGUID(&guid->m_guid));
+    return guid.release();
+}
+
+String Guid::toString() const
+{
+    char16_t text[39];
+    throwIfFailed(VXComStringFromGUID(&m_guid, text, std::size(text)));
+    return text;
+}
+
+} // namespace vx::util

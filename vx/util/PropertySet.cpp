@@ -1,0 +1,127 @@
+#include "vx/util/PropertySet.h"
+
+#include "vx/Exception.h"
+#include "vx/util/CopyCharBuffer.h"
+#include "vx/vorb/Boundary.h"
+
+namespace vx::util {
+
+namespace {
+
+/// The interface `iid` of a new object that holds `text`.
+std::int32_t giveText(const String& text, const _GUID& iid, void** result)
+{
+    const Reference<String> object(new String(text));
+    return object->QueryInterface(iid, result);
+}
+
+void clearResult(void** result) noexcept
+{
+    if (result != nullptr)
+        *result = nullptr;
+}
+
+const String& textOf(const Object& value) noexcept
+{
+    return static_cast<const String&>(value);
+}
+
+} // namespace
+
+std::int32_t PropertySetFace::Set(const char16_t* key, IVXUnknown* value)
+{
+    return vx::vorb::resultAtBoundary([&] {
+        const Reference<IVXCharBuffer> buffer(value);
+        if (buffer == nullptr)
+            return RESULT_NO_INTERFACE;
+        String text;
+        VXCopyCharBuffer(&text, buffer.get());
+        static_cast<PropertySet&>(*this).set(key, text);
+        return RESULT_OK;
+    });
+}
+
+std::int32_t PropertySetFace::Get(const char16_t* key, const _GUID& iid, void** result) const
+{
+    clearResult(result);
+    return giveText(static_cast<const PropertySet&>(*this).get(key), iid, result);
+}
+
+std::int32_t PropertySetFace::Remove(const char16_t* key, const _GUID& iid, void** result)
+{
+    clearResult(result);
+    return giveText(static_cast<PropertySet&>(*this).remove(key), iid, result);
+}
+
+std::int32_t PropertySetFace::GetKeyIterator(const _GUID&, void** result) const
+{
+    clearResult(result);
+    return RESULT_NOT_IMPLEMENTED;
+}
+
+PropertySet::PropertySet()
+    : PropertySet(nullptr)
+{
+}
+
+PropertySet::PropertySet(const PropertySet* parent)
+    : PropertySet(parent, new collections::StringHashMap)
+{
+}
+
+PropertySet::PropertySet(const PropertySet* parent, collections::StringHashMap* map)
+    : m_parent(parent)
+    , m_map(map)
+{
+}
+
+PropertySet::~PropertySet() noexcept(false) = default;
+
+const vx::vorb::InterfaceData* PropertySet::GetComIntfMap()
+{
+    static const vx::vorb::InterfaceData map[]
+        = {vx::vorb::viewRow<PropertySet, vorb::IPropertySet>(), vx::vorb::forwardRow<Object>(), vx::vorb::endRow()};
+    return map;
+}
+
+void PropertySet::set(const String& key, const String& value)
+{
+    m_map->put(key, Reference<String>(new String(value)).get());
+}
+
+String PropertySet::get(const String& key) const
+{
+    if (const Reference<Object> value = m_map->get(key))
+        return textOf(*value);
+    if (m_parent == nullptr)
+        throw Exception();
+    return m_parent->get(key);
+}
+
+bool PropertySet::hasProperty(const String& key) const
+{
+    return m_map->containsKey(key) || (m_parent != nullptr && m_parent->hasProperty(key));
+}
+
+Reference<const collections::Set<String>> PropertySet::getKeys() const
+{
+    return m_map->createKeySet();
+}
+
+void PropertySet::clear()
+{
+    m_map->clear();
+}
+
+String PropertySet::remove(const String& key)
+{
+    const Reference<Object> value = m_map->remove(key);
+    return value != nullptr ? textOf(*value) : String();
+}
+
+Reference<const vorb::IPropertySet> PropertySet::getVorb(const PropertySet& set)
+{
+    return new PropertySet(set.m_parent.get(), set.m_map.get());
+}
+
+} // namespace vx::util

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/String.h"
+#include "vx/collections/Set.h"
+#include "vx/collections/StringHashMap.h"
+#include "vx/util/vorb/IPropertySet.h"
+
+namespace vx::util {
+
+/// The `IPropertySet` view of `PropertySet`.
+class VX_API PropertySetFace : public vorb::IPropertySet {
+public:
+    std::int32_t Set(const char16_t* key, IVXUnknown* value) override;
+    /// An absent key is no result: the Exception of the class operation passes through, here and in `Remove`.
+    std::int32_t Get(const char16_t* key, const _GUID& iid, void** result) const override;
+    std::int32_t Remove(const char16_t* key, const _GUID& iid, void** result) override;
+    /// RESULT_NOT_IMPLEMENTED.
+    std::int32_t GetKeyIterator(const _GUID& iid, void** result) const override;
+
+protected:
+    PropertySetFace() = default;
+    ~PropertySetFace() = default;
+};
+
+/// Texts by key, with an optional parent that answers for keys that the set does not hold. One thread at a time.
+class VX_API PropertySet : public Object, public PropertySetFace {
+public:
+    PropertySet();
+    /// `parent` is counted and may be null.
+    explicit PropertySet(const PropertySet* parent);
+    PropertySet(const PropertySet&) = delete;
+    PropertySet& operator=(const PropertySet&) = delete;
+    ~PropertySet() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap();
+
+    virtual void set(const String& key, const String& value);
+    /// Throws Exception for a key that neither the set nor a parent holds.
+    virtual String get(const String& key) const;
+    virtual bool hasProperty(const String& key) const;
+    /// The set's own keys, without the parent's.
+    virtual Reference<const collections::Set<String>> getKeys() const;
+    /// The parent keeps its keys, here and in `remove`.
+    virtual void clear();
+    /// The old value, empty where there was none.
+    virtual String remove(const String& key);
+
+    /// A set of its own that shares the entries and the parent of `set`: changes of the one show in the other.
+    static Reference<const vorb::IPropertySet> getVorb(const PropertySet& set);
+
+private:
+    PropertySet(const PropertySet* parent, collections::StringHashMap* map);
+
+    Reference<const PropertySet> m_parent;
+    Reference<collections::StringHashMap> m_map;
+};
+
+} // namespace vx::util

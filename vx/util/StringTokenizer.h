@@ -1,0 +1,41 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/String.h"
+
+namespace vx::util {
+
+/// Walks the tokens of a text: the runs between delimiters, and on demand each delimiter as a token of its own. One thread
+/// at a time.
+class VX_API StringTokenizer : public Object {
+public:
+    /// Null `delimiters` are blank, carriage return, line feed, tab and form feed.
+    explicit StringTokenizer(const String& text, const char16_t* delimiters = nullptr, bool returnDelimiters = false);
+    ~StringTokenizer() noexcept override;
+
+    bool hasMoreTokens();
+    /// Non-null `delimiters` hold from this call on, and drop what `hasMoreTokens` saw. Throws Exception "No such element"
+    /// behind the last token.
+    String nextToken(const char16_t* delimiters = nullptr);
+    /// The tokens that are left.
+    int getTokenCount() const;
+
+protected:
+    /// Where the next token from `start` on begins; beyond the length where there is none.
+    int skipDelims(int start) const;
+    /// Where the token that begins at `start` ends; beyond the length for the last one.
+    int scanToken(int start) const;
+
+private:
+    static const STRUCT_VX_STR_LIT_INFO s_defaultDelims;
+
+    bool isDelimiter(int index) const;
+
+    String m_text;
+    String m_delimiters;
+    bool m_returnDelimiters;
+    int m_position = 0;
+    int m_peeked = -1;
+};
+
+} // namespace vx::util
