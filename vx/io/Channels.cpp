@@ -1,0 +1,156 @@
+#include "vx/io/Channels.h"
+
+#include "vx/Exceptions.h"
+#include "vx/io/detail/ChannelBoundary.h"
+#include "vx/util/CopyCharBuffer.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vx::io {
+
+namespace {
+
+/// What remains of a buffer, as a channel counts it. A limit below the position leaves nothing.
+std::int32_t remainingOf(const ByteBuffer& buffer)
+{
+    if (buffer.getLimit() < buffer.getPosition())
+        return 0;
+    constexpr unsigned int MOST = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min(buffer.remaining(), MOST));
+}
+
+/// Moves the position over what was done; -1, the end of the stream, moves nothing. Throws RangeErrorException for more
+/// than there was room for.
+int moveOver(ByteBuffer& buffer, std::int32_t count)
+{
+    if (count > 0)
+        buffer.setPosition(buffer.getPosition() + static_cast<unsigned int>(count));
+    return count;
+}
+
+template <class Stream>
+Stream& usable(const Reference<Stream>& stream)
+{
+    if (stream == nullptr)
+        throw UnsupportedOperationException();
+    return *stream;
+}
+
+class IoStreamChannel final : public Object, public IInheritableChannel, public vorb::IVXChannel {
+public:
+    IoStreamChannel(InputStream* input, OutputStream* output, const String& id)
+        : m_input(input)
+        , m_output(output)
+        , m_id(id)
+    {
+    }
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap()
+    {
+        static const vx::vorb::InterfaceData map[] = {
+            vx::vorb::viewRow<IoStreamChannel, vorb::IVXChannel>(), vx::vorb::forwardRow<Object>(), vx::vorb::endRow()};
+        return map;
+    }
+
+    // IInheritableChannel
+    int read(ByteBuffer& buffer) override
+    {
+        signed char* const target = buffer.getBuffer() + buffer.getPosition();
+        return moveOver(buffer, usable(m_input).read(target, remainingOf(buffer)));
+    }
+    int write(ByteBuffer& buffer) override
+    {
+        const std::int32_t count = remainingOf(buffer);
+        usable(m_output).write(buffer.getConstBuffer() + buffer.getPosition(), count);
+        return moveOver(buffer, count);
+    }
+    String getInheritanceId() override
+    {
+        if (m_id.isEmpty())
+            throwResult(RESULT_NOT_AVAILABLE);
+        return m_id;
+    }
+
+    // vorb::IVXChannel
+    std::int32_t Read(signed char* bytes, std::int32_t* length) override
+    {
+        return detail::readInto(*this, bytes, length);
+    }
+    std::int32_t Write(const signed char* bytes, std::int32_t* length) override
+    {
+        return detail::writeFrom(*this, bytes, length);
+    }
+    std::int32_t GetInheritanceId(IVXCharBuffer* out) override
+    {
+        return vx::vorb::atBoundary([&] {
+            String id = getInheritanceId();
+            VXCopyCharBuffer(out, &id);
+        });
+    }
+
+private:
+    Reference<InputStream> m_input;
+    Reference<OutputStream> m_output;
+    String m_id;
+};
+
+class VorbChannel final : public Object, public IInheritableChannel {
+public:
+    explicit VorbChannel(vorb::IVXChannel* channel)
+        : m_channel(channel)
+    {
+    }
+
+    VX_OBJECT_UNKNOWN(Object)
+
+    // IInheritableChannel
+    int read(ByteBuffer& buffer) override
+    {
+        std::int32_t count = remainingOf(buffer);
+        throwIfFailed(m_channel->Read(buffer.getBuffer() + buffer.getPosition(), &count));
+        return moveOver(buffer, count);
+    }
+    int write(ByteBuffer& buffer) override
+    {
+        std::int32_t count = remainingOf(buffer);
+        throwIfFailed(m_channel->Write(buffer.getConstBuffer() + buffer.getPosition(), &count));
+        return moveOver(buffer, count);
+    }
+    String getInheritanceId() override
+    {
+        const Reference<String> id(new String); // a component may count what it is handed
+        throwIfFailed(m_channel->GetInheritanceId(id.get()));
+        return *id;
+    }
+
+private:
+    Reference<vorb::IVXChannel> m_channel;
+};
+
+} // namespace
+
+Reference<IChannel> Channels::adaptStreams(InputStream* input, OutputStream* output)
+{
+    return new IoStreamChannel(input, output, String());
+}
+
+Reference<IInheritableChannel> Channels::adaptStreams(InputStream* input, OutputStream* output, const String& id)
+{
+    return new IoStreamChannel(input, output, id);
+}
+
+Reference<IChannel> Channels::adaptVorbChannel(vorb::IVXChannel* channel)
+{
+    return new VorbChannel(channel);
+}
+
+Reference<IInheritableChannel> Channels::adaptVorbWithInheritance(vorb::IVXChannel* channel)
+{
+    const Reference<IInheritableChannel> adapted(new VorbChannel(channel));
+    static_cast<void>(adapted->getInheritanceId());
+    return adapted;
+}
+
+} // namespace vx::io

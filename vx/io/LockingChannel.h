@@ -1,0 +1,33 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/io/IChannel.h"
+#include "vx/sync/Mutex.h"
+
+namespace vx::io {
+
+/// A channel with a lock for its users: `wait` and `signal` bracket a sequence of calls, a question and its answer say.
+/// `read` and `write` by themselves take no lock.
+class VX_API LockingChannel : public sync::LockObject, public IChannel {
+public:
+    /// `channel` is counted; `name` labels the lock for a person.
+    LockingChannel(IChannel* channel, const char* name);
+    ~LockingChannel() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(sync::LockObject)
+
+    // LockObject
+    void wait() override VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS;
+    bool tryWait() override VX_TRY_ACQUIRE(true) VX_NO_THREAD_SAFETY_ANALYSIS;
+    void signal() override VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS;
+
+    // IChannel
+    int read(ByteBuffer& buffer) override;
+    int write(ByteBuffer& buffer) override;
+
+private:
+    Reference<IChannel> m_channel;
+    sync::Mutex m_lock;
+};
+
+} // namespace vx::io

@@ -1,0 +1,42 @@
+#include "vx/io/ReadWriteChannel.h"
+
+#include "vx/io/detail/ChannelBoundary.h"
+
+namespace vx::io {
+
+ReadWriteChannel::ReadWriteChannel(IReadChannel* reader, IWriteChannel* writer)
+    : m_reader(reader)
+    , m_writer(writer)
+{
+}
+
+ReadWriteChannel::~ReadWriteChannel() noexcept(false) = default;
+
+const vx::vorb::InterfaceData* ReadWriteChannel::GetComIntfMap()
+{
+    static const vx::vorb::InterfaceData map[]
+        = {vx::vorb::viewRow<ReadWriteChannel, vorb::IVXChannel>(), vx::vorb::forwardRow<Object>(), vx::vorb::endRow()};
+    return map;
+}
+
+int ReadWriteChannel::read(ByteBuffer& buffer)
+{
+    return m_reader->read(buffer);
+}
+
+int ReadWriteChannel::write(ByteBuffer& buffer)
+{
+    return m_writer->write(buffer);
+}
+
+std::int32_t ReadWriteChannel::Read(signed char* bytes, std::int32_t* length)
+{
+    return detail::readInto(*this, bytes, length);
+}
+
+std::int32_t ReadWriteChannel::Write(const signed char* bytes, std::int32_t* length)
+{
+    return detail::writeFrom(*this, bytes, length);
+}
+
+} // namespace vx::io

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/Reference.h"
+#include "vx/io/IChannel.h"
+#include "vx/io/vorb/IVXChannel.h"
+
+namespace vx::io {
+
+/// A channel made of two halves, which are counted. A derived class says how it is named to another process.
+class VX_API ReadWriteChannel : public Object, public IChannel, public vorb::IVXChannel {
+public:
+    ReadWriteChannel(IReadChannel* reader, IWriteChannel* writer);
+    ReadWriteChannel(const ReadWriteChannel&) = delete;
+    ReadWriteChannel& operator=(const ReadWriteChannel&) = delete;
+    ~ReadWriteChannel() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap();
+
+    // IChannel
+    int read(ByteBuffer& buffer) override;
+    int write(ByteBuffer& buffer) override;
+
+    // vorb::IVXChannel
+    std::int32_t Read(signed char* bytes, std::int32_t* length) override;
+    std::int32_t Write(const signed char* bytes, std::int32_t* length) override;
+
+private:
+    Reference<IReadChannel> m_reader;
+    Reference<IWriteChannel> m_writer;
+};
+
+} // namespace vx::io
