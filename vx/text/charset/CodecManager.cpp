@@ -4,10 +4,14 @@
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/Result.h"
+#include "vx/detail/OwnModule.h"
 #include "vx/sync/ScopedLock.h"
+#include "vx/text/charset/BTCMultiByte.h"
+#include "vx/text/charset/CTBMultiByte.h"
 #include "vx/text/charset/EncInfo.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/text/charset/detail/CodecTable.h"
+#include "vxsys/Component.h"
 
 namespace vx::text::charset {
 
@@ -31,6 +35,21 @@ Str1 upperCase(const char16_t* name)
     Str1 key(name);
     key.toUpper();
     return key;
+}
+
+/// Null where no component answers to exactly this name.
+Reference<IVXCharCodec> createCodec(const char16_t* name)
+{
+    String progId(u"Velmaris.CharCodec.");
+    progId.append(name);
+    _GUID classId;
+    Reference<IVXCharCodec> codec;
+    if (failed(VXComClassIDFromProgID(progId.getData(), &classId))
+        || failed(VXModuleComCreateObject(
+            vx::detail::getOwnModule(), &classId, nullptr, &IVXCharCodec::IID, codec.outVoid()))) {
+        return nullptr;
+    }
+    return codec;
 }
 
 sync::LockObject& globalLock()
@@ -100,6 +119,12 @@ Object* CodecManager::create(const char16_t* name, Side side)
     if (m_codecs->get(key, found)) {
         const auto& classes = static_cast<const CodecClasses&>(*found);
         return (side == Side::ENCODER ? classes.encoder : classes.decoder)->createInstance();
+    }
+
+    if (const Reference<IVXCharCodec> codec = createCodec(name)) {
+        if (side == Side::ENCODER)
+            return new CTBCom(codec.get());
+        return new BTCCom(codec.get());
     }
 
     VXEncInfo info;

@@ -1,0 +1,336 @@
+#include "tests/Slots.h"
+#include "tests/vx/Offer.h"
+#include "vx/text/charset/BTCMultiByte.h"
+#include "vx/text/charset/CTBMultiByte.h"
+#include "vx/text/charset/CharsetException.h"
+#include "vx/util/RWByteBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+namespace vx::text::charset {
+namespace {
+
+TEST(MultiByte, KeepsTheOrderOfVirtualOperations)
+{
+    expectSlots("BTCMultiByte", 21, {slotOf(&BTCMultiByte::convertBytes)});
+    expectSlots("CTBMultiByte", 21, {slotOf(&CTBMultiByte::convertChar)});
+    expectSlots("IVXCharCodec", 3,
+        {slotOf(&IVXCharCodec::GetName), slotOf(&IVXCharCodec::GetMaxBytesPerChar),
+            slotOf(&IVXCharCodec::GetMaxCharsPerByte), slotOf(&IVXCharCodec::ConvertBytes),
+            slotOf(&IVXCharCodec::ConvertChar)});
+}
+
+/// A codec of another library. Small letters are themselves; "2" and "4" begin sequences of that many bytes, which are
+/// U+20AC and U+1F600; "s" is a surrogate, "h" a value too high, "u" has no character. The rest comes as it is told.
+struct TestCodec : Component<IVXCharCodec> {
+    std::int32_t GetName(IVXCharBuffer* name) override
+    {
+        const Reference<IVXCharBuffer> kept(name); // as a library may
+        char16_t* units = nullptr;
+        EXPECT_EQ(name->GetWriteLock(4, &units), RESULT_OK);
+        std::u16string(u"Test").copy(units, 4);
+        EXPECT_EQ(name->ReleaseWriteLock(4), RESULT_OK);
+        return m_results[0];
+    }
+    std::int32_t GetMaxBytesPerChar(std::int32_t* value) override
+    {
+        *value = 4;
+        return m_results[1];
+    }
+    std::int32_t GetMaxCharsPerByte(std::int32_t* value) override
+    {
+        *value = 1;
+        return m_results[2];
+    }
+    std::int32_t ConvertBytes(const signed char* bytes, std::int32_t* length, std::uint32_t* codePoint) override
+    {
+        if (m_decode)
+            return m_decode(length, codePoint);
+        const int needed = *bytes == '2' ? 2 : *bytes == '4' ? 4 : 1;
+        if (*length < needed)
+            return *length = 0;
+        *length = needed;
+        switch (*bytes) {
+        case '2':
+            *codePoint = 0x20AC;
+            break;
+        case '4':
+            *codePoint = 0x1F600;
+            break;
+        case 's':
+            *codePoint = 0xD912;
+            break;
+        case 'h':
+            *codePoint = 0x110000;
+            break;
+        case 'u':
+            *codePoint = 0xFFFD;
+            break;
+        default:
+            *codePoint = static_cast<unsigned char>(*bytes);
+        }
+        return RESULT_OK;
+    }
+    std::int32_t ConvertChar(std::uint32_t codePoint, IVXByteBuffer* bytes) override
+    {
+        const Reference<IVXByteBuffer> kept(bytes);
+        if (m_encode)
+            return m_encode(codePoint, bytes);
+        return codePoint < 0x80    ? fill(bytes, std::string(1, static_cast<char>(codePoint)))
+            : codePoint == 0x20AC  ? fill(bytes, "2x")
+            : codePoint == 0x1F600 ? fill(bytes, "4xyz")
+                                   : RESULT_UNMAPPABLE_CHARACTER;
+    }
+
+    static std::int32_t fill(IVXByteBuffer* target, const std::string& text)
+    {
+        signed char* place = nullptr;
+        const int length = static_cast<int>(text.size());
+        if (const std::int32_t result = target->GetWriteLock(length, &place); result < 0)
+            return result;
+        std::copy(text.begin(), text.end(), place);
+        return target->ReleaseWriteLock(length);
+    }
+
+    std::int32_t m_results[3] {};
+    std::function<std::int32_t(std::int32_t*, std::uint32_t*)> m_decode;
+    std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)> m_encode;
+};
+
+/// What `converter` makes of `text`: the output, a "|" where an exception came, the units that are left unread.
+template <class Converter, class In, class Out>
+struct Run {
+    std::basic_string<Out> output;
+    std::int32_t read = 0;
+    std::string failure;
+
+    Run(Converter& converter, const std::basic_string<In>& text, int room = 100)
+    {
+        output.resize(static_cast<std::size_t>(room));
+        using Source = std::conditional_t<sizeof(In) == 1, signed char, char16_t>;
+        using Target = std::conditional_t<sizeof(Out) == 1, signed char, char16_t>;
+        std::int32_t written = 0;
+        try {
+            const std::int32_t stored = converter.convert(reinterpret_cast<const Source*>(text.data()), &read,
+                static_cast<std::int32_t>(text.size()), reinterpret_cast<Target*>(output.data()), &written, room);
+            EXPECT_EQ(stored, written);
+        } catch (const Exception& thrown) {
+            failure = thrown.getResult() == RESULT_UNMAPPABLE_CHARACTER && thrown.getDescription().isEmpty()
+                ? "unmappable"
+                : thrown.getDescription().toUtf8();
+        }
+        output.resize(static_cast<std::size_t>(written));
+    }
+};
+using Decode = Run<ByteToCharConverter, char, char16_t>;
+using Encode = Run<CharToByteConverter, char16_t, char>;
+
+TEST(BTCMultiByte, DecodesSequenceBySequence)
+{
+    const Reference<TestCodec> codec(new TestCodec);
+    BTCCom decoder(codec.get());
+    EXPECT_EQ(std::u16string(decoder.getEncodingName()), u"Test");
+    EXPECT_EQ(decoder.getMaxBytesPerChar(), 4);
+    EXPECT_EQ(decoder.getMaxCharsPerByte(), 1);
+
+    struct {
+        const char* bytes;
+        int room;
+        bool substitutes;
+        const char16_t* output;
+        int read;
+        const char* failure;
+    } cases[] = {
+        {"a2xb4xyzc", 100, true, u"a\u20ACb\U0001F600c", 9, ""},
+        {"a2", 100, true, u"a", 1, ""},
+        {"4xy", 100, true, u"", 0, ""},
+        {"a2x", 1, true, u"a", 1, ""},
+        {"4xyz", 1, true, u"", 0, ""},
+        {"as", 100, true, u"a", 1, "Invalid byte sequence (decoded chars in surrogate range)"},
+        {"s", 0, true, u"", 0, ""},
+        {"ahub", 100, true, u"a\uFFFD\uFFFDb", 4, ""},
+        {"au", 1, true, u"a", 1, ""},
+        {"ah", 100, false, u"a", 1, "unmappable"},
+        {"au", 1, false, u"a", 1, "unmappable"},
+    };
+    for (const auto& row : cases) {
+        decoder.setSubstitutionMode(row.substitutes);
+        const Decode run(decoder, row.bytes, row.room);
+        EXPECT_EQ(run.output, row.output) << row.bytes;
+        EXPECT_EQ(run.read, row.read) << row.bytes;
+        EXPECT_EQ(run.failure, row.failure) << row.bytes;
+    }
+    decoder.setSubstitutionMode(true);
+    decoder.setSubstitutionChars(u"<?>", 3);
+    EXPECT_EQ(Decode(decoder, "uau", 6).output, u"<?>a") << "all of it or nothing";
+    EXPECT_EQ(decoder.flush(nullptr, nullptr, 0), 0);
+}
+
+TEST(BTCMultiByte, FlushesWhatADerivedClassHolds)
+{
+    struct Holder : BTCMultiByte {
+        std::uint32_t convertBytes(const signed char*, int&) override { return 0; }
+        using BTCMultiByte::m_trail;
+    } decoder;
+    EXPECT_EQ(decoder.getMaxBytesPerChar(), -1);
+    EXPECT_EQ(decoder.getMaxCharsPerByte(), -1);
+    EXPECT_EQ(std::u16string(decoder.getEncodingName()), u"");
+    decoder.m_trail = 0xDC01;
+    char16_t units[3] = u"??";
+    std::int32_t position = 1;
+    EXPECT_THROW(decoder.flush(units, &position, 2), InvalidCharacterException);
+    EXPECT_EQ(decoder.flush(units, &position, 3), 1);
+    EXPECT_EQ(units[1], 0xDC01);
+    decoder.reset();
+    EXPECT_EQ(decoder.flush(units, &position, 3), 0);
+}
+
+TEST(BTCCom, TakesALyingCodecForOneWithoutTheCharacter)
+{
+    const Reference<TestCodec> codec(new TestCodec);
+    BTCCom decoder(codec.get());
+    struct {
+        const char* lie;
+        std::function<std::int32_t(std::int32_t*, std::uint32_t*)> decode;
+        const char16_t* output;
+        int read;
+    } cases[] = {
+        {"fails and writes nothing", [](auto*, auto*) { return RESULT_FAIL; }, u"\uFFFD", 3},
+        {"more bytes than there are", [](auto* length, auto* value) { return *value = 'x', *length = 4; }, u"\uFFFD",
+            3},
+        {"less than none", [](auto* length, auto* value) { return *value = 'x', *length = -1; }, u"\uFFFD", 3},
+        {"the result is nobody's", [](auto* length, auto* value) { return *value = 'x', *length = 1, RESULT_FAIL; },
+            u"xxx", 3},
+        {"waits for ever", [](auto* length, auto*) { return *length = 0; }, u"", 0},
+        {"beyond the last character", [](auto*, auto* value) { return *value = 0xFFFFFFFF, RESULT_OK; }, u"\uFFFD", 3},
+    };
+    for (const auto& row : cases) {
+        codec->m_decode = row.decode;
+        const Decode run(decoder, "abc");
+        EXPECT_EQ(run.output, row.output) << row.lie;
+        EXPECT_EQ(run.read, row.read) << row.lie;
+    }
+}
+
+TEST(CTBMultiByte, EncodesCharacterByCharacter)
+{
+    const Reference<TestCodec> codec(new TestCodec);
+    struct {
+        const char16_t* text;
+        int room;
+        bool substitutes;
+        const char* output;
+        int read;
+        const char* failure;
+    } cases[] = {
+        {u"a\u20ACb\U0001F600", 100, true, "a2xb4xyz", 5, ""},
+        {u"a\u20AC", 2, true, "a", 1, ""},
+        {u"\U0001F600", 3, true, "", 1, ""},
+        {u"a\u00E4b", 100, true, "a?b", 3, ""},
+        {u"a\U0001F601b", 100, true, "a?b", 4, ""},
+        {u"a\u00E4", 1, true, "a", 1, ""},
+        {u"a\u00E4", 1, false, "a", 1, "unmappable"},
+        {u"\U0001F601", 100, false, "", 1, "unmappable"},
+        {u"a\xDC00", 100, true, "a", 1, "trailing surrogate without leading"},
+        {u"\xD83D\xD83D", 100, true, "", 1, "leading surrogate without trailing"},
+        {u"\xD83Dz", 100, false, "", 1, "leading surrogate without trailing"},
+    };
+    for (const auto& row : cases) {
+        CTBCom encoder(codec.get());
+        encoder.setSubstitutionMode(row.substitutes);
+        const Encode run(encoder, row.text, row.room);
+        EXPECT_EQ(run.output, row.output) << String(row.text);
+        EXPECT_EQ(run.read, row.read) << String(row.text);
+        EXPECT_EQ(run.failure, row.failure) << String(row.text);
+    }
+
+    CTBCom encoder(codec.get());
+    EXPECT_EQ(Encode(encoder, u"\xD83D").output, "");
+    signed char none = 0;
+    std::int32_t position = 0;
+    EXPECT_THROW(encoder.flush(&none, &position, 1), InvalidCharacterException);
+    EXPECT_EQ(Encode(encoder, u"\xDE00", 3).read, 0) << "the lead stays held where there is no room";
+    EXPECT_EQ(Encode(encoder, u"\xDE00").output, "4xyz");
+    EXPECT_EQ(encoder.flush(&none, &position, 1), 0);
+    EXPECT_EQ(Encode(encoder, u"\xD83D").read, 1);
+    encoder.reset();
+    EXPECT_EQ(Encode(encoder, u"a").output, "a");
+}
+
+TEST(CTBCom, TakesALyingCodecForOneWithoutTheCharacter)
+{
+    const Reference<TestCodec> codec(new TestCodec);
+    CTBCom encoder(codec.get());
+    struct {
+        const char* lie;
+        std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)> encode;
+        const char* output;
+    } cases[] = {
+        {"nothing", [](auto, auto*) { return RESULT_OK; }, "?"},
+        {"fails behind it", [](auto, auto* to) { return TestCodec::fill(to, "x"), RESULT_FAIL; }, "?"},
+        {"too long", [](auto, auto* to) { return TestCodec::fill(to, "1234567"); }, "?"},
+        {"as long as can be", [](auto, auto* to) { return TestCodec::fill(to, "123456"); }, "123456"},
+        {"a length without bytes", [](auto, auto* to) { return to->ReleaseWriteLock(7); }, "?"},
+    };
+    for (const auto& row : cases) {
+        codec->m_encode = row.encode;
+        EXPECT_EQ(Encode(encoder, u"a").output, row.output) << row.lie;
+    }
+}
+
+TEST(ComConverters, WantToKnowTheirCodec)
+{
+    const Reference<TestCodec> codec(new TestCodec);
+    for (std::int32_t& result : codec->m_results) {
+        result = RESULT_END_OF_FILE;
+        EXPECT_EQ(resultOf([&] { BTCCom decoder(codec.get()); }), RESULT_END_OF_FILE);
+        EXPECT_EQ(resultOf([&] { CTBCom encoder(codec.get()); }), RESULT_END_OF_FILE);
+        EXPECT_EQ(codec->GetRefCount(), 1U);
+        result = RESULT_OK;
+    }
+    EXPECT_EQ(resultOf([] { BTCCom decoder(nullptr); }), RESULT_POINTER);
+}
+
+TEST(CodecManager, AsksForComponentsByTheNameThatIsAsked)
+{
+    std::string asked;
+    const auto offer = [&](const char* who, bool isBroken) {
+        return [&asked, who, isBroken] {
+            (asked += who) += ' ';
+            auto* codec = new TestCodec;
+            codec->m_results[0] = isBroken ? RESULT_END_OF_FILE : RESULT_OK;
+            return codec->GetUnknown();
+        };
+    };
+    const auto ask = [&](const char16_t* name) {
+        asked.clear();
+        const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(name));
+        const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
+        EXPECT_EQ(std::u16string(decoder->getEncodingName()), u"Test");
+        EXPECT_EQ(Decode(*decoder, "2x").output, u"\u20AC");
+        EXPECT_EQ(Encode(*encoder, u"\u20AC").output, "2x");
+        return asked;
+    };
+    const Offer canonical(u"Velmaris.CharCodec.CP1257", offer("canonical", false));
+    EXPECT_EQ(ask(u"Windows-1257"), "canonical canonical ") << "a new one each time";
+    EXPECT_EQ(ask(u"1257"), "canonical canonical ");
+    {
+        const Offer alias(u"Velmaris.CharCodec.windows-1257", offer("alias", false));
+        EXPECT_EQ(ask(u"Windows-1257"), "alias alias ");
+        EXPECT_EQ(ask(u"cp1257"), "canonical canonical ");
+        const Offer own(u"Velmaris.CharCodec.UTF-8", [] { return nullptr; });
+        EXPECT_EQ(std::u16string(
+                      Reference<ByteToCharConverter>(ByteToCharConverter::getConverter(u"utf-8"))->getEncodingName()),
+            u"UTF-8")
+            << "the library's own come first";
+        const Offer broken(u"Velmaris.CharCodec.broken", offer("broken", true));
+        EXPECT_EQ(resultOf([] { ByteToCharConverter::getConverter(u"broken"); }), RESULT_END_OF_FILE);
+        EXPECT_EQ(resultOf([] { CharToByteConverter::getConverter(u"broken"); }), RESULT_END_OF_FILE);
+    }
+}
+
+} // namespace
+} // namespace vx::text::charset
