@@ -1,0 +1,85 @@
+#include "vx/net/vorb/AbstractTransport.h"
+
+#include "vx/Result.h"
+#include "vx/util/vorb/VorbPropertySet.h"
+
+namespace vx::net::vorb {
+
+namespace {
+
+/// The interface `iid` of what `make` gives; RESULT_FAIL where that is null.
+template <class Make>
+std::int32_t give(const _GUID& iid, void** result, Make&& make)
+{
+    if (result == nullptr)
+        return RESULT_POINTER;
+    *result = nullptr;
+    const auto object = make();
+    return object != nullptr ? object->QueryInterface(iid, result) : RESULT_FAIL;
+}
+
+/// As above from properties.
+template <class Make>
+std::int32_t giveFrom(const util::vorb::IPropertySet* properties, const _GUID& iid, void** result, Make&& make)
+{
+    if (properties == nullptr)
+        return RESULT_POINTER;
+    return give(iid, result, [&] {
+        // The component's own business is whether it lets its properties be changed.
+        const util::vorb::VorbPropertySet set(const_cast<util::vorb::IPropertySet*>(properties), nullptr);
+        return make(set);
+    });
+}
+
+} // namespace
+
+AbstractAcceptor::~AbstractAcceptor() noexcept(false) = default;
+
+const vx::vorb::InterfaceData* AbstractAcceptor::GetComIntfMap()
+{
+    static const vx::vorb::InterfaceData map[]
+        = {vx::vorb::viewRow<AbstractAcceptor, IVXAcceptor>(), vx::vorb::endRow()};
+    return map;
+}
+
+std::int32_t AbstractAcceptor::Accept(const _GUID& iid, void** result)
+{
+    return give(iid, result, [&] { return accept(); });
+}
+
+AbstractConnector::~AbstractConnector() noexcept(false) = default;
+
+const vx::vorb::InterfaceData* AbstractConnector::GetComIntfMap()
+{
+    static const vx::vorb::InterfaceData map[]
+        = {vx::vorb::viewRow<AbstractConnector, IVXConnector2>(), vx::vorb::endRow()};
+    return map;
+}
+
+std::int32_t AbstractConnector::Connect(const _GUID& iid, void** result)
+{
+    return give(iid, result, [&] { return connect(); });
+}
+
+AbstractTransport::~AbstractTransport() noexcept(false) = default;
+
+const vx::vorb::InterfaceData* AbstractTransport::GetComIntfMap()
+{
+    static const vx::vorb::InterfaceData map[]
+        = {vx::vorb::viewRow<AbstractTransport, IVXTransport>(), vx::vorb::endRow()};
+    return map;
+}
+
+std::int32_t AbstractTransport::CreateAcceptor(
+    const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
+{
+    return giveFrom(properties, iid, result, [&](const util::PropertySet& set) { return createAcceptor(set); });
+}
+
+std::int32_t AbstractTransport::CreateConnector(
+    const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
+{
+    return giveFrom(properties, iid, result, [&](const util::PropertySet& set) { return createConnector(set); });
+}
+
+} // namespace vx::net::vorb

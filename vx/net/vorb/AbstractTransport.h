@@ -1,0 +1,62 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/net/ITransport.h"
+#include "vx/net/vorb/IVXTransport.h"
+
+namespace vx::net::vorb {
+
+// Bases of transports: a derived class writes the class operations and is a component by them. Nothing is caught here: what
+// a class operation throws leaves through the component operation.
+
+class VX_API AbstractAcceptor : public Object, public IVXAcceptor, public IAcceptor {
+public:
+    AbstractAcceptor(const AbstractAcceptor&) = delete;
+    AbstractAcceptor& operator=(const AbstractAcceptor&) = delete;
+    ~AbstractAcceptor() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap();
+
+    // IVXAcceptor
+    std::int32_t Accept(const _GUID& iid, void** result) override;
+
+protected:
+    AbstractAcceptor() noexcept = default;
+};
+
+class VX_API AbstractConnector : public Object, public IVXConnector2, public IConnector {
+public:
+    AbstractConnector(const AbstractConnector&) = delete;
+    AbstractConnector& operator=(const AbstractConnector&) = delete;
+    ~AbstractConnector() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap();
+
+    // IVXConnector2
+    std::int32_t Connect(const _GUID& iid, void** result) override;
+
+protected:
+    AbstractConnector() noexcept = default;
+};
+
+/// The class operations get a set that lasts for the call.
+class VX_API AbstractTransport : public Object, public IVXTransport, public ITransport {
+public:
+    AbstractTransport(const AbstractTransport&) = delete;
+    AbstractTransport& operator=(const AbstractTransport&) = delete;
+    ~AbstractTransport() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap();
+
+    // IVXTransport
+    std::int32_t CreateAcceptor(const util::vorb::IPropertySet* properties, const _GUID& iid, void** result) override;
+    std::int32_t CreateConnector(const util::vorb::IPropertySet* properties, const _GUID& iid, void** result) override;
+
+protected:
+    AbstractTransport() noexcept = default;
+};
+
+} // namespace vx::net::vorb

@@ -1,0 +1,83 @@
+#include "vx/net/vorb/VorbTransport.h"
+
+#include "vx/Exception.h"
+#include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/io/Channels.h"
+#include "vx/util/PropertySet.h"
+#include "vxsys/Component.h"
+
+namespace vx::net::vorb {
+
+namespace {
+
+/// What a component operation hands over under the identifier of `Interface`. Success with nothing is a failure too.
+template <class Interface, class Operation>
+Reference<Interface> obtain(Operation&& operation)
+{
+    Reference<Interface> object;
+    throwIfFailed(operation(Interface::IID, object.outVoid()));
+    if (object == nullptr)
+        throwResult(RESULT_POINTER);
+    return object;
+}
+
+template <class Component>
+Reference<io::IChannel> channelOf(Component& component, std::int32_t (Component::*open)(const _GUID&, void**))
+{
+    return io::Channels::adaptVorbChannel(
+        obtain<io::vorb::IVXChannel>([&](const _GUID& iid, void** out) { return (component.*open)(iid, out); }).get());
+}
+
+template <class Product>
+Reference<Product> create(IVXTransport& transport, const util::PropertySet& properties,
+    std::int32_t (IVXTransport::*make)(const util::vorb::IPropertySet*, const _GUID&, void**))
+{
+    const Reference<const util::vorb::IPropertySet> shared = util::PropertySet::getVorb(properties);
+    return obtain<Product>([&](const _GUID& iid, void** out) { return (transport.*make)(shared.get(), iid, out); });
+}
+
+} // namespace
+
+VorbAcceptor::VorbAcceptor(IVXAcceptor* acceptor)
+    : m_acceptor(acceptor)
+{
+}
+
+VorbAcceptor::~VorbAcceptor() noexcept(false) = default;
+
+Reference<io::IChannel> VorbAcceptor::accept()
+{
+    return channelOf(*m_acceptor, &IVXAcceptor::Accept);
+}
+
+VorbConnector::VorbConnector(IVXConnector2* connector)
+    : m_connector(connector)
+{
+}
+
+VorbConnector::~VorbConnector() noexcept(false) = default;
+
+Reference<io::IChannel> VorbConnector::connect()
+{
+    return channelOf(*m_connector, &IVXConnector2::Connect);
+}
+
+VorbTransport::VorbTransport(const String& progId)
+{
+    throwIfFailed(VXComCreateObjectByProgID(progId.getData(), nullptr, &IVXTransport::IID, m_transport.outVoid()));
+}
+
+VorbTransport::~VorbTransport() noexcept(false) = default;
+
+Reference<IConnector> VorbTransport::createConnector(const util::PropertySet& properties)
+{
+    return new VorbConnector(create<IVXConnector2>(*m_transport, properties, &IVXTransport::CreateConnector).get());
+}
+
+Reference<IAcceptor> VorbTransport::createAcceptor(const util::PropertySet& properties)
+{
+    return new VorbAcceptor(create<IVXAcceptor>(*m_transport, properties, &IVXTransport::CreateAcceptor).get());
+}
+
+} // namespace vx::net::vorb
