@@ -5,9 +5,11 @@
 #include "vx/collections/List.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/ArrayList.h"
+#include "vx/i18n/StringMapBundle.h"
 #include "vx/log/AbstractLogWriter.h"
 #include "vx/log/LogEntry.h"
 #include "vx/log/Logger.h"
+#include "vx/log/StringBundleLogger.h"
 #include "vx/log/SyncLogger.h"
 #include "vx/log/TimeStamp.h"
 #include "vx/log/detail/Placeholders.h"
@@ -295,6 +297,33 @@ TEST(TimeStamp, PrintsItselfSortable)
     EXPECT_THROW(TimeStamp(STRUCT_VX_TIME {}).toString(), ResultException);
     const TimeStamp moment(STRUCT_VX_TIME {2026, 11, 4, 19, 2, 58, 1, 123});
     EXPECT_GT(moment.toString(true).getLength(), moment.toString().getLength());
+}
+
+TEST(StringBundleLogger, LogsTheTextsOfABundle)
+{
+    expectSlots("StringBundleLogger", 11,
+        {slotOf<void (StringBundleLogger::*)(int, const String&, const collections::List<Object>&)>(
+             &StringBundleLogger::log),
+            slotOf<void (StringBundleLogger::*)(int, const String&)>(&StringBundleLogger::log)});
+    const Reference<collections::StringHashMap> texts(new collections::StringHashMap);
+    texts->put(u"late", Reference<String>(new String(u"{1} ist {0} zu spät")).get());
+    const Reference<i18n::StringBundle> bundle(new i18n::StringMapBundle(texts.get(), nullptr));
+    const Reference<RecordingProcessor> processor(new RecordingProcessor);
+    const Reference<Logger> target(new Logger);
+    target->addProcessor(processor.get());
+    StringBundleLogger logger(bundle.get(), target.get());
+
+    const Reference<collections::List<Object>> arguments(
+        new collections::List<Object>(new collections::vorb::ArrayList));
+    arguments->add(Reference<Object>(new String(u"7 s")).get());
+    arguments->add(Reference<Object>(new String(u"{0}")).get());
+    logger.log(3, u"late", *arguments);
+    logger.log(4, u"late");
+    EXPECT_THROW(logger.log(5, u"early"), Exception);
+    ASSERT_EQ(processor->entries().size(), 2U);
+    EXPECT_EQ(fieldOf(*processor->entries()[0], u"text"), "{0} ist 7 s zu spät");
+    EXPECT_EQ(fieldOf(*processor->entries()[0], u"level"), "3");
+    EXPECT_EQ(fieldOf(*processor->entries()[1], u"text"), "{1} ist {0} zu spät");
 }
 
 } // namespace
