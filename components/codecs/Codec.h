@@ -1,0 +1,43 @@
+#pragma once
+
+#include "CodePages.h"
+
+#include <vx/Object.h>
+#include <vx/text/charset/IVXCharCodec.h>
+
+namespace vx::components {
+
+/// What the codecs here share: they say what they are by the row of their code page.
+class Codec : public Object, public IVXCharCodec {
+public:
+    VX_OBJECT_UNKNOWN(Object)
+    static const vorb::InterfaceData* GetComIntfMap();
+
+    // IVXCharCodec
+    std::int32_t GetName(IVXCharBuffer* name) override;
+    std::int32_t GetMaxBytesPerChar(std::int32_t* value) override;
+    std::int32_t GetMaxCharsPerByte(std::int32_t* value) override;
+    std::int32_t ConvertBytes(const signed char* bytes, std::int32_t* length, std::uint32_t* codePoint) override;
+    std::int32_t ConvertChar(std::uint32_t codePoint, IVXByteBuffer* bytes) override;
+
+protected:
+    explicit Codec(const CodePage& page) noexcept
+        : m_page(page)
+    {
+    }
+    const CodePage& page() const noexcept { return m_page; }
+
+private:
+    /// The bytes of the first character or unmapped sequence, 0 where it needs more than `length`; `codePoint` is U+FFFD
+    /// at the start.
+    virtual int decode(const signed char* bytes, int length, std::uint32_t& codePoint) = 0;
+    /// The number of bytes written, at most 8, or 0 for a character without a mapping.
+    virtual int encode(std::uint32_t codePoint, char* bytes) = 0;
+
+    const CodePage& m_page;
+};
+
+/// A codec with count 0. Throws Exception where the system does not know the encoding.
+Codec* makeCodec(const CodePage& page);
+
+} // namespace vx::components
