@@ -41,8 +41,8 @@ Object* makeBundle()
 template <std::size_t index>
 vorb::ClassData rowOf()
 {
-    return {&CLASS_ID<index>, createInstance<makeBundle<index>>, createFactory, [] { return BUNDLES[index].progId; },
-        [] { return BUNDLES[index].description; }, noText, nullptr};
+    return makerRow<makeBundle<index>>(
+        CLASS_ID<index>, [] { return BUNDLES[index].progId; }, [] { return BUNDLES[index].description; });
 }
 
 template <std::size_t... indexes>

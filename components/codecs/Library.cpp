@@ -19,8 +19,8 @@ constexpr _GUID CLASS_ID = classIdOf(CODE_PAGES[index]);
 template <std::size_t index>
 vorb::ClassData rowOf()
 {
-    return {&CLASS_ID<index>, createInstance<[] { return makeCodec(CODE_PAGES[index]); }>, createFactory,
-        [] { return CODE_PAGES[index].progId; }, [] { return CODE_PAGES[index].name; }, noText, nullptr};
+    return makerRow<[] { return makeCodec(CODE_PAGES[index]); }>(
+        CLASS_ID<index>, [] { return CODE_PAGES[index].progId; }, [] { return CODE_PAGES[index].name; });
 }
 
 template <std::size_t... indexes>

@@ -15,8 +15,8 @@ TcpTransport* makeTransport()
 vorb::DllModule& library()
 {
     static vorb::ClassData rows[] = {
-        {&CLASS_ID, createInstance<makeTransport>, createFactory, [] { return u"Velmaris.Transport.Tcp"; },
-            [] { return u"Connections over TCP"; }, noText, nullptr},
+        makerRow<makeTransport>(
+            CLASS_ID, [] { return u"Velmaris.Transport.Tcp"; }, [] { return u"Connections over TCP"; }),
         {},
     };
     static vorb::DllModule module(rows);
