@@ -1,0 +1,333 @@
+#!/usr/bin/env python3
+"""Runs the vxlogd that the variable VXLOGD names, and talks to it as its clients would, the rude ones too."""
+
+import collections
+import os
+import signal
+import socket
+import subprocess
+import tempfile
+import threading
+import time
+import unittest
+import xml.etree.ElementTree
+
+PROGRAM = os.environ["VXLOGD"]
+SANITIZED = bool(os.environ.get("VXLOGD_SANITIZED"))  # it takes more memory than the program that people use
+PATIENCE = 60  # seconds for what comes at once
+
+
+class Client:
+    def __init__(self, port, greeting="", host="127.0.0.1"):
+        self.socket = socket.create_connection((host, port), timeout=PATIENCE)
+        if greeting:
+            self.socket.sendall(f"VXLOG {greeting}\n".encode())
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.socket.close()
+
+    def send(self, data):
+        self.socket.sendall(data)
+        return self
+
+    def end(self):
+        """Sends no more, and hears all that is still to be said."""
+        self.socket.shutdown(socket.SHUT_WR)
+        return self.rest()
+
+    def rest(self):
+        heard = b""
+        while piece := self.socket.recv(65536):
+            heard += piece
+        return heard.decode()
+
+    def hear(self, text):
+        heard = b""
+        while text.encode() not in heard:
+            piece = self.socket.recv(1)
+            if not piece:
+                raise AssertionError(f"the end instead of {text!r}, behind {heard!r}")
+            heard += piece
+
+
+class Served(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.log = self.path("log")
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, text):
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write(text)
+        return self.path(name)
+
+    def start(self, *options, listen="127.0.0.1"):
+        self.errors = open(self.path("errors"), "a+", encoding="utf-8")
+        self.addCleanup(self.errors.close)
+        self.server = subprocess.Popen(
+            [PROGRAM, f"--listen={listen}", "--port=0", f"--log={self.log}", *options],
+            stdout=subprocess.PIPE, stderr=self.errors, text=True, cwd=self.folder)
+        self.addCleanup(self.server.stdout.close)
+        self.addCleanup(self.server.wait)
+        self.addCleanup(self.server.kill)
+        addresses = self.server.stdout.readline()
+        self.assertTrue(addresses.startswith("listening on "), addresses)
+        self.port = int(addresses.rsplit(":", 1)[1])
+        return addresses
+
+    def stop(self, number=signal.SIGTERM):
+        self.server.send_signal(number)
+        return self.server.wait(PATIENCE)
+
+    def client(self, greeting="", host="127.0.0.1"):
+        client = Client(self.port, greeting, host)
+        self.addCleanup(client.socket.close)
+        return client
+
+    def entries(self, name="log", encoding="utf-8"):
+        with open(self.path(name), encoding=encoding, newline="") as file:
+            parts = file.read().split("-" * 25 + "\n")
+        self.assertEqual(parts.pop(), "", "a torn entry")
+        return [dict(line.split("=", 1) for line in part.splitlines()) for part in parts]
+
+    def texts(self, name="log", encoding="utf-8"):
+        return [entry["text"] for entry in self.entries(name, encoding)]
+
+    def wait_for(self, condition):
+        end = time.monotonic() + PATIENCE
+        while not condition():
+            self.assertLess(time.monotonic(), end, "it does not come")
+            time.sleep(0.01)
+
+    def said(self):
+        self.errors.seek(0)
+        return self.errors.read()
+
+
+class Lines(Served):
+    def test_become_entries_that_are_answered_for(self):
+        self.start("--level=7")
+        client = self.client("level=3 ack=1")
+        self.assertEqual(client.send("one\r\n\nGrüße, 中文 😀\nwithout an end".encode()).end().splitlines()[-1], "ack 4")
+        with self.client() as other:
+            self.assertEqual(other.send(b"VXLOGGER says\nVXLOG level=1 ack=1\n").end(), "")
+        entries = self.entries()
+        self.assertEqual([entry["text"] for entry in entries],
+                         ["one", "", "Grüße, 中文 😀", "without an end", "VXLOGGER says", "VXLOG level=1 ack=1"])
+        self.assertEqual([entry["level"] for entry in entries], ["3"] * 4 + ["7"] * 2)
+        self.assertEqual([entry["sequence"] for entry in entries], [str(number) for number in range(1, 7)])
+        self.assertEqual(entries[0]["peer"], "%s:%s" % client.socket.getsockname() if client.socket.fileno() >= 0 else "")
+        self.assertRegex(entries[0]["timestamp"], r"^\d{14}\.\d{3}$")
+        self.assertEqual(self.stop(), 0)
+        self.assertEqual(self.said(), "")
+
+    def test_forge_nothing(self):
+        self.start("--max-line=64")
+        wire = (b"a\rb\x1b[31m\x00\x7f\tc\n" + "\x85\u2028\u202e.\n".encode() + b"\xff\xc0\x80\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82\n"
+                + b"x" * 64 + b"\n" + b"y" * 65 + b"\n" + b"z" * 100000 + b"\nend\n")
+        self.assertEqual(self.client("ack=1").send(wire).end().splitlines()[-1], "ack 7")
+        self.assertEqual(self.texts(), ["a␍b␛[31m␀␡\tc", "\ufffd" * 3 + ".", "\ufffd" * 12,
+                                        "x" * 64, "y" * 64 + " [cut]", "z" * 64 + " [cut]", "end"])
+
+    def test_are_refused_behind_a_wrong_greeting(self):
+        self.start()
+        for greeting in ["level=x", "ack", "else=1", "level=3 level="]:
+            self.assertTrue(self.client(greeting).send(b"never\n").rest().startswith("err "), greeting)
+        self.assertEqual(self.texts(), [])
+
+    def test_come_by_both_families(self):
+        addresses = self.start(listen="localhost, 127.0.0.1")
+        hosts = [host for host, sign in [("127.0.0.1", "127.0.0.1:"), ("::1", "[::1]:")] if sign in addresses]
+        for host in hosts:
+            self.client("ack=1", host).send(host.encode() + b"\n").hear("ack 1\n")
+        self.assertEqual(self.texts(), hosts)
+
+    def test_are_kept_in_other_encodings(self):
+        self.start("--encoding=UTF-16LE")
+        self.client("ack=1").send("ä😀\n".encode()).hear("ack 1\n")
+        self.assertEqual(self.texts(encoding="utf-16-le"), ["ä😀"])
+
+
+class Documents(Served):
+    def test_hold_any_text(self):
+        self.start("--format=xml")
+        self.client("ack=1").send("</text><entry> & ]]>\n\x1b\ufffe\n".encode()).hear("ack 2\n")
+        self.stop()
+        root = xml.etree.ElementTree.parse(self.log).getroot()
+        self.assertEqual([each.text.strip() for each in root.iter("text")], ["</text><entry> & ]]>", "␛\ufffd"])
+        self.start("--format=xml")
+        self.client("ack=1").send(b"anew\n").hear("ack 1\n")
+        self.server.send_signal(signal.SIGHUP)
+        self.wait_for(lambda: "opened anew" in self.said())
+        self.stop()
+        documents = [xml.etree.ElementTree.parse(self.path(name)).getroot()
+                     for name in sorted(os.listdir(self.folder)) if name.startswith("log")]
+        self.assertEqual(sorted(len(list(root)) for root in documents), [0, 1, 2])
+
+
+class Settings(Served):
+    def run_it(self, *arguments):
+        return subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=PATIENCE, check=False)
+
+    def test_are_told(self):
+        self.assertIn("--idle-timeout", self.run_it("--help").stdout)
+        self.assertRegex(self.run_it("-V").stdout, r"^vxlogd \d+\.\d+\.\d+\n$")
+
+    def test_must_be_right(self):
+        unknown = self.write("unknown.ini", "[vxlogd]\nportt = 1\n")
+        wrong = self.write("wrong.ini", "[vxlogd]\nmax-line = 1\n")
+        other = self.write("other.ini", "[other]\nport = 1\n")
+        for arguments in [["--port=65536"], ["--port=x"], ["--workers=0"], ["--nothing"], ["--log"], ["word"],
+                          ["--format=xml", "--encoding=CP1252"], ["-c", self.path("none")], ["-c", unknown],
+                          ["-c", wrong], ["-c", other]]:
+            result = self.run_it(*arguments)
+            self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
+            self.assertRegex(result.stderr, r"^vxlogd: [^\n]+\n$")
+        for arguments in [["--log=" + self.path("none/log")], ["--listen=no.such.host.invalid"], ["--encoding=none"]]:
+            self.assertEqual(self.run_it("--port=0", "--log=" + self.log, *arguments).returncode, 1, arguments)
+
+    def test_come_from_the_command_line_before_the_file(self):
+        config = self.write("vxlogd.ini", "# of the server\n[VXLOGD]\nlevel = 5\nMax-Line = 16\n")
+        self.start("-c", config, "--level=6")
+        self.client("ack=1").send(b"x" * 20 + b"\n").hear("ack 1\n")
+        self.assertEqual([(entry["level"], entry["text"]) for entry in self.entries()], [("6", "x" * 16 + " [cut]")])
+
+
+class Signals(Served):
+    def test_open_the_log_anew(self):
+        config = self.write("vxlogd.ini", "[vxlogd]\nlevel = 1\n")
+        self.start("--config", config)
+        client = self.client("ack=1").send(b"before\n")
+        client.hear("ack 1\n")
+        os.rename(self.log, self.path("log.1"))
+        self.write("vxlogd.ini", "[vxlogd]\nlevel = 2\n")
+        self.server.send_signal(signal.SIGHUP)
+        self.wait_for(lambda: os.path.exists(self.log))
+        client.send(b"behind\n").hear("ack 2\n")
+        self.client("ack=1").send(b"new\n").hear("ack 1\n")
+        self.write("vxlogd.ini", "[vxlogd]\nlevel = x\n")
+        self.server.send_signal(signal.SIGHUP)
+        self.wait_for(lambda: "the settings stay" in self.said())
+        client.send(b"and on\n").hear("ack 3\n")
+        self.assertEqual(self.texts("log.1"), ["before"])
+        self.assertEqual([(entry["level"], entry["text"]) for entry in self.entries()],
+                         [("1", "behind"), ("2", "new"), ("1", "and on")])
+
+    def test_let_it_finish_what_it_has(self):
+        for number in [signal.SIGTERM, signal.SIGINT]:
+            self.log = self.path(f"log{number}")
+            self.start()
+            clients = [self.client("ack=1") for _ in range(20)]
+            for client in clients:
+                client.send(b"first\n").hear("ack 1\n")
+            for client in clients:
+                client.send(b"line\n" * 500 + b"part")
+            self.assertEqual(self.stop(number), 0)
+            counts = collections.Counter(self.texts(f"log{number}"))
+            self.assertEqual(counts, {"first": 20, "line": 10000, "part": 20})
+            for client in clients:
+                self.assertEqual(client.rest().splitlines()[-1], "ack 502")
+
+    def test_lose_no_line_that_was_answered_for(self):
+        self.start("--workers=2")
+        answered = collections.Counter()
+
+        def send(name):
+            with Client(self.port, "ack=1") as client:
+                heard = 0
+                client.send("".join(f"{name} {line}\n" for line in range(1, 3001)).encode())
+                try:
+                    for answer in client.socket.makefile():
+                        heard = int(answer.split()[1]) if answer.endswith("\n") else heard
+                except OSError:
+                    pass
+                answered[name] = heard
+
+        senders = [threading.Thread(target=send, args=(name,)) for name in range(8)]
+        for sender in senders:
+            sender.start()
+        self.wait_for(lambda: os.path.getsize(self.log) > 200000)
+        self.server.kill()
+        for sender in senders:
+            sender.join()
+        self.assertGreater(sum(answered.values()), 0)
+        self.server.wait()
+        self.start()  # cuts off a torn entry
+        self.client("ack=1").send(b"mended\n").hear("ack 1\n")
+        counts = collections.Counter(self.texts())
+        for name, heard in answered.items():
+            for line in range(1, heard + 1):
+                self.assertEqual(counts[f"{name} {line}"], 1)
+
+
+class Rudeness(Served):
+    def memory(self):
+        with open(f"/proc/{self.server.pid}/status", encoding="ascii") as file:
+            return next(int(line.split()[1]) for line in file if line.startswith("VmRSS"))
+
+    def test_is_cut_short(self):
+        self.start("--idle-timeout=1", "--max-connections=40")
+        silent = self.client()
+        half = self.client().send(b"half a line")
+        self.assertEqual(silent.rest() + half.rest(), "")
+        self.wait_for(lambda: self.texts() == ["half a line"])
+        many = [self.client() for _ in range(40)]
+        with self.client("ack=1") as refused:
+            with self.assertRaises((AssertionError, OSError)):
+                refused.hear("ack")
+        del many
+
+    def test_hurts_nobody_else(self):
+        self.start()
+        self.client("ack=1").send(b"hello\n").hear("ack 1\n")
+        before = self.memory()
+        flood = os.urandom(65536)
+
+        def pour():
+            client = Client(self.port, "ack=1")  # never hears an answer
+            client.socket.settimeout(0.5)
+            try:
+                for _ in range(40):
+                    client.send(flood + b"\n" * 5000)
+            except OSError:
+                pass
+            client.socket.close()  # with a reset
+
+        rude = [threading.Thread(target=pour) for _ in range(8)]
+        for each in rude:
+            each.start()
+        for number in range(2, 30):
+            self.client("ack=1").send(b"calm\n").hear("ack 1\n")
+        for each in rude:
+            each.join()
+        if not SANITIZED:
+            self.assertLess(self.memory() - before, 64 * 1024)
+        self.assertEqual(self.texts().count("calm"), 28)
+
+    def test_takes_the_place_of_nobody(self):
+        self.start()
+        clients = [self.client("ack=1") for _ in range(200)]
+        for turn in range(5):
+            for number, client in enumerate(clients):
+                client.send(f"{number} {turn}\n".encode())
+        for client in clients:
+            client.hear("ack 5\n")
+        counts = collections.Counter(self.texts())
+        self.assertEqual((len(counts), set(counts.values())), (1000, {1}))
+
+    def test_of_the_disk_is_told(self):
+        os.symlink("/dev/full", self.log)
+        self.start()
+        self.assertEqual(self.client("ack=1").send(b"lost\n").rest(), "err the log cannot be written\n")
+        self.assertIn("vxlogd: the log cannot be written: ", self.said())
+
+
+if __name__ == "__main__":
+    unittest.main()

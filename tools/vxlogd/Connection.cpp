@@ -1,0 +1,192 @@
+#include "Connection.h"
+
+#include "LineText.h"
+
+#include <vx/net/InetSocketAddress.h>
+
+#include <algorithm>
+#include <charconv>
+#include <sys/socket.h>
+#include <utility>
+
+namespace vxlogd {
+
+namespace {
+
+constexpr std::size_t MOST_OPEN_LINES = 64;
+constexpr std::size_t MOST_OPEN_BYTES = 64 * 1024;
+constexpr std::size_t READ_SIZE = 16 * 1024;
+
+vx::String textOf(const vx::net::InetSocketAddress* address)
+{
+    vx::String text;
+    if (address != nullptr)
+        address->getDiagnosticStr(text);
+    return text;
+}
+
+} // namespace
+
+Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
+    std::shared_ptr<Waker> waker)
+    : m_socket(std::move(socket))
+    , m_intake(intake)
+    , m_limits(limits)
+    , m_progress(std::make_shared<Progress>(std::move(waker)))
+    , m_peer(textOf(m_socket->getPeerAddress()))
+    , m_level(limits.level)
+{
+}
+
+bool Connection::wantsToRead() const
+{
+    return !m_hasEnded && !m_isBroken && m_input.size() < std::max<std::size_t>(m_limits.maxLine + 1, READ_SIZE)
+        && hasRoom();
+}
+
+void Connection::read()
+{
+    const std::size_t length = m_input.size();
+    m_input.resize(length + READ_SIZE);
+    std::int32_t count = 0;
+    const ENUM_VX_E_SOCKET result = m_socket->recv(m_input.data() + length, READ_SIZE, MSG_DONTWAIT, &count);
+    m_input.resize(length + static_cast<std::size_t>(std::max(count, 0)));
+    if (result == VX_E_SOCKET_OK && count > 0) {
+        m_lastSign = Clock::now();
+        m_lastBytes -= m_isFinishing ? std::min(m_lastBytes, static_cast<std::size_t>(count)) : 0;
+    } else if (result == VX_E_SOCKET_OK) {
+        m_hasEnded = true;
+    } else if (result == VX_E_SOCKET_EWOULDBLOCK) {
+        m_hasEnded = m_isFinishing;
+    } else if (result != VX_E_SOCKET_EINTR) {
+        m_hasEnded = true; // what came before is in order
+        m_isBroken = true;
+    }
+    if (m_isFinishing && m_lastBytes == 0)
+        m_hasEnded = true;
+}
+
+void Connection::write()
+{
+    std::int32_t count = 0;
+    const ENUM_VX_E_SOCKET result = m_socket->send(
+        std::as_const(m_output).data(), static_cast<unsigned int>(m_output.size()), MSG_DONTWAIT, &count);
+    if (result == VX_E_SOCKET_OK) {
+        m_output.erase(0, static_cast<std::size_t>(count));
+        m_lastSign = Clock::now();
+    } else if (result != VX_E_SOCKET_EWOULDBLOCK && result != VX_E_SOCKET_EINTR) {
+        m_output.clear();
+        m_isBroken = true;
+    }
+}
+
+void Connection::goOn()
+{
+    takeLines();
+    const Progress::State state = m_progress->state();
+    if (state.hasFailed && !m_hasEnded)
+        refuse("the log cannot be written");
+    if (m_wantsAnswers && m_output.empty() && state.done > m_answered && !m_isBroken) {
+        m_output = "ack " + std::to_string(state.done) + "\n";
+        m_answered = state.done;
+        m_lastSign = Clock::now();
+        write();
+    }
+}
+
+void Connection::finish()
+{
+    m_isFinishing = true;
+    while (wantsToRead()) {
+        read();
+        takeLines();
+    }
+}
+
+void Connection::endIfSilent(Clock::time_point now)
+{
+    const unsigned int idleSeconds = m_limits.idleSeconds;
+    if (idleSeconds == 0 || now - m_lastSign < std::chrono::seconds(idleSeconds) || m_progress->state().openLines > 0)
+        return;
+    m_hasEnded = true;
+    m_isBroken = true;
+    m_output.clear();
+    takeLines();
+}
+
+bool Connection::isOver() const
+{
+    const Progress::State state = m_progress->state();
+    return m_hasEnded && m_input.empty() && state.openLines == 0 && m_output.empty()
+        && (!m_wantsAnswers || m_isBroken || state.hasFailed || state.done == m_answered);
+}
+
+bool Connection::hasRoom() const
+{
+    const Progress::State state = m_progress->state();
+    return state.openLines < MOST_OPEN_LINES && state.openBytes < MOST_OPEN_BYTES;
+}
+
+void Connection::takeLines()
+{
+    const std::size_t maxLine = m_limits.maxLine;
+    std::string_view rest = m_input;
+    while (!rest.empty() && !m_isRefused && hasRoom()) {
+        const std::size_t end = rest.find('\n');
+        if (end == rest.npos && !m_hasEnded && !m_skipsLine && rest.size() <= maxLine)
+            break;
+        std::string_view line = rest.substr(0, end);
+        rest.remove_prefix(end != rest.npos ? end + 1 : rest.size());
+        if (!std::exchange(m_skipsLine, end == std::string_view::npos)) {
+            if (line.ends_with('\r'))
+                line.remove_suffix(1);
+            takeLine(line.substr(0, maxLine), line.size() > maxLine);
+        }
+    }
+    m_input.erase(0, m_isRefused ? m_input.size() : m_input.size() - rest.size());
+}
+
+void Connection::takeLine(std::string_view line, bool isCut)
+{
+    constexpr std::string_view GREETING = "VXLOG ";
+    if (std::exchange(m_isFirstLine, false) && line.starts_with(GREETING)) {
+        greet(line.substr(GREETING.size()));
+        return;
+    }
+    vx::String text = readableText(line);
+    if (isCut)
+        text.append(u" [cut]");
+    m_intake.submit(m_peer, m_level, text, {m_progress, ++m_lines, line.size()});
+}
+
+void Connection::greet(std::string_view options)
+{
+    while (!options.empty()) {
+        const std::string_view option = options.substr(0, options.find(' '));
+        options.remove_prefix(std::min(option.size() + 1, options.size()));
+        if (option.empty())
+            continue;
+        const std::size_t sign = option.find('=');
+        const std::string_view name = option.substr(0, sign);
+        const std::string_view value = option.substr(sign != option.npos ? sign + 1 : option.size());
+        int number = 0;
+        const auto [stop, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+        const bool isNumber = error == std::errc() && stop == value.data() + value.size();
+        if (name == "level" && isNumber)
+            m_level = number;
+        else if (name == "ack" && isNumber)
+            m_wantsAnswers = number != 0;
+        else
+            refuse("the greeting has options level=NUMBER and ack=0|1");
+    }
+}
+
+void Connection::refuse(const std::string& reason)
+{
+    m_output = "err " + reason + "\n";
+    m_hasEnded = true;
+    m_isRefused = true;
+    write();
+}
+
+} // namespace vxlogd

@@ -1,0 +1,165 @@
+#include "Log.h"
+
+#include "Complaint.h"
+
+#include <vx/Exception.h>
+#include <vx/NumberBoxes.h>
+#include <vx/collections/Set.h>
+#include <vx/io/FileOutputStream.h>
+#include <vx/io/FilterOutputStream.h>
+#include <vx/io/OutputStreamWriter.h>
+#include <vx/log/BasicLogWriter.h>
+#include <vx/log/LogEntry.h>
+#include <vx/log/TimeStamp.h>
+#include <vx/log/XmlLogWriter.h>
+
+#include <filesystem>
+#include <new>
+#include <utility>
+
+namespace vxlogd {
+
+namespace {
+
+using vx::Reference;
+using vx::String;
+using vx::log::ILogEntry;
+
+/// An entry that carries its receipt through the chain.
+class Entry final : public vx::Object, public ILogEntry {
+public:
+    explicit Entry(Receipt receipt)
+        : m_fields(vx::log::LogEntry::create())
+        , m_receipt(std::move(receipt))
+    {
+    }
+
+    VX_OBJECT_UNKNOWN(vx::Object)
+
+    // ILogEntry
+    void setField(const String& name, const vx::Object* value) override { m_fields->setField(name, value); }
+    Reference<const vx::Object> getField(const String& name) const override { return m_fields->getField(name); }
+    bool hasField(const String& name) const override { return m_fields->hasField(name); }
+    Reference<const vx::collections::Set<String>> getFieldNames() const override { return m_fields->getFieldNames(); }
+
+    const Receipt& getReceipt() const { return m_receipt; }
+
+private:
+    Reference<vx::log::LogEntry> m_fields;
+    Receipt m_receipt;
+};
+
+/// Leaves to the system when bytes go to disk: what it has taken outlives this process.
+class UnsyncedStream final : public vx::io::FilterOutputStream {
+public:
+    using FilterOutputStream::FilterOutputStream;
+
+    // OutputStream
+    void flush() override { }
+};
+
+/// A document that has begun cannot be continued: its end may be there, or missing.
+void moveAside(const std::string& path)
+{
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) == 0 || error)
+        return;
+    std::filesystem::rename(path, path + "." + vx::log::TimeStamp().toLog().toUtf8());
+}
+
+Reference<vx::log::ILogProcessor> openLog(const Settings& settings)
+{
+    constexpr std::int32_t BUFFER_SIZE = 64 * 1024;
+
+    if (settings.format == Format::XML)
+        moveAside(settings.log);
+    Reference<vx::io::OutputStream> stream(
+        new vx::io::FileOutputStream(String(std::string_view(settings.log)), vx::io::FileOutputStream::APPEND));
+    if (!settings.sync)
+        stream = new UnsyncedStream(stream.get());
+    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(
+        stream.get(), String(std::string_view(settings.encoding)).getData(), BUFFER_SIZE));
+    if (settings.format == Format::XML)
+        return vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED);
+    return vx::log::BasicLogWriter::create(writer.get());
+}
+
+} // namespace
+
+LogFile::LogFile(const Settings& settings)
+    : m_writer(openLog(settings))
+{
+}
+
+LogFile::~LogFile() noexcept = default;
+
+void LogFile::reopen(const Settings& settings)
+{
+    const std::lock_guard lock(m_lock);
+    if (settings.format == Format::XML) {
+        // The document has to be complete before it is moved, and it may be this very file.
+        Reference<vx::log::ILogProcessor> old;
+        old.swap(m_writer);
+    }
+    m_writer = openLog(settings);
+}
+
+void LogFile::close()
+{
+    const std::lock_guard lock(m_lock);
+    m_writer = nullptr;
+}
+
+void LogFile::process(const ILogEntry* entry)
+{
+    const Receipt& receipt = static_cast<const Entry*>(entry)->getReceipt();
+    std::string failure;
+    try {
+        const std::lock_guard lock(m_lock);
+        if (m_writer == nullptr)
+            throw vx::Exception(u"it is not open");
+        m_writer->process(entry);
+        m_isFailing = false;
+    } catch (const vx::Exception& exception) {
+        failure = textOf(exception);
+    } catch (const std::exception& exception) {
+        failure = exception.what();
+    }
+    if (failure.empty()) {
+        receipt.progress->finish(receipt.line, receipt.bytes);
+        return;
+    }
+    if (!std::exchange(m_isFailing, true))
+        complain("the log cannot be written: " + failure);
+    receipt.progress->fail(receipt.bytes);
+}
+
+Intake::Intake(LogFile& file, int workers)
+    : m_processor(vx::log::AsyncProcessor::create(&file, workers))
+{
+}
+
+void Intake::submit(const String& peer, int level, const String& text, Receipt receipt)
+{
+    const std::shared_ptr<Progress> progress = receipt.progress;
+    const std::size_t bytes = receipt.bytes;
+    progress->begin(bytes);
+    try {
+        const Reference<Entry> entry(new Entry(std::move(receipt)));
+        const auto set = [&](const char16_t* name, const vx::Object* value) {
+            entry->setField(name, Reference<const vx::Object>(value).get());
+        };
+        set(u"peer", new String(peer));
+        set(u"level", new vx::Integer32(level));
+        set(u"text", new String(text));
+        set(u"timestamp", new String(vx::log::TimeStamp().toLog()));
+        const std::lock_guard lock(m_lock);
+        set(u"sequence", new vx::Integer64(++m_sequence));
+        m_processor->process(entry.get());
+    } catch (...) {
+        progress->fail(bytes);
+        throw;
+    }
+}
+
+} // namespace vxlogd

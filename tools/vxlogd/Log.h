@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Receipt.h"
+#include "Settings.h"
+
+#include <vx/Object.h>
+#include <vx/Reference.h>
+#include <vx/log/AsyncProcessor.h>
+#include <vx/log/ILogEntry.h>
+#include <vx/log/ILogProcessor.h>
+
+#include <mutex>
+#include <string>
+
+namespace vxlogd {
+
+/// The end of the log's chain: writes each entry to the file, and hands out its receipt then. A line that could not be
+/// written is told to its connection, and the first in a row to standard error.
+class LogFile final : public vx::Object, public vx::log::ILogProcessor {
+public:
+    /// Throws what the streams of the library throw where the file cannot be opened.
+    explicit LogFile(const Settings& settings);
+    ~LogFile() noexcept override;
+
+    VX_OBJECT_UNKNOWN(vx::Object)
+
+    /// Between two entries. A failure leaves the old file in use.
+    void reopen(const Settings& settings);
+    /// Ends a document.
+    void close();
+
+    // ILogProcessor
+    void process(const vx::log::ILogEntry* entry) override;
+
+private:
+    std::mutex m_lock;
+    vx::Reference<vx::log::ILogProcessor> m_writer;
+    bool m_isFailing = false;
+};
+
+/// Where lines become entries. Their sequence is that of the log as long as one worker writes it.
+class Intake {
+public:
+    Intake(LogFile& file, int workers);
+
+    void submit(const vx::String& peer, int level, const vx::String& text, Receipt receipt);
+    void waitUntilDone() { m_processor->waitUntilDone(); }
+
+private:
+    std::mutex m_lock;
+    std::int64_t m_sequence = 0;
+    vx::Reference<vx::log::AsyncProcessor> m_processor;
+};
+
+} // namespace vxlogd

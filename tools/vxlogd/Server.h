@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Connection.h"
+#include "Log.h"
+#include "Settings.h"
+
+#include <vx/Reference.h>
+#include <vx/exec/Thread.h>
+#include <vx/net/TcpServerSocket2.h>
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace vxlogd {
+
+class Acceptor;
+class Shard;
+
+/// Listens, and serves each connection on one of several threads: a select takes 63 sockets, of which one is for waking.
+class Server {
+public:
+    /// Throws std::runtime_error where it cannot listen.
+    explicit Server(const Settings& settings);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    /// "[::1]:7514; 127.0.0.1:7514".
+    std::string getAddresses();
+    void start();
+    /// What may change while it runs. Throws as the constructor of LogFile does, and goes on with the old settings then.
+    void change(const Settings& settings);
+    /// Returns when all that was received is in the log.
+    void stop();
+
+private:
+    friend class Acceptor;
+
+    void setLimits(const Settings& settings);
+    void acceptAll();
+    void serve(std::unique_ptr<vx::net::TcpWorkerSocket2> socket);
+
+    const vx::Reference<LogFile> m_log;
+    Intake m_intake;
+    Limits m_limits {};
+    std::unique_ptr<vx::net::TcpServerSocket2> m_socket;
+    vx::Reference<Acceptor> m_acceptor;
+    std::unique_ptr<vx::exec::Thread> m_acceptorThread;
+    struct Service {
+        vx::Reference<Shard> shard;
+        std::unique_ptr<vx::exec::Thread> thread;
+    };
+    std::vector<Service> m_services; ///< the acceptor's until it has ended
+    std::atomic<bool> m_isStopping = false;
+};
+
+} // namespace vxlogd

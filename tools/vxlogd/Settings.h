@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace vxlogd {
+
+enum class Format { PLAIN, XML };
+
+struct Settings {
+    std::string listen = "localhost";
+    unsigned short port = 7514;
+    std::string log = "vxlogd.log";
+    Format format = Format::PLAIN;
+    std::string encoding = "UTF-8";
+    int workers = 1;
+    int level = 0;
+    std::size_t maxLine = 8192;
+    unsigned int idleSeconds = 300;
+    std::size_t maxConnections = 1024;
+    bool sync = false;
+};
+
+enum class Task { SERVE, HELP, VERSION };
+
+struct CommandLine {
+    Task task = Task::SERVE;
+    Settings settings;
+};
+
+/// The command line over the file that it names over the defaults. Throws std::invalid_argument with what is wrong.
+CommandLine readSettings(int argc, char** argv);
+
+/// What --help prints.
+std::string usage();
+
+} // namespace vxlogd

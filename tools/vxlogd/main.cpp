@@ -1,0 +1,101 @@
+/// A log server: lines that clients send over TCP become entries of a log.
+
+#include "Complaint.h"
+#include "Server.h"
+#include "Settings.h"
+
+#include <vx/Exception.h>
+
+#include <csignal>
+#include <cstdio>
+#include <new>
+#include <stdexcept>
+#include <sys/resource.h>
+
+namespace {
+
+using namespace vxlogd;
+
+enum ExitCode { SUCCESS = 0, FAILURE = 1, USAGE_ERROR = 2 };
+
+/// The signals that `run` waits for are held back from all threads.
+sigset_t holdSignals()
+{
+    struct sigaction action { };
+    action.sa_handler = [](int) {}; // to break a wait off is all it does
+    ::sigaction(SIGUSR1, &action, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGUSR1})
+        sigaddset(&signals, signal);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    sigdelset(&signals, SIGUSR1);
+    return signals;
+}
+
+/// A connection takes a descriptor.
+void allowManyDescriptors()
+{
+    rlimit limit {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+void changeSettings(Server& server, int argc, char** argv)
+{
+    try {
+        server.change(readSettings(argc, argv).settings);
+        complain("the log is opened anew");
+    } catch (const vx::Exception& failure) {
+        complain("the log cannot be opened anew: " + textOf(failure));
+    } catch (const std::exception& failure) {
+        complain(std::string("the settings stay: ") + failure.what());
+    }
+}
+
+void serve(const Settings& settings, int argc, char** argv)
+{
+    const sigset_t signals = holdSignals();
+    allowManyDescriptors();
+    Server server(settings);
+    server.start();
+    std::printf("listening on %s\n", server.getAddresses().c_str());
+    std::fflush(stdout);
+    for (int signal = 0; signal != SIGTERM && signal != SIGINT;) {
+        if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP)
+            changeSettings(server, argc, argv);
+    }
+    server.stop();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        const CommandLine line = readSettings(argc, argv);
+        switch (line.task) {
+        case Task::HELP:
+            return std::fputs(usage().c_str(), stdout) == EOF || std::fflush(stdout) == EOF ? FAILURE : SUCCESS;
+        case Task::VERSION:
+            return std::puts("vxlogd " VXLOGD_VERSION) == EOF || std::fflush(stdout) == EOF ? FAILURE : SUCCESS;
+        case Task::SERVE:
+            serve(line.settings, argc, argv);
+        }
+        return SUCCESS;
+    } catch (const std::invalid_argument& failure) {
+        complain(std::string(failure.what()) + "; vxlogd --help tells more");
+        return USAGE_ERROR;
+    } catch (const vx::Exception& failure) {
+        complain(textOf(failure));
+    } catch (const std::bad_alloc&) {
+        complain("out of memory");
+    } catch (const std::exception& failure) {
+        complain(failure.what());
+    }
+    return FAILURE;
+}
