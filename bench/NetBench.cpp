@@ -1,0 +1,415 @@
+// Sockets of both generations beside the plain ones of the system over loopback: echo of 64 bytes, bulk, connect and accept;
+// and URIs and INI files beside POCO, where it is installed.
+#include "vx/io/InputStream.h"
+#include "vx/io/OutputStream.h"
+#include "vx/net/TcpClientSocket2.h"
+#include "vx/net/TcpServerSocket.h"
+#include "vx/net/TcpServerSocket2.h"
+#include "vx/net/TcpSocket.h"
+#include "vx/net/URI.h"
+#include "vx/util/IniFile.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <netinet/tcp.h>
+#include <sstream>
+#include <string>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#ifdef VX_BENCH_POCO
+#include <Poco/AutoPtr.h>
+#include <Poco/URI.h>
+#include <Poco/Util/IniFileConfiguration.h>
+#endif
+
+namespace {
+
+void require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+sockaddr_in loopback(unsigned short port)
+{
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    return address;
+}
+
+void sendSmallAtOnce(int socket)
+{
+    constexpr int ON = 1;
+    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &ON, sizeof ON);
+}
+
+/// The system's own sockets: the floor.
+class Plain {
+public:
+    class Connection {
+    public:
+        explicit Connection(int socket)
+            : m_socket(socket)
+        {
+            require(socket != -1);
+            sendSmallAtOnce(socket);
+        }
+        explicit Connection(unsigned short port)
+            : m_socket(::socket(AF_INET, SOCK_STREAM, 0))
+        {
+            const sockaddr_in address = loopback(port);
+            require(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0);
+            sendSmallAtOnce(m_socket);
+        }
+        ~Connection() { ::close(m_socket); }
+        int read(char* target, int length)
+        {
+            return static_cast<int>(::recv(m_socket, target, static_cast<std::size_t>(length), 0));
+        }
+        int write(const char* source, int length)
+        {
+            return static_cast<int>(::send(m_socket, source, static_cast<std::size_t>(length), MSG_NOSIGNAL));
+        }
+
+    private:
+        int m_socket;
+    };
+    class Listener {
+    public:
+        Listener()
+            : m_socket(::socket(AF_INET, SOCK_STREAM, 0))
+        {
+            sockaddr_in address = loopback(0);
+            socklen_t length = sizeof address;
+            require(
+                ::bind(m_socket, reinterpret_cast<sockaddr*>(&address), length) == 0 && ::listen(m_socket, 64) == 0);
+            require(::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &length) == 0);
+            m_port = ntohs(address.sin_port);
+        }
+        ~Listener() { ::close(m_socket); }
+        unsigned short port() const { return m_port; }
+        std::unique_ptr<Connection> accept()
+        {
+            return std::make_unique<Connection>(::accept(m_socket, nullptr, nullptr));
+        }
+
+    private:
+        int m_socket;
+        unsigned short m_port;
+    };
+};
+
+/// The generation of result codes.
+class Results {
+public:
+    class Connection {
+    public:
+        explicit Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket)
+            : m_socket(std::move(socket))
+        {
+            sendSmallAtOnce(static_cast<int>(m_socket->getId()));
+        }
+        explicit Connection(unsigned short port)
+        {
+            vx::net::TcpClientSocket2* socket = nullptr;
+            require(vx::net::TcpClientSocket2::createTcpClientSocket2(AF_INET, SOCK_STREAM, 0, &socket) == 0);
+            m_socket.reset(socket);
+            vx_sockaddr_union address {};
+            address.in4 = loopback(port);
+            require(socket->connect(&address, sizeof address.in4) == VX_E_SOCKET_OK);
+            sendSmallAtOnce(static_cast<int>(socket->getId()));
+        }
+        int read(char* target, int length)
+        {
+            std::int32_t count = 0;
+            m_socket->recv(target, static_cast<unsigned int>(length), 0, &count);
+            return count;
+        }
+        int write(const char* source, int length)
+        {
+            std::int32_t count = 0;
+            m_socket->send(source, static_cast<unsigned int>(length), 0, &count);
+            return count;
+        }
+
+    private:
+        std::unique_ptr<vx::net::TcpWorkerSocket2> m_socket;
+    };
+    class Listener {
+    public:
+        Listener()
+        {
+            vx::net::TcpServerSocket2* socket = nullptr;
+            require(vx::net::TcpServerSocket2::createTcpServerSocket2(AF_INET, SOCK_STREAM, 0, &socket) == 0);
+            m_socket.reset(socket);
+            const Plain::Listener free; // names a port
+            m_port = free.port();
+        }
+        unsigned short port()
+        {
+            require(m_socket->bindListAddAddrInfo("127.0.0.1", nullptr, m_port) == VX_E_SOCKET_OK);
+            require(m_socket->bind() == VX_E_SOCKET_OK && m_socket->listen(64) == VX_E_SOCKET_OK);
+            return m_port;
+        }
+        std::unique_ptr<Connection> accept()
+        {
+            vx::net::TcpWorkerSocket2* socket = nullptr;
+            require(m_socket->accept(&socket) == VX_E_SOCKET_OK && socket != nullptr);
+            return std::make_unique<Connection>(std::unique_ptr<vx::net::TcpWorkerSocket2>(socket));
+        }
+
+    private:
+        std::unique_ptr<vx::net::TcpServerSocket2> m_socket;
+        unsigned short m_port;
+    };
+};
+
+/// The generation of streams.
+class Streams {
+public:
+    class Connection {
+    public:
+        explicit Connection(vx::Reference<vx::net::TcpSocket> socket)
+            : m_input(socket->getInputStream())
+            , m_output(socket->getOutputStream())
+        {
+            const std::string id = socket->getInheritanceId().toUtf8();
+            sendSmallAtOnce(std::atoi(id.c_str() + id.find('=') + 1));
+        }
+        explicit Connection(unsigned short port)
+            : Connection(vx::Reference<vx::net::TcpSocket>(new vx::net::TcpSocket(u"127.0.0.1", port)))
+        {
+        }
+        int read(char* target, int length) { return m_input->read(reinterpret_cast<signed char*>(target), length); }
+        int write(const char* source, int length)
+        {
+            m_output->write(reinterpret_cast<const signed char*>(source), length);
+            return length;
+        }
+
+    private:
+        vx::Reference<vx::io::InputStream> m_input;
+        vx::Reference<vx::io::OutputStream> m_output;
+    };
+    class Listener {
+    public:
+        unsigned short port() const { return m_socket.getPort(); }
+        std::unique_ptr<Connection> accept() { return std::make_unique<Connection>(m_socket.accept()); }
+
+    private:
+        vx::net::TcpServerSocket m_socket {0, 64};
+    };
+};
+
+template <class Connection>
+bool readAll(Connection& connection, char* target, int length)
+{
+    for (int done = 0; done < length;) {
+        const int count = connection.read(target + done, length - done);
+        if (count < 1)
+            return false;
+        done += count;
+    }
+    return true;
+}
+
+template <class Connection>
+void writeAll(Connection& connection, const char* source, int length)
+{
+    for (int done = 0; done < length;) {
+        const int count = connection.write(source + done, length - done);
+        require(count > 0);
+        done += count;
+    }
+}
+
+template <class Sockets>
+void echo(benchmark::State& state)
+{
+    constexpr int LENGTH = 64;
+    typename Sockets::Listener listener;
+    const unsigned short port = listener.port();
+    std::thread server([&] {
+        const auto connection = listener.accept();
+        for (char text[LENGTH]; readAll(*connection, text, LENGTH);)
+            writeAll(*connection, text, LENGTH);
+    });
+    {
+        typename Sockets::Connection connection(port);
+        char sent[LENGTH] = "64 bytes";
+        char heard[LENGTH] = "";
+        for (auto _ : state) {
+            writeAll(connection, sent, LENGTH);
+            if (!readAll(connection, heard, LENGTH) || std::memcmp(sent, heard, LENGTH) != 0)
+                state.SkipWithError("another text came back");
+            ++sent[LENGTH - 1];
+        }
+    }
+    server.join();
+}
+
+template <class Sockets>
+void bulk(benchmark::State& state)
+{
+    constexpr int BLOCK = 64 * 1024;
+    constexpr int BLOCKS = 64;
+    typename Sockets::Listener listener;
+    const unsigned short port = listener.port();
+    std::thread server([&] {
+        const auto connection = listener.accept();
+        std::vector<char> block(BLOCK);
+        for (int count = 0; readAll(*connection, block.data(), BLOCK);) {
+            if (++count % BLOCKS == 0)
+                writeAll(*connection, "k", 1);
+        }
+    });
+    {
+        typename Sockets::Connection connection(port);
+        const std::vector<char> block(BLOCK, 'x');
+        char answer = 0;
+        for (auto _ : state) {
+            for (int count = 0; count < BLOCKS; ++count)
+                writeAll(connection, block.data(), BLOCK);
+            if (!readAll(connection, &answer, 1))
+                state.SkipWithError("no answer");
+        }
+        state.SetBytesProcessed(state.iterations() * BLOCK * BLOCKS);
+    }
+    server.join();
+}
+
+template <class Sockets>
+void connectAndAccept(benchmark::State& state)
+{
+    typename Sockets::Listener listener;
+    const unsigned short port = listener.port();
+    for (auto _ : state) {
+        typename Sockets::Connection client(port);
+        const auto accepted = listener.accept();
+        benchmark::DoNotOptimize(accepted.get());
+    }
+}
+
+BENCHMARK_TEMPLATE(echo, Plain)->UseRealTime();
+BENCHMARK_TEMPLATE(echo, Results)->UseRealTime();
+BENCHMARK_TEMPLATE(echo, Streams)->UseRealTime();
+BENCHMARK_TEMPLATE(bulk, Plain)->UseRealTime();
+BENCHMARK_TEMPLATE(bulk, Results)->UseRealTime();
+BENCHMARK_TEMPLATE(bulk, Streams)->UseRealTime();
+BENCHMARK_TEMPLATE(connectAndAccept, Plain)->UseRealTime()->Iterations(2000);
+BENCHMARK_TEMPLATE(connectAndAccept, Results)->UseRealTime()->Iterations(2000);
+BENCHMARK_TEMPLATE(connectAndAccept, Streams)->UseRealTime()->Iterations(2000);
+
+constexpr int URIS = 100'000;
+
+std::string uriText(int number)
+{
+    const std::string text = std::to_string(number);
+    return "http://user" + text + "@host" + text + ".example:8080/folder/" + text + "/page?id=" + text + "&sort=name";
+}
+
+void parseAndPrintUris(benchmark::State& state)
+{
+    std::vector<vx::String> texts;
+    for (int number = 0; number < URIS; ++number)
+        texts.emplace_back(uriText(number));
+    for (auto _ : state) {
+        for (const vx::String& text : texts) {
+            const vx::net::URI uri(text);
+            if (uri.toString().getLength() != text.getLength())
+                state.SkipWithError("another text");
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * URIS);
+}
+BENCHMARK(parseAndPrintUris)->Unit(benchmark::kMillisecond);
+
+std::string iniText()
+{
+    constexpr int SETS = 100;
+    constexpr int KEYS = 100; // in each
+    std::string text;
+    for (int set = 0; set < SETS; ++set) {
+        text += "[set" + std::to_string(set) + "]\n";
+        for (int key = 0; key < KEYS; ++key)
+            text += "key" + std::to_string(key) + " = the value of " + std::to_string(key) + "\n";
+    }
+    return text;
+}
+
+/// The text of `iniText` in a file, gone at the end.
+class IniTextFile {
+public:
+    IniTextFile()
+    {
+        const int descriptor = ::mkstemp(m_path);
+        const std::string text = iniText();
+        require(descriptor != -1 && ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size()));
+        ::close(descriptor);
+    }
+    ~IniTextFile() { ::unlink(m_path); }
+    IniTextFile(const IniTextFile&) = delete;
+    IniTextFile& operator=(const IniTextFile&) = delete;
+    const char* path() const { return m_path; }
+
+private:
+    char m_path[40] = "/dev/shm/ini-bench-XXXXXX";
+};
+
+void loadIniFile(benchmark::State& state)
+{
+    const IniTextFile file;
+    const vx::String path(file.path());
+    for (auto _ : state) {
+        const vx::util::IniFile ini(path.getData(), nullptr, 1);
+        benchmark::DoNotOptimize(&ini);
+    }
+    vx::util::IniFile ini(path.getData(), nullptr, 1);
+    char16_t value[40];
+    if (ini.GetValue(u"SET99", u"KEY99", value, 40) != 0)
+        state.SkipWithError("a key is missing");
+}
+BENCHMARK(loadIniFile)->Unit(benchmark::kMillisecond);
+
+#ifdef VX_BENCH_POCO
+
+void parseAndPrintUrisPoco(benchmark::State& state)
+{
+    std::vector<std::string> texts;
+    for (int number = 0; number < URIS; ++number)
+        texts.push_back(uriText(number));
+    for (auto _ : state) {
+        for (const std::string& text : texts) {
+            const Poco::URI uri(text);
+            if (uri.toString().size() != text.size())
+                state.SkipWithError("another text");
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * URIS);
+}
+BENCHMARK(parseAndPrintUrisPoco)->Unit(benchmark::kMillisecond);
+
+void loadIniFilePoco(benchmark::State& state)
+{
+    const IniTextFile file;
+    for (auto _ : state) {
+        const Poco::AutoPtr<Poco::Util::IniFileConfiguration> ini(new Poco::Util::IniFileConfiguration(file.path()));
+        benchmark::DoNotOptimize(ini.get());
+    }
+    const Poco::AutoPtr<Poco::Util::IniFileConfiguration> ini(new Poco::Util::IniFileConfiguration(file.path()));
+    if (!ini->has("SET99.KEY99"))
+        state.SkipWithError("a key is missing");
+}
+BENCHMARK(loadIniFilePoco)->Unit(benchmark::kMillisecond);
+
+#endif
+
+} // namespace
