@@ -2,10 +2,13 @@
 
 #include "vx/Exception.h"
 #include "vx/collections/vorb/HashMap.h"
+#include "vx/detail/TextHash.h"
 #include "vxsys/Number.h"
+#include "vxsys/Text.h"
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -64,16 +67,80 @@ void appendEscape(std::u16string& escaped, unsigned char byte)
     }
 }
 
-String copyOf(const String& text)
+String stringOf(const std::u16string& text)
 {
-    return String(text.view());
+    return String(View(text));
 }
 
-int lengthOf(const String& part)
+/// Calls `take(key, value)` for each piece of a query. One without "=" is both.
+template <class Take>
+void forEachPair(View text, Take take)
 {
-    constexpr int SIGNS = 2; // the most that stand around a part
-    return part.getLength() + SIGNS;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(u'&', start), text.size());
+        const View piece = text.substr(start, end - start);
+        const std::size_t sign = piece.find(u'=');
+        take(piece.substr(0, sign), sign != View::npos ? piece.substr(sign + 1) : piece);
+        start = end + 1;
+    }
 }
+
+constexpr std::size_t ROOM_FOR_SIGNS = 20; ///< and for the port
+
+constexpr int BUCKETS = 101; ///< of the map of parameters
+constexpr float LOAD = 0.75F;
+
+/// Few parameters in the order in which that map walks: from the last bucket down, the newest of a bucket first.
+class PairOrder {
+public:
+    /// False where the map might have grown.
+    bool add(View key, View value)
+    {
+        const std::uint32_t hash = vx::detail::hashText(key.data(), static_cast<int>(key.size()), true);
+        for (Pair& pair : std::span(m_pairs).first(m_count)) {
+            if (pair.hash == hash && isSame(pair.key, key)) {
+                pair.value = value;
+                return true;
+            }
+        }
+        if (m_count == m_pairs.size())
+            return false;
+        m_pairs[m_count++] = {key, value, hash};
+        return true;
+    }
+
+    void append(std::u16string& target)
+    {
+        const std::span<Pair> pairs = std::span(m_pairs).first(m_count);
+        std::reverse(pairs.begin(), pairs.end());
+        std::stable_sort(pairs.begin(), pairs.end(),
+            [](const Pair& left, const Pair& right) { return left.hash % BUCKETS > right.hash % BUCKETS; });
+        for (const Pair& pair : pairs) {
+            if (&pair != pairs.data())
+                target += u'&';
+            target.append(pair.key).append(1, u'=').append(pair.value);
+        }
+    }
+
+private:
+    struct Pair {
+        View key;
+        View value;
+        std::uint32_t hash = 0;
+    };
+
+    static bool isSame(View left, View right)
+    {
+        return left.size() == right.size()
+            && VXStrNICmpW(left.data(), right.data(), static_cast<std::int32_t>(left.size())) == 0;
+    }
+
+    static constexpr std::size_t MOST = 16;
+    static_assert(MOST < static_cast<std::size_t>(BUCKETS * LOAD));
+
+    std::array<Pair, MOST> m_pairs;
+    std::size_t m_count = 0;
+};
 
 } // namespace
 
@@ -119,15 +186,16 @@ URI::~URI() noexcept = default;
 
 String URI::toString() const
 {
-    String text(lengthOf(m_scheme) + lengthOf(m_user) + lengthOf(m_password) + lengthOf(m_host) + lengthOf(m_path)
-        + m_opaquePart.getLength());
+    std::u16string text;
+    text.reserve(m_scheme.size() + m_user.size() + m_password.size() + m_host.size() + m_path.size()
+        + m_opaquePart.size() + m_unreadQuery.size() + ROOM_FOR_SIGNS);
     if (m_hasScheme) {
-        text.append(m_scheme);
-        text.append(u':');
+        text += m_scheme;
+        text += u':';
     }
     if (hasSchemeSpecificPart())
         appendSchemeSpecificPart(text, false);
-    return text;
+    return stringOf(text);
 }
 
 void URI::setUri(const String& text, bool escape)
@@ -135,7 +203,7 @@ void URI::setUri(const String& text, bool escape)
     const View all = text.view();
     const int colon = indexOf(all, u':');
     if (colon != NOT_FOUND) {
-        m_scheme = String(slice(all, 0, colon));
+        m_scheme = slice(all, 0, colon);
         m_hasScheme = true;
     }
     parseSchemeSpecificPart(slice(all, colon + 1), escape);
@@ -158,7 +226,7 @@ void URI::setUserInfo(const String& text, bool escape)
 
 void URI::setScheme(const String& text)
 {
-    m_scheme = copyOf(text);
+    m_scheme = text.view();
     m_hasScheme = true;
 }
 
@@ -202,27 +270,27 @@ void URI::setFragment(const String&) { }
 
 String URI::getScheme() const
 {
-    return give(m_scheme, m_hasScheme, false);
+    return stringOf(give(m_scheme, m_hasScheme, false));
 }
 
 String URI::getUser(bool unescape) const
 {
-    return give(m_user, m_hasUser, unescape);
+    return stringOf(give(m_user, m_hasUser, unescape));
 }
 
 String URI::getPassword(bool unescape) const
 {
-    return give(m_password, m_hasPassword, unescape);
+    return stringOf(give(m_password, m_hasPassword, unescape));
 }
 
 String URI::getHost(bool unescape) const
 {
-    return give(m_host, m_hasHost, unescape);
+    return stringOf(give(m_host, m_hasHost, unescape));
 }
 
 String URI::getPath(bool unescape) const
 {
-    return give(m_path, m_hasPath, unescape);
+    return stringOf(give(m_path, m_hasPath, unescape));
 }
 
 int URI::getPort() const
@@ -234,44 +302,44 @@ int URI::getPort() const
 
 String URI::getUserInfo(bool unescape) const
 {
-    String text = getUser(unescape);
-    if (m_hasPassword) {
-        text.append(u':');
-        text.append(m_password);
-    }
-    return text;
+    if (!m_hasUser)
+        throw Exception();
+    std::u16string text;
+    appendUserInfo(text, unescape);
+    return stringOf(text);
 }
 
 String URI::getAuthority(bool unescape) const
 {
     if (!hasAuthority())
         throw Exception();
-    String text;
+    std::u16string text;
     appendAuthority(text, unescape);
-    return text;
+    return stringOf(text);
 }
 
 String URI::getQuery(bool unescape) const
 {
-    String text;
+    std::u16string text;
     appendQuery(text, unescape);
-    return text;
+    return stringOf(text);
 }
 
 String URI::getQueryValue(const String& key, bool unescape) const
 {
+    const Query* query = readQuery();
     const Reference<QueryKey> wanted(new QueryKey(key));
-    const Reference<String> value = m_query != nullptr ? m_query->get(wanted.get()) : nullptr;
+    const Reference<String> value = query != nullptr ? query->get(wanted.get()) : nullptr;
     if (value == nullptr)
         throw Exception();
-    return give(*value, true, unescape);
+    return stringOf(give(value->view(), true, unescape));
 }
 
 String URI::getSchemeSpecificPart(bool unescape) const
 {
-    String text;
+    std::u16string text;
     appendSchemeSpecificPart(text, unescape);
-    return text;
+    return stringOf(text);
 }
 
 String URI::getFragment() const
@@ -331,8 +399,8 @@ bool URI::hasSchemeSpecificPart() const
 
 bool URI::hasQueryValue(const String& key) const
 {
-    const Reference<QueryKey> wanted(new QueryKey(key));
-    return m_query != nullptr && m_query->containsKey(wanted.get());
+    const Query* query = readQuery();
+    return query != nullptr && query->containsKey(Reference<QueryKey>(new QueryKey(key)).get());
 }
 
 bool URI::hasFragment() const
@@ -397,15 +465,16 @@ void URI::removeAuthority()
 void URI::removeQuery()
 {
     m_query = nullptr;
+    m_unreadQuery.clear();
     m_hasQuery = false;
 }
 
 void URI::removeQueryPair(const String& key)
 {
-    const Reference<QueryKey> unwanted(new QueryKey(key));
-    if (m_query != nullptr)
-        m_query->remove(unwanted.get());
-    if (m_query == nullptr || m_query->isEmpty())
+    Query* query = readQuery();
+    if (query != nullptr)
+        query->remove(Reference<QueryKey>(new QueryKey(key)).get());
+    if (query == nullptr || query->isEmpty())
         m_hasQuery = false;
 }
 
@@ -422,9 +491,9 @@ void URI::removeAll()
     removeSchemeSpecificPart();
 }
 
-String URI::getEscapedString(const String& text, ESCAPE_PART part)
+std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
 {
-    const std::string bytes = text.toUtf8();
+    const std::string bytes = String(text).toUtf8();
     std::u16string escaped;
     escaped.reserve(bytes.size());
     for (const char character : bytes) {
@@ -434,15 +503,15 @@ String URI::getEscapedString(const String& text, ESCAPE_PART part)
         else
             escaped += static_cast<char16_t>(byte);
     }
-    return String(View(escaped));
+    return escaped;
 }
 
-String URI::getUnescapedString(const String& text)
+std::u16string URI::getUnescapedString(View text)
 {
     constexpr std::size_t DIGITS = 2;
-    if (indexOf(text.view(), u'%') == NOT_FOUND)
-        return text;
-    const std::string bytes = text.toUtf8();
+    if (indexOf(text, u'%') == NOT_FOUND)
+        return std::u16string(text);
+    const std::string bytes = String(text).toUtf8();
     std::string unescaped;
     unescaped.reserve(bytes.size());
     for (std::size_t index = 0; index < bytes.size(); ++index) {
@@ -457,26 +526,26 @@ String URI::getUnescapedString(const String& text)
         unescaped += static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
         index += DIGITS;
     }
-    return String(std::string_view(unescaped));
+    return std::u16string(String(std::string_view(unescaped)).view());
 }
 
-String URI::take(View text, bool escape, ESCAPE_PART part)
+std::u16string URI::take(View text, bool escape, ESCAPE_PART part)
 {
-    return escape ? getEscapedString(text, part) : String(text);
+    return escape ? getEscapedString(text, part) : std::u16string(text);
 }
 
-String URI::give(const String& stored, bool isPresent, bool unescape)
+std::u16string URI::give(View stored, bool isPresent, bool unescape)
 {
     if (!isPresent)
         throw Exception();
-    return unescape ? getUnescapedString(stored) : stored;
+    return unescape ? getUnescapedString(stored) : std::u16string(stored);
 }
 
 void URI::parseSchemeSpecificPart(View text, bool escape)
 {
     if (m_hasScheme && !text.starts_with(u'/')) {
         m_isOpaque = true;
-        m_opaquePart = String(text);
+        m_opaquePart = text;
         return;
     }
     const int length = static_cast<int>(text.size());
@@ -509,7 +578,7 @@ void URI::parseAuthority(View text, bool escape)
         text = slice(text, at + 1);
     }
     if (const int colon = indexOf(text, u':'); colon != NOT_FOUND) {
-        setPort(VXStrToIW(String(slice(text, colon + 1)).getData()));
+        setPort(VXStrToIW(std::u16string(slice(text, colon + 1)).c_str()));
         text = slice(text, 0, colon);
     }
     if (!text.empty())
@@ -526,14 +595,12 @@ void URI::parseUserInfo(View text, bool escape)
 
 void URI::parseQuery(View text, bool escape)
 {
-    if (!text.empty()) {
-        for (std::size_t start = 0; start <= text.size();) {
-            const std::size_t end = std::min(text.find(u'&', start), text.size());
-            const View piece = text.substr(start, end - start);
-            const std::size_t sign = piece.find(u'=');
-            storeQueryPair(piece.substr(0, sign), sign != View::npos ? piece.substr(sign + 1) : piece, escape);
-            start = end + 1;
-        }
+    if (!text.empty() && !escape && m_query == nullptr) {
+        if (!m_unreadQuery.empty())
+            m_unreadQuery += u'&';
+        m_unreadQuery += text;
+    } else if (!text.empty()) {
+        forEachPair(text, [&](View key, View value) { storeQueryPair(key, value, escape); });
     }
     m_hasQuery = true;
 }
@@ -564,58 +631,105 @@ void URI::storePath(View text, bool escape)
 
 void URI::storeQueryPair(View key, View value, bool escape)
 {
+    readQuery();
     if (m_query == nullptr)
-        m_query = new Query(new collections::vorb::HashMap(101, 0.75F));
-    const Reference<QueryKey> storedKey(new QueryKey(take(key, escape, ESCAPE_QUERY)));
-    const Reference<String> storedValue(new String(take(value, escape, ESCAPE_QUERY)));
+        m_query = new Query(new collections::vorb::HashMap(BUCKETS, LOAD));
+    const Reference<QueryKey> storedKey(new QueryKey(stringOf(take(key, escape, ESCAPE_QUERY))));
+    const Reference<String> storedValue(new String(stringOf(take(value, escape, ESCAPE_QUERY))));
     m_query->put(storedKey.get(), storedValue.get());
     m_hasQuery = true;
 }
 
-void URI::appendAuthority(String& target, bool unescape) const
+URI::Query* URI::readQuery() const
+{
+    if (!m_unreadQuery.empty()) {
+        const Reference<Query> query(new Query(new collections::vorb::HashMap(BUCKETS, LOAD)));
+        forEachPair(m_unreadQuery, [&](View key, View value) {
+            query->put(
+                Reference<QueryKey>(new QueryKey(String(key))).get(), Reference<String>(new String(value)).get());
+        });
+        m_query = query;
+        m_unreadQuery.clear();
+    }
+    return m_query.get();
+}
+
+void URI::appendPart(std::u16string& target, View stored, bool unescape)
+{
+    if (unescape)
+        target += getUnescapedString(stored);
+    else
+        target += stored;
+}
+
+void URI::appendUserInfo(std::u16string& target, bool unescape) const
+{
+    appendPart(target, m_user, unescape);
+    if (m_hasPassword) {
+        target += u':';
+        target += m_password;
+    }
+}
+
+void URI::appendAuthority(std::u16string& target, bool unescape) const
 {
     if (m_hasUser) {
-        target.append(getUserInfo(unescape));
-        target.append(u'@');
+        appendUserInfo(target, unescape);
+        target += u'@';
     }
     if (m_hasHost)
-        target.append(getHost(unescape));
+        appendPart(target, m_host, unescape);
     if (m_hasPort) {
-        target.append(u':');
-        target.append(String::valueOf(m_port));
+        char16_t digits[33];
+        target += u':';
+        target += VXLToStrW(m_port, digits, 10);
     }
 }
 
-void URI::appendQuery(String& target, bool unescape) const
+void URI::appendQuery(std::u16string& target, bool unescape) const
 {
-    if (m_query == nullptr)
+    if (!unescape && appendUnreadQuery(target))
+        return;
+    const Query* query = readQuery();
+    if (query == nullptr)
         return;
     bool isFirst = true;
-    for (const auto& [key, value] : *m_query) {
+    for (const auto& [key, value] : *query) {
         if (!std::exchange(isFirst, false))
-            target.append(u'&');
-        target.append(*key);
-        target.append(u'=');
-        target.append(unescape ? getUnescapedString(*value) : *value);
+            target += u'&';
+        target.append(key->view()).append(1, u'=');
+        appendPart(target, value->view(), unescape);
     }
 }
 
-void URI::appendSchemeSpecificPart(String& target, bool unescape) const
+bool URI::appendUnreadQuery(std::u16string& target) const
+{
+    if (m_unreadQuery.empty())
+        return false;
+    PairOrder order;
+    bool isWhole = true;
+    forEachPair(m_unreadQuery, [&](View key, View value) { isWhole = isWhole && order.add(key, value); });
+    if (isWhole)
+        order.append(target);
+    return isWhole;
+}
+
+void URI::appendSchemeSpecificPart(std::u16string& target, bool unescape) const
 {
     if (m_isOpaque) {
-        target.append(m_opaquePart);
+        target += m_opaquePart;
         return;
     }
     if (hasAuthority()) {
-        target.append(u"//");
+        target += u"//";
         appendAuthority(target, unescape);
     }
     if (m_hasPath) {
-        target.append(u'/');
-        target.append(getPath(unescape));
+        target += u'/';
+        appendPart(target, m_path, unescape);
     }
     if (m_hasQuery) {
-        target.append(u'?');
+        target += u'?';
         appendQuery(target, unescape);
     }
 }

@@ -5,6 +5,7 @@
 #include "vx/collections/Map.h"
 #include "vx/net/QueryKey.h"
 
+#include <string>
 #include <string_view>
 
 namespace vx::net {
@@ -98,11 +99,11 @@ private:
 
     using Query = collections::Map<QueryKey, String>;
 
-    static String getEscapedString(const String& text, ESCAPE_PART part);
-    static String getUnescapedString(const String& text);
+    static std::u16string getEscapedString(std::u16string_view text, ESCAPE_PART part);
+    static std::u16string getUnescapedString(std::u16string_view text);
     /// A part as it is stored, and a stored part as a getter gives it.
-    static String take(std::u16string_view text, bool escape, ESCAPE_PART part);
-    static String give(const String& stored, bool isPresent, bool unescape);
+    static std::u16string take(std::u16string_view text, bool escape, ESCAPE_PART part);
+    static std::u16string give(std::u16string_view stored, bool isPresent, bool unescape);
 
     void parseSchemeSpecificPart(std::u16string_view text, bool escape);
     void parseAuthority(std::u16string_view text, bool escape);
@@ -113,16 +114,21 @@ private:
     void storeHost(std::u16string_view text, bool escape);
     void storePath(std::u16string_view text, bool escape);
     void storeQueryPair(std::u16string_view key, std::u16string_view value, bool escape);
-    void appendAuthority(String& target, bool unescape) const;
-    void appendQuery(String& target, bool unescape) const;
-    void appendSchemeSpecificPart(String& target, bool unescape) const;
+    /// The parameters as a map, which takes in what has not been read yet; null where there are none.
+    Query* readQuery() const;
+    static void appendPart(std::u16string& target, std::u16string_view stored, bool unescape);
+    void appendUserInfo(std::u16string& target, bool unescape) const;
+    void appendAuthority(std::u16string& target, bool unescape) const;
+    void appendQuery(std::u16string& target, bool unescape) const;
+    bool appendUnreadQuery(std::u16string& target) const;
+    void appendSchemeSpecificPart(std::u16string& target, bool unescape) const;
 
-    String m_scheme;
-    String m_user;
-    String m_password;
-    String m_host;
-    String m_path;
-    String m_opaquePart;
+    std::u16string m_scheme;
+    std::u16string m_user;
+    std::u16string m_password;
+    std::u16string m_host;
+    std::u16string m_path;
+    std::u16string m_opaquePart;
     int m_port = -1;
     bool m_hasScheme = false;
     bool m_hasUser = false;
@@ -132,7 +138,9 @@ private:
     bool m_hasPort = false;
     bool m_hasQuery = false;
     bool m_isOpaque = false;
-    Reference<Query> m_query; ///< null until the first parameter
+    // Most URIs are only parsed and printed, for which the parameters need no map. One of the two has them.
+    mutable Reference<Query> m_query;
+    mutable std::u16string m_unreadQuery;
 };
 
 } // namespace vx::net

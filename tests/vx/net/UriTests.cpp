@@ -163,10 +163,19 @@ TEST(URI, PrintsParametersInTheOrderOfTheMap)
 {
     const vx::Reference<vx::collections::vorb::HashMap> plain(new vx::collections::vorb::HashMap(101, 0.75F));
     URI uri;
+    String text;
     for (int number = 0; number < 300; ++number) {
         const vx::Reference<QueryKey> key(new QueryKey(u"Key" + String::valueOf(number * number)));
         plain->put(static_cast<vx::ComObject*>(key.get()), nullptr);
         uri.setQueryPair(*key, u"", false);
+        text += (number > 0 ? u"&" : u"") + static_cast<const String&>(*key) + u"=";
+        URI parsed;
+        parsed.setQuery(text + u"&KEY0=", false); // the last one is there already
+        ASSERT_EQ(parsed.getQuery(false), uri.getQuery(false)) << number;
+        if (number % 50 == 1) {
+            EXPECT_TRUE(parsed.hasQueryValue(u"key1"));
+            EXPECT_EQ(parsed.getQuery(true), uri.getQuery(false));
+        }
     }
     String expected;
     const auto keys = plain->createKeySet();
