@@ -172,6 +172,35 @@ class Documents(Served):
         self.assertEqual(sorted(len(list(root)) for root in documents), [0, 1, 2])
 
 
+class Senders(Served):
+    def vxlog(self, to, text="", *options):
+        return subprocess.run([os.environ["VXLOG"], "--to", to, *options], input=text, capture_output=True, text=True,
+                              timeout=PATIENCE, check=False)
+
+    def test_know_that_their_lines_are_there(self):
+        self.start()
+        uri = f"vxlog://127.0.0.1:{self.port}"
+        text = "".join(f"line {number} Ελληνικά\n" for number in range(20000))
+        for address, options in [(uri + "?level=3&ack=1", ["-l", "9"]), (uri + "?ACK=1", ["-l", "4"]), (uri, [])]:
+            result = self.vxlog(address, text, *options)
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""), address)
+        entries = self.entries()
+        self.assertEqual([entry["level"] for entry in entries], ["3"] * 20000 + ["4"] * 20000 + ["0"] * 20000)
+        self.assertEqual("".join(entry["text"] + "\n" for entry in entries), text * 3)
+
+    def test_say_what_failed(self):
+        os.symlink("/dev/full", self.log)
+        self.start()
+        lost = self.vxlog(f"vxlog://127.0.0.1:{self.port}?ack=1", "lost\n")
+        self.assertEqual((lost.returncode, lost.stderr.count("\n")), (1, 1))
+        self.assertIn("the log cannot be written", lost.stderr)
+        self.stop()
+        self.assertEqual(self.vxlog(f"vxlog://127.0.0.1:{self.port}", "x\n").returncode, 1)
+        for uri in ["http://host", "vxlog:host", "vxlog://host:99999", "vxlog://host?level=x", ""]:
+            self.assertEqual(self.vxlog(uri).returncode, 2, uri)
+        self.assertEqual(self.vxlog("vxlog://host", "", "--file", self.path("other")).returncode, 2)
+
+
 class Settings(Served):
     def run_it(self, *arguments):
         return subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=PATIENCE, check=False)

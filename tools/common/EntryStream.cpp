@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace vxlog {
+namespace vxtools {
 
 EntryStream::EntryStream(vx::io::FileOutputStream* file)
     : m_file(file)
@@ -34,4 +34,4 @@ void EntryStream::flush()
     m_entry.clear();
 }
 
-} // namespace vxlog
+} // namespace vxtools

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace vxlog {
+namespace vxtools {
 
 /// Gathers the bytes of an entry, however many there are, and gives them to the file in one write when it is flushed: the
 /// entries of several processes do not mix, and one that does not fit on the disk leaves no part of it.
@@ -24,4 +24,4 @@ private:
     std::vector<signed char> m_entry;
 };
 
-} // namespace vxlog
+} // namespace vxtools

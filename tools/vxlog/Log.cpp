@@ -1,8 +1,9 @@
 #include "Log.h"
 
 #include "Ending.h"
-#include "EntryStream.h"
+#include "Sender.h"
 #include "Target.h"
+#include "common/EntryStream.h"
 #include "common/Failure.h"
 #include "common/Input.h"
 
@@ -116,12 +117,33 @@ private:
     Reference<io::BufferedReader> m_reader;
 };
 
+void sendLines(Lines& lines, const Destination& destination)
+{
+    Sender sender(destination);
+    std::exception_ptr failure; // of the input, as below
+    try {
+        for (String line; lines.next(line);)
+            sender.send(line);
+    } catch (const Failure&) {
+        if (sender.hasFailed())
+            throw;
+        failure = std::current_exception();
+    }
+    sender.finish();
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
+}
+
 } // namespace
 
 void log(const Options& options)
 {
     const Input input(options.input);
     Lines lines(options, input);
+    if (options.to) {
+        sendLines(lines, *options.to);
+        return;
+    }
     const std::string name = options.file == "-" ? "standard output" : options.file;
     const Reference<io::FileOutputStream> file = openFile(options);
     const Reference<Target> target(new Target(createWriter(options, file.get())));

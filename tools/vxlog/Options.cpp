@@ -77,6 +77,10 @@ constexpr OptionRow OPTIONS[] = {
         [](Options& options, const char* value) { options.workers = numberOf("--async", value, 1, MOST_WORKERS); }},
     {"encoding", 'e', "ENC", "the encoding of INPUT (UTF-8); the log is in UTF-8",
         [](Options& options, const char* value) { options.encoding = value; }},
+    {"to", '\0', "URI",
+        "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1;\n"
+        "with ack=1 it is an error if they are not all in its log",
+        [](Options& options, const char* value) { options.to = parseDestination(value); }},
     {"help", 'h', nullptr, "print this", [](Options& options, const char*) { options.task = Options::Task::HELP; }},
     {"version", '\0', nullptr, "print the version",
         [](Options& options, const char*) { options.task = Options::Task::VERSION; }},
@@ -148,6 +152,10 @@ Options parseOptions(int argc, char** argv)
         throw std::invalid_argument(std::string("one input too many: ") + argv[optind]);
     if (options.input.empty() || options.file.empty())
         throw std::invalid_argument("a file name is empty");
+    if (options.to && (options.file != "-" || options.name || options.fields || options.workers > 0 || options.escape))
+        throw std::invalid_argument("with --to the server decides how the log looks");
+    if (options.to && !options.to->level)
+        options.to->level = options.level;
     if (options.escape && options.format != Options::Format::XML)
         throw std::invalid_argument("--escape goes with --format xml");
     return options;

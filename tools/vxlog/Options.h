@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Sender.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +22,7 @@ struct Options {
     int workers = 0; ///< 0: without a queue
     std::string encoding = "UTF-8";
     std::string input = "-";
+    std::optional<Destination> to; ///< instead of a log of its own
 };
 
 /// Throws std::invalid_argument with what is wrong with the command line.

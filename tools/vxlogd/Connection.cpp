@@ -84,7 +84,7 @@ void Connection::goOn()
 {
     takeLines();
     const Progress::State state = m_progress->state();
-    if (state.hasFailed && !m_hasEnded)
+    if (state.hasFailed && !m_isRefused && !m_isBroken)
         refuse("the log cannot be written");
     if (m_wantsAnswers && m_output.empty() && state.done > m_answered && !m_isBroken) {
         m_output = "ack " + std::to_string(state.done) + "\n";
@@ -118,7 +118,7 @@ bool Connection::isOver() const
 {
     const Progress::State state = m_progress->state();
     return m_hasEnded && m_input.empty() && state.openLines == 0 && m_output.empty()
-        && (!m_wantsAnswers || m_isBroken || state.hasFailed || state.done == m_answered);
+        && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done == m_answered)));
 }
 
 bool Connection::hasRoom() const

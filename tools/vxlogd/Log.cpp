@@ -1,12 +1,12 @@
 #include "Log.h"
 
 #include "Complaint.h"
+#include "common/EntryStream.h"
+#include "common/Failure.h"
 
 #include <vx/Exception.h>
 #include <vx/NumberBoxes.h>
 #include <vx/collections/Set.h>
-#include <vx/io/FileOutputStream.h>
-#include <vx/io/FilterOutputStream.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/log/BasicLogWriter.h>
 #include <vx/log/LogEntry.h>
@@ -49,15 +49,6 @@ private:
     Receipt m_receipt;
 };
 
-/// Leaves to the system when bytes go to disk: what it has taken outlives this process.
-class UnsyncedStream final : public vx::io::FilterOutputStream {
-public:
-    using FilterOutputStream::FilterOutputStream;
-
-    // OutputStream
-    void flush() override { }
-};
-
 /// A document that has begun cannot be continued: its end may be there, or missing.
 void moveAside(const std::string& path)
 {
@@ -67,28 +58,11 @@ void moveAside(const std::string& path)
     std::filesystem::rename(path, path + "." + vx::log::TimeStamp().toLog().toUtf8());
 }
 
-Reference<vx::log::ILogProcessor> openLog(const Settings& settings)
-{
-    constexpr std::int32_t BUFFER_SIZE = 64 * 1024;
-
-    if (settings.format == Format::XML)
-        moveAside(settings.log);
-    Reference<vx::io::OutputStream> stream(
-        new vx::io::FileOutputStream(String(std::string_view(settings.log)), vx::io::FileOutputStream::APPEND));
-    if (!settings.sync)
-        stream = new UnsyncedStream(stream.get());
-    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(
-        stream.get(), String(std::string_view(settings.encoding)).getData(), BUFFER_SIZE));
-    if (settings.format == Format::XML)
-        return vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED);
-    return vx::log::BasicLogWriter::create(writer.get());
-}
-
 } // namespace
 
 LogFile::LogFile(const Settings& settings)
-    : m_writer(openLog(settings))
 {
+    open(settings);
 }
 
 LogFile::~LogFile() noexcept = default;
@@ -101,7 +75,7 @@ void LogFile::reopen(const Settings& settings)
         Reference<vx::log::ILogProcessor> old;
         old.swap(m_writer);
     }
-    m_writer = openLog(settings);
+    open(settings);
 }
 
 void LogFile::close()
@@ -119,9 +93,11 @@ void LogFile::process(const ILogEntry* entry)
         if (m_writer == nullptr)
             throw vx::Exception(u"it is not open");
         m_writer->process(entry);
+        if (m_syncs)
+            m_file->flush();
         m_isFailing = false;
     } catch (const vx::Exception& exception) {
-        failure = textOf(exception);
+        failure = vxtools::textOf(exception);
     } catch (const std::exception& exception) {
         failure = exception.what();
     }
@@ -132,6 +108,23 @@ void LogFile::process(const ILogEntry* entry)
     if (!std::exchange(m_isFailing, true))
         complain("the log cannot be written: " + failure);
     receipt.progress->fail(receipt.bytes);
+}
+
+void LogFile::open(const Settings& settings)
+{
+    constexpr std::int32_t BUFFER_SIZE = 64 * 1024;
+
+    if (settings.format == Format::XML)
+        moveAside(settings.log);
+    const Reference<vx::io::FileOutputStream> file(
+        new vx::io::FileOutputStream(String(std::string_view(settings.log)), vx::io::FileOutputStream::APPEND));
+    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(
+        new vxtools::EntryStream(file.get()), String(std::string_view(settings.encoding)).getData(), BUFFER_SIZE));
+    m_writer = settings.format == Format::XML
+        ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
+        : vx::log::BasicLogWriter::create(writer.get());
+    m_file = file;
+    m_syncs = settings.sync;
 }
 
 Intake::Intake(LogFile& file, int workers)

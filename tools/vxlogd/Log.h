@@ -5,6 +5,7 @@
 
 #include <vx/Object.h>
 #include <vx/Reference.h>
+#include <vx/io/FileOutputStream.h>
 #include <vx/log/AsyncProcessor.h>
 #include <vx/log/ILogEntry.h>
 #include <vx/log/ILogProcessor.h>
@@ -33,8 +34,12 @@ public:
     void process(const vx::log::ILogEntry* entry) override;
 
 private:
+    void open(const Settings& settings);
+
     std::mutex m_lock;
+    vx::Reference<vx::io::FileOutputStream> m_file;
     vx::Reference<vx::log::ILogProcessor> m_writer;
+    bool m_syncs = false;
     bool m_isFailing = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "Complaint.h"
 #include "Shard.h"
+#include "common/Failure.h"
 
 #include <vx/Exception.h>
 #include <vx/net/SocketResult.h>
@@ -187,7 +188,7 @@ void Server::acceptAll()
             vx::exec::Thread::sleep(PAUSE);
         } catch (const vx::Exception& failure) {
             if (!std::exchange(isFailing, true))
-                complain(textOf(failure));
+                complain(vxtools::textOf(failure));
             vx::exec::Thread::sleep(PAUSE);
         }
     }

@@ -1,6 +1,7 @@
 #include "Shard.h"
 
 #include "Complaint.h"
+#include "common/Failure.h"
 
 #include <vx/Exception.h>
 
@@ -134,7 +135,7 @@ void Shard::wait()
             serve(connection, isAnyReady && readers.has(connection.getSocket()),
                 isAnyReady && writers.has(connection.getSocket()));
         } catch (const vx::Exception& failure) {
-            complain("a connection is dropped: " + textOf(failure));
+            complain("a connection is dropped: " + vxtools::textOf(failure));
             drop(index);
         } catch (const std::exception& failure) {
             complain(std::string("a connection is dropped: ") + failure.what());

@@ -3,6 +3,8 @@
 #include "Complaint.h"
 #include "Server.h"
 #include "Settings.h"
+#include "common/Failure.h"
+#include "common/Input.h"
 
 #include <vx/Exception.h>
 
@@ -51,7 +53,7 @@ void changeSettings(Server& server, int argc, char** argv)
         server.change(readSettings(argc, argv).settings);
         complain("the log is opened anew");
     } catch (const vx::Exception& failure) {
-        complain("the log cannot be opened anew: " + textOf(failure));
+        complain("the log cannot be opened anew: " + vxtools::textOf(failure));
     } catch (const std::exception& failure) {
         complain(std::string("the settings stay: ") + failure.what());
     }
@@ -76,6 +78,7 @@ void serve(const Settings& settings, int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    vxtools::occupyStandardStreams();
     try {
         const CommandLine line = readSettings(argc, argv);
         switch (line.task) {
@@ -91,7 +94,7 @@ int main(int argc, char** argv)
         complain(std::string(failure.what()) + "; vxlogd --help tells more");
         return USAGE_ERROR;
     } catch (const vx::Exception& failure) {
-        complain(textOf(failure));
+        complain(vxtools::textOf(failure));
     } catch (const std::bad_alloc&) {
         complain("out of memory");
     } catch (const std::exception& failure) {

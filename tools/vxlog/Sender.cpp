@@ -1,0 +1,158 @@
+#include "Sender.h"
+
+#include "common/Failure.h"
+
+#include <vx/net/SocketResult.h>
+#include <vx/net/URI.h>
+
+#include <charconv>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <stdexcept>
+#include <string_view>
+#include <sys/socket.h>
+
+namespace vxlog {
+
+namespace {
+
+using vx::net::TcpClientSocket2;
+using vxtools::Failure;
+
+/// The number of a parameter, if there is one.
+std::optional<int> numberIn(const vx::net::URI& uri, const char16_t* key)
+{
+    if (!uri.hasQueryValue(key))
+        return std::nullopt;
+    const std::string text = uri.getQueryValue(key, true).toUtf8();
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        throw std::invalid_argument("--to: " + vx::String(key).toUtf8() + " is a number, not \"" + text + "\"");
+    return number;
+}
+
+std::string textOf(ENUM_VX_E_SOCKET result)
+{
+    return vx::String(VXGetDescriptionFromVX_E_SOCKET(result)).toUtf8();
+}
+
+} // namespace
+
+Destination parseDestination(const std::string& text)
+{
+    constexpr int LAST_PORT = 65535;
+    const vx::net::URI uri {vx::String(std::string_view(text))};
+    if (!uri.hasScheme() || !uri.getScheme().equals(u"vxlog", true) || !uri.hasHost())
+        throw std::invalid_argument("--to takes vxlog://HOST:PORT, not \"" + text + "\"");
+    Destination destination;
+    destination.host = uri.getHost(true).toUtf8();
+    if (uri.hasPort()) {
+        if (uri.getPort() < 1 || uri.getPort() > LAST_PORT)
+            throw std::invalid_argument("--to: no such port in \"" + text + "\"");
+        destination.port = static_cast<unsigned short>(uri.getPort());
+    }
+    destination.level = numberIn(uri, u"level");
+    destination.wantsAnswers = numberIn(uri, u"ack").value_or(0) != 0;
+    return destination;
+}
+
+Sender::Sender(const Destination& destination)
+    : m_name(destination.host + ":" + std::to_string(destination.port))
+    , m_wantsAnswers(destination.wantsAnswers)
+{
+    connect(destination);
+    m_waiting
+        = "VXLOG level=" + std::to_string(destination.level.value_or(0)) + " ack=" + (m_wantsAnswers ? "1\n" : "0\n");
+}
+
+void Sender::send(const vx::String& line)
+{
+    constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+    m_waiting += line.toUtf8();
+    m_waiting += '\n';
+    ++m_lines;
+    if (m_waiting.size() >= BLOCK_SIZE)
+        flush();
+}
+
+void Sender::finish()
+{
+    flush();
+    if (const ENUM_VX_E_SOCKET result = m_socket->shutdownOutput(); result != VX_E_SOCKET_OK)
+        fail(textOf(result));
+    const std::string heard = hearAll();
+    if (const std::size_t error = heard.rfind("err "); error != heard.npos)
+        fail(heard.substr(error + 4, heard.find('\n', error) - error - 4));
+    if (!m_wantsAnswers || m_lines == 0)
+        return;
+    std::uint64_t answered = 0;
+    if (const std::size_t last = heard.rfind("ack "); last != heard.npos && heard.ends_with('\n'))
+        std::from_chars(heard.data() + last + 4, heard.data() + heard.size(), answered);
+    if (answered != m_lines)
+        fail("has acknowledged " + std::to_string(answered) + " of " + std::to_string(m_lines) + " lines");
+}
+
+void Sender::connect(const Destination& destination)
+{
+    addrinfo hints {};
+    hints.ai_socktype = SOCK_STREAM;
+    ENUM_VX_E_SOCKET result = VX_E_SOCKET_HOST_NOT_FOUND;
+    for (std::uint32_t index = 0; m_socket == nullptr; ++index) {
+        vx_sockaddr_union address {};
+        const ENUM_VX_E_SOCKET found
+            = vx::net::TcpSocket2::getAddrInfo(destination.host.c_str(), destination.port, &hints, index, &address);
+        if (found != VX_E_SOCKET_OK)
+            fail(textOf(index == 0 ? found : result));
+        TcpClientSocket2* made = nullptr;
+        result = TcpClientSocket2::createTcpClientSocket2(address.generic.sa_family, SOCK_STREAM, 0, &made);
+        std::unique_ptr<TcpClientSocket2> socket(made);
+        if (result == VX_E_SOCKET_OK)
+            result = socket->connect(
+                &address, address.generic.sa_family == AF_INET ? sizeof address.in4 : sizeof address.in6);
+        if (result == VX_E_SOCKET_OK)
+            m_socket = std::move(socket);
+    }
+}
+
+void Sender::flush()
+{
+    const std::string waiting = std::move(m_waiting);
+    m_waiting.clear();
+    for (std::string_view rest = waiting; !rest.empty();) {
+        std::int32_t count = 0;
+        const ENUM_VX_E_SOCKET result = m_socket->send(rest.data(), static_cast<unsigned int>(rest.size()), 0, &count);
+        if (result == VX_E_SOCKET_OK) {
+            rest.remove_prefix(static_cast<std::size_t>(count));
+        } else if (result != VX_E_SOCKET_EINTR) {
+            const std::string heard = hearAll(); // it may have said why
+            fail(heard.starts_with("err ") ? heard.substr(4, heard.find('\n') - 4) : textOf(result));
+        }
+    }
+}
+
+std::string Sender::hearAll()
+{
+    constexpr std::size_t MOST = 4096; // the last answers tell all
+    std::string heard;
+    char piece[1024];
+    for (;;) {
+        std::int32_t count = 0;
+        const ENUM_VX_E_SOCKET result = m_socket->recv(piece, sizeof piece, 0, &count);
+        if (result == VX_E_SOCKET_EINTR)
+            continue;
+        if (result != VX_E_SOCKET_OK || count < 1)
+            return heard;
+        heard.append(piece, static_cast<std::size_t>(count));
+        if (heard.size() > MOST)
+            heard.erase(0, heard.size() - MOST / 2);
+    }
+}
+
+void Sender::fail(const std::string& why)
+{
+    m_hasFailed = true;
+    throw Failure(m_name, why);
+}
+
+} // namespace vxlog

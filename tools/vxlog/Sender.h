@@ -1,0 +1,49 @@
+#pragma once
+
+#include <vx/String.h>
+#include <vx/net/TcpClientSocket2.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vxlog {
+
+/// Where lines go, as a URI says it: vxlog://HOST:PORT?level=3&ack=1.
+struct Destination {
+    std::string host;
+    unsigned short port = 7514;
+    std::optional<int> level;
+    bool wantsAnswers = false;
+};
+
+/// Throws std::invalid_argument with what is wrong with the URI.
+Destination parseDestination(const std::string& uri);
+
+/// Sends lines to a vxlogd. What goes wrong is a Failure that names the server.
+class Sender {
+public:
+    explicit Sender(const Destination& destination);
+
+    void send(const vx::String& line);
+    /// Returns when the server has taken all lines and, where the URI asks for that, has said that they are in its log.
+    void finish();
+    bool hasFailed() const noexcept { return m_hasFailed; }
+
+private:
+    void connect(const Destination& destination);
+    void flush();
+    /// What the server has to say until it ends the connection.
+    std::string hearAll();
+    [[noreturn]] void fail(const std::string& why);
+
+    std::string m_name;
+    bool m_wantsAnswers;
+    std::unique_ptr<vx::net::TcpClientSocket2> m_socket;
+    std::string m_waiting;
+    std::uint64_t m_lines = 0;
+    bool m_hasFailed = false;
+};
+
+} // namespace vxlog
