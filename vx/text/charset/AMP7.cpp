@@ -33,9 +33,10 @@ bool store(Encoding& pass, std::string_view form) noexcept
     return true;
 }
 
+// The buffer has room to spare: optimisers that vectorise the loop warn of a length they cannot see.
 bool storeNumber(Encoding& pass, std::uint32_t value) noexcept
 {
-    char form[MAX_FORM] = {'&', '_'};
+    char form[4 * MAX_FORM] = {'&', '_'};
     char* end = std::to_chars(form + 2, form + MAX_FORM, value, 16).ptr;
     std::transform(form + 2, end, form + 2,
         [](char digit) { return static_cast<char>(digit >= 'a' ? digit - 'a' + 'A' : digit); });
