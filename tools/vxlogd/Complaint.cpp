@@ -1,12 +1,12 @@
 #include "Complaint.h"
 
-#include <cstdio>
+#include "common/Program.h"
 
 namespace vxlogd {
 
 void complain(const std::string& text)
 {
-    std::fprintf(stderr, "vxlogd: %s\n", text.c_str());
+    vxtools::complain("vxlogd", text);
 }
 
 } // namespace vxlogd

@@ -4,21 +4,17 @@
 #include "Server.h"
 #include "Settings.h"
 #include "common/Failure.h"
-#include "common/Input.h"
+#include "common/Program.h"
 
 #include <vx/Exception.h>
 
 #include <csignal>
 #include <cstdio>
-#include <new>
-#include <stdexcept>
 #include <sys/resource.h>
 
 namespace {
 
 using namespace vxlogd;
-
-enum ExitCode { SUCCESS = 0, FAILURE = 1, USAGE_ERROR = 2 };
 
 /// The signals that `run` waits for are held back from all threads.
 sigset_t holdSignals()
@@ -26,8 +22,6 @@ sigset_t holdSignals()
     struct sigaction action { };
     action.sa_handler = [](int) {}; // to break a wait off is all it does
     ::sigaction(SIGUSR1, &action, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGUSR1})
@@ -78,27 +72,17 @@ void serve(const Settings& settings, int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    vxtools::occupyStandardStreams();
-    try {
+    return vxtools::runProgram("vxlogd", [&] {
         const CommandLine line = readSettings(argc, argv);
         switch (line.task) {
         case Task::HELP:
-            return std::fputs(usage().c_str(), stdout) == EOF || std::fflush(stdout) == EOF ? FAILURE : SUCCESS;
+            vxtools::print(usage());
+            return;
         case Task::VERSION:
-            return std::puts("vxlogd " VXLOGD_VERSION) == EOF || std::fflush(stdout) == EOF ? FAILURE : SUCCESS;
+            vxtools::printVersion("vxlogd");
+            return;
         case Task::SERVE:
             serve(line.settings, argc, argv);
         }
-        return SUCCESS;
-    } catch (const std::invalid_argument& failure) {
-        complain(std::string(failure.what()) + "; vxlogd --help tells more");
-        return USAGE_ERROR;
-    } catch (const vx::Exception& failure) {
-        complain(vxtools::textOf(failure));
-    } catch (const std::bad_alloc&) {
-        complain("out of memory");
-    } catch (const std::exception& failure) {
-        complain(failure.what());
-    }
-    return FAILURE;
+    });
 }

@@ -1,0 +1,59 @@
+#include "Program.h"
+
+#include "Failure.h"
+#include "Input.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <new>
+#include <stdexcept>
+
+namespace vxtools {
+
+namespace {
+
+enum ExitCode { SUCCESS = 0, FAILURE = 1, USAGE_ERROR = 2 };
+
+} // namespace
+
+void complain(const char* name, const std::string& text)
+{
+    std::cout.flush();
+    std::fprintf(stderr, "%s: %s\n", name, text.c_str());
+}
+
+void print(const std::string& text)
+{
+    if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) == EOF)
+        throw Failure("standard output", textOfError(errno));
+}
+
+void printVersion(const char* name)
+{
+    print(std::string(name) + " " VX_TOOLS_VERSION "\n");
+}
+
+int runProgram(const char* name, const std::function<void()>& work)
+{
+    occupyStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    try {
+        work();
+        return SUCCESS;
+    } catch (const std::invalid_argument& failure) {
+        complain(name, std::string(failure.what()) + "; " + name + " --help tells more");
+        return USAGE_ERROR;
+    } catch (const vx::Exception& failure) {
+        complain(name, textOf(failure));
+    } catch (const std::bad_alloc&) {
+        complain(name, "out of memory");
+    } catch (const std::exception& failure) {
+        complain(name, failure.what());
+    }
+    return FAILURE;
+}
+
+} // namespace vxtools
