@@ -8,10 +8,10 @@
 class IVXUnknown;
 
 /// Components by ProgID and class identifier, and identifiers themselves. Classes come from offers of the process first, then
-/// from shared libraries by what the hive VX_HKEY_CLASSES_32 of the registry says: a key PROGID\CLSID holds a class
-/// identifier, a key CLSID\{...}\InprocServer32 the library, both as default values. `module` names the calling library by
-/// an address inside it. A null out-parameter gives RESULT_POINTER, another null argument RESULT_INVALID_ARGUMENT; `outer` may
-/// be null. All are safe between threads.
+/// from shared libraries by what the hive VX_HKEY_CLASSES_32 of the registry says: below a key named by the ProgID, `CLSID`
+/// holds the class identifier; below `CLSID` and the identifier in braces, `InprocServer32` holds the library, both as
+/// default values. `module` names the calling library by an address inside it. A null out-parameter gives RESULT_POINTER,
+/// another null argument RESULT_INVALID_ARGUMENT; `outer` may be null. All are safe between threads.
 extern "C" {
 
 /// Tells that the library around `module` is ready (1) or about to leave (0). Objects are created for ready modules only.

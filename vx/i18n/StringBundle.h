@@ -27,8 +27,8 @@ protected:
 /// The translated strings of one locale by key. An empty string counts as missing.
 class VX_API StringBundle : public Object, public StringBundleFace {
 public:
-    /// A new bundle `name` of the component that is registered for the locale, for one of its shorter forms (de_AT@euro,
-    /// de_AT, de), for those of the default locale, or for en_US. `locale` may be null. Throws Exception "Resource not
+    /// A new bundle `name` of the component that is registered for the locale, for one of its shorter forms (`de_AT@euro`,
+    /// `de_AT`, `de`), for those of the default locale, or for en_US. `locale` may be null. Throws Exception "Resource not
     /// found" where there is none.
     static Reference<StringBundle> getBundle(const String& name, Locale* locale);
 
