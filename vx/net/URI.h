@@ -16,8 +16,9 @@ namespace vx::net {
 ///
 /// A setter is told whether its text is still to be escaped, a getter whether to unescape; both work on the UTF-8 bytes, and
 /// text that has none there or is none throws InvalidCharacterException. The getter of a part that is not there throws a
-/// bare Exception, and so does unescaping an escape that is cut short. Query parameters are found in any case of letters, and printed in the order of the map. Fragments are not known: a "#"
-/// is a character like others. One thread at a time, also for the constant operations.
+/// bare Exception, and so does unescaping an escape that is cut short. Query parameters are found in any case of letters,
+/// and printed in the order of the map. Fragments are not known: a "#" is a character like others. One thread at a time,
+/// also for the constant operations.
 class VX_API URI : public Object {
 public:
     URI();

@@ -1,0 +1,30 @@
+#include <vx/vxlib4.h>
+
+#include <iostream>
+
+using namespace vx;
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::cerr << "usage: settings FILE\n";
+        return 2;
+    }
+    util::CommandLineParser line;
+    line.defineOption(u"level", 1, u"3");
+    line.parse(String(u"-verbose /level 0x10 \"my file.txt\""));
+    std::cout << line.isPresent(u"verbose") << ' ' << line.getValueLong(u"level", 0) << ' '
+              << line.getParameter(0)->getValueString(0) << '\n';
+
+    const String path((std::string_view(argv[1])));
+    util::IniFile ini(path.getData(), "guide.settings", 0); // the semaphore's name: processes take turns
+    throwIfFailed(ini.AddKey(u"window\\main", u"width", u"640", true)); // on the disk, whole, when it returns
+    char16_t width[16];
+    throwIfFailed(ini.GetValue(u"Window\\Main", u"WIDTH", width, 16));
+    std::cout << String(width) << '\n';
+
+    net::URI uri(u"vxlog://ann@example.org:7514/inbox?level=3");
+    uri.setQueryPair(u"topic", u"bread & butter", true);
+    std::cout << uri.getHost(true) << ' ' << uri.getPort() << ' ' << uri.getQueryValue(u"topic", true) << '\n';
+    std::cout << uri.getQueryValue(u"topic", false) << '\n';
+}
