@@ -3,21 +3,18 @@
 #include "vx/Exceptions.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/HashMapIterator.h"
-
-#include <mutex>
+#include "vx/detail/MadeOnce.h"
 
 namespace vx::collections::vorb {
 
 namespace {
 
-constinit Reference<Object> g_present;
-constinit std::once_flag g_presentMade;
+constinit vx::detail::MadeOnce<Object> g_present;
 
 /// The value of every element of every set.
 IVXUnknown* present()
 {
-    std::call_once(g_presentMade, [] { g_present = new Object; });
-    return g_present->GetUnknown();
+    return g_present.get()->GetUnknown();
 }
 
 } // namespace

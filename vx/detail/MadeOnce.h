@@ -1,0 +1,36 @@
+#pragma once
+
+#include "vx/Reference.h"
+
+#include <atomic>
+
+namespace vx::detail {
+
+/// An object that the library makes at its first use and releases at its end. Threads that come at the same time agree on
+/// one. A failure to make it is thrown, and the next caller tries again; std::call_once is no help there, for an exception
+/// out of it leaves the others waiting under ThreadSanitizer.
+template <class T>
+class MadeOnce {
+public:
+    constexpr MadeOnce() noexcept = default;
+    MadeOnce(const MadeOnce&) = delete;
+    MadeOnce& operator=(const MadeOnce&) = delete;
+    ~MadeOnce() { Reference<T>().attach(m_object.exchange(nullptr)); }
+
+    /// Not counted for the caller.
+    T* get()
+    {
+        if (T* object = m_object.load(std::memory_order_acquire))
+            return object;
+        Reference<T> mine(new T);
+        T* object = nullptr;
+        if (!m_object.compare_exchange_strong(object, mine.get(), std::memory_order_acq_rel, std::memory_order_acquire))
+            return object;
+        return mine.detach();
+    }
+
+private:
+    std::atomic<T*> m_object {nullptr};
+};
+
+} // namespace vx::detail
