@@ -1,14 +1,17 @@
 #include "vx/log/vorb/VorbProcessor.h"
 
 #include "vx/Exception.h"
+#include "vx/Result.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/vorb/ILogEntry.h"
 
 namespace vx::log::vorb {
 
-VorbProcessor::VorbProcessor(vorb::ILogProcessor* component) noexcept
+VorbProcessor::VorbProcessor(vorb::ILogProcessor* component)
     : m_component(component)
 {
+    if (component == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 VorbProcessor::~VorbProcessor() noexcept = default;

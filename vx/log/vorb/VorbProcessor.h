@@ -10,7 +10,7 @@ namespace vx::log::vorb {
 /// Hands entries to a processor on the component side, whose failures become ResultExceptions.
 class VX_API VorbProcessor : public Object, public vx::log::ILogProcessor {
 public:
-    /// The component is counted as long as the processor lives.
+    /// The component is counted as long as the processor lives. Null is a ResultException with RESULT_INVALID_ARGUMENT.
     static Reference<vx::log::ILogProcessor> create(vorb::ILogProcessor* component);
 
     VX_OBJECT_UNKNOWN(Object)
@@ -21,7 +21,7 @@ public:
     void process(const vx::log::ILogEntry* entry) override;
 
 private:
-    explicit VorbProcessor(vorb::ILogProcessor* component) noexcept;
+    explicit VorbProcessor(vorb::ILogProcessor* component);
 
     Reference<vorb::ILogProcessor> m_component;
 };
