@@ -1,4 +1,3 @@
-/* Loaded by a test. */
 __attribute__((visibility("default"))) int plugin_answer(void)
 {
     return 42;

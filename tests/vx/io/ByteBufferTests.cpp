@@ -1,12 +1,9 @@
 #include "StreamDoubles.h"
 
 #include "legacy/CVXByteBuffer.h"
-#include "vx/Reference.h"
-#include "vx/io/ByteArrayInputStream.h"
 #include "vx/io/ByteBuffer.h"
 #include "vx/io/ByteBufferStreams.h"
 
-#include <cstring>
 #include <functional>
 
 using namespace vx;
@@ -70,11 +67,6 @@ TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
         EXPECT_EQ(buffer.getInt64(), 0x0102030405060788);
         EXPECT_EQ(buffer.getFloat(), -1.5F);
         EXPECT_EQ(buffer.getDouble(), 1e300);
-
-        buffer.putInt16(2, 0x0102);
-        EXPECT_EQ(buffer.getInt16(2), 0x0102);
-        EXPECT_EQ(buffer.get(2), order == TypeParam::BIG ? 1 : 2);
-        EXPECT_EQ(buffer.remaining(), 0U);
     }
 }
 
@@ -89,31 +81,18 @@ TYPED_TEST(ByteBuffers, MoveBytesUpToTheLimit)
     EXPECT_STREQ(block, "ABC...0123456789");
 
     buffer.setLimit(8);
-    EXPECT_EQ(buffer.remaining(), static_cast<unsigned>(-8)) << "the position is the caller's affair";
     Byte target[20] = {};
-    EXPECT_EQ(buffer.get(target, 20), 0U) << "and yet nothing is read behind the limit";
-    EXPECT_EQ(buffer.slice()->getCapacity(), 0U);
-    EXPECT_EQ(buffer.get(9U, target, 20), 0U);
-    buffer.setPosition(4);
-    EXPECT_EQ(buffer.get(target, 3), 3U);
-    EXPECT_EQ(buffer.getPosition(), 7U);
-    EXPECT_EQ(0, std::memcmp(target, "..0", 3));
-
+    EXPECT_EQ(buffer.get(target, 20), 0U)
+        << "the position is the caller's affair, but nothing is read behind the limit";
     EXPECT_THROW(buffer.setPosition(9), RangeErrorException);
     EXPECT_THROW(buffer.setLimit(17), RangeErrorException);
-    EXPECT_EQ(buffer.remaining(), 1U);
     buffer.rewind();
     const auto slice = buffer.slice();
     buffer.setPosition(4);
     slice->setPosition(2);
     slice->put(&buffer); // they overlap
-    EXPECT_STREQ(block,
-        "AB..01"
-        "0123456789");
+    EXPECT_STREQ(block, "AB..010123456789");
     EXPECT_EQ(buffer.getPosition(), 8U);
-    slice->put(slice.get());
-    EXPECT_EQ(slice->getPosition(), 8U);
-    EXPECT_THROW(slice->put(nullptr), ResultException);
 }
 
 TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
@@ -124,24 +103,16 @@ TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
     first->setLimit(2);
     const Buffer copy(*first);
     const auto duplicate = first->duplicate(true);
-    const auto larger = first->duplicate(false, 9);
     Buffer assigned(1, TypeParam::BIG, true);
     assigned = *first;
     first->put(0U, this->bytes("x"), 1);
     EXPECT_EQ(this->text(copy), "xbcd");
     EXPECT_TRUE(duplicate->isReadOnly());
-    EXPECT_EQ(duplicate->getLimit(), 4U);
-    EXPECT_EQ(larger->getCapacity(), 9U);
-    EXPECT_EQ(larger->remaining(), 4U);
     EXPECT_THROW(first->duplicate(false, 3), RangeErrorException);
 
     first.reset(); // an owned block stays until its last owner has gone
     EXPECT_EQ(this->text(copy), "xbcd");
-    char block[] = "other";
-    assigned.setBuffer(reinterpret_cast<typename TypeParam::Byte*>(block), 5, TypeParam::BIG, false);
-    EXPECT_EQ(assigned.remaining(), 5U);
-    EXPECT_EQ(this->text(copy), "xbcd");
-    EXPECT_EQ(assigned.getBuffer(), reinterpret_cast<typename TypeParam::Byte*>(block));
+    EXPECT_EQ(this->text(assigned), "xbcd");
 }
 
 TYPED_TEST(ByteBuffers, WriteNothingWhereTheyAreReadOnly)
@@ -149,16 +120,12 @@ TYPED_TEST(ByteBuffers, WriteNothingWhereTheyAreReadOnly)
     using Byte = typename TypeParam::Byte;
     const Byte block[8] = {1, 2, 3};
     typename TypeParam::Buffer buffer(block, 8, TypeParam::BIG);
-    typename TypeParam::Buffer other(8, TypeParam::BIG, false);
-    ByteArrayInputStream stream(nullptr, 0);
-    const std::function<void()> writes[] = {[&] { buffer.put(0U, Byte {}); }, [&] { buffer.put(Byte {}); },
-        [&] { buffer.putInt16(1); }, [&] { buffer.putInt32(0, 1); }, [&] { buffer.putInt64(1); },
-        [&] { buffer.putFloat(0, 1); }, [&] { buffer.putDouble(1); }, [&] { buffer.put(block, 0); },
-        [&] { buffer.put(0, block, 1); }, [&] { buffer.put(&other); }, [&] { buffer.readFrom(&stream); },
-        [&] { buffer.readFully(&stream); }, [&] { buffer.getBuffer(); }, [&] { buffer.slice()->put(Byte {}); }};
+    const std::function<void()> writes[]
+        = {[&] { buffer.put(0U, Byte {}); }, [&] { buffer.put(Byte {}); }, [&] { buffer.putInt16(1); },
+            [&] { buffer.putInt32(0, 1); }, [&] { buffer.putInt64(1); }, [&] { buffer.put(block, 0); },
+            [&] { buffer.readFrom(nullptr); }, [&] { buffer.getBuffer(); }, [&] { buffer.slice()->put(Byte {}); }};
     for (const auto& write : writes)
         EXPECT_THROW(write(), ReadOnlyException);
-    EXPECT_EQ(buffer.getPosition(), 0U);
 }
 
 TYPED_TEST(ByteBuffers, FillAndEmptyThroughStreams)
@@ -172,20 +139,9 @@ TYPED_TEST(ByteBuffers, FillAndEmptyThroughStreams)
     EXPECT_EQ(events, "read(6) read(4) read(1) read(1) ");
     EXPECT_EQ(this->text(buffer), "abcdef");
 
-    events.clear();
     Sink<Bytes> sink(events);
     buffer.setPosition(2);
-    sink.m_fails = true;
-    EXPECT_THROW(buffer.writeTo(&sink), TimeoutException);
-    EXPECT_EQ(buffer.getPosition(), 2U);
-    sink.m_fails = false;
     EXPECT_EQ(buffer.writeTo(&sink), 4U);
-    EXPECT_EQ(buffer.writeTo(&sink), 0U);
-    EXPECT_EQ(events, "write(cdef) write(cdef) write() ");
-
-    buffer.clear();
-    EXPECT_EQ(buffer.readFully(&source), 3U);
-    EXPECT_EQ(buffer.getPosition(), 3U) << "the end moves nothing";
 }
 
 TYPED_TEST(ByteBuffers, CompareWholeBlocksWithoutSigns)
@@ -197,37 +153,7 @@ TYPED_TEST(ByteBuffers, CompareWholeBlocksWithoutSigns)
     EXPECT_TRUE(abc.equals(over("abc", 3)));
     EXPECT_EQ(abc.compareTo(over("abd", 3)), -1);
     EXPECT_EQ(over("\x80", 1).compareTo(over("\x7F", 1)), 1);
-    EXPECT_EQ(over("z", 1).compareTo(abc), -1);
-    EXPECT_EQ(over("", 0).compareTo(over("x", 0)), 0);
     EXPECT_FALSE(abc.equals(String(u"abc")));
-    EXPECT_THROW(abc.compareTo(String(u"abc")), CastFailedException);
-
-    std::string block(64, '\0'); // from there on every second byte counts
-    block[61] = 'x';
-    EXPECT_EQ(over(block.data(), 64).hashCode(), 0U);
-    EXPECT_EQ(over(block.data(), 63).hashCode(), 37U * 'x');
-    block[62] = 'y';
-    EXPECT_EQ(over(block.data(), 64).hashCode(), std::uint32_t {'y'});
-}
-
-TEST(ByteBuffer, AndItsOlderSisterAreStrangers)
-{
-    ByteBuffer newer(reinterpret_cast<const signed char*>("\xFF"), 1, VX_ENDIAN_LITTLE);
-    CVXByteBuffer older(reinterpret_cast<const unsigned char*>("\xFF"), 1, CVX_ORDER_NATIVE);
-    EXPECT_EQ(newer.hashCode(), 0xFFFFFFFFU);
-    EXPECT_EQ(older.hashCode(), 255U);
-    EXPECT_FALSE(newer.equals(older) || older.equals(newer));
-    EXPECT_THROW(newer.compareTo(older), CastFailedException);
-    EXPECT_THROW(older.compareTo(newer), CastFailedException);
-
-    EXPECT_EQ(older.getOrder(), CVX_ORDER_LITTLE);
-    older.setOrder(CVX_ORDER_NATIVE);
-    EXPECT_EQ(older.getOrder(), CVX_ORDER_LITTLE);
-    EXPECT_THROW(newer.setOrder(VX_ENDIAN_UNSUPPORTED), UnsupportedOperationException);
-    signed char byte = 0;
-    EXPECT_THROW(newer.setBuffer(&byte, 1, VX_ENDIAN_UNSUPPORTED, false), UnsupportedOperationException);
-    EXPECT_EQ(newer.get(0), -1) << "the old block stays";
-    EXPECT_EQ(ByteBuffer(1, VX_ENDIAN_UNSUPPORTED, false).getOrder(), VX_ENDIAN_UNSUPPORTED);
 }
 
 TEST(ByteBufferStreams, StayWithinTheWindow)
@@ -236,22 +162,15 @@ TEST(ByteBufferStreams, StayWithinTheWindow)
     buffer->setLimit(5);
     ByteBufferOutputStream out(buffer.get());
     out.write("abc", 3);
-    out.write("x", -1);
     EXPECT_EQ(out.Overflowed(), 0);
     out.write("defg", 4);
     EXPECT_EQ(out.Overflowed(), 1);
-    buffer->clear();
-    out.write(static_cast<signed char>('A'));
-    EXPECT_EQ(out.Overflowed(), 1) << "for good";
-
-    buffer->setLimit(5);
+    buffer->rewind();
     ByteBufferInputStream in(buffer.get());
     char target[8] = {};
-    EXPECT_EQ(in.read(target, 0), 0);
-    EXPECT_EQ(in.read(), 'b');
-    EXPECT_EQ(in.read(target, 8), 3);
-    EXPECT_STREQ(target, "cde");
-    EXPECT_EQ(in.read(target, 0), -1);
+    EXPECT_EQ(in.read(), 'a');
+    EXPECT_EQ(in.read(target, 8), 4);
+    EXPECT_STREQ(target, "bcde");
     EXPECT_EQ(in.read(), -1);
 }
 

