@@ -18,7 +18,8 @@
 inline char stateIn(const std::string& statusFile)
 {
     std::ifstream file(statusFile);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    std::string text;
+    std::getline(file, text, '\0'); // of a process that vanishes meanwhile it reads nothing, and does not throw
     const std::size_t bracket = text.rfind(')');
     return bracket != text.npos ? text[bracket + 2] : '\0';
 }

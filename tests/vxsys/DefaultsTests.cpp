@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -16,55 +14,29 @@ using namespace vxsys::results;
 TEST(Defaults, FollowTheEnvironment)
 {
     struct {
-        const char* all;
-        const char* type;
-        const char* messages;
-        const char* language;
-        const char* encoding;
-        const char* locale;
-    } cases[] = {
-        {nullptr, nullptr, nullptr, nullptr, "UTF-8", "en_US"},
-        {"", "", "", "", "UTF-8", "en_US"},
-        {"C", nullptr, nullptr, nullptr, "UTF-8", "en_US"},
-        {nullptr, nullptr, nullptr, "POSIX", "UTF-8", "en_US"},
-        {nullptr, nullptr, nullptr, "C.UTF-8", "UTF-8", "en_US"},
-        {nullptr, nullptr, nullptr, "xx_XX.ISO8859-15@euro", "ISO-8859-15", "xx_XX"},
-        {nullptr, nullptr, "yy_YY.UTF-8", "xx_XX.KOI8-R", "KOI8-R", "yy_YY"},
-        {nullptr, "xx_XX.KOI8-U", "", "yy.KOI8-R", "KOI8-U", "yy"},
-        {"xx_419.KOI8-R", "yy_YY.UTF-8", "yy_YY.UTF-8", "yy_YY.UTF-8", "KOI8-R", "xx_419"},
-        {nullptr, nullptr, nullptr, "xx_XX@latin", "UTF-8", "xx_XX"},
-        {nullptr, nullptr, nullptr, "xx_XX.", "UTF-8", "xx_XX"},
-        {nullptr, nullptr, nullptr, "/some/path", "UTF-8", "en_US"},
-        {nullptr, nullptr, nullptr, "xx_.a\xFF", "UTF-8", "en_US"},
-        {nullptr, nullptr, nullptr, "xx_X9", "UTF-8", "en_US"},
-    };
+        const char* variables[4]; // LANG, LC_MESSAGES, LC_CTYPE, LC_ALL
+        std::u16string encoding, locale;
+    } cases[] = {{{}, u"UTF-8", u"en_US"}, {{"", "", "", ""}, u"UTF-8", u"en_US"},
+        {{nullptr, nullptr, nullptr, "C"}, u"UTF-8", u"en_US"}, {{"POSIX"}, u"UTF-8", u"en_US"},
+        {{"C.UTF-8"}, u"UTF-8", u"en_US"}, {{"xx_XX.ISO8859-15@euro"}, u"ISO-8859-15", u"xx_XX"},
+        {{"xx_XX.KOI8-R", "yy_YY.UTF-8"}, u"KOI8-R", u"yy_YY"}, {{"yy.KOI8-R", "", "xx_XX.KOI8-U"}, u"KOI8-U", u"yy"},
+        {{"yy_YY.UTF-8", "yy_YY.UTF-8", "yy_YY.UTF-8", "xx_419.KOI8-R"}, u"KOI8-R", u"xx_419"},
+        {{"xx_XX@latin"}, u"UTF-8", u"xx_XX"}, {{"xx_XX."}, u"UTF-8", u"xx_XX"}, {{"/some/path"}, u"UTF-8", u"en_US"},
+        {{"xx_.a\xFF"}, u"UTF-8", u"en_US"}, {{"xx_X9"}, u"UTF-8", u"en_US"}};
     for (const auto& row : cases) {
-        const ScopedVariable all("LC_ALL", row.all);
-        const ScopedVariable type("LC_CTYPE", row.type);
-        const ScopedVariable messages("LC_MESSAGES", row.messages);
-        const ScopedVariable language("LANG", row.language);
-        const std::string before = std::setlocale(LC_ALL, nullptr);
+        const ScopedVariable language("LANG", row.variables[0]);
+        const ScopedVariable messages("LC_MESSAGES", row.variables[1]);
+        const ScopedVariable type("LC_CTYPE", row.variables[2]);
+        const ScopedVariable all("LC_ALL", row.variables[3]);
         char16_t name[40];
-        EXPECT_EQ(VXGetDefaultCharEncoding(name, 40), 0);
-        EXPECT_EQ(name, std::u16string(row.encoding, row.encoding + std::strlen(row.encoding)));
+        const auto length = static_cast<std::int32_t>(row.encoding.size());
+        EXPECT_EQ(VXGetDefaultCharEncoding(name, length), RESULT_BUFFER_TOO_SMALL);
+        EXPECT_EQ(name[0], u'\0');
+        EXPECT_EQ(VXGetDefaultCharEncoding(name, length + 1), 0);
+        EXPECT_EQ(name, row.encoding);
         EXPECT_EQ(VXGetDefaultLocale(name, 40), 0);
-        EXPECT_EQ(name, std::u16string(row.locale, row.locale + std::strlen(row.locale)));
-        EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before) << "the process's locale is not ours";
+        EXPECT_EQ(name, row.locale);
     }
-}
-
-TEST(Defaults, LeaveAnEmptyTextWhereTheNameDoesNotFit)
-{
-    const ScopedVariable all("LC_ALL", "xx_XX.ISO8859-1");
-    char16_t name[] = u"###########";
-    EXPECT_EQ(VXGetDefaultCharEncoding(name, 10), RESULT_BUFFER_TOO_SMALL);
-    EXPECT_EQ(name[0], u'\0');
-    EXPECT_EQ(VXGetDefaultCharEncoding(name, 11), 0);
-    EXPECT_EQ(VXGetDefaultLocale(name, 5), RESULT_BUFFER_TOO_SMALL);
-    EXPECT_EQ(name[0], u'\0');
-    EXPECT_EQ(VXGetDefaultLocale(name, 6), 0);
-    EXPECT_EQ(VXGetDefaultLocale(name, 0), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(VXGetDefaultCharEncoding(nullptr, 40), RESULT_INVALID_ARGUMENT);
 }
 
 } // namespace

@@ -26,15 +26,6 @@ TEST(Memory, AsksTheHandlerUntilItGivesUp)
     EXPECT_NE(VXSetNewHandler(before), nullptr);
 }
 
-TEST(Memory, GivesStorageForNothingToObjectsOnly)
-{
-    EXPECT_EQ(VXMemAlloc(0), nullptr);
-    void* object = vxsys::allocate(0);
-    EXPECT_NE(object, nullptr);
-    vxsys::deallocate(object);
-    vxsys::deallocate(nullptr);
-}
-
 TEST(Memory, KeepsTheBlockThatCannotGrow)
 {
     auto* block = static_cast<char*>(VXMemRealloc(nullptr, 4));

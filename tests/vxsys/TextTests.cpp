@@ -1,13 +1,21 @@
 #include "vxsys/Text.h"
 
+#include "vxsys/Number.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cwctype>
-#include <iterator>
+#include <limits>
 #include <locale.h>
 #include <memory>
+#include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -50,15 +58,6 @@ TEST(Text, FindsEveryUnitAtEveryAlignment)
     }
 }
 
-TEST(Text, ComparesByUnsignedUnit)
-{
-    EXPECT_EQ(VXStrCmpW(u"a", u"a"), 0);
-    EXPECT_EQ(VXStrCmpW(u"a", u"ab"), -1);
-    EXPECT_EQ(VXStrCmpW(u"\uFFFF", u"\x0001"), 1);
-    EXPECT_EQ(VXStrCmpW(u"\uFF21", u"\U00010000"), 1) << "by unit, not by code point";
-    EXPECT_EQ(VXStrCmpW(nullptr, u""), 0);
-}
-
 TEST(Text, ComparesACountOfUnitsWithoutRegardToCase)
 {
     const std::u16string plain = u"abc\0[_`{@Zz \u00E4\u0436k\u0131s\uFFFFabcdefghijklmnopqrstuvwxyz0123"
@@ -81,32 +80,6 @@ TEST(Text, ComparesACountOfUnitsWithoutRegardToCase)
         }
     }
     EXPECT_EQ(VXMemNICmpW(u"a", u"b", -1), 0);
-}
-
-TEST(Text, ComparesUpToTheTerminatorWithoutRegardToCase)
-{
-    struct {
-        std::u16string left;
-        std::u16string right;
-        std::int32_t count;
-        std::int32_t result;
-    } cases[] = {
-        {u"ab", u"AB", 1000, 0},
-        {u"abc", u"ABD", 2, 0},
-        {u"abc", u"ABD", 3, -1},
-        {u"A", u"ab", 1000, -1},
-        {u"ab", u"A", 1000, 1},
-        {u"_", u"A", 1, -1}, // compared in lower case
-        {u"\u0416", u"\u0436", 2, 0},
-        {u"a", u"b", 0, 0},
-        {u"a", u"b", -1, 0},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(VXStrNICmpW(TightText(row.left).get(), TightText(row.right).get(), row.count), row.result)
-            << &row - cases;
-    }
-    EXPECT_EQ(VXStrNICmpW(nullptr, u"", 3), 0);
-    EXPECT_EQ(VXStrNICmpW(u"a", nullptr, 3), 1);
 }
 
 TEST(Text, FoldsTheBasicPlaneAsTheSystemDoes)
@@ -143,84 +116,124 @@ TEST(Text, FoldsInPlaceUnitByUnit)
     }
 }
 
-TEST(Text, CopiesACountWithPaddingButNoTerminator)
-{
-    char16_t target[] = u"########";
-    EXPECT_EQ(VXStrNCpyW(target, u"abc", 3), target);
-    EXPECT_EQ(std::u16string_view(target), u"abc#####");
-    VXStrNCpyW(target, u"x", 4);
-    EXPECT_EQ(std::u16string_view(target, 8), std::u16string_view(u"x\0\0\0####", 8));
-    VXStrNCpyW(target, u"yyyy", -1);
-    EXPECT_EQ(std::u16string_view(target), u"x");
-}
-
-TEST(Text, SplitsIntoTokens)
-{
-    struct {
-        const char* name;
-        std::u16string text;
-        const char16_t* delimiters;
-        std::u16string joined;
-        std::size_t left;
-    } cases[] = {
-        {"several separators", u" ,a,, b c", u" ,", u"a|b|c|", 9},
-        {"none behind the last", u"a b ", u" ", u"a|b|", 4},
-        {"only separators", u"  ", u" ", u"", 2},
-        {"no text", u"", u" ", u"", 0},
-        {"no separators", u"a b", u"", u"a b|", 3},
-        {"null separators", u"a b", nullptr, u"a b|", 3},
-    };
-    for (auto& row : cases) {
-        char16_t* position = nullptr;
-        std::u16string joined;
-        for (char16_t* token = VXStrTokW(row.text.data(), row.delimiters, &position); token != nullptr;
-             token = VXStrTokW(nullptr, row.delimiters, &position))
-            joined.append(token).append(u"|");
-        EXPECT_EQ(joined, row.joined) << row.name;
-        EXPECT_EQ(position - row.text.data(), static_cast<std::ptrdiff_t>(row.left)) << row.name;
-    }
-
-    char16_t mixed[] = u"a=b;c";
-    char16_t* position = nullptr;
-    EXPECT_EQ(std::u16string_view(VXStrTokW(mixed, u"=", &position)), u"a");
-    EXPECT_EQ(*position, u'b') << "the position stands behind the separator";
-    EXPECT_EQ(std::u16string_view(VXStrTokW(nullptr, u";", &position)), u"b");
-    char16_t* nowhere = nullptr;
-    EXPECT_EQ(VXStrTokW(nullptr, u";", &nowhere), nullptr);
-}
-
 TEST(Text, NarrowsToUtf8)
 {
-    struct {
-        const char* name;
-        std::u16string_view source;
-        std::int32_t size;
-        std::int32_t result;
-        std::string text;
-    } cases[] = {
-        {"all forms", u"a\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF", 32, 21,
-            "a\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
-        {"exact room", u"\u20AC", 4, 4, "\xE2\x82\xAC"},
-        {"no room for the terminator", u"\u20AC", 3, 0, ""},
-        {"no room for a character", u"a\u20AC", 4, 0, ""},
-        {"lone lead at the end", u"a\xD800", 9, -1, ""},
-        {"lone lead inside", u"\xD800z", 9, -1, ""},
-        {"lone trail", u"\xDC00", 9, -1, ""},
-        {"empty", u"", 1, 1, ""},
-        {"no room at all", u"", 0, 0, ""},
-        {"negative room", u"", -1, -1, ""},
-    };
-    for (const auto& row : cases) {
+    // The text, the room, the result and what is there then
+    const std::tuple<std::u16string_view, std::int32_t, std::int32_t, std::string> cases[]
+        = {{u"a\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF", 32, 21,
+               "a\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+            {u"\u20AC", 4, 4, "\xE2\x82\xAC"}, {u"\u20AC", 3, 0, ""}, {u"a\u20AC", 4, 0, ""}, {u"a\xD800", 9, -1, ""},
+            {u"\xD800z", 9, -1, ""}, {u"\xDC00", 9, -1, ""}, {u"", 1, 1, ""}, {u"", 0, 0, ""}, {u"", -1, -1, ""}};
+    for (const auto& [source, size, result, text] : cases) {
         char target[32] = "";
-        const auto length = static_cast<std::int32_t>(row.source.size());
-        EXPECT_EQ(VXUnicodeToAnsi(row.source.data(), length, target, row.size), row.result) << row.name;
-        EXPECT_EQ(target, row.text) << row.name;
-        EXPECT_EQ(VXUnicodeToAnsi(row.source.data(), -1, target, row.size), row.result) << row.name;
+        for (const auto length : {static_cast<std::int32_t>(source.size()), -1}) {
+            EXPECT_EQ(VXUnicodeToAnsi(source.data(), length, target, size), result) << size;
+            EXPECT_EQ(target, text) << size;
+        }
     }
-    char target[8];
-    EXPECT_EQ(VXUnicodeToAnsi(nullptr, 0, target, 8), -1);
-    EXPECT_EQ(VXUnicodeToAnsi(u"a", -2, target, 8), -1);
-    EXPECT_EQ(VXUnicodeToAnsi(u"a", 1, nullptr, 8), -1);
+}
+
+std::u16string widen(const std::string& text)
+{
+    return {text.begin(), text.end()};
+}
+
+bool isSameDouble(double left, double right)
+{
+    return std::bit_cast<std::uint64_t>(left) == std::bit_cast<std::uint64_t>(right);
+}
+
+/// The C library, in the C locale, decides; what it reads beyond 32 bits is clipped here.
+void expectAsStrtol(const std::string& text, int radix)
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    SCOPED_TRACE(text + " in " + std::to_string(radix));
+    char* end = nullptr;
+    const long long wanted = std::strtoll(text.c_str(), &end, radix);
+    const std::u16string wide = widen(text);
+    const char16_t* wideEnd = nullptr;
+    EXPECT_EQ(VXStrToLW(wide.c_str(), &wideEnd, radix), std::clamp<long long>(wanted, Limits::min(), Limits::max()));
+    EXPECT_EQ(wideEnd - wide.c_str(), end - text.c_str());
+    const bool isBeyond = wanted > UINT32_MAX || wanted < -static_cast<long long>(UINT32_MAX);
+    EXPECT_EQ(VXStrToULW(wide.c_str(), &wideEnd, radix), isBeyond ? UINT32_MAX : static_cast<std::uint32_t>(wanted));
+    EXPECT_EQ(wideEnd - wide.c_str(), end - text.c_str());
+}
+
+void expectAsStrtod(const std::string& text)
+{
+    char* end = nullptr;
+    const double wanted = std::strtod(text.c_str(), &end);
+    const std::u16string wide = widen(text);
+    const char16_t* wideEnd = nullptr;
+    const double value = VXStrToDW(wide.c_str(), &wideEnd);
+    EXPECT_TRUE(isSameDouble(value, wanted)) << text << " gave " << value << ", wanted " << wanted;
+    EXPECT_EQ(wideEnd - wide.c_str(), end - text.c_str()) << text;
+}
+
+TEST(Number, ReadsWholeNumbersAsTheCLibraryDoes)
+{
+    const char* const texts[]
+        = {"", " ", "-", "+", "0", "7", " \t\n\v\f\r12x", "+12", "-12", "--1", "+-1", "- 1", "0x", "0X", "0xg", "0x1F",
+            "-0x10", "0x-1", "x1", "017", "08", "09", "1z", "zZ", "2147483647", "2147483648", "-2147483648",
+            "-2147483649", "4294967295", "4294967296", "-4294967295", "-4294967296", "99999999999999999999999999",
+            "1,5", "-99999999999999999999999999z", "00000000000000000000000000000012", "1_000", "\xA0"};
+    for (const char* text : texts) {
+        for (const int radix : {0, 2, 8, 10, 16, 36})
+            expectAsStrtol(text, radix);
+    }
+}
+
+TEST(Number, ReadsFloatingPointAsTheCLibraryDoes)
+{
+    const char* const texts[] = {"", ".", "-", "+.", "e5", ".e5", "0", "-0", "-0.0e9", "1.", ".5", "1.5.2",
+        " \n-1.5e3x", "1e", "1e+", "1e-x", "1e5", "1E+05", "1d5", "1,5", "1e400", "-1e400", "1e-400", "-1e-400",
+        "0e999999999999999999", "1e99999999999999999999", "1e-99999999999999999999", "4.9e-324",
+        "2.4703282292062327e-324", "2.4703282292062329e-324", "2.2250738585072011e-308", "1.7976931348623157e308",
+        "1.7976931348623159e308", "9007199254740993", "9007199254740992.99999999999999999999", "inf", "-INF",
+        "Infinity", "infinitx", "in", "nan", "-nan", "nan(", "nan(12_aZ)", "nan(1-2)", "NaNx", "0x", "0x.", "0x.8",
+        "0x1p", "0x1p-", "0x1.8p1", "-0X1.Fp-2x", "0xp1", "0x1p1024", "0x1.fffffffffffff7p1023",
+        "0x1.fffffffffffff8p1023", "0x1p-1074", "0x1p-1075", "0x1.0000000000001p-1075", "0x1.00000000000008p0",
+        "0x1.000000000000080000000000001p0", "0x1.00000000000018p0",
+        "0x0000000000000000000000000000.00000000000000000000000000000000001p140", "0x1p99999999999999999999", "0x1e5"};
+    for (const char* text : texts)
+        expectAsStrtod(text);
+}
+
+TEST(Number, ReadsFloatingPointOfAnyLength)
+{
+    const std::string halfway = "9007199254740993"; // between two doubles
+    expectAsStrtod(halfway + "." + std::string(5000, '0'));
+    expectAsStrtod(halfway + "." + std::string(5000, '0') + "1");
+    expectAsStrtod(halfway + std::string(5000, '0') + "e-5000");
+    expectAsStrtod(halfway + std::string(5000, '0') + "1e-5001");
+    expectAsStrtod("0." + std::string(5000, '0') + halfway + "e5016");
+    expectAsStrtod("0x" + std::string(3000, '0') + "1." + std::string(2999, '0') + "1p-3");
+    expectAsStrtod(std::string(3000, '9'));
+    // Halfway, told by the last digit only, where half rounds up
+    expectAsStrtod("1.00000000000000033306690738754696212708950042724609375");
+    char text[1100];
+    std::snprintf(text, sizeof text, "%.1075Lf", std::ldexp(3.0L, -1075));
+    expectAsStrtod(text);
+    expectAsStrtod("." + std::string(3000, '0') + "1");
+}
+
+TEST(Number, ReadsRandomFloatingPointAsTheCLibraryDoes)
+{
+    constexpr std::uint64_t SEED = 20240229;
+    SCOPED_TRACE(SEED);
+    std::mt19937_64 random(SEED);
+    for (int i = 0; i < 20000; ++i) {
+        const auto value = std::bit_cast<double>(random());
+        char text[64];
+        for (const char* format : {"%.17g", "%.20e", "%.6g", "%a"}) {
+            std::snprintf(text, sizeof text, format, value);
+            expectAsStrtod(text);
+        }
+        // More digits than a double holds, around the smallest ones
+        std::snprintf(text, sizeof text, "0x%llx.%llxp-%u", static_cast<unsigned long long>(random() >> random() % 64),
+            static_cast<unsigned long long>(random()), static_cast<unsigned>(random() % 1200));
+        expectAsStrtod(text);
+    }
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // A component library without a library behind it. What its classes do wrong goes by the first number of their identifiers.
 #include "vxsys/Component.h"
-#include "vxsys/Registry.h"
 #include "vxsys/Result.h"
 
 #include <atomic>
@@ -12,45 +11,28 @@ namespace {
 
 std::atomic<int> g_objects {0};
 
-struct Counted {
-    virtual std::int32_t QueryInterface(const _GUID*, void**) { return RESULT_NO_INTERFACE; }
-    virtual std::uint32_t AddRef() { return 0; }
-    virtual std::uint32_t Release() = 0;
-    Counted() { ++g_objects; }
-
-protected:
-    ~Counted() { --g_objects; }
-};
-
-struct Object final : Counted {
-    std::uint32_t Release() override
-    {
-        delete this;
-        return 0;
-    }
-};
-
-struct Factory final : Counted {
+/// A class factory, and the object that it creates too.
+struct Factory final {
     explicit Factory(std::uint32_t behaviour)
         : m_behaviour(behaviour)
     {
+        ++g_objects;
     }
-    std::uint32_t Release() override
+    virtual std::int32_t QueryInterface(const _GUID*, void**) { return RESULT_NO_INTERFACE; }
+    virtual std::uint32_t AddRef() { return 0; }
+    virtual std::uint32_t Release()
     {
         delete this;
-        return 0;
+        return static_cast<std::uint32_t>(--g_objects);
     }
-    virtual std::int32_t CreateInstance(void*, const _GUID* iid, void** out) const
+    virtual std::int32_t CreateInstance(void*, const _GUID*, void** out)
     {
         if (m_behaviour == 5)
             throw 7;
         if (m_behaviour == 6)
             return RESULT_OK;
-        *out = m_behaviour == 7 ? out : nullptr; // no object, but a pointer
-        if (m_behaviour == 7 || iid->Data1 != 7)
-            return RESULT_NO_INTERFACE;
-        *out = new Object;
-        return RESULT_OK;
+        *out = m_behaviour == 7 ? out : static_cast<void*>(new Factory(1));
+        return m_behaviour == 7 ? RESULT_NO_INTERFACE : RESULT_OK; // no object, but a pointer
     }
     virtual std::int32_t LockServer(std::int16_t) { return RESULT_OK; }
 
@@ -84,14 +66,4 @@ extern "C" __attribute__((visibility("default"))) std::int32_t VXGetClassObject(
 extern "C" __attribute__((visibility("default"))) std::int32_t VXCanUnloadNow()
 {
     return g_objects == 0 ? RESULT_OK : RESULT_FALSE;
-}
-
-extern "C" __attribute__((visibility("default"))) std::int32_t VXRegisterServer()
-{
-    return VXRegistryCreateKey(VX_HKEY_CLASSES_32, u"Test.Registered");
-}
-
-extern "C" __attribute__((visibility("default"))) std::int32_t VXUnregisterServer()
-{
-    return VXRegistryDeleteKey(VX_HKEY_CLASSES_32, u"Test.Registered");
 }

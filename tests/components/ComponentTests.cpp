@@ -1,0 +1,328 @@
+#include "vx/Exception.h"
+#include "vx/Result.h"
+#include "vx/i18n/StringBundle.h"
+#include "vx/io/ByteBuffer.h"
+#include "vx/io/IChannel.h"
+#include "vx/net/Transport.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharToByteConverter.h"
+#include "vx/util/PropertySet.h"
+#include "vx/vorb/IVXClassFactory.h"
+#include "vxsys/Component.h"
+#include "vxsys/Module.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iconv.h>
+#include <memory>
+#include <set>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace vx {
+namespace {
+
+using namespace text::charset;
+
+/// A component library in the process, whose classes its test offers by ProgID as registration would.
+class LoadedLibrary {
+public:
+    explicit LoadedLibrary(const char* path)
+    {
+        EXPECT_EQ(VXModuleLibOpen(nullptr, String(path).getData(), &m_handle), RESULT_OK) << path;
+        getClassObject = get<std::int32_t (*)(const _GUID*, const _GUID*, void**)>(u"VXGetClassObject");
+        canUnloadNow = get<std::int32_t (*)()>(u"VXCanUnloadNow");
+    }
+    ~LoadedLibrary()
+    {
+        EXPECT_EQ(canUnloadNow(), RESULT_OK) << "something of the library is still in use";
+        VXModuleLibClose(nullptr, m_handle);
+    }
+
+    std::int32_t (*getClassObject)(const _GUID*, const _GUID*, void**) = nullptr;
+    std::int32_t (*canUnloadNow)() = nullptr;
+
+private:
+    template <class Function>
+    Function get(const char16_t* name)
+    {
+        void* symbol = nullptr;
+        EXPECT_EQ(VXLibGetSymbol(m_handle, name, &symbol), RESULT_OK);
+        return reinterpret_cast<Function>(symbol);
+    }
+
+    VXLibHandle m_handle = VX_LIB_INVALID_HANDLE;
+};
+
+/// Offers one class of a loaded library under `progId` to the end of the block.
+class LoadedClass {
+public:
+    LoadedClass(const LoadedLibrary& library, const char16_t* progId, const _GUID& classId)
+        : m_library(library)
+        , m_classId(classId)
+    {
+        EXPECT_EQ(VXComRegisterClassObject(progId, &m_classId, create, this, &m_token), RESULT_OK);
+    }
+    ~LoadedClass() { EXPECT_EQ(VXComRevokeClassObject(m_token), RESULT_OK); }
+
+private:
+    static std::int32_t create(void* context, IVXUnknown* outer, const _GUID* iid, void** object)
+    {
+        const auto& own = *static_cast<LoadedClass*>(context);
+        Reference<IVXClassFactory> factory;
+        const std::int32_t result
+            = own.m_library.getClassObject(&own.m_classId, &IVXClassFactory::IID, factory.outVoid());
+        return result < 0 ? result : factory->CreateInstance(outer, *iid, object);
+    }
+
+    const LoadedLibrary& m_library;
+    const _GUID m_classId;
+    std::uint32_t m_token = 0;
+};
+
+const struct {
+    const char16_t* name;
+    const char* systemName;
+    std::uint16_t number;
+} PAGES[] = {{u"CP1250", "CP1250", 1250}, {u"CP1251", "CP1251", 1251}, {u"CP1253", "CP1253", 1253},
+    {u"CP1254", "CP1254", 1254}, {u"CP1255", "CP1255", 1255}, {u"CP1256", "CP1256", 1256}, {u"CP1257", "CP1257", 1257},
+    {u"CP1258", "CP1258", 1258}, {u"CP737", "CP737", 737}, {u"CP775", "CP775", 775}, {u"CP850", "CP850", 850},
+    {u"CP852", "CP852", 852}, {u"CP855", "CP855", 855}, {u"CP857", "CP857", 857}, {u"CP858", "CP858", 858},
+    {u"CP862", "CP862", 862}, {u"CP866", "CP866", 866}, {u"CP932", "CP932", 932}, {u"CP936", "CP936", 936},
+    {u"CP949", "CP949", 949}, {u"CP950", "CP950", 950}, {u"EUCJP", "EUC-JP", 20932}, {u"CP720", nullptr, 720}};
+
+/// The component library, with all its classes on offer.
+class CodecComponent : public testing::Test {
+protected:
+    CodecComponent()
+    {
+        for (const auto& page : PAGES) {
+            const _GUID classId {0x6D2F0A51, page.number, 0x4B7E, {0x9C, 0x1A, 0x3E, 0x58, 0xD4, 0x07, 0xB2, 0x96}};
+            const std::u16string progId = std::u16string(u"Velmaris.CharCodec.") + page.name;
+            m_classes.push_back(std::make_unique<LoadedClass>(m_library, progId.c_str(), classId));
+        }
+    }
+
+    LoadedLibrary m_library {COMPONENTS "/vxcodecs.so"};
+    std::vector<std::unique_ptr<LoadedClass>> m_classes;
+};
+
+/// The system's converter as oracle, for one character at a time.
+class Oracle {
+public:
+    Oracle(const char* to, const char* from)
+        : m_handle(iconv_open(to, from))
+    {
+        EXPECT_NE(m_handle, reinterpret_cast<iconv_t>(-1));
+    }
+    ~Oracle() { iconv_close(m_handle); }
+
+    /// Empty where `source` is not one whole character with a counterpart.
+    std::string operator()(std::string source)
+    {
+        char target[16];
+        char* in = source.data();
+        std::size_t inLeft = source.size();
+        char* out = target;
+        std::size_t outLeft = sizeof target;
+        const bool failed = iconv(m_handle, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1);
+        iconv(m_handle, nullptr, nullptr, &out, &outLeft);
+        return failed || inLeft != 0 ? std::string() : std::string(target, sizeof target - outLeft);
+    }
+
+private:
+    iconv_t m_handle;
+};
+
+std::string bytesOf(std::u16string_view text)
+{
+    return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
+}
+
+std::u16string textOf(std::uint32_t value)
+{
+    if (value < 0x10000)
+        return {static_cast<char16_t>(value)};
+    return {static_cast<char16_t>(0xD800 + ((value - 0x10000) >> 10)), static_cast<char16_t>(0xDC00 + (value & 0x3FF))};
+}
+
+/// Converts `text` in pieces of `size` units, each behind what the one before left unread.
+template <class Converter, class In, class Out>
+std::basic_string<Out> inPieces(const char16_t* name, const std::basic_string<In>& text, std::size_t size)
+{
+    using Source = std::conditional_t<sizeof(In) == 1, signed char, char16_t>;
+    using Target = std::conditional_t<sizeof(Out) == 1, signed char, char16_t>;
+    const Reference<Converter> converter(Converter::getConverter(name));
+    std::basic_string<Out> result;
+    std::int32_t read = 0;
+    for (std::size_t end = size; read < static_cast<std::int32_t>(text.size()); end += size) {
+        Out room[64];
+        std::int32_t written = 0;
+        converter->convert(reinterpret_cast<const Source*>(text.data()), &read,
+            static_cast<std::int32_t>(std::min(end, text.size())), reinterpret_cast<Target*>(room), &written, 64);
+        result.append(room, static_cast<std::size_t>(written));
+        if (end > text.size() + size)
+            break; // the rest is no whole character
+    }
+    return result;
+}
+
+TEST_F(CodecComponent, DecodesEachWholeCodePageAsTheSystemDoes)
+{
+    for (const auto& page : PAGES) {
+        if (page.systemName == nullptr)
+            continue;
+        Oracle decode("UTF-16LE", page.systemName);
+        std::string bytes;
+        std::u16string expected;
+        const auto take = [&](const std::string& sequence) {
+            const std::string units = decode(sequence);
+            if (units.empty() || units.size() > (sequence.size() == 1 ? 2U : 4U))
+                return false;
+            bytes += sequence;
+            expected.append(reinterpret_cast<const char16_t*>(units.data()), units.size() / 2);
+            return true;
+        };
+        for (int first = 0; first < 0x100; ++first) {
+            const std::string lead(1, static_cast<char>(first));
+            if (take(lead))
+                continue;
+            for (int second = 0x21; second < 0x100; ++second) {
+                const std::string pair = lead + static_cast<char>(second);
+                if (!decode(lead + "").empty() || take(pair) || first != 0x8F || page.number != 20932)
+                    continue;
+                for (int third = 0xA1; third < 0xFF; ++third)
+                    take(pair + static_cast<char>(third));
+            }
+        }
+        ASSERT_GT(expected.size(), 230U) << page.systemName;
+        for (std::size_t size = 1; size <= 7; ++size) {
+            const auto decoded = inPieces<ByteToCharConverter, char, char16_t>(page.name, bytes, size);
+            EXPECT_TRUE(decoded == expected) << page.systemName << " in pieces of " << size;
+        }
+    }
+}
+
+TEST_F(CodecComponent, EncodesEachWholeCodePageAsTheSystemDoes)
+{
+    for (const auto& page : PAGES) {
+        if (page.systemName == nullptr)
+            continue;
+        Oracle encode(page.systemName, "UTF-16LE");
+        std::u16string text;
+        std::string expected;
+        for (std::uint32_t value = 0; value < 0x30000; ++value) {
+            if (value >= 0xD800 && value < 0xE000)
+                continue;
+            const std::u16string character = textOf(value);
+            const std::string bytes = encode(bytesOf(character));
+            if (bytes.empty() && value % 64 != 0) // of those without a mapping some will do
+                continue;
+            text += character;
+            expected += bytes.empty() ? "?" : bytes;
+        }
+        for (std::size_t size = 1; size <= 7; ++size) {
+            const auto encoded = inPieces<CharToByteConverter, char16_t, char>(page.name, text, size);
+            EXPECT_TRUE(encoded == expected) << page.systemName << " in pieces of " << size;
+        }
+    }
+}
+
+TEST_F(CodecComponent, CountsWhatIsNoCharacterBySequences)
+{
+    // A pair without a character, no beginning of anything, ASCII behind a beginning, a row without characters
+    const std::tuple<const char16_t*, std::string, std::u16string> cases[] = {{u"CP932", "a\x85\xFC z", u"a\uFFFD z"},
+        {u"CP932", "\xFF z", u"\uFFFD z"}, {u"CP932", "\x81 b", u"\uFFFD b"},
+        {u"CP932", "\x93\xFA\x96\x7B\xB1", u"日本ｱ"}, {u"EUC-JP", "\xC6\xFC\xCB\xDC", u"日本"},
+        {u"EUC_JP", "\x8F\xB0\xA1\x8E\xB1", u"丂ｱ"}, {u"EUCJP", "\x8F\xA1\xA1 z", u"\uFFFD\uFFFD z"},
+        {u"windows-1251", "\xD0\xF3\xF1\xFC", u"Русь"}, {u"1255", "\xF9\xD1", u"\u05E9\u05C1"},
+        {u"CP720", "\x98\xE0 A\x91", u"ء\u0636 A\u0651"}, {u"BIG5", "\xA4\xA4", u"中"}};
+    for (const auto& [name, bytes, expected] : cases) {
+        const auto text = inPieces<ByteToCharConverter, char, char16_t>(name, bytes, 16);
+        EXPECT_EQ(text, expected) << String(name);
+        if (text.find(u'\uFFFD') == text.npos) {
+            const auto encoded = inPieces<CharToByteConverter, char16_t, char>(name, text, 16);
+            EXPECT_EQ(encoded, bytes) << String(name);
+        }
+    }
+}
+
+_GUID bundleClass(std::uint16_t index)
+{
+    return {0x2C7E94D8, static_cast<std::uint16_t>(0x5B10 + index), 0x4F63,
+        {0xA7, 0x45, 0x91, 0x0E, 0x6B, 0xF2, 0x38, 0xCD}};
+}
+
+TEST(BundleComponent, SaysTheSameInEachLanguage)
+{
+    const LoadedLibrary library(COMPONENTS "/vxbundles.so");
+    const LoadedClass english(library, u"Velmaris.Tools.StringBundle.en_US", bundleClass(0));
+    const LoadedClass german(library, u"Velmaris.Tools.StringBundle.de", bundleClass(1));
+    const LoadedClass french(library, u"Velmaris.Tools.StringBundle.fr", bundleClass(2));
+    std::set<std::u16string> keys;
+    std::set<std::u16string> greetings;
+    for (const char16_t* name : {u"en_US", u"de_AT@euro", u"fr_CA"}) {
+        const Reference<i18n::Locale> locale(new i18n::Locale(name));
+        const Reference<i18n::StringBundle> bundle = i18n::StringBundle::getBundle(u"Tools", locale.get());
+        EXPECT_EQ(bundle->getLocale()->getLanguage(), locale->getLanguage());
+        greetings.insert(std::u16string(bundle->getString(u"greeting")));
+        EXPECT_THROW(bundle->getString(u"absent"), Exception);
+        std::set<std::u16string> own;
+        const Reference<const collections::Collection<String>> listed = bundle->getKeys();
+        for (const Reference<String>& key : *listed)
+            own.insert(std::u16string(*key));
+        if (keys.empty())
+            keys = own;
+        EXPECT_EQ(own, keys) << String(name);
+    }
+    EXPECT_EQ(greetings.size(), 3U);
+    EXPECT_TRUE(greetings.contains(u"Grüß Gott! Dieser Text kommt aus einem Bündel."));
+    EXPECT_TRUE(keys.contains(u"greeting"));
+}
+
+constexpr _GUID TCP_CLASS {0x84B1D3E6, 0x0C29, 0x4A5D, {0xB8, 0x72, 0x6F, 0x15, 0x9E, 0x43, 0xD0, 0x2B}};
+
+std::string readFrom(io::IChannel& channel, unsigned int length)
+{
+    io::ByteBuffer buffer(length, io::VX_ENDIAN_LITTLE, false);
+    while (buffer.remaining() > 0 && channel.read(buffer) >= 0) { }
+    return {reinterpret_cast<const char*>(buffer.getConstBuffer()), buffer.getPosition()};
+}
+
+void writeTo(io::IChannel& channel, const std::string& text)
+{
+    io::ByteBuffer buffer(reinterpret_cast<const signed char*>(text.data()), static_cast<unsigned int>(text.size()),
+        io::VX_ENDIAN_LITTLE);
+    while (buffer.remaining() > 0)
+        channel.write(buffer);
+}
+
+TEST(TcpComponent, ConnectsTwoParties)
+{
+    const LoadedLibrary library(COMPONENTS "/vxtcp.so");
+    const LoadedClass tcp(library, u"Velmaris.Transport.Tcp", TCP_CLASS);
+    for (const char16_t* host : {u"", u"127.0.0.1"}) {
+        const Reference<net::ITransport> transport = net::Transport::get(u"Velmaris.Transport.Tcp");
+        util::PropertySet properties;
+        if (*host != 0)
+            properties.set(u"host", host);
+        const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
+        EXPECT_NE(properties.get(u"port"), u"0") << "the set is told which one it is";
+
+        util::PropertySet there;
+        there.set(u"port", properties.get(u"port"));
+        const Reference<net::IConnector> connector = transport->createConnector(there);
+        Reference<io::IChannel> near = connector->connect();
+        const Reference<io::IChannel> far = acceptor->accept();
+        writeTo(*far, "answer");
+        EXPECT_EQ(readFrom(*near, 6), "answer");
+        writeTo(*near, "question");
+        near = nullptr;
+        EXPECT_EQ(readFrom(*far, 100), "question") << "and then the end";
+    }
+}
+
+} // namespace
+} // namespace vx
