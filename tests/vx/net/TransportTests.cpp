@@ -98,7 +98,6 @@ TEST(Transport, BridgesBothFacesOfAComponent)
     EXPECT_EQ(properties.get(u"seen"), u"yes") << "what the component sets shows here";
     const Reference<IAcceptor> acceptor = transport->createAcceptor(properties);
     EXPECT_EQ(byteOf(*acceptor->accept()), 'a');
-    EXPECT_EQ(byteOf(*acceptor->accept()), 'a');
 
     component->m_fails = true;
     EXPECT_EQ(resultOf([&] { transport->createConnector(properties); }), RESULT_END_OF_FILE);
@@ -112,69 +111,6 @@ TEST(Transport, TellsWhyThereIsNone)
     EXPECT_EQ(resultOf([] { Transport::get(u"Test.Nobody"); }), RESULT_CLASS_NOT_AVAILABLE);
     const Offer other(u"Test.Other", [] { return (new Object)->GetUnknown(); });
     EXPECT_EQ(resultOf([] { Transport::get(u"Test.Other"); }), RESULT_NO_INTERFACE);
-    const Offer exhausted(u"Test.Exhausted", []() -> IVXUnknown* { throw std::bad_alloc(); });
-    EXPECT_EQ(resultOf([] { Transport::get(u"Test.Exhausted"); }), RESULT_OUT_OF_MEMORY);
-}
-
-/// A component that answers as it is told, and then gives nothing.
-struct EmptyTransport : Component<IVXTransport> {
-    std::int32_t CreateAcceptor(const IPropertySet*, const _GUID&, void**) override { return m_result; }
-    std::int32_t CreateConnector(const IPropertySet*, const _GUID&, void**) override { return m_result; }
-    std::int32_t m_result = RESULT_OK;
-};
-struct EmptyConnector : Component<IVXConnector2> {
-    std::int32_t Connect(const _GUID&, void**) override { return m_result; }
-    std::int32_t m_result = RESULT_OK;
-};
-struct EmptyAcceptor : Component<IVXAcceptor> {
-    std::int32_t Accept(const _GUID&, void**) override { return m_result; }
-    std::int32_t m_result = RESULT_OK;
-};
-
-TEST(Transport, TellsTheFailureOfAComponent)
-{
-    const Reference<EmptyTransport> component(new EmptyTransport);
-    const Reference<EmptyConnector> nowhere(new EmptyConnector);
-    const Reference<EmptyAcceptor> nobody(new EmptyAcceptor);
-    const Offer offer(u"Test.Empty", [&] { return component->GetUnknown(); });
-    const Reference<ITransport> transport = Transport::get(u"Test.Empty");
-    const Reference<IConnector> connector(new vorb::VorbConnector(nowhere.get()));
-    const Reference<IAcceptor> acceptor(new vorb::VorbAcceptor(nobody.get()));
-    const PropertySet properties;
-    for (const auto& [result, told] :
-        {std::pair(RESULT_ACCESS_DENIED, RESULT_ACCESS_DENIED), std::pair(RESULT_OK, RESULT_POINTER)}) {
-        component->m_result = nowhere->m_result = nobody->m_result = result;
-        EXPECT_EQ(resultOf([&] { transport->createConnector(properties); }), told);
-        EXPECT_EQ(resultOf([&] { transport->createAcceptor(properties); }), told);
-        EXPECT_EQ(resultOf([&] { connector->connect(); }), told);
-        EXPECT_EQ(resultOf([&] { acceptor->accept(); }), told);
-    }
-}
-
-TEST(AbstractTransport, AnswersForItsComponentFaceAlone)
-{
-    const Reference<TestTransport> component(new TestTransport);
-    const Reference<IVXTransport> face(static_cast<Object*>(component.get()));
-    ASSERT_NE(face, nullptr);
-    void* out = nullptr;
-    EXPECT_EQ(face->QueryInterface(IVXComparable::IID, &out), RESULT_NO_INTERFACE);
-
-    PropertySet properties;
-    properties.set(u"host", u"there");
-    const Reference<const IPropertySet> shared = PropertySet::getVorb(properties);
-    Reference<IVXConnector2> connector;
-    EXPECT_EQ(callSlot<std::int32_t>(face.get(), 4, shared.get(), &IVXConnector2::IID, connector.outVoid()), RESULT_OK);
-    Reference<io::vorb::IVXChannel> channel;
-    EXPECT_EQ(callSlot<std::int32_t>(connector.get(), 3, &io::vorb::IVXChannel::IID, channel.outVoid()), RESULT_OK);
-    EXPECT_NE(channel, nullptr);
-    out = &out;
-    EXPECT_EQ(face->CreateAcceptor(shared.get(), IVXConnector2::IID, &out), RESULT_NO_INTERFACE);
-    EXPECT_EQ(out, nullptr);
-    component->m_fails = true;
-    EXPECT_THROW(static_cast<void>(face->CreateConnector(shared.get(), IVXConnector2::IID, &out)), ResultException)
-        << "nothing is caught here";
-    EXPECT_EQ(face->CreateConnector(nullptr, IVXConnector2::IID, &out), RESULT_POINTER);
-    EXPECT_EQ(connector->Connect(io::vorb::IVXChannel::IID, nullptr), RESULT_POINTER);
 }
 
 } // namespace

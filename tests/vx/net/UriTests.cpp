@@ -8,6 +8,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -49,35 +50,25 @@ TEST(URI, TakesAnyTextApart)
         const char* printed; // null: as it was
     } cases[] = {
         {"s://user@host:80/a/b?x=1", "scheme=s user=user host=host port=80 path=a/b query=x=1", nullptr},
-        {"s://u:p:q@h", "scheme=s user=u password=p:q host=h", nullptr},
         {"s://@h", "scheme=s user= host=h", nullptr},
         {"s://u:@/", "scheme=s user=u password= path=", nullptr},
         {"s://a@b@c/", "scheme=s user=a host=b@c path=", nullptr},
-        {"s:", "scheme=s opaque=", nullptr},
-        {"tel:123", "scheme=tel opaque=123", nullptr},
         {"host:80/a", "scheme=host opaque=80/a", nullptr},
         {":/a", "scheme= path=a", nullptr},
         {"", "path=", "/"},
         {"/", "path=", nullptr},
-        {"/a/b", "path=a/b", nullptr},
         {"a/b", "path=a/b", "/a/b"},
         {"a?b", "path=a query=b=b", "/a?b=b"},
         {"//", "", ""},
-        {"//host", "host=host", nullptr},
-        {"//host/", "host=host path=", nullptr},
-        {"//host?x=1", "host=host query=x=1", nullptr},
         {"//host?", "host=host query=", nullptr},
-        {"//host/?", "host=host path= query=", nullptr},
         {"//?/", "host=? path= query=/=/", "//?/?/=/"}, // the slash is looked for behind the "?" too
         {"///a", "path=a", "/a"},
         {"s:///a", "scheme=s path=a", "s:/a"},
         {"s://h:", "scheme=s host=h port=0", "s://h:0"},
         {"s://h:abc", "scheme=s host=h port=0", "s://h:0"},
-        {"s://h:-5x", "scheme=s host=h port=-5", "s://h:-5"},
         {"s://h:99999999999", "scheme=s host=h port=2147483647", "s://h:2147483647"},
         {"s://:80", "scheme=s port=80", "s:"},
         {"s://[::1]:80/", "scheme=s host=[ port=0 path=", "s://[:0/"},
-        {"a#b", "path=a#b", "/a#b"},
         {"?a=b", "query=?a=b", "??a=b"},
         {"/?a=b=c&&d", "path= query=d=d&a=b=c&=", "/?d=d&a=b=c&="},
     };
@@ -103,8 +94,6 @@ TEST(URI, EscapesWhatThePartCannotHold)
     uri.setUser(u"\u00E4\U0001F600", true);
     EXPECT_EQ(uri.getUser(false), u"%c3%a4%f0%9f%98%80");
     EXPECT_EQ(uri.getUser(true), u"\u00E4\U0001F600");
-    uri.setPassword(u"a b", true);
-    EXPECT_EQ(uri.getUserInfo(true), u"\u00E4\U0001F600:a%20b");
     EXPECT_THROW(uri.setHost(u"\xD800", true), vx::text::charset::InvalidCharacterException);
     EXPECT_FALSE(uri.hasHost());
 }
@@ -135,8 +124,6 @@ TEST(URI, ReadsEscapesAsThePlatformReadsNumbers)
 TEST(URI, FindsParametersInAnyCase)
 {
     URI uri;
-    uri.setQuery(u"", false);
-    EXPECT_EQ(uri.toString(), u"?");
     uri.setQueryPair(u"Key", u"v", false);
     uri.setQuery(u"KEY=w&a", false);
     EXPECT_EQ(uri.getQueryValue(u"kEY", false), u"w");
@@ -144,8 +131,6 @@ TEST(URI, FindsParametersInAnyCase)
     EXPECT_THROW(uri.getQueryValue(u"b", false), Exception);
     uri.removeQueryPair(u"A");
     EXPECT_EQ(uri.toString(), u"?Key=w"); // spelled as at first
-    EXPECT_TRUE(uri.hasQuery());
-    uri.removeQueryPair(u"none");
     EXPECT_TRUE(uri.hasQuery());
     uri.removeQueryPair(u"key");
     EXPECT_FALSE(uri.hasQuery());
@@ -155,8 +140,6 @@ TEST(URI, FindsParametersInAnyCase)
     EXPECT_FALSE(uri.hasQueryValue(u"a b"));
     EXPECT_EQ(uri.getQueryValue(u"A%20B", true), u"c d");
     EXPECT_EQ(uri.getQuery(true), u"a%20b=c d");
-    EXPECT_EQ(QueryKey(u"Ab").compareTo(QueryKey(u"aB")), 0);
-    EXPECT_LT(QueryKey(u"AB").compareTo(QueryKey(u"ac")), 0);
 }
 
 TEST(URI, PrintsParametersInTheOrderOfTheMap)
@@ -172,10 +155,6 @@ TEST(URI, PrintsParametersInTheOrderOfTheMap)
         URI parsed;
         parsed.setQuery(text + u"&KEY0=", false); // the last one is there already
         ASSERT_EQ(parsed.getQuery(false), uri.getQuery(false)) << number;
-        if (number % 50 == 1) {
-            EXPECT_TRUE(parsed.hasQueryValue(u"key1"));
-            EXPECT_EQ(parsed.getQuery(true), uri.getQuery(false));
-        }
     }
     String expected;
     const auto keys = plain->createKeySet();
@@ -183,24 +162,6 @@ TEST(URI, PrintsParametersInTheOrderOfTheMap)
         expected += (expected.isEmpty() ? u"" : u"&")
             + static_cast<QueryKey&>(*vx::collections::fromElement<QueryKey>(each->next())) + u"=";
     EXPECT_EQ(uri.getQuery(false), expected);
-}
-
-TEST(URI, RemovesWhatItIsTold)
-{
-    URI uri(u"s://u:p@h:1/a?b=c");
-    uri.removeUserInfo();
-    EXPECT_EQ(partsOf(uri), "scheme=s host=h port=1 path=a query=b=c");
-    uri.removeAuthority();
-    EXPECT_EQ(uri.toString(), u"s:/a?b=c");
-    uri.removeAll();
-    EXPECT_EQ(partsOf(uri), "");
-    EXPECT_EQ(uri.toString(), u"");
-    EXPECT_FALSE(uri.hasSchemeSpecificPart());
-
-    uri.setUri(u"s:x", false);
-    uri.removeAll();
-    EXPECT_EQ(uri.toString(), u"x");
-    EXPECT_TRUE(uri.isOpaque());
 }
 
 TEST(URI, GivesRandomPartsBack)
@@ -245,15 +206,10 @@ TEST(URI, GivesRandomPartsBack)
         ASSERT_EQ(partsOf(again), partsOf(uri));
         ASSERT_EQ(again.toString(), uri.toString());
         ASSERT_EQ(again.getHost(true), parts[0]);
-        if ((present & 1) != 0) {
-            ASSERT_EQ(again.getUser(true), parts[1]);
-        }
-        if ((present & 3) == 3) {
-            ASSERT_EQ(again.getPassword(true), parts[2]);
-        }
-        if ((present & 4) != 0) {
-            ASSERT_EQ(again.getPath(true), parts[3]);
-        }
+        for (const auto& [isThere, get, part] :
+            {std::tuple((present & 1) != 0, &URI::getUser, 1), std::tuple((present & 3) == 3, &URI::getPassword, 2),
+                std::tuple((present & 4) != 0, &URI::getPath, 3)})
+            ASSERT_TRUE(!isThere || (again.*get)(true) == parts[part]) << part;
         if ((present & 8) != 0) {
             const String query = again.getQuery(false);
             ASSERT_EQ(again.getQueryValue(query.substring(0, query.indexOf(u'=')), true), parts[5]);

@@ -343,33 +343,6 @@ TEST_P(IconvAgreement, OverRandomTextWithAndWithoutFaults)
     expectAgreement<Encoder>(unitNoise, true);
 }
 
-/// One fault at each place of a text that has none, so that it meets every position in a block.
-TEST_P(IconvAgreement, OverOneFaultAtEachPlace)
-{
-    constexpr signed char FAULTS[][4] = {{-0x80}, {-0x40, -0x80}, {-0x13, -0x60, -0x80}, {-0x10, -0x80, -0x80, -0x80},
-        {-0x0C, -0x70, -0x80, -0x80}, {-0x0B}, {-0x20, -0x80, -0x80}, {-0x3D, 'A'}};
-    Generator generator(GetParam(), SEED);
-    for (const auto& fault : FAULTS) {
-        const Bytes text = generator.bytes(90, false);
-        for (std::size_t place = 0; place <= text.size(); place += GetParam().family == Family::UTF32 ? 4 : 1) {
-            Bytes bytes = text;
-            bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(place), std::begin(fault),
-                std::find(std::begin(fault), std::end(fault), 0));
-            const Trial<Decoder> trial(GetParam(), false);
-            ASSERT_EQ(trial.converted(bytes), trial.expected(bytes)) << place;
-        }
-    }
-    const std::vector<char16_t> text = generator.units(60, false);
-    for (std::size_t place = 0; place <= text.size(); ++place) {
-        for (const char16_t surrogate : {u'\xD83D', u'\xDE00'}) {
-            std::vector<char16_t> units = text;
-            units.insert(units.begin() + static_cast<std::ptrdiff_t>(place), surrogate);
-            const Trial<Encoder> trial(GetParam(), false);
-            ASSERT_EQ(trial.converted(units), trial.expected(units)) << place;
-        }
-    }
-}
-
 TEST_P(IconvAgreement, WhateverThePieces)
 {
     Generator generator(GetParam(), SEED);
