@@ -137,6 +137,38 @@ void dieOverAnEntry(const String& path, unsigned mode, bool isInsideWait)
     write(stream, "torn entry\n");
 }
 
+constexpr std::int32_t FILE_TOO_LARGE = code(0x800700DF);
+
+TEST(FileOutputStream, TellsThatThereIsNoRoomAndLetsTheNextOneIn)
+{
+    struct {
+        unsigned mode;
+        const char* left; // of "abc" and "defg" with room for 5
+    } cases[] = {
+        {TRUNC, "abcde"},
+        {APPEND, "abc"},
+        {APPEND | KEEPCLOSED, "abc"},
+        {LOCK, "abc"},
+        {LOCK | KEEPCLOSED | ATEND, "abc"},
+    };
+    for (const auto& row : cases) {
+        const Scratch scratch;
+        const String path(scratch.full("file").c_str());
+        FileOutputStream stream(path, row.mode);
+        write(stream, "abc");
+        {
+            const SizeLimit limit(5);
+            EXPECT_EQ(resultOf([&] { write(stream, "defg"); }), FILE_TOO_LARGE) << row.mode;
+        }
+        EXPECT_EQ(contentOf(scratch / "file"), row.left) << row.mode;
+        EXPECT_EQ(stream.is_open(), (row.mode & KEEPCLOSED) != 0 ? 0 : 1) << row.mode;
+        std::thread([&] { write(stream, "x"); }).join();
+        FileOutputStream other(path, row.mode & ~TRUNC);
+        write(other, "");
+        EXPECT_EQ(contentOf(scratch / "file").back(), 'x') << row.mode;
+    }
+}
+
 TEST(FileOutputStream, CutsOffWhatADeadWriterLeftTorn)
 {
     enum Repair { BY_WRITE, BY_WAIT, BY_THE_NEXT_PROGRAM };

@@ -1,12 +1,21 @@
 #include "Recording.h"
-#include "vx/io/Writer.h"
+#include "tests/vxsys/Scratch.h"
+#include "vx/collections/Set.h"
+#include "vx/io/FileOutputStream.h"
+#include "vx/io/OutputStreamWriter.h"
+#include "vx/log/AsyncProcessor.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/LogEntry.h"
+#include "vx/log/Logger.h"
+#include "vx/log/SyncLogger.h"
 #include "vx/log/XmlLogWriter.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <random>
 #include <string>
+#include <thread>
 
 namespace vx::log {
 namespace {
@@ -40,6 +49,31 @@ TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
     EXPECT_EQ(writer->m_events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
 }
 
+/// Of one letter and of two, from the same few: names that meet in a bucket are among them.
+TEST(BasicLogWriter, WritesTheFieldsInTheOrderOfTheirNames)
+{
+    std::mt19937 random(8);
+    for (int round = 0; round < 300; ++round) {
+        const Reference<LogEntry> entry = LogEntry::create();
+        for (int count = 0; count < round % 20; ++count) {
+            std::string name(1 + random() % 2, 'a');
+            for (char& letter : name)
+                letter = static_cast<char>('a' + random() % 26);
+            entry->setField(String(name), new String(u"x"));
+        }
+        Reference<RecordingWriter> writer(new RecordingWriter);
+        BasicLogWriter::create(writer.get())->process(entry.get());
+        std::string expected = "write(";
+        const auto names = entry->getFieldNames();
+        for (const Reference<String>& name : *names)
+            expected += name->toUtf8() + "=x\n";
+        ASSERT_EQ(writer->m_events, expected + LINE + ") flush ") << "seed 8, round " << round;
+    }
+    const Reference<LogEntry> entry = LogEntry::create();
+    entry->setField(u"nothing", nullptr);
+    EXPECT_THROW(BasicLogWriter::create(new RecordingWriter)->process(entry.get()), ResultException);
+}
+
 TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
 {
     const std::string head = "write(<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n) write(<log>\n) ";
@@ -68,6 +102,31 @@ TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
             head + "write(  <entry>\n  </entry>\n) flush write(  <entry>\n    <text kind=\"x\"> " + row.value
                 + " </text>\n  </entry>\n) flush " + foot);
     }
+}
+
+TEST(LogChain, LeavesTheFileCompleteBehindEachEntry)
+{
+    const Scratch scratch;
+    const std::filesystem::path path = scratch / "log.xml";
+    {
+        Reference<io::FileOutputStream> file(
+            new io::FileOutputStream(String(path.c_str()), io::FileOutputStream::APPEND));
+        Reference<io::OutputStreamWriter> writer(new io::OutputStreamWriter(file.get(), u"UTF-8", 256));
+        const Reference<AsyncProcessor> async = AsyncProcessor::create(XmlLogWriter::create(writer.get()).get(), 1);
+        const Reference<Logger> logger = Logger::create();
+        logger->enableField(u"level", false);
+        logger->addProcessor(async.get());
+        Reference<SyncLogger> sync(new SyncLogger(logger.get()));
+        std::string expected = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
+        for (const char16_t* text : {u"first", u"Ελληνικά", u"\U0001F600"}) {
+            sync->log(1, text);
+            ASSERT_TRUE(async->waitUntilDone());
+            expected += "  <entry>\n    <text> " + String(text).toUtf8() + " </text>\n  </entry>\n";
+            EXPECT_EQ(contentOf(path), expected);
+        }
+    }
+    while (!contentOf(path).ends_with("</log>\n")) // the worker lets go of the writer last
+        std::this_thread::yield();
 }
 
 } // namespace
