@@ -137,14 +137,6 @@ TEST(Class, TakesTheExactTypeOnly)
     EXPECT_FALSE(Class::forName(u"CVXObject")->isInstance(*text));
 }
 
-TEST(Class, CreatesLocksInTheStateOfTheirDefaults)
-{
-    const Reference<Object> semaphore(Class::forName(u"CVXSemaphore")->createInstance());
-    EXPECT_EQ(dynamic_cast<sync::Semaphore&>(*semaphore).getValue(), 0);
-    const Reference<Object> event(Class::forName(u"CVXEvent")->createInstance());
-    EXPECT_FALSE(dynamic_cast<sync::Event&>(*event).wait(0));
-}
-
 struct LocalType { };
 
 TEST(Class, TellsWhatItDidNotFind)

@@ -51,45 +51,6 @@ void checkClass(const char* name, std::int32_t result = RESULT_FAIL)
 
 #define CHECK_CLASS(T, Base, hasText, ...) checkClass<T, Base, hasText>(#T __VA_OPT__(, ) __VA_ARGS__)
 
-TEST(Exception, HasTheClassesOfTheTree)
-{
-    using namespace vx::io;
-    using namespace vx::text::charset;
-    CHECK_CLASS(Exception, Exception, true);
-    CHECK_CLASS(ResultException, Exception, false);
-    CHECK_CLASS(CastFailedException, Exception, true);
-    CHECK_CLASS(ClassNotFoundException, Exception, true);
-    CHECK_CLASS(CloneNotSupportedException, Exception, true);
-    CHECK_CLASS(IllegalAccessException, Exception, true);
-    CHECK_CLASS(IllegalStateException, Exception, true);
-    CHECK_CLASS(InvalidPathException, Exception, true);
-    CHECK_CLASS(OutOfMemoryException, Exception, false, RESULT_OUT_OF_MEMORY);
-    CHECK_CLASS(RangeErrorException, Exception, true);
-    CHECK_CLASS(ReadOnlyException, Exception, true);
-    CHECK_CLASS(UnsupportedOperationException, Exception, true);
-    CHECK_CLASS(ExternalException, Exception, false);
-    CHECK_CLASS(AccessViolationException, ExternalException, false);
-    CHECK_CLASS(ArrayBoundsException, ExternalException, false);
-    CHECK_CLASS(IllegalInstructionException, ExternalException, false);
-    CHECK_CLASS(StackOverflowException, ExternalException, false);
-    CHECK_CLASS(UserAbortException, ExternalException, false);
-    CHECK_CLASS(IntErrorException, ExternalException, false);
-    CHECK_CLASS(IntDivByZeroException, IntErrorException, false);
-    CHECK_CLASS(IntOverflowException, IntErrorException, false);
-    CHECK_CLASS(MathErrorException, ExternalException, false);
-    CHECK_CLASS(MathDivByZeroException, MathErrorException, false);
-    CHECK_CLASS(MathInvalidOpException, MathErrorException, false);
-    CHECK_CLASS(MathOverflowException, MathErrorException, false);
-    CHECK_CLASS(MathUnderflowException, MathErrorException, false);
-    CHECK_CLASS(IoException, Exception, true);
-    CHECK_CLASS(TimeoutException, IoException, true);
-    CHECK_CLASS(UnexpectedEOFException, Exception, true);
-    CHECK_CLASS(InvalidCharacterException, Exception, true, RESULT_INVALID_CHARACTER);
-    CHECK_CLASS(UnmappableCharacterException, Exception, true, RESULT_UNMAPPABLE_CHARACTER);
-    CHECK_CLASS(UnknownEncodingException, Exception, true, RESULT_UNKNOWN_ENCODING);
-    static_assert(!std::derived_from<UnexpectedEOFException, IoException>);
-}
-
 TEST(ResultException, CarriesItsCodeAndItsText)
 {
     EXPECT_EQ(ResultException(0).getResult(), 0) << "a success as well";
@@ -104,17 +65,6 @@ TEST(ResultException, CarriesItsCodeAndItsText)
     copy = static_cast<const ResultException&>(copy);
     EXPECT_EQ(copy.getDescription(), u"words") << "assigned to itself";
     static_assert(!std::convertible_to<std::int32_t, ResultException>);
-}
-
-TEST(ExternalException, HandsItsRecordOn)
-{
-    int record = 0;
-    const ExternalException first(&record);
-    const ExternalException copy(first);
-    ExternalException assigned;
-    EXPECT_EQ(assigned.getRecord(), nullptr);
-    assigned = copy;
-    EXPECT_EQ(assigned.getRecord(), &record);
 }
 
 TEST(OutOfMemoryException, IsCaughtAsBothItsBases)

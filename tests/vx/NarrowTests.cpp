@@ -174,26 +174,5 @@ TEST(NarrowString, EncodesIntoAByteBuffer)
     EXPECT_TRUE(foreign->isUnlocked());
 }
 
-TEST(AnsiBytes, KnowsItsEncodingByName)
-{
-    String::AnsiBytes named(u"Latin-\u00E91");
-    EXPECT_TRUE(named.encodingEquals(u"lATIN-\u00E91"));
-    for (const char16_t* other :
-        {u"Latin-\u00C91", u"Latin-\u00E9", u"Latin-\u00E91x", u"", static_cast<const char16_t*>(nullptr)})
-        EXPECT_FALSE(named.encodingEquals(other));
-    EXPECT_FALSE(String::AnsiBytes(u"[").encodingEquals(u"{"));
-    named.getWriteLock(1)[0] = 'x';
-    named.releaseWriteLock(1);
-    String::AnsiBytes taken(named);
-    EXPECT_TRUE(taken.encodingEquals(u"LATIN-\u00E91") && named.encodingEquals(nullptr));
-    EXPECT_EQ(taken.getLength(), 1);
-    String::AnsiBytes assigned(nullptr);
-    EXPECT_TRUE(assigned.encodingEquals(nullptr) && !assigned.encodingEquals(u""));
-    assigned = taken;
-    assigned = *&assigned;
-    EXPECT_TRUE(assigned.encodingEquals(u"latin-\u00E91") && taken.encodingEquals(nullptr));
-    EXPECT_EQ(assigned.getData()[0], 'x');
-}
-
 } // namespace
 } // namespace vx

@@ -264,15 +264,6 @@ TEST(ComObject, IsCopiedWithItsCountAndModuleWhereAnObjectStartsFresh)
     EXPECT_EQ(object.GetComModule(), &module);
 }
 
-TEST(ComObject, CannotBeAggregatedAndHasAQueryOfItsOwn)
-{
-    Object object;
-    EXPECT_EQ(object.SetOuterUnknown(object.GetUnknown()), RESULT_NO_AGGREGATION);
-    void* view = nullptr;
-    EXPECT_EQ(object.NonDelegatingQueryInterface(IVXComparable::IID, &view), RESULT_OK);
-    EXPECT_THROW(ComObject::operator new(SIZE_MAX / 4), OutOfMemoryException);
-}
-
 TEST(Object, ClonesItsExactTypeOnly)
 {
     const Object object;
@@ -339,30 +330,6 @@ TEST(Object, TurnsWhatItsOperationsThrowIntoResults)
     EXPECT_EQ(view.HashCode(nullptr), RESULT_POINTER);
 }
 
-TEST(Object, PrintsItsClassAndItsHash)
-{
-    const Object object;
-    char hash[16];
-    std::snprintf(hash, sizeof hash, "%x", static_cast<unsigned>(object.hashCode()));
-    EXPECT_EQ(object.toString(), String(u"CVXObject@") + String(hash));
-
-    struct {
-        std::uint32_t hash;
-        const char16_t* text;
-    } cases[] = {
-        {0, u"Object@0"},
-        {0xABCDEF, u"Object@abcdef"},
-        {0x80000000, u"Object@80000000"},
-        {0xFFFFFFFF, u"Object@ffffffff"},
-    };
-    for (const auto& row : cases) {
-        Watched unregistered;
-        unregistered.hash = row.hash;
-        EXPECT_EQ(unregistered.toString(), row.text);
-        EXPECT_THROW(unregistered.getClass(), ClassNotFoundException);
-    }
-}
-
 TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
 {
     std::string events;
@@ -383,23 +350,6 @@ TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
     reference = static_cast<Watched*>(reference->keeps.get());
     EXPECT_EQ(events, "+-~-") << "what the old object alone kept alive stays";
     EXPECT_EQ(kept->GetRefCount(), 1U);
-}
-
-TEST(Reference, MovesCountsWithoutATouch)
-{
-    std::string events;
-    Reference<Watched> first(new Watched(&events));
-    Reference<Watched> second(std::move(first));
-    EXPECT_EQ(first, nullptr);
-    first = std::move(second);
-    swap(first, second);
-    Watched* const raw = second.detach();
-    second.attach(raw);
-    EXPECT_EQ(events, "+");
-    const Reference<Object> base(second);
-    EXPECT_EQ(second->GetRefCount(), 2U);
-    *second.out() = nullptr;
-    EXPECT_EQ(base->GetRefCount(), 1U) << "the place for a new pointer is empty";
 }
 
 TEST(Reference, IsNullWhereTheObjectLacksTheInterface)

@@ -54,23 +54,6 @@ TEST(Str1HashMap, IteratesInTheOrderOfBucketsAndTurnsChainsWhenItGrows)
     EXPECT_EQ(keysOf(map), u"a,b,c,d,");
 }
 
-/// Units of 1000 and more, 101 buckets: with the 76th entry there are 203.
-TEST(Str1HashMap, GrowsWhenAnInsertionFindsItFull)
-{
-    Str1HashMap<void*> map;
-    const auto put = [&map](int number) {
-        const auto unit = static_cast<char16_t>(number);
-        map.put(Str1(&unit, 1), nullptr);
-    };
-    for (int i = 0; i < 74; ++i)
-        put(2000 + i);
-    put(1010); // 1010 % 101 = 0
-    EXPECT_EQ(keysOf(map)[0], 1010);
-    put(1015); // 1015 % 203 = 0, 1010 % 203 = 198
-    EXPECT_EQ(keysOf(map)[0], 1015);
-    EXPECT_EQ(map.getSize(), 76);
-}
-
 TEST(Str1HashMap, DoesWhatAnotherMapDoes)
 {
     const unsigned seed = std::random_device()();

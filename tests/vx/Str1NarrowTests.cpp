@@ -63,23 +63,6 @@ TEST(Str1Narrow, DecodesWholeCharactersAndTellsWhatIsLeft)
     EXPECT_THROW(Str1(std::string_view("\xE2\x82")), Exception);
 }
 
-TEST(Str1Narrow, ReservesOnceForALongInput)
-{
-    for (const char* piece : {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
-        std::string bytes;
-        for (int i = 0; i < 5000; ++i)
-            bytes += piece;
-        CountingStr1 text;
-        EXPECT_EQ(text.appendA(bytes.data(), static_cast<std::int32_t>(bytes.size()), u"UTF-8"), 0);
-        EXPECT_EQ(text.m_asked, 1) << piece;
-        EXPECT_EQ(text.toUtf8(), bytes);
-        std::int32_t length = 0;
-        EXPECT_EQ(text.getLengthA(&length, u"UTF-8"), 0);
-        EXPECT_EQ(length, static_cast<std::int32_t>(bytes.size()));
-        EXPECT_EQ(text.getBytesAZ(u"UTF-8").get(), bytes);
-    }
-}
-
 TEST(Str1Narrow, EncodesPieceByPieceIntoASmallArray)
 {
     const Str1 text(u"a\u20ACb\u00E9\U0001F600");

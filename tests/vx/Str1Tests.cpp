@@ -59,22 +59,6 @@ TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
     }
 }
 
-TEST(StrBuf1, KeepsCapacityAndHeapBitsApart)
-{
-    auto* data = static_cast<char16_t*>(VXMemAlloc(32));
-    auto* buffer = new StrBuf1(data, 16);
-    buffer->setHeapBits(0xFFFFFFFF);
-    EXPECT_EQ(buffer->getHeapBits(), 0x03000000U);
-    EXPECT_EQ(buffer->getBufCapacity(), 16U);
-    buffer->setHeapBits(StrBuf1::HEAP_FREE);
-    buffer->setCapacityValue(StrBuf1::MAX_CAPACITY);
-    EXPECT_THROW(buffer->setCapacityValue(StrBuf1::MAX_CAPACITY + 1), OutOfMemoryException);
-    EXPECT_EQ(buffer->getHeapBits(), StrBuf1::HEAP_FREE);
-    EXPECT_EQ(buffer->getBufCapacity(), StrBuf1::MAX_CAPACITY);
-    buffer->AddRef();
-    buffer->Release(); // frees both
-}
-
 TEST(Str1, SharesSubstringsUntilOneIsWritten)
 {
     Str1 source(u"hello");
@@ -106,41 +90,6 @@ TEST(Str1, SharesSubstringsUntilOneIsWritten)
     const char16_t* data = source.getData0();
     source += u'!'; // alone again
     EXPECT_EQ(source.getData0(), data);
-}
-
-TEST(Str1, MovesAPrivateTextToTheFrontBeforeItAsksForMore)
-{
-    Str1 text(u"0123456789abcdef");
-    const char16_t* front = text.getData0();
-    text = text.substring(10);
-    ASSERT_EQ(text.getData0(), front + 10);
-    text.append(u"ghij");
-    EXPECT_EQ(text.getData0(), front);
-    EXPECT_EQ(text, u"abcdefghij");
-}
-
-TEST(Str1, PreparesItsBufferStepByStep)
-{
-    Str1 none;
-    EXPECT_EQ(none.ensureCapacity1(0, 0, -1), 0U);
-    EXPECT_EQ(none.getData1(), nullptr);
-    EXPECT_EQ(none.ensureCapacity1(17, 0, -1), 32U) << "nothing to keep: no growth";
-
-    Str1 text(u"0123456789");
-    const Str1 other(text);
-    EXPECT_EQ(text.ensureCapacity1(0, 0, -1), 0U) << "shared, and nothing asked for";
-    EXPECT_EQ(text.getData0(), other.getData0());
-    EXPECT_EQ(text.ensureCapacity1(33, 0, -1), 64U) << "48 and a quarter is 60, in steps of 16";
-    EXPECT_EQ(text, u"0123456789");
-    EXPECT_EQ(text.ensureCapacity1(200, 2, 5), 272U);
-    EXPECT_EQ(text, u"234");
-
-    Str1 longer(u"0123456789012345678901234567890123456789");
-    const Str1 sharer(longer);
-    EXPECT_GE(longer.ensureCapacity1(1, 0, -1), 40U) << "what is kept must fit, whatever was asked for";
-    EXPECT_EQ(longer, sharer);
-    using Limits = std::numeric_limits<std::int32_t>;
-    EXPECT_EQ(Str1(sharer).ensureCapacity1(16, Limits::max(), Limits::min()), 16U) << "nothing lies between these";
 }
 
 TEST(Str1, RefusesWhatTwentyFourBitsCannotCount)
@@ -306,34 +255,6 @@ TEST(Str1Fixed, LeavesNothingOfItsStorageBehind)
         "shares");
 }
 
-TEST(Str1, ChangesTheCaseOnlyWhereSomethingChanges)
-{
-    Str1 text(u"abc \u00E9\u0451 1");
-    const Str1 sharer(text);
-    text.toLower();
-    EXPECT_EQ(text.getData0(), sharer.getData0());
-    text.toUpper();
-    EXPECT_EQ(text, u"ABC \u00C9\u0401 1");
-    EXPECT_EQ(sharer, u"abc \u00E9\u0451 1");
-    const char16_t* data = text.getData0();
-    text.toLower();
-    EXPECT_EQ(text, sharer);
-    EXPECT_EQ(text.getData0(), data);
-}
-
-TEST(Str1, SearchesWithinItsLength)
-{
-    const Str1 text = Str1(u"xAbcaX").substring(1, 5); // "Abca", with more behind it
-    EXPECT_EQ(text.indexOf(u'a'), 3);
-    EXPECT_EQ(text.indexOf(u'a', 0, true), 0);
-    EXPECT_EQ(text.indexOf(u'X'), -1);
-    EXPECT_EQ(text.indexOf(u'A', -1), -1);
-    EXPECT_EQ(text.indexOf(u'A', std::numeric_limits<int>::max()), -1);
-    EXPECT_TRUE(text.startsWith(u"Abc") && text.startsWith(text) && text.startsWith(Str1()));
-    EXPECT_TRUE(text.startsWith(u"aBCx", 3, true) && text.startsWith(nullptr));
-    EXPECT_FALSE(text.startsWith(u"abc") || text.startsWith(u"AbcaX", -1, true));
-}
-
 TEST(Str1, KeepsItsLengthWithinTheBuffer)
 {
     Str1 text(u"abc");
@@ -350,36 +271,6 @@ TEST(Str1, KeepsItsLengthWithinTheBuffer)
     Str1Wrap wrap(u"abc");
     wrap.adjustLength(5);
     EXPECT_EQ(wrap, u"abc");
-}
-
-TEST(Appendor, ReservesOnceForManyPieces)
-{
-    Str1 text(u"<");
-    Str1::Appendor appendor(text, 100, 1000);
-    appendor.firstAppend(nullptr, 0);
-    EXPECT_NE(appendor.used(), 0);
-    const char16_t* data = text.getData0();
-    for (int i = 0; i < 33; ++i)
-        appendor.fastAppend(u"abc", 3);
-    EXPECT_EQ(text.getData0(), data);
-    EXPECT_EQ(text.getLength(), 100);
-
-    const Str1 snapshot(text);
-    appendor.resync();
-    appendor.fastAppend(u'>');
-    EXPECT_NE(text.getData0(), snapshot.getData0());
-    EXPECT_GE(text.ensureCapacity1(0, 0, -1), 1101U);
-    EXPECT_EQ(text, std::u16string(snapshot.view()) + u'>');
-    appendor.setRemCap(-1);
-    EXPECT_EQ(*(appendor.checkAvailable(0) - 1), u'>');
-    appendor.checkAvailable(std::numeric_limits<std::int32_t>::min());
-    EXPECT_EQ(appendor.fastAppend(nullptr, 3), 0);
-    EXPECT_EQ(text.getLength(), 101);
-
-    Str1 none;
-    Str1::Appendor unspent(none, -1, -1);
-    EXPECT_EQ(unspent.checkAvailable(0), nullptr);
-    EXPECT_EQ(unspent.used(), 0);
 }
 
 TEST(Str1, MeetsTheOtherTextTypes)

@@ -68,48 +68,6 @@ TEST(String, SharesOneBufferAmongEmptyTexts)
     EXPECT_EQ(*shared, 0);
 }
 
-TEST(String, TakesTheStorageThatWasWishedFor)
-{
-    const String source(u"0123456789");
-    const RWCharBuffer buffer(u"0123456789abcdef", 16);
-    struct {
-        const char* what;
-        std::function<String()> make;
-        int capacity;
-        const char16_t* text;
-    } cases[] = {
-        {"room", [] { return String(8); }, 16, u""},
-        {"room and a unit", [] { return String(17); }, 32, u""},
-        {"text", [] { return String(u"0123456789abcde"); }, 16, u"0123456789abcde"},
-        {"text and terminator", [] { return String(u"0123456789abcdef"); }, 32, u"0123456789abcdef"},
-        {"empty text with room", [] { return String(u"", -1, 20); }, 32, u""},
-        {"part of a text", [] { return String(u"abc", 2, 20); }, 32, u"ab"},
-        {"units", [] { return String(u'x', 3, 40); }, 48, u"xxx"},
-        {"no units", [] { return String(u'x', -3); }, 16, u""},
-        {"range", [&] { return String(String::AcquireCopy, source, 2, 4, 40); }, 48, u"23"},
-        {"range that fits", [&] { return String(String::AcquireCopy, source, 0, -1, 10); }, 16, u"0123456789"},
-        {"empty range with room", [&] { return String(String::AcquireUpper, source, 4, 4, 20); }, 32, u""},
-        {"buffer", [&] { return String(const_cast<RWCharBuffer*>(&buffer)); }, 32, u"0123456789abcdef"},
-        {"sum", [&] { return source + u"456789"; }, 32, u"0123456789456789"},
-        {"sum of a unit", [&] { return u'x' + source; }, 16, u"x0123456789"},
-        {"sum of a null", [&] { return static_cast<const char16_t*>(nullptr) + source; }, 16, u"0123456789"},
-    };
-    for (const auto& row : cases) {
-        AllocationProbe probe;
-        String text = row.make();
-        EXPECT_EQ(probe.lastRawSize() / sizeof(char16_t), static_cast<std::size_t>(row.capacity)) << row.what;
-        EXPECT_EQ(text, row.text) << row.what;
-        EXPECT_EQ(text.getData()[text.getLength()], 0) << row.what;
-        const int allocations = probe.count();
-        text.resize(row.capacity - 1, u'x');
-        text.clear();
-        text.append(u'y', row.capacity - 1);
-        EXPECT_EQ(probe.count(), allocations) << row.what;
-        text.append(u'z');
-        EXPECT_EQ(probe.lastRawSize() / sizeof(char16_t), static_cast<std::size_t>(row.capacity) + 16) << row.what;
-    }
-}
-
 TEST(String, TakesItsSourceAsTheModeSays)
 {
     constexpr auto ANY_OTHER = static_cast<String::AcquireMode>(7);
