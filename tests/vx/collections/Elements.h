@@ -7,10 +7,10 @@
 #include "vx/String.h"
 #include "vx/util/Comparator.h"
 
-#include <algorithm>
 #include <functional>
+#include <map>
 #include <string>
-#include <typeinfo>
+#include <typeindex>
 
 namespace vx::collections {
 
@@ -88,13 +88,9 @@ inline std::string textOf(int value)
 {
     return value == NO_ITEM ? "null" : std::to_string(value);
 }
-inline std::string textOf(const IVXUnknown* element)
-{
-    return textOf(valueOf(element));
-}
 inline std::string textOf(const Reference<IVXUnknown>& element)
 {
-    return textOf(element.get());
+    return textOf(valueOf(element.get()));
 }
 inline std::string textOf(const Reference<Item>& element)
 {
@@ -125,20 +121,15 @@ std::string outcome(Work&& work)
     } catch (const ResultException& failure) {
         return "result " + std::to_string(failure.getResult());
     } catch (const Exception& failure) {
-        struct {
-            const std::type_info& type;
-            const char* name;
-        } kinds[] = {
+        const std::map<std::type_index, const char*> kinds {
             {typeid(Exception), "plain"},
             {typeid(RangeErrorException), "range"},
             {typeid(IllegalStateException), "state"},
             {typeid(UnsupportedOperationException), "unsupported"},
             {typeid(CastFailedException), "cast"},
         };
-        const auto* kind = std::find_if(
-            std::begin(kinds), std::end(kinds), [&](const auto& row) { return row.type == typeid(failure); });
-        const bool plainlyThrown = kind != std::end(kinds) && failure.getDescription().getLength() == 0;
-        return plainlyThrown ? kind->name : typeid(failure).name();
+        const auto kind = kinds.find(typeid(failure));
+        return kind != kinds.end() && failure.getDescription().isEmpty() ? kind->second : typeid(failure).name();
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,10 +14,7 @@ namespace vx::collections::vorb {
 namespace {
 
 /// Its iterators cannot take the short way over the nodes.
-class DerivedLinkedList : public LinkedList {
-public:
-    using LinkedList::LinkedList;
-};
+class DerivedLinkedList : public LinkedList { };
 
 /// Runs the same random operations on a list, on sublists of it and of each other and on iterators of all of them, and on
 /// one plain vector. A view or an iterator is alive until something changes the list past it; that is all that the model
@@ -100,42 +98,29 @@ private:
     int& at(const Part& part, int index) { return m_values[static_cast<std::size_t>(part.start() + index)]; }
 
     /// The list has changed by way of `part`, which its ancestors know and nobody else does.
-    void changed(Part& part, int by, Cursor* through)
+    void changed(Part& part, int by, Cursor* through, bool isKnown = true)
     {
-        for (const auto& other : m_parts)
-            other->alive = other->alive && other->parent == nullptr;
-        for (Part* way = &part; way != nullptr; way = way->parent)
+        std::set<const Part*> aware;
+        for (Part* way = &part; way != nullptr; way = way->parent) {
             way->size += by;
+            if (isKnown || way->parent == nullptr)
+                aware.insert(way);
+        }
+        for (const auto& other : m_parts)
+            other->alive = other->alive && aware.contains(other.get());
         for (const auto& cursor : m_cursors)
             cursor->alive = cursor.get() == through;
     }
-    void changed(Part& part, int by, Cursor* through, const std::vector<Part*>& aware)
+    void insert(Part& part, int index, int value, Cursor* through = nullptr)
     {
-        changed(part, by, through);
-        for (Part* way : aware)
-            way->alive = true;
-    }
-    static std::vector<Part*> wayTo(Part& part)
-    {
-        std::vector<Part*> way;
-        for (Part* step = &part; step != nullptr; step = step->parent)
-            if (step->alive)
-                way.push_back(step);
-        return way;
-    }
-
-    void insert(Part& part, int index, int value, Cursor* through)
-    {
-        const auto aware = wayTo(part);
         m_values.insert(m_values.begin() + part.start() + index, value);
-        changed(part, +1, through, aware);
+        changed(part, +1, through);
     }
-    int erase(Part& part, int index, Cursor* through)
+    int erase(Part& part, int index, Cursor* through = nullptr)
     {
-        const auto aware = wayTo(part);
         const int value = at(part, index);
         m_values.erase(m_values.begin() + part.start() + index);
-        changed(part, -1, through, aware);
+        changed(part, -1, through);
         return value;
     }
 
@@ -145,88 +130,75 @@ private:
         List& list = *part.list;
         const int index = below(static_cast<std::size_t>(part.size) + 3) - 1;
         const int value = anyValue();
-        const bool inRange = index >= 0 && index < part.size;
-        const auto refused = [&](bool fits) { return !fits ? "range" : "plain"; };
+        const Reference<IVXUnknown> element = item(value);
         const bool works = part.reachable();
-
-        switch (below(works ? 9 : 4)) {
-        case 0: {
-            const std::string expected = inRange && works ? textOf(at(part, index)) : refused(inRange);
-            return verdict("get", expected, outcome([&] { return list.get(index); }));
-        }
-        case 1: {
-            std::string expected = refused(inRange);
-            if (inRange && works) {
-                const auto aware = wayTo(part);
-                expected = textOf(std::exchange(at(part, index), value));
-                changed(part, 0, nullptr, aware);
+        const int operation = below(works ? 9 : 4);
+        const bool fits = index >= 0 && (operation == 3 ? index <= part.size : index < part.size);
+        std::string expected = fits ? "plain" : "range";
+        int first = -1, last = -1;
+        for (int place = 0; works && place < part.size; ++place)
+            if (at(part, place) == value) {
+                first = first == -1 ? place : first;
+                last = place;
             }
-            return verdict("set", expected, outcome([&] { return list.set(index, item(value).get()); }));
-        }
-        case 2: {
-            std::string expected = refused(inRange);
-            if (inRange && works)
-                expected = textOf(erase(part, index, nullptr));
-            return verdict("remove", expected, outcome([&] { return list.remove(index); }));
-        }
-        case 3: {
-            const bool fits = inRange || index == part.size;
-            std::string expected = refused(fits);
+
+        switch (operation) {
+        case 0:
+            if (fits && works)
+                expected = textOf(at(part, index));
+            return verdict("get", expected, outcome([&] { return list.get(index); }));
+        case 1:
             if (fits && works) {
-                insert(part, index, value, nullptr);
+                expected = textOf(std::exchange(at(part, index), value));
+                changed(part, 0, nullptr);
+            }
+            return verdict("set", expected, outcome([&] { return list.set(index, element.get()); }));
+        case 2:
+            if (fits && works)
+                expected = textOf(erase(part, index));
+            return verdict("remove", expected, outcome([&] { return list.remove(index); }));
+        case 3:
+            if (fits && works) {
+                insert(part, index, value);
                 expected = "1";
             }
-            return verdict("add", expected, outcome([&] { return int {list.add(index, item(value).get())}; }));
-        }
+            return verdict("add", expected, outcome([&] { return int {list.add(index, element.get())}; }));
         case 4: // at the end: the whole list tells nobody, a view goes through its parent by index
             if (part.parent == nullptr) {
                 m_values.push_back(value);
                 ++part.size;
             } else {
-                insert(part, part.size, value, nullptr);
+                insert(part, part.size, value);
             }
-            return verdict("append", "1", outcome([&] { return int {list.add(item(value).get())}; }));
-        case 5: {
-            const auto begin = m_values.begin() + part.start();
-            const auto found = std::find(begin, begin + part.size, value);
-            const auto last = std::find(std::reverse_iterator(begin + part.size), std::reverse_iterator(begin), value);
-            const int expected = found == begin + part.size ? -1 : static_cast<int>(found - begin);
-            const int expectedLast = static_cast<int>(last.base() - begin) - 1;
-            const Reference<IVXUnknown> sought = item(value);
-            return verdict("indexOf", std::to_string(expected), std::to_string(list.indexOf(sought.get())))
-                + verdict("lastIndexOf", std::to_string(expectedLast), std::to_string(list.lastIndexOf(sought.get())))
-                + verdict("contains", textOf(expected >= 0), textOf(int {list.contains(sought.get())}));
-        }
-        case 6: {
-            const auto begin = m_values.begin() + part.start();
-            const auto found = std::find(begin, begin + part.size, value);
-            const bool there = found != begin + part.size;
-            if (there)
-                erase(part, static_cast<int>(found - begin), nullptr);
-            return verdict("remove element", textOf(there), textOf(int {list.remove(item(value).get())}));
-        }
+            return verdict("append", "1", outcome([&] { return int {list.add(element.get())}; }));
+        case 5:
+            return verdict("indexOf", std::to_string(first), std::to_string(list.indexOf(element.get())))
+                + verdict("lastIndexOf", std::to_string(last), std::to_string(list.lastIndexOf(element.get())))
+                + verdict("contains", textOf(first >= 0), textOf(int {list.contains(element.get())}));
+        case 6:
+            if (first >= 0)
+                erase(part, first);
+            return verdict("remove element", textOf(first >= 0), textOf(int {list.remove(element.get())}));
         case 7: {
             const Reference<List> more(new ArrayList);
-            const int place = below(static_cast<std::size_t>(part.size) + 1);
-            for (int i = 0; i < 3; ++i) {
+            const int start = below(static_cast<std::size_t>(part.size) + 1);
+            for (int place = start; place < start + 3; ++place) {
                 const int added = anyValue();
                 more->add(item(added).get());
-                insert(part, place + i, added, nullptr);
+                insert(part, place, added);
             }
-            return verdict("add all", "1", textOf(int {list.addAll(place, *more)}));
+            return verdict("add all", "1", textOf(int {list.addAll(start, *more)}));
         }
         default: {
             if (below(20) != 0)
                 return "";
             const Reference<List> kept(new LinkedList);
-            kept->add(item(value).get());
-            bool any = false;
-            for (int i = part.size - 1; i >= 0; --i)
-                if (at(part, i) != value) {
-                    erase(part, i, nullptr);
-                    any = true;
-                }
-            return verdict("retain all", textOf(any), textOf(int {list.retainAll(*kept)}));
+            kept->add(element.get());
+            const int before = part.size;
+            for (int place = before - 1; place >= 0; --place)
+                if (at(part, place) != value)
+                    erase(part, place);
+            return verdict("retain all", textOf(part.size != before), textOf(int {list.retainAll(*kept)}));
         }
         }
     }
@@ -258,55 +230,40 @@ private:
     {
         ListIterator& iterator = *cursor.iterator;
         Part& part = *cursor.part;
-        const bool hasNext = cursor.next < part.size;
-        const bool hasPrevious = cursor.next > 0;
+        const bool hasNext = cursor.next<part.size, hasPrevious = cursor.next> 0;
         const int value = anyValue();
-        const char* const pastTheEnd = part.parent == nullptr && cursor.alive ? "range" : "plain";
-        const char* const refused = cursor.alive ? "state" : "plain";
         const bool hasLast = cursor.alive && cursor.last != NO_ITEM;
+        const std::string pastTheEnd = part.parent == nullptr && cursor.alive ? "range" : "plain";
+        std::string expected = hasLast ? "done" : cursor.alive ? "state" : "plain";
 
         switch (below(7)) {
         case 0:
-        case 1: {
-            std::string expected = cursor.alive ? pastTheEnd : "plain";
-            if (cursor.alive && hasNext)
-                expected = textOf(at(part, cursor.last = cursor.next++));
+        case 1:
+            expected = cursor.alive && hasNext ? textOf(at(part, cursor.last = cursor.next++)) : pastTheEnd;
             return verdict("next", expected, outcome([&] { return iterator.next(); }));
-        }
-        case 2: {
-            std::string expected = cursor.alive ? pastTheEnd : "plain";
-            if (cursor.alive && hasPrevious)
-                expected = textOf(at(part, cursor.last = --cursor.next));
+        case 2:
+            expected = cursor.alive && hasPrevious ? textOf(at(part, cursor.last = --cursor.next)) : pastTheEnd;
             return verdict("previous", expected, outcome([&] { return iterator.previous(); }));
-        }
-        case 3: {
-            std::string expected = refused;
+        case 3:
             if (hasLast) {
                 erase(part, cursor.last, &cursor);
                 cursor.next -= cursor.last < cursor.next;
                 cursor.last = NO_ITEM;
-                expected = "done";
             }
             return verdict("iterator remove", expected, outcome([&] { iterator.remove(); }));
-        }
-        case 4: {
-            std::string expected = refused;
+        case 4:
             if (hasLast) { // views take it for a change past them, the iterator's own included
                 at(part, cursor.last) = value;
-                changed(part, 0, &cursor);
-                expected = "done";
+                changed(part, 0, &cursor, false);
             }
             return verdict("iterator set", expected, outcome([&] { iterator.set(item(value).get()); }));
-        }
-        case 5: {
-            std::string expected = "plain";
+        case 5:
             if (cursor.alive) {
                 insert(part, cursor.next++, value, &cursor);
                 cursor.last = NO_ITEM;
-                expected = "done";
             }
+            expected = cursor.alive ? "done" : "plain";
             return verdict("iterator add", expected, outcome([&] { iterator.add(item(value).get()); }));
-        }
         default:
             return verdict("has next", textOf(hasNext), textOf(int {iterator.hasNext()}))
                 + verdict("has previous", textOf(hasPrevious), textOf(int {iterator.hasPrevious()}))

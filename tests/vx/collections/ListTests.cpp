@@ -12,8 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <new>
 #include <string>
+#include <utility>
 
 namespace vx::collections::vorb {
 namespace {
@@ -26,9 +26,6 @@ Reference<Class> listOf(std::initializer_list<int> values)
         list->add(item(value).get());
     return list;
 }
-
-/// A component without `IVXComparable`.
-class Opaque : public ComObject { };
 
 TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
 {
@@ -76,9 +73,7 @@ TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
 
 TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
 {
-    const Reference<IVXComparator> comparator = GetDefaultComparator();
-    EXPECT_EQ(comparator, GetDefaultComparator());
-
+    class Opaque : public ComObject { };
     const Reference<Opaque> opaque(new Opaque);
     const Reference<IVXUnknown> three = item(3), alsoThree = item(3), five = item(5), bare = opaque->GetUnknown();
     struct {
@@ -87,7 +82,6 @@ TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
         std::uint32_t hash;
     } cases[] = {
         {three.get(), five.get(), -2, 3},
-        {five.get(), three.get(), 2, 5},
         {three.get(), alsoThree.get(), 0, 3},
         {nullptr, nullptr, 0, 0},
         {nullptr, three.get(), -1, 0},
@@ -95,30 +89,16 @@ TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
         {bare.get(), three.get(), -1, 0},
         {bare.get(), nullptr, 0, 0},
     };
+    const Reference<IVXComparator> comparator = GetDefaultComparator();
     for (const auto& row : cases) {
         int order = 99;
         std::uint32_t hash = 99;
-        EXPECT_EQ(comparator->Compare(row.a, row.b, &order), 0);
-        EXPECT_EQ(comparator->Hash(row.a, &hash), 0);
+        EXPECT_EQ(comparator->Compare(row.a, row.b, &order) | comparator->Hash(row.a, &hash), 0);
         EXPECT_EQ(order, row.order) << &row - cases;
         EXPECT_EQ(hash, row.hash) << &row - cases;
     }
     int order = 99;
-    const Reference<Object> noItem(new Object);
-    EXPECT_EQ(comparator->Compare(three.get(), noItem->GetUnknown(), &order), RESULT_FAIL);
-}
-
-TEST(Comparator, IsEqualToItsOwnKindOnly)
-{
-    class Derived : public util::Comparator { };
-    const Reference<util::Comparator> plain(new util::Comparator), derived(new Derived);
-    const Reference<Object> copy(plain->clone());
-    EXPECT_TRUE(plain->equals(*copy));
-    EXPECT_EQ(plain->compareTo(*copy), 0);
-    EXPECT_FALSE(plain->equals(*derived));
-    EXPECT_EQ(outcome([&] { return plain->compareTo(*derived); }), "cast");
-    EXPECT_THROW(derived->clone(), CloneNotSupportedException);
-    EXPECT_EQ(Reference<IVXComparator>(Reference<IVXComparable>(plain->GetUnknown()).get()).get(), plain.get());
+    EXPECT_EQ(comparator->Compare(three.get(), Reference<Object>(new Object)->GetUnknown(), &order), RESULT_FAIL);
 }
 
 template <class Class>
@@ -128,108 +108,62 @@ class Lists : public testing::Test {
 using ListClasses = testing::Types<ArrayList, LinkedList>;
 TYPED_TEST_SUITE(Lists, ListClasses);
 
-TYPED_TEST(Lists, CompareAndHashByTheirElements)
+TYPED_TEST(Lists, CompareByTheirElements)
 {
     struct {
         std::initializer_list<int> left, right;
         int order;
-        std::uint32_t hashOfLeft;
     } cases[] = {
-        {{}, {}, 0, 1},
-        {{5}, {5}, 0, 43},
-        {{5, 7}, {5}, 1, 43 * 38 + 7},
-        {{5}, {5, 7}, -1, 43},
-        {{5, 9}, {5, 7, 1}, 2, 43 * 38 + 9},
-        {{NO_ITEM}, {5}, -1, 38},
-        {{NO_ITEM, 1}, {NO_ITEM, 1}, 0, 38 * 38 + 1},
+        {{}, {}, 0},
+        {{5, 7}, {5}, 1},
+        {{5}, {5, 7}, -1},
+        {{5, 9}, {5, 7, 1}, 2},
+        {{NO_ITEM}, {5}, -1},
+        {{NO_ITEM, 1}, {NO_ITEM, 1}, 0},
     };
     for (const auto& row : cases) {
         const auto left = listOf<TypeParam>(row.left);
-        const auto right = listOf<ArrayList>(row.right), sameInArray = listOf<ArrayList>(row.left);
+        const auto right = listOf<ArrayList>(row.right);
         EXPECT_EQ(left->compareTo(*right), row.order) << &row - cases;
         EXPECT_EQ(left->equals(*right), row.order == 0) << &row - cases;
-        EXPECT_EQ(left->hashCode(), row.hashOfLeft) << &row - cases;
-        EXPECT_TRUE(left->equals(*sameInArray) && sameInArray->equals(*left)) << &row - cases;
         const Reference<List> part = left->createSubList(0, left->getSize());
         EXPECT_TRUE(left->equals(dynamic_cast<const Object&>(*part))) << &row - cases;
     }
-    const auto list = listOf<TypeParam>({1});
-    EXPECT_FALSE(list->equals(Item(1)));
-    EXPECT_EQ(outcome([&] { return list->compareTo(Item(1)); }), "cast");
-    EXPECT_EQ(list->compareTo(*list), 0);
-    EXPECT_THROW(list->clone(), CloneNotSupportedException);
+    EXPECT_EQ(outcome([&] { return listOf<TypeParam>({1})->compareTo(Item(1)); }), "cast");
 }
 
 TYPED_TEST(Lists, PassAComparatorsFailureOnAndStandAsBefore)
 {
-    using Work = std::function<void(List&, const Object&)>;
     const Reference<IVXUnknown> two = item(2);
-    const auto others = listOf<ArrayList>({2});
-    struct {
-        const char* operation;
-        Work work;
-    } cases[] = {
-        {"contains", [&](List& list, auto&) { list.contains(two.get()); }},
-        {"containsAll", [&](List& list, auto&) { list.containsAll(*others); }},
-        {"remove", [&](List& list, auto&) { list.remove(two.get()); }},
-        {"removeAll", [&](List& list, auto&) { list.removeAll(*others); }},
-        {"indexOf", [&](List& list, auto&) { list.indexOf(two.get()); }},
-        {"lastIndexOf", [&](List& list, auto&) { list.lastIndexOf(two.get()); }},
-        {"hashCode", [&](List& list, auto&) { list.hashCode(); }},
-        {"compareTo", [&](List& list, auto& same) { list.compareTo(same); }},
-        {"equals", [&](List& list, auto& same) { list.equals(same); }},
-        {"of a sublist", [&](List& list, auto&) { list.createSubList(0, 3)->contains(two.get()); }},
-    };
     const auto source = listOf<TypeParam>({1, 5, 3});
     const Reference<WatchedComparator> comparator(new WatchedComparator);
     const Reference<TypeParam> list(new TypeParam(*source, comparator.get()));
-    const Reference<TypeParam> copy(new TypeParam(*list));
-    EXPECT_EQ(copy->getComparator(), comparator.get());
-    for (const auto& row : cases) {
-        comparator->m_calls = 1;
-        EXPECT_EQ(outcome([&] { row.work(*list, *source); }), "result " + std::to_string(RESULT_TIMED_OUT))
-            << row.operation;
-        EXPECT_EQ(textOfAll(*list), "1 5 3 ") << row.operation;
-    }
-}
-
-TYPED_TEST(Lists, LetAnIteratorSeeWhatIsAppendedAndNoOtherChange)
-{
-    struct {
-        const char* change;
-        std::function<void(List&)> work;
-        const char *next, *hasNext;
-    } cases[] = {
-        {"append", [](List& list) { list.add(item(9).get()); }, "2", "1"},
-        {"add first", [](List& list) { list.add(0, item(9).get()); }, "plain", "1"},
-        {"add last by index", [](List& list) { list.add(3, item(9).get()); }, "plain", "1"},
-        {"set", [](List& list) { list.set(2, item(9).get()); }, "plain", "1"},
-        {"remove", [](List& list) { list.remove(2); }, "plain", "1"},
-        {"clear", [](List& list) { list.clear(); }, "plain", "0"},
-        {"change of nothing", [](List& list) { list.remove(item(7).get()); }, "2", "1"},
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"contains", [&] { list->contains(two.get()); }},
+        {"remove", [&] { list->remove(two.get()); }},
+        {"removeAll", [&] { list->removeAll(*listOf<ArrayList>({2})); }},
+        {"lastIndexOf", [&] { list->lastIndexOf(two.get()); }},
+        {"hashCode", [&] { list->hashCode(); }},
+        {"compareTo", [&] { list->compareTo(*source); }},
+        {"of a sublist", [&] { list->createSubList(0, 3)->contains(two.get()); }},
     };
-    for (const auto& row : cases) {
-        const auto list = listOf<TypeParam>({1, 2, 3});
-        const Reference<Iterator> elements = list->createIterator();
-        elements->next();
-        row.work(*list);
-        EXPECT_EQ(textOf(int {elements->hasNext()}), row.hasNext) << row.change;
-        EXPECT_EQ(outcome([&] { return elements->next(); }), row.next) << row.change;
+    for (const auto& [operation, work] : cases) {
+        comparator->m_calls = 1;
+        EXPECT_EQ(outcome(work), "result " + std::to_string(RESULT_TIMED_OUT)) << operation;
+        EXPECT_EQ(textOfAll(*list), "1 5 3 ") << operation;
     }
 }
 
 TYPED_TEST(Lists, AreWalkedByARangeForLikeByAnIterator)
 {
     struct {
-        const char* change;
-        std::function<void(List&)> work;
+        std::function<void(List&)> change;
         const char *outcome, *seen;
     } cases[] = {
-        {"none", [](List&) {}, "done", "1 2 "},
-        {"append", [](List& list) { list.getSize() < 4 && list.add(item(9).get()); }, "done", "1 2 9 9 "},
-        {"set", [](List& list) { list.set(0, nullptr); }, "plain", "1 "},
-        {"remove the last", [](List& list) { list.remove(list.getSize() - 1); }, "done", "1 "},
-        {"clear", [](List& list) { list.clear(); }, "done", "1 "},
+        {[](List& list) { list.getSize() < 4 && list.add(item(9).get()); }, "done", "1 2 9 9 "},
+        {[](List& list) { list.set(0, nullptr); }, "plain", "1 "},
+        {[](List& list) { list.remove(list.getSize() - 1); }, "done", "1 "},
+        {[](List& list) { list.clear(); }, "done", "1 "},
     };
     for (const auto& row : cases) {
         for (const bool asItself : {true, false}) {
@@ -238,12 +172,11 @@ TYPED_TEST(Lists, AreWalkedByARangeForLikeByAnIterator)
             const auto walk = [&](const auto& elements) {
                 for (const auto& element : elements) {
                     seen += textOf(element) + ' ';
-                    row.work(*list);
+                    row.change(*list);
                 }
             };
             const auto result = outcome([&] { asItself ? walk(*list) : walk(static_cast<const Collection&>(*list)); });
-            EXPECT_EQ(result, row.outcome) << row.change << asItself;
-            EXPECT_EQ(seen, row.seen) << row.change << asItself;
+            EXPECT_EQ(result + ' ' + seen, row.outcome + (' ' + std::string(row.seen))) << &row - cases << asItself;
         }
     }
 }
@@ -251,67 +184,35 @@ TYPED_TEST(Lists, AreWalkedByARangeForLikeByAnIterator)
 TYPED_TEST(Lists, WorkOnThemselves)
 {
     const auto list = listOf<TypeParam>({1, NO_ITEM, 2});
-    EXPECT_TRUE(list->addAll(*list));
-    EXPECT_EQ(textOfAll(*list), "1 null 2 1 null 2 ");
-    EXPECT_TRUE(list->containsAll(*list));
+    EXPECT_TRUE(list->addAll(*list) && list->containsAll(*list));
     EXPECT_FALSE(list->retainAll(*list));
     EXPECT_EQ(outcome([&] { list->addAll(0, *list); }), "plain") << "the list changes under its own iterator";
-    const auto more = listOf<LinkedList>({2, 1, 7});
-    EXPECT_TRUE(list->removeAll(*more)) << "one occurrence each";
+    EXPECT_TRUE(list->removeAll(*listOf<LinkedList>({2, 1, 7}))) << "one occurrence each";
     EXPECT_EQ(textOfAll(*list), "1 null 1 null 2 ");
-}
-
-TYPED_TEST(Lists, HoldOneCountOnEachElementAndHandItBack)
-{
-    const Reference<Item> element(new Item(1));
-    {
-        const Reference<TypeParam> list(new TypeParam);
-        list->add(element->GetUnknown());
-        list->add(0, element->GetUnknown());
-        const Reference<TypeParam> copy(new TypeParam(*list));
-        EXPECT_EQ(element->GetRefCount(), 5U);
-        EXPECT_EQ(list->set(0, nullptr), element->GetUnknown());
-        EXPECT_EQ(list->remove(1), element->GetUnknown());
-        EXPECT_EQ(textOfAll(*copy), "1 1 ");
-        EXPECT_EQ(element->GetRefCount(), 3U);
-        copy->clear();
-        EXPECT_EQ(element->GetRefCount(), 1U);
-        list->set(0, element->GetUnknown());
-    }
-    EXPECT_EQ(element->GetRefCount(), 1U);
-
-    Reference<TypeParam> outlived(new TypeParam);
-    outlived->add(element->GetUnknown());
-    const Reference<ListIterator> elements = outlived->createListIterator(1);
-    const Reference<List> part = outlived->createSubList(0, 1);
-    outlived = nullptr;
-    EXPECT_EQ(textOf(elements->previous()) + textOf(part->get(0)), "11");
 }
 
 TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
 {
     const Reference<Item> element(new Item(5));
     struct {
-        const char* operation;
         std::function<void(List&, ListIterator&)> work;
         const char* result;
     } cases[] = {
-        {"append", [&](List& list, auto&) { list.add(element->GetUnknown()); }, "1 2 3 4 5 "},
-        {"insert", [&](List& list, auto&) { list.add(1, element->GetUnknown()); }, "1 5 2 3 4 "},
-        {"to a sublist", [&](List& list, auto&) { list.createSubList(0, 2)->add(element->GetUnknown()); },
-            "1 2 5 3 4 "},
-        {"by an iterator", [&](List&, ListIterator& place) { place.add(element->GetUnknown()); }, "1 2 5 3 4 "},
+        {[&](List& list, auto&) { list.add(element->GetUnknown()); }, "1 2 3 4 5 "},
+        {[&](List& list, auto&) { list.add(1, element->GetUnknown()); }, "1 5 2 3 4 "},
+        {[&](List& list, auto&) { list.createSubList(0, 2)->add(element->GetUnknown()); }, "1 2 5 3 4 "},
+        {[&](List&, ListIterator& place) { place.add(element->GetUnknown()); }, "1 2 5 3 4 "},
     };
     for (const auto& row : cases) {
         const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
         const Reference<ListIterator> place = list->createListIterator(2);
         const int failures = failEachAllocation([&] { row.work(*list, *place); },
             [&](int failing) {
-                EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.operation << failing;
-                EXPECT_EQ(element->GetRefCount(), 1U) << row.operation << failing;
+                EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.result << failing;
+                EXPECT_EQ(element->GetRefCount(), 1U) << row.result << failing;
             });
-        EXPECT_NE(failures, 0) << row.operation;
-        EXPECT_EQ(textOfAll(*list), row.result) << row.operation;
+        EXPECT_NE(failures, 0) << row.result;
+        EXPECT_EQ(textOfAll(*list), row.result);
     }
 }
 
@@ -333,19 +234,13 @@ TEST(ArrayList, GrowsByHalf)
     const AllocationProbe probe;
     std::size_t last = 0;
     std::string asked;
-    const auto noteGrowth = [&] {
+    for (int i = 0; i < 20; ++i) {
+        list->add(nullptr);
         if (std::exchange(last, probe.lastRawSize()) != probe.lastRawSize())
             asked += std::to_string(last / sizeof(void*)) + ' ';
-    };
-    for (int i = 0; i < 20; ++i, noteGrowth())
-        list->add(nullptr);
-    list->clear(); // keeps the array
-    for (int i = 0; i < 28; ++i, noteGrowth())
-        list->add(i, nullptr);
+    }
     EXPECT_EQ(asked, "1 2 3 4 6 9 13 19 28 ");
-
     EXPECT_EQ(detail::grownCapacity(detail::MAX_LENGTH - 1), detail::MAX_LENGTH);
-    EXPECT_NO_THROW(detail::checkLength(0x3FFFFFFE, "too long"));
     EXPECT_THROW(detail::checkLength(0x3FFFFFFF, "too long"), std::length_error);
 }
 

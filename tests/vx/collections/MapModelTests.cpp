@@ -64,12 +64,6 @@ struct Model {
         bucketOf(entry).insert(bucketOf(entry).begin(), entry);
     }
     void remove(const EntryPtr& entry) { modifications += static_cast<int>(std::erase(bucketOf(entry), entry)); }
-    void clear()
-    {
-        buckets.assign(buckets.size(), {});
-        ++modifications;
-    }
-
     Cursor cursor() const { return {modifications, static_cast<int>(buckets.size()), nullptr, nullptr}; }
     bool hasNext(Cursor& cursor) const
     {
@@ -160,11 +154,14 @@ public:
             break;
         }
         case 4:
-            check("remove", old, name(m_map->remove(equal).get()));
+            check(
+                "remove", old, name((below(2) == 0 ? m_map->remove(equal) : m_map->AbstractMap::remove(equal)).get()));
             remove(found);
             break;
         case 5:
             check("get", old, name(m_map->get(equal).get()));
+            check("get by a walk", old, name(m_map->AbstractMap::get(equal).get()));
+            check("containsKey by a walk", found != nullptr, m_map->AbstractMap::containsKey(equal));
             check("containsKey", found != nullptr, m_map->containsKey(equal));
             check("key set's contains", found != nullptr, m_map->createKeySet()->contains(equal));
             break;
@@ -181,6 +178,7 @@ public:
             const auto first
                 = std::find_if(all.begin(), all.end(), [&](const auto& entry) { return entry->value == value; });
             check("containsValue", first != all.end(), m_map->containsValue(value));
+            check("containsValue by a walk", first != all.end(), m_map->AbstractMap::containsValue(value));
             if (below(3) == 0) {
                 check("values' remove", first != all.end(), m_map->createValueCollection()->remove(value));
                 remove(first != all.end() ? *first : nullptr);
@@ -218,9 +216,8 @@ private:
     }
     std::string name(const IVXUnknown* object) const
     {
-        return object == nullptr
-            ? "null"
-            : std::to_string(std::find(m_things.begin(), m_things.end(), object) - m_things.begin());
+        const auto place = std::find(m_things.begin(), m_things.end(), object) - m_things.begin();
+        return object == nullptr ? "null" : std::to_string(place);
     }
     std::string textOf(const Model& model) const
     {
@@ -254,20 +251,19 @@ private:
     {
         const Reference<HashMap> copy(new HashMap(*m_map));
         Model model {m_model.load, std::vector<Chain>(m_model.buckets.size())};
-        const auto putAll = [](Model& target, const Chain& entries) {
-            for (const EntryPtr& entry : entries)
-                target.put(*entry);
-        };
-        putAll(model, m_model.order());
+        for (const EntryPtr& entry : m_model.order())
+            model.put(*entry);
         check("copy", textOf(model), textOf(*copy));
         check("equals", true, m_map->equals(*copy));
         if (below(6) == 0) {
             m_map->clear();
-            m_model.clear();
+            m_model.buckets.assign(m_model.buckets.size(), {});
+            ++m_model.modifications;
         }
         if (below(4) == 0) {
             m_map->putAll(*copy);
-            putAll(m_model, model.order());
+            for (const EntryPtr& entry : model.order())
+                m_model.put(*entry);
         }
     }
 
@@ -332,15 +328,7 @@ TEST(HashSet, HoldsTheKeysOfSuchATable)
     for (int step = 0; step < 10'000; ++step) {
         const int number = static_cast<int>(random() % 200);
         const EntryPtr found = model.find(number);
-        if (random() % 64 == 0) {
-            const Reference<Iterator> iterator = set->createIterator();
-            while (iterator->hasNext())
-                if (valueOf(iterator->next().get()) % 4 == number % 4)
-                    iterator->remove();
-            for (const EntryPtr& entry : model.order())
-                if (entry->key % 4 == number % 4)
-                    model.remove(entry);
-        } else if (random() % 3 == 0) {
+        if (random() % 3 == 0) {
             ASSERT_EQ(set->remove(item(number).get()), found != nullptr);
             if (found != nullptr)
                 model.remove(found);

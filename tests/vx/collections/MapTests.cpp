@@ -1,25 +1,18 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Slots.h"
 #include "tests/vx/collections/Elements.h"
-#include "vx/Class.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
-#include "vx/collections/DefaultComparator.h"
 #include "vx/collections/IntegerHashMap.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/StringHashMap.h"
-#include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
-#include "vx/collections/vorb/HashMapIterator.h"
-#include "vx/collections/vorb/HashSet.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
 #include <limits>
 #include <map>
-#include <new>
 #include <random>
 #include <string>
 #include <thread>
@@ -30,10 +23,7 @@
 namespace vx::collections {
 namespace {
 
-using vorb::ArrayList;
 using vorb::HashMap;
-using vorb::HashMapIterator;
-using vorb::HashSet;
 using vorb::Iterator;
 using vorb::MapEntry;
 
@@ -59,75 +49,54 @@ Reference<HashMap> mapOf(std::initializer_list<int> keys)
 }
 
 /// Here a key is its own hash, so that the order tells the capacity: the last bucket comes first.
-TEST(HashMap, GrowsBeforeTheNewEntryThatFindsItFull)
+TEST(HashMap, TakesAnyCapacityAndLoad)
 {
     struct {
         int capacity;
         float load;
         std::initializer_list<int> keys;
         const char* order;
-        int next;
-        const char* grown;
     } cases[] = {
-        {1, 0.75F, {1, 3}, "1 3 ", 5, "5 3 1 "}, // 1, 3, 7: the first entry already finds it full
-        {4, 2.0F, {1, 2, 3, 4, 5, 6, 7, 8}, "7 3 6 2 5 1 8 4 ", 9, "8 7 6 5 4 3 2 1 9 "},
-        {10, 0.7F, {1, 2, 3, 4, 5, 10}, "5 4 3 2 1 10 ", 6, "10 6 5 4 3 2 1 "}, // the product as a float would be 7
-        {0, 0.75F, {1, 3}, "1 3 ", 5, "5 3 1 "},
-        {3, -1.0F, {1, 3}, "1 3 ", 5, "5 3 1 "},
-        {3, std::numeric_limits<float>::quiet_NaN(), {1, 3}, "1 3 ", 5, "5 3 1 "},
-        {3, std::numeric_limits<float>::infinity(), {1, 3, 6, 9}, "1 9 6 3 ", 5, "5 1 9 6 3 "},
+        {10, 0.7F, {1, 2, 3, 4, 5, 10, 6}, "10 6 5 4 3 2 1 "}, // the product as a float would be 7
+        {0, 0.75F, {1, 3, 5}, "5 3 1 "},
+        {3, -1.0F, {1, 3, 5}, "5 3 1 "},
+        {3, std::numeric_limits<float>::quiet_NaN(), {1, 3, 5}, "5 3 1 "},
+        {3, std::numeric_limits<float>::infinity(), {1, 3, 6, 9, 5}, "5 1 9 6 3 "},
     };
     for (const auto& row : cases) {
         const Reference<HashMap> map(new HashMap(row.capacity, row.load));
         put(*map, row.keys);
         EXPECT_EQ(keysOf(*map), row.order);
-        put(*map, {*row.keys.begin()});
-        EXPECT_EQ(keysOf(*map), row.order) << "nothing new";
-        put(*map, {row.next});
-        EXPECT_EQ(keysOf(*map), row.grown);
     }
-
-    const Reference<Object> created((Class::forName(u"CVXHashMap"))->createInstance());
-    auto& map = dynamic_cast<HashMap&>(*created);
-    for (int key = 1; key < 75; ++key)
-        put(map, {key});
-    put(map, {101}); // bucket 0 of 101, bucket 101 of 203
-    EXPECT_EQ(valueOf((*map.begin()).key), 74);
-    put(map, {75});
-    EXPECT_EQ(valueOf((*map.begin()).key), 101);
-}
-
-TEST(HashMap, TakesItsCapacityFromTheMapThatItIsFilledFrom)
-{
-    const Reference<HashMap> five = mapOf({1, 2, 3, 4, 11}), six = mapOf({1, 2, 3, 4, 5, 12});
-    const auto keysOfNew = [](HashMap* map) { return keysOf(*Reference<HashMap>(map)); };
-    EXPECT_EQ(keysOfNew(new HashMap(*five, 0.75F)), "4 3 2 1 11 ") << "11 buckets";
-    EXPECT_EQ(keysOfNew(new HashMap(*six, 0.75F)), "5 4 3 2 1 12 ") << "12 buckets";
-    EXPECT_EQ(keysOfNew(new HashMap(*six)), "12 5 4 3 2 1 ") << "101 buckets";
+    const Reference<HashMap> filled(new HashMap(*mapOf({1, 2, 3, 4, 11}), 0.75F));
+    EXPECT_EQ(keysOf(*filled), "4 3 2 1 11 ") << "11 buckets";
     EXPECT_EQ(HashMap::calcCapacity(std::numeric_limits<int>::max()), std::numeric_limits<int>::max());
 }
 
-TEST(HashMap, HoldsNullsAndWhatCannotBeCompared)
+TEST(AbstractMap, ComparesByTheOtherMapsAnswers)
 {
-    class Opaque : public ComObject { };
-    const Reference<ComObject> opaque(new Opaque);
-    const Reference<HashMap> map(new HashMap);
-    EXPECT_EQ(map->put(nullptr, nullptr), nullptr);
-    EXPECT_TRUE(map->containsKey(nullptr) && map->containsValue(nullptr) && map->get(nullptr) == nullptr);
-    EXPECT_EQ(textOf(map->put(nullptr, item(1).get())), "null");
-    EXPECT_EQ(textOf(map->remove(nullptr)), "1");
-    EXPECT_FALSE(map->containsKey(nullptr));
-
-    // It hashes to 0 and counts as null where it is stored, as something else where it is looked for.
-    map->put(opaque->GetUnknown(), item(2).get());
-    map->put(opaque->GetUnknown(), item(3).get());
-    EXPECT_EQ(map->getSize(), 2);
-    EXPECT_FALSE(map->containsKey(opaque->GetUnknown()));
-    EXPECT_EQ(textOf(map->get(nullptr)), "3");
-
-    const Reference<IVXUnknown> empty((new String)->GetUnknown()), zero((new String(u'\0'))->GetUnknown());
-    map->put(empty.get(), nullptr); // both hash to 0
-    EXPECT_FALSE(map->containsKey(zero.get()));
+    struct {
+        std::initializer_list<std::pair<int, int>> left, right;
+        int order;
+    } cases[] = {
+        {{{1, 10}, {2, 20}}, {{2, 20}, {1, 10}}, 0},
+        {{{1, 10}}, {{1, 13}}, -3},
+        {{{1, 10}}, {{2, 10}}, -1}, // a value against none: foreign to it, by address
+        {{{1, NO_ITEM}}, {{2, NO_ITEM}}, 1},
+        {{{1, NO_ITEM}}, {{1, 10}}, -1},
+        {{{1, NO_ITEM}}, {{1, NO_ITEM}}, 0},
+        {{{1, 10}}, {{1, 10}, {2, 20}, {3, 30}}, -2},
+    };
+    for (const auto& row : cases) {
+        const Reference<HashMap> left(new HashMap), right(new HashMap);
+        for (const auto& [key, value] : row.left)
+            left->put(item(key).get(), item(value).get());
+        for (const auto& [key, value] : row.right)
+            right->put(item(key).get(), item(value).get());
+        EXPECT_EQ(left->compareTo(*right), row.order) << &row - cases;
+        EXPECT_EQ(left->equals(*right), row.order == 0) << &row - cases;
+    }
+    EXPECT_EQ(outcome([&] { return mapOf({1})->compareTo(Item(1)); }), "cast");
 }
 
 /// The keys share a bucket, and 7 is at its head.
@@ -137,7 +106,7 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
     const Reference<HashMap> map(new HashMap(comparator.get(), comparator.get(), 3, 10));
     put(*map, {1, 4, 7});
     const Reference<IVXUnknown> four = item(4), fresh = item(5);
-    const Reference<vorb::Set> entries = map->createEntrySet(), keys = map->createKeySet();
+    const Reference<vorb::Set> entries = map->createEntrySet();
     const Reference<Iterator> iterator = entries->createIterator();
     const Reference<IVXUnknown> entry = iterator->next();
     struct {
@@ -150,13 +119,7 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
         {"get", 1, [&] { map->get(four.get()); }},
         {"remove", 1, [&] { map->remove(four.get()); }},
         {"containsValue", 1, [&] { map->containsValue(item(40).get()); }},
-        {"entry set, key", 1, [&] { entries->contains(entry.get()); }},
         {"entry set, value", 2, [&] { entries->contains(entry.get()); }},
-        {"key set", 0, [&] { keys->remove(four.get()); }},
-        {"equals", 0,
-            [&] {
-                map->equals(*mapOf({1, 4, 7}));
-            }},
     };
     for (const auto& row : cases) {
         comparator->m_calls = row.calls;
@@ -174,10 +137,9 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
     for (const auto& row : cases) {
         put(*map, {1, 4, 7});
         comparator->m_calls = row.calls;
-        if (row.calls == 0)
-            continue;
-        EXPECT_EQ(outcome(row.work), "plain") << row.operation << " meets a change of the map";
-        EXPECT_EQ(map->getSize(), 0) << row.operation;
+        if (row.calls != 0) {
+            EXPECT_EQ(outcome(row.work), "plain") << row.operation << " meets a change of the map";
+        }
     }
 }
 
@@ -206,7 +168,6 @@ TEST(HashMap, IsWholeWhenAnElementThatGoesLooksAtIt)
 TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
 {
     const Reference<HashMap> map(new HashMap(3, 1)), full(new HashMap(1, 3));
-    const Reference<HashSet> set(new HashSet);
     const Reference<IntegerHashMap> numbers(new IntegerHashMap(1, 2));
     const Reference<StringHashMap> texts(new StringHashMap(1, 2));
     put(*map, {1, 2});
@@ -221,32 +182,29 @@ TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
     const auto entries = map->createEntrySet();
     const Reference<Iterator> iterator = entries->createIterator();
     Reference<IVXUnknown> entry;
-    struct {
-        const char* operation;
-        std::function<void()> work;
-    } cases[] = {
+    std::pair<const char*, std::function<void()>> cases[] = {
         {"entry", [&] { entry = iterator->next(); }},
-        {"iterator", [&] { entries->createIterator(); }},
         {"keys", [&] { texts->createKeySet(); }},
         {"put", [&] { map->put(four.get(), value->GetUnknown()); }},
         {"put into a full map", [&] { full->put(four.get(), value->GetUnknown()); }},
-        {"set", [&] { set->add(four.get()); }},
         {"numbers", [&] { numbers->put(3, value.get()); }},
         {"texts", [&] { texts->put(three, value.get()); }},
     };
     const auto all = [&] {
-        return keysOf(*map) + keysOf(*full) + textOfAll(*set) + std::to_string(numbers->getSize() + texts->getSize())
-            + ", held by " + std::to_string(value->GetRefCount());
+        return keysOf(*map) + keysOf(*full) + std::to_string(numbers->getSize() + texts->getSize()) + ", held by "
+            + std::to_string(value->GetRefCount());
     };
-    for (const auto& row : cases) {
+    for (const auto& [operation, work] : cases) {
         const std::string before = all();
         Reference<Iterator> undisturbed = entries->createIterator();
-        const auto check = [&](int failing) {
-            EXPECT_EQ(all(), before) << row.operation << failing;
-            EXPECT_EQ(outcome([&] { undisturbed->next(); }), "done") << row.operation << failing;
-            undisturbed = entries->createIterator();
-        };
-        EXPECT_NE(failEachAllocation(row.work, check), 0) << row.operation;
+        EXPECT_NE(failEachAllocation(work,
+                      [&, name = operation](int failing) {
+                          EXPECT_EQ(all(), before) << name << failing;
+                          EXPECT_EQ(outcome([&] { undisturbed->next(); }), "done") << name << failing;
+                          undisturbed = entries->createIterator();
+                      }),
+            0)
+            << operation;
     }
     EXPECT_EQ(textOf(MapEntry::of(entry)->getKey()), "2") << "the iterator went on";
 
@@ -259,53 +217,27 @@ TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
 
 TEST(HashMap, ShowsItsEntriesWhichAllLookAlike)
 {
-    const Reference<HashMap> map = mapOf({1, 2}), other = mapOf({1});
-    const auto entries = map->createEntrySet();
-    const Reference<Iterator> iterator = entries->createIterator();
-    const Reference<IVXUnknown> two = iterator->next();
+    Reference<HashMap> map = mapOf({1, 2});
+    const auto entries = map->createEntrySet(), keys = map->createKeySet();
+    const Reference<IVXUnknown> two = entries->createIterator()->next();
     const Reference<MapEntry> entry = MapEntry::of(two);
     EXPECT_EQ(two, entries->createIterator()->next()) << "one object for each entry";
-    EXPECT_EQ(dynamic_cast<ComObject&>(*two).GetRefCount(), 3U) << "the map, and two references";
     EXPECT_EQ(entry->compareTo(*map), 0);
     EXPECT_TRUE(entry->equals(*map));
     EXPECT_EQ(entry->hashCode() + map->hashCode(), 0U);
-
-    EXPECT_TRUE(entries->contains(two.get()));
-    EXPECT_FALSE(other->createEntrySet()->contains(two.get()));
     EXPECT_EQ(outcome([&] { entries->contains(item(1).get()); }), "cast");
-    EXPECT_EQ(outcome([&] { entries->add(two.get()); }), "unsupported");
-    EXPECT_EQ(outcome([&] { map->createKeySet()->add(item(1).get()); }), "unsupported");
     EXPECT_FALSE(entries->remove(two.get())) << "an entry is not comparable";
     EXPECT_TRUE(entries->remove(nullptr)) << "and equals null therefore";
+    EXPECT_EQ(outcome([&] { keys->add(nullptr); }), "unsupported");
     EXPECT_EQ(outcome([&] {
         for (const auto [key, value] : *map)
             map->remove(key);
     }),
         "plain");
-    EXPECT_EQ(textOf(entry->setValue(item(5).get())), "20");
-    EXPECT_EQ(textOf(entry->getValue()), "5") << "an entry outlives its place in the map";
-    EXPECT_FALSE(entries->equals(*dynamic_cast<Object*>(map->createEntrySet().get()))) << "views are told by address";
+    map = nullptr;
+    EXPECT_TRUE(keys->isEmpty()) << "which is in the map that its views keep";
 }
 
-TEST(HashSet, ComparesAsItsMapDoes)
-{
-    const Reference<IVXComparator> comparator(new WatchedComparator);
-    const Reference<ArrayList> list(new ArrayList);
-    for (const int value : {7, 12, 107, 12})
-        list->add(item(value).get());
-    const Reference<HashSet> set(new HashSet(*list)), other(new HashSet(*list, comparator.get()));
-    EXPECT_EQ(textOfAll(*set), "12 7 107 ");
-    const Reference<HashSet> copy(new HashSet(*other));
-    EXPECT_EQ(copy->getComparator(), comparator);
-    EXPECT_TRUE(copy->equals(*set));
-    copy->add(item(1).get());
-    EXPECT_EQ(set->compareTo(*copy), -1) << "by size";
-    EXPECT_EQ(copy->compareTo(*set), -1) << "by what is missing, which is null";
-    EXPECT_EQ(outcome([&] { set->equals(*list); }), "cast");
-    EXPECT_EQ(set->hashCode(), 0U);
-}
-
-/// Multiples of the grown capacity spread over the smaller table and meet in one bucket when it grows.
 TEST(HashMap, GoesWithoutRecursionHoweverLongAChainIs)
 {
     constexpr int KEYS = 200'000, CAPACITY = 10'000;
@@ -329,11 +261,8 @@ TEST(HashMap, GivesTheSameEntryToReadersAtTheSameTime)
         for (auto& entries : seen)
             readers.emplace_back([&map, &entries] {
                 const auto iterator = std::as_const(*map).createEntrySet()->createConstIterator();
-                while (iterator->hasNext()) {
+                while (iterator->hasNext())
                     entries.push_back(iterator->next());
-                    EXPECT_EQ(textOf(map->get(MapEntry::of(entries.back())->getKey().get())),
-                        textOf(MapEntry::of(entries.back())->getValue()));
-                }
             });
         for (std::thread& reader : readers)
             reader.join();
@@ -357,9 +286,6 @@ TEST(PlainKeyMaps, KeepTheOrderOfTheirOperations)
             slotOf(&StringHashMap::getSize), slotOf<HasText>(&StringHashMap::containsKey),
             slotOf<HasString>(&StringHashMap::containsKey), slotOf(&StringHashMap::isEmpty),
             slotOf(&StringHashMap::put), slotOf(&StringHashMap::remove), slotOf(&StringHashMap::createKeySet)});
-    StringHashMap map;
-    map.put(u"k", Reference<Item>(new Item(1)).get());
-    EXPECT_TRUE((callSlot<bool, const char16_t*, int>(&map, slotOf<HasText>(&StringHashMap::containsKey), u"key", 1)));
 }
 
 int numberOf(int key)
@@ -396,47 +322,15 @@ struct PlainKeyMaps : testing::Test {
 using PlainKeyMapTypes = testing::Types<IntegerHashMap, StringHashMap>;
 TYPED_TEST_SUITE(PlainKeyMaps, PlainKeyMapTypes);
 
-TYPED_TEST(PlainKeyMaps, GrowAsHashMapDoesAndGoThroughTheirBucketsUpwards)
-{
-    const auto put = [](TypeParam& map, std::initializer_list<int> numbers) {
-        for (const int number : numbers)
-            map.put(TestFixture::key(number), nullptr);
-    };
-    TypeParam map;
-    for (int number = 1; number < 75; ++number)
-        put(map, {number});
-    put(map, {202}); // bucket 0 of 101
-    EXPECT_EQ(this->keysOf(map).substr(0, 8), "202 1 2 ");
-    put(map, {202});
-    EXPECT_EQ(this->keysOf(map).substr(0, 8), "202 1 2 ") << "nothing new";
-    put(map, {75}); // bucket 202 of 203
-    EXPECT_EQ(this->keysOf(map).substr(0, 6), "1 2 3 ");
-    map.clear();
-    EXPECT_TRUE(map.isEmpty());
-    put(map, {202, 406, 609, 203});
-    EXPECT_EQ(this->keysOf(map), "203 609 406 202 ") << "203 buckets still, the newest first in each";
-
-    TypeParam small(1, 3);
-    put(small, {101, 1, 202});
-    EXPECT_EQ(this->keysOf(small), "202 1 101 ");
-    const auto keys = small.createKeySet();
-    put(small, {5});
-    std::string text;
-    for (const auto& key : *keys)
-        text += std::to_string(numberOf(*key)) + ' ';
-    EXPECT_EQ(text, "1 101 202 ") << "those of its time, in the order of a set that is filled in their order";
-}
-
 TYPED_TEST(PlainKeyMaps, DoWhatAnotherMapDoes)
 {
     std::mt19937 random(std::random_device {}());
     for (const float load : {0.75F, 0.1F, 4.0F}) {
         TypeParam map(1, load);
-        std::map<int, Reference<Object>> model;
+        std::map<int, Reference<Object>> model, entries;
         for (int i = 0; i < 3000; ++i) {
             const int number = 1 + static_cast<int>(random() % 200);
-            const auto found = model.find(number);
-            const Reference<Object> old = found != model.end() ? found->second : nullptr;
+            const Reference<Object> old = model.contains(number) ? model[number] : nullptr;
             const Reference<Object> value = random() % 8 != 0 ? new Item(number) : nullptr;
             ASSERT_EQ(map.get(this->key(number)), old);
             if (random() % 2 == 0) {
@@ -448,13 +342,14 @@ TYPED_TEST(PlainKeyMaps, DoWhatAnotherMapDoes)
             }
             ASSERT_EQ(map.getSize(), static_cast<int>(model.size()));
         }
-        std::map<int, Reference<Object>> entries;
         for (const auto [key, value] : map)
             entries.emplace(numberOf(key), value);
         EXPECT_EQ(entries, model);
+        EXPECT_EQ(map.createKeySet()->getSize(), map.getSize());
+        for (const auto& key : *map.createKeySet())
+            EXPECT_TRUE(entries.contains(numberOf(*key)));
         entries.clear();
         model.clear();
-        EXPECT_NE(Item::s_alive, 0);
         map.clear();
         EXPECT_EQ(Item::s_alive, 0);
     }
@@ -485,14 +380,8 @@ TEST(StringHashMap, TellsTextsByTheirUnits)
         EXPECT_EQ(value == map.get(text.c_str()), text.find(u'\0') == std::u16string::npos);
         EXPECT_TRUE(map.containsKey(text.data(), length) && map.containsKey(String(text)));
     }
-
     map.put(u"null", nullptr);
-    EXPECT_EQ(map.getSize(), static_cast<int>(std::size(texts)) + 1);
     EXPECT_FALSE(map.containsKey(u"null") || map.containsKey(String(u"null")));
-    String changing(u"before");
-    map.put(changing, Reference<Object>(new Object).get());
-    changing += u" and behind";
-    EXPECT_TRUE(map.containsKey(u"before") && !map.containsKey(changing)) << "the key is a copy";
     StringHashMap::KeyAndValue first = *map.begin();
     EXPECT_EQ(map.remove(first.key)->toString(), u"") << "by the map's own copy";
 }

