@@ -345,8 +345,9 @@ TYPED_TEST(PlainKeyMaps, DoWhatAnotherMapDoes)
         for (const auto [key, value] : map)
             entries.emplace(numberOf(key), value);
         EXPECT_EQ(entries, model);
-        EXPECT_EQ(map.createKeySet()->getSize(), map.getSize());
-        for (const auto& key : *map.createKeySet())
+        const auto keys = map.createKeySet();
+        EXPECT_EQ(keys->getSize(), map.getSize());
+        for (const auto& key : *keys)
             EXPECT_TRUE(entries.contains(numberOf(*key)));
         entries.clear();
         model.clear();
