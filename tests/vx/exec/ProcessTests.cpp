@@ -185,6 +185,8 @@ TEST(Process, StartsWithoutStandardStreamsOfItsOwn)
         const Reference<Process> process = shell("cat");
         writeAll(*process, "text");
         EXPECT_EQ(readAll(*process->getInputStream()), "text");
+        // Without it a thread would wait for the process, and be left behind by the _exit that ends this child.
+        EXPECT_EQ(process->join(), 0);
     });
     EXPECT_EQ(child.wait(), 0);
 }
