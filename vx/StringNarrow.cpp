@@ -19,6 +19,7 @@
 namespace vx {
 
 using detail::lengthOf;
+using detail::PlainBuffer;
 using detail::StringReadLock;
 using text::charset::BTCUTF8;
 using text::charset::ByteToCharConverter;
@@ -193,7 +194,7 @@ String& String::setToUtf8(std::string_view bytes)
 void String::decode(ByteToCharConverter& decoder, const char* bytes, int length, int capacity)
 {
     const int needed = room(length, decoder.getMaxCharsPerByte());
-    Reference<RWCharBuffer> buffer(new RWCharBuffer(std::max(capacity, needed)));
+    const Reference<RWCharBuffer> buffer(PlainBuffer::make(std::max(capacity, needed)));
     char16_t* text = buffer->getWriteLock(needed);
     std::int32_t written = 0;
     if (bytes != nullptr) {

@@ -7,6 +7,7 @@
 #include "vx/util/RWCharBuffer.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -76,10 +77,22 @@ public:
         return false;
     }
 
+    /// A new buffer with count 0 and without text.
+    static util::RWCharBuffer* make(int capacity)
+    {
+        if (capacity < 1 || capacity > Storage::MOST_BEHIND)
+            return new util::RWCharBuffer(capacity);
+        const auto units = static_cast<int>(Storage::adjust(capacity));
+        auto* memory = static_cast<std::byte*>(util::RWCharBuffer::operator new(
+            sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
+        auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
+        return new (memory) util::RWCharBuffer(place, units);
+    }
+
     /// A new buffer with count 0 that holds `length` units and the terminator, in room for no less than `capacity`.
     static util::RWCharBuffer* copyOf(const char16_t* text, int length, int capacity = 0)
     {
-        auto* buffer = new util::RWCharBuffer(std::max(capacity, withTerminator(length)));
+        util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
         Storage& storage = buffer->m_storage;
         if (length > 0)
             std::memcpy(storage.data(), text, static_cast<std::size_t>(length) * sizeof(char16_t));

@@ -13,16 +13,28 @@ namespace vx::util {
 
 /// What the read-write buffers of both widths own: `Unit`s from the C runtime's allocator in steps of 16. Data and length
 /// are atomic because a locked buffer tells them without its lock.
+///
+/// The first storage may lie elsewhere, behind the buffer that has it: short text is then one piece of memory, which is
+/// quicker to get and to come to. Who needs more moves to storage of its own.
 template <class Unit>
 class BufferStorage {
 public:
+    /// The most units that are worth to lie behind a buffer, where they stay unused once the text has moved.
+    static constexpr int MOST_BEHIND = 64;
+
     BufferStorage() noexcept = default;
+    /// Works in `units` units of `place`, a number that `adjust` gave. They outlive this storage.
+    BufferStorage(Unit* place, int units) noexcept
+        : m_data(place)
+        , m_capacity(units | IS_BORROWED)
+    {
+    }
     BufferStorage(const BufferStorage&) = delete;
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
 
     Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
-    int capacity() const noexcept { return m_capacity; }
+    int capacity() const noexcept { return m_capacity & ~IS_BORROWED; }
     int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
     void setLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
 
@@ -42,13 +54,14 @@ public:
     {
         if (capacity <= 0)
             return free();
-        if (adjust(capacity) != m_capacity)
+        if (adjust(capacity) != this->capacity())
             resize(capacity);
     }
 
     void free() noexcept
     {
-        VXMemFree(data());
+        if (!isBorrowed())
+            VXMemFree(data());
         setData(nullptr);
         m_capacity = 0;
         setLength(0);
@@ -56,13 +69,13 @@ public:
 
     void ensure(int minimum)
     {
-        if (m_capacity < minimum)
+        if (capacity() < minimum)
             realloc(minimum);
     }
 
     /// The same capacity and the units in it; a length that was told beyond the capacity has none there.
     void assign(const BufferStorage& other) { assign(other.data(), other.held(), other.capacity()); }
-    int held() const noexcept { return std::min(length(), m_capacity); }
+    int held() const noexcept { return std::min(length(), capacity()); }
 
     void assign(const Unit* source, int length, int capacity)
     {
@@ -76,15 +89,26 @@ public:
 private:
     static constexpr std::int64_t LARGEST = 0x7FFFFFFF;
 
+    /// A flag in a number that is a multiple of 16.
+    static constexpr int IS_BORROWED = 1;
+
+    bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
     void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
 
     void resize(int capacity)
     {
         const std::int64_t units = adjust(capacity);
-        void* memory
-            = units <= LARGEST ? VXMemRealloc(data(), static_cast<std::size_t>(units) * sizeof(Unit)) : nullptr;
+        if (isBorrowed() && units <= this->capacity()) {
+            m_capacity = static_cast<int>(units) | IS_BORROWED;
+            return;
+        }
+        void* memory = units <= LARGEST
+            ? VXMemRealloc(isBorrowed() ? nullptr : data(), static_cast<std::size_t>(units) * sizeof(Unit))
+            : nullptr;
         if (memory == nullptr)
             throwBadAllocation();
+        if (isBorrowed())
+            std::memcpy(memory, data(), static_cast<std::size_t>(this->capacity()) * sizeof(Unit));
         setData(static_cast<Unit*>(memory));
         m_capacity = static_cast<int>(units);
     }

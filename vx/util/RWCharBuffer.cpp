@@ -21,6 +21,11 @@ RWCharBuffer::RWCharBuffer(const RWCharBuffer& other)
     m_storage.assign(other.m_storage);
 }
 
+RWCharBuffer::RWCharBuffer(char16_t* place, int units) noexcept
+    : m_storage(place, units)
+{
+}
+
 RWCharBuffer& RWCharBuffer::operator=(const RWCharBuffer& other)
 {
     if (this == &other)

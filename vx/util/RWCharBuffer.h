@@ -41,6 +41,8 @@ protected:
 private:
     friend class vx::detail::PlainBuffer;
 
+    RWCharBuffer(char16_t* place, int units) noexcept;
+
     BufferStorage<char16_t> m_storage;
 };
 
