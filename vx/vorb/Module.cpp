@@ -3,9 +3,9 @@
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/sync/ScopedLock.h"
+#include "vx/util/Guid.h"
 #include "vx/util/RegistryKey.h"
 #include "vx/vorb/Boundary.h"
-#include "vxsys/Component.h"
 #include "vxsys/Module.h"
 
 #include <concepts>
@@ -42,11 +42,7 @@ const char16_t* textOf(TextFunction function)
 
 String identifierOf(const ClassData& row)
 {
-    constexpr std::int32_t ROOM = 39;
-
-    char16_t text[ROOM];
-    throwIfFailed(VXComStringFromGUID(row.classId, text, ROOM));
-    return text;
+    return util::Guid(*row.classId).toString();
 }
 
 void setEntry(const String& key, const String& text)
@@ -113,20 +109,20 @@ std::int32_t Module::RegisterServer(const void* module)
 std::int32_t Module::RegisterClassEntry(ClassData& row, const char16_t*)
 {
     return atBoundary([&] {
-        const String progId(textOf(row.progId));
-        const char16_t* general = textOf(row.versionIndependentProgId);
+        const char16_t* const name = textOf(row.progId);
+        const String progId(name);
         const String description(textOf(row.description));
         const String classId = identifierOf(row);
         const String classKey = CLASSES_KEY + classId;
 
-        if (textOf(row.progId) != nullptr) {
+        if (name != nullptr) {
             setEntry(progId, description);
             setEntry(progId + u"\\CLSID", classId);
         }
         setEntry(classKey, progId);
         if (!progId.isEmpty())
             setEntry(classKey + u"\\ProgID", progId);
-        if (general != nullptr) {
+        if (const char16_t* const general = textOf(row.versionIndependentProgId)) {
             setEntry(general, description);
             setEntry(String(general) + u"\\CLSID", classId);
             setEntry(String(general) + u"\\CurVer", progId);
@@ -138,10 +134,10 @@ std::int32_t Module::RegisterClassEntry(ClassData& row, const char16_t*)
 std::int32_t Module::UnregisterClassEntry(ClassData& row)
 {
     return atBoundary([&] {
-        if (const char16_t* progId = textOf(row.progId))
+        if (const char16_t* const progId = textOf(row.progId))
             removeEntry(progId);
         removeEntry(CLASSES_KEY + identifierOf(row));
-        if (const char16_t* general = textOf(row.versionIndependentProgId))
+        if (const char16_t* const general = textOf(row.versionIndependentProgId))
             removeEntry(general);
     });
 }
