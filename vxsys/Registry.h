@@ -56,8 +56,9 @@ VXSYS_API std::int32_t VXRegistryDeleteKey(ENUM_VX_HKEY hive, const char16_t* ke
 /// RESULT_INVALID_ARGUMENT. `data` may be null for no bytes.
 VXSYS_API std::int32_t VXRegistrySetValue(ENUM_VX_HKEY hive, const char16_t* key, const char16_t* name,
     ENUM_VX_REG_TYPE type, const void* data, std::int32_t length) noexcept;
-/// Reads a value. Each out-parameter may be null, `length` only with `data`. `*length` is the room and becomes the length;
-/// RESULT_BUFFER_TOO_SMALL where the value is longer, with its type and length told and `data` as it was.
+/// Reads a value. Each out-parameter may be null, `length` only with `data`. `*length` is the room and becomes the length,
+/// 0 where there is no value to read; RESULT_BUFFER_TOO_SMALL where it is longer, with its type and length told and `data`
+/// as it was.
 VXSYS_API std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const char16_t* name,
     ENUM_VX_REG_TYPE* type, void* data, std::int32_t* length) noexcept;
 VXSYS_API std::int32_t VXRegistryDeleteValue(ENUM_VX_HKEY hive, const char16_t* key, const char16_t* name) noexcept;

@@ -271,8 +271,10 @@ void RegistryKey::setValue(const String& name, ENUM_VX_REG_TYPE type, const void
 
 std::int32_t RegistryKey::tryGetValue(const String& name, ENUM_VX_REG_TYPE type, void* data, std::int32_t& length) const
 {
-    if (!detail::isRegistryText(m_key) || !detail::isRegistryText(name))
+    if (!detail::isRegistryText(m_key) || !detail::isRegistryText(name)) {
+        length = 0;
         return RESULT_INVALID_NAME;
+    }
     ENUM_VX_REG_TYPE found {};
     const std::int32_t result = VXRegistryGetValue(m_hive, m_key.getData(), name.getData(), &found, data, &length);
     if (!failed(result) && found != type)

@@ -60,8 +60,8 @@ public:
     String getValueString(const String& name) const;
     std::uint32_t getValueUINT32(const String& name) const;
     std::uint64_t getValueUINT64(const String& name) const;
-    /// Reads bytes into `data` of `length` and gives their number. Where the value cannot be read nothing is thrown, and
-    /// where it has more bytes their number is the answer, and `data` stays as it was.
+    /// Reads bytes into `data` of `length` and gives their number. Where the value cannot be read nothing is thrown but 0
+    /// given, and where it has more bytes their number is the answer, and `data` stays as it was.
     std::int32_t getValue(const String& name, signed char* data, std::int32_t length) const;
     std::int32_t getValue(signed char* data, std::int32_t length) const;
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <utility>
 
 /// Owns what the elements refer to.
 struct VXRegistryEnumTag {
@@ -128,13 +129,13 @@ std::int32_t giveName(std::u16string_view source, char16_t* name, std::int32_t* 
 }
 
 /// False where `data`, if it is asked for, has no room for the value.
-bool giveData(const RegistryValue& value, ENUM_VX_REG_TYPE* type, void* data, std::int32_t* length) noexcept
+bool giveData(
+    const RegistryValue& value, ENUM_VX_REG_TYPE* type, void* data, std::int32_t room, std::int32_t* length) noexcept
 {
     if (type != nullptr)
         *type = value.type;
     if (length == nullptr)
         return true;
-    const std::int32_t room = *length;
     *length = static_cast<std::int32_t>(value.data.size());
     if (data == nullptr)
         return true;
@@ -195,6 +196,7 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
 {
     if (name == nullptr || (data != nullptr && length == nullptr))
         return RESULT_INVALID_ARGUMENT;
+    const std::int32_t room = length != nullptr ? std::exchange(*length, 0) : 0;
     return guarded([&] {
         RegistryPath path;
         std::u16string units;
@@ -207,7 +209,7 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
         const RegistryValue* value = record.find(name);
         if (value == nullptr)
             return RESULT_NOT_FOUND;
-        return giveData(*value, type, data, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
+        return giveData(*value, type, data, room, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
     });
 }
 
@@ -295,7 +297,8 @@ std::int32_t VXRegistryEnumNextValue(VXRegistryEnum handle, char16_t* name, std:
     if (failed(result))
         return result;
     ++handle->position;
-    return giveData(value, type, data, dataLength) ? RESULT_OK : RESULT_FALSE;
+    const std::int32_t room = dataLength != nullptr ? *dataLength : 0;
+    return giveData(value, type, data, room, dataLength) ? RESULT_OK : RESULT_FALSE;
 }
 
 std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept

@@ -139,6 +139,8 @@ TEST_F(RegistryKeys, TellsWhatFails)
     for (const auto& [work, thrown] : cases)
         EXPECT_EQ(thrownBy(work), thrown);
     EXPECT_EQ(m_key.getValue(u"n", bytes, 2), 4) << "only the length tells";
+    EXPECT_EQ(m_key.getValue(u"none", bytes, 2), 0);
+    EXPECT_EQ(m_key.getValue(zero, bytes, 2), 0);
     EXPECT_TRUE(m_key.valueExists(u"N"));
     EXPECT_FALSE(m_key.valueExists(zero) || m_key.getSubkey(u"a").valueExists(u"n"));
 }
