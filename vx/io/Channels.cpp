@@ -1,6 +1,5 @@
 #include "vx/io/Channels.h"
 
-#include "vx/Exceptions.h"
 #include "vx/io/detail/ChannelBoundary.h"
 #include "vx/util/CopyCharBuffer.h"
 
@@ -29,14 +28,6 @@ int moveOver(ByteBuffer& buffer, std::int32_t count)
     return count;
 }
 
-template <class Stream>
-Stream& usable(const Reference<Stream>& stream)
-{
-    if (stream == nullptr)
-        throw UnsupportedOperationException();
-    return *stream;
-}
-
 class IoStreamChannel final : public Object, public IInheritableChannel, public vorb::IVXChannel {
 public:
     IoStreamChannel(InputStream* input, OutputStream* output, const String& id)
@@ -58,12 +49,12 @@ public:
     int read(ByteBuffer& buffer) override
     {
         signed char* const target = buffer.getBuffer() + buffer.getPosition();
-        return moveOver(buffer, usable(m_input).read(target, remainingOf(buffer)));
+        return moveOver(buffer, detail::usable(m_input).read(target, remainingOf(buffer)));
     }
     int write(ByteBuffer& buffer) override
     {
         const std::int32_t count = remainingOf(buffer);
-        usable(m_output).write(buffer.getConstBuffer() + buffer.getPosition(), count);
+        detail::usable(m_output).write(buffer.getConstBuffer() + buffer.getPosition(), count);
         return moveOver(buffer, count);
     }
     String getInheritanceId() override
@@ -109,19 +100,19 @@ public:
     int read(ByteBuffer& buffer) override
     {
         std::int32_t count = remainingOf(buffer);
-        throwIfFailed(m_channel->Read(buffer.getBuffer() + buffer.getPosition(), &count));
+        throwIfFailed(detail::usable(m_channel).Read(buffer.getBuffer() + buffer.getPosition(), &count));
         return moveOver(buffer, count);
     }
     int write(ByteBuffer& buffer) override
     {
         std::int32_t count = remainingOf(buffer);
-        throwIfFailed(m_channel->Write(buffer.getConstBuffer() + buffer.getPosition(), &count));
+        throwIfFailed(detail::usable(m_channel).Write(buffer.getConstBuffer() + buffer.getPosition(), &count));
         return moveOver(buffer, count);
     }
     String getInheritanceId() override
     {
         const Reference<String> id(new String); // a component may count what it is handed
-        throwIfFailed(m_channel->GetInheritanceId(id.get()));
+        throwIfFailed(detail::usable(m_channel).GetInheritanceId(id.get()));
         return *id;
     }
 

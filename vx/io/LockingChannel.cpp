@@ -1,5 +1,7 @@
 #include "vx/io/LockingChannel.h"
 
+#include "vx/io/detail/ChannelBoundary.h"
+
 namespace vx::io {
 
 LockingChannel::LockingChannel(IChannel* channel, const char* name)
@@ -27,12 +29,12 @@ void LockingChannel::signal()
 
 int LockingChannel::read(ByteBuffer& buffer)
 {
-    return m_channel->read(buffer);
+    return detail::usable(m_channel).read(buffer);
 }
 
 int LockingChannel::write(ByteBuffer& buffer)
 {
-    return m_channel->write(buffer);
+    return detail::usable(m_channel).write(buffer);
 }
 
 } // namespace vx::io

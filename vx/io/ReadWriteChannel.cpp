@@ -21,12 +21,12 @@ const vx::vorb::InterfaceData* ReadWriteChannel::GetComIntfMap()
 
 int ReadWriteChannel::read(ByteBuffer& buffer)
 {
-    return m_reader->read(buffer);
+    return detail::usable(m_reader).read(buffer);
 }
 
 int ReadWriteChannel::write(ByteBuffer& buffer)
 {
-    return m_writer->write(buffer);
+    return detail::usable(m_writer).write(buffer);
 }
 
 std::int32_t ReadWriteChannel::Read(signed char* bytes, std::int32_t* length)

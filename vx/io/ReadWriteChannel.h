@@ -7,7 +7,8 @@
 
 namespace vx::io {
 
-/// A channel made of two halves, which are counted. A derived class says how it is named to another process.
+/// A channel made of two halves, which are counted; a null one makes its direction one that is not supported. A derived
+/// class says how it is named to another process.
 class VX_API ReadWriteChannel : public Object, public IChannel, public vorb::IVXChannel {
 public:
     ReadWriteChannel(IReadChannel* reader, IWriteChannel* writer);

@@ -45,6 +45,8 @@ TEST(Channels, MoveBytesOfStreams)
     ByteBuffer readOnly(reinterpret_cast<const signed char*>("ab"), 2, VX_ENDIAN_LITTLE);
     EXPECT_THROW(channel->read(readOnly), ReadOnlyException);
     EXPECT_THROW(Channels::adaptStreams(nullptr, nullptr)->read(buffer), UnsupportedOperationException);
+    EXPECT_THROW(Channels::adaptVorbWithInheritance(nullptr), UnsupportedOperationException);
+    EXPECT_THROW(LockingChannel(nullptr, nullptr).write(buffer), UnsupportedOperationException);
 }
 
 TEST(ReadWriteChannel, IsAComponentOfItsHalves)
@@ -76,6 +78,8 @@ TEST(ReadWriteChannel, IsAComponentOfItsHalves)
     }
     EXPECT_EQ(face->Read(bytes, &length), RESULT_INVALID_ARGUMENT);
     EXPECT_EQ(face->Write(nullptr, &length), RESULT_POINTER);
+    length = 0;
+    EXPECT_EQ(face->Write(nullptr, &length), RESULT_OK) << "nothing, from nowhere";
     const Reference<IVXChannel> failing(static_cast<IReadChannel*>(writer.get()));
     length = 8;
     EXPECT_EQ(failing->Read(bytes, &length), RESULT_OUT_OF_MEMORY);

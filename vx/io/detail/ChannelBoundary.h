@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vx/Exceptions.h"
+#include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/io/ByteBuffer.h"
 #include "vx/io/IChannel.h"
@@ -9,12 +11,21 @@
 
 namespace vx::io::detail {
 
+/// What a channel was made of; UnsupportedOperationException where that was null.
+template <class Part>
+Part& usable(const Reference<Part>& part)
+{
+    if (part == nullptr)
+        throw UnsupportedOperationException();
+    return *part;
+}
+
 /// `Read` or `Write` of a component through the class operation, which gets the bytes as a buffer.
 template <class Byte, class Channel, class... Access>
 std::int32_t throughBuffer(
     Channel& channel, int (Channel::*operation)(ByteBuffer&), Byte* bytes, std::int32_t* length, Access... readOnly)
 {
-    if (bytes == nullptr || length == nullptr)
+    if (length == nullptr || (bytes == nullptr && *length != 0))
         return RESULT_POINTER;
     const std::int32_t room = *length;
     if (room < 0)
