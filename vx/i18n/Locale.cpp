@@ -105,7 +105,7 @@ std::int32_t LocaleFace::GetDisplayNameLoc(IVXCharBuffer* text, IVXLocale* inLoc
 
 std::int32_t LocaleFace::ToString(IVXCharBuffer* text)
 {
-    return give(text, static_cast<Locale&>(*this).toString());
+    return give(text, static_cast<Locale&>(*this).Locale::toString()); // whatever a derived class prints
 }
 
 Locale::Locale(const char16_t* language, const char16_t* country, const char16_t* variant)
