@@ -59,14 +59,12 @@ int StringTokenizer::skipDelims(int start) const
 int StringTokenizer::scanToken(int start) const
 {
     const int length = m_text.getLength();
-    if (start >= length)
-        return start;
     int end = start;
     while (end < length && !isDelimiter(end))
         ++end;
-    if (m_returnDelimiters && end == start)
-        return end + 1;
-    return end < length ? end : length + 1;
+    if (start < length && end == length)
+        ++end;
+    return m_returnDelimiters && end == start ? end + 1 : end;
 }
 
 bool StringTokenizer::isDelimiter(int index) const
