@@ -57,6 +57,11 @@ VXSYS_API std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32
 /// One system write; `*done` may be less than `length`. A closed pipe or connection is a result, never a signal.
 VXSYS_API std::int32_t VXFileWrite(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
+/// RESULT_OK for a regular file, RESULT_FALSE for a device, a pipe or a connection.
+VXSYS_API std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept;
+/// `VXFileWrite` to a regular file: nobody can close the other end of it, so the system is not asked first what it is.
+VXSYS_API std::int32_t VXFileWriteRegular(
+    std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
 /// Moves to the end, and tells where that is. What has no position, a pipe or a terminal, is always at its end: -1.
 VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept;
 /// Where the next byte is read or written; -1 for what has no position.

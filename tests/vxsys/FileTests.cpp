@@ -40,7 +40,8 @@ public:
     std::int32_t write(std::string_view text) const
     {
         std::int32_t done = 0;
-        const std::int32_t result = VXFileWrite(m_handle, text.data(), static_cast<std::int32_t>(text.size()), &done);
+        const auto put = VXFileIsRegular(m_handle) == RESULT_OK ? VXFileWriteRegular : VXFileWrite;
+        const std::int32_t result = put(m_handle, text.data(), static_cast<std::int32_t>(text.size()), &done);
         return failed(result) ? result : done;
     }
 
@@ -110,6 +111,7 @@ TEST(File, TellsOfAClosedPeerByNoSignalOfItsOwn)
         ASSERT_EQ(isSocket ? ::socketpair(AF_UNIX, SOCK_STREAM, 0, ends) : ::pipe(ends), 0);
         ::close(ends[0]);
         std::int32_t done = 9;
+        EXPECT_EQ(VXFileIsRegular(static_cast<std::uint32_t>(ends[1])), RESULT_FALSE);
         EXPECT_EQ(VXFileWrite(static_cast<std::uint32_t>(ends[1]), "x", 1, &done), code(0x8007006D)) << round;
         EXPECT_EQ(done, 0);
         ::close(ends[1]);

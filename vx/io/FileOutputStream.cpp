@@ -218,6 +218,7 @@ void FileOutputStream::openAgain()
 void FileOutputStream::setHandle(std::uint32_t handle)
 {
     m_handle = handle;
+    m_isRegular = VXFileIsRegular(handle) == RESULT_OK;
     if (m_semaphore && failed(VXFileGetIdentity(handle, &m_identity)))
         m_identity = {};
 }
@@ -250,9 +251,10 @@ void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length,
     std::optional<detail::EntryNote> note;
     if (m_semaphore && end != NO_POSITION)
         note.emplace(guarded(), end, length);
+    const auto put = m_isRegular ? VXFileWriteRegular : VXFileWrite;
     while (length > 0) {
         std::int32_t done = 0;
-        throwIfFailed(VXFileWrite(m_handle, bytes, length, &done));
+        throwIfFailed(put(m_handle, bytes, length, &done));
         if (done == 0) // a device that takes no more and does not say so
             throwResult(RESULT_DISK_FULL);
         bytes += done;

@@ -107,6 +107,7 @@ private:
     Reference<ipc::SemaphoreR> m_semaphore;
     Reference<sync::Mutex> m_mutex;
     VXFileIdentity m_identity {}; ///< of a file with a semaphore
+    bool m_isRegular = false; ///< known of a file that was opened here
 };
 
 } // namespace vx::io

@@ -94,26 +94,49 @@ private:
     bool m_wasWaiting;
 };
 
-/// `write` that never raises SIGPIPE. Gives the bytes written; `*error` is the native error after -1.
+/// `write`, for what raises no SIGPIPE. Gives the bytes written; `*error` is the native error after -1.
+ssize_t writePlain(int descriptor, const void* source, std::size_t length, int* error) noexcept
+{
+    const ssize_t written = retryOnSignal([&] { return ::write(descriptor, source, length); });
+    *error = errno;
+    return written;
+}
+
+/// `write` that never raises SIGPIPE, whatever stands behind the descriptor.
 ssize_t writeWithoutSignal(int descriptor, const void* source, std::size_t length, int* error) noexcept
 {
     struct stat status;
     ssize_t written = ::fstat(descriptor, &status);
     if (written == 0) {
-        const auto write = [&] { return ::write(descriptor, source, length); };
-        if (S_ISREG(status.st_mode)) {
-            written = retryOnSignal(write);
-        } else if (S_ISSOCK(status.st_mode)) {
-            written = retryOnSignal([&] { return ::send(descriptor, source, length, MSG_NOSIGNAL); });
-        } else {
+        if (S_ISREG(status.st_mode))
+            return writePlain(descriptor, source, length, error);
+        if (!S_ISSOCK(status.st_mode)) {
             const PipeSignalShield shield;
-            written = retryOnSignal(write);
-            *error = errno;
-            return written;
+            return writePlain(descriptor, source, length, error);
         }
+        written = retryOnSignal([&] { return ::send(descriptor, source, length, MSG_NOSIGNAL); });
     }
     *error = errno;
     return written;
+}
+
+/// A write by `put`, one of the two above.
+template <class Put>
+std::int32_t writeBy(
+    Put put, std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
+{
+    if (done == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *done = 0;
+    if (length < 0 || (source == nullptr && length != 0))
+        return RESULT_INVALID_ARGUMENT;
+
+    int error = 0;
+    const ssize_t written = put(descriptorOf(handle), source, static_cast<std::size_t>(length), &error);
+    if (written == -1)
+        return VXResultFromNative(error);
+    *done = static_cast<std::int32_t>(written);
+    return RESULT_OK;
 }
 
 } // namespace
@@ -180,18 +203,21 @@ std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32_t length,
 
 std::int32_t VXFileWrite(std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
 {
-    if (done == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    *done = 0;
-    if (length < 0 || (source == nullptr && length != 0))
-        return RESULT_INVALID_ARGUMENT;
+    return writeBy(writeWithoutSignal, handle, source, length, done);
+}
 
-    int error = 0;
-    const ssize_t written = writeWithoutSignal(descriptorOf(handle), source, static_cast<std::size_t>(length), &error);
-    if (written == -1)
-        return VXResultFromNative(error);
-    *done = static_cast<std::int32_t>(written);
-    return RESULT_OK;
+std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept
+{
+    struct stat status;
+    if (::fstat(descriptorOf(handle), &status) != 0)
+        return VXResultFromNative(errno);
+    return S_ISREG(status.st_mode) ? RESULT_OK : RESULT_FALSE;
+}
+
+std::int32_t VXFileWriteRegular(
+    std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
+{
+    return writeBy(writePlain, handle, source, length, done);
 }
 
 std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept
