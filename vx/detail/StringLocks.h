@@ -89,6 +89,17 @@ public:
         return new (memory) util::RWCharBuffer(place, units);
     }
 
+    /// The same of a string's buffer.
+    static bool read(const String& text, std::u16string_view* units) noexcept
+    {
+        const char16_t* data = nullptr;
+        int length = 0;
+        if (!read(*text.m_buffer, &data, &length))
+            return false;
+        *units = {data, static_cast<std::size_t>(std::max(length - 1, 0))};
+        return true;
+    }
+
     /// A new buffer with count 0 that holds `length` units and the terminator, in room for no less than `capacity`.
     static util::RWCharBuffer* copyOf(const char16_t* text, int length, int capacity = 0)
     {

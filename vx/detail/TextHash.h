@@ -7,7 +7,7 @@
 namespace vx::detail {
 
 /// The hash of text keys: `hash * 37 + unit` over units a step apart, so that no more than 63 of them are read.
-inline std::uint32_t hashText(const char16_t* text, int length, bool ignoreCase) noexcept
+constexpr std::uint32_t hashText(const char16_t* text, int length, bool ignoreCase) noexcept
 {
     const int step = (length - 32) / 32 + 1;
     std::uint32_t hash = 0;

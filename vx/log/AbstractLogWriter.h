@@ -11,6 +11,8 @@ class AbstractLogWriter;
 
 namespace detail {
 
+class EntryText;
+
 /// The processor interface of `AbstractLogWriter`, apart from it so that the operation takes no slot among the class's.
 class VX_API LogWriterFace : public ILogProcessor {
 public:
@@ -40,6 +42,12 @@ protected:
 
     /// The writer is counted as long as this object lives.
     explicit AbstractLogWriter(io::Writer* writer);
+    /// Appends what `format` gives.
+    using Print = void (*)(const AbstractLogWriter& self, const ILogEntry& entry, detail::EntryText& text);
+    /// For a class whose `format` nobody overrides: its entries take no String.
+    AbstractLogWriter(io::Writer* writer, Print print);
+    /// `format` by `print`.
+    String formatByPrint(const ILogEntry* entry) const;
 
     io::Writer& getWriter() const noexcept { return *m_writer; }
 
@@ -47,6 +55,7 @@ private:
     friend class detail::LogWriterFace;
 
     Reference<io::Writer> m_writer;
+    const Print m_print = nullptr;
 };
 
 } // namespace vx::log

@@ -15,6 +15,7 @@ protected:
 
 private:
     explicit BasicLogWriter(io::Writer* writer);
+    static void print(const AbstractLogWriter& self, const ILogEntry& entry, detail::EntryText& text);
 };
 
 } // namespace vx::log

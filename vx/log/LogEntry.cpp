@@ -1,14 +1,22 @@
 #include "vx/log/LogEntry.h"
 
 #include "vx/Exception.h"
+#include "vx/NumberBoxes.h"
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/collections/Set.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
+#include "vx/log/TimeStamp.h"
+#include "vx/log/detail/EntryText.h"
 #include "vx/log/detail/FieldIterator.h"
 #include "vx/log/detail/FieldOrder.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
 
 namespace vx::log {
 
@@ -20,11 +28,31 @@ void checkName(const char16_t* name)
         throwResult(RESULT_INVALID_ARGUMENT);
 }
 
+constexpr std::u16string_view nameOf(const STRUCT_VX_STR_LIT_INFO& row) noexcept
+{
+    return {row.text, static_cast<std::size_t>(row.length)};
+}
+
 } // namespace
 
-LogEntry::LogEntry()
+constexpr std::array<STRUCT_VX_STR_LIT_INFO, LogEntry::LOGGER_FIELD_COUNT> LogEntry::LOGGER_FIELD_NAMES
+    = {literal(u"sequence"), literal(u"thread"), literal(u"name"), literal(u"timestamp"), literal(u"level"),
+        literal(u"text")};
+
+LogEntry::LogEntry(const Facts& facts) noexcept
+    : m_facts(facts)
 {
-    m_fields.reserve(FEW / 2);
+}
+
+void* LogEntry::operator new(std::size_t bytes, Room room)
+{
+    static_assert(alignof(LogEntry) >= alignof(char16_t));
+    return vxsys::allocate(bytes + room.units * sizeof(char16_t));
+}
+
+void LogEntry::operator delete(void* memory, Room) noexcept
+{
+    vxsys::deallocate(memory);
 }
 
 Reference<LogEntry> LogEntry::create()
@@ -39,13 +67,18 @@ const vx::vorb::InterfaceData* LogEntry::GetComIntfMap()
     return map;
 }
 
-LogEntry::~LogEntry() noexcept = default;
+LogEntry::~LogEntry() noexcept
+{
+    dropValues();
+}
 
 void LogEntry::setField(const String& name, const Object* value)
 {
     Reference<Object> held(const_cast<Object*>(value)); // given out as constant only
     if (m_map == nullptr) {
         const std::u16string_view text = name.view();
+        if (m_facts.fields != 0 && (isOfLogger(text) || m_fields.size() + LOGGER_FIELD_COUNT >= FEW))
+            spread();
         for (Field& field : m_fields) {
             if (field.name.view() == text) {
                 field.value = std::move(held);
@@ -53,7 +86,9 @@ void LogEntry::setField(const String& name, const Object* value)
             }
         }
         if (m_fields.size() < FEW) {
-            append(name, std::move(held));
+            if (m_fields.empty())
+                m_fields.reserve(FEW / 2);
+            m_fields.emplace_back(name, std::move(held));
             return;
         }
         m_map = createMap();
@@ -80,14 +115,123 @@ Reference<const collections::Set<String>> LogEntry::getFieldNames() const
     return (m_map != nullptr ? m_map : createMap())->createKeySet();
 }
 
-void LogEntry::append(const String& name, Reference<Object> value)
+Reference<LogEntry> LogEntry::create(const Facts& facts, const String& text, const String& name)
 {
-    m_fields.emplace_back(name, std::move(value));
+    // Longer ones, and those in a buffer with a lock of its own, are shared.
+    constexpr std::size_t MOST_UNITS = 256;
+    const auto isCopied = [&](LoggerField field, const String& value, std::u16string_view* units) {
+        if (!facts.has(field))
+            return true;
+        if (vx::detail::PlainBuffer::read(value, units) && units->size() <= MOST_UNITS)
+            return true;
+        *units = {};
+        return false;
+    };
+    std::u16string_view textUnits;
+    std::u16string_view nameUnits;
+    const bool isTextCopied = isCopied(TEXT, text, &textUnits);
+    const bool isNameCopied = isCopied(NAME, name, &nameUnits);
+
+    Reference<LogEntry> entry(new (Room {textUnits.size() + nameUnits.size()}) LogEntry(facts));
+    entry->m_textUnits = static_cast<std::uint32_t>(textUnits.size());
+    entry->m_nameUnits = static_cast<std::uint32_t>(nameUnits.size());
+    auto* const room = reinterpret_cast<char16_t*>(entry.get() + 1);
+    textUnits.copy(room, textUnits.size());
+    nameUnits.copy(room + textUnits.size(), nameUnits.size());
+    if (!isTextCopied)
+        entry->m_values[TEXT] = Reference<Object>(new String(text)).detach();
+    if (!isNameCopied)
+        entry->m_values[NAME] = Reference<Object>(new String(name)).detach();
+    return entry;
+}
+
+std::u16string_view LogEntry::unitsOf(LoggerField field) const noexcept
+{
+    const auto* const room = reinterpret_cast<const char16_t*>(this + 1);
+    return field == TEXT ? std::u16string_view(room, m_textUnits)
+                         : std::u16string_view(room + m_textUnits, m_nameUnits);
+}
+
+bool LogEntry::isOfLogger(std::u16string_view name) noexcept
+{
+    return std::any_of(LOGGER_FIELD_NAMES.begin(), LOGGER_FIELD_NAMES.end(),
+        [&](const STRUCT_VX_STR_LIT_INFO& row) { return nameOf(row) == name; });
+}
+
+Object* LogEntry::valueOf(LoggerField field) const
+{
+    std::atomic<Object*>& place = m_values[field];
+    Object* value = place.load(std::memory_order_acquire);
+    if (value != nullptr)
+        return value;
+    Reference<Object> made = makeValue(field);
+    // Of two threads that ask first, one has made it in vain.
+    if (place.compare_exchange_strong(value, made.get(), std::memory_order_acq_rel, std::memory_order_acquire))
+        value = made.detach();
+    return value;
+}
+
+Reference<Object> LogEntry::makeValue(LoggerField field) const
+{
+    switch (field) {
+    case SEQUENCE:
+        return Reference<Object>(new Integer32(m_facts.sequence));
+    case THREAD:
+        return Reference<Object>(new UInteger32(m_facts.thread));
+    case TIMESTAMP:
+        return Reference<Object>(new TimeStamp(m_facts.time));
+    case LEVEL:
+        return Reference<Object>(new Integer32(m_facts.level));
+    default:
+        return Reference<Object>(new String(unitsOf(field)));
+    }
+}
+
+void LogEntry::print(LoggerField field, detail::EntryText& text) const
+{
+    switch (field) {
+    case SEQUENCE:
+        return text.appendNumber(m_facts.sequence);
+    case THREAD:
+        return text.appendNumber(m_facts.thread);
+    case TIMESTAMP:
+        return text.append(TimeStamp(m_facts.time).toString().view());
+    case LEVEL:
+        return text.appendNumber(m_facts.level);
+    default:
+        return text.append(unitsOf(field));
+    }
+}
+
+void LogEntry::spread()
+{
+    decltype(m_fields) all;
+    all.reserve(FEW);
+    for (const LoggerField field : ORDER_OF_SETTING) {
+        if (m_facts.has(field))
+            all.emplace_back(LOGGER_FIELD_NAMES[field], Reference<Object>(valueOf(field)));
+    }
+    all.insert(all.end(), m_fields.begin(), m_fields.end());
+    m_fields.swap(all);
+    m_facts.fields = 0;
+    dropValues();
+}
+
+void LogEntry::dropValues() noexcept
+{
+    for (std::atomic<Object*>& value : m_values) {
+        if (value.load(std::memory_order_relaxed) != nullptr)
+            Reference<Object>().attach(value.exchange(nullptr, std::memory_order_relaxed));
+    }
 }
 
 Reference<collections::StringHashMap> LogEntry::createMap() const
 {
     Reference<collections::StringHashMap> map(new collections::StringHashMap(101, 0.75F));
+    for (const LoggerField field : ORDER_OF_SETTING) {
+        if (m_facts.has(field))
+            map->put(LOGGER_FIELD_NAMES[field], valueOf(field));
+    }
     for (const Field& field : m_fields)
         map->put(field.name, field.value.get());
     return map;
@@ -97,6 +241,10 @@ Reference<Object> LogEntry::find(std::u16string_view name) const
 {
     if (m_map != nullptr)
         return m_map->get(name.data(), static_cast<int>(name.size()));
+    for (const LoggerField field : ORDER_OF_SETTING) {
+        if (m_facts.has(field) && nameOf(LOGGER_FIELD_NAMES[field]) == name)
+            return valueOf(field);
+    }
     for (const Field& field : m_fields) {
         if (field.name.view() == name)
             return field.value;
@@ -148,22 +296,61 @@ std::int32_t LogEntry::GetFieldIterator(vorb::IFieldIterator** out) const
 
 namespace detail {
 
-FieldOrder::FieldOrder(const ILogEntry& entry)
+namespace {
+
+constexpr std::uint32_t bucketOf(std::u16string_view name) noexcept
 {
     constexpr std::uint32_t BUCKETS = 101;
+    return vx::detail::hashText(name.data(), static_cast<int>(name.size()), false) % BUCKETS;
+}
 
-    const auto* own = dynamic_cast<const LogEntry*>(&entry);
-    if (own == nullptr || own->m_map != nullptr)
+} // namespace
+
+FieldOrder::FieldOrder(const ILogEntry& entry)
+{
+    if (!vx::detail::isExactly<LogEntry>(entry))
         return;
-    m_isKnown = true;
-    for (const LogEntry::Field& field : own->m_fields) {
+    const auto& own = static_cast<const LogEntry&>(entry);
+    if (own.m_map != nullptr)
+        return;
+    m_entry = &own;
+
+    // The buckets of a logger's fields from the last down, made once.
+    static constexpr auto OF_LOGGER = [] {
+        std::array<Row, LogEntry::LOGGER_FIELD_COUNT> rows {};
+        for (std::size_t index = 0; index < rows.size(); ++index) {
+            const LogEntry::LoggerField field = LogEntry::ORDER_OF_SETTING[index];
+            const std::u16string_view name = nameOf(LogEntry::LOGGER_FIELD_NAMES[field]);
+            rows[index] = {bucketOf(name), field, nullptr, name};
+        }
+        std::sort(
+            rows.begin(), rows.end(), [](const Row& left, const Row& right) { return left.bucket > right.bucket; });
+        return rows;
+    }();
+    for (const Row& row : OF_LOGGER) {
+        if (own.m_facts.has(row.field)) {
+            m_rows[m_size] = row;
+            m_rows[m_size++].value = own.m_values[row.field].load(std::memory_order_acquire);
+        }
+    }
+    for (const LogEntry::Field& field : own.m_fields) {
         const std::u16string_view name = field.name.view();
-        const std::uint32_t bucket = vx::detail::hashText(name.data(), static_cast<int>(name.size()), false) % BUCKETS;
+        const std::uint32_t bucket = bucketOf(name);
         Row* place = m_rows + m_size++;
         for (; place > m_rows && place[-1].bucket < bucket; --place)
             *place = place[-1];
-        *place = {bucket, &field.name, field.value.get()};
+        *place = {bucket, LogEntry::LOGGER_FIELD_COUNT, field.value.get(), name};
     }
+}
+
+void FieldOrder::print(const Row& row, EntryText& text) const
+{
+    if (row.value != nullptr)
+        text.append(row.value->toString().view());
+    else if (row.field != LogEntry::LOGGER_FIELD_COUNT)
+        m_entry->print(row.field, text);
+    else
+        throwResult(RESULT_END_OF_FILE); // as `getField` does
 }
 
 FieldIterator::FieldIterator(const collections::Set<String>& names)

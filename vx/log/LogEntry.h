@@ -7,8 +7,12 @@
 #include "vx/log/ILogEntry.h"
 #include "vx/log/vorb/ILogEntry.h"
 #include "vxsys/Memory.h"
+#include "vxsys/Time.h"
 
+#include <array>
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -16,8 +20,9 @@
 namespace vx::log {
 
 namespace detail {
+class EntryText;
 class FieldOrder;
-}
+} // namespace detail
 
 /// A log entry in both its faces. Field names are told apart by case.
 class VX_API LogEntry : public Object, public ILogEntry, public vorb::ILogEntry {
@@ -60,17 +65,60 @@ private:
 
     static constexpr std::size_t FEW = 12;
 
-    LogEntry();
+    /// The fields that a logger sets, in the order of its switches.
+    enum LoggerField : std::uint8_t { SEQUENCE, THREAD, NAME, TIMESTAMP, LEVEL, TEXT, LOGGER_FIELD_COUNT };
+    static constexpr LoggerField ORDER_OF_SETTING[] = {LEVEL, TEXT, SEQUENCE, THREAD, TIMESTAMP, NAME};
+    static const std::array<STRUCT_VX_STR_LIT_INFO, LOGGER_FIELD_COUNT> LOGGER_FIELD_NAMES;
 
-    /// For a name that is not there yet, while there are few.
-    void append(const String& name, Reference<Object> value);
+    /// What a logger tells of an entry. Only what belongs to the fields that are there has a meaning.
+    struct Facts {
+        std::uint32_t fields = 0; ///< a bit for each `LoggerField`
+        std::int32_t level = 0;
+        std::int32_t sequence = 0;
+        std::uint32_t thread = 0;
+        STRUCT_VX_TIME time {};
+
+        bool has(LoggerField field) const noexcept { return (fields >> field & 1) != 0; }
+    };
+
+    struct Room {
+        std::size_t units;
+    };
+
+    LogEntry() noexcept = default;
+    explicit LogEntry(const Facts& facts) noexcept;
+    static void* operator new(std::size_t bytes, Room room);
+    static void operator delete(void* memory, Room room) noexcept;
+    using Object::operator delete;
+    using Object::operator new;
+
+    /// With the fields that `facts` tells of; `text` and `name` are the values of two of them.
+    static Reference<LogEntry> create(const Facts& facts, const String& text, const String& name);
+    std::u16string_view unitsOf(LoggerField field) const noexcept;
+    static bool isOfLogger(std::u16string_view name) noexcept;
+
+    /// The value of a logger's field that is there, made when somebody asks for it. Not counted.
+    Object* valueOf(LoggerField field) const;
+    Reference<Object> makeValue(LoggerField field) const;
+    /// Appends what the value's `toString` gives.
+    void print(LoggerField field, detail::EntryText& text) const;
+    /// Makes plain fields of those of a logger.
+    void spread();
+    void dropValues() noexcept;
     Reference<collections::StringHashMap> createMap() const;
     /// Null where there is none.
     Reference<Object> find(std::u16string_view name) const;
 
-    /// In the order of setting. An entry lives for a moment: a map with its buckets would cost more than all else in it.
+    // An entry lives for a moment, and most are only ever printed: a map with its buckets, or an object for each value,
+    // would cost more than all else in it.
+    Facts m_facts;
+    // The units of TEXT, then those of NAME, stand behind the entry in its memory.
+    std::uint32_t m_textUnits = 0;
+    std::uint32_t m_nameUnits = 0;
+    mutable std::array<std::atomic<Object*>, LOGGER_FIELD_COUNT> m_values {}; ///< counted; null: not made yet
+    /// The fields that others set, in the order of setting.
     std::vector<Field, vxsys::Allocator<Field>> m_fields;
-    Reference<collections::StringHashMap> m_map; ///< instead of `m_fields` once these are no longer few
+    Reference<collections::StringHashMap> m_map; ///< instead of all that once these are no longer few
 };
 
 } // namespace vx::log

@@ -2,11 +2,14 @@
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/collections/Set.h"
+#include "vx/detail/TextRange.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/XmlLogWriter.h"
+#include "vx/log/detail/EntryText.h"
 #include "vx/log/detail/FieldOrder.h"
 
+#include <algorithm>
 #include <exception>
 #include <string_view>
 
@@ -14,28 +17,27 @@ namespace vx::log {
 
 namespace {
 
-/// Calls `take(name, value)` with each field of `entry`, in the order of its names.
+using detail::EntryText;
+using detail::FieldOrder;
+
+/// Calls `take(name, printValue)` with each field of `entry`, in the order of its names; `printValue` appends the value's
+/// text to an `EntryText`.
 template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
-    if (const detail::FieldOrder order(entry); order.isKnown()) {
-        for (const detail::FieldOrder::Row& row : order) {
-            if (row.value == nullptr)
-                throwResult(RESULT_END_OF_FILE); // as `getField` does
-            take(*row.name, row.value->toString());
-        }
+    if (const FieldOrder order(entry); order.isKnown()) {
+        for (const FieldOrder::Row& row : order)
+            take(row.name, [&](EntryText& text) { order.print(row, text); });
         return;
     }
     const Reference<const collections::Set<String>> names = entry.getFieldNames();
     const Reference<collections::ConstIterator<String>> each = names->createConstIterator();
     while (each->hasNext()) {
         const Reference<String> name = each->next();
-        take(*name, entry.getField(*name)->toString());
+        const String value = entry.getField(*name)->toString();
+        take(name->view(), [&](EntryText& text) { text.append(value.view()); });
     }
 }
-
-/// Holds most entries without growing, in units.
-constexpr int ENTRY_CAPACITY = 512;
 
 constexpr char16_t REPLACEMENT = 0xFFFD;
 
@@ -77,14 +79,12 @@ constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
     return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE;
 }
 
-String escape(const String& value)
+void escape(std::u16string_view text, EntryText& escaped)
 {
-    const std::u16string_view text = value.view();
-    String escaped(static_cast<int>(text.size()));
     std::size_t done = 0;
     const auto put = [&](std::size_t index, std::u16string_view instead) {
-        escaped.append(text.data() + done, static_cast<int>(index - done));
-        escaped.append(instead.data(), static_cast<int>(instead.size()));
+        escaped.append(text.substr(done, index - done));
+        escaped.append(instead);
         done = index + 1;
     };
     for (std::size_t index = 0; index < text.size(); ++index) {
@@ -93,8 +93,7 @@ String escape(const String& value)
         else if (isForbidden(text, index))
             put(index, {&REPLACEMENT, 1});
     }
-    escaped.append(text.data() + done, static_cast<int>(text.size() - done));
-    return escaped;
+    escaped.append(text.substr(done));
 }
 
 } // namespace
@@ -106,15 +105,39 @@ void LogWriterFace::process(const ILogEntry* entry)
     if (entry == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
     auto& self = static_cast<AbstractLogWriter&>(*this);
-    const String text = self.format(entry);
-    self.m_writer->write(text.view().data(), text.getLength());
+    if (self.m_print != nullptr) {
+        EntryText text;
+        self.m_print(self, *entry, text);
+        self.m_writer->write(text.data(), text.length());
+    } else {
+        const String text = self.format(entry);
+        self.m_writer->write(text.view().data(), text.getLength());
+    }
     self.flush();
+}
+
+void EntryText::grow(std::int64_t needed)
+{
+    if (needed > vx::detail::LONGEST_TEXT)
+        throwBadAllocation();
+    const std::int64_t capacity = std::max(needed, 2 * m_capacity);
+    util::RawArray<char16_t> larger = util::makeRawArray<char16_t>(capacity);
+    std::copy_n(m_data, m_length, larger.get());
+    m_long = std::move(larger);
+    m_data = m_long.get();
+    m_capacity = capacity;
 }
 
 } // namespace detail
 
 AbstractLogWriter::AbstractLogWriter(io::Writer* writer)
+    : AbstractLogWriter(writer, nullptr)
+{
+}
+
+AbstractLogWriter::AbstractLogWriter(io::Writer* writer, Print print)
     : m_writer(writer)
+    , m_print(print)
 {
     if (writer == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
@@ -127,8 +150,15 @@ void AbstractLogWriter::flush()
     m_writer->flush();
 }
 
+String AbstractLogWriter::formatByPrint(const ILogEntry* entry) const
+{
+    EntryText text;
+    m_print(*this, *entry, text);
+    return text.toString();
+}
+
 BasicLogWriter::BasicLogWriter(io::Writer* writer)
-    : AbstractLogWriter(writer)
+    : AbstractLogWriter(writer, &print)
 {
 }
 
@@ -141,19 +171,22 @@ Reference<ILogProcessor> BasicLogWriter::create(io::Writer* writer)
 
 String BasicLogWriter::format(const ILogEntry* entry)
 {
-    String text(ENTRY_CAPACITY);
-    forEachField(*entry, [&](const String& name, const String& value) {
+    return formatByPrint(entry);
+}
+
+void BasicLogWriter::print(const AbstractLogWriter&, const ILogEntry& entry, EntryText& text)
+{
+    forEachField(entry, [&](std::u16string_view name, auto printValue) {
         text.append(name);
         text.append(u'=');
-        text.append(value);
+        printValue(text);
         text.append(u'\n');
     });
     text.append(u"-------------------------\n");
-    return text;
 }
 
 XmlLogWriter::XmlLogWriter(io::Writer* writer, Values values)
-    : AbstractLogWriter(writer)
+    : AbstractLogWriter(writer, &print)
     , m_values(values)
 {
     getWriter().write(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
@@ -179,21 +212,29 @@ Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer, Values values)
 
 String XmlLogWriter::format(const ILogEntry* entry)
 {
-    String text(ENTRY_CAPACITY);
+    return formatByPrint(entry);
+}
+
+void XmlLogWriter::print(const AbstractLogWriter& self, const ILogEntry& entry, EntryText& text)
+{
+    const bool isEscaped = static_cast<const XmlLogWriter&>(self).m_values == Values::ESCAPED;
     text.append(u"  <entry>\n");
-    forEachField(*entry, [&](const String& name, const String& value) {
-        const int blank = name.indexOf(u' ');
-        const std::u16string_view closing = name.view().substr(0, static_cast<std::size_t>(blank)); // -1: all of it
+    forEachField(entry, [&](std::u16string_view name, auto printValue) {
         text.append(u"    <");
         text.append(name);
         text.append(u"> ");
-        text.append(m_values == Values::ESCAPED ? escape(value) : value);
+        if (isEscaped) {
+            EntryText value;
+            printValue(value);
+            escape({value.data(), static_cast<std::size_t>(value.length())}, text);
+        } else {
+            printValue(text);
+        }
         text.append(u" </");
-        text.append(closing.data(), static_cast<int>(closing.size()));
+        text.append(name.substr(0, name.find(u' ')));
         text.append(u">\n");
     });
     text.append(u"  </entry>\n");
-    return text;
 }
 
 } // namespace vx::log

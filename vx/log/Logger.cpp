@@ -1,14 +1,12 @@
 #include "vx/log/Logger.h"
 
-#include "vx/NumberBoxes.h"
+#include "vx/Exception.h"
+#include "vx/StringLiteral.h"
 #include "vx/exec/Thread.h"
 #include "vx/log/LogEntry.h"
-#include "vx/log/TimeStamp.h"
+#include "vxsys/Time.h"
 
 namespace vx::log {
-
-constexpr STRUCT_VX_STR_LIT_INFO Logger::FIELD_NAMES[] = {literal(u"sequence"), literal(u"thread"), literal(u"name"),
-    literal(u"timestamp"), literal(u"level"), literal(u"text")};
 
 namespace detail {
 
@@ -31,18 +29,15 @@ void LoggerFace::log(int level, const String& text)
 
 Logger::Logger()
     : m_processor(MultiProcessor::create())
+    , m_fields(1U << LogEntry::LEVEL | 1U << LogEntry::TEXT)
 {
-    for (std::size_t field = 0; field < FIELD_COUNT; ++field)
-        m_fieldNames[field] = String(FIELD_NAMES[field]);
-    m_fields[LEVEL] = true;
-    m_fields[TEXT] = true;
 }
 
 Logger::Logger(const String& name)
     : Logger()
 {
     m_name = name;
-    m_fields[NAME] = true;
+    m_fields |= 1U << LogEntry::NAME;
 }
 
 Logger::~Logger() noexcept = default;
@@ -64,9 +59,11 @@ Reference<ILogProcessor> Logger::createProcessor(const String&)
 
 void Logger::enableField(const String& name, bool enabled)
 {
-    for (int field = 0; field < FIELD_COUNT; ++field) {
-        if (name.equals(FIELD_NAMES[field].text, true))
-            m_fields[static_cast<std::size_t>(field)] = enabled;
+    std::uint32_t bit = 1;
+    for (const STRUCT_VX_STR_LIT_INFO& field : LogEntry::LOGGER_FIELD_NAMES) {
+        if (name.equals(field.text, true))
+            enabled ? m_fields.fetch_or(bit) : m_fields.fetch_and(~bit);
+        bit <<= 1;
     }
 }
 
@@ -101,18 +98,14 @@ bool Logger::isEnabled() const
 
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
 {
-    static_assert(FIELD_COUNT <= LogEntry::FEW);
-    Reference<LogEntry> entry = LogEntry::create();
-    const auto set = [&](Field field, auto makeValue) {
-        if (m_fields[field])
-            entry->append(m_fieldNames[field], Reference<Object>(makeValue()));
-    };
-    set(LEVEL, [&] { return new Integer32(level); });
-    set(TEXT, [&] { return new String(text); });
-    set(SEQUENCE, [&] { return new Integer32(m_sequence.load(std::memory_order_relaxed)); });
-    set(THREAD, [] { return new UInteger32(exec::Thread::getCurrentID()); });
-    set(TIMESTAMP, [] { return new TimeStamp(true); });
-    set(NAME, [&] { return new String(m_name); });
+    LogEntry::Facts facts {.fields = m_fields.load(std::memory_order_relaxed), .level = level};
+    if (facts.has(LogEntry::SEQUENCE))
+        facts.sequence = m_sequence.load(std::memory_order_relaxed);
+    if (facts.has(LogEntry::THREAD))
+        facts.thread = exec::Thread::getCurrentID();
+    if (facts.has(LogEntry::TIMESTAMP))
+        throwIfFailed(VXTimeGetLocal(&facts.time));
+    Reference<LogEntry> entry = LogEntry::create(facts, text, m_name);
     Reference<ILogEntry> result;
     result.attach(entry.detach());
     return result;

@@ -3,12 +3,10 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/String.h"
-#include "vx/StringLiteral.h"
 #include "vx/log/ILevelLogger.h"
 #include "vx/log/ILogger.h"
 #include "vx/log/MultiProcessor.h"
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -81,15 +79,11 @@ protected:
 private:
     friend class detail::LoggerFace;
 
-    enum Field { SEQUENCE, THREAD, NAME, TIMESTAMP, LEVEL, TEXT, FIELD_COUNT };
-    static const STRUCT_VX_STR_LIT_INFO FIELD_NAMES[FIELD_COUNT];
-
-    std::array<String, FIELD_COUNT> m_fieldNames; ///< made once, shared by all entries
     String m_name;
     bool m_isEnabled = true;
     Reference<MultiProcessor> m_processor;
     int m_defaultLevel = 0;
-    std::array<bool, FIELD_COUNT> m_fields {};
+    std::atomic<std::uint32_t> m_fields; ///< a bit for each of the six that is on
     std::atomic<std::int32_t> m_sequence {0};
 };
 

@@ -22,6 +22,7 @@ protected:
 
 private:
     XmlLogWriter(io::Writer* writer, Values values);
+    static void print(const AbstractLogWriter& self, const ILogEntry& entry, detail::EntryText& text);
 
     const Values m_values;
 };

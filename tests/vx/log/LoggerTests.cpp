@@ -5,6 +5,7 @@
 #include "vx/collections/List.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/ArrayList.h"
+#include "vx/exec/Thread.h"
 #include "vx/i18n/StringMapBundle.h"
 #include "vx/log/AbstractLogWriter.h"
 #include "vx/log/LogEntry.h"
@@ -20,6 +21,7 @@
 
 #include <set>
 #include <thread>
+#include <typeinfo>
 
 namespace vx::log {
 namespace {
@@ -91,7 +93,21 @@ TEST(Logger, PutsIntoEachEntryTheFieldsThatAreOn)
     EXPECT_EQ(namesOf(all), (Names {"level", "text", "sequence", "thread", "timestamp"}));
     EXPECT_EQ(fieldOf(all, u"level"), "3");
     EXPECT_EQ(fieldOf(all, u"sequence"), "1") << "the entry before it carried 0, unseen";
-    EXPECT_NE(dynamic_cast<const TimeStamp*>(all.getField(u"timestamp").get()), nullptr);
+    EXPECT_EQ(fieldOf(all, u"thread"), std::to_string(exec::Thread::getCurrentID()));
+    const struct {
+        const char16_t* name;
+        const std::type_info& type;
+    } types[] = {{u"level", typeid(Integer32)}, {u"text", typeid(String)}, {u"sequence", typeid(Integer32)},
+        {u"thread", typeid(UInteger32)}, {u"timestamp", typeid(TimeStamp)}};
+    for (const auto& row : types) {
+        Reference<const Object> ofThread;
+        std::thread other([&] { ofThread = all.getField(row.name); });
+        const Reference<const Object> value = all.getField(row.name);
+        other.join();
+        EXPECT_EQ(value, ofThread) << String(row.name);
+        const Object& object = *value;
+        EXPECT_TRUE(typeid(object) == row.type) << String(row.name);
+    }
 }
 
 TEST(Logger, CountsWhatItLogsOnlyAndStaysWholeWhenAProcessorThrows)

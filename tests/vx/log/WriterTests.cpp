@@ -49,25 +49,57 @@ TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
     EXPECT_EQ(writer->m_events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
 }
 
-/// Of one letter and of two, from the same few: names that meet in a bucket are among them.
+/// Adds fields of one letter and of two, from the same few, so that names meet in a bucket, and some that are its own.
+class Adding : public Logger {
+public:
+    explicit Adding(std::mt19937& random)
+        : Logger(String(u'n', static_cast<int>(random() % 400)))
+        , m_random(random)
+    {
+        for (const char16_t* field : {u"sequence", u"thread", u"name", u"timestamp", u"level", u"text"})
+            enableField(field, m_random() % 3 != 0);
+    }
+
+protected:
+    void addCustomFields(ILogEntry* entry) override
+    {
+        if (m_random() % 2 == 0 && entry->hasField(u"text"))
+            m_asked = entry->getField(u"text");
+        for (std::size_t count = m_random() % 16; count > 0; --count) {
+            std::string name(1 + m_random() % 2, 'a');
+            for (char& letter : name)
+                letter = static_cast<char>('a' + m_random() % 26);
+            if (m_random() % 40 == 0)
+                name = m_random() % 2 == 0 ? "text" : "level";
+            entry->setField(String(name), new String(u"x"));
+        }
+    }
+
+private:
+    std::mt19937& m_random;
+    Reference<const Object> m_asked;
+};
+
 TEST(BasicLogWriter, WritesTheFieldsInTheOrderOfTheirNames)
 {
     std::mt19937 random(8);
-    for (int round = 0; round < 300; ++round) {
-        const Reference<LogEntry> entry = LogEntry::create();
-        for (int count = 0; count < round % 20; ++count) {
-            std::string name(1 + random() % 2, 'a');
-            for (char& letter : name)
-                letter = static_cast<char>('a' + random() % 26);
-            entry->setField(String(name), new String(u"x"));
-        }
+    for (int round = 0; round < 400; ++round) {
+        const Reference<Logger> logger(new Adding(random));
+        Reference<RecordingProcessor> entries(new RecordingProcessor);
         Reference<RecordingWriter> writer(new RecordingWriter);
-        BasicLogWriter::create(writer.get())->process(entry.get());
+        logger->addProcessor(BasicLogWriter::create(writer.get()).get()); // before anybody has asked for the values
+        logger->addProcessor(entries.get());
+        logger->log(-round, String(u't', static_cast<int>(random() % 400)));
+
+        const ILogEntry& entry = *entries->entries()[0];
         std::string expected = "write(";
-        const auto names = entry->getFieldNames();
+        const auto names = entry.getFieldNames();
         for (const Reference<String>& name : *names)
-            expected += name->toUtf8() + "=x\n";
-        ASSERT_EQ(writer->m_events, expected + LINE + ") flush ") << "seed 8, round " << round;
+            expected += name->toUtf8() + "=" + fieldOf(entry, name->getData()) + "\n";
+        expected += LINE + std::string(") flush ");
+        ASSERT_EQ(writer->m_events, expected) << "seed 8, round " << round;
+        BasicLogWriter::create(writer.get())->process(&entry);
+        ASSERT_EQ(writer->m_events, expected + expected) << "seed 8, round " << round;
     }
     const Reference<LogEntry> entry = LogEntry::create();
     entry->setField(u"nothing", nullptr);
