@@ -1,6 +1,7 @@
 #include "vx/i18n/ComStringBundle.h"
 
 #include "vx/Exception.h"
+#include "vx/Result.h"
 #include "vx/collections/vorb/LinkedList.h"
 
 namespace vx::i18n {
@@ -9,6 +10,8 @@ ComStringBundle::ComStringBundle(IVXResourceBundle* component, Locale* locale)
     : StringBundle(locale)
     , m_component(component)
 {
+    if (component == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 ComStringBundle::~ComStringBundle() noexcept(false) = default;

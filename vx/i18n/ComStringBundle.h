@@ -8,7 +8,7 @@ namespace vx::i18n {
 /// The strings of a component. The first call of `getKeys` must not meet another one.
 class VX_API ComStringBundle : public StringBundle {
 public:
-    /// Both are counted; `locale` may be null.
+    /// Both are counted; `locale` may be null. Throws ResultException for a null `component`.
     ComStringBundle(IVXResourceBundle* component, Locale* locale);
     ~ComStringBundle() noexcept(false) override;
 

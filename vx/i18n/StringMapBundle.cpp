@@ -1,6 +1,7 @@
 #include "vx/i18n/StringMapBundle.h"
 
 #include "vx/Exception.h"
+#include "vx/Result.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/sync/ScopedLock.h"
@@ -14,6 +15,8 @@ StringMapBundle::StringMapBundle(const collections::StringHashMap* map, Locale* 
     , m_map(map)
     , m_lock("StringMapBundle::m_lock")
 {
+    if (map == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 StringMapBundle::~StringMapBundle() noexcept(false) = default;

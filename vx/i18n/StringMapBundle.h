@@ -12,7 +12,7 @@ namespace vx::i18n {
 /// The strings of a map in memory. It is read at each look-up, its keys only once: an index stays what it is.
 class VX_API StringMapBundle : public StringBundle {
 public:
-    /// Both are counted; the values of `map` are `String`s. `locale` may be null.
+    /// Both are counted; the values of `map` are `String`s. `locale` may be null. Throws ResultException for a null `map`.
     StringMapBundle(const collections::StringHashMap* map, Locale* locale);
     ~StringMapBundle() noexcept(false) override;
 

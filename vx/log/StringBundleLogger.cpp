@@ -1,5 +1,7 @@
 #include "vx/log/StringBundleLogger.h"
 
+#include "vx/Exception.h"
+#include "vx/Result.h"
 #include "vx/log/detail/Placeholders.h"
 
 namespace vx::log {
@@ -8,6 +10,8 @@ StringBundleLogger::StringBundleLogger(const i18n::StringBundle* bundle, ILevelL
     : m_target(target)
     , m_bundle(bundle)
 {
+    if (bundle == nullptr || target == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 StringBundleLogger::~StringBundleLogger() noexcept(false) = default;

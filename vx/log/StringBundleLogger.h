@@ -12,7 +12,7 @@ namespace vx::log {
 /// `getString` throws, and nothing is logged.
 class VX_API StringBundleLogger : public Object {
 public:
-    /// Both are counted.
+    /// Both are counted. Throws ResultException for a null one.
     StringBundleLogger(const i18n::StringBundle* bundle, ILevelLogger* target);
     StringBundleLogger(const StringBundleLogger&) = delete;
     StringBundleLogger& operator=(const StringBundleLogger&) = delete;

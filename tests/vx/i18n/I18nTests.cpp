@@ -208,6 +208,7 @@ TEST(StringMapBundle, ServesAMapAndItsParent)
     EXPECT_EQ(child->getString(u"a"), u"own a");
     EXPECT_EQ(child->getString(u"b"), u"parent b");
     EXPECT_THROW(child->getString(u"c"), Exception);
+    EXPECT_THROW(StringMapBundle(nullptr, locale.get()), ResultException);
 
     std::thread builders[2];
     for (std::thread& builder : builders)

@@ -42,6 +42,8 @@ Reference<Product> create(IVXTransport& transport, const util::PropertySet& prop
 VorbAcceptor::VorbAcceptor(IVXAcceptor* acceptor)
     : m_acceptor(acceptor)
 {
+    if (acceptor == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 VorbAcceptor::~VorbAcceptor() noexcept(false) = default;
@@ -54,6 +56,8 @@ Reference<io::IChannel> VorbAcceptor::accept()
 VorbConnector::VorbConnector(IVXConnector2* connector)
     : m_connector(connector)
 {
+    if (connector == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 VorbConnector::~VorbConnector() noexcept(false) = default;

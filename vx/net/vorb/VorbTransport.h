@@ -10,7 +10,7 @@ namespace vx::net::vorb {
 
 class VX_API VorbAcceptor : public Object, public IAcceptor {
 public:
-    /// `acceptor` is counted.
+    /// `acceptor` is counted. Throws ResultException for null.
     explicit VorbAcceptor(IVXAcceptor* acceptor);
     ~VorbAcceptor() noexcept(false) override;
 
@@ -25,7 +25,7 @@ private:
 
 class VX_API VorbConnector : public Object, public IConnector {
 public:
-    /// `connector` is counted.
+    /// `connector` is counted. Throws ResultException for null.
     explicit VorbConnector(IVXConnector2* connector);
     ~VorbConnector() noexcept(false) override;
 
