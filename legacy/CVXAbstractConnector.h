@@ -36,6 +36,7 @@ public:
 protected:
     CVXAbstractConnector();
 
+    /// Copies both; replaces an earlier value.
     void setProperty(const vx::String& key, const vx::String& value);
     /// Throws Exception "Property Not Found.".
     vx::String getProperty(const vx::String& key) const;

@@ -36,6 +36,7 @@ public:
     VX_OBJECT_UNKNOWN(vx::Object)
     static const vx::vorb::InterfaceData* GetComIntfMap();
 
+    /// Each asks `getProperty` for the property, and that for the operation of its name.
     virtual void set(const vx::String& key, double value);
     virtual void set(const vx::String& key, std::int32_t value);
     virtual void set(const vx::String& key, const vx::String& value);

@@ -11,6 +11,7 @@ public:
     using InterfaceType = IVXProperty;
     static constexpr _GUID IID {0x14B4005F, 0x4168, 0x4BBC, {0xBA, 0x90, 0x3C, 0x67, 0x49, 0xF1, 0x20, 0x95}};
 
+    /// Texts are copied into the buffer; those that are handed over are zero-terminated.
     virtual std::int32_t GetKey(IVXCharBuffer* key) const = 0;
     virtual std::int32_t GetValueString(IVXCharBuffer* value) const = 0;
     virtual std::int32_t GetValueLong(std::int32_t* value) const = 0;

@@ -17,6 +17,7 @@ public:
     Class(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept;
     ~Class() noexcept override;
 
+    /// As it was registered, "CVXString" say; not the name that C++ has for the class.
     virtual const char16_t* getName() const;
     /// True for exactly this type; an object of a derived class is no instance.
     virtual bool isInstance(const Object& object) const;

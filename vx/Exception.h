@@ -27,8 +27,10 @@ private:
 /// A result code on its way through class operations.
 class VX_API ResultException : public Exception {
 public:
+    /// With RESULT_FAIL.
     ResultException() noexcept;
     ResultException(const ResultException& other) noexcept;
+    /// Any code goes, one of success too.
     explicit ResultException(std::int32_t result) noexcept;
     ResultException(std::int32_t result, const String& description) noexcept;
     ResultException& operator=(const ResultException& other);

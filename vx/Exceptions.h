@@ -6,61 +6,70 @@
 
 namespace vx {
 
+/// An object of another class than the operation can take, the argument of a `compareTo` say.
 class VX_API CastFailedException : public Exception {
 public:
     using Exception::Exception;
     ~CastFailedException() noexcept override;
 };
 
+/// A class that the registry does not know. The description is its name.
 class VX_API ClassNotFoundException : public Exception {
 public:
     using Exception::Exception;
     ~ClassNotFoundException() noexcept override;
 };
 
+/// An object whose class cannot be copied, or does not say how.
 class VX_API CloneNotSupportedException : public Exception {
 public:
     using Exception::Exception;
     ~CloneNotSupportedException() noexcept override;
 };
 
+/// A class that is known but cannot be created by its name.
 class VX_API IllegalAccessException : public Exception {
 public:
     using Exception::Exception;
     ~IllegalAccessException() noexcept override;
 };
 
+/// A call at the wrong time: a second `join`, or one before the library has started.
 class VX_API IllegalStateException : public Exception {
 public:
     using Exception::Exception;
     ~IllegalStateException() noexcept override;
 };
 
+/// A text that is no path, or names nothing that the operation can use.
 class VX_API InvalidPathException : public Exception {
 public:
     using Exception::Exception;
     ~InvalidPathException() noexcept override;
 };
 
+/// An index, a size or a number outside of what the operation allows.
 class VX_API RangeErrorException : public Exception {
 public:
     using Exception::Exception;
     ~RangeErrorException() noexcept override;
 };
 
+/// A write to a buffer that may only be read.
 class VX_API ReadOnlyException : public Exception {
 public:
     using Exception::Exception;
     ~ReadOnlyException() noexcept override;
 };
 
+/// An operation that the interface has and this class has not.
 class VX_API UnsupportedOperationException : public Exception {
 public:
     using Exception::Exception;
     ~UnsupportedOperationException() noexcept override;
 };
 
-/// Handlers of either base catch it.
+/// What the library's new handler throws, for storage by `vxsys::allocate`. Handlers of either base catch it.
 class VX_API OutOfMemoryException : public Exception, public std::bad_alloc {
 public:
     OutOfMemoryException() noexcept;
@@ -86,72 +95,86 @@ public:
     ExternalException& operator=(const ExternalException& other) = default;
     ~ExternalException() noexcept override;
 
+    /// Null where nobody gave one.
     void* getRecord() const noexcept { return m_record; }
 
 private:
     void* m_record = nullptr;
 };
 
+/// An access to memory that the process does not have.
 class VX_API AccessViolationException : public ExternalException {
 public:
     ~AccessViolationException() noexcept override;
 };
 
+/// An index that the machine found out of bounds.
 class VX_API ArrayBoundsException : public ExternalException {
 public:
     ~ArrayBoundsException() noexcept override;
 };
 
+/// An instruction that the machine does not have, or not for this process.
 class VX_API IllegalInstructionException : public ExternalException {
 public:
     ~IllegalInstructionException() noexcept override;
 };
 
+/// A thread that has used up its stack.
 class VX_API StackOverflowException : public ExternalException {
 public:
     ~StackOverflowException() noexcept override;
 };
 
+/// The user has pressed the key for it: io::MaskedConsoleInputStream throws it for Ctrl-C.
 class VX_API UserAbortException : public ExternalException {
 public:
     ~UserAbortException() noexcept override;
 };
 
+/// Base of the faults of integer arithmetic.
 class VX_API IntErrorException : public ExternalException {
 public:
     ~IntErrorException() noexcept override;
 };
 
+/// An integer divided by 0.
 class VX_API IntDivByZeroException : public IntErrorException {
 public:
     ~IntDivByZeroException() noexcept override;
 };
 
+/// An integer result that does not fit.
 class VX_API IntOverflowException : public IntErrorException {
 public:
     ~IntOverflowException() noexcept override;
 };
 
+/// Base of the faults of floating-point arithmetic (IEEE 754), for programs that have the machine trap them.
 class VX_API MathErrorException : public ExternalException {
 public:
     ~MathErrorException() noexcept override;
 };
 
+/// A finite number divided by 0.
 class VX_API MathDivByZeroException : public MathErrorException {
 public:
     ~MathDivByZeroException() noexcept override;
 };
 
+/// An operation without a result, 0 divided by 0 say.
 class VX_API MathInvalidOpException : public MathErrorException {
 public:
     ~MathInvalidOpException() noexcept override;
 };
 
+/// A result too large for its type.
 class VX_API MathOverflowException : public MathErrorException {
 public:
     ~MathOverflowException() noexcept override;
 };
 
+/// A result too small for its type.
 class VX_API MathUnderflowException : public MathErrorException {
 public:
     ~MathUnderflowException() noexcept override;

@@ -16,6 +16,7 @@ class OwningArray {
 
 public:
     constexpr OwningArray() noexcept = default;
+    /// Takes the array over; null is none.
     explicit OwningArray(T* array) noexcept
         : m_array(array)
     {

@@ -21,6 +21,7 @@ class Reference {
 public:
     constexpr Reference() noexcept = default;
     constexpr Reference(std::nullptr_t) noexcept { }
+    /// Adds a count: a new object gets its first one here.
     Reference(T* object) noexcept
         : m_object(object)
     {

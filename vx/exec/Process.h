@@ -40,6 +40,7 @@ public:
     /// Ends the child's standard input: it reads what has been written, then the end. Writing behind it fails.
     void closeInput();
 
+    /// Of the calling process.
     static unsigned int getCurrentID();
     /// Not available: both throw ResultException with RESULT_NOT_AVAILABLE.
     unsigned int getID();

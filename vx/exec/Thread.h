@@ -13,6 +13,7 @@ namespace vx::exec {
 /// keeps the runnable alive, when this object goes. Not locked: one thread controls the object.
 class VX_API Thread : public Object {
 public:
+    /// `runnable` is counted. The name is for a person, empty where none is given.
     explicit Thread(IRunnable* runnable);
     Thread(IRunnable* runnable, const String& name);
     /// The same runnable, name and stack size; not started.

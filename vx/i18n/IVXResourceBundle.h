@@ -8,6 +8,7 @@ public:
     using InterfaceType = IVXResourceBundle;
     static constexpr _GUID IID {0x0861D18E, 0x197F, 0x4E3A, {0xA0, 0x3F, 0x7C, 0xD0, 0x2F, 0x9A, 0x5C, 0x75}};
 
+    /// Negative for a key that is not there.
     virtual std::int32_t LoadCharBuffer(const char16_t* key, IVXCharBuffer* value) const = 0;
     /// `*length` is the room in `value` in units, all of which are written, the unused ones with 0. It becomes the units
     /// that the text takes with its terminator where that is not more; otherwise it stays, and the text is cut.

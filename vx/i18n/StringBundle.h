@@ -47,6 +47,7 @@ public:
     virtual Reference<Locale> getLocale() const;
 
 protected:
+    /// `locale` is counted and may be null.
     explicit StringBundle(Locale* locale);
 
     /// An empty text for a key that is not there.

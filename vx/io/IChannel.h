@@ -33,6 +33,7 @@ protected:
     ~IWriteChannel() = default;
 };
 
+/// Both directions: what a connection is.
 class VX_API IChannel : public IReadChannel, public IWriteChannel {
 public:
     // Either base has them; here they are one.

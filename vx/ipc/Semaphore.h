@@ -22,6 +22,7 @@ public:
     bool tryWait() override;
 
     virtual void signal();
+    /// The count of the moment.
     virtual std::int32_t getValue();
 
     /// What its holder is about to do, for whoever holds it next if this one dies over it. RESULT_ACCESS_DENIED for a

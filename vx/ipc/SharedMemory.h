@@ -17,6 +17,7 @@ public:
     SharedMemory& operator=(const SharedMemory&) = delete;
     ~SharedMemory() noexcept(false) override;
 
+    /// Where this process has it, for as long as the object lives.
     void* get() { return m_address; }
     operator void*() { return m_address; }
 

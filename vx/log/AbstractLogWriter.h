@@ -34,6 +34,7 @@ public:
 
     VX_OBJECT_UNKNOWN(Object)
 
+    /// That of the writer.
     virtual void flush();
 
 protected:

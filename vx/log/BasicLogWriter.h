@@ -7,6 +7,7 @@ namespace vx::log {
 /// Writes an entry as lines "name=value" and a line of 25 hyphens. Values stand as they are: a line end within one stays.
 class VX_API BasicLogWriter : public AbstractLogWriter {
 public:
+    /// `writer` is counted.
     static Reference<ILogProcessor> create(io::Writer* writer);
     ~BasicLogWriter() noexcept(false) override;
 

@@ -62,6 +62,7 @@ protected:
 
 public:
     using detail::LoggerFace::log;
+    /// A logger is enabled at the start.
     void setEnabled(bool enabled);
     /// The level of texts that are logged without one; 0 at the start.
     void setDefaultLevel(int level);
@@ -72,6 +73,7 @@ public:
 
 protected:
     bool isEnabled() const;
+    /// An entry with the fields that are on. It carries the sequence number that `log` counts next.
     Reference<ILogEntry> getLogEntry(int level, const String& text) const;
     /// Counts the sequence and gives the entry away, whether enabled or not.
     void log(const ILogEntry* entry);

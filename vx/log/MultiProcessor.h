@@ -14,6 +14,7 @@ namespace vx::log {
 /// throws keeps the entry from those behind it.
 class VX_API MultiProcessor : public Object, public ILogProcessor {
 public:
+    /// Without a processor: entries vanish in it.
     static Reference<MultiProcessor> create();
 
     VX_OBJECT_UNKNOWN(Object)

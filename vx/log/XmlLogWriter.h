@@ -9,11 +9,13 @@ namespace vx::log {
 /// head announces. A field name with a blank opens an element with attributes.
 class VX_API XmlLogWriter : public AbstractLogWriter {
 public:
+    /// What becomes of the texts in a document.
     enum class Values {
         AS_THEY_ARE, ///< what is markup in a value is markup in the document
         ESCAPED ///< any value is text in the document: markup is escaped, and what XML 1.0 cannot hold becomes U+FFFD
     };
 
+    /// `writer` is counted.
     static Reference<ILogProcessor> create(io::Writer* writer, Values values = Values::AS_THEY_ARE);
     ~XmlLogWriter() noexcept(false) override;
 

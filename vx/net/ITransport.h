@@ -14,6 +14,7 @@ namespace vx::net {
 /// Waits for a party.
 class VX_API IAcceptor : public IVXUnknown {
 public:
+    /// Blocks until a party comes.
     virtual Reference<io::IChannel> accept() = 0;
 
 protected:

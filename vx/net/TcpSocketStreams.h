@@ -13,6 +13,7 @@ namespace vx::net {
 /// What comes from a socket. `close` leaves it open.
 class VX_API TcpSocketInputStream : public io::InputStream {
 public:
+    /// `handle` is counted: the socket lives as long as its streams.
     explicit TcpSocketInputStream(TcpSocketHandle* handle);
     ~TcpSocketInputStream() noexcept override;
 
@@ -33,6 +34,7 @@ private:
 /// What goes to a socket. `close` leaves it open.
 class VX_API TcpSocketOutputStream : public io::OutputStream {
 public:
+    /// `handle` is counted: the socket lives as long as its streams.
     explicit TcpSocketOutputStream(TcpSocketHandle* handle);
     ~TcpSocketOutputStream() noexcept override;
 

@@ -13,6 +13,7 @@ class VX_API VX_CAPABILITY("condition") Condition : public vx::Object {
 public:
     class Holder;
 
+    /// `name` labels it for a person; null is anonymous.
     explicit Condition(const char* name = nullptr, unsigned int flags = 0);
     Condition(const Condition&) = delete;
     Condition& operator=(const Condition&) = delete;

@@ -7,6 +7,7 @@ namespace vx::sync {
 /// The locking interface where no locking is wanted: it never blocks.
 class VX_API FakeMutex : public LockObject {
 public:
+    /// Both arguments are there for the look of a mutex.
     explicit FakeMutex(const char* name = nullptr, unsigned int flags = 0) noexcept;
     ~FakeMutex() noexcept override;
 

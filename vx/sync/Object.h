@@ -10,6 +10,7 @@ class VX_API Object : public vx::Object {
 public:
     ~Object() noexcept(false) override;
 
+    /// Blocks for as long as it takes.
     virtual void wait() = 0;
     /// Does not block and does not throw.
     virtual bool tryWait() = 0;

@@ -21,6 +21,7 @@ public:
     bool tryWait() override VX_TRY_ACQUIRE(true);
     void signal() override VX_RELEASE();
 
+    /// The reader's side.
     virtual void waitShared() VX_ACQUIRE_SHARED();
     virtual bool tryWaitShared() VX_TRY_ACQUIRE_SHARED(true);
     virtual void signalShared() VX_RELEASE_SHARED();

@@ -18,7 +18,9 @@ public:
     void wait() override;
     bool tryWait() override;
 
+    /// Throws ResultException where the count would go beyond 2^31 - 1.
     virtual void signal();
+    /// The count of the moment.
     virtual std::int32_t getValue();
 
 private:

@@ -12,6 +12,7 @@ namespace vx::util {
 class VX_API ICharBuffer : public IVXUnknown {
 public:
     virtual int GetLength() const = 0;
+    /// The storage without a lock; it holds until the next write.
     virtual const char16_t* GetData() const = 0;
     virtual std::int32_t GetReadLock(const char16_t** out) const = 0;
     virtual std::int32_t ReleaseReadLock() const = 0;
@@ -21,7 +22,9 @@ public:
     virtual std::int32_t GetWriteLock(int minimumLength, char16_t** out) = 0;
     /// For use while the write lock is held.
     virtual std::int32_t EnsureCapacity(int minimumLength, char16_t** out) = 0;
+    /// `length` is what is in use from now on; a negative one leaves that as it was.
     virtual std::int32_t ReleaseWriteLock(int length) = 0;
+    /// Gives back storage that the text does not need.
     virtual std::int32_t FreeExtra() = 0;
 
 protected:

@@ -9,6 +9,7 @@ namespace vx::util {
 /// that ".." removes. One thread at a time.
 class VX_API PathNormalizer : public Object {
 public:
+    /// SLASH_SYSTEM is the backslash.
     enum SLASH_TYPE : int { SLASH_SYSTEM = 0, SLASH_FORWARD = 1, SLASH_BACKWARD = 2 };
 
     enum STATE : int {

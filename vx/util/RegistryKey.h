@@ -81,6 +81,7 @@ public:
         setNumber(String(), number);
     }
 
+    /// One pass over what is there now: `hasNext` moves on, and `next` gives the same until then.
     Reference<collections::ConstIterator<RegistryKey>> getSubkeyIterator() const;
     Reference<collections::ConstIterator<String>> getValueIterator() const;
 

@@ -27,6 +27,7 @@ public:
     VX_OBJECT_UNKNOWN(ComObject)
     static const InterfaceData* GetComIntfMap();
 
+    /// What makes an object and asks it for the interface.
     void SetCreateInstanceQIFunc(InstanceCreator creator) noexcept { m_instanceCreator = creator; }
 
 private:

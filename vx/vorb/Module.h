@@ -19,6 +19,7 @@ public:
     /// Releases the factories.
     virtual ~Module() noexcept(false);
 
+    /// Both give the count behind the call.
     std::uint32_t AddRef() noexcept { return m_lockCount.fetch_add(1, std::memory_order_relaxed) + 1; }
     std::uint32_t Release() noexcept { return m_lockCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
     std::uint32_t GetRefCount() const noexcept { return m_lockCount.load(std::memory_order_acquire); }
@@ -39,6 +40,7 @@ public:
     std::int32_t RegisterServer(const void* module);
 
 protected:
+    /// The steps of the operations above for one row.
     virtual std::int32_t RegisterClassEntry(ClassData& row, const char16_t* path);
     virtual std::int32_t UnregisterClassEntry(ClassData& row);
     virtual std::int32_t TryGetClassObject(const _GUID& classId, const _GUID& iid, void** out, ClassData& row);
@@ -52,6 +54,7 @@ private:
 /// The module of a component in a shared library. Its classes' entries name the library too.
 class VX_API DllModule : public Module {
 public:
+    /// As for Module.
     explicit DllModule(ClassData* table);
     ~DllModule() noexcept(false) override;
 

@@ -10,6 +10,7 @@ namespace vx::collections::vorb {
 class VX_API ConstIterator : public IVXUnknown {
 public:
     virtual bool hasNext() = 0;
+    /// Throws Exception, of a list RangeErrorException, behind the last element.
     virtual Reference<IVXUnknown> next() = 0;
 
 protected:

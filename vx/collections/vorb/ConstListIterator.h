@@ -8,6 +8,7 @@ namespace vx::collections::vorb {
 class VX_API ConstListIterator : public virtual ConstIterator {
 public:
     virtual bool hasPrevious() = 0;
+    /// Throws RangeErrorException before the first element.
     virtual Reference<IVXUnknown> previous() = 0;
     virtual int nextIndex() = 0;
     /// -1 at the start.

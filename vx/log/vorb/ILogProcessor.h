@@ -14,6 +14,7 @@ public:
     using InterfaceType = ILogProcessor;
     static constexpr _GUID IID {0x85B221C7, 0x0ED6, 0x4AFA, {0xA7, 0xB7, 0x2E, 0xFC, 0xBE, 0x5B, 0x9C, 0xD7}};
 
+    /// The entry belongs to the caller: who keeps it beyond the call counts it. Negative is failure.
     virtual std::int32_t Process(ILogEntry* entry) = 0;
 
 protected:

@@ -9,6 +9,7 @@ namespace vx::net::vorb {
 // Bases of transports: a derived class writes the class operations and is a component by them. Nothing is caught here: what
 // a class operation throws leaves through the component operation.
 
+/// A derived class writes `accept`.
 class VX_API AbstractAcceptor : public Object, public IVXAcceptor, public IAcceptor {
 public:
     AbstractAcceptor(const AbstractAcceptor&) = delete;
@@ -25,6 +26,7 @@ protected:
     AbstractAcceptor() noexcept = default;
 };
 
+/// A derived class writes `connect`.
 class VX_API AbstractConnector : public Object, public IVXConnector2, public IConnector {
 public:
     AbstractConnector(const AbstractConnector&) = delete;

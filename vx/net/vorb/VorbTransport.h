@@ -8,6 +8,7 @@ namespace vx::net::vorb {
 
 // Component transports with the class operations. A negative result throws ResultException.
 
+/// An acceptor of a component.
 class VX_API VorbAcceptor : public Object, public IAcceptor {
 public:
     /// `acceptor` is counted. Throws ResultException for null.
@@ -23,6 +24,7 @@ private:
     Reference<IVXAcceptor> m_acceptor;
 };
 
+/// A connector of a component.
 class VX_API VorbConnector : public Object, public IConnector {
 public:
     /// `connector` is counted. Throws ResultException for null.

@@ -13,6 +13,7 @@ public:
     std::int32_t convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
         std::int32_t* dstPos, std::int32_t dstLen) override;
 
+    /// A unit as it stands on the wire, in the order of this machine.
     virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
 
 protected:

@@ -14,6 +14,7 @@ public:
     std::int32_t convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
         std::int32_t* dstPos, std::int32_t dstLen) override;
 
+    /// A value as it stands on the wire, in the order of this machine.
     virtual std::uint32_t convertUTF32(std::uint32_t value) = 0;
 
 protected:

@@ -27,9 +27,11 @@ public:
         = 0;
     /// Ends a conversion: stores what is still held, and returns the units stored.
     virtual std::int32_t flush(char16_t* dst, std::int32_t* dstPos, std::int32_t dstLen) = 0;
+    /// Drops what is held, for a new stream.
     virtual void reset() = 0;
     /// The canonical name.
     virtual const char16_t* getEncodingName() = 0;
+    /// Both to size buffers by.
     virtual int getMaxBytesPerChar() = 0;
     virtual int getMaxCharsPerByte() = 0;
     /// True: a character without a mapping gives the substitution characters. False: UnmappableCharacterException.

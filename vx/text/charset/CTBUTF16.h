@@ -15,6 +15,7 @@ public:
     std::int32_t flush(signed char* dst, std::int32_t* dstPos, std::int32_t dstLen) override;
     void reset() override;
 
+    /// A unit of this machine in the order of the wire.
     virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
 
 protected:

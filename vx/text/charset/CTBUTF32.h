@@ -16,6 +16,7 @@ public:
     std::int32_t flush(signed char* dst, std::int32_t* dstPos, std::int32_t dstLen) override;
     void reset() override;
 
+    /// A value of this machine in the order of the wire.
     virtual std::uint32_t convertUTF32(std::uint32_t value) = 0;
 
 protected:

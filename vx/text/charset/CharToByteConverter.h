@@ -33,6 +33,7 @@ public:
     virtual void reset() = 0;
     /// The canonical name.
     virtual const char16_t* getEncodingName() = 0;
+    /// Both to size buffers by.
     virtual int getMaxBytesPerChar() = 0;
     virtual int getMaxCharsPerByte() = 0;
     /// True: a character without a mapping gives the substitution bytes. False: UnmappableCharacterException.
