@@ -229,11 +229,12 @@ TEST(Placeholders, AreReplacedInOrderWithoutAGap)
         {u"{0} and {2}", {u"a", u"b", u"c"}, u"a and {2}"},
         {u"{0} {1}", {u"a"}, u"{0} {1}"},
         {u"{00}{ 0}{", {u"a"}, u"{00}{ 0}{"},
+        {u"[{1}|{0}]", {nullptr, u"b"}, u"[b|]"},
     };
     for (const auto& row : cases) {
         Reference<collections::List<Object>> arguments(new collections::List<Object>(new collections::vorb::ArrayList));
         for (const char16_t* argument : row.arguments)
-            arguments->add(new String(argument));
+            arguments->add(argument != nullptr ? new String(argument) : nullptr);
         EXPECT_EQ(detail::expandPlaceholders(row.pattern, *arguments), row.expected) << String(row.pattern);
     }
 }

@@ -34,7 +34,8 @@ String expandPlaceholders(const String& pattern, const collections::List<Object>
     int from = 0;
     for (const auto& [position, number] : numbersByPosition) {
         const String wanted = placeholder(number);
-        const String value = arguments.get(number)->toString();
+        const Reference<Object> argument = arguments.get(number);
+        const String value = argument != nullptr ? argument->toString() : String();
         const int place = text.indexOf(wanted, from);
         text.replace(place, wanted.getLength(), value);
         from = place + value.getLength();
