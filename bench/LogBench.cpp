@@ -20,7 +20,6 @@
 #include <spdlog/details/thread_pool.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/basic_file_sink.h>
-#include <thread>
 #endif
 
 // Entries of the same length and form, each flushed by itself: to the kernel, which a dead program does not matter to, or to
@@ -135,7 +134,7 @@ void async(benchmark::State& state)
 
 constexpr char PATTERN[] = "level=%L\ntext=%v\n-------------------------";
 
-/// Flushes to the disk when told to, and counts.
+/// Flushes to the disk when told to, and counts what it flushes.
 class PeerSink final : public spdlog::sinks::base_sink<std::mutex> {
 public:
     PeerSink(const std::string& path, Reach reach)
@@ -146,7 +145,13 @@ public:
     }
     ~PeerSink() override { std::fclose(m_file); }
 
-    std::atomic<std::int64_t> m_flushed {0};
+    /// Sleeps, as ours does, until so many have been flushed.
+    void waitFor(std::int64_t count)
+    {
+        m_wanted = count;
+        for (std::int64_t flushed = m_flushed; flushed < count; flushed = m_flushed)
+            m_flushed.wait(flushed);
+    }
 
 private:
     void sink_it_(const spdlog::details::log_msg& message) override
@@ -160,9 +165,12 @@ private:
         std::fflush(m_file);
         if (m_reach == DISK)
             ::fdatasync(::fileno(m_file));
-        ++m_flushed;
+        if (++m_flushed == m_wanted)
+            m_flushed.notify_all();
     }
 
+    std::atomic<std::int64_t> m_flushed {0};
+    std::atomic<std::int64_t> m_wanted {0};
     std::FILE* m_file;
     Reach m_reach;
 };
@@ -202,8 +210,7 @@ void asyncPeer(benchmark::State& state)
         state, [&] { logger->info(TEXT); },
         [&] {
             wanted += BURST;
-            while (sink->m_flushed < wanted)
-                std::this_thread::yield();
+            sink->waitFor(wanted);
         });
     log.expectEntries(state, state.iterations() * BURST, peerEntry());
 }
