@@ -77,6 +77,17 @@ public:
         return false;
     }
 
+    /// The same of a string's buffer.
+    static bool read(const String& text, std::u16string_view* units) noexcept
+    {
+        const char16_t* data = nullptr;
+        int length = 0;
+        if (!read(*text.m_buffer, &data, &length))
+            return false;
+        *units = {data, static_cast<std::size_t>(std::max(length - 1, 0))};
+        return true;
+    }
+
     /// A new buffer with count 0 and without text.
     static util::RWCharBuffer* make(int capacity)
     {
@@ -87,17 +98,6 @@ public:
             sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
         auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
         return new (memory) util::RWCharBuffer(place, units);
-    }
-
-    /// The same of a string's buffer.
-    static bool read(const String& text, std::u16string_view* units) noexcept
-    {
-        const char16_t* data = nullptr;
-        int length = 0;
-        if (!read(*text.m_buffer, &data, &length))
-            return false;
-        *units = {data, static_cast<std::size_t>(std::max(length - 1, 0))};
-        return true;
     }
 
     /// A new buffer with count 0 that holds `length` units and the terminator, in room for no less than `capacity`.

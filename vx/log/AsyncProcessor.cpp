@@ -35,7 +35,7 @@ public:
 
     void startWorkers(int count)
     {
-        for (; m_started < count; ++m_started) {
+        for (int started = 0; started < count; ++started) {
             exec::Thread worker(this);
             ++m_workers;
             try {
@@ -51,20 +51,29 @@ public:
     /// Each worker ends before its next entry.
     void endWorkers()
     {
-        m_stop = true;
-        for (int worker = 0; worker < m_started; ++worker)
+        int sleepers = 0;
+        {
+            const sync::ScopedLock lock(m_lock);
+            m_stop = true;
+            sleepers = std::exchange(m_sleepers, 0);
+        }
+        for (; sleepers > 0; --sleepers)
             m_signal.signal();
     }
 
     // ILogProcessor
     void process(const ILogEntry* entry) override
     {
+        bool wakes = false;
         {
             const sync::ScopedLock lock(m_lock);
-            m_queue.emplace_back(entry);
-            ++m_open;
+            m_arrived.emplace_back(entry);
+            m_queued.store(m_queued.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+            wakes = m_sleepers > 0;
+            m_sleepers -= wakes ? 1 : 0;
         }
-        m_signal.signal();
+        if (wakes)
+            m_signal.signal();
     }
 
     // IRunnable
@@ -72,11 +81,11 @@ public:
     {
         const WorkerEnd end(*this);
         Reference<const ILogEntry> entry;
-        m_signal.wait();
         while (!m_stop) {
-            if (takeOldest(entry))
+            if (takeOldest(entry, true))
                 handOver(entry.get());
-            m_signal.wait();
+            else if (!m_stop)
+                m_signal.wait();
         }
         return nullptr;
     }
@@ -85,8 +94,9 @@ public:
     void drain()
     {
         std::exception_ptr failure;
+        const sync::ScopedLock takeLock(m_takeLock);
         const sync::ScopedLock lock(m_lock);
-        for (Reference<const ILogEntry> entry; takeOldest(entry);) {
+        for (Reference<const ILogEntry> entry; takeOldest(entry, false);) {
             try {
                 handOver(entry.get());
             } catch (...) {
@@ -104,7 +114,7 @@ public:
         const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
         const Waiter waiter(*this);
         const sync::Condition::Holder holder(m_done);
-        while (m_open > 0) {
+        while (!isDone()) {
             if (m_workers == 0)
                 return false;
             std::uint32_t left = FOREVER;
@@ -162,16 +172,22 @@ private:
         AsyncProcessorImpl& m_impl;
     };
 
-    /// False where a drain was faster.
-    bool takeOldest(Reference<const ILogEntry>& entry)
+    /// False: none waits, and the calling worker, where it is one, is counted among the sleepers.
+    bool takeOldest(Reference<const ILogEntry>& entry, bool isWorker)
     {
         Reference<const ILogEntry> oldest;
         {
-            const sync::ScopedLock lock(m_lock);
-            if (m_queue.empty())
-                return false;
-            oldest = std::move(m_queue.front());
-            m_queue.pop_front();
+            const sync::ScopedLock takeLock(m_takeLock);
+            if (m_leaving.empty()) {
+                const sync::ScopedLock lock(m_lock);
+                m_leaving.swap(m_arrived);
+                if (m_leaving.empty()) {
+                    m_sleepers += isWorker ? 1 : 0;
+                    return false;
+                }
+            }
+            oldest = std::move(m_leaving.front());
+            m_leaving.pop_front();
         }
         entry = std::move(oldest); // the one before goes without the lock
         return true;
@@ -190,8 +206,15 @@ private:
 
     void closeOne()
     {
-        if (--m_open == 0)
+        ++m_closed;
+        if (m_waiters > 0 && isDone())
             tellWaiters();
+    }
+
+    bool isDone() const noexcept
+    {
+        const std::int64_t closed = m_closed; // looked at first: more may arrive
+        return closed == m_queued;
     }
 
     // A waiter announces itself before it looks at the counts, and these are changed before the announcement is looked at:
@@ -204,16 +227,24 @@ private:
         m_done.broadcast();
     }
 
+    using Queue = std::deque<Reference<const ILogEntry>, vxsys::Allocator<Reference<const ILogEntry>>>;
+
     Reference<ILogProcessor> m_target;
-    sync::Mutex m_lock;
-    sync::Semaphore m_signal; ///< a post for each entry queued, and one for each worker at the end
-    std::deque<Reference<const ILogEntry>, vxsys::Allocator<Reference<const ILogEntry>>> m_queue; ///< under the lock
-    int m_started = 0;
     std::atomic<bool> m_stop {false};
-    sync::Condition m_done;
-    std::atomic<std::int64_t> m_open {0}; ///< entries that wait or are being processed
     std::atomic<int> m_workers {0};
     std::atomic<int> m_waiters {0};
+    sync::Condition m_done;
+
+    // Callers and workers seldom meet: all that has arrived goes over at once to those who take it.
+    sync::Mutex m_lock;
+    Queue m_arrived; ///< under the lock
+    int m_sleepers = 0; ///< under the lock: workers that found nothing, and for whom no post is under way
+    std::atomic<std::int64_t> m_queued {0}; ///< written under the lock
+    sync::Semaphore m_signal;
+
+    sync::Mutex m_takeLock; ///< taken before the other
+    Queue m_leaving; ///< under this lock; older than all that has arrived
+    std::atomic<std::int64_t> m_closed {0}; ///< those that the target is done with
 };
 
 AsyncProcessor::AsyncProcessor(ILogProcessor* target, int threads)

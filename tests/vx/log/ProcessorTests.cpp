@@ -65,17 +65,34 @@ TEST(AsyncProcessor, LosesAWorkerToAThrowingTargetAndNoOtherEntry)
     EXPECT_EQ(target->texts(), "a; b");
 }
 
+class Picky : public RecordingProcessor {
+public:
+    void process(const ILogEntry* entry) override
+    {
+        if (fieldOf(*entry, u"text") == "bad")
+            throw RangeErrorException(u"bad");
+        RecordingProcessor::process(entry);
+    }
+};
+
+TEST(AsyncProcessor, LeavesToTheOtherWorkersWhatWaitsBehindAFailure)
+{
+    for (int round = 0; round < 100; ++round) {
+        Reference<Picky> target(new Picky);
+        {
+            const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 2);
+            for (const char16_t* text : {u"bad", u"a", u"b", u"c"})
+                async->process(entryOf(text).get());
+            ASSERT_TRUE(async->waitUntilDone()) << "round " << round;
+            ASSERT_EQ(target->entries().size(), 3U);
+        }
+        while (target->GetRefCount() > 1) // a worker that waits ends as well
+            std::this_thread::yield();
+    }
+}
+
 TEST(AsyncProcessor, HandsOverAllWhenTheDrainMeetsAFailure)
 {
-    class Picky : public RecordingProcessor {
-    public:
-        void process(const ILogEntry* entry) override
-        {
-            if (fieldOf(*entry, u"text") == "bad")
-                throw RangeErrorException(u"bad");
-            RecordingProcessor::process(entry);
-        }
-    };
     Reference<Picky> target(new Picky);
     AsyncProcessor* async = AsyncProcessor::create(target.get(), 0).detach();
     for (const char16_t* text : {u"a", u"bad", u"c"})
