@@ -5,6 +5,7 @@
 #include "vx/Object.h"
 #include "vx/String.h"
 
+#include <concepts>
 #include <cstdint>
 
 /// The `IVXProperty2` view of `CVXProperty`.
@@ -36,6 +37,11 @@ public:
     CVXProperty(const vx::String& key, const vx::String& value);
     CVXProperty(const vx::String& key, std::int32_t value);
     CVXProperty(const vx::String& key, double value);
+    template <std::integral Number>
+    requires(sizeof(Number) >= sizeof(std::int32_t)) CVXProperty(const vx::String& key, Number value)
+        : CVXProperty(key, vx::String::valueOf(value))
+    {
+    }
     ~CVXProperty() noexcept(false) override;
 
     VX_OBJECT_UNKNOWN(vx::Object)
@@ -52,6 +58,9 @@ public:
     virtual void set(const vx::String& value);
     /// Null takes the value away.
     virtual void set(vx::Object* value);
+    /// An integer of another type, as its text.
+    template <std::integral Number>
+    requires(sizeof(Number) >= sizeof(std::int32_t)) void set(Number value) { set(vx::String::valueOf(value)); }
 
 protected:
     /// Without a value.

@@ -3,6 +3,7 @@
 #include "legacy/CVXProperty.h"
 #include "legacy/IVXPropertySet.h"
 
+#include <concepts>
 #include <cstdint>
 
 /// The `IVXPropertySet2` view of `CVXPropertySet`. It cannot be walked: what counts properties or goes by an index, and
@@ -45,6 +46,12 @@ public:
     virtual vx::String getValueString(const vx::String& key) const;
     virtual std::int32_t getValueLong(const vx::String& key) const;
     virtual double getValueDouble(const vx::String& key) const;
+    /// An integer of another type, as its text.
+    template <std::integral Number>
+    requires(sizeof(Number) >= sizeof(std::int32_t)) void set(const vx::String& key, Number value)
+    {
+        set(key, vx::String::valueOf(value));
+    }
 
 protected:
     CVXPropertySet() = default;

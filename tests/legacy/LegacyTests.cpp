@@ -79,6 +79,8 @@ TEST(CVXProperty, KeepsNumbersAsText)
     const CVXSmartPtr<CVXProperty> number(new CVXProperty(u"k", 42));
     EXPECT_NE(dynamic_cast<String*>(number->getValue().get()), nullptr);
     EXPECT_EQ(number->getValueString(), u"42");
+    number->set(1LL << 40);
+    EXPECT_EQ(number->getValueDouble(), 0x1p40);
     number->set(-1.5);
     EXPECT_EQ(number->getValueString(), String::valueOf(-1.5));
     EXPECT_EQ(number->getValueDouble(), -1.5);
@@ -147,7 +149,7 @@ TEST(CVXPropertySet, RestsOnItsStore)
     const CVXSmartPtr<Store> store(new Store);
     const Reference<IVXPropertySet2> view(store.get());
     EXPECT_EQ(Reference<IVXPropertySet>(store.get()), view.get());
-    store->set(u"number", 17);
+    store->set(u"number", 17UL);
     store->set(u"real", 0.5);
     store->set(u"object", new Integer32(4));
     EXPECT_EQ(store->getValueLong(u"object"), 4);

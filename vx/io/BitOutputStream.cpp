@@ -9,6 +9,16 @@ namespace vx::io {
 namespace {
 
 constexpr int BYTE = 8;
+constexpr int MOST = 32;
+
+/// Throws unless `value` has at most `bits` bits, of which there are 1 to 32.
+void requireFit(std::uint64_t value, int bits)
+{
+    if (bits < 1 || bits > MOST)
+        throwResult(RESULT_INVALID_ARGUMENT);
+    if (value >> bits != 0)
+        throw RangeErrorException(u"Number out of range");
+}
 
 } // namespace
 
@@ -41,11 +51,7 @@ void BitOutputStream::flush()
 
 void BitOutputStream::write(std::uint32_t value, int bits)
 {
-    constexpr int MOST = 32;
-    if (bits < 1 || bits > MOST)
-        throwResult(RESULT_INVALID_ARGUMENT);
-    if (bits < MOST && value >> bits != 0)
-        throw RangeErrorException(u"Number out of range");
+    requireFit(value, bits);
     while (--bits >= 0)
         writeBit((value >> bits & 1) != 0);
 }
@@ -61,6 +67,12 @@ void BitOutputStream::writeBit(bool bit)
     sink().write(static_cast<signed char>(byte)); // a failure leaves the bit to be written again
     m_byte = 0;
     m_bits = 0;
+}
+
+void BitOutputStream::writeWide(std::uint64_t value, int bits)
+{
+    requireFit(value, bits);
+    write(static_cast<std::uint32_t>(value), bits);
 }
 
 } // namespace vx::io

@@ -2,6 +2,7 @@
 
 #include "vx/io/FilterOutputStream.h"
 
+#include <concepts>
 #include <cstdint>
 
 namespace vx::io {
@@ -24,10 +25,20 @@ public:
     virtual void write(std::uint32_t value, int bits);
     virtual void writeBit(bool bit);
 
-    /// For literals, of which 0 might be a pointer as well.
-    void write(int value, int bits) { write(static_cast<std::uint32_t>(value), bits); }
+    /// Other integer types, and literals, of which 0 might be a pointer as well. One that has more than 32 bits and needs
+    /// them does not fit.
+    template <std::integral Number>
+    void write(Number value, int bits)
+    {
+        if constexpr (sizeof value > sizeof(std::uint32_t))
+            writeWide(static_cast<std::uint64_t>(value), bits);
+        else
+            write(static_cast<std::uint32_t>(value), bits);
+    }
 
 private:
+    void writeWide(std::uint64_t value, int bits);
+
     std::uint8_t m_byte = 0;
     int m_bits = 0;
 };

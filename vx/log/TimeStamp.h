@@ -3,6 +3,7 @@
 #include "vx/Object.h"
 #include "vxsys/Time.h"
 
+#include <concepts>
 #include <cstdint>
 
 namespace vx::log {
@@ -15,6 +16,12 @@ public:
     /// `seconds` since 1970-01-01 00:00:00, in UTC. Throws ResultException for one beyond the year 65535.
     explicit TimeStamp(std::int32_t seconds);
     explicit TimeStamp(std::int64_t seconds);
+    template <std::integral Seconds>
+    requires(std::signed_integral<Seconds> || sizeof(Seconds) < sizeof(std::int64_t)) explicit TimeStamp(
+        Seconds seconds)
+        : TimeStamp(static_cast<std::int64_t>(seconds))
+    {
+    }
     /// The record is taken as it is.
     explicit TimeStamp(const STRUCT_VX_TIME& time) noexcept;
     ~TimeStamp() noexcept override;

@@ -99,6 +99,7 @@ TEST(BitStreams, PackFromTheTopOfEachByte)
     out.write("\x12", 1);
     out.write(3, 4);
     EXPECT_THROW(out.write(8, 3), RangeErrorException);
+    EXPECT_THROW(out.write(1UL << 32, 3), RangeErrorException);
     EXPECT_THROW(out.write(1, 33), ResultException);
     EXPECT_EQ(contentOf(*bytes), "\xA0\xB0\x0F\xFF\xFF\xFF\xFF\xF1\x23");
 
