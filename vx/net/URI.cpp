@@ -1,8 +1,8 @@
 #include "vx/net/URI.h"
 
 #include "vx/Exception.h"
-#include "vx/collections/vorb/HashMap.h"
 #include "vx/detail/TextHash.h"
+#include "vx/net/detail/QueryTable.h"
 #include "vxsys/Number.h"
 #include "vxsys/Text.h"
 
@@ -87,15 +87,14 @@ void forEachPair(View text, Take take)
 
 constexpr std::size_t ROOM_FOR_SIGNS = 20; ///< and for the port
 
-constexpr int BUCKETS = 101; ///< of the map of parameters
-constexpr float LOAD = 0.75F;
-
-/// Few parameters in the order in which that map walks: from the last bucket down, the newest of a bucket first.
+/// Few parameters in the order in which their table walks: from the last bucket down, the newest of a bucket first.
 class PairOrder {
 public:
-    /// False where the map might have grown.
+    /// False where the table might have grown, and for a key whose hash only the table knows.
     bool add(View key, View value)
     {
+        if (key.find(u'\0') != View::npos)
+            return false;
         const std::uint32_t hash = vx::detail::hashText(key.data(), static_cast<int>(key.size()), true);
         for (Pair& pair : std::span(m_pairs).first(m_count)) {
             if (pair.hash == hash && isSame(pair.key, key)) {
@@ -113,8 +112,9 @@ public:
     {
         const std::span<Pair> pairs = std::span(m_pairs).first(m_count);
         std::reverse(pairs.begin(), pairs.end());
-        std::stable_sort(pairs.begin(), pairs.end(),
-            [](const Pair& left, const Pair& right) { return left.hash % BUCKETS > right.hash % BUCKETS; });
+        std::stable_sort(pairs.begin(), pairs.end(), [](const Pair& left, const Pair& right) {
+            return left.hash % detail::QUERY_BUCKETS > right.hash % detail::QUERY_BUCKETS;
+        });
         for (const Pair& pair : pairs) {
             if (&pair != pairs.data())
                 target += u'&';
@@ -136,7 +136,7 @@ private:
     }
 
     static constexpr std::size_t MOST = 16;
-    static_assert(MOST < static_cast<std::size_t>(BUCKETS * LOAD));
+    static_assert(MOST < static_cast<std::size_t>(detail::QUERY_BUCKETS * detail::QUERY_LOAD));
 
     std::array<Pair, MOST> m_pairs;
     std::size_t m_count = 0;
@@ -327,9 +327,8 @@ String URI::getQuery(bool unescape) const
 
 String URI::getQueryValue(const String& key, bool unescape) const
 {
-    const Query* query = readQuery();
-    const Reference<QueryKey> wanted(new QueryKey(key));
-    const Reference<String> value = query != nullptr ? query->get(wanted.get()) : nullptr;
+    const detail::QueryTable* query = readQuery();
+    const String* value = query != nullptr ? query->get(QueryKey(key)) : nullptr;
     if (value == nullptr)
         throw Exception();
     return stringOf(give(value->view(), true, unescape));
@@ -399,8 +398,8 @@ bool URI::hasSchemeSpecificPart() const
 
 bool URI::hasQueryValue(const String& key) const
 {
-    const Query* query = readQuery();
-    return query != nullptr && query->containsKey(Reference<QueryKey>(new QueryKey(key)).get());
+    const detail::QueryTable* query = readQuery();
+    return query != nullptr && query->get(QueryKey(key)) != nullptr;
 }
 
 bool URI::hasFragment() const
@@ -471,9 +470,9 @@ void URI::removeQuery()
 
 void URI::removeQueryPair(const String& key)
 {
-    Query* query = readQuery();
+    detail::QueryTable* query = readQuery();
     if (query != nullptr)
-        query->remove(Reference<QueryKey>(new QueryKey(key)).get());
+        query->remove(QueryKey(key));
     if (query == nullptr || query->isEmpty())
         m_hasQuery = false;
 }
@@ -633,22 +632,18 @@ void URI::storeQueryPair(View key, View value, bool escape)
 {
     readQuery();
     if (m_query == nullptr)
-        m_query = new Query(new collections::vorb::HashMap(BUCKETS, LOAD));
-    const Reference<QueryKey> storedKey(new QueryKey(stringOf(take(key, escape, ESCAPE_QUERY))));
-    const Reference<String> storedValue(new String(stringOf(take(value, escape, ESCAPE_QUERY))));
-    m_query->put(storedKey.get(), storedValue.get());
+        m_query = std::make_unique<detail::QueryTable>();
+    const QueryKey storedKey(stringOf(take(key, escape, ESCAPE_QUERY)));
+    m_query->put(storedKey, stringOf(take(value, escape, ESCAPE_QUERY)));
     m_hasQuery = true;
 }
 
-URI::Query* URI::readQuery() const
+detail::QueryTable* URI::readQuery() const
 {
     if (!m_unreadQuery.empty()) {
-        const Reference<Query> query(new Query(new collections::vorb::HashMap(BUCKETS, LOAD)));
-        forEachPair(m_unreadQuery, [&](View key, View value) {
-            query->put(
-                Reference<QueryKey>(new QueryKey(String(key))).get(), Reference<String>(new String(value)).get());
-        });
-        m_query = query;
+        auto query = std::make_unique<detail::QueryTable>();
+        forEachPair(m_unreadQuery, [&](View key, View value) { query->put(QueryKey(String(key)), String(value)); });
+        m_query = std::move(query);
         m_unreadQuery.clear();
     }
     return m_query.get();
@@ -690,16 +685,16 @@ void URI::appendQuery(std::u16string& target, bool unescape) const
 {
     if (!unescape && appendUnreadQuery(target))
         return;
-    const Query* query = readQuery();
+    const detail::QueryTable* query = readQuery();
     if (query == nullptr)
         return;
     bool isFirst = true;
-    for (const auto& [key, value] : *query) {
+    query->forEach([&](const String& key, const String& value) {
         if (!std::exchange(isFirst, false))
             target += u'&';
-        target.append(key->view()).append(1, u'=');
-        appendPart(target, value->view(), unescape);
-    }
+        target.append(key.view()).append(1, u'=');
+        appendPart(target, value.view(), unescape);
+    });
 }
 
 bool URI::appendUnreadQuery(std::u16string& target) const

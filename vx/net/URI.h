@@ -1,14 +1,17 @@
 #pragma once
 
-#include "vx/Reference.h"
 #include "vx/String.h"
-#include "vx/collections/Map.h"
 #include "vx/net/QueryKey.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace vx::net {
+
+namespace detail {
+class QueryTable;
+}
 
 /// The parts of one URI (RFC 3986) in their escaped form: scheme, user, password, host, port, path and query. A container
 /// and no validator: any text is taken apart, and each part can be set, read and removed alone. A part may be present and
@@ -17,7 +20,7 @@ namespace vx::net {
 /// A setter is told whether its text is still to be escaped, a getter whether to unescape; both work on the UTF-8 bytes, and
 /// text that has none there or is none throws InvalidCharacterException. The getter of a part that is not there throws a
 /// bare Exception, and so does unescaping an escape that is cut short. Query parameters are found in any case of letters,
-/// and printed in the order of the map. Fragments are not known: a "#" is a character like others. One thread at a time,
+/// and printed in the order of a hash map. Fragments are not known: a "#" is a character like others. One thread at a time,
 /// also for the constant operations.
 class VX_API URI : public Object {
 public:
@@ -98,8 +101,6 @@ private:
     /// What is escaped beside what always is.
     enum ESCAPE_PART { ESCAPE_AUTHORITY = 0, ESCAPE_PATH = 1, ESCAPE_QUERY = 2 };
 
-    using Query = collections::Map<QueryKey, String>;
-
     static std::u16string getEscapedString(std::u16string_view text, ESCAPE_PART part);
     static std::u16string getUnescapedString(std::u16string_view text);
     /// A part as it is stored, and a stored part as a getter gives it.
@@ -115,8 +116,8 @@ private:
     void storeHost(std::u16string_view text, bool escape);
     void storePath(std::u16string_view text, bool escape);
     void storeQueryPair(std::u16string_view key, std::u16string_view value, bool escape);
-    /// The parameters as a map, which takes in what has not been read yet; null where there are none.
-    Query* readQuery() const;
+    /// The parameters as a table, which takes in what has not been read yet; null where there are none.
+    detail::QueryTable* readQuery() const;
     static void appendPart(std::u16string& target, std::u16string_view stored, bool unescape);
     void appendUserInfo(std::u16string& target, bool unescape) const;
     void appendAuthority(std::u16string& target, bool unescape) const;
@@ -139,8 +140,8 @@ private:
     bool m_hasPort = false;
     bool m_hasQuery = false;
     bool m_isOpaque = false;
-    // Most URIs are only parsed and printed, for which the parameters need no map. One of the two has them.
-    mutable Reference<Query> m_query;
+    // Most URIs are only parsed and printed, for which the parameters need no table. One of the two has them.
+    mutable std::unique_ptr<detail::QueryTable> m_query;
     mutable std::u16string m_unreadQuery;
 };
 

@@ -1,5 +1,6 @@
 #include "vx/net/URI.h"
 
+#include "vx/collections/Element.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/text/charset/CharsetException.h"
 
@@ -231,6 +232,23 @@ TEST(URI, EndsSoonOnHostileText)
     EXPECT_EQ(uri.getQueryValue(u"", false).getLength(), 3 * (MILLION - 1));
     uri.setPath(String(u'%', MILLION), true);
     EXPECT_EQ(uri.getPath(true).getLength(), MILLION);
+
+    // Keys that differ only where the hash does not look.
+    constexpr unsigned KEYS = 30'000;
+    const auto keyOf = [](unsigned number) {
+        std::u16string key(64, u'k');
+        for (unsigned bit = 0; bit < 16; ++bit)
+            key[2 * bit + 1] = static_cast<char16_t>(u'a' + (number >> bit & 1));
+        return key;
+    };
+    std::u16string query;
+    for (unsigned number = 0; number < KEYS; ++number)
+        query.append(number > 0 ? u"&" : u"").append(keyOf(number));
+    const URI alike(u"/?" + String(query));
+    ASSERT_EQ(QueryKey(String(keyOf(0))).hashCode(), QueryKey(String(keyOf(KEYS - 1))).hashCode());
+    EXPECT_EQ(alike.toString().getLength(), 2 + static_cast<int>(2 * query.size() + 1));
+    for (unsigned number = 0; number < KEYS; ++number)
+        ASSERT_EQ(alike.getQueryValue(String(keyOf(number)), false), keyOf(number));
 }
 
 } // namespace
