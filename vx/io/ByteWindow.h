@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -116,6 +117,12 @@ public:
     {
         checkReadOnly();
         m_bytes[index] = value;
+    }
+    /// A literal 0 is an index here, no null pointer.
+    template <std::same_as<int> Index>
+    void put(Index index, Byte value)
+    {
+        put(static_cast<unsigned int>(index), value);
     }
     void put(Byte value)
     {

@@ -121,7 +121,7 @@ TYPED_TEST(ByteBuffers, WriteNothingWhereTheyAreReadOnly)
     const Byte block[8] = {1, 2, 3};
     typename TypeParam::Buffer buffer(block, 8, TypeParam::BIG);
     const std::function<void()> writes[]
-        = {[&] { buffer.put(0U, Byte {}); }, [&] { buffer.put(Byte {}); }, [&] { buffer.putInt16(1); },
+        = {[&] { buffer.put(0, 1); }, [&] { buffer.put(Byte {}); }, [&] { buffer.putInt16(1); },
             [&] { buffer.putInt32(0, 1); }, [&] { buffer.putInt64(1); }, [&] { buffer.put(block, 0); },
             [&] { buffer.readFrom(nullptr); }, [&] { buffer.getBuffer(); }, [&] { buffer.slice()->put(Byte {}); }};
     for (const auto& write : writes)
