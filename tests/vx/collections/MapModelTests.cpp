@@ -1,5 +1,7 @@
 #include "tests/vx/collections/Elements.h"
+#include "vx/Exceptions.h"
 #include "vx/collections/DefaultComparator.h"
+#include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashSet.h"
 #include "vx/util/Comparator.h"
@@ -342,6 +344,34 @@ TEST(HashSet, HoldsTheKeysOfSuchATable)
             order += std::to_string(entry->key) + ' ';
         ASSERT_EQ(textOfAll(*set), order);
     }
+}
+
+TEST(HashSet, IsMadeAndComparedByItsMap)
+{
+    const Reference<IVXComparator> other(new OtherComparator);
+    const Reference<ArrayList> list(new ArrayList);
+    for (const int number : {1, 2, 1, 300})
+        list->add(item(number).get());
+    const Reference<HashSet> sets[] = {Reference<HashSet>(new HashSet(*list)),
+        Reference<HashSet>(new HashSet(*list, other.get())), Reference<HashSet>(new HashSet(other.get()))};
+    sets[2]->addAll(*list);
+    for (const Reference<HashSet>& set : sets) {
+        const Reference<HashSet> copy(new HashSet(*set));
+        EXPECT_EQ(textOfAll(*copy), "300 2 1 ");
+        EXPECT_EQ(copy->getComparator(), set->getComparator());
+        EXPECT_TRUE(copy->equals(*set) && copy->equals(*sets[0]));
+        EXPECT_EQ(copy->hashCode(), 0U);
+        copy->remove(item(2).get());
+        EXPECT_LT(copy->compareTo(*set), 0);
+        copy->add(item(3).get());
+        EXPECT_NE(copy->compareTo(*set), 0);
+        EXPECT_THROW(copy->equals(*list), CastFailedException);
+        copy->clear();
+        EXPECT_EQ(copy->getSize(), 0);
+        EXPECT_EQ(set->getSize(), 3) << "the keys are shared, the map is not";
+    }
+    EXPECT_EQ(sets[1]->getComparator(), other.get());
+    EXPECT_NE(sets[0]->getComparator(), other.get());
 }
 
 } // namespace

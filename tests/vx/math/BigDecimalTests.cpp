@@ -60,6 +60,33 @@ TEST(BigDecimal, ReadsTextAndNumbers)
     EXPECT_EQ(shown(moved) + ", " + shown(assigned), "-125 / 3, 0 / 0");
 }
 
+/// One value of every integer type, made and assigned.
+template <class... Integers>
+void expectAll(Integers... values)
+{
+    const auto expectBoth = [](auto value) {
+        BigDecimal assigned(u"1.25");
+        assigned = value;
+        EXPECT_EQ(shown(assigned), std::to_string(value) + " / 0");
+        EXPECT_EQ(shown(BigDecimal(value)), std::to_string(value) + " / 0");
+        EXPECT_EQ(shown(BigInteger(value).toBigDecimal().toBigDecimal()), std::to_string(value) + " / 0");
+    };
+    (expectBoth(values), ...);
+}
+
+TEST(BigDecimal, TakesEveryInteger)
+{
+    expectAll(std::numeric_limits<int>::min(), std::numeric_limits<unsigned>::max(), std::numeric_limits<long>::min(),
+        std::numeric_limits<unsigned long>::max(), std::numeric_limits<long long>::max(),
+        std::numeric_limits<unsigned long long>::max());
+    EXPECT_EQ(shown(BigDecimal(-0.25F)), "-25 / 2");
+    BigDecimal copied;
+    copied = BigDecimal(u"-1.5");
+    const BigDecimal other(u"2.75");
+    copied = other;
+    EXPECT_EQ(shown(copied) + ", " + shown(other), "275 / 2, 275 / 2");
+}
+
 TEST(BigDecimal, PrintsTheWholeScale)
 {
     const struct {

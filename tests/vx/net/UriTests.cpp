@@ -99,6 +99,46 @@ TEST(URI, EscapesWhatThePartCannotHold)
     EXPECT_FALSE(uri.hasHost());
 }
 
+TEST(URI, SetsAndRemovesPartAfterPart)
+{
+    struct {
+        const char* what;
+        void (*edit)(URI& uri);
+        const char* printed;
+    } cases[] = {
+        {"scheme", [](URI& u) { u.removeScheme(); }, "//u:p@h:1/a?k=v"},
+        {"user", [](URI& u) { u.removeUser(); }, "s://h:1/a?k=v"},
+        {"password", [](URI& u) { u.removePassword(); }, "s://u@h:1/a?k=v"},
+        {"user information", [](URI& u) { u.removeUserInfo(), u.setUser(u"w", false); }, "s://w@h:1/a?k=v"},
+        {"host", [](URI& u) { u.removeHost(); }, "s://u:p@:1/a?k=v"},
+        {"port", [](URI& u) { u.removePort(); }, "s://u:p@h/a?k=v"},
+        {"path", [](URI& u) { u.removePath(); }, "s://u:p@h:1?k=v"},
+        {"query", [](URI& u) { u.removeQuery(), u.setQuery(u"", false); }, "s://u:p@h:1/a?"},
+        {"authority", [](URI& u) { u.removeAuthority(), u.setHost(u"x", false); }, "s://x/a?k=v"},
+        {"part", [](URI& u) { u.removeSchemeSpecificPart(), u.setPath(u"b", false); }, "s:/b"},
+        {"all", [](URI& u) { u.removeAll(); }, ""},
+        {"set user information", [](URI& u) { u.setUserInfo(u"a/b:c:d", true); }, "s://a%2Fb:c%3Ad@h:1/a?k=v"},
+        {"set user alone", [](URI& u) { u.setUserInfo(u"a", false); }, "s://a:p@h:1/a?k=v"},
+        {"set authority", [](URI& u) { u.setAuthority(u"x@y:2", false); }, "s://x:p@y:2/a?k=v"},
+        {"set port alone", [](URI& u) { u.setAuthority(u":3", false); }, "s://u:p@h:3/a?k=v"},
+        {"fragment", [](URI& u) { u.setFragment(u"f"); }, "s://u:p@h:1/a?k=v"},
+    };
+    for (const auto& row : cases) {
+        URI uri(u"s://u:p@h:1/a?k=v");
+        row.edit(uri);
+        EXPECT_EQ(uri.toString(), row.printed) << row.what;
+    }
+    URI uri(u"s:o");
+    uri.removeAll();
+    EXPECT_EQ(uri.getSchemeSpecificPart(true), u"o") << "an opaque part stays";
+    uri.setPort(1);
+    EXPECT_FALSE(uri.hasAuthority() || uri.hasUserInfo() || uri.hasFragment() || !uri.getFragment().isEmpty());
+    EXPECT_THROW(uri.getUserInfo(false), Exception);
+    uri.setUserInfo(u"a%20:b%20", false);
+    EXPECT_EQ(uri.getUserInfo(true), u"a :b%20") << "a password is never unescaped here";
+    EXPECT_TRUE(uri.hasAuthority());
+}
+
 TEST(URI, ReadsEscapesAsThePlatformReadsNumbers)
 {
     struct {
