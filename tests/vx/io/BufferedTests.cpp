@@ -51,6 +51,71 @@ TYPED_TEST(Twins, StandInTheirOrder)
     expectSlots("writing", first + 2, writing); // as characters have here
 }
 
+/// What each operation gives and does to what lies below, which is written to `events`.
+template <class Family>
+std::string readInAllWays(typename Family::Input& in, const std::string& events)
+{
+    std::string results;
+    typename Family::Unit units[4] {};
+    const std::function<int()> ways[] = {[&] { return in.read(units, 2) + units[0]; }, [&] { return in.read(); },
+        [&] { return in.skip(2); }, [&] { return in.available(); }, [&] { return in.markSupported() ? 1 : 0; },
+        [&] { return in.mark(3), in.read(); }, [&] { return in.reset(), 0; }, [&] { return in.close(), 0; }};
+    for (const auto& way : ways) {
+        try {
+            results += std::to_string(way()) + ' ';
+        } catch (const IoException& failure) {
+            results += failure.getDescription().toUtf8() + ' ';
+        }
+    }
+    return results + events;
+}
+
+template <class Family>
+std::string writeInAllWays(typename Family::Output& out, const std::string& events)
+{
+    using Unit = typename Family::Unit;
+    const Unit units[] = {'a', 'b', 'c', 0};
+    out.write(units, 2);
+    out.write(units[2]);
+    if constexpr (sizeof(Unit) == sizeof(char16_t)) {
+        out.write(units);
+        out.write(String(units));
+    }
+    out.flush();
+    out.close();
+    return events;
+}
+
+TYPED_TEST(Twins, FiltersHandEverythingOn)
+{
+    using In = typename TypeParam::Input;
+    using Out = typename TypeParam::Output;
+    std::string below;
+    const auto source = [&](std::string& events) { return new Source<TypeParam>(this->letters(9), events); };
+    const Reference<In> bareSource(source(below));
+    const Reference<In> filteredSource(new typename TypeParam::FilterInput(source(this->m_events)));
+    EXPECT_EQ(readInAllWays<TypeParam>(*filteredSource, this->m_events), readInAllWays<TypeParam>(*bareSource, below));
+    // One that can be marked, so that the other answers are seen as well.
+    const auto buffered = [&] { return new typename TypeParam::BufferedInput(source(this->m_events), 16); };
+    const Reference<In> bare(buffered());
+    const Reference<In> filtered(new typename TypeParam::FilterInput(buffered()));
+    EXPECT_EQ(readInAllWays<TypeParam>(*filtered, {}), readInAllWays<TypeParam>(*bare, {}));
+
+    below.clear();
+    this->m_events.clear();
+    const Reference<Out> bareSink(new Sink<TypeParam>(below));
+    const Reference<Out> filteredSink(new typename TypeParam::FilterOutput(new Sink<TypeParam>(this->m_events)));
+    EXPECT_EQ(writeInAllWays<TypeParam>(*filteredSink, this->m_events), writeInAllWays<TypeParam>(*bareSink, below));
+
+    const Reference<In> noSource(new typename TypeParam::FilterInput(nullptr));
+    expectThrow<IoException>([&] { noSource->skip(1); }, u"stream closed");
+    expectThrow<IoException>([&] { noSource->reset(); }, u"stream closed");
+    noSource->close();
+    const Reference<Out> noSink(new typename TypeParam::FilterOutput(nullptr));
+    expectThrow<IoException>([&] { noSink->write(this->text("a"), 1); }, u"stream closed");
+    noSink->close();
+}
+
 TYPED_TEST(Twins, ReadInBlocksOfAtLeast16AndPastTheBuffer)
 {
     using S = Source<TypeParam>;

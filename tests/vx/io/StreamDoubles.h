@@ -7,6 +7,10 @@
 #include "vx/io/BufferedWriter.h"
 #include "vx/io/ByteArrayInputStream.h"
 #include "vx/io/ByteArrayOutputStream.h"
+#include "vx/io/FilterInputStream.h"
+#include "vx/io/FilterOutputStream.h"
+#include "vx/io/FilterReader.h"
+#include "vx/io/FilterWriter.h"
 #include "vx/io/IoException.h"
 
 #include <algorithm>
@@ -20,6 +24,8 @@ struct Bytes {
     using Unit = signed char;
     using Input = vx::io::InputStream;
     using Output = vx::io::OutputStream;
+    using FilterInput = vx::io::FilterInputStream;
+    using FilterOutput = vx::io::FilterOutputStream;
     using BufferedInput = vx::io::BufferedInputStream;
     using BufferedOutput = vx::io::BufferedOutputStream;
 };
@@ -28,6 +34,8 @@ struct Chars {
     using Unit = char16_t;
     using Input = vx::io::Reader;
     using Output = vx::io::Writer;
+    using FilterInput = vx::io::FilterReader;
+    using FilterOutput = vx::io::FilterWriter;
     using BufferedInput = vx::io::BufferedReader;
     using BufferedOutput = vx::io::BufferedWriter;
 };
