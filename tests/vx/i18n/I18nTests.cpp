@@ -86,6 +86,18 @@ TEST(Locale, TellsAComponentWhatItKnows)
         EXPECT_EQ(callSlot<std::int32_t>(view, row.slot, buffer), RESULT_OK);
         EXPECT_EQ(*text, row.text);
     }
+    IVXLocale* const inLocale = locale.get();
+    for (std::size_t slot = 6; slot < 14; slot += 2) { // names for people are not to be had
+        EXPECT_EQ(callSlot<std::int32_t>(view, slot, buffer), RESULT_FAIL) << slot;
+        EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, inLocale), RESULT_FAIL) << slot;
+    }
+
+    const Locale same(u"de", u"AT", u"euro");
+    const Locale other(u"de_at@euro");
+    EXPECT_TRUE(same.equals(*locale) && same.compareTo(*locale) == 0);
+    EXPECT_TRUE(!same.equals(other) && same.compareTo(other) < 0 && other.compareTo(same) > 0);
+    EXPECT_FALSE(same.equals(String(u"de_AT@euro")));
+    EXPECT_THROW(same.compareTo(String(u"de_AT@euro")), CastFailedException);
 }
 
 /// A bundle of another library. It does as it is told, and counts what it is handed.
