@@ -89,6 +89,9 @@ FileOutputStream::~FileOutputStream() noexcept(false)
 
 void FileOutputStream::write(const signed char* bytes, std::int32_t length)
 {
+    if (!m_mutex) // nobody to keep out, and nothing to close
+        return writeAll(bytes, length);
+
     const sync::ScopedWait mutex(m_mutex.get());
     const sync::ScopedWait semaphore(m_semaphore.get());
     const CloseBehind closing([this] {
@@ -251,6 +254,13 @@ void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length,
     std::optional<detail::EntryNote> note;
     if (m_semaphore && end != NO_POSITION)
         note.emplace(guarded(), end, length);
+    writeAll(bytes, length);
+    if (note)
+        note->done();
+}
+
+void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length)
+{
     const auto put = m_isRegular ? VXFileWriteRegular : VXFileWrite;
     while (length > 0) {
         std::int32_t done = 0;
@@ -260,8 +270,6 @@ void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length,
         bytes += done;
         length -= done;
     }
-    if (note)
-        note->done();
 }
 
 } // namespace vx::io

@@ -99,6 +99,7 @@ private:
     /// Where the stream stands, if that is the end of the file.
     std::int64_t positionAtEnd() const;
     void writeEntry(const signed char* bytes, std::int32_t length, std::int64_t end);
+    void writeAll(const signed char* bytes, std::int32_t length);
 
     String m_path;
     std::atomic<std::uint32_t> m_handle; ///< `is_open` looks at it without the mutex

@@ -306,48 +306,61 @@ constexpr std::uint32_t bucketOf(std::u16string_view name) noexcept
 
 } // namespace
 
+constexpr FieldOrder::Row FieldOrder::rowOf(
+    std::u16string_view name, LogEntry::LoggerField field, const Object* value) noexcept
+{
+    return {bucketOf(name), field, name.data(), name.size(), value};
+}
+
+constexpr std::array<FieldOrder::Row, LogEntry::LOGGER_FIELD_COUNT> FieldOrder::OF_LOGGER = [] {
+    std::array<Row, LogEntry::LOGGER_FIELD_COUNT> rows {};
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        const LogEntry::LoggerField field = LogEntry::ORDER_OF_SETTING[index];
+        rows[index] = rowOf(nameOf(LogEntry::LOGGER_FIELD_NAMES[field]), field, nullptr);
+    }
+    std::sort(rows.begin(), rows.end(), [](const Row& left, const Row& right) { return left.bucket > right.bucket; });
+    return rows;
+}();
+
 FieldOrder::FieldOrder(const ILogEntry& entry)
 {
+    static_assert(
+        std::ranges::adjacent_find(OF_LOGGER, {}, &Row::bucket) == OF_LOGGER.end(), "which is older does not matter");
     if (!vx::detail::isExactly<LogEntry>(entry))
         return;
     const auto& own = static_cast<const LogEntry&>(entry);
     if (own.m_map != nullptr)
         return;
     m_entry = &own;
+    m_begin = OF_LOGGER.data();
+    m_end = m_begin + OF_LOGGER.size();
+    if (!own.m_fields.empty())
+        addPlainFields();
+}
 
-    // The buckets of a logger's fields from the last down, made once.
-    static constexpr auto OF_LOGGER = [] {
-        std::array<Row, LogEntry::LOGGER_FIELD_COUNT> rows {};
-        for (std::size_t index = 0; index < rows.size(); ++index) {
-            const LogEntry::LoggerField field = LogEntry::ORDER_OF_SETTING[index];
-            const std::u16string_view name = nameOf(LogEntry::LOGGER_FIELD_NAMES[field]);
-            rows[index] = {bucketOf(name), field, nullptr, name};
-        }
-        std::sort(
-            rows.begin(), rows.end(), [](const Row& left, const Row& right) { return left.bucket > right.bucket; });
-        return rows;
-    }();
-    for (const Row& row : OF_LOGGER) {
-        if (own.m_facts.has(row.field)) {
-            m_rows[m_size] = row;
-            m_rows[m_size++].value = own.m_values[row.field].load(std::memory_order_acquire);
-        }
-    }
-    for (const LogEntry::Field& field : own.m_fields) {
-        const std::u16string_view name = field.name.view();
-        const std::uint32_t bucket = bucketOf(name);
-        Row* place = m_rows + m_size++;
-        for (; place > m_rows && place[-1].bucket < bucket; --place)
+void FieldOrder::addPlainFields()
+{
+    Row* end = std::copy(m_begin, m_end, m_rows);
+    for (const LogEntry::Field& field : m_entry->m_fields) {
+        const Row row = rowOf(field.name.view(), LogEntry::LOGGER_FIELD_COUNT, field.value.get());
+        Row* place = end++;
+        for (; place > m_rows && place[-1].bucket < row.bucket; --place)
             *place = place[-1];
-        *place = {bucket, LogEntry::LOGGER_FIELD_COUNT, field.value.get(), name};
+        *place = row;
     }
+    m_begin = m_rows;
+    m_end = end;
 }
 
 void FieldOrder::print(const Row& row, EntryText& text) const
 {
-    if (row.value != nullptr)
-        text.append(row.value->toString().view());
-    else if (row.field != LogEntry::LOGGER_FIELD_COUNT)
+    const bool isOfLogger = row.field != LogEntry::LOGGER_FIELD_COUNT;
+    const Object* value = row.value;
+    if (isOfLogger)
+        value = m_entry->m_values[row.field].load(std::memory_order_acquire);
+    if (value != nullptr)
+        text.append(value->toString().view());
+    else if (isOfLogger)
         m_entry->print(row.field, text);
     else
         throwResult(RESULT_END_OF_FILE); // as `getField` does

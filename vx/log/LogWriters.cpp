@@ -17,6 +17,8 @@ namespace vx::log {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 using detail::EntryText;
 using detail::FieldOrder;
 
@@ -26,8 +28,10 @@ template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
     if (const FieldOrder order(entry); order.isKnown()) {
-        for (const FieldOrder::Row& row : order)
-            take(row.name, [&](EntryText& text) { order.print(row, text); });
+        for (const FieldOrder::Row& row : order) {
+            if (order.has(row))
+                take(std::u16string_view(row.name, row.length), [&](EntryText& text) { order.print(row, text); });
+        }
         return;
     }
     const Reference<const collections::Set<String>> names = entry.getFieldNames();
@@ -182,7 +186,7 @@ void BasicLogWriter::print(const AbstractLogWriter&, const ILogEntry& entry, Ent
         printValue(text);
         text.append(u'\n');
     });
-    text.append(u"-------------------------\n");
+    text.append(u"-------------------------\n"sv);
 }
 
 XmlLogWriter::XmlLogWriter(io::Writer* writer, Values values)
@@ -218,11 +222,11 @@ String XmlLogWriter::format(const ILogEntry* entry)
 void XmlLogWriter::print(const AbstractLogWriter& self, const ILogEntry& entry, EntryText& text)
 {
     const bool isEscaped = static_cast<const XmlLogWriter&>(self).m_values == Values::ESCAPED;
-    text.append(u"  <entry>\n");
+    text.append(u"  <entry>\n"sv);
     forEachField(entry, [&](std::u16string_view name, auto printValue) {
-        text.append(u"    <");
+        text.append(u"    <"sv);
         text.append(name);
-        text.append(u"> ");
+        text.append(u"> "sv);
         if (isEscaped) {
             EntryText value;
             printValue(value);
@@ -230,11 +234,11 @@ void XmlLogWriter::print(const AbstractLogWriter& self, const ILogEntry& entry, 
         } else {
             printValue(text);
         }
-        text.append(u" </");
+        text.append(u" </"sv);
         text.append(name.substr(0, name.find(u' ')));
-        text.append(u">\n");
+        text.append(u">\n"sv);
     });
-    text.append(u"  </entry>\n");
+    text.append(u"  </entry>\n"sv);
 }
 
 } // namespace vx::log

@@ -94,36 +94,31 @@ private:
     bool m_wasWaiting;
 };
 
-/// `write`, for what raises no SIGPIPE. Gives the bytes written; `*error` is the native error after -1.
-ssize_t writePlain(int descriptor, const void* source, std::size_t length, int* error) noexcept
-{
-    const ssize_t written = retryOnSignal([&] { return ::write(descriptor, source, length); });
-    *error = errno;
-    return written;
-}
-
-/// `write` that never raises SIGPIPE, whatever stands behind the descriptor.
+/// `write` that never raises SIGPIPE, whatever stands behind the descriptor. `*error` is the native error after -1.
 ssize_t writeWithoutSignal(int descriptor, const void* source, std::size_t length, int* error) noexcept
 {
     struct stat status;
     ssize_t written = ::fstat(descriptor, &status);
     if (written == 0) {
-        if (S_ISREG(status.st_mode))
-            return writePlain(descriptor, source, length, error);
-        if (!S_ISSOCK(status.st_mode)) {
+        const auto write = [&] { return ::write(descriptor, source, length); };
+        if (S_ISREG(status.st_mode)) {
+            written = retryOnSignal(write);
+        } else if (S_ISSOCK(status.st_mode)) {
+            written = retryOnSignal([&] { return ::send(descriptor, source, length, MSG_NOSIGNAL); });
+        } else {
             const PipeSignalShield shield;
-            return writePlain(descriptor, source, length, error);
+            written = retryOnSignal(write);
+            *error = errno;
+            return written;
         }
-        written = retryOnSignal([&] { return ::send(descriptor, source, length, MSG_NOSIGNAL); });
     }
     *error = errno;
     return written;
 }
 
-/// A write by `put`, one of the two above.
+/// A write by `put(error)`, which gives the bytes written, or -1 and the native error.
 template <class Put>
-std::int32_t writeBy(
-    Put put, std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
+std::int32_t writeBy(Put put, const void* source, std::int32_t length, std::int32_t* done) noexcept
 {
     if (done == nullptr)
         return RESULT_INVALID_ARGUMENT;
@@ -132,7 +127,7 @@ std::int32_t writeBy(
         return RESULT_INVALID_ARGUMENT;
 
     int error = 0;
-    const ssize_t written = put(descriptorOf(handle), source, static_cast<std::size_t>(length), &error);
+    const ssize_t written = put(&error);
     if (written == -1)
         return VXResultFromNative(error);
     *done = static_cast<std::int32_t>(written);
@@ -203,7 +198,11 @@ std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32_t length,
 
 std::int32_t VXFileWrite(std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
 {
-    return writeBy(writeWithoutSignal, handle, source, length, done);
+    return writeBy(
+        [&](int* error) {
+            return writeWithoutSignal(descriptorOf(handle), source, static_cast<std::size_t>(length), error);
+        },
+        source, length, done);
 }
 
 std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept
@@ -217,7 +216,15 @@ std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept
 std::int32_t VXFileWriteRegular(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
 {
-    return writeBy(writePlain, handle, source, length, done);
+    return writeBy(
+        [&](int* error) {
+            const ssize_t written = retryOnSignal(
+                [&] { return ::write(descriptorOf(handle), source, static_cast<std::size_t>(length)); });
+            if (written == -1)
+                *error = errno;
+            return written;
+        },
+        source, length, done);
 }
 
 std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept

@@ -2,6 +2,8 @@
 
 #include "vx/log/LogEntry.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -15,25 +17,41 @@ class FieldOrder {
 public:
     struct Row {
         std::uint32_t bucket;
-        LogEntry::LoggerField field; ///< whose value nobody has made, where `value` is null
-        const Object* value; ///< not counted
-        std::u16string_view name;
+        LogEntry::LoggerField field; ///< LOGGER_FIELD_COUNT: none of a logger
+        const char16_t* name;
+        std::size_t length; ///< of the name
+        const Object* value; ///< not counted, may be null; not of a logger's field
     };
 
     /// The entry keeps its fields meanwhile.
     explicit FieldOrder(const ILogEntry& entry);
 
     bool isKnown() const noexcept { return m_entry != nullptr; }
-    const Row* begin() const noexcept { return m_rows; }
-    const Row* end() const noexcept { return m_rows + m_size; }
+    /// With fields of a logger that the entry may not have.
+    const Row* begin() const noexcept { return m_begin; }
+    const Row* end() const noexcept { return m_end; }
+    bool has(const Row& row) const noexcept
+    {
+        return row.field == LogEntry::LOGGER_FIELD_COUNT || m_entry->m_facts.has(row.field);
+    }
 
     /// Appends the text of a row's value. Throws ResultException with RESULT_END_OF_FILE where it is null.
     void print(const Row& row, EntryText& text) const;
 
 private:
-    Row m_rows[LogEntry::FEW];
-    int m_size = 0;
+    static constexpr std::size_t MOST = LogEntry::FEW + LogEntry::LOGGER_FIELD_COUNT;
+
+    static constexpr Row rowOf(std::u16string_view name, LogEntry::LoggerField field, const Object* value) noexcept;
+
+    /// The fields of a logger, the buckets from the last down.
+    static const std::array<Row, LogEntry::LOGGER_FIELD_COUNT> OF_LOGGER;
+
+    void addPlainFields();
+
     const LogEntry* m_entry = nullptr;
+    const Row* m_begin = nullptr;
+    const Row* m_end = nullptr;
+    Row m_rows[MOST];
 };
 
 } // namespace vx::log::detail
