@@ -3,7 +3,9 @@
 
 import os
 import random
+import re
 import resource
+import shutil
 import signal
 import subprocess
 import tempfile
@@ -13,6 +15,22 @@ import xml.etree.ElementTree as ElementTree
 
 PROGRAM = os.environ["VXLOG"]
 SEPARATOR = "-" * 25 + "\n"
+WRONG_COMMAND_LINES = [
+    (["--no-such"], "--no-such"),
+    (["-l", "high"], "high"),
+    (["-l"], "-l"),
+    (["--async", "0"], "--async"),
+    (["--format", "json"], "json"),
+    (["--fields", "text,colour"], "colour"),
+    (["--fields", ""], "--fields"),
+    (["--escape"], "--escape"),
+    (["a", "b"], "b"),
+    (["-f", ""], "empty"),
+    (["--to", "http://localhost"], "http://localhost"),
+    (["--to", "vxlog://localhost:0"], ":0"),
+    (["--to", "vxlog://localhost?level=high"], "high"),
+    (["--to", "vxlog://localhost", "-n", "x"], "--to"),
+]
 
 
 def vxlog(*arguments, data=b"", **options):
@@ -133,18 +151,7 @@ class Documents(Scratch):
 
 class Faults(Scratch):
     def test_tells_what_is_wrong_with_the_command_line(self):
-        for arguments, part in [
-            (["--no-such"], "--no-such"),
-            (["-l", "high"], "high"),
-            (["-l"], "-l"),
-            (["--async", "0"], "--async"),
-            (["--format", "json"], "json"),
-            (["--fields", "text,colour"], "colour"),
-            (["--fields", ""], "--fields"),
-            (["--escape"], "--escape"),
-            (["a", "b"], "b"),
-            (["-f", ""], "empty"),
-        ]:
+        for arguments, part in WRONG_COMMAND_LINES:
             with self.subTest(arguments=arguments):
                 self.assertFails(vxlog(*arguments), part, "--help", status=2)
 
@@ -173,9 +180,73 @@ class Faults(Scratch):
     def test_prints_help_and_version(self):
         result = vxlog("--help")
         self.assertSucceeds(result)
-        for option in "--file --format --escape --level --name --fields --async --encoding".split():
+        for option in "--file --format --escape --level --name --fields --async --encoding --locale".split():
             self.assertIn(option, result.stdout.decode())
         self.assertRegex(vxlog("--version").stdout.decode(), r"\Avxlog \d+\.\d+\.\d+\n\Z")
+
+
+class Languages(Scratch):
+    """What is said where the messages are registered, in a store of its own."""
+
+    def setUp(self):
+        super().setUp()
+        self.folder = os.path.realpath(os.path.dirname(self.log))
+        self.library = shutil.copy(os.environ["VXLOG_BUNDLES"], self.folder)
+        os.chmod(self.library, 0o755)
+        self.texts = os.path.join(self.folder, "texts")
+        shutil.copytree(os.path.join(os.path.dirname(os.environ["VXLOG_BUNDLES"]), "texts"), self.texts)
+        self.environment = {**os.environ, "LC_ALL": "C", "VXSYS4_REGISTRY": os.path.join(self.folder, "store")}
+        subprocess.run([os.environ["VXREG"], "register", self.library], check=True, env=self.environment)
+
+    def told(self, *arguments, **variables):
+        """All that is said of a failure, and of it no other than the language."""
+        result = vxlog(*arguments, data=b"x\n", env={**self.environment, **variables})
+        said = result.stdout if "--help" in arguments else result.stderr
+        return result.returncode, said.decode(errors="surrogateescape")
+
+    def test_says_everything_in_each(self):
+        with open(self.log, "w", encoding="utf-8") as file:
+            file.write("x")
+        failures = [["-e", "no-such"], ["-f", "a\\b"], ["--format", "xml", "-f", self.log], ["--help"]]
+        for arguments in [arguments for arguments, _ in WRONG_COMMAND_LINES] + failures:
+            with self.subTest(arguments=arguments):
+                english = self.told(*arguments)
+                self.assertEqual(self.told("--locale", "en_US", *arguments), english)
+                others = {self.told("--locale=" + locale, *arguments) for locale in ("de_AT.UTF-8@euro", "fr")}
+                self.assertEqual({status for status, _ in others}, {english[0]})
+                self.assertEqual(len(others | {english}), 3)
+        for option in ["--locale", "de"], ["--loc=fr", "--locale=de"]:
+            self.assertIn("falsche Option --no-such; mehr sagt vxlog --help", self.told("--no-such", *option)[1])
+        # A file name is bytes.
+        self.assertIn("\udcff", self.told(b"\xff", "--locale=de")[1])
+
+    def test_puts_the_same_into_each(self):
+        def places(locale):
+            with open(os.path.join(self.texts, f"tools.{locale}.txt"), encoding="utf-8") as file:
+                texts = dict(line.split(" = ", 1) for line in file if " = " in line)
+            return {key: sorted(re.findall(r"\{\d\}", text)) for key, text in texts.items()}
+
+        self.assertEqual(places("de"), places("en_US"))
+        self.assertEqual(places("fr"), places("en_US"))
+
+    def test_says_it_in_another_where_there_is_none_or_it_is_broken(self):
+        english = self.told("--escape")
+        german = self.told("--escape", "--locale=de")
+        self.assertNotEqual(german, english)
+        for locale in ("xx", "", "..\\de", "/" * 9999):
+            self.assertEqual(self.told("--escape", "--locale", locale), english, locale)
+        self.assertEqual(self.told("--escape", "--locale=de", VXSYS4_REGISTRY=self.folder + "/none"), english)
+
+        path = os.path.join(self.texts, "tools.de.txt")
+        for content in (b"vxlog.escape-is-xml =\n", b"no text\n", b"\xff = \xff\n"):
+            with open(path, "wb") as file:
+                file.write(content)
+            self.assertEqual(self.told("--escape", "--locale=de"), english, content)
+        os.truncate(self.library, 1000)
+        self.assertEqual(self.told("--escape", "--locale=fr"), english)
+        result = vxlog("--locale=fr", data=b"x\n", env=self.environment)
+        self.assertSucceeds(result)
+        self.assertEqual(entries_of(result.stdout.decode()), [{"level": "0", "text": "x"}])
 
 
 class Signals(Scratch):

@@ -8,6 +8,24 @@
 
 namespace vxtools {
 
+namespace {
+
+constexpr Message BECAUSE {u"tools.because", "{0}: {1}"};
+
+} // namespace
+
+Failure::Failure(const Text& what, const Text& why)
+    : runtime_error(Messages().say(BECAUSE(what, why)))
+    , m_text(BECAUSE(what, why))
+{
+}
+
+UsageError::UsageError(const Text& text)
+    : invalid_argument(Messages().say(text))
+    , m_text(text)
+{
+}
+
 std::string textOfError(int error)
 {
     return std::generic_category().message(error);

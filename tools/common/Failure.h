@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Messages.h"
+
 #include <vx/Exception.h>
 
 #include <stdexcept>
@@ -7,14 +9,27 @@
 
 namespace vxtools {
 
-/// What ends the program: one line for a person.
+/// What ends the program: one line for a person. `what` of the base tells it in English.
 class Failure : public std::runtime_error {
 public:
     /// `what` names the thing that failed, `why` says what is wrong with it.
-    Failure(const std::string& what, const std::string& why)
-        : std::runtime_error(what + ": " + why)
-    {
-    }
+    Failure(const Text& what, const Text& why);
+
+    const Text& text() const noexcept { return m_text; }
+
+private:
+    Text m_text;
+};
+
+/// A fault of the command line, as std::invalid_argument is, in any language.
+class UsageError : public std::invalid_argument {
+public:
+    explicit UsageError(const Text& text);
+
+    const Text& text() const noexcept { return m_text; }
+
+private:
+    Text m_text;
 };
 
 /// What the system says about one of its error numbers.

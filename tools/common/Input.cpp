@@ -10,7 +10,7 @@
 namespace vxtools {
 
 Input::Input(const std::string& path)
-    : m_name(path == "-" ? "standard input" : path)
+    : m_name(path == "-" ? STANDARD_INPUT() : Text(path))
 {
     if (path != "-") {
         m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Messages.h"
+
 #include <cstdint>
 #include <string>
 
@@ -15,12 +17,12 @@ public:
 
     int descriptor() const noexcept { return m_descriptor; }
     /// For messages.
-    const std::string& name() const noexcept { return m_name; }
+    const Text& name() const noexcept { return m_name; }
     /// In bytes; -1 where nobody knows before the end.
     std::int64_t size() const noexcept { return m_size; }
 
 private:
-    std::string m_name;
+    Text m_name;
     int m_descriptor = 0;
     std::int64_t m_size = -1;
 };

@@ -27,7 +27,7 @@ void complain(const char* name, const std::string& text)
 void print(const std::string& text)
 {
     if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) == EOF)
-        throw Failure("standard output", textOfError(errno));
+        throw Failure(STANDARD_OUTPUT(), textOfError(errno));
 }
 
 void printVersion(const char* name)
@@ -35,17 +35,24 @@ void printVersion(const char* name)
     print(std::string(name) + " " VX_TOOLS_VERSION "\n");
 }
 
-int runProgram(const char* name, const std::function<void()>& work)
+int runProgram(const char* name, const std::function<void()>& work, Messages& messages)
 {
     occupyStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    const auto refuse = [&](const Text& text) {
+        complain(name, messages.say(SEE_HELP(text, name)));
+        return USAGE_ERROR;
+    };
     try {
         work();
         return SUCCESS;
+    } catch (const UsageError& failure) {
+        return refuse(failure.text());
     } catch (const std::invalid_argument& failure) {
-        complain(name, std::string(failure.what()) + "; " + name + " --help tells more");
-        return USAGE_ERROR;
+        return refuse(failure.what());
+    } catch (const Failure& failure) {
+        complain(name, messages.say(failure.text()));
     } catch (const vx::Exception& failure) {
         complain(name, textOf(failure));
     } catch (const std::bad_alloc&) {
@@ -54,6 +61,12 @@ int runProgram(const char* name, const std::function<void()>& work)
         complain(name, failure.what());
     }
     return FAILURE;
+}
+
+int runProgram(const char* name, const std::function<void()>& work)
+{
+    Messages english;
+    return runProgram(name, work, english);
 }
 
 } // namespace vxtools

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Messages.h"
+
 #include <functional>
 #include <string>
 
@@ -15,7 +17,9 @@ void printVersion(const char* name);
 
 /// Runs a program with its standard streams open and without the signals of failed writes, which tell more as results.
 /// Gives the exit code: 0, 1 for a failure, 2 for a std::invalid_argument, which is a fault of the command line. What is
-/// thrown becomes a complaint.
+/// thrown becomes a complaint, in the language of `messages`.
+int runProgram(const char* name, const std::function<void()>& work, Messages& messages);
+/// As above, in English.
 int runProgram(const char* name, const std::function<void()>& work);
 
 } // namespace vxtools

@@ -28,7 +28,7 @@ private:
     void checkEnd() const;
     [[noreturn]] void failAt(std::int64_t place, const char* why) const;
 
-    std::string m_name;
+    vxtools::Text m_name;
     Progress& m_progress;
     bool m_isUtf8;
     int m_unitSize = 1;

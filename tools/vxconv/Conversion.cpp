@@ -89,7 +89,7 @@ private:
 
     std::string placeOfByte() const { return "byte " + std::to_string(m_reader->getPosition()); }
 
-    std::string m_name;
+    Text m_name;
     Progress m_progress;
     String m_encoding;
     Reference<InputStreamReader> m_reader;
@@ -161,7 +161,7 @@ private:
         return name;
     }
 
-    std::string m_inputName;
+    Text m_inputName;
     std::string m_outputName;
     String m_encoding;
     Reference<OutputStreamWriter> m_writer;

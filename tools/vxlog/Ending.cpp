@@ -1,5 +1,6 @@
 #include "Ending.h"
 
+#include "Texts.h"
 #include "common/Failure.h"
 
 #include <atomic>
@@ -38,7 +39,7 @@ void catchEndingSignals()
 {
     g_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (g_wake < 0)
-        throw Failure("waiting for signals", textOfError(errno));
+        throw Failure(WAITING_FOR_SIGNALS(), textOfError(errno));
     for (const int signal : ENDING_SIGNALS) {
         if (std::signal(signal, askForEnding) == SIG_IGN)
             std::signal(signal, SIG_IGN); // as `nohup` wants it

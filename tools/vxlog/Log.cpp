@@ -3,6 +3,7 @@
 #include "Ending.h"
 #include "Sender.h"
 #include "Target.h"
+#include "Texts.h"
 #include "common/EntryStream.h"
 #include "common/Failure.h"
 #include "common/Input.h"
@@ -36,7 +37,7 @@ constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 String canonicalPath(const std::string& file)
 {
     if (file.find('\\') != file.npos)
-        throw Failure(file, "a file name with a backslash");
+        throw Failure(file, BACKSLASH());
     std::error_code error;
     const std::filesystem::path path = std::filesystem::weakly_canonical(std::filesystem::absolute(file, error), error);
     if (error)
@@ -61,7 +62,7 @@ Reference<io::FileOutputStream> openFile(const Options& options)
         throw Failure(options.file, textOf(failure));
     }
     if (options.format == Options::Format::XML && size > 0)
-        throw Failure(options.file, "is not empty, and an XML document cannot be continued");
+        throw Failure(options.file, NOT_CONTINUED());
     return file;
 }
 
@@ -99,7 +100,7 @@ public:
                 new io::InputStreamReader(new EndingInput(input), String(options.encoding).getData(), BLOCK_SIZE),
                 BLOCK_SIZE);
         } catch (const text::charset::UnknownEncodingException&) {
-            throw Failure("unknown encoding \"" + options.encoding + "\"", "vxconv --list prints the known ones");
+            throw Failure(UNKNOWN_ENCODING(options.encoding), SEE_LIST());
         }
     }
 
@@ -113,7 +114,7 @@ public:
     }
 
 private:
-    std::string m_name;
+    Text m_name;
     Reference<io::BufferedReader> m_reader;
 };
 
@@ -144,7 +145,7 @@ void log(const Options& options)
         sendLines(lines, *options.to);
         return;
     }
-    const std::string name = options.file == "-" ? "standard output" : options.file;
+    const Text name = options.file == "-" ? STANDARD_OUTPUT() : Text(options.file);
     const Reference<io::FileOutputStream> file = openFile(options);
     const Reference<Target> target(new Target(createWriter(options, file.get())));
     const Reference<log::Logger> logger = createLogger(options);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sender.h"
+#include "common/Messages.h"
 
 #include <optional>
 #include <string>
@@ -25,9 +26,12 @@ struct Options {
     std::optional<Destination> to; ///< instead of a log of its own
 };
 
-/// Throws std::invalid_argument with what is wrong with the command line.
+/// The locale that the program is to speak in, whatever else the command line says and however wrong it is.
+std::optional<std::string> localeOf(int argc, char** argv);
+
+/// Throws UsageError with what is wrong with the command line.
 Options parseOptions(int argc, char** argv);
 
-std::string usage();
+std::string usage(vxtools::Messages& messages);
 
 } // namespace vxlog

@@ -1,5 +1,6 @@
 #include "Sender.h"
 
+#include "Texts.h"
 #include "common/Failure.h"
 
 #include <vx/net/SocketResult.h>
@@ -8,7 +9,6 @@
 #include <charconv>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <stdexcept>
 #include <string_view>
 #include <sys/socket.h>
 
@@ -18,6 +18,7 @@ namespace {
 
 using vx::net::TcpClientSocket2;
 using vxtools::Failure;
+using vxtools::UsageError;
 
 /// The number of a parameter, if there is one.
 std::optional<int> numberIn(const vx::net::URI& uri, const char16_t* key)
@@ -28,7 +29,7 @@ std::optional<int> numberIn(const vx::net::URI& uri, const char16_t* key)
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size())
-        throw std::invalid_argument("--to: " + vx::String(key).toUtf8() + " is a number, not \"" + text + "\"");
+        throw UsageError(NO_PARAMETER(vx::String(key).toUtf8(), text));
     return number;
 }
 
@@ -44,12 +45,12 @@ Destination parseDestination(const std::string& text)
     constexpr int LAST_PORT = 65535;
     const vx::net::URI uri {vx::String(std::string_view(text))};
     if (!uri.hasScheme() || !uri.getScheme().equals(u"vxlog", true) || !uri.hasHost())
-        throw std::invalid_argument("--to takes vxlog://HOST:PORT, not \"" + text + "\"");
+        throw UsageError(NO_DESTINATION(text));
     Destination destination;
     destination.host = uri.getHost(true).toUtf8();
     if (uri.hasPort()) {
         if (uri.getPort() < 1 || uri.getPort() > LAST_PORT)
-            throw std::invalid_argument("--to: no such port in \"" + text + "\"");
+            throw UsageError(NO_PORT(text));
         destination.port = static_cast<unsigned short>(uri.getPort());
     }
     destination.level = numberIn(uri, u"level");
@@ -90,7 +91,7 @@ void Sender::finish()
     if (const std::size_t last = heard.rfind("ack "); last != heard.npos && heard.ends_with('\n'))
         std::from_chars(heard.data() + last + 4, heard.data() + heard.size(), answered);
     if (answered != m_lines)
-        fail("has acknowledged " + std::to_string(answered) + " of " + std::to_string(m_lines) + " lines");
+        fail(NOT_ACKNOWLEDGED(answered, m_lines));
 }
 
 void Sender::connect(const Destination& destination)
@@ -149,7 +150,7 @@ std::string Sender::hearAll()
     }
 }
 
-void Sender::fail(const std::string& why)
+void Sender::fail(const vxtools::Text& why)
 {
     m_hasFailed = true;
     throw Failure(m_name, why);

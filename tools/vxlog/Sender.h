@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/Messages.h"
+
 #include <vx/String.h>
 #include <vx/net/TcpClientSocket2.h>
 
@@ -18,7 +20,7 @@ struct Destination {
     bool wantsAnswers = false;
 };
 
-/// Throws std::invalid_argument with what is wrong with the URI.
+/// Throws UsageError with what is wrong with the URI.
 Destination parseDestination(const std::string& uri);
 
 /// Sends lines to a vxlogd. What goes wrong is a Failure that names the server.
@@ -36,7 +38,7 @@ private:
     void flush();
     /// What the server has to say until it ends the connection.
     std::string hearAll();
-    [[noreturn]] void fail(const std::string& why);
+    [[noreturn]] void fail(const vxtools::Text& why);
 
     std::string m_name;
     bool m_wantsAnswers;

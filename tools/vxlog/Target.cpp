@@ -1,5 +1,6 @@
 #include "Target.h"
 
+#include "Texts.h"
 #include "common/Failure.h"
 
 #include <exception>
@@ -30,11 +31,11 @@ void Target::close()
     guard([&] { m_writer.detach()->Release(); }); // a reference would keep the failure to itself
 }
 
-void Target::check(const std::string& log) const
+void Target::check(const vxtools::Text& log) const
 {
     const std::lock_guard lock(m_lock);
     if (m_hasFailed)
-        throw vxtools::Failure(log, m_failure + " (after " + std::to_string(m_written) + " entries)");
+        throw vxtools::Failure(log, AFTER_ENTRIES(m_failure, m_written));
 }
 
 template <class Work>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/Messages.h"
+
 #include <vx/Object.h>
 #include <vx/Reference.h>
 #include <vx/log/ILogProcessor.h>
@@ -26,7 +28,7 @@ public:
     void close();
     bool hasFailed() const noexcept { return m_hasFailed; }
     /// Throws Failure for `log` if there was a failure.
-    void check(const std::string& log) const;
+    void check(const vxtools::Text& log) const;
 
 private:
     template <class Work>

@@ -10,11 +10,11 @@ namespace {
 using namespace vxlog;
 using namespace vxtools;
 
-void run(const Options& options)
+void run(const Options& options, Messages& messages)
 {
     switch (options.task) {
     case Options::Task::HELP:
-        print(usage());
+        print(usage(messages));
         return;
     case Options::Task::VERSION:
         printVersion("vxlog");
@@ -29,5 +29,7 @@ void run(const Options& options)
 
 int main(int argc, char** argv)
 {
-    return runProgram("vxlog", [&] { run(parseOptions(argc, argv)); });
+    Messages messages(localeOf(argc, argv));
+    return runProgram(
+        "vxlog", [&] { run(parseOptions(argc, argv), messages); }, messages);
 }
