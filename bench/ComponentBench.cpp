@@ -7,12 +7,16 @@
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/util/RegistryKey.h"
+#include "vx/vorb/IVXClassFactory.h"
 #include "vxsys/Component.h"
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -74,9 +78,16 @@ private:
     ScopedVariable m_named {"VXSYS4_REGISTRY", (m_scratch / "store").c_str()};
 };
 
+/// What has stood in the store for a while, as settings do.
+void letSettle()
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+}
+
 void createByProgId(benchmark::State& state)
 {
     const Store store;
+    letSettle();
     for (auto _ : state) {
         Reference<IGreeter> greeter;
         if (VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &IGreeter::IID, greeter.outVoid()) != RESULT_OK)
@@ -86,11 +97,32 @@ void createByProgId(benchmark::State& state)
 }
 BENCHMARK(createByProgId);
 
+/// The same object by a symbol of the library, for whoever knows file and class.
+void createBySymbol(benchmark::State& state)
+{
+    const Store store;
+    _GUID classId;
+    throwIfFailed(VXComClassIDFromProgID(u"Example.Greeter", &classId));
+    void* const library = ::dlopen((store.scratch() / "greeter.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    const auto getClassObject
+        = reinterpret_cast<std::int32_t (*)(const _GUID*, const _GUID*, void**)>(::dlsym(library, "VXGetClassObject"));
+    for (auto _ : state) {
+        Reference<IVXClassFactory> factory;
+        Reference<IGreeter> greeter;
+        if (getClassObject(&classId, &IVXClassFactory::IID, factory.outVoid()) != RESULT_OK
+            || factory->CreateInstance(nullptr, IGreeter::IID, greeter.outVoid()) != RESULT_OK)
+            state.SkipWithError("no object");
+    }
+    ::dlclose(library);
+}
+BENCHMARK(createBySymbol);
+
 void readValue(benchmark::State& state)
 {
     const Store store;
     const util::RegistryKey key(VX_HKEY_USER, u"Software\\Bench");
     key.setValue(u"number", 5);
+    letSettle();
     for (auto _ : state) {
         if (key.getValueUINT32(u"number") != 5)
             state.SkipWithError("another value");

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <random>
 #include <string>
 #include <sys/stat.h>
@@ -158,6 +159,50 @@ TEST_F(Registry, IsForItsOwnerAlone)
     EXPECT_EQ(get(u"a", u"v"), "failed");
     const ScopedVariable relative("VXSYS4_REGISTRY", "elsewhere");
     EXPECT_EQ(set(u"a", u"v", "2"), RESULT_INVALID_NAME);
+}
+
+TEST_F(Registry, SeesWhatIsDoneToAValueThatItHasReadBefore)
+{
+    const std::tuple<const char*, std::function<void()>, std::string> cases[] = {
+        {"a change by this process", [] { set(u"a", u"v", "2"); }, "2"},
+        {"changes by another one",
+            [] { Child([](Child::Side&) { set(u"a", u"v", "2"), set(u"a", u"v", "3"); }).wait(); }, "3"},
+        {"another value beside it", [] { set(u"a", u"w", "2"); }, "1"},
+        {"a removal of the value", [] { VXRegistryDeleteValue(VX_HKEY_USER, u"a", u"v"); }, "none"},
+        {"a removal of the key", [] { VXRegistryDeleteKey(VX_HKEY_USER, u"A"); }, "none"},
+        {"a key made anew",
+            [] {
+                VXRegistryDeleteKey(VX_HKEY_USER, u"a");
+                set(u"A", u"V", "4");
+            },
+            "4"},
+        {"a store that is open to others", [&] { ::chmod(m_place.c_str(), 0777); }, "failed"},
+        {"a file that is open to others", [&] { ::chmod((m_place / "user/k-a/key").c_str(), 0666); }, "failed"},
+        {"a link in the store's place",
+            [&] {
+                std::filesystem::rename(m_place, m_scratch / "elsewhere");
+                std::filesystem::create_directory_symlink("elsewhere", m_place);
+            },
+            "failed"},
+        {"another store in its place",
+            [&] {
+                std::filesystem::rename(m_place, m_scratch / "elsewhere");
+                set(u"a", u"v", "5");
+            },
+            "5"},
+    };
+    for (const auto& [what, work, found] : cases) {
+        ASSERT_EQ(set(u"a", u"v", "1"), RESULT_OK) << what;
+        // Until the file is old enough to be known again, which nothing here depends on.
+        for (int i = 0; i < 3; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            EXPECT_EQ(get(u"a", u"v"), "1") << what;
+        }
+        work();
+        EXPECT_EQ(get(u"a", u"v"), found) << what;
+        std::filesystem::remove_all(m_place);
+        std::filesystem::remove_all(m_scratch / "elsewhere");
+    }
 }
 
 TEST(RegistryRecord, ReadsNothingBeyondWhateverItSays)

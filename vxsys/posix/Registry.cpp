@@ -55,13 +55,14 @@ std::int32_t assign(RegistryPath& path, ENUM_VX_HKEY hive, const char16_t* key)
 }
 
 /// The record of a key in a store that may not be there yet, which is the same as an empty one.
-std::int32_t readKey(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record)
+std::int32_t readKey(const std::string& place, ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units,
+    RegistryRecord& record, RegistryFile* file = nullptr)
 {
     RegistryStore store;
-    const std::int32_t result = store.open();
+    const std::int32_t result = store.open(place);
     if (failed(result))
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
-    return store.read(hiveOf(hive), path, units, record);
+    return store.read(hiveOf(hive), path, units, record, file);
 }
 
 bool isWhole(ENUM_VX_REG_TYPE type, std::int32_t length) noexcept
@@ -198,18 +199,30 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
         return RESULT_INVALID_ARGUMENT;
     const std::int32_t room = length != nullptr ? std::exchange(*length, 0) : 0;
     return guarded([&] {
+        if (key == nullptr)
+            return RESULT_INVALID_ARGUMENT;
+        const auto give = [&](const RegistryValue& value) {
+            return giveData(value, type, data, room, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
+        };
+        const std::string place = RegistryStore::place();
+        const RegistryQuestion question {place, hiveOf(hive), key, name};
+        if (RegistryAnswer answer; answer.find(question))
+            return give(answer.value());
+
         RegistryPath path;
         std::u16string units;
         RegistryRecord record;
+        RegistryFile file;
         std::int32_t result = assign(path, hive, key);
         if (!failed(result))
-            result = readKey(hive, path, units, record);
+            result = readKey(place, hive, path, units, record, &file);
         if (failed(result))
             return result;
         const RegistryValue* value = record.find(name);
         if (value == nullptr)
             return RESULT_NOT_FOUND;
-        return giveData(*value, type, data, room, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
+        RegistryAnswer::keep(question, file, *value);
+        return give(*value);
     });
 }
 
@@ -260,7 +273,7 @@ std::int32_t VXRegistryOpenValueEnum(ENUM_VX_HKEY hive, const char16_t* key, VXR
         RegistryRecord record;
         std::int32_t result = assign(path, hive, key);
         if (!failed(result))
-            result = readKey(hive, path, elements.units, record);
+            result = readKey(RegistryStore::place(), hive, path, elements.units, record);
         std::sort(
             record.values.begin(), record.values.end(), [](const RegistryValue& left, const RegistryValue& right) {
                 return foldRegistryName(left.name) < foldRegistryName(right.name);

@@ -58,19 +58,6 @@ std::string variable(const char* name)
     return value != nullptr ? value : "";
 }
 
-/// Where the store is. A path that is not a full one, or empty, is none.
-std::string placeOfStore()
-{
-    if (std::string named = variable("VXSYS4_REGISTRY"); !named.empty())
-        return named;
-    std::string data = variable("XDG_DATA_HOME");
-    if (data.empty() || data.front() != '/') {
-        std::string home = variable("HOME");
-        data = (home.empty() ? homeFromRecords() : home) + "/.local/share";
-    }
-    return data + "/vxsys4/registry";
-}
-
 /// Makes a folder with all above it, for the user alone.
 std::int32_t makeFolders(const std::string& path)
 {
@@ -137,13 +124,12 @@ std::int32_t removeTree(int parent, const char* name)
 }
 
 /// The units of a whole file. `RESULT_NOT_FOUND` without it.
-std::int32_t readFile(int folder, const char* name, std::u16string& units)
+std::int32_t readFile(int folder, const char* name, std::u16string& units, struct stat& status)
 {
     const Descriptor file(
         retryOnSignal([&] { return ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
     if (!file.isOpen())
         return resultOfErrno();
-    struct stat status;
     if (::fstat(file.get(), &status) != 0)
         return VXResultFromNative(errno);
     if (!isOnlyOurs(status))
@@ -217,9 +203,20 @@ constinit std::mutex g_changes;
 
 } // namespace
 
-std::int32_t RegistryStore::open()
+std::string RegistryStore::place()
 {
-    const std::string place = placeOfStore();
+    if (std::string named = variable("VXSYS4_REGISTRY"); !named.empty())
+        return named;
+    std::string data = variable("XDG_DATA_HOME");
+    if (data.empty() || data.front() != '/') {
+        std::string home = variable("HOME");
+        data = (home.empty() ? homeFromRecords() : home) + "/.local/share";
+    }
+    return data + "/vxsys4/registry";
+}
+
+std::int32_t RegistryStore::open(const std::string& place)
+{
     if (place.front() != '/')
         return RESULT_INVALID_NAME;
     m_folder.reset(
@@ -242,16 +239,22 @@ std::int32_t RegistryStore::openFolder(
     return result;
 }
 
-std::int32_t RegistryStore::read(
-    ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record) const
+std::int32_t RegistryStore::read(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units,
+    RegistryRecord& record, RegistryFile* file) const
 {
+    RegistryFile unwanted;
+    RegistryFile& source = file != nullptr ? *file : unwanted;
+    ::clock_gettime(CLOCK_REALTIME, &source.before);
     Walk walk(m_folder.get());
-    const std::int32_t result = inOrder([&] { return goTo(walk, hive, path, path.steps().size()); },
-        [&] { return walk.go(RECORD_NAME); }, [&] { return readFile(walk.folder(), walk.path(), units); });
+    const std::int32_t result
+        = inOrder([&] { return goTo(walk, hive, path, path.steps().size()); }, [&] { return walk.go(RECORD_NAME); },
+            [&] { return readFile(walk.folder(), walk.path(), units, source.status); });
     if (failed(result)) {
         record = {};
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
     }
+    if (walk.folder() == m_folder.get())
+        source.path = walk.path();
     return record.read(units) ? RESULT_OK : RESULT_STORE_CORRUPT;
 }
 
@@ -268,7 +271,9 @@ std::int32_t RegistryStore::readSubkeys(
             return RESULT_OK;
         std::u16string units;
         RegistryRecord record;
-        const std::int32_t read = readFile(folder.get(), (std::string(entry) + '/' + RECORD_NAME).c_str(), units);
+        struct stat status;
+        const std::int32_t read
+            = readFile(folder.get(), (std::string(entry) + '/' + RECORD_NAME).c_str(), units, status);
         if (failed(read))
             return read == RESULT_NOT_FOUND ? RESULT_OK : read; // somebody has just removed it
         if (!record.read(units))
@@ -285,7 +290,7 @@ std::int32_t RegistryChange::begin(bool isToBeMade)
 {
     std::int32_t result = open();
     if (result == RESULT_NOT_FOUND && isToBeMade)
-        result = inOrder([] { return makeFolders(placeOfStore()); }, [&] { return open(); });
+        result = inOrder([] { return makeFolders(place()); }, [&] { return open(); });
     if (failed(result))
         return result;
 

@@ -4,6 +4,7 @@
 #include "vxsys/detail/RegistryPath.h"
 #include "vxsys/detail/RegistryRecord.h"
 #include "vxsys/posix/Descriptor.h"
+#include "vxsys/posix/RegistryMemory.h"
 
 #include <cstdint>
 #include <mutex>
@@ -22,11 +23,15 @@ namespace vxsys::detail {
 /// name goes with the next change. Each operation gives a result code and may throw std::bad_alloc.
 class RegistryStore {
 public:
-    /// RESULT_NOT_FOUND while nobody has written to it.
-    std::int32_t open();
+    /// Where it is. A path that is not a full one, or empty, is none.
+    static std::string place();
 
-    /// The record of a key, whose texts lie in `units`. One of a hive may be empty.
-    std::int32_t read(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record) const;
+    /// RESULT_NOT_FOUND while nobody has written to it.
+    std::int32_t open(const std::string& place = RegistryStore::place());
+
+    /// The record of a key, whose texts lie in `units`. One of a hive may be empty. `file` may be null.
+    std::int32_t read(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record,
+        RegistryFile* file = nullptr) const;
     /// The names of the keys right below, in the order of their folded forms.
     std::int32_t readSubkeys(ENUM_VX_HKEY hive, const RegistryPath& path, std::vector<std::u16string>& names) const;
 

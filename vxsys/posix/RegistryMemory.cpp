@@ -1,0 +1,164 @@
+#include "vxsys/posix/RegistryMemory.h"
+
+#include "vxsys/posix/Ownership.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <functional>
+#include <unistd.h>
+
+namespace vxsys::detail {
+
+namespace {
+
+constexpr std::size_t SETS = 16;
+constexpr std::size_t WAYS = 4;
+
+// No destructors: somebody may ask until the very end of the process.
+constinit RegistryAnswer g_answers[SETS * WAYS];
+constinit std::size_t g_lastReplaced = 0;
+constinit std::atomic_flag g_areInUse;
+
+/// The answers, for one thread at a time. Who comes meanwhile does without them.
+class [[nodiscard]] Turn {
+public:
+    Turn() noexcept
+        : m_isOurs(!g_areInUse.test_and_set(std::memory_order_acquire))
+    {
+    }
+    ~Turn()
+    {
+        if (m_isOurs)
+            g_areInUse.clear(std::memory_order_release);
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    bool isOurs() const noexcept { return m_isOurs; }
+
+private:
+    const bool m_isOurs;
+};
+
+std::size_t hashOf(const RegistryQuestion& question) noexcept
+{
+    constexpr std::hash<std::u16string_view> hash;
+    return hash(question.key) + 31 * hash(question.name) + question.hive;
+}
+
+/// Whether whatever changes the file from now on leaves another time in its status.
+bool isSettled(const RegistryFile& file) noexcept
+{
+    constexpr std::int64_t SECOND = 1'000'000'000;
+    constexpr std::int64_t STEP = SECOND / 20; // more than the system's clock for files ever lags behind
+    const timespec& changed = file.status.st_ctim;
+    const std::int64_t age = (file.before.tv_sec - changed.tv_sec) * SECOND + file.before.tv_nsec - changed.tv_nsec;
+    return age > (changed.tv_nsec == 0 ? 2 * SECOND : STEP); // without a fraction: the file system keeps none
+}
+
+template <class Unit>
+char* put(char* target, std::basic_string_view<Unit> text) noexcept
+{
+    const std::size_t size = text.size() * sizeof(Unit);
+    std::memcpy(target, text.data(), size);
+    return target + size;
+}
+
+} // namespace
+
+bool RegistryAnswer::find(const RegistryQuestion& question)
+{
+    const std::size_t hash = hashOf(question);
+    {
+        const Turn turn;
+        if (!turn.isOurs())
+            return false;
+        const RegistryAnswer* const first = g_answers + hash % SETS * WAYS;
+        const RegistryAnswer* const found = std::find_if(
+            first, first + WAYS, [&](const RegistryAnswer& answer) { return answer.holds(question, hash); });
+        if (found == first + WAYS)
+            return false;
+        *this = *found;
+    }
+    return isStillTrue();
+}
+
+RegistryValue RegistryAnswer::value() const noexcept
+{
+    return {name(), m_type, {m_text + m_dataStart, std::size_t {m_pathStart} - m_dataStart}};
+}
+
+void RegistryAnswer::keep(
+    const RegistryQuestion& question, const RegistryFile& file, const RegistryValue& value) noexcept
+{
+    const std::size_t units = question.key.size() + question.name.size();
+    const std::size_t needed
+        = units * sizeof(char16_t) + value.data.size() + question.place.size() + file.path.size() + 2;
+    if (file.path.empty() || needed > ROOM || !isSettled(file))
+        return;
+
+    const std::size_t hash = hashOf(question);
+    const Turn turn;
+    if (!turn.isOurs())
+        return;
+    RegistryAnswer* const first = g_answers + hash % SETS * WAYS;
+    RegistryAnswer* place
+        = std::find_if(first, first + WAYS, [&](const RegistryAnswer& answer) { return answer.holds(question, hash); });
+    if (place == first + WAYS)
+        place = first + ++g_lastReplaced % WAYS;
+
+    place->m_hash = hash;
+    place->m_hive = question.hive;
+    place->m_type = value.type;
+    place->m_device = file.status.st_dev;
+    place->m_number = file.status.st_ino;
+    place->m_size = file.status.st_size;
+    place->m_changed = file.status.st_ctim;
+    const auto offset = [&](const char* at) { return static_cast<std::uint16_t>(at - place->m_text); };
+    char* end = put(place->m_text, question.key);
+    place->m_nameStart = offset(end);
+    end = put(end, question.name);
+    place->m_dataStart = offset(end);
+    end = put(end, value.data);
+    place->m_pathStart = offset(end);
+    end = put(end, question.place);
+    place->m_placeEnd = offset(end);
+    *end = '/';
+    end = put(end + 1, std::string_view(file.path));
+    *end = '\0';
+}
+
+bool RegistryAnswer::holds(const RegistryQuestion& question, std::size_t hash) const noexcept
+{
+    return m_placeEnd != 0 && m_hash == hash && m_hive == question.hive && key() == question.key
+        && name() == question.name
+        && std::string_view(m_text + m_pathStart, std::size_t {m_placeEnd} - m_pathStart) == question.place;
+}
+
+bool RegistryAnswer::isStillTrue() noexcept
+{
+    const uid_t user = ::geteuid();
+    struct stat store;
+    m_text[m_placeEnd] = '\0';
+    if (::lstat(m_text + m_pathStart, &store) != 0 || !S_ISDIR(store.st_mode) || !isOnlyOurs(store, user))
+        return false;
+    struct stat file;
+    m_text[m_placeEnd] = '/';
+    return ::lstat(m_text + m_pathStart, &file) == 0 && file.st_ino == m_number && file.st_dev == m_device
+        && file.st_size == m_size && file.st_ctim.tv_sec == m_changed.tv_sec
+        && file.st_ctim.tv_nsec == m_changed.tv_nsec && isOnlyOurs(file, user);
+}
+
+std::u16string_view RegistryAnswer::key() const noexcept
+{
+    return {reinterpret_cast<const char16_t*>(m_text), m_nameStart / sizeof(char16_t)};
+}
+
+std::u16string_view RegistryAnswer::name() const noexcept
+{
+    return {reinterpret_cast<const char16_t*>(m_text + m_nameStart),
+        (std::size_t {m_dataStart} - m_nameStart) / sizeof(char16_t)};
+}
+
+} // namespace vxsys::detail
