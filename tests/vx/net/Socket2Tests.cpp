@@ -154,7 +154,7 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
     EXPECT_EQ(count, 42);
 }
 
-TEST_P(Families, MeetRefusalAndAPeerThatIsGone)
+TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
 {
     vx_sockaddr_union address {};
     {
@@ -162,6 +162,12 @@ TEST_P(Families, MeetRefusalAndAPeerThatIsGone)
         address = loopbackOf(*listener, GetParam());
     }
     EXPECT_EQ(makeClient(GetParam())->connect(&address, lengthOf(address)), VX_E_SOCKET_ECONNREFUSED);
+    // To a group no connection leads, whatever the routes are.
+    if (GetParam() == AF_INET)
+        ::inet_pton(AF_INET, "224.0.0.1", &address.in4.sin_addr);
+    else
+        ::inet_pton(AF_INET6, "ff0e::1", &address.in6.sin6_addr);
+    EXPECT_EQ(makeClient(GetParam())->connect(&address, lengthOf(address)), VX_E_SOCKET_ENETUNREACH);
 
     Pair pair(GetParam());
     EXPECT_EQ(pair.client->shutdownInput(), VX_E_SOCKET_OK);

@@ -94,10 +94,11 @@ TEST(TcpSocket, SaysWhatFailed)
         EXPECT_EQ(failureOf([&] { TcpServerSocket(port, 1); }, &type), "TcpServerSocket: Address already in use");
         EXPECT_EQ(*type, typeid(Exception));
     }
+    const std::string unable = "TcpSocket::TcpSocket Unable to connect to ";
     EXPECT_EQ(failureOf([&] { TcpSocket(u"127.0.0.1", port); }),
-        "TcpSocket::TcpSocket Unable to connect to 127.0.0.1 ECONNREFUSED No connection could be made because the "
-        "target "
-        "machine actively refused it. ");
+        unable + "127.0.0.1 ECONNREFUSED No connection could be made because the target machine actively refused it. ");
+    const std::string noRoute = failureOf([] { TcpSocket(u"224.0.0.1", 9); });
+    EXPECT_TRUE(noRoute.starts_with(unable + "224.0.0.1 ENETUNREACH ")) << noRoute;
 }
 
 TEST(TcpSocket, IsClosedWhereMemoryIsShort)
