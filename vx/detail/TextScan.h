@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -59,8 +60,22 @@ int scanDown(int end, MayMatch mayMatch, Matches matches) noexcept
 /// The first place of `unit` in `length` units, or -1.
 inline int findUnit(const char16_t* text, int length, char16_t unit) noexcept
 {
-    return scanUp(
-        0, length, [=](int index) { return text[index] == unit; }, [](int) { return true; });
+    int index = 0;
+    while (length - index >= SCAN_BLOCK && !mayMatchWithin(index, [=](int place) { return text[place] == unit; }))
+        index += SCAN_BLOCK;
+    if constexpr (std::endian::native == std::endian::little) { // four at once: the lowest unit that is 0 borrows first
+        constexpr std::uint64_t ONES = 0x0001'0001'0001'0001;
+        for (std::uint64_t units = 0; length - index >= 4; index += 4) {
+            std::memcpy(&units, text + index, sizeof units);
+            units ^= ONES * unit;
+            const std::uint64_t borrows = (units - ONES) & ~units & ONES << 15;
+            if (borrows != 0)
+                return index + std::countr_zero(borrows) / 16;
+        }
+    }
+    while (index < length && text[index] != unit)
+        ++index;
+    return index < length ? index : -1;
 }
 
 /// -1, 0 or 1 by unit value.

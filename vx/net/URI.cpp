@@ -2,12 +2,15 @@
 
 #include "vx/Exception.h"
 #include "vx/detail/TextHash.h"
+#include "vx/detail/TextScan.h"
 #include "vx/net/detail/QueryTable.h"
 #include "vxsys/Number.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory_resource>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,8 +26,8 @@ constexpr int NOT_FOUND = -1;
 
 int indexOf(View text, char16_t unit, int from = 0)
 {
-    const std::size_t index = text.find(unit, static_cast<std::size_t>(from));
-    return index != View::npos ? static_cast<int>(index) : NOT_FOUND;
+    const int found = vx::detail::findUnit(text.data() + from, static_cast<int>(text.size()) - from, unit);
+    return found != NOT_FOUND ? from + found : NOT_FOUND;
 }
 
 /// From `start` to `end` or, where that is -1, to the end of the text; empty for a start behind its end.
@@ -67,21 +70,30 @@ void appendEscape(std::u16string& escaped, unsigned char byte)
     }
 }
 
-String stringOf(const std::u16string& text)
+String stringOf(View text)
 {
-    return String(View(text));
+    return String(text);
 }
+
+/// Room for a text that is put together, on the stack where it is none of the long ones.
+class Room {
+public:
+    std::pmr::memory_resource* get() noexcept { return &m_resource; }
+
+private:
+    std::array<std::byte, 512> m_bytes;
+    std::pmr::monotonic_buffer_resource m_resource {m_bytes.data(), m_bytes.size()};
+};
 
 /// Calls `take(key, value)` for each piece of a query. One without "=" is both.
 template <class Take>
 void forEachPair(View text, Take take)
 {
-    for (std::size_t start = 0; start <= text.size();) {
-        const std::size_t end = std::min(text.find(u'&', start), text.size());
-        const View piece = text.substr(start, end - start);
-        const std::size_t sign = piece.find(u'=');
-        take(piece.substr(0, sign), sign != View::npos ? piece.substr(sign + 1) : piece);
-        start = end + 1;
+    for (int end = 0; end != NOT_FOUND; text = slice(text, end + 1)) {
+        end = indexOf(text, u'&');
+        const View piece = slice(text, 0, end);
+        const int sign = indexOf(piece, u'=');
+        take(slice(piece, 0, sign), sign != NOT_FOUND ? slice(piece, sign + 1) : piece);
     }
 }
 
@@ -108,13 +120,14 @@ public:
         return true;
     }
 
-    void append(std::u16string& target)
+    void append(std::pmr::u16string& target)
     {
         const std::span<Pair> pairs = std::span(m_pairs).first(m_count);
-        std::reverse(pairs.begin(), pairs.end());
-        std::stable_sort(pairs.begin(), pairs.end(), [](const Pair& left, const Pair& right) {
-            return left.hash % detail::QUERY_BUCKETS > right.hash % detail::QUERY_BUCKETS;
-        });
+        for (auto place = pairs.begin(); place != pairs.end(); ++place) {
+            const auto later = std::find_if(
+                pairs.begin(), place, [&](const Pair& pair) { return pair.bucket() <= place->bucket(); });
+            std::rotate(later, place, place + 1);
+        }
         for (const Pair& pair : pairs) {
             if (&pair != pairs.data())
                 target += u'&';
@@ -127,6 +140,8 @@ private:
         View key;
         View value;
         std::uint32_t hash = 0;
+
+        std::uint32_t bucket() const noexcept { return hash % detail::QUERY_BUCKETS; }
     };
 
     static bool isSame(View left, View right)
@@ -186,7 +201,8 @@ URI::~URI() noexcept = default;
 
 String URI::toString() const
 {
-    std::u16string text;
+    Room room;
+    Text text(room.get());
     text.reserve(m_scheme.size() + m_user.size() + m_password.size() + m_host.size() + m_path.size()
         + m_opaquePart.size() + m_unreadQuery.size() + ROOM_FOR_SIGNS);
     if (m_hasScheme) {
@@ -304,7 +320,8 @@ String URI::getUserInfo(bool unescape) const
 {
     if (!m_hasUser)
         throw Exception();
-    std::u16string text;
+    Room room;
+    Text text(room.get());
     appendUserInfo(text, unescape);
     return stringOf(text);
 }
@@ -313,14 +330,16 @@ String URI::getAuthority(bool unescape) const
 {
     if (!hasAuthority())
         throw Exception();
-    std::u16string text;
+    Room room;
+    Text text(room.get());
     appendAuthority(text, unescape);
     return stringOf(text);
 }
 
 String URI::getQuery(bool unescape) const
 {
-    std::u16string text;
+    Room room;
+    Text text(room.get());
     appendQuery(text, unescape);
     return stringOf(text);
 }
@@ -336,7 +355,8 @@ String URI::getQueryValue(const String& key, bool unescape) const
 
 String URI::getSchemeSpecificPart(bool unescape) const
 {
-    std::u16string text;
+    Room room;
+    Text text(room.get());
     appendSchemeSpecificPart(text, unescape);
     return stringOf(text);
 }
@@ -548,7 +568,7 @@ void URI::parseSchemeSpecificPart(View text, bool escape)
         return;
     }
     const int length = static_cast<int>(text.size());
-    int query = indexOf(text, u'?', 0);
+    int query = NOT_FOUND;
     int start = NOT_FOUND; // of the slash in front of the path
     if (text.starts_with(u"//")) {
         constexpr int AUTHORITY = 2;
@@ -557,8 +577,9 @@ void URI::parseSchemeSpecificPart(View text, bool escape)
         if (start == NOT_FOUND)
             start = query != NOT_FOUND ? query : length;
         parseAuthority(slice(text, AUTHORITY, start), escape);
-    } else if (text.starts_with(u'/')) {
-        start = 0;
+    } else {
+        query = indexOf(text, u'?');
+        start = text.starts_with(u'/') ? 0 : NOT_FOUND;
     }
 
     int end = start;
@@ -649,7 +670,7 @@ detail::QueryTable* URI::readQuery() const
     return m_query.get();
 }
 
-void URI::appendPart(std::u16string& target, View stored, bool unescape)
+void URI::appendPart(Text& target, View stored, bool unescape)
 {
     if (unescape)
         target += getUnescapedString(stored);
@@ -657,7 +678,7 @@ void URI::appendPart(std::u16string& target, View stored, bool unescape)
         target += stored;
 }
 
-void URI::appendUserInfo(std::u16string& target, bool unescape) const
+void URI::appendUserInfo(Text& target, bool unescape) const
 {
     appendPart(target, m_user, unescape);
     if (m_hasPassword) {
@@ -666,7 +687,7 @@ void URI::appendUserInfo(std::u16string& target, bool unescape) const
     }
 }
 
-void URI::appendAuthority(std::u16string& target, bool unescape) const
+void URI::appendAuthority(Text& target, bool unescape) const
 {
     if (m_hasUser) {
         appendUserInfo(target, unescape);
@@ -681,7 +702,7 @@ void URI::appendAuthority(std::u16string& target, bool unescape) const
     }
 }
 
-void URI::appendQuery(std::u16string& target, bool unescape) const
+void URI::appendQuery(Text& target, bool unescape) const
 {
     if (!unescape && appendUnreadQuery(target))
         return;
@@ -697,7 +718,7 @@ void URI::appendQuery(std::u16string& target, bool unescape) const
     });
 }
 
-bool URI::appendUnreadQuery(std::u16string& target) const
+bool URI::appendUnreadQuery(Text& target) const
 {
     if (m_unreadQuery.empty())
         return false;
@@ -709,7 +730,7 @@ bool URI::appendUnreadQuery(std::u16string& target) const
     return isWhole;
 }
 
-void URI::appendSchemeSpecificPart(std::u16string& target, bool unescape) const
+void URI::appendSchemeSpecificPart(Text& target, bool unescape) const
 {
     if (m_isOpaque) {
         target += m_opaquePart;

@@ -4,6 +4,7 @@
 #include "vx/net/QueryKey.h"
 
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 
@@ -101,6 +102,8 @@ private:
     /// What is escaped beside what always is.
     enum ESCAPE_PART { ESCAPE_AUTHORITY = 0, ESCAPE_PATH = 1, ESCAPE_QUERY = 2 };
 
+    using Text = std::pmr::u16string;
+
     static std::u16string getEscapedString(std::u16string_view text, ESCAPE_PART part);
     static std::u16string getUnescapedString(std::u16string_view text);
     /// A part as it is stored, and a stored part as a getter gives it.
@@ -118,12 +121,12 @@ private:
     void storeQueryPair(std::u16string_view key, std::u16string_view value, bool escape);
     /// The parameters as a table, which takes in what has not been read yet; null where there are none.
     detail::QueryTable* readQuery() const;
-    static void appendPart(std::u16string& target, std::u16string_view stored, bool unescape);
-    void appendUserInfo(std::u16string& target, bool unescape) const;
-    void appendAuthority(std::u16string& target, bool unescape) const;
-    void appendQuery(std::u16string& target, bool unescape) const;
-    bool appendUnreadQuery(std::u16string& target) const;
-    void appendSchemeSpecificPart(std::u16string& target, bool unescape) const;
+    static void appendPart(Text& target, std::u16string_view stored, bool unescape);
+    void appendUserInfo(Text& target, bool unescape) const;
+    void appendAuthority(Text& target, bool unescape) const;
+    void appendQuery(Text& target, bool unescape) const;
+    bool appendUnreadQuery(Text& target) const;
+    void appendSchemeSpecificPart(Text& target, bool unescape) const;
 
     std::u16string m_scheme;
     std::u16string m_user;
