@@ -22,6 +22,9 @@ using namespace detail;
 
 namespace {
 
+/// So many are asked for a connection before the wait for one.
+constexpr unsigned int FEW_SOCKETS = 2;
+
 /// The address that entry or socket has, for a list; null with a failure in `*status`.
 template <class... Source>
 std::unique_ptr<InetSocketAddress> makeAddress(ENUM_VX_E_SOCKET* status, Source... source)
@@ -258,7 +261,8 @@ ENUM_VX_E_SOCKET TcpServerSocket2::bindOne(const InetSocketAddress* entry, Next*
         copied != VX_E_SOCKET_OK)
         return copied;
 
-    const unsigned int handle = openSocket(storage.generic.sa_family, m_type, m_protocol);
+    // Without blocking: a connection may be gone again between the wait and the accept.
+    const unsigned int handle = openSocket(storage.generic.sa_family, m_type | SOCK_NONBLOCK, m_protocol);
     if (handle == INVALID_SOCKET_HANDLE) {
         const ENUM_VX_E_SOCKET failure = lastError();
         *next = failure == VX_E_SOCKET_EAFNOSUPPORT ? Next::ENTRY : Next::END;
@@ -376,27 +380,36 @@ ENUM_VX_E_SOCKET TcpServerSocket2::acceptConnection(unsigned int* handle, vx_soc
 {
     if (m_socketCount == 0)
         return VX_E_SOCKET_ENOTSOCK;
+    const auto take = [&](unsigned int listener) {
+        socklen_t length = sizeof *peer;
+        *handle = acceptSocket(listener, &peer->generic, &length);
+        return *handle != INVALID_SOCKET_HANDLE;
+    };
+    const std::span<const unsigned int> listeners = std::span(m_sockets).first(m_socketCount);
+    if (m_socketCount <= FEW_SOCKETS && std::ranges::any_of(listeners, take)) // it was there already
+        return VX_E_SOCKET_OK;
+
     std::array<pollfd, MOST_ENTRIES> waits;
     const std::span<pollfd> entries = std::span(waits).first(m_socketCount);
-    for (unsigned int index = 0; index < m_socketCount; ++index)
-        entries[index] = {static_cast<int>(m_sockets[index]), WAIT_READ | WAIT_EXCEPT, 0};
-
-    const int ready = waitFor(entries, nullptr);
-    if (ready < 0)
-        return lastError();
-    if (ready == 0)
-        return VX_E_SOCKET_EINTR;
-    if (const auto failed = std::ranges::find_if(entries, isExceptional); failed != entries.end()) {
-        const ENUM_VX_E_SOCKET pending = takePendingError(static_cast<unsigned int>(failed->fd));
-        if (pending != VX_E_SOCKET_OK)
-            return pending;
+    for (;;) {
+        for (unsigned int index = 0; index < m_socketCount; ++index)
+            entries[index] = {static_cast<int>(listeners[index]), WAIT_READ | WAIT_EXCEPT, 0};
+        const int ready = waitFor(entries, nullptr);
+        if (ready < 0)
+            return lastError();
+        if (ready == 0)
+            return VX_E_SOCKET_EINTR;
+        if (const auto failed = std::ranges::find_if(entries, isExceptional); failed != entries.end()) {
+            const ENUM_VX_E_SOCKET pending = takePendingError(static_cast<unsigned int>(failed->fd));
+            if (pending != VX_E_SOCKET_OK)
+                return pending;
+        }
+        const auto first = std::ranges::find_if(entries, isReadable);
+        if (first == entries.end() || take(static_cast<unsigned int>(first->fd)))
+            return VX_E_SOCKET_OK;
+        if (errno != EAGAIN)
+            return lastError();
     }
-    const auto first = std::ranges::find_if(entries, isReadable);
-    if (first == entries.end())
-        return VX_E_SOCKET_OK;
-    socklen_t length = sizeof *peer;
-    *handle = acceptSocket(static_cast<unsigned int>(first->fd), &peer->generic, &length);
-    return *handle != INVALID_SOCKET_HANDLE ? VX_E_SOCKET_OK : lastError();
 }
 
 ENUM_VX_E_SOCKET TcpServerSocket2::bindListAddressesDiagnosticStrA(char* text, std::uint32_t* length)
