@@ -71,6 +71,26 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
+/// The encoding that a locale was last found to have. To open a locale for each text would cost more than the text.
+struct LastEncoding {
+    bool isOf(std::string_view name) const noexcept { return isKnown && name == locale; }
+
+    void keep(std::string_view name, std::string_view found) noexcept
+    {
+        isKnown = name.size() < sizeof locale && found.size() < sizeof encoding;
+        if (isKnown) {
+            *std::copy(name.begin(), name.end(), locale) = '\0';
+            *std::copy(found.begin(), found.end(), encoding) = '\0';
+        }
+    }
+
+    bool isKnown;
+    char locale[64];
+    char encoding[64];
+};
+
+constinit thread_local LastEncoding s_lastEncoding {};
+
 std::int32_t tell(std::initializer_list<std::string_view> texts, char16_t* name, std::int32_t size) noexcept
 {
     char16_t* end = name;
@@ -106,12 +126,17 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
     if (name == nullptr || size < 1)
         return RESULT_INVALID_ARGUMENT;
 
+    const std::string_view environment = localeOf({"LC_ALL", "LC_CTYPE", "LANG"});
+    if (s_lastEncoding.isOf(environment))
+        return tellEncoding(s_lastEncoding.encoding, name, size);
     // The process's own locale is the program's affair and may not be set yet.
     const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-    if (locale == nullptr) // not installed: its name is all there is
-        return tellEncoding(encodingIn(localeOf({"LC_ALL", "LC_CTYPE", "LANG"})), name, size);
-    const std::int32_t result = tellEncoding(::nl_langinfo_l(CODESET, locale), name, size);
-    ::freelocale(locale);
+    const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale)
+                                                        : encodingIn(environment); // not installed: its name is all
+    s_lastEncoding.keep(environment, encoding);
+    const std::int32_t result = tellEncoding(encoding, name, size);
+    if (locale != nullptr)
+        ::freelocale(locale);
     return result;
 }
 
