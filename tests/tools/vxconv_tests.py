@@ -8,6 +8,7 @@ import pty
 import random
 import re
 import resource
+import shutil
 import signal
 import stat
 import subprocess
@@ -121,6 +122,53 @@ class Conversions(Scratch):
             first = process.stdout.read(1)
             rest, _ = process.communicate(data[3 * BLOCK + 1 :])
         self.assertEqual((process.returncode, first + rest == text.encode("utf-16-be")), (0, True))
+
+
+class Components(Scratch):
+    """Encodings of a component library, which is registered in a store of its own."""
+
+    def setUp(self):
+        super().setUp()
+        folder = os.path.realpath(self.folder)
+        library = shutil.copy(os.environ["VXCONV_CODECS"], folder)
+        os.chmod(library, 0o755)
+        self.environment = {**os.environ, "VXSYS4_REGISTRY": os.path.join(folder, "store")}
+        subprocess.run([os.environ["VXREG"], "register", library], check=True, env=self.environment)
+
+    def convert(self, *arguments, data=b""):
+        return vxconv(*arguments, data=data, env=self.environment)
+
+    def test_converts_as_the_codecs_of_python_do(self):
+        for name, codec in [("CP932", "cp932"), ("windows-1251", "cp1251"), ("EUC-JP", "euc_jp")]:
+            characters = (chr(code) for code in range(0x20, 0x10000) if not 0xD800 <= code < 0xE000)
+            letters = [each for each in characters if each.isalpha() and each.encode(codec, "ignore")]
+            # CP932 has some letters twice, and Python takes the other one.
+            letters = [each for each in letters if each.encode(codec)[0] not in (0xED, 0xEE) or codec != "cp932"]
+            self.assertGreater(len(letters), 100)
+            text = ("".join(letters) + "\n") * (3 * BLOCK // len(letters))
+            for shift in "", "x":  # over the borders of the blocks
+                with self.subTest(name, shift=shift):
+                    coded = (shift + text).encode(codec)
+                    self.assertConverts(self.convert("-t", name, "--strict", data=(shift + text).encode()), coded)
+                    self.assertConverts(self.convert("-f", name, "--strict", data=coded), (shift + text).encode())
+
+    def test_says_where_there_is_no_character(self):
+        cases = [
+            (["-t", "CP932", "--strict"], "日本\nab中😀".encode(), "line 2, character 4: U+1F600 has no form in CP932"),
+            (["-f", "CP932", "--strict"], b"\x93\xfa\x85\xfca", "byte 2: no character in CP932"),
+            (["-f", "CP932", "--strict"], b"ab\x93", "byte 2: "),
+        ]
+        for arguments, data, part in cases:
+            with self.subTest(arguments=arguments, data=data):
+                result = self.convert(*arguments, "-", data=data)
+                self.assertFails(result, part)
+        self.assertConverts(self.convert("-t", "CP932", data="日😀本".encode()), "日?本".encode("cp932"))
+        self.assertConverts(self.convert("-f", "CP932", data=b"a\x85\xfcb"), "a\ufffdb".encode())
+
+    def test_needs_the_registration(self):
+        self.environment["VXSYS4_REGISTRY"] = self.path("none")
+        self.assertFails(self.convert("-f", "CP932"), "CP932", "vxconv --list")
+        self.assertFails(self.convert("-t", "CP932"), "CP932", "vxconv --list")
 
 
 class Faults(Scratch):
