@@ -5,13 +5,17 @@
 #include <vx/net/SocketAddress.h>
 #include <vx/net/TcpClientSocket2.h>
 #include <vx/net/TcpServerSocket2.h>
-#include <vx/net/TcpSocket.h>
+#include <vx/net/TcpSocketHandle.h>
 #include <vx/util/PropertySet.h>
 #include <vx/vorb/Boundary.h>
 #include <vxsys/Number.h>
 
 #include <cerrno>
 #include <memory>
+#include <netdb.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/time.h>
 
 namespace vx::components {
 
@@ -50,22 +54,117 @@ void check(ENUM_VX_E_SOCKET result)
     throwIfFailed(result);
 }
 
-/// A socket of the stream generation over a native one.
-class AcceptedSocket final : public net::TcpSocket {
+/// The last error of the sockets; a wait that was long enough is one of them.
+ENUM_VX_E_SOCKET lastFailure()
+{
+    const bool hasTimedOut = errno == EAGAIN || errno == EINPROGRESS;
+    return hasTimedOut ? VX_E_SOCKET_ETIMEDOUT : VX_E_SOCKETFromNativeSocketError(VXLastNativeSocketError());
+}
+
+/// Limits each wait for the peer: for the connection, for room to send, for something to receive.
+void limitWaits(const net::TcpSocketHandle& socket, int milliseconds)
+{
+    constexpr int SECOND = 1000;
+    const timeval time {milliseconds / SECOND, milliseconds % SECOND * SECOND};
+    for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO}) {
+        if (::setsockopt(static_cast<int>(socket.getSocket()), SOL_SOCKET, option, &time, sizeof time) != 0)
+            throwResult(lastFailure());
+    }
+}
+
+class Input final : public io::InputStream {
 public:
-    explicit AcceptedSocket(unsigned int native)
-        : TcpSocket(native)
+    explicit Input(net::TcpSocketHandle* socket)
+        : m_socket(socket)
     {
     }
+
+    // InputStream
+    using InputStream::read;
+    std::int32_t read(signed char* target, std::int32_t length) override
+    {
+        if (length < 1)
+            return 0;
+        for (;;) {
+            const ssize_t got
+                = ::recv(static_cast<int>(m_socket->getSocket()), target, static_cast<std::size_t>(length), 0);
+            if (got >= 0)
+                return got > 0 ? static_cast<std::int32_t>(got) : -1;
+            if (errno != EINTR)
+                throwResult(lastFailure());
+        }
+    }
+
+private:
+    Reference<net::TcpSocketHandle> m_socket;
+};
+
+class Output final : public io::OutputStream {
+public:
+    explicit Output(net::TcpSocketHandle* socket)
+        : m_socket(socket)
+    {
+    }
+
+    // OutputStream
+    using OutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override
+    {
+        while (length > 0) {
+            const ssize_t sent = ::send(
+                static_cast<int>(m_socket->getSocket()), bytes, static_cast<std::size_t>(length), MSG_NOSIGNAL);
+            if (sent < 0 && errno != EINTR)
+                throwResult(lastFailure());
+            if (sent > 0) { // less than all where the wait for more room was long enough
+                bytes += sent;
+                length -= static_cast<std::int32_t>(sent);
+            }
+        }
+    }
+
+private:
+    Reference<net::TcpSocketHandle> m_socket;
 };
 
 /// The native socket lives as long as the streams in the channel.
-Reference<io::IChannel> channelOf(net::TcpSocket* socket, int timeout)
+Reference<io::IChannel> channelOf(net::TcpSocketHandle* socket)
 {
-    const Reference<net::TcpSocket> held(socket);
-    held->setSoTimeout(timeout);
+    const Reference<io::InputStream> input(new Input(socket));
+    const Reference<io::OutputStream> output(new Output(socket));
     return io::Channels::adaptStreams(
-        held->getInputStream().get(), held->getOutputStream().get(), held->getInheritanceId());
+        input.get(), output.get(), u"vx.net.tcp.socket=" + String::valueOf(socket->getSocket()));
+}
+
+unsigned int lengthOf(const vx_sockaddr_union& address)
+{
+    return address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
+}
+
+/// A connection to the first address that takes one.
+Reference<net::TcpSocketHandle> connectTo(const Settings& settings)
+{
+    const std::string host = settings.host.toUtf8();
+    addrinfo hints {};
+    hints.ai_socktype = SOCK_STREAM;
+    ENUM_VX_E_SOCKET failure = VX_E_SOCKET_HOST_NOT_FOUND;
+    for (std::uint32_t index = 0;; ++index) {
+        vx_sockaddr_union address {};
+        const ENUM_VX_E_SOCKET found
+            = net::TcpSocket2::getAddrInfo(host.c_str(), settings.port, &hints, index, &address);
+        if (found != VX_E_SOCKET_OK)
+            throwResult(index == 0 ? found : failure);
+
+        const int native = ::socket(address.generic.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (native < 0) {
+            failure = lastFailure();
+            continue;
+        }
+        const Reference<net::TcpSocketHandle> socket = net::TcpSocketHandle::own(static_cast<unsigned int>(native));
+        limitWaits(*socket, settings.timeout);
+        if (::connect(native, &address.generic, lengthOf(address)) == 0)
+            return socket;
+        failure = lastFailure();
+    }
 }
 
 unsigned short& portOf(vx_sockaddr_union& address)
@@ -85,9 +184,8 @@ unsigned short pickPort(const String& host)
     net::TcpClientSocket2* created = nullptr;
     check(net::TcpClientSocket2::createTcpClientSocket2(address.generic.sa_family, SOCK_STREAM, IPPROTO_TCP, &created));
     const std::unique_ptr<net::TcpClientSocket2> socket(created);
-    int length = address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
-    check(socket->bind(&address, static_cast<unsigned int>(length)));
-    length = sizeof address;
+    check(socket->bind(&address, lengthOf(address)));
+    int length = sizeof address;
     check(socket->getLocalAddress(&address, &length));
     return ntohs(portOf(address));
 }
@@ -120,7 +218,9 @@ public:
         unsigned int socket = NONE;
         while (socket == NONE) // a connection may be gone before it is taken
             check(m_server->accept(&socket));
-        return channelOf(new AcceptedSocket(socket), m_timeout);
+        const Reference<net::TcpSocketHandle> connection = net::TcpSocketHandle::own(socket);
+        limitWaits(*connection, m_timeout);
+        return channelOf(connection.get());
     }
 
 private:
@@ -160,10 +260,7 @@ public:
     }
 
     // IConnector
-    Reference<io::IChannel> connect() override
-    {
-        return channelOf(new net::TcpSocket(m_settings.host, m_settings.port), m_settings.timeout);
-    }
+    Reference<io::IChannel> connect() override { return channelOf(connectTo(m_settings).get()); }
 
 private:
     const Settings m_settings;

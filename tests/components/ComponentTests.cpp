@@ -3,6 +3,7 @@
 #include "vx/i18n/StringBundle.h"
 #include "vx/io/ByteBuffer.h"
 #include "vx/io/IChannel.h"
+#include "vx/net/SocketResult.h"
 #include "vx/net/Transport.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
@@ -16,9 +17,12 @@
 #include <algorithm>
 #include <iconv.h>
 #include <memory>
+#include <netinet/in.h>
 #include <set>
 #include <string>
+#include <sys/socket.h>
 #include <tuple>
+#include <unistd.h>
 #include <vector>
 
 namespace vx {
@@ -322,6 +326,53 @@ TEST(TcpComponent, ConnectsTwoParties)
         near = nullptr;
         EXPECT_EQ(readFrom(*far, 100), "question") << "and then the end";
     }
+}
+
+/// The result of `work`, RESULT_OK where it throws nothing.
+template <class Work>
+std::int32_t resultOf(Work&& work)
+{
+    try {
+        work();
+        return RESULT_OK;
+    } catch (const Exception& failure) {
+        return failure.getResult();
+    }
+}
+
+TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)
+{
+    const LoadedLibrary library(COMPONENTS "/vxtcp.so");
+    const LoadedClass tcp(library, u"Velmaris.Transport.Tcp", TCP_CLASS);
+    const Reference<net::ITransport> transport = net::Transport::get(u"Velmaris.Transport.Tcp");
+    util::PropertySet properties;
+    properties.set(u"timeout", u"20");
+    const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
+    const Reference<net::IConnector> connector = transport->createConnector(properties);
+    {
+        const Reference<io::IChannel> near = connector->connect();
+        const Reference<io::IChannel> far = acceptor->accept();
+        for (io::IChannel* channel : {near.get(), far.get()})
+            EXPECT_EQ(resultOf([&] { readFrom(*channel, 1); }), VX_E_SOCKET_ETIMEDOUT);
+        for (io::IChannel* channel : {near.get(), far.get()})
+            EXPECT_EQ(resultOf([&] { writeTo(*channel, std::string(32 << 20, 'x')); }), VX_E_SOCKET_ETIMEDOUT);
+    }
+    // Who does not accept leaves those who connect waiting, once a few of them do.
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address {AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    socklen_t length = sizeof address;
+    ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), length), 0);
+    ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length), 0);
+    properties.set(u"port", String::valueOf(int {ntohs(address.sin_port)}));
+    const Reference<net::IConnector> ignored = transport->createConnector(properties);
+    EXPECT_EQ(resultOf([&] { ignored->connect(); }), VX_E_SOCKET_ECONNREFUSED);
+    ASSERT_EQ(::listen(listener, 0), 0);
+    std::vector<Reference<io::IChannel>> channels;
+    std::int32_t result = RESULT_OK;
+    while (result == RESULT_OK && channels.size() < 100)
+        result = resultOf([&] { channels.push_back(ignored->connect()); });
+    ::close(listener);
+    EXPECT_EQ(result, VX_E_SOCKET_ETIMEDOUT) << channels.size() << " connections";
 }
 
 } // namespace
