@@ -1,6 +1,7 @@
 #include "vxsys/posix/RegistryStore.h"
 
 #include "vxsys/detail/Retry.h"
+#include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/Ownership.h"
 
 #include <algorithm>
@@ -41,15 +42,40 @@ std::int32_t resultOfErrno() noexcept
     return errno == ELOOP || errno == ENOTDIR ? RESULT_STORE_CORRUPT : VXResultFromNative(errno);
 }
 
+/// What the system's records have said: asking them takes longer than all else, and a service without an environment would
+/// ask for each value. No destructor: somebody may ask until the very end of the process.
+struct KnownHome {
+    StateLock lock;
+    bool isKnown VX_GUARDED_BY(lock) = false;
+    uid_t user VX_GUARDED_BY(lock) = 0;
+    char path[1024] VX_GUARDED_BY(lock) {};
+};
+constinit KnownHome g_home;
+
 /// A folder of the user's own, from the system's records: the environment may be somebody else's.
 std::string homeFromRecords()
 {
+    const uid_t user = ::geteuid();
+    {
+        const StateGuard guard(g_home.lock);
+        if (g_home.isKnown && g_home.user == user)
+            return g_home.path;
+    }
     std::string buffer(4096, '\0');
     struct passwd entry;
     struct passwd* found = nullptr;
-    while (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
+    while (::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found) == ERANGE)
         buffer.resize(buffer.size() * 2);
-    return found != nullptr ? found->pw_dir : "";
+    if (found == nullptr)
+        return "";
+    std::string home = found->pw_dir;
+    if (home.size() < sizeof KnownHome::path) {
+        const StateGuard guard(g_home.lock);
+        std::strcpy(g_home.path, home.c_str());
+        g_home.user = user;
+        g_home.isKnown = true;
+    }
+    return home;
 }
 
 std::string variable(const char* name)
