@@ -152,6 +152,7 @@ public:
     Object* clone() const override;
     /// Throws CastFailedException for an `other` that is no String.
     int compareTo(const Object& other) const override;
+    /// False for an `other` that is no String.
     bool equals(const Object& other) const override;
     std::uint32_t hashCode() const override;
     /// Samples at most 63 units, however long the text.
@@ -197,6 +198,7 @@ public:
     void trim(const char16_t* set, TrimType type) { trim(set, -1, type); }
     void trim(const String& set, TrimType type = TrimBoth);
 
+    /// The units from `start` up to `end`, both clipped to the text, as a text of its own.
     String substring(int start, int end = -1) const;
     char16_t getCharAt(int index) const;
     char16_t operator[](int index) const;

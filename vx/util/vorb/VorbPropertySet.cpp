@@ -16,6 +16,8 @@ using collections::vorb::HashSet;
 VorbPropertySet::VorbPropertySet(IPropertySet* foreign, const PropertySet*)
     : m_foreign(foreign)
 {
+    if (foreign == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 VorbPropertySet::~VorbPropertySet() noexcept(false) = default;

@@ -8,7 +8,7 @@ namespace vx::util::vorb {
 /// except where told otherwise.
 class VX_API VorbPropertySet : public PropertySet {
 public:
-    /// `foreign` is counted; `parent` plays no part.
+    /// `foreign` is counted; `parent` plays no part. Throws ResultException for a null `foreign`.
     VorbPropertySet(IPropertySet* foreign, const PropertySet* parent);
     ~VorbPropertySet() noexcept(false) override;
 
