@@ -19,6 +19,10 @@ if(VX_SANITIZE)
     target_link_options(vx_build_rules INTERFACE -fsanitize=${VX_SANITIZE})
 endif()
 
+if(VX_FUZZ) # the fuzzer is to see what the library does
+    target_compile_options(vx_build_rules INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
