@@ -2,7 +2,7 @@
 """Holds many connections to a vxlogd, lets some of them send as fast as they can, kills the server with signal 9 and looks
 for every acknowledged line in the log.
 
-    tests/tools/vxlogd_load.py build/release/tools/vxlogd [SECONDS [CONNECTIONS [SENDERS]]]
+    bench/vxlogd_load.py build/release/tools/vxlogd [SECONDS [CONNECTIONS [SENDERS]]]
 """
 
 import os

@@ -1,0 +1,82 @@
+"""What the tests of the tools share. The program of a tool is named by the variable of its name in capitals."""
+
+import os
+import resource
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+
+def run(tool, *arguments, data=b"", stdout=subprocess.PIPE, **options):
+    return subprocess.run([os.environ[tool.upper()], *arguments], input=data, stdout=stdout, stderr=subprocess.PIPE,
+                          check=False, timeout=300, **options)
+
+
+def limited(limit, value):
+    return lambda: resource.setrlimit(limit, (value, value))
+
+
+def entries_of(text):
+    """Each entry of a basic log as a dictionary; what is no whole entry is an error."""
+    blocks = text.split("-" * 25 + "\n")
+    assert blocks.pop() == "" and all(block.endswith("\n") for block in blocks), "a torn entry"
+    return [dict(line.split("=", 1) for line in block[:-1].split("\n")) for block in blocks]
+
+
+class Scratch(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = os.path.realpath(folder.name)
+        self.log = self.path("log")
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, data, mode=0o644):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+        os.chmod(self.path(name), mode)
+        return self.path(name)
+
+    def read(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def entries(self, name="log", encoding="utf-8"):
+        return entries_of(self.read(name).decode(encoding))
+
+    def texts(self, name="log", encoding="utf-8"):
+        return [entry["text"] for entry in self.entries(name, encoding)]
+
+    def register(self, library):
+        """Registers a copy of a library in a store of its own. Gives the copy, and the environment that names the store."""
+        copy = shutil.copy(library, self.folder)
+        os.chmod(copy, 0o755)
+        environment = {**os.environ, "VXSYS4_REGISTRY": self.path("store")}
+        self.assertSucceeds(run("vxreg", "register", copy, env=environment))
+        return copy, environment
+
+    def assertSucceeds(self, result, output=b""):
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(result.stdout, output)
+
+    def assertFails(self, result, *parts, status=1):
+        """One line on standard error that has all `parts` in it."""
+        text = result.stderr.decode()
+        self.assertEqual(result.returncode, status, text)
+        self.assertRegex(text, rf"\A{os.path.basename(result.args[0])}: [^\n]+\n\Z")
+        for part in parts:
+            self.assertIn(part, text)
+
+    def assertNeedsRoom(self, tool, *commands, reason="No space left on device"):
+        for arguments in commands:
+            with self.subTest(full=arguments), open("/dev/full", "wb") as full:
+                self.assertFails(run(tool, *arguments, data=b"text\n", stdout=full), "standard output: " + reason)
+
+    def assertHelps(self, tool, *options):
+        text = run(tool, "--help").stdout.decode()
+        for option in options:
+            self.assertIn(option, text)
+        self.assertRegex(run(tool, "--version").stdout.decode(), rf"\A{tool} \d+\.\d+\.\d+\n\Z")
