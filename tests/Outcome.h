@@ -4,6 +4,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <string>
 
 /// The code of the ResultException that `work` throws; 0 without one.
 template <std::invocable Work>
@@ -14,5 +15,17 @@ std::int32_t resultOf(Work&& work)
         return 0;
     } catch (const vx::ResultException& failure) {
         return failure.getResult();
+    }
+}
+
+/// The description of the `Thrown` that `work` throws.
+template <std::derived_from<vx::Exception> Thrown, std::invocable Work>
+std::string saidBy(Work&& work)
+{
+    try {
+        work();
+        return "nothing was thrown";
+    } catch (const Thrown& failure) {
+        return failure.getDescription().toUtf8();
     }
 }

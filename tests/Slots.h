@@ -16,12 +16,28 @@ std::size_t slotOf(Operation operation)
     return (word - 1) / sizeof(void*);
 }
 
+inline std::size_t slotOf(std::size_t place)
+{
+    return place;
+}
+
+/// An operation, or its place where it has overloads.
+struct Slot {
+    template <class Operation>
+    Slot(Operation operation)
+        : place(slotOf(operation))
+    {
+    }
+
+    std::size_t place;
+};
+
 /// Whether the operations stand one behind the other from `first` on.
-inline void expectSlots(const char* what, std::size_t first, std::initializer_list<std::size_t> slots)
+inline void expectSlots(const char* what, std::size_t first, std::initializer_list<Slot> slots)
 {
     std::size_t expected = first;
-    for (const std::size_t slot : slots)
-        EXPECT_EQ(slot, expected++) << what;
+    for (const Slot slot : slots)
+        EXPECT_EQ(slot.place, expected++) << what;
 }
 
 /// Calls an operation by its place alone, as a component that was built elsewhere does.

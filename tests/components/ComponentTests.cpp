@@ -1,3 +1,5 @@
+#include "tests/Outcome.h"
+#include "tests/vx/text/charset/Oracle.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
 #include "vx/i18n/StringBundle.h"
@@ -15,7 +17,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iconv.h>
 #include <memory>
 #include <netinet/in.h>
 #include <set>
@@ -113,38 +114,6 @@ protected:
     std::vector<std::unique_ptr<LoadedClass>> m_classes;
 };
 
-/// The system's converter as oracle, for one character at a time.
-class Oracle {
-public:
-    Oracle(const char* to, const char* from)
-        : m_handle(iconv_open(to, from))
-    {
-        EXPECT_NE(m_handle, reinterpret_cast<iconv_t>(-1));
-    }
-    ~Oracle() { iconv_close(m_handle); }
-
-    /// Empty where `source` is not one whole character with a counterpart.
-    std::string operator()(std::string source)
-    {
-        char target[16];
-        char* in = source.data();
-        std::size_t inLeft = source.size();
-        char* out = target;
-        std::size_t outLeft = sizeof target;
-        const bool failed = iconv(m_handle, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1);
-        iconv(m_handle, nullptr, nullptr, &out, &outLeft);
-        return failed || inLeft != 0 ? std::string() : std::string(target, sizeof target - outLeft);
-    }
-
-private:
-    iconv_t m_handle;
-};
-
-std::string bytesOf(std::u16string_view text)
-{
-    return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
-}
-
 std::u16string textOf(std::uint32_t value)
 {
     if (value < 0x10000)
@@ -178,11 +147,13 @@ TEST_F(CodecComponent, DecodesEachWholeCodePageAsTheSystemDoes)
     for (const auto& page : PAGES) {
         if (page.systemName == nullptr)
             continue;
-        Oracle decode("UTF-16LE", page.systemName);
+        Iconv decode("UTF-16LE", page.systemName);
         std::string bytes;
         std::u16string expected;
+        const auto unitsOf
+            = [&](const std::string& from) { return decode.convert(from.data(), from.size()).value_or(""); };
         const auto take = [&](const std::string& sequence) {
-            const std::string units = decode(sequence);
+            const std::string units = unitsOf(sequence);
             if (units.empty() || units.size() > (sequence.size() == 1 ? 2U : 4U))
                 return false;
             bytes += sequence;
@@ -195,7 +166,7 @@ TEST_F(CodecComponent, DecodesEachWholeCodePageAsTheSystemDoes)
                 continue;
             for (int second = 0x21; second < 0x100; ++second) {
                 const std::string pair = lead + static_cast<char>(second);
-                if (!decode(lead + "").empty() || take(pair) || first != 0x8F || page.number != 20932)
+                if (!unitsOf(lead).empty() || take(pair) || first != 0x8F || page.number != 20932)
                     continue;
                 for (int third = 0xA1; third < 0xFF; ++third)
                     take(pair + static_cast<char>(third));
@@ -214,14 +185,14 @@ TEST_F(CodecComponent, EncodesEachWholeCodePageAsTheSystemDoes)
     for (const auto& page : PAGES) {
         if (page.systemName == nullptr)
             continue;
-        Oracle encode(page.systemName, "UTF-16LE");
+        Iconv encode(page.systemName, "UTF-16LE");
         std::u16string text;
         std::string expected;
         for (std::uint32_t value = 0; value < 0x30000; ++value) {
             if (value >= 0xD800 && value < 0xE000)
                 continue;
             const std::u16string character = textOf(value);
-            const std::string bytes = encode(bytesOf(character));
+            const std::string bytes = encode.convert(character.data(), 2 * character.size()).value_or("");
             if (bytes.empty() && value % 64 != 0) // of those without a mapping some will do
                 continue;
             text += character;
@@ -325,18 +296,6 @@ TEST(TcpComponent, ConnectsTwoParties)
         writeTo(*near, "question");
         near = nullptr;
         EXPECT_EQ(readFrom(*far, 100), "question") << "and then the end";
-    }
-}
-
-/// The result of `work`, RESULT_OK where it throws nothing.
-template <class Work>
-std::int32_t resultOf(Work&& work)
-{
-    try {
-        work();
-        return RESULT_OK;
-    } catch (const Exception& failure) {
-        return failure.getResult();
     }
 }
 

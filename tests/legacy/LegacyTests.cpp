@@ -1,6 +1,7 @@
 #include "legacy/CVXAbstractConnector.h"
 #include "legacy/CVXPropertySet.h"
 
+#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "vx/Exception.h"
 #include "vx/NumberBoxes.h"
@@ -38,17 +39,6 @@ public:
 
     mutable std::uint32_t m_count = 0;
 };
-
-/// The description of what `work` throws.
-std::string failureOf(const std::function<void()>& work)
-{
-    try {
-        work();
-        return "nothing";
-    } catch (const Exception& failure) {
-        return failure.getDescription().toUtf8();
-    }
-}
 
 class Property : public CVXProperty {
 public:
@@ -97,7 +87,7 @@ TEST(CVXProperty, KeepsNumbersAsText)
     EXPECT_EQ(number->getValueLong(), 7);
     EXPECT_EQ(number->getValueString(), u"seven");
     number->set(static_cast<Object*>(nullptr));
-    EXPECT_EQ(failureOf([&] { number->getValueLong(); }), "Value is not a CVXObject");
+    EXPECT_EQ(saidBy<Exception>([&] { number->getValueLong(); }), "Value is not a CVXObject");
     void* result = nullptr;
     EXPECT_EQ(number->GetValue(IVXUnknown::IID, &result), RESULT_FAIL);
 }
@@ -171,7 +161,7 @@ TEST(CVXPropertySet, RestsOnItsStore)
     EXPECT_EQ(view->Get(u"object", IVXConnector::IID, value.outVoid()), 0);
     EXPECT_EQ(view->Set(u"object", nullptr), 0);
     EXPECT_EQ(view->GetParent(nullptr), RESULT_NOT_IMPLEMENTED);
-    EXPECT_EQ(failureOf([&] { store->set(u"", 1); }), "No property ") << "a store that breaks its word";
+    EXPECT_EQ(saidBy<Exception>([&] { store->set(u"", 1); }), "No property ") << "a store that breaks its word";
     EXPECT_EQ(view->SetLong(u"", 1), RESULT_FAIL);
 }
 
@@ -197,7 +187,7 @@ TEST(CVXAbstractConnector, KeepsTextsAndConnects)
     const Reference<IVXConnector> view(connector.get());
     String text(u"as it was");
     EXPECT_EQ(view->GetProperty(u"target", &text), RESULT_FAIL);
-    EXPECT_EQ(failureOf([&] { connector->getProperty(u"target"); }), "Property Not Found.");
+    EXPECT_EQ(saidBy<Exception>([&] { connector->getProperty(u"target"); }), "Property Not Found.");
     void* none = &none;
     EXPECT_EQ(view->Connect(u"any", IVXComparable::IID, &none), RESULT_FAIL) << "there is no target yet";
     EXPECT_EQ(none, nullptr);
@@ -215,30 +205,26 @@ TEST(Legacy, OperationsStandInTheirSlots)
     using I = IVXProperty2;
     const std::size_t behindObject = slotOf(&Object::toString) + 1;
     expectSlots("property", behindObject,
-        {slotOf(&P::getKey), slotOf<CVXSmartPtr<Object> (P::*)() const>(&P::getValue), slotOf(&P::getValueString),
-            slotOf(&P::getValueLong), slotOf(&P::getValueDouble), slotOf<void (P::*)(double)>(&P::set),
-            slotOf<void (P::*)(std::int32_t)>(&P::set), slotOf<void (P::*)(const String&)>(&P::set),
-            slotOf<void (P::*)(Object*)>(&P::set)});
+        {&P::getKey, slotOf<CVXSmartPtr<Object> (P::*)() const>(&P::getValue), &P::getValueString, &P::getValueLong,
+            &P::getValueDouble, slotOf<void (P::*)(double)>(&P::set), slotOf<void (P::*)(std::int32_t)>(&P::set),
+            slotOf<void (P::*)(const String&)>(&P::set), slotOf<void (P::*)(Object*)>(&P::set)});
     expectSlots("property view", FIRST_OF_A_VIEW,
-        {slotOf(&I::GetKey), slotOf(&I::GetValueString), slotOf(&I::GetValueLong), slotOf(&I::GetValueDouble),
-            slotOf(&I::SetValueString), slotOf(&I::SetValueLong), slotOf(&I::SetValueDouble), slotOf(&I::GetValue),
-            slotOf(&I::SetValue)});
+        {&I::GetKey, &I::GetValueString, &I::GetValueLong, &I::GetValueDouble, &I::SetValueString, &I::SetValueLong,
+            &I::SetValueDouble, &I::GetValue, &I::SetValue});
     using S = CVXPropertySet;
     expectSlots("set", behindObject,
         {slotOf<void (S::*)(const String&, double)>(&S::set), slotOf<void (S::*)(const String&, std::int32_t)>(&S::set),
             slotOf<void (S::*)(const String&, const String&)>(&S::set),
-            slotOf<void (S::*)(const String&, Object*)>(&S::set), slotOf(&S::getValue), slotOf(&S::getValueString),
-            slotOf(&S::getValueLong), slotOf(&S::getValueDouble),
-            slotOf<CVXSmartPtr<const P> (S::*)(const String&) const>(&Store::getProperty),
+            slotOf<void (S::*)(const String&, Object*)>(&S::set), &S::getValue, &S::getValueString, &S::getValueLong,
+            &S::getValueDouble, slotOf<CVXSmartPtr<const P> (S::*)(const String&) const>(&Store::getProperty),
             slotOf<CVXSmartPtr<P> (S::*)(const String&)>(&S::getProperty)});
     using J = IVXPropertySet2;
     expectSlots("set view", FIRST_OF_A_VIEW,
-        {slotOf(&J::SetString), slotOf(&J::GetString), slotOf(&J::SetLong), slotOf(&J::GetLong), slotOf(&J::SetDouble),
-            slotOf(&J::GetDouble), slotOf(&J::GetCount), slotOf(&J::GetProperty), slotOf(&J::GetParent),
-            slotOf(&J::Set), slotOf(&J::Get), slotOf(&J::GetProperty2), slotOf(&J::GetParent2)});
+        {&J::SetString, &J::GetString, &J::SetLong, &J::GetLong, &J::SetDouble, &J::GetDouble, &J::GetCount,
+            &J::GetProperty, &J::GetParent, &J::Set, &J::Get, &J::GetProperty2, &J::GetParent2});
     expectSlots("connector view", FIRST_OF_A_VIEW,
-        {slotOf(&IVXConnector::Connect), slotOf(&IVXConnector::SetProperty), slotOf(&IVXConnector::GetProperty)});
-    expectSlots("connector", slotOf(&IVXUnknown::Release) + 3, {slotOf(&CVXAbstractConnector::connect)});
+        {&IVXConnector::Connect, &IVXConnector::SetProperty, &IVXConnector::GetProperty});
+    expectSlots("connector", slotOf(&IVXUnknown::Release) + 3, {&CVXAbstractConnector::connect});
 }
 
 } // namespace

@@ -1,4 +1,6 @@
+#include "tests/Outcome.h"
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "vx/Class.h"
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
@@ -17,8 +19,8 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
-#include <thread>
 #include <typeinfo>
+#include <utility>
 
 using namespace vx;
 
@@ -72,7 +74,7 @@ static_assert(std::size(CREATABLE) + std::size(KNOWN) == 145);
 
 TEST(Class, KeepsTheOrderOfVirtualOperations)
 {
-    expectSlots("Class", 11, {slotOf(&Class::getName), slotOf(&Class::isInstance), slotOf(&Class::createInstance)});
+    expectSlots("Class", 11, {&Class::getName, &Class::isInstance, &Class::createInstance});
 }
 
 TEST(Class, CreatesByNameWhatCanBeCreated)
@@ -94,12 +96,7 @@ TEST(Class, RefusesToCreateTheOthers)
     for (const char16_t* name : KNOWN) {
         const Class* record = Class::forName(name);
         EXPECT_EQ(record->getName(), String(name));
-        try {
-            record->createInstance();
-            ADD_FAILURE() << String(name);
-        } catch (const IllegalAccessException& failure) {
-            EXPECT_TRUE(failure.getDescription().isEmpty()) << String(name);
-        }
+        EXPECT_EQ(saidBy<IllegalAccessException>([&] { record->createInstance(); }), "") << String(name);
     }
 }
 
@@ -141,29 +138,12 @@ struct LocalType { };
 
 TEST(Class, TellsWhatItDidNotFind)
 {
-    struct {
-        const char16_t* name;
-        const char16_t* description;
-    } names[] = {
-        {u"CVXstring", u"CVXstring"},
-        {u"vx::Object", u"vx::Object"},
-        {u"", u""},
-        {nullptr, u""},
-    };
-    for (const auto& row : names) {
-        try {
-            Class::forName(row.name);
-            ADD_FAILURE() << String(row.description);
-        } catch (const ClassNotFoundException& failure) {
-            EXPECT_EQ(failure.getDescription(), row.description);
-        }
-    }
-    try {
-        Class::forType(&typeid(LocalType));
-        FAIL();
-    } catch (const ClassNotFoundException& failure) {
-        EXPECT_EQ(failure.getDescription(), u"(anonymous namespace)::LocalType");
-    }
+    const std::pair<const char16_t*, const char*> names[]
+        = {{u"CVXstring", "CVXstring"}, {u"vx::Object", "vx::Object"}, {u"", ""}, {nullptr, ""}};
+    for (const auto& row : names)
+        EXPECT_EQ(saidBy<ClassNotFoundException>([&] { Class::forName(row.first); }), row.second);
+    EXPECT_EQ(
+        saidBy<ClassNotFoundException>([] { Class::forType(&typeid(LocalType)); }), "(anonymous namespace)::LocalType");
     EXPECT_THROW(Class::forType(nullptr), ClassNotFoundException);
 }
 
@@ -220,12 +200,8 @@ TEST(Singleton, LivesFromTheFirstUseToTheFree)
     EXPECT_THROW(Holder::getInstance(), IllegalStateException);
     g_fails = false;
     for (int round = 0; round < 2; ++round) {
-        Single* seen[4] {};
-        std::thread threads[std::size(seen)];
-        for (std::size_t i = 0; i < std::size(seen); ++i) // they wait for a lock that a failed creation left free
-            threads[i] = std::thread([&seen, i] { seen[i] = Holder::getInstance(); });
-        for (std::thread& thread : threads)
-            thread.join();
+        Single* seen[4] {}; // who get it wait for a lock that a failed creation left free
+        inThreads(4, [&seen](int thread) { seen[thread] = Holder::getInstance(); });
         EXPECT_EQ(g_instances, 1);
         for (const Single* instance : seen)
             EXPECT_EQ(instance, Holder::getInstance());

@@ -20,36 +20,8 @@ namespace {
 
 TEST(Exception, KeepsTheOrderOfVirtualOperations)
 {
-    expectSlots("Exception", 11, {slotOf(&Exception::getDescription), slotOf(&Exception::getResult)});
+    expectSlots("Exception", 11, {&Exception::getDescription, &Exception::getResult});
 }
-
-/// What holds for every class of the tree: its base, how it is made, what it says.
-template <std::derived_from<Exception> T, std::derived_from<Exception> Base, bool hasText>
-void checkClass(const char* name, std::int32_t result = RESULT_FAIL)
-{
-    static_assert(std::derived_from<T, Base>);
-    static_assert(
-        std::is_default_constructible_v<T> && std::is_nothrow_copy_constructible_v<T> && std::destructible<T>);
-    static_assert(std::constructible_from<T, String> == hasText);
-
-    EXPECT_TRUE(T().getDescription().isEmpty()) << name;
-    EXPECT_EQ(T().getResult(), result) << name;
-    EXPECT_THROW(throw T(), Base) << name;
-    if constexpr (hasText) {
-        const String words(u"words");
-        try {
-            throw T(words);
-        } catch (const Exception& failure) {
-            EXPECT_EQ(failure.getDescription(), words) << name;
-            EXPECT_EQ(failure.getResult(), result) << name;
-        }
-        T target(u"other words");
-        target = T(words);
-        EXPECT_EQ(target.getDescription(), words) << name;
-    }
-}
-
-#define CHECK_CLASS(T, Base, hasText, ...) checkClass<T, Base, hasText>(#T __VA_OPT__(, ) __VA_ARGS__)
 
 TEST(ResultException, CarriesItsCodeAndItsText)
 {

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <tuple>
 
 namespace vx {
 namespace {
@@ -26,8 +27,7 @@ TEST(NarrowString, DecodesByEncodingName)
     struct {
         const char* bytes;
         int length;
-        const char16_t* encoding;
-        const char16_t* text;
+        const char16_t *encoding, *text;
     } cases[] = {
         {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", -1, u"UTF-8", u"a\u00E9\u20AC\U0001F600"},
         {"a\xC3\xA9", -1, u"utf-8", u"a\u00E9"},
@@ -112,23 +112,13 @@ TEST(NarrowString, KeepsWhatItEncodedUntilTheTextChanges)
 TEST(NarrowString, EncodesWholeCharactersIntoAnArray)
 {
     const String text(u"a\u20AC\U0001F600");
-    struct {
-        int size, result;
-        const char* bytes;
-    } cases[] = {
-        {-1, 0, "######"},
-        {0, 0, "######"},
-        {1, 1, "a#####"},
-        {2, 2, "a\0####"},
-        {3, 2, "a\0####"},
-        {4, 4, "a\xE2\x82\xAC##"},
-        {5, 5, "a\xE2\x82\xAC\0#"},
-        {7, 5, "a\xE2\x82\xAC\0#"},
-    };
-    for (const auto& row : cases) {
+    const std::tuple<int, int, const char*> cases[]
+        = {{-1, 0, "######"}, {0, 0, "######"}, {1, 1, "a#####"}, {2, 2, "a\0####"}, {3, 2, "a\0####"},
+            {4, 4, "a\xE2\x82\xAC##"}, {5, 5, "a\xE2\x82\xAC\0#"}, {7, 5, "a\xE2\x82\xAC\0#"}};
+    for (const auto& [size, result, bytes] : cases) {
         char out[12] = "###########";
-        EXPECT_EQ(text.getBytes(out, row.size, u"UTF-8"), row.result) << row.size;
-        EXPECT_EQ(std::memcmp(out, row.bytes, 6), 0) << row.size;
+        EXPECT_EQ(text.getBytes(out, size, u"UTF-8"), result) << size;
+        EXPECT_EQ(std::memcmp(out, bytes, 6), 0) << size;
     }
     char out[12];
     EXPECT_EQ(text.getBytes(reinterpret_cast<unsigned char*>(out), 12, u"UTF-8"), 9);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/Exception.h"
+#include "tests/Outcome.h"
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
@@ -53,17 +53,5 @@ public:
         return map;
     }
 };
-
-/// The result that `work` throws; 0 where it throws nothing.
-template <class Work>
-std::int32_t resultOf(Work&& work)
-{
-    try {
-        std::forward<Work>(work)();
-        return RESULT_OK;
-    } catch (const ResultException& failure) {
-        return failure.getResult();
-    }
-}
 
 } // namespace vx

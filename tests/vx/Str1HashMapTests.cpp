@@ -1,11 +1,12 @@
+#include "tests/Random.h"
 #include "vx/Str1HashMap.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 namespace vx {
 namespace {
@@ -29,10 +30,7 @@ std::u16string keysOf(const Str1HashMap<T>& map)
 TEST(Str1HashMap, IteratesInTheOrderOfBucketsAndTurnsChainsWhenItGrows)
 {
     Str1HashMap<void*> map(3, 0.75F); // threshold 2
-    struct {
-        const char16_t* key;
-        const char16_t* order;
-    } steps[] = {
+    const std::pair<const char16_t*, const char16_t*> steps[] = {
         {u"a", u"a,"}, // 97 % 3 = 1
         {u"c", u"c,a,"}, // 99 % 3 = 0
         {u"\u00CA", u"c,\u00CA,a,"}, // 7 buckets, threshold 5: c in 1, a in 6, U+00CA before it
@@ -40,9 +38,9 @@ TEST(Str1HashMap, IteratesInTheOrderOfBucketsAndTurnsChainsWhenItGrows)
         {u"b", u"b,\u00CC,c,\u00CA,a,"}, // 98 % 7 = 0
         {u"d", u"a,\u00CA,b,c,\u00CC,d,"}, // 15 buckets: a in 7, b in 8, c in 9, d in 10; both chains turned
     };
-    for (const auto& row : steps) {
-        map.put(row.key, nullptr);
-        EXPECT_EQ(keysOf(map), row.order);
+    for (const auto& [key, order] : steps) {
+        map.put(key, nullptr);
+        EXPECT_EQ(keysOf(map), order);
     }
     map.remove(u"a");
     map.remove(u"nobody");
@@ -56,8 +54,7 @@ TEST(Str1HashMap, IteratesInTheOrderOfBucketsAndTurnsChainsWhenItGrows)
 
 TEST(Str1HashMap, DoesWhatAnotherMapDoes)
 {
-    const unsigned seed = std::random_device()();
-    std::mt19937 random(seed);
+    Random random;
     for (const float load : {0.75F, 5.0F, 0.0F, -1.0F, std::numeric_limits<float>::quiet_NaN(),
              std::numeric_limits<float>::infinity(), std::numeric_limits<float>::max(), 1e-30F}) {
         Str1HashMap<Str1> map(static_cast<int>(random() % 4) - 2, load);
@@ -70,8 +67,8 @@ TEST(Str1HashMap, DoesWhatAnotherMapDoes)
             const auto found = model.find(key);
             const std::u16string expected = found != model.end() ? found->second : u"none";
             Str1 current(u"none");
-            ASSERT_EQ(map.get(lightKey, current), found != model.end()) << seed;
-            ASSERT_EQ(current, expected) << seed;
+            ASSERT_EQ(map.get(lightKey, current), found != model.end());
+            ASSERT_EQ(current, expected);
             if (random() % 3 != 0) {
                 map.put(lightKey, Str1(value), &previous);
                 model[key] = value;
@@ -79,9 +76,9 @@ TEST(Str1HashMap, DoesWhatAnotherMapDoes)
                 map.remove(lightKey, &previous);
                 model.erase(key);
             }
-            ASSERT_EQ(previous, expected) << seed;
-            ASSERT_EQ(map.containsKey(lightKey), model.count(key) != 0) << seed;
-            ASSERT_EQ(map.getSize(), static_cast<int>(model.size())) << seed;
+            ASSERT_EQ(previous, expected);
+            ASSERT_EQ(map.containsKey(lightKey), model.count(key) != 0);
+            ASSERT_EQ(map.getSize(), static_cast<int>(model.size()));
         }
         int entries = 0;
         Str1HashMap<Str1>::KeyValueIterator iterator;
@@ -89,9 +86,9 @@ TEST(Str1HashMap, DoesWhatAnotherMapDoes)
             const Str1* key = nullptr;
             Str1* value = nullptr;
             map.iteratorNext(iterator, &key, &value);
-            ASSERT_EQ(*value, model.at(std::u16string(key->view()))) << seed;
+            ASSERT_EQ(*value, model.at(std::u16string(key->view())));
         }
-        EXPECT_EQ(entries, map.getSize()) << seed;
+        EXPECT_EQ(entries, map.getSize());
     }
 }
 

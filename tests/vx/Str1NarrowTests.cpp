@@ -35,8 +35,7 @@ TEST(Str1Narrow, DecodesWholeCharactersAndTellsWhatIsLeft)
     struct {
         const char* bytes;
         std::int32_t length;
-        const char16_t* encoding;
-        const char16_t* text;
+        const char16_t *encoding, *text;
         std::int32_t result;
     } cases[] = {
         {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", -1, u"utf-8", u"<\u00E9\u20AC\U0001F600", RESULT_OK},

@@ -9,6 +9,7 @@
 
 #include <limits>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -18,14 +19,12 @@ namespace {
 TEST(Str1, KeepsTheOrderOfVirtualOperationsBehindTheDestructor)
 {
     using Map = Str1HashMap<void*>;
-    expectSlots("StrBuf1", 2,
-        {slotOf(&StrBuf1::AddRef), slotOf(&StrBuf1::Release), slotOf(&StrBuf1::isPrivatelyHeld),
-            slotOf(&StrBuf1::getBufCapacity)});
-    expectSlots("Str1", 2, {slotOf(&Str1::fastAllocBuffer)});
+    expectSlots(
+        "StrBuf1", 2, {&StrBuf1::AddRef, &StrBuf1::Release, &StrBuf1::isPrivatelyHeld, &StrBuf1::getBufCapacity});
+    expectSlots("Str1", 2, {&Str1::fastAllocBuffer});
     expectSlots("Str1HashMap", 2,
-        {slotOf(&Map::clear), slotOf(&Map::containsKey), slotOf(&Map::get), slotOf(&Map::getSize), slotOf(&Map::put),
-            slotOf(&Map::remove), slotOf(&Map::iteratorInit), slotOf(&Map::iteratorHasNext), slotOf(&Map::iteratorNext),
-            slotOf(&Map::normalizeKey)});
+        {&Map::clear, &Map::containsKey, &Map::get, &Map::getSize, &Map::put, &Map::remove, &Map::iteratorInit,
+            &Map::iteratorHasNext, &Map::iteratorNext, &Map::normalizeKey});
 }
 
 TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
@@ -35,15 +34,8 @@ TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
         Kind kind;
         int holders;
         std::uint32_t usual, withoutSelf;
-    } cases[] = {
-        {Plain, 0, 100, 100},
-        {Plain, 1, 100, 100},
-        {Plain, 2, 0, 0},
-        {StaticInstance, 0, 100, 100},
-        {StaticInstance, 1, 100, 0},
-        {StaticInstance, 2, 0, 0},
-        {AlwaysPrivate, 5, 100, 100},
-    };
+    } cases[] = {{Plain, 0, 100, 100}, {Plain, 1, 100, 100}, {Plain, 2, 0, 0}, {StaticInstance, 0, 100, 100},
+        {StaticInstance, 1, 100, 0}, {StaticInstance, 2, 0, 0}, {AlwaysPrivate, 5, 100, 100}};
     for (const auto& row : cases) {
         char16_t units[100];
         StrBuf1Wrap buffer(units, 100);
@@ -62,10 +54,7 @@ TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
 TEST(Str1, SharesSubstringsUntilOneIsWritten)
 {
     Str1 source(u"hello");
-    struct {
-        std::int32_t start, end;
-        const char16_t* text;
-    } cases[] = {
+    const std::tuple<std::int32_t, std::int32_t, const char16_t*> cases[] = {
         {0, -1, u"hello"},
         {1, 3, u"el"},
         {4, 99, u"o"},
@@ -77,10 +66,10 @@ TEST(Str1, SharesSubstringsUntilOneIsWritten)
         {std::numeric_limits<std::int32_t>::max(), -1, u""},
         {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::min(), u""},
     };
-    for (const auto& row : cases) {
-        const Str1 part = source.substring(row.start, row.end);
-        EXPECT_EQ(part, row.text) << row.start;
-        EXPECT_EQ(part.getData1(), part.isEmpty() ? nullptr : source.getData0() + row.start) << row.start;
+    for (const auto& [start, end, text] : cases) {
+        const Str1 part = source.substring(start, end);
+        EXPECT_EQ(part, text) << start;
+        EXPECT_EQ(part.getData1(), part.isEmpty() ? nullptr : source.getData0() + start) << start;
     }
 
     Str1 part = source.substring(1, 3);

@@ -1,20 +1,22 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
+#include "tests/Random.h"
+#include "tests/Threads.h"
 #include "tests/vx/UserBuffer.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/util/MTCharBuffer.h"
+#include "vx/vorb/Boundary.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <functional>
 #include <limits>
-#include <random>
 #include <string>
-#include <thread>
+#include <tuple>
 #include <vector>
 
 namespace vx {
@@ -40,27 +42,13 @@ TEST(String, ReplacesARange)
         const char16_t* text;
         int length, textStart;
         std::u16string_view expected;
-    } cases[] = {
-        {1, 1, u"XY", -1, 0, u"aXYc"},
-        {-1, 7, u"XY", -1, 0, u"abcXY"},
-        {-1, LEAST, u"XY", -1, 0, u"abcXY"},
-        {LARGEST, LARGEST, u"XY", -1, 0, u"abcXY"},
-        {1, -1, u"X", -1, 0, u"aX"},
-        {1, 99, u"X", -1, 0, u"aX"},
-        {0, -1, u"XYZ", -1, 2, u"Z"},
-        {1, 0, u"XYZ", -1, 4, u"abc"},
-        {1, 1, u"XYZ", 2, -1, u"ac"},
-        {1, 1, u"XYZ", 2, 1, u"aYc"},
-        {1, 0, u"X\0Y", 3, 1, {u"a\0Ybc", 5}},
-        {0, 3, nullptr, 0, 0, u""},
-        {0, 1, nullptr, -1, 0, u"bc"},
-        {0, 1, nullptr, 5, 0, u"bc"},
-        {-2, 1, u"X", -1, 0, u"Xbc"},
-        {1, -2, u"X", -1, 0, u"aXbc"},
-        {1, 1, u"X", -2, 0, u"ac"},
-        {1, 1, u"X", LEAST, LEAST, u"ac"},
-        {1, 1, u"XYZ", -1, -2, u"aXYZc"},
-    };
+    } cases[] = {{1, 1, u"XY", -1, 0, u"aXYc"}, {-1, 7, u"XY", -1, 0, u"abcXY"}, {-1, LEAST, u"XY", -1, 0, u"abcXY"},
+        {LARGEST, LARGEST, u"XY", -1, 0, u"abcXY"}, {1, -1, u"X", -1, 0, u"aX"}, {1, 99, u"X", -1, 0, u"aX"},
+        {0, -1, u"XYZ", -1, 2, u"Z"}, {1, 0, u"XYZ", -1, 4, u"abc"}, {1, 1, u"XYZ", 2, -1, u"ac"},
+        {1, 1, u"XYZ", 2, 1, u"aYc"}, {1, 0, u"X\0Y", 3, 1, {u"a\0Ybc", 5}}, {0, 3, nullptr, 0, 0, u""},
+        {0, 1, nullptr, -1, 0, u"bc"}, {0, 1, nullptr, 5, 0, u"bc"}, {-2, 1, u"X", -1, 0, u"Xbc"},
+        {1, -2, u"X", -1, 0, u"aXbc"}, {1, 1, u"X", -2, 0, u"ac"}, {1, 1, u"X", LEAST, LEAST, u"ac"},
+        {1, 1, u"XYZ", -1, -2, u"aXYZc"}};
     for (const auto& row : cases) {
         const std::string what = std::to_string(&row - cases);
         String text(u"abc");
@@ -79,11 +67,7 @@ TEST(String, ReplacesARange)
 TEST(String, EditsInAllForms)
 {
     const String piece(u"XY");
-    struct {
-        const char* what;
-        Edit edit;
-        const char16_t* expected;
-    } cases[] = {
+    const std::tuple<const char*, Edit, const char16_t*> cases[] = {
         {"append", [&](String& s) { (s.append(u"XYZ", 2).append(piece) += u"Z") += piece; }, u"  abc \tXYXYZXY"},
         {"append units", [](String& s) { s.append(u'x', 2).append(u'y') += u'z'; }, u"  abc \txxyz"},
         {"append views", [](String& s) { s.append(std::u16string(u"x\u20AC")) += std::u16string_view(u"y"); },
@@ -121,16 +105,16 @@ TEST(String, EditsInAllForms)
         {"trim nothing", [](String& s) { s.trim(u""), s.trim(static_cast<const char16_t*>(nullptr)); }, u"  abc \t"},
         {"trim all", [](String& s) { s = u" \r\n\t ", s.trim(); }, u""},
     };
-    for (const auto& row : cases) {
+    for (const auto& [what, edit, expected] : cases) {
         const char16_t* literalText = u"  abc \t";
         String owned(literalText);
-        row.edit(owned);
-        expectText(owned, row.expected, row.what);
+        edit(owned);
+        expectText(owned, expected, what);
         String wrapped(String::AcquireWrap, literalText);
         const String sharer(wrapped);
-        row.edit(wrapped);
-        expectText(wrapped, row.expected, row.what);
-        expectText(sharer, u"  abc \t", row.what);
+        edit(wrapped);
+        expectText(wrapped, expected, what);
+        expectText(sharer, u"  abc \t", what);
     }
     String zeros(u"\0a\0", 3);
     zeros.trim(u"b");
@@ -139,11 +123,7 @@ TEST(String, EditsInAllForms)
 
 TEST(String, TakesItsOwnTextAsASource)
 {
-    struct {
-        const char* what;
-        Edit edit;
-        std::u16string_view expected;
-    } cases[] = {
+    const std::tuple<const char*, Edit, std::u16string_view> cases[] = {
         {"a += a", [](String& a) { a += a; }, u"abcabc"},
         {"a = a", [](String& a) { a = *&a; }, u"abc"},
         {"a = data", [](String& a) { a = a.getData() + 1; }, u"bc"},
@@ -162,7 +142,7 @@ TEST(String, TakesItsOwnTextAsASource)
         {"trim by a tail", [](String& a) { a.insert(0, u"fe"), a.trim(a.getData() + 4); }, u"feab"},
         {"format", [](String& a) { (a += u"{0}").format(a.getData(), -1, a.getData() + 1); }, u"abcbc{0}"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [what, edit, expected] : cases) {
         const std::u16string base = u"abc";
         String roomy(base.c_str(), -1, 100);
         String tight(base);
@@ -173,10 +153,10 @@ TEST(String, TakesItsOwnTextAsASource)
         const Reference<util::MTCharBuffer> locked(new util::MTCharBuffer(base.c_str(), 4));
         String lockedText(String::AcquireShare, locked.get());
         for (String* text : {&roomy, &tight, &shared, &adopted, &lockedText}) {
-            row.edit(*text);
-            expectText(*text, row.expected, row.what);
+            edit(*text);
+            expectText(*text, expected, what);
         }
-        expectText(other, base, row.what);
+        expectText(other, base, what);
         EXPECT_EQ(locked->getLength(), 4) << "held by two: the string took a buffer of its own";
     }
 
@@ -194,38 +174,26 @@ TEST(String, TakesItsOwnTextAsASource)
 
 TEST(String, RefusesTextsThatCannotBeCounted)
 {
-    const Edit edits[] = {
-        [](String& s) { s.append(u'x', LARGEST); },
-        [](String& s) { s.append(u'x', LARGEST - 1); },
-        [](String& s) { s.append(u"x", LARGEST - 2); },
-        [](String& s) { s.replace(0, 3, u"x", LARGEST); },
-        [](String& s) { s.replace(0, 3, u'x', LARGEST - 1); },
-        [](String& s) { s.resize(LARGEST, u'x'); },
-        [](String& s) { s.resize(LARGEST - 1, u'x'); },
-        [](String& s) { s.getWriteLock(LARGEST); },
-        [](String& s) { s.getWriteLock(LARGEST - 1); },
-        [](String& s) {
-            s.copyOnWrite(LARGEST);
-            throw std::bad_alloc();
-        },
-        [](String& s) { s.releaseWriteLock(LARGEST); },
-        [](String& s) { s = String(u'x', LARGEST); },
-        [](String& s) { s = String(LARGEST); },
-        [](String& s) { s = String(u"x", LARGEST); },
-        [](String& s) { s = String("x", LARGEST, u"UTF-8"); },
+    const std::function<void(String&, int)> edits[] = {
+        [](String& s, int most) { s.append(u'x', most); },
+        [](String& s, int most) { s.append(u"x", most - 1); },
+        [](String& s, int most) { s.replace(0, 3, u"x", most); },
+        [](String& s, int most) { s.replace(0, 3, u'x', most); },
+        [](String& s, int most) { s.resize(most, u'x'); },
+        [](String& s, int most) { s.getWriteLock(most); },
+        [](String& s, int most) { s.copyOnWrite(most), throw std::bad_alloc(); },
+        [](String& s, int most) { s.releaseWriteLock(most); },
+        [](String& s, int most) { s = String(u'x', most); },
+        [](String& s, int most) { s = String(most); },
+        [](String& s, int) { s = String(u"x", LARGEST); },
+        [](String& s, int) { s = String("x", LARGEST, u"UTF-8"); },
     };
-    for (const Edit& edit : edits) {
-        String text(u"abc");
-        std::int32_t result = 0;
-        try {
-            edit(text);
-        } catch (const ResultException& failure) {
-            result = failure.getResult();
-        } catch (const std::bad_alloc&) {
-            result = RESULT_OUT_OF_MEMORY;
+    for (const auto& edit : edits) {
+        for (const int most : {LARGEST, LARGEST - 1}) {
+            String text(u"abc");
+            EXPECT_EQ(vorb::atBoundary([&] { edit(text, most); }), RESULT_OUT_OF_MEMORY) << &edit - edits;
+            expectText(text, u"abc", std::to_string(&edit - edits));
         }
-        EXPECT_EQ(result, RESULT_OUT_OF_MEMORY) << &edit - edits;
-        expectText(text, u"abc", std::to_string(&edit - edits));
     }
 }
 
@@ -275,14 +243,7 @@ TEST(String, KeepsTheOldTextWhereverAnAllocationFails)
     std::int32_t result = 0;
     String shared(OLD);
     const String sharer(shared);
-    failEachAllocation(
-        [&] {
-            try {
-                shared.append(u'!', 100);
-            } catch (const ResultException& failure) {
-                result = failure.getResult();
-            }
-        },
+    failEachAllocation([&] { result = resultOf([&] { shared.append(u'!', 100); }); },
         [&](int failing) { EXPECT_EQ(result, RESULT_OUT_OF_MEMORY) << failing; });
 }
 
@@ -352,103 +313,61 @@ struct Pair {
 String madeOf(const std::u16string& text, unsigned kind)
 {
     const int length = static_cast<int>(text.size());
-    switch (kind % 4) {
-    case 0:
+    if (kind % 4 == 0)
         return String(text.c_str(), length, static_cast<int>(kind % 64));
-    case 1:
+    if (kind % 4 == 1)
         return String(String::AcquireShare, new UserBuffer(text));
-    case 2:
+    if (kind % 4 == 2)
         return String(String::AcquireShare, new util::MTCharBuffer(text.c_str(), length + 1));
-    default:
-        return String(String::AcquireUpper, text.c_str(), length);
-    }
+    return String(String::AcquireUpper, text.c_str(), length);
 }
 
 TEST(String, EditsLikeAModelWhateverItShares)
 {
-    const std::uint32_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    Random random;
     const auto piece = [&] {
         std::u16string text;
-        for (int i = below(20); i > 0; --i)
-            text += static_cast<char16_t>(u'A' + below(26));
+        for (int i = random.below(20); i > 0; --i)
+            text += static_cast<char16_t>(u'A' + random.below(26));
         return text;
     };
 
     std::vector<Pair> pool(5);
     for (int step = 0; step < 30000; ++step) {
-        Pair& one = pool[static_cast<std::size_t>(below(5))];
-        const Pair& other = pool[static_cast<std::size_t>(below(5))]; // may be the same
-        const int length = static_cast<int>(one.model.size());
-        const int start = below(length + 1);
-        const int count = below(length - start + 1);
-        const int from = below(static_cast<int>(other.model.size()) + 1);
-        const std::u16string text = piece();
-        const auto at = static_cast<std::size_t>(start);
-        const int operation = below(length > 300 ? 3 : 14);
-        switch (operation) {
-        case 0:
-            one.text.remove(start, count);
-            one.model.erase(at, static_cast<std::size_t>(count));
-            break;
-        case 1:
-            one.text.setAddRef(other.text);
-            one.model = other.model;
-            break;
-        case 2: {
-            String made = madeOf(text, random());
-            one.text.swap(made);
-            one.model = text;
-            break;
-        }
-        case 3:
-            one.text = other.text;
-            one.model = other.model;
-            break;
-        case 4:
-            one.text.replace(start, count, other.text, from);
-            one.model.replace(at, static_cast<std::size_t>(count),
-                std::u16string(other.model.substr(static_cast<std::size_t>(from))));
-            break;
-        case 5:
-            one.text.replace(start, count, text.c_str(), static_cast<int>(text.size()));
-            one.model.replace(at, static_cast<std::size_t>(count), text);
-            break;
-        case 6:
-            one.text.insert(start, other.text);
-            one.model.insert(at, std::u16string(other.model));
-            break;
-        case 7:
-            one.text += other.text;
-            one.model += std::u16string(other.model);
-            break;
-        case 8:
-            one.text.append(u'X', count);
-            one.model.append(static_cast<std::size_t>(count), u'X');
-            break;
-        case 9:
-            one.text.resize(count, u'R');
-            one.model.resize(static_cast<std::size_t>(count), u'R');
-            break;
-        case 10:
-            one.text = other.text.substring(from) + one.text;
-            one.model = other.model.substr(static_cast<std::size_t>(from)) + one.model;
-            break;
-        case 11:
-            one.text.setTo(String::AcquireCopy, other.text, from);
-            one.model = std::u16string(other.model.substr(static_cast<std::size_t>(from)));
-            break;
-        case 12:
-            one.text.trim(u'X', String::TrimLeading);
-            one.model.erase(0, std::min(one.model.find_first_not_of(u'X'), one.model.size()));
-            break;
-        default:
-            one.text.prepend(one.text.getData() + start, count);
-            one.model.insert(0, std::u16string(one.model.substr(at, static_cast<std::size_t>(count))));
-            break;
-        }
+        Pair& target = pool[static_cast<std::size_t>(random.below(5))];
+        const Pair& source = pool[static_cast<std::size_t>(random.below(5))]; // may be the same
+        String& one = target.text;
+        std::u16string& model = target.model;
+        const String& other = source.text;
+        const int start = random.below(one.getLength() + 1);
+        const int count = random.below(one.getLength() - start + 1);
+        const int from = random.below(other.getLength() + 1);
+        const std::size_t at = static_cast<std::size_t>(start), n = static_cast<std::size_t>(count);
+        const std::u16string text = piece(), all = source.model, tail = all.substr(static_cast<std::size_t>(from));
+        const std::function<void()> operations[] = {
+            [&] { one.remove(start, count), model.erase(at, n); },
+            [&] { one.setAddRef(other), model = all; },
+            [&] {
+                String made = madeOf(text, random());
+                one.swap(made), model = text;
+            },
+            [&] { one = other, model = all; },
+            [&] { one.replace(start, count, other, from), model.replace(at, n, tail); },
+            [&] { one.replace(start, count, text.data(), static_cast<int>(text.size())), model.replace(at, n, text); },
+            [&] { one.insert(start, other), model.insert(at, all); },
+            [&] { one += other, model += all; },
+            [&] { one.append(u'X', count), model.append(n, u'X'); },
+            [&] { one.resize(count, u'R'), model.resize(n, u'R'); },
+            [&] { one = other.substring(from) + one, model = tail + model; },
+            [&] { one.setTo(String::AcquireCopy, other, from), model = tail; },
+            [&] {
+                one.trim(u'X', String::TrimLeading);
+                model.erase(0, std::min(model.find_first_not_of(u'X'), model.size()));
+            },
+            [&] { one.prepend(one.getData() + start, count), model.insert(0, std::u16string(model.substr(at, n))); },
+        };
+        const int operation = random.below(one.getLength() > 300 ? 3 : 14);
+        operations[operation]();
         for (const Pair& pair : pool) {
             ASSERT_EQ(pair.text, pair.model) << "step " << step << " operation " << operation;
             ASSERT_EQ(pair.text.getData()[pair.model.size()], 0) << "step " << step << " operation " << operation;
@@ -462,24 +381,20 @@ TEST(String, LetsThreadsEditWhatTheyShare)
         const std::u16string base(100, u'-');
         const String common(isLocked ? String(String::AcquireShare, new util::MTCharBuffer(base.c_str(), 101))
                                      : String(std::u16string_view(base)));
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < 3; ++thread) {
-            threads.emplace_back([thread, own = common]() mutable {
-                for (int round = 0; round < 300; ++round) {
-                    const String before(own); // shared again: the next write copies
-                    own.setCharAt(round % 100, static_cast<char16_t>(u'0' + thread));
-                    own.append(u'x').remove(100, 1);
-                    ASSERT_EQ(before.getLength(), 100);
-                    if (round % 7 == 0)
-                        own.setAddRef(before);
-                    if (round % 50 == 0)
-                        own.freeExtra();
-                }
-                ASSERT_EQ(own.findFirstNotOf(thread == 0 ? u"-0" : thread == 1 ? u"-1" : u"-2"), -1);
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+        inThreads(3, [&](int thread) {
+            String own(common);
+            for (int round = 0; round < 300; ++round) {
+                const String before(own); // shared again: the next write copies
+                own.setCharAt(round % 100, static_cast<char16_t>(u'0' + thread));
+                own.append(u'x').remove(100, 1);
+                ASSERT_EQ(before.getLength(), 100);
+                if (round % 7 == 0)
+                    own.setAddRef(before);
+                if (round % 50 == 0)
+                    own.freeExtra();
+            }
+            ASSERT_EQ(own.findFirstNotOf(thread == 0 ? u"-0" : thread == 1 ? u"-1" : u"-2"), -1);
+        });
         EXPECT_EQ(common, base);
     }
 }

@@ -1,3 +1,4 @@
+#include "tests/Random.h"
 #include "vx/String.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vx {
@@ -40,10 +42,7 @@ std::u16string filled(std::u16string text, const std::vector<std::u16string>& ar
 
 TEST(String, FormatsATemplate)
 {
-    struct {
-        const char16_t* form;
-        const char16_t* expected;
-    } cases[] = {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"", u""},
         {u"plain { } {x} {-1} {}", u"plain { } {x} {-1} {}"},
         {u"{0}{0}", u"aa"},
@@ -58,14 +57,14 @@ TEST(String, FormatsATemplate)
         {u"{0}{4294967296}{99999999999999999999}", u"a{4294967296}{99999999999999999999}"},
         {u"{1}{0}{\u0661}", u"{2}a{\u0661}"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [form, expected] : cases) {
         String text(u"old text, of which nothing stays");
         const String& result
-            = text.format(row.form, -1, u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10", nullptr);
-        EXPECT_EQ(result, row.expected) << String(row.form);
+            = text.format(form, -1, u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10", nullptr);
+        EXPECT_EQ(result, expected) << String(form);
         EXPECT_EQ(&result, &text);
-        EXPECT_EQ(String().format(String(row.form), u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10"),
-            row.expected);
+        EXPECT_EQ(String().format(String(form), u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10"),
+            expected);
     }
     EXPECT_EQ(String().format(u"{0}{1}", 3, u"a"), u"a") << "the length ends the template";
     EXPECT_EQ(String().format(u"{0}\0{0}", 7, u"a"), std::u16string_view(u"a\0a", 3));
@@ -85,9 +84,7 @@ const String& formattedBy(String& text, const char16_t* form, int length, ...)
 
 TEST(String, FormatsByTheRules)
 {
-    const std::uint32_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    Random random;
     const std::u16string_view pieces[]
         = {u"{0}", u"{1}", u"{2}", u"{3}", u"{4}", u"{", u"}", u"0", u"x", u"{{", u"{01}"};
     const auto anyText = [&](unsigned longest) {

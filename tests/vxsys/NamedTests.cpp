@@ -2,6 +2,7 @@
 
 #include "Child.h"
 #include "Scratch.h"
+#include "tests/Random.h"
 #include "vxsys/Result.h"
 #include "vxsys/detail/ObjectName.h"
 
@@ -15,7 +16,6 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <random>
 #include <set>
 #include <string>
 #include <sys/stat.h>
@@ -307,9 +307,7 @@ TEST(NamedSemaphore, KeepsProcessesApartThatAreKilledAtAnyMoment)
     constexpr int KILLS = 25;
     constexpr int ROUNDS = 200; // of each worker that is left at the end
 
-    const unsigned seed = std::random_device()();
-    SCOPED_TRACE(seed);
-    std::mt19937 random(seed);
+    Random random;
     const std::string name = ownName("storm");
     const Memory memory(ownName("storm state"), sizeof(pid_t));
     auto& inside = *memory.as<std::atomic<pid_t>>();

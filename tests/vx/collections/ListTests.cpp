@@ -40,35 +40,31 @@ TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
     using ChangeableValues = Reference<Collection> (Map::*)();
 
     expectSlots("Collection", 3,
-        {slotOf(&Collection::add), slotOf(&Collection::addAll), slotOf(&Collection::clear),
-            slotOf(&Collection::compareTo), slotOf(&Collection::contains), slotOf(&Collection::containsAll),
-            slotOf(&Collection::createIterator), slotOf(&Collection::createConstIterator), slotOf(&Collection::equals),
-            slotOf(&Collection::getSize), slotOf(&Collection::hashCode), slotOf(&Collection::remove),
-            slotOf(&Collection::removeAll), slotOf(&Collection::retainAll)});
+        {&Collection::add, &Collection::addAll, &Collection::clear, &Collection::compareTo, &Collection::contains,
+            &Collection::containsAll, &Collection::createIterator, &Collection::createConstIterator,
+            &Collection::equals, &Collection::getSize, &Collection::hashCode, &Collection::remove,
+            &Collection::removeAll, &Collection::retainAll});
     expectSlots("List", 17,
         {slotOf<Add>(&List::add), slotOf<AddAll>(&List::addAll), slotOf<Remove>(&List::remove),
-            slotOf(&List::createListIterator), slotOf(&List::createConstListIterator),
-            slotOf<Part>(&List::createSubList), slotOf<ConstPart>(&List::createSubList), slotOf(&List::get),
-            slotOf(&List::indexOf), slotOf(&List::lastIndexOf), slotOf(&List::set)});
+            &List::createListIterator, &List::createConstListIterator, slotOf<Part>(&List::createSubList),
+            slotOf<ConstPart>(&List::createSubList), &List::get, &List::indexOf, &List::lastIndexOf, &List::set});
     expectSlots("Map", 3,
-        {slotOf(&Map::clear), slotOf(&Map::compareTo), slotOf(&Map::containsKey), slotOf(&Map::containsValue),
-            slotOf<ConstSet>(&Map::createEntrySet), slotOf<ChangeableSet>(&Map::createEntrySet),
-            slotOf<ConstSet>(&Map::createKeySet), slotOf<ChangeableSet>(&Map::createKeySet),
-            slotOf<ConstValues>(&Map::createValueCollection), slotOf<ChangeableValues>(&Map::createValueCollection),
-            slotOf(&Map::equals), slotOf(&Map::get), slotOf(&Map::getSize), slotOf(&Map::hashCode), slotOf(&Map::put),
-            slotOf(&Map::putAll), slotOf(&Map::remove)});
+        {&Map::clear, &Map::compareTo, &Map::containsKey, &Map::containsValue, slotOf<ConstSet>(&Map::createEntrySet),
+            slotOf<ChangeableSet>(&Map::createEntrySet), slotOf<ConstSet>(&Map::createKeySet),
+            slotOf<ChangeableSet>(&Map::createKeySet), slotOf<ConstValues>(&Map::createValueCollection),
+            slotOf<ChangeableValues>(&Map::createValueCollection), &Map::equals, &Map::get, &Map::getSize,
+            &Map::hashCode, &Map::put, &Map::putAll, &Map::remove});
     expectSlots("MapEntry", 3,
-        {slotOf(&MapEntry::compareTo), slotOf(&MapEntry::equals), slotOf(&MapEntry::getKey),
-            slotOf(&MapEntry::getValue), slotOf(&MapEntry::hashCode), slotOf(&MapEntry::setValue)});
-    expectSlots(
-        "Iterator", 3, {slotOf(&ConstIterator::hasNext), slotOf(&ConstIterator::next), slotOf(&Iterator::remove)});
+        {&MapEntry::compareTo, &MapEntry::equals, &MapEntry::getKey, &MapEntry::getValue, &MapEntry::hashCode,
+            &MapEntry::setValue});
+    expectSlots("Iterator", 3, {&ConstIterator::hasNext, &ConstIterator::next, &Iterator::remove});
     expectSlots("ConstListIterator", 5,
-        {slotOf(&ConstListIterator::hasPrevious), slotOf(&ConstListIterator::previous),
-            slotOf(&ConstListIterator::nextIndex), slotOf(&ConstListIterator::previousIndex)});
-    expectSlots("ListIterator", 6, {slotOf(&ListIterator::add), slotOf(&ListIterator::set)});
-    expectSlots("IVXComparator", 3, {slotOf(&IVXComparator::Compare), slotOf(&IVXComparator::Hash)});
+        {&ConstListIterator::hasPrevious, &ConstListIterator::previous, &ConstListIterator::nextIndex,
+            &ConstListIterator::previousIndex});
+    expectSlots("ListIterator", 6, {&ListIterator::add, &ListIterator::set});
+    expectSlots("IVXComparator", 3, {&IVXComparator::Compare, &IVXComparator::Hash});
     expectSlots("Comparator", slotOf(&Object::toString),
-        {slotOf(&util::Comparator::toString), slotOf(&util::Comparator::compare), slotOf(&util::Comparator::hash)});
+        {&util::Comparator::toString, &util::Comparator::compare, &util::Comparator::hash});
 }
 
 TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
@@ -80,15 +76,9 @@ TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
         const IVXUnknown *a, *b;
         int order;
         std::uint32_t hash;
-    } cases[] = {
-        {three.get(), five.get(), -2, 3},
-        {three.get(), alsoThree.get(), 0, 3},
-        {nullptr, nullptr, 0, 0},
-        {nullptr, three.get(), -1, 0},
-        {bare.get(), bare.get(), -1, 0},
-        {bare.get(), three.get(), -1, 0},
-        {bare.get(), nullptr, 0, 0},
-    };
+    } cases[] = {{three.get(), five.get(), -2, 3}, {three.get(), alsoThree.get(), 0, 3}, {nullptr, nullptr, 0, 0},
+        {nullptr, three.get(), -1, 0}, {bare.get(), bare.get(), -1, 0}, {bare.get(), three.get(), -1, 0},
+        {bare.get(), nullptr, 0, 0}};
     const Reference<IVXComparator> comparator = GetDefaultComparator();
     for (const auto& row : cases) {
         int order = 99;
@@ -113,14 +103,8 @@ TYPED_TEST(Lists, CompareByTheirElements)
     struct {
         std::initializer_list<int> left, right;
         int order;
-    } cases[] = {
-        {{}, {}, 0},
-        {{5, 7}, {5}, 1},
-        {{5}, {5, 7}, -1},
-        {{5, 9}, {5, 7, 1}, 2},
-        {{NO_ITEM}, {5}, -1},
-        {{NO_ITEM, 1}, {NO_ITEM, 1}, 0},
-    };
+    } cases[] = {{{}, {}, 0}, {{5, 7}, {5}, 1}, {{5}, {5, 7}, -1}, {{5, 9}, {5, 7, 1}, 2}, {{NO_ITEM}, {5}, -1},
+        {{NO_ITEM, 1}, {NO_ITEM, 1}, 0}};
     for (const auto& row : cases) {
         const auto left = listOf<TypeParam>(row.left);
         const auto right = listOf<ArrayList>(row.right);

@@ -1,3 +1,4 @@
+#include "tests/Random.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/Exceptions.h"
 #include "vx/collections/DefaultComparator.h"
@@ -324,7 +325,7 @@ TEST(HashMap, DoesWhatAPlainTableDoesInTheSameOrder)
 
 TEST(HashSet, HoldsTheKeysOfSuchATable)
 {
-    std::mt19937 random(std::random_device {}());
+    Random random;
     const Reference<HashSet> set(new HashSet);
     Model model {0.75F, std::vector<Chain>(101)};
     for (int step = 0; step < 10'000; ++step) {

@@ -1,5 +1,7 @@
 #include "tests/AllocationProbe.h"
+#include "tests/Random.h"
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
@@ -13,9 +15,8 @@
 #include <functional>
 #include <limits>
 #include <map>
-#include <random>
 #include <string>
-#include <thread>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -109,11 +110,7 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
     const Reference<vorb::Set> entries = map->createEntrySet();
     const Reference<Iterator> iterator = entries->createIterator();
     const Reference<IVXUnknown> entry = iterator->next();
-    struct {
-        const char* operation;
-        int calls;
-        std::function<void()> work;
-    } cases[] = {
+    const std::tuple<const char*, int, std::function<void()>> cases[] = {
         {"put, hash", 0, [&] { map->put(fresh.get(), fresh.get()); }},
         {"put, equality", 1, [&] { map->put(four.get(), fresh.get()); }},
         {"get", 1, [&] { map->get(four.get()); }},
@@ -121,12 +118,12 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
         {"containsValue", 1, [&] { map->containsValue(item(40).get()); }},
         {"entry set, value", 2, [&] { entries->contains(entry.get()); }},
     };
-    for (const auto& row : cases) {
-        comparator->m_calls = row.calls;
-        EXPECT_EQ(outcome(row.work), "result " + std::to_string(RESULT_TIMED_OUT)) << row.operation;
+    for (const auto& [operation, calls, work] : cases) {
+        comparator->m_calls = calls;
+        EXPECT_EQ(outcome(work), "result " + std::to_string(RESULT_TIMED_OUT)) << operation;
         comparator->m_calls = 1000;
-        EXPECT_EQ(keysOf(*map), "7 4 1 ") << row.operation;
-        EXPECT_EQ(dynamic_cast<ComObject&>(*fresh).GetRefCount(), 1U) << row.operation;
+        EXPECT_EQ(keysOf(*map), "7 4 1 ") << operation;
+        EXPECT_EQ(dynamic_cast<ComObject&>(*fresh).GetRefCount(), 1U) << operation;
     }
     EXPECT_EQ(textOf(MapEntry::of(iterator->next())->getKey()), "4") << "no iterator was disturbed";
 
@@ -134,11 +131,11 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
         map->clear();
         return RESULT_OK;
     };
-    for (const auto& row : cases) {
+    for (const auto& [operation, calls, work] : cases) {
         put(*map, {1, 4, 7});
-        comparator->m_calls = row.calls;
-        if (row.calls != 0) {
-            EXPECT_EQ(outcome(row.work), "plain") << row.operation << " meets a change of the map";
+        comparator->m_calls = calls;
+        if (calls != 0) {
+            EXPECT_EQ(outcome(work), "plain") << operation << " meets a change of the map";
         }
     }
 }
@@ -257,15 +254,11 @@ TEST(HashMap, GivesTheSameEntryToReadersAtTheSameTime)
     for (int round = 0; round < 20; ++round) {
         const Reference<HashMap> map = mapOf({1, 2, 3, 4, 5, 6, 7, 8});
         std::vector<Reference<IVXUnknown>> seen[2];
-        std::vector<std::thread> readers;
-        for (auto& entries : seen)
-            readers.emplace_back([&map, &entries] {
-                const auto iterator = std::as_const(*map).createEntrySet()->createConstIterator();
-                while (iterator->hasNext())
-                    entries.push_back(iterator->next());
-            });
-        for (std::thread& reader : readers)
-            reader.join();
+        inThreads(2, [&](int reader) {
+            const auto iterator = std::as_const(*map).createEntrySet()->createConstIterator();
+            while (iterator->hasNext())
+                seen[reader].push_back(iterator->next());
+        });
         EXPECT_EQ(seen[0], seen[1]);
         EXPECT_EQ(seen[0].size(), 8U);
     }
@@ -278,14 +271,13 @@ TEST(PlainKeyMaps, KeepTheOrderOfTheirOperations)
     using HasText = bool (StringHashMap::*)(const char16_t*, int) const;
     using HasString = bool (StringHashMap::*)(const String&) const;
     expectSlots("IntegerHashMap", slotOf(&Object::toString) + 1,
-        {slotOf(&IntegerHashMap::clear), slotOf(&IntegerHashMap::get), slotOf(&IntegerHashMap::getSize),
-            slotOf(&IntegerHashMap::isEmpty), slotOf(&IntegerHashMap::put), slotOf(&IntegerHashMap::remove),
-            slotOf(&IntegerHashMap::createKeySet)});
+        {&IntegerHashMap::clear, &IntegerHashMap::get, &IntegerHashMap::getSize, &IntegerHashMap::isEmpty,
+            &IntegerHashMap::put, &IntegerHashMap::remove, &IntegerHashMap::createKeySet});
     expectSlots("StringHashMap", slotOf(&Object::toString) + 1,
-        {slotOf(&StringHashMap::clear), slotOf<ByText>(&StringHashMap::get), slotOf<ByString>(&StringHashMap::get),
-            slotOf(&StringHashMap::getSize), slotOf<HasText>(&StringHashMap::containsKey),
-            slotOf<HasString>(&StringHashMap::containsKey), slotOf(&StringHashMap::isEmpty),
-            slotOf(&StringHashMap::put), slotOf(&StringHashMap::remove), slotOf(&StringHashMap::createKeySet)});
+        {&StringHashMap::clear, slotOf<ByText>(&StringHashMap::get), slotOf<ByString>(&StringHashMap::get),
+            &StringHashMap::getSize, slotOf<HasText>(&StringHashMap::containsKey),
+            slotOf<HasString>(&StringHashMap::containsKey), &StringHashMap::isEmpty, &StringHashMap::put,
+            &StringHashMap::remove, &StringHashMap::createKeySet});
 }
 
 int numberOf(int key)
@@ -324,7 +316,7 @@ TYPED_TEST_SUITE(PlainKeyMaps, PlainKeyMapTypes);
 
 TYPED_TEST(PlainKeyMaps, DoWhatAnotherMapDoes)
 {
-    std::mt19937 random(std::random_device {}());
+    Random random;
     for (const float load : {0.75F, 0.1F, 4.0F}) {
         TypeParam map(1, load);
         std::map<int, Reference<Object>> model, entries;

@@ -35,13 +35,12 @@ TEST(TypedCollections, KeepTheOrderOfTheirOperations)
     const std::size_t first = slotOf(&Object::toString) + 1;
 
     expectSlots("Collection", first,
-        {slotOf(&C::add), slotOf(&C::contains), slotOf(&C::remove), slotOf(&C::addAll), slotOf(&C::clear),
-            slotOf(&C::createIterator), slotOf(&C::createConstIterator), slotOf(&C::getSize), slotOf(&C::isEmpty),
-            slotOf(&C::removeAll), slotOf(&C::retainAll)});
+        {&C::add, &C::contains, &C::remove, &C::addAll, &C::clear, &C::createIterator, &C::createConstIterator,
+            &C::getSize, &C::isEmpty, &C::removeAll, &C::retainAll});
     expectSlots("List", first + 11,
-        {slotOf<Add>(&L::add), slotOf<AddAll>(&L::addAll), slotOf<Remove>(&L::remove), slotOf(&L::createListIterator),
-            slotOf(&L::createConstListIterator), slotOf<Part>(&L::createSubList), slotOf<ConstPart>(&L::createSubList),
-            slotOf(&L::get), slotOf(&L::indexOf), slotOf(&L::lastIndexOf), slotOf(&L::set)});
+        {slotOf<Add>(&L::add), slotOf<AddAll>(&L::addAll), slotOf<Remove>(&L::remove), &L::createListIterator,
+            &L::createConstListIterator, slotOf<Part>(&L::createSubList), slotOf<ConstPart>(&L::createSubList), &L::get,
+            &L::indexOf, &L::lastIndexOf, &L::set});
 }
 
 class TypedLists : public testing::Test {

@@ -172,8 +172,8 @@ TEST(MD5Digest, KeepsItsStateWhereItFails)
 {
     const auto slot = slotOf(&Object::toString) + 1;
     expectSlots("digest", slot,
-        {slotOf(&MessageDigest::update), slotOf(&MessageDigest::getDigest), slotOf(&MessageDigest::reset),
-            slotOf(&MessageDigest::getLength), slotOf(&MessageDigest::getName)});
+        {&MessageDigest::update, &MessageDigest::getDigest, &MessageDigest::reset, &MessageDigest::getLength,
+            &MessageDigest::getName});
     const signed char letter = 'a';
     signed char target[16] = {};
     MD5Digest digest;

@@ -1,3 +1,4 @@
+#include "tests/Threads.h"
 #include "vx/exec/Process.h"
 
 #include "tests/Outcome.h"
@@ -11,7 +12,6 @@
 
 #include <fcntl.h>
 #include <thread>
-#include <vector>
 
 namespace vx::exec {
 namespace {
@@ -45,13 +45,10 @@ TEST(Process, StartsWhatItIsTold)
     const char16_t* const two[] = {u"A=1", u"B=gr\u00FCn =", nullptr};
     ScopedVariable inherited("VX_PROCESS_TEST", "from the parent");
     struct {
-        const char16_t* program;
-        const char16_t* commandLine;
-        const char16_t* directory;
+        const char16_t *program, *commandLine, *directory;
         const char16_t* const* environment;
         unsigned int flags;
-        std::string output;
-        std::string error;
+        std::string output, error;
         int code;
     } cases[] = {
         {u"/bin/sh", u"-c \"echo out; echo err >&2; exit 3\"", nullptr, nullptr, 0, "out\n", "err\n", 3},
@@ -75,8 +72,7 @@ TEST(Process, StartsWhatItIsTold)
 TEST(Process, TellsWhatCannotBeStarted)
 {
     struct {
-        const char16_t* program;
-        const char16_t* directory;
+        const char16_t *program, *directory;
         unsigned int flags;
         int error;
     } cases[] = {
@@ -144,18 +140,14 @@ TEST(Process, GivesTheChildThreeStreamsAndNothingElse)
 /// A child of one thread that had the pipe of another's would keep that one from its end.
 TEST(Process, StartsFromSeveralThreadsAtOnce)
 {
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back([] {
-            for (int count = 0; count < 10; ++count) {
-                Process process(u"/bin/cat");
-                writeAll(process, "through");
-                EXPECT_EQ(readAll(*process.getInputStream()), "through");
-                EXPECT_EQ(process.join(), 0);
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    inThreads(4, [](int) {
+        for (int count = 0; count < 10; ++count) {
+            Process process(u"/bin/cat");
+            writeAll(process, "through");
+            EXPECT_EQ(readAll(*process.getInputStream()), "through");
+            EXPECT_EQ(process.join(), 0);
+        }
+    });
 }
 
 TEST(Process, LeavesNoZombieWhenNobodyJoins)

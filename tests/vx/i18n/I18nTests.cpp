@@ -1,4 +1,5 @@
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "tests/vx/Offer.h"
 #include "vx/Class.h"
 #include "vx/Exceptions.h"
@@ -9,7 +10,7 @@
 
 #include <map>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 namespace vx::i18n {
@@ -23,31 +24,24 @@ TEST(I18n, KeepsTheOrderOfVirtualOperations)
         static void check()
         {
             expectSlots("StringBundle", 11,
-                {slotOf(&Opened::getString), slotOf(&Opened::getKeys), slotOf(&StringBundle::getLocale),
-                    slotOf(&Opened::lookupString)});
+                {&Opened::getString, &Opened::getKeys, &StringBundle::getLocale, &Opened::lookupString});
         }
     };
     Opened::check();
     using Bundle = IVXResourceBundle;
     expectSlots("IVXResourceBundle", 3,
-        {slotOf(&Bundle::LoadCharBuffer), slotOf(&Bundle::LoadString), slotOf(&Bundle::GetCount),
-            slotOf(&Bundle::GetResource), slotOf(&Bundle::GetLocale)});
+        {&Bundle::LoadCharBuffer, &Bundle::LoadString, &Bundle::GetCount, &Bundle::GetResource, &Bundle::GetLocale});
     expectSlots("IVXLocale", 3,
-        {slotOf(&IVXLocale::GetLanguage), slotOf(&IVXLocale::GetCountry), slotOf(&IVXLocale::GetVariant),
-            slotOf(&IVXLocale::GetDisplayLanguage), slotOf(&IVXLocale::GetDisplayLanguageLoc),
-            slotOf(&IVXLocale::GetDisplayCountry), slotOf(&IVXLocale::GetDisplayCountryLoc),
-            slotOf(&IVXLocale::GetDisplayVariant), slotOf(&IVXLocale::GetDisplayVariantLoc),
-            slotOf(&IVXLocale::GetDisplayName), slotOf(&IVXLocale::GetDisplayNameLoc), slotOf(&IVXLocale::ToString)});
+        {&IVXLocale::GetLanguage, &IVXLocale::GetCountry, &IVXLocale::GetVariant, &IVXLocale::GetDisplayLanguage,
+            &IVXLocale::GetDisplayLanguageLoc, &IVXLocale::GetDisplayCountry, &IVXLocale::GetDisplayCountryLoc,
+            &IVXLocale::GetDisplayVariant, &IVXLocale::GetDisplayVariantLoc, &IVXLocale::GetDisplayName,
+            &IVXLocale::GetDisplayNameLoc, &IVXLocale::ToString});
 }
 
 TEST(Locale, TakesItsNameApart)
 {
     struct {
-        const char16_t* text;
-        const char16_t* language;
-        const char16_t* country;
-        const char16_t* variant;
-        const char16_t* name;
+        const char16_t *text, *language, *country, *variant, *name;
     } cases[] = {
         {u"en_US.UTF-8@euro", u"en", u"US", u"euro", u"en_US@euro"},
         {u"de_DE", u"de", u"DE", u"", u"de_DE"},
@@ -78,13 +72,10 @@ TEST(Locale, TellsAComponentWhatItKnows)
     void* const view = static_cast<IVXLocale*>(locale.get());
     const Reference<String> text(new String(u"stale"));
     IVXCharBuffer* const buffer = text.get();
-    const struct {
-        std::size_t slot;
-        const char16_t* text;
-    } texts[] = {{3, u"de"}, {4, u"AT"}, {5, u"euro"}, {14, u"de_AT@euro"}};
-    for (const auto& row : texts) {
-        EXPECT_EQ(callSlot<std::int32_t>(view, row.slot, buffer), RESULT_OK);
-        EXPECT_EQ(*text, row.text);
+    const std::pair<std::size_t, const char16_t*> texts[] = {{3, u"de"}, {4, u"AT"}, {5, u"euro"}, {14, u"de_AT@euro"}};
+    for (const auto& [slot, wanted] : texts) {
+        EXPECT_EQ(callSlot<std::int32_t>(view, slot, buffer), RESULT_OK);
+        EXPECT_EQ(*text, wanted);
     }
     IVXLocale* const inLocale = locale.get();
     for (std::size_t slot = 6; slot < 14; slot += 2) { // names for people are not to be had
@@ -142,14 +133,8 @@ TEST(ComStringBundle, ReadsTheComponent)
     component->m_texts = {{u"empty", u""}, {u"hello", u"Grüß Gott"}};
     const Reference<StringBundle> bundle(new ComStringBundle(component.get(), nullptr));
     EXPECT_EQ(bundle->getString(u"hello"), u"Grüß Gott");
-    for (const char16_t* key : {u"empty", u"missing", u""}) {
-        try {
-            bundle->getString(key);
-            ADD_FAILURE() << String(key);
-        } catch (const Exception& failure) {
-            EXPECT_EQ(failure.getDescription(), u"Resource not found");
-        }
-    }
+    for (const char16_t* key : {u"empty", u"missing", u""})
+        EXPECT_EQ(saidBy<Exception>([&] { bundle->getString(key); }), "Resource not found") << String(key);
 
     component->m_lie = 1;
     EXPECT_EQ(resultOf([&] { bundle->getKeys(); }), RESULT_INVALID_ARGUMENT) << "no list is kept of the first two";
@@ -222,11 +207,7 @@ TEST(StringMapBundle, ServesAMapAndItsParent)
     EXPECT_THROW(child->getString(u"c"), Exception);
     EXPECT_THROW(StringMapBundle(nullptr, locale.get()), ResultException);
 
-    std::thread builders[2];
-    for (std::thread& builder : builders)
-        builder = std::thread([&] { EXPECT_EQ(child->getKeys()->getSize(), 3); });
-    for (std::thread& builder : builders)
-        builder.join();
+    inThreads(2, [&](int) { EXPECT_EQ(child->getKeys()->getSize(), 3); });
     map->put(u"later", Reference<String>(new String(u"x")).get());
     EXPECT_EQ(child->getString(u"later"), u"x");
 

@@ -133,8 +133,7 @@ TEST_F(Bridges, EncodeTheSameBytesHoweverTheTextIsCut)
 TEST_F(Bridges, StandAtTheUnitThatCannotBeEncoded)
 {
     const struct {
-        const char16_t* encoding;
-        const char16_t* text;
+        const char16_t *encoding, *text;
         std::int64_t position;
         const char* events; // with what stood before the unit
     } rows[] = {

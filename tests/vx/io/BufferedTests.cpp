@@ -1,9 +1,9 @@
 #include "StreamDoubles.h"
 
+#include "tests/Random.h"
 #include "tests/Slots.h"
 
 #include <functional>
-#include <random>
 
 using namespace vx;
 using namespace vx::io;
@@ -41,14 +41,12 @@ TYPED_TEST(Twins, StandInTheirOrder)
     using Out = typename TypeParam::Output;
     using Unit = typename TypeParam::Unit;
     const std::size_t first = slotOf(&Object::toString) + 1;
-    const auto readUnits = slotOf<std::int32_t (In::*)(Unit*, std::int32_t)>(&In::read);
-    const std::initializer_list<std::size_t> reading {readUnits, slotOf<int (In::*)()>(&In::read), slotOf(&In::skip),
-        slotOf(&In::available), slotOf(&In::close), slotOf(&In::markSupported), slotOf(&In::mark), slotOf(&In::reset)};
-    const auto writeUnits = slotOf<void (Out::*)(const Unit*, std::int32_t)>(&Out::write);
-    const std::initializer_list<std::size_t> writing {
-        writeUnits, slotOf<void (Out::*)(Unit)>(&Out::write), slotOf(&Out::flush), slotOf(&Out::close)};
-    expectSlots("reading", first + 2 * (sizeof(Unit) == 1), reading); // bytes have two overloads in front
-    expectSlots("writing", first + 2, writing); // as characters have here
+    expectSlots("reading", first + 2 * (sizeof(Unit) == 1), // bytes have two overloads in front
+        {slotOf<std::int32_t (In::*)(Unit*, std::int32_t)>(&In::read), slotOf<int (In::*)()>(&In::read), &In::skip,
+            &In::available, &In::close, &In::markSupported, &In::mark, &In::reset});
+    expectSlots("writing", first + 2, // as characters have here
+        {slotOf<void (Out::*)(const Unit*, std::int32_t)>(&Out::write), slotOf<void (Out::*)(Unit)>(&Out::write),
+            &Out::flush, &Out::close});
 }
 
 /// What each operation gives and does to what lies below, which is written to `events`.
@@ -207,12 +205,11 @@ TYPED_TEST(Twins, KeepEverythingInOrderWhateverIsAsked)
 {
     // Reads of any length, skips, marks and pauses of the source against a plain index into the data.
     using Unit = typename TypeParam::Unit;
-    const auto seed = std::random_device()();
-    std::mt19937 chance(seed);
-    const auto upTo = [&](int most) { return std::uniform_int_distribution<int>(0, most)(chance); };
+    Random chance;
+    const auto upTo = [&](int most) { return chance.below(most + 1); };
     const std::vector<Unit> data = unitsFrom<Unit>(0, 3000);
     for (int round = 0; round < 50; ++round) {
-        SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
+        SCOPED_TRACE(round);
         std::vector<int> steps(2000);
         std::generate(steps.begin(), steps.end(), [&] { return upTo(40); });
         auto* source = new Source<TypeParam>(data, this->m_events, steps);

@@ -18,11 +18,10 @@ using vorb::IVXChannel;
 
 TEST(Channels, KeepTheOrderOfVirtualOperations)
 {
-    expectSlots("IReadChannel", 3, {slotOf(&IReadChannel::read)});
-    expectSlots("IWriteChannel", 3, {slotOf(&IWriteChannel::write)});
-    expectSlots("IInheritableChannel", 4, {slotOf(&IInheritableChannel::getInheritanceId)});
-    expectSlots("IVXChannel", 3,
-        {slotOf(&IVXChannel::Read), slotOf(&IVXChannel::Write), slotOf(&IVXChannel::GetInheritanceId)});
+    expectSlots("IReadChannel", 3, {&IReadChannel::read});
+    expectSlots("IWriteChannel", 3, {&IWriteChannel::write});
+    expectSlots("IInheritableChannel", 4, {&IInheritableChannel::getInheritanceId});
+    expectSlots("IVXChannel", 3, {&IVXChannel::Read, &IVXChannel::Write, &IVXChannel::GetInheritanceId});
     const Reference<IChannel> channel = Channels::adaptStreams(nullptr, nullptr);
     EXPECT_EQ(callSlot<std::uint32_t>(static_cast<IReadChannel*>(channel.get()), 1), 2U);
     EXPECT_EQ(callSlot<std::uint32_t>(static_cast<IWriteChannel*>(channel.get()), 2), 1U);

@@ -92,8 +92,7 @@ TEST(MaskedConsoleInputStream, TakesKeys)
     struct {
         std::string_view keys;
         std::int32_t length;
-        std::string_view read;
-        std::string_view next;
+        std::string_view read, next;
     } cases[] = {
         {"secret\r", 100, "secret\n", "-1"},
         {"secret\nrest", 100, "secret\n", "rest"},

@@ -22,18 +22,15 @@ TEST(DataStreams, StandInTheirOrder)
     using In = DataInputStream;
     using Out = DataOutputStream;
     expectSlots("input", slotOf(&InputStream::reset) + 1,
-        {slotOf(&In::readFully), slotOf(&In::readBool), slotOf(&In::readByte), slotOf(&In::readChar16),
-            slotOf(&In::readChar32), slotOf(&In::readInt16), slotOf(&In::readInt32), slotOf(&In::readInt64),
-            slotOf(&In::readFloat), slotOf(&In::readDouble), slotOf(&In::readString)});
+        {&In::readFully, &In::readBool, &In::readByte, &In::readChar16, &In::readChar32, &In::readInt16, &In::readInt32,
+            &In::readInt64, &In::readFloat, &In::readDouble, &In::readString});
     expectSlots("output", slotOf(&OutputStream::close) + 1,
-        {slotOf(&Out::writeBool), slotOf(&Out::writeByte), slotOf(&Out::writeChar16), slotOf(&Out::writeChar32),
-            slotOf(&Out::writeInt16), slotOf(&Out::writeInt32), slotOf(&Out::writeInt64), slotOf(&Out::writeFloat),
-            slotOf(&Out::writeDouble), slotOf(&Out::writeString)});
+        {&Out::writeBool, &Out::writeByte, &Out::writeChar16, &Out::writeChar32, &Out::writeInt16, &Out::writeInt32,
+            &Out::writeInt64, &Out::writeFloat, &Out::writeDouble, &Out::writeString});
     expectSlots("bits", slotOf(&InputStream::reset) + 1,
-        {slotOf<int (BitInputStream::*)(int)>(&BitInputStream::read), slotOf(&BitInputStream::readBit)});
+        {slotOf<int (BitInputStream::*)(int)>(&BitInputStream::read), &BitInputStream::readBit});
     expectSlots("bits", slotOf(&OutputStream::close) + 1,
-        {slotOf<void (BitOutputStream::*)(std::uint32_t, int)>(&BitOutputStream::write),
-            slotOf(&BitOutputStream::writeBit)});
+        {slotOf<void (BitOutputStream::*)(std::uint32_t, int)>(&BitOutputStream::write), &BitOutputStream::writeBit});
 }
 
 TEST(DataStreams, CarryEveryNumberHighestByteFirst)

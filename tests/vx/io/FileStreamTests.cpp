@@ -35,7 +35,7 @@ void write(FileOutputStream& stream, std::string_view text)
 TEST(FileOutputStream, AddsItsOperationsBehindThoseOfItsBase)
 {
     expectSlots("FileOutputStream", slotOf(&io::OutputStream::close) + 1,
-        {slotOf(&FileOutputStream::is_open), slotOf(&FileOutputStream::open), slotOf(&FileOutputStream::getSize)});
+        {&FileOutputStream::is_open, &FileOutputStream::open, &FileOutputStream::getSize});
 }
 
 TEST(FileOutputStream, WritesWhereItsModeSays)
@@ -144,13 +144,8 @@ TEST(FileOutputStream, TellsThatThereIsNoRoomAndLetsTheNextOneIn)
     struct {
         unsigned mode;
         const char* left; // of "abc" and "defg" with room for 5
-    } cases[] = {
-        {TRUNC, "abcde"},
-        {APPEND, "abc"},
-        {APPEND | KEEPCLOSED, "abc"},
-        {LOCK, "abc"},
-        {LOCK | KEEPCLOSED | ATEND, "abc"},
-    };
+    } cases[] = {{TRUNC, "abcde"}, {APPEND, "abc"}, {APPEND | KEEPCLOSED, "abc"}, {LOCK, "abc"},
+        {LOCK | KEEPCLOSED | ATEND, "abc"}};
     for (const auto& row : cases) {
         const Scratch scratch;
         const String path(scratch.full("file").c_str());

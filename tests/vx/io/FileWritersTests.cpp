@@ -1,3 +1,5 @@
+#include "tests/Random.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/io/FileOutputStream.h"
@@ -104,9 +106,7 @@ TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
 {
     constexpr int COUNT = RECORDS / 10;
     constexpr std::size_t LONGEST = 500'000;
-    const unsigned seed = std::random_device()();
-    SCOPED_TRACE(seed);
-    std::mt19937 random(seed);
+    Random random;
     std::vector<std::unique_ptr<Child>> writers;
     for (int writer = 0; writer < WRITERS; ++writer) {
         writers.push_back(std::make_unique<Child>([&](Child::Side&) {
@@ -135,18 +135,13 @@ TEST(ThreadWriters, MayBeThreadsOfOneStream)
     for (const unsigned mode : {APPEND, APPEND | KEEPCLOSED}) {
         const std::string name = std::to_string(mode);
         FileOutputStream stream(String(scratch.full(name.c_str()).c_str()), mode);
-        std::vector<std::thread> threads;
-        for (int writer = 0; writer < WRITERS; ++writer) {
-            threads.emplace_back([&stream, writer] {
-                for (int sequence = 0; sequence < 50; ++sequence) {
-                    const std::string record = recordOf(writer, sequence, 20);
-                    stream.write(record.data(), static_cast<std::int32_t>(record.size()));
-                    EXPECT_GT(stream.getSize(), 0);
-                }
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+        inThreads(WRITERS, [&stream](int writer) {
+            for (int sequence = 0; sequence < 50; ++sequence) {
+                const std::string record = recordOf(writer, sequence, 20);
+                stream.write(record.data(), static_cast<std::int32_t>(record.size()));
+                EXPECT_GT(stream.getSize(), 0);
+            }
+        });
         EXPECT_EQ(countRecords(scratch / name.c_str()), std::vector<int>(WRITERS, 50));
     }
 }

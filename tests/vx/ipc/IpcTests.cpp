@@ -40,12 +40,9 @@ bool inAnotherThread(const std::function<bool()>& work)
 TEST(IpcSemaphore, IsCalledInTheToldOrder)
 {
     const std::size_t first = slotOf(&sync::Object::wait);
-    expectSlots("Semaphore", first,
-        {slotOf(&Semaphore::wait), slotOf(&Semaphore::tryWait), slotOf(&Semaphore::signal),
-            slotOf(&Semaphore::getValue)});
-    expectSlots("SemaphoreR", first,
-        {slotOf(&SemaphoreR::wait), slotOf(&SemaphoreR::tryWait), slotOf(&SemaphoreR::signal),
-            slotOf(&SemaphoreR::getValue)});
+    expectSlots("Semaphore", first, {&Semaphore::wait, &Semaphore::tryWait, &Semaphore::signal, &Semaphore::getValue});
+    expectSlots(
+        "SemaphoreR", first, {&SemaphoreR::wait, &SemaphoreR::tryWait, &SemaphoreR::signal, &SemaphoreR::getValue});
 }
 
 TEST(IpcSemaphore, TellsFailuresByTheirCode)

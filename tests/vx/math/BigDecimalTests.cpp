@@ -9,6 +9,7 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace vx::math {
@@ -29,10 +30,7 @@ std::string shown(const BigDecimal& value)
 
 TEST(BigDecimal, ReadsTextAndNumbers)
 {
-    const struct {
-        BigDecimal value;
-        const char* wanted;
-    } rows[] = {
+    const std::pair<BigDecimal, const char*> rows[] = {
         {BigDecimal(std::numeric_limits<long>::min()), "-9223372036854775808 / 0"},
         {BigDecimal(u"1.000"), "10 / 1"},
         {BigDecimal(u"1.050"), "105 / 2"},
@@ -47,8 +45,8 @@ TEST(BigDecimal, ReadsTextAndNumbers)
         {BigDecimal(std::numeric_limits<double>::infinity()), "0 / 0"},
         {BigDecimal(std::numeric_limits<double>::quiet_NaN()), "0 / 0"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(shown(row.value), row.wanted);
+    for (const auto& [value, wanted] : rows)
+        EXPECT_EQ(shown(value), wanted);
     EXPECT_EQ(BigDecimal(std::numeric_limits<double>::max()).getSize(), 129) << "309 digits and one behind the point";
 
     for (const char16_t* text : {u"", u".", u"-", u"-.", u"1.-5", u"--1"})
@@ -95,13 +93,8 @@ TEST(BigDecimal, PrintsTheWholeScale)
         const char16_t* wanted;
         double real;
         const char16_t* whole;
-    } rows[] = {
-        {u"0", 2, u"0.00", 0, u"0"},
-        {u"-5", 2, u"-0.05", -0.05, u"0"},
-        {u"-1299", 2, u"-12.99", -12.99, u"-12"},
-        {u"-7", -3, u"-7000", -7000, u"-7000"},
-        {u"0", LEAST, u"0", 0, u"0"},
-    };
+    } rows[] = {{u"0", 2, u"0.00", 0, u"0"}, {u"-5", 2, u"-0.05", -0.05, u"0"},
+        {u"-1299", 2, u"-12.99", -12.99, u"-12"}, {u"-7", -3, u"-7000", -7000, u"-7000"}, {u"0", LEAST, u"0", 0, u"0"}};
     for (const auto& row : rows) {
         const BigDecimal value(BigInteger(row.unscaled, 10), row.scale);
         EXPECT_EQ(value.toString(), row.wanted);
@@ -127,13 +120,8 @@ TEST(BigDecimal, RoundsQuotientsHalfAwayFromZero)
         const char16_t *dividend, *divisor;
         int scale;
         const char* wanted;
-    } rows[] = {
-        {u"2", u"3", 2, "0.67"},
-        {u"5", u"2", 0, "3"},
-        {u"-5", u"2", 0, "-3"},
-        {u"1", u"-3", 0, "0"},
-        {u"12350", u"1", -2, "12400"},
-    };
+    } rows[] = {{u"2", u"3", 2, "0.67"}, {u"5", u"2", 0, "3"}, {u"-5", u"2", 0, "-3"}, {u"1", u"-3", 0, "0"},
+        {u"12350", u"1", -2, "12400"}};
     for (const auto& row : rows) {
         BigDecimal value(row.dividend);
         value.divide(BigDecimal(row.divisor), row.scale);
@@ -149,10 +137,7 @@ TEST(BigDecimal, RoundsQuotientsHalfAwayFromZero)
 TEST(BigDecimal, ComparesByValue)
 {
     const BigInteger one(1);
-    const struct {
-        BigDecimal left, right;
-        int wanted;
-    } rows[] = {
+    const std::tuple<BigDecimal, BigDecimal, int> rows[] = {
         {BigDecimal(BigInteger(150), 2), BigDecimal(u"1.5"), 0},
         {BigDecimal(u"-1.5"), BigDecimal(u"-1.51"), 1},
         {BigDecimal(), BigDecimal(BigInteger(), 9), 0},
@@ -161,9 +146,9 @@ TEST(BigDecimal, ComparesByValue)
         {BigDecimal(BigInteger(-1), LARGEST), BigDecimal(BigInteger(-1), LEAST), 1},
         {BigDecimal(one, LARGEST), BigDecimal(), 1},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.left.compareTo(row.right), row.wanted);
-        EXPECT_EQ(row.right.compareTo(row.left), -row.wanted);
+    for (const auto& [left, right, wanted] : rows) {
+        EXPECT_EQ(left.compareTo(right), wanted);
+        EXPECT_EQ(right.compareTo(left), -wanted);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace vx::math {
@@ -92,11 +93,7 @@ TEST(BigInteger, KeepsTheMagnitudeInBytesAndTheSignApart)
 
 TEST(BigInteger, ReadsAndPrintsText)
 {
-    const struct {
-        const char16_t* text;
-        int radix;
-        const char* wanted;
-    } rows[] = {
+    const std::tuple<const char16_t*, int, const char*> rows[] = {
         {u"000123", 10, "123"},
         {u"-12", 10, "-12"},
         {u"-0", 10, "0"},
@@ -113,8 +110,8 @@ TEST(BigInteger, ReadsAndPrintsText)
         {u"120x7", 0, "7"},
         {u"12017", 0, "15"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(shown(BigInteger(row.text, row.radix)), row.wanted) << String(row.text) << " in " << row.radix;
+    for (const auto& [text, radix, wanted] : rows)
+        EXPECT_EQ(shown(BigInteger(text, radix)), wanted) << String(text) << " in " << radix;
 
     for (const char16_t* text : {u"", u"-", u"1-1", u"--1", u"0-", u"00-1"})
         EXPECT_EQ(failureOf([&] { BigInteger {text, 10}; }), "Number Format Exception") << String(text);

@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace vx::math {
 namespace {
@@ -133,148 +135,121 @@ Exact residue(const Exact& value, const Exact& modulus)
 
 TEST_F(BigOracle, AgreesOnIntegers)
 {
-    enum {
-        Add,
-        Subtract,
-        Multiply,
-        Square,
-        Divide,
-        DivideProduct,
-        Mod,
-        Gcd,
-        Inverse,
-        Pow,
-        ModPow,
-        Text,
-        Compare,
-        Bits
-    };
-
     for (unsigned long round = 0; round < m_operations && !HasFailure(); ++round) {
-        const unsigned long operation = below(Bits + 1);
-        BigInteger left = number();
-        BigInteger right = number();
-        const Exact x(left);
-        const Exact y(right);
+        BigInteger left = number(), right = number();
+        const Exact x(left), y(right);
         Exact wanted;
-        switch (operation) {
-        case Add:
-            left.add(right);
-            wanted = x + y;
-            break;
-        case Subtract:
-            left.subtract(right);
-            wanted = x - y;
-            break;
-        case Multiply:
-            left.multiply(right);
-            wanted = x * y;
-            break;
-        case Square:
-            left.multiply(left);
-            wanted = x * x;
-            break;
-        case DivideProduct: // close to a multiple
-            left.multiply(right);
-            left.add(BigInteger(static_cast<int>(below(3)) - 1));
-            [[fallthrough]];
-        case Divide: {
-            if (y.sign() == 0)
-                continue;
+        const auto divide = [&] {
             const Exact dividend(left);
+            wanted = dividend;
+            if (y.sign() == 0)
+                return;
             BigInteger rest;
             left.divide(right, rest);
             wanted = dividend / y;
             EXPECT_EQ(Exact(rest), dividend.magnitude() % y.magnitude());
-            break;
-        }
-        case Mod:
-            right = positive(600);
-            left.mod(right);
-            wanted = residue(x, Exact(right));
-            break;
-        case Gcd: {
-            const BigInteger common = positive(100);
-            left.multiply(common);
-            right.multiply(common);
-            if (y.sign() == 0)
-                continue;
-            const Exact other(right);
-            wanted = Exact(left).divisorWith(other);
-            if (wanted == other.magnitude())
-                wanted = other; // with its sign, where it divides the number
-            left.gcd(right);
-            break;
-        }
-        case Inverse: { // stated for positive numbers
-            left = positive(100);
-            right = positive(100);
-            wanted = Exact(left);
-            const bool exists = wanted.invert(Exact(right));
-            if (!exists || Exact(right) == Exact(1))
-                wanted = exists ? Exact(0) : Exact(left);
-            bool isFound = true;
-            try {
-                left.modInverse(right);
-            } catch (const Exception&) {
-                isFound = false;
-            }
-            EXPECT_EQ(isFound, exists);
-            break;
-        }
-        case Pow: {
-            const unsigned long exponent = 1 + below(left.getSize() > 100 ? 5 : 100);
-            left.pow(BigInteger(exponent));
-            wanted = x.power(exponent);
-            break;
-        }
-        case ModPow: {
-            left = number(300);
-            const Exact base(left);
-            const BigInteger exponent = positive(60);
-            right = positive(200);
-            left.modPow(exponent, right);
-            const bool negative = base.sign() < 0 && mpz_odd_p(Exact(exponent).get());
-            wanted = base.magnitude().powerModulo(Exact(exponent), Exact(right));
-            if (negative)
-                wanted = Exact(right) - wanted;
-            break;
-        }
-        case Text: {
-            const int radix = 2 + static_cast<int>(below(35));
-            const String text = left.toString(radix);
-            EXPECT_EQ(text.toUtf8(), x.text(radix)) << radix;
-            left = BigInteger(text, radix);
-            wanted = x;
-            break;
-        }
-        case Compare:
-            EXPECT_EQ(left.compareTo(right), x < y ? -1 : y < x ? 1 : 0);
-            EXPECT_EQ(left.compareTo(BigInteger(left)), 0);
-            wanted = x;
-            break;
-        default: {
-            const int bit = static_cast<int>(below(2000));
-            const Exact power = Exact(2).power(static_cast<unsigned long>(bit));
-            const bool isSet = !((x.magnitude() / power % Exact(2)) == Exact(0));
-            left.setBit(bit);
-            const Exact with = isSet ? x.magnitude() : x.magnitude() + power;
-            EXPECT_EQ(Exact(left).magnitude(), with);
-            left.clearBit(bit);
-            left.add(BigInteger::ZERO);
-            wanted = with - power;
-            if (left.isNegative())
-                wanted = -wanted;
-            break;
-        }
-        }
+        };
+        const std::pair<const char*, std::function<void()>> operations[] = {
+            {"add", [&] { left.add(right), wanted = x + y; }},
+            {"subtract", [&] { left.subtract(right), wanted = x - y; }},
+            {"multiply", [&] { left.multiply(right), wanted = x * y; }},
+            {"square", [&] { left.multiply(left), wanted = x * x; }},
+            {"divide", divide},
+            {"divide what is close to a multiple",
+                [&] {
+                    left.multiply(right);
+                    left.add(BigInteger(static_cast<int>(below(3)) - 1));
+                    divide();
+                }},
+            {"mod",
+                [&] {
+                    right = positive(600);
+                    left.mod(right);
+                    wanted = residue(x, Exact(right));
+                }},
+            {"gcd",
+                [&] {
+                    const BigInteger common = positive(100);
+                    left.multiply(common);
+                    right.multiply(common);
+                    wanted = Exact(left);
+                    if (y.sign() == 0)
+                        return;
+                    const Exact other(right);
+                    wanted = wanted.divisorWith(other);
+                    if (wanted == other.magnitude())
+                        wanted = other; // with its sign, where it divides the number
+                    left.gcd(right);
+                }},
+            {"inverse", // stated for positive numbers
+                [&] {
+                    left = positive(100);
+                    right = positive(100);
+                    wanted = Exact(left);
+                    const bool exists = wanted.invert(Exact(right));
+                    if (!exists || Exact(right) == Exact(1))
+                        wanted = exists ? Exact(0) : Exact(left);
+                    bool isFound = true;
+                    try {
+                        left.modInverse(right);
+                    } catch (const Exception&) {
+                        isFound = false;
+                    }
+                    EXPECT_EQ(isFound, exists);
+                }},
+            {"pow",
+                [&] {
+                    const unsigned long exponent = 1 + below(left.getSize() > 100 ? 5 : 100);
+                    left.pow(BigInteger(exponent));
+                    wanted = x.power(exponent);
+                }},
+            {"modPow",
+                [&] {
+                    left = number(300);
+                    const Exact base(left);
+                    const BigInteger exponent = positive(60);
+                    right = positive(200);
+                    left.modPow(exponent, right);
+                    wanted = base.magnitude().powerModulo(Exact(exponent), Exact(right));
+                    if (base.sign() < 0 && mpz_odd_p(Exact(exponent).get()))
+                        wanted = Exact(right) - wanted;
+                }},
+            {"text",
+                [&] {
+                    const int radix = 2 + static_cast<int>(below(35));
+                    const String text = left.toString(radix);
+                    EXPECT_EQ(text.toUtf8(), x.text(radix)) << radix;
+                    left = BigInteger(text, radix);
+                    wanted = x;
+                }},
+            {"compare",
+                [&] {
+                    EXPECT_EQ(left.compareTo(right), x < y ? -1 : y < x ? 1 : 0);
+                    EXPECT_EQ(left.compareTo(BigInteger(left)), 0);
+                    wanted = x;
+                }},
+            {"bits",
+                [&] {
+                    const int bit = static_cast<int>(below(2000));
+                    const Exact power = Exact(2).power(static_cast<unsigned long>(bit));
+                    const bool isSet = !((x.magnitude() / power % Exact(2)) == Exact(0));
+                    left.setBit(bit);
+                    const Exact with = isSet ? x.magnitude() : x.magnitude() + power;
+                    EXPECT_EQ(Exact(left).magnitude(), with);
+                    left.clearBit(bit);
+                    left.add(BigInteger::ZERO);
+                    wanted = left.isNegative() ? -(with - power) : with - power;
+                }},
+        };
+        const auto& [name, operation] = operations[below(std::size(operations))];
+        operation();
         EXPECT_EQ(Exact(left), wanted);
         EXPECT_EQ(static_cast<std::size_t>(left.getBitCount()), wanted.bits());
         EXPECT_EQ(static_cast<std::size_t>(left.getSize()), (wanted.bits() + 7) / 8);
         EXPECT_EQ(Exact(right).sign() == 0, right.isZero());
         if (HasFailure())
-            ADD_FAILURE() << "seed " << m_seed << ", round " << round << ", operation " << operation << ", "
-                          << x.text(16) << " and " << y.text(16);
+            ADD_FAILURE() << "seed " << m_seed << ", round " << round << ", " << name << ", " << x.text(16) << " and "
+                          << y.text(16);
     }
 }
 

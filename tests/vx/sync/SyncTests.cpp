@@ -1,5 +1,6 @@
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Child.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
@@ -16,15 +17,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <concepts>
 #include <cstdint>
 #include <functional>
-#include <memory>
+#include <list>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace vx::sync {
 namespace {
@@ -80,23 +81,18 @@ auto elsewhere(Work work)
 
 /// Whether another thread gets the lock at once. It gives it back.
 template <class Lock>
-bool isFree(Lock& lock)
+bool isFree(Lock& lock, bool (Lock::*take)() = &Lock::tryWait, void (Lock::*give)() = &Lock::signal)
 {
     return elsewhere([&] {
-        const bool isTaken = lock.tryWait();
+        const bool isTaken = (lock.*take)();
         if (isTaken)
-            lock.signal();
+            (lock.*give)();
         return isTaken;
     });
 }
 bool mayRead(ReaderWriterLock& lock)
 {
-    return elsewhere([&] {
-        const bool isTaken = lock.tryWaitShared();
-        if (isTaken)
-            lock.signalShared();
-        return isTaken;
-    });
+    return isFree(lock, &ReaderWriterLock::tryWaitShared, &ReaderWriterLock::signalShared);
 }
 
 /// Two who take a lock, and note when they have it.
@@ -131,16 +127,12 @@ TYPED_TEST_SUITE(LockObjectTest, LockTypes);
 TYPED_TEST(LockObjectTest, LetsOneThreadInAtATime)
 {
     int count = 0; // on purpose no atomic
-    {
-        std::vector<std::unique_ptr<Doing>> threads;
-        for (int i = 0; i < 4; ++i)
-            threads.push_back(std::make_unique<Doing>([&] {
-                for (int turn = 0; turn < 1000; ++turn) {
-                    const ScopedLock guard(this->m_lock);
-                    ++count;
-                }
-            }));
-    }
+    inThreads(4, [&](int) {
+        for (int turn = 0; turn < 1000; ++turn) {
+            const ScopedLock guard(this->m_lock);
+            ++count;
+        }
+    });
     EXPECT_EQ(count, 4000);
 }
 
@@ -244,22 +236,22 @@ TEST(ReaderWriterLock, StarvesNobody)
     ReaderWriterLock lock;
     std::atomic<bool> ends {false};
     int written = 0;
-    std::vector<std::unique_ptr<Doing>> others;
+    std::list<Doing> others;
     for (int i = 0; i < 2; ++i) { // readers that overlap all the time
-        others.push_back(std::make_unique<Doing>([&] {
+        others.emplace_back([&] {
             while (!ends) {
                 lock.waitShared();
                 EXPECT_GE(written, 0);
                 std::this_thread::yield();
                 lock.signalShared();
             }
-        }));
-        others.push_back(std::make_unique<Doing>([&] {
+        });
+        others.emplace_back([&] {
             while (!ends) {
                 const ScopedLock guard(lock);
                 ++written;
             }
-        }));
+        });
     }
     for (int turn = 0; turn < 50; ++turn) {
         {
@@ -284,10 +276,7 @@ TEST(ReaderWriterLock, RefusesWhatWouldWaitForItself)
     EXPECT_FALSE(lock.tryWait() || lock.tryWaitShared());
     lock.signal();
     lock.waitShared();
-    elsewhere([&] {
-        lock.signalShared(); // a read lock may go from hand to hand
-        return true;
-    });
+    Doing([&] { lock.signalShared(); }).join(); // a read lock may go from hand to hand
     EXPECT_TRUE(lock.tryWait());
     lock.signal();
 }
@@ -306,21 +295,19 @@ TEST(Event, ResetsItselfBehindTheOneThatItFrees)
 TEST(Event, FreesAWaiterForEachSignal)
 {
     Event event;
-    Doing first([&] { event.wait(); });
-    Doing second([&] { EXPECT_TRUE(event.wait(FOR_EVER)); });
-    Doing third([&] { EXPECT_TRUE(event.wait(NEARLY_FOR_EVER)); });
-    for (const Doing* waiter : {&first, &second, &third})
-        waiter->awaitWaiting();
+    std::list<Doing> waiters;
+    waiters.emplace_back([&] { event.wait(); });
+    waiters.emplace_back([&] { EXPECT_TRUE(event.wait(FOR_EVER)); });
+    waiters.emplace_back([&] { EXPECT_TRUE(event.wait(NEARLY_FOR_EVER)); });
+    for (const Doing& waiter : waiters)
+        waiter.awaitWaiting();
     event.signal();
     event.signal();
     EXPECT_FALSE(event.wait(0)) << "whether they have run or not";
-    const auto doneCount = [&] { return first.isDone() + second.isDone() + third.isDone(); };
+    const auto doneCount = [&] { return std::count_if(waiters.begin(), waiters.end(), std::mem_fn(&Doing::isDone)); };
     while (doneCount() < 2)
         std::this_thread::yield();
-    for (const Doing* waiter : {&first, &second, &third}) {
-        if (!waiter->isDone())
-            waiter->awaitWaiting();
-    }
+    std::find_if_not(waiters.begin(), waiters.end(), std::mem_fn(&Doing::isDone))->awaitWaiting();
     EXPECT_EQ(doneCount(), 2);
     event.signal();
 }
@@ -394,17 +381,15 @@ TEST(Condition, HandsItsLockToWhoeverItFrees)
         --ready;
         ++freed;
     };
-    Doing first(waitForReady);
-    Doing second(waitForReady);
-    Doing third(waitForReady);
-    for (const Doing* waiter : {&first, &second, &third})
-        waiter->awaitWaiting();
+    std::list<Doing> waiters;
+    for (int i = 0; i < 3; ++i)
+        waiters.emplace_back(waitForReady).awaitWaiting();
     {
         const Condition::Holder holder(condition);
         ready = 1;
         condition.signal();
     }
-    while (!first.isDone() && !second.isDone() && !third.isDone())
+    while (std::none_of(waiters.begin(), waiters.end(), std::mem_fn(&Doing::isDone)))
         std::this_thread::yield();
     {
         const Condition::Holder holder(condition);
@@ -412,8 +397,7 @@ TEST(Condition, HandsItsLockToWhoeverItFrees)
         ready = 2;
         condition.broadcast();
     }
-    for (Doing* waiter : {&first, &second, &third})
-        waiter->join();
+    waiters.clear();
     const Condition::Holder holder(condition);
     EXPECT_EQ(freed, 3);
 }
@@ -433,30 +417,25 @@ TEST(Condition, RefusesWhoDoesNotHoldItAndWhoHoldsItAlready)
 
 TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
 {
-    struct {
+    using Call = std::int32_t (*)(VXHandle) noexcept;
+    VXHandle event = nullptr;
+    VXHandle semaphore = nullptr;
+    ASSERT_EQ(VXEventCreate(nullptr, 0, &event) | VXSemaphoreCreate(0, nullptr, 0, &semaphore), 0);
+    const struct {
         const char* name;
-        std::function<std::int32_t(VXHandle*)> create;
-        std::function<std::int32_t(VXHandle)> wait; // until `free`
-        std::function<void(VXHandle)> free;
-        std::function<std::int32_t(VXHandle)> destroy;
-    } cases[] = {
-        {"Event", [](VXHandle* handle) { return VXEventCreate(nullptr, 0, handle); }, VXEventWait,
-            [](VXHandle handle) { VXEventSignal(handle); }, VXEventDestroy},
-        {"Semaphore", [](VXHandle* handle) { return VXSemaphoreCreate(0, nullptr, 0, handle); }, VXSemaphoreWait,
-            [](VXHandle handle) { VXSemaphorePost(handle); }, VXSemaphoreDestroy},
-    };
-    for (const auto& row : cases) {
-        VXHandle handle = nullptr;
-        ASSERT_EQ(row.create(&handle), 0) << row.name;
-        Doing waiter([&] { EXPECT_EQ(row.wait(handle), 0) << row.name; });
+        VXHandle handle;
+        Call wait, free, destroy;
+    } awaited[] = {{"Event", event, VXEventWait, VXEventSignal, VXEventDestroy},
+        {"Semaphore", semaphore, VXSemaphoreWait, VXSemaphorePost, VXSemaphoreDestroy}};
+    for (const auto& row : awaited) {
+        Doing waiter([&] { EXPECT_EQ(row.wait(row.handle), 0) << row.name; });
         waiter.awaitWaiting();
-        EXPECT_LT(row.destroy(handle), 0) << row.name;
-        row.free(handle);
+        EXPECT_LT(row.destroy(row.handle), 0) << row.name;
+        row.free(row.handle);
         waiter.join();
-        EXPECT_EQ(row.destroy(handle), 0) << row.name;
+        EXPECT_EQ(row.destroy(row.handle), 0) << row.name;
     }
 
-    using Call = std::int32_t (*)(VXHandle) noexcept;
     const struct {
         const char* name;
         std::int32_t (*create)(const char*, std::uint32_t, VXHandle*) noexcept;
@@ -493,25 +472,20 @@ TEST(PlatformLocks, RefuseAHandleOfAnotherKindAndNone)
 TEST(Sync, KeepsTheOrderOfVirtualOperations)
 {
     using Wait = void (Object::*)();
-    expectSlots("sync::Object", 11, {slotOf(static_cast<Wait>(&Object::wait)), slotOf(&Object::tryWait)});
-    expectSlots(
-        "LockObject", 11, {slotOf(&LockObject::wait), slotOf(&LockObject::tryWait), slotOf(&LockObject::signal)});
-    expectSlots("Mutex", 11, {slotOf(&Mutex::wait), slotOf(&Mutex::tryWait), slotOf(&Mutex::signal)});
-    expectSlots("FakeMutex", 11, {slotOf(&FakeMutex::wait), slotOf(&FakeMutex::tryWait), slotOf(&FakeMutex::signal)});
+    expectSlots("sync::Object", 11, {static_cast<Wait>(&Object::wait), &Object::tryWait});
+    expectSlots("LockObject", 11, {&LockObject::wait, &LockObject::tryWait, &LockObject::signal});
+    expectSlots("Mutex", 11, {&Mutex::wait, &Mutex::tryWait, &Mutex::signal});
+    expectSlots("FakeMutex", 11, {&FakeMutex::wait, &FakeMutex::tryWait, &FakeMutex::signal});
     expectSlots("ReaderWriterLock", 11,
-        {slotOf(&ReaderWriterLock::wait), slotOf(&ReaderWriterLock::tryWait), slotOf(&ReaderWriterLock::signal),
-            slotOf(&ReaderWriterLock::waitShared), slotOf(&ReaderWriterLock::tryWaitShared),
-            slotOf(&ReaderWriterLock::signalShared)});
-    expectSlots("Semaphore", 11,
-        {slotOf(&Semaphore::wait), slotOf(&Semaphore::tryWait), slotOf(&Semaphore::signal),
-            slotOf(&Semaphore::getValue)});
+        {&ReaderWriterLock::wait, &ReaderWriterLock::tryWait, &ReaderWriterLock::signal, &ReaderWriterLock::waitShared,
+            &ReaderWriterLock::tryWaitShared, &ReaderWriterLock::signalShared});
+    expectSlots("Semaphore", 11, {&Semaphore::wait, &Semaphore::tryWait, &Semaphore::signal, &Semaphore::getValue});
     expectSlots("Event", 11,
-        {slotOf(static_cast<void (Event::*)()>(&Event::wait)), slotOf(&Event::tryWait),
-            slotOf(static_cast<bool (Event::*)(std::uint32_t)>(&Event::wait)), slotOf(&Event::signal)});
+        {static_cast<void (Event::*)()>(&Event::wait), &Event::tryWait,
+            static_cast<bool (Event::*)(std::uint32_t)>(&Event::wait), &Event::signal});
     expectSlots("Gate", 11,
-        {slotOf(static_cast<void (Gate::*)()>(&Gate::wait)), slotOf(&Gate::tryWait),
-            slotOf(static_cast<bool (Gate::*)(std::uint32_t)>(&Gate::wait)), slotOf(&Gate::open),
-            slotOf(&Gate::close)});
+        {static_cast<void (Gate::*)()>(&Gate::wait), &Gate::tryWait,
+            static_cast<bool (Gate::*)(std::uint32_t)>(&Gate::wait), &Gate::open, &Gate::close});
 }
 
 } // namespace

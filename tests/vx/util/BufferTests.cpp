@@ -1,6 +1,7 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
@@ -75,14 +76,13 @@ TYPED_TEST(Buffers, KeepTheOrderOfTheirOperations)
     using Abstract = typename TypeParam::Abstract;
     using View = typename TypeParam::View;
     expectSlots("class", slotOf(&Object::toString) + 1,
-        {slotOf(&Abstract::getLength), slotOf(&Abstract::getData), slotOf(&Abstract::getReadLock),
-            slotOf(&Abstract::releaseReadLock), slotOf(&Abstract::isWritable), slotOf(&Abstract::getWriteLock),
-            slotOf(&Abstract::ensureCapacity), slotOf(&Abstract::releaseWriteLock), slotOf(&Abstract::freeExtra)});
+        {&Abstract::getLength, &Abstract::getData, &Abstract::getReadLock, &Abstract::releaseReadLock,
+            &Abstract::isWritable, &Abstract::getWriteLock, &Abstract::ensureCapacity, &Abstract::releaseWriteLock,
+            &Abstract::freeExtra});
     expectSlots("view", 0,
-        {slotOf(&View::QueryInterface), slotOf(&View::AddRef), slotOf(&View::Release), slotOf(&View::GetLength),
-            slotOf(&View::GetData), slotOf(&View::GetReadLock), slotOf(&View::ReleaseReadLock),
-            slotOf(&View::IsWritable), slotOf(&View::GetWriteLock), slotOf(&View::EnsureCapacity),
-            slotOf(&View::ReleaseWriteLock), slotOf(&View::FreeExtra)});
+        {&View::QueryInterface, &View::AddRef, &View::Release, &View::GetLength, &View::GetData, &View::GetReadLock,
+            &View::ReleaseReadLock, &View::IsWritable, &View::GetWriteLock, &View::EnsureCapacity,
+            &View::ReleaseWriteLock, &View::FreeExtra});
 }
 
 TYPED_TEST(Buffers, TakeStorageInStepsOfSixteenAndNoMore)
@@ -202,32 +202,23 @@ TYPED_TEST(Buffers, StayWholeUnderManyThreads)
 {
     constexpr int ROUNDS = 300;
     Reference<typename TypeParam::MT> buffer(new typename TypeParam::MT);
-    std::vector<std::thread> threads;
-    for (int writer = 0; writer < 2; ++writer) {
-        threads.emplace_back([buffer] {
-            for (int round = 0; round < ROUNDS; ++round) {
-                typename TypeParam::WriteLock lock(*buffer, 0);
-                const int length = lock.length();
-                lock.ensureCapacity(length + 1);
-                lock.data()[length] = static_cast<typename TypeParam::Unit>(length % 100);
-                lock.setLength(length + 1);
-            }
-        });
-    }
-    threads.emplace_back([buffer] {
-        for (int round = 0; round < ROUNDS; ++round)
+    inThreads(4, [&](int thread) {
+        for (int round = 0; round < ROUNDS && thread < 2; ++round) { // two write
+            typename TypeParam::WriteLock lock(*buffer, 0);
+            const int length = lock.length();
+            lock.ensureCapacity(length + 1);
+            lock.data()[length] = static_cast<typename TypeParam::Unit>(length % 100);
+            lock.setLength(length + 1);
+        }
+        for (int round = 0; round < ROUNDS && thread == 2; ++round)
             buffer->freeExtra();
-    });
-    threads.emplace_back([buffer] {
-        for (int length = 0; length < 2 * ROUNDS;) {
+        for (int length = 0; length < 2 * ROUNDS && thread == 3;) { // one reads
             const typename TypeParam::ReadLock lock(*buffer);
             length = lock.length();
             for (int index = 0; index < length; ++index)
                 ASSERT_EQ(lock.data()[index], index % 100);
         }
     });
-    for (std::thread& thread : threads)
-        thread.join();
     EXPECT_EQ(buffer->getLength(), 2 * ROUNDS);
 }
 

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -109,20 +110,13 @@ TEST(IniFile, CutsAValueThatDoesNotFit)
     const Scratch scratch;
     IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
     EXPECT_EQ(file.AddKey(u"s", u"k", u"abc", false), 0);
-    struct {
-        unsigned int capacity;
-        std::int32_t result;
-        std::u16string_view value;
-    } cases[] = {
-        {0, vx::RESULT_BUFFER_TOO_SMALL, u"----"},
-        {3, vx::RESULT_BUFFER_TOO_SMALL, u"abc-"},
-        {4, 0, u"abc\0"sv},
-        {0xFFFFFFFF, 0, u"abc\0"sv},
-    };
-    for (const auto& row : cases) {
+    const std::tuple<unsigned int, std::int32_t, std::u16string_view> cases[]
+        = {{0, vx::RESULT_BUFFER_TOO_SMALL, u"----"}, {3, vx::RESULT_BUFFER_TOO_SMALL, u"abc-"}, {4, 0, u"abc\0"sv},
+            {0xFFFFFFFF, 0, u"abc\0"sv}};
+    for (const auto& [capacity, result, wanted] : cases) {
         char16_t value[] = u"----";
-        EXPECT_EQ(file.GetValue(u"S", u"K", value, row.capacity), row.result) << row.capacity;
-        EXPECT_EQ(std::u16string_view(value, 4), row.value) << row.capacity;
+        EXPECT_EQ(file.GetValue(u"S", u"K", value, capacity), result) << capacity;
+        EXPECT_EQ(std::u16string_view(value, 4), wanted) << capacity;
     }
 }
 

@@ -18,13 +18,11 @@ using vorb::VorbPropertySet;
 TEST(PropertySet, KeepsTheOrderOfVirtualOperations)
 {
     expectSlots("PropertySet", 11,
-        {slotOf(&PropertySet::set), slotOf(&PropertySet::get), slotOf(&PropertySet::hasProperty),
-            slotOf(&PropertySet::getKeys), slotOf(&PropertySet::clear), slotOf(&PropertySet::remove)});
+        {&PropertySet::set, &PropertySet::get, &PropertySet::hasProperty, &PropertySet::getKeys, &PropertySet::clear,
+            &PropertySet::remove});
     expectSlots("IPropertySet", 3,
-        {slotOf(&IPropertySet::Set), slotOf(&IPropertySet::Get), slotOf(&IPropertySet::Remove),
-            slotOf(&IPropertySet::GetKeyIterator)});
-    expectSlots(
-        "IPropertyKeyIterator", 3, {slotOf(&IPropertyKeyIterator::IsAtEnd), slotOf(&IPropertyKeyIterator::GetNext)});
+        {&IPropertySet::Set, &IPropertySet::Get, &IPropertySet::Remove, &IPropertySet::GetKeyIterator});
+    expectSlots("IPropertyKeyIterator", 3, {&IPropertyKeyIterator::IsAtEnd, &IPropertyKeyIterator::GetNext});
 }
 
 TEST(PropertySet, AsksItsParentLast)

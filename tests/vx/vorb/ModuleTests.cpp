@@ -1,4 +1,5 @@
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "vx/Exceptions.h"
 #include "vx/Object.h"
 #include "vx/Reference.h"
@@ -10,7 +11,6 @@
 
 #include <atomic>
 #include <string>
-#include <thread>
 
 using namespace vx;
 using namespace vx::vorb;
@@ -84,14 +84,14 @@ TEST(Module, KeepsTheOrderOfVirtualOperations)
         static void check()
         {
             expectSlots("Module", 2,
-                {slotOf(&Opened::CanUnloadNow), slotOf(&Opened::GetClassObject),
+                {&Opened::CanUnloadNow, &Opened::GetClassObject,
                     slotOf<std::int32_t (Opened::*)(const char16_t*)>(&Opened::RegisterServer),
-                    slotOf(&Opened::UnregisterServer), slotOf(&Opened::RegisterClassEntry),
-                    slotOf(&Opened::UnregisterClassEntry), slotOf(&Opened::TryGetClassObject)});
+                    &Opened::UnregisterServer, &Opened::RegisterClassEntry, &Opened::UnregisterClassEntry,
+                    &Opened::TryGetClassObject});
         }
     };
     Opened::check();
-    expectSlots("IVXClassFactory", 3, {slotOf(&IVXClassFactory::CreateInstance), slotOf(&IVXClassFactory::LockServer)});
+    expectSlots("IVXClassFactory", 3, {&IVXClassFactory::CreateInstance, &IVXClassFactory::LockServer});
 }
 
 TEST(Module, ServesAClientThatKnowsItsFactoryByPlaceOnly)
@@ -132,14 +132,10 @@ TEST(Module, MakesOneFactoryForAClassAndKeepsIt)
 TEST(Module, MakesOneFactoryThoughThreadsAskAtOnce)
 {
     Library library;
-    std::thread threads[4];
-    for (std::thread& thread : threads)
-        thread = std::thread([&] {
-            Reference<IVXClassFactory> factory;
-            EXPECT_EQ(library.get(FIRST_CLASS, factory), RESULT_OK);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    inThreads(4, [&](int) {
+        Reference<IVXClassFactory> factory;
+        EXPECT_EQ(library.get(FIRST_CLASS, factory), RESULT_OK);
+    });
     EXPECT_EQ(g_factoriesMade, 1);
 }
 

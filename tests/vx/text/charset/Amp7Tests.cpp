@@ -1,7 +1,7 @@
-#include "vx/Reference.h"
+#include "Run.h"
+
 #include "vx/text/charset/BTCAMP7.h"
 #include "vx/text/charset/CTBAMP7.h"
-#include "vx/text/charset/CharsetException.h"
 
 #include <gtest/gtest.h>
 
@@ -10,31 +10,14 @@
 namespace vx::text::charset {
 namespace {
 
-/// One call of `convert` from index 1 of the source into `room` units at index
-/// 1 of the target: what came out, and "|" with how much was read where not all
-/// was. A failure is told by its description, or "unmappable".
+/// What comes out, and "|" with how much is read where not all is, and with what is thrown.
 template <class Out, class Converter, class Text>
 std::basic_string<Out> converted(Converter& converter, const Text& source, std::int32_t room)
 {
-    using Unit = std::conditional_t<std::is_same_v<Out, char>, signed char, char16_t>;
-    using In = std::conditional_t<std::is_same_v<Out, char>, char16_t, signed char>;
-    const Text shifted = Text(1, '#') + source;
-    std::basic_string<Out> target(static_cast<std::size_t>(room + 1), '#');
-    std::int32_t read = 1;
-    std::int32_t written = 1;
-    std::string failed;
-    try {
-        const std::int32_t produced = converter.convert(reinterpret_cast<const In*>(shifted.data()), &read,
-            static_cast<std::int32_t>(shifted.size()), reinterpret_cast<Unit*>(target.data()), &written, room + 1);
-        EXPECT_EQ(produced, written - 1);
-    } catch (const UnmappableCharacterException&) {
-        failed = "|unmappable";
-    } catch (const InvalidCharacterException& failure) {
-        failed = "|" + failure.getDescription().toUtf8();
-    }
-    std::string rest = static_cast<std::size_t>(read) < shifted.size() ? "|" + std::to_string(read - 1) : "";
-    rest += failed;
-    return target.substr(1, static_cast<std::size_t>(written - 1)) + std::basic_string<Out>(rest.begin(), rest.end());
+    const Run<Converter, typename Text::value_type, Out> run(converter, source, room);
+    std::string rest = static_cast<std::size_t>(run.read) < source.size() ? "|" + std::to_string(run.read) : "";
+    rest += (run.failure.empty() ? "" : "|") + run.failure;
+    return run.output + std::basic_string<Out>(rest.begin(), rest.end());
 }
 
 TEST(CTBAMP7, WritesPrintableAsciiOnly)

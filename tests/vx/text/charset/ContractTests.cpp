@@ -1,3 +1,6 @@
+#include "Run.h"
+
+#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Reference.h"
@@ -59,17 +62,16 @@ TYPED_TEST(Converters, StandInTheirSlots)
 {
     using Converter = typename TypeParam::Converter;
     expectSlots("converter", slotOf(&Object::toString) + 1,
-        {slotOf(&Converter::convert), slotOf(&Converter::flush), slotOf(&Converter::reset),
-            slotOf(&Converter::getEncodingName), slotOf(&Converter::getMaxBytesPerChar),
-            slotOf(&Converter::getMaxCharsPerByte), slotOf(&Converter::getSubstitutionMode),
-            slotOf(&Converter::setSubstitutionMode), slotOf(TypeParam::get), slotOf(TypeParam::set)});
+        {&Converter::convert, &Converter::flush, &Converter::reset, &Converter::getEncodingName,
+            &Converter::getMaxBytesPerChar, &Converter::getMaxCharsPerByte, &Converter::getSubstitutionMode,
+            &Converter::setSubstitutionMode, TypeParam::get, TypeParam::set});
     const std::size_t hook = slotOf(TypeParam::set) + 1;
-    expectSlots("decoders", hook, {slotOf(&BTCSingleByte::convertByte)});
-    expectSlots("encoders", hook, {slotOf(&CTBSingleByte::convertChar)});
-    expectSlots("UTF-16", hook, {slotOf(&ByteToCharUTF::convertChar), slotOf(&BTCUTF16::convertUTF16)});
-    expectSlots("UTF-32", hook, {slotOf(&ByteToCharUTF::convertChar), slotOf(&BTCUTF32::convertUTF32)});
-    expectSlots("UTF-16", hook, {slotOf(&CharToByteUTF::convertChar), slotOf(&CTBUTF16::convertUTF16)});
-    expectSlots("UTF-32", hook, {slotOf(&CharToByteUTF::convertChar), slotOf(&CTBUTF32::convertUTF32)});
+    expectSlots("decoders", hook, {&BTCSingleByte::convertByte});
+    expectSlots("encoders", hook, {&CTBSingleByte::convertChar});
+    expectSlots("UTF-16", hook, {&ByteToCharUTF::convertChar, &BTCUTF16::convertUTF16});
+    expectSlots("UTF-32", hook, {&ByteToCharUTF::convertChar, &BTCUTF32::convertUTF32});
+    expectSlots("UTF-16", hook, {&CharToByteUTF::convertChar, &CTBUTF16::convertUTF16});
+    expectSlots("UTF-32", hook, {&CharToByteUTF::convertChar, &CTBUTF32::convertUTF32});
 }
 
 TYPED_TEST(Converters, KeepASubstitutionOfTheirOwn)
@@ -123,28 +125,6 @@ TYPED_TEST(Converters, FollowTheEnvironmentWithoutAName)
     EXPECT_EQ(name("xx_XX.a-name-of-an-encoding-beyond-forty-units"), u"ASCII");
 }
 
-/// Decodes into `room` units from a fresh array on; tells what came out and how much was read.
-std::u16string decoded(ByteToCharConverter& decoder, std::string_view source, std::int32_t room, std::int32_t* read)
-{
-    std::u16string units(static_cast<std::size_t>(room), u'#');
-    std::int32_t written = 0;
-    *read = 0;
-    EXPECT_EQ(decoder.convert(reinterpret_cast<const signed char*>(source.data()), read,
-                  static_cast<std::int32_t>(source.size()), units.data(), &written, room),
-        written);
-    return units.substr(0, static_cast<std::size_t>(written));
-}
-
-std::string encoded(CharToByteConverter& encoder, std::u16string_view source, std::int32_t room, std::int32_t* read)
-{
-    std::string bytes(static_cast<std::size_t>(room), '#');
-    std::int32_t written = 0;
-    *read = 0;
-    encoder.convert(source.data(), read, static_cast<std::int32_t>(source.size()),
-        reinterpret_cast<signed char*>(bytes.data()), &written, room);
-    return bytes.substr(0, static_cast<std::size_t>(written));
-}
-
 TEST(Converter, SubstitutesByTheRulesOfItsFamily)
 {
     const std::u16string_view substitution = u"xyz";
@@ -172,33 +152,27 @@ TEST(Converter, SubstitutesByTheRulesOfItsFamily)
     for (const auto& row : cases) {
         const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(row.encoding));
         decoder->setSubstitutionChars(substitution.data(), row.length);
-        std::int32_t read = 0;
-        EXPECT_EQ(decoded(*decoder, row.source, row.room, &read), row.units) << row.length << " " << row.room;
-        EXPECT_EQ(read, row.read) << row.length << " " << row.room;
+        const Decode run(*decoder, std::string(row.source), row.room);
+        EXPECT_EQ(run.output, row.units) << row.length << " " << row.room;
+        EXPECT_EQ(run.read, row.read) << row.length << " " << row.room;
     }
 
     struct {
-        std::u16string_view source;
+        const char16_t* source;
         int length;
         std::int32_t room;
         const char* bytes;
         std::int32_t read;
-    } const encodings[] = {
-        {u"a\u0100b", 1, 3, "axb", 3},
-        {u"a\u0100b", 0, 2, "ab", 3},
-        {u"a\u0100b", 2, 2, "ab", 3},
-        {u"a\u0100b", 1, 1, "a", 1},
-        {u"\U0001F600b", 1, 2, "xb", 3},
-        {u"\U0001F600b", 1, 0, "", 1},
-        {u"\U0001F600b", 7, 1, "b", 3},
-    };
+    } const encodings[] = {{u"a\u0100b", 1, 3, "axb", 3}, {u"a\u0100b", 0, 2, "ab", 3}, {u"a\u0100b", 2, 2, "ab", 3},
+        {u"a\u0100b", 1, 1, "a", 1}, {u"\U0001F600b", 1, 2, "xb", 3}, {u"\U0001F600b", 1, 0, "", 1},
+        {u"\U0001F600b", 7, 1, "b", 3}};
     for (const auto& row : encodings) {
         for (const char16_t* name : {u"ASCII", u"ISO8859_1", u"CP437", u"CP1252"}) {
             const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
             encoder->setSubstitutionBytes(bytesOf("xyzuvwt").data(), row.length);
-            std::int32_t read = 0;
-            EXPECT_EQ(encoded(*encoder, row.source, row.room, &read), row.bytes) << row.length << " " << row.room;
-            EXPECT_EQ(read, row.read) << row.length << " " << row.room;
+            const Encode run(*encoder, row.source, row.room);
+            EXPECT_EQ(run.output, row.bytes) << row.length << " " << row.room;
+            EXPECT_EQ(run.read, row.read) << row.length << " " << row.room;
         }
     }
 }
@@ -207,38 +181,28 @@ TEST(Converter, HoldsALeadSurrogateUntilItIsReset)
 {
     for (const char16_t* name : {u"ASCII", u"CP1252", u"UTF-8", u"UTF-32LE"}) {
         const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
-        const auto faultOf = [&](auto&& work) {
-            try {
-                work();
-                return std::u16string();
-            } catch (const InvalidCharacterException& failure) {
-                EXPECT_EQ(failure.getResult(), RESULT_INVALID_CHARACTER);
-                return std::u16string(failure.getDescription());
-            }
-        };
-        constexpr char16_t HELD[] = u"leading surrogate without trailing";
-        std::int32_t read = 0;
-        EXPECT_EQ(encoded(*encoder, u"\xD83D", 4, &read), "");
-        EXPECT_EQ(read, 1);
+        constexpr char HELD[] = "leading surrogate without trailing";
+        const Encode lead(*encoder, u"\xD83D", 4);
+        EXPECT_TRUE(lead.output.empty() && lead.read == 1);
         std::int32_t written = 0;
         signed char bytes[4];
         for (int again = 0; again < 2; ++again) {
-            EXPECT_EQ(faultOf([&] { encoder->flush(bytes, &written, 4); }), HELD);
-            EXPECT_EQ(faultOf([&] { encoded(*encoder, u"A", 4, &read); }), HELD);
-            EXPECT_EQ(read, 0);
+            EXPECT_EQ(saidBy<InvalidCharacterException>([&] { encoder->flush(bytes, &written, 4); }), HELD);
+            const Encode other(*encoder, u"A", 4);
+            EXPECT_EQ(other.failure, HELD);
+            EXPECT_EQ(other.read, 0);
         }
         encoder->reset();
         EXPECT_EQ(encoder->flush(bytes, &written, 4), 0);
         EXPECT_EQ(written, 0);
-        EXPECT_EQ(encoded(*encoder, u"A", 4, &read)[0], 'A');
+        EXPECT_EQ(Encode(*encoder, u"A", 4).output[0], 'A');
     }
+    EXPECT_EQ(InvalidCharacterException().getResult(), RESULT_INVALID_CHARACTER);
 
     const Reference<CharToByteConverter> encoder(new CTBUTF8);
-    std::int32_t read = 0;
-    EXPECT_EQ(encoded(*encoder, u"\xD83D", 0, &read), "");
-    EXPECT_EQ(encoded(*encoder, u"\xDE00", 3, &read), "");
-    EXPECT_EQ(read, 0) << "the pair waits for its room";
-    EXPECT_EQ(encoded(*encoder, u"\xDE00", 4, &read), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(Encode(*encoder, u"\xD83D", 0).output, "");
+    EXPECT_EQ(Encode(*encoder, u"\xDE00", 3).read, 0) << "the pair waits for its room";
+    EXPECT_EQ(Encode(*encoder, u"\xDE00", 4).output, "\xF0\x9F\x98\x80");
 }
 
 /// Encodings that others derive: their hooks are asked, though the base knows a faster way.
@@ -269,12 +233,11 @@ TEST(Converter, AsksTheHooksOfDerivedClasses)
     const auto expectRot1 = [&](ByteToCharConverter* newDecoder, CharToByteConverter* newEncoder, std::size_t width) {
         const Reference<ByteToCharConverter> decoder(newDecoder);
         const Reference<CharToByteConverter> encoder(newEncoder);
-        std::int32_t read = 0;
-        const std::string bytes = encoded(*encoder, text, 300, &read);
+        const std::string bytes = Encode(*encoder, text, 300).output;
         ASSERT_EQ(bytes.size(), width * text.size());
         for (std::size_t at = 0; at < bytes.size(); ++at)
             EXPECT_EQ(bytes[at], at % width == 0 ? 'A' : 0);
-        EXPECT_EQ(decoded(*decoder, bytes, 100, &read), text);
+        EXPECT_EQ(Decode(*decoder, bytes).output, text);
     };
     expectRot1(new Rot1<BTCASCII>, new UnRot1<CTBASCII>, 1);
     expectRot1(new Rot1<BTCCP1252>, new UnRot1<CTBISO8859_1>, 1);

@@ -1,3 +1,5 @@
+#include "Run.h"
+
 #include "tests/Slots.h"
 #include "tests/vx/Offer.h"
 #include "vx/text/charset/BTCMultiByte.h"
@@ -8,19 +10,20 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <string>
+#include <tuple>
 
 namespace vx::text::charset {
 namespace {
 
 TEST(MultiByte, KeepsTheOrderOfVirtualOperations)
 {
-    expectSlots("BTCMultiByte", 21, {slotOf(&BTCMultiByte::convertBytes)});
-    expectSlots("CTBMultiByte", 21, {slotOf(&CTBMultiByte::convertChar)});
+    expectSlots("BTCMultiByte", 21, {&BTCMultiByte::convertBytes});
+    expectSlots("CTBMultiByte", 21, {&CTBMultiByte::convertChar});
     expectSlots("IVXCharCodec", 3,
-        {slotOf(&IVXCharCodec::GetName), slotOf(&IVXCharCodec::GetMaxBytesPerChar),
-            slotOf(&IVXCharCodec::GetMaxCharsPerByte), slotOf(&IVXCharCodec::ConvertBytes),
-            slotOf(&IVXCharCodec::ConvertChar)});
+        {&IVXCharCodec::GetName, &IVXCharCodec::GetMaxBytesPerChar, &IVXCharCodec::GetMaxCharsPerByte,
+            &IVXCharCodec::ConvertBytes, &IVXCharCodec::ConvertChar});
 }
 
 /// A codec of another library. Small letters are themselves; "2" and "4" begin sequences of that many bytes, which are
@@ -53,25 +56,10 @@ struct TestCodec : Component<IVXCharCodec> {
         if (*length < needed)
             return *length = 0;
         *length = needed;
-        switch (*bytes) {
-        case '2':
-            *codePoint = 0x20AC;
-            break;
-        case '4':
-            *codePoint = 0x1F600;
-            break;
-        case 's':
-            *codePoint = 0xD912;
-            break;
-        case 'h':
-            *codePoint = 0x110000;
-            break;
-        case 'u':
-            *codePoint = 0xFFFD;
-            break;
-        default:
-            *codePoint = static_cast<unsigned char>(*bytes);
-        }
+        const std::map<char, std::uint32_t> others {
+            {'2', 0x20AC}, {'4', 0x1F600}, {'s', 0xD912}, {'h', 0x110000}, {'u', 0xFFFD}};
+        const auto found = others.find(*bytes);
+        *codePoint = found != others.end() ? found->second : static_cast<unsigned char>(*bytes);
         return RESULT_OK;
     }
     std::int32_t ConvertChar(std::uint32_t codePoint, IVXByteBuffer* bytes) override
@@ -99,34 +87,6 @@ struct TestCodec : Component<IVXCharCodec> {
     std::function<std::int32_t(std::int32_t*, std::uint32_t*)> m_decode;
     std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)> m_encode;
 };
-
-/// What `converter` makes of `text`: the output, a "|" where an exception came, the units that are left unread.
-template <class Converter, class In, class Out>
-struct Run {
-    std::basic_string<Out> output;
-    std::int32_t read = 0;
-    std::string failure;
-
-    Run(Converter& converter, const std::basic_string<In>& text, int room = 100)
-    {
-        output.resize(static_cast<std::size_t>(room));
-        using Source = std::conditional_t<sizeof(In) == 1, signed char, char16_t>;
-        using Target = std::conditional_t<sizeof(Out) == 1, signed char, char16_t>;
-        std::int32_t written = 0;
-        try {
-            const std::int32_t stored = converter.convert(reinterpret_cast<const Source*>(text.data()), &read,
-                static_cast<std::int32_t>(text.size()), reinterpret_cast<Target*>(output.data()), &written, room);
-            EXPECT_EQ(stored, written);
-        } catch (const Exception& thrown) {
-            failure = thrown.getResult() == RESULT_UNMAPPABLE_CHARACTER && thrown.getDescription().isEmpty()
-                ? "unmappable"
-                : thrown.getDescription().toUtf8();
-        }
-        output.resize(static_cast<std::size_t>(written));
-    }
-};
-using Decode = Run<ByteToCharConverter, char, char16_t>;
-using Encode = Run<CharToByteConverter, char16_t, char>;
 
 TEST(BTCMultiByte, DecodesSequenceBySequence)
 {
@@ -239,20 +199,16 @@ TEST(CTBCom, TakesALyingCodecForOneWithoutTheCharacter)
 {
     const Reference<TestCodec> codec(new TestCodec);
     CTBCom encoder(codec.get());
-    struct {
-        const char* lie;
-        std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)> encode;
-        const char* output;
-    } cases[] = {
+    const std::tuple<const char*, std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)>, const char*> cases[] = {
         {"nothing", [](auto, auto*) { return RESULT_OK; }, "?"},
         {"fails behind it", [](auto, auto* to) { return TestCodec::fill(to, "x"), RESULT_FAIL; }, "?"},
         {"too long", [](auto, auto* to) { return TestCodec::fill(to, "1234567"); }, "?"},
         {"as long as can be", [](auto, auto* to) { return TestCodec::fill(to, "123456"); }, "123456"},
         {"a length without bytes", [](auto, auto* to) { return to->ReleaseWriteLock(7); }, "?"},
     };
-    for (const auto& row : cases) {
-        codec->m_encode = row.encode;
-        EXPECT_EQ(Encode(encoder, u"a").output, row.output) << row.lie;
+    for (const auto& [lie, encode, output] : cases) {
+        codec->m_encode = encode;
+        EXPECT_EQ(Encode(encoder, u"a").output, output) << lie;
     }
 }
 

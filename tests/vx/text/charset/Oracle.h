@@ -94,7 +94,9 @@ public:
         char* out = target;
         std::size_t room = sizeof target;
         ::iconv(m_handle, nullptr, nullptr, nullptr, nullptr);
-        if (::iconv(m_handle, &in, &size, &out, &room) != 0 || size != 0 || out == target)
+        const bool isWhole = ::iconv(m_handle, &in, &size, &out, &room) == 0 && size == 0;
+        ::iconv(m_handle, nullptr, nullptr, &out, &room); // what waits for a mark to go with it
+        if (!isWhole || out == target)
             return std::nullopt;
         return std::string(target, out);
     }
