@@ -141,7 +141,10 @@ private:
         View value;
         std::uint32_t hash = 0;
 
-        std::uint32_t bucket() const noexcept { return hash % detail::QUERY_BUCKETS; }
+        std::uint32_t bucket() const noexcept
+        {
+            return hash % static_cast<std::uint32_t>(detail::QueryTable::FIRST_BUCKETS);
+        }
     };
 
     static bool isSame(View left, View right)
@@ -151,7 +154,7 @@ private:
     }
 
     static constexpr std::size_t MOST = 16;
-    static_assert(MOST < static_cast<std::size_t>(detail::QUERY_BUCKETS * detail::QUERY_LOAD));
+    static_assert(MOST < detail::QueryTable::thresholdOf(detail::QueryTable::FIRST_BUCKETS));
 
     std::array<Pair, MOST> m_pairs;
     std::size_t m_count = 0;
@@ -483,8 +486,8 @@ void URI::removeAuthority()
 
 void URI::removeQuery()
 {
-    m_query = nullptr;
-    m_unreadQuery.clear();
+    if (detail::QueryTable* query = readQuery())
+        query->clear(); // the buckets that many parameters need are there for later ones too
     m_hasQuery = false;
 }
 
@@ -706,15 +709,15 @@ void URI::appendQuery(Text& target, bool unescape) const
 {
     if (!unescape && appendUnreadQuery(target))
         return;
-    const detail::QueryTable* query = readQuery();
+    detail::QueryTable* query = readQuery();
     if (query == nullptr)
         return;
     bool isFirst = true;
-    query->forEach([&](const String& key, const String& value) {
+    query->forEach([&](View key, View value) {
         if (!std::exchange(isFirst, false))
             target += u'&';
-        target.append(key.view()).append(1, u'=');
-        appendPart(target, value.view(), unescape);
+        target.append(key).append(1, u'=');
+        appendPart(target, value, unescape);
     });
 }
 

@@ -1,5 +1,8 @@
 #include "vx/net/detail/QueryTable.h"
 
+#include <algorithm>
+#include <tuple>
+
 namespace vx::net::detail {
 
 const String* QueryTable::get(const QueryKey& key) const
@@ -12,25 +15,41 @@ void QueryTable::put(const QueryKey& key, const String& value)
 {
     const auto [pair, isNew] = m_values.try_emplace(Name(key));
     if (isNew) {
-        const std::uint32_t hash = pair->first.hash;
         try {
-            m_order.insert(hash, pair);
+            if (m_values.size() > thresholdOf(m_buckets))
+                grow();
         } catch (...) {
             m_values.erase(pair);
             throw;
         }
-        pair->second.place = m_order.head(static_cast<int>(hash % static_cast<std::uint32_t>(m_order.capacity())));
+        pair->second.rank = ++m_highestRank;
     }
-    pair->second.text = value;
+    pair->second.text.setAddRef(value);
 }
 
 void QueryTable::remove(const QueryKey& key)
 {
-    const auto found = m_values.find(Name(key));
-    if (found == m_values.end())
-        return;
-    m_order.remove(found->second.place);
-    m_values.erase(found);
+    m_values.erase(Name(key));
+}
+
+std::vector<QueryTable::Place> QueryTable::inOrder()
+{
+    std::vector<Place> places;
+    places.reserve(m_values.size());
+    for (auto pair = m_values.begin(); pair != m_values.end(); ++pair)
+        places.push_back({pair->first.hash % m_buckets, pair->second.rank, pair});
+    std::sort(places.begin(), places.end(), [](const Place& left, const Place& right) {
+        return std::tie(left.bucket, left.rank) > std::tie(right.bucket, right.rank);
+    });
+    return places;
+}
+
+/// Moves each parameter, in their order, to the head of its new chain, so that chains turn round.
+void QueryTable::grow()
+{
+    for (const Place& place : inOrder())
+        place.pair->second.rank = ++m_highestRank;
+    m_buckets = 2 * m_buckets + 1;
 }
 
 } // namespace vx::net::detail

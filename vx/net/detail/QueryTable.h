@@ -1,37 +1,39 @@
 #pragma once
 
-#include "vx/collections/HashTable.h"
 #include "vx/net/QueryKey.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <string_view>
+#include <vector>
 
 namespace vx::net::detail {
-
-inline constexpr int QUERY_BUCKETS = 101;
-inline constexpr float QUERY_LOAD = 0.75F;
 
 /// The parameters of a query, which are walked through in the order of a hash map. They are found in the order of their
 /// text: the hash looks at a part of a key only, and whoever writes the keys may have made it the same for all of them.
 class QueryTable {
 public:
+    static constexpr std::size_t FIRST_BUCKETS = 101;
+    /// The parameters that `buckets` take before there are 2n + 1 of n.
+    static constexpr std::size_t thresholdOf(std::size_t buckets) noexcept { return buckets * 3 / 4; }
+
     bool isEmpty() const noexcept { return m_values.empty(); }
 
     /// Null where there is none.
     const String* get(const QueryKey& key) const;
-    /// A key that is there stays as it is spelled.
+    /// A key that is there stays as it is spelled. Shares the text of both.
     void put(const QueryKey& key, const String& value);
     void remove(const QueryKey& key);
+    /// Leaves the buckets.
+    void clear() noexcept { m_values.clear(); }
 
     /// Calls `take(key, value)` for each.
     template <class Take>
-    void forEach(Take take) const
+    void forEach(Take take)
     {
-        int bucket = m_order.capacity();
-        for (Order::Index place; (place = m_order.headBelow(bucket)) != Order::NONE;) {
-            for (; place != Order::NONE; place = m_order.next(place))
-                take(m_order.item(place)->first.key, m_order.item(place)->second.text);
-        }
+        for (const Place& place : inOrder())
+            take(place.pair->first.key.view(), place.pair->second.text.view());
     }
 
 private:
@@ -43,21 +45,30 @@ private:
         }
         bool operator<(const Name& other) const
         {
-            return hash != other.hash ? hash < other.hash : key.compareTo(other.key) < 0;
+            return hash != other.hash ? hash < other.hash : key.compare(other.key, true) < 0;
         }
 
-        std::uint32_t hash; // taken first: the copy has the lower case then
-        QueryKey key;
+        std::uint32_t hash;
+        String key;
     };
     struct Value {
         String text;
-        std::int32_t place = -1; ///< in the order
+        std::uint64_t rank = 0; ///< in the chain of its bucket, which starts with the highest
     };
     using Values = std::map<Name, Value>;
-    using Order = collections::detail::HashTable<Values::iterator>;
+    struct Place {
+        std::size_t bucket;
+        std::uint64_t rank;
+        Values::iterator pair;
+    };
+
+    /// From the last bucket down, each chain from its head.
+    std::vector<Place> inOrder();
+    void grow();
 
     Values m_values;
-    Order m_order {QUERY_BUCKETS, QUERY_LOAD};
+    std::size_t m_buckets = FIRST_BUCKETS;
+    std::uint64_t m_highestRank = 0;
 };
 
 } // namespace vx::net::detail
