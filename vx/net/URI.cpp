@@ -1,17 +1,15 @@
 #include "vx/net/URI.h"
 
 #include "vx/Exception.h"
-#include "vx/detail/TextHash.h"
-#include "vx/detail/TextScan.h"
 #include "vx/net/detail/QueryTable.h"
+#include "vx/net/detail/QueryText.h"
+#include "vx/net/detail/TextWriter.h"
 #include "vxsys/Number.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <memory_resource>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,22 +18,16 @@ namespace vx::net {
 
 namespace {
 
+using detail::find;
+using detail::TextWriter;
 using View = std::u16string_view;
 
-constexpr int NOT_FOUND = -1;
+constexpr std::size_t NOT_FOUND = View::npos;
 
-int indexOf(View text, char16_t unit, int from = 0)
+/// Empty for a start behind its end.
+View slice(View text, std::size_t start, std::size_t end)
 {
-    const int found = vx::detail::findUnit(text.data() + from, static_cast<int>(text.size()) - from, unit);
-    return found != NOT_FOUND ? from + found : NOT_FOUND;
-}
-
-/// From `start` to `end` or, where that is -1, to the end of the text; empty for a start behind its end.
-View slice(View text, int start, int end = -1)
-{
-    const std::size_t last = std::min(static_cast<std::size_t>(end), text.size());
-    const std::size_t first = std::min(static_cast<std::size_t>(start), last);
-    return text.substr(first, last - first);
+    return start < end ? text.substr(start, end - start) : View();
 }
 
 /// For each byte a bit of each class that escapes it.
@@ -69,96 +61,6 @@ void appendEscape(std::u16string& escaped, unsigned char byte)
         escaped += VXLToStrW(byte, digits, 16);
     }
 }
-
-String stringOf(View text)
-{
-    return String(text);
-}
-
-/// Room for a text that is put together, on the stack where it is none of the long ones.
-class Room {
-public:
-    std::pmr::memory_resource* get() noexcept { return &m_resource; }
-
-private:
-    std::array<std::byte, 512> m_bytes;
-    std::pmr::monotonic_buffer_resource m_resource {m_bytes.data(), m_bytes.size()};
-};
-
-/// Calls `take(key, value)` for each piece of a query. One without "=" is both.
-template <class Take>
-void forEachPair(View text, Take take)
-{
-    for (int end = 0; end != NOT_FOUND; text = slice(text, end + 1)) {
-        end = indexOf(text, u'&');
-        const View piece = slice(text, 0, end);
-        const int sign = indexOf(piece, u'=');
-        take(slice(piece, 0, sign), sign != NOT_FOUND ? slice(piece, sign + 1) : piece);
-    }
-}
-
-constexpr std::size_t ROOM_FOR_SIGNS = 20; ///< and for the port
-
-/// Few parameters in the order in which their table walks: from the last bucket down, the newest of a bucket first.
-class PairOrder {
-public:
-    /// False where the table might have grown, and for a key whose hash only the table knows.
-    bool add(View key, View value)
-    {
-        if (key.find(u'\0') != View::npos)
-            return false;
-        const std::uint32_t hash = vx::detail::hashText(key.data(), static_cast<int>(key.size()), true);
-        for (Pair& pair : std::span(m_pairs).first(m_count)) {
-            if (pair.hash == hash && isSame(pair.key, key)) {
-                pair.value = value;
-                return true;
-            }
-        }
-        if (m_count == m_pairs.size())
-            return false;
-        m_pairs[m_count++] = {key, value, hash};
-        return true;
-    }
-
-    void append(std::pmr::u16string& target)
-    {
-        const std::span<Pair> pairs = std::span(m_pairs).first(m_count);
-        for (auto place = pairs.begin(); place != pairs.end(); ++place) {
-            const auto later = std::find_if(
-                pairs.begin(), place, [&](const Pair& pair) { return pair.bucket() <= place->bucket(); });
-            std::rotate(later, place, place + 1);
-        }
-        for (const Pair& pair : pairs) {
-            if (&pair != pairs.data())
-                target += u'&';
-            target.append(pair.key).append(1, u'=').append(pair.value);
-        }
-    }
-
-private:
-    struct Pair {
-        View key;
-        View value;
-        std::uint32_t hash = 0;
-
-        std::uint32_t bucket() const noexcept
-        {
-            return hash % static_cast<std::uint32_t>(detail::QueryTable::FIRST_BUCKETS);
-        }
-    };
-
-    static bool isSame(View left, View right)
-    {
-        return left.size() == right.size()
-            && VXStrNICmpW(left.data(), right.data(), static_cast<std::int32_t>(left.size())) == 0;
-    }
-
-    static constexpr std::size_t MOST = 16;
-    static_assert(MOST < detail::QueryTable::thresholdOf(detail::QueryTable::FIRST_BUCKETS));
-
-    std::array<Pair, MOST> m_pairs;
-    std::size_t m_count = 0;
-};
 
 } // namespace
 
@@ -197,154 +99,147 @@ URI::URI() = default;
 
 URI::URI(const String& text)
 {
-    setUri(text, false);
+    // What `setUri` does, with the parts in a copy of the whole text.
+    const View given = text.view();
+    m_texts = std::make_unique_for_overwrite<char16_t[]>(given.size());
+    std::copy(given.begin(), given.end(), m_texts.get());
+    parseUri(View(m_texts.get(), given.size()), false, m_parts);
 }
 
 URI::~URI() noexcept = default;
 
 String URI::toString() const
 {
-    Room room;
-    Text text(room.get());
-    text.reserve(m_scheme.size() + m_user.size() + m_password.size() + m_host.size() + m_path.size()
-        + m_opaquePart.size() + m_unreadQuery.size() + ROOM_FOR_SIGNS);
-    if (m_hasScheme) {
-        text += m_scheme;
-        text += u':';
-    }
-    if (hasSchemeSpecificPart())
-        appendSchemeSpecificPart(text, false);
-    return stringOf(text);
+    return TextWriter::write(roomToPrint(), [&](TextWriter& target) {
+        if (hasScheme()) {
+            target.append(m_parts.texts[SCHEME]);
+            target.append(u':');
+        }
+        if (hasSchemeSpecificPart())
+            appendSchemeSpecificPart(target, false);
+    });
 }
 
 void URI::setUri(const String& text, bool escape)
 {
-    const View all = text.view();
-    const int colon = indexOf(all, u':');
-    if (colon != NOT_FOUND) {
-        m_scheme = slice(all, 0, colon);
-        m_hasScheme = true;
-    }
-    parseSchemeSpecificPart(slice(all, colon + 1), escape);
+    Parts parts;
+    parseUri(text.view(), hasScheme(), parts);
+    take(parts, escape);
 }
 
 void URI::setSchemeSpecificPart(const String& text, bool escape)
 {
-    parseSchemeSpecificPart(text.view(), escape);
+    Parts parts;
+    parseSchemeSpecificPart(text.view(), hasScheme(), parts);
+    take(parts, escape);
 }
 
 void URI::setAuthority(const String& text, bool escape)
 {
-    parseAuthority(text.view(), escape);
+    Parts parts;
+    parseAuthority(text.view(), parts);
+    take(parts, escape);
 }
 
 void URI::setUserInfo(const String& text, bool escape)
 {
-    parseUserInfo(text.view(), escape);
+    Parts parts;
+    parseUserInfo(text.view(), parts);
+    take(parts, escape);
 }
 
 void URI::setScheme(const String& text)
 {
-    m_scheme = text.view();
-    m_hasScheme = true;
+    take(SCHEME, text.view(), false);
 }
 
 void URI::setUser(const String& text, bool escape)
 {
-    storeUser(text.view(), escape);
+    take(USER, text.view(), escape);
 }
 
 void URI::setPassword(const String& text, bool escape)
 {
-    storePassword(text.view(), escape);
+    take(PASSWORD, text.view(), escape);
 }
 
 void URI::setHost(const String& text, bool escape)
 {
-    storeHost(text.view(), escape);
+    take(HOST, text.view(), escape);
 }
 
 void URI::setPath(const String& text, bool escape)
 {
-    storePath(text.view(), escape);
+    take(PATH, text.view(), escape);
 }
 
 void URI::setPort(int port)
 {
-    m_port = port;
-    m_hasPort = true;
+    m_parts.port = port;
+    m_parts.hasPort = true;
 }
 
 void URI::setQuery(const String& text, bool escape)
 {
-    parseQuery(text.view(), escape);
+    take(QUERY, text.view(), escape);
 }
 
 void URI::setQueryPair(const String& key, const String& value, bool escape)
 {
-    storeQueryPair(key.view(), value.view(), escape);
+    takePair(key.view(), value.view(), escape);
 }
 
 void URI::setFragment(const String&) { }
 
 String URI::getScheme() const
 {
-    return stringOf(give(m_scheme, m_hasScheme, false));
+    return give(SCHEME, false);
 }
 
 String URI::getUser(bool unescape) const
 {
-    return stringOf(give(m_user, m_hasUser, unescape));
+    return give(USER, unescape);
 }
 
 String URI::getPassword(bool unescape) const
 {
-    return stringOf(give(m_password, m_hasPassword, unescape));
+    return give(PASSWORD, unescape);
 }
 
 String URI::getHost(bool unescape) const
 {
-    return stringOf(give(m_host, m_hasHost, unescape));
+    return give(HOST, unescape);
 }
 
 String URI::getPath(bool unescape) const
 {
-    return stringOf(give(m_path, m_hasPath, unescape));
+    return give(PATH, unescape);
 }
 
 int URI::getPort() const
 {
-    if (!m_hasPort)
+    if (!hasPort())
         throw Exception();
-    return m_port;
+    return m_parts.port;
 }
 
 String URI::getUserInfo(bool unescape) const
 {
-    if (!m_hasUser)
+    if (!hasUser())
         throw Exception();
-    Room room;
-    Text text(room.get());
-    appendUserInfo(text, unescape);
-    return stringOf(text);
+    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendUserInfo(target, unescape); });
 }
 
 String URI::getAuthority(bool unescape) const
 {
     if (!hasAuthority())
         throw Exception();
-    Room room;
-    Text text(room.get());
-    appendAuthority(text, unescape);
-    return stringOf(text);
+    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendAuthority(target, unescape); });
 }
 
 String URI::getQuery(bool unescape) const
 {
-    Room room;
-    Text text(room.get());
-    appendQuery(text, unescape);
-    return stringOf(text);
+    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendQuery(target, unescape); });
 }
 
 String URI::getQueryValue(const String& key, bool unescape) const
@@ -353,15 +248,12 @@ String URI::getQueryValue(const String& key, bool unescape) const
     const String* value = query != nullptr ? query->get(QueryKey(key)) : nullptr;
     if (value == nullptr)
         throw Exception();
-    return stringOf(give(value->view(), true, unescape));
+    return unescape ? getUnescapedString(value->view()) : *value;
 }
 
 String URI::getSchemeSpecificPart(bool unescape) const
 {
-    Room room;
-    Text text(room.get());
-    appendSchemeSpecificPart(text, unescape);
-    return stringOf(text);
+    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendSchemeSpecificPart(target, unescape); });
 }
 
 String URI::getFragment() const
@@ -371,52 +263,52 @@ String URI::getFragment() const
 
 bool URI::hasScheme() const
 {
-    return m_hasScheme;
+    return m_parts.has[SCHEME];
 }
 
 bool URI::hasUser() const
 {
-    return m_hasUser;
+    return m_parts.has[USER];
 }
 
 bool URI::hasPassword() const
 {
-    return m_hasPassword;
+    return m_parts.has[PASSWORD];
 }
 
 bool URI::hasHost() const
 {
-    return m_hasHost;
+    return m_parts.has[HOST];
 }
 
 bool URI::hasPath() const
 {
-    return m_hasPath;
+    return m_parts.has[PATH];
 }
 
 bool URI::hasPort() const
 {
-    return m_hasPort;
+    return m_parts.hasPort;
 }
 
 bool URI::hasQuery() const
 {
-    return m_hasQuery;
+    return m_parts.has[QUERY];
 }
 
 bool URI::hasUserInfo() const
 {
-    return m_hasUser;
+    return m_parts.has[USER];
 }
 
 bool URI::hasAuthority() const
 {
-    return m_hasHost || m_hasUser;
+    return hasHost() || hasUser();
 }
 
 bool URI::hasSchemeSpecificPart() const
 {
-    return m_hasHost || m_hasUser || m_hasPath || m_hasQuery || m_isOpaque;
+    return hasAuthority() || hasPath() || hasQuery() || isOpaque();
 }
 
 bool URI::hasQueryValue(const String& key) const
@@ -432,43 +324,38 @@ bool URI::hasFragment() const
 
 bool URI::isOpaque() const
 {
-    return m_isOpaque;
+    return m_parts.has[OPAQUE_PART];
 }
 
 void URI::removeScheme()
 {
-    m_scheme.clear();
-    m_hasScheme = false;
+    remove(SCHEME);
 }
 
 void URI::removeUser()
 {
-    m_user.clear();
-    m_hasUser = false;
+    remove(USER);
 }
 
 void URI::removePassword()
 {
-    m_password.clear();
-    m_hasPassword = false;
+    remove(PASSWORD);
 }
 
 void URI::removeHost()
 {
-    m_host.clear();
-    m_hasHost = false;
+    remove(HOST);
 }
 
 void URI::removePath()
 {
-    m_path.clear();
-    m_hasPath = false;
+    remove(PATH);
 }
 
 void URI::removePort()
 {
-    m_port = -1;
-    m_hasPort = false;
+    m_parts.port = -1;
+    m_parts.hasPort = false;
 }
 
 void URI::removeUserInfo()
@@ -486,9 +373,9 @@ void URI::removeAuthority()
 
 void URI::removeQuery()
 {
-    if (detail::QueryTable* query = readQuery())
-        query->clear(); // the buckets that many parameters need are there for later ones too
-    m_hasQuery = false;
+    if (m_query != nullptr || !detail::ShortQuery().read(m_parts.texts[QUERY]))
+        readQuery()->clear(); // the buckets that many parameters need are there for later ones too
+    remove(QUERY);
 }
 
 void URI::removeQueryPair(const String& key)
@@ -497,7 +384,7 @@ void URI::removeQueryPair(const String& key)
     if (query != nullptr)
         query->remove(QueryKey(key));
     if (query == nullptr || query->isEmpty())
-        m_hasQuery = false;
+        m_parts.has[QUERY] = false;
 }
 
 void URI::removeSchemeSpecificPart()
@@ -528,11 +415,11 @@ std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
     return escaped;
 }
 
-std::u16string URI::getUnescapedString(View text)
+String URI::getUnescapedString(View text)
 {
     constexpr std::size_t DIGITS = 2;
-    if (indexOf(text, u'%') == NOT_FOUND)
-        return std::u16string(text);
+    if (find(text, u'%') == NOT_FOUND)
+        return String(text);
     const std::string bytes = String(text).toUtf8();
     std::string unescaped;
     unescaped.reserve(bytes.size());
@@ -548,207 +435,231 @@ std::u16string URI::getUnescapedString(View text)
         unescaped += static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
         index += DIGITS;
     }
-    return std::u16string(String(std::string_view(unescaped)).view());
+    return String(std::string_view(unescaped));
 }
 
-std::u16string URI::take(View text, bool escape, ESCAPE_PART part)
+void URI::Parts::set(Part part, View text)
 {
-    return escape ? getEscapedString(text, part) : std::u16string(text);
+    texts[part] = text;
+    has[part] = true;
 }
 
-std::u16string URI::give(View stored, bool isPresent, bool unescape)
+void URI::parseUri(View text, bool hasScheme, Parts& parts)
 {
-    if (!isPresent)
-        throw Exception();
-    return unescape ? getUnescapedString(stored) : std::u16string(stored);
+    const std::size_t colon = find(text, u':');
+    if (colon == NOT_FOUND)
+        return parseSchemeSpecificPart(text, hasScheme, parts);
+    parts.set(SCHEME, text.substr(0, colon));
+    parseSchemeSpecificPart(text.substr(colon + 1), true, parts);
 }
 
-void URI::parseSchemeSpecificPart(View text, bool escape)
+void URI::parseSchemeSpecificPart(View text, bool hasScheme, Parts& parts)
 {
-    if (m_hasScheme && !text.starts_with(u'/')) {
-        m_isOpaque = true;
-        m_opaquePart = text;
-        return;
-    }
-    const int length = static_cast<int>(text.size());
-    int query = NOT_FOUND;
-    int start = NOT_FOUND; // of the slash in front of the path
+    if (hasScheme && !text.starts_with(u'/'))
+        return parts.set(OPAQUE_PART, text);
+    std::size_t query = NOT_FOUND;
+    std::size_t start = NOT_FOUND; // of the slash in front of the path
     if (text.starts_with(u"//")) {
-        constexpr int AUTHORITY = 2;
-        query = indexOf(text, u'?', AUTHORITY);
-        start = indexOf(text, u'/', AUTHORITY);
+        constexpr std::size_t AUTHORITY = 2;
+        query = find(text, u'?', AUTHORITY);
+        start = find(text, u'/', AUTHORITY);
         if (start == NOT_FOUND)
-            start = query != NOT_FOUND ? query : length;
-        parseAuthority(slice(text, AUTHORITY, start), escape);
+            start = std::min(query, text.size());
+        parseAuthority(slice(text, AUTHORITY, start), parts);
     } else {
-        query = indexOf(text, u'?');
+        query = find(text, u'?');
         start = text.starts_with(u'/') ? 0 : NOT_FOUND;
     }
 
-    int end = start;
-    if (query != 0 && start != length && (query == NOT_FOUND || start != query)) {
-        end = query != NOT_FOUND ? query : length;
-        storePath(slice(text, start + 1, end), escape);
+    std::size_t end = start;
+    if (query != 0 && start != text.size() && (query == NOT_FOUND || start != query)) {
+        end = std::min(query, text.size());
+        parts.set(PATH, slice(text, start + 1, end));
     }
     if (query != NOT_FOUND)
-        parseQuery(slice(text, end + 1), escape);
+        parts.set(QUERY, text.substr(end + 1));
 }
 
-void URI::parseAuthority(View text, bool escape)
+void URI::parseAuthority(View text, Parts& parts)
 {
-    if (const int at = indexOf(text, u'@'); at != NOT_FOUND) {
-        parseUserInfo(slice(text, 0, at), escape);
-        text = slice(text, at + 1);
+    if (const std::size_t at = find(text, u'@'); at != NOT_FOUND) {
+        parseUserInfo(text.substr(0, at), parts);
+        text.remove_prefix(at + 1);
     }
-    if (const int colon = indexOf(text, u':'); colon != NOT_FOUND) {
-        setPort(VXStrToIW(std::u16string(slice(text, colon + 1)).c_str()));
-        text = slice(text, 0, colon);
+    if (const std::size_t colon = find(text, u':'); colon != NOT_FOUND) {
+        parts.port = VXStrToIW(std::u16string(text.substr(colon + 1)).c_str());
+        parts.hasPort = true;
+        text = text.substr(0, colon);
     }
     if (!text.empty())
-        storeHost(text, escape);
+        parts.set(HOST, text);
 }
 
-void URI::parseUserInfo(View text, bool escape)
+void URI::parseUserInfo(View text, Parts& parts)
 {
-    const int colon = indexOf(text, u':');
-    storeUser(slice(text, 0, colon), escape);
+    const std::size_t colon = find(text, u':');
+    parts.set(USER, text.substr(0, colon));
     if (colon != NOT_FOUND)
-        storePassword(slice(text, colon + 1), escape);
+        parts.set(PASSWORD, text.substr(colon + 1));
 }
 
-void URI::parseQuery(View text, bool escape)
+void URI::take(Parts given, bool escape)
 {
-    if (!text.empty() && !escape && m_query == nullptr) {
-        if (!m_unreadQuery.empty())
-            m_unreadQuery += u'&';
-        m_unreadQuery += text;
-    } else if (!text.empty()) {
-        forEachPair(text, [&](View key, View value) { storeQueryPair(key, value, escape); });
+    const bool readsQuery = given.has[QUERY] && (escape || m_query != nullptr || !m_parts.texts[QUERY].empty());
+    const View query = readsQuery ? std::exchange(given.texts[QUERY], m_parts.texts[QUERY]) : View();
+    std::array<std::u16string, PATH + 1> escaped;
+    for (const Part part : {USER, PASSWORD, HOST, PATH}) {
+        if (escape && given.has[part]) {
+            escaped[part] = getEscapedString(given.texts[part], part == PATH ? ESCAPE_PATH : ESCAPE_AUTHORITY);
+            given.texts[part] = escaped[part];
+        }
     }
-    m_hasQuery = true;
+    store(given);
+    for (detail::QueryReader each(query); each.next();)
+        takePair(each.key(), each.value(), escape);
 }
 
-void URI::storeUser(View text, bool escape)
+void URI::take(Part part, View text, bool escape)
 {
-    m_user = take(text, escape, ESCAPE_AUTHORITY);
-    m_hasUser = true;
+    Parts parts;
+    parts.set(part, text);
+    take(parts, escape);
 }
 
-void URI::storePassword(View text, bool escape)
+void URI::takePair(View key, View value, bool escape)
 {
-    m_password = take(text, escape, ESCAPE_AUTHORITY);
-    m_hasPassword = true;
-}
-
-void URI::storeHost(View text, bool escape)
-{
-    m_host = take(text, escape, ESCAPE_AUTHORITY);
-    m_hasHost = true;
-}
-
-void URI::storePath(View text, bool escape)
-{
-    m_path = take(text, escape, ESCAPE_PATH);
-    m_hasPath = true;
-}
-
-void URI::storeQueryPair(View key, View value, bool escape)
-{
-    readQuery();
-    if (m_query == nullptr)
+    const auto stored = [&](View text) { return escape ? String(getEscapedString(text, ESCAPE_QUERY)) : String(text); };
+    if (readQuery() == nullptr)
         m_query = std::make_unique<detail::QueryTable>();
-    const QueryKey storedKey(stringOf(take(key, escape, ESCAPE_QUERY)));
-    m_query->put(storedKey, stringOf(take(value, escape, ESCAPE_QUERY)));
-    m_hasQuery = true;
+    const QueryKey storedKey(stored(key));
+    m_query->put(storedKey, stored(value));
+    m_parts.has[QUERY] = true;
+}
+
+void URI::store(const Parts& given)
+{
+    Parts parts = given;
+    std::size_t size = 0;
+    for (std::size_t part = 0; part < parts.texts.size(); ++part) {
+        if (!given.has[part])
+            parts.texts[part] = m_parts.texts[part];
+        parts.has[part] = given.has[part] || m_parts.has[part];
+        size += parts.texts[part].size();
+    }
+    if (!given.hasPort) {
+        parts.port = m_parts.port;
+        parts.hasPort = m_parts.hasPort;
+    }
+
+    auto texts = std::make_unique_for_overwrite<char16_t[]>(size);
+    char16_t* end = texts.get();
+    for (View& text : parts.texts) {
+        char16_t* begin = std::exchange(end, std::copy(text.begin(), text.end(), end));
+        text = View(begin, text.size());
+    }
+    m_parts = parts;
+    m_texts = std::move(texts);
+}
+
+String URI::give(Part part, bool unescape) const
+{
+    if (!m_parts.has[part])
+        throw Exception();
+    const View text = m_parts.texts[part];
+    return unescape ? getUnescapedString(text) : String(text);
+}
+
+void URI::remove(Part part)
+{
+    m_parts.texts[part] = View();
+    m_parts.has[part] = false;
 }
 
 detail::QueryTable* URI::readQuery() const
 {
-    if (!m_unreadQuery.empty()) {
+    if (m_query == nullptr && !m_parts.texts[QUERY].empty()) {
         auto query = std::make_unique<detail::QueryTable>();
-        forEachPair(m_unreadQuery, [&](View key, View value) { query->put(QueryKey(String(key)), String(value)); });
+        for (detail::QueryReader each(m_parts.texts[QUERY]); each.next();)
+            query->put(QueryKey(String(each.key())), String(each.value()));
         m_query = std::move(query);
-        m_unreadQuery.clear();
     }
     return m_query.get();
 }
 
-void URI::appendPart(Text& target, View stored, bool unescape)
+std::size_t URI::roomToPrint() const
+{
+    constexpr std::size_t SIGNS = 20; // and the port
+    std::size_t room = SIGNS;
+    for (const View text : m_parts.texts)
+        room += text.size();
+    return room;
+}
+
+void URI::append(TextWriter& target, View stored, bool unescape)
 {
     if (unescape)
-        target += getUnescapedString(stored);
+        target.append(getUnescapedString(stored));
     else
-        target += stored;
+        target.append(stored);
 }
 
-void URI::appendUserInfo(Text& target, bool unescape) const
+void URI::appendUserInfo(TextWriter& target, bool unescape) const
 {
-    appendPart(target, m_user, unescape);
-    if (m_hasPassword) {
-        target += u':';
-        target += m_password;
+    append(target, m_parts.texts[USER], unescape);
+    if (hasPassword()) {
+        target.append(u':');
+        target.append(m_parts.texts[PASSWORD]);
     }
 }
 
-void URI::appendAuthority(Text& target, bool unescape) const
+void URI::appendAuthority(TextWriter& target, bool unescape) const
 {
-    if (m_hasUser) {
+    if (hasUser()) {
         appendUserInfo(target, unescape);
-        target += u'@';
+        target.append(u'@');
     }
-    if (m_hasHost)
-        appendPart(target, m_host, unescape);
-    if (m_hasPort) {
+    if (hasHost())
+        append(target, m_parts.texts[HOST], unescape);
+    if (hasPort()) {
         char16_t digits[33];
-        target += u':';
-        target += VXLToStrW(m_port, digits, 10);
+        target.append(u':');
+        target.append(VXLToStrW(m_parts.port, digits, 10));
     }
 }
 
-void URI::appendQuery(Text& target, bool unescape) const
+void URI::appendQuery(TextWriter& target, bool unescape) const
 {
-    if (!unescape && appendUnreadQuery(target))
-        return;
-    detail::QueryTable* query = readQuery();
-    if (query == nullptr)
-        return;
     bool isFirst = true;
-    query->forEach([&](View key, View value) {
+    const auto appendPair = [&](View key, View value) {
         if (!std::exchange(isFirst, false))
-            target += u'&';
-        target.append(key).append(1, u'=');
-        appendPart(target, value, unescape);
-    });
+            target.append(u'&');
+        target.append(key);
+        target.append(u'=');
+        append(target, value, unescape);
+    };
+    detail::ShortQuery few;
+    if (m_query == nullptr && few.read(m_parts.texts[QUERY]))
+        few.forEach(appendPair);
+    else if (detail::QueryTable* query = readQuery())
+        query->forEach(appendPair);
 }
 
-bool URI::appendUnreadQuery(Text& target) const
+void URI::appendSchemeSpecificPart(TextWriter& target, bool unescape) const
 {
-    if (m_unreadQuery.empty())
-        return false;
-    PairOrder order;
-    bool isWhole = true;
-    forEachPair(m_unreadQuery, [&](View key, View value) { isWhole = isWhole && order.add(key, value); });
-    if (isWhole)
-        order.append(target);
-    return isWhole;
-}
-
-void URI::appendSchemeSpecificPart(Text& target, bool unescape) const
-{
-    if (m_isOpaque) {
-        target += m_opaquePart;
+    if (isOpaque()) {
+        target.append(m_parts.texts[OPAQUE_PART]);
         return;
     }
     if (hasAuthority()) {
-        target += u"//";
+        target.append(u"//");
         appendAuthority(target, unescape);
     }
-    if (m_hasPath) {
-        target += u'/';
-        appendPart(target, m_path, unescape);
+    if (hasPath()) {
+        target.append(u'/');
+        append(target, m_parts.texts[PATH], unescape);
     }
-    if (m_hasQuery) {
-        target += u'?';
+    if (hasQuery()) {
+        target.append(u'?');
         appendQuery(target, unescape);
     }
 }

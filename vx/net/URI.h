@@ -3,8 +3,9 @@
 #include "vx/String.h"
 #include "vx/net/QueryKey.h"
 
+#include <array>
+#include <cstddef>
 #include <memory>
-#include <memory_resource>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,8 @@ namespace vx::net {
 
 namespace detail {
 class QueryTable;
-}
+class TextWriter;
+} // namespace detail
 
 /// The parts of one URI (RFC 3986) in their escaped form: scheme, user, password, host, port, path and query. A container
 /// and no validator: any text is taken apart, and each part can be set, read and removed alone. A part may be present and
@@ -102,50 +104,50 @@ private:
     /// What is escaped beside what always is.
     enum ESCAPE_PART { ESCAPE_AUTHORITY = 0, ESCAPE_PATH = 1, ESCAPE_QUERY = 2 };
 
-    using Text = std::pmr::u16string;
+    /// What is a text.
+    enum Part { SCHEME, USER, PASSWORD, HOST, PATH, OPAQUE_PART, QUERY };
+
+    /// What there is of a URI. The texts stand elsewhere; that of what is not there is empty.
+    struct Parts {
+        void set(Part part, std::u16string_view text);
+
+        std::array<std::u16string_view, QUERY + 1> texts;
+        std::array<bool, QUERY + 1> has {};
+        bool hasPort = false;
+        int port = -1;
+    };
 
     static std::u16string getEscapedString(std::u16string_view text, ESCAPE_PART part);
-    static std::u16string getUnescapedString(std::u16string_view text);
-    /// A part as it is stored, and a stored part as a getter gives it.
-    static std::u16string take(std::u16string_view text, bool escape, ESCAPE_PART part);
-    static std::u16string give(std::u16string_view stored, bool isPresent, bool unescape);
+    static String getUnescapedString(std::u16string_view text);
 
-    void parseSchemeSpecificPart(std::u16string_view text, bool escape);
-    void parseAuthority(std::u16string_view text, bool escape);
-    void parseUserInfo(std::u16string_view text, bool escape);
-    void parseQuery(std::u16string_view text, bool escape);
-    void storeUser(std::u16string_view text, bool escape);
-    void storePassword(std::u16string_view text, bool escape);
-    void storeHost(std::u16string_view text, bool escape);
-    void storePath(std::u16string_view text, bool escape);
-    void storeQueryPair(std::u16string_view key, std::u16string_view value, bool escape);
-    /// The parameters as a table, which takes in what has not been read yet; null where there are none.
+    static void parseUri(std::u16string_view text, bool hasScheme, Parts& parts);
+    static void parseSchemeSpecificPart(std::u16string_view text, bool hasScheme, Parts& parts);
+    static void parseAuthority(std::u16string_view text, Parts& parts);
+    static void parseUserInfo(std::u16string_view text, Parts& parts);
+
+    /// What a setter is given, which adds to the parameters and replaces other parts.
+    void take(Parts given, bool escape);
+    void take(Part part, std::u16string_view text, bool escape);
+    void takePair(std::u16string_view key, std::u16string_view value, bool escape);
+    /// Copies parts in their stored form to those that are not replaced. What fails changes nothing.
+    void store(const Parts& given);
+    /// What a getter answers.
+    String give(Part part, bool unescape) const;
+    void remove(Part part);
+    /// The parameters as a table; null where there are none.
     detail::QueryTable* readQuery() const;
-    static void appendPart(Text& target, std::u16string_view stored, bool unescape);
-    void appendUserInfo(Text& target, bool unescape) const;
-    void appendAuthority(Text& target, bool unescape) const;
-    void appendQuery(Text& target, bool unescape) const;
-    bool appendUnreadQuery(Text& target) const;
-    void appendSchemeSpecificPart(Text& target, bool unescape) const;
 
-    std::u16string m_scheme;
-    std::u16string m_user;
-    std::u16string m_password;
-    std::u16string m_host;
-    std::u16string m_path;
-    std::u16string m_opaquePart;
-    int m_port = -1;
-    bool m_hasScheme = false;
-    bool m_hasUser = false;
-    bool m_hasPassword = false;
-    bool m_hasHost = false;
-    bool m_hasPath = false;
-    bool m_hasPort = false;
-    bool m_hasQuery = false;
-    bool m_isOpaque = false;
-    // Most URIs are only parsed and printed, for which the parameters need no table. One of the two has them.
+    std::size_t roomToPrint() const;
+    static void append(detail::TextWriter& target, std::u16string_view stored, bool unescape);
+    void appendUserInfo(detail::TextWriter& target, bool unescape) const;
+    void appendAuthority(detail::TextWriter& target, bool unescape) const;
+    void appendQuery(detail::TextWriter& target, bool unescape) const;
+    void appendSchemeSpecificPart(detail::TextWriter& target, bool unescape) const;
+
+    Parts m_parts;
+    std::unique_ptr<char16_t[]> m_texts;
+    /// Most URIs are only parsed and printed, for which the text of the parameters will do. Once there is a table, it counts.
     mutable std::unique_ptr<detail::QueryTable> m_query;
-    mutable std::u16string m_unreadQuery;
 };
 
 } // namespace vx::net

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "vx/detail/TextHash.h"
+#include "vx/net/detail/QueryTable.h"
+#include "vxsys/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace vx::net::detail {
+
+/// The first place of `unit` at or behind `from`, or `npos`.
+inline std::size_t find(std::u16string_view text, char16_t unit, std::size_t from = 0) noexcept
+{
+    const auto found = std::find(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), unit);
+    return found != text.end() ? static_cast<std::size_t>(found - text.begin()) : text.npos;
+}
+
+/// The parameters in the text of a query, one after another. A piece without "=" is key and value.
+class QueryReader {
+public:
+    explicit QueryReader(std::u16string_view text) noexcept
+        : m_rest(text)
+        , m_isDone(text.empty())
+    {
+    }
+
+    bool next() noexcept
+    {
+        if (m_isDone)
+            return false;
+        const std::size_t end = find(m_rest, u'&');
+        m_value = m_rest.substr(0, end);
+        m_isDone = end == m_rest.npos;
+        m_rest.remove_prefix(m_isDone ? m_rest.size() : end + 1);
+        const std::size_t sign = find(m_value, u'=');
+        m_key = m_value.substr(0, sign);
+        if (sign != m_value.npos)
+            m_value.remove_prefix(sign + 1);
+        return true;
+    }
+
+    std::u16string_view key() const noexcept { return m_key; }
+    std::u16string_view value() const noexcept { return m_value; }
+
+private:
+    std::u16string_view m_rest;
+    std::u16string_view m_key;
+    std::u16string_view m_value;
+    bool m_isDone;
+};
+
+/// A query of few parameters, which come in the order of the table that they do not need.
+class ShortQuery {
+public:
+    /// False for more than a few, and with a null unit, where only the table knows the hash.
+    bool read(std::u16string_view text) noexcept
+    {
+        if (find(text, u'\0') != text.npos)
+            return false;
+        for (QueryReader each(text); each.next();) {
+            if (!add(each.key(), each.value()))
+                return false;
+        }
+        return true;
+    }
+
+    /// Calls `take(key, value)` for each.
+    template <class Take>
+    void forEach(Take take) const
+    {
+        for (const Pair& pair : std::span(m_pairs).first(m_count))
+            take(pair.key, pair.value);
+    }
+
+private:
+    struct Pair {
+        std::u16string_view key;
+        std::u16string_view value;
+        std::uint32_t hash = 0;
+        std::uint32_t bucket = 0;
+
+        bool hasKey(std::u16string_view other, std::uint32_t otherHash) const noexcept
+        {
+            return hash == otherHash && key.size() == other.size()
+                && VXStrNICmpW(key.data(), other.data(), static_cast<std::int32_t>(key.size())) == 0;
+        }
+    };
+
+    static constexpr std::size_t MOST = 16;
+    static_assert(MOST < QueryTable::thresholdOf(QueryTable::FIRST_BUCKETS));
+
+    bool add(std::u16string_view key, std::u16string_view value) noexcept
+    {
+        const std::uint32_t hash = vx::detail::hashText(key.data(), static_cast<int>(key.size()), true);
+        const auto end = m_pairs.begin() + m_count;
+        const auto known = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.hasKey(key, hash); });
+        if (known != end) {
+            known->value = value;
+            return true;
+        }
+        if (m_count == MOST)
+            return false;
+        // From the last bucket down, the newest of a bucket first.
+        const auto bucket = static_cast<std::uint32_t>(hash % QueryTable::FIRST_BUCKETS);
+        const auto place = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.bucket <= bucket; });
+        std::move_backward(place, end, end + 1);
+        *place = {key, value, hash, bucket};
+        ++m_count;
+        return true;
+    }
+
+    std::array<Pair, MOST> m_pairs;
+    std::size_t m_count = 0;
+};
+
+} // namespace vx::net::detail
