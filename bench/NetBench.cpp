@@ -11,6 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -332,6 +333,23 @@ void parseAndPrintUris(benchmark::State& state)
 }
 BENCHMARK(parseAndPrintUris)->Unit(benchmark::kMillisecond);
 
+void parseAndAskUris(benchmark::State& state)
+{
+    std::vector<vx::String> texts;
+    for (int number = 0; number < URIS; ++number)
+        texts.emplace_back(uriText(number));
+    const vx::String key(u"sort");
+    for (auto _ : state) {
+        for (const vx::String& text : texts) {
+            const vx::net::URI uri(text);
+            if (uri.getQueryValue(key, true) != u"name")
+                state.SkipWithError("another value");
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * URIS);
+}
+BENCHMARK(parseAndAskUris)->Unit(benchmark::kMillisecond);
+
 std::string iniText()
 {
     constexpr int SETS = 100;
@@ -396,6 +414,24 @@ void parseAndPrintUrisPoco(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * URIS);
 }
 BENCHMARK(parseAndPrintUrisPoco)->Unit(benchmark::kMillisecond);
+
+void parseAndAskUrisPoco(benchmark::State& state)
+{
+    std::vector<std::string> texts;
+    for (int number = 0; number < URIS; ++number)
+        texts.push_back(uriText(number));
+    for (auto _ : state) {
+        for (const std::string& text : texts) {
+            const auto parameters = Poco::URI(text).getQueryParameters();
+            const auto found = std::find_if(
+                parameters.begin(), parameters.end(), [](const auto& pair) { return pair.first == "sort"; });
+            if (found == parameters.end() || found->second != "name")
+                state.SkipWithError("another value");
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * URIS);
+}
+BENCHMARK(parseAndAskUrisPoco)->Unit(benchmark::kMillisecond);
 
 void loadIniFilePoco(benchmark::State& state)
 {

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -28,6 +29,11 @@ constexpr std::size_t NOT_FOUND = View::npos;
 View slice(View text, std::size_t start, std::size_t end)
 {
     return start < end ? text.substr(start, end - start) : View();
+}
+
+constexpr bool isAscii(char16_t unit) noexcept
+{
+    return unit < 0x80;
 }
 
 /// For each byte a bit of each class that escapes it.
@@ -244,11 +250,10 @@ String URI::getQuery(bool unescape) const
 
 String URI::getQueryValue(const String& key, bool unescape) const
 {
-    const detail::QueryTable* query = readQuery();
-    const String* value = query != nullptr ? query->get(QueryKey(key)) : nullptr;
-    if (value == nullptr)
+    const std::optional<View> value = valueOf(key);
+    if (!value)
         throw Exception();
-    return unescape ? getUnescapedString(value->view()) : *value;
+    return unescape ? getUnescapedString(*value) : String(*value);
 }
 
 String URI::getSchemeSpecificPart(bool unescape) const
@@ -313,8 +318,7 @@ bool URI::hasSchemeSpecificPart() const
 
 bool URI::hasQueryValue(const String& key) const
 {
-    const detail::QueryTable* query = readQuery();
-    return query != nullptr && query->get(QueryKey(key)) != nullptr;
+    return valueOf(key).has_value();
 }
 
 bool URI::hasFragment() const
@@ -382,7 +386,7 @@ void URI::removeQueryPair(const String& key)
 {
     detail::QueryTable* query = readQuery();
     if (query != nullptr)
-        query->remove(QueryKey(key));
+        query->remove(key);
     if (query == nullptr || query->isEmpty())
         m_parts.has[QUERY] = false;
 }
@@ -402,15 +406,19 @@ void URI::removeAll()
 
 std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
 {
-    const std::string bytes = String(text).toUtf8();
+    const auto isKept = [&](char16_t unit) { return isAscii(unit) && (ESCAPED_IN[unit] & 1U << part) == 0; };
     std::u16string escaped;
-    escaped.reserve(bytes.size());
-    for (const char character : bytes) {
-        const auto byte = static_cast<unsigned char>(character);
-        if ((ESCAPED_IN[byte] & 1U << part) != 0)
-            appendEscape(escaped, byte);
-        else
-            escaped += static_cast<char16_t>(byte);
+    escaped.reserve(text.size());
+    for (auto place = text.begin(); place != text.end();) {
+        auto end = std::find_if_not(place, text.end(), isKept);
+        escaped.append(place, end);
+        for (; end != text.end() && isAscii(*end) && !isKept(*end); ++end)
+            appendEscape(escaped, static_cast<unsigned char>(*end));
+        place = std::find_if(end, text.end(), isAscii);
+        if (place == end)
+            continue;
+        for (const char byte : String(View(end, place)).toUtf8())
+            appendEscape(escaped, static_cast<unsigned char>(byte));
     }
     return escaped;
 }
@@ -420,22 +428,21 @@ String URI::getUnescapedString(View text)
     constexpr std::size_t DIGITS = 2;
     if (find(text, u'%') == NOT_FOUND)
         return String(text);
-    const std::string bytes = String(text).toUtf8();
-    std::string unescaped;
-    unescaped.reserve(bytes.size());
+    std::string bytes = String(text).toUtf8();
+    std::size_t end = 0;
     for (std::size_t index = 0; index < bytes.size(); ++index) {
         if (bytes[index] != '%') {
-            unescaped += bytes[index];
+            bytes[end++] = bytes[index];
             continue;
         }
         if (bytes.size() - index <= DIGITS)
             throw Exception();
         const char16_t digits[DIGITS + 1]
             = {static_cast<unsigned char>(bytes[index + 1]), static_cast<unsigned char>(bytes[index + 2]), 0};
-        unescaped += static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
+        bytes[end++] = static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
         index += DIGITS;
     }
-    return String(std::string_view(unescaped));
+    return String(std::string_view(bytes).substr(0, end));
 }
 
 void URI::Parts::set(Part part, View text)
@@ -531,7 +538,7 @@ void URI::takePair(View key, View value, bool escape)
     const auto stored = [&](View text) { return escape ? String(getEscapedString(text, ESCAPE_QUERY)) : String(text); };
     if (readQuery() == nullptr)
         m_query = std::make_unique<detail::QueryTable>();
-    const QueryKey storedKey(stored(key));
+    const String storedKey = stored(key);
     m_query->put(storedKey, stored(value));
     m_parts.has[QUERY] = true;
 }
@@ -575,12 +582,22 @@ void URI::remove(Part part)
     m_parts.has[part] = false;
 }
 
+std::optional<View> URI::valueOf(const String& key) const
+{
+    constexpr std::size_t SHORT = 1024; // a longer text is looked through once
+    const View text = m_parts.texts[QUERY];
+    if (detail::ShortQuery few; m_query == nullptr && text.size() <= SHORT && few.read(text))
+        return few.get(key.view());
+    const String* value = readQuery()->get(key);
+    return value != nullptr ? std::optional(value->view()) : std::nullopt;
+}
+
 detail::QueryTable* URI::readQuery() const
 {
     if (m_query == nullptr && !m_parts.texts[QUERY].empty()) {
         auto query = std::make_unique<detail::QueryTable>();
         for (detail::QueryReader each(m_parts.texts[QUERY]); each.next();)
-            query->put(QueryKey(String(each.key())), String(each.value()));
+            query->put(String(each.key()), String(each.value()));
         m_query = std::move(query);
     }
     return m_query.get();

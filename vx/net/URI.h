@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -134,6 +135,8 @@ private:
     /// What a getter answers.
     String give(Part part, bool unescape) const;
     void remove(Part part);
+    /// The value of a parameter in its stored form.
+    std::optional<std::u16string_view> valueOf(const String& key) const;
     /// The parameters as a table; null where there are none.
     detail::QueryTable* readQuery() const;
 

@@ -181,6 +181,12 @@ TEST(URI, FindsParametersInAnyCase)
     EXPECT_FALSE(uri.hasQueryValue(u"a b"));
     EXPECT_EQ(uri.getQueryValue(u"A%20B", true), u"c d");
     EXPECT_EQ(uri.getQuery(true), u"a%20b=c d");
+
+    // The lower case of a key, and so its hash, ends at a null unit.
+    uri.setQuery(u"a\0B=c"sv, false);
+    EXPECT_TRUE(uri.hasQueryValue(u"A\0B"sv));
+    EXPECT_FALSE(uri.hasQueryValue(u"A\0b"sv));
+    EXPECT_TRUE(URI(u"/?a\0B=c"sv).hasQueryValue(u"A\0B"sv));
 }
 
 TEST(URI, PrintsParametersInTheOrderOfTheMap)
@@ -194,9 +200,8 @@ TEST(URI, PrintsParametersInTheOrderOfTheMap)
                 + static_cast<QueryKey&>(*vx::collections::fromElement<QueryKey>(each->next())) + u"=";
         return text;
     };
-    const auto keyOf = [](int number) {
-        return vx::Reference<QueryKey>(new QueryKey(u"Key" + String::valueOf(number * number)));
-    };
+    const auto keyOf
+        = [](int number) { return vx::Reference<QueryKey>(new QueryKey(u"Key" + String::valueOf(number * number))); };
     URI uri;
     const auto put = [&](int number) {
         plain->put(static_cast<vx::ComObject*>(keyOf(number).get()), nullptr);

@@ -1,17 +1,38 @@
 #include "vx/net/detail/QueryTable.h"
 
+#include "vx/detail/TextHash.h"
+#include "vx/net/QueryKey.h"
+
 #include <algorithm>
 #include <tuple>
 
 namespace vx::net::detail {
 
-const String* QueryTable::get(const QueryKey& key) const
+namespace {
+
+/// That of QueryKey, whose lower case ends at a null unit.
+std::uint32_t hashOf(std::u16string_view key)
+{
+    if (key.find(u'\0') != key.npos)
+        return QueryKey(String(key)).hashCode();
+    return vx::detail::hashText(key.data(), static_cast<int>(key.size()), true);
+}
+
+} // namespace
+
+QueryTable::Name::Name(const String& text)
+    : hash(hashOf(text.view()))
+    , key(text)
+{
+}
+
+const String* QueryTable::get(const String& key) const
 {
     const auto found = m_values.find(Name(key));
     return found != m_values.end() ? &found->second.text : nullptr;
 }
 
-void QueryTable::put(const QueryKey& key, const String& value)
+void QueryTable::put(const String& key, const String& value)
 {
     const auto [pair, isNew] = m_values.try_emplace(Name(key));
     if (isNew) {
@@ -27,7 +48,7 @@ void QueryTable::put(const QueryKey& key, const String& value)
     pair->second.text.setAddRef(value);
 }
 
-void QueryTable::remove(const QueryKey& key)
+void QueryTable::remove(const String& key)
 {
     m_values.erase(Name(key));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/net/QueryKey.h"
+#include "vx/String.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,10 +21,10 @@ public:
     bool isEmpty() const noexcept { return m_values.empty(); }
 
     /// Null where there is none.
-    const String* get(const QueryKey& key) const;
+    const String* get(const String& key) const;
     /// A key that is there stays as it is spelled. Shares the text of both.
-    void put(const QueryKey& key, const String& value);
-    void remove(const QueryKey& key);
+    void put(const String& key, const String& value);
+    void remove(const String& key);
     /// Leaves the buckets.
     void clear() noexcept { m_values.clear(); }
 
@@ -38,11 +38,7 @@ public:
 
 private:
     struct Name {
-        explicit Name(const QueryKey& text)
-            : hash(text.hashCode())
-            , key(text)
-        {
-        }
+        explicit Name(const String& text);
         bool operator<(const Name& other) const
         {
             return hash != other.hash ? hash < other.hash : key.compare(other.key, true) < 0;

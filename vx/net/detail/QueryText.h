@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -69,6 +70,13 @@ public:
         return true;
     }
 
+    std::optional<std::u16string_view> get(std::u16string_view key) const noexcept
+    {
+        const auto pairs = std::span(m_pairs).first(m_count);
+        const auto found = std::find_if(pairs.begin(), pairs.end(), IsKey(key));
+        return found != pairs.end() ? std::optional(found->value) : std::nullopt;
+    }
+
     /// Calls `take(key, value)` for each.
     template <class Take>
     void forEach(Take take) const
@@ -83,12 +91,22 @@ private:
         std::u16string_view value;
         std::uint32_t hash = 0;
         std::uint32_t bucket = 0;
+    };
 
-        bool hasKey(std::u16string_view other, std::uint32_t otherHash) const noexcept
+    struct IsKey {
+        explicit IsKey(std::u16string_view text) noexcept
+            : key(text)
+            , hash(vx::detail::hashText(text.data(), static_cast<int>(text.size()), true))
         {
-            return hash == otherHash && key.size() == other.size()
-                && VXStrNICmpW(key.data(), other.data(), static_cast<std::int32_t>(key.size())) == 0;
         }
+        bool operator()(const Pair& pair) const noexcept
+        {
+            return hash == pair.hash && key.size() == pair.key.size()
+                && VXStrNICmpW(key.data(), pair.key.data(), static_cast<std::int32_t>(key.size())) == 0;
+        }
+
+        std::u16string_view key;
+        std::uint32_t hash;
     };
 
     static constexpr std::size_t MOST = 16;
@@ -96,9 +114,9 @@ private:
 
     bool add(std::u16string_view key, std::u16string_view value) noexcept
     {
-        const std::uint32_t hash = vx::detail::hashText(key.data(), static_cast<int>(key.size()), true);
+        const IsKey isKey(key);
         const auto end = m_pairs.begin() + m_count;
-        const auto known = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.hasKey(key, hash); });
+        const auto known = std::find_if(m_pairs.begin(), end, isKey);
         if (known != end) {
             known->value = value;
             return true;
@@ -106,10 +124,10 @@ private:
         if (m_count == MOST)
             return false;
         // From the last bucket down, the newest of a bucket first.
-        const auto bucket = static_cast<std::uint32_t>(hash % QueryTable::FIRST_BUCKETS);
+        const auto bucket = static_cast<std::uint32_t>(isKey.hash % QueryTable::FIRST_BUCKETS);
         const auto place = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.bucket <= bucket; });
         std::move_backward(place, end, end + 1);
-        *place = {key, value, hash, bucket};
+        *place = {key, value, isKey.hash, bucket};
         ++m_count;
         return true;
     }
