@@ -415,10 +415,10 @@ std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
         for (; end != text.end() && isAscii(*end) && !isKept(*end); ++end)
             appendEscape(escaped, static_cast<unsigned char>(*end));
         place = std::find_if(end, text.end(), isAscii);
-        if (place == end)
-            continue;
-        for (const char byte : String(View(end, place)).toUtf8())
-            appendEscape(escaped, static_cast<unsigned char>(byte));
+        if (place != end) {
+            for (const char byte : String(View(end, place)).toUtf8())
+                appendEscape(escaped, static_cast<unsigned char>(byte));
+        }
     }
     return escaped;
 }

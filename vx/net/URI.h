@@ -108,7 +108,7 @@ private:
     /// What is a text.
     enum Part { SCHEME, USER, PASSWORD, HOST, PATH, OPAQUE_PART, QUERY };
 
-    /// What there is of a URI. The texts stand elsewhere; that of what is not there is empty.
+    /// What there is of a URI. The texts stand elsewhere; where there is none, it is empty.
     struct Parts {
         void set(Part part, std::u16string_view text);
 
@@ -126,11 +126,11 @@ private:
     static void parseAuthority(std::u16string_view text, Parts& parts);
     static void parseUserInfo(std::u16string_view text, Parts& parts);
 
-    /// What a setter is given, which adds to the parameters and replaces other parts.
+    /// Stores what a setter is given: parameters are added, other parts replaced.
     void take(Parts given, bool escape);
     void take(Part part, std::u16string_view text, bool escape);
     void takePair(std::u16string_view key, std::u16string_view value, bool escape);
-    /// Copies parts in their stored form to those that are not replaced. What fails changes nothing.
+    /// Copies parts that are in their stored form, and those that they do not replace. What fails changes nothing.
     void store(const Parts& given);
     /// What a getter answers.
     String give(Part part, bool unescape) const;
@@ -149,7 +149,7 @@ private:
 
     Parts m_parts;
     std::unique_ptr<char16_t[]> m_texts;
-    /// Most URIs are only parsed and printed, for which the text of the parameters will do. Once there is a table, it counts.
+    // Most URIs are only parsed and printed, for which the text of their parameters will do. A table, once made, has them.
     mutable std::unique_ptr<detail::QueryTable> m_query;
 };
 
