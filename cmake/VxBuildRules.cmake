@@ -5,8 +5,7 @@ add_library(vx_build_rules INTERFACE)
 target_compile_features(vx_build_rules INTERFACE cxx_std_20 c_std_11)
 target_compile_options(vx_build_rules INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Werror
-    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
-    -fno-omit-frame-pointer)
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 
 # Unique symbols would pin the library in a process after dlclose.
 check_cxx_compiler_flag(-fno-gnu-unique VX_HAS_NO_GNU_UNIQUE)
@@ -15,7 +14,8 @@ if(VX_HAS_NO_GNU_UNIQUE)
 endif()
 
 if(VX_SANITIZE)
-    target_compile_options(vx_build_rules INTERFACE -fsanitize=${VX_SANITIZE} -fno-sanitize-recover=all)
+    target_compile_options(vx_build_rules INTERFACE
+        -fsanitize=${VX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(vx_build_rules INTERFACE -fsanitize=${VX_SANITIZE})
 endif()
 
