@@ -57,7 +57,8 @@ template <class T, class Work>
 std::int32_t onHandle(VXHandle handle, Work&& work) noexcept
 {
     T* object = objectOf<T>(handle);
-    return VXResultFromNative(object != nullptr ? work(*object) : EINVAL);
+    const int error = object != nullptr ? work(*object) : EINVAL;
+    return error == 0 ? results::RESULT_OK : VXResultFromNative(error);
 }
 
 /// Destroys an object that says with `destroyable` that nobody uses it.

@@ -9,6 +9,7 @@
 #include <exception>
 #include <limits>
 #include <pthread.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -20,13 +21,15 @@ constexpr Deadline NEVER;
 /// Which thread holds a lock. Only the holder itself writes here, so every thread can tell whether it is the one.
 class Holder {
 public:
-    bool isMe() const noexcept { return m_thread.load(std::memory_order_relaxed) == VXThreadGetCurrentId(); }
-    bool isNobody() const noexcept { return m_thread.load(std::memory_order_relaxed) == 0; }
-    void enter() noexcept { m_thread.store(VXThreadGetCurrentId(), std::memory_order_relaxed); }
-    void leave() noexcept { m_thread.store(0, std::memory_order_relaxed); }
+    bool isMe() const noexcept { return m_thread.load(std::memory_order_relaxed) == ::pthread_self(); }
+    bool isNobody() const noexcept { return m_thread.load(std::memory_order_relaxed) == NOBODY; }
+    void enter() noexcept { m_thread.store(::pthread_self(), std::memory_order_relaxed); }
+    void leave() noexcept { m_thread.store(NOBODY, std::memory_order_relaxed); }
 
 private:
-    std::atomic<std::uint32_t> m_thread {0};
+    static constexpr pthread_t NOBODY = 0; ///< it is an address
+
+    std::atomic<pthread_t> m_thread {NOBODY};
 };
 
 class Mutex final : public VXHandleTag {
@@ -37,71 +40,66 @@ public:
         : VXHandleTag(KIND)
     {
     }
-    int init() noexcept
-    {
-        pthread_mutexattr_t attributes;
-        if (const int error = ::pthread_mutexattr_init(&attributes))
-            return error;
-        ::pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-        const int error = ::pthread_mutex_init(&m_mutex, &attributes);
-        ::pthread_mutexattr_destroy(&attributes);
-        return error;
-    }
-    int acquire() noexcept { return counted(::pthread_mutex_lock(&m_mutex)); }
+    int init() noexcept { return 0; }
+    int acquire() noexcept { return m_holder.isMe() ? deepen() : entered(::pthread_mutex_lock(&m_mutex), 1); }
     int tryAcquire() noexcept
     {
-        const int error = counted(::pthread_mutex_trylock(&m_mutex));
+        const int error = m_holder.isMe() ? deepen() : entered(::pthread_mutex_trylock(&m_mutex), 1);
         return error == EBUSY ? ETIMEDOUT : error;
     }
     int release() noexcept
     {
         if (!m_holder.isMe())
             return EPERM;
-        if (--m_depth == 0)
-            m_holder.leave();
-        return ::pthread_mutex_unlock(&m_mutex);
+        return --m_depth == 0 ? left() : 0;
     }
 
     int releaseAll(std::uint32_t& depth) noexcept
     {
         if (!m_holder.isMe())
             return 0;
-        const std::uint32_t held = m_depth;
-        while (depth < held) {
-            if (const int error = release())
-                return error;
-            ++depth;
-        }
-        return 0;
+        depth = std::exchange(m_depth, 0);
+        return left();
     }
     int reacquire(std::uint32_t depth) noexcept
     {
-        for (; depth > 0; --depth) {
-            if (const int error = acquire())
-                return error;
-        }
-        return 0;
+        return depth == 0 ? 0 : entered(::pthread_mutex_lock(&m_mutex), depth);
     }
 
     /// A held mutex is not destroyed, and stays as it was.
     int destroyable() noexcept
     {
+        if (m_holder.isMe())
+            return EBUSY;
         if (const int error = ::pthread_mutex_trylock(&m_mutex))
             return error;
-        const bool held = m_depth > 0;
         ::pthread_mutex_unlock(&m_mutex);
-        return held ? EBUSY : ::pthread_mutex_destroy(&m_mutex);
+        return ::pthread_mutex_destroy(&m_mutex);
     }
 
 private:
-    int counted(int error) noexcept
+    int entered(int error, std::uint32_t depth) noexcept
     {
-        if (error == 0 && ++m_depth == 1)
+        if (error == 0) {
             m_holder.enter();
+            m_depth = depth;
+        }
         return error;
     }
+    int left() noexcept
+    {
+        m_holder.leave();
+        return ::pthread_mutex_unlock(&m_mutex);
+    }
+    int deepen() noexcept
+    {
+        if (m_depth == std::numeric_limits<std::uint32_t>::max())
+            return EAGAIN;
+        ++m_depth;
+        return 0;
+    }
 
-    pthread_mutex_t m_mutex;
+    pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
     Holder m_holder;
     std::uint32_t m_depth = 0; ///< guarded by the mutex itself
 };
