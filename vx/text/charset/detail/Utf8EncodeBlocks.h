@@ -5,6 +5,7 @@
 
 #if defined(__SSE2__)
 
+#include <algorithm>
 #include <bit>
 
 namespace vx::text::charset::detail {
@@ -77,6 +78,17 @@ VX_USES_SHUFFLE inline signed char* storePacked(signed char* out, __m128i lanes,
     return out + packing.length;
 }
 
+/// Stores a block of units below 0x80 as bytes. False, and nothing stored: there are others among them.
+inline bool storePlain(signed char* out, const char16_t* in) noexcept
+{
+    const __m128i units = loadBlock(in);
+    const __m128i more = loadBlock(in + 8);
+    const bool isPlain = lanes8(has16(either(units, more), 0xFF80, 0)) == 0xFFFF;
+    if (isPlain)
+        storeBlock(out, _mm_packus_epi16(units, more));
+    return isPlain;
+}
+
 /// Encodes up to a surrogate out of place or near an end.
 VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
 {
@@ -85,14 +97,17 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
     signed char* out = pass.out;
     unsigned open = 0; // 1: the unit before is a lead, of which the first two bytes are stored
     while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 2 * BLOCK) {
-        const __m128i units = loadBlock(in);
-        const __m128i more = loadBlock(in + 8);
-        if (open == 0 && lanes8(has16(either(units, more), 0xFF80, 0)) == 0xFFFF) {
-            storeBlock(out, _mm_packus_epi16(units, more));
-            in += BLOCK;
-            out += BLOCK;
-            continue;
+        if (open == 0) {
+            const std::ptrdiff_t most = std::min(pass.inEnd - in, pass.outEnd - out - BLOCK);
+            std::ptrdiff_t plain = 0;
+            while (plain <= most - BLOCK && storePlain(out + plain, in + plain))
+                plain += BLOCK;
+            in += plain;
+            out += plain;
+            if (plain > most - BLOCK)
+                break;
         }
+        const __m128i units = loadBlock(in);
         const __m128i isSingle = has16(units, 0xFF80, 0);
         const unsigned singles = lanes16(isSingle);
         __m128i isShort = has16(units, 0xF800, 0);
@@ -122,6 +137,14 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
             out = storePacked(out, high, ENCODE_TRIPLES[singles >> 4 | (triples >> 4) << 4]);
         }
         in += 8;
+    }
+    // What is left of plain text is encoded together with some of what was before it, which gives the same bytes again.
+    const std::ptrdiff_t left = pass.inEnd - in;
+    if (left > 0 && left < BLOCK && in - pass.in >= BLOCK - left && pass.outEnd - out >= left && open == 0) {
+        if (storePlain(out + left - BLOCK, pass.inEnd - BLOCK)) {
+            in += left;
+            out += left;
+        }
     }
     in -= open;
     out -= 2 * open;
