@@ -138,10 +138,14 @@ Reference<LogEntry> LogEntry::create(const Facts& facts, const String& text, con
     auto* const room = reinterpret_cast<char16_t*>(entry.get() + 1);
     textUnits.copy(room, textUnits.size());
     nameUnits.copy(room + textUnits.size(), nameUnits.size());
+    const auto share = [&](LoggerField field, const String& value) {
+        entry->m_values[field] = Reference<Object>(new String(value)).detach();
+        entry->m_hasValues = true;
+    };
     if (!isTextCopied)
-        entry->m_values[TEXT] = Reference<Object>(new String(text)).detach();
+        share(TEXT, text);
     if (!isNameCopied)
-        entry->m_values[NAME] = Reference<Object>(new String(name)).detach();
+        share(NAME, name);
     return entry;
 }
 
@@ -166,8 +170,10 @@ Object* LogEntry::valueOf(LoggerField field) const
         return value;
     Reference<Object> made = makeValue(field);
     // Of two threads that ask first, one has made it in vain.
-    if (place.compare_exchange_strong(value, made.get(), std::memory_order_acq_rel, std::memory_order_acquire))
+    if (place.compare_exchange_strong(value, made.get(), std::memory_order_acq_rel, std::memory_order_acquire)) {
         value = made.detach();
+        m_hasValues.store(true, std::memory_order_relaxed);
+    }
     return value;
 }
 
@@ -187,22 +193,6 @@ Reference<Object> LogEntry::makeValue(LoggerField field) const
     }
 }
 
-void LogEntry::print(LoggerField field, detail::EntryText& text) const
-{
-    switch (field) {
-    case SEQUENCE:
-        return text.appendNumber(m_facts.sequence);
-    case THREAD:
-        return text.appendNumber(m_facts.thread);
-    case TIMESTAMP:
-        return text.append(TimeStamp(m_facts.time).toString().view());
-    case LEVEL:
-        return text.appendNumber(m_facts.level);
-    default:
-        return text.append(unitsOf(field));
-    }
-}
-
 void LogEntry::spread()
 {
     decltype(m_fields) all;
@@ -219,10 +209,11 @@ void LogEntry::spread()
 
 void LogEntry::dropValues() noexcept
 {
-    for (std::atomic<Object*>& value : m_values) {
-        if (value.load(std::memory_order_relaxed) != nullptr)
-            Reference<Object>().attach(value.exchange(nullptr, std::memory_order_relaxed));
-    }
+    if (!m_hasValues.load(std::memory_order_relaxed))
+        return;
+    for (std::atomic<Object*>& value : m_values)
+        Reference<Object>().attach(value.exchange(nullptr, std::memory_order_relaxed));
+    m_hasValues = false;
 }
 
 Reference<collections::StringHashMap> LogEntry::createMap() const
@@ -332,6 +323,7 @@ FieldOrder::FieldOrder(const ILogEntry& entry)
     if (own.m_map != nullptr)
         return;
     m_entry = &own;
+    m_fields = own.m_facts.fields | 1U << LogEntry::LOGGER_FIELD_COUNT;
     m_begin = OF_LOGGER.data();
     m_end = m_begin + OF_LOGGER.size();
     if (!own.m_fields.empty())
@@ -359,11 +351,25 @@ void FieldOrder::print(const Row& row, EntryText& text) const
     if (isOfLogger)
         value = m_entry->m_values[row.field].load(std::memory_order_acquire);
     if (value != nullptr)
-        text.append(value->toString().view());
-    else if (isOfLogger)
-        m_entry->print(row.field, text);
-    else
+        return text.append(value->toString().view());
+
+    // What `toString` of the value would give, without making it.
+    const LogEntry::Facts& facts = m_entry->m_facts;
+    switch (row.field) {
+    case LogEntry::SEQUENCE:
+        return text.appendNumber(facts.sequence);
+    case LogEntry::THREAD:
+        return text.appendNumber(facts.thread);
+    case LogEntry::TIMESTAMP:
+        return text.append(TimeStamp(facts.time).toString().view());
+    case LogEntry::LEVEL:
+        return text.appendNumber(facts.level);
+    case LogEntry::NAME:
+    case LogEntry::TEXT:
+        return text.append(m_entry->unitsOf(row.field));
+    case LogEntry::LOGGER_FIELD_COUNT:
         throwResult(RESULT_END_OF_FILE); // as `getField` does
+    }
 }
 
 FieldIterator::FieldIterator(const collections::Set<String>& names)

@@ -100,8 +100,6 @@ private:
     /// The value of a logger's field that is there, made when somebody asks for it. Not counted.
     Object* valueOf(LoggerField field) const;
     Reference<Object> makeValue(LoggerField field) const;
-    /// Appends what the value's `toString` gives.
-    void print(LoggerField field, detail::EntryText& text) const;
     /// Makes plain fields of those of a logger.
     void spread();
     void dropValues() noexcept;
@@ -116,6 +114,7 @@ private:
     std::uint32_t m_textUnits = 0;
     std::uint32_t m_nameUnits = 0;
     mutable std::array<std::atomic<Object*>, LOGGER_FIELD_COUNT> m_values {}; ///< counted; null: not made yet
+    mutable std::atomic<bool> m_hasValues {false};
     /// The fields that others set, in the order of setting.
     std::vector<Field, vxsys::Allocator<Field>> m_fields;
     Reference<collections::StringHashMap> m_map; ///< instead of all that once these are no longer few

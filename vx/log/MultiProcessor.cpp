@@ -29,8 +29,7 @@ void MultiProcessor::process(const ILogEntry* entry)
     for (std::size_t index = 0; index < m_processors.size(); ++index) {
         if (m_processors.size() != count) // as an iterator of a list has it
             throw Exception();
-        const Reference<ILogProcessor> processor = m_processors[index];
-        processor->process(entry);
+        m_processors[index]->process(entry); // none is ever taken out, so each lives as long as this
     }
 }
 

@@ -30,10 +30,7 @@ public:
     /// With fields of a logger that the entry may not have.
     const Row* begin() const noexcept { return m_begin; }
     const Row* end() const noexcept { return m_end; }
-    bool has(const Row& row) const noexcept
-    {
-        return row.field == LogEntry::LOGGER_FIELD_COUNT || m_entry->m_facts.has(row.field);
-    }
+    bool has(const Row& row) const noexcept { return (m_fields >> row.field & 1) != 0; }
 
     /// Appends the text of a row's value. Throws ResultException with RESULT_END_OF_FILE where it is null.
     void print(const Row& row, EntryText& text) const;
@@ -49,6 +46,7 @@ private:
     void addPlainFields();
 
     const LogEntry* m_entry = nullptr;
+    std::uint32_t m_fields = 0; ///< a bit for each `LoggerField`
     const Row* m_begin = nullptr;
     const Row* m_end = nullptr;
     Row m_rows[MOST];
