@@ -12,6 +12,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -287,16 +288,32 @@ void bulk(benchmark::State& state)
     server.join();
 }
 
+enum Measure { BEGIN, WHOLE };
+
+/// The time until both sides stand, or until both are closed again. At the end the plain sockets do less than those with
+/// results, which shut their output down before they close.
 template <class Sockets>
 void connectAndAccept(benchmark::State& state)
 {
+    using Clock = std::chrono::steady_clock;
     typename Sockets::Listener listener;
     const unsigned short port = listener.port();
     for (auto _ : state) {
-        typename Sockets::Connection client(port);
-        const auto accepted = listener.accept();
-        benchmark::DoNotOptimize(accepted.get());
+        const auto start = Clock::now();
+        Clock::time_point begun;
+        {
+            typename Sockets::Connection client(port);
+            const auto accepted = listener.accept();
+            begun = Clock::now();
+        }
+        const std::chrono::duration<double> time = (state.range(0) == BEGIN ? begun : Clock::now()) - start;
+        state.SetIterationTime(time.count());
     }
+}
+
+void bothMeasures(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->ArgName("whole")->Arg(BEGIN)->Arg(WHOLE)->UseManualTime()->Iterations(2000);
 }
 
 BENCHMARK_TEMPLATE(echo, Plain)->UseRealTime();
@@ -305,9 +322,9 @@ BENCHMARK_TEMPLATE(echo, Streams)->UseRealTime();
 BENCHMARK_TEMPLATE(bulk, Plain)->UseRealTime();
 BENCHMARK_TEMPLATE(bulk, Results)->UseRealTime();
 BENCHMARK_TEMPLATE(bulk, Streams)->UseRealTime();
-BENCHMARK_TEMPLATE(connectAndAccept, Plain)->UseRealTime()->Iterations(2000);
-BENCHMARK_TEMPLATE(connectAndAccept, Results)->UseRealTime()->Iterations(2000);
-BENCHMARK_TEMPLATE(connectAndAccept, Streams)->UseRealTime()->Iterations(2000);
+BENCHMARK_TEMPLATE(connectAndAccept, Plain)->Apply(bothMeasures);
+BENCHMARK_TEMPLATE(connectAndAccept, Results)->Apply(bothMeasures);
+BENCHMARK_TEMPLATE(connectAndAccept, Streams)->Apply(bothMeasures);
 
 constexpr int URIS = 100'000;
 
