@@ -296,6 +296,32 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
     }
 }
 
+TEST(TcpServerSocket2, WaitsOnWhenAnotherThreadWasFasterToAccept)
+{
+    constexpr int CONNECTIONS = 200;
+    const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
+    std::atomic<int> begun {0};
+    std::atomic<int> accepted {0};
+    const auto takeSome = [&] {
+        while (begun++ < CONNECTIONS) {
+            unsigned int handle = 0;
+            if (listener->accept(&handle) == VX_E_SOCKET_OK && ::close(static_cast<int>(handle)) == 0)
+                ++accepted;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int count = 0; count < 4; ++count)
+        threads.emplace_back(takeSome);
+    for (int count = 0; count < CONNECTIONS; ++count) {
+        const int family = count % 2 == 0 ? AF_INET : AF_INET6;
+        const vx_sockaddr_union address = loopbackOf(*listener, family);
+        EXPECT_EQ(makeClient(family)->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(accepted, CONNECTIONS);
+}
+
 TEST(TcpServerSocket2, CollectsAddresses)
 {
     const std::unique_ptr<TcpServerSocket2> server = makeServer();
