@@ -1,5 +1,10 @@
 #pragma once
 
+#include "tests/vxsys/Child.h"
+#include "vxsys/Thread.h"
+
+#include <atomic>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -11,3 +16,40 @@ void inThreads(int count, Work work)
     for (int thread = 0; thread < count; ++thread)
         threads.emplace_back([&work, thread] { work(thread); });
 }
+
+/// A thread that does one thing, and lets others see whether it waits.
+class Doing {
+public:
+    explicit Doing(std::function<void()> work)
+        : m_thread([this, work = std::move(work)] {
+            m_id = VXThreadGetCurrentId();
+            work();
+            m_isDone = true;
+        })
+    {
+    }
+    ~Doing() { join(); }
+
+    bool isDone() const { return m_isDone; }
+    void join()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+    /// Returns when the thread waits, as the system has it.
+    void awaitWaiting() const
+    {
+        while (m_id == 0)
+            std::this_thread::yield();
+        for (int seen = 0; seen < 3; std::this_thread::yield()) {
+            ASSERT_FALSE(m_isDone) << "it did not wait";
+            seen = stateOfThread(static_cast<pid_t>(m_id)) == 'S' ? seen + 1 : 0;
+        }
+    }
+
+private:
+    std::atomic<std::uint32_t> m_id {0};
+    std::atomic<bool> m_isDone {false};
+    std::thread m_thread;
+};

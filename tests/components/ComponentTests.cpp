@@ -1,4 +1,4 @@
-#include "tests/Outcome.h"
+#include "tests/vx/Offer.h"
 #include "tests/vx/text/charset/Oracle.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
@@ -11,13 +11,12 @@
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/util/PropertySet.h"
 #include "vx/vorb/IVXClassFactory.h"
-#include "vxsys/Component.h"
 #include "vxsys/Module.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
+#include <list>
 #include <netinet/in.h>
 #include <set>
 #include <string>
@@ -61,31 +60,16 @@ private:
     VXLibHandle m_handle = VX_LIB_INVALID_HANDLE;
 };
 
-/// Offers one class of a loaded library under `progId` to the end of the block.
-class LoadedClass {
-public:
-    LoadedClass(const LoadedLibrary& library, const char16_t* progId, const _GUID& classId)
-        : m_library(library)
-        , m_classId(classId)
-    {
-        EXPECT_EQ(VXComRegisterClassObject(progId, &m_classId, create, this, &m_token), RESULT_OK);
-    }
-    ~LoadedClass() { EXPECT_EQ(VXComRevokeClassObject(m_token), RESULT_OK); }
-
-private:
-    static std::int32_t create(void* context, IVXUnknown* outer, const _GUID* iid, void** object)
-    {
-        const auto& own = *static_cast<LoadedClass*>(context);
+Offer::Make creatorOf(const LoadedLibrary& library, const _GUID& classId)
+{
+    return [&library, classId] {
         Reference<IVXClassFactory> factory;
-        const std::int32_t result
-            = own.m_library.getClassObject(&own.m_classId, &IVXClassFactory::IID, factory.outVoid());
-        return result < 0 ? result : factory->CreateInstance(outer, *iid, object);
-    }
-
-    const LoadedLibrary& m_library;
-    const _GUID m_classId;
-    std::uint32_t m_token = 0;
-};
+        Reference<IVXUnknown> object;
+        EXPECT_EQ(library.getClassObject(&classId, &IVXClassFactory::IID, factory.outVoid()), RESULT_OK);
+        EXPECT_EQ(factory->CreateInstance(nullptr, IVXUnknown::IID, object.outVoid()), RESULT_OK);
+        return object;
+    };
+}
 
 const struct {
     const char16_t* name;
@@ -98,7 +82,6 @@ const struct {
     {u"CP862", "CP862", 862}, {u"CP866", "CP866", 866}, {u"CP932", "CP932", 932}, {u"CP936", "CP936", 936},
     {u"CP949", "CP949", 949}, {u"CP950", "CP950", 950}, {u"EUCJP", "EUC-JP", 20932}, {u"CP720", nullptr, 720}};
 
-/// The component library, with all its classes on offer.
 class CodecComponent : public testing::Test {
 protected:
     CodecComponent()
@@ -106,12 +89,12 @@ protected:
         for (const auto& page : PAGES) {
             const _GUID classId {0x6D2F0A51, page.number, 0x4B7E, {0x9C, 0x1A, 0x3E, 0x58, 0xD4, 0x07, 0xB2, 0x96}};
             const std::u16string progId = std::u16string(u"Velmaris.CharCodec.") + page.name;
-            m_classes.push_back(std::make_unique<LoadedClass>(m_library, progId.c_str(), classId));
+            m_classes.emplace_back(progId.c_str(), creatorOf(m_library, classId));
         }
     }
 
     LoadedLibrary m_library {COMPONENTS "/vxcodecs.so"};
-    std::vector<std::unique_ptr<LoadedClass>> m_classes;
+    std::list<Offer> m_classes;
 };
 
 std::u16string textOf(std::uint32_t value)
@@ -233,11 +216,10 @@ _GUID bundleClass(std::uint16_t index)
 TEST(BundleComponent, SaysTheSameInEachLanguage)
 {
     const LoadedLibrary library(COMPONENTS "/vxbundles.so");
-    const LoadedClass english(library, u"Velmaris.Tools.StringBundle.en_US", bundleClass(0));
-    const LoadedClass german(library, u"Velmaris.Tools.StringBundle.de", bundleClass(1));
-    const LoadedClass french(library, u"Velmaris.Tools.StringBundle.fr", bundleClass(2));
-    std::set<std::u16string> keys;
-    std::set<std::u16string> greetings;
+    const Offer english(u"Velmaris.Tools.StringBundle.en_US", creatorOf(library, bundleClass(0)));
+    const Offer german(u"Velmaris.Tools.StringBundle.de", creatorOf(library, bundleClass(1)));
+    const Offer french(u"Velmaris.Tools.StringBundle.fr", creatorOf(library, bundleClass(2)));
+    std::set<std::u16string> keys, greetings;
     for (const char16_t* name : {u"en_US", u"de_AT@euro", u"fr_CA"}) {
         const Reference<i18n::Locale> locale(new i18n::Locale(name));
         const Reference<i18n::StringBundle> bundle = i18n::StringBundle::getBundle(u"Tools", locale.get());
@@ -277,7 +259,7 @@ void writeTo(io::IChannel& channel, const std::string& text)
 TEST(TcpComponent, ConnectsTwoParties)
 {
     const LoadedLibrary library(COMPONENTS "/vxtcp.so");
-    const LoadedClass tcp(library, u"Velmaris.Transport.Tcp", TCP_CLASS);
+    const Offer tcp(u"Velmaris.Transport.Tcp", creatorOf(library, TCP_CLASS));
     for (const char16_t* host : {u"", u"127.0.0.1"}) {
         const Reference<net::ITransport> transport = net::Transport::get(u"Velmaris.Transport.Tcp");
         util::PropertySet properties;
@@ -285,7 +267,6 @@ TEST(TcpComponent, ConnectsTwoParties)
             properties.set(u"host", host);
         const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
         EXPECT_NE(properties.get(u"port"), u"0") << "the set is told which one it is";
-
         util::PropertySet there;
         there.set(u"port", properties.get(u"port"));
         const Reference<net::IConnector> connector = transport->createConnector(there);
@@ -302,15 +283,14 @@ TEST(TcpComponent, ConnectsTwoParties)
 TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)
 {
     const LoadedLibrary library(COMPONENTS "/vxtcp.so");
-    const LoadedClass tcp(library, u"Velmaris.Transport.Tcp", TCP_CLASS);
+    const Offer tcp(u"Velmaris.Transport.Tcp", creatorOf(library, TCP_CLASS));
     const Reference<net::ITransport> transport = net::Transport::get(u"Velmaris.Transport.Tcp");
     util::PropertySet properties;
     properties.set(u"timeout", u"20");
     const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
     const Reference<net::IConnector> connector = transport->createConnector(properties);
     {
-        const Reference<io::IChannel> near = connector->connect();
-        const Reference<io::IChannel> far = acceptor->accept();
+        const Reference<io::IChannel> near = connector->connect(), far = acceptor->accept();
         for (io::IChannel* channel : {near.get(), far.get()})
             EXPECT_EQ(resultOf([&] { readFrom(*channel, 1); }), VX_E_SOCKET_ETIMEDOUT);
         for (io::IChannel* channel : {near.get(), far.get()})

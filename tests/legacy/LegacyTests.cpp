@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <map>
 #include <utility>
 
@@ -20,7 +19,6 @@ namespace {
 
 constexpr std::size_t FIRST_OF_A_VIEW = 3; // behind the operations of IVXUnknown
 
-/// A component that is no object.
 class Foreign : public IVXConnector {
 public:
     std::int32_t QueryInterface(const _GUID& iid, void** out) override
@@ -75,7 +73,6 @@ TEST(CVXProperty, KeepsNumbersAsText)
     EXPECT_EQ(number->getValueString(), String::valueOf(-1.5));
     EXPECT_EQ(number->getValueDouble(), -1.5);
     EXPECT_EQ(number->getValueLong(), -1);
-
     struct Odd : Integer32 { // converts without its text
         Odd()
             : Integer32(7)

@@ -17,6 +17,12 @@ static int is_mapped(const char* name)
     return found;
 }
 
+static int fail(int code, const char* words)
+{
+    fprintf(stderr, "%s\n", words);
+    return code;
+}
+
 static int use(const char* library)
 {
     int32_t (*get_info)(const char16_t*, VXEncInfo*);
@@ -24,31 +30,21 @@ static int use(const char* library)
     void** global_lock;
     VXEncInfo info;
     void* handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
-    if (handle == NULL) {
-        fprintf(stderr, "%s\n", dlerror());
-        return 1;
-    }
+    if (handle == NULL)
+        return fail(1, dlerror());
     *(void**)&get_info = dlsym(handle, "VXGetEncInfoByName");
-    if (get_info == NULL || get_info(u"us-ascii", &info) != 0 || info.codePage != 20127) {
-        fprintf(stderr, "the encodings are not there\n");
-        return 2;
-    }
+    if (get_info == NULL || get_info(u"us-ascii", &info) != 0 || info.codePage != 20127)
+        return fail(2, "the encodings are not there");
     *(void**)&class_for_name = dlsym(handle, "_ZN2vx5Class7forNameEPKDs"); /* vx::Class::forName(char16_t const*) */
-    if (class_for_name == NULL || class_for_name(u"CVXString") == NULL) {
-        fprintf(stderr, "the classes are not there\n");
-        return 5;
-    }
+    if (class_for_name == NULL || class_for_name(u"CVXString") == NULL)
+        return fail(5, "the classes are not there");
     global_lock = dlsym(handle, "g_pGlobalLock");
-    if (global_lock == NULL || *global_lock == NULL) {
-        fprintf(stderr, "the global lock is not there\n");
-        return 6;
-    }
+    if (global_lock == NULL || *global_lock == NULL)
+        return fail(6, "the global lock is not there");
     if (!is_mapped("libvxlib4") || !is_mapped("libvxsys4") || dlclose(handle) != 0)
         return 3;
-    if (is_mapped("libvxlib4") || is_mapped("libvxsys4")) {
-        fprintf(stderr, "the library stays in the process\n");
-        return 4;
-    }
+    if (is_mapped("libvxlib4") || is_mapped("libvxsys4"))
+        return fail(4, "the library stays in the process");
     return 0;
 }
 

@@ -65,12 +65,8 @@ class Conversions(tool.Scratch):
     def test_ends_lines_with_a_line_feed(self):
         border = b"x" * (BLOCK - 1)
         for data, expected in [
-            (b"", b""),
-            (b"a", b"a\n"),
-            (b"a\r\nb\rc\n\r\r\n\nd", b"a\nb\nc\n\n\n\nd\n"),
-            (border + b"\r\nb", border + b"\nb\n"),
-            (border + b"\rb", border + b"\nb\n"),
-            (border + b"\n\nb", border + b"\n\nb\n"),
+            (b"", b""), (b"a", b"a\n"), (b"a\r\nb\rc\n\r\r\n\nd", b"a\nb\nc\n\n\n\nd\n"),
+            (border + b"\r\nb", border + b"\nb\n"), (border + b"\rb", border + b"\nb\n"), (border + b"\n\nb", border + b"\n\nb\n"),
         ]:
             with self.subTest(data[-8:]):
                 self.assertSucceeds(vxconv("--lines", data=data), expected)
@@ -136,11 +132,9 @@ class Faults(tool.Scratch):
             (["-t", "ISO8859_1", "--strict"], ("é" * (BLOCK - 1) + "😀").encode(), f"line 1, character {BLOCK}: U+1F600"),
             (["-t", "ASCII", "--lines", "--strict"], b"a\r\nb\rc\xc3\xa9", "line 3, character 2: U+00E9"),
             (["-f", "CP1252", "--strict"], b"x" * 3 * BLOCK + b"\x81", f"byte {3 * BLOCK}: "),
-            (["-f", "ASCII", "--strict"], b"abc\xff", "byte 3: "),
+            (["-f", "ASCII", "--strict"], b"abc\xff", "byte 3: "), (["-f", "UTF-16LE"], b"a\0\0", "byte 2: "),
             (["-f", "UTF-32LE", "--strict"], b"a\0\0\0\0\0\x11\0", "byte 4: "),
-            (["-f", "UTF-32LE"], b"a\0\0\0\0\xd8\0\0", "byte 4: "),
-            (["-f", "UTF-32BE"], b"\0\0\0a\0\0", "byte 4: "),
-            (["-f", "UTF-16LE"], b"a\0\0", "byte 2: "),
+            (["-f", "UTF-32LE"], b"a\0\0\0\0\xd8\0\0", "byte 4: "), (["-f", "UTF-32BE"], b"\0\0\0a\0\0", "byte 4: "),
             (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"a\0\0\xdcb\0", "line 1, character 2: half"),
             (["-f", "UTF-16LE", "-t", "UTF-32BE"], b"a\0\n\0\x3d\xd8b\0", "line 2, character 1: half"),
             (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"a\0" * BLOCK + b"\x3d\xd8", f"line 1, character {BLOCK + 1}: half"),
@@ -173,12 +167,9 @@ class Faults(tool.Scratch):
     def test_says_what_is_wrong_with_a_name(self):
         data = self.write("data", b"text")
         for arguments, text in [
-            (["-f", "no-such", data], 'unknown encoding "no-such"'),
-            (["-t", "UTF-16", data], 'unknown encoding "UTF-16"'),
-            (["-f", "", data], 'unknown encoding ""'),
-            ([self.path("missing")], "missing: No such file or directory"),
-            ([self.folder], "Is a directory"),
-            ([data, "-o", self.folder], "Is a directory"),
+            (["-f", "no-such", data], 'unknown encoding "no-such"'), (["-t", "UTF-16", data], 'unknown encoding "UTF-16"'),
+            (["-f", "", data], 'unknown encoding ""'), ([self.path("missing")], "missing: No such file or directory"),
+            ([self.folder], "Is a directory"), ([data, "-o", self.folder], "Is a directory"),
             ([data, "-o", self.path("missing/out")], "missing/out: No such file or directory"),
             ([data, "-o", self.path("n" * 300)], "File name too long"),
         ]:

@@ -17,22 +17,11 @@ import xml.etree.ElementTree as ElementTree
 import tool
 
 WRONG_COMMAND_LINES = [
-    (["--no-such"], "--no-such"),
-    (["-l", "high"], "high"),
-    (["-l"], "-l"),
-    (["--async", "0"], "--async"),
-    (["--format", "json"], "json"),
-    (["--fields", "text,colour"], "colour"),
-    (["--fields", ""], "--fields"),
-    (["--escape"], "--escape"),
-    (["a", "b"], "b"),
-    (["-f", ""], "empty"),
-    (["--to", "http://localhost"], "http://localhost"),
-    (["--to", "vxlog:localhost"], "vxlog:localhost"),
-    (["--to", ""], "--to"),
-    (["--to", "vxlog://localhost:0"], ":0"),
-    (["--to", "vxlog://localhost?level=high"], "high"),
-    (["--to", "vxlog://localhost", "-n", "x"], "--to"),
+    (["--no-such"], "--no-such"), (["-l", "high"], "high"), (["-l"], "-l"), (["--async", "0"], "--async"),
+    (["--format", "json"], "json"), (["--fields", "text,colour"], "colour"), (["--fields", ""], "--fields"),
+    (["--escape"], "--escape"), (["a", "b"], "b"), (["-f", ""], "empty"), (["--to", "http://localhost"], "http://localhost"),
+    (["--to", "vxlog:localhost"], "vxlog:localhost"), (["--to", ""], "--to"), (["--to", "vxlog://localhost:0"], ":0"),
+    (["--to", "vxlog://localhost?level=high"], "high"), (["--to", "vxlog://localhost", "-n", "x"], "--to"),
 ]
 
 
@@ -115,11 +104,9 @@ class Faults(tool.Scratch):
     def test_tells_what_failed(self):
         limit = tool.limited(resource.RLIMIT_FSIZE, 4096)
         for arguments, options, parts in [
-            (["/no/such/input"], {}, ["/no/such/input", "No such file"]),
-            (["/"], {}, ["/:", "directory"]),
-            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]),
+            (["/no/such/input"], {}, ["/no/such/input", "No such file"]), (["/"], {}, ["/:", "directory"]),
+            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]), (["-f", "/"], {}, ["/:"]),
             (["-f", "/no/such/folder/log"], {}, ["/no/such/folder/log", "No such file"]),
-            (["-f", "/"], {}, ["/:"]),
             (["-f", self.log], {"preexec_fn": limit}, [self.log, "too large"]),
             (["-f", self.log, "--async", "1"], {"preexec_fn": limit}, [self.log, "too large"]),
         ]:

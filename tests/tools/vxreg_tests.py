@@ -117,8 +117,7 @@ class Components(Scratch):
         for change, part in [
             (lambda: os.chmod(self.path("greeter.so"), 0o777), "trusted"),
             (lambda: os.remove(self.path("greeter.so")), "no such file"),
-            (lambda: self.put(b"text"), "whole library"),
-            (lambda: self.put(self.content[:5000]), "whole library"),
+            (lambda: self.put(b"text"), "whole library"), (lambda: self.put(self.content[:5000]), "whole library"),
             (lambda: self.put(self.content[:18] + b"\x28" + self.content[19:]), "whole library"),
         ]:
             change()

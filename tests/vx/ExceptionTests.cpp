@@ -1,9 +1,6 @@
 #include "tests/Slots.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
-#include "vx/io/IoException.h"
-#include "vx/text/charset/CharsetException.h"
-#include "vx/util/RWCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 
 #include <gtest/gtest.h>
@@ -12,19 +9,14 @@
 #include <cstdint>
 #include <functional>
 #include <new>
-#include <type_traits>
 
 using namespace vx;
 
 namespace {
 
-TEST(Exception, KeepsTheOrderOfVirtualOperations)
-{
-    expectSlots("Exception", 11, {&Exception::getDescription, &Exception::getResult});
-}
-
 TEST(ResultException, CarriesItsCodeAndItsText)
 {
+    expectSlots("Exception", 11, {&Exception::getDescription, &Exception::getResult});
     EXPECT_EQ(ResultException(0).getResult(), 0) << "a success as well";
     const ResultException full(RESULT_END_OF_FILE, u"words");
     ResultException copy(full);
@@ -83,24 +75,6 @@ TEST(ComponentBoundary, GivesTheCodeThatBelongsToWhatWasThrown)
     EXPECT_EQ(vorb::resultAtBoundary([]() -> std::int32_t { throw std::bad_alloc(); }), RESULT_OUT_OF_MEMORY);
     for (const std::int32_t success : {RESULT_OK, RESULT_FALSE})
         EXPECT_NO_THROW(throwIfFailed(success));
-}
-
-TEST(ComponentBoundary, HandsABuffersFailureThrough)
-{
-    class Fails : public util::RWCharBuffer {
-    public:
-        char16_t* getWriteLock(int) override { throwBadAllocation(); }
-        const char16_t* getReadLock() const override { throw RangeErrorException(); }
-    };
-    const Reference<Fails> buffer(new Fails);
-    IVXCharBuffer& view = *buffer;
-    char16_t unit = 0;
-    char16_t* target = &unit;
-    const char16_t* source = &unit;
-    EXPECT_EQ(view.GetWriteLock(1, &target), RESULT_OUT_OF_MEMORY);
-    EXPECT_EQ(target, nullptr);
-    EXPECT_EQ(view.GetReadLock(&source), RESULT_FAIL);
-    EXPECT_EQ(source, nullptr);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
-#include "vx/Class.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
@@ -47,12 +46,9 @@ public:
         tell("-");
         return Object::Release();
     }
-    std::uint32_t hashCode() const override { return hash; }
-
     using ComObject::InternalAddRef;
     using ComObject::InternalRelease;
 
-    std::uint32_t hash = 0;
     Reference<Object> keeps;
 
 private:
@@ -65,7 +61,6 @@ private:
     std::string* m_events;
 };
 
-/// A component that knows nothing of `Object`.
 class Foreign : public IVXUnknown {
 public:
     virtual ~Foreign() = default;
@@ -86,23 +81,6 @@ TEST(Object, KeepsTheOrderOfVirtualOperations)
     expectSlots("ComObject", 0, {&ComObject::QueryInterface, &ComObject::AddRef, &ComObject::Release});
     expectSlots("Object", 5,
         {&Object::clone, &Object::compareTo, &Object::equals, &Object::getClass, &Object::hashCode, &Object::toString});
-}
-
-TEST(Object, ServesAComponentThatKnowsItsViewsByPlaceOnly)
-{
-    const Reference<Object> object(new Object);
-    void* view = nullptr;
-    ASSERT_EQ(callSlot<std::int32_t>(object.get(), 0, &IVXComparable::IID, &view), RESULT_OK);
-    EXPECT_NE(view, static_cast<void*>(object.get()));
-    std::uint32_t hash = 0;
-    EXPECT_EQ(callSlot<std::int32_t>(view, 4, &hash), RESULT_OK);
-    EXPECT_EQ(hash, object->hashCode());
-    int order = 7;
-    EXPECT_EQ(callSlot<std::int32_t>(view, 3, static_cast<const IVXUnknown*>(object->GetUnknown()), &order), RESULT_OK);
-    EXPECT_EQ(order, 0);
-    EXPECT_EQ(callSlot<std::uint32_t>(view, 1), 3U);
-    EXPECT_EQ(callSlot<std::uint32_t>(view, 2), 2U);
-    EXPECT_EQ(callSlot<std::uint32_t>(view, 2), 1U);
 }
 
 TEST(Object, AnswersForItsInterfacesAndWithOneIdentity)
@@ -149,8 +127,7 @@ TEST(QueryInterfaceMap, WalksItsRowsInOrder)
     constexpr auto refused = static_cast<std::uintptr_t>(static_cast<std::uint32_t>(RESULT_INVALID_ARGUMENT));
     const _GUID* const asked = &UNKNOWN_INTERFACE;
     const _GUID* const other = &IVXComparable::IID;
-    const InterfaceData end = vorb::endRow();
-    const InterfaceData view {asked, vorb::displacementMarker(), 0};
+    const InterfaceData end = vorb::endRow(), view {asked, vorb::displacementMarker(), 0};
     struct {
         const char* name;
         InterfaceData map[4];
@@ -238,50 +215,37 @@ TEST(ComObject, IsDestroyedOnceThoughItsDestructorHandsItOut)
 TEST(ComObject, IsCopiedWithItsCountAndModuleWhereAnObjectStartsFresh)
 {
     vorb::Module module(nullptr);
-    ComObject first;
-    first.SetComModule(&module);
-    first.AddRef();
-    const ComObject copy(first);
-    EXPECT_EQ(copy.GetRefCount(), 1U);
-    EXPECT_EQ(copy.GetComModule(), &module);
-    ComObject assigned;
-    assigned = first;
-    EXPECT_EQ(assigned.GetRefCount(), 1U);
-    EXPECT_EQ(assigned.GetComModule(), &module);
-
-    Object object;
-    object.SetComModule(&module);
-    object.AddRef();
-    const Object objectCopy(object);
-    EXPECT_EQ(objectCopy.GetRefCount(), 0U);
-    EXPECT_EQ(objectCopy.GetComModule(), nullptr);
-    Object objectAssigned;
-    objectAssigned = object;
-    EXPECT_EQ(objectAssigned.GetRefCount(), 0U);
-    object = objectAssigned;
-    EXPECT_EQ(object.GetRefCount(), 1U);
-    EXPECT_EQ(object.GetComModule(), &module);
+    const auto expectCopies = [&]<class T>(const T&, std::uint32_t count, const vorb::Module* owner) {
+        T first;
+        first.SetComModule(&module);
+        first.AddRef();
+        const T copy(first);
+        T assigned;
+        assigned = first;
+        for (const T* each : {&copy, &std::as_const(assigned)}) {
+            EXPECT_EQ(each->GetRefCount(), count);
+            EXPECT_EQ(each->GetComModule(), owner);
+        }
+        first = T();
+        EXPECT_EQ(first.GetRefCount(), 1U - count) << "an object keeps its own";
+        EXPECT_EQ(first.GetComModule(), owner == nullptr ? &module : nullptr);
+    };
+    expectCopies(ComObject(), 1, &module);
+    expectCopies(Object(), 0, nullptr);
 }
 
-TEST(Object, ClonesItsExactTypeOnly)
-{
-    const Object object;
-    const Reference<Object> copy(object.clone());
-    EXPECT_EQ(copy->GetRefCount(), 1U);
-    EXPECT_FALSE(copy->equals(object));
-    EXPECT_EQ(saidBy<CloneNotSupportedException>([] { Watched().clone(); }), "");
-}
-
-TEST(Object, ComparesByAddressAndForeignComponentsFromTheirSide)
+TEST(Object, ClonesItsExactTypeOnlyAndComparesByAddress)
 {
     Object objects[3];
+    const Reference<Object> copy(objects[0].clone());
+    EXPECT_EQ(copy->GetRefCount(), 1U);
+    EXPECT_FALSE(copy->equals(objects[0]));
+    EXPECT_EQ(saidBy<CloneNotSupportedException>([] { Watched().clone(); }), "");
     EXPECT_EQ(objects[1].compareTo(objects[0]), 1);
     EXPECT_EQ(objects[1].compareTo(objects[2]), -1);
     EXPECT_EQ(objects[1].compareTo(objects[1]), 0);
-    EXPECT_TRUE(objects[1].equals(objects[1]));
-    EXPECT_FALSE(objects[1].equals(objects[0]));
+    EXPECT_TRUE(objects[1].equals(objects[1]) && !objects[1].equals(objects[0]));
     EXPECT_EQ(objects[1].hashCode(), static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&objects[1])));
-
     struct {
         Foreign below;
         Object object;
@@ -317,7 +281,6 @@ TEST(Object, TurnsWhatItsOperationsThrowIntoResults)
     std::uint32_t hash = 7;
     EXPECT_EQ(view.HashCode(&hash), RESULT_FAIL);
     EXPECT_EQ(hash, 0U);
-    EXPECT_EQ(view.HashCode(nullptr), RESULT_POINTER);
 }
 
 TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
@@ -333,7 +296,6 @@ TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
     Reference<Watched>& itself = reference;
     reference = std::move(itself);
     EXPECT_EQ(reference, only);
-
     auto* kept = new Watched(&events);
     reference->keeps = kept;
     events.clear();
@@ -347,14 +309,9 @@ TEST(Reference, IsNullWhereTheObjectLacksTheInterface)
     EXPECT_EQ(Reference<IVXComparable>(static_cast<IVXUnknown*>(nullptr)), nullptr);
     Foreign foreign;
     EXPECT_EQ(Reference<IVXComparable>(static_cast<IVXUnknown*>(&foreign)), nullptr);
-
     const Reference<Object> object(new Object);
     EXPECT_EQ(Reference<IVXCharBuffer>(object->GetUnknown()), nullptr);
-    {
-        const Reference<IVXComparable> view(object->GetUnknown());
-        EXPECT_NE(view, nullptr);
-        EXPECT_EQ(object->GetRefCount(), 2U);
-    }
+    EXPECT_NE(Reference<IVXComparable>(object->GetUnknown()), nullptr);
     EXPECT_EQ(object->GetRefCount(), 1U);
 }
 

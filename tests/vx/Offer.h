@@ -17,7 +17,7 @@ namespace vx {
 /// Offers a component in the process to the end of the block: each creation asks `make` for a new object.
 class Offer {
 public:
-    using Make = std::function<IVXUnknown*()>;
+    using Make = std::function<Reference<IVXUnknown>()>;
 
     Offer(const char16_t* progId, Make make)
         : m_make(std::move(make))
@@ -32,7 +32,7 @@ public:
 private:
     static std::int32_t create(void* context, IVXUnknown*, const _GUID* iid, void** object)
     {
-        const Reference<IVXUnknown> made(static_cast<Offer*>(context)->m_make());
+        const Reference<IVXUnknown> made = static_cast<Offer*>(context)->m_make();
         return made != nullptr ? made->QueryInterface(*iid, object) : RESULT_FAIL;
     }
 

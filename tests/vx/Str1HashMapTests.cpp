@@ -212,7 +212,6 @@ TEST(Str1HashMap, LetsAChainGoThatIsLongerThanTheStackIsDeep)
     Str1HashMap<std::uint32_t> map(CAPACITY, 16.0F);
     for (std::uint32_t i = 0; i < ENTRIES; ++i)
         map.put(keyOfHash(i * (2 * CAPACITY + 1)), i);
-
     Str1HashMap<std::uint32_t>::KeyValueIterator iterator;
     map.iteratorInit(iterator);
     const std::int32_t bucket = iterator.nextBucket;

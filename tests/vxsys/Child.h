@@ -38,7 +38,6 @@ inline char stateOfThread(pid_t thread)
 /// single characters; a side that has gone tells '\0'. Failed expectations in the child make `wait` give 1.
 class Child {
 public:
-    /// One end of the talk.
     class Side {
     public:
         explicit Side(int channel)
@@ -119,4 +118,18 @@ private:
     pid_t m_id = -1;
     int m_status = 0;
     Side m_side {-1};
+};
+
+/// A child that has done `work` and stays as it is until it is killed.
+class HoldingChild : public Child {
+public:
+    explicit HoldingChild(const std::function<void()>& work)
+        : Child([&](Side& side) {
+            work();
+            side.tell('h');
+            side.hear();
+        })
+    {
+        EXPECT_EQ(hear(), 'h');
+    }
 };

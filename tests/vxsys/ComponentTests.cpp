@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -59,7 +60,6 @@ protected:
     {
         return VXComCreateObjectByProgID(progId.c_str(), nullptr, &INTERFACE, object);
     }
-    /// What the creation of an object from `path` gives.
     static std::int32_t resultOf(const std::u16string& path)
     {
         void* object = &object;
@@ -187,16 +187,9 @@ public:
         EXPECT_EQ(VXComRegisterClassObject(progId, &classId, create, context, &m_token), 0);
         EXPECT_NE(m_token, 0U);
     }
-    ~Offer() { revoke(); }
+    ~Offer() { EXPECT_EQ(VXComRevokeClassObject(m_token), 0); }
     Offer(const Offer&) = delete;
     Offer& operator=(const Offer&) = delete;
-
-    void revoke()
-    {
-        if (m_token != 0) {
-            EXPECT_EQ(VXComRevokeClassObject(std::exchange(m_token, 0)), 0);
-        }
-    }
 
     static std::int32_t giveContext(void* context, IVXUnknown*, const _GUID* iid, void** object)
     {
@@ -219,10 +212,9 @@ void* createdBy(const char16_t* progId)
 
 TEST(Component, FindsWhatTheProcessOffersUntilItIsRevoked)
 {
-    int first = 0;
-    int second = 0;
+    int first = 0, second = 0;
     EXPECT_EQ(createdBy(u"Test.One"), nullptr);
-    Offer one(u"Test.One", FIRST_CLASS, &first);
+    std::optional<Offer> one(std::in_place, u"Test.One", FIRST_CLASS, &first);
     EXPECT_EQ(createdBy(u"tEST.oNE"), &first);
     EXPECT_EQ(createdBy(u"Test.On"), nullptr);
     EXPECT_EQ(createdBy(u"Test.One.1"), nullptr);
@@ -236,7 +228,7 @@ TEST(Component, FindsWhatTheProcessOffersUntilItIsRevoked)
         EXPECT_TRUE(classId == SECOND_CLASS);
     }
     EXPECT_EQ(createdBy(u"Test.One"), &first);
-    one.revoke();
+    one.reset();
     EXPECT_EQ(createdBy(u"Test.One"), nullptr);
 }
 
@@ -272,7 +264,7 @@ TEST(Component, WaitsForCreationsBeforeAnOfferIsGone)
     };
     for (int round = 0; round < 50; ++round) {
         Context context;
-        Offer offer(u"Test.One", FIRST_CLASS, &context, create);
+        std::optional<Offer> offer(std::in_place, u"Test.One", FIRST_CLASS, &context, create);
         std::thread creators[2];
         for (std::thread& creator : creators)
             creator = std::thread([] {
@@ -280,7 +272,7 @@ TEST(Component, WaitsForCreationsBeforeAnOfferIsGone)
             });
         while (context.created == 0)
             std::this_thread::yield();
-        offer.revoke();
+        offer.reset();
         EXPECT_EQ(context.inside, 0);
         context.isRevoked = true;
         for (std::thread& creator : creators)

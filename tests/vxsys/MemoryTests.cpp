@@ -15,7 +15,6 @@ int g_calls = 0;
 TEST(Memory, AsksTheHandlerUntilItGivesUp)
 {
     EXPECT_THROW(vxsys::allocate(TOO_LARGE), std::bad_alloc);
-
     const VXNewHandler before = VXSetNewHandler([] {
         if (++g_calls == 3)
             VXSetNewHandler([] { throw std::runtime_error("gave up"); });

@@ -1,8 +1,8 @@
 #include "vxsys/Named.h"
 
-#include "Child.h"
 #include "Scratch.h"
 #include "tests/Random.h"
+#include "tests/Threads.h"
 #include "vxsys/Result.h"
 #include "vxsys/detail/ObjectName.h"
 
@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <list>
 #include <memory>
 #include <optional>
 #include <set>
@@ -48,29 +49,16 @@ bool hasFile(const std::string& name)
         || std::filesystem::exists(folderOf(::geteuid()) + "/m-" + name);
 }
 
-/// A user that nobody else is.
-uid_t ownUser()
-{
-    return 1'000'000'000 + static_cast<uid_t>(::getpid());
-}
-
-/// A handle that closes itself.
 class Named {
 public:
     Named(const std::string& name, std::uint32_t value)
     {
         EXPECT_EQ(VXNamedSemOpen(name.c_str(), value, &m_handle), 0);
     }
-    ~Named() { close(); }
+    ~Named() { EXPECT_EQ(VXNamedSemClose(m_handle), 0); }
     Named(const Named&) = delete;
     Named& operator=(const Named&) = delete;
 
-    void close()
-    {
-        if (m_handle != nullptr) {
-            EXPECT_EQ(VXNamedSemClose(std::exchange(m_handle, nullptr)), 0);
-        }
-    }
     void wait() const { EXPECT_EQ(VXSemaphoreWait(m_handle), 0); }
     bool tryWait() const { return VXSemaphoreTryWait(m_handle) == 0; }
     void post() const { EXPECT_EQ(VXSemaphorePost(m_handle), 0); }
@@ -92,7 +80,6 @@ public:
     VXHandle m_handle = nullptr;
 };
 
-/// A handle on shared memory with an address, both given back at the end.
 class Memory {
 public:
     Memory(const std::string& name, std::uint32_t size, std::uint32_t flags = VX_SHARED_MEMORY_CREATE)
@@ -131,15 +118,12 @@ TEST(NamedSemaphore, ComesBackFromAProcessThatDies)
     for (const auto& row : cases) {
         const std::string name = ownName("death");
         const Named here(name, row.value);
-        Child holder([&](Child::Side& side) {
+        HoldingChild holder([&] {
             for (int i = 0; i < row.taken; ++i)
                 here.wait();
             for (int i = 0; i < row.posted; ++i)
                 here.post();
-            side.tell('h');
-            side.hear();
         });
-        EXPECT_EQ(holder.hear(), 'h') << row.name;
         holder.kill();
         if (row.isWaitedFor) {
             EXPECT_EQ(holder.wait(), -SIGKILL) << row.name;
@@ -155,21 +139,11 @@ TEST(NamedSemaphore, LetsABlockedThreadInWithinASecondOfAKill)
 {
     const std::string name = ownName("blocked");
     const Named here(name, 1);
-    Named other(name, 1);
-    Child holder([&](Child::Side& side) {
-        here.wait();
-        side.tell('h');
-        side.hear();
-    });
-    EXPECT_EQ(holder.hear(), 'h');
-    std::atomic<pid_t> thread = 0;
-    std::thread waiter([&] {
-        thread = ::gettid();
-        here.wait();
-    });
-    while (thread == 0 || stateOfThread(thread) != 'S')
-        std::this_thread::yield();
-    other.close();
+    std::optional<Named> other(std::in_place, name, 1U);
+    HoldingChild holder([&] { here.wait(); });
+    Doing waiter([&] { here.wait(); });
+    waiter.awaitWaiting();
+    other.reset();
     EXPECT_EQ(VXNamedSemClose(here.m_handle), code(0x800700AA)) << "a thread waits";
     const auto killed = Clock::now();
     holder.kill();
@@ -182,12 +156,12 @@ TEST(NamedObjects, StartAfreshWhenAllHaveGone)
     const std::string name = ownName("fresh");
     for (const std::string_view way : {"closed", "left open", "killed", "another program"}) {
         Child only([&](Child::Side& side) {
-            Named semaphore(name, 5);
+            std::optional<Named> semaphore(std::in_place, name, 5U);
             std::optional<Memory> memory(std::in_place, name, 100);
-            semaphore.wait();
+            semaphore->wait();
             std::memset(memory->m_address, 'x', 100);
             if (way == "closed") {
-                semaphore.close();
+                semaphore.reset();
                 memory.reset();
             }
             side.tell('o');
@@ -246,15 +220,9 @@ TEST(NamedSemaphore, ServesMoreProcessesThanItsFirstPageHasRoomFor)
 {
     constexpr int COUNT = 125;
     const Named here(ownName("many"), 2 * COUNT);
-    std::vector<std::unique_ptr<Child>> children;
-    for (int i = 0; i < COUNT; ++i) {
-        children.push_back(std::make_unique<Child>([&](Child::Side& side) {
-            here.wait();
-            side.tell('h');
-            side.hear();
-        }));
-        ASSERT_EQ(children.back()->hear(), 'h') << i;
-    }
+    std::list<HoldingChild> children;
+    for (int i = 0; i < COUNT; ++i)
+        children.emplace_back([&] { here.wait(); });
     EXPECT_EQ(here.value(), COUNT);
     children.clear();
     EXPECT_EQ(here.valueSoon(2 * COUNT), 2 * COUNT);
@@ -264,7 +232,7 @@ TEST(NamedSemaphore, RefusesAFolderThatIsNotTheUsersAlone)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs the right to become another user";
-    const uid_t user = ownUser();
+    const uid_t user = 1'000'000'000 + static_cast<uid_t>(::getpid()); // that nobody else is
     const std::string folder = folderOf(user);
     const std::function<void()> traps[] = {
         [&] { EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0); },
@@ -303,10 +271,8 @@ TEST(NamedSemaphore, LeavesNothingBehindWhenThereIsNoRoom)
 
 TEST(NamedSemaphore, KeepsProcessesApartThatAreKilledAtAnyMoment)
 {
-    constexpr int WORKERS = 3;
-    constexpr int KILLS = 25;
+    constexpr int WORKERS = 3, KILLS = 25;
     constexpr int ROUNDS = 200; // of each worker that is left at the end
-
     Random random;
     const std::string name = ownName("storm");
     const Memory memory(ownName("storm state"), sizeof(pid_t));
@@ -342,8 +308,7 @@ TEST(NamedSemaphore, KeepsProcessesApartThatAreKilledAtAnyMoment)
 
 TEST(SharedMemory, OpensWhatTheFlagsSay)
 {
-    constexpr std::uint32_t BOTH = VX_FILE_READ | VX_FILE_WRITE;
-    constexpr std::uint32_t CREATE = VX_SHARED_MEMORY_CREATE;
+    constexpr std::uint32_t BOTH = VX_FILE_READ | VX_FILE_WRITE, CREATE = VX_SHARED_MEMORY_CREATE;
     constexpr std::uint32_t EXCLUSIVE = CREATE | VX_SHARED_MEMORY_EXCLUSIVE;
     // Whether it is there, with 100 bytes; the access, the flags and the size that are asked for; the result
     const std::tuple<bool, std::uint32_t, std::uint32_t, std::uint32_t, std::int32_t> cases[]

@@ -21,7 +21,6 @@ using namespace vxsys::results;
 
 namespace {
 
-/// A store of its own.
 class Registry : public testing::Test {
 protected:
     static std::int32_t set(const std::u16string& key, const std::u16string& name, const std::string& data)
@@ -85,14 +84,12 @@ TEST_F(Registry, KeepsEveryNameApartAndInItsFolder)
         EXPECT_EQ(get(u"oDD\\\\" + name, name), std::to_string(number++));
         EXPECT_EQ(names((u"Odd\\" + name).c_str(), false), Names {name});
     }
-    Names found = names(u"Odd", true);
-    Names sorted = odd;
+    Names found = names(u"Odd", true), sorted = odd;
     std::sort(found.begin(), found.end());
     std::sort(sorted.begin(), sorted.end());
     EXPECT_EQ(found, sorted);
     EXPECT_EQ(names(u"", true), Names {u"Odd"});
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_scratch.getPath()), {}), 1);
-
     std::u16string deep;
     for (int level = 0; level < 40; ++level)
         deep += u"\\" + longest;
@@ -127,7 +124,6 @@ TEST_F(Registry, TellsWhatIsWrong)
             VXRegistrySetValue(VX_HKEY_USER, u"a", u"", ENUM_VX_REG_TYPE(type), "abc", length), RESULT_INVALID_ARGUMENT)
             << type;
     EXPECT_EQ(VXRegistryDeleteKey(VX_HKEY_USER, u"\\"), RESULT_ACCESS_DENIED);
-
     ASSERT_EQ(set(u"a", u"v", "abcd"), RESULT_OK);
     ENUM_VX_REG_TYPE type = VX_REG_STRING;
     std::int32_t length = 2;
@@ -145,7 +141,6 @@ TEST_F(Registry, IsForItsOwnerAlone)
     for (const auto& entry : std::filesystem::recursive_directory_iterator(m_place))
         EXPECT_EQ(entry.status().permissions() & std::filesystem::perms(077), std::filesystem::perms::none)
             << entry.path();
-
     const std::tuple<const char*, int, std::string> cases[] = {
         {"others may read", 0755, "1"}, {"others may write", 0702, "failed"}, {"the group may write", 0770, "failed"}};
     for (const auto& [what, allowed, found] : cases) {

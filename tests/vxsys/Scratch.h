@@ -60,7 +60,6 @@ inline std::string contentOf(const std::filesystem::path& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// How many descriptors this process has open.
 inline std::ptrdiff_t openDescriptors()
 {
     const std::filesystem::directory_iterator entries("/proc/self/fd");

@@ -107,8 +107,7 @@ TEST(Text, FoldsInPlaceUnitByUnit)
     all += u"@AZ[`az{@AZ[`az{AZ";
     for (std::size_t start = 0; start < 8; ++start) {
         const std::u16string text = all.substr(start);
-        std::u16string lower = text;
-        std::u16string upper = text;
+        std::u16string lower = text, upper = text;
         std::transform(text.begin(), text.end(), lower.begin(), VXToLowerW);
         std::transform(text.begin(), text.end(), upper.begin(), VXToUpperW);
         EXPECT_TRUE(std::u16string(VXStrToLowerW(TightText(text).get())) == lower);
@@ -138,11 +137,6 @@ std::u16string widen(const std::string& text)
     return {text.begin(), text.end()};
 }
 
-bool isSameDouble(double left, double right)
-{
-    return std::bit_cast<std::uint64_t>(left) == std::bit_cast<std::uint64_t>(right);
-}
-
 /// The C library, in the C locale, decides; what it reads beyond 32 bits is clipped here.
 void expectAsStrtol(const std::string& text, int radix)
 {
@@ -166,7 +160,8 @@ void expectAsStrtod(const std::string& text)
     const std::u16string wide = widen(text);
     const char16_t* wideEnd = nullptr;
     const double value = VXStrToDW(wide.c_str(), &wideEnd);
-    EXPECT_TRUE(isSameDouble(value, wanted)) << text << " gave " << value << ", wanted " << wanted;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(wanted))
+        << text << " gave " << value << ", wanted " << wanted;
     EXPECT_EQ(wideEnd - wide.c_str(), end - text.c_str()) << text;
 }
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace {
 
@@ -27,13 +28,11 @@ TEST(Time, BreaksSecondsDownAsTheCalendarDoes)
         EXPECT_EQ(result < 0, static_cast<int>(date.year()) < 0) << seconds;
         if (result < 0)
             continue;
-        EXPECT_EQ(time.year, static_cast<int>(date.year())) << seconds;
-        EXPECT_EQ(time.month, static_cast<unsigned>(date.month())) << seconds;
-        EXPECT_EQ(time.day, static_cast<unsigned>(date.day())) << seconds;
-        EXPECT_EQ(time.dayOfWeek, std::chrono::weekday(days).c_encoding()) << seconds;
-        EXPECT_EQ(time.hour, clock.hours().count()) << seconds;
-        EXPECT_EQ(time.minute, clock.minutes().count()) << seconds;
-        EXPECT_EQ(time.second, clock.seconds().count()) << seconds;
+        EXPECT_EQ(std::tuple(time.year, time.month, time.day, time.dayOfWeek, time.hour, time.minute, time.second),
+            std::tuple(static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), std::chrono::weekday(days).c_encoding(), clock.hours().count(),
+                clock.minutes().count(), clock.seconds().count()))
+            << seconds;
     }
     STRUCT_VX_TIME time;
     for (const std::int64_t beyond : {std::numeric_limits<std::int64_t>::min(), std::int64_t {2'100'000'000'000},

@@ -36,7 +36,6 @@ private:
     int m_value;
 };
 
-/// Does something when it goes.
 class Looking : public Object {
 public:
     explicit Looking(std::function<void()> look)
@@ -70,7 +69,6 @@ private:
     bool isTime() const { return m_calls-- == 0; }
 };
 
-/// How these tests write a null element.
 constexpr int NO_ITEM = -1;
 
 /// A new item as the collections take it, null for NO_ITEM.

@@ -124,12 +124,10 @@ private:
         return value;
     }
 
-    /// An operation of a list by index.
     std::string partStep(Part& part)
     {
         List& list = *part.list;
-        const int index = below(static_cast<std::size_t>(part.size) + 3) - 1;
-        const int value = anyValue();
+        const int index = below(static_cast<std::size_t>(part.size) + 3) - 1, value = anyValue();
         const Reference<IVXUnknown> element = item(value);
         const bool works = part.reachable();
         const int operation = below(works ? 9 : 4);

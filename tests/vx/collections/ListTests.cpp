@@ -38,7 +38,6 @@ TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
     using ChangeableSet = Reference<Set> (Map::*)();
     using ConstValues = Reference<const Collection> (Map::*)() const;
     using ChangeableValues = Reference<Collection> (Map::*)();
-
     expectSlots("Collection", 3,
         {&Collection::add, &Collection::addAll, &Collection::clear, &Collection::compareTo, &Collection::contains,
             &Collection::containsAll, &Collection::createIterator, &Collection::createConstIterator,
@@ -178,10 +177,7 @@ TYPED_TEST(Lists, WorkOnThemselves)
 TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
 {
     const Reference<Item> element(new Item(5));
-    struct {
-        std::function<void(List&, ListIterator&)> work;
-        const char* result;
-    } cases[] = {
+    const std::pair<std::function<void(List&, ListIterator&)>, const char*> cases[] = {
         {[&](List& list, auto&) { list.add(element->GetUnknown()); }, "1 2 3 4 5 "},
         {[&](List& list, auto&) { list.add(1, element->GetUnknown()); }, "1 5 2 3 4 "},
         {[&](List& list, auto&) { list.createSubList(0, 2)->add(element->GetUnknown()); }, "1 2 5 3 4 "},
@@ -190,13 +186,13 @@ TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
     for (const auto& row : cases) {
         const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
         const Reference<ListIterator> place = list->createListIterator(2);
-        const int failures = failEachAllocation([&] { row.work(*list, *place); },
+        const int failures = failEachAllocation([&] { row.first(*list, *place); },
             [&](int failing) {
-                EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.result << failing;
-                EXPECT_EQ(element->GetRefCount(), 1U) << row.result << failing;
+                EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.second << failing;
+                EXPECT_EQ(element->GetRefCount(), 1U) << row.second << failing;
             });
-        EXPECT_NE(failures, 0) << row.result;
-        EXPECT_EQ(textOfAll(*list), row.result);
+        EXPECT_NE(failures, 0) << row.second;
+        EXPECT_EQ(textOfAll(*list), row.second);
     }
 }
 

@@ -36,7 +36,7 @@ std::string keysOf(const HashMap& map)
     return text;
 }
 
-void put(HashMap& map, std::initializer_list<int> keys)
+void put(HashMap& map, const std::vector<int>& keys)
 {
     for (const int key : keys)
         map.put(item(key).get(), item(10 * key).get());
@@ -52,22 +52,17 @@ Reference<HashMap> mapOf(std::initializer_list<int> keys)
 /// Here a key is its own hash, so that the order tells the capacity: the last bucket comes first.
 TEST(HashMap, TakesAnyCapacityAndLoad)
 {
-    struct {
-        int capacity;
-        float load;
-        std::initializer_list<int> keys;
-        const char* order;
-    } cases[] = {
+    const std::tuple<int, float, std::vector<int>, const char*> cases[] = {
         {10, 0.7F, {1, 2, 3, 4, 5, 10, 6}, "10 6 5 4 3 2 1 "}, // the product as a float would be 7
         {0, 0.75F, {1, 3, 5}, "5 3 1 "},
         {3, -1.0F, {1, 3, 5}, "5 3 1 "},
         {3, std::numeric_limits<float>::quiet_NaN(), {1, 3, 5}, "5 3 1 "},
         {3, std::numeric_limits<float>::infinity(), {1, 3, 6, 9, 5}, "5 1 9 6 3 "},
     };
-    for (const auto& row : cases) {
-        const Reference<HashMap> map(new HashMap(row.capacity, row.load));
-        put(*map, row.keys);
-        EXPECT_EQ(keysOf(*map), row.order);
+    for (const auto& [capacity, load, keys, order] : cases) {
+        const Reference<HashMap> map(new HashMap(capacity, load));
+        put(*map, keys);
+        EXPECT_EQ(keysOf(*map), order);
     }
     const Reference<HashMap> filled(new HashMap(*mapOf({1, 2, 3, 4, 11}), 0.75F));
     EXPECT_EQ(keysOf(*filled), "4 3 2 1 11 ") << "11 buckets";
@@ -126,7 +121,6 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
         EXPECT_EQ(dynamic_cast<ComObject&>(*fresh).GetRefCount(), 1U) << operation;
     }
     EXPECT_EQ(textOf(MapEntry::of(iterator->next())->getKey()), "4") << "no iterator was disturbed";
-
     comparator->m_failure = [&] {
         map->clear();
         return RESULT_OK;
@@ -280,16 +274,6 @@ TEST(PlainKeyMaps, KeepTheOrderOfTheirOperations)
             &StringHashMap::remove, &StringHashMap::createKeySet});
 }
 
-int numberOf(int key)
-{
-    return key;
-}
-/// The hash of a text of one unit.
-int numberOf(const String& key)
-{
-    return key[0];
-}
-
 /// A map with keys that hash to a number.
 template <class Map>
 struct PlainKeyMaps : testing::Test {
@@ -302,6 +286,8 @@ struct PlainKeyMaps : testing::Test {
         else
             return String(static_cast<char16_t>(number));
     }
+    static int numberOf(int key) { return key; }
+    static int numberOf(const String& key) { return key[0]; } // the hash of a text of one unit
     static std::string keysOf(const Map& map)
     {
         std::string text;
@@ -335,12 +321,12 @@ TYPED_TEST(PlainKeyMaps, DoWhatAnotherMapDoes)
             ASSERT_EQ(map.getSize(), static_cast<int>(model.size()));
         }
         for (const auto [key, value] : map)
-            entries.emplace(numberOf(key), value);
+            entries.emplace(this->numberOf(key), value);
         EXPECT_EQ(entries, model);
         const auto keys = map.createKeySet();
         EXPECT_EQ(keys->getSize(), map.getSize());
         for (const auto& key : *keys)
-            EXPECT_TRUE(entries.contains(numberOf(*key)));
+            EXPECT_TRUE(entries.contains(this->numberOf(*key)));
         entries.clear();
         model.clear();
         map.clear();

@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace vx::crypto {
@@ -55,22 +57,20 @@ bool runOpenSsl(const Scratch& scratch, const std::string& arguments)
 
 TEST(BlowFish, GivesThePublishedBlocks)
 {
-    const struct {
-        const char *key, *plain, *cipher;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
         {"0123456789ABCDEF", "1111111111111111", "61F9C3802281B096"},
         {"F0E1D2", "FEDCBA9876543210", "E9C2B70A1BC65CF3"},
         {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677", "FEDCBA9876543210", "05044B62FA52D080"},
     };
-    for (const auto& row : cases) {
-        const Bytes key = fromHex(row.key);
+    for (const auto& [keyText, plain, encrypted] : cases) {
+        const Bytes key = fromHex(keyText);
         const BlowFish cipher(key.data(), static_cast<int>(key.size()));
-        Bytes bytes = fromHex(row.plain);
+        Bytes bytes = fromHex(plain);
         cipher.encrypt(bytes.data(), bytes.data(), 8);
-        EXPECT_EQ(toHex(bytes), row.cipher) << row.key;
+        EXPECT_EQ(toHex(bytes), encrypted) << keyText;
         cipher.decrypt(bytes.data(), bytes.data(), 8);
-        EXPECT_EQ(toHex(bytes), row.plain) << row.key;
+        EXPECT_EQ(toHex(bytes), plain) << keyText;
     }
 }
 
@@ -104,7 +104,6 @@ TEST(BlowFish, LooksAtItsArgumentsFirst)
     BlowFish(key.data(), 57).encrypt(first.data(), first.data(), 16);
     BlowFish(key.data(), 56).encrypt(second.data(), second.data(), 16);
     EXPECT_EQ(first, second) << "the rest of a long key does not count";
-
     const BlowFish unkeyed(nullptr, 0);
     for (const std::int32_t length : {1, 9, -1}) {
         EXPECT_THROW(unkeyed.encrypt(first.data(), first.data(), length), Exception) << length;
@@ -124,24 +123,20 @@ std::string digestOf(MD5Digest& digest)
 
 TEST(MD5Digest, GivesTheDigestsOfTheStandard)
 {
-    struct {
-        std::string text;
-        const char* digest;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"", "D41D8CD98F00B204E9800998ECF8427E"},
         {"a", "0CC175B9C0F1B6A831C399E269772661"},
         {"abc", "900150983CD24FB0D6963F7D28E17F72"},
         {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789", "D174AB98D277D9F5A5611C2C9F419D9F"},
-        {"12345678901234567890123456789012345678901234567890123456789012345678901"
-         "234567890",
+        {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
             "57EDF4A22BE3C955AC49DA2E2107B67A"},
     };
     MD5Digest digest; // one for all: each digest starts the next message
-    for (const auto& row : cases) {
-        digest.update(reinterpret_cast<const signed char*>(row.text.data()), static_cast<int>(row.text.size()));
-        EXPECT_EQ(digestOf(digest), row.digest) << row.text;
+    for (const auto& [text, wanted] : cases) {
+        digest.update(reinterpret_cast<const signed char*>(text.data()), static_cast<int>(text.size()));
+        EXPECT_EQ(digestOf(digest), wanted) << text;
     }
-    EXPECT_EQ(digestOf(digest), cases[0].digest);
+    EXPECT_EQ(digestOf(digest), cases[0].second);
     EXPECT_EQ(digest.getName(), u"MD5");
 }
 

@@ -1,7 +1,7 @@
-#include "tests/Threads.h"
 #include "vx/exec/Process.h"
 
 #include "tests/Outcome.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
@@ -71,19 +71,12 @@ TEST(Process, StartsWhatItIsTold)
 
 TEST(Process, TellsWhatCannotBeStarted)
 {
-    struct {
-        const char16_t *program, *directory;
-        unsigned int flags;
-        int error;
-    } cases[] = {
-        {u"/etc/passwd", nullptr, 0, EACCES},
-        {u"/bin/sh", u"/no/such/folder", 0, ENOENT},
-        {u"/bin/sh", nullptr, 2, EINVAL},
+    const auto failure = [](const char16_t* program, const char16_t* directory, unsigned int flags) {
+        return resultOf([&] { Process(program, nullptr, directory, nullptr, flags); });
     };
-    for (const auto& row : cases)
-        EXPECT_EQ(resultOf([&] { Process(row.program, nullptr, row.directory, nullptr, row.flags); }),
-            VXResultFromNative(row.error))
-            << String(row.program);
+    EXPECT_EQ(failure(u"/etc/passwd", nullptr, 0), VXResultFromNative(EACCES));
+    EXPECT_EQ(failure(u"/bin/sh", u"/no/such/folder", 0), VXResultFromNative(ENOENT));
+    EXPECT_EQ(failure(u"/bin/sh", nullptr, 2), VXResultFromNative(EINVAL));
 }
 
 TEST(Process, IsJoinedOnce)
@@ -152,8 +145,7 @@ TEST(Process, StartsFromSeveralThreadsAtOnce)
 
 TEST(Process, LeavesNoZombieWhenNobodyJoins)
 {
-    Reference<Process> running = shell("echo $$; read line");
-    Reference<Process> ended = shell("echo $$");
+    Reference<Process> running = shell("echo $$; read line"), ended = shell("echo $$");
     const Reference<io::OutputStream> keptOpen = running->getOutputStream();
     const Reference<io::InputStream> output = running->getInputStream();
     signed char digits[16];

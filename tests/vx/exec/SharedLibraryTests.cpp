@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <string>
+#include <utility>
 
 namespace vx::exec {
 namespace {
@@ -35,17 +36,11 @@ TEST(SharedLibrary, IsInTheProcessAsLongAsTheObjectLives)
 
 TEST(SharedLibrary, TellsWhyNothingWasOpened)
 {
-    struct {
-        const char16_t* name;
-        std::int32_t result;
-    } cases[] = {
-        {u"libno-such-library-anywhere.so", RESULT_MODULE_NOT_FOUND},
-        {u"C:\\no\\such\\library.so", RESULT_NOT_FOUND},
-        {u"D:\\library.so", RESULT_PATH_NOT_FOUND},
-        {u"C:\\etc\\passwd", RESULT_BAD_MODULE},
-    };
+    const std::pair<const char16_t*, std::int32_t> cases[] = {
+        {u"libno-such-library-anywhere.so", RESULT_MODULE_NOT_FOUND}, {u"C:\\no\\such\\library.so", RESULT_NOT_FOUND},
+        {u"D:\\library.so", RESULT_PATH_NOT_FOUND}, {u"C:\\etc\\passwd", RESULT_BAD_MODULE}};
     for (const auto& row : cases)
-        EXPECT_EQ(resultOf([&] { SharedLibrary library(row.name); }), row.result) << &row - cases;
+        EXPECT_EQ(resultOf([&] { SharedLibrary library(row.first); }), row.second) << &row - cases;
 }
 
 } // namespace

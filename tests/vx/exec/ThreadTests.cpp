@@ -10,7 +10,6 @@
 namespace vx::exec {
 namespace {
 
-/// Runs a function, and tells a semaphore when it is destroyed.
 class Task final : public Object, public IRunnable {
 public:
     explicit Task(std::function<void*()> work, sync::Semaphore* destroyed = nullptr)
@@ -24,9 +23,7 @@ public:
             m_destroyed->signal();
     }
 
-    std::int32_t QueryInterface(const _GUID& iid, void** out) override { return Object::QueryInterface(iid, out); }
-    std::uint32_t AddRef() const override { return Object::AddRef(); }
-    std::uint32_t Release() const override { return Object::Release(); }
+    VX_OBJECT_UNKNOWN(Object)
     void* run() override { return m_work(); }
 
 private:
@@ -46,7 +43,6 @@ TEST(Thread, RunsAndIsJoinedAndRunsAgain)
     Thread thread(task.get(), u"worker");
     const Reference<Object> copy(thread.clone());
     EXPECT_EQ(dynamic_cast<Thread&>(*copy).getName(), u"worker");
-
     for (int round = 1; round <= 3; ++round) {
         EXPECT_THROW(thread.getID(), IllegalStateException);
         EXPECT_THROW(thread.join(), IllegalStateException);
@@ -64,8 +60,7 @@ TEST(Thread, RunsAndIsJoinedAndRunsAgain)
 
 TEST(Thread, LeavesTheRunnableToTheRunningThread)
 {
-    sync::Semaphore mayEnd(0);
-    sync::Semaphore destroyed(0);
+    sync::Semaphore mayEnd(0), destroyed(0);
     {
         Thread thread(new Task(
             [&]() -> void* {

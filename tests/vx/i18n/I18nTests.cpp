@@ -1,17 +1,16 @@
 #include "tests/Slots.h"
 #include "tests/Threads.h"
 #include "tests/vx/Offer.h"
-#include "vx/Class.h"
 #include "vx/Exceptions.h"
 #include "vx/i18n/ComStringBundle.h"
 #include "vx/i18n/StringMapBundle.h"
+#include "vx/util/CopyCharBuffer.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace vx::i18n {
 namespace {
@@ -82,9 +81,7 @@ TEST(Locale, TellsAComponentWhatItKnows)
         EXPECT_EQ(callSlot<std::int32_t>(view, slot, buffer), RESULT_FAIL) << slot;
         EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, inLocale), RESULT_FAIL) << slot;
     }
-
-    const Locale same(u"de", u"AT", u"euro");
-    const Locale other(u"de_at@euro");
+    const Locale same(u"de", u"AT", u"euro"), other(u"de_at@euro");
     EXPECT_TRUE(same.equals(*locale) && same.compareTo(*locale) == 0);
     EXPECT_TRUE(!same.equals(other) && same.compareTo(other) < 0 && other.compareTo(same) > 0);
     EXPECT_FALSE(same.equals(String(u"de_AT@euro")));
@@ -117,10 +114,9 @@ struct ForeignBundle : Component<IVXResourceBundle> {
 
     static std::int32_t fill(IVXCharBuffer* target, const std::u16string& text)
     {
-        char16_t* units = nullptr;
-        EXPECT_EQ(target->GetWriteLock(static_cast<int>(text.size()), &units), RESULT_OK);
-        text.copy(units, text.size());
-        return target->ReleaseWriteLock(static_cast<int>(text.size()));
+        String source(text);
+        VXCopyCharBuffer(target, &source);
+        return RESULT_OK;
     }
 
     std::map<std::u16string, std::u16string> m_texts;
@@ -135,7 +131,6 @@ TEST(ComStringBundle, ReadsTheComponent)
     EXPECT_EQ(bundle->getString(u"hello"), u"Grüß Gott");
     for (const char16_t* key : {u"empty", u"missing", u""})
         EXPECT_EQ(saidBy<Exception>([&] { bundle->getString(key); }), "Resource not found") << String(key);
-
     component->m_lie = 1;
     EXPECT_EQ(resultOf([&] { bundle->getKeys(); }), RESULT_INVALID_ARGUMENT) << "no list is kept of the first two";
     component->m_lie = 0;
@@ -215,8 +210,7 @@ TEST(StringMapBundle, ServesAMapAndItsParent)
     std::int32_t count = -1;
     EXPECT_EQ(callSlot<std::int32_t>(face.get(), 5, &count), RESULT_OK);
     EXPECT_EQ(count, 3) << "the list stays";
-    const Reference<String> key(new String);
-    const Reference<String> value(new String);
+    const Reference<String> key(new String), value(new String);
     EXPECT_EQ(face->GetResource(2, key.get(), value.get()), RESULT_OK);
     EXPECT_EQ(*key, u"b") << "the parent's stand behind";
     EXPECT_EQ(*value, u"parent b");
@@ -236,7 +230,6 @@ TEST(StringBundle, LoadsTextIntoWhatTheCallerHas)
     EXPECT_EQ(face->LoadCharBuffer(u"k", text.get()), RESULT_OK);
     EXPECT_EQ(*text, u"abc");
     EXPECT_EQ(face->LoadCharBuffer(u"?", text.get()), RESULT_FAIL);
-
     for (const auto& [room, length] : {std::pair(6U, 4U), std::pair(4U, 4U), std::pair(3U, 3U), std::pair(0U, 0U)}) {
         char16_t units[] = u"??????";
         std::uint32_t told = room;

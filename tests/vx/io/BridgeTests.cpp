@@ -6,16 +6,13 @@
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/text/charset/CharsetException.h"
 
+#include <tuple>
+
 using namespace vx;
 using namespace vx::io;
 using namespace vx::text::charset;
 
 namespace {
-
-std::vector<signed char> bytesOf(std::string_view text)
-{
-    return {text.begin(), text.end()};
-}
 
 /// "A", "é", "中" and a smile: one, two, three and four bytes.
 constexpr const char MIXED_UTF8[] = "A\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80";
@@ -26,7 +23,7 @@ protected:
     Reference<InputStreamReader> reader(
         std::string_view bytes, const char16_t* encoding, std::vector<int> steps = {}, std::int32_t size = 64)
     {
-        m_source = new Source<Bytes>(bytesOf(bytes), m_events, std::move(steps));
+        m_source = new Source<Bytes>({bytes.begin(), bytes.end()}, m_events, std::move(steps));
         return Reference<InputStreamReader>(new InputStreamReader(m_source, encoding, size));
     }
     Reference<OutputStreamWriter> writer(const char16_t* encoding, std::int32_t size)
@@ -34,7 +31,6 @@ protected:
         m_sink = new Sink<Bytes>(m_events);
         return Reference<OutputStreamWriter>(new OutputStreamWriter(m_sink, encoding, size));
     }
-    /// Everything, by reads of `length`.
     static std::u16string readAll(Reader& reader, std::int32_t length)
     {
         std::u16string text;
@@ -48,13 +44,6 @@ protected:
     Source<Bytes>* m_source = nullptr;
     Sink<Bytes>* m_sink = nullptr;
 };
-
-TEST_F(Bridges, AppendTheNameBehindTheOperationsOfTheirBase)
-{
-    EXPECT_EQ(slotOf(&InputStreamReader::getEncodingName), slotOf(&Reader::reset) + 1);
-    EXPECT_EQ(slotOf(&OutputStreamWriter::getEncodingName), slotOf(&Writer::close) + 1);
-    EXPECT_EQ(slotOf(&BufferedReader::readLine), slotOf(&Reader::reset) + 1);
-}
 
 TEST_F(Bridges, DecodeTheSameTextHoweverItsBytesArrive)
 {
@@ -90,7 +79,6 @@ TEST_F(Bridges, ReplaceTheBytesOfACharacterThatTheEndCuts)
     for (const auto& row : rows) {
         for (std::int32_t length = 1; length <= 4; ++length)
             EXPECT_EQ(readAll(*reader(row.bytes, row.encoding, {1, 1, 1, 1, 1, 1, 1}), length), row.text) << row.bytes;
-
         const auto strict = reader(row.bytes, row.encoding);
         strict->setSubstitutionMode(false);
         for (int round = 0; round < 2; ++round) {
@@ -132,23 +120,22 @@ TEST_F(Bridges, EncodeTheSameBytesHoweverTheTextIsCut)
 
 TEST_F(Bridges, StandAtTheUnitThatCannotBeEncoded)
 {
-    const struct {
-        const char16_t *encoding, *text;
-        std::int64_t position;
-        const char* events; // with what stood before the unit
-    } rows[] = {
+    EXPECT_EQ(slotOf(&InputStreamReader::getEncodingName), slotOf(&Reader::reset) + 1);
+    EXPECT_EQ(slotOf(&OutputStreamWriter::getEncodingName), slotOf(&Writer::close) + 1);
+    EXPECT_EQ(slotOf(&BufferedReader::readLine), slotOf(&Reader::reset) + 1);
+    const std::tuple<const char16_t*, const char16_t*, std::int64_t, const char*> rows[] = {
         {u"CP1252", u"ab\u20AC\u4E2Dcd", 3, "write(ab\x80) flush "},
         {u"ASCII", u"0123456789\u00E9", 10, "write(012345) write(6789) flush "},
         {u"ASCII", u"a\xDC00", 1, "write(a) flush "},
     };
-    for (const auto& row : rows) {
-        const auto output = writer(row.encoding, 6);
+    for (const auto& [encoding, text, position, events] : rows) {
+        const auto output = writer(encoding, 6);
         output->setSubstitutionMode(false);
         m_events.clear();
-        EXPECT_THROW(output->write(row.text), Exception);
-        EXPECT_EQ(output->getPosition(), row.position);
+        EXPECT_THROW(output->write(text), Exception);
+        EXPECT_EQ(output->getPosition(), position);
         output->flush();
-        EXPECT_EQ(m_events, row.events);
+        EXPECT_EQ(m_events, events);
     }
 }
 

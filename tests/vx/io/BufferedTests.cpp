@@ -95,8 +95,7 @@ TYPED_TEST(Twins, FiltersHandEverythingOn)
     EXPECT_EQ(readInAllWays<TypeParam>(*filteredSource, this->m_events), readInAllWays<TypeParam>(*bareSource, below));
     // One that can be marked, so that the other answers are seen as well.
     const auto buffered = [&] { return new typename TypeParam::BufferedInput(source(this->m_events), 16); };
-    const Reference<In> bare(buffered());
-    const Reference<In> filtered(new typename TypeParam::FilterInput(buffered()));
+    const Reference<In> bare(buffered()), filtered(new typename TypeParam::FilterInput(buffered()));
     EXPECT_EQ(readInAllWays<TypeParam>(*filtered, {}), readInAllWays<TypeParam>(*bare, {}));
 
     below.clear();
@@ -215,9 +214,7 @@ TYPED_TEST(Twins, KeepEverythingInOrderWhateverIsAsked)
         auto* source = new Source<TypeParam>(data, this->m_events, steps);
         const Reference<typename TypeParam::BufferedInput> input(
             new typename TypeParam::BufferedInput(source, upTo(40)));
-        int position = 0;
-        int mark = 0;
-        int limit = 0;
+        int position = 0, mark = 0, limit = 0;
         for (int call = 0; call < 400; ++call) {
             source->m_available = upTo(1);
             const int count = upTo(60);

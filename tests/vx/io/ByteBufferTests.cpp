@@ -11,7 +11,6 @@ using namespace vx::io;
 
 namespace {
 
-/// The two generations share one suite.
 struct Newer {
     using Buffer = ByteBuffer;
     using Byte = signed char;
@@ -58,7 +57,6 @@ TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
                 std::reverse(expected.begin() + first, expected.begin() + first + size);
         }
         EXPECT_EQ(this->text(buffer).substr(0, 27), expected);
-
         buffer.flip();
         EXPECT_EQ(buffer.remaining(), 27U);
         EXPECT_EQ(buffer.get(), static_cast<typename TypeParam::Byte>(0x81));
@@ -79,7 +77,6 @@ TYPED_TEST(ByteBuffers, MoveBytesUpToTheLimit)
     EXPECT_EQ(buffer.put(this->bytes("0123456789abcdef"), 16), 10U);
     EXPECT_EQ(buffer.put(0U, this->bytes("ABC"), 3), 3U);
     EXPECT_STREQ(block, "ABC...0123456789");
-
     buffer.setLimit(8);
     Byte target[20] = {};
     EXPECT_EQ(buffer.get(target, 20), 0U)
@@ -109,7 +106,6 @@ TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
     EXPECT_EQ(this->text(copy), "xbcd");
     EXPECT_TRUE(duplicate->isReadOnly());
     EXPECT_THROW(first->duplicate(false, 3), RangeErrorException);
-
     first.reset(); // an owned block stays until its last owner has gone
     EXPECT_EQ(this->text(copy), "xbcd");
     EXPECT_EQ(this->text(assigned), "xbcd");
@@ -138,7 +134,6 @@ TYPED_TEST(ByteBuffers, FillAndEmptyThroughStreams)
     EXPECT_EQ(buffer.readFully(&source), 1U);
     EXPECT_EQ(events, "read(6) read(4) read(1) read(1) ");
     EXPECT_EQ(this->text(buffer), "abcdef");
-
     Sink<Bytes> sink(events);
     buffer.setPosition(2);
     EXPECT_EQ(buffer.writeTo(&sink), 4U);

@@ -40,7 +40,6 @@ TEST(Channels, MoveBytesOfStreams)
     buffer.setPosition(5);
     EXPECT_EQ(channel->write(buffer), 8);
     EXPECT_EQ(contentOf(*output), "23456789");
-
     ByteBuffer readOnly(reinterpret_cast<const signed char*>("ab"), 2, VX_ENDIAN_LITTLE);
     EXPECT_THROW(channel->read(readOnly), ReadOnlyException);
     EXPECT_THROW(Channels::adaptStreams(nullptr, nullptr)->read(buffer), UnsupportedOperationException);
@@ -131,7 +130,6 @@ TEST(Channels, AdaptComponents)
     foreign->m_told = 6;
     EXPECT_THROW(channel->read(buffer), RangeErrorException) << "more than there was room for";
     EXPECT_THROW(channel->write(buffer), RangeErrorException);
-
     foreign->m_result = RESULT_END_OF_FILE;
     EXPECT_EQ(resultOf([&] { channel->read(buffer); }), RESULT_END_OF_FILE);
     EXPECT_EQ(resultOf([&] { Channels::adaptVorbWithInheritance(foreign.get()); }), RESULT_END_OF_FILE);

@@ -19,10 +19,7 @@ namespace {
 
 using namespace std::literals;
 using namespace vx;
-using vx::io::IoException;
-using vx::io::MaskedConsoleInputStream;
-using vx::io::StdioInputStream;
-using vx::io::StdioOutputStream;
+using namespace vx::io;
 
 /// Puts what `path` opens behind a standard stream of this process, which is one that a test has to itself.
 void redirect(int standard, const std::filesystem::path& path, int flags)

@@ -53,7 +53,6 @@ TEST(DataStreams, CarryEveryNumberHighestByteFirst)
                     "\0\1\xF6\0\1\2\3\4\xF5\6\7\x8"
                     "\x3F\x80\0\0\xC0\0\0\0\0\0\0\0",
             40));
-
     DataInputStream in(over(contentOf(*bytes)).get());
     EXPECT_TRUE(in.readBool());
     EXPECT_EQ(in.readUnsignedByte(), 254);
@@ -99,7 +98,6 @@ TEST(BitStreams, PackFromTheTopOfEachByte)
     EXPECT_THROW(out.write(1UL << 32, 3), RangeErrorException);
     EXPECT_THROW(out.write(1, 33), ResultException);
     EXPECT_EQ(contentOf(*bytes), "\xA0\xB0\x0F\xFF\xFF\xFF\xFF\xF1\x23");
-
     BitInputStream in(over(contentOf(*bytes)).get());
     EXPECT_EQ(in.readBit(), 1);
     EXPECT_EQ(in.read(3), 2);

@@ -1,6 +1,6 @@
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
-#include "tests/vxsys/Child.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
@@ -13,60 +13,43 @@
 #include <memory>
 #include <sys/resource.h>
 #include <thread>
+#include <tuple>
+#include <utility>
 
 namespace {
 
 using namespace std::literals;
 using namespace vx;
-using vx::io::FileInputStream;
-using vx::io::FileOutputStream;
+using namespace vx::io;
 
-constexpr unsigned ATEND = FileOutputStream::ATEND;
-constexpr unsigned APPEND = FileOutputStream::APPEND;
-constexpr unsigned TRUNC = FileOutputStream::TRUNC;
-constexpr unsigned KEEPCLOSED = FileOutputStream::KEEPCLOSED;
-constexpr unsigned LOCK = FileOutputStream::LOCK;
+constexpr unsigned ATEND = FileOutputStream::ATEND, APPEND = FileOutputStream::APPEND, TRUNC = FileOutputStream::TRUNC,
+                   KEEPCLOSED = FileOutputStream::KEEPCLOSED, LOCK = FileOutputStream::LOCK;
 
 void write(FileOutputStream& stream, std::string_view text)
 {
     stream.write(text.data(), static_cast<std::int32_t>(text.size()));
 }
 
-TEST(FileOutputStream, AddsItsOperationsBehindThoseOfItsBase)
+TEST(FileOutputStream, WritesWhereItsModeSays)
 {
     expectSlots("FileOutputStream", slotOf(&io::OutputStream::close) + 1,
         {&FileOutputStream::is_open, &FileOutputStream::open, &FileOutputStream::getSize});
-}
-
-TEST(FileOutputStream, WritesWhereItsModeSays)
-{
-    struct {
-        unsigned mode;
-        const char* opened; // what the file "abcdef" holds then
-        const char* written; // behind "X" and "Y", with "b" put in by somebody else between the two
-    } cases[] = {
-        {0, "abcdef", "XYcdefb"},
-        {ATEND, "abcdef", "abcdefXY"},
-        {TRUNC, "", "XY"},
-        {APPEND, "abcdef", "abcdefXbY"},
-        {LOCK, "abcdef", "XYcdefb"},
-        {KEEPCLOSED, "abcdef", "Ybcdefb"},
-        {KEEPCLOSED | ATEND, "abcdef", "abcdefXbY"},
-        {KEEPCLOSED | TRUNC, "", "Yb"},
-        {KEEPCLOSED | TRUNC | APPEND, "", "XbY"},
-        {KEEPCLOSED | APPEND | LOCK, "abcdef", "abcdefXbY"},
-    };
-    for (const auto& row : cases) {
+    // What "abcdef" is when it is open, and behind "X" and "Y", with "b" put in by somebody else between the two
+    const std::tuple<unsigned, const char*, const char*> cases[] = {{0, "abcdef", "XYcdefb"},
+        {ATEND, "abcdef", "abcdefXY"}, {TRUNC, "", "XY"}, {APPEND, "abcdef", "abcdefXbY"}, {LOCK, "abcdef", "XYcdefb"},
+        {KEEPCLOSED, "abcdef", "Ybcdefb"}, {KEEPCLOSED | ATEND, "abcdef", "abcdefXbY"}, {KEEPCLOSED | TRUNC, "", "Yb"},
+        {KEEPCLOSED | TRUNC | APPEND, "", "XbY"}, {KEEPCLOSED | APPEND | LOCK, "abcdef", "abcdefXbY"}};
+    for (const auto& [mode, opened, written] : cases) {
         const Scratch scratch;
         put(scratch / "file", "abcdef");
-        FileOutputStream stream(String(scratch.full("file").c_str()), row.mode);
-        EXPECT_EQ(contentOf(scratch / "file"), row.opened) << row.mode;
+        FileOutputStream stream(String(scratch.full("file").c_str()), mode);
+        EXPECT_EQ(contentOf(scratch / "file"), opened) << mode;
         write(stream, "X");
         std::ofstream(scratch / "file", std::ios::app) << "b";
         stream.write(static_cast<signed char>('Y'));
-        EXPECT_EQ(contentOf(scratch / "file"), row.written) << row.mode;
-        EXPECT_EQ(stream.getSize(), static_cast<std::int64_t>(std::strlen(row.written))) << row.mode;
-        EXPECT_EQ(stream.is_open(), (row.mode & KEEPCLOSED) != 0 ? 0 : 1) << row.mode;
+        EXPECT_EQ(contentOf(scratch / "file"), written) << mode;
+        EXPECT_EQ(stream.getSize(), static_cast<std::int64_t>(std::strlen(written))) << mode;
+        EXPECT_EQ(stream.is_open(), (mode & KEEPCLOSED) != 0 ? 0 : 1) << mode;
     }
 }
 
@@ -101,13 +84,8 @@ TEST(FileOutputStream, IsHeldAcrossSeveralWrites)
         });
         EXPECT_EQ(other.hear(), 'o');
         // A thread that blocks in a write with the mutex in its hand would keep out the one that it waits for.
-        std::atomic<pid_t> id = 0;
-        std::thread thread([&] {
-            id = ::gettid();
-            write(stream, "y");
-        });
-        while (id == 0 || stateOfThread(id) != 'S')
-            std::this_thread::yield();
+        Doing thread([&] { write(stream, "y"); });
+        thread.awaitWaiting();
         for (const char* text : {"b", "c", "d"}) {
             stream.wait();
             write(stream, text);
@@ -178,7 +156,6 @@ TEST(FileOutputStream, CutsOffWhatADeadWriterLeftTorn)
             Child victim([&](Child::Side&) { dieOverAnEntry(path, mode, repair == BY_WAIT); });
             EXPECT_EQ(victim.wait(), -SIGXFSZ);
             EXPECT_EQ(contentOf(scratch / "file"), "whole\ntorn ");
-
             if (repair == BY_THE_NEXT_PROGRAM)
                 survivor = std::make_unique<FileOutputStream>(path, mode);
             if (repair == BY_WAIT) {
@@ -196,21 +173,20 @@ TEST(FileOutputStream, CutsOffWhatADeadWriterLeftTorn)
 
 TEST(FileOutputStream, CutsOffNothingElse)
 {
-    const struct {
-        bool isAnotherFile;
-        const char* found; // behind the death of the writer
-    } cases[] = {{false, "whole\ntorn entry\n"}, {false, "whole\n"}, {true, "whole\nother "}};
-    for (const auto& row : cases) {
+    // Whether it is another file, and what is found behind the death of the writer
+    const std::pair<bool, const char*> cases[]
+        = {{false, "whole\ntorn entry\n"}, {false, "whole\n"}, {true, "whole\nother "}};
+    for (const auto& [isAnotherFile, found] : cases) {
         const Scratch scratch;
         const String path(scratch.full("file").c_str());
         Child victim([&](Child::Side&) { dieOverAnEntry(path, APPEND, false); });
         EXPECT_EQ(victim.wait(), -SIGXFSZ);
-        if (row.isAnotherFile)
+        if (isAnotherFile)
             std::filesystem::rename(scratch / "file", scratch / "old");
-        put(scratch / "file", row.found);
+        put(scratch / "file", found);
         FileOutputStream stream(path, APPEND);
         write(stream, "next\n");
-        EXPECT_EQ(contentOf(scratch / "file"), row.found + "next\n"s);
+        EXPECT_EQ(contentOf(scratch / "file"), found + "next\n"s);
     }
 }
 

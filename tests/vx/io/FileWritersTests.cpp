@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <charconv>
+#include <fstream>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,10 +19,8 @@ namespace {
 using vx::String;
 using vx::io::FileOutputStream;
 
-constexpr unsigned ATEND = FileOutputStream::ATEND;
-constexpr unsigned APPEND = FileOutputStream::APPEND;
-constexpr unsigned KEEPCLOSED = FileOutputStream::KEEPCLOSED;
-constexpr unsigned LOCK = FileOutputStream::LOCK;
+constexpr unsigned ATEND = FileOutputStream::ATEND, APPEND = FileOutputStream::APPEND,
+                   KEEPCLOSED = FileOutputStream::KEEPCLOSED, LOCK = FileOutputStream::LOCK;
 
 constexpr int WRITERS = 8;
 constexpr int RECORDS = RECORDS_OF_A_WRITER;
@@ -54,23 +52,17 @@ void writeRecords(const String& path, unsigned mode, int writer, int count, std:
 std::vector<int> countRecords(const std::filesystem::path& path)
 {
     std::vector<int> counts(WRITERS, 0);
-    const std::string text = contentOf(path);
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = std::min(text.find('\n', start), text.size() - 1) + 1;
-        int writer = 0;
+    std::ifstream file(path, std::ios::binary);
+    for (std::string line; std::getline(file, line);) {
+        int writer = -1, sequence = 0;
         std::size_t length = 0;
-        const char* const line = text.data() + start;
-        const char* position = std::from_chars(line, text.data() + end, writer).ptr;
-        position = std::find(position + 1, text.data() + end, ' ');
-        std::from_chars(position + 1, text.data() + end, length);
-        const std::string_view found(line, end - start);
-        if (writer < 0 || writer >= WRITERS || length > found.size()
-            || found != recordOf(writer, counts[static_cast<std::size_t>(writer)], length)) {
-            ADD_FAILURE() << "torn, lost or doubled at " << start << ": " << found.substr(0, 80);
+        std::istringstream(line) >> writer >> sequence >> length;
+        if (file.eof() || writer < 0 || writer >= WRITERS || length > line.size()
+            || line + '\n' != recordOf(writer, counts[static_cast<std::size_t>(writer)], length)) {
+            ADD_FAILURE() << "torn, lost or doubled: " << line.substr(0, 80);
             return counts;
         }
         ++counts[static_cast<std::size_t>(writer)];
-        start = end;
     }
     return counts;
 }
@@ -122,7 +114,6 @@ TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
         EXPECT_EQ(writers[static_cast<std::size_t>(writer)]->wait(), writer < 2 ? -SIGKILL : 0);
     FileOutputStream last(m_path, GetParam());
     last.write("", 0); // one of the victims may have been the last to write
-
     const std::vector<int> counts = countRecords(m_scratch / "file");
     EXPECT_EQ(std::vector<int>(counts.begin() + 2, counts.end()), std::vector<int>(WRITERS - 2, COUNT));
 }

@@ -19,7 +19,6 @@
 #include <string>
 #include <vector>
 
-/// The two families that share one suite.
 struct Bytes {
     using Unit = signed char;
     using Input = vx::io::InputStream;

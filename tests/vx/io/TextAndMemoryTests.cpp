@@ -1,5 +1,7 @@
 #include "StreamDoubles.h"
 
+#include <utility>
+
 #include "tests/Slots.h"
 
 #include "vx/io/PrintWriter.h"
@@ -20,10 +22,8 @@ Reference<BufferedReader> linesOf(std::u16string_view text, std::int32_t size, i
 
 TEST(ReadLine, EndsAtEachLineEndWhereverTheBufferEnds)
 {
-    const struct {
-        const char16_t* text;
-        const char16_t* lines; // each behind its length
-    } rows[] = {
+    // lines: each behind its length
+    const std::pair<const char16_t*, const char16_t*> rows[] = {
         {u"", u""}, {u"\n", u"0|"}, {u"a\r\nb\nc\rd", u"1|a1|b1|c1|d"}, {u"\r\n\r\n", u"0|0|"}, {u"\n\r", u"0|0|"},
         {u"\r\r\n\n", u"0|0|0|"}, {u"0123456789abcde\r\n\nx", u"15|0123456789abcde0|1|x"},
         {u"0123456789abcdef\r", u"16|0123456789abcdef"}, {u"0123456789abcdef\r\nx\n", u"16|0123456789abcdef1|x"},
@@ -31,15 +31,14 @@ TEST(ReadLine, EndsAtEachLineEndWhereverTheBufferEnds)
         {u"a\u2028b\u0085c\vd\fe", u"9|a\u2028b\u0085c\vd\fe"}, // other separators are text
     };
     std::string events;
-    for (const auto& row : rows) {
+    for (const auto& [text, lines] : rows) {
         for (const int piece : {1, 2, 3, 5, 15, 16, 100}) {
             for (const int size : {16, 17, 64}) {
-                const auto reader = linesOf(row.text, size, piece, events);
-                String found;
-                String line(u"what was there before");
+                const auto reader = linesOf(text, size, piece, events);
+                String found, line(u"what was there before");
                 for (std::int32_t length; (length = reader->readLine(line)) >= 0;)
                     found += String::valueOf(length) + u"|" + line;
-                EXPECT_EQ(found, row.lines) << piece << ' ' << size;
+                EXPECT_EQ(found, lines) << piece << ' ' << size;
                 EXPECT_EQ(line, u"");
                 EXPECT_EQ(reader->readLine(line), -1);
             }
@@ -115,7 +114,6 @@ TEST(ByteArrayOutputStream, KeepsWhatIsWrittenAndGivesItOut)
     out.write(out.getBytes(), out.getSize()); // its own bytes, while they move
     out.writeTo(&out);
     EXPECT_EQ(out.toString(u"UTF-8"), u"abc\u00E9abc\u00E9abc\u00E9abc\u00E9");
-
     out.reallocBuffer(2);
     EXPECT_EQ(contentOf(out), "ab");
     const signed char* storage = out.getBytes();

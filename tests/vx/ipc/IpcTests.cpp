@@ -1,6 +1,6 @@
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
-#include "tests/vxsys/Child.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
@@ -10,10 +10,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <functional>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -24,7 +22,6 @@ using ipc::SharedMemory;
 
 constexpr unsigned ALL_ACCESS = VX_FILE_READ | VX_FILE_WRITE;
 
-/// A name that no other test has.
 std::string ownName(const char* purpose)
 {
     return std::string("ipc test ") + purpose + std::to_string(::getpid());
@@ -33,20 +30,16 @@ std::string ownName(const char* purpose)
 bool inAnotherThread(const std::function<bool()>& work)
 {
     bool result = false;
-    std::thread([&] { result = work(); }).join();
+    Doing([&] { result = work(); }).join();
     return result;
 }
 
-TEST(IpcSemaphore, IsCalledInTheToldOrder)
+TEST(IpcSemaphore, IsCalledInTheToldOrderAndTellsFailuresByTheirCode)
 {
     const std::size_t first = slotOf(&sync::Object::wait);
     expectSlots("Semaphore", first, {&Semaphore::wait, &Semaphore::tryWait, &Semaphore::signal, &Semaphore::getValue});
     expectSlots(
         "SemaphoreR", first, {&SemaphoreR::wait, &SemaphoreR::tryWait, &SemaphoreR::signal, &SemaphoreR::getValue});
-}
-
-TEST(IpcSemaphore, TellsFailuresByTheirCode)
-{
     EXPECT_EQ(resultOf([] { SemaphoreR(nullptr, 1, nullptr); }), RESULT_INVALID_ARGUMENT);
     Semaphore semaphore(ownName("codes").c_str(), 0x7FFFFFFF);
     EXPECT_EQ(resultOf([&] { semaphore.signal(); }), code(0x80070216));
@@ -86,11 +79,9 @@ TEST_P(SemaphoreRWithMutex, IsOneLockHoweverOftenItsOwnerTakesIt)
 TEST_P(SemaphoreRWithMutex, LetsItsOwnerSignalWhileAnotherWaits)
 {
     m_semaphore.wait();
-    std::atomic<pid_t> thread = 0;
-    std::thread waiter([&] {
+    Doing waiter([&] {
         for (int i = 0; m_mutex && i < 2; ++i)
             m_mutex->wait();
-        thread = ::gettid();
         m_semaphore.wait();
         if (m_mutex) {
             EXPECT_FALSE(inAnotherThread([&] { return m_mutex->tryWait(); })) << "held again";
@@ -100,8 +91,7 @@ TEST_P(SemaphoreRWithMutex, LetsItsOwnerSignalWhileAnotherWaits)
         }
         m_semaphore.signal();
     });
-    while (thread == 0 || stateOfThread(thread) != 'S')
-        std::this_thread::yield();
+    waiter.awaitWaiting();
     m_semaphore.signal();
     waiter.join();
     EXPECT_EQ(m_others.getValue(), 1);
@@ -111,12 +101,7 @@ TEST(SemaphoreR, ComesBackFromADeadOwner)
 {
     const std::string name = ownName("owner");
     SemaphoreR here(name.c_str(), 1, nullptr);
-    Child owner([&](Child::Side& side) {
-        here.wait();
-        side.tell('o');
-        side.hear();
-    });
-    EXPECT_EQ(owner.hear(), 'o');
+    HoldingChild owner([&] { here.wait(); });
     EXPECT_FALSE(here.tryWait());
     owner.kill();
     here.wait();

@@ -15,8 +15,7 @@
 namespace vx::math {
 namespace {
 
-constexpr int LEAST = std::numeric_limits<int>::min();
-constexpr int LARGEST = std::numeric_limits<int>::max();
+constexpr int LARGEST = std::numeric_limits<int>::max(), LEAST = std::numeric_limits<int>::min();
 
 /// Digits, and the scale.
 std::string shown(const BigDecimal& value)
@@ -48,7 +47,6 @@ TEST(BigDecimal, ReadsTextAndNumbers)
     for (const auto& [value, wanted] : rows)
         EXPECT_EQ(shown(value), wanted);
     EXPECT_EQ(BigDecimal(std::numeric_limits<double>::max()).getSize(), 129) << "309 digits and one behind the point";
-
     for (const char16_t* text : {u"", u".", u"-", u"-.", u"1.-5", u"--1"})
         EXPECT_THROW(BigDecimal {text}, Exception) << String(text);
     BigDecimal assigned(u"1.25");
@@ -106,7 +104,6 @@ TEST(BigDecimal, PrintsTheWholeScale)
     minusZero.negate();
     EXPECT_EQ(minusZero.toString(), u"-0.00");
     EXPECT_EQ(minusZero.compareTo(BigDecimal()), 0);
-
     BigInteger huge(10);
     huge.pow(BigInteger(400));
     EXPECT_EQ(BigDecimal(huge, 0).toDouble(), std::numeric_limits<double>::infinity());

@@ -40,7 +40,6 @@ std::string bytesOf(BigInteger value)
     return text;
 }
 
-/// What the work throws.
 std::string failureOf(const std::function<void()>& work)
 {
     try {
@@ -124,7 +123,7 @@ TEST(BigInteger, ReadsAndPrintsText)
     EXPECT_EQ(BigInteger(part, 10).toString(), u"123") << "the text goes on behind its end";
 }
 
-TEST(BigInteger, DividesIntoItsArguments)
+TEST(BigInteger, DividesIntoItsArgumentsAndReducesToOneUpToTheModulus)
 {
     BigInteger value(17), divisor(5);
     value.divide(divisor, value);
@@ -134,11 +133,7 @@ TEST(BigInteger, DividesIntoItsArguments)
     EXPECT_EQ(shown(value) + ' ' + shown(divisor), "3 2");
     value.divide(value, divisor);
     EXPECT_EQ(shown(value) + ' ' + shown(divisor), "1 0");
-}
-
-TEST(BigInteger, ReducesNegativeNumbersToOneUpToTheModulus)
-{
-    BigInteger value(-6); // other numbers are those of the oracle
+    value = -6; // other numbers are those of the oracle
     value.mod(BigInteger(3));
     EXPECT_EQ(shown(value), "3");
     value = minusZero();
@@ -156,13 +151,9 @@ TEST(BigInteger, CarriesTheSignOfAZero)
         void (BigInteger::*operation)(const BigInteger&);
         const BigInteger& other;
         const char* wanted;
-    } rows[] = {
-        {minusFive, &BigInteger::multiply, zero, "-0"},
-        {none, &BigInteger::multiply, minusFive, "0"},
-        {none, &BigInteger::add, none, "-0"},
-        {none, &BigInteger::subtract, zero, "-0"},
-        {none, &BigInteger::pow, BigInteger::ONE, "-0"},
-    };
+    } rows[] = {{minusFive, &BigInteger::multiply, zero, "-0"}, {none, &BigInteger::multiply, minusFive, "0"},
+        {none, &BigInteger::add, none, "-0"}, {none, &BigInteger::subtract, zero, "-0"},
+        {none, &BigInteger::pow, BigInteger::ONE, "-0"}};
     for (const auto& row : rows) {
         BigInteger value = row.value;
         (value.*row.operation)(row.other);
@@ -183,7 +174,6 @@ TEST(BigInteger, SetsAndClearsBitsOfTheMagnitude)
     EXPECT_EQ(value.getSize(), 1);
     value.setBit(100);
     EXPECT_EQ(shown(value), "-1267650600228229401496703205383");
-
     // An empty byte at the top counts as it stands, until the next operation.
     value.clearBit(100);
     EXPECT_EQ(value.getSize(), 13);
@@ -273,12 +263,8 @@ TEST(BigInteger, LeavesTheNumberAsItWasWhenItFails)
 
 TEST(BigInteger, ConvertsItsLow63Bits)
 {
-    const std::pair<const char16_t*, std::int64_t> rows[] = {
-        {u"-9223372036854775807", -9223372036854775807},
-        {u"9223372036854775808", 0},
-        {u"-18446744073709551615", -9223372036854775807},
-        {u"-18446744073709551617", -1},
-    };
+    const std::pair<const char16_t*, std::int64_t> rows[] = {{u"-9223372036854775807", -9223372036854775807},
+        {u"9223372036854775808", 0}, {u"-18446744073709551615", -9223372036854775807}, {u"-18446744073709551617", -1}};
     for (const auto& [text, wanted] : rows) {
         EXPECT_EQ(big(text).toInt64(), wanted);
         EXPECT_EQ(big(text).toDouble(), static_cast<double>(wanted));

@@ -3,7 +3,7 @@
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
 
-#include <gmp.h>
+#include <gmpxx.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,72 +22,26 @@ unsigned long setting(const char* name, unsigned long usual)
     return text != nullptr ? std::strtoul(text, nullptr, 10) : usual;
 }
 
-/// A number of GMP with the operators that these tests need.
-class Exact {
-public:
-    Exact(long value = 0) { mpz_init_set_si(m_value, value); }
-    Exact(const Exact& other) { mpz_init_set(m_value, other.m_value); }
-    explicit Exact(BigInteger value)
-    {
-        mpz_init(m_value);
-        mpz_import(m_value, static_cast<std::size_t>(value.getSize()), -1, 1, 0, 0, value.getData());
-        if (value.isNegative())
-            mpz_neg(m_value, m_value);
-    }
-    ~Exact() { mpz_clear(m_value); }
-    Exact& operator=(const Exact& other)
-    {
-        mpz_set(m_value, other.m_value);
-        return *this;
-    }
+using Exact = mpz_class;
 
-    mpz_ptr get() { return m_value; }
-    int sign() const { return mpz_sgn(m_value); }
-    std::size_t bits() const { return sign() == 0 ? 0 : mpz_sizeinbase(m_value, 2); }
-    Exact magnitude() const { return call(mpz_abs); }
-    Exact power(unsigned long exponent) const
-    {
-        Exact result;
-        mpz_pow_ui(result.m_value, m_value, exponent);
-        return result;
-    }
-    Exact powerModulo(const Exact& exponent, const Exact& modulus) const
-    {
-        Exact result;
-        mpz_powm(result.m_value, m_value, exponent.m_value, modulus.m_value);
-        return result;
-    }
-    /// False where there is none, which leaves the number undefined.
-    bool invert(const Exact& modulus) { return mpz_invert(m_value, m_value, modulus.m_value) != 0; }
-    Exact divisorWith(const Exact& other) const { return call(mpz_gcd, other); }
-    std::string text(int radix) const
-    {
-        std::string digits(mpz_sizeinbase(m_value, radix) + 2, 0);
-        mpz_get_str(digits.data(), radix, m_value);
-        digits.resize(digits.find('\0'));
-        return digits;
-    }
+Exact exactOf(BigInteger value)
+{
+    Exact exact;
+    mpz_import(exact.get_mpz_t(), static_cast<std::size_t>(value.getSize()), -1, 1, 0, 0, value.getData());
+    return value.isNegative() ? Exact(-exact) : exact;
+}
 
-    Exact operator-() const { return call(mpz_neg); }
-    friend Exact operator+(const Exact& left, const Exact& right) { return left.call(mpz_add, right); }
-    friend Exact operator-(const Exact& left, const Exact& right) { return left.call(mpz_sub, right); }
-    friend Exact operator*(const Exact& left, const Exact& right) { return left.call(mpz_mul, right); }
-    friend Exact operator/(const Exact& left, const Exact& right) { return left.call(mpz_tdiv_q, right); }
-    friend Exact operator%(const Exact& left, const Exact& right) { return left.call(mpz_tdiv_r, right); }
-    friend bool operator==(const Exact& left, const Exact& right) { return mpz_cmp(left.m_value, right.m_value) == 0; }
-    friend bool operator<(const Exact& left, const Exact& right) { return mpz_cmp(left.m_value, right.m_value) < 0; }
+std::size_t bitsOf(const Exact& value)
+{
+    return value == 0 ? 0 : mpz_sizeinbase(value.get_mpz_t(), 2);
+}
 
-private:
-    template <class Operation, class... Others>
-    Exact call(Operation operation, const Others&... others) const
-    {
-        Exact result;
-        operation(result.m_value, m_value, others.m_value...);
-        return result;
-    }
-
-    mpz_t m_value;
-};
+Exact powerOf(const Exact& base, unsigned long exponent)
+{
+    Exact power;
+    mpz_pow_ui(power.get_mpz_t(), base.get_mpz_t(), exponent);
+    return power;
+}
 
 /// Random operations of a fixed order. Sizes spread from nothing over the borders between algorithms; long runs of equal
 /// bits are as frequent as noise.
@@ -129,25 +83,25 @@ protected:
 /// Stated exceptions from arithmetic: a remainder has no sign, and the residue of a negative number is never 0.
 Exact residue(const Exact& value, const Exact& modulus)
 {
-    const Exact rest = value.magnitude() % modulus;
-    return value.sign() < 0 ? modulus - rest : rest;
+    const Exact rest = abs(value) % modulus;
+    return value < 0 ? Exact(modulus - rest) : rest;
 }
 
 TEST_F(BigOracle, AgreesOnIntegers)
 {
     for (unsigned long round = 0; round < m_operations && !HasFailure(); ++round) {
         BigInteger left = number(), right = number();
-        const Exact x(left), y(right);
+        const Exact x = exactOf(left), y = exactOf(right);
         Exact wanted;
         const auto divide = [&] {
-            const Exact dividend(left);
+            const Exact dividend = exactOf(left);
             wanted = dividend;
-            if (y.sign() == 0)
+            if (y == 0)
                 return;
             BigInteger rest;
             left.divide(right, rest);
             wanted = dividend / y;
-            EXPECT_EQ(Exact(rest), dividend.magnitude() % y.magnitude());
+            EXPECT_EQ(exactOf(rest), Exact(abs(dividend) % abs(y)));
         };
         const std::pair<const char*, std::function<void()>> operations[] = {
             {"add", [&] { left.add(right), wanted = x + y; }},
@@ -165,19 +119,19 @@ TEST_F(BigOracle, AgreesOnIntegers)
                 [&] {
                     right = positive(600);
                     left.mod(right);
-                    wanted = residue(x, Exact(right));
+                    wanted = residue(x, exactOf(right));
                 }},
             {"gcd",
                 [&] {
                     const BigInteger common = positive(100);
                     left.multiply(common);
                     right.multiply(common);
-                    wanted = Exact(left);
-                    if (y.sign() == 0)
+                    wanted = exactOf(left);
+                    if (y == 0)
                         return;
-                    const Exact other(right);
-                    wanted = wanted.divisorWith(other);
-                    if (wanted == other.magnitude())
+                    const Exact other = exactOf(right);
+                    wanted = gcd(wanted, other);
+                    if (wanted == abs(other))
                         wanted = other; // with its sign, where it divides the number
                     left.gcd(right);
                 }},
@@ -185,10 +139,10 @@ TEST_F(BigOracle, AgreesOnIntegers)
                 [&] {
                     left = positive(100);
                     right = positive(100);
-                    wanted = Exact(left);
-                    const bool exists = wanted.invert(Exact(right));
-                    if (!exists || Exact(right) == Exact(1))
-                        wanted = exists ? Exact(0) : Exact(left);
+                    const Exact number = exactOf(left), modulus = exactOf(right);
+                    const bool exists = mpz_invert(wanted.get_mpz_t(), number.get_mpz_t(), modulus.get_mpz_t()) != 0;
+                    if (!exists || modulus == 1)
+                        wanted = exists ? Exact(0) : number;
                     bool isFound = true;
                     try {
                         left.modInverse(right);
@@ -201,55 +155,58 @@ TEST_F(BigOracle, AgreesOnIntegers)
                 [&] {
                     const unsigned long exponent = 1 + below(left.getSize() > 100 ? 5 : 100);
                     left.pow(BigInteger(exponent));
-                    wanted = x.power(exponent);
+                    wanted = powerOf(x, exponent);
                 }},
             {"modPow",
                 [&] {
                     left = number(300);
-                    const Exact base(left);
-                    const BigInteger exponent = positive(60);
+                    const BigInteger power = positive(60);
                     right = positive(200);
-                    left.modPow(exponent, right);
-                    wanted = base.magnitude().powerModulo(Exact(exponent), Exact(right));
-                    if (base.sign() < 0 && mpz_odd_p(Exact(exponent).get()))
-                        wanted = Exact(right) - wanted;
+                    const Exact base = exactOf(left), exponent = exactOf(power), modulus = exactOf(right);
+                    left.modPow(power, right);
+                    mpz_powm(
+                        wanted.get_mpz_t(), Exact(abs(base)).get_mpz_t(), exponent.get_mpz_t(), modulus.get_mpz_t());
+                    if (base < 0 && mpz_odd_p(exponent.get_mpz_t()))
+                        wanted = modulus - wanted;
                 }},
             {"text",
                 [&] {
                     const int radix = 2 + static_cast<int>(below(35));
                     const String text = left.toString(radix);
-                    EXPECT_EQ(text.toUtf8(), x.text(radix)) << radix;
+                    EXPECT_EQ(text.toUtf8(), x.get_str(radix)) << radix;
                     left = BigInteger(text, radix);
                     wanted = x;
                 }},
             {"compare",
                 [&] {
-                    EXPECT_EQ(left.compareTo(right), x < y ? -1 : y < x ? 1 : 0);
+                    EXPECT_EQ(left.compareTo(right), sgn(Exact(x - y)));
                     EXPECT_EQ(left.compareTo(BigInteger(left)), 0);
                     wanted = x;
                 }},
             {"bits",
                 [&] {
                     const int bit = static_cast<int>(below(2000));
-                    const Exact power = Exact(2).power(static_cast<unsigned long>(bit));
-                    const bool isSet = !((x.magnitude() / power % Exact(2)) == Exact(0));
+                    Exact with = abs(x);
+                    mpz_setbit(with.get_mpz_t(), static_cast<mp_bitcnt_t>(bit));
                     left.setBit(bit);
-                    const Exact with = isSet ? x.magnitude() : x.magnitude() + power;
-                    EXPECT_EQ(Exact(left).magnitude(), with);
+                    EXPECT_EQ(Exact(abs(exactOf(left))), with);
                     left.clearBit(bit);
                     left.add(BigInteger::ZERO);
-                    wanted = left.isNegative() ? -(with - power) : with - power;
+                    wanted = with;
+                    mpz_clrbit(wanted.get_mpz_t(), static_cast<mp_bitcnt_t>(bit));
+                    if (left.isNegative())
+                        wanted = -wanted;
                 }},
         };
         const auto& [name, operation] = operations[below(std::size(operations))];
         operation();
-        EXPECT_EQ(Exact(left), wanted);
-        EXPECT_EQ(static_cast<std::size_t>(left.getBitCount()), wanted.bits());
-        EXPECT_EQ(static_cast<std::size_t>(left.getSize()), (wanted.bits() + 7) / 8);
-        EXPECT_EQ(Exact(right).sign() == 0, right.isZero());
+        EXPECT_EQ(exactOf(left), wanted);
+        EXPECT_EQ(static_cast<std::size_t>(left.getBitCount()), bitsOf(wanted));
+        EXPECT_EQ(static_cast<std::size_t>(left.getSize()), (bitsOf(wanted) + 7) / 8);
+        EXPECT_EQ(exactOf(right) == 0, right.isZero());
         if (HasFailure())
-            ADD_FAILURE() << "seed " << m_seed << ", round " << round << ", " << name << ", " << x.text(16) << " and "
-                          << y.text(16);
+            ADD_FAILURE() << "seed " << m_seed << ", round " << round << ", " << name << ", " << x.get_str(16)
+                          << " and " << y.get_str(16);
     }
 }
 
@@ -258,20 +215,20 @@ struct ExactDecimal {
     Exact unscaled;
     int scale;
 
-    static Exact powerOfTen(int exponent) { return Exact(10).power(static_cast<unsigned long>(exponent)); }
+    static Exact powerOfTen(int exponent) { return powerOf(10, static_cast<unsigned long>(exponent)); }
     void scaleTo(int wanted)
     {
-        unscaled = wanted > scale ? unscaled * powerOfTen(wanted - scale) : unscaled / powerOfTen(scale - wanted);
+        wanted > scale ? unscaled *= powerOfTen(wanted - scale) : unscaled /= powerOfTen(scale - wanted);
         scale = wanted;
     }
     std::string text() const
     {
-        std::string digits = unscaled.magnitude().text(10);
+        std::string digits = Exact(abs(unscaled)).get_str();
         if (static_cast<std::size_t>(scale) >= digits.size())
             digits.insert(0, static_cast<std::size_t>(scale) + 1 - digits.size(), '0');
         if (scale > 0)
             digits.insert(digits.size() - static_cast<std::size_t>(scale), 1, '.');
-        return (unscaled.sign() < 0 ? "-" : "") + digits;
+        return (unscaled < 0 ? "-" : "") + digits;
     }
 };
 
@@ -282,11 +239,10 @@ TEST_F(BigOracle, AgreesOnDecimals)
         BigDecimal left = decimal();
         const BigDecimal right = decimal();
         const auto exact = [](const BigDecimal& value) {
-            Exact unscaled(value.abs());
-            return ExactDecimal {value.isNegative() ? -unscaled : unscaled, value.getScale()};
+            const Exact unscaled = exactOf(value.abs());
+            return ExactDecimal {value.isNegative() ? Exact(-unscaled) : unscaled, value.getScale()};
         };
-        ExactDecimal wanted = exact(left);
-        ExactDecimal other = exact(right);
+        ExactDecimal wanted = exact(left), other = exact(right);
         const std::string operands = wanted.text() + " and " + other.text();
         const unsigned long operation = below(6);
         const int common = std::max(wanted.scale, other.scale);
@@ -296,23 +252,22 @@ TEST_F(BigOracle, AgreesOnDecimals)
             operation == 0 ? left.add(right) : left.subtract(right);
             wanted.scaleTo(common);
             other.scaleTo(common);
-            wanted.unscaled = operation == 0 ? wanted.unscaled + other.unscaled : wanted.unscaled - other.unscaled;
+            operation == 0 ? wanted.unscaled += other.unscaled : wanted.unscaled -= other.unscaled;
             break;
         case 2:
             left.multiply(right);
-            wanted.unscaled = wanted.unscaled * other.unscaled;
+            wanted.unscaled *= other.unscaled;
             wanted.scale += other.scale;
             break;
         case 3: { // half away from zero: the floor of the doubled quotient, plus 1, halved
-            if (other.unscaled.sign() == 0)
+            if (other.unscaled == 0)
                 continue;
             const int scale = static_cast<int>(below(80));
             left.divide(right, scale);
-            const bool negative = wanted.unscaled.sign() * other.unscaled.sign() < 0;
-            const Exact upper = wanted.unscaled.magnitude() * ExactDecimal::powerOfTen(scale + other.scale);
-            const Exact lower = other.unscaled.magnitude() * ExactDecimal::powerOfTen(wanted.scale);
-            const Exact quotient = (Exact(2) * upper / lower + Exact(1)) / Exact(2);
-            wanted = {negative ? -quotient : quotient, scale};
+            const int sign = sgn(wanted.unscaled) * sgn(other.unscaled);
+            const Exact upper = abs(wanted.unscaled) * ExactDecimal::powerOfTen(scale + other.scale);
+            const Exact lower = abs(other.unscaled) * ExactDecimal::powerOfTen(wanted.scale);
+            wanted = {sign * ((2 * upper / lower + 1) / 2), scale};
             break;
         }
         case 4: {
@@ -324,16 +279,13 @@ TEST_F(BigOracle, AgreesOnDecimals)
         default:
             wanted.scaleTo(common);
             other.scaleTo(common);
-            EXPECT_EQ(left.compareTo(right),
-                wanted.unscaled < other.unscaled       ? -1
-                    : other.unscaled < wanted.unscaled ? 1
-                                                       : 0);
+            EXPECT_EQ(left.compareTo(right), sgn(Exact(wanted.unscaled - other.unscaled)));
             left.setScale(common);
             EXPECT_EQ(left.toDouble(), std::strtod(wanted.text().c_str(), nullptr));
         }
         // A zero may carry the sign into its text.
         const std::string text = left.toString().toUtf8();
-        EXPECT_EQ(wanted.unscaled.sign() == 0 && left.isNegative() ? text.substr(1) : text, wanted.text())
+        EXPECT_EQ(wanted.unscaled == 0 && left.isNegative() ? text.substr(1) : text, wanted.text())
             << "seed " << m_seed << ", round " << round << ", operation " << operation << ", " << operands;
     }
 }

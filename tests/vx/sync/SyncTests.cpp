@@ -1,7 +1,6 @@
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "tests/Threads.h"
-#include "tests/vxsys/Child.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/sync/Condition.h"
@@ -13,7 +12,6 @@
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/Semaphore.h"
 #include "vxsys/Lock.h"
-#include "vxsys/Thread.h"
 
 #include <gtest/gtest.h>
 
@@ -30,47 +28,8 @@
 namespace vx::sync {
 namespace {
 
-constexpr std::uint32_t FOR_EVER = 0xFFFFFFFF;
-constexpr std::uint32_t NEARLY_FOR_EVER = 0xFFFFFFFE;
+constexpr std::uint32_t FOR_EVER = 0xFFFFFFFF, NEARLY_FOR_EVER = 0xFFFFFFFE;
 
-/// A thread that does one thing, and lets others see whether it waits.
-class Doing {
-public:
-    explicit Doing(std::function<void()> work)
-        : m_thread([this, work = std::move(work)] {
-            m_id = VXThreadGetCurrentId();
-            work();
-            m_isDone = true;
-        })
-    {
-    }
-    ~Doing() { join(); }
-
-    bool isDone() const { return m_isDone; }
-    void join()
-    {
-        if (m_thread.joinable())
-            m_thread.join();
-    }
-
-    /// Returns when the thread waits, as the system has it.
-    void awaitWaiting() const
-    {
-        while (m_id == 0)
-            std::this_thread::yield();
-        for (int seen = 0; seen < 3; std::this_thread::yield()) {
-            ASSERT_FALSE(m_isDone) << "it did not wait";
-            seen = stateOfThread(static_cast<pid_t>(m_id)) == 'S' ? seen + 1 : 0;
-        }
-    }
-
-private:
-    std::atomic<std::uint32_t> m_id {0};
-    std::atomic<bool> m_isDone {false};
-    std::thread m_thread;
-};
-
-/// The result of what another thread does.
 template <std::invocable Work>
 auto elsewhere(Work work)
 {
@@ -372,8 +331,7 @@ TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
 TEST(Condition, HandsItsLockToWhoeverItFrees)
 {
     Condition condition;
-    int ready = 0;
-    int freed = 0;
+    int ready = 0, freed = 0;
     const auto waitForReady = [&] {
         const Condition::Holder holder(condition);
         while (ready == 0)
@@ -418,8 +376,7 @@ TEST(Condition, RefusesWhoDoesNotHoldItAndWhoHoldsItAlready)
 TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
 {
     using Call = std::int32_t (*)(VXHandle) noexcept;
-    VXHandle event = nullptr;
-    VXHandle semaphore = nullptr;
+    VXHandle event = nullptr, semaphore = nullptr;
     ASSERT_EQ(VXEventCreate(nullptr, 0, &event) | VXSemaphoreCreate(0, nullptr, 0, &semaphore), 0);
     const struct {
         const char* name;
@@ -435,7 +392,6 @@ TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
         waiter.join();
         EXPECT_EQ(row.destroy(row.handle), 0) << row.name;
     }
-
     const struct {
         const char* name;
         std::int32_t (*create)(const char*, std::uint32_t, VXHandle*) noexcept;

@@ -18,15 +18,12 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace vx::util {
 namespace {
 
-constexpr int LARGEST = std::numeric_limits<int>::max();
-constexpr int LEAST = std::numeric_limits<int>::min();
+constexpr int LARGEST = std::numeric_limits<int>::max(), LEAST = std::numeric_limits<int>::min();
 
 struct Chars {
     using Unit = char16_t;

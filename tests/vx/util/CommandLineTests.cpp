@@ -31,21 +31,16 @@ std::string elementsOf(const Parser& parser)
     return text;
 }
 
-/// The two generations share one suite.
 template <class Parser>
 class CommandLineParsers : public testing::Test {
 };
 using Parsers = testing::Types<CommandLineParser, CVXCmdLineParser>;
 TYPED_TEST_SUITE(CommandLineParsers, Parsers);
 
-TYPED_TEST(CommandLineParsers, TakeACommandLineApart)
+TYPED_TEST(CommandLineParsers, TakeACommandLineApartAndJoinArguments)
 {
-    struct {
-        const char16_t* text;
-        int count;
-        const char16_t* defaults; ///< of the option x, which is defined unless count is -1
-        const char* expected;
-    } cases[] = {
+    // The text; count and defaults of the option x, which is defined unless the count is -1; the elements
+    const std::tuple<const char16_t*, int, const char16_t*, const char*> cases[] = {
         {u"", -1, nullptr, ""},
         {u"a -x b", 1, nullptr, "[a]x(b)"},
         {u"-x a -y b", 2, nullptr, "x(a)[b]"},
@@ -63,18 +58,14 @@ TYPED_TEST(CommandLineParsers, TakeACommandLineApart)
         {u"/tmp/x -", -1, nullptr, "tmp/x()()"},
         {u"-x -y", 0, u"1,2 \"3 4\"", "x(1,2,3 4)y()"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [text, count, defaults, expected] : cases) {
         TypeParam parser;
-        if (row.count >= 0)
-            parser.defineOption(u"x", row.count, row.defaults);
+        if (count >= 0)
+            parser.defineOption(u"x", count, defaults);
         parser.parse(u"gone before");
-        parser.parse(row.text);
-        EXPECT_EQ(elementsOf(parser), row.expected) << String(row.text);
+        parser.parse(text);
+        EXPECT_EQ(elementsOf(parser), expected) << String(text);
     }
-}
-
-TYPED_TEST(CommandLineParsers, JoinArguments)
-{
     std::string texts[] = {"program", "-x=a b", "Größe", "two words"};
     char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data()};
     TypeParam parser;
@@ -95,7 +86,6 @@ TYPED_TEST(CommandLineParsers, FindOptionsByNameInTheCaseThatCounts)
     EXPECT_EQ(parser.getValueLong(u"SIZE", 0), 10) << "a default";
     EXPECT_FALSE(parser.isPresent(u"size"));
     EXPECT_TRUE(parser.getOption(u"other") == nullptr) << "a definition without defaults";
-
     TypeParam copy(parser);
     parser.parse(u"");
     EXPECT_EQ(copy.getValueString(u"x", 0), u"3");

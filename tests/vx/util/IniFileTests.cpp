@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
@@ -18,11 +17,8 @@
 namespace {
 
 using namespace std::literals;
+using namespace vx::util;
 using vx::String;
-using vx::util::IniFile;
-using vx::util::IniFileException;
-using vx::util::IniFileKeyIterator;
-using vx::util::IniFileSetIterator;
 
 /// All that is in the file, as "[set]key=value,key=value,".
 std::string dump(IniFile& file)
@@ -82,7 +78,6 @@ TEST(IniFile, ReplacesTheFileWithWhatItKnows)
     EXPECT_EQ(file.DeleteKey(u"Z", u"c"), vx::RESULT_NOT_FOUND);
     EXPECT_EQ(file.DeleteKey(u"Z", u"a"), 0);
     EXPECT_EQ(contentOf(scratch / "x.ini"), "[y]\n\n[Z]\nb=\xC3\xA4\n\n");
-
     for (const char16_t* set : {u"a", u"a\\b", u"a\\b\\c", u"ab", u"A\\d"})
         EXPECT_EQ(file.AddKey(set, u"k", u"", false), 0);
     EXPECT_EQ(file.DeleteSet(u"a\\none"), 0);

@@ -5,7 +5,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 
 using namespace vx;
@@ -26,8 +25,7 @@ TEST(PathNormalizer, ResolvesDotsAndDoubledSeparators)
         {u"a\\b\\..\\..\\c", u"c"}, {u"a\\..\\..\\b", u"..\\b"}, {u"..\\", u"..\\"}, {u"..", u".."}, {u".\\", u".\\"},
         {u".\\.", u".\\"}, {u"a\\b\\..", u"a\\"}, {u"a\\..", u""}, {u"a\\..\\.", u".\\"},
         {u"a\\.b\\..c", u"a\\.b\\..c"}, {u"\\\\a", u"\\a"}, {u"\\..\\a", u"a"}, {u"a\\...\\b", u"a\\...\\b"}};
-    PathNormalizer backward;
-    PathNormalizer forward(PathNormalizer::SLASH_FORWARD);
+    PathNormalizer backward, forward(PathNormalizer::SLASH_FORWARD);
     for (const auto& [path, result] : cases) {
         const String text(path);
         EXPECT_EQ(backward.normalize(text), result) << text;
@@ -97,7 +95,6 @@ TEST(FilePath, AsksTheSystem)
     EXPECT_EQ(FilePath(u"\\b").getCanonicalPath(), u"C:\\b");
     EXPECT_EQ(FilePath(u"\\\\s\\v\\b").getCanonicalPath(), u"\\\\s\\v\\b");
     EXPECT_TRUE(FilePath::getTempDir().endsWith(u"\\"));
-
     const String longest = String(u"C:\\") + String(u'x', 257);
     EXPECT_EQ(FilePath(longest).getCanonicalPath(), longest);
     EXPECT_THROW(FilePath(longest + u"x").getCanonicalPath(), ResultException);

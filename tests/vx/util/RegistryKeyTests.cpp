@@ -19,7 +19,6 @@ HKEY__* root(std::uintptr_t number)
     return reinterpret_cast<HKEY__*>(number);
 }
 
-/// A store of its own.
 class RegistryKeys : public testing::Test {
 protected:
     Scratch m_scratch;
@@ -27,25 +26,25 @@ protected:
     RegistryKey m_key {u"VX_HKEY_USER\\Software\\X"};
 };
 
+std::string result(std::int32_t code)
+{
+    return "result " + std::to_string(static_cast<std::uint32_t>(code));
+}
+
 /// What `work` throws, as a text.
 std::string thrownBy(const std::function<void()>& work)
 {
     try {
         work();
     } catch (const ResultException& failure) {
-        return "result " + std::to_string(static_cast<std::uint32_t>(failure.getResult()));
+        return result(failure.getResult());
     } catch (const Exception& failure) {
         return failure.getDescription().getBytes();
     }
     return "nothing";
 }
 
-std::string result(std::int32_t code)
-{
-    return "result " + std::to_string(static_cast<std::uint32_t>(code));
-}
-
-TEST(RegistryKey, ReadsAndPrintsPaths)
+TEST(RegistryKey, ReadsAndPrintsPathsAndTakesTheSystemsNumbersOfTheRoots)
 {
     struct {
         const char16_t* path;
@@ -68,10 +67,6 @@ TEST(RegistryKey, ReadsAndPrintsPaths)
     }
     for (const char16_t* unknown : {u"VX_HKEY_USERS\\a", u"", u"\\VX_HKEY_USER", u"VX_HKEY_USER_32"})
         EXPECT_EQ(thrownBy([&] { RegistryKey key((String(unknown))); }), "Unknown VX_HKEY") << String(unknown);
-}
-
-TEST(RegistryKey, TakesTheSystemsNumbersOfTheRoots)
-{
     EXPECT_EQ(RegistryKey(root(0x80000001), u"a/b").getKey(), u"VX_HKEY_USER\\a\\b");
     const RegistryKey other(root(0x80000003), u"a");
     EXPECT_EQ(other.getVXHKEY(), 0x80000003U);
@@ -109,7 +104,6 @@ TEST_F(RegistryKeys, GivesBackWhatWasSet)
     signed char read[4] = {};
     EXPECT_EQ(m_key.getValue(u"bytes", read, 4), 3);
     EXPECT_TRUE(std::equal(bytes, bytes + 3, read));
-
     for (const int length : {511, 512, 5000}) { // from one call of the platform to two
         const String text(u'x', length);
         m_key.setValue(u"text", text);
@@ -158,7 +152,6 @@ TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
     EXPECT_EQ(*values->next(), String(u"b")) << "a value beyond the room for data is no end";
     EXPECT_FALSE(values->hasNext());
     EXPECT_EQ(thrownBy([&] { values->next(); }), "no more values");
-
     const auto keys = m_key.getSubkeyIterator();
     EXPECT_TRUE(keys->hasNext());
     EXPECT_EQ(keys->next()->getKey(), u"VX_HKEY_USER\\Software\\X\\one");

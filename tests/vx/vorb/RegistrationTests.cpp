@@ -1,6 +1,5 @@
 #include "examples/component/IGreeter.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Exceptions.h"
 #include "vx/Object.h"
 #include "vx/Result.h"
 #include "vx/util/RWCharBuffer.h"
@@ -21,25 +20,12 @@ namespace {
 constexpr _GUID CLASS {0x12345678, 0x9ABC, 0xDEF0, {0, 1, 2, 3, 4, 5, 6, 7}};
 constexpr const char16_t* CLASS_TEXT = u"{12345678-9ABC-DEF0-0001-020304050607}";
 
-const char16_t* progId()
-{
-    return u"Test.Class.1";
-}
-
-const char16_t* description()
-{
-    return u"a class";
-}
-
-const char16_t* generalProgId()
-{
-    return u"Test.Class";
-}
-
-const char16_t* nothing()
-{
-    return nullptr;
-}
+struct Texts {
+    static const char16_t* progId() { return u"Test.Class.1"; }
+    static const char16_t* description() { return u"a class"; }
+    static const char16_t* generalProgId() { return u"Test.Class"; }
+    static const char16_t* nothing() { return nullptr; }
+};
 
 class Registration : public testing::Test {
 protected:
@@ -64,22 +50,22 @@ protected:
 
 TEST_F(Registration, WritesWhatAClassHasAndRemovesItAgain)
 {
-    const std::string classId(String(CLASS_TEXT).getBytes());
-    const std::string classKey = "CLSID\\" + classId;
+    const std::string classId(String(CLASS_TEXT).getBytes()), classKey = "CLSID\\" + classId;
     const std::string library = classKey + "\\InprocServer32=/lib/x.so\n";
     struct {
         const char* what;
         ClassData row;
         std::string entries;
     } cases[] = {
-        {"all texts", {&CLASS, nullptr, nullptr, progId, description, generalProgId, nullptr},
+        {"all texts", {&CLASS, nullptr, nullptr, Texts::progId, Texts::description, Texts::generalProgId, nullptr},
             classKey + "=Test.Class.1\n" + library + classKey + "\\ProgID=Test.Class.1\n" + classKey
                 + "\\VersionIndependentProgID=Test.Class\nTest.Class=a class\nTest.Class\\CLSID=" + classId
                 + "\nTest.Class\\CurVer=Test.Class.1\nTest.Class.1=a class\nTest.Class.1\\CLSID=" + classId + "\n"},
-        {"no general name", {&CLASS, nullptr, nullptr, progId, nothing, nothing, nullptr},
+        {"no general name", {&CLASS, nullptr, nullptr, Texts::progId, Texts::nothing, Texts::nothing, nullptr},
             classKey + "=Test.Class.1\n" + library + classKey
                 + "\\ProgID=Test.Class.1\nTest.Class.1=\nTest.Class.1\\CLSID=" + classId + "\n"},
-        {"no name", {&CLASS, nullptr, nullptr, nothing, description, nothing, nullptr}, classKey + "=\n" + library},
+        {"no name", {&CLASS, nullptr, nullptr, Texts::nothing, Texts::description, Texts::nothing, nullptr},
+            classKey + "=\n" + library},
     };
     for (const auto& row : cases) {
         ClassData table[] = {row.row, {}};
@@ -96,23 +82,16 @@ TEST_F(Registration, WritesWhatAClassHasAndRemovesItAgain)
     }
 }
 
-TEST_F(Registration, GivesTheFailureOfTheStore)
+TEST_F(Registration, NamesTheFileThatAnAddressLiesInAndGivesTheFailureOfTheStore)
 {
-    ClassData table[] = {{&CLASS, nullptr, nullptr, progId, nothing, nothing, nullptr}, {}};
+    ClassData table[] = {{&CLASS, nullptr, nullptr, Texts::progId, Texts::nothing, Texts::nothing, nullptr}, {}};
     DllModule module(table);
-    std::filesystem::create_directory(m_scratch / "store");
+    EXPECT_EQ(module.RegisterServer(reinterpret_cast<const void*>(&Texts::progId)), RESULT_OK);
+    const util::RegistryKey server(VX_HKEY_CLASSES_32, String(u"CLSID\\") + CLASS_TEXT + u"\\InprocServer32");
+    EXPECT_EQ(server.getValueString(u""), std::filesystem::read_symlink("/proc/self/exe").u16string());
     std::filesystem::permissions(m_scratch / "store", std::filesystem::perms(0777));
     EXPECT_EQ(module.RegisterServer(u"/lib/x.so"), RESULT_ACCESS_DENIED);
     EXPECT_EQ(module.UnregisterServer(), RESULT_ACCESS_DENIED);
-}
-
-TEST_F(Registration, NamesTheFileThatAnAddressLiesIn)
-{
-    ClassData table[] = {{&CLASS, nullptr, nullptr, progId, nothing, nothing, nullptr}, {}};
-    DllModule module(table);
-    EXPECT_EQ(module.RegisterServer(reinterpret_cast<const void*>(&progId)), RESULT_OK);
-    const util::RegistryKey server(VX_HKEY_CLASSES_32, String(u"CLSID\\") + CLASS_TEXT + u"\\InprocServer32");
-    EXPECT_EQ(server.getValueString(u""), std::filesystem::read_symlink("/proc/self/exe").u16string());
 }
 
 TEST_F(Registration, HasALibraryServeItsClassesByName)
@@ -122,7 +101,6 @@ TEST_F(Registration, HasALibraryServeItsClassesByName)
     std::filesystem::permissions(library, std::filesystem::perms(0755));
     const std::u16string path = library.u16string();
     ASSERT_EQ(VXComRegisterLibrary(path.c_str()), RESULT_OK);
-
     for (const char16_t* name : {u"Example.Greeter", u"example.greeter.1"}) {
         Reference<IGreeter> greeter;
         ASSERT_EQ(VXComCreateObjectByProgID(name, nullptr, &IGreeter::IID, greeter.outVoid()), RESULT_OK);

@@ -11,7 +11,6 @@ namespace {
 
 std::atomic<int> g_objects {0};
 
-/// A class factory, and the object that it creates too.
 struct Factory final {
     explicit Factory(std::uint32_t behaviour)
         : m_behaviour(behaviour)

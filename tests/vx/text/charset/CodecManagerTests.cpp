@@ -59,7 +59,6 @@ TEST(CodecManager, KnowsNamesInAnyCase)
     }
 }
 
-/// What asking for a converter of `name` throws, decoder and encoder alike.
 template <class Failure>
 void expectFailure(const char16_t* name, std::u16string_view description)
 {

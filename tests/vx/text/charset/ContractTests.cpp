@@ -26,13 +26,6 @@
 namespace vx::text::charset {
 namespace {
 
-using Bytes = std::vector<signed char>;
-
-Bytes bytesOf(std::string_view text)
-{
-    return Bytes(text.begin(), text.end());
-}
-
 /// The twins, by what differs in their names.
 struct Decoder {
     using Converter = ByteToCharConverter;
@@ -137,12 +130,9 @@ TEST(Converter, SubstitutesByTheRulesOfItsFamily)
         std::int32_t read;
     } cases[] = {
         // One byte: exactly one unit, or nothing.
-        {u"ASCII", "a\xE9\x62", 1, 3, u"axb", 3},
-        {u"ASCII", "a\xE9\x62", 1, 1, u"a", 1},
         {u"ASCII", "a\xE9\x62", 0, 1, u"a", 2},
         {u"ASCII", "a\xE9\x62", 2, 2, u"ab", 3},
         // Above the last code point: one unit more than it takes must be free.
-        {u"UTF-8", "\xF4\x90\x80\x80", 1, 2, u"x", 4},
         {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 3, u"", 0},
         {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 4, u"xyzA", 5},
         {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 0, 1, u"A", 5},
@@ -169,7 +159,7 @@ TEST(Converter, SubstitutesByTheRulesOfItsFamily)
     for (const auto& row : encodings) {
         for (const char16_t* name : {u"ASCII", u"ISO8859_1", u"CP437", u"CP1252"}) {
             const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
-            encoder->setSubstitutionBytes(bytesOf("xyzuvwt").data(), row.length);
+            encoder->setSubstitutionBytes(reinterpret_cast<const signed char*>("xyzuvwt"), row.length);
             const Encode run(*encoder, row.source, row.room);
             EXPECT_EQ(run.output, row.bytes) << row.length << " " << row.room;
             EXPECT_EQ(run.read, row.read) << row.length << " " << row.room;
@@ -198,7 +188,6 @@ TEST(Converter, HoldsALeadSurrogateUntilItIsReset)
         EXPECT_EQ(Encode(*encoder, u"A", 4).output[0], 'A');
     }
     EXPECT_EQ(InvalidCharacterException().getResult(), RESULT_INVALID_CHARACTER);
-
     const Reference<CharToByteConverter> encoder(new CTBUTF8);
     EXPECT_EQ(Encode(*encoder, u"\xD83D", 0).output, "");
     EXPECT_EQ(Encode(*encoder, u"\xDE00", 3).read, 0) << "the pair waits for its room";
@@ -244,7 +233,6 @@ TEST(Converter, AsksTheHooksOfDerivedClasses)
     expectRot1(new Rot1<BTCASCII>, new UnRot1<CTBCP437>, 1);
     expectRot1(new Rot1Utf16, new UnRot1Utf16, 2);
     expectRot1(new Rot1Utf32, new UnRot1Utf32, 4);
-
     char16_t table[256];
     unsigned char pages[512] = {};
     int pageIndex[256] = {};

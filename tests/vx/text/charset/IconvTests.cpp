@@ -9,13 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <ostream>
 #include <random>
-
-void PrintTo(const Encoding& encoding, std::ostream* out)
-{
-    *out << encoding.systemName;
-}
 
 namespace vx::text::charset {
 namespace {
@@ -88,8 +82,7 @@ public:
         ends.push_back(source.size());
         Outcome<Out> outcome;
         outcome.out.resize(4 * source.size() + 64);
-        std::int32_t position = 0;
-        std::int32_t written = 0;
+        std::int32_t position = 0, written = 0;
         for (const std::size_t end : ends) {
             for (;;) {
                 const std::u16string fault
@@ -116,8 +109,7 @@ public:
             const auto converter = newConverter();
             Outcome<Out> got;
             got.out.assign(size + BEHIND, UNTOUCHED);
-            std::int32_t position = 0;
-            std::int32_t written = 0;
+            std::int32_t position = 0, written = 0;
             const std::u16string fault = call(*converter, source, position, source.size(), got.out, written, size);
             if (!fault.empty())
                 got.faults.push_back(fault);
@@ -190,18 +182,9 @@ public:
             constexpr char16_t OTHERS[] = u"\u20AC\u00E9\u00DF\u2592\u00A0\u2022\u00FF\u0192\u0130\uFFFD";
             return length == 1 ? below(0x80) : length == 2 ? 0x80 + below(0x80) : OTHERS[below(10)];
         }
-        switch (length) {
-        case 1:
-            return below(0x80);
-        case 2:
-            return 0x80 + below(0x780);
-        case 3: {
-            const std::uint32_t value = 0x800 + below(0xF000);
-            return value >= 0xD800 && value < 0xE000 ? value - 0x800 : value;
-        }
-        default:
-            return 0x10000 + below(0x100000);
-        }
+        constexpr unsigned FIRST[] = {0, 0x80, 0x800, 0x10000, 0x110000};
+        const std::uint32_t value = FIRST[length - 1] + below(FIRST[length] - FIRST[length - 1]);
+        return value >= 0xD800 && value < 0xE000 ? value - 0x800 : value;
     }
 
     std::vector<char16_t> units(std::size_t characters, bool faulty)
@@ -225,8 +208,12 @@ public:
         while (characters > 0) {
             const std::size_t run = std::min<std::size_t>(characters, 1 + below(60));
             characters -= run;
-            for (const std::string& character : encoded(units(run, false)))
+            const std::vector<char16_t> text = units(run, false);
+            for (std::size_t at = 0, length = 0; at < text.size(); at += length) {
+                length = text[at] >= 0xD800 && text[at] < 0xDC00 ? 2 : 1;
+                const std::string character = m_iconv.convert(text.data() + at, 2 * length).value_or(std::string());
                 bytes.insert(bytes.end(), character.begin(), character.end());
+            }
             for (unsigned fault = faulty ? below(4) : 0; fault > 0; --fault)
                 bytes.push_back(static_cast<signed char>(below(256)));
         }
@@ -234,17 +221,6 @@ public:
     }
 
 private:
-    std::vector<std::string> encoded(const std::vector<char16_t>& units)
-    {
-        std::vector<std::string> characters;
-        for (std::size_t at = 0; at < units.size();) {
-            const std::size_t length = units[at] >= 0xD800 && units[at] < 0xDC00 ? 2 : 1;
-            characters.push_back(m_iconv.convert(units.data() + at, 2 * length).value_or(std::string()));
-            at += length;
-        }
-        return characters;
-    }
-
     const Encoding& m_encoding;
     Iconv m_iconv;
     std::mt19937 m_random;
@@ -315,7 +291,6 @@ TEST_P(IconvAgreement, OverShortSequencesOfAllKinds)
             bytes.push_back(static_cast<signed char>(BORDERS[rest % COUNT]));
     }
     expectAgreement<Decoder>(bytes, GetParam().family == Family::UTF8);
-
     constexpr char16_t UNITS[]
         = {0, 0x7F, 0x80, 0xFF, 0x7FF, 0x800, 0x20AC, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFD, 0xFFFF};
     std::vector<char16_t> units;

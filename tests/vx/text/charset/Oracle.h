@@ -24,17 +24,11 @@ struct Encoding {
     Family family;
 };
 
-inline constexpr Encoding ENCODINGS[] = {
-    {u"ASCII", "ANSI_X3.4-1968", Family::SINGLE_BYTE},
-    {u"ISO8859_1", "ISO-8859-1", Family::SINGLE_BYTE},
-    {u"CP437", "IBM437", Family::SINGLE_BYTE},
-    {u"CP1252", "CP1252", Family::SINGLE_BYTE},
-    {u"UTF-8", "UTF-8", Family::UTF8},
-    {u"UTF-16LE", "UTF-16LE", Family::UTF16},
-    {u"UTF-16BE", "UTF-16BE", Family::UTF16},
-    {u"UTF-32LE", "UTF-32LE", Family::UTF32},
-    {u"UTF-32BE", "UTF-32BE", Family::UTF32},
-};
+inline constexpr Encoding ENCODINGS[] = {{u"ASCII", "ANSI_X3.4-1968", Family::SINGLE_BYTE},
+    {u"ISO8859_1", "ISO-8859-1", Family::SINGLE_BYTE}, {u"CP437", "IBM437", Family::SINGLE_BYTE},
+    {u"CP1252", "CP1252", Family::SINGLE_BYTE}, {u"UTF-8", "UTF-8", Family::UTF8},
+    {u"UTF-16LE", "UTF-16LE", Family::UTF16}, {u"UTF-16BE", "UTF-16BE", Family::UTF16},
+    {u"UTF-32LE", "UTF-32LE", Family::UTF32}, {u"UTF-32BE", "UTF-32BE", Family::UTF32}};
 
 enum class Reading {
     AS_COMPUTED, ///< by its bits, though they could be fewer
@@ -105,15 +99,19 @@ private:
     iconv_t m_handle;
 };
 
-class DecodingOracle {
+struct OracleState {
+    const Encoding& m_encoding;
+    bool m_substitutes;
+    Iconv m_iconv;
+};
+
+class DecodingOracle : private OracleState {
 public:
     using In = signed char;
     using Out = char16_t;
 
     DecodingOracle(const Encoding& encoding, bool substitutes)
-        : m_encoding(encoding)
-        , m_substitutes(substitutes)
-        , m_iconv("UTF-16LE", encoding.systemName)
+        : OracleState {encoding, substitutes, {"UTF-16LE", encoding.systemName}}
     {
     }
 
@@ -187,21 +185,15 @@ private:
             return {length, {u'\uFFFD'}, room + 1};
         return {0, {}, room, u"unmappable"};
     }
-
-    const Encoding& m_encoding;
-    bool m_substitutes;
-    Iconv m_iconv;
 };
 
-class EncodingOracle {
+class EncodingOracle : private OracleState {
 public:
     using In = char16_t;
     using Out = signed char;
 
     EncodingOracle(const Encoding& encoding, bool substitutes)
-        : m_encoding(encoding)
-        , m_substitutes(substitutes)
-        , m_iconv(encoding.systemName, "UTF-16LE")
+        : OracleState {encoding, substitutes, {encoding.systemName, "UTF-16LE"}}
     {
     }
 
@@ -259,8 +251,5 @@ private:
         return bytes;
     }
 
-    const Encoding& m_encoding;
-    bool m_substitutes;
-    Iconv m_iconv;
     char16_t m_lead = 0;
 };
