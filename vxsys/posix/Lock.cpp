@@ -41,10 +41,10 @@ public:
     {
     }
     int init() noexcept { return 0; }
-    int acquire() noexcept { return m_holder.isMe() ? deepen() : entered(::pthread_mutex_lock(&m_mutex), 1); }
+    int acquire() noexcept { return acquire(1); }
     int tryAcquire() noexcept
     {
-        const int error = m_holder.isMe() ? deepen() : entered(::pthread_mutex_trylock(&m_mutex), 1);
+        const int error = m_holder.isMe() ? deepen(1) : entered(::pthread_mutex_trylock(&m_mutex), 1);
         return error == EBUSY ? ETIMEDOUT : error;
     }
     int release() noexcept
@@ -61,10 +61,7 @@ public:
         depth = std::exchange(m_depth, 0);
         return left();
     }
-    int reacquire(std::uint32_t depth) noexcept
-    {
-        return depth == 0 ? 0 : entered(::pthread_mutex_lock(&m_mutex), depth);
-    }
+    int reacquire(std::uint32_t depth) noexcept { return depth == 0 ? 0 : acquire(depth); }
 
     /// A held mutex is not destroyed, and stays as it was.
     int destroyable() noexcept
@@ -78,6 +75,10 @@ public:
     }
 
 private:
+    int acquire(std::uint32_t depth) noexcept
+    {
+        return m_holder.isMe() ? deepen(depth) : entered(::pthread_mutex_lock(&m_mutex), depth);
+    }
     int entered(int error, std::uint32_t depth) noexcept
     {
         if (error == 0) {
@@ -91,11 +92,11 @@ private:
         m_holder.leave();
         return ::pthread_mutex_unlock(&m_mutex);
     }
-    int deepen() noexcept
+    int deepen(std::uint32_t more) noexcept
     {
-        if (m_depth == std::numeric_limits<std::uint32_t>::max())
+        if (more > std::numeric_limits<std::uint32_t>::max() - m_depth)
             return EAGAIN;
-        ++m_depth;
+        m_depth += more;
         return 0;
     }
 

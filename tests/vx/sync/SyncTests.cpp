@@ -21,6 +21,7 @@
 #include <concepts>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <list>
 #include <string>
 #include <thread>
@@ -117,6 +118,21 @@ TEST(Mutex, IsHeldUntilItIsReleasedAsOftenAsItWasTaken)
         mutex.signal();
     }
     EXPECT_TRUE(isFree(mutex));
+}
+
+TEST(MutexPause, TakesBackWhatWasHeldAlsoFromItself)
+{
+    Mutex mutex;
+    mutex.wait();
+    mutex.wait();
+    {
+        const MutexPause pause(mutex);
+        EXPECT_TRUE(std::async(std::launch::async, [&] { return mutex.tryWait() && (mutex.signal(), true); }).get());
+        mutex.wait();
+    }
+    for (int count = 0; count < 3; ++count)
+        mutex.signal();
+    EXPECT_THROW(mutex.signal(), ResultException);
 }
 
 TEST(ScopedLock, ReleasesWhenTheBlockThrowsAndTellsAFailedRelease)
