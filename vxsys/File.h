@@ -21,6 +21,9 @@ inline constexpr std::uint32_t VX_FILE_CREATE = 0x100;
 inline constexpr std::uint32_t VX_FILE_TRUNCATE = 0x200;
 /// Positioned at the end at the opening.
 inline constexpr std::uint32_t VX_FILE_AT_END = 0x8;
+/// Each write goes to the end of the file. The system finds the end and writes in one step, so that what several writers,
+/// of any program and any user, write in one call each stays whole.
+inline constexpr std::uint32_t VX_FILE_APPEND = 0x10;
 
 /// Which file it is. A file that is made when another has gone may get its number, but not its time of birth.
 struct VXFileIdentity {
@@ -44,9 +47,12 @@ struct VXFileStatus {
 
 /// Opens close-on-exec. `flags` must ask to read or to write, and truncate only to write. `access` is the mode of a file
 /// that is made, less the process's mask. `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. A directory is never
-/// opened: RESULT_ACCESS_DENIED.
+/// opened: RESULT_IS_DIRECTORY.
 VXSYS_API std::int32_t VXFileOpen(
     const char16_t* path, std::uint32_t flags, std::int32_t access, std::uint32_t* handle) noexcept;
+/// Opens the file of `handle` once more, whatever its name is now, with a position of its own; `flags` as above, without
+/// `VX_FILE_CREATE`. The user must have the right to open it that way.
+VXSYS_API std::int32_t VXFileReopen(std::uint32_t handle, std::uint32_t flags, std::uint32_t* other) noexcept;
 /// The handle is gone after a failure too, unless it was none: then the system could not keep what had been written.
 VXSYS_API std::int32_t VXFileClose(std::uint32_t handle) noexcept;
 /// Bytes in the file.
@@ -54,6 +60,9 @@ VXSYS_API std::int32_t VXFileGetSize(std::uint32_t handle, std::int64_t* size) n
 
 /// One system read of up to `length` bytes; `*done` is 0 at the end of the file and after a failure.
 VXSYS_API std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32_t length, std::int32_t* done) noexcept;
+/// Reads from byte `position` on, and leaves the handle's position alone. Else as above.
+VXSYS_API std::int32_t VXFileReadAt(
+    std::uint32_t handle, std::int64_t position, void* target, std::int32_t length, std::int32_t* done) noexcept;
 /// One system write; `*done` may be less than `length`. A closed pipe or connection is a result, never a signal.
 VXSYS_API std::int32_t VXFileWrite(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
@@ -72,14 +81,31 @@ VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) n
 VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
 /// What tells the file from all others, whatever their names: two handles on one file give the same.
 VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* identity) noexcept;
-/// As above and more, by name, behind symbolic links.
+/// As above and more, by name. Symbolic links are followed.
 VXSYS_API std::int32_t VXFileGetStatus(const char16_t* path, VXFileStatus* status) noexcept;
-/// Makes `length` bytes the content of the file, at once: whatever breaks in, a kill or a full disk, who opens the file finds
-/// the old content or the new, whole, and a failure leaves the old one. The file keeps its owner, permissions and symbolic
-/// link; one that is made gets `access` as with VXFileOpen. Denied where the file or its folder may not be written.
-/// `*status`, unless null, is that of the new file.
+/// Makes `length` bytes the content of the file in one step: a process that opens the file finds the old content or the new
+/// one, whole, also after a kill or with a full disk, and a failure leaves the old one. The file keeps its owner, permissions
+/// and symbolic link; one that is made gets `access` as with VXFileOpen. Denied where the file or its folder may not be
+/// written. `*status`, unless null, is that of the new file.
 VXSYS_API std::int32_t VXFileReplace(
     const char16_t* path, const void* content, std::int64_t length, std::int32_t access, VXFileStatus* status) noexcept;
+
+/// The new content of a file, written in steps before it takes the file's place. It has no name until then where the file
+/// system can do so: a kill leaves nothing of it. On other file systems it has a name of its own in the same folder.
+using VXFileReplacement = struct VXFileReplacementTag*;
+
+/// Begins what VXFileReplace does at once. The caller writes the content to `*handle`, which belongs to the replacement and
+/// is not to be closed. After a failure `*replacement` is null.
+VXSYS_API std::int32_t VXFileReplaceBegin(
+    const char16_t* path, std::int32_t access, VXFileReplacement* replacement, std::uint32_t* handle) noexcept;
+/// Flushes the content to disk and makes it that of the file. After a failure the file has its old content. Once for each
+/// replacement. `*status`, unless null, is that of the new file.
+VXSYS_API std::int32_t VXFileReplaceCommit(VXFileReplacement replacement, VXFileStatus* status) noexcept;
+/// Ends a replacement: the handle is closed, and what was not committed is gone. A child process by `fork` ends only its copy.
+VXSYS_API std::int32_t VXFileReplaceEnd(VXFileReplacement replacement) noexcept;
+/// Removes the name of a replacement that was not committed, and nothing else. For a handler of signals that ends the program.
+VXSYS_API void VXFileReplaceDiscard(VXFileReplacement replacement) noexcept;
+
 /// The handle under a stream of the C library, which keeps it; `VX_FILE_INVALID_HANDLE` where there is none.
 VXSYS_API std::uint32_t VXFileFromStream(std::FILE* stream) noexcept;
 

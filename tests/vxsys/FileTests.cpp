@@ -57,7 +57,8 @@ TEST(File, OpensWhatTheFlagsSay)
             {CREATE | VX_FILE_TRUNCATE, "abc", 0, "xy"}, {CREATE | VX_FILE_AT_END, "abc", 0, "abcxy"},
             {VX_FILE_READ | VX_FILE_WRITE, "abc", 0, "xyc"},
             {VX_FILE_READ | VX_FILE_TRUNCATE, "abc", RESULT_INVALID_ARGUMENT, "abc"},
-            {VX_FILE_CREATE, "abc", RESULT_INVALID_ARGUMENT, "abc"}};
+            {VX_FILE_READ | VX_FILE_APPEND, "abc", RESULT_INVALID_ARGUMENT, "abc"},
+            {CREATE | VX_FILE_APPEND, "abc", 0, "abc#xy"}, {VX_FILE_CREATE, "abc", RESULT_INVALID_ARGUMENT, "abc"}};
     for (const auto& [flags, before, result, after] : cases) {
         const Scratch scratch;
         if (before != nullptr)
@@ -66,6 +67,8 @@ TEST(File, OpensWhatTheFlagsSay)
             const File file(scratch.full("file"), flags);
             EXPECT_EQ(file.m_result, result) << flags;
             EXPECT_EQ(file.m_handle == VX_FILE_INVALID_HANDLE, failed(result)) << flags;
+            if ((flags & VX_FILE_APPEND) != 0 && !failed(result))
+                std::ofstream(scratch / "file", std::ios::app) << '#';
             EXPECT_EQ(file.write("xy"), failed(result) ? RESULT_INVALID_HANDLE : 2) << flags;
             EXPECT_EQ(::fcntl(static_cast<int>(file.m_handle), F_GETFD), failed(result) ? -1 : FD_CLOEXEC) << flags;
         }
@@ -78,7 +81,7 @@ TEST(File, TellsWhyItDoesNotOpen)
     const Scratch scratch;
     put(scratch / "file", "");
     const std::pair<std::u16string, std::int32_t> cases[] = {{scratch.full("none"), RESULT_NOT_FOUND},
-        {scratch.full(), RESULT_ACCESS_DENIED}, {scratch.full("file\\a"), RESULT_PATH_NOT_FOUND},
+        {scratch.full(), RESULT_IS_DIRECTORY}, {scratch.full("file\\a"), RESULT_PATH_NOT_FOUND},
         {u"D:\\file", RESULT_PATH_NOT_FOUND}, {u"\\\\server\\share\\file", RESULT_PATH_NOT_FOUND},
         {u"", RESULT_NOT_FOUND}, {scratch.full("a") + u'\xD800', RESULT_INVALID_NAME},
         {scratch.full() + u'\\' + std::u16string(300, u'a'), RESULT_NAME_TOO_LONG},
@@ -143,7 +146,30 @@ std::int32_t replace(const std::u16string& path, std::string_view content, VXFil
     return VXFileReplace(path.c_str(), content.data(), static_cast<std::int64_t>(content.size()), 0666, status);
 }
 
-TEST(FileReplace, KeepsEverythingButTheContent)
+/// Both ways: at once, and in steps.
+std::int32_t replaceInSteps(const std::u16string& path, std::string_view content, VXFileStatus* status = nullptr)
+{
+    if (status != nullptr)
+        *status = {};
+    VXFileReplacement replacement = nullptr;
+    std::uint32_t handle = 0;
+    std::int32_t result = VXFileReplaceBegin(path.c_str(), 0666, &replacement, &handle);
+    EXPECT_EQ(handle == VX_FILE_INVALID_HANDLE, failed(result));
+    for (std::int32_t done = 0; !failed(result) && !content.empty();
+         content.remove_prefix(static_cast<std::size_t>(done)))
+        result = VXFileWriteRegular(
+            handle, content.data(), std::min(static_cast<std::int32_t>(content.size()), 1000), &done);
+    if (!failed(result))
+        result = VXFileReplaceCommit(replacement, status);
+    EXPECT_EQ(VXFileReplaceEnd(replacement), handle == VX_FILE_INVALID_HANDLE ? RESULT_INVALID_ARGUMENT : 0);
+    return result;
+}
+
+class FileReplace : public testing::TestWithParam<decltype(&replace)> { };
+
+INSTANTIATE_TEST_SUITE_P(File, FileReplace, testing::Values(&replace, &replaceInSteps));
+
+TEST_P(FileReplace, KeepsEverythingButTheContent)
 {
     constexpr uid_t OWNER = 12345;
     constexpr gid_t GROUP = 54321;
@@ -157,7 +183,7 @@ TEST(FileReplace, KeepsEverythingButTheContent)
     }
     ASSERT_EQ(::chmod((scratch / "folder/file").c_str(), 06751), 0);
     VXFileStatus status;
-    EXPECT_EQ(replace(scratch.full("link"), "a new one\0!"sv, &status), 0);
+    EXPECT_EQ(GetParam()(scratch.full("link"), "a new one\0!"sv, &status), 0);
     struct stat after { };
     ASSERT_EQ(::lstat((scratch / "folder/file").c_str(), &after), 0);
     EXPECT_EQ(contentOf(scratch / "folder/file"), "a new one\0!"sv);
@@ -173,7 +199,7 @@ TEST(FileReplace, KeepsEverythingButTheContent)
     EXPECT_EQ(status.modified, after.st_mtim.tv_sec * 1'000'000'000 + after.st_mtim.tv_nsec);
 }
 
-TEST(FileReplace, IsDeniedToWhoMayNotWrite)
+TEST_P(FileReplace, IsDeniedToWhoMayNotWrite)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can become somebody else";
@@ -184,9 +210,10 @@ TEST(FileReplace, IsDeniedToWhoMayNotWrite)
     Child child([&](Child::Side&) {
         ASSERT_EQ(::chmod(scratch.getPath().c_str(), 0777), 0);
         ASSERT_EQ(::setresuid(65534, 65534, 65534), 0);
-        EXPECT_EQ(replace(scratch.full("readable"), "new"), RESULT_ACCESS_DENIED);
-        EXPECT_EQ(replace(scratch.full("shared"), "new"), RESULT_ACCESS_DENIED); // it would be another owner's
-        EXPECT_EQ(replace(scratch.full("own"), "new"), 0);
+        EXPECT_EQ(GetParam()(scratch.full("readable"), "new", nullptr), RESULT_ACCESS_DENIED);
+        EXPECT_EQ(
+            GetParam()(scratch.full("shared"), "new", nullptr), RESULT_ACCESS_DENIED); // it would be another owner's
+        EXPECT_EQ(GetParam()(scratch.full("own"), "new", nullptr), 0);
     });
     EXPECT_EQ(child.wait(), 0);
     EXPECT_EQ(contentOf(scratch / "readable"), "old");
@@ -194,21 +221,21 @@ TEST(FileReplace, IsDeniedToWhoMayNotWrite)
     EXPECT_EQ(std::distance(fs::directory_iterator(scratch.getPath()), {}), 3);
 }
 
-TEST(FileReplace, LosesNothingWhereThereIsNoRoom)
+TEST_P(FileReplace, LosesNothingWhereThereIsNoRoom)
 {
     const Scratch scratch;
     put(scratch / "file", "old");
     VXFileStatus status;
     {
         const SizeLimit small(4096);
-        EXPECT_EQ(replace(scratch.full("file"), std::string(5000, 'n'), &status), code(0x800700DF));
+        EXPECT_EQ(GetParam()(scratch.full("file"), std::string(5000, 'n'), &status), code(0x800700DF));
     }
     EXPECT_EQ(status, VXFileStatus());
     EXPECT_EQ(contentOf(scratch / "file"), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(scratch.getPath()), {}), 1);
 }
 
-TEST(FileReplace, LeavesTheOldOrTheNewUnderAKill)
+TEST_P(FileReplace, LeavesTheOldOrTheNewUnderAKill)
 {
     const Scratch scratch;
     const std::string contents[] = {std::string(30'000, 'a'), std::string(90'000, 'b')};
@@ -217,7 +244,7 @@ TEST(FileReplace, LeavesTheOldOrTheNewUnderAKill)
         Child child([&](Child::Side& parent) {
             parent.tell('r');
             for (unsigned turn = 0;; ++turn) {
-                if (replace(scratch.full("file"), contents[turn % 2]) != 0)
+                if (GetParam()(scratch.full("file"), contents[turn % 2], nullptr) != 0)
                     parent.tell('x');
             }
         });
@@ -229,6 +256,58 @@ TEST(FileReplace, LeavesTheOldOrTheNewUnderAKill)
         const std::string found = contentOf(scratch / "file");
         EXPECT_TRUE(found == contents[0] || found == contents[1]) << found.size();
     }
+}
+
+TEST(FileReplacement, HasNoNameUntilItIsCommittedAndLeavesNothing)
+{
+    for (const bool isThere : {false, true}) {
+        const Scratch scratch;
+        if (isThere)
+            put(scratch / "file", "old");
+        const auto entries = [&] { return std::distance(fs::directory_iterator(scratch.getPath()), {}); };
+        const auto descriptors = openDescriptors();
+        VXFileReplacement replacement = nullptr;
+        std::uint32_t handle = 0;
+        ASSERT_EQ(VXFileReplaceBegin(scratch.full("file").c_str(), 0600, &replacement, &handle), 0);
+        EXPECT_EQ(entries(), isThere ? 1 : 0) << "this file system is expected to know unnamed files";
+        EXPECT_EQ(VXFileReplaceEnd(replacement), 0);
+        EXPECT_EQ(entries(), isThere ? 1 : 0);
+        EXPECT_EQ(openDescriptors(), descriptors);
+
+        ASSERT_EQ(VXFileReplaceBegin(scratch.full("file").c_str(), 0600, &replacement, &handle), 0);
+        put(scratch / "file", "from another process"); // which the commit replaces, or finds in a new file's place
+        EXPECT_EQ(VXFileReplaceCommit(replacement, nullptr), 0);
+        EXPECT_EQ(VXFileReplaceEnd(replacement), 0);
+        EXPECT_EQ(contentOf(scratch / "file"), "");
+        EXPECT_EQ(entries(), 1);
+    }
+}
+
+TEST(File, IsReadAgainWhateverItsNameIs)
+{
+    const Scratch scratch;
+    put(scratch / "file", "abcdef");
+    const File file(scratch.full("file"), VX_FILE_WRITE);
+    fs::rename(scratch / "file", scratch / "other");
+    std::uint32_t again = 0;
+    EXPECT_EQ(VXFileReopen(VX_FILE_INVALID_HANDLE, VX_FILE_READ, &again), RESULT_INVALID_HANDLE);
+    ASSERT_EQ(VXFileReopen(file.m_handle, VX_FILE_READ, &again), 0);
+    char bytes[8] = "";
+    std::int32_t done = 0;
+    EXPECT_EQ(VXFileReadAt(again, 4, bytes, 8, &done), 0);
+    EXPECT_EQ(std::string_view(bytes, static_cast<std::size_t>(done)), "ef");
+    std::int64_t position = -1;
+    EXPECT_EQ(VXFileGetPosition(again, &position), 0);
+    EXPECT_EQ(position, 0);
+    EXPECT_EQ(VXFileClose(again), 0);
+}
+
+TEST(Error, TellsDenialDirectoryAndMissingPrivilegeApart)
+{
+    EXPECT_EQ(VXResultFromNative(EACCES), RESULT_ACCESS_DENIED);
+    EXPECT_EQ(VXResultFromNative(EISDIR), RESULT_IS_DIRECTORY);
+    EXPECT_EQ(VXResultFromNative(EPERM), RESULT_NOT_PERMITTED);
+    EXPECT_EQ(VXResultFromNative(1 << 20), RESULT_FAIL);
 }
 
 TEST(Path, ExpandsToTheFullForm)

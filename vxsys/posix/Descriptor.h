@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <unistd.h>
 #include <utility>
 
@@ -36,6 +37,20 @@ public:
 
 private:
     int m_descriptor;
+};
+
+/// A path that leads to the file of a descriptor of this process, whatever name the file has, or none.
+class DescriptorPath {
+public:
+    explicit DescriptorPath(int descriptor) noexcept
+    {
+        std::snprintf(m_path, sizeof m_path, "/proc/self/fd/%d", descriptor);
+    }
+
+    const char* get() const noexcept { return m_path; }
+
+private:
+    char m_path[32];
 };
 
 } // namespace vxsys::detail

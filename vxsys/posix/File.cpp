@@ -3,17 +3,19 @@
 #include "vxsys/Result.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/posix/Descriptor.h"
+#include "vxsys/posix/FileReplacement.h"
 #include "vxsys/posix/FileStatus.h"
-#include "vxsys/posix/ReplaceFile.h"
+#include "vxsys/posix/SignalShield.h"
 
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
-#include <pthread.h>
+#include <memory>
+#include <new>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -23,7 +25,8 @@ namespace {
 using namespace vxsys::results;
 using namespace vxsys::detail;
 
-constexpr std::uint32_t KNOWN_FLAGS = VX_FILE_READ | VX_FILE_WRITE | VX_FILE_CREATE | VX_FILE_TRUNCATE | VX_FILE_AT_END;
+constexpr std::uint32_t KNOWN_FLAGS
+    = VX_FILE_READ | VX_FILE_WRITE | VX_FILE_CREATE | VX_FILE_TRUNCATE | VX_FILE_AT_END | VX_FILE_APPEND;
 constexpr int PERMISSIONS = 0777;
 
 /// The descriptor, or -1, which every call answers with EBADF.
@@ -37,13 +40,17 @@ int openModeOf(std::uint32_t flags) noexcept
 {
     const bool reads = (flags & VX_FILE_READ) != 0;
     const bool writes = (flags & VX_FILE_WRITE) != 0;
-    if ((flags & ~KNOWN_FLAGS) != 0 || (!reads && !writes) || (!writes && (flags & VX_FILE_TRUNCATE) != 0))
+    constexpr std::uint32_t ONLY_WITH_WRITE = VX_FILE_TRUNCATE | VX_FILE_APPEND;
+    if ((flags & ~KNOWN_FLAGS) != 0 || (!reads && !writes) || (!writes && (flags & ONLY_WITH_WRITE) != 0))
         return -1;
-    return (!writes        ? O_RDONLY
-                   : reads ? O_RDWR
-                           : O_WRONLY)
-        | ((flags & VX_FILE_CREATE) != 0 ? O_CREAT : 0) | ((flags & VX_FILE_TRUNCATE) != 0 ? O_TRUNC : 0) | O_CLOEXEC
-        | O_NOCTTY;
+    int mode = O_CLOEXEC | O_NOCTTY | (!writes ? O_RDONLY : reads ? O_RDWR : O_WRONLY);
+    if ((flags & VX_FILE_CREATE) != 0)
+        mode |= O_CREAT;
+    if ((flags & VX_FILE_TRUNCATE) != 0)
+        mode |= O_TRUNC;
+    if ((flags & VX_FILE_APPEND) != 0)
+        mode |= O_APPEND;
+    return mode;
 }
 
 /// Moves by nothing from `origin` and tells where that is; -1 for what has no position, a pipe or a terminal.
@@ -59,82 +66,61 @@ std::int32_t prepare(int descriptor, std::uint32_t flags) noexcept
     if (::fstat(descriptor, &status) != 0)
         return VXResultFromNative(errno);
     if (S_ISDIR(status.st_mode))
-        return RESULT_ACCESS_DENIED;
+        return RESULT_IS_DIRECTORY;
     std::int64_t position = 0;
     return (flags & VX_FILE_AT_END) != 0 ? seek(descriptor, SEEK_END, &position) : RESULT_OK;
 }
 
-/// Keeps SIGPIPE from the calling thread to the end of the block. One that came up meanwhile was ours and is dropped; one
-/// that had been waiting before is somebody else's and goes on waiting.
-class [[nodiscard]] PipeSignalShield {
-public:
-    PipeSignalShield() noexcept
-    {
-        sigset_t waiting;
-        sigemptyset(&m_signal);
-        sigaddset(&m_signal, SIGPIPE);
-        sigpending(&waiting);
-        m_wasWaiting = sigismember(&waiting, SIGPIPE) == 1;
-        pthread_sigmask(SIG_BLOCK, &m_signal, &m_maskBefore);
-    }
-    ~PipeSignalShield()
-    {
-        if (!m_wasWaiting) {
-            constexpr timespec AT_ONCE {};
-            retryOnSignal([&] { return ::sigtimedwait(&m_signal, nullptr, &AT_ONCE); });
-        }
-        pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
-    }
-    PipeSignalShield(const PipeSignalShield&) = delete;
-    PipeSignalShield& operator=(const PipeSignalShield&) = delete;
-
-private:
-    sigset_t m_signal;
-    sigset_t m_maskBefore;
-    bool m_wasWaiting;
-};
-
-/// `write` that never raises SIGPIPE, whatever stands behind the descriptor. `*error` is the native error after -1.
-ssize_t writeWithoutSignal(int descriptor, const void* source, std::size_t length, int* error) noexcept
+std::int32_t openNative(const char* path, int mode, std::uint32_t flags, mode_t access, std::uint32_t* handle) noexcept
 {
-    struct stat status;
-    ssize_t written = ::fstat(descriptor, &status);
-    if (written == 0) {
-        const auto write = [&] { return ::write(descriptor, source, length); };
-        if (S_ISREG(status.st_mode)) {
-            written = retryOnSignal(write);
-        } else if (S_ISSOCK(status.st_mode)) {
-            written = retryOnSignal([&] { return ::send(descriptor, source, length, MSG_NOSIGNAL); });
-        } else {
-            const PipeSignalShield shield;
-            written = retryOnSignal(write);
-            *error = errno;
-            return written;
-        }
+    const int descriptor = retryOnSignal([&] { return ::open(path, mode, access); });
+    if (descriptor == -1)
+        return VXResultFromNative(errno);
+    const std::int32_t result = prepare(descriptor, flags);
+    if (failed(result)) {
+        ::close(descriptor);
+        return result;
     }
-    *error = errno;
-    return written;
+    *handle = static_cast<std::uint32_t>(descriptor);
+    return RESULT_OK;
 }
 
-/// A write by `put(error)`, which gives the bytes written, or -1 and the native error.
-template <class Put>
-std::int32_t writeBy(Put put, const void* source, std::int32_t length, std::int32_t* done) noexcept
+/// `write` that never raises SIGPIPE, whatever the descriptor leads to.
+ssize_t writeWithoutSignal(int descriptor, const void* source, std::size_t length) noexcept
+{
+    struct stat status;
+    if (::fstat(descriptor, &status) != 0)
+        return -1;
+    if (S_ISREG(status.st_mode))
+        return ::write(descriptor, source, length);
+    if (S_ISSOCK(status.st_mode))
+        return ::send(descriptor, source, length, MSG_NOSIGNAL);
+    const SignalShield shield(SIGPIPE);
+    return ::write(descriptor, source, length);
+}
+
+/// Reads or writes by one call of the system, and again after a signal. `transfer` gives the bytes, or -1 and `errno`.
+template <class Transfer>
+std::int32_t transferBy(Transfer transfer, const void* bytes, std::int32_t length, std::int32_t* done) noexcept
 {
     if (done == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *done = 0;
-    if (length < 0 || (source == nullptr && length != 0))
+    if (length < 0 || (bytes == nullptr && length != 0))
         return RESULT_INVALID_ARGUMENT;
 
-    int error = 0;
-    const ssize_t written = put(&error);
-    if (written == -1)
-        return VXResultFromNative(error);
-    *done = static_cast<std::int32_t>(written);
+    const ssize_t count = retryOnSignal(transfer);
+    if (count == -1)
+        return VXResultFromNative(errno);
+    *done = static_cast<std::int32_t>(count);
     return RESULT_OK;
 }
 
 } // namespace
+
+struct VXFileReplacementTag {
+    FileReplacement file;
+};
 
 std::int32_t VXFileOpen(const char16_t* path, std::uint32_t flags, std::int32_t access, std::uint32_t* handle) noexcept
 {
@@ -145,20 +131,22 @@ std::int32_t VXFileOpen(const char16_t* path, std::uint32_t flags, std::int32_t 
     if (mode == -1)
         return RESULT_INVALID_ARGUMENT;
     NativePath native;
-    std::int32_t result = native.assign(path);
-    if (failed(result))
-        return result;
+    const std::int32_t result = native.assign(path);
+    return failed(result) ? result
+                          : openNative(native.get(), mode, flags, static_cast<mode_t>(access & PERMISSIONS), handle);
+}
 
-    const int descriptor = retryOnSignal([&] { return ::open(native.get(), mode, access & PERMISSIONS); });
-    if (descriptor == -1)
+std::int32_t VXFileReopen(std::uint32_t handle, std::uint32_t flags, std::uint32_t* other) noexcept
+{
+    if (other == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *other = VX_FILE_INVALID_HANDLE;
+    const int mode = openModeOf(flags);
+    if (mode == -1 || (flags & VX_FILE_CREATE) != 0)
+        return RESULT_INVALID_ARGUMENT;
+    if (::fcntl(descriptorOf(handle), F_GETFD) == -1)
         return VXResultFromNative(errno);
-    result = prepare(descriptor, flags);
-    if (failed(result)) {
-        ::close(descriptor);
-        return result;
-    }
-    *handle = static_cast<std::uint32_t>(descriptor);
-    return RESULT_OK;
+    return openNative(DescriptorPath(descriptorOf(handle)).get(), mode, flags, 0, other);
 }
 
 std::int32_t VXFileClose(std::uint32_t handle) noexcept
@@ -182,27 +170,22 @@ std::int32_t VXFileGetSize(std::uint32_t handle, std::int64_t* size) noexcept
 
 std::int32_t VXFileRead(std::uint32_t handle, void* target, std::int32_t length, std::int32_t* done) noexcept
 {
-    if (done == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    *done = 0;
-    if (length < 0 || (target == nullptr && length != 0))
-        return RESULT_INVALID_ARGUMENT;
+    return transferBy(
+        [&] { return ::read(descriptorOf(handle), target, static_cast<std::size_t>(length)); }, target, length, done);
+}
 
-    const ssize_t got
-        = retryOnSignal([&] { return ::read(descriptorOf(handle), target, static_cast<std::size_t>(length)); });
-    if (got == -1)
-        return VXResultFromNative(errno);
-    *done = static_cast<std::int32_t>(got);
-    return RESULT_OK;
+std::int32_t VXFileReadAt(
+    std::uint32_t handle, std::int64_t position, void* target, std::int32_t length, std::int32_t* done) noexcept
+{
+    return transferBy([&] { return ::pread(descriptorOf(handle), target, static_cast<std::size_t>(length), position); },
+        target, length, done);
 }
 
 std::int32_t VXFileWrite(std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
 {
-    return writeBy(
-        [&](int* error) {
-            return writeWithoutSignal(descriptorOf(handle), source, static_cast<std::size_t>(length), error);
-        },
-        source, length, done);
+    return transferBy(
+        [&] { return writeWithoutSignal(descriptorOf(handle), source, static_cast<std::size_t>(length)); }, source,
+        length, done);
 }
 
 std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept
@@ -216,15 +199,8 @@ std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept
 std::int32_t VXFileWriteRegular(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept
 {
-    return writeBy(
-        [&](int* error) {
-            const ssize_t written = retryOnSignal(
-                [&] { return ::write(descriptorOf(handle), source, static_cast<std::size_t>(length)); });
-            if (written == -1)
-                *error = errno;
-            return written;
-        },
-        source, length, done);
+    return transferBy(
+        [&] { return ::write(descriptorOf(handle), source, static_cast<std::size_t>(length)); }, source, length, done);
 }
 
 std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept
@@ -248,7 +224,7 @@ std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept
 
 std::int32_t VXFileFlush(std::uint32_t handle) noexcept
 {
-    // EINVAL and EROFS say that there is no disk behind the descriptor, not that the disk failed.
+    // EINVAL and EROFS say that no disk belongs to the descriptor, not that a disk failed.
     if (retryOnSignal([&] { return ::fdatasync(descriptorOf(handle)); }) != 0 && errno != EINVAL && errno != EROFS)
         return VXResultFromNative(errno);
     return RESULT_OK;
@@ -285,8 +261,55 @@ std::int32_t VXFileReplace(
     const std::int32_t result = native.assign(path);
     if (failed(result))
         return result;
-    return replaceFile(
-        native.get(), content, static_cast<std::size_t>(length), static_cast<mode_t>(access & PERMISSIONS), status);
+    FileReplacement file;
+    int error = file.begin(native.get(), static_cast<mode_t>(access & PERMISSIONS));
+    if (error == 0)
+        error = file.write(content, static_cast<std::size_t>(length));
+    if (error == 0)
+        error = file.commit(status);
+    return VXResultFromNative(error);
+}
+
+std::int32_t VXFileReplaceBegin(
+    const char16_t* path, std::int32_t access, VXFileReplacement* replacement, std::uint32_t* handle) noexcept
+{
+    if (replacement != nullptr)
+        *replacement = nullptr;
+    if (handle != nullptr)
+        *handle = VX_FILE_INVALID_HANDLE;
+    if (replacement == nullptr || handle == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    NativePath native;
+    const std::int32_t result = native.assign(path);
+    if (failed(result))
+        return result;
+    std::unique_ptr<VXFileReplacementTag> begun(new (std::nothrow) VXFileReplacementTag);
+    if (begun == nullptr)
+        return RESULT_OUT_OF_MEMORY;
+    if (const int error = begun->file.begin(native.get(), static_cast<mode_t>(access & PERMISSIONS)); error != 0)
+        return VXResultFromNative(error);
+    *handle = static_cast<std::uint32_t>(begun->file.descriptor());
+    *replacement = begun.release();
+    return RESULT_OK;
+}
+
+std::int32_t VXFileReplaceCommit(VXFileReplacement replacement, VXFileStatus* status) noexcept
+{
+    if (status != nullptr)
+        *status = {};
+    return replacement != nullptr ? VXResultFromNative(replacement->file.commit(status)) : RESULT_INVALID_ARGUMENT;
+}
+
+std::int32_t VXFileReplaceEnd(VXFileReplacement replacement) noexcept
+{
+    delete replacement;
+    return replacement != nullptr ? RESULT_OK : RESULT_INVALID_ARGUMENT;
+}
+
+void VXFileReplaceDiscard(VXFileReplacement replacement) noexcept
+{
+    if (replacement != nullptr)
+        replacement->file.discard();
 }
 
 std::uint32_t VXFileFromStream(std::FILE* stream) noexcept

@@ -204,7 +204,7 @@ TEST(FileInputStream, ReadsToTheEnd)
     EXPECT_EQ(FileInputStream(path).skip(10), 4);
     stream.close();
     EXPECT_EQ(resultOf([&] { stream.read(bytes, 1); }), RESULT_INVALID_HANDLE);
-    EXPECT_EQ(resultOf([&] { FileInputStream(String(scratch.full().c_str())); }), RESULT_ACCESS_DENIED);
+    EXPECT_EQ(resultOf([&] { FileInputStream(String(scratch.full().c_str())); }), RESULT_IS_DIRECTORY);
     EXPECT_EQ(resultOf([&] { FileInputStream {String()}; }), RESULT_NOT_FOUND);
     EXPECT_EQ(
         resultOf([&] { FileOutputStream(String((scratch.full() + u"\\no\\file").c_str()), LOCK); }), RESULT_NOT_FOUND);

@@ -1,0 +1,250 @@
+#include "vxsys/posix/FileReplacement.h"
+
+#include "vxsys/detail/Path.h"
+#include "vxsys/detail/Retry.h"
+#include "vxsys/posix/FileStatus.h"
+
+#include <atomic>
+#include <cerrno>
+#include <concepts>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace vxsys::detail {
+
+namespace {
+
+constexpr mode_t ALL_MODE_BITS = 07777;
+
+int copyPath(const char* path, char (&target)[NATIVE_PATH_SIZE]) noexcept
+{
+    const std::size_t length = std::strlen(path);
+    if (length >= sizeof target)
+        return ENAMETOOLONG;
+    std::memcpy(target, path, length + 1);
+    return 0;
+}
+
+/// Flushes to disk. EINVAL and EROFS say that no disk belongs to the descriptor, not that a disk failed.
+int flush(int descriptor) noexcept
+{
+    if (retryOnSignal([&] { return ::fsync(descriptor); }) != 0 && errno != EINVAL && errno != EROFS)
+        return errno;
+    return 0;
+}
+
+/// Calls `make` with names beside `place` until one is not taken; that one comes into `name`.
+template <std::predicate<const char*> Make>
+int withNewName(const FilePlace& place, char (&name)[FilePlace::NAME_SIZE], Make&& make) noexcept
+{
+    static constinit std::atomic<unsigned> s_number = 0;
+    for (;;) {
+        char tail[40];
+        const int tailLength
+            = std::snprintf(tail, sizeof tail, ".%d-%u.new", static_cast<int>(::getpid()), s_number.fetch_add(1));
+        const auto room = static_cast<int>(FilePlace::NAME_SIZE - 1) - tailLength;
+        char tried[FilePlace::NAME_SIZE];
+        std::snprintf(tried, sizeof tried, "%.*s%s", room, place.name(), tail);
+        if (make(tried)) {
+            std::memcpy(name, tried, sizeof tried);
+            return 0;
+        }
+        if (errno != EEXIST)
+            return errno;
+    }
+}
+
+/// Keeps all signals from the calling thread to the end of the block.
+class [[nodiscard]] SignalPause {
+public:
+    SignalPause() noexcept
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    }
+    ~SignalPause() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    SignalPause(const SignalPause&) = delete;
+    SignalPause& operator=(const SignalPause&) = delete;
+
+private:
+    sigset_t m_before;
+};
+
+} // namespace
+
+int FilePlace::find(const char* path) noexcept
+{
+    constexpr int MOST_LINKS = 40; // as many as the kernel follows
+    char rest[NATIVE_PATH_SIZE];
+    int error = copyPath(path, rest);
+    m_folder.reset(AT_FDCWD);
+    for (int links = 0; error == 0; ++links) {
+        if (links > MOST_LINKS)
+            return ELOOP;
+        error = enter(rest);
+        if (error != 0)
+            return error;
+        const ssize_t length = ::readlinkat(m_folder.get(), m_name, rest, sizeof rest);
+        if (length == -1)
+            return errno == EINVAL || errno == ENOENT ? 0 : errno; // no link, or nothing yet
+        if (static_cast<std::size_t>(length) == sizeof rest)
+            return ENAMETOOLONG;
+        rest[length] = '\0';
+    }
+    return error;
+}
+
+/// Splits `path`, which is relative to the folder so far, into the next folder and the name in it.
+int FilePlace::enter(char* path) noexcept
+{
+    char* slash = std::strrchr(path, '/');
+    const char* name = slash != nullptr ? slash + 1 : path;
+    if (*name == '\0')
+        return EISDIR;
+    if (std::strlen(name) >= sizeof m_name)
+        return ENAMETOOLONG;
+    std::strcpy(m_name, name);
+    const char* folder = slash == nullptr ? "." : slash == path ? "/" : path;
+    if (slash != nullptr && slash != path)
+        *slash = '\0';
+    const int entered
+        = retryOnSignal([&] { return ::openat(m_folder.get(), folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    if (entered == -1)
+        return errno;
+    m_folder.reset(entered);
+    return 0;
+}
+
+int FileReplacement::begin(const char* path, mode_t mode) noexcept
+{
+    m_process = ::getpid();
+    int error = m_place.find(path);
+    if (error == 0)
+        error = openOld();
+    if (error == 0) // readable by no one else before it has the rights of the old file, which may be narrow
+        error = openNew(m_old.isOpen() ? S_IRUSR | S_IWUSR : mode);
+    return error;
+}
+
+int FileReplacement::write(const void* content, std::size_t length) const noexcept
+{
+    const char* bytes = static_cast<const char*>(content);
+    while (length > 0) {
+        const ssize_t written = retryOnSignal([&] { return ::write(m_file.get(), bytes, length); });
+        if (written == -1)
+            return errno;
+        bytes += written;
+        length -= static_cast<std::size_t>(written);
+    }
+    return 0;
+}
+
+int FileReplacement::commit(VXFileStatus* status) noexcept
+{
+    int error = m_old.isOpen() ? takeRights() : 0;
+    if (error == 0)
+        error = flush(m_file.get());
+    if (error == 0)
+        error = takePlace();
+    if (error == 0 && status != nullptr)
+        error = readStatus(m_file.get(), "", AT_EMPTY_PATH, *status);
+    return error == 0 ? flush(m_place.folder()) : error;
+}
+
+void FileReplacement::discard() noexcept
+{
+    if (*m_name != '\0' && ::getpid() == m_process) {
+        ::unlinkat(m_place.folder(), m_name, 0);
+        *m_name = '\0';
+    }
+}
+
+/// Opens the file that is replaced, to see that it may be written. None is no error.
+int FileReplacement::openOld() noexcept
+{
+    m_old.reset(retryOnSignal([&] {
+        return ::openat(m_place.folder(), m_place.name(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }));
+    if (!m_old.isOpen())
+        return errno == ENOENT ? 0 : errno == ENXIO ? EACCES : errno;
+    struct stat status;
+    if (::fstat(m_old.get(), &status) != 0)
+        return errno;
+    return S_ISREG(status.st_mode) ? 0 : EACCES;
+}
+
+int FileReplacement::openNew(mode_t mode) noexcept
+{
+    m_file.reset(
+        retryOnSignal([&] { return ::openat(m_place.folder(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, mode); }));
+    if (m_file.isOpen()) {
+        if (::faccessat(AT_FDCWD, DescriptorPath(m_file.get()).get(), F_OK, AT_EACCESS)
+            == 0) // its name comes by way of this path
+            return 0;
+    } else if (errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT && errno != EINVAL) {
+        return errno;
+    }
+    return withNewName(m_place, m_name, [&](const char* name) {
+        m_file.reset(retryOnSignal([&] {
+            return ::openat(m_place.folder(), name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+        }));
+        return m_file.isOpen();
+    });
+}
+
+/// Takes over owner, mode and access list. The mode comes last: a change of owner takes bits away from it.
+int FileReplacement::takeRights() const noexcept
+{
+    struct stat own;
+    struct stat old;
+    if (::fstat(m_file.get(), &own) != 0 || ::fstat(m_old.get(), &old) != 0)
+        return errno;
+    if ((own.st_uid != old.st_uid || own.st_gid != old.st_gid) && ::fchown(m_file.get(), old.st_uid, old.st_gid) != 0)
+        return errno == EPERM ? EACCES : errno; // it would become another user's file
+    constexpr const char* ACCESS_LIST = "system.posix_acl_access";
+    char list[8192];
+    const ssize_t size = ::fgetxattr(m_old.get(), ACCESS_LIST, list, sizeof list);
+    if (size > 0) {
+        if (::fsetxattr(m_file.get(), ACCESS_LIST, list, static_cast<std::size_t>(size), 0) != 0)
+            return errno;
+    } else if (size == -1 && errno != ENODATA && errno != ENOTSUP) {
+        return errno;
+    }
+    return ::fchmod(m_file.get(), old.st_mode & ALL_MODE_BITS) == 0 ? 0 : errno;
+}
+
+int FileReplacement::takePlace() noexcept
+{
+    const SignalPause pause;
+    if (*m_name != '\0')
+        return replaceOld();
+    const DescriptorPath unnamed(m_file.get());
+    const auto link = [&](const char* name) {
+        return ::linkat(AT_FDCWD, unnamed.get(), m_place.folder(), name, AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (!m_old.isOpen()) {
+        if (link(m_place.name()))
+            return 0;
+        if (errno != EEXIST) // else another process has made one since
+            return errno;
+    }
+    const int error = withNewName(m_place, m_name, link);
+    return error == 0 ? replaceOld() : error;
+}
+
+int FileReplacement::replaceOld() noexcept
+{
+    if (::renameat(m_place.folder(), m_name, m_place.folder(), m_place.name()) != 0)
+        return errno;
+    *m_name = '\0';
+    return 0;
+}
+
+} // namespace vxsys::detail
