@@ -1,5 +1,6 @@
 #include "legacy/CVXCmdLineParser.h"
 
+#include "vx/TerminatedText.h"
 #include "vx/util/detail/CommandLineCoreImpl.h"
 
 namespace {
@@ -90,7 +91,7 @@ void CVXCmdLineParser::parse(const char16_t* text)
 
 void CVXCmdLineParser::parse(int count, char** const arguments)
 {
-    parse(vx::util::joinArguments(count, arguments).getData());
+    parse(vx::TerminatedText(vx::util::joinArguments(count, arguments)));
 }
 
 int CVXCmdLineParser::getElementCount() const

@@ -1,33 +1,23 @@
 #include "vx/Number.h"
 
 #include "vx/String.h"
+#include "vx/TerminatedText.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
 #include "vxsys/Number.h"
-
-#include <string>
-#include <string_view>
 
 namespace vx {
 
 namespace {
 
-/// `read` of the text, zero-terminated, which a part of another text need not be.
-template <class Read>
-auto readTerminated(const String& text, Read read)
-{
-    const std::u16string_view view = text.view();
-    return !view.empty() && view.data()[view.size()] == 0 ? read(view.data()) : read(std::u16string(view).c_str());
-}
-
 std::int32_t readSigned(const String& text)
 {
-    return readTerminated(text, VXStrToIW);
+    return VXStrToIW(TerminatedText(text));
 }
 
 std::uint32_t readUnsigned(const String& text, int radix)
 {
-    return readTerminated(text, [&](const char16_t* units) { return VXStrToULW(units, nullptr, radix); });
+    return VXStrToULW(TerminatedText(text), nullptr, radix);
 }
 
 } // namespace
@@ -216,7 +206,7 @@ std::uint64_t Number::parseUInt64(const String& text, int radix)
 
 double Number::parseDouble(const String& text)
 {
-    return readTerminated(text, [](const char16_t* units) { return VXStrToDW(units, nullptr); });
+    return VXStrToDW(TerminatedText(text), nullptr);
 }
 
 float Number::parseFloat(const String& text)

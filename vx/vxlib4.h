@@ -26,6 +26,7 @@
 #include "vx/StrBuf1.h"
 #include "vx/String.h"
 #include "vx/StringLiteral.h"
+#include "vx/TerminatedText.h"
 #include "vx/ThreadAnnotations.h"
 #include "vx/collections/Collection.h"
 #include "vx/collections/ConstIterator.h"

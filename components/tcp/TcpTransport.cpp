@@ -1,6 +1,7 @@
 #include "TcpTransport.h"
 
 #include <vx/Exception.h>
+#include <vx/TerminatedText.h>
 #include <vx/io/Channels.h>
 #include <vx/net/SocketAddress.h>
 #include <vx/net/TcpClientSocket2.h>
@@ -42,7 +43,8 @@ private:
             return 0;
         const String text = properties.get(key);
         const char16_t* end = nullptr;
-        const std::int32_t number = VXStrToLW(text.getData(), &end, 10);
+        const TerminatedText terminated(text);
+        const std::int32_t number = VXStrToLW(terminated, &end, 10);
         if (text.isEmpty() || *end != 0 || number < 0 || number > most)
             throw ResultException(RESULT_INVALID_ARGUMENT, String(key).append(u" is no number: ").append(text));
         return number;

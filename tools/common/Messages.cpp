@@ -1,5 +1,6 @@
 #include "Messages.h"
 
+#include <vx/TerminatedText.h>
 #include <vx/i18n/Locale.h>
 
 #include <string_view>
@@ -41,7 +42,7 @@ std::string Messages::patternOf(const Message& message)
 {
     try {
         if (m_locale) {
-            const Reference<i18n::Locale> locale(new i18n::Locale(String(*m_locale).getData()));
+            const Reference<i18n::Locale> locale(new i18n::Locale(TerminatedText(String(*m_locale))));
             m_locale.reset();
             m_bundle = i18n::StringBundle::getBundle(u"Tools", locale.get());
         }

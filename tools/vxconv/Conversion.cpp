@@ -7,6 +7,7 @@
 
 #include <vx/Exception.h>
 #include <vx/Reference.h>
+#include <vx/TerminatedText.h>
 #include <vx/io/BufferedReader.h>
 #include <vx/io/FileInputStream.h>
 #include <vx/io/FileOutputStream.h>
@@ -34,7 +35,7 @@ template <class Converter>
 String canonicalName(const std::string& encoding)
 {
     try {
-        const Reference<Converter> converter(Converter::getConverter(String(encoding).getData()));
+        const Reference<Converter> converter(Converter::getConverter(TerminatedText(String(encoding))));
         return converter->getEncodingName();
     } catch (const Exception&) { // also for a name that is no UTF-8
         throw Failure("unknown encoding \"" + encoding + "\"", "vxconv --list prints the known ones");
@@ -48,8 +49,8 @@ public:
         : m_name(input.name())
         , m_progress(input.size())
         , m_encoding(canonicalName<ByteToCharConverter>(options.from))
-        , m_reader(
-              new InputStreamReader(new CheckedInput(input, m_encoding, m_progress), m_encoding.getData(), BLOCK_SIZE))
+        , m_reader(new InputStreamReader(
+              new CheckedInput(input, m_encoding, m_progress), TerminatedText(m_encoding), BLOCK_SIZE))
     {
         m_reader->setSubstitutionMode(!options.strict);
         if (options.lines)
@@ -106,7 +107,7 @@ public:
         , m_outputName(output.name())
         , m_encoding(canonicalName<CharToByteConverter>(options.to))
         , m_writer(new OutputStreamWriter(new FileOutputStream(static_cast<std::uint32_t>(output.descriptor()), false),
-              m_encoding.getData(), BLOCK_SIZE))
+              TerminatedText(m_encoding), BLOCK_SIZE))
     {
         m_writer->setSubstitutionMode(!options.strict);
     }

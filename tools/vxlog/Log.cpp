@@ -9,6 +9,7 @@
 #include "common/Input.h"
 
 #include <vx/Exceptions.h>
+#include <vx/TerminatedText.h>
 #include <vx/io/BufferedReader.h>
 #include <vx/io/FileOutputStream.h>
 #include <vx/io/InputStreamReader.h>
@@ -97,7 +98,7 @@ public:
     {
         try {
             m_reader = new io::BufferedReader(
-                new io::InputStreamReader(new EndingInput(input), String(options.encoding).getData(), BLOCK_SIZE),
+                new io::InputStreamReader(new EndingInput(input), TerminatedText(String(options.encoding)), BLOCK_SIZE),
                 BLOCK_SIZE);
         } catch (const text::charset::UnknownEncodingException&) {
             throw Failure(UNKNOWN_ENCODING(options.encoding), SEE_LIST());

@@ -6,6 +6,7 @@
 
 #include <vx/Exception.h>
 #include <vx/NumberBoxes.h>
+#include <vx/TerminatedText.h>
 #include <vx/collections/Set.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/log/BasicLogWriter.h>
@@ -23,6 +24,7 @@ namespace {
 
 using vx::Reference;
 using vx::String;
+using vx::TerminatedText;
 using vx::log::ILogEntry;
 
 /// An entry that carries its receipt through the chain.
@@ -118,8 +120,8 @@ void LogFile::open(const Settings& settings)
         moveAside(settings.log);
     const Reference<vx::io::FileOutputStream> file(
         new vx::io::FileOutputStream(String(std::string_view(settings.log)), vx::io::FileOutputStream::APPEND));
-    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(
-        new vxtools::EntryStream(file.get()), String(std::string_view(settings.encoding)).getData(), BUFFER_SIZE));
+    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vxtools::EntryStream(file.get()),
+        TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
     m_writer = settings.format == Format::XML
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
         : vx::log::BasicLogWriter::create(writer.get());

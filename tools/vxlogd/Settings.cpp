@@ -1,5 +1,6 @@
 #include "Settings.h"
 
+#include <vx/TerminatedText.h>
 #include <vx/util/IniFile.h>
 #include <vx/util/IniFileException.h>
 #include <vx/util/IniFileIterator.h>
@@ -100,11 +101,11 @@ void readFile(Settings& settings, const std::string& path)
     constexpr unsigned int LONGEST_VALUE = 512;
     const vx::String name = std::string_view(path);
     try {
-        vx::util::IniFile file(name.getData(), nullptr, 1);
+        vx::util::IniFile file(vx::TerminatedText(name), nullptr, 1);
         for (vx::util::IniFileKeyIterator keys(file, SET); keys.hasNext();) {
             const vx::String key = keys.next();
             char16_t value[LONGEST_VALUE];
-            if (file.GetValue(SET, key.getData(), value, LONGEST_VALUE) != 0)
+            if (file.GetValue(SET, vx::TerminatedText(key), value, LONGEST_VALUE) != 0)
                 throw std::invalid_argument(path + ": cannot be read");
             const SettingRow* row = std::begin(SETTINGS);
             while (row != std::end(SETTINGS) && !key.equals(vx::String(row->name), true))

@@ -6,6 +6,7 @@
 
 #include <vx/Exception.h>
 #include <vx/Result.h>
+#include <vx/TerminatedText.h>
 #include <vx/util/RegKeyIterator.h>
 #include <vxsys/Component.h>
 
@@ -44,6 +45,8 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 using vx::String;
+using vx::SystemName;
+using vx::TerminatedText;
 using vx::util::RegistryKey;
 using vxtools::Failure;
 
@@ -82,9 +85,9 @@ String libraryPath(const std::string& name)
 void callLibrary(const std::string& name, std::int32_t (*call)(const char16_t*))
 {
     const String path = libraryPath(name);
-    if (const std::int32_t result = call(path.getData()); vx::failed(result)) {
+    if (const std::int32_t result = call(TerminatedText(path)); vx::failed(result)) {
         // What the library's own function gives has the store's meaning.
-        const std::int32_t loading = VXComCheckLibrary(path.getData());
+        const std::int32_t loading = VXComCheckLibrary(TerminatedText(path));
         throw Failure(path.toUtf8(), vx::failed(loading) ? textOfLibrary(loading) : textOfStore(result));
     }
 }
@@ -103,7 +106,7 @@ void resolve(const Arguments& arguments)
 {
     const String progId = fromUtf8(arguments[0]);
     _GUID classId;
-    const std::int32_t result = VXComClassIDFromProgID(progId.getData(), &classId);
+    const std::int32_t result = VXComClassIDFromProgID(TerminatedText(progId), &classId);
     if (result == vx::RESULT_CLASS_NOT_AVAILABLE)
         throw Failure(arguments[0], "no class has this name; is its library registered?");
     if (vx::failed(result))
@@ -116,7 +119,7 @@ void resolve(const Arguments& arguments)
     const std::string serverName = server.getKey().toUtf8();
     const String library = about(serverName, [&] { return server.getValueString(String()); });
     print("library  " + library.toUtf8());
-    if (const std::int32_t loading = VXComCheckLibrary(library.getData()); vx::failed(loading))
+    if (const std::int32_t loading = VXComCheckLibrary(SystemName(library)); vx::failed(loading))
         throw Failure(library.toUtf8(), textOfLibrary(loading));
     void* object = nullptr;
     const std::int32_t made = VXModuleComCreateObject(nullptr, &classId, nullptr, &IVXUnknown::IID, &object);
@@ -228,7 +231,7 @@ void importBranch(const Arguments& arguments)
             if (entry.hasValue)
                 writeValue(entry.key, entry.name, entry.value);
             else
-                vx::throwIfFailed(VXRegistryCreateKey(entry.key.getVXHKEY(), entry.key.getKey(true).getData()));
+                vx::throwIfFailed(VXRegistryCreateKey(entry.key.getVXHKEY(), SystemName(entry.key.getKey(true))));
         });
     }
 }

@@ -88,6 +88,17 @@ public:
         return true;
     }
 
+    /// The text where a zero unit is known to end it, else null. Only storage of its own is known: the unit after
+    /// wrapped text is somebody else's, and may not even be readable.
+    static const char16_t* terminated(const String& text) noexcept
+    {
+        if (!isExactly<String>(text) || !isExactly<util::RWCharBuffer>(*text.m_buffer))
+            return nullptr;
+        const Storage& storage = static_cast<const util::RWCharBuffer&>(*text.m_buffer).m_storage;
+        const int length = storage.length();
+        return length > 0 && storage.data()[length - 1] == 0 ? storage.data() : nullptr;
+    }
+
     /// A new buffer with count 0 and without text.
     static util::RWCharBuffer* make(int capacity)
     {

@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/collections/vorb/LinkedList.h"
 
 namespace vx::i18n {
@@ -36,7 +37,7 @@ Reference<const collections::Collection<String>> ComStringBundle::getKeys() cons
 String ComStringBundle::lookupString(const String& key) const
 {
     const Reference<String> value(new String); // a component may count what it is handed
-    static_cast<void>(m_component->LoadCharBuffer(key.getData(), value.get())); // a failure leaves it empty
+    static_cast<void>(m_component->LoadCharBuffer(TerminatedText(key), value.get())); // a failure leaves it empty
     return *value;
 }
 

@@ -1,6 +1,7 @@
 #include "vx/i18n/Locale.h"
 
 #include "vx/Exceptions.h"
+#include "vx/TerminatedText.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Defaults.h"
@@ -35,7 +36,7 @@ std::int32_t giveDisplay(LocaleFace& face, IVXCharBuffer* target, IVXLocale* inL
             throwResult(RESULT_POINTER);
         const Reference<String> name(new String);
         throwIfFailed(inLocale->ToString(name.get()));
-        const Reference<Locale> in(new Locale(name->getData()));
+        const Reference<Locale> in(new Locale(TerminatedText(*name)));
         copyTo(target, (static_cast<Locale&>(face).*get)(in.get()));
     });
 }

@@ -1,6 +1,7 @@
 #include "vx/i18n/StringBundle.h"
 
 #include "vx/Exception.h"
+#include "vx/TerminatedText.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/i18n/ComStringBundle.h"
 #include "vx/util/CopyCharBuffer.h"
@@ -23,14 +24,14 @@ Reference<StringBundle> tryLocale(const String& name, const String& locale)
     String progId(u"Velmaris.");
     progId.append(name).append(u".StringBundle.").append(locale);
     _GUID classId;
-    if (failed(VXComClassIDFromProgID(progId.getData(), &classId)))
+    if (!SystemName::isValid(progId) || failed(VXComClassIDFromProgID(TerminatedText(progId), &classId)))
         return nullptr;
     Reference<IVXResourceBundle> component;
     if (failed(VXModuleComCreateObject(
             vx::detail::getOwnModule(), &classId, nullptr, &IVXResourceBundle::IID, component.outVoid()))) {
         return nullptr;
     }
-    return new ComStringBundle(component.get(), Reference<Locale>(new Locale(locale.getData())).get());
+    return new ComStringBundle(component.get(), Reference<Locale>(new Locale(TerminatedText(locale))).get());
 }
 
 /// Tries the locale, then without its variant, then without its country.
@@ -64,7 +65,7 @@ std::int32_t StringBundleFace::LoadString(const char16_t* key, char16_t* value, 
     return vorb::atBoundary([&] {
         const String text = static_cast<const StringBundle&>(*this).getString(key);
         constexpr std::uint32_t MOST = std::numeric_limits<std::int32_t>::max();
-        VXStrNCpyW(value, text.getData(), static_cast<std::int32_t>(std::min(*length, MOST)));
+        VXStrNCpyW(value, TerminatedText(text), static_cast<std::int32_t>(std::min(*length, MOST)));
         *length = std::min(*length, static_cast<std::uint32_t>(text.getLength()) + 1);
     });
 }

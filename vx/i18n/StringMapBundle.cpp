@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/sync/ScopedLock.h"
@@ -36,7 +37,7 @@ std::int32_t StringMapBundle::GetResource(std::int32_t index, IVXCharBuffer* key
     return vorb::resultAtBoundary([&] {
         const Reference<String> found = buildKeySet().get(index);
         VXCopyCharBuffer(key, found.get());
-        return value != nullptr ? LoadCharBuffer(found->getData(), value) : RESULT_OK;
+        return value != nullptr ? LoadCharBuffer(TerminatedText(*found), value) : RESULT_OK;
     });
 }
 

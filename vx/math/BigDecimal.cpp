@@ -2,6 +2,7 @@
 
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/TerminatedText.h"
 #include "vx/detail/TextRange.h"
 #include "vx/detail/Truncated.h"
 #include "vxsys/Number.h"
@@ -210,7 +211,7 @@ std::int64_t BigDecimal::toInt64() const
 
 double BigDecimal::toDouble() const
 {
-    return VXStrToDW(toString().getData(), nullptr);
+    return VXStrToDW(TerminatedText(toString()), nullptr);
 }
 
 BigInteger BigDecimal::toBigInteger() const

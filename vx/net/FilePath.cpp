@@ -3,6 +3,7 @@
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/sync/ScopedLock.h"
 #include "vxsys/Mount.h"
 #include "vxsys/Net.h"
@@ -90,7 +91,7 @@ void FilePath::initFromMounts()
     std::int32_t kind = VX_MOUNT_LOCAL;
     std::int32_t behind = 0;
     char16_t source[MAX_SOURCE];
-    if (VXMountFind(fullPath.getData(), &kind, source, MAX_SOURCE, &behind) < 0 || kind == VX_MOUNT_LOCAL) {
+    if (VXMountFind(SystemName(fullPath), &kind, source, MAX_SOURCE, &behind) < 0 || kind == VX_MOUNT_LOCAL) {
         initLocal(fullPath);
         return;
     }

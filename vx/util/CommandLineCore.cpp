@@ -1,5 +1,6 @@
 #include "vx/util/detail/CommandLineCoreImpl.h"
 
+#include "vx/TerminatedText.h"
 #include "vxsys/Number.h"
 
 namespace vx::util {
@@ -10,9 +11,10 @@ namespace {
 template <class Convert>
 auto numberIn(const String& text, const char16_t* complaint, Convert convert)
 {
+    const TerminatedText terminated(text);
     const char16_t* end = nullptr;
-    const auto value = convert(text.getData(), &end);
-    if (end == text.getData())
+    const auto value = convert(terminated, &end);
+    if (end == terminated)
         throw Exception(complaint);
     return value;
 }

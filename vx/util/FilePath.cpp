@@ -1,6 +1,7 @@
 #include "vx/util/FilePath.h"
 
 #include "vx/Exceptions.h"
+#include "vx/TerminatedText.h"
 #include "vx/util/PathNormalizer.h"
 #include "vxsys/File.h"
 
@@ -150,7 +151,7 @@ String FilePath::getCanonicalPath() const
     if (isUNCPath())
         return m_path;
     return askSystem<MAX_CANONICAL>(
-        [&](char16_t* text, std::int32_t size) { return VXPathExpand(m_path.getData(), text, size); });
+        [&](char16_t* text, std::int32_t size) { return VXPathExpand(SystemName(m_path), text, size); });
 }
 
 String FilePath::getChildPath(const char16_t*) const

@@ -1,6 +1,7 @@
 #include "vx/util/IniFile.h"
 
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/sync/ScopedWait.h"
 #include "vx/util/IniFileException.h"
 #include "vx/util/detail/IniText.h"
@@ -160,7 +161,7 @@ std::int32_t IniFile::GetValue(const char16_t* set, const char16_t* key, char16_
         return RESULT_NOT_FOUND;
     const String& found = m_sets[setName][keyName];
     const auto needed = static_cast<unsigned int>(found.getLength()) + 1;
-    VXStrNCpyW(value, found.getData(), static_cast<std::int32_t>(std::min(needed, capacity)));
+    VXStrNCpyW(value, TerminatedText(found), static_cast<std::int32_t>(std::min(needed, capacity)));
     return needed > capacity ? RESULT_BUFFER_TOO_SMALL : RESULT_OK;
 }
 
@@ -168,7 +169,7 @@ int IniFile::load()
 {
     m_sets.clear();
     std::string bytes;
-    const std::int32_t result = readFile(m_path.getData(), bytes);
+    const std::int32_t result = readFile(TerminatedText(m_path), bytes);
     m_isReadable = result >= 0 || result == RESULT_NOT_FOUND;
     if (result < 0)
         return NOT_LOADED;
@@ -184,7 +185,7 @@ int IniFile::WriteToFile(const char16_t* path)
         return NOT_WRITTEN;
     const std::string bytes = detail::printIniText(m_sets);
     VXFileStatus status;
-    const std::int32_t result = VXFileReplace(path != nullptr ? path : m_path.getData(), bytes.data(),
+    const std::int32_t result = VXFileReplace(path != nullptr ? path : TerminatedText(m_path).get(), bytes.data(),
         static_cast<std::int64_t>(bytes.size()), READ_AND_WRITE, &status);
     if (result < 0)
         return NOT_WRITTEN;
@@ -195,7 +196,7 @@ int IniFile::WriteToFile(const char16_t* path)
 void IniFile::checkAndUpdate()
 {
     VXFileStatus status;
-    if (VXFileGetStatus(m_path.getData(), &status) < 0)
+    if (VXFileGetStatus(TerminatedText(m_path), &status) < 0)
         return;
     if (status != m_status || !m_isReadable)
         load();

@@ -2,9 +2,9 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/collections/Element.h"
 #include "vx/util/RegistryKey.h"
-#include "vx/util/detail/RegistryText.h"
 
 namespace vx::util {
 
@@ -15,7 +15,7 @@ using OpenEnum = std::int32_t (*)(ENUM_VX_HKEY hive, const char16_t* key, VXRegi
 VXRegistryEnum open(OpenEnum openEnum, ENUM_VX_HKEY hive, const String& key)
 {
     VXRegistryEnum handle = nullptr;
-    throwIfFailed(openEnum(hive, detail::registryText(key), &handle));
+    throwIfFailed(openEnum(hive, SystemName(key), &handle));
     return handle;
 }
 

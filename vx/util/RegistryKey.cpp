@@ -2,10 +2,10 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/RWByteBuffer.h"
 #include "vx/util/RegKeyIterator.h"
-#include "vx/util/detail/RegistryText.h"
 
 #include <cstring>
 
@@ -149,25 +149,24 @@ RegistryKey RegistryKey::getSubkey(const String& name) const
 
 void RegistryKey::remove() const
 {
-    throwIfFailed(VXRegistryDeleteKey(m_hive, detail::registryText(m_key)));
+    throwIfFailed(VXRegistryDeleteKey(m_hive, SystemName(m_key)));
 }
 
 void RegistryKey::deleteValue(const String& name) const
 {
-    throwIfFailed(VXRegistryDeleteValue(m_hive, detail::registryText(m_key), detail::registryText(name)));
+    throwIfFailed(VXRegistryDeleteValue(m_hive, SystemName(m_key), SystemName(name)));
 }
 
 bool RegistryKey::valueExists(const String& name) const
 {
-    return detail::isRegistryText(m_key) && detail::isRegistryText(name)
-        && !failed(VXRegistryGetValue(m_hive, m_key.getData(), name.getData(), nullptr, nullptr, nullptr));
+    return SystemName::isValid(m_key) && SystemName::isValid(name)
+        && !failed(VXRegistryGetValue(m_hive, TerminatedText(m_key), TerminatedText(name), nullptr, nullptr, nullptr));
 }
 
 ENUM_VX_REG_TYPE RegistryKey::getValueType(const String& name) const
 {
     ENUM_VX_REG_TYPE type {};
-    throwIfFailed(
-        VXRegistryGetValue(m_hive, detail::registryText(m_key), detail::registryText(name), &type, nullptr, nullptr));
+    throwIfFailed(VXRegistryGetValue(m_hive, SystemName(m_key), SystemName(name), &type, nullptr, nullptr));
     return type;
 }
 
@@ -213,7 +212,7 @@ void RegistryKey::setValue(const String& name, const String& text) const
     constexpr int LONGEST = INT32_MAX / static_cast<int>(sizeof(char16_t)) - 1;
     if (text.getLength() > LONGEST)
         throw ResultException(RESULT_INVALID_ARGUMENT);
-    setValue(name, VX_REG_STRING, text.getData(), (text.getLength() + 1) * static_cast<int>(sizeof(char16_t)));
+    setValue(name, VX_REG_STRING, TerminatedText(text), (text.getLength() + 1) * static_cast<int>(sizeof(char16_t)));
 }
 
 void RegistryKey::setValue(const String& name, const signed char* data, std::int32_t length) const
@@ -265,18 +264,18 @@ void RegistryKey::normalize()
 
 void RegistryKey::setValue(const String& name, ENUM_VX_REG_TYPE type, const void* data, std::int32_t length) const
 {
-    throwIfFailed(
-        VXRegistrySetValue(m_hive, detail::registryText(m_key), detail::registryText(name), type, data, length));
+    throwIfFailed(VXRegistrySetValue(m_hive, SystemName(m_key), SystemName(name), type, data, length));
 }
 
 std::int32_t RegistryKey::tryGetValue(const String& name, ENUM_VX_REG_TYPE type, void* data, std::int32_t& length) const
 {
-    if (!detail::isRegistryText(m_key) || !detail::isRegistryText(name)) {
+    if (!SystemName::isValid(m_key) || !SystemName::isValid(name)) {
         length = 0;
         return RESULT_INVALID_NAME;
     }
     ENUM_VX_REG_TYPE found {};
-    const std::int32_t result = VXRegistryGetValue(m_hive, m_key.getData(), name.getData(), &found, data, &length);
+    const std::int32_t result
+        = VXRegistryGetValue(m_hive, TerminatedText(m_key), TerminatedText(name), &found, data, &length);
     if (!failed(result) && found != type)
         throw Exception(u"Registry type mismatch");
     return result;

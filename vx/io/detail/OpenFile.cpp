@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vxsys/File.h"
 
 namespace vx::io::detail {
@@ -10,11 +11,8 @@ std::uint32_t openFile(const String& path, std::uint32_t flags)
 {
     constexpr std::int32_t OWNER_ALL = 0700;
 
-    if (path.view().find(u'\0') != std::u16string_view::npos) // would reach another file than the one named
-        throwResult(RESULT_INVALID_ARGUMENT);
-
     std::uint32_t handle = VX_FILE_INVALID_HANDLE;
-    throwIfFailed(VXFileOpen(path.getData(), flags, OWNER_ALL, &handle));
+    throwIfFailed(VXFileOpen(SystemName(path, RESULT_INVALID_ARGUMENT), flags, OWNER_ALL, &handle));
     return handle;
 }
 

@@ -3,6 +3,7 @@
 #include "vx/Exception.h"
 #include "vx/Result.h"
 #include "vx/String.h"
+#include "vx/TerminatedText.h"
 #include "vx/io/Channels.h"
 #include "vx/util/PropertySet.h"
 #include "vxsys/Component.h"
@@ -69,7 +70,7 @@ Reference<io::IChannel> VorbConnector::connect()
 
 VorbTransport::VorbTransport(const String& progId)
 {
-    throwIfFailed(VXComCreateObjectByProgID(progId.getData(), nullptr, &IVXTransport::IID, m_transport.outVoid()));
+    throwIfFailed(VXComCreateObjectByProgID(SystemName(progId), nullptr, &IVXTransport::IID, m_transport.outVoid()));
 }
 
 VorbTransport::~VorbTransport() noexcept(false) = default;

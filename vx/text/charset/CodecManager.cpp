@@ -4,6 +4,7 @@
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/text/charset/BTCMultiByte.h"
@@ -44,7 +45,7 @@ Reference<IVXCharCodec> createCodec(const char16_t* name)
     progId.append(name);
     _GUID classId;
     Reference<IVXCharCodec> codec;
-    if (failed(VXComClassIDFromProgID(progId.getData(), &classId))
+    if (failed(VXComClassIDFromProgID(TerminatedText(progId), &classId))
         || failed(VXModuleComCreateObject(
             vx::detail::getOwnModule(), &classId, nullptr, &IVXCharCodec::IID, codec.outVoid()))) {
         return nullptr;

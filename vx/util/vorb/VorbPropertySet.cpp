@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/TerminatedText.h"
 #include "vx/collections/vorb/HashSet.h"
 #include "vx/util/CopyCharBuffer.h"
 
@@ -25,13 +26,13 @@ VorbPropertySet::~VorbPropertySet() noexcept(false) = default;
 void VorbPropertySet::set(const String& key, const String& value)
 {
     const Reference<String> text(new String(value));
-    throwIfFailed(m_foreign->Set(key.getData(), text->GetUnknown()));
+    throwIfFailed(m_foreign->Set(TerminatedText(key), text->GetUnknown()));
 }
 
 String VorbPropertySet::get(const String& key) const
 {
     Reference<IVXCharBuffer> value;
-    throwIfFailed(m_foreign->Get(key.getData(), IVXCharBuffer::IID, value.outVoid()));
+    throwIfFailed(m_foreign->Get(TerminatedText(key), IVXCharBuffer::IID, value.outVoid()));
     String text(64);
     VXCopyCharBuffer(&text, value.get());
     return text;
@@ -41,7 +42,7 @@ bool VorbPropertySet::hasProperty(const String& key) const
 {
     Reference<IVXCharBuffer> value;
     try {
-        return m_foreign->Get(key.getData(), IVXCharBuffer::IID, value.outVoid()) >= 0;
+        return m_foreign->Get(TerminatedText(key), IVXCharBuffer::IID, value.outVoid()) >= 0;
     } catch (const Exception&) { // a set of this library throws for a key that it lacks
         return false;
     }
@@ -76,7 +77,7 @@ String VorbPropertySet::remove(const String& key)
 {
     Reference<IVXCharBuffer> value;
     String text;
-    if (m_foreign->Remove(key.getData(), IVXCharBuffer::IID, value.outVoid()) >= 0 && value != nullptr)
+    if (m_foreign->Remove(TerminatedText(key), IVXCharBuffer::IID, value.outVoid()) >= 0 && value != nullptr)
         VXCopyCharBuffer(&text, value.get());
     return text;
 }
