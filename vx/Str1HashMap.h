@@ -15,10 +15,15 @@
 
 namespace vx {
 
-/// A chained hash map from text to `T`, for one thread; without writers, `get` and `containsKey` are safe from many.
+/// A chained hash map from text to `T`.
 ///
-/// Entries hold their key by `Str1::detached`: a key in embedded or foreign storage is copied. Iteration goes through the
-/// buckets in order, and within one from the newest entry on, until a rehash turns them round.
+/// Keys, and values that are `Str1`, are kept by `Str1::detached`: text in embedded or foreign storage is copied. Iteration
+/// goes through the buckets in order, and within a bucket from the newest entry to the oldest; each rehash reverses the
+/// order of the entries that stay together in a bucket.
+///
+/// Threads: one at a time. While no thread writes, several may call `containsKey`, and `get` where `T` is not `Str1`, if
+/// each thread passes a key whose buffer no other thread uses: a look-up changes the key's reference count, which is
+/// a plain number. For the same reason `get` of a `Str1` value, which shares the buffer of the entry, needs a lock.
 template <class T>
 class VX_API Str1HashMap {
     struct Node {
@@ -35,7 +40,7 @@ public:
 
     using ValueArgument = std::conditional_t<std::is_pointer_v<T>, T, const T&>;
 
-    /// A place in the map, good until the map changes.
+    /// A place in the map, valid until the map changes.
     struct KeyValueIterator {
         const Str1HashMap* map = nullptr;
         std::uint32_t modificationCount = 0;
@@ -55,8 +60,8 @@ public:
     /// False leaves `value` as it is.
     virtual bool get(const Str1& key, T& value) const;
     virtual int getSize() const;
-    /// Stores the old value, if there is one, in `*previous`, which may be null. A new value for a key that is there does
-    /// not disturb iterators.
+    /// Stores the old value, if there is one, in `*previous`, which may be null. Iterators stay valid when the key was
+    /// there before.
     virtual void put(const Str1& key, ValueArgument value, T* previous = nullptr);
     virtual void remove(const Str1& key, T* previous = nullptr);
     virtual void iteratorInit(KeyValueIterator& iterator) const;
@@ -72,14 +77,14 @@ public:
     std::uint32_t getKeyHashCode(const Str1& key) const { return key.hashCode(); }
 
 protected:
-    /// Replaces the table, and all entries go with the old one.
+    /// Replaces the table by an empty one, and removes all entries.
     void allocTable(int capacity);
 
 private:
     static constexpr float LEAST_LOAD = 0.01F;
     static constexpr std::int32_t LARGEST = std::numeric_limits<std::int32_t>::max();
 
-    /// A chain goes one by one: it may be longer than the stack is deep.
+    /// Releases a chain entry by entry, since the recursion of the destructors could exceed the stack.
     static void release(NodePtr chain) noexcept
     {
         while (chain != nullptr)
@@ -95,6 +100,15 @@ private:
         return std::make_unique<NodePtr[]>(static_cast<std::size_t>(capacity));
     }
 
+    /// The form of a value in which an entry keeps it.
+    static T kept(ValueArgument value)
+    {
+        if constexpr (std::is_same_v<T, Str1>)
+            return value.detached();
+        else
+            return value;
+    }
+
     NodePtr& bucketOf(std::uint32_t hash) const noexcept
     {
         return m_table[hash % static_cast<std::uint32_t>(m_capacity)];
@@ -103,7 +117,7 @@ private:
     NodePtr& find(const Str1& normalized, std::uint32_t hash) const noexcept;
     void setCapacity(std::int32_t capacity) noexcept;
     void rehash();
-    /// Goes on to the head of the next bucket that has one.
+    /// Moves to the first entry of the next bucket that is not empty.
     void findBucket(KeyValueIterator& iterator) const noexcept;
 
     std::int32_t m_size = 0;
@@ -176,13 +190,13 @@ void Str1HashMap<T>::put(const Str1& key, ValueArgument value, T* previous)
     normalizeKey(normalized, key);
     const std::uint32_t hash = getKeyHashCode(normalized);
     if (const NodePtr& node = find(normalized, hash)) {
-        T old = std::exchange(node->value, value); // `previous` may be where `value` lies
+        T old = std::exchange(node->value, kept(value)); // `previous` may be where `value` lies
         if (previous != nullptr)
             *previous = std::move(old);
         return;
     }
 
-    NodePtr node(new Node {normalized.detached(), value, hash, nullptr});
+    NodePtr node(new Node {normalized.detached(), kept(value), hash, nullptr});
     ++m_modificationCount;
     if (m_size >= m_threshold)
         rehash();
@@ -250,7 +264,7 @@ void Str1HashMap<T>::allocTable(int capacity)
     const std::int32_t oldCapacity = std::exchange(m_capacity, capacity);
     setCapacity(capacity);
     m_size = 0;
-    ++m_modificationCount; // no iterator may reach what goes now
+    ++m_modificationCount; // before destructors of values run, which may use an iterator
     release(std::move(table), oldCapacity);
 }
 
@@ -284,8 +298,8 @@ void Str1HashMap<T>::rehash()
         NodePtr chain = std::move(table[static_cast<std::size_t>(bucket)]);
         while (chain != nullptr) {
             NodePtr& head = bucketOf(chain->hash);
-            chain->next.swap(head); // the rest of the chain waits in `head` ...
-            chain.swap(head); // ... and changes places with the node
+            chain->next.swap(head); // `head` holds the rest of the chain now ...
+            chain.swap(head); // ... and the node after this
         }
     }
 }
