@@ -71,7 +71,6 @@ private:
 /// Code page 437 of the published mapping; bytes below 0x20 are the control characters.
 class VX_API BTCCP437 : public BTCSingleByteTable {
 public:
-    using BTCSingleByteTable::BTCSingleByteTable;
     BTCCP437() noexcept;
     ~BTCCP437() noexcept override;
 };
@@ -79,7 +78,6 @@ public:
 /// Code page 1252 of the published mapping; 0x81, 0x8D, 0x8F, 0x90 and 0x9D have no character.
 class VX_API BTCCP1252 : public BTCSingleByteTable {
 public:
-    using BTCSingleByteTable::BTCSingleByteTable;
     BTCCP1252() noexcept;
     ~BTCCP1252() noexcept override;
 };

@@ -76,7 +76,6 @@ private:
 /// The inverse of BTCCP437.
 class VX_API CTBCP437 : public CTBSingleByteTable {
 public:
-    using CTBSingleByteTable::CTBSingleByteTable;
     CTBCP437() noexcept;
     ~CTBCP437() noexcept override;
 };
@@ -84,7 +83,6 @@ public:
 /// The inverse of BTCCP1252.
 class VX_API CTBCP1252 : public CTBSingleByteTable {
 public:
-    using CTBSingleByteTable::CTBSingleByteTable;
     CTBCP1252() noexcept;
     ~CTBCP1252() noexcept override;
 };

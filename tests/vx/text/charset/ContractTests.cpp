@@ -26,6 +26,10 @@
 namespace vx::text::charset {
 namespace {
 
+// A table under the name of a code page that it is not.
+static_assert(!std::is_constructible_v<BTCCP437, const char16_t*, const char16_t*>);
+static_assert(!std::is_constructible_v<CTBCP1252, const char16_t*, const int*, const unsigned char*>);
+
 /// The twins, by what differs in their names.
 struct Decoder {
     using Converter = ByteToCharConverter;
