@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace vx {
 
@@ -23,10 +25,14 @@ using Units = std::char_traits<char16_t>;
 /// string's storage.
 void String::splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill)
 {
-    StringWriteLock target(*this, 0, insert);
+    const auto clip = [&](int length) {
+        const int from = clipped(start, length);
+        return std::pair(from, clipped(count, length - from));
+    };
+    StringWriteLock target(
+        *this, 0, [&](int length) { return std::max<std::int64_t>(insert - clip(length).second, 0); });
     const int oldLength = target.length();
-    start = clipped(start, oldLength);
-    count = clipped(count, oldLength - start);
+    std::tie(start, count) = clip(oldLength);
     const std::int64_t newLength = oldLength + insert - count;
     if (newLength > LONGEST_TEXT)
         throwBadAllocation();
@@ -154,7 +160,7 @@ String& String::remove(int start, int count)
 void String::resize(int length, char16_t fill)
 {
     length = std::max(length, 0);
-    StringWriteLock target(*this, length);
+    StringWriteLock target(*this, length, [length](int old) { return std::max(length - old, 0); });
     if (target.length() < length)
         std::fill(target.data() + target.length(), target.data() + length, fill);
     target.setLength(length);

@@ -20,7 +20,6 @@ using detail::StringWriteLock;
 namespace {
 
 constexpr int NOT_FOUND = -1;
-constexpr char16_t BLANKS[] = u" \t\r\n";
 
 /// Where a search backwards begins: -1 and all beyond the end mean the last unit, anything below nothing.
 int clippedToLast(int from, int length) noexcept
@@ -389,7 +388,9 @@ int String::findLastNotOf(const String& set, int from, bool ignoreCase) const
 
 void String::trim(TrimType type)
 {
-    trim(BLANKS, -1, type);
+    StringWriteLock target(*this);
+    trimUnits(
+        target, type, [](char16_t unit) { return unit == u' ' || unit == u'\t' || unit == u'\r' || unit == u'\n'; });
 }
 
 void String::trim(char16_t ch, TrimType type)

@@ -66,7 +66,7 @@ TEST(String, ReplacesARange)
 TEST(String, EditsInAllForms)
 {
     const String piece(u"XY");
-    const std::tuple<const char*, Edit, const char16_t*> cases[] = {
+    const std::tuple<const char*, Edit, std::u16string_view> cases[] = {
         {"append", [&](String& s) { (s.append(u"XYZ", 2).append(piece) += u"Z") += piece; }, u"  abc \tXYXYZXY"},
         {"append units", [](String& s) { s.append(u'x', 2).append(u'y') += u'z'; }, u"  abc \txxyz"},
         {"append views", [](String& s) { s.append(std::u16string(u"x\u20AC")) += std::u16string_view(u"y"); },
@@ -103,6 +103,7 @@ TEST(String, EditsInAllForms)
         {"trim wide", [](String& s) { s = u"\u2003a\u2003\u3000", s.trim(u"\u3000\u2003"); }, u"a"},
         {"trim nothing", [](String& s) { s.trim(u""), s.trim(static_cast<const char16_t*>(nullptr)); }, u"  abc \t"},
         {"trim all", [](String& s) { s = u" \r\n\t ", s.trim(); }, u""},
+        {"trim no zero units", [](String& s) { s.setTo(u" \0a\0 ", 5), s.trim(); }, {u"\0a\0", 3}},
     };
     for (const auto& [what, edit, expected] : cases) {
         const char16_t* literalText = u"  abc \t";
@@ -167,6 +168,30 @@ TEST(String, TakesItsOwnTextAsASource)
     b.setTo(String::AcquireWrap, c, 3, 6);
     EXPECT_EQ(b.getData(), c.getData() + 3);
     EXPECT_EQ(b.getLength(), 3);
+}
+
+TEST(String, TakesNoMoreRoomForAnEditOfASharerThanTheEditNeeds)
+{
+    const String text(u'x', 1000), other(u'y', 1000);
+    const struct {
+        const char* what;
+        Edit edit;
+        std::size_t units; ///< with the terminator, in steps of 16
+    } rows[] = {
+        {"same length", [&](String& s) { s = other; }, 1008},
+        {"shorter", [&](String& s) { s.replace(0, 500, u"y"); }, 1008},
+        {"longer", [&](String& s) { s.replace(0, 10, other); }, 2000},
+        {"behind", [](String& s) { s.append(u'y', 20); }, 1024},
+        {"unit", [](String& s) { s.setCharAt(0, u'y'); }, 1008},
+        {"resize", [](String& s) { s.resize(3000, u'y'); }, 3008},
+    };
+    for (const auto& row : rows) {
+        String sharer(text);
+        AllocationProbe probe;
+        row.edit(sharer);
+        EXPECT_EQ(probe.lastRawSize(), row.units * sizeof(char16_t)) << row.what;
+        EXPECT_EQ(probe.count(), 2) << row.what << ": the buffer and its storage";
+    }
 }
 
 TEST(String, RefusesTextsThatCannotBeCounted)

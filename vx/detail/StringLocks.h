@@ -7,6 +7,7 @@
 #include "vx/util/RWCharBuffer.h"
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -111,6 +112,9 @@ public:
         return new (memory) util::RWCharBuffer(place, units);
     }
 
+    /// Gives back the room after the text, apart from that for `least` units in all.
+    static void releaseExtra(util::RWCharBuffer& buffer, int least) noexcept { buffer.m_storage.releaseExtra(least); }
+
     /// A new buffer with count 0 that holds `length` units and the terminator, in room for no less than `capacity`.
     static util::RWCharBuffer* copyOf(const char16_t* text, int length, int capacity = 0)
     {
@@ -181,14 +185,19 @@ private:
 /// of the block, with a terminator behind it; without one it keeps the length it had.
 class [[nodiscard]] StringWriteLock {
 public:
-    /// A copy on write has room for `more` units behind the text at once.
-    explicit StringWriteLock(String& text, int minimumLength = 0, std::int64_t more = 0)
+    explicit StringWriteLock(String& text, int minimumLength = 0)
+        : StringWriteLock(text, minimumLength, [](int) { return 0; })
+    {
+    }
+    /// A copy on write gets room for `more(length)` units after the text of that length, in one allocation.
+    template <std::invocable<int> More>
+    StringWriteLock(String& text, int minimumLength, More more)
         : m_text(text)
     {
         if (isExactly<String>(text)) {
             m_storage = PlainBuffer::soleStorage(*text.m_buffer);
             if (m_storage == nullptr && PlainBuffer::isKnown(*text.m_buffer))
-                m_storage = copyFirst(more);
+                m_storage = copyFirst(more(text.String::getLength()));
         }
         if (m_storage == nullptr) {
             lockView(minimumLength);

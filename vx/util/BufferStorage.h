@@ -73,6 +73,18 @@ public:
             realloc(minimum);
     }
 
+    /// Gives back the room after the units in use, apart from that for `least` units in all. Exhaustion leaves it.
+    void releaseExtra(int least) noexcept
+    {
+        const std::int64_t units = adjust(std::max(length(), least));
+        if (isBorrowed() || units == 0 || units >= capacity())
+            return;
+        if (void* memory = VXMemRealloc(data(), static_cast<std::size_t>(units) * sizeof(Unit))) {
+            setData(static_cast<Unit*>(memory));
+            m_capacity = static_cast<int>(units);
+        }
+    }
+
     /// The same capacity and the units in it; a length that was told beyond the capacity has none there.
     void assign(const BufferStorage& other) { assign(other.data(), other.held(), other.capacity()); }
     int held() const noexcept { return std::min(length(), capacity()); }
