@@ -21,6 +21,9 @@ public:
     /// Names are equal without regard to the case of ASCII letters; null equals null alone.
     bool encodingEquals(const char16_t* name) const;
 
+    /// Gives back the room that the encoding did not need; exhaustion leaves it.
+    void releaseExtra() noexcept;
+
 private:
     std::unique_ptr<char16_t[]> m_encoding;
 };

@@ -2,6 +2,7 @@
 
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/detail/InsertUtf8.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
 #include "vxsys/Memory.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <ostream>
 
 namespace vx {
 
@@ -538,7 +538,7 @@ void Str1::Appendor::setRemCap(std::int32_t n)
 
 std::ostream& operator<<(std::ostream& stream, const Str1& text)
 {
-    return stream << text.toUtf8();
+    return detail::insertUtf8(stream, text);
 }
 
 } // namespace vx

@@ -48,7 +48,10 @@ public:
     /// A unit is no capacity.
     explicit Str1(bool) = delete;
     explicit Str1(char) = delete;
+    explicit Str1(wchar_t) = delete;
+    explicit Str1(char8_t) = delete;
     explicit Str1(char16_t) = delete;
+    explicit Str1(char32_t) = delete;
     Str1(std::nullptr_t) = delete;
     /// Shares the buffer of `other`.
     Str1(const Str1& other) noexcept;
@@ -59,13 +62,16 @@ public:
     /// Copies the text.
     Str1(const char16_t* text, std::int32_t length = -1);
     Str1(std::u16string_view text);
-    /// Decodes narrow text. A null `encoding` is the default encoding; one that nobody knows throws
-    /// UnknownEncodingException.
+    /// Decodes narrow text. A null `encoding` is the default encoding; an unknown one throws UnknownEncodingException.
     Str1(const char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
     Str1(const signed char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
-    /// Decodes UTF-8, as the encoding of that name does.
+    /// These decode UTF-8. A byte that begins no character becomes U+FFFD. An encoded surrogate, and an end inside a
+    /// character, throw InvalidCharacterException. A null pointer is an empty text.
     Str1(std::string_view utf8);
     Str1(std::u8string_view utf8);
+    Str1(const std::string& utf8);
+    Str1(const std::u8string& utf8);
+    Str1(const char8_t* utf8);
     virtual ~Str1();
 
     /// A buffer with room for `capacity` units that is ready for use at no cost, or null.
@@ -130,8 +136,17 @@ public:
     std::uint32_t hashCode() const noexcept;
     /// A position or -1, also for a negative `from`.
     int indexOf(char16_t ch, int from = 0, bool ignoreCase = false) const noexcept;
+    /// A bool is no position.
+    template <std::same_as<bool> Flag>
+    int indexOf(char16_t, Flag) const = delete;
     bool startsWith(const Str1& text, bool ignoreCase = false) const noexcept;
     bool startsWith(const char16_t* text, int length = -1, bool ignoreCase = false) const noexcept;
+    /// A bool directly after the text is `ignoreCase`, not a length of 1.
+    template <std::same_as<bool> Flag>
+    bool startsWith(const char16_t* text, Flag ignoreCase) const noexcept
+    {
+        return startsWith(text, -1, ignoreCase);
+    }
 
     /// Shares the buffer, as the constructor from a range does.
     Str1 substring(std::int32_t start, std::int32_t end = -1) const& { return Str1(*this, start, end); }
@@ -147,7 +162,7 @@ public:
     /// Valid until the text changes.
     std::u16string_view view() const noexcept { return {getData0(), static_cast<std::size_t>(m_length)}; }
     operator std::u16string_view() const noexcept { return view(); }
-    /// A leading surrogate without its trailing one throws InvalidCharacterException.
+    /// A surrogate without its other half, leading or trailing, throws InvalidCharacterException.
     std::string toUtf8() const;
 
     /// These three give 0; a byte sequence that ends inside a character gives RESULT_FAIL, behind what was whole.
@@ -334,7 +349,8 @@ private:
 
 extern template class VX_API Str1Fixed<128>;
 
-/// Writes UTF-8.
+/// Writes UTF-8. Throws only what the stream's own exceptions() asks for: a text that `toUtf8` refuses, and exhaustion, set
+/// the stream's badbit.
 VX_API std::ostream& operator<<(std::ostream& stream, const Str1& text);
 
 } // namespace vx

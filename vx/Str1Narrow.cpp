@@ -6,6 +6,7 @@
 #include "vx/detail/EncodeText.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
+#include "vx/text/charset/CharsetException.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Text.h"
@@ -17,6 +18,7 @@ namespace vx {
 
 using text::charset::ByteToCharConverter;
 using text::charset::CharToByteConverter;
+using text::charset::InvalidCharacterException;
 
 namespace {
 
@@ -53,11 +55,27 @@ Str1::Str1(const signed char* bytes, std::int32_t length, const char16_t* encodi
 Str1::Str1(std::string_view utf8)
     : Str1()
 {
-    throwIfFailed(appendA(utf8.data(), lengthOf(utf8.size()), UTF_8));
+    if (failed(appendA(utf8.data(), lengthOf(utf8.size()), UTF_8)))
+        throw InvalidCharacterException(u"Invalid UTF-8 sequence (incomplete at the end)");
 }
 
 Str1::Str1(std::u8string_view utf8)
     : Str1(std::string_view(reinterpret_cast<const char*>(utf8.data()), utf8.size()))
+{
+}
+
+Str1::Str1(const std::string& utf8)
+    : Str1(std::string_view(utf8))
+{
+}
+
+Str1::Str1(const std::u8string& utf8)
+    : Str1(std::u8string_view(utf8))
+{
+}
+
+Str1::Str1(const char8_t* utf8)
+    : Str1(utf8 != nullptr ? std::u8string_view(utf8) : std::u8string_view())
 {
 }
 

@@ -18,10 +18,6 @@ namespace vx::util {
 class IByteBuffer;
 }
 
-namespace vx::text::charset {
-class ByteToCharConverter;
-}
-
 namespace vx::detail {
 class PlainBuffer;
 class StringReadLock;
@@ -72,17 +68,26 @@ public:
     String(AcquireMode mode, const char16_t* text, int length = -1, int capacity = 0);
     /// AcquireShare adopts the buffer, whose length counts a terminator; the others read it as text without one.
     String(AcquireMode mode, util::ICharBuffer* buffer);
-    /// Decodes narrow text. A null `encoding` is the default encoding; one that nobody knows throws
-    /// UnknownEncodingException.
+    /// A mode is no length; it comes first.
+    String(const char16_t* text, AcquireMode) = delete;
+    /// Decodes narrow text. A null `encoding` is the default encoding; an unknown one throws UnknownEncodingException.
     String(const char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);
     String(const signed char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);
     String(const unsigned char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);
     String(std::u16string_view text);
-    /// Decodes UTF-8, as the encoding of that name does.
+    /// These decode UTF-8, as do the assignments of the same arguments. A byte that begins no character becomes U+FFFD. An
+    /// encoded surrogate, and an end inside a character, throw InvalidCharacterException. A null pointer is an empty text.
     String(std::string_view utf8);
     String(std::u8string_view utf8);
-    /// A narrow character is no capacity.
+    String(const std::string& utf8);
+    String(const std::u8string& utf8);
+    String(const char8_t* utf8);
+    /// A character or a truth value is no capacity.
+    explicit String(bool) = delete;
     explicit String(char) = delete;
+    explicit String(wchar_t) = delete;
+    explicit String(char8_t) = delete;
+    explicit String(char32_t) = delete;
     String(std::nullptr_t) = delete;
 
     /// What the constructors of the same arguments make.
@@ -102,8 +107,12 @@ public:
     String& operator=(std::u16string_view text);
     String& operator=(std::string_view utf8);
     String& operator=(std::u8string_view utf8);
+    String& operator=(const std::string& utf8);
+    String& operator=(const std::u8string& utf8);
+    String& operator=(const char8_t* utf8);
     String& setTo(const String& other);
     String& setTo(const char16_t* text, int length = -1);
+    String& setTo(const char16_t* text, AcquireMode) = delete;
     String& setTo(char16_t ch, int count = 1);
     String& setTo(AcquireMode mode, const char16_t* text, int length = -1);
     String& setTo(AcquireMode mode, const String& other, int start = 0, int end = -1);
@@ -193,7 +202,7 @@ public:
     /// Takes space, tab, carriage return and line feed off the ends.
     void trim(TrimType type = TrimBoth);
     void trim(char16_t ch, TrimType type = TrimBoth);
-    /// `set` is zero-terminated, whatever `length` says.
+    /// `set` is zero-terminated, whatever `length` says. Its terminator is part of it: zero units are trimmed too.
     void trim(const char16_t* set, int length = -1, TrimType type = TrimBoth);
     void trim(const char16_t* set, TrimType type) { trim(set, -1, type); }
     void trim(const String& set, TrimType type = TrimBoth);
@@ -205,7 +214,7 @@ public:
 
     bool equals(const String& other, bool ignoreCase = false) const;
     bool equals(const char16_t* text, int length = -1, bool ignoreCase = false) const;
-    /// Here and below: a flag behind a text is no length.
+    /// Here and below, a bool directly after a zero-terminated text is `ignoreCase`, not a length of 1.
     template <std::same_as<bool> Flag>
     bool equals(const char16_t* text, Flag ignoreCase) const
     {
@@ -226,6 +235,15 @@ public:
     int regionCompare(int start, int count, const String& other, int otherStart = 0, bool ignoreCase = false) const;
     int regionCompare(
         int start, int count, const char16_t* text, int length = -1, int textStart = 0, bool ignoreCase = false) const;
+    /// Here and below, deleted forms refuse a bool where a length or a position belongs.
+    template <class Text, std::same_as<bool> Flag>
+    bool regionMatches(int, int, const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    bool regionMatches(int, int, const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int regionCompare(int, int, const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int regionCompare(int, int, const char16_t*, int, Flag) const = delete;
     bool startsWith(const String& text, bool ignoreCase = false) const;
     bool startsWith(const char16_t* text, int length = -1, bool ignoreCase = false) const;
     template <std::same_as<bool> Flag>
@@ -267,6 +285,34 @@ public:
     int findLastOf(const String& set, int from = -1, bool ignoreCase = false) const;
     int findLastNotOf(const char16_t* set, int length = -1, int from = -1, bool ignoreCase = false) const;
     int findLastNotOf(const String& set, int from = -1, bool ignoreCase = false) const;
+    template <class Text, std::same_as<bool> Flag>
+    int indexOf(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int indexOf(const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int lastIndexOf(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int lastIndexOf(const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int findFirstOf(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int findFirstOf(const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int findFirstOfCase(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int findFirstOfCase(const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int findFirstNotOf(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int findFirstNotOf(const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int findLastOf(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int findLastOf(const char16_t*, int, Flag) const = delete;
+    template <class Text, std::same_as<bool> Flag>
+    int findLastNotOf(const Text&, Flag) const = delete;
+    template <std::same_as<bool> Flag>
+    int findLastNotOf(const char16_t*, int, Flag) const = delete;
 
     /// Becomes the template with `{0}`, `{1}`, ... filled from zero-terminated UTF-16 arguments (`const char16_t*`), taken
     /// in order for as long as the next number occurs in the template. Text that was inserted is not looked at again.
@@ -293,7 +339,7 @@ public:
     /// Valid until the text changes.
     std::u16string_view view() const;
     operator std::u16string_view() const { return view(); }
-    /// A lone surrogate throws InvalidCharacterException.
+    /// A surrogate without its other half, leading or trailing, throws InvalidCharacterException.
     std::string toUtf8() const;
 
     friend bool operator==(const String& left, const String& right) { return left.equals(right, false); }
@@ -324,7 +370,6 @@ private:
     bool isOwnText(const char16_t* text) const;
     void splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill);
     void internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity);
-    void decode(text::charset::ByteToCharConverter& decoder, const char* bytes, int length, int capacity);
     String& setToUtf8(std::string_view bytes);
 
     Reference<IVXCharBuffer> m_buffer;
@@ -336,7 +381,8 @@ VX_API String operator+(const char16_t* left, const String& right);
 VX_API String operator+(char16_t left, const String& right);
 VX_API String operator+(const String& left, const String& right);
 
-/// Writes UTF-8.
+/// Writes UTF-8. Throws only what the stream's own exceptions() asks for: a text that `toUtf8` refuses, and exhaustion, set
+/// the stream's badbit.
 VX_API std::ostream& operator<<(std::ostream& stream, const String& text);
 
 } // namespace vx

@@ -1,9 +1,9 @@
 #include "vx/String.h"
 
 #include "vx/StringLiteral.h"
+#include "vx/detail/InsertUtf8.h"
 
 #include <charconv>
-#include <ostream>
 #include <vector>
 
 namespace vx {
@@ -172,7 +172,7 @@ String String::valueOf(char16_t value)
 
 std::ostream& operator<<(std::ostream& stream, const String& text)
 {
-    return stream << text.toUtf8();
+    return detail::insertUtf8(stream, text);
 }
 
 } // namespace vx

@@ -14,17 +14,20 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <string>
 
 namespace vx {
 
 using detail::lengthOf;
+using detail::LONGEST_TEXT;
 using detail::PlainBuffer;
 using detail::StringReadLock;
 using text::charset::BTCUTF8;
 using text::charset::ByteToCharConverter;
 using text::charset::CharToByteConverter;
 using text::charset::CTBUTF8;
+using text::charset::InvalidCharacterException;
 using util::ByteWriteLock;
 using util::RWCharBuffer;
 
@@ -39,6 +42,32 @@ int room(int length, int factor)
     return static_cast<int>(needed);
 }
 
+/// The text of `length` bytes, in room for no less than `capacity` units. `read` tells how many bytes were read.
+Reference<RWCharBuffer> decoded(
+    ByteToCharConverter& decoder, const char* bytes, int length, int capacity, std::int32_t& read)
+{
+    constexpr int SHORT_TEXT = 256;
+    const int needed = room(length, decoder.getMaxCharsPerByte());
+    char16_t units[SHORT_TEXT];
+    Reference<RWCharBuffer> buffer;
+    char16_t* text = units;
+    if (needed > SHORT_TEXT) {
+        buffer = PlainBuffer::make(std::max(capacity, needed));
+        text = buffer->getWriteLock(needed);
+    }
+    std::int32_t written = 0;
+    if (bytes != nullptr) {
+        decoder.convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, needed - 1);
+        decoder.flush(text, &written, needed - 1);
+    }
+    if (buffer == nullptr)
+        return PlainBuffer::copyOf(text, written, capacity);
+    text[written] = 0;
+    buffer->releaseWriteLock(written + 1);
+    PlainBuffer::releaseExtra(*buffer, capacity);
+    return buffer;
+}
+
 /// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
 std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
 {
@@ -51,6 +80,15 @@ std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, si
     return written;
 }
 
+/// The bytes of the text in UTF-8, if each surrogate in it has its other half.
+std::int64_t lengthInUtf8(std::u16string_view text) noexcept
+{
+    std::int64_t bytes = 0;
+    for (const char16_t unit : text)
+        bytes += 1 + (unit >= 0x80 ? 1 : 0) + (unit >= 0x800 && (unit & 0xF800) != 0xD800 ? 1 : 0);
+    return bytes;
+}
+
 void encode(CharToByteConverter& encoder, const StringReadLock& text, util::IByteBuffer& out)
 {
     const int needed = room(text.length(), encoder.getMaxBytesPerChar());
@@ -61,6 +99,11 @@ void encode(CharToByteConverter& encoder, const StringReadLock& text, util::IByt
 std::string_view bytesOf(std::u8string_view utf8) noexcept
 {
     return {reinterpret_cast<const char*>(utf8.data()), utf8.size()};
+}
+
+std::string_view bytesOf(const char8_t* utf8) noexcept
+{
+    return utf8 != nullptr ? bytesOf(std::u8string_view(utf8)) : std::string_view();
 }
 
 char16_t upperAscii(char16_t unit) noexcept
@@ -95,6 +138,14 @@ String::AnsiBytes& String::AnsiBytes::operator=(AnsiBytes& other)
 }
 
 String::AnsiBytes::~AnsiBytes() noexcept = default;
+
+void String::AnsiBytes::releaseExtra() noexcept
+{
+    try {
+        freeExtra();
+    } catch (const std::bad_alloc&) { // then it stays where it is
+    }
+}
 
 bool String::AnsiBytes::encodingEquals(const char16_t* name) const
 {
@@ -140,6 +191,21 @@ String::String(std::u8string_view utf8)
 {
 }
 
+String::String(const std::string& utf8)
+    : String(std::string_view(utf8))
+{
+}
+
+String::String(const std::u8string& utf8)
+    : String(bytesOf(utf8))
+{
+}
+
+String::String(const char8_t* utf8)
+    : String(bytesOf(utf8))
+{
+}
+
 String& String::operator=(const char* bytes)
 {
     return setTo(bytes, -1, nullptr);
@@ -156,6 +222,21 @@ String& String::operator=(std::string_view utf8)
 }
 
 String& String::operator=(std::u8string_view utf8)
+{
+    return setToUtf8(bytesOf(utf8));
+}
+
+String& String::operator=(const std::string& utf8)
+{
+    return setToUtf8(utf8);
+}
+
+String& String::operator=(const std::u8string& utf8)
+{
+    return setToUtf8(bytesOf(utf8));
+}
+
+String& String::operator=(const char8_t* utf8)
 {
     return setToUtf8(bytesOf(utf8));
 }
@@ -177,7 +258,8 @@ void String::internalSetTo(const char* bytes, int length, const char16_t* encodi
         return;
     }
     const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
-    decode(*decoder, bytes, length, capacity);
+    std::int32_t read = 0;
+    m_buffer = decoded(*decoder, bytes, length, capacity, read).get(); // a character that the end cuts is left out
 }
 
 String& String::setToUtf8(std::string_view bytes)
@@ -186,25 +268,12 @@ String& String::setToUtf8(std::string_view bytes)
         return setAddRef(String());
     BTCUTF8 decoder;
     const Reference<AnsiBytes> cache = std::move(m_ansi);
-    decode(decoder, bytes.data(), lengthOf(bytes), 0);
+    std::int32_t read = 0;
+    const Reference<RWCharBuffer> text = decoded(decoder, bytes.data(), lengthOf(bytes), 0, read);
+    if (read != lengthOf(bytes))
+        throw InvalidCharacterException(u"Invalid UTF-8 sequence (incomplete at the end)");
+    m_buffer = text.get();
     return *this;
-}
-
-/// The new text comes into the string when it is whole: what a converter throws leaves the old one.
-void String::decode(ByteToCharConverter& decoder, const char* bytes, int length, int capacity)
-{
-    const int needed = room(length, decoder.getMaxCharsPerByte());
-    const Reference<RWCharBuffer> buffer(PlainBuffer::make(std::max(capacity, needed)));
-    char16_t* text = buffer->getWriteLock(needed);
-    std::int32_t written = 0;
-    if (bytes != nullptr) {
-        std::int32_t read = 0;
-        decoder.convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, needed - 1);
-        decoder.flush(text, &written, needed - 1);
-    }
-    text[written] = 0;
-    buffer->releaseWriteLock(written + 1);
-    m_buffer = buffer.get();
 }
 
 const char* String::getDataT(bool) const
@@ -222,6 +291,7 @@ const char* String::getBytes(const char16_t* encoding) const
     if (m_ansi == nullptr || !m_ansi->encodingEquals(encoding)) {
         Reference<AnsiBytes> bytes(new AnsiBytes(encoding));
         getBytes(bytes.get(), encoding);
+        bytes->releaseExtra();
         m_ansi = std::move(bytes);
     }
     return reinterpret_cast<const char*>(m_ansi->getData());
@@ -269,11 +339,19 @@ std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char1
 std::string String::toUtf8() const
 {
     const StringReadLock text(*this);
+    const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
+    const std::int64_t size = lengthInUtf8(units);
+    if (size > LONGEST_TEXT)
+        throwBadAllocation();
+    std::string bytes(static_cast<std::size_t>(size), '\0');
     CTBUTF8 encoder;
-    std::string bytes(static_cast<std::size_t>(room(text.length(), encoder.getMaxBytesPerChar())), '\0');
-    const std::int32_t written
-        = encode(encoder, text, reinterpret_cast<signed char*>(bytes.data()), static_cast<std::int32_t>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(written) - 1);
+    std::int32_t read = 0;
+    std::int32_t written = 0;
+    detail::encodeText(
+        encoder, units, read, reinterpret_cast<signed char*>(bytes.data()), written, static_cast<std::int32_t>(size));
+    // The encoder takes a lone trailing surrogate as a character of three bytes, for which there is no room then.
+    if (read != text.length())
+        throw InvalidCharacterException(u"trailing surrogate without leading");
     return bytes;
 }
 

@@ -1,9 +1,11 @@
+#include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
 #include "tests/vx/UserBuffer.h"
 #include "vx/AnsiBytes.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
+#include "vx/Str1.h"
 #include "vx/String.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/MTByteBuffer.h"
@@ -13,7 +15,9 @@
 
 #include <cstring>
 #include <functional>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <tuple>
 
 namespace vx {
@@ -50,11 +54,64 @@ TEST(NarrowString, DecodesByEncodingName)
     EXPECT_THROW(text.setTo("a", 1, u"nobody's"), UnknownEncodingException);
     EXPECT_THROW(text.setTo("abc\xED\xA0\x80", -1, u"UTF-8"), InvalidCharacterException);
     EXPECT_EQ(text, u"old");
-    EXPECT_THROW(String(std::string_view("\xED\xA0\x80")), InvalidCharacterException);
     EXPECT_EQ((text = "ascii"), u"ascii");
     EXPECT_EQ((text = std::u8string_view(u8"\u20AC")), u"\u20AC");
     EXPECT_EQ((text = std::string_view("a\0b", 3)), std::u16string_view(u"a\0b", 3));
     EXPECT_EQ(text.toUtf8(), std::string("a\0b", 3));
+}
+
+template <class Text>
+void expectRefusal(const Text& text)
+{
+    EXPECT_THROW(text.toUtf8(), InvalidCharacterException);
+    std::ostringstream stream;
+    stream << text;
+    EXPECT_TRUE(stream.bad() && stream.str().empty());
+    EXPECT_FALSE(stream << Text(u"more")) << "as after a failure of any other inserter";
+    stream.clear();
+    stream.exceptions(std::ios_base::badbit);
+    EXPECT_THROW(stream << text, InvalidCharacterException);
+    EXPECT_TRUE(stream.bad());
+}
+
+TEST(NarrowString, RefusesHalvesOfCharactersByOneRule)
+{
+    for (const char16_t* text : {u"a\xD83D", u"\xD83Dz", u"\xDE00", u"a\u20AC\xDE00z", u"\xDE00\xD83D",
+             u"\xD83D\xDE00\xDE00", u"\xDE00\xD83D\xDE00"}) {
+        SCOPED_TRACE(::testing::PrintToString(std::u16string(text)));
+        expectRefusal(String(text));
+        expectRefusal(Str1(text));
+    }
+    for (const char* bytes : {"\xED\xA0\x80", "\xED\xB0\x80", "a\xE2\x82", "\xC3", "\xF0\x9F\x98"}) {
+        EXPECT_THROW(String {std::string_view(bytes)}, InvalidCharacterException) << bytes;
+        EXPECT_THROW(Str1 {std::string_view(bytes)}, InvalidCharacterException) << bytes;
+        String old(u"old");
+        EXPECT_THROW(old = std::string(bytes), InvalidCharacterException) << bytes;
+        EXPECT_EQ(old, u"old") << bytes;
+    }
+    EXPECT_EQ(String(u"a\u00E9\u20AC\U0001F600\uFFFD").toUtf8(), "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBD");
+    EXPECT_EQ(String(std::string("a\xFFz")), u"a\uFFFDz");
+}
+
+TEST(NarrowString, KeepsNoRoomThatTheTextDidNotNeed)
+{
+    std::string bytes;
+    for (int i = 0; i < 1000; ++i)
+        bytes += "\xE2\x82\xAC";
+    const struct {
+        int capacity;
+        std::size_t units;
+    } rows[] = {{0, 1008}, {1200, 1200}};
+    for (const auto& row : rows) {
+        AllocationProbe probe;
+        const String text(bytes.c_str(), -1, u"UTF-8", row.capacity);
+        EXPECT_EQ(probe.lastRawSize(), row.units * sizeof(char16_t)) << row.capacity;
+    }
+    AllocationProbe probe;
+    const String plain(u'x', 1000);
+    plain.getBytes(u"UTF-8");
+    EXPECT_EQ(probe.lastRawSize(), 1008U);
+    EXPECT_LT(plain.toUtf8().capacity(), 1100U);
 }
 
 TEST(NarrowString, KeepsWhatItEncodedUntilTheTextChanges)
@@ -120,7 +177,6 @@ TEST(NarrowString, EncodesWholeCharactersIntoAnArray)
     EXPECT_EQ(out[0], 0);
     EXPECT_EQ(String(u"\u20AC").getBytes(out, 12, u"ISO8859_1"), 2) << "what has no mapping is substituted";
     EXPECT_THROW(String(u"a\xD83D").getBytes(u"UTF-8"), InvalidCharacterException);
-    EXPECT_THROW(String(u"\xD83Dz").toUtf8(), InvalidCharacterException);
 }
 
 TEST(NarrowString, EncodesIntoAByteBuffer)

@@ -73,6 +73,13 @@ public:
                         text.append(u"abc", length) += u'-';
                     }
                 }},
+            {"Appendor of its own text",
+                [&] {
+                    const std::size_t place = below(text.size() + 1), length = below(text.size() + 1 - place);
+                    Str1::Appendor(target, 0, 0)
+                        .fastAppend(target.getData1() + place, static_cast<std::int32_t>(length));
+                    text += text.substr(place, length);
+                }},
             {"move",
                 [&] {
                     Str1 taken(static_cast<const Str1&>(target));

@@ -91,36 +91,6 @@ TEST(Str1, RefusesWhatTwentyFourBitsCannotCount)
     EXPECT_THROW(Str1(std::uint64_t {1} << 32), OutOfMemoryException);
 }
 
-TEST(Str1, TakesItsOwnTextAsASource)
-{
-    for (const char16_t* base : {u"ab", u"abcdefgh", u"abcdefghijklmnop", u"abcdefghijklmnopabcdefghijklmnop"}) {
-        const std::u16string expected = std::u16string(base) + base;
-        Str1 text(base);
-        text += text;
-        EXPECT_EQ(text, expected);
-        text.copy(text.getData0() + 1, text.getLength() - 1);
-        EXPECT_EQ(text, std::u16string_view(expected).substr(1));
-        text.append(text, 1, 1);
-        EXPECT_EQ(text, expected.substr(1) + expected[2]);
-
-        Str1 behind(base);
-        behind = behind.substring(1); // the front of the buffer is free to move into
-        for (int i = 0; i < 40; ++i)
-            behind.append(behind.getData0(), 1);
-        EXPECT_EQ(behind, std::u16string(base).substr(1) + std::u16string(40, u'b'));
-
-        Str1 appended(base);
-        Str1::Appendor appendor(appended, 0, 0);
-        appendor.fastAppend(appended.getData0(), appended.getLength());
-        EXPECT_EQ(appended, expected);
-
-        Str1Fixed<128> fixed;
-        while (fixed.getLength() <= 128)
-            fixed += fixed.isEmpty() ? Str1(base) : fixed;
-        EXPECT_EQ(fixed.view().substr(0, expected.size()), expected);
-    }
-}
-
 TEST(Str1, LeavesForeignTextAloneUnlessToldThatItMayWrite)
 {
     const char16_t literal[] = u"abc";

@@ -6,6 +6,7 @@
 #include "vx/IVXComparable.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
+#include "vx/Str1.h"
 #include "vx/String.h"
 #include "vx/util/MTCharBuffer.h"
 
@@ -30,9 +31,29 @@ using util::RWCharBuffer;
 constexpr int LARGEST = std::numeric_limits<int>::max(), LEAST = std::numeric_limits<int>::min();
 
 static_assert(std::destructible<String> && std::is_nothrow_copy_constructible_v<String>);
-static_assert(!std::is_constructible_v<String, std::nullptr_t> && !std::is_constructible_v<String, char>);
+
+template <class Text, class... Others>
+constexpr bool takesNone = (!std::is_constructible_v<Text, Others> && ...);
+template <class Text, class... Others>
+constexpr bool convertsAll = (std::is_convertible_v<Others, Text> && ...);
+static_assert(takesNone<String, std::nullptr_t, bool, char, wchar_t, char8_t, char32_t, const void*>);
+static_assert(takesNone<Str1, std::nullptr_t, bool, char, wchar_t, char8_t, char16_t, char32_t, const void*>);
 static_assert(!std::is_convertible_v<int, String> && !std::is_convertible_v<char16_t, String>);
-static_assert(std::is_convertible_v<const char16_t*, String> && std::is_convertible_v<const char*, String>);
+static_assert(!std::is_constructible_v<String, const char16_t*, String::AcquireMode>);
+static_assert(convertsAll<String, const char16_t*, const char*, const char8_t*, std::string, std::u8string>);
+static_assert(convertsAll<Str1, const char16_t*, const char*, const char8_t*, std::string, std::u8string>);
+
+// A truth value in the place of a length, a count or a position.
+// clang-format off
+#define RANGE 0, -1,
+#define TAKES_FLAG(name, before) (requires(const T& t) { t.name(before u'x', true); } \
+    || requires(const T& t) { t.name(before t, true); } || requires(const T& t) { t.name(before u"x", -1, true); })
+template <class T>
+concept TakesFlagsAsNumbers = TAKES_FLAG(indexOf, ) || TAKES_FLAG(lastIndexOf, ) || TAKES_FLAG(findFirstOf, )
+    || TAKES_FLAG(findFirstOfCase, ) || TAKES_FLAG(findFirstNotOf, ) || TAKES_FLAG(findLastOf, )
+    || TAKES_FLAG(findLastNotOf, ) || TAKES_FLAG(regionMatches, RANGE) || TAKES_FLAG(regionCompare, RANGE);
+// clang-format on
+static_assert(!TakesFlagsAsNumbers<String> && !TakesFlagsAsNumbers<Str1>);
 
 TEST(String, KeepsTheOrderOfItsOperations)
 {
@@ -265,6 +286,8 @@ TEST(String, ComparesByUnitAndThenByLength)
     EXPECT_TRUE(abc.startsWith(u"") && abc.endsWith(u"") && !abc.contains(u"") && abc.startsWith(u"ABx", 2, true));
     EXPECT_TRUE(
         abc.endsWith(u"bc") && abc.endsWith(u"BC", true) && !abc.endsWith(u"xabc") && abc.contains(u"BC", true));
+    EXPECT_TRUE(abc.indexOf(u"BC", -1, 0, true) == 1 && abc.indexOf(u'C', 0, true) == 2);
+    EXPECT_TRUE(abc.startsWith(u"AB", true) && Str1(abc.view()).startsWith(u"AB", true) && !abc.startsWith(u"AB"));
     EXPECT_FALSE(abc.startsWith(u"abcd") || abc.startsWith(u"b") || abc.endsWith(u"ab") || abc.contains(u"ac"));
 }
 
@@ -349,6 +372,9 @@ TEST(String, WorksWithTheStandardLibrary)
     stream << text << String();
     EXPECT_EQ(stream.str(), "b\xE2\x82\xAC");
     EXPECT_TRUE(text == std::string_view("b\xE2\x82\xAC") && text == std::u8string_view(u8"b\u20AC"));
+    String utf8 = u8"b\u20AC";
+    EXPECT_TRUE(utf8 == text && (utf8 = std::string("x")) == u"x" && (utf8 = u8"\u20AC") == u"\u20AC");
+    EXPECT_TRUE((utf8 = static_cast<const char8_t*>(nullptr)) == u"" && (utf8 = std::u8string(u8"y")) == u"y");
     EXPECT_TRUE(text == std::u16string(u"b\u20AC") && u"b\u20AC" == text && text != u"b" && text != String());
     EXPECT_TRUE(text > u"b" && text < std::u16string_view(u"c") && text <= String(u"b\u20AC") && text >= u"a");
     EXPECT_EQ(std::u16string(std::u16string_view(text)), u"b\u20AC");

@@ -7,6 +7,7 @@
 #include "vx/i18n/StringMapBundle.h"
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
+#include "vx/io/PrintWriter.h"
 #include "vx/util/FilePath.h"
 #include "vx/util/PropertySet.h"
 #include "vx/util/ROCharBuffer.h"
@@ -20,9 +21,19 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace vx {
 namespace {
+
+template <class Writer>
+concept PrintsUtf8 = requires(Writer& writer)
+{
+    writer.print(std::string()), writer.print(std::u8string()), writer.println(std::string_view()),
+        writer.println(u8"");
+};
+static_assert(PrintsUtf8<io::PrintWriter>);
+static_assert(std::is_constructible_v<io::FileInputStream, std::string>, "a path of the standard library's own");
 
 /// The text without its last `rest` units, with no zero unit after it.
 String partOf(const String& whole, int rest = 1)

@@ -3,6 +3,7 @@
 #include "vx/String.h"
 #include "vx/io/FilterWriter.h"
 
+#include <string>
 #include <string_view>
 
 namespace vx::io {
@@ -43,7 +44,9 @@ public:
     void print(std::u16string_view text) { print(String(text)); }
     void print(std::string_view utf8) { print(String(utf8)); }
     void print(std::u8string_view utf8) { print(String(utf8)); }
-    void print(const char8_t* utf8) { print(std::u8string_view(utf8)); }
+    void print(const std::string& utf8) { print(String(utf8)); }
+    void print(const std::u8string& utf8) { print(String(utf8)); }
+    void print(const char8_t* utf8) { print(String(utf8)); }
     void println(unsigned int value) { println(String::valueOf(value)); }
     void println(unsigned long value) { println(String::valueOf(value)); }
     void println(long long value) { println(String::valueOf(value)); }
@@ -51,7 +54,9 @@ public:
     void println(std::u16string_view text) { println(String(text)); }
     void println(std::string_view utf8) { println(String(utf8)); }
     void println(std::u8string_view utf8) { println(String(utf8)); }
-    void println(const char8_t* utf8) { println(std::u8string_view(utf8)); }
+    void println(const std::string& utf8) { println(String(utf8)); }
+    void println(const std::u8string& utf8) { println(String(utf8)); }
+    void println(const char8_t* utf8) { println(String(utf8)); }
 
     /// A narrow character is no number, and a pointer no truth value.
     void print(char) = delete;

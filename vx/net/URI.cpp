@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +26,20 @@ using detail::TextWriter;
 using View = std::u16string_view;
 
 constexpr std::size_t NOT_FOUND = View::npos;
+constexpr const char16_t* UTF_8 = u"UTF-8";
+
+/// The bytes of the encoding UTF-8, which takes a lone trailing surrogate as a character of three bytes.
+std::string utf8Of(View text)
+{
+    constexpr std::size_t BYTES_PER_UNIT = 3; // at most
+    std::string bytes(text.size() * BYTES_PER_UNIT, '\0');
+    if (bytes.size() >= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+        throwBadAllocation();
+    const auto size = static_cast<std::int32_t>(bytes.size() + 1); // with the terminator that a std::string has
+    const std::int32_t written = String(text).getBytes(bytes.data(), size, UTF_8);
+    bytes.resize(static_cast<std::size_t>(written - 1));
+    return bytes;
+}
 
 /// Empty for a start behind its end.
 View slice(View text, std::size_t start, std::size_t end)
@@ -416,7 +432,7 @@ std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
             appendEscape(escaped, static_cast<unsigned char>(*end));
         place = std::find_if(end, text.end(), isAscii);
         if (place != end) {
-            for (const char byte : String(View(end, place)).toUtf8())
+            for (const char byte : utf8Of(View(end, place)))
                 appendEscape(escaped, static_cast<unsigned char>(byte));
         }
     }
@@ -428,7 +444,7 @@ String URI::getUnescapedString(View text)
     constexpr std::size_t DIGITS = 2;
     if (find(text, u'%') == NOT_FOUND)
         return String(text);
-    std::string bytes = String(text).toUtf8();
+    std::string bytes = utf8Of(text);
     std::size_t end = 0;
     for (std::size_t index = 0; index < bytes.size(); ++index) {
         if (bytes[index] != '%') {
@@ -442,7 +458,7 @@ String URI::getUnescapedString(View text)
         bytes[end++] = static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
         index += DIGITS;
     }
-    return String(std::string_view(bytes).substr(0, end));
+    return String(bytes.data(), static_cast<int>(end), UTF_8);
 }
 
 void URI::Parts::set(Part part, View text)
