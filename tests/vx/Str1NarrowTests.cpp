@@ -44,7 +44,6 @@ TEST(Str1Narrow, DecodesWholeCharactersAndTellsWhatIsLeft)
         text.appendA((std::string(600, 'a') + "\xED\xA0\x80").c_str(), -1, u"UTF-8"), InvalidCharacterException);
     EXPECT_EQ(text, u"<");
     EXPECT_EQ(Str1(std::u8string_view(u8"\u20AC")), u"\u20AC");
-    EXPECT_THROW(Str1(std::string_view("\xE2\x82")), Exception);
 }
 
 TEST(Str1Narrow, EncodesPieceByPieceIntoASmallArray)

@@ -43,10 +43,10 @@ std::u16string filled(std::u16string text, const std::vector<std::u16string>& ar
 TEST(String, FormatsATemplate)
 {
     const std::pair<const char16_t*, const char16_t*> cases[]
-        = {{u"", u""}, {u"plain { } {x} {-1} {}", u"plain { } {x} {-1} {}"}, {u"{01}{00}{0 }{0", u"{01}{00}{0 }{0"},
+        = {{u"plain { } {x} {-1} {} {0 }{0", u"plain { } {x} {-1} {} {0 }{0"},
             {u"{0}{1}{2}{3}{4}{5}{6}{7}{8}{9}{10}", u"a{2}345678910"},
             {u"{10}{0}{1}{2}{3}{4}{5}{6}{7}{8}", u"{10}a{2}345678"},
-            {u"{0}{4294967296}{99999999999999999999}", u"a{4294967296}{99999999999999999999}"},
+            {u"{0}{00}{4294967296}{99999999999999999999}", u"a{00}{4294967296}{99999999999999999999}"},
             {u"{1}{0}{\u0661}", u"{2}a{\u0661}"}};
     for (const auto& [form, expected] : cases) {
         String text(u"old text, of which nothing stays");
@@ -57,8 +57,8 @@ TEST(String, FormatsATemplate)
         EXPECT_EQ(String().format(String(form), u"a", u"{2}", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10"),
             expected);
     }
-    EXPECT_EQ(String().format(u"{0}{1}", 3, u"a"), u"a") << "the length ends the template";
-    EXPECT_EQ(String().format(u"{0}\0{0}", 7, u"a"), std::u16string_view(u"a\0a", 3));
+    EXPECT_EQ(String().format(u"{0}\0{0}{1}", 7, u"a"), std::u16string_view(u"a\0a", 3))
+        << "the length ends the template";
     EXPECT_EQ(String(u"old").format(nullptr, -1), u"");
     String text(u"<{0}>");
     EXPECT_EQ(text.format(text, text.getData()), u"<<{0}>>");
