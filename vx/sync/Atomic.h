@@ -4,13 +4,13 @@
 
 namespace vx::sync {
 
-/// Known to the class registry by name; it offers nothing.
+/// The class registry knows its name. It has no operations.
 class VX_API Atomic : public vx::Object {
 public:
     ~Atomic() noexcept override;
 };
 
-/// Known to the class registry by name; it offers nothing.
+/// The class registry knows its name. It has no operations.
 class VX_API FakeAtomic : public vx::Object {
 public:
     ~FakeAtomic() noexcept override;

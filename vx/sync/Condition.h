@@ -6,35 +6,36 @@
 
 namespace vx::sync {
 
-/// A condition with a lock of its own. A wait is made while the lock is held, gives it up and takes it again, and may end
-/// early: look again at what it waits for. To wait or release without the lock, or to acquire it twice, is a
-/// ResultException.
+/// A condition together with a lock. A wait is made while the lock is held: it releases the lock, waits, and takes the lock
+/// again. It may end early, so check again what you wait for. Waiting or releasing without holding the lock, and acquiring
+/// it twice, throw ResultException.
 class VX_API VX_CAPABILITY("condition") Condition : public vx::Object {
 public:
     class Holder;
 
-    /// `name` labels it for a person; null is anonymous.
+    /// `name` is a label for people; null for none. `flags` is 0.
     explicit Condition(const char* name = nullptr, unsigned int flags = 0);
     Condition(const Condition&) = delete;
     Condition& operator=(const Condition&) = delete;
+    /// No other thread may hold it or wait for it.
     ~Condition() noexcept override;
 
     void acquire() VX_ACQUIRE();
     void release() VX_RELEASE();
     void wait() VX_REQUIRES(this);
-    /// Throws ResultException with RESULT_TIMED_OUT when `milliseconds` ran out first; 0xFFFFFFFF waits for ever.
+    /// Throws ResultException with RESULT_TIMED_OUT after `milliseconds`; 0xFFFFFFFF waits for ever.
     void wait(std::uint32_t milliseconds) VX_REQUIRES(this);
-    /// Frees one waiter.
+    /// Releases one waiting thread.
     void signal();
-    /// Frees all.
+    /// Releases all waiting threads.
     void broadcast();
 
 private:
     VXHandle m_handle = nullptr;
 };
 
-/// Holds a condition's lock to the end of the block. A failed release is told, unless an exception already on its way out
-/// has more to tell.
+/// Holds a condition's lock to the end of the block. A failed release throws ResultException, unless the block is left by
+/// an exception.
 class VX_API VX_SCOPED_CAPABILITY Condition::Holder {
 public:
     explicit Holder(Condition& condition) VX_ACQUIRE(condition);

@@ -5,22 +5,23 @@
 
 namespace vx::sync {
 
-/// A signal frees one that waits by then, each signal another one; where none is left, the event stays signalled until the
-/// next one comes.
+/// A signal releases one thread that is waiting at that moment, and each signal another one. A signal that finds no such
+/// thread stays, at most one of them, and the next wait takes it.
 class VX_API Event : public Object {
 public:
-    /// `name` labels it for a person; null is anonymous.
+    /// `name` is a label for people; null for none. `flags` is 0.
     explicit Event(const char* name = nullptr, unsigned int flags = 0);
     Event(const Event&) = delete;
     Event& operator=(const Event&) = delete;
+    /// Throws ResultException while a thread waits, unless another exception is on its way.
     ~Event() noexcept(false) override;
 
     // Object
     void wait() override;
-    /// Always false, and a signal that is there stays.
+    /// Always false. It takes no signal.
     bool tryWait() override;
 
-    /// False when `milliseconds` ran out first; 0xFFFFFFFF waits for ever.
+    /// False if no signal came within `milliseconds`; 0xFFFFFFFF waits for ever.
     virtual bool wait(std::uint32_t milliseconds);
     virtual void signal();
 

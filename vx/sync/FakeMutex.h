@@ -4,10 +4,10 @@
 
 namespace vx::sync {
 
-/// The locking interface where no locking is wanted: it never blocks.
+/// A lock that locks nothing, for code that asks for a lock where none is needed. It never blocks.
 class VX_API FakeMutex : public LockObject {
 public:
-    /// Both arguments are there for the look of a mutex.
+    /// Takes the arguments of a `Mutex` and ignores them.
     explicit FakeMutex(const char* name = nullptr, unsigned int flags = 0) noexcept;
     ~FakeMutex() noexcept override;
 

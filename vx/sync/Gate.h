@@ -5,22 +5,23 @@
 
 namespace vx::sync {
 
-/// All pass while it is open. It is born closed.
+/// Lets every thread pass while it is open. It is created closed.
 class VX_API Gate : public Object {
 public:
-    /// `name` labels it for a person; null is anonymous.
+    /// `name` is a label for people; null for none. `flags` is 0.
     explicit Gate(const char* name = nullptr, unsigned int flags = 0);
     Gate(const Gate&) = delete;
     Gate& operator=(const Gate&) = delete;
+    /// Throws ResultException while a thread waits, unless another exception is on its way.
     ~Gate() noexcept(false) override;
 
     // Object
     void wait() override;
     bool tryWait() override;
 
-    /// False when `milliseconds` ran out first; 0xFFFFFFFF waits for ever.
+    /// False if it did not open within `milliseconds`; 0xFFFFFFFF waits for ever.
     virtual bool wait(std::uint32_t milliseconds);
-    /// Frees everyone who waits, also when the gate is closed at once.
+    /// Releases all waiting threads, even if the gate is closed at once.
     virtual void open();
     virtual void close();
 

@@ -5,7 +5,7 @@
 
 namespace vx::sync {
 
-/// What one waits for and releases: the type through which any code holds a lock.
+/// Any lock: `wait` takes it, `signal` releases it. Code that gets a lock from its caller holds it through this type.
 class VX_API VX_CAPABILITY("lock") LockObject : public Object {
 public:
     ~LockObject() noexcept(false) override;

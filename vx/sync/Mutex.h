@@ -7,14 +7,17 @@
 
 namespace vx::sync {
 
-/// One thread at a time. A thread that holds it may take it again, and releases it as often. A release by another thread
-/// and the destruction of a held mutex fail with a ResultException.
+/// Held by one thread at a time. The thread that holds it may take it again, and must release it as often as it took it.
+/// A release by any other thread throws ResultException. What a thread still holds at its end stays held: no later
+/// thread gets it.
 class VX_API Mutex : public LockObject {
 public:
-    /// `name` labels it for a person; null is anonymous.
+    /// `name` is a label for people; null for none. `flags` is 0.
     explicit Mutex(const char* name = nullptr, unsigned int flags = 0);
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
+    /// For a held mutex it throws ResultException, unless another exception is on its way. The mutex is gone in either
+    /// case, and if another thread holds it or waits for it, the platform's part of it stays in memory for that thread.
     ~Mutex() noexcept(false) override;
 
     // LockObject
@@ -28,8 +31,8 @@ private:
     VXHandle m_handle = nullptr;
 };
 
-/// Lets go of a mutex, however often the calling thread holds it, and takes it that often again at the end of the block:
-/// what a thread does that blocks until the mutex's next holder has done something.
+/// Releases a mutex for the length of a block, as often as the calling thread holds it, and then takes it that often again.
+/// For a thread that must wait for something that another thread does under the same mutex.
 class VX_API MutexPause {
 public:
     [[nodiscard]] explicit MutexPause(Mutex& mutex);

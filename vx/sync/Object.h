@@ -4,13 +4,13 @@
 
 namespace vx::sync {
 
-/// Anything that one can wait on. Failures of the platform are ResultExceptions with its code; a failed try is `false`,
-/// whatever its cause.
+/// Anything that a thread can wait for. A failure of the platform throws ResultException with its code; a failed try is
+/// `false`, whatever its cause.
 class VX_API Object : public vx::Object {
 public:
     ~Object() noexcept(false) override;
 
-    /// Blocks for as long as it takes.
+    /// Blocks without a limit.
     virtual void wait() = 0;
     /// Does not block and does not throw.
     virtual bool tryWait() = 0;

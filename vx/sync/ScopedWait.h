@@ -6,9 +6,9 @@
 
 namespace vx::sync {
 
-/// Holds what is waited for and signalled, a mutex or a semaphore, to the end of the block, however the block is left; null
-/// is nothing to hold. Not counted: it outlives the guard. A failed release is told, unless an exception already on its way
-/// out has more to tell.
+/// Holds a mutex, a semaphore or anything else with `wait` and `signal` to the end of the block, however the block is left.
+/// Null holds nothing. Adds no reference: the object must outlive the guard. A failed release throws, unless the block is
+/// left by an exception.
 template <class Waitable>
 class [[nodiscard]] ScopedWait {
 public:

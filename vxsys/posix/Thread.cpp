@@ -3,8 +3,10 @@
 #include "vxsys/Result.h"
 #include "vxsys/detail/Deadline.h"
 #include "vxsys/detail/Monitor.h"
+#include "vxsys/detail/ThreadNumber.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <ctime>
@@ -25,12 +27,12 @@ constexpr std::size_t LEAST_STACK = 64 * 1024;
 
 constinit thread_local std::uint32_t t_threadId = 0;
 
-/// What the creator hands to a new thread. It lives on the creator's stack until the thread has told its identifier.
+/// What a new thread gets from its creator, on whose stack it lives until the thread has told its identifier.
 struct Start {
     VXThreadFunction function;
     void* argument;
     Monitor monitor;
-    std::uint32_t id = 0;
+    std::uint32_t id VX_GUARDED_BY(monitor) = 0;
 };
 
 void* runThread(void* argument)
@@ -80,6 +82,19 @@ private:
 
 } // namespace
 
+namespace vxsys::detail {
+
+constinit thread_local std::uint64_t t_threadNumber = 0;
+
+std::uint64_t giveThreadNumber() noexcept
+{
+    static constinit std::atomic<std::uint64_t> last {0};
+    t_threadNumber = last.fetch_add(1, std::memory_order_relaxed) + 1;
+    return t_threadNumber;
+}
+
+} // namespace vxsys::detail
+
 std::int32_t VXThreadCreate(VXThreadFunction function, void* argument, std::uint32_t flags, std::uint32_t stackSize,
     VXThreadHandle* handle, std::uint32_t* id) noexcept
 {
@@ -102,7 +117,7 @@ std::int32_t VXThreadCreate(VXThreadFunction function, void* argument, std::uint
         return VXResultFromNative(error);
 
     const MonitorLock lock(start.monitor);
-    start.monitor.waitUntil(Deadline(), [&] { return start.id != 0; });
+    start.monitor.waitUntil(Deadline(), [&]() VX_REQUIRES(start.monitor) { return start.id != 0; });
     *handle = static_cast<VXThreadHandle>(thread);
     *id = start.id;
     return RESULT_OK;

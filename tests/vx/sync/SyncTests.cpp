@@ -12,17 +12,20 @@
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/Semaphore.h"
 #include "vxsys/Lock.h"
+#include "vxsys/Result.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <concepts>
 #include <cstdint>
 #include <functional>
 #include <future>
 #include <list>
+#include <pthread.h>
 #include <string>
 #include <thread>
 
@@ -118,6 +121,34 @@ TEST(Mutex, IsHeldUntilItIsReleasedAsOftenAsItWasTaken)
         mutex.signal();
     }
     EXPECT_TRUE(isFree(mutex));
+}
+
+template <class Lock>
+void leaveByException(void (Lock::*take)())
+{
+    Lock lock;
+    (lock.*take)();
+    throw 7;
+}
+
+/// Without a leak, which the sanitizer would tell.
+TEST(Sync, DestroysALockThatTheThreadHolds)
+{
+    EXPECT_THROW(leaveByException(&Mutex::wait), int);
+    EXPECT_THROW(leaveByException(&ReaderWriterLock::wait), int);
+    EXPECT_THROW(leaveByException(&ReaderWriterLock::waitShared), int);
+    EXPECT_THROW(leaveByException(&Condition::acquire), int);
+    EXPECT_EQ(resultOf([] {
+        Mutex mutex;
+        mutex.wait();
+        mutex.wait();
+    }),
+        VXResultFromNative(EBUSY));
+    EXPECT_EQ(resultOf([] {
+        ReaderWriterLock lock;
+        lock.waitShared();
+    }),
+        VXResultFromNative(EBUSY));
 }
 
 TEST(MutexPause, TakesBackWhatWasHeldAlsoFromItself)
@@ -251,9 +282,27 @@ TEST(ReaderWriterLock, RefusesWhatWouldWaitForItself)
     EXPECT_FALSE(lock.tryWait() || lock.tryWaitShared());
     lock.signal();
     lock.waitShared();
-    Doing([&] { lock.signalShared(); }).join(); // a read lock may go from hand to hand
+    EXPECT_EQ(resultOf([&] { lock.wait(); }), VXResultFromNative(EDEADLK)) << "it reads itself";
+    EXPECT_FALSE(lock.tryWait());
+    Doing([&] { lock.signalShared(); }).join(); // another thread may release it
     EXPECT_TRUE(lock.tryWait());
     lock.signal();
+}
+
+TEST(ReaderWriterLock, DoesNotTakeAThreadForAReaderWhoseReadWasReleased)
+{
+    VXHandle lock = nullptr;
+    ASSERT_EQ(VXRWLockCreate(nullptr, 0, &lock), 0);
+    EXPECT_EQ(VXRWLockAcquireRead(lock), 0);
+    EXPECT_EQ(elsewhere([&] { return VXRWLockAcquireRead(lock); }), 0);
+    EXPECT_EQ(elsewhere([&] { return VXRWLockReleaseRead(lock); }), 0) << "this thread's, or the other one's";
+    EXPECT_EQ(VXRWLockTryAcquireWrite(lock), RESULT_TIMED_OUT) << "it may wait";
+    EXPECT_EQ(VXRWLockAcquireRead(lock), 0);
+    EXPECT_EQ(VXRWLockAcquireWrite(lock), VXResultFromNative(EDEADLK)) << "it reads for certain";
+    EXPECT_EQ(VXRWLockReleaseAll(lock), 0);
+    EXPECT_EQ(VXRWLockTryAcquireWrite(lock), 0);
+    EXPECT_EQ(VXRWLockReleaseAll(lock), 0);
+    EXPECT_EQ(VXRWLockDestroy(lock), 0);
 }
 
 TEST(Event, ResetsItselfBehindTheOneThatItFrees)
@@ -427,6 +476,53 @@ TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
         EXPECT_EQ(row.give(handle), 0) << row.name << " is as it was";
         EXPECT_EQ(row.destroy(handle), 0) << row.name;
     }
+}
+
+/// The system gives the handle of an ended thread, which is an address, to a new one.
+TEST(PlatformLocks, BelongToNoLaterThread)
+{
+    using Call = std::int32_t (*)(VXHandle) noexcept;
+    const struct {
+        const char* name;
+        std::int32_t (*create)(const char*, std::uint32_t, VXHandle*) noexcept;
+        Call take, give;
+    } rows[] = {
+        {"Mutex", VXMutexCreate, VXMutexAcquire, VXMutexRelease},
+        {"Condition", VXConditionCreate, VXConditionAcquire, VXConditionRelease},
+        {"writer", VXRWLockCreate, VXRWLockAcquireWrite, VXRWLockReleaseWrite},
+    };
+    static VXHandle s_handles[std::size(rows)]; // stay to the end: what an ended thread holds is not destroyed
+    for (const auto& row : rows) {
+        VXHandle& handle = s_handles[&row - rows];
+        ASSERT_EQ(row.create(nullptr, 0, &handle), 0) << row.name;
+        pthread_t holder {}, later {};
+        std::thread([&] {
+            holder = ::pthread_self();
+            EXPECT_EQ(row.take(handle), 0) << row.name;
+        }).join();
+        for (int attempt = 0; attempt < 100 && ::pthread_equal(holder, later) == 0; ++attempt)
+            std::thread([&] {
+                later = ::pthread_self();
+                EXPECT_LT(row.give(handle), 0) << row.name;
+            }).join();
+        EXPECT_NE(::pthread_equal(holder, later), 0) << "no thread got the handle";
+    }
+    EXPECT_EQ(VXMutexTryAcquire(s_handles[0]), RESULT_TIMED_OUT);
+    EXPECT_EQ(elsewhere([&] { return VXMutexTryAcquire(s_handles[0]); }), RESULT_TIMED_OUT);
+}
+
+TEST(PlatformLocks, StayWithTheThreadThatForks)
+{
+    VXHandle mutex = nullptr, lock = nullptr;
+    ASSERT_EQ(VXMutexCreate(nullptr, 0, &mutex) | VXRWLockCreate(nullptr, 0, &lock), 0);
+    ASSERT_EQ(VXMutexAcquire(mutex) | VXRWLockAcquireWrite(lock), 0);
+    Child child([&](Child::Side&) {
+        EXPECT_EQ(VXMutexRelease(mutex), 0);
+        EXPECT_EQ(VXRWLockReleaseWrite(lock), 0);
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(VXMutexRelease(mutex) | VXRWLockReleaseWrite(lock), 0);
+    EXPECT_EQ(VXMutexDestroy(mutex) | VXRWLockDestroy(lock), 0);
 }
 
 TEST(PlatformLocks, RefuseAHandleOfAnotherKindAndNone)

@@ -1,0 +1,71 @@
+#include "vx/sync/Condition.h"
+
+#include "vx/Exception.h"
+#include "vx/Result.h"
+
+#include <exception>
+
+namespace vx::sync {
+
+Condition::Condition(const char* name, unsigned int flags)
+{
+    throwIfFailed(VXConditionCreate(name, flags, &m_handle));
+}
+
+Condition::~Condition() noexcept
+{
+    if (!failed(VXConditionDestroy(m_handle)))
+        return;
+    // This object ends in any case. If the calling thread holds the lock, nobody else can ever release it.
+    VXConditionRelease(m_handle);
+    VXConditionDestroy(m_handle);
+}
+
+void Condition::acquire()
+{
+    throwIfFailed(VXConditionAcquire(m_handle));
+}
+
+void Condition::release()
+{
+    throwIfFailed(VXConditionRelease(m_handle));
+}
+
+void Condition::wait()
+{
+    throwIfFailed(VXConditionWait(m_handle));
+}
+
+void Condition::wait(std::uint32_t milliseconds)
+{
+    throwIfFailed(VXConditionTimedWait(m_handle, milliseconds));
+}
+
+void Condition::signal()
+{
+    throwIfFailed(VXConditionSignal(m_handle));
+}
+
+void Condition::broadcast()
+{
+    throwIfFailed(VXConditionBroadcast(m_handle));
+}
+
+Condition::Holder::Holder(Condition& condition)
+    : m_condition(condition)
+    , m_exceptionsAtStart(std::uncaught_exceptions())
+{
+    m_condition.acquire();
+}
+
+Condition::Holder::~Holder() noexcept(false)
+{
+    try {
+        m_condition.release();
+    } catch (...) {
+        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
+            throw;
+    }
+}
+
+} // namespace vx::sync

@@ -1,0 +1,50 @@
+#include "vx/sync/Mutex.h"
+
+#include "vx/sync/detail/Answers.h"
+
+namespace vx::sync {
+
+Mutex::Mutex(const char* name, unsigned int flags)
+{
+    throwIfFailed(VXMutexCreate(name, flags, &m_handle));
+}
+
+Mutex::~Mutex() noexcept(false)
+{
+    const std::int32_t result = VXMutexDestroy(m_handle);
+    if (!failed(result))
+        return;
+    // This object ends in any case. If the calling thread holds the mutex, nobody else can ever release it.
+    std::uint32_t depth = 0;
+    VXMutexReleaseAll(m_handle, &depth);
+    VXMutexDestroy(m_handle);
+    detail::throwIfDestructionFailed(result);
+}
+
+void Mutex::wait()
+{
+    throwIfFailed(VXMutexAcquire(m_handle));
+}
+
+bool Mutex::tryWait()
+{
+    return !failed(VXMutexTryAcquire(m_handle));
+}
+
+void Mutex::signal()
+{
+    throwIfFailed(VXMutexRelease(m_handle));
+}
+
+MutexPause::MutexPause(Mutex& mutex)
+    : m_mutex(mutex)
+{
+    throwIfFailed(VXMutexReleaseAll(m_mutex.m_handle, &m_depth));
+}
+
+MutexPause::~MutexPause() noexcept
+{
+    VXMutexReacquire(m_mutex.m_handle, m_depth); // if it fails, the holder's later release throws
+}
+
+} // namespace vx::sync

@@ -1,0 +1,53 @@
+#include "vx/sync/ReaderWriterLock.h"
+
+#include "vx/sync/detail/Answers.h"
+
+namespace vx::sync {
+
+ReaderWriterLock::ReaderWriterLock(const char* name, unsigned int flags)
+{
+    throwIfFailed(VXRWLockCreate(name, flags, &m_handle));
+}
+
+ReaderWriterLock::~ReaderWriterLock() noexcept(false)
+{
+    const std::int32_t result = VXRWLockDestroy(m_handle);
+    if (!failed(result))
+        return;
+    // This object ends in any case. What the calling thread holds, nobody else can be expected to release.
+    VXRWLockReleaseAll(m_handle);
+    VXRWLockDestroy(m_handle);
+    detail::throwIfDestructionFailed(result);
+}
+
+void ReaderWriterLock::wait()
+{
+    throwIfFailed(VXRWLockAcquireWrite(m_handle));
+}
+
+bool ReaderWriterLock::tryWait()
+{
+    return !failed(VXRWLockTryAcquireWrite(m_handle));
+}
+
+void ReaderWriterLock::signal()
+{
+    throwIfFailed(VXRWLockReleaseWrite(m_handle));
+}
+
+void ReaderWriterLock::waitShared()
+{
+    throwIfFailed(VXRWLockAcquireRead(m_handle));
+}
+
+bool ReaderWriterLock::tryWaitShared()
+{
+    return !failed(VXRWLockTryAcquireRead(m_handle));
+}
+
+void ReaderWriterLock::signalShared()
+{
+    throwIfFailed(VXRWLockReleaseRead(m_handle));
+}
+
+} // namespace vx::sync

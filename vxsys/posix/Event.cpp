@@ -1,0 +1,84 @@
+#include "vxsys/Lock.h"
+#include "vxsys/detail/Waitable.h"
+
+#include <cstdint>
+
+namespace {
+
+using namespace vxsys::detail;
+
+class Event final : public Waitable<VXHandleTag> {
+public:
+    static constexpr HandleKind KIND = HandleKind::EVENT;
+
+    Event() noexcept
+        : Waitable(KIND)
+    {
+    }
+
+    int wait(const Deadline& deadline) noexcept;
+    int signal() noexcept;
+
+private:
+    bool m_isSignalled VX_GUARDED_BY(m_monitor) = false;
+    std::uint64_t m_signals VX_GUARDED_BY(m_monitor) = 0;
+    std::uint32_t m_released VX_GUARDED_BY(m_monitor)
+        = 0; ///< waiters that a signal released and that have not run since
+};
+
+int Event::wait(const Deadline& deadline) noexcept
+{
+    const MonitorLock lock(m_monitor);
+    if (m_isSignalled) {
+        m_isSignalled = false;
+        return 0;
+    }
+    // A signal is for the threads that waited when it came: a later one does not take it from one that has not run yet.
+    const std::uint64_t before = m_signals;
+    const int error
+        = waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) { return m_released > 0 && m_signals != before; });
+    if (error == 0)
+        --m_released;
+    return error;
+}
+
+int Event::signal() noexcept
+{
+    const MonitorLock lock(m_monitor);
+    ++m_signals;
+    // Each signal releases another waiter, also when the next signal comes before that waiter runs.
+    if (m_released < m_waiters) {
+        ++m_released;
+        m_monitor.wakeOne();
+    } else {
+        m_isSignalled = true;
+    }
+    return 0;
+}
+
+} // namespace
+
+std::int32_t VXEventCreate(const char*, std::uint32_t, VXHandle* event) noexcept
+{
+    return createHandle<Event>(event);
+}
+
+std::int32_t VXEventWait(VXHandle event) noexcept
+{
+    return VXEventTimedWait(event, VX_WAIT_FOREVER);
+}
+
+std::int32_t VXEventTimedWait(VXHandle event, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<Event>(event, [&](Event& object) { return object.wait(Deadline::in(milliseconds)); });
+}
+
+std::int32_t VXEventSignal(VXHandle event) noexcept
+{
+    return onHandle<Event>(event, [](Event& object) { return object.signal(); });
+}
+
+std::int32_t VXEventDestroy(VXHandle event) noexcept
+{
+    return destroyHandle<Event>(event);
+}

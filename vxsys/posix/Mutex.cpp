@@ -1,0 +1,140 @@
+#include "vxsys/Lock.h"
+#include "vxsys/detail/Handle.h"
+#include "vxsys/detail/LockHolder.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <pthread.h>
+#include <utility>
+
+namespace {
+
+using namespace vxsys::detail;
+
+/// The system's plain mutex with a count of its own: the fastest one that can say whether the caller holds it.
+class Mutex final : public VXHandleTag {
+public:
+    static constexpr HandleKind KIND = HandleKind::MUTEX;
+
+    Mutex() noexcept
+        : VXHandleTag(KIND)
+    {
+    }
+
+    int init() noexcept { return 0; }
+    int acquire(std::uint32_t depth) noexcept;
+    int tryAcquire() noexcept;
+    int release() noexcept;
+    int releaseAll(std::uint32_t& depth) noexcept;
+    /// EBUSY for a held mutex, which stays as it was.
+    int destroyable() noexcept;
+
+private:
+    int entered(int error, std::uint32_t depth) noexcept;
+    int leave() noexcept;
+    int deepen(std::uint32_t more) noexcept;
+
+    pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
+    LockHolder m_holder;
+    std::uint32_t m_depth = 0; ///< guarded by the mutex
+};
+
+int Mutex::acquire(std::uint32_t depth) noexcept
+{
+    return m_holder.isCaller() ? deepen(depth) : entered(::pthread_mutex_lock(&m_mutex), depth);
+}
+
+int Mutex::tryAcquire() noexcept
+{
+    const int error = m_holder.isCaller() ? deepen(1) : entered(::pthread_mutex_trylock(&m_mutex), 1);
+    return error == EBUSY ? ETIMEDOUT : error;
+}
+
+int Mutex::release() noexcept
+{
+    if (!m_holder.isCaller())
+        return EPERM;
+    return --m_depth == 0 ? leave() : 0;
+}
+
+int Mutex::releaseAll(std::uint32_t& depth) noexcept
+{
+    if (!m_holder.isCaller())
+        return 0;
+    depth = std::exchange(m_depth, 0);
+    return leave();
+}
+
+int Mutex::destroyable() noexcept
+{
+    if (m_holder.isCaller())
+        return EBUSY;
+    if (const int error = ::pthread_mutex_trylock(&m_mutex))
+        return error;
+    ::pthread_mutex_unlock(&m_mutex);
+    return ::pthread_mutex_destroy(&m_mutex);
+}
+
+int Mutex::entered(int error, std::uint32_t depth) noexcept
+{
+    if (error == 0) {
+        m_holder.setCaller();
+        m_depth = depth;
+    }
+    return error;
+}
+
+int Mutex::leave() noexcept
+{
+    m_holder.clear();
+    return ::pthread_mutex_unlock(&m_mutex);
+}
+
+int Mutex::deepen(std::uint32_t more) noexcept
+{
+    if (more > std::numeric_limits<std::uint32_t>::max() - m_depth)
+        return EAGAIN;
+    m_depth += more;
+    return 0;
+}
+
+} // namespace
+
+std::int32_t VXMutexCreate(const char*, std::uint32_t, VXHandle* mutex) noexcept
+{
+    return createHandle<Mutex>(mutex);
+}
+
+std::int32_t VXMutexAcquire(VXHandle mutex) noexcept
+{
+    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.acquire(1); });
+}
+
+std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
+{
+    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.tryAcquire(); });
+}
+
+std::int32_t VXMutexRelease(VXHandle mutex) noexcept
+{
+    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.release(); });
+}
+
+std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept
+{
+    if (depth == nullptr)
+        return VXResultFromNative(EINVAL);
+    *depth = 0;
+    return onHandle<Mutex>(mutex, [&](Mutex& object) { return object.releaseAll(*depth); });
+}
+
+std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept
+{
+    return onHandle<Mutex>(mutex, [&](Mutex& object) { return depth == 0 ? 0 : object.acquire(depth); });
+}
+
+std::int32_t VXMutexDestroy(VXHandle mutex) noexcept
+{
+    return destroyHandle<Mutex>(mutex);
+}

@@ -1,0 +1,107 @@
+#include "vxsys/Lock.h"
+#include "vxsys/detail/Waitable.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+
+namespace {
+
+using namespace vxsys::detail;
+
+class Semaphore final : public Waitable<SemaphoreHandle> {
+public:
+    Semaphore() noexcept
+        : Waitable(false)
+    {
+    }
+
+    int init(std::uint32_t value) noexcept;
+    int wait() noexcept override { return take(Deadline()); }
+    int tryWait() noexcept override { return take(Deadline::in(0)); }
+    int post() noexcept override;
+    int value(std::int32_t& count) noexcept override;
+
+private:
+    static constexpr std::int32_t LARGEST = std::numeric_limits<std::int32_t>::max();
+
+    int take(const Deadline& deadline) noexcept;
+
+    std::int32_t m_value VX_GUARDED_BY(m_monitor) = 0;
+};
+
+int Semaphore::init(std::uint32_t value) noexcept
+{
+    if (value > LARGEST)
+        return EINVAL;
+    const MonitorLock lock(m_monitor);
+    m_value = static_cast<std::int32_t>(value);
+    return m_monitor.init();
+}
+
+int Semaphore::post() noexcept
+{
+    const MonitorLock lock(m_monitor);
+    if (m_value == LARGEST)
+        return EOVERFLOW;
+    ++m_value;
+    m_monitor.wakeOne();
+    return 0;
+}
+
+int Semaphore::value(std::int32_t& count) noexcept
+{
+    const MonitorLock lock(m_monitor);
+    count = m_value;
+    return 0;
+}
+
+int Semaphore::take(const Deadline& deadline) noexcept
+{
+    const MonitorLock lock(m_monitor);
+    const int error = waitUntil(deadline, [this]() VX_REQUIRES(m_monitor) { return m_value > 0; });
+    if (error == 0)
+        --m_value;
+    return error;
+}
+
+} // namespace
+
+std::int32_t VXSemaphoreCreate(std::uint32_t value, const char*, std::uint32_t, VXHandle* semaphore) noexcept
+{
+    return createHandle<Semaphore>(semaphore, value);
+}
+
+std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept
+{
+    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.wait(); });
+}
+
+std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept
+{
+    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.tryWait(); });
+}
+
+std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept
+{
+    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.post(); });
+}
+
+std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexcept
+{
+    if (value == nullptr)
+        return VXResultFromNative(EINVAL);
+    *value = 0;
+    return onHandle<SemaphoreHandle>(semaphore, [&](SemaphoreHandle& object) { return object.value(*value); });
+}
+
+std::int32_t VXSemaphoreDestroy(VXHandle semaphore) noexcept
+{
+    auto* object = objectOf<SemaphoreHandle>(semaphore);
+    if (object == nullptr || object->isNamed)
+        return VXResultFromNative(EINVAL);
+    const int error = static_cast<Semaphore*>(object)->destroyable();
+    if (error == 0)
+        delete object;
+    return VXResultFromNative(error);
+}
