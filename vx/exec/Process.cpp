@@ -10,17 +10,27 @@
 
 namespace vx::exec {
 
-/// This side's end of a pipe, open as long as the process object or a stream on it needs it.
+/// This side's end of a pipe. It is open as long as the process object or a stream needs it.
 class Process::Pipe : public Object {
 public:
-    Pipe() noexcept = default;
+    enum class Direction { FROM_CHILD, TO_CHILD };
+
+    explicit Pipe(Direction direction) noexcept
+        : m_direction(direction)
+    {
+    }
     ~Pipe() noexcept override { close(); }
 
     void open(std::uint32_t handle) noexcept { m_handle = handle; }
     void close() noexcept
     {
-        if (m_handle != VX_FILE_INVALID_HANDLE)
-            VXFileClose(std::exchange(m_handle, VX_FILE_INVALID_HANDLE));
+        if (m_handle == VX_FILE_INVALID_HANDLE)
+            return;
+        const std::uint32_t handle = std::exchange(m_handle, VX_FILE_INVALID_HANDLE);
+        if (m_direction == Direction::TO_CHILD)
+            VXFileClose(handle);
+        else
+            VXProcessDrain(handle); // a child that still writes would be ended by SIGPIPE
     }
     std::uint32_t getHandle() const noexcept { return m_handle; }
     bool isOpen() const noexcept { return m_handle != VX_FILE_INVALID_HANDLE; }
@@ -29,6 +39,7 @@ public:
     class Target;
 
 private:
+    const Direction m_direction;
     std::uint32_t m_handle = VX_FILE_INVALID_HANDLE;
 };
 
@@ -66,13 +77,22 @@ private:
 
 Process::Process(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
     const char16_t* const* environment, unsigned int flags)
+    : Process(program, commandLine, directory, environment, flags, {})
 {
-    // Before the child, so that nothing that fails behind its start leaves it alone.
-    for (Reference<Pipe>* pipe : {&m_childInput, &m_childOutput, &m_childError})
-        *pipe = new Pipe;
+}
 
+Process::Process(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
+    const char16_t* const* environment, unsigned int flags, std::span<const std::uint32_t> inherited)
+    // Made before the child starts, so that nothing can fail after the start.
+    : m_childInput(new Pipe(Pipe::Direction::TO_CHILD))
+    , m_childOutput(new Pipe(Pipe::Direction::FROM_CHILD))
+    , m_childError(new Pipe(Pipe::Direction::FROM_CHILD))
+{
+    if (inherited.size() > INT32_MAX)
+        throwResult(RESULT_INVALID_ARGUMENT);
     std::uint32_t pipes[3];
-    throwIfFailed(VXProcessCreate(program, commandLine, directory, environment, flags, pipes, &m_handle));
+    throwIfFailed(VXProcessCreateInheriting(program, commandLine, directory, environment, flags, inherited.data(),
+        static_cast<std::int32_t>(inherited.size()), pipes, &m_handle));
     m_childInput->open(pipes[0]);
     m_childOutput->open(pipes[1]);
     m_childError->open(pipes[2]);
@@ -133,6 +153,22 @@ Reference<io::InputStream> Process::getErrorStream()
 void Process::closeInput()
 {
     m_childInput->close();
+}
+
+std::uint32_t Process::getInheritedDescriptor(const String& inheritanceId)
+{
+    const std::u16string_view text = inheritanceId.view();
+    const std::size_t separator = text.rfind(u'=');
+    const std::u16string_view digits = separator != text.npos ? text.substr(separator + 1) : u"";
+    std::uint64_t number = 0;
+    for (const char16_t digit : digits) {
+        number = number * 10 + (digit - u'0');
+        if (digit < u'0' || digit > u'9' || number > INT32_MAX)
+            throwResult(RESULT_INVALID_ARGUMENT);
+    }
+    if (digits.empty())
+        throwResult(RESULT_INVALID_ARGUMENT);
+    return static_cast<std::uint32_t>(number);
 }
 
 unsigned int Process::getCurrentID()

@@ -5,6 +5,7 @@
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/Utf.h"
+#include "vxsys/posix/Descriptor.h"
 #include "vxsys/posix/Reaper.h"
 
 #include <algorithm>
@@ -14,14 +15,15 @@
 #include <exception>
 #include <fcntl.h>
 #include <limits>
-#include <new>
+#include <poll.h>
+#include <span>
 #include <spawn.h>
 #include <string>
 #include <string_view>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -116,36 +118,17 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts)
     return pointers;
 }
 
-class Descriptor {
-public:
-    Descriptor() noexcept = default;
-    ~Descriptor()
-    {
-        if (m_value != -1)
-            ::close(m_value);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const noexcept { return m_value; }
-    int release() noexcept { return std::exchange(m_value, -1); }
-
-    /// Takes `value` over, moved above the standard streams, where the child's own will stand.
-    void set(int value)
-    {
-        m_value = value;
-        if (value >= STANDARD_STREAMS)
-            return;
-        const int moved = ::fcntl(value, F_DUPFD_CLOEXEC, STANDARD_STREAMS);
-        const int error = errno;
-        ::close(value);
-        m_value = moved;
-        check(moved == -1 ? error : 0);
-    }
-
-private:
-    int m_value = -1;
-};
+/// Moves a new descriptor above the standard streams, where the child's own will stand. -1 stays an error in `errno`.
+Descriptor aboveStandardStreams(int descriptor)
+{
+    check(descriptor == -1 ? errno : 0);
+    Descriptor owned(descriptor);
+    if (descriptor >= STANDARD_STREAMS)
+        return owned;
+    Descriptor moved(::fcntl(descriptor, F_DUPFD_CLOEXEC, STANDARD_STREAMS));
+    check(moved.isOpen() ? 0 : errno);
+    return moved;
+}
 
 struct Pipe {
     Descriptor readEnd;
@@ -155,13 +138,9 @@ struct Pipe {
     {
         int ends[2];
         check(::pipe2(ends, O_CLOEXEC) == 0 ? 0 : errno);
-        try {
-            readEnd.set(ends[0]);
-        } catch (...) {
-            ::close(ends[1]);
-            throw;
-        }
-        writeEnd.set(ends[1]);
+        writeEnd.reset(ends[1]); // owned before the next line may throw
+        readEnd = aboveStandardStreams(ends[0]);
+        writeEnd = aboveStandardStreams(writeEnd.release());
     }
 };
 
@@ -174,9 +153,31 @@ public:
 
     posix_spawn_file_actions_t* get() noexcept { return &m_value; }
 
+    void duplicate(int from, int to) { check(::posix_spawn_file_actions_adddup2(&m_value, from, to)); }
+    void close(int descriptor) { check(::posix_spawn_file_actions_addclose(&m_value, descriptor)); }
+    /// Closes all but the standard streams and `kept`, which are sorted and above them, and which the program gets.
+    void closeAllBut(const std::vector<int>& kept);
+
 private:
     posix_spawn_file_actions_t m_value;
 };
+
+void FileActions::closeAllBut(const std::vector<int>& kept)
+{
+    // All that are kept move together right above the standard streams, everything after them is closed, and they move
+    // back. A sorted list of different numbers never moves one onto another that has still to move.
+    const auto count = static_cast<int>(kept.size());
+    for (int i = 0; i < count; ++i)
+        duplicate(kept[static_cast<std::size_t>(i)], STANDARD_STREAMS + i); // onto itself: it stays open in the program
+    check(::posix_spawn_file_actions_addclosefrom_np(&m_value, STANDARD_STREAMS + count));
+    for (int i = count - 1; i >= 0; --i) {
+        const int number = kept[static_cast<std::size_t>(i)];
+        if (number == STANDARD_STREAMS + i)
+            break; // and so are all before it
+        duplicate(STANDARD_STREAMS + i, number);
+        close(STANDARD_STREAMS + i);
+    }
+}
 
 /// No signal blocked and each at its default, whatever the calling thread and its process have set for themselves.
 class PlainSignals {
@@ -210,47 +211,89 @@ std::vector<std::string> readEnvironment(const char16_t* const* environment)
     return texts;
 }
 
-pid_t spawn(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
-    const char16_t* const* environment, std::uint32_t flags, std::uint32_t (&pipes)[STANDARD_STREAMS])
+/// The numbers in `inherited` in their order and each once. They must be open before any pipe is, which could get the
+/// number of one that is not.
+std::vector<int> checkInherited(std::span<const std::uint32_t> inherited)
 {
-    const bool searches = (flags & VX_PROCESS_SEARCH_PATH) != 0;
-    const std::string path = findProgram(program, searches);
-    std::vector<std::string> arguments = splitArguments(commandLine != nullptr ? commandLine : u"");
+    std::vector<int> numbers;
+    for (const std::uint32_t descriptor : inherited) {
+        if (descriptor < STANDARD_STREAMS)
+            throw Failure {RESULT_INVALID_ARGUMENT};
+        numbers.push_back(static_cast<int>(descriptor));
+        check(::fcntl(numbers.back(), F_GETFD) != -1 ? 0 : errno);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    return numbers;
+}
+
+/// What a caller of `VXProcessCreate` says.
+struct Order {
+    const char16_t* program;
+    const char16_t* commandLine;
+    const char16_t* directory;
+    const char16_t* const* environment;
+    std::uint32_t flags;
+    std::span<const std::uint32_t> inherited;
+};
+
+pid_t spawn(const Order& order, Pipe (&pipes)[STANDARD_STREAMS])
+{
+    const bool searches = (order.flags & VX_PROCESS_SEARCH_PATH) != 0;
+    const std::string path = findProgram(order.program, searches);
+    std::vector<std::string> arguments = splitArguments(order.commandLine != nullptr ? order.commandLine : u"");
     arguments.insert(arguments.begin(), path);
     std::vector<std::string> variables;
-    if (environment != nullptr)
-        variables = readEnvironment(environment);
+    if (order.environment != nullptr)
+        variables = readEnvironment(order.environment);
     std::vector<char*> variablePointers = pointersTo(variables);
+    const std::vector<int> inherited = checkInherited(order.inherited);
 
-    Pipe input;
-    Pipe output;
-    Pipe error;
-    for (Pipe* pipe : {&input, &output, &error})
-        pipe->open();
+    for (Pipe& pipe : pipes)
+        pipe.open();
 
     FileActions actions;
-    check(::posix_spawn_file_actions_adddup2(actions.get(), input.readEnd.get(), STDIN_FILENO));
-    check(::posix_spawn_file_actions_adddup2(actions.get(), output.writeEnd.get(), STDOUT_FILENO));
-    check(::posix_spawn_file_actions_adddup2(actions.get(), error.writeEnd.get(), STDERR_FILENO));
-    check(::posix_spawn_file_actions_addclosefrom_np(actions.get(), STANDARD_STREAMS));
-    if (directory != nullptr)
-        check(::posix_spawn_file_actions_addchdir_np(actions.get(), nativePath(directory).c_str()));
+    actions.duplicate(pipes[STDIN_FILENO].readEnd.get(), STDIN_FILENO);
+    actions.duplicate(pipes[STDOUT_FILENO].writeEnd.get(), STDOUT_FILENO);
+    actions.duplicate(pipes[STDERR_FILENO].writeEnd.get(), STDERR_FILENO);
+    actions.closeAllBut(inherited);
+    if (order.directory != nullptr)
+        check(::posix_spawn_file_actions_addchdir_np(actions.get(), nativePath(order.directory).c_str()));
 
     const PlainSignals signals;
     pid_t child = -1;
     check((searches ? ::posix_spawnp : ::posix_spawn)(&child, path.c_str(), actions.get(), signals.get(),
-        pointersTo(arguments).data(), environment != nullptr ? variablePointers.data() : environ));
+        pointersTo(arguments).data(), order.environment != nullptr ? variablePointers.data() : environ));
 
-    pipes[0] = static_cast<std::uint32_t>(input.writeEnd.release());
-    pipes[1] = static_cast<std::uint32_t>(output.readEnd.release());
-    pipes[2] = static_cast<std::uint32_t>(error.readEnd.release());
+    pipes[STDIN_FILENO].readEnd.reset(-1);
+    pipes[STDOUT_FILENO].writeEnd.reset(-1);
+    pipes[STDERR_FILENO].writeEnd.reset(-1);
     return child;
 }
 
-/// Only a child of our own: 0 and negative numbers mean groups to the system.
-bool isProcess(std::uint32_t process) noexcept
+/// Stands for a child that had ended, and that another part of the process had collected, before it got a handle.
+constexpr std::uint32_t COLLECTED_CHILD = VX_PROCESS_INVALID_HANDLE - 1;
+
+/// The handle of a child is a descriptor of the process (pidfd). Unlike its number it never leads to another process, and
+/// it tells the child's end also if another part of the process collects all children.
+std::uint32_t openHandle(pid_t child)
 {
-    return process != 0 && process <= static_cast<std::uint32_t>(std::numeric_limits<pid_t>::max());
+    const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
+    if (descriptor == -1 && errno == ESRCH)
+        return COLLECTED_CHILD;
+    try {
+        return static_cast<std::uint32_t>(aboveStandardStreams(descriptor).release());
+    } catch (const Failure&) {
+        ::kill(child, SIGKILL); // nobody could wait for it
+        retryOnSignal([&] { return ::waitpid(child, nullptr, 0); });
+        throw;
+    }
+}
+
+bool hasEnded(int child) noexcept
+{
+    pollfd state {child, POLLIN, 0};
+    return ::poll(&state, 1, 0) == 1 && (state.revents & POLLIN) != 0;
 }
 
 std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode) noexcept
@@ -260,15 +303,22 @@ std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode)
     if (exitCode == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *exitCode = -1;
-    if (!isProcess(process))
+    if (process == COLLECTED_CHILD)
+        return RESULT_FALSE;
+    if (process > static_cast<std::uint32_t>(std::numeric_limits<int>::max()))
         return RESULT_INVALID_HANDLE;
-    int status = 0;
-    const pid_t ended = retryOnSignal([&] { return ::waitpid(static_cast<pid_t>(process), &status, options); });
-    if (ended == -1)
-        return VXResultFromNative(errno);
-    if (ended == 0)
+    siginfo_t ended {};
+    if (retryOnSignal([&] { return ::waitid(P_PIDFD, process, &ended, WEXITED | options); }) != 0) {
+        const int error = errno;
+        if (error != ECHILD || !hasEnded(static_cast<int>(process)))
+            return VXResultFromNative(error);
+        ::close(static_cast<int>(process));
+        return RESULT_FALSE;
+    }
+    if (ended.si_pid == 0)
         return RESULT_TIMED_OUT;
-    *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : ENDED_BY_SIGNAL + WTERMSIG(status);
+    *exitCode = ended.si_code == CLD_EXITED ? ended.si_status : ENDED_BY_SIGNAL + ended.si_status;
+    ::close(static_cast<int>(process));
     return RESULT_OK;
 }
 
@@ -277,16 +327,28 @@ std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode)
 std::int32_t VXProcessCreate(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
     const char16_t* const* environment, std::uint32_t flags, std::uint32_t pipes[3], std::uint32_t* process) noexcept
 {
+    return VXProcessCreateInheriting(program, commandLine, directory, environment, flags, nullptr, 0, pipes, process);
+}
+
+std::int32_t VXProcessCreateInheriting(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
+    const char16_t* const* environment, std::uint32_t flags, const std::uint32_t* inherited,
+    std::int32_t inheritedCount, std::uint32_t pipes[3], std::uint32_t* process) noexcept
+{
     if (pipes == nullptr || process == nullptr)
         return RESULT_INVALID_ARGUMENT;
     std::fill_n(pipes, STANDARD_STREAMS, VX_FILE_INVALID_HANDLE);
     *process = VX_PROCESS_INVALID_HANDLE;
-    if (program == nullptr || *program == 0 || (flags & ~VX_PROCESS_SEARCH_PATH) != 0)
+    if (program == nullptr || *program == 0 || (flags & ~VX_PROCESS_SEARCH_PATH) != 0 || inheritedCount < 0
+        || (inherited == nullptr && inheritedCount > 0))
         return RESULT_INVALID_ARGUMENT;
     try {
-        std::uint32_t ends[STANDARD_STREAMS];
-        *process = static_cast<std::uint32_t>(spawn(program, commandLine, directory, environment, flags, ends));
-        std::copy_n(ends, STANDARD_STREAMS, pipes);
+        Pipe ends[STANDARD_STREAMS];
+        *process = openHandle(spawn({program, commandLine, directory, environment, flags,
+                                        {inherited, static_cast<std::size_t>(inheritedCount)}},
+            ends));
+        pipes[STDIN_FILENO] = static_cast<std::uint32_t>(ends[STDIN_FILENO].writeEnd.release());
+        pipes[STDOUT_FILENO] = static_cast<std::uint32_t>(ends[STDOUT_FILENO].readEnd.release());
+        pipes[STDERR_FILENO] = static_cast<std::uint32_t>(ends[STDERR_FILENO].readEnd.release());
         return RESULT_OK;
     } catch (const Failure& failure) {
         return failure.result;
@@ -309,7 +371,16 @@ std::int32_t VXProcessDetach(std::uint32_t process) noexcept
 {
     std::int32_t exitCode = 0;
     const std::int32_t result = waitFor(process, WNOHANG, &exitCode);
-    return result == RESULT_TIMED_OUT ? reapLater(static_cast<pid_t>(process)) : result;
+    if (result == RESULT_TIMED_OUT)
+        return reapLater(Descriptor(static_cast<int>(process)));
+    return failed(result) ? result : RESULT_OK;
+}
+
+std::int32_t VXProcessDrain(std::uint32_t pipe) noexcept
+{
+    if (pipe > static_cast<std::uint32_t>(std::numeric_limits<int>::max()))
+        return RESULT_INVALID_HANDLE;
+    return drainLater(Descriptor(static_cast<int>(pipe)));
 }
 
 std::uint32_t VXProcessGetID() noexcept

@@ -4,155 +4,233 @@
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/StateLock.h"
 
-#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <exception>
+#include <fcntl.h>
+#include <memory>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/epoll.h>
 #include <sys/eventfd.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace vxsys::detail {
 
 namespace {
 
-struct Child {
-    pid_t process;
-    int descriptor; ///< readable once the child has ended
+/// What the reaper still has to do with a descriptor that it owns.
+struct Task {
+    enum class Kind { COLLECT_CHILD, DRAIN_PIPE };
+
+    Descriptor descriptor;
+    Kind kind;
+    std::unique_ptr<Task> next;
 };
 
-/// One thread that waits for all detached children, and lives only while there are any. It ends with the library at the
-/// latest, so that none of its code runs behind the library's unloading.
+/// Whether the child has been collected, here or elsewhere.
+bool isCollected(int child) noexcept
+{
+    siginfo_t ended {};
+    const int error
+        = retryOnSignal([&] { return ::waitid(P_PIDFD, static_cast<id_t>(child), &ended, WEXITED | WNOHANG); });
+    return error != 0 || ended.si_pid != 0;
+}
+
+/// Drops what the pipe holds; true once its last writer is gone.
+bool isDrained(int pipe) noexcept
+{
+    constexpr int READS_IN_A_TURN = 16; // then the other tasks have theirs
+    std::array<char, 16 * 1024> dropped;
+    for (int i = 0; i < READS_IN_A_TURN; ++i) {
+        const ssize_t got = retryOnSignal([&] { return ::read(pipe, dropped.data(), dropped.size()); });
+        if (got == 0 || (got == -1 && errno != EAGAIN))
+            return true;
+        if (got == -1)
+            return false;
+    }
+    return false;
+}
+
+/// One thread for all tasks, which runs only while there are any. Waiting and working need no memory, so a task that was
+/// accepted is always done. The thread ends with the library at the latest: none of its code runs after the unloading.
 class Reaper {
 public:
     Reaper() noexcept = default;
-    ~Reaper()
-    {
-        {
-            const StateGuard guard(m_lock);
-            m_ends = true;
-            wake();
-        }
-        if (m_hasThread)
-            ::pthread_join(m_thread, nullptr);
-        for (const Child& child : m_children)
-            ::close(child.descriptor);
-        if (m_wake != -1)
-            ::close(m_wake);
-    }
+    ~Reaper();
     Reaper(const Reaper&) = delete;
     Reaper& operator=(const Reaper&) = delete;
 
-    /// Gives a native error or 0.
-    int add(pid_t process)
-    {
-        const StateGuard guard(m_lock);
-        if (m_wake == -1 && (m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) == -1)
-            return errno;
-        m_children.reserve(m_children.size() + 1);
-        const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
-        if (descriptor == -1)
-            return errno;
-        if (const int error = startThread()) {
-            ::close(descriptor);
-            return error;
-        }
-        m_children.push_back({process, descriptor});
-        wake();
-        return 0;
-    }
+    /// Gives a native error or 0. May throw std::bad_alloc.
+    int add(Descriptor descriptor, Task::Kind kind);
 
-    /// Around a fork: the child has this memory, but neither the thread nor the children. The lock is held from the first
-    /// to one of the others.
+    /// Around a fork: the child process has this memory, but not the thread. Its copies of the descriptors are closed. The
+    /// lock is held from the first call to one of the other two.
     void beforeFork() VX_NO_THREAD_SAFETY_ANALYSIS { m_lock.lock(); }
     void inParent() VX_NO_THREAD_SAFETY_ANALYSIS { m_lock.unlock(); }
-    void inChild() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
-    {
-        for (const Child& child : m_children)
-            ::close(child.descriptor);
-        m_children.clear();
-        if (m_wake != -1)
-            ::close(std::exchange(m_wake, -1));
-        m_hasThread = false;
-        m_isRunning = false;
-        m_lock.unlock();
-    }
+    void inChild() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
 
 private:
-    void wake() const noexcept
-    {
-        const std::uint64_t one = 1;
-        if (m_wake != -1)
-            static_cast<void>(!::write(m_wake, &one, sizeof one));
-    }
+    int open() noexcept VX_REQUIRES(m_lock);
+    int startThread() noexcept VX_REQUIRES(m_lock);
+    void wake() const noexcept VX_REQUIRES(m_lock);
+    void dropTasks() noexcept VX_REQUIRES(m_lock);
 
-    int startThread() noexcept VX_REQUIRES(m_lock)
-    {
-        if (m_isRunning)
-            return 0;
-        if (m_hasThread)
-            ::pthread_join(m_thread, nullptr); // it has left its loop
-        // The program's signals are for the program's threads.
-        sigset_t all;
-        sigset_t before;
-        sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &before);
-        const int error = ::pthread_create(
-            &m_thread, nullptr,
-            [](void* self) -> void* {
-                static_cast<Reaper*>(self)->run();
-                return nullptr;
-            },
-            this);
-        ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-        m_hasThread = error == 0;
-        m_isRunning = m_hasThread;
-        return error;
-    }
-
-    void run() noexcept
-    {
-        std::vector<pollfd> waits;
-        while (prepare(waits)) {
-            retryOnSignal([&] { return ::poll(waits.data(), waits.size(), -1); });
-            std::uint64_t posts = 0;
-            static_cast<void>(!::read(waits.front().fd, &posts, sizeof posts));
-        }
-    }
-
-    /// Collects who has ended, and lists what to wait for; false when there is nothing left to do.
-    bool prepare(std::vector<pollfd>& waits) noexcept
-    {
-        const StateGuard guard(m_lock);
-        std::erase_if(m_children, [](const Child& child) {
-            if (::waitpid(child.process, nullptr, WNOHANG) == 0)
-                return false;
-            ::close(child.descriptor);
-            return true;
-        });
-        try {
-            waits.assign(1, {m_wake, POLLIN, 0});
-            for (const Child& child : m_children)
-                waits.push_back({child.descriptor, POLLIN, 0});
-        } catch (const std::exception&) { // the first ones are waited for, the others looked at with them
-        }
-        m_isRunning = !m_ends && !m_children.empty() && !waits.empty();
-        return m_isRunning;
-    }
+    void run() noexcept;
+    /// False when the thread has nothing left to do.
+    bool work(const epoll_event* events, int count) noexcept;
+    void workOn(Task& task) noexcept VX_REQUIRES(m_lock);
+    void remove(const Task& task) noexcept VX_REQUIRES(m_lock);
 
     StateLock m_lock;
-    std::vector<Child> m_children VX_GUARDED_BY(m_lock);
-    pthread_t m_thread {};
-    int m_wake = -1;
-    bool m_hasThread = false;
+    std::unique_ptr<Task> m_tasks VX_GUARDED_BY(m_lock);
+    Descriptor m_epoll; ///< open from the first task on
+    Descriptor m_wake VX_GUARDED_BY(m_lock); ///< an event in `m_epoll` without a task
+    pthread_t m_thread VX_GUARDED_BY(m_lock) {};
+    bool m_hasThread VX_GUARDED_BY(m_lock) = false; ///< to be joined
     bool m_isRunning VX_GUARDED_BY(m_lock) = false;
     bool m_ends VX_GUARDED_BY(m_lock) = false;
 };
+
+Reaper::~Reaper()
+{
+    {
+        const StateGuard guard(m_lock);
+        m_ends = true;
+        wake();
+    }
+    if (m_hasThread)
+        ::pthread_join(m_thread, nullptr);
+    dropTasks();
+}
+
+int Reaper::add(Descriptor descriptor, Task::Kind kind)
+{
+    auto task = std::make_unique<Task>();
+    task->descriptor = std::move(descriptor);
+    task->kind = kind;
+
+    const StateGuard guard(m_lock);
+    if (const int error = open())
+        return error;
+    epoll_event event {};
+    event.events = EPOLLIN;
+    event.data.ptr = task.get();
+    if (::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, task->descriptor.get(), &event) != 0)
+        return errno;
+    if (const int error = startThread()) {
+        ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, task->descriptor.get(), nullptr);
+        return error;
+    }
+    task->next = std::move(m_tasks);
+    m_tasks = std::move(task);
+    return 0;
+}
+
+void Reaper::inChild() noexcept
+{
+    dropTasks();
+    m_epoll.reset(-1);
+    m_wake.reset(-1);
+    m_hasThread = false;
+    m_isRunning = false;
+    m_lock.unlock();
+}
+
+int Reaper::open() noexcept
+{
+    if (m_epoll.isOpen())
+        return 0;
+    Descriptor epoll(::epoll_create1(EPOLL_CLOEXEC));
+    if (!epoll.isOpen())
+        return errno;
+    Descriptor wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    epoll_event event {};
+    event.events = EPOLLIN;
+    if (!wake.isOpen() || ::epoll_ctl(epoll.get(), EPOLL_CTL_ADD, wake.get(), &event) != 0)
+        return errno;
+    m_epoll = std::move(epoll);
+    m_wake = std::move(wake);
+    return 0;
+}
+
+int Reaper::startThread() noexcept
+{
+    if (m_isRunning)
+        return 0;
+    if (m_hasThread)
+        ::pthread_join(m_thread, nullptr); // it has left its loop
+    // The program's signals are for the program's threads.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    const int error = ::pthread_create(
+        &m_thread, nullptr,
+        [](void* self) -> void* {
+            static_cast<Reaper*>(self)->run();
+            return nullptr;
+        },
+        this);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    m_hasThread = error == 0;
+    m_isRunning = m_hasThread;
+    return error;
+}
+
+void Reaper::wake() const noexcept
+{
+    const std::uint64_t one = 1;
+    if (m_wake.isOpen())
+        static_cast<void>(!::write(m_wake.get(), &one, sizeof one));
+}
+
+void Reaper::dropTasks() noexcept
+{
+    while (m_tasks != nullptr) // one by one: a chain that destroys itself recurses
+        m_tasks = std::move(m_tasks->next);
+}
+
+void Reaper::run() noexcept
+{
+    std::array<epoll_event, 16> events;
+    int count = 0;
+    do
+        count = retryOnSignal(
+            [&] { return ::epoll_wait(m_epoll.get(), events.data(), static_cast<int>(events.size()), -1); });
+    while (work(events.data(), count));
+}
+
+bool Reaper::work(const epoll_event* events, int count) noexcept
+{
+    const StateGuard guard(m_lock);
+    for (int i = 0; i < count; ++i) {
+        if (events[i].data.ptr != nullptr) // null only wakes the thread
+            workOn(*static_cast<Task*>(events[i].data.ptr));
+    }
+    m_isRunning = !m_ends && m_tasks != nullptr;
+    return m_isRunning;
+}
+
+void Reaper::workOn(Task& task) noexcept
+{
+    const int descriptor = task.descriptor.get();
+    if (task.kind == Task::Kind::COLLECT_CHILD ? isCollected(descriptor) : isDrained(descriptor))
+        remove(task);
+}
+
+void Reaper::remove(const Task& task) noexcept
+{
+    // Closing is not enough: a child of a fork may hold the descriptor open, and its events would still come.
+    ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, task.descriptor.get(), nullptr);
+    std::unique_ptr<Task>* place = &m_tasks;
+    while (place->get() != &task)
+        place = &(*place)->next;
+    *place = std::move((*place)->next);
+}
 
 Reaper& reaper()
 {
@@ -163,15 +241,31 @@ Reaper& reaper()
     return instance;
 }
 
-} // namespace
-
-std::int32_t reapLater(pid_t child) noexcept
+std::int32_t addTask(Descriptor descriptor, Task::Kind kind) noexcept
 {
     try {
-        return VXResultFromNative(reaper().add(child));
+        return VXResultFromNative(reaper().add(std::move(descriptor), kind));
     } catch (const std::exception&) {
         return results::RESULT_OUT_OF_MEMORY;
     }
+}
+
+} // namespace
+
+std::int32_t reapLater(Descriptor child) noexcept
+{
+    return addTask(std::move(child), Task::Kind::COLLECT_CHILD);
+}
+
+std::int32_t drainLater(Descriptor pipe) noexcept
+{
+    pollfd state {pipe.get(), POLLIN, 0};
+    if (::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)
+        return results::RESULT_OK; // nobody can write any more
+    const int flags = ::fcntl(pipe.get(), F_GETFL);
+    if (flags == -1 || ::fcntl(pipe.get(), F_SETFL, flags | O_NONBLOCK) != 0)
+        return VXResultFromNative(errno);
+    return addTask(std::move(pipe), Task::Kind::DRAIN_PIPE);
 }
 
 } // namespace vxsys::detail

@@ -1,12 +1,17 @@
 #pragma once
 
+#include "vxsys/posix/Descriptor.h"
+
 #include <cstdint>
-#include <sys/types.h>
 
 namespace vxsys::detail {
 
-/// Collects the end of `child`, whom nobody will join, as soon as it comes: no zombie stays. Negative is failure, and then
-/// the child's end is collected by nobody before the process's own.
-std::int32_t reapLater(pid_t child) noexcept;
+/// Collects the end of a child that nobody joins, as soon as it comes, so that no zombie stays. `child` is a descriptor of
+/// the process (pidfd). After a failure, which is negative, the child stays a zombie until the calling process ends.
+std::int32_t reapLater(Descriptor child) noexcept;
+
+/// Reads and drops what comes through `pipe` until its last writer is gone. After a failure, which is negative, the pipe is
+/// closed and its writers get SIGPIPE.
+std::int32_t drainLater(Descriptor pipe) noexcept;
 
 } // namespace vxsys::detail

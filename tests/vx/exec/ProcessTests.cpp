@@ -1,17 +1,26 @@
 #include "vx/exec/Process.h"
 
+#include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
 #include "tests/Threads.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/net/TcpSocket.h"
 #include "vxsys/Result.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fcntl.h>
+#include <set>
+#include <span>
+#include <sys/socket.h>
+#include <sys/wait.h>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace vx::exec {
 namespace {
@@ -159,6 +168,108 @@ TEST(Process, LeavesNoZombieWhenNobodyJoins)
     keptOpen->write(&end, 1);
     while (stateOfProcess(runningId) != '\0' || stateOfProcess(endedId) != '\0')
         std::this_thread::yield();
+}
+
+TEST(Process, SeesTheEndOfAChildThatTheSystemOrTheProgramCollected)
+{
+    Reference<Process> collected = shell("exit 5");
+    readAll(*collected->getInputStream());
+    EXPECT_GT(::waitpid(-1, nullptr, 0), 0);
+    EXPECT_TRUE(collected->tryJoin());
+    EXPECT_EQ(collected->getExitCode(), -1) << "unknown";
+
+    const auto disposition = std::signal(SIGCHLD, SIG_IGN);
+    const Reference<Process> ignored = shell("read line; exit 5");
+    EXPECT_FALSE(ignored->tryJoin());
+    ignored->closeInput();
+    while (!ignored->tryJoin())
+        std::this_thread::yield();
+    EXPECT_EQ(ignored->getExitCode(), -1);
+    EXPECT_EQ(shell("exit 5")->join(), -1);
+    shell("exit 5"); // left alone
+    std::signal(SIGCHLD, disposition);
+}
+
+/// More than a pipe holds, on both outputs, once its input has ended. The work is the child's own, or that of a grandchild.
+TEST(Process, LetsAChildWriteThatIsLeftAlone)
+{
+    const Scratch scratch;
+    for (const bool isJoined : {false, true}) {
+        const std::filesystem::path file = scratch / (isJoined ? "joined" : "detached");
+        Reference<Process> process
+            = shell("exec 3<&0; (cat <&3; head -c 200000 /dev/zero && head -c 200000 /dev/zero >&2 && echo x >"
+                + file.string() + (isJoined ? ") &" : ")"));
+        if (isJoined) {
+            EXPECT_EQ(process->join(), 0);
+        }
+        process = nullptr;
+        while (contentOf(file) != "x\n")
+            std::this_thread::yield();
+    }
+}
+
+/// What the heir finds open, and says.
+std::string listOfHeir(const char16_t* commandLine, std::span<const std::uint32_t> inherited)
+{
+    Process heir(String(HEIR_FILE).getData(), commandLine, nullptr, nullptr, 0, inherited);
+    const std::string list = readAll(*heir.getInputStream());
+    EXPECT_EQ(heir.join(), 0);
+    return list;
+}
+
+TEST(Process, HandsOnDescriptorsThatTheCallerNames)
+{
+    struct Owned final : net::TcpSocket {
+        explicit Owned(int descriptor)
+            : TcpSocket(static_cast<unsigned int>(descriptor))
+        {
+        }
+    };
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    Owned ours(ends[0]), theirs(ends[1]);
+    const String id = theirs.getInheritanceId();
+    const std::uint32_t named = Process::getInheritedDescriptor(id);
+    EXPECT_EQ(listOfHeir(id.getData(), {&named, 1}), "0 1 2 " + std::to_string(ends[1]) + '\n');
+    signed char text[9];
+    EXPECT_EQ(ours.getInputStream()->read(text, sizeof text), 9);
+    EXPECT_EQ(std::memcmp(text, "inherited", 9), 0);
+
+    std::set<std::uint32_t> many {named};
+    for (const int least : {3, 200, 202, 300})
+        many.insert(static_cast<std::uint32_t>(::fcntl(ends[1], F_DUPFD, least)));
+    std::string listed = "0 1 2";
+    for (const std::uint32_t descriptor : many)
+        listed += ' ' + std::to_string(descriptor);
+    std::vector<std::uint32_t> inherited(many.rbegin(), many.rend());
+    inherited.push_back(named);
+    EXPECT_EQ(listOfHeir(nullptr, inherited), listed + '\n') << "in any order, and one of them twice";
+    many.erase(named);
+    for (const std::uint32_t descriptor : many)
+        ::close(static_cast<int>(descriptor));
+    const std::pair<std::uint32_t, int> wrong[] = {{2, EINVAL}, {0xFFFFFFFF, EBADF}, {*many.rbegin(), EBADF}};
+    for (const auto& [descriptor, error] : wrong)
+        EXPECT_EQ(resultOf([&] { listOfHeir(nullptr, {&descriptor, 1}); }), VXResultFromNative(error)) << descriptor;
+    for (const char16_t* other : {u"", u"socket=", u"412", u"x=-1", u"x=1x", u"x=2147483648"})
+        EXPECT_EQ(resultOf([&] { Process::getInheritedDescriptor(other); }), VXResultFromNative(EINVAL))
+            << String(other);
+}
+
+TEST(Process, KeepsNoDescriptorWhenMemoryFails)
+{
+    Child child([](Child::Side&) { // where nothing was collected before
+        const auto letGo = [] { Process(u"/bin/cat"); };
+        const auto before = openDescriptors() + 2; // two are the collector's own
+        const auto awaitCollection = [&](int = 0) {
+            while (openDescriptors() != before)
+                std::this_thread::yield();
+        };
+        letGo();
+        awaitCollection();
+        EXPECT_GT(failEachAllocation(letGo, awaitCollection), 5);
+        awaitCollection();
+    });
+    EXPECT_EQ(child.wait(), 0);
 }
 
 TEST(Process, StartsWithoutStandardStreamsOfItsOwn)
