@@ -4,7 +4,7 @@
 
 namespace vx::exec {
 
-/// What a thread runs.
+/// The work of a thread.
 class VX_API IRunnable : public IVXUnknown {
 public:
     /// Gives the thread's result. An exception that leaves it ends the thread with the result null.

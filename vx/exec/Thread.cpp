@@ -3,6 +3,7 @@
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 
+#include <exception>
 #include <typeinfo>
 
 namespace vx::exec {
@@ -90,13 +91,16 @@ void Thread::sleep(unsigned int milliseconds)
     VXThreadSleep(milliseconds);
 }
 
-void* Thread::threadWrapper(void* argument) noexcept
+void* Thread::threadWrapper(void* argument)
 {
     Reference<IRunnable> runnable;
     runnable.attach(static_cast<IRunnable*>(argument));
     try {
         return runnable->run();
     } catch (...) {
+        // `pthread_exit` and a cancellation leave `run` as something that is no C++ exception and must go on.
+        if (std::current_exception() == nullptr)
+            throw;
         return nullptr;
     }
 }

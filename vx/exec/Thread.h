@@ -9,11 +9,11 @@
 
 namespace vx::exec {
 
-/// Runs an `IRunnable` on a thread of its own. The running thread has a count of the runnable for itself: it goes on, and
-/// keeps the runnable alive, when this object goes. Not locked: one thread controls the object.
+/// Runs an `IRunnable` in a new thread. The thread holds a reference to the runnable: it goes on, and keeps the runnable
+/// alive, also after this object is destroyed. Not locked: one thread controls the object.
 class VX_API Thread : public Object {
 public:
-    /// `runnable` is counted. The name is for a person, empty where none is given.
+    /// Adds a reference to `runnable`. The name is a label for people, empty if none is given.
     explicit Thread(IRunnable* runnable);
     Thread(IRunnable* runnable, const String& name);
     /// The same runnable, name and stack size; not started.
@@ -25,10 +25,11 @@ public:
     /// Throws CloneNotSupportedException for a class derived from this one.
     Object* clone() const override;
 
-    /// Throws IllegalStateException on a started thread, ResultException where the system has no thread to give.
+    /// Throws IllegalStateException on a started thread, ResultException if the system cannot start one.
     void start();
-    /// Waits for the end and gives what `run` gave, null if it threw. The object can be started again then. Throws
-    /// IllegalStateException on a thread that is not started, ResultException where one joins itself.
+    /// Waits for the end and gives what `run` gave, null if it threw, or the argument of a `pthread_exit` inside it. The
+    /// object can be started again then. Throws IllegalStateException on a thread that is not started, ResultException if a
+    /// thread joins itself.
     void* join();
     /// What `getCurrentID` gives inside the thread. Throws IllegalStateException on a thread that is not started.
     unsigned int getID();
@@ -36,13 +37,13 @@ public:
     /// In bytes; 0 is the system's default. Throws IllegalStateException on a started thread.
     void setStackSize(unsigned int size);
 
-    /// Never 0, and unique among the threads that live.
+    /// Never 0, and unique among the running threads.
     static unsigned int getCurrentID();
     /// 0xFFFFFFFF sleeps for ever.
     static void sleep(unsigned int milliseconds);
 
 private:
-    static void* threadWrapper(void* argument) noexcept;
+    static void* threadWrapper(void* argument);
     void checkStarted() const;
     void checkNotStarted() const;
 

@@ -58,6 +58,16 @@ TEST(Thread, RunsAndIsJoinedAndRunsAgain)
     EXPECT_EQ(task->GetRefCount(), 3U) << "each thread gives its count back";
 }
 
+TEST(Thread, MayEndInTheMiddleOfItsWork)
+{
+    int answer = 0;
+    Reference<Task> task(new Task([&]() -> void* { ::pthread_exit(&answer); }));
+    Thread thread(task.get());
+    thread.start();
+    EXPECT_EQ(thread.join(), &answer);
+    EXPECT_EQ(task->GetRefCount(), 2U) << "of the test and of the object";
+}
+
 TEST(Thread, LeavesTheRunnableToTheRunningThread)
 {
     sync::Semaphore mayEnd(0), destroyed(0);
