@@ -40,9 +40,12 @@ using VXCanUnloadNowFunction = std::int32_t (*)();
 using VXRegisterServerFunction = std::int32_t (*)();
 using VXUnregisterServerFunction = std::int32_t (*)();
 
-/// Takes out of the process what component libraries say that they are not in use, and gives their number. No thread may be
-/// inside the last `Release` of an object of theirs.
+/// Takes out of the process the component libraries that say that they are not in use, and gives the number of those that
+/// have left it. No thread may be inside the last `Release` of an object of theirs.
 VXSYS_API std::int32_t VXComFreeUnusedLibraries() noexcept;
+/// The same, and tells in `*kept` how many libraries are not in use but stay in the process all the same: another part of it
+/// has them open, or the system's loader keeps them because they define a symbol that the whole process shares.
+VXSYS_API std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept) noexcept;
 /// Has the component library at `path` write its classes into the registry, or take them out. Its failures, or those of its
 /// loading.
 VXSYS_API std::int32_t VXComRegisterLibrary(const char16_t* path) noexcept;

@@ -148,6 +148,33 @@ TEST_F(ComponentLibrary, TrustsWhatOnlyTheUserAndRootCanChange)
     }
 }
 
+TEST_F(ComponentLibrary, IsNotCountedAsFreedWhileItStaysInTheProcess)
+{
+    const std::filesystem::path permanent = copyOf(VX_TEST_COMPONENT_PERMANENT, "permanent.so");
+    std::int32_t kept = 7;
+    const auto useAndFree = [&](const std::filesystem::path& library) {
+        void* object = nullptr;
+        EXPECT_EQ(create(enter(1, library.u16string()), &object), RESULT_OK);
+        callSlot<std::uint32_t>(object, RELEASE);
+        return VXComFreeUnusedLibrariesAndCountKept(&kept);
+    };
+    EXPECT_EQ(useAndFree(m_library), 1);
+    EXPECT_EQ(kept, 0);
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_EQ(useAndFree(permanent), 0) << "the loader keeps it";
+        EXPECT_EQ(kept, 1);
+    }
+    EXPECT_GT(mapsOf(permanent), 0);
+    VXLibHandle other = VX_LIB_INVALID_HANDLE;
+    ASSERT_EQ(VXModuleLibOpen(nullptr, m_library.u16string().c_str(), &other), RESULT_OK);
+    EXPECT_EQ(useAndFree(m_library), 0) << "the program has it open";
+    EXPECT_EQ(kept, 1);
+    EXPECT_EQ(VXModuleLibClose(nullptr, other), RESULT_OK);
+    EXPECT_EQ(mapsOf(m_library), 0);
+    EXPECT_EQ(VXComFreeUnusedLibrariesAndCountKept(&kept) + kept, 0);
+    EXPECT_EQ(VXComFreeUnusedLibrariesAndCountKept(nullptr), RESULT_POINTER);
+}
+
 TEST_F(ComponentLibrary, MayBeFreedWhileThreadsCreate)
 {
     const std::u16string progId = enter(1, m_library.u16string());

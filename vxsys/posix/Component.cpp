@@ -18,6 +18,8 @@ namespace {
 using namespace vxsys::results;
 using namespace vxsys::detail;
 
+constinit StateLock g_lock;
+
 struct ReadyModule {
     const void* address;
     ReadyModule* next;
@@ -30,18 +32,17 @@ struct ClassOffer {
     void* context;
     std::uint32_t token = 0;
     /// One until it is revoked, and one for each call of `create` that has not returned.
-    std::uint32_t uses = 1;
+    std::uint32_t uses VX_GUARDED_BY(g_lock) = 1;
     ClassOffer* next = nullptr;
 };
 
 // Plain pointers and no destructors: a library that is unloaded late may still take back what it offered.
-constinit StateLock g_lock;
 constinit ReadyModule* g_modules VX_GUARDED_BY(g_lock) = nullptr;
 constinit ClassOffer* g_offers VX_GUARDED_BY(g_lock) = nullptr; // the last offer first
 constinit std::uint32_t g_lastToken VX_GUARDED_BY(g_lock) = 0;
 pthread_cond_t g_useEnded = PTHREAD_COND_INITIALIZER;
 
-/// The place of the pointer to the first element that `matches`, or of the null pointer behind the last.
+/// The place of the pointer to the first element that `matches`, or of the null pointer after the last.
 template <typename T, typename Predicate>
 T** findPlace(T*& first, Predicate&& matches)
 {

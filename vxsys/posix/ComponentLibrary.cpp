@@ -7,6 +7,7 @@
 #include "vxsys/posix/LibraryFile.h"
 
 #include <cstring>
+#include <dlfcn.h>
 #include <new>
 #include <string_view>
 
@@ -32,18 +33,19 @@ struct Factory {
     const Operations* operations;
 };
 
-/// What the loader counts once for us. A library may stand here twice for a moment, when two threads have loaded it.
+constinit StateLock g_lock;
+
+/// A library that this layer has open. It may have two entries for a moment, when two threads have opened it.
 struct LoadedLibrary {
     char16_t path[NATIVE_PATH_SIZE];
     VXLibHandle handle;
     VXGetClassObjectFunction getClassObject;
     VXCanUnloadNowFunction canUnloadNow;
-    std::uint32_t uses; ///< calls that are inside
+    std::uint32_t uses VX_GUARDED_BY(g_lock); ///< calls that are inside
     LoadedLibrary* next;
 };
 
-// Plain pointers and no destructors: objects may be asked for until the very end of the process.
-constinit StateLock g_lock;
+// Plain pointers and no destructors: objects may be created until the very end of the process.
 constinit LoadedLibrary* g_libraries VX_GUARDED_BY(g_lock) = nullptr;
 
 /// A name of a key, put together in place.
@@ -171,8 +173,8 @@ private:
     LoadedLibrary* m_library = nullptr;
 };
 
-/// Takes the first library that nobody is inside out of the list at `*place`, or gives null.
-LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept
+/// Takes the first library without a call inside out of `list`, or gives null.
+LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept VX_REQUIRES(g_lock)
 {
     LoadedLibrary** place = &list;
     while (*place != nullptr && (*place)->uses != 0)
@@ -253,36 +255,85 @@ std::int32_t callExport(const char16_t* path, const char16_t* name) noexcept
     });
 }
 
-} // namespace
+void pushFront(LoadedLibrary*& list, LoadedLibrary* library) noexcept
+{
+    library->next = list;
+    list = library;
+}
 
-std::int32_t VXComFreeUnusedLibraries() noexcept
+LoadedLibrary* popFront(LoadedLibrary*& list) noexcept
+{
+    LoadedLibrary* library = list;
+    list = library->next;
+    return library;
+}
+
+/// Whether code of the library is in the process. It may be there although the library was closed.
+bool isLoaded(const LoadedLibrary& library) noexcept
+{
+    Dl_info info;
+    return ::dladdr(reinterpret_cast<void*>(library.getClassObject), &info) != 0;
+}
+
+/// Whether `list` has an entry of the same library.
+bool hasSameLibrary(const LoadedLibrary* list, const LoadedLibrary& library) noexcept
+{
+    while (list != nullptr && list->getClassObject != library.getClassObject)
+        list = list->next;
+    return list != nullptr;
+}
+
+struct FreedLibraries {
+    std::int32_t gone = 0;
+    std::int32_t kept = 0;
+};
+
+FreedLibraries freeUnusedLibraries() noexcept
 {
     LoadedLibrary* idle = nullptr;
-    LoadedLibrary* kept = nullptr;
+    LoadedLibrary* used = nullptr;
+    LoadedLibrary* closed = nullptr;
     const auto next = [&] {
         const StateGuard guard(g_lock);
         return takeIdle(g_libraries);
     };
-    std::int32_t freed = 0;
-    // Outside the lock, and in nobody's list: whoever needs the library meanwhile has the loader count it once more.
+    // Outside the lock, and in no list that others see: a thread that needs the library meanwhile opens it once more.
     while ((idle = next()) != nullptr) {
         if (idle->canUnloadNow != nullptr && callOut([&] { return idle->canUnloadNow(); }) == RESULT_OK) {
             VXModuleLibClose(nullptr, idle->handle);
-            delete idle;
-            ++freed;
+            pushFront(closed, idle);
         } else {
-            idle->next = kept;
-            kept = idle;
+            pushFront(used, idle);
         }
     }
-    const StateGuard guard(g_lock);
-    while (kept != nullptr) {
-        LoadedLibrary* library = kept;
-        kept = kept->next;
-        library->next = g_libraries;
-        g_libraries = library;
+    // After the last close: a library may have had two entries.
+    FreedLibraries freed;
+    while (closed != nullptr) {
+        const LoadedLibrary* library = popFront(closed);
+        if (!hasSameLibrary(closed, *library))
+            ++(isLoaded(*library) ? freed.kept : freed.gone);
+        delete library;
     }
+    const StateGuard guard(g_lock);
+    while (used != nullptr)
+        pushFront(g_libraries, popFront(used));
     return freed;
+}
+
+} // namespace
+
+std::int32_t VXComFreeUnusedLibraries() noexcept
+{
+    return freeUnusedLibraries().gone;
+}
+
+std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept) noexcept
+{
+    if (kept == nullptr)
+        return RESULT_POINTER;
+    const FreedLibraries freed = freeUnusedLibraries();
+    *kept = freed.kept;
+    return freed.gone;
 }
 
 std::int32_t VXComRegisterLibrary(const char16_t* path) noexcept
