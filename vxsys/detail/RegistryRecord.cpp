@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::uint32_t SIGNATURE = 0x34525856; // "VXR4" on a machine with the low byte first
 constexpr std::size_t UNITS_A_NUMBER = sizeof(std::uint32_t) / sizeof(char16_t);
+static_assert(RegistryRecord::HEAD_UNITS == 2 * UNITS_A_NUMBER + REGISTRY_NAME_LIMIT);
 
 /// Data fills whole units, the last one with a zero byte where its length is odd.
 constexpr std::size_t unitsOfBytes(std::size_t bytes) noexcept
@@ -46,6 +47,11 @@ public:
     {
         std::uint32_t length = 0;
         return take(length) && take(length, text);
+    }
+    bool takeHead(std::u16string_view& name) noexcept
+    {
+        std::uint32_t signature = 0;
+        return take(signature) && signature == SIGNATURE && takeText(name) && name.size() <= REGISTRY_NAME_LIMIT;
     }
     bool takeValue(RegistryValue& value) noexcept
     {
@@ -84,10 +90,9 @@ void putText(std::u16string& target, std::u16string_view text)
 bool RegistryRecord::read(std::u16string_view units)
 {
     Source source(units);
-    std::uint32_t signature = 0;
     std::uint32_t count = 0;
     values.clear();
-    if (!source.take(signature) || signature != SIGNATURE || !source.takeText(name) || !source.take(count))
+    if (!source.takeHead(name) || !source.take(count))
         return false;
     for (; count > 0; --count) {
         RegistryValue value {};
@@ -96,6 +101,11 @@ bool RegistryRecord::read(std::u16string_view units)
         values.push_back(value);
     }
     return source.isAtEnd();
+}
+
+bool RegistryRecord::readName(std::u16string_view head) noexcept
+{
+    return Source(head).takeHead(name);
 }
 
 std::u16string RegistryRecord::write() const

@@ -12,6 +12,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -28,6 +29,8 @@ using namespace vxsys::results;
 constexpr const char* RECORD_NAME = "key";
 constexpr const char* PENDING_NAME = "pending";
 constexpr std::string_view FOLDER_MARK = "k-";
+
+constexpr std::size_t WHOLE_FILE = std::numeric_limits<std::size_t>::max();
 
 const char* const HIVES[] = {"classes-32", "config-32", "user", "classes-64", "config-64"};
 
@@ -149,8 +152,8 @@ std::int32_t removeTree(int parent, const char* name)
     return ::unlinkat(parent, name, AT_REMOVEDIR) == 0 ? RESULT_OK : VXResultFromNative(errno);
 }
 
-/// The units of a whole file. `RESULT_NOT_FOUND` without it.
-std::int32_t readFile(int folder, const char* name, std::u16string& units, struct stat& status)
+/// The first units of a file, at most `limit`. RESULT_NOT_FOUND if there is no file.
+std::int32_t readFile(int folder, const char* name, std::size_t limit, std::u16string& units, struct stat& status)
 {
     const Descriptor file(
         retryOnSignal([&] { return ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
@@ -163,9 +166,9 @@ std::int32_t readFile(int folder, const char* name, std::u16string& units, struc
     if (!S_ISREG(status.st_mode) || status.st_size % sizeof(char16_t) != 0)
         return RESULT_STORE_CORRUPT;
 
-    units.resize(static_cast<std::size_t>(status.st_size) / sizeof(char16_t));
+    units.resize(std::min(static_cast<std::size_t>(status.st_size) / sizeof(char16_t), limit));
     auto* target = reinterpret_cast<char*>(units.data());
-    for (auto rest = static_cast<std::size_t>(status.st_size); rest > 0;) {
+    for (std::size_t rest = units.size() * sizeof(char16_t); rest > 0;) {
         const ssize_t got = retryOnSignal([&] { return ::read(file.get(), target, rest); });
         if (got <= 0)
             return got < 0 ? VXResultFromNative(errno) : RESULT_STORE_CORRUPT;
@@ -274,7 +277,7 @@ std::int32_t RegistryStore::read(ENUM_VX_HKEY hive, const RegistryPath& path, st
     Walk walk(m_folder.get());
     const std::int32_t result
         = inOrder([&] { return goTo(walk, hive, path, path.steps().size()); }, [&] { return walk.go(RECORD_NAME); },
-            [&] { return readFile(walk.folder(), walk.path(), units, source.status); });
+            [&] { return readFile(walk.folder(), walk.path(), WHOLE_FILE, units, source.status); });
     if (failed(result)) {
         record = {};
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
@@ -298,11 +301,11 @@ std::int32_t RegistryStore::readSubkeys(
         std::u16string units;
         RegistryRecord record;
         struct stat status;
-        const std::int32_t read
-            = readFile(folder.get(), (std::string(entry) + '/' + RECORD_NAME).c_str(), units, status);
+        const std::string file = std::string(entry) + '/' + RECORD_NAME;
+        const std::int32_t read = readFile(folder.get(), file.c_str(), RegistryRecord::HEAD_UNITS, units, status);
         if (failed(read))
-            return read == RESULT_NOT_FOUND ? RESULT_OK : read; // somebody has just removed it
-        if (!record.read(units))
+            return read == RESULT_NOT_FOUND ? RESULT_OK : read; // removed a moment ago
+        if (!record.readName(units))
             return RESULT_STORE_CORRUPT;
         byFolded.emplace(foldRegistryName(record.name), record.name);
         return RESULT_OK;
