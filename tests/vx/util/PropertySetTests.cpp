@@ -133,6 +133,13 @@ TEST(VorbPropertySet, GoesThroughTheComponentAndTellsItsFailure)
     foreign->m_events.clear();
     set.clear();
     EXPECT_TRUE(foreign->m_events == u"remove one remove two " || foreign->m_events == u"remove two remove one ");
+    foreign->m_events.clear();
+    const String zero(u"key\0s", 5);
+    EXPECT_EQ(resultOf([&] { set.set(zero, u"value"); }), RESULT_INVALID_NAME);
+    EXPECT_EQ(resultOf([&] { set.get(zero); }), RESULT_INVALID_NAME);
+    EXPECT_FALSE(set.hasProperty(zero));
+    EXPECT_EQ(set.remove(zero), u"");
+    EXPECT_EQ(foreign->m_events, u"") << "no other key was touched";
     foreign->m_result = RESULT_END_OF_FILE;
     EXPECT_EQ(resultOf([&] { set.get(u"key"); }), RESULT_END_OF_FILE);
     EXPECT_EQ(resultOf([&] { set.clear(); }), RESULT_END_OF_FILE);

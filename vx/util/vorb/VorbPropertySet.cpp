@@ -26,13 +26,13 @@ VorbPropertySet::~VorbPropertySet() noexcept(false) = default;
 void VorbPropertySet::set(const String& key, const String& value)
 {
     const Reference<String> text(new String(value));
-    throwIfFailed(m_foreign->Set(TerminatedText(key), text->GetUnknown()));
+    throwIfFailed(m_foreign->Set(SystemName(key), text->GetUnknown()));
 }
 
 String VorbPropertySet::get(const String& key) const
 {
     Reference<IVXCharBuffer> value;
-    throwIfFailed(m_foreign->Get(TerminatedText(key), IVXCharBuffer::IID, value.outVoid()));
+    throwIfFailed(m_foreign->Get(SystemName(key), IVXCharBuffer::IID, value.outVoid()));
     String text(64);
     VXCopyCharBuffer(&text, value.get());
     return text;
@@ -42,7 +42,7 @@ bool VorbPropertySet::hasProperty(const String& key) const
 {
     Reference<IVXCharBuffer> value;
     try {
-        return m_foreign->Get(TerminatedText(key), IVXCharBuffer::IID, value.outVoid()) >= 0;
+        return m_foreign->Get(SystemName(key), IVXCharBuffer::IID, value.outVoid()) >= 0;
     } catch (const Exception&) { // a set of this library throws for a key that it lacks
         return false;
     }
@@ -77,6 +77,8 @@ String VorbPropertySet::remove(const String& key)
 {
     Reference<IVXCharBuffer> value;
     String text;
+    if (!SystemName::isValid(key))
+        return text;
     if (m_foreign->Remove(TerminatedText(key), IVXCharBuffer::IID, value.outVoid()) >= 0 && value != nullptr)
         VXCopyCharBuffer(&text, value.get());
     return text;
