@@ -12,12 +12,12 @@ using VXLibHandle = std::uintptr_t;
 
 inline constexpr VXLibHandle VX_LIB_INVALID_HANDLE = UINTPTR_MAX;
 
-/// Loads a library, or counts it once more. A `name` with a separator or a drive is a path; one without is looked for
-/// where the system's loader looks. Its undefined names are resolved at once, and its own are offered to nobody else.
-/// RESULT_NOT_FOUND where the path leads nowhere, RESULT_MODULE_NOT_FOUND where the library or one that it needs cannot be
-/// had, RESULT_BAD_MODULE for a file that is no library of this machine. `*handle` is `VX_LIB_INVALID_HANDLE` then.
+/// Loads a library, or opens it once more. A `name` with a separator or a drive is a path; any other name is looked for
+/// where the system's loader looks. Its undefined symbols are resolved at once, and no other library can use its own
+/// symbols. RESULT_NOT_FOUND if the path does not exist, RESULT_MODULE_NOT_FOUND if the library or one that it needs cannot
+/// be loaded, RESULT_BAD_MODULE for a file that is no library of this machine. `*handle` is `VX_LIB_INVALID_HANDLE` then.
 VXSYS_API std::int32_t VXModuleLibOpen(const void* module, const char16_t* name, VXLibHandle* handle) noexcept;
-/// Takes one count back; at the last one the library leaves the process.
+/// Closes the library. When it was closed as often as it was opened, it leaves the process.
 VXSYS_API std::int32_t VXModuleLibClose(const void* module, VXLibHandle handle) noexcept;
 /// The full path of the library's file as the system writes it, with "/", zero-terminated in `name` of `size` units.
 /// RESULT_BUFFER_TOO_SMALL where it does not fit, RESULT_NOT_FOUND for an address in no library; `name` is empty then.

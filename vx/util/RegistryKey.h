@@ -15,16 +15,16 @@ namespace vx::util {
 template <class T>
 concept RegistryNumber = std::integral<T> && sizeof(T) >= sizeof(std::uint32_t);
 
-/// Names a key of the registry by hive and path. A value that holds nothing open: the key need not exist, and every
-/// operation goes to the store anew. A failure there is thrown as ResultException with its code (vxsys/Registry.h); a text
-/// with a zero unit in it names nothing, RESULT_INVALID_NAME.
+/// Names a key of the registry by hive and path. It keeps nothing open: the key need not exist, and every operation looks
+/// into the store again. A failure there throws ResultException with its code (vxsys/Registry.h). A path or a name with a
+/// zero unit in it is refused with RESULT_INVALID_NAME.
 ///
-/// "/" is read as a backslash. Equality tells no case, but `hashCode` is that of the path as it is written.
+/// "/" is read as a backslash. Equality ignores case, but `hashCode` is the hash of the path as it is written.
 class VX_API RegistryKey : public Object {
 public:
-    /// The hive's name, in any case, and behind a backslash the path. VX_HKEY_CONFIG and VX_HKEY_CLASSES mean the 32-bit
-    /// views, with _CROSS behind them the 64-bit ones. Throws Exception "Unknown VX_HKEY" for any other name. `getKeyName`
-    /// of a hive's name alone is that name.
+    /// The name of the hive, in any case, then a backslash and the path. VX_HKEY_CONFIG and VX_HKEY_CLASSES mean the 32-bit
+    /// views, the same names with _CROSS at the end the 64-bit views. Throws Exception "Unknown VX_HKEY" for any other
+    /// name. `getKeyName` of a hive's name alone is that name.
     explicit RegistryKey(const String& path);
     RegistryKey(ENUM_VX_HKEY hive, const String& key);
     /// `root` is one of the numbers that `getHKEY` gives; any other becomes the hive as it is, and no operation of the store
@@ -43,7 +43,7 @@ public:
     ENUM_VX_HKEY getVXHKEY() const noexcept { return m_hive; }
     /// 0x80000000 for classes, 0x80000001 for the user, 0x80000002 for configuration, otherwise -1.
     HKEY__* getHKEY() const noexcept;
-    /// "VX_HKEY_USER\Software\X"; `relative` leaves the hive's name away, not the backslash.
+    /// "VX_HKEY_USER\Software\X"; with `relative` without the name of the hive, but with the backslash.
     String getKey(bool relative = false) const;
     String getKeyName() const { return m_keyName; }
     /// Throws Exception "No parent key" for a path of one name.
@@ -60,8 +60,8 @@ public:
     String getValueString(const String& name) const;
     std::uint32_t getValueUINT32(const String& name) const;
     std::uint64_t getValueUINT64(const String& name) const;
-    /// Reads bytes into `data` of `length` and gives their number. Where the value cannot be read nothing is thrown but 0
-    /// given, and where it has more bytes their number is the answer, and `data` stays as it was.
+    /// Reads the value's bytes into `data`, which has `length` bytes, and gives their number. A value that cannot be read
+    /// gives 0 and throws nothing. A longer value gives its number of bytes, and `data` stays as it was.
     std::int32_t getValue(const String& name, signed char* data, std::int32_t length) const;
     std::int32_t getValue(signed char* data, std::int32_t length) const;
 
@@ -81,7 +81,7 @@ public:
         setNumber(String(), number);
     }
 
-    /// One pass over what is there now: `hasNext` moves on, and `next` gives the same until then.
+    /// One pass over what exists now. `hasNext` moves on, and `next` gives the same element until then.
     Reference<collections::ConstIterator<RegistryKey>> getSubkeyIterator() const;
     Reference<collections::ConstIterator<String>> getValueIterator() const;
 

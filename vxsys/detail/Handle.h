@@ -14,7 +14,7 @@ enum class HandleKind { MUTEX, EVENT, GATE, RW_LOCK, SEMAPHORE, CONDITION };
 
 } // namespace vxsys::detail
 
-/// What every handle of the layer leads to. A call with a handle of another kind is refused.
+/// The base of every object that has a handle. A call with a handle of another kind is refused.
 struct VXHandleTag {
     explicit VXHandleTag(vxsys::detail::HandleKind handleKind) noexcept
         : kind(handleKind)
@@ -27,14 +27,14 @@ struct VXHandleTag {
 
 namespace vxsys::detail {
 
-/// The object behind `handle` as a `T`, or null.
+/// The object of `handle` as a `T`, or null if it is of another kind.
 template <class T>
 T* objectOf(VXHandle handle) noexcept
 {
     return handle != nullptr && handle->kind == T::KIND ? static_cast<T*>(handle) : nullptr;
 }
 
-/// Makes the object of a create call: `*handle` is cleared first, and set when `T` came up.
+/// Makes the object of a create call. `*handle` is cleared first, and set if the object could be made.
 template <class T, class... Arguments>
 std::int32_t createHandle(VXHandle* handle, Arguments&&... arguments) noexcept
 {
@@ -61,7 +61,7 @@ std::int32_t onHandle(VXHandle handle, Work&& work) noexcept
     return error == 0 ? results::RESULT_OK : VXResultFromNative(error);
 }
 
-/// Destroys an object that says with `destroyable` that nobody uses it.
+/// Destroys an object, unless its `destroyable` gives an error because it is in use.
 template <class T>
 std::int32_t destroyHandle(VXHandle handle) noexcept
 {

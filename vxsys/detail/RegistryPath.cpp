@@ -13,7 +13,7 @@ namespace {
 
 using namespace vxsys::results;
 
-/// More than anybody's tree has, and few enough to go down with a descriptor each.
+/// Deeper than any tree in use, and shallow enough to keep one descriptor open for each level.
 constexpr std::size_t DEPTH_LIMIT = 128;
 constexpr std::size_t BYTES_A_UNIT = 3;
 

@@ -13,18 +13,18 @@ inline constexpr std::size_t REGISTRY_NAME_LIMIT = 255;
 /// RESULT_NAME_TOO_LONG or RESULT_INVALID_NAME for what cannot name a key or a value of the registry.
 std::int32_t checkRegistryName(std::u16string_view name) noexcept;
 
-/// What stands for a name where its case tells nothing.
+/// The form of a name that is equal for all names that differ only in case.
 std::u16string foldRegistryName(std::u16string_view name);
 bool isSameRegistryName(std::u16string_view left, std::u16string_view right) noexcept;
 
-/// One name on the way to a key.
+/// One name in the path of a key.
 struct RegistryStep {
     std::u16string_view name;
-    /// The folder's: the same for every case of the name, and never one that leads elsewhere.
+    /// Of the key's folder: the same for names that differ only in case, and never one that leads out of the store.
     std::string fileName;
 };
 
-/// The way from a hive to a key. Empty names in `key` count for nothing. The steps refer to its text.
+/// The path from a hive to a key. Empty names in `key` are skipped. The steps refer to the text of `key`.
 class RegistryPath {
 public:
     std::int32_t assign(std::u16string_view key);

@@ -15,12 +15,12 @@ namespace {
 constexpr std::size_t SETS = 16;
 constexpr std::size_t WAYS = 4;
 
-// No destructors: somebody may ask until the very end of the process.
+// No destructors: values may be read until the very end of the process.
 constinit RegistryAnswer g_answers[SETS * WAYS];
 constinit std::size_t g_lastReplaced = 0;
 constinit std::atomic_flag g_areInUse;
 
-/// The answers, for one thread at a time. Who comes meanwhile does without them.
+/// Exclusive use of the answers. A thread that does not get it at once reads the files instead of waiting.
 class [[nodiscard]] Turn {
 public:
     Turn() noexcept
@@ -47,11 +47,11 @@ std::size_t hashOf(const RegistryQuestion& question) noexcept
     return hash(question.key) + 31 * hash(question.name) + question.hive;
 }
 
-/// Whether whatever changes the file from now on leaves another time in its status.
+/// Whether every later change of the file will leave another time in its status.
 bool isSettled(const RegistryFile& file) noexcept
 {
     constexpr std::int64_t SECOND = 1'000'000'000;
-    constexpr std::int64_t STEP = SECOND / 20; // more than the system's clock for files ever lags behind
+    constexpr std::int64_t STEP = SECOND / 20; // more than the system's clock for files ever lags
     const timespec& changed = file.status.st_ctim;
     const std::int64_t age = (file.before.tv_sec - changed.tv_sec) * SECOND + file.before.tv_nsec - changed.tv_nsec;
     return age > (changed.tv_nsec == 0 ? 2 * SECOND : STEP); // without a fraction: the file system keeps none

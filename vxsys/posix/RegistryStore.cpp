@@ -39,14 +39,14 @@ int openFolderAt(int parent, const char* name) noexcept
     return retryOnSignal([&] { return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
 }
 
-/// What went wrong with something inside the store. A link or a plain file in a folder's place is not ours.
+/// The result of a failure inside the store. A link or a plain file in the place of a folder was not made by us.
 std::int32_t resultOfErrno() noexcept
 {
     return errno == ELOOP || errno == ENOTDIR ? RESULT_STORE_CORRUPT : VXResultFromNative(errno);
 }
 
-/// What the system's records have said: asking them takes longer than all else, and a service without an environment would
-/// ask for each value. No destructor: somebody may ask until the very end of the process.
+/// The user's home folder from the system's records. Reading these takes longer than all else, and a service without an
+/// environment would read them for each value. No destructor: values may be read until the very end of the process.
 struct KnownHome {
     StateLock lock;
     bool isKnown VX_GUARDED_BY(lock) = false;
@@ -55,7 +55,7 @@ struct KnownHome {
 };
 constinit KnownHome g_home;
 
-/// A folder of the user's own, from the system's records: the environment may be somebody else's.
+/// The user's home folder from the system's records: the environment may be another user's.
 std::string homeFromRecords()
 {
     const uid_t user = ::geteuid();
@@ -87,7 +87,7 @@ std::string variable(const char* name)
     return value != nullptr ? value : "";
 }
 
-/// Makes a folder with all above it, for the user alone.
+/// Makes a folder and all folders above it, for the user alone.
 std::int32_t makeFolders(const std::string& path)
 {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
@@ -178,7 +178,7 @@ std::int32_t readFile(int folder, const char* name, std::size_t limit, std::u16s
     return RESULT_OK;
 }
 
-/// Opens a way of folders in as few calls as the system's longest path allows.
+/// Opens a folder many levels down, in as few calls as the system's longest path allows.
 class Walk {
 public:
     explicit Walk(int start)
@@ -227,7 +227,8 @@ std::int32_t goTo(Walk& walk, ENUM_VX_HKEY hive, const RegistryPath& path, std::
     return result;
 }
 
-/// One thread of the process at a time: the system's lock belongs to the process, and goes with any closing of its file.
+/// Held by the one thread that makes a change: the lock of the file belongs to the whole process, and any close of the file
+/// in the process releases it.
 constinit std::mutex g_changes;
 
 } // namespace
@@ -390,7 +391,7 @@ std::int32_t RegistryChange::remove(ENUM_VX_HKEY hive, const RegistryPath& path)
     if (::renameat(above.get(), steps.back().fileName.c_str(), m_folder.get(), PENDING_NAME) != 0)
         return VXResultFromNative(errno);
     const std::int32_t result = flush(above.get());
-    removeTree(m_folder.get(), PENDING_NAME); // what stays behind goes with the next change
+    removeTree(m_folder.get(), PENDING_NAME); // the next change removes what is left
     return result;
 }
 
