@@ -16,7 +16,7 @@ namespace {
 void registerLibraries(char** paths)
 {
     for (; *paths != nullptr; ++paths) {
-        throwIfFailed(VXComRegisterLibrary(String(*paths, -1, u"UTF-8").getData()));
+        throwIfFailed(VXComRegisterLibrary(TerminatedText(String(*paths, -1, u"UTF-8"))));
         std::cout << "registered " << *paths << '\n';
     }
 }
@@ -99,7 +99,7 @@ int main(int argc, char** argv)
         convert(u"Съешь же ещё этих мягких булок", u"windows-1251");
         convert(u"Съешь же ещё", u"CP866");
 
-        const Reference<i18n::Locale> locale(new i18n::Locale(String(argv[1]).getData()));
+        const Reference<i18n::Locale> locale(new i18n::Locale(TerminatedText(String(argv[1]))));
         const Reference<i18n::StringBundle> messages = i18n::StringBundle::getBundle(u"Tools", locale.get());
         std::cout << messages->getLocale()->toString() << ": " << messages->getString(u"greeting") << '\n';
         logOverTransport(*messages, japanese, u"CP932");

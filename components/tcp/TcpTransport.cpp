@@ -45,7 +45,7 @@ private:
         const char16_t* end = nullptr;
         const TerminatedText terminated(text);
         const std::int32_t number = VXStrToLW(terminated, &end, 10);
-        if (text.isEmpty() || *end != 0 || number < 0 || number > most)
+        if (text.isEmpty() || end != terminated + text.getLength() || number < 0 || number > most)
             throw ResultException(RESULT_INVALID_ARGUMENT, String(key).append(u" is no number: ").append(text));
         return number;
     }

@@ -5,6 +5,7 @@
 #include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/String.h"
+#include "vx/TerminatedText.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vxsys/Component.h"
 
@@ -20,7 +21,7 @@ vx::String greetingFor(const vx::String& name)
     vx::Reference<IGreeter> greeter;
     vx::throwIfFailed(VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &IGreeter::IID, greeter.outVoid()));
     const vx::Reference<vx::util::RWCharBuffer> text(new vx::util::RWCharBuffer);
-    vx::throwIfFailed(greeter->Greet(name.getData(), text.get()));
+    vx::throwIfFailed(greeter->Greet(vx::TerminatedText(name), text.get()));
     return vx::String(text->getData(), text->getLength());
 }
 

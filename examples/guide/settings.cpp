@@ -17,7 +17,7 @@ int main(int argc, char** argv)
               << line.getParameter(0)->getValueString(0) << '\n';
 
     const String path((std::string_view(argv[1])));
-    util::IniFile ini(path.getData(), "guide.settings", 0); // the semaphore's name: processes take turns
+    util::IniFile ini(TerminatedText(path), "guide.settings", 0); // the semaphore's name: processes take turns
     throwIfFailed(ini.AddKey(u"window\\main", u"width", u"640", true)); // on the disk, whole, when it returns
     char16_t width[16];
     throwIfFailed(ini.GetValue(u"Window\\Main", u"WIDTH", width, 16));

@@ -278,6 +278,10 @@ TEST(TcpComponent, ConnectsTwoParties)
         near = nullptr;
         EXPECT_EQ(readFrom(*far, 100), "question") << "and then the end";
     }
+    util::PropertySet cut;
+    cut.set(u"port", String(u"80\0evil", 7));
+    EXPECT_EQ(resultOf([&] { net::Transport::get(u"Velmaris.Transport.Tcp")->createConnector(cut); }),
+        RESULT_INVALID_ARGUMENT);
 }
 
 TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)

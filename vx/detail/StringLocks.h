@@ -23,8 +23,8 @@ bool isExactly(const Base& object) noexcept
     return &typeid(object) == &typeid(Exact);
 }
 
-/// The way around the component view for buffers whose exact type is known: their locks are empty and their operations
-/// are fields, so that results do not change.
+/// Direct access, past the component view, to buffers whose exact type is known. Their locks do nothing and their operations
+/// read fields, so the results are the same.
 class PlainBuffer {
 public:
     using Storage = util::BufferStorage<char16_t>;
@@ -34,7 +34,7 @@ public:
         return isExactly<util::RWCharBuffer>(buffer) || isExactly<util::ROCharBuffer>(buffer);
     }
 
-    /// The storage of exactly an RWCharBuffer that has no second holder; null for anything else.
+    /// The storage of an RWCharBuffer (exactly that class) to which only one string refers; null for anything else.
     static Storage* soleStorage(IVXCharBuffer& buffer) noexcept
     {
         if (!isExactly<util::RWCharBuffer>(buffer))
@@ -43,8 +43,8 @@ public:
         return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
     }
 
-    /// Counts `more` units in and gives the place behind the text where the caller writes them, if that takes neither a
-    /// copy nor new storage; else null, and nothing happened.
+    /// Makes the text `more` units longer and returns the place where the caller writes them. Null, and no change, where
+    /// that would take a copy or new storage.
     static char16_t* extend(String& text, int more) noexcept
     {
         Storage* storage = isExactly<String>(text) ? soleStorage(*text.m_buffer) : nullptr;
@@ -89,8 +89,8 @@ public:
         return true;
     }
 
-    /// The text where a zero unit is known to end it, else null. Only storage of its own is known: the unit after
-    /// wrapped text is somebody else's, and may not even be readable.
+    /// The text where a zero unit is known to end it, else null. That is known of a string's own storage only: the unit
+    /// after wrapped text belongs to the owner of that text, and reading it may be an error.
     static const char16_t* terminated(const String& text) noexcept
     {
         if (!isExactly<String>(text) || !isExactly<util::RWCharBuffer>(*text.m_buffer))
@@ -128,7 +128,7 @@ public:
     }
 };
 
-/// A string's text under the read lock of its view, to the end of the block. Not counted: the string outlives the guard.
+/// A string's text under the read lock of its view, to the end of the block. Adds no reference: the string must outlive it.
 class [[nodiscard]] StringReadLock {
 public:
     explicit StringReadLock(const String& text)
@@ -161,9 +161,8 @@ private:
     bool m_isLocked = false;
 };
 
-/// The text of `source` for an operation on `target`. Where both stand on one buffer with a lock of its own, it is a
-/// copy: a lock on the source would stand in the way of a write to the target, and a second read lock behind a writer
-/// that waits for the first would wait for ever.
+/// The text of `source` for an operation on `target`. It is a copy where both use one buffer that has a real lock: the read
+/// lock of the source would block the write to the target for ever, and so would a second read lock while a writer waits.
 class [[nodiscard]] StringSource {
 public:
     StringSource(const String& target, const String& source)
@@ -181,8 +180,8 @@ private:
     StringReadLock m_lock;
 };
 
-/// A string's text under the write lock of its view. The length that `setLength` told last becomes the string's at the end
-/// of the block, with a terminator behind it; without one it keeps the length it had.
+/// A string's text under the write lock of its view. At the end of the block, the last `setLength` becomes the length of the
+/// string, and the terminator is written; without a `setLength` the length stays.
 class [[nodiscard]] StringWriteLock {
 public:
     explicit StringWriteLock(String& text, int minimumLength = 0)
