@@ -7,11 +7,15 @@
 #include <cstdint>
 
 /// What several processes of one user share by name. A name is any narrow text, told apart byte by byte; null is refused.
-/// It reaches a private file of the user, in memory, and never leaves that folder. Negative is failure.
+/// It stands for a file in a private folder of the user in the memory file system, and never for one elsewhere. Negative is
+/// failure.
 ///
-/// An object lives as long as a process has it open. When the last one has gone, however it went, the next one starts
-/// afresh. A child by `fork` has open what its parent had, and holds nothing of it; one by `exec` has nothing open.
+/// An object lives as long as a process has it open. When the last one has closed it or has ended, also by a kill, the next
+/// one starts afresh. A child by `fork` has open what its parent had, and holds nothing of it; one by `exec` has nothing open.
 extern "C" {
+
+/// The path of the memory file system, for messages to people.
+inline constexpr const char16_t* VX_NAMED_OBJECTS_PLACE = u"/dev/shm";
 
 /// Opens the semaphore `name`; `value`, at most 2^31 - 1, is the count of one that nobody has open. Waiting, posting and the
 /// value go through the `VXSemaphore...` calls. Handles of one process on one name are one: what the process took and did
@@ -20,16 +24,23 @@ VXSYS_API std::int32_t VXNamedSemOpen(const char* name, std::uint32_t value, VXH
 /// The last handle of a process stays open, and this is a failure, while a thread of it waits.
 VXSYS_API std::int32_t VXNamedSemClose(VXHandle semaphore) noexcept;
 
-/// What the holder of a named semaphore is about to write, kept with the semaphore: whoever takes it after a holder that
-/// died reads here what may have been left half done. `length` 0 is no note.
+/// What the holder of a named semaphore is about to write. It is kept with the semaphore: the process that takes it after a
+/// holder that was killed reads here what may be half done.
 struct VXNamedSemNote {
+    static constexpr std::uint32_t MOST_PROOF = 1008;
+
     VXFileIdentity file;
     std::int64_t start;
+    /// Of the bytes that are written. 0 is no note, and the other fields say nothing then.
     std::int64_t length;
+    /// How many bytes of `proof` are used.
+    std::uint32_t proofLength;
+    /// By which the written bytes are known again; the holder chooses the form.
+    alignas(8) std::uint8_t proof[MOST_PROOF];
 };
 
-/// Both are for a process that holds the semaphore, and are denied to others. A death in the middle of the call leaves no
-/// note. A note outlives even the death of all who have the semaphore open, for there is still something to repair.
+/// Both are for a process that holds the semaphore: RESULT_ACCESS_DENIED for others. A kill during the call leaves no note. A
+/// note stays even when all processes that have the semaphore open were killed, for there is still something to repair.
 VXSYS_API std::int32_t VXNamedSemSetNote(VXHandle semaphore, const VXNamedSemNote* note) noexcept;
 VXSYS_API std::int32_t VXNamedSemGetNote(VXHandle semaphore, VXNamedSemNote* note) noexcept;
 

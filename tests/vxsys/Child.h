@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <functional>
@@ -32,6 +33,12 @@ inline char stateOfProcess(pid_t process)
 inline char stateOfThread(pid_t thread)
 {
     return stateIn("/proc/self/task/" + std::to_string(thread) + "/stat");
+}
+
+/// Works for some microseconds, so that what follows comes at any moment of another process: nothing may rest on how long.
+inline void spin(std::uint64_t microseconds)
+{
+    for (volatile std::uint64_t step = 0; step < microseconds * 300; step = step + 1) { }
 }
 
 /// A process of its own that runs `work` and is killed at the end of the block at the latest. The two sides tell each other

@@ -249,7 +249,7 @@ TEST_P(FileReplace, LeavesTheOldOrTheNewUnderAKill)
             }
         });
         EXPECT_EQ(child.hear(), 'r');
-        ::usleep(round * 97); // spreads the kills, decides nothing
+        spin(round * 97);
         child.kill();
         EXPECT_EQ(child.wait(), -SIGKILL);
         EXPECT_EQ(child.hear(), '\0');

@@ -228,32 +228,86 @@ TEST(NamedSemaphore, ServesMoreProcessesThanItsFirstPageHasRoomFor)
     EXPECT_EQ(here.valueSoon(2 * COUNT), 2 * COUNT);
 }
 
-TEST(NamedSemaphore, RefusesAFolderThatIsNotTheUsersAlone)
+TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs the right to become another user";
-    const uid_t user = 1'000'000'000 + static_cast<uid_t>(::getpid()); // that nobody else is
+    constexpr int COUNT = 6;
+    const uid_t user = 1'000'000'000 + static_cast<uid_t>(::getpid()); // that no process has
     const std::string folder = folderOf(user);
-    const std::function<void()> traps[] = {
-        [&] { EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0); },
-        [&] {
-            EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
-            EXPECT_EQ(::chown(folder.c_str(), user, user), 0);
-            EXPECT_EQ(::chmod(folder.c_str(), 0770), 0);
-        },
-        [&] { EXPECT_EQ(::symlink("/tmp", folder.c_str()), 0); },
+    const auto removeAll = [&] {
+        for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
+            if (entry.path().string().starts_with(folder))
+                std::filesystem::remove_all(entry.path());
+        }
     };
-    for (const auto& trap : traps) {
-        std::filesystem::remove_all(folder);
+    const std::pair<const char*, std::function<void()>> traps[] = {
+        {"none", [] {}},
+        {"another user's", [&] { EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0); }},
+        {"open to others",
+            [&] {
+                EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
+                EXPECT_EQ(::chown(folder.c_str(), user, user), 0);
+                EXPECT_EQ(::chmod(folder.c_str(), 0770), 0);
+            }},
+        {"a link", [&] { EXPECT_EQ(::symlink("/tmp", folder.c_str()), 0); }},
+    };
+    for (const auto& [name, trap] : traps) {
+        SCOPED_TRACE(name);
         trap();
-        Child victim([&](Child::Side&) {
+        std::list<Child> openers; // all open at the same moment what none has opened before
+        for (int i = 0; i < COUNT; ++i) {
+            openers.emplace_back([&](Child::Side& side) {
+                ScopedVariable("XDG_RUNTIME_DIR", i % 2 == 0 ? "/nowhere" : nullptr);
+                ASSERT_EQ(::setuid(user), 0);
+                side.tell('r');
+                side.hear();
+                VXHandle handle = nullptr;
+                EXPECT_EQ(VXNamedSemOpen("x", COUNT, &handle), 0);
+                EXPECT_EQ(VXSemaphoreWait(handle), 0);
+                side.tell('t');
+                side.hear();
+            });
+        }
+        for (const Child& opener : openers)
+            EXPECT_EQ(opener.hear(), 'r');
+        for (const Child& opener : openers)
+            opener.tell('g');
+        for (const Child& opener : openers)
+            EXPECT_EQ(opener.hear(), 't');
+        if (name != "none"sv)
+            std::filesystem::remove_all(folder); // the first name is free now, but the others have met elsewhere
+        Child last([&](Child::Side&) {
             ASSERT_EQ(::setuid(user), 0);
             VXHandle handle = nullptr;
-            EXPECT_EQ(VXNamedSemOpen("x", 1, &handle), RESULT_ACCESS_DENIED);
+            EXPECT_EQ(VXNamedSemOpen("x", COUNT, &handle), 0);
+            EXPECT_EQ(VXSemaphoreTryWait(handle), RESULT_TIMED_OUT);
         });
-        EXPECT_EQ(victim.wait(), 0);
+        EXPECT_EQ(last.wait(), 0);
+        openers.clear();
+        removeAll();
     }
-    std::filesystem::remove_all(folder);
+}
+
+TEST(NamedObjects, AreClearedByTheNextOpenOfAnyNameWhenTheirUsersWereKilled)
+{
+    const Named first(ownName("first"), 1); // this process has opened one before
+    const std::string names[] = {ownName("killed-1"), ownName("killed-2"), ownName("killed-3")};
+    std::list<HoldingChild> holders;
+    for (const std::string& name : names) {
+        holders.emplace_back([&] {
+            VXHandle semaphore = nullptr;
+            std::uint32_t memory = 0;
+            EXPECT_EQ(VXNamedSemOpen(name.c_str(), 1, &semaphore), 0);
+            EXPECT_EQ(VXSharedMemOpen(name.c_str(), VX_FILE_WRITE, VX_SHARED_MEMORY_CREATE, 100, &memory), 0);
+        });
+    }
+    holders.clear();
+    for (const std::string& name : names)
+        EXPECT_TRUE(hasFile(name)) << name;
+    const Named next(ownName("next"), 1);
+    for (const std::string& name : names)
+        EXPECT_FALSE(hasFile(name)) << name;
 }
 
 TEST(NamedSemaphore, LeavesNothingBehindWhenThereIsNoRoom)
@@ -261,8 +315,9 @@ TEST(NamedSemaphore, LeavesNothingBehindWhenThereIsNoRoom)
     const auto before = openDescriptors();
     const std::string name = ownName("full");
     VXHandle handle = nullptr;
-    {
-        const SizeLimit none(0);
+    for (const rlim_t room : {0, 1000}) {
+        const SizeLimit limit(room);
+        std::signal(SIGXFSZ, SIG_DFL); // which would end the process
         EXPECT_EQ(VXNamedSemOpen(name.c_str(), 1, &handle), code(0x800700DF));
     }
     EXPECT_EQ(openDescriptors(), before);
@@ -294,7 +349,7 @@ TEST(NamedSemaphore, KeepsProcessesApartThatAreKilledAtAnyMoment)
         workers.push_back(std::make_unique<Child>(work));
     for (int i = 0; i < KILLS; ++i) {
         auto& victim = workers[random() % WORKERS];
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000)); // any moment: nothing rests on it
+        spin(random() % 5000);
         victim->kill();
         const int ended = victim->wait();
         EXPECT_TRUE(ended == -SIGKILL || ended == 0) << ended;

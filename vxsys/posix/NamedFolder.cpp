@@ -5,9 +5,14 @@
 
 #include <cerrno>
 #include <cinttypes>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/file.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,42 +22,153 @@ namespace {
 
 constexpr mode_t OWNER_ALL = 0700;
 constexpr mode_t OTHERS_ALL = 0077;
+constexpr std::size_t NAME_SIZE = 64;
+
+/// How often a process looks again while others make or remove folders at the same time.
+constexpr int MOST_TRIES = 1000;
+
+/// The name of the folder that was found last, and for which user. An empty name: none yet.
+struct KnownFolder {
+    uid_t user = 0;
+    char name[NAME_SIZE] = "";
+};
+constinit KnownFolder g_known;
+
+bool isPrivate(const struct stat& status) noexcept
+{
+    return S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() && (status.st_mode & OTHERS_ALL) == 0;
+}
+
+void writeFirstName(char (&name)[NAME_SIZE]) noexcept
+{
+    std::snprintf(name, NAME_SIZE, "vxsys4-%u-%" PRIu64, static_cast<unsigned>(::geteuid()), processNamespace());
+}
+
+/// The folders of the user in the memory file system.
+struct FolderSearch {
+    int count = 0;
+    char first[NAME_SIZE] = ""; ///< in the order of names
+
+    int run(int memory) noexcept
+    {
+        char prefix[NAME_SIZE];
+        writeFirstName(prefix);
+        const std::size_t length = std::strlen(prefix);
+        const int copy = ::openat(memory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        DIR* const entries = copy != -1 ? ::fdopendir(copy) : nullptr;
+        if (entries == nullptr) {
+            const int error = errno;
+            if (copy != -1)
+                ::close(copy);
+            return error;
+        }
+        count = 0;
+        while (const dirent* entry = ::readdir(entries)) {
+            const char* const name = entry->d_name;
+            struct stat status;
+            if (std::strncmp(name, prefix, length) != 0 || (name[length] != '\0' && name[length] != '-')
+                || std::strlen(name) >= NAME_SIZE || ::fstatat(memory, name, &status, AT_SYMLINK_NOFOLLOW) != 0
+                || !isPrivate(status))
+                continue;
+            if (count++ == 0 || std::strcmp(name, first) < 0)
+                std::strcpy(first, name);
+        }
+        ::closedir(entries);
+        return 0;
+    }
+};
+
+/// Makes a folder with a name that no other user has taken.
+int makeFolder(int memory, char (&name)[NAME_SIZE]) noexcept
+{
+    writeFirstName(name);
+    const std::size_t length = std::strlen(name);
+    for (int tries = 0; ::mkdirat(memory, name, OWNER_ALL) != 0; ++tries) {
+        std::uint64_t random = 0;
+        if (errno != EEXIST || tries == MOST_TRIES || ::getrandom(&random, sizeof random, 0) != sizeof random)
+            return errno;
+        std::snprintf(name + length, NAME_SIZE - length, "-%016" PRIx64, random);
+    }
+    ::fchmodat(memory, name, OWNER_ALL, 0); // what the process's mask took away
+    return 0;
+}
 
 } // namespace
 
-NamedFolder::~NamedFolder()
+int NamedFolder::open() noexcept
+{
+    if (g_known.user == ::geteuid() && *g_known.name != '\0' && enter(g_known.name))
+        return 0;
+    forget();
+    const int memory = retryOnSignal([] { return ::open(MEMORY, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    if (memory == -1)
+        return errno;
+
+    // A folder that a process has just made counts for it only if it is the only one then. Several at once are those of
+    // processes that started at the same time: each of them removes its own unless others use it already, and looks again.
+    int error = 0;
+    bool isOpen = false;
+    for (int tries = 0; error == 0 && !isOpen && tries < MOST_TRIES; ++tries) {
+        FolderSearch search;
+        error = search.run(memory);
+        if (error == 0 && search.count == 0) {
+            char made[NAME_SIZE];
+            error = makeFolder(memory, made);
+            if (error == 0)
+                error = search.run(memory);
+            if (error == 0 && search.count > 1 && enter(made)) {
+                ::unlinkat(memory, made, AT_REMOVEDIR); // fails for one that has files, which stays then
+                close();
+            }
+        }
+        const bool isLastTry = tries == MOST_TRIES - 1;
+        if (error == 0 && (search.count == 1 || (search.count > 1 && isLastTry)) && enter(search.first)) {
+            std::strcpy(g_known.name, search.first);
+            g_known.user = ::geteuid();
+            isOpen = true;
+        } else if (error == 0) {
+            ::sched_yield();
+        }
+    }
+    ::close(memory);
+    return error != 0 || isOpen ? error : EBUSY;
+}
+
+void NamedFolder::writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept
+{
+    std::snprintf(path, PATH_SIZE, "%s/%s/%s", MEMORY, g_known.name, name);
+}
+
+void NamedFolder::forget() noexcept
+{
+    *g_known.name = '\0';
+}
+
+/// Opens and locks the folder `name`. False if it is not there any more, or not the user's alone.
+bool NamedFolder::enter(const char* name) noexcept
+{
+    char path[PATH_SIZE];
+    std::snprintf(path, sizeof path, "%s/%s", MEMORY, name);
+    m_descriptor = retryOnSignal([&] { return ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
+    if (m_descriptor == -1)
+        return false;
+    struct stat status;
+    // The look comes after the lock: another process may have removed the folder before it released it.
+    if (retryOnSignal([&] { return ::flock(m_descriptor, LOCK_EX); }) == 0 && ::fstat(m_descriptor, &status) == 0
+        && isPrivate(status) && status.st_nlink > 0)
+        return true;
+    close();
+    return false;
+}
+
+void NamedFolder::close() noexcept
 {
     if (m_descriptor == -1)
         return;
-    // By name, not by the closing: a child process that was made meanwhile may share the descriptor.
+    // Closing alone does not unlock: a child process that was made meanwhile may share the descriptor.
     ::flock(m_descriptor, LOCK_UN);
     ::close(m_descriptor);
-}
-
-int NamedFolder::open() noexcept
-{
-    char path[PATH_SIZE];
-    writePath("", path);
-    if (::mkdir(path, OWNER_ALL) == 0)
-        ::chmod(path, OWNER_ALL); // whatever the process's mask has taken away
-    else if (errno != EEXIST)
-        return errno;
-
-    m_descriptor = retryOnSignal([&] { return ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
-    if (m_descriptor == -1)
-        return errno == ELOOP || errno == ENOTDIR ? EACCES : errno;
-    struct stat status;
-    if (::fstat(m_descriptor, &status) != 0)
-        return errno;
-    if (status.st_uid != ::geteuid() || (status.st_mode & OTHERS_ALL) != 0)
-        return EACCES; // somebody else was here first: all may write to the folder above
-    return retryOnSignal([&] { return ::flock(m_descriptor, LOCK_EX); }) == 0 ? 0 : errno;
-}
-
-void NamedFolder::writePath(const char* name, char (&path)[PATH_SIZE]) noexcept
-{
-    std::snprintf(path, PATH_SIZE, "/dev/shm/vxsys4-%u-%" PRIu64 "/%s", static_cast<unsigned>(::geteuid()),
-        processNamespace(), name);
+    m_descriptor = -1;
 }
 
 } // namespace vxsys::detail

@@ -6,28 +6,41 @@
 
 namespace vxsys::detail {
 
-/// The private folder of the user that named objects have their files in. It lies in memory and goes with the system, as
-/// they do. Each user and each namespace of process numbers has its own: only there can one process tell that another has
-/// gone.
+/// The private folder of a user for the files of named objects. It lies in memory, so that it ends with the system, as the
+/// objects do. Each user and each namespace of process numbers has its own: only in one namespace can a process see that
+/// another one has ended.
 ///
-/// While a value stands open nobody else makes or removes a file there. Each operation gives a native error or 0.
+/// All users may make folders in "/dev/shm". So a folder counts only if it belongs to the user and only its owner has rights on
+/// it, whatever its name: another user can take one name, but cannot keep the user from a second one. All processes of a user
+/// find the same folder, for it does not depend on their environment or on who is logged in: the run-time folder of a login is
+/// not used, because it goes away under the processes that outlive the login.
+///
+/// While a value is open no other process makes or removes a file in the folder. The caller holds the lock of the table of named
+/// objects. Each operation returns a native error or 0.
 class NamedFolder {
 public:
-    static constexpr std::size_t PATH_SIZE = 64 + ObjectName::SIZE;
+    static constexpr const char* MEMORY = "/dev/shm";
+    static constexpr std::size_t PATH_SIZE = 96 + ObjectName::SIZE;
 
     NamedFolder() noexcept = default;
-    ~NamedFolder();
+    ~NamedFolder() { close(); }
     NamedFolder(const NamedFolder&) = delete;
     NamedFolder& operator=(const NamedFolder&) = delete;
 
-    /// Opens the folder, makes it when missing, and waits until nobody else has it. EACCES where it is not the user's alone.
+    /// Opens the folder, makes it when missing, and waits until no other process has it open.
     int open() noexcept;
     int descriptor() const noexcept { return m_descriptor; }
 
-    /// The full path of the file `name` of the user that the process acts for now.
-    static void writePath(const char* name, char (&path)[PATH_SIZE]) noexcept;
+    /// The full path of a file in the folder, which is open.
+    void writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept;
+
+    /// Looks for the folder anew at the next opening: the user or the namespace may be another one.
+    static void forget() noexcept;
 
 private:
+    bool enter(const char* name) noexcept;
+    void close() noexcept;
+
     int m_descriptor = -1;
 };
 

@@ -2,6 +2,7 @@
 
 #include "vxsys/detail/Retry.h"
 #include "vxsys/posix/Descriptor.h"
+#include "vxsys/posix/SignalShield.h"
 
 #include <cerrno>
 #include <cstring>
@@ -26,7 +27,7 @@ constexpr std::uint32_t MORE_PLACES = 4096 / sizeof(Opener);
 constinit std::mutex g_lock;
 constinit NamedObject* g_objects = nullptr;
 constinit ProcessIdentity g_self;
-constinit bool g_hasTidied = false;
+constinit long g_tidied = 0; ///< the place in the folder up to which it was tidied
 
 Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
 {
@@ -36,8 +37,10 @@ Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexce
 }
 
 /// Gives the file room that is really there: a store to a page that the system then finds no memory for would be deadly.
+/// A limit for the size of files is a failure here, as everywhere: its signal would end the process.
 int allocate(int file, std::uint64_t start, std::uint64_t length) noexcept
 {
+    const SignalShield shield(SIGXFSZ);
     int error;
     do
         error = ::posix_fallocate(file, static_cast<off_t>(start), static_cast<off_t>(length));
@@ -63,7 +66,7 @@ bool isWhole(const SharedPage& page, const struct stat& status) noexcept
         && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(page.places());
 }
 
-/// Removes the file of an object that nobody has open, unless there is something left to repair.
+/// Removes the file of an object that no process has open, unless there is something left to repair.
 void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
 {
     const Descriptor file = openAt(folder, name, O_NONBLOCK);
@@ -81,7 +84,7 @@ void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
         ::unlinkat(folder.descriptor(), name, 0);
     } else if (isWhole(*page, status)) {
         const PageLock lock(*page);
-        if (!page->hasOpener(g_self) && page->note().length == 0) {
+        if (!page->hasOpener(g_self) && !page->hasNote()) {
             page->setRemoved();
             ::unlinkat(folder.descriptor(), name, 0);
         }
@@ -89,9 +92,12 @@ void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
     unmapPage(page);
 }
 
-/// A program that is killed again and again, with other names each time, would fill the folder up.
-void removeAbandoned(const NamedFolder& folder) noexcept
+/// Removes files whose last users were killed. Each call looks at some of the folder's files and the next call at those after
+/// them, so that an opening takes little time in a folder with many files.
+void removeSomeAbandoned(const NamedFolder& folder) noexcept
 {
+    constexpr int MOST_LOOKS = 32;
+
     const int copy = ::openat(folder.descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* const entries = copy != -1 ? ::fdopendir(copy) : nullptr;
     if (entries == nullptr) {
@@ -99,10 +105,16 @@ void removeAbandoned(const NamedFolder& folder) noexcept
             ::close(copy);
         return;
     }
-    while (const dirent* entry = ::readdir(entries)) {
-        if (entry->d_name[0] != '.')
+    if (g_tidied != 0)
+        ::seekdir(entries, g_tidied);
+    bool isAtEnd = false;
+    for (int looks = 0; looks < MOST_LOOKS && !isAtEnd; ++looks) {
+        const dirent* const entry = ::readdir(entries);
+        isAtEnd = entry == nullptr;
+        if (!isAtEnd && entry->d_name[0] != '.')
             removeIfAbandoned(folder, entry->d_name);
     }
+    g_tidied = isAtEnd ? 0 : ::telldir(entries);
     ::closedir(entries);
 }
 
@@ -119,9 +131,8 @@ int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject
     if (g_self.id == 0)
         g_self = ProcessIdentity::ofCaller();
 
-    char path[NamedFolder::PATH_SIZE];
-    NamedFolder::writePath(ObjectName(opening.kind, name).get(), path);
-    if (NamedObject* known = find(path)) {
+    const ObjectName file(opening.kind, name);
+    if (NamedObject* known = find(file.get())) {
         int error = known->m_isStale.load(std::memory_order_relaxed) ? known->enter() : 0;
         if (error == 0) {
             const PageLock lock(*known->m_page);
@@ -134,10 +145,9 @@ int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject
         return 0;
     }
 
-    auto* created = new (std::nothrow) NamedObject(opening);
+    auto* created = new (std::nothrow) NamedObject(file, opening);
     if (created == nullptr)
         return ENOMEM;
-    std::memcpy(created->m_path, path, sizeof path);
     if (const int error = created->enter()) {
         delete created;
         return error;
@@ -154,11 +164,9 @@ int NamedObject::release() noexcept
         return 0;
     }
     if (!m_isStale.load(std::memory_order_relaxed)) {
-        char path[NamedFolder::PATH_SIZE];
-        NamedFolder::writePath(fileName(), path);
         NamedFolder folder;
-        // A process that gave up its rights since cannot get there, and leaves the file to whoever comes.
-        const bool mayRemove = std::strcmp(path, m_path) == 0 && folder.open() == 0;
+        // A process that has become another user's since cannot get there. The next opener removes the file.
+        const bool mayRemove = m_user == ::geteuid() && folder.open() == 0;
         const PageLock lock(*m_page);
         if (m_opener->waiting > 0)
             return EBUSY;
@@ -205,7 +213,7 @@ int NamedObject::setNote(const VXNamedSemNote& note) noexcept
         return error;
     const PageLock lock(*m_page);
     if (m_opener->held.load(std::memory_order_relaxed) == 0)
-        return EPERM;
+        return EACCES;
     m_page->setNote(note);
     return 0;
 }
@@ -216,8 +224,8 @@ int NamedObject::note(VXNamedSemNote& note) noexcept
         return error;
     const PageLock lock(*m_page);
     if (m_opener->held.load(std::memory_order_relaxed) == 0)
-        return EPERM;
-    note = m_page->note();
+        return EACCES;
+    m_page->getNote(note);
     return 0;
 }
 
@@ -264,16 +272,17 @@ void NamedObject::inChild() noexcept
     g_self = g_objects != nullptr ? ProcessIdentity::ofCaller() : ProcessIdentity {};
     for (NamedObject* object = g_objects; object != nullptr; object = object->m_next)
         object->enterInChild();
-    g_hasTidied = false;
+    NamedFolder::forget();
     g_lock.unlock();
 }
 
-NamedObject* NamedObject::find(const char* path) noexcept
+NamedObject* NamedObject::find(const char* fileName) noexcept
 {
+    const uid_t user = ::geteuid();
     NamedObject* object = g_objects;
     // Memory that has lost its name stays what it is for those who have it.
     while (object != nullptr
-        && (std::strcmp(object->m_path, path) != 0
+        && (object->m_user != user || std::strcmp(object->fileName(), fileName) != 0
             || (object->m_opening.kind == NamedOpening::MEMORY && object->m_isStale.load(std::memory_order_relaxed))))
         object = object->m_next;
     return object;
@@ -283,6 +292,8 @@ int NamedObject::enter() noexcept
 {
     NamedFolder folder;
     int error = folder.open();
+    if (error == 0)
+        folder.writePath(fileName(), m_path);
     bool isAbandoned = true;
     while (error == 0 && isAbandoned) {
         unmap();
@@ -312,7 +323,7 @@ int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcep
         if (m_page->hasOpener(g_self)) {
             error = join(m_opening);
         } else if (m_opening.kind == NamedOpening::MEMORY && !isNew) {
-            // Somebody may still look at the old memory, who is no opener: a child of a process that was killed.
+            // A process that is no opener may still look at the old memory: a child of one that was killed.
             removeFile(folder);
             *isAbandoned = true;
             return 0;
@@ -324,8 +335,8 @@ int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcep
         if (error != 0 && !m_page->hasOpener(g_self))
             removeFile(folder);
     }
-    if (error == 0 && isNew && !std::exchange(g_hasTidied, true))
-        removeAbandoned(folder);
+    if (error == 0)
+        removeSomeAbandoned(folder);
     return error;
 }
 
@@ -419,17 +430,12 @@ int NamedObject::addPlaces(int file) noexcept
 void NamedObject::removeFile(const NamedFolder& folder) noexcept
 {
     struct stat status;
-    if (m_page->note().length != 0)
+    if (m_page->hasNote())
         return; // the next opener has something to repair
     m_page->setRemoved();
     if (::fstatat(folder.descriptor(), fileName(), &status, AT_SYMLINK_NOFOLLOW) == 0 && status.st_dev == m_volume
-        && status.st_ino == m_number) // somebody may have removed it by hand, and somebody else made it again
+        && status.st_ino == m_number) // a person may have removed the file, and a process made it again
         ::unlinkat(folder.descriptor(), fileName(), 0);
-}
-
-const char* NamedObject::fileName() const noexcept
-{
-    return std::strrchr(m_path, '/') + 1;
 }
 
 int NamedObject::openFile(int* file) const noexcept

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <unistd.h>
 
 namespace vxsys::detail {
 
@@ -45,7 +46,7 @@ public:
     int take(bool wait) noexcept;
     int post() noexcept;
     int value(std::int32_t& count) noexcept;
-    /// EPERM for a process that holds nothing of the semaphore.
+    /// EACCES for a process that holds nothing of the semaphore.
     int setNote(const VXNamedSemNote& note) noexcept;
     int note(VXNamedSemNote& note) noexcept;
 
@@ -54,8 +55,10 @@ public:
     int mapMemory(int protection, void** address) noexcept;
 
 private:
-    explicit NamedObject(const NamedOpening& opening) noexcept
-        : m_opening(opening)
+    NamedObject(const ObjectName& file, const NamedOpening& opening) noexcept
+        : m_file(file)
+        , m_user(::geteuid())
+        , m_opening(opening)
     {
     }
     ~NamedObject() { unmap(); }
@@ -64,7 +67,7 @@ private:
     static void beforeFork() noexcept;
     static void inParent() noexcept;
     static void inChild() noexcept;
-    static NamedObject* find(const char* path) noexcept;
+    static NamedObject* find(const char* fileName) noexcept;
 
     /// Makes the process an opener of what has the name now, be it there already or not.
     int enter() noexcept;
@@ -79,12 +82,14 @@ private:
     int addPlaces(int file) noexcept;
     void removeFile(const NamedFolder& folder) noexcept;
 
-    const char* fileName() const noexcept;
+    const char* fileName() const noexcept { return m_file.get(); }
     int openFile(int* file) const noexcept;
     int ready() noexcept { return m_isStale.load(std::memory_order_acquire) ? enterAgain() : 0; }
     int enterAgain() noexcept;
     void enterInChild() noexcept;
 
+    const ObjectName m_file;
+    const uid_t m_user; ///< that the process acted for when it opened this
     NamedOpening m_opening;
     SharedPage* m_page = nullptr;
     Opener* m_opener = nullptr;

@@ -64,7 +64,7 @@ std::int32_t VXNamedSemClose(VXHandle semaphore) noexcept
 
 std::int32_t VXNamedSemSetNote(VXHandle semaphore, const VXNamedSemNote* note) noexcept
 {
-    if (note == nullptr)
+    if (note == nullptr || note->proofLength > VXNamedSemNote::MOST_PROOF)
         return VXResultFromNative(EINVAL);
     return onNamed(semaphore, [&](NamedSemaphore& object) { return object.setNote(*note); });
 }
@@ -73,6 +73,6 @@ std::int32_t VXNamedSemGetNote(VXHandle semaphore, VXNamedSemNote* note) noexcep
 {
     if (note == nullptr)
         return VXResultFromNative(EINVAL);
-    *note = {};
+    note->length = 0;
     return onNamed(semaphore, [&](NamedSemaphore& object) { return object.note(*note); });
 }

@@ -10,12 +10,15 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <exception>
 #include <fcntl.h>
 #include <limits>
+#include <new>
 #include <poll.h>
+#include <pthread.h>
 #include <span>
 #include <spawn.h>
 #include <string>
@@ -385,5 +388,14 @@ std::int32_t VXProcessDrain(std::uint32_t pipe) noexcept
 
 std::uint32_t VXProcessGetID() noexcept
 {
-    return static_cast<std::uint32_t>(::getpid());
+    static constinit std::atomic<std::uint32_t> s_id = 0; // a lock asks each time that it is taken
+    std::uint32_t id = s_id.load(std::memory_order_relaxed);
+    if (id == 0) {
+        static const int registered
+            = ::pthread_atfork(nullptr, nullptr, [] { s_id.store(0, std::memory_order_relaxed); });
+        static_cast<void>(registered);
+        id = static_cast<std::uint32_t>(::getpid());
+        s_id.store(id, std::memory_order_relaxed);
+    }
+    return id;
 }

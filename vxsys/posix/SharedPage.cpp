@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <ctime>
 #include <limits>
 #include <linux/futex.h>
@@ -59,7 +60,7 @@ int SharedPage::make(std::uint32_t places) noexcept
     if (const int error = makeMutex(m_mutex))
         return error;
     m_places = places;
-    m_note = {};
+    m_note.length = 0;
     for (std::uint32_t i = 0; i < places; ++i)
         m_openers[i].process.store(0, std::memory_order_relaxed);
     m_layout.store(LAYOUT, std::memory_order_release);
@@ -165,15 +166,25 @@ void SharedPage::setNote(const VXNamedSemNote& note) noexcept
     volatile std::int64_t& length = m_note.length;
     length = 0;
     std::atomic_signal_fence(std::memory_order_seq_cst);
-    m_note.file = note.file;
-    m_note.start = note.start;
+    if (note.length != 0) {
+        m_note.file = note.file;
+        m_note.start = note.start;
+        m_note.proofLength = note.proofLength;
+        std::memcpy(m_note.proof, note.proof, note.proofLength);
+    }
     std::atomic_signal_fence(std::memory_order_seq_cst);
     length = note.length;
 }
 
-VXNamedSemNote SharedPage::note() const noexcept
+void SharedPage::getNote(VXNamedSemNote& note) const noexcept
 {
-    return m_note.length != 0 ? m_note : VXNamedSemNote {};
+    note.length = m_note.length;
+    if (note.length == 0)
+        return;
+    note.file = m_note.file;
+    note.start = m_note.start;
+    note.proofLength = std::min(m_note.proofLength, VXNamedSemNote::MOST_PROOF);
+    std::memcpy(note.proof, m_note.proof, note.proofLength);
 }
 
 void SharedPage::recount() noexcept

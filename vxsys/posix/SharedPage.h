@@ -69,7 +69,8 @@ public:
     std::int32_t value(const ProcessIdentity& observer) noexcept;
 
     void setNote(const VXNamedSemNote& note) noexcept;
-    VXNamedSemNote note() const noexcept;
+    void getNote(VXNamedSemNote& note) const noexcept;
+    bool hasNote() const noexcept { return m_note.length != 0; }
 
     /// Bytes of a page with `places` for openers.
     static constexpr std::size_t sizeFor(std::uint32_t places) noexcept
@@ -79,7 +80,7 @@ public:
 
 private:
     /// Another order of the fields, or another size of the system's mutex, is another layout.
-    static constexpr std::uint32_t LAYOUT = 0x76780100 + sizeof(pthread_mutex_t);
+    static constexpr std::uint32_t LAYOUT = 0x76780200 + sizeof(pthread_mutex_t);
 
     void recount() noexcept;
     /// Whether it is taken by a process that runs. Frees it where that has gone.
