@@ -38,7 +38,9 @@ inline char stateOfThread(pid_t thread)
 /// Works for some microseconds, so that what follows comes at any moment of another process: nothing may rest on how long.
 inline void spin(std::uint64_t microseconds)
 {
-    for (volatile std::uint64_t step = 0; step < microseconds * 300; step = step + 1) { }
+    volatile std::uint64_t steps = 0;
+    while (steps < microseconds * 300)
+        steps = steps + 1;
 }
 
 /// A process of its own that runs `work` and is killed at the end of the block at the latest. The two sides tell each other

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <sys/resource.h>
@@ -56,8 +57,9 @@ inline void put(const std::filesystem::path& path, std::string_view content)
 
 inline std::string contentOf(const std::filesystem::path& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return content.str();
 }
 
 inline std::ptrdiff_t openDescriptors()

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <vector>
 
 namespace vx::io {
@@ -35,15 +34,15 @@ std::vector<char> semaphoreName(const String& path)
 
 /// Closes a file at the end of the block.
 template <class Close>
-class [[nodiscard]] CloseBehind {
+class [[nodiscard]] ScopedClose {
 public:
-    explicit CloseBehind(Close close)
+    explicit ScopedClose(Close close)
         : m_close(close)
     {
     }
-    ~CloseBehind() { m_close(); }
-    CloseBehind(const CloseBehind&) = delete;
-    CloseBehind& operator=(const CloseBehind&) = delete;
+    ~ScopedClose() { m_close(); }
+    ScopedClose(const ScopedClose&) = delete;
+    ScopedClose& operator=(const ScopedClose&) = delete;
 
 private:
     Close m_close;
@@ -89,12 +88,12 @@ FileOutputStream::~FileOutputStream() noexcept(false)
 
 void FileOutputStream::write(const signed char* bytes, std::int32_t length)
 {
-    if (!m_mutex) // nobody to keep out, and nothing to close
-        return writeAll(bytes, length);
+    if (!m_mutex) // no other writer to keep out, and nothing to close
+        return writeAll(bytes, length, nullptr);
 
     const sync::ScopedWait mutex(m_mutex.get());
     const sync::ScopedWait semaphore(m_semaphore.get());
-    const CloseBehind closing([this] {
+    const ScopedClose closing([this] {
         if (has(KEEPCLOSED))
             closeHandle();
     });
@@ -182,7 +181,7 @@ void FileOutputStream::wait()
         if (isClosed)
             closeHandle();
     } catch (const Exception&) {
-        // The caller has the lock, and the next write says what is wrong with the file.
+        // The caller has the lock. The next write reports what is wrong with the file.
     }
 }
 
@@ -196,7 +195,7 @@ std::uint32_t FileOutputStream::openFile(const String& path, unsigned int mode)
 {
     return detail::openFile(path,
         VX_FILE_WRITE | VX_FILE_CREATE | ((mode & ATEND) != 0 ? VX_FILE_AT_END : 0)
-            | ((mode & TRUNC) != 0 ? VX_FILE_TRUNCATE : 0));
+            | ((mode & APPEND) != 0 ? VX_FILE_APPEND : 0) | ((mode & TRUNC) != 0 ? VX_FILE_TRUNCATE : 0));
 }
 
 void FileOutputStream::init(const String& path)
@@ -231,14 +230,14 @@ void FileOutputStream::closeHandle() noexcept
     const std::uint32_t handle = m_handle;
     if (!m_owned || handle == VX_FILE_INVALID_HANDLE)
         return;
-    // After other failures the handle is gone for the system, which may give its number to the next file.
+    // After any other failure the system has closed the handle all the same, and may give its number to the next file.
     if (VXFileClose(handle) != RESULT_INVALID_HANDLE)
         m_handle = VX_FILE_INVALID_HANDLE;
 }
 
 detail::GuardedFile FileOutputStream::guarded()
 {
-    return {*m_semaphore, m_handle, m_identity};
+    return {*m_semaphore, m_handle, m_identity, has(APPEND)};
 }
 
 std::int64_t FileOutputStream::positionAtEnd() const
@@ -251,15 +250,15 @@ std::int64_t FileOutputStream::positionAtEnd() const
 
 void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length, std::int64_t end)
 {
-    std::optional<detail::EntryNote> note;
-    if (m_semaphore && end != NO_POSITION)
-        note.emplace(guarded(), end, length);
-    writeAll(bytes, length);
-    if (note)
-        note->done();
+    if (!m_semaphore || end == NO_POSITION)
+        return writeAll(bytes, length, nullptr);
+    detail::EntryNote note(guarded(), end, bytes, length);
+    writeAll(bytes, length, &note);
+    if (note.isSplit()) // there was no room for a moment, and another program has written then
+        throwResult(RESULT_DISK_FULL);
 }
 
-void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length)
+void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length, detail::EntryNote* note)
 {
     const auto put = m_isRegular ? VXFileWriteRegular : VXFileWrite;
     while (length > 0) {
@@ -267,6 +266,8 @@ void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length)
         throwIfFailed(put(m_handle, bytes, length, &done));
         if (done == 0) // a device that takes no more and does not say so
             throwResult(RESULT_DISK_FULL);
+        if (note != nullptr)
+            note->wrote(done);
         bytes += done;
         length -= done;
     }

@@ -17,21 +17,27 @@ class FilePath;
 namespace vx::io {
 
 namespace detail {
+class EntryNote;
 struct GuardedFile;
-}
+} // namespace detail
 
-/// Bytes into a file, or into whatever a handle of the system stands for, each write at once and without a buffer. Failures
-/// are ResultExceptions.
+/// Writes bytes to a file, or to anything else that a handle of the system stands for. It keeps no buffer: each `write`
+/// reaches the system at once. Failures are ResultExceptions.
 ///
-/// With APPEND or LOCK each `write` is whole among those of all streams, in all processes of the user, that name the file by
-/// the same text. So it stays when a writer dies: where the end of the file shows that its last write was torn, the next
-/// one to take the lock cuts it off. A write at the end of the file that fails in the middle is cut off as well. With
-/// APPEND, LOCK or KEEPCLOSED threads may share a stream.
+/// With APPEND each `write` is given to the system in one call that also finds the end of the file. So each stays whole among
+/// those of all programs that append to the file, also of other users and under other spellings of its path. With APPEND or
+/// LOCK a semaphore keeps out the other streams, in all processes of the user, that name the file by the same text.
+///
+/// A process that is killed in a `write` may leave a part of it at the end of the file. The next stream that takes the
+/// semaphore cuts it off if all bytes there are proved to be that writer's. Otherwise no byte is cut, and its `write` begins
+/// on a new line. A `write` that fails in the middle is cut off as well.
+///
+/// With APPEND, LOCK or KEEPCLOSED threads may share a stream. A child process by `fork` does not hold what its parent holds.
 class VX_API FileOutputStream : public OutputStream {
 public:
     /// Opened positioned at its end.
     static constexpr unsigned int ATEND = 0x1;
-    /// Each write first moves to the end of the file, under the semaphore.
+    /// Each write goes to the end of the file, under the semaphore.
     static constexpr unsigned int APPEND = 0x2;
     /// Cut to nothing at the first opening.
     static constexpr unsigned int TRUNC = 0x4;
@@ -51,7 +57,7 @@ public:
         : FileOutputStream(path, static_cast<unsigned int>(mode))
     {
     }
-    /// Writes at the end where `append` is set, else into a file cut to nothing. Not APPEND: others are not kept out.
+    /// ATEND for true, TRUNC for false. Neither keeps other writers out.
     FileOutputStream(const String& path, bool append);
     FileOutputStream(const util::FilePath& path, bool append);
     /// An owned handle is closed with the stream.
@@ -99,7 +105,7 @@ private:
     /// Where the stream stands, if that is the end of the file.
     std::int64_t positionAtEnd() const;
     void writeEntry(const signed char* bytes, std::int32_t length, std::int64_t end);
-    void writeAll(const signed char* bytes, std::int32_t length);
+    void writeAll(const signed char* bytes, std::int32_t length, detail::EntryNote* note);
 
     String m_path;
     std::atomic<std::uint32_t> m_handle; ///< `is_open` looks at it without the mutex

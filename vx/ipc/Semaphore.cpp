@@ -2,12 +2,41 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/String.h"
 
 namespace vx::ipc {
 
+namespace {
+
+/// What a person has to do so that named objects can be made.
+struct Advice {
+    std::int32_t result;
+    const char16_t* text;
+};
+
+constexpr Advice ADVICE[] = {
+    {RESULT_NOT_FOUND, u"is missing; mount a tmpfs there"},
+    {code(0x80070013), u"is read-only; mount it for writing"},
+    {RESULT_DISK_FULL, u"is full; free space in it or make it larger"},
+    {code(0x800700DF), u"needs files of more than this process's limit (ulimit -f); raise the limit"},
+};
+
+String adviceFor(std::int32_t result)
+{
+    for (const Advice& row : ADVICE) {
+        if (row.result == result)
+            return String(u"the memory file system ") + VX_NAMED_OBJECTS_PLACE + u" " + row.text;
+    }
+    return String();
+}
+
+} // namespace
+
 Semaphore::Semaphore(const char* name, std::uint32_t value)
 {
-    throwIfFailed(VXNamedSemOpen(name, value, &m_handle));
+    const std::int32_t result = VXNamedSemOpen(name, value, &m_handle);
+    if (failed(result))
+        throw ResultException(result, adviceFor(result));
 }
 
 Semaphore::~Semaphore() noexcept(false)
@@ -44,7 +73,7 @@ void Semaphore::setNote(const VXNamedSemNote& note)
 
 VXNamedSemNote Semaphore::getNote()
 {
-    VXNamedSemNote note {};
+    VXNamedSemNote note; // all of it is written only where there is one
     throwIfFailed(VXNamedSemGetNote(m_handle, &note));
     return note;
 }

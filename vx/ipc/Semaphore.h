@@ -7,11 +7,12 @@
 
 namespace vx::ipc {
 
-/// Counts for all processes of a user that know its name. What a process took and did not signal comes back to the others
-/// when it closes its last semaphore of that name or dies, however it dies. Failures are ResultExceptions.
+/// A counting semaphore that all processes of a user share by its name. What a process took and did not signal comes back to
+/// the others when it closes its last semaphore of that name or ends, also by a kill. Failures are ResultExceptions.
 class VX_API Semaphore : public sync::Object {
 public:
-    /// `name` is any narrow text. `value`, at most 2^31 - 1, is the count of a semaphore that nobody has open.
+    /// `name` is any narrow text. `value`, at most 2^31 - 1, is the count of a semaphore that no process has open. Where the
+    /// system takes no files of named objects the description of the exception says what to do.
     Semaphore(const char* name, std::uint32_t value);
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
@@ -25,8 +26,8 @@ public:
     /// The count of the moment.
     virtual std::int32_t getValue();
 
-    /// What its holder is about to do, for whoever holds it next if this one dies over it. RESULT_ACCESS_DENIED for a
-    /// process that does not hold it.
+    /// What the holder is about to write, for the next holder if this process is killed meanwhile. RESULT_ACCESS_DENIED for
+    /// a process that does not hold the semaphore. A length of 0 is no note.
     void setNote(const VXNamedSemNote& note);
     VXNamedSemNote getNote();
 

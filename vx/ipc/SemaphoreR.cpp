@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/sync/ScopedLock.h"
+#include "vxsys/Process.h"
 #include "vxsys/Thread.h"
 
 namespace vx::ipc {
@@ -14,13 +15,13 @@ SemaphoreR::SemaphoreR(const char* name, std::uint32_t value, sync::Mutex* mutex
 
 SemaphoreR::~SemaphoreR() noexcept(false)
 {
-    if (m_owner == 0)
+    if (!isOwnedHere())
         return;
-    // Nobody could signal it any more, and others of the process may keep the name open.
+    // No object could signal it any more, while others of the process may keep the name open.
     try {
         Semaphore::signal();
     } catch (const Exception&) {
-        // Its closing comes next and has the failure to tell.
+        // The destructor of the base closes it next, and reports the failure.
     }
 }
 
@@ -53,7 +54,7 @@ bool SemaphoreR::tryWait()
 void SemaphoreR::signal()
 {
     const sync::ScopedLock guard(*m_mutex);
-    if (m_owner == 0 || m_owner != VXThreadGetCurrentId())
+    if (!isOwnedHere() || m_owner != VXThreadGetCurrentId())
         return;
     if (m_count < 2) {
         Semaphore::signal();
@@ -64,9 +65,15 @@ void SemaphoreR::signal()
     }
 }
 
+/// Whether a thread of this process owns it. A child process has a copy of its parent's fields.
+bool SemaphoreR::isOwnedHere() const noexcept
+{
+    return m_owner != 0 && m_process == VXProcessGetID();
+}
+
 bool SemaphoreR::enterAgain(std::uint32_t thread)
 {
-    if (m_owner != thread)
+    if (m_owner != thread || !isOwnedHere())
         return false;
     ++m_count;
     return true;
@@ -76,6 +83,7 @@ void SemaphoreR::own(std::uint32_t thread)
 {
     m_owner = thread;
     m_count = 1;
+    m_process = VXProcessGetID();
 }
 
 } // namespace vx::ipc

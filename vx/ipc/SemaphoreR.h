@@ -6,13 +6,15 @@
 
 namespace vx::ipc {
 
-/// A semaphore that a thread which owns it takes again at once, and signals as often: one lock for all other threads and
-/// processes. A second object of the same name knows nothing of the owner of the first. One that ends while it is owned
-/// gives back what it took.
+/// A semaphore that its owner, a thread, may take again at once and has to signal as often: one lock for all other threads
+/// and processes. A second object of the same name knows nothing of the first one's owner. An object that is destroyed while
+/// it is owned gives back what it took.
+///
+/// A child process by `fork` owns nothing: its copy of an owned object is free for it to wait on, and gives nothing back.
 class VX_API SemaphoreR : public Semaphore {
 public:
-    /// `mutex` guards the owner inside the process. It is counted, and may be one that the caller guards something of its
-    /// own with; null makes one. A thread that holds it and blocks in `wait` lets go of it for that time.
+    /// `mutex` guards the owner inside the process. A reference is kept. The caller may guard other things with it as well;
+    /// null makes a new one. A thread that holds it and blocks in `wait` releases it for that time.
     SemaphoreR(const char* name, std::uint32_t value, sync::Mutex* mutex);
     ~SemaphoreR() noexcept(false) override;
 
@@ -23,12 +25,14 @@ public:
     void signal() override;
 
 private:
+    bool isOwnedHere() const noexcept;
     bool enterAgain(std::uint32_t thread);
     void own(std::uint32_t thread);
 
     // Guarded by the mutex.
     std::uint32_t m_owner = 0;
     std::uint32_t m_count = 0;
+    std::uint32_t m_process = 0; ///< of the owner
     const Reference<sync::Mutex> m_mutex;
 };
 

@@ -74,9 +74,11 @@ TEST(FileOutputStream, IsHeldAcrossSeveralWrites)
     for (const unsigned mode : {APPEND, APPEND | KEEPCLOSED, LOCK | KEEPCLOSED | ATEND}) {
         const Scratch scratch;
         const String path(scratch.full("file").c_str());
-        FileOutputStream stream(path, mode);
+        auto owned = std::make_unique<FileOutputStream>(path, mode);
+        FileOutputStream& stream = *owned;
         stream.wait();
         write(stream, "a");
+        EXPECT_EQ(Child([&](Child::Side&) { owned.reset(); }).wait(), 0) << "a copy that a child process drops";
         Child other([&](Child::Side& side) {
             FileOutputStream own(path, mode);
             side.tell('o');
@@ -100,19 +102,20 @@ TEST(FileOutputStream, IsHeldAcrossSeveralWrites)
     }
 }
 
-/// A writer that the system ends in the middle of its second entry, of which 5 bytes are written then.
-void dieOverAnEntry(const String& path, unsigned mode, bool isInsideWait)
+/// A writer that the system ends in the middle of its second entry, of which `room` bytes are written then.
+void dieOverAnEntry(
+    const String& path, unsigned mode, bool isInsideWait, std::string_view entry = "torn entry\n", rlim_t room = 5)
 {
     const rlimit none {0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
     std::signal(SIGXFSZ, SIG_DFL);
     FileOutputStream stream(path, mode);
     write(stream, "whole\n");
-    const rlimit limit {static_cast<rlim_t>(stream.getSize()) + 5, RLIM_INFINITY};
+    const rlimit limit {static_cast<rlim_t>(stream.getSize()) + room, RLIM_INFINITY};
     ::setrlimit(RLIMIT_FSIZE, &limit);
     if (isInsideWait)
         stream.wait();
-    write(stream, "torn entry\n");
+    write(stream, entry);
 }
 
 constexpr std::int32_t FILE_TOO_LARGE = code(0x800700DF);
@@ -171,23 +174,79 @@ TEST(FileOutputStream, CutsOffWhatADeadWriterLeftTorn)
     }
 }
 
-TEST(FileOutputStream, CutsOffNothingElse)
+std::string longEntry(std::size_t length)
 {
-    // Whether it is another file, and what is found behind the death of the writer
-    const std::pair<bool, const char*> cases[]
-        = {{false, "whole\ntorn entry\n"}, {false, "whole\n"}, {true, "whole\nother "}};
-    for (const auto& [isAnotherFile, found] : cases) {
+    std::string entry;
+    while (entry.size() < length)
+        entry += std::to_string(entry.size()) + ' ';
+    entry.resize(length - 1);
+    return entry + '\n';
+}
+
+TEST(FileOutputStream, CutsOffOnlyWhatIsProvedToBeTheDeadWriters)
+{
+    constexpr std::size_t PAGE = 4096, HEAD = 6; // "whole\n" comes first
+    const std::string entry = longEntry(20'000), huge = longEntry(3'000'000);
+    const std::string page = entry.substr(0, PAGE - HEAD);
+    std::string changed = page;
+    changed[2000] = '#';
+    struct {
+        const char* name;
+        std::string entry; // of which `room` bytes are written
+        std::size_t room;
+        const char* found; // instead of what the writer left; null for just that
+        std::string added; // by another program after its death
+        const char* left; // before "next\n"; null for all that was found
+        bool isOnLineOfItsOwn;
+    } cases[] = {
+        {"all of it", "torn entry\n", 5, "whole\ntorn entry\n", "", nullptr, false},
+        {"nothing of it", "torn entry\n", 5, "whole\n", "", nullptr, false},
+        {"other bytes", "torn entry\n", 5, "whole\nother ", "", nullptr, true},
+        {"fewer bytes", "torn entry\n", 5, "who", "", nullptr, false},
+        {"an entry after it", "torn entry\n", 5, nullptr, "x\n", nullptr, false},
+        {"a part after it", "torn entry\n", 5, nullptr, "x", nullptr, true},
+        {"much after it", "torn entry\n", 5, nullptr, std::string(100, 'x'), nullptr, true},
+        {"a page", entry, PAGE - HEAD, nullptr, "", "whole\n", false},
+        {"two pages", entry, 2 * PAGE - HEAD, nullptr, "", "whole\n", false},
+        {"a page with an entry after it", entry, PAGE - HEAD, nullptr, "x\n", nullptr, false},
+        {"a page of other bytes", entry, PAGE - HEAD, nullptr, "", nullptr, true},
+        {"more than a page", entry, PAGE, nullptr, "", nullptr, true},
+        {"blocks of eight pages", huge, 16 * PAGE - HEAD, nullptr, "", "whole\n", false},
+        {"less than a block", huge, 15 * PAGE - HEAD, nullptr, "", nullptr, true},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
         const Scratch scratch;
         const String path(scratch.full("file").c_str());
-        Child victim([&](Child::Side&) { dieOverAnEntry(path, APPEND, false); });
+        Child victim([&](Child::Side&) { dieOverAnEntry(path, APPEND, false, row.entry, row.room); });
         EXPECT_EQ(victim.wait(), -SIGXFSZ);
-        if (isAnotherFile)
-            std::filesystem::rename(scratch / "file", scratch / "old");
-        put(scratch / "file", found);
+        EXPECT_EQ(contentOf(scratch / "file"), "whole\n" + row.entry.substr(0, row.room));
+        if (row.found != nullptr)
+            put(scratch / "file", row.found);
+        if (row.name == "a page of other bytes"sv)
+            put(scratch / "file", "whole\n" + changed);
+        std::ofstream(scratch / "file", std::ios::app) << row.added;
+        const std::string found = contentOf(scratch / "file");
         FileOutputStream stream(path, APPEND);
+        stream.wait();
         write(stream, "next\n");
-        EXPECT_EQ(contentOf(scratch / "file"), found + "next\n"s);
+        stream.signal();
+        const std::string expected = row.left != nullptr ? row.left : found;
+        EXPECT_EQ(contentOf(scratch / "file"), expected + (row.isOnLineOfItsOwn ? "\nnext\n" : "next\n"));
     }
+}
+
+TEST(FileOutputStream, RepairsNoOtherFile)
+{
+    const Scratch scratch;
+    const String path(scratch.full("file").c_str());
+    Child victim([&](Child::Side&) { dieOverAnEntry(path, APPEND, false); });
+    EXPECT_EQ(victim.wait(), -SIGXFSZ);
+    std::filesystem::rename(scratch / "file", scratch / "old");
+    put(scratch / "file", "whole\ntorn ");
+    FileOutputStream stream(path, APPEND);
+    write(stream, "next\n");
+    EXPECT_EQ(contentOf(scratch / "file"), "whole\ntorn next\n");
 }
 
 TEST(FileInputStream, ReadsToTheEnd)

@@ -6,12 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <fstream>
 #include <memory>
 #include <random>
 #include <sstream>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -67,7 +68,26 @@ std::vector<int> countRecords(const std::filesystem::path& path)
     return counts;
 }
 
-class FileWriters : public testing::TestWithParam<unsigned> {
+/// A user that no process has, whose named objects are gone at the end of the block.
+class OtherUser {
+public:
+    ~OtherUser()
+    {
+        const std::string folder = "/dev/shm/vxsys4-" + std::to_string(m_id) + '-';
+        for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
+            if (entry.path().string().starts_with(folder))
+                std::filesystem::remove_all(entry.path());
+        }
+    }
+
+    bool isPossible() const { return ::geteuid() == 0; }
+    void become() const { ASSERT_EQ(::setuid(m_id), 0); }
+
+private:
+    const uid_t m_id = 1'000'000'000 + static_cast<uid_t>(::getpid());
+};
+
+class FileWriters : public testing::Test {
 protected:
     // Memory is flushed at once: what is looked for is order, not the disk.
     const ScopedVariable m_folder {"TMPDIR", "/dev/shm"};
@@ -75,24 +95,41 @@ protected:
     const String m_path {m_scratch.full("file").c_str()};
 };
 
-class ManyWriters : public FileWriters { };
+/// What the writers of one file do not have in common. Their semaphores are different ones then.
+enum class Apart { IN_NOTHING, BY_SPELLING, BY_USER };
+
+class ManyWriters : public FileWriters, public testing::WithParamInterface<std::pair<unsigned, Apart>> { };
 
 TEST_P(ManyWriters, KeepEachRecordWholeAndLoseNone)
 {
     constexpr std::size_t LONGEST = 20'000;
+    const auto [mode, apart] = GetParam();
+    const OtherUser other;
+    if (apart == Apart::BY_USER && !other.isPossible())
+        GTEST_SKIP() << "needs the right to become another user";
+    std::filesystem::permissions(m_scratch.getPath(), std::filesystem::perms(0755));
+    put(m_scratch / "file", "");
+    std::filesystem::permissions(m_scratch / "file", std::filesystem::perms(0666));
+    const String spelled((m_scratch.full() + u"\\.\\file").c_str());
     std::vector<std::unique_ptr<Child>> writers;
     for (int writer = 0; writer < WRITERS; ++writer) {
-        writers.push_back(
-            std::make_unique<Child>([&](Child::Side&) { writeRecords(m_path, GetParam(), writer, RECORDS, LONGEST); }));
+        writers.push_back(std::make_unique<Child>([&, mode = mode, apart = apart](Child::Side&) {
+            const bool isOdd = writer % 2 != 0;
+            if (isOdd && apart == Apart::BY_USER)
+                other.become();
+            writeRecords(isOdd && apart == Apart::BY_SPELLING ? spelled : m_path, mode, writer, RECORDS, LONGEST);
+        }));
     }
     for (auto& writer : writers)
         EXPECT_EQ(writer->wait(), 0);
     EXPECT_EQ(countRecords(m_scratch / "file"), std::vector<int>(WRITERS, RECORDS));
 }
 
-INSTANTIATE_TEST_SUITE_P(FileOutputStream, ManyWriters, testing::Values(APPEND, APPEND | LOCK, APPEND | KEEPCLOSED));
+INSTANTIATE_TEST_SUITE_P(FileOutputStream, ManyWriters,
+    testing::Values(std::pair(APPEND, Apart::IN_NOTHING), std::pair(APPEND | LOCK, Apart::BY_SPELLING),
+        std::pair(APPEND, Apart::BY_USER), std::pair(APPEND | KEEPCLOSED, Apart::BY_SPELLING)));
 
-class KilledWriters : public FileWriters { };
+class KilledWriters : public FileWriters, public testing::WithParamInterface<unsigned> { };
 
 TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
 {
@@ -107,7 +144,7 @@ TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
         }));
     }
     for (int victim = 0; victim < 2; ++victim) {
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 50'000)); // any moment: nothing rests on it
+        spin(random() % 50'000);
         writers[static_cast<std::size_t>(victim)]->kill();
     }
     for (int writer = 0; writer < WRITERS; ++writer)
@@ -119,6 +156,69 @@ TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
 }
 
 INSTANTIATE_TEST_SUITE_P(FileOutputStream, KilledWriters, testing::Values(APPEND, LOCK | KEEPCLOSED | ATEND));
+
+constexpr int ROUNDS = 20, BATCH = 10;
+
+std::string entryOfOthers(int sequence, std::size_t length)
+{
+    std::string entry = '[' + std::to_string(sequence) + ']';
+    entry.resize(length - 1, 'o');
+    return entry + '\n';
+}
+
+/// Appends as any other program does, without the semaphore, and acknowledges each entry.
+void appendWithoutSemaphore(const std::filesystem::path& path, std::size_t length, Child::Side& side)
+{
+    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    for (int round = 0; round < ROUNDS; ++round) {
+        side.hear();
+        for (int i = 0; i < BATCH; ++i) {
+            const std::string entry = entryOfOthers(round * BATCH + i, length);
+            EXPECT_EQ(::write(file, entry.data(), entry.size()), static_cast<ssize_t>(entry.size()));
+        }
+        side.tell('w');
+    }
+}
+
+class OtherPrograms : public FileWriters, public testing::WithParamInterface<std::size_t> { };
+
+TEST_P(OtherPrograms, LoseNothingByTheRepairAfterAKill)
+{
+    put(m_scratch / "file", "");
+    Child others([&](Child::Side& side) { appendWithoutSemaphore(m_scratch / "file", GetParam(), side); });
+    Random random;
+    for (int round = 0; round < ROUNDS; ++round) {
+        Child victim([&](Child::Side& side) {
+            FileOutputStream stream(m_path, APPEND);
+            const std::string entry = std::string(1'000'000, 'v') + '\n';
+            side.tell('o');
+            for (;;)
+                stream.write(entry.data(), static_cast<std::int32_t>(entry.size()));
+        });
+        EXPECT_EQ(victim.hear(), 'o');
+        const bool isBesideVictim = random() % 2 == 0; // or beside the repair
+        if (isBesideVictim)
+            others.tell('g');
+        spin(random() % 300);
+        victim.kill();
+        if (!isBesideVictim)
+            others.tell('g');
+        FileOutputStream stream(m_path, APPEND);
+        stream.write("next\n", 5);
+        victim.wait();
+        EXPECT_EQ(others.hear(), 'w');
+    }
+    EXPECT_EQ(others.wait(), 0);
+    const std::string found = contentOf(m_scratch / "file");
+    std::size_t place = 0;
+    for (int i = 0; i < ROUNDS * BATCH; ++i) {
+        const std::size_t next = found.find(entryOfOthers(i, GetParam()), place);
+        EXPECT_NE(next, found.npos) << "acknowledged, and lost: " << i;
+        place = next != found.npos ? next : place;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FileOutputStream, OtherPrograms, testing::Values(400, 400'000));
 
 TEST(ThreadWriters, MayBeThreadsOfOneStream)
 {

@@ -11,7 +11,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
+#include <tuple>
 
 namespace {
 
@@ -106,6 +110,59 @@ TEST(SemaphoreR, ComesBackFromADeadOwner)
     owner.kill();
     here.wait();
     here.signal();
+}
+
+TEST(SemaphoreR, StaysItsOwnersWhenAChildProcessDropsItsCopy)
+{
+    const std::string name = ownName("fork");
+    auto held = std::make_unique<SemaphoreR>(name.c_str(), 1, nullptr);
+    held->wait();
+    Child child([&](Child::Side& side) {
+        EXPECT_FALSE(held->tryWait());
+        held->signal();
+        side.tell('t');
+        side.hear();
+        SemaphoreR own(name.c_str(), 1, nullptr);
+        own.wait();
+        held.reset(); // gives back nothing of what this process took
+        EXPECT_EQ(own.getValue(), 0);
+    });
+    EXPECT_EQ(child.hear(), 't');
+    EXPECT_EQ(held->getValue(), 0);
+    Child dropper([&](Child::Side&) { held.reset(); });
+    EXPECT_EQ(dropper.wait(), 0);
+    EXPECT_EQ(held->getValue(), 0);
+    held->signal();
+    child.tell('g');
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(held->getValue(), 1);
+}
+
+TEST(IpcSemaphore, SaysWhatToDoWhereTheMemoryFileSystemTakesNoFiles)
+{
+    const std::tuple<unsigned long, const char*, std::int32_t, const char*> cases[]
+        = {{0, "size=4k", RESULT_DISK_FULL, "full"}, {MS_RDONLY, "", code(0x80070013), "read-only"}};
+    for (const auto& [flags, options, result, said] : cases) {
+        Child child([&](Child::Side& side) {
+            if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+                || ::mount("none", "/dev/shm", "tmpfs", flags, options) != 0) {
+                side.tell('s');
+                return;
+            }
+            try {
+                const Semaphore first("first", 1), second("second", 1);
+                ADD_FAILURE() << "room for both";
+            } catch (const ResultException& failure) {
+                EXPECT_EQ(failure.getResult(), result);
+                const std::string text = failure.getDescription().toUtf8();
+                EXPECT_NE(text.find("/dev/shm"), text.npos) << text;
+                EXPECT_NE(text.find(said), text.npos) << text;
+            }
+        });
+        if (child.hear() == 's')
+            GTEST_SKIP() << "needs the right to mount a file system";
+        EXPECT_EQ(child.wait(), 0);
+    }
 }
 
 TEST(IpcSharedMemory, LeavesNothingOpenWhenItFails)

@@ -1,15 +1,77 @@
 #include "vx/io/detail/EntryNote.h"
 
 #include "vx/Result.h"
+#include "vx/io/detail/EntryProof.h"
+
+#include <algorithm>
 
 namespace vx::io::detail {
 
 namespace {
 
-bool isTorn(const GuardedFile& file, const VXNamedSemNote& note)
+constexpr VXNamedSemNote NO_NOTE {};
+
+/// The same file for reading: its writers need not be able to read by their handle.
+class Reader {
+public:
+    explicit Reader(std::uint32_t file) noexcept { VXFileReopen(file, VX_FILE_READ, &m_handle); }
+    ~Reader()
+    {
+        if (m_handle != VX_FILE_INVALID_HANDLE)
+            VXFileClose(m_handle);
+    }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    std::uint32_t get() const noexcept { return m_handle; }
+
+private:
+    std::uint32_t m_handle = VX_FILE_INVALID_HANDLE;
+};
+
+/// Makes `size` the end of the file again. The stream stays at the end if it was there.
+bool cut(const GuardedFile& file, std::int64_t size) noexcept
 {
+    std::int64_t position = 0;
+    if (failed(VXFileTruncate(file.handle, size)))
+        return false;
+    if (!failed(VXFileGetPosition(file.handle, &position)) && position > size)
+        VXFileSeekToEnd(file.handle, &position);
+    return true;
+}
+
+/// Ends the last line of the file, if the next entry is going to stand after it. False if that fails.
+bool endLine(const GuardedFile& file, std::uint32_t reader, std::int64_t size)
+{
+    std::int64_t position = 0;
+    if (!file.appends && (failed(VXFileGetPosition(file.handle, &position)) || position != size))
+        return true;
+    char last = '\0';
+    std::int32_t done = 0;
+    if (!failed(VXFileReadAt(reader, size - 1, &last, 1, &done)) && last == '\n')
+        return true;
+    return !failed(VXFileWrite(file.handle, "\n", 1, &done)) && done == 1;
+}
+
+/// False if the note has to stay for a later try.
+bool isRepaired(const GuardedFile& file, const VXNamedSemNote& note)
+{
+    const Reader reader(file.handle);
     std::int64_t size = 0;
-    return !failed(VXFileGetSize(file.handle, &size)) && size > note.start && size - note.start < note.length;
+    if (failed(VXFileGetSize(file.handle, &size)))
+        return false;
+    if (size <= note.start)
+        return true;
+    const std::int64_t found = std::min(size - note.start, note.length);
+    if (isProved(note, reader.get(), found)) {
+        if (found == note.length)
+            return true;
+        // Others may write after the look at the content; the last look at the size comes right before the cut.
+        std::int64_t now = 0;
+        if (!failed(VXFileGetSize(file.handle, &now)) && now == size && cut(file, note.start))
+            return true;
+    }
+    return endLine(file, reader.get(), size);
 }
 
 } // namespace
@@ -17,30 +79,51 @@ bool isTorn(const GuardedFile& file, const VXNamedSemNote& note)
 void repairEntry(const GuardedFile& file)
 {
     const VXNamedSemNote note = file.semaphore.getNote();
-    if (note.length == 0 || note.file != file.identity)
-        return;
-    std::int64_t position = 0;
-    if (isTorn(file, note) && !failed(VXFileTruncate(file.handle, note.start))
-        && !failed(VXFileGetPosition(file.handle, &position)) && position > note.start) // stood at what was the end
-        VXFileSeekToEnd(file.handle, &position);
-    file.semaphore.setNote({});
+    if (note.length != 0 && note.file == file.identity && isRepaired(file, note))
+        file.semaphore.setNote(NO_NOTE);
 }
 
-EntryNote::EntryNote(const GuardedFile& file, std::int64_t start, std::int32_t length)
+EntryNote::EntryNote(const GuardedFile& file, std::int64_t start, const signed char* bytes, std::int32_t length)
     : m_file(file)
+    , m_length(length)
 {
-    m_file.semaphore.setNote({file.identity, start, length});
+    VXNamedSemNote note; // its proof is filled as far as it is used
+    note.file = file.identity;
+    note.start = start;
+    note.length = length;
+    writeProof(note, bytes);
+    m_file.semaphore.setNote(note);
 }
 
 EntryNote::~EntryNote()
 {
     try {
-        if (!m_isDone)
-            repairEntry(m_file);
-        m_file.semaphore.setNote({});
+        if ((m_written == m_length && !m_isSplit) || isUndone())
+            m_file.semaphore.setNote(NO_NOTE);
     } catch (...) {
-        // The note stays, and so does what it says.
+        // The note stays, and the next holder repairs what it tells of.
     }
+}
+
+void EntryNote::wrote(std::int32_t count) noexcept
+{
+    if (count < m_length) { // rare: a disk that is nearly full
+        std::int64_t end = 0;
+        const bool isKnown = !failed(VXFileGetPosition(m_file.handle, &end));
+        if (m_written == 0)
+            m_start = end - count;
+        m_isSplit = m_isSplit || !isKnown || end != m_start + m_written + count;
+    }
+    m_written += count;
+}
+
+/// Whether nothing of the entry is in the file any more.
+bool EntryNote::isUndone() const noexcept
+{
+    std::int64_t size = 0;
+    return m_written == 0
+        || (!m_isSplit && !failed(VXFileGetSize(m_file.handle, &size)) && size == m_start + m_written
+            && cut(m_file, m_start));
 }
 
 } // namespace vx::io::detail
