@@ -22,27 +22,39 @@ std::uint64_t mixed(std::uint64_t state, std::uint64_t word) noexcept
     return std::rotl(state ^ word, 29) * MULTIPLIER;
 }
 
-/// A checksum against chance, not against an attacker: four words at a time, which do not wait for each other.
+/// Four words at a time, which do not wait for each other.
+struct Lanes {
+    static constexpr std::size_t STRIDE = 4 * sizeof(std::uint64_t);
+
+    void add(const unsigned char* bytes) noexcept
+    {
+        std::uint64_t words[4];
+        std::memcpy(words, bytes, STRIDE);
+        a = mixed(a, words[0]);
+        b = mixed(b, words[1]);
+        c = mixed(c, words[2]);
+        d = mixed(d, words[3]);
+    }
+
+    std::uint64_t a;
+    std::uint64_t b = 1;
+    std::uint64_t c = 2;
+    std::uint64_t d = 3;
+};
+
+/// A checksum against chance, not against an attacker.
 std::uint64_t checksum(const void* bytes, std::size_t length) noexcept
 {
-    constexpr std::size_t LANES = 4;
-    constexpr std::size_t STRIDE = LANES * sizeof(std::uint64_t);
-
     const auto* position = static_cast<const unsigned char*>(bytes);
-    std::uint64_t lanes[LANES] = {length, 1, 2, 3};
-    std::uint64_t words[LANES];
-    for (std::size_t rest = length; rest > 0;) {
-        const std::size_t step = std::min(rest, STRIDE);
-        if (step < STRIDE)
-            std::fill_n(words, LANES, 0);
-        std::memcpy(words, position, step);
-        for (std::size_t i = 0; i < LANES; ++i)
-            lanes[i] = mixed(lanes[i], words[i]);
-        position += step;
-        rest -= step;
-    }
+    const unsigned char* const end = position + length;
+    Lanes lanes {length};
+    for (; end - position >= static_cast<std::ptrdiff_t>(Lanes::STRIDE); position += Lanes::STRIDE)
+        lanes.add(position);
+    unsigned char rest[Lanes::STRIDE] = {};
+    std::memcpy(rest, position, static_cast<std::size_t>(end - position));
+    lanes.add(rest);
     std::uint64_t sum = 0;
-    for (const std::uint64_t lane : lanes)
+    for (const std::uint64_t lane : {lanes.a, lanes.b, lanes.c, lanes.d})
         sum = mixed(sum, lane ^ (lane >> 32));
     return sum;
 }
