@@ -1,11 +1,11 @@
 #include "vx/Library.h"
 
+#include "vx/detail/ClassManager.h"
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
-#include "vx/detail/ClassManager.h"
-#include "vx/detail/ClassTable.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/net/TcpSocket2.h"
+#include "vx/startup/detail/ClassTable.h"
 #include "vx/sync/Mutex.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/vorb/Boundary.h"
@@ -35,7 +35,7 @@ void start()
     std::setlocale(LC_ALL, "");
     g_replacedHandler = VXSetNewHandler(outOfMemory);
     g_pGlobalLock = new sync::Mutex("VXLIB::g_pGlobalLock");
-    detail::registerClasses(*ClassManager::getInstance());
+    startup::detail::registerClasses(*ClassManager::getInstance());
     text::charset::detail::registerCodecs();
     text::charset::detail::buildEncInfo();
 }
@@ -47,7 +47,7 @@ void stop()
     ClassManager::freeInstance();
     if (const ENUM_VX_E_SOCKET failure = net::TcpSocket2::uninit(); failure != VX_E_SOCKET_OK)
         throw Exception(u"VXLIBLibUninit " + String(VXGetDescriptionFromVX_E_SOCKET(failure)));
-    delete std::exchange(g_pGlobalLock, nullptr); // a lock that is held fails to go
+    delete std::exchange(g_pGlobalLock, nullptr); // throws if a thread holds it
     VXSetNewHandler(g_replacedHandler);
 }
 

@@ -4,9 +4,9 @@ namespace vx {
 class ClassManagerBase;
 }
 
-namespace vx::detail {
+namespace vx::startup::detail {
 
 /// Registers every class that the library knows by name.
 void registerClasses(ClassManagerBase& manager);
 
-} // namespace vx::detail
+} // namespace vx::startup::detail

@@ -1,4 +1,4 @@
-#include "vx/detail/ClassTable.h"
+#include "vx/startup/detail/ClassTable.h"
 
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
@@ -82,9 +82,7 @@
 
 #include <typeinfo>
 
-// Stands at the top of the house: it knows every class, and nobody includes it.
-
-namespace vx::detail {
+namespace vx::startup::detail {
 
 namespace {
 
@@ -264,4 +262,4 @@ void registerClasses(ClassManagerBase& manager)
         manager.registerClass(row.name, row.type, row.creator);
 }
 
-} // namespace vx::detail
+} // namespace vx::startup::detail

@@ -2,9 +2,9 @@
 #include "vx/detail/OwnModule.h"
 #include "vxsys/Component.h"
 
-// Linked last into the shared library: this object is built behind all other statics of the library and destroyed before
-// them, at load and unload and at exit. A failed start leaves a library that is loaded and half ready: the loader has
-// nobody to tell.
+// Linked last into the shared library: this object is constructed after all other static objects of the library and
+// destroyed before them, at load and unload and at exit. A failed start leaves a library that is loaded and half ready, since
+// the loader has no way to report it.
 
 namespace {
 
