@@ -32,6 +32,16 @@ void ComObject::operator delete(void* memory) noexcept
     vxsys::deallocate(memory);
 }
 
+void* ComObject::operator new(std::size_t bytes, std::align_val_t alignment)
+{
+    return vxsys::allocate(bytes, alignment);
+}
+
+void ComObject::operator delete(void* memory, std::align_val_t) noexcept
+{
+    vxsys::deallocate(memory);
+}
+
 std::int32_t ComObject::QueryInterface(const _GUID& iid, void** out)
 {
     return vorb::QueryInterfaceMap(GetComIntfMap(), this, iid, out);

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 namespace vx::vorb {
 class Module;
@@ -41,16 +42,18 @@ public:
         return count;
     }
 
-    /// A lock among the derived classes may fail to go, so a destructor of the tree may throw. Value classes say
-    /// `noexcept` themselves.
+    /// Destroying a lock may fail, so a destructor of the tree may throw. Value classes say `noexcept` themselves.
     virtual ~ComObject() noexcept(false);
 
     static void* operator new(std::size_t bytes);
     static void operator delete(void* memory) noexcept;
+    /// For derived classes with a larger alignment than `new` gives by itself.
+    static void* operator new(std::size_t bytes, std::align_val_t alignment);
+    static void operator delete(void* memory, std::align_val_t alignment) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) noexcept { }
 
-    /// The count at this moment. Who sees 1 and holds it sees all that the others did before they let go.
+    /// The count at this moment. A holder that sees 1 also sees all that former holders did before their `Release`.
     std::uint32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_acquire); }
 
     /// The module whose lock count this object raises while its own count is above 0. Not owned; to be set before the

@@ -56,6 +56,16 @@ void StrBuf1::operator delete(void* memory) noexcept
     vxsys::deallocate(memory);
 }
 
+void* StrBuf1::operator new(std::size_t bytes, std::align_val_t alignment)
+{
+    return vxsys::allocate(bytes, alignment);
+}
+
+void StrBuf1::operator delete(void* memory, std::align_val_t) noexcept
+{
+    vxsys::deallocate(memory);
+}
+
 void StrBuf1::initStaticInstance(short alwaysPrivate)
 {
     AddRef();

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 namespace vx {
 
@@ -37,6 +38,8 @@ public:
 
     static void* operator new(std::size_t bytes);
     static void operator delete(void* memory) noexcept;
+    static void* operator new(std::size_t bytes, std::align_val_t alignment);
+    static void operator delete(void* memory, std::align_val_t alignment) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) noexcept { }
 

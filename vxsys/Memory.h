@@ -28,7 +28,9 @@ namespace vxsys {
 /// Storage for objects. On exhaustion it calls the new handler and tries again; with no handler it throws
 /// `std::bad_alloc`. Never null.
 VXSYS_API void* allocate(std::size_t bytes);
-/// Gives back what `allocate` gave. Null is allowed.
+/// The same at an address that is a multiple of `alignment`, a power of two.
+VXSYS_API void* allocate(std::size_t bytes, std::align_val_t alignment);
+/// Frees what either `allocate` returned. Null is allowed.
 VXSYS_API void deallocate(void* memory) noexcept;
 
 /// The storage of `allocate` for the containers of the standard library.
@@ -46,7 +48,10 @@ struct Allocator {
     {
         if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
             throw std::bad_array_new_length();
-        return static_cast<T*>(vxsys::allocate(count * sizeof(T)));
+        if constexpr (alignof(T) > __STDCPP_DEFAULT_NEW_ALIGNMENT__)
+            return static_cast<T*>(vxsys::allocate(count * sizeof(T), std::align_val_t(alignof(T))));
+        else
+            return static_cast<T*>(vxsys::allocate(count * sizeof(T)));
     }
     void deallocate(T* memory, std::size_t) noexcept { vxsys::deallocate(memory); }
 

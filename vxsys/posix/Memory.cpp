@@ -1,5 +1,6 @@
 #include "vxsys/Memory.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -7,6 +8,20 @@
 namespace {
 
 constinit std::atomic<VXNewHandler> g_newHandler {nullptr};
+
+/// Calls `attempt` until it returns memory. The new handler makes room between two attempts, or throws.
+template <class Attempt>
+void* allocateBy(Attempt attempt)
+{
+    for (;;) {
+        if (void* memory = attempt())
+            return memory;
+        const VXNewHandler handler = g_newHandler.load();
+        if (handler == nullptr)
+            throw std::bad_alloc();
+        handler();
+    }
+}
 
 } // namespace
 
@@ -34,14 +49,17 @@ namespace vxsys {
 
 void* allocate(std::size_t bytes)
 {
-    for (;;) {
-        if (void* memory = VXMemAlloc(bytes != 0 ? bytes : 1))
-            return memory;
-        const VXNewHandler handler = g_newHandler.load();
-        if (handler == nullptr)
-            throw std::bad_alloc();
-        handler();
-    }
+    return allocateBy([=] { return VXMemAlloc(bytes != 0 ? bytes : 1); });
+}
+
+void* allocate(std::size_t bytes, std::align_val_t alignment)
+{
+    return allocateBy([=] {
+        void* memory = nullptr;
+        const int failure = ::posix_memalign(
+            &memory, std::max(static_cast<std::size_t>(alignment), sizeof(void*)), bytes != 0 ? bytes : 1);
+        return failure == 0 ? memory : nullptr;
+    });
 }
 
 void deallocate(void* memory) noexcept
