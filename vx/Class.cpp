@@ -1,9 +1,9 @@
 #include "vx/Class.h"
 
+#include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
-#include "vx/detail/ClassManager.h"
 #include "vxsys/Text.h"
 
 #include <cstdlib>
@@ -52,7 +52,7 @@ const char16_t* Class::getName() const
 
 bool Class::isInstance(const Object& object) const
 {
-    return typeid(object) == *m_type;
+    return m_type != nullptr && typeid(object) == *m_type;
 }
 
 Object* Class::createInstance() const
@@ -87,10 +87,15 @@ ClassManagerBase::~ClassManagerBase() = default;
 
 void ClassManagerBase::registerClass(const char16_t* name, const std::type_info* type, ObjectCreator creator)
 {
+    tryRegister(name, type, creator);
+}
+
+const Class* ClassManagerBase::tryRegister(const char16_t* name, const std::type_info* type, ObjectCreator creator)
+{
     if (name == nullptr || type == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
-    if (m_impl->byName.contains(name))
-        return;
+    if (find(name) != nullptr)
+        return nullptr;
     const Reference<Class> record(new Class(name, type, creator));
     const auto place = m_impl->byName.emplace(name, record).first;
     try {
@@ -99,16 +104,33 @@ void ClassManagerBase::registerClass(const char16_t* name, const std::type_info*
         m_impl->byName.erase(place);
         throw;
     }
+    return record.get();
+}
+
+void ClassManagerBase::unregisterClass(const char16_t* name) noexcept
+{
+    if (name == nullptr)
+        return;
+    const auto place = m_impl->byName.find(name);
+    if (place == m_impl->byName.end())
+        return;
+    std::erase_if(m_impl->byType, [&](const auto& each) { return each.second == place->second; });
+    m_impl->byName.erase(place);
 }
 
 const Class* ClassManagerBase::lookupName(const char16_t* name)
 {
     if (name == nullptr)
         throw ClassNotFoundException();
+    if (const Class* record = find(name))
+        return record;
+    throw ClassNotFoundException(name);
+}
+
+const Class* ClassManagerBase::find(const char16_t* name) const noexcept
+{
     const auto found = m_impl->byName.find(name);
-    if (found == m_impl->byName.end())
-        throw ClassNotFoundException(name);
-    return found->second.get();
+    return found != m_impl->byName.end() ? found->second.get() : nullptr;
 }
 
 const Class* ClassManagerBase::lookupType(const std::type_info* type)
@@ -119,6 +141,26 @@ const Class* ClassManagerBase::lookupType(const std::type_info* type)
     if (found == m_impl->byType.end())
         throw ClassNotFoundException(readableName(*type));
     return found->second.get();
+}
+
+template class util::Singleton<ClassManagerBase, &g_pGlobalLock>;
+
+ClassRegistration::ClassRegistration(const char16_t* name, const std::type_info* type, ObjectCreator creator)
+    : m_name(name)
+    , m_record(ClassManager::getInstance()->tryRegister(name, type, creator))
+{
+}
+
+ClassRegistration::~ClassRegistration()
+{
+    if (m_record == nullptr)
+        return;
+    try {
+        ClassManagerBase& manager = *ClassManager::getInstance();
+        if (manager.find(m_name) == m_record) // it is another one if the library was stopped and started since
+            manager.unregisterClass(m_name);
+    } catch (const IllegalStateException&) { // the library has stopped, and the registry is gone
+    }
 }
 
 } // namespace vx

@@ -10,10 +10,12 @@ namespace vx {
 using ObjectCreator = Object* (*)();
 
 /// The run-time record of a class: its name, its type and, for many, a way to be created by name. The registry owns the
-/// records; pointers to them are not counted and hold until the library stops.
+/// records (vx/ClassManagerBase.h). Pointers to them add no reference; they are valid until the library stops or the class
+/// is unregistered.
 class VX_API Class : public Object {
 public:
-    /// `name` is not copied and outlives the record. A null `creator` is a class that cannot be created by name.
+    /// `name` and `type` are not copied and outlive the record. A null `creator` means that the class cannot be created by
+    /// name. A null `type` has no instances.
     Class(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept;
     ~Class() noexcept override;
 

@@ -1,7 +1,8 @@
-// A program that has the component greet whoever it is told to, and lets its library go again.
+// A program that lets the component greet each of its arguments, and then unloads the component's library.
 #include "IGreeter.h"
 
-#include "vx/Exception.h"
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/String.h"
@@ -36,6 +37,15 @@ bool isInProcess(std::string_view name)
     return false;
 }
 
+bool isKnownClass(const char16_t* name)
+{
+    try {
+        return vx::Class::forName(name) != nullptr;
+    } catch (const vx::ClassNotFoundException&) {
+        return false;
+    }
+}
+
 } // namespace
 
 int main(int count, char** arguments)
@@ -47,7 +57,9 @@ int main(int count, char** arguments)
         std::fprintf(stderr, "greet: result 0x%08X\n", static_cast<unsigned>(failure.getResult()));
         return 1;
     }
+    const bool wasKnown = isKnownClass(u"example::Greeter");
     const auto unloaded = static_cast<int>(VXComFreeUnusedLibraries());
-    std::printf("%d library unloaded, %s\n", unloaded,
-        isInProcess("libgreeter.so") ? "but it is still there" : "no trace of it left");
+    const bool isGone = !isInProcess("libgreeter.so") && !isKnownClass(u"example::Greeter");
+    std::printf("%d library unloaded, its class was %s, %s\n", unloaded, wasKnown ? "known" : "unknown",
+        isGone ? "no trace of it left" : "but it is still there");
 }

@@ -1,6 +1,7 @@
 // A component library with one class. Programs find it by the name "Example.Greeter".
 #include "IGreeter.h"
 
+#include "vx/ClassManagerBase.h"
 #include "vx/Object.h"
 #include "vx/String.h"
 #include "vx/util/BufferLocks.h"
@@ -45,6 +46,16 @@ vx::vorb::DllModule& getModule()
     static vx::vorb::DllModule s_module(s_classes);
     return s_module;
 }
+
+vx::Object* createGreeter()
+{
+    auto* greeter = new Greeter;
+    greeter->SetComModule(&getModule()); // keeps the library loaded as long as the object lives
+    return greeter;
+}
+
+// The class is known by name until the library is unloaded.
+const vx::ClassRegistration g_greeterClass(u"example::Greeter", &typeid(Greeter), createGreeter);
 
 } // namespace
 

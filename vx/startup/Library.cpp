@@ -1,6 +1,6 @@
 #include "vx/Library.h"
 
-#include "vx/detail/ClassManager.h"
+#include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/detail/OwnModule.h"

@@ -7,46 +7,64 @@
 
 namespace vx::util {
 
-/// The one `T` of the process, created at the first `getInstance` under the lock that `lock` leads to. Without that lock
-/// only an instance that exists can be reached: to create or free one then throws IllegalStateException.
+/// One shared `T`. The first `getInstance` creates it under the lock that `lock` points to, `freeInstance` destroys it.
+/// An instance that exists is returned without the lock. While `*lock` is null, creating or destroying one throws
+/// IllegalStateException.
+///
+/// Each binary that instantiates this template has an instance of its own. For one instance in the whole process, the library
+/// that owns `T` declares the instantiation `extern` and exports it, as `ClassManager` does.
 template <class T, sync::LockObject** lock>
 class Singleton : public T {
 public:
-    static T* getInstance()
-    {
-        if (Singleton* instance = s_instance.load(std::memory_order_acquire))
-            return instance;
-        sync::LockObject& creation = existingLock();
-        const sync::ScopedLock guard(creation);
-        if (s_instance.load(std::memory_order_relaxed) == nullptr)
-            s_instance.store(new Singleton, std::memory_order_release);
-        return s_instance.load(std::memory_order_relaxed);
-    }
+    static T* getInstance();
+    /// Does nothing if there is no instance.
+    static void freeInstance();
 
-    /// Does nothing where there is no instance.
-    static void freeInstance()
-    {
-        if (s_instance.load(std::memory_order_acquire) == nullptr)
-            return;
-        sync::LockObject& destruction = existingLock();
-        const sync::ScopedLock guard(destruction);
-        delete s_instance.exchange(nullptr);
-    }
+    Singleton(const Singleton&) = delete;
+    Singleton& operator=(const Singleton&) = delete;
 
 private:
     Singleton() = default;
-    Singleton(const Singleton&) = delete;
-    Singleton& operator=(const Singleton&) = delete;
     ~Singleton() = default;
 
-    static sync::LockObject& existingLock()
-    {
-        if (*lock == nullptr)
-            throw IllegalStateException();
-        return **lock;
-    }
+    static sync::LockObject& existingLock();
 
-    static inline constinit std::atomic<Singleton*> s_instance {nullptr};
+    static std::atomic<Singleton*> s_instance;
 };
+
+// None of these is inline: an `extern` instantiation is then the only one.
+
+template <class T, sync::LockObject** lock>
+T* Singleton<T, lock>::getInstance()
+{
+    if (Singleton* instance = s_instance.load(std::memory_order_acquire))
+        return instance;
+    sync::LockObject& creation = existingLock();
+    const sync::ScopedLock guard(creation);
+    if (s_instance.load(std::memory_order_relaxed) == nullptr)
+        s_instance.store(new Singleton, std::memory_order_release);
+    return s_instance.load(std::memory_order_relaxed);
+}
+
+template <class T, sync::LockObject** lock>
+void Singleton<T, lock>::freeInstance()
+{
+    if (s_instance.load(std::memory_order_acquire) == nullptr)
+        return;
+    sync::LockObject& destruction = existingLock();
+    const sync::ScopedLock guard(destruction);
+    delete s_instance.exchange(nullptr);
+}
+
+template <class T, sync::LockObject** lock>
+sync::LockObject& Singleton<T, lock>::existingLock()
+{
+    if (*lock == nullptr)
+        throw IllegalStateException();
+    return **lock;
+}
+
+template <class T, sync::LockObject** lock>
+constinit std::atomic<Singleton<T, lock>*> Singleton<T, lock>::s_instance {nullptr};
 
 } // namespace vx::util

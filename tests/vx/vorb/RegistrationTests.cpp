@@ -1,6 +1,7 @@
 #include "examples/component/IGreeter.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Object.h"
+#include "vx/Class.h"
+#include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vx/util/RegKeyIterator.h"
@@ -107,9 +108,13 @@ TEST_F(Registration, HasALibraryServeItsClassesByName)
         const Reference<util::RWCharBuffer> text(new util::RWCharBuffer);
         EXPECT_EQ(greeter->Greet(u"you", text.get()), RESULT_OK);
         EXPECT_EQ(String(text->getData(), text->getLength()), u"Hello, you!");
-        EXPECT_EQ(VXComFreeUnusedLibraries(), 0);
+        const Reference<Object> made(Class::forName(u"example::Greeter")->createInstance());
+        EXPECT_EQ(made->getClass()->getName(), String(u"example::Greeter"));
+        greeter = nullptr;
+        EXPECT_EQ(VXComFreeUnusedLibraries(), 0) << "an object that was made by the name of its class keeps it as well";
     }
     EXPECT_EQ(VXComFreeUnusedLibraries(), 1);
+    EXPECT_THROW(Class::forName(u"example::Greeter"), ClassNotFoundException) << "the record went with the library";
     EXPECT_EQ(contentOf("/proc/self/maps").find(library.string()), std::string::npos);
     EXPECT_EQ(VXComUnregisterLibrary(path.c_str()), RESULT_OK);
     EXPECT_EQ(entries(), "");
