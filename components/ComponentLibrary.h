@@ -9,26 +9,11 @@
 
 namespace vx::components {
 
-/// The instance creator of a row whose objects `make` makes, with count 0. There is no aggregation.
-template <auto make>
-std::int32_t createInstance(vorb::Module* module, IVXUnknown* outer, const _GUID& iid, void** out)
-{
-    *out = nullptr;
-    if (outer != nullptr)
-        return RESULT_NO_AGGREGATION;
-    return vorb::resultAtBoundary([&] {
-        auto* const object = make();
-        object->SetComModule(module);
-        const Reference<ComObject> made(object);
-        return made->QueryInterface(iid, out);
-    });
-}
-
 /// The row of a class whose objects `make` makes.
 template <auto make>
 vorb::ClassData makerRow(const _GUID& classId, vorb::TextFunction progId, vorb::TextFunction description)
 {
-    return {&classId, createInstance<make>, vorb::createComponentFactory, progId, description,
+    return {&classId, vorb::createComponentBy<make>, vorb::createComponentFactory, progId, description,
         ComObject::GetComVersionIndependentProgID, nullptr};
 }
 

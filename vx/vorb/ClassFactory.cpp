@@ -39,14 +39,40 @@ const InterfaceData* ClassFactory::GetComIntfMap()
     return map;
 }
 
+namespace {
+
+/// Knows its module and takes no lock of it: a factory that the module keeps must not keep the module's library.
+class ComponentFactory final : public ClassFactory {
+public:
+    ComponentFactory(Module* module, InstanceCreator creator) noexcept
+    {
+        SetComModule(module);
+        SetCreateInstanceQIFunc(creator);
+    }
+
+    std::uint32_t AddRef() const override { return InternalAddRef(); }
+    std::uint32_t Release() const override
+    {
+        const std::uint32_t count = InternalRelease();
+        if (count != 0)
+            return count;
+        // Without a module the base class gives no lock back.
+        const_cast<ComponentFactory*>(this)->SetComModule(nullptr);
+        InternalAddRef();
+        return ClassFactory::Release();
+    }
+};
+
+} // namespace
+
 std::int32_t createComponentFactory(Module* module, InstanceCreator creator, const _GUID& iid, void** out)
 {
+    if (out == nullptr)
+        return RESULT_POINTER;
+    *out = nullptr;
     return resultAtBoundary([&] {
-        const Reference<ClassFactory> factory(new ClassFactory);
-        const std::int32_t result = factory->QueryInterface(iid, out);
-        factory->SetComModule(module);
-        factory->SetCreateInstanceQIFunc(creator);
-        return result;
+        const Reference<ClassFactory> factory(new ComponentFactory(module, creator));
+        return factory->QueryInterface(iid, out);
     });
 }
 

@@ -10,21 +10,32 @@
 
 namespace vx::vorb {
 
-/// An `InstanceCreator` for a class with a default constructor. An object keeps the library from its first count to its last.
-template <class T>
-std::int32_t createComponent(Module* module, IVXUnknown* outer, const _GUID& iid, void** out)
+/// An `InstanceCreator` whose objects `make` returns, with count 0. An object keeps the library loaded from its first reference
+/// to its last. There is no aggregation.
+template <auto make>
+std::int32_t createComponentBy(Module* module, IVXUnknown* outer, const _GUID& iid, void** out)
 {
+    if (out == nullptr)
+        return RESULT_POINTER;
+    *out = nullptr;
     if (outer != nullptr)
         return RESULT_NO_AGGREGATION;
     return resultAtBoundary([&] {
-        auto* object = new T;
+        auto* const object = make();
         object->SetComModule(module);
-        const Reference<T> made(object);
-        return object->QueryInterface(iid, out);
+        const Reference<ComObject> made(object);
+        return made->QueryInterface(iid, out);
     });
 }
 
-/// A `FactoryCreator`. The factory does not keep the library: it gets its module behind its first count.
+/// The same for a class with a default constructor.
+template <class T>
+std::int32_t createComponent(Module* module, IVXUnknown* outer, const _GUID& iid, void** out)
+{
+    return createComponentBy<[] { return new T; }>(module, outer, iid, out);
+}
+
+/// A `FactoryCreator`. The factory takes no lock of its module, so it does not keep the library loaded.
 VX_API std::int32_t createComponentFactory(Module* module, InstanceCreator creator, const _GUID& iid, void** out);
 
 /// The row of a module's table for a class with a default constructor. `classId` outlives it. A row without values ends the
@@ -44,6 +55,8 @@ ClassData componentRow(const _GUID& classId)
     extern "C" __attribute__((visibility("default"))) std::int32_t VXGetClassObject(                                   \
         const _GUID* classId, const _GUID* iid, void** factory)                                                        \
     {                                                                                                                  \
+        if (factory != nullptr)                                                                                        \
+            *factory = nullptr;                                                                                        \
         if (classId == nullptr || iid == nullptr)                                                                      \
             return ::vx::RESULT_INVALID_ARGUMENT;                                                                      \
         return (module).GetClassObject(*classId, *iid, factory);                                                       \

@@ -24,7 +24,7 @@ std::int32_t QueryInterfaceMap(const InterfaceData* map, ComObject* object, cons
     if (iid == IVXUnknown::IID)
         return answer(object, out);
 
-    for (const InterfaceData* row = map; row->func != nullptr; ++row) {
+    for (const InterfaceData* row = map; row != nullptr && object != nullptr && row->func != nullptr; ++row) {
         if (row->iid != nullptr && !(*row->iid == iid))
             continue;
         if (row->func == displacementMarker()) // every interface begins with its root, so a view is a root as well

@@ -2,13 +2,16 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/String.h"
+#include "vx/TerminatedText.h"
 #include "vx/sync/ScopedLock.h"
-#include "vx/util/Guid.h"
-#include "vx/util/RegistryKey.h"
 #include "vx/vorb/Boundary.h"
+#include "vxsys/Component.h"
 #include "vxsys/Module.h"
+#include "vxsys/Registry.h"
 
 #include <concepts>
+#include <iterator>
 
 namespace vx::vorb {
 
@@ -42,17 +45,29 @@ const char16_t* textOf(TextFunction function)
 
 String identifierOf(const ClassData& row)
 {
-    return util::Guid(*row.classId).toString();
+    char16_t text[39];
+    throwIfFailed(VXComStringFromGUID(row.classId, text, std::size(text)));
+    return text;
 }
 
+/// As in every path of the registry, "/" means a backslash.
+String pathOf(String key)
+{
+    for (int at = key.indexOf(u'/'); at != -1; at = key.indexOf(u'/', at + 1))
+        key.setCharAt(at, u'\\');
+    return key;
+}
+
+/// Sets the default value of a key among the classes.
 void setEntry(const String& key, const String& text)
 {
-    util::RegistryKey(VX_HKEY_CLASSES_32, key).setValue(text);
+    throwIfFailed(VXRegistrySetValue(VX_HKEY_CLASSES_32, SystemName(pathOf(key)), u"", VX_REG_STRING,
+        TerminatedText(text).get(), (text.getLength() + 1) * static_cast<std::int32_t>(sizeof(char16_t))));
 }
 
 void removeEntry(const String& key)
 {
-    util::RegistryKey(VX_HKEY_CLASSES_32, key).remove();
+    throwIfFailed(VXRegistryDeleteKey(VX_HKEY_CLASSES_32, SystemName(pathOf(key))));
 }
 
 } // namespace
@@ -147,13 +162,15 @@ std::int32_t Module::TryGetClassObject(const _GUID& classId, const _GUID& iid, v
     if (!(classId == *row.classId))
         return RESULT_CLASS_NOT_AVAILABLE;
 
-    // Looked at without the lock first: once set, a factory stays until the module goes.
+    // Read without the lock first: once set, a factory stays until the module is destroyed.
     std::atomic_ref<IVXUnknown*> factory(row.factory);
     if (factory.load(std::memory_order_acquire) == nullptr) {
         const std::int32_t result = resultAtBoundary([&] {
             const sync::ScopedLock guard(m_lock);
             if (factory.load(std::memory_order_relaxed) != nullptr)
                 return RESULT_OK;
+            if (row.factoryCreator == nullptr)
+                return RESULT_CLASS_NOT_AVAILABLE;
             void* created = nullptr;
             const std::int32_t code = row.factoryCreator(this, row.instanceCreator, IVXUnknown::IID, &created);
             factory.store(static_cast<IVXUnknown*>(created), std::memory_order_release);

@@ -8,8 +8,8 @@
 
 namespace vx::vorb {
 
-/// What a component library is to its users: it answers requests for class factories and tells whether the library may be
-/// unloaded. It is no counted object: its count says how many objects and locks keep the library.
+/// A component library as its users see it: it answers requests for class factories and tells whether the library may be
+/// unloaded. It is not reference-counted: its count tells how many objects and locks keep the library loaded.
 class VX_API Module {
 public:
     /// `table` is not owned and outlives the module; null is an empty one.
@@ -19,7 +19,7 @@ public:
     /// Releases the factories.
     virtual ~Module() noexcept(false);
 
-    /// Both give the count behind the call.
+    /// Both return the new count.
     std::uint32_t AddRef() noexcept { return m_lockCount.fetch_add(1, std::memory_order_relaxed) + 1; }
     std::uint32_t Release() noexcept { return m_lockCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
     std::uint32_t GetRefCount() const noexcept { return m_lockCount.load(std::memory_order_acquire); }
@@ -38,6 +38,10 @@ public:
     /// The same for the library around the address `module`, null for the program. RESULT_FAIL where its path has 260 units or
     /// more.
     std::int32_t RegisterServer(const void* module);
+    // Narrow and wide text would be taken for an address.
+    std::int32_t RegisterServer(const char*) = delete;
+    std::int32_t RegisterServer(const char8_t*) = delete;
+    std::int32_t RegisterServer(const wchar_t*) = delete;
 
 protected:
     /// The steps of the operations above for one row.

@@ -5,6 +5,7 @@
 #include "vx/Reference.h"
 #include "vx/Result.h"
 #include "vx/vorb/ClassFactory.h"
+#include "vx/vorb/Component.h"
 #include "vx/vorb/Module.h"
 
 #include <gtest/gtest.h>
@@ -25,24 +26,10 @@ constexpr _GUID UNKNOWN_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 13}};
 std::atomic<int> g_factoriesMade {0};
 std::string g_events;
 
-/// Makes an `Object` of the module. It is counted twice on the way: once here, and once for the caller.
-std::int32_t createObject(Module* module, IVXUnknown*, const _GUID& iid, void** out)
-{
-    auto* object = new Object;
-    object->SetComModule(module);
-    const Reference<Object> made(object);
-    return object->QueryInterface(iid, out);
-}
-
-/// Makes a factory that does not keep its module's library: the module comes behind the first count.
 std::int32_t createFactory(Module* module, InstanceCreator creator, const _GUID& iid, void** out)
 {
     ++g_factoriesMade;
-    const Reference<ClassFactory> factory(new ClassFactory);
-    const std::int32_t result = factory->QueryInterface(iid, out);
-    factory->SetComModule(module);
-    factory->SetCreateInstanceQIFunc(creator);
-    return result;
+    return createComponentFactory(module, creator, iid, out);
 }
 
 constexpr FactoryCreator FAILS
@@ -61,7 +48,7 @@ struct Library {
 
     static ClassData row(const _GUID& classId, FactoryCreator creator)
     {
-        return {&classId, createObject, creator, ComObject::GetComProgID, ComObject::GetComDescription,
+        return {&classId, createComponent<Object>, creator, ComObject::GetComProgID, ComObject::GetComDescription,
             ComObject::GetComVersionIndependentProgID, nullptr};
     }
 
@@ -76,18 +63,6 @@ struct Library {
 
 TEST(Module, ServesAClientThatKnowsOperationsByPlaceOnly)
 {
-    struct Opened : Module {
-        static void check()
-        {
-            expectSlots("Module", 2,
-                {&Opened::CanUnloadNow, &Opened::GetClassObject,
-                    slotOf<std::int32_t (Opened::*)(const char16_t*)>(&Opened::RegisterServer),
-                    &Opened::UnregisterServer, &Opened::RegisterClassEntry, &Opened::UnregisterClassEntry,
-                    &Opened::TryGetClassObject});
-        }
-    };
-    Opened::check();
-    expectSlots("IVXClassFactory", 3, {&IVXClassFactory::CreateInstance, &IVXClassFactory::LockServer});
     Library library;
     Reference<IVXClassFactory> factory;
     ASSERT_EQ(library.get(FIRST_CLASS, factory), RESULT_OK);
@@ -121,7 +96,7 @@ TEST(Module, MakesOneFactoryForAClassAndKeepsIt)
 
 TEST(Module, SaysWhyThereIsNoFactory)
 {
-    Library library, failing(FAILS), throwing(THROWS);
+    Library library, failing(FAILS), throwing(THROWS), incomplete(nullptr);
     Module noTable(nullptr);
     ClassData emptyTable {};
     Module noRows(&emptyTable);
@@ -132,6 +107,7 @@ TEST(Module, SaysWhyThereIsNoFactory)
         // The rows behind the one that failed are asked as well, and the last answer stands.
         {"a creator that fails", failing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"a creator that throws", throwing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
+        {"no creator", incomplete.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"the class behind it", failing.module, SECOND_CLASS, RESULT_OK},
     };
     for (const auto& [name, module, classId, result] : cases) {
@@ -229,5 +205,42 @@ TEST(ClassFactory, ChecksWhatItIsAsked)
     EXPECT_EQ(view.CreateInstance(nullptr, IVXUnknown::IID, &out), RESULT_OUT_OF_MEMORY);
     EXPECT_EQ(out, nullptr);
 }
+
+TEST(ComponentFactory, GivesBackNoLockThatItDidNotTake)
+{
+    Module module(nullptr);
+    Reference<IVXClassFactory> factory;
+    ASSERT_EQ(
+        createComponentFactory(&module, createComponent<Object>, IVXClassFactory::IID, factory.outVoid()), RESULT_OK);
+    EXPECT_EQ(module.GetRefCount(), 0U);
+    Reference<IVXUnknown> object;
+    EXPECT_EQ(factory->CreateInstance(nullptr, IVXComparable::IID, object.outVoid()), RESULT_OK);
+    EXPECT_EQ(module.GetRefCount(), 1U) << "an object takes one";
+    factory = nullptr;
+    EXPECT_EQ(module.GetRefCount(), 1U);
+    object = nullptr;
+    EXPECT_EQ(module.GetRefCount(), 0U);
+}
+
+TEST(ComponentFactory, LeavesNothingStaleInTheCallersPlace)
+{
+    Object outer;
+    void* out = &out;
+    EXPECT_EQ(createComponent<Object>(nullptr, outer.GetUnknown(), IVXUnknown::IID, &out), RESULT_NO_AGGREGATION);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(createComponent<Object>(nullptr, nullptr, IVXUnknown::IID, nullptr), RESULT_POINTER);
+    EXPECT_EQ(createComponentFactory(nullptr, nullptr, IVXUnknown::IID, nullptr), RESULT_POINTER);
+    out = &out;
+    EXPECT_EQ(createComponentFactory(nullptr, nullptr, IVXComparable::IID, &out), RESULT_NO_INTERFACE);
+    EXPECT_EQ(out, nullptr);
+}
+
+template <class Path>
+concept RegistersServer = requires(Module& module, const Path& path)
+{
+    module.RegisterServer(path);
+};
+static_assert(RegistersServer<char16_t[2]> && RegistersServer<const void*>);
+static_assert(!RegistersServer<char[2]> && !RegistersServer<char8_t[2]> && !RegistersServer<wchar_t[2]>);
 
 } // namespace
