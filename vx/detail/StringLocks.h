@@ -109,7 +109,7 @@ public:
         auto* memory = static_cast<std::byte*>(util::RWCharBuffer::operator new(
             sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
         auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
-        return new (memory) util::RWCharBuffer(place, units);
+        return new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units);
     }
 
     /// Gives back the room after the text, apart from that for `least` units in all.

@@ -1,33 +1,17 @@
 #pragma once
 
-#include "vx/sync/ReaderWriterLock.h"
-#include "vx/util/RWCharBuffer.h"
+#include "vx/util/MTBuffer.h"
 
 namespace vx::util {
 
-/// A character buffer for many readers or one writer: its read and write locks are those of a reader-writer lock, held
-/// from each getting to the matching release. A reader must not ask for the write lock. Length and data may be asked
-/// without a lock, and then tell a moment.
-class VX_API MTCharBuffer : public RWCharBuffer {
+/// A character buffer for many readers or one writer.
+class VX_API MTCharBuffer : public MTBuffer<RWCharBuffer, char16_t> {
 public:
+    using MTBuffer::MTBuffer;
     MTCharBuffer() = default;
-    explicit MTCharBuffer(int capacity);
-    MTCharBuffer(const char16_t* data, int length, int capacity = 0);
-    /// Takes no lock on the source: who copies a buffer that others write holds it still.
-    MTCharBuffer(const MTCharBuffer& other);
-    MTCharBuffer& operator=(const MTCharBuffer& other);
+    MTCharBuffer(const MTCharBuffer& other) = default;
+    MTCharBuffer& operator=(const MTCharBuffer& other) = default;
     ~MTCharBuffer() noexcept(false) override;
-
-    // RWCharBuffer
-    const char16_t* getReadLock() const override VX_NO_THREAD_SAFETY_ANALYSIS;
-    void releaseReadLock() const override VX_NO_THREAD_SAFETY_ANALYSIS;
-    /// A failure leaves the lock free.
-    char16_t* getWriteLock(int minimumLength) override VX_NO_THREAD_SAFETY_ANALYSIS;
-    void releaseWriteLock(int length) override VX_NO_THREAD_SAFETY_ANALYSIS;
-    void freeExtra() override;
-
-private:
-    mutable sync::ReaderWriterLock m_lock;
 };
 
 } // namespace vx::util

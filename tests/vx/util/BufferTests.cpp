@@ -1,6 +1,5 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
-#include "tests/Slots.h"
 #include "tests/Threads.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
@@ -68,20 +67,6 @@ public:
 using Twins = testing::Types<Chars, Bytes>;
 TYPED_TEST_SUITE(Buffers, Twins);
 
-TYPED_TEST(Buffers, KeepTheOrderOfTheirOperations)
-{
-    using Abstract = typename TypeParam::Abstract;
-    using View = typename TypeParam::View;
-    expectSlots("class", slotOf(&Object::toString) + 1,
-        {&Abstract::getLength, &Abstract::getData, &Abstract::getReadLock, &Abstract::releaseReadLock,
-            &Abstract::isWritable, &Abstract::getWriteLock, &Abstract::ensureCapacity, &Abstract::releaseWriteLock,
-            &Abstract::freeExtra});
-    expectSlots("view", 0,
-        {&View::QueryInterface, &View::AddRef, &View::Release, &View::GetLength, &View::GetData, &View::GetReadLock,
-            &View::ReleaseReadLock, &View::IsWritable, &View::GetWriteLock, &View::EnsureCapacity,
-            &View::ReleaseWriteLock, &View::FreeExtra});
-}
-
 TYPED_TEST(Buffers, TakeStorageInStepsOfSixteenAndNoMore)
 {
     using RW = typename TypeParam::RW;
@@ -123,6 +108,8 @@ TYPED_TEST(Buffers, CopyWhatTheyAreMadeFrom)
     const RW source(this->DATA, 5, 40);
     EXPECT_EQ(this->capacityOf(probe), 48);
     EXPECT_TRUE(this->holds(RW(source), "abcde"));
+    typename TypeParam::Unit writable[] = {'a', 'b'};
+    EXPECT_TRUE(this->holds(RW(writable, 2), "ab"));
     RW assigned(this->DATA, 2, 0);
     const RW* itself = &assigned;
     assigned = *itself;

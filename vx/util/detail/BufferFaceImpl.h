@@ -1,9 +1,22 @@
 #pragma once
 
 #include "vx/util/BufferFace.h"
+#include "vx/util/ROBuffer.h"
 #include "vx/vorb/Boundary.h"
 
 namespace vx::util {
+
+namespace detail {
+
+/// Whether the view answers a write operation with RESULT_NOT_IMPLEMENTED by itself. It does so here for the read-only
+/// buffers: overriding the operation of the view there would append a slot to those of the class.
+template <class Unit, class Owner>
+bool refusesWriting(const Owner& owner)
+{
+    return !owner.isWritable() && dynamic_cast<const ROBuffer<Owner, Unit>*>(&owner) != nullptr;
+}
+
+} // namespace detail
 
 template <class Interface, class Owner, class Unit>
 int BufferFace<Interface, Owner, Unit>::GetLength() const
@@ -38,19 +51,32 @@ std::int16_t BufferFace<Interface, Owner, Unit>::IsWritable() const
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::GetWriteLock(int minimumLength, Unit** out)
 {
-    return vorb::atBoundary(out, [&] { return static_cast<Owner&>(*this).getWriteLock(minimumLength); });
+    auto& owner = static_cast<Owner&>(*this);
+    if (out != nullptr && detail::refusesWriting<Unit>(owner)) {
+        *out = nullptr;
+        return RESULT_NOT_IMPLEMENTED;
+    }
+    return vorb::atBoundary(out, [&] { return owner.getWriteLock(minimumLength); });
 }
 
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::EnsureCapacity(int minimumLength, Unit** out)
 {
-    return vorb::atBoundary(out, [&] { return static_cast<Owner&>(*this).ensureCapacity(minimumLength); });
+    auto& owner = static_cast<Owner&>(*this);
+    if (out != nullptr && detail::refusesWriting<Unit>(owner)) {
+        *out = nullptr;
+        return RESULT_NOT_IMPLEMENTED;
+    }
+    return vorb::atBoundary(out, [&] { return owner.ensureCapacity(minimumLength); });
 }
 
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::ReleaseWriteLock(int length)
 {
-    return vorb::atBoundary([&] { static_cast<Owner&>(*this).releaseWriteLock(length); });
+    auto& owner = static_cast<Owner&>(*this);
+    if (detail::refusesWriting<Unit>(owner))
+        return RESULT_NOT_IMPLEMENTED;
+    return vorb::atBoundary([&] { owner.releaseWriteLock(length); });
 }
 
 template <class Interface, class Owner, class Unit>
