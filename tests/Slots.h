@@ -32,7 +32,7 @@ struct Slot {
     std::size_t place;
 };
 
-/// Whether the operations stand one behind the other from `first` on.
+/// Expects the operations in consecutive places from `first` on.
 inline void expectSlots(const char* what, std::size_t first, std::initializer_list<Slot> slots)
 {
     std::size_t expected = first;
@@ -46,4 +46,14 @@ Result callSlot(void* view, std::size_t slot, Arguments... arguments)
 {
     using Function = Result (*)(void*, Arguments...);
     return reinterpret_cast<Function>((*static_cast<void***>(view))[slot])(view, arguments...);
+}
+
+/// The place that the first operation appended by a derived class gets: how many the class has.
+template <class T>
+std::size_t slotsOf()
+{
+    struct Derived : T {
+        virtual void appended() { }
+    };
+    return slotOf(&Derived::appended);
 }

@@ -1,4 +1,3 @@
-#include "tests/Slots.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/vorb/Boundary.h"
@@ -16,7 +15,6 @@ namespace {
 
 TEST(ResultException, CarriesItsCodeAndItsText)
 {
-    expectSlots("Exception", 11, {&Exception::getDescription, &Exception::getResult});
     EXPECT_EQ(ResultException(0).getResult(), 0) << "a success as well";
     const ResultException full(RESULT_END_OF_FILE, u"words");
     ResultException copy(full);
