@@ -18,7 +18,8 @@ int main(int argc, char** argv)
 
     const String path((std::string_view(argv[1])));
     util::IniFile ini(TerminatedText(path), "guide.settings", 0); // the semaphore's name: processes take turns
-    throwIfFailed(ini.AddKey(u"window\\main", u"width", u"640", true)); // on the disk, whole, when it returns
+    throwIfFailed(ini.AddKey(u"window\\main", u"width", u"640", true));
+    throwIfFailed(ini.GetWriteResult()); // 0: the change is in the file
     char16_t width[16];
     throwIfFailed(ini.GetValue(u"Window\\Main", u"WIDTH", width, 16));
     std::cout << String(width) << '\n';

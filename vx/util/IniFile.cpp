@@ -102,7 +102,8 @@ IniFile::IniFile(const IniFile& other)
     m_path = other.m_path;
     m_sets = other.m_sets;
     m_status = other.m_status;
-    m_isReadable = other.m_isReadable;
+    m_readResult = other.m_readResult;
+    m_writeResult = other.m_writeResult;
 }
 
 IniFile& IniFile::operator=(const IniFile& other)
@@ -112,7 +113,8 @@ IniFile& IniFile::operator=(const IniFile& other)
     m_path.swap(copy.m_path);
     m_sets.swap(copy.m_sets);
     m_status = copy.m_status;
-    m_isReadable = copy.m_isReadable;
+    m_readResult = copy.m_readResult;
+    m_writeResult = copy.m_writeResult;
     return *this;
 }
 
@@ -160,20 +162,37 @@ std::int32_t IniFile::GetValue(const char16_t* set, const char16_t* key, char16_
     if (!KeyExists(setName, keyName))
         return RESULT_NOT_FOUND;
     const String& found = m_sets[setName][keyName];
+    if (value == nullptr)
+        capacity = 0;
     const auto needed = static_cast<unsigned int>(found.getLength()) + 1;
     VXStrNCpyW(value, TerminatedText(found), static_cast<std::int32_t>(std::min(needed, capacity)));
     return needed > capacity ? RESULT_BUFFER_TOO_SMALL : RESULT_OK;
 }
 
+std::int32_t IniFile::GetWriteResult() const
+{
+    const sync::ScopedWait lock(m_lock.get());
+    return m_writeResult;
+}
+
 int IniFile::load()
 {
-    m_sets.clear();
+    const bool wasReadable = m_readResult >= 0;
+    if (wasReadable)
+        m_sets.clear();
     std::string bytes;
     const std::int32_t result = readFile(TerminatedText(m_path), bytes);
-    m_isReadable = result >= 0 || result == RESULT_NOT_FOUND;
+    m_readResult = result != RESULT_NOT_FOUND ? result : RESULT_OK;
     if (result < 0)
         return NOT_LOADED;
-    m_sets = detail::parseIniText(bytes);
+    IniSets sets = detail::parseIniText(bytes);
+    if (!wasReadable) { // changes were made without knowing the file
+        for (const auto& [name, keys] : m_sets) {
+            for (const auto& [key, value] : keys)
+                sets[name][key] = value;
+        }
+    }
+    m_sets = std::move(sets);
     return LOADED;
 }
 
@@ -181,12 +200,16 @@ int IniFile::WriteToFile(const char16_t* path)
 {
     constexpr std::int32_t READ_AND_WRITE = 0666;
 
-    if (path == nullptr && !m_isReadable) // what is in the file is not here, and would be lost
+    if (path == nullptr && m_readResult < 0) { // what the file holds is not known here, and would be lost
+        m_writeResult = m_readResult;
         return NOT_WRITTEN;
+    }
+    m_writeResult = RESULT_OUT_OF_MEMORY; // if the next line throws
     const std::string bytes = detail::printIniText(m_sets);
     VXFileStatus status;
     const std::int32_t result = VXFileReplace(path != nullptr ? path : TerminatedText(m_path).get(), bytes.data(),
         static_cast<std::int64_t>(bytes.size()), READ_AND_WRITE, &status);
+    m_writeResult = result;
     if (result < 0)
         return NOT_WRITTEN;
     m_status = status;
@@ -196,9 +219,12 @@ int IniFile::WriteToFile(const char16_t* path)
 void IniFile::checkAndUpdate()
 {
     VXFileStatus status;
-    if (VXFileGetStatus(TerminatedText(m_path), &status) < 0)
+    const std::int32_t result = VXFileGetStatus(TerminatedText(m_path), &status);
+    if (result == RESULT_NOT_FOUND)
+        m_readResult = RESULT_OK; // whatever could not be read is gone
+    if (result < 0)
         return;
-    if (status != m_status || !m_isReadable)
+    if (status != m_status || m_readResult < 0)
         load();
     m_status = status;
 }

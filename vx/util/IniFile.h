@@ -27,10 +27,13 @@ using IniSets = std::map<String, IniKeys, IniNameLess>;
 ///     key=value
 ///
 /// Each operation first reads the file again if it is not the one last seen, and each change replaces the whole file at
-/// once: sorted, without the comments. A kill or a full disk leaves the old file; a write that fails is not told, and this
-/// object alone knows the change then. Names of sets and keys count in any case of letters, and a "\" tells a set from the
-/// set above it. Made with the name of a semaphore, all operations of all threads and processes under that name are kept
-/// apart; without one nothing is. Null texts are empty ones.
+/// once: sorted, without the comments. A kill or a full disk leaves the old file. A change reports success even if its write
+/// fails; this object then keeps the change, `GetWriteResult` tells the failure, and the next write that succeeds saves both.
+/// A file that exists and cannot be read is never overwritten: its sets join those of this object once it can be read.
+///
+/// Names of sets and keys are compared without case, and a "\" separates a set from the set above it. Objects made with the
+/// name of a semaphore exclude each other, in all threads and processes that use that name; without one there is no lock.
+/// Null texts are empty ones.
 ///
 /// A line beginning with "#", ";" or ":" is a comment, one that begins with white space means nothing, and the first that is
 /// neither "[set]" nor "key=value" ends the reading. Lines are cut into pieces of 510 bytes. Names of sets are written with
@@ -52,8 +55,10 @@ public:
     /// With all sets whose name begins with `set`, in this case of letters. 0 always.
     std::int32_t DeleteSet(const char16_t* set);
     /// RESULT_NOT_FOUND, or RESULT_BUFFER_TOO_SMALL for a value that does not fit into `capacity` units with its
-    /// terminator: then it arrives cut, without one.
+    /// terminator: then it arrives cut, without one. A null `value` has no room.
     std::int32_t GetValue(const char16_t* set, const char16_t* key, char16_t* value, unsigned int capacity);
+    /// Whether the file has all changes made through this object: 0, or why the last one could not be written.
+    std::int32_t GetWriteResult() const;
 
 private:
     friend class IniFileKeyIterator;
@@ -73,7 +78,8 @@ private:
     String m_path;
     IniSets m_sets;
     VXFileStatus m_status {};
-    bool m_isReadable = true; ///< there was no file, or it could be read
+    std::int32_t m_readResult = 0; ///< negative: the file exists and could not be read, so `m_sets` lacks what it holds
+    std::int32_t m_writeResult = 0;
 };
 
 } // namespace vx::util

@@ -8,8 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <tuple>
 #include <unistd.h>
@@ -105,6 +107,7 @@ TEST(IniFile, CutsAValueThatDoesNotFit)
     const Scratch scratch;
     IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
     EXPECT_EQ(file.AddKey(u"s", u"k", u"abc", false), 0);
+    EXPECT_EQ(file.GetValue(u"s", u"k", nullptr, 9), vx::RESULT_BUFFER_TOO_SMALL);
     const std::tuple<unsigned int, std::int32_t, std::u16string_view> cases[]
         = {{0, vx::RESULT_BUFFER_TOO_SMALL, u"----"}, {3, vx::RESULT_BUFFER_TOO_SMALL, u"abc-"}, {4, 0, u"abc\0"sv},
             {0xFFFFFFFF, 0, u"abc\0"sv}};
@@ -169,7 +172,65 @@ TEST(IniFile, WritesNothingOverWhatItCouldNotRead)
         IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
         file.AddKey(u"b", u"k", u"2", false);
         EXPECT_EQ(::chmod((scratch / "x.ini").c_str(), 0600), 0);
-        EXPECT_EQ(dump(file), "[a]k=1,");
+        EXPECT_EQ(dump(file), "[a]k=1,[b]k=2,") << "what was told without knowing the file joins it";
+        EXPECT_EQ(file.GetWriteResult(), vx::RESULT_ACCESS_DENIED) << "and is not in it yet";
+        EXPECT_EQ(file.DeleteKey(u"a", u"k"), 0);
+        EXPECT_EQ(file.GetWriteResult(), 0);
+        EXPECT_EQ(contentOf(scratch / "x.ini"), "[a]\n\n[b]\nk=2\n\n");
+    });
+    EXPECT_EQ(child.wait(), 0);
+}
+
+TEST(IniFile, KeepsWhatItCannotWriteUntilItCan)
+{
+    using Act = void (*)(const std::filesystem::path& folder);
+    const auto makeFolder = [](const std::filesystem::path& folder) { std::filesystem::create_directory(folder); };
+    const std::tuple<const char*, Act, Act> cases[] = {
+        {"no folder", [](const auto&) {}, makeFolder},
+        {"a file instead of the folder", [](const auto& folder) { put(folder, ""); },
+            [](const auto& folder) { std::filesystem::remove(folder), std::filesystem::create_directory(folder); }},
+        {"a folder instead of the file",
+            [](const auto& folder) { std::filesystem::create_directories(folder / "x.ini"); },
+            [](const auto& folder) { std::filesystem::remove(folder / "x.ini"); }},
+    };
+    for (const auto& [name, block, release] : cases) {
+        const Scratch scratch;
+        block(scratch / "d");
+        IniFile file(scratch.full("d/x.ini").c_str(), nullptr, 0);
+        EXPECT_EQ(file.GetWriteResult(), 0) << name << ": nothing has changed";
+        for (const char16_t* key : {u"k", u"l"}) {
+            EXPECT_EQ(file.AddKey(u"a", key, u"1", false), 0) << name;
+            EXPECT_LT(IniFile(file).GetWriteResult(), 0) << name;
+        }
+        EXPECT_EQ(dump(file), "[a]k=1,l=1,") << name;
+        release(scratch / "d");
+        EXPECT_EQ(file.AddKey(u"b", u"k", u"2", false), 0) << name;
+        EXPECT_EQ(file.GetWriteResult(), 0) << name;
+        EXPECT_EQ(contentOf(scratch / "d/x.ini"), "[a]\nk=1\nl=1\n\n[b]\nk=2\n\n") << name;
+    }
+}
+
+TEST(IniFile, TellsThatTheDiskIsFull)
+{
+    const Scratch scratch;
+    Child child([&](Child::Side&) { // no file of this process may grow
+        ::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit {};
+        ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+        const rlimit none {0, limit.rlim_max};
+        IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+        EXPECT_EQ(file.AddKey(u"a", u"k", u"1", false), 0);
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
+        EXPECT_EQ(file.AddKey(u"a", u"l", u"2", false), 0);
+        const std::int32_t whenFull = file.GetWriteResult();
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+        EXPECT_LT(whenFull, 0);
+        EXPECT_EQ(contentOf(scratch / "x.ini"), "[a]\nk=1\n\n");
+        EXPECT_EQ(file.DeleteSet(u"b"), 0);
+        EXPECT_EQ(file.GetWriteResult(), whenFull) << "nothing was written since";
+        EXPECT_EQ(file.AddKey(u"a", u"m", u"3", false), 0);
+        EXPECT_EQ(file.GetWriteResult(), 0);
+        EXPECT_EQ(contentOf(scratch / "x.ini"), "[a]\nk=1\nl=2\nm=3\n\n");
     });
     EXPECT_EQ(child.wait(), 0);
 }
