@@ -56,7 +56,7 @@ void ComObject::destroy() const
 {
     if (m_module != nullptr)
         m_module->Release();
-    // A destructor that hands `this` out for a moment takes the count from 1 to 2 and back, and does not start again.
+    // If the destructor makes a `Reference` to `this`, the count goes from 1 to 2 and back, and nothing is destroyed twice.
     m_refCount.store(1, std::memory_order_relaxed);
     delete this;
 }

@@ -12,7 +12,7 @@ class String;
 
 namespace detail {
 
-/// The `IVXComparable` view of `Object`. It stands between the two so that the operations of the view take no slots
+/// The `IVXComparable` view of `Object`. It is a class between the two so that the operations of the view take no slots
 /// among those of the class.
 class VX_API ComparableFace : public IVXComparable {
 public:
@@ -26,7 +26,7 @@ protected:
 
 } // namespace detail
 
-/// Root of the class tree. Failures are exceptions. Derived classes append their virtual operations behind `toString`.
+/// Root of the class tree. Failures are exceptions. Derived classes append their virtual operations after `toString`.
 class VX_API Object : public ComObject, public detail::ComparableFace {
 public:
     Object() noexcept = default;

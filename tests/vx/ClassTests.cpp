@@ -206,7 +206,7 @@ TEST(Singleton, LivesFromTheFirstUseToTheFree)
     EXPECT_THROW(Holder::getInstance(), IllegalStateException);
     g_fails = false;
     for (int round = 0; round < 2; ++round) {
-        Single* seen[4] {}; // who get it wait for a lock that a failed creation left free
+        Single* seen[4] {}; // a failed creation has left the lock free
         inThreads(4, [&seen](int thread) { seen[thread] = Holder::getInstance(); });
         EXPECT_EQ(g_instances, 1);
         for (const Single* instance : seen)

@@ -1,3 +1,6 @@
+#include "legacy/CVXAbstractConnector.h"
+#include "legacy/CVXProperty.h"
+#include "legacy/CVXPropertySet.h"
 #include "tests/Slots.h"
 #include "vx/Class.h"
 #include "vx/Exception.h"
@@ -68,6 +71,7 @@ TEST(Slots, OfAViewTakeNoneOfTheClass)
     const std::tuple<const char*, std::size_t, std::size_t> cases[] = {
         {"ComObject", slotsOf<ComObject>(), 5},
         {"ClassFactory", slotsOf<vorb::ClassFactory>(), 5},
+        {"CVXAbstractConnector", slotsOf<CVXAbstractConnector>(), 6},
         {"Object", slotsOf<Object>(), OBJECT},
         {"Comparator", slotsOf<util::Comparator>(), OBJECT + 2},
         {"Locale", slotsOf<i18n::Locale>(), OBJECT},
@@ -75,6 +79,8 @@ TEST(Slots, OfAViewTakeNoneOfTheClass)
         {"Logger", slotsOf<log::Logger>(), OBJECT + 2},
         {"AbstractLogWriter", slotsOf<log::AbstractLogWriter>(), OBJECT + 2},
         {"PropertySet", slotsOf<util::PropertySet>(), OBJECT + 6},
+        {"CVXProperty", slotsOf<CVXProperty>(), OBJECT + 9},
+        {"CVXPropertySet", slotsOf<CVXPropertySet>(), OBJECT + 10},
         {"String", slotsOf<String>(), BUFFER},
         {"AbstractCharBuffer", slotsOf<util::AbstractCharBuffer>(), BUFFER},
         {"AbstractByteBuffer", slotsOf<util::AbstractByteBuffer>(), BUFFER},

@@ -6,9 +6,9 @@
 
 namespace vx::detail {
 
-/// An object that the library makes at its first use and releases at its end. Threads that come at the same time agree on
-/// one. A failure to make it is thrown, and the next caller tries again; std::call_once is no help there, for an exception
-/// out of it leaves the others waiting under ThreadSanitizer.
+/// An object that the library creates at its first use and releases at its end. Threads that create it at the same time all
+/// get the same one. A failure to create it is thrown, and the next caller tries again. This is not std::call_once because an
+/// exception from that leaves other threads waiting under ThreadSanitizer.
 template <class T>
 class MadeOnce {
 public:
@@ -17,7 +17,7 @@ public:
     MadeOnce& operator=(const MadeOnce&) = delete;
     ~MadeOnce() { Reference<T>().attach(m_object.exchange(nullptr)); }
 
-    /// Not counted for the caller.
+    /// Adds no reference.
     T* get()
     {
         if (T* object = m_object.load(std::memory_order_acquire))

@@ -2,8 +2,8 @@
 
 namespace vx::detail {
 
-/// What names this library to the platform layer, as long as it is loaded: an address inside it. Null in a static build:
-/// the library is the program then.
+/// An address inside this library, by which the platform layer knows it while it is loaded. Null in a static build, where
+/// the library is part of the program.
 const void* getOwnModule() noexcept;
 void setOwnModule(const void* module) noexcept;
 

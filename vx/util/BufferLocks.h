@@ -9,8 +9,8 @@
 
 namespace vx::util {
 
-/// A buffer's length and text under its read lock, to the end of the block. Not counted: the buffer outlives the guard.
-/// A failed release is told, unless an exception already on its way out has more to tell.
+/// A buffer's length and text under its read lock, to the end of the block. Adds no reference: the buffer outlives the guard.
+/// A failed release throws, unless another exception is already in flight.
 template <class Buffer, class Unit>
 class [[nodiscard]] BufferReadLock {
 public:
@@ -19,7 +19,7 @@ public:
         , m_length(buffer.GetLength())
     {
         throwIfFailed(m_buffer.GetReadLock(&m_data));
-        m_length = buffer.GetLength(); // a writer may have been at work until now
+        m_length = buffer.GetLength(); // a writer may have changed it before the lock was granted
     }
     ~BufferReadLock() noexcept(false)
     {
@@ -40,8 +40,8 @@ private:
     const int m_exceptionsAtStart = std::uncaught_exceptions();
 };
 
-/// A buffer's storage under its write lock. The length that `setLength` told last becomes the buffer's at the end of the
-/// block; without one it keeps the length it had.
+/// A buffer's storage under its write lock. At the end of the block the buffer gets the length that `setLength` was given
+/// last; without a call it keeps the length it had.
 template <class Buffer, class Unit>
 class [[nodiscard]] BufferWriteLock {
 public:

@@ -11,19 +11,19 @@
 
 namespace vx::util {
 
-/// What the read-write buffers of both widths own: `Unit`s from the C runtime's allocator in steps of 16. Data and length
-/// are atomic because a locked buffer tells them without its lock.
+/// The storage of the read-write buffers of both widths: `Unit`s from the C runtime's allocator in steps of 16. Data and
+/// length are atomic because a locked buffer returns them without its lock.
 ///
-/// The first storage may lie elsewhere, behind the buffer that has it: short text is then one piece of memory, which is
-/// quicker to get and to come to. Who needs more moves to storage of its own.
+/// The first storage may be borrowed: it follows the buffer object in the same allocation, which is faster for short text.
+/// A buffer that needs more moves to separate storage.
 template <class Unit>
 class BufferStorage {
 public:
-    /// The most units that are worth to lie behind a buffer, where they stay unused once the text has moved.
+    /// The most units that follow a buffer in its allocation. They stay unused once the text has moved.
     static constexpr int MOST_BEHIND = 64;
 
     BufferStorage() noexcept = default;
-    /// Works in `units` units of `place`, a number that `adjust` gave. They outlive this storage.
+    /// Borrows `units` units at `place`, a number that `adjust` returned. They outlive this storage.
     BufferStorage(Unit* place, int units) noexcept
         : m_data(place)
         , m_capacity(units | IS_BORROWED)
@@ -38,7 +38,7 @@ public:
     int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
     void setLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
 
-    /// `n` rounded up to the step, in a width in which it cannot overflow.
+    /// `n` rounded up to a multiple of 16, in a width in which it cannot overflow.
     static constexpr std::int64_t adjust(int n) noexcept { return (std::int64_t {n} + 15) & ~std::int64_t {15}; }
 
     /// Takes new storage, of length 0.
@@ -49,7 +49,7 @@ public:
             resize(capacity);
     }
 
-    /// Throws std::bad_alloc, and everything stands as it was.
+    /// Throws std::bad_alloc, and then nothing has changed.
     void realloc(int capacity)
     {
         if (capacity <= 0)
@@ -85,7 +85,7 @@ public:
         }
     }
 
-    /// The same capacity and the units in it; a length that was told beyond the capacity has none there.
+    /// Copies capacity and units. A length beyond the capacity counts as the capacity: there are no units to copy after it.
     void assign(const BufferStorage& other) { assign(other.data(), other.held(), other.capacity()); }
     int held() const noexcept { return std::min(length(), capacity()); }
 

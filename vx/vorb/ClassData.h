@@ -6,10 +6,10 @@ namespace vx::vorb {
 
 class Module;
 
-/// Makes an object for a class factory and gives its interface `iid`. It hands the object the module before the first
-/// count.
+/// Creates an object for a class factory and returns its interface `iid`. It sets the object's module before the first
+/// reference.
 using InstanceCreator = std::int32_t (*)(Module* module, IVXUnknown* outer, const _GUID& iid, void** out);
-/// Makes a class factory that has its module and its instance creator, and gives its interface `iid`.
+/// Creates a class factory with its module and its instance creator, and returns its interface `iid`.
 using FactoryCreator = std::int32_t (*)(Module* module, InstanceCreator instanceCreator, const _GUID& iid, void** out);
 /// A text about the class, or null.
 using TextFunction = const char16_t* (*)();

@@ -17,8 +17,8 @@ protected:
     ~ClassFactoryFace() = default;
 };
 
-/// The factory of one class of a component library. Whoever makes one gives it its module and its instance creator before
-/// it is used; without them its operations give RESULT_FAIL.
+/// The factory of one class of a component library. Its creator sets its module and its instance creator before the first
+/// use; without them its operations return RESULT_FAIL.
 class VX_API ClassFactory : public ComObject, public ClassFactoryFace {
 public:
     ClassFactory() noexcept = default;
@@ -27,7 +27,7 @@ public:
     VX_OBJECT_UNKNOWN(ComObject)
     static const InterfaceData* GetComIntfMap();
 
-    /// What makes an object and asks it for the interface.
+    /// The function that creates an object and asks it for the interface.
     void SetCreateInstanceQIFunc(InstanceCreator creator) noexcept { m_instanceCreator = creator; }
 
 private:

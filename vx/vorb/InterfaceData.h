@@ -41,7 +41,7 @@ InterfaceData viewRow() noexcept
     return {&View::IID, displacementMarker(), view - somewhere};
 }
 
-/// The row that goes on with the table of `Base`.
+/// The row that continues with the table of `Base`.
 template <class Base>
 InterfaceData forwardRow() noexcept
 {

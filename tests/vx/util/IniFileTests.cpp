@@ -160,7 +160,7 @@ TEST(IniFile, SeesEachChangeAtOnce)
 TEST(IniFile, WritesNothingOverWhatItCouldNotRead)
 {
     if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can become somebody else";
+        GTEST_SKIP() << "only root can become another user";
     const Scratch scratch;
     put(scratch / "x.ini", "[a]\nk=1\n");
     ASSERT_EQ(::chmod(scratch.getPath().c_str(), 0777), 0);

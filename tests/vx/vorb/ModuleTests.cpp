@@ -37,7 +37,7 @@ constexpr FactoryCreator FAILS
 constexpr FactoryCreator THROWS
     = [](Module*, InstanceCreator, const _GUID&, void**) -> std::int32_t { throw OutOfMemoryException(); };
 
-/// A module over a table of its own. The last row only ends it.
+/// A module and its table. The last row only ends it.
 struct Library {
     explicit Library(FactoryCreator firstCreator = createFactory)
         : table {row(FIRST_CLASS, firstCreator), row(SECOND_CLASS, createFactory), {}}
@@ -104,11 +104,11 @@ TEST(Module, SaysWhyThereIsNoFactory)
         {"unknown class", library.module, UNKNOWN_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"no table", noTable, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"no rows", noRows, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
-        // The rows behind the one that failed are asked as well, and the last answer stands.
+        // The rows after the one that failed are asked as well, and the last answer stands.
         {"a creator that fails", failing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"a creator that throws", throwing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"no creator", incomplete.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
-        {"the class behind it", failing.module, SECOND_CLASS, RESULT_OK},
+        {"the class after it", failing.module, SECOND_CLASS, RESULT_OK},
     };
     for (const auto& [name, module, classId, result] : cases) {
         Reference<IVXUnknown> factory;
@@ -184,7 +184,7 @@ TEST(ClassFactory, ChecksWhatItIsAsked)
     IVXClassFactory& view = *factory;
     Object outer;
     void* out = &out;
-    EXPECT_EQ(view.CreateInstance(nullptr, IVXUnknown::IID, &out), RESULT_FAIL) << "made by nobody";
+    EXPECT_EQ(view.CreateInstance(nullptr, IVXUnknown::IID, &out), RESULT_FAIL) << "it has no creator";
     EXPECT_EQ(out, nullptr);
     EXPECT_EQ(view.LockServer(1), RESULT_FAIL);
 
