@@ -4,18 +4,88 @@
 #include "vx/vorb/Module.h"
 #include "vxsys/Memory.h"
 
+#include <new>
+#include <utility>
+
 namespace vx {
+
+/// The destructors of counted objects that run on this thread, one inside the other. A thread has objects that wait only
+/// while such destructors run, so nothing is left to do when it ends.
+class ComObject::Destruction {
+public:
+    static bool isTooDeep() noexcept { return s_state.depth == DEEPEST; }
+
+    /// Destroys `object`, and then the objects that were deferred meanwhile.
+    static void run(const ComObject* object)
+    {
+        const Destruction level;
+        destroyNow(object);
+    }
+
+    /// Destroys `object` once the destructor that runs now has ended, after what that one deferred before.
+    static void defer(const ComObject* object) noexcept
+    {
+        object->m_life.next = std::exchange(*s_state.place, object);
+        s_state.place = &object->m_life.next;
+    }
+
+private:
+    static constexpr int DEEPEST = 100;
+
+    struct State {
+        int depth = 0;
+        const ComObject* waiting = nullptr;
+        const ComObject** place = nullptr; ///< the link at which the next one is put in
+    };
+
+    Destruction() noexcept
+    {
+        if (++s_state.depth == DEEPEST)
+            s_state.place = &s_state.waiting;
+    }
+    ~Destruction()
+    {
+        if (s_state.depth == DEEPEST)
+            destroyWaiting();
+        --s_state.depth;
+    }
+
+    static void destroyNow(const ComObject* object)
+    {
+        if (object->m_module != nullptr)
+            object->m_module->Release();
+        // If the destructor makes a `Reference` to `this`, the count goes from 1 to 2 and back, and nothing is destroyed twice.
+        new (&object->m_life.refCount) std::atomic<std::uint32_t>(1);
+        delete object;
+    }
+
+    static void destroyWaiting() noexcept
+    {
+        while (const ComObject* object = s_state.waiting) {
+            s_state.waiting = object->m_life.next;
+            s_state.place = &s_state.waiting; // what this one defers comes before the others that wait
+            try {
+                destroyNow(object);
+            } catch (...) { // the release that led here has returned
+            }
+        }
+    }
+
+    static constinit thread_local State s_state;
+};
+
+constinit thread_local ComObject::Destruction::State ComObject::Destruction::s_state {};
 
 ComObject::ComObject(const ComObject& other) noexcept
     : IVXUnknown()
-    , m_refCount(other.GetRefCount())
     , m_module(other.m_module)
 {
+    m_life.refCount.store(other.GetRefCount(), std::memory_order_relaxed);
 }
 
 ComObject& ComObject::operator=(const ComObject& other) noexcept
 {
-    m_refCount.store(other.GetRefCount(), std::memory_order_relaxed);
+    m_life.refCount.store(other.GetRefCount(), std::memory_order_relaxed);
     m_module = other.m_module;
     return *this;
 }
@@ -54,11 +124,10 @@ void ComObject::lockModule() const noexcept
 
 void ComObject::destroy() const
 {
-    if (m_module != nullptr)
-        m_module->Release();
-    // If the destructor makes a `Reference` to `this`, the count goes from 1 to 2 and back, and nothing is destroyed twice.
-    m_refCount.store(1, std::memory_order_relaxed);
-    delete this;
+    if (Destruction::isTooDeep())
+        Destruction::defer(this);
+    else
+        Destruction::run(this);
 }
 
 std::int32_t ComObject::SetOuterUnknown(IVXUnknown*) noexcept

@@ -14,10 +14,13 @@ class Module;
 
 namespace vx {
 
-/// The counted base of all objects. An object is born with count 0; the first `AddRef`, normally by a `Reference<T>`,
-/// makes it 1, and the `Release` that takes it to 0 destroys it on whichever thread made it. The count is atomic;
-/// nothing else here is synchronised. An object on the stack or inside another keeps count 0 and must not be held by a
-/// `Reference<T>`.
+/// The counted base of all objects. A new object has count 0; the first `AddRef`, normally by a `Reference<T>`, makes it
+/// 1, and the `Release` that takes it to 0 destroys it on the thread that calls it. The count is atomic; nothing else here
+/// is synchronised. An object on the stack or inside another keeps count 0 and must not be held by a `Reference<T>`.
+///
+/// Long chains of objects that hold each other are destroyed in a loop. At most 100 destructors of a thread run one inside
+/// the other. What the innermost of them releases is destroyed right after it ends, in the order of the releases, and
+/// exceptions of those destructors are swallowed.
 class VX_API ComObject : public IVXUnknown {
 public:
     ComObject() noexcept = default;
@@ -54,7 +57,7 @@ public:
     static void operator delete(void*, void*) noexcept { }
 
     /// The count at this moment. A holder that sees 1 also sees all that former holders did before their `Release`.
-    std::uint32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_acquire); }
+    std::uint32_t GetRefCount() const noexcept { return m_life.refCount.load(std::memory_order_acquire); }
 
     /// The module whose lock count this object raises while its own count is above 0. Not owned; to be set before the
     /// first `AddRef`.
@@ -78,14 +81,32 @@ public:
 
 protected:
     /// Change the count and nothing else: no module, no destruction. They give the new count.
-    std::uint32_t InternalAddRef() const noexcept { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-    std::uint32_t InternalRelease() const noexcept { return m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
+    std::uint32_t InternalAddRef() const noexcept
+    {
+        return m_life.refCount.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
+    std::uint32_t InternalRelease() const noexcept
+    {
+        return m_life.refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    }
 
 private:
+    class Destruction;
+
+    union Life {
+        constexpr Life() noexcept
+            : refCount(0)
+        {
+        }
+
+        std::atomic<std::uint32_t> refCount;
+        const ComObject* next; ///< of the objects that wait for their destructor
+    };
+
     void lockModule() const noexcept;
     void destroy() const;
 
-    mutable std::atomic<std::uint32_t> m_refCount {0};
+    mutable Life m_life;
     vorb::Module* m_module = nullptr;
 };
 

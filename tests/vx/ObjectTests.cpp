@@ -14,6 +14,7 @@
 #include <concepts>
 #include <cstdint>
 #include <cstdio>
+#include <numeric>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -205,6 +206,51 @@ TEST(ComObject, IsDestroyedOnceThoughItsDestructorHandsItOut)
     events.clear();
     reference = nullptr;
     EXPECT_EQ(events, "-+-~");
+}
+
+/// Tells its number when it is destroyed, releases the left object and then the right one.
+class Branch : public Object {
+public:
+    explicit Branch(std::vector<int>* order)
+        : m_order(order)
+    {
+    }
+    ~Branch() noexcept(false) override
+    {
+        m_order->push_back(number);
+        left = nullptr;
+        right = nullptr;
+        if (number % 7 == 5)
+            throw IllegalStateException();
+    }
+
+    int number = 0;
+    Reference<Branch> left, right;
+
+private:
+    std::vector<int>* m_order;
+};
+
+TEST(ComObject, IsDestroyedInTheOrderOfReleasesHoweverDeepItLies)
+{
+    constexpr int DEPTH = 100'000; // more than a stack has room for
+    for (const auto& [deep, flat] :
+        {std::pair(&Branch::left, &Branch::right), std::pair(&Branch::right, &Branch::left)}) {
+        std::vector<int> order, wanted(2 * DEPTH + 1);
+        std::iota(wanted.begin(), wanted.end(), 0);
+        Reference<Branch> root(new Branch(&order));
+        Branch* branch = root.get();
+        for (int depth = 1; depth <= DEPTH; ++depth) {
+            branch->*deep = new Branch(&order);
+            branch->*flat = new Branch(&order);
+            const bool isFlatFirst = flat == &Branch::left;
+            (branch->*flat)->number = isFlatFirst ? 2 * depth - 1 : 2 * DEPTH + 1 - depth;
+            (branch->*deep)->number = isFlatFirst ? 2 * depth : depth;
+            branch = (branch->*deep).get();
+        }
+        root = nullptr;
+        EXPECT_TRUE(order == wanted);
+    }
 }
 
 TEST(ComObject, IsCopiedWithItsCountAndModuleWhereAnObjectStartsFresh)

@@ -1,6 +1,7 @@
 #include "vx/util/PropertySet.h"
 
 #include "vx/Exception.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 
@@ -65,7 +66,8 @@ PropertySet::PropertySet()
 }
 
 PropertySet::PropertySet(const PropertySet* parent)
-    : PropertySet(parent, new collections::StringHashMap)
+    : m_parent(parent)
+    , m_map(new collections::StringHashMap)
 {
 }
 
@@ -91,16 +93,18 @@ void PropertySet::set(const String& key, const String& value)
 
 String PropertySet::get(const String& key) const
 {
-    if (const Reference<Object> value = m_map->get(key))
-        return textOf(*value);
-    if (m_parent == nullptr)
+    const Found found = find(key);
+    if (found.value != nullptr)
+        return textOf(*found.value);
+    if (found.next == nullptr)
         throw Exception();
-    return m_parent->get(key);
+    return found.next->get(key);
 }
 
 bool PropertySet::hasProperty(const String& key) const
 {
-    return m_map->containsKey(key) || (m_parent != nullptr && m_parent->hasProperty(key));
+    const Found found = find(key);
+    return found.value != nullptr || (found.next != nullptr && found.next->hasProperty(key));
 }
 
 Reference<const collections::Set<String>> PropertySet::getKeys() const
@@ -117,6 +121,17 @@ String PropertySet::remove(const String& key)
 {
     const Reference<Object> value = m_map->remove(key);
     return value != nullptr ? textOf(*value) : String();
+}
+
+PropertySet::Found PropertySet::find(const String& key) const
+{
+    const PropertySet* set = this;
+    do {
+        if (Reference<Object> value = set->m_map->get(key))
+            return {value, nullptr};
+        set = set->m_parent.get();
+    } while (set != nullptr && vx::detail::isExactly<PropertySet>(*set));
+    return {nullptr, set};
 }
 
 Reference<const vorb::IPropertySet> PropertySet::getVorb(const PropertySet& set)

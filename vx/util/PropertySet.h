@@ -13,7 +13,7 @@ namespace vx::util {
 class VX_API PropertySetFace : public vorb::IPropertySet {
 public:
     std::int32_t Set(const char16_t* key, IVXUnknown* value) override;
-    /// An absent key is no result: the Exception of the class operation passes through, here and in `Remove`.
+    /// An absent key gives no result code: the Exception of the class operation passes through, here and in `Remove`.
     std::int32_t Get(const char16_t* key, const _GUID& iid, void** result) const override;
     std::int32_t Remove(const char16_t* key, const _GUID& iid, void** result) override;
     /// RESULT_NOT_IMPLEMENTED.
@@ -41,18 +41,25 @@ public:
     /// Throws Exception for a key that neither the set nor a parent holds.
     virtual String get(const String& key) const;
     virtual bool hasProperty(const String& key) const;
-    /// The set's own keys, without the parent's.
+    /// The keys of the set itself, without the parent's.
     virtual Reference<const collections::Set<String>> getKeys() const;
     /// The parent keeps its keys, here and in `remove`.
     virtual void clear();
-    /// The old value, empty where there was none.
+    /// Returns the old value, empty if there was none.
     virtual String remove(const String& key);
 
-    /// A set of its own that shares the entries and the parent of `set`: changes of the one show in the other.
+    /// A new set that shares the entries and the parent of `set`: changes of the one show in the other.
     static Reference<const vorb::IPropertySet> getVorb(const PropertySet& set);
 
 private:
+    struct Found {
+        Reference<Object> value; ///< null if no set up to `next` has the key
+        const PropertySet* next; ///< the parent to ask for it, null if none
+    };
+
     PropertySet(const PropertySet* parent, collections::StringHashMap* map);
+    /// Asks this set and its parents in a loop, up to the first of a derived class, which may have its own answer.
+    Found find(const String& key) const;
 
     Reference<const PropertySet> m_parent;
     Reference<collections::StringHashMap> m_map;

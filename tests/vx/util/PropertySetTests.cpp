@@ -40,6 +40,34 @@ TEST(PropertySet, AsksItsParentLast)
     EXPECT_THROW(child->get(u"port"), Exception);
 }
 
+/// Answers for one key, without having it.
+class Answering : public PropertySet {
+public:
+    using PropertySet::PropertySet;
+
+    String get(const String& key) const override { return key == u"asked" ? u"answer" : PropertySet::get(key); }
+    bool hasProperty(const String& key) const override { return key == u"asked" || PropertySet::hasProperty(key); }
+};
+
+TEST(PropertySet, HasAsManyParentsAsThereIsMemoryFor)
+{
+    Reference<PropertySet> set(new PropertySet);
+    set->set(u"first", u"found");
+    const auto addChildren = [&] {
+        for (int child = 0; child < 50'000; ++child) // more than the stack has calls for
+            set = new PropertySet(set.get());
+    };
+    addChildren();
+    set = new Answering(set.get());
+    addChildren();
+    EXPECT_EQ(set->get(u"first"), u"found");
+    EXPECT_EQ(set->get(u"asked"), u"answer") << "by the class in between";
+    EXPECT_TRUE(set->hasProperty(u"first") && set->hasProperty(u"asked"));
+    EXPECT_FALSE(set->hasProperty(u"other"));
+    EXPECT_THROW(set->get(u"other"), Exception);
+    set = nullptr;
+}
+
 TEST(PropertySet, SharesItsEntriesAcrossTheBorder)
 {
     const Reference<PropertySet> parent(new PropertySet);
