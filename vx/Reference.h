@@ -14,14 +14,25 @@ namespace vx {
 template <class T>
 concept ComponentInterface = std::same_as<typename T::InterfaceType, T>;
 
-/// Holds one `T*` that is null or counted. `T` is a class of the object tree or a component interface. Dereferencing null
-/// is the holder's fault: look first.
+/// A type that a range-for can walk through.
+template <class T>
+concept Walkable = requires(T& object)
+{
+    object.begin();
+    object.end();
+};
+
+template <class T>
+class Walked;
+
+/// Holds a `T*` that is null, or on which it keeps one reference. `T` is a class of the object tree or a component
+/// interface. Dereferencing null is undefined: compare with null first.
 template <class T>
 class Reference {
 public:
     constexpr Reference() noexcept = default;
     constexpr Reference(std::nullptr_t) noexcept { }
-    /// Adds a count: a new object gets its first one here.
+    /// Adds a reference; the first one of a new object.
     Reference(T* object) noexcept
         : m_object(object)
     {
@@ -43,7 +54,7 @@ public:
     {
     }
 
-    /// Asks an object of another type for the interface `T`. Where it lacks it, the reference is null.
+    /// Asks an object of another type for the interface `T`. Null if the object does not have it.
     template <class Source>
     requires(!std::convertible_to<Source*, T*> && ComponentInterface<T> && requires(Source & source, void** out) {
         source.QueryInterface(T::IID, out);
@@ -54,12 +65,12 @@ public:
             m_object = static_cast<T*>(view);
     }
 
-    /// An object that fails to go takes its failure with it: a reference is released where nobody can answer.
+    /// Exceptions from the object's destructor are swallowed: a destructor has no caller that could handle them.
     ~Reference() { release(m_object); }
 
     Reference& operator=(T* object) noexcept
     {
-        // Counted before the old one is released, which may be what keeps the new one alive.
+        // First, because the old object may be the only owner of the new one.
         if (object != nullptr)
             object->AddRef();
         release(std::exchange(m_object, object));
@@ -84,14 +95,18 @@ public:
 
     T* get() const noexcept { return m_object; }
     T* operator->() const noexcept { return m_object; }
-    T& operator*() const noexcept { return *m_object; }
+    T& operator*() const& noexcept { return *m_object; }
+    /// `for (auto& key : *set->createKeySet())` keeps the collection alive until the loop ends.
+    template <class Collection = T>
+    requires Walkable<Collection> Walked<Collection>
+    operator*() const&& noexcept { return Walked<Collection>(*this); }
     explicit operator bool() const noexcept { return m_object != nullptr; }
 
-    /// Takes over a count that the caller holds.
+    /// Takes over a reference that the caller owns.
     void attach(T* object) noexcept { release(std::exchange(m_object, object)); }
-    /// Hands the count to the caller and holds null.
+    /// Gives the reference to the caller, who must release it, and holds null.
     [[nodiscard]] T* detach() noexcept { return std::exchange(m_object, nullptr); }
-    /// Empties the reference and gives the place that an out-parameter fills with a counted pointer.
+    /// Releases the object and returns the address for an out-parameter that receives a counted pointer.
     T** out() noexcept
     {
         *this = nullptr;
@@ -121,6 +136,24 @@ private:
     }
 
     T* m_object = nullptr;
+};
+
+/// A collection as `*` gives it for a reference that is about to end: it stands for the collection and keeps it alive.
+template <class T>
+class Walked {
+public:
+    explicit Walked(const Reference<T>& object) noexcept
+        : m_object(object)
+    {
+    }
+
+    operator T&() const noexcept { return *m_object.get(); }
+
+    decltype(auto) begin() const { return m_object->begin(); }
+    decltype(auto) end() const { return m_object->end(); }
+
+private:
+    Reference<T> m_object;
 };
 
 } // namespace vx
