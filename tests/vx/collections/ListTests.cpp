@@ -4,6 +4,7 @@
 #include "vx/Result.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
+#include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/Map.h"
 #include "vx/collections/vorb/detail/Length.h"
@@ -162,6 +163,9 @@ TYPED_TEST(Lists, AreWalkedByARangeForLikeByAnIterator)
             EXPECT_EQ(result + ' ' + seen, row.outcome + (' ' + std::string(row.seen))) << &row - cases << asItself;
         }
     }
+    TypeParam onTheStack;
+    onTheStack.add(item(3).get());
+    EXPECT_EQ(textOfAll(onTheStack) + textOfAll(*listOf<TypeParam>({4})->createSubList(0, 1)), "3 4 ");
 }
 
 TYPED_TEST(Lists, WorkOnThemselves)
@@ -174,38 +178,104 @@ TYPED_TEST(Lists, WorkOnThemselves)
     EXPECT_EQ(textOfAll(*list), "1 null 1 null 2 ");
 }
 
+/// Only the operation refers to the new element, which must not be left over when it fails.
 TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
 {
-    const Reference<Item> element(new Item(5));
+    const auto fresh = [] { return (new Item(5))->GetUnknown(); };
     const std::pair<std::function<void(List&, ListIterator&)>, const char*> cases[] = {
-        {[&](List& list, auto&) { list.add(element->GetUnknown()); }, "1 2 3 4 5 "},
-        {[&](List& list, auto&) { list.add(1, element->GetUnknown()); }, "1 5 2 3 4 "},
-        {[&](List& list, auto&) { list.createSubList(0, 2)->add(element->GetUnknown()); }, "1 2 5 3 4 "},
-        {[&](List&, ListIterator& place) { place.add(element->GetUnknown()); }, "1 2 5 3 4 "},
+        {[&](List& list, auto&) { list.add(fresh()); }, "1 2 3 4 5 "},
+        {[&](List& list, auto&) { list.add(1, fresh()); }, "1 5 2 3 4 "},
+        {[&](List& list, auto&) { list.set(1, fresh()); }, "1 5 3 4 "},
+        {[&](List& list, auto&) { list.createSubList(0, 2)->add(fresh()); }, "1 2 5 3 4 "},
+        {[&](List&, ListIterator& place) { place.add(fresh()); }, "1 2 5 3 4 "},
+        {[](List& list, auto&) { Reference<TypeParam>(new TypeParam(list)); }, "1 2 3 4 "},
     };
     for (const auto& row : cases) {
         const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
         const Reference<ListIterator> place = list->createListIterator(2);
+        const int alive = Item::s_alive;
         const int failures = failEachAllocation([&] { row.first(*list, *place); },
             [&](int failing) {
                 EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.second << failing;
-                EXPECT_EQ(element->GetRefCount(), 1U) << row.second << failing;
+                EXPECT_EQ(Item::s_alive, alive) << row.second << failing;
             });
         EXPECT_NE(failures, 0) << row.second;
         EXPECT_EQ(textOfAll(*list), row.second);
+        EXPECT_EQ(dynamic_cast<Item&>(*list->get(0)).GetRefCount(), 2U) << row.second << "the list, and this";
     }
+    const auto list = listOf<TypeParam>({1, 2});
+    const Reference<List> part = list->createSubList(0, 2);
+    const Reference<ListIterator> place = list->createListIterator(1);
+    const int alive = Item::s_alive;
+    const std::pair<const char*, std::function<void()>> refused[] = {
+        {"range", [&] { list->add(3, fresh()); }},
+        {"range", [&] { list->set(2, fresh()); }},
+        {"range", [&] { part->add(3, fresh()); }},
+        {"range", [&] { part->set(2, fresh()); }},
+        {"state", [&] { place->set(fresh()); }},
+        {"plain",
+            [&] {
+                list->add(0, nullptr);
+                place->add(fresh());
+            }},
+        {"unsupported", [&] { Reference<HashMap>(new HashMap)->createKeySet()->add(fresh()); }},
+    };
+    for (const auto& [result, work] : refused)
+        EXPECT_EQ(outcome(work), result) << &result - &refused->first;
+    EXPECT_EQ(Item::s_alive, alive);
 }
 
-TYPED_TEST(Lists, AreEmptyForAnElementThatGoesWithThem)
+TYPED_TEST(Lists, AreWholeForElementsThatUseThemInTheirDestructors)
 {
     std::string seen;
     Reference<TypeParam> list(new TypeParam);
     for (int i = 0; i < 3; ++i)
-        list->add(
-            (new Looking([&, owner = list.get()] { seen += std::to_string(owner->getSize()) + ' '; }))->GetUnknown());
+        list->add((new Looking([&, owner = list.get()] {
+            seen += std::to_string(owner->getSize()) + ' ';
+            owner->add(item(7).get());
+        }))->GetUnknown());
     list->set(1, nullptr);
     list = nullptr;
-    EXPECT_EQ(seen, "3 0 0 ");
+    EXPECT_EQ(seen, "3 0 1 ");
+    EXPECT_EQ(Item::s_alive, 0);
+
+    for (const bool isPart : {false, true}) {
+        const auto whole = listOf<TypeParam>({1, 2, 3});
+        const Reference<List> walked = isPart ? whole->createSubList(0, 3) : Reference<List>(whole.get());
+        const Reference<ListIterator> place = walked->createListIterator(0);
+        seen.clear();
+        const auto looking = [&] {
+            return (new Looking([&] {
+                seen += std::to_string(walked->getSize()) + outcome([&] { return place->next(); }) + ' ';
+            }))->GetUnknown();
+        };
+        place->next();
+        place->set(looking());
+        place->remove();
+        place->set(looking());
+        place->set(nullptr);
+        EXPECT_EQ(seen, "22 23 ") << "the iterator goes on" << isPart;
+    }
+}
+
+TEST(ArrayList, IsClearedThoughElementsRemoveOthersInTheirDestructors)
+{
+    const auto list = listOf<ArrayList>({1, 2});
+    list->add((new Looking([&] { list->remove(0); }))->GetUnknown());
+    EXPECT_EQ(outcome([&] { list->clear(); }), "done");
+    EXPECT_EQ(list->getSize(), 0);
+}
+
+TYPED_TEST(Lists, AreReleasedHoweverDeepTheyAreNested)
+{
+    Reference<TypeParam> list(new TypeParam);
+    for (int depth = 0; depth < 100'000; ++depth) {
+        const Reference<TypeParam> outer(new TypeParam);
+        outer->add(list->GetUnknown());
+        list = outer;
+    }
+    EXPECT_EQ(list->getSize(), 1);
+    list = nullptr; // the stack has no room for a call for each
 }
 
 TEST(ArrayList, GrowsByHalf)

@@ -27,14 +27,15 @@ AbstractCollection::AbstractCollection(const AbstractCollection& other)
 
 AbstractCollection::~AbstractCollection() noexcept(false) = default;
 
-bool AbstractCollection::add(IVXUnknown*)
+bool AbstractCollection::add(IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element); // a new object is released
     throw UnsupportedOperationException();
 }
 
 bool AbstractCollection::addAll(const Collection& other)
 {
-    // An iterator sees what is appended behind it, so a collection would run after its own end.
+    // An iterator sees what is appended, so that a collection added to itself would never come to its end.
     int left = &other == this ? getSize() : std::numeric_limits<int>::max();
     bool changed = false;
     const Reference<ConstIterator> elements = other.createConstIterator();

@@ -17,7 +17,8 @@ public:
     // Collection
     /// Throws UnsupportedOperationException.
     bool add(IVXUnknown* element) override;
-    /// A collection that is added to itself gets each of its present elements once more.
+    /// A list that is added to itself gets each element that it has at the call once more, and a set stays as it is. A
+    /// sublist throws the Exception of a changed list: its own iterator notices the first addition.
     bool addAll(const Collection& other) override;
     void clear() override;
     bool contains(const IVXUnknown* element) const override;

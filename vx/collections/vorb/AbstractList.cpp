@@ -38,6 +38,7 @@ AbstractList::~AbstractList() noexcept(false) = default;
 
 bool AbstractList::add(IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element); // first: a new object is released if the operation fails
     createListIterator(getSize())->add(element);
     return true;
 }

@@ -29,7 +29,7 @@ Reference<IVXUnknown> AbstractListIterator::next()
 void AbstractListIterator::remove()
 {
     checkLast();
-    removeAt(m_last);
+    const Reference<IVXUnknown> removed = removeAt(m_last);
     if (m_last < m_cursor)
         --m_cursor;
     ++m_expectedCount;
@@ -61,6 +61,7 @@ int AbstractListIterator::previousIndex()
 
 void AbstractListIterator::add(IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element); // first: a new object is released if the operation fails
     check();
     if (!addAt(m_cursor, element))
         return;
@@ -71,8 +72,9 @@ void AbstractListIterator::add(IVXUnknown* element)
 
 void AbstractListIterator::set(IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element);
     checkLast();
-    setAt(m_last, element);
+    const Reference<IVXUnknown> replaced = setAt(m_last, element);
     ++m_expectedCount;
 }
 
@@ -86,14 +88,14 @@ bool AbstractListIterator::addAt(int index, IVXUnknown* element)
     return m_list->add(index, element);
 }
 
-void AbstractListIterator::removeAt(int index)
+Reference<IVXUnknown> AbstractListIterator::removeAt(int index)
 {
-    m_list->remove(index);
+    return m_list->remove(index);
 }
 
-void AbstractListIterator::setAt(int index, IVXUnknown* element)
+Reference<IVXUnknown> AbstractListIterator::setAt(int index, IVXUnknown* element)
 {
-    m_list->set(index, element);
+    return m_list->set(index, element);
 }
 
 void AbstractListIterator::checkLast() const

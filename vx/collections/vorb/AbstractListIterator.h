@@ -8,7 +8,7 @@
 
 namespace vx::collections::vorb {
 
-/// Walks a list by index, through the list's own operations. It holds a count on the list.
+/// Walks a list by index, through the list's own operations. It keeps a reference on the list.
 class VX_API AbstractListIterator : public ComObject, public virtual ListIterator {
 public:
     /// `cursor` is the index of the next element, in range.
@@ -37,13 +37,14 @@ public:
     void set(IVXUnknown* element) override;
 
 protected:
-    // How the list is reached. A list that has a shorter way than its operations by index overrides all four.
+    // How the list is reached. A list that has a shorter way than its operations by index overrides all four. The last two
+    // return the old element, which is released only after the iterator has taken note of the change.
     virtual Reference<IVXUnknown> elementAt(int index);
     virtual bool addAt(int index, IVXUnknown* element);
-    virtual void removeAt(int index);
-    virtual void setAt(int index, IVXUnknown* element);
+    virtual Reference<IVXUnknown> removeAt(int index);
+    virtual Reference<IVXUnknown> setAt(int index, IVXUnknown* element);
 
-    /// Throws where the list has been changed behind the iterator.
+    /// Throws if the list was changed other than through this iterator.
     void check() const
     {
         if (m_expectedCount != m_list->m_modificationCount)

@@ -29,8 +29,13 @@ public:
     // Iterator
     void remove() override
     {
-        m_elements->remove();
-        m_list->changed(-1);
+        m_list->changed(-1); // before the element is released, whose destructor may use the list
+        try {
+            m_elements->remove();
+        } catch (...) {
+            m_list->unchanged();
+            throw;
+        }
     }
 
     // ConstListIterator
@@ -50,7 +55,7 @@ public:
         m_elements->add(element);
         m_list->changed(+1);
     }
-    /// The count that the list expects stays: the view itself then takes this for a change past it.
+    /// The count that the list expects stays: the view itself takes this for a change that it does not know.
     void set(IVXUnknown* element) override { m_elements->set(element); }
 
 private:
@@ -86,6 +91,7 @@ int AbstractListSubList::getSize() const
 
 bool AbstractListSubList::add(int index, IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element); // first: a new object is released if the operation fails
     detail::checkIndex(index, m_size + 1);
     check();
     if (!m_parent->add(m_offset + index, element))
@@ -124,6 +130,7 @@ Reference<IVXUnknown> AbstractListSubList::get(int index) const
 
 Reference<IVXUnknown> AbstractListSubList::set(int index, IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element);
     detail::checkIndex(index, m_size);
     check();
     Reference<IVXUnknown> old = m_parent->set(m_offset + index, element);
@@ -131,7 +138,7 @@ Reference<IVXUnknown> AbstractListSubList::set(int index, IVXUnknown* element)
     return old;
 }
 
-/// Throws where the parent has been changed past this view.
+/// Throws if the parent was changed other than through this view.
 void AbstractListSubList::check() const
 {
     if (m_expectedCount != m_parent->m_modificationCount)
@@ -143,6 +150,13 @@ void AbstractListSubList::changed(int change) noexcept
     m_size += change;
     ++m_expectedCount;
     ++m_modificationCount; // for sublists of this one
+}
+
+void AbstractListSubList::unchanged() noexcept
+{
+    ++m_size;
+    --m_expectedCount;
+    --m_modificationCount;
 }
 
 } // namespace vx::collections::vorb

@@ -6,11 +6,11 @@
 
 namespace vx::collections::vorb {
 
-/// A live view of a part of a list, with a size of its own. Once the list has been changed past the view, what would
-/// reach the list throws an Exception without a message.
+/// A live view of a part of a list, with its own size. After the list was changed other than through the view, operations
+/// that reach the list throw an Exception without a message.
 class VX_API AbstractListSubList : public AbstractList {
 public:
-    /// `from` and `to` are in range. The comparator is that of `parent`, on which a count is held.
+    /// `from` and `to` are in range. The comparator is that of `parent`, on which the view keeps a reference.
     AbstractListSubList(AbstractList* parent, int from, int to);
     AbstractListSubList(const AbstractListSubList&) = delete;
     ~AbstractListSubList() noexcept(false) override;
@@ -35,8 +35,10 @@ private:
     class SubListIterator;
 
     void check() const;
-    /// The elements of this list changed by `change` in number, through this view.
+    /// Takes note of a change through this view, by which it has `change` elements more.
     void changed(int change) noexcept;
+    /// Takes `changed(-1)` back.
+    void unchanged() noexcept;
 
     Reference<AbstractList> m_parent;
     std::uint32_t m_expectedCount;

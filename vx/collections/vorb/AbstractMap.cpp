@@ -84,8 +84,9 @@ int AbstractMap::getSize() const
     return createEntrySet()->getSize();
 }
 
-Reference<IVXUnknown> AbstractMap::put(IVXUnknown*, IVXUnknown*)
+Reference<IVXUnknown> AbstractMap::put(IVXUnknown* key, IVXUnknown* value)
 {
+    const Reference<IVXUnknown> counted[] = {key, value}; // new objects are released
     throw UnsupportedOperationException();
 }
 

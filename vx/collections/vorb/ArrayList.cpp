@@ -11,7 +11,7 @@ namespace vx::collections::vorb {
 
 namespace {
 
-/// Takes over the count that a list holds on an element.
+/// Takes over the reference that a list keeps on an element.
 Reference<IVXUnknown> takeOver(IVXUnknown* element) noexcept
 {
     Reference<IVXUnknown> taken;
@@ -19,14 +19,9 @@ Reference<IVXUnknown> takeOver(IVXUnknown* element) noexcept
     return taken;
 }
 
-IVXUnknown* counted(IVXUnknown* element) noexcept
-{
-    return Reference<IVXUnknown>(element).detach();
-}
-
 } // namespace
 
-/// Looks into the array past the operations by index.
+/// Reads the array itself, without the operations by index.
 class ArrayList::ArrayIterator final : public AbstractListIterator {
 public:
     ArrayIterator(ArrayList* list, int cursor)
@@ -45,7 +40,7 @@ public:
     }
 
 private:
-    const ArrayList& m_array; ///< the list, which the base counts
+    const ArrayList& m_array; ///< the base keeps a reference on it
 };
 
 ArrayList::ArrayList() = default;
@@ -55,47 +50,54 @@ ArrayList::ArrayList(const IVXComparator* comparator)
 {
 }
 
+// They delegate, so that the destructor releases the elements that are there when `addAll` fails.
+
 ArrayList::ArrayList(const Collection& other)
+    : ArrayList()
 {
     addAll(other);
 }
 
 ArrayList::ArrayList(const Collection& other, const IVXComparator* comparator)
-    : AbstractList(comparator)
+    : ArrayList(comparator)
 {
     addAll(other);
 }
 
 ArrayList::ArrayList(const ArrayList& other)
-    : Collection()
-    , List()
-    , AbstractList(other)
+    : ArrayList(other.getComparator())
 {
     addAll(other);
 }
 
 ArrayList::~ArrayList() noexcept(false)
 {
-    // Empty before the first element goes: its destructor may look here.
-    const auto elements = std::move(m_elements);
-    const int size = std::exchange(m_size, 0);
-    m_capacity = 0;
-    for (int index = 0; index < size; ++index)
-        takeOver(elements[index]);
+    while (m_size != 0) { // destructors of elements may add others
+        // Empty before the first element is released: its destructor may use the list.
+        const auto elements = std::move(m_elements);
+        const int size = std::exchange(m_size, 0);
+        m_capacity = 0;
+        for (int index = 0; index < size; ++index)
+            takeOver(elements[index]);
+    }
 }
+
+// What receives an element counts it first, so that a new object is released if the operation fails.
 
 bool ArrayList::add(IVXUnknown* element)
 {
+    Reference<IVXUnknown> counted(element);
     if (m_size == m_capacity)
         makeRoom();
-    m_elements[m_size++] = counted(element);
+    m_elements[m_size++] = counted.detach();
     return true;
 }
 
 void ArrayList::clear()
 {
     for (int index = getSize() - 1; index >= 0; --index)
-        remove(index);
+        if (index < getSize()) // destructors of elements may remove others
+            remove(index);
     ++m_modificationCount;
 }
 
@@ -106,12 +108,13 @@ int ArrayList::getSize() const
 
 bool ArrayList::add(int index, IVXUnknown* element)
 {
+    Reference<IVXUnknown> counted(element);
     detail::checkIndex(index, m_size + 1);
     if (m_size == m_capacity)
         makeRoom();
     IVXUnknown** place = m_elements.get() + index;
     std::move_backward(place, m_elements.get() + m_size, m_elements.get() + m_size + 1);
-    *place = counted(element);
+    *place = counted.detach();
     ++m_size;
     ++m_modificationCount;
     return true;
@@ -136,9 +139,10 @@ Reference<IVXUnknown> ArrayList::get(int index) const
 
 Reference<IVXUnknown> ArrayList::set(int index, IVXUnknown* element)
 {
+    Reference<IVXUnknown> counted(element);
     detail::checkIndex(index, m_size);
     ++m_modificationCount;
-    return takeOver(std::exchange(m_elements[index], counted(element)));
+    return takeOver(std::exchange(m_elements[index], counted.detach()));
 }
 
 AbstractListIterator* ArrayList::newIterator(int index)
@@ -156,7 +160,7 @@ void ArrayList::makeRoom()
     void* grown = VXMemRealloc(m_elements.get(), static_cast<std::size_t>(capacity) * sizeof(IVXUnknown*));
     if (grown == nullptr)
         throwBadAllocation();
-    static_cast<void>(m_elements.release()); // the old array has gone into the new one
+    static_cast<void>(m_elements.release()); // the new array took its place
     m_elements.reset(static_cast<IVXUnknown**>(grown));
     m_capacity = capacity;
 }

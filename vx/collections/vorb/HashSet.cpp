@@ -11,10 +11,15 @@ namespace {
 
 constinit vx::detail::MadeOnce<Object> g_present;
 
-/// The value of every element of every set.
-IVXUnknown* present()
+/// The value of every element of every set. If there is no memory for it, `element` is released in case it is a new object.
+IVXUnknown* presentFor(IVXUnknown* element)
 {
-    return g_present.get()->GetUnknown();
+    try {
+        return g_present.get()->GetUnknown();
+    } catch (...) {
+        const Reference<IVXUnknown> counted(element);
+        throw;
+    }
 }
 
 } // namespace
@@ -50,11 +55,15 @@ HashSet::HashSet(const HashSet& other)
 {
 }
 
-HashSet::~HashSet() noexcept(false) = default;
+HashSet::~HashSet() noexcept(false)
+{
+    if (m_map->GetRefCount() == 1)
+        m_map->clear(); // while the set is whole: destructors of elements may use it
+}
 
 bool HashSet::add(IVXUnknown* element)
 {
-    return m_map->put(element, present()) == nullptr;
+    return m_map->put(element, presentFor(element)) == nullptr;
 }
 
 void HashSet::clear()

@@ -9,8 +9,8 @@
 
 namespace vx::collections::vorb {
 
-/// Keeps the node that it was at, from which the next one is a step away and not a walk. Nobody else takes that node away
-/// unseen: the base asks the modification count before each step.
+/// Remembers the node of its last step, so that the next step need not walk from the front. That node cannot have been
+/// removed by another caller: the base checks the modification count before each step.
 class LinkedList::NodeIterator : public AbstractListIterator {
 public:
     NodeIterator(LinkedList* list, int cursor)
@@ -33,19 +33,19 @@ protected:
         keep(m_nodesOf.link(seek(index), element), index);
         return true;
     }
-    void removeAt(int index) override
+    Reference<IVXUnknown> removeAt(int index) override
     {
         detail::checkIndex(index, m_nodesOf.getSize());
         const Nodes::iterator node = seek(index);
         keep(std::next(node), index);
-        m_nodesOf.unlink(node);
+        return m_nodesOf.unlink(node);
     }
-    void setAt(int index, IVXUnknown* element) override
+    Reference<IVXUnknown> setAt(int index, IVXUnknown* element) override
     {
         detail::checkIndex(index, m_nodesOf.getSize());
         const Nodes::iterator node = seek(index);
         keep(node, index);
-        m_nodesOf.replace(node, element);
+        return m_nodesOf.replace(node, element);
     }
 
 private:
@@ -64,7 +64,7 @@ private:
         m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1; // the end has another index once more is appended
     }
 
-    LinkedList& m_nodesOf; ///< the list, which the base counts
+    LinkedList& m_nodesOf; ///< the base keeps a reference on it
     Nodes::iterator m_kept;
     int m_keptIndex = -1;
 };
@@ -97,14 +97,19 @@ LinkedList::LinkedList(const LinkedList& other)
 
 LinkedList::~LinkedList() noexcept(false)
 {
-    // Empty before the first element goes: its destructor may look here.
-    const Nodes nodes = std::exchange(m_nodes, Nodes());
+    while (!m_nodes.empty()) { // destructors of elements may add others
+        // Empty before the first element is released: its destructor may use the list.
+        const Nodes nodes = std::exchange(m_nodes, Nodes());
+    }
 }
+
+// What receives an element counts it first, so that a new object is released if the operation fails.
 
 bool LinkedList::add(IVXUnknown* element)
 {
+    Reference<IVXUnknown> counted(element);
     detail::checkLength(getSize(), "list<T> too long");
-    m_nodes.emplace_back(element);
+    m_nodes.push_back(std::move(counted));
     return true;
 }
 
@@ -121,6 +126,7 @@ int LinkedList::getSize() const
 
 bool LinkedList::add(int index, IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element);
     detail::checkIndex(index, getSize() + 1);
     link(internalGet(index), element);
     return true;
@@ -140,8 +146,21 @@ Reference<IVXUnknown> LinkedList::get(int index) const
 
 Reference<IVXUnknown> LinkedList::set(int index, IVXUnknown* element)
 {
+    const Reference<IVXUnknown> counted(element);
     detail::checkIndex(index, getSize());
     return replace(internalGet(index), element);
+}
+
+void LinkedList::Look::take()
+{
+    m_isAtEnd = m_index >= m_list->getSize();
+    m_element = nullptr;
+    if (m_isAtEnd)
+        return;
+    if (m_expectedCount != m_list->m_modificationCount)
+        throw Exception();
+    m_node = m_index == 0 ? m_list->m_nodes.begin() : std::next(m_node);
+    m_element = *m_node;
 }
 
 AbstractListIterator* LinkedList::newIterator(int index)

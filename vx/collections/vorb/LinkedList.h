@@ -3,13 +3,16 @@
 #include "vx/collections/vorb/AbstractList.h"
 #include "vxsys/Memory.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <list>
 
 namespace vx::collections::vorb {
 
 /// A list of nodes: constant time at the end and for a step of an iterator, but a walk from the front to reach an index.
-/// It holds up to 0x3FFFFFFF elements, and throws std::length_error beyond; where memory is short it throws
-/// std::bad_alloc. Either leaves the list as it was.
+/// It holds up to 0x3FFFFFFF elements, and throws std::length_error beyond that, std::bad_alloc if memory is short. Either
+/// leaves the list as it was.
 ///
 /// `add` without an index disturbs no iterator, which then sees the new element at the end.
 class VX_API LinkedList : public AbstractList {
@@ -36,6 +39,12 @@ public:
     Reference<IVXUnknown> get(int index) const override;
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
 
+    class Look;
+    /// For a range-for, which sees each element as a `const Reference<IVXUnknown>&`. A change of the list, other than at the
+    /// end, is noticed at the next element, as by an iterator.
+    Look begin() const;
+    std::default_sentinel_t end() const noexcept { return {}; }
+
 protected:
     AbstractListIterator* newIterator(int index) override;
 
@@ -52,5 +61,49 @@ private:
 
     Nodes m_nodes;
 };
+
+/// A place in a LinkedList, which must outlive it; the list may be one on the stack.
+class LinkedList::Look {
+public:
+    using iterator_concept = std::input_iterator_tag;
+    using difference_type = std::ptrdiff_t;
+    using value_type = Reference<IVXUnknown>;
+
+    const value_type& operator*() const noexcept { return m_element; }
+    const value_type* operator->() const noexcept { return &m_element; }
+    Look& operator++()
+    {
+        ++m_index;
+        take();
+        return *this;
+    }
+    void operator++(int) { ++*this; }
+
+    friend bool operator==(const Look& look, std::default_sentinel_t) noexcept { return look.m_isAtEnd; }
+
+private:
+    friend class LinkedList;
+
+    explicit Look(const LinkedList& list)
+        : m_list(&list)
+        , m_expectedCount(list.m_modificationCount)
+    {
+        take();
+    }
+
+    VX_API void take();
+
+    const LinkedList* m_list;
+    std::uint32_t m_expectedCount;
+    int m_index = 0;
+    bool m_isAtEnd = false;
+    Nodes::const_iterator m_node;
+    Reference<IVXUnknown> m_element; ///< kept while the loop uses it
+};
+
+inline LinkedList::Look LinkedList::begin() const
+{
+    return Look(*this);
+}
 
 } // namespace vx::collections::vorb
