@@ -5,6 +5,7 @@
 #include "vx/AnsiBytes.h"
 #include "vx/Api.h"
 #include "vx/ByteOrder.h"
+#include "vx/ChainIndex.h"
 #include "vx/Class.h"
 #include "vx/ClassManagerBase.h"
 #include "vx/ComObject.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vx/ChainIndex.h"
 #include "vx/Exception.h"
 #include "vxsys/Memory.h"
 
@@ -8,18 +9,26 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace vx::collections::detail {
 
-/// The buckets below the hash maps. A new item becomes the head of its bucket's chain; once there are as many items as the
-/// threshold says, the next one makes 2n + 1 buckets of n, and chains turn round.
+/// The buckets of the hash maps. A new item becomes the head of its bucket's chain. When there are as many items as the
+/// threshold says, the next one first makes 2n + 1 buckets of n, which reverses the chains.
 ///
-/// Items lie side by side in one array and chains are indexes into it: an entry is no allocation of its own, and long
-/// chains need no stack to go. An index stands for its item until that is removed. What fails changes nothing.
-template <class Item>
+/// Items lie side by side in one array, and chains are indexes into it, so that entries need no allocation each. An index
+/// stands for its item until that is removed. An operation that fails changes nothing. When items are destroyed, the table
+/// is whole and without them: their destructors may use it.
+///
+/// `KeyOrder` says how the keys of a long chain can be ordered:
+/// - `areOrdered(const Item&, const Item&)`: whether the keys of the two can stand in one order;
+/// - `isOrdered(const Item&, key)`: whether a wanted key can stand in one order with that of an item;
+/// - `compare(const Item&, const Item&)`, `compare(const Item&, key)`: below, equal to or above 0, for keys of one order.
+///   The result is 0 for equal keys; otherwise any order will do.
+template <class Item, class KeyOrder>
 class HashTable {
 public:
     using Index = std::int32_t;
@@ -35,10 +44,16 @@ public:
     }
 
     /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
-    HashTable(int capacity, float load)
+    HashTable(int capacity, float load, KeyOrder keyOrder = KeyOrder())
         : m_load(load >= LEAST_LOAD ? load : DEFAULT_LOAD)
+        , m_keyOrder(keyOrder)
     {
         replaceHeads(std::max(capacity, 1));
+    }
+    ~HashTable()
+    {
+        while (!m_nodes.empty()) // destructors of items may add others
+            clear();
     }
     HashTable(const HashTable&) = delete;
     HashTable& operator=(const HashTable&) = delete;
@@ -52,13 +67,19 @@ public:
     Item& item(Index index) noexcept { return node(index).item; }
     const Item& item(Index index) const noexcept { return node(index).item; }
 
-    /// The first item of its chain that `matches`, which is asked for equal hashes only.
-    template <class Matches>
-    Index find(std::uint32_t hash, Matches matches) const
+    /// The first item of its chain with `key`: the one that `matches`, which is called for equal hashes only.
+    template <class Key, class Matches>
+    Index find(std::uint32_t hash, const Key& key, Matches matches) const
     {
+        int few = ChainIndex::FEW;
         Index index = m_heads[bucketOf(hash)];
-        while (index != NONE && (node(index).hash != hash || !matches(node(index).item)))
+        while (index != NONE && (node(index).hash != hash || !matches(node(index).item))) {
+            if (--few == 0 && isIndexed(hash, key)) {
+                const Index found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key});
+                return found != NONE && matches(node(found).item) ? found : NONE;
+            }
             index = next(index);
+        }
         return index;
     }
 
@@ -70,29 +91,31 @@ public:
         node(index).hash = hash;
         prepend(index);
         ++m_size;
+        ++m_modificationCount;
+        addToIndex(index);
     }
 
     Item remove(Index index)
     {
-        Index* link = &m_heads[bucketOf(node(index).hash)];
-        while (*link != index)
-            link = &node(*link).next;
+        *linkTo(index) = node(index).next;
         Item item;
         swap(node(index).item, item);
-        *link = node(index).next;
         node(index).next = std::exchange(m_free, index);
         --m_size;
+        ++m_modificationCount;
         return item;
     }
 
-    /// Keeps the capacity. The table is empty before the first item goes.
+    /// Keeps the capacity.
     void clear() noexcept
     {
         Nodes nodes;
         nodes.swap(m_nodes);
+        m_chains.clear();
         std::fill(m_heads.begin(), m_heads.end(), NONE);
         m_free = NONE;
         m_size = 0;
+        ++m_modificationCount;
     }
 
     /// The head of the next chain below `bucket`, which goes down to it; NONE and 0 where there is none.
@@ -104,8 +127,8 @@ public:
         return index;
     }
 
-    /// One pass for a range-for from bucket 0 up, which gives each item through `Projection`. Good for as long as no entry
-    /// comes or goes.
+    /// One pass for a range-for from bucket 0 up, which gives each item through `Projection`. The step after an entry was
+    /// added or removed throws an Exception without a message.
     template <class Projection>
     class Walk {
     public:
@@ -115,18 +138,21 @@ public:
 
         explicit Walk(const HashTable& table) noexcept
             : m_table(&table)
+            , m_expectedCount(table.m_modificationCount)
         {
             findHead();
         }
 
         value_type operator*() const { return Projection()(m_table->node(m_index).hash, m_table->item(m_index)); }
-        Walk& operator++() noexcept
+        Walk& operator++()
         {
+            if (m_expectedCount != m_table->m_modificationCount)
+                throw Exception();
             m_index = m_table->next(m_index);
             findHead();
             return *this;
         }
-        void operator++(int) noexcept { ++*this; }
+        void operator++(int) { ++*this; }
 
         friend bool operator==(const Walk& walk, std::default_sentinel_t) noexcept { return walk.m_index == NONE; }
 
@@ -138,6 +164,7 @@ public:
         }
 
         const HashTable* m_table;
+        std::uint32_t m_expectedCount;
         int m_bucket = 0;
         Index m_index = NONE;
     };
@@ -151,6 +178,42 @@ private:
 
     using Nodes = std::vector<Node, vxsys::Allocator<Node>>;
     using Heads = std::vector<Index, vxsys::Allocator<Index>>;
+
+    template <class Key>
+    struct Wanted {
+        std::uint32_t hash;
+        const Key& key;
+    };
+    /// By hash, then by key, then by index.
+    struct IndexOrder {
+        using is_transparent = void;
+
+        bool operator()(Index left, Index right) const
+        {
+            const Node& leftNode = table->node(left);
+            const Node& rightNode = table->node(right);
+            if (leftNode.hash != rightNode.hash)
+                return leftNode.hash < rightNode.hash;
+            const int order = left != right ? table->m_keyOrder.compare(leftNode.item, rightNode.item) : 0;
+            return order != 0 ? order < 0 : left < right;
+        }
+        template <class Key>
+        bool operator()(Index left, const Wanted<Key>& right) const
+        {
+            const Node& node = table->node(left);
+            return node.hash != right.hash ? node.hash < right.hash
+                                           : table->m_keyOrder.compare(node.item, right.key) < 0;
+        }
+        template <class Key>
+        bool operator()(const Wanted<Key>& left, Index right) const
+        {
+            const Node& node = table->node(right);
+            return node.hash != left.hash ? left.hash < node.hash : table->m_keyOrder.compare(node.item, left.key) > 0;
+        }
+
+        const HashTable* table;
+    };
+    using ChainIndex = vx::detail::ChainIndex<Index, NONE, IndexOrder>;
 
     static constexpr float LEAST_LOAD = 0.001F;
     static constexpr int LARGEST = std::numeric_limits<int>::max();
@@ -169,7 +232,54 @@ private:
         node(index).next = std::exchange(head, index);
     }
 
-    /// Makes empty buckets and gives back the old ones.
+    /// Whether the chain for `hash` has an index that knows where `key` belongs. The chain is not empty.
+    template <class Key>
+    bool isIndexed(std::uint32_t hash, const Key& key) const
+    {
+        const std::size_t bucket = bucketOf(hash);
+        return m_chains.has(bucket) && m_keyOrder.isOrdered(node(m_heads[bucket]).item, key);
+    }
+
+    /// After an item became the head of its chain.
+    void addToIndex(Index index) noexcept
+    {
+        const std::size_t bucket = bucketOf(node(index).hash);
+        const Index oldHead = next(index);
+        if (!m_chains.has(bucket))
+            indexIfLong(bucket);
+        else if (oldHead == NONE || m_keyOrder.areOrdered(node(oldHead).item, node(index).item))
+            m_chains.prepend(bucket, index, oldHead);
+        else
+            m_chains.drop(bucket);
+    }
+
+    void indexIfLong(std::size_t bucket) noexcept
+    {
+        const Index head = m_heads[bucket];
+        const auto following = [this](Index index) { return next(index); };
+        if (!ChainIndex::isLong(head, following))
+            return;
+        for (Index index = next(head); index != NONE; index = next(index))
+            if (!m_keyOrder.areOrdered(node(head).item, node(index).item))
+                return;
+        m_chains.build(bucket, head, following, IndexOrder {this});
+    }
+
+    /// The place that holds `index` in its chain, out of whose ordered index it is taken.
+    Index* linkTo(Index index) noexcept
+    {
+        const std::size_t bucket = bucketOf(node(index).hash);
+        if (m_chains.has(bucket)) {
+            if (const std::optional<Index> previous = m_chains.remove(bucket, index, next(index)))
+                return *previous != NONE ? &node(*previous).next : &m_heads[bucket];
+        }
+        Index* link = &m_heads[bucket];
+        while (*link != index)
+            link = &node(*link).next;
+        return link;
+    }
+
+    /// Makes empty buckets and returns the old ones.
     Heads replaceHeads(int capacity)
     {
         Heads heads(static_cast<std::size_t>(capacity), NONE);
@@ -194,19 +304,32 @@ private:
 
     void rehash()
     {
-        const Heads old = replaceHeads(2 * capacity() + 1);
+        const int grown = 2 * capacity() + 1;
+        std::vector<std::uint8_t, vxsys::Allocator<std::uint8_t>> lengths(static_cast<std::size_t>(grown));
+        const Heads old = replaceHeads(grown);
+        m_chains.clear();
         for (auto head = old.rbegin(); head != old.rend(); ++head) {
-            for (Index index = *head; index != NONE;)
+            for (Index index = *head; index != NONE;) {
+                const std::size_t bucket = bucketOf(node(index).hash);
                 prepend(std::exchange(index, next(index)));
+                if (lengths[bucket] <= ChainIndex::FEW)
+                    ++lengths[bucket];
+            }
         }
+        for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
+            if (lengths[bucket] > ChainIndex::FEW)
+                indexIfLong(bucket);
     }
 
     float m_load;
+    KeyOrder m_keyOrder;
+    std::uint32_t m_modificationCount = 0;
     int m_size = 0;
     int m_threshold = 0;
     Heads m_heads;
     Nodes m_nodes;
     Index m_free = NONE; ///< a chain of nodes without an item
+    ChainIndex m_chains;
 };
 
 } // namespace vx::collections::detail

@@ -76,7 +76,7 @@ Reference<const Set<Integer32>> IntegerHashMap::createKeySet() const
 
 IntegerHashMap::Table::Index IntegerHashMap::find(int key) const noexcept
 {
-    return m_table.find(hashOf(key), [](const Reference<Object>&) { return true; });
+    return m_table.find(hashOf(key), key, [](const Reference<Object>&) { return true; });
 }
 
 } // namespace vx::collections

@@ -19,7 +19,14 @@ class Set;
 /// Objects, which may be null, by number. A number is its own hash. Growth and load factor are those of `vorb::HashMap`,
 /// and a call that fails leaves the map as it was. One thread at a time.
 class VX_API IntegerHashMap : public Object {
-    using Table = detail::HashTable<Reference<Object>>;
+    /// Numbers with one hash are equal.
+    struct KeyOrder {
+        static bool areOrdered(const Reference<Object>&, const Reference<Object>&) noexcept { return true; }
+        static bool isOrdered(const Reference<Object>&, int) noexcept { return true; }
+        static int compare(const Reference<Object>&, const Reference<Object>&) noexcept { return 0; }
+        static int compare(const Reference<Object>&, int) noexcept { return 0; }
+    };
+    using Table = detail::HashTable<Reference<Object>, KeyOrder>;
 
 public:
     static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
@@ -58,7 +65,7 @@ public:
             return {static_cast<int>(hash), value.get()};
         }
     };
-    /// From bucket 0 up. The map must keep its entries meanwhile.
+    /// From bucket 0 up. The step after a key was added or removed throws an Exception without a message.
     Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
     std::default_sentinel_t end() const noexcept { return {}; }
 

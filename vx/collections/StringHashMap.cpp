@@ -1,5 +1,6 @@
 #include "vx/collections/StringHashMap.h"
 
+#include "vx/ChainIndex.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/HashSet.h"
 #include "vx/detail/StringLocks.h"
@@ -10,6 +11,18 @@
 namespace vx::collections {
 
 using vx::detail::StringReadLock;
+
+int StringHashMap::KeyOrder::compare(const Item& left, const Item& right)
+{
+    const StringReadLock text(right.key);
+    return compare(left, std::u16string_view(text.data(), static_cast<std::size_t>(text.length())));
+}
+
+int StringHashMap::KeyOrder::compare(const Item& left, std::u16string_view right)
+{
+    const StringReadLock text(left.key);
+    return vx::detail::compareForIndex({text.data(), static_cast<std::size_t>(text.length())}, right);
+}
 
 int StringHashMap::calcCapacity(int size)
 {
@@ -63,7 +76,8 @@ bool StringHashMap::isEmpty() const
 
 Reference<Object> StringHashMap::put(const String& key, Object* value)
 {
-    Item item {key, value};
+    Reference<Object> counted(value); // first: a new object is released if anything fails
+    Item item {key, std::move(counted)};
     const auto [hash, found] = find(item.key);
     if (found != Table::NONE)
         return std::exchange(m_table.item(found).value, std::move(item.value));
@@ -88,7 +102,8 @@ Reference<const Set<String>> StringHashMap::createKeySet() const
 StringHashMap::Place StringHashMap::find(const char16_t* chars, int length) const
 {
     const std::uint32_t hash = vx::detail::hashText(chars, length, false);
-    const Table::Index index = m_table.find(hash, [&](const Item& item) {
+    const std::u16string_view key(chars, static_cast<std::size_t>(length));
+    const Table::Index index = m_table.find(hash, key, [&](const Item& item) {
         const StringReadLock stored(item.key);
         return stored.length() == length && vx::detail::equalUnits(stored.data(), chars, length);
     });

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace vx::collections {
@@ -17,8 +18,8 @@ class Set;
 /// Objects, which may be null, by text, whose case counts. Growth and load factor are those of `vorb::HashMap`, and a call
 /// that fails leaves the map as it was. One thread at a time.
 ///
-/// The hash is that of `String`, which samples at most 63 units: keys of regular build that differ between the samples
-/// share a bucket.
+/// The hash is that of `String`, which reads at most 63 units of a key. Keys that differ only in the others share a bucket,
+/// and are then found by a search in logarithmic time.
 class VX_API StringHashMap : public Object {
     struct Item {
         String key;
@@ -30,7 +31,13 @@ class VX_API StringHashMap : public Object {
             left.value.swap(right.value);
         }
     };
-    using Table = detail::HashTable<Item>;
+    struct KeyOrder {
+        static bool areOrdered(const Item&, const Item&) noexcept { return true; }
+        static bool isOrdered(const Item&, std::u16string_view) noexcept { return true; }
+        static int compare(const Item& left, const Item& right);
+        static int compare(const Item& left, std::u16string_view right);
+    };
+    using Table = detail::HashTable<Item, KeyOrder>;
 
 public:
     static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
@@ -70,7 +77,7 @@ public:
     struct ToKeyAndValue {
         KeyAndValue operator()(std::uint32_t, const Item& item) const noexcept { return {item.key, item.value.get()}; }
     };
-    /// From bucket 0 up. The map must keep its entries meanwhile.
+    /// From bucket 0 up. The step after a key was added or removed throws an Exception without a message.
     Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
     std::default_sentinel_t end() const noexcept { return {}; }
 

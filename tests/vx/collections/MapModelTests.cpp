@@ -99,33 +99,35 @@ struct Model {
     int modifications = 0;
 };
 
-/// Of 64 units only every second one counts for the hash, so that three keys share each.
-std::u16string keyText(int number)
+/// Of 64 units only every second one counts for the hash, so that `sharing` keys share each.
+std::u16string keyText(int number, int sharing)
 {
-    std::u16string text(64, static_cast<char16_t>(u'a' + number / 3));
-    text[33] = static_cast<char16_t>(u'0' + number % 3);
+    std::u16string text(64, static_cast<char16_t>(u'a' + number / sharing));
+    text[33] = static_cast<char16_t>(u'0' + number % sharing);
     return text;
 }
-std::uint32_t textHash(int number)
+std::uint32_t textHash(const std::u16string& text)
 {
     std::uint32_t hash = 0;
     for (std::size_t index = 0; index < 64; index += 2)
-        hash = hash * 37 + keyText(number)[index];
+        hash = hash * 37 + text[index];
     return hash;
 }
 
 /// Does the same to a map, its views, entries and iterators, and to the model.
 class Trial {
 public:
-    Trial(unsigned seed, bool isText, IVXComparator* comparator)
+    /// Keys are numbers, or texts of which `sharing` have one hash.
+    Trial(unsigned seed, int sharing, IVXComparator* comparator)
         : m_random(seed)
-        , m_isText(isText)
+        , m_sharing(sharing)
     {
         m_model.load = below(2) == 0 ? 0.75F : 2.5F;
         m_model.buckets.resize(1 + static_cast<std::size_t>(below(4)));
         m_map = new HashMap(comparator, comparator, static_cast<int>(m_model.buckets.size()), m_model.load);
         for (int number = 0; number < 2 * NUMBERS; ++number) // two equal keys of each
-            m_things.push_back(isText ? (new String(keyText(number / 2)))->GetUnknown() : item(number / 2));
+            m_things.push_back(
+                sharing != 0 ? (new String(keyText(number / 2, sharing)))->GetUnknown() : item(number / 2));
         for (int number = 0; number < NUMBERS; ++number)
             m_things.push_back(item(number));
     }
@@ -215,7 +217,9 @@ private:
     IVXUnknown* anyValue() { return below(8) == 0 ? nullptr : thing(2 * NUMBERS + below(NUMBERS)); }
     std::uint32_t hash(int number) const
     {
-        return number == NO_ITEM ? 0 : m_isText ? textHash(number) : static_cast<std::uint32_t>(number);
+        if (number == NO_ITEM)
+            return 0;
+        return m_sharing != 0 ? textHash(keyText(number, m_sharing)) : static_cast<std::uint32_t>(number);
     }
     std::string name(const IVXUnknown* object) const
     {
@@ -300,7 +304,7 @@ private:
     }
 
     std::mt19937 m_random;
-    bool m_isText;
+    int m_sharing;
     std::vector<Reference<IVXUnknown>> m_things;
     Model m_model {};
     Reference<HashMap> m_map;
@@ -316,8 +320,9 @@ TEST(HashMap, DoesWhatAPlainTableDoesInTheSameOrder)
 {
     const unsigned seed = std::random_device()();
     const Reference<IVXComparator> other(new OtherComparator);
-    for (unsigned round = 0; round < 60; ++round) {
-        Trial trial(seed + round, round % 3 != 0, round % 3 == 1 ? other.get() : GetDefaultComparator().get());
+    for (unsigned round = 0; round < 80; ++round) {
+        const int sharing[] = {0, 3, 3, NUMBERS}; // the last makes chains that get an index
+        Trial trial(seed + round, sharing[round % 4], round % 4 == 1 ? other.get() : GetDefaultComparator().get());
         for (int step = 0; step < 500; ++step)
             ASSERT_EQ(trial.step(), "") << "seed " << seed << ", round " << round << ", step " << step;
     }

@@ -9,10 +9,13 @@
 #include "vx/collections/Set.h"
 #include "vx/collections/StringHashMap.h"
 #include "vx/collections/vorb/HashMap.h"
+#include "vx/collections/vorb/HashSet.h"
+#include "vx/util/ROCharBuffer.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <initializer_list>
 #include <limits>
 #include <map>
 #include <string>
@@ -27,6 +30,27 @@ namespace {
 using vorb::HashMap;
 using vorb::Iterator;
 using vorb::MapEntry;
+
+/// Counts how often texts are read through buffers of its kind.
+class ReadCounter : public util::ROCharBuffer {
+public:
+    explicit ReadCounter(const String& text)
+        : ROCharBuffer(text.getData(), text.getLength() + 1)
+        , m_text(text)
+    {
+    }
+
+    const char16_t* getReadLock() const override
+    {
+        ++s_reads;
+        return ROCharBuffer::getReadLock();
+    }
+
+    static inline int s_reads = 0;
+
+private:
+    String m_text; ///< keeps the units
+};
 
 std::string keysOf(const HashMap& map)
 {
@@ -64,7 +88,8 @@ TEST(HashMap, TakesAnyCapacityAndLoad)
         put(*map, keys);
         EXPECT_EQ(keysOf(*map), order);
     }
-    const Reference<HashMap> filled(new HashMap(*mapOf({1, 2, 3, 4, 11}), 0.75F));
+    const Reference<HashMap> source = mapOf({1, 2, 3, 4, 11});
+    const Reference<HashMap> filled(new HashMap(static_cast<const vorb::Map&>(*source)));
     EXPECT_EQ(keysOf(*filled), "4 3 2 1 11 ") << "11 buckets";
     EXPECT_EQ(HashMap::calcCapacity(std::numeric_limits<int>::max()), std::numeric_limits<int>::max());
 }
@@ -156,6 +181,49 @@ TEST(HashMap, IsWholeWhenAnElementThatGoesLooksAtIt)
     EXPECT_EQ(seen + keysOf(*map), "1: 1 0: 6 ");
 }
 
+/// Puts values into a map that use it in their destructors, then clears the map, and another time drops it.
+template <class Map, class Put, class Has>
+std::string useInDestructors(Put put, Has has)
+{
+    std::string seen;
+    for (const bool isCleared : {true, false}) {
+        Reference<Map> map(new Map);
+        for (int key = 1; key <= 3; ++key) {
+            const auto look = [&, key, owner = map.get()] {
+                seen += std::to_string(owner->getSize()) + (has(*owner, key) ? "? " : " ");
+                put(*owner, key, Reference<Object>(new Item(key)).get());
+            };
+            put(*map, key, Reference<Object>(new Looking(look)).get());
+        }
+        if (isCleared)
+            map->clear();
+        map = nullptr;
+    }
+    return seen + std::to_string(Item::s_alive);
+}
+
+TEST(HashMaps, AreWholeForElementsThatUseThemInTheirDestructors)
+{
+    const auto ofPlainKeys = []<class Map>(Map*, auto toKey) {
+        return useInDestructors<Map>([=](Map& map, int key, Object* value) { map.put(toKey(key), value); },
+            [=](Map& map, int key) { return map.get(toKey(key)) != nullptr; });
+    };
+    const std::pair<const char*, std::string> cases[] = {
+        {"HashMap",
+            useInDestructors<HashMap>(
+                [](HashMap& map, int key, Object* value) { map.put(item(key).get(), toElement(value)); },
+                [](HashMap& map, int key) { return map.containsKey(item(key).get()); })},
+        {"HashSet",
+            useInDestructors<vorb::HashSet>([](vorb::HashSet& set, int, Object* value) { set.add(toElement(value)); },
+                [](vorb::HashSet& set, int key) { return set.contains(item(key).get()); })},
+        {"IntegerHashMap", ofPlainKeys(static_cast<IntegerHashMap*>(nullptr), [](int key) { return key; })},
+        {"StringHashMap",
+            ofPlainKeys(static_cast<StringHashMap*>(nullptr), [](int key) { return String::valueOf(key); })},
+    };
+    for (const auto& [map, seen] : cases)
+        EXPECT_EQ(seen, "0 1 2 0 1 2 0") << map;
+}
+
 TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
 {
     const Reference<HashMap> map(new HashMap(3, 1)), full(new HashMap(1, 3));
@@ -169,7 +237,9 @@ TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
     }
     const Reference<IVXUnknown> one = item(1), four = item(4);
     const Reference<Item> value(new Item(7));
-    const String three(u"3");
+    const Reference<vorb::HashSet> set(new vorb::HashSet);
+    const String three(u"3"), another(u"4");
+    const auto fresh = [](int number) { return (new Item(number))->GetUnknown(); };
     const auto entries = map->createEntrySet();
     const Reference<Iterator> iterator = entries->createIterator();
     Reference<IVXUnknown> entry;
@@ -180,10 +250,14 @@ TEST(HashMaps, StandAsBeforeWhereverAnAllocationFails)
         {"put into a full map", [&] { full->put(four.get(), value->GetUnknown()); }},
         {"numbers", [&] { numbers->put(3, value.get()); }},
         {"texts", [&] { texts->put(three, value.get()); }},
+        {"new key", [&] { map->put(fresh(5), nullptr); }},
+        {"new value", [&] { map->put(nullptr, fresh(6)); }},
+        {"new element", [&] { set->add(fresh(7)); }},
+        {"new value by text", [&] { texts->put(another, new Item(8)); }},
     };
     const auto all = [&] {
-        return keysOf(*map) + keysOf(*full) + std::to_string(numbers->getSize() + texts->getSize()) + ", held by "
-            + std::to_string(value->GetRefCount());
+        return keysOf(*map) + keysOf(*full) + std::to_string(numbers->getSize() + texts->getSize() + set->getSize())
+            + ", held by " + std::to_string(value->GetRefCount()) + ", alive " + std::to_string(Item::s_alive);
     };
     for (const auto& [operation, work] : cases) {
         const std::string before = all();
@@ -243,6 +317,120 @@ TEST(HashMap, GoesWithoutRecursionHoweverLongAChainIs)
     EXPECT_EQ(Item::s_alive, alive);
 }
 
+/// All have the hash that the text has without the number, whose digits the hash does not read.
+String collidingText(int number)
+{
+    std::u16string text(64, u'x');
+    for (std::size_t place = 1; number != 0; place += 2, number /= 10)
+        text[place] = static_cast<char16_t>(u'0' + number % 10);
+    return String(text);
+}
+
+/// Reads of their texts, through buffers of the program, tell how many keys a map has compared.
+TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
+{
+    constexpr int KEYS = 3000, MOST_READS = 400;
+    const Reference<HashMap> map(new HashMap);
+    StringHashMap texts;
+    ReadCounter::s_reads = 0;
+    for (int number = 0; number < KEYS; ++number) {
+        const Reference<ReadCounter> buffer(new ReadCounter(collidingText(number)));
+        const Reference<String> key(new String(String::AcquireShare, buffer.get()));
+        for (const bool isNew : {true, false}) {
+            EXPECT_EQ(map->put(key->GetUnknown(), key->GetUnknown()) == nullptr, isNew);
+            EXPECT_EQ(texts.put(*key, key.get()) == nullptr, isNew);
+        }
+    }
+    EXPECT_LT(ReadCounter::s_reads / KEYS, MOST_READS) << "with those of growth";
+    for (int number = 0; number < KEYS; ++number) {
+        const Reference<String> key(new String(collidingText(number * 7 % KEYS)));
+        ReadCounter::s_reads = 0;
+        ASSERT_EQ(map->get(key->GetUnknown()), texts.get(*key)->GetUnknown());
+        ASSERT_EQ(map->remove(key->GetUnknown()), texts.remove(*key)->GetUnknown());
+        ASSERT_TRUE(map->get(key->GetUnknown()) == nullptr && texts.get(*key) == nullptr);
+        ASSERT_LT(ReadCounter::s_reads, 2 * MOST_READS) << number;
+    }
+}
+
+/// The library's own comparator finds only numbers of other kinds equal across classes, and a NaN to nothing.
+TEST(HashMap, TakesNumbersAndOthersThatShareABucket)
+{
+    const Reference<HashMap> map(new HashMap(1, 1000));
+    const auto key = [](double value) { return Reference<Double>(new Double(value)); };
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (int number = 0; number < 50; ++number)
+        EXPECT_EQ(map->put(key(number / 50.0)->GetUnknown(), key(number)->GetUnknown()), nullptr);
+    const auto valueAt
+        = [&](const auto& place) { return dynamic_cast<Number&>(*map->get(place->GetUnknown())).toLong(); };
+    EXPECT_EQ(valueAt(key(-0.0)), 0);
+    EXPECT_EQ(valueAt(key(0.98)), 49);
+    EXPECT_EQ(map->put(key(nan)->GetUnknown(), nullptr), nullptr);
+    EXPECT_EQ(map->put(key(nan)->GetUnknown(), nullptr), nullptr);
+    EXPECT_FALSE(map->containsKey(key(nan)->GetUnknown()));
+    EXPECT_EQ(map->getSize(), 52);
+    EXPECT_EQ(valueAt(Reference<Float>(new Float(0.5F))), 25) << "converted to a Double first";
+    EXPECT_EQ(outcome([&] { map->get(Reference<String>(new String)->GetUnknown()); }),
+        "result " + std::to_string(RESULT_FAIL))
+        << "as the first number says that a text cannot be compared with it";
+    map->put(nullptr, key(7)->GetUnknown());
+    EXPECT_EQ(valueAt(key(0.98)), 49);
+    EXPECT_NE(map->get(nullptr), nullptr);
+    EXPECT_NE(map->remove(key(0.5)->GetUnknown()), nullptr);
+    EXPECT_FALSE(map->containsKey(key(0.5)->GetUnknown()));
+    const auto keys = map->createKeySet();
+    keys->clear();
+    EXPECT_EQ(map->getSize(), 0);
+}
+
+TEST(HashMap, StaysWholeThoughKeysInALongBucketAreChanged)
+{
+    Random random;
+    const Reference<HashMap> map(new HashMap(3, 100));
+    std::vector<Reference<String>> keys;
+    for (int number = 0; number < 60; ++number) {
+        keys.emplace_back(new String(collidingText(number)));
+        map->put(keys.back()->GetUnknown(), nullptr);
+    }
+    for (int step = 0; step < 2000; ++step) {
+        const Reference<String>& key = keys[random() % keys.size()];
+        switch (random() % 3) {
+        case 0:
+            key->setCharAt(1, static_cast<char16_t>(random() % 0x80));
+            break;
+        case 1:
+            map->put(key->GetUnknown(), nullptr);
+            break;
+        default:
+            map->remove(key->GetUnknown());
+        }
+    }
+    int count = 0;
+    for ([[maybe_unused]] const auto entry : *map)
+        ++count;
+    EXPECT_EQ(count, map->getSize());
+    const Reference<Iterator> iterator = map->createEntrySet()->createIterator();
+    for (; iterator->hasNext(); iterator->remove())
+        iterator->next();
+    EXPECT_EQ(map->getSize(), 0);
+    for (const Reference<String>& key : keys)
+        EXPECT_EQ(key->GetRefCount(), 1U);
+}
+
+TEST(HashMap, IsWalkedByARangeForOverAViewThatNothingElseHolds)
+{
+    std::string text;
+    for (const auto& key : *mapOf({1, 2})->createKeySet())
+        text += textOf(key) + ' ';
+    for (const auto& entry : *mapOf({3})->createEntrySet())
+        text += textOf(MapEntry::of(entry.get()).getValue()) + ' ';
+    for (const auto [key, value] : *mapOf({4}))
+        text += textOf(valueOf(key));
+    EXPECT_EQ(text, "2 1 30 4");
+    using Dereferenced = decltype(*std::declval<Reference<HashMap>>());
+    static_assert(!std::is_lvalue_reference_v<Dereferenced>, "`auto& map = *newMap()` would outlive the map");
+    static_assert(std::is_convertible_v<Dereferenced, const vorb::Map&>);
+}
+
 TEST(HashMap, GivesTheSameEntryToReadersAtTheSameTime)
 {
     for (int round = 0; round < 20; ++round) {
@@ -299,6 +487,25 @@ struct PlainKeyMaps : testing::Test {
 
 using PlainKeyMapTypes = testing::Types<IntegerHashMap, StringHashMap>;
 TYPED_TEST_SUITE(PlainKeyMaps, PlainKeyMapTypes);
+
+TYPED_TEST(PlainKeyMaps, NoticeInARangeForThatTheyChange)
+{
+    TypeParam map;
+    for (const auto& [result, change] : std::initializer_list<std::pair<const char*, std::function<void(int)>>> {
+             {"done", [&](int key) { map.put(this->key(key), Reference<Item>(new Item(key)).get()); }},
+             {"plain", [&](int key) { map.remove(this->key(key)); }},
+             {"plain", [&](int key) { map.put(this->key(key + 300), nullptr); }},
+             {"plain", [&](int) { map.clear(); }},
+         }) {
+        for (int key = 1; key < 4; ++key)
+            map.put(this->key(key), nullptr);
+        EXPECT_EQ(outcome([&] {
+            for (const auto entry : map)
+                change(this->numberOf(entry.key));
+        }),
+            result);
+    }
+}
 
 TYPED_TEST(PlainKeyMaps, DoWhatAnotherMapDoes)
 {

@@ -59,14 +59,38 @@ int HashMap::calcCapacity(int size)
     return Table::calcCapacity(size);
 }
 
+bool HashMap::KeyOrder::areOrdered(const Item& left, const Item& right) const
+{
+    return isOrdered(left, right.key());
+}
+
+bool HashMap::KeyOrder::isOrdered(const Item& item, const IVXUnknown* key) const
+{
+    return hasOwnComparator && detail::areOrdered(item.key(), key);
+}
+
+int HashMap::KeyOrder::compare(const Item& left, const Item& right)
+{
+    return compare(left, right.key());
+}
+
+int HashMap::KeyOrder::compare(const Item& item, const IVXUnknown* key)
+{
+    return detail::compareForIndex(item.key(), key);
+}
+
 HashMap::HashMap(int capacity, float load)
-    : m_table(capacity, load)
+    : m_table(capacity, load, KeyOrder {true})
+    , m_hasOwnKeyComparator(true)
+    , m_hasOwnValueComparator(true)
 {
 }
 
 HashMap::HashMap(const IVXComparator* key, const IVXComparator* value, int capacity, float load)
     : AbstractMap(key, value)
-    , m_table(capacity, load)
+    , m_table(capacity, load, KeyOrder {detail::isOwnComparator(key)})
+    , m_hasOwnKeyComparator(detail::isOwnComparator(key))
+    , m_hasOwnValueComparator(detail::isOwnComparator(value))
 {
 }
 
@@ -83,9 +107,7 @@ HashMap::HashMap(const Map& map, const IVXComparator* key, const IVXComparator* 
 }
 
 HashMap::HashMap(const HashMap& other)
-    : Map()
-    , AbstractMap(other)
-    , m_table(other.m_table.capacity(), other.m_table.load())
+    : HashMap(other.getKeyComparator(), other.getValueComparator(), other.m_table.capacity(), other.m_table.load())
 {
     for (const auto [key, value] : other)
         HashMap::put(key, value);
@@ -135,7 +157,7 @@ int HashMap::getSize() const
 
 Reference<IVXUnknown> HashMap::put(IVXUnknown* key, IVXUnknown* value)
 {
-    Item item(key, value); // counted first: nobody else may hold the key while the comparator is asked
+    Item item(key, value); // counted first: a new object is released if anything fails
     const std::uint32_t hash = getKeyHashCode(key);
     const Index found = find(key, hash);
     if (found != NONE)
@@ -156,11 +178,6 @@ bool HashMap::containsEntry(const IVXUnknown* element) const
     const MapEntry& entry = MapEntry::of(element);
     const Index found = find(entry.getKey().get());
     return found != NONE && valuesEqual(m_table.item(found).value(), entry.getValue().get());
-}
-
-bool HashMap::isOwn(const IVXComparator* comparator) noexcept
-{
-    return detail::isOwnComparator(comparator);
 }
 
 std::uint32_t HashMap::getKeyHashCode(const IVXUnknown* key) const
@@ -189,7 +206,7 @@ bool HashMap::areEqual(
 
 HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
 {
-    return m_table.find(hash, [&](const Item& item) {
+    return m_table.find(hash, key, [&](const Item& item) {
         item.prefetchValue(); // on its way while the keys are compared
         return keysEqual(item.key(), key);
     });

@@ -13,16 +13,30 @@
 
 namespace vx::collections::vorb {
 
-/// The map for keys of any kind: buckets by the key's hash, which is asked once for each call and kept with the entry.
+/// The map for keys of any kind. The bucket of a key is its hash modulo the capacity; each call takes the hash of its key
+/// once.
 ///
-/// It is iterated from the last bucket, which is hash modulo capacity, down to the first, within one from the newest entry
-/// on. Growth from n buckets to 2n + 1 comes before the new entry that finds as many as the capacity times the load factor;
-/// it turns the order within buckets round. The capacity never shrinks. A call that fails leaves the map as it was.
+/// Iteration goes from the last bucket down to the first, and within a bucket from the newest entry to the oldest. When a
+/// new entry finds as many entries as the capacity times the load factor, n buckets first become 2n + 1, which reverses the
+/// order within buckets. The capacity never shrinks. A call that fails leaves the map as it was.
 ///
-/// A comparator that changes the map while it is asked makes that call throw an Exception without a message.
+/// In a bucket with many entries, texts (`String`) and number boxes under the default comparator are found in logarithmic
+/// time, provided that their owners do not change them there. For all other keys and comparators the time grows with the
+/// number of entries of the bucket: the comparator is called for each that has the hash of the key.
+///
+/// A comparator that changes the map while it is called makes that call throw an Exception without a message.
 class VX_API HashMap : public AbstractMap {
     class Item;
-    using Table = collections::detail::HashTable<Item>;
+    /// Orders the keys that the library compares itself: texts, and number boxes of one class.
+    struct KeyOrder {
+        bool areOrdered(const Item& left, const Item& right) const;
+        bool isOrdered(const Item& item, const IVXUnknown* key) const;
+        static int compare(const Item& left, const Item& right);
+        static int compare(const Item& item, const IVXUnknown* key);
+
+        bool hasOwnComparator;
+    };
+    using Table = collections::detail::HashTable<Item, KeyOrder>;
 
 public:
     static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
@@ -36,8 +50,8 @@ public:
     /// Neither comparator is null.
     HashMap(const IVXComparator* key, const IVXComparator* value, int capacity, float load);
     /// With the default comparators, whatever `map` has.
-    HashMap(const Map& map, float load);
-    HashMap(const Map& map, const IVXComparator* key, const IVXComparator* value, float load);
+    explicit HashMap(const Map& map, float load = DEFAULT_LOAD);
+    HashMap(const Map& map, const IVXComparator* key, const IVXComparator* value, float load = DEFAULT_LOAD);
     /// Comparators, capacity and load factor are those of `other`; keys and values are shared.
     HashMap(const HashMap& other);
     ~HashMap() noexcept(false) override;
@@ -72,8 +86,6 @@ private:
     using Index = Table::Index;
     static constexpr Index NONE = Table::NONE;
 
-    static bool isOwn(const IVXComparator* comparator) noexcept;
-
     bool containsEntry(const IVXUnknown* element) const;
     std::uint32_t getKeyHashCode(const IVXUnknown* key) const;
     bool keysEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
@@ -91,11 +103,11 @@ private:
     }
 
     Table m_table;
-    bool m_hasOwnKeyComparator = isOwn(getKeyComparator()); ///< so that text may go the short way
-    bool m_hasOwnValueComparator = isOwn(getValueComparator());
+    bool m_hasOwnKeyComparator; ///< that of the library, which need not be called for texts
+    bool m_hasOwnValueComparator;
 };
 
-/// A key with its value. The entry object is made when somebody asks for it, and is then what owns both.
+/// A key with its value. The entry object is made at the first request, and then owns both.
 class HashMap::Item {
 public:
     Item() noexcept = default;

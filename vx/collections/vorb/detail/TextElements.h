@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-// How maps ask a comparator. Text, by far the most frequent key, goes the short way where the comparator is the library's
-// own, which would come to the same result through the component view of each string.
+// How maps call a comparator. The library's own comparator is not called for texts, by far the most frequent keys: it
+// would come to the same result through the component view of each text.
 
 namespace vx::collections::vorb::detail {
 
@@ -48,5 +48,12 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
     const vx::detail::StringReadLock right(*otherText);
     return left.length() == right.length() && vx::detail::equalUnits(left.data(), right.data(), left.length());
 }
+
+/// Whether both are texts, or number boxes of one class. The library's own comparator finds such keys equal exactly if
+/// `compareForIndex` gives 0 for them; a NaN alone is equal to no number there.
+bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept;
+
+/// Below, equal to or above 0, for two keys of one kind. Keys of different kinds are ordered by kind.
+int compareForIndex(const IVXUnknown* left, const IVXUnknown* right);
 
 } // namespace vx::collections::vorb::detail

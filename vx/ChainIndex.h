@@ -1,0 +1,127 @@
+#pragma once
+
+#include "vxsys/Memory.h"
+
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace vx::detail {
+
+/// Ordered indexes of the long chains of a hash table, by bucket. Keys that an attacker chose so that they share a bucket
+/// make a chain as long as there are keys. With an index, an entry of it is found, added and removed in logarithmic time.
+/// The chain itself, and so the order of iteration, stays as it is.
+///
+/// `Entry` names an entry of the table, and `NONE` stands for the end of a chain. `Order` compares two entries by hash, then
+/// by key, then by the entries themselves, and an entry with what a caller of `find` wants. It need not be right: where it
+/// contradicts itself, because a caller changed a key that is in the table, the chain loses its index. So does a chain for
+/// which there is no memory. `has` says whether a chain has one.
+template <class Entry, Entry NONE, class Order>
+class ChainIndex {
+public:
+    /// The entries of a chain that need no index.
+    static constexpr int FEW = 12;
+
+    bool isEmpty() const noexcept { return m_chains.empty(); }
+    bool has(std::size_t bucket) const noexcept { return !m_chains.empty() && m_chains.contains(bucket); }
+
+    /// Whether a chain from `head` on has more than FEW entries.
+    template <class Next>
+    static bool isLong(Entry head, Next next) noexcept
+    {
+        int length = 0;
+        for (; head != NONE && length <= FEW; head = next(head))
+            ++length;
+        return length > FEW;
+    }
+
+    /// Makes the index of the chain from `head` on.
+    template <class Next>
+    void build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
+    {
+        try {
+            Chain chain(order);
+            for (Entry entry = head, previous = NONE; entry != NONE; previous = entry, entry = next(entry))
+                chain.emplace(entry, previous);
+            m_chains.insert_or_assign(bucket, std::move(chain));
+        } catch (...) {
+            drop(bucket);
+        }
+    }
+
+    /// Adds a new head in front of `oldHead`.
+    void prepend(std::size_t bucket, Entry head, Entry oldHead) noexcept
+    {
+        try {
+            Chain& chain = m_chains.find(bucket)->second;
+            chain.emplace(head, NONE);
+            if (oldHead == NONE)
+                return;
+            if (const auto place = chain.find(oldHead); place != chain.end())
+                place->second = head;
+            else
+                drop(bucket);
+        } catch (...) {
+            drop(bucket);
+        }
+    }
+
+    /// Takes out an entry that `next` follows. The result is the entry before it, NONE for the head.
+    std::optional<Entry> remove(std::size_t bucket, Entry entry, Entry next) noexcept
+    {
+        try {
+            Chain& chain = m_chains.find(bucket)->second;
+            const auto place = chain.find(entry);
+            const auto following = next != NONE ? chain.find(next) : chain.end();
+            if (place != chain.end() && (next == NONE || following != chain.end())) {
+                const Entry previous = place->second;
+                if (next != NONE)
+                    following->second = previous;
+                chain.erase(place);
+                if (chain.empty())
+                    drop(bucket);
+                return previous;
+            }
+        } catch (...) {
+        }
+        drop(bucket);
+        return std::nullopt;
+    }
+
+    /// The entry that is equal to `wanted`, NONE if there is none.
+    template <class Wanted>
+    Entry find(std::size_t bucket, const Wanted& wanted) const
+    {
+        const Chain& chain = m_chains.find(bucket)->second;
+        const auto place = chain.find(wanted);
+        return place != chain.end() ? place->first : NONE;
+    }
+
+    void drop(std::size_t bucket) noexcept
+    {
+        if (const auto place = m_chains.find(bucket); place != m_chains.end())
+            m_chains.erase(place);
+    }
+    void clear() noexcept { m_chains.clear(); }
+
+private:
+    template <class Key, class Value, class Compare>
+    using Tree = std::map<Key, Value, Compare, vxsys::Allocator<std::pair<const Key, Value>>>;
+    using Chain = Tree<Entry, Entry, Order>; ///< each entry, with the one before it in its chain
+
+    Tree<std::size_t, Chain, std::less<>> m_chains;
+};
+
+/// Below, equal to or above 0: an order of texts for indexes only, shorter ones first.
+inline int compareForIndex(std::u16string_view left, std::u16string_view right) noexcept
+{
+    if (left.size() != right.size())
+        return left.size() < right.size() ? -1 : 1;
+    return left.empty() ? 0 : std::memcmp(left.data(), right.data(), left.size() * sizeof(char16_t));
+}
+
+} // namespace vx::detail

@@ -1,0 +1,78 @@
+#include "vx/collections/vorb/detail/TextElements.h"
+
+#include "vx/ChainIndex.h"
+#include "vx/NumberBoxes.h"
+
+#include <cmath>
+#include <typeinfo>
+
+namespace vx::collections::vorb::detail {
+
+namespace {
+
+constexpr int NO_KIND = -1, TEXT = 0, FLOATS = 1, DOUBLES = 2; // all others are integers
+
+/// The kind of a key that can be ordered, NO_KIND for any other.
+int kindOf(const IVXUnknown* key) noexcept
+{
+    static const std::type_info* const KINDS[]
+        = {&typeid(String), &typeid(Float), &typeid(Double), &typeid(Integer8), &typeid(Integer16), &typeid(Integer32),
+            &typeid(Integer64), &typeid(UInteger8), &typeid(UInteger16), &typeid(UInteger32), &typeid(UInteger64)};
+    if (key == nullptr)
+        return NO_KIND;
+    const std::type_info& type = typeid(*key);
+    int kind = 0;
+    for (const std::type_info* known : KINDS) {
+        if (*known == type)
+            return kind;
+        ++kind;
+    }
+    return NO_KIND;
+}
+
+int compareTexts(const String& left, const String& right)
+{
+    const vx::detail::StringReadLock leftText(left);
+    const vx::detail::StringReadLock rightText(right);
+    return vx::detail::compareForIndex({leftText.data(), static_cast<std::size_t>(leftText.length())},
+        {rightText.data(), static_cast<std::size_t>(rightText.length())});
+}
+
+template <class Value>
+int compareValues(Value left, Value right) noexcept
+{
+    return left < right ? -1 : left > right ? 1 : 0;
+}
+
+/// A NaN after all numbers.
+int compareReals(double left, double right) noexcept
+{
+    if (std::isnan(left) || std::isnan(right))
+        return static_cast<int>(std::isnan(left)) - static_cast<int>(std::isnan(right));
+    return compareValues(left, right);
+}
+
+} // namespace
+
+bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept
+{
+    const int kind = kindOf(left);
+    return kind != NO_KIND && kind == kindOf(right);
+}
+
+int compareForIndex(const IVXUnknown* left, const IVXUnknown* right)
+{
+    const int kind = kindOf(left);
+    if (const int order = kind - kindOf(right))
+        return order;
+    if (kind == NO_KIND)
+        return 0;
+    if (kind == TEXT)
+        return compareTexts(*asText(left), *asText(right));
+    const auto& leftNumber = dynamic_cast<const Number&>(*left);
+    const auto& rightNumber = dynamic_cast<const Number&>(*right);
+    return kind == FLOATS || kind == DOUBLES ? compareReals(leftNumber.toDouble(), rightNumber.toDouble())
+                                             : compareValues(leftNumber.toInt64(), rightNumber.toInt64());
+}
+
+} // namespace vx::collections::vorb::detail
