@@ -1,23 +1,31 @@
 #pragma once
 
 #include "legacy/CVXSmartPtr.h"
+#include "vx/Exception.h"
 #include "vx/Object.h"
+#include "vx/collections/Element.h"
 #include "vx/collections/vorb/Map.h"
 
-/// A map of counted objects with types for its keys and values. It counts and fills another map.
+/// A map of counted objects with types for its keys and values, which may be null. It keeps a reference on another map, and
+/// all entries are in that one.
 template <class K, class V>
 class CVXObjectMap : public vx::Object {
 public:
-    /// Not null.
+    /// Throws Exception if `map` is null.
     explicit CVXObjectMap(vx::collections::vorb::Map* map)
         : m_map(map)
     {
+        if (map == nullptr)
+            throw vx::Exception(u"A map of objects needs a map");
     }
 
     /// Null for a key that is not there, and for a value of another type.
-    CVXSmartPtr<V> get(const K* key) const { return cast(m_map->get(key->GetUnknown())); }
-    /// Gives the value before.
-    CVXSmartPtr<V> put(K* key, V* value) { return cast(m_map->put(key->GetUnknown(), value->GetUnknown())); }
+    CVXSmartPtr<V> get(const K* key) const { return cast(m_map->get(vx::collections::toElement(key))); }
+    /// Returns the old value.
+    CVXSmartPtr<V> put(K* key, V* value)
+    {
+        return cast(m_map->put(vx::collections::toElement(key), vx::collections::toElement(value)));
+    }
 
 private:
     static CVXSmartPtr<V> cast(const vx::Reference<IVXUnknown>& value) { return dynamic_cast<V*>(value.get()); }

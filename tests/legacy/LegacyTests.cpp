@@ -6,6 +6,7 @@
 #include "vx/Exception.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
+#include "vx/collections/vorb/HashMap.h"
 
 #include <gtest/gtest.h>
 
@@ -60,6 +61,19 @@ TEST(CVXSmartPtr, CountsAsReferencesDo)
     EXPECT_EQ(std::exchange(property, nullptr)->GetRefCount(), 2U);
     String text;
     EXPECT_EQ(view->GetKey(&text), 0) << "the other reference keeps the object";
+}
+
+TEST(CVXObjectMap, TakesNullForKeysAndValuesButNotForItsMap)
+{
+    EXPECT_THROW((CVXObjectMap<String, Integer32>(nullptr)), Exception);
+    CVXObjectMap<String, Integer32> map(new collections::vorb::HashMap);
+    EXPECT_EQ(map.get(nullptr), nullptr);
+    EXPECT_EQ(map.put(nullptr, new Integer32(1)), nullptr);
+    const CVXSmartPtr<Integer32> one = map.put(nullptr, nullptr);
+    ASSERT_NE(one, nullptr);
+    EXPECT_EQ(*one, 1);
+    EXPECT_EQ(map.put(new String(u"key"), nullptr), nullptr);
+    EXPECT_EQ(map.get(nullptr), nullptr);
 }
 
 TEST(CVXProperty, KeepsNumbersAsText)
