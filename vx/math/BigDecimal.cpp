@@ -8,8 +8,12 @@
 #include "vxsys/Number.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -31,11 +35,6 @@ BigInteger powerOfTen(std::int64_t exponent)
     return power;
 }
 
-int signOf(const BigInteger& value)
-{
-    return value.isZero() ? 0 : value.isNegative() ? -1 : 1;
-}
-
 /// As "%f" prints it in the C locale.
 String printed(double value)
 {
@@ -44,7 +43,123 @@ String printed(double value)
     return String(std::string_view(text, static_cast<std::size_t>(end - text)));
 }
 
+BigInteger powerOfTwo(std::int64_t exponent)
+{
+    BigInteger power;
+    power.setBit(static_cast<int>(exponent));
+    return power;
+}
+
 } // namespace
+
+/// The size of a number that is not 0, in a time that hardly depends on its digits: `m_mantissa` times 2 to the power of
+/// `m_exponent`, at most 1 part in 2 to the power of ACCURACY away from it.
+class BigDecimal::Estimate {
+public:
+    static constexpr int ACCURACY = 190;
+
+    explicit Estimate(const BigDecimal& number)
+    {
+        const auto limbs = number.m_unscaled.limbs();
+        const std::size_t used = std::min(limbs.size(), std::size_t {LIMBS});
+        m_mantissa.setLimbs(limbs.last(used), false);
+        m_exponent = LIMB_BITS * static_cast<std::int64_t>(limbs.size() - used);
+
+        const Estimate power = tenTo(std::abs(std::int64_t {number.m_scale}));
+        if (number.m_scale <= 0) {
+            multiply(power);
+            return;
+        }
+        BigInteger rest;
+        m_mantissa.multiply(powerOfTwo(2 * LIMBS * LIMB_BITS));
+        m_mantissa.divide(power.m_mantissa, rest);
+        m_exponent -= 2 * LIMBS * LIMB_BITS + power.m_exponent;
+    }
+
+    /// -1 or 1 if one of the numbers is certainly below the other, else 0.
+    int compareTo(const Estimate& other) const
+    {
+        const std::int64_t top = m_exponent + m_mantissa.getBitCount();
+        const std::int64_t otherTop = other.m_exponent + other.m_mantissa.getBitCount();
+        if (std::abs(top - otherTop) > 1)
+            return top < otherTop ? -1 : 1;
+        const std::int64_t lowest = std::min(m_exponent, other.m_exponent);
+        BigInteger difference = m_mantissa;
+        difference.multiply(powerOfTwo(m_exponent - lowest));
+        BigInteger subtrahend = other.m_mantissa;
+        subtrahend.multiply(powerOfTwo(other.m_exponent - lowest));
+        difference.subtract(subtrahend);
+        if (difference.getBitCount() + lowest < top - ACCURACY + 2)
+            return 0;
+        return difference.isNegative() ? -1 : 1;
+    }
+
+    /// The nearest double, if that is certain: not between two of them, nor at the ends of their range.
+    std::optional<double> toDouble() const
+    {
+        constexpr int LEAST = -1000, GREATEST = 1000;
+        const std::int64_t top = m_exponent + m_mantissa.getBitCount();
+        if (top < LEAST || top > GREATEST)
+            return std::nullopt;
+        BigInteger error;
+        error.setBit(m_mantissa.getBitCount() - ACCURACY);
+        BigInteger least = m_mantissa, most = m_mantissa;
+        least.subtract(error);
+        most.add(error);
+        const double result = rounded(least);
+        return result == rounded(most) ? std::optional(result) : std::nullopt;
+    }
+
+private:
+    static constexpr int LIMBS = 5, LIMB_BITS = 64;
+
+    explicit Estimate(int value)
+        : m_mantissa(value)
+    {
+    }
+
+    static Estimate tenTo(std::int64_t exponent)
+    {
+        Estimate result(1), square(10);
+        for (; exponent != 0; exponent /= 2) {
+            if (exponent % 2 != 0)
+                result.multiply(square);
+            square.multiply(square);
+        }
+        return result;
+    }
+
+    void multiply(const Estimate& other)
+    {
+        m_mantissa.multiply(other.m_mantissa);
+        m_exponent += other.m_exponent;
+        const auto limbs = m_mantissa.limbs();
+        if (limbs.size() <= LIMBS)
+            return;
+        m_exponent += LIMB_BITS * static_cast<std::int64_t>(limbs.size() - LIMBS);
+        BigInteger high;
+        high.setLimbs(limbs.last(LIMBS), false);
+        m_mantissa = std::move(high);
+    }
+
+    double rounded(const BigInteger& mantissa) const
+    {
+        const auto limbs = mantissa.limbs();
+        const int unused = std::countl_zero(limbs.back());
+        std::uint64_t high = limbs.back() << unused;
+        if (limbs.size() > 1) {
+            const std::uint64_t next = limbs[limbs.size() - 2];
+            if (unused != 0)
+                high |= next >> (LIMB_BITS - unused);
+            high |= 1; // there is more below, so that this is no half
+        }
+        const std::int64_t exponent = m_exponent + LIMB_BITS * static_cast<std::int64_t>(limbs.size() - 1) - unused;
+        return std::ldexp(static_cast<double>(high), static_cast<int>(exponent));
+    }
+
+    BigInteger m_mantissa;
+    std::int64_t m_exponent = 0;
+};
 
 BigDecimal::BigDecimal() noexcept = default;
 
@@ -211,7 +326,17 @@ std::int64_t BigDecimal::toInt64() const
 
 double BigDecimal::toDouble() const
 {
-    return VXStrToDW(TerminatedText(toString()), nullptr);
+    constexpr std::int64_t FEW_BITS = 4096;
+    if (bitCount() > FEW_BITS) {
+        if (const std::optional<double> size = Estimate(*this).toDouble())
+            return isNegative() ? -*size : *size;
+    }
+    String text = m_unscaled.toString();
+    if (isNegative() && text[0] != u'-') // a zero
+        text = u"-" + text;
+    text += u'e';
+    text += String::valueOf(-std::int64_t {m_scale});
+    return VXStrToDW(TerminatedText(text), nullptr);
 }
 
 BigInteger BigDecimal::toBigInteger() const
@@ -290,7 +415,7 @@ void BigDecimal::setScale(int scale)
 {
     const std::int64_t difference = std::int64_t {scale} - m_scale;
     if (difference > 0) {
-        if (!m_unscaled.isZero())
+        if (sign() != 0)
             m_unscaled.multiply(powerOfTen(difference));
     } else if (difference < 0) {
         if (-difference > m_unscaled.getBitCount() / 3) { // a power of ten has more than three bits for each zero
@@ -325,25 +450,43 @@ signed char* BigDecimal::getData()
     return m_unscaled.getData();
 }
 
+std::int64_t BigDecimal::bitCount() const
+{
+    const auto limbs = m_unscaled.limbs();
+    return limbs.empty() ? 0 : 64 * static_cast<std::int64_t>(limbs.size()) - std::countl_zero(limbs.back());
+}
+
+int BigDecimal::sign() const
+{
+    return m_unscaled.limbs().empty() ? 0 : isNegative() ? -1 : 1;
+}
+
 int BigDecimal::compareTo(const BigDecimal& other) const
 {
-    const int sign = signOf(m_unscaled);
-    const int otherSign = signOf(other.m_unscaled);
-    if (sign != otherSign)
-        return sign < otherSign ? -1 : 1;
+    const int ours = sign();
+    const int theirs = other.sign();
+    if (ours != theirs)
+        return ours < theirs ? -1 : 1;
+    if (ours == 0)
+        return 0;
 
     // Numbers of different size need not be brought to one scale, which may be far away.
     constexpr double DIGITS_IN_BIT = 0.301029995663981195;
-    const double size = m_unscaled.getBitCount() * DIGITS_IN_BIT - m_scale;
-    const double otherSize = other.m_unscaled.getBitCount() * DIGITS_IN_BIT - other.m_scale;
+    const double size = static_cast<double>(bitCount()) * DIGITS_IN_BIT - m_scale;
+    const double otherSize = static_cast<double>(other.bitCount()) * DIGITS_IN_BIT - other.m_scale;
     if (size > otherSize + 1)
-        return sign;
+        return ours;
     if (otherSize > size + 1)
-        return -sign;
+        return -ours;
 
+    constexpr std::int64_t NEAR = 1000;
+    if (std::abs(std::int64_t {m_scale} - other.m_scale) > NEAR) {
+        if (const int order = Estimate(*this).compareTo(Estimate(other)))
+            return ours * order;
+    }
     BigDecimal difference(*this);
     difference.subtract(other);
-    return signOf(difference.m_unscaled);
+    return difference.sign();
 }
 
 void BigDecimal::parseDecimal(const String& text)

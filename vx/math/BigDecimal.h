@@ -84,8 +84,13 @@ protected:
     void parseDecimal(const String& text);
 
 private:
+    class Estimate;
+
     template <class Integer>
     BigDecimal& setInteger(Integer value);
+    /// Without zero bytes at the top, which callers may have written through `getData`.
+    std::int64_t bitCount() const;
+    int sign() const;
 
     BigInteger m_unscaled;
     int m_scale = 0;

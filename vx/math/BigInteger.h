@@ -110,6 +110,8 @@ protected:
     void setByteArray(const signed char* bytes, int size, bool negative);
 
 private:
+    friend class BigDecimal;
+
     using Limb = std::uint64_t;
 
     static void setBit(signed char* bytes, int size, int n);

@@ -149,6 +149,43 @@ TEST(BigDecimal, ComparesByValue)
     }
 }
 
+/// 100 million digits behind the point, which nothing prints, and as many in front of it.
+TEST(BigDecimal, IsComparedAndRoundedHoweverFarItsScale)
+{
+    constexpr int FAR = 100'000'000;
+    EXPECT_EQ(BigDecimal(BigInteger(1), FAR).toDouble(), 0.0);
+    EXPECT_EQ(BigDecimal(BigInteger(-1), -FAR).toDouble(), -std::numeric_limits<double>::infinity());
+    EXPECT_EQ(BigDecimal(BigInteger(1), FAR).compareTo(BigDecimal(BigInteger(2), FAR)), -1);
+    const std::tuple<const char16_t*, double, int> rows[] = {
+        {u"-1.5", -1.5, -1}, {u"0.1", 0.1, 0}, {u"12345678901234567890.5", 12345678901234567890.5, 1},
+        {u"9007199254740993", 9007199254740992.0, -1}, // a half: to the even one
+    };
+    for (const auto& [text, real, more] : rows) {
+        BigDecimal value(text);
+        BigDecimal other(value);
+        value.setScale(20'000);
+        EXPECT_EQ(value.toDouble(), real) << String(text);
+        EXPECT_EQ(value.compareTo(other), 0) << String(text);
+        value.add(BigDecimal(BigInteger(more), 20'000));
+        EXPECT_EQ(value.compareTo(other), more) << String(text);
+        other.add(BigDecimal(BigInteger(1), 30));
+        EXPECT_EQ(value.compareTo(other), -1) << String(text);
+        EXPECT_EQ(other.compareTo(value), 1) << String(text);
+    }
+}
+
+TEST(BigDecimal, IsComparedByWhatCallersWroteIntoItsData)
+{
+    BigDecimal value(BigInteger(0x1234), 0);
+    value.getData()[1] = 0;
+    EXPECT_EQ(value.compareTo(BigDecimal(0x34)), 0);
+    EXPECT_EQ(value.compareTo(BigDecimal(0x35)), -1);
+    value.getData()[0] = 0;
+    EXPECT_EQ(value.compareTo(BigDecimal()), 0);
+    EXPECT_EQ(value.compareTo(BigDecimal(-1)), 1);
+    EXPECT_EQ(value.toDouble(), 0.0);
+}
+
 TEST(BigDecimal, KeepsItsValueWhenTheScaleGoesTooFar)
 {
     BigDecimal value(BigInteger(-5), 2000000000);
