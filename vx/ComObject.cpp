@@ -9,11 +9,23 @@
 
 namespace vx {
 
+namespace {
+
+struct State {
+    int depth = 0; ///< of the destructors that run
+    const ComObject* waiting = nullptr; ///< the first of the objects to destroy next
+    const ComObject** place = nullptr; ///< the link at which another one is put in
+};
+
+constinit thread_local State t_state {};
+
+} // namespace
+
 /// The destructors of counted objects that run on this thread, one inside the other. A thread has objects that wait only
 /// while such destructors run, so nothing is left to do when it ends.
 class ComObject::Destruction {
 public:
-    static bool isTooDeep() noexcept { return s_state.depth == DEEPEST; }
+    static bool isTooDeep() noexcept { return t_state.depth == DEEPEST; }
 
     /// Destroys `object`, and then the objects that were deferred meanwhile.
     static void run(const ComObject* object)
@@ -25,29 +37,23 @@ public:
     /// Destroys `object` once the destructor that runs now has ended, after what that one deferred before.
     static void defer(const ComObject* object) noexcept
     {
-        object->m_life.next = std::exchange(*s_state.place, object);
-        s_state.place = &object->m_life.next;
+        object->m_life.next = std::exchange(*t_state.place, object);
+        t_state.place = &object->m_life.next;
     }
 
 private:
     static constexpr int DEEPEST = 100;
 
-    struct State {
-        int depth = 0;
-        const ComObject* waiting = nullptr;
-        const ComObject** place = nullptr; ///< the link at which the next one is put in
-    };
-
     Destruction() noexcept
     {
-        if (++s_state.depth == DEEPEST)
-            s_state.place = &s_state.waiting;
+        if (++t_state.depth == DEEPEST)
+            t_state.place = &t_state.waiting;
     }
     ~Destruction()
     {
-        if (s_state.depth == DEEPEST)
+        if (t_state.depth == DEEPEST)
             destroyWaiting();
-        --s_state.depth;
+        --t_state.depth;
     }
 
     static void destroyNow(const ComObject* object)
@@ -61,20 +67,16 @@ private:
 
     static void destroyWaiting() noexcept
     {
-        while (const ComObject* object = s_state.waiting) {
-            s_state.waiting = object->m_life.next;
-            s_state.place = &s_state.waiting; // what this one defers comes before the others that wait
+        while (const ComObject* object = t_state.waiting) {
+            t_state.waiting = object->m_life.next;
+            t_state.place = &t_state.waiting; // what this one defers comes before the others that wait
             try {
                 destroyNow(object);
             } catch (...) { // the release that led here has returned
             }
         }
     }
-
-    static constinit thread_local State s_state;
 };
-
-constinit thread_local ComObject::Destruction::State ComObject::Destruction::s_state {};
 
 ComObject::ComObject(const ComObject& other) noexcept
     : IVXUnknown()
