@@ -25,6 +25,8 @@ class ChainIndex {
 public:
     /// The entries of a chain that need no index.
     static constexpr int FEW = 12;
+    /// The entries that a search looks at before it asks for the index.
+    static constexpr int FIRST = 3;
 
     bool isEmpty() const noexcept { return m_chains.empty(); }
     bool has(std::size_t bucket) const noexcept { return !m_chains.empty() && m_chains.contains(bucket); }
@@ -44,47 +46,46 @@ public:
     void build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
     {
         try {
-            Chain chain(order);
-            for (Entry entry = head, previous = NONE; entry != NONE; previous = entry, entry = next(entry))
-                chain.emplace(entry, previous);
-            m_chains.insert_or_assign(bucket, std::move(chain));
+            Chain& chain = m_chains.try_emplace(bucket, order).first->second;
+            Place* previous = nullptr;
+            for (Entry entry = head; entry != NONE; entry = next(entry)) {
+                Place* place = &chain.places.try_emplace(entry, Place {entry, previous, nullptr}).first->second;
+                (previous != nullptr ? previous->next : chain.head) = place;
+                previous = place;
+            }
         } catch (...) {
             drop(bucket);
         }
     }
 
-    /// Adds a new head in front of `oldHead`.
-    void prepend(std::size_t bucket, Entry head, Entry oldHead) noexcept
+    /// Adds a new head to the chain.
+    void prepend(std::size_t bucket, Entry head) noexcept
     {
         try {
             Chain& chain = m_chains.find(bucket)->second;
-            chain.emplace(head, NONE);
-            if (oldHead == NONE)
-                return;
-            if (const auto place = chain.find(oldHead); place != chain.end())
-                place->second = head;
-            else
-                drop(bucket);
+            Place* place = &chain.places.try_emplace(head, Place {head, nullptr, chain.head}).first->second;
+            chain.head->previous = place;
+            chain.head = place;
         } catch (...) {
             drop(bucket);
         }
     }
 
-    /// Takes out an entry that `next` follows. The result is the entry before it, NONE for the head.
-    std::optional<Entry> remove(std::size_t bucket, Entry entry, Entry next) noexcept
+    /// Takes an entry out. The result is the entry before it in its chain, NONE for the head.
+    std::optional<Entry> remove(std::size_t bucket, Entry entry) noexcept
     {
         try {
             Chain& chain = m_chains.find(bucket)->second;
-            const auto place = chain.find(entry);
-            const auto following = next != NONE ? chain.find(next) : chain.end();
-            if (place != chain.end() && (next == NONE || following != chain.end())) {
-                const Entry previous = place->second;
-                if (next != NONE)
-                    following->second = previous;
-                chain.erase(place);
-                if (chain.empty())
+            if (const auto found = chain.places.find(entry); found != chain.places.end()) {
+                Place* const previous = found->second.previous;
+                Place* const next = found->second.next;
+                (previous != nullptr ? previous->next : chain.head) = next;
+                if (next != nullptr)
+                    next->previous = previous;
+                chain.places.erase(found);
+                if (chain.head == nullptr)
                     drop(bucket);
-                return previous;
+                return previous != nullptr ? previous->entry : NONE;
             }
         } catch (...) {
         }
@@ -96,9 +97,9 @@ public:
     template <class Wanted>
     Entry find(std::size_t bucket, const Wanted& wanted) const
     {
-        const Chain& chain = m_chains.find(bucket)->second;
-        const auto place = chain.find(wanted);
-        return place != chain.end() ? place->first : NONE;
+        const Places& places = m_chains.find(bucket)->second.places;
+        const auto found = places.find(wanted);
+        return found != places.end() ? found->first : NONE;
     }
 
     void drop(std::size_t bucket) noexcept
@@ -111,7 +112,23 @@ public:
 private:
     template <class Key, class Value, class Compare>
     using Tree = std::map<Key, Value, Compare, vxsys::Allocator<std::pair<const Key, Value>>>;
-    using Chain = Tree<Entry, Entry, Order>; ///< each entry, with the one before it in its chain
+
+    /// An entry with its neighbours in the chain.
+    struct Place {
+        Entry entry;
+        Place* previous;
+        Place* next;
+    };
+    using Places = Tree<Entry, Place, Order>;
+    struct Chain {
+        explicit Chain(const Order& order)
+            : places(order)
+        {
+        }
+
+        Places places;
+        Place* head = nullptr;
+    };
 
     Tree<std::size_t, Chain, std::less<>> m_chains;
 };

@@ -71,10 +71,10 @@ public:
     template <class Key, class Matches>
     Index find(std::uint32_t hash, const Key& key, Matches matches) const
     {
-        int few = ChainIndex::FEW;
+        int first = ChainIndex::FIRST;
         Index index = m_heads[bucketOf(hash)];
         while (index != NONE && (node(index).hash != hash || !matches(node(index).item))) {
-            if (--few == 0 && isIndexed(hash, key)) {
+            if (--first == 0 && isIndexed(hash, key)) {
                 const Index found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key});
                 return found != NONE && matches(node(found).item) ? found : NONE;
             }
@@ -247,8 +247,8 @@ private:
         const Index oldHead = next(index);
         if (!m_chains.has(bucket))
             indexIfLong(bucket);
-        else if (oldHead == NONE || m_keyOrder.areOrdered(node(oldHead).item, node(index).item))
-            m_chains.prepend(bucket, index, oldHead);
+        else if (m_keyOrder.areOrdered(node(oldHead).item, node(index).item))
+            m_chains.prepend(bucket, index);
         else
             m_chains.drop(bucket);
     }
@@ -270,7 +270,7 @@ private:
     {
         const std::size_t bucket = bucketOf(node(index).hash);
         if (m_chains.has(bucket)) {
-            if (const std::optional<Index> previous = m_chains.remove(bucket, index, next(index)))
+            if (const std::optional<Index> previous = m_chains.remove(bucket, index))
                 return *previous != NONE ? &node(*previous).next : &m_heads[bucket];
         }
         Index* link = &m_heads[bucket];
