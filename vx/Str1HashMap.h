@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/Api.h"
+#include "vx/ChainIndex.h"
 #include "vx/ComObject.h"
 #include "vx/Reference.h"
 #include "vx/Str1.h"
@@ -10,8 +11,11 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
+#include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace vx {
 
@@ -33,6 +37,28 @@ class VX_API Str1HashMap {
         std::unique_ptr<Node> next;
     };
     using NodePtr = std::unique_ptr<Node>;
+
+    struct Wanted {
+        std::uint32_t hash;
+        std::u16string_view key;
+    };
+    /// By hash, then by key; no two entries have one key.
+    struct KeyOrder {
+        using is_transparent = void;
+
+        static Wanted wanted(const Node* node) noexcept { return {node->hash, node->key.view()}; }
+        static Wanted wanted(const Wanted& wanted) noexcept { return wanted; }
+
+        template <class Left, class Right>
+        bool operator()(const Left& left, const Right& right) const noexcept
+        {
+            const Wanted first = wanted(left);
+            const Wanted second = wanted(right);
+            return first.hash != second.hash ? first.hash < second.hash
+                                             : detail::compareForIndex(first.key, second.key) < 0;
+        }
+    };
+    using ChainIndex = detail::ChainIndex<Node*, nullptr, KeyOrder>;
 
 public:
     static constexpr int DEFAULT_CAPACITY = 101;
@@ -109,12 +135,18 @@ private:
             return value;
     }
 
-    NodePtr& bucketOf(std::uint32_t hash) const noexcept
+    static Node* following(const Node* node) noexcept { return node->next.get(); }
+
+    std::size_t bucketNumberOf(std::uint32_t hash) const noexcept
     {
-        return m_table[hash % static_cast<std::uint32_t>(m_capacity)];
+        return hash % static_cast<std::uint32_t>(m_capacity);
     }
-    /// The pointer that owns the entry, or the null one at the end of its chain.
-    NodePtr& find(const Str1& normalized, std::uint32_t hash) const noexcept;
+    NodePtr& bucketOf(std::uint32_t hash) const noexcept { return m_table[bucketNumberOf(hash)]; }
+    /// Null if there is no such entry.
+    Node* find(const Str1& normalized, std::uint32_t hash) const noexcept;
+    /// The pointer that owns an entry, out of the index of whose chain the entry is taken.
+    NodePtr& linkTo(Node* node) noexcept;
+    void indexIfLong(std::size_t bucket) noexcept;
     void setCapacity(std::int32_t capacity) noexcept;
     void rehash();
     /// Moves to the first entry of the next bucket that is not empty.
@@ -126,6 +158,7 @@ private:
     std::int32_t m_threshold = 0;
     std::unique_ptr<NodePtr[]> m_table;
     std::uint32_t m_modificationCount = 0;
+    ChainIndex m_chains;
 };
 
 /// Keys are kept, and found, in lower case.
@@ -148,7 +181,19 @@ Str1HashMap<T>::Str1HashMap(int capacity, float load)
 template <class T>
 Str1HashMap<T>::~Str1HashMap()
 {
-    release(std::move(m_table), m_capacity);
+    while (m_size != 0) { // destructors of values may add entries
+        NodePtr all;
+        NodePtr* end = &all;
+        for (std::int32_t bucket = 0; bucket < m_capacity; ++bucket) {
+            *end = std::move(m_table[static_cast<std::size_t>(bucket)]);
+            while (*end != nullptr)
+                end = &(*end)->next;
+        }
+        m_chains.clear();
+        m_size = 0;
+        ++m_modificationCount;
+        release(std::move(all));
+    }
 }
 
 template <class T>
@@ -170,7 +215,7 @@ bool Str1HashMap<T>::get(const Str1& key, T& value) const
 {
     Str1 normalized;
     normalizeKey(normalized, key);
-    const NodePtr& node = find(normalized, getKeyHashCode(normalized));
+    const Node* node = find(normalized, getKeyHashCode(normalized));
     if (node == nullptr)
         return false;
     value = node->value;
@@ -189,7 +234,7 @@ void Str1HashMap<T>::put(const Str1& key, ValueArgument value, T* previous)
     Str1 normalized;
     normalizeKey(normalized, key);
     const std::uint32_t hash = getKeyHashCode(normalized);
-    if (const NodePtr& node = find(normalized, hash)) {
+    if (Node* node = find(normalized, hash)) {
         T old = std::exchange(node->value, kept(value)); // `previous` may be where `value` lies
         if (previous != nullptr)
             *previous = std::move(old);
@@ -200,10 +245,15 @@ void Str1HashMap<T>::put(const Str1& key, ValueArgument value, T* previous)
     ++m_modificationCount;
     if (m_size >= m_threshold)
         rehash();
-    NodePtr& head = bucketOf(hash);
+    const std::size_t bucket = bucketNumberOf(hash);
+    NodePtr& head = m_table[bucket];
     node->next = std::move(head);
     head = std::move(node);
     ++m_size;
+    if (m_chains.has(bucket))
+        m_chains.prepend(bucket, head.get());
+    else
+        indexIfLong(bucket);
 }
 
 template <class T>
@@ -211,12 +261,13 @@ void Str1HashMap<T>::remove(const Str1& key, T* previous)
 {
     Str1 normalized;
     normalizeKey(normalized, key);
-    NodePtr& link = find(normalized, getKeyHashCode(normalized));
-    if (link == nullptr)
+    Node* found = find(normalized, getKeyHashCode(normalized));
+    if (found == nullptr)
         return;
     if (previous != nullptr)
-        *previous = link->value;
+        *previous = found->value;
     ++m_modificationCount;
+    NodePtr& link = linkTo(found);
     const NodePtr node = std::move(link);
     link = std::move(node->next);
     --m_size;
@@ -263,18 +314,44 @@ void Str1HashMap<T>::allocTable(int capacity)
     table.swap(m_table);
     const std::int32_t oldCapacity = std::exchange(m_capacity, capacity);
     setCapacity(capacity);
+    m_chains.clear();
     m_size = 0;
     ++m_modificationCount; // before destructors of values run, which may use an iterator
     release(std::move(table), oldCapacity);
 }
 
 template <class T>
-auto Str1HashMap<T>::find(const Str1& normalized, std::uint32_t hash) const noexcept -> NodePtr&
+auto Str1HashMap<T>::find(const Str1& normalized, std::uint32_t hash) const noexcept -> Node*
 {
-    NodePtr* link = &bucketOf(hash);
-    while (*link != nullptr && ((*link)->hash != hash || !((*link)->key == normalized)))
+    int first = ChainIndex::FIRST;
+    Node* node = bucketOf(hash).get();
+    while (node != nullptr && (node->hash != hash || !(node->key == normalized))) {
+        if (--first == 0 && m_chains.has(bucketNumberOf(hash)))
+            return m_chains.find(bucketNumberOf(hash), Wanted {hash, normalized.view()});
+        node = following(node);
+    }
+    return node;
+}
+
+template <class T>
+auto Str1HashMap<T>::linkTo(Node* node) noexcept -> NodePtr&
+{
+    const std::size_t bucket = bucketNumberOf(node->hash);
+    if (m_chains.has(bucket)) {
+        if (const std::optional<Node*> previous = m_chains.remove(bucket, node))
+            return *previous != nullptr ? (*previous)->next : m_table[bucket];
+    }
+    NodePtr* link = &m_table[bucket];
+    while (link->get() != node)
         link = &(*link)->next;
     return *link;
+}
+
+template <class T>
+void Str1HashMap<T>::indexIfLong(std::size_t bucket) noexcept
+{
+    if (ChainIndex::isLong(m_table[bucket].get(), following))
+        m_chains.build(bucket, m_table[bucket].get(), following, KeyOrder());
 }
 
 template <class T>
@@ -292,16 +369,24 @@ void Str1HashMap<T>::rehash()
         return; // chains grow instead
     const std::int32_t oldCapacity = m_capacity;
     auto table = newTable(2 * oldCapacity + 1);
+    std::vector<std::uint8_t> lengths(static_cast<std::size_t>(2 * oldCapacity + 1));
     table.swap(m_table);
     setCapacity(2 * oldCapacity + 1);
+    m_chains.clear();
     for (std::int32_t bucket = oldCapacity - 1; bucket >= 0; --bucket) {
         NodePtr chain = std::move(table[static_cast<std::size_t>(bucket)]);
         while (chain != nullptr) {
+            std::uint8_t& length = lengths[bucketNumberOf(chain->hash)];
+            if (length <= ChainIndex::FEW)
+                ++length;
             NodePtr& head = bucketOf(chain->hash);
             chain->next.swap(head); // `head` holds the rest of the chain now ...
             chain.swap(head); // ... and the node after this
         }
     }
+    for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
+        if (lengths[bucket] > ChainIndex::FEW)
+            indexIfLong(bucket);
 }
 
 template <class T>

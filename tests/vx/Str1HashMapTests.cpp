@@ -60,7 +60,11 @@ TEST(Str1HashMap, DoesWhatAnotherMapDoes)
         Str1HashMap<Str1> map(static_cast<int>(random() % 4) - 2, load);
         std::unordered_map<std::u16string, std::u16string> model;
         for (int i = 0; i < 3000; ++i) {
-            const std::u16string key(random() % 3, static_cast<char16_t>(u'a' + random() % 26));
+            std::u16string key(random() % 3, static_cast<char16_t>(u'a' + random() % 26));
+            if (random() % 2 == 0) { // all have one hash, which looks at every second unit
+                key.assign(64, u'x');
+                key[1] = static_cast<char16_t>(u'a' + random() % 26);
+            }
             const Str1 lightKey(key);
             const std::u16string value(random() % 40, static_cast<char16_t>(u'0' + random() % 10));
             Str1 previous(u"none");
@@ -194,6 +198,13 @@ TEST(Str1HashMap, IsWholeWhenItReleasesAValue)
     put();
     map.clear();
     EXPECT_EQ(Watcher::s_gone, 3);
+    EXPECT_EQ(Watcher::s_found, 1);
+    {
+        Str1HashMap<Reference<ComObject>> ending;
+        ending.put(u"key", new Watcher(ending));
+        ending.put(u"other", new Watcher(ending));
+    }
+    EXPECT_EQ(Watcher::s_gone, 5);
     EXPECT_EQ(Watcher::s_found, 1);
 }
 
