@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -75,6 +76,18 @@ struct Ours {
     }
 };
 
+/// Keys of 208 units that all have one hash, as an attacker would choose them: beside a tree, which has no hash.
+struct Colliding : Ours {
+    static std::u16string text(int number)
+    {
+        std::u16string units(208, u'x'); // the hash looks at every sixth one
+        for (std::size_t place = 1; place < 6; ++place, number /= 10)
+            units[place] = static_cast<char16_t>(u'0' + number % 10);
+        return units;
+    }
+    static Key newKey(int number) { return new String(text(number)); }
+};
+
 struct Peer {
     struct Thing {
         virtual ~Thing() = default;
@@ -93,14 +106,20 @@ struct Peer {
     static Key newKey(int number) { return std::make_shared<const std::u16string>(textOf(number)); }
     static Value newValue() { return std::make_shared<Thing>(); }
     static std::unique_ptr<Map> newMap() { return std::make_unique<Map>(); }
-    static void put(Map& map, const Key& key, const Value& value) { map.insert_or_assign(key, value); }
-    static bool get(const Map& map, const Key& key)
+    template <class AnyMap>
+    static void put(AnyMap& map, const Key& key, const Value& value)
+    {
+        map.insert_or_assign(key, value);
+    }
+    template <class AnyMap>
+    static bool get(const AnyMap& map, const Key& key)
     {
         const auto found = map.find(key);
         const Value value = found != map.end() ? found->second : nullptr;
         return value != nullptr;
     }
-    static bool remove(Map& map, const Key& key)
+    template <class AnyMap>
+    static bool remove(AnyMap& map, const Key& key)
     {
         const auto found = map.find(key);
         if (found == map.end())
@@ -109,7 +128,8 @@ struct Peer {
         map.erase(found);
         return value != nullptr;
     }
-    static std::uintptr_t iterate(const Map& map)
+    template <class AnyMap>
+    static std::uintptr_t iterate(const AnyMap& map)
     {
         std::uintptr_t sum = 0;
         for (const auto& [key, value] : map)
@@ -126,6 +146,16 @@ struct Peer {
         }
         return count;
     }
+};
+
+struct Tree : Peer {
+    struct Less {
+        bool operator()(const Key& left, const Key& right) const { return *left < *right; }
+    };
+    using Map = std::map<Key, Value, Less>;
+
+    static Key newKey(int number) { return std::make_shared<const std::u16string>(Colliding::text(number)); }
+    static std::unique_ptr<Map> newMap() { return std::make_unique<Map>(); }
 };
 
 /// Keys and values in the order of filling, and the keys to look up by.
@@ -234,13 +264,21 @@ void remove(benchmark::State& state)
 
 BENCHMARK(put<Ours>)->Unit(benchmark::kMillisecond);
 BENCHMARK(put<Peer>)->Unit(benchmark::kMillisecond);
+BENCHMARK(put<Colliding>)->Unit(benchmark::kMillisecond);
+BENCHMARK(put<Tree>)->Unit(benchmark::kMillisecond);
 BENCHMARK(get<Ours>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(get<Peer>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(get<Colliding>)->ArgName("shuffled")->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(get<Tree>)->ArgName("shuffled")->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(iterate<Ours>)->Unit(benchmark::kMillisecond);
 BENCHMARK(iterate<Peer>)->Unit(benchmark::kMillisecond);
+BENCHMARK(iterate<Colliding>)->Unit(benchmark::kMillisecond);
+BENCHMARK(iterate<Tree>)->Unit(benchmark::kMillisecond);
 BENCHMARK(iterateCounted<Ours>)->Unit(benchmark::kMillisecond);
 BENCHMARK(iterateCounted<Peer>)->Unit(benchmark::kMillisecond);
 BENCHMARK(remove<Ours>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(remove<Peer>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(remove<Colliding>)->ArgName("shuffled")->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(remove<Tree>)->ArgName("shuffled")->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
