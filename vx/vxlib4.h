@@ -96,6 +96,7 @@
 #include "vx/io/Channels.h"
 #include "vx/io/DataInputStream.h"
 #include "vx/io/DataOutputStream.h"
+#include "vx/io/EntryStream.h"
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/io/FilterInputStream.h"

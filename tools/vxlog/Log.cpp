@@ -4,13 +4,13 @@
 #include "Sender.h"
 #include "Target.h"
 #include "Texts.h"
-#include "common/EntryStream.h"
 #include "common/Failure.h"
 #include "common/Input.h"
 
 #include <vx/Exceptions.h>
 #include <vx/TerminatedText.h>
 #include <vx/io/BufferedReader.h>
+#include <vx/io/EntryStream.h>
 #include <vx/io/FileOutputStream.h>
 #include <vx/io/InputStreamReader.h>
 #include <vx/io/OutputStreamWriter.h>
@@ -69,7 +69,8 @@ Reference<io::FileOutputStream> openFile(const Options& options)
 
 Reference<log::ILogProcessor> createWriter(const Options& options, io::FileOutputStream* file)
 {
-    const Reference<io::Writer> writer(new io::OutputStreamWriter(new EntryStream(file), u"UTF-8", BLOCK_SIZE));
+    const Reference<io::Writer> writer(
+        new io::OutputStreamWriter(new io::EntryStream(file, false), u"UTF-8", BLOCK_SIZE));
     if (options.format == Options::Format::BASIC)
         return log::BasicLogWriter::create(writer.get());
     using Values = log::XmlLogWriter::Values;

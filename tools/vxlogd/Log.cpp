@@ -1,13 +1,13 @@
 #include "Log.h"
 
 #include "Complaint.h"
-#include "common/EntryStream.h"
 #include "common/Failure.h"
 
 #include <vx/Exception.h>
 #include <vx/NumberBoxes.h>
 #include <vx/TerminatedText.h>
 #include <vx/collections/Set.h>
+#include <vx/io/EntryStream.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/log/BasicLogWriter.h>
 #include <vx/log/LogEntry.h>
@@ -120,7 +120,7 @@ void LogFile::open(const Settings& settings)
         moveAside(settings.log);
     const Reference<vx::io::FileOutputStream> file(
         new vx::io::FileOutputStream(String(std::string_view(settings.log)), vx::io::FileOutputStream::APPEND));
-    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vxtools::EntryStream(file.get()),
+    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false),
         TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
     m_writer = settings.format == Format::XML
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)

@@ -2,7 +2,11 @@
 #include "tests/Threads.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
+#include "vx/io/EntryStream.h"
 #include "vx/io/FileOutputStream.h"
+#include "vx/io/OutputStreamWriter.h"
+#include "vx/log/BasicLogWriter.h"
+#include "vx/log/LogEntry.h"
 
 #include <gtest/gtest.h>
 
@@ -128,6 +132,42 @@ TEST_P(ManyWriters, KeepEachRecordWholeAndLoseNone)
 INSTANTIATE_TEST_SUITE_P(FileOutputStream, ManyWriters,
     testing::Values(std::pair(APPEND, Apart::IN_NOTHING), std::pair(APPEND | LOCK, Apart::BY_SPELLING),
         std::pair(APPEND, Apart::BY_USER), std::pair(APPEND | KEEPCLOSED, Apart::BY_SPELLING)));
+
+TEST_F(FileWriters, KeepLogEntriesWholeThatAreLargerThanEveryBuffer)
+{
+    constexpr int ENTRIES = 20;
+    std::vector<std::unique_ptr<Child>> writers;
+    for (int writer = 0; writer < WRITERS; ++writer) {
+        writers.push_back(std::make_unique<Child>([&](Child::Side&) {
+            const vx::Reference<FileOutputStream> file(new FileOutputStream(m_path, APPEND));
+            const vx::Reference<vx::io::Writer> text(
+                new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false), u"UTF-8", 256));
+            const vx::Reference<vx::log::ILogProcessor> log = vx::log::BasicLogWriter::create(text.get());
+            for (int sequence = 0; sequence < ENTRIES; ++sequence) {
+                const vx::Reference<vx::log::LogEntry> entry = vx::log::LogEntry::create();
+                const std::string record = recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence));
+                entry->setField(u"text", new String(record));
+                log->process(entry.get());
+            }
+        }));
+    }
+    for (auto& writer : writers)
+        EXPECT_EQ(writer->wait(), 0);
+    std::vector<int> next(WRITERS, 0);
+    std::ifstream file(m_scratch / "file", std::ios::binary);
+    for (std::string record, empty, end; std::getline(file, record);) {
+        std::getline(file, empty);
+        std::getline(file, end);
+        int writer = -1;
+        std::istringstream(record.substr(std::min(record.size(), std::string_view("text=").size()))) >> writer;
+        ASSERT_TRUE(writer >= 0 && writer < WRITERS) << record.substr(0, 80);
+        const int sequence = next[static_cast<std::size_t>(writer)]++;
+        ASSERT_TRUE(record + '\n' == "text=" + recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence)))
+            << record.substr(0, 80);
+        ASSERT_EQ(empty + end, std::string(25, '-'));
+    }
+    EXPECT_EQ(next, std::vector<int>(WRITERS, ENTRIES));
+}
 
 class KilledWriters : public FileWriters, public testing::WithParamInterface<unsigned> { };
 
