@@ -32,14 +32,12 @@ constexpr Step STEPS[] = {
 
 AlphaNumInputStream::AlphaNumInputStream(InputStream* source, const char16_t* alphabet)
     : FilterInputStream(source)
-    , m_alphabet(detail::alphabetOrDefault(alphabet))
 {
     m_values.fill(NO_VALUE);
-    const std::u16string_view units = m_alphabet.view();
-    for (std::size_t index = units.size(); index-- > 0;) { // of a character that stands there twice, the first counts
-        if (units[index] < m_values.size())
-            m_values[units[index]] = static_cast<std::int8_t>(index);
-    }
+    const String text = detail::alphabetOrDefault(alphabet);
+    std::int8_t value = 0;
+    for (const char16_t unit : text.view())
+        m_values[unit] = value++;
 }
 
 std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "vx/String.h"
 #include "vx/io/FilterInputStream.h"
 
 #include <array>
@@ -14,7 +13,7 @@ namespace vx::io {
 /// were. Marks are those of the wrapped stream and know nothing of the bits that wait.
 class VX_API AlphaNumInputStream : public FilterInputStream {
 public:
-    /// `alphabet` has 32 characters, else ResultException; null is "A" to "Z" and "2" to "9" without "I" and "O".
+    /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9" without "I" and "O".
     explicit AlphaNumInputStream(InputStream* source, const char16_t* alphabet = nullptr);
 
     // InputStream
@@ -27,7 +26,6 @@ public:
     std::int32_t available() override;
 
 private:
-    String m_alphabet;
     std::array<std::int8_t, 256> m_values; ///< of each byte as a character, -1 for none
     std::uint8_t m_partial = 0;
     std::uint8_t m_step = 0;

@@ -45,9 +45,13 @@ void AlphaNumOutputStream::write(const signed char* bytes, std::int32_t length)
     for (std::int32_t index = 0; index < length; ++index) {
         const auto byte = static_cast<std::uint8_t>(bytes[index]);
         const Step& step = STEPS[m_step];
-        emit(m_previous << step.kept | byte >> step.rest);
-        if (step.whole >= 0)
+        if (!m_isFirstOut)
+            emit(m_previous << step.kept | byte >> step.rest);
+        if (step.whole >= 0) {
+            m_isFirstOut = true;
             emit(byte >> step.whole);
+            m_isFirstOut = false;
+        }
         m_previous = byte;
         m_step = step.next;
     }
@@ -60,11 +64,12 @@ void AlphaNumOutputStream::write(signed char byte)
 
 void AlphaNumOutputStream::flush()
 {
-    if (m_step != 0)
+    if (m_step != 0 && !m_isFirstOut)
         sink().write(static_cast<signed char>(m_alphabet.getData()[m_previous << STEPS[m_step].kept & MASK]));
-    sink().flush();
     m_step = 0;
     m_previous = 0;
+    m_isFirstOut = false;
+    sink().flush(); // one that fails and is tried again adds no second character
 }
 
 } // namespace vx::io

@@ -2,7 +2,15 @@
 
 #include "vx/io/detail/StreamChecks.h"
 
+#include <algorithm>
+
 namespace vx::io {
+
+namespace {
+
+constexpr int MOST = 32;
+
+} // namespace
 
 BitInputStream::BitInputStream(InputStream* source)
     : FilterInputStream(source)
@@ -32,11 +40,18 @@ int BitInputStream::read()
 int BitInputStream::read(int bits)
 {
     std::uint32_t value = 0;
-    for (; bits > 0; --bits) {
-        const int bit = readBit();
-        if (bit < 0)
-            return -1;
-        value = value << 1 | static_cast<std::uint32_t>(bit);
+    int taken = 0;
+    try {
+        for (; taken < bits; ++taken) {
+            const int bit = readBit();
+            if (bit < 0)
+                return -1;
+            value = value << 1 | static_cast<std::uint32_t>(bit);
+        }
+    } catch (...) { // no byte came: the bits before it are given back for the next try
+        m_current = value;
+        m_bitsLeft = std::min(taken, MOST);
+        throw;
     }
     return static_cast<int>(value);
 }
@@ -47,11 +62,11 @@ int BitInputStream::readBit()
         const int byte = source().read();
         if (byte < 0)
             return -1;
-        m_byte = byte;
+        m_current = static_cast<std::uint32_t>(byte);
         m_bitsLeft = 8;
     }
     --m_bitsLeft;
-    return m_byte >> m_bitsLeft & 1;
+    return static_cast<int>(m_current >> m_bitsLeft & 1);
 }
 
 } // namespace vx::io

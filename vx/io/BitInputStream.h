@@ -7,7 +7,8 @@
 namespace vx::io {
 
 /// Bits, the most significant one of each byte first. Bytes are read off the bit stream where it stands; the operations
-/// that are forwarded know nothing of the bits that wait.
+/// that are forwarded know nothing of the bits that wait. A number whose bytes the wrapped stream fails to bring keeps its
+/// bits here, and may be read again.
 class VX_API BitInputStream : public FilterInputStream {
 public:
     explicit BitInputStream(InputStream* source);
@@ -25,7 +26,7 @@ public:
     virtual int readBit();
 
 private:
-    int m_byte = 0;
+    std::uint32_t m_current = 0; ///< its low `m_bitsLeft` bits come next
     int m_bitsLeft = 0;
 };
 

@@ -42,18 +42,30 @@ void BitOutputStream::write(signed char byte)
 
 void BitOutputStream::flush()
 {
-    if (m_bits > 0)
+    if (m_bits > 0) {
         sink().write(static_cast<signed char>(m_byte << (BYTE - m_bits)));
-    sink().flush();
-    m_byte = 0;
-    m_bits = 0;
+        m_byte = 0;
+        m_bits = 0;
+    }
+    sink().flush(); // one that fails and is tried again adds no second byte
 }
 
 void BitOutputStream::write(std::uint32_t value, int bits)
 {
     requireFit(value, bits);
-    while (--bits >= 0)
-        writeBit((value >> bits & 1) != 0);
+    const std::uint8_t byteBefore = m_byte;
+    const int bitsBefore = m_bits;
+    int taken = 0;
+    try {
+        for (; taken < bits; ++taken)
+            writeBit((value >> (bits - 1 - taken) & 1) != 0);
+    } catch (...) {
+        if (bitsBefore + taken < BYTE) { // none has left yet
+            m_byte = byteBefore;
+            m_bits = bitsBefore;
+        }
+        throw;
+    }
 }
 
 void BitOutputStream::writeBit(bool bit)

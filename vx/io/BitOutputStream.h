@@ -8,7 +8,8 @@
 namespace vx::io {
 
 /// Bits, the most significant one of each byte first. Bytes go into the bit stream where it stands. Bits that do not fill
-/// a byte wait for `flush`; `close` writes nothing.
+/// a byte wait for `flush`; `close` writes nothing. A write whose first byte the wrapped stream refuses leaves no bit here
+/// and may be tried again.
 class VX_API BitOutputStream : public FilterOutputStream {
 public:
     explicit BitOutputStream(OutputStream* sink);

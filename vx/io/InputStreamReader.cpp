@@ -48,8 +48,11 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
                 return done > 0 ? done : -1;
             }
             if (m_endOfStream && stuck) {
-                if (!m_converter->getSubstitutionMode())
+                if (!m_converter->getSubstitutionMode()) {
+                    if (done > 0)
+                        return done; // the next call comes here with nothing to lose
                     throw InvalidCharacterException(u"the stream ends inside a character");
+                }
                 target[done++] = REPLACEMENT;
                 ++m_position;
                 stuck = false;
@@ -58,7 +61,13 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
         }
         const std::int32_t positionBefore = m_position;
         const std::int32_t doneBefore = done;
-        m_converter->convert(m_buffer.get(), &m_position, m_end, target, &done, length);
+        try {
+            m_converter->convert(m_buffer.get(), &m_position, m_end, target, &done, length);
+        } catch (...) {
+            if (done < length)
+                throw;
+            // The caller has all that was asked for. The next call meets the fault again.
+        }
         detail::requireIndex(m_position, positionBefore, m_end);
         detail::requireIndex(done, doneBefore, length);
 
@@ -143,7 +152,15 @@ bool InputStreamReader::splitCharacter(char16_t* target, std::int32_t* done, std
         char16_t units[MAX_UNITS_PER_CHAR];
         std::int32_t position = m_position;
         std::int32_t count = 0;
-        m_converter->convert(m_buffer.get(), &position, m_end, units, &count, tried);
+        try {
+            m_converter->convert(m_buffer.get(), &position, m_end, units, &count, tried);
+        } catch (...) {
+            if (count == 0 && *done == 0)
+                throw;
+            // What was decoded before comes first. The next call meets the fault again.
+            if (count == 0)
+                return true;
+        }
         detail::requireIndex(position, m_position, m_end);
         detail::requireIndex(count, 0, tried);
         if (count == 0)

@@ -11,8 +11,11 @@ namespace vx::io {
 /// Text out of a byte stream in some encoding.
 ///
 /// Bytes at the end of the stream that make no whole character give U+FFFD each. Malformed input passes through as the
-/// converter's exception. The source is counted from construction to destruction and not read again once it has ended;
-/// after `close` every operation but `close` and `getPosition` throws IoException "stream closed".
+/// converter's exception, and each later call meets it again. What the same call has decoded before the fault is lost,
+/// unless it already filled the caller's buffer.
+///
+/// Holds a reference to the source from construction to destruction, and does not read it again after its end. After
+/// `close` every operation but `close` and `getPosition` throws IoException "stream closed".
 class VX_API InputStreamReader : public Reader {
 public:
     /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default
@@ -24,7 +27,7 @@ public:
     // Reader
     using Reader::read;
     std::int32_t read(char16_t* target, std::int32_t length) override;
-    /// A guess from below: as if every character took the most bytes.
+    /// An estimate: the bytes at hand, as if every character took the most bytes that the encoding needs for one.
     std::int32_t available() override;
     /// Each call closes the source, a second one too.
     void close() override;
@@ -53,7 +56,7 @@ private:
     std::int32_t m_end = 0;
     bool m_endOfStream = false;
     std::int64_t m_bytesBefore = 0; // the first one in the buffer
-    /// The rest of a character of which the caller had room for the first units only.
+    /// What was decoded of a character, and of what comes with it, beyond the room that the caller had.
     char16_t m_held[MAX_UNITS_PER_CHAR];
     std::int32_t m_heldCount = 0;
 };

@@ -1,7 +1,11 @@
 #include "vx/io/OutputStreamWriter.h"
 
+#include "vx/io/EntryStream.h"
 #include "vx/io/detail/BridgeChecks.h"
 #include "vx/text/charset/CharsetException.h"
+
+#include <limits>
+#include <utility>
 
 namespace vx::io {
 
@@ -55,28 +59,49 @@ void OutputStreamWriter::write(const char16_t* text, std::int32_t length)
         return;
     detail::requireUnits(text);
 
-    for (; m_heldLead != 0 && length > 0; --length) {
-        const char16_t pair[] = {m_heldLead, *text++};
-        m_heldLead = encode(pair, 2) == 2 ? u'\0' : pair[1];
+    dropRefused();
+    m_start = {m_waiting, 0, m_heldLead, m_position};
+    m_hasSinkFailed = false;
+    try {
+        if (m_heldLead != 0) {
+            const char16_t pair[] = {std::exchange(m_heldLead, u'\0'), *text++};
+            --length;
+            --m_position; // the lead was counted when it came
+            encode(pair, 2);
+        }
+        const bool endsInLead = length > 0 && isLead(text[length - 1]);
+        encode(text, endsInLead ? length - 1 : length);
+        if (endsInLead)
+            takeLead(text[length - 1]);
+    } catch (...) {
+        refuse(Refused::LAST_TEXT);
+        throw;
     }
-    const std::int32_t consumed = encode(text, length);
-    if (consumed < length)
-        m_heldLead = text[consumed];
 }
 
 void OutputStreamWriter::flush()
 {
     ensureOpen();
-    if (m_heldLead != 0)
+    if (m_heldLead != 0) {
+        --m_position;
+        m_hasSinkFailed = false;
+        refuse(Refused::LAST_TEXT);
         throw InvalidCharacterException(u"leading surrogate without trailing");
-    flushConverter();
-    for (int round = 0; m_waiting > 0; ++round) {
-        if (round == MAX_FLUSH_ROUNDS)
-            detail::throwStuckConverter();
-        writeWaiting();
-        flushConverter();
     }
-    detail::opened(m_sink).flush();
+    try {
+        flushConverter();
+        for (int round = 0; m_waiting > 0; ++round) {
+            if (round == MAX_FLUSH_ROUNDS)
+                detail::throwStuckConverter();
+            writeWaiting();
+            flushConverter();
+        }
+        detail::opened(m_sink).flush();
+    } catch (...) {
+        refuse(Refused::ALL_THAT_WAITS);
+        throw;
+    }
+    m_refused = Refused::NOTHING;
 }
 
 void OutputStreamWriter::close()
@@ -104,32 +129,53 @@ void OutputStreamWriter::ensureOpen() const
     detail::requireOpen(m_converter != nullptr);
 }
 
-/// Returns the units consumed: all of them, or all but a last lead surrogate that the converter wants to see together with
-/// its other half.
-std::int32_t OutputStreamWriter::encode(const char16_t* text, std::int32_t length)
+/// All of `text`, which does not end in a lead surrogate.
+void OutputStreamWriter::encode(const char16_t* text, std::int32_t length)
 {
     std::int32_t consumed = 0;
     const Advance advance(m_position, consumed);
     int idleRounds = 0;
     while (consumed < length) {
         const std::int32_t consumedBefore = consumed;
-        const std::int32_t waitingBefore = m_waiting;
-        const std::int32_t produced
-            = m_converter->convert(text, &consumed, length, m_buffer.get(), &m_waiting, m_bufferSize);
-        detail::requireIndex(consumed, consumedBefore, length);
-        detail::requireIndex(m_waiting, waitingBefore, m_bufferSize);
-
+        const std::int32_t produced = convert(text, &consumed, length);
         if (consumed > consumedBefore)
             idleRounds = 0;
-        else if (m_waiting == 0 && consumed == length - 1 && isLead(text[consumed]))
-            break;
         else if (++idleRounds > MAX_IDLE_ROUNDS)
             detail::throwStuckConverter();
 
         if (m_waiting == m_bufferSize || produced == 0)
             writeWaiting();
     }
-    return consumed;
+}
+
+/// A lead surrogate at the end of a text. Some encoders store it as it is, some keep it, some leave it until its other half
+/// has come. The last two are made one here: only this class holds it.
+void OutputStreamWriter::takeLead(char16_t lead)
+{
+    std::int32_t consumed = 0;
+    std::int32_t produced = convert(&lead, &consumed, 1);
+    if (consumed == 0 && m_bufferSize - m_waiting < m_converter->getMaxBytesPerChar()) { // it may lack room
+        writeWaiting();
+        produced = convert(&lead, &consumed, 1);
+    }
+    ++m_position;
+    if (produced == 0) {
+        m_converter->reset();
+        m_heldLead = lead;
+    } else if (m_waiting == m_bufferSize) {
+        writeWaiting();
+    }
+}
+
+std::int32_t OutputStreamWriter::convert(const char16_t* text, std::int32_t* consumed, std::int32_t length)
+{
+    const std::int32_t consumedBefore = *consumed;
+    const std::int32_t waitingBefore = m_waiting;
+    const std::int32_t produced
+        = m_converter->convert(text, consumed, length, m_buffer.get(), &m_waiting, m_bufferSize);
+    detail::requireIndex(*consumed, consumedBefore, length);
+    detail::requireIndex(m_waiting, waitingBefore, m_bufferSize);
+    return produced;
 }
 
 void OutputStreamWriter::flushConverter()
@@ -142,8 +188,43 @@ void OutputStreamWriter::flushConverter()
 void OutputStreamWriter::writeWaiting()
 {
     detail::requireIndex(m_waiting, 0, m_bufferSize);
+    m_hasSinkFailed = true;
     detail::opened(m_sink).write(m_buffer.get(), m_waiting);
+    m_hasSinkFailed = false;
+    m_start.written += m_waiting;
     m_waiting = 0;
+}
+
+/// What was encoded stays, for a flush. The converter forgets what it holds, so that the next text begins with nothing.
+void OutputStreamWriter::refuse(Refused what)
+{
+    m_refused = what;
+    m_heldLead = 0;
+    m_converter->reset();
+}
+
+void OutputStreamWriter::dropRefused()
+{
+    if (m_refused == Refused::NOTHING)
+        return;
+    auto* const entry = dynamic_cast<EntryStream*>(m_sink.get());
+    if (m_refused == Refused::ALL_THAT_WAITS) {
+        m_waiting = 0;
+        if (entry != nullptr)
+            entry->takeBack(std::numeric_limits<std::int64_t>::max());
+    } else {
+        if (m_start.written == 0) {
+            m_waiting = m_start.waiting;
+        } else {
+            m_waiting = 0; // what waited before the text has been written with its first part
+            if (entry != nullptr)
+                entry->takeBack(m_start.written - m_start.waiting);
+        }
+        if (m_hasSinkFailed) // not the fault of the pair
+            m_heldLead = m_start.heldLead;
+        m_position = m_start.position;
+    }
+    m_refused = Refused::NOTHING;
 }
 
 } // namespace vx::io
