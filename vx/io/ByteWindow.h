@@ -129,6 +129,9 @@ public:
         checkReadOnly();
         m_bytes[advance(1)] = value;
     }
+    /// A literal 0 is a byte here, no null pointer.
+    template <std::integral Number>
+    requires(!std::same_as<Number, Byte>) void put(Number value) { put(static_cast<Byte>(value)); }
     void putInt16(unsigned int index, short value) { store(index, value); }
     void putInt16(short value) { storeNext(value); }
     void putInt32(unsigned int index, std::int32_t value) { store(index, value); }
@@ -172,10 +175,12 @@ public:
             return 0;
         if (stream == nullptr)
             throwResult(RESULT_POINTER);
-        const std::int32_t got = stream->read(m_bytes + m_position, wanted);
+        const unsigned int start = m_position; // a stream over this very buffer moves it
+        const std::int32_t got = stream->read(m_bytes + start, wanted);
         if (got > wanted) // it has no bytes to show for it
             throw IoException(u"stream read more than asked");
-        return skip(static_cast<unsigned int>(std::max(got, 0)));
+        m_position = start + static_cast<unsigned int>(std::max(got, 0));
+        return m_position - start;
     }
     /// Reads until there is no room, or a read gives nothing. Returns the sum.
     unsigned int readFully(InputStream* stream)
@@ -190,12 +195,16 @@ public:
     {
         if (stream == nullptr)
             throwResult(RESULT_POINTER);
-        unsigned int total = 0;
+        unsigned int position = m_position; // a stream over this very buffer moves it
+        unsigned int left = room(position);
+        const unsigned int total = left;
         do {
-            const std::int32_t count = atOnce(room(m_position));
-            stream->write(const_cast<const Byte*>(m_bytes) + m_position, count);
-            total += skip(static_cast<unsigned int>(count));
-        } while (room(m_position) > 0);
+            const std::int32_t count = atOnce(left);
+            stream->write(const_cast<const Byte*>(m_bytes) + position, count);
+            position += static_cast<unsigned int>(count);
+            left -= static_cast<unsigned int>(count);
+            m_position = position;
+        } while (left > 0);
         return total;
     }
 

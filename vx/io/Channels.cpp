@@ -19,12 +19,12 @@ std::int32_t remainingOf(const ByteBuffer& buffer)
     return static_cast<std::int32_t>(std::min(buffer.remaining(), MOST));
 }
 
-/// Moves the position over what was done; -1, the end of the stream, moves nothing. Throws RangeErrorException for more
-/// than there was room for.
-int moveOver(ByteBuffer& buffer, std::int32_t count)
+/// Moves the position from `start` over what was done; -1, the end of the stream, moves nothing. `start` was noted before:
+/// a stream over this very buffer moves the position itself. Throws RangeErrorException for more than there was room for.
+int moveOver(ByteBuffer& buffer, unsigned int start, std::int32_t count)
 {
     if (count > 0)
-        buffer.setPosition(buffer.getPosition() + static_cast<unsigned int>(count));
+        buffer.setPosition(start + static_cast<unsigned int>(count));
     return count;
 }
 
@@ -48,14 +48,16 @@ public:
     // IInheritableChannel
     int read(ByteBuffer& buffer) override
     {
-        signed char* const target = buffer.getBuffer() + buffer.getPosition();
-        return moveOver(buffer, detail::usable(m_input).read(target, remainingOf(buffer)));
+        const unsigned int start = buffer.getPosition();
+        signed char* const target = buffer.getBuffer() + start;
+        return moveOver(buffer, start, detail::usable(m_input).read(target, remainingOf(buffer)));
     }
     int write(ByteBuffer& buffer) override
     {
+        const unsigned int start = buffer.getPosition();
         const std::int32_t count = remainingOf(buffer);
-        detail::usable(m_output).write(buffer.getConstBuffer() + buffer.getPosition(), count);
-        return moveOver(buffer, count);
+        detail::usable(m_output).write(buffer.getConstBuffer() + start, count);
+        return moveOver(buffer, start, count);
     }
     String getInheritanceId() override
     {
@@ -99,15 +101,17 @@ public:
     // IInheritableChannel
     int read(ByteBuffer& buffer) override
     {
+        const unsigned int start = buffer.getPosition();
         std::int32_t count = remainingOf(buffer);
-        throwIfFailed(detail::usable(m_channel).Read(buffer.getBuffer() + buffer.getPosition(), &count));
-        return moveOver(buffer, count);
+        throwIfFailed(detail::usable(m_channel).Read(buffer.getBuffer() + start, &count));
+        return moveOver(buffer, start, count);
     }
     int write(ByteBuffer& buffer) override
     {
+        const unsigned int start = buffer.getPosition();
         std::int32_t count = remainingOf(buffer);
-        throwIfFailed(detail::usable(m_channel).Write(buffer.getConstBuffer() + buffer.getPosition(), &count));
-        return moveOver(buffer, count);
+        throwIfFailed(detail::usable(m_channel).Write(buffer.getConstBuffer() + start, &count));
+        return moveOver(buffer, start, count);
     }
     String getInheritanceId() override
     {

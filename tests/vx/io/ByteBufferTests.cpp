@@ -42,6 +42,8 @@ TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
     for (const auto order : {TypeParam::BIG, TypeParam::LITTLE}) {
         buffer.clear();
         buffer.setOrder(order);
+        buffer.put(0); // a byte, no null pointer
+        buffer.rewind();
         buffer.put(static_cast<typename TypeParam::Byte>(0x81));
         buffer.putInt16(-2);
         buffer.putInt32(0x01020304);

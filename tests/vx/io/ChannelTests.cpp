@@ -4,11 +4,13 @@
 #include "tests/vx/Offer.h"
 #include "vx/Exceptions.h"
 #include "vx/io/ByteBuffer.h"
+#include "vx/io/ByteBufferStreams.h"
 #include "vx/io/Channels.h"
 #include "vx/io/LockingChannel.h"
 #include "vx/io/ReadWriteChannel.h"
 #include "vx/util/CopyCharBuffer.h"
 
+#include <functional>
 #include <thread>
 
 namespace vx::io {
@@ -45,6 +47,27 @@ TEST(Channels, MoveBytesOfStreams)
     EXPECT_THROW(Channels::adaptStreams(nullptr, nullptr)->read(buffer), UnsupportedOperationException);
     EXPECT_THROW(Channels::adaptVorbWithInheritance(nullptr), UnsupportedOperationException);
     EXPECT_THROW(LockingChannel(nullptr, nullptr).write(buffer), UnsupportedOperationException);
+}
+
+TEST(Channels, EndAtTheLimitWhenTheirStreamsMoveTheBuffer)
+{
+    const Reference<ByteBuffer> buffer(new ByteBuffer(8, VX_ENDIAN_LITTLE, false));
+    const Reference<InputStream> input(new ByteBufferInputStream(buffer.get()));
+    const Reference<OutputStream> output(new ByteBufferOutputStream(buffer.get()));
+    const Reference<IChannel> channel = Channels::adaptStreams(input.get(), output.get());
+    const std::pair<const char*, std::function<unsigned()>> rows[] = {
+        {"write", [&] { return static_cast<unsigned>(channel->write(*buffer)); }},
+        {"read", [&] { return static_cast<unsigned>(channel->read(*buffer)); }},
+        {"writeTo", [&] { return buffer->writeTo(output.get()); }},
+        {"readFrom", [&] { return buffer->readFrom(input.get()); }},
+        {"readFully", [&] { return buffer->readFully(input.get()); }},
+    };
+    for (const auto& [name, move] : rows) {
+        buffer->clear();
+        buffer->setPosition(2);
+        EXPECT_EQ(move(), 6U) << name;
+        EXPECT_EQ(buffer->getPosition(), 8U) << name;
+    }
 }
 
 TEST(ReadWriteChannel, IsAComponentOfItsHalves)
