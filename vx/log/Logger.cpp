@@ -12,13 +12,13 @@ namespace detail {
 
 void LoggerFace::log(const String& text)
 {
-    log(static_cast<Logger&>(*this).m_defaultLevel, text);
+    log(static_cast<Logger&>(*this).m_defaultLevel.load(std::memory_order_relaxed), text);
 }
 
 void LoggerFace::log(int level, const String& text)
 {
     auto& logger = static_cast<Logger&>(*this);
-    if (!logger.m_isEnabled)
+    if (!logger.isEnabled())
         return;
     const Reference<ILogEntry> entry = logger.getLogEntry(level, text);
     logger.addCustomFields(entry.get());
@@ -71,12 +71,12 @@ void Logger::addCustomFields(ILogEntry*) { }
 
 void Logger::setEnabled(bool enabled)
 {
-    m_isEnabled = enabled;
+    m_isEnabled.store(enabled, std::memory_order_relaxed);
 }
 
 void Logger::setDefaultLevel(int level)
 {
-    m_defaultLevel = level;
+    m_defaultLevel.store(level, std::memory_order_relaxed);
 }
 
 void Logger::addProcessor(ILogProcessor* processor)
@@ -93,7 +93,7 @@ void Logger::setProcessor(ILogProcessor* processor)
 
 bool Logger::isEnabled() const
 {
-    return m_isEnabled;
+    return m_isEnabled.load(std::memory_order_relaxed);
 }
 
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const

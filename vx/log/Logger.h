@@ -34,9 +34,10 @@ protected:
 } // namespace detail
 
 /// Makes entries of texts. Each of the fields "sequence", "thread", "name", "timestamp", "level" and "text" can be on or
-/// off; "level" and "text" are on at the start. Not locked, apart from the sequence number, which several threads count
-/// without a loss: put a `SyncLogger` in front of it, so that none of them sees the same number either. What a processor
-/// throws reaches the caller of `log`.
+/// off; "level" and "text" are on at the start. What a processor throws reaches the caller of `log`.
+///
+/// Several threads may log, and may switch fields, default level and logger meanwhile; processors are set before. Two
+/// threads can see the same sequence number: put a `SyncLogger` in front, so that they do not.
 class VX_API Logger : public Object, public detail::LoggerFace {
 public:
     Logger();
@@ -82,9 +83,9 @@ private:
     friend class detail::LoggerFace;
 
     String m_name;
-    bool m_isEnabled = true;
+    std::atomic<bool> m_isEnabled {true};
     Reference<MultiProcessor> m_processor;
-    int m_defaultLevel = 0;
+    std::atomic<int> m_defaultLevel {0};
     std::atomic<std::uint32_t> m_fields; ///< a bit for each of the six that is on
     std::atomic<std::int32_t> m_sequence {0};
 };

@@ -25,12 +25,9 @@ void MultiProcessor::addProcessor(ILogProcessor* processor)
 void MultiProcessor::process(const ILogEntry* entry)
 {
     const sync::ScopedLock lock(m_lock);
-    const std::size_t count = m_processors.size();
-    for (std::size_t index = 0; index < m_processors.size(); ++index) {
-        if (m_processors.size() != count) // as an iterator of a list has it
-            throw Exception();
-        m_processors[index]->process(entry); // none is ever taken out, so each lives as long as this
-    }
+    // A processor may add another one, which sees this entry too. None is ever taken out, so each lives as long as this.
+    for (std::size_t index = 0; index < m_processors.size(); ++index)
+        m_processors[index]->process(entry);
 }
 
 } // namespace vx::log

@@ -10,18 +10,18 @@
 
 namespace vx::log {
 
-/// Hands each entry to several processors, one entry at a time, in the order in which the processors were added. One that
-/// throws keeps the entry from those behind it.
+/// Passes each entry to several processors, one entry at a time, in the order in which the processors were added. If one
+/// throws, those after it do not see the entry.
 class VX_API MultiProcessor : public Object, public ILogProcessor {
 public:
-    /// Without a processor: entries vanish in it.
+    /// Without a processor: entries are dropped.
     static Reference<MultiProcessor> create();
 
     VX_OBJECT_UNKNOWN(Object)
     ~MultiProcessor() noexcept(false) override;
 
-    /// The processor is counted as long as this object lives. Without a lock: before the first entry, or on the thread that
-    /// logs.
+    /// Holds a reference to the processor as long as this object lives. Takes no lock: call it before the first entry, or on
+    /// the thread that logs. A processor that is added while an entry is passed on sees that entry, after the others.
     void addProcessor(ILogProcessor* processor);
 
     // ILogProcessor

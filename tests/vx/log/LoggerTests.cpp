@@ -1,5 +1,6 @@
 #include "Recording.h"
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
 #include "vx/collections/List.h"
@@ -135,6 +136,53 @@ TEST(Logger, CountsWhatItLogsOnlyAndStaysWholeWhenAProcessorThrows)
     EXPECT_EQ(fieldOf(*first->entries()[3], u"sequence"), "3");
 }
 
+TEST(Logger, MayBeSwitchedWhileOtherThreadsLog)
+{
+    constexpr int EACH = 500;
+    Reference<RecordingProcessor> target(new RecordingProcessor);
+    const Reference<Logger> logger = Logger::create();
+    logger->addProcessor(target.get());
+    inThreads(3, [&](int thread) {
+        for (int count = 0; count < EACH; ++count) {
+            if (thread < 2) {
+                logger->log(u"x");
+                continue;
+            }
+            logger->setDefaultLevel(count);
+            logger->setEnabled(count % 2 == 1);
+        }
+    });
+    target->process(LogEntry::create().get());
+    for (std::size_t index = 0; index + 1 < target->entries().size(); ++index)
+        ASSERT_LT(std::stoi(fieldOf(*target->entries()[index], u"level")), EACH);
+}
+
+TEST(MultiProcessor, PassesAnEntryToAProcessorThatIsAddedMeanwhile)
+{
+    class Adding : public Object, public ILogProcessor {
+    public:
+        VX_OBJECT_UNKNOWN(Object)
+        void process(const ILogEntry*) override
+        {
+            if (++m_calls == 1)
+                m_multi->addProcessor(m_added.get());
+        }
+        MultiProcessor* m_multi = nullptr;
+        Reference<RecordingProcessor> m_added {new RecordingProcessor};
+        int m_calls = 0;
+    };
+    const Reference<MultiProcessor> multi = MultiProcessor::create();
+    const Reference<Adding> adding(new Adding);
+    adding->m_multi = multi.get();
+    Reference<RecordingProcessor> after(new RecordingProcessor);
+    multi->addProcessor(adding.get());
+    multi->addProcessor(after.get());
+    for (int count = 0; count < 2; ++count)
+        multi->process(LogEntry::create().get());
+    EXPECT_EQ(after->entries().size(), 2U);
+    EXPECT_EQ(adding->m_added->entries().size(), 2U);
+}
+
 TEST(SyncLogger, GivesSeveralThreadsOneSequence)
 {
     constexpr int THREADS = 4;
@@ -215,6 +263,37 @@ TEST(VorbProcessor, HandsOverTheComponentFace)
     processor->process(entry.get());
     entry->setField(u"bad", new String);
     EXPECT_THROW(processor->process(entry.get()), ResultException);
+
+    /// Has no component face, and says so in a way of its own.
+    class Faceless : public Object, public ILogEntry {
+    public:
+        explicit Faceless(std::int32_t answer)
+            : m_answer(answer)
+        {
+        }
+        std::uint32_t AddRef() const override { return Object::AddRef(); }
+        std::uint32_t Release() const override { return Object::Release(); }
+        std::int32_t QueryInterface(const _GUID&, void** out) override
+        {
+            *out = nullptr;
+            return m_answer;
+        }
+        void setField(const String&, const Object*) override { }
+        Reference<const Object> getField(const String&) const override { return nullptr; }
+        bool hasField(const String&) const override { return false; }
+        Reference<const collections::Set<String>> getFieldNames() const override { return nullptr; }
+
+    private:
+        const std::int32_t m_answer;
+    };
+    for (const std::int32_t answer : {RESULT_NO_INTERFACE, RESULT_FAIL, RESULT_OK}) {
+        try {
+            processor->process(Reference<Faceless>(new Faceless(answer)).get());
+            ADD_FAILURE() << answer;
+        } catch (const ResultException& failure) {
+            EXPECT_EQ(failure.getResult(), RESULT_NO_INTERFACE) << answer;
+        }
+    }
 }
 
 TEST(Placeholders, AreReplacedInOrderWithoutAGap)
@@ -237,6 +316,19 @@ TEST(Placeholders, AreReplacedInOrderWithoutAGap)
             arguments->add(argument != nullptr ? new String(argument) : nullptr);
         EXPECT_EQ(detail::expandPlaceholders(row.pattern, *arguments), row.expected) << String(row.pattern);
     }
+}
+
+TEST(Placeholders, AreReplacedInOnePassHoweverManyThereAre)
+{
+    constexpr int COUNT = 50'000;
+    Reference<collections::List<Object>> arguments(new collections::List<Object>(new collections::vorb::ArrayList));
+    std::string pattern, expected;
+    for (int number = 0; number < COUNT; ++number) {
+        pattern += "{" + std::to_string(COUNT - 1 - number) + "}{";
+        expected += std::to_string(COUNT - 1 - number) + "{";
+        arguments->add(new Integer32(number));
+    }
+    EXPECT_EQ(detail::expandPlaceholders(String(pattern), *arguments).toUtf8(), expected);
 }
 
 TEST(TimeStamp, PrintsItselfSortable)

@@ -26,7 +26,10 @@ void VorbProcessor::process(const vx::log::ILogEntry* entry)
     if (entry == nullptr)
         return;
     Reference<ILogEntry> component;
-    throwIfFailed(const_cast<vx::log::ILogEntry*>(entry)->QueryInterface(ILogEntry::IID, component.outVoid()));
+    const std::int32_t result
+        = const_cast<vx::log::ILogEntry*>(entry)->QueryInterface(ILogEntry::IID, component.outVoid());
+    if (failed(result) || component == nullptr)
+        throwResult(RESULT_NO_INTERFACE);
     throwIfFailed(m_component->Process(component.get()));
 }
 
