@@ -24,6 +24,14 @@ VXSYS_API std::int32_t VXThreadCreate(VXThreadFunction function, void* argument,
 VXSYS_API std::int32_t VXThreadJoin(VXThreadHandle handle, void** result) noexcept;
 /// Lets the thread go on alone; the handle is gone.
 VXSYS_API std::int32_t VXThreadDetach(VXThreadHandle handle) noexcept;
+/// For a thread that runs code of a library, instead of joining or detaching it. Once it has been left, `VXThreadJoinLeft`
+/// waits for its end. Fails when memory is exhausted.
+VXSYS_API std::int32_t VXThreadTrack(VXThreadHandle handle) noexcept;
+/// A tracked thread will end soon, and the handle is used no more. RESULT_INVALID_HANDLE for one that is not tracked, as in a
+/// child of fork.
+VXSYS_API std::int32_t VXThreadLeave(VXThreadHandle handle) noexcept;
+/// Waits for the end of all threads that were left, apart from the calling one. A library calls it before it is unloaded.
+VXSYS_API void VXThreadJoinLeft() noexcept;
 
 /// An identifier of the calling thread, never 0, unique among the threads that live.
 VXSYS_API std::uint32_t VXThreadGetCurrentId() noexcept;

@@ -1,4 +1,5 @@
-/* A host without the C++ runtime: it loads the library, uses it and unloads it, twice. Usage: unload_host LIBRARY */
+/* A host without the C++ runtime: it loads the library, uses it and unloads it, twice. Then it does so with a library of
+   a user that leaves threads behind which are about to end. Usage: unload_host LIBRARY USER */
 #include "vx/text/charset/EncInfo.h"
 
 #include <dlfcn.h>
@@ -48,10 +49,24 @@ static int use(const char* library)
     return 0;
 }
 
+static int leave_threads(const char* user)
+{
+    int (*drop_processors)(void);
+    void* handle = dlopen(user, RTLD_NOW | RTLD_LOCAL);
+    if (handle == NULL)
+        return fail(7, dlerror());
+    *(void**)&drop_processors = dlsym(handle, "drop_processors");
+    if (drop_processors == NULL || drop_processors() != 4)
+        return fail(8, "entries are lost");
+    if (dlclose(handle) != 0 || is_mapped("libvxlib4") || is_mapped("libvxsys4"))
+        return fail(9, "the library stays in the process");
+    return 0;
+}
+
 int main(int count, char** arguments)
 {
     int round;
-    if (count != 2 || is_mapped("libstdc++"))
+    if (count != 3 || is_mapped("libstdc++"))
         return 64;
     for (round = 0; round < 2; ++round) {
         const int failure = use(arguments[1]);
@@ -60,6 +75,11 @@ int main(int count, char** arguments)
             return failure;
         }
     }
-    puts("loaded, used and gone, twice");
+    for (round = 0; round < 20; ++round) {
+        const int failure = leave_threads(arguments[2]);
+        if (failure != 0)
+            return failure;
+    }
+    puts("loaded, used and gone, twice, and with threads");
     return 0;
 }

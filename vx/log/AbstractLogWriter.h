@@ -16,8 +16,8 @@ class EntryText;
 /// The processor interface of `AbstractLogWriter`, apart from it so that the operation takes no slot among the class's.
 class VX_API LogWriterFace : public ILogProcessor {
 public:
-    /// One write of the formatted entry, then a flush: the log is complete behind each entry. Failures are those of the
-    /// writer.
+    /// One write of the formatted entry, then a flush: the log is complete after each entry. Half of a surrogate pair, which
+    /// no encoding takes, becomes U+FFFD. Failures are those of the writer.
     void process(const ILogEntry* entry) override;
 
 protected:

@@ -2,28 +2,31 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
-#include "vx/exec/Thread.h"
+#include "vx/exec/IRunnable.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/sync/Condition.h"
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/Semaphore.h"
 #include "vxsys/Memory.h"
+#include "vxsys/Thread.h"
 
 #include <atomic>
 #include <chrono>
 #include <deque>
 #include <exception>
 #include <utility>
+#include <vector>
 
 namespace vx::log {
 
-/// The queue and the work on it. Each worker has a count of it, so that it outlives the `AsyncProcessor` as long as one of
-/// them runs.
+/// The queue and the work on it. Each worker holds a reference to it, so that it outlives the `AsyncProcessor` as long as one
+/// of them runs.
 class AsyncProcessorImpl final : public Object, public exec::IRunnable, public ILogProcessor {
 public:
-    explicit AsyncProcessorImpl(ILogProcessor* target)
+    AsyncProcessorImpl(ILogProcessor* target, AsyncProcessor::Failures failures)
         : m_target(target)
+        , m_failures(failures)
         , m_lock("vx/log/AsyncProcessorImpl::m_lock")
         , m_signal(0, "vx/log/AsyncProcessorImpl::m_signal")
     {
@@ -36,21 +39,20 @@ public:
     void startWorkers(int count)
     {
         for (int started = 0; started < count; ++started) {
-            exec::Thread worker(this);
-            ++m_workers;
             try {
-                worker.start();
+                startWorker();
             } catch (...) {
-                --m_workers;
                 endWorkers();
                 throw;
             }
         }
     }
 
-    /// Each worker ends before its next entry.
+    /// Each worker ends before its next entry. The stop of the library waits for them.
     void endWorkers()
     {
+        for (const VXThreadHandle thread : std::exchange(m_threads, {}))
+            VXThreadLeave(thread);
         int sleepers = 0;
         {
             const sync::ScopedLock lock(m_lock);
@@ -83,7 +85,7 @@ public:
         Reference<const ILogEntry> entry;
         while (!m_stop) {
             if (takeOldest(entry, true))
-                handOver(entry.get());
+                work(entry.get());
             else if (!m_stop)
                 m_signal.wait();
         }
@@ -131,13 +133,13 @@ public:
                     throw;
             }
         }
-        return true;
+        return m_failed.exchange(0) == 0;
     }
 
 private:
     static constexpr std::uint32_t FOREVER = 0xFFFFFFFF;
 
-    /// Somebody wants to hear of the end of the work.
+    /// A caller that waits for the end of the work.
     class Waiter {
     public:
         explicit Waiter(AsyncProcessorImpl& impl) noexcept
@@ -153,7 +155,7 @@ private:
         AsyncProcessorImpl& m_impl;
     };
 
-    /// Takes a worker off the list, however it ends.
+    /// Counts a worker out, however it ends.
     class WorkerEnd {
     public:
         explicit WorkerEnd(AsyncProcessorImpl& impl) noexcept
@@ -172,6 +174,46 @@ private:
         AsyncProcessorImpl& m_impl;
     };
 
+    void startWorker()
+    {
+        m_threads.reserve(m_threads.size() + 1);
+        Reference<AsyncProcessorImpl> ofThread(this);
+        ++m_workers;
+        VXThreadHandle thread = VX_THREAD_INVALID_HANDLE;
+        std::uint32_t id = 0;
+        const std::int32_t result = VXThreadCreate(runWorker, ofThread.get(), 0, 0, &thread, &id);
+        if (failed(result)) {
+            --m_workers;
+            throw ResultException(result, u"thread creation failed");
+        }
+        static_cast<void>(ofThread.detach()); // the thread releases it
+        if (failed(VXThreadTrack(thread)))
+            VXThreadDetach(thread); // the worker works all the same
+        else
+            m_threads.push_back(thread);
+    }
+
+    static void* runWorker(void* argument) noexcept
+    {
+        Reference<AsyncProcessorImpl> self;
+        self.attach(static_cast<AsyncProcessorImpl*>(argument));
+        try {
+            self->run();
+        } catch (...) { // the target's, which ends this worker
+        }
+        return nullptr;
+    }
+
+    void work(const ILogEntry* entry)
+    {
+        try {
+            handOver(entry);
+        } catch (...) {
+            if (m_failures == AsyncProcessor::Failures::END_WORKER)
+                throw;
+        }
+    }
+
     /// False: none waits, and the calling worker, where it is one, is counted among the sleepers.
     bool takeOldest(Reference<const ILogEntry>& entry, bool isWorker)
     {
@@ -189,7 +231,7 @@ private:
             oldest = std::move(m_leaving.front());
             m_leaving.pop_front();
         }
-        entry = std::move(oldest); // the one before goes without the lock
+        entry = std::move(oldest); // the one before is released without the lock
         return true;
     }
 
@@ -198,6 +240,7 @@ private:
         try {
             m_target->process(entry);
         } catch (...) {
+            ++m_failed;
             closeOne();
             throw;
         }
@@ -230,7 +273,10 @@ private:
     using Queue = std::deque<Reference<const ILogEntry>, vxsys::Allocator<Reference<const ILogEntry>>>;
 
     Reference<ILogProcessor> m_target;
+    const AsyncProcessor::Failures m_failures;
+    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< of the thread that made the processor
     std::atomic<bool> m_stop {false};
+    std::atomic<std::int64_t> m_failed {0}; ///< entries at which the target threw, since the last look
     std::atomic<int> m_workers {0};
     std::atomic<int> m_waiters {0};
     sync::Condition m_done;
@@ -247,8 +293,8 @@ private:
     std::atomic<std::int64_t> m_closed {0}; ///< those that the target is done with
 };
 
-AsyncProcessor::AsyncProcessor(ILogProcessor* target, int threads)
-    : m_impl(new AsyncProcessorImpl(target))
+AsyncProcessor::AsyncProcessor(ILogProcessor* target, int threads, Failures failures)
+    : m_impl(new AsyncProcessorImpl(target, failures))
 {
     m_impl->startWorkers(threads);
 }
@@ -261,7 +307,12 @@ AsyncProcessor::~AsyncProcessor() noexcept(false)
 
 Reference<AsyncProcessor> AsyncProcessor::create(ILogProcessor* target, int threads)
 {
-    return new AsyncProcessor(target, threads);
+    return new AsyncProcessor(target, threads, Failures::END_WORKER);
+}
+
+Reference<AsyncProcessor> AsyncProcessor::create(ILogProcessor* target, int threads, Failures failures)
+{
+    return new AsyncProcessor(target, threads, failures);
 }
 
 void AsyncProcessor::process(const ILogEntry* entry)

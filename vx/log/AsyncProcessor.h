@@ -10,16 +10,25 @@ namespace vx::log {
 
 class AsyncProcessorImpl;
 
-/// Moves the processing of entries to threads of its own: `process` queues the entry and returns. The queue has no limit.
-/// One worker keeps the order; several hand entries to the target at the same time, so that one that cannot bear that
-/// stands behind a `MultiProcessor`. A worker whose target throws ends; when the last has ended, entries wait.
+/// Moves the processing of entries to worker threads: `process` puts the entry into a queue and returns. The queue has no
+/// limit. One worker keeps the order. With several workers the target is called from several threads at the same time; put
+/// a `MultiProcessor` in front of a target that does not allow this.
 ///
-/// The destructor hands over whatever still waits, on its own thread, and does not wait for entries that workers hold; what
-/// the target throws at it first leaves it when all is handed over.
+/// The destructor passes all entries that still wait to the target, on its own thread. It does not wait for the workers:
+/// each finishes its entry and ends. The first exception of the target leaves the destructor after the last entry. The stop
+/// of the library waits for workers whose `AsyncProcessor` is gone, so that the library can be unloaded after that.
 class VX_API AsyncProcessor : public Object, public ILogProcessor {
 public:
-    /// The target is counted until the last worker has ended. With `threads` below 1 entries wait for the destructor.
+    /// What an exception of the target does. The entry is not tried again in either case.
+    enum class Failures {
+        END_WORKER, ///< ends the worker; after the last worker has ended, entries wait for the destructor
+        KEEP_WORKER ///< the worker goes on with the next entry
+    };
+
+    /// Holds a reference to the target until the last worker has ended. With `threads` below 1 entries wait for the
+    /// destructor. An exception of the target ends its worker.
     static Reference<AsyncProcessor> create(ILogProcessor* target, int threads);
+    static Reference<AsyncProcessor> create(ILogProcessor* target, int threads, Failures failures);
 
     VX_OBJECT_UNKNOWN(Object)
     ~AsyncProcessor() noexcept(false) override;
@@ -27,12 +36,13 @@ public:
     // ILogProcessor
     void process(const ILogEntry* entry) override;
 
-    /// Waits until the target is done with all that was queued. False when `milliseconds` ran out first (0xFFFFFFFF waits
-    /// for ever), or when no worker is left to work.
+    /// Waits until the target is done with all that was queued. True when it took every entry. False when it threw at one
+    /// since the last call that waited to the end, when `milliseconds` ran out (0xFFFFFFFF waits for ever), and when entries
+    /// wait and no worker is left.
     bool waitUntilDone(std::uint32_t milliseconds = 0xFFFFFFFF);
 
 private:
-    AsyncProcessor(ILogProcessor* target, int threads);
+    AsyncProcessor(ILogProcessor* target, int threads, Failures failures);
 
     Reference<AsyncProcessorImpl> m_impl;
 };

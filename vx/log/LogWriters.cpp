@@ -8,8 +8,11 @@
 #include "vx/log/XmlLogWriter.h"
 #include "vx/log/detail/EntryText.h"
 #include "vx/log/detail/FieldOrder.h"
+#include "vx/text/charset/detail/Unicode.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <exception>
 #include <string_view>
 
@@ -21,6 +24,10 @@ using namespace std::string_view_literals;
 
 using detail::EntryText;
 using detail::FieldOrder;
+using text::charset::detail::isLead;
+using text::charset::detail::isSurrogate;
+using text::charset::detail::isTrail;
+using text::charset::detail::REPLACEMENT;
 
 /// Calls `take(name, printValue)` with each field of `entry`, in the order of its names; `printValue` appends the value's
 /// text to an `EntryText`.
@@ -43,8 +50,6 @@ void forEachField(const ILogEntry& entry, Take take)
     }
 }
 
-constexpr char16_t REPLACEMENT = 0xFFFD;
-
 /// What stands for a unit in the text of a document; empty for itself.
 constexpr std::u16string_view escapeOf(char16_t unit) noexcept
 {
@@ -62,25 +67,45 @@ constexpr std::u16string_view escapeOf(char16_t unit) noexcept
     }
 }
 
-constexpr bool isLead(char16_t unit) noexcept
+/// Whether the unit at `index` is half of a surrogate pair without the other half. No encoding takes it.
+constexpr bool isHalf(std::u16string_view text, std::size_t index) noexcept
 {
-    return (unit & 0xFC00) == 0xD800;
+    if (isLead(text[index]))
+        return index + 1 == text.size() || !isTrail(text[index + 1]);
+    return isTrail(text[index]) && (index == 0 || !isLead(text[index - 1]));
 }
 
-constexpr bool isTrail(char16_t unit) noexcept
-{
-    return (unit & 0xFC00) == 0xDC00;
-}
-
-/// Whether XML 1.0 has no place for the unit at `index`: controls, lone surrogates and two non-characters.
+/// Whether XML 1.0 has no place for the unit at `index`: controls, halves of pairs and two non-characters.
 constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
 {
     const char16_t unit = text[index];
-    if (isLead(unit))
-        return index + 1 == text.size() || !isTrail(text[index + 1]);
-    if (isTrail(unit))
-        return index == 0 || !isLead(text[index - 1]);
-    return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE;
+    return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE || isHalf(text, index);
+}
+
+/// Looks at four units in one step: hardly any entry has a surrogate.
+bool hasSurrogates(std::u16string_view text) noexcept
+{
+    constexpr std::uint64_t EACH = 0x0001'0001'0001'0001;
+    std::size_t index = 0;
+    for (; text.size() - index >= 4; index += 4) {
+        std::uint64_t four;
+        std::memcpy(&four, text.data() + index, sizeof four);
+        const std::uint64_t others = (four & EACH * 0xF800) ^ EACH * 0xD800; // 0 in the place of a surrogate
+        if (((others - EACH) & ~others & EACH * 0x8000) != 0)
+            return true;
+    }
+    return std::any_of(text.begin() + static_cast<std::ptrdiff_t>(index), text.end(), isSurrogate);
+}
+
+/// Puts U+FFFD in the place of each half of a surrogate pair: one of them must not keep its entry out of the log.
+void replaceHalves(char16_t* text, std::size_t length) noexcept
+{
+    if (!hasSurrogates({text, length}))
+        return;
+    for (std::size_t index = 0; index < length; ++index) {
+        if (isHalf({text, length}, index))
+            text[index] = REPLACEMENT;
+    }
 }
 
 void escape(std::u16string_view text, EntryText& escaped)
@@ -109,14 +134,13 @@ void LogWriterFace::process(const ILogEntry* entry)
     if (entry == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
     auto& self = static_cast<AbstractLogWriter&>(*this);
-    if (self.m_print != nullptr) {
-        EntryText text;
+    EntryText text;
+    if (self.m_print != nullptr)
         self.m_print(self, *entry, text);
-        self.m_writer->write(text.data(), text.length());
-    } else {
-        const String text = self.format(entry);
-        self.m_writer->write(text.view().data(), text.getLength());
-    }
+    else
+        text.append(self.format(entry).view());
+    replaceHalves(text.data(), static_cast<std::size_t>(text.length()));
+    self.m_writer->write(text.data(), text.length());
     self.flush();
 }
 

@@ -10,6 +10,7 @@
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Memory.h"
+#include "vxsys/Thread.h"
 
 #include <clocale>
 #include <utility>
@@ -42,6 +43,7 @@ void start()
 
 void stop()
 {
+    VXThreadJoinLeft(); // they run code of this library
     text::charset::detail::freeEncInfo();
     text::charset::detail::freeCodecs();
     ClassManager::freeInstance();

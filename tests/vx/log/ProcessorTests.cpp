@@ -83,12 +83,27 @@ TEST(AsyncProcessor, LeavesToTheOtherWorkersWhatWaitsBehindAFailure)
             const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 2);
             for (const char16_t* text : {u"bad", u"a", u"b", u"c"})
                 async->process(entryOf(text).get());
-            ASSERT_TRUE(async->waitUntilDone()) << "round " << round;
+            ASSERT_FALSE(async->waitUntilDone()) << "one was thrown at, round " << round;
             ASSERT_EQ(target->entries().size(), 3U);
+            ASSERT_TRUE(async->waitUntilDone()) << "which was told, round " << round;
         }
         while (target->GetRefCount() > 1) // a worker that waits ends as well
             std::this_thread::yield();
     }
+}
+
+TEST(AsyncProcessor, KeepsItsWorkerWhenAsked)
+{
+    Reference<Picky> target(new Picky);
+    const Reference<AsyncProcessor> async
+        = AsyncProcessor::create(target.get(), 1, AsyncProcessor::Failures::KEEP_WORKER);
+    for (const char16_t* text : {u"a", u"bad", u"c", u"bad"})
+        async->process(entryOf(text).get());
+    EXPECT_FALSE(async->waitUntilDone()) << "the last one failed";
+    EXPECT_EQ(target->texts(), "a; c");
+    async->process(entryOf(u"e").get());
+    EXPECT_TRUE(async->waitUntilDone());
+    EXPECT_EQ(target->texts(), "a; c; e");
 }
 
 TEST(AsyncProcessor, HandsOverAllWhenTheDrainMeetsAFailure)

@@ -1,6 +1,8 @@
 #include "Recording.h"
 #include "tests/vxsys/Scratch.h"
+#include "vx/Result.h"
 #include "vx/collections/Set.h"
+#include "vx/io/EntryStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/log/AsyncProcessor.h"
@@ -133,6 +135,49 @@ TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
         EXPECT_EQ(writer->m_events,
             head + "write(  <entry>\n  </entry>\n) flush write(  <entry>\n    <text kind=\"x\"> " + row.value
                 + " </text>\n  </entry>\n) flush " + foot);
+    }
+}
+
+/// A disk that may be full: a stream that keeps what it takes.
+class Disk : public io::OutputStream {
+public:
+    using OutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override
+    {
+        if (m_isFull)
+            throw ResultException(RESULT_FAIL, u"full");
+        m_bytes.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+    }
+
+    bool m_isFull = false;
+    std::string m_bytes;
+};
+
+TEST(LogChain, GoesOnAfterAnEntryThatItCannotWrite)
+{
+    const auto entry = [](const std::string& text) { return "text=" + text + "\n" + LINE; };
+    for (const char16_t* encoding : {u"UTF-8", u"UTF-16LE", u"UTF-32LE"}) {
+        const Reference<Disk> disk(new Disk);
+        const Reference<ILogProcessor> writer
+            = BasicLogWriter::create(new io::OutputStreamWriter(new io::EntryStream(disk.get()), encoding, 64));
+        const Reference<AsyncProcessor> async
+            = AsyncProcessor::create(writer.get(), 1, AsyncProcessor::Failures::KEEP_WORKER);
+        const Reference<Logger> logger = Logger::create();
+        logger->enableField(u"level", false);
+        logger->addProcessor(async.get());
+        logger->log(u"half of a pair \xD83D");
+        logger->log(u"\xDE00 the other half");
+        logger->log(u"both \U0001F600");
+        EXPECT_TRUE(async->waitUntilDone());
+        disk->m_isFull = true;
+        logger->log(String(u'x', 1000));
+        EXPECT_FALSE(async->waitUntilDone());
+        disk->m_isFull = false;
+        logger->log(u"last");
+        EXPECT_TRUE(async->waitUntilDone());
+        EXPECT_EQ(String(disk->m_bytes.data(), static_cast<std::int32_t>(disk->m_bytes.size()), encoding).toUtf8(),
+            entry("half of a pair \uFFFD") + entry("\uFFFD the other half") + entry("both \U0001F600") + entry("last"))
+            << String(encoding);
     }
 }
 

@@ -17,6 +17,7 @@ public:
     EntryText& operator=(const EntryText&) = delete;
 
     const char16_t* data() const noexcept { return m_data; }
+    char16_t* data() noexcept { return m_data; }
     std::int32_t length() const noexcept { return static_cast<std::int32_t>(m_length); }
     String toString() const { return String(m_data, length()); }
 
