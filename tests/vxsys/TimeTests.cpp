@@ -1,11 +1,15 @@
 #include "vxsys/Time.h"
 
+#include "Scratch.h"
 #include "vxsys/Result.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <dlfcn.h>
 #include <limits>
+#include <locale.h>
 #include <random>
 #include <tuple>
 
@@ -40,4 +44,49 @@ TEST(Time, BreaksSecondsDownAsTheCalendarDoes)
         EXPECT_EQ(VXTimeFromPosix(beyond, &time), RESULT_INVALID_ARGUMENT) << beyond;
 }
 
+/// Of the locales that the process has opened.
+std::atomic<int> g_openedLocales {0};
+
+TEST(Time, SeesAZoneThatChangesAtRunTime)
+{
+    const std::pair<const char*, int> rows[] = {{"UTC0", 0}, {"EAST-5", 5}, {"WEST+7", 17}, {"UTC0", 0}};
+    for (const auto& [zone, ahead] : rows) {
+        const ScopedVariable variable("TZ", zone);
+        STRUCT_VX_TIME local, before, after;
+        do { // not over the end of an hour
+            ASSERT_EQ(VXTimeGetSystem(&before), RESULT_OK);
+            ASSERT_EQ(VXTimeGetLocal(&local), RESULT_OK);
+            ASSERT_EQ(VXTimeGetSystem(&after), RESULT_OK);
+        } while (before.hour != after.hour);
+        EXPECT_EQ(local.hour, (before.hour + ahead) % 24) << zone;
+    }
+}
+
+TEST(Time, OpensTheUsersLocaleOnceForEachName)
+{
+    const STRUCT_VX_TIME time {2026, 1, 4, 15, 13, 5, 9, 0};
+    char text[200];
+    for (const char* locale : {"C", "C.UTF-8", "no_SUCH", "C"}) {
+        const ScopedVariable variable("LC_ALL", locale);
+        VXTimeFormatTime(&time, text, sizeof text);
+        const int before = g_openedLocales;
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_EQ(VXTimeFormatDate(&time, 0, text, sizeof text), RESULT_OK) << locale;
+            EXPECT_STREQ(text, "01/15/26") << locale;
+            EXPECT_EQ(VXTimeFormatTime(&time, text, sizeof text), RESULT_OK) << locale;
+            EXPECT_STREQ(text, "13:05:09") << locale;
+        }
+        EXPECT_EQ(g_openedLocales, before) << locale;
+    }
+}
+
 } // namespace
+
+/// Stands before that of the system.
+extern "C" locale_t newlocale(int categories, const char* name, locale_t base) noexcept
+{
+    static const auto next
+        = reinterpret_cast<locale_t (*)(int, const char*, locale_t)>(::dlsym(RTLD_NEXT, "newlocale"));
+    ++g_openedLocales;
+    return next(categories, name, base);
+}

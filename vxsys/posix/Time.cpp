@@ -1,11 +1,15 @@
 #include "vxsys/Time.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/StateLock.h"
 
 #include <cerrno>
 #include <clocale>
 #include <cstddef>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <initializer_list>
 #include <langinfo.h>
 #include <limits>
 #include <locale.h>
@@ -13,6 +17,7 @@
 
 namespace {
 
+using namespace vxsys::detail;
 using namespace vxsys::results;
 
 std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) noexcept
@@ -33,6 +38,24 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
     time.second = static_cast<std::uint16_t>(parts.tm_sec < LAST_SECOND ? parts.tm_sec : LAST_SECOND);
     time.milliseconds = static_cast<std::uint16_t>(nanoseconds / NANOSECONDS_EACH);
     return RESULT_OK;
+}
+
+/// What the calling thread last knew of the time zone.
+struct ZoneCheck {
+    std::time_t second;
+    bool wasNamed; ///< by the environment
+};
+constinit thread_local ZoneCheck s_zoneCheck {};
+
+/// As `localtime_r`, which does not look whether the zone has changed. A zone that the environment names is compared at each
+/// call, the file of the system's zone once a second: that costs a call of the system.
+std::tm* localTime(const std::time_t* moment, std::tm* parts) noexcept
+{
+    const bool isNamed = std::getenv("TZ") != nullptr;
+    if (isNamed || s_zoneCheck.wasNamed || s_zoneCheck.second != *moment)
+        ::tzset();
+    s_zoneCheck = {*moment, isNamed};
+    return ::localtime_r(moment, parts);
 }
 
 template <class Break>
@@ -58,29 +81,65 @@ bool isMoment(const STRUCT_VX_TIME& time) noexcept
         && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
 }
 
-/// The locale of the environment to the end of the block, so that the process's own, which may be set to anything, does
-/// not matter.
+/// The environment's locale for times. The process's own locale, which may be set to anything, does not matter. It is opened
+/// again only after the environment has changed: to open it costs more than to format a time.
 class UserLocale {
 public:
-    UserLocale() noexcept
-        : m_locale(::newlocale(LC_ALL_MASK, "", nullptr))
+    constexpr UserLocale() noexcept = default;
+
+    /// Null when memory is exhausted. Valid while the caller holds the lock.
+    locale_t get() noexcept
     {
+        const char* const name = nameInEnvironment();
+        if (m_locale != nullptr && std::strcmp(name, m_name) == 0)
+            return m_locale;
+        close();
+        m_locale = ::newlocale(LC_TIME_MASK, "", nullptr);
         if (m_locale == nullptr) // named, but not installed
-            m_locale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+            m_locale = ::newlocale(LC_TIME_MASK, "C", nullptr);
+        keepName(name);
+        return m_locale;
     }
-    ~UserLocale()
+
+    void close() noexcept
     {
         if (m_locale != nullptr)
             ::freelocale(m_locale);
+        m_locale = nullptr;
     }
-    UserLocale(const UserLocale&) = delete;
-    UserLocale& operator=(const UserLocale&) = delete;
-
-    locale_t get() const noexcept { return m_locale; }
 
 private:
-    locale_t m_locale;
+    /// The first variable that is set and not empty decides, as everywhere in POSIX.
+    static const char* nameInEnvironment() noexcept
+    {
+        for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+            const char* const value = std::getenv(variable);
+            if (value != nullptr && *value != '\0')
+                return value;
+        }
+        return "";
+    }
+
+    /// A name without room is not kept, and so the locale is opened each time.
+    void keepName(const char* name) noexcept
+    {
+        const std::size_t length = std::strlen(name);
+        std::memcpy(m_name, length < sizeof m_name ? name : "?", length < sizeof m_name ? length + 1 : 2);
+    }
+
+    locale_t m_locale = nullptr;
+    char m_name[64] = "";
 };
+
+constinit StateLock g_localeLock;
+constinit UserLocale g_locale VX_GUARDED_BY(g_localeLock);
+
+/// Runs when the library is unloaded, and at exit.
+__attribute__((destructor)) void closeLocale() noexcept
+{
+    const StateGuard guard(g_localeLock);
+    g_locale.close();
+}
 
 /// The long form of a date in the order in which the locale's short form has its parts.
 const char* longDateFormat(locale_t locale) noexcept
@@ -111,10 +170,11 @@ std::int32_t format(
     parts.tm_min = time->minute;
     parts.tm_sec = time->second;
 
-    const UserLocale locale;
-    if (locale.get() == nullptr)
+    const StateGuard guard(g_localeLock);
+    const locale_t locale = g_locale.get();
+    if (locale == nullptr)
         return RESULT_OUT_OF_MEMORY;
-    if (::strftime_l(target, static_cast<std::size_t>(size), formatOf(locale.get()), &parts, locale.get()) == 0) {
+    if (::strftime_l(target, static_cast<std::size_t>(size), formatOf(locale), &parts, locale) == 0) {
         *target = '\0';
         return RESULT_BUFFER_TOO_SMALL;
     }
@@ -125,7 +185,7 @@ std::int32_t format(
 
 std::int32_t VXTimeGetLocal(STRUCT_VX_TIME* time) noexcept
 {
-    return now(time, ::localtime_r);
+    return now(time, localTime);
 }
 
 std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept
