@@ -4,8 +4,9 @@
 
 namespace vx::io {
 
-/// Keys from the console, for passwords: nothing at all shows on the screen, and the terminal is put back after each read.
-/// Where standard input is no terminal, its bytes are read as they are. One thread at a time.
+/// Keys from the console, for passwords: nothing at all shows on the screen, and each read restores the terminal.
+/// Where standard input is no terminal, its bytes are read as they are. What a `StdioInputStream` has read ahead comes
+/// first. One thread at a time.
 class VX_API MaskedConsoleInputStream : public InputStream {
 public:
     // InputStream

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <termios.h>
 #include <unistd.h>
 
@@ -55,6 +56,18 @@ int setTerminal(const termios& settings)
 {
     // Not TCSAFLUSH, which drops what was typed ahead.
     return retryOnSignal([&] { return ::tcsetattr(STDIN_FILENO, TCSADRAIN, &settings); });
+}
+
+/// Takes the next byte that the C library has already read from the standard input for its own buffer. False when there is
+/// none. Only what is there: the C library must not read ahead here what the program reads elsewhere.
+bool takeReadAhead(unsigned char* byte)
+{
+    ::flockfile(stdin);
+    const bool isThere = stdin->_IO_read_ptr < stdin->_IO_read_end; // no function tells
+    if (isThere)
+        *byte = static_cast<unsigned char>(::getc_unlocked(stdin));
+    ::funlockfile(stdin);
+    return isThere;
 }
 
 bool isEraseKey(unsigned char key)
@@ -116,7 +129,7 @@ std::int32_t VXConsoleReadKey(std::int32_t* key) noexcept
         return RESULT_INVALID_ARGUMENT;
     *key = 0;
     unsigned char byte = 0;
-    const ssize_t got = retryOnSignal([&] { return ::read(STDIN_FILENO, &byte, 1); });
+    const ssize_t got = takeReadAhead(&byte) ? 1 : retryOnSignal([&] { return ::read(STDIN_FILENO, &byte, 1); });
     if (got < 0)
         return VXResultFromNative(errno);
     if (got == 0)

@@ -117,6 +117,21 @@ TEST(MaskedConsoleInputStream, TakesKeys)
     }
 }
 
+TEST(MaskedConsoleInputStream, TakesWhatAnotherStreamHasReadAhead)
+{
+    const Scratch scratch;
+    put(scratch / "in", "user\nsecret\nrest\n"sv);
+    alone([&] {
+        redirect(STDIN_FILENO, scratch / "in", O_RDONLY);
+        StdioInputStream lines;
+        EXPECT_EQ(readOnce(lines, 100), "user\n");
+        MaskedConsoleInputStream keys;
+        EXPECT_EQ(readOnce(keys, 100), "secret\n");
+        EXPECT_EQ(readOnce(lines, 100), "rest\n");
+        EXPECT_EQ(readOnce(keys, 100), "-1");
+    });
+}
+
 TEST(MaskedConsoleInputStream, ShowsNothingAndPutsTheTerminalBack)
 {
     const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
