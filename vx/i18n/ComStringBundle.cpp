@@ -36,7 +36,9 @@ Reference<const collections::Collection<String>> ComStringBundle::getKeys() cons
 
 String ComStringBundle::lookupString(const String& key) const
 {
-    const Reference<String> value(new String); // a component may count what it is handed
+    if (!SystemName::isValid(key))
+        return String(); // the component would read another key
+    const Reference<String> value(new String); // a component may hold a reference to it
     static_cast<void>(m_component->LoadCharBuffer(TerminatedText(key), value.get())); // a failure leaves it empty
     return *value;
 }

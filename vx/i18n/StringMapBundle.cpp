@@ -37,7 +37,13 @@ std::int32_t StringMapBundle::GetResource(std::int32_t index, IVXCharBuffer* key
     return vorb::resultAtBoundary([&] {
         const Reference<String> found = buildKeySet().get(index);
         VXCopyCharBuffer(key, found.get());
-        return value != nullptr ? LoadCharBuffer(TerminatedText(*found), value) : RESULT_OK;
+        if (value == nullptr)
+            return RESULT_OK;
+        if (SystemName::isValid(*found))
+            return LoadCharBuffer(TerminatedText(*found), value);
+        String text = getString(*found); // up to its zero unit it would be another key
+        VXCopyCharBuffer(value, &text);
+        return RESULT_OK;
     });
 }
 

@@ -131,6 +131,10 @@ TEST(ComStringBundle, ReadsTheComponent)
     EXPECT_EQ(bundle->getString(u"hello"), u"Grüß Gott");
     for (const char16_t* key : {u"empty", u"missing", u""})
         EXPECT_EQ(saidBy<Exception>([&] { bundle->getString(key); }), "Resource not found") << String(key);
+    const String longer(u"hello there");
+    const String wrapped(String::AcquireWrap, longer, 0, 5);
+    EXPECT_EQ(bundle->getString(wrapped), u"Grüß Gott") << "no zero unit after it";
+    EXPECT_THROW(bundle->getString(String(u"hello\0x", 7)), Exception) << "another key";
     component->m_lie = 1;
     EXPECT_EQ(resultOf([&] { bundle->getKeys(); }), RESULT_INVALID_ARGUMENT) << "no list is kept of the first two";
     component->m_lie = 0;
@@ -161,6 +165,8 @@ TEST(StringBundle, IsFoundByTheNearestLocale)
         }
     };
     EXPECT_EQ(found(u"fr_FR"), u"Resource not found");
+    const Offer cut(u"Velmaris.Test", offer(u"en_US"));
+    EXPECT_THROW(StringBundle::getBundle(String(u"Test\0x", 6), nullptr), Exception) << "another name";
     const Offer fallback(u"Velmaris.Test.StringBundle.en_US", offer(u"en_US"));
     EXPECT_EQ(found(u"fr_FR"), u"en_US");
     EXPECT_EQ(found(nullptr), u"en_US");
@@ -214,6 +220,14 @@ TEST(StringMapBundle, ServesAMapAndItsParent)
     EXPECT_EQ(face->GetResource(2, key.get(), value.get()), RESULT_OK);
     EXPECT_EQ(*key, u"b") << "the parent's stand behind";
     EXPECT_EQ(*value, u"parent b");
+
+    const Reference<StringHashMap> zeros(new StringHashMap);
+    zeros->put(String(u"k\0b", 3), Reference<String>(new String(u"whole")).get());
+    const Reference<StringMapBundle> whole(new StringMapBundle(zeros.get(), nullptr));
+    EXPECT_EQ(whole->getString(String(u"k\0b", 3)), u"whole");
+    EXPECT_EQ(whole->GetResource(0, key.get(), value.get()), RESULT_OK);
+    EXPECT_EQ(*key, String(u"k\0b", 3));
+    EXPECT_EQ(*value, u"whole");
 
     IVXLocale* none = locale.get();
     EXPECT_EQ(face->GetLocale(&none), RESULT_OK);
