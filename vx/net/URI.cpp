@@ -128,6 +128,34 @@ URI::URI(const String& text)
     parseUri(View(m_texts.get(), given.size()), false, m_parts);
 }
 
+URI::URI(const URI& other)
+    : Object(other)
+    , m_query(other.m_query != nullptr ? std::make_unique<detail::QueryTable>(*other.m_query) : nullptr)
+{
+    store(other.m_parts);
+}
+
+URI::URI(URI&& other) noexcept
+    : m_parts(std::exchange(other.m_parts, Parts()))
+    , m_texts(std::move(other.m_texts))
+    , m_query(std::move(other.m_query))
+{
+}
+
+URI& URI::operator=(const URI& other)
+{
+    return *this = URI(other);
+}
+
+URI& URI::operator=(URI&& other) noexcept
+{
+    URI moved(std::move(other)); // which may be this one
+    std::swap(m_parts, moved.m_parts);
+    m_texts.swap(moved.m_texts);
+    m_query.swap(moved.m_query);
+    return *this;
+}
+
 URI::~URI() noexcept = default;
 
 String URI::toString() const
@@ -203,7 +231,11 @@ void URI::setPort(int port)
 
 void URI::setQuery(const String& text, bool escape)
 {
-    take(QUERY, text.view(), escape);
+    detail::QueryReader each(text.view());
+    if (m_query != nullptr && find(text.view(), u'&') == NOT_FOUND && each.next())
+        takePair(each.key(), each.value(), escape); // needs no copy of the table to be undone
+    else
+        take(QUERY, text.view(), escape);
 }
 
 void URI::setQueryPair(const String& key, const String& value, bool escape)
@@ -442,7 +474,7 @@ std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
 String URI::getUnescapedString(View text)
 {
     constexpr std::size_t DIGITS = 2;
-    if (find(text, u'%') == NOT_FOUND)
+    if (std::ranges::all_of(text, [](char16_t unit) { return isAscii(unit) && unit != u'%'; }))
         return String(text);
     std::string bytes = utf8Of(text);
     std::size_t end = 0;
@@ -528,8 +560,14 @@ void URI::parseUserInfo(View text, Parts& parts)
 
 void URI::take(Parts given, bool escape)
 {
-    const bool readsQuery = given.has[QUERY] && (escape || m_query != nullptr || !m_parts.texts[QUERY].empty());
-    const View query = readsQuery ? std::exchange(given.texts[QUERY], m_parts.texts[QUERY]) : View();
+    std::unique_ptr<detail::QueryTable> query;
+    if (given.has[QUERY] && (escape || m_query != nullptr || !m_parts.texts[QUERY].empty())) {
+        const detail::QueryTable* held = readQuery();
+        query = held != nullptr ? std::make_unique<detail::QueryTable>(*held) : std::make_unique<detail::QueryTable>();
+        for (detail::QueryReader each(given.texts[QUERY]); each.next();)
+            put(*query, each.key(), each.value(), escape);
+        given.texts[QUERY] = m_parts.texts[QUERY];
+    }
     std::array<std::u16string, PATH + 1> escaped;
     for (const Part part : {USER, PASSWORD, HOST, PATH}) {
         if (escape && given.has[part]) {
@@ -538,8 +576,8 @@ void URI::take(Parts given, bool escape)
         }
     }
     store(given);
-    for (detail::QueryReader each(query); each.next();)
-        takePair(each.key(), each.value(), escape);
+    if (query != nullptr)
+        m_query = std::move(query);
 }
 
 void URI::take(Part part, View text, bool escape)
@@ -551,12 +589,17 @@ void URI::take(Part part, View text, bool escape)
 
 void URI::takePair(View key, View value, bool escape)
 {
-    const auto stored = [&](View text) { return escape ? String(getEscapedString(text, ESCAPE_QUERY)) : String(text); };
     if (readQuery() == nullptr)
         m_query = std::make_unique<detail::QueryTable>();
-    const String storedKey = stored(key);
-    m_query->put(storedKey, stored(value));
+    put(*m_query, key, value, escape);
     m_parts.has[QUERY] = true;
+}
+
+void URI::put(detail::QueryTable& query, View key, View value, bool escape)
+{
+    const auto stored = [&](View text) { return escape ? String(getEscapedString(text, ESCAPE_QUERY)) : String(text); };
+    const String storedKey = stored(key);
+    query.put(storedKey, stored(value));
 }
 
 void URI::store(const Parts& given)

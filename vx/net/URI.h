@@ -22,7 +22,7 @@ class TextWriter;
 /// empty.
 ///
 /// A setter is told whether its text is still to be escaped, a getter whether to unescape; both work on the UTF-8 bytes, and
-/// text that has none there or is none throws InvalidCharacterException. The getter of a part that is not there throws a
+/// text that has none there or is none throws InvalidCharacterException. A setter that throws changes nothing. The getter of a part that is not there throws a
 /// bare Exception, and so does unescaping an escape that is cut short. Query parameters are found in any case of letters,
 /// and printed in the order of a hash map. Fragments are not known: a "#" is a character like others. One thread at a time,
 /// also for the constant operations.
@@ -30,8 +30,11 @@ class VX_API URI : public Object {
 public:
     URI();
     URI(const String& text);
-    URI(const URI&) = delete;
-    URI& operator=(const URI&) = delete;
+    /// A copy shares nothing with the other. What is moved from has no parts.
+    URI(const URI& other);
+    URI(URI&& other) noexcept;
+    URI& operator=(const URI& other);
+    URI& operator=(URI&& other) noexcept;
     ~URI() noexcept override;
 
     // Object
@@ -130,6 +133,7 @@ private:
     void take(Parts given, bool escape);
     void take(Part part, std::u16string_view text, bool escape);
     void takePair(std::u16string_view key, std::u16string_view value, bool escape);
+    static void put(detail::QueryTable& query, std::u16string_view key, std::u16string_view value, bool escape);
     /// Copies parts that are in their stored form, and those that they do not replace. What fails changes nothing.
     void store(const Parts& given);
     /// What a getter answers.

@@ -1,5 +1,6 @@
 #include "vx/net/URI.h"
 
+#include "tests/AllocationProbe.h"
 #include "vx/collections/Element.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/text/charset/CharsetException.h"
@@ -10,6 +11,7 @@
 #include <random>
 #include <string>
 #include <tuple>
+#include <utility>
 
 namespace {
 
@@ -159,6 +161,68 @@ TEST(URI, ReadsEscapesAsThePlatformReadsNumbers)
     for (const char16_t* cut : {u"a%4", u"a%", u"%"}) {
         uri.setPath(cut, false);
         EXPECT_THROW(uri.getPath(true), Exception) << String(cut);
+    }
+}
+
+TEST(URI, UnescapesTextThatIsNoneAlike)
+{
+    const auto outcome = [](const String& host) {
+        URI uri;
+        uri.setHost(host, false);
+        try {
+            return std::u16string(uri.getHost(true).view());
+        } catch (const Exception&) {
+            return u"throws"s;
+        }
+    };
+    for (const char16_t* text : {u"A\xD800x", u"Ax\xDC00", u"A\xD83D\xDE00"})
+        EXPECT_EQ(outcome(text), outcome(u"%41" + String(text).substring(1))) << "with and without an escape";
+}
+
+TEST(URI, IsCopiedAndMovedWithAllItsParts)
+{
+    for (const char* text : {"s://u:p@h:1/a?k=v&b=%41", "tel:123", ""}) {
+        URI uri {String(std::string_view(text))};
+        for (const char16_t* query : {u"", u"more=1"}) { // of which the second makes a table
+            if (uri.hasQuery())
+                uri.setQuery(query, false);
+            const std::string parts = partsOf(uri);
+            URI copy(uri);
+            URI assigned(u"other://x?y=z");
+            assigned = copy;
+            URI& same = assigned;
+            assigned = same;
+            copy.setHost(u"changed", false);
+            copy.setQueryPair(u"k", u"changed", false);
+            EXPECT_EQ(partsOf(uri) + partsOf(assigned), parts + parts);
+
+            URI moved(std::move(assigned));
+            EXPECT_EQ(partsOf(assigned), "");
+            assigned.setUri(u"s://again?a=b", false);
+            EXPECT_EQ(assigned.toString(), u"s://again?a=b");
+            assigned = std::move(moved);
+            EXPECT_EQ(partsOf(assigned), parts);
+        }
+    }
+}
+
+TEST(URI, StaysAsItWasWhereMemoryIsShort)
+{
+    for (const bool escape : {false, true}) {
+        URI uri;
+        std::string parts;
+        const auto begin = [&] {
+            uri = URI(u"old://u:p@host:1/path?key=1&other=2");
+            parts = partsOf(uri);
+        };
+        begin();
+        const int failures = failEachAllocation([&] { uri.setUri(u"new://v:q@h:2/p?key=3&more=4&most=5", escape); },
+            [&](int failing) {
+                EXPECT_EQ(partsOf(uri), parts) << failing;
+                begin();
+            });
+        EXPECT_GT(failures, 5);
+        EXPECT_EQ(uri.getHost(false) + uri.getQueryValue(u"most", false), u"h5");
     }
 }
 
