@@ -1,7 +1,12 @@
 #include "vx/util/detail/CommandLineCoreImpl.h"
 
 #include "vx/TerminatedText.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharsetException.h"
 #include "vxsys/Number.h"
+
+#include <cstring>
+#include <vector>
 
 namespace vx::util {
 
@@ -17,6 +22,36 @@ auto numberIn(const String& text, const char16_t* complaint, Convert convert)
     if (end == terminated)
         throw Exception(complaint);
     return value;
+}
+
+/// `bytes` in the default encoding, with U+FFFD for each byte that no character can be made of.
+String decodeLossily(const char* bytes)
+{
+    using text::charset::ByteToCharConverter;
+    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(nullptr));
+    const std::vector<signed char> source(bytes, bytes + std::strlen(bytes));
+    const auto length = static_cast<std::int32_t>(source.size());
+    std::vector<char16_t> units(source.size() * static_cast<std::size_t>(decoder->getMaxCharsPerByte()) + 1);
+    const auto room = static_cast<std::int32_t>(units.size());
+    std::int32_t end = 0;
+    for (std::int32_t position = 0; position < length; ++position) {
+        try {
+            decoder->convert(source.data(), &position, length, units.data(), &end, room);
+        } catch (const text::charset::InvalidCharacterException&) {
+        }
+        if (position < length)
+            units[static_cast<std::size_t>(end++)] = u'\uFFFD';
+    }
+    return String(std::u16string_view(units.data(), static_cast<std::size_t>(end)));
+}
+
+String textOf(const char* argument)
+{
+    try {
+        return String(argument);
+    } catch (const text::charset::InvalidCharacterException&) {
+        return decodeLossily(argument);
+    }
 }
 
 } // namespace
@@ -56,7 +91,7 @@ String joinArguments(int count, char** const arguments)
 {
     String text;
     for (int index = 0; index < count; ++index) {
-        const String argument(arguments[index]);
+        const String argument = textOf(arguments[index]);
         const bool hasBlank = argument.indexOf(u' ') >= 0;
         if (hasBlank)
             text.append(u'"');

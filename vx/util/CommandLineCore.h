@@ -77,7 +77,8 @@ private:
     bool m_ignoresCase = false;
 };
 
-/// The arguments as one command line, each in the default encoding, with quotes around one that has a blank in it.
+/// The arguments as one command line, each in the default encoding, with quotes around one that has a blank in it. Bytes
+/// that are no text there become U+FFFD.
 VX_API String joinArguments(int count, char** const arguments);
 
 } // namespace vx::util

@@ -61,7 +61,8 @@ public:
     void setIgnoreCase(bool ignoreCase);
 
     void parse(const String& text);
-    /// All `count` arguments, the program's name too if it is among them, in the default encoding.
+    /// All `count` arguments, the program's name too if it is among them, in the default encoding. Bytes that are no text
+    /// there become U+FFFD.
     void parse(int count, char** const arguments);
 
     int getElementCount() const;

@@ -66,11 +66,11 @@ TYPED_TEST(CommandLineParsers, TakeACommandLineApartAndJoinArguments)
         parser.parse(text);
         EXPECT_EQ(elementsOf(parser), expected) << String(text);
     }
-    std::string texts[] = {"program", "-x=a b", "Größe", "two words"};
-    char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data()};
+    std::string texts[] = {"program", "-x=a b", "Größe", "two words", "-\xED\xA0\x80=\xFFö\xE2\x82"};
+    char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data(), texts[4].data()};
     TypeParam parser;
-    parser.parse(4, arguments);
-    EXPECT_EQ(elementsOf(parser), "[program]x(a b)[Größe][two words]");
+    parser.parse(5, arguments);
+    EXPECT_EQ(elementsOf(parser), "[program]x(a b)[Größe][two words]\uFFFD\uFFFD\uFFFD(\uFFFDö\uFFFD\uFFFD)");
 }
 
 TYPED_TEST(CommandLineParsers, FindOptionsByNameInTheCaseThatCounts)
