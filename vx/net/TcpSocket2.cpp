@@ -40,8 +40,8 @@ ENUM_VX_E_SOCKET underGlobalLock(Work work) noexcept
 } // namespace
 
 std::atomic<short> TcpSocket2::s_bInitialized {0};
-std::int32_t TcpSocket2::s_VersionMajor = 0;
-std::int32_t TcpSocket2::s_VersionMinor = 0;
+std::atomic<std::int32_t> TcpSocket2::s_VersionMajor {0};
+std::atomic<std::int32_t> TcpSocket2::s_VersionMinor {0};
 
 TcpSocket2::TcpSocket2(ENUM_VX_E_SOCKET* status)
 {

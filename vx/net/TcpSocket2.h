@@ -63,8 +63,8 @@ protected:
     int beginShutdown(Direction direction);
 
     static std::atomic<short> s_bInitialized;
-    static std::int32_t s_VersionMajor;
-    static std::int32_t s_VersionMinor;
+    static std::atomic<std::int32_t> s_VersionMajor;
+    static std::atomic<std::int32_t> s_VersionMinor;
 
 private:
     short m_isShutdownIn = 0;
