@@ -53,7 +53,10 @@ Reference<TcpSocket> TcpServerSocket::accept()
 {
     vx_sockaddr_union peer {};
     socklen_t length = sizeof peer.in4;
-    const unsigned int socket = acceptSocket(m_handle->getSocket(), &peer.generic, &length);
+    unsigned int socket = INVALID_SOCKET_HANDLE;
+    do
+        socket = acceptSocket(m_handle->getSocket(), &peer.generic, &length);
+    while (socket == INVALID_SOCKET_HANDLE && errno == EINTR);
     if (socket == INVALID_SOCKET_HANDLE) {
         const std::int32_t number = VXLastNativeSocketError();
         throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(number));

@@ -34,7 +34,8 @@ vx_sockaddr_union lookUp(const String& host, socklen_t& length)
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_protocol = IPPROTO_TCP;
     addrinfo* list = nullptr;
-    VXgetaddrinfo(host.getBytes(), nullptr, &hints, &list);
+    if (host.indexOf(u'\0') < 0) // the system would look up what stands before it
+        VXgetaddrinfo(host.getBytes(), nullptr, &hints, &list);
     const std::unique_ptr<addrinfo, decltype(&VXfreeaddrinfo)> owner(list, VXfreeaddrinfo);
     if (list == nullptr)
         throw Exception(u"Unknown host: " + host);
@@ -73,7 +74,7 @@ TcpSocket::TcpSocket(const String& host, unsigned short port)
         throw io::IoException(describe(u"TcpSocket::TcpSocket ", lastError()));
     m_handle = TcpSocketHandle::own(socket);
     address.in4.sin_port = htons(port);
-    if (::connect(static_cast<int>(socket), &address.generic, length) != 0) {
+    if (connectSocket(socket, &address.generic, length) != 0) {
         const ENUM_VX_E_SOCKET failure = lastError();
         throw Exception(u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", failure));
     }

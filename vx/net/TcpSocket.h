@@ -23,7 +23,7 @@ class TcpSocketOutputStream;
 class VX_API TcpSocket : public Object {
 public:
     /// Connects to the first address of `host`. Throws Exception for a host that is unknown or cannot be reached,
-    /// IoException where there is no socket to be had.
+    /// IoException if the system has no socket left. A name with a zero unit in it is unknown.
     TcpSocket(const String& host, unsigned short port);
     TcpSocket(const TcpSocket&) = delete;
     TcpSocket& operator=(const TcpSocket&) = delete;

@@ -4,6 +4,7 @@
 #include "vx/io/IoException.h"
 #include "vx/net/detail/NativeSocket.h"
 
+#include <chrono>
 #include <span>
 
 namespace vx::net {
@@ -29,17 +30,16 @@ TcpSocketInputStream::~TcpSocketInputStream() noexcept = default;
 
 std::int32_t TcpSocketInputStream::read(signed char* buffer, std::int32_t length)
 {
-    constexpr int MILLISECONDS = 1000;
-
     if (length < 1)
         return 0;
-    if (const int timeout = m_timeout; timeout != 0) {
-        const timeval time {timeout / MILLISECONDS, timeout % MILLISECONDS * MILLISECONDS};
+    if (const int timeout = m_timeout; timeout > 0) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout);
         pollfd entry {static_cast<int>(m_socket), WAIT_READ, 0};
-        if (waitFor({&entry, 1}, &time) == 0)
+        if (retryOnSignal([&] { return waitUntil({&entry, 1}, end); }) == 0)
             throw io::TimeoutException(u"socket timeout");
     }
-    const ssize_t got = ::recv(static_cast<int>(m_socket), buffer, static_cast<std::size_t>(length), 0);
+    const ssize_t got = retryOnSignal(
+        [&] { return ::recv(static_cast<int>(m_socket), buffer, static_cast<std::size_t>(length), 0); });
     if (got < 0)
         fail(u"TcpSocketInputStream::read ", lastError());
     return got > 0 ? static_cast<std::int32_t>(got) : -1;
@@ -55,11 +55,14 @@ TcpSocketOutputStream::~TcpSocketOutputStream() noexcept = default;
 
 void TcpSocketOutputStream::write(const signed char* buffer, std::int32_t length)
 {
-    if (length < 1)
-        return;
-    const ssize_t sent = ::send(static_cast<int>(m_socket), buffer, static_cast<std::size_t>(length), MSG_NOSIGNAL);
-    if (sent < length)
-        fail(u"TcpSocketOutputStream::write ", sent < 0 ? lastError() : VX_E_SOCKET_EINTR);
+    while (length > 0) { // a signal ends a send early
+        const ssize_t sent = retryOnSignal(
+            [&] { return ::send(static_cast<int>(m_socket), buffer, static_cast<std::size_t>(length), MSG_NOSIGNAL); });
+        if (sent < 0)
+            fail(u"TcpSocketOutputStream::write ", lastError());
+        buffer += sent;
+        length -= static_cast<std::int32_t>(sent);
+    }
 }
 
 } // namespace vx::net

@@ -22,7 +22,7 @@ public:
     /// waits anew, or IoException.
     std::int32_t read(signed char* buffer, std::int32_t length) override;
 
-    /// Milliseconds; 0 is for ever.
+    /// Milliseconds for one read, whatever signals arrive meanwhile; 0 and less is for ever.
     void setTimeout(int milliseconds) noexcept { m_timeout = milliseconds; }
 
 private:
@@ -39,7 +39,8 @@ public:
     ~TcpSocketOutputStream() noexcept override;
 
     using OutputStream::write;
-    /// One send. Throws IoException, also where a signal cut it short: what had been sent then is not known.
+    /// Returns when the system has taken all of it, also if signals arrive meanwhile. Throws IoException; how much was
+    /// sent before the failure is not known.
     void write(const signed char* buffer, std::int32_t length) override;
 
 private:

@@ -1,4 +1,5 @@
 #include "tests/AllocationProbe.h"
+#include "tests/vx/net/SignalStorm.h"
 #include "vx/Exception.h"
 #include "vx/String.h"
 #include "vx/io/IoException.h"
@@ -7,14 +8,19 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <typeinfo>
+#include <vector>
 
 namespace vx::net {
 namespace {
+
+using namespace std::literals;
 
 template <class Work>
 std::string failureOf(Work work, const std::type_info** type = nullptr)
@@ -84,6 +90,57 @@ TEST(TcpSocket, TimesOutAndWaitsAnew)
     EXPECT_EQ(read(*input), "late");
 }
 
+TEST(TcpSocket, GoesOnAfterSignals)
+{
+    constexpr std::int32_t MANY = 8 * 1024 * 1024; // more than the system keeps for a reader
+    TcpServerSocket listener(0, 0);
+    Reference<TcpSocket> first;
+    const SignalStorm storm;
+    std::jthread other([&] {
+        SignalStorm::pass();
+        first = new TcpSocket(u"127.0.0.1", listener.getPort());
+    });
+    const Reference<TcpSocket> accepted = listener.accept();
+    other.join();
+
+    const std::vector<signed char> sent(MANY, 's');
+    std::int64_t received = 0;
+    other = std::jthread([&] {
+        SignalStorm::pass();
+        std::vector<signed char> piece(MANY);
+        const Reference<io::InputStream> input = first->getInputStream();
+        for (std::int32_t got; received < MANY && (got = input->read(piece.data(), MANY)) > 0;)
+            received += got;
+    });
+    accepted->getOutputStream()->write(sent.data(), MANY);
+    other.join();
+    EXPECT_EQ(received, MANY);
+
+    const Reference<io::InputStream> input = accepted->getInputStream();
+    accepted->setSoTimeout(50);
+    EXPECT_EQ(failureOf([&] { read(*input); }), "socket timeout");
+    accepted->setSoTimeout(0);
+    other = std::jthread([&] {
+        SignalStorm::pass();
+        first->getOutputStream()->write("late", 4);
+    });
+    EXPECT_EQ(read(*input), "late");
+    other.join();
+
+    // One connection fills the queue, the second waits for its place there.
+    std::atomic<bool> isFull {false};
+    other = std::jthread([&] {
+        while (!isFull)
+            std::this_thread::yield();
+        SignalStorm::pass();
+        for (int count = 0; count < 2; ++count)
+            listener.accept();
+    });
+    first = new TcpSocket(u"127.0.0.1", listener.getPort());
+    isFull = true;
+    EXPECT_EQ(failureOf([&] { TcpSocket(u"127.0.0.1", listener.getPort()); }), "none");
+}
+
 TEST(TcpSocket, SaysWhatFailed)
 {
     unsigned short port = 0;
@@ -97,6 +154,8 @@ TEST(TcpSocket, SaysWhatFailed)
     const std::string unable = "TcpSocket::TcpSocket Unable to connect to ";
     EXPECT_EQ(failureOf([&] { TcpSocket(u"127.0.0.1", port); }),
         unable + "127.0.0.1 ECONNREFUSED No connection could be made because the target machine actively refused it. ");
+    const String cut(u"127.0.0.1\0.evil"sv);
+    EXPECT_EQ(failureOf([&] { TcpSocket(cut, port); }), (u"Unknown host: " + cut).toUtf8());
     const std::string noRoute = failureOf([] { TcpSocket(u"224.0.0.1", 9); });
     EXPECT_TRUE(noRoute.starts_with(unable + "224.0.0.1 ENETUNREACH ")) << noRoute;
 }

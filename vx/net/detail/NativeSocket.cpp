@@ -1,15 +1,15 @@
 #include "vx/net/detail/NativeSocket.h"
 
 #include <algorithm>
-#include <chrono>
 #include <ctime>
 #include <fcntl.h>
-#include <optional>
 #include <unistd.h>
 
 namespace vx::net::detail {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr std::int64_t NANOSECONDS = 1'000'000'000;
 constexpr std::int64_t FOR_EVER_SECONDS = 1'000'000'000; // some thirty years
@@ -44,6 +44,23 @@ unsigned int acceptSocket(unsigned int listener, sockaddr* peer, socklen_t* leng
     return awayFromZero(::accept4(static_cast<int>(listener), peer, length, SOCK_CLOEXEC));
 }
 
+int connectSocket(unsigned int socket, const sockaddr* address, socklen_t length) noexcept
+{
+    const int result = ::connect(static_cast<int>(socket), address, length);
+    if (result == 0 || errno != EINTR)
+        return result;
+    // The system goes on with the attempt: a second call would only be told so.
+    pollfd entry {static_cast<int>(socket), POLLOUT, 0};
+    if (retryOnSignal([&] { return ::poll(&entry, 1, -1); }) < 0)
+        return -1;
+    int error = 0;
+    socklen_t size = sizeof error;
+    if (::getsockopt(static_cast<int>(socket), SOL_SOCKET, SO_ERROR, &error, &size) < 0)
+        return -1;
+    errno = error;
+    return error == 0 ? 0 : -1;
+}
+
 int closeSocket(unsigned int socket) noexcept
 {
     const int result = ::close(static_cast<int>(socket));
@@ -62,19 +79,22 @@ ENUM_VX_E_SOCKET takePendingError(unsigned int socket) noexcept
 
 int waitFor(std::span<pollfd> entries, const timeval* timeout) noexcept
 {
-    using Clock = std::chrono::steady_clock;
     if (timeout != nullptr && (timeout->tv_sec < 0 || timeout->tv_usec < 0)) {
         errno = EINVAL;
-        return -1;
-    }
-    if (std::ranges::any_of(entries, [](const pollfd& entry) { return entry.fd < 0; })) { // `poll` would pass it over
-        errno = EBADF;
         return -1;
     }
     std::optional<Clock::time_point> end;
     if (timeout != nullptr && timeout->tv_sec < FOR_EVER_SECONDS)
         end = Clock::now() + std::chrono::seconds(timeout->tv_sec) + std::chrono::microseconds(timeout->tv_usec);
+    return waitUntil(entries, end);
+}
 
+int waitUntil(std::span<pollfd> entries, std::optional<Clock::time_point> end) noexcept
+{
+    if (std::ranges::any_of(entries, [](const pollfd& entry) { return entry.fd < 0; })) { // `poll` would pass it over
+        errno = EBADF;
+        return -1;
+    }
     for (;;) {
         timespec left {};
         if (end) {

@@ -3,8 +3,10 @@
 #include "vx/net/SocketResult.h"
 
 #include <cerrno>
+#include <chrono>
 #include <concepts>
 #include <cstdint>
+#include <optional>
 #include <poll.h>
 #include <span>
 #include <sys/socket.h>
@@ -25,12 +27,26 @@ ENUM_VX_E_SOCKET resultOf(Call&& call)
     return call() < 0 ? lastError() : VX_E_SOCKET_OK;
 }
 
+/// Repeats a call that a signal has interrupted. Not for `close` and `connect`, whose work goes on all the same.
+template <std::invocable Call>
+auto retryOnSignal(Call&& call)
+{
+    for (;;) {
+        const auto result = call();
+        if (result >= 0 || errno != EINTR)
+            return result;
+    }
+}
+
 /// `socket`, closed on `exec`. Never gives descriptor 0, which means a closed socket here. `INVALID_SOCKET_HANDLE` after a
 /// failure.
 unsigned int openSocket(int family, int type, int protocol) noexcept;
 
 /// `accept` in the same manner.
 unsigned int acceptSocket(unsigned int listener, sockaddr* peer, socklen_t* length) noexcept;
+
+/// `connect`, which waits for the end of the attempt also if a signal interrupts it. -1 with `errno` for a failure.
+int connectSocket(unsigned int socket, const sockaddr* address, socklen_t length) noexcept;
 
 /// `close`; a signal in between does not make it fail.
 int closeSocket(unsigned int socket) noexcept;
@@ -61,5 +77,8 @@ inline bool isExceptional(const pollfd& entry) noexcept
 /// a failure, a time that is none (EINVAL) and a descriptor that is not open (EBADF); else the number of entries that are
 /// ready. An entry whose peer has gone without telling what is waited for loses its descriptor.
 int waitFor(std::span<pollfd> entries, const timeval* timeout) noexcept;
+
+/// As above up to a moment, or for ever. A signal ends both waits with EINTR; this one may be called again for the rest.
+int waitUntil(std::span<pollfd> entries, std::optional<std::chrono::steady_clock::time_point> end) noexcept;
 
 } // namespace vx::net::detail
