@@ -269,11 +269,14 @@ ENUM_VX_E_SOCKET TcpServerSocket2::bindOne(const InetSocketAddress* entry, Next*
         return failure;
     }
     *next = Next::ENTRY;
-    if (storage.generic.sa_family == AF_INET6) {
-        const int on = 1;
+    const int on = 1;
+    if (storage.generic.sa_family == AF_INET6)
         ::setsockopt(static_cast<int>(handle), IPPROTO_IPV6, IPV6_V6ONLY, &on, sizeof on);
-    }
+    if (m_reusesAddress)
+        ::setsockopt(static_cast<int>(handle), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     ENUM_VX_E_SOCKET result = resultOf([&] { return ::bind(static_cast<int>(handle), &storage.generic, length); });
+    if (result == VX_E_SOCKET_OK && m_reusesAddress) // several may be bound to the address now, and one can listen
+        result = resultOf([&] { return ::listen(static_cast<int>(handle), 1); });
     if (result == VX_E_SOCKET_OK && m_socketCount < MOST_ENTRIES) {
         m_sockets[m_socketCount++] = handle;
         return VX_E_SOCKET_OK;

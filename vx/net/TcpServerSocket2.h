@@ -44,6 +44,10 @@ public:
     /// For a server that tells its clients one address over another road and opens no socket itself: keeps the address if
     /// there is exactly one, and empties the bind list. `saveBoundAddresses` then publishes it.
     ENUM_VX_E_SOCKET bindListSaveOneForNamedPipeReply();
+    /// Whether `bind` may take a port on which connections of an earlier server, which had this set too, are still ending:
+    /// without it `bind` fails with VX_E_SOCKET_EADDRINUSE for about a minute after a restart. A port on which a socket
+    /// listens stays taken; to find that out `bind` itself begins to listen. For later calls of `bind`; off at first.
+    void setReuseAddress(bool reuses) { m_reusesAddress = reuses; }
     /// Opens and binds a socket for each entry of the bind list. One that stands is success, whatever the others met.
     ENUM_VX_E_SOCKET bind();
     /// A `backlog` below 1 is the system's most.
@@ -96,6 +100,7 @@ private:
     const int m_protocol;
     std::array<unsigned int, MOST_ENTRIES> m_sockets;
     unsigned int m_socketCount = 0;
+    bool m_reusesAddress = false;
     AddressList m_bindList;
     AddressList m_boundList;
     std::unique_ptr<InetSocketAddress> m_saved;

@@ -3,6 +3,7 @@
 #include "vx/net/InetSocketAddress.h"
 #include "vx/net/TcpSocket2.h"
 
+#include <cstddef>
 #include <memory>
 
 struct timeval;
@@ -38,6 +39,10 @@ public:
     ENUM_VX_E_SOCKET send(const char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
     {
         return send(const_cast<char*>(buffer), length, flags, count);
+    }
+    ENUM_VX_E_SOCKET send(std::nullptr_t, unsigned int length, std::int32_t flags, std::int32_t* count)
+    {
+        return send(static_cast<char*>(nullptr), length, flags, count);
     }
 
     /// The peer's address; null unless the socket came from an accept. It stays with this object.

@@ -1,4 +1,5 @@
 #include "tests/Slots.h"
+#include "tests/vx/net/SignalStorm.h"
 #include "vx/String.h"
 #include "vx/net/SocketFunctions.h"
 #include "vx/net/TcpClientSocket2.h"
@@ -8,7 +9,6 @@
 
 #include <arpa/inet.h>
 #include <atomic>
-#include <csignal>
 #include <fcntl.h>
 #include <memory>
 #include <stdexcept>
@@ -35,9 +35,10 @@ std::unique_ptr<TcpServerSocket2> makeServer()
 }
 
 /// Listens on the wildcards of both families, each on a port of its own.
-std::unique_ptr<TcpServerSocket2> listenOnBoth()
+std::unique_ptr<TcpServerSocket2> listenOnBoth(bool reusesAddress = false)
 {
     std::unique_ptr<TcpServerSocket2> server = makeServer();
+    server->setReuseAddress(reusesAddress);
     EXPECT_EQ(VxNetTcpServerSocketBindListAddAddrAny(server.get(), 0), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketBind(server.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketListen(server.get(), 0), VX_E_SOCKET_OK);
@@ -151,6 +152,7 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
     std::int32_t count = 42;
     char byte = 0;
     EXPECT_EQ(pair.server->recv(&byte, 1, 0, &count), VX_E_SOCKET_ENOTSOCK);
+    EXPECT_EQ(pair.server->send(nullptr, 1, 0, &count), VX_E_SOCKET_EINVAL);
     EXPECT_EQ(count, 42);
 }
 
@@ -185,18 +187,7 @@ TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
 TEST(TcpClientSocket2, TellsAnInterruption)
 {
     Pair pair;
-    struct sigaction action { };
-    struct sigaction before { };
-    action.sa_handler = [](int) {};
-    ::sigaction(SIGUSR1, &action, &before);
-    const pthread_t reader = ::pthread_self();
-    std::atomic<bool> isDone {false};
-    std::thread signaller([&] {
-        while (!isDone) {
-            ::pthread_kill(reader, SIGUSR1);
-            std::this_thread::yield();
-        }
-    });
+    const SignalStorm storm;
     char byte = 0;
     std::int32_t count = 0;
     EXPECT_EQ(pair.client->recv(&byte, 1, 0, &count), VX_E_SOCKET_EINTR);
@@ -207,9 +198,6 @@ TEST(TcpClientSocket2, TellsAnInterruption)
     std::uint32_t alsoNone = 0;
     EXPECT_EQ(TcpWorkerSocket2::select(sockets, &one, nullptr, &none, nullptr, &alsoNone, nullptr, &count),
         VX_E_SOCKET_EINTR);
-    isDone = true;
-    signaller.join();
-    ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 /// Calls `select` with a set for reading alone.
@@ -294,6 +282,29 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
         EXPECT_EQ(::fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
         ::close(static_cast<int>(handle));
     }
+}
+
+TEST(TcpServerSocket2, TakesAPortAgainWhoseConnectionsAreEnding)
+{
+    const std::unique_ptr<TcpClientSocket2> client = makeClient(AF_INET);
+    vx_sockaddr_union address {};
+    const auto bindAgain = [&](bool reuses) {
+        const std::unique_ptr<TcpServerSocket2> server = makeServer();
+        server->setReuseAddress(reuses);
+        EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, ntohs(address.in4.sin_port)), VX_E_SOCKET_OK);
+        return server->bind();
+    };
+    {
+        const std::unique_ptr<TcpServerSocket2> first = listenOnBoth(true);
+        address = loopbackOf(*first, AF_INET);
+        EXPECT_EQ(client->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
+        EXPECT_EQ(bindAgain(true), VX_E_SOCKET_EADDRINUSE) << "the first one stands there";
+        TcpWorkerSocket2* made = nullptr;
+        EXPECT_EQ(first->accept(&made), VX_E_SOCKET_OK);
+        delete made; // before the client: its end of the connection stays for some time
+    }
+    EXPECT_EQ(bindAgain(false), VX_E_SOCKET_EADDRINUSE);
+    EXPECT_EQ(bindAgain(true), VX_E_SOCKET_OK);
 }
 
 TEST(TcpServerSocket2, WaitsOnWhenAnotherThreadWasFasterToAccept)
