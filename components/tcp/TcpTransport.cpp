@@ -11,9 +11,12 @@
 #include <vx/vorb/Boundary.h>
 #include <vxsys/Number.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <memory>
 #include <netdb.h>
+#include <poll.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -25,7 +28,7 @@ namespace {
 /// What the properties say.
 struct Settings {
     explicit Settings(const util::PropertySet& properties)
-        : host(properties.hasProperty(u"host") ? properties.get(u"host") : String(u"127.0.0.1"))
+        : host(hostOf(properties))
         , port(static_cast<unsigned short>(numberOf(properties, u"port", 0xFFFF)))
         , timeout(numberOf(properties, u"timeout", INT32_MAX))
     {
@@ -36,6 +39,16 @@ struct Settings {
     int timeout;
 
 private:
+    static String hostOf(const util::PropertySet& properties)
+    {
+        if (!properties.hasProperty(u"host"))
+            return u"127.0.0.1";
+        const String host = properties.get(u"host");
+        if (host.indexOf(u'\0') >= 0) // the system would look up what stands before it
+            throw ResultException(RESULT_INVALID_ARGUMENT, u"no name of a host: " + host);
+        return host;
+    }
+
     /// 0 for one that is not there.
     static std::int32_t numberOf(const util::PropertySet& properties, const char16_t* key, std::int32_t most)
     {
@@ -45,7 +58,7 @@ private:
         const char16_t* end = nullptr;
         const TerminatedText terminated(text);
         const std::int32_t number = VXStrToLW(terminated, &end, 10);
-        if (text.isEmpty() || end != terminated + text.getLength() || number < 0 || number > most)
+        if (text.isEmpty() || end != terminated.get() + text.getLength() || number < 0 || number > most)
             throw ResultException(RESULT_INVALID_ARGUMENT, String(key).append(u" is no number: ").append(text));
         return number;
     }
@@ -74,10 +87,44 @@ void limitWaits(const net::TcpSocketHandle& socket, int milliseconds)
     }
 }
 
+/// Limits one call that waits, with the signals that interrupt it: the call itself would begin to wait anew after each.
+class Wait {
+public:
+    /// 0 milliseconds is for ever.
+    explicit Wait(int milliseconds)
+        : m_hasEnd(milliseconds > 0)
+        , m_end(Clock::now() + std::chrono::milliseconds(milliseconds))
+    {
+    }
+
+    /// Returns when `socket` is ready for `event`. False with `errno` if that takes too long.
+    bool isReady(int socket, short event) const
+    {
+        for (;;) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now()).count();
+            pollfd entry {socket, event, 0};
+            const int ready = ::poll(&entry, 1, m_hasEnd ? static_cast<int>(std::max<std::int64_t>(left, 0)) : -1);
+            if (ready > 0)
+                return true;
+            if (ready == 0)
+                errno = EAGAIN;
+            if (ready == 0 || errno != EINTR)
+                return false;
+        }
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool m_hasEnd;
+    Clock::time_point m_end;
+};
+
 class Input final : public io::InputStream {
 public:
-    explicit Input(net::TcpSocketHandle* socket)
+    Input(net::TcpSocketHandle* socket, int timeout)
         : m_socket(socket)
+        , m_timeout(timeout)
     {
     }
 
@@ -87,24 +134,27 @@ public:
     {
         if (length < 1)
             return 0;
+        const int socket = static_cast<int>(m_socket->getSocket());
+        const Wait wait(m_timeout);
         for (;;) {
-            const ssize_t got
-                = ::recv(static_cast<int>(m_socket->getSocket()), target, static_cast<std::size_t>(length), 0);
+            const ssize_t got = ::recv(socket, target, static_cast<std::size_t>(length), 0);
             if (got >= 0)
                 return got > 0 ? static_cast<std::int32_t>(got) : -1;
-            if (errno != EINTR)
+            if (errno != EINTR || !wait.isReady(socket, POLLIN))
                 throwResult(lastFailure());
         }
     }
 
 private:
     Reference<net::TcpSocketHandle> m_socket;
+    const int m_timeout;
 };
 
 class Output final : public io::OutputStream {
 public:
-    explicit Output(net::TcpSocketHandle* socket)
+    Output(net::TcpSocketHandle* socket, int timeout)
         : m_socket(socket)
+        , m_timeout(timeout)
     {
     }
 
@@ -112,27 +162,30 @@ public:
     using OutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override
     {
+        const int socket = static_cast<int>(m_socket->getSocket());
+        Wait wait(m_timeout);
         while (length > 0) {
-            const ssize_t sent = ::send(
-                static_cast<int>(m_socket->getSocket()), bytes, static_cast<std::size_t>(length), MSG_NOSIGNAL);
-            if (sent < 0 && errno != EINTR)
+            const ssize_t sent = ::send(socket, bytes, static_cast<std::size_t>(length), MSG_NOSIGNAL);
+            if (sent < 0 && (errno != EINTR || !wait.isReady(socket, POLLOUT)))
                 throwResult(lastFailure());
-            if (sent > 0) { // less than all where the wait for more room was long enough
+            if (sent > 0) { // less than all after a signal, or if the wait for more room was long enough
                 bytes += sent;
                 length -= static_cast<std::int32_t>(sent);
+                wait = Wait(m_timeout);
             }
         }
     }
 
 private:
     Reference<net::TcpSocketHandle> m_socket;
+    const int m_timeout;
 };
 
 /// The native socket lives as long as the streams in the channel.
-Reference<io::IChannel> channelOf(net::TcpSocketHandle* socket)
+Reference<io::IChannel> channelOf(net::TcpSocketHandle* socket, int timeout)
 {
-    const Reference<io::InputStream> input(new Input(socket));
-    const Reference<io::OutputStream> output(new Output(socket));
+    const Reference<io::InputStream> input(new Input(socket, timeout));
+    const Reference<io::OutputStream> output(new Output(socket, timeout));
     return io::Channels::adaptStreams(
         input.get(), output.get(), u"vx.net.tcp.socket=" + String::valueOf(socket->getSocket()));
 }
@@ -140,6 +193,22 @@ Reference<io::IChannel> channelOf(net::TcpSocketHandle* socket)
 unsigned int lengthOf(const vx_sockaddr_union& address)
 {
     return address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
+}
+
+/// `connect`, whose attempt goes on when a signal interrupts the call.
+bool hasConnected(int socket, const vx_sockaddr_union& address, int timeout)
+{
+    const Wait wait(timeout);
+    if (::connect(socket, &address.generic, lengthOf(address)) == 0)
+        return true;
+    if (errno != EINTR || !wait.isReady(socket, POLLOUT))
+        return false;
+    int error = 0;
+    socklen_t size = sizeof error;
+    if (::getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) != 0)
+        return false;
+    errno = error;
+    return error == 0;
 }
 
 /// A connection to the first address that takes one.
@@ -163,7 +232,7 @@ Reference<net::TcpSocketHandle> connectTo(const Settings& settings)
         }
         const Reference<net::TcpSocketHandle> socket = net::TcpSocketHandle::own(static_cast<unsigned int>(native));
         limitWaits(*socket, settings.timeout);
-        if (::connect(native, &address.generic, lengthOf(address)) == 0)
+        if (hasConnected(native, address, settings.timeout))
             return socket;
         failure = lastFailure();
     }
@@ -218,11 +287,13 @@ public:
     {
         constexpr unsigned int NONE = ~0U;
         unsigned int socket = NONE;
-        while (socket == NONE) // a connection may be gone before it is taken
-            check(m_server->accept(&socket));
+        while (socket == NONE) { // a connection may be gone before it is taken, and a signal is no failure
+            if (const ENUM_VX_E_SOCKET result = m_server->accept(&socket); result != VX_E_SOCKET_EINTR)
+                check(result);
+        }
         const Reference<net::TcpSocketHandle> connection = net::TcpSocketHandle::own(socket);
         limitWaits(*connection, m_timeout);
-        return channelOf(connection.get());
+        return channelOf(connection.get(), m_timeout);
     }
 
 private:
@@ -262,7 +333,7 @@ public:
     }
 
     // IConnector
-    Reference<io::IChannel> connect() override { return channelOf(connectTo(m_settings).get()); }
+    Reference<io::IChannel> connect() override { return channelOf(connectTo(m_settings).get(), m_settings.timeout); }
 
 private:
     const Settings m_settings;

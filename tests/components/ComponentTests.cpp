@@ -1,4 +1,5 @@
 #include "tests/vx/Offer.h"
+#include "tests/vx/net/SignalStorm.h"
 #include "tests/vx/text/charset/Oracle.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
@@ -20,6 +21,7 @@
 #include <netinet/in.h>
 #include <set>
 #include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <tuple>
 #include <unistd.h>
@@ -28,6 +30,7 @@
 namespace vx {
 namespace {
 
+using namespace std::literals;
 using namespace text::charset;
 
 /// A component library in the process, whose classes its test offers by ProgID as registration would.
@@ -277,6 +280,11 @@ TEST(TcpComponent, ConnectsTwoParties)
         writeTo(*near, "question");
         near = nullptr;
         EXPECT_EQ(readFrom(*far, 100), "question") << "and then the end";
+        for (const char16_t* key : {u"host", u"port"}) {
+            there.set(key, properties.get(key) + String(u"\0evil"sv));
+            EXPECT_EQ(resultOf([&] { transport->createConnector(there); }), RESULT_INVALID_ARGUMENT);
+            there.set(key, properties.get(key));
+        }
     }
     util::PropertySet cut;
     cut.set(u"port", String(u"80\0evil", 7));
@@ -291,6 +299,7 @@ TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)
     const Reference<net::ITransport> transport = net::Transport::get(u"Velmaris.Transport.Tcp");
     util::PropertySet properties;
     properties.set(u"timeout", u"20");
+    const net::SignalStorm storm; // which makes no wait longer
     const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
     const Reference<net::IConnector> connector = transport->createConnector(properties);
     {
