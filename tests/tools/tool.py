@@ -64,7 +64,7 @@ class Scratch(unittest.TestCase):
 
     def assertFails(self, result, *parts, status=1):
         """One line on standard error that has all `parts` in it."""
-        text = result.stderr.decode()
+        text = result.stderr.decode(errors="replace")
         self.assertEqual(result.returncode, status, text)
         self.assertRegex(text, rf"\A{os.path.basename(result.args[0])}: [^\n]+\n\Z")
         for part in parts:

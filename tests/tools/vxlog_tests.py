@@ -22,6 +22,7 @@ WRONG_COMMAND_LINES = [
     (["--escape"], "--escape"), (["a", "b"], "b"), (["-f", ""], "empty"), (["--to", "http://localhost"], "http://localhost"),
     (["--to", "vxlog:localhost"], "vxlog:localhost"), (["--to", ""], "--to"), (["--to", "vxlog://localhost:0"], ":0"),
     (["--to", "vxlog://localhost?level=high"], "high"), (["--to", "vxlog://localhost", "-n", "x"], "--to"),
+    (["--to", "vxlog://[::1]:0"], ":0"), (["--to", "vxlog://127.0.0.1%00.evil:9"], "%00"),
 ]
 
 
@@ -40,6 +41,13 @@ class Entries(tool.Scratch):
             (["--fields", "text,sequence"], b"a\nb\n", [{"sequence": "0", "text": "a"}, {"sequence": "1", "text": "b"}]),
             (["--fields", "text", "-e", "UTF-16LE"], "Ω😀\n".encode("utf-16-le"), [{"text": "Ω😀"}]),
             (["--fields", "text"], b"a\xffb\n<&>\0=\n", [{"text": "a\ufffdb"}, {"text": "<&>\0="}]),
+            (["--fields", "text"], b"good\nx\xed\xa0\x80\nbetter\n\xe2\x82",
+             [{"text": text} for text in ["good", "x" + "\ufffd" * 3, "better", "\ufffd" * 2]]),
+            (["--fields", "text", "-e", "UTF-16LE"], "a\ud83d\n\ude00b\n".encode("utf-16-le", "surrogatepass")
+             + ("x" * 40000 + "\ud83d").encode("utf-16-le", "surrogatepass") + "\n".encode("utf-16-le")
+             + ("y" * (65536 - 40006) + "😀" * 20000 + "\n").encode("utf-16-le") + b"z",
+             [{"text": text} for text in ["a\ufffd", "\ufffdb", "x" * 40000 + "\ufffd", "y" * 25530 + "😀" * 20000, "\ufffd"]]),
+            (["--fields", "text", "-e", "UTF-32BE"], "ab\ud800c".encode("utf-32-be", "surrogatepass"), [{"text": "ab\ufffdc"}]),
             (["--async", "1", "--fields", "text"], b"a\nb\nc\n", [{"text": text} for text in "abc"]),
             ([], b"", []),
         ]:
@@ -105,8 +113,9 @@ class Faults(tool.Scratch):
         limit = tool.limited(resource.RLIMIT_FSIZE, 4096)
         for arguments, options, parts in [
             (["/no/such/input"], {}, ["/no/such/input", "No such file"]), (["/"], {}, ["/:", "directory"]),
-            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]), (["-f", "/"], {}, ["/:"]),
+            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]), (["-f", "/"], {}, ["/: Is a directory"]),
             (["-f", "/no/such/folder/log"], {}, ["/no/such/folder/log", "No such file"]),
+            (["-f", self.log.encode() + b"\xff"], {}, ["not UTF-8"]),
             (["-f", self.log], {"preexec_fn": limit}, [self.log, "too large"]),
             (["-f", self.log, "--async", "1"], {"preexec_fn": limit}, [self.log, "too large"]),
         ]:

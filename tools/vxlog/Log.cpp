@@ -5,14 +5,14 @@
 #include "Target.h"
 #include "Texts.h"
 #include "common/Failure.h"
+#include "common/FileName.h"
 #include "common/Input.h"
+#include "common/LossyReader.h"
 
 #include <vx/Exceptions.h>
-#include <vx/TerminatedText.h>
 #include <vx/io/BufferedReader.h>
 #include <vx/io/EntryStream.h>
 #include <vx/io/FileOutputStream.h>
-#include <vx/io/InputStreamReader.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/log/AsyncProcessor.h>
 #include <vx/log/BasicLogWriter.h>
@@ -20,9 +20,6 @@
 #include <vx/log/MultiProcessor.h>
 #include <vx/log/XmlLogWriter.h>
 #include <vx/text/charset/CharsetException.h>
-
-#include <cerrno>
-#include <filesystem>
 
 namespace vxlog {
 
@@ -33,18 +30,6 @@ namespace {
 
 /// Of each buffer on the way, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
-
-/// One text for one file: processes that append to it know each other by it.
-String canonicalPath(const std::string& file)
-{
-    if (file.find('\\') != file.npos)
-        throw Failure(file, BACKSLASH());
-    std::error_code error;
-    const std::filesystem::path path = std::filesystem::weakly_canonical(std::filesystem::absolute(file, error), error);
-    if (error)
-        throw Failure(file, error.message());
-    return String(path.native());
-}
 
 /// Where the log goes.
 Reference<io::FileOutputStream> openFile(const Options& options)
@@ -99,8 +84,7 @@ public:
     {
         try {
             m_reader = new io::BufferedReader(
-                new io::InputStreamReader(new EndingInput(input), TerminatedText(String(options.encoding)), BLOCK_SIZE),
-                BLOCK_SIZE);
+                new LossyReader(new EndingInput(input), String(options.encoding), BLOCK_SIZE), BLOCK_SIZE);
         } catch (const text::charset::UnknownEncodingException&) {
             throw Failure(UNKNOWN_ENCODING(options.encoding), SEE_LIST());
         }
@@ -109,7 +93,10 @@ public:
     bool next(String& line)
     {
         try {
-            return m_reader->readLine(line) >= 0;
+            if (m_reader->readLine(line) < 0)
+                return false;
+            replaceLoneSurrogates(line);
+            return true;
         } catch (const Exception& failure) {
             throw Failure(m_name, textOf(failure));
         }

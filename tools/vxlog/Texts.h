@@ -24,7 +24,6 @@ inline constexpr Message NO_PORT {u"vxlog.no-port", "--to: no such port in \"{0}
 inline constexpr Message NO_PARAMETER {u"vxlog.no-parameter", "--to: {0} is a number, not \"{1}\""};
 inline constexpr Message NOT_ACKNOWLEDGED {u"vxlog.not-acknowledged", "has acknowledged {0} of {1} lines"};
 
-inline constexpr Message BACKSLASH {u"vxlog.backslash", "a file name with a backslash"};
 inline constexpr Message NOT_CONTINUED {
     u"vxlog.not-continued", "is not empty, and an XML document cannot be continued"};
 inline constexpr Message UNKNOWN_ENCODING {u"vxlog.unknown-encoding", "unknown encoding \"{0}\""};

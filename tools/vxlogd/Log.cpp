@@ -2,6 +2,7 @@
 
 #include "Complaint.h"
 #include "common/Failure.h"
+#include "common/FileName.h"
 
 #include <vx/Exception.h>
 #include <vx/NumberBoxes.h>
@@ -58,6 +59,16 @@ void moveAside(const std::string& path)
     if (std::filesystem::file_size(path, error) == 0 || error)
         return;
     std::filesystem::rename(path, path + "." + vx::log::TimeStamp().toLog().toUtf8());
+}
+
+Reference<vx::io::FileOutputStream> openForAppend(const std::string& path)
+{
+    const String name = vxtools::canonicalPath(path);
+    try {
+        return new vx::io::FileOutputStream(name, vx::io::FileOutputStream::APPEND);
+    } catch (const vx::Exception& failure) {
+        throw vxtools::Failure(path, vxtools::textOf(failure));
+    }
 }
 
 } // namespace
@@ -118,8 +129,7 @@ void LogFile::open(const Settings& settings)
 
     if (settings.format == Format::XML)
         moveAside(settings.log);
-    const Reference<vx::io::FileOutputStream> file(
-        new vx::io::FileOutputStream(String(std::string_view(settings.log)), vx::io::FileOutputStream::APPEND));
+    const Reference<vx::io::FileOutputStream> file = openForAppend(settings.log);
     const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false),
         TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
     m_writer = settings.format == Format::XML

@@ -19,7 +19,7 @@ namespace vxlogd {
 /// written is told to its connection, and the first in a row to standard error.
 class LogFile final : public vx::Object, public vx::log::ILogProcessor {
 public:
-    /// Throws what the streams of the library throw where the file cannot be opened.
+    /// Throws vxtools::Failure if the file cannot be opened, and what the writers of the library throw.
     explicit LogFile(const Settings& settings);
     ~LogFile() noexcept override;
 
