@@ -237,14 +237,13 @@ class OutputFiles(tool.Scratch):
                 self.assertEqual((os.listdir(self.folder), self.read("out")), (["out"], b"old"))
 
     def test_leaves_the_old_file_when_it_is_killed(self):
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL):
             for before in ([], ["out"]):
                 with self.subTest(signal=number, before=before):
                     for name in before:
                         self.write(name, b"old")
                     with subprocess.Popen([PROGRAM, "-o", self.path("out")], stdin=subprocess.PIPE, bufsize=0) as process:
                         process.stdin.write(b"x" * 8 * BLOCK)  # more than the pipe holds: vxconv is reading by now
-                        self.assertEqual(len(os.listdir(self.folder)), len(before) + 1)
                         process.send_signal(number)
                         self.assertEqual(process.wait(), -number)
                     self.assertEqual(os.listdir(self.folder), before)

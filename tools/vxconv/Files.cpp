@@ -1,13 +1,16 @@
 #include "Files.h"
 
 #include "common/Failure.h"
+#include "common/FileName.h"
 
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +24,7 @@ constexpr mode_t RIGHTS = 07777;
 constexpr mode_t RIGHTS_OF_NEW_FILES = 0666;
 constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
-/// The file beside the target, for the handler of signals; empty for none.
+/// The name of the file beside the target, for the handler of signals; empty if it has none.
 char g_beside[PATH_MAX];
 
 void removeBeside() noexcept
@@ -60,23 +63,48 @@ void catchEndingSignals()
 {
     for (const int signal : ENDING_SIGNALS) {
         if (std::signal(signal, endBySignal) == SIG_IGN)
-            std::signal(signal, SIG_IGN); // whoever started us wants us to go on, as `nohup` does
+            std::signal(signal, SIG_IGN); // as `nohup` wants it
     }
 }
 
-/// Where a path leads behind its symbolic links, whether or not the file is there.
-std::string followLinks(std::string path)
+/// The name by which the system knows an open file, with or without one of its own.
+std::string nameOfDescriptor(int descriptor)
 {
-    constexpr int MOST_LINKS = 40; // as the kernel has it
-    for (int links = 0; links < MOST_LINKS; ++links) {
-        char target[PATH_MAX];
-        const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
-        if (length < 0)
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+/// A file in `folder` that has no name and is gone with its descriptor; -1 where the system cannot make one, or not name it
+/// later.
+int openUnnamed(const std::string& folder)
+{
+    const int descriptor
+        = ::open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor < 0 || ::access(nameOfDescriptor(descriptor).c_str(), F_OK) == 0)
+        return descriptor;
+    ::close(descriptor);
+    return -1;
+}
+
+/// Gives a file without a name the one in `g_beside`, of which the last six characters are replaced by some that no other
+/// file has. False with `errno`, and then `g_beside` is empty.
+bool nameBeside(int descriptor)
+{
+    constexpr int MOST_TRIES = 100;
+    constexpr std::size_t RANDOM_DIGITS = 6;
+    const std::string source = nameOfDescriptor(descriptor);
+    char* const digits = g_beside + std::strlen(g_beside) - RANDOM_DIGITS;
+    std::random_device random;
+    for (int tries = 0; tries < MOST_TRIES; ++tries) {
+        std::snprintf(digits, RANDOM_DIGITS + 1, "%06x", random() & 0xFFFFFFU);
+        if (::linkat(AT_FDCWD, source.c_str(), AT_FDCWD, g_beside, AT_SYMLINK_FOLLOW) == 0)
+            return true;
+        if (errno != EEXIST)
             break;
-        const std::string name(target, static_cast<std::size_t>(length));
-        path = name[0] == '/' ? name : path.substr(0, path.rfind('/') + 1) + name;
     }
-    return path;
+    const int error = errno;
+    g_beside[0] = '\0'; // whatever has that name is not ours to remove
+    errno = error;
+    return false;
 }
 
 mode_t rightsOfNewFile()
@@ -130,14 +158,19 @@ void Output::openBeside(const std::string& path)
     if (replaces && ::access(path.c_str(), W_OK) != 0)
         throw Failure(m_name, textOfError(errno));
 
-    const std::string beside = path.substr(0, path.rfind('/') + 1) + ".vxconv-XXXXXX";
-    if (beside.size() >= sizeof g_beside)
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    m_beside = folder + ".vxconv-XXXXXX";
+    if (m_beside.size() >= sizeof g_beside)
         throw Failure(m_name, textOfError(ENAMETOOLONG));
 
     const SignalPause pause;
     catchEndingSignals();
-    std::memcpy(g_beside, beside.c_str(), beside.size() + 1);
-    m_descriptor = ::mkostemp(g_beside, O_CLOEXEC);
+    m_descriptor = openUnnamed(folder);
+    m_isUnnamed = m_descriptor >= 0;
+    if (!m_isUnnamed) {
+        std::memcpy(g_beside, m_beside.c_str(), m_beside.size() + 1);
+        m_descriptor = ::mkostemp(g_beside, O_CLOEXEC);
+    }
     if (m_descriptor < 0) {
         const int error = errno;
         g_beside[0] = '\0';
@@ -159,13 +192,20 @@ void Output::commit()
 {
     if (m_target.empty())
         return;
-    const int descriptor = m_descriptor;
-    m_descriptor = -1;
-    if (::close(descriptor) != 0 || ::rename(g_beside, m_target.c_str()) != 0)
+    // The close of any descriptor tells what the system could not write; this one still names the file.
+    if (::close(::dup(m_descriptor)) != 0)
         throw Failure(m_name, textOfError(errno));
     const SignalPause pause;
+    if (m_isUnnamed) {
+        std::memcpy(g_beside, m_beside.c_str(), m_beside.size() + 1);
+        if (!nameBeside(m_descriptor))
+            throw Failure(m_name, textOfError(errno));
+    }
+    if (::rename(g_beside, m_target.c_str()) != 0)
+        throw Failure(m_name, textOfError(errno));
     g_beside[0] = '\0';
     m_target.clear();
+    close();
 }
 
 void Output::close()

@@ -8,10 +8,12 @@ namespace vxconv {
 
 using vxtools::Input;
 
-/// What is written: standard output for "-", a device or pipe as it is, and a file beside its place until it is whole.
+/// What is written: standard output for "-", a device or pipe as it is, and a new file that takes the place of the old one
+/// when it is whole.
 ///
-/// `commit` gives the file its name. Before that the name stands for what it stood for, however the program ends, and the
-/// file beside it goes with this object, or with the signal that ends the program. It gets the rights of the file that it
+/// `commit` gives the file its name. Before that the name means the old file, however the program ends. The new file has no
+/// name until then where the file system can do that, so that even a kill leaves nothing of it; elsewhere it has one beside
+/// the old file, which this object removes, or the signal that ends the program. It gets the rights of the file that it
 /// replaces; a symbolic link stays, and its target is replaced.
 class Output {
 public:
@@ -31,6 +33,8 @@ private:
 
     std::string m_name;
     std::string m_target; ///< empty: written as it is
+    std::string m_beside; ///< the pattern of the name that the new file has, or gets just before it is in place
+    bool m_isUnnamed = false;
     int m_descriptor = 1;
 };
 
