@@ -2,7 +2,7 @@
 
 #include <vx/Result.h>
 
-#include <cstdint>
+#include <cerrno>
 #include <cstdio>
 #include <system_error>
 
@@ -33,15 +33,21 @@ std::string textOfError(int error)
 
 std::string textOf(const vx::Exception& failure)
 {
-    if (const std::string text = failure.getDescription().toUtf8(); !text.empty())
-        return text;
-    const std::int32_t result = failure.getResult();
+    const std::string text = failure.getDescription().toUtf8();
+    return text.empty() ? textOfResult(failure.getResult()) : text;
+}
+
+std::string textOfResult(std::int32_t result)
+{
+    // Of errors that share a code, the one that is met most often.
+    for (const int error : {EMFILE, ETIMEDOUT, ENODEV, ENOBUFS}) {
+        if (VXResultFromNative(error) == result)
+            return textOfError(error);
+    }
     constexpr int LAST_ERROR = 133;
-    if (result != vx::RESULT_FAIL) {
-        for (int error = 1; error <= LAST_ERROR; ++error) {
-            if (VXResultFromNative(error) == result)
-                return textOfError(error);
-        }
+    for (int error = 1; error <= LAST_ERROR && result != vx::RESULT_FAIL; ++error) {
+        if (VXResultFromNative(error) == result)
+            return textOfError(error);
     }
     char text[32];
     std::snprintf(text, sizeof text, "failed with 0x%08X", static_cast<unsigned>(result));

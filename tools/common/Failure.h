@@ -4,6 +4,7 @@
 
 #include <vx/Exception.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -36,5 +37,7 @@ private:
 std::string textOfError(int error);
 /// The description of `failure`, or what its result code stands for.
 std::string textOf(const vx::Exception& failure);
+/// What the system says about the error that a result code was made of; else the code in hexadecimal.
+std::string textOfResult(std::int32_t result);
 
 } // namespace vxtools

@@ -1,5 +1,8 @@
 #include "Settings.h"
 
+#include "common/Failure.h"
+#include "common/Input.h"
+
 #include <vx/TerminatedText.h>
 #include <vx/util/IniFile.h>
 #include <vx/util/IniFileException.h>
@@ -101,6 +104,7 @@ void readFile(Settings& settings, const std::string& path)
     constexpr unsigned int LONGEST_VALUE = 512;
     const vx::String name = std::string_view(path);
     try {
+        const vxtools::Input readable(path); // tells why it is not
         vx::util::IniFile file(vx::TerminatedText(name), nullptr, 1);
         for (vx::util::IniFileKeyIterator keys(file, SET); keys.hasNext();) {
             const vx::String key = keys.next();
@@ -114,6 +118,8 @@ void readFile(Settings& settings, const std::string& path)
                 throw std::invalid_argument(path + ": unknown setting " + key.toUtf8());
             set(settings, *row, vx::String(value).toUtf8(), path + ": ");
         }
+    } catch (const vxtools::Failure& failure) {
+        throw std::invalid_argument(failure.what());
     } catch (const vx::util::IniFileException& failure) {
         throw std::invalid_argument(path
             + (failure.GetType() == vx::util::IniFileException::TYPE_NO_SUCH_SET ? ": has no set [vxlogd]"

@@ -1,10 +1,11 @@
 #include "vxreg/Results.h"
 
+#include "common/Failure.h"
+
 #include <vx/Result.h>
 #include <vx/String.h>
 #include <vxsys/Registry.h>
 
-#include <cstdio>
 #include <span>
 
 namespace vxreg {
@@ -45,9 +46,7 @@ std::string find(std::span<const Row> rows, std::int32_t result)
         if (row.result == result)
             return row.text;
     }
-    char text[32];
-    std::snprintf(text, sizeof text, "failed with 0x%08X", static_cast<unsigned>(result));
-    return text;
+    return vxtools::textOfResult(result);
 }
 
 } // namespace
