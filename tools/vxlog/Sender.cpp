@@ -33,9 +33,42 @@ std::optional<int> numberIn(const vx::net::URI& uri, const char16_t* key)
     return number;
 }
 
+/// Takes an IPv6 address out of its brackets, as in "vxlog://[::1]:7514", for a URI looks for the port after the first colon.
+/// Empty if there is none.
+std::string takeAddress(std::string& text)
+{
+    constexpr std::string_view BEGIN = "://[";
+    const std::size_t begin = text.find(BEGIN);
+    const std::size_t end = text.find(']');
+    if (begin == text.npos || begin != text.find(':') || end == text.npos || end < begin)
+        return {};
+    std::string address = text.substr(begin + BEGIN.size(), end - begin - BEGIN.size());
+    if (address.find(':') == address.npos)
+        return {};
+    text.replace(begin + BEGIN.size() - 1, address.size() + 2, "address");
+    return address;
+}
+
 std::string textOf(ENUM_VX_E_SOCKET result)
 {
     return vx::String(VXGetDescriptionFromVX_E_SOCKET(result)).toUtf8();
+}
+
+std::string nameOf(const Destination& destination)
+{
+    const bool isAddress = destination.host.find(':') != std::string::npos;
+    return (isAddress ? "[" + destination.host + "]" : destination.host) + ":" + std::to_string(destination.port);
+}
+
+/// What the server gave as its reason to end the connection; empty if it gave none.
+std::string reasonIn(const std::string& heard)
+{
+    constexpr std::string_view ERROR = "err ";
+    const std::size_t error = heard.rfind(ERROR);
+    if (error == heard.npos)
+        return {};
+    const std::size_t begin = error + ERROR.size();
+    return heard.substr(begin, heard.find('\n', begin) - begin);
 }
 
 } // namespace
@@ -43,11 +76,17 @@ std::string textOf(ENUM_VX_E_SOCKET result)
 Destination parseDestination(const std::string& text)
 {
     constexpr int LAST_PORT = 65535;
-    const vx::net::URI uri {vx::String(std::string_view(text))};
+    std::string rest = text;
+    const std::string address = takeAddress(rest);
+    vx::net::URI uri {vx::String(std::string_view(rest))};
+    if (!address.empty() && uri.hasHost())
+        uri.setHost(vx::String(std::string_view(address)), false);
     if (!uri.hasScheme() || !uri.getScheme().equals(u"vxlog", true) || !uri.hasHost())
         throw UsageError(NO_DESTINATION(text));
     Destination destination;
     destination.host = uri.getHost(true).toUtf8();
+    if (destination.host.find('\0') != std::string::npos) // the system would look up what stands before it
+        throw UsageError(NO_DESTINATION(text));
     if (uri.hasPort()) {
         if (uri.getPort() < 1 || uri.getPort() > LAST_PORT)
             throw UsageError(NO_PORT(text));
@@ -59,7 +98,7 @@ Destination parseDestination(const std::string& text)
 }
 
 Sender::Sender(const Destination& destination)
-    : m_name(destination.host + ":" + std::to_string(destination.port))
+    : m_name(nameOf(destination))
     , m_wantsAnswers(destination.wantsAnswers)
 {
     connect(destination);
@@ -83,8 +122,8 @@ void Sender::finish()
     if (const ENUM_VX_E_SOCKET result = m_socket->shutdownOutput(); result != VX_E_SOCKET_OK)
         fail(textOf(result));
     const std::string heard = hearAll();
-    if (const std::size_t error = heard.rfind("err "); error != heard.npos)
-        fail(heard.substr(error + 4, heard.find('\n', error) - error - 4));
+    if (const std::string reason = reasonIn(heard); !reason.empty())
+        fail(reason);
     if (!m_wantsAnswers || m_lines == 0)
         return;
     std::uint64_t answered = 0;
@@ -126,8 +165,8 @@ void Sender::flush()
         if (result == VX_E_SOCKET_OK) {
             rest.remove_prefix(static_cast<std::size_t>(count));
         } else if (result != VX_E_SOCKET_EINTR) {
-            const std::string heard = hearAll(); // it may have said why
-            fail(heard.starts_with("err ") ? heard.substr(4, heard.find('\n') - 4) : textOf(result));
+            const std::string reason = reasonIn(hearAll());
+            fail(reason.empty() ? textOf(result) : reason);
         }
     }
 }
