@@ -49,11 +49,11 @@ class Client:
 
 
 class Served(tool.Scratch):
-    def start(self, *options, listen="127.0.0.1"):
+    def start(self, *options, listen="127.0.0.1", port=0, log=None):
         self.errors = open(self.path("errors"), "a+", encoding="utf-8")
         self.addCleanup(self.errors.close)
         self.server = subprocess.Popen(
-            [os.environ["VXLOGD"], f"--listen={listen}", "--port=0", f"--log={self.log}", *options],
+            [os.environ["VXLOGD"], f"--listen={listen}", f"--port={port}", f"--log={log or self.log}", *options],
             stdout=subprocess.PIPE, stderr=self.errors, text=True, cwd=self.folder)
         self.addCleanup(self.server.stdout.close)
         self.addCleanup(self.server.wait)
@@ -101,16 +101,16 @@ class Lines(Served):
 
     def test_forge_nothing(self):
         self.start("--max-line=64")
-        wire = (b"a\rb\x1b[31m\x00\x7f\tc\n" + "\x85\u2028\u202e.\n".encode() + b"\xff\xc0\x80\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82\n"
+        wire = (b"a\rb\x1b[31m\x00\x7f\tc\n" + "\x85\u2028\u202e.\n".encode() + b"\xff\xc0\x80\xed\xa0\x80\xf4\x90\x80\x80\xe0\x80\x8a\xe2\x82\n"
                 + b"x" * 64 + b"\n" + b"y" * 65 + b"\n" + b"z" * 100000 + b"\nend\n")
         self.assertEqual(self.client("ack=1").send(wire).end().splitlines()[-1], "ack 7")
-        self.assertEqual(self.texts(), ["a␍b␛[31m␀␡\tc", "\ufffd" * 3 + ".", "\ufffd" * 12,
+        self.assertEqual(self.texts(), ["a␍b␛[31m␀␡\tc", "\ufffd" * 3 + ".", "\ufffd" * 7 + "␊" + "\ufffd" * 2,
                                         "x" * 64, "y" * 64 + " [cut]", "z" * 64 + " [cut]", "end"])
 
     def test_are_refused_behind_a_wrong_greeting(self):
         self.start()
         for greeting in ["level=x", "ack", "else=1", "level=3 level="]:
-            self.assertTrue(self.client(greeting).send(b"never\n").rest().startswith("err "), greeting)
+            self.assertTrue(self.client(greeting).send(b"never\n" * 500000).rest().startswith("err "), greeting)
         self.assertEqual(self.texts(), [])
 
     def test_come_by_both_families(self):
@@ -145,14 +145,32 @@ class Documents(Served):
 
 class Senders(Served):
     def test_know_that_their_lines_are_there(self):
-        self.start()
+        addresses = self.start(listen="127.0.0.1, ::1")
         uri = f"vxlog://127.0.0.1:{self.port}"
+        other = f"vxlog://[::1]:{self.port}?ACK=1" if "[::1]" in addresses else uri + "?ACK=1"
         text = "".join(f"line {number} Ελληνικά\n" for number in range(20000))
-        for address, options in [(uri + "?level=3&ack=1", ["-l", "9"]), (uri + "?ACK=1", ["-l", "4"]), (uri, [])]:
+        for address, options in [(uri + "?level=3&ack=1", ["-l", "9"]), (other, ["-l", "4"]), (uri, [])]:
             self.assertSucceeds(vxlog("--to", address, *options, data=text.encode()))
         entries = self.entries()
         self.assertEqual([entry["level"] for entry in entries], ["3"] * 20000 + ["4"] * 20000 + ["0"] * 20000)
         self.assertEqual("".join(entry["text"] + "\n" for entry in entries), text * 3)
+
+    def test_share_the_file_with_those_who_write_it_themselves(self):
+        for name in ["log", self.path("other")]:
+            self.log = self.path(name)
+            self.start(log=name)
+            targets = [["--to", f"vxlog://127.0.0.1:{self.port}?ack=1"]] * 4 + [["-f", self.log]] * 3 + [["-f", name]]
+            data = ["".join(f"{number} {line}\n" for line in range(3000)) for number in range(len(targets))]
+            results = []
+            threads = [threading.Thread(target=lambda *pair: results.append(
+                vxlog(*pair[0], data=pair[1].encode(), cwd=self.folder)), args=pair) for pair in zip(targets, data)]
+            for thread in threads:
+                thread.start()
+            for thread in threads:
+                thread.join()
+            for result in results:
+                self.assertSucceeds(result)
+            self.assertEqual(collections.Counter(self.texts(name)), collections.Counter("".join(data).splitlines()))
 
     def test_say_what_failed(self):
         os.symlink("/dev/full", self.log)
@@ -179,8 +197,10 @@ class Settings(Served):
             result = vxlogd(*arguments)
             self.assertFails(result, status=2)
             self.assertEqual(result.stdout, b"")
-        for arguments in [["--log=" + self.path("none/log")], ["--listen=no.such.host.invalid"], ["--encoding=none"]]:
-            self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments))
+        self.assertFails(vxlogd("-c", "/"), "/: Is a directory", status=2)
+        for arguments, part in [(["--log=" + self.path("none/log")], "none/log: No such file"), (["--encoding=none"], "none"),
+                                (["--log=/"], "/: Is a directory"), (["--listen=no.such.host.invalid"], "no.such.host")]:
+            self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments), part)
 
     def test_come_from_the_command_line_before_the_file(self):
         config = self.write("vxlogd.ini", b"# of the server\n[VXLOGD]\nlevel = 5\nMax-Line = 16\n")
@@ -224,6 +244,19 @@ class Signals(Served):
             for client in clients:
                 self.assertEqual(client.rest().splitlines()[-1], "ack 502")
 
+    def test_end_it_while_it_looks_names_up(self):
+        server = subprocess.Popen([os.environ["VXLOGD"], "--listen=" + ",".join(["localhost"] * 13000), "--port=0", "--log=" + self.log],
+                                  stdout=subprocess.PIPE)
+
+        def is_ready():
+            with open(f"/proc/{server.pid}/status", encoding="ascii") as file:
+                masks = dict(line.split(":\t") for line in file if line.startswith("Sig"))
+            return (int(masks["SigCgt"], 16) | int(masks["SigBlk"], 16)) >> (signal.SIGTERM - 1) & 1
+
+        self.wait_for(is_ready)
+        server.send_signal(signal.SIGTERM)
+        self.assertEqual((server.communicate(timeout=PATIENCE)[0], server.returncode), (b"", 0))
+
     def test_lose_no_line_that_was_answered_for(self):
         self.start("--workers=2")
         answered = collections.Counter()
@@ -245,7 +278,7 @@ class Signals(Served):
             sender.join()
         self.assertGreater(sum(answered.values()), 0)
         self.server.wait()
-        self.start()  # cuts off a torn entry
+        self.start(port=self.port)  # although its connections are still ending; cuts off a torn entry
         self.client("ack=1").send(b"mended\n").hear("ack 1\n")
         counts = collections.Counter(self.texts())
         for name, heard in answered.items():
@@ -268,6 +301,19 @@ class Rudeness(Served):
         with self.assertRaises((AssertionError, OSError)):
             self.client("ack=1").hear("ack")
         del many
+
+    def test_keeps_no_place(self):
+        self.start("--max-connections=1", "--idle-timeout=0")
+
+        def is_let_in():
+            with contextlib.suppress(AssertionError, OSError), contextlib.closing(self.client("ack=1").socket) as calm:
+                calm.sendall(b"calm\n")
+                return calm.recv(1) == b"a"
+
+        for _ in range(20):
+            with contextlib.suppress(OSError):
+                self.client("ack=1").send(b"\n" * 30000).socket.close()  # with a reset, for it has heard no answer
+        self.wait_for(is_let_in)
 
     def test_hurts_nobody_else(self):
         self.start()

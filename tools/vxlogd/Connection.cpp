@@ -16,6 +16,7 @@ namespace {
 constexpr std::size_t MOST_OPEN_LINES = 64;
 constexpr std::size_t MOST_OPEN_BYTES = 64 * 1024;
 constexpr std::size_t READ_SIZE = 16 * 1024;
+constexpr std::chrono::seconds TIME_TO_HEAR(5);
 
 vx::String textOf(const vx::net::InetSocketAddress* address)
 {
@@ -40,8 +41,8 @@ Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake
 
 bool Connection::wantsToRead() const
 {
-    return !m_hasEnded && !m_isBroken && m_input.size() < std::max<std::size_t>(m_limits.maxLine + 1, READ_SIZE)
-        && hasRoom();
+    return !m_hasEnded
+        && (m_isRefused || (m_input.size() < std::max<std::size_t>(m_limits.maxLine + 1, READ_SIZE) && hasRoom()));
 }
 
 void Connection::read()
@@ -64,6 +65,8 @@ void Connection::read()
     }
     if (m_isFinishing && m_lastBytes == 0)
         m_hasEnded = true;
+    if (m_isRefused)
+        m_input.clear();
 }
 
 void Connection::write()
@@ -77,21 +80,26 @@ void Connection::write()
     } else if (result != VX_E_SOCKET_EWOULDBLOCK && result != VX_E_SOCKET_EINTR) {
         m_output.clear();
         m_isBroken = true;
+        m_isFinishing = true;
     }
+    if (m_isRefused && m_output.empty())
+        m_socket->shutdownOutput();
 }
 
 void Connection::goOn()
 {
     takeLines();
     const Progress::State state = m_progress->state();
-    if (state.hasFailed && !m_isRefused && !m_isBroken)
-        refuse("the log cannot be written");
-    if (m_wantsAnswers && m_output.empty() && state.done > m_answered && !m_isBroken) {
+    if (m_isRefused || m_isBroken)
+        return;
+    if (m_wantsAnswers && m_output.empty() && state.done > m_answered) {
         m_output = "ack " + std::to_string(state.done) + "\n";
         m_answered = state.done;
         m_lastSign = Clock::now();
         write();
     }
+    if (state.hasFailed)
+        refuse("the log cannot be written");
 }
 
 void Connection::finish()
@@ -106,12 +114,14 @@ void Connection::finish()
 void Connection::endIfSilent(Clock::time_point now)
 {
     const unsigned int idleSeconds = m_limits.idleSeconds;
-    if (idleSeconds == 0 || now - m_lastSign < std::chrono::seconds(idleSeconds) || m_progress->state().openLines > 0)
-        return;
-    m_hasEnded = true;
-    m_isBroken = true;
-    m_output.clear();
-    takeLines();
+    const bool isSilent = idleSeconds != 0 && now - m_lastSign >= std::chrono::seconds(idleSeconds)
+        && m_progress->state().openLines == 0;
+    if (isSilent || (m_isRefused && now - m_refusedAt >= TIME_TO_HEAR)) {
+        m_hasEnded = true;
+        m_isBroken = true;
+        m_output.clear();
+        takeLines();
+    }
 }
 
 bool Connection::isOver() const
@@ -177,15 +187,15 @@ void Connection::greet(std::string_view options)
         else if (name == "ack" && isNumber)
             m_wantsAnswers = number != 0;
         else
-            refuse("the greeting has options level=NUMBER and ack=0|1");
+            return refuse("the greeting has options level=NUMBER and ack=0|1");
     }
 }
 
 void Connection::refuse(const std::string& reason)
 {
-    m_output = "err " + reason + "\n";
-    m_hasEnded = true;
+    m_output += "err " + reason + "\n"; // a part of an answer may have been sent
     m_isRefused = true;
+    m_refusedAt = Clock::now();
     write();
 }
 

@@ -34,6 +34,7 @@ public:
         std::shared_ptr<Waker> waker);
 
     vx::net::TcpWorkerSocket2* getSocket() const { return m_socket.get(); }
+    /// No more is read once nothing more will come.
     bool wantsToRead() const;
     bool wantsToWrite() const { return !m_output.empty(); }
     /// For a socket that is ready.
@@ -43,7 +44,9 @@ public:
     void goOn();
     /// Takes what has been received, and then no more.
     void finish();
-    /// As `finish` after too long a silence, and without answers.
+    /// Whether that is to be done, because the client can no longer be answered.
+    bool isFinishing() const { return m_isFinishing; }
+    /// As `finish` after too long a silence, and without answers. A client that was refused has less time.
     void endIfSilent(Clock::time_point now);
     bool isOver() const;
 
@@ -52,6 +55,8 @@ private:
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
     void greet(std::string_view options);
+    /// Says why nothing more is taken. What the client still sends is read and dropped for some time: a socket that is closed
+    /// over unread bytes is reset, and the client would not hear the reason.
     void refuse(const std::string& reason);
 
     std::unique_ptr<vx::net::TcpWorkerSocket2> m_socket;
@@ -66,13 +71,14 @@ private:
     bool m_hasEnded = false; ///< nothing more is read
     bool m_isRefused = false;
     bool m_isFinishing = false;
-    bool m_isBroken = false;
+    bool m_isBroken = false; ///< nothing can be sent
     std::size_t m_lastBytes = 1024 * 1024; ///< read at most once the end is wanted
     std::uint64_t m_lines = 0;
     std::uint64_t m_answered = 0;
     std::string m_input;
     std::string m_output;
     Clock::time_point m_lastSign = Clock::now();
+    Clock::time_point m_refusedAt;
 };
 
 } // namespace vxlogd

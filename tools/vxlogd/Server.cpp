@@ -97,23 +97,30 @@ private:
     bool m_runs = false;
 };
 
-Server::Server(const Settings& settings)
-    : m_log(new LogFile(settings))
-    , m_intake(*m_log, settings.workers)
+std::unique_ptr<TcpServerSocket2> listenAt(const Settings& settings)
 {
-    setLimits(settings);
-    TcpServerSocket2* socket = nullptr;
-    check(TcpServerSocket2::createTcpServerSocket2(AF_UNSPEC, SOCK_STREAM, 0, &socket), "a socket");
-    m_socket.reset(socket);
+    TcpServerSocket2* made = nullptr;
+    check(TcpServerSocket2::createTcpServerSocket2(AF_UNSPEC, SOCK_STREAM, 0, &made), "a socket");
+    std::unique_ptr<TcpServerSocket2> socket(made);
     const std::string place = settings.listen + " port " + std::to_string(settings.port);
     const unsigned short port = settings.port != 0 ? settings.port : findFreePort();
     if (settings.listen == ALL_ADDRESSES)
-        check(m_socket->bindListAddAddrAny(port), place);
+        check(socket->bindListAddAddrAny(port), place);
     else
-        check(m_socket->bindListAddAddrInfo(settings.listen.c_str(), nullptr, port), place);
-    check(m_socket->bind(), place);
-    check(m_socket->listen(0), place);
-    check(m_socket->saveBoundAddresses(), place);
+        check(socket->bindListAddAddrInfo(settings.listen.c_str(), nullptr, port), place);
+    socket->setReuseAddress(true); // connections of a server that was killed keep the port for some time
+    check(socket->bind(), place);
+    check(socket->listen(0), place);
+    check(socket->saveBoundAddresses(), place);
+    return socket;
+}
+
+Server::Server(const Settings& settings, std::unique_ptr<TcpServerSocket2> socket)
+    : m_log(new LogFile(settings))
+    , m_intake(*m_log, settings.workers)
+    , m_socket(std::move(socket))
+{
+    setLimits(settings);
 }
 
 Server::~Server() = default;

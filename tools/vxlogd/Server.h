@@ -20,11 +20,14 @@ namespace vxlogd {
 class Acceptor;
 class Shard;
 
-/// Listens, and serves each connection on one of several threads: a select takes 63 sockets, of which one is for waking.
+/// A socket that listens where the settings say. Looks up names, which may take long. Throws std::runtime_error.
+std::unique_ptr<vx::net::TcpServerSocket2> listenAt(const Settings& settings);
+
+/// Serves each connection on one of several threads: a select takes 63 sockets, of which one is for waking.
 class Server {
 public:
-    /// Throws std::runtime_error where it cannot listen.
-    explicit Server(const Settings& settings);
+    /// Accepts connections from `socket`. Throws as the constructor of LogFile does.
+    Server(const Settings& settings, std::unique_ptr<vx::net::TcpServerSocket2> socket);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -47,7 +50,7 @@ private:
     const vx::Reference<LogFile> m_log;
     Intake m_intake;
     Limits m_limits {};
-    std::unique_ptr<vx::net::TcpServerSocket2> m_socket;
+    const std::unique_ptr<vx::net::TcpServerSocket2> m_socket;
     vx::Reference<Acceptor> m_acceptor;
     std::unique_ptr<vx::exec::Thread> m_acceptorThread;
     struct Service {

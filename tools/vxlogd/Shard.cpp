@@ -148,7 +148,7 @@ void Shard::serve(Connection& connection, bool isReadable, bool isWritable)
 {
     if (isWritable && connection.wantsToWrite())
         connection.write();
-    if (m_isStopping)
+    if (m_isStopping || connection.isFinishing())
         connection.finish();
     else if (isReadable && connection.wantsToRead())
         connection.read();

@@ -10,13 +10,29 @@
 
 #include <csignal>
 #include <cstdio>
+#include <memory>
 #include <sys/resource.h>
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
 using namespace vxlogd;
 
-/// The signals that `run` waits for are held back from all threads.
+/// SIGTERM and SIGINT end the program at once, with success: nothing has been received yet. SIGHUP waits.
+void endAtOnceBySignals()
+{
+    struct sigaction action { };
+    action.sa_handler = [](int) { ::_exit(0); };
+    for (const int signal : {SIGTERM, SIGINT})
+        ::sigaction(signal, &action, nullptr);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGHUP);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+/// The signals that `serve` waits for are held back from all threads.
 sigset_t holdSignals()
 {
     struct sigaction action { };
@@ -55,9 +71,11 @@ void changeSettings(Server& server, int argc, char** argv)
 
 void serve(const Settings& settings, int argc, char** argv)
 {
-    const sigset_t signals = holdSignals();
+    endAtOnceBySignals();
     allowManyDescriptors();
-    Server server(settings);
+    std::unique_ptr<vx::net::TcpServerSocket2> socket = listenAt(settings);
+    const sigset_t signals = holdSignals();
+    Server server(settings, std::move(socket));
     server.start();
     std::printf("listening on %s\n", server.getAddresses().c_str());
     std::fflush(stdout);
