@@ -9,6 +9,7 @@ import re
 import resource
 import shutil
 import signal
+import socket
 import subprocess
 import time
 import unittest
@@ -209,6 +210,17 @@ class Signals(tool.Scratch):
                 self.assertEqual(texts[:-1], wanted[: len(texts) - 1])
                 self.assertTrue(wanted[len(texts) - 1].startswith(texts[-1]))
                 os.remove(self.log)
+
+
+    def test_ends_at_once_while_it_connects(self):
+        with socket.create_server(("127.0.0.1", 0), backlog=0) as listener, socket.create_connection(listener.getsockname()):
+            port = listener.getsockname()[1]
+            process = start("--to", f"vxlog://127.0.0.1:{port}")
+            syn_sent = re.compile(rf"0100007F:{port:04X} 02 ")
+            while process.poll() is None and not syn_sent.search(self.read("/proc/net/tcp").decode()):
+                time.sleep(0.001)
+            process.send_signal(signal.SIGTERM)
+            self.assertEqual((process.wait(60), process.communicate()[1]), (-signal.SIGTERM, b""))
 
 
 class SharedFiles(tool.Scratch):

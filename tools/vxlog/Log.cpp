@@ -109,7 +109,8 @@ private:
 
 void sendLines(Lines& lines, const Destination& destination)
 {
-    Sender sender(destination);
+    Sender sender(destination); // nothing has been read yet: a signal ends the program at once
+    catchEndingSignals();
     std::exception_ptr failure; // of the input, as below
     try {
         for (String line; lines.next(line);)
@@ -134,6 +135,7 @@ void log(const Options& options)
         sendLines(lines, *options.to);
         return;
     }
+    catchEndingSignals();
     const Text name = options.file == "-" ? STANDARD_OUTPUT() : Text(options.file);
     const Reference<io::FileOutputStream> file = openFile(options);
     const Reference<Target> target(new Target(createWriter(options, file.get())));

@@ -1,6 +1,5 @@
 /// Turns lines into entries of a log, through the loggers, processors and writers of the library.
 
-#include "Ending.h"
 #include "Log.h"
 #include "Options.h"
 #include "common/Program.h"
@@ -20,7 +19,6 @@ void run(const Options& options, Messages& messages)
         printVersion("vxlog");
         return;
     case Options::Task::LOG:
-        catchEndingSignals();
         vxlog::log(options);
     }
 }
