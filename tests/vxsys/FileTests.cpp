@@ -8,7 +8,9 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -281,6 +283,37 @@ TEST(FileReplacement, HasNoNameUntilItIsCommittedAndLeavesNothing)
         EXPECT_EQ(contentOf(scratch / "file"), "");
         EXPECT_EQ(entries(), 1);
     }
+}
+
+TEST(FileReplacement, HasANameOfItsOwnWhereItMust)
+{
+    const Scratch scratch;
+    const auto entries = [&] { return std::distance(fs::directory_iterator(scratch.getPath()), {}); };
+    Child child([&](Child::Side& side) {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+            || ::mount("none", "/proc", "tmpfs", 0, "") != 0) { // by which an unnamed file would get its name
+            side.tell('s');
+            return;
+        }
+        for (const bool isKept : {false, true}) {
+            VXFileReplacement replacement = nullptr;
+            std::uint32_t handle = 0;
+            ASSERT_EQ(VXFileReplaceBegin(scratch.full("file").c_str(), 0600, &replacement, &handle), 0);
+            EXPECT_EQ(entries(), 1);
+            EXPECT_EQ(Child([&](Child::Side&) { VXFileReplaceEnd(replacement); }).wait(), 0);
+            EXPECT_EQ(entries(), 1) << "a child process ends its copy alone";
+            if (!isKept)
+                VXFileReplaceDiscard(replacement);
+            EXPECT_EQ(entries(), isKept ? 1 : 0);
+            EXPECT_EQ(failed(VXFileReplaceCommit(replacement, nullptr)), !isKept);
+            EXPECT_EQ(VXFileReplaceEnd(replacement), 0);
+            EXPECT_EQ(fs::exists(scratch / "file"), isKept);
+        }
+    });
+    if (child.hear() == 's')
+        GTEST_SKIP() << "needs the right to mount a file system";
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(entries(), 1);
 }
 
 TEST(File, IsReadAgainWhateverItsNameIs)
