@@ -49,8 +49,16 @@ std::int32_t checkImage(const char* path) noexcept
         return VXResultFromNative(errno);
     const auto size = static_cast<std::uint64_t>(status.st_size);
     const auto readAt = [&](std::uint64_t position, void* target, std::size_t length) {
-        return position <= size
-            && ::pread(file.get(), target, length, static_cast<off_t>(position)) == static_cast<ssize_t>(length);
+        for (auto* rest = static_cast<char*>(target); length > 0;) {
+            const ssize_t got = retryOnSignal(
+                [&] { return position <= size ? ::pread(file.get(), rest, length, static_cast<off_t>(position)) : 0; });
+            if (got <= 0)
+                return false;
+            rest += got;
+            length -= static_cast<std::size_t>(got);
+            position += static_cast<std::uint64_t>(got);
+        }
+        return true;
     };
     ElfW(Ehdr) header;
     if (!S_ISREG(status.st_mode) || !readAt(0, &header, sizeof header) || !isForThisMachine(header))
