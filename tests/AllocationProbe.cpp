@@ -2,12 +2,28 @@
 
 #include "vxsys/Memory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
 thread_local AllocationProbe* t_probe = nullptr;
+constinit std::atomic<long> g_live = 0;
+
+void* counted(void* memory) noexcept
+{
+    if (memory != nullptr)
+        g_live.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+
+void release(void* memory) noexcept
+{
+    if (memory != nullptr)
+        g_live.fetch_sub(1, std::memory_order_relaxed);
+    std::free(memory);
+}
 
 } // namespace
 
@@ -23,6 +39,11 @@ AllocationProbe::~AllocationProbe()
     t_probe = m_outer;
 }
 
+long AllocationProbe::live() noexcept
+{
+    return g_live.load(std::memory_order_relaxed);
+}
+
 bool AllocationProbe::next(std::size_t rawSize) noexcept
 {
     if (t_probe == nullptr)
@@ -34,18 +55,26 @@ bool AllocationProbe::next(std::size_t rawSize) noexcept
 
 void* VXMemAlloc(std::size_t bytes) noexcept
 {
-    return bytes != 0 && AllocationProbe::next(bytes) ? std::malloc(bytes) : nullptr;
+    return bytes != 0 && AllocationProbe::next(bytes) ? counted(std::malloc(bytes)) : nullptr;
 }
 
 void* VXMemRealloc(void* memory, std::size_t bytes) noexcept
 {
-    return AllocationProbe::next(bytes) ? std::realloc(memory, bytes != 0 ? bytes : 1) : nullptr;
+    if (!AllocationProbe::next(bytes))
+        return nullptr;
+    void* const moved = std::realloc(memory, bytes != 0 ? bytes : 1);
+    return memory == nullptr ? counted(moved) : moved;
+}
+
+void VXMemFree(void* memory) noexcept
+{
+    release(memory);
 }
 
 void* vxsys::allocate(std::size_t bytes)
 {
     if (AllocationProbe::next(0)) {
-        if (void* memory = std::malloc(bytes != 0 ? bytes : 1))
+        if (void* memory = counted(std::malloc(bytes != 0 ? bytes : 1)))
             return memory;
     }
     // As the platform layer does where the handler gives up.
@@ -54,6 +83,11 @@ void* vxsys::allocate(std::size_t bytes)
     if (handler != nullptr)
         handler();
     throw std::bad_alloc();
+}
+
+void vxsys::deallocate(void* memory) noexcept
+{
+    release(memory);
 }
 
 #ifdef __has_feature
@@ -65,7 +99,7 @@ void* vxsys::allocate(std::size_t bytes)
 
 void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept
 {
-    return AllocationProbe::next(0) ? std::malloc(bytes != 0 ? bytes : 1) : nullptr;
+    return AllocationProbe::next(0) ? counted(std::malloc(bytes != 0 ? bytes : 1)) : nullptr;
 }
 
 void* operator new(std::size_t bytes)
@@ -82,22 +116,22 @@ void* operator new[](std::size_t bytes)
 
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    release(memory);
 }
 
 #endif

@@ -17,6 +17,9 @@ public:
     /// What the last allocation of raw storage asked for.
     std::size_t lastRawSize() const noexcept { return m_lastRawSize; }
 
+    /// Allocations of this program, on all threads, that have not been released.
+    static long live() noexcept;
+
     /// For the replaced functions: whether an allocation may go ahead.
     static bool next(std::size_t rawSize) noexcept;
 

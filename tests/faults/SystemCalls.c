@@ -1,0 +1,155 @@
+// Functions of the C library that this program defines itself, so that the libraries find them here first. Each lets a
+// call through or fails it. They take at most six integers or pointers, which come and go in registers whatever their
+// types: the real types would only make this list long. Under a sanitizer the real function is the sanitizer's own.
+#include "SystemCalls.h"
+
+#include <errno.h>
+#include <stdatomic.h>
+#include <stddef.h>
+
+void* dlsym(void* library, const char* name);
+
+#define NEXT_LIBRARY ((void*)-1) // RTLD_NEXT
+enum { PIDFD_OPEN = 434, COPY_DESCRIPTOR = 1030, GET_FLAGS = 1 }; // SYS_pidfd_open, F_DUPFD_CLOEXEC, F_GETFD
+
+static atomic_int g_call, g_left, g_error, g_isShort, g_stays;
+
+void setFault(enum SystemCall call, int first, int error, int isShort, int stays)
+{
+    g_call = CALL_NONE;
+    g_left = first;
+    g_error = error;
+    g_isShort = isShort;
+    g_stays = stays;
+    g_call = call;
+}
+
+int hasFailed(void)
+{
+    return g_left <= 0;
+}
+
+/// The length that a call may move, or -1 with `errno` where it fails.
+static long allowed(enum SystemCall call, long length)
+{
+    if (g_call != (int)call)
+        return length;
+    const int left = atomic_fetch_sub(&g_left, 1) - 1;
+    if (left > 0 || (left < 0 && !g_stays))
+        return length;
+    if (left == 0 && g_isShort)
+        return (length + 1) / 2;
+    errno = g_error;
+    return -1;
+}
+
+static int fails(enum SystemCall call)
+{
+    return allowed(call, 0) < 0;
+}
+
+typedef long Function(long, long, long, long, long, long, long);
+
+/// Declares `real_name`, which gives the function that `name` hides.
+#define REAL(name)                                                                                                     \
+    Function __interceptor_##name __attribute__((weak));                                                               \
+    static Function* real_##name(void)                                                                                 \
+    {                                                                                                                  \
+        static Function* _Atomic s_found;                                                                              \
+        Function* found = s_found;                                                                                     \
+        if (found == NULL) {                                                                                           \
+            found = __interceptor_##name;                                                                              \
+            if (found == NULL)                                                                                         \
+                *(void**)&found = dlsym(NEXT_LIBRARY, #name);                                                          \
+            s_found = found;                                                                                           \
+        }                                                                                                              \
+        return found;                                                                                                  \
+    }
+#define HIDE(name, work)                                                                                               \
+    REAL(name)                                                                                                         \
+    long name(long a, long b, long c, long d, long e, long f, long g) work
+#define PASS(name) real_##name()(a, b, c, d, e, f, g)
+
+/// Hides a function that gives `failure` where it fails.
+#define FAIL(call, failure, name) HIDE(name, { return fails(call) ? (failure) : PASS(name); })
+/// Hides a function whose third argument is a length.
+#define MOVE(call, name) HIDE(name, { return (c = allowed(call, c)) < 0 ? -1 : PASS(name); })
+
+#pragma GCC visibility push(default)
+
+FAIL(CALL_OPEN, -1, open)
+FAIL(CALL_OPEN, -1, openat)
+FAIL(CALL_OPEN, -1, accept4)
+FAIL(CALL_MAKE, -1, pipe2)
+FAIL(CALL_MAKE, -1, eventfd)
+FAIL(CALL_MAKE, -1, socket)
+FAIL(CALL_MAKE, 0, fdopendir)
+MOVE(CALL_READ, read)
+MOVE(CALL_READ, pread)
+MOVE(CALL_READ, recv)
+MOVE(CALL_WRITE, write)
+MOVE(CALL_WRITE, send)
+FAIL(CALL_NAME, -1, mkdir)
+FAIL(CALL_NAME, -1, mkdirat)
+FAIL(CALL_NAME, -1, rename)
+FAIL(CALL_NAME, -1, renameat)
+FAIL(CALL_NAME, -1, link)
+FAIL(CALL_NAME, -1, linkat)
+FAIL(CALL_NAME, -1, unlinkat)
+FAIL(CALL_SIZE, -1, ftruncate)
+FAIL(CALL_SIZE, errno, posix_fallocate)
+FAIL(CALL_STATUS, -1, stat)
+FAIL(CALL_STATUS, -1, fstat)
+FAIL(CALL_STATUS, -1, fstatat)
+FAIL(CALL_STATUS, -1, statx)
+FAIL(CALL_STATUS, -1, chmod)
+FAIL(CALL_STATUS, -1, fchmod)
+FAIL(CALL_STATUS, -1, fchown)
+FAIL(CALL_STATUS, -1, fgetxattr)
+FAIL(CALL_STATUS, -1, readlink)
+FAIL(CALL_STATUS, -1, readlinkat)
+FAIL(CALL_STATUS, -1, lseek)
+FAIL(CALL_STATUS, 0, realpath)
+FAIL(CALL_STATUS, 0, getcwd)
+FAIL(CALL_STATUS, 0, readdir)
+FAIL(CALL_LOCK, -1, flock)
+FAIL(CALL_MAP, -1, mmap)
+FAIL(CALL_START, errno, pthread_create)
+FAIL(CALL_START, errno, posix_spawn)
+FAIL(CALL_START, errno, posix_spawn_file_actions_adddup2)
+FAIL(CALL_SOCKET, -1, bind)
+FAIL(CALL_SOCKET, -1, listen)
+FAIL(CALL_SOCKET, -1, getsockname)
+FAIL(CALL_SOCKET, -1, getsockopt)
+FAIL(CALL_SOCKET, -1, setsockopt)
+FAIL(CALL_SOCKET, -1, poll)
+FAIL(CALL_SOCKET, -10, getaddrinfo) // EAI_MEMORY
+FAIL(CALL_LOAD, 0, dlopen)
+
+HIDE(fcntl, { return fails(b == COPY_DESCRIPTOR ? CALL_MAKE : CALL_LOCK) ? -1 : PASS(fcntl); })
+HIDE(syscall, { return a == PIDFD_OPEN && fails(CALL_MAKE) ? -1 : PASS(syscall); })
+
+// The disk itself is not waited for, which would take most of the time.
+long fsync(long file)
+{
+    return fails(CALL_FLUSH) || (int)real_fcntl()(file, GET_FLAGS, 0, 0, 0, 0, 0) < 0 ? -1 : 0;
+}
+long fdatasync(long file)
+{
+    return fsync(file);
+}
+
+// These do their work whether or not a signal breaks them off.
+HIDE(close, {
+    const long result = PASS(close);
+    return fails(CALL_CLOSE) ? -1 : result;
+})
+HIDE(connect, {
+    if (!fails(CALL_SOCKET))
+        return PASS(connect);
+    if (errno == EINTR) {
+        PASS(connect);
+        errno = EINTR;
+    }
+    return -1;
+})
