@@ -280,16 +280,14 @@ TEST(TcpComponent, ConnectsTwoParties)
         writeTo(*near, "question");
         near = nullptr;
         EXPECT_EQ(readFrom(*far, 100), "question") << "and then the end";
-        for (const char16_t* key : {u"host", u"port"}) {
-            there.set(key, properties.get(key) + String(u"\0evil"sv));
-            EXPECT_EQ(resultOf([&] { transport->createConnector(there); }), RESULT_INVALID_ARGUMENT);
-            there.set(key, properties.get(key));
-        }
+        there.set(u"port", properties.get(u"port") + String(u"\0evil"sv));
+        EXPECT_EQ(resultOf([&] { transport->createConnector(there); }), RESULT_INVALID_ARGUMENT)
+            << "a port that is cut";
+        there.set(u"port", properties.get(u"port"));
+        there.set(u"host", String(u"127.0.0.1\0.evil"sv));
+        EXPECT_EQ(resultOf([&] { transport->createConnector(there); }), RESULT_INVALID_ARGUMENT)
+            << "a host that is cut";
     }
-    util::PropertySet cut;
-    cut.set(u"port", String(u"80\0evil", 7));
-    EXPECT_EQ(resultOf([&] { net::Transport::get(u"Velmaris.Transport.Tcp")->createConnector(cut); }),
-        RESULT_INVALID_ARGUMENT);
 }
 
 TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)

@@ -54,6 +54,7 @@ const Fault FAULTS[] = {
     {"close: signal", CALL_CLOSE, EINTR, Fault::SIGNAL},
     {"start: none left", CALL_START, EAGAIN},
     {"socket: none left", CALL_SOCKET, ENOBUFS},
+    {"socket set-up: none left", CALL_SOCKET_SETUP, ENOBUFS},
     {"socket: signal", CALL_SOCKET, EINTR, Fault::SIGNAL},
     {"load: not found", CALL_LOAD, ENOENT},
 };

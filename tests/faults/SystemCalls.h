@@ -19,7 +19,8 @@ enum SystemCall {
     CALL_MAP,
     CALL_CLOSE, ///< the descriptor is closed all the same, as the system does it
     CALL_START, ///< of a thread or a process
-    CALL_SOCKET,
+    CALL_SOCKET, ///< on a socket; a signal can interrupt it
+    CALL_SOCKET_SETUP, ///< on a socket; no signal interrupts it
     CALL_LOAD ///< of a shared library
 };
 

@@ -176,9 +176,9 @@ std::vector<Family> systemFamilies()
         {"LogAsXml",
             [](const Scratch& place) {
                 const Reference<log::Logger> logger = log::Logger::create();
-                logger->addProcessor(log::XmlLogWriter::create(
-                    fileWriter(String(place.full("log"))).get(), log::XmlLogWriter::Values::ESCAPED)
-                                         .get());
+                const Reference<io::Writer> file = fileWriter(String(place.full("log")));
+                logger->addProcessor(log::XmlLogWriter::create(file.get(), log::XmlLogWriter::Values::ESCAPED).get());
+                file->flush(); // the head of the document
                 return Operation {[logger] { logger->log(1, u"an entry <&>"); }};
             }},
         {"LogFromAnotherThread",

@@ -59,7 +59,10 @@ Reference<log::ILogProcessor> createWriter(const Options& options, io::FileOutpu
     if (options.format == Options::Format::BASIC)
         return log::BasicLogWriter::create(writer.get());
     using Values = log::XmlLogWriter::Values;
-    return log::XmlLogWriter::create(writer.get(), options.escape ? Values::ESCAPED : Values::AS_THEY_ARE);
+    const Reference<log::ILogProcessor> document
+        = log::XmlLogWriter::create(writer.get(), options.escape ? Values::ESCAPED : Values::AS_THEY_ARE);
+    writer->flush(); // a failure of the first entry does not take the head of the document with it
+    return document;
 }
 
 Reference<log::Logger> createLogger(const Options& options)

@@ -135,6 +135,7 @@ void LogFile::open(const Settings& settings)
     m_writer = settings.format == Format::XML
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
         : vx::log::BasicLogWriter::create(writer.get());
+    writer->flush(); // a failure of the first entry does not take the head of the document with it
     m_file = file;
     m_syncs = settings.sync;
 }

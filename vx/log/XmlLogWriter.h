@@ -7,6 +7,9 @@ namespace vx::log {
 /// Writes a document with an element for each entry. Its head is written at construction, its end by the destructor: a
 /// process that ends without that leaves a document without its last line. The writer has to encode to UTF-8, which the
 /// head announces. A field name with a blank opens an element with attributes.
+///
+/// A writer with a buffer keeps the head until its first flush, and loses it with the first entry if that flush fails.
+/// Flush the writer after construction to know that the head is in the document.
 class VX_API XmlLogWriter : public AbstractLogWriter {
 public:
     /// What becomes of the texts in a document.
