@@ -1,4 +1,5 @@
 #include "Recording.h"
+#include "tests/Threads.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/LogEntry.h"
 #include "vx/log/Logger.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 #include <thread>
 
 namespace vx::log {
@@ -16,7 +18,7 @@ namespace {
 
 constexpr int ENTRIES = 2'000;
 
-Reference<LogEntry> entryOf(const char16_t* text)
+Reference<LogEntry> entryOf(const String& text)
 {
     const Reference<LogEntry> entry = LogEntry::create();
     entry->setField(u"text", new String(text));
@@ -24,8 +26,7 @@ Reference<LogEntry> entryOf(const char16_t* text)
 }
 
 /// Waits for a permit at each entry.
-class Gated : public RecordingProcessor {
-public:
+struct Gated : RecordingProcessor {
     void process(const ILogEntry* entry) override
     {
         m_entered.signal();
@@ -36,15 +37,22 @@ public:
     sync::Semaphore m_permits {0};
 };
 
+/// Logs entries with these texts, each a word.
+void put(AsyncProcessor& async, const char* words)
+{
+    std::istringstream texts(words);
+    for (std::string text; texts >> text;)
+        async.process(entryOf(String(text)).get());
+}
+
 TEST(AsyncProcessor, DrainsBesideAWorkerThatHoldsAnEntry)
 {
     Reference<Gated> target(new Gated);
     {
         const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 1);
-        async->process(entryOf(u"a").get());
+        put(*async, "a");
         target->m_entered.wait();
-        for (const char16_t* text : {u"b", u"c"})
-            async->process(entryOf(text).get());
+        put(*async, "b c");
         for (int permit = 0; permit < 3; ++permit)
             target->m_permits.signal();
     }
@@ -55,18 +63,7 @@ TEST(AsyncProcessor, DrainsBesideAWorkerThatHoldsAnEntry)
     EXPECT_EQ(texts, "  ;;abc");
 }
 
-TEST(AsyncProcessor, LosesAWorkerToAThrowingTargetAndNoOtherEntry)
-{
-    Reference<RecordingProcessor> target(new RecordingProcessor(2));
-    const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 1);
-    for (const char16_t* text : {u"a", u"b", u"thrown at", u"d", u"e"})
-        async->process(entryOf(text).get());
-    EXPECT_FALSE(async->waitUntilDone()) << "the worker has ended";
-    EXPECT_EQ(target->texts(), "a; b");
-}
-
-class Picky : public RecordingProcessor {
-public:
+struct Picky : RecordingProcessor {
     void process(const ILogEntry* entry) override
     {
         if (fieldOf(*entry, u"text") == "bad")
@@ -75,14 +72,13 @@ public:
     }
 };
 
-TEST(AsyncProcessor, LeavesToTheOtherWorkersWhatWaitsBehindAFailure)
+TEST(AsyncProcessor, LeavesToTheOtherWorkersWhatWaitsAfterAFailure)
 {
     for (int round = 0; round < 100; ++round) {
         Reference<Picky> target(new Picky);
         {
             const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 2);
-            for (const char16_t* text : {u"bad", u"a", u"b", u"c"})
-                async->process(entryOf(text).get());
+            put(*async, "bad a b c");
             ASSERT_FALSE(async->waitUntilDone()) << "one was thrown at, round " << round;
             ASSERT_EQ(target->entries().size(), 3U);
             ASSERT_TRUE(async->waitUntilDone()) << "which was told, round " << round;
@@ -92,40 +88,38 @@ TEST(AsyncProcessor, LeavesToTheOtherWorkersWhatWaitsBehindAFailure)
     }
 }
 
-TEST(AsyncProcessor, KeepsItsWorkerWhenAsked)
+TEST(AsyncProcessor, LosesAWorkerOnlyToAThrowingTargetUnlessItKeepsIt)
 {
-    Reference<Picky> target(new Picky);
-    const Reference<AsyncProcessor> async
-        = AsyncProcessor::create(target.get(), 1, AsyncProcessor::Failures::KEEP_WORKER);
-    for (const char16_t* text : {u"a", u"bad", u"c", u"bad"})
-        async->process(entryOf(text).get());
-    EXPECT_FALSE(async->waitUntilDone()) << "the last one failed";
-    EXPECT_EQ(target->texts(), "a; c");
-    async->process(entryOf(u"e").get());
-    EXPECT_TRUE(async->waitUntilDone());
-    EXPECT_EQ(target->texts(), "a; c; e");
+    struct {
+        AsyncProcessor::Failures failures;
+        const char* words;
+        const char* texts;
+        bool goesOn;
+    } cases[] = {
+        {AsyncProcessor::Failures::END_WORKER, "a b bad d e", "a; b", false},
+        {AsyncProcessor::Failures::KEEP_WORKER, "a bad c bad", "a; c", true},
+    };
+    for (const auto& row : cases) {
+        Reference<Picky> target(new Picky);
+        const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 1, row.failures);
+        put(*async, row.words);
+        EXPECT_FALSE(async->waitUntilDone()) << row.words;
+        EXPECT_EQ(target->texts(), row.texts);
+        if (row.goesOn) {
+            put(*async, "e");
+            EXPECT_TRUE(async->waitUntilDone());
+            EXPECT_EQ(target->texts(), "a; c; e");
+        }
+    }
 }
 
-TEST(AsyncProcessor, HandsOverAllWhenTheDrainMeetsAFailure)
+TEST(AsyncProcessor, PassesAllOnWhenTheDrainMeetsAFailure)
 {
     Reference<Picky> target(new Picky);
     AsyncProcessor* async = AsyncProcessor::create(target.get(), 0).detach();
-    for (const char16_t* text : {u"a", u"bad", u"c"})
-        async->process(entryOf(text).get());
+    put(*async, "a bad c");
     EXPECT_THROW(async->Release(), RangeErrorException);
     EXPECT_EQ(target->texts(), "a; c");
-}
-
-void logFromManyThreads(ILevelLogger* logger, int threads, int each)
-{
-    std::vector<std::thread> running;
-    for (int thread = 0; thread < threads; ++thread)
-        running.emplace_back([=] {
-            for (int count = 0; count < each; ++count)
-                logger->log(thread, String::valueOf(count));
-        });
-    for (std::thread& thread : running)
-        thread.join();
 }
 
 class Road : public testing::TestWithParam<int> { };
@@ -141,7 +135,10 @@ TEST_P(Road, DeliversEveryEntryOnce)
     Reference<AsyncProcessor> async = AsyncProcessor::create(multi.get(), GetParam());
     logger->addProcessor(async.get());
     Reference<SyncLogger> sync(new SyncLogger(logger.get()));
-    logFromManyThreads(sync.get(), THREADS, ENTRIES);
+    inThreads(THREADS, [&](int thread) {
+        for (int count = 0; count < ENTRIES; ++count)
+            sync->log(thread, String::valueOf(count));
+    });
     EXPECT_TRUE(async->waitUntilDone());
 
     ASSERT_EQ(target->entries().size(), static_cast<std::size_t>(THREADS) * ENTRIES);

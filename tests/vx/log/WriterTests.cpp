@@ -1,4 +1,5 @@
 #include "Recording.h"
+#include "tests/vx/io/StreamDoubles.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Result.h"
 #include "vx/collections/Set.h"
@@ -24,23 +25,10 @@ namespace {
 
 const char LINE[] = "-------------------------\n";
 
-/// Writes each of its calls down.
-class RecordingWriter : public io::Writer {
-public:
-    using Writer::write;
-    void write(const char16_t* text, std::int32_t length) override
-    {
-        m_events += "write(" + String(text, length).toUtf8() + ") ";
-    }
-    void flush() override { m_events += "flush "; }
-    void close() override { m_events += "close "; }
-
-    std::string m_events;
-};
-
 TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
 {
-    Reference<RecordingWriter> writer(new RecordingWriter);
+    std::string events;
+    const Reference<io::Writer> writer(new Sink<Chars>(events));
     {
         const Reference<ILogProcessor> log = BasicLogWriter::create(writer.get());
         const Reference<LogEntry> entry = LogEntry::create();
@@ -48,7 +36,7 @@ TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
         entry->setField(u"text", new String(u"two\nlines"));
         log->process(entry.get());
     }
-    EXPECT_EQ(writer->m_events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
+    EXPECT_EQ(events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
 }
 
 /// Adds fields of one letter and of two, from the same few, so that names meet in a bucket, and some that are its own.
@@ -85,11 +73,13 @@ private:
 TEST(BasicLogWriter, WritesTheFieldsInTheOrderOfTheirNames)
 {
     std::mt19937 random(8);
+    std::string events;
+    const Reference<io::Writer> writer(new Sink<Chars>(events));
     for (int round = 0; round < 400; ++round) {
         const Reference<Logger> logger(new Adding(random));
         Reference<RecordingProcessor> entries(new RecordingProcessor);
-        Reference<RecordingWriter> writer(new RecordingWriter);
-        logger->addProcessor(BasicLogWriter::create(writer.get()).get()); // before anybody has asked for the values
+        events.clear();
+        logger->addProcessor(BasicLogWriter::create(writer.get()).get()); // before the values are asked for
         logger->addProcessor(entries.get());
         logger->log(-round, String(u't', static_cast<int>(random() % 400)));
 
@@ -99,58 +89,53 @@ TEST(BasicLogWriter, WritesTheFieldsInTheOrderOfTheirNames)
         for (const Reference<String>& name : *names)
             expected += name->toUtf8() + "=" + fieldOf(entry, name->getData()) + "\n";
         expected += LINE + std::string(") flush ");
-        ASSERT_EQ(writer->m_events, expected) << "seed 8, round " << round;
+        ASSERT_EQ(events, expected) << "seed 8, round " << round;
         BasicLogWriter::create(writer.get())->process(&entry);
-        ASSERT_EQ(writer->m_events, expected + expected) << "seed 8, round " << round;
+        ASSERT_EQ(events, expected + expected) << "seed 8, round " << round;
     }
     const Reference<LogEntry> entry = LogEntry::create();
     entry->setField(u"nothing", nullptr);
-    EXPECT_THROW(BasicLogWriter::create(new RecordingWriter)->process(entry.get()), ResultException);
+    EXPECT_THROW(BasicLogWriter::create(writer.get())->process(entry.get()), ResultException);
 }
 
 TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
 {
     const std::string head = "write(<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n) write(<log>\n) ";
     const std::string foot = "write(</log>\n) flush ";
-    Reference<RecordingWriter> writer(new RecordingWriter);
+    std::string events;
+    const Reference<io::Writer> writer(new Sink<Chars>(events));
     XmlLogWriter::create(writer.get());
-    EXPECT_EQ(writer->m_events, head + foot);
+    EXPECT_EQ(events, head + foot);
 
-    struct {
-        XmlLogWriter::Values values;
-        std::string value;
-    } cases[] = {
+    const std::pair<XmlLogWriter::Values, std::string> cases[] = {
         {XmlLogWriter::Values::AS_THEY_ARE, "<b>&\x01\r"},
-        {XmlLogWriter::Values::ESCAPED, "&lt;b&gt;&amp;\xEF\xBF\xBD&#13;"},
+        {XmlLogWriter::Values::ESCAPED, "&lt;b&gt;&amp;\xFD&#13;"}, // U+FFFD, of which the sink keeps the low byte
     };
-    for (const auto& row : cases) {
-        writer->m_events.clear();
+    for (const auto& [values, value] : cases) {
+        events.clear();
         {
-            const Reference<ILogProcessor> log = XmlLogWriter::create(writer.get(), row.values);
+            const Reference<ILogProcessor> log = XmlLogWriter::create(writer.get(), values);
             const Reference<LogEntry> entry = LogEntry::create();
             log->process(entry.get());
             entry->setField(u"text kind=\"x\"", new String(u"<b>&\x01\r"));
             log->process(entry.get());
         }
-        EXPECT_EQ(writer->m_events,
-            head + "write(  <entry>\n  </entry>\n) flush write(  <entry>\n    <text kind=\"x\"> " + row.value
+        EXPECT_EQ(events,
+            head + "write(  <entry>\n  </entry>\n) flush write(  <entry>\n    <text kind=\"x\"> " + value
                 + " </text>\n  </entry>\n) flush " + foot);
     }
 }
 
 /// A disk that may be full: a stream that keeps what it takes.
-class Disk : public io::OutputStream {
-public:
-    using OutputStream::write;
+struct Disk : io::ByteArrayOutputStream {
+    using ByteArrayOutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override
     {
         if (m_isFull)
             throw ResultException(RESULT_FAIL, u"full");
-        m_bytes.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+        ByteArrayOutputStream::write(bytes, length);
     }
-
     bool m_isFull = false;
-    std::string m_bytes;
 };
 
 TEST(LogChain, GoesOnAfterAnEntryThatItCannotWrite)
@@ -175,13 +160,13 @@ TEST(LogChain, GoesOnAfterAnEntryThatItCannotWrite)
         disk->m_isFull = false;
         logger->log(u"last");
         EXPECT_TRUE(async->waitUntilDone());
-        EXPECT_EQ(String(disk->m_bytes.data(), static_cast<std::int32_t>(disk->m_bytes.size()), encoding).toUtf8(),
+        EXPECT_EQ(disk->toString(encoding).toUtf8(),
             entry("half of a pair \uFFFD") + entry("\uFFFD the other half") + entry("both \U0001F600") + entry("last"))
             << String(encoding);
     }
 }
 
-TEST(LogChain, LeavesTheFileCompleteBehindEachEntry)
+TEST(LogChain, LeavesTheFileCompleteAfterEachEntry)
 {
     const Scratch scratch;
     const std::filesystem::path path = scratch / "log.xml";
@@ -202,7 +187,7 @@ TEST(LogChain, LeavesTheFileCompleteBehindEachEntry)
             EXPECT_EQ(contentOf(path), expected);
         }
     }
-    while (!contentOf(path).ends_with("</log>\n")) // the worker lets go of the writer last
+    while (!contentOf(path).ends_with("</log>\n")) // the worker releases the writer last
         std::this_thread::yield();
 }
 
