@@ -95,7 +95,7 @@ inline std::string textOf(const Reference<Item>& element)
     return textOf(element == nullptr ? NO_ITEM : element->getValue());
 }
 
-/// The elements of a collection, or of a model of one, one behind the other.
+/// The elements of a collection, or of a model of one, one after the other.
 template <class Elements>
 std::string textOfAll(const Elements& elements)
 {
