@@ -33,18 +33,11 @@ public:
     {
         if (m_parts.size() > 8 || m_cursors.size() > 12 || m_values.size() > 60)
             startOver();
-        switch (below(8)) {
-        case 0:
-        case 1:
-        case 2:
-            return partStep(*m_parts[below(m_parts.size())]);
-        case 3:
-            return viewStep(*m_parts[below(m_parts.size())]);
-        default:
-            if (m_cursors.empty())
-                return viewStep(*m_parts[0]);
+        const int kind = below(8);
+        if (kind > 3 && !m_cursors.empty())
             return cursorStep(*m_cursors[below(m_cursors.size())]);
-        }
+        Part& part = *m_parts[kind > 3 ? 0 : below(m_parts.size())];
+        return kind < 3 ? partStep(part) : viewStep(part);
     }
 
     /// Everything that can be seen of the whole at once.
@@ -97,7 +90,7 @@ private:
 
     int& at(const Part& part, int index) { return m_values[static_cast<std::size_t>(part.start() + index)]; }
 
-    /// The list has changed by way of `part`, which its ancestors know and nobody else does.
+    /// The list has changed by way of `part`, which its ancestors know and no other part does.
     void changed(Part& part, int by, Cursor* through, bool isKnown = true)
     {
         std::set<const Part*> aware;
@@ -132,35 +125,28 @@ private:
         const bool works = part.reachable();
         const int operation = below(works ? 9 : 4);
         const bool fits = index >= 0 && (operation == 3 ? index <= part.size : index < part.size);
-        std::string expected = fits ? "plain" : "range";
+        const bool does = fits && works;
+        const std::string fault = fits ? "plain" : "range";
         int first = -1, last = -1;
         for (int place = 0; works && place < part.size; ++place)
-            if (at(part, place) == value) {
-                first = first == -1 ? place : first;
-                last = place;
-            }
+            if (at(part, place) == value)
+                first = first == -1 ? place : first, last = place;
 
         switch (operation) {
         case 0:
-            if (fits && works)
-                expected = textOf(at(part, index));
-            return verdict("get", expected, outcome([&] { return list.get(index); }));
+            return verdict("get", does ? textOf(at(part, index)) : fault, outcome([&] { return list.get(index); }));
         case 1:
-            if (fits && works) {
-                expected = textOf(std::exchange(at(part, index), value));
+            if (does)
                 changed(part, 0, nullptr);
-            }
-            return verdict("set", expected, outcome([&] { return list.set(index, element.get()); }));
+            return verdict("set", does ? textOf(std::exchange(at(part, index), value)) : fault,
+                outcome([&] { return list.set(index, element.get()); }));
         case 2:
-            if (fits && works)
-                expected = textOf(erase(part, index));
-            return verdict("remove", expected, outcome([&] { return list.remove(index); }));
+            return verdict(
+                "remove", does ? textOf(erase(part, index)) : fault, outcome([&] { return list.remove(index); }));
         case 3:
-            if (fits && works) {
+            if (does)
                 insert(part, index, value);
-                expected = "1";
-            }
-            return verdict("add", expected, outcome([&] { return int {list.add(index, element.get())}; }));
+            return verdict("add", does ? "1" : fault, outcome([&] { return int {list.add(index, element.get())}; }));
         case 4: // at the end: the whole list tells nobody, a view goes through its parent by index
             if (part.parent == nullptr) {
                 m_values.push_back(value);

@@ -108,9 +108,9 @@ TYPED_TEST(Lists, CompareByTheirElements)
     for (const auto& row : cases) {
         const auto left = listOf<TypeParam>(row.left);
         const auto right = listOf<ArrayList>(row.right);
+        const Reference<List> part = left->createSubList(0, left->getSize());
         EXPECT_EQ(left->compareTo(*right), row.order) << &row - cases;
         EXPECT_EQ(left->equals(*right), row.order == 0) << &row - cases;
-        const Reference<List> part = left->createSubList(0, left->getSize());
         EXPECT_TRUE(left->equals(dynamic_cast<const Object&>(*part))) << &row - cases;
     }
     EXPECT_EQ(outcome([&] { return listOf<TypeParam>({1})->compareTo(Item(1)); }), "cast");
@@ -122,15 +122,11 @@ TYPED_TEST(Lists, PassAComparatorsFailureOnAndStandAsBefore)
     const auto source = listOf<TypeParam>({1, 5, 3});
     const Reference<WatchedComparator> comparator(new WatchedComparator);
     const Reference<TypeParam> list(new TypeParam(*source, comparator.get()));
-    const std::pair<const char*, std::function<void()>> cases[] = {
-        {"contains", [&] { list->contains(two.get()); }},
-        {"remove", [&] { list->remove(two.get()); }},
-        {"removeAll", [&] { list->removeAll(*listOf<ArrayList>({2})); }},
-        {"lastIndexOf", [&] { list->lastIndexOf(two.get()); }},
-        {"hashCode", [&] { list->hashCode(); }},
+    const std::pair<const char*, std::function<void()>> cases[] = {{"contains", [&] { list->contains(two.get()); }},
+        {"remove", [&] { list->remove(two.get()); }}, {"removeAll", [&] { list->removeAll(*listOf<ArrayList>({2})); }},
+        {"lastIndexOf", [&] { list->lastIndexOf(two.get()); }}, {"hashCode", [&] { list->hashCode(); }},
         {"compareTo", [&] { list->compareTo(*source); }},
-        {"of a sublist", [&] { list->createSubList(0, 3)->contains(two.get()); }},
-    };
+        {"of a sublist", [&] { list->createSubList(0, 3)->contains(two.get()); }}};
     for (const auto& [operation, work] : cases) {
         comparator->m_calls = 1;
         EXPECT_EQ(outcome(work), "result " + std::to_string(RESULT_TIMED_OUT)) << operation;
@@ -194,12 +190,10 @@ TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
         const auto list = listOf<TypeParam>({1, 2, 3, 4}); // the array is full
         const Reference<ListIterator> place = list->createListIterator(2);
         const int alive = Item::s_alive;
-        const int failures = failEachAllocation([&] { row.first(*list, *place); },
-            [&](int failing) {
-                EXPECT_EQ(textOfAll(*list), "1 2 3 4 ") << row.second << failing;
-                EXPECT_EQ(Item::s_alive, alive) << row.second << failing;
-            });
-        EXPECT_NE(failures, 0) << row.second;
+        const auto check = [&](int failing) {
+            EXPECT_EQ(textOfAll(*list) + textOf(Item::s_alive), "1 2 3 4 " + textOf(alive)) << row.second << failing;
+        };
+        EXPECT_NE(failEachAllocation([&] { row.first(*list, *place); }, check), 0) << row.second;
         EXPECT_EQ(textOfAll(*list), row.second);
         EXPECT_EQ(dynamic_cast<Item&>(*list->get(0)).GetRefCount(), 2U) << row.second << "the list, and this";
     }
@@ -207,19 +201,11 @@ TYPED_TEST(Lists, StandAsBeforeWhereverAnAllocationFails)
     const Reference<List> part = list->createSubList(0, 2);
     const Reference<ListIterator> place = list->createListIterator(1);
     const int alive = Item::s_alive;
-    const std::pair<const char*, std::function<void()>> refused[] = {
-        {"range", [&] { list->add(3, fresh()); }},
-        {"range", [&] { list->set(2, fresh()); }},
-        {"range", [&] { part->add(3, fresh()); }},
-        {"range", [&] { part->set(2, fresh()); }},
-        {"state", [&] { place->set(fresh()); }},
-        {"plain",
-            [&] {
-                list->add(0, nullptr);
-                place->add(fresh());
-            }},
-        {"unsupported", [&] { Reference<HashMap>(new HashMap)->createKeySet()->add(fresh()); }},
-    };
+    const std::pair<const char*, std::function<void()>> refused[] = {{"range", [&] { list->add(3, fresh()); }},
+        {"range", [&] { list->set(2, fresh()); }}, {"range", [&] { part->add(3, fresh()); }},
+        {"range", [&] { part->set(2, fresh()); }}, {"state", [&] { place->set(fresh()); }},
+        {"done", [&] { list->add(0, nullptr); }}, {"plain", [&] { place->add(fresh()); }},
+        {"unsupported", [&] { Reference<HashMap>(new HashMap)->createKeySet()->add(fresh()); }}};
     for (const auto& [result, work] : refused)
         EXPECT_EQ(outcome(work), result) << &result - &refused->first;
     EXPECT_EQ(Item::s_alive, alive);
@@ -229,11 +215,12 @@ TYPED_TEST(Lists, AreWholeForElementsThatUseThemInTheirDestructors)
 {
     std::string seen;
     Reference<TypeParam> list(new TypeParam);
+    const auto lookAndAdd = [&, owner = list.get()] {
+        seen += std::to_string(owner->getSize()) + ' ';
+        owner->add(item(7).get());
+    };
     for (int i = 0; i < 3; ++i)
-        list->add((new Looking([&, owner = list.get()] {
-            seen += std::to_string(owner->getSize()) + ' ';
-            owner->add(item(7).get());
-        }))->GetUnknown());
+        list->add((new Looking(lookAndAdd))->GetUnknown());
     list->set(1, nullptr);
     list = nullptr;
     EXPECT_EQ(seen, "3 0 1 ");
@@ -244,11 +231,8 @@ TYPED_TEST(Lists, AreWholeForElementsThatUseThemInTheirDestructors)
         const Reference<List> walked = isPart ? whole->createSubList(0, 3) : Reference<List>(whole.get());
         const Reference<ListIterator> place = walked->createListIterator(0);
         seen.clear();
-        const auto looking = [&] {
-            return (new Looking([&] {
-                seen += std::to_string(walked->getSize()) + outcome([&] { return place->next(); }) + ' ';
-            }))->GetUnknown();
-        };
+        const auto look = [&] { seen += textOf(walked->getSize()) + outcome([&] { return place->next(); }) + ' '; };
+        const auto looking = [&] { return (new Looking(look))->GetUnknown(); };
         place->next();
         place->set(looking());
         place->remove();
