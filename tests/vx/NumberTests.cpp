@@ -15,6 +15,8 @@
 #include <memory>
 #include <tuple>
 #include <type_traits>
+#include <typeinfo>
+#include <utility>
 
 namespace vx {
 namespace {
@@ -55,8 +57,7 @@ TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
     } rows[] = {
         {std::make_unique<Integer8>(-128), -128, -128, u"-128", nullptr},
         {std::make_unique<Integer16>(-1), -1, -1, u"-1", nullptr},
-        {std::make_unique<Integer32>(std::numeric_limits<std::int32_t>::min()), -2147483648LL, -2147483648.0,
-            u"-2147483648", nullptr},
+        {std::make_unique<Integer32>(-2147483647 - 1), -2147483648LL, -2147483648.0, u"-2147483648", nullptr},
         {std::make_unique<Integer64>(LEAST), LEAST, -0x1p63, u"-9223372036854775808", nullptr},
         {std::make_unique<Integer64>(LARGEST), LARGEST, 0x1p63, u"9223372036854775807", nullptr},
         {std::make_unique<UInteger8>(200), 200, 200, u"200", nullptr},
@@ -81,18 +82,15 @@ TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
         EXPECT_EQ(box.toUInt64(), static_cast<std::uint64_t>(row.integer));
         EXPECT_EQ(box.toDouble(), row.real);
         EXPECT_EQ(box.toFloat(), static_cast<float>(row.real));
-        for (const int value : {int {box.toByte()}, int {box.toInt8()}})
-            EXPECT_EQ(value, static_cast<signed char>(row.integer));
-        for (const int value : {int {box.toShort()}, int {box.toInt16()}})
-            EXPECT_EQ(value, static_cast<short>(row.integer));
-        for (const std::int32_t value : {box.toInt(), box.toLong(), box.toInt32()})
-            EXPECT_EQ(value, static_cast<std::int32_t>(row.integer));
-        for (const int value : {int {box.toUByte()}, int {box.toUInt8()}})
-            EXPECT_EQ(value, static_cast<unsigned char>(row.integer));
-        for (const int value : {int {box.toUShort()}, int {box.toUInt16()}})
-            EXPECT_EQ(value, static_cast<unsigned short>(row.integer));
-        for (const std::uint32_t value : {box.toUInt(), box.toULong(), box.toUInt32(), box.hashCode()})
-            EXPECT_EQ(value, static_cast<std::uint32_t>(row.integer));
+        const auto expectOne = [&](auto value) { // in the type of the operation
+            EXPECT_EQ(value, static_cast<decltype(value)>(row.integer)) << typeid(value).name();
+        };
+        const auto expectCut = [&](auto... values) { (expectOne(values), ...); };
+        expectCut(box.toByte(), box.toInt8(), box.toShort(), box.toInt16(), box.toInt(), box.toLong(), box.toInt32(),
+            box.toUByte(), box.toUInt8(), box.toUShort(), box.toUInt16(), box.toUInt(), box.toULong(), box.toUInt32(),
+            box.hashCode());
+        EXPECT_THROW(box.compareTo(String(u"1")), CastFailedException);
+        EXPECT_THROW(box.equals(Object()), CastFailedException);
         EXPECT_EQ(box.toString(), row.text);
         EXPECT_EQ(box.toBigInteger().toString(), row.big != nullptr ? row.big : row.text);
     }
@@ -105,45 +103,41 @@ TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
     EXPECT_THROW(UInteger16(1).toString(37), RangeErrorException);
 }
 
-TEST(NumberBoxes, TakeTheirOwnWidthOfAnotherNumber)
+TEST(NumberBoxes, TakeTheirOwnWidthOfANumberOrOfText)
 {
     const Integer64 wide(0x1234567890ABCDEF);
-    EXPECT_EQ(Integer8(wide), static_cast<signed char>(0xEF));
-    EXPECT_EQ(Integer16(wide), static_cast<short>(0xCDEF));
-    EXPECT_EQ(Integer32(wide), static_cast<std::int32_t>(0x90ABCDEF));
-    EXPECT_EQ(Integer64(UInteger64(~0ULL)), -1);
-    EXPECT_EQ(UInteger8(wide), 0xEF);
-    EXPECT_EQ(UInteger16(wide), 0xCDEF);
-    EXPECT_EQ(UInteger32(wide), 0x90ABCDEFU);
-    for (const UInteger64& all : {UInteger64(Integer8(-1)), UInteger64(Double(-1.5))})
-        EXPECT_EQ(all, ~0ULL);
-    EXPECT_EQ(Float(Double(0.1)), 0.1F);
-    EXPECT_EQ(Float(Double(1e300)), std::numeric_limits<float>::infinity());
-    EXPECT_EQ(Double(UInteger32(3000000000U)), 3e9);
+    const std::pair<std::int64_t, std::int64_t> integers[]
+        = {{Integer8(wide), static_cast<signed char>(0xEF)}, {Integer16(wide), static_cast<short>(0xCDEF)},
+            {Integer32(wide), static_cast<std::int32_t>(0x90ABCDEF)}, {Integer64(UInteger64(~0ULL)), -1},
+            {UInteger8(wide), 0xEF}, {UInteger16(wide), 0xCDEF}, {UInteger32(wide), 0x90ABCDEF}, {Integer8(u"300"), 44},
+            {Integer16(u" -70000x"), -4464}, {Integer32(u"99999999999"), 2147483647}, {Integer32(u""), 0},
+            {Integer32(u"1-2"), 1}, {Integer64(u"-9223372036854775807"), -std::numeric_limits<std::int64_t>::max()},
+            {UInteger8(u"-1"), 255}, {UInteger16(u"65537"), 1}, {UInteger32(u"4294967295"), 4294967295},
+            // Of 64 bits, one is the sign's.
+            {Integer64(u"-9223372036854775808"), 0}, {Number::parseInt64(u"9223372036854775808"), 0},
+            {Number::parseShort(u"70000"), 4464}, {Number::parseInt16(u"-32769"), 32767},
+            {Number::parseByte(u"200"), -56}, {Number::parseInt8(u"-129"), 127},
+            {Number::parseLong(u"-2147483649"), std::numeric_limits<std::int32_t>::min()},
+            {Number::parseUInt(u"0x1f", 0), 31}, {Number::parseULong(u"zz", 36), 1295},
+            {Number::parseUShort(u"1ffff", 16), 65535}, {Number::parseUInt16(u"12", 3), 5},
+            {Number::parseUByte(u"777", 8), 255}, {Number::parseUInt8(u"12", 37), 0}};
+    for (const auto& row : integers)
+        EXPECT_EQ(row.first, row.second) << "row " << &row - integers;
+    constexpr std::uint64_t MOST = std::numeric_limits<std::int64_t>::max(), ALL = ~0ULL;
+    const std::pair<std::uint64_t, std::uint64_t> unsignedOnes[]
+        = {{UInteger64(Integer8(-1)), ALL}, {UInteger64(Double(-1.5)), ALL}, {UInteger64(u"9223372036854775807"), MOST},
+            {UInteger64(u"18446744073709551615"), MOST}, {Number::parseUInt64(u"-ff", 16), ALL - 254}};
+    for (const auto& row : unsignedOnes)
+        EXPECT_EQ(row.first, row.second) << "row " << &row - unsignedOnes;
+    const std::pair<double, double> reals[]
+        = {{Float(Double(0.1)), 0.1F}, {Float(Double(1e300)), ENDLESS}, {Double(UInteger32(3000000000U)), 3e9},
+            {Float(u"-1.5e1x"), -15}, {Double(u"0.1"), 0.1}, {Double(u"x"), 0}, {Number::parseFloat(u"1e39"), ENDLESS}};
+    for (const auto& row : reals)
+        EXPECT_EQ(row.first, row.second) << "row " << &row - reals;
+    EXPECT_EQ(Number::parseBigDecimal(u"1.50").toString(), u"1.5");
     Integer16 assigned(1);
     EXPECT_EQ(assigned = Integer16(7), 7);
     EXPECT_EQ(assigned = -3, -3);
-}
-
-TEST(NumberBoxes, ReadTextByTheParserOfTheirKind)
-{
-    EXPECT_EQ(Integer8(u"300"), 44);
-    EXPECT_EQ(Integer16(u" -70000x"), static_cast<short>(-70000));
-    EXPECT_EQ(Integer32(u"99999999999"), 2147483647);
-    EXPECT_EQ(Integer32(u""), 0);
-    EXPECT_EQ(Integer32(u"1-2"), 1);
-    EXPECT_EQ(Integer64(u"-9223372036854775807"), -std::numeric_limits<std::int64_t>::max());
-    EXPECT_EQ(UInteger8(u"-1"), 255);
-    EXPECT_EQ(UInteger16(u"65537"), 1);
-    EXPECT_EQ(UInteger32(u"4294967295"), 4294967295U);
-    EXPECT_EQ(UInteger64(u"9223372036854775807"), 9223372036854775807U);
-    EXPECT_EQ(Float(u"-1.5e1x"), -15.0F);
-    EXPECT_EQ(Double(u"0.1"), 0.1);
-    EXPECT_EQ(Double(u"x"), 0.0);
-
-    // Of 64 bits, one is the sign's.
-    EXPECT_EQ(UInteger64(u"18446744073709551615"), 0x7FFFFFFFFFFFFFFFU);
-    EXPECT_EQ(Integer64(u"-9223372036854775808"), 0);
 
     for (const char16_t* text : {u"", u"-", u"1-2", u"12-", u"--1"}) {
         const std::function<void()> parsers[] = {[&] { Integer64 {text}; }, [&] { UInteger64 {text}; },
@@ -151,25 +145,6 @@ TEST(NumberBoxes, ReadTextByTheParserOfTheirKind)
         for (const auto& parse : parsers)
             EXPECT_EQ(saidBy<Exception>(parse), "Number Format Exception") << String(text);
     }
-}
-
-TEST(Number, ParsesInTheWidthOfTheType)
-{
-    EXPECT_EQ(Number::parseShort(u"70000"), 4464);
-    EXPECT_EQ(Number::parseInt16(u"-32769"), 32767);
-    EXPECT_EQ(Number::parseByte(u"200"), -56);
-    EXPECT_EQ(Number::parseInt8(u"-129"), 127);
-    EXPECT_EQ(Number::parseLong(u"-2147483649"), std::numeric_limits<std::int32_t>::min());
-    EXPECT_EQ(Number::parseUInt(u"0x1f", 0), 31U);
-    EXPECT_EQ(Number::parseULong(u"zz", 36), 1295U);
-    EXPECT_EQ(Number::parseUShort(u"1ffff", 16), 65535);
-    EXPECT_EQ(Number::parseUInt16(u"12", 3), 5);
-    EXPECT_EQ(Number::parseUByte(u"777", 8), 255);
-    EXPECT_EQ(Number::parseUInt8(u"12", 37), 0) << "no radix reads nothing";
-    EXPECT_EQ(Number::parseInt64(u"9223372036854775808"), 0) << "the low 63 bits";
-    EXPECT_EQ(Number::parseUInt64(u"-ff", 16), static_cast<std::uint64_t>(-255));
-    EXPECT_EQ(Number::parseFloat(u"1e39"), std::numeric_limits<float>::infinity());
-    EXPECT_EQ(Number::parseBigDecimal(u"1.50").toString(), u"1.5");
 }
 
 TEST(NumberBoxes, CompareInTheirOwnType)
@@ -212,18 +187,8 @@ TEST(NumberBoxes, CompareInTheirOwnType)
     EXPECT_TRUE(same.equals(same));
 }
 
-TEST(NumberBoxes, RefuseWhatIsNoNumber)
+TEST(Number, IsMadeByTheNameOfABigOne)
 {
-    const auto expectRefusal = [](const auto&... numbers) {
-        const auto one = [](const Number& number) {
-            const auto name = String(number.getClass()->getName()).toUtf8();
-            EXPECT_THROW(number.compareTo(String(u"1")), CastFailedException) << name;
-            EXPECT_THROW(number.equals(Object()), CastFailedException) << name;
-        };
-        (one(numbers), ...);
-    };
-    expectRefusal(Integer8(1), Integer16(1), Integer32(1), Integer64(1), UInteger8(1), UInteger16(1), UInteger32(1),
-        UInteger64(1), Float(1), Double(1), BigInteger(1), BigDecimal(1));
     EXPECT_THROW(Class::forName(u"CVXNumber")->createInstance(), IllegalAccessException);
     for (const char16_t* name : {u"CVXBigInteger", u"CVXBigDecimal"})
         EXPECT_EQ(Reference<Object>(Class::forName(name)->createInstance())->toString(), u"0");
