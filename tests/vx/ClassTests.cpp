@@ -77,8 +77,7 @@ TEST(Class, CreatesByNameWhatCanBeCreatedAndRefusesTheOthers)
             const Reference<Object> object(record->createInstance());
             ASSERT_NE(object, nullptr) << name;
             EXPECT_EQ(object->GetRefCount(), 1U) << name;
-            EXPECT_TRUE(record->isInstance(*object)) << name;
-            EXPECT_EQ(object->getClass(), record) << name;
+            EXPECT_TRUE(record->isInstance(*object) && object->getClass() == record) << name;
         }
     }
     EXPECT_EQ(count, 145);
@@ -102,16 +101,25 @@ TEST(Class, GoesByTheNameThatIsNotTheTypes)
     EXPECT_EQ(Class::forName(u"CVXObject")->getClass(), Class::forName(u"vx::Class")) << "a record is an object";
 }
 
-struct LocalType { };
+sync::LockObject* g_lock = nullptr;
+int g_instances = 0;
+bool g_fails = false;
+
+struct Single {
+    Single()
+    {
+        if (g_fails)
+            throw IllegalStateException();
+        ++g_instances;
+    }
+    ~Single() { --g_instances; }
+};
 
 TEST(Class, TellsWhatItDidNotFind)
 {
-    const std::pair<const char16_t*, const char*> names[]
-        = {{u"CVXstring", "CVXstring"}, {u"vx::Object", "vx::Object"}, {u"", ""}, {nullptr, ""}};
-    for (const auto& row : names)
-        EXPECT_EQ(saidBy<ClassNotFoundException>([&] { Class::forName(row.first); }), row.second);
-    EXPECT_EQ(
-        saidBy<ClassNotFoundException>([] { Class::forType(&typeid(LocalType)); }), "(anonymous namespace)::LocalType");
+    for (const char16_t* name : {u"CVXstring", u"vx::Object", u"", static_cast<const char16_t*>(nullptr)})
+        EXPECT_EQ(saidBy<ClassNotFoundException>([&] { Class::forName(name); }), String(name).toUtf8());
+    EXPECT_EQ(saidBy<ClassNotFoundException>([] { Class::forType(&typeid(Single)); }), "(anonymous namespace)::Single");
     EXPECT_THROW(Class::forType(nullptr), ClassNotFoundException);
 }
 
@@ -144,10 +152,9 @@ TEST(ClassManagerBase, KeepsTheFirstRegistration)
     EXPECT_THROW(manager.lookupName(u"third"), ClassNotFoundException);
 }
 
-class Own : public Object { };
-
 TEST(ClassRegistration, MakesAClassOfTheProgramKnownForAsLongAsItLives)
 {
+    class Own : public Object { };
     const auto create = []() -> Object* { return new Own; };
     const auto isKnown = [](const Own& own) {
         try {
@@ -162,36 +169,17 @@ TEST(ClassRegistration, MakesAClassOfTheProgramKnownForAsLongAsItLives)
         const ClassRegistration registration(u"test::Own", &typeid(Own), create);
         EXPECT_TRUE(isKnown(own));
         EXPECT_TRUE(isKnown(dynamic_cast<Own&>(*Reference<Object>(Class::forName(u"test::Own")->createInstance()))));
-        {
-            const ClassRegistration second(u"test::Own", &typeid(Own), create);
-        }
+        ClassRegistration(u"test::Own", &typeid(Own), create);
         EXPECT_TRUE(isKnown(own)) << "the first stands";
     }
     EXPECT_FALSE(isKnown(own));
     ClassManager::getInstance()->registerClass(u"test::Own", &typeid(Own), create);
     EXPECT_TRUE(isKnown(own));
-    {
-        const ClassRegistration late(u"CVXString", &typeid(Own), create);
-    }
+    ClassRegistration(u"CVXString", &typeid(Own), create);
     EXPECT_TRUE(Class::forName(u"CVXString")->isInstance(String()));
     ClassManager::getInstance()->unregisterClass(u"test::Own");
     EXPECT_THROW(ClassRegistration(u"none", nullptr, create), ResultException);
 }
-
-sync::LockObject* g_lock = nullptr;
-int g_instances = 0;
-bool g_fails = false;
-
-class Single {
-public:
-    Single()
-    {
-        if (g_fails)
-            throw IllegalStateException(u"of its own");
-        ++g_instances;
-    }
-    ~Single() { --g_instances; }
-};
 
 using Holder = util::Singleton<Single, &g_lock>;
 

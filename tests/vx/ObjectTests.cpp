@@ -13,7 +13,6 @@
 
 #include <concepts>
 #include <cstdint>
-#include <cstdio>
 #include <numeric>
 #include <string>
 #include <tuple>
@@ -64,10 +63,8 @@ private:
     std::string* m_events;
 };
 
-class Foreign : public IVXUnknown {
-public:
+struct Foreign : IVXUnknown {
     virtual ~Foreign() = default;
-
     std::int32_t QueryInterface(const _GUID&, void** out) override
     {
         *out = this; // of no use after a failure
@@ -91,6 +88,9 @@ TEST(Object, AnswersForItsInterfacesAndWithOneIdentity)
         {"RWByteBuffer", new util::RWByteBuffer, IVXByteBuffer::IID, true},
         {"ClassFactory", new vorb::ClassFactory, IVXClassFactory::IID, false},
     };
+    Foreign foreign;
+    for (IVXUnknown* lacking : {static_cast<IVXUnknown*>(nullptr), static_cast<IVXUnknown*>(&foreign)})
+        EXPECT_EQ(Reference<IVXComparable>(lacking), nullptr);
     for (const auto& row : cases) {
         Reference<IVXUnknown> view;
         EXPECT_EQ(row.object->QueryInterface(row.iid, view.outVoid()), RESULT_OK) << row.name;
@@ -177,10 +177,8 @@ TEST(ComObject, HoldsOneLockOfItsModuleWhileItIsShared)
     };
     auto* member = new Member(module);
     EXPECT_EQ(module.GetRefCount(), 0U);
-    for (const std::uint32_t count : {1U, 2U, 3U}) {
-        EXPECT_EQ(member->AddRef(), count);
-        EXPECT_EQ(module.GetRefCount(), 1U) << count;
-    }
+    for (const std::uint32_t count : {1U, 2U, 3U})
+        EXPECT_TRUE(member->AddRef() == count && module.GetRefCount() == 1) << count;
     EXPECT_EQ(member->Release(), 2U);
     EXPECT_EQ(member->InternalRelease(), 1U);
     EXPECT_EQ(member->InternalRelease(), 0U) << "and neither the object nor the module's lock is gone";
@@ -202,33 +200,25 @@ TEST(ComObject, IsDestroyedOnceThoughItsDestructorHandsItOut)
         ~HandsOut() noexcept override { const Reference<Object> moment(this); }
     };
     std::string events;
-    Reference<Object> reference(new HandsOut(&events));
-    events.clear();
-    reference = nullptr;
-    EXPECT_EQ(events, "-+-~");
+    Reference<Object>(new HandsOut(&events));
+    EXPECT_EQ(events, "+-+-~");
 }
 
 /// Tells its number when it is destroyed, releases the left object and then the right one.
 class Branch : public Object {
 public:
-    explicit Branch(std::vector<int>* order)
-        : m_order(order)
-    {
-    }
     ~Branch() noexcept(false) override
     {
-        m_order->push_back(number);
+        s_order.push_back(number);
         left = nullptr;
         right = nullptr;
-        if (number % 7 == 5)
+        if (number % 7 == 0) // the root as well
             throw IllegalStateException();
     }
 
     int number = 0;
     Reference<Branch> left, right;
-
-private:
-    std::vector<int>* m_order;
+    static inline std::vector<int> s_order;
 };
 
 TEST(ComObject, IsDestroyedInTheOrderOfReleasesHoweverDeepItLies)
@@ -236,20 +226,21 @@ TEST(ComObject, IsDestroyedInTheOrderOfReleasesHoweverDeepItLies)
     constexpr int DEPTH = 100'000; // more than a stack has room for
     for (const auto& [deep, flat] :
         {std::pair(&Branch::left, &Branch::right), std::pair(&Branch::right, &Branch::left)}) {
-        std::vector<int> order, wanted(2 * DEPTH + 1);
+        std::vector<int> wanted(2 * DEPTH + 1);
         std::iota(wanted.begin(), wanted.end(), 0);
-        Reference<Branch> root(new Branch(&order));
+        Branch::s_order.clear();
+        Reference<Branch> root(new Branch);
         Branch* branch = root.get();
         for (int depth = 1; depth <= DEPTH; ++depth) {
-            branch->*deep = new Branch(&order);
-            branch->*flat = new Branch(&order);
+            branch->*deep = new Branch;
+            branch->*flat = new Branch;
             const bool isFlatFirst = flat == &Branch::left;
             (branch->*flat)->number = isFlatFirst ? 2 * depth - 1 : 2 * DEPTH + 1 - depth;
             (branch->*deep)->number = isFlatFirst ? 2 * depth : depth;
             branch = (branch->*deep).get();
         }
-        root = nullptr;
-        EXPECT_TRUE(order == wanted);
+        EXPECT_NO_THROW(root = nullptr);
+        EXPECT_TRUE(Branch::s_order == wanted);
     }
 }
 
@@ -281,7 +272,7 @@ struct alignas(alignment) Aligned : Object {
 
 TEST(ComObject, LiesWhereItsAlignmentAsksFor)
 {
-    const auto expectAligned = []<class T>(std::type_identity<T>) {
+    const auto expectAligned = []<class T>(const T&) {
         Reference<Object> objects[20];
         for (Reference<Object>& object : objects) {
             object = new T;
@@ -290,10 +281,8 @@ TEST(ComObject, LiesWhereItsAlignmentAsksFor)
         std::vector<T, vxsys::Allocator<T>> row(3);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(row.data()) % alignof(T), 0U) << alignof(T);
     };
-    expectAligned(std::type_identity<Object>());
-    expectAligned(std::type_identity<Aligned<32>>());
-    expectAligned(std::type_identity<Aligned<256>>());
-    expectAligned(std::type_identity<Aligned<4096>>());
+    expectAligned(Object()), expectAligned(Aligned<32>());
+    expectAligned(Aligned<256>()), expectAligned(Aligned<4096>());
 }
 
 TEST(Object, ClonesItsExactTypeOnlyAndComparesByAddress)
@@ -303,9 +292,8 @@ TEST(Object, ClonesItsExactTypeOnlyAndComparesByAddress)
     EXPECT_EQ(copy->GetRefCount(), 1U);
     EXPECT_FALSE(copy->equals(objects[0]));
     EXPECT_EQ(saidBy<CloneNotSupportedException>([] { Watched().clone(); }), "");
-    EXPECT_EQ(objects[1].compareTo(objects[0]), 1);
-    EXPECT_EQ(objects[1].compareTo(objects[2]), -1);
-    EXPECT_EQ(objects[1].compareTo(objects[1]), 0);
+    for (const int other : {0, 1, 2})
+        EXPECT_EQ(objects[1].compareTo(objects[other]), 1 - other);
     EXPECT_TRUE(objects[1].equals(objects[1]) && !objects[1].equals(objects[0]));
     EXPECT_EQ(objects[1].hashCode(), static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&objects[1])));
     struct {
@@ -364,29 +352,6 @@ TEST(Reference, CountsTheNewObjectBeforeItReleasesTheOld)
     reference = static_cast<Watched*>(reference->keeps.get());
     EXPECT_EQ(events, "+-~-") << "what the old object alone kept alive stays";
     EXPECT_EQ(kept->GetRefCount(), 1U);
-}
-
-TEST(Reference, IsNullWhereTheObjectLacksTheInterface)
-{
-    EXPECT_EQ(Reference<IVXComparable>(static_cast<IVXUnknown*>(nullptr)), nullptr);
-    Foreign foreign;
-    EXPECT_EQ(Reference<IVXComparable>(static_cast<IVXUnknown*>(&foreign)), nullptr);
-    const Reference<Object> object(new Object);
-    EXPECT_EQ(Reference<IVXCharBuffer>(object->GetUnknown()), nullptr);
-    EXPECT_NE(Reference<IVXComparable>(object->GetUnknown()), nullptr);
-    EXPECT_EQ(object->GetRefCount(), 1U);
-}
-
-TEST(Reference, DropsTheFailureOfAnObjectThatCannotGo)
-{
-    class Stuck : public Watched {
-    public:
-        using Watched::Watched;
-        ~Stuck() noexcept(false) override { throw IllegalStateException(); }
-    };
-    std::string events;
-    EXPECT_NO_THROW(Reference<Object>(new Stuck(&events)));
-    EXPECT_EQ(events, "+-~");
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 using namespace vx;
 using namespace vx::vorb;
@@ -53,33 +54,31 @@ TEST_F(Registration, WritesWhatAClassHasAndRemovesItAgain)
 {
     const std::string classId(String(CLASS_TEXT).getBytes()), classKey = "CLSID\\" + classId;
     const std::string library = classKey + "\\InprocServer32=/lib/x.so\n";
-    struct {
-        const char* what;
-        ClassData row;
-        std::string entries;
-    } cases[] = {
-        {"all texts", {&CLASS, nullptr, nullptr, Texts::progId, Texts::description, Texts::generalProgId, nullptr},
+    using T = Texts;
+    const auto rowOf = [](auto... texts) { return ClassData {&CLASS, nullptr, nullptr, texts..., nullptr}; };
+    const std::tuple<const char*, ClassData, std::string> cases[] = {
+        {"all texts", rowOf(T::progId, T::description, T::generalProgId),
             classKey + "=Test.Class.1\n" + library + classKey + "\\ProgID=Test.Class.1\n" + classKey
                 + "\\VersionIndependentProgID=Test.Class\nTest.Class=a class\nTest.Class\\CLSID=" + classId
                 + "\nTest.Class\\CurVer=Test.Class.1\nTest.Class.1=a class\nTest.Class.1\\CLSID=" + classId + "\n"},
-        {"no general name", {&CLASS, nullptr, nullptr, Texts::progId, Texts::nothing, Texts::nothing, nullptr},
+        {"no general name", rowOf(T::progId, T::nothing, T::nothing),
             classKey + "=Test.Class.1\n" + library + classKey
                 + "\\ProgID=Test.Class.1\nTest.Class.1=\nTest.Class.1\\CLSID=" + classId + "\n"},
-        {"no name", {&CLASS, nullptr, nullptr, Texts::nothing, Texts::description, Texts::nothing, nullptr},
-            classKey + "=\n" + library},
+        {"no name", rowOf(T::nothing, T::description, T::nothing), classKey + "=\n" + library},
     };
-    for (const auto& row : cases) {
-        ClassData table[] = {row.row, {}};
+    for (const auto& [what, row, wanted] : cases) {
+        SCOPED_TRACE(what);
+        ClassData table[] = {row, {}};
         DllModule module(table);
-        EXPECT_EQ(module.RegisterServer(u"/lib/x.so"), RESULT_OK) << row.what;
-        EXPECT_EQ(entries(), row.entries) << row.what;
-        EXPECT_EQ(module.UnregisterServer(), RESULT_OK) << row.what;
-        EXPECT_EQ(entries(), "") << row.what;
-        EXPECT_EQ(module.UnregisterServer(), RESULT_NOT_FOUND) << row.what;
+        EXPECT_EQ(module.RegisterServer(u"/lib/x.so"), RESULT_OK);
+        EXPECT_EQ(entries(), wanted);
+        EXPECT_EQ(module.UnregisterServer(), RESULT_OK);
+        EXPECT_EQ(entries(), "");
+        EXPECT_EQ(module.UnregisterServer(), RESULT_NOT_FOUND);
         Module plain(table);
-        EXPECT_EQ(plain.RegisterServer(u"/lib/x.so"), RESULT_OK) << row.what;
-        EXPECT_EQ(entries().find("InprocServer32"), std::string::npos) << row.what;
-        EXPECT_EQ(plain.UnregisterServer(), RESULT_OK) << row.what;
+        EXPECT_EQ(plain.RegisterServer(u"/lib/x.so"), RESULT_OK);
+        EXPECT_EQ(entries().find("InprocServer32"), std::string::npos);
+        EXPECT_EQ(plain.UnregisterServer(), RESULT_OK);
     }
 }
 
