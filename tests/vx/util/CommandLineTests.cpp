@@ -40,24 +40,14 @@ TYPED_TEST_SUITE(CommandLineParsers, Parsers);
 TYPED_TEST(CommandLineParsers, TakeACommandLineApartAndJoinArguments)
 {
     // The text; count and defaults of the option x, which is defined unless the count is -1; the elements
-    const std::tuple<const char16_t*, int, const char16_t*, const char*> cases[] = {
-        {u"", -1, nullptr, ""},
-        {u"a -x b", 1, nullptr, "[a]x(b)"},
-        {u"-x a -y b", 2, nullptr, "x(a)[b]"},
-        {u"-x -y", 1, u"d", "x(d)y()"},
-        {u"-x", 1, u"d", "x(d)"},
-        {u"-x  -y", 1, u"d", "x()"},
-        {u"-x=1,2,,3 y", 1, nullptr, "x(1,2,3)[y]"},
-        {u"-x=a=b", -1, nullptr, "x(a=b)"},
-        {u"--x /x -/x", -1, nullptr, "x()x()x()"},
-        {u"\"a b\"  c", -1, nullptr, "[a b][c]"},
-        {u"\"-x=1 2\" c", -1, nullptr, "x(1 2)[c]"},
-        {u"-x=\"a b\"", -1, nullptr, "x(a)[b\"]"},
-        {u"-x \"a b\" c", 1, nullptr, "x(a b)[c]"},
-        {u"a\"b c", -1, nullptr, "[a\"b][c]"},
-        {u"/tmp/x -", -1, nullptr, "tmp/x()()"},
-        {u"-x -y", 0, u"1,2 \"3 4\"", "x(1,2,3 4)y()"},
-    };
+    const std::tuple<const char16_t*, int, const char16_t*, const char*> cases[]
+        = {{u"", -1, nullptr, ""}, {u"a -x b", 1, nullptr, "[a]x(b)"}, {u"-x a -y b", 2, nullptr, "x(a)[b]"},
+            {u"-x -y", 1, u"d", "x(d)y()"}, {u"-x", 1, u"d", "x(d)"}, {u"-x  -y", 1, u"d", "x()"},
+            {u"-x=1,2,,3 y", 1, nullptr, "x(1,2,3)[y]"}, {u"-x=a=b", -1, nullptr, "x(a=b)"},
+            {u"--x /x -/x", -1, nullptr, "x()x()x()"}, {u"\"a b\"  c", -1, nullptr, "[a b][c]"},
+            {u"\"-x=1 2\" c", -1, nullptr, "x(1 2)[c]"}, {u"-x=\"a b\"", -1, nullptr, "x(a)[b\"]"},
+            {u"-x \"a b\" c", 1, nullptr, "x(a b)[c]"}, {u"a\"b c", -1, nullptr, "[a\"b][c]"},
+            {u"/tmp/x -", -1, nullptr, "tmp/x()()"}, {u"-x -y", 0, u"1,2 \"3 4\"", "x(1,2,3 4)y()"}};
     for (const auto& [text, count, defaults, expected] : cases) {
         TypeParam parser;
         if (count >= 0)
@@ -111,14 +101,13 @@ TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
         {u"-y \"\" b", "y( b)", "y()[b]"}, // an empty token is no value
     };
     for (const auto& [text, ofNewer, ofOlder] : cases) {
-        CommandLineParser newer;
-        CVXCmdLineParser older;
-        newer.defineOption(u"y", 1, nullptr);
-        older.defineOption(u"y", 1, nullptr);
-        newer.parse(text);
-        older.parse(text);
-        EXPECT_EQ(elementsOf(newer), ofNewer) << String(text);
-        EXPECT_EQ(elementsOf(older), ofOlder) << String(text);
+        const auto parsed = [text = text](auto parser) {
+            parser.defineOption(u"y", 1, nullptr);
+            parser.parse(text);
+            return elementsOf(parser);
+        };
+        EXPECT_EQ(parsed(CommandLineParser()), ofNewer) << String(text);
+        EXPECT_EQ(parsed(CVXCmdLineParser()), ofOlder) << String(text);
     }
 }
 
