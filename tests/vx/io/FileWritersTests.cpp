@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -21,8 +20,8 @@
 
 namespace {
 
-using vx::String;
-using vx::io::FileOutputStream;
+using namespace vx;
+using io::FileOutputStream;
 
 constexpr unsigned ATEND = FileOutputStream::ATEND, APPEND = FileOutputStream::APPEND,
                    KEEPCLOSED = FileOutputStream::KEEPCLOSED, LOCK = FileOutputStream::LOCK;
@@ -53,21 +52,24 @@ void writeRecords(const String& path, unsigned mode, int writer, int count, std:
     }
 }
 
-/// Finds each writer's records whole and in order, and tells how many there are of each.
-std::vector<int> countRecords(const std::filesystem::path& path)
+/// Finds each writer's records whole and in order, each between `head` and `foot`, and tells how many there are of each.
+std::vector<int> countRecords(
+    const std::filesystem::path& path, const std::string& head = "", const std::string& foot = "")
 {
     std::vector<int> counts(WRITERS, 0);
-    std::ifstream file(path, std::ios::binary);
-    for (std::string line; std::getline(file, line);) {
-        int writer = -1, sequence = 0;
-        std::size_t length = 0;
-        std::istringstream(line) >> writer >> sequence >> length;
-        if (file.eof() || writer < 0 || writer >= WRITERS || length > line.size()
-            || line + '\n' != recordOf(writer, counts[static_cast<std::size_t>(writer)], length)) {
-            ADD_FAILURE() << "torn, lost or doubled: " << line.substr(0, 80);
+    const std::string content = contentOf(path);
+    for (std::size_t place = 0; place < content.size();) {
+        std::size_t writer = WRITERS, sequence = 0, length = 0;
+        std::istringstream(content.substr(place + std::min(head.size(), content.size() - place), 40)) >> writer
+            >> sequence >> length;
+        std::string record;
+        if (writer < WRITERS && length < content.size())
+            record = head + recordOf(static_cast<int>(writer), counts[writer]++, length) + foot;
+        if (record.empty() || content.compare(place, record.size(), record) != 0) {
+            ADD_FAILURE() << "torn, lost or doubled: " << content.substr(place, 80);
             return counts;
         }
-        ++counts[static_cast<std::size_t>(writer)];
+        place += record.size();
     }
     return counts;
 }
@@ -90,6 +92,23 @@ public:
 private:
     const uid_t m_id = 1'000'000'000 + static_cast<uid_t>(::getpid());
 };
+
+/// Runs `work(0)` to `work(WRITERS - 1)`, each in a process of its own.
+template <class Work>
+std::vector<std::unique_ptr<Child>> startWriters(Work work)
+{
+    std::vector<std::unique_ptr<Child>> writers;
+    for (int writer = 0; writer < WRITERS; ++writer)
+        writers.push_back(std::make_unique<Child>([&](Child::Side&) { work(writer); }));
+    return writers;
+}
+
+template <class Work>
+void runWriters(Work work)
+{
+    for (const auto& writer : startWriters(work))
+        EXPECT_EQ(writer->wait(), 0);
+}
 
 class FileWriters : public testing::Test {
 protected:
@@ -115,17 +134,12 @@ TEST_P(ManyWriters, KeepEachRecordWholeAndLoseNone)
     put(m_scratch / "file", "");
     std::filesystem::permissions(m_scratch / "file", std::filesystem::perms(0666));
     const String spelled((m_scratch.full() + u"\\.\\file").c_str());
-    std::vector<std::unique_ptr<Child>> writers;
-    for (int writer = 0; writer < WRITERS; ++writer) {
-        writers.push_back(std::make_unique<Child>([&, mode = mode, apart = apart](Child::Side&) {
-            const bool isOdd = writer % 2 != 0;
-            if (isOdd && apart == Apart::BY_USER)
-                other.become();
-            writeRecords(isOdd && apart == Apart::BY_SPELLING ? spelled : m_path, mode, writer, RECORDS, LONGEST);
-        }));
-    }
-    for (auto& writer : writers)
-        EXPECT_EQ(writer->wait(), 0);
+    runWriters([&, mode = mode, apart = apart](int writer) {
+        const bool isOdd = writer % 2 != 0;
+        if (isOdd && apart == Apart::BY_USER)
+            other.become();
+        writeRecords(isOdd && apart == Apart::BY_SPELLING ? spelled : m_path, mode, writer, RECORDS, LONGEST);
+    });
     EXPECT_EQ(countRecords(m_scratch / "file"), std::vector<int>(WRITERS, RECORDS));
 }
 
@@ -136,37 +150,19 @@ INSTANTIATE_TEST_SUITE_P(FileOutputStream, ManyWriters,
 TEST_F(FileWriters, KeepLogEntriesWholeThatAreLargerThanEveryBuffer)
 {
     constexpr int ENTRIES = 20;
-    std::vector<std::unique_ptr<Child>> writers;
-    for (int writer = 0; writer < WRITERS; ++writer) {
-        writers.push_back(std::make_unique<Child>([&](Child::Side&) {
-            const vx::Reference<FileOutputStream> file(new FileOutputStream(m_path, APPEND));
-            const vx::Reference<vx::io::Writer> text(
-                new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false), u"UTF-8", 256));
-            const vx::Reference<vx::log::ILogProcessor> log = vx::log::BasicLogWriter::create(text.get());
-            for (int sequence = 0; sequence < ENTRIES; ++sequence) {
-                const vx::Reference<vx::log::LogEntry> entry = vx::log::LogEntry::create();
-                const std::string record = recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence));
-                entry->setField(u"text", new String(record));
-                log->process(entry.get());
-            }
-        }));
-    }
-    for (auto& writer : writers)
-        EXPECT_EQ(writer->wait(), 0);
-    std::vector<int> next(WRITERS, 0);
-    std::ifstream file(m_scratch / "file", std::ios::binary);
-    for (std::string record, empty, end; std::getline(file, record);) {
-        std::getline(file, empty);
-        std::getline(file, end);
-        int writer = -1;
-        std::istringstream(record.substr(std::min(record.size(), std::string_view("text=").size()))) >> writer;
-        ASSERT_TRUE(writer >= 0 && writer < WRITERS) << record.substr(0, 80);
-        const int sequence = next[static_cast<std::size_t>(writer)]++;
-        ASSERT_TRUE(record + '\n' == "text=" + recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence)))
-            << record.substr(0, 80);
-        ASSERT_EQ(empty + end, std::string(25, '-'));
-    }
-    EXPECT_EQ(next, std::vector<int>(WRITERS, ENTRIES));
+    runWriters([&](int writer) {
+        const Reference<io::EntryStream> file(new io::EntryStream(new FileOutputStream(m_path, APPEND), false));
+        const Reference<io::Writer> text(new io::OutputStreamWriter(file.get(), u"UTF-8", 256));
+        const Reference<log::ILogProcessor> log = log::BasicLogWriter::create(text.get());
+        for (int sequence = 0; sequence < ENTRIES; ++sequence) {
+            const Reference<log::LogEntry> entry = log::LogEntry::create();
+            entry->setField(
+                u"text", new String(recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence))));
+            log->process(entry.get());
+        }
+    });
+    EXPECT_EQ(countRecords(m_scratch / "file", "text=", '\n' + std::string(25, '-') + '\n'),
+        std::vector<int>(WRITERS, ENTRIES));
 }
 
 class KilledWriters : public FileWriters, public testing::WithParamInterface<unsigned> { };
@@ -176,19 +172,16 @@ TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
     constexpr int COUNT = RECORDS / 10;
     constexpr std::size_t LONGEST = 500'000;
     Random random;
-    std::vector<std::unique_ptr<Child>> writers;
-    for (int writer = 0; writer < WRITERS; ++writer) {
-        writers.push_back(std::make_unique<Child>([&](Child::Side&) {
-            const bool isVictim = writer < 2; // writes until it is killed
-            writeRecords(m_path, GetParam(), writer, isVictim ? INT_MAX : COUNT, LONGEST);
-        }));
-    }
-    for (int victim = 0; victim < 2; ++victim) {
+    const auto writers = startWriters([&](int writer) {
+        writeRecords(
+            m_path, GetParam(), writer, writer < 2 ? INT_MAX : COUNT, LONGEST); // two write until they are killed
+    });
+    for (std::size_t victim = 0; victim < 2; ++victim) {
         spin(random() % 50'000);
-        writers[static_cast<std::size_t>(victim)]->kill();
+        writers[victim]->kill();
     }
-    for (int writer = 0; writer < WRITERS; ++writer)
-        EXPECT_EQ(writers[static_cast<std::size_t>(writer)]->wait(), writer < 2 ? -SIGKILL : 0);
+    for (std::size_t writer = 0; writer < writers.size(); ++writer)
+        EXPECT_EQ(writers[writer]->wait(), writer < 2 ? -SIGKILL : 0);
     FileOutputStream last(m_path, GetParam());
     last.write("", 0); // one of the victims may have been the last to write
     const std::vector<int> counts = countRecords(m_scratch / "file");
@@ -260,12 +253,11 @@ TEST_P(OtherPrograms, LoseNothingByTheRepairAfterAKill)
 
 INSTANTIATE_TEST_SUITE_P(FileOutputStream, OtherPrograms, testing::Values(400, 400'000));
 
-TEST(ThreadWriters, MayBeThreadsOfOneStream)
+TEST_F(FileWriters, MayBeThreadsOfOneStream)
 {
-    const Scratch scratch;
     for (const unsigned mode : {APPEND, APPEND | KEEPCLOSED}) {
         const std::string name = std::to_string(mode);
-        FileOutputStream stream(String(scratch.full(name.c_str()).c_str()), mode);
+        FileOutputStream stream(String(m_scratch.full(name.c_str()).c_str()), mode);
         inThreads(WRITERS, [&stream](int writer) {
             for (int sequence = 0; sequence < 50; ++sequence) {
                 const std::string record = recordOf(writer, sequence, 20);
@@ -273,7 +265,7 @@ TEST(ThreadWriters, MayBeThreadsOfOneStream)
                 EXPECT_GT(stream.getSize(), 0);
             }
         });
-        EXPECT_EQ(countRecords(scratch / name.c_str()), std::vector<int>(WRITERS, 50));
+        EXPECT_EQ(countRecords(m_scratch / name.c_str()), std::vector<int>(WRITERS, 50));
     }
 }
 
