@@ -24,7 +24,7 @@ TEST(Guid, StandsWhereAnIdentifierStands)
     EXPECT_THROW(Guid(u"{00000000-0000-0000-C000-00000000004}"), Exception);
 }
 
-/// The tokens that are left, each behind a "|". Looks ahead `looks` times before each.
+/// The tokens that are left, each after a "|". Looks ahead `looks` times before each.
 std::u16string tokensOf(StringTokenizer& tokenizer, int looks)
 {
     std::u16string tokens;
@@ -32,8 +32,7 @@ std::u16string tokensOf(StringTokenizer& tokenizer, int looks)
         EXPECT_EQ(tokenizer.getTokenCount(), left);
         for (int look = 0; look < looks; ++look)
             EXPECT_TRUE(tokenizer.hasMoreTokens());
-        tokens += u"|";
-        tokens += tokenizer.nextToken().view();
+        (tokens += u"|") += tokenizer.nextToken().view();
     }
     EXPECT_FALSE(tokenizer.hasMoreTokens());
     EXPECT_THROW(tokenizer.nextToken(), Exception);
@@ -44,19 +43,13 @@ TEST(StringTokenizer, WalksTheTokens)
 {
     struct {
         const char16_t *text, *delimiters, *tokens, *withDelimiters;
-    } cases[] = {
-        {u"a,b", u",", u"|a|b", u"|a|,|b"},
-        {u",,a", u",", u"|a", u"|,|,|a"},
-        {u"", u",", u"", u""},
-        {u",", u",", u"", u"|,"},
-        {u"ab;c,,d", u",;", u"|ab|c|d", u"|ab|;|c|,|,|d"},
-        {u" one\ttwo\r\n\fthree\v", nullptr, u"|one|two|three\v", u"| |one|\t|two|\r|\n|\f|three\v"},
-    };
+    } cases[] = {{u"a,b", u",", u"|a|b", u"|a|,|b"}, {u",,a", u",", u"|a", u"|,|,|a"}, {u"", u",", u"", u""},
+        {u",", u",", u"", u"|,"}, {u"ab;c,,d", u",;", u"|ab|c|d", u"|ab|;|c|,|,|d"},
+        {u" one\ttwo\r\n\fthree\v", nullptr, u"|one|two|three\v", u"| |one|\t|two|\r|\n|\f|three\v"}};
     for (const auto& row : cases) {
         for (const int looks : {0, 1, 2}) {
-            StringTokenizer plain(row.text, row.delimiters);
+            StringTokenizer plain(row.text, row.delimiters), all(row.text, row.delimiters, true);
             EXPECT_EQ(tokensOf(plain, looks), row.tokens) << String(row.text);
-            StringTokenizer all(row.text, row.delimiters, true);
             EXPECT_EQ(tokensOf(all, looks), row.withDelimiters) << String(row.text);
         }
     }
