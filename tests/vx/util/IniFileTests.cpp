@@ -67,45 +67,49 @@ TEST(IniFile, ReadsLineByLine)
     }
 }
 
-TEST(IniFile, ReplacesTheFileWithWhatItKnows)
+struct IniFiles : testing::Test {
+    std::string content() const { return contentOf(m_scratch / "x.ini"); }
+
+    const Scratch m_scratch;
+    const std::u16string m_path = m_scratch.full("x.ini");
+};
+
+TEST_F(IniFiles, ReplacesTheFileWithWhatItKnows)
 {
-    const Scratch scratch;
     const std::string before = "\xEF\xBB\xBF# a comment\n[Z]\nb=2\nA=1\n[y]\n";
-    put(scratch / "x.ini", before);
-    IniFile file(scratch.full("x.ini").c_str(), nullptr, 1);
+    put(m_scratch / "x.ini", before);
+    IniFile file(m_path.c_str(), nullptr, 1);
     EXPECT_EQ(file.AddKey(u"z", u"B", u"\u00E4", false), vx::RESULT_ALREADY_EXISTS);
-    EXPECT_EQ(contentOf(scratch / "x.ini"), before);
+    EXPECT_EQ(content(), before);
     EXPECT_EQ(file.AddKey(u"z", u"B", u"\u00E4", true), 0);
-    EXPECT_EQ(contentOf(scratch / "x.ini"), "[y]\n\n[Z]\nA=1\nb=\xC3\xA4\n\n");
+    EXPECT_EQ(content(), "[y]\n\n[Z]\nA=1\nb=\xC3\xA4\n\n");
     EXPECT_EQ(file.DeleteKey(u"Z", u"c"), vx::RESULT_NOT_FOUND);
     EXPECT_EQ(file.DeleteKey(u"Z", u"a"), 0);
-    EXPECT_EQ(contentOf(scratch / "x.ini"), "[y]\n\n[Z]\nb=\xC3\xA4\n\n");
+    EXPECT_EQ(content(), "[y]\n\n[Z]\nb=\xC3\xA4\n\n");
     for (const char16_t* set : {u"a", u"a\\b", u"a\\b\\c", u"ab", u"A\\d"})
         EXPECT_EQ(file.AddKey(set, u"k", u"", false), 0);
     EXPECT_EQ(file.DeleteSet(u"a\\none"), 0);
     EXPECT_EQ(file.DeleteSet(u"a"), 0); // the case of letters counts for what is below
     EXPECT_EQ(dump(file), "[A\\d]k=,[y][Z]b=\xC3\xA4,");
     EXPECT_EQ(file.DeleteSet(u""), 0);
-    EXPECT_EQ(contentOf(scratch / "x.ini"), "");
+    EXPECT_EQ(content(), "");
 }
 
-TEST(IniFile, WritesAsMuchAsALineHolds)
+TEST_F(IniFiles, WritesAsMuchAsALineHolds)
 {
-    const Scratch scratch;
-    IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+    IniFile file(m_path.c_str(), nullptr, 0);
     const String name(u's', 300);
     const String value = String(u'v', 253) + u"\u00E4x"; // the last that fits is half a character
     EXPECT_EQ(file.AddKey(name.getData(), u"k\xD800", value.getData(), false), 0);
-    EXPECT_EQ(contentOf(scratch / "x.ini"), "[" + std::string(259, 's') + "]\nk?=" + std::string(253, 'v') + "\n\n");
+    EXPECT_EQ(content(), "[" + std::string(259, 's') + "]\nk?=" + std::string(253, 'v') + "\n\n");
     char16_t found[600];
     EXPECT_EQ(file.GetValue(name.getData(), u"k\xD800", found, 600), 0); // not read again
     EXPECT_EQ(String(found), value);
 }
 
-TEST(IniFile, CutsAValueThatDoesNotFit)
+TEST_F(IniFiles, CutsAValueThatDoesNotFit)
 {
-    const Scratch scratch;
-    IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+    IniFile file(m_path.c_str(), nullptr, 0);
     EXPECT_EQ(file.AddKey(u"s", u"k", u"abc", false), 0);
     EXPECT_EQ(file.GetValue(u"s", u"k", nullptr, 9), vx::RESULT_BUFFER_TOO_SMALL);
     const std::tuple<unsigned int, std::int32_t, std::u16string_view> cases[]
@@ -118,11 +122,10 @@ TEST(IniFile, CutsAValueThatDoesNotFit)
     }
 }
 
-TEST(IniFile, IteratesOverASnapshot)
+TEST_F(IniFiles, IteratesOverASnapshot)
 {
-    const Scratch scratch;
-    put(scratch / "x.ini", "[a\\b]\n[a\\B\\c]\n[a\\b c]\n[A\\b\\d]\n[ab]\nk=1\nl=2\n[e\\f]\n");
-    IniFile file(scratch.full("x.ini").c_str(), nullptr, 1);
+    put(m_scratch / "x.ini", "[a\\b]\n[a\\B\\c]\n[a\\b c]\n[A\\b\\d]\n[ab]\nk=1\nl=2\n[e\\f]\n");
+    IniFile file(m_path.c_str(), nullptr, 1);
     const auto namesOf = [](auto iterator) {
         std::string names;
         while (iterator.hasNext())
@@ -138,12 +141,10 @@ TEST(IniFile, IteratesOverASnapshot)
     EXPECT_THROW(IniFileKeyIterator(file, u"g"), IniFileException) << "a set that is not there has no keys";
 }
 
-TEST(IniFile, SeesEachChangeAtOnce)
+TEST_F(IniFiles, SeesEachChangeAtOnce)
 {
-    const Scratch scratch;
-    const std::u16string path = scratch.full("x.ini");
-    EXPECT_THROW(IniFile(path.c_str(), nullptr, 1), IniFileException) << "the file must exist";
-    IniFile writer(path.c_str(), nullptr, 0), reader(path.c_str(), nullptr, 0);
+    EXPECT_THROW(IniFile(m_path.c_str(), nullptr, 1), IniFileException) << "the file must exist";
+    IniFile writer(m_path.c_str(), nullptr, 0), reader(m_path.c_str(), nullptr, 0);
     for (int number = 100; number < 150; ++number) { // always of the same size
         EXPECT_EQ(writer.AddKey(u"s", u"k", String::valueOf(number).getData(), true), 0);
         EXPECT_EQ(dump(reader), "[s]k=" + std::to_string(number) + ",");
@@ -152,31 +153,30 @@ TEST(IniFile, SeesEachChangeAtOnce)
     reader.DeleteSet(u"s");
     reader = copy;
     EXPECT_EQ(dump(reader), ""); // its time is older than the file's
-    std::filesystem::remove(scratch / "x.ini");
+    std::filesystem::remove(m_scratch / "x.ini");
     EXPECT_EQ(writer.AddKey(u"t", u"k", u"1", false), 0);
     EXPECT_EQ(dump(reader), "[s]k=149,[t]k=1,"); // the writer had nothing else to look at
 }
 
-TEST(IniFile, WritesNothingOverWhatItCouldNotRead)
+TEST_F(IniFiles, WritesNothingOverWhatItCouldNotRead)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can become another user";
-    const Scratch scratch;
-    put(scratch / "x.ini", "[a]\nk=1\n");
-    ASSERT_EQ(::chmod(scratch.getPath().c_str(), 0777), 0);
-    ASSERT_EQ(::chown((scratch / "x.ini").c_str(), 65534, 65534), 0);
-    ASSERT_EQ(::chmod((scratch / "x.ini").c_str(), 0200), 0);
+    put(m_scratch / "x.ini", "[a]\nk=1\n");
+    ASSERT_EQ(::chmod(m_scratch.getPath().c_str(), 0777), 0);
+    ASSERT_EQ(::chown((m_scratch / "x.ini").c_str(), 65534, 65534), 0);
+    ASSERT_EQ(::chmod((m_scratch / "x.ini").c_str(), 0200), 0);
     Child child([&](Child::Side&) {
         ASSERT_EQ(::setresgid(65534, 65534, 65534), 0);
         ASSERT_EQ(::setresuid(65534, 65534, 65534), 0);
-        IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+        IniFile file(m_path.c_str(), nullptr, 0);
         file.AddKey(u"b", u"k", u"2", false);
-        EXPECT_EQ(::chmod((scratch / "x.ini").c_str(), 0600), 0);
+        EXPECT_EQ(::chmod((m_scratch / "x.ini").c_str(), 0600), 0);
         EXPECT_EQ(dump(file), "[a]k=1,[b]k=2,") << "what was told without knowing the file joins it";
         EXPECT_EQ(file.GetWriteResult(), vx::RESULT_ACCESS_DENIED) << "and is not in it yet";
         EXPECT_EQ(file.DeleteKey(u"a", u"k"), 0);
         EXPECT_EQ(file.GetWriteResult(), 0);
-        EXPECT_EQ(contentOf(scratch / "x.ini"), "[a]\n\n[b]\nk=2\n\n");
+        EXPECT_EQ(content(), "[a]\n\n[b]\nk=2\n\n");
     });
     EXPECT_EQ(child.wait(), 0);
 }
@@ -210,62 +210,54 @@ TEST(IniFile, KeepsWhatItCannotWriteUntilItCan)
     }
 }
 
-TEST(IniFile, TellsThatTheDiskIsFull)
+TEST_F(IniFiles, TellsThatTheDiskIsFull)
 {
-    const Scratch scratch;
     Child child([&](Child::Side&) { // no file of this process may grow
         ::signal(SIGXFSZ, SIG_IGN);
         rlimit limit {};
         ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
         const rlimit none {0, limit.rlim_max};
-        IniFile file(scratch.full("x.ini").c_str(), nullptr, 0);
+        IniFile file(m_path.c_str(), nullptr, 0);
         EXPECT_EQ(file.AddKey(u"a", u"k", u"1", false), 0);
         ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
         EXPECT_EQ(file.AddKey(u"a", u"l", u"2", false), 0);
         const std::int32_t whenFull = file.GetWriteResult();
         ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
         EXPECT_LT(whenFull, 0);
-        EXPECT_EQ(contentOf(scratch / "x.ini"), "[a]\nk=1\n\n");
+        EXPECT_EQ(content(), "[a]\nk=1\n\n");
         EXPECT_EQ(file.DeleteSet(u"b"), 0);
         EXPECT_EQ(file.GetWriteResult(), whenFull) << "nothing was written since";
         EXPECT_EQ(file.AddKey(u"a", u"m", u"3", false), 0);
         EXPECT_EQ(file.GetWriteResult(), 0);
-        EXPECT_EQ(contentOf(scratch / "x.ini"), "[a]\nk=1\nl=2\nm=3\n\n");
+        EXPECT_EQ(content(), "[a]\nk=1\nl=2\nm=3\n\n");
     });
     EXPECT_EQ(child.wait(), 0);
 }
 
-TEST(IniFile, IsSharedByProcessesThatAreKilled)
+TEST_F(IniFiles, IsSharedByProcessesThatAreKilled)
 {
     constexpr int PROCESSES = 4;
-    const Scratch scratch;
     const std::string name = "vx ini tests " + std::to_string(::getpid());
-    const std::u16string path = scratch.full("x.ini");
-    IniFile file(path.c_str(), name.c_str(), 0);
+    IniFile file(m_path.c_str(), name.c_str(), 0);
     {
         std::vector<std::unique_ptr<Child>> children;
-        for (int process = 0; process < PROCESSES; ++process) {
+        for (int process = 0; process < PROCESSES; ++process)
             children.push_back(std::make_unique<Child>([&](Child::Side& parent) {
-                IniFile own(path.c_str(), name.c_str(), 0);
-                const String set = String::valueOf(process);
+                IniFile own(m_path.c_str(), name.c_str(), 0);
                 for (int number = 0;; ++number) {
-                    const String key = String::valueOf(number);
-                    own.AddKey(set.getData(), key.getData(), u"x", false);
+                    own.AddKey(String::valueOf(process).getData(), String::valueOf(number).getData(), u"x", false);
                     parent.tell(number == 9 ? 'e' : '.');
                 }
             }));
-        }
         for (const auto& child : children) { // each has ten keys in the file, and more on the way
             while (child->hear() == '.') { }
             child->kill();
         }
     }
     char16_t value[4];
-    for (int process = 0; process < PROCESSES; ++process) {
-        for (int number = 0; number < 10; ++number)
-            EXPECT_EQ(file.GetValue(String::valueOf(process).getData(), String::valueOf(number).getData(), value, 4), 0)
-                << process << " " << number;
-    }
+    for (int key = 0; key < 10 * PROCESSES; ++key)
+        EXPECT_EQ(file.GetValue(String::valueOf(key / 10).getData(), String::valueOf(key % 10).getData(), value, 4), 0)
+            << key;
 }
 
 } // namespace
