@@ -1,12 +1,13 @@
 #include "vx/net/FilePath.h"
 
+#include "tests/Outcome.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <unistd.h>
 
 namespace vx::net {
@@ -92,28 +93,18 @@ TEST(NetFilePath, GoesByTheMountTable)
         EXPECT_EQ(partsOf(FilePath(row.path)), row.parts) << String(row.path);
     EXPECT_EQ(FilePath(u"C:\\mnt\\share one\\a").getUNCPath(), u"\\\\srv\\vol\\a");
 
-    const std::pair<const char16_t*, const char16_t*> faults[] = {{u"C:\\mnt\\bad1\\a", u"Invalid NFS syntax."},
-        {u"C:\\mnt\\bad2\\a", u"Invalid UNC syntax."}, {u"C:\\mnt\\bad3\\a", u"Invalid NCP syntax."},
-        {u"C:\\mnt\\bad5\\a", u"No volume name specified."}, {u"C:\\mnt\\bad6\\a", u"No server name specified."},
-        {u"C:\\mnt\\nfs\\a", u"NFS cannot be represented by UNC"}};
-    for (const auto& [path, message] : faults) {
-        try {
-            FilePath(path).getUNCPath();
-            ADD_FAILURE() << String(path);
-        } catch (const InvalidPathException& failure) {
-            EXPECT_EQ(failure.getDescription(), message);
-        }
-    }
+    const std::pair<const char16_t*, const char*> faults[] = {{u"C:\\mnt\\bad1\\a", "Invalid NFS syntax."},
+        {u"C:\\mnt\\bad2\\a", "Invalid UNC syntax."}, {u"C:\\mnt\\bad3\\a", "Invalid NCP syntax."},
+        {u"C:\\mnt\\bad5\\a", "No volume name specified."}, {u"C:\\mnt\\bad6\\a", "No server name specified."},
+        {u"C:\\mnt\\nfs\\a", "NFS cannot be represented by UNC"}};
+    for (const auto& [path, message] : faults)
+        EXPECT_EQ(saidBy<InvalidPathException>([&, wrong = path] { FilePath(wrong).getUNCPath(); }), message);
 }
 
 TEST(NetFilePath, AsksForTheHostOnce)
 {
     std::string seen[4];
-    std::thread threads[std::size(seen)];
-    for (std::size_t index = 0; index < std::size(seen); ++index)
-        threads[index] = std::thread([&seen, index] { seen[index] = FilePath(u"C:\\proc\\a").getServer().toUtf8(); });
-    for (std::thread& thread : threads)
-        thread.join();
+    inThreads(4, [&](int index) { seen[index] = FilePath(u"C:\\proc\\a").getServer().toUtf8(); });
     for (const std::string& name : seen)
         EXPECT_EQ(name, hostName());
 }

@@ -1,4 +1,5 @@
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "tests/vx/net/SignalStorm.h"
 #include "vx/String.h"
 #include "vx/net/SocketFunctions.h"
@@ -32,6 +33,15 @@ std::unique_ptr<TcpServerSocket2> makeServer()
     TcpServerSocket2* made = nullptr;
     EXPECT_EQ(VxNetTcpServerSocketStaticCreate(AF_UNSPEC, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
     return std::unique_ptr<TcpServerSocket2>(made);
+}
+
+/// The addresses that it is to be bound to.
+std::string listOf(TcpServerSocket2& server)
+{
+    char text[1000];
+    std::uint32_t length = sizeof text;
+    EXPECT_EQ(server.bindListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
+    return text;
 }
 
 /// Listens on the wildcards of both families, each on a port of its own.
@@ -72,14 +82,20 @@ std::unique_ptr<TcpClientSocket2> makeClient(int family)
     return std::unique_ptr<TcpClientSocket2>(made);
 }
 
+std::unique_ptr<TcpClientSocket2> connectTo(TcpServerSocket2& server, int family)
+{
+    std::unique_ptr<TcpClientSocket2> client = makeClient(family);
+    const vx_sockaddr_union address = loopbackOf(server, family);
+    EXPECT_EQ(VxNetTcpClientSocketConnect(client.get(), &address, lengthOf(address)), VX_E_SOCKET_OK);
+    return client;
+}
+
 /// Two ends of a connection.
 struct Pair {
     explicit Pair(int family = AF_INET)
-        : client(makeClient(family))
     {
         const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
-        const vx_sockaddr_union address = loopbackOf(*listener, family);
-        EXPECT_EQ(VxNetTcpClientSocketConnect(client.get(), &address, lengthOf(address)), VX_E_SOCKET_OK);
+        client = connectTo(*listener, family);
         TcpWorkerSocket2* made = nullptr;
         EXPECT_EQ(VxNetTcpServerSocketAccept(listener.get(), &made), VX_E_SOCKET_OK);
         server.reset(made);
@@ -110,19 +126,13 @@ ENUM_VX_E_SOCKET sendText(TcpWorkerSocket2& socket, std::string_view text)
 
 TEST(TcpSocket2, KeepsTheOrderOfVirtualOperations)
 {
-    // Behind the two slots of the destructor.
-    const std::vector<std::size_t> root {slotOf(&TcpSocket2::getId), slotOf(&TcpSocket2::shutdownInput),
-        slotOf(&TcpSocket2::shutdownOutput), slotOf(&TcpSocket2::shutdownBoth), slotOf(&TcpSocket2::close),
-        slotOf(&TcpSocket2::getShutdownIn), slotOf(&TcpSocket2::getShutdownOut), slotOf(&TcpSocket2::getClosed)};
-    for (std::size_t index = 0; index < root.size(); ++index)
-        EXPECT_EQ(root[index], index + 2);
+    using Socket = TcpSocket2;
     using Worker = TcpWorkerSocket2;
-    const std::vector<std::size_t> worker {slotOf(&Worker::getsockopt), slotOf(&Worker::recv),
-        slotOf(
-            static_cast<ENUM_VX_E_SOCKET (Worker::*)(char*, unsigned int, std::int32_t, std::int32_t*)>(&Worker::send)),
-        slotOf(&Worker::setsockopt)};
-    for (std::size_t index = 0; index < worker.size(); ++index)
-        EXPECT_EQ(worker[index], index + 13);
+    using Send = ENUM_VX_E_SOCKET (Worker::*)(char*, unsigned int, std::int32_t, std::int32_t*);
+    expectSlots("after the two slots of the destructor", 2,
+        {&Socket::getId, &Socket::shutdownInput, &Socket::shutdownOutput, &Socket::shutdownBoth, &Socket::close,
+            &Socket::getShutdownIn, &Socket::getShutdownOut, &Socket::getClosed});
+    expectSlots("Worker", 13, {&Worker::getsockopt, &Worker::recv, Send(&Worker::send), &Worker::setsockopt});
 }
 
 class Families : public testing::TestWithParam<int> { };
@@ -193,9 +203,7 @@ TEST(TcpClientSocket2, TellsAnInterruption)
     EXPECT_EQ(pair.client->recv(&byte, 1, 0, &count), VX_E_SOCKET_EINTR);
     EXPECT_EQ(count, -1);
     TcpWorkerSocket2* sockets[] = {pair.client.get()};
-    std::uint32_t one = 1;
-    std::uint32_t none = 0;
-    std::uint32_t alsoNone = 0;
+    std::uint32_t one = 1, none = 0, alsoNone = 0;
     EXPECT_EQ(TcpWorkerSocket2::select(sockets, &one, nullptr, &none, nullptr, &alsoNone, nullptr, &count),
         VX_E_SOCKET_EINTR);
 }
@@ -212,8 +220,7 @@ ENUM_VX_E_SOCKET selectRead(
 
 TEST(Select, KeepsTheReadySocketsAndCountsThem)
 {
-    Pair first;
-    Pair second;
+    Pair first, second;
     std::uint32_t count = 0;
     std::int32_t ready = 0;
     std::vector<TcpWorkerSocket2*> sockets {first.server.get(), second.server.get(), second.server.get()};
@@ -262,21 +269,15 @@ TEST(Select, WaitsForDescriptorsBeyondThoseOfASystemSet)
 TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
 {
     const std::unique_ptr<TcpServerSocket2> first = listenOnBoth();
-    const vx_sockaddr_union four = loopbackOf(*first, AF_INET);
-    const unsigned short port = ntohs(four.in4.sin_port);
+    const unsigned short port = ntohs(loopbackOf(*first, AF_INET).in4.sin_port);
 
     // The IPv4 port is taken, so that the IPv6 one alone can be had.
     const std::unique_ptr<TcpServerSocket2> second = makeServer();
     EXPECT_EQ(second->bindListAddAddrAny(port), VX_E_SOCKET_OK);
-    char text[100];
-    std::uint32_t length = sizeof text;
-    EXPECT_EQ(second->bindListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
-    EXPECT_EQ(text, "[::]:" + std::to_string(port) + "; 0.0.0.0:" + std::to_string(port));
+    EXPECT_EQ(listOf(*second), "[::]:" + std::to_string(port) + "; 0.0.0.0:" + std::to_string(port));
 
     for (const int family : {AF_INET6, AF_INET}) {
-        const std::unique_ptr<TcpClientSocket2> client = makeClient(family);
-        const vx_sockaddr_union address = loopbackOf(*first, family);
-        EXPECT_EQ(client->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
+        const std::unique_ptr<TcpClientSocket2> client = connectTo(*first, family);
         unsigned int handle = 0;
         EXPECT_EQ(first->accept(&handle), VX_E_SOCKET_OK);
         EXPECT_EQ(::fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
@@ -286,7 +287,7 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
 
 TEST(TcpServerSocket2, TakesAPortAgainWhoseConnectionsAreEnding)
 {
-    const std::unique_ptr<TcpClientSocket2> client = makeClient(AF_INET);
+    std::unique_ptr<TcpClientSocket2> client;
     vx_sockaddr_union address {};
     const auto bindAgain = [&](bool reuses) {
         const std::unique_ptr<TcpServerSocket2> server = makeServer();
@@ -297,7 +298,7 @@ TEST(TcpServerSocket2, TakesAPortAgainWhoseConnectionsAreEnding)
     {
         const std::unique_ptr<TcpServerSocket2> first = listenOnBoth(true);
         address = loopbackOf(*first, AF_INET);
-        EXPECT_EQ(client->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
+        client = connectTo(*first, AF_INET);
         EXPECT_EQ(bindAgain(true), VX_E_SOCKET_EADDRINUSE) << "the first one stands there";
         TcpWorkerSocket2* made = nullptr;
         EXPECT_EQ(first->accept(&made), VX_E_SOCKET_OK);
@@ -311,42 +312,30 @@ TEST(TcpServerSocket2, WaitsOnWhenAnotherThreadWasFasterToAccept)
 {
     constexpr int CONNECTIONS = 200;
     const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
-    std::atomic<int> begun {0};
-    std::atomic<int> accepted {0};
-    const auto takeSome = [&] {
-        while (begun++ < CONNECTIONS) {
-            unsigned int handle = 0;
-            if (listener->accept(&handle) == VX_E_SOCKET_OK && ::close(static_cast<int>(handle)) == 0)
-                ++accepted;
-        }
-    };
-    std::vector<std::thread> threads;
-    for (int count = 0; count < 4; ++count)
-        threads.emplace_back(takeSome);
-    for (int count = 0; count < CONNECTIONS; ++count) {
-        const int family = count % 2 == 0 ? AF_INET : AF_INET6;
-        const vx_sockaddr_union address = loopbackOf(*listener, family);
-        EXPECT_EQ(makeClient(family)->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    std::atomic<int> begun {0}, accepted {0};
+    std::jthread takers([&] {
+        inThreads(4, [&](int) {
+            while (begun++ < CONNECTIONS) {
+                unsigned int handle = 0;
+                if (listener->accept(&handle) == VX_E_SOCKET_OK && ::close(static_cast<int>(handle)) == 0)
+                    ++accepted;
+            }
+        });
+    });
+    for (int count = 0; count < CONNECTIONS; ++count)
+        connectTo(*listener, count % 2 == 0 ? AF_INET : AF_INET6);
+    takers.join();
     EXPECT_EQ(accepted, CONNECTIONS);
 }
 
 TEST(TcpServerSocket2, CollectsAddresses)
 {
     const std::unique_ptr<TcpServerSocket2> server = makeServer();
-    const auto list = [&] {
-        char text[1000];
-        std::uint32_t length = sizeof text;
-        EXPECT_EQ(server->bindListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
-        return std::string(text);
-    };
     EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1,  ::1", nullptr, 80), VX_E_SOCKET_OK);
-    EXPECT_EQ(list(), "127.0.0.1:80; [::1]:80");
+    EXPECT_EQ(listOf(*server), "127.0.0.1:80; [::1]:80");
     EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 0), VX_E_SOCKET_EINVAL);
     EXPECT_EQ(server->bindListSaveOneForNamedPipeReply(), VX_E_SOCKET_OK);
-    EXPECT_EQ(list(), "") << "more than one: nothing is kept";
+    EXPECT_EQ(listOf(*server), "") << "more than one: nothing is kept";
     EXPECT_EQ(server->bind(), VX_E_SOCKET_OK);
     unsigned int handle = 0;
     EXPECT_EQ(server->accept(&handle), VX_E_SOCKET_ENOTSOCK);
