@@ -56,27 +56,27 @@ std::string failureOf(const std::function<void()>& work)
     }
 }
 
+/// What `work` makes of `value`, or how it fails.
+std::string comingTo(const BigInteger& value, const std::function<void()>& work)
+{
+    const std::string failure = failureOf(work);
+    return failure == "nothing" ? shown(value) : failure;
+}
+
 TEST(BigInteger, KeepsTheMagnitudeInBytesAndTheSignApart)
 {
     const signed char bytes[] = {1, -1, 0, 0};
-    const struct {
-        BigInteger value;
-        const char *bytes, *shown;
-        int bits;
-    } rows[] = {
-        {BigInteger(), "", "0", 0},
-        {BigInteger(256UL), "0 1 ", "256", 9},
-        {BigInteger(std::numeric_limits<int>::min()), "0 0 0 128 ", "-2147483648", 32},
-        {BigInteger(std::numeric_limits<long long>::min()), "0 0 0 0 0 0 0 128 ", "-9223372036854775808", 64},
-        {BigInteger(~0ULL), "255 255 255 255 255 255 255 255 ", "18446744073709551615", 64},
-        {BigInteger(bytes, 4, true), "1 255 ", "-65281", 16},
-        {BigInteger(bytes, -1, false), "", "0", 0},
-        {BigInteger(bytes + 2, 2, true), "", "-0", 0},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(bytesOf(row.value), row.bytes);
-        EXPECT_EQ(shown(row.value), row.shown);
-        EXPECT_EQ(row.value.getBitCount(), row.bits) << row.shown;
+    const std::tuple<BigInteger, const char*, const char*, int> rows[]
+        = {{BigInteger(), "", "0", 0}, {BigInteger(256UL), "0 1 ", "256", 9},
+            {BigInteger(std::numeric_limits<int>::min()), "0 0 0 128 ", "-2147483648", 32},
+            {BigInteger(std::numeric_limits<long long>::min()), "0 0 0 0 0 0 0 128 ", "-9223372036854775808", 64},
+            {BigInteger(~0ULL), "255 255 255 255 255 255 255 255 ", "18446744073709551615", 64},
+            {BigInteger(bytes, 4, true), "1 255 ", "-65281", 16}, {BigInteger(bytes, -1, false), "", "0", 0},
+            {BigInteger(bytes + 2, 2, true), "", "-0", 0}};
+    for (const auto& [value, wantedBytes, text, bits] : rows) {
+        EXPECT_EQ(bytesOf(value), wantedBytes);
+        EXPECT_EQ(shown(value), text);
+        EXPECT_EQ(value.getBitCount(), bits) << text;
     }
     BigInteger value(1ULL << 40);
     signed char* const data = value.getData();
@@ -92,23 +92,13 @@ TEST(BigInteger, KeepsTheMagnitudeInBytesAndTheSignApart)
 
 TEST(BigInteger, ReadsAndPrintsText)
 {
-    const std::tuple<const char16_t*, int, const char*> rows[] = {
-        {u"000123", 10, "123"},
-        {u"-12", 10, "-12"},
-        {u"-0", 10, "0"},
-        {u"-zz", 36, "-1295"},
-        // Groups of three from the end, each as far as it can be read.
-        {u"12a45", 10, "12000"},
-        {u"1 5678", 10, "1678"},
-        {u"+12", 10, "12"},
-        {u"1000x1", 16, "1048577"},
-        {u"-abc", 10, "-0"},
-        {u"\u0661\u0662", 10, "0"},
-        // No radix: nothing is read, and 0 goes by the prefix of the last group.
-        {u"12345", 37, "0"},
-        {u"120x7", 0, "7"},
-        {u"12017", 0, "15"},
-    };
+    const std::tuple<const char16_t*, int, const char*> rows[]
+        = {{u"000123", 10, "123"}, {u"-12", 10, "-12"}, {u"-0", 10, "0"}, {u"-zz", 36, "-1295"},
+            // Groups of three from the end, each as far as it can be read.
+            {u"12a45", 10, "12000"}, {u"1 5678", 10, "1678"}, {u"+12", 10, "12"}, {u"1000x1", 16, "1048577"},
+            {u"-abc", 10, "-0"}, {u"\u0661\u0662", 10, "0"},
+            // No radix: nothing is read, and 0 goes by the prefix of the last group.
+            {u"12345", 37, "0"}, {u"120x7", 0, "7"}, {u"12017", 0, "15"}};
     for (const auto& [text, radix, wanted] : rows)
         EXPECT_EQ(shown(BigInteger(text, radix)), wanted) << String(text) << " in " << radix;
 
@@ -120,7 +110,7 @@ TEST(BigInteger, ReadsAndPrintsText)
     for (const int radix : {-2, 0, 1, 37})
         EXPECT_EQ(failureOf([&] { BigInteger(5).toString(radix); }), "range: Radix must be from 2 to 36.");
     const String part(String::AcquireWrap, u"123456", 3);
-    EXPECT_EQ(BigInteger(part, 10).toString(), u"123") << "the text goes on behind its end";
+    EXPECT_EQ(BigInteger(part, 10).toString(), u"123") << "the text goes on after its end";
 }
 
 TEST(BigInteger, DividesIntoItsArgumentsAndReducesToOneUpToTheModulus)
@@ -133,12 +123,11 @@ TEST(BigInteger, DividesIntoItsArgumentsAndReducesToOneUpToTheModulus)
     EXPECT_EQ(shown(value) + ' ' + shown(divisor), "3 2");
     value.divide(value, divisor);
     EXPECT_EQ(shown(value) + ' ' + shown(divisor), "1 0");
-    value = -6; // other numbers are those of the oracle
-    value.mod(BigInteger(3));
-    EXPECT_EQ(shown(value), "3");
-    value = minusZero();
-    value.mod(BigInteger(3));
-    EXPECT_EQ(shown(value), "3");
+    for (const BigInteger& number : {BigInteger(-6), minusZero()}) { // other numbers are those of the oracle
+        value = number;
+        value.mod(BigInteger(3));
+        EXPECT_EQ(shown(value), "3");
+    }
     value.mod(value);
     EXPECT_EQ(shown(value), "0");
 }
@@ -146,18 +135,14 @@ TEST(BigInteger, DividesIntoItsArgumentsAndReducesToOneUpToTheModulus)
 TEST(BigInteger, CarriesTheSignOfAZero)
 {
     const BigInteger zero, none = minusZero(), minusFive(-5);
-    const struct {
-        const BigInteger& value;
-        void (BigInteger::*operation)(const BigInteger&);
-        const BigInteger& other;
-        const char* wanted;
-    } rows[] = {{minusFive, &BigInteger::multiply, zero, "-0"}, {none, &BigInteger::multiply, minusFive, "0"},
-        {none, &BigInteger::add, none, "-0"}, {none, &BigInteger::subtract, zero, "-0"},
-        {none, &BigInteger::pow, BigInteger::ONE, "-0"}};
+    const std::tuple<BigInteger, void (BigInteger::*)(const BigInteger&), BigInteger, const char*> rows[]
+        = {{minusFive, &BigInteger::multiply, zero, "-0"}, {none, &BigInteger::multiply, minusFive, "0"},
+            {none, &BigInteger::add, none, "-0"}, {none, &BigInteger::subtract, zero, "-0"},
+            {none, &BigInteger::pow, BigInteger::ONE, "-0"}};
     for (const auto& row : rows) {
-        BigInteger value = row.value;
-        (value.*row.operation)(row.other);
-        EXPECT_EQ(shown(value), row.wanted) << &row - rows;
+        auto [value, operation, other, wanted] = row;
+        (value.*operation)(other);
+        EXPECT_EQ(shown(value), wanted) << &row - rows;
     }
     EXPECT_EQ(none.compareTo(zero), -1);
     EXPECT_EQ(zero.compareTo(none), 1);
@@ -186,53 +171,36 @@ TEST(BigInteger, SetsAndClearsBitsOfTheMagnitude)
 
 TEST(BigInteger, FindsDivisorsAndInverses)
 {
-    const struct {
-        const char16_t *left, *right;
-        const char *divisor, *inverse;
-    } rows[] = {
-        {u"-12", u"5", "1", "3"},
-        {u"0", u"-9", "-9", "Divide by zero."},
-        {u"5", u"0", "Divide by zero.", "Not invertible."},
-        {u"1", u"0", "Divide by zero.", "Divide by zero."},
-        // Of a negative number, what the steps give, which need not be an inverse.
-        {u"-3", u"7", "1", "2"},
-        {u"-1", u"7", "1", "Not invertible."},
-    };
-    for (const auto& row : rows) {
-        BigInteger divisor = big(row.left);
-        std::string failure = failureOf([&] { divisor.gcd(big(row.right)); });
-        EXPECT_EQ(failure == "nothing" ? shown(divisor) : failure, row.divisor) << String(row.left);
-        BigInteger inverse = big(row.left);
-        failure = failureOf([&] { inverse.modInverse(big(row.right)); });
-        EXPECT_EQ(failure == "nothing" ? shown(inverse) : failure, row.inverse) << String(row.left);
+    const std::tuple<const char16_t*, const char16_t*, const char*, const char*> rows[]
+        = {{u"-12", u"5", "1", "3"}, {u"0", u"-9", "-9", "Divide by zero."},
+            {u"5", u"0", "Divide by zero.", "Not invertible."}, {u"1", u"0", "Divide by zero.", "Divide by zero."},
+            // Of a negative number, what the steps give, which need not be an inverse.
+            {u"-3", u"7", "1", "2"}, {u"-1", u"7", "1", "Not invertible."}};
+    for (const auto& [left, right, divisor, inverse] : rows) {
+        BigInteger value = big(left), other = value;
+        EXPECT_EQ(comingTo(value, [&, by = big(right)] { value.gcd(by); }), divisor) << String(left);
+        EXPECT_EQ(comingTo(other, [&, by = big(right)] { other.modInverse(by); }), inverse) << String(left);
     }
 }
 
 TEST(BigInteger, RaisesToPowers)
 {
-    const struct {
-        const char16_t *base, *exponent, *modulus; ///< none: the power itself
-        const char* wanted;
-    } rows[] = {
+    // The base, the exponent, the modulus or null for the power itself, and what comes of it
+    const std::tuple<const char16_t*, const char16_t*, const char16_t*, const char*> rows[] = {
         {u"-7", u"0", nullptr, "-7"}, // no round, no change
         {u"-1", u"99999999999999999999999999999999", nullptr, "-1"},
         {u"0", u"99999999999999999999999999999998", nullptr, "0"},
-        {u"2", u"99999999999999999999999999999999", nullptr, "too large"},
-        {u"3", u"2147483648", nullptr, "too large"},
-        {u"2", u"-1", nullptr, "Negative Exponent"},
-        {u"9", u"0", u"5", "4"}, // no round, then the residue
+        {u"2", u"99999999999999999999999999999999", nullptr, "too large"}, {u"3", u"2147483648", nullptr, "too large"},
+        {u"2", u"-1", nullptr, "Negative Exponent"}, {u"9", u"0", u"5", "4"}, // no round, then the residue
         {u"-10", u"3", u"5", "5"}, // a negative multiple
-        {u"3", u"99999999999999999999", u"4", "3"},
-        {u"3", u"-2", u"7", "25"}, // the power of the inverse, not reduced
-        {u"2", u"-1", u"4", "Not invertible."},
-        {u"2", u"5", u"0", "Divide by zero."},
-    };
-    for (const auto& row : rows) {
-        BigInteger value = big(row.base);
-        const std::string failure = failureOf([&] {
-            row.modulus == nullptr ? value.pow(big(row.exponent)) : value.modPow(big(row.exponent), big(row.modulus));
-        });
-        EXPECT_EQ(failure == "nothing" ? shown(value) : failure, row.wanted) << String(row.base);
+        {u"3", u"99999999999999999999", u"4", "3"}, {u"3", u"-2", u"7", "25"}, // the power of the inverse, not reduced
+        {u"2", u"-1", u"4", "Not invertible."}, {u"2", u"5", u"0", "Divide by zero."}};
+    for (const auto& [base, exponent, modulus, wanted] : rows) {
+        BigInteger value = big(base);
+        const BigInteger by = big(exponent);
+        const auto raise
+            = [&, modulus = modulus] { modulus == nullptr ? value.pow(by) : value.modPow(by, big(modulus)); };
+        EXPECT_EQ(comingTo(value, raise), wanted) << String(base);
     }
 }
 
