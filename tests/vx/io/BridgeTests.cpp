@@ -8,6 +8,7 @@
 
 #include <tuple>
 
+using namespace std::literals;
 using namespace vx;
 using namespace vx::io;
 using namespace vx::text::charset;
@@ -63,33 +64,25 @@ TEST_F(Bridges, DecodeTheSameTextHoweverItsBytesArrive)
 
 TEST_F(Bridges, ReplaceTheBytesOfACharacterThatTheEndCuts)
 {
-    const struct {
-        const char16_t* encoding;
-        std::string_view bytes;
-        const char16_t* text;
-        std::int64_t position; // of the fault, with substitution off
-    } rows[] = {
-        {u"UTF-8", "a\xE4", u"a\uFFFD", 1},
-        {u"UTF-8", "a\xE4\xB8", u"a\uFFFD\uFFFD", 1},
-        {u"UTF-8", "\xE4z", u"\uFFFDz", 0}, // what comes behind it is read again
-        {u"UTF-8", "\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD", 0},
-        {u"UTF-16LE", std::string_view("a\0b", 3), u"a\uFFFD", 2},
-        {u"UTF-32BE", std::string_view("\0\0\0a\0\0\0", 7), u"a\uFFFD\uFFFD\uFFFD", 4},
-    };
-    for (const auto& row : rows) {
+    // The last number: where the fault is with substitution off
+    const std::tuple<const char16_t*, std::string_view, const char16_t*, std::int64_t> rows[]
+        = {{u"UTF-8", "a\xE4", u"a\uFFFD", 1}, {u"UTF-8", "a\xE4\xB8", u"a\uFFFD\uFFFD", 1},
+            {u"UTF-8", "\xE4z", u"\uFFFDz", 0}, {u"UTF-8", "\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD", 0},
+            {u"UTF-16LE", "a\0b"sv, u"a\uFFFD", 2}, {u"UTF-32BE", "\0\0\0a\0\0\0"sv, u"a\uFFFD\uFFFD\uFFFD", 4}};
+    for (const auto& [encoding, bytes, text, position] : rows) {
         for (std::int32_t length = 1; length <= 4; ++length)
-            EXPECT_EQ(readAll(*reader(row.bytes, row.encoding, {1, 1, 1, 1, 1, 1, 1}), length), row.text) << row.bytes;
-        const auto strict = reader(row.bytes, row.encoding);
+            EXPECT_EQ(readAll(*reader(bytes, encoding, {1, 1, 1, 1, 1, 1, 1}), length), text) << bytes;
+        const auto strict = reader(bytes, encoding);
         strict->setSubstitutionMode(false);
         for (int round = 0; round < 2; ++round) {
             expectThrow<InvalidCharacterException>(
                 [&] { readAll(*strict, 64); }, u"the stream ends inside a character");
-            EXPECT_EQ(strict->getPosition(), row.position);
+            EXPECT_EQ(strict->getPosition(), position);
         }
     }
 }
 
-TEST_F(Bridges, ReleaseTheStreamWhenNobodyKnowsTheEncoding)
+TEST_F(Bridges, ReleaseTheStreamWhenTheEncodingIsUnknown)
 {
     expectThrow<UnknownEncodingException>([&] { reader("abc", u"no-such"); }, u"no-such");
     expectThrow<UnknownEncodingException>([&] { writer(u"UTF-16", 64); }, u"UTF-16");
