@@ -145,10 +145,13 @@ const Class* ClassManagerBase::lookupType(const std::type_info* type)
 
 template class util::Singleton<ClassManagerBase, &g_pGlobalLock>;
 
-ClassRegistration::ClassRegistration(const char16_t* name, const std::type_info* type, ObjectCreator creator)
+ClassRegistration::ClassRegistration(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept
     : m_name(name)
-    , m_record(ClassManager::getInstance()->tryRegister(name, type, creator))
 {
+    try {
+        m_record = ClassManager::getInstance()->tryRegister(name, type, creator);
+    } catch (...) { // isRegistered tells
+    }
 }
 
 ClassRegistration::~ClassRegistration()

@@ -51,18 +51,23 @@ using ClassManager = util::Singleton<ClassManagerBase, &g_pGlobalLock>;
 ///
 ///     const vx::ClassRegistration g_greeter(u"example::Greeter", &typeid(Greeter), create);
 ///
-/// If the name is taken, the first registration stands, and this object changes nothing.
+/// If the name is taken, the first registration stands, and this object changes nothing. Nothing is thrown: a static object
+/// has no caller that could handle an exception, and the process would end.
 class VX_API ClassRegistration {
 public:
-    /// As `ClassManagerBase::registerClass`, with what that throws. Throws IllegalStateException while the library is stopped.
-    ClassRegistration(const char16_t* name, const std::type_info* type, ObjectCreator creator);
+    /// As `ClassManagerBase::registerClass`. The class stays unknown if `name` or `type` is null, memory is exhausted or the
+    /// library is stopped.
+    ClassRegistration(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept;
     ClassRegistration(const ClassRegistration&) = delete;
     ClassRegistration& operator=(const ClassRegistration&) = delete;
     ~ClassRegistration();
 
+    /// Whether this object made the class known.
+    bool isRegistered() const noexcept { return m_record != nullptr; }
+
 private:
     const char16_t* m_name;
-    const Class* m_record; ///< null if the name was taken
+    const Class* m_record = nullptr;
 };
 
 } // namespace vx

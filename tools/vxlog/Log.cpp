@@ -52,7 +52,7 @@ Reference<io::FileOutputStream> openFile(const Options& options)
     return file;
 }
 
-Reference<log::ILogProcessor> createWriter(const Options& options, io::FileOutputStream* file)
+Reference<log::ILogProcessor> createWriter(const Options& options, const Text& name, io::FileOutputStream* file)
 {
     const Reference<io::Writer> writer(
         new io::OutputStreamWriter(new io::EntryStream(file, false), u"UTF-8", BLOCK_SIZE));
@@ -61,7 +61,11 @@ Reference<log::ILogProcessor> createWriter(const Options& options, io::FileOutpu
     using Values = log::XmlLogWriter::Values;
     const Reference<log::ILogProcessor> document
         = log::XmlLogWriter::create(writer.get(), options.escape ? Values::ESCAPED : Values::AS_THEY_ARE);
-    writer->flush(); // a failure of the first entry does not take the head of the document with it
+    try {
+        writer->flush(); // a failure of the first entry does not take the head of the document with it
+    } catch (const Exception& thrown) {
+        throw Failure(name, textOf(thrown));
+    }
     return document;
 }
 
@@ -141,7 +145,7 @@ void log(const Options& options)
     catchEndingSignals();
     const Text name = options.file == "-" ? STANDARD_OUTPUT() : Text(options.file);
     const Reference<io::FileOutputStream> file = openFile(options);
-    const Reference<Target> target(new Target(createWriter(options, file.get())));
+    const Reference<Target> target(new Target(createWriter(options, name, file.get())));
     const Reference<log::Logger> logger = createLogger(options);
     Reference<log::AsyncProcessor> queue;
     if (options.workers > 0)

@@ -132,10 +132,15 @@ void LogFile::open(const Settings& settings)
     const Reference<vx::io::FileOutputStream> file = openForAppend(settings.log);
     const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false),
         TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
-    m_writer = settings.format == Format::XML
+    const Reference<vx::log::ILogProcessor> document = settings.format == Format::XML
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
         : vx::log::BasicLogWriter::create(writer.get());
-    writer->flush(); // a failure of the first entry does not take the head of the document with it
+    try {
+        writer->flush(); // a failure of the first entry does not take the head of the document with it
+    } catch (const vx::Exception& failure) {
+        throw vxtools::Failure(settings.log, vxtools::textOf(failure));
+    }
+    m_writer = document;
     m_file = file;
     m_syncs = settings.sync;
 }

@@ -249,7 +249,11 @@ TEST(Process, HandsOnDescriptorsThatTheCallerNames)
         ::close(static_cast<int>(descriptor));
     const std::pair<std::uint32_t, int> wrong[] = {{2, EINVAL}, {0xFFFFFFFF, EBADF}, {*many.rbegin(), EBADF}};
     for (const auto& [descriptor, error] : wrong)
-        EXPECT_EQ(resultOf([&] { listOfHeir(nullptr, {&descriptor, 1}); }), VXResultFromNative(error)) << descriptor;
+        EXPECT_EQ(resultOf([&, descriptor = descriptor] {
+            listOfHeir(nullptr, {&descriptor, 1});
+        }),
+            VXResultFromNative(error))
+            << descriptor;
     for (const char16_t* other : {u"", u"socket=", u"412", u"x=-1", u"x=1x", u"x=2147483648"})
         EXPECT_EQ(resultOf([&] { Process::getInheritedDescriptor(other); }), VXResultFromNative(EINVAL))
             << String(other);

@@ -61,9 +61,9 @@ void writeBits(OutputStream* sink)
 {
     BitOutputStream out(sink);
     retried([&] { out.writeBit(true); });
-    for (const auto& [value, bits] : {std::pair(5U, 3), {0x1FU, 8}, {0x2AU, 7}, {0U, 1}, {0x91U, 8}}) {
-        retried([&] { out.write(value, bits); });
-        retried([&] { out.write(static_cast<signed char>(value)); });
+    for (const auto& row : {std::pair(5U, 3), {0x1FU, 8}, {0x2AU, 7}, {0U, 1}, {0x91U, 8}}) {
+        retried([&] { out.write(row.first, row.second); });
+        retried([&] { out.write(static_cast<signed char>(row.first)); });
     }
     for (int count = 0; count < 2; ++count)
         retried([&] { out.flush(); });

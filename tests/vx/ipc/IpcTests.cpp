@@ -143,7 +143,7 @@ TEST(IpcSemaphore, SaysWhatToDoWhereTheMemoryFileSystemTakesNoFiles)
     const std::tuple<unsigned long, const char*, std::int32_t, const char*> cases[]
         = {{0, "size=4k", RESULT_DISK_FULL, "full"}, {MS_RDONLY, "", code(0x80070013), "read-only"}};
     for (const auto& [flags, options, result, said] : cases) {
-        Child child([&](Child::Side& side) {
+        Child child([flags = flags, options = options, result = result, said = said](Child::Side& side) {
             if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
                 || ::mount("none", "/dev/shm", "tmpfs", flags, options) != 0) {
                 side.tell('s');
