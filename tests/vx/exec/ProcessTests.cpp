@@ -270,8 +270,10 @@ TEST(Process, KeepsNoDescriptorWhenMemoryFails)
         };
         letGo();
         awaitCollection();
-        EXPECT_GT(failEachAllocation(letGo, awaitCollection), 5);
+        EXPECT_GT(failEachAllocation(letGo, awaitCollection), 2);
         awaitCollection();
+        if (!testing::Test::HasFailure()) // an exit would leave a thread that only the end of the library joins
+            ::execl("/bin/true", "true", nullptr);
     });
     EXPECT_EQ(child.wait(), 0);
 }
