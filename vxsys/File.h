@@ -50,7 +50,7 @@ struct VXFileStatus {
 /// opened: RESULT_IS_DIRECTORY.
 VXSYS_API std::int32_t VXFileOpen(
     const char16_t* path, std::uint32_t flags, std::int32_t access, std::uint32_t* handle) noexcept;
-/// Opens the file of `handle` once more, whatever its name is now, with a position of its own; `flags` as above, without
+/// Opens the file of `handle` once more, whatever its name is now, with its own position; `flags` as above, without
 /// `VX_FILE_CREATE`. The user must have the right to open it that way.
 VXSYS_API std::int32_t VXFileReopen(std::uint32_t handle, std::uint32_t flags, std::uint32_t* other) noexcept;
 /// The handle is gone after a failure too, unless it was none: then the system could not keep what had been written.
@@ -91,7 +91,7 @@ VXSYS_API std::int32_t VXFileReplace(
     const char16_t* path, const void* content, std::int64_t length, std::int32_t access, VXFileStatus* status) noexcept;
 
 /// The new content of a file, written in steps before it takes the file's place. It has no name until then where the file
-/// system can do so: a kill leaves nothing of it. On other file systems it has a name of its own in the same folder.
+/// system can do so: a kill leaves nothing of it. On other file systems it has a temporary name in the same folder.
 using VXFileReplacement = struct VXFileReplacementTag*;
 
 /// Begins what VXFileReplace does at once. The caller writes the content to `*handle`, which belongs to the replacement and

@@ -13,7 +13,7 @@ vx::Object* createOwn()
 
 } // namespace
 
-// A class of the program is known to the library as one of its own is.
+// A program registers a class, and the library then finds it by name like its own classes.
 int main()
 {
     if (VXLIBLibInit() != 0)

@@ -14,7 +14,7 @@ ReaderWriterLock::~ReaderWriterLock() noexcept(false)
     const std::int32_t result = VXRWLockDestroy(m_handle);
     if (!failed(result))
         return;
-    // This object ends in any case. What the calling thread holds, nobody else can be expected to release.
+    // This object ends in any case. No other thread can release what the calling thread holds.
     VXRWLockReleaseAll(m_handle);
     VXRWLockDestroy(m_handle);
     detail::throwIfDestructionFailed(result);

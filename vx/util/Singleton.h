@@ -11,7 +11,7 @@ namespace vx::util {
 /// An instance that exists is returned without the lock. While `*lock` is null, creating or destroying one throws
 /// IllegalStateException.
 ///
-/// Each binary that instantiates this template has an instance of its own. For one instance in the whole process, the library
+/// Each binary that instantiates this template has its own instance. For one instance in the whole process, the library
 /// that owns `T` declares the instantiation `extern` and exports it, as `ClassManager` does.
 template <class T, sync::LockObject** lock>
 class Singleton : public T {

@@ -33,7 +33,7 @@ private:
 ///
 /// The content has no name until `commit`, where the file system can do so: a kill leaves nothing of it. A file that is new
 /// gets its name in one step. One that replaces another needs a name for the moment between two calls of the system, in which
-/// only SIGKILL can end a process of one thread. On other file systems it has a name of its own from the start.
+/// only SIGKILL can end a process of one thread. On other file systems it has a temporary name from the start.
 ///
 /// Each operation returns a native error, 0 for none.
 class FileReplacement {

@@ -93,7 +93,7 @@ private:
     const uid_t m_id = 1'000'000'000 + static_cast<uid_t>(::getpid());
 };
 
-/// Runs `work(0)` to `work(WRITERS - 1)`, each in a process of its own.
+/// Runs `work(0)` to `work(WRITERS - 1)`, each in a separate process.
 template <class Work>
 std::vector<std::unique_ptr<Child>> startWriters(Work work)
 {

@@ -17,7 +17,7 @@ struct GuardedFile {
 
 /// Repairs what a killed holder of the semaphore may have left at the end of the file, of which its note tells. A torn entry
 /// is cut off if all bytes from its start on are proved to be the killed writer's. Otherwise, for other programs may have
-/// written meanwhile, all bytes stay, and the next entry begins on a line of its own. Cheap where there is no note.
+/// written meanwhile, all bytes stay, and the next entry begins on a new line. Cheap where there is no note.
 void repairEntry(const GuardedFile& file);
 
 /// Notes what is being written at the end of the file, for the case that this process is killed meanwhile. What was written
