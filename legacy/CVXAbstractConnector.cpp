@@ -33,7 +33,7 @@ std::int32_t CVXConnectorFace::GetProperty(const char16_t* key, IVXCharBuffer* v
 }
 
 CVXAbstractConnector::CVXAbstractConnector()
-    : m_properties(new collections::vorb::HashMap(101, 0.75F))
+    : m_properties(new collections::vorb::HashMap)
 {
 }
 

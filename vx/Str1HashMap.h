@@ -1,10 +1,11 @@
 #pragma once
 
 #include "vx/Api.h"
-#include "vx/ChainIndex.h"
 #include "vx/ComObject.h"
 #include "vx/Reference.h"
 #include "vx/Str1.h"
+#include "vx/detail/ChainIndex.h"
+#include "vx/detail/HashOrder.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,8 +23,8 @@ namespace vx {
 /// A chained hash map from text to `T`.
 ///
 /// Keys, and values that are `Str1`, are kept by `Str1::detached`: text in embedded or foreign storage is copied. Iteration
-/// goes through the buckets in order, and within a bucket from the newest entry to the oldest; each rehash reverses the
-/// order of the entries that stay together in a bucket.
+/// visits the buckets from the first to the last, and in a bucket the newest entry first. Each rehash reverses the order of
+/// the entries that stay together in a bucket.
 ///
 /// Threads: one at a time. While no thread writes, several may call `containsKey`, and `get` where `T` is not `Str1`, if
 /// each thread passes a key whose buffer no other thread uses: a look-up changes the key's reference count, which is
@@ -59,10 +60,11 @@ class VX_API Str1HashMap {
         }
     };
     using ChainIndex = detail::ChainIndex<Node*, nullptr, KeyOrder>;
+    using Order = detail::HashOrder<float>;
 
 public:
-    static constexpr int DEFAULT_CAPACITY = 101;
-    static constexpr float DEFAULT_LOAD = 0.75F;
+    static constexpr int DEFAULT_CAPACITY = Order::DEFAULT_CAPACITY;
+    static constexpr float DEFAULT_LOAD = Order::DEFAULT_LOAD;
 
     using ValueArgument = std::conditional_t<std::is_pointer_v<T>, T, const T&>;
 
@@ -108,7 +110,6 @@ protected:
 
 private:
     static constexpr float LEAST_LOAD = 0.01F;
-    static constexpr std::int32_t LARGEST = std::numeric_limits<std::int32_t>::max();
 
     /// Releases a chain entry by entry, since the recursion of the destructors could exceed the stack.
     static void release(NodePtr chain) noexcept
@@ -137,25 +138,19 @@ private:
 
     static Node* following(const Node* node) noexcept { return node->next.get(); }
 
-    std::size_t bucketNumberOf(std::uint32_t hash) const noexcept
-    {
-        return hash % static_cast<std::uint32_t>(m_capacity);
-    }
+    std::size_t bucketNumberOf(std::uint32_t hash) const noexcept { return m_order.bucketOf(hash); }
     NodePtr& bucketOf(std::uint32_t hash) const noexcept { return m_table[bucketNumberOf(hash)]; }
     /// Null if there is no such entry.
     Node* find(const Str1& normalized, std::uint32_t hash) const noexcept;
     /// The pointer that owns an entry, out of the index of whose chain the entry is taken.
     NodePtr& linkTo(Node* node) noexcept;
     void indexIfLong(std::size_t bucket) noexcept;
-    void setCapacity(std::int32_t capacity) noexcept;
     void rehash();
     /// Moves to the first entry of the next bucket that is not empty.
     void findBucket(KeyValueIterator& iterator) const noexcept;
 
     std::int32_t m_size = 0;
-    std::int32_t m_capacity = 0;
-    float m_load;
-    std::int32_t m_threshold = 0;
+    Order m_order;
     std::unique_ptr<NodePtr[]> m_table;
     std::uint32_t m_modificationCount = 0;
     ChainIndex m_chains;
@@ -173,7 +168,7 @@ public:
 
 template <class T>
 Str1HashMap<T>::Str1HashMap(int capacity, float load)
-    : m_load(load >= LEAST_LOAD && load <= std::numeric_limits<float>::max() ? load : DEFAULT_LOAD)
+    : m_order(capacity, load >= LEAST_LOAD && load <= std::numeric_limits<float>::max() ? load : DEFAULT_LOAD)
 {
     allocTable(capacity);
 }
@@ -184,7 +179,7 @@ Str1HashMap<T>::~Str1HashMap()
     while (m_size != 0) { // destructors of values may add entries
         NodePtr all;
         NodePtr* end = &all;
-        for (std::int32_t bucket = 0; bucket < m_capacity; ++bucket) {
+        for (std::int32_t bucket = 0; bucket < m_order.capacity(); ++bucket) {
             *end = std::move(m_table[static_cast<std::size_t>(bucket)]);
             while (*end != nullptr)
                 end = &(*end)->next;
@@ -199,7 +194,7 @@ Str1HashMap<T>::~Str1HashMap()
 template <class T>
 void Str1HashMap<T>::clear()
 {
-    allocTable(m_capacity);
+    allocTable(m_order.capacity());
 }
 
 template <class T>
@@ -243,7 +238,7 @@ void Str1HashMap<T>::put(const Str1& key, ValueArgument value, T* previous)
 
     NodePtr node(new Node {normalized.detached(), kept(value), hash, nullptr});
     ++m_modificationCount;
-    if (m_size >= m_threshold)
+    if (m_order.isFull(m_size))
         rehash();
     const std::size_t bucket = bucketNumberOf(hash);
     NodePtr& head = m_table[bucket];
@@ -309,11 +304,10 @@ void Str1HashMap<T>::normalizeKey(Str1& out, const Str1& key) const
 template <class T>
 void Str1HashMap<T>::allocTable(int capacity)
 {
-    capacity = std::max(capacity, 1);
-    auto table = newTable(capacity);
+    const Order order(capacity, m_order.load());
+    auto table = newTable(order.capacity());
     table.swap(m_table);
-    const std::int32_t oldCapacity = std::exchange(m_capacity, capacity);
-    setCapacity(capacity);
+    const std::int32_t oldCapacity = std::exchange(m_order, order).capacity();
     m_chains.clear();
     m_size = 0;
     ++m_modificationCount; // before destructors of values run, which may use an iterator
@@ -355,23 +349,13 @@ void Str1HashMap<T>::indexIfLong(std::size_t bucket) noexcept
 }
 
 template <class T>
-void Str1HashMap<T>::setCapacity(std::int32_t capacity) noexcept
-{
-    m_capacity = capacity;
-    const float threshold = m_load * static_cast<float>(capacity);
-    m_threshold = threshold < static_cast<float>(LARGEST) ? static_cast<std::int32_t>(threshold) : LARGEST;
-}
-
-template <class T>
 void Str1HashMap<T>::rehash()
 {
-    if (m_capacity > (LARGEST - 1) / 2)
-        return; // chains grow instead
-    const std::int32_t oldCapacity = m_capacity;
-    auto table = newTable(2 * oldCapacity + 1);
-    std::vector<std::uint8_t> lengths(static_cast<std::size_t>(2 * oldCapacity + 1));
+    const Order grown = m_order.grown();
+    auto table = newTable(grown.capacity());
+    std::vector<std::uint8_t> lengths(static_cast<std::size_t>(grown.capacity()));
     table.swap(m_table);
-    setCapacity(2 * oldCapacity + 1);
+    const std::int32_t oldCapacity = std::exchange(m_order, grown).capacity();
     m_chains.clear();
     for (std::int32_t bucket = oldCapacity - 1; bucket >= 0; --bucket) {
         NodePtr chain = std::move(table[static_cast<std::size_t>(bucket)]);
@@ -392,7 +376,7 @@ void Str1HashMap<T>::rehash()
 template <class T>
 void Str1HashMap<T>::findBucket(KeyValueIterator& iterator) const noexcept
 {
-    while (iterator.nextNode == nullptr && iterator.nextBucket < m_capacity)
+    while (iterator.nextNode == nullptr && iterator.nextBucket < m_order.capacity())
         iterator.nextNode = m_table[static_cast<std::size_t>(iterator.nextBucket++)].get();
 }
 

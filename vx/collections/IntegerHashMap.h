@@ -2,7 +2,7 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
-#include "vx/collections/HashTable.h"
+#include "vx/collections/detail/HashTable.h"
 
 #include <cstdint>
 #include <iterator>

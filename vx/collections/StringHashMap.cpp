@@ -1,8 +1,8 @@
 #include "vx/collections/StringHashMap.h"
 
-#include "vx/ChainIndex.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/HashSet.h"
+#include "vx/detail/ChainIndex.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
 #include "vx/detail/TextRange.h"

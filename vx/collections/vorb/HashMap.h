@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vx/Exception.h"
-#include "vx/collections/HashTable.h"
+#include "vx/collections/detail/HashTable.h"
 #include "vx/collections/vorb/AbstractMap.h"
 #include "vx/collections/vorb/HashMapEntry.h"
 

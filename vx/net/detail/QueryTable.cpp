@@ -37,7 +37,7 @@ void QueryTable::put(const String& key, const String& value)
     const auto [pair, isNew] = m_values.try_emplace(Name(key));
     if (isNew) {
         try {
-            if (m_values.size() > thresholdOf(m_buckets))
+            if (m_order.isFull(static_cast<int>(m_values.size()) - 1))
                 grow();
         } catch (...) {
             m_values.erase(pair);
@@ -58,19 +58,18 @@ std::vector<QueryTable::Place> QueryTable::inOrder()
     std::vector<Place> places;
     places.reserve(m_values.size());
     for (auto pair = m_values.begin(); pair != m_values.end(); ++pair)
-        places.push_back({pair->first.hash % m_buckets, pair->second.rank, pair});
+        places.push_back({m_order.bucketOf(pair->first.hash), pair->second.rank, pair});
     std::sort(places.begin(), places.end(), [](const Place& left, const Place& right) {
         return std::tie(left.bucket, left.rank) > std::tie(right.bucket, right.rank);
     });
     return places;
 }
 
-/// Moves each parameter, in their order, to the head of its new chain, so that chains turn round.
 void QueryTable::grow()
 {
     for (const Place& place : inOrder())
         place.pair->second.rank = ++m_highestRank;
-    m_buckets = 2 * m_buckets + 1;
+    m_order = m_order.grown();
 }
 
 } // namespace vx::net::detail

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vx/String.h"
+#include "vx/detail/HashOrder.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string_view>
@@ -10,22 +10,18 @@
 
 namespace vx::net::detail {
 
-/// The parameters of a query, which are walked through in the order of a hash map. They are found in the order of their
-/// text: the hash looks at a part of a key only, and whoever writes the keys may have made it the same for all of them.
+/// The parameters of a query, in the order of the hash map that they are told to be in. Look-ups use a tree instead: the
+/// hash covers only a part of a key, and an attacker can choose keys that all have the same one.
 class QueryTable {
 public:
-    static constexpr std::size_t FIRST_BUCKETS = 101;
-    /// The parameters that `buckets` take before there are 2n + 1 of n.
-    static constexpr std::size_t thresholdOf(std::size_t buckets) noexcept { return buckets * 3 / 4; }
-
     bool isEmpty() const noexcept { return m_values.empty(); }
 
-    /// Null where there is none.
+    /// Null if there is none.
     const String* get(const String& key) const;
-    /// A key that is there stays as it is spelled. Shares the text of both.
+    /// A key that is there keeps its spelling. Shares the buffers of both texts.
     void put(const String& key, const String& value);
     void remove(const String& key);
-    /// Leaves the buckets.
+    /// Keeps the capacity.
     void clear() noexcept { m_values.clear(); }
 
     /// Calls `take(key, value)` for each.
@@ -49,11 +45,11 @@ private:
     };
     struct Value {
         String text;
-        std::uint64_t rank = 0; ///< in the chain of its bucket, which starts with the highest
+        std::uint64_t rank = 0; ///< the entry with the highest rank is the head of its bucket's chain
     };
     using Values = std::map<Name, Value>;
     struct Place {
-        std::size_t bucket;
+        std::uint32_t bucket;
         std::uint64_t rank;
         Values::iterator pair;
     };
@@ -63,7 +59,7 @@ private:
     void grow();
 
     Values m_values;
-    std::size_t m_buckets = FIRST_BUCKETS;
+    vx::detail::HashOrder<> m_order;
     std::uint64_t m_highestRank = 0;
 };
 

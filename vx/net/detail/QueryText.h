@@ -1,7 +1,7 @@
 #pragma once
 
+#include "vx/detail/HashOrder.h"
 #include "vx/detail/TextHash.h"
-#include "vx/net/detail/QueryTable.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
@@ -109,8 +109,9 @@ private:
         std::uint32_t hash;
     };
 
-    static constexpr std::size_t MOST = 16;
-    static_assert(MOST < QueryTable::thresholdOf(QueryTable::FIRST_BUCKETS));
+    static constexpr vx::detail::HashOrder<> ORDER {};
+    static constexpr int MOST = 16;
+    static_assert(!ORDER.isFull(MOST));
 
     bool add(std::u16string_view key, std::u16string_view value) noexcept
     {
@@ -124,7 +125,7 @@ private:
         if (m_count == MOST)
             return false;
         // From the last bucket down, the newest of a bucket first.
-        const auto bucket = static_cast<std::uint32_t>(isKey.hash % QueryTable::FIRST_BUCKETS);
+        const std::uint32_t bucket = ORDER.bucketOf(isKey.hash);
         const auto place = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.bucket <= bucket; });
         std::move_backward(place, end, end + 1);
         *place = {key, value, isKey.hash, bucket};

@@ -1,7 +1,7 @@
 #include "vx/collections/vorb/detail/TextElements.h"
 
-#include "vx/ChainIndex.h"
 #include "vx/NumberBoxes.h"
+#include "vx/detail/ChainIndex.h"
 
 #include <cmath>
 #include <typeinfo>

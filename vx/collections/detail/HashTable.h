@@ -1,7 +1,8 @@
 #pragma once
 
-#include "vx/ChainIndex.h"
 #include "vx/Exception.h"
+#include "vx/detail/ChainIndex.h"
+#include "vx/detail/HashOrder.h"
 #include "vxsys/Memory.h"
 
 #include <algorithm>
@@ -16,8 +17,7 @@
 
 namespace vx::collections::detail {
 
-/// The buckets of the hash maps. A new item becomes the head of its bucket's chain. When there are as many items as the
-/// threshold says, the next one first makes 2n + 1 buckets of n, which reverses the chains.
+/// The buckets and chains of the hash maps of objects, in the order that `HashOrder` describes.
 ///
 /// Items lie side by side in one array, and chains are indexes into it, so that entries need no allocation each. An index
 /// stands for its item until that is removed. An operation that fails changes nothing. When items are destroyed, the table
@@ -30,25 +30,24 @@ namespace vx::collections::detail {
 ///   The result is 0 for equal keys; otherwise any order will do.
 template <class Item, class KeyOrder>
 class HashTable {
+    using Order = vx::detail::HashOrder<>;
+
 public:
     using Index = std::int32_t;
     /// The end of every chain.
     static constexpr Index NONE = -1;
 
-    static constexpr int DEFAULT_CAPACITY = 101;
-    static constexpr float DEFAULT_LOAD = 0.75F;
+    static constexpr int DEFAULT_CAPACITY = Order::DEFAULT_CAPACITY;
+    static constexpr float DEFAULT_LOAD = Order::DEFAULT_LOAD;
     /// Buckets for a map that is filled with `size` entries at once.
-    static constexpr int calcCapacity(int size) noexcept
-    {
-        return size <= 5 ? 11 : size <= LARGEST / 2 ? 2 * size : LARGEST;
-    }
+    static constexpr int calcCapacity(int size) noexcept { return Order::capacityFor(size); }
 
     /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
     HashTable(int capacity, float load, KeyOrder keyOrder = KeyOrder())
-        : m_load(load >= LEAST_LOAD ? load : DEFAULT_LOAD)
+        : m_order(capacity, load >= LEAST_LOAD ? load : DEFAULT_LOAD)
         , m_keyOrder(keyOrder)
+        , m_heads(static_cast<std::size_t>(m_order.capacity()), NONE)
     {
-        replaceHeads(std::max(capacity, 1));
     }
     ~HashTable()
     {
@@ -58,9 +57,9 @@ public:
     HashTable(const HashTable&) = delete;
     HashTable& operator=(const HashTable&) = delete;
 
-    float load() const noexcept { return m_load; }
+    float load() const noexcept { return m_order.load(); }
     int size() const noexcept { return m_size; }
-    int capacity() const noexcept { return static_cast<int>(m_heads.size()); }
+    int capacity() const noexcept { return m_order.capacity(); }
 
     Index head(int bucket) const noexcept { return m_heads[static_cast<std::size_t>(bucket)]; }
     Index next(Index index) const noexcept { return node(index).next; }
@@ -216,15 +215,11 @@ private:
     using ChainIndex = vx::detail::ChainIndex<Index, NONE, IndexOrder>;
 
     static constexpr float LEAST_LOAD = 0.001F;
-    static constexpr int LARGEST = std::numeric_limits<int>::max();
 
     Node& node(Index index) noexcept { return m_nodes[static_cast<std::size_t>(index)]; }
     const Node& node(Index index) const noexcept { return m_nodes[static_cast<std::size_t>(index)]; }
 
-    std::size_t bucketOf(std::uint32_t hash) const noexcept
-    {
-        return hash % static_cast<std::uint32_t>(m_heads.size());
-    }
+    std::size_t bucketOf(std::uint32_t hash) const noexcept { return m_order.bucketOf(hash); }
 
     void prepend(Index index) noexcept
     {
@@ -279,36 +274,29 @@ private:
         return link;
     }
 
-    /// Makes empty buckets and returns the old ones.
-    Heads replaceHeads(int capacity)
-    {
-        Heads heads(static_cast<std::size_t>(capacity), NONE);
-        heads.swap(m_heads);
-        const double threshold = static_cast<double>(capacity) * static_cast<double>(m_load);
-        m_threshold = threshold < LARGEST ? static_cast<int>(threshold) : LARGEST;
-        return heads;
-    }
-
     /// A free node, and a bucket that is not too full for it.
     void makeRoom()
     {
-        if (m_size == LARGEST)
+        if (m_size == std::numeric_limits<int>::max())
             throwBadAllocation();
         if (m_free == NONE) {
             m_nodes.emplace_back();
             m_free = static_cast<Index>(m_nodes.size() - 1);
         }
-        if (m_size >= m_threshold && capacity() <= (LARGEST - 1) / 2) // beyond that, chains grow instead
+        if (m_order.isFull(m_size))
             rehash();
     }
 
     void rehash()
     {
-        const int grown = 2 * capacity() + 1;
-        std::vector<std::uint8_t, vxsys::Allocator<std::uint8_t>> lengths(static_cast<std::size_t>(grown));
-        const Heads old = replaceHeads(grown);
+        const Order grown = m_order.grown();
+        const auto buckets = static_cast<std::size_t>(grown.capacity());
+        std::vector<std::uint8_t, vxsys::Allocator<std::uint8_t>> lengths(buckets);
+        Heads heads(buckets, NONE);
+        heads.swap(m_heads);
+        m_order = grown;
         m_chains.clear();
-        for (auto head = old.rbegin(); head != old.rend(); ++head) {
+        for (auto head = heads.rbegin(); head != heads.rend(); ++head) {
             for (Index index = *head; index != NONE;) {
                 const std::size_t bucket = bucketOf(node(index).hash);
                 prepend(std::exchange(index, next(index)));
@@ -321,11 +309,10 @@ private:
                 indexIfLong(bucket);
     }
 
-    float m_load;
+    Order m_order;
     KeyOrder m_keyOrder;
     std::uint32_t m_modificationCount = 0;
     int m_size = 0;
-    int m_threshold = 0;
     Heads m_heads;
     Nodes m_nodes;
     Index m_free = NONE; ///< a chain of nodes without an item
