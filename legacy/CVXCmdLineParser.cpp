@@ -91,7 +91,7 @@ void CVXCmdLineParser::parse(const char16_t* text)
 
 void CVXCmdLineParser::parse(int count, char** const arguments)
 {
-    parse(vx::TerminatedText(vx::util::joinArguments(count, arguments)));
+    parse(vx::TerminatedText(vx::util::detail::joinArguments(count, arguments)));
 }
 
 int CVXCmdLineParser::getElementCount() const

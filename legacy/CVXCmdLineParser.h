@@ -3,7 +3,7 @@
 #include "legacy/CVXSmartPtr.h"
 #include "vx/Object.h"
 #include "vx/String.h"
-#include "vx/util/CommandLineCore.h"
+#include "vx/util/detail/CommandLineCore.h"
 
 #include <cstdint>
 
@@ -30,11 +30,11 @@ protected:
     void addValue(const char16_t* value);
     void copyValues(const CVXCmdLineElement& other);
 
-    vx::util::CommandLineValues m_values;
+    vx::util::detail::CommandLineValues m_values;
 
 private:
     template <class AnyElement, class AnyDefinition>
-    friend class vx::util::CommandLineCore;
+    friend class vx::util::detail::CommandLineCore;
 
     CVXCmdLineElement& operator=(const CVXCmdLineElement&) = delete;
 };
@@ -55,7 +55,7 @@ private:
     bool m_hasDefaults;
 };
 
-/// The command-line parser of the older generation: `vx::util::CommandLineParser`, but for two double quotes at the start
+/// The command-line parser of the older generation: `vx::util::detail::CommandLineParser`, but for two double quotes at the start
 /// of a token, which are an empty one here. At the level of the blanks that is an option with an empty name.
 ///
 /// Not counted: whoever makes it deletes it.
@@ -100,5 +100,5 @@ protected:
 private:
     static const char16_t* const m_switchChars;
 
-    vx::util::CommandLineCore<CVXCmdLineElement, COptionDefinition> m_core;
+    vx::util::detail::CommandLineCore<CVXCmdLineElement, COptionDefinition> m_core;
 };

@@ -3,7 +3,7 @@
 #include "legacy/CVXSmartPtr.h"
 #include "vx/Exception.h"
 #include "vx/Object.h"
-#include "vx/collections/Element.h"
+#include "vx/collections/detail/Element.h"
 #include "vx/collections/vorb/Map.h"
 
 /// A map of counted objects with types for its keys and values, which may be null. It keeps a reference on another map, and
@@ -20,11 +20,11 @@ public:
     }
 
     /// Null for a key that is not there, and for a value of another type.
-    CVXSmartPtr<V> get(const K* key) const { return cast(m_map->get(vx::collections::toElement(key))); }
+    CVXSmartPtr<V> get(const K* key) const { return cast(m_map->get(vx::collections::detail::toElement(key))); }
     /// Returns the old value.
     CVXSmartPtr<V> put(K* key, V* value)
     {
-        return cast(m_map->put(vx::collections::toElement(key), vx::collections::toElement(value)));
+        return cast(m_map->put(vx::collections::detail::toElement(key), vx::collections::detail::toElement(value)));
     }
 
 private:

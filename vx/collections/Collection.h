@@ -3,9 +3,9 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/collections/ConstIterator.h"
-#include "vx/collections/Element.h"
 #include "vx/collections/Iterator.h"
-#include "vx/collections/Walk.h"
+#include "vx/collections/detail/Element.h"
+#include "vx/collections/detail/Walk.h"
 #include "vx/collections/vorb/Collection.h"
 
 #include <cstdint>
@@ -33,9 +33,9 @@ public:
     bool equals(const Object& other) const override { return m_collection->equals(other); }
     std::uint32_t hashCode() const override { return m_collection->hashCode(); }
 
-    virtual bool add(T* element) { return m_collection->add(toElement(element)); }
-    virtual bool contains(const T* element) const { return m_collection->contains(toElement(element)); }
-    virtual bool remove(const T* element) { return m_collection->remove(toElement(element)); }
+    virtual bool add(T* element) { return m_collection->add(detail::toElement(element)); }
+    virtual bool contains(const T* element) const { return m_collection->contains(detail::toElement(element)); }
+    virtual bool remove(const T* element) { return m_collection->remove(detail::toElement(element)); }
     virtual bool addAll(const Collection<T>& other) { return m_collection->addAll(*other.m_collection); }
     virtual void clear() { m_collection->clear(); }
     virtual Reference<Iterator<T>> createIterator() { return new Iterator<T>(m_collection->createIterator().get()); }
@@ -52,9 +52,9 @@ public:
     vorb::Collection* getCollection() const noexcept { return m_collection.get(); }
 
     /// For a range-for, which sees each element as a `Reference<T>`.
-    Walk<vorb::ConstIterator, FromElement<T>> begin() const
+    detail::Walk<vorb::ConstIterator, detail::FromElement<T>> begin() const
     {
-        return Walk<vorb::ConstIterator, FromElement<T>>(m_collection->createConstIterator());
+        return detail::Walk<vorb::ConstIterator, detail::FromElement<T>>(m_collection->createConstIterator());
     }
     std::default_sentinel_t end() const noexcept { return {}; }
 

@@ -2,7 +2,7 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
-#include "vx/collections/Element.h"
+#include "vx/collections/detail/Element.h"
 #include "vx/collections/vorb/ConstIterator.h"
 
 namespace vx::collections {
@@ -17,7 +17,7 @@ public:
     }
 
     bool hasNext() { return m_iterator->hasNext(); }
-    Reference<T> next() { return fromElement<T>(m_iterator->next()); }
+    Reference<T> next() { return detail::fromElement<T>(m_iterator->next()); }
 
 protected:
     /// The iterator behind as what it was given as.

@@ -15,7 +15,7 @@ public:
     }
 
     bool hasPrevious() { return behind().hasPrevious(); }
-    Reference<T> previous() { return fromElement<T>(behind().previous()); }
+    Reference<T> previous() { return detail::fromElement<T>(behind().previous()); }
     int nextIndex() { return behind().nextIndex(); }
     int previousIndex() { return behind().previousIndex(); }
 

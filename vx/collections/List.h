@@ -21,9 +21,9 @@ public:
     using Collection<T>::addAll;
     using Collection<T>::remove;
 
-    virtual bool add(int index, T* element) { return m_list->add(index, toElement(element)); }
+    virtual bool add(int index, T* element) { return m_list->add(index, detail::toElement(element)); }
     virtual bool addAll(int index, const Collection<T>& other) { return m_list->addAll(index, *other.getCollection()); }
-    virtual Reference<T> remove(int index) { return fromElement<T>(m_list->remove(index)); }
+    virtual Reference<T> remove(int index) { return detail::fromElement<T>(m_list->remove(index)); }
     virtual Reference<ListIterator<T>> createListIterator(int index)
     {
         return new ListIterator<T>(m_list->createListIterator(index).get());
@@ -41,10 +41,13 @@ public:
     {
         return new List<T>(m_list->createSubList(from, to).get());
     }
-    virtual Reference<T> get(int index) const { return fromElement<T>(m_list->get(index)); }
-    virtual int indexOf(const T* element) const { return m_list->indexOf(toElement(element)); }
-    virtual int lastIndexOf(const T* element) const { return m_list->lastIndexOf(toElement(element)); }
-    virtual Reference<T> set(int index, T* element) { return fromElement<T>(m_list->set(index, toElement(element))); }
+    virtual Reference<T> get(int index) const { return detail::fromElement<T>(m_list->get(index)); }
+    virtual int indexOf(const T* element) const { return m_list->indexOf(detail::toElement(element)); }
+    virtual int lastIndexOf(const T* element) const { return m_list->lastIndexOf(detail::toElement(element)); }
+    virtual Reference<T> set(int index, T* element)
+    {
+        return detail::fromElement<T>(m_list->set(index, detail::toElement(element)));
+    }
 
 private:
     Reference<vorb::List> m_list;

@@ -16,8 +16,8 @@ public:
     }
 
     void remove() { m_iterator->remove(); }
-    void add(T* element) { m_iterator->add(toElement(element)); }
-    void set(T* element) { m_iterator->set(toElement(element)); }
+    void add(T* element) { m_iterator->add(detail::toElement(element)); }
+    void set(T* element) { m_iterator->set(detail::toElement(element)); }
 
 private:
     Reference<vorb::ListIterator> m_iterator;

@@ -2,9 +2,9 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
-#include "vx/collections/Element.h"
 #include "vx/collections/Set.h"
-#include "vx/collections/Walk.h"
+#include "vx/collections/detail/Element.h"
+#include "vx/collections/detail/Walk.h"
 #include "vx/collections/vorb/Map.h"
 
 #include <cstdint>
@@ -35,12 +35,15 @@ public:
     std::uint32_t hashCode() const override { return m_map->hashCode(); }
 
     void clear() { m_map->clear(); }
-    bool containsKey(const K* key) const { return m_map->containsKey(toElement(key)); }
-    Reference<V> get(const K* key) const { return fromElement<V>(m_map->get(toElement(key))); }
+    bool containsKey(const K* key) const { return m_map->containsKey(detail::toElement(key)); }
+    Reference<V> get(const K* key) const { return detail::fromElement<V>(m_map->get(detail::toElement(key))); }
     int getSize() const { return m_map->getSize(); }
     bool isEmpty() const { return m_map->getSize() == 0; }
-    Reference<V> put(K* key, V* value) { return fromElement<V>(m_map->put(toElement(key), toElement(value))); }
-    Reference<V> remove(const K* key) { return fromElement<V>(m_map->remove(toElement(key))); }
+    Reference<V> put(K* key, V* value)
+    {
+        return detail::fromElement<V>(m_map->put(detail::toElement(key), detail::toElement(value)));
+    }
+    Reference<V> remove(const K* key) { return detail::fromElement<V>(m_map->remove(detail::toElement(key))); }
     Reference<Set<K>> createKeySet() { return new Set<K>(m_map->createKeySet().get()); }
 
     /// The map behind. Not counted.
@@ -50,13 +53,13 @@ public:
         Entry operator()(const Reference<IVXUnknown>& element) const
         {
             const vorb::MapEntry& entry = vorb::MapEntry::of(element.get());
-            return {fromElement<K>(entry.getKey()), fromElement<V>(entry.getValue())};
+            return {detail::fromElement<K>(entry.getKey()), detail::fromElement<V>(entry.getValue())};
         }
     };
-    Walk<vorb::ConstIterator, ToEntry> begin() const
+    detail::Walk<vorb::ConstIterator, ToEntry> begin() const
     {
         const Reference<const vorb::Set> entries = std::as_const(*m_map).createEntrySet();
-        return Walk<vorb::ConstIterator, ToEntry>(entries->createConstIterator());
+        return detail::Walk<vorb::ConstIterator, ToEntry>(entries->createConstIterator());
     }
     std::default_sentinel_t end() const noexcept { return {}; }
 

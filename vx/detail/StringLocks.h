@@ -27,7 +27,7 @@ bool isExactly(const Base& object) noexcept
 /// read fields, so the results are the same.
 class PlainBuffer {
 public:
-    using Storage = util::BufferStorage<char16_t>;
+    using Storage = util::detail::BufferStorage<char16_t>;
 
     static bool isKnown(const IVXCharBuffer& buffer) noexcept
     {
@@ -71,8 +71,8 @@ public:
         }
         if (isExactly<util::ROCharBuffer>(buffer)) {
             const auto& wrap = static_cast<const util::ROCharBuffer&>(buffer);
-            *data = wrap.m_data;
-            *length = wrap.m_length;
+            *data = wrap.m_storage.data();
+            *length = wrap.m_storage.length();
             return true;
         }
         return false;

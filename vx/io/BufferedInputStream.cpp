@@ -9,7 +9,7 @@ using Input = detail::BufferedInput<BufferedInputStream>;
 BufferedInputStream::BufferedInputStream(InputStream* source, std::int32_t size)
     : m_source(source)
     , m_bufferSize(std::max(size, detail::MIN_BUFFER_SIZE))
-    , m_buffer(util::makeRawArray<Unit>(m_bufferSize))
+    , m_buffer(vx::detail::makeRawArray<Unit>(m_bufferSize))
 {
 }
 

@@ -27,7 +27,7 @@ void assign(String& line, const char16_t* text, std::int32_t length)
 BufferedReader::BufferedReader(Reader* source, std::int32_t size)
     : m_source(source)
     , m_bufferSize(std::max(size, detail::MIN_BUFFER_SIZE))
-    , m_buffer(util::makeRawArray<Unit>(m_bufferSize))
+    , m_buffer(vx::detail::makeRawArray<Unit>(m_bufferSize))
 {
 }
 

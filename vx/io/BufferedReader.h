@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vx/Reference.h"
+#include "vx/detail/RawArray.h"
 #include "vx/io/Reader.h"
-#include "vx/util/RawArray.h"
 
 namespace vx {
 class String;
@@ -53,7 +53,7 @@ private:
 
     Reference<Reader> m_source;
     std::int32_t m_bufferSize;
-    util::RawArray<Unit> m_buffer; // null: closed
+    vx::detail::RawArray<Unit> m_buffer; // null: closed
     std::int32_t m_position = 0;
     std::int32_t m_count = 0;
     std::int32_t m_markLimit = 0;

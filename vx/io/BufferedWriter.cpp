@@ -9,7 +9,7 @@ using Output = detail::BufferedOutput<BufferedWriter>;
 BufferedWriter::BufferedWriter(Writer* sink, std::int32_t size)
     : m_sink(sink)
     , m_bufferSize(std::max(size, detail::MIN_BUFFER_SIZE))
-    , m_buffer(util::makeRawArray<Unit>(m_bufferSize))
+    , m_buffer(vx::detail::makeRawArray<Unit>(m_bufferSize))
 {
 }
 

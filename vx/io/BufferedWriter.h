@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vx/Reference.h"
+#include "vx/detail/RawArray.h"
 #include "vx/io/Writer.h"
-#include "vx/util/RawArray.h"
 
 namespace vx::io {
 
@@ -41,7 +41,7 @@ private:
 
     Reference<Writer> m_sink;
     std::int32_t m_bufferSize;
-    util::RawArray<Unit> m_buffer; // null: closed
+    vx::detail::RawArray<Unit> m_buffer; // null: closed
     std::int32_t m_count = 0;
 };
 

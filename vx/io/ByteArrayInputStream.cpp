@@ -10,7 +10,7 @@ namespace vx::io {
 ByteArrayInputStream::ByteArrayInputStream(const signed char* bytes, std::int32_t length)
     : m_length(bytes != nullptr ? std::max(length, 0) : 0)
 {
-    m_data = util::makeRawArray<signed char>(m_length);
+    m_data = vx::detail::makeRawArray<signed char>(m_length);
     if (m_length > 0)
         std::memcpy(m_data.get(), bytes, static_cast<std::size_t>(m_length));
 }

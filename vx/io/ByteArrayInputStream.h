@@ -1,7 +1,7 @@
 #pragma once
 
+#include "vx/detail/RawArray.h"
 #include "vx/io/InputStream.h"
-#include "vx/util/RawArray.h"
 
 namespace vx::io {
 
@@ -19,7 +19,7 @@ public:
     std::int32_t read(signed char* target, std::int32_t length) override;
 
 private:
-    util::RawArray<signed char> m_data;
+    vx::detail::RawArray<signed char> m_data;
     std::int32_t m_length;
     std::int32_t m_position = 0;
 };

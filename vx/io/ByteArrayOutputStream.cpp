@@ -25,7 +25,7 @@ std::int32_t grown(std::int64_t needed)
 } // namespace
 
 ByteArrayOutputStream::ByteArrayOutputStream(std::int32_t capacity)
-    : m_buffer(util::makeRawArray<signed char>(std::max(capacity, 0)))
+    : m_buffer(vx::detail::makeRawArray<signed char>(std::max(capacity, 0)))
     , m_capacity(std::max(capacity, 0))
 {
 }
@@ -36,7 +36,7 @@ void ByteArrayOutputStream::write(const signed char* bytes, std::int32_t length)
         return;
     detail::requireUnits(bytes);
 
-    util::RawArray<signed char> old; // `bytes` may be our own
+    vx::detail::RawArray<signed char> old; // `bytes` may be our own
     const std::int64_t needed = std::int64_t {m_size} + length;
     if (m_capacity < needed)
         old = exchangeBuffer(grown(needed));
@@ -87,9 +87,9 @@ void ByteArrayOutputStream::reallocBuffer(std::int32_t capacity)
     exchangeBuffer(capacity);
 }
 
-util::RawArray<signed char> ByteArrayOutputStream::exchangeBuffer(std::int32_t capacity)
+vx::detail::RawArray<signed char> ByteArrayOutputStream::exchangeBuffer(std::int32_t capacity)
 {
-    auto buffer = util::makeRawArray<signed char>(capacity);
+    auto buffer = vx::detail::makeRawArray<signed char>(capacity);
     m_capacity = capacity;
     m_size = std::min(capacity, m_size);
     if (m_size > 0)

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vx/String.h"
+#include "vx/detail/RawArray.h"
 #include "vx/io/OutputStream.h"
-#include "vx/util/RawArray.h"
 
 namespace vx::io {
 
@@ -44,9 +44,9 @@ protected:
 
 private:
     /// As `reallocBuffer`; gives the old storage, which the bytes to be written may lie in.
-    util::RawArray<signed char> exchangeBuffer(std::int32_t capacity);
+    vx::detail::RawArray<signed char> exchangeBuffer(std::int32_t capacity);
 
-    util::RawArray<signed char> m_buffer;
+    vx::detail::RawArray<signed char> m_buffer;
     std::int32_t m_size = 0;
     std::int32_t m_capacity;
 };

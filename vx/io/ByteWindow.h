@@ -4,10 +4,10 @@
 #include "vx/Exceptions.h"
 #include "vx/Object.h"
 #include "vx/Result.h"
+#include "vx/detail/RawArray.h"
 #include "vx/io/InputStream.h"
 #include "vx/io/IoException.h"
 #include "vx/io/OutputStream.h"
-#include "vx/util/RawArray.h"
 
 #include <algorithm>
 #include <bit>
@@ -242,7 +242,7 @@ protected:
     ByteWindow(unsigned int capacity, Order order, bool readOnly)
         : ByteWindow(nullptr, capacity, order, readOnly)
     {
-        m_block = util::makeRawArray<Byte>(capacity);
+        m_block = vx::detail::makeRawArray<Byte>(capacity);
         m_bytes = m_block.get();
     }
     ByteWindow(Byte* bytes, unsigned int size, Order order, bool readOnly) noexcept

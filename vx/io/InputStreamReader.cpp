@@ -21,7 +21,7 @@ InputStreamReader::InputStreamReader(InputStream* source, const char16_t* encodi
     : m_source(source)
     , m_converter(ByteToCharConverter::getConverter(encoding))
     , m_bufferSize(detail::byteBufferSize(size, *m_converter))
-    , m_buffer(util::makeRawArray<signed char>(m_bufferSize))
+    , m_buffer(vx::detail::makeRawArray<signed char>(m_bufferSize))
 {
 }
 

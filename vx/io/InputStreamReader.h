@@ -1,10 +1,10 @@
 #pragma once
 
 #include "vx/Reference.h"
+#include "vx/detail/RawArray.h"
 #include "vx/io/InputStream.h"
 #include "vx/io/Reader.h"
 #include "vx/text/charset/ByteToCharConverter.h"
-#include "vx/util/RawArray.h"
 
 namespace vx::io {
 
@@ -51,7 +51,7 @@ private:
     Reference<InputStream> m_source;
     Reference<text::charset::ByteToCharConverter> m_converter; // null: closed
     std::int32_t m_bufferSize;
-    util::RawArray<signed char> m_buffer;
+    vx::detail::RawArray<signed char> m_buffer;
     std::int32_t m_position = 0;
     std::int32_t m_end = 0;
     bool m_endOfStream = false;

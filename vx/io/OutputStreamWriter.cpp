@@ -48,7 +48,7 @@ OutputStreamWriter::OutputStreamWriter(OutputStream* sink, const char16_t* encod
     : m_sink(sink)
     , m_converter(CharToByteConverter::getConverter(encoding))
     , m_bufferSize(detail::byteBufferSize(size, *m_converter))
-    , m_buffer(util::makeRawArray<signed char>(m_bufferSize))
+    , m_buffer(vx::detail::makeRawArray<signed char>(m_bufferSize))
 {
 }
 

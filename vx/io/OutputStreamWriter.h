@@ -1,10 +1,10 @@
 #pragma once
 
 #include "vx/Reference.h"
+#include "vx/detail/RawArray.h"
 #include "vx/io/OutputStream.h"
 #include "vx/io/Writer.h"
 #include "vx/text/charset/CharToByteConverter.h"
-#include "vx/util/RawArray.h"
 
 namespace vx::io {
 
@@ -64,7 +64,7 @@ private:
     Reference<OutputStream> m_sink;
     Reference<text::charset::CharToByteConverter> m_converter; // null: closed
     std::int32_t m_bufferSize;
-    util::RawArray<signed char> m_buffer;
+    vx::detail::RawArray<signed char> m_buffer;
     std::int32_t m_waiting = 0;
     /// The last unit written, if it is half of a pair that the converter wants whole; 0 for none.
     char16_t m_heldLead = 0;

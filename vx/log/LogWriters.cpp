@@ -149,7 +149,7 @@ void EntryText::grow(std::int64_t needed)
     if (needed > vx::detail::LONGEST_TEXT)
         throwBadAllocation();
     const std::int64_t capacity = std::max(needed, 2 * m_capacity);
-    util::RawArray<char16_t> larger = util::makeRawArray<char16_t>(capacity);
+    vx::detail::RawArray<char16_t> larger = vx::detail::makeRawArray<char16_t>(capacity);
     std::copy_n(m_data, m_length, larger.get());
     m_long = std::move(larger);
     m_data = m_long.get();

@@ -259,7 +259,7 @@ void BigInteger::multiply(const BigInteger& other)
     const detail::Size count = mine.size() + others.size();
     if (count > limbsFor(LARGEST_SIZE) + 1)
         throwBadAllocation();
-    auto product = util::makeRawArray<Limb>(static_cast<std::int64_t>(count));
+    auto product = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(count));
     detail::multiply(product.get(), mine, others);
     takeLimbs(std::move(product), count, negative);
 }
@@ -374,7 +374,7 @@ void BigInteger::ensureCapacity(int capacity)
     if (capacity > LARGEST_SIZE)
         throwBadAllocation();
     if (limbsFor(capacity) > limbsFor(m_capacity)) {
-        auto grown = util::makeRawArray<Limb>(static_cast<std::int64_t>(limbsFor(capacity)));
+        auto grown = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(limbsFor(capacity)));
         std::copy_n(m_data.get(), limbsFor(m_size), grown.get());
         m_data = std::move(grown);
     }
@@ -434,7 +434,7 @@ void BigInteger::setLimbs(std::span<const Limb> limbs, bool negative)
     m_negative = negative;
 }
 
-void BigInteger::takeLimbs(util::RawArray<Limb> limbs, std::size_t count, bool negative)
+void BigInteger::takeLimbs(vx::detail::RawArray<Limb> limbs, std::size_t count, bool negative)
 {
     m_size = bytesIn({limbs.get(), count});
     m_capacity = static_cast<int>(std::min(count, limbsFor(LARGEST_SIZE))) * LIMB_BYTES;

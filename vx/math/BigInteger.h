@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vx/Number.h"
-#include "vx/util/RawArray.h"
+#include "vx/detail/RawArray.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -123,14 +123,14 @@ private:
     template <class Integer>
     void setInteger(Integer value);
     void setLimbs(std::span<const Limb> limbs, bool negative);
-    void takeLimbs(util::RawArray<Limb> limbs, std::size_t count, bool negative);
+    void takeLimbs(vx::detail::RawArray<Limb> limbs, std::size_t count, bool negative);
     void addSigned(const BigInteger& other, bool otherNegative);
 
     bool m_negative = false;
     int m_size = 0;
     int m_capacity = 0;
     /// Whole words; those bytes of the last one in use that lie beyond the size are 0.
-    util::RawArray<Limb> m_data;
+    vx::detail::RawArray<Limb> m_data;
 };
 
 } // namespace vx::math

@@ -18,8 +18,8 @@ namespace {
 class Power {
 public:
     explicit Power(detail::Size room)
-        : m_limbs(util::makeRawArray<detail::Limb>(static_cast<std::int64_t>(room)))
-        , m_product(util::makeRawArray<detail::Limb>(static_cast<std::int64_t>(room)))
+        : m_limbs(vx::detail::makeRawArray<detail::Limb>(static_cast<std::int64_t>(room)))
+        , m_product(vx::detail::makeRawArray<detail::Limb>(static_cast<std::int64_t>(room)))
     {
         m_limbs[0] = 1;
     }
@@ -43,11 +43,11 @@ public:
     }
 
     detail::Size count() const noexcept { return m_count; }
-    util::RawArray<detail::Limb> take() noexcept { return std::move(m_limbs); }
+    vx::detail::RawArray<detail::Limb> take() noexcept { return std::move(m_limbs); }
 
 private:
-    util::RawArray<detail::Limb> m_limbs;
-    util::RawArray<detail::Limb> m_product;
+    vx::detail::RawArray<detail::Limb> m_limbs;
+    vx::detail::RawArray<detail::Limb> m_product;
     detail::Size m_count = 1;
 };
 

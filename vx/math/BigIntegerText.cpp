@@ -122,14 +122,14 @@ BigInteger::BigInteger(const String& text, int radix)
         return;
 
     if (isRadix(radix)) {
-        const auto values = util::makeRawArray<unsigned char>(static_cast<std::int64_t>(digits.size()));
+        const auto values = vx::detail::makeRawArray<unsigned char>(static_cast<std::int64_t>(digits.size()));
         if (!readDigits(values.get(), digits, radix)) {
             if (digits.find(u'-') != digits.npos)
                 throwNumberFormat();
             readGroups(values.get(), digits, radix);
         }
         const std::size_t count = detail::limbsForDigits(digits.size(), radix);
-        auto magnitude = util::makeRawArray<Limb>(static_cast<std::int64_t>(count));
+        auto magnitude = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(count));
         detail::fromDigits(magnitude.get(), {values.get(), digits.size()}, radix);
         takeLimbs(std::move(magnitude), count, negative);
         return;

@@ -4,7 +4,7 @@
 
 namespace vx::util {
 
-template class BufferFace<IVXByteBuffer, AbstractByteBuffer, signed char>;
+template class detail::BufferFace<IVXByteBuffer, AbstractByteBuffer, signed char>;
 
 AbstractByteBuffer::~AbstractByteBuffer() noexcept(false) = default;
 

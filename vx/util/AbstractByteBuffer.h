@@ -1,17 +1,18 @@
 #pragma once
 
 #include "vx/Object.h"
-#include "vx/util/BufferFace.h"
 #include "vx/util/IByteBuffer.h"
+#include "vx/util/detail/BufferFace.h"
 
 namespace vx::util {
 
 class AbstractByteBuffer;
 
-extern template class VX_API BufferFace<IVXByteBuffer, AbstractByteBuffer, signed char>;
+extern template class VX_API detail::BufferFace<IVXByteBuffer, AbstractByteBuffer, signed char>;
 
 /// Base of byte buffers: the class operations, which throw, and the component view over them.
-class VX_API AbstractByteBuffer : public Object, public BufferFace<IVXByteBuffer, AbstractByteBuffer, signed char> {
+class VX_API AbstractByteBuffer : public Object,
+                                  public detail::BufferFace<IVXByteBuffer, AbstractByteBuffer, signed char> {
 public:
     AbstractByteBuffer() noexcept = default;
     AbstractByteBuffer(const AbstractByteBuffer& other) noexcept = default;

@@ -4,7 +4,7 @@
 
 namespace vx::util {
 
-template class BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
+template class detail::BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
 
 AbstractCharBuffer::~AbstractCharBuffer() noexcept(false) = default;
 

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "vx/Object.h"
-#include "vx/util/BufferFace.h"
 #include "vx/util/ICharBuffer.h"
+#include "vx/util/detail/BufferFace.h"
 
 namespace vx::util {
 
 class AbstractCharBuffer;
 
-extern template class VX_API BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
+extern template class VX_API detail::BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
 
 /// Base of character buffers: the class operations, which throw, and the component view over them.
-class VX_API AbstractCharBuffer : public Object, public BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t> {
+class VX_API AbstractCharBuffer : public Object,
+                                  public detail::BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t> {
 public:
     AbstractCharBuffer() noexcept = default;
     AbstractCharBuffer(const AbstractCharBuffer& other) noexcept = default;

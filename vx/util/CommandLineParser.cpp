@@ -86,7 +86,7 @@ void CommandLineParser::parse(const String& text)
 
 void CommandLineParser::parse(int count, char** const arguments)
 {
-    parse(joinArguments(count, arguments));
+    parse(detail::joinArguments(count, arguments));
 }
 
 int CommandLineParser::getElementCount() const

@@ -3,7 +3,7 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/String.h"
-#include "vx/util/CommandLineCore.h"
+#include "vx/util/detail/CommandLineCore.h"
 
 #include <cstdint>
 
@@ -40,11 +40,11 @@ public:
         void addValue(const String& value);
         void copyValues(const Element& other);
 
-        CommandLineValues m_values;
+        detail::CommandLineValues m_values;
 
     private:
         template <class AnyElement, class AnyDefinition>
-        friend class CommandLineCore;
+        friend class detail::CommandLineCore;
 
         Element& operator=(const Element&) = delete;
     };
@@ -88,7 +88,7 @@ protected:
 private:
     static const char16_t* const m_switchChars;
 
-    CommandLineCore<Element, OptionDefinition> m_core;
+    detail::CommandLineCore<Element, OptionDefinition> m_core;
 };
 
 /// What a parser knows of an option beforehand. Its values are the defaults.

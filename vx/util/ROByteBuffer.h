@@ -1,11 +1,13 @@
 #pragma once
 
-#include "vx/util/ROBuffer.h"
+#include "vx/util/detail/StoredBuffer.h"
 
 namespace vx::util {
 
-/// A view of bytes that another owner keeps.
-class VX_API ROByteBuffer : public ROBuffer<AbstractByteBuffer, signed char> {
+/// A view of bytes that another owner keeps alive as long as the buffer and its sharers live. Writing throws
+/// ReadOnlyException; through the component view it gives RESULT_NOT_IMPLEMENTED. A copy copies pointer and length, not the
+/// bytes. The third constructor argument, a capacity, is ignored.
+class VX_API ROByteBuffer : public detail::ROBuffer<AbstractByteBuffer, signed char> {
 public:
     using ROBuffer::ROBuffer;
     ROByteBuffer() noexcept = default;

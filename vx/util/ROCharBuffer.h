@@ -1,11 +1,13 @@
 #pragma once
 
-#include "vx/util/ROBuffer.h"
+#include "vx/util/detail/StoredBuffer.h"
 
 namespace vx::util {
 
-/// A view of text that another owner keeps.
-class VX_API ROCharBuffer : public ROBuffer<AbstractCharBuffer, char16_t> {
+/// A view of text that another owner keeps alive as long as the buffer and its sharers live. Writing throws
+/// ReadOnlyException; through the component view it gives RESULT_NOT_IMPLEMENTED. A copy copies pointer and length, not the
+/// text. The third constructor argument, a capacity, is ignored.
+class VX_API ROCharBuffer : public detail::ROBuffer<AbstractCharBuffer, char16_t> {
 public:
     using ROBuffer::ROBuffer;
     ROCharBuffer() noexcept = default;

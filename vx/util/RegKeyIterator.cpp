@@ -3,7 +3,7 @@
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
-#include "vx/collections/Element.h"
+#include "vx/collections/detail/Element.h"
 #include "vx/util/RegistryKey.h"
 
 namespace vx::util {
@@ -42,7 +42,7 @@ Reference<IVXUnknown> RegistryIterator::next()
 {
     if (m_current == nullptr && !hasNext())
         throw Exception(m_atEnd);
-    return Reference<IVXUnknown>(collections::toElement(m_current.get()));
+    return Reference<IVXUnknown>(collections::detail::toElement(m_current.get()));
 }
 
 RegKeyIterator::RegKeyIterator(ENUM_VX_HKEY hive, const String& key)

@@ -182,13 +182,13 @@ struct Texts { // of one unit, which is the hash
 
 struct Objects {
     using Map = HashMap;
-    static void put(Map& map, int number, Object* value) { map.put(item(number).get(), toElement(value)); }
+    static void put(Map& map, int number, Object* value) { map.put(item(number).get(), detail::toElement(value)); }
     static bool has(const Map& map, int number) { return map.containsKey(item(number).get()); }
 };
 
 struct Elements {
     using Map = vorb::HashSet;
-    static void put(Map& set, int, Object* value) { set.add(toElement(value)); }
+    static void put(Map& set, int, Object* value) { set.add(detail::toElement(value)); }
     static bool has(const Map& set, int number) { return set.contains(item(number).get()); }
 };
 

@@ -1,7 +1,7 @@
 #include "vx/net/URI.h"
 
 #include "tests/Random.h"
-#include "vx/collections/Element.h"
+#include "vx/collections/detail/Element.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/text/charset/CharsetException.h"
 
@@ -231,7 +231,7 @@ TEST(URI, PrintsParametersInTheOrderOfTheMap)
         const auto keys = plain->createKeySet();
         for (const auto each = keys->createIterator(); each->hasNext();)
             text += (text.isEmpty() ? u"" : u"&")
-                + static_cast<QueryKey&>(*vx::collections::fromElement<QueryKey>(each->next())) + u"=";
+                + static_cast<QueryKey&>(*vx::collections::detail::fromElement<QueryKey>(each->next())) + u"=";
         return text;
     };
     const auto keyOf

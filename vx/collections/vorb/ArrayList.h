@@ -2,7 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/collections/vorb/AbstractList.h"
-#include "vx/util/RawArray.h"
+#include "vx/detail/RawArray.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -54,7 +54,7 @@ private:
 
     void makeRoom();
 
-    util::RawArray<IVXUnknown*> m_elements; ///< the first `m_size` of them counted
+    vx::detail::RawArray<IVXUnknown*> m_elements; ///< the first `m_size` of them counted
     int m_size = 0;
     int m_capacity = 0;
 };

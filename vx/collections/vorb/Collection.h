@@ -2,7 +2,7 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
-#include "vx/collections/Walk.h"
+#include "vx/collections/detail/Walk.h"
 #include "vx/collections/vorb/ConstIterator.h"
 #include "vx/collections/vorb/Iterator.h"
 
@@ -40,7 +40,10 @@ public:
     bool isEmpty() const { return getSize() == 0; }
 
     /// For a range-for, which sees each element as a `Reference<IVXUnknown>`.
-    Walk<ConstIterator> begin() const { return Walk<ConstIterator>(createConstIterator()); }
+    collections::detail::Walk<ConstIterator> begin() const
+    {
+        return collections::detail::Walk<ConstIterator>(createConstIterator());
+    }
     std::default_sentinel_t end() const noexcept { return {}; }
 
 protected:

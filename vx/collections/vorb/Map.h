@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/collections/Walk.h"
+#include "vx/collections/detail/Walk.h"
 #include "vx/collections/vorb/Collection.h"
 #include "vx/collections/vorb/MapEntry.h"
 #include "vx/collections/vorb/Set.h"
@@ -44,9 +44,9 @@ public:
         Reference<MapEntry> operator()(const Reference<IVXUnknown>& element) const { return MapEntry::of(element); }
     };
     /// For a range-for, which sees each entry as a `Reference<MapEntry>`.
-    Walk<ConstIterator, ToEntry> begin() const
+    collections::detail::Walk<ConstIterator, ToEntry> begin() const
     {
-        return Walk<ConstIterator, ToEntry>(createEntrySet()->createConstIterator());
+        return collections::detail::Walk<ConstIterator, ToEntry>(createEntrySet()->createConstIterator());
     }
     std::default_sentinel_t end() const noexcept { return {}; }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vx/io/detail/StreamChecks.h"
-#include "vx/util/RawArray.h"
+#include "vx/detail/RawArray.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -130,7 +130,7 @@ private:
     {
         const Unit* marked = self.m_buffer.get() + self.m_markPosition;
         if (self.m_markLimit > self.m_bufferSize) {
-            auto grown = util::makeRawArray<Unit>(self.m_markLimit);
+            auto grown = vx::detail::makeRawArray<Unit>(self.m_markLimit);
             std::memcpy(grown.get(), marked, bytesOf(kept));
             self.m_buffer = std::move(grown);
             self.m_bufferSize = self.m_markLimit;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vx/String.h"
-#include "vx/util/RawArray.h"
+#include "vx/detail/RawArray.h"
 
 #include <charconv>
 #include <cstdint>
@@ -51,7 +51,7 @@ private:
     void grow(std::int64_t needed);
 
     char16_t m_short[SHORT];
-    util::RawArray<char16_t> m_long;
+    vx::detail::RawArray<char16_t> m_long;
     char16_t* m_data = m_short;
     std::int64_t m_length = 0;
     std::int64_t m_capacity = SHORT;

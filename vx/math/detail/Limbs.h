@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/util/RawArray.h"
+#include "vx/detail/RawArray.h"
 
 #include <bit>
 #include <cstddef>
@@ -36,7 +36,7 @@ public:
     explicit Scratch(Size count)
     {
         if (count > INLINE)
-            m_heap = util::makeRawArray<Limb>(static_cast<std::int64_t>(count));
+            m_heap = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(count));
     }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
@@ -46,7 +46,7 @@ public:
 private:
     static constexpr Size INLINE = 32;
 
-    util::RawArray<Limb> m_heap;
+    vx::detail::RawArray<Limb> m_heap;
     Limb m_inline[INLINE];
 };
 

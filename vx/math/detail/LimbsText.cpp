@@ -58,7 +58,7 @@ class Splits {
 public:
     struct Split {
         Size low; ///< digits of the lower half
-        util::RawArray<Limb> power;
+        vx::detail::RawArray<Limb> power;
         Size count;
 
         Natural value() const noexcept { return {power.get(), count}; }
@@ -91,7 +91,7 @@ public:
 private:
     static void start(Split& split, Limb radix)
     {
-        split.power = util::makeRawArray<Limb>(static_cast<std::int64_t>(split.low));
+        split.power = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(split.low));
         split.power[0] = radix;
         split.count = 1;
         for (Size digit = 1; digit < split.low; ++digit) {
@@ -104,7 +104,7 @@ private:
     static void square(Split& split, const Split& below, Limb radix)
     {
         split.count = 2 * below.count;
-        split.power = util::makeRawArray<Limb>(static_cast<std::int64_t>(split.count));
+        split.power = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(split.count));
         multiply(split.power.get(), below.value(), below.value());
         if (split.low < 2 * below.low)
             LimbDivisor(radix).divide(split.power.get(), split.value());

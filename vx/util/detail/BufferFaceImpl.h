@@ -1,22 +1,18 @@
 #pragma once
 
-#include "vx/util/BufferFace.h"
-#include "vx/util/ROBuffer.h"
+#include "vx/util/detail/BufferFace.h"
+#include "vx/util/detail/StoredBuffer.h"
 #include "vx/vorb/Boundary.h"
 
-namespace vx::util {
+namespace vx::util::detail {
 
-namespace detail {
-
-/// Whether the view answers a write operation with RESULT_NOT_IMPLEMENTED by itself. It does so here for the read-only
-/// buffers: overriding the operation of the view there would append a slot to those of the class.
+/// Whether the view itself answers a write operation with RESULT_NOT_IMPLEMENTED. It does so for the read-only buffers: if
+/// they overrode the operation of the view, the class would get one more slot.
 template <class Unit, class Owner>
 bool refusesWriting(const Owner& owner)
 {
     return !owner.isWritable() && dynamic_cast<const ROBuffer<Owner, Unit>*>(&owner) != nullptr;
 }
-
-} // namespace detail
 
 template <class Interface, class Owner, class Unit>
 int BufferFace<Interface, Owner, Unit>::GetLength() const
@@ -33,13 +29,13 @@ const Unit* BufferFace<Interface, Owner, Unit>::GetData() const
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::GetReadLock(const Unit** out) const
 {
-    return vorb::atBoundary(out, [&] { return static_cast<const Owner&>(*this).getReadLock(); });
+    return vx::vorb::atBoundary(out, [&] { return static_cast<const Owner&>(*this).getReadLock(); });
 }
 
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::ReleaseReadLock() const
 {
-    return vorb::atBoundary([&] { static_cast<const Owner&>(*this).releaseReadLock(); });
+    return vx::vorb::atBoundary([&] { static_cast<const Owner&>(*this).releaseReadLock(); });
 }
 
 template <class Interface, class Owner, class Unit>
@@ -52,37 +48,37 @@ template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::GetWriteLock(int minimumLength, Unit** out)
 {
     auto& owner = static_cast<Owner&>(*this);
-    if (out != nullptr && detail::refusesWriting<Unit>(owner)) {
+    if (out != nullptr && refusesWriting<Unit>(owner)) {
         *out = nullptr;
         return RESULT_NOT_IMPLEMENTED;
     }
-    return vorb::atBoundary(out, [&] { return owner.getWriteLock(minimumLength); });
+    return vx::vorb::atBoundary(out, [&] { return owner.getWriteLock(minimumLength); });
 }
 
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::EnsureCapacity(int minimumLength, Unit** out)
 {
     auto& owner = static_cast<Owner&>(*this);
-    if (out != nullptr && detail::refusesWriting<Unit>(owner)) {
+    if (out != nullptr && refusesWriting<Unit>(owner)) {
         *out = nullptr;
         return RESULT_NOT_IMPLEMENTED;
     }
-    return vorb::atBoundary(out, [&] { return owner.ensureCapacity(minimumLength); });
+    return vx::vorb::atBoundary(out, [&] { return owner.ensureCapacity(minimumLength); });
 }
 
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::ReleaseWriteLock(int length)
 {
     auto& owner = static_cast<Owner&>(*this);
-    if (detail::refusesWriting<Unit>(owner))
+    if (refusesWriting<Unit>(owner))
         return RESULT_NOT_IMPLEMENTED;
-    return vorb::atBoundary([&] { owner.releaseWriteLock(length); });
+    return vx::vorb::atBoundary([&] { owner.releaseWriteLock(length); });
 }
 
 template <class Interface, class Owner, class Unit>
 std::int32_t BufferFace<Interface, Owner, Unit>::FreeExtra()
 {
-    return vorb::atBoundary([&] { static_cast<Owner&>(*this).freeExtra(); });
+    return vx::vorb::atBoundary([&] { static_cast<Owner&>(*this).freeExtra(); });
 }
 
-} // namespace vx::util
+} // namespace vx::util::detail

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "vx/Exception.h"
-#include "vx/util/CommandLineCore.h"
+#include "vx/util/detail/CommandLineCore.h"
 #include "vx/util/detail/TokenReader.h"
 #include "vxsys/Text.h"
 
 #include <string>
 
-namespace vx::util {
-
-namespace detail {
+namespace vx::util::detail {
 
 template <class T>
 const T& at(const std::vector<T>& vector, int index)
@@ -18,8 +16,6 @@ const T& at(const std::vector<T>& vector, int index)
         throw Exception(u"Invalid vector index");
     return vector[static_cast<std::size_t>(index)];
 }
-
-} // namespace detail
 
 template <class Element, class Definition>
 CommandLineCore<Element, Definition>::Names::Names(bool ignoresCase)
@@ -52,7 +48,7 @@ void CommandLineCore<Element, Definition>::parse(
 
     reset();
     std::u16string copy(text.substr(0, text.find(u'\0'))); // to be cut up
-    detail::TokenReader tokens(copy.data(), pairIsEmpty);
+    TokenReader tokens(copy.data(), pairIsEmpty);
     while (char16_t* token = tokens.next(BETWEEN)) {
         const int position = getElementCount();
         if (!isSwitch(*token)) {
@@ -72,7 +68,7 @@ void CommandLineCore<Element, Definition>::parse(
         const Reference<Element> option(new Element(name, position));
         const Reference<const Definition> definition = getDefinition(name);
         if (sign != whole.npos) {
-            detail::TokenReader values(token + sign + 1, pairIsEmpty);
+            TokenReader values(token + sign + 1, pairIsEmpty);
             while (const char16_t* value = values.next(u","))
                 option->addValue(value);
         } else if (definition != nullptr && isSwitch(tokens.peek())) {
@@ -103,13 +99,13 @@ void CommandLineCore<Element, Definition>::reset()
 template <class Element, class Definition>
 const Reference<Element>& CommandLineCore<Element, Definition>::getElement(int index) const
 {
-    return detail::at(m_elements, index);
+    return at(m_elements, index);
 }
 
 template <class Element, class Definition>
 const Reference<Element>& CommandLineCore<Element, Definition>::getParameter(int index) const
 {
-    return getElement(detail::at(m_parameters, index));
+    return getElement(at(m_parameters, index));
 }
 
 template <class Element, class Definition>
@@ -145,4 +141,4 @@ Reference<Definition> CommandLineCore<Element, Definition>::getDefinition(const 
     return place != names().definitions.end() ? place->second : nullptr;
 }
 
-} // namespace vx::util
+} // namespace vx::util::detail

@@ -8,7 +8,7 @@
 // Between an object of a known class and the component pointer by which the collections hold it. The pointer is always
 // that of the object's identity, so that the way back needs no test.
 
-namespace vx::collections {
+namespace vx::collections::detail {
 
 /// Not counted. Null gives null.
 template <class T>
@@ -43,4 +43,4 @@ struct FromElement {
     Reference<T> operator()(Reference<IVXUnknown> element) const { return fromElement<T>(std::move(element)); }
 };
 
-} // namespace vx::collections
+} // namespace vx::collections::detail

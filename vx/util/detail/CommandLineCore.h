@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vx::util {
+namespace vx::util::detail {
 
 /// What an element of a command line holds, in either generation of parsers.
 class VX_API CommandLineValues {
@@ -81,4 +81,4 @@ private:
 /// that are no text there become U+FFFD.
 VX_API String joinArguments(int count, char** const arguments);
 
-} // namespace vx::util
+} // namespace vx::util::detail

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace vx::collections {
+namespace vx::collections::detail {
 
 /// One pass of a range-for over a collection: what `Cursor`, an iterator with `hasNext` and `next`, gives, through
 /// `Projection`. It keeps the collection alive and fails as its iterator does when something changes behind it.
@@ -44,4 +44,4 @@ private:
     bool m_atEnd = false;
 };
 
-} // namespace vx::collections
+} // namespace vx::collections::detail

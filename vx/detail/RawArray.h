@@ -9,7 +9,7 @@
 #include <new>
 #include <type_traits>
 
-namespace vx::util {
+namespace vx::detail {
 
 struct RawArrayDeleter {
     void operator()(void* memory) const noexcept { VXMemFree(memory); }
@@ -34,4 +34,4 @@ RawArray<Unit> makeRawArray(std::int64_t count)
     return RawArray<Unit>(static_cast<Unit*>(memory));
 }
 
-} // namespace vx::util
+} // namespace vx::detail

@@ -1,10 +1,12 @@
-#include "vx/util/MTBuffer.h"
+#include "vx/util/detail/MTBuffer.h"
 
 #include "vx/sync/ScopedLock.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/MTCharBuffer.h"
 
 namespace vx::util {
+
+namespace detail {
 
 template <class RW, class Unit>
 MTBuffer<RW, Unit>::MTBuffer(int capacity)
@@ -76,8 +78,9 @@ void MTBuffer<RW, Unit>::freeExtra()
 template class MTBuffer<RWByteBuffer, signed char>;
 template class MTBuffer<RWCharBuffer, char16_t>;
 
-MTByteBuffer::~MTByteBuffer() noexcept(false) = default;
+} // namespace detail
 
+MTByteBuffer::~MTByteBuffer() noexcept(false) = default;
 MTCharBuffer::~MTCharBuffer() noexcept(false) = default;
 
 } // namespace vx::util

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace vx::util {
+namespace vx::util::detail {
 
 /// The component view of an abstract buffer, for both widths: each operation runs the class operation of `Owner`, which
 /// derives from this face, and gives its result.
@@ -26,4 +26,4 @@ protected:
     ~BufferFace() = default;
 };
 
-} // namespace vx::util
+} // namespace vx::util::detail

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-namespace vx::util {
+namespace vx::util::detail {
 
 namespace {
 
@@ -64,7 +64,7 @@ CommandLineValues::CommandLineValues(const String& name, int position)
 
 const String& CommandLineValues::getString(int index) const
 {
-    return detail::at(m_values, index);
+    return at(m_values, index);
 }
 
 std::int32_t CommandLineValues::getLong(int index) const
@@ -82,7 +82,7 @@ double CommandLineValues::getDouble(int index) const
 void CommandLineValues::addAll(const char16_t* text, bool pairIsEmpty)
 {
     std::u16string copy(text);
-    detail::TokenReader tokens(copy.data(), pairIsEmpty);
+    TokenReader tokens(copy.data(), pairIsEmpty);
     while (const char16_t* token = tokens.next(u", "))
         add(token);
 }
@@ -103,4 +103,4 @@ String joinArguments(int count, char** const arguments)
     return text;
 }
 
-} // namespace vx::util
+} // namespace vx::util::detail

@@ -1,0 +1,194 @@
+#pragma once
+
+#include "vx/Exceptions.h"
+#include "vxsys/Memory.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace vx::util::detail {
+
+/// The storage of the read-write buffers of both widths: `AnyUnit`s from the C runtime's allocator in steps of 16. Data and
+/// length are atomic because a locked buffer returns them without its lock.
+///
+/// The first storage may be borrowed: it follows the buffer object in the same allocation, which is faster for short text.
+/// A buffer that needs more moves to separate storage.
+template <class AnyUnit>
+class BufferStorage {
+public:
+    using Unit = AnyUnit;
+    static constexpr bool IS_WRITABLE = true;
+    /// The most units that follow a buffer in its allocation. They stay unused once the text has moved.
+    static constexpr int MOST_BEHIND = 64;
+
+    BufferStorage() noexcept = default;
+    /// Borrows `units` units at `place`, a number that `adjust` returned. They outlive this storage.
+    BufferStorage(Unit* place, int units) noexcept;
+    BufferStorage(const BufferStorage&) = delete;
+    BufferStorage& operator=(const BufferStorage&) = delete;
+    ~BufferStorage() { free(); }
+
+    Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
+    int capacity() const noexcept { return m_capacity & ~IS_BORROWED; }
+    int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
+    void setLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
+    /// The units in use: a length beyond the capacity counts as the capacity.
+    int held() const noexcept { return std::min(length(), capacity()); }
+
+    /// `n` rounded up to a multiple of 16, in a width in which it cannot overflow.
+    static constexpr std::int64_t adjust(int n) noexcept { return (std::int64_t {n} + 15) & ~std::int64_t {15}; }
+
+    /// Takes new storage, of length 0.
+    void alloc(int capacity);
+    /// Throws std::bad_alloc, and then nothing has changed.
+    void realloc(int capacity);
+    void free() noexcept;
+    /// Makes room for `minimum` units and returns where they begin.
+    Unit* ensure(int minimum);
+    /// Takes the length after writing. A negative one keeps the length.
+    void endWriting(int length) noexcept;
+    void freeExtra() { realloc(length()); }
+    /// Frees the room after the units in use, but keeps room for `least` units in all. If memory is exhausted, all stays.
+    void releaseExtra(int least) noexcept;
+
+    /// Copies capacity and units.
+    void assign(const BufferStorage& other) { assign(other.data(), other.held(), other.capacity()); }
+    void assign(const Unit* source, int length, int capacity);
+
+private:
+    static constexpr std::int64_t LARGEST = 0x7FFFFFFF;
+    /// A flag in a number that is a multiple of 16.
+    static constexpr int IS_BORROWED = 1;
+
+    bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
+    void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
+    void resize(int capacity);
+
+    std::atomic<Unit*> m_data {nullptr};
+    int m_capacity = 0;
+    std::atomic<int> m_length {0};
+};
+
+/// The storage of the read-only buffers of both widths: units of another owner.
+template <class AnyUnit>
+class BufferView {
+public:
+    using Unit = AnyUnit;
+    static constexpr bool IS_WRITABLE = false;
+
+    BufferView() noexcept = default;
+    BufferView(const Unit* data, int length) noexcept;
+
+    const Unit* data() const noexcept { return m_data; }
+    int length() const noexcept { return m_length; }
+
+    Unit* ensure(int) { throw ReadOnlyException(); }
+    void endWriting(int) { throw ReadOnlyException(); }
+    void freeExtra() noexcept { }
+
+private:
+    const Unit* m_data = nullptr;
+    int m_length = 0;
+};
+
+template <class AnyUnit>
+BufferStorage<AnyUnit>::BufferStorage(Unit* place, int units) noexcept
+    : m_data(place)
+    , m_capacity(units | IS_BORROWED)
+{
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::alloc(int capacity)
+{
+    free();
+    if (capacity > 0)
+        resize(capacity);
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::realloc(int capacity)
+{
+    if (capacity <= 0)
+        return free();
+    if (adjust(capacity) != this->capacity())
+        resize(capacity);
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::free() noexcept
+{
+    if (!isBorrowed())
+        VXMemFree(data());
+    setData(nullptr);
+    m_capacity = 0;
+    setLength(0);
+}
+
+template <class AnyUnit>
+AnyUnit* BufferStorage<AnyUnit>::ensure(int minimum)
+{
+    if (capacity() < minimum)
+        realloc(minimum);
+    return data();
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::endWriting(int length) noexcept
+{
+    if (length >= 0)
+        setLength(length);
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::releaseExtra(int least) noexcept
+{
+    const std::int64_t units = adjust(std::max(length(), least));
+    if (isBorrowed() || units == 0 || units >= capacity())
+        return;
+    if (void* memory = VXMemRealloc(data(), static_cast<std::size_t>(units) * sizeof(Unit))) {
+        setData(static_cast<Unit*>(memory));
+        m_capacity = static_cast<int>(units);
+    }
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::assign(const Unit* source, int length, int capacity)
+{
+    alloc(std::max(length, capacity));
+    if (source == nullptr || length < 1)
+        return;
+    std::memcpy(data(), source, static_cast<std::size_t>(length) * sizeof(Unit));
+    setLength(length);
+}
+
+template <class AnyUnit>
+void BufferStorage<AnyUnit>::resize(int capacity)
+{
+    const std::int64_t units = adjust(capacity);
+    if (isBorrowed() && units <= this->capacity()) {
+        m_capacity = static_cast<int>(units) | IS_BORROWED;
+        return;
+    }
+    void* memory = units <= LARGEST
+        ? VXMemRealloc(isBorrowed() ? nullptr : data(), static_cast<std::size_t>(units) * sizeof(Unit))
+        : nullptr;
+    if (memory == nullptr)
+        throwBadAllocation();
+    if (isBorrowed())
+        std::memcpy(memory, data(), static_cast<std::size_t>(this->capacity()) * sizeof(Unit));
+    setData(static_cast<Unit*>(memory));
+    m_capacity = static_cast<int>(units);
+}
+
+template <class AnyUnit>
+BufferView<AnyUnit>::BufferView(const Unit* data, int length) noexcept
+    : m_data(data)
+    , m_length(length)
+{
+}
+
+} // namespace vx::util::detail
