@@ -23,13 +23,13 @@ namespace vx::io {
 
 /// A window on a block of bytes with a position and a limit: what the two generations of byte buffers share.
 ///
-/// `Buffer` is the class itself, and `Pointer<Buffer>` holds it counted. Its `acceptOrder` says what becomes of an order
-/// that somebody sets. The block is owned or borrowed; a borrowed one must outlive the buffer. Copies share the block, an
-/// owned one too: it goes with the last of them. One thread at a time.
+/// `Buffer` is the derived class, and `Pointer<Buffer>` owns one by reference count. `Buffer::acceptOrder` returns the byte
+/// order that is used for one that a caller sets. The block is owned or borrowed; a borrowed one must outlive the buffer.
+/// Copies share the block. An owned block is freed with the last of them. One thread at a time.
 template <class Buffer, class Byte, class Order, template <class> class Pointer>
 class VX_API ByteWindow : public Object {
 public:
-    /// Lets go of an owned block and borrows this one, with position 0 and the limit at its end.
+    /// Releases an owned block and borrows this one. The position becomes 0, the limit the end of the block.
     void setBuffer(Byte* bytes, unsigned int size, Order order, bool readOnly)
     {
         *this = ByteWindow(bytes, size, Buffer::acceptOrder(order), readOnly);
@@ -40,55 +40,36 @@ public:
         setBuffer(const_cast<Byte*>(bytes), size, order, true);
     }
 
-    /// A copy with a block of its own, of `size` bytes or for 0 as large as this one; its limit is this capacity. Throws
-    /// RangeErrorException for a `size` below that.
-    Pointer<Buffer> duplicate(bool readOnly, unsigned int size = 0) const
-    {
-        if (size != 0 && size < m_capacity)
-            throw RangeErrorException();
-        const Pointer<Buffer> copy(new Buffer(size != 0 ? size : m_capacity, m_order, readOnly));
-        if (m_capacity > 0)
-            std::memcpy(copy->m_bytes, m_bytes, m_capacity);
-        copy->m_limit = m_capacity;
-        return copy;
-    }
+    /// A copy that owns a new block of `size` bytes; 0 means as large as this one. Its limit is the capacity of this buffer.
+    /// Throws RangeErrorException for a `size` below that.
+    Pointer<Buffer> duplicate(bool readOnly, unsigned int size = 0) const;
     /// The bytes from the position to the limit as a buffer that borrows them.
     Pointer<Buffer> slice() const { return new Buffer(m_bytes + m_position, room(m_position), m_order, m_isReadOnly); }
 
     unsigned int getPosition() const { return m_position; }
     /// Throws RangeErrorException above the limit.
-    void setPosition(unsigned int position)
-    {
-        if (position > m_limit)
-            throw RangeErrorException();
-        m_position = position;
-    }
+    void setPosition(unsigned int position);
     unsigned int getLimit() const { return m_limit; }
     /// Throws RangeErrorException above the capacity. The position stays, even above the limit.
-    void setLimit(unsigned int limit)
-    {
-        if (limit > m_capacity)
-            throw RangeErrorException();
-        m_limit = limit;
-    }
+    void setLimit(unsigned int limit);
     unsigned int getCapacity() const { return m_capacity; }
     Order getOrder() const { return m_order; }
     void setOrder(Order order) { m_order = Buffer::acceptOrder(order); }
     bool isReadOnly() const { return m_isReadOnly; }
-    /// Everything may be written: the limit is the capacity, the position 0.
+    /// Prepares for writing: the limit becomes the capacity, the position 0.
     void clear()
     {
         m_limit = m_capacity;
         m_position = 0;
     }
-    /// What has been written may be read: the limit is the position, the position 0.
+    /// Prepares for reading what was written: the limit becomes the position, the position 0.
     void flip()
     {
         m_limit = m_position;
         m_position = 0;
     }
     void rewind() { m_position = 0; }
-    /// Limit less position. It wraps round where the limit was set below the position.
+    /// Limit minus position. If the limit was set below the position, the difference wraps around.
     unsigned int remaining() const { return m_limit - m_position; }
     /// Throws ReadOnlyException.
     Byte* getBuffer() const
@@ -98,8 +79,8 @@ public:
     }
     const Byte* getConstBuffer() const { return m_bytes; }
 
-    /// Typed access looks at neither limit nor capacity: that is the caller's part. `index` counts bytes; without one the
-    /// position is used and moved on. Writing throws ReadOnlyException.
+    /// Typed access checks neither limit nor capacity; the caller does. `index` counts bytes. Operations without it use the
+    /// position and advance it. Writing to a read-only buffer throws ReadOnlyException.
     Byte get(unsigned int index) const { return m_bytes[index]; }
     Byte get() { return m_bytes[advance(1)]; }
     short getInt16(unsigned int index) const { return load<short>(index); }
@@ -143,7 +124,7 @@ public:
     void putDouble(unsigned int index, double value) { store(index, value); }
     void putDouble(double value) { storeNext(value); }
 
-    /// Up to `count` bytes, as many as there are up to the limit. They return the number.
+    /// Copy up to `count` bytes, but none after the limit, and return how many.
     unsigned int get(unsigned int index, Byte* target, unsigned int count) const
     {
         return copy(target, m_bytes + index, std::min(count, room(index)));
@@ -155,104 +136,30 @@ public:
         return copy(m_bytes + index, bytes, std::min(count, room(index)));
     }
     unsigned int put(const Byte* bytes, unsigned int count) { return skip(put(m_position, bytes, count)); }
-    /// As much of what remains in `source` as there is room for. Both positions move on.
-    void put(Buffer* source)
-    {
-        checkReadOnly();
-        if (source == nullptr)
-            throwResult(RESULT_POINTER);
-        const unsigned int count = put(source->m_bytes + source->m_position, source->room(source->m_position));
-        if (source != this)
-            source->skip(count);
-    }
+    /// Copies as many of the remaining bytes of `source` as there is room for. Advances both positions.
+    void put(Buffer* source);
 
-    /// One read into the room up to the limit. Returns the number of bytes, 0 at the end of the stream.
-    unsigned int readFrom(InputStream* stream)
-    {
-        checkReadOnly();
-        const std::int32_t wanted = atOnce(room(m_position));
-        if (wanted == 0)
-            return 0;
-        if (stream == nullptr)
-            throwResult(RESULT_POINTER);
-        const unsigned int start = m_position; // a stream over this very buffer moves it
-        const std::int32_t got = stream->read(m_bytes + start, wanted);
-        if (got > wanted) // it has no bytes to show for it
-            throw IoException(u"stream read more than asked");
-        m_position = start + static_cast<unsigned int>(std::max(got, 0));
-        return m_position - start;
-    }
-    /// Reads until there is no room, or a read gives nothing. Returns the sum.
-    unsigned int readFully(InputStream* stream)
-    {
-        unsigned int total = 0;
-        while (const unsigned int got = readFrom(stream))
-            total += got;
-        return total;
-    }
-    /// Writes what remains, in one call for all that it can count. Returns the number of bytes.
-    unsigned int writeTo(OutputStream* stream)
-    {
-        if (stream == nullptr)
-            throwResult(RESULT_POINTER);
-        unsigned int position = m_position; // a stream over this very buffer moves it
-        unsigned int left = room(position);
-        const unsigned int total = left;
-        do {
-            const std::int32_t count = atOnce(left);
-            stream->write(const_cast<const Byte*>(m_bytes) + position, count);
-            position += static_cast<unsigned int>(count);
-            left -= static_cast<unsigned int>(count);
-            m_position = position;
-        } while (left > 0);
-        return total;
-    }
+    /// Reads once, up to the limit at most. Returns the number of bytes, 0 at the end of the stream.
+    unsigned int readFrom(InputStream* stream);
+    /// Reads until the limit is reached or a read returns nothing. Returns the sum.
+    unsigned int readFully(InputStream* stream);
+    /// Writes the remaining bytes, with as few calls as 32-bit lengths allow. Returns the number of bytes.
+    unsigned int writeTo(OutputStream* stream);
 
-    // Object: all three look at the whole block, whatever position and limit are.
-    /// By capacity, then byte by byte without a sign. Throws CastFailedException for another class.
-    int compareTo(const Object& other) const override
-    {
-        if (this == &other)
-            return 0;
-        const auto* buffer = dynamic_cast<const Buffer*>(&other);
-        if (buffer == nullptr)
-            throw CastFailedException();
-        if (m_capacity != buffer->m_capacity)
-            return m_capacity > buffer->m_capacity ? 1 : -1;
-        const int order = m_capacity > 0 ? std::memcmp(m_bytes, buffer->m_bytes, m_capacity) : 0;
-        return (order > 0) - (order < 0);
-    }
+    // Object: all three use the whole block and ignore position and limit.
+    /// By capacity, then by unsigned bytes. Throws CastFailedException for another class.
+    int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override
     {
         return dynamic_cast<const Buffer*>(&other) != nullptr && compareTo(other) == 0;
     }
-    /// Of some 32 bytes, however large the block.
-    std::uint32_t hashCode() const override
-    {
-        constexpr unsigned int SAMPLES = 32;
-        const unsigned int step = m_capacity < SAMPLES ? 1 : ((m_capacity - SAMPLES) >> 5) + 1;
-        std::uint32_t hash = 0;
-        for (std::uint64_t index = 0; index < m_capacity; index += step)
-            hash = hash * 37 + static_cast<std::uint32_t>(m_bytes[index]);
-        return hash;
-    }
+    /// Reads some 32 bytes, even of a large block.
+    std::uint32_t hashCode() const override;
 
 protected:
     /// A new block, which is not cleared.
-    ByteWindow(unsigned int capacity, Order order, bool readOnly)
-        : ByteWindow(nullptr, capacity, order, readOnly)
-    {
-        m_block = vx::detail::makeRawArray<Byte>(capacity);
-        m_bytes = m_block.get();
-    }
-    ByteWindow(Byte* bytes, unsigned int size, Order order, bool readOnly) noexcept
-        : m_order(order)
-        , m_capacity(size)
-        , m_limit(size)
-        , m_bytes(bytes)
-        , m_isReadOnly(readOnly)
-    {
-    }
+    ByteWindow(unsigned int capacity, Order order, bool readOnly);
+    ByteWindow(Byte* bytes, unsigned int size, Order order, bool readOnly) noexcept;
     ByteWindow(const ByteWindow&) noexcept = default;
     ByteWindow& operator=(const ByteWindow&) noexcept = default;
     ~ByteWindow() noexcept override = default;
@@ -275,7 +182,7 @@ private:
     {
         return static_cast<std::int32_t>(std::min<unsigned int>(count, std::numeric_limits<std::int32_t>::max()));
     }
-    /// The position before.
+    /// Returns the old position.
     unsigned int advance(unsigned int count)
     {
         const unsigned int before = m_position;
@@ -308,15 +215,7 @@ private:
         return load<Number>(advance(sizeof(Number)));
     }
     template <class Number>
-    void store(unsigned int index, Number value)
-    {
-        checkReadOnly();
-        const auto bits = std::bit_cast<Bits<Number>>(value);
-        if (isLittle())
-            vx::detail::storeNumber<std::endian::little>(m_bytes + index, bits);
-        else
-            vx::detail::storeNumber<std::endian::big>(m_bytes + index, bits);
-    }
+    void store(unsigned int index, Number value);
     template <class Number>
     void storeNext(Number value)
     {
@@ -332,5 +231,144 @@ private:
     std::shared_ptr<Byte[]> m_block; ///< null for a borrowed one
     bool m_isReadOnly;
 };
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+ByteWindow<Buffer, Byte, Order, Pointer>::ByteWindow(unsigned int capacity, Order order, bool readOnly)
+    : ByteWindow(nullptr, capacity, order, readOnly)
+{
+    m_block = vx::detail::makeRawArray<Byte>(capacity);
+    m_bytes = m_block.get();
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+ByteWindow<Buffer, Byte, Order, Pointer>::ByteWindow(
+    Byte* bytes, unsigned int size, Order order, bool readOnly) noexcept
+    : m_order(order)
+    , m_capacity(size)
+    , m_limit(size)
+    , m_bytes(bytes)
+    , m_isReadOnly(readOnly)
+{
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+Pointer<Buffer> ByteWindow<Buffer, Byte, Order, Pointer>::duplicate(bool readOnly, unsigned int size) const
+{
+    if (size != 0 && size < m_capacity)
+        throw RangeErrorException();
+    const Pointer<Buffer> copy(new Buffer(size != 0 ? size : m_capacity, m_order, readOnly));
+    if (m_capacity > 0)
+        std::memcpy(copy->m_bytes, m_bytes, m_capacity);
+    copy->m_limit = m_capacity;
+    return copy;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+void ByteWindow<Buffer, Byte, Order, Pointer>::setPosition(unsigned int position)
+{
+    if (position > m_limit)
+        throw RangeErrorException();
+    m_position = position;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+void ByteWindow<Buffer, Byte, Order, Pointer>::setLimit(unsigned int limit)
+{
+    if (limit > m_capacity)
+        throw RangeErrorException();
+    m_limit = limit;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+void ByteWindow<Buffer, Byte, Order, Pointer>::put(Buffer* source)
+{
+    checkReadOnly();
+    if (source == nullptr)
+        throwResult(RESULT_POINTER);
+    const unsigned int count = put(source->m_bytes + source->m_position, source->room(source->m_position));
+    if (source != this)
+        source->skip(count);
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+unsigned int ByteWindow<Buffer, Byte, Order, Pointer>::readFrom(InputStream* stream)
+{
+    checkReadOnly();
+    const std::int32_t wanted = atOnce(room(m_position));
+    if (wanted == 0)
+        return 0;
+    if (stream == nullptr)
+        throwResult(RESULT_POINTER);
+    const unsigned int start = m_position; // a stream on this buffer changes it
+    const std::int32_t got = stream->read(m_bytes + start, wanted);
+    if (got > wanted) // there is no room for so many
+        throw IoException(u"stream read more than asked");
+    m_position = start + static_cast<unsigned int>(std::max(got, 0));
+    return m_position - start;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+unsigned int ByteWindow<Buffer, Byte, Order, Pointer>::readFully(InputStream* stream)
+{
+    unsigned int total = 0;
+    while (const unsigned int got = readFrom(stream))
+        total += got;
+    return total;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+unsigned int ByteWindow<Buffer, Byte, Order, Pointer>::writeTo(OutputStream* stream)
+{
+    if (stream == nullptr)
+        throwResult(RESULT_POINTER);
+    unsigned int position = m_position; // a stream on this buffer changes it
+    unsigned int left = room(position);
+    const unsigned int total = left;
+    do {
+        const std::int32_t count = atOnce(left);
+        stream->write(const_cast<const Byte*>(m_bytes) + position, count);
+        position += static_cast<unsigned int>(count);
+        left -= static_cast<unsigned int>(count);
+        m_position = position;
+    } while (left > 0);
+    return total;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+int ByteWindow<Buffer, Byte, Order, Pointer>::compareTo(const Object& other) const
+{
+    if (this == &other)
+        return 0;
+    const auto* buffer = dynamic_cast<const Buffer*>(&other);
+    if (buffer == nullptr)
+        throw CastFailedException();
+    if (m_capacity != buffer->m_capacity)
+        return m_capacity > buffer->m_capacity ? 1 : -1;
+    const int order = m_capacity > 0 ? std::memcmp(m_bytes, buffer->m_bytes, m_capacity) : 0;
+    return (order > 0) - (order < 0);
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+std::uint32_t ByteWindow<Buffer, Byte, Order, Pointer>::hashCode() const
+{
+    constexpr unsigned int SAMPLES = 32;
+    const unsigned int step = m_capacity < SAMPLES ? 1 : ((m_capacity - SAMPLES) >> 5) + 1;
+    std::uint32_t hash = 0;
+    for (std::uint64_t index = 0; index < m_capacity; index += step)
+        hash = hash * 37 + static_cast<std::uint32_t>(m_bytes[index]);
+    return hash;
+}
+
+template <class Buffer, class Byte, class Order, template <class> class Pointer>
+template <class Number>
+void ByteWindow<Buffer, Byte, Order, Pointer>::store(unsigned int index, Number value)
+{
+    checkReadOnly();
+    const auto bits = std::bit_cast<Bits<Number>>(value);
+    if (isLittle())
+        vx::detail::storeNumber<std::endian::little>(m_bytes + index, bits);
+    else
+        vx::detail::storeNumber<std::endian::big>(m_bytes + index, bits);
+}
 
 } // namespace vx::io
