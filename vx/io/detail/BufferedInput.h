@@ -1,7 +1,7 @@
 #pragma once
 
-#include "vx/io/detail/StreamChecks.h"
 #include "vx/detail/RawArray.h"
+#include "vx/io/detail/StreamChecks.h"
 
 #include <algorithm>
 #include <cstdint>
