@@ -5,10 +5,26 @@
 #include "vx/net/detail/TextOut.h"
 
 #include <memory>
+#include <type_traits>
 
 using namespace vx::net;
 
 namespace {
+
+/// Runs an operation of a socket, which may be null. An overloaded operation is chosen by naming its `Parameters`.
+template <class... Parameters, class Socket, class Owner, class Result>
+ENUM_VX_E_SOCKET call(
+    Socket* socket, Result (Owner::*operation)(Parameters...), std::type_identity_t<Parameters>... arguments)
+{
+    if (socket == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if constexpr (std::is_void_v<Result>) {
+        (socket->*operation)(arguments...);
+        return VX_E_SOCKET_OK;
+    } else {
+        return (socket->*operation)(arguments...);
+    }
+}
 
 /// Asks a temporary address of the family of `address`.
 ENUM_VX_E_SOCKET ask(const vx_sockaddr_union* address, short* answer, short (InetAddress::*question)() const)
@@ -68,30 +84,22 @@ unsigned int VxNetTcpSocketGetId(TcpSocket2* socket)
 
 ENUM_VX_E_SOCKET VxNetTcpSocketClose(TcpSocket2* socket)
 {
-    if (socket == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return socket->close();
+    return call(socket, &TcpSocket2::close);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpSocketShutdownInput(TcpSocket2* socket)
 {
-    if (socket == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return socket->shutdownInput();
+    return call(socket, &TcpSocket2::shutdownInput);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpSocketShutdownOutput(TcpSocket2* socket)
 {
-    if (socket == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return socket->shutdownOutput();
+    return call(socket, &TcpSocket2::shutdownOutput);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpSocketShutdownBoth(TcpSocket2* socket)
 {
-    if (socket == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return socket->shutdownBoth();
+    return call(socket, &TcpSocket2::shutdownBoth);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketStaticCreate(int domain, int type, int protocol, TcpClientSocket2** out)
@@ -102,32 +110,24 @@ ENUM_VX_E_SOCKET VxNetTcpClientSocketStaticCreate(int domain, int type, int prot
 ENUM_VX_E_SOCKET VxNetTcpClientSocketBind(
     TcpClientSocket2* client, const vx_sockaddr_union* address, unsigned int length)
 {
-    if (client == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return client->bind(address, length);
+    return call(client, &TcpClientSocket2::bind, address, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketConnect(
     TcpClientSocket2* client, const vx_sockaddr_union* address, unsigned int length)
 {
-    if (client == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return client->connect(address, length);
+    return call(client, &TcpClientSocket2::connect, address, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketGetLocalAddress(TcpClientSocket2* client, vx_sockaddr_union* address, int* length)
 {
-    if (client == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return client->getLocalAddress(address, length);
+    return call(client, &TcpClientSocket2::getLocalAddress, address, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketGetsockopt(
     TcpWorkerSocket2* worker, int32_t level, int32_t name, char* value, int* length)
 {
-    if (worker == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return worker->getsockopt(level, name, value, length);
+    return call(worker, &TcpWorkerSocket2::getsockopt, level, name, value, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketGetsockopt(
@@ -139,9 +139,7 @@ ENUM_VX_E_SOCKET VxNetTcpClientSocketGetsockopt(
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSetsockopt(
     TcpWorkerSocket2* worker, int32_t level, int32_t name, const char* value, int length)
 {
-    if (worker == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return worker->setsockopt(level, name, value, length);
+    return call(worker, &TcpWorkerSocket2::setsockopt, level, name, value, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketSetsockopt(
@@ -153,9 +151,7 @@ ENUM_VX_E_SOCKET VxNetTcpClientSocketSetsockopt(
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketRecv(
     TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
 {
-    if (worker == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return worker->recv(buffer, length, flags, count);
+    return call(worker, &TcpWorkerSocket2::recv, buffer, length, flags, count);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketRecv(
@@ -167,9 +163,8 @@ ENUM_VX_E_SOCKET VxNetTcpClientSocketRecv(
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSend(
     TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
 {
-    if (worker == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return worker->send(buffer, length, flags, count);
+    return call<char*, unsigned int, std::int32_t, std::int32_t*>(
+        worker, &TcpWorkerSocket2::send, buffer, length, flags, count);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpClientSocketSend(
@@ -199,91 +194,70 @@ ENUM_VX_E_SOCKET VxNetTcpServerSocketStaticCreate(int domain, int type, int prot
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddAddrAny(TcpServerSocket2* server, unsigned short port)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->bindListAddAddrAny(port);
+    return call(server, &TcpServerSocket2::bindListAddAddrAny, port);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddAddrInfo(
     TcpServerSocket2* server, const char* hosts, const char* service, unsigned short port)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->bindListAddAddrInfo(hosts, service, port);
+    return call(server, &TcpServerSocket2::bindListAddAddrInfo, hosts, service, port);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListClear(TcpServerSocket2* server)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    server->bindListClear();
-    return VX_E_SOCKET_OK;
+    return call(server, &TcpServerSocket2::bindListClear);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListSaveOneForNamedPipeReply(TcpServerSocket2* server)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->bindListSaveOneForNamedPipeReply();
+    return call(server, &TcpServerSocket2::bindListSaveOneForNamedPipeReply);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBindListAddressesDiagnosticStrA(
     TcpServerSocket2* server, char* text, uint32_t* length)
 {
-    if (server == nullptr || text == nullptr || length == nullptr)
+    if (text == nullptr || length == nullptr)
         return VX_E_SOCKET_EINVAL;
-    return server->bindListAddressesDiagnosticStrA(text, length);
+    return call(server, &TcpServerSocket2::bindListAddressesDiagnosticStrA, text, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBind(TcpServerSocket2* server)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->bind();
+    return call(server, &TcpServerSocket2::bind);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketListen(TcpServerSocket2* server, int backlog)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->listen(backlog);
+    return call(server, &TcpServerSocket2::listen, backlog);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketSaveBoundAddresses(TcpServerSocket2* server)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->saveBoundAddresses();
+    return call(server, &TcpServerSocket2::saveBoundAddresses);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketGetBoundAddress(
     TcpServerSocket2* server, uint32_t index, signed char* address, unsigned int* length)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->getBoundAddress(index, address, length);
+    return call(server, &TcpServerSocket2::getBoundAddress, index, address, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(
     TcpServerSocket2* server, char* text, uint32_t* length)
 {
-    if (server == nullptr || text == nullptr || length == nullptr)
+    if (text == nullptr || length == nullptr)
         return VX_E_SOCKET_EINVAL;
-    return server->boundListAddressesDiagnosticStrA(text, length);
+    return call(server, &TcpServerSocket2::boundListAddressesDiagnosticStrA, text, length);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketAccept(TcpServerSocket2* server, TcpWorkerSocket2** out)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->accept(out);
+    return call<TcpWorkerSocket2**>(server, &TcpServerSocket2::accept, out);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketAcceptSocket(TcpServerSocket2* server, unsigned int* socket)
 {
-    if (server == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return server->accept(socket);
+    return call<unsigned int*>(server, &TcpServerSocket2::accept, socket);
 }
 
 ENUM_VX_E_SOCKET VxNetInetSocketAddressStaticGetPortHostOrderFromTcpServiceName(

@@ -4,14 +4,10 @@
 #include "vx/net/detail/QueryTable.h"
 #include "vx/net/detail/QueryText.h"
 #include "vx/net/detail/TextWriter.h"
-#include "vxsys/Number.h"
-#include "vxsys/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,101 +17,10 @@ namespace vx::net {
 
 namespace {
 
-using detail::find;
 using detail::TextWriter;
 using View = std::u16string_view;
 
-constexpr std::size_t NOT_FOUND = View::npos;
-constexpr const char16_t* UTF_8 = u"UTF-8";
-
-/// The bytes of the encoding UTF-8, which takes a lone trailing surrogate as a character of three bytes.
-std::string utf8Of(View text)
-{
-    constexpr std::size_t BYTES_PER_UNIT = 3; // at most
-    std::string bytes(text.size() * BYTES_PER_UNIT, '\0');
-    if (bytes.size() >= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
-        throwBadAllocation();
-    const auto size = static_cast<std::int32_t>(bytes.size() + 1); // with the terminator that a std::string has
-    const std::int32_t written = String(text).getBytes(bytes.data(), size, UTF_8);
-    bytes.resize(static_cast<std::size_t>(written - 1));
-    return bytes;
-}
-
-/// Empty for a start behind its end.
-View slice(View text, std::size_t start, std::size_t end)
-{
-    return start < end ? text.substr(start, end - start) : View();
-}
-
-constexpr bool isAscii(char16_t unit) noexcept
-{
-    return unit < 0x80;
-}
-
-/// For each byte a bit of each class that escapes it.
-constexpr auto ESCAPED_IN = [] {
-    constexpr std::string_view ALWAYS = "\"#%<>[\\]^`{|}";
-    constexpr std::string_view OF_CLASS[] = {"/:;?@", "/;=?", "$&+,/:;=?@"};
-    constexpr unsigned char ALL = 0xFF;
-    std::array<unsigned char, 256> classes {};
-    for (unsigned byte = 0; byte < classes.size(); ++byte) {
-        const auto character = static_cast<char>(byte);
-        if (byte <= ' ' || byte >= 0x7F || ALWAYS.find(character) != ALWAYS.npos)
-            classes[byte] = ALL;
-        for (unsigned part = 0; part < std::size(OF_CLASS); ++part) {
-            if (OF_CLASS[part].find(character) != std::string_view::npos)
-                classes[byte] = static_cast<unsigned char>(classes[byte] | 1U << part);
-        }
-    }
-    return classes;
-}();
-
-/// Two digits, upper-case; for what is no ASCII they are those of the platform's number texts.
-void appendEscape(std::u16string& escaped, unsigned char byte)
-{
-    constexpr char16_t DIGITS[] = u"0123456789ABCDEF";
-    escaped += u'%';
-    if (byte < 0x80) {
-        escaped += DIGITS[byte >> 4];
-        escaped += DIGITS[byte & 0xF];
-    } else {
-        char16_t digits[33];
-        escaped += VXLToStrW(byte, digits, 16);
-    }
-}
-
 } // namespace
-
-QueryKey::QueryKey(const String& key)
-    : String(key)
-{
-}
-
-QueryKey::~QueryKey() noexcept = default;
-
-int QueryKey::compareTo(const Object& other) const
-{
-    return lowerCase().compare(other.toString(), true);
-}
-
-bool QueryKey::equals(const Object& other) const
-{
-    return lowerCase().equals(other.toString(), true);
-}
-
-std::uint32_t QueryKey::hashCode() const
-{
-    return lowerCase().hashCode();
-}
-
-const String& QueryKey::lowerCase() const
-{
-    if (m_lowerCase.isEmpty() && !isEmpty()) {
-        m_lowerCase = static_cast<const String&>(*this);
-        m_lowerCase.toLower();
-    }
-    return m_lowerCase;
-}
 
 URI::URI() = default;
 
@@ -157,18 +62,6 @@ URI& URI::operator=(URI&& other) noexcept
 }
 
 URI::~URI() noexcept = default;
-
-String URI::toString() const
-{
-    return TextWriter::write(roomToPrint(), [&](TextWriter& target) {
-        if (hasScheme()) {
-            target.append(m_parts.texts[SCHEME]);
-            target.append(u':');
-        }
-        if (hasSchemeSpecificPart())
-            appendSchemeSpecificPart(target, false);
-    });
-}
 
 void URI::setUri(const String& text, bool escape)
 {
@@ -232,7 +125,7 @@ void URI::setPort(int port)
 void URI::setQuery(const String& text, bool escape)
 {
     detail::QueryReader each(text.view());
-    if (m_query != nullptr && find(text.view(), u'&') == NOT_FOUND && each.next())
+    if (m_query != nullptr && detail::find(text.view(), u'&') == View::npos && each.next())
         takePair(each.key(), each.value(), escape); // needs no copy of the table to be undone
     else
         take(QUERY, text.view(), escape);
@@ -452,112 +345,6 @@ void URI::removeAll()
     removeSchemeSpecificPart();
 }
 
-std::u16string URI::getEscapedString(View text, ESCAPE_PART part)
-{
-    const auto isKept = [&](char16_t unit) { return isAscii(unit) && (ESCAPED_IN[unit] & 1U << part) == 0; };
-    std::u16string escaped;
-    escaped.reserve(text.size());
-    for (auto place = text.begin(); place != text.end();) {
-        auto end = std::find_if_not(place, text.end(), isKept);
-        escaped.append(place, end);
-        for (; end != text.end() && isAscii(*end) && !isKept(*end); ++end)
-            appendEscape(escaped, static_cast<unsigned char>(*end));
-        place = std::find_if(end, text.end(), isAscii);
-        if (place != end) {
-            for (const char byte : utf8Of(View(end, place)))
-                appendEscape(escaped, static_cast<unsigned char>(byte));
-        }
-    }
-    return escaped;
-}
-
-String URI::getUnescapedString(View text)
-{
-    constexpr std::size_t DIGITS = 2;
-    if (std::ranges::all_of(text, [](char16_t unit) { return isAscii(unit) && unit != u'%'; }))
-        return String(text);
-    std::string bytes = utf8Of(text);
-    std::size_t end = 0;
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        if (bytes[index] != '%') {
-            bytes[end++] = bytes[index];
-            continue;
-        }
-        if (bytes.size() - index <= DIGITS)
-            throw Exception();
-        const char16_t digits[DIGITS + 1]
-            = {static_cast<unsigned char>(bytes[index + 1]), static_cast<unsigned char>(bytes[index + 2]), 0};
-        bytes[end++] = static_cast<char>(VXStrToULW(digits, nullptr, 16) & 0xFF);
-        index += DIGITS;
-    }
-    return String(bytes.data(), static_cast<int>(end), UTF_8);
-}
-
-void URI::Parts::set(Part part, View text)
-{
-    texts[part] = text;
-    has[part] = true;
-}
-
-void URI::parseUri(View text, bool hasScheme, Parts& parts)
-{
-    const std::size_t colon = find(text, u':');
-    if (colon == NOT_FOUND)
-        return parseSchemeSpecificPart(text, hasScheme, parts);
-    parts.set(SCHEME, text.substr(0, colon));
-    parseSchemeSpecificPart(text.substr(colon + 1), true, parts);
-}
-
-void URI::parseSchemeSpecificPart(View text, bool hasScheme, Parts& parts)
-{
-    if (hasScheme && !text.starts_with(u'/'))
-        return parts.set(OPAQUE_PART, text);
-    std::size_t query = NOT_FOUND;
-    std::size_t start = NOT_FOUND; // of the slash in front of the path
-    if (text.starts_with(u"//")) {
-        constexpr std::size_t AUTHORITY = 2;
-        query = find(text, u'?', AUTHORITY);
-        start = find(text, u'/', AUTHORITY);
-        if (start == NOT_FOUND)
-            start = std::min(query, text.size());
-        parseAuthority(slice(text, AUTHORITY, start), parts);
-    } else {
-        query = find(text, u'?');
-        start = text.starts_with(u'/') ? 0 : NOT_FOUND;
-    }
-
-    std::size_t end = start;
-    if (query != 0 && start != text.size() && (query == NOT_FOUND || start != query)) {
-        end = std::min(query, text.size());
-        parts.set(PATH, slice(text, start + 1, end));
-    }
-    if (query != NOT_FOUND)
-        parts.set(QUERY, text.substr(end + 1));
-}
-
-void URI::parseAuthority(View text, Parts& parts)
-{
-    if (const std::size_t at = find(text, u'@'); at != NOT_FOUND) {
-        parseUserInfo(text.substr(0, at), parts);
-        text.remove_prefix(at + 1);
-    }
-    if (const std::size_t colon = find(text, u':'); colon != NOT_FOUND) {
-        parts.port = VXStrToIW(std::u16string(text.substr(colon + 1)).c_str());
-        parts.hasPort = true;
-        text = text.substr(0, colon);
-    }
-    if (!text.empty())
-        parts.set(HOST, text);
-}
-
-void URI::parseUserInfo(View text, Parts& parts)
-{
-    const std::size_t colon = find(text, u':');
-    parts.set(USER, text.substr(0, colon));
-    if (colon != NOT_FOUND)
-        parts.set(PASSWORD, text.substr(colon + 1));
-}
-
 void URI::take(Parts given, bool escape)
 {
     std::unique_ptr<detail::QueryTable> query;
@@ -660,84 +447,6 @@ detail::QueryTable* URI::readQuery() const
         m_query = std::move(query);
     }
     return m_query.get();
-}
-
-std::size_t URI::roomToPrint() const
-{
-    constexpr std::size_t SIGNS = 20; // and the port
-    std::size_t room = SIGNS;
-    for (const View text : m_parts.texts)
-        room += text.size();
-    return room;
-}
-
-void URI::append(TextWriter& target, View stored, bool unescape)
-{
-    if (unescape)
-        target.append(getUnescapedString(stored));
-    else
-        target.append(stored);
-}
-
-void URI::appendUserInfo(TextWriter& target, bool unescape) const
-{
-    append(target, m_parts.texts[USER], unescape);
-    if (hasPassword()) {
-        target.append(u':');
-        target.append(m_parts.texts[PASSWORD]);
-    }
-}
-
-void URI::appendAuthority(TextWriter& target, bool unescape) const
-{
-    if (hasUser()) {
-        appendUserInfo(target, unescape);
-        target.append(u'@');
-    }
-    if (hasHost())
-        append(target, m_parts.texts[HOST], unescape);
-    if (hasPort()) {
-        char16_t digits[33];
-        target.append(u':');
-        target.append(VXLToStrW(m_parts.port, digits, 10));
-    }
-}
-
-void URI::appendQuery(TextWriter& target, bool unescape) const
-{
-    bool isFirst = true;
-    const auto appendPair = [&](View key, View value) {
-        if (!std::exchange(isFirst, false))
-            target.append(u'&');
-        target.append(key);
-        target.append(u'=');
-        append(target, value, unescape);
-    };
-    detail::ShortQuery few;
-    if (m_query == nullptr && few.read(m_parts.texts[QUERY]))
-        few.forEach(appendPair);
-    else if (detail::QueryTable* query = readQuery())
-        query->forEach(appendPair);
-}
-
-void URI::appendSchemeSpecificPart(TextWriter& target, bool unescape) const
-{
-    if (isOpaque()) {
-        target.append(m_parts.texts[OPAQUE_PART]);
-        return;
-    }
-    if (hasAuthority()) {
-        target.append(u"//");
-        appendAuthority(target, unescape);
-    }
-    if (hasPath()) {
-        target.append(u'/');
-        append(target, m_parts.texts[PATH], unescape);
-    }
-    if (hasQuery()) {
-        target.append(u'?');
-        appendQuery(target, unescape);
-    }
 }
 
 } // namespace vx::net
