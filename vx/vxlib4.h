@@ -161,6 +161,7 @@
 #include "vx/net/vorb/AbstractTransport.h"
 #include "vx/net/vorb/IVXTransport.h"
 #include "vx/net/vorb/VorbTransport.h"
+#include "vx/sync/AnySemaphore.h"
 #include "vx/sync/Atomic.h"
 #include "vx/sync/Condition.h"
 #include "vx/sync/Event.h"

@@ -1,38 +1,27 @@
 #pragma once
 
-#include "vx/sync/Object.h"
+#include "vx/sync/AnySemaphore.h"
 #include "vxsys/Named.h"
 
 #include <cstdint>
 
 namespace vx::ipc {
 
-/// A counting semaphore that all processes of a user share by its name. What a process took and did not signal comes back to
-/// the others when it closes its last semaphore of that name or ends, also by a kill. Failures are ResultExceptions.
-class VX_API Semaphore : public sync::Object {
+/// A semaphore that all processes of a user share by its name. What a process took and did not signal returns to the others
+/// when it closes its last semaphore of that name or ends, also by a kill.
+class VX_API Semaphore : public sync::AnySemaphore {
 public:
-    /// `name` is any narrow text. `value`, at most 2^31 - 1, is the count of a semaphore that no process has open. Where the
-    /// system takes no files of named objects the description of the exception says what to do.
+    /// `name` is any narrow text. `value`, at most 2^31 - 1, is the count of a semaphore that no process has open. If the
+    /// system cannot store files of named objects, the description of the exception says what to do.
     Semaphore(const char* name, std::uint32_t value);
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
     ~Semaphore() noexcept(false) override;
 
-    // Object
-    void wait() override;
-    bool tryWait() override;
-
-    virtual void signal();
-    /// The count of the moment.
-    virtual std::int32_t getValue();
-
     /// What the holder is about to write, for the next holder if this process is killed meanwhile. RESULT_ACCESS_DENIED for
     /// a process that does not hold the semaphore. A length of 0 is no note.
     void setNote(const VXNamedSemNote& note);
     VXNamedSemNote getNote();
-
-private:
-    VXHandle m_handle = nullptr;
 };
 
 } // namespace vx::ipc

@@ -14,26 +14,4 @@ Semaphore::~Semaphore() noexcept(false)
     detail::throwIfDestructionFailed(VXSemaphoreDestroy(m_handle));
 }
 
-void Semaphore::wait()
-{
-    throwIfFailed(VXSemaphoreWait(m_handle));
-}
-
-bool Semaphore::tryWait()
-{
-    return !failed(VXSemaphoreTryWait(m_handle));
-}
-
-void Semaphore::signal()
-{
-    throwIfFailed(VXSemaphorePost(m_handle));
-}
-
-std::int32_t Semaphore::getValue()
-{
-    std::int32_t value = 0;
-    throwIfFailed(VXSemaphoreGetValue(m_handle, &value));
-    return value;
-}
-
 } // namespace vx::sync

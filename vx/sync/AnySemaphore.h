@@ -1,0 +1,33 @@
+#pragma once
+
+#include "vx/sync/Object.h"
+#include "vxsys/Lock.h"
+
+#include <cstdint>
+
+namespace vx::sync {
+
+/// What the semaphores of one process and those that processes share have in common: a count. A wait takes one, and blocks
+/// while the count is 0; a signal adds one. Failures throw ResultException.
+class VX_API AnySemaphore : public Object {
+public:
+    AnySemaphore(const AnySemaphore&) = delete;
+    AnySemaphore& operator=(const AnySemaphore&) = delete;
+    ~AnySemaphore() noexcept(false) override;
+
+    // Object
+    void wait() override;
+    bool tryWait() override;
+
+    /// Fails if the count would exceed 2^31 - 1.
+    virtual void signal();
+    /// The count at this moment.
+    virtual std::int32_t getValue();
+
+protected:
+    AnySemaphore() noexcept = default;
+
+    VXHandle m_handle = nullptr; ///< created and destroyed by the derived class
+};
+
+} // namespace vx::sync
