@@ -12,14 +12,14 @@
 
 namespace vx::detail {
 
-/// Ordered indexes of the long chains of a hash table, by bucket. Keys that an attacker chose so that they share a bucket
-/// make a chain as long as there are keys. With an index, an entry of it is found, added and removed in logarithmic time.
-/// The chain itself, and so the order of iteration, stays as it is.
+/// Ordered indexes of the long chains of a hash table, by bucket. An attacker can choose all keys so that they share one
+/// bucket and so one long chain. With an index, an entry of it is found, added and removed in logarithmic time. The chain
+/// itself, and therefore the order of iteration, stays as it is.
 ///
 /// `Entry` names an entry of the table, and `NONE` stands for the end of a chain. `Order` compares two entries by hash, then
-/// by key, then by the entries themselves, and an entry with what a caller of `find` wants. It need not be right: where it
-/// contradicts itself, because a caller changed a key that is in the table, the chain loses its index. So does a chain for
-/// which there is no memory. `has` says whether a chain has one.
+/// by key, then by the entries themselves, and an entry with what a caller of `find` wants. If it contradicts itself because
+/// a caller changed a key that is in the table, the chain loses its index. It also does if memory is exhausted. `has` says
+/// whether a chain has one.
 template <class Entry, Entry NONE, class Order>
 class ChainIndex {
 public:
@@ -33,74 +33,21 @@ public:
 
     /// Whether a chain from `head` on has more than FEW entries.
     template <class Next>
-    static bool isLong(Entry head, Next next) noexcept
-    {
-        int length = 0;
-        for (; head != NONE && length <= FEW; head = next(head))
-            ++length;
-        return length > FEW;
-    }
+    static bool isLong(Entry head, Next next) noexcept;
 
     /// Makes the index of the chain from `head` on.
     template <class Next>
-    void build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
-    {
-        try {
-            Chain& chain = m_chains.try_emplace(bucket, order).first->second;
-            Place* previous = nullptr;
-            for (Entry entry = head; entry != NONE; entry = next(entry)) {
-                Place* place = &chain.places.try_emplace(entry, Place {entry, previous, nullptr}).first->second;
-                (previous != nullptr ? previous->next : chain.head) = place;
-                previous = place;
-            }
-        } catch (...) {
-            drop(bucket);
-        }
-    }
+    void build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept;
 
     /// Adds a new head to the chain.
-    void prepend(std::size_t bucket, Entry head) noexcept
-    {
-        try {
-            Chain& chain = m_chains.find(bucket)->second;
-            Place* place = &chain.places.try_emplace(head, Place {head, nullptr, chain.head}).first->second;
-            chain.head->previous = place;
-            chain.head = place;
-        } catch (...) {
-            drop(bucket);
-        }
-    }
+    void prepend(std::size_t bucket, Entry head) noexcept;
 
-    /// Takes an entry out. The result is the entry before it in its chain, NONE for the head.
-    std::optional<Entry> remove(std::size_t bucket, Entry entry) noexcept
-    {
-        try {
-            Chain& chain = m_chains.find(bucket)->second;
-            if (const auto found = chain.places.find(entry); found != chain.places.end()) {
-                Place* const previous = found->second.previous;
-                Place* const next = found->second.next;
-                (previous != nullptr ? previous->next : chain.head) = next;
-                if (next != nullptr)
-                    next->previous = previous;
-                chain.places.erase(found);
-                if (chain.head == nullptr)
-                    drop(bucket);
-                return previous != nullptr ? previous->entry : NONE;
-            }
-        } catch (...) {
-        }
-        drop(bucket);
-        return std::nullopt;
-    }
+    /// Removes an entry. Returns the entry before it in its chain, NONE for the head.
+    std::optional<Entry> remove(std::size_t bucket, Entry entry) noexcept;
 
     /// The entry that is equal to `wanted`, NONE if there is none.
     template <class Wanted>
-    Entry find(std::size_t bucket, const Wanted& wanted) const
-    {
-        const Places& places = m_chains.find(bucket)->second.places;
-        const auto found = places.find(wanted);
-        return found != places.end() ? found->first : NONE;
-    }
+    Entry find(std::size_t bucket, const Wanted& wanted) const;
 
     void drop(std::size_t bucket) noexcept
     {
@@ -132,6 +79,77 @@ private:
 
     Tree<std::size_t, Chain, std::less<>> m_chains;
 };
+
+template <class Entry, Entry NONE, class Order>
+template <class Next>
+bool ChainIndex<Entry, NONE, Order>::isLong(Entry head, Next next) noexcept
+{
+    int length = 0;
+    for (; head != NONE && length <= FEW; head = next(head))
+        ++length;
+    return length > FEW;
+}
+
+template <class Entry, Entry NONE, class Order>
+template <class Next>
+void ChainIndex<Entry, NONE, Order>::build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
+{
+    try {
+        Chain& chain = m_chains.try_emplace(bucket, order).first->second;
+        Place* previous = nullptr;
+        for (Entry entry = head; entry != NONE; entry = next(entry)) {
+            Place* place = &chain.places.try_emplace(entry, Place {entry, previous, nullptr}).first->second;
+            (previous != nullptr ? previous->next : chain.head) = place;
+            previous = place;
+        }
+    } catch (...) {
+        drop(bucket);
+    }
+}
+
+template <class Entry, Entry NONE, class Order>
+void ChainIndex<Entry, NONE, Order>::prepend(std::size_t bucket, Entry head) noexcept
+{
+    try {
+        Chain& chain = m_chains.find(bucket)->second;
+        Place* place = &chain.places.try_emplace(head, Place {head, nullptr, chain.head}).first->second;
+        chain.head->previous = place;
+        chain.head = place;
+    } catch (...) {
+        drop(bucket);
+    }
+}
+
+template <class Entry, Entry NONE, class Order>
+std::optional<Entry> ChainIndex<Entry, NONE, Order>::remove(std::size_t bucket, Entry entry) noexcept
+{
+    try {
+        Chain& chain = m_chains.find(bucket)->second;
+        if (const auto found = chain.places.find(entry); found != chain.places.end()) {
+            Place* const previous = found->second.previous;
+            Place* const next = found->second.next;
+            (previous != nullptr ? previous->next : chain.head) = next;
+            if (next != nullptr)
+                next->previous = previous;
+            chain.places.erase(found);
+            if (chain.head == nullptr)
+                drop(bucket);
+            return previous != nullptr ? previous->entry : NONE;
+        }
+    } catch (...) {
+    }
+    drop(bucket);
+    return std::nullopt;
+}
+
+template <class Entry, Entry NONE, class Order>
+template <class Wanted>
+Entry ChainIndex<Entry, NONE, Order>::find(std::size_t bucket, const Wanted& wanted) const
+{
+    const Places& places = m_chains.find(bucket)->second.places;
+    const auto found = places.find(wanted);
+    return found != places.end() ? found->first : NONE;
+}
 
 /// Below, equal to or above 0: an order of texts for indexes only, shorter ones first.
 inline int compareForIndex(std::u16string_view left, std::u16string_view right) noexcept

@@ -92,16 +92,7 @@ public:
 private:
     void normalize();
     template <RegistryNumber Number>
-    void setNumber(const String& name, Number number) const
-    {
-        if constexpr (sizeof(Number) == sizeof(std::uint32_t)) {
-            const auto value = static_cast<std::uint32_t>(number);
-            setValue(name, VX_REG_UINT32, &value, sizeof value);
-        } else {
-            const auto value = static_cast<std::uint64_t>(number);
-            setValue(name, VX_REG_UINT64, &value, sizeof value);
-        }
-    }
+    void setNumber(const String& name, Number number) const;
     void setValue(const String& name, ENUM_VX_REG_TYPE type, const void* data, std::int32_t length) const;
     std::int32_t tryGetValue(const String& name, ENUM_VX_REG_TYPE type, void* data, std::int32_t& length) const;
     std::int32_t tryGetValue(const String& name, ENUM_VX_REG_TYPE type, IByteBuffer& buffer) const;
@@ -112,5 +103,17 @@ private:
     String m_key;
     String m_keyName;
 };
+
+template <RegistryNumber Number>
+void RegistryKey::setNumber(const String& name, Number number) const
+{
+    if constexpr (sizeof(Number) == sizeof(std::uint32_t)) {
+        const auto value = static_cast<std::uint32_t>(number);
+        setValue(name, VX_REG_UINT32, &value, sizeof value);
+    } else {
+        const auto value = static_cast<std::uint64_t>(number);
+        setValue(name, VX_REG_UINT64, &value, sizeof value);
+    }
+}
 
 } // namespace vx::util

@@ -19,15 +19,15 @@ namespace vx::collections::detail {
 
 /// The buckets and chains of the hash maps of objects, in the order that `HashOrder` describes.
 ///
-/// Items lie side by side in one array, and chains are indexes into it, so that entries need no allocation each. An index
-/// stands for its item until that is removed. An operation that fails changes nothing. When items are destroyed, the table
-/// is whole and without them: their destructors may use it.
+/// Items are stored side by side in one array, and chains are indexes into it, so that an entry needs no allocation. An
+/// index is valid until its item is removed. An operation that fails changes nothing. When an item is destroyed, the table
+/// is consistent and no longer contains it: the destructor may use the table.
 ///
-/// `KeyOrder` says how the keys of a long chain can be ordered:
-/// - `areOrdered(const Item&, const Item&)`: whether the keys of the two can stand in one order;
-/// - `isOrdered(const Item&, key)`: whether a wanted key can stand in one order with that of an item;
-/// - `compare(const Item&, const Item&)`, `compare(const Item&, key)`: below, equal to or above 0, for keys of one order.
-///   The result is 0 for equal keys; otherwise any order will do.
+/// `KeyOrder` orders the keys of a long chain:
+/// - `areOrdered(const Item&, const Item&)`: whether the keys of the two can be compared;
+/// - `isOrdered(const Item&, key)`: whether a wanted key can be compared with that of an item;
+/// - `compare(const Item&, const Item&)`, `compare(const Item&, key)`: below, equal to or above 0, for keys that can be
+///   compared. The result is 0 for equal keys. Apart from that, any order is allowed.
 template <class Item, class KeyOrder>
 class HashTable {
     using Order = vx::detail::HashOrder<>;
@@ -43,12 +43,7 @@ public:
     static constexpr int calcCapacity(int size) noexcept { return Order::capacityFor(size); }
 
     /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
-    HashTable(int capacity, float load, KeyOrder keyOrder = KeyOrder())
-        : m_order(capacity, load >= LEAST_LOAD ? load : DEFAULT_LOAD)
-        , m_keyOrder(keyOrder)
-        , m_heads(static_cast<std::size_t>(m_order.capacity()), NONE)
-    {
-    }
+    HashTable(int capacity, float load, KeyOrder keyOrder = KeyOrder());
     ~HashTable()
     {
         while (!m_nodes.empty()) // destructors of items may add others
@@ -68,66 +63,18 @@ public:
 
     /// The first item of its chain with `key`: the one that `matches`, which is called for equal hashes only.
     template <class Key, class Matches>
-    Index find(std::uint32_t hash, const Key& key, Matches matches) const
-    {
-        int first = ChainIndex::FIRST;
-        Index index = m_heads[bucketOf(hash)];
-        while (index != NONE && (node(index).hash != hash || !matches(node(index).item))) {
-            if (--first == 0 && isIndexed(hash, key)) {
-                const Index found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key});
-                return found != NONE && matches(node(found).item) ? found : NONE;
-            }
-            index = next(index);
-        }
-        return index;
-    }
+    Index find(std::uint32_t hash, const Key& key, Matches matches) const;
 
-    void insert(std::uint32_t hash, Item item)
-    {
-        makeRoom();
-        const Index index = std::exchange(m_free, next(m_free));
-        swap(node(index).item, item);
-        node(index).hash = hash;
-        prepend(index);
-        ++m_size;
-        ++m_modificationCount;
-        addToIndex(index);
-    }
-
-    Item remove(Index index)
-    {
-        *linkTo(index) = node(index).next;
-        Item item;
-        swap(node(index).item, item);
-        node(index).next = std::exchange(m_free, index);
-        --m_size;
-        ++m_modificationCount;
-        return item;
-    }
-
+    void insert(std::uint32_t hash, Item item);
+    Item remove(Index index);
     /// Keeps the capacity.
-    void clear() noexcept
-    {
-        Nodes nodes;
-        nodes.swap(m_nodes);
-        m_chains.clear();
-        std::fill(m_heads.begin(), m_heads.end(), NONE);
-        m_free = NONE;
-        m_size = 0;
-        ++m_modificationCount;
-    }
+    void clear() noexcept;
 
-    /// The head of the next chain below `bucket`, which goes down to it; NONE and 0 where there is none.
-    Index headBelow(int& bucket) const noexcept
-    {
-        Index index = NONE;
-        while (index == NONE && bucket > 0)
-            index = head(--bucket);
-        return index;
-    }
+    /// Decrements `bucket` to the next one with a chain and returns its head. Without such a bucket, NONE and 0.
+    Index headBelow(int& bucket) const noexcept;
 
-    /// One pass for a range-for from bucket 0 up, which gives each item through `Projection`. The step after an entry was
-    /// added or removed throws an Exception without a message.
+    /// The iterator of a range-for: one pass from bucket 0 up. Each item is passed through `Projection`. If an entry was added
+    /// or removed, the next step throws an Exception without a message.
     template <class Projection>
     class Walk {
     public:
@@ -143,14 +90,7 @@ public:
         }
 
         value_type operator*() const { return Projection()(m_table->node(m_index).hash, m_table->item(m_index)); }
-        Walk& operator++()
-        {
-            if (m_expectedCount != m_table->m_modificationCount)
-                throw Exception();
-            m_index = m_table->next(m_index);
-            findHead();
-            return *this;
-        }
+        Walk& operator++();
         void operator++(int) { ++*this; }
 
         friend bool operator==(const Walk& walk, std::default_sentinel_t) noexcept { return walk.m_index == NONE; }
@@ -187,28 +127,11 @@ private:
     struct IndexOrder {
         using is_transparent = void;
 
-        bool operator()(Index left, Index right) const
-        {
-            const Node& leftNode = table->node(left);
-            const Node& rightNode = table->node(right);
-            if (leftNode.hash != rightNode.hash)
-                return leftNode.hash < rightNode.hash;
-            const int order = left != right ? table->m_keyOrder.compare(leftNode.item, rightNode.item) : 0;
-            return order != 0 ? order < 0 : left < right;
-        }
+        bool operator()(Index left, Index right) const;
         template <class Key>
-        bool operator()(Index left, const Wanted<Key>& right) const
-        {
-            const Node& node = table->node(left);
-            return node.hash != right.hash ? node.hash < right.hash
-                                           : table->m_keyOrder.compare(node.item, right.key) < 0;
-        }
+        bool operator()(Index left, const Wanted<Key>& right) const;
         template <class Key>
-        bool operator()(const Wanted<Key>& left, Index right) const
-        {
-            const Node& node = table->node(right);
-            return node.hash != left.hash ? left.hash < node.hash : table->m_keyOrder.compare(node.item, left.key) > 0;
-        }
+        bool operator()(const Wanted<Key>& left, Index right) const;
 
         const HashTable* table;
     };
@@ -227,7 +150,7 @@ private:
         node(index).next = std::exchange(head, index);
     }
 
-    /// Whether the chain for `hash` has an index that knows where `key` belongs. The chain is not empty.
+    /// Whether the chain for `hash`, which is not empty, has an ordered index in which `key` can be searched.
     template <class Key>
     bool isIndexed(std::uint32_t hash, const Key& key) const
     {
@@ -236,78 +159,17 @@ private:
     }
 
     /// After an item became the head of its chain.
-    void addToIndex(Index index) noexcept
-    {
-        const std::size_t bucket = bucketOf(node(index).hash);
-        const Index oldHead = next(index);
-        if (!m_chains.has(bucket))
-            indexIfLong(bucket);
-        else if (m_keyOrder.areOrdered(node(oldHead).item, node(index).item))
-            m_chains.prepend(bucket, index);
-        else
-            m_chains.drop(bucket);
-    }
+    void addToIndex(Index index) noexcept;
 
-    void indexIfLong(std::size_t bucket) noexcept
-    {
-        const Index head = m_heads[bucket];
-        const auto following = [this](Index index) { return next(index); };
-        if (!ChainIndex::isLong(head, following))
-            return;
-        for (Index index = next(head); index != NONE; index = next(index))
-            if (!m_keyOrder.areOrdered(node(head).item, node(index).item))
-                return;
-        m_chains.build(bucket, head, following, IndexOrder {this});
-    }
+    void indexIfLong(std::size_t bucket) noexcept;
 
-    /// The place that holds `index` in its chain, out of whose ordered index it is taken.
-    Index* linkTo(Index index) noexcept
-    {
-        const std::size_t bucket = bucketOf(node(index).hash);
-        if (m_chains.has(bucket)) {
-            if (const std::optional<Index> previous = m_chains.remove(bucket, index))
-                return *previous != NONE ? &node(*previous).next : &m_heads[bucket];
-        }
-        Index* link = &m_heads[bucket];
-        while (*link != index)
-            link = &node(*link).next;
-        return link;
-    }
+    /// Returns where `index` is stored in its chain, and removes it from the ordered index of that chain.
+    Index* linkTo(Index index) noexcept;
 
     /// A free node, and a bucket that is not too full for it.
-    void makeRoom()
-    {
-        if (m_size == std::numeric_limits<int>::max())
-            throwBadAllocation();
-        if (m_free == NONE) {
-            m_nodes.emplace_back();
-            m_free = static_cast<Index>(m_nodes.size() - 1);
-        }
-        if (m_order.isFull(m_size))
-            rehash();
-    }
+    void makeRoom();
 
-    void rehash()
-    {
-        const Order grown = m_order.grown();
-        const auto buckets = static_cast<std::size_t>(grown.capacity());
-        std::vector<std::uint8_t, vxsys::Allocator<std::uint8_t>> lengths(buckets);
-        Heads heads(buckets, NONE);
-        heads.swap(m_heads);
-        m_order = grown;
-        m_chains.clear();
-        for (auto head = heads.rbegin(); head != heads.rend(); ++head) {
-            for (Index index = *head; index != NONE;) {
-                const std::size_t bucket = bucketOf(node(index).hash);
-                prepend(std::exchange(index, next(index)));
-                if (lengths[bucket] <= ChainIndex::FEW)
-                    ++lengths[bucket];
-            }
-        }
-        for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
-            if (lengths[bucket] > ChainIndex::FEW)
-                indexIfLong(bucket);
-    }
+    void rehash();
 
     Order m_order;
     KeyOrder m_keyOrder;
@@ -318,5 +180,189 @@ private:
     Index m_free = NONE; ///< a chain of nodes without an item
     ChainIndex m_chains;
 };
+
+template <class Item, class KeyOrder>
+HashTable<Item, KeyOrder>::HashTable(int capacity, float load, KeyOrder keyOrder)
+    : m_order(capacity, load >= LEAST_LOAD ? load : DEFAULT_LOAD)
+    , m_keyOrder(keyOrder)
+    , m_heads(static_cast<std::size_t>(m_order.capacity()), NONE)
+{
+}
+
+template <class Item, class KeyOrder>
+template <class Key, class Matches>
+auto HashTable<Item, KeyOrder>::find(std::uint32_t hash, const Key& key, Matches matches) const -> Index
+{
+    int first = ChainIndex::FIRST;
+    Index index = m_heads[bucketOf(hash)];
+    while (index != NONE && (node(index).hash != hash || !matches(node(index).item))) {
+        if (--first == 0 && isIndexed(hash, key)) {
+            const Index found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key});
+            return found != NONE && matches(node(found).item) ? found : NONE;
+        }
+        index = next(index);
+    }
+    return index;
+}
+
+template <class Item, class KeyOrder>
+void HashTable<Item, KeyOrder>::insert(std::uint32_t hash, Item item)
+{
+    makeRoom();
+    const Index index = std::exchange(m_free, next(m_free));
+    swap(node(index).item, item);
+    node(index).hash = hash;
+    prepend(index);
+    ++m_size;
+    ++m_modificationCount;
+    addToIndex(index);
+}
+
+template <class Item, class KeyOrder>
+Item HashTable<Item, KeyOrder>::remove(Index index)
+{
+    *linkTo(index) = node(index).next;
+    Item item;
+    swap(node(index).item, item);
+    node(index).next = std::exchange(m_free, index);
+    --m_size;
+    ++m_modificationCount;
+    return item;
+}
+
+template <class Item, class KeyOrder>
+void HashTable<Item, KeyOrder>::clear() noexcept
+{
+    Nodes nodes;
+    nodes.swap(m_nodes);
+    m_chains.clear();
+    std::fill(m_heads.begin(), m_heads.end(), NONE);
+    m_free = NONE;
+    m_size = 0;
+    ++m_modificationCount;
+}
+
+template <class Item, class KeyOrder>
+auto HashTable<Item, KeyOrder>::headBelow(int& bucket) const noexcept -> Index
+{
+    Index index = NONE;
+    while (index == NONE && bucket > 0)
+        index = head(--bucket);
+    return index;
+}
+
+template <class Item, class KeyOrder>
+template <class Projection>
+auto HashTable<Item, KeyOrder>::Walk<Projection>::operator++() -> Walk&
+{
+    if (m_expectedCount != m_table->m_modificationCount)
+        throw Exception();
+    m_index = m_table->next(m_index);
+    findHead();
+    return *this;
+}
+
+template <class Item, class KeyOrder>
+bool HashTable<Item, KeyOrder>::IndexOrder::operator()(Index left, Index right) const
+{
+    const Node& leftNode = table->node(left);
+    const Node& rightNode = table->node(right);
+    if (leftNode.hash != rightNode.hash)
+        return leftNode.hash < rightNode.hash;
+    const int order = left != right ? table->m_keyOrder.compare(leftNode.item, rightNode.item) : 0;
+    return order != 0 ? order < 0 : left < right;
+}
+
+template <class Item, class KeyOrder>
+template <class Key>
+bool HashTable<Item, KeyOrder>::IndexOrder::operator()(Index left, const Wanted<Key>& right) const
+{
+    const Node& node = table->node(left);
+    return node.hash != right.hash ? node.hash < right.hash : table->m_keyOrder.compare(node.item, right.key) < 0;
+}
+
+template <class Item, class KeyOrder>
+template <class Key>
+bool HashTable<Item, KeyOrder>::IndexOrder::operator()(const Wanted<Key>& left, Index right) const
+{
+    const Node& node = table->node(right);
+    return node.hash != left.hash ? left.hash < node.hash : table->m_keyOrder.compare(node.item, left.key) > 0;
+}
+
+template <class Item, class KeyOrder>
+void HashTable<Item, KeyOrder>::addToIndex(Index index) noexcept
+{
+    const std::size_t bucket = bucketOf(node(index).hash);
+    const Index oldHead = next(index);
+    if (!m_chains.has(bucket))
+        indexIfLong(bucket);
+    else if (m_keyOrder.areOrdered(node(oldHead).item, node(index).item))
+        m_chains.prepend(bucket, index);
+    else
+        m_chains.drop(bucket);
+}
+
+template <class Item, class KeyOrder>
+void HashTable<Item, KeyOrder>::indexIfLong(std::size_t bucket) noexcept
+{
+    const Index head = m_heads[bucket];
+    const auto following = [this](Index index) { return next(index); };
+    if (!ChainIndex::isLong(head, following))
+        return;
+    for (Index index = next(head); index != NONE; index = next(index))
+        if (!m_keyOrder.areOrdered(node(head).item, node(index).item))
+            return;
+    m_chains.build(bucket, head, following, IndexOrder {this});
+}
+
+template <class Item, class KeyOrder>
+void HashTable<Item, KeyOrder>::makeRoom()
+{
+    if (m_size == std::numeric_limits<int>::max())
+        throwBadAllocation();
+    if (m_free == NONE) {
+        m_nodes.emplace_back();
+        m_free = static_cast<Index>(m_nodes.size() - 1);
+    }
+    if (m_order.isFull(m_size))
+        rehash();
+}
+
+template <class Item, class KeyOrder>
+void HashTable<Item, KeyOrder>::rehash()
+{
+    const Order grown = m_order.grown();
+    const auto buckets = static_cast<std::size_t>(grown.capacity());
+    std::vector<std::uint8_t, vxsys::Allocator<std::uint8_t>> lengths(buckets);
+    Heads heads(buckets, NONE);
+    heads.swap(m_heads);
+    m_order = grown;
+    m_chains.clear();
+    for (auto head = heads.rbegin(); head != heads.rend(); ++head) {
+        for (Index index = *head; index != NONE;) {
+            const std::size_t bucket = bucketOf(node(index).hash);
+            prepend(std::exchange(index, next(index)));
+            if (lengths[bucket] <= ChainIndex::FEW)
+                ++lengths[bucket];
+        }
+    }
+    for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
+        if (lengths[bucket] > ChainIndex::FEW)
+            indexIfLong(bucket);
+}
+
+template <class Item, class KeyOrder>
+auto HashTable<Item, KeyOrder>::linkTo(Index index) noexcept -> Index*
+{
+    const std::size_t bucket = bucketOf(node(index).hash);
+    if (m_chains.has(bucket)) {
+        if (const std::optional<Index> previous = m_chains.remove(bucket, index))
+            return *previous != NONE ? &node(*previous).next : &m_heads[bucket];
+    }
+    Index* link = &m_heads[bucket];
+    while (*link != index)
+        link = &node(*link).next;
+    return link;
+}
 
 } // namespace vx::collections::detail

@@ -176,14 +176,7 @@ public:
         const Item& item = m_map->m_table.item(m_index);
         return {item.key(), item.value()};
     }
-    Walk& operator++()
-    {
-        m_map->check(m_expectedCount);
-        m_index = m_map->m_table.next(m_index);
-        if (m_index == NONE)
-            m_index = m_map->m_table.headBelow(m_bucket);
-        return *this;
-    }
+    Walk& operator++();
     void operator++(int) { ++*this; }
 
     bool isAtEnd() const noexcept { return m_index == NONE; }
@@ -195,6 +188,15 @@ private:
     int m_bucket;
     Index m_index;
 };
+
+inline auto HashMap::Walk::operator++() -> Walk&
+{
+    m_map->check(m_expectedCount);
+    m_index = m_map->m_table.next(m_index);
+    if (m_index == NONE)
+        m_index = m_map->m_table.headBelow(m_bucket);
+    return *this;
+}
 
 inline HashMap::Walk HashMap::begin() const
 {

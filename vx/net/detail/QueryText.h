@@ -14,7 +14,7 @@
 
 namespace vx::net::detail {
 
-/// The first place of `unit` at or behind `from`, or `npos`.
+/// The first position of `unit` at `from` or after it, or `npos`.
 inline std::size_t find(std::u16string_view text, char16_t unit, std::size_t from = 0) noexcept
 {
     const auto found = std::find(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), unit);
@@ -30,20 +30,7 @@ public:
     {
     }
 
-    bool next() noexcept
-    {
-        if (m_isDone)
-            return false;
-        const std::size_t end = find(m_rest, u'&');
-        m_value = m_rest.substr(0, end);
-        m_isDone = end == m_rest.npos;
-        m_rest.remove_prefix(m_isDone ? m_rest.size() : end + 1);
-        const std::size_t sign = find(m_value, u'=');
-        m_key = m_value.substr(0, sign);
-        if (sign != m_value.npos)
-            m_value.remove_prefix(sign + 1);
-        return true;
-    }
+    bool next() noexcept;
 
     std::u16string_view key() const noexcept { return m_key; }
     std::u16string_view value() const noexcept { return m_value; }
@@ -55,20 +42,11 @@ private:
     bool m_isDone;
 };
 
-/// A query of few parameters, which come in the order of the table that they do not need.
+/// A query of few parameters. Keeps them in the order that a `QueryTable` would have, and needs no allocation.
 class ShortQuery {
 public:
-    /// False for more than a few, and with a null unit, where only the table knows the hash.
-    bool read(std::u16string_view text) noexcept
-    {
-        if (find(text, u'\0') != text.npos)
-            return false;
-        for (QueryReader each(text); each.next();) {
-            if (!add(each.key(), each.value()))
-                return false;
-        }
-        return true;
-    }
+    /// False for too many parameters, and for a text with a null unit, whose hash only the table computes.
+    bool read(std::u16string_view text) noexcept;
 
     std::optional<std::u16string_view> get(std::u16string_view key) const noexcept
     {
@@ -113,28 +91,56 @@ private:
     static constexpr int MOST = 16;
     static_assert(!ORDER.isFull(MOST));
 
-    bool add(std::u16string_view key, std::u16string_view value) noexcept
-    {
-        const IsKey isKey(key);
-        const auto end = m_pairs.begin() + m_count;
-        const auto known = std::find_if(m_pairs.begin(), end, isKey);
-        if (known != end) {
-            known->value = value;
-            return true;
-        }
-        if (m_count == MOST)
-            return false;
-        // From the last bucket down, the newest of a bucket first.
-        const std::uint32_t bucket = ORDER.bucketOf(isKey.hash);
-        const auto place = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.bucket <= bucket; });
-        std::move_backward(place, end, end + 1);
-        *place = {key, value, isKey.hash, bucket};
-        ++m_count;
-        return true;
-    }
+    bool add(std::u16string_view key, std::u16string_view value) noexcept;
 
     std::array<Pair, MOST> m_pairs;
     std::size_t m_count = 0;
 };
+
+inline bool QueryReader::next() noexcept
+{
+    if (m_isDone)
+        return false;
+    const std::size_t end = find(m_rest, u'&');
+    m_value = m_rest.substr(0, end);
+    m_isDone = end == m_rest.npos;
+    m_rest.remove_prefix(m_isDone ? m_rest.size() : end + 1);
+    const std::size_t sign = find(m_value, u'=');
+    m_key = m_value.substr(0, sign);
+    if (sign != m_value.npos)
+        m_value.remove_prefix(sign + 1);
+    return true;
+}
+
+inline bool ShortQuery::read(std::u16string_view text) noexcept
+{
+    if (find(text, u'\0') != text.npos)
+        return false;
+    for (QueryReader each(text); each.next();) {
+        if (!add(each.key(), each.value()))
+            return false;
+    }
+    return true;
+}
+
+inline bool ShortQuery::add(std::u16string_view key, std::u16string_view value) noexcept
+{
+    const IsKey isKey(key);
+    const auto end = m_pairs.begin() + m_count;
+    const auto known = std::find_if(m_pairs.begin(), end, isKey);
+    if (known != end) {
+        known->value = value;
+        return true;
+    }
+    if (m_count == MOST)
+        return false;
+    // From the last bucket down, and the newest of a bucket first.
+    const std::uint32_t bucket = ORDER.bucketOf(isKey.hash);
+    const auto place = std::find_if(m_pairs.begin(), end, [&](const Pair& pair) { return pair.bucket <= bucket; });
+    std::move_backward(place, end, end + 1);
+    *place = {key, value, isKey.hash, bucket};
+    ++m_count;
+    return true;
+}
 
 } // namespace vx::net::detail
