@@ -2,8 +2,6 @@
 
 #include "vx/String.h"
 #include "vx/TerminatedText.h"
-#include "vx/math/BigDecimal.h"
-#include "vx/math/BigInteger.h"
 #include "vxsys/Number.h"
 
 namespace vx {
@@ -67,16 +65,6 @@ std::uint32_t Number::toULong() const
 float Number::toFloat() const
 {
     return static_cast<float>(toDouble());
-}
-
-math::BigInteger Number::toBigInteger() const
-{
-    return math::BigInteger(toInt64());
-}
-
-math::BigDecimal Number::toBigDecimal() const
-{
-    return math::BigDecimal(toDouble());
 }
 
 signed char Number::toInt8() const
@@ -194,16 +182,6 @@ unsigned char Number::parseUInt8(const String& text, int radix)
     return static_cast<unsigned char>(readUnsigned(text, radix));
 }
 
-std::int64_t Number::parseInt64(const String& text)
-{
-    return math::BigInteger(text, 10).toInt64();
-}
-
-std::uint64_t Number::parseUInt64(const String& text, int radix)
-{
-    return math::BigInteger(text, radix).toUInt64();
-}
-
 double Number::parseDouble(const String& text)
 {
     return VXStrToDW(TerminatedText(text), nullptr);
@@ -214,38 +192,13 @@ float Number::parseFloat(const String& text)
     return static_cast<float>(parseDouble(text));
 }
 
-math::BigInteger Number::parseBigInteger(const String& text)
-{
-    return math::BigInteger(text, 10);
-}
-
-math::BigDecimal Number::parseBigDecimal(const String& text)
-{
-    return math::BigDecimal(text);
-}
-
 SignedInteger::~SignedInteger() noexcept = default;
 
-String SignedInteger::toString() const
-{
-    return math::BigInteger(toInt64()).toString(10);
-}
-
 UnsignedInteger::~UnsignedInteger() noexcept = default;
-
-math::BigInteger UnsignedInteger::toBigInteger() const
-{
-    return math::BigInteger(toUInt64());
-}
 
 String UnsignedInteger::toString() const
 {
     return toString(10);
-}
-
-String UnsignedInteger::toString(int radix) const
-{
-    return math::BigInteger(toUInt64()).toString(radix);
 }
 
 } // namespace vx

@@ -1,7 +1,7 @@
 #include "vx/util/detail/IniText.h"
 
-#include "vx/detail/EncodeText.h"
 #include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/detail/EncodeText.h"
 
 #include <algorithm>
 #include <optional>
@@ -109,7 +109,7 @@ public:
         for (;;) {
             try {
                 m_converter->reset();
-                vx::detail::encodeText(*m_converter, units, done, bytes, written, size);
+                text::charset::detail::encodeText(*m_converter, units, done, bytes, written, size);
                 break;
             } catch (const InvalidCharacterException&) {
                 if (written == size)

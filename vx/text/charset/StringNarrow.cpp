@@ -3,11 +3,11 @@
 #include "vx/AnsiBytes.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
-#include "vx/detail/EncodeText.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextRange.h"
 #include "vx/text/charset/BTCUTF8.h"
 #include "vx/text/charset/CTBUTF8.h"
+#include "vx/text/charset/detail/EncodeText.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vxsys/Text.h"
@@ -74,7 +74,7 @@ std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, si
     std::int32_t read = 0;
     std::int32_t written = 0;
     const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
-    detail::encodeText(encoder, units, read, out, written, size);
+    text::charset::detail::encodeText(encoder, units, read, out, written, size);
     if (written < size)
         out[written++] = 0;
     return written;
@@ -347,7 +347,7 @@ std::string String::toUtf8() const
     CTBUTF8 encoder;
     std::int32_t read = 0;
     std::int32_t written = 0;
-    detail::encodeText(
+    text::charset::detail::encodeText(
         encoder, units, read, reinterpret_cast<signed char*>(bytes.data()), written, static_cast<std::int32_t>(size));
     // The encoder takes a lone trailing surrogate as a character of three bytes, for which there is no room then.
     if (read != text.length())

@@ -3,10 +3,10 @@
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
-#include "vx/detail/EncodeText.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/detail/EncodeText.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Text.h"
@@ -137,8 +137,10 @@ std::int32_t Str1::convertToA(
     if (converter == nullptr || (out == nullptr && size != 0))
         result = RESULT_INVALID_ARGUMENT;
     else if (place >= 0 && place < m_length)
-        result = vorb::atBoundary(
-            [&] { detail::encodeText(*converter, view(), place, reinterpret_cast<signed char*>(out), done, size); });
+        result = vorb::atBoundary([&] {
+            text::charset::detail::encodeText(
+                *converter, view(), place, reinterpret_cast<signed char*>(out), done, size);
+        });
     if (written != nullptr)
         *written = done;
     if (position != nullptr)
@@ -195,7 +197,8 @@ OwningArray<char> Str1::getBytesAZ(const char16_t* encoding) const
     std::int32_t written = 0;
     std::int32_t position = 0;
     if (m_length != 0)
-        detail::encodeText(*encoder, view(), position, reinterpret_cast<signed char*>(bytes.get()), written, size - 1);
+        text::charset::detail::encodeText(
+            *encoder, view(), position, reinterpret_cast<signed char*>(bytes.get()), written, size - 1);
     if (position != m_length)
         throwResult(RESULT_BUFFER_TOO_SMALL);
     bytes[static_cast<std::size_t>(written)] = 0;
