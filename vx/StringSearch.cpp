@@ -2,8 +2,11 @@
 
 #include "vx/Exceptions.h"
 #include "vx/detail/StringLocks.h"
+#include "vx/detail/TextHash.h"
 #include "vx/detail/TextRange.h"
 #include "vx/detail/TextScan.h"
+#include "vx/detail/TwoWay.h"
+#include "vx/detail/UnitSet.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
@@ -16,6 +19,7 @@ using detail::measured;
 using detail::StringReadLock;
 using detail::StringSource;
 using detail::StringWriteLock;
+using detail::UnitSet;
 
 namespace {
 
@@ -52,80 +56,103 @@ struct Regions {
     int rightLength;
 };
 
-/// A pattern that is looked for, of one unit or more.
-class Pattern {
+/// A search for a pattern of one unit or more. The plain scan is the fastest for nearly every text, but for some, such as
+/// long runs of one letter, it takes a time in proportion to the product of both lengths. When its failed comparisons have
+/// cost several times the length of the text, the two-way search takes over.
+class PatternSearch {
 public:
-    Pattern(const char16_t* units, int length) noexcept
-        : m_units(units)
+    PatternSearch(const StringReadLock& text, const char16_t* pattern, int length, bool ignoreCase) noexcept
+        : m_text(text.data())
+        , m_pattern(pattern)
         , m_length(length)
+        , m_candidates(std::max(text.length() - length + 1, 0))
+        , m_ignoreCase(ignoreCase)
     {
     }
 
-    /// Gives the result of `scan(mayMatch, matches)` over candidates in `text`.
-    template <class Scan>
-    int search(const char16_t* text, bool ignoreCase, Scan scan) const noexcept
+    /// The first match that begins at `from` or after it.
+    int findUp(int from) const noexcept
     {
-        const char16_t* const units = m_units;
-        const int length = m_length;
-        if (ignoreCase) {
-            const char16_t first = VXToLowerW(units[0]);
-            return scan(
-                [=](int index) { // beyond ASCII only the tables tell
+        if (from >= m_candidates)
+            return NOT_FOUND;
+        std::int64_t patience = patienceFor(m_candidates - from);
+        const int place = scan(patience,
+            [&](auto mayMatch, auto matches) { return detail::scanUp(from, m_candidates, mayMatch, matches); });
+        if (patience >= 0)
+            return place;
+        const int next = place + 1;
+        const int found = findTwoWay(
+            m_candidates - next, [=, this](int index) { return m_pattern[index]; },
+            [=, this](int index) { return m_text[next + index]; });
+        return found >= 0 ? next + found : NOT_FOUND;
+    }
+
+    /// The last match that begins before `end`.
+    int findDown(int end) const noexcept
+    {
+        end = std::min(end, m_candidates);
+        if (end <= 0)
+            return NOT_FOUND;
+        std::int64_t patience = patienceFor(end);
+        const int place
+            = scan(patience, [&](auto mayMatch, auto matches) { return detail::scanDown(end, mayMatch, matches); });
+        if (patience >= 0)
+            return place;
+        const int lastUnit = m_length - 1;
+        const int found = findTwoWay(
+            place, [=, this](int index) { return m_pattern[lastUnit - index]; },
+            [=, this](int index) { return m_text[place - 1 + lastUnit - index]; });
+        return found >= 0 ? place - 1 - found : NOT_FOUND;
+    }
+
+private:
+    /// The units that failed comparisons may cost.
+    static std::int64_t patienceFor(int candidates) noexcept { return 4096 + std::int64_t {candidates} * 4; }
+
+    /// Gives the result of `scanAll(mayMatch, matches)`. With `patience` below 0 afterwards, that is no match, but the
+    /// place at which the scan was given up.
+    template <class ScanAll>
+    int scan(std::int64_t& patience, ScanAll scanAll) const noexcept
+    {
+        const auto isEnough = [&](bool isMatch) { return isMatch || (patience -= m_length) < 0; };
+        const char16_t* const text = m_text;
+        if (m_ignoreCase) {
+            const char16_t first = detail::lowerUnit(m_pattern[0]);
+            return scanAll(
+                [=](int index) { // a quick look, since beyond ASCII only the tables tell
                     const char16_t unit = text[index];
                     const char16_t lower = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
                     return lower == first || unit >= 0x80;
                 },
-                [=](int index) { return VXMemNICmpW(text + index, units, length) == 0; });
+                [=, this](int index) {
+                    return detail::lowerUnit(text[index]) == first
+                        && isEnough(VXMemNICmpW(text + index, m_pattern, m_length) == 0);
+                });
         }
-        const char16_t first = units[0];
-        const char16_t last = units[length - 1];
-        const char16_t* const ends = text + (length - 1);
-        return scan([=](int index) { return (text[index] == first) & (ends[index] == last); },
-            [=](int index) { return length <= 2 || detail::equalUnits(text + index + 1, units + 1, length - 2); });
+        const char16_t first = m_pattern[0];
+        const char16_t last = m_pattern[m_length - 1];
+        const char16_t* const ends = text + (m_length - 1);
+        return scanAll([=](int index) { return (text[index] == first) & (ends[index] == last); },
+            [=, this](int index) {
+                return m_length <= 2 || isEnough(detail::equalUnits(text + index + 1, m_pattern + 1, m_length - 2));
+            });
     }
 
-private:
-    const char16_t* m_units;
+    template <class PatternAt, class TextAt>
+    int findTwoWay(int candidates, PatternAt patternAt, TextAt textAt) const noexcept
+    {
+        if (!m_ignoreCase)
+            return detail::findTwoWay(m_length, patternAt, candidates, textAt);
+        return detail::findTwoWay(
+            m_length, [=](int index) { return detail::lowerUnit(patternAt(index)); }, candidates,
+            [=](int index) { return detail::lowerUnit(textAt(index)); });
+    }
+
+    const char16_t* m_text;
+    const char16_t* m_pattern;
     int m_length;
-};
-
-/// The set of a search, with the first 256 units in a table so that a common text costs one look for each unit.
-class UnitSet {
-public:
-    UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept
-        : m_units(units)
-        , m_length(measured(units, length))
-        , m_ignoreCase(ignoreCase)
-    {
-        for (int index = 0; index < m_length; ++index) {
-            const char16_t unit = folded(m_units[index]);
-            add(unit);
-            if (ignoreCase && folded(VXToUpperW(unit)) == unit)
-                add(VXToUpperW(unit));
-        }
-    }
-
-    bool isEmpty() const noexcept { return m_length == 0; }
-    bool contains(char16_t unit) const noexcept { return unit < LATIN ? m_latin[unit] : containsOther(folded(unit)); }
-
-private:
-    static constexpr char16_t LATIN = 256;
-
-    char16_t folded(char16_t unit) const noexcept { return m_ignoreCase ? VXToLowerW(unit) : unit; }
-    void add(char16_t unit) noexcept
-    {
-        if (unit < LATIN)
-            m_latin[unit] = true;
-    }
-    bool containsOther(char16_t unit) const noexcept
-    {
-        return std::any_of(m_units, m_units + m_length, [&](char16_t candidate) { return folded(candidate) == unit; });
-    }
-
-    const char16_t* m_units;
-    int m_length;
+    int m_candidates; ///< the places where a match may begin
     bool m_ignoreCase;
-    bool m_latin[LATIN] = {};
 };
 
 /// The first position from `from` on whose being in `set` is `wanted`.
@@ -292,12 +319,7 @@ int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase)
         return NOT_FOUND;
 
     const StringReadLock own(*this);
-    if (length > own.length())
-        return NOT_FOUND;
-    from = clipped(from, own.length());
-    return Pattern(text, length).search(own.data(), ignoreCase, [&](auto mayMatch, auto matches) {
-        return detail::scanUp(from, own.length() - length + 1, mayMatch, matches);
-    });
+    return PatternSearch(own, text, length, ignoreCase).findUp(clipped(from, own.length()));
 }
 
 int String::indexOf(const String& text, int from, bool ignoreCase) const
@@ -318,12 +340,7 @@ int String::lastIndexOf(const char16_t* text, int length, int from, bool ignoreC
         return NOT_FOUND;
 
     const StringReadLock own(*this);
-    if (length > own.length())
-        return NOT_FOUND;
-    from = clippedToLast(from, own.length());
-    return Pattern(text, length).search(own.data(), ignoreCase, [&](auto mayMatch, auto matches) {
-        return detail::scanDown(from - length + 2, mayMatch, matches);
-    });
+    return PatternSearch(own, text, length, ignoreCase).findDown(clippedToLast(from, own.length()) - length + 2);
 }
 
 int String::lastIndexOf(const String& text, int from, bool ignoreCase) const

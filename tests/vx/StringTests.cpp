@@ -351,6 +351,35 @@ TEST(String, SearchesLikeTheStandardLibrary)
     }
 }
 
+TEST(String, SearchesTextsThatRepeatThemselves)
+{
+    Random random;
+    const auto below = [&](std::size_t limit) { return random() % limit; };
+    for (int round = 0; round < 400; ++round) {
+        std::u16string plain, part;
+        for (std::u16string* text : {&plain, &part}) {
+            const std::size_t period = 1 + below(5);
+            const std::size_t length = text == &plain ? 2000 + below(2000) : 40 + below(300);
+            for (std::size_t index = 0; index < length; ++index)
+                *text += index % period == 0 ? u'\u0436' : u'a';
+        }
+        for (std::size_t changes = below(3); changes > 0; --changes)
+            part[below(part.size())] = u'b';
+        for (std::size_t changes = below(3); changes > 0; --changes)
+            plain.insert(below(plain.size()), part.substr(below(part.size() / 2)));
+        if (round % 3 == 0)
+            plain.insert(below(plain.size()), part);
+        const String text(plain), pattern(part);
+        String capitals(part);
+        capitals.toUpper();
+        const auto first = static_cast<int>(plain.find(part)), last = static_cast<int>(plain.rfind(part));
+        ASSERT_EQ(text.indexOf(pattern), first);
+        ASSERT_EQ(text.lastIndexOf(pattern), last);
+        ASSERT_EQ(text.indexOf(capitals, 0, true), first);
+        ASSERT_EQ(text.lastIndexOf(capitals, -1, true), last);
+    }
+}
+
 TEST(String, WorksWithTheStandardLibrary)
 {
     const String text(u"b\u20AC");

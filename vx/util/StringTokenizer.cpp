@@ -1,6 +1,7 @@
 #include "vx/util/StringTokenizer.h"
 
 #include "vx/Exception.h"
+#include "vx/detail/UnitSet.h"
 
 #include <algorithm>
 #include <utility>
@@ -50,26 +51,28 @@ int StringTokenizer::skipDelims(int start) const
 {
     if (m_returnDelimiters)
         return start;
-    const int length = m_text.getLength();
-    while (start < length && isDelimiter(start))
-        ++start;
-    return start < length ? start : length + 1;
+    const int place = find(false, start);
+    return place < m_text.getLength() ? place : m_text.getLength() + 1;
 }
 
 int StringTokenizer::scanToken(int start) const
 {
     const int length = m_text.getLength();
-    int end = start;
-    while (end < length && !isDelimiter(end))
-        ++end;
+    int end = find(true, start);
     if (start < length && end == length)
         ++end;
     return m_returnDelimiters && end == start ? end + 1 : end;
 }
 
-bool StringTokenizer::isDelimiter(int index) const
+int StringTokenizer::find(bool isDelimiter, int start) const
 {
-    return m_delimiters.view().find(m_text.view()[static_cast<std::size_t>(index)]) != std::u16string_view::npos;
+    const std::u16string_view text = m_text.view();
+    const std::u16string_view delimiters = m_delimiters.view();
+    const vx::detail::UnitSet set(delimiters.data(), static_cast<int>(delimiters.size()), false);
+    auto place = static_cast<std::size_t>(std::max(start, 0));
+    while (place < text.size() && set.contains(text[place]) != isDelimiter)
+        ++place;
+    return std::max(start, static_cast<int>(place));
 }
 
 } // namespace vx::util

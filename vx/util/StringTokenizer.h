@@ -15,7 +15,7 @@ public:
 
     bool hasMoreTokens();
     /// Non-null `delimiters` hold from this call on, and drop what `hasMoreTokens` saw. Throws Exception "No such element"
-    /// behind the last token.
+    /// after the last token.
     String nextToken(const char16_t* delimiters = nullptr);
     /// The tokens that are left.
     int getTokenCount() const;
@@ -29,7 +29,8 @@ protected:
 private:
     static const STRUCT_VX_STR_LIT_INFO s_defaultDelims;
 
-    bool isDelimiter(int index) const;
+    /// The first place from `start` on that holds a delimiter, or with false none; the length where there is no such place.
+    int find(bool isDelimiter, int start) const;
 
     String m_text;
     String m_delimiters;
