@@ -92,8 +92,6 @@ ComObject& ComObject::operator=(const ComObject& other) noexcept
     return *this;
 }
 
-ComObject::~ComObject() noexcept(false) = default;
-
 void* ComObject::operator new(std::size_t bytes)
 {
     return vxsys::allocate(bytes);

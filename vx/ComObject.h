@@ -46,7 +46,7 @@ public:
     }
 
     /// Destroying a lock may fail, so a destructor of the tree may throw. Value classes say `noexcept` themselves.
-    virtual ~ComObject() noexcept(false);
+    inline virtual ~ComObject() noexcept(false);
 
     static void* operator new(std::size_t bytes);
     static void operator delete(void* memory) noexcept;
@@ -90,6 +90,9 @@ protected:
         return m_life.refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
     }
 
+    /// The first reference to a new object, without the cost of an atomic change. Only the creator may know the object.
+    void setFirstReference() const noexcept { m_life.refCount.store(1, std::memory_order_relaxed); }
+
 private:
     class Destruction;
 
@@ -109,5 +112,7 @@ private:
     mutable Life m_life;
     vorb::Module* m_module = nullptr;
 };
+
+ComObject::~ComObject() noexcept(false) = default;
 
 } // namespace vx

@@ -48,8 +48,6 @@ const vorb::InterfaceData* Object::GetComIntfMap()
     return map;
 }
 
-Object::~Object() noexcept(false) = default;
-
 Object* Object::clone() const
 {
     if (typeid(*this) != typeid(Object))

@@ -41,7 +41,7 @@ public:
     VX_OBJECT_UNKNOWN(ComObject)
     static const vorb::InterfaceData* GetComIntfMap();
 
-    ~Object() noexcept(false) override;
+    inline ~Object() noexcept(false) override;
 
     /// A new object with count 0. Throws CloneNotSupportedException for a class that does not support it; a class that
     /// does supports it for its exact type only.
@@ -55,5 +55,7 @@ public:
     /// The registered class name, or "Object", an "@" and the hash in hexadecimal.
     virtual String toString() const;
 };
+
+Object::~Object() noexcept(false) = default;
 
 } // namespace vx

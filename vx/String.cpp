@@ -43,7 +43,12 @@ public:
     }
 
     /// A string that is built before this file's statics gets a buffer of its own.
-    static IVXCharBuffer* get() { return s_buffer != nullptr ? s_buffer : new ROCharBuffer(EMPTY_TEXT, 1); }
+    static Reference<IVXCharBuffer> get()
+    {
+        if (s_buffer != nullptr)
+            return s_buffer;
+        return PlainBuffer::own(new ROCharBuffer(EMPTY_TEXT, 1));
+    }
 
 private:
     alignas(ROCharBuffer) std::byte m_place[sizeof(ROCharBuffer)];
@@ -53,9 +58,11 @@ private:
 constinit IVXCharBuffer* SharedEmptyBuffer::s_buffer = nullptr;
 SharedEmptyBuffer g_sharedEmptyBuffer;
 
-IVXCharBuffer* wrapped(const char16_t* text, int length)
+Reference<IVXCharBuffer> wrapped(const char16_t* text, int length)
 {
-    return text != nullptr ? new ROCharBuffer(text, withTerminator(length)) : SharedEmptyBuffer::get();
+    if (text == nullptr)
+        return SharedEmptyBuffer::get();
+    return PlainBuffer::own(new ROCharBuffer(text, withTerminator(length)));
 }
 
 } // namespace
@@ -67,7 +74,7 @@ String::String()
 
 String::String(const String& other) noexcept
     : AbstractCharBuffer()
-    , m_buffer(other.m_buffer)
+    , m_buffer(PlainBuffer::share(other.m_buffer))
 {
 }
 
@@ -166,7 +173,10 @@ String String::CVXString(const char* bytes, int length, const char16_t* encoding
     return String(bytes, length, encoding, capacity);
 }
 
-String::~String() noexcept = default;
+String::~String() noexcept
+{
+    PlainBuffer::release(m_buffer);
+}
 
 String& String::operator=(const String& other)
 {
@@ -196,11 +206,18 @@ String& String::operator=(char16_t ch)
 
 String& String::setTo(const String& other)
 {
+    std::u16string_view units;
+    if (PlainBuffer::readExact(other, &units)
+        && PlainBuffer::overwrite(*this, units.data(), static_cast<int>(units.size())))
+        return *this;
     return replace(0, -1, other, 0);
 }
 
 String& String::setTo(const char16_t* text, int length)
 {
+    length = measured(text, length);
+    if (PlainBuffer::overwrite(*this, text, length))
+        return *this;
     return replace(0, -1, text, length, 0);
 }
 

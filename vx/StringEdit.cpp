@@ -89,15 +89,21 @@ String& String::append(const char16_t* text, int length)
 
 String& String::append(char16_t ch, int repeat)
 {
-    if (char16_t* place = PlainBuffer::extend(*this, repeat)) {
+    char16_t* place = PlainBuffer::extend(*this, repeat);
+    if (place == nullptr)
+        return replace(-1, 0, ch, repeat);
+    if (repeat == 1)
+        *place = ch;
+    else
         std::fill_n(place, repeat, ch);
-        return *this;
-    }
-    return replace(-1, 0, ch, repeat);
+    return *this;
 }
 
 String& String::append(const String& text)
 {
+    std::u16string_view units;
+    if (PlainBuffer::readExact(text, &units)) // also this string's own, which `append` takes care of
+        return append(units.data(), static_cast<int>(units.size()));
     const StringSource source(*this, text);
     return append(source.data(), source.length());
 }

@@ -16,6 +16,7 @@ namespace vx {
 
 using detail::clipped;
 using detail::measured;
+using detail::PlainBuffer;
 using detail::StringReadLock;
 using detail::StringSource;
 using detail::StringWriteLock;
@@ -114,27 +115,29 @@ private:
     template <class ScanAll>
     int scan(std::int64_t& patience, ScanAll scanAll) const noexcept
     {
-        const auto isEnough = [&](bool isMatch) { return isMatch || (patience -= m_length) < 0; };
         const char16_t* const text = m_text;
+        const char16_t* const pattern = m_pattern;
+        const int length = m_length;
+        const auto isEnough = [&](bool isMatch) { return isMatch || (patience -= length) < 0; };
         if (m_ignoreCase) {
-            const char16_t first = detail::lowerUnit(m_pattern[0]);
+            const char16_t first = detail::lowerUnit(pattern[0]);
             return scanAll(
                 [=](int index) { // a quick look, since beyond ASCII only the tables tell
                     const char16_t unit = text[index];
                     const char16_t lower = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
                     return lower == first || unit >= 0x80;
                 },
-                [=, this](int index) {
+                [=](int index) {
                     return detail::lowerUnit(text[index]) == first
-                        && isEnough(VXMemNICmpW(text + index, m_pattern, m_length) == 0);
+                        && isEnough(VXMemNICmpW(text + index, pattern, length) == 0);
                 });
         }
-        const char16_t first = m_pattern[0];
-        const char16_t last = m_pattern[m_length - 1];
-        const char16_t* const ends = text + (m_length - 1);
+        const char16_t first = pattern[0];
+        const char16_t last = pattern[length - 1];
+        const char16_t* const ends = text + (length - 1);
         return scanAll([=](int index) { return (text[index] == first) & (ends[index] == last); },
-            [=, this](int index) {
-                return m_length <= 2 || isEnough(detail::equalUnits(text + index + 1, m_pattern + 1, m_length - 2));
+            [=](int index) {
+                return length <= 2 || isEnough(detail::equalUnits(text + index + 1, pattern + 1, length - 2));
             });
     }
 
@@ -223,6 +226,11 @@ bool String::equals(const Object& other) const
 
 bool String::equals(const String& other, bool ignoreCase) const
 {
+    std::u16string_view own;
+    std::u16string_view units;
+    if (!ignoreCase && PlainBuffer::readExact(*this, &own) && PlainBuffer::readExact(other, &units)) {
+        return own.size() == units.size() && detail::equalUnits(own.data(), units.data(), static_cast<int>(own.size()));
+    }
     return regionMatches(0, -1, other, 0, ignoreCase);
 }
 
@@ -233,6 +241,14 @@ bool String::equals(const char16_t* text, int length, bool ignoreCase) const
 
 int String::compare(const String& other, bool ignoreCase) const
 {
+    std::u16string_view own;
+    std::u16string_view units;
+    if (!ignoreCase && PlainBuffer::readExact(*this, &own) && PlainBuffer::readExact(other, &units)) {
+        const auto length = static_cast<int>(own.size());
+        const auto otherLength = static_cast<int>(units.size());
+        const int difference = detail::compareUnits(own.data(), units.data(), std::min(length, otherLength));
+        return difference != 0 ? difference : length - otherLength;
+    }
     return regionCompare(0, -1, other, 0, ignoreCase);
 }
 
@@ -309,6 +325,12 @@ bool String::contains(const char16_t* text, int length, bool ignoreCase) const
 
 int String::indexOf(char16_t ch, int from, bool ignoreCase) const
 {
+    if (!ignoreCase) {
+        const StringReadLock own(*this);
+        from = clipped(from, own.length());
+        const int place = detail::findUnit(own.data() + from, own.length() - from, ch);
+        return place >= 0 ? from + place : NOT_FOUND;
+    }
     return indexOf(&ch, 1, from, ignoreCase);
 }
 
@@ -330,6 +352,11 @@ int String::indexOf(const String& text, int from, bool ignoreCase) const
 
 int String::lastIndexOf(char16_t ch, int from, bool ignoreCase) const
 {
+    if (!ignoreCase) {
+        const StringReadLock own(*this);
+        const auto isUnit = [text = own.data(), ch](int index) { return text[index] == ch; };
+        return detail::scanDown(clippedToLast(from, own.length()) + 1, isUnit, [](int) { return true; });
+    }
     return lastIndexOf(&ch, 1, from, ignoreCase);
 }
 

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <tuple>
 #include <typeinfo>
 
 namespace vx::detail {
@@ -34,6 +35,14 @@ public:
         return isExactly<util::RWCharBuffer>(buffer) || isExactly<util::ROCharBuffer>(buffer);
     }
 
+    /// The count of a known buffer, without a virtual call; null for any other.
+    static const ComObject* countOf(const IVXCharBuffer& buffer) noexcept
+    {
+        if (isExactly<util::RWCharBuffer>(buffer))
+            return &static_cast<const util::RWCharBuffer&>(buffer);
+        return isExactly<util::ROCharBuffer>(buffer) ? &static_cast<const util::ROCharBuffer&>(buffer) : nullptr;
+    }
+
     /// The storage of an RWCharBuffer (exactly that class) to which only one string refers; null for anything else.
     static Storage* soleStorage(IVXCharBuffer& buffer) noexcept
     {
@@ -43,21 +52,40 @@ public:
         return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
     }
 
+    /// The storage of a string that may write to it and has nothing else to change; null for anything else.
+    static Storage* writableStorage(String& text) noexcept
+    {
+        return isExactly<String>(text) && text.m_ansi == nullptr ? soleStorage(*text.m_buffer) : nullptr;
+    }
+
     /// Makes the text `more` units longer and returns the place where the caller writes them. Null, and no change, where
     /// that would take a copy or new storage.
     static char16_t* extend(String& text, int more) noexcept
     {
-        Storage* storage = isExactly<String>(text) ? soleStorage(*text.m_buffer) : nullptr;
+        Storage* storage = writableStorage(text);
         if (storage == nullptr || more < 1)
             return nullptr;
         const int length = std::max(storage->length(), 1);
-        if (more > storage->capacity() - length)
+        if (!storage->ensureWithin(std::int64_t {length} + more))
             return nullptr;
-        text.m_ansi = nullptr;
         storage->setLength(length + more);
         char16_t* place = storage->data() + (length - 1);
         place[more] = 0;
         return place;
+    }
+
+    /// Makes `text` the units of `source`, which may lie in its own storage. False, and no change, where that would take a
+    /// copy or new storage.
+    static bool overwrite(String& text, const char16_t* source, int length) noexcept
+    {
+        Storage* storage = writableStorage(text);
+        if (storage == nullptr || !storage->ensureWithin(std::int64_t {length} + 1))
+            return false;
+        if (length > 0)
+            std::memmove(storage->data(), source, static_cast<std::size_t>(length) * sizeof(char16_t));
+        storage->data()[length] = 0;
+        storage->setLength(length + 1);
+        return true;
     }
 
     /// Text and length of a known buffer; false for any other.
@@ -78,7 +106,11 @@ public:
         return false;
     }
 
-    /// The same of a string's buffer.
+    /// The same of a string's buffer, and of the string itself where it is no derived class.
+    static bool readExact(const String& text, std::u16string_view* units) noexcept
+    {
+        return isExactly<String>(text) && read(text, units);
+    }
     static bool read(const String& text, std::u16string_view* units) noexcept
     {
         const char16_t* data = nullptr;
@@ -112,11 +144,54 @@ public:
         return new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units);
     }
 
+    /// The first reference to a new buffer that nobody else knows yet.
+    template <class Buffer>
+    static Reference<IVXCharBuffer> own(Buffer* fresh) noexcept
+    {
+        Reference<IVXCharBuffer> first;
+        fresh->setFirstReference();
+        first.attach(fresh);
+        return first;
+    }
+
+    /// One more reference to a string's buffer.
+    static Reference<IVXCharBuffer> share(const Reference<IVXCharBuffer>& buffer) noexcept
+    {
+        if (const ComObject* object = countOf(*buffer)) {
+            object->ComObject::AddRef();
+            Reference<IVXCharBuffer> more;
+            more.attach(buffer.get());
+            return more;
+        }
+        return buffer;
+    }
+
+    /// Releases a string's buffer. The last reference to an RWCharBuffer (exactly that class) cannot come back, so that the
+    /// buffer is destroyed without a change of its count.
+    static void release(Reference<IVXCharBuffer>& buffer) noexcept
+    {
+        if (buffer == nullptr)
+            return;
+        if (isExactly<util::RWCharBuffer>(*buffer)) {
+            auto& own = static_cast<util::RWCharBuffer&>(*buffer);
+            if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
+                std::ignore = buffer.detach();
+                own.util::RWCharBuffer::~RWCharBuffer();
+                util::RWCharBuffer::operator delete(&own);
+                return;
+            }
+        }
+        if (const ComObject* object = countOf(*buffer)) {
+            std::ignore = buffer.detach();
+            object->ComObject::Release();
+        }
+    }
+
     /// Gives back the room after the text, apart from that for `least` units in all.
     static void releaseExtra(util::RWCharBuffer& buffer, int least) noexcept { buffer.m_storage.releaseExtra(least); }
 
-    /// A new buffer with count 0 that holds `length` units and the terminator, in room for no less than `capacity`.
-    static util::RWCharBuffer* copyOf(const char16_t* text, int length, int capacity = 0)
+    /// A new buffer that holds `length` units and the terminator, in room for no less than `capacity`.
+    static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
     {
         util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
         Storage& storage = buffer->m_storage;
@@ -124,7 +199,7 @@ public:
             std::memcpy(storage.data(), text, static_cast<std::size_t>(length) * sizeof(char16_t));
         storage.data()[length] = 0;
         storage.setLength(length + 1);
-        return buffer;
+        return own(buffer);
     }
 };
 

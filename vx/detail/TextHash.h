@@ -14,13 +14,24 @@ inline char16_t lowerUnit(char16_t unit) noexcept
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
 }
 
-/// The hash of text keys: `hash * 37 + unit` over units a step apart, so that no more than 63 of them are read.
+/// The hash of text keys: `hash * 37 + unit` over units a step apart, so that no more than 63 of them are read. Four units at
+/// a time, whose products do not wait for each other.
 constexpr std::uint32_t hashText(const char16_t* text, int length, bool ignoreCase) noexcept
 {
-    const int step = (length - 32) / 32 + 1;
+    constexpr std::uint32_t FACTOR = 37;
+    constexpr std::uint32_t FACTOR2 = FACTOR * FACTOR;
+    const auto unitAt
+        = [=](std::int64_t index) -> std::uint32_t { return ignoreCase ? lowerUnit(text[index]) : text[index]; };
+    const std::int64_t step = (length - 32) / 32 + 1;
     std::uint32_t hash = 0;
-    for (std::int64_t index = 0; index < length; index += step)
-        hash = hash * 37 + (ignoreCase ? lowerUnit(text[index]) : text[index]);
+    std::int64_t index = 0;
+    for (; index + 3 * step < length; index += 4 * step) {
+        const std::uint32_t first = unitAt(index) * FACTOR + unitAt(index + step);
+        const std::uint32_t second = unitAt(index + 2 * step) * FACTOR + unitAt(index + 3 * step);
+        hash = hash * (FACTOR2 * FACTOR2) + first * FACTOR2 + second;
+    }
+    for (; index < length; index += step)
+        hash = hash * FACTOR + unitAt(index);
     return hash;
 }
 

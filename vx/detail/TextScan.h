@@ -78,13 +78,27 @@ inline int findUnit(const char16_t* text, int length, char16_t unit) noexcept
     return index < length ? index : -1;
 }
 
+/// Four units of each text, with the bits set in which they differ.
+inline std::uint64_t differingBits(const char16_t* left, const char16_t* right) noexcept
+{
+    std::uint64_t leftUnits = 0;
+    std::uint64_t rightUnits = 0;
+    std::memcpy(&leftUnits, left, sizeof leftUnits);
+    std::memcpy(&rightUnits, right, sizeof rightUnits);
+    return leftUnits ^ rightUnits;
+}
+
+inline constexpr int UNITS_AT_ONCE = sizeof(std::uint64_t) / sizeof(char16_t);
+
 /// -1, 0 or 1 by unit value.
 inline int compareUnits(const char16_t* left, const char16_t* right, int length) noexcept
 {
-    constexpr int BLOCK = 16;
+    constexpr int BLOCK = 32;
     int index = 0;
     while (length - index >= BLOCK && std::memcmp(left + index, right + index, BLOCK * sizeof(char16_t)) == 0)
         index += BLOCK;
+    while (length - index >= UNITS_AT_ONCE && differingBits(left + index, right + index) == 0)
+        index += UNITS_AT_ONCE;
     for (; index < length; ++index) {
         if (left[index] != right[index])
             return left[index] < right[index] ? -1 : 1;
@@ -94,7 +108,22 @@ inline int compareUnits(const char16_t* left, const char16_t* right, int length)
 
 inline bool equalUnits(const char16_t* left, const char16_t* right, int length) noexcept
 {
-    return length == 0 || std::memcmp(left, right, static_cast<std::size_t>(length) * sizeof(char16_t)) == 0;
+    constexpr int LONG_TEXT = 32;
+    if (length > LONG_TEXT)
+        return std::memcmp(left, right, static_cast<std::size_t>(length) * sizeof(char16_t)) == 0;
+    if (length < UNITS_AT_ONCE) {
+        for (int index = 0; index < length; ++index) {
+            if (left[index] != right[index])
+                return false;
+        }
+        return true;
+    }
+    for (int index = 0; index < length - UNITS_AT_ONCE; index += UNITS_AT_ONCE) {
+        if (differingBits(left + index, right + index) != 0)
+            return false;
+    }
+    return differingBits(left + length - UNITS_AT_ONCE, right + length - UNITS_AT_ONCE)
+        == 0; // may overlap the one before
 }
 
 } // namespace vx::detail

@@ -16,6 +16,7 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace vx {
 
@@ -43,7 +44,7 @@ int room(int length, int factor)
 }
 
 /// The text of `length` bytes, in room for no less than `capacity` units. `read` tells how many bytes were read.
-Reference<RWCharBuffer> decoded(
+Reference<IVXCharBuffer> decoded(
     ByteToCharConverter& decoder, const char* bytes, int length, int capacity, std::int32_t& read)
 {
     constexpr int SHORT_TEXT = 256;
@@ -259,7 +260,7 @@ void String::internalSetTo(const char* bytes, int length, const char16_t* encodi
     }
     const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
     std::int32_t read = 0;
-    m_buffer = decoded(*decoder, bytes, length, capacity, read).get(); // a character that the end cuts is left out
+    m_buffer = decoded(*decoder, bytes, length, capacity, read); // a character that the end cuts is left out
 }
 
 String& String::setToUtf8(std::string_view bytes)
@@ -269,10 +270,10 @@ String& String::setToUtf8(std::string_view bytes)
     BTCUTF8 decoder;
     const Reference<AnsiBytes> cache = std::move(m_ansi);
     std::int32_t read = 0;
-    const Reference<RWCharBuffer> text = decoded(decoder, bytes.data(), lengthOf(bytes), 0, read);
+    Reference<IVXCharBuffer> text = decoded(decoder, bytes.data(), lengthOf(bytes), 0, read);
     if (read != lengthOf(bytes))
         throw InvalidCharacterException(u"Invalid UTF-8 sequence (incomplete at the end)");
-    m_buffer = text.get();
+    m_buffer = std::move(text);
     return *this;
 }
 

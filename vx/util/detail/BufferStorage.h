@@ -16,6 +16,9 @@ namespace vx::util::detail {
 ///
 /// The first storage may be borrowed: it follows the buffer object in the same allocation, which is faster for short text.
 /// A buffer that needs more moves to separate storage.
+///
+/// The capacity is what callers see. A storage that grows takes more memory than that, up to twice its size, so that a text
+/// made of many pieces is moved a few times only.
 template <class AnyUnit>
 class BufferStorage {
 public:
@@ -48,9 +51,11 @@ public:
     void free() noexcept;
     /// Makes room for `minimum` units and returns where they begin.
     Unit* ensure(int minimum);
+    /// Raises the capacity to `minimum` where the memory suffices for that. Else gives false and changes nothing.
+    bool ensureWithin(std::int64_t minimum) noexcept;
     /// Takes the length after writing. A negative one keeps the length.
     void endWriting(int length) noexcept;
-    void freeExtra() { realloc(length()); }
+    void freeExtra();
     /// Frees the room after the units in use, but keeps room for `least` units in all. If memory is exhausted, all stays.
     void releaseExtra(int least) noexcept;
 
@@ -59,17 +64,22 @@ public:
     void assign(const Unit* source, int length, int capacity);
 
 private:
-    static constexpr std::int64_t LARGEST = 0x7FFFFFFF;
+    /// The greatest multiple of 16 that an `int` holds.
+    static constexpr std::int64_t LARGEST = 0x7FFFFFF0;
     /// A flag in a number that is a multiple of 16.
     static constexpr int IS_BORROWED = 1;
 
     bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
     void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
+    void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units) | (m_capacity & IS_BORROWED); }
     void resize(int capacity);
+    /// Moves the units to separate memory for `units` units, which become the capacity. False when there is no memory.
+    bool takeMemory(std::int64_t units) noexcept;
 
     std::atomic<Unit*> m_data {nullptr};
     int m_capacity = 0;
     std::atomic<int> m_length {0};
+    int m_room = 0; ///< the units that the memory holds
 };
 
 /// The storage of the read-only buffers of both widths: units of another owner.
@@ -98,6 +108,7 @@ template <class AnyUnit>
 BufferStorage<AnyUnit>::BufferStorage(Unit* place, int units) noexcept
     : m_data(place)
     , m_capacity(units | IS_BORROWED)
+    , m_room(units)
 {
 }
 
@@ -125,15 +136,26 @@ void BufferStorage<AnyUnit>::free() noexcept
         VXMemFree(data());
     setData(nullptr);
     m_capacity = 0;
+    m_room = 0;
     setLength(0);
 }
 
 template <class AnyUnit>
 AnyUnit* BufferStorage<AnyUnit>::ensure(int minimum)
 {
-    if (capacity() < minimum)
+    if (!ensureWithin(minimum))
         realloc(minimum);
     return data();
+}
+
+template <class AnyUnit>
+bool BufferStorage<AnyUnit>::ensureWithin(std::int64_t minimum) noexcept
+{
+    if (minimum > m_room)
+        return false;
+    if (minimum > capacity())
+        setCapacity(adjust(static_cast<int>(minimum)));
+    return true;
 }
 
 template <class AnyUnit>
@@ -144,15 +166,18 @@ void BufferStorage<AnyUnit>::endWriting(int length) noexcept
 }
 
 template <class AnyUnit>
+void BufferStorage<AnyUnit>::freeExtra()
+{
+    realloc(length());
+    releaseExtra(0);
+}
+
+template <class AnyUnit>
 void BufferStorage<AnyUnit>::releaseExtra(int least) noexcept
 {
     const std::int64_t units = adjust(std::max(length(), least));
-    if (isBorrowed() || units == 0 || units >= capacity())
-        return;
-    if (void* memory = VXMemRealloc(data(), static_cast<std::size_t>(units) * sizeof(Unit))) {
-        setData(static_cast<Unit*>(memory));
-        m_capacity = static_cast<int>(units);
-    }
+    if (!isBorrowed() && units != 0 && units <= capacity() && units < m_room)
+        takeMemory(units);
 }
 
 template <class AnyUnit>
@@ -169,19 +194,30 @@ template <class AnyUnit>
 void BufferStorage<AnyUnit>::resize(int capacity)
 {
     const std::int64_t units = adjust(capacity);
-    if (isBorrowed() && units <= this->capacity()) {
-        m_capacity = static_cast<int>(units) | IS_BORROWED;
-        return;
-    }
-    void* memory = units <= LARGEST
-        ? VXMemRealloc(isBorrowed() ? nullptr : data(), static_cast<std::size_t>(units) * sizeof(Unit))
-        : nullptr;
-    if (memory == nullptr)
+    if (units > this->capacity() ? units <= m_room : isBorrowed())
+        return setCapacity(units);
+    if (units > LARGEST)
         throwBadAllocation();
+    // A first storage and one that shrinks are exact. One that grows is likely to grow again.
+    const std::int64_t more = m_room == 0 || units <= m_room ? units : std::min(std::int64_t {m_room} * 2, LARGEST);
+    if (more > units && takeMemory(more))
+        return setCapacity(units);
+    if (!takeMemory(units))
+        throwBadAllocation();
+}
+
+template <class AnyUnit>
+bool BufferStorage<AnyUnit>::takeMemory(std::int64_t units) noexcept
+{
+    void* memory = VXMemRealloc(isBorrowed() ? nullptr : data(), static_cast<std::size_t>(units) * sizeof(Unit));
+    if (memory == nullptr)
+        return false;
     if (isBorrowed())
-        std::memcpy(memory, data(), static_cast<std::size_t>(this->capacity()) * sizeof(Unit));
+        std::memcpy(memory, data(), static_cast<std::size_t>(capacity()) * sizeof(Unit));
     setData(static_cast<Unit*>(memory));
     m_capacity = static_cast<int>(units);
+    m_room = m_capacity;
+    return true;
 }
 
 template <class AnyUnit>
