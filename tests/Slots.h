@@ -16,6 +16,13 @@ std::size_t slotOf(Operation operation)
     return (word - 1) / sizeof(void*);
 }
 
+/// The same for one of several overloads, told by its signature: `slotOf<int(char) const>(&T::get)`.
+template <class Signature, class T>
+std::size_t slotOf(Signature T::*operation)
+{
+    return slotOf<Signature T::*>(operation);
+}
+
 inline std::size_t slotOf(std::size_t place)
 {
     return place;

@@ -2,7 +2,6 @@
 #include "legacy/CVXPropertySet.h"
 
 #include "tests/Outcome.h"
-#include "tests/Slots.h"
 #include "vx/Exception.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
@@ -17,8 +16,6 @@
 using namespace vx;
 
 namespace {
-
-constexpr std::size_t FIRST_OF_A_VIEW = 3; // behind the operations of IVXUnknown
 
 class Foreign : public IVXConnector {
 public:
@@ -130,7 +127,6 @@ TEST(CVXProperty, TakesAnyComponentThroughItsView)
 
 class Store : public CVXPropertySet {
 public:
-    using CVXPropertySet::getProperty;
     CVXSmartPtr<CVXProperty> getProperty(const String& key) override
     {
         if (key.isEmpty())
@@ -208,34 +204,6 @@ TEST(CVXAbstractConnector, KeepsTextsAndConnects)
     EXPECT_EQ(connection->GetRefCount(), 3U) << "what connect gave is released";
     EXPECT_EQ(view->GetProperty(u"seen", &text), 0);
     EXPECT_EQ(text, u"b!");
-}
-
-TEST(Legacy, OperationsStandInTheirSlots)
-{
-    using P = CVXProperty;
-    using I = IVXProperty2;
-    const std::size_t behindObject = slotOf(&Object::toString) + 1;
-    expectSlots("property", behindObject,
-        {&P::getKey, slotOf<CVXSmartPtr<Object> (P::*)() const>(&P::getValue), &P::getValueString, &P::getValueLong,
-            &P::getValueDouble, slotOf<void (P::*)(double)>(&P::set), slotOf<void (P::*)(std::int32_t)>(&P::set),
-            slotOf<void (P::*)(const String&)>(&P::set), slotOf<void (P::*)(Object*)>(&P::set)});
-    expectSlots("property view", FIRST_OF_A_VIEW,
-        {&I::GetKey, &I::GetValueString, &I::GetValueLong, &I::GetValueDouble, &I::SetValueString, &I::SetValueLong,
-            &I::SetValueDouble, &I::GetValue, &I::SetValue});
-    using S = CVXPropertySet;
-    expectSlots("set", behindObject,
-        {slotOf<void (S::*)(const String&, double)>(&S::set), slotOf<void (S::*)(const String&, std::int32_t)>(&S::set),
-            slotOf<void (S::*)(const String&, const String&)>(&S::set),
-            slotOf<void (S::*)(const String&, Object*)>(&S::set), &S::getValue, &S::getValueString, &S::getValueLong,
-            &S::getValueDouble, slotOf<CVXSmartPtr<const P> (S::*)(const String&) const>(&Store::getProperty),
-            slotOf<CVXSmartPtr<P> (S::*)(const String&)>(&S::getProperty)});
-    using J = IVXPropertySet2;
-    expectSlots("set view", FIRST_OF_A_VIEW,
-        {&J::SetString, &J::GetString, &J::SetLong, &J::GetLong, &J::SetDouble, &J::GetDouble, &J::GetCount,
-            &J::GetProperty, &J::GetParent, &J::Set, &J::Get, &J::GetProperty2, &J::GetParent2});
-    expectSlots("connector view", FIRST_OF_A_VIEW,
-        {&IVXConnector::Connect, &IVXConnector::SetProperty, &IVXConnector::GetProperty});
-    expectSlots("connector", slotOf(&IVXUnknown::Release) + 3, {&CVXAbstractConnector::connect});
 }
 
 } // namespace

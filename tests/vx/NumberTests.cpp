@@ -1,6 +1,4 @@
 #include "tests/Outcome.h"
-#include "tests/Slots.h"
-#include "vx/Class.h"
 #include "vx/Exceptions.h"
 #include "vx/NumberBoxes.h"
 #include "vx/String.h"
@@ -30,19 +28,6 @@ constexpr double ENDLESS = std::numeric_limits<double>::infinity();
 static_assert(std::destructible<Integer8> && std::destructible<Double> && std::destructible<BigDecimal>);
 static_assert(std::is_nothrow_move_constructible_v<BigInteger> && std::is_nothrow_move_constructible_v<BigDecimal>);
 static_assert(!std::convertible_to<int, Integer32> && std::convertible_to<const char16_t*, String>);
-
-TEST(Number, AppendsItsVirtualOperationsInOrder)
-{
-    using N = Number;
-    const std::size_t first = slotOf(&Object::toString) + 1;
-    expectSlots("Number", first,
-        {&N::toInt64, &N::toDouble, &N::toByte, &N::toShort, &N::toInt, &N::toLong, &N::toUByte, &N::toUShort,
-            &N::toUInt, &N::toULong, &N::toFloat, &N::toBigInteger, &N::toBigDecimal, &N::toInt8, &N::toInt16,
-            &N::toInt32, &N::toUInt8, &N::toUInt16, &N::toUInt32, &N::toUInt64,
-            static_cast<String (UnsignedInteger::*)(int) const>(&UnsignedInteger::toString)});
-    expectSlots("BigInteger", slotOf(&N::toUInt64) + 1, {&BigInteger::getSize});
-    expectSlots("BigDecimal", slotOf(&N::toUInt64) + 1, {&BigDecimal::getSize});
-}
 
 TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
 {
@@ -185,13 +170,6 @@ TEST(NumberBoxes, CompareInTheirOwnType)
     const Double same(NOT_A_NUMBER);
     EXPECT_EQ(same.compareTo(same), 0);
     EXPECT_TRUE(same.equals(same));
-}
-
-TEST(Number, IsMadeByTheNameOfABigOne)
-{
-    EXPECT_THROW(Class::forName(u"CVXNumber")->createInstance(), IllegalAccessException);
-    for (const char16_t* name : {u"CVXBigInteger", u"CVXBigDecimal"})
-        EXPECT_EQ(Reference<Object>(Class::forName(name)->createInstance())->toString(), u"0");
 }
 
 } // namespace

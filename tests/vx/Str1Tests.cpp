@@ -1,4 +1,3 @@
-#include "tests/Slots.h"
 #include "vx/Exceptions.h"
 #include "vx/Str1.h"
 #include "vx/Str1HashMap.h"
@@ -14,17 +13,6 @@
 
 namespace vx {
 namespace {
-
-TEST(Str1, KeepsTheOrderOfVirtualOperationsBehindTheDestructor)
-{
-    using Map = Str1HashMap<void*>;
-    expectSlots(
-        "StrBuf1", 2, {&StrBuf1::AddRef, &StrBuf1::Release, &StrBuf1::isPrivatelyHeld, &StrBuf1::getBufCapacity});
-    expectSlots("Str1", 2, {&Str1::fastAllocBuffer});
-    expectSlots("Str1HashMap", 2,
-        {&Map::clear, &Map::containsKey, &Map::get, &Map::getSize, &Map::put, &Map::remove, &Map::iteratorInit,
-            &Map::iteratorHasNext, &Map::iteratorNext, &Map::normalizeKey});
-}
 
 TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
 {

@@ -1,7 +1,6 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
 #include "tests/Random.h"
-#include "tests/Slots.h"
 #include "vx/Exceptions.h"
 #include "vx/IVXComparable.h"
 #include "vx/Reference.h"
@@ -54,20 +53,6 @@ concept TakesFlagsAsNumbers = TAKES_FLAG(indexOf, ) || TAKES_FLAG(lastIndexOf, )
     || TAKES_FLAG(findLastNotOf, ) || TAKES_FLAG(regionMatches, RANGE) || TAKES_FLAG(regionCompare, RANGE);
 // clang-format on
 static_assert(!TakesFlagsAsNumbers<String> && !TakesFlagsAsNumbers<Str1>);
-
-TEST(String, KeepsTheOrderOfItsOperations)
-{
-    expectSlots("class", slotOf(&Object::toString) + 1,
-        {&String::getLength, &String::getData, &String::getReadLock, &String::releaseReadLock, &String::isWritable,
-            &String::getWriteLock, &String::ensureCapacity, &String::releaseWriteLock, &String::freeExtra});
-    String text(u"abc");
-    void* view = &static_cast<IVXCharBuffer&>(text);
-    char16_t* data = nullptr;
-    EXPECT_EQ(callSlot<std::int32_t>(view, slotOf(&IVXCharBuffer::GetWriteLock), 3, &data), RESULT_OK);
-    data[1] = 0;
-    EXPECT_EQ(callSlot<std::int32_t>(view, slotOf(&IVXCharBuffer::ReleaseWriteLock), -1), RESULT_OK);
-    EXPECT_EQ(callSlot<int>(&text, slotOf(&String::getLength)), 1);
-}
 
 TEST(String, SharesOneBufferAmongEmptyTexts)
 {

@@ -1,12 +1,10 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Slots.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/Result.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/LinkedList.h"
-#include "vx/collections/vorb/Map.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/util/Comparator.h"
 
@@ -26,45 +24,6 @@ Reference<Class> listOf(std::initializer_list<int> values)
     for (const int value : values)
         list->add(item(value).get());
     return list;
-}
-
-TEST(CollectionInterfaces, KeepTheOrderOfTheirOperations)
-{
-    using Add = bool (List::*)(int, IVXUnknown*);
-    using AddAll = bool (List::*)(int, const Collection&);
-    using Remove = Reference<IVXUnknown> (List::*)(int);
-    using Part = Reference<List> (List::*)(int, int);
-    using ConstPart = Reference<const List> (List::*)(int, int) const;
-    using ConstSet = Reference<const Set> (Map::*)() const;
-    using ChangeableSet = Reference<Set> (Map::*)();
-    using ConstValues = Reference<const Collection> (Map::*)() const;
-    using ChangeableValues = Reference<Collection> (Map::*)();
-    expectSlots("Collection", 3,
-        {&Collection::add, &Collection::addAll, &Collection::clear, &Collection::compareTo, &Collection::contains,
-            &Collection::containsAll, &Collection::createIterator, &Collection::createConstIterator,
-            &Collection::equals, &Collection::getSize, &Collection::hashCode, &Collection::remove,
-            &Collection::removeAll, &Collection::retainAll});
-    expectSlots("List", 17,
-        {slotOf<Add>(&List::add), slotOf<AddAll>(&List::addAll), slotOf<Remove>(&List::remove),
-            &List::createListIterator, &List::createConstListIterator, slotOf<Part>(&List::createSubList),
-            slotOf<ConstPart>(&List::createSubList), &List::get, &List::indexOf, &List::lastIndexOf, &List::set});
-    expectSlots("Map", 3,
-        {&Map::clear, &Map::compareTo, &Map::containsKey, &Map::containsValue, slotOf<ConstSet>(&Map::createEntrySet),
-            slotOf<ChangeableSet>(&Map::createEntrySet), slotOf<ConstSet>(&Map::createKeySet),
-            slotOf<ChangeableSet>(&Map::createKeySet), slotOf<ConstValues>(&Map::createValueCollection),
-            slotOf<ChangeableValues>(&Map::createValueCollection), &Map::equals, &Map::get, &Map::getSize,
-            &Map::hashCode, &Map::put, &Map::putAll, &Map::remove});
-    expectSlots("MapEntry", 3,
-        {&MapEntry::compareTo, &MapEntry::equals, &MapEntry::getKey, &MapEntry::getValue, &MapEntry::hashCode,
-            &MapEntry::setValue});
-    expectSlots("Iterator", 3, {&ConstIterator::hasNext, &ConstIterator::next, &Iterator::remove});
-    expectSlots("ConstListIterator", 5,
-        {&ConstListIterator::hasPrevious, &ConstListIterator::previous, &ConstListIterator::nextIndex,
-            &ConstListIterator::previousIndex});
-    expectSlots("ListIterator", 6, {&ListIterator::add, &ListIterator::set});
-    expectSlots("IVXComparator", 3, {&IVXComparator::Compare, &IVXComparator::Hash});
-    expectSlots("Comparator", slotOf(&Object::toString),
-        {&util::Comparator::toString, &util::Comparator::compare, &util::Comparator::hash});
 }
 
 TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)

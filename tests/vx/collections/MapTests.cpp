@@ -1,6 +1,5 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Random.h"
-#include "tests/Slots.h"
 #include "tests/Threads.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
@@ -409,22 +408,6 @@ TEST(HashMap, GivesTheSameEntryToReadersAtTheSameTime)
         EXPECT_EQ(seen[0], seen[1]);
         EXPECT_EQ(seen[0].size(), 8U);
     }
-}
-
-TEST(PlainKeyMaps, KeepTheOrderOfTheirOperations)
-{
-    using ByText = Reference<Object> (StringHashMap::*)(const char16_t*, int) const;
-    using ByString = Reference<Object> (StringHashMap::*)(const String&) const;
-    using HasText = bool (StringHashMap::*)(const char16_t*, int) const;
-    using HasString = bool (StringHashMap::*)(const String&) const;
-    expectSlots("IntegerHashMap", slotOf(&Object::toString) + 1,
-        {&IntegerHashMap::clear, &IntegerHashMap::get, &IntegerHashMap::getSize, &IntegerHashMap::isEmpty,
-            &IntegerHashMap::put, &IntegerHashMap::remove, &IntegerHashMap::createKeySet});
-    expectSlots("StringHashMap", slotOf(&Object::toString) + 1,
-        {&StringHashMap::clear, slotOf<ByText>(&StringHashMap::get), slotOf<ByString>(&StringHashMap::get),
-            &StringHashMap::getSize, slotOf<HasText>(&StringHashMap::containsKey),
-            slotOf<HasString>(&StringHashMap::containsKey), &StringHashMap::isEmpty, &StringHashMap::put,
-            &StringHashMap::remove, &StringHashMap::createKeySet});
 }
 
 template <class Kind>

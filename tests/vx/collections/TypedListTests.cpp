@@ -1,4 +1,3 @@
-#include "tests/Slots.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/collections/List.h"
 #include "vx/collections/Map.h"
@@ -13,25 +12,6 @@
 
 namespace vx::collections {
 namespace {
-
-TEST(TypedCollections, KeepTheOrderOfTheirOperations)
-{
-    using C = Collection<String>;
-    using L = List<String>;
-    using Add = bool (L::*)(int, String*);
-    using AddAll = bool (L::*)(int, const C&);
-    using Remove = Reference<String> (L::*)(int);
-    using Part = Reference<L> (L::*)(int, int);
-    using ConstPart = Reference<const L> (L::*)(int, int) const;
-    const std::size_t first = slotOf(&Object::toString) + 1;
-    expectSlots("Collection", first,
-        {&C::add, &C::contains, &C::remove, &C::addAll, &C::clear, &C::createIterator, &C::createConstIterator,
-            &C::getSize, &C::isEmpty, &C::removeAll, &C::retainAll});
-    expectSlots("List", first + 11,
-        {slotOf<Add>(&L::add), slotOf<AddAll>(&L::addAll), slotOf<Remove>(&L::remove), &L::createListIterator,
-            &L::createConstListIterator, slotOf<Part>(&L::createSubList), slotOf<ConstPart>(&L::createSubList), &L::get,
-            &L::indexOf, &L::lastIndexOf, &L::set});
-}
 
 class TypedLists : public testing::Test {
 protected:

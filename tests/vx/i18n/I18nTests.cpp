@@ -17,26 +17,6 @@ namespace {
 
 using collections::StringHashMap;
 
-TEST(I18n, KeepsTheOrderOfVirtualOperations)
-{
-    struct Opened : StringBundle {
-        static void check()
-        {
-            expectSlots("StringBundle", 11,
-                {&Opened::getString, &Opened::getKeys, &StringBundle::getLocale, &Opened::lookupString});
-        }
-    };
-    Opened::check();
-    using Bundle = IVXResourceBundle;
-    expectSlots("IVXResourceBundle", 3,
-        {&Bundle::LoadCharBuffer, &Bundle::LoadString, &Bundle::GetCount, &Bundle::GetResource, &Bundle::GetLocale});
-    expectSlots("IVXLocale", 3,
-        {&IVXLocale::GetLanguage, &IVXLocale::GetCountry, &IVXLocale::GetVariant, &IVXLocale::GetDisplayLanguage,
-            &IVXLocale::GetDisplayLanguageLoc, &IVXLocale::GetDisplayCountry, &IVXLocale::GetDisplayCountryLoc,
-            &IVXLocale::GetDisplayVariant, &IVXLocale::GetDisplayVariantLoc, &IVXLocale::GetDisplayName,
-            &IVXLocale::GetDisplayNameLoc, &IVXLocale::ToString});
-}
-
 TEST(Locale, TakesItsNameApart)
 {
     struct {

@@ -1,4 +1,4 @@
-#include "tests/Slots.h"
+#include "tests/Outcome.h"
 #include "tests/vx/Offer.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
@@ -18,12 +18,6 @@ using vorb::VorbPropertySet;
 
 TEST(PropertySet, AsksItsParentLast)
 {
-    expectSlots("PropertySet", 11,
-        {&PropertySet::set, &PropertySet::get, &PropertySet::hasProperty, &PropertySet::getKeys, &PropertySet::clear,
-            &PropertySet::remove});
-    expectSlots("IPropertySet", 3,
-        {&IPropertySet::Set, &IPropertySet::Get, &IPropertySet::Remove, &IPropertySet::GetKeyIterator});
-    expectSlots("IPropertyKeyIterator", 3, {&IPropertyKeyIterator::IsAtEnd, &IPropertyKeyIterator::GetNext});
     const Reference<PropertySet> parent(new PropertySet), child(new PropertySet(parent.get()));
     parent->set(u"host", u"far");
     EXPECT_TRUE(child->get(u"host") == u"far" && child->hasProperty(u"host") && child->remove(u"host") == u"");
