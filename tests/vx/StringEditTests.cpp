@@ -210,54 +210,7 @@ TEST(String, RefusesTextsThatCannotBeCounted)
     }
 }
 
-TEST(String, KeepsTheOldTextWhereverAnAllocationFails)
-{
-    const String source(u"a source that is longer than what a string has room for");
-    const std::pair<const char*, Edit> edits[] = {
-        {"append", [&](String& s) { s += source; }},
-        {"insert itself", [](String& s) { s.insert(3, s); }},
-        {"replace", [&](String& s) { s.replace(1, 5, source, 2); }},
-        {"replace by shorter", [](String& s) { s.replace(1, 5, u"x"); }},
-        {"assign", [&](String& s) { s = source; }},
-        {"assign narrow", [](String& s) { s.setTo("narrow text", -1, u"UTF-8"); }},
-        {"resize", [](String& s) { s.resize(100, u'x'); }},
-        {"unit", [](String& s) { s.setCharAt(0, u'X'); }},
-        {"upper", [](String& s) { s.toUpper(); }},
-        {"trim", [](String& s) { s.trim(s); }},
-        {"lock", [](String& s) { s.getWriteLock(100), s.releaseWriteLock(1); }},
-        {"copy on write", [](String& s) { s.copyOnWrite(1), s.setCharAt(0, u'X'); }},
-        {"wrap", [](String& s) { s.setTo(String::AcquireWrap, u"wrapped"); }},
-        {"format", [](String& s) { s.format(u"{1} {0} {1}", -1, u"a", u"b"); }},
-    };
-    constexpr const char16_t* OLD = u"the old text";
-    const std::function<String()> makers[] = {
-        [] { return String(OLD); },
-        [] { return String(String::AcquireWrap, OLD); },
-        [] { return String(String::AcquireShare, new UserBuffer(OLD)); },
-        [] { return String(String::AcquireShare, new util::MTCharBuffer(OLD, 13)); },
-    };
-    for (const auto& row : edits) {
-        for (const auto& make : makers) {
-            for (const bool isShared : {false, true}) {
-                String text = make();
-                const String sharer(isShared ? text : String());
-                const int failures = failEachAllocation([&] { row.second(text); },
-                    [&](int failing) { expectText(text, OLD, row.first + std::to_string(failing)); });
-                EXPECT_NE(text, OLD) << row.first << ": the last time it works";
-                EXPECT_TRUE(failures > 0 || (!isShared && text.getData() != OLD)) << row.first;
-                if (isShared)
-                    expectText(sharer, OLD, row.first);
-            }
-        }
-    }
-    std::int32_t result = 0;
-    String shared(OLD);
-    const String sharer(shared);
-    failEachAllocation([&] { result = resultOf([&] { shared.append(u'!', 100); }); },
-        [&](int failing) { EXPECT_EQ(result, RESULT_OUT_OF_MEMORY) << failing; });
-}
-
-TEST(String, FollowsTheProtocolOfAForeignBuffer)
+TEST(String, FollowsTheProtocolOfAForeignBufferAndKeepsTheOldTextWhereAnEditFails)
 {
     struct {
         const char* what;
@@ -303,6 +256,13 @@ TEST(String, FollowsTheProtocolOfAForeignBuffer)
             EXPECT_TRUE(weak->GetData()[3] == 0 || (isWritten && !weak->m_events.ends_with("w4 ")))
                 << row.what << failing;
         }
+
+        // Each allocation for a string that has to copy its text first.
+        String wrapped(String::AcquireWrap, u"abc");
+        const String sharer(wrapped);
+        failEachAllocation([&] { row.edit(wrapped); },
+            [&](int failing) { expectText(wrapped, u"abc", row.what + std::to_string(failing)); });
+        expectText(sharer, u"abc", row.what);
     }
 
     auto* readOnly = new UserBuffer(u"abc");
@@ -312,6 +272,9 @@ TEST(String, FollowsTheProtocolOfAForeignBuffer)
     text += u'd';
     EXPECT_EQ(readOnly->m_events, "R r ");
     expectText(text, u"abcd");
+    std::int32_t result = 0;
+    failEachAllocation([&] { result = resultOf([&] { String(text).append(u'!', 100); }); },
+        [&](int failing) { EXPECT_EQ(result, RESULT_OUT_OF_MEMORY) << failing; });
 }
 
 struct Pair {
