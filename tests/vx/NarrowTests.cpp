@@ -7,6 +7,7 @@
 #include "vx/Result.h"
 #include "vx/Str1.h"
 #include "vx/String.h"
+#include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/ROByteBuffer.h"
@@ -25,39 +26,53 @@ namespace {
 
 using namespace text::charset;
 
-TEST(NarrowString, DecodesByEncodingName)
+TEST(NarrowText, IsDecodedByEncodingName)
 {
-    struct {
+    const struct {
         const char* bytes;
         int length;
-        const char16_t *encoding, *text;
-    } cases[] = {{"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", -1, u"UTF-8", u"a\u00E9\u20AC\U0001F600"},
-        {"a\xC3\xA9", -1, u"utf-8", u"a\u00E9"}, {"a\xC3\xA9", 2, u"ISO8859_1", u"a\u00C3"},
-        {"a\0b", 3, u"UTF-8", u"a\0b"}, {"a\0b", -1, u"UTF-8", u"a"}, {"a\0b\0", 4, u"UTF-16LE", u"ab"},
-        {"abc", -2, u"UTF-8", u""}, {"", -1, u"nobody's", u""}, {nullptr, -1, u"UTF-8", u""},
-        {nullptr, 5, u"UTF-8", u""}, {"abc", -1, nullptr, u"abc"}};
+        const char16_t* encoding;
+        std::u16string_view text;
+        bool isWhole = true; ///< otherwise half a character ends it, of which only a light text tells
+    } cases[] = {
+        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", -1, u"UTF-8", u"a\u00E9\u20AC\U0001F600"},
+        {"\xC3\xA9\xE2\x82\xAC", 4, u"utf-8", u"\u00E9", false},
+        {"a\xC3\xA9", 2, u"ISO8859_1", u"a\u00C3"},
+        {"a\0b", 3, u"UTF-8", {u"a\0b", 3}},
+        {"a\0b", -1, u"UTF-8", u"a"},
+        {"a\0b\0", 4, u"UTF-16LE", u"ab"},
+        {"A", 1, u"UTF-16LE", u"", false},
+        {"abc", -2, u"UTF-8", u""},
+        {"", -1, u"nobody's", u""},
+        {nullptr, -1, u"UTF-8", u""},
+        {nullptr, 5, u"UTF-8", u""},
+        {"abc", -1, nullptr, u"abc"},
+    };
     for (const auto& row : cases) {
-        const auto place = &row - cases;
-        const std::u16string_view expected(
-            row.text, row.length == 3 && row.bytes != nullptr ? 3 : std::char_traits<char16_t>::length(row.text));
-        EXPECT_EQ(String(row.bytes, row.length, row.encoding), expected) << place;
-        EXPECT_EQ(String(reinterpret_cast<const signed char*>(row.bytes), row.length, row.encoding), expected);
-        EXPECT_EQ(String(reinterpret_cast<const unsigned char*>(row.bytes), row.length, row.encoding), expected);
-        EXPECT_EQ(String::CVXString(row.bytes, row.length, row.encoding), expected) << place;
+        SCOPED_TRACE(&row - cases);
+        Str1 light(u"<");
+        EXPECT_EQ(light.appendA(row.bytes, row.length, row.encoding), row.isWhole ? RESULT_OK : RESULT_FAIL);
+        EXPECT_EQ(light, std::u16string(u"<").append(row.text));
+        EXPECT_EQ(light.copyA(row.bytes, row.length, row.encoding), row.isWhole ? RESULT_OK : RESULT_FAIL);
+        EXPECT_EQ(light, row.text);
         String text(u"old");
         const String sharer(text);
-        EXPECT_EQ(text.setTo(row.bytes, row.length, row.encoding), expected) << place;
-        EXPECT_EQ(text.getData()[text.getLength()], 0) << place;
-        EXPECT_EQ(sharer, u"old") << place;
+        EXPECT_EQ(String(row.bytes, row.length, row.encoding), row.text);
+        EXPECT_EQ(String(reinterpret_cast<const signed char*>(row.bytes), row.length, row.encoding), row.text);
+        EXPECT_EQ(String(reinterpret_cast<const unsigned char*>(row.bytes), row.length, row.encoding), row.text);
+        EXPECT_EQ(String::CVXString(row.bytes, row.length, row.encoding), row.text);
+        EXPECT_EQ(text.setTo(row.bytes, row.length, row.encoding), row.text);
+        EXPECT_EQ(text.getData()[text.getLength()], 0);
+        EXPECT_EQ(sharer, u"old");
     }
     String text(u"old");
+    Str1 light(u"old");
     EXPECT_THROW(text.setTo("a", 1, u"nobody's"), UnknownEncodingException);
-    EXPECT_THROW(text.setTo("abc\xED\xA0\x80", -1, u"UTF-8"), InvalidCharacterException);
-    EXPECT_EQ(text, u"old");
-    EXPECT_EQ((text = "ascii"), u"ascii");
-    EXPECT_EQ((text = std::u8string_view(u8"\u20AC")), u"\u20AC");
-    EXPECT_EQ((text = std::string_view("a\0b", 3)), std::u16string_view(u"a\0b", 3));
-    EXPECT_EQ(text.toUtf8(), std::string("a\0b", 3));
+    EXPECT_THROW(light.appendA("a", 1, u"nobody's"), UnknownEncodingException);
+    const std::string late = std::string(600, 'a') + "\xED\xA0\x80";
+    EXPECT_THROW(text.setTo(late.c_str(), -1, u"UTF-8"), InvalidCharacterException);
+    EXPECT_THROW(light.appendA(late.c_str(), -1, u"UTF-8"), InvalidCharacterException);
+    EXPECT_TRUE(text == u"old" && light == u"old");
 }
 
 template <class Text>
@@ -74,7 +89,7 @@ void expectRefusal(const Text& text)
     EXPECT_TRUE(stream.bad());
 }
 
-TEST(NarrowString, RefusesHalvesOfCharactersByOneRule)
+TEST(NarrowText, RefusesHalvesOfCharactersByOneRule)
 {
     for (const char16_t* text : {u"a\xD83D", u"\xD83Dz", u"\xDE00", u"a\u20AC\xDE00z", u"\xDE00\xD83D",
              u"\xD83D\xDE00\xDE00", u"\xDE00\xD83D\xDE00"}) {
@@ -93,7 +108,7 @@ TEST(NarrowString, RefusesHalvesOfCharactersByOneRule)
     EXPECT_EQ(String(std::string("a\xFFz")), u"a\uFFFDz");
 }
 
-TEST(NarrowString, KeepsNoRoomThatTheTextDidNotNeed)
+TEST(NarrowText, KeepsNoRoomThatTheTextDidNotNeed)
 {
     std::string bytes;
     for (int i = 0; i < 1000; ++i)
@@ -114,7 +129,7 @@ TEST(NarrowString, KeepsNoRoomThatTheTextDidNotNeed)
     EXPECT_LT(plain.toUtf8().capacity(), 1100U);
 }
 
-TEST(NarrowString, KeepsWhatItEncodedUntilTheTextChanges)
+TEST(NarrowText, KeepsWhatItEncodedUntilTheTextChanges)
 {
     String text(u"\u00E9t\u00E9 with a longer text behind it");
     const char* first = text.getBytes(nullptr);
@@ -157,7 +172,7 @@ TEST(NarrowString, KeepsWhatItEncodedUntilTheTextChanges)
     }
 }
 
-TEST(NarrowString, EncodesWholeCharactersIntoAnArray)
+TEST(NarrowText, EncodesWholeCharactersIntoAnArray)
 {
     const String text(u"a\u20AC\U0001F600");
     const std::tuple<int, int, const char*> cases[]
@@ -179,7 +194,57 @@ TEST(NarrowString, EncodesWholeCharactersIntoAnArray)
     EXPECT_THROW(String(u"a\xD83D").getBytes(u"UTF-8"), InvalidCharacterException);
 }
 
-TEST(NarrowString, EncodesIntoAByteBuffer)
+TEST(NarrowText, EncodesPieceByPieceIntoASmallArray)
+{
+    const Str1 text(u"a\u20ACb\u00E9\U0001F600");
+    std::string bytes;
+    std::int32_t position = 0, result = 0;
+    do {
+        char piece[6] = "?????";
+        std::int32_t written = -1;
+        result = text.convertToAZ(piece, 5, u"UTF-8", &written, &position);
+        EXPECT_EQ(piece[written], result == 0 ? '\0' : '?') << bytes;
+        bytes.append(piece, static_cast<std::size_t>(written)) += '|';
+    } while (result == RESULT_BUFFER_TOO_SMALL && bytes.size() < 40);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(bytes, "a\xE2\x82\xAC|b\xC3\xA9|\xF0\x9F\x98\x80|");
+    char array[8] = "";
+    EXPECT_EQ(text.toVXString().getBytes(array, 8, u"UTF-8"), 8) << "the pair has no room, and is no fault";
+    EXPECT_STREQ(array, "a\xE2\x82\xAC\x62\xC3\xA9");
+    EXPECT_EQ(text.convertToAZ(nullptr, 8), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(text.convertToAZ(array, 0), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(text.convertToAZ(array, 8, u"nobody's"), RESULT_UNKNOWN_ENCODING);
+    EXPECT_EQ(text.convertToA(array, 8, nullptr), RESULT_INVALID_ARGUMENT);
+    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(u"UTF-8"));
+    EXPECT_EQ(text.convertToA(nullptr, -1, encoder.get()), RESULT_BUFFER_TOO_SMALL);
+    for (std::int32_t outside : {-1, 6, 7}) {
+        std::int32_t written = 9;
+        result = outside < 0 ? RESULT_BUFFER_TOO_SMALL : 0; // in front, the text is still to come
+        EXPECT_EQ(text.convertToAZ(array, 8, u"UTF-8", &written, &outside), result);
+        EXPECT_EQ(written, 0);
+    }
+}
+
+TEST(NarrowText, TellsHowFarItCameBeforeALoneSurrogate)
+{
+    const Str1 text(u"a\u00E9\xD83Dz");
+    char array[16];
+    std::int32_t written = 0, position = 0;
+    EXPECT_EQ(text.convertToAZ(array, 16, u"UTF-8", &written, &position), RESULT_INVALID_CHARACTER);
+    EXPECT_EQ(written, 3);
+    EXPECT_EQ(position, 3);
+    std::int32_t length = 7;
+    EXPECT_EQ(text.getLengthA(&length, u"UTF-8"), RESULT_INVALID_CHARACTER);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(text.getLengthA(&length, u"UTF-8", 3), 0);
+    EXPECT_EQ(length, 1);
+    EXPECT_EQ(text.getLengthA(&length, u"UTF-8", -1), RESULT_FAIL);
+    EXPECT_EQ(text.getLengthA(nullptr), RESULT_POINTER);
+    EXPECT_THROW(text.getBytesAZ(u"UTF-8"), InvalidCharacterException);
+    EXPECT_THROW(Str1(u"a\xD83D").getBytesAZ(u"UTF-8"), InvalidCharacterException);
+}
+
+TEST(NarrowText, EncodesIntoAByteBuffer)
 {
     const String text(u"a\u20AC");
     const Reference<util::MTByteBuffer> locked(new util::MTByteBuffer(reinterpret_cast<const signed char*>("old"), 3));
