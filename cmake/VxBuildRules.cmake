@@ -19,6 +19,10 @@ if(VX_SANITIZE)
     target_link_options(vx_build_rules INTERFACE -fsanitize=${VX_SANITIZE})
 endif()
 
+if(NOT VX_VECTOR)
+    target_compile_definitions(vx_build_rules INTERFACE VX_NO_VECTOR)
+endif()
+
 if(VX_FUZZ) # the fuzzer is to see what the library does
     target_compile_options(vx_build_rules INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -48,8 +48,9 @@ function(vx_add_tool name)
 endfunction()
 
 # A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). The label "threads" puts it into the run
-# under ThreadSanitizer; PLATFORM_ONLY links the platform layer without the library above it. NAMED_OBJECTS keeps apart
-# what makes objects that processes share by name, and counts them.
+# under ThreadSanitizer. So does "scalar", for text that is scanned in blocks: that build has no vector instructions.
+# PLATFORM_ONLY links the platform layer without the library above it. NAMED_OBJECTS keeps apart what makes objects that
+# processes share by name, and counts them.
 function(vx_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY;NAMED_OBJECTS" "" "LABELS;SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})

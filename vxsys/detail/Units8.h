@@ -1,10 +1,12 @@
 #pragma once
 
+#include "vxsys/detail/Vector.h"
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 #include <emmintrin.h>
 #endif
 
@@ -30,7 +32,7 @@ inline void store8(char16_t* target, Units8 units) noexcept
 /// Bits 2i and 2i + 1 are those of lane i.
 inline unsigned maskOf(Units8 lanes) noexcept
 {
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
     return static_cast<unsigned>(_mm_movemask_epi8(std::bit_cast<__m128i>(lanes)));
 #else
     unsigned mask = 0;

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "vxsys/detail/Vector.h"
+
 #include <bit>
 #include <cstdint>
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 #include <emmintrin.h>
 #endif
 
@@ -18,7 +20,7 @@ inline bool isLineEnd(char16_t unit) noexcept
 inline std::int32_t findLineEnd(const char16_t* text, std::int32_t length) noexcept
 {
     std::int32_t index = 0;
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
     const __m128i lineFeed = _mm_set1_epi16(10);
     const __m128i carriageReturn = _mm_set1_epi16(13);
     const auto lineEnds = [&](const char16_t* units) {

@@ -4,6 +4,7 @@
 #include "vx/text/charset/detail/ByteOrder.h"
 #include "vx/text/charset/detail/Pass.h"
 #include "vx/text/charset/detail/Substitution.h"
+#include "vxsys/detail/Vector.h"
 
 #include <algorithm>
 #include <typeinfo>
@@ -77,7 +78,7 @@ void moveUnits(const void* from, void* to, std::ptrdiff_t count) noexcept
         std::copy_n(in, 2 * count, out);
     } else {
         const signed char* const end = in + 2 * count;
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
         for (; end - in >= BLOCK; in += BLOCK, out += BLOCK) {
             const __m128i units = loadBlock(in);
             storeBlock(out, _mm_or_si128(_mm_slli_epi16(units, 8), _mm_srli_epi16(units, 8)));

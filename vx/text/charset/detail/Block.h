@@ -1,8 +1,10 @@
 #pragma once
 
+#include "vxsys/detail/Vector.h"
+
 // Sixteen bytes at a time, on processors that can.
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 
 #include <array>
 #include <cpuid.h>

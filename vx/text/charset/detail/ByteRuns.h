@@ -2,6 +2,7 @@
 
 #include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Unicode.h"
+#include "vxsys/detail/Vector.h"
 
 #include <bit>
 #include <cstddef>
@@ -30,7 +31,7 @@ constexpr bool isItself(std::uint32_t value) noexcept
         return value < 0x80 || value - 0xA0 < 0x60;
 }
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 
 /// A bit for each byte of which the above holds.
 template <Itself itself>
@@ -64,7 +65,7 @@ constexpr char16_t asciiCharacter(signed char byte) noexcept
     return byte >= 0 ? static_cast<char16_t>(byte) : REPLACEMENT;
 }
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 
 /// The 16 bytes at `in`, or 8 of them with zeros behind.
 template <std::ptrdiff_t size>
@@ -114,7 +115,7 @@ std::ptrdiff_t decodeRun(
     const signed char* in, char16_t* out, std::ptrdiff_t count, const CharacterOf& characterOf) noexcept
 {
     std::ptrdiff_t done = 0;
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
     // The fewer ends of loops, the fewer wrong guesses of the processor.
     if (!decodeStretches<itself, 4 * BLOCK>(in, out, count, done, characterOf)
         || !decodeStretches<itself, BLOCK>(in, out, count, done, characterOf)
@@ -136,7 +137,7 @@ template <Itself itself>
 std::ptrdiff_t narrowRun(const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
 {
     std::ptrdiff_t done = 0;
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
     const __m128i low = _mm_set1_epi16(0xFF);
     for (; count - done >= BLOCK; done += BLOCK) {
         const __m128i first = loadBlock(in + done);

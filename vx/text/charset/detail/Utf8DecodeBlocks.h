@@ -2,6 +2,7 @@
 
 #include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Pass.h"
+#include "vxsys/detail/Vector.h"
 
 namespace vx::text::charset::detail {
 
@@ -10,7 +11,7 @@ inline constexpr std::ptrdiff_t PLAIN_BYTES = 80;
 
 } // namespace vx::text::charset::detail
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 
 #include <algorithm>
 #include <bit>
@@ -265,7 +266,7 @@ namespace vx::text::charset::detail {
 /// Decodes what needs no second look, as far as this processor can.
 inline void decodePlain([[maybe_unused]] Decoding& pass) noexcept
 {
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
     if (hasShuffle())
         decodeBlocks(pass);
 #endif

@@ -2,8 +2,9 @@
 
 #include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Pass.h"
+#include "vxsys/detail/Vector.h"
 
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
 
 #include <algorithm>
 #include <bit>
@@ -161,7 +162,7 @@ namespace vx::text::charset::detail {
 /// Encodes what needs no second look, as far as this processor can.
 inline void encodePlain([[maybe_unused]] Encoding& pass) noexcept
 {
-#if defined(__SSE2__)
+#if VX_VECTOR_PATHS
     if (hasShuffle())
         encodeBlocks(pass);
 #endif
