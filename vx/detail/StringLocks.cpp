@@ -3,7 +3,6 @@
 #include "vx/Exception.h"
 #include "vx/Result.h"
 
-#include <exception>
 #include <new>
 
 namespace vx::detail {
@@ -25,7 +24,7 @@ void withResultOnExhaustion(Work work)
 
 void StringReadLock::lockView()
 {
-    m_exceptionsAtStart = std::uncaught_exceptions();
+    m_report = ReleaseReport();
     m_length = m_text.GetLength();
     throwIfFailed(m_text.GetReadLock(&m_data));
     m_isLocked = true;
@@ -34,14 +33,12 @@ void StringReadLock::lockView()
 
 void StringReadLock::unlockView()
 {
-    const std::int32_t result = m_text.ReleaseReadLock();
-    if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-        throwIfFailed(result);
+    m_report.tell(m_text.ReleaseReadLock());
 }
 
 void StringWriteLock::lockView(int minimumLength)
 {
-    m_exceptionsAtStart = std::uncaught_exceptions();
+    m_report = ReleaseReport();
     m_length = m_text.GetLength();
     throwIfFailed(m_text.GetWriteLock(minimumLength, &m_data));
     m_length = m_text.GetLength();
@@ -49,9 +46,7 @@ void StringWriteLock::lockView(int minimumLength)
 
 void StringWriteLock::unlockView()
 {
-    const std::int32_t result = m_text.ReleaseWriteLock(m_length);
-    if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-        throwIfFailed(result);
+    m_report.tell(m_text.ReleaseWriteLock(m_length));
 }
 
 PlainBuffer::Storage* StringWriteLock::copyFirst(std::int64_t more)

@@ -2,6 +2,7 @@
 
 #include "vx/AnsiBytes.h"
 #include "vx/String.h"
+#include "vx/detail/ReleaseReport.h"
 #include "vx/detail/TextRange.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWCharBuffer.h"
@@ -232,7 +233,7 @@ private:
     const String& m_text;
     const char16_t* m_data = nullptr;
     int m_length = 0;
-    int m_exceptionsAtStart = 0;
+    ReleaseReport m_report = ReleaseReport::ofDestructor(); ///< of the time of the lock, once there is one
     bool m_isLocked = false;
 };
 
@@ -317,7 +318,7 @@ private:
     PlainBuffer::Storage* m_storage = nullptr;
     char16_t* m_data = nullptr;
     int m_length = 0;
-    int m_exceptionsAtStart = 0;
+    ReleaseReport m_report = ReleaseReport::ofDestructor(); ///< of the time of the lock, once there is one
 };
 
 } // namespace vx::detail

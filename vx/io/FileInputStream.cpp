@@ -2,11 +2,11 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/detail/ReleaseReport.h"
 #include "vx/io/detail/OpenFile.h"
 #include "vx/util/FilePath.h"
 #include "vxsys/File.h"
 
-#include <exception>
 #include <utility>
 
 namespace vx::io {
@@ -35,13 +35,7 @@ FileInputStream::FileInputStream(const util::FilePath& path)
 
 FileInputStream::~FileInputStream() noexcept(false)
 {
-    const bool isUnwinding = std::uncaught_exceptions() > 0;
-    try {
-        close();
-    } catch (...) {
-        if (!isUnwinding)
-            throw;
-    }
+    vx::detail::ReleaseReport::ofDestructor().run([this] { close(); });
 }
 
 std::int32_t FileInputStream::read(signed char* target, std::int32_t length)

@@ -2,10 +2,9 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/detail/ReleaseReport.h"
 #include "vx/io/detail/StreamChecks.h"
 #include "vxsys/Console.h"
-
-#include <exception>
 
 namespace vx::io {
 
@@ -17,17 +16,12 @@ enum Key { CTRL_C = 3, BACKSPACE = 8, LINE_FEED = 10, CARRIAGE_RETURN = 13, CTRL
 class [[nodiscard]] HiddenKeys {
 public:
     HiddenKeys() { throwIfFailed(VXConsoleBeginKeys()); }
-    ~HiddenKeys() noexcept(false)
-    {
-        const std::int32_t result = VXConsoleEndKeys();
-        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-            throwIfFailed(result);
-    }
+    ~HiddenKeys() noexcept(false) { m_report.tell(VXConsoleEndKeys()); }
     HiddenKeys(const HiddenKeys&) = delete;
     HiddenKeys& operator=(const HiddenKeys&) = delete;
 
 private:
-    const int m_exceptionsAtStart = std::uncaught_exceptions();
+    const vx::detail::ReleaseReport m_report;
 };
 
 /// Bytes of the last key: those of one UTF-8 sequence where the text ends in one, else 1; 0 for an empty text.

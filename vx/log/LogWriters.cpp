@@ -2,6 +2,7 @@
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/collections/Set.h"
+#include "vx/detail/ReleaseReport.h"
 #include "vx/detail/TextRange.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/ILogEntry.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <exception>
 #include <string_view>
 
 namespace vx::log {
@@ -223,14 +223,10 @@ XmlLogWriter::XmlLogWriter(io::Writer* writer, Values values)
 
 XmlLogWriter::~XmlLogWriter() noexcept(false)
 {
-    const bool isUnwinding = std::uncaught_exceptions() > 0;
-    try {
+    vx::detail::ReleaseReport::ofDestructor().run([this] {
         getWriter().write(u"</log>\n");
         getWriter().flush();
-    } catch (...) {
-        if (!isUnwinding)
-            throw;
-    }
+    });
 }
 
 Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer, Values values)

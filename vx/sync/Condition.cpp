@@ -53,19 +53,13 @@ void Condition::broadcast()
 
 Condition::Holder::Holder(Condition& condition)
     : m_condition(condition)
-    , m_exceptionsAtStart(std::uncaught_exceptions())
 {
     m_condition.acquire();
 }
 
 Condition::Holder::~Holder() noexcept(false)
 {
-    try {
-        m_condition.release();
-    } catch (...) {
-        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-            throw;
-    }
+    m_report.run([this]() VX_NO_THREAD_SAFETY_ANALYSIS { m_condition.release(); });
 }
 
 } // namespace vx::sync

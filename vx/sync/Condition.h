@@ -2,6 +2,7 @@
 
 #include "vx/Object.h"
 #include "vx/ThreadAnnotations.h"
+#include "vx/detail/ReleaseReport.h"
 #include "vxsys/Lock.h"
 
 namespace vx::sync {
@@ -45,7 +46,7 @@ public:
 
 private:
     Condition& m_condition;
-    const int m_exceptionsAtStart;
+    const vx::detail::ReleaseReport m_report;
 };
 
 } // namespace vx::sync

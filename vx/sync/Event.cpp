@@ -1,5 +1,6 @@
 #include "vx/sync/Event.h"
 
+#include "vx/detail/ReleaseReport.h"
 #include "vx/sync/detail/Answers.h"
 
 namespace vx::sync {
@@ -11,7 +12,7 @@ Event::Event(const char* name, unsigned int flags)
 
 Event::~Event() noexcept(false)
 {
-    detail::throwIfDestructionFailed(VXEventDestroy(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().tell(VXEventDestroy(m_handle));
 }
 
 void Event::wait()

@@ -1,5 +1,6 @@
 #include "vx/sync/Gate.h"
 
+#include "vx/detail/ReleaseReport.h"
 #include "vx/sync/detail/Answers.h"
 
 namespace vx::sync {
@@ -11,7 +12,7 @@ Gate::Gate(const char* name, unsigned int flags)
 
 Gate::~Gate() noexcept(false)
 {
-    detail::throwIfDestructionFailed(VXGateDestroy(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().tell(VXGateDestroy(m_handle));
 }
 
 void Gate::wait()

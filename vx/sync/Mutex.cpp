@@ -1,5 +1,6 @@
 #include "vx/sync/Mutex.h"
 
+#include "vx/detail/ReleaseReport.h"
 #include "vx/sync/detail/Answers.h"
 
 namespace vx::sync {
@@ -18,7 +19,7 @@ Mutex::~Mutex() noexcept(false)
     std::uint32_t depth = 0;
     VXMutexReleaseAll(m_handle, &depth);
     VXMutexDestroy(m_handle);
-    detail::throwIfDestructionFailed(result);
+    vx::detail::ReleaseReport::ofDestructor().tell(result);
 }
 
 void Mutex::wait()

@@ -1,5 +1,6 @@
 #include "vx/sync/ReaderWriterLock.h"
 
+#include "vx/detail/ReleaseReport.h"
 #include "vx/sync/detail/Answers.h"
 
 namespace vx::sync {
@@ -17,7 +18,7 @@ ReaderWriterLock::~ReaderWriterLock() noexcept(false)
     // This object ends in any case. No other thread can release what the calling thread holds.
     VXRWLockReleaseAll(m_handle);
     VXRWLockDestroy(m_handle);
-    detail::throwIfDestructionFailed(result);
+    vx::detail::ReleaseReport::ofDestructor().tell(result);
 }
 
 void ReaderWriterLock::wait()

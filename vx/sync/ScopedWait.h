@@ -1,8 +1,7 @@
 #pragma once
 
 #include "vx/ThreadAnnotations.h"
-
-#include <exception>
+#include "vx/detail/ReleaseReport.h"
 
 namespace vx::sync {
 
@@ -21,19 +20,14 @@ public:
     {
         if (m_waitable == nullptr)
             return;
-        try {
-            m_waitable->signal();
-        } catch (...) {
-            if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-                throw;
-        }
+        m_report.run([this]() VX_NO_THREAD_SAFETY_ANALYSIS { m_waitable->signal(); });
     }
     ScopedWait(const ScopedWait&) = delete;
     ScopedWait& operator=(const ScopedWait&) = delete;
 
 private:
     Waitable* const m_waitable;
-    const int m_exceptionsAtStart = std::uncaught_exceptions();
+    const vx::detail::ReleaseReport m_report;
 };
 
 } // namespace vx::sync

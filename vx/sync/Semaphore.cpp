@@ -1,5 +1,6 @@
 #include "vx/sync/Semaphore.h"
 
+#include "vx/detail/ReleaseReport.h"
 #include "vx/sync/detail/Answers.h"
 
 namespace vx::sync {
@@ -11,7 +12,7 @@ Semaphore::Semaphore(std::uint32_t value, const char* name, unsigned int flags)
 
 Semaphore::~Semaphore() noexcept(false)
 {
-    detail::throwIfDestructionFailed(VXSemaphoreDestroy(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().tell(VXSemaphoreDestroy(m_handle));
 }
 
 } // namespace vx::sync

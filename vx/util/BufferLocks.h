@@ -1,11 +1,11 @@
 #pragma once
 
 #include "vx/Exception.h"
+#include "vx/detail/ReleaseReport.h"
 #include "vx/util/IByteBuffer.h"
 #include "vx/util/ICharBuffer.h"
 
 #include <cstdint>
-#include <exception>
 
 namespace vx::util {
 
@@ -21,12 +21,7 @@ public:
         throwIfFailed(m_buffer.GetReadLock(&m_data));
         m_length = buffer.GetLength(); // a writer may have changed it before the lock was granted
     }
-    ~BufferReadLock() noexcept(false)
-    {
-        const std::int32_t result = m_buffer.ReleaseReadLock();
-        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-            throwIfFailed(result);
-    }
+    ~BufferReadLock() noexcept(false) { m_report.tell(m_buffer.ReleaseReadLock()); }
     BufferReadLock(const BufferReadLock&) = delete;
     BufferReadLock& operator=(const BufferReadLock&) = delete;
 
@@ -37,7 +32,7 @@ private:
     const Buffer& m_buffer;
     const Unit* m_data = nullptr;
     int m_length;
-    const int m_exceptionsAtStart = std::uncaught_exceptions();
+    const vx::detail::ReleaseReport m_report;
 };
 
 /// A buffer's storage under its write lock. At the end of the block the buffer gets the length that `setLength` was given
@@ -52,12 +47,7 @@ public:
         throwIfFailed(m_buffer.GetWriteLock(minimumLength, &m_data));
         m_length = buffer.GetLength();
     }
-    ~BufferWriteLock() noexcept(false)
-    {
-        const std::int32_t result = m_buffer.ReleaseWriteLock(m_length);
-        if (std::uncaught_exceptions() <= m_exceptionsAtStart)
-            throwIfFailed(result);
-    }
+    ~BufferWriteLock() noexcept(false) { m_report.tell(m_buffer.ReleaseWriteLock(m_length)); }
     BufferWriteLock(const BufferWriteLock&) = delete;
     BufferWriteLock& operator=(const BufferWriteLock&) = delete;
 
@@ -76,7 +66,7 @@ private:
     Buffer& m_buffer;
     Unit* m_data = nullptr;
     int m_length;
-    const int m_exceptionsAtStart = std::uncaught_exceptions();
+    const vx::detail::ReleaseReport m_report;
 };
 
 using CharReadLock = BufferReadLock<ICharBuffer, char16_t>;

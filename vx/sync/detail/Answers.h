@@ -4,7 +4,6 @@
 #include "vx/Result.h"
 
 #include <cstdint>
-#include <exception>
 
 namespace vx::sync::detail {
 
@@ -15,14 +14,6 @@ inline bool answerOfTimedWait(std::int32_t result)
         return false;
     throwIfFailed(result);
     return result == RESULT_OK;
-}
-
-/// For destructors: throws ResultException for a failed destruction, unless an exception is on its way already. A second
-/// one would end the process.
-inline void throwIfDestructionFailed(std::int32_t result)
-{
-    if (std::uncaught_exceptions() == 0)
-        throwIfFailed(result);
 }
 
 } // namespace vx::sync::detail
