@@ -65,7 +65,7 @@ bool CVXAbstractConnector::hasProperty(const String& key) const
     return find(key) != nullptr;
 }
 
-/// The map counts what it compares, so a key is never one on the stack.
+/// The map adds references to what it compares, so a key must not be on the stack.
 CVXSmartPtr<String> CVXAbstractConnector::find(const String& key) const
 {
     const Reference<String> counted(new String(key));

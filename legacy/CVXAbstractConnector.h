@@ -20,7 +20,7 @@ protected:
     ~CVXConnectorFace() = default;
 };
 
-/// Base of connectors of the older generation: it keeps the properties, a derived class makes the connection.
+/// Base of connectors of the older generation: it stores the properties, and a derived class makes the connection.
 class VX_API CVXAbstractConnector : public vx::ComObject, public CVXConnectorFace {
 public:
     CVXAbstractConnector(const CVXAbstractConnector&) = delete;

@@ -9,18 +9,18 @@
 enum CVXByteOrder : std::int32_t {
     CVX_ORDER_LITTLE = 0,
     CVX_ORDER_BIG = 1,
-    CVX_ORDER_NATIVE = 2 ///< becomes CVX_ORDER_LITTLE wherever it is given
+    CVX_ORDER_NATIVE = 2 ///< is taken as CVX_ORDER_LITTLE
 };
 
-/// The byte buffer of the older generation: `vx::io::ByteBuffer` with unsigned bytes. The two are strangers: neither is
-/// taken for the other.
+/// The byte buffer of the older generation: `vx::io::ByteBuffer` with unsigned bytes. The two classes are not related:
+/// neither compares equal to the other.
 class VX_API CVXByteBuffer : public vx::io::ByteWindow<CVXByteBuffer, unsigned char, CVXByteOrder, CVXSmartPtr> {
 public:
     using ByteOrder = CVXByteOrder;
 
-    /// A block of its own, which is not cleared.
+    /// Owns a new block, which is not cleared.
     CVXByteBuffer(unsigned int capacity, ByteOrder order, bool readOnly);
-    /// Borrow the block; the second one never writes to it.
+    /// These borrow the block. The second one never writes to it.
     CVXByteBuffer(unsigned char* bytes, unsigned int size, ByteOrder order, bool readOnly) noexcept;
     CVXByteBuffer(const unsigned char* bytes, unsigned int size, ByteOrder order) noexcept;
     CVXByteBuffer(const CVXByteBuffer& other) noexcept;

@@ -20,8 +20,8 @@ public:
     int getValueCount() const;
     /// Throws Exception "Invalid vector index".
     vx::String getValueString(int index) const;
-    /// Decimal, or by its prefix hexadecimal (0x) or octal (0); text behind the number is ignored. Throws Exception
-    /// where there is no number.
+    /// Decimal, or by its prefix hexadecimal (0x) or octal (0); text after the number is ignored. Throws Exception if
+    /// there is no number.
     std::int32_t getValueLong(int index) const;
     double getValueDouble(int index) const;
 
@@ -39,14 +39,14 @@ private:
     CVXCmdLineElement& operator=(const CVXCmdLineElement&) = delete;
 };
 
-/// What a parser knows of an option beforehand. Its values are the defaults.
+/// The definition of an option. Its values are the defaults.
 class VX_API COptionDefinition : public CVXCmdLineElement {
 public:
     /// `defaults` are separated by commas and blanks; null for none.
     COptionDefinition(const char16_t* name, int valueCount, const char16_t* defaults);
     ~COptionDefinition() noexcept override;
 
-    /// The values that the option takes from behind it.
+    /// How many of the following arguments are values of the option.
     int getCount() const { return m_count; }
     bool hasDefaults() const { return m_hasDefaults; }
 
@@ -55,10 +55,10 @@ private:
     bool m_hasDefaults;
 };
 
-/// The command-line parser of the older generation: `vx::util::detail::CommandLineParser`, but for two double quotes at the start
-/// of a token, which are an empty one here. At the level of the blanks that is an option with an empty name.
+/// The command-line parser of the older generation. It differs from `vx::util::CommandLineParser` in one point: two
+/// double quotes at the start of a token are an empty token. Between blanks, that is an option with an empty name.
 ///
-/// Not counted: whoever makes it deletes it.
+/// It has no reference count: its creator deletes it.
 class VX_API CVXCmdLineParser {
 public:
     CVXCmdLineParser();
@@ -66,10 +66,11 @@ public:
     CVXCmdLineParser& operator=(const CVXCmdLineParser& other);
     virtual ~CVXCmdLineParser();
 
-    /// Says that an option takes `valueCount` values from behind it, and what they are where it stands alone or not at all:
-    /// `defaults`, separated by commas and blanks, or null for none. Replaces an earlier definition of the name.
+    /// Defines an option that takes up to `valueCount` of the following arguments as values. `defaults`, separated by
+    /// commas and blanks, are its values if none follow or the option is missing; null for none. Replaces an earlier
+    /// definition of the name.
     void defineOption(const char16_t* name, int valueCount, const char16_t* defaults);
-    /// Counts for names of options, before and behind `parse`.
+    /// Applies to names of options. May be called before and after `parse`.
     void setIgnoreCase(bool ignoreCase);
 
     /// Null is an empty command line.
@@ -82,11 +83,11 @@ public:
     CVXSmartPtr<CVXCmdLineElement> getElement(int index) const;
     int getParameterCount() const;
     CVXSmartPtr<CVXCmdLineElement> getParameter(int index) const;
-    /// Whether the option stood on the command line.
+    /// Whether the option was on the command line.
     bool isPresent(const char16_t* name) const;
     /// The last one of that name, else its definition if that has defaults, else null.
     CVXSmartPtr<CVXCmdLineElement> getOption(const char16_t* name) const;
-    /// Of `getOption(name)`. Throw Exception where that is null.
+    /// Of `getOption(name)`. These throw Exception if that is null.
     vx::String getValueString(const char16_t* name, int index) const;
     std::int32_t getValueLong(const char16_t* name, int index) const;
     double getValueDouble(const char16_t* name, int index) const;
@@ -94,7 +95,7 @@ public:
 protected:
     /// Null for a name without one.
     CVXSmartPtr<COptionDefinition> getDefinition(const vx::String& name) const;
-    /// Forgets the elements; definitions stay.
+    /// Removes the elements, but keeps the definitions.
     void reset();
 
 private:

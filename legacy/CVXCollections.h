@@ -3,11 +3,11 @@
 #include "legacy/CVXSmartPtr.h"
 #include "vx/IVXComparator.h"
 
-/// Of the older generation; it has no instances.
+/// A class of the older generation without instances.
 class VX_API CVXCollections {
 public:
     CVXCollections() = delete;
 
-    /// The one that `vx::collections::GetDefaultComparator` gives.
+    /// Returns what `vx::collections::GetDefaultComparator` returns.
     static CVXSmartPtr<IVXComparator> getDefaultComparator();
 };

@@ -6,8 +6,8 @@
 #include "vx/collections/detail/Element.h"
 #include "vx/collections/vorb/Map.h"
 
-/// A map of counted objects with types for its keys and values, which may be null. It keeps a reference on another map, and
-/// all entries are in that one.
+/// Wraps a map and gives its keys and values static types; they may be null. It keeps a reference on the map, which
+/// stores all entries.
 template <class K, class V>
 class CVXObjectMap : public vx::Object {
 public:
@@ -19,7 +19,7 @@ public:
             throw vx::Exception(u"A map of objects needs a map");
     }
 
-    /// Null for a key that is not there, and for a value of another type.
+    /// Null for a missing key, and for a value of another type.
     CVXSmartPtr<V> get(const K* key) const { return cast(m_map->get(vx::collections::detail::toElement(key))); }
     /// Returns the old value.
     CVXSmartPtr<V> put(K* key, V* value)

@@ -28,11 +28,11 @@ protected:
 
 /// A key with a value that is an object. Numbers are kept as their text.
 ///
-/// Through the component view a value may also be a component that is no object: only that view can read it, and
-/// `getValue` and the others throw Exception "Value is not a CVXObject", as they do where there is no value.
+/// Through the component view, a value may also be a component that is no object. Only that view can read it;
+/// `getValue` and the others throw Exception "Value is not a CVXObject", as they do if there is no value.
 class VX_API CVXProperty : public vx::Object, public CVXPropertyFace {
 public:
-    /// The value is counted, and may be null.
+    /// Keeps a reference on the value, which may be null.
     CVXProperty(const vx::String& key, vx::Object* value);
     CVXProperty(const vx::String& key, const vx::String& value);
     CVXProperty(const vx::String& key, std::int32_t value);
@@ -50,13 +50,13 @@ public:
     virtual vx::String getKey() const;
     virtual CVXSmartPtr<vx::Object> getValue() const;
     virtual vx::String getValueString() const;
-    /// Of a Number as it converts, of anything else as its text reads.
+    /// A Number is converted. For anything else its text is parsed.
     virtual std::int32_t getValueLong() const;
     virtual double getValueDouble() const;
     virtual void set(double value);
     virtual void set(std::int32_t value);
     virtual void set(const vx::String& value);
-    /// Null takes the value away.
+    /// Null removes the value.
     virtual void set(vx::Object* value);
     /// An integer of another type, as its text.
     template <std::integral Number>

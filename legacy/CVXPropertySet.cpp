@@ -81,7 +81,7 @@ std::int32_t CVXPropertySetFace::GetParent2(IVXPropertySet2**) const
 
 namespace {
 
-/// A store that gives null breaks its contract, but not its users.
+/// A derived class must not return null here. If it does, callers must not crash.
 template <class Property>
 CVXSmartPtr<Property> existing(CVXSmartPtr<Property> property, const String& key)
 {

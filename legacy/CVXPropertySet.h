@@ -6,8 +6,8 @@
 #include <concepts>
 #include <cstdint>
 
-/// The `IVXPropertySet2` view of `CVXPropertySet`. It cannot be walked: what counts properties or goes by an index, and
-/// what asks for a parent, gives RESULT_NOT_IMPLEMENTED and touches nothing.
+/// The `IVXPropertySet2` view of `CVXPropertySet`. It cannot be enumerated: operations that count properties, use an
+/// index or ask for a parent return RESULT_NOT_IMPLEMENTED and change nothing.
 class VX_API CVXPropertySetFace : public IVXPropertySet2 {
 public:
     std::int32_t SetString(const char16_t* key, const char16_t* value) override;
@@ -29,7 +29,7 @@ protected:
     ~CVXPropertySetFace() = default;
 };
 
-/// Properties by their keys. A derived class keeps them: for a key without one, `getProperty` makes it or throws.
+/// Properties by key. A derived class stores them: for a key without one, `getProperty` creates it or throws.
 class VX_API CVXPropertySet : public vx::Object, public CVXPropertySetFace {
 public:
     ~CVXPropertySet() noexcept(false) override;
@@ -37,7 +37,7 @@ public:
     VX_OBJECT_UNKNOWN(vx::Object)
     static const vx::vorb::InterfaceData* GetComIntfMap();
 
-    /// Each asks `getProperty` for the property, and that for the operation of its name.
+    /// Each calls `getProperty`, and then the operation of the same name of the property.
     virtual void set(const vx::String& key, double value);
     virtual void set(const vx::String& key, std::int32_t value);
     virtual void set(const vx::String& key, const vx::String& value);
@@ -56,7 +56,7 @@ public:
 protected:
     CVXPropertySet() = default;
 
-    /// What the other form gives.
+    /// Returns what the other form returns.
     virtual CVXSmartPtr<const CVXProperty> getProperty(const vx::String& key) const;
 
 public:

@@ -4,8 +4,8 @@
 
 #include <concepts>
 
-/// The smart pointer of the older generation. It is a `vx::Reference<T>` by another name: each goes where the other is
-/// asked for.
+/// The smart pointer of the older generation. It is a `vx::Reference<T>` under another name: each can be used where the
+/// other is expected.
 template <class T>
 class CVXSmartPtr : public vx::Reference<T> {
 public:

@@ -11,7 +11,7 @@ public:
     using InterfaceType = IVXProperty;
     static constexpr _GUID IID {0x14B4005F, 0x4168, 0x4BBC, {0xBA, 0x90, 0x3C, 0x67, 0x49, 0xF1, 0x20, 0x95}};
 
-    /// Texts are copied into the buffer; those that are handed over are zero-terminated.
+    /// Text results are copied into the buffer. Text arguments are zero-terminated.
     virtual std::int32_t GetKey(IVXCharBuffer* key) const = 0;
     virtual std::int32_t GetValueString(IVXCharBuffer* value) const = 0;
     virtual std::int32_t GetValueLong(std::int32_t* value) const = 0;
@@ -30,9 +30,9 @@ public:
     using InterfaceType = IVXProperty2;
     static constexpr _GUID IID {0x247518DB, 0x853C, 0x4F28, {0x9E, 0x39, 0x83, 0xC9, 0x1C, 0x00, 0xF8, 0xE2}};
 
-    /// The interface `iid` of the value, counted for the caller.
+    /// The interface `iid` of the value, with a reference for the caller.
     virtual std::int32_t GetValue(const _GUID& iid, void** result) const = 0;
-    /// Counts the value.
+    /// Keeps a reference on the value.
     virtual std::int32_t SetValue(IVXUnknown* value) = 0;
 
 protected:

@@ -13,11 +13,12 @@
 
 namespace vx::collections {
 
-/// Gives a collection of components the static element type `T`, a class derived from Object. It stores nothing: elements,
-/// order, comparator and failures are those of the collection behind it, which it holds and which others may hold too.
+/// Gives a collection of components the static element type `T`, a class derived from Object. It stores nothing:
+/// elements, order, comparator and failures are those of the wrapped collection, on which it keeps a reference and
+/// which other wrappers may share.
 ///
-/// Nothing tests the type of what comes out: the caller answers for what went in. `compareTo` and `equals` hand their
-/// argument to the collection behind as it stands, so that no wrapper equals anything.
+/// The type of an element that is returned is not checked: the caller makes sure that all elements have it. `compareTo`
+/// and `equals` pass their argument unchanged to the wrapped collection, so that no wrapper is equal to anything.
 template <class T>
 class VX_API Collection : public Object {
 public:
@@ -48,10 +49,10 @@ public:
     virtual bool removeAll(const Collection<T>& other) { return m_collection->removeAll(*other.m_collection); }
     virtual bool retainAll(const Collection<T>& other) { return m_collection->retainAll(*other.m_collection); }
 
-    /// The collection behind. Not counted.
+    /// The wrapped collection. Adds no reference.
     vorb::Collection* getCollection() const noexcept { return m_collection.get(); }
 
-    /// For a range-for, which sees each element as a `Reference<T>`.
+    /// For a range-for, whose elements are `Reference<T>`.
     detail::Walk<vorb::ConstIterator, detail::FromElement<T>> begin() const
     {
         return detail::Walk<vorb::ConstIterator, detail::FromElement<T>>(m_collection->createConstIterator());

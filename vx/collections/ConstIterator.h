@@ -7,7 +7,7 @@
 
 namespace vx::collections {
 
-/// An iterator with a static element type over one without.
+/// Wraps an iterator and gives its elements a static type.
 template <class T>
 class VX_API ConstIterator : public Object {
 public:
@@ -20,7 +20,7 @@ public:
     Reference<T> next() { return detail::fromElement<T>(m_iterator->next()); }
 
 protected:
-    /// The iterator behind as what it was given as.
+    /// The wrapped iterator, as the type with which it was passed in.
     template <class View>
     View& as() const
     {

@@ -7,7 +7,8 @@ namespace vx::collections {
 
 namespace {
 
-// A static of the library and not of the function: collections of the host's own statics go before it.
+// A static object of the library and not of the function: it is destroyed after the host's static objects, which may be
+// collections.
 constinit vx::detail::MadeOnce<util::Comparator> g_defaultComparator;
 
 } // namespace

@@ -5,8 +5,8 @@
 
 namespace vx::collections {
 
-/// The comparator of every collection that is given none: one `vx::util::Comparator` for the whole process, made at the
-/// first call.
+/// The comparator of every collection that is given none: one `vx::util::Comparator` for the whole process, created by
+/// the first call.
 VX_API Reference<IVXComparator> GetDefaultComparator();
 
 } // namespace vx::collections

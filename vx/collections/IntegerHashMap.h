@@ -16,8 +16,8 @@ namespace vx::collections {
 template <class T>
 class Set;
 
-/// Objects, which may be null, by number. A number is its own hash. Growth and load factor are those of `vorb::HashMap`,
-/// and a call that fails leaves the map as it was. One thread at a time.
+/// Maps numbers to objects, which may be null. A number is its own hash. Growth and load factor are those of
+/// `vorb::HashMap`, and a call that fails leaves the map as it was. One thread at a time.
 class VX_API IntegerHashMap : public Object {
     /// Numbers with one hash are equal.
     struct KeyOrder {
@@ -32,10 +32,10 @@ public:
     static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
     static constexpr float DEFAULT_LOAD = Table::DEFAULT_LOAD;
 
-    /// Buckets for a map that is filled with `size` entries.
+    /// The capacity of a map that is filled with `size` entries.
     static int calcCapacity(int size);
 
-    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is NaN, as the default.
     explicit IntegerHashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
     IntegerHashMap(const IntegerHashMap&) = delete;
     IntegerHashMap& operator=(const IntegerHashMap&) = delete;
@@ -43,18 +43,18 @@ public:
 
     /// Keeps the capacity.
     virtual void clear();
-    /// Null for a key that is not there; so is a value that is null.
+    /// Returns null both for a missing key and for a value that is null.
     virtual Reference<Object> get(int key) const;
     virtual int getSize() const;
     virtual bool isEmpty() const;
-    /// Gives back the old value, null where the key is new.
+    /// Returns the old value, null if the key is new.
     virtual Reference<Object> put(int key, Object* value);
-    /// Gives back the value, null for a key that is not there.
+    /// Returns the value, null if the key is missing.
     virtual Reference<Object> remove(int key);
-    /// The keys at this moment, in a set of their own.
+    /// The keys at this moment, in a new set.
     virtual Reference<const Set<Integer32>> createKeySet() const;
 
-    /// What a range-for sees: `for (const auto [key, value] : map)`. The value is not counted.
+    /// The element of a range-for: `for (const auto [key, value] : map)`. The value has no reference added.
     struct KeyAndValue {
         int key;
         Object* value;
@@ -65,7 +65,7 @@ public:
             return {static_cast<int>(hash), value.get()};
         }
     };
-    /// From bucket 0 up. The step after a key was added or removed throws an Exception without a message.
+    /// From bucket 0 up. If a key was added or removed, the next step throws an Exception without a message.
     Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
     std::default_sentinel_t end() const noexcept { return {}; }
 

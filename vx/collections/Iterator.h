@@ -5,7 +5,7 @@
 
 namespace vx::collections {
 
-/// As ConstIterator, over an iterator that can take elements out.
+/// As ConstIterator, around an iterator that can remove elements.
 template <class T>
 class VX_API Iterator : public ConstIterator<T> {
 public:

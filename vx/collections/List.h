@@ -7,7 +7,7 @@
 
 namespace vx::collections {
 
-/// As Collection, over a list.
+/// As Collection, around a list.
 template <class T>
 class VX_API List : public Collection<T> {
 public:
@@ -32,7 +32,7 @@ public:
     {
         return new ConstListIterator<T>(m_list->createConstListIterator(index).get());
     }
-    /// Writes through to this list.
+    /// A view: changes of the result change this list.
     virtual Reference<List<T>> createSubList(int from, int to)
     {
         return new List<T>(m_list->createSubList(from, to).get());

@@ -5,7 +5,7 @@
 
 namespace vx::collections {
 
-/// As ConstListIterator, over an iterator that changes its list.
+/// As ConstListIterator, around an iterator that changes its list.
 template <class T>
 class VX_API ListIterator : public ConstListIterator<T> {
 public:

@@ -13,12 +13,12 @@
 
 namespace vx::collections {
 
-/// Gives a map of components static key and value types, classes derived from Object. As with Collection, everything but
-/// the types is that of the map behind.
+/// Gives a map of components static key and value types, classes derived from Object. As with Collection, everything
+/// except the types is that of the wrapped map.
 template <class K, class V>
 class VX_API Map : public Object {
 public:
-    /// What a range-for sees: `for (const auto& [key, value] : map)`.
+    /// The element of a range-for: `for (const auto& [key, value] : map)`.
     struct Entry {
         Reference<K> key;
         Reference<V> value;
@@ -46,7 +46,7 @@ public:
     Reference<V> remove(const K* key) { return detail::fromElement<V>(m_map->remove(detail::toElement(key))); }
     Reference<Set<K>> createKeySet() { return new Set<K>(m_map->createKeySet().get()); }
 
-    /// The map behind. Not counted.
+    /// The wrapped map. Adds no reference.
     vorb::Map* getMap() const noexcept { return m_map.get(); }
 
     struct ToEntry {

@@ -5,7 +5,7 @@
 
 namespace vx::collections {
 
-/// As Collection, over a set.
+/// As Collection, around a set.
 template <class T>
 class VX_API Set : public virtual Collection<T> {
 public:

@@ -15,11 +15,11 @@ namespace vx::collections {
 template <class T>
 class Set;
 
-/// Objects, which may be null, by text, whose case counts. Growth and load factor are those of `vorb::HashMap`, and a call
-/// that fails leaves the map as it was. One thread at a time.
+/// Maps texts to objects, which may be null. Keys are compared with regard to case. Growth and load factor are those of
+/// `vorb::HashMap`, and a call that fails leaves the map as it was. One thread at a time.
 ///
-/// The hash is that of `String`, which reads at most 63 units of a key. Keys that differ only in the others share a bucket,
-/// and are then found by a search in logarithmic time.
+/// The hash is that of `String`, which reads at most 63 units of a key. Keys that differ only in the other units share
+/// a bucket, and are then found in logarithmic time.
 class VX_API StringHashMap : public Object {
     struct Item {
         String key;
@@ -43,10 +43,10 @@ public:
     static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
     static constexpr float DEFAULT_LOAD = Table::DEFAULT_LOAD;
 
-    /// Buckets for a map that is filled with `size` entries.
+    /// The capacity of a map that is filled with `size` entries.
     static int calcCapacity(int size);
 
-    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is NaN, as the default.
     explicit StringHashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
     StringHashMap(const StringHashMap&) = delete;
     StringHashMap& operator=(const StringHashMap&) = delete;
@@ -54,7 +54,7 @@ public:
 
     /// Keeps the capacity.
     virtual void clear();
-    /// Null for a key that is not there; so is a value that is null. A `length` of -1 means a zero-terminated text.
+    /// Returns null both for a missing key and for a value that is null. A `length` of -1 means a zero-terminated text.
     virtual Reference<Object> get(const char16_t* chars, int length = -1) const;
     virtual Reference<Object> get(const String& key) const;
     virtual int getSize() const;
@@ -62,14 +62,14 @@ public:
     virtual bool containsKey(const char16_t* chars, int length = -1) const;
     virtual bool containsKey(const String& key) const;
     virtual bool isEmpty() const;
-    /// Gives back the old value, null where the key is new. The map shares the buffer of a new key.
+    /// Returns the old value, null if the key is new. The map shares the buffer of a new key.
     virtual Reference<Object> put(const String& key, Object* value);
-    /// Gives back the value, null for a key that is not there.
+    /// Returns the value, null if the key is missing.
     virtual Reference<Object> remove(const String& key);
-    /// The keys at this moment, in a set of their own.
+    /// The keys at this moment, in a new set.
     virtual Reference<const Set<String>> createKeySet() const;
 
-    /// What a range-for sees: `for (const auto [key, value] : map)`. The value is not counted.
+    /// The element of a range-for: `for (const auto [key, value] : map)`. The value has no reference added.
     struct KeyAndValue {
         const String& key;
         Object* value;
@@ -77,7 +77,7 @@ public:
     struct ToKeyAndValue {
         KeyAndValue operator()(std::uint32_t, const Item& item) const noexcept { return {item.key, item.value.get()}; }
     };
-    /// From bucket 0 up. The step after a key was added or removed throws an Exception without a message.
+    /// From bucket 0 up. If a key was added or removed, the next step throws an Exception without a message.
     Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
     std::default_sentinel_t end() const noexcept { return {}; }
 

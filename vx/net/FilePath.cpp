@@ -22,7 +22,7 @@ using View = std::u16string_view;
 constexpr View UNC_LEAD = u"\\\\";
 constexpr int MAX_SOURCE = 4100; // what is mounted, the longest path of the system and a server
 
-/// "\\server\volume:\a" without its colon, which is no drive's.
+/// Removes the colon from "\\server\volume:\a", since it belongs to no drive.
 String withoutVolumeSign(const String& path)
 {
     std::u16string text(path.view());

@@ -6,10 +6,11 @@
 
 namespace vx::net {
 
-/// A path that can be told to another machine: server, volume, and the path inside the volume.
+/// A path that another machine can use: server, volume, and the path inside the volume.
 ///
-/// The mount table of the system says where a file lies, without a look at the file itself; links are not followed. A file
-/// of this machine has its name as the server, and the administrative share of its drive ("C$") as the volume. A value.
+/// The mount table of the system tells where a file is. The file itself is not accessed, and links are not followed.
+/// For a file of this machine the server is the name of the machine, and the volume the administrative share of the
+/// drive ("C$"). A value class.
 class VX_API FilePath : public util::FilePath {
 public:
     /// How the path is reached.
@@ -19,10 +20,10 @@ public:
         MOUNT_NFS = 2 ///< has no volume; the path is the server's, and begins with "/"
     };
 
-    /// Throws InvalidPathException for a malformed path and for a mount whose name has another form than it should, and
-    /// ResultException where the system does not answer. A ":" behind the share is dropped: "\\server\volume:\a".
+    /// Throws InvalidPathException for a malformed path and for a mount with a malformed name, and ResultException if
+    /// the system does not answer. A ":" after the share, as in "\\server\volume:\a", is removed.
     FilePath(const String& path);
-    /// Looks nothing up: server, volume and path stay empty, and the mount type is MOUNT_LOCAL.
+    /// Does not read the mount table: server, volume and path stay empty, and the mount type is MOUNT_LOCAL.
     explicit FilePath(const util::FilePath& path);
     FilePath(const FilePath& other) noexcept = default;
     FilePath& operator=(const FilePath& other) = default;

@@ -9,19 +9,19 @@ class PropertySet;
 
 namespace vx::net {
 
-// A way to reach another party, as class code sees it. Failures are exceptions.
+// Connections to another party, as interfaces for class code. Failures are exceptions.
 
-/// Waits for a party.
+/// Waits for a party to connect.
 class VX_API IAcceptor : public IVXUnknown {
 public:
-    /// Blocks until a party comes.
+    /// Blocks until a party connects.
     virtual Reference<io::IChannel> accept() = 0;
 
 protected:
     ~IAcceptor() = default;
 };
 
-/// Goes to a party.
+/// Connects to a party.
 class VX_API IConnector : public IVXUnknown {
 public:
     virtual Reference<io::IChannel> connect() = 0;
@@ -30,7 +30,7 @@ protected:
     ~IConnector() = default;
 };
 
-/// Makes both from properties, whose keys are the transport's own.
+/// Creates both from properties. Each transport has its own keys.
 class VX_API ITransport : public IVXUnknown {
 public:
     virtual Reference<IConnector> createConnector(const util::PropertySet& properties) = 0;

@@ -22,7 +22,7 @@ constexpr std::size_t HOST_SIZE = 1025;
 static_assert(sizeof(sockaddr_in) == 16 && sizeof(sockaddr_in6) == 28 && sizeof(vx_sockaddr_union) == 128);
 static_assert(offsetof(sockaddr_in, sin_port) == offsetof(sockaddr_in6, sin6_port), "one place for the port");
 
-/// The bytes of the system's form for a family; 0 for a foreign one.
+/// The size of the system's form for a family, 0 for an unknown family.
 constexpr std::size_t storageLengthOf(int family) noexcept
 {
     return family == AF_INET ? sizeof(sockaddr_in) : family == AF_INET6 ? sizeof(sockaddr_in6) : 0;
@@ -48,7 +48,7 @@ ENUM_VX_E_SOCKET copyOut(const void* source, unsigned int size, void* target, un
     return VX_E_SOCKET_OK;
 }
 
-/// Both forms of `InetAddress::create`: `arguments` are those of the constructors.
+/// Both forms of `InetAddress::create`. `arguments` are passed to the constructor.
 template <class... Arguments>
 ENUM_VX_E_SOCKET createOfFamily(int family, InetAddress** out, Arguments... arguments) noexcept
 {

@@ -14,9 +14,9 @@ class String;
 
 namespace vx::net {
 
-/// One IP address in the system's binary form. Nothing here throws: what can fail gives a result, and a constructor writes
-/// it to `*status` (which may be null). Null pointers are VX_E_SOCKET_EINVAL. Owned by whoever created it; one thread at a
-/// time.
+/// One IP address in the system's binary form. Operations do not throw: those that can fail return a result, and a
+/// constructor writes it to `*status` (which may be null). Null pointers are VX_E_SOCKET_EINVAL. The caller that
+/// creates an address deletes it. One thread at a time.
 class VX_API InetAddress {
 public:
     InetAddress(const InetAddress&) = default;
@@ -25,10 +25,10 @@ public:
 
     /// 4 or 16 bytes.
     virtual ENUM_VX_E_SOCKET getAddressBinaryLength(unsigned int* length) const = 0;
-    /// Copies the address in network order. `*length` is the room in `buffer` and becomes what was copied; with too little
-    /// room it becomes what is needed, and the result is VX_E_SOCKET_EMSGSIZE.
+    /// Copies the address in network order. `*length` is the size of `buffer` and becomes the number of bytes copied.
+    /// If the buffer is too small it becomes the size needed, and the result is VX_E_SOCKET_EMSGSIZE.
     virtual ENUM_VX_E_SOCKET getAddressBinary(signed char* buffer, unsigned int* length) const = 0;
-    /// Bytes of the system's form, family and port included.
+    /// The size of the system's form, which includes family and port.
     virtual ENUM_VX_E_SOCKET getStorageBinaryLength(unsigned int* length) const = 0;
     /// As `getAddressBinary` for the system's form.
     virtual ENUM_VX_E_SOCKET getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const = 0;
@@ -36,18 +36,18 @@ public:
     virtual short isAddressAny() const = 0;
     virtual short isAddressLoopback() const = 0;
     virtual short isAddressNone() const = 0;
-    /// The port and the family stay.
+    /// Port and family are kept.
     virtual void setAddressAny() = 0;
 
-    /// An address of the family of `address`, for the caller to delete. A family other than the two of the Internet is
-    /// VX_E_SOCKET_EINVAL, and `*out` null.
+    /// Creates an address of the family of `address`, which the caller deletes. A family other than IPv4 and IPv6 is
+    /// VX_E_SOCKET_EINVAL, and `*out` becomes null.
     static ENUM_VX_E_SOCKET create(const vx_sockaddr_union* address, InetAddress** out);
-    /// From one entry of a look-up, with `port` in host order.
+    /// From one result of a name look-up, with `port` in host order.
     static ENUM_VX_E_SOCKET create(const addrinfo* info, unsigned short port, InetAddress** out);
 
     ENUM_VX_E_SOCKET getFamily(unsigned short* family) const;
-    /// Appends the numeric text, after a failure "native error " and its number; VX_E_SOCKET_EFAULT where memory is short.
-    /// No name service is asked.
+    /// Appends the numeric text, or after a failure "native error " and its number. VX_E_SOCKET_EFAULT if memory is
+    /// exhausted. No name service is used.
     ENUM_VX_E_SOCKET getAddressStr(String& text) const;
 
 protected:
@@ -59,14 +59,14 @@ protected:
 private:
     friend class InetSocketAddress;
 
-    /// As `getAddressStr`, but a lack of memory is thrown.
+    /// As `getAddressStr`, but throws if memory is exhausted.
     ENUM_VX_E_SOCKET appendAddress(String& text) const;
 };
 
 /// An IPv4 address.
 class VX_API Inet4Address : public InetAddress {
 public:
-    /// Null is no failure and gives an address of zeros without a family.
+    /// Null is allowed and makes an address of zeros without a family.
     Inet4Address(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status);
     Inet4Address(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status);
     ~Inet4Address() override;
@@ -77,7 +77,7 @@ public:
     ENUM_VX_E_SOCKET getStorageBinaryLength(unsigned int* length) const override;
     ENUM_VX_E_SOCKET getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const override;
     short isAddressAny() const override;
-    /// 127.0.0.1 alone, not its whole network.
+    /// 127.0.0.1 only, not its whole network.
     short isAddressLoopback() const override;
     /// 255.255.255.255.
     short isAddressNone() const override;
@@ -87,7 +87,7 @@ public:
 /// An IPv6 address.
 class VX_API Inet6Address : public InetAddress {
 public:
-    /// Null is no failure and gives an address of zeros without a family.
+    /// Null is allowed and makes an address of zeros without a family.
     Inet6Address(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status);
     Inet6Address(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status);
     ~Inet6Address() override;

@@ -10,7 +10,7 @@ namespace vx::net {
 
 namespace {
 
-/// What both constructors begin with. False, and `*status` says why, where there is no going on.
+/// The common start of both constructors. If it fails it returns false, with the reason in `*status`.
 bool begin(bool hasAddress, ENUM_VX_E_SOCKET* status)
 {
     if (status == nullptr)

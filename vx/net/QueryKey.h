@@ -4,8 +4,8 @@
 
 namespace vx::net {
 
-/// The key of a query parameter: text whose case does not count, printed as it was given. It keeps a copy in lower case
-/// from its first use on, so that also the constant operations belong to one thread at a time.
+/// The key of a query parameter: text that is compared without regard to case, and printed as it was given. It stores a
+/// lower-case copy when it is first used; therefore also constant operations are for one thread at a time.
 class VX_API QueryKey : public String {
 public:
     QueryKey(const String& key);

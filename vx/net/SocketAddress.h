@@ -5,8 +5,8 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-/// Holds any socket address of the system in 128 bytes: the family in front, behind it, for the two families of the
-/// Internet, the port in network byte order.
+/// Any socket address of the system in 128 bytes. It begins with the family, which for IPv4 and IPv6 is followed by the
+/// port in network byte order.
 union vx_sockaddr_union {
     struct sockaddr generic;
     struct sockaddr_in in4;

@@ -26,7 +26,7 @@ ENUM_VX_E_SOCKET call(
     }
 }
 
-/// Asks a temporary address of the family of `address`.
+/// Calls `question` on a temporary object of the family of `address`.
 ENUM_VX_E_SOCKET ask(const vx_sockaddr_union* address, short* answer, short (InetAddress::*question)() const)
 {
     if (answer != nullptr)

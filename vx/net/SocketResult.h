@@ -9,8 +9,9 @@
 #include <uchar.h>
 #endif
 
-/// A result code: 0 for success, else 0x8BE30000 plus the native number in the low 16 bits. The numbers are those of
-/// Windows Sockets; look-up errors have numbers of the platform layer. A native error without a row is 0x80004005.
+/// A result code: 0 for success, otherwise 0x8BE30000 plus the native number in the low 16 bits. The numbers are those
+/// of Windows Sockets. Look-up errors have numbers that the platform layer defines. A native error without a row is
+/// 0x80004005.
 #ifdef __cplusplus
 enum ENUM_VX_E_SOCKET : int32_t {
 #else
@@ -101,18 +102,18 @@ typedef enum ENUM_VX_E_SOCKET {
 extern "C" {
 #endif
 
-/// The calling thread's last socket error in Windows Sockets numbering, 0 for none. Ask on the thread on which the call
-/// failed, before any other call.
+/// The calling thread's last socket error in Windows Sockets numbering, 0 for none. Call it on the thread of the failed
+/// call, before any other call.
 VX_API int32_t VXLastNativeSocketError(void);
 
 /// 0 for 0, the row with that number, or 0x80004005.
 VX_API ENUM_VX_E_SOCKET VX_E_SOCKETFromNativeSocketError(int nativeError);
 
-/// As above over the look-up errors first.
+/// As above, but searches the look-up errors first.
 VX_API ENUM_VX_E_SOCKET VX_E_SOCKETFromNativeEaiSocketError(int nativeError);
 
-/// A sentence for a person behind the name of the error: "OK" for success, "FAIL" for a value without a row. Constant
-/// storage that nobody frees.
+/// The name of the error, followed by a readable sentence: "OK" for success, "FAIL" for an unknown value. Constant
+/// storage; the caller must not free it.
 VX_API const char16_t* VXGetDescriptionFromVX_E_SOCKET(ENUM_VX_E_SOCKET value);
 
 #ifdef __cplusplus

@@ -7,7 +7,8 @@ namespace vx::net {
 /// A socket that its owner connects.
 class VX_API TcpClientSocket2 : public TcpWorkerSocket2 {
 public:
-    /// The arguments are those of the system's `socket`. The caller deletes the object, by `destroyTcpSocket2` say.
+    /// The arguments are those of the system's `socket`. The caller deletes the object, with `destroyTcpSocket2` for
+    /// example.
     static ENUM_VX_E_SOCKET createTcpClientSocket2(int domain, int type, int protocol, TcpClientSocket2** out);
     ~TcpClientSocket2() override;
 
@@ -15,7 +16,7 @@ public:
     ENUM_VX_E_SOCKET bind(const vx_sockaddr_union* address, unsigned int length);
     /// Waits as long as the system does.
     ENUM_VX_E_SOCKET connect(const vx_sockaddr_union* address, unsigned int length);
-    /// `*length` is the room in `address` and becomes the length of the whole.
+    /// `*length` is the size of `address` and becomes the length of the complete address.
     ENUM_VX_E_SOCKET getLocalAddress(vx_sockaddr_union* address, int* length);
 
 private:

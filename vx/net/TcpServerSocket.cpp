@@ -61,7 +61,7 @@ Reference<TcpSocket> TcpServerSocket::accept()
         const std::int32_t number = VXLastNativeSocketError();
         throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(number));
     }
-    Reference<TcpSocketHandle> handle = TcpSocketHandle::own(socket); // before there is an object to go wrong
+    Reference<TcpSocketHandle> handle = TcpSocketHandle::own(socket); // before an object is created, which may fail
     return new TcpSocket(std::move(handle));
 }
 

@@ -22,10 +22,10 @@ using namespace detail;
 
 namespace {
 
-/// So many are asked for a connection before the wait for one.
+/// Up to this many listening sockets, accept() is tried on each before poll() is called.
 constexpr unsigned int FEW_SOCKETS = 2;
 
-/// The address that entry or socket has, for a list; null with a failure in `*status`.
+/// The address of an entry or a socket, for a list. Null, and a failure in `*status`, if that fails.
 template <class... Source>
 std::unique_ptr<InetSocketAddress> makeAddress(ENUM_VX_E_SOCKET* status, Source... source)
 {
@@ -37,7 +37,7 @@ std::unique_ptr<InetSocketAddress> makeAddress(ENUM_VX_E_SOCKET* status, Source.
     return address;
 }
 
-/// What a peer that is gone already makes of a close or a shutdown.
+/// Whether a close or shutdown failed only because the peer has already closed.
 bool isOfNoAccount(ENUM_VX_E_SOCKET result)
 {
     return result == VX_E_SOCKET_OK || result == VX_E_SOCKET_ENOTCONN || result == VX_E_SOCKET_ECONNRESET;
@@ -261,7 +261,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::bindOne(const InetSocketAddress* entry, Next*
         copied != VX_E_SOCKET_OK)
         return copied;
 
-    // Without blocking: a connection may be gone again between the wait and the accept.
+    // Non-blocking: a connection may end between the wait and the accept.
     const unsigned int handle = openSocket(storage.generic.sa_family, m_type | SOCK_NONBLOCK, m_protocol);
     if (handle == INVALID_SOCKET_HANDLE) {
         const ENUM_VX_E_SOCKET failure = lastError();
@@ -275,7 +275,8 @@ ENUM_VX_E_SOCKET TcpServerSocket2::bindOne(const InetSocketAddress* entry, Next*
     if (m_reusesAddress)
         ::setsockopt(static_cast<int>(handle), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     ENUM_VX_E_SOCKET result = resultOf([&] { return ::bind(static_cast<int>(handle), &storage.generic, length); });
-    if (result == VX_E_SOCKET_OK && m_reusesAddress) // several may be bound to the address now, and one can listen
+    if (result == VX_E_SOCKET_OK
+        && m_reusesAddress) // several sockets may be bound to the address now, but only one can listen
         result = resultOf([&] { return ::listen(static_cast<int>(handle), 1); });
     if (result == VX_E_SOCKET_OK && m_socketCount < MOST_ENTRIES) {
         m_sockets[m_socketCount++] = handle;
@@ -378,7 +379,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::accept_guts(TcpWorkerSocket2** out, unsigned 
     return status;
 }
 
-/// Waits on all sockets and takes one connection; `*handle` stays where there is none.
+/// Waits on all sockets and accepts one connection. If there is none, `*handle` does not change.
 ENUM_VX_E_SOCKET TcpServerSocket2::acceptConnection(unsigned int* handle, vx_sockaddr_union* peer)
 {
     if (m_socketCount == 0)
@@ -389,7 +390,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::acceptConnection(unsigned int* handle, vx_soc
         return *handle != INVALID_SOCKET_HANDLE;
     };
     const std::span<const unsigned int> listeners = std::span(m_sockets).first(m_socketCount);
-    if (m_socketCount <= FEW_SOCKETS && std::ranges::any_of(listeners, take)) // it was there already
+    if (m_socketCount <= FEW_SOCKETS && std::ranges::any_of(listeners, take)) // a connection was waiting already
         return VX_E_SOCKET_OK;
 
     std::array<pollfd, MOST_ENTRIES> waits;

@@ -10,21 +10,21 @@ namespace vx::net {
 
 class TcpWorkerSocket2;
 
-/// One listening endpoint on up to 20 native sockets. In order: collect addresses in the bind list, `bind`, `listen`,
-/// `saveBoundAddresses`, `accept` again and again, `close`.
+/// A server on up to 20 native sockets. The order of calls is: add addresses to the bind list, `bind`, `listen`,
+/// `saveBoundAddresses`, `accept` repeatedly, `close`.
 ///
-/// Each address gets a socket of its own, and an IPv6 socket serves IPv6 alone, so that the wildcards of both families
-/// stand on one port side by side.
+/// Each address gets its own socket. An IPv6 socket serves only IPv6, so that the wildcard addresses of both families
+/// can use the same port.
 class VX_API TcpServerSocket2 : public TcpSocket2 {
 public:
-    /// The arguments are kept for the native sockets, which `bind` opens, each in the family of its address. The caller
-    /// deletes the object, by `destroyTcpSocket2` say.
+    /// The arguments are stored for the native sockets. `bind` opens each of them in the family of its address. The
+    /// caller deletes the object, with `destroyTcpSocket2` for example.
     static ENUM_VX_E_SOCKET createTcpServerSocket2(int domain, int type, int protocol, TcpServerSocket2** out);
-    /// Shuts the output down and closes, unless that is done.
+    /// Shuts the output down and closes the socket, unless that was done before.
     ~TcpServerSocket2() override;
 
     // TcpSocket2
-    /// The object's own address, in 32 bits and never 0: it stands for all the sockets.
+    /// The low 32 bits of the object's address, never 0: one number for all its sockets.
     unsigned int getId() override;
     ENUM_VX_E_SOCKET shutdownInput() override;
     ENUM_VX_E_SOCKET shutdownOutput() override;
@@ -33,36 +33,38 @@ public:
 
     /// Adds the wildcard address of IPv6, then that of IPv4. VX_E_SOCKET_EFAULT if either could not be added.
     ENUM_VX_E_SOCKET bindListAddAddrAny(unsigned short port);
-    /// Adds every address of the hosts in a list with commas; blanks behind a comma do not count. Port 0 asks for that of
-    /// `service`, else `service` may be null. The result is that of the last host; VX_E_SOCKET_HOST_NOT_FOUND where it
-    /// added nothing. Wildcard addresses and those beyond the room are passed over.
+    /// Adds every address of the hosts in a list with commas; blanks after a comma are ignored. Port 0 means the port
+    /// of `service`; otherwise `service` may be null. The result is that of the last host: VX_E_SOCKET_HOST_NOT_FOUND
+    /// if no address of it was added. Wildcard addresses, and those for which there is no room, are left out.
     ENUM_VX_E_SOCKET bindListAddAddrInfo(const char* hosts, const char* service, unsigned short port);
     void bindListClear();
     void boundListClear();
-    /// Forgets the native sockets without closing them; their number stays.
+    /// Drops the native sockets without closing them. The number of sockets does not change.
     void socketListClear();
-    /// For a server that tells its clients one address over another road and opens no socket itself: keeps the address if
-    /// there is exactly one, and empties the bind list. `saveBoundAddresses` then publishes it.
+    /// For a server that opens no socket and tells its clients one address in another way. Saves the address if there
+    /// is exactly one, and empties the bind list. `saveBoundAddresses` then publishes it.
     ENUM_VX_E_SOCKET bindListSaveOneForNamedPipeReply();
-    /// Whether `bind` may take a port on which connections of an earlier server, which had this set too, are still ending:
-    /// without it `bind` fails with VX_E_SOCKET_EADDRINUSE for about a minute after a restart. A port on which a socket
-    /// listens stays taken; to find that out `bind` itself begins to listen. For later calls of `bind`; off at first.
+    /// Whether `bind` may use a port on which connections of an earlier server are still closing. That server must have
+    /// set this too. Without it, `bind` fails with VX_E_SOCKET_EADDRINUSE for about a minute after a restart. A port on
+    /// which another socket listens cannot be used; to find out, `bind` itself begins to listen. Applies to later calls
+    /// of `bind`; off by default.
     void setReuseAddress(bool reuses) { m_reusesAddress = reuses; }
-    /// Opens and binds a socket for each entry of the bind list. One that stands is success, whatever the others met.
+    /// Opens and binds a socket for each entry of the bind list. Succeeds if at least one could be bound.
     ENUM_VX_E_SOCKET bind();
-    /// A `backlog` below 1 is the system's most.
+    /// A `backlog` below 1 means the system's maximum.
     ENUM_VX_E_SOCKET listen(int backlog);
-    /// Appends to the bound list what the sockets are bound to, with the real port where port 0 was asked for.
+    /// Appends the addresses of the sockets to the bound list, with the port that the system chose if port 0 was given.
     ENUM_VX_E_SOCKET saveBoundAddresses();
-    /// Copies a bound address in the system's form. `*length` is the room and becomes what was copied.
+    /// Copies a bound address in the system's form. `*length` is the size of `address` and becomes the number of bytes
+    /// copied.
     ENUM_VX_E_SOCKET getBoundAddress(std::uint32_t index, signed char* address, unsigned int* length);
-    /// Waits without limit for a connection on any of the sockets; the first in the list wins. Success with nothing is
-    /// possible where a connection is gone again.
+    /// Waits without a limit for a connection on any of the sockets. The first ready socket in the list is used. If a
+    /// connection has ended meanwhile, the call may succeed without a result.
     ENUM_VX_E_SOCKET accept(TcpWorkerSocket2** out);
-    /// The connection as a native socket, all bits 1 for none.
+    /// The connection as a native socket; all bits are 1 if there is none.
     ENUM_VX_E_SOCKET accept(unsigned int* socket);
-    /// "[::]:9000; 0.0.0.0:9000" in the default encoding. `*length` is the room in `text` and becomes what was written;
-    /// VX_E_SOCKET_EFAULT for too little.
+    /// "[::]:9000; 0.0.0.0:9000" in the default encoding. `*length` is the size of `text` and becomes the number of
+    /// bytes written. VX_E_SOCKET_EFAULT if it is too small.
     ENUM_VX_E_SOCKET bindListAddressesDiagnosticStrA(char* text, std::uint32_t* length);
     ENUM_VX_E_SOCKET boundListAddressesDiagnosticStrA(char* text, std::uint32_t* length);
 
@@ -75,7 +77,7 @@ private:
     /// Up to 20 addresses.
     class AddressList {
     public:
-        /// False, and the address is gone, where there is no room.
+        /// Deletes the address and returns false if there is no room.
         bool add(std::unique_ptr<InetSocketAddress> address);
         void clear();
         unsigned int size() const { return m_size; }
@@ -87,7 +89,7 @@ private:
     };
 
     ENUM_VX_E_SOCKET addHost(const char* host, const char* service, unsigned short port);
-    /// How `bind` goes on behind an entry.
+    /// How `bind` continues after an entry.
     enum class Next { ENTRY, END, FAILURE };
     ENUM_VX_E_SOCKET bindOne(const InetSocketAddress* entry, Next* next);
     ENUM_VX_E_SOCKET acceptConnection(unsigned int* handle, vx_sockaddr_union* peer);
@@ -95,7 +97,7 @@ private:
     ENUM_VX_E_SOCKET shutDown(Direction direction);
     static ENUM_VX_E_SOCKET listAddressesDiagnosticStrA(const AddressList& list, char* text, std::uint32_t* length);
 
-    const int m_domain; ///< kept, and each address has its own
+    const int m_domain; ///< only stored: each address has its own
     const int m_type;
     const int m_protocol;
     std::array<unsigned int, MOST_ENTRIES> m_sockets;

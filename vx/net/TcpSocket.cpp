@@ -34,7 +34,7 @@ vx_sockaddr_union lookUp(const String& host, socklen_t& length)
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_protocol = IPPROTO_TCP;
     addrinfo* list = nullptr;
-    if (host.indexOf(u'\0') < 0) // the system would look up what stands before it
+    if (host.indexOf(u'\0') < 0) // the system would look up the text before it
         VXgetaddrinfo(host.getBytes(), nullptr, &hints, &list);
     const std::unique_ptr<addrinfo, decltype(&VXfreeaddrinfo)> owner(list, VXfreeaddrinfo);
     if (list == nullptr)

@@ -19,7 +19,7 @@ class TcpSocketInputStream;
 class TcpSocketOutputStream;
 
 /// A connected socket with a stream in each direction. Failures are exceptions. The native socket is open until this
-/// object and its streams are all gone. One thread may read while another writes.
+/// object and its streams are destroyed. One thread may read while another writes.
 class VX_API TcpSocket : public Object {
 public:
     /// Connects to the first address of `host`. Throws Exception for a host that is unknown or cannot be reached,
@@ -29,10 +29,11 @@ public:
     TcpSocket& operator=(const TcpSocket&) = delete;
     ~TcpSocket() noexcept(false) override;
 
-    /// One and the same object each time. Closing it leaves the socket open.
+    /// Returns the same object at each call. Closing it leaves the socket open.
     Reference<io::InputStream> getInputStream();
     Reference<io::OutputStream> getOutputStream();
-    /// How long a read waits for the first byte before it throws io::TimeoutException; 0, as at the start, is for ever.
+    /// How long a read waits for the first byte before it throws io::TimeoutException; 0, the default, means without a
+    /// limit.
     void setSoTimeout(int milliseconds);
     /// "vx.net.tcp.socket=" and the native socket: how the socket is named to a process that inherits it.
     String getInheritanceId();
@@ -41,7 +42,7 @@ protected:
     /// Takes over a connected native socket.
     explicit TcpSocket(unsigned int socket);
 
-    /// Makes the sockets layer ready, and takes that back. Both throw Exception.
+    /// Start and stop the sockets layer. Both throw Exception.
     static void init();
     static void uninit();
     static bool getInitialized();
@@ -58,7 +59,7 @@ private:
     Reference<TcpSocketInputStream> m_input;
     Reference<TcpSocketOutputStream> m_output;
     Reference<TcpSocketHandle> m_handle;
-    sync::Mutex m_lock; ///< guards the making of the streams
+    sync::Mutex m_lock; ///< guards the creation of the streams
 };
 
 } // namespace vx::net

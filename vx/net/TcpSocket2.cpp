@@ -15,12 +15,12 @@ namespace vx::net {
 
 namespace {
 
-/// The version of the sockets interface whose error numbers the results have.
+/// The version of the sockets interface that defines the error numbers of the results.
 constexpr std::int32_t VERSION_MAJOR = 2;
 constexpr std::int32_t VERSION_MINOR = 2;
 
-/// Starts or stops the layer under the library's lock. Without that lock, outside the library's life, there is nothing to
-/// guard against.
+/// Starts or stops the layer under the library's lock. There is no such lock before the library starts and after it
+/// stops, and then no other thread uses the layer.
 template <class Work>
 ENUM_VX_E_SOCKET underGlobalLock(Work work) noexcept
 {

@@ -11,24 +11,24 @@ struct addrinfo;
 
 namespace vx::net {
 
-/// Root of the sockets that give results and never throw. Null arguments are VX_E_SOCKET_EINVAL, operations on a closed
-/// socket VX_E_SOCKET_ENOTSOCK. No call is repeated, and no time-out or socket option set, by itself; a signal that breaks
-/// a call off is VX_E_SOCKET_EINTR. Not counted and not locked: one thread at a time, but `init` and `uninit` are safe
-/// between threads.
+/// Base of the sockets that return results and never throw. Null arguments are VX_E_SOCKET_EINVAL, operations on a
+/// closed socket VX_E_SOCKET_ENOTSOCK. Calls are not repeated, and no time-out or socket option is set, unless the
+/// caller does so; a signal that interrupts a call is VX_E_SOCKET_EINTR. There is no reference count and no lock: one
+/// thread at a time, except that `init` and `uninit` may be called from any thread.
 class VX_API TcpSocket2 {
 public:
     TcpSocket2(const TcpSocket2&) = delete;
     TcpSocket2& operator=(const TcpSocket2&) = delete;
     virtual ~TcpSocket2();
 
-    /// The native socket, 0 once closed.
+    /// The native socket, 0 after `close`.
     virtual unsigned int getId() = 0;
-    /// The shutdowns succeed on a socket that is not connected, and repeat harmlessly. Behind `close` they change the flags
-    /// alone.
+    /// The shutdowns succeed on a socket that is not connected, and may be repeated. After `close` they change only the
+    /// flags.
     virtual ENUM_VX_E_SOCKET shutdownInput() = 0;
     virtual ENUM_VX_E_SOCKET shutdownOutput() = 0;
     virtual ENUM_VX_E_SOCKET shutdownBoth() = 0;
-    /// The socket is closed also after a failure. Repeats harmlessly.
+    /// The socket is closed even if the result is a failure. May be repeated.
     virtual ENUM_VX_E_SOCKET close() = 0;
     virtual short getShutdownIn() const;
     virtual short getShutdownOut() const;
@@ -40,26 +40,26 @@ protected:
     virtual void setClosed(short isClosed);
 
 public:
-    /// Makes the sockets layer ready, once; every address and socket begins with it.
+    /// Starts the sockets layer once. Every address and socket calls it first.
     static ENUM_VX_E_SOCKET init();
-    /// Takes that back for everybody. The library's stop does it.
+    /// Stops the sockets layer for all callers. The library does so when it stops.
     static ENUM_VX_E_SOCKET uninit();
     /// The version of the sockets interface.
     static ENUM_VX_E_SOCKET getVersion(std::int32_t* major, std::int32_t* minor);
-    /// Looks `host` up and copies entry `index` of the list that comes back, with `port` (host order, not 0).
-    /// VX_E_SOCKET_EADDRNOTAVAIL where the list is shorter. `hints` may be null.
+    /// Looks `host` up and copies result `index` with `port` (host order, not 0). VX_E_SOCKET_EADDRNOTAVAIL if there
+    /// are fewer results. `hints` may be null.
     static ENUM_VX_E_SOCKET getAddrInfo(
         const char* host, unsigned short port, addrinfo* hints, std::uint32_t index, vx_sockaddr_union* result);
-    /// Shuts the output down, closes and deletes the socket, and nulls the pointer, which may hold null.
+    /// Shuts the output down, closes and deletes the socket, and sets the pointer to null. It may be null already.
     static ENUM_VX_E_SOCKET destroyTcpSocket2(TcpSocket2** socket);
 
 protected:
     explicit TcpSocket2(ENUM_VX_E_SOCKET* status);
 
-    /// What a shutdown in one direction has to ask the system for, the other direction being shut down or not.
+    /// The direction of a shutdown.
     enum class Direction { INPUT, OUTPUT, BOTH };
-    /// The argument of the system's `shutdown` for a step to `direction`, or -1 where the flags say that it is done. Sets
-    /// the flags.
+    /// Sets the flags for a shutdown of `direction`. Returns the argument for the system's `shutdown`, or -1 if it was
+    /// done before.
     int beginShutdown(Direction direction);
 
     static std::atomic<short> s_bInitialized;

@@ -5,7 +5,7 @@
 
 namespace vx::net {
 
-/// The one owner of a native socket, which it closes when the last of those who share it lets go.
+/// The owner of a native socket, which it closes when the last reference to the owner is released.
 class VX_API TcpSocketHandle : public Object {
 public:
     explicit TcpSocketHandle(unsigned int socket) noexcept
@@ -16,7 +16,7 @@ public:
     TcpSocketHandle& operator=(const TcpSocketHandle&) = delete;
     ~TcpSocketHandle() noexcept override;
 
-    /// An owner for `socket`, which is closed where there is no memory for one.
+    /// Creates an owner for `socket`. If memory is exhausted, the socket is closed.
     static Reference<TcpSocketHandle> own(unsigned int socket);
 
     unsigned int getSocket() const noexcept { return m_socket; }

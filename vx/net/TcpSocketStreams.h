@@ -10,19 +10,19 @@
 
 namespace vx::net {
 
-/// What comes from a socket. `close` leaves it open.
+/// Reads from a socket. `close` leaves the socket open.
 class VX_API TcpSocketInputStream : public io::InputStream {
 public:
-    /// `handle` is counted: the socket lives as long as its streams.
+    /// Keeps a reference on `handle`: the socket lives as long as its streams.
     explicit TcpSocketInputStream(TcpSocketHandle* handle);
     ~TcpSocketInputStream() noexcept override;
 
     using InputStream::read;
-    /// One receive: what there is, -1 when the peer has closed. Throws io::TimeoutException, behind which the next read
-    /// waits anew, or IoException.
+    /// Receives once: what has arrived, or -1 if the peer has closed. Throws io::TimeoutException, after which another
+    /// read may be tried, or IoException.
     std::int32_t read(signed char* buffer, std::int32_t length) override;
 
-    /// Milliseconds for one read, whatever signals arrive meanwhile; 0 and less is for ever.
+    /// Milliseconds for one read, even if signals arrive during it. 0 and less means without a limit.
     void setTimeout(int milliseconds) noexcept { m_timeout = milliseconds; }
 
 private:
@@ -31,16 +31,16 @@ private:
     std::atomic<int> m_timeout {0};
 };
 
-/// What goes to a socket. `close` leaves it open.
+/// Writes to a socket. `close` leaves the socket open.
 class VX_API TcpSocketOutputStream : public io::OutputStream {
 public:
-    /// `handle` is counted: the socket lives as long as its streams.
+    /// Keeps a reference on `handle`: the socket lives as long as its streams.
     explicit TcpSocketOutputStream(TcpSocketHandle* handle);
     ~TcpSocketOutputStream() noexcept override;
 
     using OutputStream::write;
-    /// Returns when the system has taken all of it, also if signals arrive meanwhile. Throws IoException; how much was
-    /// sent before the failure is not known.
+    /// Returns when the system has accepted all bytes, even if signals arrive during the call. Throws IoException; how
+    /// much was sent before the failure is not known.
     void write(const signed char* buffer, std::int32_t length) override;
 
 private:

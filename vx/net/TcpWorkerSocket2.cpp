@@ -26,7 +26,7 @@ struct SelectSet {
 constexpr std::uint32_t MOST_SOCKETS = 63;
 constexpr std::size_t SETS = 3;
 
-/// What is waited for: an entry for each descriptor.
+/// The descriptors to wait for, one entry each.
 class WaitList {
 public:
     /// VX_E_SOCKET_ENOTSOCK for a closed socket.
@@ -62,7 +62,7 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Leaves the ready sockets in the array and counts them. Gives the result of the last exception.
+/// Keeps the ready sockets in the array and counts them. Returns the result of the last exception.
 ENUM_VX_E_SOCKET keepReady(SelectSet& set, WaitList& waits, ENUM_VX_E_SOCKET result)
 {
     for (TcpWorkerSocket2*& socket : std::span(set.sockets, set.size)) {
@@ -153,7 +153,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::recv(char* buffer, unsigned int length, std::
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
     const std::size_t most = std::min<std::size_t>(length, INT32_MAX);
-    errno = 0; // an orderly end sets none
+    errno = 0; // an orderly end does not set it
     *count = static_cast<std::int32_t>(::recv(static_cast<int>(m_handle), buffer, most, flags));
     return *count > 0 ? VX_E_SOCKET_OK : lastError();
 }
@@ -219,7 +219,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::select(TcpWorkerSocket2** read, std::uint32_t
     if (*ready == 0)
         return VX_E_SOCKET_OK;
 
-    *ready = 0; // over the sets, as the system counts
+    *ready = 0; // the sum over the sets, as the system counts
     for (const pollfd& entry : waits.entries())
         *ready += isReadable(entry) + isWritable(entry) + isExceptional(entry);
     ENUM_VX_E_SOCKET result = VX_E_SOCKET_OK;

@@ -17,7 +17,7 @@ public:
     TcpWorkerSocket2(unsigned int id, ENUM_VX_E_SOCKET* status);
     /// As above with the address of the peer.
     TcpWorkerSocket2(unsigned int id, const vx_sockaddr_union* peer, ENUM_VX_E_SOCKET* status);
-    /// Shuts the output down and closes, unless that is done.
+    /// Shuts the output down and closes the socket, unless that was done before.
     ~TcpWorkerSocket2() override;
 
     // TcpSocket2
@@ -28,14 +28,14 @@ public:
     ENUM_VX_E_SOCKET close() override;
 
     virtual ENUM_VX_E_SOCKET getsockopt(std::int32_t level, std::int32_t name, char* value, int* length);
-    /// One receive of up to `length` bytes. `*count` is what came, 0 with success when the peer has closed, -1 after a
-    /// failure.
+    /// One receive of up to `length` bytes. `*count` is the number of bytes received: 0 with success if the peer has
+    /// closed, -1 after a failure.
     virtual ENUM_VX_E_SOCKET recv(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count);
     /// One send. `*count` may be less than `length`, and is -1 after a failure. A closed peer never raises a signal.
     virtual ENUM_VX_E_SOCKET send(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count);
     virtual ENUM_VX_E_SOCKET setsockopt(std::int32_t level, std::int32_t name, const char* value, int length);
 
-    /// `send` changes nothing in the buffer.
+    /// `send` does not change the buffer.
     ENUM_VX_E_SOCKET send(const char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
     {
         return send(const_cast<char*>(buffer), length, flags, count);
@@ -45,14 +45,14 @@ public:
         return send(static_cast<char*>(nullptr), length, flags, count);
     }
 
-    /// The peer's address; null unless the socket came from an accept. It stays with this object.
+    /// The peer's address, owned by this object; null unless the socket comes from `accept`.
     const InetSocketAddress* getPeerAddress() const { return m_peer.get(); }
 
-    /// Waits until a socket can be read, can be written without a wait, or has an exception: a pending error, which then is
-    /// the result, or urgent data. Each set has an array, which may be null, and a count of its entries, at most 63; a
-    /// descriptor may have any number. `timeout` null waits for ever, one of 0 looks only. On return each count is that of
-    /// the ready entries, the others of the array are null, and `*ready` is the sum over the sets; after a time-out all are
-    /// 0 and the arrays as they were.
+    /// Waits until a socket can be read, can be written without blocking, or has an exception: urgent data, or a
+    /// pending error, which is then the result. Each set has an array, which may be null, and a count of its entries,
+    /// at most 63. Descriptors may have any number. A null `timeout` waits without a limit, one of 0 returns at once.
+    /// On return each count is the number of ready entries, the other entries of the array are null, and `*ready` is
+    /// the sum over the sets. After a time-out all counts are 0 and the arrays unchanged.
     static ENUM_VX_E_SOCKET select(TcpWorkerSocket2** read, std::uint32_t* readCount, TcpWorkerSocket2** write,
         std::uint32_t* writeCount, TcpWorkerSocket2** except, std::uint32_t* exceptCount, const timeval* timeout,
         std::int32_t* ready);

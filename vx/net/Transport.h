@@ -13,7 +13,7 @@ class VX_API Transport {
 public:
     Transport() = delete;
 
-    /// A new transport by its ProgID; null when memory is exhausted. Throws ResultException where it cannot be had.
+    /// A new transport by its ProgID; null if memory is exhausted. Throws ResultException if it cannot be created.
     static Reference<ITransport> get(const String& progId);
 };
 

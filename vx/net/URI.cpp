@@ -26,7 +26,7 @@ URI::URI() = default;
 
 URI::URI(const String& text)
 {
-    // What `setUri` does, with the parts in a copy of the whole text.
+    // Does what `setUri` does, but copies the whole text at once and keeps the parts in it.
     const View given = text.view();
     m_texts = std::make_unique_for_overwrite<char16_t[]>(given.size());
     std::copy(given.begin(), given.end(), m_texts.get());
@@ -54,7 +54,7 @@ URI& URI::operator=(const URI& other)
 
 URI& URI::operator=(URI&& other) noexcept
 {
-    URI moved(std::move(other)); // which may be this one
+    URI moved(std::move(other)); // which may be this object
     std::swap(m_parts, moved.m_parts);
     m_texts.swap(moved.m_texts);
     m_query.swap(moved.m_query);
@@ -126,7 +126,7 @@ void URI::setQuery(const String& text, bool escape)
 {
     detail::QueryReader each(text.view());
     if (m_query != nullptr && detail::find(text.view(), u'&') == View::npos && each.next())
-        takePair(each.key(), each.value(), escape); // needs no copy of the table to be undone
+        takePair(each.key(), each.value(), escape); // a failure leaves the table as it was, so no copy is needed
     else
         take(QUERY, text.view(), escape);
 }
@@ -319,7 +319,7 @@ void URI::removeAuthority()
 void URI::removeQuery()
 {
     if (m_query != nullptr || !detail::ShortQuery().read(m_parts.texts[QUERY]))
-        readQuery()->clear(); // the buckets that many parameters need are there for later ones too
+        readQuery()->clear(); // keeps the capacity, which decides the order of later parameters
     remove(QUERY);
 }
 
@@ -430,7 +430,7 @@ void URI::remove(Part part)
 
 std::optional<View> URI::valueOf(const String& key) const
 {
-    constexpr std::size_t SHORT = 1024; // a longer text is looked through once
+    constexpr std::size_t SHORT = 1024; // a longer text is parsed into a table
     const View text = m_parts.texts[QUERY];
     if (detail::ShortQuery few; m_query == nullptr && text.size() <= SHORT && few.read(text))
         return few.get(key.view());

@@ -17,20 +17,21 @@ class QueryTable;
 class TextWriter;
 } // namespace detail
 
-/// The parts of one URI (RFC 3986) in their escaped form: scheme, user, password, host, port, path and query. A container
-/// and no validator: any text is taken apart, and each part can be set, read and removed alone. A part may be present and
-/// empty.
+/// The parts of one URI (RFC 3986) in their escaped form: scheme, user, password, host, port, path and query. A
+/// container, not a validator: any text is split into parts, and each part can be set, read and removed on its own. A
+/// part may be present and empty.
 ///
-/// A setter is told whether its text is still to be escaped, a getter whether to unescape; both work on the UTF-8 bytes, and
-/// text that has none there or is none throws InvalidCharacterException. A setter that throws changes nothing. The getter of a part that is not there throws a
-/// bare Exception, and so does unescaping an escape that is cut short. Query parameters are found in any case of letters,
-/// and printed in the order of a hash map. Fragments are not known: a "#" is a character like others. One thread at a time,
-/// also for the constant operations.
+/// A setter has an argument that says whether to escape its text, a getter one that says whether to unescape. Both work
+/// on UTF-8 bytes. Text that UTF-8 cannot encode, and escapes that are no UTF-8, throw InvalidCharacterException. A
+/// setter that throws changes nothing. The getter of a missing part throws an Exception without a message, and so does
+/// unescaping an incomplete escape. Query parameters are found without regard to case, and printed in the order of a
+/// hash map. Fragments are not supported: "#" is an ordinary character. One thread at a time, also for constant
+/// operations.
 class VX_API URI : public Object {
 public:
     URI();
     URI(const String& text);
-    /// A copy shares nothing with the other. What is moved from has no parts.
+    /// A copy shares nothing with the original. An object that was moved from has no parts.
     URI(const URI& other);
     URI(URI&& other) noexcept;
     URI& operator=(const URI& other);
@@ -40,22 +41,24 @@ public:
     // Object
     String toString() const override;
 
-    /// The text before the first ":" is the scheme. Behind a scheme, what does not begin with "/" is opaque: one part.
+    /// The text before the first ":" is the scheme. If there is a scheme and the rest does not begin with "/", the rest
+    /// is one opaque part.
     void setUri(const String& text, bool escape);
     void setSchemeSpecificPart(const String& text, bool escape);
-    /// "user:password@host:port". A port that is no number is 0.
+    /// "user:password@host:port". If the port is not a number, it is 0.
     void setAuthority(const String& text, bool escape);
     void setUserInfo(const String& text, bool escape);
     void setScheme(const String& text);
     void setUser(const String& text, bool escape);
     void setPassword(const String& text, bool escape);
     void setHost(const String& text, bool escape);
-    /// Without the slash between authority and path. To be escaped, it is one segment: slashes are escaped too.
+    /// Without the slash between authority and path. With `escape`, the text is one segment: its slashes are escaped
+    /// too.
     void setPath(const String& text, bool escape);
     void setPort(int port);
-    /// Adds the parameters of "key=value&key=value" to those that are there. One without "=" is its own value.
+    /// Adds the parameters of "key=value&key=value" to the present ones. A parameter without "=" is key and value.
     void setQuery(const String& text, bool escape);
-    /// Replaces the value of a key that is there.
+    /// Replaces the value of an existing key.
     void setQueryPair(const String& key, const String& value, bool escape);
     void setFragment(const String& text);
 
@@ -68,9 +71,9 @@ public:
     /// The password stays escaped.
     String getUserInfo(bool unescape) const;
     String getAuthority(bool unescape) const;
-    /// Keys stay escaped. Empty where there is none.
+    /// Keys stay escaped. Empty if there is no query.
     String getQuery(bool unescape) const;
-    /// `key` in the form in which it is stored.
+    /// `key` is in its stored form.
     String getQueryValue(const String& key, bool unescape) const;
     String getSchemeSpecificPart(bool unescape) const;
     String getFragment() const;
@@ -100,18 +103,18 @@ public:
     void removeAuthority();
     void removeQuery();
     void removeQueryPair(const String& key);
-    /// The opaque part stays.
+    /// Keeps the opaque part.
     void removeSchemeSpecificPart();
     void removeAll();
 
 private:
-    /// What is escaped beside what always is.
+    /// Which characters are escaped, apart from those that always are.
     enum ESCAPE_PART { ESCAPE_AUTHORITY = 0, ESCAPE_PATH = 1, ESCAPE_QUERY = 2 };
 
-    /// What is a text.
+    /// The parts that are texts.
     enum Part { SCHEME, USER, PASSWORD, HOST, PATH, OPAQUE_PART, QUERY };
 
-    /// What there is of a URI. The texts stand elsewhere; where there is none, it is empty.
+    /// The parts of a URI. The texts are views of other storage; a missing one is empty.
     struct Parts {
         void set(Part part, std::u16string_view text);
 
@@ -129,19 +132,20 @@ private:
     static void parseAuthority(std::u16string_view text, Parts& parts);
     static void parseUserInfo(std::u16string_view text, Parts& parts);
 
-    /// Stores what a setter is given: parameters are added, other parts replaced.
+    /// Stores the arguments of a setter: parameters are added, other parts replaced.
     void take(Parts given, bool escape);
     void take(Part part, std::u16string_view text, bool escape);
     void takePair(std::u16string_view key, std::u16string_view value, bool escape);
     static void put(detail::QueryTable& query, std::u16string_view key, std::u16string_view value, bool escape);
-    /// Copies parts that are in their stored form, and those that they do not replace. What fails changes nothing.
+    /// Copies the parts in `given`, which are in their stored form, and the present parts that they do not replace. A
+    /// failure changes nothing.
     void store(const Parts& given);
-    /// What a getter answers.
+    /// The result of a getter.
     String give(Part part, bool unescape) const;
     void remove(Part part);
     /// The value of a parameter in its stored form.
     std::optional<std::u16string_view> valueOf(const String& key) const;
-    /// The parameters as a table; null where there are none.
+    /// The parameters as a table; null if there are none.
     detail::QueryTable* readQuery() const;
 
     std::size_t roomToPrint() const;
@@ -153,7 +157,8 @@ private:
 
     Parts m_parts;
     std::unique_ptr<char16_t[]> m_texts;
-    // Most URIs are only parsed and printed, for which the text of their parameters will do. A table, once made, has them.
+    // Null until a table of the parameters is needed: most URIs are only parsed and printed, for which the text is
+    // enough. After that, the table has them.
     mutable std::unique_ptr<detail::QueryTable> m_query;
 };
 

@@ -16,7 +16,7 @@ using View = std::u16string_view;
 
 constexpr std::size_t NOT_FOUND = View::npos;
 
-/// Empty for a start behind its end.
+/// Empty if `start` is after `end`.
 View slice(View text, std::size_t start, std::size_t end)
 {
     return start < end ? text.substr(start, end - start) : View();
@@ -44,7 +44,7 @@ void URI::parseSchemeSpecificPart(View text, bool hasScheme, Parts& parts)
     if (hasScheme && !text.starts_with(u'/'))
         return parts.set(OPAQUE_PART, text);
     std::size_t query = NOT_FOUND;
-    std::size_t start = NOT_FOUND; // of the slash in front of the path
+    std::size_t start = NOT_FOUND; // of the slash before the path
     if (text.starts_with(u"//")) {
         constexpr std::size_t AUTHORITY = 2;
         query = find(text, u'?', AUTHORITY);

@@ -23,14 +23,15 @@ using View = std::u16string_view;
 
 constexpr const char16_t* UTF_8 = u"UTF-8";
 
-/// The bytes of the encoding UTF-8, which takes a lone trailing surrogate as a character of three bytes.
+/// The UTF-8 bytes of `text`. A lone trailing surrogate becomes three bytes.
 std::string utf8Of(View text)
 {
     constexpr std::size_t BYTES_PER_UNIT = 3; // at most
     std::string bytes(text.size() * BYTES_PER_UNIT, '\0');
     if (bytes.size() >= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
         throwBadAllocation();
-    const auto size = static_cast<std::int32_t>(bytes.size() + 1); // with the terminator that a std::string has
+    const auto size
+        = static_cast<std::int32_t>(bytes.size() + 1); // with the terminator, for which a std::string has room
     const std::int32_t written = String(text).getBytes(bytes.data(), size, UTF_8);
     bytes.resize(static_cast<std::size_t>(written - 1));
     return bytes;
@@ -41,7 +42,7 @@ constexpr bool isAscii(char16_t unit) noexcept
     return unit < 0x80;
 }
 
-/// For each byte a bit of each class that escapes it.
+/// For each byte, one bit for each class that escapes it.
 constexpr auto ESCAPED_IN = [] {
     constexpr std::string_view ALWAYS = "\"#%<>[\\]^`{|}";
     constexpr std::string_view OF_CLASS[] = {"/:;?@", "/;=?", "$&+,/:;=?@"};
@@ -59,7 +60,7 @@ constexpr auto ESCAPED_IN = [] {
     return classes;
 }();
 
-/// Two digits, upper-case; for what is no ASCII they are those of the platform's number texts.
+/// Appends two upper-case digits. For bytes that are not ASCII, the platform's conversion of numbers writes them.
 void appendEscape(std::u16string& escaped, unsigned char byte)
 {
     constexpr char16_t DIGITS[] = u"0123456789ABCDEF";
@@ -130,7 +131,7 @@ String URI::getUnescapedString(View text)
 
 std::size_t URI::roomToPrint() const
 {
-    constexpr std::size_t SIGNS = 20; // and the port
+    constexpr std::size_t SIGNS = 20; // and those of the port
     std::size_t room = SIGNS;
     for (const View text : m_parts.texts)
         room += text.size();

@@ -30,8 +30,8 @@ public:
         int getValueCount() const;
         /// Throws Exception "Invalid vector index".
         String getValueString(int index) const;
-        /// Decimal, or by its prefix hexadecimal (0x) or octal (0); text behind the number is ignored. Throws Exception
-        /// where there is no number.
+        /// Decimal, or by its prefix hexadecimal (0x) or octal (0); text after the number is ignored. Throws Exception
+        /// if there is no number.
         std::int32_t getValueLong(int index) const;
         double getValueDouble(int index) const;
 
@@ -54,10 +54,11 @@ public:
     CommandLineParser& operator=(const CommandLineParser& other);
     ~CommandLineParser() noexcept override;
 
-    /// Says that an option takes `valueCount` values from behind it, and what they are where it stands alone or not at all:
-    /// `defaults`, separated by commas and blanks, or null for none. Replaces an earlier definition of the name.
+    /// Defines an option that takes up to `valueCount` of the following arguments as values. `defaults`, separated by
+    /// commas and blanks, are its values if none follow or the option is missing; null for none. Replaces an earlier
+    /// definition of the name.
     void defineOption(const char16_t* name, int valueCount, const char16_t* defaults);
-    /// Counts for names of options, before and behind `parse`.
+    /// Applies to names of options. May be called before and after `parse`.
     void setIgnoreCase(bool ignoreCase);
 
     void parse(const String& text);
@@ -70,11 +71,11 @@ public:
     Reference<const Element> getElement(int index) const;
     int getParameterCount() const;
     Reference<const Element> getParameter(int index) const;
-    /// Whether the option stood on the command line.
+    /// Whether the option was on the command line.
     bool isPresent(const char16_t* name) const;
     /// The last one of that name, else its definition if that has defaults, else null.
     Reference<const Element> getOption(const char16_t* name) const;
-    /// Of `getOption(name)`. Throw Exception where that is null.
+    /// Of `getOption(name)`. These throw Exception if that is null.
     String getValueString(const char16_t* name, int index) const;
     std::int32_t getValueLong(const char16_t* name, int index) const;
     double getValueDouble(const char16_t* name, int index) const;
@@ -82,7 +83,7 @@ public:
 protected:
     /// Null for a name without one.
     Reference<OptionDefinition> getDefinition(const String& name) const;
-    /// Forgets the elements; definitions stay.
+    /// Removes the elements, but keeps the definitions.
     void reset();
 
 private:
@@ -91,12 +92,12 @@ private:
     detail::CommandLineCore<Element, OptionDefinition> m_core;
 };
 
-/// What a parser knows of an option beforehand. Its values are the defaults.
+/// The definition of an option. Its values are the defaults.
 class VX_API OptionDefinition : public CommandLineParser::Element {
 public:
     ~OptionDefinition() noexcept override;
 
-    /// The values that the option takes from behind it.
+    /// How many of the following arguments are values of the option.
     int getCount() const { return m_count; }
     bool hasDefaults() const { return m_hasDefaults; }
 

@@ -5,12 +5,12 @@
 
 #include <utility>
 
-// Between an object of a known class and the component pointer by which the collections hold it. The pointer is always
-// that of the object's identity, so that the way back needs no test.
+// Converts between an object of a known class and the component pointer that collections store. The pointer is always
+// that of the object's identity, so that the conversion back needs no check.
 
 namespace vx::collections::detail {
 
-/// Not counted. Null gives null.
+/// Adds no reference. Null becomes null.
 template <class T>
 IVXUnknown* toElement(T* object) noexcept
 {
@@ -23,7 +23,7 @@ const IVXUnknown* toElement(const T* object) noexcept
     return static_cast<const ComObject*>(object);
 }
 
-/// The caller answers for the element being a `T`; only a class with a virtual base is asked.
+/// The caller guarantees that the element is a `T`. The type is checked only if the class has a virtual base.
 template <class T>
 Reference<T> fromElement(Reference<IVXUnknown> element)
 {

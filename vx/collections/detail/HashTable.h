@@ -39,10 +39,10 @@ public:
 
     static constexpr int DEFAULT_CAPACITY = Order::DEFAULT_CAPACITY;
     static constexpr float DEFAULT_LOAD = Order::DEFAULT_LOAD;
-    /// Buckets for a map that is filled with `size` entries at once.
+    /// The capacity of a map that is filled with `size` entries at once.
     static constexpr int calcCapacity(int size) noexcept { return Order::capacityFor(size); }
 
-    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is NaN, as the default.
     HashTable(int capacity, float load, KeyOrder keyOrder = KeyOrder());
     ~HashTable()
     {

@@ -10,8 +10,9 @@
 
 namespace vx::collections::detail {
 
-/// One pass of a range-for over a collection: what `Cursor`, an iterator with `hasNext` and `next`, gives, through
-/// `Projection`. It keeps the collection alive and fails as its iterator does when something changes behind it.
+/// The iterator of a range-for over a collection, for one pass. Passes each element of `Cursor`, an iterator with
+/// `hasNext` and `next`, through `Projection`. Keeps the collection alive, and fails as `Cursor` does if the collection
+/// changes.
 template <class Cursor, class Projection = std::identity>
 class Walk {
 public:
@@ -19,7 +20,7 @@ public:
     using difference_type = std::ptrdiff_t;
     using value_type = std::remove_cvref_t<std::invoke_result_t<Projection, decltype(std::declval<Cursor&>().next())>>;
 
-    /// Takes the first element at once.
+    /// Reads the first element at once.
     explicit Walk(Reference<Cursor> cursor)
         : m_cursor(std::move(cursor))
     {

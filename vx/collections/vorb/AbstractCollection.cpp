@@ -35,7 +35,7 @@ bool AbstractCollection::add(IVXUnknown* element)
 
 bool AbstractCollection::addAll(const Collection& other)
 {
-    // An iterator sees what is appended, so that a collection added to itself would never come to its end.
+    // An iterator reaches appended elements too, so that a collection that is added to itself would never end.
     int left = &other == this ? getSize() : std::numeric_limits<int>::max();
     bool changed = false;
     const Reference<ConstIterator> elements = other.createConstIterator();

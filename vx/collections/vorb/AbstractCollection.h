@@ -6,8 +6,8 @@
 
 namespace vx::collections::vorb {
 
-/// Everything that a collection can do by its iterators alone. A class of its own gives the iterators and the size, and
-/// `add` if it stores.
+/// Implements all operations of a collection with its iterators. A derived class supplies the iterators and the size,
+/// and `add` if it stores elements.
 class VX_API AbstractCollection : public Object, public virtual Collection {
 public:
     VX_OBJECT_UNKNOWN(Object)
@@ -17,8 +17,8 @@ public:
     // Collection
     /// Throws UnsupportedOperationException.
     bool add(IVXUnknown* element) override;
-    /// A list that is added to itself gets each element that it has at the call once more, and a set stays as it is. A
-    /// sublist throws the Exception of a changed list: its own iterator notices the first addition.
+    /// A list that is added to itself gets each of its present elements once more; a set stays as it is. A sublist
+    /// throws the Exception of a changed list, because its own iterator notices the first addition.
     bool addAll(const Collection& other) override;
     void clear() override;
     bool contains(const IVXUnknown* element) const override;
@@ -44,7 +44,7 @@ protected:
     AbstractCollection(const AbstractCollection& other);
     AbstractCollection& operator=(const AbstractCollection&) = delete;
 
-    /// Equality as the comparator has it.
+    /// Equality according to the comparator.
     bool elementsEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
 
 private:

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint32_t HASH_MULTIPLIER = 38;
 
-/// Views and iterators of a constant list cannot change it: what they offer of their kind is const.
+/// Views and iterators of a constant list cannot change it, because they are returned as const.
 AbstractList* behindConstView(const AbstractList* list) noexcept
 {
     return const_cast<AbstractList*>(list);

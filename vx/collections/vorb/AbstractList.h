@@ -10,8 +10,8 @@ namespace vx::collections::vorb {
 class AbstractListIterator;
 class AbstractListSubList;
 
-/// Everything of a list but its storage. Iterators and sublists notice changes behind them by a count of modifications,
-/// to which the storing class adds exactly 1 in each `add` with an index, `remove` with an index, and `set`.
+/// Implements a list apart from its storage. Iterators and sublists notice other changes by a modification count, to
+/// which the derived class adds exactly 1 in each `add` with an index, `remove` with an index, and `set`.
 class VX_API AbstractList : public AbstractCollection, public virtual List {
 public:
     ~AbstractList() noexcept(false) override;
@@ -35,7 +35,7 @@ public:
     int indexOf(const IVXUnknown* element) const override;
     int lastIndexOf(const IVXUnknown* element) const override;
 
-    // Object, Collection: by the elements in their order
+    // Object, Collection: compare the elements in their order
     /// Throws CastFailedException for an `other` that is no List.
     int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override;
@@ -44,15 +44,15 @@ public:
 protected:
     AbstractList();
     explicit AbstractList(const IVXComparator* comparator);
-    /// Shares the comparator and counts from 0.
+    /// Shares the comparator. The modification count starts at 0.
     AbstractList(const AbstractList& other);
 
     int compareToList(const List& other) const;
 
-    /// A new iterator at `index`, which is in range: what all the ways to create one come down to.
+    /// A new iterator at `index`, which is in range. All operations that create an iterator call this one.
     virtual AbstractListIterator* newIterator(int index);
 
-    /// Unsigned, since it comes around in a list that lives long.
+    /// Unsigned, since it may wrap around in a list that lives long.
     std::uint32_t m_modificationCount = 0;
 
 private:

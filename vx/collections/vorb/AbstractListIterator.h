@@ -37,8 +37,8 @@ public:
     void set(IVXUnknown* element) override;
 
 protected:
-    // How the list is reached. A list that has a shorter way than its operations by index overrides all four. The last two
-    // return the old element, which is released only after the iterator has taken note of the change.
+    // These access the list. A list that has something faster than its operations by index overrides all four. The last
+    // two return the old element, so that it is released only after the iterator has recorded the change.
     virtual Reference<IVXUnknown> elementAt(int index);
     virtual bool addAt(int index, IVXUnknown* element);
     virtual Reference<IVXUnknown> removeAt(int index);

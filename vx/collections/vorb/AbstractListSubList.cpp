@@ -5,7 +5,7 @@
 
 namespace vx::collections::vorb {
 
-/// Walks the part through an iterator of the whole.
+/// An iterator over the part that uses an iterator of the whole list.
 class AbstractListSubList::SubListIterator : public ComObject, public virtual ListIterator {
 public:
     SubListIterator(AbstractListSubList* list, int index)
@@ -55,7 +55,8 @@ public:
         m_elements->add(element);
         m_list->changed(+1);
     }
-    /// The count that the list expects stays: the view itself takes this for a change that it does not know.
+    /// The modification count that the view expects stays as it is: the view treats this as a change that was not made
+    /// through it.
     void set(IVXUnknown* element) override { m_elements->set(element); }
 
 private:

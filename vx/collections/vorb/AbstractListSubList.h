@@ -35,9 +35,9 @@ private:
     class SubListIterator;
 
     void check() const;
-    /// Takes note of a change through this view, by which it has `change` elements more.
+    /// Records a change through this view, which now has `change` elements more.
     void changed(int change) noexcept;
-    /// Takes `changed(-1)` back.
+    /// Undoes `changed(-1)`.
     void unchanged() noexcept;
 
     Reference<AbstractList> m_parent;

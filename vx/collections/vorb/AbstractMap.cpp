@@ -141,7 +141,7 @@ int AbstractMap::compareToMap(const Map& other) const
     for (const Reference<MapEntry>& entry : *this) {
         const Reference<IVXUnknown> key = entry->getKey();
         const Reference<IVXUnknown> value = entry->getValue();
-        if (value == nullptr) { // a null result does not tell a missing key from a null value
+        if (value == nullptr) { // null may mean a missing key or a null value
             if (!other.containsKey(key.get()))
                 return 1;
             if (other.get(key.get()) != nullptr)

@@ -8,8 +8,8 @@
 
 namespace vx::collections::vorb {
 
-/// Everything that a map can do by its entry set alone, whose elements are `MapEntry` objects. A class of its own gives
-/// that set, and `put` if it stores.
+/// Implements all operations of a map with its entry set, whose elements are `MapEntry` objects. A derived class
+/// supplies that set, and `put` if it stores entries.
 class VX_API AbstractMap : public Object, public virtual Map {
 public:
     VX_OBJECT_UNKNOWN(Object)
@@ -29,10 +29,10 @@ public:
     /// Throws UnsupportedOperationException.
     Reference<IVXUnknown> put(IVXUnknown* key, IVXUnknown* value) override;
     void putAll(const Map& other) override;
-    /// Of several entries with an equal key all go, and the last one's value is the result.
+    /// If several entries have an equal key, all are removed, and the value of the last one is returned.
     Reference<IVXUnknown> remove(const IVXUnknown* key) override;
 
-    // Object, Map: by the entries
+    // Object, Map: compare the entries
     /// Throws CastFailedException for an `other` that is no Map.
     int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override;
@@ -47,13 +47,13 @@ protected:
     AbstractMap();
     /// Neither is null.
     AbstractMap(const IVXComparator* key, const IVXComparator* value);
-    /// Shares the comparators and counts from 0.
+    /// Shares the comparators. The modification count starts at 0.
     AbstractMap(const AbstractMap& other);
     AbstractMap& operator=(const AbstractMap&) = delete;
 
     int compareToMap(const Map& other) const;
 
-    /// Equality as the comparators have it.
+    /// Equality according to the comparators.
     bool keysEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
     bool valuesEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
 
@@ -62,7 +62,7 @@ private:
     Reference<const IVXComparator> m_valueComparator;
 
 protected:
-    /// Counts changes of structure, for the iterators. Unsigned, since it comes around in a map that lives long.
+    /// Counts structural changes, for the iterators. Unsigned, since it may wrap around in a map that lives long.
     std::uint32_t m_modificationCount = 0;
 };
 

@@ -5,7 +5,7 @@
 
 namespace vx::collections::vorb {
 
-/// The keys of a map as a set that looks through to the map. It holds a count on the map.
+/// The keys of a map as a set: a view of the map, on which it keeps a reference.
 class VX_API AbstractMapKeySet : public AbstractSet {
 public:
     /// The comparator is the key comparator of `map`.

@@ -5,7 +5,7 @@
 
 namespace vx::collections::vorb {
 
-/// The values of a map as a collection that looks through to the map. It holds a count on the map.
+/// The values of a map as a collection: a view of the map, on which it keeps a reference.
 class VX_API AbstractMapValueCollection : public AbstractCollection {
 public:
     /// The comparator is the value comparator of `map`.

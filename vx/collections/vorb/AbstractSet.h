@@ -5,7 +5,7 @@
 
 namespace vx::collections::vorb {
 
-/// What AbstractCollection is for sets. It compares, equals and hashes by address.
+/// As AbstractCollection, for sets. Comparison, equality and hash use the address.
 class VX_API AbstractSet : public AbstractCollection, public virtual Set {
 public:
     ~AbstractSet() noexcept(false) override;

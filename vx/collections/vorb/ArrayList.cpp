@@ -21,7 +21,7 @@ Reference<IVXUnknown> takeOver(IVXUnknown* element) noexcept
 
 } // namespace
 
-/// Reads the array itself, without the operations by index.
+/// Reads the array directly, without the operations by index.
 class ArrayList::ArrayIterator final : public AbstractListIterator {
 public:
     ArrayIterator(ArrayList* list, int cursor)
@@ -50,7 +50,7 @@ ArrayList::ArrayList(const IVXComparator* comparator)
 {
 }
 
-// They delegate, so that the destructor releases the elements that are there when `addAll` fails.
+// They delegate to another constructor, so that the destructor releases the elements if `addAll` fails.
 
 ArrayList::ArrayList(const Collection& other)
     : ArrayList()
@@ -82,7 +82,7 @@ ArrayList::~ArrayList() noexcept(false)
     }
 }
 
-// What receives an element counts it first, so that a new object is released if the operation fails.
+// Operations that receive an element first add a reference, so that a new object is released if the operation fails.
 
 bool ArrayList::add(IVXUnknown* element)
 {
@@ -147,7 +147,7 @@ Reference<IVXUnknown> ArrayList::set(int index, IVXUnknown* element)
 
 AbstractListIterator* ArrayList::newIterator(int index)
 {
-    // A derived class may have operations by index of its own.
+    // A derived class may override the operations by index.
     if (typeid(*this) != typeid(ArrayList))
         return new AbstractListIterator(this, index);
     return new ArrayIterator(this, index);

@@ -10,16 +10,16 @@
 
 namespace vx::collections::vorb {
 
-/// A list in one array: constant time by index and at the end. It holds up to 0x3FFFFFFF elements, and throws
-/// std::length_error beyond; a failed growth throws std::bad_alloc. Either leaves the list as it was.
+/// A list in one array: constant time by index and at the end. It holds up to 0x3FFFFFFF elements. One more throws
+/// std::length_error, exhausted memory std::bad_alloc; both leave the list as it was.
 ///
-/// `add` without an index disturbs no iterator, which then sees the new element at the end. The capacity grows by half
-/// and never shrinks.
+/// `add` without an index leaves iterators valid; they will reach the new element at the end. The capacity grows by
+/// half and never shrinks.
 class VX_API ArrayList : public AbstractList {
 public:
     ArrayList();
     explicit ArrayList(const IVXComparator* comparator);
-    /// With the default comparator, whatever `other` has.
+    /// With the default comparator, whichever one `other` has.
     explicit ArrayList(const Collection& other);
     ArrayList(const Collection& other, const IVXComparator* comparator);
     /// Shares the elements and the comparator.
@@ -40,9 +40,8 @@ public:
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
 
     class Look;
-    /// For a range-for, which sees each element as an `IVXUnknown*` that is not counted: it holds for as long as the
-    /// element stays in the list. A change of the list, other than at the end, is seen at the next element, as by an
-    /// iterator.
+    /// For a range-for, whose elements are `IVXUnknown*` without a reference added: each is valid as long as it stays
+    /// in the list. As with iterators, a change of the list, other than at the end, is noticed at the next element.
     Look begin() const noexcept;
     std::default_sentinel_t end() const noexcept { return {}; }
 
@@ -54,12 +53,12 @@ private:
 
     void makeRoom();
 
-    vx::detail::RawArray<IVXUnknown*> m_elements; ///< the first `m_size` of them counted
+    vx::detail::RawArray<IVXUnknown*> m_elements; ///< references are kept on the first `m_size` of them
     int m_size = 0;
     int m_capacity = 0;
 };
 
-/// A place in an ArrayList, which must outlive it.
+/// A position in an ArrayList, which must outlive it.
 class ArrayList::Look {
 public:
     using iterator_concept = std::forward_iterator_tag;

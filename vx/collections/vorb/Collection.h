@@ -11,11 +11,11 @@
 
 namespace vx::collections::vorb {
 
-/// A group of components. It holds a count on each of its elements, which may be null, and tells them apart by its
-/// comparator only; a failure of the comparator is thrown as a ResultException. What it cannot do throws
-/// UnsupportedOperationException.
+/// A group of components. It keeps a reference on each element; elements may be null. They are compared with the
+/// collection's comparator only, whose failures are thrown as ResultException. Operations that a class does not support
+/// throw UnsupportedOperationException.
 ///
-/// Views and iterators hold a count on the collection. Nothing is locked: one thread at a time.
+/// Views and iterators keep a reference on the collection. There is no lock: one thread at a time.
 class VX_API Collection : public IVXUnknown {
 public:
     /// True if the collection has changed.
@@ -30,16 +30,16 @@ public:
     virtual bool equals(const Object& other) const = 0;
     virtual int getSize() const = 0;
     virtual std::uint32_t hashCode() const = 0;
-    /// Takes the first element that equals `element` out; false where there is none.
+    /// Removes the first element that equals `element`. Returns false if there is none.
     virtual bool remove(const IVXUnknown* element) = 0;
-    /// One occurrence goes for each element of `other`.
+    /// Removes one occurrence for each element of `other`.
     virtual bool removeAll(const Collection& other) = 0;
-    /// Takes out what `other` does not contain.
+    /// Removes the elements that `other` does not contain.
     virtual bool retainAll(const Collection& other) = 0;
 
     bool isEmpty() const { return getSize() == 0; }
 
-    /// For a range-for, which sees each element as a `Reference<IVXUnknown>`.
+    /// For a range-for, whose elements are `Reference<IVXUnknown>`.
     collections::detail::Walk<ConstIterator> begin() const
     {
         return collections::detail::Walk<ConstIterator>(createConstIterator());

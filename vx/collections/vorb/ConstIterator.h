@@ -5,12 +5,12 @@
 
 namespace vx::collections::vorb {
 
-/// One pass over the elements of a collection. A change of the collection behind the iterator is seen at the next step,
-/// which throws an Exception without a message.
+/// One pass over the elements of a collection. If the collection is changed in another way than through the iterator,
+/// the next step throws an Exception without a message.
 class VX_API ConstIterator : public IVXUnknown {
 public:
     virtual bool hasNext() = 0;
-    /// Throws Exception, of a list RangeErrorException, behind the last element.
+    /// At the end it throws Exception, for a list RangeErrorException.
     virtual Reference<IVXUnknown> next() = 0;
 
 protected:

@@ -4,7 +4,7 @@
 
 namespace vx::collections::vorb {
 
-/// Walks a list in both directions. It stands between two elements.
+/// Iterates over a list in both directions. Its position is between two elements.
 class VX_API ConstListIterator : public virtual ConstIterator {
 public:
     virtual bool hasPrevious() = 0;

@@ -49,7 +49,7 @@ HashMapEntry* HashMap::Item::entry() const
     made->m_value.attach(m_value);
     if (madeEntry().compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
         return made.detach();
-    (void)made->m_key.detach(); // another reader was first, and its entry owns them
+    (void)made->m_key.detach(); // another thread was first, and its entry owns both
     (void)made->m_value.detach();
     return present;
 }
@@ -157,7 +157,7 @@ int HashMap::getSize() const
 
 Reference<IVXUnknown> HashMap::put(IVXUnknown* key, IVXUnknown* value)
 {
-    Item item(key, value); // counted first: a new object is released if anything fails
+    Item item(key, value); // first: new objects are released if anything fails
     const std::uint32_t hash = getKeyHashCode(key);
     const Index found = find(key, hash);
     if (found != NONE)
@@ -207,7 +207,7 @@ bool HashMap::areEqual(
 HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
 {
     return m_table.find(hash, key, [&](const Item& item) {
-        item.prefetchValue(); // on its way while the keys are compared
+        item.prefetchValue(); // loads while the keys are compared
         return keysEqual(item.key(), key);
     });
 }

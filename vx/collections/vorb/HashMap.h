@@ -13,21 +13,21 @@
 
 namespace vx::collections::vorb {
 
-/// The map for keys of any kind. The bucket of a key is its hash modulo the capacity; each call takes the hash of its key
-/// once.
+/// The map for keys of any kind. The bucket of a key is its hash modulo the capacity. Each call computes the hash of
+/// its key once.
 ///
-/// Iteration goes from the last bucket down to the first, and within a bucket from the newest entry to the oldest. When a
-/// new entry finds as many entries as the capacity times the load factor, n buckets first become 2n + 1, which reverses the
-/// order within buckets. The capacity never shrinks. A call that fails leaves the map as it was.
+/// Iteration visits the buckets from the last to the first, and in a bucket the newest entry first. If there are
+/// already as many entries as capacity times load factor, a new entry first makes n buckets become 2n + 1, which
+/// reverses the order within buckets. The capacity never shrinks. A call that fails leaves the map as it was.
 ///
-/// In a bucket with many entries, texts (`String`) and number boxes under the default comparator are found in logarithmic
-/// time, provided that their owners do not change them there. For all other keys and comparators the time grows with the
-/// number of entries of the bucket: the comparator is called for each that has the hash of the key.
+/// In a bucket with many entries, texts (`String`) and number boxes under the default comparator are found in
+/// logarithmic time, if they are not changed while they are keys. For all other keys and comparators the time grows
+/// with the number of entries of the bucket: the comparator is called for each entry that has the hash of the key.
 ///
 /// A comparator that changes the map while it is called makes that call throw an Exception without a message.
 class VX_API HashMap : public AbstractMap {
     class Item;
-    /// Orders the keys that the library compares itself: texts, and number boxes of one class.
+    /// Orders the keys for which no comparator is called: texts, and number boxes of one class.
     struct KeyOrder {
         bool areOrdered(const Item& left, const Item& right) const;
         bool isOrdered(const Item& item, const IVXUnknown* key) const;
@@ -42,14 +42,14 @@ public:
     static constexpr int DEFAULT_CAPACITY = Table::DEFAULT_CAPACITY;
     static constexpr float DEFAULT_LOAD = Table::DEFAULT_LOAD;
 
-    /// Buckets for a map that is filled from one of `size` entries.
+    /// The capacity of a map that is filled from one of `size` entries.
     static int calcCapacity(int size);
 
-    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is no number, as the default.
+    /// A `capacity` below 1 is taken as 1; a `load` below 0.001, and one that is NaN, as the default.
     explicit HashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
     /// Neither comparator is null.
     HashMap(const IVXComparator* key, const IVXComparator* value, int capacity, float load);
-    /// With the default comparators, whatever `map` has.
+    /// With the default comparators, whichever ones `map` has.
     explicit HashMap(const Map& map, float load = DEFAULT_LOAD);
     HashMap(const Map& map, const IVXComparator* key, const IVXComparator* value, float load = DEFAULT_LOAD);
     /// Comparators, capacity and load factor are those of `other`; keys and values are shared.
@@ -65,17 +65,18 @@ public:
     Reference<Set> createEntrySet() override;
     Reference<IVXUnknown> get(const IVXUnknown* key) const override;
     int getSize() const override;
-    /// A new value for a key that is there disturbs no iterator.
+    /// A new value for an existing key leaves iterators valid.
     Reference<IVXUnknown> put(IVXUnknown* key, IVXUnknown* value) override;
     Reference<IVXUnknown> remove(const IVXUnknown* key) override;
 
-    /// What a range-for sees: `for (const auto [key, value] : map)`. Neither is counted.
+    /// The element of a range-for: `for (const auto [key, value] : map)`. Adds no references.
     struct KeyAndValue {
         IVXUnknown* key;
         IVXUnknown* value;
     };
     class Walk;
-    /// The quick way through the map, which is not counted. As with iterators, the step behind a change throws.
+    /// The fastest iteration over the map, on which it keeps no reference. As with iterators, the step after a change
+    /// throws.
     Walk begin() const;
     std::default_sentinel_t end() const noexcept { return {}; }
 
@@ -95,7 +96,7 @@ private:
     Index find(const IVXUnknown* key) const { return find(key, getKeyHashCode(key)); }
     Index find(const IVXUnknown* key, std::uint32_t hash) const;
     Reference<IVXUnknown> removeItem(Index index);
-    /// Throws where the map has changed since `expectedCount` was its count.
+    /// Throws if the map has changed since `expectedCount` was its modification count.
     void check(std::uint32_t expectedCount) const
     {
         if (expectedCount != m_modificationCount)
@@ -103,11 +104,11 @@ private:
     }
 
     Table m_table;
-    bool m_hasOwnKeyComparator; ///< that of the library, which need not be called for texts
+    bool m_hasOwnKeyComparator; ///< the library's own comparator, which need not be called for texts
     bool m_hasOwnValueComparator;
 };
 
-/// A key with its value. The entry object is made at the first request, and then owns both.
+/// A key with its value. The entry object is created when it is first asked for, and then owns both.
 class HashMap::Item {
 public:
     Item() noexcept = default;
@@ -128,13 +129,13 @@ public:
         const HashMapEntry* entry = madeEntry().load(std::memory_order_acquire);
         return entry != nullptr ? entry->m_value.get() : m_value;
     }
-    /// Gives back the old value.
+    /// Returns the old value.
     Reference<IVXUnknown> exchangeValue(Reference<IVXUnknown> value) noexcept;
-    /// The value of an item that goes; an entry object keeps it as well.
+    /// The value of an item that is being removed. An entry object keeps it as well.
     Reference<IVXUnknown> takeValue() noexcept;
-    /// Not counted. Readers under a shared lock may ask at the same time and get the same one.
+    /// Adds no reference. Readers under a shared lock may call this at the same time and get the same object.
     HashMapEntry* entry() const;
-    /// Has the processor fetch what somebody who comes to the entry will count.
+    /// Prefetches the reference counts of key and value, which the caller is about to increment.
     void prefetch() const noexcept
     {
         __builtin_prefetch(m_key, FOR_WRITE);
@@ -153,8 +154,8 @@ private:
     std::atomic_ref<HashMapEntry*> madeEntry() const noexcept { return std::atomic_ref<HashMapEntry*>(m_entry); }
 
     IVXUnknown* m_key = nullptr;
-    IVXUnknown* m_value = nullptr; ///< stands for as long as there is no entry
-    mutable HashMapEntry* m_entry = nullptr; ///< counted; null until it is asked for
+    IVXUnknown* m_value = nullptr; ///< valid as long as there is no entry object
+    mutable HashMapEntry* m_entry = nullptr; ///< owned by reference; null until it is asked for
 };
 
 class HashMap::Walk {

@@ -5,8 +5,8 @@
 
 namespace vx::collections::vorb {
 
-/// A live entry of a `HashMap`, which lives on with its last value when it has left the map. It compares, equals and
-/// hashes as any other entry does, whatever is in it.
+/// An entry of a `HashMap`. After its removal from the map it keeps its last value. All entries are equal to each other
+/// and have the same hash, whatever they contain.
 class VX_API HashMapEntry : public ComObject, public virtual MapEntry {
 public:
     HashMapEntry(const HashMapEntry&) = delete;
@@ -24,7 +24,7 @@ public:
     Reference<IVXUnknown> getValue() const override;
     /// 0.
     std::uint32_t hashCode() const override;
-    /// No modification, so that iterators go on.
+    /// Does not count as a modification: iterators stay valid.
     Reference<IVXUnknown> setValue(IVXUnknown* value) override;
 
 private:

@@ -5,7 +5,7 @@
 
 namespace vx::collections::vorb {
 
-/// The entries of a `HashMap` as a set that looks through to the map, on which it holds a count.
+/// The entries of a `HashMap` as a set: a view of the map, on which it keeps a reference.
 class VX_API HashMapEntrySet : public AbstractSet {
 public:
     explicit HashMapEntrySet(HashMap* map);
@@ -13,7 +13,7 @@ public:
     ~HashMapEntrySet() noexcept(false) override;
 
     // Collection
-    /// True where the map has the key with an equal value. Throws CastFailedException for what is no MapEntry.
+    /// True if the map has the key with an equal value. Throws CastFailedException for anything but a MapEntry.
     bool contains(const IVXUnknown* element) const override;
     Reference<Iterator> createIterator() override;
     Reference<ConstIterator> createConstIterator() const override;

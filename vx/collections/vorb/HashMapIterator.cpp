@@ -40,7 +40,7 @@ void HashMapIterator::remove()
     m_map->check(m_expectedCount);
     if (m_last == HashMap::NONE)
         throw IllegalStateException();
-    ++m_expectedCount; // before anything is released, whose destructor may look at this iterator
+    ++m_expectedCount; // before anything is released: a destructor may use this iterator
     m_map->removeItem(std::exchange(m_last, HashMap::NONE));
 }
 

@@ -8,11 +8,12 @@
 
 namespace vx::collections::vorb {
 
-/// Walks a `HashMap`, on which it holds a count, in the order of its buckets. `next` at the end throws an Exception without
-/// a message, as it does when the map has changed behind the iterator; `hasNext` looks at no change.
+/// Iterates over a `HashMap` in the order of its buckets, and keeps a reference on it. `next` throws an Exception
+/// without a message at the end, and if the map was changed in another way than through this iterator. `hasNext` does
+/// not check for changes.
 class VX_API HashMapIterator : public ComObject, public virtual Iterator {
 public:
-    /// What `next` gives: of entries, the live `HashMapEntry` objects.
+    /// What `next` returns. An entry is the map's own `HashMapEntry` object.
     enum Kind { KEYS = 0, VALUES = 1, ENTRIES = 2 };
 
     HashMapIterator(HashMap* map, Kind kind);
@@ -31,15 +32,15 @@ public:
 
 private:
     Reference<IVXUnknown> part(HashMap::Index index) const;
-    /// Entries, keys and values lie all over the memory: has them fetched before their turn.
+    /// Prefetches entries, keys and values, which are scattered in memory.
     void lookAhead() const noexcept;
 
     Reference<HashMap> m_map;
     std::uint32_t m_expectedCount;
     Kind m_kind;
-    int m_bucket; ///< goes down; its chain is the one of `m_next`
+    int m_bucket; ///< decreases; `m_next` is in its chain
     HashMap::Index m_next = HashMap::NONE;
-    HashMap::Index m_last = HashMap::NONE; ///< the one that `next` gave last
+    HashMap::Index m_last = HashMap::NONE; ///< the one that `next` returned last
 };
 
 } // namespace vx::collections::vorb

@@ -58,7 +58,7 @@ HashSet::HashSet(const HashSet& other)
 HashSet::~HashSet() noexcept(false)
 {
     if (m_map->GetRefCount() == 1)
-        m_map->clear(); // while the set is whole: destructors of elements may use it
+        m_map->clear(); // while the set is consistent: destructors of elements may use it
 }
 
 bool HashSet::add(IVXUnknown* element)

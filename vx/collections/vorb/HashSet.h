@@ -5,13 +5,13 @@
 
 namespace vx::collections::vorb {
 
-/// The keys of a `HashMap` of its own, whose order and growth are the set's.
+/// A set that stores its elements as the keys of a `HashMap`, with the order and growth of that map.
 class VX_API HashSet : public AbstractSet {
 public:
     HashSet();
     /// `comparator` is not null.
     explicit HashSet(const IVXComparator* comparator);
-    /// With the default comparator, whatever `other` has.
+    /// With the default comparator, whichever one `other` has.
     explicit HashSet(const Collection& other);
     HashSet(const Collection& other, const IVXComparator* comparator);
     /// Comparator, capacity and elements are those of `other`.
@@ -19,7 +19,7 @@ public:
     ~HashSet() noexcept(false) override;
 
     // Collection
-    /// False for an element that is there already; the one in the set stays.
+    /// Returns false if the set has an equal element, which it keeps.
     bool add(IVXUnknown* element) override;
     void clear() override;
     bool contains(const IVXUnknown* element) const override;
@@ -29,7 +29,7 @@ public:
     bool remove(const IVXUnknown* element) override;
 
     // Object, Collection
-    /// Throws CastFailedException for an `other` that is no HashSet, and so does `equals`.
+    /// Like `equals`, throws CastFailedException for an `other` that is no HashSet.
     int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override;
     /// 0.

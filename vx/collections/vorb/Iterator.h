@@ -4,10 +4,11 @@
 
 namespace vx::collections::vorb {
 
-/// A pass that can take elements out, which it does not take for a change behind it.
+/// An iterator that can remove elements. It stays valid after its own changes.
 class VX_API Iterator : public virtual ConstIterator {
 public:
-    /// Takes the element that the last step gave out of the collection. Throws IllegalStateException where there is none.
+    /// Removes the element that the last step returned from the collection. Throws IllegalStateException if there is
+    /// none.
     virtual void remove() = 0;
 
 protected:

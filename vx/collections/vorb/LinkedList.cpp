@@ -9,7 +9,7 @@
 
 namespace vx::collections::vorb {
 
-/// Remembers the node of its last step, so that the next step need not walk from the front. That node cannot have been
+/// Remembers the node of its last step, so that the next step need not start at the front. That node cannot have been
 /// removed by another caller: the base checks the modification count before each step.
 class LinkedList::NodeIterator : public AbstractListIterator {
 public:
@@ -103,7 +103,7 @@ LinkedList::~LinkedList() noexcept(false)
     }
 }
 
-// What receives an element counts it first, so that a new object is released if the operation fails.
+// Operations that receive an element first add a reference, so that a new object is released if the operation fails.
 
 bool LinkedList::add(IVXUnknown* element)
 {
@@ -165,7 +165,7 @@ void LinkedList::Look::take()
 
 AbstractListIterator* LinkedList::newIterator(int index)
 {
-    // A derived class may have operations by index of its own.
+    // A derived class may override the operations by index.
     if (typeid(*this) != typeid(LinkedList))
         return new AbstractListIterator(this, index);
     return new NodeIterator(this, index);

@@ -14,12 +14,12 @@ namespace vx::collections::vorb {
 /// It holds up to 0x3FFFFFFF elements, and throws std::length_error beyond that, std::bad_alloc if memory is short. Either
 /// leaves the list as it was.
 ///
-/// `add` without an index disturbs no iterator, which then sees the new element at the end.
+/// `add` without an index leaves iterators valid; they will reach the new element at the end.
 class VX_API LinkedList : public AbstractList {
 public:
     LinkedList();
     explicit LinkedList(const IVXComparator* comparator);
-    /// With the default comparator, whatever `other` has.
+    /// With the default comparator, whichever one `other` has.
     explicit LinkedList(const Collection& other);
     LinkedList(const Collection& other, const IVXComparator* comparator);
     /// Shares the elements and the comparator.
@@ -40,8 +40,8 @@ public:
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
 
     class Look;
-    /// For a range-for, which sees each element as a `const Reference<IVXUnknown>&`. A change of the list, other than at the
-    /// end, is noticed at the next element, as by an iterator.
+    /// For a range-for, whose elements are `const Reference<IVXUnknown>&`. As with iterators, a change of the list,
+    /// other than at the end, is noticed at the next element.
     Look begin() const;
     std::default_sentinel_t end() const noexcept { return {}; }
 
@@ -62,7 +62,7 @@ private:
     Nodes m_nodes;
 };
 
-/// A place in a LinkedList, which must outlive it; the list may be one on the stack.
+/// A position in a LinkedList, which must outlive it; the list may be on the stack.
 class LinkedList::Look {
 public:
     using iterator_concept = std::input_iterator_tag;

@@ -5,8 +5,8 @@
 
 namespace vx::collections::vorb {
 
-/// A collection in an order of the caller's, counted from 0. An index out of range throws RangeErrorException and changes
-/// nothing.
+/// A collection whose order the caller decides, with indexes from 0. An index out of range throws RangeErrorException
+/// and changes nothing.
 class VX_API List : public virtual Collection {
 public:
     using Collection::add;
@@ -14,21 +14,21 @@ public:
     using Collection::remove;
 
     virtual bool add(int index, IVXUnknown* element) = 0;
-    /// True if `other` held anything.
+    /// True if `other` has elements.
     virtual bool addAll(int index, const Collection& other) = 0;
     virtual Reference<IVXUnknown> remove(int index) = 0;
     /// An iterator whose next element is the one at `index`, which may be the size.
     virtual Reference<ListIterator> createListIterator(int index) = 0;
     virtual Reference<ConstListIterator> createConstListIterator(int index) const = 0;
-    /// A live view of the elements from `from` up to and without `to`. It holds for as long as this list changes through
-    /// the view alone.
+    /// A view of the elements from `from` up to, but not including, `to`. It is valid as long as this list changes only
+    /// through the view.
     virtual Reference<List> createSubList(int from, int to) = 0;
     virtual Reference<const List> createSubList(int from, int to) const = 0;
     virtual Reference<IVXUnknown> get(int index) const = 0;
-    /// -1 where there is none.
+    /// -1 if there is none.
     virtual int indexOf(const IVXUnknown* element) const = 0;
     virtual int lastIndexOf(const IVXUnknown* element) const = 0;
-    /// Gives back what was there.
+    /// Returns the old element.
     virtual Reference<IVXUnknown> set(int index, IVXUnknown* element) = 0;
 
 protected:

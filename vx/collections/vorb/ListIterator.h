@@ -5,12 +5,12 @@
 
 namespace vx::collections::vorb {
 
-/// A walk that changes the list where it stands, which it does not take for a change behind it.
+/// An iterator that changes the list at its position. It stays valid after its own changes.
 class VX_API ListIterator : public virtual Iterator, public virtual ConstListIterator {
 public:
-    /// Puts `element` where the iterator stands; the next step forwards does not give it.
+    /// Inserts `element` at the position; the next step forwards does not return it.
     virtual void add(IVXUnknown* element) = 0;
-    /// Puts `element` in the place of the one that the last step gave. Throws IllegalStateException where there is none.
+    /// Replaces the element that the last step returned. Throws IllegalStateException if there is none.
     virtual void set(IVXUnknown* element) = 0;
 
 protected:

@@ -10,11 +10,11 @@
 
 namespace vx::collections::vorb {
 
-/// Values by key. It holds a count on each key and value, both of which may be null, and tells keys apart by its
-/// comparator only; a failure of the comparator is thrown as a ResultException.
+/// Maps keys to values. It keeps a reference on each; keys and values may be null. Keys are compared with the map's
+/// comparator only, whose failures are thrown as ResultException.
 ///
-/// The sets and collections that it creates are views: what is removed from them leaves the map. Nothing is locked: one
-/// thread at a time.
+/// The sets and collections that it creates are views: what is removed from them is removed from the map. There is no
+/// lock: one thread at a time.
 class VX_API Map : public IVXUnknown {
 public:
     virtual void clear() = 0;
@@ -28,14 +28,14 @@ public:
     virtual Reference<const Collection> createValueCollection() const = 0;
     virtual Reference<Collection> createValueCollection() = 0;
     virtual bool equals(const Object& other) const = 0;
-    /// Null for a key that is not there; so is a value that is null.
+    /// Returns null both for a missing key and for a value that is null.
     virtual Reference<IVXUnknown> get(const IVXUnknown* key) const = 0;
     virtual int getSize() const = 0;
     virtual std::uint32_t hashCode() const = 0;
-    /// Gives back the old value, null where the key is new. The key of an entry that is there stays.
+    /// Returns the old value, null if the key is new. An existing entry keeps its key.
     virtual Reference<IVXUnknown> put(IVXUnknown* key, IVXUnknown* value) = 0;
     virtual void putAll(const Map& other) = 0;
-    /// Gives back the value, null for a key that is not there.
+    /// Returns the value, null if the key is missing.
     virtual Reference<IVXUnknown> remove(const IVXUnknown* key) = 0;
 
     bool isEmpty() const { return getSize() == 0; }
@@ -43,7 +43,7 @@ public:
     struct ToEntry {
         Reference<MapEntry> operator()(const Reference<IVXUnknown>& element) const { return MapEntry::of(element); }
     };
-    /// For a range-for, which sees each entry as a `Reference<MapEntry>`.
+    /// For a range-for, whose elements are `Reference<MapEntry>`.
     collections::detail::Walk<ConstIterator, ToEntry> begin() const
     {
         return collections::detail::Walk<ConstIterator, ToEntry>(createEntrySet()->createConstIterator());

@@ -8,7 +8,7 @@ namespace vx::collections::vorb {
 
 const MapEntry& MapEntry::of(const IVXUnknown* element)
 {
-    // The usual one, without a search through its bases.
+    // The usual class, for which no search through its bases is needed.
     if (element != nullptr && vx::detail::isExactly<HashMapEntry>(*element))
         return *static_cast<const HashMapEntry*>(dynamic_cast<const void*>(element));
     const auto* entry = dynamic_cast<const MapEntry*>(element);
@@ -21,7 +21,7 @@ Reference<MapEntry> MapEntry::of(Reference<IVXUnknown> element)
 {
     Reference<MapEntry> entry;
     entry.attach(const_cast<MapEntry*>(&of(element.get())));
-    (void)element.detach(); // the count has moved to the other view
+    (void)element.detach(); // the reference now belongs to the other view
     return entry;
 }
 

@@ -10,7 +10,7 @@ namespace vx::net::detail {
 
 namespace {
 
-/// That of QueryKey, whose lower case ends at a null unit.
+/// The hash of a QueryKey, whose lower-case form ends at a null unit.
 std::uint32_t hashOf(std::u16string_view key)
 {
     if (key.find(u'\0') != key.npos)

@@ -10,8 +10,8 @@
 
 namespace vx::net::detail {
 
-/// The parameters of a query, in the order of the hash map that they are told to be in. Look-ups use a tree instead: the
-/// hash covers only a part of a key, and an attacker can choose keys that all have the same one.
+/// The parameters of a query, in the order of a hash map. Look-ups use a tree instead: the hash covers only a part of a
+/// key, and an attacker can choose keys that all have the same one.
 class QueryTable {
 public:
     bool isEmpty() const noexcept { return m_values.empty(); }

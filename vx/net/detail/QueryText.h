@@ -21,7 +21,7 @@ inline std::size_t find(std::u16string_view text, char16_t unit, std::size_t fro
     return found != text.end() ? static_cast<std::size_t>(found - text.begin()) : text.npos;
 }
 
-/// The parameters in the text of a query, one after another. A piece without "=" is key and value.
+/// Reads the parameters of a query one after another. A parameter without "=" is key and value.
 class QueryReader {
 public:
     explicit QueryReader(std::u16string_view text) noexcept

@@ -7,7 +7,7 @@ namespace vx::net::vorb {
 
 namespace {
 
-/// The interface `iid` of what `make` gives; RESULT_FAIL where that is null.
+/// The interface `iid` of what `make` returns; RESULT_FAIL if that is null.
 template <class Make>
 std::int32_t give(const _GUID& iid, void** result, Make&& make)
 {
@@ -18,14 +18,14 @@ std::int32_t give(const _GUID& iid, void** result, Make&& make)
     return object != nullptr ? object->QueryInterface(iid, result) : RESULT_FAIL;
 }
 
-/// As above from properties.
+/// As above, from properties.
 template <class Make>
 std::int32_t giveFrom(const util::vorb::IPropertySet* properties, const _GUID& iid, void** result, Make&& make)
 {
     if (properties == nullptr)
         return RESULT_POINTER;
     return give(iid, result, [&] {
-        // The component's own business is whether it lets its properties be changed.
+        // The component decides whether its properties may be changed.
         const util::vorb::VorbPropertySet set(const_cast<util::vorb::IPropertySet*>(properties), nullptr);
         return make(set);
     });

@@ -6,10 +6,10 @@
 
 namespace vx::net::vorb {
 
-// Bases of transports: a derived class writes the class operations and is a component by them. Nothing is caught here: what
-// a class operation throws leaves through the component operation.
+// Bases of transports: a derived class implements the class operations, and these classes implement the component
+// operations by them. An exception of a class operation passes through the component operation.
 
-/// A derived class writes `accept`.
+/// A derived class implements `accept`.
 class VX_API AbstractAcceptor : public Object, public IVXAcceptor, public IAcceptor {
 public:
     AbstractAcceptor(const AbstractAcceptor&) = delete;
@@ -26,7 +26,7 @@ protected:
     AbstractAcceptor() noexcept = default;
 };
 
-/// A derived class writes `connect`.
+/// A derived class implements `connect`.
 class VX_API AbstractConnector : public Object, public IVXConnector2, public IConnector {
 public:
     AbstractConnector(const AbstractConnector&) = delete;
@@ -43,7 +43,7 @@ protected:
     AbstractConnector() noexcept = default;
 };
 
-/// The class operations get a set that lasts for the call.
+/// The class operations get a property set that is valid during the call.
 class VX_API AbstractTransport : public Object, public IVXTransport, public ITransport {
 public:
     AbstractTransport(const AbstractTransport&) = delete;

@@ -4,35 +4,36 @@
 
 namespace vx::net::vorb {
 
-// A way to reach another party, as a component. What comes out is the interface that is asked for, counted for the caller.
+// Connections to another party, as component interfaces. Results are the interface that the caller asks for, with a
+// reference for the caller.
 
-/// Waits for a party.
+/// Waits for a party to connect.
 class VX_API IVXAcceptor : public IVXUnknown {
 public:
     using InterfaceType = IVXAcceptor;
     static constexpr _GUID IID {0x57092186, 0xCAA5, 0x4CCF, {0xAC, 0xA7, 0x3B, 0x82, 0xDD, 0xB6, 0xCA, 0x0E}};
 
-    /// A channel, `vx::io::vorb::IVXChannel` say.
+    /// The result is a channel, `vx::io::vorb::IVXChannel` for example.
     virtual std::int32_t Accept(const _GUID& iid, void** result) = 0;
 
 protected:
     ~IVXAcceptor() = default;
 };
 
-/// Goes to a party.
+/// Connects to a party.
 class VX_API IVXConnector2 : public IVXUnknown {
 public:
     using InterfaceType = IVXConnector2;
     static constexpr _GUID IID {0x82DB3948, 0x42E3, 0x42B4, {0xBF, 0x80, 0xEC, 0x29, 0x40, 0x12, 0x83, 0x83}};
 
-    /// A channel, `vx::io::vorb::IVXChannel` say.
+    /// The result is a channel, `vx::io::vorb::IVXChannel` for example.
     virtual std::int32_t Connect(const _GUID& iid, void** result) = 0;
 
 protected:
     ~IVXConnector2() = default;
 };
 
-/// Makes both from properties, whose keys are the transport's own.
+/// Creates both from properties. Each transport has its own keys.
 class VX_API IVXTransport : public IVXUnknown {
 public:
     using InterfaceType = IVXTransport;

@@ -12,7 +12,7 @@ namespace vx::net::vorb {
 
 namespace {
 
-/// What a component operation hands over under the identifier of `Interface`. Success with nothing is a failure too.
+/// The `Interface` that a component operation returns. Success with a null result is a failure too.
 template <class Interface, class Operation>
 Reference<Interface> obtain(Operation&& operation)
 {

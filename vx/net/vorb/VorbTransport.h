@@ -6,12 +6,12 @@
 
 namespace vx::net::vorb {
 
-// Component transports with the class operations. A negative result throws ResultException.
+// Give component transports the class operations. A negative result throws ResultException.
 
 /// An acceptor of a component.
 class VX_API VorbAcceptor : public Object, public IAcceptor {
 public:
-    /// `acceptor` is counted. Throws ResultException for null.
+    /// Keeps a reference on `acceptor`. Throws ResultException for null.
     explicit VorbAcceptor(IVXAcceptor* acceptor);
     ~VorbAcceptor() noexcept(false) override;
 
@@ -27,7 +27,7 @@ private:
 /// A connector of a component.
 class VX_API VorbConnector : public Object, public IConnector {
 public:
-    /// `connector` is counted. Throws ResultException for null.
+    /// Keeps a reference on `connector`. Throws ResultException for null.
     explicit VorbConnector(IVXConnector2* connector);
     ~VorbConnector() noexcept(false) override;
 
@@ -40,7 +40,7 @@ private:
     Reference<IVXConnector2> m_connector;
 };
 
-/// The component gets the properties of a set as they are: a change by either side shows on the other.
+/// The component gets the property set itself: a change by either side is visible to the other.
 class VX_API VorbTransport : public Object, public ITransport {
 public:
     /// Creates the component.

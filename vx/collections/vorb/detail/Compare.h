@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-// How the collections ask a comparator: a failure is thrown with its result.
+// These call a comparator. Its failure is thrown with its result.
 
 namespace vx::collections::vorb::detail {
 
