@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int32_t BLOCK_SIZE = 8;
 constexpr int MAX_KEY = 56;
-/// The rounds of one block wait for each other, so that several blocks at once take hardly longer than one.
+/// The rounds of one block depend on each other, so that several blocks at once take hardly longer than one.
 constexpr int LANES = 4;
 
 } // namespace
@@ -100,7 +100,7 @@ template <bool forwards, int lanes>
 inline void BlowFish::cryptLanes(std::uint32_t (&left)[lanes], std::uint32_t (&right)[lanes]) const noexcept
 {
     const auto word = [this](int index) { return m_pbox[forwards ? index : ROUNDS + 1 - index]; };
-    for (int round = 0; round < ROUNDS; round += 2) { // two rounds, and the halves are back in their places
+    for (int round = 0; round < ROUNDS; round += 2) { // after two rounds the halves are in their old places
 #pragma GCC unroll LANES
         for (int lane = 0; lane < lanes; ++lane) {
             left[lane] ^= word(round);

@@ -6,20 +6,20 @@
 
 namespace vx::crypto {
 
-/// The block cipher Blowfish (B. Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993) with 16
-/// rounds. Each block of 8 bytes stands alone: no chaining and no padding, so equal blocks stay equal.
+/// The block cipher Blowfish (B. Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993) with
+/// 16 rounds. Each block of 8 bytes is encrypted separately, without chaining and padding, so equal blocks stay equal.
 ///
-/// After construction the object is only read, and any number of threads may use it.
+/// The object does not change after construction, and any number of threads may use it.
 class VX_API BlowFish : public Object {
 public:
-    /// Of the key, the first 56 bytes count. An empty key is allowed, and hides nothing. A negative `length` throws
-    /// ResultException, and so does null with a `length` above 0, here as below.
+    /// Only the first 56 bytes of the key are used. An empty key is allowed, but gives no secrecy. Here and below, a
+    /// negative `length` throws ResultException, and so does null with a `length` above 0.
     BlowFish(const signed char* key, int length);
     BlowFish(const BlowFish&) noexcept = default;
     BlowFish& operator=(const BlowFish&) noexcept = default;
     ~BlowFish() noexcept override;
 
-    /// `length` counts bytes; one that is no multiple of 8 throws Exception, and nothing is written. `target` may be
+    /// `length` counts bytes. If it is no multiple of 8, the call throws Exception and writes nothing. `target` may be
     /// `source`.
     void encrypt(signed char* target, const signed char* source, std::int32_t length) const;
     void decrypt(signed char* target, const signed char* source, std::int32_t length) const;

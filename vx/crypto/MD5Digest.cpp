@@ -20,7 +20,7 @@ constexpr auto LITTLE = std::endian::little;
 constexpr std::uint32_t START[4] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
 constexpr int STEPS = 64;
 
-/// The first 32 bits behind the point of |sin 1|, |sin 2| and so on, by turning a vector on by one radian each time.
+/// The first 32 fractional bits of |sin 1|, |sin 2| and so on, computed by rotating a vector by one radian each time.
 constexpr std::array<std::uint32_t, STEPS> SINES = [] {
     constexpr double SIN = 0.84147098480789650665;
     constexpr double COS = 0.54030230586813971740;
@@ -37,8 +37,8 @@ constexpr std::array<std::uint32_t, STEPS> SINES = [] {
 }();
 
 struct Round {
-    int first; ///< word of the block in its first step
-    int stride; ///< to the word of the next step
+    int first; ///< the word of the block that its first step uses
+    int stride; ///< from there to the word of the next step
     int turns[4];
 };
 constexpr Round ROUNDS[] = {

@@ -6,7 +6,7 @@
 
 namespace vx::crypto {
 
-/// MD5 (RFC 1321): 16 bytes. For old formats and check sums; it withstands no attacker.
+/// MD5 (RFC 1321): 16 bytes. For old formats and check sums only: it is not secure against attackers.
 class VX_API MD5Digest : public MessageDigest {
 public:
     MD5Digest() noexcept;
@@ -26,7 +26,7 @@ private:
     static constexpr int DIGEST_SIZE = 16;
 
     void transform(const signed char* block) noexcept;
-    /// Bytes that wait in the block.
+    /// The number of bytes in the incomplete block.
     int pending() const noexcept { return static_cast<int>(m_bits / 8 % BLOCK_SIZE); }
     void clear() noexcept;
 

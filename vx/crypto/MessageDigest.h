@@ -4,7 +4,7 @@
 
 namespace vx::crypto {
 
-/// A digest of a message that comes in pieces. One thread at a time.
+/// The digest of a message that is passed in pieces. One thread at a time.
 class VX_API MessageDigest : public Object {
 public:
     MessageDigest(const MessageDigest&) noexcept = default;
@@ -13,13 +13,14 @@ public:
 
     /// A `length` below 1 adds nothing; null with more throws ResultException.
     virtual void update(const signed char* bytes, int length) = 0;
-    /// Writes `getLength()` bytes and starts anew. Throws ResultException where `size` is less, and the message goes on.
+    /// Writes `getLength()` bytes and starts a new message. If `size` is less, throws ResultException, and the message
+    /// may be continued.
     virtual void getDigest(signed char* target, int size) = 0;
-    /// Forgets the message so far.
+    /// Discards the message so far.
     virtual void reset() = 0;
-    /// Of the digest, in bytes.
+    /// The length of the digest in bytes.
     virtual int getLength() const = 0;
-    /// Of the algorithm.
+    /// The name of the algorithm.
     virtual String getName() const = 0;
 
 protected:

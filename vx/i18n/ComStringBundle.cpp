@@ -37,7 +37,7 @@ Reference<const collections::Collection<String>> ComStringBundle::getKeys() cons
 String ComStringBundle::lookupString(const String& key) const
 {
     if (!SystemName::isValid(key))
-        return String(); // the component would read another key
+        return String(); // the component would see another key
     const Reference<String> value(new String); // a component may hold a reference to it
     static_cast<void>(m_component->LoadCharBuffer(TerminatedText(key), value.get())); // a failure leaves it empty
     return *value;

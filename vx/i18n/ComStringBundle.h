@@ -5,15 +5,15 @@
 
 namespace vx::i18n {
 
-/// The strings of a component. The first call of `getKeys` must not meet another one.
+/// The strings of a component. The first call of `getKeys` must not run at the same time as another one.
 class VX_API ComStringBundle : public StringBundle {
 public:
-    /// Both are counted; `locale` may be null. Throws ResultException for a null `component`.
+    /// Keeps references on both; `locale` may be null. Throws ResultException for a null `component`.
     ComStringBundle(IVXResourceBundle* component, Locale* locale);
     ~ComStringBundle() noexcept(false) override;
 
     // StringBundle
-    /// Asks the component for its keys once. Throws ResultException where it fails.
+    /// Asks the component for its keys only once. Throws ResultException if the component fails.
     Reference<const collections::Collection<String>> getKeys() const override;
 
 protected:

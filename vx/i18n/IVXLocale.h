@@ -2,8 +2,8 @@
 
 #include "vx/util/ICharBuffer.h"
 
-/// A language, a country and a variant. Each operation puts its text into the buffer; display names are in the language of
-/// the locale that is handed over, or of the user.
+/// A language, a country and a variant. Each operation writes its text into the buffer. Display names are in the
+/// language of the locale that is passed, or of the user.
 class VX_API IVXLocale : public IVXUnknown {
 public:
     using InterfaceType = IVXLocale;
@@ -20,7 +20,7 @@ public:
     virtual std::int32_t GetDisplayVariantLoc(IVXCharBuffer* text, IVXLocale* inLocale) = 0;
     virtual std::int32_t GetDisplayName(IVXCharBuffer* text) = 0;
     virtual std::int32_t GetDisplayNameLoc(IVXCharBuffer* text, IVXLocale* inLocale) = 0;
-    /// The name, "en_US@euro" say.
+    /// The name, "en_US@euro" for example.
     virtual std::int32_t ToString(IVXCharBuffer* text) = 0;
 
 protected:

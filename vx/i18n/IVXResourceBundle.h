@@ -8,15 +8,15 @@ public:
     using InterfaceType = IVXResourceBundle;
     static constexpr _GUID IID {0x0861D18E, 0x197F, 0x4E3A, {0xA0, 0x3F, 0x7C, 0xD0, 0x2F, 0x9A, 0x5C, 0x75}};
 
-    /// Negative for a key that is not there.
+    /// Negative for a missing key.
     virtual std::int32_t LoadCharBuffer(const char16_t* key, IVXCharBuffer* value) const = 0;
-    /// `*length` is the room in `value` in units, all of which are written, the unused ones with 0. It becomes the units
-    /// that the text takes with its terminator where that is not more; otherwise it stays, and the text is cut.
+    /// `*length` is the size of `value` in units. All of them are written, the unused ones with 0. If the text with its
+    /// terminator fits, `*length` becomes their length; otherwise it does not change, and the text is truncated.
     virtual std::int32_t LoadString(const char16_t* key, char16_t* value, std::uint32_t* length) const = 0;
     virtual std::int32_t GetCount(std::int32_t* count) const = 0;
-    /// The key at `index`, and its text where `value` is not null.
+    /// The key at `index`, and its text if `value` is not null.
     virtual std::int32_t GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const = 0;
-    /// Counted for the caller; null with success where the bundle has none.
+    /// With a reference for the caller. Null with success if the bundle has none.
     virtual std::int32_t GetLocale(IVXLocale** locale) const = 0;
 
 protected:

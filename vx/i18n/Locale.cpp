@@ -41,7 +41,7 @@ std::int32_t giveDisplay(LocaleFace& face, IVXCharBuffer* target, IVXLocale* inL
     });
 }
 
-/// Empty where the end stands before the start.
+/// Empty if `end` is before `start`.
 String part(std::u16string_view text, std::size_t start, std::size_t end)
 {
     return start < end ? String(text.substr(start, end - start)) : String();
@@ -119,7 +119,7 @@ Locale::Locale(const char16_t* language, const char16_t* country, const char16_t
 
 Locale::Locale(const char16_t* name)
 {
-    // The separators are looked for over the whole text, each by itself.
+    // Each separator is searched in the whole text.
     const std::u16string_view text = name != nullptr ? name : u"";
     const std::size_t country = text.find(u'_');
     const std::size_t codeSet = text.find(u'.');

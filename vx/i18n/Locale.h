@@ -29,12 +29,12 @@ protected:
 };
 
 /// A language, a country and a variant, each of which may be empty. Locales are compared by their names, with regard to
-/// case; the hash goes by the address all the same.
+/// case; the hash, however, uses the address.
 class VX_API Locale : public Object, public LocaleFace {
 public:
     /// Null is an empty text.
     Locale(const char16_t* language, const char16_t* country, const char16_t* variant = nullptr);
-    /// Takes "en_US.UTF-8@euro" apart, of which all but the language may be missing. The code set is dropped.
+    /// Parses "en_US.UTF-8@euro", of which all but the language may be missing. The code set is ignored.
     Locale(const char16_t* name);
     Locale(const Locale& other) noexcept;
     Locale& operator=(const Locale& other);
@@ -43,13 +43,13 @@ public:
     VX_OBJECT_UNKNOWN(Object)
     static const vorb::InterfaceData* GetComIntfMap();
 
-    /// What the environment prefers. Throws ResultException where the platform cannot tell.
+    /// The locale of the environment. Throws ResultException if the platform has none.
     static Reference<Locale> getDefault();
 
     String getLanguage() const;
     String getCountry() const;
     String getVariant() const;
-    /// There are no display names here: these throw Exception.
+    /// Display names are not available: these throw Exception.
     String getDisplayLanguage(Locale* inLocale) const;
     String getDisplayCountry(Locale* inLocale) const;
     String getDisplayVariant(Locale* inLocale) const;
@@ -59,7 +59,7 @@ public:
     /// Throws CastFailedException for an `other` that is no Locale.
     int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override;
-    /// "en_US@euro", without what is empty.
+    /// "en_US@euro", without the parts that are empty.
     String toString() const override;
 
 private:

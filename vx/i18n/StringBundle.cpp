@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char16_t* NOT_FOUND = u"Resource not found";
 
-/// Null where no component answers for exactly this locale.
+/// Null if there is no component for exactly this locale.
 Reference<StringBundle> tryLocale(const String& name, const String& locale)
 {
     String progId(u"Velmaris.");

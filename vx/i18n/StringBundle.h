@@ -27,9 +27,9 @@ protected:
 /// The translated strings of one locale by key. An empty string counts as missing.
 class VX_API StringBundle : public Object, public StringBundleFace {
 public:
-    /// A new bundle `name` of the component that is registered for the locale, for one of its shorter forms (`de_AT@euro`,
-    /// `de_AT`, `de`), for those of the default locale, or for en_US. `locale` may be null. Throws Exception "Resource not
-    /// found" where there is none.
+    /// A new bundle `name` of the component that is registered for the locale, for one of its shorter forms
+    /// (`de_AT@euro`, `de_AT`, `de`), for those of the default locale, or for en_US. `locale` may be null. Throws
+    /// Exception "Resource not found" if there is none.
     static Reference<StringBundle> getBundle(const String& name, Locale* locale);
 
     StringBundle(const StringBundle&) = delete;
@@ -41,20 +41,20 @@ public:
 
     /// Throws Exception "Resource not found".
     virtual String getString(const String& key) const;
-    /// Throws ResultException RESULT_NOT_IMPLEMENTED where a class has no list of its keys.
+    /// Throws ResultException RESULT_NOT_IMPLEMENTED if the class has no list of its keys.
     virtual Reference<const collections::Collection<String>> getKeys() const;
     /// May be null.
     virtual Reference<Locale> getLocale() const;
 
 protected:
-    /// `locale` is counted and may be null.
+    /// Keeps a reference on `locale`, which may be null.
     explicit StringBundle(Locale* locale);
 
-    /// An empty text for a key that is not there.
+    /// An empty text for a missing key.
     virtual String lookupString(const String& key) const = 0;
 
     Reference<Locale> m_locale;
-    Reference<StringBundle> m_parent; ///< is asked for what is missing here; null unless a derived class sets it
+    Reference<StringBundle> m_parent; ///< used for keys that are missing here; null unless a derived class sets it
 };
 
 } // namespace vx::i18n

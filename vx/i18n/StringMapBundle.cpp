@@ -41,7 +41,7 @@ std::int32_t StringMapBundle::GetResource(std::int32_t index, IVXCharBuffer* key
             return RESULT_OK;
         if (SystemName::isValid(*found))
             return LoadCharBuffer(TerminatedText(*found), value);
-        String text = getString(*found); // up to its zero unit it would be another key
+        String text = getString(*found); // a component would see another key, up to the zero unit
         VXCopyCharBuffer(value, &text);
         return RESULT_OK;
     });
@@ -67,7 +67,7 @@ const collections::List<String>& StringMapBundle::buildKeySet() const
         keys->add(key.get());
     std::int32_t count = 0;
     if (m_parent != nullptr)
-        static_cast<void>(m_parent->GetCount(&count)); // a parent without a list has nothing to add
+        static_cast<void>(m_parent->GetCount(&count)); // a parent without a list of keys adds none
     for (std::int32_t index = 0; index < count; ++index) {
         const Reference<String> key(new String);
         throwIfFailed(m_parent->GetResource(index, key.get(), nullptr));

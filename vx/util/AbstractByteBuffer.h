@@ -27,10 +27,10 @@ public:
     virtual const signed char* getReadLock() const = 0;
     virtual void releaseReadLock() const = 0;
     virtual bool isWritable() const = 0;
-    /// Room for at least `minimumLength` bytes. A read-only buffer throws ReadOnlyException.
+    /// Makes room for at least `minimumLength` bytes. A read-only buffer throws ReadOnlyException.
     virtual signed char* getWriteLock(int minimumLength) = 0;
     virtual signed char* ensureCapacity(int minimumLength) = 0;
-    /// A negative `length` keeps the length. It is not compared with the capacity.
+    /// A negative `length` keeps the length. The length is not checked against the capacity.
     virtual void releaseWriteLock(int length) = 0;
     virtual void freeExtra() = 0;
 

@@ -27,10 +27,10 @@ public:
     virtual const char16_t* getReadLock() const = 0;
     virtual void releaseReadLock() const = 0;
     virtual bool isWritable() const = 0;
-    /// Room for at least `minimumLength` units. A read-only buffer throws ReadOnlyException.
+    /// Makes room for at least `minimumLength` units. A read-only buffer throws ReadOnlyException.
     virtual char16_t* getWriteLock(int minimumLength) = 0;
     virtual char16_t* ensureCapacity(int minimumLength) = 0;
-    /// A negative `length` keeps the length. It is not compared with the capacity.
+    /// A negative `length` keeps the length. The length is not checked against the capacity.
     virtual void releaseWriteLock(int length) = 0;
     virtual void freeExtra() = 0;
 

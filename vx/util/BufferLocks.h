@@ -54,7 +54,7 @@ public:
     Unit* data() const noexcept { return m_data; }
     int length() const noexcept { return m_length; }
     void setLength(int length) noexcept { m_length = length; }
-    /// Makes room; pointers taken before are invalid. A failure leaves the storage as it was.
+    /// Makes room. Earlier pointers become invalid. A failure leaves the storage as it was.
     void ensureCapacity(int minimumLength)
     {
         Unit* moved = nullptr;

@@ -11,11 +11,11 @@ namespace vx::util {
 
 class OptionDefinition;
 
-/// Takes a command line apart into parameters and options in their order. An option begins with "-" or "/", however many,
-/// and needs no definition: one without is an element without values, unless they follow behind a "=". Any command line
-/// is accepted; a failure, an Exception, arises only where a caller asks for what is not there. One thread at a time.
+/// Splits a command line into parameters and options, and keeps their order. An option begins with any number of "-" or
+/// "/". It needs no definition: without one it has only the values after a "=". Any command line is accepted. An
+/// Exception is thrown only if a caller asks for something missing. One thread at a time.
 ///
-/// Blanks separate; double quotes at the start of a token hold it together up to the next ones. Values behind a "=" are
+/// Tokens are separated by blanks. A token that begins with a double quote ends at the next one. Values after a "=" are
 /// separated by commas.
 class VX_API CommandLineParser : public Object {
 public:
@@ -62,8 +62,8 @@ public:
     void setIgnoreCase(bool ignoreCase);
 
     void parse(const String& text);
-    /// All `count` arguments, the program's name too if it is among them, in the default encoding. Bytes that are no text
-    /// there become U+FFFD.
+    /// All `count` arguments, the program's name too if it is among them, in the default encoding. Bytes that are
+    /// invalid in it become U+FFFD.
     void parse(int count, char** const arguments);
 
     int getElementCount() const;

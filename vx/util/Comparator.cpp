@@ -11,7 +11,7 @@ namespace vx::util {
 
 namespace {
 
-/// Null for a null element and for one without the interface. Asking changes nothing in the element.
+/// Null for a null element and for one without the interface. The query does not change the element.
 Reference<IVXComparable> asComparable(const IVXUnknown* element)
 {
     return Reference<IVXComparable>(const_cast<IVXUnknown*>(element));

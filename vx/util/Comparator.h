@@ -18,8 +18,9 @@ protected:
     ~ComparatorFace() = default;
 };
 
-/// Compares and hashes components as their `IVXComparable` does. What lacks that interface counts as null: it hashes to 0
-/// and sorts before all but null. What is asked is counted for that moment, so it must not live on the stack.
+/// Compares and hashes components by their `IVXComparable`. A component without that interface is treated as null: its
+/// hash is 0, and it sorts before all others except null. Elements get a reference for a moment, so they must not be on
+/// the stack.
 class VX_API Comparator : public Object, public ComparatorFace {
 public:
     Comparator() noexcept = default;

@@ -2,7 +2,7 @@
 
 #include "vx/util/ICharBuffer.h"
 
-/// Makes the text of `source` that of `target`, under a write lock on the one and a read lock on the other. A failure of
-/// either buffer is thrown as ResultException, a null one as RESULT_POINTER; the target then keeps its length. Where both
-/// are `String`s, the target's terminator comes along.
+/// Copies the text of `source` to `target`, with a read lock on the source and a write lock on the target. A failure of
+/// either buffer is thrown as ResultException, a null buffer as RESULT_POINTER; the target then keeps its length. If
+/// both are `String`s, the terminator is copied too.
 extern "C" VX_API void VXCopyCharBuffer(IVXCharBuffer* target, IVXCharBuffer* source);

@@ -15,10 +15,10 @@ namespace {
 
 using View = std::u16string_view;
 
-constexpr int MAX_CANONICAL = 261; // units, the terminator included
-constexpr int MAX_DIRECTORY = 4100; // a drive before the longest path of the system
+constexpr int MAX_CANONICAL = 261; // units, with the terminator
+constexpr int MAX_DIRECTORY = 4100; // a drive, and the longest path of the system
 
-/// Indexes that split a path, each within the text.
+/// Where the parts of a path begin or end, each within the text.
 struct Parts {
     std::size_t root;
     std::size_t directoryEnd;

@@ -7,7 +7,7 @@
 
 namespace vx::util {
 
-/// A 128-bit identifier as a value: it stands wherever a `_GUID` stands.
+/// A 128-bit identifier as a value. It can be used wherever a `_GUID` is expected.
 class VX_API Guid {
 public:
     /// All bytes 0.
@@ -32,7 +32,7 @@ public:
     /// The text form, with digits in upper case.
     String toString() const;
 
-    /// -1, 0 or 1, field by field in their order.
+    /// Compares the fields in their order. Returns -1, 0 or 1.
     static int compare(const Guid& left, const Guid& right) noexcept
     {
         return VXComCompareGUID(&left.m_guid, &right.m_guid);

@@ -4,23 +4,24 @@
 
 namespace vx::util {
 
-/// Bytes that cross component borders, under the protocol of `ICharBuffer`. Lengths count bytes.
+/// Bytes that are passed between components, with the protocol of `ICharBuffer`. Lengths count bytes.
 class VX_API IByteBuffer : public IVXUnknown {
 public:
     virtual int GetLength() const = 0;
-    /// The storage without a lock; it holds until the next write.
+    /// The storage without a lock. The pointer is valid until the next write.
     virtual const signed char* GetData() const = 0;
     virtual std::int32_t GetReadLock(const signed char** out) const = 0;
     virtual std::int32_t ReleaseReadLock() const = 0;
     /// 1 or 0.
     virtual std::int16_t IsWritable() const = 0;
-    /// Room for at least `minimumLength` bytes; 0 takes the storage as it is. RESULT_NOT_IMPLEMENTED where read-only.
+    /// Makes room for at least `minimumLength` bytes; 0 means the storage as it is. RESULT_NOT_IMPLEMENTED if the
+    /// buffer is read-only.
     virtual std::int32_t GetWriteLock(int minimumLength, signed char** out) = 0;
     /// For use while the write lock is held.
     virtual std::int32_t EnsureCapacity(int minimumLength, signed char** out) = 0;
-    /// `length` is what is in use from now on; a negative one leaves that as it was.
+    /// `length` becomes the length of the buffer. A negative one keeps the old length.
     virtual std::int32_t ReleaseWriteLock(int length) = 0;
-    /// Gives back storage that the bytes do not need.
+    /// Frees storage that the bytes do not need.
     virtual std::int32_t FreeExtra() = 0;
 
 protected:

@@ -186,7 +186,7 @@ int IniFile::load()
     if (result < 0)
         return NOT_LOADED;
     IniSets sets = detail::parseIniText(bytes);
-    if (!wasReadable) { // changes were made without knowing the file
+    if (!wasReadable) { // changes were made without knowledge of the file
         for (const auto& [name, keys] : m_sets) {
             for (const auto& [key, value] : keys)
                 sets[name][key] = value;
@@ -200,7 +200,7 @@ int IniFile::WriteToFile(const char16_t* path)
 {
     constexpr std::int32_t READ_AND_WRITE = 0666;
 
-    if (path == nullptr && m_readResult < 0) { // what the file holds is not known here, and would be lost
+    if (path == nullptr && m_readResult < 0) { // the content of the file is not known here, and would be lost
         m_writeResult = m_readResult;
         return NOT_WRITTEN;
     }
@@ -221,7 +221,7 @@ void IniFile::checkAndUpdate()
     VXFileStatus status;
     const std::int32_t result = VXFileGetStatus(TerminatedText(m_path), &status);
     if (result == RESULT_NOT_FOUND)
-        m_readResult = RESULT_OK; // whatever could not be read is gone
+        m_readResult = RESULT_OK; // what could not be read was replaced
     if (result < 0)
         return;
     if (status != m_status || m_readResult < 0)

@@ -12,7 +12,7 @@
 
 namespace vx::util {
 
-/// The order of names in an INI file, in which case does not count.
+/// The order of names in an INI file, without regard to case.
 struct VX_API IniNameLess {
     bool operator()(const String& left, const String& right) const;
 };
@@ -26,36 +26,38 @@ using IniSets = std::map<String, IniKeys, IniNameLess>;
 ///     [set\subset]
 ///     key=value
 ///
-/// Each operation first reads the file again if it is not the one last seen, and each change replaces the whole file at
-/// once: sorted, without the comments. A kill or a full disk leaves the old file. A change reports success even if its write
-/// fails; this object then keeps the change, `GetWriteResult` tells the failure, and the next write that succeeds saves both.
-/// A file that exists and cannot be read is never overwritten: its sets join those of this object once it can be read.
+/// Each operation first reads the file again if it is not the one that was read last, and each change replaces the
+/// whole file at once: sorted, without the comments. A kill or a full disk leaves the old file. A change reports
+/// success even if its write fails; this object then keeps the change, `GetWriteResult` returns the failure, and the
+/// next write that succeeds saves both. A file that exists and cannot be read is never overwritten: its sets join those
+/// of this object once it can be read.
 ///
-/// Names of sets and keys are compared without case, and a "\" separates a set from the set above it. Objects made with the
-/// name of a semaphore exclude each other, in all threads and processes that use that name; without one there is no lock.
-/// Null texts are empty ones.
+/// Names of sets and keys are compared without case, and a "\" separates a set from the set above it. Objects made with
+/// the name of a semaphore exclude each other, in all threads and processes that use that name; without one there is no
+/// lock. Null texts are treated as empty ones.
 ///
-/// A line beginning with "#", ";" or ":" is a comment, one that begins with white space means nothing, and the first that is
-/// neither "[set]" nor "key=value" ends the reading. Lines are cut into pieces of 510 bytes. Names of sets are written with
-/// 259 bytes at most, keys and values with 254. Text is in the default encoding, or from a UTF-8 marker on in UTF-8.
+/// A line that begins with "#", ";" or ":" is a comment, and one that begins with white space is ignored. Reading ends
+/// at the first line that is neither of these, nor "[set]" or "key=value". Lines are cut into pieces of 510 bytes.
+/// Names of sets are written with 259 bytes at most, keys and values with 254. Text is in the default encoding, or in
+/// UTF-8 after a UTF-8 marker.
 class VX_API IniFile : public Object {
 public:
-    /// No semaphore for a null `semaphoreName`. A file that cannot be opened throws IniFileException unless `mustExist` is
-    /// 0; it is made by the first change.
+    /// No semaphore for a null `semaphoreName`. A file that cannot be opened throws IniFileException unless `mustExist`
+    /// is 0. The first change creates it.
     IniFile(const char16_t* path, const char* semaphoreName, short mustExist);
     /// Shares the semaphore.
     IniFile(const IniFile& other);
     IniFile& operator=(const IniFile& other);
     ~IniFile() noexcept override;
 
-    /// RESULT_ALREADY_EXISTS for a key that is there, unless `overwrite`. Makes the set.
+    /// RESULT_ALREADY_EXISTS for an existing key, unless `overwrite` is true. Creates the set if needed.
     std::int32_t AddKey(const char16_t* set, const char16_t* key, const char16_t* value, bool overwrite);
-    /// RESULT_NOT_FOUND for a key that is not there. A set without keys stays.
+    /// RESULT_NOT_FOUND for a missing key. A set without keys is kept.
     std::int32_t DeleteKey(const char16_t* set, const char16_t* key);
-    /// With all sets whose name begins with `set`, in this case of letters. 0 always.
+    /// Also deletes all sets whose name begins with `set`, with regard to case. Always returns 0.
     std::int32_t DeleteSet(const char16_t* set);
     /// RESULT_NOT_FOUND, or RESULT_BUFFER_TOO_SMALL for a value that does not fit into `capacity` units with its
-    /// terminator: then it arrives cut, without one. A null `value` has no room.
+    /// terminator: it is then truncated and has no terminator. A null `value` is treated as having no room.
     std::int32_t GetValue(const char16_t* set, const char16_t* key, char16_t* value, unsigned int capacity);
     /// Whether the file has all changes made through this object: 0, or why the last one could not be written.
     std::int32_t GetWriteResult() const;

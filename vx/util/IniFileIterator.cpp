@@ -40,7 +40,7 @@ IniFileSetIterator::IniFileSetIterator(IniFile& file, const char16_t* set)
         return;
     }
     const String prefix = above + u"\\";
-    std::set<String, IniNameLess> children; // in one row they need not stand: "a\b", "a\b c", "a\b\d"
+    std::set<String, IniNameLess> children; // equal parts need not be adjacent: "a\b", "a\b c", "a\b\d"
     for (const auto& [name, keys] : file.m_sets) {
         if (name.startsWith(prefix, true))
             children.insert(name.substring(prefix.getLength(), name.indexOf(SEPARATOR, prefix.getLength())));

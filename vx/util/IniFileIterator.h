@@ -9,11 +9,11 @@ namespace vx::util {
 
 class IniFile;
 
-/// Names out of an INI file as they were at the construction. It can be copied and assigned.
+/// Names from an INI file, as they were at construction. It can be copied and assigned.
 class VX_API IniFileIteratorBase {
 public:
     virtual ~IniFileIteratorBase();
-    /// The set that was asked for.
+    /// The name that was passed to the constructor.
     virtual String getSetName() const;
     /// Throws IniFileException of TYPE_NO_MORE_ELEMENTS at the end.
     virtual String next() = 0;
@@ -24,15 +24,15 @@ protected:
     IniFileIteratorBase(const IniFileIteratorBase&) = default;
     IniFileIteratorBase& operator=(const IniFileIteratorBase&) = default;
 
-    /// What both iterators do.
+    /// Shared by both iterators.
     String take(const std::vector<String>& names, std::size_t& position) const;
 
 private:
     String m_set;
 };
 
-/// The sets in their order: with an empty name all of them with their whole names, otherwise the next part of the names of
-/// those below `set`, each once. A set that is not there has none.
+/// The sets in their order. For an empty name these are all sets, with their complete names. Otherwise they are the
+/// sets below `set`: the next part of each name, without repetition. A missing set has none.
 class VX_API IniFileSetIterator : public IniFileIteratorBase {
 public:
     IniFileSetIterator(IniFile& file, const char16_t* set);
@@ -49,8 +49,8 @@ private:
     std::size_t m_position = 0;
 };
 
-/// The keys of a set in their order. Throws IniFileException of TYPE_NO_SUCH_SET where neither the set nor one below it is
-/// there.
+/// The keys of a set in their order. Throws IniFileException of TYPE_NO_SUCH_SET if neither the set nor one below it
+/// exists.
 class VX_API IniFileKeyIterator : public IniFileIteratorBase {
 public:
     IniFileKeyIterator(IniFile& file, const char16_t* set);

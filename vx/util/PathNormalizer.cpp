@@ -11,7 +11,7 @@ namespace {
 
 using Machine = PathNormalizer;
 
-/// By state: the next one behind ".", a separator, any other unit and the end of the text.
+/// For each state: the next one after ".", a separator, any other unit, and the end of the text.
 constexpr Machine::STATE NEXT[][4] = {
     {Machine::STATE_LEAD_DOT, Machine::STATE_SLASH, Machine::STATE_NAME, Machine::STATE_END}, // START
     {Machine::STATE_NAME, Machine::STATE_SLASH, Machine::STATE_NAME, Machine::STATE_END}, // NAME
@@ -26,9 +26,9 @@ constexpr Machine::STATE NEXT[][4] = {
 static_assert(std::size(NEXT) == Machine::STATE_END, "every state but the last has its row");
 
 enum class Action {
-    WriteHeld, ///< the held text of the row
-    DropName, ///< back to before the last name and its separator
-    DropToSeparator, ///< back to behind the last separator
+    WriteHeld, ///< the text that is held back, from the row
+    DropName, ///< remove the last name and its separator
+    DropToSeparator, ///< remove everything after the last separator
     EndLeadDot
 };
 
@@ -36,7 +36,7 @@ struct TransitionRow {
     Machine::STATE from;
     Machine::STATE to;
     Action action;
-    const char* held; ///< "/" stands for the separator
+    const char* held; ///< "/" means the separator
 };
 
 /// Any other pair writes nothing.
@@ -96,7 +96,7 @@ String PathNormalizer::normalize(const String& text)
     m_source = text;
     m_source.translate(m_separator == u'/' ? u'\\' : u'/', m_separator);
 
-    // No state holds back more than was read, so the result is never longer than the text.
+    // No state holds back more text than was read, so the result is never longer than the source.
     const int length = m_source.getLength();
     String result;
     {

@@ -4,9 +4,9 @@
 
 namespace vx::util {
 
-/// Takes "." and ".." components and doubled separators out of a path, without a look at the file system. It knows no
-/// roots: what climbs above the start of the text keeps its "..", and a separator at the start counts as an empty name
-/// that ".." removes. One thread at a time.
+/// Removes "." and ".." components and repeated separators from a path, without access to the file system. It has no
+/// notion of roots: a ".." that leads above the start of the text is kept, and a separator at the start is treated as
+/// an empty name that ".." removes. One thread at a time.
 class VX_API PathNormalizer : public Object {
 public:
     /// SLASH_SYSTEM is the backslash.
@@ -28,15 +28,15 @@ public:
     explicit PathNormalizer(SLASH_TYPE type = SLASH_SYSTEM);
     ~PathNormalizer() noexcept override;
 
-    /// The separator of the results; the other slash is read as the same. A value that is none of the three throws
-    /// Exception.
+    /// The separator of the results. In the source both slashes are separators. A value that is none of the three
+    /// throws Exception.
     void setSlashType(SLASH_TYPE type);
 
     String normalize(const String& text);
 
 private:
     STATE nextState() const;
-    /// Writes or drops what the present state holds back, and enters `next`.
+    /// Writes or drops the text that the present state holds back, and enters `next`.
     void transition(STATE next);
     void write(char16_t ch) { m_output[m_length++] = ch; }
 

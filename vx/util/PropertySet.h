@@ -13,7 +13,7 @@ namespace vx::util {
 class VX_API PropertySetFace : public vorb::IPropertySet {
 public:
     std::int32_t Set(const char16_t* key, IVXUnknown* value) override;
-    /// An absent key gives no result code: the Exception of the class operation passes through, here and in `Remove`.
+    /// A missing key has no result code: here and in `Remove`, the Exception of the class operation passes through.
     std::int32_t Get(const char16_t* key, const _GUID& iid, void** result) const override;
     std::int32_t Remove(const char16_t* key, const _GUID& iid, void** result) override;
     /// RESULT_NOT_IMPLEMENTED.
@@ -28,7 +28,7 @@ protected:
 class VX_API PropertySet : public Object, public PropertySetFace {
 public:
     PropertySet();
-    /// `parent` is counted and may be null.
+    /// Keeps a reference on `parent`, which may be null.
     explicit PropertySet(const PropertySet* parent);
     PropertySet(const PropertySet&) = delete;
     PropertySet& operator=(const PropertySet&) = delete;

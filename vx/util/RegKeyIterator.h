@@ -7,8 +7,8 @@
 
 namespace vx::util {
 
-/// A pass over the names at one key of the registry, as they were at the start. `hasNext` is what moves on: `next` gives
-/// the current element again and again, and two calls of `hasNext` skip one.
+/// An iterator over the names at one key of the registry, as they were at the start. `hasNext` advances it: `next`
+/// returns the same element until then, and two calls of `hasNext` skip one.
 class VX_API RegistryIterator : public Object, public collections::vorb::ConstIterator {
 public:
     RegistryIterator(const RegistryIterator&) = delete;
@@ -24,7 +24,8 @@ public:
 protected:
     static constexpr std::int32_t LONGEST_NAME = 255;
 
-    /// Takes over the enumeration. `atEnd` is what `next` throws an Exception with when there is no element.
+    /// Takes ownership of the enumeration. `atEnd` is the text of the Exception that `next` throws if there is no
+    /// element.
     RegistryIterator(VXRegistryEnum enumeration, const char16_t* atEnd) noexcept;
 
     /// The next element; null at the end.
@@ -36,10 +37,10 @@ private:
     Reference<Object> m_current;
 };
 
-/// The keys right below one, as `RegistryKey` objects. `next` at the end throws Exception "no more keys".
+/// The keys directly below a key, as `RegistryKey` objects. `next` at the end throws Exception "no more keys".
 class VX_API RegKeyIterator : public RegistryIterator {
 public:
-    /// Throws ResultException for a key that cannot be looked into.
+    /// Throws ResultException for a key that cannot be enumerated.
     RegKeyIterator(ENUM_VX_HKEY hive, const String& key);
     ~RegKeyIterator() noexcept(false) override;
 
@@ -54,7 +55,7 @@ private:
 /// The names of a key's values, as `String` objects. `next` at the end throws Exception "no more values".
 class VX_API RegKeyValueIterator : public RegistryIterator {
 public:
-    /// Throws ResultException for a key that cannot be looked into.
+    /// Throws ResultException for a key that cannot be enumerated.
     RegKeyValueIterator(ENUM_VX_HKEY hive, const String& key);
     ~RegKeyValueIterator() noexcept(false) override;
 

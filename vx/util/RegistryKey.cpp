@@ -62,7 +62,7 @@ HKEY__* rootOf(ENUM_VX_HKEY hive) noexcept
     return hive < std::size(HIVES) ? toRoot(HIVES[hive].root) : reinterpret_cast<HKEY__*>(std::intptr_t {-1});
 }
 
-/// The first hive with the number, which is the 32-bit view; the number itself where there is none.
+/// The first hive with the number, which is the 32-bit view. The number itself if there is none.
 ENUM_VX_HKEY hiveOf(std::uint32_t root) noexcept
 {
     for (std::size_t hive = 0; hive < std::size(HIVES); ++hive) {

@@ -7,17 +7,17 @@
 #include <concepts>
 #include <cstdint>
 
-struct HKEY__; ///< never complete: a pointer to one is one of the system's own numbers
+struct HKEY__; ///< never defined: a pointer to it is one of the system's numbers
 
 namespace vx::util {
 
-/// The integer types that become a value of 32 or of 64 bits, by their size.
+/// The integer types that are stored as a value of 32 or 64 bits, according to their size.
 template <class T>
 concept RegistryNumber = std::integral<T> && sizeof(T) >= sizeof(std::uint32_t);
 
-/// Names a key of the registry by hive and path. It keeps nothing open: the key need not exist, and every operation looks
-/// into the store again. A failure there throws ResultException with its code (vxsys/Registry.h). A path or a name with a
-/// zero unit in it is refused with RESULT_INVALID_NAME.
+/// Names a key of the registry by hive and path. It keeps nothing open: the key need not exist, and every operation
+/// accesses the store again. A failure of the store throws ResultException with its code (vxsys/Registry.h). A path or
+/// a name with a zero unit in it is rejected with RESULT_INVALID_NAME.
 ///
 /// "/" is read as a backslash. Equality ignores case, but `hashCode` is the hash of the path as it is written.
 class VX_API RegistryKey : public Object {
@@ -27,15 +27,15 @@ public:
     /// name. `getKeyName` of a hive's name alone is that name.
     explicit RegistryKey(const String& path);
     RegistryKey(ENUM_VX_HKEY hive, const String& key);
-    /// `root` is one of the numbers that `getHKEY` gives; any other becomes the hive as it is, and no operation of the store
-    /// takes it.
+    /// `root` is one of the numbers that `getHKEY` gives; any other is stored as it is, and every operation of the
+    /// store rejects it.
     RegistryKey(HKEY__* root, const String& key);
     RegistryKey(const RegistryKey& other) noexcept = default;
     RegistryKey& operator=(const RegistryKey& other) = default;
     ~RegistryKey() noexcept override;
 
     // Object
-    /// First the hive, then the path without its case. Throws CastFailedException for another class.
+    /// First the hive, then the path without regard to case. Throws CastFailedException for another class.
     int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override;
     std::uint32_t hashCode() const override;
@@ -43,10 +43,10 @@ public:
     ENUM_VX_HKEY getVXHKEY() const noexcept { return m_hive; }
     /// 0x80000000 for classes, 0x80000001 for the user, 0x80000002 for configuration, otherwise -1.
     HKEY__* getHKEY() const noexcept;
-    /// "VX_HKEY_USER\Software\X"; with `relative` without the name of the hive, but with the backslash.
+    /// "VX_HKEY_USER\Software\X". With `relative`, the name of the hive is left out, but not the backslash.
     String getKey(bool relative = false) const;
     String getKeyName() const { return m_keyName; }
-    /// Throws Exception "No parent key" for a path of one name.
+    /// Throws Exception "No parent key" if the path has only one name.
     RegistryKey getParent() const;
     RegistryKey getSubkey(const String& name) const;
 
@@ -60,12 +60,13 @@ public:
     String getValueString(const String& name) const;
     std::uint32_t getValueUINT32(const String& name) const;
     std::uint64_t getValueUINT64(const String& name) const;
-    /// Reads the value's bytes into `data`, which has `length` bytes, and gives their number. A value that cannot be read
-    /// gives 0 and throws nothing. A longer value gives its number of bytes, and `data` stays as it was.
+    /// Reads the value's bytes into `data`, which has `length` bytes, and returns their number. For a value that cannot
+    /// be read it returns 0 and does not throw. For a longer value it returns the number of bytes, and `data` does not
+    /// change.
     std::int32_t getValue(const String& name, signed char* data, std::int32_t length) const;
     std::int32_t getValue(signed char* data, std::int32_t length) const;
 
-    /// Sets a value, and makes the key.
+    /// Sets a value, and creates the key if needed.
     void setValue(const String& name, const String& text) const;
     template <RegistryNumber Number>
     void setValue(const String& name, Number number) const
@@ -81,11 +82,11 @@ public:
         setNumber(String(), number);
     }
 
-    /// One pass over what exists now. `hasNext` moves on, and `next` gives the same element until then.
+    /// Iterates over what exists now. `hasNext` advances, and `next` returns the same element until then.
     Reference<collections::ConstIterator<RegistryKey>> getSubkeyIterator() const;
     Reference<collections::ConstIterator<String>> getValueIterator() const;
 
-    /// Takes the hive's name, as in the first constructor, from the head of `key`.
+    /// Removes the hive's name, as in the first constructor, from the start of `key`.
     static ENUM_VX_HKEY extractVXHkey(String& key);
     static HKEY__* extractHkey(String& key);
 

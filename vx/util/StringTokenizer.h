@@ -5,23 +5,22 @@
 
 namespace vx::util {
 
-/// Walks the tokens of a text: the runs between delimiters, and on demand each delimiter as a token of its own. One thread
-/// at a time.
+/// Splits a text into tokens at delimiters. Each delimiter may also be returned as a token. One thread at a time.
 class VX_API StringTokenizer : public Object {
 public:
-    /// Null `delimiters` are blank, carriage return, line feed, tab and form feed.
+    /// Null `delimiters` mean blank, carriage return, line feed, tab and form feed.
     explicit StringTokenizer(const String& text, const char16_t* delimiters = nullptr, bool returnDelimiters = false);
     ~StringTokenizer() noexcept override;
 
     bool hasMoreTokens();
-    /// Non-null `delimiters` hold from this call on, and drop what `hasMoreTokens` saw. Throws Exception "No such element"
-    /// after the last token.
+    /// Non-null `delimiters` are used from this call on, and the token that `hasMoreTokens` found is searched again.
+    /// Throws Exception "No such element" after the last token.
     String nextToken(const char16_t* delimiters = nullptr);
-    /// The tokens that are left.
+    /// The number of remaining tokens.
     int getTokenCount() const;
 
 protected:
-    /// Where the next token from `start` on begins; beyond the length where there is none.
+    /// Where the next token at or after `start` begins; beyond the length if there is none.
     int skipDelims(int start) const;
     /// Where the token that begins at `start` ends; beyond the length for the last one.
     int scanToken(int start) const;

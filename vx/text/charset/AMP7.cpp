@@ -33,7 +33,7 @@ bool store(Encoding& pass, std::string_view form) noexcept
     return true;
 }
 
-// The buffer has room to spare: optimisers that vectorise the loop warn of a length they cannot see.
+// The buffer is larger than needed: compilers that vectorise the loop warn of a length that they cannot deduce.
 bool storeNumber(Encoding& pass, std::uint32_t value) noexcept
 {
     char form[4 * MAX_FORM] = {'&', '_'};
@@ -45,7 +45,7 @@ bool storeNumber(Encoding& pass, std::uint32_t value) noexcept
 }
 
 struct NamedForm {
-    std::string_view rest; ///< behind the ampersand
+    std::string_view rest; ///< after the ampersand
     char16_t unit;
 };
 constexpr NamedForm NAMED_FORMS[] = {
@@ -54,7 +54,7 @@ constexpr NamedForm NAMED_FORMS[] = {
     {"QUOT;", u'"'},
 };
 
-/// What stands at the start of some bytes.
+/// The form at the start of some bytes.
 struct Form {
     enum Kind { WHOLE, CUT, BAD };
 
@@ -71,7 +71,7 @@ constexpr int digitValue(char byte) noexcept
     return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
 }
 
-/// Of a number, behind its "&_".
+/// Parses a number after its "&_".
 Form numberIn(std::string_view text) noexcept
 {
     std::uint32_t value = 0;
@@ -87,7 +87,7 @@ Form numberIn(std::string_view text) noexcept
     return {Form::CUT};
 }
 
-/// Of an escape, behind its ampersand.
+/// Parses an escape after its ampersand.
 Form escapeIn(std::string_view text) noexcept
 {
     if (text.starts_with('_'))

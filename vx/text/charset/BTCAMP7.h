@@ -4,10 +4,12 @@
 
 namespace vx::text::charset {
 
-/// Decodes AMP-7, see CTBAMP7; "&APOS;", "&QUOT;", lower-case digits and leading zeros up to five digits are taken as well.
+/// Decodes AMP-7, see CTBAMP7; "&APOS;", "&QUOT;", lower-case digits, and leading zeros up to five digits are accepted
+/// as well.
 ///
-/// What starts no valid form is unmappable, one byte of it: what follows is read as text. So is U+FFFD as a number. A
-/// number among the surrogates throws InvalidCharacterException. A form cut by the end of the source waits for its rest.
+/// An ampersand that starts no valid form is unmappable, and the bytes after it are read as text. U+FFFD as a number is
+/// unmappable too. The number of a surrogate throws InvalidCharacterException. A form that is incomplete at the end of
+/// the source stays unread.
 class VX_API BTCAMP7 : public ByteToCharConverter {
 public:
     BTCAMP7() noexcept = default;

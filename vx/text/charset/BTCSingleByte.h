@@ -4,7 +4,7 @@
 
 namespace vx::text::charset {
 
-/// Decoders of one byte a character, over the hook `convertByte`.
+/// Base of decoders with one byte for a character. They call the hook `convertByte`.
 class VX_API BTCSingleByte : public ByteToCharConverter {
 public:
     ~BTCSingleByte() noexcept override;
@@ -17,7 +17,7 @@ public:
     int getMaxBytesPerChar() override;
     int getMaxCharsPerByte() override;
 
-    /// U+FFFD: the byte has no character.
+    /// U+FFFD means that the byte has no character.
     virtual char16_t convertByte(signed char byte) = 0;
 
 protected:
@@ -50,10 +50,10 @@ public:
     char16_t convertByte(signed char byte) override;
 };
 
-/// A code page by its table.
+/// A code page that is defined by a table.
 class VX_API BTCSingleByteTable : public BTCSingleByte {
 public:
-    /// Both are kept and not owned. `table` has 256 entries.
+    /// Both pointers are stored, but not owned. `table` has 256 entries.
     BTCSingleByteTable(const char16_t* name, const char16_t* table) noexcept;
     ~BTCSingleByteTable() noexcept override;
 

@@ -4,7 +4,7 @@
 
 namespace vx::text::charset {
 
-/// UTF-16 bytes of either order. Lone surrogates pass unchanged.
+/// UTF-16 bytes in either order. Lone surrogates pass unchanged.
 class VX_API BTCUTF16 : public ByteToCharUTF {
 public:
     ~BTCUTF16() noexcept override;
@@ -13,7 +13,7 @@ public:
     std::int32_t convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
         std::int32_t* dstPos, std::int32_t dstLen) override;
 
-    /// A unit as it stands on the wire, in the order of this machine.
+    /// Converts a unit between the byte order of the encoding and that of this machine.
     virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
 
 protected:

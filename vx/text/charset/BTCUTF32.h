@@ -4,7 +4,7 @@
 
 namespace vx::text::charset {
 
-/// UTF-32 bytes of either order. A value among the surrogates throws InvalidCharacterException, one above U+10FFFF is
+/// UTF-32 bytes in either order. The value of a surrogate throws InvalidCharacterException; one above U+10FFFF is
 /// unmappable.
 class VX_API BTCUTF32 : public ByteToCharUTF {
 public:
@@ -14,7 +14,7 @@ public:
     std::int32_t convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
         std::int32_t* dstPos, std::int32_t dstLen) override;
 
-    /// A value as it stands on the wire, in the order of this machine.
+    /// Converts a value from the byte order of the encoding to that of this machine.
     virtual std::uint32_t convertUTF32(std::uint32_t value) = 0;
 
 protected:

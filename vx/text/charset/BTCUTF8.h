@@ -4,9 +4,10 @@
 
 namespace vx::text::charset {
 
-/// UTF-8 (RFC 3629) without a byte order mark of its own: U+FEFF is a character like any other. A byte that begins no
-/// well-formed sequence gives one U+FFFD, in either substitution mode. Overlong forms of three and four bytes are taken
-/// as they compute; a value among the surrogates throws InvalidCharacterException, one above U+10FFFF is unmappable.
+/// UTF-8 (RFC 3629). There is no byte order mark: U+FEFF is an ordinary character. A byte that begins no well-formed
+/// sequence becomes one U+FFFD, in either substitution mode. Overlong forms of three and four bytes are accepted with
+/// the value that they encode. The value of a surrogate throws InvalidCharacterException; one above U+10FFFF is
+/// unmappable.
 class VX_API BTCUTF8 : public ByteToCharConverter {
 public:
     BTCUTF8() noexcept = default;

@@ -4,7 +4,7 @@
 
 namespace vx::text::charset {
 
-/// Base of the decoders of UTF-16 and UTF-32. They know no byte order mark.
+/// Base of the decoders of UTF-16 and UTF-32. A byte order mark has no special meaning.
 class VX_API ByteToCharUTF : public ByteToCharConverter {
 public:
     ~ByteToCharUTF() noexcept override;
@@ -15,13 +15,13 @@ public:
     int getMaxBytesPerChar() override;
     int getMaxCharsPerByte() override;
 
-    /// A unit as it stands on the wire, in the order of this machine.
+    /// Converts a unit between the byte order of the encoding and that of this machine.
     virtual char16_t convertChar(char16_t unit) = 0;
 
 protected:
     ByteToCharUTF() noexcept = default;
 
-    /// Moves units through `convertChar` and looks at no surrogate. An odd last byte stays unread.
+    /// Converts units by `convertChar`, without regard to surrogates. An odd last byte stays unread.
     std::int32_t sameEncodingConvert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
         std::int32_t* dstPos, std::int32_t dstLen);
 };

@@ -4,11 +4,11 @@
 
 namespace vx::text::charset {
 
-/// AMP-7: any text in printable ASCII and line ends. Other characters, control characters too, become "&_" with the code
-/// point in hexadecimal and ";", and the ampersand becomes "&AMP;".
+/// AMP-7: writes any text in printable ASCII and line ends. Other characters, including control characters, become
+/// "&_", the code point in hexadecimal, and ";". The ampersand becomes "&AMP;".
 ///
-/// Code points from U+FFFFF on have no form. A leading surrogate that no trailing one follows throws
-/// InvalidCharacterException, but as the last unit of the source it stays unread; a lone trailing one is encoded.
+/// Code points from U+FFFFF on cannot be written. A leading surrogate without a trailing one throws
+/// InvalidCharacterException, but as the last unit of the source it stays unread. A lone trailing one is encoded.
 class VX_API CTBAMP7 : public CharToByteConverter {
 public:
     CTBAMP7() noexcept = default;

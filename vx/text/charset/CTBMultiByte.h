@@ -7,7 +7,7 @@
 
 namespace vx::text::charset {
 
-/// Encoders of several bytes a character, over the hook `convertChar`.
+/// Base of encoders with several bytes for a character. They call the hook `convertChar`.
 class VX_API CTBMultiByte : public CharToByteConverter {
 public:
     ~CTBMultiByte() noexcept override;
@@ -21,8 +21,8 @@ public:
     int getMaxBytesPerChar() override;
     int getMaxCharsPerByte() override;
 
-    /// Stores the bytes of a character, at most `capacity`, and returns their number, or less than 1 where it has none. A
-    /// surrogate is offered as well, a lead before its trail is known.
+    /// Stores the bytes of a character, at most `capacity`, and returns their number, or less than 1 if it has none. It
+    /// is also called for surrogates, for a lead before its trail is known.
     virtual int convertChar(std::uint32_t codePoint, signed char* bytes, int capacity) = 0;
 
 protected:
@@ -34,10 +34,10 @@ protected:
     char16_t m_lead = 0; ///< 0: none
 };
 
-/// The encoder of an encoding that a component supplies.
+/// The encoder of an encoding from a component.
 class VX_API CTBCom : public CTBMultiByte {
 public:
-    /// `codec` is counted. Throws ResultException where it does not tell its name or its sizes.
+    /// Keeps a reference on `codec`. Throws ResultException if it does not return its name or its sizes.
     explicit CTBCom(IVXCharCodec* codec);
     ~CTBCom() noexcept override;
 

@@ -4,8 +4,8 @@
 
 namespace vx::text::charset {
 
-/// Encoders of one byte a character, over the hook `convertChar`. A supplementary character counts as one without a byte;
-/// a lone surrogate throws InvalidCharacterException.
+/// Base of encoders with one byte for a character. They call the hook `convertChar`. A supplementary character has no
+/// byte; a lone surrogate throws InvalidCharacterException.
 class VX_API CTBSingleByte : public CharToByteConverter {
 public:
     ~CTBSingleByte() noexcept override;
@@ -18,7 +18,7 @@ public:
     int getMaxBytesPerChar() override;
     int getMaxCharsPerByte() override;
 
-    /// 0: the character has no byte, but for U+0000 itself.
+    /// 0 means that the character has no byte, except for U+0000.
     virtual signed char convertChar(char16_t unit) = 0;
 
 protected:
@@ -53,11 +53,11 @@ public:
     signed char convertChar(char16_t unit) override;
 };
 
-/// A code page by its table.
+/// A code page that is defined by a table.
 class VX_API CTBSingleByteTable : public CTBSingleByte {
 public:
-    /// All are kept and not owned. `pageIndex` has 256 entries: for each high byte the offset of its page of 256 bytes in
-    /// `pages`.
+    /// All pointers are stored, but not owned. `pageIndex` has 256 entries: for each high byte, the offset of its page
+    /// of 256 bytes in `pages`.
     CTBSingleByteTable(const char16_t* name, const int* pageIndex, const unsigned char* pages) noexcept;
     ~CTBSingleByteTable() noexcept override;
 

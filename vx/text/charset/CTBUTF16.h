@@ -4,7 +4,8 @@
 
 namespace vx::text::charset {
 
-/// UTF-16 bytes of either order. Lone surrogates pass unchanged, and nothing is held. `convert` returns units, not bytes.
+/// UTF-16 bytes in either order. Lone surrogates pass unchanged, and the encoder holds nothing between calls. `convert`
+/// returns units, not bytes.
 class VX_API CTBUTF16 : public CharToByteUTF {
 public:
     ~CTBUTF16() noexcept override;
@@ -15,7 +16,7 @@ public:
     std::int32_t flush(signed char* dst, std::int32_t* dstPos, std::int32_t dstLen) override;
     void reset() override;
 
-    /// A unit of this machine in the order of the wire.
+    /// Converts a unit from the byte order of this machine to that of the encoding.
     virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
 
 protected:

@@ -4,8 +4,8 @@
 
 namespace vx::text::charset {
 
-/// UTF-32 bytes of either order. A lone trailing surrogate is written as its own value; a leading one that no trailing one
-/// follows throws InvalidCharacterException and stays held until `reset`.
+/// UTF-32 bytes in either order. A lone trailing surrogate is written as its own value; a leading one without a
+/// trailing one throws InvalidCharacterException and stays held until `reset`.
 class VX_API CTBUTF32 : public CharToByteUTF {
 public:
     ~CTBUTF32() noexcept override;
@@ -16,7 +16,7 @@ public:
     std::int32_t flush(signed char* dst, std::int32_t* dstPos, std::int32_t dstLen) override;
     void reset() override;
 
-    /// A value of this machine in the order of the wire.
+    /// Converts a value from the byte order of this machine to that of the encoding.
     virtual std::uint32_t convertUTF32(std::uint32_t value) = 0;
 
 protected:

@@ -14,15 +14,16 @@ public:
     CharToByteConverter& operator=(const CharToByteConverter& other) noexcept;
     ~CharToByteConverter() noexcept override;
 
-    /// A new encoder with count 0; a null `name` is the default encoding. Throws UnknownEncodingException with the name.
+    /// A new encoder with reference count 0. A null `name` means the default encoding. Throws UnknownEncodingException
+    /// with the name.
     static CharToByteConverter* getConverter(const char16_t* name);
-    /// A new encoder with count 0 for the platform's default encoding, or for ASCII where nobody knows that.
+    /// A new encoder with reference count 0 for the platform's default encoding, or for ASCII if that is unknown.
     static CharToByteConverter* getDefaultConverter();
 
-    /// Moves whole characters from `src[*srcPos]` on to `dst[*dstPos]` on; `srcLen` and `dstLen` are end indices, and all
-    /// of `dst` up to there may be overwritten. Stops where the source ends or the next character has no room. Both
-    /// positions are advanced over what was done, and an exception leaves them at the start of the offending character.
-    /// Returns the bytes stored.
+    /// Converts whole characters from `src[*srcPos]` on and stores them from `dst[*dstPos]` on. `srcLen` and `dstLen`
+    /// are end indices, and all of `dst` up to there may be overwritten. Stops if the source ends or the next character
+    /// has no room. Both positions are advanced over what was converted; an exception leaves them at the start of the
+    /// character that caused it. Returns the bytes stored.
     virtual std::int32_t convert(const char16_t* src, std::int32_t* srcPos, std::int32_t srcLen, signed char* dst,
         std::int32_t* dstPos, std::int32_t dstLen)
         = 0;
@@ -33,13 +34,14 @@ public:
     virtual void reset() = 0;
     /// The canonical name.
     virtual const char16_t* getEncodingName() = 0;
-    /// Both to size buffers by.
+    /// Both are for the size of buffers.
     virtual int getMaxBytesPerChar() = 0;
     virtual int getMaxCharsPerByte() = 0;
-    /// True: a character without a mapping gives the substitution bytes. False: UnmappableCharacterException.
+    /// If true, a character without a mapping becomes the substitution bytes. If false, it throws
+    /// UnmappableCharacterException.
     virtual bool getSubstitutionMode();
     virtual void setSubstitutionMode(bool mode);
-    /// Copies at most `length` bytes and returns their number; with null `bytes` the number there are.
+    /// Copies at most `length` bytes and returns their number; with null `bytes`, returns how many there are.
     virtual int getSubstitutionBytes(signed char* bytes, int length);
     /// At most 7 bytes.
     virtual void setSubstitutionBytes(const signed char* bytes, int length);

@@ -13,13 +13,13 @@ public:
     int getMaxBytesPerChar() override;
     int getMaxCharsPerByte() override;
 
-    /// A unit as it stands on the wire, in the order of this machine.
+    /// Converts a unit between the byte order of the encoding and that of this machine.
     virtual char16_t convertChar(char16_t unit) = 0;
 
 protected:
     CharToByteUTF() noexcept = default;
 
-    /// Moves units through `convertChar` and looks at no surrogate. Returns units, not bytes.
+    /// Converts units by `convertChar`, without regard to surrogates. Returns units, not bytes.
     std::int32_t sameEncodingConvert(const char16_t* src, std::int32_t* srcPos, std::int32_t srcLen, signed char* dst,
         std::int32_t* dstPos, std::int32_t dstLen);
 };

@@ -14,7 +14,7 @@ public:
     std::int32_t getResult() const override;
 };
 
-/// A well-formed character without a mapping, where nothing may take its place.
+/// A well-formed character without a mapping, while substitution is off.
 class VX_API UnmappableCharacterException : public Exception {
 public:
     using Exception::Exception;
@@ -24,7 +24,7 @@ public:
     std::int32_t getResult() const override;
 };
 
-/// The description is the name that nobody knows.
+/// The description is the unknown name.
 class VX_API UnknownEncodingException : public Exception {
 public:
     using Exception::Exception;

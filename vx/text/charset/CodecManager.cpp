@@ -18,7 +18,7 @@ namespace vx::text::charset {
 
 namespace {
 
-/// The two classes behind one name.
+/// The encoder class and the decoder class of one name.
 class CodecClasses : public ComObject {
 public:
     CodecClasses(const Class* encoderClass, const Class* decoderClass) noexcept
@@ -38,7 +38,7 @@ Str1 upperCase(const char16_t* name)
     return key;
 }
 
-/// Null where no component answers to exactly this name.
+/// Null if there is no component for exactly this name.
 Reference<IVXCharCodec> createCodec(const char16_t* name)
 {
     String progId(u"Velmaris.CharCodec.");

@@ -9,24 +9,25 @@
 
 namespace vx::text::charset {
 
-/// Finds converters by the name of their encoding, in any case of letters. Filled at the start of the library and read
-/// without a lock afterwards: whoever registers a codec later does so while no other thread asks for one.
+/// Finds converters by the name of their encoding, without regard to case. It is filled when the library starts, and
+/// read without a lock afterwards: a program that registers a codec later does so while no other thread uses the
+/// manager.
 class VX_API CodecManager {
 public:
     CodecManager(const CodecManager&) = delete;
     CodecManager& operator=(const CodecManager&) = delete;
 
-    /// The one manager, made at the first call. Throws IllegalStateException while the library is not started.
+    /// The only manager, created by the first call. Throws IllegalStateException while the library is not started.
     static CodecManager* getInstance();
-    /// Forgets all codecs; a manager made later knows none.
+    /// Removes all codecs. A manager that is created later has none.
     static void freeInstance();
 
-    /// The first registration of a name stands. The classes are found by their registered names; one that nobody knows
-    /// throws ClassNotFoundException. A class that is no converter of its side fails at `getConverter`, by a
+    /// Only the first registration of a name is used. The classes are found by their registered names; an unknown one
+    /// throws ClassNotFoundException. If a class is no encoder or no decoder, `getConverter` throws
     /// CastFailedException.
     void registerCodec(const char16_t* name, const char16_t* encoderClassName, const char16_t* decoderClassName);
 
-    /// A new converter with count 0, or null where nobody answers to `name`.
+    /// A new converter with reference count 0, or null if `name` is unknown.
     Object* getEncoder(const char16_t* name);
     Object* getDecoder(const char16_t* name);
 

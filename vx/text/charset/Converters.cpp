@@ -23,7 +23,7 @@ Converter* converterNamed(const char16_t* name, Object* (CodecManager::*get)(con
     if (object == nullptr)
         throw UnknownEncodingException(String(name));
     auto* const converter = dynamic_cast<Converter*>(object);
-    if (converter == nullptr) { // somebody registered another class under the name
+    if (converter == nullptr) { // another class was registered under the name
         const Reference<Object> unwanted(object);
         throw CastFailedException();
     }

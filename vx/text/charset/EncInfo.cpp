@@ -15,7 +15,7 @@ using namespace vx;
 
 namespace {
 
-/// The records, and every name that leads to one. Built at the start of the library, read without a lock afterwards.
+/// The records, and all their names. Built when the library starts, and read without a lock afterwards.
 class EncInfoTable {
 public:
     EncInfoTable()

@@ -16,7 +16,7 @@ using namespace detail;
 
 namespace {
 
-/// Stores all of the substitution, or throws where there is to be none. False: no room.
+/// Stores the whole substitution, or throws if substitution is off. Returns false if there is no room.
 template <class Pass, class Unit>
 bool substitute(Pass& pass, bool mode, const Unit* units, int length)
 {
@@ -28,12 +28,12 @@ bool substitute(Pass& pass, bool mode, const Unit* units, int length)
     return true;
 }
 
-/// What a codec says about itself.
+/// Asks a codec for its name and sizes.
 void describe(IVXCharCodec* codec, String& name, std::int32_t& maxBytesPerChar, std::int32_t& maxCharsPerByte)
 {
     if (codec == nullptr)
         throwResult(RESULT_POINTER);
-    const Reference<String> told(new String); // a component may count what it is handed
+    const Reference<String> told(new String); // a component may keep a reference on it
     throwIfFailed(codec->GetName(told.get()));
     throwIfFailed(codec->GetMaxBytesPerChar(&maxBytesPerChar));
     throwIfFailed(codec->GetMaxCharsPerByte(&maxCharsPerByte));
@@ -56,7 +56,7 @@ std::int32_t BTCMultiByte::convert(const signed char* src, std::int32_t* srcPos,
         std::uint32_t value = convertBytes(pass.in, length);
         if (length == 0)
             break;
-        if (length < 0 || length > left) { // as a hook that touched nothing
+        if (length < 0 || length > left) { // as if the hook had changed nothing
             length = left;
             value = REPLACEMENT;
         }
@@ -120,7 +120,7 @@ BTCCom::~BTCCom() noexcept = default;
 std::uint32_t BTCCom::convertBytes(const signed char* bytes, int& length)
 {
     std::uint32_t codePoint = REPLACEMENT;
-    static_cast<void>(m_codec->ConvertBytes(bytes, &length, &codePoint)); // a failure shows in the two
+    static_cast<void>(m_codec->ConvertBytes(bytes, &length, &codePoint)); // a failure shows in both values
     return codePoint;
 }
 
@@ -196,7 +196,7 @@ CTBCom::~CTBCom() noexcept = default;
 int CTBCom::convertChar(std::uint32_t codePoint, signed char* bytes, int capacity)
 {
     util::RWByteBuffer buffer(capacity);
-    buffer.AddRef(); // a codec that counts it for a moment does not take it to 0
+    buffer.AddRef(); // so that a codec that adds and releases a reference does not destroy it
     if (failed(m_codec->ConvertChar(codePoint, &buffer)))
         return -1;
     const int count = buffer.getLength();

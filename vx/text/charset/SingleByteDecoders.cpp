@@ -13,14 +13,15 @@ using namespace detail;
 
 namespace {
 
-/// What a decoder does with a byte that has no character.
+/// How a decoder treats a byte that has no character.
 struct Substitution {
     bool mode;
     const char16_t* units;
     int length;
 };
 
-/// The loop of all decoders. Without bytes that are themselves, `characterOf` is a hook: it is asked once for each byte.
+/// The loop of all decoders. If no byte is known to be the character of its value, `characterOf` is a hook, which is
+/// called once for each byte.
 template <Itself itself, class CharacterOf>
 void decodeBytes(Decoding& pass, const Substitution& substitution, const CharacterOf& characterOf)
 {
@@ -90,7 +91,7 @@ BTCASCII::~BTCASCII() noexcept = default;
 std::int32_t BTCASCII::convert(const signed char* src, std::int32_t* srcPos, std::int32_t srcLen, char16_t* dst,
     std::int32_t* dstPos, std::int32_t dstLen)
 {
-    if (typeid(*this) != typeid(BTCASCII)) // a derived class may have a hook of its own
+    if (typeid(*this) != typeid(BTCASCII)) // a derived class may override the hook
         return BTCSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
     decodeBytes<Itself::ASCII>(pass, {m_substitutionMode, m_substitutionChars, m_substitutionLength}, asciiCharacter);

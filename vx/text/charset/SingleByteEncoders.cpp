@@ -14,14 +14,14 @@ using namespace detail;
 
 namespace {
 
-/// What an encoder does with a character that has no byte, and the lead surrogate that it holds.
+/// How an encoder treats a character that has no byte, and the lead surrogate that it holds.
 struct State {
     bool substitute;
     const signed char* bytes;
     int length;
     char16_t& lead;
 
-    /// False: no room. A substitution of another length than 1 stores nothing.
+    /// Returns false if there is no room. A substitution whose length is not 1 stores nothing.
     bool store(Encoding& pass) const
     {
         if (length != 1)
@@ -33,13 +33,14 @@ struct State {
     }
 };
 
-/// The loop of all encoders. What `byteOf` gives for units that are not themselves is the byte, or 0.
+/// The loop of all encoders. `byteOf` returns the byte, or 0, of units that are not known to be the byte of their
+/// value.
 template <Itself itself, class ByteOf>
 void encodeUnits(Encoding& pass, const State& state, ByteOf&& byteOf)
 {
     while (pass.in < pass.inEnd) {
         const char16_t unit = *pass.in;
-        if (state.lead != 0) { // the pair has no form of one byte
+        if (state.lead != 0) { // no pair has a byte
             if (!isTrail(unit))
                 throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);
             if (!state.substitute) {
@@ -126,7 +127,7 @@ CTBASCII::~CTBASCII() noexcept = default;
 std::int32_t CTBASCII::convert(const char16_t* src, std::int32_t* srcPos, std::int32_t srcLen, signed char* dst,
     std::int32_t* dstPos, std::int32_t dstLen)
 {
-    if (typeid(*this) != typeid(CTBASCII)) // a derived class may have a hook of its own
+    if (typeid(*this) != typeid(CTBASCII)) // a derived class may override the hook
         return CTBSingleByte::convert(src, srcPos, srcLen, dst, dstPos, dstLen);
     Encoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
     encodeUnits<Itself::ASCII>(pass, {m_substitutionMode, m_substitutionBytes, m_substitutionLength, m_lead}, noByte);

@@ -183,7 +183,7 @@ std::int32_t Str1::getLengthA(std::int32_t* length, const char16_t* encoding, st
                 throwIfFailed(result);
                 return checkedSize(total);
             }
-            if (position == before) // a block that holds not one character would come back for ever
+            if (position == before) // otherwise a block without room for one character would repeat for ever
                 throwResult(RESULT_FAIL);
         }
     });

@@ -43,7 +43,7 @@ int room(int length, int factor)
     return static_cast<int>(needed);
 }
 
-/// The text of `length` bytes, in room for no less than `capacity` units. `read` tells how many bytes were read.
+/// Decodes `length` bytes into room for at least `capacity` units. `read` becomes the number of bytes read.
 Reference<IVXCharBuffer> decoded(
     ByteToCharConverter& decoder, const char* bytes, int length, int capacity, std::int32_t& read)
 {
@@ -81,7 +81,7 @@ std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, si
     return written;
 }
 
-/// The bytes of the text in UTF-8, if each surrogate in it has its other half.
+/// The length of the text in UTF-8, if it has no lone surrogates.
 std::int64_t lengthInUtf8(std::u16string_view text) noexcept
 {
     std::int64_t bytes = 0;
@@ -144,7 +144,7 @@ void String::AnsiBytes::releaseExtra() noexcept
 {
     try {
         freeExtra();
-    } catch (const std::bad_alloc&) { // then it stays where it is
+    } catch (const std::bad_alloc&) { // then the text stays where it is
     }
 }
 
@@ -253,14 +253,14 @@ void String::internalSetTo(const char* bytes, int length, const char16_t* encodi
     if (length == -1)
         length = VXStrLenA(bytes);
     length = std::max(length, 0);
-    const Reference<AnsiBytes> cache = std::move(m_ansi); // `bytes` may be its own
+    const Reference<AnsiBytes> cache = std::move(m_ansi); // `bytes` may be part of it
     if (length < 1 && capacity < 1) {
         setAddRef(String());
         return;
     }
     const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
     std::int32_t read = 0;
-    m_buffer = decoded(*decoder, bytes, length, capacity, read); // a character that the end cuts is left out
+    m_buffer = decoded(*decoder, bytes, length, capacity, read); // an incomplete character at the end is left out
 }
 
 String& String::setToUtf8(std::string_view bytes)
@@ -350,7 +350,7 @@ std::string String::toUtf8() const
     std::int32_t written = 0;
     text::charset::detail::encodeText(
         encoder, units, read, reinterpret_cast<signed char*>(bytes.data()), written, static_cast<std::int32_t>(size));
-    // The encoder takes a lone trailing surrogate as a character of three bytes, for which there is no room then.
+    // The encoder writes three bytes for a lone trailing surrogate, for which there was no room.
     if (read != text.length())
         throw InvalidCharacterException(u"trailing surrogate without leading");
     return bytes;

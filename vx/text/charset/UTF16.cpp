@@ -68,7 +68,7 @@ std::int32_t CharToByteUTF::sameEncodingConvert(const char16_t* src, std::int32_
 
 namespace {
 
-/// Moves `count` units of 16 bits and swaps the bytes of each, or does not.
+/// Copies `count` units of 16 bits, and swaps the bytes of each if `swapped`.
 template <bool swapped>
 void moveUnits(const void* from, void* to, std::ptrdiff_t count) noexcept
 {
@@ -89,7 +89,7 @@ void moveUnits(const void* from, void* to, std::ptrdiff_t count) noexcept
     }
 }
 
-/// As `sameEncodingConvert` for an order that is known.
+/// As `sameEncodingConvert`, for a known byte order.
 template <bool swapped>
 std::int32_t decodeUnits(Decoding&& pass) noexcept
 {

@@ -45,7 +45,7 @@ std::int32_t BTCUTF32::convert(const signed char* src, std::int32_t* srcPos, std
         decode(ordered<SWAPS_LITTLE, std::uint32_t>);
     else if (type == typeid(BTCUTF32BE))
         decode(ordered<SWAPS_BIG, std::uint32_t>);
-    else // a derived class may have a hook of its own
+    else // a derived class may override the hook
         decode([this](std::uint32_t value) { return convertUTF32(value); });
     return pass.produced();
 }

@@ -14,10 +14,10 @@ using namespace detail;
 
 namespace {
 
-/// So much is decoded one by one before there may be plain text again.
+/// After other characters, this many bytes are decoded one by one before the fast path for plain text is tried again.
 constexpr std::ptrdiff_t STRETCH = 16;
 
-/// The length of a sequence by its first byte; 0 for a byte that is no first one.
+/// The length of a sequence by its first byte; 0 for a byte that begins none.
 constexpr std::array<std::uint8_t, 256> SEQUENCE_LENGTH = [] {
     std::array<std::uint8_t, 256> lengths {};
     for (std::size_t byte = 0; byte < 256; ++byte) {
@@ -31,8 +31,9 @@ constexpr bool isFollower(std::uint32_t byte) noexcept
     return (byte & 0xC0) == 0x80;
 }
 
-/// Decodes characters that begin before `until`, up to a fault, an end or one of four bytes. It branches where a table
-/// would do: a position that comes out of memory is waited for, one that a branch chooses is guessed.
+/// Decodes characters that begin before `until`, up to a fault, an end, or a character of four bytes. It uses branches
+/// and no table: the processor must wait for a position that is loaded from memory, but predicts one that a branch
+/// chooses.
 void decodeShort(Decoding& pass, const signed char* until) noexcept
 {
     const signed char* in = pass.in;
@@ -64,7 +65,7 @@ void decodeShort(Decoding& pass, const signed char* until) noexcept
 
 struct Sequence {
     std::uint32_t value;
-    std::size_t length; ///< 0: cut by the end of the source
+    std::size_t length; ///< 0: the source ends within the sequence
 };
 
 Sequence sequenceAt(const Decoding& pass) noexcept

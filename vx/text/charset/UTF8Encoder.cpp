@@ -10,10 +10,10 @@ using namespace detail;
 
 namespace {
 
-/// So much is encoded one by one before there may be plain text again.
+/// After other characters, this many units are encoded one by one before the fast path for plain text is tried again.
 constexpr std::ptrdiff_t STRETCH = 16;
 
-/// The following byte that holds the six bits of `value` from `shift` on.
+/// The continuation byte for the six bits of `value` from `shift` on.
 constexpr signed char follower(std::uint32_t value, int shift) noexcept
 {
     return static_cast<signed char>(0x80 | (value >> shift & 0x3F));
@@ -81,7 +81,7 @@ std::int32_t CTBUTF8::convert(const char16_t* src, std::int32_t* srcPos, std::in
                     break;
                 if (!isLead(*pass.in))
                     return pass.produced(); // no room
-                m_lead = *pass.in; // with or without room: whatever comes next is looked at then
+                m_lead = *pass.in; // whether or not there is room: the next unit decides
             } else {
                 if (!isTrail(*pass.in))
                     throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);

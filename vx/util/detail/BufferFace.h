@@ -6,8 +6,8 @@
 
 namespace vx::util::detail {
 
-/// The component view of an abstract buffer, for both widths: each operation runs the class operation of `Owner`, which
-/// derives from this face, and gives its result.
+/// The component view of an abstract buffer, for both widths: each operation calls the class operation of `Owner`,
+/// which derives from this face, and returns its result.
 template <class Interface, class Owner, class Unit>
 class BufferFace : public Interface {
 public:

@@ -51,9 +51,9 @@ public:
     void free() noexcept;
     /// Makes room for `minimum` units and returns where they begin.
     Unit* ensure(int minimum);
-    /// Raises the capacity to `minimum` where the memory suffices for that. Else gives false and changes nothing.
+    /// Raises the capacity to `minimum` if the memory of the storage suffices. If not, returns false and changes nothing.
     bool ensureWithin(std::int64_t minimum) noexcept;
-    /// Takes the length after writing. A negative one keeps the length.
+    /// Sets the length after writing. A negative one keeps the length.
     void endWriting(int length) noexcept;
     void freeExtra();
     /// Frees the room after the units in use, but keeps room for `least` units in all. If memory is exhausted, all stays.

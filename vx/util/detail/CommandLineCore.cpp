@@ -12,7 +12,7 @@ namespace vx::util::detail {
 
 namespace {
 
-/// The value of `text` by `convert`, which leaves its second argument at the start where there is no number.
+/// Converts `text` by `convert`, which leaves its second argument at the start if there is no number.
 template <class Convert>
 auto numberIn(const String& text, const char16_t* complaint, Convert convert)
 {
@@ -24,7 +24,7 @@ auto numberIn(const String& text, const char16_t* complaint, Convert convert)
     return value;
 }
 
-/// `bytes` in the default encoding, with U+FFFD for each byte that no character can be made of.
+/// Decodes `bytes` in the default encoding. Each byte that belongs to no character becomes U+FFFD.
 String decodeLossily(const char* bytes)
 {
     using text::charset::ByteToCharConverter;

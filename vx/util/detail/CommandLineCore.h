@@ -10,7 +10,7 @@
 
 namespace vx::util::detail {
 
-/// What an element of a command line holds, in either generation of parsers.
+/// The name and values of an element of a command line, for both generations of parsers.
 class VX_API CommandLineValues {
 public:
     CommandLineValues(const String& name, int position);
@@ -23,7 +23,7 @@ public:
     double getDouble(int index) const;
 
     void add(const String& value) { m_values.push_back(value); }
-    /// The values between commas and blanks. With `pairIsEmpty` two double quotes are an empty one.
+    /// Adds values that are separated by commas and blanks. With `pairIsEmpty`, two double quotes are an empty value.
     void addAll(const char16_t* text, bool pairIsEmpty);
     void copyFrom(const CommandLineValues& other) { m_values = other.m_values; }
 
@@ -33,8 +33,8 @@ private:
     int m_position;
 };
 
-/// What the two generations of command-line parsers share: the grammar, the elements in their order, and what is known by
-/// name, with and without regard to case. Elements are made and filled by the core alone.
+/// Shared by the two generations of command-line parsers: the grammar, the elements in their order, and what is found
+/// by name, with and without regard to case. Only the core creates and fills elements.
 template <class Element, class Definition>
 class CommandLineCore {
 public:
@@ -51,7 +51,8 @@ public:
     const Reference<Element>& getParameter(int index) const;
     bool isPresent(const char16_t* name) const;
     Reference<Element> getOption(const char16_t* name) const;
-    /// As above, and throws Exception where there is none. It stays with this object: nothing replaces it within a call.
+    /// As above, but throws Exception if there is none. This object keeps owning it, so it is valid until the next
+    /// call.
     const Element& getExisting(const char16_t* name) const;
     Reference<Definition> getDefinition(const String& name) const;
 
@@ -60,7 +61,7 @@ private:
         bool ignoresCase;
         bool operator()(const String& left, const String& right) const { return left.compare(right, ignoresCase) < 0; }
     };
-    /// What is known by name, in one way of telling names apart.
+    /// What is found by name, in one way of comparing names.
     struct Names {
         explicit Names(bool ignoresCase);
 
@@ -77,8 +78,8 @@ private:
     bool m_ignoresCase = false;
 };
 
-/// The arguments as one command line, each in the default encoding, with quotes around one that has a blank in it. Bytes
-/// that are no text there become U+FFFD.
+/// Joins the arguments, which are in the default encoding, to one command line. An argument with a blank in it gets
+/// quotes. Bytes that are invalid in it become U+FFFD.
 VX_API String joinArguments(int count, char** const arguments);
 
 } // namespace vx::util::detail

@@ -43,11 +43,11 @@ void CommandLineCore<Element, Definition>::parse(
     std::u16string_view text, const char16_t* switchChars, bool pairIsEmpty)
 {
     constexpr const char16_t* BETWEEN = u" ";
-    // The end of a text counts as one, and so does an empty token.
+    // The end of a text is treated as a switch, and so is an empty token.
     const auto isSwitch = [switchChars](char16_t unit) { return VXStrChrW(switchChars, unit) != nullptr; };
 
     reset();
-    std::u16string copy(text.substr(0, text.find(u'\0'))); // to be cut up
+    std::u16string copy(text.substr(0, text.find(u'\0'))); // the reader writes into it
     TokenReader tokens(copy.data(), pairIsEmpty);
     while (char16_t* token = tokens.next(BETWEEN)) {
         const int position = getElementCount();

@@ -29,7 +29,7 @@ std::string_view trim(std::string_view text)
     return text.substr(first, text.find_last_not_of(TRIMMED) + 1 - first);
 }
 
-/// One piece of the file after the other: a line, or as much of it as a line may have.
+/// Reads the file piece by piece. A piece is a line, or a part of a line that is too long.
 class LineReader {
 public:
     explicit LineReader(std::string_view bytes)
@@ -37,7 +37,7 @@ public:
     {
     }
 
-    /// Without what stands behind a zero byte.
+    /// The next piece, up to a zero byte.
     std::optional<std::string_view> next()
     {
         if (m_rest.empty())
@@ -73,7 +73,7 @@ public:
             try {
                 m_converter->convert(
                     source, &done, size, m_units.data(), &length, static_cast<std::int32_t>(m_units.size()));
-            } catch (const InvalidCharacterException&) { // the position tells where
+            } catch (const InvalidCharacterException&) { // the position tells where it is
             }
             if (done == size)
                 break;
@@ -125,7 +125,7 @@ private:
     Reference<CharToByteConverter> m_converter;
 };
 
-/// Adds at the end where it belongs there, as in a file that was printed here.
+/// Adds at the end if that is the right place, as it is in a file that this library wrote.
 template <class Map>
 typename Map::mapped_type& place(Map& map, String&& name)
 {

@@ -7,10 +7,10 @@
 
 namespace vx::util::detail {
 
-/// Reads up to the first line that makes no sense. Bytes that are no text in their encoding become U+FFFD.
+/// Reads up to the first line that is not valid. Bytes that are invalid in their encoding become U+FFFD.
 IniSets parseIniText(std::string_view bytes);
 
-/// In the default encoding. What has no place in it becomes "?".
+/// In the default encoding. Characters that it does not have become "?".
 std::string printIniText(const IniSets& sets);
 
 } // namespace vx::util::detail

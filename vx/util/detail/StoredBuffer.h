@@ -74,7 +74,7 @@ protected:
 private:
     friend class vx::detail::PlainBuffer;
 
-    /// Tells storage at a given place from text to copy.
+    /// Distinguishes storage at a given place from text to copy.
     struct Placed { };
 
     RWBuffer(Placed, Unit* place, int units) noexcept;

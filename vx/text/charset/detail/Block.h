@@ -13,18 +13,18 @@
 #include <emmintrin.h>
 #include <tmmintrin.h>
 
-/// A function that is called only where `hasShuffle` says so.
+/// For functions that are called only if `hasShuffle` returns true.
 #define VX_USES_SHUFFLE __attribute__((target("ssse3")))
 
 namespace vx::text::charset::detail {
 
 inline constexpr std::ptrdiff_t BLOCK = 16;
 
-/// Which byte of a block goes where; EMPTY clears the place.
+/// For each byte of the result, the byte of the block that it comes from; EMPTY makes it 0.
 using Shuffle = std::array<std::uint8_t, BLOCK>;
 inline constexpr std::uint8_t EMPTY = 0x80;
 
-/// SSE2 is there, but shuffling bytes by a table came with SSSE3.
+/// Every x86-64 processor has SSE2, but shuffling bytes by a table needs SSSE3.
 inline bool hasShuffle() noexcept
 {
     static const bool has = [] {
@@ -81,14 +81,14 @@ inline __m128i choose(__m128i lanes, __m128i yes, __m128i no) noexcept
     return _mm_or_si128(_mm_and_si128(lanes, yes), _mm_andnot_si128(lanes, no));
 }
 
-/// The lanes of 16 bits in which `block` has exactly the bits `value` of `mask`.
+/// The lanes of 16 bits in which the bits of `mask` are those of `value`.
 inline __m128i has16(__m128i block, int mask, int value) noexcept
 {
     return _mm_cmpeq_epi16(
         _mm_and_si128(block, _mm_set1_epi16(static_cast<short>(mask))), _mm_set1_epi16(static_cast<short>(value)));
 }
 
-/// A bit for each lane of 8, 16 or 32 bits: the highest of its own. Those of 16 bits are all ones or none.
+/// One bit for each lane of 8, 16 or 32 bits: its highest bit. Lanes of 16 bits are all ones or all zeros.
 inline unsigned lanes8(__m128i block) noexcept
 {
     return static_cast<unsigned>(_mm_movemask_epi8(block));

@@ -9,7 +9,7 @@ namespace vx::text::charset::detail {
 using vx::detail::loadNumber;
 using vx::detail::storeNumber;
 
-/// Whether bytes of either order are swapped on their way into a number of this machine.
+/// Whether bytes in either order must be swapped to become a number of this machine.
 inline constexpr bool SWAPS_BIG = std::endian::native == std::endian::little;
 inline constexpr bool SWAPS_LITTLE = !SWAPS_BIG;
 

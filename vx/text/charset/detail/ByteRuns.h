@@ -10,12 +10,12 @@
 
 namespace vx::text::charset::detail {
 
-/// Which bytes of an encoding are the characters of their own value.
+/// Which bytes of an encoding mean the character of the same value.
 enum class Itself {
     NONE,
     ASCII,
     ALL,
-    ALL_BUT_C1, ///< without 0x80 to 0x9F
+    ALL_BUT_C1, ///< except 0x80 to 0x9F
 };
 
 template <Itself itself>
@@ -33,7 +33,7 @@ constexpr bool isItself(std::uint32_t value) noexcept
 
 #if VX_VECTOR_PATHS
 
-/// A bit for each byte of which the above holds.
+/// One bit for each byte for which that is true.
 template <Itself itself>
 unsigned bytesThemselves(__m128i bytes) noexcept
 {
@@ -45,7 +45,7 @@ unsigned bytesThemselves(__m128i bytes) noexcept
         return lanes8(_mm_cmplt_epi8(bytes, _mm_set1_epi8(-0x60))) ^ 0xFFFF;
 }
 
-/// The lanes of 16 bits of which the above holds.
+/// The lanes of 16 bits for which that is true.
 template <Itself itself>
 __m128i unitsThemselves(__m128i units) noexcept
 {
@@ -59,7 +59,7 @@ __m128i unitsThemselves(__m128i units) noexcept
 
 #endif
 
-/// What a decoder of ASCII gives for a byte.
+/// The character of a byte in ASCII.
 constexpr char16_t asciiCharacter(signed char byte) noexcept
 {
     return byte >= 0 ? static_cast<char16_t>(byte) : REPLACEMENT;
@@ -67,7 +67,7 @@ constexpr char16_t asciiCharacter(signed char byte) noexcept
 
 #if VX_VECTOR_PATHS
 
-/// The 16 bytes at `in`, or 8 of them with zeros behind.
+/// The 16 bytes at `in`, or 8 of them followed by zeros.
 template <std::ptrdiff_t size>
 __m128i loadBytes(const signed char* in) noexcept
 {
@@ -77,8 +77,8 @@ __m128i loadBytes(const signed char* in) noexcept
         return loadBlock(in);
 }
 
-/// Decodes as many times `size` bytes as there are up to `count`, but stops at the first one without a character and
-/// says false. `size` is 8 or up to 64.
+/// Decodes pieces of `size` bytes up to `count`. Stops at the first byte without a character and returns false. `size`
+/// is 8, or a multiple of 16 up to 64.
 template <Itself itself, std::ptrdiff_t size, class CharacterOf>
 bool decodeStretches(const signed char* in, char16_t* out, std::ptrdiff_t count, std::ptrdiff_t& done,
     const CharacterOf& characterOf) noexcept
@@ -108,15 +108,15 @@ bool decodeStretches(const signed char* in, char16_t* out, std::ptrdiff_t count,
 
 #endif
 
-/// Decodes bytes up to the first one that `characterOf` has no character for, or `count`. Returns how many. Of `out`, all
-/// `count` units may be written.
+/// Decodes bytes up to `count`, or up to the first one for which `characterOf` has no character. Returns how many. All
+/// `count` units of `out` may be written.
 template <Itself itself, class CharacterOf>
 std::ptrdiff_t decodeRun(
     const signed char* in, char16_t* out, std::ptrdiff_t count, const CharacterOf& characterOf) noexcept
 {
     std::ptrdiff_t done = 0;
 #if VX_VECTOR_PATHS
-    // The fewer ends of loops, the fewer wrong guesses of the processor.
+    // Fewer loop ends mean fewer mispredicted branches.
     if (!decodeStretches<itself, 4 * BLOCK>(in, out, count, done, characterOf)
         || !decodeStretches<itself, BLOCK>(in, out, count, done, characterOf)
         || !decodeStretches<itself, BLOCK / 2>(in, out, count, done, characterOf))
@@ -131,8 +131,8 @@ std::ptrdiff_t decodeRun(
     return done;
 }
 
-/// Narrows units whose bytes are themselves, up to the first other one or `count`. Returns how many. Of `out`, all `count`
-/// bytes may be written.
+/// Converts units to bytes of the same value, up to `count` or the first unit that has no such byte. Returns how many.
+/// All `count` bytes of `out` may be written.
 template <Itself itself>
 std::ptrdiff_t narrowRun(const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
 {

@@ -2,7 +2,7 @@
 
 namespace vx::text::charset::detail {
 
-/// What the start of the library does for encodings, once its classes are registered, and its stop before they go.
+/// Called when the library starts, after its classes are registered, and when it stops, before they are removed.
 void registerCodecs();
 void buildEncInfo();
 void freeEncInfo() noexcept;

@@ -5,7 +5,7 @@
 
 namespace vx::text::charset::detail {
 
-/// A name of an encoding that this library has classes for.
+/// A name of an encoding for which the library has classes.
 struct CodecRow {
     const char16_t* name;
     std::uint32_t codePage; ///< 0: none
@@ -14,7 +14,7 @@ struct CodecRow {
     const char16_t* decoderClass;
 };
 
-/// An encoding that a component must supply.
+/// An encoding that needs a component.
 struct CodePageRow {
     const char16_t* name;
     std::uint32_t codePage;

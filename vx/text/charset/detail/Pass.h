@@ -7,8 +7,8 @@
 
 namespace vx::text::charset::detail {
 
-/// One call of `convert` as a pair of walks. `in` and `out` are moved over whole characters only; however the call is
-/// left, also by an exception, the caller's positions then stand where they stopped.
+/// The two positions of one call of `convert`. `in` and `out` advance over whole characters only. At the end of the
+/// call, also by an exception, the caller's positions are set to them.
 template <class In, class Out>
 class Pass {
 public:
@@ -56,7 +56,7 @@ public:
 using Decoding = Pass<signed char, char16_t>;
 using Encoding = Pass<char16_t, signed char>;
 
-/// Stores a supplementary character as its surrogate pair. False: no room.
+/// Stores a supplementary character as its surrogate pair. Returns false if there is no room.
 inline bool storePair(Decoding& pass, std::uint32_t value) noexcept
 {
     if (pass.room() < 2)

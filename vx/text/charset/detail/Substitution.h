@@ -8,8 +8,8 @@ namespace vx::text::charset::detail {
 
 inline constexpr const char16_t* LEAD_WITHOUT_TRAIL = u"leading surrogate without trailing";
 
-/// What a UTF decoder stores for a value above the last code point. False: no room, and one unit more than the
-/// characters need must be free.
+/// Stores the substitution of a UTF decoder for a value above the last code point. Returns false if there is no room
+/// for it and one more unit.
 template <class Pass, class Unit>
 bool storeSubstitution(Pass& pass, bool mode, const Unit* units, int length)
 {
@@ -27,7 +27,7 @@ inline void throwIfHeld(char16_t lead)
         throw InvalidCharacterException(LEAD_WITHOUT_TRAIL);
 }
 
-/// The answer of `getSubstitution...`.
+/// Implements `getSubstitution...`.
 template <class Unit>
 int copySubstitution(const Unit* held, int heldLength, Unit* target, int length) noexcept
 {
@@ -38,7 +38,7 @@ int copySubstitution(const Unit* held, int heldLength, Unit* target, int length)
     return count;
 }
 
-/// Takes at most what fits into `held`; the length is the number taken.
+/// Copies as much as fits into `held`. The length becomes the number copied.
 template <class Unit, std::size_t size>
 int takeSubstitution(Unit (&held)[size], const Unit* units, int length) noexcept
 {

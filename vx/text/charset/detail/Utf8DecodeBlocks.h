@@ -6,7 +6,7 @@
 
 namespace vx::text::charset::detail {
 
-/// `decodePlain` looks at no less.
+/// `decodePlain` needs at least this many bytes.
 inline constexpr std::ptrdiff_t PLAIN_BYTES = 80;
 
 } // namespace vx::text::charset::detail
@@ -18,23 +18,23 @@ inline constexpr std::ptrdiff_t PLAIN_BYTES = 80;
 
 namespace vx::text::charset::detail {
 
-// After Lemire and Muła, "Transcoding billions of Unicode characters per second with SIMD instructions" (2022): where the
-// characters end is found for 64 bytes at once, as bits. Twelve of these bits tell how to shuffle the next bytes so that
-// each character has a lane of its own.
+// After Lemire and Muła, "Transcoding billions of Unicode characters per second with SIMD instructions" (2022): the
+// ends of characters are found for 64 bytes at once, as bits. Twelve of these bits select how the next bytes are
+// shuffled, so that each character gets its own lane.
 
 inline constexpr int WINDOW = 64;
-inline constexpr int LOOKED_AT = 12; ///< bits of a step
+inline constexpr int LOOKED_AT = 12; ///< bits that a step uses
 static_assert(PLAIN_BYTES == WINDOW + BLOCK); // a step near the end of the window loads a whole block
 
-/// Steps decode up to eight characters of up to two bytes, or four of up to three, or three of up to four. Their shuffles
-/// are numbered by the lengths of the characters, as digits, the first one lowest. A lane behind those taken does not
-/// matter: what it stores is overwritten.
+/// Steps decode up to eight characters of up to two bytes, or four of up to three, or three of up to four. The number
+/// of a shuffle has the lengths of the characters as its digits, the first one lowest. Lanes after the characters do
+/// not matter: what they store is overwritten.
 struct StepKind {
-    unsigned first; ///< number of its first shuffle
-    unsigned last; ///< and of the one behind its last
+    unsigned first; ///< the number of its first shuffle
+    unsigned last; ///< and of the one after its last
     unsigned characters;
     unsigned longest;
-    unsigned lane; ///< bytes that a shuffle gives to each
+    unsigned lane; ///< bytes that a shuffle gives to each character
 };
 inline constexpr StepKind PAIRS {0, 256, 8, 2, 2};
 inline constexpr StepKind TRIPLES {256, 337, 4, 3, 4};
@@ -42,11 +42,11 @@ inline constexpr StepKind QUADS {337, 401, 3, 4, 4};
 
 struct Step {
     std::uint16_t shuffle;
-    std::uint8_t bytes; ///< it takes so many
+    std::uint8_t bytes; ///< how many bytes it reads
     std::uint8_t characters;
 };
 
-/// The step for `kind`, up to a character that is too long for it or ends too late. Bit i of `ends` is set where a
+/// The step of `kind`, up to a character that is too long for it or ends too late. Bit i of `ends` is set if a
 /// character ends with byte i.
 constexpr Step stepOf(const StepKind& kind, unsigned ends)
 {
@@ -75,7 +75,7 @@ inline constexpr auto STEPS = [] {
     return steps;
 }();
 
-/// Each character goes to a lane of its own, its last byte first.
+/// Moves each character to its own lane, its last byte first.
 inline constexpr auto DECODE_SHUFFLES = [] {
     std::array<Shuffle, QUADS.last> shuffles {};
     for (const StepKind& kind : {PAIRS, TRIPLES, QUADS}) {
@@ -94,7 +94,7 @@ inline constexpr auto DECODE_SHUFFLES = [] {
     return shuffles;
 }();
 
-/// For the lanes of 32 bits that hold a pair of units, as bits, how three lanes become units one behind the other.
+/// How three lanes of 32 bits become adjacent units, by the bits of the lanes that hold a pair.
 inline constexpr auto DECODE_PACKS = [] {
     std::array<Shuffle, 8> packs {};
     for (unsigned pairs = 0; pairs < packs.size(); ++pairs) {
@@ -112,7 +112,7 @@ inline constexpr auto DECODE_PACKS = [] {
 inline constexpr Shuffle DECODE_PACK_UNITS {
     0, 1, 4, 5, 8, 9, 12, 13, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY, EMPTY};
 
-/// 64 bytes, and what is true of them: as bits, one for each, or of any.
+/// 64 bytes with tests: some return one bit for each byte, others whether any byte passes.
 class Window {
 public:
     explicit Window(const signed char* bytes) noexcept
@@ -166,7 +166,8 @@ private:
     __m128i m_blocks[4];
 };
 
-/// Whether all sequences but one that the end cuts are well-formed. Overlong forms of three bytes are taken as such.
+/// Whether all sequences are well-formed, apart from one that is incomplete at the end. Overlong forms of three bytes
+/// are accepted.
 inline bool isPlain(const Window& window, std::uint64_t notAscii, std::uint64_t followers) noexcept
 {
     std::uint64_t expected = (notAscii & ~followers) << 1;
@@ -201,7 +202,7 @@ VX_USES_SHUFFLE inline void decodeTriples(__m128i lanes, char16_t* out) noexcept
 /// Three characters of up to four bytes. Returns how many of them are pairs of units.
 VX_USES_SHUFFLE inline unsigned decodeQuads(__m128i lanes, char16_t* out) noexcept
 {
-    // A first byte in the third place has a bit more than a follower has.
+    // A first byte in the third position has one bit more than a continuation byte.
     const __m128i third = _mm_xor_si128(bits32<4>(lanes, 0x3F000), bits32<5>(lanes, 0x20000));
     const __m128i values = either(bits32<0>(lanes, 0x7F), bits32<2>(lanes, 0xFC0), third, bits32<6>(lanes, 0x1C0000));
     const __m128i isPair = _mm_cmpgt_epi32(values, _mm_set1_epi32(0xFFFF));
@@ -213,7 +214,7 @@ VX_USES_SHUFFLE inline unsigned decodeQuads(__m128i lanes, char16_t* out) noexce
     return (isPairBits & 1) + (isPairBits >> 1 & 1) + (isPairBits >> 2);
 }
 
-/// Decodes up to a window with a fault, or near an end.
+/// Decodes until a window has a fault, or near an end.
 VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
 {
     const signed char* in = pass.in;
@@ -232,7 +233,7 @@ VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
             break;
         const std::uint64_t ends = ~followers >> 1;
         int at = 0;
-        while (at < WINDOW - LOOKED_AT) { // the byte behind what a step looks at tells that a character ends
+        while (at < WINDOW - LOOKED_AT) { // the byte after those of a step shows that a character ends
             const __m128i bytes = loadBlock(in + at);
             if (at <= WINDOW - BLOCK && (notAscii >> at & 0xFFFF) == 0) {
                 storeWidened(out, bytes);
@@ -263,7 +264,7 @@ VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
 
 namespace vx::text::charset::detail {
 
-/// Decodes what needs no second look, as far as this processor can.
+/// Decodes well-formed text with vector instructions, as far as this processor has them.
 inline void decodePlain([[maybe_unused]] Decoding& pass) noexcept
 {
 #if VX_VECTOR_PATHS

@@ -11,12 +11,12 @@
 
 namespace vx::text::charset::detail {
 
-// Each unit becomes a lane of bytes, and the lanes are packed by a shuffle. Of a surrogate pair either unit gives two of
-// the four bytes, so that no unit has more than three.
+// Each unit becomes a lane of bytes, and the lanes are packed by a shuffle. Each unit of a surrogate pair becomes two
+// of the four bytes, so that no unit has more than three.
 
 struct Packing {
     Shuffle shuffle;
-    std::uint8_t length; ///< bytes that are left
+    std::uint8_t length; ///< bytes that are kept
 };
 
 /// For lanes of `laneBytes` of which the first `lengthOf(lane)` bytes are kept.
@@ -40,7 +40,7 @@ inline constexpr auto ENCODE_PAIRS = [] {
     return packings;
 }();
 
-/// Four lanes of one to three bytes, by the bits of those with one, and behind them the bits of those with three.
+/// Four lanes of one to three bytes, by the bits of those with one, followed by the bits of those with three.
 inline constexpr auto ENCODE_TRIPLES = [] {
     std::array<Packing, 256> packings {};
     for (unsigned bits = 0; bits < packings.size(); ++bits) {
@@ -55,7 +55,7 @@ inline __m128i encodePairs(__m128i units) noexcept
     return either(bits16<6>(units, 0x1F), bits16<-8>(units, 0x3F00), _mm_set1_epi16(static_cast<short>(0x80C0)));
 }
 
-/// The same of surrogates. A trailing one takes two bits of the unit before it.
+/// The same for surrogates. A trailing one includes two bits of the unit before it.
 inline __m128i encodeSurrogates(__m128i units, __m128i before, __m128i isLead) noexcept
 {
     const __m128i values = _mm_add_epi16(bits16<0>(units, 0x3FF), _mm_set1_epi16(0x40));
@@ -79,7 +79,7 @@ VX_USES_SHUFFLE inline signed char* storePacked(signed char* out, __m128i lanes,
     return out + packing.length;
 }
 
-/// Stores a block of units below 0x80 as bytes. False, and nothing stored: there are others among them.
+/// Stores a block of units below 0x80 as bytes. If there are others, returns false and stores nothing.
 inline bool storePlain(signed char* out, const char16_t* in) noexcept
 {
     const __m128i units = loadBlock(in);
@@ -90,13 +90,13 @@ inline bool storePlain(signed char* out, const char16_t* in) noexcept
     return isPlain;
 }
 
-/// Encodes up to a surrogate out of place or near an end.
+/// Encodes until there is a lone surrogate, or near an end.
 VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
 {
     const __m128i zero = _mm_setzero_si128();
     const char16_t* in = pass.in;
     signed char* out = pass.out;
-    unsigned open = 0; // 1: the unit before is a lead, of which the first two bytes are stored
+    unsigned open = 0; // 1: the unit before is a lead, whose first two bytes are stored
     while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 2 * BLOCK) {
         if (open == 0) {
             const std::ptrdiff_t most = std::min(pass.inEnd - in, pass.outEnd - out - BLOCK);
@@ -118,7 +118,7 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
         if ((surrogates | open) != 0) {
             const __m128i isLead = has16(units, 0xFC00, 0xD800);
             const unsigned leads = lanes16(isLead);
-            const unsigned trails = (leads << 1 | open) & 0xFF; // those that must follow
+            const unsigned trails = (leads << 1 | open) & 0xFF; // units that must be trailing surrogates
             if (surrogates != (leads | trails) || (leads & trails) != 0)
                 break;
             const __m128i before = _mm_insert_epi16(_mm_slli_si128(units, 2), in[-static_cast<int>(open)], 0);
@@ -139,7 +139,7 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
         }
         in += 8;
     }
-    // What is left of plain text is encoded together with some of what was before it, which gives the same bytes again.
+    // The rest of plain text is encoded together with some units before it, for which the same bytes are stored again.
     const std::ptrdiff_t left = pass.inEnd - in;
     if (left > 0 && left < BLOCK && in - pass.in >= BLOCK - left && pass.outEnd - out >= left && open == 0) {
         if (storePlain(out + left - BLOCK, pass.inEnd - BLOCK)) {
@@ -159,7 +159,7 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
 
 namespace vx::text::charset::detail {
 
-/// Encodes what needs no second look, as far as this processor can.
+/// Encodes text without lone surrogates with vector instructions, as far as this processor has them.
 inline void encodePlain([[maybe_unused]] Encoding& pass) noexcept
 {
 #if VX_VECTOR_PATHS
