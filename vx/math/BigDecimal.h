@@ -88,6 +88,8 @@ private:
 
     template <class Integer>
     BigDecimal& setInteger(Integer value);
+    /// Adds or subtracts, after both have the greater scale.
+    void combine(const BigDecimal& other, void (BigInteger::*operation)(const BigInteger&));
     /// Without zero bytes at the top, which callers may have written through `getData`.
     std::int64_t bitCount() const;
     int sign() const;
