@@ -5,11 +5,11 @@
 
 #include <cstdint>
 
-// What the component libraries here share.
+// Shared by the component libraries.
 
 namespace vx::components {
 
-/// The row of a class whose objects `make` makes.
+/// The row of a class whose objects `make` creates.
 template <auto make>
 vorb::ClassData makerRow(const _GUID& classId, vorb::TextFunction progId, vorb::TextFunction description)
 {
@@ -17,7 +17,7 @@ vorb::ClassData makerRow(const _GUID& classId, vorb::TextFunction progId, vorb::
         ComObject::GetComVersionIndependentProgID, nullptr};
 }
 
-/// The folder of the library that `address` lies in. Throws Exception where the system does not tell.
+/// The folder of the library that contains `address`. Throws Exception if the system does not know it.
 String libraryFolder(const void* address);
 
 } // namespace vx::components

@@ -10,7 +10,7 @@ namespace vx::components {
 
 namespace {
 
-/// A bundle with its file in the folder "texts" beside this library.
+/// A bundle whose file is in the folder "texts" beside this library.
 struct Bundle {
     const char16_t* progId;
     const char16_t* description;

@@ -9,7 +9,7 @@ namespace vx::components {
 
 namespace {
 
-/// `text` with what stands behind each backslash in the place of both.
+/// `text` with each backslash and the character after it replaced by what they mean.
 String unescape(const String& text)
 {
     String plain;

@@ -5,12 +5,12 @@
 
 namespace vx::components {
 
-/// An encoding of this library.
+/// An encoding in this library.
 struct CodePage {
     const char16_t* progId;
     const char16_t* name;
-    const char* systemName; ///< what the system's converter calls it; null: by a table of our own
-    std::uint16_t number; ///< tells its class identifier
+    const char* systemName; ///< its name in the system's converter; null if this library has a table for it
+    std::uint16_t number; ///< part of its class identifier
     std::int32_t maxBytesPerChar;
 };
 

@@ -19,7 +19,7 @@ namespace {
 constexpr std::uint32_t REPLACEMENT = 0xFFFD;
 constexpr int MOST_BYTES = 8;
 
-/// A conversion of the system's, which is brought back to its start behind each character.
+/// A conversion of the system, which is reset after each character.
 class Conversion {
 public:
     Conversion(const char* to, const char* from)
@@ -44,7 +44,8 @@ public:
         auto outLeft = static_cast<std::size_t>(room);
         const bool failed = ::iconv(m_handle, &in, &inLeft, &target, &outLeft) == static_cast<std::size_t>(-1);
         const bool needsMore = failed && errno == EINVAL;
-        ::iconv(m_handle, nullptr, nullptr, &target, &outLeft); // some hold a letter back for what may join it
+        ::iconv(
+            m_handle, nullptr, nullptr, &target, &outLeft); // some keep a letter until they know that no mark follows
         return {length - static_cast<int>(inLeft), room - static_cast<int>(outLeft), needsMore};
     }
 
@@ -52,7 +53,7 @@ private:
     iconv_t m_handle;
 };
 
-/// Over the system's converter.
+/// A codec that uses the system's converter.
 class SystemCodec final : public Codec {
 public:
     explicit SystemCodec(const CodePage& codePage)
@@ -75,7 +76,7 @@ private:
                 codePoint = static_cast<std::uint32_t>(unit[0]) << 24 | unit[1] << 16 | unit[2] << 8 | unit[3];
                 return count;
             }
-            if (!outcome.needsMore) // ASCII behind a byte that begins nothing is a character of its own
+            if (!outcome.needsMore) // ASCII after an invalid first byte is a separate character
                 return count > 1 && bytes[count - 1] >= 0 ? count - 1 : count;
         }
         return length < m_mostBytes ? 0 : most;
@@ -92,10 +93,10 @@ private:
 
     Conversion m_decoding;
     Conversion m_encoding;
-    const int m_mostBytes; ///< of a character in the input, where joined letters come one by one
+    const int m_mostBytes; ///< of a character in the input, where letters and marks are separate
 };
 
-/// One byte a character, of which those below 0x80 are ASCII.
+/// A codec with one byte for a character. Bytes below 0x80 are ASCII.
 class TableCodec final : public Codec {
 public:
     TableCodec(const CodePage& codePage, const char16_t (&upper)[128]) noexcept

@@ -7,7 +7,7 @@
 
 namespace vx::components {
 
-/// What the codecs here share: they say what they are by the row of their code page.
+/// Base of the codecs: describes a codec by the row of its code page.
 class Codec : public Object, public IVXCharCodec {
 public:
     VX_OBJECT_UNKNOWN(Object)
@@ -28,16 +28,16 @@ protected:
     const CodePage& page() const noexcept { return m_page; }
 
 private:
-    /// The bytes of the first character or unmapped sequence, 0 where it needs more than `length`; `codePoint` is U+FFFD
-    /// at the start.
+    /// Returns the bytes of the first character or unmapped sequence, 0 if it needs more than `length`. `codePoint` is
+    /// U+FFFD before the call.
     virtual int decode(const signed char* bytes, int length, std::uint32_t& codePoint) = 0;
-    /// The number of bytes written, at most 8, or 0 for a character without a mapping.
+    /// Returns the number of bytes written, at most 8, or 0 for a character without a mapping.
     virtual int encode(std::uint32_t codePoint, char* bytes) = 0;
 
     const CodePage& m_page;
 };
 
-/// A codec with count 0. Throws Exception where the system does not know the encoding.
+/// A codec with reference count 0. Throws Exception if the system does not know the encoding.
 Codec* makeCodec(const CodePage& page);
 
 } // namespace vx::components

@@ -25,7 +25,7 @@ namespace vx::components {
 
 namespace {
 
-/// What the properties say.
+/// The values of the properties.
 struct Settings {
     explicit Settings(const util::PropertySet& properties)
         : host(hostOf(properties))
@@ -44,12 +44,12 @@ private:
         if (!properties.hasProperty(u"host"))
             return u"127.0.0.1";
         const String host = properties.get(u"host");
-        if (host.indexOf(u'\0') >= 0) // the system would look up what stands before it
+        if (host.indexOf(u'\0') >= 0) // the system would look up only the text before it
             throw ResultException(RESULT_INVALID_ARGUMENT, u"no name of a host: " + host);
         return host;
     }
 
-    /// 0 for one that is not there.
+    /// 0 for a missing property.
     static std::int32_t numberOf(const util::PropertySet& properties, const char16_t* key, std::int32_t most)
     {
         if (!properties.hasProperty(key))
@@ -69,14 +69,14 @@ void check(ENUM_VX_E_SOCKET result)
     throwIfFailed(result);
 }
 
-/// The last error of the sockets; a wait that was long enough is one of them.
+/// The last socket error; a wait that took too long is one of them.
 ENUM_VX_E_SOCKET lastFailure()
 {
     const bool hasTimedOut = errno == EAGAIN || errno == EINPROGRESS;
     return hasTimedOut ? VX_E_SOCKET_ETIMEDOUT : VX_E_SOCKETFromNativeSocketError(VXLastNativeSocketError());
 }
 
-/// Limits each wait for the peer: for the connection, for room to send, for something to receive.
+/// Limits each wait for the peer: for the connection, for room to send, for data to receive.
 void limitWaits(const net::TcpSocketHandle& socket, int milliseconds)
 {
     constexpr int SECOND = 1000;
@@ -87,10 +87,10 @@ void limitWaits(const net::TcpSocketHandle& socket, int milliseconds)
     }
 }
 
-/// Limits one call that waits, with the signals that interrupt it: the call itself would begin to wait anew after each.
+/// Limits the total time of one call that waits. Without it, the call would start its wait again after each signal.
 class Wait {
 public:
-    /// 0 milliseconds is for ever.
+    /// 0 milliseconds means without a limit.
     explicit Wait(int milliseconds)
         : m_hasEnd(milliseconds > 0)
         , m_end(Clock::now() + std::chrono::milliseconds(milliseconds))
@@ -168,7 +168,7 @@ public:
             const ssize_t sent = ::send(socket, bytes, static_cast<std::size_t>(length), MSG_NOSIGNAL);
             if (sent < 0 && (errno != EINTR || !wait.isReady(socket, POLLOUT)))
                 throwResult(lastFailure());
-            if (sent > 0) { // less than all after a signal, or if the wait for more room was long enough
+            if (sent > 0) { // less than all after a signal, or if the wait for more room took too long
                 bytes += sent;
                 length -= static_cast<std::int32_t>(sent);
                 wait = Wait(m_timeout);
@@ -195,7 +195,7 @@ unsigned int lengthOf(const vx_sockaddr_union& address)
     return address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
 }
 
-/// `connect`, whose attempt goes on when a signal interrupts the call.
+/// `connect`. If a signal interrupts the call, the attempt continues, and this function waits for it.
 bool hasConnected(int socket, const vx_sockaddr_union& address, int timeout)
 {
     const Wait wait(timeout);
@@ -211,7 +211,7 @@ bool hasConnected(int socket, const vx_sockaddr_union& address, int timeout)
     return error == 0;
 }
 
-/// A connection to the first address that takes one.
+/// A connection to the first address that accepts one.
 Reference<net::TcpSocketHandle> connectTo(const Settings& settings)
 {
     const std::string host = settings.host.toUtf8();
@@ -243,7 +243,7 @@ unsigned short& portOf(vx_sockaddr_union& address)
     return address.generic.sa_family == AF_INET6 ? address.in6.sin6_port : address.in4.sin_port;
 }
 
-/// A port of `host` that is free at this moment: the system picks it for a socket that goes again.
+/// A port of `host` that is free at this moment. The system chooses it for a socket that is closed again.
 unsigned short pickPort(const String& host)
 {
     vx_sockaddr_union address {};
@@ -268,7 +268,7 @@ public:
         , m_timeout(settings.timeout)
     {
         ENUM_VX_E_SOCKET result = listen(settings.host);
-        // Somebody may take a picked port first.
+        // Another process may take the chosen port first.
         for (int attempt = 1; settings.port == 0 && result == VX_E_SOCKET_EADDRINUSE && attempt < 16; ++attempt)
             result = listen(settings.host);
         check(result);
@@ -287,7 +287,7 @@ public:
     {
         constexpr unsigned int NONE = ~0U;
         unsigned int socket = NONE;
-        while (socket == NONE) { // a connection may be gone before it is taken, and a signal is no failure
+        while (socket == NONE) { // a connection may end before it is accepted, and a signal is no failure
             if (const ENUM_VX_E_SOCKET result = m_server->accept(&socket); result != VX_E_SOCKET_EINTR)
                 check(result);
         }
@@ -363,7 +363,7 @@ Reference<net::IAcceptor> TcpTransport::createAcceptor(const util::PropertySet& 
 {
     const Settings settings(properties);
     const Reference<Acceptor> acceptor(new Acceptor(settings));
-    if (settings.port == 0) // the component's set is the caller's, and it may be told
+    if (settings.port == 0) // the set belongs to the caller, who reads the port from it
         const_cast<util::PropertySet&>(properties).set(u"port", String::valueOf(int {acceptor->port()}));
     return acceptor;
 }

@@ -6,16 +6,16 @@ namespace vx::components {
 
 /// Channels over TCP. The properties:
 ///
-/// - "host": where to connect or to listen; 127.0.0.1 without it. An acceptor takes "*" for all addresses.
-/// - "port": a number. An acceptor with 0 or without one picks a port and puts it into the set.
-/// - "timeout": milliseconds that a read waits for its first byte, a write whenever the peer takes nothing, and connecting
-///   for each address of the host; for ever without it or with 0. The result is VX_E_SOCKET_ETIMEDOUT then. Behind a read
-///   the connection is as it was; behind a write nobody knows how much has gone. Looking up a name takes the time that the
-///   system gives it, and accepting has no limit: a server waits for clients as long as it lives, and with "timeout" it
-///   limits what each of them may keep it waiting.
+/// - "host": where to connect or to listen; 127.0.0.1 without it. For an acceptor, "*" means all addresses.
+/// - "port": a number. An acceptor with 0 or without a port chooses one and stores it in the set.
+/// - "timeout": milliseconds. It limits how long a read waits for its first byte, a write for each time that the peer
+///   accepts nothing, and connecting for each address of the host. Without it, or with 0, there is no limit. After a
+///   time-out the result is VX_E_SOCKET_ETIMEDOUT. A read leaves the connection as it was; after a write it is not known
+///   how much was sent. The look-up of a name takes as long as the system allows. `accept` has no limit: a server waits
+///   for clients as long as it runs, and "timeout" limits how long each client can make it wait.
 ///
-/// A property that makes no sense throws Exception. What an acceptor and a connector throw is turned into results here, as
-/// the callers are components.
+/// An invalid property throws Exception. Exceptions of acceptors and connectors become result codes here, because their
+/// callers are components.
 class TcpTransport final : public net::vorb::AbstractTransport {
 public:
     // IVXTransport

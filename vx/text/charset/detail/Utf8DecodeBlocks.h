@@ -137,15 +137,7 @@ public:
         return gather([&](__m128i block) { return _mm_cmpeq_epi8(block, bytes); });
     }
     /// Whether any byte is from `first` up to `last`, which are 0x80 or more.
-    bool hasAny(int first, int last) const noexcept
-    {
-        const __m128i firsts = _mm_set1_epi8(static_cast<char>(first));
-        const __m128i least
-            = _mm_min_epu8(_mm_min_epu8(_mm_sub_epi8(m_blocks[0], firsts), _mm_sub_epi8(m_blocks[1], firsts)),
-                _mm_min_epu8(_mm_sub_epi8(m_blocks[2], firsts), _mm_sub_epi8(m_blocks[3], firsts)));
-        const __m128i distance = _mm_set1_epi8(static_cast<char>(last - first));
-        return lanes8(_mm_cmpeq_epi8(_mm_min_epu8(least, distance), least)) != 0;
-    }
+    bool hasAny(int first, int last) const noexcept;
 
     void storeAscii(char16_t* out) const noexcept
     {
@@ -155,16 +147,29 @@ public:
 
 private:
     template <class Test>
-    std::uint64_t gather(Test&& test) const noexcept
-    {
-        std::uint64_t bits = 0;
-        for (int index = 0; index < 4; ++index)
-            bits |= std::uint64_t {lanes8(test(m_blocks[index]))} << index * BLOCK;
-        return bits;
-    }
+    std::uint64_t gather(Test&& test) const noexcept;
 
     __m128i m_blocks[4];
 };
+
+inline bool Window::hasAny(int first, int last) const noexcept
+{
+    const __m128i firsts = _mm_set1_epi8(static_cast<char>(first));
+    const __m128i least
+        = _mm_min_epu8(_mm_min_epu8(_mm_sub_epi8(m_blocks[0], firsts), _mm_sub_epi8(m_blocks[1], firsts)),
+            _mm_min_epu8(_mm_sub_epi8(m_blocks[2], firsts), _mm_sub_epi8(m_blocks[3], firsts)));
+    const __m128i distance = _mm_set1_epi8(static_cast<char>(last - first));
+    return lanes8(_mm_cmpeq_epi8(_mm_min_epu8(least, distance), least)) != 0;
+}
+
+template <class Test>
+std::uint64_t Window::gather(Test&& test) const noexcept
+{
+    std::uint64_t bits = 0;
+    for (int index = 0; index < 4; ++index)
+        bits |= std::uint64_t {lanes8(test(m_blocks[index]))} << index * BLOCK;
+    return bits;
+}
 
 /// Whether all sequences are well-formed, apart from one that is incomplete at the end. Overlong forms of three bytes
 /// are accepted.
