@@ -8,7 +8,7 @@ namespace vx::util {
 /// names; "/" is read as a backslash. A value class: it changes only by assignment.
 ///
 /// The root is "\", "C:", "C:\", "\\server\share" or "\\server\share\". If ".." components lead above the root, the
-/// root loses its backslash: "C:\a\..\..\b" is "C:..\b".
+/// root loses its backslash: `C:\a\..\..\b` is `C:..\b`.
 class VX_API FilePath : public Object {
 public:
     static constexpr char16_t dirDelim = u'\\';
