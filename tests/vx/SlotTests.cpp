@@ -13,11 +13,15 @@
 #include "vx/collections/vorb/List.h"
 #include "vx/collections/vorb/Map.h"
 #include "vx/crypto/MessageDigest.h"
-#include "vx/i18n/StringBundle.h"
+#include "vx/i18n/StringMapBundle.h"
+#include "vx/io/LockingChannel.h"
+#include "vx/io/ReadWriteChannel.h"
 #include "vx/log/AbstractLogWriter.h"
 #include "vx/log/Logger.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
+#include "vx/net/vorb/AbstractTransport.h"
+#include "vx/net/vorb/VorbTransport.h"
 #include "vx/util/Comparator.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/MTCharBuffer.h"
@@ -222,9 +226,12 @@ TEST(Slots, OfAViewTakeNoneOfTheClass)
 {
     expectEnds<ComObject, vorb::ClassFactory>(5);
     expectEnds<CVXAbstractConnector>(6);
-    expectEnds<Object, i18n::Locale>(OBJECT);
+    using namespace net::vorb;
+    expectEnds<Object, i18n::Locale, io::ReadWriteChannel, AbstractAcceptor, AbstractConnector, AbstractTransport,
+        VorbAcceptor, VorbConnector, VorbTransport>(OBJECT);
+    expectEnds<io::LockingChannel>(slotsOf<sync::LockObject>());
     expectEnds<util::Comparator, log::Logger, log::AbstractLogWriter>(OBJECT + 2);
-    expectEnds<i18n::StringBundle>(OBJECT + 4);
+    expectEnds<i18n::StringBundle, i18n::StringMapBundle>(OBJECT + 4);
     expectEnds<util::PropertySet>(OBJECT + 6);
     expectEnds<CVXProperty>(OBJECT + 9);
     expectEnds<CVXPropertySet>(OBJECT + 10);

@@ -4,6 +4,7 @@
 #include "vx/TerminatedText.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/i18n/ComStringBundle.h"
+#include "vx/i18n/StringMapBundle.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Component.h"
@@ -70,14 +71,16 @@ std::int32_t StringBundleFace::LoadString(const char16_t* key, char16_t* value, 
     });
 }
 
-std::int32_t StringBundleFace::GetCount(std::int32_t*) const
+std::int32_t StringBundleFace::GetCount(std::int32_t* count) const
 {
-    return RESULT_NOT_IMPLEMENTED;
+    const auto* const listed = dynamic_cast<const StringMapBundle*>(this);
+    return listed != nullptr ? listed->countKeys(count) : RESULT_NOT_IMPLEMENTED;
 }
 
-std::int32_t StringBundleFace::GetResource(std::int32_t, IVXCharBuffer*, IVXCharBuffer*) const
+std::int32_t StringBundleFace::GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const
 {
-    return RESULT_NOT_IMPLEMENTED;
+    const auto* const listed = dynamic_cast<const StringMapBundle*>(this);
+    return listed != nullptr ? listed->getResource(index, key, value) : RESULT_NOT_IMPLEMENTED;
 }
 
 std::int32_t StringBundleFace::GetLocale(IVXLocale** locale) const

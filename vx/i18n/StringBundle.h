@@ -14,7 +14,7 @@ class VX_API StringBundleFace : public IVXResourceBundle {
 public:
     std::int32_t LoadCharBuffer(const char16_t* key, IVXCharBuffer* value) const override;
     std::int32_t LoadString(const char16_t* key, char16_t* value, std::uint32_t* length) const override;
-    /// These two give RESULT_NOT_IMPLEMENTED.
+    /// These two give RESULT_NOT_IMPLEMENTED for all bundles but a `StringMapBundle`.
     std::int32_t GetCount(std::int32_t* count) const override;
     std::int32_t GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const override;
     std::int32_t GetLocale(IVXLocale** locale) const override;

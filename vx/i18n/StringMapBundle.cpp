@@ -27,12 +27,12 @@ Reference<const collections::Collection<String>> StringMapBundle::getKeys() cons
     return &buildKeySet();
 }
 
-std::int32_t StringMapBundle::GetCount(std::int32_t* count) const
+std::int32_t StringMapBundle::countKeys(std::int32_t* count) const
 {
     return vorb::atBoundary(count, [&] { return std::int32_t {buildKeySet().getSize()}; });
 }
 
-std::int32_t StringMapBundle::GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const
+std::int32_t StringMapBundle::getResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const
 {
     return vorb::resultAtBoundary([&] {
         const Reference<String> found = buildKeySet().get(index);

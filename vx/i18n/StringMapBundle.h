@@ -20,15 +20,15 @@ public:
     /// The map's keys, and behind them those of a parent that the map lacks.
     Reference<const collections::Collection<String>> getKeys() const override;
 
-    // IVXResourceBundle
-    std::int32_t GetCount(std::int32_t* count) const override;
-    std::int32_t GetResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const override;
-
 protected:
     // StringBundle
     String lookupString(const String& key) const override;
 
 private:
+    friend class StringBundleFace; // calls these two: overrides of the view would take places in the table of the class
+
+    std::int32_t countKeys(std::int32_t* count) const;
+    std::int32_t getResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const;
     const collections::List<String>& buildKeySet() const;
 
     Reference<const collections::StringHashMap> m_map;

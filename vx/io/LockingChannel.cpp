@@ -4,8 +4,25 @@
 
 namespace vx::io {
 
-LockingChannel::LockingChannel(IChannel* channel, const char* name)
+LockingChannelFace::LockingChannelFace(IChannel* channel)
     : m_channel(channel)
+{
+}
+
+LockingChannelFace::~LockingChannelFace() = default;
+
+int LockingChannelFace::read(ByteBuffer& buffer)
+{
+    return detail::usable(m_channel).read(buffer);
+}
+
+int LockingChannelFace::write(ByteBuffer& buffer)
+{
+    return detail::usable(m_channel).write(buffer);
+}
+
+LockingChannel::LockingChannel(IChannel* channel, const char* name)
+    : LockingChannelFace(channel)
     , m_lock(name)
 {
 }
@@ -25,16 +42,6 @@ bool LockingChannel::tryWait()
 void LockingChannel::signal()
 {
     m_lock.signal();
-}
-
-int LockingChannel::read(ByteBuffer& buffer)
-{
-    return detail::usable(m_channel).read(buffer);
-}
-
-int LockingChannel::write(ByteBuffer& buffer)
-{
-    return detail::usable(m_channel).write(buffer);
 }
 
 } // namespace vx::io

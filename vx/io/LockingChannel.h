@@ -6,9 +6,24 @@
 
 namespace vx::io {
 
+/// The channel of `LockingChannel`, without the lock.
+class VX_API LockingChannelFace : public IChannel {
+public:
+    // IChannel
+    int read(ByteBuffer& buffer) override;
+    int write(ByteBuffer& buffer) override;
+
+protected:
+    explicit LockingChannelFace(IChannel* channel);
+    ~LockingChannelFace();
+
+private:
+    Reference<IChannel> m_channel;
+};
+
 /// A channel with a lock for its users: `wait` and `signal` bracket a sequence of calls, a question and its answer say.
 /// `read` and `write` by themselves take no lock.
-class VX_API LockingChannel : public sync::LockObject, public IChannel {
+class VX_API LockingChannel : public sync::LockObject, public LockingChannelFace {
 public:
     /// `channel` is counted; `name` labels the lock for a person.
     LockingChannel(IChannel* channel, const char* name);
@@ -21,12 +36,7 @@ public:
     bool tryWait() override VX_TRY_ACQUIRE(true) VX_NO_THREAD_SAFETY_ANALYSIS;
     void signal() override VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS;
 
-    // IChannel
-    int read(ByteBuffer& buffer) override;
-    int write(ByteBuffer& buffer) override;
-
 private:
-    Reference<IChannel> m_channel;
     sync::Mutex m_lock;
 };
 

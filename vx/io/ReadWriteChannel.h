@@ -7,18 +7,9 @@
 
 namespace vx::io {
 
-/// A channel made of two halves, which are counted; a null one makes its direction one that is not supported. A derived
-/// class says how it is named to another process.
-class VX_API ReadWriteChannel : public Object, public IChannel, public vorb::IVXChannel {
+/// The channel of `ReadWriteChannel`, without the object.
+class VX_API ReadWriteChannelFace : public IChannel, public vorb::IVXChannel {
 public:
-    ReadWriteChannel(IReadChannel* reader, IWriteChannel* writer);
-    ReadWriteChannel(const ReadWriteChannel&) = delete;
-    ReadWriteChannel& operator=(const ReadWriteChannel&) = delete;
-    ~ReadWriteChannel() noexcept(false) override;
-
-    VX_OBJECT_UNKNOWN(Object)
-    static const vx::vorb::InterfaceData* GetComIntfMap();
-
     // IChannel
     int read(ByteBuffer& buffer) override;
     int write(ByteBuffer& buffer) override;
@@ -27,9 +18,26 @@ public:
     std::int32_t Read(signed char* bytes, std::int32_t* length) override;
     std::int32_t Write(const signed char* bytes, std::int32_t* length) override;
 
+protected:
+    ReadWriteChannelFace(IReadChannel* reader, IWriteChannel* writer);
+    ~ReadWriteChannelFace();
+
 private:
     Reference<IReadChannel> m_reader;
     Reference<IWriteChannel> m_writer;
+};
+
+/// A channel made of two halves, which are counted; a null one makes its direction one that is not supported. A derived
+/// class says how it is named to another process.
+class VX_API ReadWriteChannel : public Object, public ReadWriteChannelFace {
+public:
+    ReadWriteChannel(IReadChannel* reader, IWriteChannel* writer);
+    ReadWriteChannel(const ReadWriteChannel&) = delete;
+    ReadWriteChannel& operator=(const ReadWriteChannel&) = delete;
+    ~ReadWriteChannel() noexcept(false) override;
+
+    VX_OBJECT_UNKNOWN(Object)
+    static const vx::vorb::InterfaceData* GetComIntfMap();
 };
 
 } // namespace vx::io

@@ -42,7 +42,7 @@ const vx::vorb::InterfaceData* AbstractAcceptor::GetComIntfMap()
     return map;
 }
 
-std::int32_t AbstractAcceptor::Accept(const _GUID& iid, void** result)
+std::int32_t AbstractAcceptorFace::Accept(const _GUID& iid, void** result)
 {
     return give(iid, result, [&] { return accept(); });
 }
@@ -56,7 +56,7 @@ const vx::vorb::InterfaceData* AbstractConnector::GetComIntfMap()
     return map;
 }
 
-std::int32_t AbstractConnector::Connect(const _GUID& iid, void** result)
+std::int32_t AbstractConnectorFace::Connect(const _GUID& iid, void** result)
 {
     return give(iid, result, [&] { return connect(); });
 }
@@ -70,13 +70,13 @@ const vx::vorb::InterfaceData* AbstractTransport::GetComIntfMap()
     return map;
 }
 
-std::int32_t AbstractTransport::CreateAcceptor(
+std::int32_t AbstractTransportFace::CreateAcceptor(
     const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
 {
     return giveFrom(properties, iid, result, [&](const util::PropertySet& set) { return createAcceptor(set); });
 }
 
-std::int32_t AbstractTransport::CreateConnector(
+std::int32_t AbstractTransportFace::CreateConnector(
     const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
 {
     return giveFrom(properties, iid, result, [&](const util::PropertySet& set) { return createConnector(set); });

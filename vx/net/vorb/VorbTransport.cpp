@@ -40,49 +40,70 @@ Reference<Product> create(IVXTransport& transport, const util::PropertySet& prop
 
 } // namespace
 
-VorbAcceptor::VorbAcceptor(IVXAcceptor* acceptor)
+VorbAcceptorFace::VorbAcceptorFace(IVXAcceptor* acceptor)
     : m_acceptor(acceptor)
 {
     if (acceptor == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
 }
 
-VorbAcceptor::~VorbAcceptor() noexcept(false) = default;
+VorbAcceptorFace::~VorbAcceptorFace() = default;
 
-Reference<io::IChannel> VorbAcceptor::accept()
+Reference<io::IChannel> VorbAcceptorFace::accept()
 {
     return channelOf(*m_acceptor, &IVXAcceptor::Accept);
 }
 
-VorbConnector::VorbConnector(IVXConnector2* connector)
+VorbConnectorFace::VorbConnectorFace(IVXConnector2* connector)
     : m_connector(connector)
 {
     if (connector == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
 }
 
-VorbConnector::~VorbConnector() noexcept(false) = default;
+VorbConnectorFace::~VorbConnectorFace() = default;
 
-Reference<io::IChannel> VorbConnector::connect()
+Reference<io::IChannel> VorbConnectorFace::connect()
 {
     return channelOf(*m_connector, &IVXConnector2::Connect);
 }
 
-VorbTransport::VorbTransport(const String& progId)
+VorbTransportFace::VorbTransportFace(const String& progId)
 {
     throwIfFailed(VXComCreateObjectByProgID(SystemName(progId), nullptr, &IVXTransport::IID, m_transport.outVoid()));
 }
 
-VorbTransport::~VorbTransport() noexcept(false) = default;
+VorbTransportFace::~VorbTransportFace() = default;
 
-Reference<IConnector> VorbTransport::createConnector(const util::PropertySet& properties)
+Reference<IConnector> VorbTransportFace::createConnector(const util::PropertySet& properties)
 {
     return new VorbConnector(create<IVXConnector2>(*m_transport, properties, &IVXTransport::CreateConnector).get());
 }
 
-Reference<IAcceptor> VorbTransport::createAcceptor(const util::PropertySet& properties)
+Reference<IAcceptor> VorbTransportFace::createAcceptor(const util::PropertySet& properties)
 {
     return new VorbAcceptor(create<IVXAcceptor>(*m_transport, properties, &IVXTransport::CreateAcceptor).get());
 }
+
+VorbAcceptor::VorbAcceptor(IVXAcceptor* acceptor)
+    : VorbAcceptorFace(acceptor)
+{
+}
+
+VorbAcceptor::~VorbAcceptor() noexcept(false) = default;
+
+VorbConnector::VorbConnector(IVXConnector2* connector)
+    : VorbConnectorFace(connector)
+{
+}
+
+VorbConnector::~VorbConnector() noexcept(false) = default;
+
+VorbTransport::VorbTransport(const String& progId)
+    : VorbTransportFace(progId)
+{
+}
+
+VorbTransport::~VorbTransport() noexcept(false) = default;
 
 } // namespace vx::net::vorb
