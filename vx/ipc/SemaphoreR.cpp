@@ -27,34 +27,32 @@ SemaphoreR::~SemaphoreR() noexcept(false)
 
 void SemaphoreR::wait()
 {
-    const std::uint32_t thread = VXThreadGetCurrentId();
     const sync::ScopedLock guard(*m_mutex);
-    if (enterAgain(thread))
+    if (enterAgain())
         return;
     if (!Semaphore::tryWait()) {
         // The owner may be a thread of this process, which needs the mutex to signal.
         const sync::MutexPause pause(*m_mutex);
         Semaphore::wait();
     }
-    own(thread);
+    own();
 }
 
 bool SemaphoreR::tryWait()
 {
-    const std::uint32_t thread = VXThreadGetCurrentId();
     const sync::ScopedLock guard(*m_mutex);
-    if (enterAgain(thread))
+    if (enterAgain())
         return true;
     if (!Semaphore::tryWait())
         return false;
-    own(thread);
+    own();
     return true;
 }
 
 void SemaphoreR::signal()
 {
     const sync::ScopedLock guard(*m_mutex);
-    if (!isOwnedHere() || m_owner != VXThreadGetCurrentId())
+    if (!isOwnedHere() || m_owner != VXThreadGetNumber())
         return;
     if (m_count < 2) {
         Semaphore::signal();
@@ -71,17 +69,17 @@ bool SemaphoreR::isOwnedHere() const noexcept
     return m_owner != 0 && m_process == VXProcessGetID();
 }
 
-bool SemaphoreR::enterAgain(std::uint32_t thread)
+bool SemaphoreR::enterAgain()
 {
-    if (m_owner != thread || !isOwnedHere())
+    if (m_owner != VXThreadGetNumber() || !isOwnedHere())
         return false;
     ++m_count;
     return true;
 }
 
-void SemaphoreR::own(std::uint32_t thread)
+void SemaphoreR::own()
 {
-    m_owner = thread;
+    m_owner = VXThreadGetNumber();
     m_count = 1;
     m_process = VXProcessGetID();
 }

@@ -26,11 +26,11 @@ public:
 
 private:
     bool isOwnedHere() const noexcept;
-    bool enterAgain(std::uint32_t thread);
-    void own(std::uint32_t thread);
+    bool enterAgain();
+    void own();
 
     // Guarded by the mutex.
-    std::uint32_t m_owner = 0;
+    std::uint64_t m_owner = 0; ///< by `VXThreadGetNumber`: a thread that has ended owns it still, and no later one
     std::uint32_t m_count = 0;
     std::uint32_t m_process = 0; ///< of the owner
     const Reference<sync::Mutex> m_mutex;

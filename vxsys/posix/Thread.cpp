@@ -153,6 +153,11 @@ std::uint32_t VXThreadGetCurrentId() noexcept
     return t_threadId;
 }
 
+std::uint64_t VXThreadGetNumber() noexcept
+{
+    return threadNumber();
+}
+
 void VXThreadSleep(std::uint32_t milliseconds) noexcept
 {
     if (milliseconds == 0) {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <sched.h>
@@ -99,6 +100,26 @@ TEST_P(SemaphoreRWithMutex, LetsItsOwnerSignalWhileAnotherWaits)
     m_semaphore.signal();
     waiter.join();
     EXPECT_EQ(m_others.getValue(), 1);
+}
+
+TEST(SemaphoreR, BelongsToNoLaterThreadWithTheIdOfItsOwner)
+{
+    SemaphoreR semaphore(ownName("ended").c_str(), 1, nullptr);
+    std::uint32_t id = 0;
+    inThreads(1, [&](int) {
+        id = VXThreadGetCurrentId();
+        semaphore.wait();
+    });
+    bool isAgain = false;
+    for (int thread = 0; thread < 1000 && !isAgain; ++thread) {
+        std::ofstream("/proc/sys/kernel/ns_last_pid") << id - 1; // other processes take the next one in between
+        inThreads(1, [&](int) {
+            isAgain = VXThreadGetCurrentId() == id;
+            EXPECT_FALSE(isAgain && semaphore.tryWait());
+        });
+    }
+    if (!isAgain)
+        GTEST_SKIP() << "the system chooses the identifiers of threads itself";
 }
 
 TEST(SemaphoreR, ComesBackFromADeadOwner)
