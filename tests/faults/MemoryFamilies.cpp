@@ -81,6 +81,12 @@ Reference<IVXUnknown> number(int value)
     return Reference<Integer32>(new Integer32(value))->GetUnknown();
 }
 
+/// An element that only the operation holds: it must not be left over.
+IVXUnknown* fresh(int value)
+{
+    return (new Integer32(value))->GetUnknown();
+}
+
 /// `work` on a list or set of three numbers.
 template <class List>
 Family list(const char* name, void (*work)(List&), After after = After::OLD_STATE)
@@ -196,16 +202,20 @@ std::vector<Family> memoryFamilies()
         str1("Str1ToUpper", [](Str1& one) { check(one.toUpper()); }),
         str1("Str1AppendNarrow", [](Str1& one) { check(one.appendA("caf\xE9", -1, u"ISO-8859-1")); }),
 
-        list<ArrayList>("ArrayListAdd", [](ArrayList& one) { one.add(0, number(4).get()); }),
+        list<ArrayList>("ArrayListAdd", [](ArrayList& one) { one.add(0, fresh(4)); }),
+        list<ArrayList>("ArrayListAppend", [](ArrayList& one) { one.add(fresh(4)); }),
+        list<ArrayList>("ArrayListSubListAdd", [](ArrayList& one) { one.createSubList(0, 2)->add(fresh(4)); }),
+        list<ArrayList>("ArrayListIteratorAdd", [](ArrayList& one) { one.createListIterator(2)->add(fresh(4)); }),
         list<ArrayList>(
             "ArrayListAddAll", [](ArrayList& one) { one.addAll(*Reference<ArrayList>(new ArrayList(one))); },
             After::PART),
-        list<LinkedList>("LinkedListAdd", [](LinkedList& one) { one.add(0, number(4).get()); }),
+        list<LinkedList>("LinkedListAdd", [](LinkedList& one) { one.add(0, fresh(4)); }),
+        list<LinkedList>("LinkedListIteratorAdd", [](LinkedList& one) { one.createListIterator(2)->add(fresh(4)); }),
         list<LinkedList>(
             "LinkedListAddAll", [](LinkedList& one) { one.addAll(*Reference<LinkedList>(new LinkedList(one))); },
             After::PART),
         list<LinkedList>("LinkedListSubList", [](LinkedList& one) { one.createSubList(1, 2)->clear(); }),
-        list<HashSet>("HashSetAdd", [](HashSet& one) { one.add(number(4).get()); }),
+        list<HashSet>("HashSetAdd", [](HashSet& one) { one.add(fresh(4)); }),
         list<HashSet>("HashSetCopy",
             [](HashSet& one) {
                 const Reference<HashSet> copy(new HashSet(one));
@@ -213,14 +223,17 @@ std::vector<Family> memoryFamilies()
                 one.retainAll(*copy);
             }),
         map<StringHashMap>("StringHashMapPut", textKey,
-            [](StringHashMap& one) { one.put(u"three", Reference<String>(new String(u"new")).get()); }),
+            [](StringHashMap& one) {
+                const String key(u"three");
+                one.put(key, new String(u"new"));
+            }),
         map<StringHashMap>("StringHashMapKeys", textKey,
             [](StringHashMap& one) {
                 one.remove(u"one");
                 one.createKeySet();
             }),
-        map<IntegerHashMap>("IntegerHashMapPut", std::identity(),
-            [](IntegerHashMap& one) { one.put(3, Reference<String>(new String(u"new")).get()); }),
+        map<IntegerHashMap>(
+            "IntegerHashMapPut", std::identity(), [](IntegerHashMap& one) { one.put(3, new String(u"new")); }),
         row(
             "HashMapPut",
             [] {
@@ -228,7 +241,7 @@ std::vector<Family> memoryFamilies()
                 (*held)->put(number(1).get(), number(2).get());
                 return held;
             },
-            [](Reference<HashMap>& one) { one->put(number(3).get(), number(4).get()); },
+            [](Reference<HashMap>& one) { one->put(fresh(3), nullptr); },
             [](const Reference<HashMap>& one) {
                 return std::to_string(one->getSize()) + (one->containsKey(number(1).get()) ? " 1" : "")
                     + (one->containsKey(number(3).get()) ? " 3" : "");
