@@ -2,6 +2,7 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
+#include "vx/ThreadAnnotations.h"
 #include "vx/io/InputStream.h"
 #include "vx/io/OutputStream.h"
 #include "vx/net/TcpSocketHandle.h"
@@ -56,10 +57,10 @@ private:
 
     static std::atomic<bool> s_bInitialized;
 
-    Reference<TcpSocketInputStream> m_input;
-    Reference<TcpSocketOutputStream> m_output;
+    Reference<TcpSocketInputStream> m_input VX_GUARDED_BY(m_lock);
+    Reference<TcpSocketOutputStream> m_output VX_GUARDED_BY(m_lock);
     Reference<TcpSocketHandle> m_handle;
-    sync::Mutex m_lock; ///< guards the creation of the streams
+    sync::Mutex m_lock;
 };
 
 } // namespace vx::net
