@@ -1,12 +1,13 @@
 #include "vxsys/File.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
-#include "vxsys/posix/Descriptor.h"
-#include "vxsys/posix/FileReplacement.h"
-#include "vxsys/posix/FileStatus.h"
-#include "vxsys/posix/SignalShield.h"
+#include "vxsys/detail/SignalShield.h"
+#include "vxsys/linux/FileReplacement.h"
+#include "vxsys/linux/FileStatus.h"
+#include "vxsys/linux/ProcPaths.h"
 
 #include <cerrno>
 #include <climits>

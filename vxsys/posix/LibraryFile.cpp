@@ -1,9 +1,9 @@
 #include "vxsys/posix/LibraryFile.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
-#include "vxsys/posix/Descriptor.h"
 #include "vxsys/posix/Ownership.h"
 
 #include <cerrno>

@@ -3,6 +3,7 @@
 #include "vxsys/Result.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Utf.h"
+#include "vxsys/linux/ProcPaths.h"
 #include "vxsys/posix/LibraryFile.h"
 
 #include <algorithm>
@@ -80,7 +81,7 @@ std::int32_t VXModuleGetFileName(const void* module, char16_t* name, std::int32_
     if (name == nullptr || size < 1)
         return RESULT_INVALID_ARGUMENT;
     *name = 0;
-    const char* file = "/proc/self/exe";
+    const char* file = PROGRAM_PATH;
     Dl_info info;
     if (module != nullptr) {
         struct link_map* map = nullptr;

@@ -1,8 +1,8 @@
 #include "vxsys/posix/NamedObject.h"
 
+#include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/Retry.h"
-#include "vxsys/posix/Descriptor.h"
-#include "vxsys/posix/SignalShield.h"
+#include "vxsys/detail/SignalShield.h"
 
 #include <cerrno>
 #include <cstring>

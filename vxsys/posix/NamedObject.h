@@ -1,7 +1,7 @@
 #pragma once
 
-#include "vxsys/posix/NamedFolder.h"
-#include "vxsys/posix/SharedPage.h"
+#include "vxsys/linux/NamedFolder.h"
+#include "vxsys/linux/SharedPage.h"
 
 #include <atomic>
 #include <cstdint>

@@ -2,11 +2,12 @@
 
 #include "vxsys/File.h"
 #include "vxsys/Result.h"
+#include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/detail/Utf.h"
-#include "vxsys/posix/Descriptor.h"
-#include "vxsys/posix/Reaper.h"
+#include "vxsys/linux/ChildHandle.h"
 
 #include <algorithm>
 #include <array>
@@ -15,18 +16,15 @@
 #include <csignal>
 #include <exception>
 #include <fcntl.h>
-#include <limits>
-#include <new>
-#include <poll.h>
 #include <pthread.h>
 #include <span>
 #include <spawn.h>
 #include <string>
 #include <string_view>
-#include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -38,77 +36,66 @@ using namespace vxsys::detail;
 
 constexpr int STANDARD_STREAMS = 3;
 
-/// What a step of `VXProcessCreate` throws: the result of the whole.
-struct Failure {
-    std::int32_t result;
-};
-
-void check(int error)
-{
-    if (error != 0)
-        throw Failure {VXResultFromNative(error)};
-}
-
-std::string narrow(std::u16string_view text)
+std::int32_t narrow(std::u16string_view text, std::string& bytes)
 {
     constexpr std::size_t BYTES_PER_UNIT = 3;
-    std::string bytes(text.size() * BYTES_PER_UNIT, '\0');
+    bytes.resize(text.size() * BYTES_PER_UNIT);
     const Conversion done = utf16ToUtf8(text, bytes.data(), bytes.size());
-    if (done.outcome != Outcome::done)
-        throw Failure {RESULT_INVALID_ARGUMENT};
     bytes.resize(done.written);
-    return bytes;
+    return done.outcome == Outcome::done ? RESULT_OK : RESULT_INVALID_ARGUMENT;
 }
 
-std::string nativePath(const char16_t* path)
+std::int32_t narrowAll(const std::vector<std::u16string>& texts, std::vector<std::string>& narrowed)
+{
+    for (const std::u16string& text : texts) {
+        if (const std::int32_t result = narrow(text, narrowed.emplace_back()); failed(result))
+            return result;
+    }
+    return RESULT_OK;
+}
+
+std::int32_t nativePath(const char16_t* path, std::string& bytes)
 {
     NativePath native;
     const std::int32_t result = native.assign(path);
-    if (failed(result))
-        throw Failure {result};
-    return native.get();
+    bytes = native.get();
+    return result;
 }
 
-/// The program as seen from the child's directory: a relative path counts from the caller's.
-std::string findProgram(const char16_t* program, bool searches)
+/// The program as seen from the child's directory: a relative path starts at the caller's.
+std::int32_t findProgram(const char16_t* program, bool searches, std::string& path)
 {
     if (searches && std::u16string_view(program).find_first_of(u"\\/:") == std::u16string_view::npos)
-        return narrow(program);
-    std::string path = nativePath(program);
-    if (path.front() != '/') {
-        std::array<char, NATIVE_PATH_SIZE> current;
-        if (::getcwd(current.data(), current.size()) == nullptr)
-            throw Failure {VXResultFromNative(errno)};
-        path = std::string(current.data()) + '/' + path;
-    }
-    return path;
+        return narrow(program, path);
+    if (const std::int32_t result = nativePath(program, path); failed(result))
+        return result;
+    if (path.front() == '/')
+        return RESULT_OK;
+    std::array<char, NATIVE_PATH_SIZE> current;
+    if (::getcwd(current.data(), current.size()) == nullptr)
+        return VXResultFromNative(errno);
+    path = std::string(current.data()) + '/' + path;
+    return RESULT_OK;
 }
 
-/// Blanks separate, double quotes hold together; two quotes with nothing between are an empty argument.
-std::vector<std::string> splitArguments(std::u16string_view line)
+/// Blanks separate arguments, double quotes hold one together. Two quotes with nothing between them are an empty argument.
+std::vector<std::u16string> splitArguments(std::u16string_view line)
 {
-    std::vector<std::string> arguments;
-    std::u16string argument;
+    std::vector<std::u16string> arguments;
     bool isQuoted = false;
-    bool isOpen = false; // an argument has begun
-    const auto end = [&] {
-        if (isOpen)
-            arguments.push_back(narrow(argument));
-        argument.clear();
-        isOpen = false;
-    };
+    bool isInside = false; // of an argument, the last one
     for (const char16_t unit : line) {
-        if (unit == u'"') {
-            isQuoted = !isQuoted;
-            isOpen = true;
-        } else if (!isQuoted && (unit == u' ' || unit == u'\t')) {
-            end();
-        } else {
-            argument += unit;
-            isOpen = true;
+        if (!isQuoted && (unit == u' ' || unit == u'\t')) {
+            isInside = false;
+            continue;
         }
+        if (!std::exchange(isInside, true))
+            arguments.emplace_back();
+        if (unit == u'"')
+            isQuoted = !isQuoted;
+        else
+            arguments.back() += unit;
     }
-    end();
     return arguments;
 }
 
@@ -121,58 +108,74 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts)
     return pointers;
 }
 
-/// Moves a new descriptor above the standard streams, where the child's own will stand. -1 stays an error in `errno`.
-Descriptor aboveStandardStreams(int descriptor)
-{
-    check(descriptor == -1 ? errno : 0);
-    Descriptor owned(descriptor);
-    if (descriptor >= STANDARD_STREAMS)
-        return owned;
-    Descriptor moved(::fcntl(descriptor, F_DUPFD_CLOEXEC, STANDARD_STREAMS));
-    check(moved.isOpen() ? 0 : errno);
-    return moved;
-}
-
 struct Pipe {
     Descriptor readEnd;
     Descriptor writeEnd;
 
-    void open()
+    /// Returns a native error or 0. Both ends stay above the standard streams, where the child's own will be.
+    int open() noexcept
     {
         int ends[2];
-        check(::pipe2(ends, O_CLOEXEC) == 0 ? 0 : errno);
-        writeEnd.reset(ends[1]); // owned before the next line may throw
-        readEnd = aboveStandardStreams(ends[0]);
-        writeEnd = aboveStandardStreams(writeEnd.release());
+        if (::pipe2(ends, O_CLOEXEC) != 0)
+            return errno;
+        readEnd.reset(ends[0]);
+        writeEnd.reset(ends[1]);
+        for (Descriptor* end : {&readEnd, &writeEnd}) {
+            if (const int error = end->get() < STANDARD_STREAMS ? end->moveAboveStandardStreams() : 0)
+                return error;
+        }
+        return 0;
     }
 };
 
+/// What the child does with its descriptors before its program starts.
 class FileActions {
 public:
-    FileActions() { check(::posix_spawn_file_actions_init(&m_value)); }
-    ~FileActions() { ::posix_spawn_file_actions_destroy(&m_value); }
+    FileActions() noexcept
+        : m_error(::posix_spawn_file_actions_init(&m_value))
+        , m_isMade(m_error == 0)
+    {
+    }
+    ~FileActions()
+    {
+        if (m_isMade)
+            ::posix_spawn_file_actions_destroy(&m_value);
+    }
     FileActions(const FileActions&) = delete;
     FileActions& operator=(const FileActions&) = delete;
 
-    posix_spawn_file_actions_t* get() noexcept { return &m_value; }
+    const posix_spawn_file_actions_t* get() const noexcept { return &m_value; }
+    /// That of the first call that failed, or 0. The calls after it have no effect.
+    int error() const noexcept { return m_error; }
 
-    void duplicate(int from, int to) { check(::posix_spawn_file_actions_adddup2(&m_value, from, to)); }
-    void close(int descriptor) { check(::posix_spawn_file_actions_addclose(&m_value, descriptor)); }
-    /// Closes all but the standard streams and `kept`, which are sorted and above them, and which the program gets.
-    void closeAllBut(const std::vector<int>& kept);
+    void duplicate(int from, int to) noexcept { add(::posix_spawn_file_actions_adddup2, from, to); }
+    void close(int descriptor) noexcept { add(::posix_spawn_file_actions_addclose, descriptor); }
+    void changeDirectory(const char* path) noexcept { add(::posix_spawn_file_actions_addchdir_np, path); }
+    /// Closes all descriptors except the standard streams and `kept`: a sorted list of numbers above them.
+    void closeAllBut(const std::vector<int>& kept) noexcept;
 
 private:
+    template <class Call, class... Arguments>
+    void add(Call call, Arguments... arguments) noexcept
+    {
+        if (m_error == 0)
+            m_error = call(&m_value, arguments...);
+    }
+
     posix_spawn_file_actions_t m_value;
+    int m_error;
+    const bool m_isMade;
 };
 
-void FileActions::closeAllBut(const std::vector<int>& kept)
+void FileActions::closeAllBut(const std::vector<int>& kept) noexcept
 {
-    // All that are kept move together right above the standard streams, everything after them is closed, and they move
-    // back. A sorted list of different numbers never moves one onto another that has still to move.
+    // The kept ones move together to the numbers after the standard streams, everything after them is closed, and they move
+    // back. As the list is sorted, none of them moves to the number of one that has still to move.
     const auto count = static_cast<int>(kept.size());
     for (int i = 0; i < count; ++i)
-        duplicate(kept[static_cast<std::size_t>(i)], STANDARD_STREAMS + i); // onto itself: it stays open in the program
-    check(::posix_spawn_file_actions_addclosefrom_np(&m_value, STANDARD_STREAMS + count));
+        duplicate(
+            kept[static_cast<std::size_t>(i)], STANDARD_STREAMS + i); // to its own number: it stays open in the program
+    add(::posix_spawn_file_actions_addclosefrom_np, STANDARD_STREAMS + count);
     for (int i = count - 1; i >= 0; --i) {
         const int number = kept[static_cast<std::size_t>(i)];
         if (number == STANDARD_STREAMS + i)
@@ -185,9 +188,11 @@ void FileActions::closeAllBut(const std::vector<int>& kept)
 /// No signal blocked and each at its default, whatever the calling thread and its process have set for themselves.
 class PlainSignals {
 public:
-    PlainSignals()
+    PlainSignals() noexcept
+        : m_error(::posix_spawnattr_init(&m_value))
     {
-        check(::posix_spawnattr_init(&m_value));
+        if (m_error != 0)
+            return;
         sigset_t none;
         sigset_t all;
         sigemptyset(&none);
@@ -196,41 +201,47 @@ public:
         ::posix_spawnattr_setsigdefault(&m_value, &all);
         ::posix_spawnattr_setflags(&m_value, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     }
-    ~PlainSignals() { ::posix_spawnattr_destroy(&m_value); }
+    ~PlainSignals()
+    {
+        if (m_error == 0)
+            ::posix_spawnattr_destroy(&m_value);
+    }
     PlainSignals(const PlainSignals&) = delete;
     PlainSignals& operator=(const PlainSignals&) = delete;
 
     const posix_spawnattr_t* get() const noexcept { return &m_value; }
+    int error() const noexcept { return m_error; }
 
 private:
     posix_spawnattr_t m_value;
+    const int m_error;
 };
 
-std::vector<std::string> readEnvironment(const char16_t* const* environment)
+std::vector<std::u16string> readEnvironment(const char16_t* const* environment)
 {
-    std::vector<std::string> texts;
-    for (; *environment != nullptr; ++environment)
-        texts.push_back(narrow(*environment));
+    std::vector<std::u16string> texts;
+    for (; environment != nullptr && *environment != nullptr; ++environment)
+        texts.emplace_back(*environment);
     return texts;
 }
 
-/// The numbers in `inherited` in their order and each once. They must be open before any pipe is, which could get the
-/// number of one that is not.
-std::vector<int> checkInherited(std::span<const std::uint32_t> inherited)
+/// Sorts the numbers in `inherited`, each once. They must be open before any pipe is opened, which could get the number of one
+/// that is not.
+std::int32_t checkInherited(std::span<const std::uint32_t> inherited, std::vector<int>& numbers)
 {
-    std::vector<int> numbers;
     for (const std::uint32_t descriptor : inherited) {
         if (descriptor < STANDARD_STREAMS)
-            throw Failure {RESULT_INVALID_ARGUMENT};
+            return RESULT_INVALID_ARGUMENT;
         numbers.push_back(static_cast<int>(descriptor));
-        check(::fcntl(numbers.back(), F_GETFD) != -1 ? 0 : errno);
+        if (::fcntl(numbers.back(), F_GETFD) == -1)
+            return VXResultFromNative(errno);
     }
     std::sort(numbers.begin(), numbers.end());
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
-    return numbers;
+    return RESULT_OK;
 }
 
-/// What a caller of `VXProcessCreate` says.
+/// What the caller of `VXProcessCreate` asks for.
 struct Order {
     const char16_t* program;
     const char16_t* commandLine;
@@ -240,89 +251,70 @@ struct Order {
     std::span<const std::uint32_t> inherited;
 };
 
-pid_t spawn(const Order& order, Pipe (&pipes)[STANDARD_STREAMS])
-{
-    const bool searches = (order.flags & VX_PROCESS_SEARCH_PATH) != 0;
-    const std::string path = findProgram(order.program, searches);
-    std::vector<std::string> arguments = splitArguments(order.commandLine != nullptr ? order.commandLine : u"");
-    arguments.insert(arguments.begin(), path);
+/// An order in the system's terms.
+struct NativeOrder {
+    bool searches;
+    std::string path;
+    std::vector<std::string> arguments;
     std::vector<std::string> variables;
-    if (order.environment != nullptr)
-        variables = readEnvironment(order.environment);
-    std::vector<char*> variablePointers = pointersTo(variables);
-    const std::vector<int> inherited = checkInherited(order.inherited);
+    std::vector<int> inherited;
+    std::string directory; ///< empty: the caller's
 
-    for (Pipe& pipe : pipes)
-        pipe.open();
+    std::int32_t assign(const Order& order)
+    {
+        searches = (order.flags & VX_PROCESS_SEARCH_PATH) != 0;
+        return inOrder([&] { return findProgram(order.program, searches, path); },
+            [&] {
+                arguments.push_back(path);
+                return narrowAll(splitArguments(order.commandLine != nullptr ? order.commandLine : u""), arguments);
+            },
+            [&] { return narrowAll(readEnvironment(order.environment), variables); },
+            [&] { return checkInherited(order.inherited, inherited); },
+            [&] { return order.directory != nullptr ? nativePath(order.directory, directory) : RESULT_OK; });
+    }
+};
 
+/// Returns a native error or 0.
+int spawn(NativeOrder& order, char* const* environment, const Pipe (&pipes)[STANDARD_STREAMS], pid_t& child)
+{
     FileActions actions;
     actions.duplicate(pipes[STDIN_FILENO].readEnd.get(), STDIN_FILENO);
     actions.duplicate(pipes[STDOUT_FILENO].writeEnd.get(), STDOUT_FILENO);
     actions.duplicate(pipes[STDERR_FILENO].writeEnd.get(), STDERR_FILENO);
-    actions.closeAllBut(inherited);
-    if (order.directory != nullptr)
-        check(::posix_spawn_file_actions_addchdir_np(actions.get(), nativePath(order.directory).c_str()));
-
+    actions.closeAllBut(order.inherited);
+    if (!order.directory.empty())
+        actions.changeDirectory(order.directory.c_str());
     const PlainSignals signals;
-    pid_t child = -1;
-    check((searches ? ::posix_spawnp : ::posix_spawn)(&child, path.c_str(), actions.get(), signals.get(),
-        pointersTo(arguments).data(), order.environment != nullptr ? variablePointers.data() : environ));
-
-    pipes[STDIN_FILENO].readEnd.reset(-1);
-    pipes[STDOUT_FILENO].writeEnd.reset(-1);
-    pipes[STDERR_FILENO].writeEnd.reset(-1);
-    return child;
+    const std::vector<char*> arguments = pointersTo(order.arguments);
+    return inOrder([&] { return actions.error(); }, [&] { return signals.error(); },
+        [&] {
+            return (order.searches ? ::posix_spawnp : ::posix_spawn)(
+                &child, order.path.c_str(), actions.get(), signals.get(), arguments.data(), environment);
+        });
 }
 
-/// Stands for a child that had ended, and that another part of the process had collected, before it got a handle.
-constexpr std::uint32_t COLLECTED_CHILD = VX_PROCESS_INVALID_HANDLE - 1;
-
-/// The handle of a child is a descriptor of the process (pidfd). Unlike its number it never leads to another process, and
-/// it tells the child's end also if another part of the process collects all children.
-std::uint32_t openHandle(pid_t child)
+/// Returns a native error or 0. A child without a handle, for which no caller could wait, is ended.
+int openHandle(pid_t child, std::uint32_t& handle) noexcept
 {
-    const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
-    if (descriptor == -1 && errno == ESRCH)
-        return COLLECTED_CHILD;
-    try {
-        return static_cast<std::uint32_t>(aboveStandardStreams(descriptor).release());
-    } catch (const Failure&) {
-        ::kill(child, SIGKILL); // nobody could wait for it
+    const int error = openChildHandle(child, handle);
+    if (error != 0) {
+        ::kill(child, SIGKILL);
         retryOnSignal([&] { return ::waitpid(child, nullptr, 0); });
-        throw;
     }
+    return error;
 }
 
-bool hasEnded(int child) noexcept
+std::int32_t start(const Order& order, Pipe (&pipes)[STANDARD_STREAMS], std::uint32_t& handle)
 {
-    pollfd state {child, POLLIN, 0};
-    return ::poll(&state, 1, 0) == 1 && (state.revents & POLLIN) != 0;
-}
-
-std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode) noexcept
-{
-    constexpr int ENDED_BY_SIGNAL = 128;
-
-    if (exitCode == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    *exitCode = -1;
-    if (process == COLLECTED_CHILD)
-        return RESULT_FALSE;
-    if (process > static_cast<std::uint32_t>(std::numeric_limits<int>::max()))
-        return RESULT_INVALID_HANDLE;
-    siginfo_t ended {};
-    if (retryOnSignal([&] { return ::waitid(P_PIDFD, process, &ended, WEXITED | options); }) != 0) {
-        const int error = errno;
-        if (error != ECHILD || !hasEnded(static_cast<int>(process)))
-            return VXResultFromNative(error);
-        ::close(static_cast<int>(process));
-        return RESULT_FALSE;
-    }
-    if (ended.si_pid == 0)
-        return RESULT_TIMED_OUT;
-    *exitCode = ended.si_code == CLD_EXITED ? ended.si_status : ENDED_BY_SIGNAL + ended.si_status;
-    ::close(static_cast<int>(process));
-    return RESULT_OK;
+    NativeOrder native;
+    if (const std::int32_t result = native.assign(order); failed(result))
+        return result;
+    std::vector<char*> variables = pointersTo(native.variables);
+    char* const* const environment = order.environment != nullptr ? variables.data() : environ;
+    pid_t child = -1;
+    return VXResultFromNative(inOrder([&] { return pipes[STDIN_FILENO].open(); },
+        [&] { return pipes[STDOUT_FILENO].open(); }, [&] { return pipes[STDERR_FILENO].open(); },
+        [&] { return spawn(native, environment, pipes, child); }, [&] { return openHandle(child, handle); }));
 }
 
 } // namespace
@@ -346,44 +338,18 @@ std::int32_t VXProcessCreateInheriting(const char16_t* program, const char16_t* 
         return RESULT_INVALID_ARGUMENT;
     try {
         Pipe ends[STANDARD_STREAMS];
-        *process = openHandle(spawn({program, commandLine, directory, environment, flags,
-                                        {inherited, static_cast<std::size_t>(inheritedCount)}},
-            ends));
+        const std::int32_t result = start({program, commandLine, directory, environment, flags,
+                                              {inherited, static_cast<std::size_t>(inheritedCount)}},
+            ends, *process);
+        if (failed(result))
+            return result;
         pipes[STDIN_FILENO] = static_cast<std::uint32_t>(ends[STDIN_FILENO].writeEnd.release());
         pipes[STDOUT_FILENO] = static_cast<std::uint32_t>(ends[STDOUT_FILENO].readEnd.release());
         pipes[STDERR_FILENO] = static_cast<std::uint32_t>(ends[STDERR_FILENO].readEnd.release());
         return RESULT_OK;
-    } catch (const Failure& failure) {
-        return failure.result;
     } catch (const std::exception&) {
         return RESULT_OUT_OF_MEMORY;
     }
-}
-
-std::int32_t VXProcessJoin(std::uint32_t process, std::int32_t* exitCode) noexcept
-{
-    return waitFor(process, 0, exitCode);
-}
-
-std::int32_t VXProcessGetExitCode(std::uint32_t process, std::int32_t* exitCode) noexcept
-{
-    return waitFor(process, WNOHANG, exitCode);
-}
-
-std::int32_t VXProcessDetach(std::uint32_t process) noexcept
-{
-    std::int32_t exitCode = 0;
-    const std::int32_t result = waitFor(process, WNOHANG, &exitCode);
-    if (result == RESULT_TIMED_OUT)
-        return reapLater(Descriptor(static_cast<int>(process)));
-    return failed(result) ? result : RESULT_OK;
-}
-
-std::int32_t VXProcessDrain(std::uint32_t pipe) noexcept
-{
-    if (pipe > static_cast<std::uint32_t>(std::numeric_limits<int>::max()))
-        return RESULT_INVALID_HANDLE;
-    return drainLater(Descriptor(static_cast<int>(pipe)));
 }
 
 std::uint32_t VXProcessGetID() noexcept

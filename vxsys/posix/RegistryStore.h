@@ -1,9 +1,9 @@
 #pragma once
 
 #include "vxsys/Registry.h"
+#include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/RegistryPath.h"
 #include "vxsys/detail/RegistryRecord.h"
-#include "vxsys/posix/Descriptor.h"
 #include "vxsys/posix/RegistryMemory.h"
 
 #include <cstdint>

@@ -12,7 +12,6 @@
 #include <ctime>
 #include <pthread.h>
 #include <sched.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -24,8 +23,6 @@ static_assert(sizeof(VXThreadHandle) >= sizeof(pthread_t));
 
 /// Beyond the least that the system takes, so that a small wish leaves room for a call or two.
 constexpr std::size_t LEAST_STACK = 64 * 1024;
-
-constinit thread_local std::uint32_t t_threadId = 0;
 
 /// What a new thread gets from its creator, on whose stack it lives until the thread has told its identifier.
 struct Start {
@@ -140,17 +137,6 @@ std::int32_t VXThreadDetach(VXThreadHandle handle) noexcept
     if (handle == VX_THREAD_INVALID_HANDLE)
         return RESULT_INVALID_HANDLE;
     return VXResultFromNative(::pthread_detach(static_cast<pthread_t>(handle)));
-}
-
-std::uint32_t VXThreadGetCurrentId() noexcept
-{
-    if (t_threadId == 0) {
-        // A child of fork has this memory and is another thread.
-        static const int registered = ::pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
-        static_cast<void>(registered);
-        t_threadId = static_cast<std::uint32_t>(::syscall(SYS_gettid));
-    }
-    return t_threadId;
 }
 
 std::uint64_t VXThreadGetNumber() noexcept

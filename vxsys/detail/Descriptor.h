@@ -1,12 +1,13 @@
 #pragma once
 
-#include <cstdio>
+#include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 #include <utility>
 
 namespace vxsys::detail {
 
-/// Closes a descriptor of the system at the end of its life.
+/// Owns a descriptor of the system, and closes it at the end.
 class Descriptor {
 public:
     explicit Descriptor(int descriptor = -1) noexcept
@@ -30,27 +31,22 @@ public:
             ::close(m_descriptor);
         m_descriptor = descriptor;
     }
-    /// The caller closes it.
+    /// Moves an open descriptor to a free number above those of the standard streams. Returns a native error or 0.
+    int moveAboveStandardStreams() noexcept
+    {
+        const int moved = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        const int error = moved == -1 ? errno : 0;
+        reset(moved);
+        return error;
+    }
+
+    /// The caller becomes the owner.
     int release() noexcept { return std::exchange(m_descriptor, -1); }
     int get() const noexcept { return m_descriptor; }
     bool isOpen() const noexcept { return m_descriptor >= 0; }
 
 private:
     int m_descriptor;
-};
-
-/// A path that leads to the file of a descriptor of this process, whatever name the file has, or none.
-class DescriptorPath {
-public:
-    explicit DescriptorPath(int descriptor) noexcept
-    {
-        std::snprintf(m_path, sizeof m_path, "/proc/self/fd/%d", descriptor);
-    }
-
-    const char* get() const noexcept { return m_path; }
-
-private:
-    char m_path[32];
 };
 
 } // namespace vxsys::detail

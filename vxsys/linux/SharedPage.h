@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vxsys/Named.h"
-#include "vxsys/posix/ProcessIdentity.h"
+#include "vxsys/linux/ProcessIdentity.h"
 
 #include <atomic>
 #include <cstddef>

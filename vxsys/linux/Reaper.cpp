@@ -1,4 +1,4 @@
-#include "vxsys/posix/Reaper.h"
+#include "vxsys/linux/Reaper.h"
 
 #include "vxsys/Result.h"
 #include "vxsys/detail/Retry.h"

@@ -1,8 +1,9 @@
-#include "vxsys/posix/FileReplacement.h"
+#include "vxsys/linux/FileReplacement.h"
 
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
-#include "vxsys/posix/FileStatus.h"
+#include "vxsys/linux/FileStatus.h"
+#include "vxsys/linux/ProcPaths.h"
 
 #include <atomic>
 #include <cerrno>

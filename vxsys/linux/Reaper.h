@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vxsys/posix/Descriptor.h"
+#include "vxsys/detail/Descriptor.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
-#include "vxsys/posix/NamedFolder.h"
+#include "vxsys/linux/NamedFolder.h"
 
 #include "vxsys/detail/Retry.h"
-#include "vxsys/posix/ProcessIdentity.h"
+#include "vxsys/linux/ProcessIdentity.h"
 
 #include <cerrno>
 #include <cinttypes>

@@ -1,4 +1,4 @@
-#include "vxsys/posix/SharedPage.h"
+#include "vxsys/linux/SharedPage.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "vxsys/posix/FileStatus.h"
+#include "vxsys/linux/FileStatus.h"
 
 #include <cerrno>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "vxsys/posix/ProcessIdentity.h"
+#include "vxsys/linux/ProcessIdentity.h"
 
 #include "vxsys/detail/Retry.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vxsys/File.h"
-#include "vxsys/posix/Descriptor.h"
+#include "vxsys/detail/Descriptor.h"
 
 #include <climits>
 #include <cstddef>

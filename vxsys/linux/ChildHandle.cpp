@@ -1,0 +1,97 @@
+#include "vxsys/linux/ChildHandle.h"
+
+#include "vxsys/Process.h"
+#include "vxsys/Result.h"
+#include "vxsys/detail/Descriptor.h"
+#include "vxsys/detail/Retry.h"
+#include "vxsys/linux/Reaper.h"
+
+#include <cerrno>
+#include <climits>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace vxsys::results;
+using namespace vxsys::detail;
+
+/// Stands for a child that had ended, and that another part of the process had collected, before it got a handle.
+constexpr std::uint32_t COLLECTED_CHILD = VX_PROCESS_INVALID_HANDLE - 1;
+
+bool hasEnded(int child) noexcept
+{
+    pollfd state {child, POLLIN, 0};
+    return ::poll(&state, 1, 0) == 1 && (state.revents & POLLIN) != 0;
+}
+
+std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode) noexcept
+{
+    constexpr int ENDED_BY_SIGNAL = 128;
+
+    if (exitCode == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *exitCode = -1;
+    if (process == COLLECTED_CHILD)
+        return RESULT_FALSE;
+    if (process > INT_MAX)
+        return RESULT_INVALID_HANDLE;
+    siginfo_t ended {};
+    if (retryOnSignal([&] { return ::waitid(P_PIDFD, process, &ended, WEXITED | options); }) != 0) {
+        const int error = errno;
+        if (error != ECHILD || !hasEnded(static_cast<int>(process)))
+            return VXResultFromNative(error);
+        ::close(static_cast<int>(process));
+        return RESULT_FALSE;
+    }
+    if (ended.si_pid == 0)
+        return RESULT_TIMED_OUT;
+    *exitCode = ended.si_code == CLD_EXITED ? ended.si_status : ENDED_BY_SIGNAL + ended.si_status;
+    ::close(static_cast<int>(process));
+    return RESULT_OK;
+}
+
+} // namespace
+
+int vxsys::detail::openChildHandle(pid_t child, std::uint32_t& handle) noexcept
+{
+    Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+    if (!process.isOpen() && errno == ESRCH) {
+        handle = COLLECTED_CHILD;
+        return 0;
+    }
+    if (!process.isOpen())
+        return errno;
+    if (const int error = process.get() <= STDERR_FILENO ? process.moveAboveStandardStreams() : 0)
+        return error;
+    handle = static_cast<std::uint32_t>(process.release());
+    return 0;
+}
+
+std::int32_t VXProcessJoin(std::uint32_t process, std::int32_t* exitCode) noexcept
+{
+    return waitFor(process, 0, exitCode);
+}
+
+std::int32_t VXProcessGetExitCode(std::uint32_t process, std::int32_t* exitCode) noexcept
+{
+    return waitFor(process, WNOHANG, exitCode);
+}
+
+std::int32_t VXProcessDetach(std::uint32_t process) noexcept
+{
+    std::int32_t exitCode = 0;
+    const std::int32_t result = waitFor(process, WNOHANG, &exitCode);
+    if (result == RESULT_TIMED_OUT)
+        return reapLater(Descriptor(static_cast<int>(process)));
+    return failed(result) ? result : RESULT_OK;
+}
+
+std::int32_t VXProcessDrain(std::uint32_t pipe) noexcept
+{
+    if (pipe > INT_MAX)
+        return RESULT_INVALID_HANDLE;
+    return drainLater(Descriptor(static_cast<int>(pipe)));
+}
