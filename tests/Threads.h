@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <functional>
+#include <pthread.h>
 #include <thread>
 #include <vector>
 
@@ -15,6 +16,18 @@ void inThreads(int count, Work work)
     std::vector<std::jthread> threads;
     for (int thread = 0; thread < count; ++thread)
         threads.emplace_back([&work, thread] { work(thread); });
+}
+
+/// Null after the end of `work` in a thread of its own, the argument of a `pthread_exit` inside it otherwise.
+template <class Work>
+void* endOf(Work work)
+{
+    pthread_t thread;
+    const auto run = [](void* argument) -> void* { return (*static_cast<Work*>(argument))(), nullptr; };
+    EXPECT_EQ(::pthread_create(&thread, nullptr, run, &work), 0);
+    void* end = nullptr;
+    ::pthread_join(thread, &end);
+    return end;
 }
 
 /// A thread that does one thing, and lets others see whether it waits.

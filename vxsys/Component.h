@@ -11,7 +11,8 @@ class IVXUnknown;
 /// from shared libraries by what the hive VX_HKEY_CLASSES_32 of the registry says: below a key named by the ProgID, `CLSID`
 /// holds the class identifier; below `CLSID` and the identifier in braces, `InprocServer32` holds the library, both as
 /// default values. `module` names the calling library by an address inside it. A null out-parameter gives RESULT_POINTER,
-/// another null argument RESULT_INVALID_ARGUMENT; `outer` may be null. All are safe between threads.
+/// another null argument RESULT_INVALID_ARGUMENT; `outer` may be null. All are safe between threads. None throws, but a thread
+/// may end by `pthread_exit` in the code that they call.
 extern "C" {
 
 /// Tells that the library around `module` is ready (1) or about to leave (0). Objects are created for ready modules only.
@@ -26,10 +27,10 @@ VXSYS_API std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* cla
 /// of `VXModuleLibOpen`, RESULT_SYMBOL_NOT_FOUND without `VXGetClassObject`, RESULT_INVALID_NAME for a path that is no full
 /// one, and RESULT_ACCESS_DENIED unless it and the folders above it are the user's or root's and nobody else may write there.
 VXSYS_API std::int32_t VXModuleComCreateObject(
-    const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
+    const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object);
 /// Both steps in one, for the program itself.
 VXSYS_API std::int32_t VXComCreateObjectByProgID(
-    const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
+    const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object);
 
 /// What a component library exports under these names less "Function", as C functions. The first gives the class's factory,
 /// which in `iid` is asked for as `IVXClassFactory`, counted for the caller. The second gives 0 when nothing of the library is
@@ -42,14 +43,14 @@ using VXUnregisterServerFunction = std::int32_t (*)();
 
 /// Takes out of the process the component libraries that say that they are not in use, and gives the number of those that
 /// have left it. No thread may be inside the last `Release` of an object of theirs.
-VXSYS_API std::int32_t VXComFreeUnusedLibraries() noexcept;
+VXSYS_API std::int32_t VXComFreeUnusedLibraries();
 /// The same, and tells in `*kept` how many libraries are not in use but stay in the process all the same: another part of it
 /// has them open, or the system's loader keeps them because they define a symbol that the whole process shares.
-VXSYS_API std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept) noexcept;
+VXSYS_API std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept);
 /// Has the component library at `path` write its classes into the registry, or take them out. Its failures, or those of its
 /// loading.
-VXSYS_API std::int32_t VXComRegisterLibrary(const char16_t* path) noexcept;
-VXSYS_API std::int32_t VXComUnregisterLibrary(const char16_t* path) noexcept;
+VXSYS_API std::int32_t VXComRegisterLibrary(const char16_t* path);
+VXSYS_API std::int32_t VXComUnregisterLibrary(const char16_t* path);
 /// Whether objects could come from the component library at `path`: RESULT_OK, or why not.
 VXSYS_API std::int32_t VXComCheckLibrary(const char16_t* path) noexcept;
 

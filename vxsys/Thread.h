@@ -3,11 +3,12 @@
 #include "vxsys/Api.h"
 
 #include <cstdint>
+#include <exception>
 
 /// Threads. Negative results are failures; null out-parameters give RESULT_INVALID_ARGUMENT.
 extern "C" {
 
-/// What a thread runs. It must not throw. What it gives is the result of the thread.
+/// What a thread runs. It must not throw. What it gives is the result of the thread. It may end by `pthread_exit`.
 using VXThreadFunction = void* (*)(void* argument);
 
 /// Leads to a thread that has been neither joined nor detached.
@@ -42,3 +43,15 @@ VXSYS_API std::uint64_t VXThreadGetNumber() noexcept;
 /// run.
 VXSYS_API void VXThreadSleep(std::uint32_t milliseconds) noexcept;
 }
+
+namespace vxsys {
+
+/// First in a `catch (...)` around foreign code: throws on what runs through the frames of a thread after `pthread_exit` or
+/// its cancellation. That is no exception, and a handler that keeps it ends the process.
+inline void passForcedUnwind()
+{
+    if (std::current_exception() == nullptr)
+        throw;
+}
+
+} // namespace vxsys

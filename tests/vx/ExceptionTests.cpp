@@ -1,3 +1,4 @@
+#include "tests/Threads.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 #include "vx/vorb/Boundary.h"
@@ -66,6 +67,8 @@ TEST(ComponentBoundary, GivesTheCodeThatBelongsToWhatWasThrown)
     EXPECT_EQ(vorb::resultAtBoundary([]() -> std::int32_t { throw std::bad_alloc(); }), RESULT_OUT_OF_MEMORY);
     for (const std::int32_t success : {RESULT_OK, RESULT_FALSE})
         EXPECT_NO_THROW(throwIfFailed(success));
+    int end = 0;
+    EXPECT_EQ(endOf([&] { vorb::atBoundary(&end, [&]() -> int { ::pthread_exit(&end); }); }), &end);
 }
 
 } // namespace

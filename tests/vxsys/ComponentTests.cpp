@@ -1,4 +1,5 @@
 #include "tests/Slots.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Scratch.h"
 #include "vxsys/Component.h"
 #include "vxsys/Module.h"
@@ -95,6 +96,16 @@ TEST_F(ComponentLibrary, TurnsMisbehaviourIntoAResult)
         EXPECT_EQ(object, nullptr) << behaviour;
     }
     EXPECT_EQ(VXComFreeUnusedLibraries(), 1) << "every factory was let go";
+}
+
+TEST_F(ComponentLibrary, LetsAThreadEndInsideIt)
+{
+    for (const std::uint8_t behaviour : {8, 9}) { // as it gives a factory, and as it gives an object
+        const std::u16string progId = enter(behaviour, m_library.u16string());
+        void* object = nullptr;
+        EXPECT_EQ(endOf([&] { create(progId, &object); }), reinterpret_cast<void*>(behaviour)) << behaviour;
+        EXPECT_EQ(VXComFreeUnusedLibraries(), 1) << "nothing of it is in use";
+    }
 }
 
 TEST_F(ComponentLibrary, TellsWhyALibraryCannotServe)
@@ -270,6 +281,14 @@ TEST(Component, RevokesAnOfferFromInsideItsCreation)
     };
     ASSERT_EQ(VXComRegisterClassObject(u"Test.One", &FIRST_CLASS, create, &token, &token), 0);
     EXPECT_EQ(createdBy(u"Test.One"), &token);
+}
+
+TEST(Component, LetsAThreadEndInsideACreation)
+{
+    int end = 0;
+    Offer offer(u"Test.One", FIRST_CLASS, &end,
+        [](void* context, IVXUnknown*, const _GUID*, void**) -> std::int32_t { ::pthread_exit(context); });
+    EXPECT_EQ(endOf([] { createdBy(u"Test.One"); }), &end);
 }
 
 TEST(Component, WaitsForCreationsBeforeAnOfferIsGone)

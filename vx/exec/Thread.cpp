@@ -3,7 +3,6 @@
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
 
-#include <exception>
 #include <typeinfo>
 
 namespace vx::exec {
@@ -98,9 +97,7 @@ void* Thread::threadWrapper(void* argument)
     try {
         return runnable->run();
     } catch (...) {
-        // `pthread_exit` and a cancellation leave `run` as something that is no C++ exception and must go on.
-        if (std::current_exception() == nullptr)
-            throw;
+        vxsys::passForcedUnwind();
         return nullptr;
     }
 }

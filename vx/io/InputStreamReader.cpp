@@ -2,6 +2,7 @@
 
 #include "vx/io/detail/BridgeChecks.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vxsys/Thread.h"
 
 #include <algorithm>
 #include <cstring>
@@ -64,6 +65,7 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
         try {
             m_converter->convert(m_buffer.get(), &m_position, m_end, target, &done, length);
         } catch (...) {
+            vxsys::passForcedUnwind();
             if (done < length)
                 throw;
             // The caller has all that was asked for. The next call meets the fault again.
@@ -155,6 +157,7 @@ bool InputStreamReader::splitCharacter(char16_t* target, std::int32_t* done, std
         try {
             m_converter->convert(m_buffer.get(), &position, m_end, units, &count, tried);
         } catch (...) {
+            vxsys::passForcedUnwind();
             if (count == 0 && *done == 0)
                 throw;
             // What was decoded before comes first. The next call meets the fault again.

@@ -102,6 +102,7 @@ public:
             try {
                 handOver(entry.get());
             } catch (...) {
+                vxsys::passForcedUnwind();
                 if (failure == nullptr)
                     failure = std::current_exception();
             }
@@ -193,13 +194,14 @@ private:
             m_threads.push_back(thread);
     }
 
-    static void* runWorker(void* argument) noexcept
+    static void* runWorker(void* argument)
     {
         Reference<AsyncProcessorImpl> self;
         self.attach(static_cast<AsyncProcessorImpl*>(argument));
         try {
             self->run();
         } catch (...) { // the target's, which ends this worker
+            vxsys::passForcedUnwind();
         }
         return nullptr;
     }
@@ -209,6 +211,7 @@ private:
         try {
             handOver(entry);
         } catch (...) {
+            vxsys::passForcedUnwind();
             if (m_failures == AsyncProcessor::Failures::END_WORKER)
                 throw;
         }

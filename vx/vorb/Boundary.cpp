@@ -1,12 +1,13 @@
 #include "vx/vorb/Boundary.h"
 
 #include "vx/Exception.h"
+#include "vxsys/Thread.h"
 
 #include <new>
 
 namespace vx::vorb {
 
-std::int32_t resultOfCurrentException() noexcept
+std::int32_t resultOfCurrentException()
 {
     try {
         throw;
@@ -15,6 +16,7 @@ std::int32_t resultOfCurrentException() noexcept
     } catch (const std::bad_alloc&) {
         return RESULT_OUT_OF_MEMORY;
     } catch (...) {
+        vxsys::passForcedUnwind();
         return RESULT_FAIL;
     }
 }

@@ -10,12 +10,12 @@
 namespace vx::vorb {
 
 /// The result code of the exception in flight: its own for an `Exception`, RESULT_OUT_OF_MEMORY for std::bad_alloc,
-/// RESULT_FAIL for anything else. Call it from a handler only.
-VX_API std::int32_t resultOfCurrentException() noexcept;
+/// RESULT_FAIL for anything else. Call it from a handler only. The end of the thread by `pthread_exit` goes on.
+VX_API std::int32_t resultOfCurrentException();
 
 /// Runs the work of a component operation; what it throws becomes the result.
 template <std::invocable Work>
-std::int32_t atBoundary(Work&& work) noexcept
+std::int32_t atBoundary(Work&& work)
 {
     try {
         std::forward<Work>(work)();
@@ -27,7 +27,7 @@ std::int32_t atBoundary(Work&& work) noexcept
 
 /// As above for work that gives a result code itself.
 template <std::invocable Work>
-std::int32_t resultAtBoundary(Work&& work) noexcept
+std::int32_t resultAtBoundary(Work&& work)
 {
     try {
         return std::forward<Work>(work)();
@@ -38,7 +38,7 @@ std::int32_t resultAtBoundary(Work&& work) noexcept
 
 /// As `atBoundary` for work with an answer: cleared first, so that a failing caller never sees a stale one.
 template <typename Out, std::invocable Work>
-std::int32_t atBoundary(Out* out, Work&& work) noexcept
+std::int32_t atBoundary(Out* out, Work&& work)
 {
     if (out == nullptr)
         return RESULT_POINTER;

@@ -2,6 +2,7 @@
 
 #include "vxsys/Result.h"
 #include "vxsys/Text.h"
+#include "vxsys/Thread.h"
 #include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/ComponentLibrary.h"
 
@@ -114,13 +115,14 @@ public:
 
     bool hasOffer() const noexcept { return m_offer != nullptr; }
 
-    std::int32_t run(IVXUnknown* outer, const _GUID* iid, void** object) const noexcept
+    std::int32_t run(IVXUnknown* outer, const _GUID* iid, void** object) const
     {
         try {
             return m_offer->create(m_offer->context, outer, iid, object);
         } catch (const std::bad_alloc&) {
             return RESULT_OUT_OF_MEMORY;
         } catch (...) {
+            vxsys::passForcedUnwind();
             return RESULT_FAIL;
         }
     }
@@ -155,7 +157,7 @@ bool findOffered(std::u16string_view progId, _GUID& classId) noexcept
     return found != nullptr;
 }
 
-std::int32_t createObject(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+std::int32_t createObject(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object)
 {
     const Creation creation(classId);
     const std::int32_t result
@@ -193,7 +195,7 @@ std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noex
 }
 
 std::int32_t VXModuleComCreateObject(
-    const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+    const void* module, const _GUID* classId, IVXUnknown* outer, const _GUID* iid, void** object)
 {
     if (object == nullptr)
         return RESULT_POINTER;
@@ -205,8 +207,7 @@ std::int32_t VXModuleComCreateObject(
     return createObject(*classId, outer, iid, object);
 }
 
-std::int32_t VXComCreateObjectByProgID(
-    const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+std::int32_t VXComCreateObjectByProgID(const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object)
 {
     if (object == nullptr)
         return RESULT_POINTER;

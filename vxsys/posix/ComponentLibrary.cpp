@@ -2,12 +2,14 @@
 
 #include "vxsys/Registry.h"
 #include "vxsys/Result.h"
+#include "vxsys/Thread.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/LibraryFile.h"
 
 #include <cstring>
 #include <dlfcn.h>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -88,13 +90,14 @@ std::int32_t readText(const KeyName& key, char16_t (&text)[SIZE]) noexcept
 
 /// Calls into a library. What it throws must not go through the frames of those who call us.
 template <class Call>
-std::int32_t callOut(Call&& call) noexcept
+std::int32_t callOut(Call&& call)
 {
     try {
         return call();
     } catch (const std::bad_alloc&) {
         return RESULT_OUT_OF_MEMORY;
     } catch (...) {
+        vxsys::passForcedUnwind();
         return RESULT_FAIL;
     }
 }
@@ -199,7 +202,7 @@ std::int32_t findClass(const char16_t* progId, _GUID& classId) noexcept
     return failed(VXComGUIDFromString(text, &classId)) ? RESULT_CLASS_NOT_AVAILABLE : RESULT_OK;
 }
 
-std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept
+std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object)
 {
     char16_t identifier[40];
     VXComStringFromGUID(&classId, identifier, std::size(identifier));
@@ -218,10 +221,10 @@ std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _G
         return result;
     if (factory == nullptr)
         return RESULT_NO_INTERFACE;
-    auto* self = static_cast<Factory*>(factory);
-    result = callOut([&] { return self->operations->createInstance(self, outer, iid, object); });
-    callOut([&] { return static_cast<std::int32_t>(self->operations->release(self)); });
-    return result;
+    const auto release
+        = [](Factory* self) { callOut([&] { return static_cast<std::int32_t>(self->operations->release(self)); }); };
+    const std::unique_ptr<Factory, decltype(release)> self(static_cast<Factory*>(factory), release);
+    return callOut([&] { return self->operations->createInstance(self.get(), outer, iid, object); });
 }
 
 } // namespace vxsys::detail
@@ -233,20 +236,21 @@ namespace {
 
 /// Has the library at `path` in the process for one call of `work` with its handle.
 template <class Work>
-std::int32_t withLibrary(const char16_t* path, Work&& work) noexcept
+std::int32_t withLibrary(const char16_t* path, Work&& work)
 {
     if (path == nullptr)
         return RESULT_INVALID_ARGUMENT;
     VXLibHandle handle;
-    std::int32_t result = openTrustedLibrary(path, &handle);
-    if (failed(result))
+    if (const std::int32_t result = openTrustedLibrary(path, &handle); failed(result))
         return result;
-    result = work(handle);
-    VXModuleLibClose(nullptr, handle);
-    return result;
+    const struct Closer {
+        ~Closer() { VXModuleLibClose(nullptr, handle); }
+        const VXLibHandle handle;
+    } closer {handle};
+    return work(handle);
 }
 
-std::int32_t callExport(const char16_t* path, const char16_t* name) noexcept
+std::int32_t callExport(const char16_t* path, const char16_t* name)
 {
     return withLibrary(path, [&](VXLibHandle handle) {
         std::int32_t (*function)();
@@ -283,27 +287,37 @@ bool hasSameLibrary(const LoadedLibrary* list, const LoadedLibrary& library) noe
     return list != nullptr;
 }
 
+/// Taken out of the list that others see, and put back at the end.
+struct TakenLibraries {
+    ~TakenLibraries()
+    {
+        const StateGuard guard(g_lock);
+        while (first != nullptr)
+            pushFront(g_libraries, popFront(first));
+    }
+
+    LoadedLibrary* first = nullptr;
+};
+
 struct FreedLibraries {
     std::int32_t gone = 0;
     std::int32_t kept = 0;
 };
 
-FreedLibraries freeUnusedLibraries() noexcept
+FreedLibraries freeUnusedLibraries()
 {
-    LoadedLibrary* idle = nullptr;
-    LoadedLibrary* used = nullptr;
+    TakenLibraries used;
     LoadedLibrary* closed = nullptr;
     const auto next = [&] {
         const StateGuard guard(g_lock);
         return takeIdle(g_libraries);
     };
     // Outside the lock, and in no list that others see: a thread that needs the library meanwhile opens it once more.
-    while ((idle = next()) != nullptr) {
+    while (LoadedLibrary* idle = next()) {
+        pushFront(used.first, idle);
         if (idle->canUnloadNow != nullptr && callOut([&] { return idle->canUnloadNow(); }) == RESULT_OK) {
             VXModuleLibClose(nullptr, idle->handle);
-            pushFront(closed, idle);
-        } else {
-            pushFront(used, idle);
+            pushFront(closed, popFront(used.first));
         }
     }
     // After the last close: a library may have had two entries.
@@ -314,20 +328,17 @@ FreedLibraries freeUnusedLibraries() noexcept
             ++(isLoaded(*library) ? freed.kept : freed.gone);
         delete library;
     }
-    const StateGuard guard(g_lock);
-    while (used != nullptr)
-        pushFront(g_libraries, popFront(used));
     return freed;
 }
 
 } // namespace
 
-std::int32_t VXComFreeUnusedLibraries() noexcept
+std::int32_t VXComFreeUnusedLibraries()
 {
     return freeUnusedLibraries().gone;
 }
 
-std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept) noexcept
+std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept)
 {
     if (kept == nullptr)
         return RESULT_POINTER;
@@ -336,12 +347,12 @@ std::int32_t VXComFreeUnusedLibrariesAndCountKept(std::int32_t* kept) noexcept
     return freed.gone;
 }
 
-std::int32_t VXComRegisterLibrary(const char16_t* path) noexcept
+std::int32_t VXComRegisterLibrary(const char16_t* path)
 {
     return callExport(path, u"VXRegisterServer");
 }
 
-std::int32_t VXComUnregisterLibrary(const char16_t* path) noexcept
+std::int32_t VXComUnregisterLibrary(const char16_t* path)
 {
     return callExport(path, u"VXUnregisterServer");
 }

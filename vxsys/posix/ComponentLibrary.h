@@ -12,6 +12,6 @@ namespace vxsys::detail {
 /// RESULT_CLASS_NOT_AVAILABLE where the registry has no such class.
 std::int32_t findClass(const char16_t* progId, _GUID& classId) noexcept;
 /// Has the library of the class create an object through its class factory.
-std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object) noexcept;
+std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object);
 
 } // namespace vxsys::detail

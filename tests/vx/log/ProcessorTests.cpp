@@ -68,6 +68,8 @@ struct Picky : RecordingProcessor {
     {
         if (fieldOf(*entry, u"text") == "bad")
             throw RangeErrorException(u"bad");
+        if (fieldOf(*entry, u"text") == "end")
+            ::pthread_exit(nullptr);
         RecordingProcessor::process(entry);
     }
 };
@@ -98,6 +100,7 @@ TEST(AsyncProcessor, LosesAWorkerOnlyToAThrowingTargetUnlessItKeepsIt)
     } cases[] = {
         {AsyncProcessor::Failures::END_WORKER, "a b bad d e", "a; b", false},
         {AsyncProcessor::Failures::KEEP_WORKER, "a bad c bad", "a; c", true},
+        {AsyncProcessor::Failures::KEEP_WORKER, "a end d e", "a", false},
     };
     for (const auto& row : cases) {
         Reference<Picky> target(new Picky);

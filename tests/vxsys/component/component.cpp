@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <new>
+#include <pthread.h>
 
 using namespace vxsys::results;
 
@@ -26,6 +27,8 @@ struct Factory final {
     }
     virtual std::int32_t CreateInstance(void*, const _GUID*, void** out)
     {
+        if (m_behaviour == 9)
+            ::pthread_exit(reinterpret_cast<void*>(9));
         if (m_behaviour == 5)
             throw 7;
         if (m_behaviour == 6)
@@ -53,6 +56,8 @@ extern "C" __attribute__((visibility("default"))) std::int32_t VXGetClassObject(
         return RESULT_END_OF_FILE;
     case 3:
         return RESULT_OK;
+    case 8:
+        ::pthread_exit(reinterpret_cast<void*>(8));
     case 4:
         throw std::bad_alloc();
     default:
