@@ -42,6 +42,7 @@ void BitOutputStream::write(signed char byte)
 
 void BitOutputStream::flush()
 {
+    m_openTaken = 0;
     if (m_bits > 0) {
         sink().write(static_cast<signed char>(m_byte << (BYTE - m_bits)));
         m_byte = 0;
@@ -55,7 +56,7 @@ void BitOutputStream::write(std::uint32_t value, int bits)
     requireFit(value, bits);
     const std::uint8_t byteBefore = m_byte;
     const int bitsBefore = m_bits;
-    int taken = 0;
+    int taken = value == m_openValue && bits == m_openBits ? m_openTaken : 0;
     try {
         for (; taken < bits; ++taken)
             writeBit((value >> (bits - 1 - taken) & 1) != 0);
@@ -63,6 +64,10 @@ void BitOutputStream::write(std::uint32_t value, int bits)
         if (bitsBefore + taken < BYTE) { // none has left yet
             m_byte = byteBefore;
             m_bits = bitsBefore;
+        } else {
+            m_openValue = value;
+            m_openBits = bits;
+            m_openTaken = taken;
         }
         throw;
     }
@@ -70,6 +75,7 @@ void BitOutputStream::write(std::uint32_t value, int bits)
 
 void BitOutputStream::writeBit(bool bit)
 {
+    m_openTaken = 0;
     const auto byte = static_cast<std::uint8_t>(m_byte << 1 | (bit ? 1 : 0));
     if (m_bits + 1 < BYTE) {
         m_byte = byte;

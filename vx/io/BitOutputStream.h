@@ -8,8 +8,8 @@
 namespace vx::io {
 
 /// Bits, the most significant one of each byte first. Bytes go into the bit stream where it stands. Bits that do not fill
-/// a byte wait for `flush`; `close` writes nothing. A write whose first byte the wrapped stream refuses leaves no bit here
-/// and may be tried again.
+/// a byte wait for `flush`; `close` writes nothing. A write that the wrapped stream refuses may be tried again: it leaves no
+/// bit here, or, after its first byte, does the rest when the same write follows at once.
 class VX_API BitOutputStream : public FilterOutputStream {
 public:
     explicit BitOutputStream(OutputStream* sink);
@@ -42,6 +42,11 @@ private:
 
     std::uint8_t m_byte = 0;
     int m_bits = 0;
+
+    // The last write, if it failed with a part of its bits taken. Nothing has been written since.
+    std::uint32_t m_openValue = 0;
+    int m_openBits = 0;
+    int m_openTaken = 0;
 };
 
 } // namespace vx::io

@@ -64,6 +64,7 @@ void writeBits(OutputStream* sink)
     for (const auto& row : {std::pair(5U, 3), {0x1FU, 8}, {0x2AU, 7}, {0U, 1}, {0x91U, 8}}) {
         retried([&] { out.write(row.first, row.second); });
         retried([&] { out.write(static_cast<signed char>(row.first)); });
+        retried([&] { out.write(0xDEADBEEFU, 32); });
     }
     for (int count = 0; count < 2; ++count)
         retried([&] { out.flush(); });
