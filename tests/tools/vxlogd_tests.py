@@ -198,6 +198,8 @@ class Settings(Served):
             self.assertFails(result, status=2)
             self.assertEqual(result.stdout, b"")
         self.assertFails(vxlogd("-c", "/"), "/: Is a directory", status=2)
+        strange = self.write("\udcff.ini", b"[vxlogd]\n")
+        self.assertFails(vxlogd("-c", strange), "not UTF-8", status=2)
         for arguments, part in [(["--log=" + self.path("none/log")], "none/log: No such file"), (["--encoding=none"], "none"),
                                 (["--log=/"], "/: Is a directory"), (["--listen=no.such.host.invalid"], "no.such.host")]:
             self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments), part)

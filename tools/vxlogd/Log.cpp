@@ -100,27 +100,27 @@ void LogFile::close()
 void LogFile::process(const ILogEntry* entry)
 {
     const Receipt& receipt = static_cast<const Entry*>(entry)->getReceipt();
-    std::string failure;
+    const auto fail = [&](auto&& describe) {
+        receipt.progress->fail(receipt.bytes); // first: to describe the failure takes memory
+        if (!m_isFailing.exchange(true))
+            complain("the log cannot be written: " + describe());
+    };
     try {
-        const std::lock_guard lock(m_lock);
-        if (m_writer == nullptr)
-            throw vx::Exception(u"it is not open");
-        m_writer->process(entry);
-        if (m_syncs)
-            m_file->flush();
+        {
+            const std::lock_guard lock(m_lock);
+            if (m_writer == nullptr)
+                throw vx::Exception(u"it is not open");
+            m_writer->process(entry);
+            if (m_syncs)
+                m_file->flush();
+        }
         m_isFailing = false;
-    } catch (const vx::Exception& exception) {
-        failure = vxtools::textOf(exception);
-    } catch (const std::exception& exception) {
-        failure = exception.what();
-    }
-    if (failure.empty()) {
         receipt.progress->finish(receipt.line, receipt.bytes);
-        return;
+    } catch (const vx::Exception& exception) {
+        fail([&] { return vxtools::textOf(exception); });
+    } catch (const std::exception& exception) {
+        fail([&] { return std::string(exception.what()); });
     }
-    if (!std::exchange(m_isFailing, true))
-        complain("the log cannot be written: " + failure);
-    receipt.progress->fail(receipt.bytes);
 }
 
 void LogFile::open(const Settings& settings)
@@ -146,7 +146,7 @@ void LogFile::open(const Settings& settings)
 }
 
 Intake::Intake(LogFile& file, int workers)
-    : m_processor(vx::log::AsyncProcessor::create(&file, workers))
+    : m_processor(vx::log::AsyncProcessor::create(&file, workers, vx::log::AsyncProcessor::Failures::KEEP_WORKER))
 {
 }
 

@@ -10,6 +10,7 @@
 #include <vx/log/ILogEntry.h>
 #include <vx/log/ILogProcessor.h>
 
+#include <atomic>
 #include <mutex>
 #include <string>
 
@@ -40,7 +41,7 @@ private:
     vx::Reference<vx::io::FileOutputStream> m_file;
     vx::Reference<vx::log::ILogProcessor> m_writer;
     bool m_syncs = false;
-    bool m_isFailing = false;
+    std::atomic<bool> m_isFailing = false;
 };
 
 /// Where lines become entries. Their sequence is that of the log as long as one worker writes it.

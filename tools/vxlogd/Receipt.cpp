@@ -58,12 +58,12 @@ void Progress::finish(std::uint64_t line, std::size_t bytes)
 {
     {
         const std::lock_guard lock(m_lock);
+        if (line != m_state.done + 1)
+            m_ahead.insert(line); // first: it may fail
         --m_state.openLines;
         m_state.openBytes -= bytes;
-        if (line != m_state.done + 1) {
-            m_ahead.insert(line);
+        if (line != m_state.done + 1)
             return;
-        }
         m_state.done = line;
         while (!m_ahead.empty() && *m_ahead.begin() == m_state.done + 1) {
             ++m_state.done;

@@ -1,6 +1,7 @@
 #include "Settings.h"
 
 #include "common/Failure.h"
+#include "common/FileName.h"
 #include "common/Input.h"
 
 #include <vx/TerminatedText.h>
@@ -102,9 +103,9 @@ void set(Settings& settings, const SettingRow& row, const std::string& text, con
 void readFile(Settings& settings, const std::string& path)
 {
     constexpr unsigned int LONGEST_VALUE = 512;
-    const vx::String name = std::string_view(path);
     try {
         const vxtools::Input readable(path); // tells why it is not
+        const vx::String name = vxtools::canonicalPath(path);
         vx::util::IniFile file(vx::TerminatedText(name), nullptr, 1);
         for (vx::util::IniFileKeyIterator keys(file, SET); keys.hasNext();) {
             const vx::String key = keys.next();

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <exception>
+#include <new>
 #include <sys/time.h>
 #include <utility>
 
@@ -35,6 +36,24 @@ private:
     std::array<TcpWorkerSocket2*, Shard::MOST_CONNECTIONS + 1> m_sockets {};
     std::uint32_t m_count = 0;
 };
+
+/// False, with a complaint, where the connection has to be dropped.
+template <class Work>
+bool succeeds(Work&& work)
+{
+    try {
+        try {
+            work();
+            return true;
+        } catch (const vx::Exception& failure) {
+            complain("a connection is dropped: " + vxtools::textOf(failure));
+        } catch (const std::exception& failure) {
+            complain(std::string("a connection is dropped: ") + failure.what());
+        }
+    } catch (const std::bad_alloc&) { // there is no memory to say so
+    }
+    return false;
+}
 
 } // namespace
 
@@ -97,8 +116,12 @@ void Shard::takeOver()
         const std::lock_guard lock(m_lock);
         taken.swap(m_new);
     }
-    for (std::unique_ptr<TcpWorkerSocket2>& socket : taken)
-        m_connections.push_back(std::make_unique<Connection>(std::move(socket), m_intake, m_limits, m_waker));
+    for (std::unique_ptr<TcpWorkerSocket2>& socket : taken) {
+        if (!succeeds([&] {
+                m_connections.push_back(std::make_unique<Connection>(std::move(socket), m_intake, m_limits, m_waker));
+            }))
+            --m_size;
+    }
 }
 
 void Shard::wait()
@@ -131,16 +154,11 @@ void Shard::wait()
     }
     for (std::size_t index = m_connections.size(); index-- > 0;) {
         Connection& connection = *m_connections[index];
-        try {
-            serve(connection, isAnyReady && readers.has(connection.getSocket()),
-                isAnyReady && writers.has(connection.getSocket()));
-        } catch (const vx::Exception& failure) {
-            complain("a connection is dropped: " + vxtools::textOf(failure));
+        if (!succeeds([&] {
+                serve(connection, isAnyReady && readers.has(connection.getSocket()),
+                    isAnyReady && writers.has(connection.getSocket()));
+            }))
             drop(index);
-        } catch (const std::exception& failure) {
-            complain(std::string("a connection is dropped: ") + failure.what());
-            drop(index);
-        }
     }
 }
 
