@@ -2,6 +2,7 @@
 
 #include <vx/TerminatedText.h>
 #include <vx/text/charset/CharsetException.h>
+#include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <string_view>
@@ -18,16 +19,6 @@ constexpr std::size_t MOST_HELD = 4; ///< units that a decoder may store at the 
 std::int32_t unitSizeOf(std::u16string_view encoding)
 {
     return encoding.starts_with(u"UTF-32") ? 4 : encoding.starts_with(u"UTF-16") ? 2 : 1;
-}
-
-bool isSurrogate(char16_t unit)
-{
-    return (unit & 0xF800) == 0xD800;
-}
-
-bool isPair(char16_t lead, char16_t trail)
-{
-    return (lead & 0xFC00) == 0xD800 && (trail & 0xFC00) == 0xDC00;
 }
 
 } // namespace
@@ -102,15 +93,11 @@ void LossyReader::fill()
 void replaceLoneSurrogates(vx::String& text)
 {
     const std::u16string_view view = text.view();
-    if (std::ranges::none_of(view, isSurrogate))
+    if (std::ranges::none_of(view, vxsys::isSurrogate<char16_t>))
         return;
     std::u16string whole(view);
     for (std::size_t index = 0; index < whole.size(); ++index) {
-        if (!isSurrogate(whole[index]))
-            continue;
-        if (index + 1 < whole.size() && isPair(whole[index], whole[index + 1]))
-            ++index;
-        else
+        if (vxsys::isLoneSurrogate(view, index))
             whole[index] = REPLACEMENT;
     }
     text = vx::String(std::u16string_view(whole));

@@ -14,6 +14,7 @@
 #include <vx/io/InputStreamReader.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/text/charset/CharsetException.h>
+#include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -152,11 +153,11 @@ private:
     /// "U+20AC", of which the unit at `index` is the whole or a half.
     std::string nameOf(std::u16string_view text, std::size_t index) const
     {
-        if (isLead(text[index]) && index + 1 < text.size())
+        if (vxsys::isLead(text[index]) && index + 1 < text.size())
             ++index;
         std::uint32_t character = text[index];
-        if (isTrail(text[index]))
-            character = codePoint(index > 0 ? text[index - 1] : m_last, text[index]);
+        if (vxsys::isTrail(text[index]))
+            character = vxsys::codePoint(index > 0 ? text[index - 1] : m_last, text[index]);
         char name[16];
         std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(character));
         return name;

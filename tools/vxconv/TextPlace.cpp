@@ -1,5 +1,7 @@
 #include "TextPlace.h"
 
+#include <vxsys/Surrogate.h>
+
 #include <algorithm>
 
 namespace vxconv {
@@ -12,7 +14,8 @@ void TextPlace::advance(std::u16string_view text) noexcept
         text.remove_prefix(end + 1);
     }
     // A pair counts at its second half, so that a piece that ends between the two stands in front of the pair.
-    m_column += static_cast<std::int64_t>(text.size()) - std::count_if(text.begin(), text.end(), isLead);
+    m_column
+        += static_cast<std::int64_t>(text.size()) - std::count_if(text.begin(), text.end(), vxsys::isLead<char16_t>);
 }
 
 std::string TextPlace::toString() const
@@ -27,16 +30,16 @@ std::size_t SurrogatePairs::findLone(std::u16string_view text) noexcept
         if (!m_isOpen && text.size() - index >= BLOCK) {
             unsigned surrogates = 0; // without a branch, the compiler vectorises this
             for (std::size_t offset = 0; offset < BLOCK; ++offset)
-                surrogates += (text[index + offset] & 0xF800) == 0xD800 ? 1U : 0U;
+                surrogates += vxsys::isSurrogate(text[index + offset]) ? 1U : 0U;
             if (surrogates == 0) {
                 index += BLOCK;
                 continue;
             }
         }
         for (const std::size_t end = std::min(text.size(), index + BLOCK); index < end; ++index) {
-            if (isTrail(text[index]) != m_isOpen)
+            if (vxsys::isTrail(text[index]) != m_isOpen)
                 return index;
-            m_isOpen = isLead(text[index]);
+            m_isOpen = vxsys::isLead(text[index]);
         }
     }
     return text.npos;

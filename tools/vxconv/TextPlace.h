@@ -6,22 +6,6 @@
 
 namespace vxconv {
 
-/// The first and the second half of a surrogate pair.
-constexpr bool isLead(char16_t unit) noexcept
-{
-    return (unit & 0xFC00) == 0xD800;
-}
-
-constexpr bool isTrail(char16_t unit) noexcept
-{
-    return (unit & 0xFC00) == 0xDC00;
-}
-
-constexpr std::uint32_t codePoint(char16_t lead, char16_t trail) noexcept
-{
-    return 0x10000 + ((lead & 0x3FFU) << 10) + (trail & 0x3FFU);
-}
-
 /// Where a text stands that comes in pieces: the line and the character in it, both from 1. A line ends with LF.
 class TextPlace {
 public:

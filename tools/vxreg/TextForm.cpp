@@ -1,6 +1,7 @@
 #include "vxreg/TextForm.h"
 
 #include <vx/Exception.h>
+#include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <charconv>
@@ -40,16 +41,6 @@ bool isControl(char16_t unit)
     return unit < 0x20 || unit == 0x7F;
 }
 
-/// Whether the unit at `at` is half of a pair without the other half.
-bool isLone(std::u16string_view text, std::size_t at)
-{
-    const auto isLead = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
-    const auto isTrail = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
-    if (isLead(text[at]))
-        return at + 1 == text.size() || !isTrail(text[at + 1]);
-    return isTrail(text[at]) && (at == 0 || !isLead(text[at - 1]));
-}
-
 std::string quote(const String& text)
 {
     std::u16string quoted = u"\"";
@@ -61,7 +52,7 @@ std::string quote(const String& text)
         if (const std::size_t at = PLAIN.find(unit); at != PLAIN.npos) {
             quoted += u'\\';
             quoted += SHORT[at];
-        } else if (isControl(unit) || isLone(units, i)) {
+        } else if (isControl(unit) || vxsys::isLoneSurrogate(units, i)) {
             const std::string digits = hexOf(unit, 4);
             quoted += u"\\u";
             quoted.append(digits.begin(), digits.end());

@@ -3,6 +3,7 @@
 #include "vx/io/EntryStream.h"
 #include "vx/io/detail/BridgeChecks.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vxsys/Surrogate.h"
 
 #include <limits>
 #include <utility>
@@ -11,6 +12,7 @@ namespace vx::io {
 
 using text::charset::CharToByteConverter;
 using text::charset::InvalidCharacterException;
+using vxsys::isLead;
 
 namespace {
 
@@ -19,11 +21,6 @@ constexpr int MAX_IDLE_ROUNDS = 3;
 
 /// Far more than any encoding holds back.
 constexpr int MAX_FLUSH_ROUNDS = 16;
-
-bool isLead(char16_t unit) noexcept
-{
-    return (unit & 0xFC00) == 0xD800;
-}
 
 /// Adds what was consumed, however the block is left.
 class [[nodiscard]] Advance {

@@ -10,6 +10,7 @@
 #include "vx/log/detail/EntryText.h"
 #include "vx/log/detail/FieldOrder.h"
 #include "vx/text/charset/detail/Unicode.h"
+#include "vxsys/Surrogate.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -24,10 +25,9 @@ using namespace std::string_view_literals;
 
 using detail::EntryText;
 using detail::FieldOrder;
-using text::charset::detail::isLead;
-using text::charset::detail::isSurrogate;
-using text::charset::detail::isTrail;
 using text::charset::detail::REPLACEMENT;
+using vxsys::isLoneSurrogate;
+using vxsys::isSurrogate;
 
 /// Calls `take(name, printValue)` with each field of `entry`, in the order of its names; `printValue` appends the value's
 /// text to an `EntryText`.
@@ -67,19 +67,12 @@ constexpr std::u16string_view escapeOf(char16_t unit) noexcept
     }
 }
 
-/// Whether the unit at `index` is half of a surrogate pair without the other half. No encoding takes it.
-constexpr bool isHalf(std::u16string_view text, std::size_t index) noexcept
-{
-    if (isLead(text[index]))
-        return index + 1 == text.size() || !isTrail(text[index + 1]);
-    return isTrail(text[index]) && (index == 0 || !isLead(text[index - 1]));
-}
-
 /// Whether XML 1.0 has no place for the unit at `index`: controls, halves of pairs and two non-characters.
 constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
 {
     const char16_t unit = text[index];
-    return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE || isHalf(text, index);
+    return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE
+        || isLoneSurrogate(text, index);
 }
 
 /// Looks at four units in one step: hardly any entry has a surrogate.
@@ -94,7 +87,7 @@ bool hasSurrogates(std::u16string_view text) noexcept
         if (((others - EACH) & ~others & EACH * 0x8000) != 0)
             return true;
     }
-    return std::any_of(text.begin() + static_cast<std::ptrdiff_t>(index), text.end(), isSurrogate);
+    return std::any_of(text.begin() + static_cast<std::ptrdiff_t>(index), text.end(), isSurrogate<char16_t>);
 }
 
 /// Puts U+FFFD in the place of each half of a surrogate pair: one of them must not keep its entry out of the log.
@@ -103,7 +96,7 @@ void replaceHalves(char16_t* text, std::size_t length) noexcept
     if (!hasSurrogates({text, length}))
         return;
     for (std::size_t index = 0; index < length; ++index) {
-        if (isHalf({text, length}, index))
+        if (isLoneSurrogate({text, length}, index))
             text[index] = REPLACEMENT;
     }
 }

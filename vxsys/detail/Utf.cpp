@@ -1,23 +1,12 @@
 #include "vxsys/detail/Utf.h"
 
+#include "vxsys/Surrogate.h"
+
 #include <cstdint>
 
 namespace vxsys::detail {
 
 namespace {
-
-constexpr std::uint32_t FIRST_BEYOND_BASIC_PLANE = 0x10000;
-constexpr std::uint32_t LAST_CODE_POINT = 0x10FFFF;
-
-constexpr bool isLead(std::uint32_t unit) noexcept
-{
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-constexpr bool isTrail(std::uint32_t unit) noexcept
-{
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
 
 constexpr char continuation(std::uint32_t codePoint, unsigned shift) noexcept
 {
@@ -59,23 +48,21 @@ Conversion utf16ToUtf8(std::u16string_view source, char* target, std::size_t siz
 {
     std::size_t written = 0;
     for (std::size_t i = 0; i < source.size(); ++i) {
-        std::uint32_t codePoint = source[i];
-        if (isTrail(codePoint))
-            return {Outcome::badText, written};
-        if (isLead(codePoint)) {
-            if (++i == source.size() || !isTrail(source[i]))
+        std::uint32_t value = source[i];
+        if (isSurrogate(value)) {
+            if (isTrail(value) || ++i == source.size() || !isTrail(source[i]))
                 return {Outcome::badText, written};
-            codePoint = FIRST_BEYOND_BASIC_PLANE + ((codePoint & 0x3FF) << 10) + (source[i] & 0x3FFU);
+            value = codePoint(source[i - 1], source[i]);
         }
 
-        const std::size_t bytes = bytesFor(codePoint);
+        const std::size_t bytes = bytesFor(value);
         if (size - written < bytes)
             return {Outcome::noRoom, written};
         unsigned shift = 6 * static_cast<unsigned>(bytes - 1);
-        target[written++] = static_cast<char>(FORMS[bytes - 1].lead | codePoint >> shift);
+        target[written++] = static_cast<char>(FORMS[bytes - 1].lead | value >> shift);
         while (shift != 0) {
             shift -= 6;
-            target[written++] = continuation(codePoint, shift);
+            target[written++] = continuation(value, shift);
         }
     }
     return {Outcome::done, written};
@@ -89,25 +76,24 @@ Conversion utf8ToUtf16(std::string_view source, char16_t* target, std::size_t si
         const Form* form = formOf(lead);
         if (form == nullptr || source.size() - i < form->more)
             return {Outcome::badText, written};
-        std::uint32_t codePoint = lead & ~form->mask & 0xFFU;
+        std::uint32_t value = lead & ~form->mask & 0xFFU;
         for (unsigned rest = form->more; rest != 0; --rest) {
             const auto next = static_cast<std::uint8_t>(source[i++]);
             if ((next & 0xC0) != 0x80)
                 return {Outcome::badText, written};
-            codePoint = codePoint << 6 | (next & 0x3FU);
+            value = value << 6 | (next & 0x3FU);
         }
-        if (codePoint < form->least || codePoint > LAST_CODE_POINT || isLead(codePoint) || isTrail(codePoint))
+        if (value < form->least || value > LAST_CODE_POINT || isSurrogate(value))
             return {Outcome::badText, written};
 
-        const bool isPair = codePoint >= FIRST_BEYOND_BASIC_PLANE;
+        const bool isPair = value >= FIRST_BEYOND_BASIC_PLANE;
         if (size - written < 1U + isPair)
             return {Outcome::noRoom, written};
         if (isPair) {
-            codePoint -= FIRST_BEYOND_BASIC_PLANE;
-            target[written++] = static_cast<char16_t>(0xD800 | codePoint >> 10);
-            target[written++] = static_cast<char16_t>(0xDC00 | (codePoint & 0x3FF));
+            target[written++] = leadOf(value);
+            target[written++] = trailOf(value);
         } else {
-            target[written++] = static_cast<char16_t>(codePoint);
+            target[written++] = static_cast<char16_t>(value);
         }
     }
     return {Outcome::done, written};

@@ -10,6 +10,7 @@
 #include "vx/text/charset/detail/EncodeText.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/RWCharBuffer.h"
+#include "vxsys/Surrogate.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
@@ -86,7 +87,7 @@ std::int64_t lengthInUtf8(std::u16string_view text) noexcept
 {
     std::int64_t bytes = 0;
     for (const char16_t unit : text)
-        bytes += 1 + (unit >= 0x80 ? 1 : 0) + (unit >= 0x800 && (unit & 0xF800) != 0xD800 ? 1 : 0);
+        bytes += 1 + (unit >= 0x80 ? 1 : 0) + (unit >= 0x800 && !vxsys::isSurrogate(unit) ? 1 : 0);
     return bytes;
 }
 

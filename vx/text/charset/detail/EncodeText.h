@@ -2,6 +2,7 @@
 
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/detail/Unicode.h"
 
 #include <cstdint>
 #include <string_view>
@@ -19,7 +20,7 @@ inline void encodeText(CharToByteConverter& encoder, std::u16string_view text, s
     } catch (const InvalidCharacterException&) {
         // Some encoders take the lead of a surrogate pair although there is no room for its bytes. Here the pair stays whole.
         const auto next = static_cast<std::size_t>(position);
-        if (next == 0 || next >= text.size() || (text[next] & 0xFC00) != 0xDC00)
+        if (next == 0 || next >= text.size() || !isTrail(text[next]))
             throw;
         encoder.reset();
         --position;
