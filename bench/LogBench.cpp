@@ -12,7 +12,9 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 #ifdef VX_BENCH_SPDLOG
 #include <atomic>
@@ -78,15 +80,42 @@ const std::string& ownEntry()
     return entry;
 }
 
+/// An entry with a time stamp, in the form of the locale "C".
+std::string stamped(const std::string& entry)
+{
+    return "timestamp=11/19/26 02:58:01\n" + entry;
+}
+
 void sync(benchmark::State& state)
 {
     const LogFile log;
     const Reference<log::Logger> logger = log::Logger::create();
     logger->addProcessor(writerTo(log, static_cast<Reach>(state.range(0))).get());
+    logger->enableField(u"timestamp", state.range(1) != 0);
     const String text(TEXT);
     for (auto _ : state)
         logger->log(2, text);
-    log.expectEntries(state, state.iterations(), ownEntry());
+    log.expectEntries(state, state.iterations(), state.range(1) != 0 ? stamped(ownEntry()) : ownEntry());
+}
+
+/// Counts entries and drops them.
+class Drop final : public Object, public log::ILogProcessor {
+public:
+    VX_OBJECT_UNKNOWN(Object)
+    void process(const log::ILogEntry*) override { ++m_count; }
+    std::int64_t m_count = 0;
+};
+
+void build(benchmark::State& state)
+{
+    const Reference<log::Logger> logger = log::Logger::create();
+    const Reference<Drop> drop(new Drop);
+    logger->addProcessor(drop.get());
+    const String text(TEXT);
+    for (auto _ : state)
+        logger->log(2, text);
+    if (drop->m_count != state.iterations())
+        state.SkipWithError("entries are missing");
 }
 
 constexpr int BURST = 4096;
@@ -101,16 +130,23 @@ double secondsOfThread()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Bursts that find an idle worker: what the caller pays, or all of it until the last entry is in the file.
+/// Bursts from some threads that find an idle worker: what a caller pays, or all of it until the last entry is in the file.
 template <class Log, class Wait>
 void timeBursts(benchmark::State& state, Log log, Wait wait)
 {
     using Clock = std::chrono::steady_clock;
+    const auto burst = [&] {
+        for (int count = 0; count < BURST; ++count)
+            log();
+    };
     for (auto _ : state) {
         const auto start = Clock::now();
         const double before = secondsOfThread();
-        for (int count = 0; count < BURST; ++count)
-            log();
+        std::vector<std::jthread> others;
+        for (int thread = 1; thread < state.range(1); ++thread)
+            others.emplace_back(burst);
+        burst();
+        others.clear();
         const double called = secondsOfThread() - before;
         wait();
         const std::chrono::duration<double> whole = Clock::now() - start;
@@ -127,12 +163,13 @@ void async(benchmark::State& state)
     const String text(TEXT);
     timeBursts(
         state, [&] { logger->log(2, text); }, [&] { queue->waitUntilDone(); });
-    log.expectEntries(state, state.iterations() * BURST, ownEntry());
+    log.expectEntries(state, state.iterations() * BURST * state.range(1), ownEntry());
 }
 
 #ifdef VX_BENCH_SPDLOG
 
 constexpr char PATTERN[] = "level=%L\ntext=%v\n-------------------------";
+constexpr char STAMPED_PATTERN[] = "timestamp=%D %T\nlevel=%L\ntext=%v\n-------------------------";
 
 /// Flushes to the disk when told to, and counts what it flushes.
 class PeerSink final : public spdlog::sinks::base_sink<std::mutex> {
@@ -190,11 +227,31 @@ void syncPeer(benchmark::State& state)
     else
         sink = std::make_shared<PeerSink>(log.path(), DISK);
     spdlog::logger logger("peer", sink);
-    logger.set_pattern(PATTERN);
+    logger.set_pattern(state.range(1) != 0 ? STAMPED_PATTERN : PATTERN);
     logger.flush_on(spdlog::level::trace);
     for (auto _ : state)
         logger.info(TEXT);
-    log.expectEntries(state, state.iterations(), peerEntry());
+    log.expectEntries(state, state.iterations(), state.range(1) != 0 ? stamped(peerEntry()) : peerEntry());
+}
+
+/// Counts messages and drops them.
+class PeerDrop final : public spdlog::sinks::base_sink<std::mutex> {
+public:
+    std::int64_t m_count = 0;
+
+private:
+    void sink_it_(const spdlog::details::log_msg&) override { ++m_count; }
+    void flush_() override { }
+};
+
+void buildPeer(benchmark::State& state)
+{
+    const auto drop = std::make_shared<PeerDrop>();
+    spdlog::logger logger("peer", drop);
+    for (auto _ : state)
+        logger.info(TEXT);
+    if (drop->m_count != state.iterations())
+        state.SkipWithError("entries are missing");
 }
 
 void asyncPeer(benchmark::State& state)
@@ -209,17 +266,31 @@ void asyncPeer(benchmark::State& state)
     timeBursts(
         state, [&] { logger->info(TEXT); },
         [&] {
-            wanted += BURST;
+            wanted += BURST * state.range(1);
             sink->waitFor(wanted);
         });
-    log.expectEntries(state, state.iterations() * BURST, peerEntry());
+    log.expectEntries(state, state.iterations() * BURST * state.range(1), peerEntry());
 }
 
-BENCHMARK(syncPeer)->ArgName("disk")->Arg(KERNEL)->Arg(DISK);
-BENCHMARK(asyncPeer)->ArgName("whole")->Arg(CALLER)->Arg(WHOLE)->UseManualTime();
 #endif
 
-BENCHMARK(sync)->ArgName("disk")->Arg(KERNEL)->Arg(DISK);
-BENCHMARK(async)->ArgName("whole")->Arg(CALLER)->Arg(WHOLE)->UseManualTime();
+void syncCases(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgNames({"disk", "stamped"})->Args({KERNEL, 0})->Args({KERNEL, 1})->Args({DISK, 0});
+}
+
+void asyncCases(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgNames({"whole", "threads"})->Args({CALLER, 1})->Args({WHOLE, 1})->Args({WHOLE, 4})->UseManualTime();
+}
+
+BENCHMARK(sync)->Apply(syncCases);
+BENCHMARK(build);
+BENCHMARK(async)->Apply(asyncCases);
+#ifdef VX_BENCH_SPDLOG
+BENCHMARK(syncPeer)->Apply(syncCases);
+BENCHMARK(buildPeer);
+BENCHMARK(asyncPeer)->Apply(asyncCases);
+#endif
 
 } // namespace
