@@ -5,15 +5,18 @@
 #include "vx/io/Writer.h"
 #include "vx/log/ILogProcessor.h"
 
+namespace vx::detail {
+class TextBuilder;
+}
+
 namespace vx::log {
 
 class AbstractLogWriter;
 
 namespace detail {
 
-class EntryText;
-
-/// The processor interface of `AbstractLogWriter`, apart from it so that the operation takes no slot among the class's.
+/// The processor interface of `AbstractLogWriter`. It stands between the two so that its operations take no slots among those
+/// of the class.
 class VX_API LogWriterFace : public ILogProcessor {
 public:
     /// One write of the formatted entry, then a flush: the log is complete after each entry. Half of a surrogate pair, which
@@ -23,6 +26,9 @@ public:
 protected:
     LogWriterFace() = default;
     ~LogWriterFace() = default;
+
+    /// Appends the text of the entry: what `format` gives. A writer that overrides this needs no String for an entry.
+    virtual void print(const ILogEntry& entry, vx::detail::TextBuilder& text);
 };
 
 } // namespace detail
@@ -38,17 +44,12 @@ public:
     virtual void flush();
 
 protected:
-    /// The whole text of an entry, line ends included.
+    /// The whole text of an entry, line ends included. The body here, for writers that override `print`, gives what that
+    /// appends.
     virtual String format(const ILogEntry* entry) = 0;
 
     /// The writer is counted as long as this object lives.
     explicit AbstractLogWriter(io::Writer* writer);
-    /// Appends what `format` gives.
-    using Print = void (*)(const AbstractLogWriter& self, const ILogEntry& entry, detail::EntryText& text);
-    /// For a class whose `format` nobody overrides: its entries take no String.
-    AbstractLogWriter(io::Writer* writer, Print print);
-    /// `format` by `print`.
-    String formatByPrint(const ILogEntry* entry) const;
 
     io::Writer& getWriter() const noexcept { return *m_writer; }
 
@@ -56,7 +57,6 @@ private:
     friend class detail::LogWriterFace;
 
     Reference<io::Writer> m_writer;
-    const Print m_print = nullptr;
 };
 
 } // namespace vx::log

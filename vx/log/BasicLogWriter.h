@@ -13,10 +13,10 @@ public:
 
 protected:
     String format(const ILogEntry* entry) override;
+    void print(const ILogEntry& entry, vx::detail::TextBuilder& text) override;
 
 private:
     explicit BasicLogWriter(io::Writer* writer);
-    static void print(const AbstractLogWriter& self, const ILogEntry& entry, detail::EntryText& text);
 };
 
 } // namespace vx::log

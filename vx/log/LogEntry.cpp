@@ -3,56 +3,55 @@
 #include "vx/Exception.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
-#include "vx/String.h"
 #include "vx/collections/Set.h"
+#include "vx/collections/StringHashMap.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
 #include "vx/log/TimeStamp.h"
-#include "vx/log/detail/EntryText.h"
 #include "vx/log/detail/FieldIterator.h"
-#include "vx/log/detail/FieldOrder.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
-
-#include <algorithm>
-#include <cstring>
-#include <type_traits>
 
 namespace vx::log {
 
 namespace {
 
-void checkName(const char16_t* name)
+constexpr std::uint32_t hashOf(std::u16string_view name) noexcept
+{
+    return vx::detail::hashText(name.data(), static_cast<int>(name.size()), false);
+}
+
+/// A name as components give it.
+std::u16string_view checked(const char16_t* name)
 {
     if (name == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
-}
-
-constexpr std::u16string_view nameOf(const STRUCT_VX_STR_LIT_INFO& row) noexcept
-{
-    return {row.text, static_cast<std::size_t>(row.length)};
+    return name;
 }
 
 } // namespace
 
-constexpr std::array<STRUCT_VX_STR_LIT_INFO, LogEntry::LOGGER_FIELD_COUNT> LogEntry::LOGGER_FIELD_NAMES
-    = {literal(u"sequence"), literal(u"thread"), literal(u"name"), literal(u"timestamp"), literal(u"level"),
-        literal(u"text")};
+constexpr std::array<LogEntry::LoggerFieldRow, LogEntry::LOGGER_FIELD_COUNT> LogEntry::LOGGER_FIELDS
+    = {{{u"sequence", hashOf(u"sequence")}, {u"thread", hashOf(u"thread")}, {u"name", hashOf(u"name")},
+        {u"timestamp", hashOf(u"timestamp")}, {u"level", hashOf(u"level")}, {u"text", hashOf(u"text")}}};
 
-LogEntry::LogEntry(const Facts& facts) noexcept
-    : m_facts(facts)
+LogEntry::Field::Field(Field&& other) noexcept
+    : loggerField(other.loggerField)
+    , ownName(other.ownName)
+    , hash(other.hash)
+    , plain(other.plain)
+    , object(other.object.exchange(nullptr, std::memory_order_relaxed))
 {
 }
 
-void* LogEntry::operator new(std::size_t bytes, Room room)
-{
-    static_assert(alignof(LogEntry) >= alignof(char16_t));
-    return vxsys::allocate(bytes + room.units * sizeof(char16_t));
-}
+LogEntry::LogEntry() noexcept = default;
 
-void LogEntry::operator delete(void* memory, Room) noexcept
+LogEntry::~LogEntry() noexcept
 {
-    vxsys::deallocate(memory);
+    for (std::size_t place = 0; place < m_count; ++place) {
+        if (Object* held = at(place).object.load(std::memory_order_relaxed))
+            Reference<Object>().attach(held);
+    }
 }
 
 Reference<LogEntry> LogEntry::create()
@@ -67,309 +66,175 @@ const vx::vorb::InterfaceData* LogEntry::GetComIntfMap()
     return map;
 }
 
-LogEntry::~LogEntry() noexcept
+void LogEntry::addText(LoggerField field, const String& text)
 {
-    dropValues();
+    constexpr std::size_t MOST_UNITS = 256; // longer texts, and those in a buffer with a lock of its own, are shared
+
+    std::u16string_view units;
+    if (vx::detail::PlainBuffer::read(text, &units) && units.size() <= MOST_UNITS) {
+        add(field, keep(units));
+        return;
+    }
+    Reference<Object> shared(new String(text));
+    add(field, {}).object.store(shared.detach(), std::memory_order_relaxed);
 }
 
-void LogEntry::setField(const String& name, const Object* value)
+LogEntry::Field& LogEntry::append(std::u16string_view name, std::uint32_t hash)
+{
+    const Piece ownName = keep(name);
+    if (m_count >= FEW && m_more.size() == m_more.capacity())
+        m_more.reserve(2 * m_more.size() + FEW);
+    if (m_count >= MOST_WITHOUT_INDEX)
+        addToIndex(name);
+    if (m_count >= FEW) // nothing below fails
+        m_more.emplace_back();
+    Field& field = at(m_count++);
+    field.ownName = ownName;
+    field.hash = hash;
+    return field;
+}
+
+LogEntry::Piece LogEntry::keep(std::u16string_view text)
+{
+    const Piece piece {static_cast<std::uint32_t>(m_units.length()), static_cast<std::uint32_t>(text.size())};
+    m_units.append(text);
+    return piece;
+}
+
+void LogEntry::addToIndex(std::u16string_view name)
+{
+    if (m_index == nullptr) {
+        auto index = std::make_unique<Index>();
+        for (std::size_t place = 0; place < m_count; ++place)
+            index->emplace(String(nameOf(at(place))), place);
+        m_index = std::move(index);
+    }
+    m_index->emplace(String(name), m_count);
+}
+
+const LogEntry::Field* LogEntry::find(std::u16string_view name) const
+{
+    if (m_index != nullptr) {
+        const auto found = m_index->find(name);
+        return found != m_index->end() ? &at(found->second) : nullptr;
+    }
+    const std::uint32_t hash = hashOf(name);
+    for (std::size_t place = 0; place < m_count; ++place) {
+        const Field& field = at(place);
+        if (field.hash == hash && nameOf(field) == name)
+            return &field;
+    }
+    return nullptr;
+}
+
+bool LogEntry::hasValue(std::u16string_view name) const
+{
+    const Field* const field = find(name);
+    return field != nullptr && !field->isNull();
+}
+
+Reference<Object> LogEntry::valueOf(std::u16string_view name) const
+{
+    const Field* const field = find(name);
+    if (field == nullptr)
+        return nullptr;
+    Object* value = field->object.load(std::memory_order_acquire);
+    if (value != nullptr || std::holds_alternative<std::monostate>(field->plain))
+        return Reference<Object>(value);
+    Reference<Object> made = makeValue(field->plain);
+    // If two threads are the first to ask, both get the value of one of them.
+    if (!field->object.compare_exchange_strong(value, made.get(), std::memory_order_acq_rel, std::memory_order_acquire))
+        return Reference<Object>(value);
+    static_cast<void>(Reference<Object>(made).detach()); // the field's
+    return made;
+}
+
+Reference<Object> LogEntry::makeValue(const Plain& plain) const
+{
+    struct {
+        Object* operator()(std::monostate) const { return nullptr; }
+        Object* operator()(std::int32_t number) const { return new Integer32(number); }
+        Object* operator()(std::uint32_t number) const { return new UInteger32(number); }
+        Object* operator()(const STRUCT_VX_TIME& time) const { return new TimeStamp(time); }
+        Object* operator()(Piece piece) const { return new String(entry.textOf(piece)); }
+        const LogEntry& entry;
+    } maker {*this};
+    return Reference<Object>(std::visit(maker, plain));
+}
+
+namespace detail {
+
+const LogEntry& LogEntryFace::self() const noexcept
+{
+    return static_cast<const LogEntry&>(*this);
+}
+
+void LogEntryFace::setField(const String& name, const Object* value)
 {
     Reference<Object> held(const_cast<Object*>(value)); // given out as constant only
-    if (m_map == nullptr) {
-        const std::u16string_view text = name.view();
-        if (m_facts.fields != 0 && (isOfLogger(text) || m_fields.size() + LOGGER_FIELD_COUNT >= FEW))
-            spread();
-        for (Field& field : m_fields) {
-            if (field.name.view() == text) {
-                field.value = std::move(held);
-                return;
-            }
-        }
-        if (m_fields.size() < FEW) {
-            if (m_fields.empty())
-                m_fields.reserve(FEW / 2);
-            m_fields.emplace_back(name, std::move(held));
-            return;
-        }
-        m_map = createMap();
-        m_fields.clear();
-    }
-    m_map->put(name, held.get());
+    auto& entry = static_cast<LogEntry&>(*this);
+    const std::u16string_view text = name.view();
+    const LogEntry::Field* const found = entry.find(text);
+    auto& field = found != nullptr ? const_cast<LogEntry::Field&>(*found) : entry.append(text, hashOf(text));
+    field.plain = {};
+    held.attach(field.object.exchange(held.detach(), std::memory_order_relaxed));
 }
 
-Reference<const Object> LogEntry::getField(const String& name) const
+Reference<const Object> LogEntryFace::getField(const String& name) const
 {
-    const Reference<Object> value = find(name.view());
+    const Reference<Object> value = self().valueOf(name.view());
     if (value == nullptr)
         throwResult(RESULT_END_OF_FILE);
     return value;
 }
 
-bool LogEntry::hasField(const String& name) const
+bool LogEntryFace::hasField(const String& name) const
 {
-    return find(name.view()) != nullptr;
+    return self().hasValue(name.view());
 }
 
-Reference<const collections::Set<String>> LogEntry::getFieldNames() const
+Reference<const collections::Set<String>> LogEntryFace::getFieldNames() const
 {
-    return (m_map != nullptr ? m_map : createMap())->createKeySet();
+    collections::StringHashMap map;
+    for (std::size_t place = 0; place < self().m_count; ++place)
+        map.put(self().nameOf(self().at(place)), nullptr);
+    return map.createKeySet();
 }
 
-Reference<LogEntry> LogEntry::create(const Facts& facts, const String& text, const String& name)
-{
-    // Longer ones, and those in a buffer with a lock of its own, are shared.
-    constexpr std::size_t MOST_UNITS = 256;
-    const auto isCopied = [&](LoggerField field, const String& value, std::u16string_view* units) {
-        if (!facts.has(field))
-            return true;
-        if (vx::detail::PlainBuffer::read(value, units) && units->size() <= MOST_UNITS)
-            return true;
-        *units = {};
-        return false;
-    };
-    std::u16string_view textUnits;
-    std::u16string_view nameUnits;
-    const bool isTextCopied = isCopied(TEXT, text, &textUnits);
-    const bool isNameCopied = isCopied(NAME, name, &nameUnits);
-
-    Reference<LogEntry> entry(new (Room {textUnits.size() + nameUnits.size()}) LogEntry(facts));
-    entry->m_textUnits = static_cast<std::uint32_t>(textUnits.size());
-    entry->m_nameUnits = static_cast<std::uint32_t>(nameUnits.size());
-    auto* const room = reinterpret_cast<char16_t*>(entry.get() + 1);
-    textUnits.copy(room, textUnits.size());
-    nameUnits.copy(room + textUnits.size(), nameUnits.size());
-    const auto share = [&](LoggerField field, const String& value) {
-        entry->m_values[field] = Reference<Object>(new String(value)).detach();
-        entry->m_hasValues = true;
-    };
-    if (!isTextCopied)
-        share(TEXT, text);
-    if (!isNameCopied)
-        share(NAME, name);
-    return entry;
-}
-
-std::u16string_view LogEntry::unitsOf(LoggerField field) const noexcept
-{
-    const auto* const room = reinterpret_cast<const char16_t*>(this + 1);
-    return field == TEXT ? std::u16string_view(room, m_textUnits)
-                         : std::u16string_view(room + m_textUnits, m_nameUnits);
-}
-
-bool LogEntry::isOfLogger(std::u16string_view name) noexcept
-{
-    return std::any_of(LOGGER_FIELD_NAMES.begin(), LOGGER_FIELD_NAMES.end(),
-        [&](const STRUCT_VX_STR_LIT_INFO& row) { return nameOf(row) == name; });
-}
-
-Object* LogEntry::valueOf(LoggerField field) const
-{
-    std::atomic<Object*>& place = m_values[field];
-    Object* value = place.load(std::memory_order_acquire);
-    if (value != nullptr)
-        return value;
-    Reference<Object> made = makeValue(field);
-    // Of two threads that ask first, one has made it in vain.
-    if (place.compare_exchange_strong(value, made.get(), std::memory_order_acq_rel, std::memory_order_acquire)) {
-        value = made.detach();
-        m_hasValues.store(true, std::memory_order_relaxed);
-    }
-    return value;
-}
-
-Reference<Object> LogEntry::makeValue(LoggerField field) const
-{
-    switch (field) {
-    case SEQUENCE:
-        return Reference<Object>(new Integer32(m_facts.sequence));
-    case THREAD:
-        return Reference<Object>(new UInteger32(m_facts.thread));
-    case TIMESTAMP:
-        return Reference<Object>(new TimeStamp(m_facts.time));
-    case LEVEL:
-        return Reference<Object>(new Integer32(m_facts.level));
-    default:
-        return Reference<Object>(new String(unitsOf(field)));
-    }
-}
-
-void LogEntry::spread()
-{
-    decltype(m_fields) all;
-    all.reserve(FEW);
-    for (const LoggerField field : ORDER_OF_SETTING) {
-        if (m_facts.has(field))
-            all.emplace_back(LOGGER_FIELD_NAMES[field], Reference<Object>(valueOf(field)));
-    }
-    all.insert(all.end(), m_fields.begin(), m_fields.end());
-    m_fields.swap(all);
-    m_facts.fields = 0;
-    dropValues();
-}
-
-void LogEntry::dropValues() noexcept
-{
-    if (!m_hasValues.load(std::memory_order_relaxed))
-        return;
-    for (std::atomic<Object*>& value : m_values)
-        Reference<Object>().attach(value.exchange(nullptr, std::memory_order_relaxed));
-    m_hasValues = false;
-}
-
-Reference<collections::StringHashMap> LogEntry::createMap() const
-{
-    Reference<collections::StringHashMap> map(new collections::StringHashMap(101, 0.75F));
-    for (const LoggerField field : ORDER_OF_SETTING) {
-        if (m_facts.has(field))
-            map->put(LOGGER_FIELD_NAMES[field], valueOf(field));
-    }
-    for (const Field& field : m_fields)
-        map->put(field.name, field.value.get());
-    return map;
-}
-
-Reference<Object> LogEntry::find(std::u16string_view name) const
-{
-    if (m_map != nullptr)
-        return m_map->get(name.data(), static_cast<int>(name.size()));
-    for (const LoggerField field : ORDER_OF_SETTING) {
-        if (m_facts.has(field) && nameOf(LOGGER_FIELD_NAMES[field]) == name)
-            return valueOf(field);
-    }
-    for (const Field& field : m_fields) {
-        if (field.name.view() == name)
-            return field.value;
-    }
-    return nullptr;
-}
-
-std::int32_t LogEntry::SetField(const char16_t* name, IVXUnknown* value)
+std::int32_t LogEntryFace::SetField(const char16_t* name, IVXUnknown* value)
 {
     return vx::vorb::atBoundary([&] {
-        checkName(name);
+        const String text(checked(name));
         const auto* object = dynamic_cast<const Object*>(value);
         if (object == nullptr)
             throwResult(RESULT_FAIL);
-        setField(name, object);
+        setField(text, object);
     });
 }
 
-std::int32_t LogEntry::GetField(const char16_t* name, const _GUID& iid, void** out) const
+std::int32_t LogEntryFace::GetField(const char16_t* name, const _GUID& iid, void** out) const
 {
     if (out == nullptr)
         return RESULT_POINTER;
     *out = nullptr;
     return vx::vorb::atBoundary([&] {
-        checkName(name);
-        const Reference<Object> value = find(name);
+        const Reference<Object> value = self().valueOf(checked(name));
         if (value == nullptr)
             throwResult(RESULT_FAIL);
         throwIfFailed(value->QueryInterface(iid, out));
     });
 }
 
-std::int32_t LogEntry::HasField(const char16_t* name) const
+std::int32_t LogEntryFace::HasField(const char16_t* name) const
 {
-    bool isThere = false;
-    const std::int32_t result = vx::vorb::atBoundary([&] {
-        checkName(name);
-        isThere = find(name) != nullptr;
-    });
-    return failed(result) || isThere ? result : RESULT_FALSE;
+    return vx::vorb::resultAtBoundary([&] { return self().hasValue(checked(name)) ? RESULT_OK : RESULT_FALSE; });
 }
 
-std::int32_t LogEntry::GetFieldIterator(vorb::IFieldIterator** out) const
+std::int32_t LogEntryFace::GetFieldIterator(vorb::IFieldIterator** out) const
 {
     return vx::vorb::atBoundary(out, [&]() -> vorb::IFieldIterator* {
-        return Reference<detail::FieldIterator>(new detail::FieldIterator(*getFieldNames())).detach();
+        return Reference<FieldIterator>(new FieldIterator(*getFieldNames())).detach();
     });
-}
-
-namespace detail {
-
-namespace {
-
-constexpr std::uint32_t bucketOf(std::u16string_view name) noexcept
-{
-    constexpr std::uint32_t BUCKETS = 101;
-    return vx::detail::hashText(name.data(), static_cast<int>(name.size()), false) % BUCKETS;
-}
-
-} // namespace
-
-constexpr FieldOrder::Row FieldOrder::rowOf(
-    std::u16string_view name, LogEntry::LoggerField field, const Object* value) noexcept
-{
-    return {bucketOf(name), field, name.data(), name.size(), value};
-}
-
-constexpr std::array<FieldOrder::Row, LogEntry::LOGGER_FIELD_COUNT> FieldOrder::OF_LOGGER = [] {
-    std::array<Row, LogEntry::LOGGER_FIELD_COUNT> rows {};
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        const LogEntry::LoggerField field = LogEntry::ORDER_OF_SETTING[index];
-        rows[index] = rowOf(nameOf(LogEntry::LOGGER_FIELD_NAMES[field]), field, nullptr);
-    }
-    std::sort(rows.begin(), rows.end(), [](const Row& left, const Row& right) { return left.bucket > right.bucket; });
-    return rows;
-}();
-
-FieldOrder::FieldOrder(const ILogEntry& entry)
-{
-    static_assert(
-        std::ranges::adjacent_find(OF_LOGGER, {}, &Row::bucket) == OF_LOGGER.end(), "which is older does not matter");
-    if (!vx::detail::isExactly<LogEntry>(entry))
-        return;
-    const auto& own = static_cast<const LogEntry&>(entry);
-    if (own.m_map != nullptr)
-        return;
-    m_entry = &own;
-    m_fields = own.m_facts.fields | 1U << LogEntry::LOGGER_FIELD_COUNT;
-    m_begin = OF_LOGGER.data();
-    m_end = m_begin + OF_LOGGER.size();
-    if (!own.m_fields.empty())
-        addPlainFields();
-}
-
-void FieldOrder::addPlainFields()
-{
-    Row* end = std::copy(m_begin, m_end, m_rows);
-    for (const LogEntry::Field& field : m_entry->m_fields) {
-        const Row row = rowOf(field.name.view(), LogEntry::LOGGER_FIELD_COUNT, field.value.get());
-        Row* place = end++;
-        for (; place > m_rows && place[-1].bucket < row.bucket; --place)
-            *place = place[-1];
-        *place = row;
-    }
-    m_begin = m_rows;
-    m_end = end;
-}
-
-void FieldOrder::print(const Row& row, EntryText& text) const
-{
-    const bool isOfLogger = row.field != LogEntry::LOGGER_FIELD_COUNT;
-    const Object* value = row.value;
-    if (isOfLogger)
-        value = m_entry->m_values[row.field].load(std::memory_order_acquire);
-    if (value != nullptr)
-        return text.append(value->toString().view());
-
-    // What `toString` of the value would give, without making it.
-    const LogEntry::Facts& facts = m_entry->m_facts;
-    switch (row.field) {
-    case LogEntry::SEQUENCE:
-        return text.appendNumber(facts.sequence);
-    case LogEntry::THREAD:
-        return text.appendNumber(facts.thread);
-    case LogEntry::TIMESTAMP:
-        return text.append(TimeStamp(facts.time).toString().view());
-    case LogEntry::LEVEL:
-        return text.appendNumber(facts.level);
-    case LogEntry::NAME:
-    case LogEntry::TEXT:
-        return text.append(m_entry->unitsOf(row.field));
-    case LogEntry::LOGGER_FIELD_COUNT:
-        throwResult(RESULT_END_OF_FILE); // as `getField` does
-    }
 }
 
 FieldIterator::FieldIterator(const collections::Set<String>& names)

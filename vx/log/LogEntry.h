@@ -3,7 +3,7 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/String.h"
-#include "vx/collections/StringHashMap.h"
+#include "vx/detail/TextBuilder.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/vorb/ILogEntry.h"
 #include "vxsys/Memory.h"
@@ -13,19 +13,50 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace vx::log {
 
+class LogEntry;
+
 namespace detail {
-class EntryText;
+
 class FieldOrder;
+
+/// The interfaces of `LogEntry`. It stands between them and the class so that their operations take no slots among those of
+/// the class. A derived entry cannot override them: the writers read the fields directly.
+class VX_API LogEntryFace : public ILogEntry, public vorb::ILogEntry {
+public:
+    // ILogEntry
+    void setField(const String& name, const Object* value) final;
+    Reference<const Object> getField(const String& name) const final;
+    bool hasField(const String& name) const final;
+    Reference<const collections::Set<String>> getFieldNames() const final;
+
+    // vorb::ILogEntry
+    std::int32_t SetField(const char16_t* name, IVXUnknown* value) final;
+    std::int32_t GetField(const char16_t* name, const _GUID& iid, void** out) const final;
+    std::int32_t HasField(const char16_t* name) const final;
+    std::int32_t GetFieldIterator(vorb::IFieldIterator** out) const final;
+
+protected:
+    LogEntryFace() = default;
+    ~LogEntryFace() = default;
+
+private:
+    const LogEntry& self() const noexcept;
+};
+
 } // namespace detail
 
 /// A log entry in both its faces. Field names are told apart by case.
-class VX_API LogEntry : public Object, public ILogEntry, public vorb::ILogEntry {
+class VX_API LogEntry : public Object, public detail::LogEntryFace {
 public:
     /// Without a field.
     static Reference<LogEntry> create();
@@ -36,88 +67,88 @@ public:
     static const vx::vorb::InterfaceData* GetComIntfMap();
     ~LogEntry() noexcept override;
 
-    // ILogEntry
-    void setField(const String& name, const Object* value) override;
-    Reference<const Object> getField(const String& name) const override;
-    bool hasField(const String& name) const override;
-    Reference<const collections::Set<String>> getFieldNames() const override;
-
-    // vorb::ILogEntry
-    std::int32_t SetField(const char16_t* name, IVXUnknown* value) override;
-    std::int32_t GetField(const char16_t* name, const _GUID& iid, void** out) const override;
-    std::int32_t HasField(const char16_t* name) const override;
-    std::int32_t GetFieldIterator(vorb::IFieldIterator** out) const override;
+protected:
+    /// For derived entries, which carry something beside the fields.
+    LogEntry() noexcept;
 
 private:
     friend class Logger;
     friend class detail::FieldOrder;
-
-    struct Field {
-        Field(const String& fieldName, Reference<Object>&& fieldValue) noexcept
-            : name(fieldName)
-            , value(std::move(fieldValue))
-        {
-        }
-
-        String name;
-        Reference<Object> value;
-    };
-
-    static constexpr std::size_t FEW = 12;
+    friend class detail::LogEntryFace;
 
     /// The fields that a logger sets, in the order of its switches.
     enum LoggerField : std::uint8_t { SEQUENCE, THREAD, NAME, TIMESTAMP, LEVEL, TEXT, LOGGER_FIELD_COUNT };
-    static constexpr LoggerField ORDER_OF_SETTING[] = {LEVEL, TEXT, SEQUENCE, THREAD, TIMESTAMP, NAME};
-    static const std::array<STRUCT_VX_STR_LIT_INFO, LOGGER_FIELD_COUNT> LOGGER_FIELD_NAMES;
-
-    /// What a logger tells of an entry. Only what belongs to the fields that are there has a meaning.
-    struct Facts {
-        std::uint32_t fields = 0; ///< a bit for each `LoggerField`
-        std::int32_t level = 0;
-        std::int32_t sequence = 0;
-        std::uint32_t thread = 0;
-        STRUCT_VX_TIME time {};
-
-        bool has(LoggerField field) const noexcept { return (fields >> field & 1) != 0; }
+    struct LoggerFieldRow {
+        std::u16string_view name;
+        std::uint32_t hash;
     };
+    static const std::array<LoggerFieldRow, LOGGER_FIELD_COUNT> LOGGER_FIELDS;
 
-    struct Room {
-        std::size_t units;
+    /// A part of `m_units`.
+    struct Piece {
+        std::uint32_t start = 0;
+        std::uint32_t length = 0;
     };
+    /// The value of a logger's field, which becomes an object only when a caller asks for it. Empty for all other fields.
+    using Plain = std::variant<std::monostate, std::int32_t, std::uint32_t, STRUCT_VX_TIME, Piece>;
+    struct Field {
+        Field() noexcept = default;
+        Field(Field&& other) noexcept;
 
-    LogEntry() noexcept = default;
-    explicit LogEntry(const Facts& facts) noexcept;
-    static void* operator new(std::size_t bytes, Room room);
-    static void operator delete(void* memory, Room room) noexcept;
-    using Object::operator delete;
-    using Object::operator new;
+        bool isNull() const noexcept
+        {
+            return std::holds_alternative<std::monostate>(plain) && object.load(std::memory_order_relaxed) == nullptr;
+        }
 
-    /// With the fields that `facts` tells of; `text` and `name` are the values of two of them.
-    static Reference<LogEntry> create(const Facts& facts, const String& text, const String& name);
-    std::u16string_view unitsOf(LoggerField field) const noexcept;
-    static bool isOfLogger(std::u16string_view name) noexcept;
+        LoggerField loggerField = LOGGER_FIELD_COUNT; ///< decides the name
+        Piece ownName; ///< that of a field which no logger sets
+        std::uint32_t hash = 0; ///< of the name
+        Plain plain;
+        mutable std::atomic<Object*> object {nullptr}; ///< holds a reference, which the entry releases
+    };
+    /// The places of fields by their names.
+    using Index = std::map<String, std::size_t, std::less<>, vxsys::Allocator<std::pair<const String, std::size_t>>>;
 
-    /// The value of a logger's field that is there, made when somebody asks for it. Not counted.
-    Object* valueOf(LoggerField field) const;
-    Reference<Object> makeValue(LoggerField field) const;
-    /// Makes plain fields of those of a logger.
-    void spread();
-    void dropValues() noexcept;
-    Reference<collections::StringHashMap> createMap() const;
-    /// Null where there is none.
-    Reference<Object> find(std::u16string_view name) const;
+    /// For fields that the entry does not have yet; those of a logger come first.
+    Field& add(LoggerField field, const Plain& value)
+    {
+        Field& added = m_few[m_count++];
+        added.loggerField = field;
+        added.hash = LOGGER_FIELDS[field].hash;
+        added.plain = value;
+        return added;
+    }
+    void addText(LoggerField field, const String& text);
+    Field& append(std::u16string_view name, std::uint32_t hash);
+    void addToIndex(std::u16string_view name);
+
+    Field& at(std::size_t place) noexcept { return place < FEW ? m_few[place] : m_more[place - FEW]; }
+    const Field& at(std::size_t place) const noexcept { return const_cast<LogEntry&>(*this).at(place); }
+    std::u16string_view textOf(Piece piece) const noexcept { return m_units.view().substr(piece.start, piece.length); }
+    std::u16string_view nameOf(const Field& field) const noexcept
+    {
+        const bool isOwn = field.loggerField == LOGGER_FIELD_COUNT;
+        return isOwn ? textOf(field.ownName) : LOGGER_FIELDS[field.loggerField].name;
+    }
+    /// Appends the text to `m_units`.
+    Piece keep(std::u16string_view text);
+
+    /// Null for a name that is not there.
+    const Field* find(std::u16string_view name) const;
+    bool hasValue(std::u16string_view name) const;
+    /// As an object, which is made at the first call. Null for no field, and for a field whose value is null.
+    Reference<Object> valueOf(std::u16string_view name) const;
+    Reference<Object> makeValue(const Plain& plain) const;
 
     // An entry lives for a moment, and most are only ever printed: a map with its buckets, or an object for each value,
     // would cost more than all else in it.
-    Facts m_facts;
-    // The units of TEXT, then those of NAME, stand behind the entry in its memory.
-    std::uint32_t m_textUnits = 0;
-    std::uint32_t m_nameUnits = 0;
-    mutable std::array<std::atomic<Object*>, LOGGER_FIELD_COUNT> m_values {}; ///< counted; null: not made yet
-    mutable std::atomic<bool> m_hasValues {false};
-    /// The fields that others set, in the order of setting.
-    std::vector<Field, vxsys::Allocator<Field>> m_fields;
-    Reference<collections::StringHashMap> m_map; ///< instead of all that once these are no longer few
+    static constexpr std::size_t FEW = LOGGER_FIELD_COUNT;
+    static constexpr std::size_t MOST_WITHOUT_INDEX = 32;
+    std::size_t m_count = 0;
+    std::array<Field, FEW> m_few; ///< the first fields, in the order of setting
+    std::vector<Field, vxsys::Allocator<Field>> m_more; ///< the others
+    std::unique_ptr<Index> m_index; ///< of all fields, once there are many
+    vx::detail::ShortTextBuilder<128> m_units; ///< names that no logger sets, and the texts of a logger
 };
 
 } // namespace vx::log

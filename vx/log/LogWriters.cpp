@@ -3,11 +3,11 @@
 #include "vx/String.h"
 #include "vx/collections/Set.h"
 #include "vx/detail/ReleaseReport.h"
-#include "vx/detail/TextRange.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/detail/TextBuilder.h"
 #include "vx/log/BasicLogWriter.h"
-#include "vx/log/ILogEntry.h"
+#include "vx/log/LogEntry.h"
 #include "vx/log/XmlLogWriter.h"
-#include "vx/log/detail/EntryText.h"
 #include "vx/log/detail/FieldOrder.h"
 #include "vx/text/charset/detail/Unicode.h"
 #include "vxsys/Surrogate.h"
@@ -23,30 +23,30 @@ namespace {
 
 using namespace std::string_view_literals;
 
-using detail::EntryText;
 using detail::FieldOrder;
 using text::charset::detail::REPLACEMENT;
+using vx::detail::ShortTextBuilder;
+using vx::detail::TextBuilder;
 using vxsys::isLoneSurrogate;
 using vxsys::isSurrogate;
 
 /// Calls `take(name, printValue)` with each field of `entry`, in the order of its names; `printValue` appends the value's
-/// text to an `EntryText`.
+/// text to a builder. The entries of other classes than ours have only the operations of their interface.
 template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
-    if (const FieldOrder order(entry); order.isKnown()) {
-        for (const FieldOrder::Row& row : order) {
-            if (order.has(row))
-                take(std::u16string_view(row.name, row.length), [&](EntryText& text) { order.print(row, text); });
-        }
+    const auto* const own = vx::detail::isExactly<LogEntry>(entry) ? static_cast<const LogEntry*>(&entry)
+                                                                   : dynamic_cast<const LogEntry*>(&entry);
+    if (own != nullptr) {
+        const FieldOrder order(*own);
+        for (const FieldOrder::Field* field : order)
+            take(order.nameOf(*field), [&](TextBuilder& text) { order.print(*field, text); });
         return;
     }
     const Reference<const collections::Set<String>> names = entry.getFieldNames();
-    const Reference<collections::ConstIterator<String>> each = names->createConstIterator();
-    while (each->hasNext()) {
-        const Reference<String> name = each->next();
+    for (const Reference<String>& name : *names) {
         const String value = entry.getField(*name)->toString();
-        take(name->view(), [&](EntryText& text) { text.append(value.view()); });
+        take(name->view(), [&](TextBuilder& text) { text.append(value.view()); });
     }
 }
 
@@ -75,33 +75,35 @@ constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
         || isLoneSurrogate(text, index);
 }
 
-/// Looks at four units in one step: hardly any entry has a surrogate.
-bool hasSurrogates(std::u16string_view text) noexcept
+/// Whether there is a unit from U+8000 up. Looks at four in one step: most entries have none, and so no surrogate.
+bool hasHighUnits(std::u16string_view text) noexcept
 {
-    constexpr std::uint64_t EACH = 0x0001'0001'0001'0001;
+    constexpr std::uint64_t HIGH = 0x8000'8000'8000'8000;
+    std::uint64_t all = 0;
     std::size_t index = 0;
     for (; text.size() - index >= 4; index += 4) {
         std::uint64_t four;
         std::memcpy(&four, text.data() + index, sizeof four);
-        const std::uint64_t others = (four & EACH * 0xF800) ^ EACH * 0xD800; // 0 in the place of a surrogate
-        if (((others - EACH) & ~others & EACH * 0x8000) != 0)
-            return true;
+        all |= four;
     }
-    return std::any_of(text.begin() + static_cast<std::ptrdiff_t>(index), text.end(), isSurrogate<char16_t>);
+    for (; index < text.size(); ++index)
+        all |= text[index];
+    return (all & HIGH) != 0;
 }
 
 /// Puts U+FFFD in the place of each half of a surrogate pair: one of them must not keep its entry out of the log.
-void replaceHalves(char16_t* text, std::size_t length) noexcept
+void replaceHalves(TextBuilder& text) noexcept
 {
-    if (!hasSurrogates({text, length}))
+    if (!hasHighUnits(text.view()))
         return;
-    for (std::size_t index = 0; index < length; ++index) {
-        if (isLoneSurrogate({text, length}, index))
-            text[index] = REPLACEMENT;
+    char16_t* const units = text.data();
+    for (std::int32_t index = 0; index < text.length(); ++index) {
+        if (isSurrogate(units[index]) && isLoneSurrogate(text.view(), static_cast<std::size_t>(index)))
+            units[index] = REPLACEMENT;
     }
 }
 
-void escape(std::u16string_view text, EntryText& escaped)
+void escape(std::u16string_view text, TextBuilder& escaped)
 {
     std::size_t done = 0;
     const auto put = [&](std::size_t index, std::u16string_view instead) {
@@ -127,38 +129,22 @@ void LogWriterFace::process(const ILogEntry* entry)
     if (entry == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
     auto& self = static_cast<AbstractLogWriter&>(*this);
-    EntryText text;
-    if (self.m_print != nullptr)
-        self.m_print(self, *entry, text);
-    else
-        text.append(self.format(entry).view());
-    replaceHalves(text.data(), static_cast<std::size_t>(text.length()));
+    ShortTextBuilder<> text;
+    print(*entry, text);
+    replaceHalves(text);
     self.m_writer->write(text.data(), text.length());
     self.flush();
 }
 
-void EntryText::grow(std::int64_t needed)
+void LogWriterFace::print(const ILogEntry& entry, TextBuilder& text)
 {
-    if (needed > vx::detail::LONGEST_TEXT)
-        throwBadAllocation();
-    const std::int64_t capacity = std::max(needed, 2 * m_capacity);
-    vx::detail::RawArray<char16_t> larger = vx::detail::makeRawArray<char16_t>(capacity);
-    std::copy_n(m_data, m_length, larger.get());
-    m_long = std::move(larger);
-    m_data = m_long.get();
-    m_capacity = capacity;
+    text.append(static_cast<AbstractLogWriter&>(*this).format(&entry).view());
 }
 
 } // namespace detail
 
 AbstractLogWriter::AbstractLogWriter(io::Writer* writer)
-    : AbstractLogWriter(writer, nullptr)
-{
-}
-
-AbstractLogWriter::AbstractLogWriter(io::Writer* writer, Print print)
     : m_writer(writer)
-    , m_print(print)
 {
     if (writer == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
@@ -171,15 +157,15 @@ void AbstractLogWriter::flush()
     m_writer->flush();
 }
 
-String AbstractLogWriter::formatByPrint(const ILogEntry* entry) const
+String AbstractLogWriter::format(const ILogEntry* entry)
 {
-    EntryText text;
-    m_print(*this, *entry, text);
+    ShortTextBuilder<> text;
+    print(*entry, text);
     return text.toString();
 }
 
 BasicLogWriter::BasicLogWriter(io::Writer* writer)
-    : AbstractLogWriter(writer, &print)
+    : AbstractLogWriter(writer)
 {
 }
 
@@ -192,10 +178,10 @@ Reference<ILogProcessor> BasicLogWriter::create(io::Writer* writer)
 
 String BasicLogWriter::format(const ILogEntry* entry)
 {
-    return formatByPrint(entry);
+    return AbstractLogWriter::format(entry);
 }
 
-void BasicLogWriter::print(const AbstractLogWriter&, const ILogEntry& entry, EntryText& text)
+void BasicLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
     forEachField(entry, [&](std::u16string_view name, auto printValue) {
         text.append(name);
@@ -207,7 +193,7 @@ void BasicLogWriter::print(const AbstractLogWriter&, const ILogEntry& entry, Ent
 }
 
 XmlLogWriter::XmlLogWriter(io::Writer* writer, Values values)
-    : AbstractLogWriter(writer, &print)
+    : AbstractLogWriter(writer)
     , m_values(values)
 {
     getWriter().write(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
@@ -229,21 +215,20 @@ Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer, Values values)
 
 String XmlLogWriter::format(const ILogEntry* entry)
 {
-    return formatByPrint(entry);
+    return AbstractLogWriter::format(entry);
 }
 
-void XmlLogWriter::print(const AbstractLogWriter& self, const ILogEntry& entry, EntryText& text)
+void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
-    const bool isEscaped = static_cast<const XmlLogWriter&>(self).m_values == Values::ESCAPED;
     text.append(u"  <entry>\n"sv);
     forEachField(entry, [&](std::u16string_view name, auto printValue) {
         text.append(u"    <"sv);
         text.append(name);
         text.append(u"> "sv);
-        if (isEscaped) {
-            EntryText value;
+        if (m_values == Values::ESCAPED) {
+            ShortTextBuilder<> value;
             printValue(value);
-            escape({value.data(), static_cast<std::size_t>(value.length())}, text);
+            escape(value.view(), text);
         } else {
             printValue(text);
         }

@@ -1,7 +1,6 @@
 #include "vx/log/Logger.h"
 
 #include "vx/Exception.h"
-#include "vx/StringLiteral.h"
 #include "vx/exec/Thread.h"
 #include "vx/log/LogEntry.h"
 #include "vxsys/Time.h"
@@ -60,8 +59,8 @@ Reference<ILogProcessor> Logger::createProcessor(const String&)
 void Logger::enableField(const String& name, bool enabled)
 {
     std::uint32_t bit = 1;
-    for (const STRUCT_VX_STR_LIT_INFO& field : LogEntry::LOGGER_FIELD_NAMES) {
-        if (name.equals(field.text, true))
+    for (const LogEntry::LoggerFieldRow& field : LogEntry::LOGGER_FIELDS) {
+        if (name.equals(field.name, true))
             enabled ? m_fields.fetch_or(bit) : m_fields.fetch_and(~bit);
         bit <<= 1;
     }
@@ -98,14 +97,24 @@ bool Logger::isEnabled() const
 
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
 {
-    LogEntry::Facts facts {.fields = m_fields.load(std::memory_order_relaxed), .level = level};
-    if (facts.has(LogEntry::SEQUENCE))
-        facts.sequence = m_sequence.load(std::memory_order_relaxed);
-    if (facts.has(LogEntry::THREAD))
-        facts.thread = exec::Thread::getCurrentID();
-    if (facts.has(LogEntry::TIMESTAMP))
-        throwIfFailed(VXTimeGetLocal(&facts.time));
-    Reference<LogEntry> entry = LogEntry::create(facts, text, m_name);
+    const std::uint32_t fields = m_fields.load(std::memory_order_relaxed);
+    const auto has = [fields](LogEntry::LoggerField field) { return (fields >> field & 1) != 0; };
+    Reference<LogEntry> entry = LogEntry::create();
+    if (has(LogEntry::LEVEL))
+        entry->add(LogEntry::LEVEL, std::int32_t {level});
+    if (has(LogEntry::TEXT))
+        entry->addText(LogEntry::TEXT, text);
+    if (has(LogEntry::SEQUENCE))
+        entry->add(LogEntry::SEQUENCE, m_sequence.load(std::memory_order_relaxed));
+    if (has(LogEntry::THREAD))
+        entry->add(LogEntry::THREAD, exec::Thread::getCurrentID());
+    if (has(LogEntry::TIMESTAMP)) {
+        STRUCT_VX_TIME time;
+        throwIfFailed(VXTimeGetLocal(&time));
+        entry->add(LogEntry::TIMESTAMP, time);
+    }
+    if (has(LogEntry::NAME))
+        entry->addText(LogEntry::NAME, m_name);
     Reference<ILogEntry> result;
     result.attach(entry.detach());
     return result;

@@ -24,10 +24,10 @@ public:
 
 protected:
     String format(const ILogEntry* entry) override;
+    void print(const ILogEntry& entry, vx::detail::TextBuilder& text) override;
 
 private:
     XmlLogWriter(io::Writer* writer, Values values);
-    static void print(const AbstractLogWriter& self, const ILogEntry& entry, detail::EntryText& text);
 
     const Values m_values;
 };

@@ -4,52 +4,41 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
+#include <span>
 #include <string_view>
+#include <vector>
 
 namespace vx::log::detail {
 
-class EntryText;
-
-/// The fields of an entry in the order in which `getFieldNames` gives their names, without a set of them. Only for an entry
-/// of the library's own with few fields: the buckets of a map from the last down, and in one of them the older first.
+/// The fields of an entry in the order in which `getFieldNames` gives their names. The entry must not change meanwhile.
+///
+/// That set is filled from a map, and both have the same buckets until they grow. A walk of the set then meets the buckets
+/// from the last to the first, and within one of them the older field first.
 class FieldOrder {
 public:
-    struct Row {
-        std::uint32_t bucket;
-        LogEntry::LoggerField field; ///< LOGGER_FIELD_COUNT: none of a logger
-        const char16_t* name;
-        std::size_t length; ///< of the name
-        const Object* value; ///< not counted, may be null; not of a logger's field
-    };
+    using Field = LogEntry::Field;
 
-    /// The entry keeps its fields meanwhile.
-    explicit FieldOrder(const ILogEntry& entry);
+    explicit FieldOrder(const LogEntry& entry);
+    FieldOrder(const FieldOrder&) = delete;
+    FieldOrder& operator=(const FieldOrder&) = delete;
 
-    bool isKnown() const noexcept { return m_entry != nullptr; }
-    /// With fields of a logger that the entry may not have.
-    const Row* begin() const noexcept { return m_begin; }
-    const Row* end() const noexcept { return m_end; }
-    bool has(const Row& row) const noexcept { return (m_fields >> row.field & 1) != 0; }
+    const Field* const* begin() const noexcept { return m_fields.data(); }
+    const Field* const* end() const noexcept { return m_fields.data() + m_fields.size(); }
 
-    /// Appends the text of a row's value. Throws ResultException with RESULT_END_OF_FILE where it is null.
-    void print(const Row& row, EntryText& text) const;
+    std::u16string_view nameOf(const Field& field) const noexcept { return m_entry.nameOf(field); }
+    /// Appends what `toString` of the value gives. Throws ResultException with RESULT_END_OF_FILE if the value is null.
+    void print(const Field& field, vx::detail::TextBuilder& text) const;
 
 private:
-    static constexpr std::size_t MOST = LogEntry::FEW + LogEntry::LOGGER_FIELD_COUNT;
+    static constexpr std::size_t FEW = 16;
 
-    static constexpr Row rowOf(std::u16string_view name, LogEntry::LoggerField field, const Object* value) noexcept;
+    void sort();
+    void takeFromNames();
 
-    /// The fields of a logger, the buckets from the last down.
-    static const std::array<Row, LogEntry::LOGGER_FIELD_COUNT> OF_LOGGER;
-
-    void addPlainFields();
-
-    const LogEntry* m_entry = nullptr;
-    std::uint32_t m_fields = 0; ///< a bit for each `LoggerField`
-    const Row* m_begin = nullptr;
-    const Row* m_end = nullptr;
-    Row m_rows[MOST];
+    const LogEntry& m_entry;
+    std::array<const Field*, FEW> m_few;
+    std::vector<const Field*, vxsys::Allocator<const Field*>> m_many;
+    std::span<const Field*> m_fields;
 };
 
 } // namespace vx::log::detail

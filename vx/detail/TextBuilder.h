@@ -1,0 +1,88 @@
+#pragma once
+
+#include "vx/String.h"
+#include "vx/detail/RawArray.h"
+#include "vx/detail/TextRange.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+namespace vx::detail {
+
+/// A text that is put together piece by piece. It starts in the storage of `ShortTextBuilder`, and allocates once that is too
+/// small. A text longer than any String throws std::bad_alloc.
+class TextBuilder {
+public:
+    TextBuilder(const TextBuilder&) = delete;
+    TextBuilder& operator=(const TextBuilder&) = delete;
+
+    char16_t* data() noexcept { return m_data; }
+    std::int32_t length() const noexcept { return static_cast<std::int32_t>(m_length); }
+    std::u16string_view view() const noexcept { return {m_data, static_cast<std::size_t>(m_length)}; }
+    String toString() const { return String(m_data, length()); }
+
+    void append(std::u16string_view text) { text.copy(extend(static_cast<std::int64_t>(text.size())), text.size()); }
+    void append(char16_t unit) { *extend(1) = unit; }
+
+    /// In decimal digits.
+    template <class Number>
+    void appendNumber(Number number)
+    {
+        char digits[24];
+        const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        std::copy(static_cast<const char*>(digits), end, extend(end - digits));
+    }
+
+protected:
+    TextBuilder(char16_t* storage, std::int64_t capacity) noexcept
+        : m_data(storage)
+        , m_capacity(capacity)
+    {
+    }
+    ~TextBuilder() = default;
+
+private:
+    /// Makes the text `more` units longer, and returns the place of the new ones.
+    char16_t* extend(std::int64_t more)
+    {
+        if (more > m_capacity - m_length)
+            grow(m_length + more);
+        return m_data + std::exchange(m_length, m_length + more);
+    }
+
+    void grow(std::int64_t needed)
+    {
+        if (needed > LONGEST_TEXT)
+            throwBadAllocation();
+        const std::int64_t capacity = std::max(needed, 2 * m_capacity);
+        RawArray<char16_t> larger = makeRawArray<char16_t>(capacity);
+        std::copy_n(m_data, m_length, larger.get());
+        m_long = std::move(larger);
+        m_data = m_long.get();
+        m_capacity = capacity;
+    }
+
+    char16_t* m_data;
+    std::int64_t m_length = 0;
+    std::int64_t m_capacity;
+    RawArray<char16_t> m_long;
+};
+
+/// Holds a text of up to `UNITS` units in itself.
+template <std::size_t UNITS = 1024>
+class ShortTextBuilder final : public TextBuilder {
+public:
+    ShortTextBuilder() noexcept
+        : TextBuilder(m_short, UNITS)
+    {
+    }
+
+private:
+    char16_t m_short[UNITS];
+};
+
+} // namespace vx::detail

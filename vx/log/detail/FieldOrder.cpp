@@ -1,0 +1,102 @@
+#include "vx/log/detail/FieldOrder.h"
+
+#include "vx/Exception.h"
+#include "vx/Result.h"
+#include "vx/collections/Set.h"
+#include "vx/detail/HashOrder.h"
+#include "vx/log/TimeStamp.h"
+
+#include <cstring>
+
+namespace vx::log::detail {
+
+namespace {
+
+using vx::detail::TextBuilder;
+
+/// The text of the second in which the thread last printed a time. Most entries share it with the one before.
+struct SecondText {
+    static constexpr std::size_t MOST_UNITS = 48;
+
+    STRUCT_VX_TIME second; ///< without milliseconds
+    std::size_t length;
+    char16_t units[MOST_UNITS];
+};
+constinit thread_local SecondText s_lastSecond {};
+
+/// Appends `TimeStamp::toString`, which has no milliseconds. A change of the locale is seen from the next second on.
+void printTime(const STRUCT_VX_TIME& time, TextBuilder& text)
+{
+    SecondText& last = s_lastSecond;
+    STRUCT_VX_TIME second = time;
+    second.milliseconds = 0;
+    if (last.length == 0 || std::memcmp(&second, &last.second, sizeof second) != 0) {
+        const String made = TimeStamp(time).toString();
+        const std::u16string_view units = made.view();
+        if (units.size() > SecondText::MOST_UNITS)
+            return text.append(units);
+        last.second = second;
+        last.length = units.copy(last.units, SecondText::MOST_UNITS);
+    }
+    text.append({last.units, last.length});
+}
+
+} // namespace
+
+FieldOrder::FieldOrder(const LogEntry& entry)
+    : m_entry(entry)
+{
+    if (entry.m_count <= FEW)
+        sort();
+    else
+        takeFromNames();
+}
+
+void FieldOrder::sort()
+{
+    constexpr vx::detail::HashOrder<> ORDER;
+    static_assert(!ORDER.isFull(FEW));
+    std::size_t count = 0;
+    for (; count < m_entry.m_count; ++count) {
+        const Field& field = m_entry.at(count);
+        const std::uint32_t bucket = ORDER.bucketOf(field.hash);
+        std::size_t place = count;
+        for (; place > 0 && ORDER.bucketOf(m_few[place - 1]->hash) < bucket; --place)
+            m_few[place] = m_few[place - 1];
+        m_few[place] = &field;
+    }
+    m_fields = {m_few.data(), count};
+}
+
+void FieldOrder::takeFromNames()
+{
+    m_many.reserve(m_entry.m_count);
+    const auto names = m_entry.getFieldNames();
+    for (const Reference<String>& name : *names)
+        m_many.push_back(m_entry.find(name->view()));
+    m_fields = m_many;
+}
+
+void FieldOrder::print(const Field& field, TextBuilder& text) const
+{
+    struct {
+        void operator()(std::monostate) const
+        {
+            const Object* const value = field.object.load(std::memory_order_relaxed);
+            if (value == nullptr)
+                throwResult(RESULT_END_OF_FILE); // as `getField` does
+            text.append(value->toString().view());
+        }
+        void operator()(std::int32_t number) const { text.appendNumber(number); }
+        void operator()(std::uint32_t number) const { text.appendNumber(number); }
+        void operator()(const STRUCT_VX_TIME& time) const { printTime(time, text); }
+        void operator()(LogEntry::Piece piece) const { text.append(entry.textOf(piece)); }
+
+        const LogEntry& entry;
+        const Field& field;
+        TextBuilder& text;
+    } printer {m_entry, field, text};
+    std::visit(printer, field.plain);
+}
+
+} // namespace vx::log::detail
