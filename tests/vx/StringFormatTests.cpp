@@ -10,7 +10,6 @@
 #include <cstring>
 #include <limits>
 #include <map>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -129,9 +128,9 @@ TEST(String, PrintsValuesAsTheCRuntimeDoes)
         EXPECT_EQ(String::valueOf(value).toUtf8(), printed("%g", value));
         EXPECT_EQ(String::valueOf(static_cast<float>(value)).toUtf8(), printed("%g", static_cast<float>(value)));
     }
-    std::mt19937_64 random(20240229);
+    Random random;
     for (int round = 0; round < 20000; ++round) {
-        const std::uint64_t bits = random();
+        const std::uint64_t bits = std::uint64_t {random()} << 32 | random();
         double value = 0;
         static_assert(sizeof value == sizeof bits);
         std::memcpy(&value, &bits, sizeof value);

@@ -365,24 +365,41 @@ TEST(String, SearchesTextsThatRepeatThemselves)
     }
 }
 
-TEST(String, WorksWithTheStandardLibrary)
+template <class Text>
+class Texts : public testing::Test {
+};
+using TextKinds = testing::Types<String, Str1>;
+TYPED_TEST_SUITE(Texts, TextKinds);
+
+TYPED_TEST(Texts, WorkWithTheStandardLibraryAndEachOther)
 {
-    const String text(u"b\u20AC");
+    using Text = TypeParam;
+    const Text text(u"b\u20AC");
     std::ostringstream stream;
-    stream << text << String();
+    stream << text << Text();
     EXPECT_EQ(stream.str(), "b\xE2\x82\xAC");
-    EXPECT_TRUE(text == std::string_view("b\xE2\x82\xAC") && text == std::u8string_view(u8"b\u20AC"));
-    String utf8 = u8"b\u20AC";
-    EXPECT_TRUE(utf8 == text && (utf8 = std::string("x")) == u"x" && (utf8 = u8"\u20AC") == u"\u20AC");
-    EXPECT_TRUE((utf8 = static_cast<const char8_t*>(nullptr)) == u"" && (utf8 = std::u8string(u8"y")) == u"y");
-    EXPECT_TRUE(text == std::u16string(u"b\u20AC") && u"b\u20AC" == text && text != u"b" && text != String());
-    EXPECT_TRUE(text > u"b" && text < std::u16string_view(u"c") && text <= String(u"b\u20AC") && text >= u"a");
-    EXPECT_EQ(std::u16string(std::u16string_view(text)), u"b\u20AC");
-    EXPECT_TRUE(text != static_cast<const char16_t*>(nullptr) && String() == static_cast<const char16_t*>(nullptr));
-    std::unordered_set<String> set {text, u"x", u"b\u20AC"};
+    Text utf8 = u8"b\u20AC";
+    EXPECT_TRUE(utf8 == text && Text(std::string("b\xE2\x82\xAC")) == text && Text(std::u8string(u8"y")) == u"y");
+    EXPECT_TRUE(text == std::u16string(u"b\u20AC") && u"b\u20AC" == text && text != u"b" && text != Text());
+    EXPECT_TRUE(text > u"b" && text < std::u16string_view(u"c") && text <= Text(u"b\u20AC") && text >= u"a");
+    EXPECT_TRUE(text != static_cast<const char16_t*>(nullptr) && Text() == static_cast<const char16_t*>(nullptr));
+    EXPECT_TRUE(Text(u"a\0b", 3) != u"a" && std::hash<Text>()(text) == String(text.view()).hashCode());
+    EXPECT_TRUE(Str1(text.view()) == text && text == String(text.view()) && Str1(u"c") > text && text < String(u"c"));
+    std::unordered_set<Text> set {text, u"x", u"b\u20AC"};
     EXPECT_EQ(set.size(), 2U);
-    std::map<String, int> map {{u"b", 1}, {u"a", 2}, {u"ab", 3}};
+    std::map<Text, int> map {{u"b", 1}, {u"a", 2}, {u"ab", 3}};
     EXPECT_EQ(map.begin()->first, u"a");
+    Text sum;
+    ((sum += text) += u"-") += std::u16string(u"x");
+    EXPECT_EQ(sum += String(u"y"), u"b\u20AC-xy");
+}
+
+TEST(String, TakesNarrowTextByAssignment)
+{
+    String text(u"b\u20AC");
+    EXPECT_TRUE(text == std::string_view("b\xE2\x82\xAC") && text == std::u8string_view(u8"b\u20AC"));
+    EXPECT_TRUE((text = std::string("x")) == u"x" && (text = u8"\u20AC") == u"\u20AC");
+    EXPECT_TRUE((text = static_cast<const char8_t*>(nullptr)) == u"" && (text = std::u8string(u8"y")) == u"y");
 }
 
 } // namespace

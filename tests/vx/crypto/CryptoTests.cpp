@@ -1,4 +1,5 @@
 #include "tests/Outcome.h"
+#include "tests/Random.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
@@ -6,10 +7,8 @@
 #include "vx/crypto/MD5Digest.h"
 
 #include <cstdlib>
-#include <random>
 #include <string>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 namespace vx::crypto {
@@ -34,7 +33,7 @@ std::string toHex(const Bytes& bytes)
     return hex;
 }
 
-Bytes someBytes(std::mt19937& random, std::size_t size)
+Bytes someBytes(Random& random, std::size_t size)
 {
     Bytes bytes(size);
     for (signed char& byte : bytes)
@@ -48,10 +47,9 @@ std::string_view viewOf(const Bytes& bytes)
 }
 
 /// False where the program is missing or does not know what it is asked.
-bool runOpenSsl(const Scratch& scratch, const std::string& arguments)
+bool run(const Scratch& scratch, const std::string& command)
 {
-    return std::system(("cd '" + scratch.getPath().string() + "' && openssl " + arguments + " 2>/dev/null").c_str())
-        == 0;
+    return std::system(("cd '" + scratch.getPath().string() + "' && " + command + " 2>/dev/null").c_str()) == 0;
 }
 
 TEST(BlowFish, GivesThePublishedBlocks)
@@ -76,15 +74,13 @@ TEST(BlowFish, GivesThePublishedBlocks)
 TEST(BlowFish, AgreesWithOpenSslOverManyBlocks)
 {
     const Scratch scratch;
-    std::mt19937 random(77);
+    Random random;
     for (const std::size_t blocks : {1, 4, 7, 1001}) {
         const Bytes key = someBytes(random, 16); // the one length that the program takes
         const Bytes plain = someBytes(random, 8 * blocks);
         put(scratch / "plain", viewOf(plain));
-        if (!runOpenSsl(scratch,
-                "enc -bf-ecb -nopad -provider legacy -provider "
-                "default -in plain -out cipher -K "
-                    + toHex(key)))
+        const std::string options = " -nopad -provider legacy -provider default -in plain -out cipher -K " + toHex(key);
+        if (!run(scratch, "openssl enc -bf-ecb" + options))
             GTEST_SKIP() << "no OpenSSL that knows the cipher";
         const BlowFish cipher(key.data(), static_cast<int>(key.size()));
         Bytes bytes(plain.size());
@@ -97,7 +93,7 @@ TEST(BlowFish, AgreesWithOpenSslOverManyBlocks)
 
 TEST(BlowFish, LooksAtItsArgumentsFirst)
 {
-    std::mt19937 random(5);
+    Random random;
     const Bytes key = someBytes(random, 57);
     Bytes first(16, 3), second(16, 3);
     BlowFish(key.data(), 57).encrypt(first.data(), first.data(), 16);
@@ -120,46 +116,27 @@ std::string digestOf(MD5Digest& digest)
     return toHex(bytes);
 }
 
-TEST(MD5Digest, GivesTheDigestsOfTheStandard)
-{
-    const std::pair<std::string, const char*> cases[] = {
-        {"", "D41D8CD98F00B204E9800998ECF8427E"},
-        {"a", "0CC175B9C0F1B6A831C399E269772661"},
-        {"abc", "900150983CD24FB0D6963F7D28E17F72"},
-        {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789", "D174AB98D277D9F5A5611C2C9F419D9F"},
-        {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
-            "57EDF4A22BE3C955AC49DA2E2107B67A"},
-    };
-    MD5Digest digest; // one for all: each digest starts the next message
-    for (const auto& [text, wanted] : cases) {
-        digest.update(reinterpret_cast<const signed char*>(text.data()), static_cast<int>(text.size()));
-        EXPECT_EQ(digestOf(digest), wanted) << text;
-    }
-    EXPECT_EQ(digestOf(digest), cases[0].second);
-    EXPECT_EQ(digest.getName(), u"MD5");
-}
-
-TEST(MD5Digest, AgreesWithOpenSslHoweverTheMessageIsCut)
+TEST(MD5Digest, AgreesWithTheSystemHoweverTheMessageIsCut)
 {
     const Scratch scratch;
-    std::mt19937 random(99);
+    Random random;
     std::string names, expected;
+    MD5Digest digest; // one for all: each digest starts the next message
     for (std::size_t length = 0; length < 200; ++length) {
         const Bytes message = someBytes(random, length);
         const std::string name = std::to_string(length);
         put(scratch / name.c_str(), viewOf(message));
         names += " " + name;
-        MD5Digest digest;
         for (std::size_t at = 0; at < length;) {
             const std::size_t piece = std::min<std::size_t>(random() % 130, length - at);
             digest.update(message.data() + at, static_cast<int>(piece));
             at += piece;
         }
-        expected += digestOf(digest) + " *" + name + "\n";
+        expected += digestOf(digest) + "  " + name + "\n";
     }
-    if (!runOpenSsl(scratch, "dgst -md5 -r" + names + " | tr a-f A-F > digests"))
-        GTEST_SKIP() << "no OpenSSL";
+    ASSERT_TRUE(run(scratch, "md5sum" + names + " | tr a-f A-F > digests"));
     EXPECT_EQ(expected, contentOf(scratch / "digests"));
+    EXPECT_EQ(digest.getName(), u"MD5");
 }
 
 TEST(MD5Digest, KeepsItsStateWhereItFails)

@@ -1,3 +1,4 @@
+#include "tests/Outcome.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
@@ -26,24 +27,6 @@ protected:
     RegistryKey m_key {u"VX_HKEY_USER\\Software\\X"};
 };
 
-std::string result(std::int32_t code)
-{
-    return "result " + std::to_string(static_cast<std::uint32_t>(code));
-}
-
-/// What `work` throws, as a text.
-std::string thrownBy(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const ResultException& failure) {
-        return result(failure.getResult());
-    } catch (const Exception& failure) {
-        return failure.getDescription().getBytes();
-    }
-    return "nothing";
-}
-
 TEST(RegistryKey, ReadsAndPrintsPathsAndTakesTheSystemsNumbersOfTheRoots)
 {
     struct {
@@ -66,7 +49,7 @@ TEST(RegistryKey, ReadsAndPrintsPathsAndTakesTheSystemsNumbersOfTheRoots)
         EXPECT_EQ(key.getKeyName(), row.name) << String(row.path);
     }
     for (const char16_t* unknown : {u"VX_HKEY_USERS\\a", u"", u"\\VX_HKEY_USER", u"VX_HKEY_USER_32"})
-        EXPECT_EQ(thrownBy([&] { RegistryKey key((String(unknown))); }), "Unknown VX_HKEY") << String(unknown);
+        EXPECT_EQ(saidBy<Exception>([&] { RegistryKey key((String(unknown))); }), "Unknown VX_HKEY") << String(unknown);
     EXPECT_EQ(RegistryKey(root(0x80000001), u"a/b").getKey(), u"VX_HKEY_USER\\a\\b");
     const RegistryKey other(root(0x80000003), u"a");
     EXPECT_EQ(other.getVXHKEY(), 0x80000003U);
@@ -80,7 +63,7 @@ TEST(RegistryKey, ComparesByHiveAndPathWithoutCase)
 {
     const RegistryKey key(VX_HKEY_USER, u"Software\\X");
     EXPECT_EQ(key.getParent().getKey(), u"VX_HKEY_USER\\Software");
-    EXPECT_EQ(thrownBy([&] { key.getParent().getParent(); }), "No parent key");
+    EXPECT_EQ(saidBy<Exception>([&] { key.getParent().getParent(); }), "No parent key");
     EXPECT_TRUE(key.equals(RegistryKey(u"VX_HKEY_USER/SOFTWARE/x")));
     EXPECT_LT(key.compareTo(RegistryKey(VX_HKEY_USER, u"software\\Y")), 0);
     EXPECT_GT(key.compareTo(RegistryKey(VX_HKEY_CONFIG_32, u"software\\Y")), 0);
@@ -120,18 +103,18 @@ TEST_F(RegistryKeys, TellsWhatFails)
     m_key.setValue(u"long", u"more than four bytes");
     signed char bytes[2] = {};
     const String zero(u"n\0x", 3);
-    const std::pair<std::function<void()>, std::string> cases[] = {
-        {[&] { m_key.getValueString(u"n"); }, "Registry type mismatch"},
-        {[&] { m_key.getValueUINT64(u"n"); }, "Registry type mismatch"},
-        {[&] { m_key.getValueUINT32(u"long"); }, result(RESULT_BUFFER_TOO_SMALL)},
-        {[&] { m_key.getValueString(u"none"); }, result(RESULT_NOT_FOUND)},
-        {[&] { m_key.deleteValue(u"none"); }, result(RESULT_NOT_FOUND)},
-        {[&] { m_key.getSubkey(zero).setValue(1); }, result(RESULT_INVALID_NAME)},
-        {[&] { RegistryKey(root(0x80000003), u"a").setValue(1); }, result(RESULT_INVALID_ARGUMENT)},
-        {[&] { m_key.getSubkey(u"a").getValueIterator(); }, result(RESULT_NOT_FOUND)},
+    EXPECT_EQ(saidBy<Exception>([&] { m_key.getValueString(u"n"); }), "Registry type mismatch");
+    EXPECT_EQ(saidBy<Exception>([&] { m_key.getValueUINT64(u"n"); }), "Registry type mismatch");
+    const std::pair<std::function<void()>, std::int32_t> cases[] = {
+        {[&] { m_key.getValueUINT32(u"long"); }, RESULT_BUFFER_TOO_SMALL},
+        {[&] { m_key.getValueString(u"none"); }, RESULT_NOT_FOUND},
+        {[&] { m_key.deleteValue(u"none"); }, RESULT_NOT_FOUND},
+        {[&] { m_key.getSubkey(zero).setValue(1); }, RESULT_INVALID_NAME},
+        {[&] { RegistryKey(root(0x80000003), u"a").setValue(1); }, RESULT_INVALID_ARGUMENT},
+        {[&] { m_key.getSubkey(u"a").getValueIterator(); }, RESULT_NOT_FOUND},
     };
-    for (const auto& [work, thrown] : cases)
-        EXPECT_EQ(thrownBy(work), thrown);
+    for (const auto& [work, result] : cases)
+        EXPECT_EQ(resultOf(work), result) << &result - &cases->second;
     EXPECT_EQ(m_key.getValue(u"n", bytes, 2), 4) << "only the length tells";
     EXPECT_EQ(m_key.getValue(u"none", bytes, 2), 0);
     EXPECT_EQ(m_key.getValue(zero, bytes, 2), 0);
@@ -151,7 +134,7 @@ TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
     EXPECT_TRUE(values->hasNext());
     EXPECT_EQ(*values->next(), String(u"b")) << "a value beyond the room for data is no end";
     EXPECT_FALSE(values->hasNext());
-    EXPECT_EQ(thrownBy([&] { values->next(); }), "no more values");
+    EXPECT_EQ(saidBy<Exception>([&] { values->next(); }), "no more values");
     const auto keys = m_key.getSubkeyIterator();
     EXPECT_TRUE(keys->hasNext());
     EXPECT_EQ(keys->next()->getKey(), u"VX_HKEY_USER\\Software\\X\\one");
