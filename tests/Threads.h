@@ -18,7 +18,7 @@ void inThreads(int count, Work work)
         threads.emplace_back([&work, thread] { work(thread); });
 }
 
-/// Null after the end of `work` in a thread of its own, the argument of a `pthread_exit` inside it otherwise.
+/// Runs `work` in a new thread. Null after its end, the argument of a `pthread_exit` inside it otherwise.
 template <class Work>
 void* endOf(Work work)
 {

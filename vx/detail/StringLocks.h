@@ -145,7 +145,7 @@ public:
         return new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units);
     }
 
-    /// The first reference to a new buffer that nobody else knows yet.
+    /// The first reference to a new buffer, which only the caller knows.
     template <class Buffer>
     static Reference<IVXCharBuffer> own(Buffer* fresh) noexcept
     {

@@ -68,7 +68,7 @@ const vx::vorb::InterfaceData* LogEntry::GetComIntfMap()
 
 void LogEntry::addText(LoggerField field, const String& text)
 {
-    constexpr std::size_t MOST_UNITS = 256; // longer texts, and those in a buffer with a lock of its own, are shared
+    constexpr std::size_t MOST_UNITS = 256; // longer texts, and those in a buffer with a lock, are shared
 
     std::u16string_view units;
     if (vx::detail::PlainBuffer::read(text, &units) && units.size() <= MOST_UNITS) {
