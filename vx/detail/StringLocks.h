@@ -107,11 +107,7 @@ public:
         return false;
     }
 
-    /// The same of a string's buffer, and of the string itself where it is no derived class.
-    static bool readExact(const String& text, std::u16string_view* units) noexcept
-    {
-        return isExactly<String>(text) && read(text, units);
-    }
+    /// The same of a string's buffer.
     static bool read(const String& text, std::u16string_view* units) noexcept
     {
         const char16_t* data = nullptr;
@@ -120,6 +116,12 @@ public:
             return false;
         *units = {data, static_cast<std::size_t>(std::max(length - 1, 0))};
         return true;
+    }
+
+    /// The same of a string that is of no derived class.
+    static bool readExact(const String& text, std::u16string_view* units) noexcept
+    {
+        return isExactly<String>(text) && read(text, units);
     }
 
     /// The text where a zero unit is known to end it, else null. That is known of a string's own storage only: the unit
