@@ -220,7 +220,7 @@ class Signals(Served):
         os.rename(self.log, self.path("log.1"))
         self.write("vxlogd.ini", b"[vxlogd]\nlevel = 2\n")
         self.server.send_signal(signal.SIGHUP)
-        self.wait_for(lambda: os.path.exists(self.log))
+        self.wait_for(lambda: "opened anew" in self.said())
         client.send(b"behind\n").hear("ack 2\n")
         self.client("ack=1").send(b"new\n").hear("ack 1\n")
         self.write("vxlogd.ini", b"[vxlogd]\nlevel = x\n")

@@ -52,6 +52,12 @@ private:
     Receipt m_receipt;
 };
 
+/// Tells the connection at the end of a scope that its line is not in the log.
+struct Refusal {
+    const Receipt& receipt;
+    ~Refusal() { receipt.progress->fail(receipt.bytes); }
+};
+
 /// A document that has begun cannot be continued: its end may be there, or missing.
 void moveAside(const std::string& path)
 {
@@ -101,7 +107,8 @@ void LogFile::process(const ILogEntry* entry)
 {
     const Receipt& receipt = static_cast<const Entry*>(entry)->getReceipt();
     const auto fail = [&](auto&& describe) {
-        receipt.progress->fail(receipt.bytes); // first: to describe the failure takes memory
+        // The client hears last: it may look for the complaint at once. It also hears when there is no memory to complain.
+        const Refusal refusal {receipt};
         if (!m_isFailing.exchange(true))
             complain("the log cannot be written: " + describe());
     };
