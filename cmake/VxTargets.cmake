@@ -65,13 +65,6 @@ function(vx_add_test name)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
 
-# A benchmark program: vx_add_bench(name SOURCES bench.cpp... [LIBRARIES peer...])
-function(vx_add_bench name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
-    add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE vx_build_rules vxlib4 ${arg_LIBRARIES} benchmark::benchmark_main)
-endfunction()
-
 # What a user of the library finds: both libraries, their headers, a CMake package and files for pkg-config.
 function(vx_install)
     include(CMakePackageConfigHelpers)
