@@ -4,10 +4,9 @@
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
+#include "vx/detail/TypeName.h"
 #include "vxsys/Text.h"
 
-#include <cstdlib>
-#include <cxxabi.h>
 #include <map>
 #include <memory>
 
@@ -25,14 +24,6 @@ struct TypeOrder {
         return left->before(*right);
     }
 };
-
-String readableName(const std::type_info& type)
-{
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> name(
-        abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free);
-    return String(name != nullptr ? name.get() : type.name());
-}
 
 } // namespace
 
@@ -139,7 +130,7 @@ const Class* ClassManagerBase::lookupType(const std::type_info* type)
         throw ClassNotFoundException();
     const auto found = m_impl->byType.find(type);
     if (found == m_impl->byType.end())
-        throw ClassNotFoundException(readableName(*type));
+        throw ClassNotFoundException(detail::readableName(*type));
     return found->second.get();
 }
 

@@ -1,6 +1,7 @@
 #include "vx/Exception.h"
 
 #include "vx/Result.h"
+#include "vx/detail/Occasions.h"
 
 #include <new>
 
@@ -21,6 +22,7 @@ Exception::Exception(const Exception& other) noexcept
     : Object()
     , m_description(other.m_description)
 {
+    detail::copyOccasion(other, *this);
 }
 
 Exception::Exception(const String& description) noexcept
@@ -30,12 +32,17 @@ Exception::Exception(const String& description) noexcept
 
 Exception& Exception::operator=(const Exception& other)
 {
-    if (this != &other)
+    if (this != &other) {
         m_description = other.m_description;
+        detail::copyOccasion(other, *this);
+    }
     return *this;
 }
 
-Exception::~Exception() noexcept = default;
+Exception::~Exception() noexcept
+{
+    detail::forgetOccasion(*this);
+}
 
 String Exception::getDescription() const
 {

@@ -55,3 +55,10 @@ constexpr bool failed(std::int32_t result) noexcept
 /// meaning has; an error without such a twin gives 0x80004005, and 0 gives 0. What went wrong may not be 0: a caller
 /// that sees a failed call with `errno` 0 gets 0 back.
 extern "C" VXSYS_API std::int32_t VXResultFromNative(std::int32_t nativeError) noexcept;
+
+/// The native error that VXResultFromNative makes `result` of; of several, the one that is met most often. 0 if there is
+/// none.
+extern "C" VXSYS_API std::int32_t VXResultToNative(std::int32_t result) noexcept;
+
+/// What a result means, in English, in lower case and without a full stop; null for a code that this library does not give.
+extern "C" VXSYS_API const char16_t* VXResultGetText(std::int32_t result) noexcept;

@@ -1,6 +1,7 @@
 #include "vx/exec/Process.h"
 
 #include "vx/Exceptions.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
@@ -9,6 +10,17 @@
 #include <utility>
 
 namespace vx::exec {
+
+namespace {
+
+/// What a person has to look at when a program does not start.
+String nameOf(const char16_t* program, const char16_t* commandLine, const char16_t* directory)
+{
+    String name(program != nullptr ? program : commandLine != nullptr ? commandLine : u"");
+    return directory != nullptr ? name + u" in " + directory : name;
+}
+
+} // namespace
 
 /// This side's end of a pipe. It is open as long as the process object or a stream needs it.
 class Process::Pipe : public Object {
@@ -92,7 +104,8 @@ Process::Process(const char16_t* program, const char16_t* commandLine, const cha
         throwResult(RESULT_INVALID_ARGUMENT);
     std::uint32_t pipes[3];
     throwIfFailed(VXProcessCreateInheriting(program, commandLine, directory, environment, flags, inherited.data(),
-        static_cast<std::int32_t>(inherited.size()), pipes, &m_handle));
+                      static_cast<std::int32_t>(inherited.size()), pipes, &m_handle),
+        u"start", [=] { return nameOf(program, commandLine, directory); });
     m_childInput->open(pipes[0]);
     m_childOutput->open(pipes[1]);
     m_childError->open(pipes[2]);

@@ -1,6 +1,7 @@
 #include "vx/exec/SharedLibrary.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/detail/OwnModule.h"
 
@@ -10,7 +11,7 @@ SharedLibrary::SharedLibrary(const char16_t* name)
 {
     const std::int32_t result = VXModuleLibOpen(vx::detail::getOwnModule(), name, &m_handle);
     if (failed(result))
-        throw ResultException(result, u"Failed to open shared library.");
+        throwDuring(u"open", name, ResultException(result, u"Failed to open shared library."));
 }
 
 SharedLibrary::~SharedLibrary() noexcept
@@ -24,7 +25,7 @@ void* SharedLibrary::getSymbol(const char16_t* name)
     void* symbol = nullptr;
     const std::int32_t result = VXLibGetSymbol(m_handle, name, &symbol);
     if (failed(result))
-        throw ResultException(result, u"Failed to get symbol.");
+        throwDuring(u"find", name, ResultException(result, u"Failed to get symbol."));
     return symbol;
 }
 

@@ -1,6 +1,7 @@
 #include "vx/io/FileInputStream.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/detail/ReleaseReport.h"
 #include "vx/io/detail/OpenFile.h"
@@ -26,6 +27,7 @@ FileInputStream::FileInputStream(std::uint32_t handle, bool owned)
 FileInputStream::FileInputStream(const String& path)
     : FileInputStream(openFile(path), true)
 {
+    m_path = path;
 }
 
 FileInputStream::FileInputStream(const util::FilePath& path)
@@ -44,7 +46,7 @@ std::int32_t FileInputStream::read(signed char* target, std::int32_t length)
     const std::int32_t result = VXFileRead(m_handle, target, length, &done);
     if (result == RESULT_END_OF_FILE)
         return END_OF_STREAM;
-    throwIfFailed(result);
+    throwIfFailed(result, u"read", m_path);
     return done > 0 ? done : END_OF_STREAM;
 }
 
@@ -52,7 +54,7 @@ void FileInputStream::close()
 {
     // A handle whose closing failed is gone for the system, which may give its number to the next file.
     if (m_owned && m_handle != VX_FILE_INVALID_HANDLE)
-        throwIfFailed(VXFileClose(std::exchange(m_handle, VX_FILE_INVALID_HANDLE)));
+        throwIfFailed(VXFileClose(std::exchange(m_handle, VX_FILE_INVALID_HANDLE)), u"close", m_path);
 }
 
 std::uint32_t FileInputStream::getHandle()

@@ -1,12 +1,9 @@
 #pragma once
 
+#include "vx/String.h"
 #include "vx/io/InputStream.h"
 
 #include <cstdint>
-
-namespace vx {
-class String;
-}
 
 namespace vx::util {
 class FilePath;
@@ -41,6 +38,7 @@ private:
 
     std::uint32_t m_handle;
     bool m_owned;
+    String m_path; ///< for people; empty if the handle came from the caller
 };
 
 } // namespace vx::io

@@ -1,6 +1,7 @@
 #include "vx/io/FileOutputStream.h"
 
 #include "vx/Exceptions.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/io/detail/EntryNote.h"
 #include "vx/io/detail/OpenFile.h"
@@ -105,7 +106,7 @@ void FileOutputStream::write(const signed char* bytes, std::int32_t length)
     std::int64_t end = NO_POSITION;
     if (has(APPEND)) {
         const std::int32_t result = VXFileSeekToEnd(m_handle, &end);
-        throwIfFailed(result);
+        throwIfFailed(result, u"write", m_path);
         if (result > 0)
             return;
     } else if (m_semaphore) {
@@ -126,7 +127,7 @@ void FileOutputStream::flush()
     const std::int32_t result = VXFileFlush(handle);
     if (has(KEEPCLOSED))
         close();
-    throwIfFailed(result);
+    throwIfFailed(result, u"flush", m_path);
 }
 
 void FileOutputStream::close()
@@ -157,7 +158,7 @@ std::int64_t FileOutputStream::getSize()
     const std::int32_t result = VXFileGetSize(m_handle, &size);
     if (has(KEEPCLOSED))
         close();
-    throwIfFailed(result);
+    throwIfFailed(result, u"ask the size of", m_path);
     return size;
 }
 
@@ -205,7 +206,7 @@ void FileOutputStream::init(const String& path)
     if (has(APPEND | KEEPCLOSED | LOCK))
         m_mutex = new sync::Mutex;
     if (has(APPEND | LOCK))
-        m_semaphore = new ipc::SemaphoreR(semaphoreName(path).data(), 1, m_mutex.get());
+        during(u"lock", path, [&] { m_semaphore = new ipc::SemaphoreR(semaphoreName(path).data(), 1, m_mutex.get()); });
     setHandle(openFile(path, m_mode));
     if (has(KEEPCLOSED))
         close();
@@ -255,7 +256,7 @@ void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length,
     detail::EntryNote note(guarded(), end, bytes, length);
     writeAll(bytes, length, &note);
     if (note.isSplit()) // there was no room for a moment, and another program has written then
-        throwResult(RESULT_DISK_FULL);
+        throwIfFailed(RESULT_DISK_FULL, u"write", m_path);
 }
 
 void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length, detail::EntryNote* note)
@@ -263,9 +264,9 @@ void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length, d
     const auto put = m_isRegular ? VXFileWriteRegular : VXFileWrite;
     while (length > 0) {
         std::int32_t done = 0;
-        throwIfFailed(put(m_handle, bytes, length, &done));
+        throwIfFailed(put(m_handle, bytes, length, &done), u"write", m_path);
         if (done == 0) // a device that takes no more and does not say so
-            throwResult(RESULT_DISK_FULL);
+            throwIfFailed(RESULT_DISK_FULL, u"write", m_path);
         if (note != nullptr)
             note->wrote(done);
         bytes += done;

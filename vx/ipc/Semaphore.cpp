@@ -1,6 +1,7 @@
 #include "vx/ipc/Semaphore.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/String.h"
 
@@ -36,7 +37,7 @@ Semaphore::Semaphore(const char* name, std::uint32_t value)
 {
     const std::int32_t result = VXNamedSemOpen(name, value, &m_handle);
     if (failed(result))
-        throw ResultException(result, adviceFor(result));
+        throwDuring(u"open semaphore", name, ResultException(result, adviceFor(result)));
 }
 
 Semaphore::~Semaphore() noexcept(false)

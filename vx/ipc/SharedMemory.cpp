@@ -1,6 +1,7 @@
 #include "vx/ipc/SharedMemory.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vxsys/Named.h"
 
@@ -11,11 +12,11 @@ SharedMemory::SharedMemory(const char* name, unsigned int first, unsigned int se
 {
     std::int32_t result = VXSharedMemOpen(name, second, third, first, &m_handle);
     if (failed(result))
-        throw ResultException(result, u"Failed to open shared memory.");
+        throwDuring(u"open", name, ResultException(result, u"Failed to open shared memory."));
     result = VXSharedMemAttach(m_handle, VX_FILE_READ | VX_FILE_WRITE, &m_address);
     if (failed(result)) {
         VXSharedMemClose(m_handle);
-        throw ResultException(result, u"Failed to attach shared memory");
+        throwDuring(u"attach", name, ResultException(result, u"Failed to attach shared memory"));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
+#include "vx/detail/Occasions.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/net/TcpSocket2.h"
 #include "vx/startup/detail/ClassTable.h"
@@ -51,6 +52,7 @@ void stop()
         throw Exception(u"VXLIBLibUninit " + String(VXGetDescriptionFromVX_E_SOCKET(failure)));
     delete std::exchange(g_pGlobalLock, nullptr); // throws if a thread holds it
     VXSetNewHandler(g_replacedHandler);
+    detail::freeOccasions();
 }
 
 } // namespace

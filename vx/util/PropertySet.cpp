@@ -1,6 +1,7 @@
 #include "vx/util/PropertySet.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
@@ -97,7 +98,7 @@ String PropertySet::get(const String& key) const
     if (found.value != nullptr)
         return textOf(*found.value);
     if (found.next == nullptr)
-        throw Exception();
+        throwDuring(u"get property", key, Exception());
     return found.next->get(key);
 }
 

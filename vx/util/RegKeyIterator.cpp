@@ -1,6 +1,7 @@
 #include "vx/util/RegKeyIterator.h"
 
 #include "vx/Exceptions.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
 #include "vx/collections/detail/Element.h"
@@ -15,7 +16,9 @@ using OpenEnum = std::int32_t (*)(ENUM_VX_HKEY hive, const char16_t* key, VXRegi
 VXRegistryEnum open(OpenEnum openEnum, ENUM_VX_HKEY hive, const String& key)
 {
     VXRegistryEnum handle = nullptr;
-    throwIfFailed(openEnum(hive, SystemName(key), &handle));
+    during(
+        u"list registry key", [&] { return RegistryKey(hive, key).getKey(); },
+        [&] { throwIfFailed(openEnum(hive, SystemName(key), &handle)); });
     return handle;
 }
 

@@ -1,6 +1,7 @@
 #include "vx/util/RegistryKey.h"
 
 #include "vx/Exceptions.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
 #include "vx/util/BufferLocks.h"
@@ -149,12 +150,15 @@ RegistryKey RegistryKey::getSubkey(const String& name) const
 
 void RegistryKey::remove() const
 {
-    throwIfFailed(VXRegistryDeleteKey(m_hive, SystemName(m_key)));
+    during(
+        u"remove registry key", [this] { return getKey(); },
+        [this] { throwIfFailed(VXRegistryDeleteKey(m_hive, SystemName(m_key))); });
 }
 
 void RegistryKey::deleteValue(const String& name) const
 {
-    throwIfFailed(VXRegistryDeleteValue(m_hive, SystemName(m_key), SystemName(name)));
+    duringValue(
+        u"delete", name, [&] { throwIfFailed(VXRegistryDeleteValue(m_hive, SystemName(m_key), SystemName(name))); });
 }
 
 bool RegistryKey::valueExists(const String& name) const
@@ -166,14 +170,16 @@ bool RegistryKey::valueExists(const String& name) const
 ENUM_VX_REG_TYPE RegistryKey::getValueType(const String& name) const
 {
     ENUM_VX_REG_TYPE type {};
-    throwIfFailed(VXRegistryGetValue(m_hive, SystemName(m_key), SystemName(name), &type, nullptr, nullptr));
+    duringValue(u"read", name, [&] {
+        throwIfFailed(VXRegistryGetValue(m_hive, SystemName(m_key), SystemName(name), &type, nullptr, nullptr));
+    });
     return type;
 }
 
 String RegistryKey::getValueString(const String& name) const
 {
     RWByteBuffer bytes;
-    throwIfFailed(tryGetValue(name, VX_REG_STRING, bytes));
+    duringValue(u"read", name, [&] { throwIfFailed(tryGetValue(name, VX_REG_STRING, bytes)); });
     const ByteReadLock lock(bytes);
     auto length = lock.length() / static_cast<int>(sizeof(char16_t));
     String text;
@@ -211,7 +217,7 @@ void RegistryKey::setValue(const String& name, const String& text) const
 {
     constexpr int LONGEST = INT32_MAX / static_cast<int>(sizeof(char16_t)) - 1;
     if (text.getLength() > LONGEST)
-        throw ResultException(RESULT_INVALID_ARGUMENT);
+        duringValue(u"set", name, [] { throwResult(RESULT_INVALID_ARGUMENT); });
     setValue(name, VX_REG_STRING, TerminatedText(text), (text.getLength() + 1) * static_cast<int>(sizeof(char16_t)));
 }
 
@@ -262,9 +268,22 @@ void RegistryKey::normalize()
     m_keyName = m_key.substring(m_key.lastIndexOf(DELIMITER) + 1);
 }
 
+template <class Work>
+void RegistryKey::duringValue(std::u16string_view operation, const String& name, Work&& work) const
+{
+    during(
+        operation,
+        [&] {
+            return name.view().empty() ? u"the default registry value of " + getKey()
+                                       : u"registry value \"" + name + u"\" of " + getKey();
+        },
+        work);
+}
+
 void RegistryKey::setValue(const String& name, ENUM_VX_REG_TYPE type, const void* data, std::int32_t length) const
 {
-    throwIfFailed(VXRegistrySetValue(m_hive, SystemName(m_key), SystemName(name), type, data, length));
+    duringValue(u"set", name,
+        [&] { throwIfFailed(VXRegistrySetValue(m_hive, SystemName(m_key), SystemName(name), type, data, length)); });
 }
 
 std::int32_t RegistryKey::tryGetValue(const String& name, ENUM_VX_REG_TYPE type, void* data, std::int32_t& length) const
@@ -302,7 +321,7 @@ Number RegistryKey::getNumber(const String& name, ENUM_VX_REG_TYPE type) const
 {
     Number number = 0;
     std::int32_t length = sizeof number;
-    throwIfFailed(tryGetValue(name, type, &number, length));
+    duringValue(u"read", name, [&] { throwIfFailed(tryGetValue(name, type, &number, length)); });
     return number;
 }
 

@@ -92,6 +92,9 @@ public:
 
 private:
     void normalize();
+    /// Names the value in a failure of `work`.
+    template <class Work>
+    void duringValue(std::u16string_view operation, const String& name, Work&& work) const;
     template <RegistryNumber Number>
     void setNumber(const String& name, Number number) const;
     void setValue(const String& name, ENUM_VX_REG_TYPE type, const void* data, std::int32_t length) const;

@@ -1,6 +1,7 @@
 #include "vx/vorb/Module.h"
 
 #include "vx/Exceptions.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/TerminatedText.h"
@@ -61,13 +62,16 @@ String pathOf(String key)
 /// Sets the default value of a key among the classes.
 void setEntry(const String& key, const String& text)
 {
-    throwIfFailed(VXRegistrySetValue(VX_HKEY_CLASSES_32, SystemName(pathOf(key)), u"", VX_REG_STRING,
-        TerminatedText(text).get(), (text.getLength() + 1) * static_cast<std::int32_t>(sizeof(char16_t))));
+    during(u"set class entry", key, [&] {
+        throwIfFailed(VXRegistrySetValue(VX_HKEY_CLASSES_32, SystemName(pathOf(key)), u"", VX_REG_STRING,
+            TerminatedText(text).get(), (text.getLength() + 1) * static_cast<std::int32_t>(sizeof(char16_t))));
+    });
 }
 
 void removeEntry(const String& key)
 {
-    throwIfFailed(VXRegistryDeleteKey(VX_HKEY_CLASSES_32, SystemName(pathOf(key))));
+    during(u"remove class entry", key,
+        [&] { throwIfFailed(VXRegistryDeleteKey(VX_HKEY_CLASSES_32, SystemName(pathOf(key)))); });
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "vx/net/vorb/VorbTransport.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/String.h"
 #include "vx/TerminatedText.h"
@@ -70,7 +71,10 @@ Reference<io::IChannel> VorbConnectorFace::connect()
 
 VorbTransportFace::VorbTransportFace(const String& progId)
 {
-    throwIfFailed(VXComCreateObjectByProgID(SystemName(progId), nullptr, &IVXTransport::IID, m_transport.outVoid()));
+    during(u"create transport", progId, [&] {
+        throwIfFailed(
+            VXComCreateObjectByProgID(SystemName(progId), nullptr, &IVXTransport::IID, m_transport.outVoid()));
+    });
 }
 
 VorbTransportFace::~VorbTransportFace() = default;

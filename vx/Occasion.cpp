@@ -1,0 +1,104 @@
+#include "vx/Occasion.h"
+
+#include "vx/detail/Occasions.h"
+
+#include <atomic>
+#include <new>
+#include <string>
+
+namespace vx {
+
+namespace {
+
+/// A note. Once made it stays in the list, so that the list can be read without a lock, also by a child process that was
+/// forked while another thread wrote a note. There are as many as exceptions with a note were alive at once.
+struct Note {
+    std::atomic<const void*> owner; ///< the exception; null while the note is free
+    std::u16string text; ///< belongs to whoever has claimed the note
+    Note* next;
+};
+
+constinit std::atomic<Note*> g_notes = nullptr;
+
+Note* findNote(const void* owner) noexcept
+{
+    Note* note = g_notes.load(std::memory_order_acquire);
+    while (note != nullptr && note->owner.load(std::memory_order_acquire) != owner)
+        note = note->next;
+    return note;
+}
+
+void write(const Exception& failure, std::u16string&& text) noexcept
+{
+    for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
+        const void* none = nullptr;
+        if (note->owner.compare_exchange_strong(none, &g_notes, std::memory_order_acquire)) { // nobody's address
+            note->text = std::move(text);
+            note->owner.store(&failure, std::memory_order_release);
+            return;
+        }
+    }
+    auto* const made = new (std::nothrow) Note {&failure, std::move(text), g_notes.load(std::memory_order_relaxed)};
+    if (made == nullptr)
+        return;
+    while (!g_notes.compare_exchange_weak(made->next, made, std::memory_order_release, std::memory_order_relaxed)) { }
+}
+
+} // namespace
+
+String getOccasion(const Exception& failure)
+{
+    const Note* const note = findNote(&failure);
+    return note != nullptr ? String(std::u16string_view(note->text)) : String();
+}
+
+void noteOccasion(const Exception& failure, std::u16string_view operation, std::u16string_view object) noexcept
+{
+    if (findNote(&failure) != nullptr)
+        return;
+    try {
+        std::u16string text;
+        text.reserve(operation.size() + 1 + object.size());
+        text.append(operation);
+        if (!operation.empty() && !object.empty())
+            text += u' ';
+        write(failure, std::move(text.append(object)));
+    } catch (const std::bad_alloc&) {
+        // The exception goes on without a note.
+    }
+}
+
+namespace detail {
+
+void copyOccasion(const Exception& from, const Exception& to) noexcept
+{
+    if (&from == &to)
+        return;
+    forgetOccasion(to);
+    const Note* const note = findNote(&from);
+    if (note == nullptr)
+        return;
+    try {
+        write(to, std::u16string(note->text));
+    } catch (const std::bad_alloc&) {
+        // The copy goes without a note.
+    }
+}
+
+void forgetOccasion(const Exception& failure) noexcept
+{
+    if (Note* const note = findNote(&failure)) {
+        std::u16string().swap(note->text);
+        note->owner.store(nullptr, std::memory_order_release);
+    }
+}
+
+void freeOccasions() noexcept
+{
+    for (Note* note = g_notes.exchange(nullptr); note != nullptr;)
+        delete std::exchange(note, note->next);
+}
+
+} // namespace detail
+
+} // namespace vx
