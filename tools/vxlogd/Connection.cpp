@@ -90,12 +90,13 @@ void Connection::goOn()
 {
     takeLines();
     const Progress::State state = m_progress->state();
+    if (std::exchange(m_doneBefore, state.done) != state.done)
+        m_lastSign = Clock::now();
     if (m_isRefused || m_isBroken)
         return;
     if (m_wantsAnswers && m_output.empty() && state.done > m_answered) {
         m_output = "ack " + std::to_string(state.done) + "\n";
         m_answered = state.done;
-        m_lastSign = Clock::now();
         write();
     }
     if (state.hasFailed)

@@ -49,6 +49,8 @@ public:
     /// As `finish` after too long a silence, and without answers. A client that was refused has less time.
     void endIfSilent(Clock::time_point now);
     bool isOver() const;
+    /// When the last bytes came or went, or the last line was in the log.
+    Clock::time_point lastSign() const { return m_lastSign; }
 
 private:
     bool hasRoom() const;
@@ -74,6 +76,7 @@ private:
     bool m_isBroken = false; ///< nothing can be sent
     std::size_t m_lastBytes = 1024 * 1024; ///< read at most once the end is wanted
     std::uint64_t m_lines = 0;
+    std::uint64_t m_doneBefore = 0;
     std::uint64_t m_answered = 0;
     std::string m_input;
     std::string m_output;

@@ -1,13 +1,14 @@
 #include "Shard.h"
 
 #include "Complaint.h"
-#include "common/Failure.h"
 
-#include <vx/Exception.h>
+#include <vx/Describe.h>
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <new>
+#include <optional>
 #include <sys/time.h>
 #include <utility>
 
@@ -46,7 +47,7 @@ bool succeeds(Work&& work)
             work();
             return true;
         } catch (const vx::Exception& failure) {
-            complain("a connection is dropped: " + vxtools::textOf(failure));
+            complain("a connection is dropped: " + vx::explain(failure).toUtf8());
         } catch (const std::exception& failure) {
             complain(std::string("a connection is dropped: ") + failure.what());
         }
@@ -87,21 +88,21 @@ void Shard::stop()
 
 void* Shard::run()
 {
-    constexpr std::chrono::seconds MOST_TIME_TO_STOP(10);
+    constexpr std::chrono::seconds PATIENCE(10); // with connections of which nothing more comes or goes
 
-    bool isStopping = false;
-    Clock::time_point end = Clock::time_point::max();
+    std::optional<Clock::time_point> stopped;
     for (;;) {
         takeOver();
-        if (!isStopping && m_isStopping) {
-            isStopping = true;
-            end = Clock::now() + MOST_TIME_TO_STOP;
-        }
+        if (m_isStopping && !stopped)
+            stopped = Clock::now();
         for (std::size_t index = m_connections.size(); index-- > 0;) {
             if (m_connections[index]->isOver())
                 drop(index);
         }
-        if (isStopping && (m_connections.empty() || Clock::now() >= end)) {
+        const auto isStuck = [&, now = Clock::now()](const auto& connection) {
+            return now - std::max(*stopped, connection->lastSign()) >= PATIENCE;
+        };
+        if (stopped && std::all_of(m_connections.begin(), m_connections.end(), isStuck)) {
             m_connections.clear();
             return nullptr;
         }
