@@ -104,8 +104,7 @@ int main(int argc, char** argv)
         std::cout << messages->getLocale()->toString() << ": " << messages->getString(u"greeting") << '\n';
         logOverTransport(*messages, japanese, u"CP932");
     } catch (const Exception& failure) {
-        std::cerr << "components: result " << std::hex << static_cast<std::uint32_t>(failure.getResult()) << ' '
-                  << failure.getDescription() << '\n';
+        std::cerr << "components: " << explain(failure) << '\n';
         return 1;
     }
 }

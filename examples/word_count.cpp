@@ -155,8 +155,7 @@ int main(int argc, char** argv)
         run(String(std::string_view(argv[1])), argc == 3 ? std::strtoul(argv[2], nullptr, 10) : 10);
         return 0;
     } catch (const Exception& failure) {
-        std::cerr << "word_count: " << argv[1] << ": " << std::hex << std::showbase
-                  << static_cast<std::uint32_t>(failure.getResult()) << ' ' << failure.getDescription() << '\n';
+        std::cerr << "word_count: " << explain(failure) << '\n';
         return 1;
     }
 }

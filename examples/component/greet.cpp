@@ -2,6 +2,7 @@
 #include "IGreeter.h"
 
 #include "vx/Class.h"
+#include "vx/Describe.h"
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
@@ -54,7 +55,7 @@ int main(int count, char** arguments)
         for (int i = 1; i < count; ++i)
             std::printf("%s\n", greetingFor(arguments[i]).getBytes(u"UTF-8"));
     } catch (const vx::Exception& failure) {
-        std::fprintf(stderr, "greet: result 0x%08X\n", static_cast<unsigned>(failure.getResult()));
+        std::fprintf(stderr, "greet: %s\n", vx::explain(failure).toUtf8().c_str());
         return 1;
     }
     const bool wasKnown = isKnownClass(u"example::Greeter");

@@ -70,7 +70,7 @@ class Scratch(unittest.TestCase):
         for part in parts:
             self.assertIn(part, text)
 
-    def assertNeedsRoom(self, tool, *commands, reason="No space left on device"):
+    def assertNeedsRoom(self, tool, *commands, reason="the disk is full"):
         for arguments in commands:
             with self.subTest(full=arguments), open("/dev/full", "wb") as full:
                 self.assertFails(run(tool, *arguments, data=b"text\n", stdout=full), "standard output: " + reason)

@@ -168,10 +168,10 @@ class Faults(tool.Scratch):
         data = self.write("data", b"text")
         for arguments, text in [
             (["-f", "no-such", data], 'unknown encoding "no-such"'), (["-t", "UTF-16", data], 'unknown encoding "UTF-16"'),
-            (["-f", "", data], 'unknown encoding ""'), ([self.path("missing")], "missing: No such file or directory"),
-            ([self.folder], "Is a directory"), ([data, "-o", self.folder], "Is a directory"),
-            ([data, "-o", self.path("missing/out")], "missing/out: No such file or directory"),
-            ([data, "-o", self.path("n" * 300)], "File name too long"),
+            (["-f", "", data], 'unknown encoding ""'), ([self.path("missing")], "missing: no such file or directory"),
+            ([self.folder], "is a directory"), ([data, "-o", self.folder], "is a directory"),
+            ([data, "-o", self.path("missing/out")], "missing/out: no such file or directory"),
+            ([data, "-o", self.path("n" * 300)], "the name is too long"),
         ]:
             with self.subTest(arguments):
                 self.assertFails(vxconv(*arguments), text)
@@ -185,20 +185,20 @@ class Faults(tool.Scratch):
             result = vxconv(secret, **other)
         except PermissionError:
             self.skipTest("another user does not reach the program")
-        self.assertFails(result, "secret: Permission denied")
-        self.assertFails(vxconv("-o", self.write("fixed", b"old", 0o444), **other), "fixed: Permission denied")
+        self.assertFails(result, "secret: permission denied")
+        self.assertFails(vxconv("-o", self.write("fixed", b"old", 0o444), **other), "fixed: permission denied")
         self.assertEqual(self.read("fixed"), b"old")
 
     def test_says_that_a_standard_stream_fails(self):
         self.assertNeedsRoom("vxconv", [], ["--help"])
         self.assertNeedsRoom("vxconv", ["--list"], reason="stream write error")
-        self.assertFails(vxconv("-o", "/dev/full", data=b"text"), "/dev/full: No space left on device")
-        self.assertFails(vxconv(preexec_fn=lambda: os.close(0)), "standard input: Bad file descriptor")
+        self.assertFails(vxconv("-o", "/dev/full", data=b"text"), "/dev/full: the disk is full")
+        self.assertFails(vxconv(preexec_fn=lambda: os.close(0)), "standard input: invalid handle")
         reading, writing = os.pipe()
         os.close(reading)
         result = vxconv(data=b"text", stdout=writing)
         os.close(writing)
-        self.assertFails(result, "standard output: Broken pipe")
+        self.assertFails(result, "standard output: broken pipe")
 
     def test_does_not_read_what_it_writes(self):
         data = self.write("data", b"text")
@@ -228,7 +228,7 @@ class OutputFiles(tool.Scratch):
     def test_leaves_the_old_file_when_it_fails(self):
         cases = [
             ("a fault at the end", ["--strict", "-t", "ASCII"], b"x" * 4 * BLOCK + b"\xc3\xa9", None, "U+00E9"),
-            ("no room", [], b"x" * 4 * BLOCK, tool.limited(resource.RLIMIT_FSIZE, BLOCK), "out: File too large"),
+            ("no room", [], b"x" * 4 * BLOCK, tool.limited(resource.RLIMIT_FSIZE, BLOCK), "out: the file is too large"),
         ]
         for name, arguments, data, prepare, text in cases:
             with self.subTest(name):

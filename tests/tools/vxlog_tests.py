@@ -113,9 +113,9 @@ class Faults(tool.Scratch):
     def test_tells_what_failed(self):
         limit = tool.limited(resource.RLIMIT_FSIZE, 4096)
         for arguments, options, parts in [
-            (["/no/such/input"], {}, ["/no/such/input", "No such file"]), (["/"], {}, ["/:", "directory"]),
-            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]), (["-f", "/"], {}, ["/: Is a directory"]),
-            (["-f", "/no/such/folder/log"], {}, ["/no/such/folder/log", "No such file"]),
+            (["/no/such/input"], {}, ["/no/such/input", "no such file"]), (["/"], {}, ["/:", "directory"]),
+            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]), (["-f", "/"], {}, ["/: is a directory"]),
+            (["-f", "/no/such/folder/log"], {}, ["/no/such/folder/log", "no such file"]),
             (["-f", self.log.encode() + b"\xff"], {}, ["not UTF-8"]),
             (["-f", self.log], {"preexec_fn": limit}, [self.log, "too large"]),
             (["-f", self.log, "--async", "1"], {"preexec_fn": limit}, [self.log, "too large"]),

@@ -197,11 +197,11 @@ class Settings(Served):
             result = vxlogd(*arguments)
             self.assertFails(result, status=2)
             self.assertEqual(result.stdout, b"")
-        self.assertFails(vxlogd("-c", "/"), "/: Is a directory", status=2)
+        self.assertFails(vxlogd("-c", "/"), "/: is a directory", status=2)
         strange = self.write("\udcff.ini", b"[vxlogd]\n")
         self.assertFails(vxlogd("-c", strange), "not UTF-8", status=2)
-        for arguments, part in [(["--log=" + self.path("none/log")], "none/log: No such file"), (["--encoding=none"], "none"),
-                                (["--log=/"], "/: Is a directory"), (["--listen=no.such.host.invalid"], "no.such.host")]:
+        for arguments, part in [(["--log=" + self.path("none/log")], "none/log: no such file"), (["--encoding=none"], "none"),
+                                (["--log=/"], "/: is a directory"), (["--listen=no.such.host.invalid"], "no.such.host")]:
             self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments), part)
 
     def test_come_from_the_command_line_before_the_file(self):

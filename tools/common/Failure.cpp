@@ -1,10 +1,7 @@
 #include "Failure.h"
 
+#include <vx/Describe.h>
 #include <vx/Result.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <system_error>
 
 namespace vxtools {
 
@@ -28,7 +25,7 @@ UsageError::UsageError(const Text& text)
 
 std::string textOfError(int error)
 {
-    return std::generic_category().message(error);
+    return textOfResult(VXResultFromNative(error));
 }
 
 std::string textOf(const vx::Exception& failure)
@@ -39,19 +36,7 @@ std::string textOf(const vx::Exception& failure)
 
 std::string textOfResult(std::int32_t result)
 {
-    // Of errors that share a code, the one that is met most often.
-    for (const int error : {EMFILE, ETIMEDOUT, ENODEV, ENOBUFS}) {
-        if (VXResultFromNative(error) == result)
-            return textOfError(error);
-    }
-    constexpr int LAST_ERROR = 133;
-    for (int error = 1; error <= LAST_ERROR && result != vx::RESULT_FAIL; ++error) {
-        if (VXResultFromNative(error) == result)
-            return textOfError(error);
-    }
-    char text[32];
-    std::snprintf(text, sizeof text, "failed with 0x%08X", static_cast<unsigned>(result));
-    return text;
+    return vx::describe(result).toUtf8();
 }
 
 } // namespace vxtools

@@ -33,11 +33,10 @@ private:
     Text m_text;
 };
 
-/// What the system says about one of its error numbers.
+/// What an error number of the system means.
 std::string textOfError(int error);
-/// The description of `failure`, or what its result code stands for.
+/// The description of `failure`, or what its result code means: for a line that names the thing that failed by itself.
 std::string textOf(const vx::Exception& failure);
-/// What the system says about the error that a result code was made of; else the code in hexadecimal.
 std::string textOfResult(std::int32_t result);
 
 } // namespace vxtools

@@ -3,6 +3,8 @@
 #include "Failure.h"
 #include "Input.h"
 
+#include <vx/Describe.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -54,7 +56,7 @@ int runProgram(const char* name, const std::function<void()>& work, Messages& me
     } catch (const Failure& failure) {
         complain(name, messages.say(failure.text()));
     } catch (const vx::Exception& failure) {
-        complain(name, textOf(failure));
+        complain(name, vx::explain(failure).toUtf8());
     } catch (const std::bad_alloc&) {
         complain(name, "out of memory");
     } catch (const std::exception& failure) {

@@ -2,9 +2,8 @@
 
 #include "Complaint.h"
 #include "Shard.h"
-#include "common/Failure.h"
 
-#include <vx/Exception.h>
+#include <vx/Describe.h>
 #include <vx/net/SocketResult.h>
 #include <vx/net/TcpClientSocket2.h>
 
@@ -195,7 +194,7 @@ void Server::acceptAll()
             vx::exec::Thread::sleep(PAUSE);
         } catch (const vx::Exception& failure) {
             if (!std::exchange(isFailing, true))
-                complain(vxtools::textOf(failure));
+                complain(vx::explain(failure).toUtf8());
             vx::exec::Thread::sleep(PAUSE);
         }
     }

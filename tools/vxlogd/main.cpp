@@ -3,10 +3,9 @@
 #include "Complaint.h"
 #include "Server.h"
 #include "Settings.h"
-#include "common/Failure.h"
 #include "common/Program.h"
 
-#include <vx/Exception.h>
+#include <vx/Describe.h>
 
 #include <csignal>
 #include <cstdio>
@@ -63,7 +62,7 @@ void changeSettings(Server& server, int argc, char** argv)
         server.change(readSettings(argc, argv).settings);
         complain("the log is opened anew");
     } catch (const vx::Exception& failure) {
-        complain("the log cannot be opened anew: " + vxtools::textOf(failure));
+        complain("the log cannot be opened anew: " + vx::explain(failure).toUtf8());
     } catch (const std::exception& failure) {
         complain(std::string("the settings stay: ") + failure.what());
     }
