@@ -12,6 +12,7 @@
 /// end stays held. A child process by `fork` goes on with the locks of the thread that called it.
 extern "C" {
 
+/// Milliseconds for a wait or a sleep without a limit.
 inline constexpr std::uint32_t VX_WAIT_FOREVER = 0xFFFFFFFF;
 
 using VXHandle = struct VXHandleTag*;

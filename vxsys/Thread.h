@@ -39,8 +39,8 @@ VXSYS_API std::uint32_t VXThreadGetCurrentId() noexcept;
 /// A number of the calling thread, never 0, that no other thread of the process has had or will have. The thread that calls
 /// `fork` keeps it in the child process.
 VXSYS_API std::uint64_t VXThreadGetNumber() noexcept;
-/// Suspends the calling thread on the monotonic clock; signals do not shorten it. 0xFFFFFFFF never returns, 0 lets others
-/// run.
+/// Suspends the calling thread on the monotonic clock; signals do not shorten it. `VX_WAIT_FOREVER` (vxsys/Lock.h)
+/// never returns, 0 yields the processor to other threads.
 VXSYS_API void VXThreadSleep(std::uint32_t milliseconds) noexcept;
 }
 

@@ -39,7 +39,7 @@ public:
 
     /// Never 0, and unique among the running threads.
     static unsigned int getCurrentID();
-    /// 0xFFFFFFFF sleeps for ever.
+    /// `VX_WAIT_FOREVER` (vxsys/Lock.h) sleeps for ever.
     static void sleep(unsigned int milliseconds);
 
 private:

@@ -10,9 +10,9 @@
 #include "vx/sync/Semaphore.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Thread.h"
+#include "vxsys/detail/Deadline.h"
 
 #include <atomic>
-#include <chrono>
 #include <deque>
 #include <exception>
 #include <utility>
@@ -113,20 +113,15 @@ public:
 
     bool waitUntilDone(std::uint32_t milliseconds)
     {
-        using Clock = std::chrono::steady_clock;
-        const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+        const auto end = vxsys::detail::Deadline::in(milliseconds);
         const Waiter waiter(*this);
         const sync::Condition::Holder holder(m_done);
         while (!isDone()) {
             if (m_workers == 0)
                 return false;
-            std::uint32_t left = FOREVER;
-            if (milliseconds != FOREVER) {
-                const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-                if (rest <= 0)
-                    return false;
-                left = static_cast<std::uint32_t>(rest);
-            }
+            const std::uint32_t left = end.millisecondsLeft();
+            if (left == 0)
+                return false;
             try {
                 m_done.wait(left);
             } catch (const ResultException& result) {
@@ -138,8 +133,6 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t FOREVER = 0xFFFFFFFF;
-
     /// A caller that waits for the end of the work.
     class Waiter {
     public:

@@ -3,6 +3,7 @@
 #include "vx/Object.h"
 #include "vx/Reference.h"
 #include "vx/log/ILogProcessor.h"
+#include "vxsys/Lock.h"
 
 #include <cstdint>
 
@@ -37,9 +38,9 @@ public:
     void process(const ILogEntry* entry) override;
 
     /// Waits until the target is done with all that was queued. True when it took every entry. False when it threw at one
-    /// since the last call that waited to the end, when `milliseconds` ran out (0xFFFFFFFF waits for ever), and when entries
+    /// since the last call that waited to the end, when `milliseconds` ran out (`VX_WAIT_FOREVER`: no limit), and when entries
     /// wait and no worker is left.
-    bool waitUntilDone(std::uint32_t milliseconds = 0xFFFFFFFF);
+    bool waitUntilDone(std::uint32_t milliseconds = VX_WAIT_FOREVER);
 
 private:
     AsyncProcessor(ILogProcessor* target, int threads, Failures failures);

@@ -24,7 +24,7 @@ public:
     void acquire() VX_ACQUIRE();
     void release() VX_RELEASE();
     void wait() VX_REQUIRES(this);
-    /// Throws ResultException with RESULT_TIMED_OUT after `milliseconds`; 0xFFFFFFFF waits for ever.
+    /// Throws ResultException with RESULT_TIMED_OUT after `milliseconds`; `VX_WAIT_FOREVER` has no limit.
     void wait(std::uint32_t milliseconds) VX_REQUIRES(this);
     /// Releases one waiting thread.
     void signal();

@@ -21,7 +21,7 @@ public:
     /// Always false. It takes no signal.
     bool tryWait() override;
 
-    /// False if no signal came within `milliseconds`; 0xFFFFFFFF waits for ever.
+    /// False if no signal came within `milliseconds`; `VX_WAIT_FOREVER` has no limit.
     virtual bool wait(std::uint32_t milliseconds);
     virtual void signal();
 

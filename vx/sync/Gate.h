@@ -19,7 +19,7 @@ public:
     void wait() override;
     bool tryWait() override;
 
-    /// False if it did not open within `milliseconds`; 0xFFFFFFFF waits for ever.
+    /// False if it did not open within `milliseconds`; `VX_WAIT_FOREVER` has no limit.
     virtual bool wait(std::uint32_t milliseconds);
     /// Releases all waiting threads, even if the gate is closed at once.
     virtual void open();

@@ -2,8 +2,10 @@
 
 #include "vxsys/Lock.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <sys/time.h>
 
 namespace vxsys::detail {
 
@@ -13,23 +15,22 @@ public:
     /// Never.
     constexpr Deadline() noexcept = default;
 
-    /// `milliseconds` from now; `VX_WAIT_FOREVER` is never, and 0 a moment that has passed long ago.
+    /// `milliseconds` from now. `VX_WAIT_FOREVER` is never, and 0 a moment that has already passed.
     static Deadline in(std::uint32_t milliseconds) noexcept
     {
-        Deadline deadline;
         if (milliseconds == VX_WAIT_FOREVER)
-            return deadline;
-        deadline.m_never = false;
-        if (milliseconds == 0)
-            return deadline;
-        ::clock_gettime(CLOCK_MONOTONIC, &deadline.m_time);
-        deadline.m_time.tv_sec += milliseconds / 1000;
-        deadline.m_time.tv_nsec += static_cast<long>(milliseconds % 1000) * 1'000'000;
-        if (deadline.m_time.tv_nsec >= NANOSECONDS) {
-            deadline.m_time.tv_nsec -= NANOSECONDS;
-            ++deadline.m_time.tv_sec;
-        }
-        return deadline;
+            return {};
+        return after(milliseconds / 1000, static_cast<long>(milliseconds % 1000) * 1'000'000);
+    }
+
+    /// `time` from now, of which no part is negative. A time beyond some thirty years is never.
+    static Deadline in(const timeval& time) noexcept
+    {
+        constexpr std::int64_t NEVER_SECONDS = 1'000'000'000;
+        constexpr long MICROSECONDS = 1'000'000;
+        if (time.tv_sec >= NEVER_SECONDS || time.tv_usec / MICROSECONDS >= NEVER_SECONDS)
+            return {};
+        return after(time.tv_sec + time.tv_usec / MICROSECONDS, time.tv_usec % MICROSECONDS * 1000);
     }
 
     bool isNever() const noexcept { return m_never; }
@@ -46,14 +47,61 @@ public:
     }
     bool hasPassed() const noexcept
     {
-        Deadline now;
-        ::clock_gettime(CLOCK_MONOTONIC, &now.m_time);
-        now.m_never = false;
-        return isEarlierThan(now);
+        Deadline current;
+        current.m_time = now();
+        current.m_never = false;
+        return isEarlierThan(current);
+    }
+
+    /// The time from now until then, 0 if it has passed. Not for a deadline that is never.
+    timespec left() const noexcept
+    {
+        if (isAtOnce())
+            return {};
+        timespec rest = now();
+        rest.tv_sec = m_time.tv_sec - rest.tv_sec;
+        rest.tv_nsec = m_time.tv_nsec - rest.tv_nsec;
+        if (rest.tv_nsec < 0) {
+            rest.tv_nsec += NANOSECONDS;
+            --rest.tv_sec;
+        }
+        return rest.tv_sec < 0 ? timespec {} : rest;
+    }
+
+    /// The milliseconds until then, rounded up, so that a wait for them does not end early. Never is `VX_WAIT_FOREVER`.
+    std::uint32_t millisecondsLeft() const noexcept
+    {
+        if (m_never)
+            return VX_WAIT_FOREVER;
+        const timespec rest = left();
+        const std::int64_t milliseconds = std::int64_t {rest.tv_sec} * 1000 + (rest.tv_nsec + 999'999) / 1'000'000;
+        return static_cast<std::uint32_t>(std::min<std::int64_t>(milliseconds, VX_WAIT_FOREVER - 1));
     }
 
 private:
     static constexpr long NANOSECONDS = 1'000'000'000;
+
+    static timespec now() noexcept
+    {
+        timespec time;
+        ::clock_gettime(CLOCK_MONOTONIC, &time);
+        return time;
+    }
+    static Deadline after(std::int64_t seconds, long nanoseconds) noexcept
+    {
+        Deadline deadline;
+        deadline.m_never = false;
+        if (seconds == 0 && nanoseconds == 0)
+            return deadline;
+        deadline.m_time = now();
+        deadline.m_time.tv_sec += seconds;
+        deadline.m_time.tv_nsec += nanoseconds;
+        if (deadline.m_time.tv_nsec >= NANOSECONDS) {
+            deadline.m_time.tv_nsec -= NANOSECONDS;
+            ++deadline.m_time.tv_sec;
+        }
+        return deadline;
+    }
 
     timespec m_time {};
     bool m_never = true;
