@@ -1,6 +1,7 @@
 #include "vx/net/TcpClientSocket2.h"
 
-#include "vx/net/detail/NativeSocket.h"
+#include "vx/net/detail/NativeResult.h"
+#include "vxsys/Socket.h"
 
 #include <new>
 
@@ -23,13 +24,13 @@ ENUM_VX_E_SOCKET TcpClientSocket2::createTcpClientSocket2(int domain, int type, 
     ENUM_VX_E_SOCKET status = init();
     if (status != VX_E_SOCKET_OK)
         return status;
-    const unsigned int handle = openSocket(domain, type, protocol);
-    if (handle == INVALID_SOCKET_HANDLE)
-        return lastError();
+    unsigned int handle = VX_SOCKET_INVALID;
+    if (const std::int32_t error = VXSocketOpen(domain, type, protocol, &handle); error != 0)
+        return resultOf(error);
     *out = new (std::nothrow) TcpClientSocket2(handle, &status);
     if (*out != nullptr)
         return status;
-    closeSocket(handle);
+    VXSocketClose(handle);
     return VX_E_SOCKET_EFAULT;
 }
 
@@ -39,7 +40,7 @@ ENUM_VX_E_SOCKET TcpClientSocket2::bind(const vx_sockaddr_union* address, unsign
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    return resultOf([&] { return ::bind(static_cast<int>(getHandle()), &address->generic, length); });
+    return resultOf(VXSocketBind(getHandle(), &address->generic, length));
 }
 
 ENUM_VX_E_SOCKET TcpClientSocket2::connect(const vx_sockaddr_union* address, unsigned int length)
@@ -48,7 +49,7 @@ ENUM_VX_E_SOCKET TcpClientSocket2::connect(const vx_sockaddr_union* address, uns
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    return resultOf([&] { return ::connect(static_cast<int>(getHandle()), &address->generic, length); });
+    return resultOf(VXSocketConnect(getHandle(), &address->generic, length));
 }
 
 ENUM_VX_E_SOCKET TcpClientSocket2::getLocalAddress(vx_sockaddr_union* address, int* length)
@@ -57,9 +58,8 @@ ENUM_VX_E_SOCKET TcpClientSocket2::getLocalAddress(vx_sockaddr_union* address, i
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    auto size = static_cast<socklen_t>(*length);
-    const ENUM_VX_E_SOCKET result
-        = resultOf([&] { return ::getsockname(static_cast<int>(getHandle()), &address->generic, &size); });
+    auto size = static_cast<std::uint32_t>(*length);
+    const ENUM_VX_E_SOCKET result = resultOf(VXSocketGetAddress(getHandle(), &address->generic, &size));
     *length = static_cast<int>(size);
     return result;
 }

@@ -4,15 +4,15 @@
 #include "vx/String.h"
 #include "vx/io/IoException.h"
 #include "vx/net/TcpSocket2.h"
-#include "vx/net/detail/NativeSocket.h"
+#include "vxsys/Socket.h"
 
 #include <arpa/inet.h>
+#include <cerrno>
+#include <string>
 #include <system_error>
 #include <utility>
 
 namespace vx::net {
-
-using namespace detail;
 
 namespace {
 
@@ -28,8 +28,8 @@ Reference<TcpSocketHandle> openListener()
     const ENUM_VX_E_SOCKET started = TcpSocket2::init();
     if (started != VX_E_SOCKET_OK)
         throw Exception(u"TcpServerSocket: Winsock failed to load " + String(VXGetDescriptionFromVX_E_SOCKET(started)));
-    const unsigned int socket = openSocket(AF_INET, SOCK_STREAM, 0);
-    if (socket == INVALID_SOCKET_HANDLE)
+    unsigned int socket = VX_SOCKET_INVALID;
+    if (VXSocketOpen(AF_INET, SOCK_STREAM, 0, &socket) != 0)
         failWithError<io::IoException>();
     return TcpSocketHandle::own(socket);
 }
@@ -39,11 +39,11 @@ Reference<TcpSocketHandle> openListener()
 TcpServerSocket::TcpServerSocket(unsigned short port, int backlog)
     : m_handle(openListener())
 {
-    const int socket = static_cast<int>(m_handle->getSocket());
+    const unsigned int socket = m_handle->getSocket();
     vx_sockaddr_union address {};
     address.in4.sin_family = AF_INET;
     address.in4.sin_port = htons(port);
-    if (::bind(socket, &address.generic, sizeof address.in4) != 0 || ::listen(socket, backlog) != 0)
+    if (VXSocketBind(socket, &address.generic, sizeof address.in4) != 0 || VXSocketListen(socket, backlog) != 0)
         failWithError<Exception>();
 }
 
@@ -52,15 +52,11 @@ TcpServerSocket::~TcpServerSocket() noexcept(false) = default;
 Reference<TcpSocket> TcpServerSocket::accept()
 {
     vx_sockaddr_union peer {};
-    socklen_t length = sizeof peer.in4;
-    unsigned int socket = INVALID_SOCKET_HANDLE;
-    do
-        socket = acceptSocket(m_handle->getSocket(), &peer.generic, &length);
-    while (socket == INVALID_SOCKET_HANDLE && errno == EINTR);
-    if (socket == INVALID_SOCKET_HANDLE) {
-        const std::int32_t number = VXLastNativeSocketError();
-        throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(number));
-    }
+    std::uint32_t length = sizeof peer.in4;
+    unsigned int socket = VX_SOCKET_INVALID;
+    const std::int32_t error = VXSocketAccept(m_handle->getSocket(), &peer.generic, &length, &socket);
+    if (error != 0)
+        throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(error));
     Reference<TcpSocketHandle> handle = TcpSocketHandle::own(socket); // before an object is created, which may fail
     return new TcpSocket(std::move(handle));
 }
@@ -68,8 +64,8 @@ Reference<TcpSocket> TcpServerSocket::accept()
 unsigned short TcpServerSocket::getPort() const
 {
     vx_sockaddr_union address {};
-    socklen_t length = sizeof address;
-    if (::getsockname(static_cast<int>(m_handle->getSocket()), &address.generic, &length) != 0)
+    std::uint32_t length = sizeof address;
+    if (VXSocketGetAddress(m_handle->getSocket(), &address.generic, &length) != 0)
         failWithError<Exception>();
     return ntohs(address.in4.sin_port);
 }

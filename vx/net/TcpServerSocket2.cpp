@@ -1,8 +1,8 @@
 #include "vx/net/TcpServerSocket2.h"
 
 #include "vx/net/TcpWorkerSocket2.h"
-#include "vx/net/detail/NativeSocket.h"
-#include "vxsys/Net.h"
+#include "vx/net/detail/NativeResult.h"
+#include "vxsys/Socket.h"
 
 #include <algorithm>
 #include <climits>
@@ -85,8 +85,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::close()
     setClosed(1);
     ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
     for (unsigned int& slot : std::span(m_sockets).first(std::exchange(m_socketCount, 0U))) {
-        const unsigned int handle = std::exchange(slot, INVALID_SOCKET_HANDLE);
-        const ENUM_VX_E_SOCKET result = resultOf([&] { return closeSocket(handle); });
+        const ENUM_VX_E_SOCKET result = resultOf(VXSocketClose(std::exchange(slot, VX_SOCKET_INVALID)));
         if (!isOfNoAccount(result))
             last = result;
     }
@@ -95,7 +94,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::close()
 
 void TcpServerSocket2::socketListClear()
 {
-    m_sockets.fill(INVALID_SOCKET_HANDLE);
+    m_sockets.fill(VX_SOCKET_INVALID);
 }
 
 ENUM_VX_E_SOCKET TcpServerSocket2::bind()
@@ -128,29 +127,30 @@ ENUM_VX_E_SOCKET TcpServerSocket2::bindOne(const InetSocketAddress* entry, Next*
         return copied;
 
     // Non-blocking: a connection may end between the wait and the accept.
-    const unsigned int handle = openSocket(storage.generic.sa_family, m_type | SOCK_NONBLOCK, m_protocol);
-    if (handle == INVALID_SOCKET_HANDLE) {
-        const ENUM_VX_E_SOCKET failure = lastError();
-        *next = failure == VX_E_SOCKET_EAFNOSUPPORT ? Next::ENTRY : Next::END;
-        return failure;
+    unsigned int handle = VX_SOCKET_INVALID;
+    ENUM_VX_E_SOCKET result
+        = resultOf(VXSocketOpen(storage.generic.sa_family, m_type | SOCK_NONBLOCK, m_protocol, &handle));
+    if (result != VX_E_SOCKET_OK) {
+        *next = result == VX_E_SOCKET_EAFNOSUPPORT ? Next::ENTRY : Next::END;
+        return result;
     }
     *next = Next::ENTRY;
     const int on = 1;
     if (storage.generic.sa_family == AF_INET6)
-        ::setsockopt(static_cast<int>(handle), IPPROTO_IPV6, IPV6_V6ONLY, &on, sizeof on);
+        VXSocketSetOption(handle, IPPROTO_IPV6, IPV6_V6ONLY, &on, sizeof on);
     if (m_reusesAddress)
-        ::setsockopt(static_cast<int>(handle), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    ENUM_VX_E_SOCKET result = resultOf([&] { return ::bind(static_cast<int>(handle), &storage.generic, length); });
+        VXSocketSetOption(handle, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    result = resultOf(VXSocketBind(handle, &storage.generic, length));
     // Several sockets may be bound to the address now, but only one can listen.
     if (result == VX_E_SOCKET_OK && m_reusesAddress)
-        result = resultOf([&] { return ::listen(static_cast<int>(handle), 1); });
+        result = resultOf(VXSocketListen(handle, 1));
     if (result == VX_E_SOCKET_OK && m_socketCount < MOST_ENTRIES) {
         m_sockets[m_socketCount++] = handle;
         return VX_E_SOCKET_OK;
     }
     if (result == VX_E_SOCKET_OK)
         result = VX_E_SOCKET_EFAULT; // no place for it
-    if (const ENUM_VX_E_SOCKET closed = resultOf([&] { return closeSocket(handle); }); closed != VX_E_SOCKET_OK) {
+    if (const ENUM_VX_E_SOCKET closed = resultOf(VXSocketClose(handle)); closed != VX_E_SOCKET_OK) {
         *next = Next::FAILURE;
         return closed;
     }
@@ -161,8 +161,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::listen(int backlog)
 {
     ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
     for (const unsigned int handle : std::span(m_sockets).first(m_socketCount)) {
-        const ENUM_VX_E_SOCKET result
-            = resultOf([&] { return ::listen(static_cast<int>(handle), backlog < 1 ? INT_MAX : backlog); });
+        const ENUM_VX_E_SOCKET result = resultOf(VXSocketListen(handle, backlog < 1 ? INT_MAX : backlog));
         if (result != VX_E_SOCKET_OK)
             last = result;
     }
@@ -181,16 +180,16 @@ ENUM_VX_E_SOCKET TcpServerSocket2::accept(unsigned int* socket)
 {
     if (socket == nullptr)
         return VX_E_SOCKET_EINVAL;
-    *socket = INVALID_SOCKET_HANDLE;
+    *socket = VX_SOCKET_INVALID;
     return accept_guts(nullptr, socket);
 }
 
 ENUM_VX_E_SOCKET TcpServerSocket2::accept_guts(TcpWorkerSocket2** out, unsigned int* socket)
 {
-    unsigned int handle = INVALID_SOCKET_HANDLE;
+    unsigned int handle = VX_SOCKET_INVALID;
     vx_sockaddr_union peer {};
     ENUM_VX_E_SOCKET status = acceptConnection(&handle, &peer);
-    if (handle == INVALID_SOCKET_HANDLE)
+    if (handle == VX_SOCKET_INVALID)
         return status;
     if (socket != nullptr) {
         *socket = handle;
@@ -198,7 +197,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::accept_guts(TcpWorkerSocket2** out, unsigned 
     }
     *out = new (std::nothrow) TcpWorkerSocket2(handle, &peer, &status);
     if (*out == nullptr) {
-        closeSocket(handle);
+        VXSocketClose(handle);
         status = VX_E_SOCKET_EFAULT;
     }
     return status;
@@ -209,35 +208,41 @@ ENUM_VX_E_SOCKET TcpServerSocket2::acceptConnection(unsigned int* handle, vx_soc
 {
     if (m_socketCount == 0)
         return VX_E_SOCKET_ENOTSOCK;
+    std::int32_t error = 0;
     const auto take = [&](unsigned int listener) {
-        socklen_t length = sizeof *peer;
-        *handle = acceptSocket(listener, &peer->generic, &length);
-        return *handle != INVALID_SOCKET_HANDLE;
+        std::uint32_t length = sizeof *peer;
+        error = VXSocketAccept(listener, &peer->generic, &length, handle);
+        return error == 0;
     };
     const std::span<const unsigned int> listeners = std::span(m_sockets).first(m_socketCount);
     if (m_socketCount <= FEW_SOCKETS && std::ranges::any_of(listeners, take)) // a connection was waiting already
         return VX_E_SOCKET_OK;
 
-    std::array<pollfd, MOST_ENTRIES> waits;
-    const std::span<pollfd> entries = std::span(waits).first(m_socketCount);
+    std::array<VXSocketWait, MOST_ENTRIES> waits;
+    const std::span<VXSocketWait> entries = std::span(waits).first(m_socketCount);
     for (;;) {
         for (unsigned int index = 0; index < m_socketCount; ++index)
-            entries[index] = {static_cast<int>(listeners[index]), WAIT_READ | WAIT_EXCEPT, 0};
-        const int ready = waitFor(entries, nullptr);
-        if (ready < 0)
-            return lastError();
+            entries[index] = {static_cast<int>(listeners[index]), VX_SOCKET_READ | VX_SOCKET_EXCEPT, 0};
+        std::int32_t ready = 0;
+        error = VXSocketSelect(entries.data(), m_socketCount, nullptr, &ready);
+        if (error != 0)
+            return resultOf(error);
         if (ready == 0)
             return VX_E_SOCKET_EINTR;
-        if (const auto failed = std::ranges::find_if(entries, isExceptional); failed != entries.end()) {
-            const ENUM_VX_E_SOCKET pending = takePendingError(static_cast<unsigned int>(failed->fd));
-            if (pending != VX_E_SOCKET_OK)
-                return pending;
+        const auto find = [&](std::int16_t wanted) {
+            return std::ranges::find_if(
+                entries, [wanted](const VXSocketWait& entry) { return (entry.ready & wanted) != 0; });
+        };
+        if (const auto failed = find(VX_SOCKET_EXCEPT); failed != entries.end()) {
+            error = VXSocketTakeError(static_cast<unsigned int>(failed->socket));
+            if (error != 0)
+                return resultOf(error);
         }
-        const auto first = std::ranges::find_if(entries, isReadable);
-        if (first == entries.end() || take(static_cast<unsigned int>(first->fd)))
+        const auto first = find(VX_SOCKET_READ);
+        if (first == entries.end() || take(static_cast<unsigned int>(first->socket)))
             return VX_E_SOCKET_OK;
-        if (errno != EAGAIN)
-            return lastError();
+        if (error != VX_SOCKET_WOULD_BLOCK)
+            return resultOf(error);
     }
 }
 
@@ -248,7 +253,7 @@ ENUM_VX_E_SOCKET TcpServerSocket2::shutDown(Direction direction)
         return VX_E_SOCKET_OK;
     ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
     for (const unsigned int handle : std::span(m_sockets).first(m_socketCount)) {
-        const ENUM_VX_E_SOCKET result = resultOf([&] { return ::shutdown(static_cast<int>(handle), how); });
+        const ENUM_VX_E_SOCKET result = resultOf(VXSocketShutdown(handle, how));
         if (!isOfNoAccount(result))
             last = result;
     }

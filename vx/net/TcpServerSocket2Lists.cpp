@@ -1,8 +1,9 @@
 #include "vx/String.h"
 #include "vx/net/TcpServerSocket2.h"
-#include "vx/net/detail/NativeSocket.h"
+#include "vx/net/detail/NativeResult.h"
 #include "vx/net/detail/TextOut.h"
 #include "vxsys/Net.h"
+#include "vxsys/Socket.h"
 #include "vxsys/Text.h"
 
 #include <charconv>
@@ -161,9 +162,8 @@ ENUM_VX_E_SOCKET TcpServerSocket2::saveBoundAddresses()
     ENUM_VX_E_SOCKET last = VX_E_SOCKET_OK;
     for (const unsigned int handle : std::span(m_sockets).first(m_socketCount)) {
         vx_sockaddr_union storage {};
-        socklen_t length = sizeof storage;
-        ENUM_VX_E_SOCKET result
-            = resultOf([&] { return ::getsockname(static_cast<int>(handle), &storage.generic, &length); });
+        std::uint32_t length = sizeof storage;
+        ENUM_VX_E_SOCKET result = resultOf(VXSocketGetAddress(handle, &storage.generic, &length));
         if (result == VX_E_SOCKET_OK) {
             std::unique_ptr<InetSocketAddress> address = makeAddress(&result, &storage);
             if (address != nullptr && !m_boundList.add(std::move(address)))

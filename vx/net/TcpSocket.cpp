@@ -5,9 +5,11 @@
 #include "vx/io/IoException.h"
 #include "vx/net/TcpSocket2.h"
 #include "vx/net/TcpSocketStreams.h"
-#include "vx/net/detail/NativeSocket.h"
+#include "vx/net/detail/NativeResult.h"
 #include "vx/sync/ScopedLock.h"
+#include "vxsys/Lock.h"
 #include "vxsys/Net.h"
+#include "vxsys/Socket.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -51,7 +53,7 @@ std::atomic<bool> TcpSocket::s_bInitialized {false};
 
 TcpSocketHandle::~TcpSocketHandle() noexcept
 {
-    closeSocket(m_socket);
+    VXSocketClose(m_socket);
 }
 
 Reference<TcpSocketHandle> TcpSocketHandle::own(unsigned int socket)
@@ -59,7 +61,7 @@ Reference<TcpSocketHandle> TcpSocketHandle::own(unsigned int socket)
     try {
         return new TcpSocketHandle(socket);
     } catch (...) {
-        closeSocket(socket);
+        VXSocketClose(socket);
         throw;
     }
 }
@@ -69,15 +71,17 @@ TcpSocket::TcpSocket(const String& host, unsigned short port)
     init();
     socklen_t length = 0;
     vx_sockaddr_union address = lookUp(host, length);
-    const unsigned int socket = openSocket(address.generic.sa_family, SOCK_STREAM, 0);
-    if (socket == INVALID_SOCKET_HANDLE)
-        throw io::IoException(describe(u"TcpSocket::TcpSocket ", lastError()));
+    unsigned int socket = VX_SOCKET_INVALID;
+    std::int32_t error = VXSocketOpen(address.generic.sa_family, SOCK_STREAM, 0, &socket);
+    if (error != 0)
+        throw io::IoException(describe(u"TcpSocket::TcpSocket ", resultOf(error)));
     m_handle = TcpSocketHandle::own(socket);
     address.in4.sin_port = htons(port);
-    if (connectSocket(socket, &address.generic, length) != 0) {
-        const ENUM_VX_E_SOCKET failure = lastError();
-        throw Exception(u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", failure));
-    }
+    error = VXSocketConnect(socket, &address.generic, length);
+    if (error == VX_SOCKET_INTERRUPTED)
+        error = VXSocketFinishConnect(socket, VX_WAIT_FOREVER);
+    if (error != 0)
+        throw Exception(u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", resultOf(error)));
 }
 
 TcpSocket::TcpSocket(unsigned int socket)
@@ -150,7 +154,7 @@ bool TcpSocket::getInitialized()
 
 void TcpSocket::close(unsigned int socket) noexcept
 {
-    closeSocket(socket);
+    VXSocketClose(socket);
 }
 
 } // namespace vx::net

@@ -2,10 +2,10 @@
 
 #include "vx/Result.h"
 #include "vx/io/IoException.h"
-#include "vx/net/detail/NativeSocket.h"
+#include "vx/net/detail/NativeResult.h"
+#include "vxsys/Socket.h"
 
-#include <chrono>
-#include <span>
+#include <concepts>
 
 namespace vx::net {
 
@@ -13,9 +13,18 @@ using namespace detail;
 
 namespace {
 
-[[noreturn]] void fail(const char16_t* where, ENUM_VX_E_SOCKET why)
+/// Repeats a transfer that a signal has interrupted. Throws if it fails.
+template <std::invocable<std::int32_t*> Transfer>
+std::int32_t complete(const char16_t* where, Transfer&& transfer)
 {
-    throw io::IoException(String(where) + String(VXGetDescriptionFromVX_E_SOCKET(why)));
+    std::int32_t count = 0;
+    std::int32_t error = 0;
+    do
+        error = transfer(&count);
+    while (error == VX_SOCKET_INTERRUPTED);
+    if (error != 0)
+        throw io::IoException(String(where) + String(VXGetDescriptionFromVX_E_SOCKET(resultOf(error))));
+    return count;
 }
 
 } // namespace
@@ -32,17 +41,13 @@ std::int32_t TcpSocketInputStream::read(signed char* buffer, std::int32_t length
 {
     if (length < 1)
         return 0;
-    if (const int timeout = m_timeout; timeout > 0) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout);
-        pollfd entry {static_cast<int>(m_socket), WAIT_READ, 0};
-        if (retryOnSignal([&] { return waitUntil({&entry, 1}, end); }) == 0)
-            throw io::TimeoutException(u"socket timeout");
-    }
-    const ssize_t got = retryOnSignal(
-        [&] { return ::recv(static_cast<int>(m_socket), buffer, static_cast<std::size_t>(length), 0); });
-    if (got < 0)
-        fail(u"TcpSocketInputStream::read ", lastError());
-    return got > 0 ? static_cast<std::int32_t>(got) : -1;
+    if (const int timeout = m_timeout; timeout > 0
+        && VXSocketWaitReady(m_socket, VX_SOCKET_READ, static_cast<std::uint32_t>(timeout)) == VX_SOCKET_TIMED_OUT)
+        throw io::TimeoutException(u"socket timeout");
+    const std::int32_t got = complete(u"TcpSocketInputStream::read ", [&](std::int32_t* count) {
+        return VXSocketReceive(m_socket, buffer, static_cast<std::uint32_t>(length), 0, count);
+    });
+    return got > 0 ? got : -1;
 }
 
 TcpSocketOutputStream::TcpSocketOutputStream(TcpSocketHandle* handle)
@@ -56,12 +61,11 @@ TcpSocketOutputStream::~TcpSocketOutputStream() noexcept = default;
 void TcpSocketOutputStream::write(const signed char* buffer, std::int32_t length)
 {
     while (length > 0) { // a signal ends a send early
-        const ssize_t sent = retryOnSignal(
-            [&] { return ::send(static_cast<int>(m_socket), buffer, static_cast<std::size_t>(length), MSG_NOSIGNAL); });
-        if (sent < 0)
-            fail(u"TcpSocketOutputStream::write ", lastError());
+        const std::int32_t sent = complete(u"TcpSocketOutputStream::write ", [&](std::int32_t* count) {
+            return VXSocketSend(m_socket, buffer, static_cast<std::uint32_t>(length), 0, count);
+        });
         buffer += sent;
-        length -= static_cast<std::int32_t>(sent);
+        length -= sent;
     }
 }
 

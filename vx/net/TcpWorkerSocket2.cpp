@@ -1,9 +1,13 @@
 #include "vx/net/TcpWorkerSocket2.h"
 
-#include "vx/net/detail/NativeSocket.h"
+#include "vx/net/detail/NativeResult.h"
+#include "vxsys/Socket.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <new>
 #include <span>
 #include <utility>
@@ -18,8 +22,7 @@ using namespace detail;
 struct SelectSet {
     TcpWorkerSocket2** sockets;
     std::uint32_t* count;
-    short events;
-    bool (*isReady)(const pollfd&) noexcept;
+    std::int16_t wanted;
     std::uint32_t size = 0; ///< the count at the start
 };
 
@@ -30,35 +33,35 @@ constexpr std::size_t SETS = 3;
 class WaitList {
 public:
     /// VX_E_SOCKET_ENOTSOCK for a closed socket.
-    ENUM_VX_E_SOCKET add(TcpWorkerSocket2* socket, short events)
+    ENUM_VX_E_SOCKET add(TcpWorkerSocket2* socket, std::int16_t wanted)
     {
         if (socket == nullptr)
             return VX_E_SOCKET_EINVAL;
         const unsigned int id = socket->getId();
         if (id == 0)
             return VX_E_SOCKET_ENOTSOCK;
-        pollfd* entry = find(id);
+        VXSocketWait* entry = find(id);
         if (entry == nullptr) {
             m_ids[m_size] = id;
             entry = &m_entries[m_size++];
             *entry = {static_cast<int>(id), 0, 0};
         }
-        entry->events = static_cast<short>(entry->events | events);
+        entry->wanted = static_cast<std::int16_t>(entry->wanted | wanted);
         return VX_E_SOCKET_OK;
     }
 
-    pollfd* find(unsigned int id)
+    VXSocketWait* find(unsigned int id)
     {
         const auto end = m_ids.begin() + static_cast<std::ptrdiff_t>(m_size);
         const auto place = std::find(m_ids.begin(), end, id);
         return place != end ? &m_entries[static_cast<std::size_t>(place - m_ids.begin())] : nullptr;
     }
 
-    std::span<pollfd> entries() { return {m_entries.data(), m_size}; }
+    std::span<VXSocketWait> entries() { return {m_entries.data(), m_size}; }
 
 private:
     std::array<unsigned int, SETS * MOST_SOCKETS> m_ids;
-    std::array<pollfd, SETS * MOST_SOCKETS> m_entries;
+    std::array<VXSocketWait, SETS * MOST_SOCKETS> m_entries;
     std::size_t m_size = 0;
 };
 
@@ -69,13 +72,13 @@ ENUM_VX_E_SOCKET keepReady(SelectSet& set, WaitList& waits, ENUM_VX_E_SOCKET res
         const unsigned int id = socket->getId();
         if (id == 0)
             return VX_E_SOCKET_ENOTSOCK;
-        if (!set.isReady(*waits.find(id))) {
+        if ((waits.find(id)->ready & set.wanted) == 0) {
             socket = nullptr;
             continue;
         }
         ++*set.count;
-        if (set.events == WAIT_EXCEPT)
-            result = takePendingError(id);
+        if (set.wanted == VX_SOCKET_EXCEPT)
+            result = resultOf(VXSocketTakeError(id));
     }
     return result;
 }
@@ -106,7 +109,7 @@ TcpWorkerSocket2::~TcpWorkerSocket2()
 
 unsigned int TcpWorkerSocket2::getId()
 {
-    return m_handle != INVALID_SOCKET_HANDLE ? m_handle : 0;
+    return m_handle != VX_SOCKET_INVALID ? m_handle : 0;
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::shutdownInput()
@@ -129,8 +132,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::close()
     if (getClosed() != 0)
         return VX_E_SOCKET_OK;
     setClosed(1);
-    const unsigned int handle = std::exchange(m_handle, INVALID_SOCKET_HANDLE);
-    return resultOf([&] { return closeSocket(handle); });
+    return resultOf(VXSocketClose(std::exchange(m_handle, VX_SOCKET_INVALID)));
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::getsockopt(std::int32_t level, std::int32_t name, char* value, int* length)
@@ -139,9 +141,8 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::getsockopt(std::int32_t level, std::int32_t n
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    auto size = static_cast<socklen_t>(*length);
-    const ENUM_VX_E_SOCKET result
-        = resultOf([&] { return ::getsockopt(static_cast<int>(m_handle), level, name, value, &size); });
+    auto size = static_cast<std::uint32_t>(*length);
+    const ENUM_VX_E_SOCKET result = resultOf(VXSocketGetOption(m_handle, level, name, value, &size));
     *length = static_cast<int>(size);
     return result;
 }
@@ -152,10 +153,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::recv(char* buffer, unsigned int length, std::
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    const std::size_t most = std::min<std::size_t>(length, INT32_MAX);
-    errno = 0; // an orderly end does not set it
-    *count = static_cast<std::int32_t>(::recv(static_cast<int>(m_handle), buffer, most, flags));
-    return *count > 0 ? VX_E_SOCKET_OK : lastError();
+    return resultOf(VXSocketReceive(m_handle, buffer, length, flags, count));
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::send(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
@@ -164,10 +162,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::send(char* buffer, unsigned int length, std::
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    const std::size_t most = std::min<std::size_t>(length, INT32_MAX);
-    errno = 0;
-    *count = static_cast<std::int32_t>(::send(static_cast<int>(m_handle), buffer, most, flags | MSG_NOSIGNAL));
-    return *count > 0 ? VX_E_SOCKET_OK : lastError();
+    return resultOf(VXSocketSend(m_handle, buffer, length, flags, count));
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::setsockopt(std::int32_t level, std::int32_t name, const char* value, int length)
@@ -176,8 +171,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::setsockopt(std::int32_t level, std::int32_t n
         return VX_E_SOCKET_EINVAL;
     if (getClosed() != 0)
         return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(
-        [&] { return ::setsockopt(static_cast<int>(m_handle), level, name, value, static_cast<socklen_t>(length)); });
+    return resultOf(VXSocketSetOption(m_handle, level, name, value, static_cast<std::uint32_t>(length)));
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::select(TcpWorkerSocket2** read, std::uint32_t* readCount, TcpWorkerSocket2** write,
@@ -190,9 +184,9 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::select(TcpWorkerSocket2** read, std::uint32_t
         return started;
 
     SelectSet sets[SETS] = {
-        {read, readCount, WAIT_READ, isReadable},
-        {write, writeCount, WAIT_WRITE, isWritable},
-        {except, exceptCount, WAIT_EXCEPT, isExceptional},
+        {read, readCount, VX_SOCKET_READ},
+        {write, writeCount, VX_SOCKET_WRITE},
+        {except, exceptCount, VX_SOCKET_EXCEPT},
     };
     for (SelectSet& set : sets)
         set.size = *set.count;
@@ -209,19 +203,21 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::select(TcpWorkerSocket2** read, std::uint32_t
     WaitList waits;
     for (const SelectSet& set : sets) {
         for (TcpWorkerSocket2* socket : std::span(set.sockets, set.size)) {
-            if (const ENUM_VX_E_SOCKET added = waits.add(socket, set.events); added != VX_E_SOCKET_OK)
+            if (const ENUM_VX_E_SOCKET added = waits.add(socket, set.wanted); added != VX_E_SOCKET_OK)
                 return added;
         }
     }
-    *ready = waitFor(waits.entries(), timeout);
-    if (*ready < 0)
-        return lastError();
+    const std::span<VXSocketWait> entries = waits.entries();
+    const std::int32_t error
+        = VXSocketSelect(entries.data(), static_cast<std::uint32_t>(entries.size()), timeout, ready);
+    if (error != 0)
+        return resultOf(error);
     if (*ready == 0)
         return VX_E_SOCKET_OK;
 
     *ready = 0; // the sum over the sets, as the system counts
-    for (const pollfd& entry : waits.entries())
-        *ready += isReadable(entry) + isWritable(entry) + isExceptional(entry);
+    for (const VXSocketWait& entry : entries)
+        *ready += std::popcount(static_cast<std::uint16_t>(entry.ready));
     ENUM_VX_E_SOCKET result = VX_E_SOCKET_OK;
     for (SelectSet& set : sets)
         result = keepReady(set, waits, result);
@@ -233,7 +229,7 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::shutDown(Direction direction)
     const int how = beginShutdown(direction);
     if (how < 0 || getClosed() != 0)
         return VX_E_SOCKET_OK;
-    const ENUM_VX_E_SOCKET result = resultOf([&] { return ::shutdown(static_cast<int>(m_handle), how); });
+    const ENUM_VX_E_SOCKET result = resultOf(VXSocketShutdown(m_handle, how));
     return result == VX_E_SOCKET_ENOTCONN ? VX_E_SOCKET_OK : result;
 }
 
