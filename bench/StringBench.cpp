@@ -3,9 +3,14 @@
 #ifdef VX_BENCH_ICU
 #include <unicode/unistr.h>
 #endif
+#ifdef VX_BENCH_QT
+#include <QHash>
+#include <QString>
+#endif
 
 #include <benchmark/benchmark.h>
 
+#include <charconv>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -32,6 +37,7 @@ struct Vx {
     static int compare(const Text& left, const Text& right) { return left.compare(right); }
     static int find(const Text& text, char16_t unit) { return text.indexOf(unit); }
     static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
+    static int findFolded(const Text& text, const Text& piece) { return text.indexOf(piece, 0, true); }
     static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(unit); }
     static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
     static int findFirstOf(const Text& text, const char16_t* set) { return text.findFirstOf(set); }
@@ -95,7 +101,7 @@ struct Icu {
     static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
     static void remove(Text& text, int position, int count) { text.remove(position, count); }
     static Text sum(const Text& left, const Text& right) { return left + right; }
-    static Text part(const Text& text, int start, int end) { return text.tempSubStringBetween(start, end); }
+    static Text part(const Text& text, int start, int end) { return Text(text, start, end - start); }
     static void assign(Text& text, const Text& other) { text = other; }
     static bool equals(const Text& left, const Text& right) { return left == right; }
     static bool equalsFolded(const Text& left, const Text& right) { return left.caseCompare(right, 0) == 0; }
@@ -117,6 +123,46 @@ struct Icu {
     {
         return Text::fromUTF8(icu::StringPiece(bytes.data(), static_cast<std::int32_t>(bytes.size())));
     }
+};
+#endif
+
+#ifdef VX_BENCH_QT
+struct Qt5 {
+    using Text = QString;
+    static Text make(std::u16string_view text)
+    {
+        return Text(reinterpret_cast<const QChar*>(text.data()), static_cast<int>(text.size()));
+    }
+    static Text withRoom(int capacity)
+    {
+        Text text;
+        text.reserve(capacity);
+        return text;
+    }
+    static int length(const Text& text) { return text.size(); }
+    static void append(Text& text, char16_t unit) { text.append(QChar(unit)); }
+    static void append(Text& text, const Text& piece) { text.append(piece); }
+    static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
+    static void remove(Text& text, int position, int count) { text.remove(position, count); }
+    static Text sum(const Text& left, const Text& right) { return left + right; }
+    static Text part(const Text& text, int start, int end) { return text.mid(start, end - start); }
+    static void assign(Text& text, const Text& other) { text = other; }
+    static bool equals(const Text& left, const Text& right) { return left == right; }
+    static bool equalsFolded(const Text& left, const Text& right)
+    {
+        return left.compare(right, Qt::CaseInsensitive) == 0;
+    }
+    static int compare(const Text& left, const Text& right) { return left.compare(right); }
+    static int find(const Text& text, char16_t unit) { return text.indexOf(QChar(unit)); }
+    static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
+    static int findFolded(const Text& text, const Text& piece) { return text.indexOf(piece, 0, Qt::CaseInsensitive); }
+    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(QChar(unit)); }
+    static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
+    static std::size_t hash(const Text& text) { return qHash(text); }
+    static void upper(Text& text) { text = std::move(text).toUpper(); }
+    static void trim(Text& text) { text = std::move(text).trimmed(); }
+    static QByteArray utf8(const Text& text) { return text.toUtf8(); }
+    static Text fromUtf8(const QByteArray& bytes) { return Text::fromUtf8(bytes); }
 };
 #endif
 
@@ -320,6 +366,24 @@ void findText(benchmark::State& state)
     countUnits(state);
 }
 
+/// Greek, Cyrillic and Latin in turn, without regard to case.
+template <class Type>
+void findFoldedInScripts(benchmark::State& state)
+{
+    constexpr std::u16string_view WORDS = u"η θάλασσα είναι ήρεμη, а ёжик нёс в туман узелок, die schöne Straße führt ";
+    std::u16string source;
+    while (source.size() < static_cast<std::size_t>(state.range(0)))
+        source += WORDS;
+    source.resize(static_cast<std::size_t>(state.range(0)) - 6);
+    const auto text = Type::make(source + u"Λιμάνι");
+    const auto piece = Type::make(u"λΙΜάνι");
+    for (auto _ : state) {
+        if (Type::findFolded(text, piece) != state.range(0) - 6)
+            state.SkipWithError("not found");
+    }
+    countUnits(state);
+}
+
 template <class Type>
 void findLastUnit(benchmark::State& state)
 {
@@ -396,7 +460,7 @@ void throughUtf8(benchmark::State& state)
 {
     const auto source = Type::make(words(state.range(0)));
     for (auto _ : state) {
-        const std::string bytes = Type::utf8(source);
+        const auto bytes = Type::utf8(source);
         if (Type::length(Type::fromUtf8(bytes)) != state.range(0))
             state.SkipWithError("wrong length");
     }
@@ -425,20 +489,20 @@ void valueOfDouble(benchmark::State& state)
 }
 BENCHMARK(valueOfDouble);
 
-/// The same two through the C runtime's printing, as the floor.
-template <class Value>
-void printed(benchmark::State& state, const char* form, Value value)
+/// The same two by the standard library, as the floor.
+template <class... Form>
+void printed(benchmark::State& state, auto value, Form... form)
 {
     for (auto _ : state) {
         benchmark::DoNotOptimize(value);
         char digits[32];
-        const int length = std::snprintf(digits, sizeof digits, form, value);
-        const std::u16string text(digits, digits + length);
+        char* const end = std::to_chars(digits, digits + sizeof digits, value, form...).ptr;
+        const std::u16string text(&digits[0], end);
         benchmark::DoNotOptimize(text.data());
     }
 }
-BENCHMARK_CAPTURE(printed, int, "%d", 1234567);
-BENCHMARK_CAPTURE(printed, double, "%g", 1234.567);
+BENCHMARK_CAPTURE(printed, int, 1234567);
+BENCHMARK_CAPTURE(printed, double, 1234.567, std::chars_format::general, 6);
 
 void format(benchmark::State& state)
 {
@@ -451,40 +515,47 @@ void format(benchmark::State& state)
 BENCHMARK(format);
 
 #ifdef VX_BENCH_ICU
-#define VX_WITH_ICU(name, sizes) BENCHMARK_TEMPLATE(name, Icu) sizes;
+#define VX_WITH_ICU(name) BENCHMARK_TEMPLATE(name, Icu) VX_SIZES;
 #else
-#define VX_WITH_ICU(name, sizes)
+#define VX_WITH_ICU(name)
+#endif
+#ifdef VX_BENCH_QT
+#define VX_WITH_QT(name) BENCHMARK_TEMPLATE(name, Qt5) VX_SIZES;
+#else
+#define VX_WITH_QT(name)
 #endif
 #define VX_SIZES ->Arg(16)->Arg(64)->Arg(4096)
 #define VX_BESIDE_STD(name)                                                                                            \
     BENCHMARK_TEMPLATE(name, Vx) VX_SIZES;                                                                             \
     BENCHMARK_TEMPLATE(name, Std) VX_SIZES;
-#define VX_BESIDE_ICU(name)                                                                                            \
+#define VX_BESIDE_QT(name)                                                                                             \
     BENCHMARK_TEMPLATE(name, Vx) VX_SIZES;                                                                             \
-    VX_WITH_ICU(name, VX_SIZES)
-#define VX_BESIDE_BOTH(name) VX_BESIDE_STD(name) VX_WITH_ICU(name, VX_SIZES)
+    VX_WITH_QT(name)
+#define VX_BESIDE_LIBRARIES(name) VX_BESIDE_QT(name) VX_WITH_ICU(name)
+#define VX_BESIDE_ALL(name) VX_BESIDE_STD(name) VX_WITH_ICU(name) VX_WITH_QT(name)
 
-VX_BESIDE_BOTH(construct)
-VX_BESIDE_BOTH(copy)
-VX_BESIDE_BOTH(copyAndWrite)
-VX_BESIDE_BOTH(assign)
-VX_BESIDE_BOTH(appendUnits)
-VX_BESIDE_BOTH(appendUnitsIntoRoom)
-VX_BESIDE_BOTH(appendPieces)
-VX_BESIDE_BOTH(insertAndRemove)
-VX_BESIDE_BOTH(concatenate)
-VX_BESIDE_BOTH(substring)
-VX_BESIDE_BOTH(equals)
-VX_BESIDE_ICU(equalsFolded)
-VX_BESIDE_BOTH(compare)
-VX_BESIDE_BOTH(findUnit)
-VX_BESIDE_BOTH(findText)
-VX_BESIDE_BOTH(findLastUnit)
-VX_BESIDE_BOTH(findLastText)
+VX_BESIDE_ALL(construct)
+VX_BESIDE_ALL(copy)
+VX_BESIDE_ALL(copyAndWrite)
+VX_BESIDE_ALL(assign)
+VX_BESIDE_ALL(appendUnits)
+VX_BESIDE_ALL(appendUnitsIntoRoom)
+VX_BESIDE_ALL(appendPieces)
+VX_BESIDE_ALL(insertAndRemove)
+VX_BESIDE_ALL(concatenate)
+VX_BESIDE_ALL(substring)
+VX_BESIDE_ALL(equals)
+VX_BESIDE_LIBRARIES(equalsFolded)
+VX_BESIDE_ALL(compare)
+VX_BESIDE_ALL(findUnit)
+VX_BESIDE_ALL(findText)
+VX_BESIDE_QT(findFoldedInScripts)
+VX_BESIDE_ALL(findLastUnit)
+VX_BESIDE_ALL(findLastText)
 VX_BESIDE_STD(findFirstOf)
-VX_BESIDE_BOTH(hash)
-VX_BESIDE_ICU(upper)
-VX_BESIDE_BOTH(trim)
-VX_BESIDE_ICU(throughUtf8)
+VX_BESIDE_ALL(hash)
+VX_BESIDE_LIBRARIES(upper)
+VX_BESIDE_ALL(trim)
+VX_BESIDE_LIBRARIES(throughUtf8)
 
 } // namespace
