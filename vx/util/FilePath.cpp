@@ -2,6 +2,7 @@
 
 #include "vx/Exceptions.h"
 #include "vx/TerminatedText.h"
+#include "vx/detail/StringLocks.h"
 #include "vx/util/PathNormalizer.h"
 #include "vxsys/File.h"
 
@@ -172,14 +173,15 @@ String FilePath::getTempDir()
 void FilePath::normalize()
 {
     m_rootLength = 0;
-    m_path.translate(u'/', dirDelim);
-    const View path = m_path;
+    vx::detail::StringWriteLock target(m_path);
+    char16_t* const units = target.data();
+    std::replace(units, units + target.length(), u'/', dirDelim);
+    const View path(units, static_cast<std::size_t>(target.length()));
     const std::size_t start = lengthOfRoot(path, s_UNCLead.text);
     const bool isDelimited = start < path.size() && path[start] == dirDelim;
 
     PathNormalizer normalizer(PathNormalizer::SLASH_SYSTEM);
-    const String behind = normalizer.normalize(path.substr(start));
-    m_path.replace(static_cast<int>(start), -1, behind);
+    target.setLength(static_cast<int>(start) + normalizer.run(path.substr(start), units + start));
     m_rootLength = static_cast<int>(start) + (isDelimited ? 1 : 0);
 }
 

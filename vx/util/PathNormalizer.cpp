@@ -1,8 +1,11 @@
 #include "vx/util/PathNormalizer.h"
 
 #include "vx/Exception.h"
-#include "vx/util/BufferLocks.h"
+#include "vx/detail/StringLocks.h"
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 
 namespace vx::util {
@@ -56,13 +59,22 @@ constexpr TransitionRow TRANSITIONS[] = {
     {Machine::STATE_LEAD_DOT_DOT, Machine::STATE_END, Action::WriteHeld, ".."},
 };
 
-constexpr const TransitionRow* findTransition(Machine::STATE from, Machine::STATE to)
+constexpr std::uint8_t NO_ROW = std::size(TRANSITIONS);
+
+/// The index of the row for each pair of states.
+constexpr auto ROWS = [] {
+    std::array<std::array<std::uint8_t, Machine::STATE_END + 1>, Machine::STATE_END> rows {};
+    for (auto& ofState : rows)
+        ofState.fill(NO_ROW);
+    std::uint8_t index = 0;
+    for (const TransitionRow& row : TRANSITIONS)
+        rows[row.from][row.to] = index++;
+    return rows;
+}();
+
+constexpr bool isSlash(char16_t unit) noexcept
 {
-    for (const TransitionRow& row : TRANSITIONS) {
-        if (row.from == from && row.to == to)
-            return &row;
-    }
-    return nullptr;
+    return unit == u'/' || unit == u'\\';
 }
 
 } // namespace
@@ -90,46 +102,56 @@ void PathNormalizer::setSlashType(SLASH_TYPE type)
 
 String PathNormalizer::normalize(const String& text)
 {
-    m_state = STATE_START;
-    m_length = 0;
-    m_index = 0;
-    m_source = text;
-    m_source.translate(m_separator == u'/' ? u'\\' : u'/', m_separator);
-
-    // No state holds back more text than was read, so the result is never longer than the source.
-    const int length = m_source.getLength();
+    const vx::detail::StringReadLock source(text);
     String result;
-    {
-        CharWriteLock target(result, length);
-        m_output = target.data();
-        for (; m_index <= length; ++m_index) {
-            transition(nextState());
-            if (m_state == STATE_NAME)
-                write(m_source.getCharAt(m_index));
-        }
-        m_output = nullptr;
-        target.setLength(m_length);
+    if (source.length() > 0) {
+        vx::detail::StringWriteLock target(result, source.length());
+        target.setLength(run({source.data(), static_cast<std::size_t>(source.length())}, target.data()));
     }
     return result;
 }
 
-PathNormalizer::STATE PathNormalizer::nextState() const
+int PathNormalizer::run(std::u16string_view source, char16_t* output) noexcept
 {
-    if (m_index == m_source.getLength())
-        return NEXT[m_state][3];
-    const char16_t ch = m_source.getCharAt(m_index);
-    if (ch == u'.')
-        return NEXT[m_state][0];
-    return NEXT[m_state][ch == m_separator ? 1 : 2];
+    m_state = STATE_START;
+    m_source = source;
+    m_output = output;
+    m_length = 0;
+    m_index = 0;
+
+    // No state holds back more text than was read, so what is written never passes what is still to be read.
+    const auto length = static_cast<int>(source.size());
+    for (; m_index < length; ++m_index) {
+        transition(nextState());
+        if (m_state != STATE_NAME)
+            continue;
+        write(source[static_cast<std::size_t>(m_index)]);
+        for (; m_index + 1 < length && !isSlash(source[static_cast<std::size_t>(m_index) + 1]); ++m_index)
+            write(source[static_cast<std::size_t>(m_index) + 1]);
+    }
+    transition(nextState());
+    return m_length;
 }
 
-void PathNormalizer::transition(STATE next)
+PathNormalizer::STATE PathNormalizer::nextState() const noexcept
 {
-    const TransitionRow* row = findTransition(m_state, next);
+    const auto index = static_cast<std::size_t>(m_index);
+    if (index == m_source.size())
+        return NEXT[m_state][3];
+    const char16_t unit = m_source[index];
+    if (unit == u'.')
+        return NEXT[m_state][0];
+    return NEXT[m_state][isSlash(unit) ? 1 : 2];
+}
+
+void PathNormalizer::transition(STATE next) noexcept
+{
+    const std::uint8_t index = ROWS[m_state][next];
     m_state = next;
-    if (row == nullptr)
+    if (index == NO_ROW)
         return;
 
+    const TransitionRow* const row = &TRANSITIONS[index];
     const char* held = row->held;
     switch (row->action) {
     case Action::WriteHeld:

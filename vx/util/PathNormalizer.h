@@ -2,6 +2,8 @@
 
 #include "vx/String.h"
 
+#include <string_view>
+
 namespace vx::util {
 
 /// Removes "." and ".." components and repeated separators from a path, without access to the file system. It has no
@@ -35,14 +37,19 @@ public:
     String normalize(const String& text);
 
 private:
-    STATE nextState() const;
+    friend class FilePath;
+
+    /// Writes the normalised `source` to `output`, which may be the same place, and returns its length. The result is
+    /// never longer than the source.
+    int run(std::u16string_view source, char16_t* output) noexcept;
+    STATE nextState() const noexcept;
     /// Writes or drops the text that the present state holds back, and enters `next`.
-    void transition(STATE next);
-    void write(char16_t ch) { m_output[m_length++] = ch; }
+    void transition(STATE next) noexcept;
+    void write(char16_t ch) noexcept { m_output[m_length++] = ch; }
 
     char16_t m_separator;
     STATE m_state = STATE_START;
-    String m_source;
+    std::u16string_view m_source;
     char16_t* m_output = nullptr;
     int m_length = 0;
     int m_index = 0;
