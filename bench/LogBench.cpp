@@ -3,6 +3,7 @@
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/Logger.h"
+#include "vx/log/XmlLogWriter.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,8 +25,9 @@
 #include <spdlog/sinks/basic_file_sink.h>
 #endif
 
-// Entries of the same length and form, each flushed by itself: to the kernel, which a dead program does not matter to, or to
-// the disk, which a dead machine does not matter to. On a file system in memory the two are nearly the same.
+// Entries of the same length and form, each flushed by itself: to nowhere, which leaves the work on the entry; to the kernel,
+// which a dead program does not matter to; or to the disk, which a dead machine does not matter to. On a file system in memory
+// the last two are nearly the same.
 
 namespace {
 
@@ -65,6 +67,15 @@ public:
     void flush() override { }
 };
 
+/// Counts bytes and drops them.
+class Count final : public io::OutputStream {
+public:
+    void write(const signed char*, std::int32_t length) override { m_bytes += length; }
+    void flush() override { }
+    void close() override { }
+    std::int64_t m_bytes = 0;
+};
+
 Reference<log::ILogProcessor> writerTo(const LogFile& log, Reach reach)
 {
     const String path(log.path());
@@ -84,6 +95,22 @@ const std::string& ownEntry()
 std::string stamped(const std::string& entry)
 {
     return "timestamp=11/19/26 02:58:01\n" + entry;
+}
+
+/// The work on an entry without any system call but those for its time.
+void print(benchmark::State& state)
+{
+    const Reference<Count> count(new Count);
+    const Reference<io::Writer> writer(new io::OutputStreamWriter(count.get(), u"UTF-8", 4096));
+    const Reference<log::Logger> logger = log::Logger::create();
+    logger->addProcessor(state.range(1) != 0 ? log::XmlLogWriter::create(writer.get()).get()
+                                             : log::BasicLogWriter::create(writer.get()).get());
+    logger->enableField(u"timestamp", state.range(0) != 0);
+    const String text(TEXT);
+    for (auto _ : state)
+        logger->log(2, text);
+    if (count->m_bytes < state.iterations() * static_cast<std::int64_t>(ownEntry().size()))
+        state.SkipWithError("entries are missing");
 }
 
 void sync(benchmark::State& state)
@@ -170,6 +197,9 @@ void async(benchmark::State& state)
 
 constexpr char PATTERN[] = "level=%L\ntext=%v\n-------------------------";
 constexpr char STAMPED_PATTERN[] = "timestamp=%D %T\nlevel=%L\ntext=%v\n-------------------------";
+constexpr char XML_PATTERN[] = "  <entry>\n    <level> %L </level>\n    <text> %v </text>\n  </entry>";
+constexpr char STAMPED_XML_PATTERN[] = "  <entry>\n    <timestamp> %D %T </timestamp>\n    <level> %L </level>\n"
+                                       "    <text> %v </text>\n  </entry>";
 
 /// Flushes to the disk when told to, and counts what it flushes.
 class PeerSink final : public spdlog::sinks::base_sink<std::mutex> {
@@ -234,6 +264,33 @@ void syncPeer(benchmark::State& state)
     log.expectEntries(state, state.iterations(), state.range(1) != 0 ? stamped(peerEntry()) : peerEntry());
 }
 
+/// The peer's twin of `print`: each entry takes the form of a file's and is dropped.
+void printPeer(benchmark::State& state)
+{
+    class Sink final : public spdlog::sinks::base_sink<std::mutex> {
+    public:
+        std::size_t m_bytes = 0;
+
+    private:
+        void sink_it_(const spdlog::details::log_msg& message) override
+        {
+            spdlog::memory_buf_t text;
+            formatter_->format(message, text);
+            m_bytes += text.size();
+        }
+        void flush_() override { }
+    };
+    const auto sink = std::make_shared<Sink>();
+    spdlog::logger logger("peer", sink);
+    constexpr const char* PATTERNS[2][2] = {{PATTERN, STAMPED_PATTERN}, {XML_PATTERN, STAMPED_XML_PATTERN}};
+    logger.set_pattern(PATTERNS[state.range(1)][state.range(0)]);
+    logger.flush_on(spdlog::level::trace);
+    for (auto _ : state)
+        logger.info(TEXT);
+    if (sink->m_bytes < static_cast<std::size_t>(state.iterations()) * peerEntry().size())
+        state.SkipWithError("entries are missing");
+}
+
 /// Counts messages and drops them.
 class PeerDrop final : public spdlog::sinks::base_sink<std::mutex> {
 public:
@@ -274,6 +331,11 @@ void asyncPeer(benchmark::State& state)
 
 #endif
 
+void printCases(benchmark::internal::Benchmark* bench)
+{
+    bench->ArgNames({"stamped", "xml"})->ArgsProduct({{0, 1}, {0, 1}});
+}
+
 void syncCases(benchmark::internal::Benchmark* bench)
 {
     bench->ArgNames({"disk", "stamped"})->Args({KERNEL, 0})->Args({KERNEL, 1})->Args({DISK, 0});
@@ -284,10 +346,12 @@ void asyncCases(benchmark::internal::Benchmark* bench)
     bench->ArgNames({"whole", "threads"})->Args({CALLER, 1})->Args({WHOLE, 1})->Args({WHOLE, 4})->UseManualTime();
 }
 
+BENCHMARK(print)->Apply(printCases);
 BENCHMARK(sync)->Apply(syncCases);
 BENCHMARK(build);
 BENCHMARK(async)->Apply(asyncCases);
 #ifdef VX_BENCH_SPDLOG
+BENCHMARK(printPeer)->Apply(printCases);
 BENCHMARK(syncPeer)->Apply(syncCases);
 BENCHMARK(buildPeer);
 BENCHMARK(asyncPeer)->Apply(asyncCases);
