@@ -4,14 +4,19 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 
 #ifdef VX_BENCH_BOOST
 #include <boost/multiprecision/cpp_int.hpp>
 #endif
 #ifdef VX_BENCH_GMP
 #include <gmp.h>
+#endif
+#ifdef VX_BENCH_OPENSSL
+#include <openssl/bn.h>
 #endif
 
 // Each library does the same work on the same numbers in the same run, and its results must print as ours do.
@@ -34,6 +39,11 @@ struct Ours {
         quotient = dividend;
         quotient.divide(divisor, rest);
     }
+    static void modPow(Number& target, const Number& base, const Number& exponent, const Number& modulus)
+    {
+        target = base;
+        target.modPow(exponent, modulus);
+    }
     static std::string narrow(const Text& text) { return text.toUtf8(); }
 };
 
@@ -51,6 +61,10 @@ struct Boost {
     static void divide(Number& quotient, Number& rest, const Number& dividend, const Number& divisor)
     {
         boost::multiprecision::divide_qr(dividend, divisor, quotient, rest);
+    }
+    static void modPow(Number& target, const Number& base, const Number& exponent, const Number& modulus)
+    {
+        target = boost::multiprecision::powm(base, exponent, modulus);
     }
     static std::string narrow(const Text& text) { return text; }
 };
@@ -82,6 +96,38 @@ struct Gmp {
     static void divide(Number& quotient, Number& rest, const Number& dividend, const Number& divisor)
     {
         mpz_tdiv_qr(quotient.value, rest.value, dividend.value, divisor.value);
+    }
+    static void modPow(Number& target, const Number& base, const Number& exponent, const Number& modulus)
+    {
+        mpz_powm(target.value, base.value, exponent.value, modulus.value);
+    }
+    static std::string narrow(const Text& text) { return text; }
+};
+#endif
+
+#ifdef VX_BENCH_OPENSSL
+/// Its quadratic conversions are left out, but for the operands and results.
+struct OpenSsl {
+    struct Number {
+        Number() = default;
+        Number(const Number&) = delete;
+        Number& operator=(const Number&) = delete;
+        ~Number() { BN_free(value); }
+        BIGNUM* value = BN_new();
+    };
+    using Text = std::string;
+
+    static void parse(Number& target, const Text& text) { BN_dec2bn(&target.value, text.c_str()); }
+    static Text print(const Number& number)
+    {
+        const std::unique_ptr<char, void (*)(char*)> text(
+            BN_bn2dec(number.value), [](char* memory) { OPENSSL_free(memory); });
+        return text.get();
+    }
+    static void modPow(Number& target, const Number& base, const Number& exponent, const Number& modulus)
+    {
+        static const std::unique_ptr<BN_CTX, void (*)(BN_CTX*)> context(BN_CTX_new(), BN_CTX_free);
+        BN_mod_exp(target.value, base.value, exponent.value, modulus.value, context.get());
     }
     static std::string narrow(const Text& text) { return text; }
 };
@@ -175,24 +221,74 @@ void print(benchmark::State& state)
         state.SkipWithError("another text");
 }
 
+/// All of so many bits, as in a signature; the modulus is odd.
+template <class Library>
+void modPow(benchmark::State& state)
+{
+    std::string texts[3];
+    for (unsigned int seed = 0; seed < 3; ++seed) {
+        vx::math::BigInteger number(vx::String(digits(state.range(0) / 3, 7 + seed)), 10);
+        for (int bit = number.getBitCount() - 1; bit >= state.range(0); --bit)
+            number.clearBit(bit);
+        number.setBit(static_cast<int>(state.range(0)) - (seed == 0 ? 2 : 1));
+        number.setBit(0);
+        texts[seed] = number.toString().toUtf8();
+    }
+    typename Library::Number base, exponent, modulus, power;
+    Library::parse(base, textOf<Library>(texts[0]));
+    Library::parse(exponent, textOf<Library>(texts[1]));
+    Library::parse(modulus, textOf<Library>(texts[2]));
+    for (auto _ : state) {
+        Library::modPow(power, base, exponent, modulus);
+        benchmark::DoNotOptimize(power);
+    }
+    vx::math::BigInteger wanted, times, divisor;
+    Ours::parse(wanted, textOf<Ours>(texts[0]));
+    Ours::parse(times, textOf<Ours>(texts[1]));
+    Ours::parse(divisor, textOf<Ours>(texts[2]));
+    wanted.modPow(times, divisor);
+    check<Library>(state, power, wanted);
+}
+
+void sizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(1000)->Arg(10000)->Arg(1000000);
+}
+void quadraticSizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(1000)->Arg(10000);
+}
+void keySizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Arg(1024)->Arg(2048)->Arg(4096);
+}
+
+// The conversions and quotients of boost take minutes at the largest size.
 #ifdef VX_BENCH_BOOST
-#define VX_BENCH_WITH_BOOST(work) BENCHMARK_TEMPLATE(work, Boost)->Arg(1000)->Arg(10000);
+#define VX_BENCH_WITH_BOOST(work, arguments) BENCHMARK_TEMPLATE(work, Boost)->Apply(arguments);
 #else
-#define VX_BENCH_WITH_BOOST(work)
+#define VX_BENCH_WITH_BOOST(work, arguments)
 #endif
 #ifdef VX_BENCH_GMP
-#define VX_BENCH_WITH_GMP(work) BENCHMARK_TEMPLATE(work, Gmp)->Arg(1000)->Arg(10000);
+#define VX_BENCH_WITH_GMP(work, arguments) BENCHMARK_TEMPLATE(work, Gmp)->Apply(arguments);
 #else
-#define VX_BENCH_WITH_GMP(work)
+#define VX_BENCH_WITH_GMP(work, arguments)
 #endif
 #define VX_BENCH(work)                                                                                                 \
-    BENCHMARK_TEMPLATE(work, Ours)->Arg(1000)->Arg(10000);                                                             \
-    VX_BENCH_WITH_BOOST(work)                                                                                          \
-    VX_BENCH_WITH_GMP(work)
+    BENCHMARK_TEMPLATE(work, Ours)->Apply(sizes);                                                                      \
+    VX_BENCH_WITH_BOOST(work, quadraticSizes)                                                                          \
+    VX_BENCH_WITH_GMP(work, sizes)
 
 VX_BENCH(multiply)
 VX_BENCH(divide)
 VX_BENCH(parse)
 VX_BENCH(print)
+
+BENCHMARK_TEMPLATE(modPow, Ours)->Apply(keySizes);
+VX_BENCH_WITH_BOOST(modPow, keySizes)
+VX_BENCH_WITH_GMP(modPow, keySizes)
+#ifdef VX_BENCH_OPENSSL
+BENCHMARK_TEMPLATE(modPow, OpenSsl)->Apply(keySizes);
+#endif
 
 } // namespace
