@@ -27,6 +27,14 @@ class Walked;
 
 /// Holds a `T*` that is null, or on which it keeps one reference. `T` is a class of the object tree or a component
 /// interface. Dereferencing null is undefined: compare with null first.
+///
+/// @code
+/// const Reference<String> text(new String(u"shared")); // the first reference
+/// Reference<Object> object = text; // the second
+/// const Reference<IVXComparable> view(text.get()); // asks the object for this interface, and is null if it has none
+/// assert(view != nullptr && object == text.get());
+/// object = nullptr; // releases one reference; the last one deletes the object
+/// @endcode
 template <class T>
 class Reference {
 public:

@@ -29,6 +29,14 @@ namespace vx {
 
 /// UTF-16 text, zero-terminated, in a buffer that several strings may share until one of them writes.
 ///
+/// @code
+/// String name = u"Grüße"; // or "Grüße" in UTF-8
+/// const String before = name; // shares the text until one of the two changes
+/// name += u", 世界";
+/// assert(before == u"Grüße" && name.getLength() == 9);
+/// assert(name.substring(7) == u"世界" && name.toUtf8() == "Grüße, 世界");
+/// @endcode
+///
 /// Positions and lengths count 16-bit units. A length of -1 means a zero-terminated source; a position or count of -1 the
 /// end or all. Positions below that are the caller's error and are taken as 0; `getCharAt`, `setCharAt` and `operator[]`
 /// compare the index with nothing.

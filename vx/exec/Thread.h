@@ -11,6 +11,18 @@ namespace vx::exec {
 
 /// Runs an `IRunnable` in a new thread. The thread holds a reference to the runnable: it goes on, and keeps the runnable
 /// alive, also after this object is destroyed. Not locked: one thread controls the object.
+///
+/// @code
+/// class Work : public Object, public exec::IRunnable {
+/// public:
+///     VX_OBJECT_UNKNOWN(Object)
+///     void* run() override { return this; }
+/// };
+/// const Reference<Work> work(new Work);
+/// exec::Thread thread(work.get(), u"worker");
+/// thread.start();
+/// assert(thread.join() == work.get()); // waits for the end
+/// @endcode
 class VX_API Thread : public Object {
 public:
     /// Adds a reference to `runnable`. The name is a label for people, empty if none is given.

@@ -36,6 +36,14 @@ protected:
 /// Makes entries of texts. Each of the fields "sequence", "thread", "name", "timestamp", "level" and "text" can be on or
 /// off; "level" and "text" are on at the start. What a processor throws reaches the caller of `log`.
 ///
+/// @code
+/// const Reference<io::StringWriter> out(new io::StringWriter);
+/// const Reference<log::Logger> logger(new log::Logger(u"orders"));
+/// logger->addProcessor(log::BasicLogWriter::create(out.get()).get());
+/// logger->log(3, u"2 × coffee");
+/// assert(out->toString().startsWith(u"level=3\ntext=2 × coffee\nname=orders\n---"));
+/// @endcode
+///
 /// Several threads may log, and may switch fields, default level and logger meanwhile; processors are set before. Two
 /// threads can see the same sequence number: put a `SyncLogger` in front, so that they do not.
 class VX_API Logger : public Object, public detail::LoggerFace {

@@ -15,6 +15,26 @@ class TcpWorkerSocket2;
 ///
 /// Each address gets its own socket. An IPv6 socket serves only IPv6, so that the wildcard addresses of both families
 /// can use the same port.
+///
+/// @code
+/// net::TcpServerSocket2* made = nullptr;
+/// net::TcpServerSocket2::createTcpServerSocket2(AF_UNSPEC, SOCK_STREAM, 0, &made);
+/// const std::unique_ptr<net::TcpServerSocket2> server(made);
+/// server->bindListAddAddrAny(0); // the system chooses a port for IPv6 and one for IPv4
+/// assert(server->bind() == VX_E_SOCKET_OK && server->listen(5) == VX_E_SOCKET_OK);
+/// assert(server->saveBoundAddresses() == VX_E_SOCKET_OK);
+/// vx_sockaddr_union address;
+/// unsigned int length = sizeof address;
+/// server->getBoundAddress(0, reinterpret_cast<signed char*>(&address), &length);
+///
+/// net::TcpClientSocket2* client = nullptr; // in another process, in general
+/// net::TcpClientSocket2::createTcpClientSocket2(address.generic.sa_family, SOCK_STREAM, 0, &client);
+/// assert(client->connect(&address, length) == VX_E_SOCKET_OK);
+/// net::TcpWorkerSocket2* connection = nullptr;
+/// assert(server->accept(&connection) == VX_E_SOCKET_OK);
+/// delete connection; // closes it
+/// delete client;
+/// @endcode
 class VX_API TcpServerSocket2 : public TcpSocket2 {
 public:
     /// The arguments are stored for the native sockets. `bind` opens each of them in the family of its address. The

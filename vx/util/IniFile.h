@@ -26,6 +26,14 @@ using IniSets = std::map<String, IniKeys, IniNameLess>;
 ///     [set\subset]
 ///     key=value
 ///
+/// @code
+/// util::IniFile settings(u"settings.ini", "settings", 0); // processes that name this semaphore exclude each other
+/// assert(settings.AddKey(u"window\\main", u"width", u"640", true) == RESULT_OK);
+/// assert(settings.GetWriteResult() == RESULT_OK); // the file has the change
+/// char16_t width[16];
+/// assert(settings.GetValue(u"Window\\Main", u"WIDTH", width, 16) == RESULT_OK && String(width) == u"640");
+/// @endcode
+///
 /// Each operation first reads the file again if it is not the one that was read last, and each change replaces the
 /// whole file at once: sorted, without the comments. A kill or a full disk leaves the old file. A change reports
 /// success even if its write fails; this object then keeps the change, `GetWriteResult` returns the failure, and the

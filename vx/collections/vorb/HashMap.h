@@ -16,6 +16,16 @@ namespace vx::collections::vorb {
 /// The map for keys of any kind. The bucket of a key is its hash modulo the capacity. Each call computes the hash of
 /// its key once.
 ///
+/// @code
+/// collections::Map<String, Integer32> ages(new collections::vorb::HashMap); // gives the map static types
+/// ages.put(new String(u"Ida"), new Integer32(41));
+/// ages.put(new String(u"Ole"), new Integer32(7));
+/// const String ida(u"Ida");
+/// assert(*ages.get(&ida) == 41 && ages.getSize() == 2);
+/// for (const auto& [name, age] : ages)
+///     assert(ages.get(name.get()) == age);
+/// @endcode
+///
 /// Iteration visits the buckets from the last to the first, and in a bucket the newest entry first. If there are
 /// already as many entries as capacity times load factor, a new entry first makes n buckets become 2n + 1, which
 /// reverses the order within buckets. The capacity never shrinks. A call that fails leaves the map as it was.
