@@ -25,15 +25,15 @@ public:
     void signal() override;
 
 private:
-    bool isOwnedHere() const noexcept;
-    bool enterAgain();
-    void own();
+    bool isOwnedHere() const noexcept VX_REQUIRES(*m_mutex);
+    bool enterAgain() VX_REQUIRES(*m_mutex);
+    void own() VX_REQUIRES(*m_mutex);
 
-    // Guarded by the mutex.
-    std::uint64_t m_owner = 0; ///< by `VXThreadGetNumber`: a thread that has ended owns it still, and no later one
-    std::uint32_t m_count = 0;
-    std::uint32_t m_process = 0; ///< of the owner
     const Reference<sync::Mutex> m_mutex;
+    /// By `VXThreadGetNumber`: a thread that has ended owns it still, and no later one.
+    std::uint64_t m_owner VX_GUARDED_BY(*m_mutex) = 0;
+    std::uint32_t m_count VX_GUARDED_BY(*m_mutex) = 0;
+    std::uint32_t m_process VX_GUARDED_BY(*m_mutex) = 0; ///< of the owner
 };
 
 } // namespace vx::ipc

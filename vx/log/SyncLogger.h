@@ -21,7 +21,7 @@ public:
     void log(int level, const String& text) override;
 
 private:
-    Reference<ILevelLogger> m_target;
+    const Reference<ILevelLogger> m_target VX_PT_GUARDED_BY(m_lock);
     sync::Mutex m_lock;
 };
 
