@@ -9,7 +9,9 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <netdb.h>
 #include <string>
+#include <utility>
 
 namespace vx::net {
 namespace {
@@ -84,15 +86,17 @@ TEST(InetAddress, AnswersByItsFamily)
         InetAddress* made = nullptr;
         ASSERT_EQ(InetAddress::create(&storage, &made), VX_E_SOCKET_OK);
         const std::unique_ptr<InetAddress> address(made);
-        EXPECT_EQ(address->isAddressAny(), row.any) << row.text;
-        EXPECT_EQ(address->isAddressLoopback(), row.loopback) << row.text;
-        EXPECT_EQ(address->isAddressNone(), row.none) << row.text;
+        const std::pair<decltype(&VxNetInetAddressIsAddressAny), short> questions[]
+            = {{VxNetInetAddressIsAddressAny, row.any}, {VxNetInetAddressIsAddressLoopback, row.loopback},
+                {VxNetInetAddressIsAddressNone, row.none}};
+        for (const auto& [ask, expected] : questions) {
+            short answer = 7;
+            EXPECT_EQ(ask(&storage, &answer), VX_E_SOCKET_OK);
+            EXPECT_EQ(answer, expected) << row.text << ' ' << &expected - &questions->second;
+        }
         String text(u"at ");
         EXPECT_EQ(address->getAddressStr(text), VX_E_SOCKET_OK);
         EXPECT_EQ(text, u"at " + String(row.text));
-        short answer = 7;
-        EXPECT_EQ(VxNetInetAddressIsAddressLoopback(&storage, &answer), VX_E_SOCKET_OK);
-        EXPECT_EQ(answer, row.loopback);
 
         address->setAddressAny();
         vx_sockaddr_union copy {};
@@ -134,7 +138,17 @@ TEST(InetSocketAddress, PrintsItselfAndKeepsThePortsApart)
     unsigned short port = 7;
     EXPECT_EQ(InetSocketAddress::getPortHostOrderFromTcpServiceName("", &port), VX_E_SOCKET_OK);
     EXPECT_EQ(port, 0);
+    EXPECT_EQ(VxNetInetSocketAddressStaticGetPortHostOrderFromTcpServiceName("http", &port), VX_E_SOCKET_OK);
+    EXPECT_EQ(port, 80);
     EXPECT_NE(InetSocketAddress::getPortHostOrderFromTcpServiceName("no-such-service", &port), VX_E_SOCKET_OK);
+    addrinfo hints {};
+    hints.ai_family = AF_INET;
+    hints.ai_socktype = SOCK_STREAM;
+    EXPECT_EQ(VxNetTcpSocketStaticGetaddrinfo("127.0.0.1", 9, &hints, 0, &copy), VX_E_SOCKET_OK);
+    EXPECT_EQ(diagnosticOf(InetSocketAddress(&copy, &status)), "127.0.0.1:9");
+    std::int32_t major = 0, minor = 0;
+    EXPECT_EQ(VxNetTcpSocketStaticGetVersion(&major, &minor), VX_E_SOCKET_OK);
+    EXPECT_EQ(major, 2);
 }
 
 TEST(FlatAddressFunctions, WriteIntoTheRoomTheyAreGiven)
@@ -156,6 +170,8 @@ TEST(FlatAddressFunctions, WriteIntoTheRoomTheyAreGiven)
         EXPECT_EQ(text[std::max(room, 15U)], 'x');
     }
     unsigned int length = sizeof text;
+    EXPECT_EQ(VxNetInetAddressGetAddressStr(&address, text, &length), VX_E_SOCKET_OK);
+    EXPECT_STREQ(text, "127.0.0.1");
     const vx_sockaddr_union foreign {};
     EXPECT_EQ(VxNetInetAddressGetAddressStr(&foreign, text, &length), VX_E_SOCKET_EINVAL);
     EXPECT_STREQ(text, "");

@@ -12,11 +12,13 @@
 #include <atomic>
 #include <fcntl.h>
 #include <memory>
+#include <netinet/tcp.h>
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
 #include <sys/time.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -40,19 +42,25 @@ std::string listOf(TcpServerSocket2& server)
 {
     char text[1000];
     std::uint32_t length = sizeof text;
-    EXPECT_EQ(server.bindListAddressesDiagnosticStrA(text, &length), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketBindListAddressesDiagnosticStrA(&server, text, &length), VX_E_SOCKET_OK);
     return text;
 }
 
-/// Listens on the wildcards of both families, each on a port of its own.
-std::unique_ptr<TcpServerSocket2> listenOnBoth(bool reusesAddress = false)
+/// Has the wildcards of both families, each with a port of its own. Nobody can connect yet.
+std::unique_ptr<TcpServerSocket2> bindBoth(bool reusesAddress = false)
 {
     std::unique_ptr<TcpServerSocket2> server = makeServer();
     server->setReuseAddress(reusesAddress);
     EXPECT_EQ(VxNetTcpServerSocketBindListAddAddrAny(server.get(), 0), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketBind(server.get()), VX_E_SOCKET_OK);
-    EXPECT_EQ(VxNetTcpServerSocketListen(server.get(), 0), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketSaveBoundAddresses(server.get()), VX_E_SOCKET_OK);
+    return server;
+}
+
+std::unique_ptr<TcpServerSocket2> listenOnBoth(bool reusesAddress = false)
+{
+    std::unique_ptr<TcpServerSocket2> server = bindBoth(reusesAddress);
+    EXPECT_EQ(VxNetTcpServerSocketListen(server.get(), 0), VX_E_SOCKET_OK);
     return server;
 }
 
@@ -116,10 +124,11 @@ std::string receive(TcpWorkerSocket2& socket, unsigned int most = 100)
     return text;
 }
 
-ENUM_VX_E_SOCKET sendText(TcpWorkerSocket2& socket, std::string_view text)
+ENUM_VX_E_SOCKET sendText(TcpWorkerSocket2& socket, std::string text)
 {
     std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result = socket.send(text.data(), static_cast<unsigned int>(text.size()), 0, &count);
+    const ENUM_VX_E_SOCKET result
+        = VxNetTcpWorkerSocketSend(&socket, text.data(), static_cast<unsigned int>(text.size()), 0, &count);
     EXPECT_TRUE(result != VX_E_SOCKET_OK || count == static_cast<std::int32_t>(text.size()));
     return result;
 }
@@ -147,18 +156,20 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
 
     EXPECT_EQ(sendText(*pair.client, "ping"), VX_E_SOCKET_OK);
     EXPECT_EQ(receive(*pair.server), "ping");
-    EXPECT_EQ(pair.client->shutdownOutput(), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpSocketShutdownOutput(pair.client.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(pair.client->getShutdownOut(), 1);
     EXPECT_EQ(receive(*pair.server), "end");
     EXPECT_EQ(sendText(*pair.server, "pong"), VX_E_SOCKET_OK) << "the other half is open";
     EXPECT_EQ(receive(*pair.client), "pong");
     EXPECT_EQ(sendText(*pair.client, "late"), VX_E_SOCKET_ESHUTDOWN);
 
-    EXPECT_EQ(pair.server->shutdownInput(), VX_E_SOCKET_OK);
-    EXPECT_EQ(pair.server->shutdownBoth(), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpSocketShutdownInput(pair.server.get()), VX_E_SOCKET_OK);
+    EXPECT_EQ(pair.server->getShutdownIn() - pair.server->getShutdownOut(), 1);
+    EXPECT_EQ(VxNetTcpSocketShutdownBoth(pair.server.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(receive(*pair.client), "end");
-    EXPECT_EQ(pair.server->close(), VX_E_SOCKET_OK);
-    EXPECT_EQ(pair.server->getId(), 0U);
+    EXPECT_NE(VxNetTcpSocketGetId(pair.server.get()), 0U);
+    EXPECT_EQ(VxNetTcpSocketClose(pair.server.get()), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpSocketGetId(pair.server.get()), 0U);
     std::int32_t count = 42;
     char byte = 0;
     EXPECT_EQ(pair.server->recv(&byte, 1, 0, &count), VX_E_SOCKET_ENOTSOCK);
@@ -168,11 +179,9 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
 
 TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
 {
-    vx_sockaddr_union address {};
-    {
-        const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
-        address = loopbackOf(*listener, GetParam());
-    }
+    // A port that is free could be anybody's by now, or the client's own.
+    const std::unique_ptr<TcpServerSocket2> deaf = bindBoth();
+    vx_sockaddr_union address = loopbackOf(*deaf, GetParam());
     EXPECT_EQ(makeClient(GetParam())->connect(&address, lengthOf(address)), VX_E_SOCKET_ECONNREFUSED);
     // To a group no connection leads, whatever the routes are.
     if (GetParam() == AF_INET)
@@ -279,7 +288,7 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
     for (const int family : {AF_INET6, AF_INET}) {
         const std::unique_ptr<TcpClientSocket2> client = connectTo(*first, family);
         unsigned int handle = 0;
-        EXPECT_EQ(first->accept(&handle), VX_E_SOCKET_OK);
+        EXPECT_EQ(VxNetTcpServerSocketAcceptSocket(first.get(), &handle), VX_E_SOCKET_OK);
         EXPECT_EQ(::fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
         ::close(static_cast<int>(handle));
     }
@@ -331,18 +340,76 @@ TEST(TcpServerSocket2, WaitsOnWhenAnotherThreadWasFasterToAccept)
 TEST(TcpServerSocket2, CollectsAddresses)
 {
     const std::unique_ptr<TcpServerSocket2> server = makeServer();
-    EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1,  ::1", nullptr, 80), VX_E_SOCKET_OK);
+    const auto add = [&](const char* hosts, unsigned short port) {
+        return VxNetTcpServerSocketBindListAddAddrInfo(server.get(), hosts, nullptr, port);
+    };
+    EXPECT_EQ(add("127.0.0.1,  ::1", 80), VX_E_SOCKET_OK);
     EXPECT_EQ(listOf(*server), "127.0.0.1:80; [::1]:80");
-    EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 0), VX_E_SOCKET_EINVAL);
-    EXPECT_EQ(server->bindListSaveOneForNamedPipeReply(), VX_E_SOCKET_OK);
+    EXPECT_EQ(add("127.0.0.1", 0), VX_E_SOCKET_EINVAL);
+    EXPECT_EQ(VxNetTcpServerSocketBindListSaveOneForNamedPipeReply(server.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(listOf(*server), "") << "more than one: nothing is kept";
     EXPECT_EQ(server->bind(), VX_E_SOCKET_OK);
     unsigned int handle = 0;
     EXPECT_EQ(server->accept(&handle), VX_E_SOCKET_ENOTSOCK);
 
+    EXPECT_EQ(add("127.0.0.2", 9), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketBindListClear(server.get()), VX_E_SOCKET_OK);
+    EXPECT_EQ(add("127.0.0.3", 9), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketBindListSaveOneForNamedPipeReply(server.get()), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpServerSocketSaveBoundAddresses(server.get()), VX_E_SOCKET_OK);
+    char text[100];
+    std::uint32_t length = sizeof text;
+    EXPECT_EQ(VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(server.get(), text, &length), VX_E_SOCKET_OK);
+    EXPECT_STREQ(text, "127.0.0.3:9");
+
     for (int entry = 0; entry < 20; ++entry)
-        EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 80), VX_E_SOCKET_OK);
-    EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, 80), VX_E_SOCKET_HOST_NOT_FOUND);
+        EXPECT_EQ(add("127.0.0.1", 80), VX_E_SOCKET_OK);
+    EXPECT_EQ(add("127.0.0.1", 80), VX_E_SOCKET_HOST_NOT_FOUND);
+}
+
+TEST(FlatSocketFunctions, DoForAClientWhatTheyDoForAWorker)
+{
+    Pair pair;
+    TcpWorkerSocket2* client = pair.client.get();
+    const std::tuple<decltype(&VxNetTcpWorkerSocketSetsockopt), decltype(&VxNetTcpWorkerSocketGetsockopt), int>
+        options[] = {{VxNetTcpWorkerSocketSetsockopt, VxNetTcpWorkerSocketGetsockopt, 1},
+            {VxNetTcpClientSocketSetsockopt, VxNetTcpClientSocketGetsockopt, 0}};
+    for (const auto& [set, get, value] : options) {
+        int found = -1, length = sizeof found;
+        EXPECT_EQ(
+            set(client, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&value), sizeof value), VX_E_SOCKET_OK);
+        EXPECT_EQ(get(client, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<char*>(&found), &length), VX_E_SOCKET_OK);
+        EXPECT_EQ(found != 0, value != 0);
+    }
+    char byte = 'x';
+    std::int32_t count = 0, ready = 0;
+    EXPECT_EQ(VxNetTcpClientSocketSend(client, &byte, 1, 0, &count), VX_E_SOCKET_OK);
+    EXPECT_EQ(receive(*pair.server), "x");
+    sendText(*pair.server, "y");
+    std::uint32_t one = 1, none[] = {0, 0};
+    const timeval time {60, 0};
+    EXPECT_EQ(VxNetTcpClientSocketStaticSelect(&client, &one, nullptr, &none[0], nullptr, &none[1], &time, &ready),
+        VX_E_SOCKET_OK);
+    EXPECT_EQ(ready, 1);
+    EXPECT_EQ(VxNetTcpClientSocketRecv(client, &byte, 1, 0, &count), VX_E_SOCKET_OK);
+    EXPECT_EQ(byte, 'y');
+
+    const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
+    const vx_sockaddr_union address = loopbackOf(*listener, AF_INET);
+    vx_sockaddr_union own = address;
+    own.in4.sin_port = 0;
+    own.in4.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1);
+    TcpSocket2* bound = makeClient(AF_INET).release();
+    auto* const second = static_cast<TcpClientSocket2*>(bound);
+    EXPECT_EQ(VxNetTcpClientSocketBind(second, &own, lengthOf(own)), VX_E_SOCKET_OK);
+    EXPECT_EQ(second->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
+    int length = sizeof own;
+    EXPECT_EQ(VxNetTcpClientSocketGetLocalAddress(second, &own, &length), VX_E_SOCKET_OK);
+    EXPECT_EQ(own.in4.sin_addr.s_addr, htonl(INADDR_LOOPBACK + 1));
+    EXPECT_NE(own.in4.sin_port, 0);
+    EXPECT_EQ(VxNetTcpSocketStaticDestroy(&bound), VX_E_SOCKET_OK);
+    EXPECT_EQ(bound, nullptr);
+    EXPECT_EQ(VxNetTcpSocketClose(nullptr), VX_E_SOCKET_EINVAL);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "tests/AllocationProbe.h"
+#include "tests/Outcome.h"
 #include "tests/vx/net/SignalStorm.h"
+#include "tests/vxsys/Scratch.h"
 #include "vx/Exception.h"
 #include "vx/String.h"
 #include "vx/io/IoException.h"
@@ -9,31 +11,18 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
-#include <iterator>
+#include <netinet/in.h>
 #include <string>
 #include <string_view>
+#include <sys/socket.h>
 #include <thread>
-#include <typeinfo>
+#include <unistd.h>
 #include <vector>
 
 namespace vx::net {
 namespace {
 
 using namespace std::literals;
-
-template <class Work>
-std::string failureOf(Work work, const std::type_info** type = nullptr)
-{
-    try {
-        work();
-    } catch (const Exception& failure) {
-        if (type != nullptr)
-            *type = &typeid(failure);
-        return failure.getDescription().toUtf8();
-    }
-    return "none";
-}
 
 struct Connection {
     TcpServerSocket listener {0, 5};
@@ -52,28 +41,21 @@ TEST(TcpSocket, CarriesDataThroughItsStreams)
 {
     Connection both;
     const Reference<io::OutputStream> output = both.client->getOutputStream();
-    const Reference<io::InputStream> input = both.server->getInputStream();
+    Reference<io::InputStream> input = both.server->getInputStream();
     output->write("ping", 4);
     EXPECT_EQ(read(*input), "ping");
     EXPECT_EQ(input->available(), 0);
 
-    const Reference<io::OutputStream> answer = both.server->getOutputStream();
+    Reference<io::OutputStream> answer = both.server->getOutputStream();
     both.server = nullptr;
     answer->write("still open", 10);
     EXPECT_EQ(read(*both.client->getInputStream()), "still open");
     input->close();
     output->write("x", 1);
     EXPECT_EQ(read(*input), "x") << "closing a stream leaves the socket";
-}
-
-TEST(TcpSocket, EndsWithItsLastHolder)
-{
-    Connection both;
-    Reference<io::OutputStream> answer = both.server->getOutputStream();
-    both.server = nullptr;
     answer = nullptr;
-    EXPECT_EQ(read(*both.client->getInputStream()), "end");
-    const Reference<io::OutputStream> output = both.client->getOutputStream();
+    input = nullptr;
+    EXPECT_EQ(read(*both.client->getInputStream()), "end") << "the last one that held the socket";
 }
 
 TEST(TcpSocket, TimesOutAndWaitsAnew)
@@ -81,10 +63,8 @@ TEST(TcpSocket, TimesOutAndWaitsAnew)
     Connection both;
     const Reference<io::InputStream> input = both.client->getInputStream();
     both.client->setSoTimeout(1);
-    EXPECT_THROW(read(*input), io::IoException);
-    const std::type_info* type = nullptr;
-    EXPECT_EQ(failureOf([&] { read(*input); }, &type), "socket timeout");
-    EXPECT_EQ(*type, typeid(io::TimeoutException));
+    for (int round = 0; round < 2; ++round)
+        EXPECT_EQ(saidBy<io::TimeoutException>([&] { read(*input); }), "socket timeout");
     both.server->getOutputStream()->write("late", 4);
     both.client->setSoTimeout(60'000);
     EXPECT_EQ(read(*input), "late");
@@ -118,7 +98,7 @@ TEST(TcpSocket, GoesOnAfterSignals)
 
     const Reference<io::InputStream> input = accepted->getInputStream();
     accepted->setSoTimeout(50);
-    EXPECT_EQ(failureOf([&] { read(*input); }), "socket timeout");
+    EXPECT_EQ(saidBy<io::TimeoutException>([&] { read(*input); }), "socket timeout");
     accepted->setSoTimeout(0);
     other = std::jthread([&] {
         SignalStorm::pass();
@@ -138,42 +118,40 @@ TEST(TcpSocket, GoesOnAfterSignals)
     });
     first = new TcpSocket(u"127.0.0.1", listener.getPort());
     isFull = true;
-    EXPECT_EQ(failureOf([&] { TcpSocket(u"127.0.0.1", listener.getPort()); }), "none");
+    EXPECT_NO_THROW(TcpSocket(u"127.0.0.1", listener.getPort()));
 }
 
 TEST(TcpSocket, SaysWhatFailed)
 {
-    unsigned short port = 0;
-    {
-        const TcpServerSocket listener(0, 1);
-        port = listener.getPort();
-        const std::type_info* type = nullptr;
-        EXPECT_EQ(failureOf([&] { TcpServerSocket(port, 1); }, &type), "TcpServerSocket: Address already in use");
-        EXPECT_EQ(*type, typeid(Exception));
-    }
+    const int deaf
+        = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // has a port, so that nobody else can listen there
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    socklen_t length = sizeof address;
+    ASSERT_EQ(::bind(deaf, reinterpret_cast<sockaddr*>(&address), length), 0);
+    ASSERT_EQ(::getsockname(deaf, reinterpret_cast<sockaddr*>(&address), &length), 0);
+    const unsigned short port = ntohs(address.sin_port);
+    EXPECT_EQ(saidBy<Exception>([&] { TcpServerSocket(port, 1); }), "TcpServerSocket: Address already in use");
     const std::string unable = "TcpSocket::TcpSocket Unable to connect to ";
-    EXPECT_EQ(failureOf([&] { TcpSocket(u"127.0.0.1", port); }),
+    EXPECT_EQ(saidBy<Exception>([&] { TcpSocket(u"127.0.0.1", port); }),
         unable + "127.0.0.1 ECONNREFUSED No connection could be made because the target machine actively refused it. ");
     const String cut(u"127.0.0.1\0.evil"sv);
-    EXPECT_EQ(failureOf([&] { TcpSocket(cut, port); }), (u"Unknown host: " + cut).toUtf8());
-    const std::string noRoute = failureOf([] { TcpSocket(u"224.0.0.1", 9); });
+    EXPECT_EQ(saidBy<Exception>([&] { TcpSocket(cut, port); }), (u"Unknown host: " + cut).toUtf8());
+    const std::string noRoute = saidBy<Exception>([] { TcpSocket(u"224.0.0.1", 9); });
     EXPECT_TRUE(noRoute.starts_with(unable + "224.0.0.1 ENETUNREACH ")) << noRoute;
+    ::close(deaf);
 }
 
 TEST(TcpSocket, IsClosedWhereMemoryIsShort)
 {
-    const auto openFiles = [] {
-        const std::filesystem::directory_iterator files("/proc/self/fd");
-        return std::distance(begin(files), end(files));
-    };
-    const auto before = openFiles();
+    const auto before = openDescriptors();
     const int failures = failEachAllocation(
         [] {
             TcpServerSocket listener(0, 5);
             const Reference<TcpSocket> client(new TcpSocket(u"127.0.0.1", listener.getPort()));
             listener.accept();
         },
-        [&](int failing) { EXPECT_EQ(openFiles(), before) << failing; });
+        [&](int failing) { EXPECT_EQ(openDescriptors(), before) << failing; });
     EXPECT_GT(failures, 5) << "three sockets, and what owns them";
 }
 
