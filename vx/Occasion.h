@@ -42,7 +42,11 @@ void noteThing(const Exception& failure, std::u16string_view operation, const Th
 ///
 /// `object` is a text, or a callable that gives one: it is called only after a failure.
 /// @code
-/// during(u"read the settings from", path, [&] { load(path); });
+/// try {
+///     during(u"read settings from", u"a.ini", [] { throwResult(RESULT_NOT_FOUND); });
+/// } catch (const Exception& failure) {
+///     assert(getOccasion(failure) == u"read settings from a.ini");
+/// }
 /// @endcode
 template <typename Thing, std::invocable Work>
 decltype(auto) during(std::u16string_view operation, const Thing& object, Work&& work)

@@ -200,8 +200,10 @@ std::int32_t VXSocketSelect(
 std::int32_t VXSocketWaitReady(VXSocket socket, std::int16_t wanted, std::uint32_t milliseconds) noexcept
 {
     const Deadline deadline = Deadline::in(milliseconds);
-    VXSocketWait entry {descriptorOf(socket), wanted, 0};
-    const std::int32_t ready = retryOnSignal([&] { return waitUntil({&entry, 1}, deadline); });
+    const std::int32_t ready = retryOnSignal([&] {
+        VXSocketWait entry {descriptorOf(socket), wanted, 0};
+        return waitUntil({&entry, 1}, deadline);
+    });
     if (ready == 0)
         errno = ETIMEDOUT;
     return ready > 0 ? 0 : VXNativeSocketError(errno);
