@@ -19,6 +19,7 @@ inline constexpr VXSocket VX_SOCKET_INVALID = 0xFFFFFFFF;
 
 inline constexpr std::int32_t VX_SOCKET_INTERRUPTED = 10004;
 inline constexpr std::int32_t VX_SOCKET_WOULD_BLOCK = 10035;
+inline constexpr std::int32_t VX_SOCKET_IN_PROGRESS = 10036;
 inline constexpr std::int32_t VX_SOCKET_TIMED_OUT = 10060;
 
 /// `*socket` is `VX_SOCKET_INVALID` after a failure.

@@ -9,14 +9,14 @@
 #include <vx/net/TcpSocketHandle.h>
 #include <vx/util/PropertySet.h>
 #include <vx/vorb/Boundary.h>
+#include <vxsys/Lock.h>
 #include <vxsys/Number.h>
+#include <vxsys/Socket.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <netdb.h>
-#include <poll.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -69,11 +69,11 @@ void check(ENUM_VX_E_SOCKET result)
     throwIfFailed(result);
 }
 
-/// The last socket error; a wait that took too long is one of them.
-ENUM_VX_E_SOCKET lastFailure()
+/// The result for the number of a socket error; a wait that took too long is one of them.
+ENUM_VX_E_SOCKET resultOf(std::int32_t error)
 {
-    const bool hasTimedOut = errno == EAGAIN || errno == EINPROGRESS;
-    return hasTimedOut ? VX_E_SOCKET_ETIMEDOUT : VX_E_SOCKETFromNativeSocketError(VXLastNativeSocketError());
+    const bool hasTimedOut = error == VX_SOCKET_WOULD_BLOCK || error == VX_SOCKET_IN_PROGRESS;
+    return hasTimedOut ? VX_E_SOCKET_ETIMEDOUT : VX_E_SOCKETFromNativeSocketError(error);
 }
 
 /// Limits each wait for the peer: for the connection, for room to send, for data to receive.
@@ -81,10 +81,8 @@ void limitWaits(const net::TcpSocketHandle& socket, int milliseconds)
 {
     constexpr int SECOND = 1000;
     const timeval time {milliseconds / SECOND, milliseconds % SECOND * SECOND};
-    for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO}) {
-        if (::setsockopt(static_cast<int>(socket.getSocket()), SOL_SOCKET, option, &time, sizeof time) != 0)
-            throwResult(lastFailure());
-    }
+    for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO})
+        check(resultOf(VXSocketSetOption(socket.getSocket(), SOL_SOCKET, option, &time, sizeof time)));
 }
 
 /// Limits the total time of one call that waits. Without it, the call would start its wait again after each signal.
@@ -97,20 +95,21 @@ public:
     {
     }
 
-    /// Returns when `socket` is ready for `event`. False with `errno` if that takes too long.
-    bool isReady(int socket, short event) const
+    std::uint32_t millisecondsLeft() const
     {
-        for (;;) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now()).count();
-            pollfd entry {socket, event, 0};
-            const int ready = ::poll(&entry, 1, m_hasEnd ? static_cast<int>(std::max<std::int64_t>(left, 0)) : -1);
-            if (ready > 0)
-                return true;
-            if (ready == 0)
-                errno = EAGAIN;
-            if (ready == 0 || errno != EINTR)
-                return false;
-        }
+        if (!m_hasEnd)
+            return VX_WAIT_FOREVER;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now()).count();
+        return static_cast<std::uint32_t>(std::max<std::int64_t>(left, 0));
+    }
+
+    /// After the transfer that gave `error`. If a signal interrupted it, waits until `socket` is ready for `wanted`.
+    /// Throws for another error, and if the wait takes too long.
+    void goOn(std::int32_t error, unsigned int socket, std::int16_t wanted) const
+    {
+        if (error == VX_SOCKET_INTERRUPTED)
+            error = VXSocketWaitReady(socket, wanted, millisecondsLeft());
+        check(resultOf(error));
     }
 
 private:
@@ -134,14 +133,14 @@ public:
     {
         if (length < 1)
             return 0;
-        const int socket = static_cast<int>(m_socket->getSocket());
+        const unsigned int socket = m_socket->getSocket();
         const Wait wait(m_timeout);
         for (;;) {
-            const ssize_t got = ::recv(socket, target, static_cast<std::size_t>(length), 0);
-            if (got >= 0)
-                return got > 0 ? static_cast<std::int32_t>(got) : -1;
-            if (errno != EINTR || !wait.isReady(socket, POLLIN))
-                throwResult(lastFailure());
+            std::int32_t got = 0;
+            const std::int32_t error = VXSocketReceive(socket, target, static_cast<std::uint32_t>(length), 0, &got);
+            if (error == 0)
+                return got > 0 ? got : -1;
+            wait.goOn(error, socket, VX_SOCKET_READ);
         }
     }
 
@@ -162,15 +161,15 @@ public:
     using OutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override
     {
-        const int socket = static_cast<int>(m_socket->getSocket());
+        const unsigned int socket = m_socket->getSocket();
         Wait wait(m_timeout);
         while (length > 0) {
-            const ssize_t sent = ::send(socket, bytes, static_cast<std::size_t>(length), MSG_NOSIGNAL);
-            if (sent < 0 && (errno != EINTR || !wait.isReady(socket, POLLOUT)))
-                throwResult(lastFailure());
+            std::int32_t sent = 0;
+            const std::int32_t error = VXSocketSend(socket, bytes, static_cast<std::uint32_t>(length), 0, &sent);
+            wait.goOn(error, socket, VX_SOCKET_WRITE);
             if (sent > 0) { // less than all after a signal, or if the wait for more room took too long
                 bytes += sent;
-                length -= static_cast<std::int32_t>(sent);
+                length -= sent;
                 wait = Wait(m_timeout);
             }
         }
@@ -195,20 +194,14 @@ unsigned int lengthOf(const vx_sockaddr_union& address)
     return address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
 }
 
-/// `connect`. If a signal interrupts the call, the attempt continues, and this function waits for it.
-bool hasConnected(int socket, const vx_sockaddr_union& address, int timeout)
+/// If a signal interrupts the call, the attempt continues, and this function waits for it.
+ENUM_VX_E_SOCKET connect(unsigned int socket, const vx_sockaddr_union& address, int timeout)
 {
     const Wait wait(timeout);
-    if (::connect(socket, &address.generic, lengthOf(address)) == 0)
-        return true;
-    if (errno != EINTR || !wait.isReady(socket, POLLOUT))
-        return false;
-    int error = 0;
-    socklen_t size = sizeof error;
-    if (::getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) != 0)
-        return false;
-    errno = error;
-    return error == 0;
+    std::int32_t error = VXSocketConnect(socket, &address.generic, lengthOf(address));
+    if (error == VX_SOCKET_INTERRUPTED)
+        error = VXSocketFinishConnect(socket, wait.millisecondsLeft());
+    return resultOf(error);
 }
 
 /// A connection to the first address that accepts one.
@@ -225,16 +218,15 @@ Reference<net::TcpSocketHandle> connectTo(const Settings& settings)
         if (found != VX_E_SOCKET_OK)
             throwResult(index == 0 ? found : failure);
 
-        const int native = ::socket(address.generic.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        if (native < 0) {
-            failure = lastFailure();
+        unsigned int native = VX_SOCKET_INVALID;
+        failure = resultOf(VXSocketOpen(address.generic.sa_family, SOCK_STREAM, 0, &native));
+        if (failure != VX_E_SOCKET_OK)
             continue;
-        }
-        const Reference<net::TcpSocketHandle> socket = net::TcpSocketHandle::own(static_cast<unsigned int>(native));
+        const Reference<net::TcpSocketHandle> socket = net::TcpSocketHandle::own(native);
         limitWaits(*socket, settings.timeout);
-        if (hasConnected(native, address, settings.timeout))
+        failure = connect(native, address, settings.timeout);
+        if (failure == VX_E_SOCKET_OK)
             return socket;
-        failure = lastFailure();
     }
 }
 
@@ -285,9 +277,8 @@ public:
     // IAcceptor
     Reference<io::IChannel> accept() override
     {
-        constexpr unsigned int NONE = ~0U;
-        unsigned int socket = NONE;
-        while (socket == NONE) { // a connection may end before it is accepted, and a signal is no failure
+        unsigned int socket = VX_SOCKET_INVALID;
+        while (socket == VX_SOCKET_INVALID) { // a connection may end before it is accepted, and a signal is no failure
             if (const ENUM_VX_E_SOCKET result = m_server->accept(&socket); result != VX_E_SOCKET_EINTR)
                 check(result);
         }
