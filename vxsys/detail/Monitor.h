@@ -2,6 +2,7 @@
 
 #include "vxsys/ThreadAnnotations.h"
 #include "vxsys/detail/Deadline.h"
+#include "vxsys/detail/Steps.h"
 
 #include <cerrno>
 #include <pthread.h>
@@ -26,9 +27,8 @@ public:
         pthread_condattr_t attributes;
         if (const int error = ::pthread_condattr_init(&attributes))
             return error;
-        int error = ::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-        if (error == 0)
-            error = ::pthread_cond_init(&m_condition, &attributes);
+        const int error = inOrder([&] { return ::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC); },
+            [&] { return ::pthread_cond_init(&m_condition, &attributes); });
         ::pthread_condattr_destroy(&attributes);
         m_ready = error == 0;
         return error;

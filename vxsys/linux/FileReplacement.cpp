@@ -2,6 +2,7 @@
 
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/linux/FileStatus.h"
 #include "vxsys/linux/ProcPaths.h"
 
@@ -35,9 +36,8 @@ int copyPath(const char* path, char (&target)[NATIVE_PATH_SIZE]) noexcept
 /// Flushes to disk. EINVAL and EROFS say that no disk belongs to the descriptor, not that a disk failed.
 int flush(int descriptor) noexcept
 {
-    if (retryOnSignal([&] { return ::fsync(descriptor); }) != 0 && errno != EINVAL && errno != EROFS)
-        return errno;
-    return 0;
+    const int error = errorOf(retryOnSignal([&] { return ::fsync(descriptor); }));
+    return error != EINVAL && error != EROFS ? error : 0;
 }
 
 /// Calls `make` with names beside `place` until one is not taken; that one comes into `name`.
@@ -84,13 +84,11 @@ int FilePlace::find(const char* path) noexcept
 {
     constexpr int MOST_LINKS = 40; // as many as the kernel follows
     char rest[NATIVE_PATH_SIZE];
-    int error = copyPath(path, rest);
+    if (const int error = copyPath(path, rest))
+        return error;
     m_folder.reset(AT_FDCWD);
-    for (int links = 0; error == 0; ++links) {
-        if (links > MOST_LINKS)
-            return ELOOP;
-        error = enter(rest);
-        if (error != 0)
+    for (int links = 0; links <= MOST_LINKS; ++links) {
+        if (const int error = enter(rest))
             return error;
         const ssize_t length = ::readlinkat(m_folder.get(), m_name, rest, sizeof rest);
         if (length == -1)
@@ -99,7 +97,7 @@ int FilePlace::find(const char* path) noexcept
             return ENAMETOOLONG;
         rest[length] = '\0';
     }
-    return error;
+    return ELOOP;
 }
 
 /// Splits `path`, which is relative to the folder so far, into the next folder and the name in it.
@@ -126,12 +124,9 @@ int FilePlace::enter(char* path) noexcept
 int FileReplacement::begin(const char* path, mode_t mode) noexcept
 {
     m_process = ::getpid();
-    int error = m_place.find(path);
-    if (error == 0)
-        error = openOld();
-    if (error == 0) // readable by no one else before it has the rights of the old file, which may be narrow
-        error = openNew(m_old.isOpen() ? S_IRUSR | S_IWUSR : mode);
-    return error;
+    return inOrder([&] { return m_place.find(path); }, [&] { return openOld(); },
+        // Only the user can read it until it has the rights of the old file, which may be narrow.
+        [&] { return openNew(m_old.isOpen() ? S_IRUSR | S_IWUSR : mode); });
 }
 
 int FileReplacement::write(const void* content, std::size_t length) const noexcept
@@ -149,14 +144,10 @@ int FileReplacement::write(const void* content, std::size_t length) const noexce
 
 int FileReplacement::commit(VXFileStatus* status) noexcept
 {
-    int error = m_old.isOpen() ? takeRights() : 0;
-    if (error == 0)
-        error = flush(m_file.get());
-    if (error == 0)
-        error = takePlace();
-    if (error == 0 && status != nullptr)
-        error = readStatus(m_file.get(), "", AT_EMPTY_PATH, *status);
-    return error == 0 ? flush(m_place.folder()) : error;
+    return inOrder([&] { return m_old.isOpen() ? takeRights() : 0; }, [&] { return flush(m_file.get()); },
+        [&] { return takePlace(); },
+        [&] { return status != nullptr ? readStatus(m_file.get(), "", AT_EMPTY_PATH, *status) : 0; },
+        [&] { return flush(m_place.folder()); });
 }
 
 void FileReplacement::discard() noexcept
@@ -218,7 +209,7 @@ int FileReplacement::takeRights() const noexcept
     } else if (size == -1 && errno != ENODATA && errno != ENOTSUP) {
         return errno;
     }
-    return ::fchmod(m_file.get(), old.st_mode & ALL_MODE_BITS) == 0 ? 0 : errno;
+    return errorOf(::fchmod(m_file.get(), old.st_mode & ALL_MODE_BITS));
 }
 
 int FileReplacement::takePlace() noexcept
@@ -236,8 +227,7 @@ int FileReplacement::takePlace() noexcept
         if (errno != EEXIST) // else another process has made one since
             return errno;
     }
-    const int error = withNewName(m_place, m_name, link);
-    return error == 0 ? replaceOld() : error;
+    return inOrder([&] { return withNewName(m_place, m_name, link); }, [&] { return replaceOld(); });
 }
 
 int FileReplacement::replaceOld() noexcept

@@ -1,6 +1,9 @@
 #include "vxsys/linux/NamedFolder.h"
 
+#include "vxsys/detail/Descriptor.h"
+#include "vxsys/detail/FolderEntries.h"
 #include "vxsys/detail/Retry.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/linux/ProcessIdentity.h"
 
 #include <cerrno>
@@ -8,7 +11,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/file.h>
@@ -54,17 +56,11 @@ struct FolderSearch {
         char prefix[NAME_SIZE];
         writeFirstName(prefix);
         const std::size_t length = std::strlen(prefix);
-        const int copy = ::openat(memory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        DIR* const entries = copy != -1 ? ::fdopendir(copy) : nullptr;
-        if (entries == nullptr) {
-            const int error = errno;
-            if (copy != -1)
-                ::close(copy);
-            return error;
-        }
+        FolderEntries entries(memory);
+        if (!entries.isOpen())
+            return errno;
         count = 0;
-        while (const dirent* entry = ::readdir(entries)) {
-            const char* const name = entry->d_name;
+        while (const char* const name = entries.next()) {
             struct stat status;
             if (std::strncmp(name, prefix, length) != 0 || (name[length] != '\0' && name[length] != '-')
                 || std::strlen(name) >= NAME_SIZE || ::fstatat(memory, name, &status, AT_SYMLINK_NOFOLLOW) != 0
@@ -73,7 +69,6 @@ struct FolderSearch {
             if (count++ == 0 || std::strcmp(name, first) < 0)
                 std::strcpy(first, name);
         }
-        ::closedir(entries);
         return 0;
     }
 };
@@ -100,38 +95,35 @@ int NamedFolder::open() noexcept
     if (g_known.user == ::geteuid() && *g_known.name != '\0' && enter(g_known.name))
         return 0;
     forget();
-    const int memory = retryOnSignal([] { return ::open(MEMORY, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-    if (memory == -1)
+    const Descriptor memory(retryOnSignal([] { return ::open(MEMORY, O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!memory.isOpen())
         return errno;
 
     // A folder that a process has just made counts for it only if it is the only one then. Several at once are those of
     // processes that started at the same time: each of them removes its own unless others use it already, and looks again.
-    int error = 0;
-    bool isOpen = false;
-    for (int tries = 0; error == 0 && !isOpen && tries < MOST_TRIES; ++tries) {
+    for (int triesLeft = MOST_TRIES; triesLeft > 0; --triesLeft) {
         FolderSearch search;
-        error = search.run(memory);
-        if (error == 0 && search.count == 0) {
+        if (const int error = search.run(memory.get()))
+            return error;
+        if (search.count == 0) {
             char made[NAME_SIZE];
-            error = makeFolder(memory, made);
-            if (error == 0)
-                error = search.run(memory);
-            if (error == 0 && search.count > 1 && enter(made)) {
-                ::unlinkat(memory, made, AT_REMOVEDIR); // fails for one that has files, which stays then
+            if (const int error
+                = inOrder([&] { return makeFolder(memory.get(), made); }, [&] { return search.run(memory.get()); }))
+                return error;
+            if (search.count > 1 && enter(made)) {
+                ::unlinkat(memory.get(), made, AT_REMOVEDIR); // fails for one that has files, which stays then
                 close();
             }
         }
-        const bool isLastTry = tries == MOST_TRIES - 1;
-        if (error == 0 && (search.count == 1 || (search.count > 1 && isLastTry)) && enter(search.first)) {
+        const bool isDecided = search.count == 1 || (search.count > 1 && triesLeft == 1);
+        if (isDecided && enter(search.first)) {
             std::strcpy(g_known.name, search.first);
             g_known.user = ::geteuid();
-            isOpen = true;
-        } else if (error == 0) {
-            ::sched_yield();
+            return 0;
         }
+        ::sched_yield();
     }
-    ::close(memory);
-    return error != 0 || isOpen ? error : EBUSY;
+    return EBUSY;
 }
 
 void NamedFolder::writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept

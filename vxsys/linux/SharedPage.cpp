@@ -1,5 +1,7 @@
 #include "vxsys/linux/SharedPage.h"
 
+#include "vxsys/detail/Steps.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -34,14 +36,11 @@ std::int64_t millisecondsNow() noexcept
 int makeMutex(pthread_mutex_t& mutex) noexcept
 {
     pthread_mutexattr_t attributes;
-    int error = ::pthread_mutexattr_init(&attributes);
-    if (error != 0)
+    if (const int error = ::pthread_mutexattr_init(&attributes))
         return error;
-    error = ::pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-    if (error == 0)
-        error = ::pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    if (error == 0)
-        error = ::pthread_mutex_init(&mutex, &attributes);
+    const int error = inOrder([&] { return ::pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED); },
+        [&] { return ::pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST); },
+        [&] { return ::pthread_mutex_init(&mutex, &attributes); });
     ::pthread_mutexattr_destroy(&attributes);
     return error;
 }

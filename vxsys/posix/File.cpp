@@ -5,6 +5,7 @@
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/SignalShield.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/linux/FileReplacement.h"
 #include "vxsys/linux/FileStatus.h"
 #include "vxsys/linux/ProcPaths.h"
@@ -77,8 +78,7 @@ std::int32_t openNative(const char* path, int mode, std::uint32_t flags, mode_t 
     const int descriptor = retryOnSignal([&] { return ::open(path, mode, access); });
     if (descriptor == -1)
         return VXResultFromNative(errno);
-    const std::int32_t result = prepare(descriptor, flags);
-    if (failed(result)) {
+    if (const std::int32_t result = prepare(descriptor, flags); failed(result)) {
         ::close(descriptor);
         return result;
     }
@@ -132,9 +132,8 @@ std::int32_t VXFileOpen(const char16_t* path, std::uint32_t flags, std::int32_t 
     if (mode == -1)
         return RESULT_INVALID_ARGUMENT;
     NativePath native;
-    const std::int32_t result = native.assign(path);
-    return failed(result) ? result
-                          : openNative(native.get(), mode, flags, static_cast<mode_t>(access & PERMISSIONS), handle);
+    return inOrder([&] { return native.assign(path); },
+        [&] { return openNative(native.get(), mode, flags, static_cast<mode_t>(access & PERMISSIONS), handle); });
 }
 
 std::int32_t VXFileReopen(std::uint32_t handle, std::uint32_t flags, std::uint32_t* other) noexcept
@@ -152,9 +151,8 @@ std::int32_t VXFileReopen(std::uint32_t handle, std::uint32_t flags, std::uint32
 
 std::int32_t VXFileClose(std::uint32_t handle) noexcept
 {
-    if (::close(descriptorOf(handle)) != 0 && errno != EINTR)
-        return VXResultFromNative(errno);
-    return RESULT_OK;
+    const int error = errorOf(::close(descriptorOf(handle)));
+    return error != EINTR ? VXResultFromNative(error) : RESULT_OK;
 }
 
 std::int32_t VXFileGetSize(std::uint32_t handle, std::int64_t* size) noexcept
@@ -218,9 +216,7 @@ std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept
 {
     if (size < 0)
         return RESULT_INVALID_ARGUMENT;
-    if (retryOnSignal([&] { return ::ftruncate(descriptorOf(handle), size); }) != 0)
-        return VXResultFromNative(errno);
-    return RESULT_OK;
+    return VXResultFromNative(errorOf(retryOnSignal([&] { return ::ftruncate(descriptorOf(handle), size); })));
 }
 
 std::int32_t VXFileFlush(std::uint32_t handle) noexcept
@@ -247,8 +243,8 @@ std::int32_t VXFileGetStatus(const char16_t* path, VXFileStatus* status) noexcep
         return RESULT_INVALID_ARGUMENT;
     *status = {};
     NativePath native;
-    const std::int32_t result = native.assign(path);
-    return failed(result) ? result : VXResultFromNative(readStatus(AT_FDCWD, native.get(), 0, *status));
+    return inOrder([&] { return native.assign(path); },
+        [&] { return VXResultFromNative(readStatus(AT_FDCWD, native.get(), 0, *status)); });
 }
 
 std::int32_t VXFileReplace(
@@ -259,16 +255,12 @@ std::int32_t VXFileReplace(
     if (length < 0 || (content == nullptr && length != 0))
         return RESULT_INVALID_ARGUMENT;
     NativePath native;
-    const std::int32_t result = native.assign(path);
-    if (failed(result))
+    if (const std::int32_t result = native.assign(path); failed(result))
         return result;
     FileReplacement file;
-    int error = file.begin(native.get(), static_cast<mode_t>(access & PERMISSIONS));
-    if (error == 0)
-        error = file.write(content, static_cast<std::size_t>(length));
-    if (error == 0)
-        error = file.commit(status);
-    return VXResultFromNative(error);
+    return VXResultFromNative(inOrder(
+        [&] { return file.begin(native.get(), static_cast<mode_t>(access & PERMISSIONS)); },
+        [&] { return file.write(content, static_cast<std::size_t>(length)); }, [&] { return file.commit(status); }));
 }
 
 std::int32_t VXFileReplaceBegin(
@@ -281,13 +273,12 @@ std::int32_t VXFileReplaceBegin(
     if (replacement == nullptr || handle == nullptr)
         return RESULT_INVALID_ARGUMENT;
     NativePath native;
-    const std::int32_t result = native.assign(path);
-    if (failed(result))
+    if (const std::int32_t result = native.assign(path); failed(result))
         return result;
     std::unique_ptr<VXFileReplacementTag> begun(new (std::nothrow) VXFileReplacementTag);
     if (begun == nullptr)
         return RESULT_OUT_OF_MEMORY;
-    if (const int error = begun->file.begin(native.get(), static_cast<mode_t>(access & PERMISSIONS)); error != 0)
+    if (const int error = begun->file.begin(native.get(), static_cast<mode_t>(access & PERMISSIONS)))
         return VXResultFromNative(error);
     *handle = static_cast<std::uint32_t>(begun->file.descriptor());
     *replacement = begun.release();

@@ -1,12 +1,13 @@
 #include "vxsys/posix/NamedObject.h"
 
 #include "vxsys/detail/Descriptor.h"
+#include "vxsys/detail/FolderEntries.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/SignalShield.h"
+#include "vxsys/detail/Steps.h"
 
 #include <cerrno>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <new>
 #include <pthread.h>
@@ -98,24 +99,20 @@ void removeSomeAbandoned(const NamedFolder& folder) noexcept
 {
     constexpr int MOST_LOOKS = 32;
 
-    const int copy = ::openat(folder.descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* const entries = copy != -1 ? ::fdopendir(copy) : nullptr;
-    if (entries == nullptr) {
-        if (copy != -1)
-            ::close(copy);
+    FolderEntries entries(folder.descriptor());
+    if (!entries.isOpen())
         return;
-    }
     if (g_tidied != 0)
-        ::seekdir(entries, g_tidied);
-    bool isAtEnd = false;
-    for (int looks = 0; looks < MOST_LOOKS && !isAtEnd; ++looks) {
-        const dirent* const entry = ::readdir(entries);
-        isAtEnd = entry == nullptr;
-        if (!isAtEnd && entry->d_name[0] != '.')
-            removeIfAbandoned(folder, entry->d_name);
+        entries.setPosition(g_tidied);
+    g_tidied = 0;
+    for (int looks = 0; looks < MOST_LOOKS; ++looks) {
+        const char* const name = entries.next();
+        if (name == nullptr)
+            return;
+        if (*name != '.')
+            removeIfAbandoned(folder, name);
     }
-    g_tidied = isAtEnd ? 0 : ::telldir(entries);
-    ::closedir(entries);
+    g_tidied = entries.position();
 }
 
 } // namespace
@@ -133,13 +130,15 @@ int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject
 
     const ObjectName file(opening.kind, name);
     if (NamedObject* known = find(file.get())) {
-        int error = known->m_isStale.load(std::memory_order_relaxed) ? known->enter() : 0;
-        if (error == 0) {
-            const PageLock lock(*known->m_page);
-            error = known->join(opening);
+        if (known->m_isStale.load(std::memory_order_relaxed)) {
+            if (const int error = known->enter())
+                return error;
         }
-        if (error != 0)
-            return error;
+        {
+            const PageLock lock(*known->m_page);
+            if (const int error = known->join(opening))
+                return error;
+        }
         known->use();
         *object = known;
         return 0;
@@ -237,13 +236,9 @@ std::uint64_t NamedObject::size() noexcept
 
 int NamedObject::mapMemory(int protection, void** address) noexcept
 {
-    int error = ready();
-    int opened = -1;
-    if (error == 0)
-        error = openFile(&opened);
-    if (error != 0)
+    Descriptor file;
+    if (const int error = inOrder([&] { return ready(); }, [&] { return openFile(file); }))
         return error;
-    const Descriptor file(opened);
     void* const mapped = ::mmap(nullptr, size(), protection, MAP_SHARED, file.get(), MEMORY_OFFSET);
     if (mapped == MAP_FAILED)
         return errno;
@@ -291,20 +286,21 @@ NamedObject* NamedObject::find(const char* fileName) noexcept
 int NamedObject::enter() noexcept
 {
     NamedFolder folder;
-    int error = folder.open();
-    if (error == 0)
-        folder.writePath(fileName(), m_path);
-    bool isAbandoned = true;
-    while (error == 0 && isAbandoned) {
+    if (const int error = folder.open()) {
+        unmap();
+        return error;
+    }
+    folder.writePath(fileName(), m_path);
+    for (bool isAbandoned = true; isAbandoned;) {
         unmap();
         isAbandoned = false;
-        error = enterFile(folder, &isAbandoned);
+        if (const int error = enterFile(folder, &isAbandoned)) {
+            unmap();
+            return error;
+        }
     }
-    if (error != 0)
-        unmap();
-    else
-        m_isStale.store(false, std::memory_order_release);
-    return error;
+    m_isStale.store(false, std::memory_order_release);
+    return 0;
 }
 
 int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcept
@@ -313,31 +309,28 @@ int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcep
     if (file.get() == -1)
         return errno;
     bool isNew = false;
-    int error = map(file.get(), &isNew);
-    if (error != 0) {
+    if (const int error = map(file.get(), &isNew)) {
         removeIfAbandoned(folder, fileName());
         return error;
     }
     {
         const PageLock lock(*m_page);
-        if (m_page->hasOpener(g_self)) {
-            error = join(m_opening);
-        } else if (m_opening.kind == NamedOpening::MEMORY && !isNew) {
+        const bool hasOpener = m_page->hasOpener(g_self);
+        if (!hasOpener && m_opening.kind == NamedOpening::MEMORY && !isNew) {
             // A process that is no opener may still look at the old memory: a child of one that was killed.
             removeFile(folder);
             *isAbandoned = true;
             return 0;
-        } else {
-            error = start(file.get());
         }
-        if (error == 0)
-            error = takePlace(file.get());
-        if (error != 0 && !m_page->hasOpener(g_self))
-            removeFile(folder);
+        if (const int error = inOrder([&] { return hasOpener ? join(m_opening) : start(file.get()); },
+                [&] { return takePlace(file.get()); })) {
+            if (!m_page->hasOpener(g_self))
+                removeFile(folder);
+            return error;
+        }
     }
-    if (error == 0)
-        removeSomeAbandoned(folder);
-    return error;
+    removeSomeAbandoned(folder);
+    return 0;
 }
 
 int NamedObject::map(int file, bool* isNew) noexcept
@@ -414,13 +407,12 @@ int NamedObject::addPlaces(int file) noexcept
     const std::uint32_t places = m_page->places() + MORE_PLACES;
     if (places > SharedPage::CAPACITY)
         return ENFILE;
-    int opened = -1;
+    Descriptor opened;
     if (file == -1) {
-        if (const int error = openFile(&opened))
+        if (const int error = openFile(opened))
             return error;
-        file = opened;
+        file = opened.get();
     }
-    const Descriptor owned(opened);
     if (const int error = allocate(file, 0, SharedPage::sizeFor(places)))
         return error;
     m_page->setPlaces(places);
@@ -438,18 +430,14 @@ void NamedObject::removeFile(const NamedFolder& folder) noexcept
         ::unlinkat(folder.descriptor(), fileName(), 0);
 }
 
-int NamedObject::openFile(int* file) const noexcept
+int NamedObject::openFile(Descriptor& file) const noexcept
 {
-    const int opened = retryOnSignal([&] { return ::open(m_path, O_RDWR | O_CLOEXEC | O_NOFOLLOW); });
-    if (opened == -1)
+    file.reset(retryOnSignal([&] { return ::open(m_path, O_RDWR | O_CLOEXEC | O_NOFOLLOW); }));
+    if (!file.isOpen())
         return errno;
     struct stat status;
-    if (::fstat(opened, &status) != 0 || status.st_dev != m_volume || status.st_ino != m_number) {
-        ::close(opened);
-        return ESTALE;
-    }
-    *file = opened;
-    return 0;
+    const bool isSame = ::fstat(file.get(), &status) == 0 && status.st_dev == m_volume && status.st_ino == m_number;
+    return isSame ? 0 : ESTALE;
 }
 
 int NamedObject::enterAgain() noexcept

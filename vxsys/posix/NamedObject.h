@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vxsys/detail/Descriptor.h"
 #include "vxsys/linux/NamedFolder.h"
 #include "vxsys/linux/SharedPage.h"
 
@@ -83,7 +84,7 @@ private:
     void removeFile(const NamedFolder& folder) noexcept;
 
     const char* fileName() const noexcept { return m_file.get(); }
-    int openFile(int* file) const noexcept;
+    int openFile(Descriptor& file) const noexcept;
     int ready() noexcept { return m_isStale.load(std::memory_order_acquire) ? enterAgain() : 0; }
     int enterAgain() noexcept;
     void enterInChild() noexcept;

@@ -1,5 +1,7 @@
 #include "vxsys/Registry.h"
 
+#include "vxsys/Result.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/posix/RegistryStore.h"
 
 #include <algorithm>
@@ -7,7 +9,10 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 /// Owns what the elements refer to.
 struct VXRegistryEnumTag {
@@ -59,8 +64,7 @@ std::int32_t readKey(const std::string& place, ENUM_VX_HKEY hive, const Registry
     RegistryRecord& record, RegistryFile* file = nullptr)
 {
     RegistryStore store;
-    const std::int32_t result = store.open(place);
-    if (failed(result))
+    if (const std::int32_t result = store.open(place); failed(result))
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
     return store.read(hiveOf(hive), path, units, record, file);
 }
@@ -153,14 +157,13 @@ std::int32_t VXRegistryCreateKey(ENUM_VX_HKEY hive, const char16_t* key) noexcep
     return guarded([&] {
         RegistryPath path;
         RegistryChange change;
-        std::int32_t result = assign(path, hive, key);
-        if (!failed(result))
-            result = change.begin(true);
-        if (failed(result))
+        if (const std::int32_t result
+            = inOrder([&] { return assign(path, hive, key); }, [&] { return change.begin(true); });
+            failed(result))
             return result;
         std::u16string units;
         RegistryRecord record;
-        result = change.read(hiveOf(hive), path, units, record);
+        const std::int32_t result = change.read(hiveOf(hive), path, units, record);
         return result == RESULT_NOT_FOUND ? change.create(hiveOf(hive), path, {}) : result;
     });
 }
@@ -170,10 +173,9 @@ std::int32_t VXRegistryDeleteKey(ENUM_VX_HKEY hive, const char16_t* key) noexcep
     return guarded([&] {
         RegistryPath path;
         RegistryChange change;
-        std::int32_t result = assign(path, hive, key);
-        if (!failed(result))
-            result = path.steps().empty() ? RESULT_ACCESS_DENIED : change.begin(false);
-        return failed(result) ? result : change.remove(hiveOf(hive), path);
+        return inOrder([&] { return assign(path, hive, key); },
+            [&] { return path.steps().empty() ? RESULT_ACCESS_DENIED : change.begin(false); },
+            [&] { return change.remove(hiveOf(hive), path); });
     });
 }
 
@@ -184,11 +186,11 @@ std::int32_t VXRegistrySetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
         return RESULT_INVALID_ARGUMENT;
     return guarded([&] {
         RegistryPath path;
-        std::int32_t result = assign(path, hive, key);
-        if (!failed(result))
-            result = checkRegistryName(name);
         const std::string_view bytes(static_cast<const char*>(data), static_cast<std::size_t>(length));
-        return failed(result) ? result : setValue(hiveOf(hive), path, {name, type, bytes});
+        return inOrder([&] { return assign(path, hive, key); }, [&] { return checkRegistryName(name); },
+            [&] {
+                return setValue(hiveOf(hive), path, {name, type, bytes});
+            });
     });
 }
 
@@ -213,10 +215,9 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
         std::u16string units;
         RegistryRecord record;
         RegistryFile file;
-        std::int32_t result = assign(path, hive, key);
-        if (!failed(result))
-            result = readKey(place, hive, path, units, record, &file);
-        if (failed(result))
+        if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
+                [&] { return readKey(place, hive, path, units, record, &file); });
+            failed(result))
             return result;
         const RegistryValue* value = record.find(name);
         if (value == nullptr)
@@ -235,12 +236,9 @@ std::int32_t VXRegistryDeleteValue(ENUM_VX_HKEY hive, const char16_t* key, const
         RegistryChange change;
         std::u16string units;
         RegistryRecord record;
-        std::int32_t result = assign(path, hive, key);
-        if (!failed(result))
-            result = change.begin(false);
-        if (!failed(result))
-            result = change.read(hiveOf(hive), path, units, record);
-        if (failed(result))
+        if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
+                [&] { return change.begin(false); }, [&] { return change.read(hiveOf(hive), path, units, record); });
+            failed(result))
             return result;
         const RegistryValue* value = record.find(name);
         if (value == nullptr)
@@ -256,11 +254,9 @@ std::int32_t VXRegistryOpenKeyEnum(ENUM_VX_HKEY hive, const char16_t* key, VXReg
         elements.ofKeys = true;
         RegistryPath path;
         RegistryStore store;
-        std::int32_t result = assign(path, hive, key);
-        if (failed(result))
+        if (const std::int32_t result = assign(path, hive, key); failed(result))
             return result;
-        result = store.open();
-        if (failed(result))
+        if (const std::int32_t result = store.open(); failed(result))
             return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
         return store.readSubkeys(hiveOf(hive), path, elements.keys);
     });
@@ -271,15 +267,16 @@ std::int32_t VXRegistryOpenValueEnum(ENUM_VX_HKEY hive, const char16_t* key, VXR
     return openEnum(handle, [&](VXRegistryEnumTag& elements) {
         RegistryPath path;
         RegistryRecord record;
-        std::int32_t result = assign(path, hive, key);
-        if (!failed(result))
-            result = readKey(RegistryStore::place(), hive, path, elements.units, record);
+        if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
+                [&] { return readKey(RegistryStore::place(), hive, path, elements.units, record); });
+            failed(result))
+            return result;
         std::sort(
             record.values.begin(), record.values.end(), [](const RegistryValue& left, const RegistryValue& right) {
                 return foldRegistryName(left.name) < foldRegistryName(right.name);
             });
         elements.values = std::move(record.values);
-        return result;
+        return RESULT_OK;
     });
 }
 

@@ -1,7 +1,9 @@
 #include "vxsys/posix/RegistryStore.h"
 
+#include "vxsys/detail/FolderEntries.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/StateLock.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/posix/Ownership.h"
 
 #include <algorithm>
@@ -9,14 +11,13 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <iterator>
 #include <limits>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <pwd.h>
+#include <span>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,6 +38,12 @@ const char* const HIVES[] = {"classes-32", "config-32", "user", "classes-64", "c
 int openFolderAt(int parent, const char* name) noexcept
 {
     return retryOnSignal([&] { return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
+}
+
+/// The result of a call of the system that gives -1 if it fails.
+std::int32_t resultOf(int outcome) noexcept
+{
+    return VXResultFromNative(errorOf(outcome));
 }
 
 /// The result of a failure inside the store. A link or a plain file in the place of a folder was not made by us.
@@ -100,39 +107,21 @@ std::int32_t makeFolders(const std::string& path)
 
 std::int32_t flush(int descriptor) noexcept
 {
-    return retryOnSignal([&] { return ::fsync(descriptor); }) == 0 ? RESULT_OK : VXResultFromNative(errno);
+    return resultOf(retryOnSignal([&] { return ::fsync(descriptor); }));
 }
 
-/// Runs one step after the other, until one fails.
-template <class... Steps>
-std::int32_t inOrder(Steps&&... steps)
-{
-    std::int32_t result = RESULT_OK;
-    static_cast<void>((!failed(result = steps()) && ...));
-    return result;
-}
-
-/// Calls `visit` with the name of each entry of a folder but "." and "..", until it gives a failure.
+/// Calls `visit` with the name of each entry of a folder until it gives a failure.
 template <class Visit>
 std::int32_t forEachEntry(int folder, Visit&& visit)
 {
-    Descriptor own(openFolderAt(folder, ".")); // reading moves a position
-    if (!own.isOpen())
+    FolderEntries entries(folder);
+    if (!entries.isOpen())
         return resultOfErrno();
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(own.get()), ::closedir);
-    if (entries == nullptr)
-        return VXResultFromNative(errno);
-    own.release();
-    for (;;) {
-        errno = 0;
-        const struct dirent* entry = ::readdir(entries.get());
-        if (entry == nullptr)
-            return VXResultFromNative(errno);
-        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
-            continue;
-        if (const std::int32_t result = visit(entry->d_name); failed(result))
+    while (const char* name = entries.next()) {
+        if (const std::int32_t result = visit(name); failed(result))
             return result;
     }
+    return VXResultFromNative(errno);
 }
 
 /// Removes a file, or a folder with all in it. Nothing there is no failure.
@@ -145,11 +134,9 @@ std::int32_t removeTree(int parent, const char* name)
     const Descriptor folder(openFolderAt(parent, name));
     if (!folder.isOpen())
         return resultOfErrno();
-    const std::int32_t result
-        = forEachEntry(folder.get(), [&](const char* entry) { return removeTree(folder.get(), entry); });
-    if (failed(result))
-        return result;
-    return ::unlinkat(parent, name, AT_REMOVEDIR) == 0 ? RESULT_OK : VXResultFromNative(errno);
+    return inOrder(
+        [&] { return forEachEntry(folder.get(), [&](const char* entry) { return removeTree(folder.get(), entry); }); },
+        [&] { return resultOf(::unlinkat(parent, name, AT_REMOVEDIR)); });
 }
 
 /// The first units of a file, at most `limit`. RESULT_NOT_FOUND if there is no file.
@@ -221,10 +208,13 @@ std::int32_t goTo(Walk& walk, ENUM_VX_HKEY hive, const RegistryPath& path, std::
 {
     if (static_cast<std::size_t>(hive) >= std::size(HIVES))
         return RESULT_INVALID_ARGUMENT;
-    std::int32_t result = walk.go(HIVES[hive]);
-    for (std::size_t i = 0; i < count && !failed(result); ++i)
-        result = walk.go(path.steps()[i].fileName);
-    return result;
+    if (const std::int32_t result = walk.go(HIVES[hive]); failed(result))
+        return result;
+    for (const RegistryStep& step : std::span(path.steps()).first(count)) {
+        if (const std::int32_t result = walk.go(step.fileName); failed(result))
+            return result;
+    }
+    return RESULT_OK;
 }
 
 /// Held by the one thread that makes a change: the lock of the file belongs to the whole process, and any close of the file
@@ -292,11 +282,10 @@ std::int32_t RegistryStore::readSubkeys(
     ENUM_VX_HKEY hive, const RegistryPath& path, std::vector<std::u16string>& names) const
 {
     Descriptor folder;
-    std::int32_t result = openFolder(hive, path, path.steps().size(), folder);
-    if (failed(result))
+    if (const std::int32_t result = openFolder(hive, path, path.steps().size(), folder); failed(result))
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
     std::map<std::u16string, std::u16string> byFolded;
-    result = forEachEntry(folder.get(), [&](std::string_view entry) {
+    const std::int32_t result = forEachEntry(folder.get(), [&](std::string_view entry) {
         if (!entry.starts_with(FOLDER_MARK))
             return RESULT_OK;
         std::u16string units;
@@ -333,9 +322,8 @@ std::int32_t RegistryChange::begin(bool isToBeMade)
     struct flock whole { };
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
-    if (retryOnSignal([&] { return ::fcntl(m_lock.get(), F_SETLKW, &whole); }) != 0)
-        return VXResultFromNative(errno);
-    return removeTree(m_folder.get(), PENDING_NAME);
+    return inOrder([&] { return resultOf(retryOnSignal([&] { return ::fcntl(m_lock.get(), F_SETLKW, &whole); })); },
+        [&] { return removeTree(m_folder.get(), PENDING_NAME); });
 }
 
 std::int32_t RegistryChange::replace(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryRecord& record)
@@ -358,26 +346,30 @@ std::int32_t RegistryChange::create(
     // The highest one that is missing takes its place with all the others in it.
     Descriptor above;
     std::size_t first = steps.size();
-    std::int32_t result = RESULT_NOT_FOUND;
-    while (result == RESULT_NOT_FOUND && first > 0)
-        result = openFolder(hive, path, --first, above);
+    std::int32_t found = RESULT_NOT_FOUND;
+    while (found == RESULT_NOT_FOUND && first > 0)
+        found = openFolder(hive, path, --first, above);
+    if (failed(found))
+        return found;
 
     std::vector<Descriptor> folders;
-    for (std::size_t i = first; i < steps.size() && !failed(result); ++i) {
+    for (std::size_t i = first; i < steps.size(); ++i) {
         const int parent = folders.empty() ? m_folder.get() : folders.back().get();
         const char* name = folders.empty() ? PENDING_NAME : steps[i].fileName.c_str();
         RegistryRecord record {steps[i].name, {}};
         if (i + 1 == steps.size())
             record.values = values;
         Descriptor& folder = folders.emplace_back();
-        result = inOrder([&] { return makeFolder(parent, name, folder); },
-            [&] { return writeFile(folder.get(), RECORD_NAME, record); });
+        if (const std::int32_t result = inOrder([&] { return makeFolder(parent, name, folder); },
+                [&] { return writeFile(folder.get(), RECORD_NAME, record); });
+            failed(result))
+            return result;
     }
     for (const Descriptor& folder : folders) {
-        if (!failed(result))
-            result = flush(folder.get());
+        if (const std::int32_t result = flush(folder.get()); failed(result))
+            return result;
     }
-    return failed(result) ? result : takePlace(above.get(), steps[first].fileName.c_str());
+    return takePlace(above.get(), steps[first].fileName.c_str());
 }
 
 std::int32_t RegistryChange::remove(ENUM_VX_HKEY hive, const RegistryPath& path)
@@ -397,7 +389,8 @@ std::int32_t RegistryChange::remove(ENUM_VX_HKEY hive, const RegistryPath& path)
 
 std::int32_t RegistryChange::takePlace(int folder, const char* name) const noexcept
 {
-    return ::renameat(m_folder.get(), PENDING_NAME, folder, name) == 0 ? flush(folder) : VXResultFromNative(errno);
+    return inOrder([&] { return resultOf(::renameat(m_folder.get(), PENDING_NAME, folder, name)); },
+        [&] { return flush(folder); });
 }
 
 std::int32_t RegistryChange::makeHive(ENUM_VX_HKEY hive) const noexcept
@@ -418,7 +411,7 @@ std::int32_t RegistryChange::makeFolder(int parent, const char* name, Descriptor
     folder.reset(openFolderAt(parent, name));
     if (!folder.isOpen())
         return resultOfErrno();
-    return ::fchmod(folder.get(), m_mode) == 0 ? RESULT_OK : VXResultFromNative(errno);
+    return resultOf(::fchmod(folder.get(), m_mode));
 }
 
 std::int32_t RegistryChange::writeFile(int folder, const char* name, const RegistryRecord& record) const

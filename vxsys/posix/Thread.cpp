@@ -3,6 +3,7 @@
 #include "vxsys/Result.h"
 #include "vxsys/detail/Deadline.h"
 #include "vxsys/detail/Monitor.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/detail/ThreadNumber.h"
 
 #include <algorithm>
@@ -105,12 +106,9 @@ std::int32_t VXThreadCreate(VXThreadFunction function, void* argument, std::uint
     Start start {function, argument, {}, 0};
     Attributes attributes;
     pthread_t thread {};
-    int error = start.monitor.init();
-    if (error == 0)
-        error = attributes.setStackSize(stackSize);
-    if (error == 0)
-        error = ::pthread_create(&thread, attributes.get(), runThread, &start);
-    if (error != 0)
+    if (const int error
+        = inOrder([&] { return start.monitor.init(); }, [&] { return attributes.setStackSize(stackSize); },
+            [&] { return ::pthread_create(&thread, attributes.get(), runThread, &start); }))
         return VXResultFromNative(error);
 
     const MonitorLock lock(start.monitor);
