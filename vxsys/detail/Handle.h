@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace vxsys::detail {
@@ -14,7 +15,7 @@ enum class HandleKind { MUTEX, EVENT, GATE, RW_LOCK, SEMAPHORE, CONDITION };
 
 } // namespace vxsys::detail
 
-/// The base of every object that has a handle. A call with a handle of another kind is refused.
+/// The base of every object that has a handle.
 struct VXHandleTag {
     explicit VXHandleTag(vxsys::detail::HandleKind handleKind) noexcept
         : kind(handleKind)
@@ -26,6 +27,17 @@ struct VXHandleTag {
 };
 
 namespace vxsys::detail {
+
+/// The base of the objects of one kind. A call with a handle of another kind is refused.
+template <HandleKind ownKind>
+struct HandleOf : VXHandleTag {
+    static constexpr HandleKind KIND = ownKind;
+
+    HandleOf() noexcept
+        : VXHandleTag(KIND)
+    {
+    }
+};
 
 /// The object of `handle` as a `T`, or null if it is of another kind.
 template <class T>
@@ -61,6 +73,19 @@ std::int32_t onHandle(VXHandle handle, Work&& work) noexcept
     return error == 0 ? results::RESULT_OK : VXResultFromNative(error);
 }
 
+/// The class of an operation, for its type only.
+template <class T, class... Parameters>
+T* classOf(int (T::*)(Parameters...) noexcept) noexcept;
+
+/// Runs one operation of the object in the same manner: `onHandle<&Event::signal>(handle)`.
+template <auto operation, class... Arguments>
+std::int32_t onHandle(VXHandle handle, Arguments&&... arguments) noexcept
+{
+    using Object = std::remove_pointer_t<decltype(classOf(operation))>;
+    return onHandle<Object>(
+        handle, [&](Object& object) { return (object.*operation)(std::forward<Arguments>(arguments)...); });
+}
+
 /// Destroys an object, unless its `destroyable` gives an error because it is in use.
 template <class T>
 std::int32_t destroyHandle(VXHandle handle) noexcept
@@ -74,12 +99,9 @@ std::int32_t destroyHandle(VXHandle handle) noexcept
 }
 
 /// A semaphore, of this process or shared by name. Each operation gives a native error or 0.
-struct SemaphoreHandle : VXHandleTag {
-    static constexpr HandleKind KIND = HandleKind::SEMAPHORE;
-
+struct SemaphoreHandle : HandleOf<HandleKind::SEMAPHORE> {
     explicit SemaphoreHandle(bool named) noexcept
-        : VXHandleTag(KIND)
-        , isNamed(named)
+        : isNamed(named)
     {
     }
 

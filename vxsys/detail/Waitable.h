@@ -8,10 +8,10 @@
 namespace vxsys::detail {
 
 /// Counts the threads that wait on a monitor, and is not destroyed while there are any.
-template <class Tag>
-class Waitable : public Tag {
+template <class Handle>
+class Waitable : public Handle {
 public:
-    using Tag::Tag;
+    using Handle::Handle;
 
     int init() noexcept { return m_monitor.init(); }
     int destroyable() noexcept

@@ -10,15 +10,8 @@ namespace {
 
 using namespace vxsys::detail;
 
-class Condition final : public VXHandleTag {
+class Condition final : public HandleOf<HandleKind::CONDITION> {
 public:
-    static constexpr HandleKind KIND = HandleKind::CONDITION;
-
-    Condition() noexcept
-        : VXHandleTag(KIND)
-    {
-    }
-
     int init() noexcept { return m_monitor.init(); }
     // The monitor stays locked from one call to another, which the analysis cannot follow.
     int acquire() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
@@ -93,12 +86,12 @@ std::int32_t VXConditionCreate(const char*, std::uint32_t, VXHandle* condition) 
 
 std::int32_t VXConditionAcquire(VXHandle condition) noexcept
 {
-    return onHandle<Condition>(condition, [](Condition& object) { return object.acquire(); });
+    return onHandle<&Condition::acquire>(condition);
 }
 
 std::int32_t VXConditionRelease(VXHandle condition) noexcept
 {
-    return onHandle<Condition>(condition, [](Condition& object) { return object.release(); });
+    return onHandle<&Condition::release>(condition);
 }
 
 std::int32_t VXConditionWait(VXHandle condition) noexcept
@@ -108,17 +101,17 @@ std::int32_t VXConditionWait(VXHandle condition) noexcept
 
 std::int32_t VXConditionTimedWait(VXHandle condition, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<Condition>(condition, [&](Condition& object) { return object.wait(Deadline::in(milliseconds)); });
+    return onHandle<&Condition::wait>(condition, Deadline::in(milliseconds));
 }
 
 std::int32_t VXConditionSignal(VXHandle condition) noexcept
 {
-    return onHandle<Condition>(condition, [](Condition& object) { return object.signal(); });
+    return onHandle<&Condition::signal>(condition);
 }
 
 std::int32_t VXConditionBroadcast(VXHandle condition) noexcept
 {
-    return onHandle<Condition>(condition, [](Condition& object) { return object.broadcast(); });
+    return onHandle<&Condition::broadcast>(condition);
 }
 
 std::int32_t VXConditionDestroy(VXHandle condition) noexcept

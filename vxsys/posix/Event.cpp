@@ -7,15 +7,8 @@ namespace {
 
 using namespace vxsys::detail;
 
-class Event final : public Waitable<VXHandleTag> {
+class Event final : public Waitable<HandleOf<HandleKind::EVENT>> {
 public:
-    static constexpr HandleKind KIND = HandleKind::EVENT;
-
-    Event() noexcept
-        : Waitable(KIND)
-    {
-    }
-
     int wait(const Deadline& deadline) noexcept;
     int signal() noexcept;
 
@@ -70,12 +63,12 @@ std::int32_t VXEventWait(VXHandle event) noexcept
 
 std::int32_t VXEventTimedWait(VXHandle event, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<Event>(event, [&](Event& object) { return object.wait(Deadline::in(milliseconds)); });
+    return onHandle<&Event::wait>(event, Deadline::in(milliseconds));
 }
 
 std::int32_t VXEventSignal(VXHandle event) noexcept
 {
-    return onHandle<Event>(event, [](Event& object) { return object.signal(); });
+    return onHandle<&Event::signal>(event);
 }
 
 std::int32_t VXEventDestroy(VXHandle event) noexcept

@@ -7,15 +7,8 @@ namespace {
 
 using namespace vxsys::detail;
 
-class Gate final : public Waitable<VXHandleTag> {
+class Gate final : public Waitable<HandleOf<HandleKind::GATE>> {
 public:
-    static constexpr HandleKind KIND = HandleKind::GATE;
-
-    Gate() noexcept
-        : Waitable(KIND)
-    {
-    }
-
     int wait(const Deadline& deadline) noexcept;
     int set(bool isOpen) noexcept;
 
@@ -62,17 +55,17 @@ std::int32_t VXGateTryWait(VXHandle gate) noexcept
 
 std::int32_t VXGateTimedWait(VXHandle gate, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<Gate>(gate, [&](Gate& object) { return object.wait(Deadline::in(milliseconds)); });
+    return onHandle<&Gate::wait>(gate, Deadline::in(milliseconds));
 }
 
 std::int32_t VXGateOpen(VXHandle gate) noexcept
 {
-    return onHandle<Gate>(gate, [](Gate& object) { return object.set(true); });
+    return onHandle<&Gate::set>(gate, true);
 }
 
 std::int32_t VXGateClose(VXHandle gate) noexcept
 {
-    return onHandle<Gate>(gate, [](Gate& object) { return object.set(false); });
+    return onHandle<&Gate::set>(gate, false);
 }
 
 std::int32_t VXGateDestroy(VXHandle gate) noexcept

@@ -13,15 +13,8 @@ namespace {
 using namespace vxsys::detail;
 
 /// The system's plain mutex with a count of its own: the fastest one that can say whether the caller holds it.
-class Mutex final : public VXHandleTag {
+class Mutex final : public HandleOf<HandleKind::MUTEX> {
 public:
-    static constexpr HandleKind KIND = HandleKind::MUTEX;
-
-    Mutex() noexcept
-        : VXHandleTag(KIND)
-    {
-    }
-
     int init() noexcept { return 0; }
     int acquire(std::uint32_t depth) noexcept;
     int tryAcquire() noexcept;
@@ -108,17 +101,17 @@ std::int32_t VXMutexCreate(const char*, std::uint32_t, VXHandle* mutex) noexcept
 
 std::int32_t VXMutexAcquire(VXHandle mutex) noexcept
 {
-    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.acquire(1); });
+    return onHandle<&Mutex::acquire>(mutex, 1);
 }
 
 std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
 {
-    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.tryAcquire(); });
+    return onHandle<&Mutex::tryAcquire>(mutex);
 }
 
 std::int32_t VXMutexRelease(VXHandle mutex) noexcept
 {
-    return onHandle<Mutex>(mutex, [](Mutex& object) { return object.release(); });
+    return onHandle<&Mutex::release>(mutex);
 }
 
 std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept
@@ -126,7 +119,7 @@ std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept
     if (depth == nullptr)
         return VXResultFromNative(EINVAL);
     *depth = 0;
-    return onHandle<Mutex>(mutex, [&](Mutex& object) { return object.releaseAll(*depth); });
+    return onHandle<&Mutex::releaseAll>(mutex, *depth);
 }
 
 std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept

@@ -14,15 +14,8 @@ using namespace vxsys::detail;
 
 /// Neither side starves: a waiting writer comes before readers that ask later, and a writer that releases lets in the
 /// readers that are waiting by then before the next writer.
-class ReaderWriterLock final : public Waitable<VXHandleTag> {
+class ReaderWriterLock final : public Waitable<HandleOf<HandleKind::RW_LOCK>> {
 public:
-    static constexpr HandleKind KIND = HandleKind::RW_LOCK;
-
-    ReaderWriterLock() noexcept
-        : Waitable(KIND)
-    {
-    }
-
     int acquireRead(const Deadline& deadline) noexcept;
     int releaseRead() noexcept;
     int acquireWrite(const Deadline& deadline) noexcept;
@@ -190,39 +183,37 @@ std::int32_t VXRWLockCreate(const char*, std::uint32_t, VXHandle* lock) noexcept
 
 std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.acquireRead(Deadline()); });
+    return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline());
 }
 
 std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(
-        lock, [](ReaderWriterLock& object) { return object.acquireRead(Deadline::in(0)); });
+    return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(0));
 }
 
 std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.releaseRead(); });
+    return onHandle<&ReaderWriterLock::releaseRead>(lock);
 }
 
 std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.acquireWrite(Deadline()); });
+    return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline());
 }
 
 std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(
-        lock, [](ReaderWriterLock& object) { return object.acquireWrite(Deadline::in(0)); });
+    return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(0));
 }
 
 std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.releaseWrite(); });
+    return onHandle<&ReaderWriterLock::releaseWrite>(lock);
 }
 
 std::int32_t VXRWLockReleaseAll(VXHandle lock) noexcept
 {
-    return onHandle<ReaderWriterLock>(lock, [](ReaderWriterLock& object) { return object.releaseAll(); });
+    return onHandle<&ReaderWriterLock::releaseAll>(lock);
 }
 
 std::int32_t VXRWLockDestroy(VXHandle lock) noexcept

@@ -74,17 +74,17 @@ std::int32_t VXSemaphoreCreate(std::uint32_t value, const char*, std::uint32_t, 
 
 std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept
 {
-    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.wait(); });
+    return onHandle<&SemaphoreHandle::wait>(semaphore);
 }
 
 std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept
 {
-    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.tryWait(); });
+    return onHandle<&SemaphoreHandle::tryWait>(semaphore);
 }
 
 std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept
 {
-    return onHandle<SemaphoreHandle>(semaphore, [](SemaphoreHandle& object) { return object.post(); });
+    return onHandle<&SemaphoreHandle::post>(semaphore);
 }
 
 std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexcept
@@ -92,7 +92,7 @@ std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexce
     if (value == nullptr)
         return VXResultFromNative(EINVAL);
     *value = 0;
-    return onHandle<SemaphoreHandle>(semaphore, [&](SemaphoreHandle& object) { return object.value(*value); });
+    return onHandle<&SemaphoreHandle::value>(semaphore, *value);
 }
 
 std::int32_t VXSemaphoreDestroy(VXHandle semaphore) noexcept
