@@ -10,6 +10,8 @@ namespace {
 
 thread_local AllocationProbe* t_probe = nullptr;
 constinit std::atomic<long> g_live = 0;
+constinit std::atomic<bool> g_isCounting = false; ///< the allocations of all threads
+constinit std::atomic<int> g_left = 0;
 
 void* counted(void* memory) noexcept
 {
@@ -44,8 +46,22 @@ long AllocationProbe::live() noexcept
     return g_live.load(std::memory_order_relaxed);
 }
 
+void AllocationProbe::failOnAnyThread(int failing) noexcept
+{
+    g_isCounting = false;
+    g_left = failing;
+    g_isCounting = failing != 0;
+}
+
+bool AllocationProbe::hasFailedOnAnyThread() noexcept
+{
+    return g_isCounting && g_left <= 0;
+}
+
 bool AllocationProbe::next(std::size_t rawSize) noexcept
 {
+    if (g_isCounting && g_left.fetch_sub(1) == 1)
+        return false;
     if (t_probe == nullptr)
         return true;
     if (rawSize != 0)

@@ -20,6 +20,10 @@ public:
     /// Allocations of this program, on all threads, that have not been released.
     static long live() noexcept;
 
+    /// As the constructor, for the allocations of all threads together, until the next call.
+    static void failOnAnyThread(int failing) noexcept;
+    static bool hasFailedOnAnyThread() noexcept;
+
     /// For the replaced functions: whether an allocation may go ahead.
     static bool next(std::size_t rawSize) noexcept;
 

@@ -25,7 +25,7 @@ enum class After {
 
 /// A row of the test: `prepare` makes the operation in a folder, in which hidden entries are no part of the state.
 struct Family {
-    const char* name;
+    std::string name;
     std::function<Operation(const Scratch& place)> prepare;
     After after = After::OLD_STATE;
     bool tellsSignals = false; ///< a call that a signal breaks off is a failure, as documented

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <optional>
 #include <set>
 #include <thread>
 #include <typeinfo>
@@ -64,21 +63,26 @@ const Fault FAULTS[] = {
 class Armed {
 public:
     Armed(const Fault& fault, int first)
+        : m_isOfMemory(fault.call == CALL_NONE)
     {
-        if (fault.call == CALL_NONE)
-            m_probe.emplace(first);
+        if (m_isOfMemory)
+            AllocationProbe::failOnAnyThread(first);
         else
             setFault(fault.call, first, fault.error, fault.kind >= Fault::SHORT,
                 fault.kind == Fault::FROM_THEN_ON || fault.kind == Fault::SHORT_THEN_FAILING);
     }
-    ~Armed() { setFault(CALL_NONE, 1, 0, 0, 0); }
+    ~Armed()
+    {
+        AllocationProbe::failOnAnyThread(0);
+        setFault(CALL_NONE, 1, 0, 0, 0);
+    }
     Armed(const Armed&) = delete;
     Armed& operator=(const Armed&) = delete;
 
-    bool hasStruck() const { return m_probe ? m_probe->failed() : hasFailed() != 0; }
+    bool hasStruck() const { return m_isOfMemory ? AllocationProbe::hasFailedOnAnyThread() : hasFailed() != 0; }
 
 private:
-    std::optional<AllocationProbe> m_probe;
+    const bool m_isOfMemory;
 };
 
 /// The names and contents of all files in the folder, in order.
@@ -227,7 +231,6 @@ std::vector<Family> allFamilies()
     return all;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, Faults, testing::ValuesIn(allFamilies()), [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Of, Faults, testing::ValuesIn(allFamilies()), [](const auto& row) { return row.param.name; });
 
 } // namespace

@@ -11,6 +11,7 @@
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashSet.h"
 #include "vx/collections/vorb/LinkedList.h"
+#include "vx/i18n/ComStringBundle.h"
 #include "vx/i18n/Locale.h"
 #include "vx/i18n/StringMapBundle.h"
 #include "vx/io/BufferedReader.h"
@@ -27,9 +28,12 @@
 #include "vx/math/BigInteger.h"
 #include "vx/net/URI.h"
 #include "vx/util/FilePath.h"
+#include "vx/util/MTCharBuffer.h"
 #include "vx/util/PropertySet.h"
+#include "vx/util/RWCharBuffer.h"
 
 #include <functional>
+#include <string>
 #include <utility>
 
 namespace {
@@ -45,7 +49,7 @@ void check(std::int32_t result)
 
 /// `work` on what `make` makes, which `look` shows.
 template <class Make, class Work, class Look>
-Family row(const char* name, Make make, Work work, Look look, After after = After::OLD_STATE)
+Family row(const std::string& name, Make make, Work work, Look look, After after = After::OLD_STATE)
 {
     return {name, [=](const Scratch&) { return on(make(), work, look); }, after};
 }
@@ -59,13 +63,15 @@ Family result(const char* name, Make make)
         [](const std::string& made) { return made; });
 }
 
+const String SOME_TEXT(u"  Some text of more than a few units, \u00E4 \U0001F600 and more  ");
+
 /// `work` on a text that shares its units with another one.
 template <class Text>
 Family text(const char* name, void (*work)(Text&))
 {
     const auto make = [] {
         const auto texts = std::make_shared<std::pair<Text, Text>>();
-        texts->first = String(u"  Some text of more than a few units, \u00E4 \U0001F600 ") + u"and more  ";
+        texts->first = String(SOME_TEXT.getData());
         texts->second = texts->first.substring(0);
         return texts;
     };
@@ -76,6 +82,38 @@ Family text(const char* name, void (*work)(Text&))
 constexpr auto* string = text<String>;
 constexpr auto* str1 = text<Str1>;
 
+/// A text in a buffer that it alone holds.
+template <class Buffer>
+std::shared_ptr<String> textIn()
+{
+    const Reference<Buffer> buffer(new Buffer(SOME_TEXT.getData(), SOME_TEXT.getLength() + 1));
+    return std::make_shared<String>(String::AcquireShare, buffer.get());
+}
+
+/// Edits of a text in its own memory, in a buffer that it adopted, and in one that has locks.
+std::vector<Family> editsByOwner()
+{
+    const std::pair<const char*, std::shared_ptr<String> (*)()> owners[] = {
+        {"OwnText", [] { return std::make_shared<String>(SOME_TEXT.getData()); }},
+        {"AdoptedText", textIn<util::RWCharBuffer>},
+        {"LockedText", textIn<util::MTCharBuffer>},
+    };
+    const std::pair<const char*, void (*)(String&)> edits[] = {
+        {"Append", [](String& one) { one += LONG_TEXT; }},
+        {"Insert", [](String& one) { one.insert(4, LONG_TEXT); }},
+        {"Replace", [](String& one) { one.replace(2, 4, LONG_TEXT); }},
+        {"AppendItself", [](String& one) { one += one; }},
+        {"Assign", [](String& one) { one = LONG_TEXT.getData(); }},
+        {"AssignNarrow", [](String& one) { one.setTo(std::string(300, '\xE9').c_str(), -1, u"ISO-8859-1"); }},
+    };
+    std::vector<Family> all;
+    for (const auto& [owner, make] : owners) {
+        for (const auto& [name, edit] : edits)
+            all.push_back(row(std::string(owner) + name, make, edit, [](const String& one) { return one.toUtf8(); }));
+    }
+    return all;
+}
+
 Reference<IVXUnknown> number(int value)
 {
     return Reference<Integer32>(new Integer32(value))->GetUnknown();
@@ -85,6 +123,12 @@ Reference<IVXUnknown> number(int value)
 IVXUnknown* fresh(int value)
 {
     return (new Integer32(value))->GetUnknown();
+}
+
+template <class Collection>
+Reference<Collection> copyOf(const Collection& other)
+{
+    return new Collection(other);
 }
 
 /// `work` on a list or set of three numbers.
@@ -184,7 +228,7 @@ std::vector<Family> memoryFamilies()
     using math::BigInteger;
     const BigInteger big(u"123456789012345678901234567890123456789012345678901234567890", 10);
     const BigDecimal decimal(u"123456789012345678901234567890.123456789");
-    return {
+    std::vector<Family> all {
         string("StringAppend", [](String& one) { one += LONG_TEXT; }),
         string("StringInsert", [](String& one) { one.insert(4, LONG_TEXT); }),
         string("StringInsertItself", [](String& one) { one.insert(2, one); }),
@@ -203,22 +247,29 @@ std::vector<Family> memoryFamilies()
         str1("Str1AppendNarrow", [](Str1& one) { check(one.appendA("caf\xE9", -1, u"ISO-8859-1")); }),
 
         list<ArrayList>("ArrayListAdd", [](ArrayList& one) { one.add(0, fresh(4)); }),
+        list<ArrayList>("ArrayListSet", [](ArrayList& one) { one.set(1, fresh(4)); }),
+        list<ArrayList>("ArrayListCopy", [](ArrayList& one) { one.add(copyOf(one)->get(1).get()); }),
         list<ArrayList>("ArrayListAppend", [](ArrayList& one) { one.add(fresh(4)); }),
         list<ArrayList>("ArrayListSubListAdd", [](ArrayList& one) { one.createSubList(0, 2)->add(fresh(4)); }),
         list<ArrayList>("ArrayListIteratorAdd", [](ArrayList& one) { one.createListIterator(2)->add(fresh(4)); }),
         list<ArrayList>(
-            "ArrayListAddAll", [](ArrayList& one) { one.addAll(*Reference<ArrayList>(new ArrayList(one))); },
-            After::PART),
+            "ArrayListAddAll", [](ArrayList& one) { one.addAll(*copyOf(one)); }, After::PART),
         list<LinkedList>("LinkedListAdd", [](LinkedList& one) { one.add(0, fresh(4)); }),
         list<LinkedList>("LinkedListIteratorAdd", [](LinkedList& one) { one.createListIterator(2)->add(fresh(4)); }),
         list<LinkedList>(
-            "LinkedListAddAll", [](LinkedList& one) { one.addAll(*Reference<LinkedList>(new LinkedList(one))); },
-            After::PART),
-        list<LinkedList>("LinkedListSubList", [](LinkedList& one) { one.createSubList(1, 2)->clear(); }),
+            "LinkedListAddAll", [](LinkedList& one) { one.addAll(*copyOf(one)); }, After::PART),
+        list<LinkedList>("LinkedListSet", [](LinkedList& one) { one.set(1, fresh(4)); }),
+        list<LinkedList>("LinkedListCopy", [](LinkedList& one) { one.add(copyOf(one)->get(1).get()); }),
+        list<LinkedList>("LinkedListSubListClear", [](LinkedList& one) { one.createSubList(1, 2)->clear(); }),
+        list<LinkedList>("LinkedListSubListAdd", [](LinkedList& one) { one.createSubList(0, 2)->add(1, fresh(4)); }),
+        list<LinkedList>("LinkedListSubListSet",
+            [](LinkedList& one) { one.createSubList(0, 3)->createSubList(1, 3)->set(1, fresh(4)); }),
+        list<LinkedList>("LinkedListSubListIteratorAdd",
+            [](LinkedList& one) { one.createSubList(1, 3)->createListIterator(1)->add(fresh(4)); }),
         list<HashSet>("HashSetAdd", [](HashSet& one) { one.add(fresh(4)); }),
         list<HashSet>("HashSetCopy",
             [](HashSet& one) {
-                const Reference<HashSet> copy(new HashSet(one));
+                const Reference<HashSet> copy = copyOf(one);
                 copy->remove(number(1).get());
                 one.retainAll(*copy);
             }),
@@ -241,7 +292,11 @@ std::vector<Family> memoryFamilies()
                 (*held)->put(number(1).get(), number(2).get());
                 return held;
             },
-            [](Reference<HashMap>& one) { one->put(fresh(3), nullptr); },
+            [](Reference<HashMap>& one) {
+                const Reference<HashMap> copy = copyOf(*one);
+                copy->put(fresh(3), nullptr);
+                one->putAll(*copy);
+            },
             [](const Reference<HashMap>& one) {
                 return std::to_string(one->getSize()) + (one->containsKey(number(1).get()) ? " 1" : "")
                     + (one->containsKey(number(3).get()) ? " 3" : "");
@@ -301,14 +356,17 @@ std::vector<Family> memoryFamilies()
                 const util::FilePath path(u"C:\\a folder\\.\\of\\..\\files\\name.txt");
                 return (path.getParentPath() + path.getBaseName() + path.getExtension()).toUtf8();
             }),
-        result("StringMapBundle",
+        result("StringBundles",
             [] {
                 const Reference<StringHashMap> strings(new StringHashMap);
                 strings->put(u"hello", Reference<String>(new String(u"Guten Tag")).get());
-                const Reference<i18n::StringMapBundle> bundle(new i18n::StringMapBundle(
-                    strings.get(), Reference<i18n::Locale>(new i18n::Locale(u"de_AT")).get()));
-                return (bundle->getString(u"hello") + bundle->getLocale()->toString()).toUtf8()
-                    + std::to_string(bundle->getKeys()->getSize());
+                const Reference<i18n::Locale> locale(new i18n::Locale(u"de_AT"));
+                const Reference<i18n::StringMapBundle> map(new i18n::StringMapBundle(strings.get(), locale.get()));
+                const Reference<i18n::StringBundle> component(new i18n::ComStringBundle(map.get(), nullptr));
+                std::string seen = map->getLocale()->toString().toUtf8();
+                for (const i18n::StringBundle* bundle : {static_cast<i18n::StringBundle*>(map.get()), component.get()})
+                    seen += bundle->getString(u"hello").toUtf8() + std::to_string(bundle->getKeys()->getSize());
+                return seen;
             }),
         result("LogEntryFields",
             [] {
@@ -324,4 +382,7 @@ std::vector<Family> memoryFamilies()
                 return std::string(reinterpret_cast<const char*>(buffer.getConstBuffer()), 8);
             }),
     };
+    const std::vector<Family> edits = editsByOwner();
+    all.insert(all.end(), edits.begin(), edits.end());
+    return all;
 }

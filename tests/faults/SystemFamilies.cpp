@@ -1,10 +1,13 @@
+#include "components/tcp/TcpTransport.h"
 #include "tests/faults/Families.h"
 #include "vx/Result.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/exec/Process.h"
 #include "vx/exec/SharedLibrary.h"
 #include "vx/exec/Thread.h"
+#include "vx/io/ByteBuffer.h"
 #include "vx/io/FileOutputStream.h"
+#include "vx/io/IChannel.h"
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/ipc/SemaphoreR.h"
 #include "vx/ipc/SharedMemory.h"
@@ -17,6 +20,7 @@
 #include "vx/net/TcpServerSocket.h"
 #include "vx/net/TcpServerSocket2.h"
 #include "vx/net/TcpSocket.h"
+#include "vx/util/PropertySet.h"
 #include "vxsys/Component.h"
 
 #include <algorithm>
@@ -194,6 +198,44 @@ std::vector<Family> systemFamilies()
                         throw Exception(u"not written");
                 }};
             }},
+        {"LogFromAThreadThatGoesOn",
+            [](const Scratch& place) {
+                const Reference<log::ILogProcessor> file
+                    = log::BasicLogWriter::create(fileWriter(String(place.full("log"))).get());
+                const Reference<log::AsyncProcessor> others
+                    = log::AsyncProcessor::create(file.get(), 1, log::AsyncProcessor::Failures::KEEP_WORKER);
+                return Operation {[others] {
+                    const Reference<log::Logger> logger = log::Logger::create();
+                    logger->addProcessor(others.get());
+                    logger->log(1, u"an entry");
+                    if (!others->waitUntilDone())
+                        throw Exception(u"not written");
+                }};
+            }},
+        passing("TcpTransport",
+            [] {
+                const Reference<components::TcpTransport> transport(new components::TcpTransport);
+                util::PropertySet properties;
+                properties.set(u"timeout", u"10000");
+                const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
+                const Reference<net::IConnector> connector = transport->createConnector(properties);
+                const Reference<io::IChannel> near = connector->connect();
+                const Reference<io::IChannel> far = acceptor->accept();
+                io::ByteBuffer entry(5, io::VX_ENDIAN_BIG, false);
+                entry.putInt32(0x41424344);
+                entry.put(0x45);
+                entry.flip();
+                while (entry.remaining() > 0)
+                    near->write(entry);
+                io::ByteBuffer received(5, io::VX_ENDIAN_BIG, false);
+                while (received.remaining() > 0) {
+                    if (far->read(received) < 0)
+                        wrong("no bytes came");
+                }
+                received.flip();
+                if (received.getInt32() != 0x41424344 || received.get() != 0x45)
+                    wrong("other bytes came");
+            }),
 
         passing("Thread",
             [] {
