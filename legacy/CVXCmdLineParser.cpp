@@ -71,8 +71,13 @@ const char16_t* const CVXCmdLineParser::m_switchChars = u"-/";
 
 CVXCmdLineParser::CVXCmdLineParser() = default;
 CVXCmdLineParser::CVXCmdLineParser(const CVXCmdLineParser& other) = default;
-CVXCmdLineParser& CVXCmdLineParser::operator=(const CVXCmdLineParser& other) = default;
 CVXCmdLineParser::~CVXCmdLineParser() = default;
+
+CVXCmdLineParser& CVXCmdLineParser::operator=(const CVXCmdLineParser& other)
+{
+    m_core = decltype(m_core)(other.m_core); // as a whole, or not at all
+    return *this;
+}
 
 void CVXCmdLineParser::defineOption(const char16_t* name, int valueCount, const char16_t* defaults)
 {

@@ -66,8 +66,13 @@ OptionDefinition::~OptionDefinition() noexcept = default;
 
 CommandLineParser::CommandLineParser() = default;
 CommandLineParser::CommandLineParser(const CommandLineParser& other) = default;
-CommandLineParser& CommandLineParser::operator=(const CommandLineParser& other) = default;
 CommandLineParser::~CommandLineParser() noexcept = default;
+
+CommandLineParser& CommandLineParser::operator=(const CommandLineParser& other)
+{
+    m_core = decltype(m_core)(other.m_core); // as a whole, or not at all
+    return *this;
+}
 
 void CommandLineParser::defineOption(const char16_t* name, int valueCount, const char16_t* defaults)
 {

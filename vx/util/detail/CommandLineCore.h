@@ -38,16 +38,15 @@ private:
 template <class Element, class Definition>
 class CommandLineCore {
 public:
-    CommandLineCore();
-
     void define(const char16_t* name, const Reference<Definition>& definition);
     void setIgnoreCase(bool ignoreCase) { m_ignoresCase = ignoreCase; }
+    /// Keeps the elements of before if it fails.
     void parse(std::u16string_view text, const char16_t* switchChars, bool pairIsEmpty);
     void reset();
 
-    int getElementCount() const { return static_cast<int>(m_elements.size()); }
+    int getElementCount() const { return static_cast<int>(m_parsed.elements.size()); }
     const Reference<Element>& getElement(int index) const;
-    int getParameterCount() const { return static_cast<int>(m_parameters.size()); }
+    int getParameterCount() const { return static_cast<int>(m_parsed.parameters.size()); }
     const Reference<Element>& getParameter(int index) const;
     bool isPresent(const char16_t* name) const;
     Reference<Element> getOption(const char16_t* name) const;
@@ -61,20 +60,25 @@ private:
         bool ignoresCase;
         bool operator()(const String& left, const String& right) const { return left.compare(right, ignoresCase) < 0; }
     };
-    /// What is found by name, in one way of comparing names.
-    struct Names {
-        explicit Names(bool ignoresCase);
+    /// Two maps: one that compares names by case, and one that does not.
+    template <class Value>
+    struct ByName {
+        using Map = std::map<String, Value, NameOrder>;
 
-        std::map<String, Reference<Definition>, NameOrder> definitions;
-        std::map<String, int, NameOrder> positions;
+        Map maps[2] {Map(NameOrder {false}), Map(NameOrder {true})};
+
+        const Map& in(bool ignoresCase) const { return maps[ignoresCase ? 1 : 0]; }
+        void set(const String& name, const Value& value);
+    };
+    /// A command line.
+    struct Parsed {
+        std::vector<Reference<Element>> elements;
+        std::vector<int> parameters;
+        ByName<int> positions;
     };
 
-    const Names& names() const { return m_ignoresCase ? m_namesIgnoringCase : m_namesByCase; }
-
-    std::vector<Reference<Element>> m_elements;
-    Names m_namesByCase;
-    Names m_namesIgnoringCase;
-    std::vector<int> m_parameters;
+    ByName<Reference<Definition>> m_definitions;
+    Parsed m_parsed;
     bool m_ignoresCase = false;
 };
 

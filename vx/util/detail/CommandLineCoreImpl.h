@@ -6,6 +6,7 @@
 #include "vxsys/Text.h"
 
 #include <string>
+#include <utility>
 
 namespace vx::util::detail {
 
@@ -18,24 +19,20 @@ const T& at(const std::vector<T>& vector, int index)
 }
 
 template <class Element, class Definition>
-CommandLineCore<Element, Definition>::Names::Names(bool ignoresCase)
-    : definitions(NameOrder {ignoresCase})
-    , positions(NameOrder {ignoresCase})
+template <class Value>
+void CommandLineCore<Element, Definition>::ByName<Value>::set(const String& name, const Value& value)
 {
-}
-
-template <class Element, class Definition>
-CommandLineCore<Element, Definition>::CommandLineCore()
-    : m_namesByCase(false)
-    , m_namesIgnoringCase(true)
-{
+    // Both entries exist before the first of them changes.
+    Value& byCase = maps[0][name];
+    Value& ignoringCase = maps[1][name];
+    byCase = value;
+    ignoringCase = value;
 }
 
 template <class Element, class Definition>
 void CommandLineCore<Element, Definition>::define(const char16_t* name, const Reference<Definition>& definition)
 {
-    m_namesByCase.definitions[name] = definition;
-    m_namesIgnoringCase.definitions[name] = definition;
+    m_definitions.set(name, definition);
 }
 
 template <class Element, class Definition>
@@ -46,16 +43,16 @@ void CommandLineCore<Element, Definition>::parse(
     // The end of a text is treated as a switch, and so is an empty token.
     const auto isSwitch = [switchChars](char16_t unit) { return VXStrChrW(switchChars, unit) != nullptr; };
 
-    reset();
+    Parsed parsed;
     std::u16string copy(text.substr(0, text.find(u'\0'))); // the reader writes into it
     TokenReader tokens(copy.data(), pairIsEmpty);
     while (char16_t* token = tokens.next(BETWEEN)) {
-        const int position = getElementCount();
+        const auto position = static_cast<int>(parsed.elements.size());
         if (!isSwitch(*token)) {
             const Reference<Element> parameter(new Element(String(), position));
             parameter->addValue(token);
-            m_elements.push_back(parameter);
-            m_parameters.push_back(position);
+            parsed.elements.push_back(parameter);
+            parsed.parameters.push_back(position);
             continue;
         }
 
@@ -81,44 +78,42 @@ void CommandLineCore<Element, Definition>::parse(
                 option->addValue(value);
             }
         }
-        m_elements.push_back(option);
-        m_namesByCase.positions[name] = position;
-        m_namesIgnoringCase.positions[name] = position;
+        parsed.elements.push_back(option);
+        parsed.positions.set(name, position);
     }
+    std::swap(m_parsed, parsed);
 }
 
 template <class Element, class Definition>
 void CommandLineCore<Element, Definition>::reset()
 {
-    m_elements.clear();
-    m_parameters.clear();
-    m_namesByCase.positions.clear();
-    m_namesIgnoringCase.positions.clear();
+    m_parsed = Parsed();
 }
 
 template <class Element, class Definition>
 const Reference<Element>& CommandLineCore<Element, Definition>::getElement(int index) const
 {
-    return at(m_elements, index);
+    return at(m_parsed.elements, index);
 }
 
 template <class Element, class Definition>
 const Reference<Element>& CommandLineCore<Element, Definition>::getParameter(int index) const
 {
-    return getElement(at(m_parameters, index));
+    return getElement(at(m_parsed.parameters, index));
 }
 
 template <class Element, class Definition>
 bool CommandLineCore<Element, Definition>::isPresent(const char16_t* name) const
 {
-    return names().positions.contains(name);
+    return m_parsed.positions.in(m_ignoresCase).contains(name);
 }
 
 template <class Element, class Definition>
 Reference<Element> CommandLineCore<Element, Definition>::getOption(const char16_t* name) const
 {
-    if (const auto place = names().positions.find(name); place != names().positions.end())
-        return m_elements[static_cast<std::size_t>(place->second)];
+    const auto& positions = m_parsed.positions.in(m_ignoresCase);
+    if (const auto place = positions.find(name); place != positions.end())
+        return m_parsed.elements[static_cast<std::size_t>(place->second)];
     const Reference<Definition> definition = getDefinition(name);
     if (definition != nullptr && definition->hasDefaults())
         return definition;
@@ -137,8 +132,9 @@ const Element& CommandLineCore<Element, Definition>::getExisting(const char16_t*
 template <class Element, class Definition>
 Reference<Definition> CommandLineCore<Element, Definition>::getDefinition(const String& name) const
 {
-    const auto place = names().definitions.find(name);
-    return place != names().definitions.end() ? place->second : nullptr;
+    const auto& definitions = m_definitions.in(m_ignoresCase);
+    const auto place = definitions.find(name);
+    return place != definitions.end() ? place->second : nullptr;
 }
 
 } // namespace vx::util::detail
