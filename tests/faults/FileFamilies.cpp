@@ -18,6 +18,8 @@
 
 #include <utility>
 
+#include <unistd.h>
+
 namespace {
 
 using namespace vx;
@@ -240,6 +242,27 @@ std::vector<Family> fileFamilies()
                 throwIfFailed(file.GetValue(u"set", u"key", value, 20));
                 return String(value).toUtf8();
             }),
+
+        {"IniChange",
+            [](const Scratch& place) {
+                put(place / "file", "[set]\nkey=value\n");
+                const auto file = std::make_shared<util::IniFile>(
+                    pathIn(place).getData(), ("faults" + std::to_string(::getpid())).c_str(), 1);
+                put(place / "file", "[set]\nkey=value\nnew=from another process\n");
+                return Operation {[file] {
+                    throwIfFailed(file->AddKey(u"other", u"key", u"value", true));
+                    throwIfFailed(file->GetWriteResult());
+                }};
+            }},
+        {"IniDelete",
+            [](const Scratch& place) {
+                put(place / "file", "[set]\nkey=value\n[set\\below]\nkey=value\n[third]\nkey=value\n");
+                const auto file = std::make_shared<util::IniFile>(pathIn(place).getData(), nullptr, 1);
+                return Operation {[file] {
+                    throwIfFailed(file->DeleteSet(u"set"));
+                    throwIfFailed(file->GetWriteResult());
+                }};
+            }},
 
         registry("RegistrySet", [](const RegistryKey& key) { key.setValue(u"text", u"after"); }),
         registry("RegistrySetNew", [](const RegistryKey& key) { key.setValue(u"new", u"value"); }),

@@ -55,6 +55,14 @@ std::int32_t readFile(const char16_t* path, std::string& bytes)
     return result;
 }
 
+/// Removes the set and all whose name begins with `name`, with regard to case.
+template <class Sets>
+void eraseSets(Sets& sets, const String& name)
+{
+    sets.erase(name);
+    std::erase_if(sets, [&](const auto& each) { return each.first.startsWith(name); });
+}
+
 template <class Map>
 std::vector<String> namesOf(const Map& map)
 {
@@ -102,6 +110,7 @@ IniFile::IniFile(const IniFile& other)
     m_path = other.m_path;
     m_sets = other.m_sets;
     m_status = other.m_status;
+    m_changes = other.m_changes;
     m_readResult = other.m_readResult;
     m_writeResult = other.m_writeResult;
 }
@@ -113,6 +122,7 @@ IniFile& IniFile::operator=(const IniFile& other)
     m_path.swap(copy.m_path);
     m_sets.swap(copy.m_sets);
     m_status = copy.m_status;
+    std::swap(m_changes, copy.m_changes);
     m_readResult = copy.m_readResult;
     m_writeResult = copy.m_writeResult;
     return *this;
@@ -128,8 +138,12 @@ std::int32_t IniFile::AddKey(const char16_t* set, const char16_t* key, const cha
     const String keyName(key);
     if (!overwrite && KeyExists(setName, keyName))
         return RESULT_ALREADY_EXISTS;
-    m_sets[setName][keyName] = value;
-    WriteToFile(nullptr);
+    IniSets sets = m_sets;
+    Changes changes = m_changes;
+    changes.keys[setName][keyName] = sets[setName][keyName] = value;
+    m_sets.swap(sets);
+    std::swap(m_changes, changes);
+    writeChanges();
     return RESULT_OK;
 }
 
@@ -137,19 +151,25 @@ std::int32_t IniFile::DeleteKey(const char16_t* set, const char16_t* key)
 {
     const sync::ScopedWait lock(m_lock.get());
     checkAndUpdate();
-    const auto found = m_sets.find(String(set));
-    if (found == m_sets.end() || found->second.erase(String(key)) == 0)
-        return RESULT_NOT_FOUND;
-    WriteToFile(nullptr);
-    return RESULT_OK;
+    const String setName(set);
+    const String keyName(key);
+    const bool exists = KeyExists(setName, keyName);
+    if (exists) {
+        Changes changes = m_changes;
+        changes.keys[setName][keyName] = std::nullopt;
+        m_sets.find(setName)->second.erase(keyName);
+        std::swap(m_changes, changes);
+    }
+    writeChanges();
+    return exists ? RESULT_OK : RESULT_NOT_FOUND;
 }
 
 std::int32_t IniFile::DeleteSet(const char16_t* set)
 {
     const sync::ScopedWait lock(m_lock.get());
     checkAndUpdate();
-    if (internalDeleteSet(String(set)))
-        WriteToFile(nullptr);
+    internalDeleteSet(String(set));
+    writeChanges();
     return RESULT_OK;
 }
 
@@ -177,23 +197,24 @@ std::int32_t IniFile::GetWriteResult() const
 
 int IniFile::load()
 {
-    const bool wasReadable = m_readResult >= 0;
-    if (wasReadable)
-        m_sets.clear();
     std::string bytes;
     const std::int32_t result = readFile(TerminatedText(m_path), bytes);
-    m_readResult = result != RESULT_NOT_FOUND ? result : RESULT_OK;
-    if (result < 0)
-        return NOT_LOADED;
-    IniSets sets = detail::parseIniText(bytes);
-    if (!wasReadable) { // changes were made without knowledge of the file
-        for (const auto& [name, keys] : m_sets) {
-            for (const auto& [key, value] : keys)
-                sets[name][key] = value;
+    IniSets sets;
+    if (result >= 0)
+        sets = detail::parseIniText(bytes);
+    for (const String& name : m_changes.deletedSets)
+        eraseSets(sets, name);
+    for (const auto& [name, keys] : m_changes.keys) {
+        for (const auto& [key, value] : keys) {
+            if (value)
+                sets[name][key] = *value;
+            else if (const auto found = sets.find(name); found != sets.end())
+                found->second.erase(key);
         }
     }
-    m_sets = std::move(sets);
-    return LOADED;
+    m_sets.swap(sets);
+    m_readResult = result != RESULT_NOT_FOUND ? result : RESULT_OK;
+    return result >= 0 ? LOADED : NOT_LOADED;
 }
 
 int IniFile::WriteToFile(const char16_t* path)
@@ -213,17 +234,24 @@ int IniFile::WriteToFile(const char16_t* path)
     if (result < 0)
         return NOT_WRITTEN;
     m_status = status;
+    m_changes = Changes();
     return WRITTEN;
+}
+
+void IniFile::writeChanges()
+{
+    if (!m_changes.isEmpty())
+        WriteToFile(nullptr);
 }
 
 void IniFile::checkAndUpdate()
 {
     VXFileStatus status;
     const std::int32_t result = VXFileGetStatus(TerminatedText(m_path), &status);
-    if (result == RESULT_NOT_FOUND)
-        m_readResult = RESULT_OK; // what could not be read was replaced
-    if (result < 0)
+    if (result < 0) {
+        m_readResult = result != RESULT_NOT_FOUND ? result : RESULT_OK;
         return;
+    }
     if (status != m_status || m_readResult < 0)
         load();
     m_status = status;
@@ -258,12 +286,16 @@ std::vector<String> IniFile::ListSubsets(const String& name) const
     return names;
 }
 
-bool IniFile::internalDeleteSet(const String& name)
+void IniFile::internalDeleteSet(const String& name)
 {
-    std::size_t erased = m_sets.erase(name);
-    // The sets below these begin with `name` as well.
-    erased += std::erase_if(m_sets, [&](const auto& each) { return each.first.startsWith(name); });
-    return erased > 0;
+    if (m_readResult >= 0 && !SetExists(name))
+        return;
+    Changes changes = m_changes;
+    eraseSets(changes.keys, name);
+    if (std::find(changes.deletedSets.begin(), changes.deletedSets.end(), name) == changes.deletedSets.end())
+        changes.deletedSets.push_back(name);
+    eraseSets(m_sets, name);
+    std::swap(m_changes, changes);
 }
 
 } // namespace vx::util

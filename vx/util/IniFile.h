@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace vx::util {
@@ -36,9 +37,10 @@ using IniSets = std::map<String, IniKeys, IniNameLess>;
 ///
 /// Each operation first reads the file again if it is not the one that was read last, and each change replaces the
 /// whole file at once: sorted, without the comments. A kill or a full disk leaves the old file. A change reports
-/// success even if its write fails; this object then keeps the change, `GetWriteResult` returns the failure, and the
-/// next write that succeeds saves both. A file that exists and cannot be read is never overwritten: its sets join those
-/// of this object once it can be read.
+/// success even if its write fails; this object then keeps the change, also if the file is changed by others, and
+/// `GetWriteResult` returns the failure. Each later change or deletion tries to write again, and saves all of them. A
+/// file that exists and cannot be read is never overwritten. An exception of a change leaves the object as it was, or
+/// with a change that could not be written.
 ///
 /// Names of sets and keys are compared without case, and a "\" separates a set from the set above it. Objects made with
 /// the name of a semaphore exclude each other, in all threads and processes that use that name; without one there is no
@@ -74,6 +76,15 @@ private:
     friend class IniFileKeyIterator;
     friend class IniFileSetIterator;
 
+    /// The changes that the file lacks, in the order in which they apply to it.
+    struct Changes {
+        bool isEmpty() const { return deletedSets.empty() && keys.empty(); }
+
+        std::vector<String> deletedSets;
+        /// None for a deleted key.
+        std::map<String, std::map<String, std::optional<String>, IniNameLess>, IniNameLess> keys;
+    };
+
     int load();
     int WriteToFile(const char16_t* path);
     void checkAndUpdate();
@@ -82,13 +93,15 @@ private:
     std::vector<String> ListSets() const;
     std::vector<String> ListKeys(const String& set) const;
     std::vector<String> ListSubsets(const String& name) const;
-    bool internalDeleteSet(const String& name);
+    void internalDeleteSet(const String& name);
+    void writeChanges();
 
     Reference<ipc::Semaphore> m_lock;
     String m_path;
-    IniSets m_sets;
+    IniSets m_sets; ///< those of the file, with the changes
     VXFileStatus m_status {};
-    std::int32_t m_readResult = 0; ///< negative: the file exists and could not be read, so `m_sets` lacks what it holds
+    Changes m_changes;
+    std::int32_t m_readResult = 0; ///< negative: the file exists, and what it holds is not known
     std::int32_t m_writeResult = 0;
 };
 
