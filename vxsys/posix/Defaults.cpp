@@ -4,11 +4,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
+#include <iterator>
 #include <langinfo.h>
 #include <locale.h>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -71,22 +75,52 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
-/// The encoding that a locale was last found to have. To open a locale for each text would cost more than the text.
-struct LastEncoding {
-    bool isOf(std::string_view name) const noexcept { return isKnown && name == locale; }
+/// A number that changes with the variables of the environment: those of another value are other strings. It takes less
+/// time than to look for one variable.
+std::uint64_t stampOfEnvironment() noexcept
+{
+    constexpr std::uint64_t STEP = 0x9E37'79B9'7F4A'7C16; // even: the weights below are odd
+    std::uint64_t stamp = 0;
+    std::uint64_t weight = 1;
+    for (const char* const* entry = ::environ; entry != nullptr && *entry != nullptr; ++entry, weight += STEP)
+        stamp += reinterpret_cast<std::uintptr_t>(*entry) * weight;
+    return stamp;
+}
 
-    void keep(std::string_view name, std::string_view found) noexcept
+/// The encoding that was last told for a locale. To open a locale for each text would cost more than the text.
+struct LastEncoding {
+    /// A program may also have changed a string that it gave to putenv.
+    bool isCurrent() const noexcept
     {
-        isKnown = name.size() < sizeof locale && found.size() < sizeof encoding;
+        return isKnown && stamp == stampOfEnvironment() && (value == nullptr || std::strcmp(value, locale) == 0);
+    }
+    /// Whether `name`, the text of a variable, is the same locale in another environment.
+    bool remainsFor(std::string_view name) noexcept
+    {
+        if (!isKnown || name != locale)
+            return false;
+        value = name.data();
+        stamp = stampOfEnvironment();
+        return true;
+    }
+
+    void keep(std::string_view name, std::u16string_view told) noexcept
+    {
+        isKnown = name.size() < sizeof locale && !told.empty() && told.size() < std::size(encoding);
         if (isKnown) {
             *std::copy(name.begin(), name.end(), locale) = '\0';
-            *std::copy(found.begin(), found.end(), encoding) = '\0';
+            length = told.copy(encoding, told.size());
+            value = name.data();
+            stamp = stampOfEnvironment();
         }
     }
 
     bool isKnown;
+    const char* value; ///< the variable that decides; null if none does
+    std::uint64_t stamp;
     char locale[64];
-    char encoding[64];
+    char16_t encoding[64];
+    std::size_t length;
 };
 
 constinit thread_local LastEncoding s_lastEncoding {};
@@ -126,15 +160,22 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
     if (name == nullptr || size < 1)
         return RESULT_INVALID_ARGUMENT;
 
-    const std::string_view environment = localeOf({"LC_ALL", "LC_CTYPE", "LANG"});
-    if (s_lastEncoding.isOf(environment))
-        return tellEncoding(s_lastEncoding.encoding, name, size);
+    LastEncoding& last = s_lastEncoding;
+    std::string_view environment;
+    if (last.isCurrent() || last.remainsFor(environment = localeOf({"LC_ALL", "LC_CTYPE", "LANG"}))) {
+        if (last.length >= static_cast<std::size_t>(size)) {
+            *name = 0;
+            return RESULT_BUFFER_TOO_SMALL;
+        }
+        *std::copy_n(last.encoding, last.length, name) = 0;
+        return RESULT_OK;
+    }
     // The process's own locale is the program's affair and may not be set yet.
     const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
     const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale)
                                                         : encodingIn(environment); // not installed: its name is all
-    s_lastEncoding.keep(environment, encoding);
     const std::int32_t result = tellEncoding(encoding, name, size);
+    last.keep(environment, name);
     if (locale != nullptr)
         ::freelocale(locale);
     return result;
