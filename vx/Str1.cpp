@@ -344,11 +344,6 @@ Str1 Str1::detached() const
     return Str1(getData0(), m_length);
 }
 
-std::string Str1::toUtf8() const
-{
-    return toVXString().toUtf8();
-}
-
 std::uint32_t Str1::ensureCapacity1(std::uint32_t capacity, std::int32_t start, std::int32_t end)
 {
     if (end == -1 || end > m_length)

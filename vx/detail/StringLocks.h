@@ -193,6 +193,21 @@ public:
     /// Gives back the room after the text, apart from that for `least` units in all.
     static void releaseExtra(util::RWCharBuffer& buffer, int least) noexcept { buffer.m_storage.releaseExtra(least); }
 
+    /// A new buffer with the text that `fill` writes to the array that it is given, of at most `longest` units; `fill` returns
+    /// how many. The capacity is that of a copy of the text.
+    template <std::invocable<char16_t*> Fill>
+    static Reference<IVXCharBuffer> filled(int longest, int capacity, Fill fill)
+    {
+        util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(longest)));
+        Reference<IVXCharBuffer> first = own(buffer);
+        Storage& storage = buffer->m_storage;
+        const int length = fill(storage.data());
+        storage.data()[length] = 0;
+        storage.setLength(length + 1);
+        storage.releaseExtra(capacity);
+        return first;
+    }
+
     /// A new buffer that holds `length` units and the terminator, in room for no less than `capacity`.
     static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
     {

@@ -4,6 +4,7 @@
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/Result.h"
+#include "vx/Str1.h"
 #include "vx/TerminatedText.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/sync/ScopedLock.h"
@@ -31,12 +32,17 @@ public:
     const Class* decoder;
 };
 
-Str1 upperCase(const char16_t* name)
-{
-    Str1 key(name);
-    key.toUpper();
-    return key;
-}
+/// A name in upper case, without memory of its own unless it is a long one.
+class Key : public Str1Fixed<64> {
+public:
+    explicit Key(const char16_t* name)
+    {
+        copy(name);
+        toUpper();
+    }
+};
+
+constinit std::atomic<bool> g_areRegistered {false};
 
 /// Null if there is no component for exactly this name.
 Reference<IVXCharCodec> createCodec(const char16_t* name)
@@ -88,13 +94,14 @@ void CodecManager::freeInstance()
         return;
     sync::LockObject& lock = globalLock();
     const sync::ScopedLock guard(lock);
+    g_areRegistered.store(false, std::memory_order_release);
     delete m_instance.exchange(nullptr);
 }
 
 void CodecManager::registerCodec(
     const char16_t* name, const char16_t* encoderClassName, const char16_t* decoderClassName)
 {
-    const Str1 key = upperCase(name);
+    const Key key(name);
     if (m_codecs->containsKey(key))
         return;
     m_codecs->put(key,
@@ -115,7 +122,7 @@ Object* CodecManager::create(const char16_t* name, Side side)
 {
     if (name == nullptr)
         return nullptr;
-    const Str1 key = upperCase(name);
+    const Key key(name);
     Reference<ComObject> found;
     if (m_codecs->get(key, found)) {
         const auto& classes = static_cast<const CodecClasses&>(*found);
@@ -141,11 +148,17 @@ void registerCodecs()
     CodecManager& manager = *CodecManager::getInstance();
     for (const CodecRow& row : codecTable())
         manager.registerCodec(row.name, row.encoderClass, row.decoderClass);
+    g_areRegistered.store(true, std::memory_order_release);
 }
 
 void freeCodecs()
 {
     CodecManager::freeInstance();
+}
+
+bool areCodecsRegistered() noexcept
+{
+    return g_areRegistered.load(std::memory_order_acquire);
 }
 
 } // namespace detail

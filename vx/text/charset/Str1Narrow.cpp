@@ -1,12 +1,11 @@
 #include "vx/Str1.h"
 
 #include "vx/Exceptions.h"
-#include "vx/Reference.h"
 #include "vx/Result.h"
-#include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/text/charset/detail/EncodeText.h"
+#include "vx/text/charset/detail/Utf8Text.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Text.h"
@@ -16,9 +15,10 @@
 
 namespace vx {
 
-using text::charset::ByteToCharConverter;
 using text::charset::CharToByteConverter;
 using text::charset::InvalidCharacterException;
+using text::charset::detail::DecoderFor;
+using text::charset::detail::EncoderFor;
 
 namespace {
 
@@ -101,7 +101,7 @@ std::int32_t Str1::appendA(const signed char* bytes, std::int32_t length, const 
         length = VXStrLenA(reinterpret_cast<const char*>(bytes));
     if (bytes == nullptr || length < 1)
         return 0;
-    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
+    DecoderFor decoder(encoding);
     const std::int32_t oldLength = m_length;
     try {
         std::int32_t read = 0;
@@ -109,7 +109,11 @@ std::int32_t Str1::appendA(const signed char* bytes, std::int32_t length, const 
             char16_t units[BLOCK];
             const std::int32_t before = read;
             std::int32_t produced = 0;
-            decoder->convert(bytes, &read, length, units, &produced, BLOCK);
+            if (decoder.isUtf8() && length <= BLOCK)
+                produced
+                    = text::charset::detail::decodeUtf8(reinterpret_cast<const char*>(bytes), length, units, &read);
+            else
+                decoder->convert(bytes, &read, length, units, &produced, BLOCK);
             const std::int64_t consumed = read - before;
             const std::int64_t open = length - read;
             if (open == 0)
@@ -155,8 +159,8 @@ std::int32_t Str1::convertToAZ(
     std::int32_t result = RESULT_INVALID_ARGUMENT;
     if (out != nullptr && size > 0) {
         const std::int32_t failure = vorb::atBoundary([&] {
-            const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
-            result = convertToA(out, size - 1, encoder.get(), &done, position);
+            EncoderFor encoder(encoding);
+            result = convertToA(out, size - 1, &*encoder, &done, position);
         });
         if (failed(failure))
             result = failure;
@@ -171,13 +175,13 @@ std::int32_t Str1::convertToAZ(
 std::int32_t Str1::getLengthA(std::int32_t* length, const char16_t* encoding, std::int32_t position) const
 {
     return vorb::atBoundary(length, [&] {
-        const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+        EncoderFor encoder(encoding);
         std::int64_t total = 0;
         for (;;) {
             char block[BLOCK];
             std::int32_t written = 0;
             const std::int32_t before = position;
-            const std::int32_t result = convertToA(block, BLOCK, encoder.get(), &written, &position);
+            const std::int32_t result = convertToA(block, BLOCK, &*encoder, &written, &position);
             total += written;
             if (result != RESULT_BUFFER_TOO_SMALL) {
                 throwIfFailed(result);
@@ -189,9 +193,14 @@ std::int32_t Str1::getLengthA(std::int32_t* length, const char16_t* encoding, st
     });
 }
 
+std::string Str1::toUtf8() const
+{
+    return text::charset::detail::encodeUtf8(view());
+}
+
 OwningArray<char> Str1::getBytesAZ(const char16_t* encoding) const
 {
-    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+    EncoderFor encoder(encoding);
     const std::int32_t size = checkedSize(std::int64_t {encoder->getMaxBytesPerChar()} * m_length + 1);
     OwningArray<char> bytes(static_cast<char*>(vxsys::allocate(static_cast<std::size_t>(size))));
     std::int32_t written = 0;

@@ -6,30 +6,30 @@
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextRange.h"
 #include "vx/text/charset/BTCUTF8.h"
-#include "vx/text/charset/CTBUTF8.h"
+#include "vx/text/charset/ByteToCharConverter.h"
+#include "vx/text/charset/CharsetException.h"
 #include "vx/text/charset/detail/EncodeText.h"
+#include "vx/text/charset/detail/Utf8Text.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/RWCharBuffer.h"
-#include "vxsys/Surrogate.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
 #include <limits>
 #include <new>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace vx {
 
 using detail::lengthOf;
-using detail::LONGEST_TEXT;
 using detail::PlainBuffer;
 using detail::StringReadLock;
 using text::charset::BTCUTF8;
 using text::charset::ByteToCharConverter;
-using text::charset::CharToByteConverter;
-using text::charset::CTBUTF8;
 using text::charset::InvalidCharacterException;
+using text::charset::detail::EncoderFor;
 using util::ByteWriteLock;
 using util::RWCharBuffer;
 
@@ -70,30 +70,42 @@ Reference<IVXCharBuffer> decoded(
     return buffer;
 }
 
+/// The same from UTF-8. It fails at the same length, though it takes less room.
+Reference<IVXCharBuffer> decodedUtf8(const char* bytes, int length, int capacity, std::int32_t& read)
+{
+    std::ignore = room(length, BTCUTF8().getMaxCharsPerByte());
+    return PlainBuffer::filled(
+        length, capacity, [&](char16_t* out) { return text::charset::detail::decodeUtf8(bytes, length, out, &read); });
+}
+
+/// Decodes a text that is not empty and not cut off within a character.
+Reference<IVXCharBuffer> decodedUtf8(std::string_view bytes)
+{
+    std::int32_t read = 0;
+    Reference<IVXCharBuffer> text = decodedUtf8(bytes.data(), lengthOf(bytes), 0, read);
+    if (read != lengthOf(bytes))
+        throw InvalidCharacterException(u"Invalid UTF-8 sequence (incomplete at the end)");
+    return text;
+}
+
 /// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
-std::int32_t encode(CharToByteConverter& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
+std::int32_t encode(EncoderFor& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
 {
     std::int32_t read = 0;
     std::int32_t written = 0;
     const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
-    text::charset::detail::encodeText(encoder, units, read, out, written, size);
+    if (encoder.isUtf8())
+        text::charset::detail::encodeUtf8(units, read, out, written, size);
+    else
+        text::charset::detail::encodeText(*encoder, units, read, out, written, size);
     if (written < size)
         out[written++] = 0;
     return written;
 }
 
-/// The length of the text in UTF-8, if it has no lone surrogates.
-std::int64_t lengthInUtf8(std::u16string_view text) noexcept
+void encode(EncoderFor& encoder, const StringReadLock& text, util::IByteBuffer& out)
 {
-    std::int64_t bytes = 0;
-    for (const char16_t unit : text)
-        bytes += 1 + (unit >= 0x80 ? 1 : 0) + (unit >= 0x800 && !vxsys::isSurrogate(unit) ? 1 : 0);
-    return bytes;
-}
-
-void encode(CharToByteConverter& encoder, const StringReadLock& text, util::IByteBuffer& out)
-{
-    const int needed = room(text.length(), encoder.getMaxBytesPerChar());
+    const int needed = room(text.length(), encoder->getMaxBytesPerChar());
     ByteWriteLock target(out, needed);
     target.setLength(encode(encoder, text, target.data(), needed));
 }
@@ -183,9 +195,11 @@ String::String(std::u16string_view text)
 }
 
 String::String(std::string_view utf8)
-    : String()
 {
-    setToUtf8(utf8);
+    if (utf8.empty())
+        setAddRef(String());
+    else
+        m_buffer = decodedUtf8(utf8);
 }
 
 String::String(std::u8string_view utf8)
@@ -259,22 +273,21 @@ void String::internalSetTo(const char* bytes, int length, const char16_t* encodi
         setAddRef(String());
         return;
     }
+    std::int32_t read = 0; // an incomplete character at the end is left out
+    if (bytes != nullptr && text::charset::detail::isUtf8(encoding)) {
+        m_buffer = decodedUtf8(bytes, length, capacity, read);
+        return;
+    }
     const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
-    std::int32_t read = 0;
-    m_buffer = decoded(*decoder, bytes, length, capacity, read); // an incomplete character at the end is left out
+    m_buffer = decoded(*decoder, bytes, length, capacity, read);
 }
 
 String& String::setToUtf8(std::string_view bytes)
 {
     if (bytes.empty())
         return setAddRef(String());
-    BTCUTF8 decoder;
-    const Reference<AnsiBytes> cache = std::move(m_ansi);
-    std::int32_t read = 0;
-    Reference<IVXCharBuffer> text = decoded(decoder, bytes.data(), lengthOf(bytes), 0, read);
-    if (read != lengthOf(bytes))
-        throw InvalidCharacterException(u"Invalid UTF-8 sequence (incomplete at the end)");
-    m_buffer = std::move(text);
+    const Reference<AnsiBytes> cache = std::move(m_ansi); // `bytes` may be part of it
+    m_buffer = decodedUtf8(bytes);
     return *this;
 }
 
@@ -315,8 +328,8 @@ void String::getBytes(util::IByteBuffer* out, const char16_t* encoding) const
     if (out == nullptr)
         throwResult(RESULT_POINTER);
     const StringReadLock text(*this);
-    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
-    encode(*encoder, text, *out);
+    EncoderFor encoder(encoding);
+    encode(encoder, text, *out);
 }
 
 std::int32_t String::getBytes(char* out, std::int32_t size, const char16_t* encoding) const
@@ -326,11 +339,11 @@ std::int32_t String::getBytes(char* out, std::int32_t size, const char16_t* enco
 
 std::int32_t String::getBytes(signed char* out, std::int32_t size, const char16_t* encoding) const
 {
-    const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(encoding));
+    EncoderFor encoder(encoding);
     if (out == nullptr || size < 1)
         return 0;
     const StringReadLock text(*this);
-    return encode(*encoder, text, out, size);
+    return encode(encoder, text, out, size);
 }
 
 std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char16_t* encoding) const
@@ -341,20 +354,7 @@ std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char1
 std::string String::toUtf8() const
 {
     const StringReadLock text(*this);
-    const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
-    const std::int64_t size = lengthInUtf8(units);
-    if (size > LONGEST_TEXT)
-        throwBadAllocation();
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    CTBUTF8 encoder;
-    std::int32_t read = 0;
-    std::int32_t written = 0;
-    text::charset::detail::encodeText(
-        encoder, units, read, reinterpret_cast<signed char*>(bytes.data()), written, static_cast<std::int32_t>(size));
-    // The encoder writes three bytes for a lone trailing surrogate, for which there was no room.
-    if (read != text.length())
-        throw InvalidCharacterException(u"trailing surrogate without leading");
-    return bytes;
+    return text::charset::detail::encodeUtf8({text.data(), static_cast<std::size_t>(text.length())});
 }
 
 } // namespace vx

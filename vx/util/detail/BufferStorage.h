@@ -56,7 +56,8 @@ public:
     /// Sets the length after writing. A negative one keeps the length.
     void endWriting(int length) noexcept;
     void freeExtra();
-    /// Frees the room after the units in use, but keeps room for `least` units in all. If memory is exhausted, all stays.
+    /// Ends the capacity after the units in use, but not before `least` units, and frees the memory beyond it unless that is
+    /// borrowed. If memory is exhausted, all stays.
     void releaseExtra(int least) noexcept;
 
     /// Copies capacity and units.
@@ -176,7 +177,11 @@ template <class AnyUnit>
 void BufferStorage<AnyUnit>::releaseExtra(int least) noexcept
 {
     const std::int64_t units = adjust(std::max(length(), least));
-    if (!isBorrowed() && units != 0 && units <= capacity() && units < m_room)
+    if (units == 0 || units > capacity())
+        return;
+    if (isBorrowed())
+        setCapacity(units);
+    else if (units < m_room)
         takeMemory(units);
 }
 

@@ -1,0 +1,204 @@
+#include "vx/text/charset/detail/Utf8Text.h"
+
+#include "vx/Exception.h"
+#include "vx/detail/TextRange.h"
+#include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/detail/ByteRuns.h"
+#include "vx/text/charset/detail/CodecStart.h"
+#include "vx/text/charset/detail/EncodeText.h"
+#include "vxsys/Defaults.h"
+#include "vxsys/Surrogate.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace vx::text::charset::detail {
+
+namespace {
+
+constexpr int NAME_SIZE = 40;
+
+/// "UTF-8", "UTF8" and "UTF_8" in upper or lower case.
+bool isNameOfUtf8(const char16_t* name) noexcept
+{
+    constexpr std::u16string_view START = u"utf";
+    for (const char16_t unit : START) {
+        if ((*name | 0x20) != unit)
+            return false;
+        ++name;
+    }
+    if (*name == u'-' || *name == u'_')
+        ++name;
+    return name[0] == u'8' && name[1] == 0;
+}
+
+#if VX_VECTOR_PATHS
+
+/// As `widenAscii`, in pieces of `size` bytes, 8 or 16. `count` is not below that. The last piece may overlap the one
+/// before.
+template <std::ptrdiff_t size>
+std::ptrdiff_t widenPieces(const signed char* in, char16_t* out, std::ptrdiff_t count) noexcept
+{
+    for (std::ptrdiff_t done = 0;;) {
+        const __m128i bytes = loadBytes<size>(in + done);
+        if constexpr (size < BLOCK)
+            storeBlock(out + done, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        else
+            storeWidened(out + done, bytes);
+        if (const unsigned others = lanes8(bytes); others != 0)
+            return done + std::countr_zero(others);
+        if (done == count - size)
+            return count;
+        done = std::min(done + size, count - size);
+    }
+}
+
+#endif
+
+/// Widens bytes up to the first that is not ASCII. Returns how many. All `count` units of `out` may be written.
+std::ptrdiff_t widenAscii(const signed char* in, char16_t* out, std::ptrdiff_t count) noexcept
+{
+#if VX_VECTOR_PATHS
+    if (count >= 4 * BLOCK)
+        return decodeRun<Itself::ASCII>(in, out, count, asciiCharacter);
+    if (count >= BLOCK)
+        return widenPieces<BLOCK>(in, out, count);
+    if (count >= BLOCK / 2)
+        return widenPieces<BLOCK / 2>(in, out, count);
+#endif
+    std::ptrdiff_t done = 0;
+    for (; done < count && in[done] >= 0; ++done)
+        out[done] = static_cast<char16_t>(in[done]);
+    return done;
+}
+
+/// Narrows units up to one that is not ASCII, or near that one. Returns how many. All `count` bytes of `out` may be written.
+std::ptrdiff_t narrowAscii(const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
+{
+#if VX_VECTOR_PATHS
+    if (count >= 8) {
+        for (std::ptrdiff_t done = 0;;) { // the last block may overlap the one before
+            const __m128i units = loadBlock(in + done);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out + done), _mm_packus_epi16(units, units));
+            if (lanes8(has16(units, 0xFF80, 0)) != 0xFFFF)
+                return done;
+            if (done == count - 8)
+                return count;
+            done = std::min(done + 8, count - 8);
+        }
+    }
+#endif
+    return narrowRun<Itself::ASCII>(in, out, count);
+}
+
+/// The length of the text in UTF-8, if it has no lone surrogates.
+std::int64_t lengthInUtf8(std::u16string_view text) noexcept
+{
+    const char16_t* in = text.data();
+    const char16_t* const end = in + text.size();
+    std::int64_t bytes = static_cast<std::int64_t>(text.size());
+#if VX_VECTOR_PATHS
+    while (end - in >= 8) { // sums of -1 in 8 lanes: at most 127 blocks, twice each, before they are added up
+        __m128i less = _mm_setzero_si128();
+        const char16_t* const stop = in + std::min<std::ptrdiff_t>(end - in, 8 * 127) / 8 * 8;
+        for (; in < stop; in += 8) {
+            const __m128i units = loadBlock(in);
+            const __m128i twoBytes = either(has16(units, 0xF800, 0), has16(units, 0xF800, 0xD800));
+            less = _mm_add_epi16(less, _mm_add_epi16(has16(units, 0xFF80, 0), twoBytes));
+            bytes += 16;
+        }
+        const __m128i pairs = _mm_madd_epi16(less, _mm_set1_epi16(1));
+        alignas(BLOCK) std::int32_t sums[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(sums), pairs);
+        bytes += sums[0] + sums[1] + sums[2] + sums[3];
+    }
+#endif
+    for (; in < end; ++in)
+        bytes += (*in >= 0x80 ? 1 : 0) + (*in >= 0x800 && !vxsys::isSurrogate(*in) ? 1 : 0);
+    return bytes;
+}
+
+/// The encoder writes three bytes for a lone trailing surrogate, and two for each half of a pair.
+void throwIfLoneTrail(std::u16string_view text, std::size_t bytes)
+{
+    if (bytes != text.size() && static_cast<std::int64_t>(bytes) != lengthInUtf8(text))
+        throw InvalidCharacterException(u"trailing surrogate without leading");
+}
+
+/// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros.
+void appendPieces(std::string& bytes, std::u16string_view text)
+{
+    constexpr std::size_t PIECE = 1024;
+    signed char piece[3 * PIECE + 1]; // the first half of a pair is written with the second
+    CTBUTF8 encoder;
+    bytes.reserve(text.size());
+    for (std::size_t start = 0; start < text.size(); start += PIECE) {
+        const auto end = static_cast<std::int32_t>(std::min(text.size() - start, PIECE));
+        std::int32_t read = 0;
+        std::int32_t written = 0;
+        encoder.convert(text.data() + start, &read, end, piece, &written, sizeof piece);
+        if (start == 0 && written > end)
+            bytes.reserve(static_cast<std::size_t>(lengthInUtf8(text)));
+        bytes.append(reinterpret_cast<const char*>(piece), static_cast<std::size_t>(written));
+    }
+    std::int32_t written = 0;
+    encoder.flush(piece, &written, sizeof piece);
+}
+
+} // namespace
+
+bool isUtf8(const char16_t* encoding)
+{
+    char16_t name[NAME_SIZE];
+    if (encoding == nullptr) {
+        VXGetDefaultCharEncoding(name, NAME_SIZE);
+        encoding = name;
+    }
+    return isNameOfUtf8(encoding) && areCodecsRegistered();
+}
+
+std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, std::int32_t* read)
+{
+    const auto* const in = reinterpret_cast<const signed char*>(bytes);
+    auto written = static_cast<std::int32_t>(widenAscii(in, out, length));
+    *read = written;
+    if (written < length) {
+        BTCUTF8 decoder;
+        decoder.convert(in, read, length, out, &written, length);
+    }
+    return written;
+}
+
+std::string encodeUtf8(std::u16string_view text)
+{
+    constexpr std::int32_t SHORT_TEXT = 256;
+    std::string bytes;
+    if (text.size() <= SHORT_TEXT) {
+        signed char out[3 * SHORT_TEXT];
+        std::int32_t position = 0;
+        std::int32_t written = 0;
+        encodeUtf8(text, position, out, written, sizeof out);
+        bytes.assign(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
+    } else {
+        appendPieces(bytes, text);
+    }
+    if (bytes.size() > static_cast<std::size_t>(vx::detail::LONGEST_TEXT))
+        throwBadAllocation();
+    throwIfLoneTrail(text, bytes.size());
+    return bytes;
+}
+
+void encodeUtf8(
+    std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written, std::int32_t size)
+{
+    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(std::ssize(text) - position, std::max(size - written, 0));
+    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data() + position, out + written, count));
+    position += plain;
+    written += plain;
+    if (position == std::ssize(text))
+        return;
+    CTBUTF8 encoder;
+    encodeText(encoder, text, position, out, written, size);
+}
+
+} // namespace vx::text::charset::detail
