@@ -1,12 +1,23 @@
+#include "vx/NumberBoxes.h"
+#include "vx/String.h"
 #include "vx/collections/List.h"
 #include "vx/collections/vorb/ArrayList.h"
+#include "vx/collections/vorb/HashSet.h"
 #include "vx/collections/vorb/LinkedList.h"
 
 #include <benchmark/benchmark.h>
 
+#ifdef VX_BENCH_QT
+#include <QList>
+#include <QSharedPointer>
+#include <QString>
+#endif
+
 #include <list>
 #include <memory>
+#include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 // Lists of counted objects, beside the containers of the standard library with shared pointers. As in the services that
@@ -192,6 +203,136 @@ void walkLookingStandard(benchmark::State& state)
     count(state, sum == sumTo(state.range(0)));
 }
 
+std::u16string nameOf(std::int64_t number)
+{
+    const std::string text = "session/" + std::to_string(number) + "/name";
+    return {text.begin(), text.end()};
+}
+
+/// A new element, and for a value another one that is equal to it.
+template <class Element>
+Reference<Element> elementOf(std::int64_t number)
+{
+    if constexpr (std::is_same_v<Element, String>)
+        return new String(nameOf(number));
+    else
+        return new Element(static_cast<int>(number));
+}
+
+/// The last element of the list, which is looked for by an equal one; an `Item` is equal to itself only.
+template <class ListClass, class Element>
+void indexOf(benchmark::State& state)
+{
+    const Reference<ListClass> list(new ListClass);
+    Reference<Element> last;
+    for (std::int64_t number = 0; number < state.range(0); ++number)
+        list->add((last = elementOf<Element>(number))->GetUnknown());
+    const Reference<Element> wanted = std::is_same_v<Element, Item> ? last : elementOf<Element>(state.range(0) - 1);
+    bool right = true;
+    for (auto _ : state)
+        right = list->indexOf(wanted->GetUnknown()) == state.range(0) - 1 && right;
+    count(state, right);
+}
+
+/// Removes the middle element and adds it at the end.
+template <class ListClass>
+void removeByValue(benchmark::State& state)
+{
+    const Reference<ListClass> list(new ListClass);
+    for (std::int64_t number = 0; number < state.range(0); ++number)
+        list->add(elementOf<String>(number)->GetUnknown());
+    bool right = true;
+    for (auto _ : state) {
+        const Reference<IVXUnknown> middle = list->get(static_cast<int>(state.range(0) / 2));
+        right = list->remove(middle.get()) && list->add(middle.get()) && right;
+    }
+    count(state, right);
+}
+
+/// Puts as many elements into the middle of a list, and removes them.
+void addAllInTheMiddle(benchmark::State& state)
+{
+    const auto size = static_cast<int>(state.range(0));
+    const auto list = listOf<vorb::ArrayList>(size);
+    const auto more = listOf<vorb::ArrayList>(size);
+    bool right = true;
+    for (auto _ : state) {
+        right = list->addAll(size / 2, *more) && list->getSize() == 2 * size && right;
+        list->createSubList(size / 2, size / 2 + size)->clear();
+        right = list->getSize() == size && right;
+    }
+    count(state, right);
+}
+
+/// Keeps every second element.
+void retainAll(benchmark::State& state)
+{
+    const auto all = listOf<vorb::ArrayList>(state.range(0));
+    vorb::HashSet half;
+    for (int index = 0; index < all->getSize(); index += 2)
+        half.add(all->get(index).get());
+    bool right = true;
+    for (auto _ : state) {
+        const Reference<vorb::ArrayList> list(new vorb::ArrayList(*all));
+        right = list->retainAll(half) && list->getSize() == half.getSize() && right;
+    }
+    count(state, right);
+}
+
+#ifdef VX_BENCH_QT
+void indexOfTextQt(benchmark::State& state)
+{
+    QList<QString> list;
+    for (std::int64_t number = 0; number < state.range(0); ++number)
+        list.append(QString::fromStdU16String(nameOf(number)));
+    const QString wanted = QString::fromStdU16String(nameOf(state.range(0) - 1));
+    bool right = true;
+    for (auto _ : state)
+        right = list.indexOf(wanted) == state.range(0) - 1 && right;
+    count(state, right);
+}
+
+void indexOfObjectQt(benchmark::State& state)
+{
+    QList<QSharedPointer<PlainItem>> list;
+    for (std::int64_t number = 0; number < state.range(0); ++number)
+        list.append(QSharedPointer<PlainItem>::create());
+    const QSharedPointer<PlainItem> wanted = list.back();
+    bool right = true;
+    for (auto _ : state)
+        right = list.indexOf(wanted) == state.range(0) - 1 && right;
+    count(state, right);
+}
+
+void removeByValueQt(benchmark::State& state)
+{
+    QList<QString> list;
+    for (std::int64_t number = 0; number < state.range(0); ++number)
+        list.append(QString::fromStdU16String(nameOf(number)));
+    bool right = true;
+    for (auto _ : state) {
+        const QString middle = list.at(static_cast<int>(state.range(0) / 2));
+        right = list.removeOne(middle) && right;
+        list.append(middle);
+    }
+    count(state, right);
+}
+#endif
+
+void addAllInTheMiddleStandard(benchmark::State& state)
+{
+    const auto size = state.range(0);
+    auto list = standardOf<std::vector<std::shared_ptr<PlainItem>>>(size);
+    const auto more = list;
+    bool right = true;
+    for (auto _ : state) {
+        list.insert(list.begin() + size / 2, more.begin(), more.end());
+        list.erase(list.begin() + size / 2, list.begin() + size / 2 + size);
+        right = static_cast<std::int64_t>(list.size()) == size && right;
+    }
+    count(state, right);
+}
+
 using Pointers = std::vector<std::shared_ptr<PlainItem>>;
 using LinkedPointers = std::list<std::shared_ptr<PlainItem>>;
 constexpr std::int64_t MILLION = 1'000'000;
@@ -209,5 +350,20 @@ BENCHMARK(appendOne<vorb::LinkedList>)->Arg(MILLION)->Unit(benchmark::kMilliseco
 BENCHMARK(appendOneStandard<LinkedPointers>)->Arg(MILLION)->Unit(benchmark::kMillisecond);
 BENCHMARK(walkByIterator<vorb::LinkedList>)->Arg(MILLION)->Unit(benchmark::kMillisecond);
 BENCHMARK(walkHoldingStandard<LinkedPointers>)->Arg(MILLION)->Unit(benchmark::kMillisecond);
+
+constexpr std::int64_t THOUSAND = 1000;
+BENCHMARK(indexOf<vorb::ArrayList, String>)->Arg(THOUSAND);
+BENCHMARK(indexOf<vorb::ArrayList, Integer32>)->Arg(THOUSAND);
+BENCHMARK(indexOf<vorb::ArrayList, Item>)->Arg(THOUSAND);
+BENCHMARK(indexOf<vorb::LinkedList, String>)->Arg(THOUSAND);
+BENCHMARK(removeByValue<vorb::ArrayList>)->Arg(THOUSAND);
+#ifdef VX_BENCH_QT
+BENCHMARK(indexOfTextQt)->Arg(THOUSAND);
+BENCHMARK(indexOfObjectQt)->Arg(THOUSAND);
+BENCHMARK(removeByValueQt)->Arg(THOUSAND);
+#endif
+BENCHMARK(addAllInTheMiddle)->Arg(THOUSAND)->Arg(10 * THOUSAND);
+BENCHMARK(addAllInTheMiddleStandard)->Arg(THOUSAND)->Arg(10 * THOUSAND);
+BENCHMARK(retainAll)->Arg(THOUSAND)->Arg(10 * THOUSAND);
 
 } // namespace
