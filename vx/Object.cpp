@@ -20,6 +20,17 @@ int compareAddresses(const void* left, const void* right) noexcept
     return std::less<>()(right, left) ? 1 : -1;
 }
 
+/// Null for an element that is no Object. Two objects of one class have their Object at the same place, which is faster
+/// to find than by a cast.
+const Object* objectOf(const IVXUnknown* element, const Object& self) noexcept
+{
+    if (element == nullptr || &typeid(*element) != &typeid(self))
+        return dynamic_cast<const Object*>(element);
+    const auto place
+        = reinterpret_cast<const char*>(&self) - static_cast<const char*>(dynamic_cast<const void*>(&self));
+    return reinterpret_cast<const Object*>(static_cast<const char*>(dynamic_cast<const void*>(element)) + place);
+}
+
 } // namespace
 
 namespace detail {
@@ -28,7 +39,7 @@ std::int32_t ComparableFace::CompareTo(const IVXUnknown* other, int* result)
 {
     const auto& self = static_cast<const Object&>(*this);
     return vorb::atBoundary(result, [&] {
-        if (const auto* object = dynamic_cast<const Object*>(other))
+        if (const Object* object = objectOf(other, self))
             return self.compareTo(*object);
         // Foreign objects sort by address, seen from their side.
         return compareAddresses(other, &self);
