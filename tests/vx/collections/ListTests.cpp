@@ -1,5 +1,6 @@
 #include "tests/AllocationProbe.h"
 #include "tests/vx/collections/Elements.h"
+#include "vx/NumberBoxes.h"
 #include "vx/Result.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
@@ -7,9 +8,11 @@
 #include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/util/Comparator.h"
+#include "vx/util/MTCharBuffer.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <string>
 #include <utility>
@@ -90,6 +93,47 @@ TYPED_TEST(Lists, PassAComparatorsFailureOnAndStandAsBefore)
         comparator->m_calls = 1;
         EXPECT_EQ(outcome(work), "result " + std::to_string(RESULT_TIMED_OUT)) << operation;
         EXPECT_EQ(textOfAll(*list), "1 5 3 ") << operation;
+    }
+}
+
+TYPED_TEST(Lists, FindExactlyWhatTheComparatorFindsEqual)
+{
+    class OwnText : public String { };
+    const Reference<Object> elements[] = {nullptr, new String(u"a"), new String(u"a"), new String(u"b"), new String,
+        new String(String::AcquireShare, new util::MTCharBuffer(8)), new OwnText, new Integer8(1), new Integer32(1),
+        new Integer32(257), new Float(NAN), new Double(-0.0), new Double(0.0), new Object, new Object, new Item(1)};
+    const auto unknownOf
+        = [](const Reference<Object>& object) { return object != nullptr ? object->GetUnknown() : nullptr; };
+    for (const auto& stored : elements) {
+        for (const auto& wanted : elements) {
+            int order = 0;
+            const auto code = GetDefaultComparator()->Compare(unknownOf(stored), unknownOf(wanted), &order);
+            const Reference<TypeParam> list(new TypeParam);
+            list->add(unknownOf(stored));
+            int first = 9, last = 9;
+            const std::string expected = code < 0 ? "result " + std::to_string(code) : "done";
+            EXPECT_EQ(outcome([&] { first = list->indexOf(unknownOf(wanted)); }), expected);
+            EXPECT_EQ(outcome([&] { last = list->lastIndexOf(unknownOf(wanted)); }), expected);
+            EXPECT_TRUE(code < 0 || (first == (order == 0 ? 0 : -1) && last == first))
+                << &stored - elements << ' ' << &wanted - elements;
+        }
+    }
+}
+
+TYPED_TEST(Lists, NoticeAComparatorThatChangesThemWhileTheySearch)
+{
+    const Reference<IVXUnknown> two = item(2);
+    const Reference<WatchedComparator> comparator(new WatchedComparator);
+    Reference<TypeParam> list;
+    comparator->m_failure = [&] { return list->remove(0) != nullptr ? RESULT_OK : RESULT_FAIL; }; // and it is equal
+    const std::pair<std::function<void()>, std::string> cases[]
+        = {{[&] { list->remove(two.get()); }, "plain 5 3 "}, {[&] { list->contains(two.get()); }, "done 5 3 "},
+            {[&] { list->removeAll(*listOf<ArrayList>({2})); }, "plain 5 3 "}};
+    for (const auto& [work, expected] : cases) {
+        list = new TypeParam(*listOf<TypeParam>({1, 5, 3}), comparator.get());
+        comparator->m_calls = 1;
+        const std::string result = outcome(work);
+        EXPECT_EQ(result + ' ' + textOfAll(*list), expected) << &work - &cases[0].first;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "vx/collections/vorb/AbstractListIterator.h"
 #include "vx/collections/vorb/detail/Length.h"
+#include "vx/collections/vorb/detail/Search.h"
 
 #include <algorithm>
 #include <typeinfo>
@@ -17,6 +18,12 @@ Reference<IVXUnknown> takeOver(IVXUnknown* element) noexcept
     Reference<IVXUnknown> taken;
     taken.attach(element);
     return taken;
+}
+
+/// A derived class may override the operations that the ways of `ArrayList` would not call.
+bool isDerived(const ArrayList& list) noexcept
+{
+    return typeid(list) != typeid(ArrayList);
 }
 
 } // namespace
@@ -101,6 +108,28 @@ void ArrayList::clear()
     ++m_modificationCount;
 }
 
+bool ArrayList::contains(const IVXUnknown* element) const
+{
+    if (isDerived(*this))
+        return AbstractList::contains(element);
+    return find(element, 0, 1) >= 0;
+}
+
+bool ArrayList::remove(const IVXUnknown* element)
+{
+    if (isDerived(*this))
+        return AbstractList::remove(element);
+    const Reference<ArrayList> kept = detail::keepIfCounted(this);
+    const std::uint32_t expectedCount = m_modificationCount;
+    const int index = find(element, 0, 1);
+    if (index < 0)
+        return false;
+    if (expectedCount != m_modificationCount)
+        throw Exception();
+    remove(index);
+    return true;
+}
+
 int ArrayList::getSize() const
 {
     return m_size;
@@ -145,12 +174,35 @@ Reference<IVXUnknown> ArrayList::set(int index, IVXUnknown* element)
     return takeOver(std::exchange(m_elements[index], counted.detach()));
 }
 
+int ArrayList::indexOf(const IVXUnknown* element) const
+{
+    return isDerived(*this) ? AbstractList::indexOf(element) : find(element, 0, 1);
+}
+
+int ArrayList::lastIndexOf(const IVXUnknown* element) const
+{
+    return isDerived(*this) ? AbstractList::lastIndexOf(element) : find(element, m_size - 1, -1);
+}
+
 AbstractListIterator* ArrayList::newIterator(int index)
 {
-    // A derived class may override the operations by index.
-    if (typeid(*this) != typeid(ArrayList))
+    if (isDerived(*this))
         return new AbstractListIterator(this, index);
     return new ArrayIterator(this, index);
+}
+
+int ArrayList::find(const IVXUnknown* element, int index, int step) const
+{
+    const Reference<const ArrayList> kept = detail::keepIfCounted(this);
+    const detail::Wanted wanted(*getComparator(), element);
+    const std::uint32_t expectedCount = m_modificationCount;
+    for (; index >= 0 && index < m_size; index += step) {
+        if (expectedCount != m_modificationCount)
+            throw Exception();
+        if (wanted.isEqualTo(m_elements[index]))
+            return index;
+    }
+    return -1;
 }
 
 void ArrayList::makeRoom()

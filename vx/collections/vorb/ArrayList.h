@@ -26,11 +26,11 @@ public:
     ArrayList(const ArrayList& other);
     ~ArrayList() noexcept(false) override;
 
-    using AbstractList::remove;
-
     // Collection
     bool add(IVXUnknown* element) override;
     void clear() override;
+    bool contains(const IVXUnknown* element) const override;
+    bool remove(const IVXUnknown* element) override;
     int getSize() const override;
 
     // List
@@ -38,6 +38,8 @@ public:
     Reference<IVXUnknown> remove(int index) override;
     Reference<IVXUnknown> get(int index) const override;
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
+    int indexOf(const IVXUnknown* element) const override;
+    int lastIndexOf(const IVXUnknown* element) const override;
 
     class Look;
     /// For a range-for, whose elements are `IVXUnknown*` without a reference added: each is valid as long as it stays
@@ -52,6 +54,8 @@ private:
     class ArrayIterator;
 
     void makeRoom();
+    /// The index of the first element equal to `element`, from `index` on in steps of 1 or -1; -1 if there is none.
+    int find(const IVXUnknown* element, int index, int step) const;
 
     vx::detail::RawArray<IVXUnknown*> m_elements; ///< references are kept on the first `m_size` of them
     int m_size = 0;

@@ -2,12 +2,23 @@
 
 #include "vx/collections/vorb/AbstractListIterator.h"
 #include "vx/collections/vorb/detail/Length.h"
+#include "vx/collections/vorb/detail/Search.h"
 
 #include <iterator>
 #include <typeinfo>
 #include <utility>
 
 namespace vx::collections::vorb {
+
+namespace {
+
+/// A derived class may override the operations that the ways of `LinkedList` would not call.
+bool isDerived(const LinkedList& list) noexcept
+{
+    return typeid(list) != typeid(LinkedList);
+}
+
+} // namespace
 
 /// Remembers the node of its last step, so that the next step need not start at the front. That node cannot have been
 /// removed by another caller: the base checks the modification count before each step.
@@ -119,6 +130,26 @@ void LinkedList::clear()
     ++m_modificationCount;
 }
 
+bool LinkedList::contains(const IVXUnknown* element) const
+{
+    return isDerived(*this) ? AbstractList::contains(element) : find(element).index >= 0;
+}
+
+bool LinkedList::remove(const IVXUnknown* element)
+{
+    if (isDerived(*this))
+        return AbstractList::remove(element);
+    const Reference<LinkedList> kept = detail::keepIfCounted(this);
+    const std::uint32_t expectedCount = m_modificationCount;
+    const Found found = find(element);
+    if (found.index < 0)
+        return false;
+    if (expectedCount != m_modificationCount)
+        throw Exception();
+    unlink(m_nodes.erase(found.node, found.node)); // makes the position one that may be changed
+    return true;
+}
+
 int LinkedList::getSize() const
 {
     return static_cast<int>(m_nodes.size());
@@ -151,6 +182,29 @@ Reference<IVXUnknown> LinkedList::set(int index, IVXUnknown* element)
     return replace(internalGet(index), element);
 }
 
+int LinkedList::indexOf(const IVXUnknown* element) const
+{
+    return isDerived(*this) ? AbstractList::indexOf(element) : find(element).index;
+}
+
+int LinkedList::lastIndexOf(const IVXUnknown* element) const
+{
+    if (isDerived(*this))
+        return AbstractList::lastIndexOf(element);
+    const Reference<const LinkedList> kept = detail::keepIfCounted(this);
+    const detail::Wanted wanted(*getComparator(), element);
+    const std::uint32_t expectedCount = m_modificationCount;
+    Nodes::const_iterator node = m_nodes.end();
+    for (int index = getSize() - 1; index >= 0; --index) {
+        if (expectedCount != m_modificationCount)
+            throw Exception();
+        --node;
+        if (wanted.isEqualTo(node->get()))
+            return index;
+    }
+    return -1;
+}
+
 void LinkedList::Look::take()
 {
     m_isAtEnd = m_index >= m_list->getSize();
@@ -165,10 +219,26 @@ void LinkedList::Look::take()
 
 AbstractListIterator* LinkedList::newIterator(int index)
 {
-    // A derived class may override the operations by index.
-    if (typeid(*this) != typeid(LinkedList))
+    if (isDerived(*this))
         return new AbstractListIterator(this, index);
     return new NodeIterator(this, index);
+}
+
+LinkedList::Found LinkedList::find(const IVXUnknown* element) const
+{
+    const Reference<const LinkedList> kept = detail::keepIfCounted(this);
+    const detail::Wanted wanted(*getComparator(), element);
+    const std::uint32_t expectedCount = m_modificationCount;
+    Nodes::const_iterator node = m_nodes.begin();
+    for (int index = 0; index < getSize(); ++index) {
+        if (expectedCount != m_modificationCount)
+            throw Exception();
+        if (index > 0)
+            ++node;
+        if (wanted.isEqualTo(node->get()))
+            return {index, node};
+    }
+    return {-1, node};
 }
 
 LinkedList::Nodes::iterator LinkedList::internalGet(int index)

@@ -26,11 +26,11 @@ public:
     LinkedList(const LinkedList& other);
     ~LinkedList() noexcept(false) override;
 
-    using AbstractList::remove;
-
     // Collection
     bool add(IVXUnknown* element) override;
     void clear() override;
+    bool contains(const IVXUnknown* element) const override;
+    bool remove(const IVXUnknown* element) override;
     int getSize() const override;
 
     // List
@@ -38,6 +38,8 @@ public:
     Reference<IVXUnknown> remove(int index) override;
     Reference<IVXUnknown> get(int index) const override;
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
+    int indexOf(const IVXUnknown* element) const override;
+    int lastIndexOf(const IVXUnknown* element) const override;
 
     class Look;
     /// For a range-for, whose elements are `const Reference<IVXUnknown>&`. As with iterators, a change of the list,
@@ -51,7 +53,13 @@ protected:
 private:
     using Nodes = std::list<Reference<IVXUnknown>, vxsys::Allocator<Reference<IVXUnknown>>>;
     class NodeIterator;
+    struct Found {
+        int index; ///< -1 if there is none
+        Nodes::const_iterator node;
+    };
 
+    /// The first element equal to `element`.
+    Found find(const IVXUnknown* element) const;
     /// `index` is in range, the size included. Always walks from the front.
     Nodes::iterator internalGet(int index);
     Nodes::const_iterator internalGet(int index) const;

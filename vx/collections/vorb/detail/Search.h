@@ -1,0 +1,65 @@
+#pragma once
+
+#include "vx/Reference.h"
+#include "vx/collections/vorb/detail/TextElements.h"
+
+#include <typeinfo>
+
+namespace vx::collections::vorb::detail {
+
+enum class Equality { NO, YES, UNKNOWN };
+
+/// Compares two objects of one class, whose addresses are those of the whole objects. UNKNOWN if that would take a lock
+/// of a caller's buffer.
+using AreEqual = Equality (*)(const void* left, const void* right);
+
+/// For exactly the classes of texts, number boxes and plain objects, null for any other type.
+AreEqual equalityOf(const std::type_info& type) noexcept;
+
+/// An element that is looked for. The library's own comparator is not called for two texts, two number boxes of one
+/// class or two plain objects: nobody sees the calls that it would make.
+class Wanted {
+public:
+    /// Neither is counted.
+    Wanted(const IVXComparator& comparator, const IVXUnknown* element) noexcept
+        : m_comparator(comparator)
+        , m_element(element)
+    {
+        if (element == nullptr || !isOwnComparator(&comparator))
+            return;
+        m_type = &typeid(*element);
+        m_areEqual = equalityOf(*m_type);
+        m_object = dynamic_cast<const void*>(element);
+    }
+    Wanted(const Wanted&) = delete;
+    Wanted& operator=(const Wanted&) = delete;
+
+    /// Whether the comparator finds `stored` equal. If it is called, `stored` is kept for that time.
+    bool isEqualTo(IVXUnknown* stored) const
+    {
+        if (m_areEqual != nullptr && stored != nullptr && &typeid(*stored) == m_type) {
+            const Equality equality = m_areEqual(dynamic_cast<const void*>(stored), m_object);
+            if (equality != Equality::UNKNOWN)
+                return equality == Equality::YES;
+        }
+        const Reference<IVXUnknown> kept(stored);
+        return compareElements(m_comparator, stored, m_element) == 0;
+    }
+
+private:
+    const IVXComparator& m_comparator;
+    const IVXUnknown* m_element;
+    const std::type_info* m_type = nullptr;
+    AreEqual m_areEqual = nullptr;
+    const void* m_object = nullptr;
+};
+
+/// Keeps a list while a comparator is called, which may release it. Null for a list on the stack, which nothing may
+/// keep.
+template <class ListClass>
+Reference<ListClass> keepIfCounted(ListClass* list)
+{
+    return Reference<ListClass>(list->GetRefCount() > 0 ? list : nullptr);
+}
+
+} // namespace vx::collections::vorb::detail
