@@ -12,6 +12,8 @@
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 
+#include <memory>
+
 namespace vx::log {
 
 namespace {
@@ -86,9 +88,9 @@ LogEntry::Field& LogEntry::append(std::u16string_view name, std::uint32_t hash)
         m_more.reserve(2 * m_more.size() + FEW);
     if (m_count >= MOST_WITHOUT_INDEX)
         addToIndex(name);
-    if (m_count >= FEW) // nothing below fails
-        m_more.emplace_back();
-    Field& field = at(m_count++);
+    // nothing below fails
+    Field& field = m_count < FEW ? *std::construct_at(&m_few.fields[m_count]) : m_more.emplace_back();
+    ++m_count;
     field.ownName = ownName;
     field.hash = hash;
     return field;

@@ -17,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -112,7 +113,7 @@ private:
     /// For fields that the entry does not have yet; those of a logger come first.
     Field& add(LoggerField field, const Plain& value)
     {
-        Field& added = m_few[m_count++];
+        Field& added = *std::construct_at(&m_few.fields[m_count++]);
         added.loggerField = field;
         added.hash = LOGGER_FIELDS[field].hash;
         added.plain = value;
@@ -122,7 +123,7 @@ private:
     Field& append(std::u16string_view name, std::uint32_t hash);
     void addToIndex(std::u16string_view name);
 
-    Field& at(std::size_t place) noexcept { return place < FEW ? m_few[place] : m_more[place - FEW]; }
+    Field& at(std::size_t place) noexcept { return place < FEW ? m_few.fields[place] : m_more[place - FEW]; }
     const Field& at(std::size_t place) const noexcept { return const_cast<LogEntry&>(*this).at(place); }
     std::u16string_view textOf(Piece piece) const noexcept { return m_units.view().substr(piece.start, piece.length); }
     std::u16string_view nameOf(const Field& field) const noexcept
@@ -144,8 +145,15 @@ private:
     // would cost more than all else in it.
     static constexpr std::size_t FEW = LOGGER_FIELD_COUNT;
     static constexpr std::size_t MOST_WITHOUT_INDEX = 32;
+    /// Storage whose fields are constructed one by one: most entries have two of them.
+    union FewFields {
+        FewFields() noexcept { }
+        ~FewFields() { }
+        Field fields[FEW];
+    };
+    static_assert(std::is_trivially_destructible_v<Field>);
     std::size_t m_count = 0;
-    std::array<Field, FEW> m_few; ///< the first fields, in the order of setting
+    FewFields m_few; ///< the first fields, in the order of setting
     std::vector<Field, vxsys::Allocator<Field>> m_more; ///< the others
     std::unique_ptr<Index> m_index; ///< of all fields, once there are many
     vx::detail::ShortTextBuilder<128> m_units; ///< names that no logger sets, and the texts of a logger
