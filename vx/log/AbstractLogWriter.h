@@ -12,6 +12,8 @@ class TextBuilder;
 namespace vx::log {
 
 class AbstractLogWriter;
+class BasicLogWriter;
+class XmlLogWriter;
 
 namespace detail {
 
@@ -48,15 +50,18 @@ protected:
     /// appends.
     virtual String format(const ILogEntry* entry) = 0;
 
-    /// The writer is counted as long as this object lives.
+    /// Holds a reference to the writer as long as this object lives.
     explicit AbstractLogWriter(io::Writer* writer);
 
     io::Writer& getWriter() const noexcept { return *m_writer; }
 
 private:
     friend class detail::LogWriterFace;
+    friend class BasicLogWriter;
+    friend class XmlLogWriter;
 
     Reference<io::Writer> m_writer;
+    bool m_replacesHalves = false; ///< whether `print` itself replaces halves of surrogate pairs
 };
 
 } // namespace vx::log

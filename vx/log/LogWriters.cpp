@@ -9,12 +9,12 @@
 #include "vx/log/LogEntry.h"
 #include "vx/log/XmlLogWriter.h"
 #include "vx/log/detail/FieldOrder.h"
+#include "vx/log/detail/WholeText.h"
 #include "vx/text/charset/detail/Unicode.h"
 #include "vxsys/Surrogate.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
+#include <cstddef>
+#include <iterator>
 #include <string_view>
 
 namespace vx::log {
@@ -23,15 +23,34 @@ namespace {
 
 using namespace std::string_view_literals;
 
+using detail::appendWhole;
 using detail::FieldOrder;
+using detail::hasHighUnits;
+using detail::replaceHalves;
 using text::charset::detail::REPLACEMENT;
 using vx::detail::ShortTextBuilder;
 using vx::detail::TextBuilder;
 using vxsys::isLoneSurrogate;
-using vxsys::isSurrogate;
 
-/// Calls `take(name, printValue)` with each field of `entry`, in the order of its names; `printValue` appends the value's
-/// text to a builder. The entries of other classes than ours have only the operations of their interface.
+/// What stands before and after the value of a logger's field, so that it is appended in one piece.
+struct Frame {
+    std::u16string_view line;
+    std::u16string_view openElement;
+    std::u16string_view closeElement;
+};
+constexpr Frame FRAMES[] = {
+    {u"sequence=", u"    <sequence> ", u" </sequence>\n"},
+    {u"thread=", u"    <thread> ", u" </thread>\n"},
+    {u"name=", u"    <name> ", u" </name>\n"},
+    {u"timestamp=", u"    <timestamp> ", u" </timestamp>\n"},
+    {u"level=", u"    <level> ", u" </level>\n"},
+    {u"text=", u"    <text> ", u" </text>\n"},
+};
+static_assert(std::size(FRAMES) == FieldOrder::LOGGER_FIELDS);
+
+/// Calls `take(frame, name, printValue)` with each field of `entry`, in the order of its names. The frame is null for a field
+/// that no logger sets; `printValue` appends the value's text to a builder. The entries of other classes than ours have only
+/// the operations of their interface.
 template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
@@ -40,13 +59,15 @@ void forEachField(const ILogEntry& entry, Take take)
     if (own != nullptr) {
         const FieldOrder order(*own);
         for (const FieldOrder::Field* field : order)
-            take(order.nameOf(*field), [&](TextBuilder& text) { order.print(*field, text); });
+            take(order.isOfLogger(*field) ? &FRAMES[order.loggerFieldOf(*field)] : nullptr, order.nameOf(*field),
+                [&](TextBuilder& text) { order.print(*field, text); });
         return;
     }
     const Reference<const collections::Set<String>> names = entry.getFieldNames();
     for (const Reference<String>& name : *names) {
         const String value = entry.getField(*name)->toString();
-        take(name->view(), [&](TextBuilder& text) { text.append(value.view()); });
+        take(static_cast<const Frame*>(nullptr), name->view(),
+            [&](TextBuilder& text) { appendWhole(text, value.view()); });
     }
 }
 
@@ -73,34 +94,6 @@ constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
     const char16_t unit = text[index];
     return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE
         || isLoneSurrogate(text, index);
-}
-
-/// Whether there is a unit from U+8000 up. Looks at four in one step: most entries have none, and so no surrogate.
-bool hasHighUnits(std::u16string_view text) noexcept
-{
-    constexpr std::uint64_t HIGH = 0x8000'8000'8000'8000;
-    std::uint64_t all = 0;
-    std::size_t index = 0;
-    for (; text.size() - index >= 4; index += 4) {
-        std::uint64_t four;
-        std::memcpy(&four, text.data() + index, sizeof four);
-        all |= four;
-    }
-    for (; index < text.size(); ++index)
-        all |= text[index];
-    return (all & HIGH) != 0;
-}
-
-/// Puts U+FFFD in the place of each half of a surrogate pair: one of them must not keep its entry out of the log.
-void replaceHalves(TextBuilder& text) noexcept
-{
-    if (!hasHighUnits(text.view()))
-        return;
-    char16_t* const units = text.data();
-    for (std::int32_t index = 0; index < text.length(); ++index) {
-        if (isSurrogate(units[index]) && isLoneSurrogate(text.view(), static_cast<std::size_t>(index)))
-            units[index] = REPLACEMENT;
-    }
 }
 
 void escape(std::u16string_view text, TextBuilder& escaped)
@@ -131,7 +124,8 @@ void LogWriterFace::process(const ILogEntry* entry)
     auto& self = static_cast<AbstractLogWriter&>(*this);
     ShortTextBuilder<> text;
     print(*entry, text);
-    replaceHalves(text);
+    if (!self.m_replacesHalves && hasHighUnits(text.view()))
+        replaceHalves(text, 0);
     self.m_writer->write(text.data(), text.length());
     self.flush();
 }
@@ -167,6 +161,7 @@ String AbstractLogWriter::format(const ILogEntry* entry)
 BasicLogWriter::BasicLogWriter(io::Writer* writer)
     : AbstractLogWriter(writer)
 {
+    m_replacesHalves = true;
 }
 
 BasicLogWriter::~BasicLogWriter() noexcept(false) = default;
@@ -183,9 +178,13 @@ String BasicLogWriter::format(const ILogEntry* entry)
 
 void BasicLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
-    forEachField(entry, [&](std::u16string_view name, auto printValue) {
-        text.append(name);
-        text.append(u'=');
+    forEachField(entry, [&](const Frame* frame, std::u16string_view name, auto printValue) {
+        if (frame != nullptr) {
+            text.append(frame->line);
+        } else {
+            appendWhole(text, name);
+            text.append(u'=');
+        }
         printValue(text);
         text.append(u'\n');
     });
@@ -196,6 +195,7 @@ XmlLogWriter::XmlLogWriter(io::Writer* writer, Values values)
     : AbstractLogWriter(writer)
     , m_values(values)
 {
+    m_replacesHalves = true;
     getWriter().write(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
     getWriter().write(u"<log>\n");
 }
@@ -221,10 +221,14 @@ String XmlLogWriter::format(const ILogEntry* entry)
 void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
     text.append(u"  <entry>\n"sv);
-    forEachField(entry, [&](std::u16string_view name, auto printValue) {
-        text.append(u"    <"sv);
-        text.append(name);
-        text.append(u"> "sv);
+    forEachField(entry, [&](const Frame* frame, std::u16string_view name, auto printValue) {
+        if (frame != nullptr) {
+            text.append(frame->openElement);
+        } else {
+            text.append(u"    <"sv);
+            appendWhole(text, name);
+            text.append(u"> "sv);
+        }
         if (m_values == Values::ESCAPED) {
             ShortTextBuilder<> value;
             printValue(value);
@@ -232,9 +236,13 @@ void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
         } else {
             printValue(text);
         }
-        text.append(u" </"sv);
-        text.append(name.substr(0, name.find(u' ')));
-        text.append(u">\n"sv);
+        if (frame != nullptr) {
+            text.append(frame->closeElement);
+        } else {
+            text.append(u" </"sv);
+            appendWhole(text, name.substr(0, name.find(u' ')));
+            text.append(u">\n"sv);
+        }
     });
     text.append(u"  </entry>\n"sv);
 }

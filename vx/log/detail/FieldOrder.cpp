@@ -5,6 +5,7 @@
 #include "vx/collections/Set.h"
 #include "vx/detail/HashOrder.h"
 #include "vx/log/TimeStamp.h"
+#include "vx/log/detail/WholeText.h"
 
 #include <cstring>
 
@@ -85,12 +86,12 @@ void FieldOrder::print(const Field& field, TextBuilder& text) const
             const Object* const value = field.object.load(std::memory_order_relaxed);
             if (value == nullptr)
                 throwResult(RESULT_END_OF_FILE); // as `getField` does
-            text.append(value->toString().view());
+            appendWhole(text, value->toString().view());
         }
         void operator()(std::int32_t number) const { text.appendNumber(number); }
         void operator()(std::uint32_t number) const { text.appendNumber(number); }
         void operator()(const STRUCT_VX_TIME& time) const { printTime(time, text); }
-        void operator()(LogEntry::Piece piece) const { text.append(entry.textOf(piece)); }
+        void operator()(LogEntry::Piece piece) const { appendWhole(text, entry.textOf(piece)); }
 
         const LogEntry& entry;
         const Field& field;

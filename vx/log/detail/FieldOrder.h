@@ -17,6 +17,7 @@ namespace vx::log::detail {
 class FieldOrder {
 public:
     using Field = LogEntry::Field;
+    static constexpr std::size_t LOGGER_FIELDS = LogEntry::LOGGER_FIELD_COUNT;
 
     explicit FieldOrder(const LogEntry& entry);
     FieldOrder(const FieldOrder&) = delete;
@@ -26,7 +27,10 @@ public:
     const Field* const* end() const noexcept { return m_fields.data() + m_fields.size(); }
 
     std::u16string_view nameOf(const Field& field) const noexcept { return m_entry.nameOf(field); }
-    /// Appends what `toString` of the value gives. Throws ResultException with RESULT_END_OF_FILE if the value is null.
+    static bool isOfLogger(const Field& field) noexcept { return field.loggerField != LogEntry::LOGGER_FIELD_COUNT; }
+    /// Counts in the order sequence, thread, name, timestamp, level, text.
+    static std::size_t loggerFieldOf(const Field& field) noexcept { return field.loggerField; }
+    /// Appends what `toString` of the value gives, without halves of surrogate pairs. Throws ResultException with RESULT_END_OF_FILE if the value is null.
     void print(const Field& field, vx::detail::TextBuilder& text) const;
 
 private:
