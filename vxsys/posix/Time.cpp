@@ -40,10 +40,12 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
     return RESULT_OK;
 }
 
-/// What the calling thread last knew of the time zone.
+/// What the calling thread last knew of the time zone, and the second that it broke down last.
 struct ZoneCheck {
     std::time_t second;
     bool wasNamed; ///< by the environment
+    bool hasParts;
+    std::tm parts;
 };
 constinit thread_local ZoneCheck s_zoneCheck {};
 
@@ -51,11 +53,19 @@ constinit thread_local ZoneCheck s_zoneCheck {};
 /// call, the file of the system's zone once a second: that costs a call of the system.
 std::tm* localTime(const std::time_t* moment, std::tm* parts) noexcept
 {
+    ZoneCheck& last = s_zoneCheck;
     const bool isNamed = std::getenv("TZ") != nullptr;
-    if (isNamed || s_zoneCheck.wasNamed || s_zoneCheck.second != *moment)
+    const bool isSameSecond = last.hasParts && !isNamed && !last.wasNamed && last.second == *moment;
+    if (!isSameSecond) {
         ::tzset();
-    s_zoneCheck = {*moment, isNamed};
-    return ::localtime_r(moment, parts);
+        last.hasParts = ::localtime_r(moment, &last.parts) != nullptr;
+        last.second = *moment;
+        last.wasNamed = isNamed;
+        if (!last.hasParts)
+            return nullptr;
+    }
+    *parts = last.parts;
+    return parts;
 }
 
 template <class Break>
