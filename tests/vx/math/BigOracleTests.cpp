@@ -65,8 +65,11 @@ protected:
             = below(2) != 0 && bytes.find_first_not_of('\0') < size; // a zero with the flag has no oracle
         return {reinterpret_cast<const signed char*>(bytes.data()), static_cast<int>(size), negative};
     }
-    /// Mostly small, now and then up to 20,000 digits.
-    BigInteger number() { return number(below(40) == 0 ? 8200 : below(8) == 0 ? 1500 : 200); }
+    /// Mostly small, now and then up to 20,000 digits, and seldom up to 200,000.
+    BigInteger number()
+    {
+        return number(below(400) == 0 ? 83'000 : below(40) == 0 ? 8200 : below(8) == 0 ? 1500 : 200);
+    }
     BigInteger positive(std::size_t mostBytes)
     {
         BigInteger value = number(mostBytes);

@@ -1,4 +1,5 @@
 #include "vx/math/detail/Limbs.h"
+#include "vx/math/detail/LimbsTransform.h"
 
 #include <algorithm>
 #include <utility>
@@ -7,9 +8,10 @@ namespace vx::math::detail {
 
 namespace {
 
-// Words from which splitting in halves is faster; measured.
+// Words from which splitting in halves is faster, and then transforms; measured.
 constexpr Size KARATSUBA_MULTIPLY = 40;
 constexpr Size KARATSUBA_SQUARE = 56;
+constexpr Size TRANSFORM = 1200;
 
 /// The sum of the products that make one word of a result. Three words are enough for any number of them that fits in
 /// memory.
@@ -157,6 +159,8 @@ void multiply(Limb* target, Natural left, Natural right)
         return squareSchool(target, left);
     if (count < KARATSUBA_MULTIPLY)
         return multiplySchool(target, left, right);
+    if (count >= TRANSFORM)
+        return multiplyByTransform(target, left, right);
 
     // The longer one in pieces of the shorter one's length, each product added to those below.
     Scratch scratch(scratchFor(count) + 2 * count);
