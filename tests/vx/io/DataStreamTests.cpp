@@ -1,5 +1,6 @@
 #include "StreamDoubles.h"
 
+#include "tests/Random.h"
 #include "tests/Slots.h"
 #include "vx/Exceptions.h"
 #include "vx/io/AlphaNumInputStream.h"
@@ -9,8 +10,6 @@
 #include "vx/io/DataInputStream.h"
 #include "vx/io/DataOutputStream.h"
 #include "vx/text/charset/CharsetException.h"
-
-#include <random>
 
 using namespace vx;
 using namespace vx::io;
@@ -145,7 +144,7 @@ TEST(AlphaNumStreams, LayBitsOutAsBase32)
 
 TEST(AlphaNumStreams, ComeBackInPiecesOfAnySize)
 {
-    std::mt19937 random(4);
+    Random random;
     for (std::size_t length = 0; length < 42; ++length) {
         std::string bytes(length, '\0');
         for (char& byte : bytes)

@@ -12,7 +12,6 @@
 
 #include <fcntl.h>
 #include <memory>
-#include <random>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -43,7 +42,7 @@ std::string recordOf(int writer, int sequence, std::size_t length)
 void writeRecords(const String& path, unsigned mode, int writer, int count, std::size_t longest)
 {
     FileOutputStream stream(path, mode);
-    std::mt19937 random(static_cast<unsigned>(writer));
+    Random random;
     for (int sequence = 0; sequence < count; ++sequence) {
         // Mostly short, sometimes of many pages, which the system writes in several steps.
         const std::size_t length = random() % 100 == 0 ? random() % longest : random() % 200;
