@@ -1,5 +1,6 @@
 #include "StreamDoubles.h"
 
+#include "tests/Outcome.h"
 #include "tests/Random.h"
 #include "tests/Slots.h"
 
@@ -105,11 +106,11 @@ TYPED_TEST(Twins, FiltersHandEverythingOn)
     EXPECT_EQ(writeInAllWays<TypeParam>(*filteredSink, this->m_events), writeInAllWays<TypeParam>(*bareSink, below));
 
     const Reference<In> noSource(new typename TypeParam::FilterInput(nullptr));
-    expectThrow<IoException>([&] { noSource->skip(1); }, u"stream closed");
-    expectThrow<IoException>([&] { noSource->reset(); }, u"stream closed");
+    EXPECT_EQ(saidBy<IoException>([&] { noSource->skip(1); }), "stream closed");
+    EXPECT_EQ(saidBy<IoException>([&] { noSource->reset(); }), "stream closed");
     noSource->close();
     const Reference<Out> noSink(new typename TypeParam::FilterOutput(nullptr));
-    expectThrow<IoException>([&] { noSink->write(this->text("a"), 1); }, u"stream closed");
+    EXPECT_EQ(saidBy<IoException>([&] { noSink->write(this->text("a"), 1); }), "stream closed");
     noSink->close();
 }
 
@@ -167,13 +168,13 @@ TYPED_TEST(Twins, GoBackToAMark)
     };
     for (const auto& row : rows) {
         typename TypeParam::BufferedInput input(new Source<TypeParam>(this->letters(120), this->m_events), 16);
-        expectThrow<IoException>([&] { input.reset(); }, u"stream not marked");
+        EXPECT_EQ(saidBy<IoException>([&] { input.reset(); }), "stream not marked");
         input.skip(row.before);
         input.mark(row.limit);
         for (int round = 0; round < 2; ++round) { // a mark stays where it is
             input.skip(row.behind);
             if (!row.isKept) {
-                expectThrow<IoException>([&] { input.reset(); }, u"mark invalid");
+                EXPECT_EQ(saidBy<IoException>([&] { input.reset(); }), "mark invalid");
                 continue;
             }
             input.reset();
@@ -191,10 +192,10 @@ TYPED_TEST(Twins, LoseNothingWhenTheSourceFails)
     input.skip(10);
     input.mark(30);
     EXPECT_EQ(this->readUpTo(input, 6), unitsFrom<typename TypeParam::Unit>('a' + 10, 6));
-    expectThrow<TimeoutException>([&] { input.read(); }, u"source failed");
+    EXPECT_EQ(saidBy<TimeoutException>([&] { input.read(); }), "source failed");
     EXPECT_EQ(input.skip(16), 16);
-    expectThrow<TimeoutException>([&] { this->readUpTo(input, 16); }, u"source failed");
-    expectThrow<TimeoutException>([&] { input.skip(1); }, u"source failed");
+    EXPECT_EQ(saidBy<TimeoutException>([&] { this->readUpTo(input, 16); }), "source failed");
+    EXPECT_EQ(saidBy<TimeoutException>([&] { input.skip(1); }), "source failed");
     input.reset();
     EXPECT_EQ(input.read(), 'a' + 10);
     EXPECT_EQ(input.skip(100), 39);
@@ -259,7 +260,7 @@ TYPED_TEST(Twins, AreClosedForGoodButForClosing)
             = {[&] { input.read(); }, [&] { input.skip(0); }, [&] { input.available(); }, [&] { input.mark(1); },
                 [&] { input.reset(); }, [&] { output.flush(); }, [&] { output.write(this->NOTHING, 0); }};
         for (const auto& operation : operations)
-            expectThrow<IoException>(operation, u"stream closed");
+            EXPECT_EQ(saidBy<IoException>(operation), "stream closed");
     }
     EXPECT_EQ(this->m_events, "close close gone gone ");
 }
@@ -291,20 +292,6 @@ TYPED_TEST(Twins, CollectSmallWritesAndFlushOnlyWhenAsked)
     }
 }
 
-TYPED_TEST(Twins, KeepWhatASinkDidNotTake)
-{
-    auto* sink = new Sink<TypeParam>(this->m_events);
-    typename TypeParam::BufferedOutput output(sink, 16);
-    output.write(this->text("0123456789"), 10);
-    sink->m_fails = true;
-    EXPECT_THROW(output.write(this->text("abcdefg"), 7), TimeoutException);
-    sink->m_fails = false;
-    this->m_events.clear();
-    output.write(this->text("!"), 1);
-    output.flush();
-    EXPECT_EQ(this->m_events, "write(0123456789!) flush ");
-}
-
 TYPED_TEST(Twins, RefuseANullBufferAndASourceThatClaimsTooMuch)
 {
     struct Liar : TypeParam::Input {
@@ -313,10 +300,10 @@ TYPED_TEST(Twins, RefuseANullBufferAndASourceThatClaimsTooMuch)
     typename TypeParam::Unit units[64];
     typename TypeParam::BufferedInput input(new Liar, 16);
     for (const int length : {1, 32})
-        expectThrow<IoException>([&] { input.read(units, length); }, u"stream read more than asked");
+        EXPECT_EQ(saidBy<IoException>([&] { input.read(units, length); }), "stream read more than asked");
     typename TypeParam::BufferedOutput output(nullptr, 16);
-    expectThrow<IoException>([&] { output.write(this->NOTHING, 1); }, u"null buffer");
-    expectThrow<IoException>([&] { output.flush(); }, u"stream closed");
+    EXPECT_EQ(saidBy<IoException>([&] { output.write(this->NOTHING, 1); }), "null buffer");
+    EXPECT_EQ(saidBy<IoException>([&] { output.flush(); }), "stream closed");
 }
 
 } // namespace

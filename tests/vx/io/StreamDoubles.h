@@ -138,16 +138,3 @@ public:
 private:
     std::string& m_events;
 };
-
-/// Runs `work`, which must throw exactly an `Expected` with this description.
-template <class Expected, class Work>
-void expectThrow(Work&& work, const char16_t* description)
-{
-    try {
-        work();
-        ADD_FAILURE() << "nothing was thrown";
-    } catch (const Expected& failure) {
-        EXPECT_EQ(failure.getDescription(), description);
-        EXPECT_EQ(typeid(failure), typeid(Expected));
-    }
-}
