@@ -1,10 +1,8 @@
 #!/usr/bin/env python3
 """Runs the vxlog that the variable VXLOG names as a person would. The oracle for documents is Python's XML parser."""
 
-import contextlib
 import functools
 import os
-import random
 import re
 import resource
 import shutil
@@ -211,7 +209,6 @@ class Signals(tool.Scratch):
                 self.assertTrue(wanted[len(texts) - 1].startswith(texts[-1]))
                 os.remove(self.log)
 
-
     def test_ends_at_once_while_it_connects(self):
         with socket.create_server(("127.0.0.1", 0), backlog=0) as listener, socket.create_connection(listener.getsockname()):
             port = listener.getsockname()[1]
@@ -221,59 +218,6 @@ class Signals(tool.Scratch):
                 time.sleep(0.001)
             process.send_signal(signal.SIGTERM)
             self.assertEqual((process.wait(60), process.communicate()[1]), (-signal.SIGTERM, b""))
-
-
-class SharedFiles(tool.Scratch):
-    """What several processes append to."""
-
-    ROUNDS = int(os.environ.get("VXLOG_ROUNDS", "2"))
-    PROCESSES = 8
-    LINES = 300
-
-    def test_loses_nothing_and_tears_nothing_when_some_are_killed(self):
-        random.seed(4)
-        for number in range(self.ROUNDS):
-            killed = random.sample(range(self.PROCESSES), 2)
-            with self.subTest(round=number, killed=killed):
-                self.run_round(killed)
-                os.remove(self.log)
-
-    def run_round(self, killed):
-        padding = "ü" * random.randrange(2, 9000)
-        processes = [start("-f", self.log, "-n", str(each), "--fields", "name,text") for each in range(self.PROCESSES)]
-        written = [0] * self.PROCESSES
-        deaths = {each: random.randrange(self.LINES) for each in killed}
-        slowest = 0.0
-        for line in range(self.LINES):
-            for each, process in enumerate(processes):
-                if deaths.get(each, self.LINES) == line:
-                    process.kill()
-                    process.wait()
-                if deaths.get(each, self.LINES) > line:
-                    before = time.monotonic()
-                    process.stdin.write(f"{line} {padding}\n".encode())
-                    process.stdin.flush()
-                    slowest = max(slowest, time.monotonic() - before)
-                    written[each] = line + 1
-        for each, process in enumerate(processes):
-            if each in deaths:
-                process.stderr.close()
-                with contextlib.suppress(BrokenPipeError):
-                    process.stdin.close()
-            else:
-                self.assertEqual((process.communicate()[1], process.returncode), (b"", 0))
-        if "VXLOG_ROUNDS" in os.environ:  # by hand, on a machine that has nothing else to do
-            self.assertLess(slowest, 1.0, "waited for a dead one")
-        arrived = {str(each): [] for each in range(self.PROCESSES)}
-        for entry in self.entries():
-            text, end = entry["text"].split(" ")
-            self.assertEqual(end, padding)
-            arrived[entry["name"]].append(int(text))
-        for each in range(self.PROCESSES):
-            got = arrived[str(each)]
-            self.assertEqual(got, list(range(len(got))))
-            if each not in deaths:
-                self.assertEqual(len(got), self.LINES)
 
 
 if __name__ == "__main__":

@@ -158,9 +158,11 @@ class Senders(Served):
     def test_share_the_file_with_those_who_write_it_themselves(self):
         for name in ["log", self.path("other")]:
             self.log = self.path(name)
-            self.start(log=name)
+            self.start("--max-line=100000", log=name)
             targets = [["--to", f"vxlog://127.0.0.1:{self.port}?ack=1"]] * 4 + [["-f", self.log]] * 3 + [["-f", name]]
-            data = ["".join(f"{number} {line}\n" for line in range(3000)) for number in range(len(targets))]
+            # Some are longer than every buffer between them and the file.
+            data = ["".join(f"{number} {line} {'ü' * (40000 if line % 300 == 0 else 0)}\n" for line in range(3000))
+                    for number in range(len(targets))]
             results = []
             threads = [threading.Thread(target=lambda *pair: results.append(
                 vxlog(*pair[0], data=pair[1].encode(), cwd=self.folder)), args=pair) for pair in zip(targets, data)]
