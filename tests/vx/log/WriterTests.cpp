@@ -1,24 +1,19 @@
 #include "Recording.h"
 #include "tests/Random.h"
 #include "tests/vx/io/StreamDoubles.h"
-#include "tests/vxsys/Scratch.h"
 #include "vx/Result.h"
 #include "vx/collections/Set.h"
 #include "vx/io/EntryStream.h"
-#include "vx/io/FileOutputStream.h"
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/LogEntry.h"
 #include "vx/log/Logger.h"
-#include "vx/log/SyncLogger.h"
 #include "vx/log/XmlLogWriter.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
-#include <thread>
 
 namespace vx::log {
 namespace {
@@ -164,31 +159,6 @@ TEST(LogChain, GoesOnAfterAnEntryThatItCannotWrite)
             entry("half of a pair \uFFFD") + entry("\uFFFD the other half") + entry("both \U0001F600") + entry("last"))
             << String(encoding);
     }
-}
-
-TEST(LogChain, LeavesTheFileCompleteAfterEachEntry)
-{
-    const Scratch scratch;
-    const std::filesystem::path path = scratch / "log.xml";
-    {
-        Reference<io::FileOutputStream> file(
-            new io::FileOutputStream(String(path.c_str()), io::FileOutputStream::APPEND));
-        Reference<io::OutputStreamWriter> writer(new io::OutputStreamWriter(file.get(), u"UTF-8", 256));
-        const Reference<AsyncProcessor> async = AsyncProcessor::create(XmlLogWriter::create(writer.get()).get(), 1);
-        const Reference<Logger> logger = Logger::create();
-        logger->enableField(u"level", false);
-        logger->addProcessor(async.get());
-        Reference<SyncLogger> sync(new SyncLogger(logger.get()));
-        std::string expected = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
-        for (const char16_t* text : {u"first", u"Ελληνικά", u"\U0001F600"}) {
-            sync->log(1, text);
-            ASSERT_TRUE(async->waitUntilDone());
-            expected += "  <entry>\n    <text> " + String(text).toUtf8() + " </text>\n  </entry>\n";
-            EXPECT_EQ(contentOf(path), expected);
-        }
-    }
-    while (!contentOf(path).ends_with("</log>\n")) // the worker releases the writer last
-        std::this_thread::yield();
 }
 
 } // namespace
