@@ -5,8 +5,13 @@
 #include "vx/TerminatedText.h"
 #include "vx/detail/Truncated.h"
 #include "vx/math/detail/DecimalEstimate.h"
+#include "vx/math/detail/Limbs.h"
 #include "vxsys/Number.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdlib>
 #include <limits>
 #include <optional>
@@ -22,6 +27,45 @@ int checkedScale(std::int64_t scale)
         throw RangeErrorException(u"Scale out of range.");
     return static_cast<int>(scale);
 }
+
+constexpr int WORD_EXPONENT = 19; // of the greatest power of ten in one word
+
+constexpr std::array<detail::Limb, WORD_EXPONENT + 1> WORD_POWERS = [] {
+    std::array<detail::Limb, WORD_EXPONENT + 1> powers {1};
+    for (std::size_t exponent = 1; exponent < powers.size(); ++exponent)
+        powers[exponent] = 10 * powers[exponent - 1];
+    return powers;
+}();
+
+constexpr detail::Limb wordPowerOfTen(std::int64_t exponent)
+{
+    return WORD_POWERS[static_cast<std::size_t>(exponent)];
+}
+
+/// A natural number of few words, times a power of ten from 0 to MOST_EXPONENT.
+class FewLimbs {
+public:
+    static constexpr detail::Size MOST = 8;
+    static constexpr int MOST_EXPONENT = 2 * WORD_EXPONENT;
+    static constexpr detail::Size ROOM = MOST + 2;
+
+    FewLimbs(detail::Natural value, std::int64_t exponent)
+    {
+        const std::int64_t first = std::min<std::int64_t>(exponent, WORD_EXPONENT);
+        m_limbs[value.size()] = detail::multiplyByLimb(m_limbs, value, wordPowerOfTen(first));
+        m_count = detail::trimmed(m_limbs, value.size() + 1);
+        if (exponent > first) {
+            m_limbs[m_count] = detail::multiplyByLimb(m_limbs, get(), wordPowerOfTen(exponent - first));
+            m_count = detail::trimmed(m_limbs, m_count + 1);
+        }
+    }
+
+    detail::Natural get() const { return {m_limbs, m_count}; }
+
+private:
+    detail::Limb m_limbs[ROOM];
+    detail::Size m_count;
+};
 
 BigInteger powerOfTen(std::int64_t exponent)
 {
@@ -179,24 +223,30 @@ int BigDecimal::getSize() const
 
 void BigDecimal::add(const BigDecimal& other)
 {
-    combine(other, &BigInteger::add);
+    combine(other, other.isNegative());
 }
 
 void BigDecimal::subtract(const BigDecimal& other)
 {
-    combine(other, &BigInteger::subtract);
+    combine(other, !other.isNegative());
 }
 
-void BigDecimal::combine(const BigDecimal& other, void (BigInteger::*operation)(const BigInteger&))
+void BigDecimal::combine(const BigDecimal& other, bool otherNegative)
 {
-    if (other.m_scale < m_scale) {
-        BigDecimal scaled(other);
-        scaled.setScale(m_scale);
-        (m_unscaled.*operation)(scaled.m_unscaled);
+    const std::int64_t difference = std::int64_t {m_scale} - other.m_scale;
+    if (difference <= 0) {
+        setScale(other.m_scale);
+        m_unscaled.addLimbs(other.m_unscaled.limbs(), otherNegative);
         return;
     }
-    setScale(other.m_scale);
-    (m_unscaled.*operation)(other.m_unscaled);
+    const detail::Natural others = other.m_unscaled.limbs();
+    if (difference <= FewLimbs::MOST_EXPONENT && others.size() <= FewLimbs::MOST) {
+        m_unscaled.addLimbs(FewLimbs(others, difference).get(), otherNegative);
+        return;
+    }
+    BigDecimal scaled(other);
+    scaled.setScale(m_scale);
+    m_unscaled.addLimbs(scaled.m_unscaled.limbs(), otherNegative);
 }
 
 void BigDecimal::multiply(const BigDecimal& other)
@@ -209,9 +259,11 @@ void BigDecimal::multiply(const BigDecimal& other)
 void BigDecimal::divide(const BigDecimal& divisor, int scale)
 {
     // Whichever is scaled up: afterwards the scales differ by that of the result.
+    const std::int64_t upperScale = std::int64_t {divisor.m_scale} + scale;
+    if (divideFew(divisor, upperScale, scale))
+        return;
     BigDecimal upper(*this);
     BigDecimal lower(divisor);
-    const std::int64_t upperScale = std::int64_t {divisor.m_scale} + scale;
     if (upperScale < m_scale)
         lower.setScale(checkedScale(std::int64_t {m_scale} - scale));
     else
@@ -230,15 +282,62 @@ void BigDecimal::divide(const BigDecimal& divisor, int scale)
     m_scale = scale;
 }
 
+bool BigDecimal::divideFew(const BigDecimal& divisor, std::int64_t upperScale, int scale)
+{
+    const std::int64_t exponent = upperScale - m_scale;
+    const detail::Natural mine = m_unscaled.limbs();
+    const detail::Natural others = divisor.m_unscaled.limbs();
+    if (std::abs(exponent) > FewLimbs::MOST_EXPONENT || others.empty()
+        || std::max(mine.size(), others.size()) > FewLimbs::MOST)
+        return false;
+    if (exponent < 0)
+        checkedScale(std::int64_t {m_scale} - scale);
+    else
+        checkedScale(upperScale);
+
+    const FewLimbs upper(mine, std::max<std::int64_t>(exponent, 0));
+    const FewLimbs lower(others, std::max<std::int64_t>(-exponent, 0));
+    const detail::Natural dividend = upper.get();
+    const detail::Natural lowest = lower.get();
+    detail::Limb quotient[FewLimbs::ROOM + 1];
+    detail::Limb rest[FewLimbs::ROOM + 1];
+    detail::Size count = 1;
+    if (detail::compare(dividend, lowest) < 0) {
+        quotient[0] = 0;
+        std::copy(dividend.begin(), dividend.end(), rest);
+        std::fill(rest + dividend.size(), rest + lowest.size(), 0);
+    } else if (dividend.size() == 1) {
+        quotient[0] = dividend[0] / lowest[0];
+        rest[0] = dividend[0] % lowest[0];
+    } else {
+        count = dividend.size() - lowest.size() + 1;
+        detail::divide(quotient, rest, dividend, lowest);
+    }
+    const detail::Limb above = detail::shiftLeft(rest, {rest, lowest.size()}, 1);
+    if (above != 0 || detail::compare(rest, lowest.data(), lowest.size()) >= 0) {
+        const detail::Limb one = 1;
+        quotient[count] = detail::add(quotient, {quotient, count}, {&one, 1});
+        ++count;
+    }
+    const detail::Natural result(quotient, detail::trimmed(quotient, count));
+    m_unscaled.setLimbs(result, !result.empty() && isNegative() != divisor.isNegative());
+    m_scale = scale;
+    return true;
+}
+
 void BigDecimal::setScale(int scale)
 {
     const std::int64_t difference = std::int64_t {scale} - m_scale;
     if (difference > 0) {
-        if (sign() != 0)
+        if (sign() != 0 && difference <= WORD_EXPONENT)
+            m_unscaled.multiplyByLimb(wordPowerOfTen(difference));
+        else if (sign() != 0)
             m_unscaled.multiply(powerOfTen(difference));
     } else if (difference < 0) {
         if (-difference > m_unscaled.getBitCount() / 3) { // a power of ten has more than three bits for each zero
             m_unscaled = BigInteger::ZERO;
+        } else if (-difference <= WORD_EXPONENT) {
+            m_unscaled.divideByLimb(wordPowerOfTen(-difference));
         } else {
             BigInteger rest;
             m_unscaled.divide(powerOfTen(-difference), rest);

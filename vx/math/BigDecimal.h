@@ -88,8 +88,10 @@ private:
 
     template <class Integer>
     BigDecimal& setInteger(Integer value);
-    /// Adds or subtracts, after both have the greater scale.
-    void combine(const BigDecimal& other, void (BigInteger::*operation)(const BigInteger&));
+    /// Adds, with that sign, after both have the greater scale.
+    void combine(const BigDecimal& other, bool otherNegative);
+    /// `divide` for few digits, without an allocation for the intermediate results. False if there are too many.
+    bool divideFew(const BigDecimal& divisor, std::int64_t upperScale, int scale);
     /// Without zero bytes at the top, which callers may have written through `getData`.
     std::int64_t bitCount() const;
     int sign() const;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -33,6 +34,13 @@ int bytesIn(detail::Natural limbs)
     if (count == 0)
         return 0;
     return static_cast<int>(count) * LIMB_BYTES - std::countl_zero(limbs[count - 1]) / 8;
+}
+
+std::int64_t bitsIn(detail::Natural limbs) noexcept
+{
+    if (limbs.empty())
+        return 0;
+    return static_cast<std::int64_t>(limbs.size()) * detail::LIMB_BITS - std::countl_zero(limbs.back());
 }
 
 void checkBitNumber(int n)
@@ -209,26 +217,28 @@ int BigInteger::getSize() const
 
 void BigInteger::add(const BigInteger& other)
 {
-    addSigned(other, other.m_negative);
+    addLimbs(other.limbs(), other.m_negative);
 }
 
 void BigInteger::subtract(const BigInteger& other)
 {
-    addSigned(other, !other.m_negative);
+    addLimbs(other.limbs(), !other.m_negative);
 }
 
-void BigInteger::addSigned(const BigInteger& other, bool otherNegative)
+void BigInteger::addLimbs(std::span<const Limb> others, bool otherNegative)
 {
+    const detail::Natural mine = limbs();
     if (m_negative == otherNegative) {
-        const int bits = std::max(getBitCount(), other.getBitCount());
-        setSize(static_cast<int>((std::int64_t {bits} + 9) / 8)); // room for the carry
-        detail::add(m_data.get(), {m_data.get(), limbsFor(m_size)}, other.limbs());
+        const bool isSame = others.data() == mine.data();
+        const std::int64_t bits = std::max(bitsIn(mine), bitsIn(others));
+        setSize(static_cast<int>(std::min((bits + 9) / 8, LARGEST_SIZE + std::int64_t {1}))); // room for the carry
+        if (isSame)
+            others = {m_data.get(), others.size()}; // it may have moved
+        detail::add(m_data.get(), {m_data.get(), limbsFor(m_size)}, others);
         truncateZeroBytes();
         return;
     }
 
-    const detail::Natural mine = limbs();
-    const detail::Natural others = other.limbs();
     const int order = detail::compare(mine, others);
     if (order == 0) {
         m_size = 0;
@@ -238,9 +248,10 @@ void BigInteger::addSigned(const BigInteger& other, bool otherNegative)
         truncateZeroBytes();
     } else {
         const detail::Size count = mine.size();
-        ensureCapacity(other.m_size);
+        const int size = bytesIn(others);
+        ensureCapacity(size);
         detail::subtract(m_data.get(), others, {m_data.get(), count});
-        m_size = bytesIn(others);
+        m_size = size;
         m_negative = otherNegative;
         truncateZeroBytes();
     }
@@ -259,9 +270,37 @@ void BigInteger::multiply(const BigInteger& other)
     const detail::Size count = mine.size() + others.size();
     if (count > limbsFor(LARGEST_SIZE) + 1)
         throwBadAllocation();
+    if (constexpr detail::Size FEW = 16; count <= FEW) { // copied in less time than a new array takes
+        Limb product[FEW];
+        detail::multiply(product, mine, others);
+        setLimbs({product, count}, negative);
+        return;
+    }
     auto product = vx::detail::makeRawArray<Limb>(static_cast<std::int64_t>(count));
     detail::multiply(product.get(), mine, others);
     takeLimbs(std::move(product), count, negative);
+}
+
+void BigInteger::multiplyByLimb(Limb factor)
+{
+    const detail::Natural mine = limbs();
+    const std::int64_t bits = bitsIn(mine) + std::bit_width(factor);
+    setSize(static_cast<int>(std::min((bits + 7) / 8, LARGEST_SIZE + std::int64_t {1})));
+    const Limb above = detail::multiplyByLimb(m_data.get(), {m_data.get(), mine.size()}, factor);
+    if (mine.size() < limbsFor(m_size))
+        m_data[mine.size()] = above;
+    truncateZeroBytes();
+}
+
+void BigInteger::divideByLimb(Limb divisor)
+{
+    const detail::Natural mine = limbs();
+    if (mine.size() == 1)
+        m_data[0] /= divisor;
+    else
+        detail::LimbDivisor(divisor).divide(m_data.get(), mine);
+    truncateZeroBytes();
+    m_negative &= m_size != 0;
 }
 
 void BigInteger::divide(const BigInteger& divisor, BigInteger& remainder)

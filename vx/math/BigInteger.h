@@ -124,7 +124,10 @@ private:
     void setInteger(Integer value);
     void setLimbs(std::span<const Limb> limbs, bool negative);
     void takeLimbs(vx::detail::RawArray<Limb> limbs, std::size_t count, bool negative);
-    void addSigned(const BigInteger& other, bool otherNegative);
+    void addLimbs(std::span<const Limb> others, bool otherNegative);
+    void multiplyByLimb(Limb factor);
+    /// Truncated toward zero; a zero has no flag.
+    void divideByLimb(Limb divisor);
 
     bool m_negative = false;
     int m_size = 0;
