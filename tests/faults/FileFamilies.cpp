@@ -1,3 +1,5 @@
+#include "common/Failure.h"
+#include "common/Input.h"
 #include "tests/faults/Families.h"
 #include "vx/Result.h"
 #include "vx/io/AlphaNumOutputStream.h"
@@ -14,6 +16,9 @@
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/util/IniFile.h"
 #include "vx/util/RegistryKey.h"
+#include "vxconv/Conversion.h"
+#include "vxconv/Files.h"
+#include "vxconv/Options.h"
 #include "vxsys/File.h"
 
 #include <utility>
@@ -102,6 +107,25 @@ Family registry(const char* name, void (*work)(const RegistryKey& key))
                             seen += keys->next()->getKey().toUtf8() + ' ';
                         return seen;
                     });
+            }};
+}
+
+/// The work of the tool that converts a file.
+Family converting(const char* name, vxconv::Options options)
+{
+    return {name, [options](const Scratch& place) {
+                put(place / "from", "Some text, \xC3\xA4\nof two lines");
+                put(place / "to", "What was there before\n");
+                return Operation {[from = (place / "from").string(), to = (place / "to").string(), options] {
+                    try {
+                        const vxtools::Input input(from);
+                        vxconv::Output output(to, input);
+                        vxconv::convert(options, input, output);
+                        output.commit();
+                    } catch (const vxtools::Failure& failure) {
+                        throw Exception(String(failure.what()));
+                    }
+                }};
             }};
 }
 
@@ -263,6 +287,9 @@ std::vector<Family> fileFamilies()
                     throwIfFailed(file->GetWriteResult());
                 }};
             }},
+
+        converting("Convert", {.from = "UTF-8", .to = "UTF-16LE"}),
+        converting("ConvertLines", {.from = "UTF-8", .to = "CP1252", .lines = true}),
 
         registry("RegistrySet", [](const RegistryKey& key) { key.setValue(u"text", u"after"); }),
         registry("RegistrySetNew", [](const RegistryKey& key) { key.setValue(u"new", u"value"); }),

@@ -6,14 +6,20 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vxtools {
 
+Input::Input(Text name)
+    : m_name(std::move(name))
+{
+}
+
 Input::Input(const std::string& path)
-    : m_name(path == "-" ? STANDARD_INPUT() : Text(path))
+    : Input(path == "-" ? STANDARD_INPUT() : Text(path)) // so that the destructor runs if what follows fails
 {
     if (path != "-") {
-        m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        m_descriptor = openFile(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (m_descriptor < 0)
             throw Failure(m_name, textOfError(errno));
     }
@@ -30,6 +36,15 @@ Input::~Input()
 {
     if (m_descriptor > 0)
         ::close(m_descriptor);
+}
+
+int openFile(const char* path, int flags, unsigned int mode)
+{
+    int descriptor = -1;
+    do {
+        descriptor = ::open(path, flags, mode);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
 }
 
 void occupyStandardStreams()

@@ -22,10 +22,15 @@ public:
     std::int64_t size() const noexcept { return m_size; }
 
 private:
+    explicit Input(Text name);
+
     Text m_name;
     int m_descriptor = 0;
     std::int64_t m_size = -1;
 };
+
+/// `open`, which a signal does not end. -1 with `errno`.
+int openFile(const char* path, int flags, unsigned int mode = 0);
 
 /// Keeps the numbers of the standard streams from the files that are opened later.
 void occupyStandardStreams();

@@ -3,6 +3,7 @@
 #include "common/Failure.h"
 #include "common/FileName.h"
 
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -13,6 +14,7 @@
 #include <random>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vxconv {
 
@@ -68,9 +70,11 @@ void catchEndingSignals()
 }
 
 /// The name by which the system knows an open file, with or without one of its own.
-std::string nameOfDescriptor(int descriptor)
+std::array<char, 32> nameOfDescriptor(int descriptor)
 {
-    return "/proc/self/fd/" + std::to_string(descriptor);
+    std::array<char, 32> name;
+    std::snprintf(name.data(), name.size(), "/proc/self/fd/%d", descriptor);
+    return name;
 }
 
 /// A file in `folder` that has no name and is gone with its descriptor; -1 where the system cannot make one, or not name it
@@ -78,25 +82,26 @@ std::string nameOfDescriptor(int descriptor)
 int openUnnamed(const std::string& folder)
 {
     const int descriptor
-        = ::open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor < 0 || ::access(nameOfDescriptor(descriptor).c_str(), F_OK) == 0)
+        = openFile(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor < 0 || ::access(nameOfDescriptor(descriptor).data(), F_OK) == 0)
         return descriptor;
     ::close(descriptor);
     return -1;
 }
 
-/// Gives a file without a name the one in `g_beside`, of which the last six characters are replaced by some that no other
-/// file has. False with `errno`, and then `g_beside` is empty.
-bool nameBeside(int descriptor)
+/// Gives a file without a name the name `pattern`, of which the last six characters are replaced by some that no other
+/// file has. The name is in `g_beside` then. False with `errno`.
+bool nameBeside(int descriptor, const std::string& pattern)
 {
     constexpr int MOST_TRIES = 100;
     constexpr std::size_t RANDOM_DIGITS = 6;
-    const std::string source = nameOfDescriptor(descriptor);
-    char* const digits = g_beside + std::strlen(g_beside) - RANDOM_DIGITS;
+    const std::array<char, 32> source = nameOfDescriptor(descriptor);
     std::random_device random;
+    std::memcpy(g_beside, pattern.c_str(), pattern.size() + 1);
+    char* const digits = g_beside + pattern.size() - RANDOM_DIGITS;
     for (int tries = 0; tries < MOST_TRIES; ++tries) {
         std::snprintf(digits, RANDOM_DIGITS + 1, "%06x", random() & 0xFFFFFFU);
-        if (::linkat(AT_FDCWD, source.c_str(), AT_FDCWD, g_beside, AT_SYMLINK_FOLLOW) == 0)
+        if (::linkat(AT_FDCWD, source.data(), AT_FDCWD, g_beside, AT_SYMLINK_FOLLOW) == 0)
             return true;
         if (errno != EEXIST)
             break;
@@ -121,8 +126,13 @@ bool isSameFile(const struct stat& one, const struct stat& other)
 
 } // namespace
 
+Output::Output(std::string name)
+    : m_name(std::move(name))
+{
+}
+
 Output::Output(const std::string& path, const Input& input)
-    : m_name(path == "-" ? "standard output" : path)
+    : Output(path == "-" ? std::string("standard output") : path) // so that the destructor runs if what follows fails
 {
     struct stat status;
     if (path == "-") {
@@ -133,7 +143,7 @@ Output::Output(const std::string& path, const Input& input)
         return;
     }
     if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        m_descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+        m_descriptor = openFile(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
         if (m_descriptor < 0)
             throw Failure(m_name, textOfError(errno));
         return;
@@ -163,6 +173,8 @@ void Output::openBeside(const std::string& path)
     if (m_beside.size() >= sizeof g_beside)
         throw Failure(m_name, textOfError(ENAMETOOLONG));
 
+    m_target = path;
+
     const SignalPause pause;
     catchEndingSignals();
     m_descriptor = openUnnamed(folder);
@@ -176,16 +188,10 @@ void Output::openBeside(const std::string& path)
         g_beside[0] = '\0';
         throw Failure(m_name, textOfError(error));
     }
-    m_target = path;
     if (replaces && ::fchown(m_descriptor, status.st_uid, status.st_gid) != 0)
         status.st_mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID); // another owner's rights are not ours to give
-    if (::fchmod(m_descriptor, replaces ? status.st_mode & RIGHTS : rightsOfNewFile()) != 0) {
-        const int error = errno;
-        close();
-        removeBeside();
-        g_beside[0] = '\0';
-        throw Failure(m_name, textOfError(error));
-    }
+    if (::fchmod(m_descriptor, replaces ? status.st_mode & RIGHTS : rightsOfNewFile()) != 0)
+        throw Failure(m_name, textOfError(errno));
 }
 
 void Output::commit()
@@ -193,14 +199,11 @@ void Output::commit()
     if (m_target.empty())
         return;
     // The close of any descriptor tells what the system could not write; this one still names the file.
-    if (::close(::dup(m_descriptor)) != 0)
+    if (::close(::dup(m_descriptor)) != 0 && errno != EINTR)
         throw Failure(m_name, textOfError(errno));
     const SignalPause pause;
-    if (m_isUnnamed) {
-        std::memcpy(g_beside, m_beside.c_str(), m_beside.size() + 1);
-        if (!nameBeside(m_descriptor))
-            throw Failure(m_name, textOfError(errno));
-    }
+    if (m_isUnnamed && !nameBeside(m_descriptor, m_beside))
+        throw Failure(m_name, textOfError(errno));
     if (::rename(g_beside, m_target.c_str()) != 0)
         throw Failure(m_name, textOfError(errno));
     g_beside[0] = '\0';

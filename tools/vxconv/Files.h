@@ -28,6 +28,8 @@ public:
     void commit();
 
 private:
+    explicit Output(std::string name);
+
     void openBeside(const std::string& path);
     void close();
 
