@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vxsys/ThreadAnnotations.h"
 #include "vxsys/detail/ThreadNumber.h"
 
 #include <atomic>
@@ -8,7 +9,7 @@
 namespace vxsys::detail {
 
 /// Which thread holds a lock. Only the holder writes here, so every thread can tell whether it is the holder.
-class LockHolder {
+class VX_CAPABILITY("holder") LockHolder {
 public:
     bool isCaller() const noexcept { return m_thread.load(std::memory_order_relaxed) == threadNumber(); }
     bool isNone() const noexcept { return m_thread.load(std::memory_order_relaxed) == NONE; }

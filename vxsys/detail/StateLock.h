@@ -15,6 +15,7 @@ public:
     StateLock& operator=(const StateLock&) = delete;
 
     void lock() noexcept VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS { m_mutex.lock(); }
+    bool tryLock() noexcept VX_TRY_ACQUIRE(true) VX_NO_THREAD_SAFETY_ANALYSIS { return m_mutex.try_lock(); }
     void unlock() noexcept VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS { m_mutex.unlock(); }
     /// For a wait on a condition of the system.
     std::mutex::native_handle_type native() noexcept { return m_mutex.native_handle(); }
@@ -30,6 +31,11 @@ public:
         : m_lock(lock)
     {
         m_lock.lock();
+    }
+    /// For a lock that the caller already holds.
+    StateGuard(StateLock& lock, std::adopt_lock_t) noexcept VX_REQUIRES(lock)
+        : m_lock(lock)
+    {
     }
     ~StateGuard() VX_RELEASE() { m_lock.unlock(); }
     StateGuard(const StateGuard&) = delete;

@@ -34,7 +34,7 @@ struct KnownFolder {
     uid_t user = 0;
     char name[NAME_SIZE] = "";
 };
-constinit KnownFolder g_known;
+constinit KnownFolder g_known VX_GUARDED_BY(g_namedLock);
 
 bool isPrivate(const struct stat& status) noexcept
 {

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "vxsys/ThreadAnnotations.h"
 #include "vxsys/detail/ObjectName.h"
+#include "vxsys/detail/StateLock.h"
 
 #include <cstddef>
 
 namespace vxsys::detail {
+
+/// Guards what the process knows of named objects. Held while the process forks.
+inline constinit StateLock g_namedLock;
 
 /// The private folder of a user for the files of named objects. It lies in memory, so that it ends with the system, as the
 /// objects do. Each user and each namespace of process numbers has its own: only in one namespace can a process see that
@@ -15,8 +20,7 @@ namespace vxsys::detail {
 /// find the same folder, for it does not depend on their environment or on who is logged in: the run-time folder of a login is
 /// not used, because it goes away under the processes that outlive the login.
 ///
-/// While a value is open no other process makes or removes a file in the folder. The caller holds the lock of the table of named
-/// objects. Each operation returns a native error or 0.
+/// While a value is open no other process makes or removes a file in the folder. Each operation returns a native error or 0.
 class NamedFolder {
 public:
     static constexpr const char* MEMORY = "/dev/shm";
@@ -28,14 +32,14 @@ public:
     NamedFolder& operator=(const NamedFolder&) = delete;
 
     /// Opens the folder, makes it when missing, and waits until no other process has it open.
-    int open() noexcept;
+    int open() noexcept VX_REQUIRES(g_namedLock);
     int descriptor() const noexcept { return m_descriptor; }
 
     /// The full path of a file in the folder, which is open.
-    void writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept;
+    void writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept VX_REQUIRES(g_namedLock);
 
     /// Looks for the folder anew at the next opening: the user or the namespace may be another one.
-    static void forget() noexcept;
+    static void forget() noexcept VX_REQUIRES(g_namedLock);
 
 private:
     bool enter(const char* name) noexcept;

@@ -85,7 +85,8 @@ void SharedPage::start(std::uint32_t value, std::uint64_t size) noexcept
 
 bool SharedPage::hasOpener(const ProcessIdentity& observer) noexcept
 {
-    return std::any_of(m_openers, m_openers + m_places, [&](Opener& opener) { return isAlive(opener, observer); });
+    return std::any_of(
+        m_openers, m_openers + m_places, [&](Opener& opener) VX_REQUIRES(this) { return isAlive(opener, observer); });
 }
 
 void SharedPage::dropTheGone(const ProcessIdentity& observer) noexcept

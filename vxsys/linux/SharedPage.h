@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vxsys/Named.h"
+#include "vxsys/ThreadAnnotations.h"
 #include "vxsys/linux/ProcessIdentity.h"
 
 #include <atomic>
@@ -25,52 +26,50 @@ struct Opener {
 
 /// What the processes that have a named object open share: who they are, and the state of a semaphore.
 ///
-/// Everything is read and written under the mutex, which outlives a holder that is killed. A process may be killed between
+/// The mutex outlives a holder that is killed. A process may be killed between
 /// any two stores, so each change is one store to what cannot be computed: `total` or an opener's `process` or `held`. The
 /// counts that make it quick, `value` and `waiters`, follow from these and are made anew after a death.
-class SharedPage {
+class VX_CAPABILITY("mutex") SharedPage {
 public:
     static constexpr std::uint32_t CAPACITY = 8000;
 
     /// Makes a page out of a file of zeros or of one whose making was cut short. Gives a native error.
-    int make(std::uint32_t places) noexcept;
+    int make(std::uint32_t places) noexcept VX_NO_THREAD_SAFETY_ANALYSIS; // no other process uses it yet
     /// Whether the making came to its end.
     bool isMade() const noexcept { return m_layout.load(std::memory_order_acquire) != 0; }
     /// Whether it was made by a library that sees the same here.
     bool isOurs() const noexcept { return m_layout.load(std::memory_order_acquire) == LAYOUT; }
 
-    void lock() noexcept;
-    void unlock() noexcept { ::pthread_mutex_unlock(&m_mutex); }
-
-    // From here on all under the lock.
+    void lock() noexcept VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS;
+    void unlock() noexcept VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS { ::pthread_mutex_unlock(&m_mutex); }
 
     /// The state that an opener finds who is alone: `value` free ones. A note stays.
-    void start(std::uint32_t value, std::uint64_t size) noexcept;
+    void start(std::uint32_t value, std::uint64_t size) noexcept VX_REQUIRES(this);
     /// Whether a process that runs has it open. Frees the places of those that have gone, up to the first that has not.
-    bool hasOpener(const ProcessIdentity& observer) noexcept;
+    bool hasOpener(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// Frees the places of all that have gone.
-    void dropTheGone(const ProcessIdentity& observer) noexcept;
+    void dropTheGone(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// A place for `process`; null when all are taken.
-    Opener* enter(const ProcessIdentity& process) noexcept;
+    Opener* enter(const ProcessIdentity& process) noexcept VX_REQUIRES(this);
     /// What the opener holds comes back.
-    void leave(Opener& opener) noexcept;
+    void leave(Opener& opener) noexcept VX_REQUIRES(this);
 
     std::uint32_t places() const noexcept { return m_places; }
-    void setPlaces(std::uint32_t places) noexcept { m_places = places; }
-    std::uint64_t size() const noexcept { return m_size; }
+    void setPlaces(std::uint32_t places) noexcept VX_REQUIRES(this) { m_places = places; }
+    std::uint64_t size() const noexcept VX_REQUIRES(this) { return m_size; }
 
     /// Whether the file has lost its name, or is about to: who comes from now on makes another one.
-    bool isRemoved() const noexcept { return m_isRemoved; }
-    void setRemoved() noexcept { m_isRemoved = true; }
+    bool isRemoved() const noexcept VX_REQUIRES(this) { return m_isRemoved; }
+    void setRemoved() noexcept VX_REQUIRES(this) { m_isRemoved = true; }
 
     /// Takes one; waits for it if asked to, else gives ETIMEDOUT. Lets go of the lock while it waits.
-    int take(Opener& opener, bool wait, const ProcessIdentity& observer) noexcept;
-    int post(Opener& opener) noexcept;
-    std::int32_t value(const ProcessIdentity& observer) noexcept;
+    int take(Opener& opener, bool wait, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
+    int post(Opener& opener) noexcept VX_REQUIRES(this);
+    std::int32_t value(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
 
-    void setNote(const VXNamedSemNote& note) noexcept;
-    void getNote(VXNamedSemNote& note) const noexcept;
-    bool hasNote() const noexcept { return m_note.length != 0; }
+    void setNote(const VXNamedSemNote& note) noexcept VX_REQUIRES(this);
+    void getNote(VXNamedSemNote& note) const noexcept VX_REQUIRES(this);
+    bool hasNote() const noexcept VX_REQUIRES(this) { return m_note.length != 0; }
 
     /// Bytes of a page with `places` for openers.
     static constexpr std::size_t sizeFor(std::uint32_t places) noexcept
@@ -82,37 +81,37 @@ private:
     /// Another order of the fields, or another size of the system's mutex, is another layout.
     static constexpr std::uint32_t LAYOUT = 0x76780200 + sizeof(pthread_mutex_t);
 
-    void recount() noexcept;
+    void recount() noexcept VX_REQUIRES(this);
     /// Whether it is taken by a process that runs. Frees it where that has gone.
-    bool isAlive(Opener& opener, const ProcessIdentity& observer) noexcept;
+    bool isAlive(Opener& opener, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// Frees the places of processes that went while they held or waited. Not more often than need be.
-    void takeBack(const ProcessIdentity& observer) noexcept;
-    void waitForPost() noexcept;
+    void takeBack(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
+    void waitForPost() noexcept VX_REQUIRES(this);
     void wake(int count) noexcept;
 
     std::atomic<std::uint32_t> m_layout;
-    std::uint32_t m_places;
+    std::uint32_t m_places; ///< written under the lock; a look at the file may read it without
     pthread_mutex_t m_mutex;
-    bool m_isRemoved;
-    std::uint32_t m_waiters;
+    bool m_isRemoved VX_GUARDED_BY(this);
+    std::uint32_t m_waiters VX_GUARDED_BY(this);
     std::atomic<std::uint32_t> m_wakeUps;
-    std::int32_t m_value;
+    std::int32_t m_value VX_GUARDED_BY(this);
     std::atomic<std::int64_t> m_total;
-    std::int64_t m_lastLook; ///< milliseconds on the monotonic clock, which all processes share
-    std::uint64_t m_size;
-    VXNamedSemNote m_note;
-    Opener m_openers[CAPACITY];
+    std::int64_t m_lastLook VX_GUARDED_BY(this); ///< milliseconds on the monotonic clock, which all processes share
+    std::uint64_t m_size VX_GUARDED_BY(this);
+    VXNamedSemNote m_note VX_GUARDED_BY(this);
+    Opener m_openers[CAPACITY] VX_GUARDED_BY(this);
 };
 
 /// Holds a page to the end of the block.
-class PageLock {
+class [[nodiscard]] VX_SCOPED_CAPABILITY PageLock {
 public:
-    explicit PageLock(SharedPage& page) noexcept
+    explicit PageLock(SharedPage& page) noexcept VX_ACQUIRE(page)
         : m_page(page)
     {
         m_page.lock();
     }
-    ~PageLock() { m_page.unlock(); }
+    ~PageLock() VX_RELEASE() { m_page.unlock(); }
     PageLock(const PageLock&) = delete;
     PageLock& operator=(const PageLock&) = delete;
 

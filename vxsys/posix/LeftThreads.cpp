@@ -14,13 +14,14 @@ namespace {
 using namespace vxsys::results;
 using namespace vxsys::detail;
 
+constinit StateLock g_lock;
+
 struct Tracked {
     pthread_t thread;
-    bool isLeft;
-    Tracked* next;
+    bool isLeft VX_GUARDED_BY(g_lock);
+    Tracked* next VX_GUARDED_BY(g_lock);
 };
 
-constinit StateLock g_lock;
 constinit Tracked* g_first VX_GUARDED_BY(g_lock) = nullptr;
 
 void destroy(Tracked* tracked) noexcept
@@ -49,18 +50,18 @@ Tracked* takeLeft() noexcept
     return *place != nullptr ? std::exchange(*place, (*place)->next) : nullptr;
 }
 
-void beforeFork() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
+void beforeFork() noexcept VX_ACQUIRE(g_lock)
 {
     g_lock.lock();
 }
 
-void afterForkInParent() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
+void afterForkInParent() noexcept VX_RELEASE(g_lock)
 {
     g_lock.unlock();
 }
 
 /// The threads are not in the child.
-void afterForkInChild() noexcept VX_NO_THREAD_SAFETY_ANALYSIS
+void afterForkInChild() noexcept VX_RELEASE(g_lock)
 {
     while (g_first != nullptr)
         destroy(std::exchange(g_first, g_first->next));

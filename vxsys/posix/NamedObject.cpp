@@ -25,10 +25,9 @@ constexpr std::uint32_t FIRST_PLACES = (4096 - SharedPage::sizeFor(0)) / sizeof(
 constexpr std::uint32_t MORE_PLACES = 4096 / sizeof(Opener);
 
 // Plain pointers and no destructors: what a static of the program holds is closed late.
-constinit std::mutex g_lock;
-constinit NamedObject* g_objects = nullptr;
-constinit ProcessIdentity g_self;
-constinit long g_tidied = 0; ///< the place in the folder up to which it was tidied
+constinit NamedObject* g_objects VX_GUARDED_BY(g_namedLock) = nullptr;
+constinit ProcessIdentity g_self; // does not change while an object is open
+constinit long g_tidied VX_GUARDED_BY(g_namedLock) = 0; ///< the place in the folder up to which it was tidied
 
 Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
 {
@@ -95,7 +94,7 @@ void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
 
 /// Removes files whose last users were killed. Each call looks at some of the folder's files and the next call at those after
 /// them, so that an opening takes little time in a folder with many files.
-void removeSomeAbandoned(const NamedFolder& folder) noexcept
+void removeSomeAbandoned(const NamedFolder& folder) noexcept VX_REQUIRES(g_namedLock)
 {
     constexpr int MOST_LOOKS = 32;
 
@@ -116,11 +115,6 @@ void removeSomeAbandoned(const NamedFolder& folder) noexcept
 }
 
 } // namespace
-
-std::mutex& NamedObject::tableLock() noexcept
-{
-    return g_lock;
-}
 
 int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept
 {
@@ -254,12 +248,12 @@ void NamedObject::handleForks() noexcept
 
 void NamedObject::beforeFork() noexcept
 {
-    g_lock.lock();
+    g_namedLock.lock();
 }
 
 void NamedObject::inParent() noexcept
 {
-    g_lock.unlock();
+    g_namedLock.unlock();
 }
 
 void NamedObject::inChild() noexcept
@@ -268,7 +262,7 @@ void NamedObject::inChild() noexcept
     for (NamedObject* object = g_objects; object != nullptr; object = object->m_next)
         object->enterInChild();
     NamedFolder::forget();
-    g_lock.unlock();
+    g_namedLock.unlock();
 }
 
 NamedObject* NamedObject::find(const char* fileName) noexcept
@@ -322,8 +316,10 @@ int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcep
             *isAbandoned = true;
             return 0;
         }
-        if (const int error = inOrder([&] { return hasOpener ? join(m_opening) : start(file.get()); },
-                [&] { return takePlace(file.get()); })) {
+        int error = hasOpener ? join(m_opening) : start(file.get());
+        if (error == 0)
+            error = takePlace(file.get());
+        if (error != 0) {
             if (!m_page->hasOpener(g_self))
                 removeFile(folder);
             return error;
@@ -442,7 +438,7 @@ int NamedObject::openFile(Descriptor& file) const noexcept
 
 int NamedObject::enterAgain() noexcept
 {
-    const std::lock_guard guard(g_lock);
+    const StateGuard guard(g_namedLock);
     if (!m_isStale.load(std::memory_order_relaxed))
         return 0;
     return m_opening.kind == NamedOpening::MEMORY ? ESTALE : enter();

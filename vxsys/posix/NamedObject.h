@@ -1,12 +1,12 @@
 #pragma once
 
+#include "vxsys/ThreadAnnotations.h"
 #include "vxsys/detail/Descriptor.h"
 #include "vxsys/linux/NamedFolder.h"
 #include "vxsys/linux/SharedPage.h"
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <unistd.h>
 
 namespace vxsys::detail {
@@ -31,18 +31,16 @@ struct NamedOpening {
 /// a native error or 0.
 class NamedObject {
 public:
-    /// The table of open objects, held by the caller of `open`, `use` and `release` and while the process forks.
-    static std::mutex& tableLock() noexcept;
-
     /// Where the memory behind the page starts in the file: at a multiple of the page size of any processor.
     static constexpr std::size_t MEMORY_OFFSET = (sizeof(SharedPage) / 0x10000 + 1) * 0x10000;
 
     /// The object, used once more. ENOENT or EEXIST where `opening` says so, EINVAL where it asks for more memory than an
     /// object has that others opened before.
-    static int open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept;
-    void use() noexcept { ++m_uses; }
+    static int open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept
+        VX_REQUIRES(g_namedLock);
+    void use() noexcept VX_REQUIRES(g_namedLock) { ++m_uses; }
     /// Ends one use. EBUSY, and nothing has happened, for the last one while threads wait.
-    int release() noexcept;
+    int release() noexcept VX_REQUIRES(g_namedLock);
 
     int take(bool wait) noexcept;
     int post() noexcept;
@@ -65,29 +63,29 @@ private:
     ~NamedObject() { unmap(); }
 
     static void handleForks() noexcept;
-    static void beforeFork() noexcept;
-    static void inParent() noexcept;
-    static void inChild() noexcept;
-    static NamedObject* find(const char* fileName) noexcept;
+    static void beforeFork() noexcept VX_ACQUIRE(g_namedLock);
+    static void inParent() noexcept VX_RELEASE(g_namedLock);
+    static void inChild() noexcept VX_RELEASE(g_namedLock);
+    static NamedObject* find(const char* fileName) noexcept VX_REQUIRES(g_namedLock);
 
     /// Makes the process an opener of what has the name now, be it there already or not.
-    int enter() noexcept;
-    int enterFile(const NamedFolder& folder, bool* isAbandoned) noexcept;
+    int enter() noexcept VX_REQUIRES(g_namedLock);
+    int enterFile(const NamedFolder& folder, bool* isAbandoned) noexcept VX_REQUIRES(g_namedLock);
     int map(int file, bool* isNew) noexcept;
     void unmap() noexcept;
 
-    // Under the page's lock. A `file` of -1 is opened where it is needed.
-    int join(const NamedOpening& opening) const noexcept;
-    int start(int file) noexcept;
-    int takePlace(int file) noexcept;
-    int addPlaces(int file) noexcept;
-    void removeFile(const NamedFolder& folder) noexcept;
+    // A `file` of -1 is opened where it is needed.
+    int join(const NamedOpening& opening) const noexcept VX_REQUIRES(*m_page);
+    int start(int file) noexcept VX_REQUIRES(*m_page);
+    int takePlace(int file) noexcept VX_REQUIRES(*m_page);
+    int addPlaces(int file) noexcept VX_REQUIRES(*m_page);
+    void removeFile(const NamedFolder& folder) noexcept VX_REQUIRES(*m_page);
 
     const char* fileName() const noexcept { return m_file.get(); }
     int openFile(Descriptor& file) const noexcept;
     int ready() noexcept { return m_isStale.load(std::memory_order_acquire) ? enterAgain() : 0; }
     int enterAgain() noexcept;
-    void enterInChild() noexcept;
+    void enterInChild() noexcept VX_REQUIRES(g_namedLock);
 
     const ObjectName m_file;
     const uid_t m_user; ///< that the process acted for when it opened this
@@ -96,10 +94,10 @@ private:
     Opener* m_opener = nullptr;
     std::uint64_t m_volume = 0;
     std::uint64_t m_number = 0;
-    std::uint32_t m_uses = 1;
+    std::uint32_t m_uses VX_GUARDED_BY(g_namedLock) = 1;
     /// In a child process: the object's last owner had gone before the child became one.
     std::atomic<bool> m_isStale {false};
-    NamedObject* m_next = nullptr;
+    NamedObject* m_next VX_GUARDED_BY(g_namedLock) = nullptr;
     char m_path[NamedFolder::PATH_SIZE] = "";
 };
 

@@ -1,6 +1,7 @@
 #include "vxsys/Named.h"
 
 #include "vxsys/detail/Handle.h"
+#include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/NamedObject.h"
 
 #include <limits>
@@ -19,7 +20,7 @@ public:
     {
         if (name == nullptr || value > std::numeric_limits<std::int32_t>::max())
             return EINVAL;
-        const std::lock_guard guard(NamedObject::tableLock());
+        const StateGuard guard(g_namedLock);
         return NamedObject::open(name, {.kind = NamedOpening::SEMAPHORE, .value = value}, &m_object);
     }
     int wait() noexcept override { return m_object->take(true); }
@@ -30,7 +31,7 @@ public:
     int note(VXNamedSemNote& note) noexcept { return m_object->note(note); }
     int close() noexcept
     {
-        const std::lock_guard guard(NamedObject::tableLock());
+        const StateGuard guard(g_namedLock);
         return m_object->release();
     }
 

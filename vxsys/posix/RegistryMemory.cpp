@@ -1,11 +1,12 @@
 #include "vxsys/posix/RegistryMemory.h"
 
+#include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/Ownership.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <functional>
+#include <mutex>
 #include <unistd.h>
 
 namespace vxsys::detail {
@@ -15,31 +16,11 @@ namespace {
 constexpr std::size_t SETS = 16;
 constexpr std::size_t WAYS = 4;
 
-// No destructors: values may be read until the very end of the process.
-constinit RegistryAnswer g_answers[SETS * WAYS];
-constinit std::size_t g_lastReplaced = 0;
-constinit std::atomic_flag g_areInUse;
-
-/// Exclusive use of the answers. A thread that does not get it at once reads the files instead of waiting.
-class [[nodiscard]] Turn {
-public:
-    Turn() noexcept
-        : m_isOurs(!g_areInUse.test_and_set(std::memory_order_acquire))
-    {
-    }
-    ~Turn()
-    {
-        if (m_isOurs)
-            g_areInUse.clear(std::memory_order_release);
-    }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
-
-    bool isOurs() const noexcept { return m_isOurs; }
-
-private:
-    const bool m_isOurs;
-};
+// No destructors: values may be read until the very end of the process. A thread that does not get the lock at once reads
+// the files instead of waiting.
+constinit StateLock g_lock;
+constinit RegistryAnswer g_answers[SETS * WAYS] VX_GUARDED_BY(g_lock);
+constinit std::size_t g_lastReplaced VX_GUARDED_BY(g_lock) = 0;
 
 std::size_t hashOf(const RegistryQuestion& question) noexcept
 {
@@ -71,9 +52,9 @@ bool RegistryAnswer::find(const RegistryQuestion& question)
 {
     const std::size_t hash = hashOf(question);
     {
-        const Turn turn;
-        if (!turn.isOurs())
+        if (!g_lock.tryLock())
             return false;
+        const StateGuard guard(g_lock, std::adopt_lock);
         const RegistryAnswer* const first = g_answers + hash % SETS * WAYS;
         const RegistryAnswer* const found = std::find_if(
             first, first + WAYS, [&](const RegistryAnswer& answer) { return answer.holds(question, hash); });
@@ -99,9 +80,9 @@ void RegistryAnswer::keep(
         return;
 
     const std::size_t hash = hashOf(question);
-    const Turn turn;
-    if (!turn.isOurs())
+    if (!g_lock.tryLock())
         return;
+    const StateGuard guard(g_lock, std::adopt_lock);
     RegistryAnswer* const first = g_answers + hash % SETS * WAYS;
     RegistryAnswer* place
         = std::find_if(first, first + WAYS, [&](const RegistryAnswer& answer) { return answer.holds(question, hash); });

@@ -1,6 +1,8 @@
 #include "vxsys/Named.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/ThreadAnnotations.h"
+#include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/NamedObject.h"
 
 #include <cerrno>
@@ -25,10 +27,9 @@ struct MemoryUse {
     MemoryUse* next;
 };
 
-// All under the lock of the table of objects.
-constinit MemoryUse* g_handles = nullptr;
-constinit MemoryUse* g_attached = nullptr;
-constinit std::uint32_t g_lastHandle = 0;
+constinit MemoryUse* g_handles VX_GUARDED_BY(g_namedLock) = nullptr;
+constinit MemoryUse* g_attached VX_GUARDED_BY(g_namedLock) = nullptr;
+constinit std::uint32_t g_lastHandle VX_GUARDED_BY(g_namedLock) = 0;
 
 /// The place of the pointer to the first use that `matches`, or of the null pointer behind the last.
 template <class Predicate>
@@ -40,13 +41,13 @@ MemoryUse** findPlace(MemoryUse*& first, Predicate&& matches) noexcept
     return place;
 }
 
-MemoryUse** findHandle(std::uint32_t handle) noexcept
+MemoryUse** findHandle(std::uint32_t handle) noexcept VX_REQUIRES(g_namedLock)
 {
     return findPlace(g_handles, [&](const MemoryUse& use) { return use.handle == handle; });
 }
 
 /// A number that no handle has, never the invalid one.
-std::uint32_t newHandle() noexcept
+std::uint32_t newHandle() noexcept VX_REQUIRES(g_namedLock)
 {
     do
         ++g_lastHandle;
@@ -56,7 +57,7 @@ std::uint32_t newHandle() noexcept
 
 int openMemory(const char* name, std::uint32_t access, const NamedOpening& opening, std::uint32_t* handle) noexcept
 {
-    const std::lock_guard guard(NamedObject::tableLock());
+    const StateGuard guard(g_namedLock);
     auto* use = new (std::nothrow) MemoryUse {};
     if (use == nullptr)
         return ENOMEM;
@@ -71,7 +72,7 @@ int openMemory(const char* name, std::uint32_t access, const NamedOpening& openi
     return 0;
 }
 
-int attach(const MemoryUse& handle, std::uint32_t access, void** address) noexcept
+int attach(const MemoryUse& handle, std::uint32_t access, void** address) noexcept VX_REQUIRES(g_namedLock)
 {
     auto* use = new (std::nothrow) MemoryUse {handle.object, 0, access, nullptr, nullptr};
     if (use == nullptr)
@@ -88,7 +89,7 @@ int attach(const MemoryUse& handle, std::uint32_t access, void** address) noexce
     return 0;
 }
 
-void end(MemoryUse** place) noexcept
+void end(MemoryUse** place) noexcept VX_REQUIRES(g_namedLock)
 {
     MemoryUse* const use = std::exchange(*place, (*place)->next);
     use->object->release();
@@ -118,7 +119,7 @@ std::int32_t VXSharedMemAttach(std::uint32_t handle, std::uint32_t access, void*
     if (address == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *address = nullptr;
-    const std::lock_guard guard(NamedObject::tableLock());
+    const StateGuard guard(g_namedLock);
     const MemoryUse* const use = *findHandle(handle);
     if (use == nullptr)
         return RESULT_INVALID_HANDLE;
@@ -131,7 +132,7 @@ std::int32_t VXSharedMemAttach(std::uint32_t handle, std::uint32_t access, void*
 
 std::int32_t VXSharedMemDetach(void* address) noexcept
 {
-    const std::lock_guard guard(NamedObject::tableLock());
+    const StateGuard guard(g_namedLock);
     MemoryUse** const place = findPlace(g_attached, [&](const MemoryUse& use) { return use.address == address; });
     if (address == nullptr || *place == nullptr)
         return RESULT_INVALID_ARGUMENT;
@@ -142,7 +143,7 @@ std::int32_t VXSharedMemDetach(void* address) noexcept
 
 std::int32_t VXSharedMemClose(std::uint32_t handle) noexcept
 {
-    const std::lock_guard guard(NamedObject::tableLock());
+    const StateGuard guard(g_namedLock);
     MemoryUse** const place = findHandle(handle);
     if (*place == nullptr)
         return RESULT_INVALID_HANDLE;
