@@ -149,6 +149,7 @@
 #include "vx/net/QueryKey.h"
 #include "vx/net/SocketAddress.h"
 #include "vx/net/SocketFunctions.h"
+#include "vx/net/SocketPoller.h"
 #include "vx/net/SocketResult.h"
 #include "vx/net/TcpClientSocket2.h"
 #include "vx/net/TcpServerSocket.h"
