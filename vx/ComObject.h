@@ -30,20 +30,8 @@ public:
 
     // IVXUnknown
     std::int32_t QueryInterface(const _GUID& iid, void** out) override;
-    std::uint32_t AddRef() const override
-    {
-        const std::uint32_t count = InternalAddRef();
-        if (count == 1 && m_module != nullptr)
-            lockModule();
-        return count;
-    }
-    std::uint32_t Release() const override
-    {
-        const std::uint32_t count = InternalRelease();
-        if (count == 0)
-            destroy();
-        return count;
-    }
+    inline std::uint32_t AddRef() const override;
+    inline std::uint32_t Release() const override;
 
     /// Destroying a lock may fail, so a destructor of the tree may throw. Value classes say `noexcept` themselves.
     inline virtual ~ComObject() noexcept(false);
@@ -114,5 +102,21 @@ private:
 };
 
 ComObject::~ComObject() noexcept(false) = default;
+
+inline std::uint32_t ComObject::AddRef() const
+{
+    const std::uint32_t count = InternalAddRef();
+    if (count == 1 && m_module != nullptr)
+        lockModule();
+    return count;
+}
+
+inline std::uint32_t ComObject::Release() const
+{
+    const std::uint32_t count = InternalRelease();
+    if (count == 0)
+        destroy();
+    return count;
+}
 
 } // namespace vx

@@ -76,14 +76,7 @@ public:
     /// Exceptions from the object's destructor are swallowed: a destructor has no caller that could handle them.
     ~Reference() { release(m_object); }
 
-    Reference& operator=(T* object) noexcept
-    {
-        // First, because the old object may be the only owner of the new one.
-        if (object != nullptr)
-            object->AddRef();
-        release(std::exchange(m_object, object));
-        return *this;
-    }
+    Reference& operator=(T* object) noexcept;
     Reference& operator=(const Reference& other) noexcept
     {
         *this = other.m_object;
@@ -133,15 +126,7 @@ public:
     friend bool operator==(const Reference& left, std::nullptr_t) noexcept { return left.m_object == nullptr; }
 
 private:
-    static void release(T* object) noexcept
-    {
-        if (object == nullptr)
-            return;
-        try {
-            object->Release();
-        } catch (...) {
-        }
-    }
+    static void release(T* object) noexcept;
 
     T* m_object = nullptr;
 };
@@ -163,6 +148,27 @@ public:
 private:
     Reference<T> m_object;
 };
+
+template <class T>
+inline Reference<T>& Reference<T>::operator=(T* object) noexcept
+{
+    // First, because the old object may be the only owner of the new one.
+    if (object != nullptr)
+        object->AddRef();
+    release(std::exchange(m_object, object));
+    return *this;
+}
+
+template <class T>
+inline void Reference<T>::release(T* object) noexcept
+{
+    if (object == nullptr)
+        return;
+    try {
+        object->Release();
+    } catch (...) {
+    }
+}
 
 } // namespace vx
 

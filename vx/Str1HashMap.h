@@ -51,13 +51,7 @@ class VX_API Str1HashMap {
         static Wanted wanted(const Wanted& wanted) noexcept { return wanted; }
 
         template <class Left, class Right>
-        bool operator()(const Left& left, const Right& right) const noexcept
-        {
-            const Wanted first = wanted(left);
-            const Wanted second = wanted(right);
-            return first.hash != second.hash ? first.hash < second.hash
-                                             : detail::compareForIndex(first.key, second.key) < 0;
-        }
+        bool operator()(const Left& left, const Right& right) const noexcept;
     };
     using ChainIndex = detail::ChainIndex<Node*, nullptr, KeyOrder>;
     using Order = detail::HashOrder<float>;
@@ -128,13 +122,7 @@ private:
     }
 
     /// The form of a value in which an entry keeps it.
-    static T kept(ValueArgument value)
-    {
-        if constexpr (std::is_same_v<T, Str1>)
-            return value.detached();
-        else
-            return value;
-    }
+    static T kept(ValueArgument value);
 
     static Node* following(const Node* node) noexcept { return node->next.get(); }
 
@@ -165,6 +153,15 @@ public:
     // Str1HashMap
     void normalizeKey(Str1& out, const Str1& key) const override;
 };
+
+template <class T>
+template <class Left, class Right>
+inline bool Str1HashMap<T>::KeyOrder::operator()(const Left& left, const Right& right) const noexcept
+{
+    const Wanted first = wanted(left);
+    const Wanted second = wanted(right);
+    return first.hash != second.hash ? first.hash < second.hash : detail::compareForIndex(first.key, second.key) < 0;
+}
 
 template <class T>
 Str1HashMap<T>::Str1HashMap(int capacity, float load)
@@ -312,6 +309,15 @@ void Str1HashMap<T>::allocTable(int capacity)
     m_size = 0;
     ++m_modificationCount; // before destructors of values run, which may use an iterator
     release(std::move(table), oldCapacity);
+}
+
+template <class T>
+inline T Str1HashMap<T>::kept(ValueArgument value)
+{
+    if constexpr (std::is_same_v<T, Str1>)
+        return value.detached();
+    else
+        return value;
 }
 
 template <class T>

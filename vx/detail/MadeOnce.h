@@ -18,19 +18,22 @@ public:
     ~MadeOnce() { Reference<T>().attach(m_object.exchange(nullptr)); }
 
     /// Adds no reference.
-    T* get()
-    {
-        if (T* object = m_object.load(std::memory_order_acquire))
-            return object;
-        Reference<T> mine(new T);
-        T* object = nullptr;
-        if (!m_object.compare_exchange_strong(object, mine.get(), std::memory_order_acq_rel, std::memory_order_acquire))
-            return object;
-        return mine.detach();
-    }
+    T* get();
 
 private:
     std::atomic<T*> m_object {nullptr};
 };
+
+template <class T>
+inline T* MadeOnce<T>::get()
+{
+    if (T* object = m_object.load(std::memory_order_acquire))
+        return object;
+    Reference<T> mine(new T);
+    T* object = nullptr;
+    if (!m_object.compare_exchange_strong(object, mine.get(), std::memory_order_acq_rel, std::memory_order_acquire))
+        return object;
+    return mine.detach();
+}
 
 } // namespace vx::detail

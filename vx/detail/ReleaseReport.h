@@ -29,16 +29,7 @@ public:
     }
     /// Runs `release`, and passes what it throws.
     template <std::invocable Release>
-    void run(Release&& release) const
-    {
-        const bool mayPass = mayThrow();
-        try {
-            std::forward<Release>(release)();
-        } catch (...) {
-            if (mayPass)
-                throw;
-        }
-    }
+    void run(Release&& release) const;
 
 private:
     explicit ReleaseReport(int exceptionsAtStart) noexcept
@@ -50,5 +41,17 @@ private:
 
     int m_exceptionsAtStart;
 };
+
+template <std::invocable Release>
+inline void ReleaseReport::run(Release&& release) const
+{
+    const bool mayPass = mayThrow();
+    try {
+        std::forward<Release>(release)();
+    } catch (...) {
+        if (mayPass)
+            throw;
+    }
+}
 
 } // namespace vx::detail

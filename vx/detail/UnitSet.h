@@ -13,18 +13,7 @@ namespace vx::detail {
 /// refuses nearly all others, so that a common text costs one look for each unit. The units must outlive the set.
 class UnitSet {
 public:
-    UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept
-        : m_units(units)
-        , m_length(measured(units, length))
-        , m_ignoreCase(ignoreCase)
-    {
-        for (int index = 0; index < m_length; ++index) {
-            const char16_t unit = folded(m_units[index]);
-            add(unit);
-            if (ignoreCase && folded(VXToUpperW(unit)) == unit)
-                add(VXToUpperW(unit));
-        }
-    }
+    UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept;
 
     bool isEmpty() const noexcept { return m_length == 0; }
     bool contains(char16_t unit) const noexcept
@@ -56,6 +45,19 @@ private:
     Bits m_latin = {};
     Bits m_others = {}; ///< by the low byte of folded units
 };
+
+inline UnitSet::UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept
+    : m_units(units)
+    , m_length(measured(units, length))
+    , m_ignoreCase(ignoreCase)
+{
+    for (int index = 0; index < m_length; ++index) {
+        const char16_t unit = folded(m_units[index]);
+        add(unit);
+        if (ignoreCase && folded(VXToUpperW(unit)) == unit)
+            add(VXToUpperW(unit));
+    }
+}
 
 inline bool UnitSet::containsOther(char16_t unit) const noexcept
 {

@@ -29,13 +29,7 @@ public:
     /// Other integer types, and literals, of which 0 might be a pointer as well. One that has more than 32 bits and needs
     /// them does not fit.
     template <std::integral Number>
-    void write(Number value, int bits)
-    {
-        if constexpr (sizeof value > sizeof(std::uint32_t))
-            writeWide(static_cast<std::uint64_t>(value), bits);
-        else
-            write(static_cast<std::uint32_t>(value), bits);
-    }
+    void write(Number value, int bits);
 
 private:
     void writeWide(std::uint64_t value, int bits);
@@ -48,5 +42,14 @@ private:
     int m_openBits = 0;
     int m_openTaken = 0;
 };
+
+template <std::integral Number>
+inline void BitOutputStream::write(Number value, int bits)
+{
+    if constexpr (sizeof value > sizeof(std::uint32_t))
+        writeWide(static_cast<std::uint64_t>(value), bits);
+    else
+        write(static_cast<std::uint32_t>(value), bits);
+}
 
 } // namespace vx::io

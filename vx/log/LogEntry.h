@@ -111,14 +111,7 @@ private:
     using Index = std::map<String, std::size_t, std::less<>, vxsys::Allocator<std::pair<const String, std::size_t>>>;
 
     /// For fields that the entry does not have yet; those of a logger come first.
-    Field& add(LoggerField field, const Plain& value)
-    {
-        Field& added = *std::construct_at(&m_few.fields[m_count++]);
-        added.loggerField = field;
-        added.hash = LOGGER_FIELDS[field].hash;
-        added.plain = value;
-        return added;
-    }
+    inline Field& add(LoggerField field, const Plain& value);
     void addText(LoggerField field, const String& text);
     Field& append(std::u16string_view name, std::uint32_t hash);
     void addToIndex(std::u16string_view name);
@@ -158,5 +151,14 @@ private:
     std::unique_ptr<Index> m_index; ///< of all fields, once there are many
     vx::detail::ShortTextBuilder<128> m_units; ///< names that no logger sets, and the texts of a logger
 };
+
+inline auto LogEntry::add(LoggerField field, const Plain& value) -> Field&
+{
+    Field& added = *std::construct_at(&m_few.fields[m_count++]);
+    added.loggerField = field;
+    added.hash = LOGGER_FIELDS[field].hash;
+    added.plain = value;
+    return added;
+}
 
 } // namespace vx::log

@@ -12,39 +12,9 @@ template <class Stream>
 struct BufferedOutput {
     using Unit = typename Stream::Unit;
 
-    static void flushBuffer(Stream& self)
-    {
-        if (self.m_count < 1)
-            return;
-        opened(self.m_sink).write(self.m_buffer.get(), self.m_count);
-        self.m_count = 0;
-    }
-
-    static void write(Stream& self, Unit unit)
-    {
-        self.ensureOpen();
-        if (self.m_count >= self.m_bufferSize)
-            self.flushBuffer();
-        self.m_buffer[self.m_count++] = unit;
-    }
-
-    static void write(Stream& self, const Unit* units, std::int32_t length)
-    {
-        self.ensureOpen();
-        if (length < 1)
-            return;
-        requireUnits(units);
-
-        if (length >= self.m_bufferSize) {
-            self.flushBuffer();
-            opened(self.m_sink).write(units, length);
-            return;
-        }
-        if (length > self.m_bufferSize - self.m_count)
-            self.flushBuffer();
-        std::memcpy(self.m_buffer.get() + self.m_count, units, static_cast<std::size_t>(length) * sizeof(Unit));
-        self.m_count += length;
-    }
+    static void flushBuffer(Stream& self);
+    static void write(Stream& self, Unit unit);
+    static void write(Stream& self, const Unit* units, std::int32_t length);
 
     static void flush(Stream& self)
     {
@@ -60,5 +30,42 @@ struct BufferedOutput {
             self.m_sink->close();
     }
 };
+
+template <class Stream>
+inline void BufferedOutput<Stream>::flushBuffer(Stream& self)
+{
+    if (self.m_count < 1)
+        return;
+    opened(self.m_sink).write(self.m_buffer.get(), self.m_count);
+    self.m_count = 0;
+}
+
+template <class Stream>
+inline void BufferedOutput<Stream>::write(Stream& self, Unit unit)
+{
+    self.ensureOpen();
+    if (self.m_count >= self.m_bufferSize)
+        self.flushBuffer();
+    self.m_buffer[self.m_count++] = unit;
+}
+
+template <class Stream>
+inline void BufferedOutput<Stream>::write(Stream& self, const Unit* units, std::int32_t length)
+{
+    self.ensureOpen();
+    if (length < 1)
+        return;
+    requireUnits(units);
+
+    if (length >= self.m_bufferSize) {
+        self.flushBuffer();
+        opened(self.m_sink).write(units, length);
+        return;
+    }
+    if (length > self.m_bufferSize - self.m_count)
+        self.flushBuffer();
+    std::memcpy(self.m_buffer.get() + self.m_count, units, static_cast<std::size_t>(length) * sizeof(Unit));
+    self.m_count += length;
+}
 
 } // namespace vx::io::detail
