@@ -22,7 +22,7 @@ VXSYS_API void VXModuleSetInitialized(const void* module, std::int32_t initializ
 /// none, and the registry's failure where it cannot be read.
 VXSYS_API std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noexcept;
 /// Creates an object of a class and gives its interface `iid`, counted for the caller; `*object` is null after a failure.
-/// RESULT_CLASS_NOT_AVAILABLE where nobody offers the class, RESULT_NOT_AVAILABLE for a module that is not ready. A null
+/// RESULT_CLASS_NOT_AVAILABLE for an unknown class, RESULT_NOT_AVAILABLE for a module that is not ready. A null
 /// `module` is the program itself, which always is. A library that serves is loaded once; for one that cannot be, the results
 /// of `VXModuleLibOpen`, RESULT_SYMBOL_NOT_FOUND without `VXGetClassObject`, RESULT_INVALID_NAME for a path that is no full
 /// one, and RESULT_ACCESS_DENIED unless it and the folders above it are the user's or root's and nobody else may write there.

@@ -25,7 +25,7 @@ inline constexpr std::uint32_t VX_FILE_AT_END = 0x8;
 /// of any program and any user, write in one call each stays whole.
 inline constexpr std::uint32_t VX_FILE_APPEND = 0x10;
 
-/// Which file it is. A file that is made when another has gone may get its number, but not its time of birth.
+/// Which file it is. A new file may get the number of a removed one, but not its time of birth.
 struct VXFileIdentity {
     std::uint64_t volume;
     std::uint64_t number;
@@ -68,10 +68,11 @@ VXSYS_API std::int32_t VXFileWrite(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
 /// RESULT_OK for a regular file, RESULT_FALSE for a device, a pipe or a connection.
 VXSYS_API std::int32_t VXFileIsRegular(std::uint32_t handle) noexcept;
-/// `VXFileWrite` to a regular file: nobody can close the other end of it, so the system is not asked first what it is.
+/// `VXFileWrite` to a regular file. A regular file has no other end that can close, so this saves a system call.
 VXSYS_API std::int32_t VXFileWriteRegular(
     std::uint32_t handle, const void* source, std::int32_t length, std::int32_t* done) noexcept;
-/// Moves to the end, and tells where that is. What has no position, a pipe or a terminal, is always at its end: -1.
+/// Moves to the end and stores the position. -1 for a pipe or a terminal, which have no
+/// position and are always at their end.
 VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* position) noexcept;
 /// Where the next byte is read or written; -1 for what has no position.
 VXSYS_API std::int32_t VXFileGetPosition(std::uint32_t handle, std::int64_t* position) noexcept;
@@ -79,7 +80,7 @@ VXSYS_API std::int32_t VXFileGetPosition(std::uint32_t handle, std::int64_t* pos
 VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept;
 /// Flushes to disk. What cannot be flushed, a pipe or a terminal, counts as flushed.
 VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
-/// What tells the file from all others, whatever their names: two handles on one file give the same.
+/// Identifies the file, whatever its names: two handles on one file give the same identity.
 VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* identity) noexcept;
 /// As above and more, by name. Symbolic links are followed.
 VXSYS_API std::int32_t VXFileGetStatus(const char16_t* path, VXFileStatus* status) noexcept;

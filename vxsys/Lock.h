@@ -22,8 +22,8 @@ VXSYS_API std::int32_t VXMutexCreate(const char* name, std::uint32_t flags, VXHa
 VXSYS_API std::int32_t VXMutexAcquire(VXHandle mutex) noexcept;
 VXSYS_API std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept;
 VXSYS_API std::int32_t VXMutexRelease(VXHandle mutex) noexcept;
-/// The two halves of a wait without the mutex. The first releases it as often as the calling thread holds it, and tells how
-/// often that was: 0 if it does not hold it. The second takes it that often again.
+/// The two halves of a wait without the mutex. The first releases it as often as the calling thread holds it and stores that
+/// number, 0 if it does not hold it. The second takes it that often again.
 VXSYS_API std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept;
 VXSYS_API std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept;
 VXSYS_API std::int32_t VXMutexDestroy(VXHandle mutex) noexcept;

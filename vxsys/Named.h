@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-/// What several processes of one user share by name. A name is any narrow text, told apart byte by byte; null is refused.
+/// What several processes of one user share by name. A name is any narrow text, compared byte by byte; null is refused.
 /// It stands for a file in a private folder of the user in the memory file system, and never for one elsewhere. Negative is
 /// failure.
 ///
@@ -19,7 +19,7 @@ inline constexpr const char16_t* VX_NAMED_OBJECTS_PLACE = u"/dev/shm";
 
 /// Opens the semaphore `name`; `value`, at most 2^31 - 1, is the count of one that nobody has open. Waiting, posting and the
 /// value go through the `VXSemaphore...` calls. Handles of one process on one name are one: what the process took and did
-/// not post comes back to the others with its last handle or, within a second, when it dies, however it dies.
+/// not post returns to the others when it closes its last handle or, within a second, after it ends in any way.
 VXSYS_API std::int32_t VXNamedSemOpen(const char* name, std::uint32_t value, VXHandle* semaphore) noexcept;
 /// The last handle of a process stays open, and this is a failure, while a thread of it waits.
 VXSYS_API std::int32_t VXNamedSemClose(VXHandle semaphore) noexcept;
@@ -50,13 +50,14 @@ inline constexpr std::uint32_t VX_SHARED_MEMORY_CREATE = 0x1;
 inline constexpr std::uint32_t VX_SHARED_MEMORY_EXCLUSIVE = 0x2;
 
 /// Opens the memory `name`, which starts as `size` zero bytes and keeps that size; one that is there must have at least
-/// `size` bytes, of which 0 asks nothing. `access` is made of VX_FILE_READ and VX_FILE_WRITE, `flags` of the two above.
-/// `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. The memory is really there: RESULT_DISK_FULL is told here.
+/// `size` bytes; a `size` of 0 accepts any. `access` is made of VX_FILE_READ and VX_FILE_WRITE, `flags` of the two above.
+/// `*handle` is `VX_FILE_INVALID_HANDLE` after a failure. The memory is allocated at once: RESULT_DISK_FULL if
+/// there is too little.
 VXSYS_API std::int32_t VXSharedMemOpen(
     const char* name, std::uint32_t access, std::uint32_t flags, std::uint32_t size, std::uint32_t* handle) noexcept;
-/// Gives the memory an address of its own each time. `access` must be part of what it was opened for.
+/// Maps the memory at a new address each time. `access` must be part of what it was opened for.
 VXSYS_API std::int32_t VXSharedMemAttach(std::uint32_t handle, std::uint32_t access, void** address) noexcept;
-/// An attached address holds the memory open, also behind the closing of the handle.
+/// An attached address keeps the memory open, also after the handle is closed.
 VXSYS_API std::int32_t VXSharedMemDetach(void* address) noexcept;
 VXSYS_API std::int32_t VXSharedMemClose(std::uint32_t handle) noexcept;
 }

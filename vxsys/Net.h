@@ -22,7 +22,7 @@ inline constexpr std::int32_t VX_EAI_FAIL = 13003;
 inline constexpr std::int32_t VX_EAI_NODATA = 14001;
 
 /// The number that an error of the system's socket calls (`errno`) has in Windows Sockets; 0 for 0, 10107 (a system call
-/// has failed) for one that has no twin.
+/// has failed) for one that has no equivalent.
 VXSYS_API std::int32_t VXNativeSocketError(int error) noexcept;
 
 /// As the sockets interface has it. 0, or the number of a look-up or socket error, and then `*result` is null.
@@ -31,11 +31,11 @@ VXSYS_API std::int32_t VXgetaddrinfo(
 /// Null is allowed.
 VXSYS_API void VXfreeaddrinfo(addrinfo* result) noexcept;
 
-/// The numeric text of an address of `length` bytes, zero-terminated, without asking anybody. 0 or the number of an error.
+/// The numeric text of an address of `length` bytes, zero-terminated, without a look-up. 0 or the number of an error.
 VXSYS_API std::int32_t VXgetnumericname(
     const sockaddr* address, std::uint32_t length, char* host, std::uint32_t size) noexcept;
 
-/// The port of a TCP service in host byte order, 0 where nobody knows the service.
+/// The port of a TCP service in host byte order, 0 for an unknown service.
 VXSYS_API std::uint16_t VXGetTcpServicePort(const char* service) noexcept;
 
 /// This host's name, zero-terminated. Negative is failure, RESULT_BUFFER_TOO_SMALL for a name that does not fit.

@@ -35,7 +35,7 @@ VXSYS_API std::int32_t VXProcessJoin(std::uint32_t process, std::int32_t* exitCo
 VXSYS_API std::int32_t VXProcessGetExitCode(std::uint32_t process, std::int32_t* exitCode) noexcept;
 /// Leaves the child alone and closes the handle. The child's end is collected in the background.
 VXSYS_API std::int32_t VXProcessDetach(std::uint32_t process) noexcept;
-/// Takes over this side's end of a child's output that nobody reads any more. What is still written there is read and
+/// Takes over this side's end of a child's output that is not read any more. What is still written there is read and
 /// dropped in the background until all writers have closed their end: a child that writes into a pipe without a
 /// reader would be ended by SIGPIPE. `pipe` is closed in every case.
 VXSYS_API std::int32_t VXProcessDrain(std::uint32_t pipe) noexcept;

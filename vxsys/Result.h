@@ -52,7 +52,7 @@ constexpr bool failed(std::int32_t result) noexcept
 } // namespace vxsys::results
 
 /// The code for a native error number (`errno`): 0x80070000 plus the number that the documented Windows error of that
-/// meaning has; an error without such a twin gives 0x80004005, and 0 gives 0. What went wrong may not be 0: a caller
+/// meaning has; an error without an equivalent gives 0x80004005, and 0 gives 0. What went wrong may not be 0: a caller
 /// that sees a failed call with `errno` 0 gets 0 back.
 extern "C" VXSYS_API std::int32_t VXResultFromNative(std::int32_t nativeError) noexcept;
 

@@ -21,9 +21,9 @@ inline constexpr VXThreadHandle VX_THREAD_INVALID_HANDLE = UINTPTR_MAX;
 /// `VX_THREAD_INVALID_HANDLE` and `*id` is 0. The thread has the signal mask of its creator.
 VXSYS_API std::int32_t VXThreadCreate(VXThreadFunction function, void* argument, std::uint32_t flags,
     std::uint32_t stackSize, VXThreadHandle* handle, std::uint32_t* id) noexcept;
-/// Waits for the thread's end and gives its result; the handle is gone then. A thread that joins itself gets a failure.
+/// Waits for the thread's end and gives its result. The handle is invalid then. A thread that joins itself gets a failure.
 VXSYS_API std::int32_t VXThreadJoin(VXThreadHandle handle, void** result) noexcept;
-/// Lets the thread go on alone; the handle is gone.
+/// Lets the thread run on without a handle, which is invalid then.
 VXSYS_API std::int32_t VXThreadDetach(VXThreadHandle handle) noexcept;
 /// For a thread that runs code of a library, instead of joining or detaching it. Once it has been left, `VXThreadJoinLeft`
 /// waits for its end. Fails when memory is exhausted.

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What Clang's thread-safety analysis is told about locks and the state behind them. Other compilers see nothing.
+/// For Clang's thread-safety analysis: locks and the state that they guard. Empty for other compilers.
 #if defined(__clang__)
 #define VX_THREAD_ANNOTATION(x) __attribute__((x))
 #else

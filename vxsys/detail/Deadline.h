@@ -9,7 +9,7 @@
 
 namespace vxsys::detail {
 
-/// A moment on the monotonic clock, or never: where milliseconds and "for ever" meet.
+/// A moment on the monotonic clock, or never. Converts the milliseconds of a timed wait, and a wait without a limit.
 class Deadline {
 public:
     /// Never.
@@ -34,7 +34,7 @@ public:
     }
 
     bool isNever() const noexcept { return m_never; }
-    /// Made for a try: there is nothing to wait for.
+    /// Whether it was made from 0, for a try without a wait.
     bool isAtOnce() const noexcept { return !m_never && m_time.tv_sec == 0 && m_time.tv_nsec == 0; }
     const timespec& time() const noexcept { return m_time; }
 

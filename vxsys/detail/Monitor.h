@@ -37,7 +37,7 @@ public:
     int lock() noexcept VX_ACQUIRE() { return ::pthread_mutex_lock(&m_mutex); }
     int unlock() noexcept VX_RELEASE() { return ::pthread_mutex_unlock(&m_mutex); }
 
-    /// May come back early: look again at what is waited for. ETIMEDOUT once the deadline has passed.
+    /// May return early: the caller checks its condition again. ETIMEDOUT once the deadline has passed.
     int wait(const Deadline& deadline) noexcept VX_REQUIRES(this)
     {
         return deadline.isNever() ? ::pthread_cond_wait(&m_condition, &m_mutex)

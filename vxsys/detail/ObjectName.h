@@ -5,8 +5,8 @@
 
 namespace vxsys::detail {
 
-/// The name of the file behind a named object: `kind`, "-" and the object's name, in which each byte but letters, digits,
-/// "_", "." and "-" is written as "%" with two digits. A name that gets long that way is cut and goes on with "~" and its
+/// The name of the file of a named object: `kind`, "-" and the object's name, in which each byte but letters, digits,
+/// "_", "." and "-" is written as "%" with two digits. A name that becomes too long is cut and continues with "~" and its
 /// digest. So each name has one file, two names have two, and no name leads out of a folder.
 class ObjectName {
 public:

@@ -11,7 +11,7 @@ namespace vxsys::detail {
 struct PathParts {
     /// "\\server\share": a path of more than two units that starts with two separators.
     bool isShare = false;
-    /// A separator stands behind the drive, or at the start where there is none; false for a share.
+    /// A separator follows the drive, or starts a path without one. False for a share.
     bool isRooted = false;
     /// Upper-case; 0 where the path names none. Any unit in front of a ":" counts as one.
     char16_t drive = 0;

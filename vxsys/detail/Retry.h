@@ -6,7 +6,7 @@
 namespace vxsys::detail {
 
 /// Makes a system call again for as long as a signal breaks it off (EINTR). Never for `close`: on Linux the descriptor
-/// is gone then, and its number may be somebody else's already.
+/// is gone then, and another thread may have its number already.
 template <std::invocable Call>
 auto retryOnSignal(Call&& call) noexcept
 {

@@ -40,7 +40,7 @@ int flush(int descriptor) noexcept
     return error != EINVAL && error != EROFS ? error : 0;
 }
 
-/// Calls `make` with names beside `place` until one is not taken; that one comes into `name`.
+/// Calls `make` with names beside `place` until one is not taken; `name` becomes that one.
 template <std::predicate<const char*> Make>
 int withNewName(const FilePlace& place, char (&name)[FilePlace::NAME_SIZE], Make&& make) noexcept
 {

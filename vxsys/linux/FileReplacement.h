@@ -43,7 +43,7 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// EACCES where the file could not be written in place, where nobody may make files in its folder, and for what is no
+    /// EACCES where the file could not be written in place, where the user may not make files in its folder, and for what is no
     /// regular file. A file that is new gets `mode` less the process's mask.
     int begin(const char* path, mode_t mode) noexcept;
     int write(const void* content, std::size_t length) const noexcept;

@@ -60,7 +60,7 @@ std::int32_t widen(std::string_view native, char16_t* target, std::int32_t size)
                                           : RESULT_INVALID_NAME;
 }
 
-/// The index behind `folder` and a separator in the wide form of `path`.
+/// The index after `folder` and a separator in the wide form of `path`.
 std::int32_t indexBehind(std::string_view folder, std::string_view path) noexcept
 {
     char16_t wide[NATIVE_PATH_SIZE + 2]; // and a drive

@@ -145,7 +145,7 @@ bool NamedFolder::enter(const char* name) noexcept
     if (m_descriptor == -1)
         return false;
     struct stat status;
-    // The look comes after the lock: another process may have removed the folder before it released it.
+    // The look comes after the lock: another process may have removed the folder before it released the lock.
     if (retryOnSignal([&] { return ::flock(m_descriptor, LOCK_EX); }) == 0 && ::fstat(m_descriptor, &status) == 0
         && isPrivate(status) && status.st_nlink > 0)
         return true;

@@ -18,7 +18,7 @@ inline constinit StateLock g_namedLock;
 /// All users may make folders in "/dev/shm". So a folder counts only if it belongs to the user and only its owner has rights on
 /// it, whatever its name: another user can take one name, but cannot keep the user from a second one. All processes of a user
 /// find the same folder, for it does not depend on their environment or on who is logged in: the run-time folder of a login is
-/// not used, because it goes away under the processes that outlive the login.
+/// not used, because the system removes it at the end of the login, and processes may run longer.
 ///
 /// While a value is open no other process makes or removes a file in the folder. Each operation returns a native error or 0.
 class NamedFolder {
@@ -38,7 +38,7 @@ public:
     /// The full path of a file in the folder, which is open.
     void writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept VX_REQUIRES(g_namedLock);
 
-    /// Looks for the folder anew at the next opening: the user or the namespace may be another one.
+    /// Makes the next `open` search for the folder again: the user or the namespace may have changed.
     static void forget() noexcept VX_REQUIRES(g_namedLock);
 
 private:

@@ -89,7 +89,7 @@ bool ProcessIdentity::isAlive(const ProcessIdentity& observer) const noexcept
     std::snprintf(path, sizeof path, "/proc/%u/stat", id);
     ProcessStatus status;
     if (!readStatus(path, status))
-        return true; // ended a moment ago, which the next look will see, or hidden from us
+        return true; // has just ended, which the next check will see, or is hidden from the caller
     const bool isOtherProgram = stack != 0 && status.identity.stack != 0 && stack != status.identity.stack;
     return !status.isEnded && status.identity.started == started && !isOtherProgram;
 }

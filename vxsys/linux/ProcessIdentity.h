@@ -8,9 +8,9 @@ namespace vxsys::detail {
 /// nothing of what it had open.
 struct ProcessIdentity {
     std::uint32_t id = 0;
-    /// Clock ticks from the system's start to its own; 0 where nobody tells.
+    /// Clock ticks from the system's start to its own; 0 if unknown.
     std::uint64_t started = 0;
-    /// Where its stack begins, which the system picks anew for each program; 0 where nobody tells.
+    /// Where its stack begins, which the system picks anew for each program; 0 if unknown.
     std::uint64_t stack = 0;
 
     static ProcessIdentity ofCaller() noexcept;
@@ -21,7 +21,7 @@ struct ProcessIdentity {
     friend bool operator==(const ProcessIdentity&, const ProcessIdentity&) noexcept = default;
 };
 
-/// A number for the caller's namespace of process numbers; 0 where nobody tells.
+/// A number for the caller's namespace of process numbers; 0 if unknown.
 std::uint64_t processNamespace() noexcept;
 
 } // namespace vxsys::detail

@@ -40,7 +40,7 @@ bool isCollected(int child) noexcept
     return error != 0 || ended.si_pid != 0;
 }
 
-/// Drops what the pipe holds; true once its last writer is gone.
+/// Drops what the pipe holds. True after its last writer has closed it.
 bool isDrained(int pipe) noexcept
 {
     constexpr int READS_IN_A_TURN = 16; // then the other tasks have theirs
@@ -261,7 +261,7 @@ std::int32_t drainLater(Descriptor pipe) noexcept
 {
     pollfd state {pipe.get(), POLLIN, 0};
     if (::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)
-        return results::RESULT_OK; // nobody can write any more
+        return results::RESULT_OK; // no writer is left
     const int flags = ::fcntl(pipe.get(), F_GETFL);
     if (flags == -1 || ::fcntl(pipe.get(), F_SETFL, flags | O_NONBLOCK) != 0)
         return VXResultFromNative(errno);

@@ -22,7 +22,7 @@ static_assert(std::atomic<std::uint32_t>::is_always_lock_free && std::atomic<std
 
 constexpr std::int32_t LARGEST = std::numeric_limits<std::int32_t>::max();
 
-/// The longest that a waiter sleeps before it looks whether a holder has gone, and the shortest between two looks.
+/// The longest time that a waiter sleeps before it checks whether a holder has ended, and the shortest between two checks.
 constexpr timespec LONGEST_SLEEP = {0, 250'000'000};
 constexpr std::int64_t SHORTEST_BETWEEN_LOOKS = 100;
 

@@ -28,7 +28,7 @@ struct Opener {
 ///
 /// The mutex outlives a holder that is killed. A process may be killed between
 /// any two stores, so each change is one store to what cannot be computed: `total` or an opener's `process` or `held`. The
-/// counts that make it quick, `value` and `waiters`, follow from these and are made anew after a death.
+/// counts that save time, `value` and `waiters`, follow from these and are computed again after a holder was killed.
 class VX_CAPABILITY("mutex") SharedPage {
 public:
     static constexpr std::uint32_t CAPACITY = 8000;
@@ -43,26 +43,26 @@ public:
     void lock() noexcept VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS;
     void unlock() noexcept VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS { ::pthread_mutex_unlock(&m_mutex); }
 
-    /// The state that an opener finds who is alone: `value` free ones. A note stays.
+    /// Sets the state for the first opener: `value` free ones. A note stays.
     void start(std::uint32_t value, std::uint64_t size) noexcept VX_REQUIRES(this);
-    /// Whether a process that runs has it open. Frees the places of those that have gone, up to the first that has not.
+    /// Whether a running process has it open. Frees the places of ended processes, up to the first one that runs.
     bool hasOpener(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
-    /// Frees the places of all that have gone.
+    /// Frees the places of all ended processes.
     void dropTheGone(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// A place for `process`; null when all are taken.
     Opener* enter(const ProcessIdentity& process) noexcept VX_REQUIRES(this);
-    /// What the opener holds comes back.
+    /// Frees the opener's place and what it holds.
     void leave(Opener& opener) noexcept VX_REQUIRES(this);
 
     std::uint32_t places() const noexcept { return m_places; }
     void setPlaces(std::uint32_t places) noexcept VX_REQUIRES(this) { m_places = places; }
     std::uint64_t size() const noexcept VX_REQUIRES(this) { return m_size; }
 
-    /// Whether the file has lost its name, or is about to: who comes from now on makes another one.
+    /// Whether the file has lost its name, or is about to. A later opener makes another file.
     bool isRemoved() const noexcept VX_REQUIRES(this) { return m_isRemoved; }
     void setRemoved() noexcept VX_REQUIRES(this) { m_isRemoved = true; }
 
-    /// Takes one; waits for it if asked to, else gives ETIMEDOUT. Lets go of the lock while it waits.
+    /// Takes one. If there is none, waits for it or gives ETIMEDOUT. Releases the lock while it waits.
     int take(Opener& opener, bool wait, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     int post(Opener& opener) noexcept VX_REQUIRES(this);
     std::int32_t value(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
@@ -82,9 +82,9 @@ private:
     static constexpr std::uint32_t LAYOUT = 0x76780200 + sizeof(pthread_mutex_t);
 
     void recount() noexcept VX_REQUIRES(this);
-    /// Whether it is taken by a process that runs. Frees it where that has gone.
+    /// Whether a running process has this place. Frees the place of an ended process.
     bool isAlive(Opener& opener, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
-    /// Frees the places of processes that went while they held or waited. Not more often than need be.
+    /// Frees the places of processes that ended while they held or waited. Limited to one check in SHORTEST_BETWEEN_LOOKS.
     void takeBack(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     void waitForPost() noexcept VX_REQUIRES(this);
     void wake(int count) noexcept;

@@ -129,7 +129,7 @@ public:
     {
         if (findLoaded(path))
             return RESULT_OK;
-        // Without the lock: the library's own statics may ask for objects. Who loads it at the same time gets it as well.
+        // Without the lock: the library's own statics may ask for objects. Two threads may load it at the same time.
         VXLibHandle handle;
         if (const std::int32_t result = openTrustedLibrary(path, &handle); failed(result))
             return result;

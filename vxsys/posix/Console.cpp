@@ -63,7 +63,7 @@ int setTerminal(const termios& settings)
 bool takeReadAhead(unsigned char* byte)
 {
     ::flockfile(stdin);
-    const bool isThere = stdin->_IO_read_ptr < stdin->_IO_read_end; // no function tells
+    const bool isThere = stdin->_IO_read_ptr < stdin->_IO_read_end; // there is no function for it
     if (isThere)
         *byte = static_cast<unsigned char>(::getc_unlocked(stdin));
     ::funlockfile(stdin);

@@ -21,7 +21,7 @@ using namespace vxsys::results;
 constexpr std::string_view FALLBACK_ENCODING = "UTF-8";
 constexpr std::string_view FALLBACK_LOCALE = "en_US";
 
-/// Names of plain ASCII. A service started with an empty environment has no wish to lose its users' text.
+/// Names of plain ASCII. A service started with an empty environment must not lose its users' text.
 constexpr std::string_view PLAIN_ASCII[] = {"ANSI_X3.4-1968", "US-ASCII", "ASCII"};
 
 bool isLetter(char character) noexcept

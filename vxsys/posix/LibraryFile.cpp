@@ -40,7 +40,7 @@ bool isForThisMachine(const ElfW(Ehdr) & header) noexcept
 }
 
 /// Whether the file is a library of this machine with all of its content: the loader maps what a cut one says, and the
-/// process dies of it.
+/// process crashes.
 std::int32_t checkImage(const char* path) noexcept
 {
     const Descriptor file(retryOnSignal([&] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); }));

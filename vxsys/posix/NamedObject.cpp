@@ -36,7 +36,7 @@ Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexce
         [&] { return ::openat(folder.descriptor(), name, O_RDWR | O_CLOEXEC | O_NOFOLLOW | flags, OWNER_ONLY); }));
 }
 
-/// Gives the file room that is really there: a store to a page that the system then finds no memory for would be deadly.
+/// Allocates room in the file: a store to a page for which the system has no memory would end the process.
 /// A limit for the size of files is a failure here, as everywhere: its signal would end the process.
 int allocate(int file, std::uint64_t start, std::uint64_t length) noexcept
 {
@@ -269,7 +269,7 @@ NamedObject* NamedObject::find(const char* fileName) noexcept
 {
     const uid_t user = ::geteuid();
     NamedObject* object = g_objects;
-    // Memory that has lost its name stays what it is for those who have it.
+    // Memory that has lost its name stays usable through its open handles, but is not found again.
     while (object != nullptr
         && (object->m_user != user || std::strcmp(object->fileName(), fileName) != 0
             || (object->m_opening.kind == NamedOpening::MEMORY && object->m_isStale.load(std::memory_order_relaxed))))

@@ -18,7 +18,7 @@ struct NamedOpening {
     Kind kind = SEMAPHORE;
     /// The free ones that a semaphore starts with.
     std::uint32_t value = 0;
-    /// Bytes of memory behind the page.
+    /// Bytes of memory after the page.
     std::uint64_t size = 0;
     bool mayMake = true;
     bool mustMake = false;
@@ -27,11 +27,11 @@ struct NamedOpening {
 /// A named object that this process has open, once for each name, however many handles lead to it. It keeps no descriptor:
 /// a program that closes all it does not know closes nothing here.
 ///
-/// The process is one opener of the shared page, and a child by `fork` becomes one of its own at once. Each operation gives
+/// The process is one opener of the shared page, and a child by `fork` becomes another one at once. Each operation gives
 /// a native error or 0.
 class NamedObject {
 public:
-    /// Where the memory behind the page starts in the file: at a multiple of the page size of any processor.
+    /// Where the memory after the page starts in the file: at a multiple of the page size of any processor.
     static constexpr std::size_t MEMORY_OFFSET = (sizeof(SharedPage) / 0x10000 + 1) * 0x10000;
 
     /// The object, used once more. ENOENT or EEXIST where `opening` says so, EINVAL where it asks for more memory than an
@@ -50,7 +50,7 @@ public:
     int note(VXNamedSemNote& note) noexcept;
 
     std::uint64_t size() noexcept;
-    /// A new mapping of the memory behind the page. ESTALE in a child process that the object's last owner left behind.
+    /// A new mapping of the memory after the page. ESTALE in a child process that the object's last owner left behind.
     int mapMemory(int protection, void** address) noexcept;
 
 private:

@@ -5,7 +5,7 @@
 
 namespace vxsys::detail {
 
-/// Whether what the system says so of is the user's or root's, and nobody else may write to it.
+/// Whether a file with this status belongs to the user or root, and no other user may write to it.
 inline bool isOnlyOurs(const struct stat& status, uid_t user = ::geteuid()) noexcept
 {
     return (status.st_uid == user || status.st_uid == 0) && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;

@@ -39,7 +39,7 @@ private:
 
     std::vector<ReadingThread> m_readingThreads VX_GUARDED_BY(m_monitor);
     std::uint32_t m_readers VX_GUARDED_BY(m_monitor) = 0;
-    /// Read locks that another thread than their reader released. Whose row counts them is unknown, until nobody reads.
+    /// Read locks that another thread than their reader released. It is unknown which row counts them, until no thread reads.
     std::uint32_t m_strayReleases VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_waitingReaders VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_waitingWriters VX_GUARDED_BY(m_monitor) = 0;

@@ -294,7 +294,7 @@ std::int32_t RegistryStore::readSubkeys(
         const std::string file = std::string(entry) + '/' + RECORD_NAME;
         const std::int32_t read = readFile(folder.get(), file.c_str(), RegistryRecord::HEAD_UNITS, units, status);
         if (failed(read))
-            return read == RESULT_NOT_FOUND ? RESULT_OK : read; // removed a moment ago
+            return read == RESULT_NOT_FOUND ? RESULT_OK : read; // removed since
         if (!record.readName(units))
             return RESULT_STORE_CORRUPT;
         byFolded.emplace(foldRegistryName(record.name), record.name);

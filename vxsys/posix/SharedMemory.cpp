@@ -31,7 +31,7 @@ constinit MemoryUse* g_handles VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit MemoryUse* g_attached VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit std::uint32_t g_lastHandle VX_GUARDED_BY(g_namedLock) = 0;
 
-/// The place of the pointer to the first use that `matches`, or of the null pointer behind the last.
+/// The place of the pointer to the first use that `matches`, or of the null pointer after the last.
 template <class Predicate>
 MemoryUse** findPlace(MemoryUse*& first, Predicate&& matches) noexcept
 {

@@ -22,7 +22,7 @@ using namespace vxsys::detail;
 
 static_assert(sizeof(VXThreadHandle) >= sizeof(pthread_t));
 
-/// Beyond the least that the system takes, so that a small wish leaves room for a call or two.
+/// More than the system's minimum, so that a small requested size leaves room for some calls.
 constexpr std::size_t LEAST_STACK = 64 * 1024;
 
 /// What a new thread gets from its creator, on whose stack it lives until the thread has told its identifier.

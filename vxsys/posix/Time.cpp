@@ -24,7 +24,7 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
 {
     constexpr int FIRST_YEAR = 1900;
     constexpr long NANOSECONDS_EACH = 1'000'000;
-    constexpr int LAST_SECOND = 59; // a leap second is told as the one before it
+    constexpr int LAST_SECOND = 59; // a leap second becomes the one before it
 
     const long long year = static_cast<long long>(parts.tm_year) + FIRST_YEAR;
     if (year < 0 || year > std::numeric_limits<std::uint16_t>::max())
