@@ -2,8 +2,13 @@
 
 #include "vx/StringLiteral.h"
 #include "vx/detail/InsertUtf8.h"
+#include "vx/detail/TextRange.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
+#include <memory_resource>
+#include <string>
 #include <vector>
 
 namespace vx {
@@ -41,23 +46,33 @@ int placeholderAt(std::u16string_view text, std::size_t* length) noexcept
     return number;
 }
 
-/// How many of the numbers from 0 on occur in a template, up to the first that does not.
-int consecutivePlaceholders(std::u16string_view text)
+struct Placeholder {
+    std::size_t start;
+    std::size_t length;
+    std::size_t number;
+};
+
+/// The placeholders of a template in their order. So high a number that not all below it have room in the template is none.
+void findPlaceholders(std::u16string_view text, std::pmr::vector<Placeholder>& places)
 {
-    std::vector<bool> seen;
-    for (std::size_t at = text.find(u'{'); at != text.npos; at = text.find(u'{', at + 1)) {
-        std::size_t length = 0;
+    std::size_t length = 1;
+    for (std::size_t at = text.find(u'{'); at != text.npos; at = text.find(u'{', at + length)) {
+        length = 1;
         const int number = placeholderAt(text.substr(at), &length);
-        if (number < 0 || static_cast<std::size_t>(number) >= text.size() / 3) // so many do not fit in the template
-            continue;
-        if (seen.size() <= static_cast<std::size_t>(number))
-            seen.resize(static_cast<std::size_t>(number) + 1);
-        seen[static_cast<std::size_t>(number)] = true;
+        if (number >= 0 && static_cast<std::size_t>(number) < text.size() / 3)
+            places.push_back({at, length, static_cast<std::size_t>(number)});
     }
-    int count = 0;
-    while (static_cast<std::size_t>(count) < seen.size() && seen[static_cast<std::size_t>(count)])
-        ++count;
-    return count;
+}
+
+/// How many of the numbers from 0 on occur, up to the first that does not.
+std::size_t countConsecutive(const std::pmr::vector<Placeholder>& places, std::pmr::memory_resource& memory)
+{
+    std::pmr::vector<char> seen(places.size(), &memory);
+    for (const Placeholder& place : places) {
+        if (place.number < seen.size())
+            seen[place.number] = 1;
+    }
+    return static_cast<std::size_t>(std::find(seen.begin(), seen.end(), 0) - seen.begin());
 }
 
 } // namespace
@@ -92,24 +107,29 @@ const String& String::format(String format, ...)
 
 const String& String::formatv(const char16_t* format, int length, std::va_list arguments)
 {
-    const String source(format, length); // template and arguments may be this string's own text
-    const std::u16string_view text = source.view();
-    std::vector<std::u16string_view> values(static_cast<std::size_t>(consecutivePlaceholders(text)));
+    std::byte place[1024];
+    std::pmr::monotonic_buffer_resource memory(place, sizeof place);
+    const std::u16string_view text(format, static_cast<std::size_t>(detail::measured(format, length)));
+    std::pmr::vector<Placeholder> places(&memory);
+    places.reserve(8);
+    findPlaceholders(text, places);
+    std::pmr::vector<std::u16string_view> values(countConsecutive(places, memory), &memory);
     for (std::u16string_view& value : values) {
         if (const char16_t* argument = va_arg(arguments, const char16_t*))
             value = argument;
     }
 
-    std::u16string result;
+    std::pmr::u16string result(&memory); // template and arguments may be this string's own text
+    std::size_t room = text.size();
+    for (const Placeholder& placeholder : places)
+        room += placeholder.number < values.size() ? values[placeholder.number].size() : 0;
+    result.reserve(room);
     std::size_t copied = 0;
-    for (std::size_t at = text.find(u'{'); at != text.npos; at = text.find(u'{', at)) {
-        std::size_t placeholder = 1;
-        const int number = placeholderAt(text.substr(at), &placeholder);
-        if (number >= 0 && static_cast<std::size_t>(number) < values.size()) {
-            result.append(text, copied, at - copied).append(values[static_cast<std::size_t>(number)]);
-            copied = at + placeholder;
-        }
-        at += placeholder;
+    for (const Placeholder& placeholder : places) {
+        if (placeholder.number >= values.size())
+            continue;
+        result.append(text, copied, placeholder.start - copied).append(values[placeholder.number]);
+        copied = placeholder.start + placeholder.length;
     }
     result.append(text, copied);
     return *this = std::u16string_view(result);
