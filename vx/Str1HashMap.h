@@ -15,6 +15,7 @@
 #include <optional>
 #include <string_view>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -128,7 +129,11 @@ private:
 
     std::size_t bucketNumberOf(std::uint32_t hash) const noexcept { return m_order.bucketOf(hash); }
     NodePtr& bucketOf(std::uint32_t hash) const noexcept { return m_table[bucketNumberOf(hash)]; }
-    /// Null if there is no such entry.
+    /// The map is of no derived class, so that a key is its own normalised form.
+    bool keepsKeys() const noexcept { return &typeid(*this) == &typeid(Str1HashMap); }
+    void putNormalized(const Str1& normalized, ValueArgument value, T* previous);
+    /// These two return null if there is no such entry.
+    Node* findByKey(const Str1& key) const;
     Node* find(const Str1& normalized, std::uint32_t hash) const noexcept;
     /// The pointer that owns an entry, out of the index of whose chain the entry is taken.
     NodePtr& linkTo(Node* node) noexcept;
@@ -197,17 +202,13 @@ void Str1HashMap<T>::clear()
 template <class T>
 bool Str1HashMap<T>::containsKey(const Str1& key) const
 {
-    Str1 normalized;
-    normalizeKey(normalized, key);
-    return find(normalized, getKeyHashCode(normalized)) != nullptr;
+    return findByKey(key) != nullptr;
 }
 
 template <class T>
 bool Str1HashMap<T>::get(const Str1& key, T& value) const
 {
-    Str1 normalized;
-    normalizeKey(normalized, key);
-    const Node* node = find(normalized, getKeyHashCode(normalized));
+    const Node* node = findByKey(key);
     if (node == nullptr)
         return false;
     value = node->value;
@@ -223,8 +224,16 @@ int Str1HashMap<T>::getSize() const
 template <class T>
 void Str1HashMap<T>::put(const Str1& key, ValueArgument value, T* previous)
 {
+    if (keepsKeys())
+        return putNormalized(key, value, previous);
     Str1 normalized;
     normalizeKey(normalized, key);
+    putNormalized(normalized, value, previous);
+}
+
+template <class T>
+void Str1HashMap<T>::putNormalized(const Str1& normalized, ValueArgument value, T* previous)
+{
     const std::uint32_t hash = getKeyHashCode(normalized);
     if (Node* node = find(normalized, hash)) {
         T old = std::exchange(node->value, kept(value)); // `previous` may be where `value` lies
@@ -251,9 +260,7 @@ void Str1HashMap<T>::put(const Str1& key, ValueArgument value, T* previous)
 template <class T>
 void Str1HashMap<T>::remove(const Str1& key, T* previous)
 {
-    Str1 normalized;
-    normalizeKey(normalized, key);
-    Node* found = find(normalized, getKeyHashCode(normalized));
+    Node* found = findByKey(key);
     if (found == nullptr)
         return;
     if (previous != nullptr)
@@ -318,6 +325,16 @@ inline T Str1HashMap<T>::kept(ValueArgument value)
         return value.detached();
     else
         return value;
+}
+
+template <class T>
+auto Str1HashMap<T>::findByKey(const Str1& key) const -> Node*
+{
+    if (keepsKeys())
+        return find(key, getKeyHashCode(key));
+    Str1 normalized;
+    normalizeKey(normalized, key);
+    return find(normalized, getKeyHashCode(normalized));
 }
 
 template <class T>
