@@ -1,6 +1,7 @@
 #include "vx/String.h"
 
 #include "vx/Exceptions.h"
+#include "vx/detail/SetScan.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
 #include "vx/detail/TextRange.h"
@@ -158,18 +159,18 @@ private:
     bool m_ignoreCase;
 };
 
-/// The first position from `from` on whose being in `set` is `wanted`.
-int findUp(const StringReadLock& text, const UnitSet& set, int from, bool wanted) noexcept
+/// The first position from `from` on whose being in the set is `wanted`.
+int findUp(
+    const StringReadLock& text, const char16_t* set, int setLength, int from, bool ignoreCase, bool wanted) noexcept
 {
-    if (set.isEmpty())
+    setLength = measured(set, setLength);
+    if (setLength == 0)
         return NOT_FOUND;
-    const char16_t* const units = text.data();
     const int length = text.length();
-    for (int index = clipped(from, length); index < length; ++index) {
-        if (set.contains(units[index]) == wanted)
-            return index;
-    }
-    return NOT_FOUND;
+    from = clipped(from, length);
+    const int place = ignoreCase ? detail::scanSet(text.data(), from, length, UnitSet(set, setLength, true), wanted)
+                                 : detail::scanUnits(text.data(), from, length, set, setLength, wanted);
+    return place < length ? place : NOT_FOUND;
 }
 
 int findDown(const StringReadLock& text, const UnitSet& set, int from, bool wanted) noexcept
@@ -378,7 +379,7 @@ int String::lastIndexOf(const String& text, int from, bool ignoreCase) const
 
 int String::findFirstOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findUp(StringReadLock(*this), UnitSet(set, length, ignoreCase), from, true);
+    return findUp(StringReadLock(*this), set, length, from, ignoreCase, true);
 }
 
 int String::findFirstOf(const String& set, int from, bool ignoreCase) const
@@ -399,7 +400,7 @@ int String::findFirstOfCase(const String& set, int from) const
 
 int String::findFirstNotOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findUp(StringReadLock(*this), UnitSet(set, length, ignoreCase), from, false);
+    return findUp(StringReadLock(*this), set, length, from, ignoreCase, false);
 }
 
 int String::findFirstNotOf(const String& set, int from, bool ignoreCase) const

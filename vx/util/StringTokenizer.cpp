@@ -1,12 +1,30 @@
 #include "vx/util/StringTokenizer.h"
 
 #include "vx/Exception.h"
-#include "vx/detail/UnitSet.h"
+#include "vx/detail/SetScan.h"
+#include "vx/detail/StringLocks.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace vx::util {
+
+namespace {
+
+/// `text.view()` without calls for a plain buffer.
+std::u16string_view unitsOf(const String& text)
+{
+    std::u16string_view units;
+    return vx::detail::PlainBuffer::readExact(text, &units) ? units : text.view();
+}
+
+int lengthOf(const String& text)
+{
+    return static_cast<int>(unitsOf(text).size());
+}
+
+} // namespace
 
 constinit const STRUCT_VX_STR_LIT_INFO StringTokenizer::s_defaultDelims = literal(u" \r\n\t\f");
 
@@ -22,7 +40,7 @@ StringTokenizer::~StringTokenizer() noexcept = default;
 bool StringTokenizer::hasMoreTokens()
 {
     m_peeked = skipDelims(m_position);
-    return m_peeked < m_text.getLength();
+    return m_peeked < lengthOf(m_text);
 }
 
 String StringTokenizer::nextToken(const char16_t* delimiters)
@@ -33,16 +51,16 @@ String StringTokenizer::nextToken(const char16_t* delimiters)
     }
     m_position = m_peeked >= 0 ? m_peeked : skipDelims(m_position);
     m_peeked = -1;
-    if (m_position >= m_text.getLength())
+    if (m_position >= lengthOf(m_text))
         throw Exception(u"No such element");
     const int end = scanToken(m_position);
-    return m_text.substring(std::exchange(m_position, end), std::min(end, m_text.getLength()));
+    return m_text.substring(std::exchange(m_position, end), std::min(end, lengthOf(m_text)));
 }
 
 int StringTokenizer::getTokenCount() const
 {
     int count = 0;
-    for (int position = skipDelims(m_position); position < m_text.getLength(); ++count)
+    for (int position = skipDelims(m_position); position < lengthOf(m_text); ++count)
         position = skipDelims(scanToken(position));
     return count;
 }
@@ -52,12 +70,12 @@ int StringTokenizer::skipDelims(int start) const
     if (m_returnDelimiters)
         return start;
     const int place = find(false, start);
-    return place < m_text.getLength() ? place : m_text.getLength() + 1;
+    return place < lengthOf(m_text) ? place : lengthOf(m_text) + 1;
 }
 
 int StringTokenizer::scanToken(int start) const
 {
-    const int length = m_text.getLength();
+    const int length = lengthOf(m_text);
     int end = find(true, start);
     if (start < length && end == length)
         ++end;
@@ -66,13 +84,11 @@ int StringTokenizer::scanToken(int start) const
 
 int StringTokenizer::find(bool isDelimiter, int start) const
 {
-    const std::u16string_view text = m_text.view();
-    const std::u16string_view delimiters = m_delimiters.view();
-    const vx::detail::UnitSet set(delimiters.data(), static_cast<int>(delimiters.size()), false);
-    auto place = static_cast<std::size_t>(std::max(start, 0));
-    while (place < text.size() && set.contains(text[place]) != isDelimiter)
-        ++place;
-    return std::max(start, static_cast<int>(place));
+    const std::u16string_view text = unitsOf(m_text);
+    const std::u16string_view delimiters = unitsOf(m_delimiters);
+    const int place = vx::detail::scanUnits(text.data(), std::max(start, 0), static_cast<int>(text.size()),
+        delimiters.data(), static_cast<int>(delimiters.size()), isDelimiter);
+    return std::max(start, place);
 }
 
 } // namespace vx::util
