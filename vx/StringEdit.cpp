@@ -25,6 +25,8 @@ using Units = std::char_traits<char16_t>;
 /// string's storage.
 void String::splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill)
 {
+    if (PlainBuffer::splice(*this, start, count, text, insert, fill))
+        return;
     const auto clip = [&](int length) {
         const int from = clipped(start, length);
         return std::pair(from, clipped(count, length - from));
@@ -84,14 +86,21 @@ String& String::append(const char16_t* text, int length)
         Units::move(place, text, static_cast<std::size_t>(length)); // own text may reach up to the place
         return *this;
     }
+    if (PlainBuffer::appendToCopy(*this, text, length))
+        return *this;
     return replace(-1, 0, text, length, 0);
 }
 
 String& String::append(char16_t ch, int repeat)
 {
+    if (repeat == 1 && PlainBuffer::push(*this, ch))
+        return *this;
     char16_t* place = PlainBuffer::extend(*this, repeat);
-    if (place == nullptr)
+    if (place == nullptr) {
+        if (repeat == 1 && PlainBuffer::appendToCopy(*this, &ch, 1))
+            return *this;
         return replace(-1, 0, ch, repeat);
+    }
     if (repeat == 1)
         *place = ch;
     else

@@ -158,7 +158,7 @@ TEST(String, SharesUntilOneWrites)
     EXPECT_NE(a.getData(), literalText.text) << "no assignment binds a string to somebody's memory";
     swap(a, moved);
     EXPECT_TRUE(a == u"LITERAL" && moved == u"literal");
-    String roomy(u"x", -1, 100);
+    String roomy(u"x", -1, 200);
     b.setAddRef(roomy);
     AllocationProbe probe;
     roomy.freeExtra();

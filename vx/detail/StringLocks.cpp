@@ -2,8 +2,14 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vxsys/Memory.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <new>
+#include <string_view>
+#include <utility>
 
 namespace vx::detail {
 
@@ -21,6 +27,37 @@ void withResultOnExhaustion(Work work)
 }
 
 } // namespace
+
+util::RWCharBuffer* PlainBuffer::make(int capacity)
+{
+    if (capacity < 1 || capacity > Storage::MOST_BEHIND)
+        return new util::RWCharBuffer(capacity);
+    const auto units = static_cast<int>(Storage::adjust(capacity));
+    auto* memory = static_cast<std::byte*>(
+        vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
+    auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
+    return new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units);
+}
+
+bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
+{
+    std::u16string_view own;
+    if (count < 1 || !readExact(text, &own) || soleStorage(*text.m_buffer) != nullptr)
+        return false;
+    const std::int64_t length = static_cast<std::int64_t>(own.size()) + count;
+    if (length > LONGEST_TEXT)
+        return false;
+    withResultOnExhaustion([&] {
+        Reference<IVXCharBuffer> both = filled(static_cast<int>(length), 0, [&](char16_t* out) {
+            std::copy_n(more, count, std::copy(own.begin(), own.end(), out));
+            return static_cast<int>(length);
+        });
+        text.m_ansi = nullptr;
+        release(text.m_buffer);
+        text.m_buffer = std::move(both);
+    });
+    return true;
+}
 
 void StringReadLock::lockView()
 {

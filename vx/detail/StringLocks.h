@@ -6,6 +6,7 @@
 #include "vx/detail/TextRange.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWCharBuffer.h"
+#include "vxsys/Memory.h"
 
 #include <algorithm>
 #include <concepts>
@@ -15,6 +16,7 @@
 #include <optional>
 #include <tuple>
 #include <typeinfo>
+#include <utility>
 
 namespace vx::detail {
 
@@ -75,6 +77,26 @@ public:
         return place;
     }
 
+    /// Appends one unit within the capacity. False, and no change, where that would take more.
+    static bool push(String& text, char16_t unit) noexcept
+    {
+        Storage* storage = writableStorage(text);
+        if (storage == nullptr)
+            return false;
+        const int length = storage->length();
+        if (length < 1 || length >= storage->capacity())
+            return false;
+        char16_t* const end = storage->data() + length;
+        end[-1] = unit;
+        end[0] = 0;
+        storage->setLength(length + 1);
+        return true;
+    }
+
+    /// Appends to a text whose buffer is shared or read-only, by a new buffer with room for both parts. `more` may lie in the
+    /// old one. False, and no change, for any other text.
+    static bool appendToCopy(String& text, const char16_t* more, int count);
+
     /// Makes `text` the units of `source`, which may lie in its own storage. False, and no change, where that would take a
     /// copy or new storage.
     static bool overwrite(String& text, const char16_t* source, int length) noexcept
@@ -86,6 +108,34 @@ public:
             std::memmove(storage->data(), source, static_cast<std::size_t>(length) * sizeof(char16_t));
         storage->data()[length] = 0;
         storage->setLength(length + 1);
+        return true;
+    }
+
+    /// Puts `insert` units, those of `text` or without one copies of `fill`, in place of a range. `text` lies outside the
+    /// string's storage. False, and no change, where that would take a copy or new storage.
+    static bool splice(
+        String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept
+    {
+        Storage* storage = writableStorage(target);
+        if (storage == nullptr || storage->length() < 1)
+            return false;
+        const int length = storage->length() - 1;
+        start = clipped(start, length);
+        count = clipped(count, length - start);
+        const std::int64_t newLength = length + insert - count;
+        if (!storage->ensureWithin(newLength + 1))
+            return false;
+        char16_t* const place = storage->data() + start;
+        if (insert != count) {
+            std::memmove(
+                place + insert, place + count, static_cast<std::size_t>(length - start - count) * sizeof(char16_t));
+        }
+        if (text != nullptr)
+            std::memcpy(place, text, static_cast<std::size_t>(insert) * sizeof(char16_t));
+        else
+            std::fill_n(place, insert, fill);
+        storage->data()[newLength] = 0;
+        storage->setLength(static_cast<int>(newLength) + 1);
         return true;
     }
 
@@ -136,16 +186,7 @@ public:
     }
 
     /// A new buffer with count 0 and without text.
-    static util::RWCharBuffer* make(int capacity)
-    {
-        if (capacity < 1 || capacity > Storage::MOST_BEHIND)
-            return new util::RWCharBuffer(capacity);
-        const auto units = static_cast<int>(Storage::adjust(capacity));
-        auto* memory = static_cast<std::byte*>(util::RWCharBuffer::operator new(
-            sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
-        auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
-        return new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units);
-    }
+    static util::RWCharBuffer* make(int capacity);
 
     /// The first reference to a new buffer, which only the caller knows.
     template <class Buffer>
@@ -179,8 +220,9 @@ public:
             auto& own = static_cast<util::RWCharBuffer&>(*buffer);
             if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
                 std::ignore = buffer.detach();
-                own.util::RWCharBuffer::~RWCharBuffer();
-                util::RWCharBuffer::operator delete(&own);
+                if (!own.m_storage.isBorrowed()) // else its destructor has nothing to do
+                    own.util::RWCharBuffer::~RWCharBuffer();
+                vxsys::deallocate(&own);
                 return;
             }
         }

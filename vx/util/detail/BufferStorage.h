@@ -25,7 +25,7 @@ public:
     using Unit = AnyUnit;
     static constexpr bool IS_WRITABLE = true;
     /// The most units that follow a buffer in its allocation. They stay unused once the text has moved.
-    static constexpr int MOST_BEHIND = 64;
+    static constexpr int MOST_BEHIND = 128;
 
     BufferStorage() noexcept = default;
     /// Borrows `units` units at `place`, a number that `adjust` returned. They outlive this storage.
@@ -34,6 +34,7 @@ public:
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
 
+    bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
     Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
     int capacity() const noexcept { return m_capacity & ~IS_BORROWED; }
     int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
@@ -70,7 +71,6 @@ private:
     /// A flag in a number that is a multiple of 16.
     static constexpr int IS_BORROWED = 1;
 
-    bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
     void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
     void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units) | (m_capacity & IS_BORROWED); }
     void resize(int capacity);

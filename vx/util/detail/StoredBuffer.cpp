@@ -97,12 +97,6 @@ RWBuffer<Abstract, Unit>::RWBuffer(const RWBuffer& other)
 }
 
 template <class Abstract, class Unit>
-RWBuffer<Abstract, Unit>::RWBuffer(Placed, Unit* place, int units) noexcept
-    : StoredBuffer<Abstract, BufferStorage<Unit>>(place, units)
-{
-}
-
-template <class Abstract, class Unit>
 RWBuffer<Abstract, Unit>& RWBuffer<Abstract, Unit>::operator=(const RWBuffer& other)
 {
     if (this == &other)

@@ -77,7 +77,10 @@ private:
     /// Distinguishes storage at a given place from text to copy.
     struct Placed { };
 
-    RWBuffer(Placed, Unit* place, int units) noexcept;
+    RWBuffer(Placed, Unit* place, int units) noexcept
+        : StoredBuffer<Abstract, BufferStorage<Unit>>(place, units)
+    {
+    }
 };
 
 extern template class VX_API StoredBuffer<AbstractByteBuffer, BufferView<signed char>>;
