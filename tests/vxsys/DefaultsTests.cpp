@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -37,6 +39,20 @@ TEST(Defaults, FollowTheEnvironment)
         EXPECT_EQ(VXGetDefaultLocale(name, 40), 0);
         EXPECT_EQ(name, row.locale);
     }
+}
+
+TEST(Defaults, FollowAStringThatTheProgramItselfChanges)
+{
+    static char variable[] = "LC_ALL=xx_XX.KOI8-R";
+    const ScopedVariable all("LC_ALL", nullptr);
+    ::putenv(variable);
+    char16_t name[40];
+    for (const auto& [last, encoding] : {std::pair('R', u"KOI8-R"), std::pair('U', u"KOI8-U")}) {
+        variable[sizeof variable - 2] = last;
+        EXPECT_EQ(VXGetDefaultCharEncoding(name, 40), 0);
+        EXPECT_EQ(name, std::u16string(encoding));
+    }
+    ::unsetenv("LC_ALL");
 }
 
 } // namespace
