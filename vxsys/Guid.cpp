@@ -15,6 +15,9 @@ using namespace vxsys::results;
 /// The text form with a zero in the place of each digit.
 constexpr std::u16string_view FORM = u"{00000000-0000-0000-0000-000000000000}";
 
+/// Where the digits of each byte begin.
+constexpr std::array<std::uint8_t, sizeof(_GUID)> PLACES {1, 3, 5, 7, 10, 12, 15, 17, 20, 22, 25, 27, 29, 31, 33, 35};
+
 /// In the order of the text form: each number with its highest byte first.
 using Bytes = std::array<std::uint8_t, sizeof(_GUID)>;
 
@@ -95,17 +98,13 @@ std::int32_t VXComStringFromGUID(const _GUID* guid, char16_t* text, std::int32_t
     if (size <= static_cast<std::int32_t>(FORM.size()))
         return RESULT_BUFFER_TOO_SMALL;
 
-    const Bytes bytes = toBytes(*guid);
-    std::size_t digits = 0;
-    for (const char16_t expected : FORM) {
-        *text = expected;
-        if (expected == u'0') {
-            const int digit = bytes[digits / 2] >> (digits % 2 == 0 ? 4 : 0) & 0xF;
-            *text = u"0123456789ABCDEF"[digit];
-            ++digits;
-        }
-        ++text;
+    std::copy(FORM.begin(), FORM.end(), text);
+    text[FORM.size()] = 0;
+    const std::uint8_t* place = PLACES.data();
+    for (const std::uint8_t byte : toBytes(*guid)) {
+        char16_t* const digits = text + *place++;
+        digits[0] = u"0123456789ABCDEF"[byte >> 4];
+        digits[1] = u"0123456789ABCDEF"[byte & 0xF];
     }
-    *text = 0;
     return RESULT_OK;
 }

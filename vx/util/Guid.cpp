@@ -26,7 +26,7 @@ String Guid::toString() const
 {
     char16_t text[39];
     throwIfFailed(VXComStringFromGUID(&m_guid, text, std::size(text)));
-    return text;
+    return {text, static_cast<int>(std::size(text)) - 1};
 }
 
 } // namespace vx::util
