@@ -102,18 +102,23 @@ Reference<const Set<String>> StringHashMap::createKeySet() const
 StringHashMap::Place StringHashMap::find(const char16_t* chars, int length) const
 {
     const std::uint32_t hash = vx::detail::hashText(chars, length, false);
-    const std::u16string_view key(chars, static_cast<std::size_t>(length));
-    const Table::Index index = m_table.find(hash, key, [&](const Item& item) {
-        const StringReadLock stored(item.key);
-        return stored.length() == length && vx::detail::equalUnits(stored.data(), chars, length);
-    });
-    return {hash, index};
+    return {hash, find(hash, {chars, static_cast<std::size_t>(length)})};
 }
 
 StringHashMap::Place StringHashMap::find(const String& key) const
 {
     const StringReadLock text(key);
     return find(text.data(), text.length());
+}
+
+StringHashMap::Table::Index StringHashMap::find(std::uint32_t hash, std::u16string_view key) const
+{
+    return m_table.find(hash, key, [key](const Item& item) {
+        const StringReadLock stored(item.key);
+        const int length = stored.length();
+        return static_cast<std::size_t>(length) == key.size()
+            && vx::detail::equalUnits(stored.data(), key.data(), length);
+    });
 }
 
 } // namespace vx::collections

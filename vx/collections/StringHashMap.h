@@ -10,6 +10,10 @@
 #include <string_view>
 #include <utility>
 
+namespace vx::util {
+class PropertySet;
+}
+
 namespace vx::collections {
 
 template <class T>
@@ -82,12 +86,16 @@ public:
     std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
+    friend class util::PropertySet; // searches several maps for one key
+
     struct Place {
         std::uint32_t hash;
         Table::Index index;
     };
     Place find(const char16_t* chars, int length) const;
     Place find(const String& key) const;
+    /// `hash` is that of the key.
+    Table::Index find(std::uint32_t hash, std::u16string_view key) const;
 
     Table m_table;
 };

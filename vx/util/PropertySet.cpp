@@ -3,8 +3,12 @@
 #include "vx/Exception.h"
 #include "vx/Occasion.h"
 #include "vx/detail/StringLocks.h"
+#include "vx/detail/TextHash.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
+
+#include <cstdint>
+#include <string_view>
 
 namespace vx::util {
 
@@ -96,7 +100,7 @@ String PropertySet::get(const String& key) const
 {
     const Found found = find(key);
     if (found.value != nullptr)
-        return textOf(*found.value);
+        return *found.value;
     if (found.next == nullptr)
         throwDuring(u"get property", key, Exception());
     return found.next->get(key);
@@ -126,10 +130,15 @@ String PropertySet::remove(const String& key)
 
 PropertySet::Found PropertySet::find(const String& key) const
 {
+    const vx::detail::StringReadLock text(key);
+    const std::uint32_t hash = vx::detail::hashText(text.data(), text.length(), false);
+    const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
     const PropertySet* set = this;
     do {
-        if (Reference<Object> value = set->m_map->get(key))
-            return {value, nullptr};
+        const collections::StringHashMap& map = *set->m_map;
+        const auto found = map.find(hash, units);
+        if (found != collections::StringHashMap::Table::NONE)
+            return {&textOf(*map.m_table.item(found).value), nullptr};
         set = set->m_parent.get();
     } while (set != nullptr && vx::detail::isExactly<PropertySet>(*set));
     return {nullptr, set};

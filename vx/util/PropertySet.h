@@ -53,7 +53,7 @@ public:
 
 private:
     struct Found {
-        Reference<Object> value; ///< null if no set up to `next` has the key
+        const String* value; ///< null if no set up to `next` has the key
         const PropertySet* next; ///< the parent to ask for it, null if none
     };
 
