@@ -22,11 +22,14 @@
 #include <Poco/Util/IniFileConfiguration.h>
 #endif
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -154,10 +157,17 @@ std::string iniText()
     return text;
 }
 
+/// A file that has stood for a while, as settings do.
+void putSettled(const std::filesystem::path& path)
+{
+    put(path, iniText());
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+}
+
 void iniLoad(benchmark::State& state)
 {
     const Scratch scratch;
-    put(scratch / "service.ini", iniText());
+    putSettled(scratch / "service.ini");
     const std::u16string path = (scratch / "service.ini").u16string();
     char16_t value[20] {};
     bool isRight = true;
@@ -172,7 +182,7 @@ BENCHMARK(iniLoad)->Unit(benchmark::kMicrosecond);
 void iniGet(benchmark::State& state)
 {
     const Scratch scratch;
-    put(scratch / "service.ini", iniText());
+    putSettled(scratch / "service.ini");
     IniFile file((scratch / "service.ini").u16string().c_str(), nullptr, 1);
     char16_t value[20] {};
     bool isRight = true;
@@ -187,7 +197,7 @@ BENCHMARK(iniGet);
 void iniLoadQt(benchmark::State& state)
 {
     const Scratch scratch;
-    put(scratch / "service.ini", iniText());
+    putSettled(scratch / "service.ini");
     const QString path = QString::fromStdString((scratch / "service.ini").string());
     bool isRight = true;
     int number = 0;
@@ -211,7 +221,7 @@ BENCHMARK(iniLoadQt)->Unit(benchmark::kMicrosecond);
 void iniGetQt(benchmark::State& state)
 {
     const Scratch scratch;
-    put(scratch / "service.ini", iniText());
+    putSettled(scratch / "service.ini");
     const QSettings file(QString::fromStdString((scratch / "service.ini").string()), QSettings::IniFormat);
     QString value;
     for (auto _ : state)
@@ -227,7 +237,7 @@ using PocoFile = Poco::AutoPtr<Poco::Util::IniFileConfiguration>;
 void iniLoadPoco(benchmark::State& state)
 {
     const Scratch scratch;
-    put(scratch / "service.ini", iniText());
+    putSettled(scratch / "service.ini");
     const std::string path = (scratch / "service.ini").string();
     bool isRight = true;
     for (auto _ : state) {
@@ -241,7 +251,7 @@ BENCHMARK(iniLoadPoco)->Unit(benchmark::kMicrosecond);
 void iniGetPoco(benchmark::State& state)
 {
     const Scratch scratch;
-    put(scratch / "service.ini", iniText());
+    putSettled(scratch / "service.ini");
     const PocoFile file(new Poco::Util::IniFileConfiguration((scratch / "service.ini").string()));
     std::string value;
     for (auto _ : state)

@@ -2,14 +2,19 @@
 
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/detail/TextHash.h"
 #include "vx/sync/ScopedWait.h"
 #include "vx/util/IniFileException.h"
 #include "vx/util/detail/IniText.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace vx::util {
@@ -63,6 +68,15 @@ void eraseSets(Sets& sets, const String& name)
     std::erase_if(sets, [&](const auto& each) { return each.first.startsWith(name); });
 }
 
+/// A second change in the same step of the system's clock need not change the status, so that it proves something only
+/// if the last change is some time ago.
+bool isSettled(const VXFileStatus& status) noexcept
+{
+    using namespace std::chrono;
+    const auto age = system_clock::now().time_since_epoch() - nanoseconds(status.modified);
+    return age > milliseconds(100);
+}
+
 template <class Map>
 std::vector<String> namesOf(const Map& map)
 {
@@ -77,7 +91,13 @@ std::vector<String> namesOf(const Map& map)
 
 bool IniNameLess::operator()(const String& left, const String& right) const
 {
-    return left.compare(right, true) < 0;
+    std::u16string_view leftUnits;
+    std::u16string_view rightUnits;
+    if (!vx::detail::PlainBuffer::readExact(left, &leftUnits)
+        || !vx::detail::PlainBuffer::readExact(right, &rightUnits))
+        return left.compare(right, true) < 0;
+    return std::ranges::lexicographical_compare(
+        leftUnits, rightUnits, std::less<>(), vx::detail::lowerUnit, vx::detail::lowerUnit);
 }
 
 IniFileException::IniFileException(TYPE type, const String& description)
@@ -177,15 +197,13 @@ std::int32_t IniFile::GetValue(const char16_t* set, const char16_t* key, char16_
 {
     const sync::ScopedWait lock(m_lock.get());
     checkAndUpdate();
-    const String setName(set);
-    const String keyName(key);
-    if (!KeyExists(setName, keyName))
+    const String* const found = findValue(String(set), String(key));
+    if (found == nullptr)
         return RESULT_NOT_FOUND;
-    const String& found = m_sets[setName][keyName];
     if (value == nullptr)
         capacity = 0;
-    const auto needed = static_cast<unsigned int>(found.getLength()) + 1;
-    VXStrNCpyW(value, TerminatedText(found), static_cast<std::int32_t>(std::min(needed, capacity)));
+    const auto needed = static_cast<unsigned int>(found->getLength()) + 1;
+    VXStrNCpyW(value, TerminatedText(*found), static_cast<std::int32_t>(std::min(needed, capacity)));
     return needed > capacity ? RESULT_BUFFER_TOO_SMALL : RESULT_OK;
 }
 
@@ -197,8 +215,11 @@ std::int32_t IniFile::GetWriteResult() const
 
 int IniFile::load()
 {
+    const TerminatedText path(m_path);
+    VXFileStatus status; // taken before the content: a change in between is noticed by the next operation
+    const bool hasStatus = VXFileGetStatus(path, &status) >= 0;
     std::string bytes;
-    const std::int32_t result = readFile(TerminatedText(m_path), bytes);
+    const std::int32_t result = readFile(path, bytes);
     IniSets sets;
     if (result >= 0)
         sets = detail::parseIniText(bytes);
@@ -214,6 +235,8 @@ int IniFile::load()
     }
     m_sets.swap(sets);
     m_readResult = result != RESULT_NOT_FOUND ? result : RESULT_OK;
+    if (result >= 0 && hasStatus && isSettled(status)) // otherwise the first operation reads once more
+        m_status = status;
     return result >= 0 ? LOADED : NOT_LOADED;
 }
 
@@ -259,8 +282,16 @@ void IniFile::checkAndUpdate()
 
 bool IniFile::KeyExists(const String& set, const String& key) const
 {
-    const auto found = m_sets.find(set);
-    return found != m_sets.end() && found->second.contains(key);
+    return findValue(set, key) != nullptr;
+}
+
+const String* IniFile::findValue(const String& set, const String& key) const
+{
+    const auto keys = m_sets.find(set);
+    if (keys == m_sets.end())
+        return nullptr;
+    const auto found = keys->second.find(key);
+    return found != keys->second.end() ? &found->second : nullptr;
 }
 
 bool IniFile::SetExists(const String& name) const

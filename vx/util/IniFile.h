@@ -89,6 +89,8 @@ private:
     int WriteToFile(const char16_t* path);
     void checkAndUpdate();
     bool KeyExists(const String& set, const String& key) const;
+    /// Null if there is none.
+    const String* findValue(const String& set, const String& key) const;
     bool SetExists(const String& name) const;
     std::vector<String> ListSets() const;
     std::vector<String> ListKeys(const String& set) const;

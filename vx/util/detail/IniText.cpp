@@ -125,13 +125,11 @@ private:
     Reference<CharToByteConverter> m_converter;
 };
 
-/// Adds at the end if that is the right place, as it is in a file that this library wrote.
+/// Looks at the end first, which is the right place in a file that this library wrote.
 template <class Map>
 typename Map::mapped_type& place(Map& map, String&& name)
 {
-    if (!map.empty() && map.key_comp()(std::prev(map.end())->first, name))
-        return map.emplace_hint(map.end(), std::move(name), typename Map::mapped_type())->second;
-    return map.try_emplace(std::move(name)).first->second;
+    return map.try_emplace(map.end(), std::move(name))->second;
 }
 
 } // namespace
