@@ -77,6 +77,18 @@ bool isSettled(const VXFileStatus& status) noexcept
     return age > milliseconds(100);
 }
 
+/// Moves all values of `addition` to `sets`, without memory of its own.
+void join(IniSets& sets, IniSets& addition) noexcept
+{
+    sets.merge(addition);
+    for (auto& [name, keys] : addition) { // those of sets that exist
+        IniKeys& target = sets.find(name)->second;
+        target.merge(keys);
+        for (auto& [key, value] : keys)
+            target.find(key)->second.swap(value);
+    }
+}
+
 template <class Map>
 std::vector<String> namesOf(const Map& map)
 {
@@ -158,10 +170,10 @@ std::int32_t IniFile::AddKey(const char16_t* set, const char16_t* key, const cha
     const String keyName(key);
     if (!overwrite && KeyExists(setName, keyName))
         return RESULT_ALREADY_EXISTS;
-    IniSets sets = m_sets;
+    IniSets addition;
     Changes changes = m_changes;
-    changes.keys[setName][keyName] = sets[setName][keyName] = value;
-    m_sets.swap(sets);
+    changes.keys[setName][keyName] = addition[setName][keyName] = value;
+    join(m_sets, addition); // nothing from here on fails
     std::swap(m_changes, changes);
     writeChanges();
     return RESULT_OK;

@@ -5,7 +5,10 @@
 #include "vx/text/charset/CharsetException.h"
 #include "vxsys/Number.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace vx::util::detail {
@@ -54,6 +57,41 @@ String textOf(const char* argument)
     }
 }
 
+bool isAscii(std::string_view text) noexcept
+{
+    unsigned char bits = 0;
+    for (const char unit : text)
+        bits |= static_cast<unsigned char>(unit);
+    return bits < 0x80;
+}
+
+/// Whether all ASCII characters have the same code in the default encoding.
+bool decodesAsciiAsItself()
+{
+    std::string bytes;
+    for (char unit = 1; unit < 0x7F; ++unit)
+        bytes += unit;
+    bytes += '\x7F';
+    try {
+        const String decoded(bytes.c_str());
+        return std::ranges::equal(decoded.view(), bytes);
+    } catch (const text::charset::InvalidCharacterException&) {
+        return false;
+    }
+}
+
+template <class Unit>
+void appendArgument(std::u16string& line, std::basic_string_view<Unit> argument)
+{
+    const bool hasBlank = argument.find(Unit {' '}) != argument.npos;
+    if (hasBlank)
+        line += u'"';
+    line.append(argument.begin(), argument.end());
+    if (hasBlank)
+        line += u'"';
+    line += u' ';
+}
+
 } // namespace
 
 CommandLineValues::CommandLineValues(const String& name, int position)
@@ -89,18 +127,18 @@ void CommandLineValues::addAll(const char16_t* text, bool pairIsEmpty)
 
 String joinArguments(int count, char** const arguments)
 {
-    String text;
+    std::u16string text;
+    const bool asciiIsItself = decodesAsciiAsItself();
     for (int index = 0; index < count; ++index) {
-        const String argument = textOf(arguments[index]);
-        const bool hasBlank = argument.indexOf(u' ') >= 0;
-        if (hasBlank)
-            text.append(u'"');
-        text.append(argument);
-        if (hasBlank)
-            text.append(u'"');
-        text.append(u' ');
+        const std::string_view argument = arguments[index];
+        if (asciiIsItself && isAscii(argument)) {
+            appendArgument(text, argument);
+        } else {
+            const String decoded = textOf(arguments[index]);
+            appendArgument(text, decoded.view());
+        }
     }
-    return text;
+    return String(text);
 }
 
 } // namespace vx::util::detail

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vx::util::detail {
@@ -22,7 +23,7 @@ public:
     std::int32_t getLong(int index) const;
     double getDouble(int index) const;
 
-    void add(const String& value) { m_values.push_back(value); }
+    void add(String value) { m_values.push_back(std::move(value)); }
     /// Adds values that are separated by commas and blanks. With `pairIsEmpty`, two double quotes are an empty value.
     void addAll(const char16_t* text, bool pairIsEmpty);
     void copyFrom(const CommandLineValues& other) { m_values = other.m_values; }

@@ -44,14 +44,15 @@ void CommandLineCore<Element, Definition>::parse(
     const auto isSwitch = [switchChars](char16_t unit) { return VXStrChrW(switchChars, unit) != nullptr; };
 
     Parsed parsed;
+    const String noName;
     std::u16string copy(text.substr(0, text.find(u'\0'))); // the reader writes into it
     TokenReader tokens(copy.data(), pairIsEmpty);
     while (char16_t* token = tokens.next(BETWEEN)) {
         const auto position = static_cast<int>(parsed.elements.size());
         if (!isSwitch(*token)) {
-            const Reference<Element> parameter(new Element(String(), position));
+            Reference<Element> parameter(new Element(noName, position));
             parameter->addValue(token);
-            parsed.elements.push_back(parameter);
+            parsed.elements.push_back(std::move(parameter));
             parsed.parameters.push_back(position);
             continue;
         }
@@ -62,7 +63,7 @@ void CommandLineCore<Element, Definition>::parse(
         while (!bare.empty() && isSwitch(bare.front()))
             bare.remove_prefix(1);
         const String name(bare);
-        const Reference<Element> option(new Element(name, position));
+        Reference<Element> option(new Element(name, position));
         const Reference<const Definition> definition = getDefinition(name);
         if (sign != whole.npos) {
             TokenReader values(token + sign + 1, pairIsEmpty);
@@ -78,7 +79,7 @@ void CommandLineCore<Element, Definition>::parse(
                 option->addValue(value);
             }
         }
-        parsed.elements.push_back(option);
+        parsed.elements.push_back(std::move(option));
         parsed.positions.set(name, position);
     }
     std::swap(m_parsed, parsed);
