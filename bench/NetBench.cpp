@@ -1,7 +1,8 @@
-// Sockets of both generations beside the plain ones of the system over loopback: echo of 64 bytes, bulk, connect and accept;
-// and URIs and INI files beside POCO, where it is installed.
+// Sockets of both generations beside the plain ones of the system over loopback: echo of 64 bytes, bulk, connect and accept,
+// waits; and URIs and INI files beside POCO, where it is installed.
 #include "vx/io/InputStream.h"
 #include "vx/io/OutputStream.h"
+#include "vx/net/SocketPoller.h"
 #include "vx/net/TcpClientSocket2.h"
 #include "vx/net/TcpServerSocket.h"
 #include "vx/net/TcpServerSocket2.h"
@@ -13,12 +14,16 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sstream>
 #include <string>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -325,6 +330,107 @@ BENCHMARK_TEMPLATE(bulk, Streams)->UseRealTime();
 BENCHMARK_TEMPLATE(connectAndAccept, Plain)->Apply(bothMeasures);
 BENCHMARK_TEMPLATE(connectAndAccept, Results)->Apply(bothMeasures);
 BENCHMARK_TEMPLATE(connectAndAccept, Streams)->Apply(bothMeasures);
+
+/// Connected pairs of sockets, of which the last one can be read from.
+class Crowd {
+public:
+    explicit Crowd(std::int64_t count)
+    {
+        for (std::int64_t index = 0; index < count; ++index) {
+            int ends[2];
+            require(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends) == 0);
+            m_sockets.push_back(ends[0]);
+            m_peers.push_back(ends[1]);
+        }
+        require(::send(m_peers.back(), "x", 1, 0) == 1);
+    }
+    ~Crowd()
+    {
+        for (const std::vector<int>* sockets : {&m_sockets, &m_peers})
+            std::for_each(sockets->begin(), sockets->end(), ::close);
+    }
+    Crowd(const Crowd&) = delete;
+    Crowd& operator=(const Crowd&) = delete;
+    const std::vector<int>& sockets() const { return m_sockets; }
+
+private:
+    std::vector<int> m_sockets;
+    std::vector<int> m_peers;
+};
+
+void waitByPoll(benchmark::State& state)
+{
+    const Crowd crowd(state.range(0));
+    std::vector<pollfd> entries;
+    for (const int socket : crowd.sockets())
+        entries.push_back({socket, POLLIN, 0});
+    for (auto _ : state) {
+        if (::poll(entries.data(), entries.size(), -1) != 1 || entries.back().revents != POLLIN)
+            state.SkipWithError("another socket");
+    }
+}
+
+void waitBySelect(benchmark::State& state)
+{
+    const Crowd crowd(state.range(0));
+    std::vector<std::unique_ptr<vx::net::TcpWorkerSocket2>> owners;
+    std::vector<vx::net::TcpWorkerSocket2*> all;
+    for (const int socket : crowd.sockets()) {
+        ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+        const int copy = ::dup(socket); // the owner closes it
+        owners.push_back(std::make_unique<vx::net::TcpWorkerSocket2>(static_cast<unsigned int>(copy), &status));
+        all.push_back(owners.back().get());
+    }
+    for (auto _ : state) {
+        std::vector<vx::net::TcpWorkerSocket2*> read = all;
+        auto count = static_cast<std::uint32_t>(read.size());
+        std::uint32_t none = 0;
+        std::int32_t ready = 0;
+        vx::net::TcpWorkerSocket2::select(read.data(), &count, nullptr, &none, nullptr, &none, nullptr, &ready);
+        if (ready != 1 || read.back() == nullptr)
+            state.SkipWithError("another socket");
+    }
+}
+
+void waitByEpoll(benchmark::State& state)
+{
+    const Crowd crowd(state.range(0));
+    const int epoll = ::epoll_create1(0);
+    for (const int socket : crowd.sockets()) {
+        epoll_event event {};
+        event.events = EPOLLIN;
+        event.data.fd = socket;
+        require(::epoll_ctl(epoll, EPOLL_CTL_ADD, socket, &event) == 0);
+    }
+    epoll_event events[64];
+    for (auto _ : state) {
+        if (::epoll_wait(epoll, events, 64, -1) != 1 || events[0].data.fd != crowd.sockets().back())
+            state.SkipWithError("another socket");
+    }
+    ::close(epoll);
+}
+
+void waitByPoller(benchmark::State& state)
+{
+    const Crowd crowd(state.range(0));
+    vx::net::SocketPoller poller(nullptr);
+    for (const int socket : crowd.sockets()) {
+        const auto id = static_cast<unsigned int>(socket);
+        require(poller.add(id, vx::net::SocketPoller::READ, id) == VX_E_SOCKET_OK);
+    }
+    vx::net::SocketPoller::Event events[64];
+    for (auto _ : state) {
+        std::size_t count = 0;
+        poller.wait(events, 0xFFFFFFFF, &count);
+        if (count != 1 || static_cast<int>(events[0].id) != crowd.sockets().back())
+            state.SkipWithError("another socket");
+    }
+}
+
+BENCHMARK(waitByPoll)->Arg(60)->Arg(960);
+BENCHMARK(waitBySelect)->Arg(60);
+BENCHMARK(waitByEpoll)->Arg(60)->Arg(960);
+BENCHMARK(waitByPoller)->Arg(60)->Arg(960);
 
 constexpr int URIS = 100'000;
 
