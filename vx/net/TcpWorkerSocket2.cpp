@@ -40,26 +40,36 @@ public:
         const unsigned int id = socket->getId();
         if (id == 0)
             return VX_E_SOCKET_ENOTSOCK;
-        VXSocketWait* entry = find(id);
-        if (entry == nullptr) {
+        std::uint8_t& place = placeOf(id);
+        if (place == 0) {
             m_ids[m_size] = id;
-            entry = &m_entries[m_size++];
-            *entry = {static_cast<int>(id), 0, 0};
+            m_entries[m_size] = {static_cast<int>(id), 0, 0};
+            place = static_cast<std::uint8_t>(++m_size);
         }
-        entry->wanted = static_cast<std::int16_t>(entry->wanted | wanted);
+        VXSocketWait& entry = m_entries[place - 1U];
+        entry.wanted = static_cast<std::int16_t>(entry.wanted | wanted);
         return VX_E_SOCKET_OK;
     }
 
-    VXSocketWait* find(unsigned int id)
-    {
-        const auto end = m_ids.begin() + static_cast<std::ptrdiff_t>(m_size);
-        const auto place = std::find(m_ids.begin(), end, id);
-        return place != end ? &m_entries[static_cast<std::size_t>(place - m_ids.begin())] : nullptr;
-    }
+    /// The entry of a descriptor that was added.
+    const VXSocketWait& of(unsigned int id) { return m_entries[placeOf(id) - 1U]; }
 
     std::span<VXSocketWait> entries() { return {m_entries.data(), m_size}; }
 
 private:
+    static constexpr std::size_t PLACES = 512; // a power of two, so that few descriptors meet at one
+    static_assert(SETS * MOST_SOCKETS < UINT8_MAX);
+
+    /// Where the number of the entry of `id` is, from 1 on, or belongs.
+    std::uint8_t& placeOf(unsigned int id)
+    {
+        std::size_t place = id % PLACES;
+        while (m_places[place] != 0 && m_ids[m_places[place] - 1U] != id)
+            place = (place + 1) % PLACES;
+        return m_places[place];
+    }
+
+    std::array<std::uint8_t, PLACES> m_places {};
     std::array<unsigned int, SETS * MOST_SOCKETS> m_ids;
     std::array<VXSocketWait, SETS * MOST_SOCKETS> m_entries;
     std::size_t m_size = 0;
@@ -72,7 +82,7 @@ ENUM_VX_E_SOCKET keepReady(SelectSet& set, WaitList& waits, ENUM_VX_E_SOCKET res
         const unsigned int id = socket->getId();
         if (id == 0)
             return VX_E_SOCKET_ENOTSOCK;
-        if ((waits.find(id)->ready & set.wanted) == 0) {
+        if ((waits.of(id).ready & set.wanted) == 0) {
             socket = nullptr;
             continue;
         }
