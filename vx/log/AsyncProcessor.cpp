@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/ThreadAnnotations.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/sync/Condition.h"
@@ -279,13 +280,13 @@ private:
 
     // Callers and workers seldom meet: all that has arrived goes over at once to those who take it.
     sync::Mutex m_lock;
-    Queue m_arrived; ///< under the lock
-    int m_sleepers = 0; ///< under the lock: workers that found nothing, and for whom no post is under way
-    std::atomic<std::int64_t> m_queued {0}; ///< written under the lock
+    Queue m_arrived VX_GUARDED_BY(m_lock);
+    int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found nothing, and for whom no post is under way
+    std::atomic<std::int64_t> m_queued {0}; ///< written while m_lock is held
     sync::Semaphore m_signal;
 
     sync::Mutex m_takeLock; ///< taken before the other
-    Queue m_leaving; ///< under this lock; older than all that has arrived
+    Queue m_leaving VX_GUARDED_BY(m_takeLock); ///< older than all that has arrived
     std::atomic<std::int64_t> m_closed {0}; ///< those that the target is done with
 };
 
