@@ -81,6 +81,10 @@ void shiftRight(Limb* target, Natural source, int bits) noexcept;
 /// target[left + right] = left * right; `target` overlaps neither. One array given twice is squared in less time.
 void multiply(Limb* target, Natural left, Natural right);
 
+/// Adds the multiple of an odd modulus that makes the lower half of product[2 * modulus] 0, given -1 / modulus[0]. The sum
+/// stands in the upper half, the lower one has no use then. Returns the word above.
+Limb addMultiple(Limb* product, Natural modulus, Limb negatedInverse) noexcept;
+
 /// A divisor of one word with what makes divisions by it fast.
 class LimbDivisor {
 public:

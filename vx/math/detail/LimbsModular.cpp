@@ -109,9 +109,8 @@ private:
     {
         const Size size = m_modulus.size();
         Limb* const product = m_product.get();
-        for (Size i = 0; i < size; ++i) // each round clears the lowest word, which then keeps what the upper half lacks
-            product[i] = addProduct(product + i, m_modulus, product[i] * m_negatedInverse);
-        const Limb carry = add(target, {product + size, size}, {product, size});
+        const Limb carry = addMultiple(product, m_modulus, m_negatedInverse);
+        std::copy_n(product + size, size, target);
         if (carry != 0 || compare(target, m_modulus.data(), size) >= 0)
             subtract(target, {target, size}, m_modulus);
     }

@@ -33,6 +33,7 @@ public:
         add(other.m_sum);
         m_above += other.m_above;
     }
+    Limb low() const noexcept { return static_cast<Limb>(m_sum); }
     /// Gives the word, and keeps what belongs to those above.
     Limb next() noexcept
     {
@@ -145,6 +146,30 @@ void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count,
 }
 
 } // namespace
+
+Limb addMultiple(Limb* product, Natural modulus, Limb negatedInverse) noexcept
+{
+    const Size size = modulus.size();
+    Column column;
+    const auto addProducts = [&](Size from, Size to, Size place) {
+        const Limb* up = product + from;
+        const Limb* down = modulus.data() + (place - from);
+        for (Size count = to - from; count > 0; --count)
+            column.add(*up++, *down--);
+        column.add(product[place]);
+    };
+    for (Size place = 0; place < size; ++place) {
+        addProducts(0, place, place);
+        product[place] = column.low() * negatedInverse; // the factor that makes this column 0
+        column.add(product[place], modulus[0]);
+        column.next();
+    }
+    for (Size place = size; place < 2 * size; ++place) {
+        addProducts(place - size + 1, size, place);
+        product[place] = column.next();
+    }
+    return column.low();
+}
 
 void multiply(Limb* target, Natural left, Natural right)
 {
