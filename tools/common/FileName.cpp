@@ -17,7 +17,10 @@ std::string followLinks(std::string path)
         if (length < 0)
             break;
         const std::string name(target, static_cast<std::size_t>(length));
-        path = name[0] == '/' ? name : path.substr(0, path.rfind('/') + 1) + name;
+        if (name[0] == '/')
+            path.clear();
+        path.resize(path.rfind('/') + 1);
+        path += name;
     }
     return path;
 }

@@ -21,7 +21,7 @@ struct Destination {
 };
 
 /// Throws UsageError with what is wrong with the URI.
-Destination parseDestination(const std::string& uri);
+Destination parseDestination(const std::string& text);
 
 /// Sends lines to a vxlogd. What goes wrong is a Failure that names the server.
 class Sender {

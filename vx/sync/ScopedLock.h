@@ -13,7 +13,7 @@ public:
         : m_hold(&lock)
     {
     }
-    ~ScopedLock() noexcept(false) VX_RELEASE() { }
+    ~ScopedLock() noexcept(false) VX_RELEASE() { } // NOLINT(modernize-use-equals-default): not with this attribute
     ScopedLock(const ScopedLock&) = delete;
     ScopedLock& operator=(const ScopedLock&) = delete;
 
