@@ -3,7 +3,6 @@
 #include "vx/net/detail/NativeResult.h"
 #include "vxsys/Socket.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
