@@ -9,8 +9,8 @@
 
 namespace vx::vorb {
 
-/// The result code of the exception in flight: its own for an `Exception`, RESULT_OUT_OF_MEMORY for std::bad_alloc,
-/// RESULT_FAIL for anything else. Call it from a handler only. The end of the thread by `pthread_exit` goes on.
+/// The result code of the exception in flight: that of an `Exception`, RESULT_OUT_OF_MEMORY for std::bad_alloc,
+/// RESULT_FAIL for anything else. Call it from a handler only. The unwinding that `pthread_exit` starts is not caught.
 VX_API std::int32_t resultOfCurrentException();
 
 /// Runs the work of a component operation; what it throws becomes the result.
@@ -25,7 +25,7 @@ std::int32_t atBoundary(Work&& work)
     }
 }
 
-/// As above for work that gives a result code itself.
+/// As above for work that returns a result code.
 template <std::invocable Work>
 std::int32_t resultAtBoundary(Work&& work)
 {

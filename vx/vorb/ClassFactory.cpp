@@ -41,7 +41,7 @@ const InterfaceData* ClassFactory::GetComIntfMap()
 
 namespace {
 
-/// Knows its module and takes no lock of it: a factory that the module keeps must not keep the module's library.
+/// Refers to its module but takes no lock on it: the module owns the factory, which must not keep the library loaded.
 class ComponentFactory final : public ClassFactory {
 public:
     ComponentFactory(Module* module, InstanceCreator creator) noexcept
@@ -56,7 +56,7 @@ public:
         const std::uint32_t count = InternalRelease();
         if (count != 0)
             return count;
-        // Without a module the base class gives no lock back.
+        // Without a module the base class releases no lock.
         const_cast<ComponentFactory*>(this)->SetComModule(nullptr);
         InternalAddRef();
         return ClassFactory::Release();

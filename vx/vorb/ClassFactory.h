@@ -27,7 +27,7 @@ public:
     VX_OBJECT_UNKNOWN(ComObject)
     static const InterfaceData* GetComIntfMap();
 
-    /// The function that creates an object and asks it for the interface.
+    /// The function that creates an object and returns the requested interface of it.
     void SetCreateInstanceQIFunc(InstanceCreator creator) noexcept { m_instanceCreator = creator; }
 
 private:

@@ -10,8 +10,8 @@
 
 namespace vx::vorb {
 
-/// An `InstanceCreator` whose objects `make` returns, with count 0. An object keeps the library loaded from its first reference
-/// to its last. There is no aggregation.
+/// An `InstanceCreator` whose objects `make` returns with a reference count of 0. An object keeps the library loaded
+/// from its first reference to its last. There is no aggregation.
 template <auto make>
 std::int32_t createComponentBy(Module* module, IVXUnknown* outer, const _GUID& iid, void** out)
 {
@@ -35,11 +35,11 @@ std::int32_t createComponent(Module* module, IVXUnknown* outer, const _GUID& iid
     return createComponentBy<[] { return new T; }>(module, outer, iid, out);
 }
 
-/// A `FactoryCreator`. The factory takes no lock of its module, so it does not keep the library loaded.
+/// A `FactoryCreator`. The factory takes no lock on its module, so it does not keep the library loaded.
 VX_API std::int32_t createComponentFactory(Module* module, InstanceCreator creator, const _GUID& iid, void** out);
 
-/// The row of a module's table for a class with a default constructor. `classId` outlives it. A row without values ends the
-/// table.
+/// The row of a module's table for a class with a default constructor. `classId` must outlive the row. A row of null
+/// values ends the table.
 template <class T>
 ClassData componentRow(const _GUID& classId)
 {
@@ -49,8 +49,8 @@ ClassData componentRow(const _GUID& classId)
 
 } // namespace vx::vorb
 
-/// Exports what a component library is asked for, answered by `module`, an expression that gives its `DllModule`. Stands once
-/// in the library, outside all namespaces.
+/// Defines the functions that a component library exports. They call `module`, an expression that gives the library's
+/// `DllModule`. Use it once in the library, outside all namespaces.
 #define VX_COMPONENT_LIBRARY(module)                                                                                   \
     extern "C" __attribute__((visibility("default"))) std::int32_t VXGetClassObject(                                   \
         const _GUID* classId, const _GUID* iid, void** factory)                                                        \

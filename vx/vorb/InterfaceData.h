@@ -12,10 +12,11 @@ class ComObject;
 
 namespace vx::vorb {
 
-/// What a row of an interface map does: fills `*out` with a counted interface and returns 0, or fails.
+/// The function of a row of an interface map: stores an interface in `*out`, with a reference for the caller, and
+/// returns 0, or fails.
 using InterfaceFunction = std::int32_t (*)(ComObject* object, const _GUID& iid, void** out, std::uintptr_t data);
 
-/// The `func` of a row that is a plain displacement. It is compared, never called.
+/// The `func` of a row that holds only an offset. It is compared, never called.
 inline InterfaceFunction displacementMarker() noexcept
 {
     return reinterpret_cast<InterfaceFunction>(std::uintptr_t {1});

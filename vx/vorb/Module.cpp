@@ -18,7 +18,7 @@ namespace vx::vorb {
 
 namespace {
 
-/// Asks each row until one answer is `enough`, and gives the last answer; `none` for an empty table.
+/// Calls `ask` for each row until a result is `enough`, and returns the last result; `none` for an empty table.
 template <std::predicate<std::int32_t> Enough, class Ask>
 std::int32_t askRows(ClassData* table, std::int32_t none, Enough enough, Ask ask)
 {
@@ -38,7 +38,7 @@ bool succeeded(std::int32_t result) noexcept
 
 constexpr const char16_t* CLASSES_KEY = u"CLSID\\";
 
-/// Null where the class has none.
+/// Null if the class has none.
 const char16_t* textOf(TextFunction function)
 {
     return function != nullptr ? function() : nullptr;
@@ -51,7 +51,7 @@ String identifierOf(const ClassData& row)
     return text;
 }
 
-/// As in every path of the registry, "/" means a backslash.
+/// In registry paths "/" means a backslash.
 String pathOf(String key)
 {
     for (int at = key.indexOf(u'/'); at != -1; at = key.indexOf(u'/', at + 1))
@@ -59,7 +59,7 @@ String pathOf(String key)
     return key;
 }
 
-/// Sets the default value of a key among the classes.
+/// Sets the default value of a key in the hive of the classes.
 void setEntry(const String& key, const String& text)
 {
     during(u"set class entry", key, [&] {

@@ -8,11 +8,11 @@
 
 namespace vx::vorb {
 
-/// A component library as its users see it: it answers requests for class factories and tells whether the library may be
-/// unloaded. It is not reference-counted: its count tells how many objects and locks keep the library loaded.
+/// A component library as its users see it: it answers requests for class factories and tells whether the library may
+/// be unloaded. It is not reference-counted: its count is the number of objects and locks that keep the library loaded.
 class VX_API Module {
 public:
-    /// `table` is not owned and outlives the module; null is an empty one.
+    /// `table` is not owned and must outlive the module; null is an empty one.
     explicit Module(ClassData* table);
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
@@ -24,21 +24,21 @@ public:
     std::uint32_t Release() noexcept { return m_lockCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
     std::uint32_t GetRefCount() const noexcept { return m_lockCount.load(std::memory_order_acquire); }
 
-    /// 0 when nothing keeps the library, otherwise 1.
+    /// 0 if nothing keeps the library loaded, otherwise 1.
     virtual std::int32_t CanUnloadNow();
-    /// The factory of `classId`, counted for the caller; one serves all requests. RESULT_CLASS_NOT_AVAILABLE and null for
-    /// a class in no row.
+    /// The factory of `classId`, with a reference for the caller; all requests get the same one.
+    /// RESULT_CLASS_NOT_AVAILABLE and null for a class that is in no row.
     virtual std::int32_t GetClassObject(const _GUID& classId, const _GUID& iid, void** out);
-    /// Writes the entries of all classes into the registry's hive VX_HKEY_CLASSES_32. `path` is that of the library. The first
-    /// negative result ends it and is the answer.
+    /// Writes the entries of all classes into the registry's hive VX_HKEY_CLASSES_32. `path` is that of the library.
+    /// Stops at the first negative result and returns it.
     virtual std::int32_t RegisterServer(const char16_t* path);
-    /// Removes them, with all that stands below their keys.
+    /// Removes these entries with all subkeys.
     virtual std::int32_t UnregisterServer();
 
-    /// The same for the library around the address `module`, null for the program. RESULT_FAIL where its path has 260 units or
-    /// more.
+    /// The same for the library that contains the address `module`; null is the program. RESULT_FAIL if its path has
+    /// 260 units or more.
     std::int32_t RegisterServer(const void* module);
-    // Narrow and wide text would be taken for an address.
+    // Narrow and wide text would convert to an address.
     std::int32_t RegisterServer(const char*) = delete;
     std::int32_t RegisterServer(const char8_t*) = delete;
     std::int32_t RegisterServer(const wchar_t*) = delete;
@@ -55,7 +55,7 @@ private:
     sync::Mutex m_lock;
 };
 
-/// The module of a component in a shared library. Its classes' entries name the library too.
+/// The module of a component in a shared library. The entries of its classes also name the library.
 class VX_API DllModule : public Module {
 public:
     /// As for Module.
