@@ -7,8 +7,8 @@
 
 namespace vx::sync {
 
-/// What the semaphores of one process and those that processes share have in common: a count. A wait takes one, and blocks
-/// while the count is 0; a signal adds one. Failures throw ResultException.
+/// The common base of the semaphores of one process and those that processes share: a count. A wait takes one, and
+/// blocks while the count is 0; a signal adds one. Failures throw ResultException.
 class VX_API AnySemaphore : public Object {
 public:
     AnySemaphore(const AnySemaphore&) = delete;

@@ -4,13 +4,13 @@
 
 namespace vx::sync {
 
-/// The class registry knows its name. It has no operations.
+/// Listed in the class registry by name. It has no operations.
 class VX_API Atomic : public vx::Object {
 public:
     ~Atomic() noexcept override;
 };
 
-/// The class registry knows its name. It has no operations.
+/// Listed in the class registry by name. It has no operations.
 class VX_API FakeAtomic : public vx::Object {
 public:
     ~FakeAtomic() noexcept override;

@@ -16,7 +16,7 @@ Condition::~Condition() noexcept
 {
     if (!failed(VXConditionDestroy(m_handle)))
         return;
-    // This object ends in any case. If the calling thread holds the lock, no other thread can ever release it.
+    // This object is destroyed in any case. If the calling thread holds the lock, no other thread can ever release it.
     VXConditionRelease(m_handle);
     VXConditionDestroy(m_handle);
 }

@@ -14,7 +14,7 @@ class VX_API VX_CAPABILITY("condition") Condition : public vx::Object {
 public:
     class Holder;
 
-    /// `name` is a label for people; null for none. `flags` is 0.
+    /// `name` is a label for diagnostics; null for none. `flags` is 0.
     explicit Condition(const char* name = nullptr, unsigned int flags = 0);
     Condition(const Condition&) = delete;
     Condition& operator=(const Condition&) = delete;

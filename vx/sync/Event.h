@@ -5,15 +5,15 @@
 
 namespace vx::sync {
 
-/// A signal releases one thread that is waiting at that moment, and each signal another one. A signal that finds no such
-/// thread stays, at most one of them, and the next wait takes it.
+/// Each signal releases one waiting thread. If no thread waits, one signal is kept for the next wait; further ones are
+/// dropped.
 class VX_API Event : public Object {
 public:
-    /// `name` is a label for people; null for none. `flags` is 0.
+    /// `name` is a label for diagnostics; null for none. `flags` is 0.
     explicit Event(const char* name = nullptr, unsigned int flags = 0);
     Event(const Event&) = delete;
     Event& operator=(const Event&) = delete;
-    /// Throws ResultException while a thread waits, unless another exception is on its way.
+    /// Throws ResultException while a thread waits, unless another exception is in flight.
     ~Event() noexcept(false) override;
 
     // Object

@@ -4,7 +4,7 @@
 
 namespace vx::sync {
 
-/// A lock that locks nothing, for code that asks for a lock where none is needed. It never blocks.
+/// A lock that locks nothing, for code that requires a lock object where no locking is needed. It never blocks.
 class VX_API FakeMutex : public LockObject {
 public:
     /// Takes the arguments of a `Mutex` and ignores them.

@@ -8,11 +8,11 @@ namespace vx::sync {
 /// Lets every thread pass while it is open. It is created closed.
 class VX_API Gate : public Object {
 public:
-    /// `name` is a label for people; null for none. `flags` is 0.
+    /// `name` is a label for diagnostics; null for none. `flags` is 0.
     explicit Gate(const char* name = nullptr, unsigned int flags = 0);
     Gate(const Gate&) = delete;
     Gate& operator=(const Gate&) = delete;
-    /// Throws ResultException while a thread waits, unless another exception is on its way.
+    /// Throws ResultException while a thread waits, unless another exception is in flight.
     ~Gate() noexcept(false) override;
 
     // Object

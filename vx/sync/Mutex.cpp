@@ -15,7 +15,7 @@ Mutex::~Mutex() noexcept(false)
     const std::int32_t result = VXMutexDestroy(m_handle);
     if (!failed(result))
         return;
-    // This object ends in any case. If the calling thread holds the mutex, no other thread can ever release it.
+    // This object is destroyed in any case. If the calling thread holds the mutex, no other thread can ever release it.
     std::uint32_t depth = 0;
     VXMutexReleaseAll(m_handle, &depth);
     VXMutexDestroy(m_handle);

@@ -7,17 +7,18 @@
 
 namespace vx::sync {
 
-/// Held by one thread at a time. The thread that holds it may take it again, and must release it as often as it took it.
-/// A release by any other thread throws ResultException. What a thread still holds at its end stays held: no later
-/// thread gets it.
+/// Held by one thread at a time. The thread that holds it may take it again, and must release it as often as it took
+/// it. A release by any other thread throws ResultException. A mutex that a thread holds when it ends stays locked:
+/// no later thread can acquire it.
 class VX_API Mutex : public LockObject {
 public:
-    /// `name` is a label for people; null for none. `flags` is 0.
+    /// `name` is a label for diagnostics; null for none. `flags` is 0.
     explicit Mutex(const char* name = nullptr, unsigned int flags = 0);
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
-    /// For a held mutex it throws ResultException, unless another exception is on its way. The mutex is gone in either
-    /// case, and if another thread holds it or waits for it, the platform's part of it stays in memory for that thread.
+    /// If the mutex is held, throws ResultException, unless another exception is in flight. The object is destroyed in
+    /// either case. If another thread holds the mutex or waits for it, the platform's part of it stays in memory for
+    /// that thread.
     ~Mutex() noexcept(false) override;
 
     // LockObject
@@ -31,8 +32,8 @@ private:
     VXHandle m_handle = nullptr;
 };
 
-/// Releases a mutex for the length of a block, as often as the calling thread holds it, and then takes it that often again.
-/// For a thread that must wait for something that another thread does under the same mutex.
+/// Releases a mutex completely for the length of a block, however often the calling thread holds it, and acquires it as
+/// often again at the end. For a thread that must wait for what another thread does under the same mutex.
 class VX_API MutexPause {
 public:
     [[nodiscard]] explicit MutexPause(Mutex& mutex);

@@ -4,8 +4,8 @@
 
 namespace vx::sync {
 
-/// Anything that a thread can wait for. A failure of the platform throws ResultException with its code; a failed try is
-/// `false`, whatever its cause.
+/// Anything that a thread can wait for. A failure of the platform throws ResultException with its code; a failed try
+/// returns `false`, whatever the cause.
 class VX_API Object : public vx::Object {
 public:
     ~Object() noexcept(false) override;

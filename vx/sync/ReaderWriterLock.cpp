@@ -15,7 +15,7 @@ ReaderWriterLock::~ReaderWriterLock() noexcept(false)
     const std::int32_t result = VXRWLockDestroy(m_handle);
     if (!failed(result))
         return;
-    // This object ends in any case. No other thread can release what the calling thread holds.
+    // This object is destroyed in any case. No other thread can release what the calling thread holds.
     VXRWLockReleaseAll(m_handle);
     VXRWLockDestroy(m_handle);
     vx::detail::ReleaseReport::ofDestructor().tell(result);
