@@ -9,7 +9,7 @@ namespace vx::ipc {
 
 namespace {
 
-/// What a person has to do so that named objects can be made.
+/// Tells the user what to do so that named objects can be created.
 struct Advice {
     std::int32_t result;
     const char16_t* text;
@@ -52,7 +52,7 @@ void Semaphore::setNote(const VXNamedSemNote& note)
 
 VXNamedSemNote Semaphore::getNote()
 {
-    VXNamedSemNote note; // all of it is written only where there is one
+    VXNamedSemNote note; // written completely only if there is a note
     throwIfFailed(VXNamedSemGetNote(m_handle, &note));
     return note;
 }

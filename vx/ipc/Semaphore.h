@@ -7,19 +7,19 @@
 
 namespace vx::ipc {
 
-/// A semaphore that all processes of a user share by its name. What a process took and did not signal returns to the others
-/// when it closes its last semaphore of that name or ends, also by a kill.
+/// A semaphore that all processes of a user share by its name. Units that a process has taken and not signalled are
+/// given back when it closes its last semaphore of that name, and when it ends or is killed.
 class VX_API Semaphore : public sync::AnySemaphore {
 public:
-    /// `name` is any narrow text. `value`, at most 2^31 - 1, is the count of a semaphore that no process has open. If the
-    /// system cannot store files of named objects, the description of the exception says what to do.
+    /// `name` is any narrow text. `value`, at most 2^31 - 1, is the initial count if no process has the semaphore open.
+    /// If the system cannot store files of named objects, the description of the exception says what to do.
     Semaphore(const char* name, std::uint32_t value);
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
     ~Semaphore() noexcept(false) override;
 
-    /// What the holder is about to write, for the next holder if this process is killed meanwhile. RESULT_ACCESS_DENIED for
-    /// a process that does not hold the semaphore. A length of 0 is no note.
+    /// Stores a note on what the holder is about to write. The next holder finds it if this process is killed
+    /// meanwhile. RESULT_ACCESS_DENIED for a process that does not hold the semaphore. A length of 0 means no note.
     void setNote(const VXNamedSemNote& note);
     VXNamedSemNote getNote();
 };

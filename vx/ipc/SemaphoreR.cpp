@@ -17,11 +17,11 @@ SemaphoreR::~SemaphoreR() noexcept(false)
 {
     if (!isOwnedHere())
         return;
-    // No object could signal it any more, while others of the process may keep the name open.
+    // After this no object could signal it, but other objects of the process may keep the name open.
     try {
         Semaphore::signal();
     } catch (const Exception&) {
-        // The destructor of the base closes it next, and reports the failure.
+        // The destructor of the base class closes it next and reports the failure.
     }
 }
 
@@ -63,7 +63,7 @@ void SemaphoreR::signal()
     }
 }
 
-/// Whether a thread of this process owns it. A child process has a copy of its parent's fields.
+/// Whether a thread of this process owns it. After `fork` a child process has a copy of its parent's fields.
 bool SemaphoreR::isOwnedHere() const noexcept
 {
     return m_owner != 0 && m_process == VXProcessGetID();

@@ -6,22 +6,23 @@
 
 namespace vx::ipc {
 
-/// A semaphore that its owner, a thread, may take again at once and has to signal as often: one lock for all other threads
-/// and processes. A second object of the same name knows nothing of the first one's owner. An object that is destroyed while
-/// it is owned gives back what it took.
+/// A recursive semaphore: the owning thread may wait on it again without blocking and must signal it as often. It locks
+/// out all other threads and processes. Ownership belongs to the object: a second object of the same name does not
+/// share it. An object that is destroyed while it is owned gives back what it took.
 ///
-/// A child process by `fork` owns nothing: its copy of an owned object is free for it to wait on, and gives nothing back.
+/// A child process created by `fork` owns nothing. It may wait on its copy of an owned object, and the copy gives
+/// nothing back.
 class VX_API SemaphoreR : public Semaphore {
 public:
-    /// `mutex` guards the owner inside the process. A reference is kept. The caller may guard other things with it as well;
-    /// null makes a new one. A thread that holds it and blocks in `wait` releases it for that time.
+    /// `mutex` guards the owner inside the process. A reference is kept. The caller may guard other things with it as
+    /// well; null makes a new one. A thread that holds it and blocks in `wait` releases it while it blocks.
     SemaphoreR(const char* name, std::uint32_t value, sync::Mutex* mutex);
     ~SemaphoreR() noexcept(false) override;
 
     // Semaphore
     void wait() override;
     bool tryWait() override;
-    /// From a thread that does not own it: nothing happens.
+    /// Does nothing if the calling thread is not the owner.
     void signal() override;
 
 private:
@@ -30,7 +31,7 @@ private:
     void own() VX_REQUIRES(*m_mutex);
 
     const Reference<sync::Mutex> m_mutex;
-    /// By `VXThreadGetNumber`: a thread that has ended owns it still, and no later one.
+    /// A number from `VXThreadGetNumber`, which is not reused: a thread that has ended remains the owner.
     std::uint64_t m_owner VX_GUARDED_BY(*m_mutex) = 0;
     std::uint32_t m_count VX_GUARDED_BY(*m_mutex) = 0;
     std::uint32_t m_process VX_GUARDED_BY(*m_mutex) = 0; ///< of the owner

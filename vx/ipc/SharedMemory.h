@@ -6,8 +6,8 @@
 
 namespace vx::ipc {
 
-/// Memory that all processes of a user reach by its name, to read and to write. It starts as zeros, and goes when the last
-/// process has closed it.
+/// Memory that all processes of a user share by its name, to read and to write. It is zero at first, and is removed
+/// when the last process has closed it.
 class VX_API SharedMemory : public Object {
 public:
     /// The numbers are the size in bytes, the access and the flags of VXSharedMemOpen; access that lacks VX_FILE_READ or
@@ -17,7 +17,7 @@ public:
     SharedMemory& operator=(const SharedMemory&) = delete;
     ~SharedMemory() noexcept(false) override;
 
-    /// Where this process has it, for as long as the object lives.
+    /// The address in this process, valid until the object is destroyed.
     void* get() { return m_address; }
     operator void*() { return m_address; }
 
