@@ -7,7 +7,7 @@ namespace vx::exec {
 /// The work of a thread.
 class VX_API IRunnable : public IVXUnknown {
 public:
-    /// Gives the thread's result. An exception that leaves it ends the thread with the result null.
+    /// Returns the thread's result. If it throws, the thread ends with the result null.
     virtual void* run() = 0;
 
 protected:

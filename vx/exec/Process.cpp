@@ -13,7 +13,7 @@ namespace vx::exec {
 
 namespace {
 
-/// What a person has to look at when a program does not start.
+/// Tells the user what to check when a program does not start.
 String nameOf(const char16_t* program, const char16_t* commandLine, const char16_t* directory)
 {
     String name(program != nullptr ? program : commandLine != nullptr ? commandLine : u"");
@@ -22,7 +22,7 @@ String nameOf(const char16_t* program, const char16_t* commandLine, const char16
 
 } // namespace
 
-/// This side's end of a pipe. It is open as long as the process object or a stream needs it.
+/// The parent's end of a pipe. It stays open as long as the process object or a stream uses it.
 class Process::Pipe : public Object {
 public:
     enum class Direction { FROM_CHILD, TO_CHILD };
@@ -42,7 +42,7 @@ public:
         if (m_direction == Direction::TO_CHILD)
             VXFileClose(handle);
         else
-            VXProcessDrain(handle); // a child that still writes would be ended by SIGPIPE
+            VXProcessDrain(handle); // otherwise SIGPIPE would end a child that still writes
     }
     std::uint32_t getHandle() const noexcept { return m_handle; }
     bool isOpen() const noexcept { return m_handle != VX_FILE_INVALID_HANDLE; }
@@ -78,7 +78,7 @@ public:
     using FileOutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override
     {
-        if (!m_pipe->isOpen()) // its number may be another file's by now
+        if (!m_pipe->isOpen()) // the descriptor may belong to another file by now
             throwResult(RESULT_INVALID_HANDLE);
         FileOutputStream::write(bytes, length);
     }
@@ -95,7 +95,7 @@ Process::Process(const char16_t* program, const char16_t* commandLine, const cha
 
 Process::Process(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
     const char16_t* const* environment, unsigned int flags, std::span<const std::uint32_t> inherited)
-    // Made before the child starts, so that nothing can fail after the start.
+    // Created before the child starts, so that nothing can fail after the start.
     : m_childInput(new Pipe(Pipe::Direction::TO_CHILD))
     , m_childOutput(new Pipe(Pipe::Direction::FROM_CHILD))
     , m_childError(new Pipe(Pipe::Direction::FROM_CHILD))

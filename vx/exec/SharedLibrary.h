@@ -5,10 +5,10 @@
 
 namespace vx::exec {
 
-/// A shared library of the system, loaded as long as the object lives. What comes out of it is not to be used longer.
+/// A shared library of the system, loaded until the object is destroyed. Do not use its symbols after that.
 class VX_API SharedLibrary : public Object {
 public:
-    /// A `name` with a separator or a drive is a path; one without is looked for where the system's loader looks. Throws
+    /// A `name` with a separator or a drive is a path; any other name is looked up by the system's loader. Throws
     /// ResultException "Failed to open shared library.".
     explicit SharedLibrary(const char16_t* name);
     SharedLibrary(const SharedLibrary&) = delete;

@@ -9,8 +9,8 @@
 
 namespace vx::exec {
 
-/// Runs an `IRunnable` in a new thread. The thread holds a reference to the runnable: it goes on, and keeps the runnable
-/// alive, also after this object is destroyed. Not locked: one thread controls the object.
+/// Runs an `IRunnable` in a new thread. The thread holds a reference to the runnable. Destroying this object does not
+/// end the thread. Not locked: one thread controls the object.
 ///
 /// @code
 /// class Work : public Object, public exec::IRunnable {
@@ -25,7 +25,7 @@ namespace vx::exec {
 /// @endcode
 class VX_API Thread : public Object {
 public:
-    /// Adds a reference to `runnable`. The name is a label for people, empty if none is given.
+    /// Adds a reference to `runnable`. The name is a label for diagnostics, empty if none is given.
     explicit Thread(IRunnable* runnable);
     Thread(IRunnable* runnable, const String& name);
     /// The same runnable, name and stack size; not started.
@@ -39,11 +39,11 @@ public:
 
     /// Throws IllegalStateException on a started thread, ResultException if the system cannot start one.
     void start();
-    /// Waits for the end and gives what `run` gave, null if it threw, or the argument of a `pthread_exit` inside it. The
-    /// object can be started again then. Throws IllegalStateException on a thread that is not started, ResultException if a
-    /// thread joins itself.
+    /// Waits for the thread to end. Returns the result of `run`, null if it threw, or the argument of a `pthread_exit`
+    /// in it. The object can be started again then. Throws IllegalStateException on a thread that is not started,
+    /// ResultException if a thread joins itself.
     void* join();
-    /// What `getCurrentID` gives inside the thread. Throws IllegalStateException on a thread that is not started.
+    /// What `getCurrentID` returns in the thread. Throws IllegalStateException on a thread that is not started.
     unsigned int getID();
     String getName();
     /// In bytes; 0 is the system's default. Throws IllegalStateException on a started thread.
