@@ -89,7 +89,7 @@ namespace {
 struct ClassRow {
     const char16_t* name;
     const std::type_info* type;
-    ObjectCreator creator; ///< null: known by name, not creatable
+    ObjectCreator creator; ///< null: registered by name, not creatable
 };
 
 template <class T, auto... arguments>
@@ -98,7 +98,7 @@ Object* create()
     return new T(arguments...);
 }
 
-// The first row of a name stands, so that a later one without a creator has no effect.
+// The first row of a name is used, so a later one without a creator has no effect.
 const ClassRow CLASSES[] = {
     {u"CVXAbstractByteBuffer", &typeid(util::AbstractByteBuffer), nullptr},
     {u"CVXAbstractCharBuffer", &typeid(util::AbstractCharBuffer), nullptr},

@@ -27,7 +27,7 @@ bool isSocketResult(std::int32_t result) noexcept
     return (static_cast<std::uint32_t>(result) & FACILITY_MASK) == SOCKET_FACILITY;
 }
 
-/// The error number of the system with this socket result, or 0.
+/// The error number of the system that maps to this socket result, or 0.
 int nativeOfSocketResult(std::int32_t result) noexcept
 {
     constexpr int LAST_ERROR = 133;
@@ -45,7 +45,7 @@ String hexadecimal(std::int32_t result)
     return String(std::string_view(digits.data()));
 }
 
-/// Control characters become blanks: the text is one line of a log or of a terminal.
+/// Replaces control characters by blanks: the text must be one line in a log or on a terminal.
 String onOneLine(std::u16string_view text)
 {
     std::u16string line(text);
@@ -55,7 +55,7 @@ String onOneLine(std::u16string_view text)
     return String(std::u16string_view(line));
 }
 
-/// The parts that are not empty, on one line. A full stop is dropped where another part follows.
+/// Joins the parts that are not empty on one line. A full stop is dropped if another part follows.
 String joined(std::initializer_list<String> parts)
 {
     std::u16string text;

@@ -3,8 +3,8 @@
 #include "vxsys/Component.h"
 
 // Linked last into the shared library: this object is constructed after all other static objects of the library and
-// destroyed before them, at load and unload and at exit. A failed start leaves a library that is loaded and half ready, since
-// the loader has no way to report it.
+// destroyed before them, when the library is loaded or unloaded and when the process exits. If the start fails, the
+// library stays loaded and only partly initialised, since the loader has no way to report the failure.
 
 namespace {
 

@@ -22,7 +22,7 @@ namespace vx {
 
 namespace {
 
-// The loader runs start and stop one at a time.
+// The loader never runs start and stop at the same time.
 constinit int g_starts = 0;
 constinit VXNewHandler g_replacedHandler = nullptr;
 constinit const void* g_ownModule = nullptr;
@@ -44,7 +44,7 @@ void start()
 
 void stop()
 {
-    VXThreadJoinLeft(); // they run code of this library
+    VXThreadJoinLeft(); // these threads run code of this library
     text::charset::detail::freeEncInfo();
     text::charset::detail::freeCodecs();
     ClassManager::freeInstance();

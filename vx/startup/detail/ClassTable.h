@@ -6,7 +6,7 @@ class ClassManagerBase;
 
 namespace vx::startup::detail {
 
-/// Registers every class that the library knows by name.
+/// Registers all classes that can be found by name.
 void registerClasses(ClassManagerBase& manager);
 
 } // namespace vx::startup::detail
