@@ -17,37 +17,37 @@ class XmlLogWriter;
 
 namespace detail {
 
-/// The processor interface of `AbstractLogWriter`. It stands between the two so that its operations take no slots among those
-/// of the class.
+/// The processor interface of `AbstractLogWriter`. A separate base, so that its operations take no virtual table slots
+/// among those of the class.
 class VX_API LogWriterFace : public ILogProcessor {
 public:
-    /// One write of the formatted entry, then a flush: the log is complete after each entry. Half of a surrogate pair, which
-    /// no encoding takes, becomes U+FFFD. Failures are those of the writer.
+    /// Writes the formatted entry in one call and flushes, so that the log is complete after each entry. A lone half of
+    /// a surrogate pair, which no encoding accepts, becomes U+FFFD. Throws what the writer throws.
     void process(const ILogEntry* entry) override;
 
 protected:
     LogWriterFace() = default;
     ~LogWriterFace() = default;
 
-    /// Appends the text of the entry: what `format` gives. A writer that overrides this needs no String for an entry.
+    /// Appends the text that `format` returns. A writer that overrides this creates no String for each entry.
     virtual void print(const ILogEntry& entry, vx::detail::TextBuilder& text);
 };
 
 } // namespace detail
 
-/// Ends a chain: writes each entry as text. Nothing is locked.
+/// The end of a chain: writes each entry as text. Takes no lock.
 class VX_API AbstractLogWriter : public Object, public detail::LogWriterFace {
 public:
     ~AbstractLogWriter() noexcept(false) override;
 
     VX_OBJECT_UNKNOWN(Object)
 
-    /// That of the writer.
+    /// Flushes the writer.
     virtual void flush();
 
 protected:
-    /// The whole text of an entry, line ends included. The body here, for writers that override `print`, gives what that
-    /// appends.
+    /// The whole text of an entry, line ends included. By default what `print` appends, for writers that override
+    /// `print`.
     virtual String format(const ILogEntry* entry) = 0;
 
     /// Holds a reference to the writer as long as this object lives.

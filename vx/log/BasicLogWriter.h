@@ -4,10 +4,11 @@
 
 namespace vx::log {
 
-/// Writes an entry as lines "name=value" and a line of 25 hyphens. Values stand as they are: a line end within one stays.
+/// Writes an entry as lines "name=value" and a line of 25 hyphens. Values are written unchanged, also line ends in
+/// them.
 class VX_API BasicLogWriter : public AbstractLogWriter {
 public:
-    /// `writer` is counted.
+    /// Holds a reference to `writer`.
     static Reference<ILogProcessor> create(io::Writer* writer);
     ~BasicLogWriter() noexcept(false) override;
 

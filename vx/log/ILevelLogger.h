@@ -8,7 +8,7 @@ class String;
 
 namespace vx::log {
 
-/// Takes text to be logged at a level. What a level means is the caller's choice: the library knows none.
+/// Takes text to be logged at a level. The meaning of the levels is the caller's choice: the library defines none.
 class VX_API ILevelLogger : public IVXUnknown {
 public:
     virtual void log(int level, const String& text) = 0;

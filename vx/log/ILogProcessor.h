@@ -6,10 +6,10 @@ namespace vx::log {
 
 class ILogEntry;
 
-/// Consumes entries: the one interface between loggers, the stages of a chain and the writers at its end.
+/// Processes entries. The common interface of the stages of a chain and of the writers at its end.
 class VX_API ILogProcessor : public IVXUnknown {
 public:
-    /// The entry belongs to the caller: who keeps it beyond the call counts it.
+    /// The caller owns the entry: a processor that keeps it after the call adds a reference.
     virtual void process(const ILogEntry* entry) = 0;
 
 protected:

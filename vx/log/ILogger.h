@@ -8,7 +8,7 @@ class String;
 
 namespace vx::log {
 
-/// Takes text to be logged, at a level of its own.
+/// Takes text to be logged, at a level that the logger chooses.
 class VX_API ILogger : public IVXUnknown {
 public:
     virtual void log(const String& text) = 0;

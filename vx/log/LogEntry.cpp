@@ -70,7 +70,7 @@ const vx::vorb::InterfaceData* LogEntry::GetComIntfMap()
 
 void LogEntry::addText(LoggerField field, const String& text)
 {
-    constexpr std::size_t MOST_UNITS = 256; // longer texts, and those in a buffer with a lock, are shared
+    constexpr std::size_t MOST_UNITS = 256; // longer texts, and those in a buffer with a lock, are shared, not copied
 
     std::u16string_view units;
     if (vx::detail::PlainBuffer::read(text, &units) && units.size() <= MOST_UNITS) {
@@ -144,10 +144,10 @@ Reference<Object> LogEntry::valueOf(std::u16string_view name) const
     if (value != nullptr || std::holds_alternative<std::monostate>(field->plain))
         return Reference<Object>(value);
     Reference<Object> made = makeValue(field->plain);
-    // If two threads are the first to ask, both get the value of one of them.
+    // If two threads create the object at the same time, both get the one that was stored first.
     if (!field->object.compare_exchange_strong(value, made.get(), std::memory_order_acq_rel, std::memory_order_acquire))
         return Reference<Object>(value);
-    static_cast<void>(Reference<Object>(made).detach()); // the field's
+    static_cast<void>(Reference<Object>(made).detach()); // the field owns this reference
     return made;
 }
 
@@ -173,7 +173,7 @@ const LogEntry& LogEntryFace::self() const noexcept
 
 void LogEntryFace::setField(const String& name, const Object* value)
 {
-    Reference<Object> held(const_cast<Object*>(value)); // given out as constant only
+    Reference<Object> held(const_cast<Object*>(value)); // callers get it as constant only
     auto& entry = static_cast<LogEntry&>(*this);
     const std::u16string_view text = name.view();
     const LogEntry::Field* const found = entry.find(text);

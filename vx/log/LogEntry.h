@@ -30,7 +30,7 @@ namespace detail {
 
 class FieldOrder;
 
-/// The interfaces of `LogEntry`. It stands between them and the class so that their operations take no slots among those of
+/// The interfaces of `LogEntry`. A separate base, so that their operations take no virtual table slots among those of
 /// the class. A derived entry cannot override them: the writers read the fields directly.
 class VX_API LogEntryFace : public ILogEntry, public vorb::ILogEntry {
 public:
@@ -56,10 +56,10 @@ private:
 
 } // namespace detail
 
-/// A log entry in both its faces. Field names are told apart by case.
+/// A log entry for class code and for components. Field names are case-sensitive.
 class VX_API LogEntry : public Object, public detail::LogEntryFace {
 public:
-    /// Without a field.
+    /// An entry without fields.
     static Reference<LogEntry> create();
     LogEntry(const LogEntry&) = delete;
     LogEntry& operator=(const LogEntry&) = delete;
@@ -69,7 +69,7 @@ public:
     ~LogEntry() noexcept override;
 
 protected:
-    /// For derived entries, which carry something beside the fields.
+    /// For derived entries, which hold more than the fields.
     LogEntry() noexcept;
 
 private:
@@ -90,7 +90,8 @@ private:
         std::uint32_t start = 0;
         std::uint32_t length = 0;
     };
-    /// The value of a logger's field, which becomes an object only when a caller asks for it. Empty for all other fields.
+    /// The value of a logger's field, which becomes an object only when a caller requests it. Empty for all other
+    /// fields.
     using Plain = std::variant<std::monostate, std::int32_t, std::uint32_t, STRUCT_VX_TIME, Piece>;
     struct Field {
         Field() noexcept = default;
@@ -102,12 +103,12 @@ private:
         }
 
         LoggerField loggerField = LOGGER_FIELD_COUNT; ///< decides the name
-        Piece ownName; ///< that of a field which no logger sets
+        Piece ownName; ///< the name of a field that no logger sets
         std::uint32_t hash = 0; ///< of the name
         Plain plain;
         mutable std::atomic<Object*> object {nullptr}; ///< holds a reference, which the entry releases
     };
-    /// The places of fields by their names.
+    /// Maps names to the positions of fields.
     using Index = std::map<String, std::size_t, std::less<>, vxsys::Allocator<std::pair<const String, std::size_t>>>;
 
     /// For fields that the entry does not have yet; those of a logger come first.
@@ -127,15 +128,16 @@ private:
     /// Appends the text to `m_units`.
     Piece keep(std::u16string_view text);
 
-    /// Null for a name that is not there.
+    /// Null if there is no field of that name.
     const Field* find(std::u16string_view name) const;
     bool hasValue(std::u16string_view name) const;
-    /// As an object, which is made at the first call. Null for no field, and for a field whose value is null.
+    /// The value as an object, which is created at the first call. Null for no field, and for a field whose value is
+    /// null.
     Reference<Object> valueOf(std::u16string_view name) const;
     Reference<Object> makeValue(const Plain& plain) const;
 
-    // An entry lives for a moment, and most are only ever printed: a map with its buckets, or an object for each value,
-    // would cost more than all else in it.
+    // Entries are short-lived, and most are only printed. A map with its buckets, or an object for each value, would
+    // cost more than everything else in the entry.
     static constexpr std::size_t FEW = LOGGER_FIELD_COUNT;
     static constexpr std::size_t MOST_WITHOUT_INDEX = 32;
     /// Storage whose fields are constructed one by one: most entries have two of them.

@@ -32,7 +32,7 @@ using vx::detail::ShortTextBuilder;
 using vx::detail::TextBuilder;
 using vxsys::isLoneSurrogate;
 
-/// What stands before and after the value of a logger's field, so that it is appended in one piece.
+/// The text before and after the value of a logger's field, each ready to be appended in one piece.
 struct Frame {
     std::u16string_view line;
     std::u16string_view openElement;
@@ -48,9 +48,9 @@ constexpr Frame FRAMES[] = {
 };
 static_assert(std::size(FRAMES) == FieldOrder::LOGGER_FIELDS);
 
-/// Calls `take(frame, name, printValue)` with each field of `entry`, in the order of its names. The frame is null for a field
-/// that no logger sets; `printValue` appends the value's text to a builder. The entries of other classes than ours have only
-/// the operations of their interface.
+/// Calls `take(frame, name, printValue)` with each field of `entry`, in the order of its names. The frame is null for a
+/// field that no logger sets; `printValue` appends the value's text to a builder. Entries of other classes than
+/// `LogEntry` are read through their interface.
 template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
@@ -71,7 +71,7 @@ void forEachField(const ILogEntry& entry, Take take)
     }
 }
 
-/// What stands for a unit in the text of a document; empty for itself.
+/// The replacement of a unit in the text of a document; empty if it stays as it is.
 constexpr std::u16string_view escapeOf(char16_t unit) noexcept
 {
     switch (unit) {
@@ -81,14 +81,14 @@ constexpr std::u16string_view escapeOf(char16_t unit) noexcept
         return u"&gt;";
     case u'&':
         return u"&amp;";
-    case u'\r': // a parser would read a line feed
+    case u'\r': // a parser would turn it into a line feed
         return u"&#13;";
     default:
         return {};
     }
 }
 
-/// Whether XML 1.0 has no place for the unit at `index`: controls, halves of pairs and two non-characters.
+/// Whether XML 1.0 forbids the unit at `index`: controls, lone halves of surrogate pairs and two non-characters.
 constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
 {
     const char16_t unit = text[index];

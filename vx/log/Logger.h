@@ -17,13 +17,13 @@ class ILogEntry;
 
 namespace detail {
 
-/// The logger interfaces of `Logger`. It stands between them and the class so that their operations take no slots among
-/// those of the class.
+/// The logger interfaces of `Logger`. A separate base, so that their operations take no virtual table slots among those
+/// of the class.
 class VX_API LoggerFace : public ILogger, public ILevelLogger {
 public:
-    /// At the default level.
+    /// Logs at the default level.
     void log(const String& text) override;
-    /// Builds an entry with the fields that are on, and gives it to the processors. A disabled logger does nothing.
+    /// Builds an entry with the enabled fields and passes it to the processors. A disabled logger does nothing.
     void log(int level, const String& text) override;
 
 protected:
@@ -33,8 +33,8 @@ protected:
 
 } // namespace detail
 
-/// Makes entries of texts. Each of the fields "sequence", "thread", "name", "timestamp", "level" and "text" can be on or
-/// off; "level" and "text" are on at the start. What a processor throws reaches the caller of `log`.
+/// Makes entries of texts. Each of the fields "sequence", "thread", "name", "timestamp", "level" and "text" can be
+/// enabled; at first "level" and "text" are. An exception of a processor reaches the caller of `log`.
 ///
 /// @code
 /// const Reference<io::StringWriter> out(new io::StringWriter);
@@ -44,12 +44,13 @@ protected:
 /// assert(out->toString().startsWith(u"level=3\ntext=2 × coffee\nname=orders\n---"));
 /// @endcode
 ///
-/// Several threads may log, and may switch fields, default level and logger meanwhile; processors are set before. Two
-/// threads can see the same sequence number: put a `SyncLogger` in front, so that they do not.
+/// Several threads may log at the same time, and may change the fields, the default level and whether the logger is
+/// enabled. Set the processors before. Two threads can get the same sequence number; a `SyncLogger` around this logger
+/// prevents that.
 class VX_API Logger : public Object, public detail::LoggerFace {
 public:
     Logger();
-    /// With the field "name" on.
+    /// Enables the field "name".
     explicit Logger(const String& name);
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
@@ -62,29 +63,29 @@ public:
 
     VX_OBJECT_UNKNOWN(Object)
 
-    /// In any case of letters. A name that is none of the six changes nothing.
+    /// Names are case-insensitive. A name that is none of the six changes nothing.
     virtual void enableField(const String& name, bool enabled);
 
 protected:
-    /// For derived loggers, to add fields of their own to each entry. Empty here.
+    /// For derived loggers, to add more fields to each entry. Does nothing here.
     virtual void addCustomFields(ILogEntry* entry);
 
 public:
     using detail::LoggerFace::log;
-    /// A logger is enabled at the start.
+    /// A new logger is enabled.
     void setEnabled(bool enabled);
-    /// The level of texts that are logged without one; 0 at the start.
+    /// The level of texts that are logged without one; 0 at first.
     void setDefaultLevel(int level);
-    /// Processors see entries in the order of adding, and are counted.
+    /// Adds a reference to the processor. Processors get each entry in the order in which they were added.
     void addProcessor(ILogProcessor* processor);
-    /// Drops all others.
+    /// Removes all other processors.
     void setProcessor(ILogProcessor* processor);
 
 protected:
     bool isEnabled() const;
-    /// An entry with the fields that are on. It carries the sequence number that `log` counts next.
+    /// An entry with the enabled fields. Its sequence number is the one that the next `log` uses.
     Reference<ILogEntry> getLogEntry(int level, const String& text) const;
-    /// Counts the sequence and gives the entry away, whether enabled or not.
+    /// Increments the sequence number and passes the entry to the processors, whether the logger is enabled or not.
     void log(const ILogEntry* entry);
 
 private:
@@ -94,7 +95,7 @@ private:
     std::atomic<bool> m_isEnabled {true};
     Reference<MultiProcessor> m_processor;
     std::atomic<int> m_defaultLevel {0};
-    std::atomic<std::uint32_t> m_fields; ///< a bit for each of the six that is on
+    std::atomic<std::uint32_t> m_fields; ///< a bit for each of the six that is enabled
     std::atomic<std::int32_t> m_sequence {0};
 };
 

@@ -25,7 +25,8 @@ void MultiProcessor::addProcessor(ILogProcessor* processor)
 void MultiProcessor::process(const ILogEntry* entry)
 {
     const sync::ScopedLock lock(m_lock);
-    // A processor may add another one, which sees this entry too. None is ever taken out, so each lives as long as this.
+    // A processor may add another one, which sees this entry too. None is ever removed, so each lives as long as this
+    // object.
     for (std::size_t index = 0; index < m_processors.size(); ++index)
         m_processors[index]->process(entry);
 }

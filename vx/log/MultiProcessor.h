@@ -10,18 +10,19 @@
 
 namespace vx::log {
 
-/// Passes each entry to several processors, one entry at a time, in the order in which the processors were added. If one
-/// throws, those after it do not see the entry.
+/// Passes each entry to several processors, one entry at a time, in the order in which the processors were added. If
+/// one throws, those after it do not see the entry.
 class VX_API MultiProcessor : public Object, public ILogProcessor {
 public:
-    /// Without a processor: entries are dropped.
+    /// Has no processors: entries are dropped.
     static Reference<MultiProcessor> create();
 
     VX_OBJECT_UNKNOWN(Object)
     ~MultiProcessor() noexcept(false) override;
 
-    /// Holds a reference to the processor as long as this object lives. Takes no lock: call it before the first entry, or on
-    /// the thread that logs. A processor that is added while an entry is passed on sees that entry, after the others.
+    /// Holds a reference to the processor as long as this object lives. Takes no lock: call it before the first entry,
+    /// or on the thread that logs. A processor that is added while an entry is passed on sees that entry, after the
+    /// others.
     void addProcessor(ILogProcessor* processor);
 
     // ILogProcessor

@@ -7,11 +7,11 @@
 
 namespace vx::log {
 
-/// Lets several threads use one logger: it holds a lock through each call. Sequence numbers behind it have no gap and no
-/// double.
+/// Lets several threads use one logger: it holds a lock during each call. The sequence numbers of the wrapped logger
+/// have no gaps and no duplicates.
 class VX_API SyncLogger : public Object, public ILevelLogger {
 public:
-    /// The target is counted as long as this object lives.
+    /// Holds a reference to the target until this object is destroyed.
     explicit SyncLogger(ILevelLogger* target);
 
     VX_OBJECT_UNKNOWN(Object)

@@ -8,10 +8,10 @@
 
 namespace vx::log {
 
-/// A moment, broken down. It never changes.
+/// A point in time as date and time of day. Immutable.
 class VX_API TimeStamp : public Object {
 public:
-    /// Now, in local time or in UTC.
+    /// The current time, local or in UTC.
     explicit TimeStamp(bool local = true);
     /// `seconds` since 1970-01-01 00:00:00, in UTC. Throws ResultException for one beyond the year 65535.
     explicit TimeStamp(std::int32_t seconds);

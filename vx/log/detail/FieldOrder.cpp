@@ -25,7 +25,7 @@ struct SecondText {
 };
 constinit thread_local SecondText s_lastSecond {};
 
-/// Appends `TimeStamp::toString`, which has no milliseconds. A change of the locale is seen from the next second on.
+/// Appends `TimeStamp::toString`, which has no milliseconds. A change of the locale takes effect in the next second.
 void printTime(const STRUCT_VX_TIME& time, TextBuilder& text)
 {
     SecondText& last = s_lastSecond;

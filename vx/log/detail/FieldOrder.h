@@ -12,8 +12,8 @@ namespace vx::log::detail {
 
 /// The fields of an entry in the order in which `getFieldNames` gives their names. The entry must not change meanwhile.
 ///
-/// That set is filled from a map, and both have the same buckets until they grow. A walk of the set then meets the buckets
-/// from the last to the first, and within one of them the older field first.
+/// That set is filled from a map, and both have the same buckets until they grow. Iterating the set then visits the
+/// buckets from the last to the first, and in each bucket the older field first.
 class FieldOrder {
 public:
     using Field = LogEntry::Field;
@@ -30,7 +30,8 @@ public:
     static bool isOfLogger(const Field& field) noexcept { return field.loggerField != LogEntry::LOGGER_FIELD_COUNT; }
     /// Counts in the order sequence, thread, name, timestamp, level, text.
     static std::size_t loggerFieldOf(const Field& field) noexcept { return field.loggerField; }
-    /// Appends what `toString` of the value gives, without halves of surrogate pairs. Throws ResultException with RESULT_END_OF_FILE if the value is null.
+    /// Appends what `toString` of the value gives, with lone halves of surrogate pairs replaced. Throws ResultException
+    /// with RESULT_END_OF_FILE if the value is null.
     void print(const Field& field, vx::detail::TextBuilder& text) const;
 
 private:

@@ -26,10 +26,10 @@ constexpr bool isDigit(char16_t unit) noexcept
     return unit >= u'0' && unit <= u'9';
 }
 
-/// Of the placeholder at `position`, or -1: digits between braces, as `String::valueOf` writes a number.
+/// The number of the placeholder at `position`, or -1: digits between braces, as `String::valueOf` writes a number.
 int numberAt(std::u16string_view text, std::size_t position, std::size_t* length) noexcept
 {
-    constexpr std::size_t MOST_DIGITS = std::numeric_limits<int>::digits10; // more are no argument's number
+    constexpr std::size_t MOST_DIGITS = std::numeric_limits<int>::digits10; // no argument has a longer number
     std::size_t digits = 0;
     int number = 0;
     for (; digits <= MOST_DIGITS; ++digits) {
@@ -47,7 +47,7 @@ int numberAt(std::u16string_view text, std::size_t position, std::size_t* length
     return number;
 }
 
-/// In the order of the text.
+/// The placeholders, in the order of the text.
 Vector<Placeholder> findAll(std::u16string_view text)
 {
     Vector<Placeholder> found;

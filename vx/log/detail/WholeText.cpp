@@ -31,7 +31,7 @@ bool hasHighUnits(std::u16string_view text) noexcept
     for (; text.size() - index >= BLOCK_UNITS; index += BLOCK_UNITS)
         add(text.data() + index);
     if (text.size() >= BLOCK_UNITS)
-        add(text.data() + text.size() - BLOCK_UNITS); // some units a second time
+        add(text.data() + text.size() - BLOCK_UNITS); // checks some units twice
     else
         all[0] |= std::any_of(text.begin(), text.end(), [](char16_t unit) { return unit >= 0x8000; }) ? HIGH : 0;
     return ((all[0] | all[1] | all[2] | all[3]) & HIGH) != 0;

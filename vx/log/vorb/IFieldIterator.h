@@ -7,7 +7,7 @@
 
 namespace vx::log::vorb {
 
-/// Walks the names of an entry's fields.
+/// Iterates over the names of an entry's fields.
 class VX_API IFieldIterator : public IVXUnknown {
 public:
     using InterfaceType = IFieldIterator;

@@ -7,17 +7,19 @@
 
 namespace vx::log::vorb {
 
-/// Hands entries to a processor on the component side, whose failures become ResultExceptions.
+/// Passes entries to a processor that is a component. Its failures become ResultExceptions.
 class VX_API VorbProcessor : public Object, public vx::log::ILogProcessor {
 public:
-    /// The component is counted as long as the processor lives. Null is a ResultException with RESULT_INVALID_ARGUMENT.
+    /// Holds a reference to the component until destruction. Throws ResultException with RESULT_INVALID_ARGUMENT for
+    /// null.
     static Reference<vx::log::ILogProcessor> create(vorb::ILogProcessor* component);
 
     VX_OBJECT_UNKNOWN(Object)
     ~VorbProcessor() noexcept override;
 
     // vx::log::ILogProcessor
-    /// An `entry` without the component face is a ResultException with RESULT_NO_INTERFACE; null is none, and no call.
+    /// Throws ResultException with RESULT_NO_INTERFACE if `entry` has no component interface. Null makes no call and
+    /// throws nothing.
     void process(const vx::log::ILogEntry* entry) override;
 
 private:
