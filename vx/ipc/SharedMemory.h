@@ -10,8 +10,8 @@ namespace vx::ipc {
 /// when the last process has closed it.
 class VX_API SharedMemory : public Object {
 public:
-    /// The numbers are the size in bytes, the access and the flags of VXSharedMemOpen; access that lacks VX_FILE_READ or
-    /// VX_FILE_WRITE cannot be attached. Throws ResultException with a message that says which step failed.
+    /// The numbers are the size in bytes, the access and the flags of VXSharedMemOpen; access that lacks VX_FILE_READ
+    /// or VX_FILE_WRITE cannot be attached. Throws ResultException with a message that says which step failed.
     SharedMemory(const char* name, unsigned int first, unsigned int second, unsigned int third);
     SharedMemory(const SharedMemory&) = delete;
     SharedMemory& operator=(const SharedMemory&) = delete;

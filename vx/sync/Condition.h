@@ -7,9 +7,9 @@
 
 namespace vx::sync {
 
-/// A condition together with a lock. A wait is made while the lock is held: it releases the lock, waits, and takes the lock
-/// again. It may end early, so check again what you wait for. Waiting or releasing without holding the lock, and acquiring
-/// it twice, throw ResultException.
+/// A condition together with a lock. A wait is made while the lock is held: it releases the lock, waits, and takes the
+/// lock again. It may end early, so check again what you wait for. Waiting or releasing without holding the lock, and
+/// acquiring it twice, throw ResultException.
 class VX_API VX_CAPABILITY("condition") Condition : public vx::Object {
 public:
     class Holder;
@@ -35,8 +35,8 @@ private:
     VXHandle m_handle = nullptr;
 };
 
-/// Holds a condition's lock to the end of the block. A failed release throws ResultException, unless the block is left by
-/// an exception.
+/// Holds a condition's lock to the end of the block. A failed release throws ResultException, unless the block is left
+/// by an exception.
 class VX_API VX_SCOPED_CAPABILITY Condition::Holder {
 public:
     explicit Holder(Condition& condition) VX_ACQUIRE(condition);

@@ -5,8 +5,8 @@
 
 namespace vx::sync {
 
-/// Holds a lock to the end of the block, however the block is left. Adds no reference: the lock must outlive the guard. A
-/// failed release throws, unless the block is left by an exception.
+/// Holds a lock to the end of the block, however the block is left. Adds no reference: the lock must outlive the guard.
+/// A failed release throws, unless the block is left by an exception.
 class [[nodiscard]] VX_SCOPED_CAPABILITY ScopedLock {
 public:
     explicit ScopedLock(LockObject& lock) VX_ACQUIRE(lock)

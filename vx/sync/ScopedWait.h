@@ -5,9 +5,9 @@
 
 namespace vx::sync {
 
-/// Holds a mutex, a semaphore or anything else with `wait` and `signal` to the end of the block, however the block is left.
-/// Null holds nothing. Adds no reference: the object must outlive the guard. A failed release throws, unless the block is
-/// left by an exception.
+/// Holds a mutex, a semaphore or anything else with `wait` and `signal` to the end of the block, however the block is
+/// left. Null holds nothing. Adds no reference: the object must outlive the guard. A failed release throws, unless the
+/// block is left by an exception.
 template <class Waitable>
 class [[nodiscard]] ScopedWait {
 public:

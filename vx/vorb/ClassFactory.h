@@ -17,8 +17,8 @@ protected:
     ~ClassFactoryFace() = default;
 };
 
-/// The factory of one class of a component library. Its creator sets its module and its instance creator before the first
-/// use; without them its operations return RESULT_FAIL.
+/// The factory of one class of a component library. Its creator sets its module and its instance creator before the
+/// first use; without them its operations return RESULT_FAIL.
 class VX_API ClassFactory : public ComObject, public ClassFactoryFace {
 public:
     ClassFactory() noexcept = default;

@@ -30,7 +30,8 @@ struct InterfaceData {
 };
 
 /// Looks `iid` up in `map`, row by row. A row with an identifier ends the search if it fails; one that matches every
-/// identifier does not. `IVXUnknown` is answered before any row. A null `map` has no rows, a null `object` no interface.
+/// identifier does not. `IVXUnknown` is answered before any row. A null `map` has no rows, a null `object` no
+/// interface.
 VX_API std::int32_t QueryInterfaceMap(const InterfaceData* map, ComObject* object, const _GUID& iid, void** out);
 
 /// The row for interface `View` of `Class`, whose first base leads to `ComObject`.

@@ -7,7 +7,8 @@
 
 namespace vx::sync::detail {
 
-/// The answer of a timed wait: true for exactly 0, false for a time-out and for any other success. Throws ResultException.
+/// The answer of a timed wait: true for exactly 0, false for a time-out and for any other success. Throws
+/// ResultException.
 inline bool answerOfTimedWait(std::int32_t result)
 {
     if (result == RESULT_TIMED_OUT)
