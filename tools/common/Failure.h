@@ -10,7 +10,7 @@
 
 namespace vxtools {
 
-/// What ends the program: one line for a person. `what` of the base tells it in English.
+/// An error that ends the program with a one-line message. `what` of the base class gives the message in English.
 class Failure : public std::runtime_error {
 public:
     /// `what` names the thing that failed, `why` says what is wrong with it.
@@ -22,7 +22,7 @@ private:
     Text m_text;
 };
 
-/// A fault of the command line, as std::invalid_argument is, in any language.
+/// An error in the command line, as std::invalid_argument is, that can be reported in any language.
 class UsageError : public std::invalid_argument {
 public:
     explicit UsageError(const Text& text);
@@ -33,9 +33,9 @@ private:
     Text m_text;
 };
 
-/// What an error number of the system means.
+/// The description of an error number of the system.
 std::string textOfError(int error);
-/// The description of `failure`, or what its result code means: for a line that names the thing that failed by itself.
+/// The description of `failure`, or else of its result code. For a message that already names the thing that failed.
 std::string textOf(const vx::Exception& failure);
 std::string textOfResult(std::int32_t result);
 

@@ -10,7 +10,7 @@ namespace vxtools {
 
 std::string followLinks(std::string path)
 {
-    constexpr int MOST_LINKS = 40; // as the kernel has it
+    constexpr int MOST_LINKS = 40; // the limit of the kernel
     for (int links = 0; links < MOST_LINKS; ++links) {
         char target[PATH_MAX];
         const ssize_t length = ::readlink(path.c_str(), target, sizeof target);

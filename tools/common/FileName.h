@@ -9,9 +9,9 @@ namespace vxtools {
 /// Resolves symbolic links at the end of a path, whether or not the file is there.
 std::string followLinks(std::string path);
 
-/// The one text by which the processes that append to a file know each other: absolute, without symbolic links. The file
-/// need not exist. Throws Failure for a name that the library cannot have: it reads names as UTF-8, in which a backslash
-/// separates folders.
+/// The name by which all processes that append to a file refer to it: absolute, without symbolic links. The file need
+/// not exist. Throws Failure for a name that the library cannot represent: it reads names as UTF-8 and takes a
+/// backslash for a separator of folders.
 vx::String canonicalPath(const std::string& file);
 
 } // namespace vxtools

@@ -50,7 +50,8 @@ int openFile(const char* path, int flags, unsigned int mode)
 void occupyStandardStreams()
 {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
-        // The lowest free number is this one. Opened the other way round, it fails as a closed one does.
+        // The lowest free descriptor is the closed stream. It is opened for the wrong direction, so that using it fails
+        // as on a closed one.
         if (::fcntl(descriptor, F_GETFD) == -1)
             static_cast<void>(::open("/dev/null", descriptor == 0 ? O_WRONLY : O_RDONLY));
     }

@@ -7,7 +7,7 @@
 
 namespace vxtools {
 
-/// What is read: a file, or standard input for "-".
+/// The input of a program: a file, or standard input for "-".
 class Input {
 public:
     explicit Input(const std::string& path);
@@ -16,9 +16,9 @@ public:
     Input& operator=(const Input&) = delete;
 
     int descriptor() const noexcept { return m_descriptor; }
-    /// For messages.
+    /// The name for messages.
     const Text& name() const noexcept { return m_name; }
-    /// In bytes; -1 where nobody knows before the end.
+    /// In bytes; -1 if it is not known before the end.
     std::int64_t size() const noexcept { return m_size; }
 
 private:
@@ -29,10 +29,10 @@ private:
     std::int64_t m_size = -1;
 };
 
-/// `open`, which a signal does not end. -1 with `errno`.
+/// Calls `open`, again after a signal. -1 with `errno` set if it fails.
 int openFile(const char* path, int flags, unsigned int mode = 0);
 
-/// Keeps the numbers of the standard streams from the files that are opened later.
+/// Opens closed standard streams, so that no file that is opened later gets their descriptors.
 void occupyStandardStreams();
 
 } // namespace vxtools

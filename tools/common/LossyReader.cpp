@@ -41,7 +41,7 @@ std::size_t LossyDecoder::decode(std::span<const signed char> bytes, bool isLast
     for (bool isBad = true; isBad && position < length;) {
         try {
             m_decoder->convert(bytes.data(), &position, length, target, &count, room);
-            isBad = isLast && position < length; // the last character is cut
+            isBad = isLast && position < length; // the last character is incomplete
         } catch (const vx::text::charset::InvalidCharacterException&) {
         }
         if (isBad) {

@@ -14,25 +14,25 @@
 
 namespace vxtools {
 
-/// Decodes bytes, and puts U+FFFD for those that are no text in their encoding, for which a decoder of the library throws.
+/// Decodes bytes, and replaces those that are invalid in the encoding by U+FFFD, where a decoder of the library throws.
 class LossyDecoder {
 public:
     /// Throws UnknownEncodingException.
     explicit LossyDecoder(const vx::String& encoding);
 
-    /// Appends the text of `bytes` to `text` and returns how many of them it has decoded: a character that is cut at the end
-    /// is left, unless `isLast`.
+    /// Appends the text of `bytes` to `text` and returns the number of bytes decoded. An incomplete character at the
+    /// end is not decoded, unless `isLast`.
     std::size_t decode(std::span<const signed char> bytes, bool isLast, std::u16string& text);
 
 private:
     vx::Reference<vx::text::charset::ByteToCharConverter> m_decoder;
-    std::int32_t m_unitSize; ///< bytes that one U+FFFD stands for
+    std::int32_t m_unitSize; ///< bytes that one U+FFFD replaces
 };
 
-/// The text of a stream by a LossyDecoder.
+/// Decodes a stream with a LossyDecoder.
 class LossyReader : public vx::io::Reader {
 public:
-    /// `blockSize` in bytes: what is read at once. Throws UnknownEncodingException.
+    /// `blockSize`: bytes per read. Throws UnknownEncodingException.
     LossyReader(vx::io::InputStream* source, const vx::String& encoding, std::size_t blockSize);
 
     // Reader
@@ -51,7 +51,7 @@ private:
     std::size_t m_position = 0;
 };
 
-/// Puts U+FFFD for each half of a surrogate pair that stands alone.
+/// Replaces each lone half of a surrogate pair by U+FFFD.
 void replaceLoneSurrogates(vx::String& text);
 
 } // namespace vxtools

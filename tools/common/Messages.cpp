@@ -19,7 +19,7 @@ std::string Messages::say(const Text& text)
 {
     if (!text.m_message)
         return text.m_plain;
-    // Put together as bytes: file names need not be UTF-8.
+    // Assembled as bytes, since file names need not be UTF-8.
     const std::string pattern = patternOf(*text.m_message);
     std::string said;
     std::string_view rest = pattern;
@@ -48,7 +48,7 @@ std::string Messages::patternOf(const Message& message)
         }
         if (m_bundle != nullptr)
             return m_bundle->getString(message.key).toUtf8();
-    } catch (...) { // whatever is wrong with the translation, what was to be said is more important
+    } catch (...) { // the message must appear even if its translation is broken
     }
     return message.english;
 }

@@ -12,18 +12,18 @@ namespace vxtools {
 
 class Text;
 
-/// Something that a program says: its key in the string bundle "Tools", and what it is in English. In either form {0}, {1}
-/// and so on, up to {9}, stand for what is put in.
+/// A message of a program: its key in the string bundle "Tools" and its English text. In the text and its translations
+/// {0} to {9} are placeholders.
 struct Message {
     const char16_t* key;
     const char* english;
 
-    /// The message with the values put in.
+    /// The message with its placeholders replaced by values.
     template <class... Values>
     Text operator()(const Values&... values) const;
 };
 
-/// What is said to a person, before its language is known: a message with what is put in, or bytes that are the same in each
+/// Text for the user that is not translated yet: a message with its values, or bytes that are the same in every
 /// language, such as a file name.
 class Text {
 public:
@@ -59,14 +59,14 @@ Text Message::operator()(const Values&... values) const
     return Text(*this, std::vector<Text> {Text(values)...});
 }
 
-/// Speaks a language, as far as its bundle goes. What a bundle lacks, and everything where there is none or it is broken, is
-/// said in English.
+/// Translates messages into one language. A message that the bundle lacks is given in English, and so are all messages
+/// if the bundle is missing or broken.
 class Messages {
 public:
-    /// English without a locale. The bundle for one is looked up when there is something to say.
+    /// Without a locale, messages are in English. The bundle of a locale is loaded when the first message is needed.
     explicit Messages(std::optional<std::string> locale = std::nullopt);
 
-    /// In UTF-8.
+    /// The translated text in UTF-8.
     std::string say(const Text& text);
 
 private:
@@ -76,7 +76,7 @@ private:
     vx::Reference<vx::i18n::StringBundle> m_bundle;
 };
 
-/// What several programs say.
+/// Messages that several programs share.
 inline constexpr Message STANDARD_INPUT {u"tools.standard-input", "standard input"};
 inline constexpr Message STANDARD_OUTPUT {u"tools.standard-output", "standard output"};
 inline constexpr Message BACKSLASH {u"tools.backslash", "a file name with a backslash"};

@@ -11,8 +11,8 @@
 
 namespace vxconv {
 
-/// The bytes of the input on their way to the decoder, looked at where the decoder lets faults pass: it replaces bytes that
-/// are no UTF-8, and a character that the end of the input cuts.
+/// Passes the bytes of the input to the decoder and checks for errors that the decoder does not report: it replaces
+/// bytes that are not valid UTF-8, and an incomplete character at the end of the input.
 class CheckedInput : public vx::io::FilterInputStream {
 public:
     /// `encoding` is the canonical name.
@@ -20,7 +20,7 @@ public:
 
     // FilterInputStream
     using FilterInputStream::read;
-    /// Throws Failure with the place of a fault.
+    /// Throws Failure with the position of an error.
     std::int32_t read(signed char* target, std::int32_t length) override;
 
 private:
@@ -33,7 +33,7 @@ private:
     bool m_isUtf8;
     int m_unitSize = 1;
     std::int64_t m_position = 0;
-    // Of the UTF-8 character that is not yet whole: the bytes that are here and missing, and the range of the next one.
+    // Of an incomplete UTF-8 character: the number of bytes read and missing, and the range of the next byte.
     int m_bytesHere = 0;
     int m_bytesMissing = 0;
     unsigned char m_lowest = 0x80;

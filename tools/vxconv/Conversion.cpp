@@ -29,7 +29,7 @@ using namespace vx::text::charset;
 
 namespace {
 
-/// Of each buffer on the way, in bytes or units.
+/// The size of each buffer, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
 template <class Converter>
@@ -38,7 +38,7 @@ String canonicalName(const std::string& encoding)
     try {
         const Reference<Converter> converter(Converter::getConverter(TerminatedText(String(encoding))));
         return converter->getEncodingName();
-    } catch (const Exception&) { // also for a name that is no UTF-8
+    } catch (const Exception&) { // also for a name that is not UTF-8
         throw Failure("unknown encoding \"" + encoding + "\"", "vxconv --list prints the known ones");
     }
 }
@@ -60,7 +60,7 @@ public:
             m_block.resize(BLOCK_SIZE);
     }
 
-    /// The next piece: a line with LF behind it, or a block. Empty at the end.
+    /// The next piece: a line with its LF, or a block. Empty at the end.
     std::u16string_view next()
     {
         try {
@@ -100,7 +100,7 @@ private:
     String m_line;
 };
 
-/// The text of the output. The characters that it cannot take are named by their place in the input.
+/// The text of the output. For a character that it cannot encode, the error gives the position in the input.
 class Target {
 public:
     Target(const Options& options, const Input& input, const Output& output)
@@ -120,7 +120,7 @@ public:
         try {
             m_writer->write(text.data(), static_cast<std::int32_t>(text.size()));
         } catch (const UnmappableCharacterException&) {
-            // Below 0: the first half of a pair that came with the piece before.
+            // Below 0: the first half of the pair was in the previous piece.
             const std::int64_t index = std::max<std::int64_t>(m_writer->getPosition() - m_written, 0);
             failAt(text.substr(0, static_cast<std::size_t>(index)),
                 nameOf(text, static_cast<std::size_t>(index)) + " has no form in " + m_encoding.toUtf8());

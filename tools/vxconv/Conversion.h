@@ -5,10 +5,10 @@
 
 namespace vxconv {
 
-/// Throws Failure where there is no converter for one of the two encodings.
+/// Throws Failure if there is no converter for one of the two encodings.
 void requireEncodings(const Options& options);
 
-/// Everything from `input` to `output`, flushed. Throws Failure.
+/// Converts all of `input` to `output` and flushes it. Throws Failure.
 void convert(const Options& options, const Input& input, const Output& output);
 
 } // namespace vxconv

@@ -19,7 +19,7 @@ using namespace vx;
 
 namespace {
 
-/// What has no code page is not enumerated.
+/// Encodings without a code page are not enumerated.
 constexpr VXEncInfo WITHOUT_CODE_PAGE[] = {
     {u"UTF-16LE", 0, 0},
     {u"UTF-16BE", 0, 0},

@@ -26,7 +26,7 @@ constexpr mode_t RIGHTS = 07777;
 constexpr mode_t RIGHTS_OF_NEW_FILES = 0666;
 constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
-/// The name of the file beside the target, for the handler of signals; empty if it has none.
+/// The name of the temporary file, for the signal handler; empty if it has none.
 char g_beside[PATH_MAX];
 
 void removeBeside() noexcept
@@ -42,7 +42,7 @@ void endBySignal(int signal)
     ::raise(signal);
 }
 
-/// Keeps the ending signals out to the end of the block.
+/// Blocks the terminating signals to the end of the block.
 class [[nodiscard]] SignalPause {
 public:
     SignalPause()
@@ -65,11 +65,11 @@ void catchEndingSignals()
 {
     for (const int signal : ENDING_SIGNALS) {
         if (std::signal(signal, endBySignal) == SIG_IGN)
-            std::signal(signal, SIG_IGN); // as `nohup` wants it
+            std::signal(signal, SIG_IGN); // as set by `nohup`
     }
 }
 
-/// The name by which the system knows an open file, with or without one of its own.
+/// A path that leads to the open file, even if the file has no name.
 std::array<char, 32> nameOfDescriptor(int descriptor)
 {
     std::array<char, 32> name;
@@ -77,8 +77,8 @@ std::array<char, 32> nameOfDescriptor(int descriptor)
     return name;
 }
 
-/// A file in `folder` that has no name and is gone with its descriptor; -1 where the system cannot make one, or not name it
-/// later.
+/// Opens a file in `folder` that has no name and is removed when its descriptor is closed; -1 if the system cannot
+/// create such a file or cannot name it later.
 int openUnnamed(const std::string& folder)
 {
     const int descriptor
@@ -89,8 +89,8 @@ int openUnnamed(const std::string& folder)
     return -1;
 }
 
-/// Gives a file without a name the name `pattern`, of which the last six characters are replaced by some that no other
-/// file has. The name is in `g_beside` then. False with `errno`.
+/// Gives a file without a name the name `pattern`, with the last six characters replaced so that the name is unique.
+/// Stores the name in `g_beside`. False with `errno` set if it fails.
 bool nameBeside(int descriptor, const std::string& pattern)
 {
     constexpr int MOST_TRIES = 100;
@@ -107,7 +107,7 @@ bool nameBeside(int descriptor, const std::string& pattern)
             break;
     }
     const int error = errno;
-    g_beside[0] = '\0'; // whatever has that name is not ours to remove
+    g_beside[0] = '\0'; // a file of that name is not ours to remove
     errno = error;
     return false;
 }
@@ -189,7 +189,7 @@ void Output::openBeside(const std::string& path)
         throw Failure(m_name, textOfError(error));
     }
     if (replaces && ::fchown(m_descriptor, status.st_uid, status.st_gid) != 0)
-        status.st_mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID); // another owner's rights are not ours to give
+        status.st_mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID); // do not grant the rights of another owner
     if (::fchmod(m_descriptor, replaces ? status.st_mode & RIGHTS : rightsOfNewFile()) != 0)
         throw Failure(m_name, textOfError(errno));
 }
@@ -198,7 +198,7 @@ void Output::commit()
 {
     if (m_target.empty())
         return;
-    // The close of any descriptor tells what the system could not write; this one still names the file.
+    // Closing any descriptor reports what the system could not write; the other descriptor can still name the file.
     if (::close(::dup(m_descriptor)) != 0 && errno != EINTR)
         throw Failure(m_name, textOfError(errno));
     const SignalPause pause;

@@ -8,13 +8,13 @@ namespace vxconv {
 
 using vxtools::Input;
 
-/// What is written: standard output for "-", a device or pipe as it is, and a new file that takes the place of the old one
-/// when it is whole.
+/// The output: standard output for "-", a device or pipe directly, otherwise a new file that replaces the old one when
+/// it is complete.
 ///
-/// `commit` gives the file its name. Before that the name means the old file, however the program ends. The new file has no
-/// name until then where the file system can do that, so that even a kill leaves nothing of it; elsewhere it has one beside
-/// the old file, which this object removes, or the signal that ends the program. It gets the rights of the file that it
-/// replaces; a symbolic link stays, and its target is replaced.
+/// `commit` gives the file its name. Until then the name refers to the old file, however the program ends. If the file
+/// system supports it, the new file has no name before `commit`, so that even a killed program leaves nothing.
+/// Otherwise it has a temporary name in the folder of the old file, and this object or the signal handler removes it.
+/// The new file gets the rights of the file that it replaces. A symbolic link stays, and its target is replaced.
 class Output {
 public:
     Output(const std::string& path, const Input& input);
@@ -34,8 +34,8 @@ private:
     void close();
 
     std::string m_name;
-    std::string m_target; ///< empty: written as it is
-    std::string m_beside; ///< the pattern of the name that the new file has, or gets just before it is in place
+    std::string m_target; ///< empty: written directly
+    std::string m_beside; ///< the pattern of the temporary name of the new file
     bool m_isUnnamed = false;
     int m_descriptor = 1;
 };

@@ -16,7 +16,7 @@ struct Options {
     std::string output = "-";
 };
 
-/// Throws std::invalid_argument with what is wrong with the command line.
+/// Throws std::invalid_argument that says what is wrong with the command line.
 Options parseOptions(int argc, char** argv);
 
 extern const char* const USAGE;

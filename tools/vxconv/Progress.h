@@ -5,11 +5,10 @@
 
 namespace vxconv {
 
-/// The part of the input that is done, on standard error: for a person who waits, so only on a terminal and for inputs
-/// above 16 MiB.
+/// Shows on standard error how much of the input is done, only on a terminal and for inputs above 16 MiB.
 class Progress {
 public:
-    /// `size` of the input in bytes.
+    /// `size` is that of the input in bytes.
     explicit Progress(std::int64_t size);
     /// Clears the line.
     ~Progress();

@@ -13,7 +13,8 @@ void TextPlace::advance(std::u16string_view text) noexcept
         m_column = 1;
         text.remove_prefix(end + 1);
     }
-    // A pair counts at its second half, so that a piece that ends between the two stands in front of the pair.
+    // A pair is counted at its second half. After a piece that ends between the two halves, the position is still
+    // before the pair.
     m_column
         += static_cast<std::int64_t>(text.size()) - std::count_if(text.begin(), text.end(), vxsys::isLead<char16_t>);
 }
@@ -28,7 +29,7 @@ std::size_t SurrogatePairs::findLone(std::u16string_view text) noexcept
     constexpr std::size_t BLOCK = 32;
     for (std::size_t index = 0; index < text.size();) {
         if (!m_isOpen && text.size() - index >= BLOCK) {
-            unsigned surrogates = 0; // without a branch, the compiler vectorises this
+            unsigned surrogates = 0; // no branch, so that the compiler vectorises this
             for (std::size_t offset = 0; offset < BLOCK; ++offset)
                 surrogates += vxsys::isSurrogate(text[index + offset]) ? 1U : 0U;
             if (surrogates == 0) {

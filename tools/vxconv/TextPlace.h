@@ -6,7 +6,8 @@
 
 namespace vxconv {
 
-/// Where a text stands that comes in pieces: the line and the character in it, both from 1. A line ends with LF.
+/// The current position in a text that arrives in pieces: the line and the character in it, both from 1. A line ends
+/// with LF.
 class TextPlace {
 public:
     void advance(std::u16string_view text) noexcept;
@@ -19,12 +20,12 @@ private:
     std::int64_t m_column = 1;
 };
 
-/// Looks for surrogates without their other half in a text that comes in pieces.
+/// Finds lone halves of surrogate pairs in a text that arrives in pieces.
 class SurrogatePairs {
 public:
     /// The index in this piece at which a half stands, or should have stood, alone; npos for none.
     std::size_t findLone(std::u16string_view text) noexcept;
-    /// The text so far ends with the first half of a pair.
+    /// Whether the text so far ends with the first half of a pair.
     bool isOpen() const noexcept { return m_isOpen; }
 
 private:

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGTERM};
 
-/// Readable once the program is asked to end: it wakes a wait for input that the signal came just too early to interrupt.
+/// Becomes readable when a signal requests the end. It wakes a wait for input that began just after the signal.
 int g_wake = -1;
 std::atomic<bool> g_isEnding {false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a handler of signals sets it");
@@ -42,7 +42,7 @@ void catchEndingSignals()
         throw Failure(WAITING_FOR_SIGNALS(), textOfError(errno));
     for (const int signal : ENDING_SIGNALS) {
         if (std::signal(signal, askForEnding) == SIG_IGN)
-            std::signal(signal, SIG_IGN); // as `nohup` wants it
+            std::signal(signal, SIG_IGN); // as set by `nohup`
     }
 }
 

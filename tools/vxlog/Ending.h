@@ -6,16 +6,17 @@
 
 namespace vxlog {
 
-/// Lets SIGTERM, SIGINT and SIGHUP end the reading instead of the program, where whoever started it does not ignore them.
+/// Makes SIGTERM, SIGINT and SIGHUP end the reading instead of the program. Signals that were ignored at start stay
+/// ignored.
 void catchEndingSignals();
 
-/// Whether one of them has come.
+/// Whether one of these signals was received.
 bool endingWasAskedFor() noexcept;
 
-/// The bytes of the input, up to its end or to the moment when the program is asked to end.
+/// Reads the input up to its end, or until a signal requests the end of the program.
 class EndingInput : public vx::io::InputStream {
 public:
-    /// The input lives as long as this object.
+    /// The input must outlive this object.
     explicit EndingInput(const vxtools::Input& input);
 
     // InputStream

@@ -28,10 +28,10 @@ using namespace vxtools;
 
 namespace {
 
-/// Of each buffer on the way, in bytes or units.
+/// The size of each buffer, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
-/// Where the log goes.
+/// The destination of the log.
 Reference<io::FileOutputStream> openFile(const Options& options)
 {
     constexpr std::uint32_t STANDARD_OUTPUT = 1;
@@ -62,7 +62,7 @@ Reference<log::ILogProcessor> createWriter(const Options& options, const Text& n
     const Reference<log::ILogProcessor> document
         = log::XmlLogWriter::create(writer.get(), options.escape ? Values::ESCAPED : Values::AS_THEY_ARE);
     try {
-        writer->flush(); // a failure of the first entry does not take the head of the document with it
+        writer->flush(); // so that a failed first entry does not lose the head of the document
     } catch (const Exception& thrown) {
         throw Failure(name, textOf(thrown));
     }
@@ -116,7 +116,7 @@ private:
 
 void sendLines(Lines& lines, const Destination& destination)
 {
-    Sender sender(destination); // nothing has been read yet: a signal ends the program at once
+    Sender sender(destination); // before the first read, so that a signal still ends the program at once
     catchEndingSignals();
     std::exception_ptr failure; // of the input, as below
     try {
@@ -152,7 +152,7 @@ void log(const Options& options)
         queue = log::AsyncProcessor::create(target.get(), options.workers);
     logger->addProcessor(queue != nullptr ? static_cast<log::ILogProcessor*>(queue.get()) : target.get());
 
-    std::exception_ptr failure; // of the input: what was read before it is written all the same
+    std::exception_ptr failure; // of the input: what was read before is still written
     try {
         for (String line; !target->hasFailed() && lines.next(line);)
             logger->log(line);

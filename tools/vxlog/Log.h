@@ -4,8 +4,8 @@
 
 namespace vxlog {
 
-/// Makes an entry of each line of the input, until it ends or the program is asked to end. Everything that was read is in the
-/// log then; where it is not, throws Failure.
+/// Writes an entry for each line of the input, until the input ends or a signal requests the end. When it returns,
+/// everything that was read is in the log; otherwise it throws Failure.
 void log(const Options& options);
 
 } // namespace vxlog

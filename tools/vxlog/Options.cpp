@@ -56,7 +56,7 @@ struct OptionRow {
     const char* name;
     char letter; ///< '\0': none
     const char* argument; ///< null: takes none
-    Message help; ///< its lines
+    Message help; ///< lines of the help text
     void (*apply)(Options& options, const char* value);
 };
 
@@ -109,7 +109,7 @@ constexpr Message HELP_FOOT {u"vxlog.help.more",
     "SIGTERM, SIGINT and SIGHUP end the reading; what has been read is written.\n"
     "The exit status is 0 when all was written, 1 for a failure, 2 for a wrong command line."};
 
-/// The options through the system's parser.
+/// Iterates over the options with the system's parser.
 class Parser {
 public:
     Parser(int argc, char** argv)
@@ -127,13 +127,13 @@ public:
         optind = 1;
     }
 
-    /// False behind the last one.
+    /// False after the last one.
     bool next()
     {
         m_found = ::getopt_long(m_count, m_arguments, m_letters.c_str(), m_table.data(), nullptr);
         return m_found != -1;
     }
-    /// Null for what is no option.
+    /// Null for an argument that is not an option.
     const OptionRow* row() const
     {
         const auto* row = std::find_if(std::begin(OPTIONS), std::end(OPTIONS), [&](const OptionRow& each) {
@@ -142,7 +142,7 @@ public:
         return row != std::end(OPTIONS) ? row : nullptr;
     }
     bool isWithoutValue() const { return m_found == ':'; }
-    /// As it is written.
+    /// The option as it was written.
     std::string spelling() const
     {
         return optopt > 0 && optopt < FIRST_VALUE ? std::string("-") + static_cast<char>(optopt)
@@ -150,7 +150,7 @@ public:
     }
 
 private:
-    static constexpr int FIRST_VALUE = 256; ///< what the system's parser gives for the first row
+    static constexpr int FIRST_VALUE = 256; ///< what the system's parser returns for the first row
 
     const int m_count;
     char** const m_arguments;

@@ -19,17 +19,17 @@ struct Options {
     bool escape = false;
     int level = 0;
     std::optional<std::string> name;
-    std::optional<std::vector<std::string>> fields; ///< none: the logger's own choice
+    std::optional<std::vector<std::string>> fields; ///< none: the logger's default
     int workers = 0; ///< 0: without a queue
     std::string encoding = "UTF-8";
     std::string input = "-";
-    std::optional<Destination> to; ///< instead of a log of its own
+    std::optional<Destination> to; ///< send the lines there instead of writing a log
 };
 
-/// The locale that the program is to speak in, whatever else the command line says and however wrong it is.
+/// The locale of the messages. Found even if the rest of the command line is wrong.
 std::optional<std::string> localeOf(int argc, char** argv);
 
-/// Throws UsageError with what is wrong with the command line.
+/// Throws UsageError that says what is wrong with the command line.
 Options parseOptions(int argc, char** argv);
 
 std::string usage(vxtools::Messages& messages);

@@ -33,8 +33,8 @@ std::optional<int> numberIn(const vx::net::URI& uri, const char16_t* key)
     return number;
 }
 
-/// Takes an IPv6 address out of its brackets, as in "vxlog://[::1]:7514", for a URI looks for the port after the first colon.
-/// Empty if there is none.
+/// Takes an IPv6 address out of its brackets, as in "vxlog://[::1]:7514", because the URI class expects the port after
+/// the first colon. Empty if there is none.
 std::string takeAddress(std::string& text)
 {
     constexpr std::string_view BEGIN = "://[";
@@ -60,7 +60,7 @@ std::string nameOf(const Destination& destination)
     return (isAddress ? "[" + destination.host + "]" : destination.host) + ":" + std::to_string(destination.port);
 }
 
-/// What the server gave as its reason to end the connection; empty if it gave none.
+/// The reason that the server gave for ending the connection; empty if it gave none.
 std::string reasonIn(const std::string& heard)
 {
     constexpr std::string_view ERROR = "err ";
@@ -85,7 +85,7 @@ Destination parseDestination(const std::string& text)
         throw UsageError(NO_DESTINATION(text));
     Destination destination;
     destination.host = uri.getHost(true).toUtf8();
-    if (destination.host.find('\0') != std::string::npos) // the system would look up what stands before it
+    if (destination.host.find('\0') != std::string::npos) // the system would look up only the part before the zero
         throw UsageError(NO_DESTINATION(text));
     if (uri.hasPort()) {
         if (uri.getPort() < 1 || uri.getPort() > LAST_PORT)
@@ -173,7 +173,7 @@ void Sender::flush()
 
 std::string Sender::hearAll()
 {
-    constexpr std::size_t MOST = 4096; // the last answers tell all
+    constexpr std::size_t MOST = 4096; // only the last answers matter
     std::string heard;
     char piece[1024];
     for (;;) {

@@ -12,7 +12,7 @@
 
 namespace vxlog {
 
-/// Where lines go, as a URI says it: vxlog://HOST:PORT?level=3&ack=1.
+/// The destination of the lines, given as a URI: vxlog://HOST:PORT?level=3&ack=1.
 struct Destination {
     std::string host;
     unsigned short port = 7514;
@@ -20,23 +20,24 @@ struct Destination {
     bool wantsAnswers = false;
 };
 
-/// Throws UsageError with what is wrong with the URI.
+/// Throws UsageError that says what is wrong with the URI.
 Destination parseDestination(const std::string& text);
 
-/// Sends lines to a vxlogd. What goes wrong is a Failure that names the server.
+/// Sends lines to a vxlogd. Throws a Failure that names the server.
 class Sender {
 public:
     explicit Sender(const Destination& destination);
 
     void send(const vx::String& line);
-    /// Returns when the server has taken all lines and, where the URI asks for that, has said that they are in its log.
+    /// Returns when the server has accepted all lines and, if the URI requires it, has confirmed that they are in its
+    /// log.
     void finish();
     bool hasFailed() const noexcept { return m_hasFailed; }
 
 private:
     void connect(const Destination& destination);
     void flush();
-    /// What the server has to say until it ends the connection.
+    /// Reads the answers of the server until it ends the connection.
     std::string hearAll();
     [[noreturn]] void fail(const vxtools::Text& why);
 

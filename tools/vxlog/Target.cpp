@@ -28,7 +28,7 @@ void Target::process(const log::ILogEntry* entry)
 void Target::close()
 {
     const std::lock_guard lock(m_lock);
-    guard([&] { m_writer.detach()->Release(); }); // a reference would keep the failure to itself
+    guard([&] { m_writer.detach()->Release(); }); // the destructor of Reference would swallow the failure
 }
 
 void Target::check(const vxtools::Text& log) const

@@ -13,8 +13,8 @@
 
 namespace vxlog {
 
-/// Stands between the chain and the writer of the log: keeps the first failure, which would end a worker unseen, takes no
-/// entry behind it, and lets go of the writer when told to, whoever still holds the chain.
+/// Stands between the chain and the writer of the log. It stores the first failure, which would end a worker unnoticed,
+/// and drops all later entries. It releases the writer on request, even if others still hold the chain.
 class Target : public vx::Object, public vx::log::ILogProcessor {
 public:
     explicit Target(vx::Reference<vx::log::ILogProcessor> writer);
@@ -24,7 +24,7 @@ public:
     // ILogProcessor
     void process(const vx::log::ILogEntry* entry) override;
 
-    /// The writer ends its log.
+    /// Releases the writer, which then ends its log.
     void close();
     bool hasFailed() const noexcept { return m_hasFailed; }
     /// Throws Failure for `log` if there was a failure.

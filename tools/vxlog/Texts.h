@@ -2,7 +2,7 @@
 
 #include "common/Messages.h"
 
-// What vxlog says when something is wrong.
+// The error messages of vxlog.
 
 namespace vxlog {
 
