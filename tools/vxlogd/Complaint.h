@@ -4,7 +4,7 @@
 
 namespace vxlogd {
 
-/// A line on standard error.
+/// Prints a line to standard error.
 void complain(const std::string& text);
 
 } // namespace vxlogd

@@ -60,7 +60,7 @@ void Connection::read()
     } else if (result == VX_E_SOCKET_EWOULDBLOCK) {
         m_hasEnded = m_isFinishing;
     } else if (result != VX_E_SOCKET_EINTR) {
-        m_hasEnded = true; // what came before is in order
+        m_hasEnded = true; // the lines before are valid
         m_isBroken = true;
     }
     if (m_isFinishing && m_lastBytes == 0)

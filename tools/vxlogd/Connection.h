@@ -18,7 +18,7 @@ namespace vxlogd {
 
 using Clock = std::chrono::steady_clock;
 
-/// What may change while connections stand.
+/// The settings that may change while connections are open.
 struct Limits {
     std::atomic<int> level;
     std::atomic<std::size_t> maxLine;
@@ -26,8 +26,8 @@ struct Limits {
     std::atomic<std::size_t> maxConnections;
 };
 
-/// One client. It takes memory for one line or a read, for a few lines on their way to the log, and for one answer: from a
-/// client that is too fast or hears nothing it does not read.
+/// The connection of one client. Its memory is limited to one line or one read, a few lines that are being logged, and
+/// one answer. It stops reading from a client that sends too fast or does not read its answers.
 class Connection {
 public:
     Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
@@ -37,19 +37,19 @@ public:
     /// No more is read once nothing more will come.
     bool wantsToRead() const;
     bool wantsToWrite() const { return !m_output.empty(); }
-    /// For a socket that is ready.
+    /// Call these when the socket is ready.
     void read();
     void write();
-    /// Takes lines as far as there is room for them, and answers for those that are in the log.
+    /// Logs received lines as far as there is room for them, and answers for those that are in the log.
     void goOn();
-    /// Takes what has been received, and then no more.
+    /// Reads what has been received, and nothing after that.
     void finish();
-    /// Whether that is to be done, because the client can no longer be answered.
+    /// Whether to call `finish`, because the client can no longer be answered.
     bool isFinishing() const { return m_isFinishing; }
-    /// As `finish` after too long a silence, and without answers. A client that was refused has less time.
+    /// As `finish`, without answers, if the client has been silent too long. A client that was refused has less time.
     void endIfSilent(Clock::time_point now);
     bool isOver() const;
-    /// When the last bytes came or went, or the last line was in the log.
+    /// When bytes were last received or sent, or a line was last written to the log.
     Clock::time_point lastSign() const { return m_lastSign; }
 
 private:
@@ -57,8 +57,8 @@ private:
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
     void greet(std::string_view options);
-    /// Says why nothing more is taken. What the client still sends is read and dropped for some time: a socket that is closed
-    /// over unread bytes is reset, and the client would not hear the reason.
+    /// Tells the client why no more lines are accepted. What it still sends is read and dropped for some time: closing
+    /// a socket with unread bytes resets the connection, and the client would not receive the reason.
     void refuse(const std::string& reason);
 
     std::unique_ptr<vx::net::TcpWorkerSocket2> m_socket;
@@ -69,12 +69,12 @@ private:
     int m_level;
     bool m_wantsAnswers = false;
     bool m_isFirstLine = true;
-    bool m_skipsLine = false; ///< the rest of one that was too long
+    bool m_skipsLine = false; ///< the rest of a line that was too long
     bool m_hasEnded = false; ///< nothing more is read
     bool m_isRefused = false;
     bool m_isFinishing = false;
     bool m_isBroken = false; ///< nothing can be sent
-    std::size_t m_lastBytes = 1024 * 1024; ///< read at most once the end is wanted
+    std::size_t m_lastBytes = 1024 * 1024; ///< the most that is read after the end was requested
     std::uint64_t m_lines = 0;
     std::uint64_t m_doneBefore = 0;
     std::uint64_t m_answered = 0;

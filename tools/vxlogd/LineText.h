@@ -6,8 +6,9 @@
 
 namespace vxlogd {
 
-/// The text of a line as a person may read it: bytes that are no text become U+FFFD, and what could forge an entry or steer
-/// a terminal (control characters but the tab, line and paragraph separators, changes of direction) something visible.
+/// The text of a line, safe to show: invalid bytes become U+FFFD. Characters that could forge an entry or control a
+/// terminal become visible ones: control characters except the tab, line and paragraph separators, changes of
+/// direction.
 vx::String readableText(std::string_view bytes);
 
 } // namespace vxlogd

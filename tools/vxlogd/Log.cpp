@@ -58,7 +58,7 @@ struct Refusal {
     ~Refusal() { receipt.progress->fail(receipt.bytes); }
 };
 
-/// A document that has begun cannot be continued: its end may be there, or missing.
+/// An existing document cannot be continued: it may or may not have its end.
 void moveAside(const std::string& path)
 {
     std::error_code error;
@@ -107,7 +107,8 @@ void LogFile::process(const ILogEntry* entry)
 {
     const Receipt& receipt = static_cast<const Entry*>(entry)->getReceipt();
     const auto fail = [&](auto&& describe) {
-        // The client hears last: it may look for the complaint at once. It also hears when there is no memory to complain.
+        // The client is told last, because it may look for the message at once. It is also told if there is no memory
+        // for the message.
         const Refusal refusal {receipt};
         if (!m_isFailing.exchange(true))
             complain("the log cannot be written: " + describe());
@@ -143,7 +144,7 @@ void LogFile::open(const Settings& settings)
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
         : vx::log::BasicLogWriter::create(writer.get());
     try {
-        writer->flush(); // a failure of the first entry does not take the head of the document with it
+        writer->flush(); // so that a failed first entry does not lose the head of the document
     } catch (const vx::Exception& failure) {
         throw vxtools::Failure(settings.log, vxtools::textOf(failure));
     }

@@ -16,8 +16,8 @@
 
 namespace vxlogd {
 
-/// The end of the log's chain: writes each entry to the file, and hands out its receipt then. A line that could not be
-/// written is told to its connection, and the first in a row to standard error.
+/// The end of the log's chain: writes each entry to the file and then completes its receipt. A failed line is reported
+/// to its connection, and the first of several in a row also to standard error.
 class LogFile final : public vx::Object, public vx::log::ILogProcessor {
 public:
     /// Throws vxtools::Failure if the file cannot be opened, and what the writers of the library throw.
@@ -26,7 +26,7 @@ public:
 
     VX_OBJECT_UNKNOWN(vx::Object)
 
-    /// Between two entries. A failure leaves the old file in use.
+    /// Between two entries. After a failure the old file stays in use.
     void reopen(const Settings& settings);
     /// Ends a document.
     void close();
@@ -44,7 +44,7 @@ private:
     std::atomic<bool> m_isFailing = false;
 };
 
-/// Where lines become entries. Their sequence is that of the log as long as one worker writes it.
+/// Turns lines into entries. With one worker the sequence numbers are in the order of the log.
 class Intake {
 public:
     Intake(LogFile& file, int workers);

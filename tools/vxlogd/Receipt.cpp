@@ -59,7 +59,7 @@ void Progress::finish(std::uint64_t line, std::size_t bytes)
     {
         const std::lock_guard lock(m_lock);
         if (line != m_state.done + 1)
-            m_ahead.insert(line); // first: it may fail
+            m_ahead.insert(line); // before the rest, because it may throw
         --m_state.openLines;
         m_state.openBytes -= bytes;
         if (line != m_state.done + 1)

@@ -9,7 +9,8 @@
 
 namespace vxlogd {
 
-/// Wakes a thread that waits in a select: one end of a pair of sockets, written at most once until it is heard.
+/// Wakes a thread that waits in `select`, through a pair of sockets. At most one byte is written until the thread has
+/// read it.
 class Waker {
 public:
     Waker();
@@ -18,9 +19,9 @@ public:
     Waker& operator=(const Waker&) = delete;
 
     void wake();
-    /// From here on the next `wake` is heard again.
+    /// After this call the next `wake` has an effect again.
     void hear();
-    /// The end to wait on. Owned here until it is taken.
+    /// The socket to wait on. This object owns it until it is taken.
     unsigned int takeSocket();
 
 private:
@@ -30,8 +31,8 @@ private:
     bool m_isAwake = false;
 };
 
-/// How far the lines of one connection are. The connection counts them in, the writer of the log counts them out, in any
-/// order.
+/// The progress of the lines of one connection. The connection adds each line, and the writer of the log marks lines as
+/// done, in any order.
 class Progress {
 public:
     explicit Progress(std::shared_ptr<Waker> waker);
@@ -52,10 +53,10 @@ private:
     const std::shared_ptr<Waker> m_waker;
     mutable std::mutex m_lock;
     State m_state {};
-    std::set<std::uint64_t> m_ahead; ///< in the log before an earlier one
+    std::set<std::uint64_t> m_ahead; ///< lines that are in the log before an earlier one
 };
 
-/// What the log owes to a connection for one line.
+/// The pending confirmation of one line for a connection.
 struct Receipt {
     std::shared_ptr<Progress> progress;
     std::uint64_t line;

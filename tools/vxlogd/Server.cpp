@@ -28,7 +28,7 @@ void check(ENUM_VX_E_SOCKET result, const std::string& what)
         throw std::runtime_error(what + ": " + vx::String(VXGetDescriptionFromVX_E_SOCKET(result)).toUtf8());
 }
 
-/// A port that nobody has just now, the same for all addresses.
+/// A port that is free at the moment, to be used for all addresses.
 unsigned short findFreePort()
 {
     vx::net::TcpClientSocket2* socket = nullptr;
@@ -45,7 +45,7 @@ unsigned short findFreePort()
 
 } // namespace
 
-/// The thread that waits for connections. A signal that only it takes gets it out of the wait.
+/// The thread that waits for connections. A signal that only this thread receives interrupts the wait.
 class Acceptor final : public vx::Object, public vx::exec::IRunnable {
 public:
     explicit Acceptor(Server& server)
@@ -77,7 +77,7 @@ public:
         m_changed.wait(lock, [&] { return m_runs; });
     }
 
-    /// Signals until it is heard: one that comes before the wait begins is lost.
+    /// Sends the signal until it takes effect: one that arrives before the wait begins is lost.
     void end()
     {
         constexpr std::chrono::milliseconds PAUSE(20);
@@ -107,7 +107,7 @@ std::unique_ptr<TcpServerSocket2> listenAt(const Settings& settings)
         check(socket->bindListAddAddrAny(port), place);
     else
         check(socket->bindListAddAddrInfo(settings.listen.c_str(), nullptr, port), place);
-    socket->setReuseAddress(true); // connections of a server that was killed keep the port for some time
+    socket->setReuseAddress(true); // connections of a killed server keep the port in use for some time
     check(socket->bind(), place);
     check(socket->listen(0), place);
     check(socket->saveBoundAddresses(), place);
@@ -170,7 +170,7 @@ void Server::setLimits(const Settings& settings)
 
 void Server::acceptAll()
 {
-    constexpr unsigned int PAUSE = 100; // until somebody gives a descriptor back
+    constexpr unsigned int PAUSE = 100; // until a descriptor may be free again
     sigset_t wakeUp;
     sigemptyset(&wakeUp);
     sigaddset(&wakeUp, SIGUSR1);

@@ -23,7 +23,7 @@ class Shard;
 /// A socket that listens where the settings say. Looks up names, which may take long. Throws std::runtime_error.
 std::unique_ptr<vx::net::TcpServerSocket2> listenAt(const Settings& settings);
 
-/// Serves each connection on one of several threads: a select takes 63 sockets, of which one is for waking.
+/// Serves each connection on one of several threads: `select` takes up to 63 sockets, one of which wakes the thread.
 class Server {
 public:
     /// Accepts connections from `socket`. Throws as the constructor of LogFile does.
@@ -35,7 +35,8 @@ public:
     /// "[::1]:7514; 127.0.0.1:7514".
     std::string getAddresses();
     void start();
-    /// What may change while it runs. Throws as the constructor of LogFile does, and goes on with the old settings then.
+    /// Applies the settings that may change while the server runs. Throws what the constructor of LogFile throws; the
+    /// old settings stay in effect then.
     void change(const Settings& settings);
     /// Returns when all that was received is in the log.
     void stop();
@@ -57,7 +58,7 @@ private:
         vx::Reference<Shard> shard;
         std::unique_ptr<vx::exec::Thread> thread;
     };
-    std::vector<Service> m_services; ///< the acceptor's until it has ended
+    std::vector<Service> m_services; ///< used by the acceptor only, until it has ended
     std::atomic<bool> m_isStopping = false;
 };
 

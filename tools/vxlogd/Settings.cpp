@@ -104,7 +104,7 @@ void readFile(Settings& settings, const std::string& path)
 {
     constexpr unsigned int LONGEST_VALUE = 512;
     try {
-        const vxtools::Input readable(path); // tells why it is not
+        const vxtools::Input readable(path); // throws the reason if it is not
         const vx::String name = vxtools::canonicalPath(path);
         vx::util::IniFile file(vx::TerminatedText(name), nullptr, 1);
         for (vx::util::IniFileKeyIterator keys(file, SET); keys.hasNext();) {
@@ -152,7 +152,7 @@ CommandLine readSettings(int argc, char** argv)
     };
     std::vector<Given> given;
     opterr = 0;
-    optind = 0; // this reads the line again after a SIGHUP
+    optind = 0; // the command line is parsed again after a SIGHUP
     for (int found; (found = ::getopt_long(argc, argv, ":c:hV", options.data(), nullptr)) != -1;) {
         if (found == CONFIG)
             config = optarg;

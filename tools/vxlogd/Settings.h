@@ -28,7 +28,8 @@ struct CommandLine {
     Settings settings;
 };
 
-/// The command line over the file that it names over the defaults. Throws std::invalid_argument with what is wrong.
+/// Options override the file that the command line names, and the file overrides the defaults. Throws
+/// std::invalid_argument that says what is wrong.
 CommandLine readSettings(int argc, char** argv);
 
 /// What --help prints.

@@ -18,7 +18,7 @@ namespace {
 
 using vx::net::TcpWorkerSocket2;
 
-/// The sockets of one set of a select. What is ready keeps its place.
+/// The sockets of one set for `select`. Ready sockets keep their index.
 class SocketSet {
 public:
     void add(TcpWorkerSocket2* socket) { m_sockets[m_count++] = socket; }
@@ -38,7 +38,7 @@ private:
     std::uint32_t m_count = 0;
 };
 
-/// False, with a complaint, where the connection has to be dropped.
+/// False, with a message, if the connection has to be dropped.
 template <class Work>
 bool succeeds(Work&& work)
 {
@@ -51,7 +51,7 @@ bool succeeds(Work&& work)
         } catch (const std::exception& failure) {
             complain(std::string("a connection is dropped: ") + failure.what());
         }
-    } catch (const std::bad_alloc&) { // there is no memory to say so
+    } catch (const std::bad_alloc&) { // there is no memory for a message
     }
     return false;
 }
@@ -88,7 +88,7 @@ void Shard::stop()
 
 void* Shard::run()
 {
-    constexpr std::chrono::seconds PATIENCE(10); // with connections of which nothing more comes or goes
+    constexpr std::chrono::seconds PATIENCE(10); // with connections that neither send nor receive any more
 
     std::optional<Clock::time_point> stopped;
     for (;;) {

@@ -23,10 +23,10 @@ public:
 
     VX_OBJECT_UNKNOWN(vx::Object)
 
-    /// How many there are, with those that wait to be taken over.
+    /// The number of connections, including new ones that the thread has not taken over yet.
     std::size_t getSize() const { return m_size; }
     void add(std::unique_ptr<vx::net::TcpWorkerSocket2> socket);
-    /// The thread ends when what has been received is in the log and answered, or after a time.
+    /// Makes the thread end when all received lines are in the log and answered, or after a time limit.
     void stop();
 
     // IRunnable

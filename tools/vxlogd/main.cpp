@@ -35,7 +35,7 @@ void endAtOnceBySignals()
 sigset_t holdSignals()
 {
     struct sigaction action { };
-    action.sa_handler = [](int) {}; // to break a wait off is all it does
+    action.sa_handler = [](int) {}; // it only has to interrupt a wait
     ::sigaction(SIGUSR1, &action, nullptr);
     sigset_t signals;
     sigemptyset(&signals);
@@ -46,7 +46,7 @@ sigset_t holdSignals()
     return signals;
 }
 
-/// A connection takes a descriptor.
+/// Every connection needs a descriptor.
 void allowManyDescriptors()
 {
     rlimit limit {};

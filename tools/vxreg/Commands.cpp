@@ -59,7 +59,7 @@ RegistryKey keyOf(const std::string& path)
     }
 }
 
-/// Runs `work`, whose failures are those of `what`.
+/// Runs `work`. Its failures are reported as those of `what`.
 template <class Work>
 auto about(const std::string& what, Work&& work)
 {
@@ -77,7 +77,7 @@ void print(const std::string& line)
 
 String libraryPath(const std::string& name)
 {
-    std::error_code ignored; // what is wrong with it comes out when it is loaded
+    std::error_code ignored; // loading the library reports what is wrong with the path
     const std::filesystem::path path = std::filesystem::absolute(name, ignored).lexically_normal();
     return fromUtf8(path.native());
 }
@@ -86,7 +86,7 @@ void callLibrary(const std::string& name, std::int32_t (*call)(const char16_t*))
 {
     const String path = libraryPath(name);
     if (const std::int32_t result = call(TerminatedText(path)); vx::failed(result)) {
-        // What the library's own function gives has the store's meaning.
+        // The result of the library's function is one of the store.
         const std::int32_t loading = VXComCheckLibrary(TerminatedText(path));
         throw Failure(path.toUtf8(), vx::failed(loading) ? textOfLibrary(loading) : textOfStore(result));
     }
@@ -200,7 +200,7 @@ void writeBranch(std::ostream& target, const RegistryKey& key)
 void exportBranch(const Arguments& arguments)
 {
     const RegistryKey key = keyOf(arguments[0]);
-    std::ostringstream text; // a failure leaves the file alone
+    std::ostringstream text; // so that a failure does not change the file
     about(arguments[0], [&] { writeBranch(text, key); });
     if (arguments.size() < 2 || arguments[1] == "-") {
         std::cout << text.str();

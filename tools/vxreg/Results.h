@@ -7,11 +7,11 @@
 
 namespace vxreg {
 
-/// What a result of the store means.
+/// The description of a result of the store.
 std::string textOfStore(std::int32_t result);
-/// What a result of the loading of a component library means.
+/// The description of a result of loading a component library.
 std::string textOfLibrary(std::int32_t result);
-/// The description of `failure`, or what its result means for the store.
+/// The description of `failure`, or that of its result as one of the store.
 std::string textOf(const vx::Exception& failure);
 
 } // namespace vxreg

@@ -136,7 +136,7 @@ Value parseValueInLine(std::u16string_view line)
 String fromUtf8(const std::string& bytes)
 {
     String text {std::string_view(bytes)};
-    if (text.toUtf8() != bytes) // what is malformed was replaced
+    if (text.toUtf8() != bytes) // malformed bytes were replaced
         throw std::invalid_argument("not UTF-8");
     return text;
 }
@@ -161,7 +161,7 @@ Value readValue(const RegistryKey& key, const String& name)
             length = key.getValue(name, value.bytes.data(), length);
             if (length <= static_cast<std::int32_t>(value.bytes.size())) {
                 value.bytes.resize(static_cast<std::size_t>(length));
-                break; // otherwise it has grown meanwhile
+                break; // otherwise the value has grown meanwhile
             }
         }
         break;
@@ -230,7 +230,7 @@ std::string plainText(const Value& value)
 std::string lineOfKey(const RegistryKey& key)
 {
     std::string line = "[";
-    // The path of a key right below a hive has a backslash in front.
+    // The path of a key directly below a hive starts with a backslash.
     const RegistryKey hive(key.getVXHKEY(), String());
     const std::string path = key.getKey(true).toUtf8();
     const std::size_t start = path.find_first_not_of('\\');

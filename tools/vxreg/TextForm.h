@@ -15,8 +15,8 @@
 ///     "bytes"=hex:00ff
 ///     ""="the default value"
 ///
-/// In quotes, \\ \" \n \r \t and \uXXXX stand for a unit; in a key's line %XX does. Lines that are empty or begin with "#"
-/// mean nothing.
+/// In quotes, \\ \" \n \r \t and \uXXXX stand for a unit; in a key's line %XX does. Lines that are empty or begin with
+/// "#" mean nothing.
 namespace vxreg {
 
 struct Value {
@@ -29,11 +29,12 @@ struct Value {
 /// Throws std::invalid_argument for bytes that are not UTF-8.
 vx::String fromUtf8(const std::string& bytes);
 
-/// Throws vx::Exception where the value cannot be read.
+/// Throws vx::Exception if the value cannot be read.
 Value readValue(const vx::util::RegistryKey& key, const vx::String& name);
 void writeValue(const vx::util::RegistryKey& key, const vx::String& name, const Value& value);
 
-/// Reads `text` as a value of `type` ("text", "u32", "u64" or "hex"). Throws std::invalid_argument with what is wrong.
+/// Reads `text` as a value of `type` ("text", "u32", "u64" or "hex"). Throws std::invalid_argument that says what is
+/// wrong.
 Value parseValue(const std::string& type, const std::string& text);
 /// The value alone, for a program to read: a text as it is, a number in decimal, bytes in hexadecimal.
 std::string plainText(const Value& value);
@@ -49,7 +50,7 @@ struct Entry {
     Value value;
 };
 
-/// Throws std::invalid_argument with the line and what is wrong with it.
+/// Throws std::invalid_argument that names the line and says what is wrong with it.
 std::vector<Entry> parseEntries(std::istream& source);
 
 } // namespace vxreg

@@ -1,4 +1,4 @@
-/// Looks after the registry, and after the component libraries in it.
+/// Maintains the registry and the component libraries registered in it.
 
 #include "common/Failure.h"
 #include "common/Program.h"
