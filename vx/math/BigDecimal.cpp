@@ -28,7 +28,7 @@ int checkedScale(std::int64_t scale)
     return static_cast<int>(scale);
 }
 
-constexpr int WORD_EXPONENT = 19; // of the greatest power of ten in one word
+constexpr int WORD_EXPONENT = 19; // of the largest power of ten that fits in one word
 
 constexpr std::array<detail::Limb, WORD_EXPONENT + 1> WORD_POWERS = [] {
     std::array<detail::Limb, WORD_EXPONENT + 1> powers {1};
@@ -258,7 +258,7 @@ void BigDecimal::multiply(const BigDecimal& other)
 
 void BigDecimal::divide(const BigDecimal& divisor, int scale)
 {
-    // Whichever is scaled up: afterwards the scales differ by that of the result.
+    // Scale up one of the two, so that their scales differ by that of the result.
     const std::int64_t upperScale = std::int64_t {divisor.m_scale} + scale;
     if (divideFew(divisor, upperScale, scale))
         return;
@@ -334,7 +334,7 @@ void BigDecimal::setScale(int scale)
         else if (sign() != 0)
             m_unscaled.multiply(powerOfTen(difference));
     } else if (difference < 0) {
-        if (-difference > m_unscaled.getBitCount() / 3) { // a power of ten has more than three bits for each zero
+        if (-difference > m_unscaled.getBitCount() / 3) { // a power of ten has more than three bits per zero
             m_unscaled = BigInteger::ZERO;
         } else if (-difference <= WORD_EXPONENT) {
             m_unscaled.divideByLimb(wordPowerOfTen(-difference));
@@ -388,7 +388,7 @@ int BigDecimal::compareTo(const BigDecimal& other) const
     if (ours == 0)
         return 0;
 
-    // Numbers of different size need not be brought to one scale, which may be far away.
+    // Numbers of clearly different size are compared without bringing them to one scale, which may take many digits.
     constexpr double DIGITS_IN_BIT = 0.301029995663981195;
     const double size = static_cast<double>(bitCount()) * DIGITS_IN_BIT - m_scale;
     const double otherSize = static_cast<double>(other.bitCount()) * DIGITS_IN_BIT - other.m_scale;

@@ -6,17 +6,17 @@
 
 namespace vx::math {
 
-/// A decimal number of any size, which every operation changes in place: an unscaled integer, and the scale that says how
-/// many of its digits stand behind the point. 1.50 and 1.5 are equal and print differently. A negative scale stands for
-/// zeros in front of the point.
+/// A decimal number of any size, which every operation changes in place: an unscaled integer, and the scale, the number
+/// of its digits after the point. 1.50 and 1.5 are equal and print differently. A negative scale stands for zeros in
+/// front of the point.
 ///
 /// A scale beyond 32 bits throws RangeErrorException, a number beyond the range of BigInteger std::bad_alloc. A failure
-/// leaves the number as it was. One thread at a time, unless all only read.
+/// leaves the number as it was. One thread at a time, except that several may read at once.
 class VX_API BigDecimal : public Number {
 public:
     BigDecimal() noexcept;
     BigDecimal(const BigDecimal& other);
-    /// Leaves a zero behind.
+    /// The source becomes zero.
     BigDecimal(BigDecimal&& other) noexcept;
     BigDecimal(const BigInteger& unscaled, int scale);
     explicit BigDecimal(int value);
@@ -25,10 +25,10 @@ public:
     explicit BigDecimal(unsigned long value);
     explicit BigDecimal(long long value);
     explicit BigDecimal(unsigned long long value);
-    /// Digits with at most one point; no exponent. Zeros at the end behind the point are dropped, but for the first digit
+    /// Digits with at most one point; no exponent. Trailing zeros after the point are dropped, except the first digit
     /// there. Throws what BigInteger throws for the digits.
     BigDecimal(const String& text);
-    /// Six digits behind the point, rounded, then as from a text. No number (infinite, NaN) is a zero.
+    /// Rounded to six digits after the point, then as from a text. Infinity and NaN give zero.
     explicit BigDecimal(float value);
     explicit BigDecimal(double value);
     ~BigDecimal() noexcept override;
@@ -44,13 +44,13 @@ public:
     BigDecimal& operator=(double value);
 
     // Object
-    /// As by `toBigDecimal` of the other. Throws CastFailedException for an `other` that is no Number.
+    /// Compares with `toBigDecimal` of `other`. Throws CastFailedException if `other` is not a Number.
     int compareTo(const Object& other) const override;
-    /// All digits of the scale, and no exponent.
+    /// All digits of the scale, without an exponent.
     String toString() const override;
 
     // Number
-    /// `toDouble`, truncated toward zero and clipped to the range.
+    /// `toDouble`, truncated toward zero and clamped to the range.
     std::int64_t toInt64() const override;
     double toDouble() const override;
     /// Truncated toward zero.
@@ -67,7 +67,7 @@ public:
     void multiply(const BigDecimal& other);
     /// The result has exactly `scale`, rounded half away from zero. Throws Exception with "Divide by zero.".
     void divide(const BigDecimal& divisor, int scale);
-    /// A smaller scale cuts digits off; nothing is rounded.
+    /// A smaller scale truncates; nothing is rounded.
     void setScale(int scale);
     void negate();
     /// The unscaled value without its sign: not the absolute value of a number that has a scale.
@@ -88,7 +88,7 @@ private:
 
     template <class Integer>
     BigDecimal& setInteger(Integer value);
-    /// Adds, with that sign, after both have the greater scale.
+    /// Adds with that sign, after both have been brought to the larger scale.
     void combine(const BigDecimal& other, bool otherNegative);
     /// `divide` for few digits, without an allocation for the intermediate results. False if there are too many.
     bool divideFew(const BigDecimal& divisor, std::int64_t upperScale, int scale);

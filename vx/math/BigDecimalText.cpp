@@ -49,7 +49,7 @@ String BigDecimal::toString() const
     if (digits.front() == u'-')
         digits.remove_prefix(1);
     const auto count = static_cast<std::int64_t>(digits.size());
-    // Digits in front of the point; a zero has no more than its one.
+    // Digits before the point; a zero has only one.
     const std::int64_t whole = m_scale < 0 && m_unscaled.isZero() ? count : count - m_scale;
 
     String text(vx::detail::withTerminator(std::max({count, whole, count - whole}) + 3)); // sign, zero and point
@@ -83,7 +83,7 @@ void BigDecimal::parseDecimal(const String& text)
     const std::u16string_view behind = text.view().substr(static_cast<std::size_t>(point) + 1);
     int scale = 0;
     if (!behind.empty()) {
-        // Zeros at the end say nothing, but one digit stays.
+        // Trailing zeros are redundant, but one digit stays.
         scale = static_cast<int>(std::max(behind.find_last_not_of(u'0') + 1, std::size_t {1}));
         digits.append(behind.data(), scale);
     }

@@ -123,7 +123,7 @@ BigInteger& BigInteger::operator=(BigInteger&& other) noexcept
 {
     if (this == &other)
         return *this;
-    if (limbsFor(other.m_size) <= limbsFor(m_capacity)) { // it grows nothing, so the storage stays
+    if (limbsFor(other.m_size) <= limbsFor(m_capacity)) { // nothing grows, so the storage is kept
         setLimbs(other.limbs(), other.m_negative);
     } else {
         m_negative = other.m_negative;
@@ -233,7 +233,7 @@ void BigInteger::addLimbs(std::span<const Limb> others, bool otherNegative)
         const std::int64_t bits = std::max(bitsIn(mine), bitsIn(others));
         setSize(static_cast<int>(std::min((bits + 9) / 8, LARGEST_SIZE + std::int64_t {1}))); // room for the carry
         if (isSame)
-            others = {m_data.get(), others.size()}; // it may have moved
+            others = {m_data.get(), others.size()}; // the storage may have moved
         detail::add(m_data.get(), {m_data.get(), limbsFor(m_size)}, others);
         truncateZeroBytes();
         return;
@@ -310,7 +310,7 @@ void BigInteger::divide(const BigInteger& divisor, BigInteger& remainder)
     if (others.empty())
         throwDivideByZero();
 
-    // The remainder is written first: where it is this number too, the quotient stays.
+    // The remainder is written first, so that this number gets the quotient if both are the same object.
     if (detail::compare(mine, others) < 0) {
         if (&remainder != this)
             remainder.setLimbs(mine, false);
@@ -399,7 +399,7 @@ int BigInteger::compareTo(const BigInteger& other) const
 {
     if (m_negative != other.m_negative)
         return m_negative ? -1 : 1;
-    // Not by value alone: a top byte that `clearBit` emptied counts.
+    // Not by value alone: a zero byte at the top, left by `clearBit`, counts.
     const int bits = getBitCount();
     const int otherBits = other.getBitCount();
     const int order = bits != otherBits ? (bits < otherBits ? -1 : 1) : detail::compare(limbs(), other.limbs());

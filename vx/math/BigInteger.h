@@ -11,10 +11,10 @@ namespace vx::math {
 
 /// A signed integer of any size, which every operation changes in place.
 ///
-/// It is a magnitude and a flag: the magnitude's bytes stand least significant first, and a zero has no bytes. A zero may
-/// carry the flag (`negate` gives it one); it then orders below a plain zero. A magnitude beyond 2^31 - 1 bits throws
-/// std::bad_alloc; all other failures are a plain Exception, and a failure leaves the number as it was. One thread at a
-/// time, unless all only read.
+/// It is a magnitude and a flag: the magnitude's bytes stand least significant first, and a zero has no bytes. A zero
+/// may carry the flag (`negate` gives it one); it then orders below a plain zero. A magnitude beyond 2^31 - 1 bits
+/// throws std::bad_alloc; all other failures are a plain Exception, and a failure leaves the number as it was. One
+/// thread at a time, except that several may read at once.
 class VX_API BigInteger : public Number {
 public:
     static const BigInteger ZERO;
@@ -22,7 +22,7 @@ public:
 
     BigInteger() noexcept;
     BigInteger(const BigInteger& other);
-    /// Leaves a zero behind.
+    /// The source becomes zero.
     BigInteger(BigInteger&& other) noexcept;
     explicit BigInteger(int value);
     explicit BigInteger(unsigned int value);
@@ -32,13 +32,13 @@ public:
     explicit BigInteger(unsigned long long value);
     /// Copies a magnitude, least significant byte first. A `size` below 1 is a zero.
     BigInteger(const signed char* bytes, int size, bool negative);
-    /// A minus sign may stand in front; one elsewhere, or no digit, throws Exception with "Number Format Exception".
-    /// Characters outside `radix` are no failure: digits are read in groups of three, counted from the end, and a group
-    /// is what VXStrToLW makes of it.
+    /// A minus sign may come first. One elsewhere, or no digit, throws Exception with "Number Format Exception".
+    /// Characters that are not digits in `radix` do not throw: digits are read in groups of three, counted from the
+    /// end, and VXStrToLW gives the value of each group.
     BigInteger(const String& text, int radix);
     ~BigInteger() noexcept override;
 
-    /// Both keep the storage where it is large enough; a move leaves a zero behind.
+    /// Both keep the storage if it is large enough. After a move the source is zero.
     BigInteger& operator=(const BigInteger& other);
     BigInteger& operator=(BigInteger&& other) noexcept;
     BigInteger& operator=(int value);
@@ -49,7 +49,7 @@ public:
     BigInteger& operator=(unsigned long long value);
 
     // Object
-    /// As by `toBigInteger` of the other. Throws CastFailedException for an `other` that is no Number.
+    /// Compares with `toBigInteger` of `other`. Throws CastFailedException if `other` is not a Number.
     int compareTo(const Object& other) const override;
     String toString() const override;
 
@@ -68,16 +68,17 @@ public:
     void subtract(const BigInteger& other);
     void multiply(const BigInteger& other);
     /// This becomes the quotient, truncated toward zero; `remainder` becomes the remainder of the magnitudes, never
-    /// negative. A zero quotient has no flag. Where both are one object, it gets the quotient. Throws "Divide by zero.".
+    /// negative. A zero quotient has no flag. If both are the same object, it gets the quotient. Throws "Divide by
+    /// zero.".
     void divide(const BigInteger& divisor, BigInteger& remainder);
     /// From 0 to below `modulus`, but from 1 to `modulus` for a negative number, so that its multiples give `modulus`.
     /// Throws "Divide by zero." and "Modulus can't be negative.".
     void mod(const BigInteger& modulus);
-    /// Not negative, unless `other` itself divides this: then it is `other` with its sign. Throws "Divide by zero." where
-    /// `other` is 0.
+    /// Not negative, unless `other` divides this number: then the result is `other` with its sign. Throws "Divide by
+    /// zero." if `other` is 0.
     void gcd(const BigInteger& other);
-    /// Throws "Not invertible.", "Divide by zero." for a zero and "Modulus can't be negative.". Of a negative number the
-    /// result need not be the inverse: reduce it first.
+    /// Throws "Not invertible.", "Divide by zero." for a zero and "Modulus can't be negative.". Of a negative number
+    /// the result need not be the inverse: reduce it first.
     void modInverse(const BigInteger& modulus);
     /// An `exponent` of 0 leaves the number as it is. Throws "Negative Exponent".
     void pow(const BigInteger& exponent);
@@ -93,11 +94,11 @@ public:
     bool isNegative() const { return m_negative; }
     /// By size: a magnitude that `clearBit` brought to 0 still has bytes.
     bool isZero() const { return m_size == 0; }
-    /// The magnitude itself, valid until an operation that grows it; null before there was a first byte.
+    /// The magnitude itself, valid until an operation that grows it; null as long as there never was a byte.
     signed char* getData();
     /// The number of the magnitude's highest bit, plus 1.
     int getBitCount() const;
-    /// -1, 0 or 1. Flags come first, also on zeros.
+    /// -1, 0 or 1. Compares the flags first, also those of zeros.
     int compareTo(const BigInteger& other) const;
     /// Lower-case digits. `radix` is 2 to 36; another throws RangeErrorException unless the number is 0.
     String toString(int radix) const;
@@ -105,7 +106,7 @@ public:
 protected:
     /// Grows the storage to exactly `capacity` bytes; never shrinks it.
     void ensureCapacity(int capacity);
-    /// New bytes are 0; the top byte may be.
+    /// New bytes are 0, so the top byte may be 0.
     void setSize(int size);
     void setByteArray(const signed char* bytes, int size, bool negative);
 

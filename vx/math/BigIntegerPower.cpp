@@ -65,7 +65,7 @@ void BigInteger::gcd(const BigInteger& other)
     }
     detail::Scratch scratch(std::min(mine.size(), others.size()));
     const detail::Natural divisor(scratch.get(), detail::greatestCommonDivisor(scratch.get(), mine, others));
-    // Where nothing had to be divided further, the result is the other number as it is.
+    // If no further division was needed, the result is the other number unchanged.
     const bool isOther = detail::compare(divisor, others) == 0;
     setLimbs(divisor, isOther && other.m_negative);
 }
@@ -125,7 +125,7 @@ void BigInteger::pow(const BigInteger& exponent)
         throwBadAllocation();
     Power power(static_cast<detail::Size>(bits * times[0] / detail::LIMB_BITS) + 3);
 
-    // Zero bits at the end only move the result, so that a power of ten is one of five.
+    // Trailing zero bits only shift the result: a power of ten becomes one of five.
     const detail::Size whole = static_cast<detail::Size>(
         std::find_if(base.begin(), base.end(), [](Limb limb) { return limb != 0; }) - base.begin());
     const int zeros = std::countr_zero(base[whole]);
@@ -161,7 +161,7 @@ void BigInteger::modPow(const BigInteger& exponent, const BigInteger& modulus)
     }
     detail::Scratch scratch(divisor.size());
     detail::powerModulo(scratch.get(), limbs(), times, divisor);
-    // As `mod` treats the sign that the power would have.
+    // As `mod` does for a number with the sign of the power.
     BigInteger result;
     result.setLimbs({scratch.get(), divisor.size()}, m_negative && (times[0] & 1) != 0);
     if (result.m_negative)

@@ -26,7 +26,7 @@ constexpr bool isRadix(int radix) noexcept
 
 constexpr unsigned char NO_DIGIT = 36;
 
-/// The digits that VXStrToLW knows, by unit.
+/// The values of the digits that VXStrToLW accepts, by unit.
 constexpr std::array<unsigned char, 128> makeDigits()
 {
     std::array<unsigned char, 128> table {};
@@ -46,7 +46,8 @@ constexpr unsigned char digitOf(char16_t unit) noexcept
     return unit < DIGITS.size() ? DIGITS[unit] : NO_DIGIT;
 }
 
-/// As `readDigits` for as many units as are read four at a time, in radixes whose digits are no letters. Takes them off.
+/// As `readDigits` for as many units as are read four at a time, in radixes whose digits are no letters. Takes them
+/// off.
 bool readDecimalDigits(unsigned char*& digits, std::u16string_view& text, int radix) noexcept
 {
     constexpr std::size_t LANES = 4;
@@ -67,7 +68,7 @@ bool readDecimalDigits(unsigned char*& digits, std::u16string_view& text, int ra
     return wrong == 0;
 }
 
-/// digits[text] = the value of each digit. False where there is anything else in it.
+/// digits[text] = the value of each digit. False if there is anything else in it.
 bool readDigits(unsigned char* digits, std::u16string_view text, int radix) noexcept
 {
     bool isPlain = radix > 10 || readDecimalDigits(digits, text, radix);
@@ -136,7 +137,7 @@ BigInteger::BigInteger(const String& text, int radix)
     }
     if (digits.find(u'-') != digits.npos)
         throwNumberFormat();
-    // No group has a value then, except in radix 0, which goes by prefixes and drops all groups but the last.
+    // No group has a value then, except in radix 0, where prefixes select the radix and only the last group counts.
     *this = valueOfGroup(digits.substr(digits.size() - std::min(digits.size(), GROUP)), radix);
     m_negative = negative;
 }

@@ -103,7 +103,7 @@ double BigDecimal::Estimate::rounded(const BigInteger& mantissa) const
         const std::uint64_t next = limbs[limbs.size() - 2];
         if (unused != 0)
             high |= next >> (LIMB_BITS - unused);
-        high |= 1; // there is more below, so that this is no half
+        high |= 1; // lower bits follow, so this is not exactly a half
     }
     const std::int64_t exponent = m_exponent + LIMB_BITS * static_cast<std::int64_t>(limbs.size() - 1) - unused;
     return std::ldexp(static_cast<double>(high), static_cast<int>(exponent));

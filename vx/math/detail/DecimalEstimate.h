@@ -7,8 +7,8 @@
 
 namespace vx::math {
 
-/// The size of a number that is not 0, in a time that hardly depends on its digits: `m_mantissa` times 2 to the power of
-/// `m_exponent`, at most 1 part in 2 to the power of ACCURACY away from it.
+/// An estimate of a number that is not 0: `m_mantissa` times 2 to the power of `m_exponent`, with a relative error of
+/// at most 2 to the power of -ACCURACY. Its time hardly depends on the number of digits.
 class BigDecimal::Estimate {
 public:
     static constexpr int ACCURACY = 190;
@@ -16,7 +16,8 @@ public:
     explicit Estimate(const BigDecimal& number);
     /// -1 or 1 if one of the numbers is certainly below the other, else 0.
     int compareTo(const Estimate& other) const;
-    /// The nearest double, if that is certain: not between two of them, nor at the ends of their range.
+    /// The nearest double, if the estimate decides it: not near the middle between two doubles, nor at the ends of
+    /// their range.
     std::optional<double> toDouble() const;
 
 private:

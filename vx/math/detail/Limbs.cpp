@@ -90,7 +90,7 @@ Limb shiftLeft(Limb* target, Natural source, int bits) noexcept
     const Size count = source.size();
     if (count == 0)
         return 0;
-    // In two steps, because a shift by the whole width has no result.
+    // In two steps, because a shift by the whole width is undefined.
     const auto spill = [&](Limb value) { return value >> 1 >> (LIMB_BITS - 1 - bits); };
     const Limb above = spill(source[count - 1]);
     for (Size i = count - 1; i > 0; --i)

@@ -7,14 +7,15 @@
 #include <cstdint>
 #include <span>
 
-/// Arithmetic on natural numbers: arrays of words, the least significant first. Unless said otherwise a target may be one
-/// of the operands but not overlap it by a part, and a count may be 0.
+/// Arithmetic on natural numbers: arrays of words, the least significant first. Unless said otherwise a target may be
+/// one of the operands but not overlap it by a part, and a count may be 0.
 namespace vx::math::detail {
 
 using Limb = std::uint64_t;
 using Size = std::size_t;
 using Natural = std::span<const Limb>;
-__extension__ typedef unsigned __int128 Wide; // behind `typedef`, where both compilers take the extension in silence
+// `typedef` and not `using`: both compilers accept the extension here without a warning.
+__extension__ typedef unsigned __int128 Wide;
 
 inline constexpr int LIMB_BITS = 64;
 
@@ -30,7 +31,7 @@ inline constexpr Wide wide(Limb upper, Limb lower) noexcept
     return static_cast<Wide>(upper) << LIMB_BITS | lower;
 }
 
-/// Room for intermediate results, without a value; small ones need no allocation. Exhaustion throws std::bad_alloc.
+/// Uninitialised storage for intermediate results; small ones need no allocation. Throws std::bad_alloc.
 class Scratch {
 public:
     explicit Scratch(Size count)
@@ -50,7 +51,7 @@ private:
     Limb m_inline[INLINE];
 };
 
-/// The count without the zeros at the top.
+/// The number of words without the zeros at the top.
 inline Size trimmed(const Limb* limbs, Size count) noexcept
 {
     while (count > 0 && limbs[count - 1] == 0)
@@ -71,21 +72,22 @@ Limb subtract(Limb* target, Natural left, Natural right) noexcept;
 Limb multiplyByLimb(Limb* target, Natural source, Limb factor, Limb addend = 0) noexcept;
 /// target += source * factor. Returns the word above.
 Limb addProduct(Limb* target, Natural source, Limb factor) noexcept;
-/// target -= source * factor. Returns the word that is missing above.
+/// target -= source * factor. Returns the word that is borrowed from above.
 Limb subtractProduct(Limb* target, Natural source, Limb factor) noexcept;
-/// By 0 to 63 bits. Returns what leaves at the top; `target` may lie above `source`.
+/// By 0 to 63 bits. Returns the bits shifted out at the top; `target` may lie above `source`.
 Limb shiftLeft(Limb* target, Natural source, int bits) noexcept;
 /// By 0 to 63 bits; `target` may lie below `source`.
 void shiftRight(Limb* target, Natural source, int bits) noexcept;
 
-/// target[left + right] = left * right; `target` overlaps neither. One array given twice is squared in less time.
+/// target[left + right] = left * right; `target` overlaps neither. Squaring, with the same array twice, takes less
+/// time.
 void multiply(Limb* target, Natural left, Natural right);
 
-/// Adds the multiple of an odd modulus that makes the lower half of product[2 * modulus] 0, given -1 / modulus[0]. The sum
-/// stands in the upper half, the lower one has no use then. Returns the word above.
+/// Adds the multiple of an odd modulus that makes the lower half of product[2 * modulus] 0, given -1 / modulus[0]. The
+/// sum is in the upper half; the lower half is unspecified. Returns the word above.
 Limb addMultiple(Limb* product, Natural modulus, Limb negatedInverse) noexcept;
 
-/// A divisor of one word with what makes divisions by it fast.
+/// A divisor of one word with its precomputed reciprocal.
 class LimbDivisor {
 public:
     /// Not 0.
@@ -102,8 +104,8 @@ private:
     Limb m_reciprocal;
 };
 
-/// quotient[source - divisor + 1] = source / divisor, remainder[divisor] = source % divisor. The divisor's highest word is
-/// not 0 and it has no more words than the source; the targets overlap nothing.
+/// quotient[source - divisor + 1] = source / divisor, remainder[divisor] = source % divisor. The divisor's highest word
+/// is not 0 and it has no more words than the source; the targets overlap nothing.
 void divide(Limb* quotient, Limb* remainder, Natural source, Natural divisor);
 
 } // namespace vx::math::detail

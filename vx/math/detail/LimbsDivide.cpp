@@ -6,7 +6,7 @@ namespace vx::math::detail {
 
 namespace {
 
-// Words of a quotient from which dividing by halves is faster; measured.
+// From this number of words of a quotient on, dividing by halves is faster; measured.
 constexpr Size RECURSIVE_DIVIDE = 40;
 
 // Reciprocals and the divisions by them: N. Möller, T. Granlund, "Improved division by invariant integers", IEEE
@@ -109,7 +109,7 @@ private:
         return quotient;
     }
 
-    /// Where the top words are the divisor's.
+    /// For a dividend whose top words equal those of the divisor.
     Limb largestDigit(Limb* window) const noexcept
     {
         const Size size = m_divisor.size();
@@ -126,8 +126,8 @@ private:
     TopDivisor m_top;
 };
 
-/// As `Division::school`, for a quotient of no more words than the divisor. Long ones by halves, so that the work is
-/// multiplications of long numbers: C. Burnikel, J. Ziegler, "Fast Recursive Division" (1998).
+/// As `Division::school`, for a quotient of no more words than the divisor. Long quotients are computed by halves, so
+/// that most of the work is multiplication of long numbers: C. Burnikel, J. Ziegler, "Fast Recursive Division" (1998).
 void divideByHalves(Limb* quotient, Size count, Limb* source, Natural divisor, Limb* scratch)
 {
     if (count < RECURSIVE_DIVIDE)
@@ -215,7 +215,7 @@ void divide(Limb* quotient, Limb* remainder, Natural source, Natural divisor)
     shiftLeft(shifted, divisor, shift);
     rest[source.size()] = shiftLeft(rest, source, shift);
 
-    // From the top in quotients of the divisor's length, the first of which is the odd one.
+    // From the top in quotients of the divisor's length; only the first may be shorter.
     Size count = source.size() + 1 - size;
     if (count < RECURSIVE_DIVIDE || size < RECURSIVE_DIVIDE) {
         Division({shifted, size}).school(quotient, count, rest);

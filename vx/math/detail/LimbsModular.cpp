@@ -9,7 +9,7 @@ namespace vx::math::detail {
 
 namespace {
 
-/// Steps of Euclid's algorithm gathered from the leading bits: (x, y) becomes (ax + by, cx + dy).
+/// Several steps of Euclid's algorithm, derived from the leading bits: (x, y) becomes (ax + by, cx + dy).
 struct Steps {
     std::int64_t a = 1;
     std::int64_t b = 0;
@@ -76,7 +76,7 @@ public:
         : m_modulus(modulus)
         , m_product(2 * modulus.size())
     {
-        Limb inverse = modulus[0]; // right in three bits, and each round doubles them
+        Limb inverse = modulus[0]; // correct in three bits; each round doubles their number
         for (int round = 0; round < 5; ++round)
             inverse *= 2 - modulus[0] * inverse;
         m_negatedInverse = Limb {0} - inverse;
@@ -144,13 +144,13 @@ private:
     Scratch m_product;
 };
 
-/// Bits of the exponent that one multiplication takes at most.
+/// The most bits of the exponent that one multiplication covers.
 int windowFor(Size exponentBits) noexcept
 {
     return exponentBits < 24 ? 1 : exponentBits < 128 ? 3 : exponentBits < 512 ? 4 : 5;
 }
 
-/// By a window that slides over the exponent from its top, with a table of the odd powers.
+/// Sliding-window exponentiation from the top bit, with a table of the odd powers.
 template <class Reducer>
 void powerByWindow(Limb* value, Natural exponent, Size size, Reducer reducer)
 {

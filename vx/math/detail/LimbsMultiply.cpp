@@ -8,7 +8,7 @@ namespace vx::math::detail {
 
 namespace {
 
-// Words from which splitting in halves is faster, and then transforms; measured.
+// From these numbers of words on, splitting in halves and then transforms are faster; measured.
 constexpr Size KARATSUBA_MULTIPLY = 40;
 constexpr Size KARATSUBA_SQUARE = 56;
 constexpr Size TRANSFORM = 1200;
@@ -34,7 +34,7 @@ public:
         m_above += other.m_above;
     }
     Limb low() const noexcept { return static_cast<Limb>(m_sum); }
-    /// Gives the word, and keeps what belongs to those above.
+    /// Returns the word and keeps the carry for the words above.
     Limb next() noexcept
     {
         const auto word = static_cast<Limb>(m_sum);
@@ -65,7 +65,7 @@ void multiplySchool(Limb* target, Natural left, Natural right) noexcept
     target[last] = column.next();
 }
 
-/// Products of different words occur twice.
+/// Products of different words occur twice in a square.
 void squareSchool(Limb* target, Natural source) noexcept
 {
     Column column;
@@ -86,7 +86,7 @@ void squareSchool(Limb* target, Natural source) noexcept
     target[last] = column.next();
 }
 
-/// target[left] = |left - right|, with no more words in `right`. True where the difference is negative.
+/// target[left] = |left - right|, with no more words in `right`. True if the difference is negative.
 bool distance(Limb* target, Natural left, Natural right) noexcept
 {
     const Size common = right.size();

@@ -9,11 +9,11 @@ namespace vx::math::detail {
 
 namespace {
 
-// Words from which converting by halves is faster; measured.
+// From this number of words on, converting by halves is faster; measured.
 constexpr Size SPLIT_FROM_DIGITS = 90;
 constexpr Size SPLIT_TO_DIGITS = 20;
 
-/// As many digits as one word takes, as one digit of a larger radix.
+/// A radix whose digits are as many digits as fit in one word.
 struct WordRadix {
     int digits;
     Limb value; ///< 0 for 2 to the power of 64
@@ -52,8 +52,8 @@ constexpr Size quotientUp(Size value, Size divisor) noexcept
     return value / divisor + (value % divisor != 0);
 }
 
-/// Where numbers of many digits of the word radix are split, and the powers of the radix that belong to those places: in
-/// the middle, and again in the middle of the halves, down to what is not worth it.
+/// Where numbers of many digits of the word radix are split, and the powers of the radix that belong to those places:
+/// in the middle, and again in the middle of the halves, down to the smallest size for which it is faster.
 class Splits {
 public:
     struct Split {
@@ -134,7 +134,7 @@ void fromWordDigits(Limb* target, Natural digits, Limb radix, const Splits& spli
     add(target, {target, digits.size()}, {lower, split->low});
 }
 
-/// digits[count] = the digits of a value in the word radix, the least significant first. Spends `value`.
+/// digits[count] = the digits of a value in the word radix, the least significant first. Overwrites `value`.
 void toWordDigits(
     Limb* digits, Size count, std::span<Limb> value, const LimbDivisor& radix, const Splits& splits, Size level)
 {

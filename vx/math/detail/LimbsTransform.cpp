@@ -7,8 +7,9 @@ namespace vx::math::detail {
 
 namespace {
 
-/// Arithmetic modulo a prime P below 2^62 that is 1 modulo 2^32. Products are P. L. Montgomery's, see MontgomeryReducer:
-/// they lack a factor of 2^64, which constants have in advance. Residues may be above P: each function says by how much.
+/// Arithmetic modulo a prime P below 2^62 that is 1 modulo 2^32. Products are P. L. Montgomery's, see
+/// MontgomeryReducer: they lack a factor of 2^64, so constants are stored with that factor. Residues may be above P:
+/// each function says by how much.
 template <Limb P, Limb GENERATOR>
 class Field {
 public:
@@ -24,7 +25,7 @@ public:
     /// Of a value below twice the limit.
     static constexpr Limb below(Limb limit, Limb value) noexcept
     {
-        const Limb difference = value - limit; // without a branch, which would be a coin toss
+        const Limb difference = value - limit; // no branch: it could not be predicted
         return difference + (limit & (Limb {0} - (difference >> (LIMB_BITS - 1))));
     }
     /// Of a value below 2 P.
@@ -59,8 +60,9 @@ using First = Field<0x3fffffee00000001, 3>;
 using Second = Field<0x3fffffb400000001, 17>;
 constexpr int PRODUCT_BITS = 123; // any number of so many bits is below the product of the primes
 
-/// A tree of polynomials: its root is one modulo x^length - 1, and the children of one modulo x^n - r^2 are its residues
-/// modulo x^(n/2) - r and x^(n/2) + r. The leaves are values. On each level the node with the number i has r = root(i).
+/// A tree of polynomials: its root is one modulo x^length - 1, and the children of one modulo x^n - r^2 are its
+/// residues modulo x^(n/2) - r and x^(n/2) + r. The leaves are values. On each level the node with the number i has r =
+/// root(i).
 template <class Prime>
 class Transform {
 public:
@@ -251,7 +253,7 @@ struct Plan {
     Plan(Size left, Size right) noexcept
     {
         const Size shorter = std::min(left, right) * LIMB_BITS;
-        // Few coefficients allow for more bits in each, and the number of bits decides how many there are.
+        // Fewer coefficients allow more bits in each, and the number of bits in turn determines how many there are.
         bits = (PRODUCT_BITS - std::bit_width(shorter / MOST_BITS)) / 2;
         bits = (PRODUCT_BITS - std::bit_width(shorter / static_cast<Size>(bits))) / 2;
         used = coefficients(left) + coefficients(right) - 1;
