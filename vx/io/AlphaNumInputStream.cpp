@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::int8_t NO_VALUE = -1;
 
-/// What a character's five bits do in each step: those on the right of `complete` fill a byte, those on the left of `keep`
-/// begin the next.
+/// The shifts for the five bits of a character in each step: by `complete` for the bits that complete a byte, by `keep`
+/// for the bits that begin the next byte.
 struct Step {
     bool completes;
     int complete; ///< shift to the right

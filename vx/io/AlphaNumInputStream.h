@@ -9,8 +9,8 @@ namespace vx::io {
 
 /// Decodes what AlphaNumOutputStream writes: 5 bits a character, in the layout of Base32 (RFC 4648) without padding.
 ///
-/// A text whose length is no multiple of 8 gives one byte more than was encoded: the coding does not tell how many there
-/// were. Marks are those of the wrapped stream and know nothing of the bits that wait.
+/// A text whose length is not a multiple of 8 gives one byte more than was encoded, because the coding does not store
+/// the number of bytes. Marks are those of the wrapped stream and do not include pending bits.
 class VX_API AlphaNumInputStream : public FilterInputStream {
 public:
     /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9" without "I" and "O".
@@ -18,11 +18,11 @@ public:
 
     // InputStream
     using FilterInputStream::read;
-    /// A character beside the alphabet throws InvalidCharacterException. A `length` below 1 gives -1.
+    /// A character that is not in the alphabet throws InvalidCharacterException. A `length` below 1 gives -1.
     std::int32_t read(signed char* target, std::int32_t length) override;
     int read() override;
     std::int32_t skip(std::int32_t count) override;
-    /// By the characters that the wrapped stream has.
+    /// Computed from the characters available in the wrapped stream.
     std::int32_t available() override;
 
 private:

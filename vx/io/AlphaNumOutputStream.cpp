@@ -9,11 +9,12 @@ namespace {
 
 constexpr int MASK = 31;
 
-/// What a byte does in the step of each character of a group that begins in it or ends what the byte before left.
+/// The shifts for a byte and the previous one in each step: a byte completes one character of its group, and may fill a
+/// second.
 struct Step {
-    int kept; ///< shift to the left of the bits of the byte before, which begin this character
-    int rest; ///< shift to the right of this byte, which ends it
-    int whole; ///< shift to the right for one more character; -1 where there is none
+    int kept; ///< left shift of the bits of the previous byte, which begin this character
+    int rest; ///< right shift of this byte, which ends the character
+    int whole; ///< right shift for one more character; -1 if there is none
     int next;
 };
 constexpr Step STEPS[] = {
@@ -69,7 +70,7 @@ void AlphaNumOutputStream::flush()
     m_step = 0;
     m_previous = 0;
     m_isFirstOut = false;
-    sink().flush(); // one that fails and is tried again adds no second character
+    sink().flush(); // if it fails and is tried again, no second character is added
 }
 
 } // namespace vx::io

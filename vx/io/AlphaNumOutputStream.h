@@ -7,9 +7,9 @@
 
 namespace vx::io {
 
-/// Bytes as text in an alphabet of 32 characters, 5 bits each: the layout of Base32 (RFC 4648) without padding. Five bytes
-/// make eight characters, each a write of one byte to the wrapped stream. `close` does not flush. A byte of which the
-/// wrapped stream refuses a character may be written again.
+/// Encodes bytes as text in an alphabet of 32 characters, 5 bits each: the layout of Base32 (RFC 4648) without padding.
+/// Five bytes make eight characters, each a write of one byte to the wrapped stream. `close` does not flush. If the
+/// wrapped stream fails at a character, the byte may be written again.
 class VX_API AlphaNumOutputStream : public FilterOutputStream {
 public:
     /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9" without "I" and "O".
@@ -19,14 +19,14 @@ public:
     using FilterOutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override;
     void write(signed char byte) override;
-    /// Fills up the character that waits with zero bits. What comes after starts a new group.
+    /// Fills a pending character with zero bits. The next byte starts a new group.
     void flush() override;
 
 private:
     String m_alphabet;
     std::uint8_t m_previous = 0;
     int m_step = 0;
-    bool m_isFirstOut = false; ///< the first character of a byte whose second one the sink refused
+    bool m_isFirstOut = false; ///< the first character of a byte is written, and the sink failed at the second
 };
 
 } // namespace vx::io

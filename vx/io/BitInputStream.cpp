@@ -48,7 +48,7 @@ int BitInputStream::read(int bits)
                 return -1;
             value = value << 1 | static_cast<std::uint32_t>(bit);
         }
-    } catch (...) { // no byte came: the bits before it are given back for the next try
+    } catch (...) { // no byte was read: the bits before it are kept for the next try
         m_current = value;
         m_bitsLeft = std::min(taken, MOST);
         throw;

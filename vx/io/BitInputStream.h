@@ -6,9 +6,9 @@
 
 namespace vx::io {
 
-/// Bits, the most significant one of each byte first. Bytes are read off the bit stream where it stands; the operations
-/// that are forwarded know nothing of the bits that wait. A number whose bytes the wrapped stream fails to bring keeps its
-/// bits here, and may be read again.
+/// Bits, the most significant one of each byte first. Bytes are read from the current bit position; operations that are
+/// forwarded ignore pending bits. If the wrapped stream fails, the bits read so far are kept, and the number may be
+/// read again.
 class VX_API BitInputStream : public FilterInputStream {
 public:
     explicit BitInputStream(InputStream* source);
@@ -19,8 +19,8 @@ public:
     std::int32_t read(signed char* target, std::int32_t length) override;
     int read() override;
 
-    /// The next `bits` bits as a number, of which the last 32 count; 0 for `bits` below 1. -1 where the data ends before,
-    /// and for 32 bits that are all set.
+    /// The next `bits` bits as a number, truncated to the last 32; 0 for `bits` below 1. -1 if the data ends before,
+    /// and also for 32 bits that are all set.
     virtual int read(int bits);
     /// 0, 1, or -1 at the end.
     virtual int readBit();

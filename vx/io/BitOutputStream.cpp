@@ -48,7 +48,7 @@ void BitOutputStream::flush()
         m_byte = 0;
         m_bits = 0;
     }
-    sink().flush(); // one that fails and is tried again adds no second byte
+    sink().flush(); // if it fails and is tried again, no second byte is added
 }
 
 void BitOutputStream::write(std::uint32_t value, int bits)
@@ -61,7 +61,7 @@ void BitOutputStream::write(std::uint32_t value, int bits)
         for (; taken < bits; ++taken)
             writeBit((value >> (bits - 1 - taken) & 1) != 0);
     } catch (...) {
-        if (bitsBefore + taken < BYTE) { // none has left yet
+        if (bitsBefore + taken < BYTE) { // no byte has been written yet
             m_byte = byteBefore;
             m_bits = bitsBefore;
         } else {
@@ -82,7 +82,7 @@ void BitOutputStream::writeBit(bool bit)
         ++m_bits;
         return;
     }
-    sink().write(static_cast<signed char>(byte)); // a failure leaves the bit to be written again
+    sink().write(static_cast<signed char>(byte)); // after a failure the bit may be written again
     m_byte = 0;
     m_bits = 0;
 }

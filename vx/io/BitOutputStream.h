@@ -7,9 +7,10 @@
 
 namespace vx::io {
 
-/// Bits, the most significant one of each byte first. Bytes go into the bit stream where it stands. Bits that do not fill
-/// a byte wait for `flush`; `close` writes nothing. A write that the wrapped stream refuses may be tried again: it leaves no
-/// bit here, or, after its first byte, does the rest when the same write follows at once.
+/// Bits, the most significant one of each byte first. Bytes are written at the current bit position. Bits that do not
+/// fill a byte are pending until `flush`; `close` writes nothing. If the wrapped stream fails, the write may be tried
+/// again: either none of its bits were taken, or, after its first byte, the same write as the next call writes the
+/// rest.
 class VX_API BitOutputStream : public FilterOutputStream {
 public:
     explicit BitOutputStream(OutputStream* sink);
@@ -18,7 +19,7 @@ public:
     using FilterOutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override;
     void write(signed char byte) override;
-    /// Fills up the byte that waits with zero bits.
+    /// Fills a pending byte with zero bits.
     void flush() override;
 
     /// The low `bits` bits of `value`. Throws ResultException unless `bits` is from 1 to 32, RangeErrorException for a
@@ -26,8 +27,8 @@ public:
     virtual void write(std::uint32_t value, int bits);
     virtual void writeBit(bool bit);
 
-    /// Other integer types, and literals, of which 0 might be a pointer as well. One that has more than 32 bits and needs
-    /// them does not fit.
+    /// For other integer types and for literals, since a literal 0 could also be a pointer. A value that needs more
+    /// than 32 bits does not fit.
     template <std::integral Number>
     void write(Number value, int bits);
 
@@ -37,7 +38,7 @@ private:
     std::uint8_t m_byte = 0;
     int m_bits = 0;
 
-    // The last write, if it failed with a part of its bits taken. Nothing has been written since.
+    // The last write, if it failed after a part of its bits was taken. Nothing has been written since.
     std::uint32_t m_openValue = 0;
     int m_openBits = 0;
     int m_openTaken = 0;

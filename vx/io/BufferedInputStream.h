@@ -11,12 +11,12 @@ template <class Stream>
 struct BufferedInput;
 }
 
-/// Reads another stream in blocks, and can go back to a mark.
+/// Reads another stream in blocks, and can return to a mark.
 ///
 /// A mark holds at least until its limit has been read; it is lost only when the buffer must be refilled beyond that.
-/// A read at least as large as the buffer goes past it while no mark holds. The source is counted from construction to
-/// destruction; after `close` every operation but `close` and `markSupported` throws IoException "stream closed". A
-/// failure of the source passes through and leaves the buffer as it was.
+/// While no mark holds, a read at least as large as the buffer bypasses it. Holds a reference to the source from
+/// construction to destruction; after `close` every operation but `close` and `markSupported` throws IoException
+/// "stream closed". A failure of the source reaches the caller and leaves the buffer unchanged.
 class VX_API BufferedInputStream : public InputStream {
 public:
     /// `size` in bytes, at least 16.
@@ -30,7 +30,7 @@ public:
     int read() override;
     std::int32_t skip(std::int32_t count) override;
     std::int32_t available() override;
-    /// Each call closes the source, a second one too.
+    /// Each call closes the source, also a second one.
     void close() override;
     bool markSupported() override;
     /// A limit above the buffer's size lets it grow to that size at the next refill.

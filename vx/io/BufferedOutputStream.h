@@ -11,11 +11,11 @@ template <class Stream>
 struct BufferedOutput;
 }
 
-/// Collects small writes; one at least as large as the buffer goes straight through.
+/// Collects small writes; a write at least as large as the buffer bypasses it.
 ///
-/// Neither `close` nor the destructor flushes: pending bytes are lost. The sink is counted from construction to
-/// destruction; after `close` every operation but `close` throws IoException "stream closed". A failure of the sink
-/// passes through and leaves the pending bytes where they are.
+/// Neither `close` nor the destructor flushes: pending bytes are lost. Holds a reference to the sink from construction
+/// to destruction; after `close` every operation but `close` throws IoException "stream closed". A failure of the sink
+/// reaches the caller and keeps the pending bytes.
 class VX_API BufferedOutputStream : public OutputStream {
 public:
     /// `size` in bytes, at least 16.
@@ -27,9 +27,9 @@ public:
     using OutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override;
     void write(signed char byte) override;
-    /// Flushes the sink too.
+    /// Also flushes the sink.
     void flush() override;
-    /// Each call closes the sink, a second one too.
+    /// Each call closes the sink, also a second one.
     void close() override;
 
 private:

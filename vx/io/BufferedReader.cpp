@@ -14,7 +14,7 @@ namespace {
 constexpr char16_t LINE_FEED = 10;
 constexpr char16_t CARRIAGE_RETURN = 13;
 
-/// The text of `line` becomes these units, under one lock. They are not the string's own.
+/// Replaces the text of `line` by these units, under one lock. They must not be in the string's own buffer.
 void assign(String& line, const char16_t* text, std::int32_t length)
 {
     vx::detail::StringWriteLock target(line, length);

@@ -15,12 +15,12 @@ template <class Stream>
 struct BufferedInput;
 }
 
-/// Reads another reader in blocks and by the line, and can go back to a mark.
+/// Reads another reader in blocks or line by line, and can return to a mark.
 ///
 /// A mark holds at least until its limit has been read; it is lost only when the buffer must be refilled beyond that.
-/// A read at least as large as the buffer goes past it while no mark holds. The source is counted from construction to
-/// destruction; after `close` every operation but `close` and `markSupported` throws IoException "stream closed". A
-/// failure of the source passes through and leaves the buffer as it was.
+/// While no mark holds, a read at least as large as the buffer bypasses it. Holds a reference to the source from
+/// construction to destruction; after `close` every operation but `close` and `markSupported` throws IoException
+/// "stream closed". A failure of the source reaches the caller and leaves the buffer unchanged.
 class VX_API BufferedReader : public Reader {
 public:
     /// `size` in units, at least 16.
@@ -33,7 +33,7 @@ public:
     int read() override;
     std::int32_t skip(std::int32_t count) override;
     std::int32_t available() override;
-    /// Each call closes the source, a second one too.
+    /// Each call closes the source, also a second one.
     void close() override;
     bool markSupported() override;
     /// A limit above the buffer's size lets it grow to that size at the next refill.
@@ -41,7 +41,8 @@ public:
     /// May be repeated. Throws IoException "stream not marked" or "mark invalid".
     void reset() override;
 
-    /// The next line without its end, which is LF, CR or CR LF. Gives its length, or -1 at the end, where `line` is empty.
+    /// Reads the next line without its line end, which is LF, CR or CR LF. Returns its length, or -1 at the end of the
+    /// text, with `line` empty.
     virtual std::int32_t readLine(String& line);
 
 private:

@@ -11,11 +11,11 @@ template <class Stream>
 struct BufferedOutput;
 }
 
-/// Collects small writes; one at least as large as the buffer goes straight through.
+/// Collects small writes; a write at least as large as the buffer bypasses it.
 ///
-/// Neither `close` nor the destructor flushes: pending text is lost. The sink is counted from construction to
+/// Neither `close` nor the destructor flushes: pending text is lost. Holds a reference to the sink from construction to
 /// destruction; after `close` every operation but `close` throws IoException "stream closed". A failure of the sink
-/// passes through and leaves the pending text where it is.
+/// reaches the caller and keeps the pending text.
 class VX_API BufferedWriter : public Writer {
 public:
     /// `size` in units, at least 16.
@@ -27,9 +27,9 @@ public:
     using Writer::write;
     void write(const char16_t* text, std::int32_t length) override;
     void write(char16_t ch) override;
-    /// Flushes the sink too.
+    /// Also flushes the sink.
     void flush() override;
-    /// Each call closes the sink, a second one too.
+    /// Each call closes the sink, also a second one.
     void close() override;
 
 private:

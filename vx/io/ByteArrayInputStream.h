@@ -5,7 +5,7 @@
 
 namespace vx::io {
 
-/// Reads a copy of the bytes given. It has no closed state, and no mark.
+/// Reads a copy of the given bytes. It has no closed state and no mark.
 class VX_API ByteArrayInputStream : public InputStream {
 public:
     /// A null `bytes` or a negative `length` makes an empty stream.

@@ -12,8 +12,8 @@ namespace vx::io {
 
 namespace {
 
-/// A quarter more than `needed`, in the 32-bit arithmetic that the growth is defined in. Where that wraps, there is no
-/// capacity to give.
+/// A quarter more than `needed`. The growth is defined in 32-bit arithmetic; if that wraps around, there is no valid
+/// capacity.
 std::int32_t grown(std::int64_t needed)
 {
     constexpr std::int64_t LARGEST_BEFORE_WRAP = std::numeric_limits<std::uint32_t>::max() / 5;
@@ -36,7 +36,7 @@ void ByteArrayOutputStream::write(const signed char* bytes, std::int32_t length)
         return;
     detail::requireUnits(bytes);
 
-    vx::detail::RawArray<signed char> old; // `bytes` may be our own
+    vx::detail::RawArray<signed char> old; // `bytes` may point into it
     const std::int64_t needed = std::int64_t {m_size} + length;
     if (m_capacity < needed)
         old = exchangeBuffer(grown(needed));

@@ -6,8 +6,8 @@
 
 namespace vx::io {
 
-/// Keeps in memory what is written. It has no closed state. Where the storage cannot grow, std::bad_alloc is thrown and
-/// the content stands as it was.
+/// Stores what is written in memory. It has no closed state. If the storage cannot grow, throws std::bad_alloc and
+/// leaves the content unchanged.
 class VX_API ByteArrayOutputStream : public OutputStream {
 public:
     /// A negative `capacity` is taken as 0.
@@ -23,27 +23,27 @@ public:
     /// Decodes all bytes with the default encoding.
     String toString() const override;
 
-    /// A null `encoding` is the default encoding; one that nobody knows throws UnknownEncodingException.
+    /// A null `encoding` is the default encoding; an unknown one throws UnknownEncodingException.
     String toString(const char16_t* encoding) const;
-    /// Valid until the next growth; null where nothing was allocated yet.
+    /// Valid until the next growth; null if nothing has been allocated yet.
     const signed char* getBytes() const { return m_buffer.get(); }
-    /// Copies at most `length` bytes from the start and gives their number.
+    /// Copies at most `length` bytes from the start and returns their number.
     std::int32_t getBytes(signed char* target, std::int32_t length) const;
     /// Bytes written.
     std::int32_t getSize() const { return m_size; }
-    /// Forgets the bytes and keeps the storage.
+    /// Removes the bytes and keeps the storage.
     void reset();
     /// One `write` of all bytes. A null `stream` throws IoException "stream closed".
     void writeTo(OutputStream* stream) const;
 
 protected:
-    /// Grows to a quarter more than `capacity` where there is less than that.
+    /// Grows to a quarter more than `capacity` if the storage is smaller than `capacity`.
     void ensureCapacity(std::int32_t capacity);
-    /// Storage of exactly `capacity` bytes; a smaller one cuts the content.
+    /// Makes the storage exactly `capacity` bytes; a smaller one truncates the content.
     void reallocBuffer(std::int32_t capacity);
 
 private:
-    /// As `reallocBuffer`; gives the old storage, which the bytes to be written may lie in.
+    /// As `reallocBuffer`. Returns the old storage, because the bytes to be written may be in it.
     vx::detail::RawArray<signed char> exchangeBuffer(std::int32_t capacity);
 
     vx::detail::RawArray<signed char> m_buffer;

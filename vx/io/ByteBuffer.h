@@ -5,7 +5,7 @@
 
 namespace vx::io {
 
-/// The order in which bytes make a number.
+/// The order of the bytes of a number.
 enum ENUM_VX_ENDIAN : std::int32_t {
     VX_ENDIAN_LITTLE = 0,
     VX_ENDIAN_BIG = 1,
@@ -15,9 +15,9 @@ enum ENUM_VX_ENDIAN : std::int32_t {
 /// Binary records: numbers and bytes, written to or read from a block of memory in a chosen byte order.
 class VX_API ByteBuffer : public ByteWindow<ByteBuffer, signed char, ENUM_VX_ENDIAN, Reference> {
 public:
-    /// A block of its own, which is not cleared.
+    /// Allocates an uninitialised block.
     ByteBuffer(unsigned int capacity, ENUM_VX_ENDIAN order, bool readOnly);
-    /// Borrow the block; the second one never writes to it.
+    /// Both borrow the block; a buffer made by the second never writes to it.
     ByteBuffer(signed char* bytes, unsigned int size, ENUM_VX_ENDIAN order, bool readOnly) noexcept;
     ByteBuffer(const signed char* bytes, unsigned int size, ENUM_VX_ENDIAN order) noexcept;
     ByteBuffer(const ByteBuffer& other) noexcept;

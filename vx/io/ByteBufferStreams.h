@@ -7,7 +7,7 @@
 
 namespace vx::io {
 
-/// Reads a buffer from its position to its limit. The buffer is counted.
+/// Reads a buffer from its position to its limit. Holds a reference to the buffer.
 class VX_API ByteBufferInputStream : public InputStream {
 public:
     /// Null is an empty buffer.
@@ -24,7 +24,7 @@ private:
     Reference<ByteBuffer> m_buffer;
 };
 
-/// Writes into a buffer from its position to its limit. The buffer is counted.
+/// Writes into a buffer from its position to its limit. Holds a reference to the buffer.
 class VX_API ByteBufferOutputStream : public OutputStream {
 public:
     /// Null is a buffer without room.
@@ -34,7 +34,7 @@ public:
 
     // OutputStream
     using OutputStream::write;
-    /// What has no room is dropped, and `Overflowed` says so.
+    /// Bytes that do not fit are dropped; `Overflowed` reports it.
     void write(const signed char* bytes, std::int32_t length) override;
 
     /// 1 once a byte was dropped, else 0.

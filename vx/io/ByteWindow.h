@@ -21,7 +21,7 @@
 
 namespace vx::io {
 
-/// A window on a block of bytes with a position and a limit: what the two generations of byte buffers share.
+/// A window on a block of bytes with a position and a limit: the common base of the two generations of byte buffers.
 ///
 /// `Buffer` is the derived class, and `Pointer<Buffer>` owns one by reference count. `Buffer::acceptOrder` returns the byte
 /// order that is used for one that a caller sets. The block is owned or borrowed; a borrowed one must outlive the buffer.
@@ -99,7 +99,7 @@ public:
         checkReadOnly();
         m_bytes[index] = value;
     }
-    /// A literal 0 is an index here, no null pointer.
+    /// A literal 0 is an index here, not a null pointer.
     template <std::same_as<int> Index>
     void put(Index index, Byte value)
     {
@@ -110,7 +110,7 @@ public:
         checkReadOnly();
         m_bytes[advance(1)] = value;
     }
-    /// A literal 0 is a byte here, no null pointer.
+    /// A literal 0 is a byte here, not a null pointer.
     template <std::integral Number>
     requires(!std::same_as<Number, Byte>) void put(Number value) { put(static_cast<Byte>(value)); }
     void putInt16(unsigned int index, short value) { store(index, value); }
@@ -157,7 +157,7 @@ public:
     std::uint32_t hashCode() const override;
 
 protected:
-    /// A new block, which is not cleared.
+    /// A new uninitialised block.
     ByteWindow(unsigned int capacity, Order order, bool readOnly);
     ByteWindow(Byte* bytes, unsigned int size, Order order, bool readOnly) noexcept;
     ByteWindow(const ByteWindow&) noexcept = default;

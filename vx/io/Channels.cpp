@@ -10,7 +10,7 @@ namespace vx::io {
 
 namespace {
 
-/// What remains of a buffer, as a channel counts it. A limit below the position leaves nothing.
+/// The number of bytes that remain in a buffer for a channel: 0 if the limit is below the position.
 std::int32_t remainingOf(const ByteBuffer& buffer)
 {
     if (buffer.getLimit() < buffer.getPosition())
@@ -19,8 +19,9 @@ std::int32_t remainingOf(const ByteBuffer& buffer)
     return static_cast<std::int32_t>(std::min(buffer.remaining(), MOST));
 }
 
-/// Moves the position from `start` over what was done; -1, the end of the stream, moves nothing. `start` was noted before:
-/// a stream over this very buffer moves the position itself. Throws RangeErrorException for more than there was room for.
+/// Sets the position to `start` plus the bytes transferred; -1, the end of the stream, adds nothing. `start` is the
+/// position before the transfer, because a stream on the same buffer moves the position itself. Throws
+/// RangeErrorException for more bytes than there was room for.
 int moveOver(ByteBuffer& buffer, unsigned int start, std::int32_t count)
 {
     if (count > 0)
@@ -115,7 +116,7 @@ public:
     }
     String getInheritanceId() override
     {
-        const Reference<String> id(new String); // a component may count what it is handed
+        const Reference<String> id(new String); // a component may add a reference to its argument
         throwIfFailed(detail::usable(m_channel).GetInheritanceId(id.get()));
         return *id;
     }

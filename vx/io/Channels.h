@@ -9,11 +9,12 @@
 
 namespace vx::io {
 
-/// Makes channels of streams and of component channels, which they count. What fails behind a channel is thrown as it is,
-/// a component's negative result as ResultException. Channels of streams are component channels as well.
+/// Makes channels of streams and of component channels, to which they hold references. Exceptions of a wrapped stream
+/// reach the caller unchanged; a component's negative result is thrown as ResultException. Channels of streams are
+/// component channels as well.
 class VX_API Channels {
 public:
-    /// A channel that cannot be inherited. A null stream makes its direction one that is not supported.
+    /// A channel that cannot be inherited. With a null stream its direction is not supported.
     static Reference<IChannel> adaptStreams(InputStream* input, OutputStream* output);
     /// `id` names the channel to another process.
     static Reference<IInheritableChannel> adaptStreams(InputStream* input, OutputStream* output, const String& id);

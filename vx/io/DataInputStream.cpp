@@ -17,7 +17,7 @@ std::uint32_t DataInputStream::readBytes()
 {
     InputStream& in = source();
     std::uint32_t value = 0;
-    int any = 0; // negative once one of them was
+    int any = 0; // negative if one of them was
     for (int index = 0; index < size; ++index) {
         const int byte = in.read();
         any |= byte;

@@ -7,13 +7,13 @@
 
 namespace vx::io {
 
-/// Numbers in big-endian order, as DataOutputStream writes them, byte by byte from the wrapped stream. The end of the data
-/// throws UnexpectedEOFException; the bytes of a value that is cut short are gone then.
+/// Numbers in big-endian order, as DataOutputStream writes them, byte by byte from the wrapped stream. At the end of
+/// the data it throws UnexpectedEOFException; the bytes of an incomplete value are lost.
 class VX_API DataInputStream : public FilterInputStream {
 public:
     explicit DataInputStream(InputStream* source);
 
-    /// Reads until `length` bytes are there.
+    /// Reads until `length` bytes have been read.
     virtual void readFully(signed char* target, std::int32_t length);
     /// Any byte but 0 is true.
     virtual bool readBool();
@@ -25,10 +25,10 @@ public:
     virtual std::int64_t readInt64();
     virtual float readFloat();
     virtual double readDouble();
-    /// Strings have no form here: gives an empty one and reads nothing.
+    /// Strings have no binary form: returns an empty one and reads nothing.
     virtual String readString();
 
-    /// Other names, each by way of the operation for its size.
+    /// Other names, each of which calls the operation for its size.
     unsigned char readUnsignedByte() { return static_cast<unsigned char>(readByte()); }
     char16_t readChar() { return static_cast<char16_t>(readInt16()); }
     short readShort() { return readInt16(); }

@@ -22,10 +22,10 @@ public:
     virtual void writeInt64(std::int64_t value);
     virtual void writeFloat(float value);
     virtual void writeDouble(double value);
-    /// Strings have no form here: writes nothing.
+    /// Strings have no binary form: writes nothing.
     virtual void writeString(const util::AbstractCharBuffer& text);
 
-    /// Other names, each by way of the operation for its size.
+    /// Other names, each of which calls the operation for its size.
     void writeUnsignedByte(unsigned char value) { writeByte(static_cast<signed char>(value)); }
     void writeChar(char16_t value) { writeInt16(static_cast<short>(value)); }
     void writeShort(short value) { writeInt16(value); }

@@ -10,7 +10,7 @@ namespace vx::io {
 
 namespace {
 
-/// Storage beyond this is given back after the entry that needed it.
+/// Storage beyond this is freed after the entry that needed it.
 constexpr std::size_t KEPT_CAPACITY = 1 << 20;
 
 } // namespace

@@ -52,7 +52,7 @@ std::int32_t FileInputStream::read(signed char* target, std::int32_t length)
 
 void FileInputStream::close()
 {
-    // A handle whose closing failed is gone for the system, which may give its number to the next file.
+    // The system frees a handle even if closing it failed, and may give its number to the next file.
     if (m_owned && m_handle != VX_FILE_INVALID_HANDLE)
         throwIfFailed(VXFileClose(std::exchange(m_handle, VX_FILE_INVALID_HANDLE)), u"close", m_path);
 }

@@ -11,8 +11,8 @@ class FilePath;
 
 namespace vx::io {
 
-/// The bytes of a file, or of whatever a handle of the system stands for. Each read is one call of the system, without a
-/// buffer. Failures are ResultExceptions. One thread at a time.
+/// Reads a file, or anything else that a system handle refers to. Each read is one system call, without a buffer.
+/// Failures are ResultExceptions. One thread at a time.
 class VX_API FileInputStream : public InputStream {
 public:
     /// An owned handle is closed with the stream.
@@ -27,7 +27,7 @@ public:
     using InputStream::read;
     /// Asked for no byte, it reads none and says -1.
     std::int32_t read(signed char* target, std::int32_t length) override;
-    /// The handle counts as closed also after a failure.
+    /// The handle is closed even if this fails.
     void close() override;
 
     /// `VX_FILE_INVALID_HANDLE` once closed.
@@ -38,7 +38,7 @@ private:
 
     std::uint32_t m_handle;
     bool m_owned;
-    String m_path; ///< for people; empty if the handle came from the caller
+    String m_path; ///< for diagnostics; empty if the handle came from the caller
 };
 
 } // namespace vx::io

@@ -19,7 +19,7 @@ namespace vx::io {
 class VX_API InputStreamReader : public Reader {
 public:
     /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default
-    /// encoding; one that nobody knows throws UnknownEncodingException.
+    /// encoding; an unknown one throws UnknownEncodingException.
     InputStreamReader(InputStream* source, const char16_t* encoding, std::int32_t size);
     InputStreamReader(const InputStreamReader&) = delete;
     InputStreamReader& operator=(const InputStreamReader&) = delete;

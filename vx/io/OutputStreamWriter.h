@@ -21,7 +21,7 @@ namespace vx::io {
 class VX_API OutputStreamWriter : public Writer {
 public:
     /// `size` of the buffer in bytes, at least 6 and what one character may take. A null `encoding` is the default
-    /// encoding; one that nobody knows throws UnknownEncodingException.
+    /// encoding; an unknown one throws UnknownEncodingException.
     OutputStreamWriter(OutputStream* sink, const char16_t* encoding, std::int32_t size);
     OutputStreamWriter(const OutputStreamWriter&) = delete;
     OutputStreamWriter& operator=(const OutputStreamWriter&) = delete;
