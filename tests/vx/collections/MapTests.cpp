@@ -10,6 +10,8 @@
 #include "vx/collections/StringHashMap.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashSet.h"
+#include "vx/math/BigDecimal.h"
+#include "vx/math/BigInteger.h"
 #include "vx/util/ROCharBuffer.h"
 
 #include <gtest/gtest.h>
@@ -382,6 +384,42 @@ TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
         ASSERT_TRUE(map->get(key->GetUnknown()) == nullptr && texts.get(*key) == nullptr);
         ASSERT_LT(ReadCounter::s_reads, 2 * MOST_READS) << number;
     }
+}
+
+/// The comparator copies the other big number, so that allocations tell how many keys a map has compared.
+TEST(HashMap, FindsBigNumbersThatShareTheirHashInLogarithmicTime)
+{
+    using math::BigInteger;
+    constexpr int KEYS = 1000, MOST_ALLOCATIONS = 200;
+    const auto high = [](int number, int ignored) {
+        const Reference<BigInteger> key(new BigInteger(number));
+        key->multiply(BigInteger(String(u"10000000000000000"), 16));
+        key->setBit(ignored);
+        key->clearBit(ignored);
+        return key;
+    };
+    const std::pair<const char*, std::function<Reference<Number>(int)>> cases[] = {
+        {"whole", [&](int number) { return high(number, 0); }},
+        {"below 1", [](int number) { return Reference(new math::BigDecimal(BigInteger(number), number % 2 + 4)); }},
+    };
+    for (const auto& [name, key] : cases) {
+        const Reference<HashMap> map(new HashMap);
+        for (int number = 1; number < KEYS; number += 2)
+            EXPECT_EQ(map->put(key(number)->GetUnknown(), item(number).get()), nullptr);
+        for (int number = 1; number < KEYS; ++number) {
+            const Reference<Number> wanted = key(number);
+            const AllocationProbe probe;
+            ASSERT_EQ(textOf(map->get(wanted->GetUnknown())), textOf(number % 2 != 0 ? number : NO_ITEM)) << name;
+            ASSERT_LT(probe.count(), MOST_ALLOCATIONS) << name << ' ' << number;
+        }
+    }
+    const Reference<HashMap> map(new HashMap);
+    for (int number = 1; number < 100; ++number)
+        map->put(high(number, 0)->GetUnknown(), item(number).get());
+    EXPECT_EQ(textOf(map->get(high(50, 300)->GetUnknown())), "50") << "which has bytes of 0 at its top";
+    map->put(high(100, 300)->GetUnknown(), nullptr);
+    EXPECT_FALSE(map->containsKey(high(100, 0)->GetUnknown())) << "as the stored key has such bytes";
+    EXPECT_EQ(textOf(map->remove(high(50, 300)->GetUnknown())), "50");
 }
 
 /// The library's own comparator finds only numbers of other kinds equal across classes, and a NaN to nothing.

@@ -2,6 +2,8 @@
 
 #include "vx/NumberBoxes.h"
 #include "vx/detail/ChainIndex.h"
+#include "vx/math/BigDecimal.h"
+#include "vx/math/BigInteger.h"
 
 #include <cmath>
 #include <typeinfo>
@@ -10,21 +12,35 @@ namespace vx::collections::vorb::detail {
 
 namespace {
 
-constexpr int NO_KIND = -1, TEXT = 0, FLOATS = 1, DOUBLES = 2; // all others are integers
+constexpr int NO_KIND = -1, TEXT = 0, FLOATS = 1, DOUBLES = 2, BIG_INTEGERS = 3, BIG_DECIMALS = 4; // others: integers
+
+/// A key whose class is exactly `Key`.
+template <class Key>
+const Key& as(const IVXUnknown* key) noexcept
+{
+    return *static_cast<const Key*>(dynamic_cast<const void*>(key));
+}
+
+/// False if bytes at the top of the magnitude are 0. The comparator counts them for one of its two operands only.
+bool hasTopByte(const math::BigInteger& number)
+{
+    constexpr int BYTE_BITS = 8;
+    return number.getSize() == 0 || number.getBitCount() > BYTE_BITS * (number.getSize() - 1);
+}
 
 /// The kind of a key that can be ordered, NO_KIND for any other.
 int kindOf(const IVXUnknown* key) noexcept
 {
-    static const std::type_info* const KINDS[]
-        = {&typeid(String), &typeid(Float), &typeid(Double), &typeid(Integer8), &typeid(Integer16), &typeid(Integer32),
-            &typeid(Integer64), &typeid(UInteger8), &typeid(UInteger16), &typeid(UInteger32), &typeid(UInteger64)};
+    static const std::type_info* const KINDS[] = {&typeid(String), &typeid(Float), &typeid(Double),
+        &typeid(math::BigInteger), &typeid(math::BigDecimal), &typeid(Integer8), &typeid(Integer16), &typeid(Integer32),
+        &typeid(Integer64), &typeid(UInteger8), &typeid(UInteger16), &typeid(UInteger32), &typeid(UInteger64)};
     if (key == nullptr)
         return NO_KIND;
     const std::type_info& type = typeid(*key);
     int kind = 0;
     for (const std::type_info* known : KINDS) {
         if (*known == type)
-            return kind;
+            return kind != BIG_INTEGERS || hasTopByte(as<math::BigInteger>(key)) ? kind : NO_KIND;
         ++kind;
     }
     return NO_KIND;
@@ -69,6 +85,10 @@ int compareForIndex(const IVXUnknown* left, const IVXUnknown* right)
         return 0;
     if (kind == TEXT)
         return compareTexts(*asText(left), *asText(right));
+    if (kind == BIG_INTEGERS)
+        return as<math::BigInteger>(left).compareTo(as<math::BigInteger>(right));
+    if (kind == BIG_DECIMALS)
+        return as<math::BigDecimal>(left).compareTo(as<math::BigDecimal>(right));
     const auto& leftNumber = dynamic_cast<const Number&>(*left);
     const auto& rightNumber = dynamic_cast<const Number&>(*right);
     return kind == FLOATS || kind == DOUBLES ? compareReals(leftNumber.toDouble(), rightNumber.toDouble())

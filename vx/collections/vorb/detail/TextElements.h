@@ -49,8 +49,8 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
     return left.length() == right.length() && vx::detail::equalUnits(left.data(), right.data(), left.length());
 }
 
-/// Whether both are texts, or number boxes of one class. The library's own comparator finds such keys equal exactly if
-/// `compareForIndex` gives 0 for them; a NaN alone is equal to no number there.
+/// Whether both are texts, or numbers of one class of the library. The library's own comparator finds such keys equal
+/// exactly if `compareForIndex` gives 0 for them; a NaN alone is equal to no number there.
 bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept;
 
 /// Below, equal to or above 0, for two keys of one kind. Keys of different kinds are ordered by kind.
