@@ -78,7 +78,8 @@ public:
     String(AcquireMode mode, util::ICharBuffer* buffer);
     /// A mode is no length; it comes first.
     String(const char16_t* text, AcquireMode) = delete;
-    /// Decodes narrow text. A null `encoding` is the default encoding; an unknown one throws UnknownEncodingException.
+    /// Decodes narrow text. A null `encoding` is the default encoding; an unknown one throws UnknownEncodingException. A
+    /// character that is incomplete at the end is left out.
     String(const char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);
     String(const signed char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);
     String(const unsigned char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);

@@ -83,13 +83,20 @@ public:
     }
 };
 
+/// Why std::terminate was called.
+std::string reasonOfTermination()
+{
+    if (const std::exception_ptr failure = std::current_exception())
+        return "uncaught " + describe(failure).toUtf8();
+    if (std::uncaught_exceptions() > 0) // compilers do not always catch it first
+        return "an exception left an operation that must not throw";
+    return "std::terminate was called";
+}
+
 [[noreturn]] void reportAndAbort() noexcept
 {
-    const std::exception_ptr failure = std::current_exception();
     try {
-        const std::string text
-            = failure != nullptr ? "uncaught " + describe(failure).toUtf8() : "std::terminate was called";
-        std::fprintf(stderr, "The program ends: %s\n", text.c_str());
+        std::fprintf(stderr, "The program ends: %s\n", reasonOfTermination().c_str());
     } catch (...) {
         std::fputs("The program ends by an uncaught exception, and memory is exhausted\n", stderr);
     }
