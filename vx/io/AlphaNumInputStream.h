@@ -13,7 +13,8 @@ namespace vx::io {
 /// the number of bytes. Marks are those of the wrapped stream and do not include pending bits.
 class VX_API AlphaNumInputStream : public FilterInputStream {
 public:
-    /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9" without "I" and "O".
+    /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9"
+    /// without "I" and "O".
     explicit AlphaNumInputStream(InputStream* source, const char16_t* alphabet = nullptr);
 
     // InputStream

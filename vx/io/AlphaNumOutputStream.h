@@ -12,7 +12,8 @@ namespace vx::io {
 /// wrapped stream fails at a character, the byte may be written again.
 class VX_API AlphaNumOutputStream : public FilterOutputStream {
 public:
-    /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9" without "I" and "O".
+    /// `alphabet` has 32 different characters up to U+00FF, else ResultException; null is "A" to "Z" and "2" to "9"
+    /// without "I" and "O".
     explicit AlphaNumOutputStream(OutputStream* sink, const char16_t* alphabet = nullptr);
 
     // OutputStream

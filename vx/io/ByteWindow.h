@@ -23,9 +23,9 @@ namespace vx::io {
 
 /// A window on a block of bytes with a position and a limit: the common base of the two generations of byte buffers.
 ///
-/// `Buffer` is the derived class, and `Pointer<Buffer>` owns one by reference count. `Buffer::acceptOrder` returns the byte
-/// order that is used for one that a caller sets. The block is owned or borrowed; a borrowed one must outlive the buffer.
-/// Copies share the block. An owned block is freed with the last of them. One thread at a time.
+/// `Buffer` is the derived class, and `Pointer<Buffer>` owns one by reference count. `Buffer::acceptOrder` returns the
+/// byte order that is used for one that a caller sets. The block is owned or borrowed; a borrowed one must outlive the
+/// buffer. Copies share the block. An owned block is freed with the last of them. One thread at a time.
 template <class Buffer, class Byte, class Order, template <class> class Pointer>
 class VX_API ByteWindow : public Object {
 public:
@@ -40,8 +40,8 @@ public:
         setBuffer(const_cast<Byte*>(bytes), size, order, true);
     }
 
-    /// A copy that owns a new block of `size` bytes; 0 means as large as this one. Its limit is the capacity of this buffer.
-    /// Throws RangeErrorException for a `size` below that.
+    /// A copy that owns a new block of `size` bytes; 0 means as large as this one. Its limit is the capacity of this
+    /// buffer. Throws RangeErrorException for a `size` below that.
     Pointer<Buffer> duplicate(bool readOnly, unsigned int size = 0) const;
     /// The bytes from the position to the limit as a buffer that borrows them.
     Pointer<Buffer> slice() const { return new Buffer(m_bytes + m_position, room(m_position), m_order, m_isReadOnly); }
@@ -79,8 +79,8 @@ public:
     }
     const Byte* getConstBuffer() const { return m_bytes; }
 
-    /// Typed access checks neither limit nor capacity; the caller does. `index` counts bytes. Operations without it use the
-    /// position and advance it. Writing to a read-only buffer throws ReadOnlyException.
+    /// Typed access checks neither limit nor capacity; the caller does. `index` counts bytes. Operations without it use
+    /// the position and advance it. Writing to a read-only buffer throws ReadOnlyException.
     Byte get(unsigned int index) const { return m_bytes[index]; }
     Byte get() { return m_bytes[advance(1)]; }
     short getInt16(unsigned int index) const { return load<short>(index); }

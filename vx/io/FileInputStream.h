@@ -25,7 +25,7 @@ public:
 
     // InputStream
     using InputStream::read;
-    /// Asked for no byte, it reads none and says -1.
+    /// Returns -1 for a `length` of 0.
     std::int32_t read(signed char* target, std::int32_t length) override;
     /// The handle is closed even if this fails.
     void close() override;

@@ -89,7 +89,7 @@ FileOutputStream::~FileOutputStream() noexcept(false)
 
 void FileOutputStream::write(const signed char* bytes, std::int32_t length)
 {
-    if (!m_mutex) // no other writer to keep out, and nothing to close
+    if (!m_mutex) // no other writer to lock out, and nothing to close
         return writeAll(bytes, length, nullptr);
 
     const sync::ScopedWait mutex(m_mutex.get());
@@ -182,7 +182,7 @@ void FileOutputStream::wait()
         if (isClosed)
             closeHandle();
     } catch (const Exception&) {
-        // The caller has the lock. The next write reports what is wrong with the file.
+        // The caller has the lock. The next write reports the error of the file.
     }
 }
 
@@ -231,7 +231,7 @@ void FileOutputStream::closeHandle() noexcept
     const std::uint32_t handle = m_handle;
     if (!m_owned || handle == VX_FILE_INVALID_HANDLE)
         return;
-    // After any other failure the system has closed the handle all the same, and may give its number to the next file.
+    // After any other failure the system has closed the handle nevertheless, and may give its number to the next file.
     if (VXFileClose(handle) != RESULT_INVALID_HANDLE)
         m_handle = VX_FILE_INVALID_HANDLE;
 }
@@ -255,7 +255,7 @@ void FileOutputStream::writeEntry(const signed char* bytes, std::int32_t length,
         return writeAll(bytes, length, nullptr);
     detail::EntryNote note(guarded(), end, bytes, length);
     writeAll(bytes, length, &note);
-    if (note.isSplit()) // there was no room for a moment, and another program has written then
+    if (note.isSplit()) // the disk was full for a moment, and another program has written meanwhile
         throwIfFailed(RESULT_DISK_FULL, u"write", m_path);
 }
 
@@ -265,7 +265,7 @@ void FileOutputStream::writeAll(const signed char* bytes, std::int32_t length, d
     while (length > 0) {
         std::int32_t done = 0;
         throwIfFailed(put(m_handle, bytes, length, &done), u"write", m_path);
-        if (done == 0) // a device that takes no more and does not say so
+        if (done == 0) // a device that accepts no more bytes and reports no error
             throwIfFailed(RESULT_DISK_FULL, u"write", m_path);
         if (note != nullptr)
             note->wrote(done);

@@ -21,32 +21,34 @@ class EntryNote;
 struct GuardedFile;
 } // namespace detail
 
-/// Writes bytes to a file, or to anything else that a handle of the system stands for. It keeps no buffer: each `write`
-/// reaches the system at once. Failures are ResultExceptions.
+/// Writes bytes to a file, or to anything else that a system handle refers to. It keeps no buffer: each `write` reaches
+/// the system at once. Failures are ResultExceptions.
 ///
-/// With APPEND each `write` is given to the system in one call that also finds the end of the file. So each stays whole among
-/// those of all programs that append to the file, also of other users and under other spellings of its path. With APPEND or
-/// LOCK a semaphore keeps out the other streams, in all processes of the user, that name the file by the same text.
+/// With APPEND each `write` is one system call that also finds the end of the file. So writes never mix, whichever
+/// programs append to the file, also those of other users and those that use another path to it. With APPEND or LOCK a
+/// semaphore excludes all other streams, in all processes of the user, that were opened with the same path.
 ///
 /// A process that is killed in a `write` may leave a part of it at the end of the file. The next stream that takes the
-/// semaphore cuts it off if all bytes there are proved to be that writer's. Otherwise no byte is cut, and its `write` begins
-/// on a new line. A `write` that fails in the middle is cut off as well.
+/// semaphore truncates the file to remove that part, if all its bytes are proved to be from the killed writer.
+/// Otherwise nothing is removed, and the next `write` begins on a new line. A `write` that fails in the middle is
+/// removed as well.
 ///
-/// With APPEND, LOCK or KEEPCLOSED threads may share a stream. A child process by `fork` does not hold what its parent holds.
+/// With APPEND, LOCK or KEEPCLOSED threads may share a stream. A child process by `fork` does not hold what its parent
+/// holds.
 class VX_API FileOutputStream : public OutputStream {
 public:
     /// Opened positioned at its end.
     static constexpr unsigned int ATEND = 0x1;
-    /// Each write goes to the end of the file, under the semaphore.
+    /// Each write appends to the file, under the semaphore.
     static constexpr unsigned int APPEND = 0x2;
-    /// Cut to nothing at the first opening.
+    /// Truncated when it is first opened.
     static constexpr unsigned int TRUNC = 0x4;
     /// Closed between operations, and flushed to disk before.
     static constexpr unsigned int KEEPCLOSED = 0x8;
-    /// Each write is made under the semaphore, where the stream stands.
+    /// Each write is made under the semaphore, at the current position.
     static constexpr unsigned int LOCK = 0x10;
 
-    /// The file is made when missing. An empty path throws InvalidPathException.
+    /// The file is created if it is missing. An empty path throws InvalidPathException.
     FileOutputStream(const String& path, unsigned int mode);
     FileOutputStream(const util::FilePath& path, unsigned int mode);
     FileOutputStream(const String& path, int mode)
@@ -57,7 +59,7 @@ public:
         : FileOutputStream(path, static_cast<unsigned int>(mode))
     {
     }
-    /// ATEND for true, TRUNC for false. Neither keeps other writers out.
+    /// ATEND for true, TRUNC for false. Neither locks out other writers.
     FileOutputStream(const String& path, bool append);
     FileOutputStream(const util::FilePath& path, bool append);
     /// An owned handle is closed with the stream.
@@ -68,26 +70,26 @@ public:
 
     // OutputStream
     using OutputStream::write;
-    /// All of it, in as many calls of the system as it takes.
+    /// Writes everything, in as many system calls as needed.
     void write(const signed char* bytes, std::int32_t length) override;
-    /// To disk. Nothing happens on a closed file.
+    /// Flushes to disk. Does nothing for a closed file.
     void flush() override;
     /// A named file can be opened again. A failure is silent.
     void close() override;
 
     /// False with KEEPCLOSED between operations, although the stream works.
     virtual short is_open() const;
-    /// Opens a named file again, without cutting it; with KEEPCLOSED until the next `write` or `getSize`.
+    /// Opens a named file again, without truncating it; with KEEPCLOSED until the next `write` or `getSize`.
     virtual void open();
-    /// Bytes in the file.
+    /// The size of the file in bytes.
     virtual std::int64_t getSize();
 
     /// `VX_FILE_INVALID_HANDLE` with KEEPCLOSED, and once closed.
     std::uint32_t getHandle();
     unsigned int getMode() const { return m_mode; }
 
-    /// Hold the file across several writes of the calling thread, and release it; nothing without APPEND and LOCK. Pairs
-    /// may nest.
+    /// Lock the file for several writes of the calling thread, and unlock it. They do nothing without APPEND and LOCK.
+    /// Pairs may nest.
     void wait();
     void signal();
 
@@ -102,19 +104,19 @@ private:
     void setHandle(std::uint32_t handle);
     void closeHandle() noexcept;
     detail::GuardedFile guarded();
-    /// Where the stream stands, if that is the end of the file.
+    /// The position of the stream, if that is the end of the file.
     std::int64_t positionAtEnd() const;
     void writeEntry(const signed char* bytes, std::int32_t length, std::int64_t end);
     void writeAll(const signed char* bytes, std::int32_t length, detail::EntryNote* note);
 
     String m_path;
-    std::atomic<std::uint32_t> m_handle; ///< `is_open` looks at it without the mutex
+    std::atomic<std::uint32_t> m_handle; ///< `is_open` reads it without the mutex
     bool m_owned;
     unsigned int m_mode;
     Reference<ipc::SemaphoreR> m_semaphore;
     Reference<sync::Mutex> m_mutex;
     VXFileIdentity m_identity {}; ///< of a file with a semaphore
-    bool m_isRegular = false; ///< known of a file that was opened here
+    bool m_isRegular = false; ///< set for a file that this object opened
 };
 
 } // namespace vx::io

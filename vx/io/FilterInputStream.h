@@ -5,9 +5,9 @@
 
 namespace vx::io {
 
-/// Hands every operation on to another stream; the base of streams that change what passes through.
+/// Forwards every operation to another stream; the base of streams that transform data.
 ///
-/// The source is counted from construction to destruction. Without one, reading and marking throw IoException
+/// Holds a reference to the source from construction to destruction. Without one, reading and marking throw IoException
 /// "stream closed", and `close` does nothing.
 class VX_API FilterInputStream : public InputStream {
 public:
@@ -27,7 +27,7 @@ public:
     void reset() override;
 
 protected:
-    /// The wrapped stream. Throws IoException "stream closed" where there is none.
+    /// The wrapped stream. Throws IoException "stream closed" if there is none.
     InputStream& source() const;
 
 private:

@@ -5,9 +5,9 @@
 
 namespace vx::io {
 
-/// Hands every operation on to another stream; the base of streams that change what passes through.
+/// Forwards every operation to another stream; the base of streams that transform data.
 ///
-/// The sink is counted from construction to destruction. Without one, writing and flushing throw IoException
+/// Holds a reference to the sink from construction to destruction. Without one, writing and flushing throw IoException
 /// "stream closed", and `close` does nothing.
 class VX_API FilterOutputStream : public OutputStream {
 public:
@@ -23,7 +23,7 @@ public:
     void close() override;
 
 protected:
-    /// The wrapped stream. Throws IoException "stream closed" where there is none.
+    /// The wrapped stream. Throws IoException "stream closed" if there is none.
     OutputStream& sink() const;
 
 private:

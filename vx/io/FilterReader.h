@@ -5,9 +5,9 @@
 
 namespace vx::io {
 
-/// Hands every operation on to another reader; the base of readers that change what passes through.
+/// Forwards every operation to another reader; the base of readers that transform data.
 ///
-/// The source is counted from construction to destruction. Without one, reading and marking throw IoException
+/// Holds a reference to the source from construction to destruction. Without one, reading and marking throw IoException
 /// "stream closed", and `close` does nothing.
 class VX_API FilterReader : public Reader {
 public:
@@ -26,7 +26,7 @@ public:
     void reset() override;
 
 protected:
-    /// The wrapped reader. Throws IoException "stream closed" where there is none.
+    /// The wrapped reader. Throws IoException "stream closed" if there is none.
     Reader& source() const;
 
 private:

@@ -5,9 +5,9 @@
 
 namespace vx::io {
 
-/// Hands every operation on to another writer; the base of writers that change what passes through.
+/// Forwards every operation to another writer; the base of writers that transform data.
 ///
-/// The sink is counted from construction to destruction. Without one, writing and flushing throw IoException
+/// Holds a reference to the sink from construction to destruction. Without one, writing and flushing throw IoException
 /// "stream closed", and `close` does nothing.
 class VX_API FilterWriter : public Writer {
 public:
@@ -24,7 +24,7 @@ public:
     void close() override;
 
 protected:
-    /// The wrapped writer. Throws IoException "stream closed" where there is none.
+    /// The wrapped writer. Throws IoException "stream closed" if there is none.
     Writer& sink() const;
 
 private:

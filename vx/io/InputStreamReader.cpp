@@ -40,7 +40,7 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
         if (m_position == m_end || stuck) {
             if (!m_endOfStream) {
                 if (done > 0 && detail::opened(m_source).available() < 1)
-                    return done; // decoded text does not wait for a blocking read
+                    return done; // decoded text is returned before a read that may block
                 fillBuffer();
             }
             if (m_endOfStream && m_position == m_end) {
@@ -51,7 +51,7 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
             if (m_endOfStream && stuck) {
                 if (!m_converter->getSubstitutionMode()) {
                     if (done > 0)
-                        return done; // the next call comes here with nothing to lose
+                        return done; // the next call throws, and then no decoded text is lost
                     throw InvalidCharacterException(u"the stream ends inside a character");
                 }
                 target[done++] = REPLACEMENT;
@@ -68,7 +68,7 @@ std::int32_t InputStreamReader::read(char16_t* target, std::int32_t length)
             vxsys::passForcedUnwind();
             if (done < length)
                 throw;
-            // The caller has all that was asked for. The next call meets the fault again.
+            // The caller gets all units that it requested. The next call finds the error again.
         }
         detail::requireIndex(m_position, positionBefore, m_end);
         detail::requireIndex(done, doneBefore, length);
@@ -114,7 +114,7 @@ void InputStreamReader::ensureOpen() const
     detail::requireOpen(m_converter != nullptr);
 }
 
-/// Reads behind the undecoded bytes, which go to the start of the buffer.
+/// Moves the undecoded bytes to the start of the buffer and reads more after them.
 void InputStreamReader::fillBuffer()
 {
     const std::int32_t left = m_end - m_position;
@@ -145,8 +145,8 @@ std::int32_t InputStreamReader::takeHeld(char16_t* target, std::int32_t length)
     return taken;
 }
 
-/// A decoder that stops may lack bytes or room. Where it is room, the read ends; if nothing has been read yet, it ends with
-/// as much of the character as fits, for otherwise the character would never come.
+/// A decoder that stops needs either more bytes or more room. If it needs room, the read ends. If nothing has been read
+/// yet, it returns as much of the character as fits; otherwise the character could never be read.
 bool InputStreamReader::splitCharacter(char16_t* target, std::int32_t* done, std::int32_t length)
 {
     const std::int32_t room = length - *done;
@@ -160,7 +160,7 @@ bool InputStreamReader::splitCharacter(char16_t* target, std::int32_t* done, std
             vxsys::passForcedUnwind();
             if (count == 0 && *done == 0)
                 throw;
-            // What was decoded before comes first. The next call meets the fault again.
+            // What was decoded before is returned first. The next call finds the error again.
             if (count == 0)
                 return true;
         }

@@ -8,10 +8,10 @@
 
 namespace vx::io {
 
-/// Text out of a byte stream in some encoding.
+/// Decodes a byte stream in some encoding.
 ///
-/// Bytes at the end of the stream that make no whole character give U+FFFD each. Malformed input passes through as the
-/// converter's exception, and each later call meets it again. What the same call has decoded before the fault is lost,
+/// Each byte of an incomplete character at the end of the stream gives U+FFFD. For malformed input the converter's
+/// exception reaches the caller, now and in each later call. What the same call has decoded before the error is lost,
 /// unless it already filled the caller's buffer.
 ///
 /// Holds a reference to the source from construction to destruction, and does not read it again after its end. After
@@ -27,17 +27,18 @@ public:
     // Reader
     using Reader::read;
     std::int32_t read(char16_t* target, std::int32_t length) override;
-    /// An estimate: the bytes at hand, as if every character took the most bytes that the encoding needs for one.
+    /// An estimate from the available bytes, as if every character took the maximum number of bytes in the encoding.
     std::int32_t available() override;
-    /// Each call closes the source, a second one too.
+    /// Each call closes the source, also a second one.
     void close() override;
 
     /// The encoding's canonical name.
     virtual const char16_t* getEncodingName();
 
-    /// As the converter's; it starts true. With false, a last character that is cut throws InvalidCharacterException too.
+    /// The substitution mode of the converter, at first true. With false, an incomplete last character also throws
+    /// InvalidCharacterException.
     void setSubstitutionMode(bool mode);
-    /// Bytes decoded so far. After a converter's exception this is where the character begins that it could not decode.
+    /// Bytes decoded so far. After a converter's exception, the position of the character that could not be decoded.
     std::int64_t getPosition() const { return m_bytesBefore + m_position; }
 
 private:
@@ -56,7 +57,7 @@ private:
     std::int32_t m_end = 0;
     bool m_endOfStream = false;
     std::int64_t m_bytesBefore = 0; // the first one in the buffer
-    /// What was decoded of a character, and of what comes with it, beyond the room that the caller had.
+    /// Decoded units that did not fit in the buffer of the caller.
     char16_t m_held[MAX_UNITS_PER_CHAR];
     std::int32_t m_heldCount = 0;
 };

@@ -4,21 +4,21 @@
 
 namespace vx::io {
 
-/// A stream that fails.
+/// The failure of a stream.
 class VX_API IoException : public Exception {
 public:
     using Exception::Exception;
     ~IoException() noexcept override;
 };
 
-/// A read that has waited for as long as it may. The stream is as it was.
+/// A read that exceeded its time limit. The stream is unchanged.
 class VX_API TimeoutException : public IoException {
 public:
     using IoException::IoException;
     ~TimeoutException() noexcept override;
 };
 
-/// Structured data that ends too early. It is no IoException: the stream itself works.
+/// Structured data that ends too early. Not an IoException, because the stream itself works.
 class VX_API UnexpectedEOFException : public Exception {
 public:
     using Exception::Exception;

@@ -21,11 +21,11 @@ private:
     Reference<IChannel> m_channel;
 };
 
-/// A channel with a lock for its users: `wait` and `signal` bracket a sequence of calls, a question and its answer say.
-/// `read` and `write` by themselves take no lock.
+/// A channel with a lock for its callers: `wait` and `signal` enclose a sequence of calls, such as a request and its
+/// response. `read` and `write` by themselves take no lock.
 class VX_API LockingChannel : public sync::LockObject, public LockingChannelFace {
 public:
-    /// `channel` is counted; `name` labels the lock for a person.
+    /// Holds a reference to `channel`; `name` labels the lock for diagnostics.
     LockingChannel(IChannel* channel, const char* name);
     ~LockingChannel() noexcept(false) override;
 

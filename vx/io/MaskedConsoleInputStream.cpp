@@ -12,7 +12,7 @@ namespace {
 
 enum Key { CTRL_C = 3, BACKSPACE = 8, LINE_FEED = 10, CARRIAGE_RETURN = 13, CTRL_Z = 26 };
 
-/// Keys come unseen to the end of the block.
+/// Switches the echo of keys off to the end of the block.
 class [[nodiscard]] HiddenKeys {
 public:
     HiddenKeys() { throwIfFailed(VXConsoleBeginKeys()); }
@@ -24,7 +24,8 @@ private:
     const vx::detail::ReleaseReport m_report;
 };
 
-/// Bytes of the last key: those of one UTF-8 sequence where the text ends in one, else 1; 0 for an empty text.
+/// The number of bytes of the last key: those of a UTF-8 sequence if the text ends with one, otherwise 1; 0 for an
+/// empty text.
 std::int32_t lengthOfLastKey(const signed char* text, std::int32_t length)
 {
     constexpr struct {

@@ -4,15 +4,15 @@
 
 namespace vx::io {
 
-/// Keys from the console, for passwords: nothing at all shows on the screen, and each read restores the terminal.
-/// Where standard input is no terminal, its bytes are read as they are. What a `StdioInputStream` has read ahead comes
-/// first. One thread at a time.
+/// Reads keys from the console without showing them, for passwords. Each read restores the terminal. If standard input
+/// is not a terminal, its bytes are read unchanged. Bytes that a `StdioInputStream` has buffered come first. One thread
+/// at a time.
 class VX_API MaskedConsoleInputStream : public InputStream {
 public:
     // InputStream
     using InputStream::read;
-    /// Waits for keys up to a line end, which comes as the one byte 10. Backspace takes back the last key, all its bytes in
-    /// UTF-8; Ctrl-Z ends the read, -1 when nothing came before; Ctrl-C throws UserAbortException.
+    /// Waits for keys up to a line end, which is returned as the single byte 10. Backspace removes the last key with
+    /// all its UTF-8 bytes; Ctrl-Z ends the read, with -1 if there was no key before; Ctrl-C throws UserAbortException.
     std::int32_t read(signed char* target, std::int32_t length) override;
 };
 

@@ -4,7 +4,7 @@
 
 namespace vx::io {
 
-/// Swallows everything and never fails.
+/// Discards everything and never fails.
 class VX_API NullOutputStream : public OutputStream {
 public:
     // OutputStream

@@ -16,10 +16,10 @@ using vxsys::isLead;
 
 namespace {
 
-/// Rounds that may pass without a unit consumed: a shift sequence, what is waiting, and once more for good measure.
+/// The most rounds that may consume no unit: one for a shift sequence, one for pending output, and one as a margin.
 constexpr int MAX_IDLE_ROUNDS = 3;
 
-/// Far more than any encoding holds back.
+/// Far more than any encoding keeps pending.
 constexpr int MAX_FLUSH_ROUNDS = 16;
 
 /// Adds what was consumed, however the block is left.
@@ -63,7 +63,7 @@ void OutputStreamWriter::write(const char16_t* text, std::int32_t length)
         if (m_heldLead != 0) {
             const char16_t pair[] = {std::exchange(m_heldLead, u'\0'), *text++};
             --length;
-            --m_position; // the lead was counted when it came
+            --m_position; // the lead surrogate was counted already
             encode(pair, 2);
         }
         const bool endsInLead = length > 0 && isLead(text[length - 1]);
@@ -126,7 +126,7 @@ void OutputStreamWriter::ensureOpen() const
     detail::requireOpen(m_converter != nullptr);
 }
 
-/// All of `text`, which does not end in a lead surrogate.
+/// Encodes all of `text`, which does not end with a lead surrogate.
 void OutputStreamWriter::encode(const char16_t* text, std::int32_t length)
 {
     std::int32_t consumed = 0;
@@ -145,13 +145,13 @@ void OutputStreamWriter::encode(const char16_t* text, std::int32_t length)
     }
 }
 
-/// A lead surrogate at the end of a text. Some encoders store it as it is, some keep it, some leave it until its other half
-/// has come. The last two are made one here: only this class holds it.
+/// Handles a lead surrogate at the end of a text. Some encoders write it, some keep it, some do not consume it until
+/// its other half arrives. The last two are treated the same: only this class keeps it.
 void OutputStreamWriter::takeLead(char16_t lead)
 {
     std::int32_t consumed = 0;
     std::int32_t produced = convert(&lead, &consumed, 1);
-    if (consumed == 0 && m_bufferSize - m_waiting < m_converter->getMaxBytesPerChar()) { // it may lack room
+    if (consumed == 0 && m_bufferSize - m_waiting < m_converter->getMaxBytesPerChar()) { // there may be too little room
         writeWaiting();
         produced = convert(&lead, &consumed, 1);
     }
@@ -192,7 +192,7 @@ void OutputStreamWriter::writeWaiting()
     m_waiting = 0;
 }
 
-/// What was encoded stays, for a flush. The converter forgets what it holds, so that the next text begins with nothing.
+/// Encoded bytes are kept for a flush. The converter is reset, so that nothing of this text precedes the next one.
 void OutputStreamWriter::refuse(Refused what)
 {
     m_refused = what;
@@ -213,11 +213,11 @@ void OutputStreamWriter::dropRefused()
         if (m_start.written == 0) {
             m_waiting = m_start.waiting;
         } else {
-            m_waiting = 0; // what waited before the text has been written with its first part
+            m_waiting = 0; // the bytes pending before the text were written with its first part
             if (entry != nullptr)
                 entry->takeBack(m_start.written - m_start.waiting);
         }
-        if (m_hasSinkFailed) // not the fault of the pair
+        if (m_hasSinkFailed) // the pair did not cause the failure
             m_heldLead = m_start.heldLead;
         m_position = m_start.position;
     }

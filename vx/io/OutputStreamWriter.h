@@ -8,13 +8,13 @@
 
 namespace vx::io {
 
-/// Text into a byte stream in some encoding.
+/// Encodes text into a byte stream in some encoding.
 ///
-/// Neither `close` nor the destructor flushes: encoded bytes that still wait are lost. Malformed input passes through as
-/// the converter's exception. After a failure the next call decides what happens to the text that was refused: `flush`
-/// writes what was encoded of it, and `write` drops it, so that no part of it is written later with the next text. The
-/// refused text is the last one; it is everything since the last flush when the stream below fails at a flush. An
-/// `EntryStream` below gives back its part of it.
+/// Neither `close` nor the destructor flushes: pending bytes are lost. For malformed input the converter's exception
+/// reaches the caller. After a failure the next call decides what happens to the failed text: `flush` writes what was
+/// encoded of it, and `write` drops it, so that no part of it is written with the next text. The failed text is that of
+/// the last call, or everything since the last flush if the wrapped stream fails at a flush. An `EntryStream` as the
+/// sink drops its part of it as well.
 ///
 /// Holds a reference to the sink from construction to destruction; after `close` every operation but `close` and
 /// `getPosition` throws IoException "stream closed".
@@ -29,24 +29,24 @@ public:
     // Writer
     using Writer::write;
     void write(const char16_t* text, std::int32_t length) override;
-    /// Ends the conversion, writes what waits and flushes the sink.
+    /// Ends the conversion, writes pending bytes and flushes the sink.
     void flush() override;
-    /// Each call closes the sink, a second one too.
+    /// Each call closes the sink, also a second one.
     void close() override;
 
     /// The encoding's canonical name.
     virtual const char16_t* getEncodingName();
 
-    /// As the converter's; it starts true.
+    /// The substitution mode of the converter, at first true.
     void setSubstitutionMode(bool mode);
-    /// Units taken so far. After a converter's exception this is the unit that it could not encode.
+    /// Units consumed so far. After a converter's exception, the position of the unit that could not be encoded.
     std::int64_t getPosition() const { return m_position; }
 
 private:
-    /// How things stood when the last text came.
+    /// The state before the last text.
     struct Start {
         std::int32_t waiting = 0;
-        std::int64_t written = 0; ///< bytes that the sink has taken since then
+        std::int64_t written = 0; ///< bytes written to the sink since then
         char16_t heldLead = 0;
         std::int64_t position = 0;
     };
@@ -66,12 +66,12 @@ private:
     std::int32_t m_bufferSize;
     vx::detail::RawArray<signed char> m_buffer;
     std::int32_t m_waiting = 0;
-    /// The last unit written, if it is half of a pair that the converter wants whole; 0 for none.
+    /// The last unit written, if it is the first half of a pair that the converter only takes as a whole; 0 for none.
     char16_t m_heldLead = 0;
     std::int64_t m_position = 0;
     Start m_start;
     Refused m_refused = Refused::NOTHING;
-    bool m_hasSinkFailed = false; ///< in the call that was refused
+    bool m_hasSinkFailed = false; ///< in the failed call
 };
 
 } // namespace vx::io

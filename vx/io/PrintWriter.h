@@ -14,7 +14,7 @@ public:
     /// With `autoFlush`, each `println` flushes.
     PrintWriter(Writer* sink, bool autoFlush);
 
-    /// Numbers as `String::valueOf` gives them; narrow text is decoded with the default encoding.
+    /// Numbers are printed as by `String::valueOf`; narrow text is decoded with the default encoding.
     virtual void print(const String& text);
     virtual void print(const char* text);
     virtual void print(const char16_t* text);
@@ -58,7 +58,7 @@ public:
     void println(const std::u8string& utf8) { println(String(utf8)); }
     void println(const char8_t* utf8) { println(String(utf8)); }
 
-    /// A narrow character is no number, and a pointer no truth value.
+    /// A narrow character is not a number, and a pointer is not a truth value.
     void print(char) = delete;
     void println(char) = delete;
     template <class T>

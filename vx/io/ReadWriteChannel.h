@@ -27,8 +27,8 @@ private:
     Reference<IWriteChannel> m_writer;
 };
 
-/// A channel made of two halves, which are counted; a null one makes its direction one that is not supported. A derived
-/// class says how it is named to another process.
+/// A channel of two halves, to which it holds references. With a null half its direction is not supported. A derived
+/// class gives the name that another process uses.
 class VX_API ReadWriteChannel : public Object, public ReadWriteChannelFace {
 public:
     ReadWriteChannel(IReadChannel* reader, IWriteChannel* writer);

@@ -6,19 +6,19 @@
 
 namespace vx::io {
 
-/// The process's standard input, through the C library and its buffer: text, line by line. Failures are IoExceptions, and
-/// the stream may be tried again. One thread at a time.
+/// The process's standard input, through the C library and its buffer: text, line by line. Failures are IoExceptions,
+/// after which the next read may succeed. One thread at a time.
 class VX_API StdioInputStream : public InputStream {
 public:
     StdioInputStream();
 
     // InputStream
     using InputStream::read;
-    /// At most one line with its line end. Of `length` bytes the last is for a terminating zero, so that a length of 1 gives
-    /// -1; a zero byte in the input ends what the call tells. Bytes that matter as such: FileInputStream.
+    /// At most one line with its line end. The last of `length` bytes is for a terminating zero, so a length of 1
+    /// returns -1. The returned length ends at a zero byte in the input. For binary data use FileInputStream.
     std::int32_t read(signed char* target, std::int32_t length) override;
     int read() override;
-    /// Moves the position, also backwards. 0 where there is none to move.
+    /// Moves the position, also backwards. Returns 0 if the stream has no position.
     std::int32_t skip(std::int32_t count) override;
 
 private:

@@ -7,15 +7,15 @@
 
 namespace vx::io {
 
-/// The process's standard output. Single bytes go through the C library's buffer and many at once past it, so that a
-/// `flush` belongs between the two. Failures are IoExceptions. One thread at a time.
+/// The process's standard output. Single bytes are written through the C library's buffer, and blocks bypass it, so
+/// call `flush` when changing from single bytes to blocks. Failures are IoExceptions. One thread at a time.
 class VX_API StdioOutputStream : public OutputStream {
 public:
     StdioOutputStream();
 
     // OutputStream
     using OutputStream::write;
-    /// One call of the system; if it takes only a part, that is a failure.
+    /// One system call; a partial write is a failure.
     void write(const signed char* bytes, std::int32_t length) override;
     void write(signed char byte) override;
     void flush() override;

@@ -18,7 +18,7 @@ public:
     void write(const char16_t* text, std::int32_t length) override;
 
     // Object
-    /// The text so far, shared until one of the two changes.
+    /// The text so far. It shares the buffer until the writer or the string changes.
     String toString() const override;
 
 private:

@@ -10,8 +10,7 @@ class String;
 
 namespace vx::io {
 
-/// A flow of UTF-16 units to be written. A failure is an exception of the tree. Nothing is synchronised: one thread at a
-/// time.
+/// A sink for UTF-16 units. Failures throw an Exception. Not synchronised: one thread at a time.
 class VX_API Writer : public Object {
 public:
     /// One write of the whole text under its read lock.
@@ -21,7 +20,7 @@ public:
     virtual void write(const char16_t* text, std::int32_t length) = 0;
     virtual void write(char16_t ch);
     virtual void flush();
-    /// Never flushes: what is pending is lost unless `flush` came first.
+    /// Never flushes: pending data is lost unless `flush` is called before.
     virtual void close();
 };
 

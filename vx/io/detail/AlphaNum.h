@@ -8,10 +8,11 @@
 
 namespace vx::io::detail {
 
-/// Without I, O, 0 and 1, which are taken for each other.
+/// Without I, O, 0 and 1, which are easily confused.
 inline constexpr const char16_t* ALPHABET = u"ABCDEFGHJKLMNPQRSTUVWXYZ23456789";
 
-/// The given alphabet; null is the one above. Throws ResultException unless it has 32 different characters of one byte each.
+/// The given alphabet, or the one above for null. Throws ResultException unless it has 32 different characters of one
+/// byte each.
 inline String alphabetOrDefault(const char16_t* alphabet)
 {
     constexpr int SIZE = 32;

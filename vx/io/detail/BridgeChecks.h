@@ -7,7 +7,7 @@
 
 namespace vx::io::detail {
 
-/// Holds at least one sequence of every encoding that the library brings but for those that say how much more they need.
+/// Enough for one sequence of every encoding of the library, except those that report that they need more.
 inline constexpr std::int32_t MIN_BYTE_BUFFER_SIZE = 6;
 
 template <class Converter>
@@ -16,13 +16,13 @@ std::int32_t byteBufferSize(std::int32_t size, Converter& converter)
     return std::max({size, MIN_BYTE_BUFFER_SIZE, std::int32_t {converter.getMaxBytesPerChar()}});
 }
 
-/// Converters also come from other libraries: one that does not move would keep its caller in a loop.
+/// Converters may also come from other libraries. One that makes no progress would keep its caller in an endless loop.
 [[noreturn]] inline void throwStuckConverter()
 {
     throwIo(u"character converter makes no progress");
 }
 
-/// An index that a converter has moved.
+/// Checks an index that a converter has changed.
 inline void requireIndex(std::int32_t index, std::int32_t before, std::int32_t end)
 {
     if (index < before || index > end)

@@ -11,7 +11,7 @@
 
 namespace vx::io::detail {
 
-/// The work of BufferedInputStream and BufferedReader, which lend their fields to it.
+/// The common implementation of BufferedInputStream and BufferedReader. It works on their fields.
 template <class Stream>
 struct BufferedInput {
     using Unit = typename Stream::Unit;
@@ -48,7 +48,7 @@ struct BufferedInput {
 private:
     static constexpr std::size_t bytesOf(std::int32_t units) { return static_cast<std::size_t>(units) * sizeof(Unit); }
 
-    /// Brings the units from the mark on to the start of a buffer that has room for the whole limit.
+    /// Moves the units from the mark on to the start of a buffer that has room for the whole limit.
     static void keepMarked(Stream& self, std::int32_t kept);
     static std::int32_t readPastBuffer(Stream& self, Unit* target, std::int32_t done, std::int32_t length);
 };
@@ -98,7 +98,7 @@ inline std::int32_t BufferedInput<Stream>::read(Stream& self, Unit* target, std:
     while (done < length) {
         if (isEmpty(self)) {
             if (done > 0 && opened(self.m_source).available() < 1)
-                return done; // a partly satisfied read does not wait again
+                return done; // a read that has units already does not block again
             if (length - done >= self.m_bufferSize && self.m_markPosition < 0)
                 return readPastBuffer(self, target, done, length);
             self.fillBuffer();

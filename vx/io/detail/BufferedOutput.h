@@ -7,7 +7,7 @@
 
 namespace vx::io::detail {
 
-/// The work of BufferedOutputStream and BufferedWriter, which lend their fields to it.
+/// The common implementation of BufferedOutputStream and BufferedWriter. It works on their fields.
 template <class Stream>
 struct BufferedOutput {
     using Unit = typename Stream::Unit;

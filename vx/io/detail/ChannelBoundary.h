@@ -11,7 +11,7 @@
 
 namespace vx::io::detail {
 
-/// What a channel was made of; UnsupportedOperationException where that was null.
+/// Returns what a channel was made of. Throws UnsupportedOperationException if that is null.
 template <class Part>
 Part& usable(const Reference<Part>& part)
 {
@@ -20,7 +20,7 @@ Part& usable(const Reference<Part>& part)
     return *part;
 }
 
-/// `Read` or `Write` of a component through the class operation, which gets the bytes as a buffer.
+/// Implements `Read` or `Write` of a component by the class operation, which gets the bytes as a buffer.
 template <class Byte, class Channel, class... Access>
 std::int32_t throughBuffer(
     Channel& channel, int (Channel::*operation)(ByteBuffer&), Byte* bytes, std::int32_t* length, Access... readOnly)

@@ -11,7 +11,7 @@ namespace {
 
 constexpr VXNamedSemNote NO_NOTE {};
 
-/// The same file for reading: its writers need not be able to read by their handle.
+/// Opens the same file for reading, since the handle of a writer need not allow reading.
 class Reader {
 public:
     explicit Reader(std::uint32_t file) noexcept { VXFileReopen(file, VX_FILE_READ, &m_handle); }
@@ -29,7 +29,7 @@ private:
     std::uint32_t m_handle = VX_FILE_INVALID_HANDLE;
 };
 
-/// Makes `size` the end of the file again. The stream stays at the end if it was there.
+/// Truncates the file to `size`. A stream that was at the end is at the end afterwards.
 bool cut(const GuardedFile& file, std::int64_t size) noexcept
 {
     std::int64_t position = 0;
@@ -40,7 +40,7 @@ bool cut(const GuardedFile& file, std::int64_t size) noexcept
     return true;
 }
 
-/// Ends the last line of the file, if the next entry is going to stand after it. False if that fails.
+/// Ends the last line of the file, if the next entry will be written after it. False if that fails.
 bool endLine(const GuardedFile& file, std::uint32_t reader, std::int64_t size)
 {
     std::int64_t position = 0;
@@ -53,7 +53,7 @@ bool endLine(const GuardedFile& file, std::uint32_t reader, std::int64_t size)
     return !failed(VXFileWrite(file.handle, "\n", 1, &done)) && done == 1;
 }
 
-/// False if the note has to stay for a later try.
+/// False if the note has to be kept for a later try.
 bool isRepaired(const GuardedFile& file, const VXNamedSemNote& note)
 {
     const Reader reader(file.handle);
@@ -66,7 +66,8 @@ bool isRepaired(const GuardedFile& file, const VXNamedSemNote& note)
     if (isProved(note, reader.get(), found)) {
         if (found == note.length)
             return true;
-        // Others may write after the look at the content; the last look at the size comes right before the cut.
+        // Others may write after the content was checked, so the size is checked again directly before the file is
+        // truncated.
         std::int64_t now = 0;
         if (!failed(VXFileGetSize(file.handle, &now)) && now == size && cut(file, note.start))
             return true;
@@ -87,7 +88,7 @@ EntryNote::EntryNote(const GuardedFile& file, std::int64_t start, const signed c
     : m_file(file)
     , m_length(length)
 {
-    VXNamedSemNote note; // its proof is filled as far as it is used
+    VXNamedSemNote note; // only the used part of its proof is filled
     note.file = file.identity;
     note.start = start;
     note.length = length;
@@ -101,13 +102,13 @@ EntryNote::~EntryNote()
         if ((m_written == m_length && !m_isSplit) || isUndone())
             m_file.semaphore.setNote(NO_NOTE);
     } catch (...) {
-        // The note stays, and the next holder repairs what it tells of.
+        // The note is kept, and the next holder makes the repair.
     }
 }
 
 void EntryNote::wrote(std::int32_t count) noexcept
 {
-    if (count < m_length) { // rare: a disk that is nearly full
+    if (count < m_length) { // rare: the disk is nearly full
         std::int64_t end = 0;
         const bool isKnown = !failed(VXFileGetPosition(m_file.handle, &end));
         if (m_written == 0)
@@ -117,7 +118,7 @@ void EntryNote::wrote(std::int32_t count) noexcept
     m_written += count;
 }
 
-/// Whether nothing of the entry is in the file any more.
+/// Whether no part of the entry is left in the file.
 bool EntryNote::isUndone() const noexcept
 {
     std::int64_t size = 0;

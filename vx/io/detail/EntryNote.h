@@ -7,21 +7,22 @@
 
 namespace vx::io::detail {
 
-/// An open file whose writers take turns.
+/// An open file whose writers are serialised by a semaphore.
 struct GuardedFile {
     ipc::Semaphore& semaphore; ///< held by the caller
     std::uint32_t handle;
     const VXFileIdentity& identity;
-    bool appends; ///< every write goes to the end
+    bool appends; ///< every write appends
 };
 
-/// Repairs what a killed holder of the semaphore may have left at the end of the file, of which its note tells. A torn entry
-/// is cut off if all bytes from its start on are proved to be the killed writer's. Otherwise, for other programs may have
-/// written meanwhile, all bytes stay, and the next entry begins on a new line. Cheap where there is no note.
+/// Repairs the end of the file after a holder of the semaphore was killed, by the note that the holder left. An
+/// incomplete entry is removed if all bytes from its start on are proved to be the killed writer's. Otherwise other
+/// programs may have written meanwhile: all bytes are kept, and the next entry begins on a new line. Cheap if there is
+/// no note.
 void repairEntry(const GuardedFile& file);
 
-/// Notes what is being written at the end of the file, for the case that this process is killed meanwhile. What was written
-/// of an entry that did not get whole is cut off at the end of the block, unless others have written after it.
+/// Keeps a note on what is being written at the end of the file, in case this process is killed meanwhile. The
+/// destructor removes an incomplete entry from the file, unless others have written after it.
 class [[nodiscard]] EntryNote {
 public:
     EntryNote(const GuardedFile& file, std::int64_t start, const signed char* bytes, std::int32_t length);
@@ -29,7 +30,7 @@ public:
     EntryNote(const EntryNote&) = delete;
     EntryNote& operator=(const EntryNote&) = delete;
 
-    /// Counts what one call of the system has written.
+    /// Adds the bytes that one system call has written.
     void wrote(std::int32_t count) noexcept;
     /// Whether other bytes came between two parts of the entry.
     bool isSplit() const noexcept { return m_isSplit; }
@@ -40,7 +41,7 @@ private:
     const GuardedFile m_file;
     const std::int32_t m_length;
     std::int32_t m_written = 0;
-    std::int64_t m_start = 0; ///< where the entry came to stand; known once a part of it is written
+    std::int64_t m_start = 0; ///< the position of the entry; known after its first part is written
     bool m_isSplit = false;
 };
 

@@ -14,7 +14,7 @@ namespace {
 constexpr std::int64_t PAGE = 4096;
 constexpr std::int64_t MOST_BLOCKS = VXNamedSemNote::MOST_PROOF / sizeof(std::uint64_t);
 
-/// From the fraction of the golden ratio; any odd number with well mixed bits would do.
+/// From the fraction of the golden ratio; any odd number with well mixed bits is suitable.
 constexpr std::uint64_t MULTIPLIER = 0x9E3779B97F4A7C15;
 
 std::uint64_t mixed(std::uint64_t state, std::uint64_t word) noexcept
@@ -22,7 +22,7 @@ std::uint64_t mixed(std::uint64_t state, std::uint64_t word) noexcept
     return std::rotl(state ^ word, 29) * MULTIPLIER;
 }
 
-/// Four words at a time, which do not wait for each other.
+/// Processes four words at a time, independent of each other.
 struct Lanes {
     static constexpr std::size_t STRIDE = 4 * sizeof(std::uint64_t);
 
@@ -42,7 +42,7 @@ struct Lanes {
     std::uint64_t d = 3;
 };
 
-/// A checksum against chance, not against an attacker.
+/// Protects against accidental equality, not against an attacker.
 std::uint64_t checksum(const void* bytes, std::size_t length) noexcept
 {
     const auto* position = static_cast<const unsigned char*>(bytes);
@@ -59,7 +59,8 @@ std::uint64_t checksum(const void* bytes, std::size_t length) noexcept
     return sum;
 }
 
-/// Cuts bytes of a file into pieces that end where its pages end, and these into blocks of a power of two of pages.
+/// Divides bytes of a file into pieces that end at page boundaries, and groups these into blocks of a power of two of
+/// pages.
 class Pieces {
 public:
     Pieces(std::int64_t start, std::int64_t length) noexcept
@@ -76,7 +77,7 @@ public:
         return static_cast<std::int32_t>(std::min(PAGE - m_position % PAGE, m_end - m_position));
     }
     std::int64_t position() const noexcept { return m_position; }
-    /// Goes on after a piece with this checksum. True where a block ends, whose checksum is in `block` then.
+    /// Adds a piece with this checksum. True if the piece ends a block, whose checksum is then stored in `block`.
     bool take(std::uint64_t sum, std::uint64_t& block) noexcept
     {
         m_position += length();

@@ -6,8 +6,8 @@
 
 namespace vx::io::detail {
 
-/// A handle on the file `path`, made with all rights of its owner when missing and `flags` say so. Throws ResultException
-/// with what VXFileOpen says.
+/// Opens the file `path`. If it is missing and `flags` allow it, it is created with all rights for its owner. Throws
+/// ResultException with the result of VXFileOpen.
 std::uint32_t openFile(const String& path, std::uint32_t flags);
 
 } // namespace vx::io::detail

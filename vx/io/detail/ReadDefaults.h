@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
-/// What byte streams and readers do where a class brings nothing but the block read.
+/// Default operations of byte streams and readers, for classes that implement only the block read.
 namespace vx::io::detail {
 
 template <class Unit, class Source>

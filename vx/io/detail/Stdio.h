@@ -5,10 +5,11 @@
 
 namespace vx::io::detail {
 
-/// Throws IoException with `message` when the stream has failed, and lets the next operation try again.
+/// Throws IoException with `message` if the stream has failed, and clears the error so that the next operation can try
+/// again.
 void checkStream(std::FILE* stream, const char16_t* message);
 
-// What the two output streams of the C library do.
+// Common operations of the two output streams over the C library.
 void writeByte(std::FILE* stream, signed char byte);
 void writeBytes(std::FILE* stream, const signed char* bytes, std::int32_t length);
 void flushStream(std::FILE* stream);

@@ -6,7 +6,7 @@
 
 namespace vx::io {
 
-/// A stream of the C library, owned or not. `StdioOutputStream` is the same for standard output.
+/// Writes to a stream of the C library, owned or not. `StdioOutputStream` is the same for standard output.
 class StdioFileOutputStream : public OutputStream {
 public:
     StdioFileOutputStream(std::FILE* stream, bool owned);

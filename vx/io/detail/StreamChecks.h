@@ -8,12 +8,12 @@
 
 namespace vx::io::detail {
 
-/// Of buffered streams, in units.
+/// The smallest buffer of buffered streams, in units.
 inline constexpr std::int32_t MIN_BUFFER_SIZE = 16;
 
-/// IoException "stream closed".
+/// Throws IoException "stream closed".
 [[noreturn]] void throwStreamClosed();
-/// IoException with `message`.
+/// Throws IoException with `message`.
 [[noreturn]] void throwIo(const char16_t* message);
 
 inline void requireOpen(bool open)
@@ -22,7 +22,7 @@ inline void requireOpen(bool open)
         throwStreamClosed();
 }
 
-/// A stream that was never given has nothing to forward to, as if it were closed.
+/// A null stream is treated as a closed one.
 template <class Stream>
 Stream& opened(const Reference<Stream>& stream)
 {
@@ -37,7 +37,7 @@ inline void requireUnits(const void* units)
         throwIo(u"null buffer");
 }
 
-/// The answer of a read for `asked` units: a source that claims more has no units to show for it.
+/// Checks the result of a read of `asked` units, because a source may return a larger number than it was asked for.
 inline std::int32_t checkedCount(std::int32_t result, std::int32_t asked)
 {
     if (result > asked)
