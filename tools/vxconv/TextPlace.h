@@ -23,7 +23,7 @@ private:
 /// Finds lone halves of surrogate pairs in a text that arrives in pieces.
 class SurrogatePairs {
 public:
-    /// The index in this piece at which a half stands, or should have stood, alone; npos for none.
+    /// The index in this piece at which a lone half was found, or at which the missing half should be; npos for none.
     std::size_t findLone(std::u16string_view text) noexcept;
     /// Whether the text so far ends with the first half of a pair.
     bool isOpen() const noexcept { return m_isOpen; }

@@ -34,7 +34,7 @@ public:
         std::shared_ptr<Waker> waker);
 
     vx::net::TcpWorkerSocket2* getSocket() const { return m_socket.get(); }
-    /// No more is read once nothing more will come.
+    /// False once nothing more will come, and while there is no room for more.
     bool wantsToRead() const;
     bool wantsToWrite() const { return !m_output.empty(); }
     /// Call these when the socket is ready.

@@ -31,7 +31,7 @@ void endAtOnceBySignals()
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-/// The signals that `serve` waits for are held back from all threads.
+/// The signals that `serve` waits for are blocked in all threads.
 sigset_t holdSignals()
 {
     struct sigaction action { };

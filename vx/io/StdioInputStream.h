@@ -6,8 +6,8 @@
 
 namespace vx::io {
 
-/// The process's standard input, through the C library and its buffer: text, line by line. Failures are IoExceptions,
-/// after which the next read may succeed. One thread at a time.
+/// Reads the standard input of the process through the buffer of the C library: text, line by line. Failures are
+/// IoExceptions, after which the next read may succeed. One thread at a time.
 class VX_API StdioInputStream : public InputStream {
 public:
     StdioInputStream();

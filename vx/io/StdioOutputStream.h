@@ -7,8 +7,9 @@
 
 namespace vx::io {
 
-/// The process's standard output. Single bytes are written through the C library's buffer, and blocks bypass it, so
-/// call `flush` when changing from single bytes to blocks. Failures are IoExceptions. One thread at a time.
+/// Writes to the standard output of the process. Single bytes are written through the C library's buffer, and blocks
+/// bypass it, so call `flush` when changing from single bytes to blocks. Failures are IoExceptions. One thread at a
+/// time.
 class VX_API StdioOutputStream : public OutputStream {
 public:
     StdioOutputStream();

@@ -30,7 +30,8 @@ public:
     /// The short form of `toString(bool)`.
     String toString() const override;
 
-    /// Date and time of day as the user's locale writes them. Throws ResultException for a record that is no date.
+    /// Date and time of day as the user's locale writes them. Throws ResultException for a record that is not a valid
+    /// date.
     virtual String toString(bool longDate) const;
     /// Decimal and sortable, as 20261119025801.123: year to second, then milliseconds.
     virtual String toLog() const;

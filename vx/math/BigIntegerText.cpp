@@ -46,8 +46,8 @@ constexpr unsigned char digitOf(char16_t unit) noexcept
     return unit < DIGITS.size() ? DIGITS[unit] : NO_DIGIT;
 }
 
-/// As `readDigits` for as many units as are read four at a time, in radixes whose digits are no letters. Takes them
-/// off.
+/// As `readDigits`, for the units that can be read four at a time, in radixes without letters. Removes these units from
+/// the text.
 bool readDecimalDigits(unsigned char*& digits, std::u16string_view& text, int radix) noexcept
 {
     constexpr std::size_t LANES = 4;

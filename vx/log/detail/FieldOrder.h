@@ -10,7 +10,7 @@
 
 namespace vx::log::detail {
 
-/// The fields of an entry in the order in which `getFieldNames` gives their names. The entry must not change meanwhile.
+/// The fields of an entry in the order of the names in `getFieldNames`. The entry must not change meanwhile.
 ///
 /// That set is filled from a map, and both have the same buckets until they grow. Iterating the set then visits the
 /// buckets from the last to the first, and in each bucket the older field first.

@@ -80,7 +80,7 @@ public:
         }
     }
 
-    /// The split for a number of `digits` from `level` on; null where there is none.
+    /// The split for a number of `digits` from `level` on; null if there is none.
     const Split* find(Size digits, Size* level) const noexcept
     {
         while (*level < m_splits.size() && m_splits[*level].low >= digits)
