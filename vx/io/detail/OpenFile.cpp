@@ -1,7 +1,7 @@
 #include "vx/io/detail/OpenFile.h"
 
-#include "vx/Occasion.h"
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
 #include "vxsys/File.h"
