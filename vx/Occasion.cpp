@@ -14,7 +14,7 @@ namespace {
 /// forked while another thread wrote a note. There are as many as exceptions with a note were alive at once.
 struct Note {
     std::atomic<const void*> owner; ///< the exception; null while the note is free
-    std::u16string text; ///< belongs to whoever has claimed the note
+    std::u16string text; ///< only the thread that claimed the note changes it
     Note* next;
 };
 
@@ -32,7 +32,8 @@ void write(const Exception& failure, std::u16string&& text) noexcept
 {
     for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
         const void* none = nullptr;
-        if (note->owner.compare_exchange_strong(none, &g_notes, std::memory_order_acquire)) { // nobody's address
+        if (note->owner.compare_exchange_strong(
+                none, &g_notes, std::memory_order_acquire)) { // an address that no exception has
             note->text = std::move(text);
             note->owner.store(&failure, std::memory_order_release);
             return;

@@ -77,7 +77,7 @@ bool isSettled(const VXFileStatus& status) noexcept
     return age > milliseconds(100);
 }
 
-/// Moves all values of `addition` to `sets`, without memory of its own.
+/// Moves all values of `addition` to `sets` without an allocation.
 void join(IniSets& sets, IniSets& addition) noexcept
 {
     sets.merge(addition);

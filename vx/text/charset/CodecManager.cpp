@@ -32,7 +32,7 @@ public:
     const Class* decoder;
 };
 
-/// A name in upper case, without memory of its own unless it is a long one.
+/// A name in upper case. Only a long one takes memory.
 class Key : public Str1Fixed<64> {
 public:
     explicit Key(const char16_t* name)

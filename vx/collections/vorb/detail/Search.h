@@ -17,7 +17,7 @@ using AreEqual = Equality (*)(const void* left, const void* right);
 AreEqual equalityOf(const std::type_info& type) noexcept;
 
 /// An element that is looked for. The library's own comparator is not called for two texts, two number boxes of one
-/// class or two plain objects: nobody sees the calls that it would make.
+/// class or two plain objects: no caller can see the calls that it would make.
 class Wanted {
 public:
     /// Neither is counted.
