@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
+#include <memory>
+#include <new>
 
 namespace vxsys::detail {
 
@@ -24,10 +26,26 @@ constexpr int pollTime(std::uint32_t milliseconds) noexcept
     return milliseconds == VX_WAIT_FOREVER ? -1 : static_cast<int>(std::min<std::uint32_t>(milliseconds, INT_MAX));
 }
 
-/// The set has no errors of its own in Windows Sockets.
+/// Windows Sockets has no error numbers for a socket that is already in the set, or not in it.
 inline std::int32_t pollerError(int error) noexcept
 {
     return VXNativeSocketError(error == EEXIST || error == ENOENT ? EINVAL : error);
+}
+
+/// `open` prepares a new poller and gives a native error.
+template <class Poller>
+std::int32_t createPoller(Poller** poller, int (*open)(Poller&) noexcept) noexcept
+{
+    if (poller == nullptr)
+        return pollerError(EINVAL);
+    *poller = nullptr;
+    std::unique_ptr<Poller> made(new (std::nothrow) Poller);
+    if (made == nullptr)
+        return pollerError(ENOMEM);
+    if (const int error = open(*made); error != 0)
+        return pollerError(error);
+    *poller = made.release();
+    return 0;
 }
 
 } // namespace vxsys::detail

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <new>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -73,18 +72,7 @@ std::uint32_t readyOf(std::uint32_t native) noexcept
 
 std::int32_t VXPollerCreate(VXPollerHandle* poller) noexcept
 {
-    if (poller == nullptr)
-        return pollerError(EINVAL);
-    *poller = nullptr;
-    auto* const made = new (std::nothrow) VXPollerTag;
-    if (made == nullptr)
-        return pollerError(ENOMEM);
-    if (const int error = open(*made); error != 0) {
-        delete made;
-        return pollerError(error);
-    }
-    *poller = made;
-    return 0;
+    return createPoller(poller, open);
 }
 
 void VXPollerDestroy(VXPollerHandle poller) noexcept

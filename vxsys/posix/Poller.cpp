@@ -92,18 +92,7 @@ std::size_t find(const VXPollerTag& poller, std::uint32_t socket) noexcept
 
 std::int32_t VXPollerCreate(VXPollerHandle* poller) noexcept
 {
-    if (poller == nullptr)
-        return pollerError(EINVAL);
-    *poller = nullptr;
-    auto* const made = new (std::nothrow) VXPollerTag;
-    if (made == nullptr)
-        return pollerError(ENOMEM);
-    if (const int error = open(*made); error != 0) {
-        delete made;
-        return pollerError(error);
-    }
-    *poller = made;
-    return 0;
+    return createPoller(poller, open);
 }
 
 void VXPollerDestroy(VXPollerHandle poller) noexcept
