@@ -7,6 +7,8 @@
 #include "vx/String.h"
 #include "vx/util/Comparator.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -129,6 +131,15 @@ std::string outcome(Work&& work)
         const auto kind = kinds.find(typeid(failure));
         return kind != kinds.end() && failure.getDescription().isEmpty() ? kind->second : typeid(failure).name();
     }
+}
+
+/// All have the hash that the text has without the number, whose digits the hash does not read.
+inline std::u16string collidingText(std::uint32_t number)
+{
+    std::u16string text(64, u'0');
+    for (std::size_t place = 1; number != 0; place += 2, number /= 10)
+        text[place] = static_cast<char16_t>(u'0' + number % 10);
+    return text;
 }
 
 } // namespace vx::collections

@@ -10,9 +10,6 @@
 #include "vx/collections/StringHashMap.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashSet.h"
-#include "vx/math/BigDecimal.h"
-#include "vx/math/BigInteger.h"
-#include "vx/util/ROCharBuffer.h"
 
 #include <gtest/gtest.h>
 
@@ -34,28 +31,6 @@ namespace {
 using vorb::HashMap;
 using vorb::Iterator;
 using vorb::MapEntry;
-
-/// Counts how often texts are read through buffers of its kind.
-struct ReadCounter : util::ROCharBuffer {
-    explicit ReadCounter(const String& text)
-        : ROCharBuffer(text.getData(), text.getLength() + 1)
-        , m_text(text)
-    {
-    }
-    const char16_t* getReadLock() const override { return ++s_reads, ROCharBuffer::getReadLock(); }
-
-    static inline std::uint32_t s_reads = 0;
-    String m_text; ///< keeps the units
-};
-
-/// All have the hash that the text has without the number, whose digits the hash does not read.
-std::u16string collidingText(std::uint32_t number)
-{
-    std::u16string text(64, u'0');
-    for (std::size_t place = 1; number != 0; place += 2, number /= 10)
-        text[place] = static_cast<char16_t>(u'0' + number % 10);
-    return text;
-}
 
 /// The digits of the hash to the base 37.
 std::u16string textOfHash(std::uint32_t hash)
@@ -358,127 +333,6 @@ TEST(HashMap, ShowsItsEntriesWhichAllLookAlike)
     EXPECT_EQ(outcome(removeAll), "plain");
     map = nullptr;
     EXPECT_TRUE(keys->isEmpty()) << "which is in the map that its views keep";
-}
-
-/// Reads of their texts, through buffers of the program, tell how many keys a map has compared.
-TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
-{
-    constexpr std::uint32_t KEYS = 3000, MOST_READS = 400;
-    const Reference<HashMap> map(new HashMap);
-    StringHashMap texts;
-    ReadCounter::s_reads = 0;
-    for (std::uint32_t number = 0; number < KEYS; ++number) {
-        const Reference<ReadCounter> buffer(new ReadCounter(String(collidingText(number))));
-        const Reference<String> key(new String(String::AcquireShare, buffer.get()));
-        for (const bool isNew : {true, false}) {
-            EXPECT_EQ(map->put(key->GetUnknown(), key->GetUnknown()) == nullptr, isNew);
-            EXPECT_EQ(texts.put(*key, key.get()) == nullptr, isNew);
-        }
-    }
-    EXPECT_LT(ReadCounter::s_reads / KEYS, MOST_READS) << "with those of growth";
-    for (std::uint32_t number = 0; number < KEYS; ++number) {
-        const Reference<String> key(new String(collidingText(number * 7 % KEYS)));
-        ReadCounter::s_reads = 0;
-        ASSERT_EQ(map->get(key->GetUnknown()), texts.get(*key)->GetUnknown());
-        ASSERT_EQ(map->remove(key->GetUnknown()), texts.remove(*key)->GetUnknown());
-        ASSERT_TRUE(map->get(key->GetUnknown()) == nullptr && texts.get(*key) == nullptr);
-        ASSERT_LT(ReadCounter::s_reads, 2 * MOST_READS) << number;
-    }
-}
-
-/// The comparator copies the other big number, so that allocations tell how many keys a map has compared.
-TEST(HashMap, FindsBigNumbersThatShareTheirHashInLogarithmicTime)
-{
-    using math::BigInteger;
-    constexpr int KEYS = 1000, MOST_ALLOCATIONS = 200;
-    const auto high = [](int number, int ignored) {
-        const Reference<BigInteger> key(new BigInteger(number));
-        key->multiply(BigInteger(String(u"10000000000000000"), 16));
-        key->setBit(ignored);
-        key->clearBit(ignored);
-        return key;
-    };
-    const std::pair<const char*, std::function<Reference<Number>(int)>> cases[] = {
-        {"whole", [&](int number) { return high(number, 0); }},
-        {"below 1", [](int number) { return Reference(new math::BigDecimal(BigInteger(number), number % 2 + 4)); }},
-    };
-    for (const auto& [name, key] : cases) {
-        const Reference<HashMap> map(new HashMap);
-        for (int number = 1; number < KEYS; number += 2)
-            EXPECT_EQ(map->put(key(number)->GetUnknown(), item(number).get()), nullptr);
-        for (int number = 1; number < KEYS; ++number) {
-            const Reference<Number> wanted = key(number);
-            const AllocationProbe probe;
-            ASSERT_EQ(textOf(map->get(wanted->GetUnknown())), textOf(number % 2 != 0 ? number : NO_ITEM)) << name;
-            ASSERT_LT(probe.count(), MOST_ALLOCATIONS) << name << ' ' << number;
-        }
-    }
-    const Reference<HashMap> map(new HashMap);
-    for (int number = 1; number < 100; ++number)
-        map->put(high(number, 0)->GetUnknown(), item(number).get());
-    EXPECT_EQ(textOf(map->get(high(50, 300)->GetUnknown())), "50") << "which has bytes of 0 at its top";
-    map->put(high(100, 300)->GetUnknown(), nullptr);
-    EXPECT_FALSE(map->containsKey(high(100, 0)->GetUnknown())) << "as the stored key has such bytes";
-    EXPECT_EQ(textOf(map->remove(high(50, 300)->GetUnknown())), "50");
-}
-
-/// The library's own comparator finds only numbers of other kinds equal across classes, and a NaN to nothing.
-TEST(HashMap, TakesNumbersAndOthersThatShareABucket)
-{
-    const Reference<HashMap> map(new HashMap(1, 1000));
-    const auto key = [](double value) { return Reference<Double>(new Double(value)); };
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (int number = 0; number < 50; ++number)
-        EXPECT_EQ(map->put(key(number / 50.0)->GetUnknown(), key(number)->GetUnknown()), nullptr);
-    const auto valueAt = [&](const auto& at) { return dynamic_cast<Number&>(*map->get(at->GetUnknown())).toLong(); };
-    EXPECT_EQ(valueAt(key(-0.0)), 0);
-    EXPECT_EQ(valueAt(key(0.98)), 49);
-    EXPECT_EQ(map->put(key(nan)->GetUnknown(), nullptr), nullptr);
-    EXPECT_EQ(map->put(key(nan)->GetUnknown(), nullptr), nullptr);
-    EXPECT_FALSE(map->containsKey(key(nan)->GetUnknown()));
-    EXPECT_EQ(map->getSize(), 52);
-    EXPECT_EQ(valueAt(Reference<Float>(new Float(0.5F))), 25) << "converted to a Double first";
-    EXPECT_EQ(outcome([&] { map->get(Reference<String>(new String)->GetUnknown()); }),
-        "result " + std::to_string(RESULT_FAIL))
-        << "as the first number says that a text cannot be compared with it";
-    map->put(nullptr, key(7)->GetUnknown());
-    EXPECT_EQ(valueAt(key(0.98)), 49);
-    EXPECT_NE(map->get(nullptr), nullptr);
-    EXPECT_NE(map->remove(key(0.5)->GetUnknown()), nullptr);
-    EXPECT_FALSE(map->containsKey(key(0.5)->GetUnknown()));
-    map->createKeySet()->clear();
-    EXPECT_EQ(map->getSize(), 0);
-}
-
-TEST(HashMap, StaysWholeThoughKeysInALongBucketAreChanged)
-{
-    Random random;
-    const Reference<HashMap> map(new HashMap(3, 100));
-    std::vector<Reference<String>> keys;
-    for (std::uint32_t number = 0; number < 60; ++number) {
-        keys.emplace_back(new String(collidingText(number)));
-        map->put(keys.back()->GetUnknown(), nullptr);
-    }
-    for (int step = 0; step < 2000; ++step) {
-        const Reference<String>& key = keys[random() % keys.size()];
-        const int what = random.below(3);
-        if (what == 0)
-            key->setCharAt(1, static_cast<char16_t>(random.below(0x80)));
-        else if (what == 1)
-            map->put(key->GetUnknown(), nullptr);
-        else
-            map->remove(key->GetUnknown());
-    }
-    int count = 0;
-    for ([[maybe_unused]] const auto entry : *map)
-        ++count;
-    EXPECT_EQ(count, map->getSize());
-    const Reference<Iterator> iterator = map->createEntrySet()->createIterator();
-    for (; iterator->hasNext(); iterator->remove())
-        iterator->next();
-    EXPECT_EQ(map->getSize(), 0);
-    for (const Reference<String>& key : keys)
-        EXPECT_EQ(key->GetRefCount(), 1U);
 }
 
 TEST(HashMap, IsWalkedByARangeForOverAViewThatNothingElseHolds)
