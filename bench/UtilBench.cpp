@@ -193,7 +193,7 @@ void iniGet(benchmark::State& state)
 BENCHMARK(iniGet);
 
 #ifdef VX_BENCH_QT
-/// Settings of a path that was read before come from a cache, so that each file has a name of its own.
+/// The peer caches the settings of each path, so that each round reads a file with another name.
 void iniLoadQt(benchmark::State& state)
 {
     const Scratch scratch;

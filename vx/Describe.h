@@ -20,7 +20,7 @@ VX_API String describe(std::int32_t result);
 VX_API String describe(const Exception& failure);
 
 /// What the user of a program has to know of it: what was being done, the description, and, if the description is empty or
-/// the code has a meaning of its own, what the code means: "open /etc/x.conf: no such file or directory".
+/// the code is not the general RESULT_FAIL, what the code means: "open /etc/x.conf: no such file or directory".
 VX_API String explain(const Exception& failure);
 
 /// As describe(failure); an exception of the standard library gives its type and its `what`, any other one its type.

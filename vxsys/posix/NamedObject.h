@@ -50,7 +50,7 @@ public:
     int note(VXNamedSemNote& note) noexcept;
 
     std::uint64_t size() noexcept;
-    /// A new mapping of the memory after the page. ESTALE in a child process that the object's last owner left behind.
+    /// A new mapping of the memory after the page. ESTALE in a forked child if the last owner of the object has ended.
     int mapMemory(int protection, void** address) noexcept;
 
 private:

@@ -46,7 +46,7 @@ std::string listOf(TcpServerSocket2& server)
     return text;
 }
 
-/// Has the wildcards of both families, each with a port of its own. Nobody can connect yet.
+/// Bound to the wildcards of both families, each at another port. It does not listen yet.
 std::unique_ptr<TcpServerSocket2> bindBoth(bool reusesAddress = false)
 {
     std::unique_ptr<TcpServerSocket2> server = makeServer();

@@ -124,7 +124,7 @@ TEST(TcpSocket, GoesOnAfterSignals)
 TEST(TcpSocket, SaysWhatFailed)
 {
     const int deaf
-        = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // has a port, so that nobody else can listen there
+        = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // keeps its port, so that no other program can listen there
     sockaddr_in address {};
     address.sin_family = AF_INET;
     socklen_t length = sizeof address;
