@@ -7,21 +7,21 @@
 
 namespace vx {
 
-/// A string's text in one encoding, as `String::getBytes` keeps it. Its length counts the terminating zero byte when there
-/// was room for it.
+/// The text of a string in one encoding, as `String::getBytes` stores it. The length includes the terminating zero byte
+/// if there was room for it.
 class VX_API String::AnsiBytes : public util::RWByteBuffer {
 public:
     /// Copies the name; null is the default encoding.
     explicit AnsiBytes(const char16_t* encoding);
-    /// Both take the bytes as a copy and move the name out of the source.
+    /// Both copy the bytes and move the name out of the source.
     AnsiBytes(AnsiBytes& other);
     AnsiBytes& operator=(AnsiBytes& other);
     ~AnsiBytes() noexcept override;
 
-    /// Names are equal without regard to the case of ASCII letters; null equals null alone.
+    /// Compares names without the case of ASCII letters. Null equals only null.
     bool encodingEquals(const char16_t* name) const;
 
-    /// Gives back the room that the encoding did not need; exhaustion leaves it.
+    /// Frees the room that the encoding did not need. If memory is exhausted, nothing changes.
     void releaseExtra() noexcept;
 
 private:

@@ -20,7 +20,7 @@ constexpr Number swapBytes(Number number) noexcept
         return number;
 }
 
-/// The number that lies in `order` at `bytes`, which need not be aligned.
+/// The number at `bytes`, stored in `order`. The address need not be aligned.
 template <std::unsigned_integral Number, std::endian order = std::endian::native>
 Number loadNumber(const void* bytes) noexcept
 {

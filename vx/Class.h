@@ -19,9 +19,9 @@ public:
     Class(const char16_t* name, const std::type_info* type, ObjectCreator creator) noexcept;
     ~Class() noexcept override;
 
-    /// As it was registered, "CVXString" say; not the name that C++ has for the class.
+    /// The registered name, for example "CVXString", not the name of the C++ class.
     virtual const char16_t* getName() const;
-    /// True for exactly this type; an object of a derived class is no instance.
+    /// True only for this exact type, not for a derived class.
     virtual bool isInstance(const Object& object) const;
     /// A new object with count 0. Throws IllegalAccessException for a class without a creator.
     virtual Object* createInstance() const;

@@ -24,7 +24,7 @@ namespace vx {
 class VX_API ComObject : public IVXUnknown {
 public:
     ComObject() noexcept = default;
-    /// Memberwise: the count and the module are copied too.
+    /// Copies the fields, the count and the module included.
     ComObject(const ComObject& other) noexcept;
     ComObject& operator=(const ComObject& other) noexcept;
 
@@ -44,31 +44,32 @@ public:
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) noexcept { }
 
-    /// The count at this moment. A holder that sees 1 also sees all that former holders did before their `Release`.
+    /// The count at this moment. A caller that holds a reference and sees 1 also sees everything that was written
+    /// before the other references were released.
     std::uint32_t GetRefCount() const noexcept { return m_life.refCount.load(std::memory_order_acquire); }
 
-    /// The module whose lock count this object raises while its own count is above 0. Not owned; to be set before the
-    /// first `AddRef`.
+    /// The module that this object keeps loaded while its own count is above 0. Not owned. Set it before the first
+    /// `AddRef`.
     void SetComModule(vorb::Module* module) noexcept { m_module = module; }
     vorb::Module* GetComModule() const noexcept { return m_module; }
-    /// RESULT_NO_AGGREGATION: a class that can be aggregated hides this with its own.
+    /// RESULT_NO_AGGREGATION. A class that can be aggregated hides this operation with its own.
     std::int32_t SetOuterUnknown(IVXUnknown* outer) noexcept;
     std::int32_t NonDelegatingQueryInterface(const _GUID& iid, void** out) { return QueryInterface(iid, out); }
 
-    /// Not counted.
+    /// Adds no reference.
     IVXUnknown* GetUnknown() noexcept { return this; }
     const IVXUnknown* GetUnknown() const noexcept { return this; }
 
     static const vorb::InterfaceData* GetComIntfMap();
 
-    /// What registration writes about a creatable class, which hides these with its own; null for nothing.
+    /// Texts for the registration of a creatable class, which hides these operations with its own. Null writes nothing.
     static const char16_t* GetComDescription() noexcept { return nullptr; }
     static const char16_t* GetComObjectVersion() noexcept { return nullptr; }
     static const char16_t* GetComProgID() noexcept { return nullptr; }
     static const char16_t* GetComVersionIndependentProgID() noexcept { return nullptr; }
 
 protected:
-    /// Change the count and nothing else: no module, no destruction. They give the new count.
+    /// These change only the count, and not the module; they never destroy the object. They return the new count.
     std::uint32_t InternalAddRef() const noexcept
     {
         return m_life.refCount.fetch_add(1, std::memory_order_relaxed) + 1;
@@ -78,7 +79,7 @@ protected:
         return m_life.refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
     }
 
-    /// The first reference to a new object, without the cost of an atomic change. Only the creator may know the object.
+    /// Sets the first reference to a new object without an atomic operation. Only the creator may know the object.
     void setFirstReference() const noexcept { m_life.refCount.store(1, std::memory_order_relaxed); }
 
 private:

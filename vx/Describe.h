@@ -23,14 +23,15 @@ VX_API String describe(const Exception& failure);
 /// the code is not the general RESULT_FAIL, what the code means: "open /etc/x.conf: no such file or directory".
 VX_API String explain(const Exception& failure);
 
-/// As describe(failure); an exception of the standard library gives its type and its `what`, any other one its type.
+/// As describe(failure). For an exception of the standard library the text has its type and its `what`, for any other
+/// exception its type.
 VX_API String describe(const std::exception_ptr& failure);
 
 /// Writes describe(failure) in UTF-8.
 VX_API std::ostream& operator<<(std::ostream& stream, const Exception& failure);
 
-/// From here on a program that ends by an uncaught exception prints describe() of it on standard error before it aborts. The
-/// library must stay loaded. It replaces the handler of std::set_terminate.
+/// After this call, a program that ends by an uncaught exception prints describe() of it on standard error and then
+/// aborts. The library must stay loaded. It replaces the handler of std::set_terminate.
 VX_API void installTerminateReport() noexcept;
 
 /// Result codes among the error codes of the standard library. A code that stands for an error of the system compares equal

@@ -6,7 +6,8 @@
 
 namespace vx {
 
-/// Root of what the library throws: by value, caught by reference, never counted.
+/// Root of the exceptions of the library. They are thrown by value and caught by reference, and have no reference
+/// count.
 class VX_API Exception : public Object {
 public:
     Exception() noexcept;
@@ -17,20 +18,20 @@ public:
 
     /// Empty unless the thrower gave one.
     virtual String getDescription() const;
-    /// The code that stands for this exception at a component border: RESULT_FAIL unless the class has one of its own.
+    /// The result code of this exception for components: RESULT_FAIL unless the class has a more special one.
     virtual std::int32_t getResult() const;
 
 private:
     String m_description;
 };
 
-/// A result code on its way through class operations.
+/// A result code as an exception.
 class VX_API ResultException : public Exception {
 public:
-    /// With RESULT_FAIL.
+    /// The code is RESULT_FAIL.
     ResultException() noexcept;
     ResultException(const ResultException& other) noexcept;
-    /// Any code goes, one of success too.
+    /// `result` may be any code, also one of success.
     explicit ResultException(std::int32_t result) noexcept;
     ResultException(std::int32_t result, const String& description) noexcept;
     ResultException& operator=(const ResultException& other);
@@ -46,11 +47,10 @@ private:
 /// Throws ResultException with `result`, which is negative.
 [[noreturn]] VX_API void throwResult(std::int32_t result);
 
-/// Throws std::bad_alloc with the text "bad allocation": storage that no new handler serves is exhausted, or a size is
-/// beyond what can be counted.
+/// Throws std::bad_alloc with the text "bad allocation", after memory was exhausted or for a size that is too large.
 [[noreturn]] VX_API void throwBadAllocation();
 
-/// The way back from a component operation: a negative result becomes a ResultException.
+/// Throws a negative result of a component operation as ResultException.
 inline void throwIfFailed(std::int32_t result)
 {
     if (result < 0)

@@ -6,21 +6,21 @@
 
 namespace vx {
 
-/// An object of another class than the operation can take, the argument of a `compareTo` say.
+/// An object has another class than the operation needs, for example the argument of a `compareTo`.
 class VX_API CastFailedException : public Exception {
 public:
     using Exception::Exception;
     ~CastFailedException() noexcept override;
 };
 
-/// A class that the registry does not know. The description is its name.
+/// A class that is not in the registry. The description is its name.
 class VX_API ClassNotFoundException : public Exception {
 public:
     using Exception::Exception;
     ~ClassNotFoundException() noexcept override;
 };
 
-/// An object whose class cannot be copied, or does not say how.
+/// A call of `clone` for an object whose class does not support it.
 class VX_API CloneNotSupportedException : public Exception {
 public:
     using Exception::Exception;
@@ -62,14 +62,14 @@ public:
     ~ReadOnlyException() noexcept override;
 };
 
-/// An operation that the interface has and this class has not.
+/// An operation that the class does not support, although its interface has it.
 class VX_API UnsupportedOperationException : public Exception {
 public:
     using Exception::Exception;
     ~UnsupportedOperationException() noexcept override;
 };
 
-/// What the library's new handler throws, for storage by `vxsys::allocate`. Handlers of either base catch it.
+/// Thrown by the new handler of the library when `vxsys::allocate` finds no memory. Handlers of either base catch it.
 class VX_API OutOfMemoryException : public Exception, public std::bad_alloc {
 public:
     OutOfMemoryException() noexcept;
@@ -84,37 +84,37 @@ public:
     const char* what() const noexcept override;
 };
 
-/// A fault that the operating system reports. The library raises none of this branch itself but UserAbortException: it is
-/// there for code that turns such faults into exceptions.
+/// A fault that the operating system reports. Of this branch the library itself throws only UserAbortException; the
+/// others are for programs that turn such faults into exceptions.
 class VX_API ExternalException : public Exception {
 public:
     ExternalException() noexcept = default;
-    /// `record` is the system's record of the fault, not owned; copies take the pointer over.
+    /// `record` is the system's record of the fault. It is not owned, and copies have the same pointer.
     explicit ExternalException(void* record) noexcept;
     ExternalException(const ExternalException& other) noexcept = default;
     ExternalException& operator=(const ExternalException& other) = default;
     ~ExternalException() noexcept override;
 
-    /// Null where nobody gave one.
+    /// Null if no record was given.
     void* getRecord() const noexcept { return m_record; }
 
 private:
     void* m_record = nullptr;
 };
 
-/// An access to memory that the process does not have.
+/// An access to memory that does not belong to the process.
 class VX_API AccessViolationException : public ExternalException {
 public:
     ~AccessViolationException() noexcept override;
 };
 
-/// An index that the machine found out of bounds.
+/// An index that the processor found to be out of bounds.
 class VX_API ArrayBoundsException : public ExternalException {
 public:
     ~ArrayBoundsException() noexcept override;
 };
 
-/// An instruction that the machine does not have, or not for this process.
+/// An instruction that the processor does not have, or does not allow in this process.
 class VX_API IllegalInstructionException : public ExternalException {
 public:
     ~IllegalInstructionException() noexcept override;
@@ -126,7 +126,7 @@ public:
     ~StackOverflowException() noexcept override;
 };
 
-/// The user has pressed the key for it: io::MaskedConsoleInputStream throws it for Ctrl-C.
+/// The user has pressed Ctrl-C. Thrown by io::MaskedConsoleInputStream.
 class VX_API UserAbortException : public ExternalException {
 public:
     ~UserAbortException() noexcept override;
@@ -150,7 +150,8 @@ public:
     ~IntOverflowException() noexcept override;
 };
 
-/// Base of the faults of floating-point arithmetic (IEEE 754), for programs that have the machine trap them.
+/// Base of the faults of floating-point arithmetic (IEEE 754), for programs that have enabled the traps of the
+/// processor.
 class VX_API MathErrorException : public ExternalException {
 public:
     ~MathErrorException() noexcept override;
@@ -162,7 +163,7 @@ public:
     ~MathDivByZeroException() noexcept override;
 };
 
-/// An operation without a result, 0 divided by 0 say.
+/// An operation without a result, for example 0 divided by 0.
 class VX_API MathInvalidOpException : public MathErrorException {
 public:
     ~MathInvalidOpException() noexcept override;

@@ -13,8 +13,8 @@ namespace vx {
 
 class String;
 
-/// Root of all numbers that live as objects. Every conversion truncates in silence: a value that does not fit gives its
-/// low bits, whatever the width or sign. A class needs `toInt64` and `toDouble`; all else leads to those two.
+/// Root of all number objects. Conversions truncate silently: of a value that does not fit, the low bits remain,
+/// whatever the width or sign. A class implements `toInt64` and `toDouble`, on which all other conversions are based.
 class VX_API Number : public Object {
 public:
     Number() noexcept = default;
@@ -34,7 +34,7 @@ public:
     virtual std::uint32_t toULong() const;
     virtual float toFloat() const;
     virtual math::BigInteger toBigInteger() const;
-    /// By way of `toDouble`, so with at most six digits behind the point.
+    /// Converts by `toDouble`, so the result has at most six digits after the point.
     virtual math::BigDecimal toBigDecimal() const;
     virtual signed char toInt8() const;
     virtual short toInt16() const;
@@ -50,7 +50,7 @@ public:
     /// The low 32 bits of the integer part.
     std::uint32_t hashCode() const override;
 
-    /// Decimal, as VXStrToIW reads it and truncated to the type: a malformed text is no failure.
+    /// The value that VXStrToIW reads, truncated to the type. A malformed text does not throw.
     static int parseInt(const String& text);
     static std::int32_t parseLong(const String& text);
     static std::int32_t parseInt32(const String& text);
@@ -58,7 +58,7 @@ public:
     static short parseInt16(const String& text);
     static signed char parseByte(const String& text);
     static signed char parseInt8(const String& text);
-    /// As VXStrToULW reads it, `radix` 0 included, and truncated to the type: a malformed text is no failure.
+    /// The value that VXStrToULW reads, truncated to the type. `radix` may be 0. A malformed text does not throw.
     static unsigned int parseUInt(const String& text, int radix);
     static std::uint32_t parseULong(const String& text, int radix);
     static std::uint32_t parseUInt32(const String& text, int radix);
@@ -66,19 +66,19 @@ public:
     static unsigned short parseUInt16(const String& text, int radix);
     static unsigned char parseUByte(const String& text, int radix);
     static unsigned char parseUInt8(const String& text, int radix);
-    /// What `math::BigInteger` makes of the text, failures included, and of that what its `toInt64` gives: the low 63
-    /// bits with the sign.
+    /// Reads the text as `math::BigInteger` does and throws what that throws. The result is that of its `toInt64`: the
+    /// low 63 bits with the sign.
     static std::int64_t parseInt64(const String& text);
     static std::uint64_t parseUInt64(const String& text, int radix);
-    /// As VXStrToDW reads it: a malformed text is no failure.
+    /// The value that VXStrToDW reads. A malformed text does not throw.
     static double parseDouble(const String& text);
     static float parseFloat(const String& text);
-    /// Decimal. Throw Exception for a text that the constructor refuses.
+    /// Decimal. Both throw Exception for a text that the constructor refuses.
     static math::BigInteger parseBigInteger(const String& text);
     static math::BigDecimal parseBigDecimal(const String& text);
 };
 
-/// The base of the boxes with a sign: prints the value in decimal.
+/// Base of the signed boxes: prints the value in decimal.
 class VX_API SignedInteger : public Number {
 public:
     ~SignedInteger() noexcept override;
@@ -87,7 +87,7 @@ public:
     String toString() const override;
 };
 
-/// The base of the boxes without a sign: prints the value in any radix, and never as negative.
+/// Base of the unsigned boxes: prints the value in any radix, never as a negative number.
 class VX_API UnsignedInteger : public Number {
 public:
     ~UnsignedInteger() noexcept override;

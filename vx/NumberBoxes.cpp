@@ -15,7 +15,7 @@ namespace {
 
 constexpr int DECIMAL = 10;
 
-// What a box takes from another number.
+// The value of a box that is made from another number.
 void take(signed char& value, const Number& other)
 {
     value = other.toInt8();
@@ -138,7 +138,7 @@ int NumberBox<Base, Value>::compareTo(const Number& other) const
     take(value, other);
     if constexpr (std::is_floating_point_v<Value> || sizeof(Value) == sizeof(std::int64_t))
         return m_value == value ? 0 : m_value < value ? -1 : 1;
-    else // in 32 bits, where it wraps around
+    else // 32 bits: wraps around
         return static_cast<int>(static_cast<std::uint32_t>(m_value) - static_cast<std::uint32_t>(value));
 }
 

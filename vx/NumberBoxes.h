@@ -8,9 +8,10 @@ namespace vx {
 
 namespace detail {
 
-/// A box: one primitive number as an object. Made from another number or a text it truncates in silence; only the boxes
-/// of 64 bits refuse a text. `compareTo` first converts the other number to the box's own type, so that it is not
-/// symmetric: an Integer8 of 1 equals an Integer32 of 257. An object that is no Number throws CastFailedException.
+/// A box: one primitive number as an object. A box that is made from another number or from a text truncates silently;
+/// only the boxes of 64 bits refuse a text. `compareTo` first converts the other number to the type of the box. So it
+/// is not symmetric: an Integer8 of 1 equals an Integer32 of 257. An object that is no Number throws
+/// CastFailedException.
 template <class Base, class Value>
 class VX_API NumberBox : public Base {
 public:
@@ -29,18 +30,18 @@ public:
     // Object
     int compareTo(const Object& other) const override;
     using Base::toString;
-    /// Of floating point: six significant digits, in the shorter form ("%g").
+    /// Floating-point boxes print six significant digits, in the shorter form ("%g").
     String toString() const override;
 
     // Number
     /// Of floating point: truncated toward zero and clipped to the range, 0 for a NaN. Of 64 bits without a sign: the same
     /// bits.
     std::int64_t toInt64() const override;
-    /// Of 64 bits without a sign: that of the low 63, as BigInteger converts them.
+    /// For 64 bits without a sign, the low 63 bits, as BigInteger converts them.
     double toDouble() const override;
 
-    /// Of up to 16 bits the difference, of 32 bits the difference in 32 bits, which wraps around; of all others -1, 0 or 1,
-    /// and 1 where a NaN is on either side.
+    /// The difference for boxes of up to 16 bits, and for 32 bits, where it wraps around in 32 bits. For all others -1,
+    /// 0 or 1, and 1 if either value is a NaN.
     int compareTo(const Number& other) const;
 
 protected:

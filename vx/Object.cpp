@@ -12,7 +12,7 @@ namespace vx {
 
 namespace {
 
-/// 1, -1 or 0 as `left` lies above, below or at `right`.
+/// 1, -1 or 0 if `left` is above, below or at `right`.
 int compareAddresses(const void* left, const void* right) noexcept
 {
     if (left == right)
@@ -41,7 +41,7 @@ std::int32_t ComparableFace::CompareTo(const IVXUnknown* other, int* result)
     return vorb::atBoundary(result, [&] {
         if (const Object* object = objectOf(other, self))
             return self.compareTo(*object);
-        // Foreign objects sort by address, seen from their side.
+        // Objects of other roots are ordered by address, as seen from the other object.
         return compareAddresses(other, &self);
     });
 }
@@ -93,7 +93,7 @@ String Object::toString() const
     String text = u'@' + String(digits);
     try {
         text.prepend(getClass()->getName());
-    } catch (...) { // a class that nobody registered prints as well
+    } catch (...) { // a class that is not registered
         text.prepend(u"Object");
     }
     return text;

@@ -10,8 +10,9 @@ namespace vx {
 
 namespace {
 
-/// A note. Once made it stays in the list, so that the list can be read without a lock, also by a child process that was
-/// forked while another thread wrote a note. There are as many as exceptions with a note were alive at once.
+/// A note. It stays in the list for ever, so the list can be read without a lock, even in a child process that was
+/// forked while another thread wrote a note. The number of notes is the largest number of exceptions with a note that
+/// existed at one time.
 struct Note {
     std::atomic<const void*> owner; ///< the exception; null while the note is free
     std::u16string text; ///< only the thread that claimed the note changes it
@@ -65,7 +66,7 @@ void noteOccasion(const Exception& failure, std::u16string_view operation, std::
             text += u' ';
         write(failure, std::move(text.append(object)));
     } catch (const std::bad_alloc&) {
-        // The exception goes on without a note.
+        // The exception is thrown without a note.
     }
 }
 
@@ -82,7 +83,7 @@ void copyOccasion(const Exception& from, const Exception& to) noexcept
     try {
         write(to, std::u16string(note->text));
     } catch (const std::bad_alloc&) {
-        // The copy goes without a note.
+        // The copy has no note.
     }
 }
 

@@ -8,8 +8,8 @@
 
 namespace vx {
 
-/// Owns an array that `vxsys::allocate` gave, and frees it. Copying moves the array out of the source, which must
-/// therefore be no constant.
+/// Owns an array that `vxsys::allocate` returned, and frees it. Copying moves the array out of the source, which
+/// therefore must not be constant.
 template <class T>
 class OwningArray {
     static_assert(std::is_trivially_destructible_v<T>, "only the memory is freed");
@@ -41,7 +41,7 @@ public:
     T* get() const noexcept { return m_array; }
     T& operator[](std::size_t index) const noexcept { return m_array[index]; }
 
-    /// Hands the array to the caller and holds null.
+    /// Returns the array, which the caller now owns, and holds null.
     [[nodiscard]] T* release() noexcept { return std::exchange(m_array, nullptr); }
     void reset(T* array = nullptr) noexcept { vxsys::deallocate(std::exchange(m_array, array)); }
 

@@ -139,7 +139,7 @@ std::int32_t Str1::copy(const char16_t* text, std::int32_t length)
         clear();
         return 0;
     }
-    // Text of this string's own stays where it is: either it fits, or others keep the buffer that it lies in.
+    // A text inside this string's own buffer stays where it is: either it fits, or other strings keep the buffer alive.
     ensureCapacity1(static_cast<std::uint32_t>(length), 0, 0);
     Units::move(m_buffer->getData(), text, static_cast<std::size_t>(length));
     m_offset = 0;
@@ -393,7 +393,7 @@ StrBuf1* Str1::newStrBuf1Cap(std::uint32_t capacity)
 {
     if (capacity > MAX_CAPACITY)
         throw OutOfMemoryException();
-    // The last step reaches one unit beyond what the capacity field can tell.
+    // Rounding up the highest value gives one more than the capacity field can hold.
     const std::int64_t units = std::min(roundedUp(capacity), MAX_CAPACITY);
     void* memory = vxsys::allocate(sizeof(StrBuf1Wrap) + static_cast<std::size_t>(units) * sizeof(char16_t));
     void* data = static_cast<std::byte*>(memory) + sizeof(StrBuf1Wrap);
@@ -435,7 +435,7 @@ bool Str1::isOwnText(const char16_t* text) const noexcept
         && std::less<>()(text, begin + std::max<std::int64_t>(used, m_buffer->getCapacityValue()));
 }
 
-/// Makes a part of the text the whole text, at the front of `buffer`.
+/// Makes a part of the text the whole text, and moves it to the start of `buffer`.
 void Str1::moveTo(StrBuf1* buffer, std::int32_t start, std::int32_t kept) noexcept
 {
     if (kept != 0)
@@ -443,7 +443,7 @@ void Str1::moveTo(StrBuf1* buffer, std::int32_t start, std::int32_t kept) noexce
     take(buffer, kept);
 }
 
-/// Makes room for more text, counts it in and gives the place for it.
+/// Makes the text `count` units longer and returns the place of the new units.
 char16_t* Str1::extend(std::int32_t count)
 {
     const std::int64_t length = std::int64_t {m_length} + count;
@@ -455,7 +455,7 @@ char16_t* Str1::extend(std::int32_t count)
     return place;
 }
 
-/// Makes room for `more` units behind the text, as far as a buffer can have them.
+/// Makes room for `more` units after the text, as far as a buffer can hold them.
 void Str1::reserve(std::int64_t more)
 {
     ensureCapacity1(static_cast<std::uint32_t>(std::min(m_length + more, MAX_CAPACITY)), 0, -1);

@@ -22,23 +22,24 @@ namespace vx {
 
 class String;
 
-/// UTF-16 text for hot paths: no locks, no interfaces, no terminator, and a substring costs no copy.
+/// UTF-16 text for hot paths: it has no locks, no interfaces and no terminator, and a substring costs no copy.
 ///
-/// Positions and lengths count 16-bit units; a length of -1 means a zero-terminated source, an end or count of -1 the
-/// end. Strings share a buffer until one of them writes, by a plain count: a string and all that share its buffer belong
-/// to one thread. A buffer holds at most 16,777,215 units; more is an OutOfMemoryException, and the old text stands.
+/// Positions and lengths count 16-bit units. A length of -1 means a zero-terminated source, an end or count of -1 the
+/// end of the text. Strings share a buffer until one of them writes. The reference count of the buffer is a plain
+/// number, so a string and all that share its buffer belong to one thread. A buffer holds at most 16,777,215 units.
+/// More throws OutOfMemoryException and leaves the old text.
 ///
-/// Ownership: a copy, an assigned string and a substring share the buffer of their source. Where that is a buffer of the
-/// heap it lives as long as anyone holds it. Where it is embedded in its owner (Str1Static, Str1Local, Str1Fixed) all who
-/// share it must be gone, or have been written to, before the owner goes: `detached` or `copy` gives a string without that
-/// bond, and sharing an owner that is about to go (an rvalue) copies by itself. Text wrapped by a Str1Wrap must outlive
-/// all who share it.
+/// A copy, an assigned string and a substring share the buffer of their source. A buffer on the heap lives as long as a
+/// string uses it. A buffer may also be part of its owner (Str1Static, Str1Local, Str1Fixed). All strings that share
+/// such a buffer must be destroyed or changed before the owner is destroyed. `detached` and `copy` give a string that
+/// does not depend on the owner, and a copy of an rvalue owner does not share. The text of a Str1Wrap must outlive all
+/// strings that share it.
 class VX_API Str1 {
 public:
     class Appendor;
 
     Str1() noexcept = default;
-    /// A buffer of that capacity; below 1 none.
+    /// Allocates a buffer of that capacity; below 1 none.
     template <std::integral Count>
     explicit Str1(Count capacity)
     {
@@ -55,7 +56,8 @@ public:
     Str1(std::nullptr_t) = delete;
     /// Shares the buffer of `other`.
     Str1(const Str1& other) noexcept;
-    /// Shares it for the range. A `start` outside, or at or behind the end, gives an empty string without a buffer.
+    /// Shares the buffer for the range. A `start` below 0, or not below the length, gives an empty string without a
+    /// buffer.
     Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept;
     Str1(Str1&& other);
     Str1(Str1&& other, std::int32_t start, std::int32_t end = -1);
@@ -77,13 +79,13 @@ public:
     /// A buffer with room for `capacity` units that is ready for use at no cost, or null.
     virtual StrBuf1* fastAllocBuffer(std::uint32_t capacity);
 
-    /// These share; the text of an owner that is about to go is copied.
+    /// These share the buffer, but copy the text of an rvalue that owns its buffer.
     Str1& operator=(const Str1& other) noexcept;
     Str1& operator=(Str1&& other);
     void setTo(const Str1& other) noexcept;
     void setTo(Str1&& other);
 
-    /// These copy the text into a buffer that nobody else holds, at offset 0. `copy` gives 0.
+    /// These copy the text to a buffer that no other string shares, at offset 0. `copy` returns 0.
     Str1& operator=(const char16_t* text);
     Str1& operator=(const String& text);
     Str1& operator=(std::u16string_view text);
@@ -96,20 +98,21 @@ public:
     Str1& operator+=(const String& text);
     Str1& operator+=(const Str1& text);
     Str1& operator+=(std::u16string_view text);
-    /// All give 0. Nothing to add changes nothing.
+    /// All return 0. Appending an empty text changes nothing.
     std::int32_t append(const char16_t* text, std::int32_t length = -1);
     std::int32_t append(char16_t ch, int repeat = 1);
     std::int32_t append(const String& text);
     std::int32_t append(std::u16string_view text);
-    /// Without a buffer yet, this string shares the one of `other`.
+    /// A string without a buffer shares the buffer of `other`.
     std::int32_t append(const Str1& other, std::int32_t count = -1, std::int32_t start = 0);
     std::int32_t append(Str1&& other, std::int32_t count = -1, std::int32_t start = 0);
 
     /// Keeps the buffer.
     void clear() noexcept;
-    /// Gives the buffer up too.
+    /// Releases the buffer too.
     void reset() noexcept;
-    /// For a caller who has written into the buffer: `difference` more or less units are text, as far as it has them.
+    /// For a caller that has written into the buffer: changes the length by `difference`, but not below 0 or beyond the
+    /// room in the buffer.
     void adjustLength(std::int32_t difference) noexcept;
 
     std::int32_t getLength() const noexcept { return m_length; }
@@ -118,7 +121,7 @@ public:
     char16_t* getData0() const noexcept { return m_length != 0 ? first() : nullptr; }
     /// The text's start, also of an empty text; null without a buffer.
     char16_t* getData1() const noexcept { return m_buffer != nullptr ? first() : nullptr; }
-    /// The index is compared with nothing; without a buffer every unit is 0.
+    /// The index is not checked. Without a buffer every unit is 0.
     char16_t operator[](int index) const noexcept { return m_buffer != nullptr ? first()[index] : u'\0'; }
     char16_t getCharAt(int index) const noexcept { return (*this)[index]; }
 
@@ -151,12 +154,12 @@ public:
     /// Shares the buffer, as the constructor from a range does.
     Str1 substring(std::int32_t start, std::int32_t end = -1) const& { return Str1(*this, start, end); }
     Str1 substring(std::int32_t start, std::int32_t end = -1) && { return Str1(std::move(*this), start, end); }
-    /// Both give 0 and touch no buffer unless a unit changes.
+    /// Both return 0. If no unit changes, the buffer stays shared.
     std::int32_t toLower();
     std::int32_t toUpper();
     String toVXString() const;
 
-    /// This text, bound to the life of no other object: shares a buffer that owns its units, and copies any other.
+    /// This text, independent of the life of any other object: shares a buffer that owns its units, otherwise copies.
     Str1 detached() const;
 
     /// Valid until the text changes.
@@ -165,45 +168,49 @@ public:
     /// A surrogate without its other half, leading or trailing, throws InvalidCharacterException.
     std::string toUtf8() const;
 
-    /// These three give 0; a byte sequence that ends inside a character gives RESULT_FAIL, behind what was whole.
+    /// These three return 0. For bytes that end inside a character they return RESULT_FAIL and keep the characters
+    /// before it.
     std::int32_t copyA(const char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
     std::int32_t copyA(const signed char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
     std::int32_t appendA(const char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
     std::int32_t appendA(const signed char* bytes, std::int32_t length = -1, const char16_t* encoding = nullptr);
-    /// Encodes from `*position` (null: 0) on as many whole characters as `size` bytes hold. `*written` and `*position`
-    /// are told also after a failure; RESULT_BUFFER_TOO_SMALL means that text is left.
+    /// Encodes from `*position` (null: 0) as many whole characters as fit in `size` bytes. `*written` and `*position`
+    /// are also set after a failure. RESULT_BUFFER_TOO_SMALL means that a part of the text is left.
     std::int32_t convertToA(char* out, std::int32_t size, text::charset::CharToByteConverter* converter,
         std::int32_t* written = nullptr, std::int32_t* position = nullptr) const;
-    /// As above with a zero byte behind the output, which `written` does not count, unless the result is negative.
+    /// As above, and adds a zero byte, which `written` does not count, unless the result is negative.
     std::int32_t convertToAZ(char* out, std::int32_t size, const char16_t* encoding = nullptr,
         std::int32_t* written = nullptr, std::int32_t* position = nullptr) const;
-    /// The bytes that the text from `position` on needs, without a terminator.
+    /// The number of bytes that the text from `position` on needs, without a terminator.
     std::int32_t getLengthA(std::int32_t* length, const char16_t* encoding = nullptr, std::int32_t position = 0) const;
-    /// The text encoded and zero-terminated.
+    /// The encoded text, zero-terminated.
     OwningArray<char> getBytesAZ(const char16_t* encoding = nullptr) const;
 
-    /// Prepares the buffer for `capacity` units from the text's start, and keeps the text from `start` up to `end`: in
-    /// its place, or at the front of the buffer where it has to move, and then it is the whole text. Gives the units
-    /// that may be written from the text's start on; 0 where a `capacity` of 0 asked for nothing and nothing is there.
+    /// Prepares the buffer for `capacity` units from the start of the text, and keeps the text from `start` up to
+    /// `end`. The kept text stays where it is. If it has to move, it moves to the start of the buffer and becomes the
+    /// whole text. Returns the number of units that may be written from the start of the text on. A `capacity` of 0 on
+    /// a string without a buffer returns 0.
     std::uint32_t ensureCapacity1(std::uint32_t capacity, std::int32_t start, std::int32_t end = -1);
-    /// `n` up to the next multiple of 16; one beyond 31 bits is an OutOfMemoryException.
+    /// `n` rounded up to a multiple of 16. Throws OutOfMemoryException if that needs more than 31 bits.
     static std::int32_t normalizeCapacity(std::uint32_t n);
-    /// Header and units in one allocation, for `capacity` up to the next multiple of 16. The count is 0.
+    /// A new buffer with reference count 0, in one allocation with its units. `capacity` is rounded up to a multiple of
+    /// 16.
     static StrBuf1* newStrBuf1Cap(std::uint32_t capacity);
 
 protected:
-    /// Counts the new buffer before it releases the old one. Offset and length become those of a whole text.
+    /// Adds a reference to the new buffer before it releases the old one. Offset and length become those of a whole
+    /// text.
     void take(StrBuf1* buffer, std::int32_t length = 0) noexcept;
-    /// The units of a source of `length`, where -1 measures and anything else below 0, and null, is nothing.
+    /// The number of units in a text of `length`: -1 measures it; any other negative length, and null, give 0.
     static std::int32_t measured(const char16_t* text, std::int32_t length) noexcept;
     bool uses(const StrBuf1* buffer) const noexcept { return m_buffer == buffer; }
 
 private:
     char16_t* first() const noexcept { return m_buffer->getData() + m_offset; }
     void share(const Str1& other, std::int32_t start, std::int32_t length) noexcept;
-    /// The buffer is part of a string, be it this one.
+    /// The buffer is part of a string, this one or another.
     bool isEmbedded() const noexcept { return m_buffer != nullptr && m_buffer->isStaticInstance(); }
-    /// `text` lies in the storage that a write of this string would move.
+    /// `text` is in the storage that a write to this string would move.
     bool isOwnText(const char16_t* text) const noexcept;
     void moveTo(StrBuf1* buffer, std::int32_t start, std::int32_t kept) noexcept;
     char16_t* extend(std::int32_t count);
@@ -215,27 +222,27 @@ private:
     std::int32_t m_length = 0;
 };
 
-/// Appends many pieces to a string with few looks at its capacity. Lives on the stack, shorter than its target.
+/// Appends many pieces to a string and seldom checks its capacity. The target must outlive it.
 class VX_API Str1::Appendor {
 public:
-    /// Each time room is needed, `firstReserve` units more are asked for, from the second time on `laterReserve`.
-    /// A reserve below 0 is taken as 0.
+    /// If there is no room, it reserves more than it needs: `firstReserve` units the first time, `laterReserve` each
+    /// later time. A reserve below 0 is taken as 0.
     Appendor(Str1& target, std::int32_t firstReserve, std::int32_t laterReserve) noexcept;
     Appendor(const Appendor&) = delete;
     Appendor& operator=(const Appendor&) = delete;
 
-    /// Adds `n` units to the target's length and gives the place where the caller writes them.
+    /// Adds `n` units to the length of the target and returns the place to which the caller writes them.
     char16_t* checkAvailable(std::int32_t n);
-    /// These give 0. A length below 1 adds nothing.
+    /// These return 0. A length below 1 adds nothing.
     std::int32_t fastAppend(const char16_t* text, std::int32_t n);
     std::int32_t fastAppend(char16_t ch);
     /// Reserves room also for a length below 1.
     std::int32_t firstAppend(const char16_t* text, std::int32_t n);
     /// Makes room for `n` units and the reserve.
     void setRemCap(std::int32_t n);
-    /// Call it when the target was changed by other means.
+    /// Call it after the target was changed in another way.
     void resync() noexcept { m_room = 0; }
-    /// The first reserve has been spent.
+    /// 1 once the first reserve has been used.
     short used() const noexcept { return m_firstReserve == SPENT ? 1 : 0; }
 
 private:
@@ -247,17 +254,17 @@ private:
     std::int32_t m_laterReserve;
 };
 
-/// Foreign text, which is not copied and not freed. The buffer is one of the heap, the units in it stay the caller's.
+/// Text of another owner, which is neither copied nor freed. The buffer is on the heap; its units belong to that owner.
 class VX_API Str1Wrap : public Str1 {
 public:
-    /// Writes go in place for the first `capacity` units; with 0 the text is never written to.
+    /// The first `capacity` units are changed in place. With 0 the text is never written to.
     Str1Wrap(const char16_t* text, std::int32_t length = -1, std::uint32_t capacity = 0);
     ~Str1Wrap() override;
 
     using Str1::operator=;
 };
 
-/// Foreign text that is never written to, without any allocation: the first write copies it to a new buffer.
+/// Text of another owner that is never written to, and needs no allocation. The first write copies it to a new buffer.
 class VX_API Str1Static : public Str1 {
 public:
     Str1Static(const char16_t* text, std::int32_t length = -1) noexcept;
@@ -265,14 +272,14 @@ public:
     ~Str1Static() override;
 
     using Str1::operator=;
-    /// Copies the text: each of the two keeps to itself.
+    /// Copies the text; the two strings do not share.
     Str1Static& operator=(const Str1Static& other);
 
 private:
     StrBuf1Static m_static;
 };
 
-/// A copy of the text in a buffer of its own.
+/// A copy of the text that shares no buffer.
 class VX_API Str1Copy : public Str1 {
 public:
     Str1Copy(const char16_t* text, std::int32_t length = -1);
@@ -282,39 +289,39 @@ public:
     using Str1::operator=;
 };
 
-/// The base of strings that carry storage of their own, to which they come back whenever it is free. A string that still
-/// shares that storage when its owner goes is a fault of the program and stops it.
+/// Base of strings with a buffer inside the object. They use it again whenever it is free. If another string still
+/// shares the buffer when its owner is destroyed, the program is wrong and is aborted.
 class VX_API Str1Embedded : public Str1 {
 public:
     Str1Embedded(const Str1Embedded&) = delete;
     ~Str1Embedded() override;
 
     using Str1::operator=;
-    /// Copies the text, as the assignments between two strings of a derived class do: each of the two keeps to itself.
+    /// Copies the text; the two strings do not share. Assignments between two strings of one derived class do the same.
     Str1Embedded& operator=(const Str1Embedded& other);
 
     // Str1
     StrBuf1* fastAllocBuffer(std::uint32_t capacity) override;
 
 protected:
-    /// Not to be touched before `enter`: it is a field of the derived class.
+    /// `embedded` is a field of the derived class. It is used from the call of `enter` on.
     explicit Str1Embedded(StrBuf1* embedded) noexcept
         : m_embedded(embedded)
     {
     }
-    /// Makes the embedded buffer, now built, the string's, with `length` units of text in it.
+    /// Uses the embedded buffer, which has been constructed, with the `length` units in it as the text.
     void enter(std::int32_t length) noexcept;
-    /// The last thing that happens while the embedded buffer stands.
+    /// Call it in the destructor of the derived class, while the embedded buffer still exists.
     void leave() noexcept;
 
 private:
     StrBuf1* m_embedded;
 };
 
-/// Text in the caller's storage, typically an array on the stack, as long as it fits.
+/// Text in storage of the caller, typically an array on the stack, as long as it fits there.
 class VX_API Str1Local : public Str1Embedded {
 public:
-    /// `text` has room for `capacity` units, of which the first `length` are in use.
+    /// `text` has room for `capacity` units, of which the first `length` are used.
     Str1Local(const char16_t* text, std::int32_t length, std::uint32_t capacity);
     ~Str1Local() override;
 
@@ -325,7 +332,7 @@ private:
     StrBuf1Wrap m_local;
 };
 
-/// A string that touches no heap up to `Units` units.
+/// A string that needs no heap for up to `Units` units.
 template <std::uint32_t Units>
 class VX_API Str1Fixed : public Str1Embedded {
 public:
@@ -349,8 +356,8 @@ private:
 
 extern template class VX_API Str1Fixed<128>;
 
-/// Writes UTF-8. Throws only what the stream's own exceptions() asks for: a text that `toUtf8` refuses, and exhaustion, set
-/// the stream's badbit.
+/// Writes UTF-8. If `toUtf8` throws or memory is exhausted, sets the badbit of the stream, and throws only if the
+/// stream's exceptions() ask for that.
 VX_API std::ostream& operator<<(std::ostream& stream, const Str1& text);
 
 } // namespace vx

@@ -44,7 +44,7 @@ class VX_API Str1HashMap {
         std::uint32_t hash;
         std::u16string_view key;
     };
-    /// By hash, then by key; no two entries have one key.
+    /// Order by hash, then by key. No two entries have the same key.
     struct KeyOrder {
         using is_transparent = void;
 
@@ -71,7 +71,7 @@ public:
         Node* nextNode = nullptr;
     };
 
-    /// A `capacity` below 1 is taken as 1; a `load` below 0.01, and one that is no finite number, as the default.
+    /// A `capacity` below 1 is taken as 1. The default replaces a `load` that is below 0.01 or not finite.
     explicit Str1HashMap(int capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD);
     Str1HashMap(const Str1HashMap&) = delete;
     Str1HashMap& operator=(const Str1HashMap&) = delete;
@@ -80,19 +80,19 @@ public:
     /// Keeps the capacity.
     virtual void clear();
     virtual bool containsKey(const Str1& key) const;
-    /// False leaves `value` as it is.
+    /// False, and `value` is unchanged, if the key is missing.
     virtual bool get(const Str1& key, T& value) const;
     virtual int getSize() const;
-    /// Stores the old value, if there is one, in `*previous`, which may be null. Iterators stay valid when the key was
-    /// there before.
+    /// Stores the old value, if there is one, in `*previous`, which may be null. A new value for an existing key leaves
+    /// iterators valid.
     virtual void put(const Str1& key, ValueArgument value, T* previous = nullptr);
     virtual void remove(const Str1& key, T* previous = nullptr);
     virtual void iteratorInit(KeyValueIterator& iterator) const;
-    /// False also for a map that changed since `iteratorInit`.
+    /// False also if the map has changed since `iteratorInit`.
     virtual bool iteratorHasNext(KeyValueIterator& iterator) const;
-    /// Points into the map, where the value may be changed. Without a next entry nothing is stored.
+    /// Stores a pointer into the map, through which the value may be changed. Stores nothing if there is no next entry.
     virtual void iteratorNext(KeyValueIterator& iterator, const Str1** key, T** value) const;
-    /// Makes `out` the form of `key` that is hashed, compared and kept.
+    /// Stores in `out` the form of `key` that is hashed, compared and kept.
     virtual void normalizeKey(Str1& out, const Str1& key) const;
 
     bool isEmpty() const { return getSize() == 0; }
@@ -129,7 +129,7 @@ private:
 
     std::size_t bucketNumberOf(std::uint32_t hash) const noexcept { return m_order.bucketOf(hash); }
     NodePtr& bucketOf(std::uint32_t hash) const noexcept { return m_table[bucketNumberOf(hash)]; }
-    /// The map is of no derived class, so that a key is its own normalised form.
+    /// Whether the map is exactly this class: then a key is already in its normalised form.
     bool keepsKeys() const noexcept { return &typeid(*this) == &typeid(Str1HashMap); }
     void putNormalized(const Str1& normalized, ValueArgument value, T* previous);
     /// These two return null if there is no such entry.

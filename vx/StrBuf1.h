@@ -8,31 +8,31 @@
 
 namespace vx {
 
-/// The storage behind `Str1`: where the units lie, how many of them there are and how many strings hold them.
+/// The storage of `Str1`: the place of its units, their number, and the number of strings that share them.
 ///
-/// The count is a plain number, so all holders belong to one thread. It starts at 0, and the `Release` that takes it
-/// back there deletes the buffer, which therefore comes from `new`, unless it holds a count on itself
-/// (`initStaticInstance`).
+/// The reference count is a plain number, so all strings that share a buffer belong to one thread. It starts at 0. The
+/// `Release` that takes it back to 0 deletes the buffer, so the buffer comes from `new`, unless it holds a reference to
+/// itself (`initStaticInstance`).
 class VX_API StrBuf1 {
 public:
-    /// What 24 bits hold; more is an OutOfMemoryException.
+    /// The largest number of 24 bits. More throws OutOfMemoryException.
     static constexpr std::uint32_t MAX_CAPACITY = 0x00FFFFFF;
 
     /// Bits of `getHeapBits`: what the destructor does with the data.
-    static constexpr std::uint32_t HEAP_FREE = 0x01000000; ///< gives them back to the C runtime
-    static constexpr std::uint32_t HEAP_DELETE = 0x02000000; ///< gives them back to `vxsys::deallocate`
+    static constexpr std::uint32_t HEAP_FREE = 0x01000000; ///< returns them to the C runtime
+    static constexpr std::uint32_t HEAP_DELETE = 0x02000000; ///< returns them to `vxsys::deallocate`
 
-    /// A null `data` has a capacity of 0. The data stay the caller's until a heap bit is set.
+    /// A null `data` has a capacity of 0. The caller owns the data until a heap bit is set.
     StrBuf1(char16_t* data, std::uint32_t capacity);
     StrBuf1(const StrBuf1&) = delete;
     StrBuf1& operator=(const StrBuf1&) = delete;
     virtual ~StrBuf1();
 
-    /// Both give the new count.
+    /// Both return the new count.
     virtual std::uint32_t AddRef();
     virtual std::uint32_t Release();
-    /// The capacity if a write may go in place, else 0. With a `noSelfCount` other than 0 the count that a static
-    /// instance holds on itself is not forgiven.
+    /// The capacity if the buffer may be changed in place, otherwise 0. A `noSelfCount` other than 0 counts the
+    /// reference of a static instance to itself as a reference of another string.
     virtual std::uint32_t isPrivatelyHeld(short noSelfCount) const;
     virtual std::uint32_t getBufCapacity() const;
 
@@ -43,8 +43,8 @@ public:
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) noexcept { }
 
-    /// Takes one count for the buffer itself, so that it is never deleted: it is part of another object. With an
-    /// `alwaysPrivate` other than 0 every write goes in place, whoever else holds the buffer.
+    /// Adds a reference of the buffer to itself, so that it is never deleted: it is part of another object. With an
+    /// `alwaysPrivate` other than 0 every write changes it in place, even if strings share it.
     void initStaticInstance(short alwaysPrivate);
 
     char16_t* getData() const noexcept { return m_data; }
@@ -53,9 +53,9 @@ public:
     std::uint32_t getHeapBits() const noexcept { return m_flags & HEAP_BITS; }
     void setHeapBits(std::uint32_t bits) noexcept { m_flags = (m_flags & ~HEAP_BITS) | (bits & HEAP_BITS); }
 
-    /// The buffer is part of another object, and its holders must be gone before that.
+    /// The buffer is part of another object. Strings that use it must be destroyed before that object.
     bool isStaticInstance() const noexcept { return (m_flags & STATIC_INSTANCE) != 0; }
-    /// The data live exactly as long as the buffer: they are its own memory, in one allocation with it or beside it.
+    /// Frees nothing: the data are in the same allocation or the same object as the buffer.
     bool ownsData() const noexcept;
 
 private:
@@ -68,14 +68,14 @@ private:
     std::uint32_t m_flags = 0;
 };
 
-/// Over memory that is not freed: foreign, a member array, or the rest of the buffer's own allocation.
+/// For data that the buffer does not free: of another owner, in a member array, or after the buffer in its allocation.
 class VX_API StrBuf1Wrap : public StrBuf1 {
 public:
     using StrBuf1::StrBuf1;
     ~StrBuf1Wrap() override;
 };
 
-/// `Units` units in a member array, which start with no value.
+/// `Units` units in a member array, which start uninitialised.
 template <std::uint32_t Units>
 class VX_API StrBuf1Fixed : public StrBuf1Wrap {
     static_assert(Units <= MAX_CAPACITY);
@@ -90,7 +90,7 @@ private:
     char16_t m_units[Units];
 };
 
-/// Part of the one string that owns it, over text that is never written: it counts nobody, and every write copies.
+/// Part of one string, for text that is never written to. It counts no references, and every write copies.
 class VX_API StrBuf1Static : public StrBuf1 {
 public:
     explicit StrBuf1Static(const char16_t* text);

@@ -32,7 +32,8 @@ namespace {
 
 constexpr char16_t EMPTY_TEXT[] = u"";
 
-/// The buffer that all empty strings share. Its own count keeps it: strings of other libraries live past its statics.
+/// The buffer that all empty strings share. It holds a reference to itself, because strings of other libraries may
+/// outlive the static objects of this file.
 class SharedEmptyBuffer {
 public:
     SharedEmptyBuffer() noexcept
@@ -42,7 +43,7 @@ public:
         s_buffer = buffer;
     }
 
-    /// A string that is built before this file's statics gets a buffer of its own.
+    /// A string that is constructed before the static objects of this file gets a new buffer.
     static Reference<IVXCharBuffer> get()
     {
         if (s_buffer != nullptr)
@@ -187,7 +188,7 @@ String& String::operator=(String&& other)
 {
     if (m_buffer == other.m_buffer) // as in the moves of a sort, where the text has never left
         return *this;
-    // A buffer that may not be written is somebody's memory, which an assignment never binds this string to.
+    // A read-only buffer refers to memory of another owner. An assignment must not make this string depend on it.
     if (!other.isSoleWriter())
         return setTo(other);
     swap(other);
@@ -228,7 +229,7 @@ String& String::setTo(char16_t ch, int count)
 
 String& String::setTo(AcquireMode mode, const char16_t* text, int length)
 {
-    // Text of this string's own would go with the buffer that a wrap replaces.
+    // A wrap replaces the buffer, and a text inside that buffer would be freed with it.
     if (mode == AcquireWrap && text != nullptr && !isOwnText(text)) {
         m_buffer = wrapped(text, measured(text, length));
         m_ansi = nullptr;
@@ -319,14 +320,14 @@ char16_t* String::ensureCapacity(int minimumLength)
 
 void String::releaseWriteLock(int length)
 {
-    m_ansi = nullptr; // what was encoded while the lock was held is not the new text
+    m_ansi = nullptr; // bytes that were encoded under the lock are not those of the new text
     if (length < 0)
         length = VXStrLenW(m_buffer->GetData());
     try {
         char16_t* data = nullptr;
         throwIfFailed(m_buffer->EnsureCapacity(withTerminator(length), &data));
         data[length] = 0;
-    } catch (...) { // the lock goes all the same, and the old text with it
+    } catch (...) { // the lock is released nevertheless, and the old text is dropped
         char16_t* data = nullptr;
         const int held = m_buffer->GetLength();
         if (held > 0 && m_buffer->EnsureCapacity(held, &data) >= 0)

@@ -49,34 +49,35 @@ class VX_API String : public util::AbstractCharBuffer {
 public:
     class AnsiBytes;
 
-    /// How a source is taken. Any other value is AcquireCopy.
+    /// How a source is used. Any other value is AcquireCopy.
     enum AcquireMode : int {
         AcquireCopy = 0,
-        AcquireShare = 1, ///< a count on the source's buffer; a plain text has none and is copied
-        AcquireWrap = 2, ///< the source's text itself, which must outlive this string and all who share it
+        AcquireShare = 1, ///< shares the buffer of the source; a text without a buffer is copied
+        AcquireWrap = 2, ///< uses the text of the source in place: it must outlive this string and all that share it
         AcquireUpper = 3 ///< a copy in upper case
     };
 
-    /// Bits of the sides that `trim` works on.
+    /// Bits for the ends of the text that `trim` works on.
     enum TrimType { TrimLeading = 1, TrimTrailing = 2, TrimBoth = 3 };
 
     String();
     /// Shares the buffer of `other`.
     String(const String& other) noexcept;
-    /// Room for `capacity` units; the text is empty.
+    /// An empty text with room for `capacity` units.
     explicit String(int capacity);
     String(const char16_t* text, int length = -1, int capacity = 0);
     explicit String(char16_t ch, int count = 1, int capacity = 0);
     String(const STRUCT_VX_STR_LIT_INFO& literal);
-    /// Copies under the read lock of `buffer`.
+    /// Copies the text under the read lock of `buffer`.
     explicit String(util::ICharBuffer* buffer);
-    /// A range of `other`. AcquireShare takes the whole buffer; a wrapped range need not end with a zero unit.
+    /// A range of `other`. AcquireShare shares the whole buffer. A wrapped range need not end with a zero unit.
     String(AcquireMode mode, const String& other, int start = 0, int end = -1, int capacity = 0);
-    /// AcquireWrap needs the zero at `text[length]`.
+    /// AcquireWrap needs a zero unit at `text[length]`.
     String(AcquireMode mode, const char16_t* text, int length = -1, int capacity = 0);
-    /// AcquireShare adopts the buffer, whose length counts a terminator; the others read it as text without one.
+    /// AcquireShare uses `buffer` itself, and its length must include a terminator. The other modes read it as text
+    /// without a terminator.
     String(AcquireMode mode, util::ICharBuffer* buffer);
-    /// A mode is no length; it comes first.
+    /// A mode is not a length: it must be the first argument.
     String(const char16_t* text, AcquireMode) = delete;
     /// Decodes narrow text. A null `encoding` is the default encoding; an unknown one throws UnknownEncodingException. A
     /// character that is incomplete at the end is left out.
@@ -91,7 +92,7 @@ public:
     String(const std::string& utf8);
     String(const std::u8string& utf8);
     String(const char8_t* utf8);
-    /// A character or a truth value is no capacity.
+    /// A character or a bool is not a capacity.
     explicit String(bool) = delete;
     explicit String(char) = delete;
     explicit String(wchar_t) = delete;
@@ -99,7 +100,7 @@ public:
     explicit String(char32_t) = delete;
     String(std::nullptr_t) = delete;
 
-    /// What the constructors of the same arguments make.
+    /// These return what the constructors with the same arguments make.
     static String CVXString(const String& other);
     static String CVXString(const char16_t* text, int length = -1, int capacity = 0);
     static String CVXString(const char* bytes, int length = -1, const char16_t* encoding = nullptr, int capacity = 0);
@@ -108,7 +109,7 @@ public:
 
     /// Copies the text; the two strings do not share.
     String& operator=(const String& other);
-    /// Takes the buffer of `other` where nobody else holds it and it may be written; copies the text elsewhere.
+    /// Takes over the buffer of `other` if no other string shares it and it may be written; otherwise copies the text.
     String& operator=(String&& other);
     String& operator=(const char16_t* text);
     String& operator=(char16_t ch);
@@ -131,37 +132,38 @@ public:
     void swap(String& other) noexcept;
     friend void swap(String& left, String& right) noexcept { left.swap(right); }
 
-    // AbstractCharBuffer: lengths less the terminator. A write copies first where the buffer is shared or read-only, so
-    // every string is writable. Reads and releases must pair.
+    // AbstractCharBuffer: lengths do not include the terminator. A write first copies a buffer that is shared or
+    // read-only, so every string is writable. Each lock must be released.
     int getLength() const override;
     const char16_t* getData() const override;
     const char16_t* getReadLock() const override;
     void releaseReadLock() const override;
     bool isWritable() const override;
     char16_t* getWriteLock(int minimumLength) override;
-    /// Grows without copying first: take the write lock before.
+    /// Grows the buffer, which must already be under the write lock.
     char16_t* ensureCapacity(int minimumLength) override;
-    /// Writes the terminator. -1 measures the text.
+    /// Writes the terminator. A `length` of -1 measures the text.
     void releaseWriteLock(int length) override;
-    /// Storage that other strings read is left alone.
+    /// Does nothing to a buffer that other strings share.
     void freeExtra() override;
 
-    /// The type of the argument picks the width of the text, its value means nothing.
+    /// The type of `width` chooses the width of the text; its value has no effect.
     const char16_t* getDataT(int width) const;
     const char* getDataT(bool width) const;
     const char16_t* getReadLockT(int width) const;
     const char* getReadLockT(bool width) const;
 
-    /// Makes the held buffer this string's own and writable, with room for `capacity` units, terminator included.
+    /// Makes the buffer writable and not shared, with room for `capacity` units, the terminator included.
     void copyOnWrite(int capacity);
 
-    /// The text encoded and zero-terminated, kept until the text changes or another encoding is asked for.
+    /// The encoded text, zero-terminated. It is valid until the text changes or another encoding is requested.
     const char* getBytes(const char16_t* encoding = nullptr) const;
     const char* getBytes(std::nullptr_t) const { return getBytes(); }
-    /// As above under the read lock, which `releaseReadLock` ends.
+    /// As above, under the read lock. `releaseReadLock` ends it.
     const char* getBytesReadLock(const char16_t* encoding = nullptr) const;
     void getBytes(util::IByteBuffer* out, const char16_t* encoding = nullptr) const;
-    /// Returns the bytes written, the terminator included if it fitted. Only whole characters are written.
+    /// Returns the number of bytes written. They include the terminator if there is room for it. Only whole characters
+    /// are written.
     std::int32_t getBytes(char* out, std::int32_t size, const char16_t* encoding = nullptr) const;
     std::int32_t getBytes(signed char* out, std::int32_t size, const char16_t* encoding = nullptr) const;
     std::int32_t getBytes(unsigned char* out, std::int32_t size, const char16_t* encoding = nullptr) const;
@@ -173,11 +175,12 @@ public:
     /// False for an `other` that is no String.
     bool equals(const Object& other) const override;
     std::uint32_t hashCode() const override;
-    /// Samples at most 63 units, however long the text.
+    /// Reads at most 63 units of the text.
     std::uint32_t hashCode(bool ignoreCase) const;
     String toString() const override;
 
-    /// The one edit on which all others rest: `count` units from `start` give way to `text` from `textStart` on.
+    /// Replaces `count` units from `start` on by `text` from `textStart` on. All other changes of the text are made of
+    /// this one.
     String& replace(int start, int count, const char16_t* text, int length = -1, int textStart = 0);
     String& replace(int start, int count, const String& text, int textStart = 0);
     String& replace(int start, int count, char16_t ch, int repeat = 1);
@@ -195,28 +198,29 @@ public:
     String& insert(int position, const char16_t* text, int length = -1);
     String& insert(int position, const String& text);
     String& remove(int start, int count = -1);
-    /// Cuts, or fills up with `fill`.
+    /// Truncates the text, or appends `fill` to it.
     void resize(int length, char16_t fill);
     /// Keeps the buffer and its capacity.
     void clear();
     void setCharAt(int index, char16_t ch);
-    /// Every unit `from` becomes `to`.
+    /// Replaces every unit `from` by `to`.
     void translate(char16_t from, char16_t to);
-    /// These three stand for the interface's sake: the text stays as it is.
+    /// These three exist for compatibility and do not change the text.
     void translate(const char16_t* from, int fromLength, const char16_t* to, int toLength);
     void translate(const char16_t* from, const char16_t* to);
     void translate(const String& from, const String& to);
     void toLower();
     void toUpper();
-    /// Takes space, tab, carriage return and line feed off the ends.
+    /// Removes space, tab, carriage return and line feed from the ends.
     void trim(TrimType type = TrimBoth);
     void trim(char16_t ch, TrimType type = TrimBoth);
-    /// `set` is zero-terminated, whatever `length` says. Its terminator is part of it: zero units are trimmed too.
+    /// `set` ends at its zero unit, whatever `length` is. That zero unit is part of the set: zero units are trimmed
+    /// too.
     void trim(const char16_t* set, int length = -1, TrimType type = TrimBoth);
     void trim(const char16_t* set, TrimType type) { trim(set, -1, type); }
     void trim(const String& set, TrimType type = TrimBoth);
 
-    /// The units from `start` up to `end`, both clipped to the text, as a text of its own.
+    /// A copy of the units from `start` up to, but not including, `end`. Both are limited to the text.
     String substring(int start, int end = -1) const;
     char16_t getCharAt(int index) const;
     char16_t operator[](int index) const;
@@ -229,7 +233,7 @@ public:
     {
         return equals(text, -1, ignoreCase);
     }
-    /// By unit value, a prefix before the longer text. Where one is a prefix of the other, the result is the difference of
+    /// Compares by unit value. If one text is a prefix of the other, it is below, and the result is the difference of
     /// the lengths.
     int compare(const String& other, bool ignoreCase = false) const;
     int compare(const char16_t* text, int length = -1, bool ignoreCase = false) const;
@@ -244,7 +248,7 @@ public:
     int regionCompare(int start, int count, const String& other, int otherStart = 0, bool ignoreCase = false) const;
     int regionCompare(
         int start, int count, const char16_t* text, int length = -1, int textStart = 0, bool ignoreCase = false) const;
-    /// Here and below, deleted forms refuse a bool where a length or a position belongs.
+    /// Deleted, here and below: a bool in the place of a length or a position.
     template <class Text, std::same_as<bool> Flag>
     bool regionMatches(int, int, const Text&, Flag) const = delete;
     template <std::same_as<bool> Flag>
@@ -276,8 +280,8 @@ public:
         return contains(text, -1, ignoreCase);
     }
 
-    /// Searches give a position or -1; an empty pattern or set finds nothing. A search backwards must end at or before
-    /// `from`.
+    /// Searches return a position or -1. An empty pattern or set is never found. The match of a backward search ends at
+    /// or before `from`.
     int indexOf(char16_t ch, int from = 0, bool ignoreCase = false) const;
     int indexOf(const char16_t* text, int length = -1, int from = 0, bool ignoreCase = false) const;
     int indexOf(const String& text, int from = 0, bool ignoreCase = false) const;
@@ -323,15 +327,16 @@ public:
     template <std::same_as<bool> Flag>
     int findLastNotOf(const char16_t*, int, Flag) const = delete;
 
-    /// Becomes the template with `{0}`, `{1}`, ... filled from zero-terminated UTF-16 arguments (`const char16_t*`), taken
-    /// in order for as long as the next number occurs in the template. Text that was inserted is not looked at again.
+    /// Replaces the text by the template `format`, with `{0}`, `{1}`, ... filled from zero-terminated UTF-16 arguments
+    /// (`const char16_t*`). Arguments are read in order, as long as the next number occurs in the template.
+    /// Placeholders in inserted text are not replaced.
     const String& format(const char16_t* format, int length, ...);
     const String& format(String format, ...);
     const String& formatv(const char16_t* format, int length, std::va_list arguments);
     const String& formatv(String format, std::va_list arguments);
 
-    /// Integers in decimal, floating-point numbers with six significant digits in the shorter form ("%g"), always with the
-    /// C locale's point.
+    /// Integers are decimal. Floating-point numbers have six significant digits in the shorter form ("%g"), with the
+    /// point of the C locale.
     static String valueOf(int value);
     static String valueOf(unsigned int value);
     static String valueOf(long value);
@@ -342,7 +347,7 @@ public:
     static String valueOf(double value);
     static String valueOf(bool value);
     static String valueOf(char16_t value);
-    /// A pointer is no truth value.
+    /// A pointer is not a bool.
     static String valueOf(const void*) = delete;
 
     /// Valid until the text changes.
@@ -373,9 +378,9 @@ private:
     friend class detail::StringSource;
     friend class detail::StringWriteLock;
 
-    /// A write may go ahead in place.
+    /// Whether the text may be changed in place.
     bool isSoleWriter() const;
-    /// `text` lies in the storage that an edit of this string would move.
+    /// `text` is in the storage that an edit of this string would move.
     bool isOwnText(const char16_t* text) const;
     void splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill);
     void internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity);
@@ -390,8 +395,8 @@ VX_API String operator+(const char16_t* left, const String& right);
 VX_API String operator+(char16_t left, const String& right);
 VX_API String operator+(const String& left, const String& right);
 
-/// Writes UTF-8. Throws only what the stream's own exceptions() asks for: a text that `toUtf8` refuses, and exhaustion, set
-/// the stream's badbit.
+/// Writes UTF-8. If `toUtf8` throws or memory is exhausted, sets the badbit of the stream, and throws only if the
+/// stream's exceptions() ask for that.
 VX_API std::ostream& operator<<(std::ostream& stream, const String& text);
 
 } // namespace vx

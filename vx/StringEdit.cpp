@@ -21,8 +21,8 @@ using detail::StringSource;
 using detail::StringWriteLock;
 using Units = std::char_traits<char16_t>;
 
-/// Puts `insert` units, those of `text` or without one copies of `fill`, in place of a range. `text` lies outside this
-/// string's storage.
+/// Replaces a range by `insert` units of `text`, or by `insert` copies of `fill` if `text` is null. `text` is outside
+/// the storage of this string.
 void String::splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill)
 {
     if (PlainBuffer::splice(*this, start, count, text, insert, fill))
@@ -83,7 +83,7 @@ String& String::append(const char16_t* text, int length)
 {
     length = measured(text, length);
     if (char16_t* place = PlainBuffer::extend(*this, length)) {
-        Units::move(place, text, static_cast<std::size_t>(length)); // own text may reach up to the place
+        Units::move(place, text, static_cast<std::size_t>(length)); // a text of this string may end there
         return *this;
     }
     if (PlainBuffer::appendToCopy(*this, text, length))
@@ -111,7 +111,7 @@ String& String::append(char16_t ch, int repeat)
 String& String::append(const String& text)
 {
     std::u16string_view units;
-    if (PlainBuffer::readExact(text, &units)) // also this string's own, which `append` takes care of
+    if (PlainBuffer::readExact(text, &units)) // `append` also accepts text of this string
         return append(units.data(), static_cast<int>(units.size()));
     const StringSource source(*this, text);
     return append(source.data(), source.length());

@@ -31,11 +31,11 @@ String printed(Value... value)
     return String(text, static_cast<int>(last - text));
 }
 
-/// The number in a placeholder at the head of `text`, or -1 where there is none. `*length` gets its units.
+/// The number of the placeholder at the start of `text`, or -1. `*length` becomes the length of the placeholder.
 int placeholderAt(std::u16string_view text, std::size_t* length) noexcept
 {
     constexpr int LARGEST = 99999999;
-    std::size_t index = 1; // behind the brace
+    std::size_t index = 1; // after the brace
     int number = 0;
     while (index < text.size() && text[index] >= u'0' && text[index] <= u'9' && number <= LARGEST)
         number = number * 10 + (text[index++] - u'0');
@@ -52,7 +52,8 @@ struct Placeholder {
     std::size_t number;
 };
 
-/// The placeholders of a template in their order. So high a number that not all below it have room in the template is none.
+/// The placeholders of a template in their order. A number so high that the template is too short for all lower ones is
+/// no placeholder.
 void findPlaceholders(std::u16string_view text, std::pmr::vector<Placeholder>& places)
 {
     std::size_t length = 1;
@@ -64,7 +65,7 @@ void findPlaceholders(std::u16string_view text, std::pmr::vector<Placeholder>& p
     }
 }
 
-/// How many of the numbers from 0 on occur, up to the first that does not.
+/// The number of placeholders 0, 1, 2 and so on that occur, up to the first that does not.
 std::size_t countConsecutive(const std::pmr::vector<Placeholder>& places, std::pmr::memory_resource& memory)
 {
     std::pmr::vector<char> seen(places.size(), &memory);
@@ -119,7 +120,7 @@ const String& String::formatv(const char16_t* format, int length, std::va_list a
             value = argument;
     }
 
-    std::pmr::u16string result(&memory); // template and arguments may be this string's own text
+    std::pmr::u16string result(&memory); // the template and the arguments may be in this string
     std::size_t room = text.size();
     for (const Placeholder& placeholder : places)
         room += placeholder.number < values.size() ? values[placeholder.number].size() : 0;

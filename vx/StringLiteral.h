@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// A static text, zero-terminated, with its length in units less the terminator. A `String` made from one wraps the text
-/// and copies nothing.
+/// A constant text, zero-terminated, and its length without the terminator. A `String` made of it uses the text in
+/// place.
 struct STRUCT_VX_STR_LIT_INFO {
     const char16_t* text;
     std::int32_t length;

@@ -27,13 +27,13 @@ namespace {
 
 constexpr int NOT_FOUND = -1;
 
-/// Where a search backwards begins: -1 and all beyond the end mean the last unit, anything below nothing.
+/// Where a backward search begins: -1, and a place beyond the end, mean the last unit. Lower numbers find nothing.
 int clippedToLast(int from, int length) noexcept
 {
     return from == -1 || from >= length ? length - 1 : std::max(from, -1);
 }
 
-/// Two stretches of text after clipping, the own one first.
+/// Two ranges limited to their texts, first that of this string.
 struct Regions {
     Regions(const StringReadLock& own, int start, int count, const char16_t* text, int length, int textStart) noexcept
     {
@@ -58,8 +58,8 @@ struct Regions {
     int rightLength;
 };
 
-/// A search for a pattern of one unit or more. The plain scan is the fastest for nearly every text, but for some, such as
-/// long runs of one letter, it takes a time in proportion to the product of both lengths. When its failed comparisons have
+/// A search for a pattern of one unit or more. The plain scan is the fastest for nearly every text. For some, such as
+/// long runs of one letter, its time is proportional to the product of both lengths. So once failed comparisons have
 /// cost several times the length of the text, the two-way search takes over.
 class PatternSearch {
 public:
@@ -108,11 +108,11 @@ public:
     }
 
 private:
-    /// The units that failed comparisons may cost.
+    /// The number of units that failed comparisons may read.
     static std::int64_t patienceFor(int candidates) noexcept { return 4096 + std::int64_t {candidates} * 4; }
 
-    /// Gives the result of `scanAll(mayMatch, matches)`. With `patience` below 0 afterwards, that is no match, but the
-    /// place at which the scan was given up.
+    /// Returns the result of `scanAll(mayMatch, matches)`. If `patience` is below 0 afterwards, the result is not a
+    /// match, but the place where the scan was given up.
     template <class ScanAll>
     int scan(std::int64_t& patience, ScanAll scanAll) const noexcept
     {
@@ -123,7 +123,7 @@ private:
         if (m_ignoreCase) {
             const char16_t first = detail::lowerUnit(pattern[0]);
             return scanAll(
-                [=](int index) { // a quick look, since beyond ASCII only the tables tell
+                [=](int index) { // a cheap test: only the tables know the case of units beyond ASCII
                     const char16_t unit = text[index];
                     const char16_t lower = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
                     return lower == first || unit >= 0x80;
@@ -159,7 +159,7 @@ private:
     bool m_ignoreCase;
 };
 
-/// The first position from `from` on whose being in the set is `wanted`.
+/// The first position from `from` on at which a unit is in the set, or is not if `wanted` is false.
 int findUp(
     const StringReadLock& text, const char16_t* set, int setLength, int from, bool ignoreCase, bool wanted) noexcept
 {
@@ -446,20 +446,21 @@ void String::trim(char16_t ch, TrimType type)
 
 void String::trim(const char16_t* set, int length, TrimType type)
 {
-    if (set != nullptr && isOwnText(set)) { // trimming would move the set
+    if (set != nullptr && isOwnText(set)) { // trimming would move a set inside this string
         const std::u16string copy(set);
         return trim(copy.c_str(), length, type);
     }
     const UnitSet blanks(set, -1, false);
     StringWriteLock target(*this);
-    trimUnits(target, type, [&](char16_t unit) { return unit == 0 || blanks.contains(unit); }); // the terminator counts
+    // The terminator is part of the set.
+    trimUnits(target, type, [&](char16_t unit) { return unit == 0 || blanks.contains(unit); });
 }
 
 void String::trim(const String& set, TrimType type)
 {
     const StringSource source(*this, set);
     const std::u16string units(
-        source.data(), static_cast<std::size_t>(source.length())); // a part may lack a terminator
+        source.data(), static_cast<std::size_t>(source.length())); // a part of a text may have no terminator
     trim(units.c_str(), -1, type);
 }
 

@@ -19,7 +19,7 @@ std::u16string copyOf(const String& text)
     return {lock.data(), static_cast<std::size_t>(lock.length())};
 }
 
-/// `text` itself, unless it has a zero unit in it.
+/// Returns `text`. Throws if it contains a zero unit.
 template <class Text>
 Text&& checked(Text&& text, std::int32_t refusal)
 {

@@ -33,8 +33,8 @@ private:
     const char16_t* m_text;
 };
 
-/// A TerminatedText by which the operating system, a registry or another component finds something. A zero unit inside
-/// would cut the name, and so name something else: such a text is refused.
+/// A TerminatedText for the name of something in the operating system, a registry or another component. A zero unit
+/// would cut the name to that of something else, so such a text is refused.
 class VX_API SystemName : public TerminatedText {
 public:
     /// Throws ResultException with the code `refusal` for a text with a zero unit in it.

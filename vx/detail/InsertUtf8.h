@@ -5,8 +5,8 @@
 
 namespace vx::detail {
 
-/// Inserts a text in UTF-8 as the standard's own inserters would: a failure to make the bytes sets badbit, and is thrown
-/// only if the stream's exceptions() ask for that.
+/// Inserts a text in UTF-8 as the inserters of the standard library do. If the bytes cannot be made, sets badbit, and
+/// throws only if the stream's exceptions() ask for that.
 template <class Text>
 std::ostream& insertUtf8(std::ostream& stream, const Text& text)
 {

@@ -15,11 +15,12 @@ struct RawArrayDeleter {
     void operator()(void* memory) const noexcept { VXMemFree(memory); }
 };
 
-/// Sole owner of plain units from the C runtime's allocator. It knows no length.
+/// Owns an array from the C runtime's allocator. It does not store the length.
 template <class Unit>
 using RawArray = std::unique_ptr<Unit[], RawArrayDeleter>;
 
-/// `count` units without a value; null for 0. Exhaustion and a negative count throw std::bad_alloc.
+/// Allocates `count` uninitialised units; null for 0. Throws std::bad_alloc if memory is exhausted or `count` is
+/// negative.
 template <class Unit>
 RawArray<Unit> makeRawArray(std::int64_t count)
 {

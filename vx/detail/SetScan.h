@@ -10,7 +10,8 @@
 
 namespace vx::detail {
 
-/// The first index from `from` up to, but not including, `length` at which a unit's being in `set` is `wanted`, or `length`.
+/// The first index from `from` up to, but not including, `length` at which a unit is in `set`, or is not if `wanted` is
+/// false. `length` if there is none.
 inline int scanSet(const char16_t* text, int from, int length, const UnitSet& set, bool wanted) noexcept
 {
     while (from < length && set.contains(text[from]) != wanted)

@@ -15,7 +15,7 @@ namespace vx::detail {
 
 namespace {
 
-/// As through the component view, where exhaustion is a result.
+/// As the component view, which returns exhausted memory as a result.
 template <class Work>
 void withResultOnExhaustion(Work work)
 {
@@ -65,7 +65,7 @@ void StringReadLock::lockView()
     m_length = m_text.GetLength();
     throwIfFailed(m_text.GetReadLock(&m_data));
     m_isLocked = true;
-    m_length = m_text.GetLength(); // a writer may have been at work until now
+    m_length = m_text.GetLength(); // a writer may have changed it until the lock was granted
 }
 
 void StringReadLock::unlockView()

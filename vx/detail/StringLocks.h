@@ -20,7 +20,7 @@
 
 namespace vx::detail {
 
-/// Addresses are compared, which is fast; a type whose record exists twice is only slower.
+/// Compares addresses, which is fast. A type with two type records is not recognised, and only takes more time.
 template <class Exact, class Base>
 bool isExactly(const Base& object) noexcept
 {
@@ -46,7 +46,7 @@ public:
         return isExactly<util::ROCharBuffer>(buffer) ? &static_cast<const util::ROCharBuffer&>(buffer) : nullptr;
     }
 
-    /// The storage of an RWCharBuffer (exactly that class) to which only one string refers; null for anything else.
+    /// The storage of an RWCharBuffer (exactly that class) that only one string uses; null for anything else.
     static Storage* soleStorage(IVXCharBuffer& buffer) noexcept
     {
         if (!isExactly<util::RWCharBuffer>(buffer))
@@ -55,14 +55,14 @@ public:
         return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
     }
 
-    /// The storage of a string that may write to it and has nothing else to change; null for anything else.
+    /// The storage of a string that may write to it without any further change; null for anything else.
     static Storage* writableStorage(String& text) noexcept
     {
         return isExactly<String>(text) && text.m_ansi == nullptr ? soleStorage(*text.m_buffer) : nullptr;
     }
 
-    /// Makes the text `more` units longer and returns the place where the caller writes them. Null, and no change, where
-    /// that would take a copy or new storage.
+    /// Makes the text `more` units longer and returns the place of the new units. Null, and no change, if that needs a
+    /// copy or new storage.
     static char16_t* extend(String& text, int more) noexcept
     {
         Storage* storage = writableStorage(text);
@@ -77,7 +77,7 @@ public:
         return place;
     }
 
-    /// Appends one unit within the capacity. False, and no change, where that would take more.
+    /// Appends one unit within the capacity. False, and no change, if that needs a copy or more room.
     static bool push(String& text, char16_t unit) noexcept
     {
         Storage* storage = writableStorage(text);
@@ -93,11 +93,11 @@ public:
         return true;
     }
 
-    /// Appends to a text whose buffer is shared or read-only, by a new buffer with room for both parts. `more` may lie in the
-    /// old one. False, and no change, for any other text.
+    /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts. `more` may
+    /// be in the old buffer. False, and no change, for any other text.
     static bool appendToCopy(String& text, const char16_t* more, int count);
 
-    /// Makes `text` the units of `source`, which may lie in its own storage. False, and no change, where that would take a
+    /// Replaces `text` by the units of `source`, which may be in its own storage. False, and no change, if that needs a
     /// copy or new storage.
     static bool overwrite(String& text, const char16_t* source, int length) noexcept
     {
@@ -111,8 +111,8 @@ public:
         return true;
     }
 
-    /// Puts `insert` units, those of `text` or without one copies of `fill`, in place of a range. `text` lies outside the
-    /// string's storage. False, and no change, where that would take a copy or new storage.
+    /// Replaces a range by `insert` units of `text`, or by `insert` copies of `fill` if `text` is null. `text` is
+    /// outside the storage of the string. False, and no change, if that needs a copy or new storage.
     static bool splice(
         String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept
     {
@@ -139,7 +139,7 @@ public:
         return true;
     }
 
-    /// Text and length of a known buffer; false for any other.
+    /// The text and length of a known buffer; false for any other.
     static bool read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept
     {
         if (isExactly<util::RWCharBuffer>(buffer)) {
@@ -157,7 +157,7 @@ public:
         return false;
     }
 
-    /// The same of a string's buffer.
+    /// The same for the buffer of a string.
     static bool read(const String& text, std::u16string_view* units) noexcept
     {
         const char16_t* data = nullptr;
@@ -168,14 +168,14 @@ public:
         return true;
     }
 
-    /// The same of a string that is of no derived class.
+    /// The same for a string that is of no derived class.
     static bool readExact(const String& text, std::u16string_view* units) noexcept
     {
         return isExactly<String>(text) && read(text, units);
     }
 
-    /// The text where a zero unit is known to end it, else null. That is known of a string's own storage only: the unit
-    /// after wrapped text belongs to the owner of that text, and reading it may be an error.
+    /// The text if it certainly ends with a zero unit, otherwise null. Only a string that owns its storage is certain:
+    /// the unit after a wrapped text belongs to the owner of that text, and reading it may be an error.
     static const char16_t* terminated(const String& text) noexcept
     {
         if (!isExactly<String>(text) || !isExactly<util::RWCharBuffer>(*text.m_buffer))
@@ -188,7 +188,7 @@ public:
     /// A new buffer with count 0 and without text.
     static util::RWCharBuffer* make(int capacity);
 
-    /// The first reference to a new buffer, which only the caller knows.
+    /// Sets the first reference to a new buffer that only the caller knows.
     template <class Buffer>
     static Reference<IVXCharBuffer> own(Buffer* fresh) noexcept
     {
@@ -198,7 +198,7 @@ public:
         return first;
     }
 
-    /// One more reference to a string's buffer.
+    /// Adds a reference to the buffer of a string.
     static Reference<IVXCharBuffer> share(const Reference<IVXCharBuffer>& buffer) noexcept
     {
         if (const ComObject* object = countOf(*buffer)) {
@@ -210,8 +210,8 @@ public:
         return buffer;
     }
 
-    /// Releases a string's buffer. The last reference to an RWCharBuffer (exactly that class) cannot come back, so that the
-    /// buffer is destroyed without a change of its count.
+    /// Releases the buffer of a string. After the last reference to an RWCharBuffer (exactly that class) no other can
+    /// be added, so it is destroyed without changing its count.
     static void release(Reference<IVXCharBuffer>& buffer) noexcept
     {
         if (buffer == nullptr)
@@ -220,7 +220,7 @@ public:
             auto& own = static_cast<util::RWCharBuffer&>(*buffer);
             if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
                 std::ignore = buffer.detach();
-                if (!own.m_storage.isBorrowed()) // else its destructor has nothing to do
+                if (!own.m_storage.isBorrowed()) // otherwise its destructor has nothing to do
                     own.util::RWCharBuffer::~RWCharBuffer();
                 vxsys::deallocate(&own);
                 return;
@@ -232,11 +232,11 @@ public:
         }
     }
 
-    /// Gives back the room after the text, apart from that for `least` units in all.
+    /// Frees the room after the text, but keeps room for at least `least` units in all.
     static void releaseExtra(util::RWCharBuffer& buffer, int least) noexcept { buffer.m_storage.releaseExtra(least); }
 
-    /// A new buffer with the text that `fill` writes to the array that it is given, of at most `longest` units; `fill` returns
-    /// how many. The capacity is that of a copy of the text.
+    /// A new buffer with the text that `fill` writes. `fill` gets an array of at most `longest` units and returns how
+    /// many it has written. The capacity is that of a copy of the text.
     template <std::invocable<char16_t*> Fill>
     static Reference<IVXCharBuffer> filled(int longest, int capacity, Fill fill)
     {
@@ -250,7 +250,7 @@ public:
         return first;
     }
 
-    /// A new buffer that holds `length` units and the terminator, in room for no less than `capacity`.
+    /// A new buffer with `length` units, the terminator, and room for at least `capacity` units.
     static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
     {
         util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
@@ -263,7 +263,8 @@ public:
     }
 };
 
-/// A string's text under the read lock of its view, to the end of the block. Adds no reference: the string must outlive it.
+/// The text of a string under the read lock of its view, until the end of the block. Adds no reference: the string must
+/// outlive it.
 class [[nodiscard]] StringReadLock {
 public:
     explicit StringReadLock(const String& text)
@@ -296,8 +297,9 @@ private:
     bool m_isLocked = false;
 };
 
-/// The text of `source` for an operation on `target`. It is a copy where both use one buffer that has a real lock: the read
-/// lock of the source would block the write to the target for ever, and so would a second read lock while a writer waits.
+/// The text of `source` for an operation on `target`. It is a copy if both use one buffer with a real lock. Otherwise
+/// the read lock of the source would block the write to the target for ever, and so would a second read lock while a
+/// writer waits.
 class [[nodiscard]] StringSource {
 public:
     StringSource(const String& target, const String& source)
@@ -315,15 +317,16 @@ private:
     StringReadLock m_lock;
 };
 
-/// A string's text under the write lock of its view. At the end of the block, the last `setLength` becomes the length of the
-/// string, and the terminator is written; without a `setLength` the length stays.
+/// The text of a string under the write lock of its view. At the end of the block the length of the last `setLength` is
+/// stored and the terminator is written. Without a `setLength` the length stays.
 class [[nodiscard]] StringWriteLock {
 public:
     explicit StringWriteLock(String& text, int minimumLength = 0)
         : StringWriteLock(text, minimumLength, [](int) { return 0; })
     {
     }
-    /// A copy on write gets room for `more(length)` units after the text of that length, in one allocation.
+    /// If the write copies, the copy has room for `more(length)` units after the text of that length, in one
+    /// allocation.
     template <std::invocable<int> More>
     StringWriteLock(String& text, int minimumLength, More more)
         : m_text(text)
@@ -355,9 +358,9 @@ public:
 
     char16_t* data() const noexcept { return m_data; }
     int length() const noexcept { return m_length; }
-    /// Room was made for it before.
+    /// There is room for it already.
     void setLength(int length) noexcept { m_length = length; }
-    /// Makes room; pointers taken before are invalid. A failure leaves the text as it was.
+    /// Makes room. Earlier pointers become invalid. A failure leaves the text as it was.
     void ensureCapacity(int minimumLength)
     {
         const int needed = withTerminator(std::max(minimumLength, 0));

@@ -6,7 +6,7 @@
 
 namespace vx::detail {
 
-/// `VXToLowerW`, at hand for ASCII.
+/// `VXToLowerW`, with a shortcut for ASCII.
 inline char16_t lowerUnit(char16_t unit) noexcept
 {
     if (unit >= 0x80)
@@ -14,8 +14,8 @@ inline char16_t lowerUnit(char16_t unit) noexcept
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
 }
 
-/// The hash of text keys: `hash * 37 + unit` over units a step apart, so that no more than 63 of them are read. Four units at
-/// a time, whose products do not wait for each other.
+/// The hash of text keys: `hash * 37 + unit` over at most 63 units at equal distances. It reads four units at a time,
+/// whose products do not depend on each other.
 constexpr std::uint32_t hashText(const char16_t* text, int length, bool ignoreCase) noexcept
 {
     constexpr std::uint32_t FACTOR = 37;

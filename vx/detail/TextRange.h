@@ -10,10 +10,10 @@
 
 namespace vx::detail {
 
-/// The longest text of a string: its terminator is counted in an `int` as well.
+/// The longest text of a string: the length with its terminator must also fit in an `int`.
 inline constexpr std::int64_t LONGEST_TEXT = std::numeric_limits<int>::max() - 1;
 
-/// The units of a text of `length`, where -1 measures and anything else below 0 is nothing.
+/// The number of units in a text of `length`: -1 measures it, any other negative length gives 0.
 inline int measured(const char16_t* text, int length) noexcept
 {
     if (text == nullptr)
@@ -21,7 +21,7 @@ inline int measured(const char16_t* text, int length) noexcept
     return length == -1 ? VXStrLenW(text) : std::max(length, 0);
 }
 
-/// The length of a view in the width of ours; what cannot be counted throws.
+/// The length of a view as our type. Throws if it does not fit.
 template <class Unit>
 int lengthOf(std::basic_string_view<Unit> text)
 {
@@ -30,7 +30,7 @@ int lengthOf(std::basic_string_view<Unit> text)
     return static_cast<int>(text.size());
 }
 
-/// Where -1 or too large a value means `end`.
+/// `value`, or `end` if `value` is -1 or too large.
 inline int clipped(int value, int end) noexcept
 {
     return value == -1 || value > end ? end : std::max(value, 0);

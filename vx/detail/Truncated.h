@@ -5,7 +5,7 @@
 
 namespace vx::detail {
 
-/// Toward zero. What lies beyond the range is clipped to it; a NaN is 0.
+/// Truncates toward zero and limits the result to the range of the type. A NaN gives 0.
 inline std::int64_t truncated(double value) noexcept
 {
     constexpr double LIMIT = 0x1p63;

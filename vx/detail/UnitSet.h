@@ -9,8 +9,8 @@
 
 namespace vx::detail {
 
-/// The units that a search looks for. One bit for each value of a unit's low byte answers for all units below 256, and
-/// refuses nearly all others, so that a common text costs one look for each unit. The units must outlive the set.
+/// The units that a search looks for. A table has one bit for each value of a low byte. It decides for all units below
+/// 256 and refuses nearly all others, so most units cost one look. The units must outlive the set.
 class UnitSet {
 public:
     UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept;
@@ -43,7 +43,7 @@ private:
     int m_length;
     bool m_ignoreCase;
     Bits m_latin = {};
-    Bits m_others = {}; ///< by the low byte of folded units
+    Bits m_others = {}; ///< indexed by the low byte of folded units
 };
 
 inline UnitSet::UnitSet(const char16_t* units, int length, bool ignoreCase) noexcept
@@ -61,7 +61,7 @@ inline UnitSet::UnitSet(const char16_t* units, int length, bool ignoreCase) noex
 
 inline bool UnitSet::containsOther(char16_t unit) const noexcept
 {
-    if (!isSet(unit < LATIN ? m_latin : m_others, unit)) // a unit above the first 256 may fold into them
+    if (!isSet(unit < LATIN ? m_latin : m_others, unit)) // a unit from 256 on may have its other case below 256
         return false;
     return std::any_of(m_units, m_units + m_length, [&](char16_t candidate) { return folded(candidate) == unit; });
 }
