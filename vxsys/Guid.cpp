@@ -12,13 +12,13 @@ namespace {
 
 using namespace vxsys::results;
 
-/// The text form with a zero in the place of each digit.
+/// The text form with a zero for each digit.
 constexpr std::u16string_view FORM = u"{00000000-0000-0000-0000-000000000000}";
 
-/// Where the digits of each byte begin.
+/// The position of each byte's digits.
 constexpr std::array<std::uint8_t, sizeof(_GUID)> PLACES {1, 3, 5, 7, 10, 12, 15, 17, 20, 22, 25, 27, 29, 31, 33, 35};
 
-/// In the order of the text form: each number with its highest byte first.
+/// In the order of the text: each number begins with its highest byte.
 using Bytes = std::array<std::uint8_t, sizeof(_GUID)>;
 
 Bytes toBytes(const _GUID& guid) noexcept
@@ -38,7 +38,7 @@ _GUID fromBytes(const Bytes& bytes) noexcept
     return guid;
 }
 
-/// -1: no hexadecimal digit.
+/// -1: not a hexadecimal digit
 int digitOf(char16_t unit) noexcept
 {
     if (unit >= u'0' && unit <= u'9')
@@ -71,7 +71,7 @@ std::int32_t VXComGUIDFromString(const char16_t* text, _GUID* guid) noexcept
 
     Bytes bytes {};
     std::size_t digits = 0;
-    for (const char16_t expected : FORM) { // stops at the terminator, which is nowhere expected
+    for (const char16_t expected : FORM) { // also ends at the terminator, which no place expects
         const int digit = digitOf(*text);
         if (expected == u'0' ? digit < 0 : *text != expected)
             return RESULT_INVALID_ARGUMENT;

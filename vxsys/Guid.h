@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// A 128-bit identifier of an interface or a class. The fields are numbers of the machine; only the text form has a
-/// byte order of its own.
+/// A 128-bit identifier of an interface or a class. The fields have the byte order of the machine. Only the text form
+/// defines an order: the highest byte of each number comes first.
 struct _GUID {
     std::uint32_t Data1;
     std::uint16_t Data2;

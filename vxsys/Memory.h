@@ -6,18 +6,18 @@
 #include <limits>
 #include <new>
 
-/// Called when an allocation of `vxsys::allocate` finds no memory. It makes room and returns, or throws.
+/// Called when `vxsys::allocate` finds no memory. It frees memory and returns, or throws.
 using VXNewHandler = void (*)();
 
 extern "C" {
 
-/// Installs `handler` (null: none) and returns the one that it replaces. Safe between threads.
+/// Installs `handler` (null: none) and returns the previous one. Thread-safe.
 VXSYS_API VXNewHandler VXSetNewHandler(VXNewHandler handler) noexcept;
 
-/// Raw storage from the C runtime's allocator. Null on exhaustion or for a size of 0; no new handler is called.
+/// Raw storage from the C runtime's allocator. Null if memory is exhausted or the size is 0. No new handler is called.
 VXSYS_API void* VXMemAlloc(std::size_t bytes) noexcept;
-/// As the C runtime's `realloc`: null on exhaustion, and then `memory` stands as it was. A `bytes` of 0 is taken as 1, so
-/// that it never frees.
+/// As the C runtime's `realloc`: if memory is exhausted, returns null and leaves `memory` unchanged. A `bytes` of 0 is
+/// taken as 1, so it never frees.
 VXSYS_API void* VXMemRealloc(void* memory, std::size_t bytes) noexcept;
 /// Null is allowed.
 VXSYS_API void VXMemFree(void* memory) noexcept;
@@ -25,7 +25,7 @@ VXSYS_API void VXMemFree(void* memory) noexcept;
 
 namespace vxsys {
 
-/// Storage for objects. On exhaustion it calls the new handler and tries again; with no handler it throws
+/// Storage for objects. If memory is exhausted, it calls the new handler and tries again; without a handler it throws
 /// `std::bad_alloc`. Never null.
 VXSYS_API void* allocate(std::size_t bytes);
 /// The same at an address that is a multiple of `alignment`, a power of two.

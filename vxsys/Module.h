@@ -4,24 +4,26 @@
 
 #include <cstdint>
 
-/// Shared libraries. `module` names the calling library by an address inside it, as in vxsys/Component.h; null is the
-/// program. Negative results are failures, null arguments give RESULT_INVALID_ARGUMENT.
+/// Shared libraries. `module` is an address inside the calling library, as in vxsys/Component.h; null is the program.
+/// Negative results are failures. Null arguments give RESULT_INVALID_ARGUMENT.
 extern "C" {
 
 using VXLibHandle = std::uintptr_t;
 
 inline constexpr VXLibHandle VX_LIB_INVALID_HANDLE = UINTPTR_MAX;
 
-/// Loads a library, or opens it once more. A `name` with a separator or a drive is a path; any other name is looked for
-/// where the system's loader looks. Its undefined symbols are resolved at once, and no other library can use its own
-/// symbols. RESULT_NOT_FOUND if the path does not exist, RESULT_MODULE_NOT_FOUND if the library or one that it needs cannot
-/// be loaded, RESULT_BAD_MODULE for a file that is no library of this machine. `*handle` is `VX_LIB_INVALID_HANDLE` then.
+/// Loads a library, or opens a loaded one again. A `name` with a separator or a drive is a path. Any other name is
+/// searched for by the system's loader. Undefined symbols are resolved at once, and the library's symbols are not
+/// visible to other libraries. After a failure `*handle` is `VX_LIB_INVALID_HANDLE`: RESULT_NOT_FOUND if the path does
+/// not exist, RESULT_MODULE_NOT_FOUND if the library or one that it needs cannot be loaded, RESULT_BAD_MODULE if the
+/// file is not a library for this machine.
 VXSYS_API std::int32_t VXModuleLibOpen(const void* module, const char16_t* name, VXLibHandle* handle) noexcept;
-/// Closes the library. When it was closed as often as it was opened, it leaves the process.
+/// Closes the library. It is unloaded when it has been closed as often as it was opened.
 VXSYS_API std::int32_t VXModuleLibClose(const void* module, VXLibHandle handle) noexcept;
-/// The full path of the library's file as the system writes it, with "/", zero-terminated in `name` of `size` units.
-/// RESULT_BUFFER_TOO_SMALL where it does not fit, RESULT_NOT_FOUND for an address in no library; `name` is empty then.
+/// Writes the full path of the library's file in the form of the system, with "/", to `name` of `size` units,
+/// zero-terminated. `name` is empty after a failure: RESULT_BUFFER_TOO_SMALL if there is no room, RESULT_NOT_FOUND if
+/// the address is in no library.
 VXSYS_API std::int32_t VXModuleGetFileName(const void* module, char16_t* name, std::int32_t size) noexcept;
-/// The address of an exported symbol; RESULT_SYMBOL_NOT_FOUND and null where there is none.
+/// The address of an exported symbol. RESULT_SYMBOL_NOT_FOUND and null if there is none.
 VXSYS_API std::int32_t VXLibGetSymbol(VXLibHandle handle, const char16_t* name, void** symbol) noexcept;
 }

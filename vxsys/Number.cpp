@@ -25,7 +25,7 @@ bool isSpace(char16_t unit) noexcept
     return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }
 
-/// Steps over white space and one sign; true for a minus.
+/// Skips white space and one sign. Returns true for a minus.
 bool skipToNumber(const char16_t*& text) noexcept
 {
     while (isSpace(*text))
@@ -41,7 +41,8 @@ bool isHexPrefix(const char16_t* text) noexcept
     return text[0] == u'0' && (text[1] | 0x20) == u'x';
 }
 
-/// What `strtol` and `strtoul` have in common: the sign, and the magnitude up to the first that has no place in 32 bits.
+/// The common part of `strtol` and `strtoul`: the sign, and the magnitude, limited to the first number that does not
+/// fit in 32 bits.
 struct WholeNumber {
     bool isNegative;
     std::uint64_t magnitude;
@@ -70,44 +71,46 @@ WholeNumber parseWhole(const char16_t* text, std::int32_t radix) noexcept
     return number;
 }
 
-/// A floating-point number rewritten for `std::from_chars`, which reads narrow text of known length. No text is too long:
-/// leading zeros move into the exponent, and digits too far behind to decide the rounding count as one.
+/// A floating-point number rewritten for `std::from_chars`, which reads narrow text of limited length. The text may
+/// have any length: leading zeros change only the exponent, and the digits after the first MAX_DIGITS become one digit,
+/// which is enough for correct rounding.
 class FloatText {
 public:
-    /// Reads digits with at most one point, then an exponent. False where there is no digit.
+    /// Reads digits with at most one point, then an exponent. Returns false if there is no digit.
     bool read(const char16_t*& text, int radix) noexcept;
 
     double toDouble() noexcept;
 
 private:
-    // Halfway between two doubles has at most 767 significant digits.
+    // A number exactly between two doubles has at most 767 significant digits.
     static constexpr std::size_t MAX_DIGITS = 800;
-    // Beyond what any text in memory can outweigh.
+    // Larger than the number of digits of any text in memory.
     static constexpr std::int64_t MAX_EXPONENT = std::int64_t {1} << 40;
 
-    void addDigit(char16_t unit, bool isBehindPoint) noexcept;
+    void addDigit(char16_t unit, bool isAfterPoint) noexcept;
     void readExponent(const char16_t*& text) noexcept;
 
     char m_text[MAX_DIGITS + 32]; // digits, "e", exponent
     std::size_t m_length = 0;
     int m_radix = 10;
-    /// Places by which the point lies right of the digits, in digits.
+    /// The exponent that the position of the point adds: the number of digits by which it is to the right of the stored
+    /// ones.
     std::int64_t m_places = 0;
-    /// As written: a power of ten, or of two behind hexadecimal digits.
+    /// The exponent in the text: of ten, or of two for hexadecimal digits.
     std::int64_t m_exponent = 0;
     bool m_hasRest = false;
 };
 
-void FloatText::addDigit(char16_t unit, bool isBehindPoint) noexcept
+void FloatText::addDigit(char16_t unit, bool isAfterPoint) noexcept
 {
     if (m_length == 0 && unit == u'0') {
-        m_places -= isBehindPoint;
+        m_places -= isAfterPoint;
     } else if (m_length < MAX_DIGITS) {
         m_text[m_length++] = static_cast<char>(unit);
-        m_places -= isBehindPoint;
+        m_places -= isAfterPoint;
     } else {
         m_hasRest = m_hasRest || unit != u'0';
-        m_places += !isBehindPoint;
+        m_places += !isAfterPoint;
     }
 }
 
@@ -160,7 +163,7 @@ double FloatText::toDouble() noexcept
     }
     const bool isHex = m_radix == 16;
     const std::int64_t exponent = m_exponent + (isHex ? 4 * m_places : m_places);
-    // What the first digit is worth decides between the two ways out of range.
+    // The exponent of the first digit tells a number that is too large from one that is too small.
     const bool isLarge = exponent + static_cast<std::int64_t>(m_length) * (isHex ? 4 : 1) > 0;
 
     m_text[m_length++] = isHex ? 'p' : 'e';
@@ -179,7 +182,7 @@ bool startsWithWord(const char16_t* text, std::string_view word) noexcept
         [](char expected, char16_t unit) { return unit < 0x80 && (unit | 0x20) == expected; });
 }
 
-/// "inf", "infinity", "nan" and "nan(name)" in any case; `text` moves behind it.
+/// Reads "inf", "infinity", "nan" or "nan(name)" in any case, and moves `text` after it.
 bool readSpecial(const char16_t*& text, double& value) noexcept
 {
     if (startsWithWord(text, "inf")) {
@@ -201,7 +204,7 @@ bool readSpecial(const char16_t*& text, double& value) noexcept
     return true;
 }
 
-/// Where the text has no number, `*end` is its start and the value 0.
+/// If there is no number, `*end` is the start of the text and the value is 0.
 double parseDouble(const char16_t* text, const char16_t*& end) noexcept
 {
     end = text;
@@ -212,9 +215,9 @@ double parseDouble(const char16_t* text, const char16_t*& end) noexcept
     double value = 0;
     if (!readSpecial(text, value)) {
         FloatText number;
-        const char16_t* behindPrefix = text + 2;
-        if (isHexPrefix(text) && number.read(behindPrefix, 16))
-            text = behindPrefix;
+        const char16_t* afterPrefix = text + 2;
+        if (isHexPrefix(text) && number.read(afterPrefix, 16))
+            text = afterPrefix;
         else if (!number.read(text, 10))
             return 0;
         value = number.toDouble();
@@ -257,10 +260,10 @@ std::uint32_t VXStrToULW(const char16_t* text, const char16_t** end, std::int32_
 
 double VXStrToDW(const char16_t* text, const char16_t** end) noexcept
 {
-    const char16_t* behind = nullptr;
-    const double value = parseDouble(text, behind);
+    const char16_t* rest = nullptr;
+    const double value = parseDouble(text, rest);
     if (end != nullptr)
-        *end = behind;
+        *end = rest;
     return value;
 }
 

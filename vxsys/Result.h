@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// Result codes: signed 32-bit numbers in the HRESULT layout of the Windows component model. Negative is failure, 0 is
-/// success, a positive value is a success with a meaning of its own.
+/// success, and a positive value is success with a special meaning.
 namespace vxsys::results {
 
 constexpr std::int32_t code(std::uint32_t bits) noexcept
@@ -51,14 +51,15 @@ constexpr bool failed(std::int32_t result) noexcept
 
 } // namespace vxsys::results
 
-/// The code for a native error number (`errno`): 0x80070000 plus the number that the documented Windows error of that
-/// meaning has; an error without an equivalent gives 0x80004005, and 0 gives 0. What went wrong may not be 0: a caller
-/// that sees a failed call with `errno` 0 gets 0 back.
+/// The code for a native error number (`errno`): 0x80070000 plus the number of the documented Windows error of the same
+/// meaning. 0x80004005 for an error without an equivalent, and 0 for 0. So do not call it for a failed operation that
+/// left `errno` 0: the result would be success.
 extern "C" VXSYS_API std::int32_t VXResultFromNative(std::int32_t nativeError) noexcept;
 
-/// The native error that VXResultFromNative makes `result` of; of several, the one that is met most often. 0 if there is
-/// none.
+/// The native error for which VXResultFromNative gives `result`. If there are several, the most frequent one; if there
+/// is none, 0.
 extern "C" VXSYS_API std::int32_t VXResultToNative(std::int32_t result) noexcept;
 
-/// What a result means, in English, in lower case and without a full stop; null for a code that this library does not give.
+/// The meaning of a result in English, in lower case and without a full stop. Null for a code that this library never
+/// returns.
 extern "C" VXSYS_API const char16_t* VXResultGetText(std::int32_t result) noexcept;

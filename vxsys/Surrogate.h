@@ -45,7 +45,7 @@ constexpr std::uint32_t codePoint(char16_t lead, char16_t trail) noexcept
     return FIRST_BEYOND_BASIC_PLANE + ((lead - 0xD800U) << 10) + (trail - 0xDC00U);
 }
 
-/// The two halves of a code point beyond the basic plane.
+/// The two halves of a code point above U+FFFF.
 constexpr char16_t leadOf(std::uint32_t codePoint) noexcept
 {
     return static_cast<char16_t>(0xD800 + ((codePoint - FIRST_BEYOND_BASIC_PLANE) >> 10));

@@ -17,7 +17,7 @@ using namespace vxsys::detail;
 
 constexpr std::int32_t MAX_LENGTH = std::numeric_limits<std::int32_t>::max();
 
-/// A letter of ASCII differs from its other case in this bit only.
+/// The bit by which the two cases of an ASCII letter differ.
 constexpr std::uint16_t CASE_BIT = 0x20;
 
 std::int32_t clipLength(std::size_t length) noexcept
@@ -30,8 +30,8 @@ std::int32_t signOf(std::int32_t difference) noexcept
     return (difference > 0) - (difference < 0);
 }
 
-/// The first place of `unit` or of the terminator. It reads whole aligned blocks, which never cross into a page that the
-/// text does not touch but do reach behind the terminator; hence no checks of what is read here.
+/// The first place of `unit` or of the terminator. Reads whole aligned blocks. Such a block never extends into another
+/// page, but it may contain units after the terminator. Sanitizers must not check these reads.
 __attribute__((no_sanitize("address"), no_sanitize("thread"))) inline const char16_t* findUnitOrEnd(
     const char16_t* text, char16_t unit) noexcept
 {
@@ -105,7 +105,7 @@ std::int32_t compareFolded(const char16_t* left, const char16_t* right, std::siz
     return 0;
 }
 
-/// Whether two blocks are the same but for the case of ASCII letters. Only the tables can tell about the rest.
+/// Whether two blocks are equal without the case of ASCII letters. Other letters need the tables.
 bool isSameAsciiText(Units8 left, Units8 right) noexcept
 {
     return maskOf(Units8(Lower::foldAscii(left) == Lower::foldAscii(right))) == ALL_LANES;

@@ -4,49 +4,51 @@
 
 #include <cstdint>
 
-/// Zero-terminated text, UTF-16 unless a name ends in `A`. Each function means what its namesake of the C library means,
-/// independent of the locale; positions and lengths count units. A null text is taken as an empty one, except that
-/// nothing is found in it; a null target comes back as it is.
+/// Functions on zero-terminated text: UTF-16, or narrow if the name ends in `A`. Each does what the function of that
+/// name in the C library does, independent of the locale. Positions and lengths count units. A null text is taken as an
+/// empty one, except that a search in it finds nothing. A null target is returned as it is.
 extern "C" {
 
-/// Units before the terminator; a longer text than 2^31 - 1 counts as that.
+/// The number of units before the terminator, at most 2^31 - 1.
 VXSYS_API std::int32_t VXStrLenW(const char16_t* text) noexcept;
 VXSYS_API std::int32_t VXStrLenA(const char* text) noexcept;
 
-/// -1, 0 or 1 by unsigned unit value.
+/// Returns -1, 0 or 1. Compares unsigned units.
 VXSYS_API std::int32_t VXStrCmpW(const char16_t* left, const char16_t* right) noexcept;
-/// As above after `VXToLowerW` on each side, for `count` units at most. A count below 1 compares nothing.
+/// As above, after `VXToLowerW` on both sides, and for at most `count` units. With a count below 1, all texts are
+/// equal.
 VXSYS_API std::int32_t VXStrNICmpW(const char16_t* left, const char16_t* right, std::int32_t count) noexcept;
-/// As above for exactly `count` units, zero units included. With a count, a null text comes before any other.
+/// As above for exactly `count` units, including zero units. With a count above 0, a null text is below any other.
 VXSYS_API std::int32_t VXMemNICmpW(const char16_t* left, const char16_t* right, std::int32_t count) noexcept;
 
-/// The first place of `unit`, or null. The terminator is a place for the zero unit, as for `strchr`.
+/// The first place of `unit`, or null. As in `strchr`, the place of the zero unit is the terminator.
 VXSYS_API const char16_t* VXStrChrW(const char16_t* text, char16_t unit) noexcept;
 VXSYS_API const char* VXStrChrA(const char* text, char character) noexcept;
 
 /// Returns `target`.
 VXSYS_API char16_t* VXStrCpyW(char16_t* target, const char16_t* source) noexcept;
-/// Writes exactly `count` units: what is missing is padded with zero units, and a source that has `count` units or more
-/// is not terminated. Returns `target`.
+/// Writes exactly `count` units and returns `target`. A shorter source is followed by zero units. A source of `count`
+/// units or more is not terminated.
 VXSYS_API char16_t* VXStrNCpyW(char16_t* target, const char16_t* source, std::int32_t count) noexcept;
 
-/// A copy that `VXStrFreeA` frees; null for null or on exhaustion.
+/// A copy, to be freed by `VXStrFreeA`. Null for null, and if memory is exhausted.
 VXSYS_API char* VXStrDupA(const char* text) noexcept;
 VXSYS_API void VXStrFreeA(char* text) noexcept;
 
-/// The next token of `text` (null: go on where `*position` stands), ended in place; null when none is left.
+/// The next token of `text`, which is terminated in place. A null text continues at `*position`. Null if no token is
+/// left.
 VXSYS_API char16_t* VXStrTokW(char16_t* text, const char16_t* delimiters, char16_t** position) noexcept;
 
-/// Unicode's simple case mappings (UnicodeData.txt, version 15.0) of the basic plane; any other unit stays as it is.
+/// The simple case mappings of Unicode (UnicodeData.txt, version 15.0) up to U+FFFF. Any other unit stays as it is.
 VXSYS_API char16_t VXToLowerW(char16_t unit) noexcept;
 VXSYS_API char16_t VXToUpperW(char16_t unit) noexcept;
-/// In place, unit by unit. Returns `text`.
+/// Changes the text in place, unit by unit, and returns it.
 VXSYS_API char16_t* VXStrToLowerW(char16_t* text) noexcept;
 VXSYS_API char16_t* VXStrToUpperW(char16_t* text) noexcept;
 
-/// Narrow text towards the operating system: UTF-8, zero-terminated in `target` of `size` bytes. Returns the bytes
-/// written with the terminator, 0 when `target` is too small, -1 for a lone surrogate or bad arguments; `target` is empty
-/// after both. `length` -1 means a zero-terminated source.
+/// Converts text to UTF-8 for the operating system, zero-terminated in `target` of `size` bytes. Returns the number of
+/// bytes written, the terminator included. 0 if `target` is too small, -1 for a lone surrogate or invalid arguments;
+/// `target` is empty then. A `length` of -1 means a zero-terminated source.
 VXSYS_API std::int32_t VXUnicodeToAnsi(
     const char16_t* source, std::int32_t length, char* target, std::int32_t size) noexcept;
 }

@@ -8,46 +8,47 @@
 /// Threads. Negative results are failures; null out-parameters give RESULT_INVALID_ARGUMENT.
 extern "C" {
 
-/// What a thread runs. It must not throw. What it gives is the result of the thread. It may end by `pthread_exit`.
+/// The function of a thread. It must not throw. Its return value is the result of the thread. The thread may also end
+/// by `pthread_exit`.
 using VXThreadFunction = void* (*)(void* argument);
 
-/// Leads to a thread that has been neither joined nor detached.
+/// Refers to a thread that has been neither joined nor detached.
 using VXThreadHandle = std::uintptr_t;
 
 inline constexpr VXThreadHandle VX_THREAD_INVALID_HANDLE = UINTPTR_MAX;
 
-/// Starts a thread. `flags` is 0. `stackSize` counts bytes, 0 is the system's default, and less than a thread can live
-/// with is raised to that. `*id` is what `VXThreadGetCurrentId` gives inside the thread. After a failure `*handle` is
-/// `VX_THREAD_INVALID_HANDLE` and `*id` is 0. The thread has the signal mask of its creator.
+/// Starts a thread with the signal mask of its creator. `flags` is 0. `stackSize` counts bytes; 0 is the system's
+/// default, and a size that is too small is increased. `*id` becomes what `VXThreadGetCurrentId` returns inside the
+/// thread. After a failure `*handle` is `VX_THREAD_INVALID_HANDLE` and `*id` is 0.
 VXSYS_API std::int32_t VXThreadCreate(VXThreadFunction function, void* argument, std::uint32_t flags,
     std::uint32_t stackSize, VXThreadHandle* handle, std::uint32_t* id) noexcept;
-/// Waits for the thread's end and gives its result. The handle is invalid then. A thread that joins itself gets a failure.
+/// Waits for the thread to end and stores its result. The handle is invalid after that. Fails if a thread joins itself.
 VXSYS_API std::int32_t VXThreadJoin(VXThreadHandle handle, void** result) noexcept;
-/// Lets the thread run on without a handle, which is invalid then.
+/// Lets the thread continue without a handle. The handle is invalid after that.
 VXSYS_API std::int32_t VXThreadDetach(VXThreadHandle handle) noexcept;
-/// For a thread that runs code of a library, instead of joining or detaching it. Once it has been left, `VXThreadJoinLeft`
-/// waits for its end. Fails when memory is exhausted.
+/// Instead of joining or detaching: for a thread that runs code of a library that may be unloaded. After
+/// `VXThreadLeave`, `VXThreadJoinLeft` waits for its end. Fails if memory is exhausted.
 VXSYS_API std::int32_t VXThreadTrack(VXThreadHandle handle) noexcept;
-/// A tracked thread will end soon, and the handle is used no more. RESULT_INVALID_HANDLE for one that is not tracked, as in a
-/// child of fork.
+/// Says that a tracked thread will end soon and that the handle will not be used again. RESULT_INVALID_HANDLE for a
+/// thread that is not tracked, also in a child process of `fork`.
 VXSYS_API std::int32_t VXThreadLeave(VXThreadHandle handle) noexcept;
-/// Waits for the end of all threads that were left, apart from the calling one. A library calls it before it is unloaded.
+/// Waits until all threads that were left have ended, except the calling one. A library calls it before it is unloaded.
 VXSYS_API void VXThreadJoinLeft() noexcept;
 
-/// An identifier of the calling thread, never 0, unique among the threads that live.
+/// An identifier of the calling thread, never 0, and unique among the running threads.
 VXSYS_API std::uint32_t VXThreadGetCurrentId() noexcept;
-/// A number of the calling thread, never 0, that no other thread of the process has had or will have. The thread that calls
-/// `fork` keeps it in the child process.
+/// A number of the calling thread, never 0, which is not used for any other thread of the process, before or after. In
+/// a child process the thread that called `fork` still has its number.
 VXSYS_API std::uint64_t VXThreadGetNumber() noexcept;
-/// Suspends the calling thread on the monotonic clock; signals do not shorten it. `VX_WAIT_FOREVER` (vxsys/Lock.h)
-/// never returns, 0 yields the processor to other threads.
+/// Suspends the calling thread by the monotonic clock. Signals do not shorten the time. `VX_WAIT_FOREVER`
+/// (vxsys/Lock.h) never returns, and 0 lets other threads run.
 VXSYS_API void VXThreadSleep(std::uint32_t milliseconds) noexcept;
 }
 
 namespace vxsys {
 
-/// First in a `catch (...)` around foreign code: throws on what runs through the frames of a thread after `pthread_exit` or
-/// its cancellation. That is no exception, and a handler that keeps it ends the process.
+/// Call it first in a `catch (...)` around foreign code. It rethrows the unwinding that `pthread_exit` or a
+/// cancellation starts: a handler that does not pass that on ends the process.
 inline void passForcedUnwind()
 {
     if (std::current_exception() == nullptr)

@@ -1,6 +1,6 @@
 #pragma once
 
-/// For Clang's thread-safety analysis: locks and the state that they guard. Empty for other compilers.
+/// For Clang's thread-safety analysis: marks locks and the state that they guard. Empty for other compilers.
 #if defined(__clang__)
 #define VX_THREAD_ANNOTATION(x) __attribute__((x))
 #else

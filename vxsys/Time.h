@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// A moment, broken down.
+/// A date and a time of day.
 struct STRUCT_VX_TIME {
     std::uint16_t year;
     std::uint16_t month; ///< from 1
@@ -18,17 +18,18 @@ struct STRUCT_VX_TIME {
 
 static_assert(sizeof(STRUCT_VX_TIME) == 16, "a record of eight numbers of 16 bits");
 
-/// Negative results are failures, null arguments give RESULT_INVALID_ARGUMENT.
+/// Negative results are failures. Null arguments give RESULT_INVALID_ARGUMENT.
 extern "C" {
 
-/// Now, in local time and in UTC.
+/// The current time, local and in UTC.
 VXSYS_API std::int32_t VXTimeGetLocal(STRUCT_VX_TIME* time) noexcept;
 VXSYS_API std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept;
-/// In UTC: `seconds` since 1970-01-01 00:00:00 UTC.
+/// `seconds` since 1970-01-01 00:00:00 UTC, as UTC.
 VXSYS_API std::int32_t VXTimeFromPosix(std::int64_t seconds, STRUCT_VX_TIME* time) noexcept;
 
-/// The date and the time of day as the user's locale (LC_TIME) writes them, in its encoding, zero-terminated.
-/// RESULT_INVALID_ARGUMENT for a record that is no date, RESULT_BUFFER_TOO_SMALL where `size` bytes do not hold the text.
+/// Writes the date and the time of day as the user's locale (LC_TIME) does, in its encoding, zero-terminated.
+/// RESULT_INVALID_ARGUMENT for a record that is not a date, RESULT_BUFFER_TOO_SMALL if the text needs more than `size`
+/// bytes.
 VXSYS_API std::int32_t VXTimeFormatDate(
     const STRUCT_VX_TIME* time, std::int32_t isLong, char* target, std::int32_t size) noexcept;
 VXSYS_API std::int32_t VXTimeFormatTime(const STRUCT_VX_TIME* time, char* target, std::int32_t size) noexcept;

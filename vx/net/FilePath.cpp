@@ -89,15 +89,15 @@ void FilePath::initFromMounts()
 {
     const String fullPath = getCanonicalPath();
     std::int32_t kind = VX_MOUNT_LOCAL;
-    std::int32_t behind = 0;
+    std::int32_t rest = 0;
     char16_t source[MAX_SOURCE];
-    if (VXMountFind(SystemName(fullPath), &kind, source, MAX_SOURCE, &behind) < 0 || kind == VX_MOUNT_LOCAL) {
+    if (VXMountFind(SystemName(fullPath), &kind, source, MAX_SOURCE, &rest) < 0 || kind == VX_MOUNT_LOCAL) {
         initLocal(fullPath);
         return;
     }
 
     String text(source);
-    m_pathInVolume = fullPath.substring(behind);
+    m_pathInVolume = fullPath.substring(rest);
     m_mountType = MOUNT_UNC;
     if (kind == VX_MOUNT_SHARE) {
         text.translate(u'/', dirDelim);

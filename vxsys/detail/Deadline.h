@@ -23,7 +23,7 @@ public:
         return after(milliseconds / 1000, static_cast<long>(milliseconds % 1000) * 1'000'000);
     }
 
-    /// `time` from now, of which no part is negative. A time beyond some thirty years is never.
+    /// `time` from now; no part is negative. A time beyond some thirty years means never.
     static Deadline in(const timeval& time) noexcept
     {
         constexpr std::int64_t NEVER_SECONDS = 1'000'000'000;
@@ -53,7 +53,7 @@ public:
         return isEarlierThan(current);
     }
 
-    /// The time from now until then, 0 if it has passed. Not for a deadline that is never.
+    /// The time from now until the deadline, 0 if it has passed. Not for a deadline that is never.
     timespec left() const noexcept
     {
         if (isAtOnce())
@@ -68,7 +68,8 @@ public:
         return rest.tv_sec < 0 ? timespec {} : rest;
     }
 
-    /// The milliseconds until then, rounded up, so that a wait for them does not end early. Never is `VX_WAIT_FOREVER`.
+    /// The milliseconds until the deadline, rounded up, so that waiting for them does not end early. `VX_WAIT_FOREVER`
+    /// for never.
     std::uint32_t millisecondsLeft() const noexcept
     {
         if (m_never)

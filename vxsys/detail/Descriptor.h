@@ -7,7 +7,7 @@
 
 namespace vxsys::detail {
 
-/// Owns a descriptor of the system, and closes it at the end.
+/// Owns a descriptor of the system, and closes it in the destructor.
 class Descriptor {
 public:
     explicit Descriptor(int descriptor = -1) noexcept
@@ -40,7 +40,7 @@ public:
         return error;
     }
 
-    /// The caller becomes the owner.
+    /// Returns the descriptor, which the caller now owns.
     int release() noexcept { return std::exchange(m_descriptor, -1); }
     int get() const noexcept { return m_descriptor; }
     bool isOpen() const noexcept { return m_descriptor >= 0; }

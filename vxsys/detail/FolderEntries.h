@@ -10,10 +10,11 @@
 
 namespace vxsys::detail {
 
-/// Reads the entries of an open folder. It opens the folder once more for that, because reading moves a position.
+/// Reads the entries of an open folder. It opens the folder again, because reading changes the position of a
+/// descriptor.
 class FolderEntries {
 public:
-    /// `errno` tells why, if it is not open then.
+    /// If it cannot be opened, `errno` has the reason.
     explicit FolderEntries(int folder) noexcept
     {
         Descriptor copy(retryOnSignal([&] { return ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));

@@ -15,7 +15,7 @@ enum class HandleKind { MUTEX, EVENT, GATE, RW_LOCK, SEMAPHORE, CONDITION };
 
 } // namespace vxsys::detail
 
-/// The base of every object that has a handle.
+/// Base of every object that has a handle.
 struct VXHandleTag {
     explicit VXHandleTag(vxsys::detail::HandleKind handleKind) noexcept
         : kind(handleKind)
@@ -28,7 +28,7 @@ struct VXHandleTag {
 
 namespace vxsys::detail {
 
-/// The base of the objects of one kind. A call with a handle of another kind is refused.
+/// Base of the objects of one kind. A call with a handle of another kind fails.
 template <HandleKind ownKind>
 struct HandleOf : VXHandleTag {
     static constexpr HandleKind KIND = ownKind;
@@ -46,7 +46,7 @@ T* objectOf(VXHandle handle) noexcept
     return handle != nullptr && handle->kind == T::KIND ? static_cast<T*>(handle) : nullptr;
 }
 
-/// Makes the object of a create call. `*handle` is cleared first, and set if the object could be made.
+/// Creates the object of a create function. `*handle` becomes null first, and is set on success.
 template <class T, class... Arguments>
 std::int32_t createHandle(VXHandle* handle, Arguments&&... arguments) noexcept
 {
@@ -64,7 +64,7 @@ std::int32_t createHandle(VXHandle* handle, Arguments&&... arguments) noexcept
     return results::RESULT_OK;
 }
 
-/// Runs `work` on the object of kind `T` and turns its native error into a result.
+/// Runs `work` on the object of kind `T` and converts its native error to a result.
 template <class T, class Work>
 std::int32_t onHandle(VXHandle handle, Work&& work) noexcept
 {
@@ -73,11 +73,11 @@ std::int32_t onHandle(VXHandle handle, Work&& work) noexcept
     return error == 0 ? results::RESULT_OK : VXResultFromNative(error);
 }
 
-/// The class of an operation, for its type only.
+/// The class of an operation; only for type deduction.
 template <class T, class... Parameters>
 T* classOf(int (T::*)(Parameters...) noexcept) noexcept;
 
-/// Runs one operation of the object in the same manner: `onHandle<&Event::signal>(handle)`.
+/// The same for one operation of the object: `onHandle<&Event::signal>(handle)`.
 template <auto operation, class... Arguments>
 std::int32_t onHandle(VXHandle handle, Arguments&&... arguments) noexcept
 {
@@ -86,7 +86,7 @@ std::int32_t onHandle(VXHandle handle, Arguments&&... arguments) noexcept
         handle, [&](Object& object) { return (object.*operation)(std::forward<Arguments>(arguments)...); });
 }
 
-/// Destroys an object, unless its `destroyable` gives an error because it is in use.
+/// Destroys an object. Fails if its `destroyable` returns an error, because it is in use.
 template <class T>
 std::int32_t destroyHandle(VXHandle handle) noexcept
 {
@@ -98,18 +98,18 @@ std::int32_t destroyHandle(VXHandle handle) noexcept
     });
 }
 
-/// A semaphore, of this process or shared by name. Each operation gives a native error or 0.
+/// A semaphore of this process, or one that processes share by name. Each operation returns a native error or 0.
 struct SemaphoreHandle : HandleOf<HandleKind::SEMAPHORE> {
     explicit SemaphoreHandle(bool named) noexcept
         : isNamed(named)
     {
     }
 
-    /// Named ones end with `VXNamedSemClose`, others with `VXSemaphoreDestroy`.
+    /// Whether `VXNamedSemClose` ends it, not `VXSemaphoreDestroy`.
     const bool isNamed;
 
     virtual int wait() noexcept = 0;
-    /// ETIMEDOUT when the count is 0.
+    /// ETIMEDOUT if the count is 0.
     virtual int tryWait() noexcept = 0;
     virtual int post() noexcept = 0;
     virtual int value(std::int32_t& count) noexcept = 0;

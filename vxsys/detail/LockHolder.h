@@ -8,7 +8,7 @@
 
 namespace vxsys::detail {
 
-/// Which thread holds a lock. Only the holder writes here, so every thread can tell whether it is the holder.
+/// The thread that holds a lock. Only the holder changes it, so every thread can tell whether it is the holder.
 class VX_CAPABILITY("holder") LockHolder {
 public:
     bool isCaller() const noexcept { return m_thread.load(std::memory_order_relaxed) == threadNumber(); }

@@ -9,7 +9,7 @@
 
 namespace vxsys::detail {
 
-/// A mutex with one condition on the monotonic clock: what the locks of one process are made of.
+/// A mutex with one condition on the monotonic clock: the base of the locks of one process.
 class VX_CAPABILITY("mutex") Monitor {
 public:
     Monitor() noexcept = default;
@@ -37,7 +37,7 @@ public:
     int lock() noexcept VX_ACQUIRE() { return ::pthread_mutex_lock(&m_mutex); }
     int unlock() noexcept VX_RELEASE() { return ::pthread_mutex_unlock(&m_mutex); }
 
-    /// May return early: the caller checks its condition again. ETIMEDOUT once the deadline has passed.
+    /// May return early: the caller checks its condition again. ETIMEDOUT after the deadline.
     int wait(const Deadline& deadline) noexcept VX_REQUIRES(this)
     {
         return deadline.isNever() ? ::pthread_cond_wait(&m_condition, &m_mutex)
@@ -46,7 +46,7 @@ public:
     void wakeOne() noexcept { ::pthread_cond_signal(&m_condition); }
     void wakeAll() noexcept { ::pthread_cond_broadcast(&m_condition); }
 
-    /// Waits until `holds()`, which is asked under the lock; ETIMEDOUT when the deadline came first.
+    /// Waits until `holds()` is true, which is called under the lock. ETIMEDOUT if the deadline passes before that.
     template <class Condition>
     int waitUntil(const Deadline& deadline, Condition holds) noexcept VX_REQUIRES(this) VX_NO_THREAD_SAFETY_ANALYSIS
     {
@@ -65,7 +65,7 @@ private:
     bool m_ready = false;
 };
 
-/// Holds a monitor to the end of the block.
+/// Holds the lock of a monitor to the end of the block.
 class [[nodiscard]] VX_SCOPED_CAPABILITY MonitorLock {
 public:
     explicit MonitorLock(Monitor& monitor) noexcept VX_ACQUIRE(monitor)

@@ -8,7 +8,7 @@ namespace vxsys::detail {
 
 namespace {
 
-/// Bytes of a file name that stays readable whole, and of the readable head of one that does not.
+/// The longest file name that is not shortened, and the length of the readable part of a shortened one.
 constexpr std::size_t WHOLE_LIMIT = 250;
 constexpr std::size_t HEAD_LIMIT = 150;
 

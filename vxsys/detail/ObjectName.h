@@ -5,9 +5,9 @@
 
 namespace vxsys::detail {
 
-/// The name of the file of a named object: `kind`, "-" and the object's name, in which each byte but letters, digits,
-/// "_", "." and "-" is written as "%" with two digits. A name that becomes too long is cut and continues with "~" and its
-/// digest. So each name has one file, two names have two, and no name leads out of a folder.
+/// The file name of a named object: `kind`, "-" and the name of the object. Each byte except letters, digits, "_", "."
+/// and "-" is written as "%" and two digits. A name that becomes too long is cut and ends with "~" and its digest. So
+/// each object has one file name, two objects have different ones, and no name is a path to another folder.
 class ObjectName {
 public:
     /// With the terminator.

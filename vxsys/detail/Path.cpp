@@ -22,7 +22,7 @@ bool isSeparator(char16_t unit) noexcept
     return unit == u'\\' || unit == u'/';
 }
 
-/// Takes the text up to the next separator from the front of `text`.
+/// Removes the text before the next separator from `text`, and returns it.
 std::u16string_view takeName(std::u16string_view& text) noexcept
 {
     const std::u16string_view name = text.substr(0, text.find_first_of(SEPARATORS));
@@ -30,7 +30,7 @@ std::u16string_view takeName(std::u16string_view& text) noexcept
     return name;
 }
 
-/// Fills a buffer from its end, so that a path can be written without the parts that a later ".." takes back.
+/// Fills a buffer from its end, so that path components which a later ".." removes are never written.
 class BackwardWriter {
 public:
     BackwardWriter(char16_t* target, std::size_t size) noexcept
@@ -60,8 +60,8 @@ private:
     bool m_isFull = false;
 };
 
-/// Writes the components of `path` from the last to the first, each with a separator in front. `taken` counts those
-/// that a ".." behind them takes back.
+/// Writes the components of `path` from the last to the first, each with a separator before it. `taken` counts the
+/// components that a ".." after them removes.
 void putComponents(std::u16string_view path, std::size_t& taken, BackwardWriter& writer) noexcept
 {
     while (!path.empty()) {

@@ -20,7 +20,7 @@ constexpr bool isInterest(std::uint32_t interest, std::uint64_t id) noexcept
     return (interest & ~ALL_INTERESTS) == 0 && id != VX_POLL_NO_ID;
 }
 
-/// The time of a wait as the system's calls take it.
+/// The time of a wait in the form of the system's calls.
 constexpr int pollTime(std::uint32_t milliseconds) noexcept
 {
     return milliseconds == VX_WAIT_FOREVER ? -1 : static_cast<int>(std::min<std::uint32_t>(milliseconds, INT_MAX));
@@ -32,7 +32,7 @@ inline std::int32_t pollerError(int error) noexcept
     return VXNativeSocketError(error == EEXIST || error == ENOENT ? EINVAL : error);
 }
 
-/// `open` prepares a new poller and gives a native error.
+/// `open` prepares a new poller and returns a native error or 0.
 template <class Poller>
 std::int32_t createPoller(Poller** poller, int (*open)(Poller&) noexcept) noexcept
 {

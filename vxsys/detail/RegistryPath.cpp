@@ -13,7 +13,7 @@ namespace {
 
 using namespace vxsys::results;
 
-/// Deeper than any tree in use, and shallow enough to keep one descriptor open for each level.
+/// More than any tree in use has, but few enough to keep one descriptor open for each level.
 constexpr std::size_t DEPTH_LIMIT = 128;
 constexpr std::size_t BYTES_A_UNIT = 3;
 

@@ -14,7 +14,7 @@ constexpr std::uint32_t SIGNATURE = 0x34525856; // "VXR4" on a machine with the 
 constexpr std::size_t UNITS_A_NUMBER = sizeof(std::uint32_t) / sizeof(char16_t);
 static_assert(RegistryRecord::HEAD_UNITS == 2 * UNITS_A_NUMBER + REGISTRY_NAME_LIMIT);
 
-/// Data fills whole units, the last one with a zero byte where its length is odd.
+/// Data is stored in whole units: if its length is odd, the last one ends with a zero byte.
 constexpr std::size_t unitsOfBytes(std::size_t bytes) noexcept
 {
     return bytes / sizeof(char16_t) + bytes % sizeof(char16_t);

@@ -16,20 +16,21 @@ struct RegistryValue {
     std::string_view data;
 };
 
-/// What the file of one key holds: the key's name as it was first written, and its values. Names and data are views: those of
-/// a record that was read refer to the units that it was read from, which must stay.
+/// The content of the file of one key: the name of the key as it was first written, and its values. Names and data are
+/// views: those of a record that was read refer to the units that were read, which must stay valid.
 struct RegistryRecord {
-    /// No name ends after these first units of a record.
+    /// The name ends within this number of units from the start of a record.
     static constexpr std::size_t HEAD_UNITS = 4 + REGISTRY_NAME_LIMIT;
 
     std::u16string_view name;
     std::vector<RegistryValue> values;
 
-    /// False if the units are not, in every length, what `write` gives.
+    /// False if `write` could not have written the units.
     bool read(std::u16string_view units);
-    /// Reads the name alone, from a whole record or from the first `HEAD_UNITS` of one. False if no record begins so.
+    /// Reads only the name, from a whole record or from its first `HEAD_UNITS` units. False if this is not the start of
+    /// a record.
     bool readName(std::u16string_view head) noexcept;
-    /// The content of the file. Numbers have the byte order of the machine, as the values have.
+    /// The content of the file. Numbers have the byte order of the machine, as the values do.
     std::u16string write() const;
 
     /// Null if there is none.

@@ -5,8 +5,8 @@
 
 namespace vxsys::detail {
 
-/// Makes a system call again for as long as a signal breaks it off (EINTR). Never for `close`: on Linux the descriptor
-/// is gone then, and another thread may have its number already.
+/// Repeats a system call as long as a signal interrupts it (EINTR). Not for `close`: on Linux the descriptor is already
+/// closed then, and another thread may have got its number.
 template <std::invocable Call>
 auto retryOnSignal(Call&& call) noexcept
 {

@@ -8,8 +8,8 @@
 
 namespace vxsys::detail {
 
-/// Keeps a signal that a call raises in the calling thread from it, to the end of the block: one that came meanwhile is
-/// dropped, one that was pending before stays pending.
+/// Hides from the calling thread a signal that a call raises in it, to the end of the block. A signal that arrives
+/// meanwhile is dropped; one that was pending before stays pending.
 class [[nodiscard]] SignalShield {
 public:
     explicit SignalShield(int signal) noexcept

@@ -6,8 +6,8 @@
 
 namespace vxsys::detail {
 
-/// A mutex around state of the process, as the thread-safety analysis knows it. It works before any constructor has run
-/// and after all destructors.
+/// A mutex for state of the process, for the thread-safety analysis. It works before any constructor has run and after
+/// all destructors.
 class VX_CAPABILITY("mutex") StateLock {
 public:
     constexpr StateLock() noexcept = default;
@@ -17,7 +17,7 @@ public:
     void lock() noexcept VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS { m_mutex.lock(); }
     bool tryLock() noexcept VX_TRY_ACQUIRE(true) VX_NO_THREAD_SAFETY_ANALYSIS { return m_mutex.try_lock(); }
     void unlock() noexcept VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS { m_mutex.unlock(); }
-    /// For a wait on a condition of the system.
+    /// For a wait on a condition variable of the system.
     std::mutex::native_handle_type native() noexcept { return m_mutex.native_handle(); }
 
 private:

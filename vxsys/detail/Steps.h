@@ -6,11 +6,12 @@
 
 namespace vxsys::detail {
 
-// Failures go up as numbers, by early return. A function gives a native error (`int error`) or, if callers of the layer see
-// it, a result (`std::int32_t result`); in both kinds 0 is success. Steps that follow each other without any other work
-// between them are one call of `inOrder`.
+// Functions report failures as return values and return early. The value is a native error (`int error`) or, if callers
+// of the layer see it, a result (`std::int32_t result`); 0 is success in both kinds. Consecutive steps without other
+// work between them are one call of `inOrder`.
 
-/// Runs one step after the other until one fails, and returns its failure. The steps of one chain are of one kind.
+/// Runs the steps one after another until one fails, and returns its failure. All steps of one call return the same
+/// kind.
 template <std::invocable... Steps>
 std::int32_t inOrder(Steps&&... steps)
 {
@@ -19,7 +20,7 @@ std::int32_t inOrder(Steps&&... steps)
     return failure;
 }
 
-/// The native error of a call of the system that gives -1 if it fails; 0 if it did not.
+/// The native error of a system call that returns -1 if it fails; 0 if it succeeded.
 inline int errorOf(std::int64_t outcome) noexcept
 {
     return outcome == -1 ? errno : 0;

@@ -12,7 +12,8 @@
 
 namespace vxsys::detail {
 
-/// Eight UTF-16 units in one register. A comparison gives 0xFFFF in each lane where it holds, 0 elsewhere.
+/// Eight UTF-16 units in one register. The result of a comparison has 0xFFFF in each lane where it is true, otherwise
+/// 0.
 using Units8 __attribute__((vector_size(16), may_alias)) = std::uint16_t;
 
 inline constexpr unsigned UNITS8 = 8;
@@ -29,7 +30,7 @@ inline void store8(char16_t* target, Units8 units) noexcept
     std::memcpy(target, &units, sizeof units);
 }
 
-/// Bits 2i and 2i + 1 are those of lane i.
+/// Bits 2i and 2i + 1 belong to lane i.
 inline unsigned maskOf(Units8 lanes) noexcept
 {
 #if VX_VECTOR_PATHS

@@ -13,7 +13,7 @@ constexpr char continuation(std::uint32_t codePoint, unsigned shift) noexcept
     return static_cast<char>(0x80 | (codePoint >> shift & 0x3F));
 }
 
-/// The forms of UTF-8 by their first byte; `least` is the first code point that needs the form.
+/// The forms of UTF-8 by their first byte. `least` is the lowest code point that needs the form.
 struct Form {
     std::uint8_t mask;
     std::uint8_t lead;

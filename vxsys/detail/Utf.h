@@ -14,11 +14,11 @@ enum class Outcome {
 
 struct Conversion {
     Outcome outcome;
-    /// Units in the target, also of a conversion that broke off. Nothing terminates them.
+    /// The number of units in the target, also if the conversion stopped early. They are not terminated.
     std::size_t written;
 };
 
-/// Between the library's text and that of the operating system. `size` is the room in `target`.
+/// Convert between the text of the library and that of the operating system. `size` is the room in `target`.
 Conversion utf16ToUtf8(std::u16string_view source, char* target, std::size_t size) noexcept;
 Conversion utf8ToUtf16(std::string_view source, char16_t* target, std::size_t size) noexcept;
 

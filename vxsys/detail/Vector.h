@@ -1,7 +1,7 @@
 #pragma once
 
-// VX_VECTOR_PATHS: whether code for SSE2 is compiled in. The build's VX_VECTOR=OFF leaves it out, so that the scalar code in its
-// place is tested on the same machine.
+// VX_VECTOR_PATHS: whether code for SSE2 is compiled. The build option VX_VECTOR=OFF leaves it out, so that the scalar
+// code that replaces it is tested on the same machine.
 #if defined(__SSE2__) && !defined(VX_NO_VECTOR)
 #define VX_VECTOR_PATHS 1
 #else

@@ -7,7 +7,7 @@
 
 namespace vxsys::detail {
 
-/// Counts the threads that wait on a monitor, and is not destroyed while there are any.
+/// Counts the threads that wait on a monitor. It cannot be destroyed while there are any.
 template <class Handle>
 class Waitable : public Handle {
 public:
@@ -21,7 +21,7 @@ public:
     }
 
 protected:
-    /// Waits until `holds()`, which is asked under the lock; ETIMEDOUT if the deadline came first.
+    /// Waits until `holds()` is true, which is called under the lock. ETIMEDOUT if the deadline passes before that.
     template <class Condition>
     int waitUntil(const Deadline& deadline, Condition holds) noexcept VX_REQUIRES(m_monitor)
     {

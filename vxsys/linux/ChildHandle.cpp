@@ -18,7 +18,8 @@ namespace {
 using namespace vxsys::results;
 using namespace vxsys::detail;
 
-/// Stands for a child that had ended, and that another part of the process had collected, before it got a handle.
+/// The handle of a child that had ended and was collected by another part of the process before a handle could be
+/// opened.
 constexpr std::uint32_t COLLECTED_CHILD = VX_PROCESS_INVALID_HANDLE - 1;
 
 bool hasEnded(int child) noexcept

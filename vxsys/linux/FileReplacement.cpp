@@ -33,14 +33,14 @@ int copyPath(const char* path, char (&target)[NATIVE_PATH_SIZE]) noexcept
     return 0;
 }
 
-/// Flushes to disk. EINVAL and EROFS say that no disk belongs to the descriptor, not that a disk failed.
+/// Flushes to disk. EINVAL and EROFS mean that the descriptor has no disk, not that a disk failed.
 int flush(int descriptor) noexcept
 {
     const int error = errorOf(retryOnSignal([&] { return ::fsync(descriptor); }));
     return error != EINVAL && error != EROFS ? error : 0;
 }
 
-/// Calls `make` with names beside `place` until one is not taken; `name` becomes that one.
+/// Calls `make` with names in the folder of `place` until one is free. Stores that one in `name`.
 template <std::predicate<const char*> Make>
 int withNewName(const FilePlace& place, char (&name)[FilePlace::NAME_SIZE], Make&& make) noexcept
 {
@@ -61,7 +61,7 @@ int withNewName(const FilePlace& place, char (&name)[FilePlace::NAME_SIZE], Make
     }
 }
 
-/// Keeps all signals from the calling thread to the end of the block.
+/// Blocks all signals in the calling thread to the end of the block.
 class [[nodiscard]] SignalPause {
 public:
     SignalPause() noexcept
@@ -92,7 +92,7 @@ int FilePlace::find(const char* path) noexcept
             return error;
         const ssize_t length = ::readlinkat(m_folder.get(), m_name, rest, sizeof rest);
         if (length == -1)
-            return errno == EINVAL || errno == ENOENT ? 0 : errno; // no link, or nothing yet
+            return errno == EINVAL || errno == ENOENT ? 0 : errno; // no link, or no file yet
         if (static_cast<std::size_t>(length) == sizeof rest)
             return ENAMETOOLONG;
         rest[length] = '\0';
@@ -100,7 +100,7 @@ int FilePlace::find(const char* path) noexcept
     return ELOOP;
 }
 
-/// Splits `path`, which is relative to the folder so far, into the next folder and the name in it.
+/// Splits `path`, which is relative to the present folder, into its folder and its name.
 int FilePlace::enter(char* path) noexcept
 {
     char* slash = std::strrchr(path, '/');
@@ -125,7 +125,7 @@ int FileReplacement::begin(const char* path, mode_t mode) noexcept
 {
     m_process = ::getpid();
     return inOrder([&] { return m_place.find(path); }, [&] { return openOld(); },
-        // Only the user can read it until it has the rights of the old file, which may be narrow.
+        // Only the user may read it until it has the rights of the old file, which may be restricted.
         [&] { return openNew(m_old.isOpen() ? S_IRUSR | S_IWUSR : mode); });
 }
 
@@ -158,7 +158,7 @@ void FileReplacement::discard() noexcept
     }
 }
 
-/// Opens the file that is replaced, to see that it may be written. None is no error.
+/// Opens the file that is to be replaced, to check that it may be written. A missing file is no error.
 int FileReplacement::openOld() noexcept
 {
     m_old.reset(retryOnSignal([&] {
@@ -178,7 +178,7 @@ int FileReplacement::openNew(mode_t mode) noexcept
         retryOnSignal([&] { return ::openat(m_place.folder(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, mode); }));
     if (m_file.isOpen()) {
         if (::faccessat(AT_FDCWD, DescriptorPath(m_file.get()).get(), F_OK, AT_EACCESS)
-            == 0) // its name comes by way of this path
+            == 0) // the name is given to it through this path
             return 0;
     } else if (errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT && errno != EINVAL) {
         return errno;
@@ -191,7 +191,7 @@ int FileReplacement::openNew(mode_t mode) noexcept
     });
 }
 
-/// Takes over owner, mode and access list. The mode comes last: a change of owner takes bits away from it.
+/// Copies owner, mode and access list. The mode is set last, because a change of the owner clears some of its bits.
 int FileReplacement::takeRights() const noexcept
 {
     struct stat own;
@@ -199,7 +199,7 @@ int FileReplacement::takeRights() const noexcept
     if (::fstat(m_file.get(), &own) != 0 || ::fstat(m_old.get(), &old) != 0)
         return errno;
     if ((own.st_uid != old.st_uid || own.st_gid != old.st_gid) && ::fchown(m_file.get(), old.st_uid, old.st_gid) != 0)
-        return errno == EPERM ? EACCES : errno; // it would become another user's file
+        return errno == EPERM ? EACCES : errno; // otherwise the file would belong to another user
     constexpr const char* ACCESS_LIST = "system.posix_acl_access";
     char list[8192];
     const ssize_t size = ::fgetxattr(m_old.get(), ACCESS_LIST, list, sizeof list);
@@ -224,7 +224,7 @@ int FileReplacement::takePlace() noexcept
     if (!m_old.isOpen()) {
         if (link(m_place.name()))
             return 0;
-        if (errno != EEXIST) // else another process has made one since
+        if (errno != EEXIST) // otherwise another process has created one meanwhile
             return errno;
     }
     return inOrder([&] { return withNewName(m_place, m_name, link); }, [&] { return replaceOld(); });

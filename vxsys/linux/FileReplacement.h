@@ -9,12 +9,12 @@
 
 namespace vxsys::detail {
 
-/// Where a file stands: its folder, open, and its name in it, after all symbolic links.
+/// The place of a file: its folder, which is open, and its name in it, after all symbolic links.
 class FilePlace {
 public:
     static constexpr std::size_t NAME_SIZE = NAME_MAX + 1;
 
-    /// Returns a native error, 0 for none. Nothing needs to have the name.
+    /// Returns a native error or 0. The file need not exist.
     int find(const char* path) noexcept;
 
     int folder() const noexcept { return m_folder.get(); }
@@ -27,15 +27,15 @@ private:
     char m_name[NAME_SIZE] = "";
 };
 
-/// The new content of a file: written beside it, flushed, and then put in its place in one step, so that the file has the
-/// old content or the new one at any time, whole. The file keeps its owner, its mode and its access list. Other hard links
-/// keep the old content.
+/// The new content of a file. It is written to a separate file and flushed, and then takes the place of the old file in
+/// one step. So the file has either the whole old content or the whole new one at any time. It keeps its owner, its
+/// mode and its access list. Other hard links keep the old content.
 ///
-/// The content has no name until `commit`, where the file system can do so: a kill leaves nothing of it. A file that is new
-/// gets its name in one step. One that replaces another needs a name for the moment between two calls of the system, in which
-/// only SIGKILL can end a process of one thread. On other file systems it has a temporary name from the start.
+/// If the file system supports it, the content has no name until `commit`, so that a kill leaves nothing. A new file
+/// gets its name in one step. A replacement needs a temporary name between two system calls; only SIGKILL can end a
+/// process of one thread there. On other file systems it has a temporary name from the start.
 ///
-/// Each operation returns a native error, 0 for none.
+/// Each operation returns a native error or 0.
 class FileReplacement {
 public:
     FileReplacement() noexcept = default;
@@ -43,14 +43,15 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// EACCES where the file could not be written in place, where the user may not make files in its folder, and for what is no
-    /// regular file. A file that is new gets `mode` less the process's mask.
+    /// EACCES if the file may not be written, if the user may not create files in its folder, and if it is not a
+    /// regular file. A new file gets `mode`, reduced by the process's mask.
     int begin(const char* path, mode_t mode) noexcept;
     int write(const void* content, std::size_t length) const noexcept;
-    /// Once. After a failure the file has its old content, except when only its folder could not be flushed. `*status`,
-    /// unless null, is that of the new file.
+    /// May be called once. After a failure the file has its old content, unless only the flush of its folder failed. If
+    /// `status` is not null, `*status` becomes that of the new file.
     int commit(VXFileStatus* status) noexcept;
-    /// Removes the name of what was not committed. Safe in a handler of signals. A child process by `fork` removes nothing.
+    /// Removes the temporary name of what was not committed. Safe in a signal handler. In a child process by `fork` it
+    /// removes nothing.
     void discard() noexcept;
 
     int descriptor() const noexcept { return m_file.get(); }
@@ -65,8 +66,8 @@ private:
     FilePlace m_place;
     Descriptor m_old;
     Descriptor m_file;
-    pid_t m_process = 0; ///< that made it
-    char m_name[FilePlace::NAME_SIZE] = ""; ///< empty while it has none
+    pid_t m_process = 0; ///< the process that made it
+    char m_name[FilePlace::NAME_SIZE] = ""; ///< empty if it has none
 };
 
 } // namespace vxsys::detail

@@ -4,7 +4,7 @@
 
 namespace vxsys::detail {
 
-/// As `statx` with the same first arguments. Gives a native error or 0. After an error `status` is all zero.
+/// As `statx` with the same first arguments. Returns a native error or 0. After an error `status` is all zero.
 int readStatus(int folder, const char* path, int flags, VXFileStatus& status) noexcept;
 
 } // namespace vxsys::detail

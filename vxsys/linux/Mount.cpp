@@ -24,7 +24,7 @@ struct KindRow {
     std::int32_t kind;
 };
 
-/// All others are of this machine, or have no name that another machine knows.
+/// All other kinds are local, or have no name that another machine knows.
 constexpr KindRow KINDS[] = {
     {"cifs", VX_MOUNT_SHARE},
     {"smb3", VX_MOUNT_SHARE},
@@ -61,9 +61,9 @@ std::int32_t widen(std::string_view native, char16_t* target, std::int32_t size)
 }
 
 /// The index after `folder` and a separator in the wide form of `path`.
-std::int32_t indexBehind(std::string_view folder, std::string_view path) noexcept
+std::int32_t indexAfter(std::string_view folder, std::string_view path) noexcept
 {
-    char16_t wide[NATIVE_PATH_SIZE + 2]; // and a drive
+    char16_t wide[NATIVE_PATH_SIZE + 2]; // with a drive
     const bool isAll = path.size() == folder.size();
     widenPath(path.substr(0, folder.size() + (isAll || folder.ends_with('/') ? 0 : 1)), wide, std::size(wide));
     return static_cast<std::int32_t>(std::u16string_view(wide).size());
@@ -72,13 +72,13 @@ std::int32_t indexBehind(std::string_view folder, std::string_view path) noexcep
 } // namespace
 
 std::int32_t VXMountFind(
-    const char16_t* path, std::int32_t* kind, char16_t* source, std::int32_t size, std::int32_t* behind) noexcept
+    const char16_t* path, std::int32_t* kind, char16_t* source, std::int32_t size, std::int32_t* rest) noexcept
 {
-    if (path == nullptr || kind == nullptr || source == nullptr || size < 1 || behind == nullptr)
+    if (path == nullptr || kind == nullptr || source == nullptr || size < 1 || rest == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *kind = VX_MOUNT_LOCAL;
     *source = 0;
-    *behind = 0;
+    *rest = 0;
     NativePath native;
     if (const std::int32_t result = native.assign(path); failed(result))
         return result;
@@ -88,18 +88,18 @@ std::int32_t VXMountFind(
     if (table == nullptr)
         return VXResultFromNative(errno);
 
-    // The deepest folder counts, and of two mounts in one the later, which hides the other.
+    // The deepest folder is used. Of two mounts in one folder it is the later one, which hides the other.
     std::size_t deepest = 0;
     std::int32_t result = RESULT_NOT_FOUND;
     ::mntent entry;
-    char line[4 * NATIVE_PATH_SIZE]; // a folder, and what is mounted there, in octal numbers at worst
+    char line[4 * NATIVE_PATH_SIZE]; // a folder and what is mounted there, with each byte as an octal number
     while (::getmntent_r(table.get(), &entry, line, sizeof line) != nullptr) {
         const std::string_view folder = entry.mnt_dir;
         if (folder.size() < deepest || !holds(folder, native.get()))
             continue;
         deepest = folder.size();
         *kind = kindOf(entry.mnt_type);
-        *behind = indexBehind(folder, native.get());
+        *rest = indexAfter(folder, native.get());
         result = widen(*kind != VX_MOUNT_LOCAL ? entry.mnt_fsname : "", source, size);
     }
     return result;

@@ -26,10 +26,10 @@ constexpr mode_t OWNER_ALL = 0700;
 constexpr mode_t OTHERS_ALL = 0077;
 constexpr std::size_t NAME_SIZE = 64;
 
-/// How often a process looks again while others make or remove folders at the same time.
+/// How often a process tries again while others create or remove folders at the same time.
 constexpr int MOST_TRIES = 1000;
 
-/// The name of the folder that was found last, and for which user. An empty name: none yet.
+/// The name of the last folder that was found, and its user. An empty name means that none was found yet.
 struct KnownFolder {
     uid_t user = 0;
     char name[NAME_SIZE] = "";
@@ -73,7 +73,7 @@ struct FolderSearch {
     }
 };
 
-/// Makes a folder with a name that no other user has taken.
+/// Creates a folder under a name that no other user has taken.
 int makeFolder(int memory, char (&name)[NAME_SIZE]) noexcept
 {
     writeFirstName(name);
@@ -84,7 +84,7 @@ int makeFolder(int memory, char (&name)[NAME_SIZE]) noexcept
             return errno;
         std::snprintf(name + length, NAME_SIZE - length, "-%016" PRIx64, random);
     }
-    ::fchmodat(memory, name, OWNER_ALL, 0); // what the process's mask took away
+    ::fchmodat(memory, name, OWNER_ALL, 0); // sets the rights that the process's mask removed
     return 0;
 }
 
@@ -99,8 +99,8 @@ int NamedFolder::open() noexcept
     if (!memory.isOpen())
         return errno;
 
-    // A folder that a process has just made counts for it only if it is the only one then. Several at once are those of
-    // processes that started at the same time: each of them removes its own unless others use it already, and looks again.
+    // Whether the new folder is the only one. If there are several, processes have started at the same time. Each of
+    // them removes its own folder, unless it is already in use, and searches again.
     for (int triesLeft = MOST_TRIES; triesLeft > 0; --triesLeft) {
         FolderSearch search;
         if (const int error = search.run(memory.get()))
@@ -111,7 +111,7 @@ int NamedFolder::open() noexcept
                 = inOrder([&] { return makeFolder(memory.get(), made); }, [&] { return search.run(memory.get()); }))
                 return error;
             if (search.count > 1 && enter(made)) {
-                ::unlinkat(memory.get(), made, AT_REMOVEDIR); // fails for one that has files, which stays then
+                ::unlinkat(memory.get(), made, AT_REMOVEDIR); // fails, and leaves the folder, if it contains files
                 close();
             }
         }
@@ -136,7 +136,7 @@ void NamedFolder::forget() noexcept
     *g_known.name = '\0';
 }
 
-/// Opens and locks the folder `name`. False if it is not there any more, or not the user's alone.
+/// Opens and locks the folder `name`. False if it has been removed, or does not belong to the user alone.
 bool NamedFolder::enter(const char* name) noexcept
 {
     char path[PATH_SIZE];
@@ -145,7 +145,7 @@ bool NamedFolder::enter(const char* name) noexcept
     if (m_descriptor == -1)
         return false;
     struct stat status;
-    // The look comes after the lock: another process may have removed the folder before it released the lock.
+    // Checked after locking, because another process may have removed the folder before it released the lock.
     if (retryOnSignal([&] { return ::flock(m_descriptor, LOCK_EX); }) == 0 && ::fstat(m_descriptor, &status) == 0
         && isPrivate(status) && status.st_nlink > 0)
         return true;
@@ -157,7 +157,7 @@ void NamedFolder::close() noexcept
 {
     if (m_descriptor == -1)
         return;
-    // Closing alone does not unlock: a child process that was made meanwhile may share the descriptor.
+    // Unlocks explicitly, because a child process that was forked meanwhile may share the descriptor.
     ::flock(m_descriptor, LOCK_UN);
     ::close(m_descriptor);
     m_descriptor = -1;

@@ -8,7 +8,7 @@
 
 namespace vxsys::detail {
 
-/// Guards what the process knows of named objects. Held while the process forks.
+/// Guards what the process stores about named objects. Held during a fork.
 inline constinit StateLock g_namedLock;
 
 /// The private folder of a user for the files of named objects. It lies in memory, so that it ends with the system, as the
@@ -35,10 +35,10 @@ public:
     int open() noexcept VX_REQUIRES(g_namedLock);
     int descriptor() const noexcept { return m_descriptor; }
 
-    /// The full path of a file in the folder, which is open.
+    /// The full path of a file in the open folder.
     void writePath(const char* name, char (&path)[PATH_SIZE]) const noexcept VX_REQUIRES(g_namedLock);
 
-    /// Makes the next `open` search for the folder again: the user or the namespace may have changed.
+    /// The next `open` searches for the folder again, because the user or the namespace may have changed.
     static void forget() noexcept VX_REQUIRES(g_namedLock);
 
 private:

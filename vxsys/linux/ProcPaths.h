@@ -7,7 +7,7 @@ namespace vxsys::detail {
 /// The file of the running program (proc(5)).
 inline constexpr const char* PROGRAM_PATH = "/proc/self/exe";
 
-/// A path to the open file of a descriptor of this process, whatever name the file has, or none.
+/// A path to the file of an open descriptor of this process, even if the file has no name or another one.
 class DescriptorPath {
 public:
     explicit DescriptorPath(int descriptor) noexcept

@@ -15,7 +15,7 @@ namespace vxsys::detail {
 
 namespace {
 
-/// What /proc/PID/stat tells of a process (proc(5)).
+/// Fields of /proc/PID/stat (proc(5)).
 struct ProcessStatus {
     ProcessIdentity identity;
     bool isEnded = false;
@@ -23,20 +23,20 @@ struct ProcessStatus {
 
 bool readStatus(const char* path, ProcessStatus& status) noexcept
 {
-    // The file's fields by their number in proc(5).
+    // The fields, by the numbers of proc(5).
     enum Field { STATE = 3, THREADS = 20, STARTED = 22, STACK = 28, LAST = STACK };
 
     const int file = retryOnSignal([&] { return ::open(path, O_RDONLY | O_CLOEXEC); });
     if (file == -1)
         return false;
-    char text[1024]; // one read gives all: a short line of numbers
+    char text[1024]; // one read is enough for this short line
     const ssize_t length = retryOnSignal([&] { return ::read(file, text, sizeof text - 1); });
     ::close(file);
     if (length <= 0)
         return false;
     text[length] = '\0';
 
-    // The second field is a name in brackets, which may hold anything.
+    // The second field is a name in brackets, which may contain any characters.
     const char* position = std::strrchr(text, ')');
     if (position == nullptr)
         return false;
@@ -52,14 +52,14 @@ bool readStatus(const char* path, ProcessStatus& status) noexcept
         if (field == STATE)
             state = *position;
         else
-            std::from_chars(position, end, numbers[field]); // negative ones are none of ours
+            std::from_chars(position, end, numbers[field]); // negative fields are not used here
         while (position < end && *position != ' ')
             ++position;
     }
     std::from_chars(text, end, status.identity.id);
     status.identity.started = numbers[STARTED];
     status.identity.stack = numbers[STACK];
-    // The first thread of a process is a zombie too when it ended before the others.
+    // The first thread of a running process is a zombie too if it has ended before the others.
     status.isEnded = (state == 'Z' || state == 'X') && numbers[THREADS] <= 1;
     return true;
 }
@@ -70,7 +70,7 @@ ProcessIdentity ProcessIdentity::ofCaller() noexcept
 {
     ProcessIdentity self {static_cast<std::uint32_t>(::getpid())};
     ProcessStatus status;
-    // A /proc of another namespace of process numbers speaks of others under our number.
+    // If /proc belongs to another namespace of process numbers, our number is that of another process there.
     if (readStatus("/proc/self/stat", status) && status.identity.id == self.id)
         self = status.identity;
     return self;
@@ -89,7 +89,7 @@ bool ProcessIdentity::isAlive(const ProcessIdentity& observer) const noexcept
     std::snprintf(path, sizeof path, "/proc/%u/stat", id);
     ProcessStatus status;
     if (!readStatus(path, status))
-        return true; // has just ended, which the next check will see, or is hidden from the caller
+        return true; // it has just ended, which the next check will find, or it is hidden from the caller
     const bool isOtherProgram = stack != 0 && status.identity.stack != 0 && stack != status.identity.stack;
     return !status.isEnded && status.identity.started == started && !isOtherProgram;
 }

@@ -4,18 +4,18 @@
 
 namespace vxsys::detail {
 
-/// A process as it runs now. Its number alone may be another's tomorrow, and a program that it becomes by `exec` knows
-/// nothing of what it had open.
+/// Identifies a running process. The system gives its number to a later process, and a program that it starts by `exec`
+/// knows nothing of what was open before. So the number alone is not enough.
 struct ProcessIdentity {
     std::uint32_t id = 0;
-    /// Clock ticks from the system's start to its own; 0 if unknown.
+    /// When it was started, in clock ticks since the start of the system; 0 if unknown.
     std::uint64_t started = 0;
-    /// Where its stack begins, which the system picks anew for each program; 0 if unknown.
+    /// The address of its stack, which the system chooses anew for each program; 0 if unknown.
     std::uint64_t stack = 0;
 
     static ProcessIdentity ofCaller() noexcept;
 
-    /// Whether it still runs, as far as `observer`, the caller, can see. In doubt it does.
+    /// Whether it still runs, as far as `observer` (the calling process) can see. True if that is unknown.
     bool isAlive(const ProcessIdentity& observer) const noexcept;
 
     friend bool operator==(const ProcessIdentity&, const ProcessIdentity&) noexcept = default;

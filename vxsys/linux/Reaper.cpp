@@ -22,7 +22,7 @@ namespace vxsys::detail {
 
 namespace {
 
-/// What the reaper still has to do with a descriptor that it owns.
+/// A descriptor that the reaper owns, and what it has to do with it.
 struct Task {
     enum class Kind { COLLECT_CHILD, DRAIN_PIPE };
 
@@ -31,7 +31,7 @@ struct Task {
     std::unique_ptr<Task> next;
 };
 
-/// Whether the child has been collected, here or elsewhere.
+/// Whether the child has been collected, here or by another part of the process.
 bool isCollected(int child) noexcept
 {
     siginfo_t ended {};
@@ -40,10 +40,10 @@ bool isCollected(int child) noexcept
     return error != 0 || ended.si_pid != 0;
 }
 
-/// Drops what the pipe holds. True after its last writer has closed it.
+/// Drops the content of the pipe. True after its last writer has closed it.
 bool isDrained(int pipe) noexcept
 {
-    constexpr int READS_IN_A_TURN = 16; // then the other tasks have theirs
+    constexpr int READS_IN_A_TURN = 16; // so that other tasks are not delayed
     std::array<char, 16 * 1024> dropped;
     for (int i = 0; i < READS_IN_A_TURN; ++i) {
         const ssize_t got = retryOnSignal([&] { return ::read(pipe, dropped.data(), dropped.size()); });
@@ -55,8 +55,8 @@ bool isDrained(int pipe) noexcept
     return false;
 }
 
-/// One thread for all tasks, which runs only while there are any. Waiting and working need no memory, so a task that was
-/// accepted is always done. The thread ends with the library at the latest: none of its code runs after the unloading.
+/// One thread for all tasks, which runs only while there are tasks. Waiting and working need no memory, so a task that
+/// was accepted is always completed. The thread ends before the library is unloaded.
 class Reaper {
 public:
     Reaper() noexcept = default;
@@ -64,11 +64,11 @@ public:
     Reaper(const Reaper&) = delete;
     Reaper& operator=(const Reaper&) = delete;
 
-    /// Gives a native error or 0. May throw std::bad_alloc.
+    /// Returns a native error or 0. May throw std::bad_alloc.
     int add(Descriptor descriptor, Task::Kind kind);
 
-    /// Around a fork: the child process has this memory, but not the thread. Its copies of the descriptors are closed. The
-    /// lock is held from the first call to one of the other two.
+    /// Called around a fork. The child process has this memory, but not the thread. It closes its copies of the
+    /// descriptors. The first call locks, and each of the other two unlocks.
     void beforeFork() VX_NO_THREAD_SAFETY_ANALYSIS { m_lock.lock(); }
     void inParent() VX_NO_THREAD_SAFETY_ANALYSIS { m_lock.unlock(); }
     void inChild() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
@@ -80,7 +80,7 @@ private:
     void dropTasks() noexcept VX_REQUIRES(m_lock);
 
     void run() noexcept;
-    /// False when the thread has nothing left to do.
+    /// False if the thread has nothing left to do.
     bool work(const epoll_event* events, int count) noexcept;
     void workOn(Task& task) noexcept VX_REQUIRES(m_lock);
     void remove(const Task& task) noexcept VX_REQUIRES(m_lock);
@@ -90,7 +90,7 @@ private:
     Descriptor m_epoll; ///< open from the first task on
     Descriptor m_wake VX_GUARDED_BY(m_lock); ///< an event in `m_epoll` without a task
     pthread_t m_thread VX_GUARDED_BY(m_lock) {};
-    bool m_hasThread VX_GUARDED_BY(m_lock) = false; ///< to be joined
+    bool m_hasThread VX_GUARDED_BY(m_lock) = false; ///< has to be joined
     bool m_isRunning VX_GUARDED_BY(m_lock) = false;
     bool m_ends VX_GUARDED_BY(m_lock) = false;
 };
@@ -162,8 +162,8 @@ int Reaper::startThread() noexcept
     if (m_isRunning)
         return 0;
     if (m_hasThread)
-        ::pthread_join(m_thread, nullptr); // it has left its loop
-    // The program's signals are for the program's threads.
+        ::pthread_join(m_thread, nullptr); // the thread has already left its loop
+    // Signals of the program must be handled by its own threads.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -190,7 +190,7 @@ void Reaper::wake() const noexcept
 
 void Reaper::dropTasks() noexcept
 {
-    while (m_tasks != nullptr) // one by one: a chain that destroys itself recurses
+    while (m_tasks != nullptr) // one by one, because the destructor of a chain is recursive
         m_tasks = std::move(m_tasks->next);
 }
 
@@ -208,7 +208,7 @@ bool Reaper::work(const epoll_event* events, int count) noexcept
 {
     const StateGuard guard(m_lock);
     for (int i = 0; i < count; ++i) {
-        if (events[i].data.ptr != nullptr) // null only wakes the thread
+        if (events[i].data.ptr != nullptr) // the event of `m_wake` has null
             workOn(*static_cast<Task*>(events[i].data.ptr));
     }
     m_isRunning = !m_ends && m_tasks != nullptr;
@@ -224,7 +224,7 @@ void Reaper::workOn(Task& task) noexcept
 
 void Reaper::remove(const Task& task) noexcept
 {
-    // Closing is not enough: a child of a fork may hold the descriptor open, and its events would still come.
+    // Closing is not enough: a forked child process may have the descriptor open, and its events would still arrive.
     ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, task.descriptor.get(), nullptr);
     std::unique_ptr<Task>* place = &m_tasks;
     while (place->get() != &task)
@@ -261,7 +261,7 @@ std::int32_t drainLater(Descriptor pipe) noexcept
 {
     pollfd state {pipe.get(), POLLIN, 0};
     if (::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)
-        return results::RESULT_OK; // no writer is left
+        return results::RESULT_OK; // there is no writer any more
     const int flags = ::fcntl(pipe.get(), F_GETFL);
     if (flags == -1 || ::fcntl(pipe.get(), F_SETFL, flags | O_NONBLOCK) != 0)
         return VXResultFromNative(errno);

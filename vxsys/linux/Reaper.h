@@ -6,12 +6,12 @@
 
 namespace vxsys::detail {
 
-/// Collects a child that is not joined as soon as it ends, so that no zombie stays. `child` is a descriptor of
-/// the process (pidfd). After a failure, which is negative, the child stays a zombie until the calling process ends.
+/// Collects the child when it ends, so that no zombie remains. `child` is a process descriptor (pidfd). Negative
+/// results are failures: the child then remains a zombie until the calling process ends.
 std::int32_t reapLater(Descriptor child) noexcept;
 
-/// Reads and drops what is written to `pipe` until its last writer has closed it. After a failure, which is negative, the
-/// pipe is closed and its writers get SIGPIPE.
+/// Reads and drops what is written to `pipe` until its last writer has closed it. Negative results are failures: the
+/// pipe is then closed, and its writers get SIGPIPE.
 std::int32_t drainLater(Descriptor pipe) noexcept;
 
 } // namespace vxsys::detail

@@ -89,7 +89,7 @@ bool SharedPage::hasOpener(const ProcessIdentity& observer) noexcept
         m_openers, m_openers + m_places, [&](Opener& opener) VX_REQUIRES(this) { return isAlive(opener, observer); });
 }
 
-void SharedPage::dropTheGone(const ProcessIdentity& observer) noexcept
+void SharedPage::dropEnded(const ProcessIdentity& observer) noexcept
 {
     for (std::uint32_t i = 0; i < m_places; ++i)
         isAlive(m_openers[i], observer);
@@ -162,7 +162,7 @@ std::int32_t SharedPage::value(const ProcessIdentity& observer) noexcept
 
 void SharedPage::setNote(const VXNamedSemNote& note) noexcept
 {
-    // The length says whether there is a note, so it comes last.
+    // The length says whether there is a note, so it is written last.
     volatile std::int64_t& length = m_note.length;
     length = 0;
     std::atomic_signal_fence(std::memory_order_seq_cst);
@@ -198,7 +198,7 @@ void SharedPage::recount() noexcept
         waiters += m_openers[i].waiting;
     }
     std::int64_t total = m_total.load(std::memory_order_relaxed);
-    if (total - held > LARGEST) { // others had posted up to the limit what has come back now
+    if (total - held > LARGEST) { // others may have posted up to the limit before these units are returned
         total = held + LARGEST;
         m_total.store(total, std::memory_order_release);
     }
@@ -232,7 +232,7 @@ void SharedPage::waitForPost() noexcept
 {
     const std::uint32_t wakeUps = m_wakeUps.load(std::memory_order_relaxed);
     unlock();
-    futex(m_wakeUps, FUTEX_WAIT, wakeUps, &LONGEST_SLEEP); // whatever ends it, the caller looks again
+    futex(m_wakeUps, FUTEX_WAIT, wakeUps, &LONGEST_SLEEP); // whatever ended the wait, the caller checks again
     lock();
 }
 

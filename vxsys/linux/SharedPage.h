@@ -11,10 +11,10 @@
 
 namespace vxsys::detail {
 
-/// A process that has a named object open, or a free place for one.
+/// A place for a process that has a named object open. It may be free.
 struct Opener {
-    std::atomic<std::uint32_t> process; ///< 0: free. Written last
-    std::atomic<std::uint32_t> held; ///< what it took of the semaphore and did not post
+    std::atomic<std::uint32_t> process; ///< 0: free. It is written last
+    std::atomic<std::uint32_t> held; ///< units of the semaphore that it took and did not post
     std::uint32_t waiting; ///< its threads that wait
     std::uint32_t unused;
     std::uint64_t started;
@@ -24,31 +24,31 @@ struct Opener {
     bool isFree() const noexcept { return process.load(std::memory_order_relaxed) == 0; }
 };
 
-/// What the processes that have a named object open share: who they are, and the state of a semaphore.
+/// The shared state of the processes that have a named object open: these processes, and the semaphore.
 ///
-/// The mutex outlives a holder that is killed. A process may be killed between
-/// any two stores, so each change is one store to what cannot be computed: `total` or an opener's `process` or `held`. The
-/// counts that save time, `value` and `waiters`, follow from these and are computed again after a holder was killed.
+/// The mutex can still be used after a process was killed while it held it. A process may be killed between any two
+/// stores. So each change is one store to a field that cannot be computed from others: `total`, or `process` or `held`
+/// of an opener. The counts `value` and `waiters` only save time. They are computed again after a holder was killed.
 class VX_CAPABILITY("mutex") SharedPage {
 public:
     static constexpr std::uint32_t CAPACITY = 8000;
 
-    /// Makes a page out of a file of zeros or of one whose making was cut short. Gives a native error.
+    /// Initialises a page that consists of zeros, or whose initialisation was interrupted. Returns a native error or 0.
     int make(std::uint32_t places) noexcept VX_NO_THREAD_SAFETY_ANALYSIS; // no other process uses it yet
-    /// Whether the making came to its end.
+    /// Whether the initialisation was completed.
     bool isMade() const noexcept { return m_layout.load(std::memory_order_acquire) != 0; }
-    /// Whether it was made by a library that sees the same here.
+    /// Whether the page was made by a library with the same layout.
     bool isOurs() const noexcept { return m_layout.load(std::memory_order_acquire) == LAYOUT; }
 
     void lock() noexcept VX_ACQUIRE() VX_NO_THREAD_SAFETY_ANALYSIS;
     void unlock() noexcept VX_RELEASE() VX_NO_THREAD_SAFETY_ANALYSIS { ::pthread_mutex_unlock(&m_mutex); }
 
-    /// Sets the state for the first opener: `value` free ones. A note stays.
+    /// Sets the state for the first opener; `value` is the count of the semaphore. A note stays.
     void start(std::uint32_t value, std::uint64_t size) noexcept VX_REQUIRES(this);
     /// Whether a running process has it open. Frees the places of ended processes, up to the first one that runs.
     bool hasOpener(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// Frees the places of all ended processes.
-    void dropTheGone(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
+    void dropEnded(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// A place for `process`; null when all are taken.
     Opener* enter(const ProcessIdentity& process) noexcept VX_REQUIRES(this);
     /// Frees the opener's place and what it holds.
@@ -58,11 +58,12 @@ public:
     void setPlaces(std::uint32_t places) noexcept VX_REQUIRES(this) { m_places = places; }
     std::uint64_t size() const noexcept VX_REQUIRES(this) { return m_size; }
 
-    /// Whether the file has lost its name, or is about to. A later opener makes another file.
+    /// Whether the name of the file is removed, or will be removed at once. A later opener creates another file.
     bool isRemoved() const noexcept VX_REQUIRES(this) { return m_isRemoved; }
     void setRemoved() noexcept VX_REQUIRES(this) { m_isRemoved = true; }
 
-    /// Takes one. If there is none, waits for it or gives ETIMEDOUT. Releases the lock while it waits.
+    /// Takes one unit. If there is none, waits for one, or returns ETIMEDOUT without `wait`. Releases the lock while it
+    /// waits.
     int take(Opener& opener, bool wait, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     int post(Opener& opener) noexcept VX_REQUIRES(this);
     std::int32_t value(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
@@ -71,26 +72,26 @@ public:
     void getNote(VXNamedSemNote& note) const noexcept VX_REQUIRES(this);
     bool hasNote() const noexcept VX_REQUIRES(this) { return m_note.length != 0; }
 
-    /// Bytes of a page with `places` for openers.
+    /// The size in bytes of a page with `places` for openers.
     static constexpr std::size_t sizeFor(std::uint32_t places) noexcept
     {
         return sizeof(SharedPage) - (CAPACITY - places) * sizeof(Opener);
     }
 
 private:
-    /// Another order of the fields, or another size of the system's mutex, is another layout.
+    /// Differs if the order of the fields or the size of the system's mutex differs.
     static constexpr std::uint32_t LAYOUT = 0x76780200 + sizeof(pthread_mutex_t);
 
     void recount() noexcept VX_REQUIRES(this);
     /// Whether a running process has this place. Frees the place of an ended process.
     bool isAlive(Opener& opener, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
-    /// Frees the places of processes that ended while they held or waited. Limited to one check in SHORTEST_BETWEEN_LOOKS.
+    /// Frees the places of ended processes that held or waited. Limited to one check in SHORTEST_BETWEEN_LOOKS.
     void takeBack(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     void waitForPost() noexcept VX_REQUIRES(this);
     void wake(int count) noexcept;
 
     std::atomic<std::uint32_t> m_layout;
-    std::uint32_t m_places; ///< written under the lock; a look at the file may read it without
+    std::uint32_t m_places; ///< written under the lock, but also read without it
     pthread_mutex_t m_mutex;
     bool m_isRemoved VX_GUARDED_BY(this);
     std::uint32_t m_waiters VX_GUARDED_BY(this);
@@ -103,7 +104,7 @@ private:
     Opener m_openers[CAPACITY] VX_GUARDED_BY(this);
 };
 
-/// Holds a page to the end of the block.
+/// Holds the lock of a page to the end of the block.
 class [[nodiscard]] VX_SCOPED_CAPABILITY PageLock {
 public:
     explicit PageLock(SharedPage& page) noexcept VX_ACQUIRE(page)

@@ -13,7 +13,7 @@ constinit thread_local std::uint32_t t_threadId = 0;
 std::uint32_t VXThreadGetCurrentId() noexcept
 {
     if (t_threadId == 0) {
-        // The child of a fork has a copy of this memory, but its thread is another one.
+        // In a forked child process this memory is a copy, but the thread is another one.
         static const int registered = ::pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
         static_cast<void>(registered);
         t_threadId = static_cast<std::uint32_t>(::syscall(SYS_gettid));

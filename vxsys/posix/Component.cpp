@@ -37,13 +37,13 @@ struct ClassOffer {
     ClassOffer* next = nullptr;
 };
 
-// Plain pointers and no destructors: a library that is unloaded late may still take back what it offered.
+// Plain pointers and no destructors: a library that is unloaded late may still revoke its offers.
 constinit ReadyModule* g_modules VX_GUARDED_BY(g_lock) = nullptr;
 constinit ClassOffer* g_offers VX_GUARDED_BY(g_lock) = nullptr; // the last offer first
 constinit std::uint32_t g_lastToken VX_GUARDED_BY(g_lock) = 0;
 pthread_cond_t g_useEnded = PTHREAD_COND_INITIALIZER;
 
-/// The place of the pointer to the first element that `matches`, or of the null pointer after the last.
+/// The address of the pointer to the first element that `matches`, or of the null pointer after the last.
 template <typename T, typename Predicate>
 T** findPlace(T*& first, Predicate&& matches)
 {
@@ -53,7 +53,7 @@ T** findPlace(T*& first, Predicate&& matches)
     return place;
 }
 
-/// Takes the element at `place` out of its list; null where there is none.
+/// Removes the element at `place` from its list. Null if there is none.
 template <typename T>
 T* unlink(T** place) noexcept
 {
@@ -90,7 +90,8 @@ bool isSameText(std::u16string_view folded, std::u16string_view text) noexcept
         [](char16_t left, char16_t right) { return left == VXToLowerW(right); });
 }
 
-/// One call of an offer's `create`, which keeps the offer alive. Each thread knows its own, one inside the other.
+/// One call of an offer's `create`, during which the offer is kept. Each thread has a list of its own calls, the
+/// innermost first.
 class [[nodiscard]] Creation {
 public:
     explicit Creation(const _GUID& classId) noexcept
@@ -127,7 +128,7 @@ public:
         }
     }
 
-    /// How many creations of the calling thread are inside `offer`.
+    /// How many calls of `create` of `offer` the calling thread is inside.
     static std::uint32_t countOwn(const ClassOffer* offer) noexcept
     {
         std::uint32_t count = 0;
@@ -180,7 +181,7 @@ void VXModuleSetInitialized(const void* module, std::int32_t initialized) noexce
     if (initialized == 0)
         delete unlink(place);
     else if (*place == nullptr)
-        *place = new (std::nothrow) ReadyModule {module, nullptr}; // on exhaustion it stays not ready
+        *place = new (std::nothrow) ReadyModule {module, nullptr}; // if memory is exhausted it is not ready
 }
 
 std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noexcept
@@ -252,7 +253,7 @@ std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept
     ClassOffer* offer = unlink(findOffer(token));
     if (offer == nullptr)
         return RESULT_NOT_FOUND;
-    const std::uint32_t own = Creation::countOwn(offer); // would wait for itself
+    const std::uint32_t own = Creation::countOwn(offer); // it would wait for itself
     while (offer->uses != 1 + own)
         pthread_cond_wait(&g_useEnded, g_lock.native());
     endUse(offer);

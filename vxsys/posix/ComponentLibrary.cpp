@@ -22,8 +22,8 @@ using namespace std::string_view_literals;
 
 constexpr _GUID CLASS_FACTORY {0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
-/// A class factory as its caller in another language sees it: a pointer to a table of operations, the first three those of
-/// every interface.
+/// A class factory as callers in another language see it: a pointer to a table of operations. The first three are those
+/// of every interface.
 struct Factory {
     struct Operations {
         std::int32_t (*queryInterface)(Factory* self, const _GUID* iid, void** out);
@@ -37,20 +37,20 @@ struct Factory {
 
 constinit StateLock g_lock;
 
-/// A library that this layer has open. It may have two entries for a moment, when two threads have opened it.
+/// A library that this layer has opened. It may have two entries for a short time if two threads have opened it.
 struct LoadedLibrary {
     char16_t path[NATIVE_PATH_SIZE];
     VXLibHandle handle;
     VXGetClassObjectFunction getClassObject;
     VXCanUnloadNowFunction canUnloadNow;
-    std::uint32_t uses VX_GUARDED_BY(g_lock); ///< calls that are inside
+    std::uint32_t uses VX_GUARDED_BY(g_lock); ///< calls into it that have not returned
     LoadedLibrary* next;
 };
 
 // Plain pointers and no destructors: objects may be created until the very end of the process.
 constinit LoadedLibrary* g_libraries VX_GUARDED_BY(g_lock) = nullptr;
 
-/// A name of a key, put together in place.
+/// The name of a key, composed in place.
 class KeyName {
 public:
     KeyName& operator<<(std::u16string_view text) noexcept
@@ -64,7 +64,7 @@ public:
         return *this;
     }
 
-    /// Empty, which names no class's key, where it is too long for one.
+    /// Empty, which is the name of no class's key, if the text is too long.
     const char16_t* get() const noexcept { return m_fits ? m_text : u""; }
 
 private:
@@ -75,7 +75,8 @@ private:
     bool m_fits = true;
 };
 
-/// The default value of a key below the classes. What is missing, or is no text, means that there is no such class.
+/// The default value of a key of the classes. A missing value, and one that is not a text, mean that there is no such
+/// class.
 template <std::size_t SIZE>
 std::int32_t readText(const KeyName& key, char16_t (&text)[SIZE]) noexcept
 {
@@ -88,7 +89,7 @@ std::int32_t readText(const KeyName& key, char16_t (&text)[SIZE]) noexcept
     return result;
 }
 
-/// Calls into a library. What it throws must not go through the frames of those who call us.
+/// Calls into a library and catches what it throws: the callers of this layer do not expect exceptions.
 template <class Call>
 std::int32_t callOut(Call&& call)
 {
@@ -111,7 +112,7 @@ std::int32_t getExport(VXLibHandle library, const char16_t* name, Function& func
     return result == RESULT_OK && symbol == nullptr ? RESULT_SYMBOL_NOT_FOUND : result;
 }
 
-/// A library that stays where it is to the end of the block.
+/// Keeps a library loaded to the end of the block.
 class [[nodiscard]] LibraryUse {
 public:
     LibraryUse() noexcept = default;
@@ -129,7 +130,8 @@ public:
     {
         if (findLoaded(path))
             return RESULT_OK;
-        // Without the lock: the library's own statics may ask for objects. Two threads may load it at the same time.
+        // Without the lock, because static objects of the library may create components. Two threads may load it at the
+        // same time.
         VXLibHandle handle;
         if (const std::int32_t result = openTrustedLibrary(path, &handle); failed(result))
             return result;
@@ -161,7 +163,7 @@ private:
             return result;
         VXCanUnloadNowFunction canUnloadNow;
         if (failed(getExport(handle, u"VXCanUnloadNow", canUnloadNow)))
-            canUnloadNow = nullptr; // stays to the end
+            canUnloadNow = nullptr; // never unloaded
         auto* library = new (std::nothrow) LoadedLibrary {{}, handle, getClassObject, canUnloadNow, 1, nullptr};
         if (library == nullptr)
             return RESULT_OUT_OF_MEMORY;
@@ -176,7 +178,7 @@ private:
     LoadedLibrary* m_library = nullptr;
 };
 
-/// Takes the first library without a call inside out of `list`, or gives null.
+/// Removes the first library from `list` that no call is inside; null if there is none.
 LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept VX_REQUIRES(g_lock)
 {
     LoadedLibrary** place = &list;
@@ -234,7 +236,7 @@ using namespace vxsys::detail;
 
 namespace {
 
-/// Has the library at `path` in the process for one call of `work` with its handle.
+/// Loads the library at `path` for one call of `work` with its handle.
 template <class Work>
 std::int32_t withLibrary(const char16_t* path, Work&& work)
 {
@@ -272,7 +274,7 @@ LoadedLibrary* popFront(LoadedLibrary*& list) noexcept
     return library;
 }
 
-/// Whether code of the library is in the process. It may be there although the library was closed.
+/// Whether the library is still loaded, although it was closed.
 bool isLoaded(const LoadedLibrary& library) noexcept
 {
     Dl_info info;
@@ -287,7 +289,7 @@ bool hasSameLibrary(const LoadedLibrary* list, const LoadedLibrary& library) noe
     return list != nullptr;
 }
 
-/// Taken out of the list that others see, and put back at the end.
+/// Libraries that were removed from the shared list, and that the destructor puts back.
 struct TakenLibraries {
     ~TakenLibraries()
     {
@@ -312,7 +314,7 @@ FreedLibraries freeUnusedLibraries()
         const StateGuard guard(g_lock);
         return takeIdle(g_libraries);
     };
-    // Outside the lock, and in no list that others see: a thread that needs the library meanwhile opens it once more.
+    // Without the lock, and removed from the shared list: a thread that needs the library meanwhile opens it again.
     while (LoadedLibrary* idle = next()) {
         pushFront(used.first, idle);
         if (idle->canUnloadNow != nullptr && callOut([&] { return idle->canUnloadNow(); }) == RESULT_OK) {
@@ -320,7 +322,7 @@ FreedLibraries freeUnusedLibraries()
             pushFront(closed, popFront(used.first));
         }
     }
-    // After the last close: a library may have had two entries.
+    // After the last close, since a library may have had two entries.
     FreedLibraries freed;
     while (closed != nullptr) {
         const LoadedLibrary* library = popFront(closed);

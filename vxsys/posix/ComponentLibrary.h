@@ -4,14 +4,13 @@
 
 #include <cstdint>
 
-/// Classes that stand in shared libraries, by what the registry says. A library comes into the process with the first
-/// object that is asked of it, and stays until `freeUnusedLibraries` finds that nothing of it is in use. Each operation gives
-/// a result code.
+/// Classes in shared libraries, found through the registry. A library is loaded when its first object is created, and
+/// stays loaded until `freeUnusedLibraries` finds that it is not in use. Each operation returns a result code.
 namespace vxsys::detail {
 
-/// RESULT_CLASS_NOT_AVAILABLE where the registry has no such class.
+/// RESULT_CLASS_NOT_AVAILABLE if the registry has no such class.
 std::int32_t findClass(const char16_t* progId, _GUID& classId) noexcept;
-/// Has the library of the class create an object through its class factory.
+/// Creates an object through the class factory in the library of the class.
 std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object);
 
 } // namespace vxsys::detail

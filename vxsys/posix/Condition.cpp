@@ -13,7 +13,7 @@ using namespace vxsys::detail;
 class Condition final : public HandleOf<HandleKind::CONDITION> {
 public:
     int init() noexcept { return m_monitor.init(); }
-    // The monitor stays locked from one call to another, which the analysis cannot follow.
+    // The lock of the monitor is held from one call to another, which the analysis cannot follow.
     int acquire() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int release() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int wait(const Deadline& deadline) noexcept VX_NO_THREAD_SAFETY_ANALYSIS;

@@ -15,7 +15,7 @@ namespace {
 using namespace vxsys::detail;
 using namespace vxsys::results;
 
-/// Signals that end a process which does not handle them.
+/// Signals that end a process without a handler for them.
 constexpr int DEADLY_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM};
 
 constinit StateLock g_lock;
@@ -27,7 +27,8 @@ extern "C" void putBackAndDie(int signal)
 {
     const int error = errno;
     ::tcsetattr(STDIN_FILENO, TCSANOW, &g_saved);
-    // The system took this handler away when it called it: what is raised here ends the process at the return.
+    // The system removes this handler when it calls it, so the signal that is raised here ends the process when the
+    // handler returns.
     ::raise(signal);
     errno = error;
 }
@@ -39,7 +40,7 @@ bool isHandledBy(int signal, void (*handler)(int))
         && current.sa_handler == handler;
 }
 
-/// Leaves alone what the program handles or ignores.
+/// Does not touch signals that the program handles or ignores.
 void replaceHandlers(void (*from)(int), void (*to)(int))
 {
     struct sigaction action { };
@@ -54,12 +55,12 @@ void replaceHandlers(void (*from)(int), void (*to)(int))
 
 int setTerminal(const termios& settings)
 {
-    // Not TCSAFLUSH, which drops what was typed ahead.
+    // Not TCSAFLUSH, which drops keys that were typed before.
     return retryOnSignal([&] { return ::tcsetattr(STDIN_FILENO, TCSADRAIN, &settings); });
 }
 
-/// Takes the next byte that the C library has already read from the standard input for its own buffer. False when there is
-/// none. Only what is there: the C library must not read ahead here what the program reads elsewhere.
+/// Removes the next byte from the buffer of the C library for standard input; false if it is empty. It never lets the C
+/// library read more: the rest of the input is read through the descriptor.
 bool takeReadAhead(unsigned char* byte)
 {
     ::flockfile(stdin);

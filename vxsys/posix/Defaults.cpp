@@ -21,7 +21,8 @@ using namespace vxsys::results;
 constexpr std::string_view FALLBACK_ENCODING = "UTF-8";
 constexpr std::string_view FALLBACK_LOCALE = "en_US";
 
-/// Names of plain ASCII. A service started with an empty environment must not lose its users' text.
+/// Names of plain ASCII, for which UTF-8 is used: a service that is started with an empty environment must not lose
+/// text of its users.
 constexpr std::string_view PLAIN_ASCII[] = {"ANSI_X3.4-1968", "US-ASCII", "ASCII"};
 
 bool isLetter(char character) noexcept
@@ -40,7 +41,7 @@ bool isEncodingUnit(char character) noexcept
         || std::string_view("-_.:+()").find(character) != std::string_view::npos;
 }
 
-/// The first of `variables` that is set and not empty decides, as everywhere in POSIX.
+/// Returns the first of `variables` that is set and not empty: POSIX defines this order.
 std::string_view localeOf(std::initializer_list<const char*> variables) noexcept
 {
     for (const char* variable : variables) {
@@ -51,7 +52,7 @@ std::string_view localeOf(std::initializer_list<const char*> variables) noexcept
     return {};
 }
 
-/// What the name of a locale calls its encoding: the text between "." and "@".
+/// The encoding in the name of a locale: the text between "." and "@".
 std::string_view encodingIn(std::string_view locale) noexcept
 {
     const std::size_t point = locale.find('.');
@@ -61,8 +62,8 @@ std::string_view encodingIn(std::string_view locale) noexcept
     return locale.substr(0, locale.find('@'));
 }
 
-/// Whether `text` has the form of "de" or "de_AT": a language of two to eight letters, a country of two letters or three
-/// digits (BCP 47).
+/// Whether `text` has the form of "de" or "de_AT": two to eight letters, and perhaps two letters or three digits after
+/// "_" (BCP 47).
 bool isLocaleName(std::string_view text) noexcept
 {
     const std::string_view language = text.substr(0, text.find('_'));
@@ -75,8 +76,8 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
-/// A number that changes with the variables of the environment: those of another value are other strings. It takes less
-/// time than to look for one variable.
+/// A number computed from the addresses of the environment's strings. It changes when a variable is set. Computing it
+/// takes less time than looking up one variable.
 std::uint64_t stampOfEnvironment() noexcept
 {
     constexpr std::uint64_t STEP = 0x9E37'79B9'7F4A'7C16; // even: the weights below are odd
@@ -87,14 +88,14 @@ std::uint64_t stampOfEnvironment() noexcept
     return stamp;
 }
 
-/// The encoding that was last told for a locale. To open a locale for each text would cost more than the text.
+/// The encoding of the last locale. It is stored because opening a locale takes longer than converting most texts.
 struct LastEncoding {
-    /// A program may also have changed a string that it gave to putenv.
+    /// Also compares the name, because a program may change a string that it has passed to putenv.
     bool isCurrent() const noexcept
     {
         return isKnown && stamp == stampOfEnvironment() && (value == nullptr || std::strcmp(value, locale) == 0);
     }
-    /// Whether `name`, the text of a variable, is the same locale in another environment.
+    /// Whether `name` is still the name of the locale, although the environment has changed.
     bool remainsFor(std::string_view name) noexcept
     {
         if (!isKnown || name != locale)
@@ -116,7 +117,7 @@ struct LastEncoding {
     }
 
     bool isKnown;
-    const char* value; ///< the variable that decides; null if none does
+    const char* value; ///< of the variable that decides; null if none does
     std::uint64_t stamp;
     char locale[64];
     char16_t encoding[64];
@@ -143,7 +144,7 @@ std::int32_t tell(std::initializer_list<std::string_view> texts, char16_t* name,
 
 std::int32_t tellEncoding(std::string_view encoding, char16_t* name, std::int32_t size) noexcept
 {
-    constexpr std::string_view UNREGISTERED = "ISO8859-"; // how X/Open's locale names spell the family
+    constexpr std::string_view UNREGISTERED = "ISO8859-"; // the form in the locale names of X/Open
 
     if (encoding.empty() || !std::all_of(encoding.begin(), encoding.end(), isEncodingUnit)
         || std::find(std::begin(PLAIN_ASCII), std::end(PLAIN_ASCII), encoding) != std::end(PLAIN_ASCII))
@@ -170,10 +171,10 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
         *std::copy_n(last.encoding, last.length, name) = 0;
         return RESULT_OK;
     }
-    // The process's own locale is the program's affair and may not be set yet.
+    // Not the locale of the process, which belongs to the program and may not be set yet.
     const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-    const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale)
-                                                        : encodingIn(environment); // not installed: its name is all
+    // A locale that is not installed has only its name.
+    const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale) : encodingIn(environment);
     const std::int32_t result = tellEncoding(encoding, name, size);
     last.keep(environment, name);
     if (locale != nullptr)

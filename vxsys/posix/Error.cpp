@@ -19,7 +19,7 @@ struct ErrorRow {
 
 // clang-format off
 
-/// Of errors that share a number, the first one is what VXResultToNative gives.
+/// Of errors with the same number, VXResultToNative returns the first one.
 constexpr ErrorRow ERRORS[] = {
     // errno       number text
     {ENOTTY,       0x1,   u"the call does not fit the device"},
@@ -86,7 +86,7 @@ struct ResultRow {
     const char16_t* text;
 };
 
-/// Results that no error of the system stands for.
+/// Results without an error of the system.
 constexpr ResultRow RESULTS[] = {
     {RESULT_OK, u"success"},
     {RESULT_FALSE, u"success, nothing was done"},
@@ -114,7 +114,7 @@ constexpr std::int32_t resultOf(const ErrorRow& row) noexcept
     return code(FROM_SYSTEM | row.windows);
 }
 
-/// Whether exactly the results that are equal have equal texts, and no error has two rows.
+/// Whether equal results have equal texts, different results have different texts, and no error has two rows.
 constexpr bool isUnambiguous() noexcept
 {
     using Text = std::u16string_view;

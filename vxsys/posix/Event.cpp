@@ -16,7 +16,7 @@ private:
     bool m_isSignalled VX_GUARDED_BY(m_monitor) = false;
     std::uint64_t m_signals VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_released VX_GUARDED_BY(m_monitor)
-        = 0; ///< waiters that a signal released and that have not run since
+        = 0; ///< waiters that were released by a signal and have not run yet
 };
 
 int Event::wait(const Deadline& deadline) noexcept
@@ -26,7 +26,8 @@ int Event::wait(const Deadline& deadline) noexcept
         m_isSignalled = false;
         return 0;
     }
-    // A signal is for the threads that waited when it came: a later one does not take it from one that has not run yet.
+    // A signal is for the threads that are waiting when it is sent. A later one must not take it from a waiter that has
+    // not run yet.
     const std::uint64_t before = m_signals;
     const int error
         = waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) { return m_released > 0 && m_signals != before; });
@@ -39,7 +40,7 @@ int Event::signal() noexcept
 {
     const MonitorLock lock(m_monitor);
     ++m_signals;
-    // Each signal releases another waiter, also when the next signal comes before that waiter runs.
+    // Each signal releases another waiter, even if the next signal is sent before that waiter runs.
     if (m_released < m_waiters) {
         ++m_released;
         m_monitor.wakeOne();

@@ -31,13 +31,13 @@ constexpr std::uint32_t KNOWN_FLAGS
     = VX_FILE_READ | VX_FILE_WRITE | VX_FILE_CREATE | VX_FILE_TRUNCATE | VX_FILE_AT_END | VX_FILE_APPEND;
 constexpr int PERMISSIONS = 0777;
 
-/// The descriptor, or -1, which every call answers with EBADF.
+/// The descriptor, or -1, for which every system call fails with EBADF.
 int descriptorOf(std::uint32_t handle) noexcept
 {
     return handle <= INT_MAX ? static_cast<int>(handle) : -1;
 }
 
-/// The flags of `open`, or -1 where ours ask for nothing or contradict each other.
+/// The flags of `open`, or -1 if ours ask for no access or contradict each other.
 int openModeOf(std::uint32_t flags) noexcept
 {
     const bool reads = (flags & VX_FILE_READ) != 0;
@@ -55,7 +55,7 @@ int openModeOf(std::uint32_t flags) noexcept
     return mode;
 }
 
-/// Moves by nothing from `origin` and tells where that is; -1 for what has no position, a pipe or a terminal.
+/// Stores the position that `origin` stands for; -1 for a pipe or a terminal, which have none.
 std::int32_t seek(int descriptor, int origin, std::int64_t* position) noexcept
 {
     *position = ::lseek(descriptor, 0, origin);
@@ -86,7 +86,7 @@ std::int32_t openNative(const char* path, int mode, std::uint32_t flags, mode_t 
     return RESULT_OK;
 }
 
-/// `write` that never raises SIGPIPE, whatever the descriptor leads to.
+/// `write` without SIGPIPE for any kind of descriptor.
 ssize_t writeWithoutSignal(int descriptor, const void* source, std::size_t length) noexcept
 {
     struct stat status;
@@ -100,7 +100,8 @@ ssize_t writeWithoutSignal(int descriptor, const void* source, std::size_t lengt
     return ::write(descriptor, source, length);
 }
 
-/// Reads or writes by one call of the system, and again after a signal. `transfer` gives the bytes, or -1 and `errno`.
+/// Reads or writes with one system call, which is repeated after a signal. `transfer` returns the number of bytes, or
+/// -1 with `errno`.
 template <class Transfer>
 std::int32_t transferBy(Transfer transfer, const void* bytes, std::int32_t length, std::int32_t* done) noexcept
 {
@@ -221,7 +222,7 @@ std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept
 
 std::int32_t VXFileFlush(std::uint32_t handle) noexcept
 {
-    // EINVAL and EROFS say that no disk belongs to the descriptor, not that a disk failed.
+    // EINVAL and EROFS mean that the descriptor has no disk, not that a disk failed.
     if (retryOnSignal([&] { return ::fdatasync(descriptorOf(handle)); }) != 0 && errno != EINVAL && errno != EROFS)
         return VXResultFromNative(errno);
     return RESULT_OK;

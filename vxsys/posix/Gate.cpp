@@ -20,7 +20,7 @@ private:
 int Gate::wait(const Deadline& deadline) noexcept
 {
     const MonitorLock lock(m_monitor);
-    // An opening releases all threads that waited when it came, also if the gate is closed before they run.
+    // Opening releases all threads that are waiting at that moment, even if the gate is closed before they run.
     const std::uint64_t before = m_openings;
     return waitUntil(deadline, [&]() VX_REQUIRES(m_monitor) { return m_isOpen || m_openings != before; });
 }

@@ -29,7 +29,7 @@ void destroy(Tracked* tracked) noexcept
     vxsys::deallocate(tracked);
 }
 
-/// Takes those off the list that were left and have ended.
+/// Removes from the list the threads that were left and have ended.
 void dropEnded() noexcept VX_REQUIRES(g_lock)
 {
     for (Tracked** place = &g_first; *place != nullptr;) {
@@ -40,7 +40,7 @@ void dropEnded() noexcept VX_REQUIRES(g_lock)
     }
 }
 
-/// Takes one off the list that was left; null if there is none.
+/// Removes one thread that was left from the list; null if there is none.
 Tracked* takeLeft() noexcept
 {
     const StateGuard guard(g_lock);
@@ -60,7 +60,7 @@ void afterForkInParent() noexcept VX_RELEASE(g_lock)
     g_lock.unlock();
 }
 
-/// The threads are not in the child.
+/// A child process does not have these threads.
 void afterForkInChild() noexcept VX_RELEASE(g_lock)
 {
     while (g_first != nullptr)

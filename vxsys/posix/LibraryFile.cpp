@@ -39,8 +39,8 @@ bool isForThisMachine(const ElfW(Ehdr) & header) noexcept
         ;
 }
 
-/// Whether the file is a library of this machine with all of its content: the loader maps what a cut one says, and the
-/// process crashes.
+/// Whether the file is a complete library for this machine. The loader does not check this: with a truncated file the
+/// process would crash.
 std::int32_t checkImage(const char* path) noexcept
 {
     const Descriptor file(retryOnSignal([&] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); }));
@@ -73,7 +73,7 @@ std::int32_t checkImage(const char* path) noexcept
     return RESULT_OK;
 }
 
-/// Whether only the user and root can say what lies in a folder that `path` goes through, "/" included.
+/// Whether only the user and root can change which files a path finds: checks the folders of `path`, "/" included.
 std::int32_t checkFolders(const char* path) noexcept
 {
     char folder[NATIVE_PATH_SIZE];

@@ -6,15 +6,15 @@
 
 namespace vxsys::detail {
 
-/// Asks the system's loader; `*handle` stays where it has nothing.
+/// Loads a library by the system's loader. If that fails, `*handle` does not change.
 bool loadLibrary(const char* name, VXLibHandle* handle) noexcept;
 
-/// `VXModuleLibOpen` for a path of the operating system, which has a separator in it.
+/// `VXModuleLibOpen` for a path in the form of the operating system that contains a separator.
 std::int32_t openLibraryFile(const char* path, VXLibHandle* handle) noexcept;
 
-/// The same for code that nobody but the user and root has had a hand in: the file, and each folder on the way to it,
-/// belongs to one of them, and no other may write there. A folder in which each may only touch his own will do.
-/// RESULT_INVALID_NAME for a path that is no full one, RESULT_ACCESS_DENIED for a file that others may have changed.
+/// The same for code that only the user and root can have changed. The file and each folder of its path must belong to
+/// one of them, and nobody else may write there. A folder in which users can only change their own files is allowed.
+/// RESULT_INVALID_NAME for a path that is not a full one, RESULT_ACCESS_DENIED for a file that others may have changed.
 std::int32_t openTrustedLibrary(const char16_t* path, VXLibHandle* handle) noexcept;
 
 } // namespace vxsys::detail

@@ -9,7 +9,7 @@ namespace {
 
 constinit std::atomic<VXNewHandler> g_newHandler {nullptr};
 
-/// Calls `attempt` until it returns memory. The new handler makes room between two attempts, or throws.
+/// Calls `attempt` until it returns memory. Between two attempts the new handler frees memory, or throws.
 template <class Attempt>
 void* allocateBy(Attempt attempt)
 {

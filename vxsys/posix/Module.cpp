@@ -22,7 +22,7 @@ using namespace vxsys::detail;
 
 constexpr std::size_t NAME_SIZE = 4096;
 
-/// A name that is no path, for the system's loader.
+/// A name without a separator, for the system's loader.
 std::int32_t narrowName(std::u16string_view name, char (&target)[NAME_SIZE]) noexcept
 {
     if (name.empty())
@@ -55,7 +55,7 @@ std::int32_t VXModuleLibOpen(const void*, const char16_t* name, VXLibHandle* han
     const std::int32_t result = isAPath ? path.assign(name) : narrowName(name, plain);
     if (failed(result))
         return result;
-    // "C:name.so" is a path to us; the loader takes a name without a "/" for one that it may look for.
+    // "C:name.so" is a path here. The loader would search its folders for a name without a "/".
     char relative[NAME_SIZE + 2];
     const char* native = isAPath ? path.get() : plain;
     if (isAPath && std::strchr(native, '/') == nullptr) {
@@ -87,7 +87,7 @@ std::int32_t VXModuleGetFileName(const void* module, char16_t* name, std::int32_
         struct link_map* map = nullptr;
         if (::dladdr1(module, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0)
             return RESULT_NOT_FOUND;
-        if (*map->l_name != '\0') // the program has none there
+        if (*map->l_name != '\0') // empty for the program
             file = map->l_name;
     }
     char real[PATH_MAX];
@@ -113,7 +113,7 @@ std::int32_t VXLibGetSymbol(VXLibHandle handle, const char16_t* name, void** sym
     const std::int32_t result = narrowName(name, plain);
     if (failed(result))
         return result;
-    // A symbol's address can be null; only the loader's text tells that from a symbol that is not there.
+    // The address of a symbol may be null. Only the error text of the loader says that there is no such symbol.
     ::dlerror();
     void* const address = ::dlsym(reinterpret_cast<void*>(handle), plain);
     if (address == nullptr && ::dlerror() != nullptr)

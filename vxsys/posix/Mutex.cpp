@@ -13,16 +13,16 @@ namespace {
 
 using namespace vxsys::detail;
 
-/// The system's plain mutex with a count of its own: the fastest one that can say whether the caller holds it.
+/// A plain mutex of the system with a separate count: the fastest kind that can tell whether the caller holds it.
 class Mutex final : public HandleOf<HandleKind::MUTEX> {
 public:
     int init() noexcept { return 0; }
-    // The mutex stays locked from one call to another, which the analysis cannot follow.
+    // The mutex is held from one call to another, which the analysis cannot follow.
     int acquire(std::uint32_t depth) noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int tryAcquire() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int release() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int releaseAll(std::uint32_t& depth) noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
-    /// EBUSY for a held mutex, which stays as it was.
+    /// EBUSY for a held mutex, which does not change.
     int destroyable() noexcept;
 
 private:

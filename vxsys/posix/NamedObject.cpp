@@ -20,14 +20,15 @@ namespace vxsys::detail {
 
 namespace {
 
-/// What a file starts with and grows by: a page of the system each.
+/// A new file has this size and grows in steps of it: a page of the system for either part.
 constexpr std::uint32_t FIRST_PLACES = (4096 - SharedPage::sizeFor(0)) / sizeof(Opener);
 constexpr std::uint32_t MORE_PLACES = 4096 / sizeof(Opener);
 
-// Plain pointers and no destructors: what a static of the program holds is closed late.
+// Plain pointers and no destructors: a static object of the program may close a named object after the library's
+// destructors have run.
 constinit NamedObject* g_objects VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit ProcessIdentity g_self; // does not change while an object is open
-constinit long g_tidied VX_GUARDED_BY(g_namedLock) = 0; ///< the place in the folder up to which it was tidied
+constinit long g_tidied VX_GUARDED_BY(g_namedLock) = 0; ///< the place in the folder up to which `tidy` has looked
 
 Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
 {
@@ -36,8 +37,8 @@ Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexce
         [&] { return ::openat(folder.descriptor(), name, O_RDWR | O_CLOEXEC | O_NOFOLLOW | flags, OWNER_ONLY); }));
 }
 
-/// Allocates room in the file: a store to a page for which the system has no memory would end the process.
-/// A limit for the size of files is a failure here, as everywhere: its signal would end the process.
+/// Allocates room in the file, because a store to a page without memory would end the process. Exceeding the size limit
+/// of files is a failure here, not a signal that ends the process.
 int allocate(int file, std::uint64_t start, std::uint64_t length) noexcept
 {
     const SignalShield shield(SIGXFSZ);
@@ -59,21 +60,21 @@ void unmapPage(SharedPage* page) noexcept
     ::munmap(page, sizeof(SharedPage));
 }
 
-/// Whether all that the page says it has is in its file.
+/// Whether the file is as large as its page says.
 bool isWhole(const SharedPage& page, const struct stat& status) noexcept
 {
     return page.isOurs() && page.places() <= SharedPage::CAPACITY
         && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(page.places());
 }
 
-/// Removes the file of an object that no process has open, unless there is something left to repair.
+/// Removes the file of an object that no process has open, unless a note says that something has to be repaired.
 void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
 {
     const Descriptor file = openAt(folder, name, O_NONBLOCK);
     struct stat status;
     if (file.get() == -1 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return;
-    if (static_cast<std::uint64_t>(status.st_size) < SharedPage::sizeFor(FIRST_PLACES)) { // its maker was killed
+    if (static_cast<std::uint64_t>(status.st_size) < SharedPage::sizeFor(FIRST_PLACES)) { // its creator was killed
         ::unlinkat(folder.descriptor(), name, 0);
         return;
     }
@@ -158,7 +159,7 @@ int NamedObject::release() noexcept
     }
     if (!m_isStale.load(std::memory_order_relaxed)) {
         NamedFolder folder;
-        // A process that has become another user's since cannot get there. The next opener removes the file.
+        // A process that has changed its user since cannot access the folder. The next opener removes the file.
         const bool mayRemove = m_user == ::geteuid() && folder.open() == 0;
         const PageLock lock(*m_page);
         if (m_opener->waiting > 0)
@@ -269,7 +270,7 @@ NamedObject* NamedObject::find(const char* fileName) noexcept
 {
     const uid_t user = ::geteuid();
     NamedObject* object = g_objects;
-    // Memory that has lost its name stays usable through its open handles, but is not found again.
+    // Memory whose name was removed can be used through its open handles, but no other process finds it.
     while (object != nullptr
         && (object->m_user != user || std::strcmp(object->fileName(), fileName) != 0
             || (object->m_opening.kind == NamedOpening::MEMORY && object->m_isStale.load(std::memory_order_relaxed))))
@@ -311,7 +312,7 @@ int NamedObject::enterFile(const NamedFolder& folder, bool* isAbandoned) noexcep
         const PageLock lock(*m_page);
         const bool hasOpener = m_page->hasOpener(g_self);
         if (!hasOpener && m_opening.kind == NamedOpening::MEMORY && !isNew) {
-            // A process that is no opener may still look at the old memory: a child of one that was killed.
+            // A process that is no opener may still use the old memory: a child process of one that was killed.
             removeFile(folder);
             *isAbandoned = true;
             return 0;
@@ -338,7 +339,7 @@ int NamedObject::map(int file, bool* isNew) noexcept
         return errno;
     if (!S_ISREG(status.st_mode))
         return EUCLEAN;
-    if ((status.st_mode & OWNER_ONLY) != OWNER_ONLY) // the process's mask took it away
+    if ((status.st_mode & OWNER_ONLY) != OWNER_ONLY) // the process's mask has removed it
         ::fchmod(file, OWNER_ONLY);
     m_volume = status.st_dev;
     m_number = status.st_ino;
@@ -388,7 +389,7 @@ int NamedObject::takePlace(int file) noexcept
     m_opener = m_page->enter(g_self);
     if (m_opener != nullptr)
         return 0;
-    m_page->dropTheGone(g_self);
+    m_page->dropEnded(g_self);
     m_opener = m_page->enter(g_self);
     if (m_opener != nullptr)
         return 0;
@@ -419,10 +420,10 @@ void NamedObject::removeFile(const NamedFolder& folder) noexcept
 {
     struct stat status;
     if (m_page->hasNote())
-        return; // the next opener has something to repair
+        return; // there is something to repair for the next opener
     m_page->setRemoved();
     if (::fstatat(folder.descriptor(), fileName(), &status, AT_SYMLINK_NOFOLLOW) == 0 && status.st_dev == m_volume
-        && status.st_ino == m_number) // a person may have removed the file, and a process made it again
+        && status.st_ino == m_number) // another program may have removed the file, and a process created it again
         ::unlinkat(folder.descriptor(), fileName(), 0);
 }
 

@@ -54,7 +54,7 @@ constexpr NumberRow SOCKET_NUMBERS[] = {
     {EISCONN, 10056},
     {ENOTCONN, 10057},
     {ESHUTDOWN, 10058},
-    {EPIPE, 10058}, // sending after either side has ended the connection
+    {EPIPE, 10058}, // sending after a side has closed the connection
     {ETOOMANYREFS, 10059},
     {ETIMEDOUT, 10060},
     {ECONNREFUSED, 10061},

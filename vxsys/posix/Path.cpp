@@ -24,7 +24,7 @@ std::int32_t getCurrent(char16_t* target, std::size_t size) noexcept
     return widenPath(native, target, size);
 }
 
-/// Whether files can be made there.
+/// Whether the user may create files there.
 bool isWorkingDirectory(const char* path) noexcept
 {
     struct stat status;
@@ -32,7 +32,7 @@ bool isWorkingDirectory(const char* path) noexcept
         && ::faccessat(AT_FDCWD, path, W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-/// Widens `directory` with one separator at its end.
+/// Converts `directory` and adds a separator at its end if it has none.
 std::int32_t widenDirectory(std::string_view directory, char16_t* target, std::size_t size) noexcept
 {
     while (!directory.empty() && directory.back() == '/')
@@ -60,7 +60,7 @@ std::int32_t VXPathExpand(const char16_t* path, char16_t* target, std::int32_t s
     if (path == nullptr)
         return RESULT_INVALID_ARGUMENT;
 
-    char16_t current[NATIVE_PATH_SIZE + 2] = u""; // and a drive
+    char16_t current[NATIVE_PATH_SIZE + 2] = u""; // with a drive
     if (splitPath(path).isRelative()) {
         const std::int32_t result = getCurrent(current, std::size(current));
         if (failed(result))
@@ -86,7 +86,7 @@ std::int32_t VXPathGetTemp(char16_t* target, std::int32_t size) noexcept
     const char* wished = ::secure_getenv("TMPDIR"); // null in a program that runs with another user's rights
     if (isWorkingDirectory(wished)) {
         const std::int32_t result = widenDirectory(wished, target, static_cast<std::size_t>(size));
-        if (result != RESULT_INVALID_NAME) // which would have no form of ours
+        if (result != RESULT_INVALID_NAME) // such a path has no form here
             return result;
     }
     return widenDirectory("/tmp", target, static_cast<std::size_t>(size));

@@ -17,9 +17,9 @@
 using namespace vxsys::detail;
 
 struct VXPollerTag {
-    std::vector<pollfd, vxsys::Allocator<pollfd>> entries; ///< the first one is the pipe's
+    std::vector<pollfd, vxsys::Allocator<pollfd>> entries; ///< the first entry is that of the pipe
     std::vector<std::uint64_t, vxsys::Allocator<std::uint64_t>> ids; ///< of the entries
-    std::size_t next = 1; ///< the first entry that the next wait looks at, so that each socket has its turn
+    std::size_t next = 1; ///< the entry at which the next wait begins, so that no socket is always last
     Descriptor wakeReader;
     Descriptor wakeWriter;
 };
@@ -52,7 +52,7 @@ std::uint32_t readyOf(short native) noexcept
     return ready;
 }
 
-/// Adds an entry; nothing has changed after a failure.
+/// Adds an entry. A failure changes nothing.
 int append(VXPollerTag& poller, int descriptor, std::uint32_t interest, std::uint64_t id) noexcept
 {
     try {

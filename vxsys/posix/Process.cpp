@@ -62,7 +62,7 @@ std::int32_t nativePath(const char16_t* path, std::string& bytes)
     return result;
 }
 
-/// The program as seen from the child's directory: a relative path starts at the caller's.
+/// The path of the program, made absolute: the child changes its directory before it uses the path.
 std::int32_t findProgram(const char16_t* program, bool searches, std::string& path)
 {
     if (searches && std::u16string_view(program).find_first_of(u"\\/:") == std::u16string_view::npos)
@@ -78,12 +78,13 @@ std::int32_t findProgram(const char16_t* program, bool searches, std::string& pa
     return RESULT_OK;
 }
 
-/// Blanks separate arguments, double quotes hold one together. Two quotes with nothing between them are an empty argument.
+/// Blanks separate arguments, but not between double quotes. Two quotes with nothing between them are an empty
+/// argument.
 std::vector<std::u16string> splitArguments(std::u16string_view line)
 {
     std::vector<std::u16string> arguments;
     bool isQuoted = false;
-    bool isInside = false; // of an argument, the last one
+    bool isInside = false; // of the last argument
     for (const char16_t unit : line) {
         if (!isQuoted && (unit == u' ' || unit == u'\t')) {
             isInside = false;
@@ -112,7 +113,8 @@ struct Pipe {
     Descriptor readEnd;
     Descriptor writeEnd;
 
-    /// Returns a native error or 0. Both ends stay above the standard streams, where the child's own will be.
+    /// Returns a native error or 0. Both descriptors are above those of the standard streams, which the child will
+    /// replace.
     int open() noexcept
     {
         int ends[2];
@@ -128,7 +130,7 @@ struct Pipe {
     }
 };
 
-/// What the child does with its descriptors before its program starts.
+/// The changes to descriptors that the child makes before its program starts.
 class FileActions {
 public:
     FileActions() noexcept
@@ -145,13 +147,13 @@ public:
     FileActions& operator=(const FileActions&) = delete;
 
     const posix_spawn_file_actions_t* get() const noexcept { return &m_value; }
-    /// That of the first call that failed, or 0. The calls after it have no effect.
+    /// The error of the first call that failed, or 0. Later calls have no effect.
     int error() const noexcept { return m_error; }
 
     void duplicate(int from, int to) noexcept { add(::posix_spawn_file_actions_adddup2, from, to); }
     void close(int descriptor) noexcept { add(::posix_spawn_file_actions_addclose, descriptor); }
     void changeDirectory(const char* path) noexcept { add(::posix_spawn_file_actions_addchdir_np, path); }
-    /// Closes all descriptors except the standard streams and `kept`: a sorted list of numbers above them.
+    /// Closes all descriptors except the standard streams and those in `kept`, a sorted list of numbers above them.
     void closeAllBut(const std::vector<int>& kept) noexcept;
 
 private:
@@ -169,23 +171,23 @@ private:
 
 void FileActions::closeAllBut(const std::vector<int>& kept) noexcept
 {
-    // The kept ones move together to the numbers after the standard streams, everything after them is closed, and they move
-    // back. As the list is sorted, none of them moves to the number of one that has still to move.
+    // Moves the kept descriptors to the numbers after the standard streams, closes all above, and moves them back. As
+    // the list is sorted, no descriptor is moved to a number that is still in use.
     const auto count = static_cast<int>(kept.size());
     for (int i = 0; i < count; ++i)
         duplicate(
-            kept[static_cast<std::size_t>(i)], STANDARD_STREAMS + i); // to its own number: it stays open in the program
+            kept[static_cast<std::size_t>(i)], STANDARD_STREAMS + i); // even without a move: it clears close-on-exec
     add(::posix_spawn_file_actions_addclosefrom_np, STANDARD_STREAMS + count);
     for (int i = count - 1; i >= 0; --i) {
         const int number = kept[static_cast<std::size_t>(i)];
         if (number == STANDARD_STREAMS + i)
-            break; // and so are all before it
+            break; // then all before it are in their places too
         duplicate(STANDARD_STREAMS + i, number);
         close(STANDARD_STREAMS + i);
     }
 }
 
-/// No signal blocked and each at its default, whatever the calling thread and its process have set for themselves.
+/// The child starts with no signal blocked and the default action for each, whatever the caller has set for itself.
 class PlainSignals {
 public:
     PlainSignals() noexcept
@@ -225,8 +227,8 @@ std::vector<std::u16string> readEnvironment(const char16_t* const* environment)
     return texts;
 }
 
-/// Sorts the numbers in `inherited`, each once. They must be open before any pipe is opened, which could get the number of one
-/// that is not.
+/// Sorts `inherited` and removes duplicates. The descriptors are checked before pipes are opened, because a pipe could
+/// get the number of one that is closed.
 std::int32_t checkInherited(std::span<const std::uint32_t> inherited, std::vector<int>& numbers)
 {
     for (const std::uint32_t descriptor : inherited) {
@@ -241,7 +243,7 @@ std::int32_t checkInherited(std::span<const std::uint32_t> inherited, std::vecto
     return RESULT_OK;
 }
 
-/// What the caller of `VXProcessCreate` asks for.
+/// The arguments of `VXProcessCreate`.
 struct Order {
     const char16_t* program;
     const char16_t* commandLine;
@@ -251,14 +253,14 @@ struct Order {
     std::span<const std::uint32_t> inherited;
 };
 
-/// An order in the system's terms.
+/// The same in the form of the operating system.
 struct NativeOrder {
     bool searches;
     std::string path;
     std::vector<std::string> arguments;
     std::vector<std::string> variables;
     std::vector<int> inherited;
-    std::string directory; ///< empty: the caller's
+    std::string directory; ///< empty: that of the caller
 
     std::int32_t assign(const Order& order)
     {
@@ -293,7 +295,7 @@ int spawn(NativeOrder& order, char* const* environment, const Pipe (&pipes)[STAN
         });
 }
 
-/// Returns a native error or 0. A child without a handle, for which no caller could wait, is ended.
+/// Returns a native error or 0. A child for which no handle can be opened is killed, since no caller could wait for it.
 int openHandle(pid_t child, std::uint32_t& handle) noexcept
 {
     const int error = openChildHandle(child, handle);
@@ -354,7 +356,7 @@ std::int32_t VXProcessCreateInheriting(const char16_t* program, const char16_t* 
 
 std::uint32_t VXProcessGetID() noexcept
 {
-    static constinit std::atomic<std::uint32_t> s_id = 0; // a lock asks each time that it is taken
+    static constinit std::atomic<std::uint32_t> s_id = 0; // every operation of a lock asks for it
     std::uint32_t id = s_id.load(std::memory_order_relaxed);
     if (id == 0) {
         static const int registered

@@ -12,8 +12,8 @@ namespace {
 
 using namespace vxsys::detail;
 
-/// Neither side starves: a waiting writer comes before readers that ask later, and a writer that releases lets in the
-/// readers that are waiting by then before the next writer.
+/// Neither side starves: a waiting writer is served before readers that arrive later, and a writer that releases admits
+/// the readers that are waiting by then before the next writer.
 class ReaderWriterLock final : public Waitable<HandleOf<HandleKind::RW_LOCK>> {
 public:
     int acquireRead(const Deadline& deadline) noexcept;
@@ -30,22 +30,23 @@ private:
     };
 
     std::vector<ReadingThread>::iterator findReader() noexcept VX_REQUIRES(m_monitor);
-    /// Whether the calling thread holds a read lock for certain.
+    /// Whether it is certain that the calling thread holds a read lock.
     bool isReading() noexcept VX_REQUIRES(m_monitor);
-    /// For this reader and for all that wait, so that adding a row cannot fail after the wait.
+    /// Reserves rows for this reader and all that wait, so that adding a row cannot fail after the wait.
     bool makeRoomForReader() noexcept VX_REQUIRES(m_monitor);
     void endWriting() noexcept VX_REQUIRES(m_monitor);
     void endReading(std::uint32_t count) noexcept VX_REQUIRES(m_monitor);
 
     std::vector<ReadingThread> m_readingThreads VX_GUARDED_BY(m_monitor);
     std::uint32_t m_readers VX_GUARDED_BY(m_monitor) = 0;
-    /// Read locks that another thread than their reader released. It is unknown which row counts them, until no thread reads.
+    /// Read locks that a thread other than their reader released. Until no thread reads, it is unknown which rows count
+    /// them.
     std::uint32_t m_strayReleases VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_waitingReaders VX_GUARDED_BY(m_monitor) = 0;
     std::uint32_t m_waitingWriters VX_GUARDED_BY(m_monitor) = 0;
     std::uint64_t m_writer VX_GUARDED_BY(m_monitor) = 0; ///< the thread's number
     std::uint64_t m_turn VX_GUARDED_BY(m_monitor) = 0; ///< counts the releases by writers
-    std::uint32_t m_admitted VX_GUARDED_BY(m_monitor) = 0; ///< readers of the turn that have not run yet
+    std::uint32_t m_admitted VX_GUARDED_BY(m_monitor) = 0; ///< readers admitted in this turn that have not run yet
 };
 
 int ReaderWriterLock::acquireRead(const Deadline& deadline) noexcept
@@ -54,7 +55,7 @@ int ReaderWriterLock::acquireRead(const Deadline& deadline) noexcept
     if (m_writer == threadNumber())
         return EDEADLK;
     const std::uint64_t turn = m_turn;
-    // A writer may be waiting for this very thread, which must not wait for that writer then.
+    // A waiting writer may wait for this very thread. Then this thread must not wait for that writer.
     const bool readsAlready = findReader() != m_readingThreads.end();
     if (!makeRoomForReader())
         return ENOMEM;

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-/// Owns what the elements refer to.
+/// Owns the texts to which the elements refer.
 struct VXRegistryEnumTag {
     bool ofKeys = false;
     std::size_t position = 0;
@@ -28,18 +28,18 @@ namespace {
 using namespace vxsys::results;
 using namespace vxsys::detail;
 
-/// Runs the work of an operation; without memory for it, that is the result.
+/// Runs the work of an operation and returns its result; exhausted memory is a result too.
 template <std::invocable Work>
 std::int32_t guarded(Work&& work) noexcept
 {
     try {
         return work();
-    } catch (const std::exception&) { // texts beyond their limit are a want of memory too
+    } catch (const std::exception&) { // a text beyond its maximum length is treated like exhausted memory
         return RESULT_OUT_OF_MEMORY;
     }
 }
 
-/// The system's own numbers for the roots stand for their hives.
+/// The numbers of the system for its roots are accepted as well.
 ENUM_VX_HKEY hiveOf(ENUM_VX_HKEY hive) noexcept
 {
     switch (static_cast<std::uint32_t>(hive)) {
@@ -59,7 +59,7 @@ std::int32_t assign(RegistryPath& path, ENUM_VX_HKEY hive, const char16_t* key)
     return key != nullptr && hiveOf(hive) <= VX_HKEY_CONFIG_64 ? path.assign(key) : RESULT_INVALID_ARGUMENT;
 }
 
-/// The record of a key in a store that may not be there yet, which is the same as an empty one.
+/// Reads the record of a key. A store that does not exist yet is treated as an empty one.
 std::int32_t readKey(const std::string& place, ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units,
     RegistryRecord& record, RegistryFile* file = nullptr)
 {
@@ -84,7 +84,7 @@ bool isWhole(ENUM_VX_REG_TYPE type, std::int32_t length) noexcept
     return false;
 }
 
-/// Puts `value` among those of the record of a key, which the key gets where it does not say so already.
+/// Adds `value` to the record of a key, unless the record already has exactly this value.
 std::int32_t setValue(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryValue& value)
 {
     RegistryChange change;
@@ -133,7 +133,7 @@ std::int32_t giveName(std::u16string_view source, char16_t* name, std::int32_t* 
     return RESULT_OK;
 }
 
-/// False where `data`, if it is asked for, has no room for the value.
+/// False if `data` is requested and has no room for the value.
 bool giveData(
     const RegistryValue& value, ENUM_VX_REG_TYPE* type, void* data, std::int32_t room, std::int32_t* length) noexcept
 {

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t SETS = 16;
 constexpr std::size_t WAYS = 4;
 
-// No destructors: values may be read until the very end of the process. A thread that does not get the lock at once reads
+// No destructors, because values may be read until the very end of the process. A thread that cannot lock at once reads
 // the files instead of waiting.
 constinit StateLock g_lock;
 constinit RegistryAnswer g_answers[SETS * WAYS] VX_GUARDED_BY(g_lock);
@@ -28,14 +28,14 @@ std::size_t hashOf(const RegistryQuestion& question) noexcept
     return hash(question.key) + 31 * hash(question.name) + question.hive;
 }
 
-/// Whether every later change of the file will leave another time in its status.
+/// Whether every later change of the file is certain to change the time in its status.
 bool isSettled(const RegistryFile& file) noexcept
 {
     constexpr std::int64_t SECOND = 1'000'000'000;
-    constexpr std::int64_t STEP = SECOND / 20; // more than the system's clock for files ever lags
+    constexpr std::int64_t STEP = SECOND / 20; // more than the delay of the system's clock for files
     const timespec& changed = file.status.st_ctim;
     const std::int64_t age = (file.before.tv_sec - changed.tv_sec) * SECOND + file.before.tv_nsec - changed.tv_nsec;
-    return age > (changed.tv_nsec == 0 ? 2 * SECOND : STEP); // without a fraction: the file system keeps none
+    return age > (changed.tv_nsec == 0 ? 2 * SECOND : STEP); // no fraction: the file system stores whole seconds
 }
 
 template <class Unit>

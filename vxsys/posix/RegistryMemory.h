@@ -11,7 +11,7 @@
 
 namespace vxsys::detail {
 
-/// What is asked for: a value in the store in the folder `place`. Other spellings of one name are other questions.
+/// The key of an answer: a value of the store in the folder `place`. Two spellings of one name are different keys.
 struct RegistryQuestion {
     std::string_view place;
     ENUM_VX_HKEY hive;
@@ -19,24 +19,24 @@ struct RegistryQuestion {
     std::u16string_view name;
 };
 
-/// The file that a record was read from.
+/// The file from which a record was read.
 struct RegistryFile {
-    std::string path; ///< below the store's folder; empty for none
+    std::string path; ///< relative to the folder of the store; empty for none
     struct stat status;
-    timespec before; ///< the time of files just before it was opened
+    timespec before; ///< the time of the clock for files, just before it was opened
 };
 
-/// An answer from before, while the file is still the one that it came from.
+/// A stored answer. It is used as long as the file from which it was read has not changed.
 class RegistryAnswer {
 public:
-    /// True where it is, and the store still the user's alone. Two looks at the file system take the place of opening and
-    /// reading. Never waits.
+    /// True if the answer is still valid and the store still belongs to the user alone. Checks the status of two files
+    /// instead of opening and reading one. Never waits.
     bool find(const RegistryQuestion& question);
 
     RegistryValue value() const noexcept;
 
-    /// Keeps an answer, unless it is long or the file so young that a change might leave nothing to see: the time in its
-    /// status moves in steps, and its number is given to the next file when it goes. Never waits and never fails.
+    /// Stores an answer, unless it is long, or the file is so new that a change might not be visible: the time in its
+    /// status changes in steps, and a later file may get its number. Never waits and never fails.
     static void keep(const RegistryQuestion& question, const RegistryFile& file, const RegistryValue& value) noexcept;
 
 private:
@@ -54,11 +54,11 @@ private:
     ino_t m_number = 0;
     off_t m_size = 0;
     timespec m_changed {};
-    // In the text stand the key, the name, the data, and the path of the file with that of the store at its head.
+    // The text contains the key, the name, the data, and the path of the file after that of the store.
     std::uint16_t m_nameStart = 0;
     std::uint16_t m_dataStart = 0;
     std::uint16_t m_pathStart = 0;
-    std::uint16_t m_placeEnd = 0; ///< 0: nothing is kept here
+    std::uint16_t m_placeEnd = 0; ///< 0: unused
     alignas(char16_t) char m_text[ROOM] {};
 };
 

@@ -40,20 +40,22 @@ int openFolderAt(int parent, const char* name) noexcept
     return retryOnSignal([&] { return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
 }
 
-/// The result of a call of the system that gives -1 if it fails.
+/// The result of a system call that returns -1 if it fails.
 std::int32_t resultOf(int outcome) noexcept
 {
     return VXResultFromNative(errorOf(outcome));
 }
 
-/// The result of a failure inside the store. A link or a plain file in the place of a folder was not made by us.
+/// The result for an error inside the store. A link or a plain file in the place of a folder was not made by this
+/// library.
 std::int32_t resultOfErrno() noexcept
 {
     return errno == ELOOP || errno == ENOTDIR ? RESULT_STORE_CORRUPT : VXResultFromNative(errno);
 }
 
-/// The user's home folder from the system's records. Reading these takes longer than all else, and a service without an
-/// environment would read them for each value. No destructor: values may be read until the very end of the process.
+/// The user's home folder from the user database. It is stored because reading that takes longer than everything else,
+/// and a service without an environment would need it for each value. No destructor, because values may be read until
+/// the very end of the process.
 struct KnownHome {
     StateLock lock;
     bool isKnown VX_GUARDED_BY(lock) = false;
@@ -62,7 +64,7 @@ struct KnownHome {
 };
 constinit KnownHome g_home;
 
-/// The user's home folder from the system's records: the environment may be another user's.
+/// The user's home folder, from the user database, because the environment may be that of another user.
 std::string homeFromRecords()
 {
     const uid_t user = ::geteuid();
@@ -94,7 +96,7 @@ std::string variable(const char* name)
     return value != nullptr ? value : "";
 }
 
-/// Makes a folder and all folders above it, for the user alone.
+/// Creates a folder and all folders above it, with rights for the user alone.
 std::int32_t makeFolders(const std::string& path)
 {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
@@ -110,7 +112,7 @@ std::int32_t flush(int descriptor) noexcept
     return resultOf(retryOnSignal([&] { return ::fsync(descriptor); }));
 }
 
-/// Calls `visit` with the name of each entry of a folder until it gives a failure.
+/// Calls `visit` with the name of each entry of a folder until a call fails.
 template <class Visit>
 std::int32_t forEachEntry(int folder, Visit&& visit)
 {
@@ -124,12 +126,12 @@ std::int32_t forEachEntry(int folder, Visit&& visit)
     return VXResultFromNative(errno);
 }
 
-/// Removes a file, or a folder with all in it. Nothing there is no failure.
+/// Removes a file, or a folder with its contents. Succeeds if there is nothing.
 std::int32_t removeTree(int parent, const char* name)
 {
     if (::unlinkat(parent, name, 0) == 0 || errno == ENOENT)
         return RESULT_OK;
-    if (errno != EISDIR && errno != EPERM) // POSIX and Linux differ in what a folder gives
+    if (errno != EISDIR && errno != EPERM) // the errors of POSIX and Linux for a folder
         return VXResultFromNative(errno);
     const Descriptor folder(openFolderAt(parent, name));
     if (!folder.isOpen())
@@ -165,7 +167,7 @@ std::int32_t readFile(int folder, const char* name, std::size_t limit, std::u16s
     return RESULT_OK;
 }
 
-/// Opens a folder many levels down, in as few calls as the system's longest path allows.
+/// Opens a folder many levels below another one, in as few calls as the system's limit for paths allows.
 class Walk {
 public:
     explicit Walk(int start)
@@ -217,8 +219,8 @@ std::int32_t goTo(Walk& walk, ENUM_VX_HKEY hive, const RegistryPath& path, std::
     return RESULT_OK;
 }
 
-/// Held by the one thread that makes a change: the lock of the file belongs to the whole process, and any close of the file
-/// in the process releases it.
+/// Held by the one thread that makes a change. The lock of the file alone is not enough: it belongs to the whole
+/// process, and closing the file anywhere in the process releases it.
 constinit std::mutex g_changes;
 
 } // namespace
@@ -343,7 +345,7 @@ std::int32_t RegistryChange::create(
     if (steps.empty())
         return values.empty() ? RESULT_OK : replace(hive, path, {{}, values});
 
-    // The highest one that is missing takes its place with all the others in it.
+    // The highest missing folder is prepared with all folders below it, and renamed as a whole.
     Descriptor above;
     std::size_t first = steps.size();
     std::int32_t found = RESULT_NOT_FOUND;
@@ -383,7 +385,7 @@ std::int32_t RegistryChange::remove(ENUM_VX_HKEY hive, const RegistryPath& path)
     if (::renameat(above.get(), steps.back().fileName.c_str(), m_folder.get(), PENDING_NAME) != 0)
         return VXResultFromNative(errno);
     const std::int32_t result = flush(above.get());
-    removeTree(m_folder.get(), PENDING_NAME); // the next change removes what is left
+    removeTree(m_folder.get(), PENDING_NAME); // the next change removes the rest
     return result;
 }
 

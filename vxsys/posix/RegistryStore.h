@@ -23,7 +23,7 @@ namespace vxsys::detail {
 /// under that name is removed by the next change. Each operation gives a result code and may throw std::bad_alloc.
 class RegistryStore {
 public:
-    /// Its path. `open` refuses one that is empty or not a full path.
+    /// The path of the store. `open` refuses an empty path and one that is not a full path.
     static std::string place();
 
     /// RESULT_NOT_FOUND before the first change.

@@ -18,7 +18,7 @@ using namespace vxsys::detail;
 constexpr std::uint32_t KNOWN_ACCESS = VX_FILE_READ | VX_FILE_WRITE;
 constexpr std::uint32_t KNOWN_FLAGS = VX_SHARED_MEMORY_CREATE | VX_SHARED_MEMORY_EXCLUSIVE;
 
-/// A handle, or an address that the memory is attached at. Each is one use of the object.
+/// A use of a named object: an open handle, or an address at which the memory is attached.
 struct MemoryUse {
     NamedObject* object;
     std::uint32_t handle;
@@ -31,7 +31,7 @@ constinit MemoryUse* g_handles VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit MemoryUse* g_attached VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit std::uint32_t g_lastHandle VX_GUARDED_BY(g_namedLock) = 0;
 
-/// The place of the pointer to the first use that `matches`, or of the null pointer after the last.
+/// The address of the pointer to the first use that `matches`, or of the null pointer after the last.
 template <class Predicate>
 MemoryUse** findPlace(MemoryUse*& first, Predicate&& matches) noexcept
 {
@@ -46,7 +46,7 @@ MemoryUse** findHandle(std::uint32_t handle) noexcept VX_REQUIRES(g_namedLock)
     return findPlace(g_handles, [&](const MemoryUse& use) { return use.handle == handle; });
 }
 
-/// A number that no handle has, never the invalid one.
+/// A number that is neither in use nor the invalid handle.
 std::uint32_t newHandle() noexcept VX_REQUIRES(g_namedLock)
 {
     do

@@ -19,7 +19,7 @@ namespace {
 
 using namespace vxsys::detail;
 
-// The system fills the caller's entries itself.
+// The entries of the caller have the layout that the system needs.
 static_assert(sizeof(VXSocketWait) == sizeof(pollfd) && offsetof(VXSocketWait, socket) == offsetof(pollfd, fd)
     && offsetof(VXSocketWait, wanted) == offsetof(pollfd, events)
     && offsetof(VXSocketWait, ready) == offsetof(pollfd, revents));
@@ -30,13 +30,13 @@ int descriptorOf(VXSocket socket) noexcept
     return static_cast<int>(socket);
 }
 
-/// The result of a call of the system, which gives -1 when it fails.
+/// The result of a system call that returns -1 if it fails.
 std::int32_t resultOf(int outcome) noexcept
 {
     return outcome < 0 ? VXNativeSocketError(errno) : 0;
 }
 
-/// Keeps a new descriptor off the number that means a closed socket.
+/// Moves a new descriptor away from 0, the number for a closed socket.
 std::int32_t give(int made, VXSocket* socket) noexcept
 {
     Descriptor descriptor(made);
@@ -49,7 +49,7 @@ std::int32_t give(int made, VXSocket* socket) noexcept
     return result;
 }
 
-/// One transfer of bytes, which gives their number, or -1 and `errno`.
+/// One transfer of bytes. `transfer` returns their number, or -1 with `errno`.
 std::int32_t countOf(ssize_t done, std::int32_t* count) noexcept
 {
     *count = static_cast<std::int32_t>(done);
@@ -61,7 +61,7 @@ std::size_t atMost(std::uint32_t length) noexcept
     return std::min<std::size_t>(length, INT32_MAX);
 }
 
-/// Turns what the system found into what was asked for.
+/// Converts what `poll` reports to what the caller wanted.
 std::int16_t readyFor(const VXSocketWait& entry) noexcept
 {
     const int found = entry.ready;
@@ -71,11 +71,11 @@ std::int16_t readyFor(const VXSocketWait& entry) noexcept
     return static_cast<std::int16_t>((asRead | asWrite | asExcept) & entry.wanted);
 }
 
-/// The number of ready entries, or -1 and `errno`.
+/// The number of ready entries, or -1 with `errno`.
 std::int32_t waitUntil(std::span<VXSocketWait> entries, const Deadline& deadline) noexcept
 {
     if (std::ranges::any_of(entries, [](const VXSocketWait& entry) { return entry.socket < 0; })) {
-        errno = EBADF; // `poll` would pass it over
+        errno = EBADF; // `poll` would ignore it
         return -1;
     }
     for (;;) {
@@ -95,7 +95,7 @@ std::int32_t waitUntil(std::span<VXSocketWait> entries, const Deadline& deadline
             if (entry.ready != 0)
                 ++ready;
             else if (isFound)
-                entry.socket = -1; // `poll` always reports a peer that has hung up, and this entry does not want that
+                entry.socket = -1; // `poll` reports a hang-up even if the entry does not want it
         }
         if (ready > 0)
             return ready;
@@ -174,7 +174,7 @@ std::int32_t VXSocketClose(VXSocket socket) noexcept
 std::int32_t VXSocketReceive(
     VXSocket socket, void* target, std::uint32_t length, int flags, std::int32_t* count) noexcept
 {
-    errno = 0; // no success sets it
+    errno = 0; // no successful call sets it
     return countOf(::recv(descriptorOf(socket), target, atMost(length), flags), count);
 }
 

@@ -22,10 +22,11 @@ using namespace vxsys::detail;
 
 static_assert(sizeof(VXThreadHandle) >= sizeof(pthread_t));
 
-/// More than the system's minimum, so that a small requested size leaves room for some calls.
+/// More than the system's minimum, so that a thread with a small stack can still call some functions.
 constexpr std::size_t LEAST_STACK = 64 * 1024;
 
-/// What a new thread gets from its creator, on whose stack it lives until the thread has told its identifier.
+/// What a new thread gets from its creator. It is on the creator's stack, which stays valid until the thread has stored
+/// its identifier.
 struct Start {
     VXThreadFunction function;
     void* argument;
@@ -47,7 +48,7 @@ void* runThread(void* argument)
     return function(functionArgument);
 }
 
-/// Attributes of a thread to the end of the block.
+/// The attributes of a new thread, to the end of the block.
 class Attributes {
 public:
     Attributes() noexcept

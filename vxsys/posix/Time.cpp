@@ -24,7 +24,7 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
 {
     constexpr int FIRST_YEAR = 1900;
     constexpr long NANOSECONDS_EACH = 1'000'000;
-    constexpr int LAST_SECOND = 59; // a leap second becomes the one before it
+    constexpr int LAST_SECOND = 59; // a leap second is shown as the second before it
 
     const long long year = static_cast<long long>(parts.tm_year) + FIRST_YEAR;
     if (year < 0 || year > std::numeric_limits<std::uint16_t>::max())
@@ -40,17 +40,17 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
     return RESULT_OK;
 }
 
-/// What the calling thread last knew of the time zone, and the second that it broke down last.
+/// The time zone that the calling thread last used, and the last second that it converted.
 struct ZoneCheck {
     std::time_t second;
-    bool wasNamed; ///< by the environment
+    bool wasNamed; ///< the environment named the zone
     bool hasParts;
     std::tm parts;
 };
 constinit thread_local ZoneCheck s_zoneCheck {};
 
-/// As `localtime_r`, which does not look whether the zone has changed. A zone that the environment names is compared at each
-/// call, the file of the system's zone once a second: that costs a call of the system.
+/// As `localtime_r`, which does not notice a change of the zone. A zone that the environment names is compared at each
+/// call. The file of the system's zone is checked once a second, because that needs a system call.
 std::tm* localTime(const std::time_t* moment, std::tm* parts) noexcept
 {
     ZoneCheck& last = s_zoneCheck;
@@ -91,13 +91,13 @@ bool isMoment(const STRUCT_VX_TIME& time) noexcept
         && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
 }
 
-/// The environment's locale for times. The process's own locale, which may be set to anything, does not matter. It is opened
-/// again only after the environment has changed: to open it costs more than to format a time.
+/// The environment's locale for times, not the locale of the process, which may be set to anything. It is opened again
+/// only after the environment has changed, because opening it takes longer than formatting a time.
 class UserLocale {
 public:
     constexpr UserLocale() noexcept = default;
 
-    /// Null when memory is exhausted. Valid while the caller holds the lock.
+    /// Null if memory is exhausted. Valid while the caller holds the lock.
     locale_t get() noexcept
     {
         const char* const name = nameInEnvironment();
@@ -119,7 +119,7 @@ public:
     }
 
 private:
-    /// The first variable that is set and not empty decides, as everywhere in POSIX.
+    /// The first variable that is set and not empty: POSIX defines this order.
     static const char* nameInEnvironment() noexcept
     {
         for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
@@ -130,7 +130,7 @@ private:
         return "";
     }
 
-    /// A name without room is not kept, and so the locale is opened each time.
+    /// A name that is too long is not stored, so its locale is opened each time.
     void keepName(const char* name) noexcept
     {
         const std::size_t length = std::strlen(name);
@@ -144,14 +144,14 @@ private:
 constinit StateLock g_localeLock;
 constinit UserLocale g_locale VX_GUARDED_BY(g_localeLock);
 
-/// Runs when the library is unloaded, and at exit.
+/// Called when the library is unloaded, and at exit.
 __attribute__((destructor)) void closeLocale() noexcept
 {
     const StateGuard guard(g_localeLock);
     g_locale.close();
 }
 
-/// The long form of a date in the order in which the locale's short form has its parts.
+/// The long form of a date. Its parts have the order of the locale's short form.
 const char* longDateFormat(locale_t locale) noexcept
 {
     const std::string_view shortForm = ::nl_langinfo_l(D_FMT, locale);
