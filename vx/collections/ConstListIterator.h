@@ -14,13 +14,13 @@ public:
     {
     }
 
-    bool hasPrevious() { return behind().hasPrevious(); }
-    Reference<T> previous() { return detail::fromElement<T>(behind().previous()); }
-    int nextIndex() { return behind().nextIndex(); }
-    int previousIndex() { return behind().previousIndex(); }
+    bool hasPrevious() { return wrapped().hasPrevious(); }
+    Reference<T> previous() { return detail::fromElement<T>(wrapped().previous()); }
+    int nextIndex() { return wrapped().nextIndex(); }
+    int previousIndex() { return wrapped().previousIndex(); }
 
 private:
-    vorb::ConstListIterator& behind() const { return this->template as<vorb::ConstListIterator>(); }
+    vorb::ConstListIterator& wrapped() const { return this->template as<vorb::ConstListIterator>(); }
 };
 
 } // namespace vx::collections

@@ -80,12 +80,12 @@ void BigDecimal::parseDecimal(const String& text)
         return;
     }
     String digits = text.substring(0, point);
-    const std::u16string_view behind = text.view().substr(static_cast<std::size_t>(point) + 1);
+    const std::u16string_view fraction = text.view().substr(static_cast<std::size_t>(point) + 1);
     int scale = 0;
-    if (!behind.empty()) {
+    if (!fraction.empty()) {
         // Trailing zeros are redundant, but one digit stays.
-        scale = static_cast<int>(std::max(behind.find_last_not_of(u'0') + 1, std::size_t {1}));
-        digits.append(behind.data(), scale);
+        scale = static_cast<int>(std::max(fraction.find_last_not_of(u'0') + 1, std::size_t {1}));
+        digits.append(fraction.data(), scale);
     }
     m_unscaled = BigInteger(digits, 10);
     m_scale = scale;

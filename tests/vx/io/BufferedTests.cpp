@@ -155,7 +155,7 @@ TYPED_TEST(Twins, GoBackToAMark)
     const struct {
         int before; // units read before the mark
         int limit;
-        int behind; // units read behind it
+        int after; // units read after it
         bool isKept;
     } rows[] = {
         {0, 100, 90, true}, // the buffer grows
@@ -172,13 +172,13 @@ TYPED_TEST(Twins, GoBackToAMark)
         input.skip(row.before);
         input.mark(row.limit);
         for (int round = 0; round < 2; ++round) { // a mark stays where it is
-            input.skip(row.behind);
+            input.skip(row.after);
             if (!row.isKept) {
                 EXPECT_EQ(saidBy<IoException>([&] { input.reset(); }), "mark invalid");
                 continue;
             }
             input.reset();
-            EXPECT_EQ(input.read(), 'a' + row.before) << row.limit << ' ' << row.behind;
+            EXPECT_EQ(input.read(), 'a' + row.before) << row.limit << ' ' << row.after;
             input.reset();
         }
     }

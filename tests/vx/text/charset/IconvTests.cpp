@@ -101,19 +101,19 @@ public:
     /// One call for an output of each size, up to the first fault.
     void expectToStopWhereTheOutputEnds(const std::vector<In>& source) const
     {
-        constexpr std::size_t BEHIND = 40;
+        constexpr std::size_t AFTER = 40;
         constexpr Out UNTOUCHED = 0x55;
         const std::size_t largest = expected(source).out.size() + 2;
         for (std::size_t size = 0; size <= largest; ++size) {
             const auto converter = newConverter();
             Outcome<Out> got;
-            got.out.assign(size + BEHIND, UNTOUCHED);
+            got.out.assign(size + AFTER, UNTOUCHED);
             std::int32_t position = 0, written = 0;
             const std::u16string fault = call(*converter, source, position, source.size(), got.out, written, size);
             if (!fault.empty())
                 got.faults.push_back(fault);
             got.read = static_cast<std::size_t>(position);
-            ASSERT_EQ(std::count(got.out.end() - BEHIND, got.out.end(), UNTOUCHED), BEHIND) << "size " << size;
+            ASSERT_EQ(std::count(got.out.end() - AFTER, got.out.end(), UNTOUCHED), AFTER) << "size " << size;
             got.out.resize(static_cast<std::size_t>(written));
             ASSERT_EQ(got, expected(source, size)) << "size " << size;
         }
