@@ -21,8 +21,8 @@
 
 namespace vx::log {
 
-/// The queue and the work on it. Each worker holds a reference to it, so that it outlives the `AsyncProcessor` as long as one
-/// of them runs.
+/// The queue and its workers. Each worker holds a reference to it, so it exists as long as a worker runs, even after
+/// the `AsyncProcessor` was destroyed.
 class AsyncProcessorImpl final : public Object, public exec::IRunnable, public ILogProcessor {
 public:
     AsyncProcessorImpl(ILogProcessor* target, AsyncProcessor::Failures failures)
@@ -93,7 +93,7 @@ public:
         return nullptr;
     }
 
-    /// Hands over what still waits. An entry whose processing throws keeps none of the others back.
+    /// Passes all waiting entries to the target. An exception does not stop it; the first one is thrown at the end.
     void drain()
     {
         std::exception_ptr failure;
@@ -150,7 +150,7 @@ private:
         AsyncProcessorImpl& m_impl;
     };
 
-    /// Counts a worker out, however it ends.
+    /// Counts the end of a worker, whatever caused it.
     class WorkerEnd {
     public:
         explicit WorkerEnd(AsyncProcessorImpl& impl) noexcept
@@ -183,7 +183,7 @@ private:
         }
         static_cast<void>(ofThread.detach()); // the thread releases it
         if (failed(VXThreadTrack(thread)))
-            VXThreadDetach(thread); // the worker works all the same
+            VXThreadDetach(thread); // the worker works without it
         else
             m_threads.push_back(thread);
     }
@@ -194,7 +194,7 @@ private:
         self.attach(static_cast<AsyncProcessorImpl*>(argument));
         try {
             self->run();
-        } catch (...) { // the target's, which ends this worker
+        } catch (...) { // an exception of the target, which ends this worker
             vxsys::passForcedUnwind();
         }
         return nullptr;
@@ -211,7 +211,7 @@ private:
         }
     }
 
-    /// False: none waits, and the calling worker, where it is one, is counted among the sleepers.
+    /// Returns false if no entry waits. A worker is then counted as sleeping.
     bool takeOldest(Reference<const ILogEntry>& entry, bool isWorker)
     {
         Reference<const ILogEntry> oldest;
@@ -228,7 +228,7 @@ private:
             oldest = std::move(m_leaving.front());
             m_leaving.pop_front();
         }
-        entry = std::move(oldest); // the one before is released without the lock
+        entry = std::move(oldest); // releases the previous entry without the lock
         return true;
     }
 
@@ -253,12 +253,12 @@ private:
 
     bool isDone() const noexcept
     {
-        const std::int64_t closed = m_closed; // looked at first: more may arrive
+        const std::int64_t closed = m_closed; // read first, because entries may be added meanwhile
         return closed == m_queued;
     }
 
-    // A waiter announces itself before it looks at the counts, and these are changed before the announcement is looked at:
-    // one of the two sees the other.
+    // A waiter first announces itself and then reads the counts. A worker first changes the counts and then reads the
+    // announcement. So at least one of the two notices the other.
     void tellWaiters()
     {
         if (m_waiters == 0)
@@ -271,23 +271,24 @@ private:
 
     Reference<ILogProcessor> m_target;
     const AsyncProcessor::Failures m_failures;
-    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< of the thread that made the processor
+    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< used only by the thread that creates or destroys the processor
     std::atomic<bool> m_stop {false};
-    std::atomic<std::int64_t> m_failed {0}; ///< entries at which the target threw, since the last look
+    std::atomic<std::int64_t> m_failed {0}; ///< entries for which the target threw since the last completed wait
     std::atomic<int> m_workers {0};
     std::atomic<int> m_waiters {0};
     sync::Condition m_done;
 
-    // Callers and workers seldom meet: all that has arrived goes over at once to those who take it.
+    // Callers and workers use different queues, so they seldom wait for each other. A worker that finds its queue empty
+    // exchanges it for the other one.
     sync::Mutex m_lock;
     Queue m_arrived VX_GUARDED_BY(m_lock);
-    int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found nothing, and for whom no post is under way
-    std::atomic<std::int64_t> m_queued {0}; ///< written while m_lock is held
+    int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found no entry and have not been signalled yet
+    std::atomic<std::int64_t> m_queued {0}; ///< changed under m_lock
     sync::Semaphore m_signal;
 
-    sync::Mutex m_takeLock; ///< taken before the other
-    Queue m_leaving VX_GUARDED_BY(m_takeLock); ///< older than all that has arrived
-    std::atomic<std::int64_t> m_closed {0}; ///< those that the target is done with
+    sync::Mutex m_takeLock; ///< acquired before m_lock
+    Queue m_leaving VX_GUARDED_BY(m_takeLock); ///< entries that are older than those in m_arrived
+    std::atomic<std::int64_t> m_closed {0}; ///< entries that the target has processed
 };
 
 AsyncProcessor::AsyncProcessor(ILogProcessor* target, int threads, Failures failures)

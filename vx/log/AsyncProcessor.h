@@ -11,19 +11,20 @@ namespace vx::log {
 
 class AsyncProcessorImpl;
 
-/// Moves the processing of entries to worker threads: `process` puts the entry into a queue and returns. The queue has no
-/// limit. One worker keeps the order. With several workers the target is called from several threads at the same time; put
-/// a `MultiProcessor` in front of a target that does not allow this.
+/// Moves the processing of entries to worker threads: `process` puts the entry into a queue and returns. The queue has
+/// no limit. One worker keeps the order. With several workers the target is called from several threads at the same
+/// time; put a `MultiProcessor` in front of a target that does not allow this.
 ///
-/// The destructor passes all entries that still wait to the target, on its own thread. It does not wait for the workers:
-/// each finishes its entry and ends. The first exception of the target leaves the destructor after the last entry. The stop
-/// of the library waits for workers whose `AsyncProcessor` is gone, so that the library can be unloaded after that.
+/// The destructor passes all waiting entries to the target, on its own thread. It does not wait for the workers: each
+/// completes its entry and ends. If the target throws, the destructor throws the first exception after the last entry.
+/// A worker may run after its `AsyncProcessor` has been destroyed. The stop of the library waits for it, so that the
+/// library can be unloaded then.
 class VX_API AsyncProcessor : public Object, public ILogProcessor {
 public:
     /// What an exception of the target does. The entry is not tried again in either case.
     enum class Failures {
-        END_WORKER, ///< ends the worker; after the last worker has ended, entries wait for the destructor
-        KEEP_WORKER ///< the worker goes on with the next entry
+        END_WORKER, ///< the worker ends; after the last one has ended, entries wait for the destructor
+        KEEP_WORKER ///< the worker continues with the next entry
     };
 
     /// Holds a reference to the target until the last worker has ended. With `threads` below 1 entries wait for the
@@ -37,9 +38,9 @@ public:
     // ILogProcessor
     void process(const ILogEntry* entry) override;
 
-    /// Waits until the target is done with all that was queued. True when it took every entry. False when it threw at one
-    /// since the last call that waited to the end, when `milliseconds` ran out (`VX_WAIT_FOREVER`: no limit), and when entries
-    /// wait and no worker is left.
+    /// Waits until the target has processed all queued entries. Returns true if it accepted all of them. Returns false
+    /// if the target threw since the last completed wait, if `milliseconds` have passed (`VX_WAIT_FOREVER`: no limit),
+    /// or if entries wait and no worker is left.
     bool waitUntilDone(std::uint32_t milliseconds = VX_WAIT_FOREVER);
 
 private:
