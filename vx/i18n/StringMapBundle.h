@@ -9,15 +9,17 @@
 
 namespace vx::i18n {
 
-/// The strings of a map in memory. It is read at each look-up, its keys only once: an index stays what it is.
+/// The strings of a map in memory. Look-ups read the map, but its keys are read only once, so their indexes never
+/// change.
 class VX_API StringMapBundle : public StringBundle {
 public:
-    /// Both are counted; the values of `map` are `String`s. `locale` may be null. Throws ResultException for a null `map`.
+    /// Keeps references on both; the values of `map` are `String`s. `locale` may be null. Throws ResultException for a
+    /// null `map`.
     StringMapBundle(const collections::StringHashMap* map, Locale* locale);
     ~StringMapBundle() noexcept(false) override;
 
     // StringBundle
-    /// The map's keys, and behind them those of a parent that the map lacks.
+    /// The keys of the map, and after them those of a parent that the map lacks.
     Reference<const collections::Collection<String>> getKeys() const override;
 
 protected:
@@ -25,7 +27,7 @@ protected:
     String lookupString(const String& key) const override;
 
 private:
-    friend class StringBundleFace; // calls these two: overrides of the view would take places in the table of the class
+    friend class StringBundleFace; // calls these two operations: overrides in the view would take places in the table of the class
 
     std::int32_t countKeys(std::int32_t* count) const;
     std::int32_t getResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const;
@@ -34,7 +36,7 @@ private:
     Reference<const collections::StringHashMap> m_map;
     mutable sync::Mutex m_lock;
     mutable Reference<collections::List<String>> m_keys;
-    mutable std::atomic<bool> m_hasKeys {false}; ///< set under the lock, looked at without it
+    mutable std::atomic<bool> m_hasKeys {false}; ///< set under the lock, read without it
 };
 
 } // namespace vx::i18n

@@ -301,7 +301,7 @@ unsigned int ByteWindow<Buffer, Byte, Order, Pointer>::readFrom(InputStream* str
         throwResult(RESULT_POINTER);
     const unsigned int start = m_position; // a stream on this buffer changes it
     const std::int32_t got = stream->read(m_bytes + start, wanted);
-    if (got > wanted) // there is no room for so many
+    if (got > wanted) // there is no room for that many
         throw IoException(u"stream read more than asked");
     m_position = start + static_cast<unsigned int>(std::max(got, 0));
     return m_position - start;

@@ -50,16 +50,16 @@ public:
         return VX_E_SOCKET_OK;
     }
 
-    /// The entry of a descriptor that was added.
+    /// The entry of a descriptor that has been added.
     const VXSocketWait& of(unsigned int id) { return m_entries[placeOf(id) - 1U]; }
 
     std::span<VXSocketWait> entries() { return {m_entries.data(), m_size}; }
 
 private:
-    static constexpr std::size_t PLACES = 512; // a power of two, so that few descriptors meet at one
+    static constexpr std::size_t PLACES = 512; // a power of two, and so large that few descriptors share a place
     static_assert(SETS * MOST_SOCKETS < UINT8_MAX);
 
-    /// Where the number of the entry of `id` is, from 1 on, or belongs.
+    /// The place for the number of the entry of `id`, which counts from 1. It has 0 if there is no such entry.
     std::uint8_t& placeOf(unsigned int id)
     {
         std::size_t place = id % PLACES;

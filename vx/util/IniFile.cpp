@@ -68,8 +68,8 @@ void eraseSets(Sets& sets, const String& name)
     std::erase_if(sets, [&](const auto& each) { return each.first.startsWith(name); });
 }
 
-/// A second change in the same step of the system's clock need not change the status, so that it proves something only
-/// if the last change is some time ago.
+/// Whether a later change of the file is certain to change its status. A change in the same step of the system's clock
+/// might not, so the last change must be some time ago.
 bool isSettled(const VXFileStatus& status) noexcept
 {
     using namespace std::chrono;

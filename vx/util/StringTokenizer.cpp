@@ -12,7 +12,7 @@ namespace vx::util {
 
 namespace {
 
-/// `text.view()` without calls for a plain buffer.
+/// As `text.view()`, but without a call for a plain buffer.
 std::u16string_view unitsOf(const String& text)
 {
     std::u16string_view units;

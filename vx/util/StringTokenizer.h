@@ -28,7 +28,8 @@ protected:
 private:
     static const STRUCT_VX_STR_LIT_INFO s_defaultDelims;
 
-    /// The first place from `start` on that holds a delimiter, or with false none; the length where there is no such place.
+    /// The first place from `start` on with a delimiter, or without one if the last argument is false. The length of
+    /// the text if there is none.
     int find(bool isDelimiter, int start) const;
 
     String m_text;

@@ -36,7 +36,8 @@ std::int32_t resultAtBoundary(Work&& work)
     }
 }
 
-/// As `atBoundary` for work with an answer: cleared first, so that a failing caller never sees a stale one.
+/// As `atBoundary` for work with a result value. `*out` is cleared first, so that it is never undefined after a
+/// failure.
 template <typename Out, std::invocable Work>
 std::int32_t atBoundary(Out* out, Work&& work)
 {

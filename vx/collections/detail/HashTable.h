@@ -73,8 +73,8 @@ public:
     /// Decrements `bucket` to the next one with a chain and returns its head. Without such a bucket, NONE and 0.
     Index headBelow(int& bucket) const noexcept;
 
-    /// The iterator of a range-for: one pass from bucket 0 up. Each item is passed through `Projection`. If an entry was added
-    /// or removed, the next step throws an Exception without a message.
+    /// The iterator of a range-for: one pass from bucket 0 up. Each item is passed through `Projection`. If an entry
+    /// was added or removed, the next step throws an Exception without a message.
     template <class Projection>
     class Walk {
     public:

@@ -72,7 +72,7 @@ private:
     void keep(Nodes::iterator node, int index) noexcept
     {
         m_kept = node;
-        m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1; // the end has another index once more is appended
+        m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1; // when one more element has been appended, the end has another index
     }
 
     LinkedList& m_nodesOf; ///< the base keeps a reference on it
@@ -146,7 +146,7 @@ bool LinkedList::remove(const IVXUnknown* element)
         return false;
     if (expectedCount != m_modificationCount)
         throw Exception();
-    unlink(m_nodes.erase(found.node, found.node)); // makes the position one that may be changed
+    unlink(m_nodes.erase(found.node, found.node)); // returns the position as one that may be changed
     return true;
 }
 

@@ -4,7 +4,7 @@
 
 namespace vx::crypto::detail {
 
-/// Clears memory that nobody reads again, so that secrets do not outlive their use. A plain memset would be left out.
+/// Clears memory that is not read again, so that secrets do not stay in it. A compiler would remove a plain memset.
 template <class Secret>
 void wipe(Secret& secret) noexcept
 {

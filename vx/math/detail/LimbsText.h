@@ -8,7 +8,7 @@
 /// Natural numbers to and from digits, the most significant first, in a radix from 2 to 36.
 namespace vx::math::detail {
 
-/// Words that any number of so many digits fits in.
+/// The number of words that is enough for any number with this many digits.
 Size limbsForDigits(Size digits, int radix) noexcept;
 
 /// `digits` are values below `radix`. Fills all `limbsForDigits` words of `target`.

@@ -58,7 +58,7 @@ private:
 
 using First = Field<0x3fffffee00000001, 3>;
 using Second = Field<0x3fffffb400000001, 17>;
-constexpr int PRODUCT_BITS = 123; // any number of so many bits is below the product of the primes
+constexpr int PRODUCT_BITS = 123; // a number of this many bits is below the product of the primes
 
 /// A tree of polynomials: its root is one modulo x^length - 1, and the children of one modulo x^n - r^2 are its
 /// residues modulo x^(n/2) - r and x^(n/2) + r. The leaves are values. On each level the node with the number i has r =

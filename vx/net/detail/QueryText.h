@@ -42,7 +42,7 @@ private:
     bool m_isDone;
 };
 
-/// A query of few parameters. Keeps them in the order that a `QueryTable` would have, and needs no allocation.
+/// A query with few parameters. It keeps them in the order of a `QueryTable`, and needs no allocation.
 class ShortQuery {
 public:
     /// False for too many parameters, and for a text with a null unit, whose hash only the table computes.

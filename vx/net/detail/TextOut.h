@@ -9,9 +9,9 @@
 
 namespace vx::net::detail {
 
-/// Writes the text that `fill(String&)` builds into a caller's buffer, in the default encoding. `*length` is the room in
-/// bytes and becomes what was written; too little is VX_E_SOCKET_EFAULT and an empty text. Else the result is that of
-/// `fill`. Nothing is thrown.
+/// Builds a text by `fill(String&)` and writes it to the buffer of a caller, in the default encoding. `*length` is the
+/// size of the buffer in bytes and becomes the number of bytes written. VX_E_SOCKET_EFAULT and an empty text if there
+/// is no room, otherwise the result of `fill`. Nothing is thrown.
 template <std::unsigned_integral Length, class Fill>
 ENUM_VX_E_SOCKET writeText(char* text, Length* length, Fill fill) noexcept
 {

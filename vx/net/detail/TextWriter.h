@@ -11,10 +11,10 @@
 
 namespace vx::net::detail {
 
-/// A new text that `write(TextWriter&)` puts together.
+/// Writes a new text with `write(TextWriter&)`.
 class TextWriter {
 public:
-    /// More than `room` units take new storage.
+    /// A text of more than `room` units needs another allocation.
     template <class Write>
     static String write(std::size_t room, Write write)
     {

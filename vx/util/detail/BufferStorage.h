@@ -66,7 +66,7 @@ public:
     void assign(const Unit* source, int length, int capacity);
 
 private:
-    /// The greatest multiple of 16 that an `int` holds.
+    /// The largest multiple of 16 that an `int` can hold.
     static constexpr std::int64_t LARGEST = 0x7FFFFFF0;
     /// A flag in a number that is a multiple of 16.
     static constexpr int IS_BORROWED = 1;
