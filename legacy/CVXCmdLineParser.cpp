@@ -94,7 +94,7 @@ void CVXCmdLineParser::parse(const char16_t* text)
     m_core.parse(vx::String(text), m_switchChars, PAIR_IS_EMPTY);
 }
 
-void CVXCmdLineParser::parse(int count, char** const arguments)
+void CVXCmdLineParser::parse(int count, char** arguments)
 {
     parse(vx::TerminatedText(vx::util::detail::joinArguments(count, arguments)));
 }

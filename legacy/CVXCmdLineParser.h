@@ -76,7 +76,7 @@ public:
     /// Null is an empty command line.
     void parse(const char16_t* text);
     /// All `count` arguments, the program's name too if it is among them, in the default encoding.
-    void parse(int count, char** const arguments);
+    void parse(int count, char** arguments);
 
     int getElementCount() const;
     /// Both throw Exception "Invalid vector index".

@@ -23,11 +23,9 @@ template <class... Value>
 String printed(Value... value)
 {
     char digits[32];
-    const char* end = std::to_chars(digits, digits + sizeof digits, value...).ptr;
+    char* end = std::to_chars(digits, digits + sizeof digits, value...).ptr;
     char16_t text[sizeof digits];
-    char16_t* last = text;
-    for (const char* digit = digits; digit != end; ++digit)
-        *last++ = static_cast<char16_t>(*digit);
+    const char16_t* last = std::copy(digits, end, text);
     return String(text, static_cast<int>(last - text));
 }
 
@@ -92,6 +90,7 @@ const String& String::format(const char16_t* format, int length, ...)
     return *this;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): given
 const String& String::format(String format, ...)
 {
     std::va_list arguments;
@@ -136,6 +135,7 @@ const String& String::formatv(const char16_t* format, int length, std::va_list a
     return *this = std::u16string_view(result);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): given
 const String& String::formatv(String format, std::va_list arguments)
 {
     return formatv(format.getData(), format.getLength(), arguments);

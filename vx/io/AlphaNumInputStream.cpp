@@ -57,7 +57,7 @@ std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)
             }
             break;
         }
-        const int value
+        const int value // NOLINTNEXTLINE(bugprone-signed-char-misuse, cert-str34-c): -1 is meant
             = static_cast<std::size_t>(unit) < m_values.size() ? m_values[static_cast<std::size_t>(unit)] : NO_VALUE;
         if (value < 0)
             throw text::charset::InvalidCharacterException(u"Invalid AlphaNum character");

@@ -142,8 +142,8 @@ private:
     static constexpr std::size_t MOST_WITHOUT_INDEX = 32;
     /// Storage whose fields are constructed one by one: most entries have two of them.
     union FewFields {
-        FewFields() noexcept { }
-        ~FewFields() { }
+        FewFields() noexcept { } // NOLINT(modernize-use-equals-default): Field has a constructor
+        ~FewFields() = default;
         Field fields[FEW];
     };
     static_assert(std::is_trivially_destructible_v<Field>);

@@ -25,8 +25,6 @@ using namespace std::string_view_literals;
 
 using detail::appendWhole;
 using detail::FieldOrder;
-using detail::hasHighUnits;
-using detail::replaceHalves;
 using text::charset::detail::REPLACEMENT;
 using vx::detail::ShortTextBuilder;
 using vx::detail::TextBuilder;

@@ -57,7 +57,7 @@ void checkBitNumber(int n)
 } // namespace
 
 const BigInteger BigInteger::ZERO;
-const BigInteger BigInteger::ONE(1);
+const BigInteger BigInteger::ONE(1); // NOLINT(cert-err58-cpp): needs a few bytes when the library is loaded
 
 BigInteger::BigInteger() noexcept = default;
 
@@ -284,7 +284,7 @@ void BigInteger::multiply(const BigInteger& other)
 void BigInteger::multiplyByLimb(Limb factor)
 {
     const detail::Natural mine = limbs();
-    const std::int64_t bits = bitsIn(mine) + std::bit_width(factor);
+    const std::int64_t bits = bitsIn(mine) + static_cast<int>(std::bit_width(factor));
     setSize(static_cast<int>(std::min((bits + 7) / 8, LARGEST_SIZE + std::int64_t {1})));
     const Limb above = detail::multiplyByLimb(m_data.get(), {m_data.get(), mine.size()}, factor);
     if (mine.size() < limbsFor(m_size))

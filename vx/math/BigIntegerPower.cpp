@@ -132,7 +132,7 @@ void BigInteger::pow(const BigInteger& exponent)
     detail::Scratch scratch(base.size() - whole);
     detail::shiftRight(scratch.get(), base.subspan(whole), zeros);
     const detail::Natural odd(scratch.get(), detail::trimmed(scratch.get(), base.size() - whole));
-    for (int bit = std::bit_width(times[0]); bit-- > 0;) {
+    for (auto bit = static_cast<int>(std::bit_width(times[0])); bit-- > 0;) {
         power.square();
         if ((times[0] >> bit & 1) != 0)
             power.multiply(odd);

@@ -89,7 +89,7 @@ void CommandLineParser::parse(const String& text)
     m_core.parse(text, m_switchChars, false);
 }
 
-void CommandLineParser::parse(int count, char** const arguments)
+void CommandLineParser::parse(int count, char** arguments)
 {
     parse(detail::joinArguments(count, arguments));
 }

@@ -64,7 +64,7 @@ public:
     void parse(const String& text);
     /// All `count` arguments, the program's name too if it is among them, in the default encoding. Bytes that are
     /// invalid in it become U+FFFD.
-    void parse(int count, char** const arguments);
+    void parse(int count, char** arguments);
 
     int getElementCount() const;
     /// Both throw Exception "Invalid vector index".

@@ -44,7 +44,7 @@ constexpr bool isPowerOfTwo(int radix) noexcept
 
 constexpr int bitsOf(int radix) noexcept
 {
-    return std::bit_width(static_cast<unsigned int>(radix)) - 1;
+    return static_cast<int>(std::bit_width(static_cast<unsigned int>(radix))) - 1;
 }
 
 constexpr Size quotientUp(Size value, Size divisor) noexcept

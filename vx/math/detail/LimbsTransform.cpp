@@ -254,14 +254,15 @@ struct Plan {
     {
         const Size shorter = std::min(left, right) * LIMB_BITS;
         // Fewer coefficients allow more bits in each, and the number of bits in turn determines how many there are.
-        bits = (PRODUCT_BITS - std::bit_width(shorter / MOST_BITS)) / 2;
-        bits = (PRODUCT_BITS - std::bit_width(shorter / static_cast<Size>(bits))) / 2;
+        bits = bitsFor(shorter / MOST_BITS);
+        bits = bitsFor(shorter / static_cast<Size>(bits));
         used = coefficients(left) + coefficients(right) - 1;
         length = std::max(std::bit_ceil(used), SMALLEST);
         const Size step = length / 16; // finer steps cost more than they save
         used = (used + step - 1) / step * step;
     }
 
+    static int bitsFor(Size terms) noexcept { return (PRODUCT_BITS - static_cast<int>(std::bit_width(terms))) / 2; }
     Size coefficients(Size limbs) const noexcept
     {
         return (limbs * LIMB_BITS + static_cast<Size>(bits) - 1) / static_cast<Size>(bits);
@@ -298,7 +299,9 @@ void cut(Limb* target, Size length, Natural source, int bits) noexcept
 
 /// The product's coefficients modulo one prime, times 2^64.
 template <class Prime>
-void multiplyModulo(Limb* target, Natural left, Natural right, const Plan& plan, Limb* roots, Limb* other) noexcept
+void multiplyModulo(Limb* target, Natural left, Natural right, const Plan& plan,
+    Limb* roots, // NOLINT(readability-non-const-parameter): the transform fills it
+    Limb* other) noexcept
 {
     const Transform<Prime> transform(roots, plan.length);
     cut(target, plan.length, left, plan.bits);

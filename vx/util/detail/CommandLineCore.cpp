@@ -125,7 +125,7 @@ void CommandLineValues::addAll(const char16_t* text, bool pairIsEmpty)
         add(token);
 }
 
-String joinArguments(int count, char** const arguments)
+String joinArguments(int count, char** arguments)
 {
     std::u16string text;
     const bool asciiIsItself = decodesAsciiAsItself();

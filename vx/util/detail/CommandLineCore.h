@@ -85,6 +85,6 @@ private:
 
 /// Joins the arguments, which are in the default encoding, to one command line. An argument with a blank in it gets
 /// quotes. Bytes that are invalid in it become U+FFFD.
-VX_API String joinArguments(int count, char** const arguments);
+VX_API String joinArguments(int count, char** arguments);
 
 } // namespace vx::util::detail
