@@ -212,6 +212,7 @@
 #include "vx/util/IniFileIterator.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/MTCharBuffer.h"
+#include "vx/util/OptionTable.h"
 #include "vx/util/PathNormalizer.h"
 #include "vx/util/PropertySet.h"
 #include "vx/util/ROByteBuffer.h"

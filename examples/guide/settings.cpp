@@ -6,17 +6,26 @@ using namespace vx;
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::cerr << "usage: settings FILE\n";
+    const util::OptionTable table("settings",
+        {{.name = "level", .letter = 'l', .value = "N", .standard = "3", .help = "how much to tell"},
+            {.name = "format", .value = "plain|xml", .standard = "plain", .help = "what the log looks like"}});
+    std::string file;
+    try {
+        const util::ParsedOptions options = table.parse(argc, argv);
+        std::cout << "level " << options.getNumber<int>("level", 0, 9) << '\n' << table.getHelp();
+        file = options.getArguments().empty() ? "settings.ini" : options.getArguments().front();
+    } catch (const util::OptionException& failure) {
+        std::cerr << failure.getDescription() << '\n'; // settings: unknown option --foo; see --help
         return 2;
     }
-    util::CommandLineParser line;
+
+    util::CommandLineParser line; // the other grammar, with slashes
     line.defineOption(u"level", 1, u"3");
     line.parse(String(u"-verbose /level 0x10 \"my file.txt\""));
     std::cout << line.isPresent(u"verbose") << ' ' << line.getValueLong(u"level", 0) << ' '
               << line.getParameter(0)->getValueString(0) << '\n';
 
-    const String path((std::string_view(argv[1])));
+    const String path((std::string_view(file)));
     util::IniFile ini(TerminatedText(path), "guide.settings", 0); // the semaphore's name: processes take turns
     throwIfFailed(ini.AddKey(u"window\\main", u"width", u"640", true));
     throwIfFailed(ini.GetWriteResult()); // 0: the change is in the file

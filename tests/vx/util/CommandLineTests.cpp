@@ -2,11 +2,13 @@
 #include "tests/Outcome.h"
 #include "vx/Exception.h"
 #include "vx/util/CommandLineParser.h"
+#include "vx/util/OptionTable.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <tuple>
+#include <vector>
 
 namespace vx::util {
 namespace {
@@ -109,6 +111,109 @@ TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
         EXPECT_EQ(parsed(CommandLineParser()), ofNewer) << String(text);
         EXPECT_EQ(parsed(CVXCmdLineParser()), ofOlder) << String(text);
     }
+}
+
+const OptionTable& table()
+{
+    static const OptionTable table("tool",
+        {{.name = "out",
+             .letter = 'o',
+             .value = "FILE",
+             .standard = "-",
+             .help = "where to write, or - for\nthe screen"},
+            {.name = "lines",
+                .letter = 'l',
+                .help = "é é é é é é é é é é é é é é é é é é é é é é é é é é é é é é é é word"},
+            {.name = "line-end", .value = "lf|crlf", .help = "don't [mix]: them", .group = "Text"},
+            {.name = "x-of-a-name-that-is-far-too-long", .letter = 'x', .help = "x", .group = "Text"},
+            {.name = "n", .value = "N", .help = "how many", .group = "Numbers"}});
+    return table;
+}
+
+/// The options as "written(value)", then the arguments as "[text]"; or what is wrong.
+std::string optionsOf(const std::vector<const char*>& arguments, OptionTable::Order order, OptionTable::Faults faults)
+{
+    std::string text;
+    try {
+        std::vector<const char*> all {"tool"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const ParsedOptions options = table().parse(static_cast<int>(all.size()), all.data(), order, faults);
+        for (const ParsedOptions::Given& each : options.getGiven())
+            text += each.written + '(' + each.value + ')';
+        for (const std::string& each : options.getArguments())
+            text += '[' + each + ']';
+        return text;
+    } catch (const OptionException& failure) {
+        return failure.getDescription().toUtf8();
+    }
+}
+
+TEST(OptionTable, ReadsWhatUsersWriteAndNamesWhatItCannotRead)
+{
+    const std::tuple<std::vector<const char*>, const char*, const char*> cases[] = {
+        // The arguments; what they are; what they are with options first and faults skipped, where that differs
+        {{"a", "-lxo", "b", "-", "/tmp/x", "--out=", "--out", "--", "-ofile"},
+            "-l()-x()-o(b)--out()--out(--)-o(file)[a][-][/tmp/x]",
+            "[a][-lxo][b][-][/tmp/x][--out=][--out][--][-ofile]"},
+        {{"-l", "--", "-x", "--", ""}, "-l()[-x][--][]", nullptr},
+        {{"-o=b", "--out=a=b", "--n", "-5"}, "-o(=b)--out(a=b)--n(-5)", nullptr},
+        {{"--x", "--lines", "--line-=lf"}, "--x()--lines()--line-(lf)", nullptr},
+        {{"--li"}, "tool: option --li may be one of --lines, --line-end; see --help", ""},
+        {{"-lyx", "-o1"}, "tool: unknown option -y; see --help", "-l()-x()-o(1)"},
+        {{"--=1", "z"}, "tool: unknown option --; see --help", "[z]"},
+        {{"-l", "--out"}, "tool: --out needs a value; see --help", "-l()"},
+        {{"-xo"}, "tool: -o needs a value; see --help", "-x()"},
+        {{"--lines=", "-l"}, "tool: --lines takes no value; see --help", "-l()"},
+        {{"--line-end", "cr", "-x"}, "tool: --line-end takes lf|crlf, not \"cr\"; see --help", "-x()"},
+        {{"--\xFF\xC3\xA9\xED\xA0\x80"}, "tool: unknown option --??????; see --help", ""},
+    };
+    for (const auto& [arguments, expected, skipped] : cases) {
+        EXPECT_EQ(optionsOf(arguments, OptionTable::Order::MIXED, OptionTable::Faults::THROWN), expected);
+        EXPECT_EQ(optionsOf(arguments, OptionTable::Order::OPTIONS_FIRST, OptionTable::Faults::SKIPPED),
+            skipped != nullptr ? skipped : expected);
+    }
+    EXPECT_THROW(OptionTable("tool", {{.name = "a"}, {.name = "a"}}), Exception);
+    EXPECT_THROW(OptionTable("tool", {{.name = "a", .letter = 'a'}, {.name = "b", .letter = 'a'}}), Exception);
+}
+
+TEST(OptionTable, GivesValuesByName)
+{
+    const char* const line[] = {"tool", "--n=7", "-ll", "--n", "18446744073709551615"};
+    const ParsedOptions options = table().parse(5, line);
+    EXPECT_EQ(options.get("out"), "-");
+    EXPECT_FALSE(options.has("out"));
+    EXPECT_EQ(options.getCount("lines"), 2U);
+    EXPECT_EQ(options.getAll("n"), (std::vector<std::string> {"7", "18446744073709551615"}));
+    EXPECT_EQ(options.getNumber<std::uint64_t>("n"), UINT64_MAX);
+    EXPECT_EQ(saidBy<OptionException>([&] { options.getNumber("n", -1, 9); }),
+        "tool: --n takes a number from -1 to 9, not \"18446744073709551615\"; see --help");
+    EXPECT_EQ(saidBy<OptionException>([&] { options.get("line-end"); }), "tool: --line-end is missing; see --help");
+    EXPECT_THROW(options.has("nothing"), Exception);
+}
+
+TEST(OptionTable, PrintsTheHelpTextAndScriptsOfShells)
+{
+    EXPECT_EQ(table().getHelp([](const OptionRow& row) { return std::string(row.help); }),
+        R"(  -o, --out=FILE          where to write, or - for
+                          the screen (-)
+  -l, --lines             é é é é é é é é é é é é é é é é é é é é é é é é é é é
+                          é é é é é word
+
+Text:
+      --line-end=lf|crlf  don't [mix]: them
+  -x, --x-of-a-name-that-is-far-too-long
+                          x
+
+Numbers:
+      --n=N               how many
+)");
+    const std::string_view words[] = {"get", "set"};
+    const auto has = [&](OptionTable::Shell shell, std::string_view part) {
+        const std::string script = table().getCompletion(shell, words);
+        EXPECT_NE(script.find(part), script.npos) << script;
+    };
+    has(OptionTable::Shell::ZSH, R"('*'--line-end='[don'\''t \[mix\]\: them]:value:(lf crlf)')");
+    has(OptionTable::Shell::FISH, R"(-l line-end -x -a 'lf crlf' -d 'don\'t [mix]: them')");
 }
 
 } // namespace
