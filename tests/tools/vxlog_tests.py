@@ -19,6 +19,7 @@ WRONG_COMMAND_LINES = [
     (["--no-such"], "--no-such"), (["-l", "high"], "high"), (["-l"], "-l"), (["--async", "0"], "--async"),
     (["--format", "json"], "json"), (["--fields", "text,colour"], "colour"), (["--fields", ""], "--fields"),
     (["--escape"], "--escape"), (["a", "b"], "b"), (["-f", ""], "empty"), (["--to", "http://localhost"], "http://localhost"),
+    (["--f", "x"], "--file, --format, --fields"), (["--help=x"], "--help"),
     (["--to", "vxlog:localhost"], "vxlog:localhost"), (["--to", ""], "--to"), (["--to", "vxlog://localhost:0"], ":0"),
     (["--to", "vxlog://localhost?level=high"], "high"), (["--to", "vxlog://localhost", "-n", "x"], "--to"),
     (["--to", "vxlog://[::1]:0"], ":0"), (["--to", "vxlog://127.0.0.1%00.evil:9"], "%00"),
@@ -128,6 +129,18 @@ class Faults(tool.Scratch):
 
     def test_prints_help_and_version(self):
         self.assertHelps("vxlog", *"--file --format --escape --level --name --fields --async --encoding --locale".split())
+
+    def test_completes_in_a_shell(self):
+        complete = """
+            eval "$($VXLOG --completion=bash)"
+            COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _vxlog; printf '%s\\n' "${COMPREPLY[@]}" """
+        self.write("a file", b"")
+        for words, expected in [(["--es"], ["--escape"]), (["--fo"], ["--format="]), (["--format", "="], ["basic", "xml"]),
+                                (["--format", "=", "x"], ["xml"]), (["--file", "a"], ["a file"]), (["a"], ["a file"]),
+                                (["--level", "a"], [""])]:
+            run = subprocess.run(["bash", "-c", complete, "vxlog", "vxlog", *words], cwd=self.folder, check=True,
+                                 capture_output=True, text=True)
+            self.assertEqual((run.stdout.split("\n")[:-1], run.stderr), (expected, ""))
 
 
 class Languages(tool.Scratch):

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <vx/util/OptionTable.h>
+
 #include <string>
 
 namespace vxconv {
 
 struct Options {
-    enum class Task { CONVERT, LIST, HELP };
+    enum class Task { CONVERT, LIST, HELP, VERSION, COMPLETION };
 
     Task task = Task::CONVERT;
     std::string from = "UTF-8";
@@ -14,11 +16,14 @@ struct Options {
     bool strict = false;
     std::string input = "-";
     std::string output = "-";
+    std::string shell; ///< that of a completion
 };
 
-/// Throws std::invalid_argument that says what is wrong with the command line.
+const vx::util::OptionTable& optionTable();
+
+/// Throws UsageError that says what is wrong with the command line.
 Options parseOptions(int argc, char** argv);
 
-extern const char* const USAGE;
+std::string usage();
 
 } // namespace vxconv

@@ -4,6 +4,7 @@
 #include "EncodingList.h"
 #include "Files.h"
 #include "Options.h"
+#include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Program.h"
 
@@ -18,7 +19,13 @@ void run(const Options& options)
 {
     switch (options.task) {
     case Options::Task::HELP:
-        print(USAGE);
+        print(usage());
+        return;
+    case Options::Task::VERSION:
+        printVersion("vxconv");
+        return;
+    case Options::Task::COMPLETION:
+        printCompletion(optionTable(), options.shell);
         return;
     case Options::Task::LIST:
         try {

@@ -1,35 +1,27 @@
 #include "Options.h"
 
 #include "Texts.h"
-#include "common/Failure.h"
+#include "common/CommandLine.h"
 
 #include <algorithm>
-#include <charconv>
-#include <getopt.h>
 #include <iterator>
+#include <limits>
 #include <sstream>
 #include <string_view>
 
 namespace vxlog {
 
 using namespace vxtools;
+using vx::util::OptionRow;
+using vx::util::OptionTable;
+using vx::util::ParsedOptions;
 
 namespace {
 
 constexpr const char* FIELDS[] = {"sequence", "thread", "name", "timestamp", "level", "text"};
 constexpr int MOST_WORKERS = 64;
-constexpr const char* LOCALE_OPTION = "locale";
 
-int numberOf(const char* option, std::string_view text, int least, int most)
-{
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number < least || number > most)
-        throw UsageError(NO_NUMBER(option, least, most, std::string(text)));
-    return number;
-}
-
-std::vector<std::string> fieldsOf(const char* list)
+std::vector<std::string> fieldsOf(const std::string& list)
 {
     std::vector<std::string> fields;
     std::istringstream names(list);
@@ -43,62 +35,6 @@ std::vector<std::string> fieldsOf(const char* list)
     return fields;
 }
 
-Options::Format formatOf(std::string_view name)
-{
-    if (name == "basic")
-        return Options::Format::BASIC;
-    if (name == "xml")
-        return Options::Format::XML;
-    throw UsageError(NO_FORMAT(std::string(name)));
-}
-
-struct OptionRow {
-    const char* name;
-    char letter; ///< '\0': none
-    const char* argument; ///< null: takes none
-    Message help; ///< lines of the help text
-    void (*apply)(Options& options, const char* value);
-};
-
-constexpr OptionRow OPTIONS[] = {
-    {"file", 'f', "FILE", {u"vxlog.help.file", "append to FILE, made when missing (standard output)"},
-        [](Options& options, const char* value) { options.file = value; }},
-    {"format", '\0', "FORMAT",
-        {u"vxlog.help.format",
-            "basic: lines \"name=value\" and a line of hyphens (basic);\n"
-            "xml: a document of its own, in a new or empty FILE"},
-        [](Options& options, const char* value) { options.format = formatOf(value); }},
-    {"escape", '\0', nullptr, {u"vxlog.help.escape", "in xml: markup in a line is text; otherwise it stays markup"},
-        [](Options& options, const char*) { options.escape = true; }},
-    {"level", 'l', "N", {u"vxlog.help.level", "the level of each entry (0)"},
-        [](Options& options, const char* value) { options.level = numberOf("--level", value, INT32_MIN, INT32_MAX); }},
-    {"name", 'n', "NAME", {u"vxlog.help.name", "the logger's name, in a field of each entry"},
-        [](Options& options, const char* value) { options.name = value; }},
-    {"fields", '\0', "LIST",
-        {u"vxlog.help.fields",
-            "the fields of each entry: some of sequence,thread,name,\n"
-            "timestamp,level,text (level,text, and name with --name)"},
-        [](Options& options, const char* value) { options.fields = fieldsOf(value); }},
-    {"async", '\0', "N", {u"vxlog.help.async", "read on while N threads write; above 1 the order is theirs"},
-        [](Options& options, const char* value) { options.workers = numberOf("--async", value, 1, MOST_WORKERS); }},
-    {"encoding", 'e', "ENC", {u"vxlog.help.encoding", "the encoding of INPUT (UTF-8); the log is in UTF-8"},
-        [](Options& options, const char* value) { options.encoding = value; }},
-    {"to", '\0', "URI",
-        {u"vxlog.help.to",
-            "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1;\n"
-            "with ack=1 it is an error if they are not all in its log"},
-        [](Options& options, const char* value) { options.to = parseDestination(value); }},
-    {LOCALE_OPTION, '\0', "LOCALE",
-        {u"vxlog.help.locale",
-            "speak the language of LOCALE, such as de_AT, where its messages\n"
-            "are registered as a component (English)"},
-        [](Options&, const char*) {}}, // taken by localeOf
-    {"help", 'h', nullptr, {u"vxlog.help.help", "print this"},
-        [](Options& options, const char*) { options.task = Options::Task::HELP; }},
-    {"version", '\0', nullptr, {u"vxlog.help.version", "print the version"},
-        [](Options& options, const char*) { options.task = Options::Task::VERSION; }},
-};
-
 constexpr Message HELP_HEAD {u"vxlog.help",
     "Usage: vxlog [OPTION]... [INPUT]\n"
     "Appends each line of INPUT to a log, as an entry of its own."};
@@ -109,105 +45,88 @@ constexpr Message HELP_FOOT {u"vxlog.help.more",
     "SIGTERM, SIGINT and SIGHUP end the reading; what has been read is written.\n"
     "The exit status is 0 when all was written, 1 for a failure, 2 for a wrong command line."};
 
-/// Iterates over the options with the system's parser.
-class Parser {
-public:
-    Parser(int argc, char** argv)
-        : m_count(argc)
-        , m_arguments(argv)
-    {
-        for (const OptionRow& row : OPTIONS) {
-            const int value = FIRST_VALUE + static_cast<int>(m_table.size());
-            m_table.push_back({row.name, row.argument != nullptr ? required_argument : no_argument, nullptr, value});
-            if (row.letter != '\0')
-                m_letters += std::string(1, row.letter) + (row.argument != nullptr ? ":" : "");
-        }
-        m_table.push_back({});
-        opterr = 0;
-        optind = 1;
-    }
-
-    /// False after the last one.
-    bool next()
-    {
-        m_found = ::getopt_long(m_count, m_arguments, m_letters.c_str(), m_table.data(), nullptr);
-        return m_found != -1;
-    }
-    /// Null for an argument that is not an option.
-    const OptionRow* row() const
-    {
-        const auto* row = std::find_if(std::begin(OPTIONS), std::end(OPTIONS), [&](const OptionRow& each) {
-            return m_found == FIRST_VALUE + (&each - OPTIONS) || (each.letter != '\0' && m_found == each.letter);
-        });
-        return row != std::end(OPTIONS) ? row : nullptr;
-    }
-    bool isWithoutValue() const { return m_found == ':'; }
-    /// The option as it was written.
-    std::string spelling() const
-    {
-        return optopt > 0 && optopt < FIRST_VALUE ? std::string("-") + static_cast<char>(optopt)
-                                                  : std::string(m_arguments[optind - 1]);
-    }
-
-private:
-    static constexpr int FIRST_VALUE = 256; ///< what the system's parser returns for the first row
-
-    const int m_count;
-    char** const m_arguments;
-    std::string m_letters = ":";
-    std::vector<option> m_table;
-    int m_found = -1;
-};
-
 } // namespace
+
+const OptionTable& optionTable()
+{
+    static const OptionTable table("vxlog",
+        {
+            {.name = "file",
+                .letter = 'f',
+                .value = "FILE",
+                .help = "append to FILE, made when missing (standard output)",
+                .takes = OptionRow::Takes::FILES},
+            {.name = "format",
+                .value = "basic|xml",
+                .help = "basic: lines \"name=value\", a line of hyphens (basic);\n"
+                        "xml: a document of its own, in a new or empty FILE"},
+            {.name = "escape", .help = "in xml: markup in a line is text; otherwise it stays markup"},
+            {.name = "level", .letter = 'l', .value = "N", .help = "the level of each entry (0)"},
+            {.name = "name", .letter = 'n', .value = "NAME", .help = "the logger's name, in a field of each entry"},
+            {.name = "fields",
+                .value = "LIST",
+                .help = "the fields of each entry: some of sequence,thread,name,timestamp,level,text (level,text, and "
+                        "name with --name)"},
+            {.name = "async", .value = "N", .help = "read on while N threads write; above 1 the order is theirs"},
+            {.name = "encoding",
+                .letter = 'e',
+                .value = "ENC",
+                .help = "the encoding of INPUT (UTF-8); the log is in UTF-8"},
+            {.name = "to",
+                .value = "URI",
+                .help
+                = "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1; with ack=1 it is an error "
+                  "if they are not all in its log"},
+            {.name = "locale",
+                .value = "LOCALE",
+                .help = "speak the language of LOCALE, such as de_AT, where its messages are registered as a component "
+                        "(English)"},
+            COMPLETION_ROW,
+            HELP_ROW,
+            VERSION_ROW,
+        });
+    return table;
+}
 
 std::string usage(Messages& messages)
 {
-    constexpr std::size_t HELP_COLUMN = 23;
-
-    std::string text = messages.say(HELP_HEAD) + "\n\n";
-    for (const OptionRow& row : OPTIONS) {
-        std::string left = row.letter != '\0' ? std::string("  -") + row.letter + ", --" : std::string("      --");
-        left += row.name;
-        if (row.argument != nullptr)
-            left += std::string("=") + row.argument;
-        left.resize(std::max(left.size() + 1, HELP_COLUMN), ' ');
-        text += left;
-        for (const char unit : messages.say(row.help)) {
-            text += unit;
-            if (unit == '\n')
-                text.append(HELP_COLUMN, ' ');
-        }
-        text += '\n';
-    }
-    return text + '\n' + messages.say(HELP_FOOT) + '\n';
+    const auto translated = [&](const OptionRow& row) {
+        const std::string_view name = row.name;
+        const std::u16string key = u"vxlog.help." + std::u16string(name.begin(), name.end());
+        return messages.say(Message {key.c_str(), row.help}());
+    };
+    return messages.say(HELP_HEAD) + "\n\n" + optionTable().getHelp(translated) + '\n' + messages.say(HELP_FOOT) + '\n';
 }
 
 std::optional<std::string> localeOf(int argc, char** argv)
 {
-    std::optional<std::string> locale;
-    for (Parser parser(argc, argv); parser.next();) {
-        if (parser.row() != nullptr && parser.row()->name == LOCALE_OPTION)
-            locale = optarg;
-    }
-    return locale;
+    return optionTable().parse(argc, argv, OptionTable::Order::MIXED, OptionTable::Faults::SKIPPED).find("locale");
 }
 
 Options parseOptions(int argc, char** argv)
 {
+    const ParsedOptions given = parseCommandLine(optionTable(), argc, argv);
     Options options;
-    for (Parser parser(argc, argv); parser.next();) {
-        if (parser.isWithoutValue())
-            throw UsageError(NO_VALUE(parser.spelling()));
-        const OptionRow* row = parser.row();
-        if (row == nullptr)
-            throw UsageError(NO_OPTION(parser.spelling()));
-        row->apply(options, optarg);
-    }
-    if (optind < argc)
-        options.input = argv[optind++];
-    if (optind < argc)
-        throw UsageError(ONE_INPUT_TOO_MANY(argv[optind]));
+    options.task = given.has("help") ? Options::Task::HELP
+        : given.has("version")       ? Options::Task::VERSION
+        : given.has("completion")    ? Options::Task::COMPLETION
+                                     : Options::Task::LOG;
+    options.file = given.find("file").value_or(options.file);
+    if (given.find("format") == "xml")
+        options.format = Options::Format::XML;
+    options.escape = given.has("escape");
+    if (given.has("level"))
+        options.level = numberOf(given, "level", std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+    options.name = given.find("name");
+    if (const std::optional<std::string> fields = given.find("fields"))
+        options.fields = fieldsOf(*fields);
+    if (given.has("async"))
+        options.workers = numberOf(given, "async", 1, MOST_WORKERS);
+    options.encoding = given.find("encoding").value_or(options.encoding);
+    options.shell = given.find("completion").value_or("");
+    if (const std::optional<std::string> to = given.find("to"))
+        options.to = parseDestination(*to);
+    options.input = inputOf(given, options.input);
     if (options.input.empty() || options.file.empty())
         throw UsageError(EMPTY_FILE_NAME());
     if (options.to && (options.file != "-" || options.name || options.fields || options.workers > 0 || options.escape))

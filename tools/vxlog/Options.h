@@ -3,6 +3,8 @@
 #include "Sender.h"
 #include "common/Messages.h"
 
+#include <vx/util/OptionTable.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,7 +12,7 @@
 namespace vxlog {
 
 struct Options {
-    enum class Task { LOG, HELP, VERSION };
+    enum class Task { LOG, HELP, VERSION, COMPLETION };
     enum class Format { BASIC, XML };
 
     Task task = Task::LOG;
@@ -23,8 +25,11 @@ struct Options {
     int workers = 0; ///< 0: without a queue
     std::string encoding = "UTF-8";
     std::string input = "-";
+    std::string shell; ///< that of a completion
     std::optional<Destination> to; ///< send the lines there instead of writing a log
 };
+
+const vx::util::OptionTable& optionTable();
 
 /// The locale of the messages. Found even if the rest of the command line is wrong.
 std::optional<std::string> localeOf(int argc, char** argv);

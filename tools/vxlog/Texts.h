@@ -8,13 +8,8 @@ namespace vxlog {
 
 using vxtools::Message;
 
-inline constexpr Message NO_NUMBER {u"vxlog.no-number", "{0} takes a number from {1} to {2}, not \"{3}\""};
 inline constexpr Message NO_FIELD {u"vxlog.no-field", "--fields knows no \"{0}\""};
 inline constexpr Message NO_FIELDS {u"vxlog.no-fields", "--fields is empty"};
-inline constexpr Message NO_FORMAT {u"vxlog.no-format", "--format is basic or xml, not \"{0}\""};
-inline constexpr Message NO_VALUE {u"vxlog.no-value", "{0} needs a value"};
-inline constexpr Message NO_OPTION {u"vxlog.no-option", "wrong option {0}"};
-inline constexpr Message ONE_INPUT_TOO_MANY {u"vxlog.one-input-too-many", "one input too many: {0}"};
 inline constexpr Message EMPTY_FILE_NAME {u"vxlog.empty-file-name", "a file name is empty"};
 inline constexpr Message SERVER_DECIDES {u"vxlog.server-decides", "with --to the server decides how the log looks"};
 inline constexpr Message ESCAPE_IS_XML {u"vxlog.escape-is-xml", "--escape goes with --format xml"};

@@ -2,6 +2,7 @@
 
 #include "Log.h"
 #include "Options.h"
+#include "common/CommandLine.h"
 #include "common/Program.h"
 
 namespace {
@@ -17,6 +18,9 @@ void run(const Options& options, Messages& messages)
         return;
     case Options::Task::VERSION:
         printVersion("vxlog");
+        return;
+    case Options::Task::COMPLETION:
+        printCompletion(optionTable(), options.shell);
         return;
     case Options::Task::LOG:
         vxlog::log(options);

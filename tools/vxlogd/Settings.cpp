@@ -1,5 +1,6 @@
 #include "Settings.h"
 
+#include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/FileName.h"
 #include "common/Input.h"
@@ -11,12 +12,14 @@
 
 #include <charconv>
 #include <cstring>
-#include <getopt.h>
 #include <iterator>
 #include <stdexcept>
 #include <vector>
 
 namespace vxlogd {
+
+using vx::util::OptionRow;
+using vx::util::OptionTable;
 
 namespace {
 
@@ -42,9 +45,7 @@ std::string nonEmpty(const std::string& text)
 }
 
 struct SettingRow {
-    const char* name;
-    const char* value;
-    const char* help;
+    vx::util::OptionRow option;
     void (*set)(Settings& settings, const std::string& text);
 };
 
@@ -53,37 +54,56 @@ constexpr std::size_t MOST_CONNECTIONS = 100'000;
 constexpr unsigned int MOST_SECONDS = 7 * 24 * 3600;
 
 constexpr SettingRow SETTINGS[] = {
-    {"listen", "HOSTS", "where to listen, with commas; * is everywhere (localhost)",
+    {{.name = "listen",
+         .value = "HOSTS",
+         .standard = "localhost",
+         .help = "where to listen, with commas; * is everywhere"},
         [](Settings& settings, const std::string& text) { settings.listen = nonEmpty(text); }},
-    {"port", "PORT", "0 lets the system choose one (7514)",
+    {{.name = "port", .value = "PORT", .standard = "7514", .help = "0 lets the system choose one"},
         [](Settings& settings, const std::string& text) { settings.port = numberIn<unsigned short>(text, 0, 65535); }},
-    {"log", "FILE", "the log, to which is appended (vxlogd.log)",
+    {{.name = "log",
+         .value = "FILE",
+         .standard = "vxlogd.log",
+         .help = "the log, to which is appended",
+         .takes = OptionRow::Takes::FILES},
         [](Settings& settings, const std::string& text) { settings.log = nonEmpty(text); }},
-    {"format", "plain|xml", "an old document is moved aside for a new one (plain)",
+    {{.name = "format",
+         .value = "plain|xml",
+         .standard = "plain",
+         .help = "an old document is moved aside for a new one"},
         [](Settings& settings, const std::string& text) {
             if (text != "plain" && text != "xml")
                 throw std::invalid_argument("\"" + text + "\" is neither plain nor xml");
             settings.format = text == "xml" ? Format::XML : Format::PLAIN;
         }},
-    {"encoding", "NAME", "the encoding of a plain log (UTF-8)",
+    {{.name = "encoding", .value = "NAME", .standard = "UTF-8", .help = "the encoding of a plain log"},
         [](Settings& settings, const std::string& text) { settings.encoding = nonEmpty(text); }},
-    {"workers", "COUNT", "threads that write the log; with one it keeps the order (1)",
+    {{.name = "workers",
+         .value = "COUNT",
+         .standard = "1",
+         .help = "threads that write the log; with one it keeps the order"},
         [](Settings& settings, const std::string& text) { settings.workers = numberIn(text, 1, 64); }},
-    {"level", "LEVEL", "the level of lines whose client names none (0)",
+    {{.name = "level", .value = "LEVEL", .standard = "0", .help = "the level of lines whose client names none"},
         [](Settings& settings, const std::string& text) { settings.level = numberIn(text, -1'000'000, 1'000'000); }},
-    {"max-line", "BYTES", "longer lines are cut (8192)",
+    {{.name = "max-line", .value = "BYTES", .standard = "8192", .help = "longer lines are cut"},
         [](Settings& settings, const std::string& text) {
             settings.maxLine = numberIn<std::size_t>(text, 16, MOST_LINE);
         }},
-    {"idle-timeout", "SECONDS", "of silence, after which a client is dropped; 0 is never (300)",
+    {{.name = "idle-timeout",
+         .value = "SECONDS",
+         .standard = "300",
+         .help = "of silence, after which a client is dropped; 0 is never"},
         [](Settings& settings, const std::string& text) {
             settings.idleSeconds = numberIn<unsigned int>(text, 0, MOST_SECONDS);
         }},
-    {"max-connections", "COUNT", "more are closed at once (1024)",
+    {{.name = "max-connections", .value = "COUNT", .standard = "1024", .help = "more are closed at once"},
         [](Settings& settings, const std::string& text) {
             settings.maxConnections = numberIn<std::size_t>(text, 1, MOST_CONNECTIONS);
         }},
-    {"sync", "no|yes", "flush each entry to disk before it is acknowledged (no)",
+    {{.name = "sync",
+         .value = "no|yes",
+         .standard = "no",
+         .help = "flush each entry to disk before it is acknowledged"},
         [](Settings& settings, const std::string& text) {
             if (text != "no" && text != "yes")
                 throw std::invalid_argument("\"" + text + "\" is neither no nor yes");
@@ -96,7 +116,7 @@ void set(Settings& settings, const SettingRow& row, const std::string& text, con
     try {
         row.set(settings, text);
     } catch (const std::invalid_argument& failure) {
-        throw std::invalid_argument(place + row.name + ": " + failure.what());
+        throw std::invalid_argument(place + row.option.name + ": " + failure.what());
     }
 }
 
@@ -113,7 +133,7 @@ void readFile(Settings& settings, const std::string& path)
             if (file.GetValue(SET, vx::TerminatedText(key), value, LONGEST_VALUE) != 0)
                 throw std::invalid_argument(path + ": cannot be read");
             const SettingRow* row = std::begin(SETTINGS);
-            while (row != std::end(SETTINGS) && !key.equals(vx::String(row->name), true))
+            while (row != std::end(SETTINGS) && !key.equals(vx::String(row->option.name), true))
                 ++row;
             if (row == std::end(SETTINGS))
                 throw std::invalid_argument(path + ": unknown setting " + key.toUtf8());
@@ -130,50 +150,44 @@ void readFile(Settings& settings, const std::string& path)
 
 } // namespace
 
+const OptionTable& optionTable()
+{
+    static const OptionTable table("vxlogd", [] {
+        std::vector<OptionRow> rows {{.name = "config",
+            .letter = 'c',
+            .value = "FILE.ini",
+            .help = "settings by the names below, in the set [vxlogd]; the command line goes before them",
+            .takes = OptionRow::Takes::FILES}};
+        for (const SettingRow& row : SETTINGS)
+            rows.push_back(row.option);
+        rows.push_back(vxtools::COMPLETION_ROW);
+        rows.push_back(vxtools::HELP_ROW);
+        rows.push_back(vxtools::VERSION_ROW);
+        rows.back().letter = 'V';
+        return rows;
+    }());
+    return table;
+}
+
 CommandLine readSettings(int argc, char** argv)
 {
-    enum Letter { CONFIG = 'c', HELP = 'h', VERSION = 'V', FIRST_SETTING = 256 };
-    std::vector<option> options = {
-        {"config", required_argument, nullptr, CONFIG},
-        {"help", no_argument, nullptr, HELP},
-        {"version", no_argument, nullptr, VERSION},
-    };
-    for (const SettingRow& row : SETTINGS) {
-        const auto number = static_cast<int>(&row - SETTINGS);
-        options.push_back({row.name, required_argument, nullptr, FIRST_SETTING + number});
-    }
-    options.push_back({});
-
+    const vx::util::ParsedOptions given = vxtools::parseCommandLine(optionTable(), argc, argv);
     CommandLine line;
-    std::string config;
-    struct Given {
-        const SettingRow* row;
-        std::string text;
-    };
-    std::vector<Given> given;
-    opterr = 0;
-    optind = 0; // the command line is parsed again after a SIGHUP
-    for (int found; (found = ::getopt_long(argc, argv, ":c:hV", options.data(), nullptr)) != -1;) {
-        if (found == CONFIG)
-            config = optarg;
-        else if (found == HELP)
-            line.task = Task::HELP;
-        else if (found == VERSION)
-            line.task = Task::VERSION;
-        else if (found >= FIRST_SETTING)
-            given.push_back({&SETTINGS[found - FIRST_SETTING], optarg});
-        else
-            throw std::invalid_argument(
-                std::string(found == ':' ? "a value is missing behind " : "wrong option ") + argv[optind - 1]);
-    }
-    if (optind < argc)
-        throw std::invalid_argument(std::string("what is \"") + argv[optind] + "\"?");
+    line.task = given.has("help") ? Task::HELP
+        : given.has("version")    ? Task::VERSION
+        : given.has("completion") ? Task::COMPLETION
+                                  : Task::SERVE;
+    line.shell = given.find("completion").value_or("");
+    if (!given.getArguments().empty())
+        throw std::invalid_argument("what is \"" + given.getArguments().front() + "\"?");
     if (line.task != Task::SERVE)
         return line;
-    if (!config.empty())
+    if (const std::string config = given.find("config").value_or(""); !config.empty())
         readFile(line.settings, config);
-    for (const Given& each : given)
-        set(line.settings, *each.row, each.text, "--");
+    for (const SettingRow& row : SETTINGS) {
+        for (const std::string& text : given.getAll(row.option.name))
+            set(line.settings, row, text, "--");
+    }
     if (line.settings.format == Format::XML && line.settings.encoding != "UTF-8")
         throw std::invalid_argument("an XML log is in UTF-8");
     return line;
@@ -181,25 +195,18 @@ CommandLine readSettings(int argc, char** argv)
 
 std::string usage()
 {
-    std::string text = "Usage: vxlogd [-c FILE.ini] [OPTION]...\n"
-                       "Writes the lines that clients send over TCP to a log.\n"
-                       "\n"
-                       "  -c, --config=FILE.ini       settings by the names below, in the set [vxlogd];\n"
-                       "                              the command line goes before them\n";
-    for (const SettingRow& row : SETTINGS) {
-        std::string option = std::string("      --") + row.name + "=" + row.value;
-        option.resize(std::max<std::size_t>(option.size() + 1, 30), ' ');
-        text += option + row.help + "\n";
-    }
-    text += "  -h, --help                  print this\n"
-            "  -V, --version               print the version\n"
-            "\n"
-            "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the level of\n"
-            "its lines, and whether it wants to hear \"ack N\" once its first N lines are in the log.\n"
-            "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP opens\n"
-            "the log anew and reads the settings again, all but listen, port and workers.\n"
-            "The exit status is 0 for success, 1 for a failure, 2 for wrong settings.\n";
-    return text;
+    return "Usage: vxlogd [-c FILE.ini] [OPTION]...\n"
+           "Writes the lines that clients send over TCP to a log.\n"
+           "\n"
+        + optionTable().getHelp()
+        + "\n"
+          "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
+          "level of its lines, and whether it wants to hear \"ack N\" once its first N lines\n"
+          "are in the log.\n"
+          "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
+          "opens the log anew and reads the settings again, all but listen, port and\n"
+          "workers.\n"
+          "The exit status is 0 for success, 1 for a failure, 2 for wrong settings.\n";
 }
 
 } // namespace vxlogd

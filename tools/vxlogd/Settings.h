@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vx/util/OptionTable.h>
+
 #include <cstddef>
 #include <string>
 
@@ -21,12 +23,15 @@ struct Settings {
     bool sync = false;
 };
 
-enum class Task { SERVE, HELP, VERSION };
+enum class Task { SERVE, HELP, VERSION, COMPLETION };
 
 struct CommandLine {
     Task task = Task::SERVE;
     Settings settings;
+    std::string shell; ///< that of a completion
 };
+
+const vx::util::OptionTable& optionTable();
 
 /// Options override the file that the command line names, and the file overrides the defaults. Throws
 /// std::invalid_argument that says what is wrong.

@@ -3,6 +3,7 @@
 #include "Complaint.h"
 #include "Server.h"
 #include "Settings.h"
+#include "common/CommandLine.h"
 #include "common/Program.h"
 
 #include <vx/Describe.h>
@@ -97,6 +98,9 @@ int main(int argc, char** argv)
             return;
         case Task::VERSION:
             vxtools::printVersion("vxlogd");
+            return;
+        case Task::COMPLETION:
+            vxtools::printCompletion(optionTable(), line.shell);
             return;
         case Task::SERVE:
             serve(line.settings, argc, argv);

@@ -18,29 +18,6 @@
 
 namespace vxreg {
 
-const char* const USAGE
-    = "Usage: vxreg COMMAND [ARGUMENT]...\n"
-      "Looks after the registry, and after the component libraries in it.\n"
-      "\n"
-      "  register LIBRARY        have a component library write its classes into the registry\n"
-      "  unregister LIBRARY      have it take them out again\n"
-      "  resolve PROGID          print the class and the library that a name leads to, and try the library\n"
-      "  list [KEY]              print the keys below KEY and its values; without it, the hives\n"
-      "  get KEY [NAME]          print a value: a text as it is, bytes in hexadecimal\n"
-      "  set KEY NAME VALUE [TYPE]\n"
-      "                          set a value of TYPE text (which it is otherwise), u32, u64 or hex\n"
-      "  delete KEY [NAME]       delete a value; without NAME, KEY with everything below it\n"
-      "  export KEY [FILE]       print KEY with everything below it as text\n"
-      "  import [FILE]           set what such a text says, once all of it has been understood\n"
-      "  -h, --help              print this\n"
-      "      --version           print the version\n"
-      "\n"
-      "KEY is a path as VX_HKEY_USER\\Software\\X, with \"/\" as good as \"\\\", below one of the hives "
-      "VX_HKEY_CLASSES,\n"
-      "VX_HKEY_CONFIG and VX_HKEY_USER. NAME is empty for the default value. FILE is standard output or input where\n"
-      "it is missing or \"-\". The variable VXSYS4_REGISTRY names another place for the registry.\n"
-      "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line.\n";
-
 namespace {
 
 using Arguments = std::vector<std::string>;
@@ -256,6 +233,45 @@ constexpr Command COMMANDS[] = {
 };
 
 } // namespace
+
+std::string usage(const vx::util::OptionTable& options)
+{
+    return "Usage: vxreg COMMAND [ARGUMENT]...\n"
+           "Looks after the registry, and after the component libraries in it.\n"
+           "\n"
+           "  register LIBRARY        have a component library write its classes into the\n"
+           "                          registry\n"
+           "  unregister LIBRARY      have it take them out again\n"
+           "  resolve PROGID          print the class and the library that a name leads to,\n"
+           "                          and try the library\n"
+           "  list [KEY]              print the keys below KEY and its values; without it,\n"
+           "                          the hives\n"
+           "  get KEY [NAME]          print a value: a text as it is, bytes in hexadecimal\n"
+           "  set KEY NAME VALUE [TYPE]\n"
+           "                          set a value of TYPE text (which it is otherwise), u32,\n"
+           "                          u64 or hex\n"
+           "  delete KEY [NAME]       delete a value; without NAME, KEY with everything\n"
+           "                          below it\n"
+           "  export KEY [FILE]       print KEY with everything below it as text\n"
+           "  import [FILE]           set what such a text says, once all of it has been\n"
+           "                          understood\n"
+           "\n"
+        + options.getHelp()
+        + "\n"
+          "KEY is a path as VX_HKEY_USER\\Software\\X, with \"/\" as good as \"\\\", below one of\n"
+          "the hives VX_HKEY_CLASSES, VX_HKEY_CONFIG and VX_HKEY_USER. NAME is empty for\n"
+          "the default value. FILE is standard output or input where it is missing or \"-\".\n"
+          "The variable VXSYS4_REGISTRY names another place for the registry.\n"
+          "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line.\n";
+}
+
+std::vector<std::string_view> commandNames()
+{
+    std::vector<std::string_view> names;
+    for (const Command& command : COMMANDS)
+        names.push_back(command.name);
+    return names;
+}
 
 void run(const std::vector<std::string>& arguments)
 {

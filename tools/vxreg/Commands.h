@@ -1,11 +1,16 @@
 #pragma once
 
+#include <vx/util/OptionTable.h>
+
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxreg {
 
-extern const char* const USAGE;
+std::string usage(const vx::util::OptionTable& options);
+
+std::vector<std::string_view> commandNames();
 
 /// Runs the command that the first argument names. Throws std::invalid_argument for a wrong command line, and Failure
 /// or vx::Exception if the command fails.

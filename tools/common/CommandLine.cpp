@@ -1,0 +1,76 @@
+#include "common/CommandLine.h"
+
+#include "common/Program.h"
+
+namespace vxtools {
+
+using vx::util::OptionException;
+using vx::util::OptionTable;
+using vx::util::ParsedOptions;
+
+namespace {
+
+constexpr Message NO_OPTION {u"tools.no-option", "unknown option {0}"};
+constexpr Message WHICH_OPTION {u"tools.which-option", "option {0} may be one of {1}"};
+constexpr Message NO_VALUE {u"tools.no-value", "{0} needs a value"};
+constexpr Message TAKES_NO_VALUE {u"tools.takes-no-value", "{0} takes no value"};
+constexpr Message NO_SUCH_VALUE {u"tools.no-such-value", "{0} does not take \"{1}\""};
+constexpr Message NO_NUMBER {u"tools.no-number", "{0} takes a number from {1} to {2}, not \"{3}\""};
+constexpr Message ONE_INPUT_TOO_MANY {u"tools.one-input-too-many", "one input too many: {0}"};
+
+Text textOf(const OptionException& failure)
+{
+    switch (failure.getFault()) {
+    case OptionException::Fault::UNKNOWN:
+        return NO_OPTION(failure.getOption());
+    case OptionException::Fault::AMBIGUOUS:
+        return WHICH_OPTION(failure.getOption(), failure.getDetail());
+    case OptionException::Fault::MISSING:
+    case OptionException::Fault::VALUE_MISSING:
+        return NO_VALUE(failure.getOption());
+    case OptionException::Fault::VALUE_NOT_TAKEN:
+        return TAKES_NO_VALUE(failure.getOption());
+    case OptionException::Fault::NO_SUCH_VALUE:
+    case OptionException::Fault::NO_NUMBER:
+        break;
+    }
+    return NO_SUCH_VALUE(failure.getOption(), failure.getDetail());
+}
+
+} // namespace
+
+ParsedOptions parseCommandLine(const OptionTable& table, int argc, char** argv, OptionTable::Order order)
+{
+    try {
+        return table.parse(argc, argv, order);
+    } catch (const OptionException& failure) {
+        throw UsageError(textOf(failure));
+    }
+}
+
+std::string inputOf(const ParsedOptions& options, const std::string& otherwise)
+{
+    const std::vector<std::string>& arguments = options.getArguments();
+    if (arguments.size() > 1)
+        throw UsageError(ONE_INPUT_TOO_MANY(arguments[1]));
+    return arguments.empty() ? otherwise : arguments.front();
+}
+
+int numberOf(const ParsedOptions& options, std::string_view name, int least, int most)
+{
+    try {
+        return options.getNumber(name, least, most);
+    } catch (const OptionException& failure) {
+        throw UsageError(NO_NUMBER(failure.getOption(), least, most, failure.getDetail()));
+    }
+}
+
+void printCompletion(const OptionTable& table, const std::string& shell, std::span<const std::string_view> words)
+{
+    print(table.getCompletion(shell == "zsh" ? OptionTable::Shell::ZSH
+            : shell == "fish"                ? OptionTable::Shell::FISH
+                                             : OptionTable::Shell::BASH,
+        words));
+}
+
+} // namespace vxtools

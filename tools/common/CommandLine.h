@@ -1,0 +1,34 @@
+#pragma once
+
+#include "common/Failure.h"
+
+#include <vx/util/OptionTable.h>
+
+#include <concepts>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vxtools {
+
+/// Options of every program.
+inline constexpr vx::util::OptionRow COMPLETION_ROW {
+    .name = "completion", .value = "bash|zsh|fish", .help = "print a script by which the shell completes the options"};
+inline constexpr vx::util::OptionRow HELP_ROW {.name = "help", .letter = 'h', .help = "print this"};
+inline constexpr vx::util::OptionRow VERSION_ROW {.name = "version", .help = "print the version"};
+
+/// Throws UsageError.
+vx::util::ParsedOptions parseCommandLine(const vx::util::OptionTable& table, int argc, char** argv,
+    vx::util::OptionTable::Order order = vx::util::OptionTable::Order::MIXED);
+
+/// The only argument, `otherwise` if there is none. Throws UsageError for more.
+std::string inputOf(const vx::util::ParsedOptions& options, const std::string& otherwise);
+
+/// The value of an option that was given. Throws UsageError.
+int numberOf(const vx::util::ParsedOptions& options, std::string_view name, int least, int most);
+
+/// Prints what --completion asks for.
+void printCompletion(
+    const vx::util::OptionTable& table, const std::string& shell, std::span<const std::string_view> words = {});
+
+} // namespace vxtools
