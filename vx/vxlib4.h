@@ -152,6 +152,7 @@
 #include "vx/net/SocketPoller.h"
 #include "vx/net/SocketResult.h"
 #include "vx/net/TcpClientSocket2.h"
+#include "vx/net/TcpServer.h"
 #include "vx/net/TcpServerSocket.h"
 #include "vx/net/TcpServerSocket2.h"
 #include "vx/net/TcpSocket.h"

@@ -50,6 +50,7 @@ protected:
     static void close(unsigned int socket) noexcept;
 
 private:
+    friend class TcpConnection;
     friend class TcpServerSocket;
 
     explicit TcpSocket(Reference<TcpSocketHandle> handle);

@@ -1,0 +1,223 @@
+#include "vx/net/TcpServer.h"
+
+#include "tests/Outcome.h"
+#include "vx/Describe.h"
+#include "vx/net/SocketResult.h"
+#include "vxsys/Lock.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <fcntl.h>
+#include <memory>
+#include <mutex>
+#include <pthread.h>
+#include <stdexcept>
+#include <string>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace vx::net {
+namespace {
+
+const std::vector<std::string> LOOPBACK = {"127.0.0.1"};
+
+/// A number on which threads wait.
+class Count {
+public:
+    void add(int change)
+    {
+        const std::lock_guard lock(m_lock);
+        m_value += change;
+        m_most = std::max(m_most, m_value);
+        m_changed.notify_all();
+    }
+    void waitFor(int value)
+    {
+        std::unique_lock lock(m_lock);
+        m_changed.wait(lock, [&] { return m_value == value; });
+    }
+    int most()
+    {
+        const std::lock_guard lock(m_lock);
+        return m_most;
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    int m_value = 0;
+    int m_most = 0;
+};
+
+/// Reads one byte: 1, or 0 at the end of the connection.
+int readByte(TcpSocket& socket)
+{
+    signed char byte = 0;
+    return std::max(socket.getInputStream()->read(&byte, 1), 0);
+}
+
+void sendByte(TcpSocket& socket)
+{
+    const signed char byte = 1;
+    socket.getOutputStream()->write(&byte, 1);
+}
+
+std::unique_ptr<TcpSocket> connectTo(const TcpServer& server)
+{
+    return std::make_unique<TcpSocket>(u"127.0.0.1", server.getPort());
+}
+
+TEST(TcpServer, ListensOnAllAddressesAtOnePort)
+{
+    const auto ignore = [](TcpSocket&) {};
+    {
+        const TcpServer server({.hosts = {"127.0.0.1", "127.0.0.2", "127.0.0.1"}}, ignore);
+        const String port = String::valueOf(server.getPort());
+        EXPECT_EQ(server.getAddresses(), (std::vector<String> {u"127.0.0.1:" + port, u"127.0.0.2:" + port}));
+        const auto again = [&](std::uint16_t other) {
+            return saidBy<ResultException>([&] {
+                TcpServer({.hosts = {"127.0.0.3", "127.0.0.2"}, .port = other}, ignore);
+            });
+        };
+        EXPECT_EQ(again(server.getPort()), "listen on 127.0.0.2:" + port.toUtf8());
+    }
+    for (const std::vector<std::string>& hosts : {std::vector<std::string> {}, {std::string("127.0.0.1\0x", 11)},
+             {"127.0.0.1", "no.such.host.invalid"}, {"192.0.2.1"}})
+        EXPECT_LT(resultOf([&] { TcpServer({.hosts = hosts}, ignore); }), 0);
+    const TcpServer everywhere({.hosts = {"*"}}, ignore);
+    connectTo(everywhere);
+}
+
+TEST(TcpServer, ServesAsManyAtOnceAsItIsAllowedTo)
+{
+    Count running;
+    Count served;
+    TcpServer server({.hosts = LOOPBACK, .mostConnections = 2}, [&](TcpConnection& connection) {
+        EXPECT_TRUE(connection.getPeer().startsWith(u"127.0.0.1:"));
+        running.add(1);
+        readByte(connection);
+        sendByte(connection);
+        running.add(-1);
+        served.add(1);
+    });
+    std::vector<std::unique_ptr<TcpSocket>> clients;
+    for (int number = 0; number < 5; ++number)
+        clients.push_back(connectTo(server));
+    running.waitFor(2);
+    EXPECT_EQ(server.getConnectionCount(), 2U);
+    for (const auto& client : clients)
+        sendByte(*client);
+    for (const auto& client : clients)
+        EXPECT_EQ(readByte(*client) + readByte(*client), 1); // the answer and the end
+    served.waitFor(5);
+    EXPECT_EQ(running.most(), 2);
+    EXPECT_EQ(server.stop(VX_WAIT_FOREVER), 0U);
+}
+
+TEST(TcpServer, TellsWhatHandlersThrow)
+{
+    std::mutex lock;
+    std::vector<std::string> told;
+    const auto note = [&](const std::exception_ptr& failure) {
+        const std::lock_guard guard(lock);
+        told.push_back(describe(failure).toUtf8());
+        throw 1;
+    };
+    int number = 0;
+    TcpServer server({.hosts = LOOPBACK, .mostConnections = 1, .onFailure = note}, [&](TcpSocket&) {
+        switch (number++) {
+        case 0:
+            throw Exception(u"first");
+        case 1:
+            throw std::runtime_error("second");
+        case 2:
+            ::pthread_exit(nullptr);
+        default:
+            break;
+        }
+    });
+    for (int client = 0; client < 4; ++client)
+        EXPECT_EQ(readByte(*connectTo(server)), 0);
+    server.stop(VX_WAIT_FOREVER);
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_NE(told[0].find("first"), told[0].npos);
+    EXPECT_NE(told[1].find("second"), told[1].npos);
+    EXPECT_EQ(server.getFailureCount(), 2U);
+}
+
+TEST(TcpServer, StopsFromAnyThreadAndCutsWhatIsLeft)
+{
+    Count entered;
+    Count cut;
+    std::unique_ptr<TcpServer> server;
+    const auto start = [&](TcpServer::Handler handler) {
+        server = std::make_unique<TcpServer>(TcpServer::Settings {.hosts = LOOPBACK}, std::move(handler));
+        std::vector<std::unique_ptr<TcpSocket>> clients;
+        for (int number = 0; number < 3; ++number)
+            clients.push_back(connectTo(*server));
+        return clients;
+    };
+    {
+        const auto clients = start([&](TcpSocket& socket) {
+            entered.add(1);
+            readByte(socket);
+        });
+        entered.waitFor(3);
+        std::thread other([&] { cut.add(static_cast<int>(server->stop(0))); });
+        cut.add(static_cast<int>(server->stop(0)));
+        other.join();
+        cut.waitFor(3); // one of the two threads, or both in part
+        EXPECT_EQ(server->getConnectionCount(), 0U);
+        EXPECT_THROW(connectTo(*server), Exception);
+        for (const auto& client : clients)
+            EXPECT_EQ(readByte(*client), 0);
+    }
+    {
+        const auto clients = start([&](TcpSocket& socket) { // none waits for another one that waits
+            entered.add(1);
+            entered.waitFor(6);
+            EXPECT_EQ(server->stop(VX_WAIT_FOREVER), 0U);
+            readByte(socket);
+        });
+        entered.waitFor(6);
+        EXPECT_EQ(server->stop(0), 3U); // once they have left `stop`
+        for (const auto& client : clients)
+            EXPECT_EQ(readByte(*client), 0);
+    }
+    {
+        const auto clients = start([](TcpSocket& socket) { readByte(socket); });
+        server = nullptr; // whether or not the handlers run yet
+        for (const auto& client : clients) {
+            try {
+                EXPECT_EQ(readByte(*client), 0);
+            } catch (const Exception&) { // reset: it was never accepted
+            }
+        }
+    }
+}
+
+TEST(TcpServer, TellsOnceThatItCannotAcceptAndGoesOn)
+{
+    Count told;
+    TcpServer server({.hosts = LOOPBACK, .onFailure = [&](const std::exception_ptr&) { told.add(1); }},
+        [](TcpSocket& socket) { sendByte(socket); });
+    rlimit before {};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const int free = ::dup(0);
+    ::close(free);
+    rlimit limit = before;
+    limit.rlim_cur = static_cast<rlim_t>(free) + 1; // the client's socket
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    const auto client = connectTo(server);
+    told.waitFor(1);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(readByte(*client), 1);
+    EXPECT_EQ(server.getFailureCount(), 1U);
+}
+
+} // namespace
+} // namespace vx::net

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "vx/String.h"
+#include "vx/net/TcpSocket.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vx::net {
+
+/// A connection that a TcpServer has accepted.
+class VX_API TcpConnection : public TcpSocket {
+public:
+    ~TcpConnection() noexcept(false) override;
+
+    /// "192.0.2.1:50123" or "[::1]:50123".
+    const String& getPeer() const { return m_peer; }
+
+private:
+    friend class TcpServer;
+
+    TcpConnection(Reference<TcpSocketHandle> handle, const String& peer);
+
+    const String m_peer;
+};
+
+/// Listens, and calls a handler for each connection on a thread of its own. Connections beyond the limit wait in the system's
+/// queue until another one has ended.
+///
+/// All operations may be called from any thread, and from a handler. A handler must not destroy the server.
+///
+/// @code
+/// net::TcpServer server({.hosts = {"127.0.0.1"}}, [](net::TcpSocket& client) {
+///     client.getOutputStream()->write(reinterpret_cast<const signed char*>("hello"), 5);
+/// });
+/// net::TcpSocket socket(u"127.0.0.1", server.getPort());
+/// signed char text[8];
+/// assert(socket.getInputStream()->read(text, sizeof text) == 5 && text[0] == 'h');
+/// assert(server.stop(1000) == 0);
+/// @endcode
+class VX_API TcpServer {
+public:
+    struct Settings {
+        std::vector<std::string> hosts = {"localhost"}; ///< names or addresses; "*" is every address of the machine
+        std::uint16_t port = 0; ///< 0: one that is free on all addresses, which the system chooses
+        std::size_t mostConnections = 256; ///< at once; 0 counts as 1
+        /// What a handler has thrown, or why a connection could not be accepted. Called by several threads at once; what it
+        /// throws is dropped. A failure that stays, such as too many open files, is told once.
+        std::function<void(const std::exception_ptr& failure)> onFailure = {};
+    };
+
+    /// The connection ends when the handler returns, unless the handler has kept a reference to it.
+    using Handler = std::function<void(TcpConnection& connection)>;
+
+    /// Listens and accepts from now on. An address of a family that the machine does not have is left out. Throws
+    /// ResultException if another one cannot be used or if there is none.
+    TcpServer(Settings settings, Handler handler);
+    TcpServer(const TcpServer&) = delete;
+    TcpServer& operator=(const TcpServer&) = delete;
+    /// Stops at once, and waits for the threads.
+    ~TcpServer();
+
+    /// In host order; the same for all addresses.
+    std::uint16_t getPort() const;
+    /// "127.0.0.1:7514", "[::1]:7514".
+    const std::vector<String>& getAddresses() const;
+    /// The handlers that are running.
+    std::size_t getConnectionCount() const;
+    /// How often `onFailure` was called, or would have been.
+    std::size_t getFailureCount() const;
+
+    /// Accepts no more connections and waits for the handlers to return. What is still open after `milliseconds` is shut down
+    /// in both directions, so that reads end and writes fail, and `stop` waits on. Returns how many it shut down. A handler
+    /// that calls it waits neither for itself nor for another one that has called it. May be called again.
+    std::size_t stop(std::uint32_t milliseconds);
+
+private:
+    class Core;
+
+    const std::unique_ptr<Core> m_core;
+};
+
+} // namespace vx::net
