@@ -123,6 +123,7 @@
 #include "vx/ipc/SemaphoreR.h"
 #include "vx/ipc/SharedMemory.h"
 #include "vx/log/AbstractLogWriter.h"
+#include "vx/log/AsyncOptions.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/ILevelLogger.h"

@@ -5,296 +5,428 @@
 #include "vx/ThreadAnnotations.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/log/ILogEntry.h"
+#include "vx/log/detail/EntryQueue.h"
 #include "vx/sync/Condition.h"
-#include "vx/sync/Mutex.h"
-#include "vx/sync/ScopedLock.h"
-#include "vx/sync/Semaphore.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Thread.h"
 #include "vxsys/detail/Deadline.h"
 
+#include <algorithm>
 #include <atomic>
-#include <deque>
 #include <exception>
 #include <utility>
 #include <vector>
 
 namespace vx::log {
 
+namespace {
+
+/// Waits for `condition` until the deadline. False: it passed. The wait may also end early.
+bool waitUntil(sync::Condition& condition, const vxsys::detail::Deadline& end) VX_REQUIRES(condition)
+{
+    const std::uint32_t left = end.millisecondsLeft();
+    if (left == 0)
+        return false;
+    try {
+        condition.wait(left);
+    } catch (const ResultException& result) {
+        if (result.getResult() != RESULT_TIMED_OUT)
+            throw;
+    }
+    return true;
+}
+
+/// Notes for its thread which processor's entries it passes on.
+class Working {
+public:
+    explicit Working(const AsyncProcessorImpl* impl) noexcept
+        : m_before(std::exchange(s_working, impl))
+    {
+    }
+    ~Working() { s_working = m_before; }
+    Working(const Working&) = delete;
+    Working& operator=(const Working&) = delete;
+
+    static bool isFor(const AsyncProcessorImpl* impl) noexcept { return s_working == impl; }
+
+private:
+    static constinit thread_local const AsyncProcessorImpl* s_working;
+
+    const AsyncProcessorImpl* m_before;
+};
+constinit thread_local const AsyncProcessorImpl* Working::s_working = nullptr;
+
+} // namespace
+
 /// The queue and its workers. Each worker holds a reference to it, so it exists as long as a worker runs, even after
 /// the `AsyncProcessor` was destroyed.
 class AsyncProcessorImpl final : public Object, public exec::IRunnable, public ILogProcessor {
 public:
-    AsyncProcessorImpl(ILogProcessor* target, AsyncProcessor::Failures failures)
-        : m_target(target)
-        , m_failures(failures)
-        , m_lock("vx/log/AsyncProcessorImpl::m_lock")
-        , m_signal(0, "vx/log/AsyncProcessorImpl::m_signal")
-    {
-        if (target == nullptr)
-            throwResult(RESULT_INVALID_ARGUMENT);
-    }
+    using Failures = AsyncProcessor::Failures;
+
+    AsyncProcessorImpl(ILogProcessor* target, AsyncOptions options, Failures failures);
 
     VX_OBJECT_UNKNOWN(Object)
 
-    void startWorkers(int count)
-    {
-        for (int started = 0; started < count; ++started) {
-            try {
-                startWorker();
-            } catch (...) {
-                endWorkers();
-                throw;
-            }
-        }
-    }
-
+    void startWorkers();
     /// Each worker ends before its next entry. The stop of the library waits for them.
-    void endWorkers()
-    {
-        for (const VXThreadHandle thread : std::exchange(m_threads, {}))
-            VXThreadLeave(thread);
-        int sleepers = 0;
-        {
-            const sync::ScopedLock lock(m_lock);
-            m_stop = true;
-            sleepers = std::exchange(m_sleepers, 0);
-        }
-        for (; sleepers > 0; --sleepers)
-            m_signal.signal();
-    }
+    void endWorkers();
+    /// Passes all waiting entries to the target. An exception does not stop it; the first one is thrown at the end.
+    void drain();
+    bool waitUntilDone(std::uint32_t milliseconds);
+    AsyncCounts getCounts() const;
 
     // ILogProcessor
-    void process(const ILogEntry* entry) override
-    {
-        bool wakes = false;
-        {
-            const sync::ScopedLock lock(m_lock);
-            m_arrived.emplace_back(entry);
-            m_queued.store(m_queued.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-            wakes = m_sleepers > 0;
-            m_sleepers -= wakes ? 1 : 0;
-        }
-        if (wakes)
-            m_signal.signal();
-    }
+    void process(const ILogEntry* entry) override;
 
     // IRunnable
-    void* run() override
-    {
-        const WorkerEnd end(*this);
-        Reference<const ILogEntry> entry;
-        while (!m_stop) {
-            if (takeOldest(entry, true))
-                work(entry.get());
-            else if (!m_stop)
-                m_signal.wait();
-        }
-        return nullptr;
-    }
-
-    /// Passes all waiting entries to the target. An exception does not stop it; the first one is thrown at the end.
-    void drain()
-    {
-        std::exception_ptr failure;
-        const sync::ScopedLock takeLock(m_takeLock);
-        const sync::ScopedLock lock(m_lock);
-        for (Reference<const ILogEntry> entry; takeOldest(entry, false);) {
-            try {
-                handOver(entry.get());
-            } catch (...) {
-                vxsys::passForcedUnwind();
-                if (failure == nullptr)
-                    failure = std::current_exception();
-            }
-        }
-        if (failure != nullptr)
-            std::rethrow_exception(failure);
-    }
-
-    bool waitUntilDone(std::uint32_t milliseconds)
-    {
-        const auto end = vxsys::detail::Deadline::in(milliseconds);
-        const Waiter waiter(*this);
-        const sync::Condition::Holder holder(m_done);
-        while (!isDone()) {
-            if (m_workers == 0)
-                return false;
-            const std::uint32_t left = end.millisecondsLeft();
-            if (left == 0)
-                return false;
-            try {
-                m_done.wait(left);
-            } catch (const ResultException& result) {
-                if (result.getResult() != RESULT_TIMED_OUT)
-                    throw;
-            }
-        }
-        return m_failed.exchange(0) == 0;
-    }
+    void* run() override;
 
 private:
     /// A caller that waits for the end of the work.
-    class Waiter {
-    public:
-        explicit Waiter(AsyncProcessorImpl& impl) noexcept
-            : m_impl(impl)
-        {
-            ++m_impl.m_waiters;
-        }
-        ~Waiter() { --m_impl.m_waiters; }
-        Waiter(const Waiter&) = delete;
-        Waiter& operator=(const Waiter&) = delete;
+    class Waiter;
+    /// Counts a worker as ended, however it ends.
+    class WorkerEnd;
 
-    private:
-        AsyncProcessorImpl& m_impl;
-    };
+    void startWorker();
+    static void* runWorker(void* argument);
 
-    /// Counts the end of a worker, whatever caused it.
-    class WorkerEnd {
-    public:
-        explicit WorkerEnd(AsyncProcessorImpl& impl) noexcept
-            : m_impl(impl)
-        {
-        }
-        ~WorkerEnd()
-        {
-            --m_impl.m_workers;
-            m_impl.tellWaiters();
-        }
-        WorkerEnd(const WorkerEnd&) = delete;
-        WorkerEnd& operator=(const WorkerEnd&) = delete;
+    WhenFull askWhenFull(const ILogEntry* entry);
+    bool waitForRoom(const ILogEntry* entry);
+    void drop(const ILogEntry* entry);
+    void dropNewest(const ILogEntry* entry);
+    void dropOldest();
 
-    private:
-        AsyncProcessorImpl& m_impl;
-    };
+    enum class Outcome { PROCESSED, REFUSED };
+    /// Passes the entry to the target, several times if needed. The last exception is given to `onFailure`, or is thrown
+    /// if there is no such function.
+    void handOver(const ILogEntry* entry);
+    Outcome tryOnce(const ILogEntry* entry, std::exception_ptr& failure);
+    /// Returns early when the processor is being destroyed.
+    void pause(std::uint32_t milliseconds);
+    void report(const ILogEntry* entry, const std::exception_ptr& failure);
+    void closeOne();
 
-    void startWorker()
+    bool isDone() const noexcept;
+    void tellWaiters();
+
+    const Reference<ILogProcessor> m_target;
+    const AsyncOptions m_options;
+    const Failures m_failures;
+    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< of the thread that made the processor
+
+    detail::EntryQueue m_queue;
+    std::atomic<std::int64_t> m_closed {0}; ///< entries of the queue that the target is done with, or that were dropped
+    std::atomic<std::int64_t> m_processed {0};
+    std::atomic<std::int64_t> m_failed {0};
+    std::atomic<std::int64_t> m_droppedNewest {0}; ///< which never were in the queue
+    std::atomic<std::int64_t> m_droppedOldest {0};
+    std::atomic<std::int64_t> m_lost {0}; ///< failed and dropped since the last look
+    std::atomic<bool> m_isDropping {false}; ///< since the queue was empty
+    std::atomic<int> m_waiters {0};
+    sync::Condition m_done; ///< also ends pauses
+};
+
+class AsyncProcessorImpl::Waiter {
+public:
+    explicit Waiter(AsyncProcessorImpl& impl) noexcept
+        : m_impl(impl)
     {
-        m_threads.reserve(m_threads.size() + 1);
-        Reference<AsyncProcessorImpl> ofThread(this);
-        ++m_workers;
-        VXThreadHandle thread = VX_THREAD_INVALID_HANDLE;
-        std::uint32_t id = 0;
-        const std::int32_t result = VXThreadCreate(runWorker, ofThread.get(), 0, 0, &thread, &id);
-        if (failed(result)) {
-            --m_workers;
-            throw ResultException(result, u"thread creation failed");
-        }
-        static_cast<void>(ofThread.detach()); // the thread releases it
-        if (failed(VXThreadTrack(thread)))
-            VXThreadDetach(thread); // the worker works without it
-        else
-            m_threads.push_back(thread);
+        ++m_impl.m_waiters;
     }
+    ~Waiter() { --m_impl.m_waiters; }
+    Waiter(const Waiter&) = delete;
+    Waiter& operator=(const Waiter&) = delete;
 
-    static void* runWorker(void* argument)
+private:
+    AsyncProcessorImpl& m_impl;
+};
+
+class AsyncProcessorImpl::WorkerEnd {
+public:
+    explicit WorkerEnd(AsyncProcessorImpl& impl) noexcept
+        : m_impl(impl)
     {
-        Reference<AsyncProcessorImpl> self;
-        self.attach(static_cast<AsyncProcessorImpl*>(argument));
-        try {
-            self->run();
-        } catch (...) { // an exception of the target, which ends this worker
-            vxsys::passForcedUnwind();
-        }
-        return nullptr;
     }
-
-    void work(const ILogEntry* entry)
+    ~WorkerEnd()
     {
+        m_impl.m_queue.removeWorker();
+        m_impl.tellWaiters();
+    }
+    WorkerEnd(const WorkerEnd&) = delete;
+    WorkerEnd& operator=(const WorkerEnd&) = delete;
+
+private:
+    AsyncProcessorImpl& m_impl;
+};
+
+AsyncProcessorImpl::AsyncProcessorImpl(ILogProcessor* target, AsyncOptions options, Failures failures)
+    : m_target(target)
+    , m_options(std::move(options))
+    , m_failures(failures)
+    , m_queue(m_options.mostEntries, m_options.mostBytes)
+{
+    if (target == nullptr)
+        throwResult(RESULT_INVALID_ARGUMENT);
+}
+
+void AsyncProcessorImpl::startWorkers()
+{
+    for (int started = 0; started < m_options.threads; ++started) {
         try {
-            handOver(entry);
+            startWorker();
+        } catch (...) {
+            endWorkers();
+            throw;
+        }
+    }
+}
+
+void AsyncProcessorImpl::startWorker()
+{
+    m_threads.reserve(m_threads.size() + 1);
+    Reference<AsyncProcessorImpl> ofThread(this);
+    m_queue.addWorker();
+    VXThreadHandle thread = VX_THREAD_INVALID_HANDLE;
+    std::uint32_t id = 0;
+    const std::int32_t result = VXThreadCreate(runWorker, ofThread.get(), 0, 0, &thread, &id);
+    if (failed(result)) {
+        m_queue.removeWorker();
+        throw ResultException(result, u"thread creation failed");
+    }
+    static_cast<void>(ofThread.detach()); // the thread releases it
+    if (failed(VXThreadTrack(thread)))
+        VXThreadDetach(thread); // the worker works all the same
+    else
+        m_threads.push_back(thread);
+}
+
+void* AsyncProcessorImpl::runWorker(void* argument)
+{
+    Reference<AsyncProcessorImpl> self;
+    self.attach(static_cast<AsyncProcessorImpl*>(argument));
+    try {
+        self->run();
+    } catch (...) { // the target's, which ends this worker
+        vxsys::passForcedUnwind();
+    }
+    return nullptr;
+}
+
+void* AsyncProcessorImpl::run()
+{
+    const Working working(this);
+    const WorkerEnd end(*this);
+    for (Reference<const ILogEntry> entry; m_queue.takeOldestOrSleep(entry);) {
+        try {
+            handOver(entry.get());
         } catch (...) {
             vxsys::passForcedUnwind();
-            if (m_failures == AsyncProcessor::Failures::END_WORKER)
+            if (m_failures == Failures::END_WORKER)
                 throw;
         }
     }
+    return nullptr;
+}
 
-    /// Returns false if no entry waits. A worker is then counted as sleeping.
-    bool takeOldest(Reference<const ILogEntry>& entry, bool isWorker)
-    {
-        Reference<const ILogEntry> oldest;
-        {
-            const sync::ScopedLock takeLock(m_takeLock);
-            if (m_leaving.empty()) {
-                const sync::ScopedLock lock(m_lock);
-                m_leaving.swap(m_arrived);
-                if (m_leaving.empty()) {
-                    m_sleepers += isWorker ? 1 : 0;
-                    return false;
-                }
-            }
-            oldest = std::move(m_leaving.front());
-            m_leaving.pop_front();
-        }
-        entry = std::move(oldest); // releases the previous entry without the lock
-        return true;
-    }
-
-    void handOver(const ILogEntry* entry)
-    {
-        try {
-            m_target->process(entry);
-        } catch (...) {
-            ++m_failed;
-            closeOne();
-            throw;
-        }
-        closeOne();
-    }
-
-    void closeOne()
-    {
-        ++m_closed;
-        if (m_waiters > 0 && isDone())
-            tellWaiters();
-    }
-
-    bool isDone() const noexcept
-    {
-        const std::int64_t closed = m_closed; // read first, because entries may be added meanwhile
-        return closed == m_queued;
-    }
-
-    // A waiter first announces itself and then reads the counts. A worker first changes the counts and then reads the
-    // announcement. So at least one of the two notices the other.
-    void tellWaiters()
-    {
-        if (m_waiters == 0)
-            return;
-        const sync::Condition::Holder holder(m_done);
-        m_done.broadcast();
-    }
-
-    using Queue = std::deque<Reference<const ILogEntry>, vxsys::Allocator<Reference<const ILogEntry>>>;
-
-    Reference<ILogProcessor> m_target;
-    const AsyncProcessor::Failures m_failures;
-    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< used only by the thread that creates or destroys the processor
-    std::atomic<bool> m_stop {false};
-    std::atomic<std::int64_t> m_failed {0}; ///< entries for which the target threw since the last completed wait
-    std::atomic<int> m_workers {0};
-    std::atomic<int> m_waiters {0};
-    sync::Condition m_done;
-
-    // Callers and workers use different queues, so they seldom wait for each other. A worker that finds its queue empty
-    // exchanges it for the other one.
-    sync::Mutex m_lock;
-    Queue m_arrived VX_GUARDED_BY(m_lock);
-    int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found no entry and have not been signalled yet
-    std::atomic<std::int64_t> m_queued {0}; ///< changed under m_lock
-    sync::Semaphore m_signal;
-
-    sync::Mutex m_takeLock; ///< acquired before m_lock
-    Queue m_leaving VX_GUARDED_BY(m_takeLock); ///< entries that are older than those in m_arrived
-    std::atomic<std::int64_t> m_closed {0}; ///< entries that the target has processed
-};
-
-AsyncProcessor::AsyncProcessor(ILogProcessor* target, int threads, Failures failures)
-    : m_impl(new AsyncProcessorImpl(target, failures))
+void AsyncProcessorImpl::endWorkers()
 {
-    m_impl->startWorkers(threads);
+    for (const VXThreadHandle thread : std::exchange(m_threads, {}))
+        VXThreadLeave(thread);
+    m_queue.closeToWorkers();
+    const sync::Condition::Holder holder(m_done);
+    m_done.broadcast();
+}
+
+void AsyncProcessorImpl::drain()
+{
+    std::exception_ptr failure;
+    const detail::EntryQueue::Closure closure(m_queue);
+    const Working working(this);
+    for (Reference<const ILogEntry> entry; m_queue.takeOldest(entry);) {
+        try {
+            handOver(entry.get());
+        } catch (...) {
+            vxsys::passForcedUnwind();
+            if (failure == nullptr)
+                failure = std::current_exception();
+        }
+    }
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
+}
+
+void AsyncProcessorImpl::process(const ILogEntry* entry)
+{
+    while (!m_queue.put(entry)) {
+        switch (askWhenFull(entry)) {
+        case WhenFull::WAIT:
+            if (!waitForRoom(entry))
+                return dropNewest(entry);
+            break;
+        case WhenFull::DROP_NEWEST:
+            return dropNewest(entry);
+        case WhenFull::DROP_OLDEST:
+            dropOldest();
+        }
+    }
+}
+
+WhenFull AsyncProcessorImpl::askWhenFull(const ILogEntry* entry)
+{
+    if (m_options.onFull == nullptr || entry == nullptr)
+        return m_options.whenFull;
+    try {
+        return m_options.onFull(*entry);
+    } catch (...) {
+        vxsys::passForcedUnwind();
+        dropNewest(entry);
+        throw;
+    }
+}
+
+/// False: no worker makes room, or only the calling one.
+bool AsyncProcessorImpl::waitForRoom(const ILogEntry* entry)
+{
+    return !Working::isFor(this) && m_queue.waitForRoom(entry);
+}
+
+void AsyncProcessorImpl::dropNewest(const ILogEntry* entry)
+{
+    ++m_droppedNewest;
+    drop(entry);
+}
+
+void AsyncProcessorImpl::dropOldest()
+{
+    Reference<const ILogEntry> oldest;
+    if (!m_queue.takeOldest(oldest))
+        return;
+    ++m_droppedOldest;
+    drop(oldest.get());
+    closeOne();
+}
+
+void AsyncProcessorImpl::drop(const ILogEntry* entry)
+{
+    ++m_lost;
+    if (m_options.onDrop == nullptr || entry == nullptr || m_isDropping.exchange(true))
+        return;
+    try {
+        m_options.onDrop(*entry);
+    } catch (...) { // the entry is counted, and a caller can do nothing about the function
+        vxsys::passForcedUnwind();
+    }
+}
+
+void AsyncProcessorImpl::handOver(const ILogEntry* entry)
+{
+    std::exception_ptr failure;
+    std::uint64_t milliseconds = m_options.firstPause;
+    for (int left = m_options.tries; tryOnce(entry, failure) == Outcome::REFUSED; milliseconds *= 2) {
+        if (--left <= 0)
+            return report(entry, failure);
+        milliseconds = std::min<std::uint64_t>(milliseconds, m_options.longestPause);
+        pause(static_cast<std::uint32_t>(milliseconds));
+        if (m_queue.isClosedToWorkers())
+            left = 1;
+    }
+    ++m_processed;
+    closeOne();
+}
+
+AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(const ILogEntry* entry, std::exception_ptr& failure)
+{
+    try {
+        m_target->process(entry);
+        return Outcome::PROCESSED;
+    } catch (...) {
+        failure = std::current_exception();
+        if (failure != nullptr)
+            return Outcome::REFUSED;
+        ++m_failed; // the thread ends here
+        ++m_lost;
+        closeOne();
+        throw;
+    }
+}
+
+void AsyncProcessorImpl::pause(std::uint32_t milliseconds)
+{
+    const auto end = vxsys::detail::Deadline::in(milliseconds);
+    const sync::Condition::Holder holder(m_done);
+    while (!m_queue.isClosedToWorkers() && waitUntil(m_done, end)) { }
+}
+
+void AsyncProcessorImpl::report(const ILogEntry* entry, const std::exception_ptr& failure)
+{
+    ++m_failed;
+    ++m_lost;
+    if (m_options.onFailure != nullptr && entry != nullptr) {
+        try {
+            m_options.onFailure(*entry, failure);
+        } catch (...) { // the failure is counted, and a worker has nobody else to tell
+            vxsys::passForcedUnwind();
+        }
+    }
+    closeOne();
+    if (m_options.onFailure == nullptr)
+        std::rethrow_exception(failure);
+}
+
+void AsyncProcessorImpl::closeOne()
+{
+    ++m_closed;
+    if (m_isDropping.load(std::memory_order_relaxed) && m_queue.waiting() == 0)
+        m_isDropping = false;
+    if (m_waiters > 0 && isDone())
+        tellWaiters();
+}
+
+bool AsyncProcessorImpl::isDone() const noexcept
+{
+    const std::int64_t closed = m_closed; // looked at first: more may arrive
+    return closed == m_queue.accepted();
+}
+
+// A waiter announces itself before it looks at the counts, and these are changed before the announcement is looked at:
+// one of the two sees the other.
+void AsyncProcessorImpl::tellWaiters()
+{
+    if (m_waiters == 0)
+        return;
+    const sync::Condition::Holder holder(m_done);
+    m_done.broadcast();
+}
+
+bool AsyncProcessorImpl::waitUntilDone(std::uint32_t milliseconds)
+{
+    const auto end = vxsys::detail::Deadline::in(milliseconds);
+    const Waiter waiter(*this);
+    const sync::Condition::Holder holder(m_done);
+    while (!isDone()) {
+        if (m_queue.workers() == 0 || !waitUntil(m_done, end))
+            return false;
+    }
+    return m_lost.exchange(0) == 0;
+}
+
+AsyncCounts AsyncProcessorImpl::getCounts() const
+{
+    AsyncCounts counts;
+    counts.processed = m_processed;
+    counts.failed = m_failed;
+    counts.dropped = m_droppedNewest + m_droppedOldest;
+    counts.queued = m_queue.waiting();
+    counts.deepest = m_queue.deepest();
+    counts.received = m_queue.accepted() + m_droppedNewest;
+    return counts;
+}
+
+AsyncProcessor::AsyncProcessor(AsyncProcessorImpl* impl)
+    : m_impl(impl)
+{
+    m_impl->startWorkers();
 }
 
 AsyncProcessor::~AsyncProcessor() noexcept(false)
@@ -305,12 +437,25 @@ AsyncProcessor::~AsyncProcessor() noexcept(false)
 
 Reference<AsyncProcessor> AsyncProcessor::create(ILogProcessor* target, int threads)
 {
-    return new AsyncProcessor(target, threads, Failures::END_WORKER);
+    return create(target, threads, Failures::END_WORKER);
 }
 
 Reference<AsyncProcessor> AsyncProcessor::create(ILogProcessor* target, int threads, Failures failures)
 {
-    return new AsyncProcessor(target, threads, failures);
+    AsyncOptions options;
+    options.threads = threads;
+    return new AsyncProcessor(Reference<AsyncProcessorImpl>(new AsyncProcessorImpl(target, options, failures)).get());
+}
+
+Reference<AsyncProcessor> AsyncProcessor::create(ILogProcessor* target, const AsyncOptions& options)
+{
+    const bool isLimited = options.mostEntries > 0 || options.mostBytes > 0;
+    const bool waitsForNobody
+        = isLimited && options.threads < 1 && options.whenFull == WhenFull::WAIT && !options.onFull;
+    if (options.tries < 1 || options.mostEntries < 0 || options.mostBytes < 0 || waitsForNobody)
+        throwResult(RESULT_INVALID_ARGUMENT);
+    Reference<AsyncProcessorImpl> impl(new AsyncProcessorImpl(target, options, Failures::KEEP_WORKER));
+    return new AsyncProcessor(impl.get());
 }
 
 void AsyncProcessor::process(const ILogEntry* entry)
@@ -321,6 +466,11 @@ void AsyncProcessor::process(const ILogEntry* entry)
 bool AsyncProcessor::waitUntilDone(std::uint32_t milliseconds)
 {
     return m_impl->waitUntilDone(milliseconds);
+}
+
+AsyncCounts AsyncProcessor::getCounts() const
+{
+    return m_impl->getCounts();
 }
 
 } // namespace vx::log

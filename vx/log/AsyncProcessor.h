@@ -2,6 +2,7 @@
 
 #include "vx/Object.h"
 #include "vx/Reference.h"
+#include "vx/log/AsyncOptions.h"
 #include "vx/log/ILogProcessor.h"
 #include "vxsys/Lock.h"
 
@@ -12,7 +13,7 @@ namespace vx::log {
 class AsyncProcessorImpl;
 
 /// Moves the processing of entries to worker threads: `process` puts the entry into a queue and returns. The queue has
-/// no limit. One worker keeps the order. With several workers the target is called from several threads at the same
+/// no limit unless `AsyncOptions` gives one. One worker keeps the order. With several workers the target is called from several threads at the same
 /// time; put a `MultiProcessor` in front of a target that does not allow this.
 ///
 /// The destructor passes all waiting entries to the target, on its own thread. It does not wait for the workers: each
@@ -31,6 +32,10 @@ public:
     /// destructor. An exception of the target ends its worker.
     static Reference<AsyncProcessor> create(ILogProcessor* target, int threads);
     static Reference<AsyncProcessor> create(ILogProcessor* target, int threads, Failures failures);
+    /// With a queue of limited size, repeated tries and reports of losses. No exception of the target ends a worker. Throws
+    /// ResultException with RESULT_INVALID_ARGUMENT for fewer tries than 1, for a negative limit, and for callers that
+    /// would wait for workers when there are none.
+    static Reference<AsyncProcessor> create(ILogProcessor* target, const AsyncOptions& options);
 
     VX_OBJECT_UNKNOWN(Object)
     ~AsyncProcessor() noexcept(false) override;
@@ -39,12 +44,14 @@ public:
     void process(const ILogEntry* entry) override;
 
     /// Waits until the target has processed all queued entries. Returns true if it accepted all of them. Returns false
-    /// if the target threw since the last completed wait, if `milliseconds` have passed (`VX_WAIT_FOREVER`: no limit),
+    /// if an entry was refused or dropped since the last completed wait, if `milliseconds` have passed (`VX_WAIT_FOREVER`: no limit),
     /// or if entries wait and no worker is left.
     bool waitUntilDone(std::uint32_t milliseconds = VX_WAIT_FOREVER);
+    /// Can be called at any time on any thread. Numbers that change at the same time may not fit together.
+    AsyncCounts getCounts() const;
 
 private:
-    AsyncProcessor(ILogProcessor* target, int threads, Failures failures);
+    explicit AsyncProcessor(AsyncProcessorImpl* impl);
 
     Reference<AsyncProcessorImpl> m_impl;
 };

@@ -114,6 +114,29 @@ void LogEntry::addToIndex(std::u16string_view name)
     m_index->emplace(String(name), m_count);
 }
 
+std::int64_t LogEntry::estimateBytes(const log::ILogEntry& entry)
+{
+    constexpr std::int64_t BYTES_OF_A_FIELD = 64; // with its name's String, and an object of average size
+    std::int64_t units = 0;
+    const auto addText = [&units](const Object* value) {
+        if (const auto* const text = dynamic_cast<const String*>(value))
+            units += text->getLength();
+    };
+    if (const auto* const own = dynamic_cast<const LogEntry*>(&entry)) {
+        units = own->m_units.length();
+        for (std::size_t place = 0; place < own->m_count; ++place)
+            addText(own->at(place).object.load(std::memory_order_acquire));
+        return static_cast<std::int64_t>(sizeof(LogEntry) + own->m_more.capacity() * sizeof(Field)) + 2 * units;
+    }
+    const auto names = entry.getFieldNames();
+    for (const Reference<String>& name : *names) {
+        units += name->getLength();
+        if (entry.hasField(*name))
+            addText(entry.getField(*name).get());
+    }
+    return BYTES_OF_A_FIELD * names->getSize() + 2 * units;
+}
+
 const LogEntry::Field* LogEntry::find(std::u16string_view name) const
 {
     if (m_index != nullptr) {

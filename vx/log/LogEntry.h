@@ -28,6 +28,7 @@ class LogEntry;
 
 namespace detail {
 
+class EntryQueue;
 class FieldOrder;
 
 /// The interfaces of `LogEntry`. A separate base, so that their operations take no virtual table slots among those of
@@ -74,6 +75,7 @@ protected:
 
 private:
     friend class Logger;
+    friend class detail::EntryQueue;
     friend class detail::FieldOrder;
     friend class detail::LogEntryFace;
 
@@ -127,6 +129,9 @@ private:
     }
     /// Appends the text to `m_units`.
     Piece keep(std::u16string_view text);
+
+    /// The memory that an entry of any class takes, from the lengths of its names and texts.
+    static std::int64_t estimateBytes(const log::ILogEntry& entry);
 
     /// Null if there is no field of that name.
     const Field* find(std::u16string_view name) const;

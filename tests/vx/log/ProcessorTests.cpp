@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -123,6 +125,179 @@ TEST(AsyncProcessor, PassesAllOnWhenTheDrainMeetsAFailure)
     put(*async, "a bad c");
     EXPECT_THROW(async->Release(), RangeErrorException);
     EXPECT_EQ(target->texts(), "a; c");
+}
+
+/// What a policy leaves of the words of a caller while the only worker holds the first of them.
+TEST(AsyncProcessor, KeepsItsQueueWithinLimits)
+{
+    constexpr std::int64_t ANY = 0;
+    const auto ask = [](const ILogEntry& entry) {
+        if (fieldOf(entry, u"text") == "bad")
+            throw RangeErrorException(u"bad");
+        return fieldOf(entry, u"text") == "new" ? WhenFull::DROP_OLDEST : WhenFull::DROP_NEWEST;
+    };
+    const std::string longWord(10'000, 'x');
+    const struct {
+        std::int64_t entries;
+        std::int64_t bytes;
+        WhenFull whenFull;
+        std::function<WhenFull(const ILogEntry&)> onFull;
+        std::string words;
+        std::string texts;
+        std::string dropped; ///< of which only the first is told
+    } cases[] = {
+        {2, ANY, WhenFull::DROP_NEWEST, {}, "a b c d e", "a; b; c", "d"},
+        {2, ANY, WhenFull::DROP_OLDEST, {}, "a b c d e", "a; d; e", "b"},
+        {2, ANY, WhenFull::WAIT, ask, "a b c d new f", "a; c; new", "d"},
+        {ANY, 5'000, WhenFull::DROP_NEWEST, {}, "a b " + longWord + " d", "a; b; d", longWord},
+        {ANY, 5'000, WhenFull::DROP_OLDEST, {}, "a b c " + longWord, "a; " + longWord, "b"},
+    };
+    for (const auto& row : cases) {
+        Reference<Gated> target(new Gated);
+        std::string dropped;
+        AsyncOptions options;
+        options.mostEntries = row.entries;
+        options.mostBytes = row.bytes;
+        options.whenFull = row.whenFull;
+        options.onFull = row.onFull;
+        options.onDrop = [&dropped](const ILogEntry& entry) { dropped += fieldOf(entry, u"text"); };
+        const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), options);
+        put(*async, row.words.substr(0, 1).c_str());
+        target->m_entered.wait();
+        put(*async, row.words.substr(1).c_str());
+        if (row.onFull != nullptr) {
+            EXPECT_THROW(put(*async, "bad"), RangeErrorException);
+        }
+        const AsyncCounts full = async->getCounts();
+        for (std::size_t permit = 0; permit < row.words.size(); ++permit)
+            target->m_permits.signal();
+
+        EXPECT_FALSE(async->waitUntilDone()) << "entries were dropped";
+        EXPECT_TRUE(async->waitUntilDone()) << "which was told";
+        EXPECT_EQ(target->texts(), row.texts);
+        EXPECT_EQ(dropped, row.dropped);
+        const AsyncCounts end = async->getCounts();
+        EXPECT_EQ(end.received, end.processed + end.dropped);
+        EXPECT_EQ(end.processed, static_cast<std::int64_t>(target->entries().size()));
+        EXPECT_EQ(full.queued, end.processed - 1);
+        EXPECT_LE(end.deepest, row.entries == ANY ? 3 : row.entries);
+        EXPECT_GE(end.deepest, full.queued);
+    }
+}
+
+TEST(AsyncProcessor, LetsItsCallersWaitForRoom)
+{
+    constexpr int CALLERS = 4;
+    Reference<RecordingProcessor> target(new RecordingProcessor);
+    AsyncOptions options;
+    options.threads = 2;
+    options.mostEntries = 3;
+    options.mostBytes = 3'000;
+    const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), options);
+    inThreads(CALLERS, [&](int caller) {
+        for (int count = 0; count < ENTRIES; ++count)
+            async->process(entryOf(String(u'x', caller * 700)).get()); // some exceed the limit on bytes alone
+    });
+    EXPECT_TRUE(async->waitUntilDone());
+    EXPECT_EQ(target->entries().size(), static_cast<std::size_t>(CALLERS) * ENTRIES);
+    EXPECT_LE(async->getCounts().deepest, 3);
+}
+
+/// Logs its first entry again, into the processor that it belongs to.
+struct Echo : Gated {
+    void process(const ILogEntry* entry) override
+    {
+        Gated::process(entry);
+        if (AsyncProcessor* const async = std::exchange(m_async, nullptr))
+            async->process(entry);
+    }
+    AsyncProcessor* m_async = nullptr;
+};
+
+TEST(AsyncProcessor, DoesNotWaitForAWorkerThatCannotCome)
+{
+    AsyncOptions options;
+    options.mostEntries = 1;
+    Reference<Echo> echo(new Echo);
+    Reference<AsyncProcessor> async = AsyncProcessor::create(echo.get(), options);
+    echo->m_async = async.get();
+    put(*async, "a");
+    echo->m_entered.wait();
+    put(*async, "b");
+    echo->m_permits.signal(); // a is logged while b waits
+    echo->m_entered.wait();
+    EXPECT_EQ(async->getCounts().dropped, 1);
+    for (int permit = 0; permit < 3; ++permit)
+        echo->m_permits.signal();
+    async = nullptr;
+
+    Reference<Picky> picky(new Picky);
+    async = AsyncProcessor::create(picky.get(), options);
+    put(*async, "end");
+    EXPECT_FALSE(async->waitUntilDone());
+    put(*async, "a b");
+    EXPECT_EQ(async->getCounts().dropped, 1) << "no worker is left";
+    async = nullptr;
+    EXPECT_EQ(picky->texts(), "a");
+
+    for (AsyncOptions wrong : {AsyncOptions {.threads = 0, .mostEntries = 1}, AsyncOptions {.mostEntries = -1},
+             AsyncOptions {.mostBytes = -1}, AsyncOptions {.tries = 0}})
+        EXPECT_THROW(AsyncProcessor::create(picky.get(), wrong), ResultException);
+}
+
+/// Throws at each entry as often as its text says.
+struct Unwilling : RecordingProcessor {
+    void process(const ILogEntry* entry) override
+    {
+        const int refusals = std::stoi(fieldOf(*entry, u"text"));
+        {
+            const sync::ScopedLock lock(m_lock);
+            m_kept.emplace_back(entry);
+            if (++m_tries[entry] <= refusals)
+                throw RangeErrorException(u"not yet");
+        }
+        RecordingProcessor::process(entry);
+    }
+    bool hasTried(std::size_t entries)
+    {
+        const sync::ScopedLock lock(m_lock);
+        return m_tries.size() >= entries;
+    }
+    sync::Mutex m_lock;
+    std::map<const ILogEntry*, int> m_tries;
+    std::vector<Reference<const ILogEntry>> m_kept; ///< no two entries share an address
+};
+
+TEST(AsyncProcessor, TriesAgainAndReportsWhatItGivesUp)
+{
+    Reference<Unwilling> target(new Unwilling);
+    std::string given;
+    AsyncOptions options;
+    options.tries = 3;
+    options.firstPause = 1;
+    options.onFailure = [&given](const ILogEntry& entry, const std::exception_ptr& failure) {
+        EXPECT_THROW(std::rethrow_exception(failure), RangeErrorException);
+        given += fieldOf(entry, u"text");
+        throw RangeErrorException(u"the report fails as well");
+    };
+    Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), options);
+    put(*async, "0 2 3 1");
+    EXPECT_FALSE(async->waitUntilDone());
+    EXPECT_EQ(target->texts(), "0; 2; 1");
+    EXPECT_EQ(given, "3");
+    EXPECT_EQ(async->getCounts().failed, 1);
+
+    options.tries = 1'000'000;
+    options.firstPause = options.longestPause = 1'000'000;
+    async = AsyncProcessor::create(target.get(), options);
+    put(*async, "1 7 7");
+    while (!target->hasTried(5)) // then the worker pauses
+        std::this_thread::yield();
+    async = nullptr; // ends the pause
+    while (target->GetRefCount() > 1)
+        std::this_thread::yield();
+    EXPECT_EQ(target->texts(), "0; 2; 1; 1");
+    EXPECT_EQ(given, "377");
 }
 
 class Road : public testing::TestWithParam<int> { };
