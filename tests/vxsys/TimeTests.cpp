@@ -49,16 +49,27 @@ std::atomic<int> g_openedLocales {0};
 
 TEST(Time, SeesAZoneThatChangesAtRunTime)
 {
-    const std::pair<const char*, int> rows[] = {{"UTC0", 0}, {"EAST-5", 5}, {"WEST+7", 17}, {"UTC0", 0}};
-    for (const auto& [zone, ahead] : rows) {
-        const ScopedVariable variable("TZ", zone);
-        STRUCT_VX_TIME local, before, after;
-        do { // not over the end of an hour
+    constexpr int DAY = 24 * 60;
+    const struct {
+        const char* zone;
+        int ahead; ///< minutes
+        int toldAhead; ///< together with the time
+    } rows[] = {{"UTC0", 0, 0}, {"EAST-5:30", 330, 330}, {"WEST+7", -420, -420}, {"ODD-2:00:30", 120, 0}};
+    const auto minuteOf = [](const STRUCT_VX_TIME& time) { return time.hour * 60 + time.minute; };
+    for (const auto& row : rows) {
+        const ScopedVariable variable("TZ", row.zone);
+        STRUCT_VX_TIME local, zoned, before, after;
+        std::int32_t ahead = -1;
+        do { // in one half of a minute
             ASSERT_EQ(VXTimeGetSystem(&before), RESULT_OK);
             ASSERT_EQ(VXTimeGetLocal(&local), RESULT_OK);
+            ASSERT_EQ(VXTimeGetZoned(&zoned, &ahead), RESULT_OK);
             ASSERT_EQ(VXTimeGetSystem(&after), RESULT_OK);
-        } while (before.hour != after.hour);
-        EXPECT_EQ(local.hour, (before.hour + ahead) % 24) << zone;
+        } while (before.minute != after.minute || before.second / 30 != after.second / 30);
+        const int isLate = row.ahead != row.toldAhead && before.second >= 30 ? 1 : 0;
+        EXPECT_EQ(minuteOf(local), (minuteOf(before) + row.ahead + isLate + DAY) % DAY) << row.zone;
+        EXPECT_EQ(minuteOf(zoned), (minuteOf(before) + row.toldAhead + DAY) % DAY) << row.zone;
+        EXPECT_EQ(ahead, row.toldAhead) << row.zone;
     }
 }
 

@@ -13,6 +13,7 @@ namespace vx::log {
 
 class AbstractLogWriter;
 class BasicLogWriter;
+class JsonLogWriter;
 class XmlLogWriter;
 
 namespace detail {
@@ -58,6 +59,7 @@ protected:
 private:
     friend class detail::LogWriterFace;
     friend class BasicLogWriter;
+    friend class JsonLogWriter;
     friend class XmlLogWriter;
 
     Reference<io::Writer> m_writer;

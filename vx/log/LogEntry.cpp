@@ -181,6 +181,7 @@ Reference<Object> LogEntry::makeValue(const Plain& plain) const
         Object* operator()(std::int32_t number) const { return new Integer32(number); }
         Object* operator()(std::uint32_t number) const { return new UInteger32(number); }
         Object* operator()(const STRUCT_VX_TIME& time) const { return new TimeStamp(time); }
+        Object* operator()(const ZonedTime& time) const { return new ZonedTimeStamp(time); }
         Object* operator()(Piece piece) const { return new String(entry.textOf(piece)); }
         const LogEntry& entry;
     } maker {*this};

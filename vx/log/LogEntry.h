@@ -5,6 +5,7 @@
 #include "vx/String.h"
 #include "vx/detail/TextBuilder.h"
 #include "vx/log/ILogEntry.h"
+#include "vx/log/ZonedTimeStamp.h"
 #include "vx/log/vorb/ILogEntry.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Time.h"
@@ -94,7 +95,7 @@ private:
     };
     /// The value of a logger's field, which becomes an object only when a caller requests it. Empty for all other
     /// fields.
-    using Plain = std::variant<std::monostate, std::int32_t, std::uint32_t, STRUCT_VX_TIME, Piece>;
+    using Plain = std::variant<std::monostate, std::int32_t, std::uint32_t, STRUCT_VX_TIME, ZonedTime, Piece>;
     struct Field {
         Field() noexcept = default;
         Field(Field&& other) noexcept;

@@ -1,14 +1,11 @@
 #include "vx/Exception.h"
 #include "vx/Result.h"
 #include "vx/String.h"
-#include "vx/collections/Set.h"
 #include "vx/detail/ReleaseReport.h"
-#include "vx/detail/StringLocks.h"
 #include "vx/detail/TextBuilder.h"
 #include "vx/log/BasicLogWriter.h"
-#include "vx/log/LogEntry.h"
 #include "vx/log/XmlLogWriter.h"
-#include "vx/log/detail/FieldOrder.h"
+#include "vx/log/detail/EntryFields.h"
 #include "vx/log/detail/WholeText.h"
 #include "vx/text/charset/detail/Unicode.h"
 #include "vxsys/Surrogate.h"
@@ -25,6 +22,7 @@ using namespace std::string_view_literals;
 
 using detail::appendWhole;
 using detail::FieldOrder;
+using detail::forEachField;
 using text::charset::detail::REPLACEMENT;
 using vx::detail::ShortTextBuilder;
 using vx::detail::TextBuilder;
@@ -46,27 +44,10 @@ constexpr Frame FRAMES[] = {
 };
 static_assert(std::size(FRAMES) == FieldOrder::LOGGER_FIELDS);
 
-/// Calls `take(frame, name, printValue)` with each field of `entry`, in the order of its names. The frame is null for a
-/// field that no logger sets; `printValue` appends the value's text to a builder. Entries of other classes than
-/// `LogEntry` are read through their interface.
-template <class Take>
-void forEachField(const ILogEntry& entry, Take take)
+/// Null for a field that no logger sets.
+const Frame* frameOf(std::size_t loggerField) noexcept
 {
-    const auto* const own = vx::detail::isExactly<LogEntry>(entry) ? static_cast<const LogEntry*>(&entry)
-                                                                   : dynamic_cast<const LogEntry*>(&entry);
-    if (own != nullptr) {
-        const FieldOrder order(*own);
-        for (const FieldOrder::Field* field : order)
-            take(order.isOfLogger(*field) ? &FRAMES[order.loggerFieldOf(*field)] : nullptr, order.nameOf(*field),
-                [&](TextBuilder& text) { order.print(*field, text); });
-        return;
-    }
-    const Reference<const collections::Set<String>> names = entry.getFieldNames();
-    for (const Reference<String>& name : *names) {
-        const String value = entry.getField(*name)->toString();
-        take(static_cast<const Frame*>(nullptr), name->view(),
-            [&](TextBuilder& text) { appendWhole(text, value.view()); });
-    }
+    return loggerField < std::size(FRAMES) ? &FRAMES[loggerField] : nullptr;
 }
 
 /// The replacement of a unit in the text of a document; empty if it stays as it is.
@@ -176,14 +157,15 @@ String BasicLogWriter::format(const ILogEntry* entry)
 
 void BasicLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
-    forEachField(entry, [&](const Frame* frame, std::u16string_view name, auto printValue) {
+    forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
+        const Frame* const frame = frameOf(loggerField);
         if (frame != nullptr) {
             text.append(frame->line);
         } else {
             appendWhole(text, name);
             text.append(u'=');
         }
-        printValue(text);
+        value.print(text);
         text.append(u'\n');
     });
     text.append(u"-------------------------\n"sv);
@@ -219,7 +201,8 @@ String XmlLogWriter::format(const ILogEntry* entry)
 void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
     text.append(u"  <entry>\n"sv);
-    forEachField(entry, [&](const Frame* frame, std::u16string_view name, auto printValue) {
+    forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
+        const Frame* const frame = frameOf(loggerField);
         if (frame != nullptr) {
             text.append(frame->openElement);
         } else {
@@ -228,11 +211,11 @@ void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
             text.append(u"> "sv);
         }
         if (m_values == Values::ESCAPED) {
-            ShortTextBuilder<> value;
-            printValue(value);
-            escape(value.view(), text);
+            ShortTextBuilder<> units;
+            value.print(units);
+            escape(units.view(), text);
         } else {
-            printValue(text);
+            value.print(text);
         }
         if (frame != nullptr) {
             text.append(frame->closeElement);

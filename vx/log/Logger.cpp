@@ -3,7 +3,7 @@
 #include "vx/Exception.h"
 #include "vx/exec/Thread.h"
 #include "vx/log/LogEntry.h"
-#include "vxsys/Time.h"
+#include "vx/log/TimeStamp.h"
 
 namespace vx::log {
 
@@ -78,6 +78,11 @@ void Logger::setDefaultLevel(int level)
     m_defaultLevel.store(level, std::memory_order_relaxed);
 }
 
+void Logger::setTimes(Times times)
+{
+    m_times.store(times, std::memory_order_relaxed);
+}
+
 void Logger::addProcessor(ILogProcessor* processor)
 {
     m_processor->addProcessor(processor);
@@ -109,9 +114,11 @@ Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
     if (has(LogEntry::THREAD))
         entry->add(LogEntry::THREAD, exec::Thread::getCurrentID());
     if (has(LogEntry::TIMESTAMP)) {
-        STRUCT_VX_TIME time;
-        throwIfFailed(VXTimeGetLocal(&time));
-        entry->add(LogEntry::TIMESTAMP, time);
+        const Times times = m_times.load(std::memory_order_relaxed);
+        if (times == Times::AS_THE_LOCALE_WRITES)
+            entry->add(LogEntry::TIMESTAMP, TimeStamp().getTime());
+        else
+            entry->add(LogEntry::TIMESTAMP, ZonedTime::now(times == Times::RFC_3339));
     }
     if (has(LogEntry::NAME))
         entry->addText(LogEntry::NAME, m_name);

@@ -44,7 +44,7 @@ protected:
 /// assert(out->toString().startsWith(u"level=3\ntext=2 × coffee\nname=orders\n---"));
 /// @endcode
 ///
-/// Several threads may log at the same time, and may change the fields, the default level and whether the logger is
+/// Several threads may log at the same time, and may change the fields, the times, the default level and whether the logger is
 /// enabled. Set the processors before. Two threads can get the same sequence number; a `SyncLogger` around this logger
 /// prevents that.
 class VX_API Logger : public Object, public detail::LoggerFace {
@@ -76,6 +76,13 @@ public:
     void setEnabled(bool enabled);
     /// The level of texts that are logged without one; 0 at first.
     void setDefaultLevel(int level);
+    /// How the field "timestamp" is written.
+    enum class Times {
+        AS_THE_LOCALE_WRITES, ///< without milliseconds and zone; at first
+        RFC_3339, ///< local time: 2026-11-19T02:58:01.123+01:00
+        RFC_3339_UTC ///< 2026-11-19T01:58:01.123Z
+    };
+    void setTimes(Times times);
     /// Adds a reference to the processor. Processors get each entry in the order in which they were added.
     void addProcessor(ILogProcessor* processor);
     /// Removes all other processors.
@@ -97,6 +104,7 @@ private:
     std::atomic<int> m_defaultLevel {0};
     std::atomic<std::uint32_t> m_fields; ///< a bit for each of the six that is enabled
     std::atomic<std::int32_t> m_sequence {0};
+    std::atomic<Times> m_times {Times::AS_THE_LOCALE_WRITES};
 };
 
 } // namespace vx::log

@@ -36,6 +36,8 @@ public:
     /// Decimal and sortable, as 20261119025801.123: year to second, then milliseconds.
     virtual String toLog() const;
 
+    const STRUCT_VX_TIME& getTime() const noexcept { return m_time; }
+
 private:
     STRUCT_VX_TIME m_time;
 };

@@ -198,6 +198,20 @@ std::int32_t VXTimeGetLocal(STRUCT_VX_TIME* time) noexcept
     return now(time, localTime);
 }
 
+std::int32_t VXTimeGetZoned(STRUCT_VX_TIME* time, std::int32_t* minutesAhead) noexcept
+{
+    constexpr long SECONDS_EACH = 60;
+    if (minutesAhead == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *minutesAhead = 0;
+    return now(time, [minutesAhead](const std::time_t* moment, std::tm* parts) {
+        if (localTime(moment, parts) == nullptr || parts->tm_gmtoff % SECONDS_EACH != 0)
+            return ::gmtime_r(moment, parts);
+        *minutesAhead = static_cast<std::int32_t>(parts->tm_gmtoff / SECONDS_EACH);
+        return parts;
+    });
+}
+
 std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept
 {
     return now(time, ::gmtime_r);

@@ -2,6 +2,7 @@
 #include "tests/Threads.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/LogEntry.h"
+#include "vx/log/LogFilter.h"
 #include "vx/log/Logger.h"
 #include "vx/log/MultiProcessor.h"
 #include "vx/log/SyncLogger.h"
@@ -298,6 +299,41 @@ TEST(AsyncProcessor, TriesAgainAndReportsWhatItGivesUp)
         std::this_thread::yield();
     EXPECT_EQ(target->texts(), "0; 2; 1; 1");
     EXPECT_EQ(given, "377");
+}
+
+TEST(LogFilter, LetsPassWhatItsSettingsAllow)
+{
+    constexpr std::int32_t MIN = INT32_MIN, MAX = INT32_MAX;
+    const std::vector<LogFilter::Rule> noRules;
+    const std::vector<LogFilter::Rule> rules = {{u"db.*", 2, 3}, {u"*.s?l*end", MIN, 1}, {u"", 4, MAX}, {u"**", 3, 3}};
+    const struct {
+        std::int32_t lowest;
+        std::int32_t highest;
+        const std::vector<LogFilter::Rule>& rules;
+        std::string texts; ///< name and level
+    } cases[] = {
+        {MIN, MAX, noRules, "0; 4; db.1; db.3; db3; x.sql.the.end1; x.sqlend2; x.slend1"},
+        {1, 3, noRules, "db.1; db.3; db3; x.sql.the.end1; x.sqlend2; x.slend1"},
+        {MIN, MAX, rules, "4; db.3; db3; x.sql.the.end1"},
+        {MIN, 2, rules, "x.sql.the.end1"},
+    };
+    for (const auto& row : cases) {
+        Reference<RecordingProcessor> target(new RecordingProcessor);
+        const Reference<LogFilter> filter = LogFilter::create(target.get());
+        filter->setRules(rules);
+        filter->setRules(row.rules);
+        filter->setLevels(row.lowest, row.highest);
+        for (const auto& [name, level] : {std::pair(u"", 0), {u"", 4}, {u"db.", 1}, {u"db.", 3}, {u"db", 3},
+                 {u"x.sql.the.end", 1}, {u"x.sqlend", 2}, {u"x.slend", 1}}) {
+            const String text = String(name) + String::valueOf(level);
+            const Reference<Logger> logger(*name == u'\0' ? new Logger : new Logger(name));
+            logger->addProcessor(filter.get());
+            logger->log(level, text);
+        }
+        EXPECT_EQ(target->texts(), row.texts);
+        filter->process(entryOf(u"neither level nor name").get());
+        EXPECT_EQ(target->entries().back()->hasField(u"level"), row.lowest > 0 || !row.rules.empty());
+    }
 }
 
 class Road : public testing::TestWithParam<int> { };

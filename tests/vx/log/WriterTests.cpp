@@ -1,19 +1,26 @@
 #include "Recording.h"
 #include "tests/Random.h"
 #include "tests/vx/io/StreamDoubles.h"
+#include "vx/NumberBoxes.h"
 #include "vx/Result.h"
 #include "vx/collections/Set.h"
 #include "vx/io/EntryStream.h"
 #include "vx/io/OutputStreamWriter.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/BasicLogWriter.h"
+#include "vx/log/JsonLogWriter.h"
 #include "vx/log/LogEntry.h"
 #include "vx/log/Logger.h"
 #include "vx/log/XmlLogWriter.h"
+#include "vx/log/ZonedTimeStamp.h"
+#include "vx/math/BigDecimal.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <limits>
 #include <string>
+#include <utility>
 
 namespace vx::log {
 namespace {
@@ -43,6 +50,8 @@ public:
     {
         for (const char16_t* field : {u"sequence", u"thread", u"name", u"timestamp", u"level", u"text"})
             enableField(field, m_random() % 3 != 0);
+        constexpr Times TIMES[] = {Times::AS_THE_LOCALE_WRITES, Times::RFC_3339, Times::RFC_3339_UTC};
+        setTimes(TIMES[m_random() % std::size(TIMES)]);
     }
 
 protected:
@@ -119,6 +128,84 @@ TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
             head + "write(  <entry>\n  </entry>\n) flush write(  <entry>\n    <text kind=\"x\"> " + value
                 + " </text>\n  </entry>\n) flush " + foot);
     }
+}
+
+TEST(JsonLogWriter, WritesAnObjectOnALine)
+{
+    std::string events;
+    const Reference<io::Writer> writer(new Sink<Chars>(events));
+    const Reference<ILogProcessor> log = JsonLogWriter::create(writer.get());
+    const Reference<LogEntry> entry = LogEntry::create();
+    log->process(entry.get());
+    EXPECT_EQ(std::exchange(events, ""), "write({}\n) flush ");
+
+    const std::pair<Reference<Object>, const char*> cases[] = {
+        {nullptr, "null"},
+        {new Integer32(-5), "-5"},
+        {new UInteger64(UINT64_MAX), "18446744073709551615"},
+        {new math::BigDecimal(u"-0.250"), "-0.25"},
+        {new Double(std::numeric_limits<double>::infinity()), "\"inf\""},
+        {new String(u"-5"), "\"-5\""},
+        {new String(u"a\"b\\c\n\x1F\u2028"), "\"a\\\"b\\\\c\\n\\u001f\\u2028\""},
+    };
+    for (const auto& [value, text] : cases) {
+        entry->setField(u"\n", value.get());
+        log->process(entry.get());
+        EXPECT_EQ(std::exchange(events, ""), std::string("write({\"\\n\":") + text + "}\n) flush ");
+    }
+}
+
+/// Fails unless each line is an object of which a text is, in UTF-16, what the hexadecimal digits say.
+constexpr char JSON_CHECK[] = R"(python3 -c '
+import json, sys
+lines = sys.stdin.buffer.read().split(b"\n")
+entries = [json.loads(line) for line in lines[:-1]]
+assert len(entries) == 500 and lines[-1] == b""
+for number, entry in enumerate(entries):
+    assert entry["sequence"] == number, number
+    for name in ("text", "more"):
+        assert entry[name] == bytes.fromhex(entry["hex" + name]).decode("utf-16-le", "replace"), entry
+')";
+
+TEST(JsonLogWriter, IsReadByAnotherReader)
+{
+    Random random;
+    const Reference<io::ByteArrayOutputStream> out(new io::ByteArrayOutputStream);
+    const Reference<ILogProcessor> log = JsonLogWriter::create(new io::OutputStreamWriter(out.get(), u"UTF-8", 64));
+    for (int number = 0; number < 500; ++number) {
+        const Reference<LogEntry> entry = LogEntry::create();
+        entry->setField(u"sequence", new Integer32(number));
+        for (const char16_t* name : {u"text", u"more"}) {
+            std::u16string text;
+            std::string hex;
+            const int kinds[] = {0x80, 0x3000, 0x10000};
+            for (int left = random.below(20); left > 0; --left) {
+                const bool isHalf = random.below(4) == 0;
+                text += static_cast<char16_t>(isHalf ? 0xD800 + random.below(0x800) : random.below(kinds[left % 3]));
+                for (const int byte : {text.back() & 0xFF, text.back() >> 8}) {
+                    for (const int digit : {byte >> 4, byte & 0xF})
+                        hex += "0123456789abcdef"[digit];
+                }
+            }
+            entry->setField(name, new String(text));
+            entry->setField(String(u"hex").append(name), new String(hex));
+        }
+        log->process(entry.get());
+    }
+    std::FILE* const reader = ::popen(JSON_CHECK, "w");
+    ASSERT_NE(reader, nullptr);
+    std::fwrite(out->getBytes(), 1, static_cast<std::size_t>(out->getSize()), reader);
+    EXPECT_EQ(::pclose(reader), 0);
+}
+
+TEST(ZonedTimeStamp, IsWrittenByRfc3339)
+{
+    const STRUCT_VX_TIME time {2026, 3, 0, 1, 2, 3, 4, 5};
+    const std::pair<int, const char*> rows[]
+        = {{0, "Z"}, {330, "+05:30"}, {-420, "-07:00"}, {-1, "-00:01"}, {14 * 60, "+14:00"}};
+    for (const auto& [ahead, zone] : rows)
+        EXPECT_EQ(ZonedTimeStamp({time, ahead}).toString().toUtf8(), std::string("2026-03-01T02:03:04.005") + zone);
+    EXPECT_EQ(ZonedTimeStamp(false).getMinutesAhead(), 0);
 }
 
 /// A disk that may be full: a stream that keeps what it takes.

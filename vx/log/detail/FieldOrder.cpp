@@ -1,6 +1,7 @@
 #include "vx/log/detail/FieldOrder.h"
 
 #include "vx/Exception.h"
+#include "vx/Number.h"
 #include "vx/Result.h"
 #include "vx/collections/Set.h"
 #include "vx/detail/HashOrder.h"
@@ -91,6 +92,7 @@ void FieldOrder::print(const Field& field, TextBuilder& text) const
         void operator()(std::int32_t number) const { text.appendNumber(number); }
         void operator()(std::uint32_t number) const { text.appendNumber(number); }
         void operator()(const STRUCT_VX_TIME& time) const { printTime(time, text); }
+        void operator()(const ZonedTime& time) const { log::detail::printTime(time, text); }
         void operator()(LogEntry::Piece piece) const { appendWhole(text, entry.textOf(piece)); }
 
         const LogEntry& entry;
@@ -98,6 +100,23 @@ void FieldOrder::print(const Field& field, TextBuilder& text) const
         TextBuilder& text;
     } printer {m_entry, field, text};
     std::visit(printer, field.plain);
+}
+
+const std::int32_t* FieldOrder::plainLevelOf(const LogEntry& entry) noexcept
+{
+    for (std::size_t place = 0; place < entry.m_count; ++place) {
+        const Field& field = entry.at(place);
+        if (field.loggerField == LogEntry::LEVEL)
+            return std::get_if<std::int32_t>(&field.plain);
+    }
+    return nullptr;
+}
+
+bool FieldOrder::isNumber(const Field& field) noexcept
+{
+    if (!std::holds_alternative<std::monostate>(field.plain))
+        return std::holds_alternative<std::int32_t>(field.plain) || std::holds_alternative<std::uint32_t>(field.plain);
+    return dynamic_cast<const Number*>(field.object.load(std::memory_order_relaxed)) != nullptr;
 }
 
 } // namespace vx::log::detail

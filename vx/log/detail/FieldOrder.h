@@ -27,8 +27,12 @@ public:
     const Field* const* end() const noexcept { return m_fields.data() + m_fields.size(); }
 
     std::u16string_view nameOf(const Field& field) const noexcept { return m_entry.nameOf(field); }
-    static bool isOfLogger(const Field& field) noexcept { return field.loggerField != LogEntry::LOGGER_FIELD_COUNT; }
-    /// Counts in the order sequence, thread, name, timestamp, level, text.
+    /// Null if no logger has set the level.
+    static const std::int32_t* plainLevelOf(const LogEntry& entry) noexcept;
+    static bool isNull(const Field& field) noexcept { return field.isNull(); }
+    /// Whether the value is a number of this library.
+    static bool isNumber(const Field& field) noexcept;
+    /// Counts in the order sequence, thread, name, timestamp, level, text. LOGGER_FIELDS for any other field.
     static std::size_t loggerFieldOf(const Field& field) noexcept { return field.loggerField; }
     /// Appends what `toString` of the value gives, with lone halves of surrogate pairs replaced. Throws ResultException
     /// with RESULT_END_OF_FILE if the value is null.

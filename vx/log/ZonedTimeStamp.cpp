@@ -1,0 +1,80 @@
+#include "vx/log/ZonedTimeStamp.h"
+
+#include "vx/Exception.h"
+#include "vx/String.h"
+#include "vx/detail/TextBuilder.h"
+
+#include <cstdlib>
+
+namespace vx::log {
+
+namespace {
+
+/// Appends a number with zeros before it, so that it has at least `digits` digits.
+void appendDigits(vx::detail::TextBuilder& text, unsigned number, unsigned digits)
+{
+    for (unsigned least = 10; digits > 1; --digits, least *= 10) {
+        if (number < least)
+            text.append(u'0');
+    }
+    text.appendNumber(number);
+}
+
+} // namespace
+
+ZonedTime ZonedTime::now(bool local)
+{
+    ZonedTime now {};
+    throwIfFailed(local ? VXTimeGetZoned(&now.time, &now.minutesAhead) : VXTimeGetSystem(&now.time));
+    return now;
+}
+
+ZonedTimeStamp::ZonedTimeStamp(bool local)
+    : ZonedTimeStamp(ZonedTime::now(local))
+{
+}
+
+ZonedTimeStamp::ZonedTimeStamp(const ZonedTime& time) noexcept
+    : TimeStamp(time.time)
+    , m_minutesAhead(time.minutesAhead)
+{
+}
+
+ZonedTimeStamp::~ZonedTimeStamp() noexcept = default;
+
+String ZonedTimeStamp::toString() const
+{
+    vx::detail::ShortTextBuilder<64> text;
+    detail::printTime({getTime(), m_minutesAhead}, text);
+    return text.toString();
+}
+
+namespace detail {
+
+void printTime(const ZonedTime& zoned, vx::detail::TextBuilder& text)
+{
+    constexpr int MINUTES_EACH = 60;
+    const STRUCT_VX_TIME& time = zoned.time;
+    const struct {
+        unsigned number;
+        unsigned digits;
+        char16_t before;
+    } parts[] = {{time.month, 2, u'-'}, {time.day, 2, u'-'}, {time.hour, 2, u'T'}, {time.minute, 2, u':'},
+        {time.second, 2, u':'}, {time.milliseconds, 3, u'.'}};
+    appendDigits(text, time.year, 4);
+    for (const auto& part : parts) {
+        text.append(part.before);
+        appendDigits(text, part.number, part.digits);
+    }
+    if (zoned.minutesAhead == 0)
+        return text.append(u'Z');
+    const auto distance = static_cast<unsigned>(std::abs(zoned.minutesAhead));
+    text.append(zoned.minutesAhead < 0 ? u'-' : u'+');
+    appendDigits(text, distance / MINUTES_EACH, 2);
+    text.append(u':');
+    appendDigits(text, distance % MINUTES_EACH, 2);
+}
+
+} // namespace detail
+
+} // namespace vx::log

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "vx/log/TimeStamp.h"
+
+#include <cstdint>
+
+namespace vx::detail {
+class TextBuilder;
+}
+
+namespace vx::log {
+
+/// A point in time as date and time of day, with the distance of that time from UTC.
+struct ZonedTime {
+    STRUCT_VX_TIME time;
+    std::int32_t minutesAhead; ///< of UTC; negative to the west
+
+    /// Throws ResultException.
+    static ZonedTime now(bool local = true);
+};
+
+/// A point in time that means the same to every reader. Immutable.
+class VX_API ZonedTimeStamp : public TimeStamp {
+public:
+    /// The current time, local or in UTC.
+    explicit ZonedTimeStamp(bool local = true);
+    /// The record is taken as it is.
+    explicit ZonedTimeStamp(const ZonedTime& time) noexcept;
+    ~ZonedTimeStamp() noexcept override;
+
+    // TimeStamp
+    using TimeStamp::toString;
+    /// As RFC 3339 has it, with milliseconds: 2026-11-19T02:58:01.123+01:00. No distance from UTC is written as Z.
+    String toString() const override;
+
+    std::int32_t getMinutesAhead() const noexcept { return m_minutesAhead; }
+
+private:
+    std::int32_t m_minutesAhead;
+};
+
+namespace detail {
+
+/// Appends what `ZonedTimeStamp::toString` gives.
+void printTime(const ZonedTime& time, vx::detail::TextBuilder& text);
+
+} // namespace detail
+
+} // namespace vx::log
