@@ -114,6 +114,7 @@
 #include "vx/io/PrintWriter.h"
 #include "vx/io/ReadWriteChannel.h"
 #include "vx/io/Reader.h"
+#include "vx/io/RotatingFileStream.h"
 #include "vx/io/StdioInputStream.h"
 #include "vx/io/StdioOutputStream.h"
 #include "vx/io/StringWriter.h"

@@ -27,6 +27,8 @@ VXSYS_API std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept;
 /// The current time as local time, and how many minutes that is ahead of UTC. A zone that is not whole minutes away from
 /// UTC gives the time in UTC and 0.
 VXSYS_API std::int32_t VXTimeGetZoned(STRUCT_VX_TIME* time, std::int32_t* minutesAhead) noexcept;
+/// How many seconds local time is ahead of UTC at a moment, given in seconds since 1970-01-01 00:00:00 UTC.
+VXSYS_API std::int32_t VXTimeGetOffset(std::int64_t moment, std::int32_t* secondsAhead) noexcept;
 /// `seconds` since 1970-01-01 00:00:00 UTC, as UTC.
 VXSYS_API std::int32_t VXTimeFromPosix(std::int64_t seconds, STRUCT_VX_TIME* time) noexcept;
 

@@ -212,6 +212,19 @@ std::int32_t VXTimeGetZoned(STRUCT_VX_TIME* time, std::int32_t* minutesAhead) no
     });
 }
 
+std::int32_t VXTimeGetOffset(std::int64_t moment, std::int32_t* secondsAhead) noexcept
+{
+    if (secondsAhead == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *secondsAhead = 0;
+    const auto native = static_cast<std::time_t>(moment);
+    std::tm parts;
+    if (native != moment || localTime(&native, &parts) == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    *secondsAhead = static_cast<std::int32_t>(parts.tm_gmtoff);
+    return RESULT_OK;
+}
+
 std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept
 {
     return now(time, ::gmtime_r);

@@ -1,0 +1,224 @@
+#include "vx/io/RotatingFileStream.h"
+
+#include "vx/Exceptions.h"
+#include "vx/Occasion.h"
+#include "vx/Result.h"
+#include "vx/TerminatedText.h"
+#include "vx/sync/ScopedLock.h"
+#include "vx/sync/ScopedWait.h"
+#include "vxsys/Folder.h"
+#include "vxsys/Time.h"
+
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vx::io {
+
+namespace {
+
+constexpr std::size_t LEAST_DIGITS = 6;
+
+struct OldFile {
+    std::int64_t number = 0;
+    String path;
+
+    bool operator<(const OldFile& other) const { return number < other.number; }
+};
+
+/// The files in the folder of `path` whose names are that of `path`, a point and a number. They may have a further
+/// extension.
+class OldFiles {
+public:
+    explicit OldFiles(std::u16string_view path)
+    {
+        const std::size_t separator = path.find_last_of(u"\\/");
+        m_folder = separator != path.npos ? path.substr(0, separator + 1) : std::u16string_view();
+        m_prefix = std::u16string(path.substr(m_folder.size())) + u'.';
+        const String folder(m_folder.empty() ? std::u16string_view(u".") : m_folder);
+        const auto take
+            = [](void* self, const char16_t* name) noexcept { return static_cast<OldFiles*>(self)->take(name); };
+        throwIfFailed(VXFolderList(SystemName(folder), take, this), u"look for older files in", folder);
+        std::sort(m_files.begin(), m_files.end());
+    }
+
+    /// The oldest first.
+    const std::vector<OldFile>& get() const noexcept { return m_files; }
+
+    String pathOf(std::int64_t number) const
+    {
+        const std::string digits = std::to_string(number);
+        std::u16string path = m_folder + m_prefix;
+        path.append(LEAST_DIGITS - std::min(digits.size(), LEAST_DIGITS), u'0');
+        path.append(digits.begin(), digits.end());
+        return String(path);
+    }
+
+private:
+    std::int32_t take(std::u16string_view name) noexcept
+    {
+        constexpr std::size_t MOST_DIGITS = 18;
+        if (!name.starts_with(m_prefix))
+            return RESULT_OK;
+        const std::u16string_view rest = name.substr(m_prefix.size());
+        const std::size_t digits = std::min(rest.find_first_not_of(u"0123456789"), rest.size());
+        const bool isOurs
+            = digits >= LEAST_DIGITS && digits <= MOST_DIGITS && (digits == rest.size() || rest[digits] == u'.');
+        if (!isOurs)
+            return RESULT_OK;
+        try {
+            OldFile file {0, String(m_folder + std::u16string(name))};
+            for (const char16_t digit : rest.substr(0, digits))
+                file.number = file.number * 10 + (digit - u'0');
+            m_files.push_back(std::move(file));
+        } catch (const std::bad_alloc&) {
+            return RESULT_OUT_OF_MEMORY;
+        }
+        return RESULT_OK;
+    }
+
+    std::u16string m_folder; ///< with the separator
+    std::u16string m_prefix;
+    std::vector<OldFile> m_files;
+};
+
+/// Removes the oldest files until what is left fits. A file and its compressed form are one.
+void removeOld(std::vector<OldFile> files, const Rotation& rotation)
+{
+    int count = 0;
+    std::int64_t bytes = 0;
+    bool isFull = false;
+    for (auto file = files.rbegin(); file != files.rend(); ++file) {
+        if (file == files.rbegin() || file->number != std::prev(file)->number)
+            ++count;
+        VXFileStatus status;
+        if (failed(VXFileGetStatus(SystemName(file->path), &status)))
+            continue; // another process has removed it
+        bytes += status.size;
+        isFull = isFull || (rotation.keepFiles > 0 && count > rotation.keepFiles)
+            || (rotation.keepBytes > 0 && bytes > rotation.keepBytes);
+        const std::int32_t result = isFull ? VXFileRemove(SystemName(file->path)) : RESULT_OK;
+        if (result != RESULT_NOT_FOUND)
+            throwIfFailed(result, u"remove", file->path);
+    }
+}
+
+} // namespace
+
+RotatingFileStream::RotatingFileStream(const String& path, Rotation rotation)
+    : m_path(path)
+    , m_rotation(std::move(rotation))
+    , m_file(new FileOutputStream(path, FileOutputStream::APPEND))
+{
+    if (m_rotation.mostBytes < 0 || m_rotation.keepFiles < 0 || m_rotation.keepBytes < 0)
+        throwResult(RESULT_INVALID_ARGUMENT);
+}
+
+RotatingFileStream::~RotatingFileStream() noexcept(false) = default;
+
+void RotatingFileStream::write(const signed char* bytes, std::int32_t length)
+{
+    String closed;
+    {
+        const sync::ScopedLock lock(m_lock);
+        const sync::ScopedWait file(m_file.get());
+        follow();
+        reportTo([&]() VX_NO_THREAD_SAFETY_ANALYSIS { closed = isDue(length) ? rotate() : String(); });
+        m_file->write(bytes, length);
+    }
+    if (!closed.isEmpty() && m_rotation.onClosed)
+        reportTo([&] { m_rotation.onClosed(closed); });
+}
+
+void RotatingFileStream::flush()
+{
+    const sync::ScopedLock lock(m_lock);
+    m_file->flush();
+}
+
+void RotatingFileStream::close()
+{
+    const sync::ScopedLock lock(m_lock);
+    m_file->close();
+}
+
+/// Opens the file that has the name now, if that is not the one that is open. Removes what a killed process has left of an
+/// entry at its end.
+void RotatingFileStream::follow()
+{
+    const SystemName path(m_path);
+    VXFileIdentity open {};
+    const bool isOpen = !failed(VXFileGetIdentity(m_file->getHandle(), &open));
+    if (isOpen && !failed(VXFileGetStatus(path, &m_status)) && m_status.identity == open)
+        return;
+    m_file->close();
+    m_file->open();
+    { // the repair is part of it
+        const sync::ScopedWait repair(m_file.get());
+    }
+    throwIfFailed(VXFileGetStatus(path, &m_status), u"look at", m_path);
+}
+
+bool RotatingFileStream::isDue(std::int32_t length) const
+{
+    if (m_status.size == 0 || length <= 0 || std::chrono::steady_clock::now() < m_nextTry)
+        return false;
+    if (m_rotation.mostBytes > 0 && m_status.size + length > m_rotation.mostBytes)
+        return true;
+    if (m_rotation.every == Rotation::Every::NEVER)
+        return false;
+    constexpr std::int64_t NANOSECONDS = 1'000'000'000;
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch());
+    return periodOf(m_status.modified / NANOSECONDS) != periodOf(now.count());
+}
+
+/// The number of the hour or the day.
+std::int64_t RotatingFileStream::periodOf(std::int64_t seconds) const
+{
+    constexpr std::int64_t HOUR = 3600, DAY = 24 * HOUR;
+    std::int32_t ahead = 0;
+    if (!m_rotation.isUtc)
+        throwIfFailed(VXTimeGetOffset(seconds, &ahead));
+    return (seconds + ahead) / (m_rotation.every == Rotation::Every::HOUR ? HOUR : DAY);
+}
+
+/// Returns the path for `onClosed`, empty for none.
+String RotatingFileStream::rotate()
+{
+    constexpr auto PAUSE = std::chrono::seconds(1);
+    m_nextTry = std::chrono::steady_clock::now() + PAUSE;
+    m_file->flush(); // on behalf of all processes: whoever flushes later has only the new file
+    OldFiles old(m_path.view());
+    std::vector<OldFile> files = old.get();
+    std::int64_t number = files.empty() ? 0 : files.back().number;
+    std::int32_t result = RESULT_OK;
+    String path;
+    do { // a process of another user may take a number
+        path = old.pathOf(++number);
+        result = VXFileRename(SystemName(m_path), SystemName(path));
+    } while (result == RESULT_ALREADY_EXISTS);
+    throwIfFailed(result, u"rename", m_path);
+    follow();
+    m_nextTry = {};
+
+    const String before = files.empty() ? String() : files.back().path;
+    files.push_back({number, path});
+    removeOld(std::move(files), m_rotation);
+    VXFileStatus status;
+    return !before.isEmpty() && !failed(VXFileGetStatus(SystemName(before), &status)) ? before : String();
+}
+
+void RotatingFileStream::reportTo(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const Exception& failure) {
+        if (m_rotation.onFailure)
+            m_rotation.onFailure(failure);
+    }
+}
+
+} // namespace vx::io
