@@ -263,13 +263,13 @@ void Str1HashMap<T>::remove(const Str1& key, T* previous)
     Node* found = findByKey(key);
     if (found == nullptr)
         return;
-    if (previous != nullptr)
-        *previous = found->value;
     ++m_modificationCount;
     NodePtr& link = linkTo(found);
     const NodePtr node = std::move(link);
     link = std::move(node->next);
     --m_size;
+    if (previous != nullptr)
+        *previous = std::move(node->value); // last: the destructor of what it held may use the map
 }
 
 template <class T>

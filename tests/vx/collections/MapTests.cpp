@@ -297,6 +297,11 @@ TEST(Str1HashMap, IsWholeForAValueThatUsesItInItsDestructor)
         map.put(u"key", new Looking(look));
     map.remove(u"key");
     EXPECT_EQ(seen, "there gone ");
+
+    map.put(u"key", new Object);
+    Reference<Object> value(new Looking([&] { map.remove(u"key"); }));
+    map.remove(u"key", &value); // releases the object that removes the same key
+    EXPECT_EQ(map.getSize(), 0);
 }
 
 TEST(HashMap, StandsAsBeforeWhereAnEntryHasNoMemory)
