@@ -35,6 +35,10 @@ std::int32_t ComparatorFace::Hash(const IVXUnknown* a, std::uint32_t* result) co
     if (result == nullptr)
         return RESULT_POINTER;
     *result = 0;
+    // A key that a map looks up may be on the stack, where the end of a reference would destroy it.
+    const auto* object = dynamic_cast<const Object*>(a);
+    if (object != nullptr && object->GetRefCount() == 0)
+        return const_cast<Object*>(object)->HashCode(result);
     if (const Reference<IVXComparable> element = asComparable(a))
         return element->HashCode(result);
     return RESULT_OK;

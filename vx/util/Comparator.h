@@ -19,8 +19,8 @@ protected:
 };
 
 /// Compares and hashes components by their `IVXComparable`. A component without that interface is treated as null: its
-/// hash is 0, and it sorts before all others except null. Elements get a reference for a moment, so they must not be on
-/// the stack.
+/// hash is 0, and it sorts before all others except null. The first element of `Compare` gets a reference for a moment, so
+/// it must not be on the stack. A key that is only hashed or looked up may be.
 class VX_API Comparator : public Object, public ComparatorFace {
 public:
     Comparator() noexcept = default;

@@ -49,6 +49,10 @@ TEST(Comparator, GoesThroughTheComparableViewAndTakesWhatHasNoneForNull)
         EXPECT_EQ(order, row.order) << &row - cases;
         EXPECT_EQ(hash, row.hash) << &row - cases;
     }
+    const Item onStack(4);
+    std::uint32_t hash = 99;
+    EXPECT_EQ(comparator->Hash(onStack.GetUnknown(), &hash), 0);
+    EXPECT_EQ(hash, 4U);
     int order = 99;
     EXPECT_EQ(comparator->Compare(three.get(), Reference<Object>(new Object)->GetUnknown(), &order), RESULT_FAIL);
 }
