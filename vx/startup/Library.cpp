@@ -7,6 +7,7 @@
 #include "vx/detail/OwnModule.h"
 #include "vx/net/TcpSocket2.h"
 #include "vx/startup/detail/ClassTable.h"
+#include "vx/startup/detail/KeyClasses.h"
 #include "vx/sync/Mutex.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/vorb/Boundary.h"
@@ -38,6 +39,7 @@ void start()
     g_replacedHandler = VXSetNewHandler(outOfMemory);
     g_pGlobalLock = new sync::Mutex("VXLIB::g_pGlobalLock");
     startup::detail::registerClasses(*ClassManager::getInstance());
+    startup::detail::registerKeyClasses();
     text::charset::detail::registerCodecs();
     text::charset::detail::buildEncInfo();
 }

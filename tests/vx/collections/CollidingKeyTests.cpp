@@ -1,3 +1,4 @@
+#include "legacy/CVXByteBuffer.h"
 #include "tests/AllocationProbe.h"
 #include "tests/Random.h"
 #include "tests/vx/collections/Elements.h"
@@ -5,9 +6,12 @@
 #include "vx/Result.h"
 #include "vx/collections/StringHashMap.h"
 #include "vx/collections/vorb/HashMap.h"
+#include "vx/io/ByteBuffer.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
+#include "vx/net/QueryKey.h"
 #include "vx/util/ROCharBuffer.h"
+#include "vx/util/RegistryKey.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +19,7 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -41,25 +46,60 @@ struct ReadCounter : util::ROCharBuffer {
 TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
 {
     constexpr std::uint32_t KEYS = 3000, MOST_READS = 400;
-    const Reference<HashMap> map(new HashMap);
+    const Reference<HashMap> map(new HashMap), queries(new HashMap);
     StringHashMap texts;
     ReadCounter::s_reads = 0;
     for (std::uint32_t number = 0; number < KEYS; ++number) {
         const Reference<ReadCounter> buffer(new ReadCounter(String(collidingText(number))));
-        const Reference<String> key(new String(String::AcquireShare, buffer.get()));
+        const Reference<String> key(new String(String::AcquireShare, buffer.get())), query(new net::QueryKey(*key));
         for (const bool isNew : {true, false}) {
             EXPECT_EQ(map->put(key->GetUnknown(), key->GetUnknown()) == nullptr, isNew);
+            EXPECT_EQ(queries->put(query->GetUnknown(), key->GetUnknown()) == nullptr, isNew);
             EXPECT_EQ(texts.put(*key, key.get()) == nullptr, isNew);
         }
     }
     EXPECT_LT(ReadCounter::s_reads / KEYS, MOST_READS) << "with those of growth";
     for (std::uint32_t number = 0; number < KEYS; ++number) {
-        const Reference<String> key(new String(collidingText(number * 7 % KEYS)));
+        const Reference<String> key(new String(collidingText(number * 7 % KEYS))), query(new net::QueryKey(*key));
         ReadCounter::s_reads = 0;
         ASSERT_EQ(map->get(key->GetUnknown()), texts.get(*key)->GetUnknown());
         ASSERT_EQ(map->remove(key->GetUnknown()), texts.remove(*key)->GetUnknown());
+        ASSERT_NE(queries->remove(query->GetUnknown()), nullptr);
         ASSERT_TRUE(map->get(key->GetUnknown()) == nullptr && texts.get(*key) == nullptr);
         ASSERT_LT(ReadCounter::s_reads, 2 * MOST_READS) << number;
+    }
+}
+
+TEST(HashMap, FindsExactlyTheKeysOfItsOwnAmongMoreThatShareTheirHash)
+{
+    using Make = std::function<Reference<Object>(std::uint32_t)>;
+    const auto block = []<class Buffer>(std::type_identity<Buffer>, std::uint32_t number, auto order) {
+        const std::u16string text = collidingText(number);
+        const Reference<Buffer> buffer(new Buffer(64U, order, false));
+        for (unsigned int index = 0; index < text.size(); ++index)
+            buffer->put(index, text[index]);
+        return buffer;
+    };
+    const std::pair<const char*, Make> cases[] = {
+        {"bytes", [&](auto number) { return block(std::type_identity<io::ByteBuffer>(), number, io::VX_ENDIAN_BIG); }},
+        {"older bytes", [&](auto number) { return block(std::type_identity<CVXByteBuffer>(), number, CVX_ORDER_BIG); }},
+        {"registry keys",
+            [](auto number) { return new util::RegistryKey(VX_HKEY_USER, u"K" + String(collidingText(number))); }},
+        {"query keys", [](auto number) { return new net::QueryKey(String(collidingText(number)) + u"Q"); }},
+    };
+    for (const auto& [name, key] : cases) {
+        const Reference<HashMap> map(new HashMap(1, 1000));
+        const auto valueAt = [&, &make = key](int number) {
+            return textOf(map->get(make(static_cast<std::uint32_t>(number))->GetUnknown()));
+        };
+        for (std::uint32_t number = 0; number < 200; number += 2)
+            map->put(key(number)->GetUnknown(), item(static_cast<int>(number)).get());
+        for (int number = 0; number < 200; ++number)
+            EXPECT_EQ(valueAt(number), textOf(number % 2 == 0 ? number : NO_ITEM)) << name;
+        map->remove(key(100)->GetUnknown());
+        EXPECT_EQ(valueAt(98) + valueAt(100) + valueAt(102), "98null102") << name;
+        map->put(Reference<Object>(new String)->GetUnknown(), nullptr); // another class: no index any more
+        EXPECT_EQ(valueAt(98), "98") << name;
     }
 }
 

@@ -30,9 +30,10 @@ namespace vx::collections::vorb {
 /// already as many entries as capacity times load factor, a new entry first makes n buckets become 2n + 1, which
 /// reverses the order within buckets. The capacity never shrinks. A call that fails leaves the map as it was.
 ///
-/// In a bucket with many entries, texts (`String`) and number boxes under the default comparator are found in
-/// logarithmic time, if they are not changed while they are keys. For all other keys and comparators the time grows
-/// with the number of entries of the bucket: the comparator is called for each entry that has the hash of the key.
+/// In a bucket with many entries, keys of one of these classes are found in logarithmic time under the default comparator,
+/// if they are not changed while they are keys: texts (`String`), numbers, byte buffers, registry keys and query keys. For
+/// all other keys and comparators the time grows with the number of entries of the bucket: the comparator is called for
+/// each entry that has the hash of the key.
 ///
 /// A comparator that changes the map while it is called makes that call throw an Exception without a message.
 class VX_API HashMap : public AbstractMap {

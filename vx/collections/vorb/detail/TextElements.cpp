@@ -1,18 +1,24 @@
 #include "vx/collections/vorb/detail/TextElements.h"
 
+#include "vx/Exception.h"
+#include "vx/IVXComparable.h"
 #include "vx/NumberBoxes.h"
 #include "vx/detail/ChainIndex.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
 
+#include <algorithm>
 #include <cmath>
-#include <typeinfo>
+#include <iterator>
 
 namespace vx::collections::vorb::detail {
 
 namespace {
 
-constexpr int NO_KIND = -1, TEXT = 0, FLOATS = 1, DOUBLES = 2, BIG_INTEGERS = 3, BIG_DECIMALS = 4; // others: integers
+constexpr int NO_KIND = -1, TEXT = 0, FLOATS = 1, DOUBLES = 2, BIG_INTEGERS = 3, BIG_DECIMALS = 4; // then integers
+constexpr int FURTHER = 13; // the first of the classes that other rooms have
+
+constinit std::span<const std::type_info* const> g_furtherClasses;
 
 /// A key whose class is exactly `Key`.
 template <class Key>
@@ -31,19 +37,18 @@ bool hasTopByte(const math::BigInteger& number)
 /// The kind of a key that can be ordered, NO_KIND for any other.
 int kindOf(const IVXUnknown* key) noexcept
 {
-    static const std::type_info* const KINDS[] = {&typeid(String), &typeid(Float), &typeid(Double),
+    static const std::type_info* const KINDS[FURTHER] = {&typeid(String), &typeid(Float), &typeid(Double),
         &typeid(math::BigInteger), &typeid(math::BigDecimal), &typeid(Integer8), &typeid(Integer16), &typeid(Integer32),
         &typeid(Integer64), &typeid(UInteger8), &typeid(UInteger16), &typeid(UInteger32), &typeid(UInteger64)};
     if (key == nullptr)
         return NO_KIND;
-    const std::type_info& type = typeid(*key);
-    int kind = 0;
-    for (const std::type_info* known : KINDS) {
-        if (*known == type)
-            return kind != BIG_INTEGERS || hasTopByte(as<math::BigInteger>(key)) ? kind : NO_KIND;
-        ++kind;
+    const std::type_info* const type = &typeid(*key); // if a record exists twice, a search is only slower
+    if (const auto known = std::ranges::find(KINDS, type); known != std::end(KINDS)) {
+        const auto kind = static_cast<int>(known - KINDS);
+        return kind != BIG_INTEGERS || hasTopByte(as<math::BigInteger>(key)) ? kind : NO_KIND;
     }
-    return NO_KIND;
+    const auto further = std::ranges::find(g_furtherClasses, type);
+    return further != g_furtherClasses.end() ? FURTHER + static_cast<int>(further - g_furtherClasses.begin()) : NO_KIND;
 }
 
 int compareTexts(const String& left, const String& right)
@@ -60,6 +65,14 @@ int compareValues(Value left, Value right) noexcept
     return left < right ? -1 : left > right ? 1 : 0;
 }
 
+/// As the library's own comparator does, which would count `left` besides.
+int compareObjects(const IVXUnknown* left, const IVXUnknown* right)
+{
+    int order = 0;
+    throwIfFailed(const_cast<IVXComparable&>(dynamic_cast<const IVXComparable&>(*left)).CompareTo(right, &order));
+    return order;
+}
+
 /// A NaN after all numbers.
 int compareReals(double left, double right) noexcept
 {
@@ -69,6 +82,11 @@ int compareReals(double left, double right) noexcept
 }
 
 } // namespace
+
+void setOrderedClasses(std::span<const std::type_info* const> classes) noexcept
+{
+    g_furtherClasses = classes;
+}
 
 bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept
 {
@@ -85,6 +103,8 @@ int compareForIndex(const IVXUnknown* left, const IVXUnknown* right)
         return 0;
     if (kind == TEXT)
         return compareTexts(*asText(left), *asText(right));
+    if (kind >= FURTHER)
+        return compareObjects(left, right);
     if (kind == BIG_INTEGERS)
         return as<math::BigInteger>(left).compareTo(as<math::BigInteger>(right));
     if (kind == BIG_DECIMALS)

@@ -7,6 +7,8 @@
 #include "vx/util/Comparator.h"
 
 #include <cstdint>
+#include <span>
+#include <typeinfo>
 
 // How maps call a comparator. The library's own comparator is not called for texts, by far the most frequent keys: it
 // would come to the same result through the component view of each text.
@@ -49,8 +51,12 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
     return left.length() == right.length() && vx::detail::equalUnits(left.data(), right.data(), left.length());
 }
 
-/// Whether both are texts, or numbers of one class of the library. The library's own comparator finds such keys equal
-/// exactly if `compareForIndex` gives 0 for them; a NaN alone is equal to no number there.
+/// Makes further classes known whose `compareTo` orders all objects of exactly that class. The library's start calls this:
+/// the classes belong to rooms that include this one. The array must live as long as the library.
+void setOrderedClasses(std::span<const std::type_info* const> classes) noexcept;
+
+/// Whether both are texts, numbers of one class of the library, or of one of those further classes. The library's own
+/// comparator finds such keys equal exactly if `compareForIndex` gives 0 for them; a NaN alone is equal to no number there.
 bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept;
 
 /// Below, equal to or above 0, for two keys of one kind. Keys of different kinds are ordered by kind.
