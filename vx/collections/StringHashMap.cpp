@@ -11,10 +11,24 @@
 namespace vx::collections {
 
 using vx::detail::StringReadLock;
+using vx::detail::StringSource;
+
+namespace {
+
+/// The text of a wanted key. A key in the map may have the same buffer, so that a buffer with a real lock is not locked for
+/// the whole search: the text is copied instead.
+struct KeyText : StringSource {
+    explicit KeyText(const String& key)
+        : StringSource(key, key)
+    {
+    }
+};
+
+} // namespace
 
 int StringHashMap::KeyOrder::compare(const Item& left, const Item& right)
 {
-    const StringReadLock text(right.key);
+    const StringSource text(left.key, right.key);
     return compare(left, std::u16string_view(text.data(), static_cast<std::size_t>(text.length())));
 }
 
@@ -49,7 +63,7 @@ Reference<Object> StringHashMap::get(const char16_t* chars, int length) const
 
 Reference<Object> StringHashMap::get(const String& key) const
 {
-    const StringReadLock text(key);
+    const KeyText text(key);
     return get(text.data(), text.length());
 }
 
@@ -65,7 +79,7 @@ bool StringHashMap::containsKey(const char16_t* chars, int length) const
 
 bool StringHashMap::containsKey(const String& key) const
 {
-    const StringReadLock text(key);
+    const KeyText text(key);
     return containsKey(text.data(), text.length());
 }
 
@@ -107,7 +121,7 @@ StringHashMap::Place StringHashMap::find(const char16_t* chars, int length) cons
 
 StringHashMap::Place StringHashMap::find(const String& key) const
 {
-    const StringReadLock text(key);
+    const KeyText text(key);
     return find(text.data(), text.length());
 }
 

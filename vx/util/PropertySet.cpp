@@ -130,7 +130,8 @@ String PropertySet::remove(const String& key)
 
 PropertySet::Found PropertySet::find(const String& key) const
 {
-    const vx::detail::StringReadLock text(key);
+    // A copy where the buffer has a real lock, which a key in the map may share.
+    const vx::detail::StringSource text(key, key);
     const std::uint32_t hash = vx::detail::hashText(text.data(), text.length(), false);
     const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
     const PropertySet* set = this;

@@ -1,6 +1,7 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Random.h"
 #include "tests/Threads.h"
+#include "tests/vx/UserBuffer.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
@@ -10,6 +11,7 @@
 #include "vx/collections/StringHashMap.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashSet.h"
+#include "vx/util/PropertySet.h"
 
 #include <gtest/gtest.h>
 
@@ -441,6 +443,34 @@ TEST(IntegerHashMap, TakesNumbersBelow0ByTheirBits)
     for (const auto [key, value] : map)
         keys += std::to_string(key) + ' ';
     EXPECT_EQ(keys, "-2147483648 66 -1 68 ");
+}
+
+/// A map shares the buffers of its keys. A second read lock of one thread would wait for ever if a writer waits meanwhile.
+TEST(Maps, LockABufferOnceThatTheKeyAndTheWantedKeyShare)
+{
+    auto* buffer = new UserBuffer(collidingText(99));
+    const Reference<String> key(new String(String::AcquireShare, buffer)), wanted(new String(*key));
+    const Reference<HashMap> map(new HashMap(1, 1000));
+    StringHashMap texts(1, 1000);
+    const Reference<util::PropertySet> properties(new util::PropertySet);
+    properties->set(*key, u"value");
+    for (const bool isIndexed : {false, true}) {
+        map->put(key->GetUnknown(), key->GetUnknown());
+        texts.put(*key, key.get());
+        for (std::uint32_t number = 0; isIndexed && number < 20; ++number) {
+            map->put(Reference<Object>(new String(collidingText(number)))->GetUnknown(), nullptr);
+            texts.put(String(collidingText(number)), nullptr);
+        }
+        EXPECT_EQ(map->get(wanted->GetUnknown()), key->GetUnknown());
+        EXPECT_TRUE(texts.get(*wanted) == key.get() && texts.containsKey(*wanted));
+        EXPECT_EQ(map->put(wanted->GetUnknown(), nullptr), key->GetUnknown());
+        EXPECT_EQ(texts.put(*wanted, key.get()), key.get());
+        EXPECT_TRUE(properties->hasProperty(*wanted));
+        EXPECT_EQ(map->remove(wanted->GetUnknown()), nullptr);
+        EXPECT_EQ(texts.remove(*wanted), key.get());
+    }
+    EXPECT_EQ(buffer->m_deepest, 1);
+    EXPECT_TRUE(buffer->isUnlocked());
 }
 
 TEST(StringHashMap, TellsTextsByTheirUnits)

@@ -53,8 +53,8 @@ int kindOf(const IVXUnknown* key) noexcept
 
 int compareTexts(const String& left, const String& right)
 {
+    const vx::detail::StringSource rightText(left, right); // first: a copy comes before a lock on its source
     const vx::detail::StringReadLock leftText(left);
-    const vx::detail::StringReadLock rightText(right);
     return vx::detail::compareForIndex({leftText.data(), static_cast<std::size_t>(leftText.length())},
         {rightText.data(), static_cast<std::size_t>(rightText.length())});
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <typeinfo>
 
 // How maps call a comparator. The library's own comparator is not called for texts, by far the most frequent keys: it
@@ -46,9 +47,12 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
         return compareElements(comparator, stored, other) == 0;
     if (storedText == otherText)
         return true;
-    const vx::detail::StringReadLock left(*storedText);
-    const vx::detail::StringReadLock right(*otherText);
-    return left.length() == right.length() && vx::detail::equalUnits(left.data(), right.data(), left.length());
+    std::u16string_view left;
+    std::u16string_view right;
+    if (!vx::detail::PlainBuffer::read(*storedText, &left) || !vx::detail::PlainBuffer::read(*otherText, &right))
+        return storedText->equals(*otherText, false); // both may have one buffer, with a real lock
+    return left.size() == right.size()
+        && vx::detail::equalUnits(left.data(), right.data(), static_cast<int>(left.size()));
 }
 
 /// Makes further classes known whose `compareTo` orders all objects of exactly that class. The library's start calls this:
