@@ -20,6 +20,12 @@ std::int32_t StdioInputStream::read(signed char* target, std::int32_t length)
         return 0;
     detail::requireUnits(target);
     auto* text = reinterpret_cast<char*>(target);
+    if (length > 1) { // a signal while fgets waits would lose what it has read of the line: it must find a byte
+        const int first = detail::readByte(m_stream);
+        detail::checkStream(m_stream, u"stream read error");
+        if (first == EOF || std::ungetc(first, m_stream) == EOF)
+            return -1;
+    }
     const bool isRead = std::fgets(text, length, m_stream) != nullptr;
     detail::checkStream(m_stream, u"stream read error");
     const std::size_t got = isRead ? std::strlen(text) : 0;
@@ -28,7 +34,7 @@ std::int32_t StdioInputStream::read(signed char* target, std::int32_t length)
 
 int StdioInputStream::read()
 {
-    const int byte = std::fgetc(m_stream);
+    const int byte = detail::readByte(m_stream);
     detail::checkStream(m_stream, u"stream read error");
     return byte;
 }

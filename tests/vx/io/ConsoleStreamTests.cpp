@@ -1,3 +1,4 @@
+#include "tests/vx/net/SignalStorm.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
@@ -65,6 +66,23 @@ TEST(StdioInputStream, ReadsLineByLine)
     alone([&] {
         redirect(STDIN_FILENO, scratch / "out", O_WRONLY);
         EXPECT_THROW(StdioInputStream().read(), IoException);
+    });
+    alone([&] {
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        ASSERT_EQ(::dup2(ends[0], STDIN_FILENO), STDIN_FILENO);
+        const net::SignalStorm storm;
+        std::thread writer([&] {
+            for (const std::string_view piece : {"one\n"sv, "2"sv}) {
+                net::SignalStorm::pass();
+                EXPECT_EQ(::write(ends[1], piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
+            }
+            ::close(ends[1]);
+        });
+        StdioInputStream stream;
+        EXPECT_EQ(readOnce(stream, 100), "one\n") << "signals arrive while it waits";
+        EXPECT_EQ(stream.read(), '2');
+        writer.join();
     });
 }
 

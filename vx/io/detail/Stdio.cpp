@@ -3,6 +3,8 @@
 #include "vx/io/IoException.h"
 #include "vxsys/File.h"
 
+#include <cerrno>
+
 namespace vx::io::detail {
 
 namespace {
@@ -23,6 +25,18 @@ void checkStream(std::FILE* stream, const char16_t* message)
         fail(stream, message);
 }
 
+int readByte(std::FILE* stream)
+{
+    for (;;) {
+        const int byte = std::fgetc(stream);
+        if (byte != EOF || std::ferror(stream) == 0 || errno != EINTR)
+            return byte;
+        std::clearerr(stream);
+    }
+}
+
+// These do not try again after a signal: the C library discards its buffer when it cannot write it, and a second try
+// would hide the loss.
 void writeByte(std::FILE* stream, signed char byte)
 {
     if (std::fputc(static_cast<unsigned char>(byte), stream) == EOF)

@@ -9,6 +9,9 @@ namespace vx::io::detail {
 /// again.
 void checkStream(std::FILE* stream, const char16_t* message);
 
+/// The next byte, or EOF. A signal does not end the wait for it.
+int readByte(std::FILE* stream);
+
 // Common operations of the two output streams over the C library.
 void writeByte(std::FILE* stream, signed char byte);
 void writeBytes(std::FILE* stream, const signed char* bytes, std::int32_t length);
