@@ -96,8 +96,14 @@ std::int32_t BufferedReader::readLine(String& line)
     } while (Input::isEmpty(*this));
 
     if (m_buffer[m_position++] == CARRIAGE_RETURN) {
-        if (Input::isEmpty(*this))
-            fillBuffer();
+        if (Input::isEmpty(*this)) {
+            try {
+                fillBuffer();
+            } catch (...) {
+                --m_position; // the next call ends the line, with the line feed that may follow
+                throw;
+            }
+        }
         if (!Input::isEmpty(*this) && m_buffer[m_position] == LINE_FEED)
             ++m_position;
     }

@@ -42,7 +42,8 @@ public:
     void reset() override;
 
     /// Reads the next line without its line end, which is LF, CR or CR LF. Returns its length, or -1 at the end of the
-    /// text, with `line` empty.
+    /// text, with `line` empty. If the source fails, `line` has what was read of the line, and the next call reads the
+    /// rest of it.
     virtual std::int32_t readLine(String& line);
 
 private:

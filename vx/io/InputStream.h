@@ -18,7 +18,8 @@ public:
     virtual std::int32_t read(signed char* target, std::int32_t length) = 0;
     /// The next byte from 0 to 255, or -1.
     virtual int read();
-    /// Reads and discards. Returns fewer than `count` only at the end.
+    /// Reads and discards. Returns fewer than `count` only at the end. If it throws, what was skipped before stays
+    /// skipped, and only a mark leads back.
     virtual std::int32_t skip(std::int32_t count);
     /// Bytes that can be read without waiting; 0 if that is unknown.
     virtual std::int32_t available();

@@ -15,7 +15,8 @@ public:
     virtual std::int32_t read(char16_t* target, std::int32_t length) = 0;
     /// The next unit from 0 to 65535, or -1.
     virtual int read();
-    /// Reads and discards. Returns fewer than `count` only at the end.
+    /// Reads and discards. Returns fewer than `count` only at the end. If it throws, what was skipped before stays
+    /// skipped, and only a mark leads back.
     virtual std::int32_t skip(std::int32_t count);
     /// Units that can be read without waiting; 0 if that is unknown.
     virtual std::int32_t available();

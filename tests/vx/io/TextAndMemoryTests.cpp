@@ -46,6 +46,30 @@ TEST(ReadLine, EndsAtEachLineEndWhereverTheBufferEnds)
     }
 }
 
+TEST(ReadLine, ContinuesALineWhoseSourceHasFailed)
+{
+    using S = Source<Chars>;
+    constexpr std::u16string_view TEXT = u"0123456789abcde\r\n\r\r\n0123456789abcdefg\n\rz\r\n";
+    std::string events;
+    for (const int piece : {1, 16}) {
+        for (std::size_t failing = 0; failing < TEXT.size(); ++failing) {
+            std::vector<int> steps(TEXT.size() + 2, piece);
+            steps.insert(steps.begin() + static_cast<std::ptrdiff_t>(failing), {S::FAIL, S::FAIL});
+            BufferedReader reader(new S({TEXT.begin(), TEXT.end()}, events, steps), 16);
+            String found, line;
+            for (bool isEnd = false; !isEnd;) {
+                try {
+                    isEnd = reader.readLine(line) < 0;
+                    found += line + u"|";
+                } catch (const TimeoutException&) {
+                    found += line;
+                }
+            }
+            EXPECT_EQ(found, u"0123456789abcde|||0123456789abcdefg||z||") << piece << ' ' << failing;
+        }
+    }
+}
+
 TEST(PrintWriter, StandsInItsOrder)
 {
 #define SLOT(operation, ...) slotOf<void (PrintWriter::*)(__VA_ARGS__)>(&PrintWriter::operation)
