@@ -12,15 +12,15 @@ namespace vx::crypto {
 /// The object does not change after construction, and any number of threads may use it.
 class VX_API BlowFish : public Object {
 public:
-    /// Only the first 56 bytes of the key are used. An empty key is allowed, but gives no secrecy. Here and below, a
-    /// negative `length` throws ResultException, and so does null with a `length` above 0.
+    /// Only the first 56 bytes of the key are used. An empty key is allowed, but gives no secrecy. A negative
+    /// `length` throws ResultException, and so does null with a `length` above 0.
     BlowFish(const signed char* key, int length);
     BlowFish(const BlowFish&) noexcept = default;
     BlowFish& operator=(const BlowFish&) noexcept = default;
     ~BlowFish() noexcept override;
 
-    /// `length` counts bytes. If it is no multiple of 8, the call throws Exception and writes nothing. `target` may be
-    /// `source`.
+    /// `length` counts bytes. If it is no multiple of 8, the call throws Exception and writes nothing. Null with
+    /// a `length` above 0 throws ResultException, and a `length` below 1 does nothing. `target` may be `source`.
     void encrypt(signed char* target, const signed char* source, std::int32_t length) const;
     void decrypt(signed char* target, const signed char* source, std::int32_t length) const;
 
