@@ -16,7 +16,7 @@ struct Options {
     bool strict = false;
     std::string input = "-";
     std::string output = "-";
-    std::string shell; ///< that of a completion
+    std::string shell = {}; ///< that of a completion
 };
 
 const vx::util::OptionTable& optionTable();
