@@ -167,6 +167,7 @@
 #include "vx/net/TcpWorkerSocket2.h"
 #include "vx/net/Transport.h"
 #include "vx/net/URI.h"
+#include "vx/net/UriReference.h"
 #include "vx/net/vorb/AbstractTransport.h"
 #include "vx/net/vorb/IVXTransport.h"
 #include "vx/net/vorb/VorbTransport.h"

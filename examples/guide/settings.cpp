@@ -37,4 +37,9 @@ int main(int argc, char** argv)
     uri.setQueryPair(u"topic", u"bread & butter", true);
     std::cout << uri.getHost(true) << ' ' << uri.getPort() << ' ' << uri.getQueryValue(u"topic", true) << '\n';
     std::cout << uri.getQueryValue(u"topic", false) << '\n';
+
+    const auto page = net::UriReference::parse("http://[::1]:8080/a/b?tag=x&tag=y%20z#end");
+    for (const net::UriReference::Parameter& each : page->getParameters())
+        std::cout << each.name << '=' << each.value << ' ';
+    std::cout << page->getHostName() << ' ' << page->resolve(*net::UriReference::parse("../c"))->getText() << '\n';
 }

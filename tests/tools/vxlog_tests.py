@@ -23,6 +23,7 @@ WRONG_COMMAND_LINES = [
     (["--to", "vxlog:localhost"], "vxlog:localhost"), (["--to", ""], "--to"), (["--to", "vxlog://localhost:0"], ":0"),
     (["--to", "vxlog://localhost?level=high"], "high"), (["--to", "vxlog://localhost", "-n", "x"], "--to"),
     (["--to", "vxlog://[::1]:0"], ":0"), (["--to", "vxlog://127.0.0.1%00.evil:9"], "%00"),
+    (["--to", "vxlog://:7514"], ":7514"), (["--to", "vxlog://a b"], "a b"), (["--to", "vxlog://h:65536"], "65536"),
 ]
 
 

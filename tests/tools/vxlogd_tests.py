@@ -147,7 +147,7 @@ class Senders(Served):
     def test_know_that_their_lines_are_there(self):
         addresses = self.start(listen="127.0.0.1, ::1")
         uri = f"vxlog://127.0.0.1:{self.port}"
-        other = f"vxlog://[::1]:{self.port}?ACK=1" if "[::1]" in addresses else uri + "?ACK=1"
+        other = f"vxlog://[::1]:{self.port}?ACK=1" if "[::1]" in addresses else uri.upper() + "?ACK=1"
         text = "".join(f"line {number} Ελληνικά\n" for number in range(20000))
         for address, options in [(uri + "?level=3&ack=1", ["-l", "9"]), (other, ["-l", "4"]), (uri, [])]:
             self.assertSucceeds(vxlog("--to", address, *options, data=text.encode()))

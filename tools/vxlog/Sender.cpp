@@ -4,8 +4,10 @@
 #include "common/Failure.h"
 
 #include <vx/net/SocketResult.h>
-#include <vx/net/URI.h>
+#include <vx/net/UriReference.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <netdb.h>
 #include <netinet/in.h>
@@ -20,33 +22,19 @@ using vx::net::TcpClientSocket2;
 using vxtools::Failure;
 using vxtools::UsageError;
 
-/// The number of a parameter, if there is one.
-std::optional<int> numberIn(const vx::net::URI& uri, const char16_t* key)
+/// The number of a parameter, whose name may be in any letter case; the last one of that name.
+std::optional<int> numberIn(const vx::net::UriReference& uri, std::string_view name)
 {
-    if (!uri.hasQueryValue(key))
-        return std::nullopt;
-    const std::string text = uri.getQueryValue(key, true).toUtf8();
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
-        throw UsageError(NO_PARAMETER(vx::String(key).toUtf8(), text));
+    std::optional<int> number;
+    for (const vx::net::UriReference::Parameter& each : uri.getParameters()) {
+        if (!std::ranges::equal(name, each.name, {}, {}, [](unsigned char byte) { return std::tolower(byte); }))
+            continue;
+        const char* end = each.value.data() + each.value.size();
+        const auto [stop, error] = std::from_chars(each.value.data(), end, number.emplace());
+        if (error != std::errc() || stop != end)
+            throw UsageError(NO_PARAMETER(std::string(name), each.value));
+    }
     return number;
-}
-
-/// Takes an IPv6 address out of its brackets, as in "vxlog://[::1]:7514", because the URI class expects the port after
-/// the first colon. Empty if there is none.
-std::string takeAddress(std::string& text)
-{
-    constexpr std::string_view BEGIN = "://[";
-    const std::size_t begin = text.find(BEGIN);
-    const std::size_t end = text.find(']');
-    if (begin == text.npos || begin != text.find(':') || end == text.npos || end < begin)
-        return {};
-    std::string address = text.substr(begin + BEGIN.size(), end - begin - BEGIN.size());
-    if (address.find(':') == address.npos)
-        return {};
-    text.replace(begin + BEGIN.size() - 1, address.size() + 2, "address");
-    return address;
 }
 
 std::string textOf(ENUM_VX_E_SOCKET result)
@@ -75,25 +63,21 @@ std::string reasonIn(const std::string& heard)
 
 Destination parseDestination(const std::string& text)
 {
-    constexpr int LAST_PORT = 65535;
-    std::string rest = text;
-    const std::string address = takeAddress(rest);
-    vx::net::URI uri {vx::String(std::string_view(rest))};
-    if (!address.empty() && uri.hasHost())
-        uri.setHost(vx::String(std::string_view(address)), false);
-    if (!uri.hasScheme() || !uri.getScheme().equals(u"vxlog", true) || !uri.hasHost())
-        throw UsageError(NO_DESTINATION(text));
+    const std::optional<vx::net::UriReference> parsed = vx::net::UriReference::parse(std::string_view(text));
+    const vx::net::UriReference uri = parsed ? parsed->normalized() : vx::net::UriReference();
     Destination destination;
-    destination.host = uri.getHost(true).toUtf8();
-    if (destination.host.find('\0') != std::string::npos) // the system would look up only the part before the zero
+    destination.host = uri.getHostName();
+    const bool isWhole
+        = destination.host.find('\0') == std::string::npos; // the system would look up the part before it
+    if (uri.getScheme() != "vxlog" || destination.host.empty() || !isWhole)
         throw UsageError(NO_DESTINATION(text));
-    if (uri.hasPort()) {
-        if (uri.getPort() < 1 || uri.getPort() > LAST_PORT)
+    if (!uri.getPortText().value_or("").empty()) {
+        destination.port = uri.getPort().value_or(0);
+        if (destination.port == 0)
             throw UsageError(NO_PORT(text));
-        destination.port = static_cast<unsigned short>(uri.getPort());
     }
-    destination.level = numberIn(uri, u"level");
-    destination.wantsAnswers = numberIn(uri, u"ack").value_or(0) != 0;
+    destination.level = numberIn(uri, "level");
+    destination.wantsAnswers = numberIn(uri, "ack").value_or(0) != 0;
     return destination;
 }
 
