@@ -59,9 +59,9 @@ TYPED_TEST(CommandLineParsers, TakeACommandLineApartAndJoinArguments)
         EXPECT_EQ(elementsOf(parser), expected) << String(text);
     }
     std::string texts[] = {"program", "-x=a b", "Größe", "two words", "-\xED\xA0\x80=\xFFö\xE2\x82"};
-    char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data(), texts[4].data()};
+    char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), texts[3].data(), texts[4].data(), nullptr};
     TypeParam parser;
-    parser.parse(5, arguments);
+    parser.parse(6, arguments); // as `main` gets them, with the null after the last
     EXPECT_EQ(elementsOf(parser), "[program]x(a b)[Größe][two words]\uFFFD\uFFFD\uFFFD(\uFFFDö\uFFFD\uFFFD)");
 }
 

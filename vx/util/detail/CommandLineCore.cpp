@@ -129,7 +129,7 @@ String joinArguments(int count, char** arguments)
 {
     std::u16string text;
     const bool asciiIsItself = decodesAsciiAsItself();
-    for (int index = 0; index < count; ++index) {
+    for (int index = 0; arguments != nullptr && index < count && arguments[index] != nullptr; ++index) {
         const std::string_view argument = arguments[index];
         if (asciiIsItself && isAscii(argument)) {
             appendArgument(text, argument);

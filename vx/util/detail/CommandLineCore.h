@@ -84,7 +84,7 @@ private:
 };
 
 /// Joins the arguments, which are in the default encoding, to one command line. An argument with a blank in it gets
-/// quotes. Bytes that are invalid in it become U+FFFD.
+/// quotes. Bytes that are invalid in it become U+FFFD. A null argument ends the list, also before `count`.
 VX_API String joinArguments(int count, char** arguments);
 
 } // namespace vx::util::detail
