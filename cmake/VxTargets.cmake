@@ -85,5 +85,10 @@ function(vx_install)
         configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
         install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
     endforeach()
+    if(BUILD_SHARED_LIBS) # gdb looks there for the printers of a library
+        install(FILES ${PROJECT_SOURCE_DIR}/gdb/vxlib4-gdb.py
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
+            RENAME $<TARGET_FILE_NAME:vxlib4>-gdb.py)
+    endif()
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endfunction()
