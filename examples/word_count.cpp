@@ -25,7 +25,7 @@ public:
     int count = 0;
 };
 
-using Words = collections::Map<String, Tally>; // gives the map behind it static types
+using Words = collections::Map<String, Tally>; // gives the wrapped map static types
 
 /// Counts the words of one line, and gives their number.
 int countLine(const String& line, Words& words)
@@ -71,7 +71,7 @@ String rightAligned(const String& text, int width)
     return String(u' ', std::max(width - text.getLength(), 0)) + text;
 }
 
-/// `part` of `whole` in percent, with ten digits behind the point.
+/// `part` of `whole` in percent, with ten digits after the point.
 String percent(const BigInteger& part, const BigInteger& whole)
 {
     BigDecimal share(part, 0);

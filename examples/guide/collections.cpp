@@ -19,7 +19,7 @@ int main()
 
     try {
         for (const Reference<String>& name : names)
-            names.remove(name.get()); // behind the iterator's back
+            names.remove(name.get()); // not through the iterator
     } catch (const Exception&) {
         std::cout << "The list changed under its iterator.\n";
     }

@@ -17,7 +17,7 @@ int main()
         std::cout << explain(failure) << '\n'; // for the user of the program
         std::cout << describe(failure) << '\n'; // for its developers
         if (errorCodeOf(failure) == std::errc::no_such_file_or_directory)
-            std::cout << "So the program goes on without settings.\n";
+            std::cout << "The program continues without settings.\n";
     }
 
     const Reference<util::PropertySet> settings(new util::PropertySet);

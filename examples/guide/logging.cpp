@@ -15,7 +15,7 @@ int main(int argc, char** argv)
     const Reference<FileOutputStream> file(new FileOutputStream(path, FileOutputStream::APPEND));
     const Reference<io::Writer> writer(
         new io::OutputStreamWriter(new io::EntryStream(file.get(), false), u"UTF-8", 4096)); // one write for each entry
-    // One worker keeps the order. It goes on after an entry that cannot be written.
+    // One worker keeps the order. It continues after an entry that cannot be written.
     const Reference<log::AsyncProcessor> queue = log::AsyncProcessor::create(
         log::BasicLogWriter::create(writer.get()).get(), 1, log::AsyncProcessor::Failures::KEEP_WORKER);
 

@@ -18,7 +18,7 @@ int main(int argc, char** argv)
     out->println(u"Ένα");
     out->println(2);
     out->println(u"three");
-    out->flush(); // through every layer; closing alone writes nothing
+    out->flush(); // flushes all layers; close would lose the text
     out->close();
 
     const Reference<BufferedReader> in(
