@@ -60,7 +60,7 @@ private:
     {
         if (object->m_module != nullptr)
             object->m_module->Release();
-        // If the destructor makes a `Reference` to `this`, the count goes from 1 to 2 and back, and nothing is destroyed twice.
+        // If the destructor makes a `Reference` to `this`, the count is 2 for a moment, and nothing is destroyed twice.
         new (&object->m_life.refCount) std::atomic<std::uint32_t>(1);
         delete object;
     }

@@ -86,7 +86,7 @@ void Str1Embedded::leave() noexcept
     m_embedded->AddRef();
     if (m_embedded->Release() == 1)
         return;
-    std::fputs("vx::Str1: the storage of a string goes while another string shares it\n", stderr);
+    std::fputs("vx::Str1: the storage of a string is destroyed while another string shares it\n", stderr);
     std::abort();
 }
 

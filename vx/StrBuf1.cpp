@@ -83,7 +83,7 @@ void StrBuf1::setCapacityValue(std::uint32_t capacity)
 
 bool StrBuf1::ownsData() const noexcept
 {
-    static_assert(sizeof(StrBuf1Wrap) == sizeof(StrBuf1), "the data of one allocation start behind either");
+    static_assert(sizeof(StrBuf1Wrap) == sizeof(StrBuf1), "the data follow either in one allocation");
     return getHeapBits() != 0 || m_data == static_cast<const void*>(this + 1);
 }
 

@@ -37,7 +37,7 @@ std::vector<std::string> fieldsOf(const std::string& list)
 
 constexpr Message HELP_HEAD {u"vxlog.help",
     "Usage: vxlog [OPTION]... [INPUT]\n"
-    "Appends each line of INPUT to a log, as an entry of its own."};
+    "Appends each line of INPUT to a log, as one entry."};
 constexpr Message HELP_FOOT {u"vxlog.help.more",
     "INPUT is standard input where it is missing or \"-\". What its encoding cannot read becomes U+FFFD.\n"
     "Several processes may append to one basic FILE at once. Each entry is in the file, whole, before\n"

@@ -12,7 +12,7 @@ inline constexpr Message NO_FIELD {u"vxlog.no-field", "--fields knows no \"{0}\"
 inline constexpr Message NO_FIELDS {u"vxlog.no-fields", "--fields is empty"};
 inline constexpr Message EMPTY_FILE_NAME {u"vxlog.empty-file-name", "a file name is empty"};
 inline constexpr Message SERVER_DECIDES {u"vxlog.server-decides", "with --to the server decides how the log looks"};
-inline constexpr Message ESCAPE_IS_XML {u"vxlog.escape-is-xml", "--escape goes with --format xml"};
+inline constexpr Message ESCAPE_IS_XML {u"vxlog.escape-is-xml", "--escape needs --format xml"};
 
 inline constexpr Message NO_DESTINATION {u"vxlog.no-destination", "--to takes vxlog://HOST:PORT, not \"{0}\""};
 inline constexpr Message NO_PORT {u"vxlog.no-port", "--to: no such port in \"{0}\""};

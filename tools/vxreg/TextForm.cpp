@@ -121,7 +121,7 @@ Value parseValueInLine(std::u16string_view line)
     if (!line.empty() && line.front() == u'"') {
         value.text = unquote(line);
         if (!line.empty())
-            throw std::invalid_argument("something stands behind the text");
+            throw std::invalid_argument("there is something after the text");
         return value;
     }
     const std::string text = String(line).toUtf8();
