@@ -13,8 +13,8 @@
 
 namespace vx::detail {
 
-/// A text that is put together piece by piece. It starts in the storage of `ShortTextBuilder`, and allocates once that is too
-/// small. A text longer than any String throws std::bad_alloc.
+/// A text that is written piece by piece. It allocates memory only if it is too long for the room in `ShortTextBuilder`.
+/// A text longer than any String throws std::bad_alloc.
 class TextBuilder {
 public:
     TextBuilder(const TextBuilder&) = delete;
@@ -28,7 +28,7 @@ public:
     void append(std::u16string_view text) { text.copy(extend(static_cast<std::int64_t>(text.size())), text.size()); }
     void append(char16_t unit) { *extend(1) = unit; }
 
-    /// In decimal digits.
+    /// Appends decimal digits.
     template <class Number>
     void appendNumber(Number number)
     {
@@ -46,7 +46,7 @@ protected:
     ~TextBuilder() = default;
 
 private:
-    /// Makes the text `more` units longer, and returns the place of the new ones.
+    /// Makes the text `more` units longer, and returns the place of the new units.
     char16_t* extend(std::int64_t more)
     {
         if (more > m_capacity - m_length)
@@ -54,17 +54,7 @@ private:
         return m_data + std::exchange(m_length, m_length + more);
     }
 
-    void grow(std::int64_t needed)
-    {
-        if (needed > LONGEST_TEXT)
-            throwBadAllocation();
-        const std::int64_t capacity = std::max(needed, 2 * m_capacity);
-        RawArray<char16_t> larger = makeRawArray<char16_t>(capacity);
-        std::copy_n(m_data, m_length, larger.get());
-        m_long = std::move(larger);
-        m_data = m_long.get();
-        m_capacity = capacity;
-    }
+    void grow(std::int64_t needed);
 
     char16_t* m_data;
     std::int64_t m_length = 0;
@@ -72,7 +62,19 @@ private:
     RawArray<char16_t> m_long;
 };
 
-/// Holds a text of up to `UNITS` units in itself.
+inline void TextBuilder::grow(std::int64_t needed)
+{
+    if (needed > LONGEST_TEXT)
+        throwBadAllocation();
+    const std::int64_t capacity = std::max(needed, 2 * m_capacity);
+    RawArray<char16_t> larger = makeRawArray<char16_t>(capacity);
+    std::copy_n(m_data, m_length, larger.get());
+    m_long = std::move(larger);
+    m_data = m_long.get();
+    m_capacity = capacity;
+}
+
+/// A builder with room for `UNITS` units inside the object.
 template <std::size_t UNITS = 1024>
 class ShortTextBuilder final : public TextBuilder {
 public:
@@ -84,5 +86,14 @@ public:
 private:
     char16_t m_short[UNITS];
 };
+
+/// The text that `write(TextBuilder&)` writes.
+template <class Write>
+String builtText(Write write)
+{
+    ShortTextBuilder<> text;
+    write(text);
+    return text.toString();
+}
 
 } // namespace vx::detail

@@ -132,9 +132,7 @@ void AbstractLogWriter::flush()
 
 String AbstractLogWriter::format(const ILogEntry* entry)
 {
-    ShortTextBuilder<> text;
-    print(*entry, text);
-    return text.toString();
+    return vx::detail::builtText([&](TextBuilder& text) { print(*entry, text); });
 }
 
 BasicLogWriter::BasicLogWriter(io::Writer* writer)

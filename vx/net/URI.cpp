@@ -1,9 +1,9 @@
 #include "vx/net/URI.h"
 
 #include "vx/Exception.h"
+#include "vx/detail/TextBuilder.h"
 #include "vx/net/detail/QueryTable.h"
 #include "vx/net/detail/QueryText.h"
-#include "vx/net/detail/TextWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,8 @@ namespace vx::net {
 
 namespace {
 
-using detail::TextWriter;
+using vx::detail::builtText;
+using vx::detail::TextBuilder;
 using View = std::u16string_view;
 
 } // namespace
@@ -174,19 +175,19 @@ String URI::getUserInfo(bool unescape) const
 {
     if (!hasUser())
         throw Exception();
-    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendUserInfo(target, unescape); });
+    return builtText([&](TextBuilder& target) { appendUserInfo(target, unescape); });
 }
 
 String URI::getAuthority(bool unescape) const
 {
     if (!hasAuthority())
         throw Exception();
-    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendAuthority(target, unescape); });
+    return builtText([&](TextBuilder& target) { appendAuthority(target, unescape); });
 }
 
 String URI::getQuery(bool unescape) const
 {
-    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendQuery(target, unescape); });
+    return builtText([&](TextBuilder& target) { appendQuery(target, unescape); });
 }
 
 String URI::getQueryValue(const String& key, bool unescape) const
@@ -199,7 +200,7 @@ String URI::getQueryValue(const String& key, bool unescape) const
 
 String URI::getSchemeSpecificPart(bool unescape) const
 {
-    return TextWriter::write(roomToPrint(), [&](TextWriter& target) { appendSchemeSpecificPart(target, unescape); });
+    return builtText([&](TextBuilder& target) { appendSchemeSpecificPart(target, unescape); });
 }
 
 String URI::getFragment() const

@@ -10,11 +10,14 @@
 #include <string>
 #include <string_view>
 
+namespace vx::detail {
+class TextBuilder;
+} // namespace vx::detail
+
 namespace vx::net {
 
 namespace detail {
 class QueryTable;
-class TextWriter;
 } // namespace detail
 
 /// The parts of one URI (RFC 3986) in their escaped form: scheme, user, password, host, port, path and query. A
@@ -148,12 +151,11 @@ private:
     /// The parameters as a table; null if there are none.
     detail::QueryTable* readQuery() const;
 
-    std::size_t roomToPrint() const;
-    static void append(detail::TextWriter& target, std::u16string_view stored, bool unescape);
-    void appendUserInfo(detail::TextWriter& target, bool unescape) const;
-    void appendAuthority(detail::TextWriter& target, bool unescape) const;
-    void appendQuery(detail::TextWriter& target, bool unescape) const;
-    void appendSchemeSpecificPart(detail::TextWriter& target, bool unescape) const;
+    static void append(vx::detail::TextBuilder& target, std::u16string_view stored, bool unescape);
+    void appendUserInfo(vx::detail::TextBuilder& target, bool unescape) const;
+    void appendAuthority(vx::detail::TextBuilder& target, bool unescape) const;
+    void appendQuery(vx::detail::TextBuilder& target, bool unescape) const;
+    void appendSchemeSpecificPart(vx::detail::TextBuilder& target, bool unescape) const;
 
     Parts m_parts;
     std::unique_ptr<char16_t[]> m_texts;

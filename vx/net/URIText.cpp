@@ -1,8 +1,8 @@
 #include "vx/Exception.h"
+#include "vx/detail/TextBuilder.h"
 #include "vx/net/URI.h"
 #include "vx/net/detail/QueryTable.h"
 #include "vx/net/detail/QueryText.h"
-#include "vx/net/detail/TextWriter.h"
 #include "vxsys/Number.h"
 
 #include <algorithm>
@@ -18,7 +18,8 @@ namespace vx::net {
 
 namespace {
 
-using detail::TextWriter;
+using vx::detail::builtText;
+using vx::detail::TextBuilder;
 using View = std::u16string_view;
 
 constexpr const char16_t* UTF_8 = u"UTF-8";
@@ -78,7 +79,7 @@ void appendEscape(std::u16string& escaped, unsigned char byte)
 
 String URI::toString() const
 {
-    return TextWriter::write(roomToPrint(), [&](TextWriter& target) {
+    return builtText([&](TextBuilder& target) {
         if (hasScheme()) {
             target.append(m_parts.texts[SCHEME]);
             target.append(u':');
@@ -129,16 +130,7 @@ String URI::getUnescapedString(View text)
     return String(bytes.data(), static_cast<int>(end), UTF_8);
 }
 
-std::size_t URI::roomToPrint() const
-{
-    constexpr std::size_t SIGNS = 20; // and those of the port
-    std::size_t room = SIGNS;
-    for (const View text : m_parts.texts)
-        room += text.size();
-    return room;
-}
-
-void URI::append(TextWriter& target, View stored, bool unescape)
+void URI::append(TextBuilder& target, View stored, bool unescape)
 {
     if (unescape)
         target.append(getUnescapedString(stored));
@@ -146,7 +138,7 @@ void URI::append(TextWriter& target, View stored, bool unescape)
         target.append(stored);
 }
 
-void URI::appendUserInfo(TextWriter& target, bool unescape) const
+void URI::appendUserInfo(TextBuilder& target, bool unescape) const
 {
     append(target, m_parts.texts[USER], unescape);
     if (hasPassword()) {
@@ -155,7 +147,7 @@ void URI::appendUserInfo(TextWriter& target, bool unescape) const
     }
 }
 
-void URI::appendAuthority(TextWriter& target, bool unescape) const
+void URI::appendAuthority(TextBuilder& target, bool unescape) const
 {
     if (hasUser()) {
         appendUserInfo(target, unescape);
@@ -164,13 +156,12 @@ void URI::appendAuthority(TextWriter& target, bool unescape) const
     if (hasHost())
         append(target, m_parts.texts[HOST], unescape);
     if (hasPort()) {
-        char16_t digits[33];
         target.append(u':');
-        target.append(VXLToStrW(m_parts.port, digits, 10));
+        target.appendNumber(m_parts.port);
     }
 }
 
-void URI::appendQuery(TextWriter& target, bool unescape) const
+void URI::appendQuery(TextBuilder& target, bool unescape) const
 {
     bool isFirst = true;
     const auto appendPair = [&](View key, View value) {
@@ -187,7 +178,7 @@ void URI::appendQuery(TextWriter& target, bool unescape) const
         query->forEach(appendPair);
 }
 
-void URI::appendSchemeSpecificPart(TextWriter& target, bool unescape) const
+void URI::appendSchemeSpecificPart(TextBuilder& target, bool unescape) const
 {
     if (isOpaque()) {
         target.append(m_parts.texts[OPAQUE_PART]);
