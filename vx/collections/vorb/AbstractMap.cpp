@@ -86,7 +86,8 @@ int AbstractMap::getSize() const
 
 Reference<IVXUnknown> AbstractMap::put(IVXUnknown* key, IVXUnknown* value)
 {
-    const Reference<IVXUnknown> counted[] = {key, value}; // new objects are released
+    const Reference<IVXUnknown> keyKept(key); // new objects are released
+    const Reference<IVXUnknown> valueKept(value);
     throw UnsupportedOperationException();
 }
 
