@@ -47,13 +47,7 @@ public:
     }
 
     /// The storage of an RWCharBuffer (exactly that class) that only one string uses; null for anything else.
-    static Storage* soleStorage(IVXCharBuffer& buffer) noexcept
-    {
-        if (!isExactly<util::RWCharBuffer>(buffer))
-            return nullptr;
-        auto& own = static_cast<util::RWCharBuffer&>(buffer);
-        return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
-    }
+    static Storage* soleStorage(IVXCharBuffer& buffer) noexcept;
 
     /// The storage of a string that may write to it without any further change; null for anything else.
     static Storage* writableStorage(String& text) noexcept
@@ -63,35 +57,10 @@ public:
 
     /// Makes the text `more` units longer and returns the place of the new units. Null, and no change, if that needs a
     /// copy or new storage.
-    static char16_t* extend(String& text, int more) noexcept
-    {
-        Storage* storage = writableStorage(text);
-        if (storage == nullptr || more < 1)
-            return nullptr;
-        const int length = std::max(storage->length(), 1);
-        if (!storage->ensureWithin(std::int64_t {length} + more))
-            return nullptr;
-        storage->setLength(length + more);
-        char16_t* place = storage->data() + (length - 1);
-        place[more] = 0;
-        return place;
-    }
+    static char16_t* extend(String& text, int more) noexcept;
 
     /// Appends one unit within the capacity. False, and no change, if that needs a copy or more room.
-    static bool push(String& text, char16_t unit) noexcept
-    {
-        Storage* storage = writableStorage(text);
-        if (storage == nullptr)
-            return false;
-        const int length = storage->length();
-        if (length < 1 || length >= storage->capacity())
-            return false;
-        char16_t* const end = storage->data() + length;
-        end[-1] = unit;
-        end[0] = 0;
-        storage->setLength(length + 1);
-        return true;
-    }
+    static bool push(String& text, char16_t unit) noexcept;
 
     /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts. `more` may
     /// be in the old buffer. False, and no change, for any other text.
@@ -99,74 +68,18 @@ public:
 
     /// Replaces `text` by the units of `source`, which may be in its own storage. False, and no change, if that needs a
     /// copy or new storage.
-    static bool overwrite(String& text, const char16_t* source, int length) noexcept
-    {
-        Storage* storage = writableStorage(text);
-        if (storage == nullptr || !storage->ensureWithin(std::int64_t {length} + 1))
-            return false;
-        if (length > 0)
-            std::memmove(storage->data(), source, static_cast<std::size_t>(length) * sizeof(char16_t));
-        storage->data()[length] = 0;
-        storage->setLength(length + 1);
-        return true;
-    }
+    static bool overwrite(String& text, const char16_t* source, int length) noexcept;
 
     /// Replaces a range by `insert` units of `text`, or by `insert` copies of `fill` if `text` is null. `text` is
     /// outside the storage of the string. False, and no change, if that needs a copy or new storage.
     static bool splice(
-        String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept
-    {
-        Storage* storage = writableStorage(target);
-        if (storage == nullptr || storage->length() < 1)
-            return false;
-        const int length = storage->length() - 1;
-        start = clipped(start, length);
-        count = clipped(count, length - start);
-        const std::int64_t newLength = length + insert - count;
-        if (!storage->ensureWithin(newLength + 1))
-            return false;
-        char16_t* const place = storage->data() + start;
-        if (insert != count) {
-            std::memmove(
-                place + insert, place + count, static_cast<std::size_t>(length - start - count) * sizeof(char16_t));
-        }
-        if (text != nullptr)
-            std::memcpy(place, text, static_cast<std::size_t>(insert) * sizeof(char16_t));
-        else
-            std::fill_n(place, insert, fill);
-        storage->data()[newLength] = 0;
-        storage->setLength(static_cast<int>(newLength) + 1);
-        return true;
-    }
+        String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept;
 
     /// The text and length of a known buffer; false for any other.
-    static bool read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept
-    {
-        if (isExactly<util::RWCharBuffer>(buffer)) {
-            const Storage& storage = static_cast<const util::RWCharBuffer&>(buffer).m_storage;
-            *data = storage.data();
-            *length = storage.length();
-            return true;
-        }
-        if (isExactly<util::ROCharBuffer>(buffer)) {
-            const auto& wrap = static_cast<const util::ROCharBuffer&>(buffer);
-            *data = wrap.m_storage.data();
-            *length = wrap.m_storage.length();
-            return true;
-        }
-        return false;
-    }
+    static bool read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept;
 
     /// The same for the buffer of a string.
-    static bool read(const String& text, std::u16string_view* units) noexcept
-    {
-        const char16_t* data = nullptr;
-        int length = 0;
-        if (!read(*text.m_buffer, &data, &length))
-            return false;
-        *units = {data, static_cast<std::size_t>(std::max(length - 1, 0))};
-        return true;
-    }
+    static bool read(const String& text, std::u16string_view* units) noexcept;
 
     /// The same for a string that is of no derived class.
     static bool readExact(const String& text, std::u16string_view* units) noexcept
@@ -176,61 +89,21 @@ public:
 
     /// The text if it certainly ends with a zero unit, otherwise null. Only a string that owns its storage is certain:
     /// the unit after a wrapped text belongs to the owner of that text, and reading it may be an error.
-    static const char16_t* terminated(const String& text) noexcept
-    {
-        if (!isExactly<String>(text) || !isExactly<util::RWCharBuffer>(*text.m_buffer))
-            return nullptr;
-        const Storage& storage = static_cast<const util::RWCharBuffer&>(*text.m_buffer).m_storage;
-        const int length = storage.length();
-        return length > 0 && storage.data()[length - 1] == 0 ? storage.data() : nullptr;
-    }
+    static const char16_t* terminated(const String& text) noexcept;
 
     /// A new buffer with count 0 and without text.
     static util::RWCharBuffer* make(int capacity);
 
     /// Sets the first reference to a new buffer that only the caller knows.
     template <class Buffer>
-    static Reference<IVXCharBuffer> own(Buffer* fresh) noexcept
-    {
-        Reference<IVXCharBuffer> first;
-        fresh->setFirstReference();
-        first.attach(fresh);
-        return first;
-    }
+    static Reference<IVXCharBuffer> own(Buffer* fresh) noexcept;
 
     /// Adds a reference to the buffer of a string.
-    static Reference<IVXCharBuffer> share(const Reference<IVXCharBuffer>& buffer) noexcept
-    {
-        if (const ComObject* object = countOf(*buffer)) {
-            object->ComObject::AddRef();
-            Reference<IVXCharBuffer> more;
-            more.attach(buffer.get());
-            return more;
-        }
-        return buffer;
-    }
+    static Reference<IVXCharBuffer> share(const Reference<IVXCharBuffer>& buffer) noexcept;
 
     /// Releases the buffer of a string. After the last reference to an RWCharBuffer (exactly that class) no other can
     /// be added, so it is destroyed without changing its count.
-    static void release(Reference<IVXCharBuffer>& buffer) noexcept
-    {
-        if (buffer == nullptr)
-            return;
-        if (isExactly<util::RWCharBuffer>(*buffer)) {
-            auto& own = static_cast<util::RWCharBuffer&>(*buffer);
-            if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
-                std::ignore = buffer.detach();
-                if (!own.m_storage.isBorrowed()) // otherwise its destructor has nothing to do
-                    own.util::RWCharBuffer::~RWCharBuffer();
-                vxsys::deallocate(&own);
-                return;
-            }
-        }
-        if (const ComObject* object = countOf(*buffer)) {
-            std::ignore = buffer.detach();
-            object->ComObject::Release();
-        }
-    }
+    static void release(Reference<IVXCharBuffer>& buffer) noexcept;
 
     /// Frees the room after the text, but keeps room for at least `least` units in all.
     static void releaseExtra(util::RWCharBuffer& buffer, int least) noexcept { buffer.m_storage.releaseExtra(least); }
@@ -238,43 +111,192 @@ public:
     /// A new buffer with the text that `fill` writes. `fill` gets an array of at most `longest` units and returns how
     /// many it has written. The capacity is that of a copy of the text.
     template <std::invocable<char16_t*> Fill>
-    static Reference<IVXCharBuffer> filled(int longest, int capacity, Fill fill)
-    {
-        util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(longest)));
-        Reference<IVXCharBuffer> first = own(buffer);
-        Storage& storage = buffer->m_storage;
-        const int length = fill(storage.data());
-        storage.data()[length] = 0;
-        storage.setLength(length + 1);
-        storage.releaseExtra(capacity);
-        return first;
-    }
+    static Reference<IVXCharBuffer> filled(int longest, int capacity, Fill fill);
 
     /// A new buffer with `length` units, the terminator, and room for at least `capacity` units.
-    static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0)
-    {
-        util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
-        Storage& storage = buffer->m_storage;
-        if (length > 0)
-            std::memcpy(storage.data(), text, static_cast<std::size_t>(length) * sizeof(char16_t));
-        storage.data()[length] = 0;
-        storage.setLength(length + 1);
-        return own(buffer);
-    }
+    static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0);
 };
+
+inline PlainBuffer::Storage* PlainBuffer::soleStorage(IVXCharBuffer& buffer) noexcept
+{
+    if (!isExactly<util::RWCharBuffer>(buffer))
+        return nullptr;
+    auto& own = static_cast<util::RWCharBuffer&>(buffer);
+    return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
+}
+
+inline char16_t* PlainBuffer::extend(String& text, int more) noexcept
+{
+    Storage* storage = writableStorage(text);
+    if (storage == nullptr || more < 1)
+        return nullptr;
+    const int length = std::max(storage->length(), 1);
+    if (!storage->ensureWithin(std::int64_t {length} + more))
+        return nullptr;
+    storage->setLength(length + more);
+    char16_t* place = storage->data() + (length - 1);
+    place[more] = 0;
+    return place;
+}
+
+inline bool PlainBuffer::push(String& text, char16_t unit) noexcept
+{
+    Storage* storage = writableStorage(text);
+    if (storage == nullptr)
+        return false;
+    const int length = storage->length();
+    if (length < 1 || length >= storage->capacity())
+        return false;
+    char16_t* const end = storage->data() + length;
+    end[-1] = unit;
+    end[0] = 0;
+    storage->setLength(length + 1);
+    return true;
+}
+
+inline bool PlainBuffer::overwrite(String& text, const char16_t* source, int length) noexcept
+{
+    Storage* storage = writableStorage(text);
+    if (storage == nullptr || !storage->ensureWithin(std::int64_t {length} + 1))
+        return false;
+    if (length > 0)
+        std::memmove(storage->data(), source, static_cast<std::size_t>(length) * sizeof(char16_t));
+    storage->data()[length] = 0;
+    storage->setLength(length + 1);
+    return true;
+}
+
+inline bool PlainBuffer::splice(
+    String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept
+{
+    Storage* storage = writableStorage(target);
+    if (storage == nullptr || storage->length() < 1)
+        return false;
+    const int length = storage->length() - 1;
+    start = clipped(start, length);
+    count = clipped(count, length - start);
+    const std::int64_t newLength = length + insert - count;
+    if (!storage->ensureWithin(newLength + 1))
+        return false;
+    char16_t* const place = storage->data() + start;
+    if (insert != count) {
+        std::memmove(
+            place + insert, place + count, static_cast<std::size_t>(length - start - count) * sizeof(char16_t));
+    }
+    if (text != nullptr)
+        std::memcpy(place, text, static_cast<std::size_t>(insert) * sizeof(char16_t));
+    else
+        std::fill_n(place, insert, fill);
+    storage->data()[newLength] = 0;
+    storage->setLength(static_cast<int>(newLength) + 1);
+    return true;
+}
+
+inline bool PlainBuffer::read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept
+{
+    if (isExactly<util::RWCharBuffer>(buffer)) {
+        const Storage& storage = static_cast<const util::RWCharBuffer&>(buffer).m_storage;
+        *data = storage.data();
+        *length = storage.length();
+        return true;
+    }
+    if (isExactly<util::ROCharBuffer>(buffer)) {
+        const auto& wrap = static_cast<const util::ROCharBuffer&>(buffer);
+        *data = wrap.m_storage.data();
+        *length = wrap.m_storage.length();
+        return true;
+    }
+    return false;
+}
+
+inline bool PlainBuffer::read(const String& text, std::u16string_view* units) noexcept
+{
+    const char16_t* data = nullptr;
+    int length = 0;
+    if (!read(*text.m_buffer, &data, &length))
+        return false;
+    *units = {data, static_cast<std::size_t>(std::max(length - 1, 0))};
+    return true;
+}
+
+inline const char16_t* PlainBuffer::terminated(const String& text) noexcept
+{
+    if (!isExactly<String>(text) || !isExactly<util::RWCharBuffer>(*text.m_buffer))
+        return nullptr;
+    const Storage& storage = static_cast<const util::RWCharBuffer&>(*text.m_buffer).m_storage;
+    const int length = storage.length();
+    return length > 0 && storage.data()[length - 1] == 0 ? storage.data() : nullptr;
+}
+
+template <class Buffer>
+Reference<IVXCharBuffer> PlainBuffer::own(Buffer* fresh) noexcept
+{
+    Reference<IVXCharBuffer> first;
+    fresh->setFirstReference();
+    first.attach(fresh);
+    return first;
+}
+
+inline Reference<IVXCharBuffer> PlainBuffer::share(const Reference<IVXCharBuffer>& buffer) noexcept
+{
+    if (const ComObject* object = countOf(*buffer)) {
+        object->ComObject::AddRef();
+        Reference<IVXCharBuffer> more;
+        more.attach(buffer.get());
+        return more;
+    }
+    return buffer;
+}
+
+inline void PlainBuffer::release(Reference<IVXCharBuffer>& buffer) noexcept
+{
+    if (buffer == nullptr)
+        return;
+    if (isExactly<util::RWCharBuffer>(*buffer)) {
+        auto& own = static_cast<util::RWCharBuffer&>(*buffer);
+        if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
+            std::ignore = buffer.detach();
+            if (!own.m_storage.isBorrowed()) // otherwise its destructor has nothing to do
+                own.util::RWCharBuffer::~RWCharBuffer();
+            vxsys::deallocate(&own);
+            return;
+        }
+    }
+    if (const ComObject* object = countOf(*buffer)) {
+        std::ignore = buffer.detach();
+        object->ComObject::Release();
+    }
+}
+
+template <std::invocable<char16_t*> Fill>
+Reference<IVXCharBuffer> PlainBuffer::filled(int longest, int capacity, Fill fill)
+{
+    util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(longest)));
+    Reference<IVXCharBuffer> first = own(buffer);
+    Storage& storage = buffer->m_storage;
+    const int length = fill(storage.data());
+    storage.data()[length] = 0;
+    storage.setLength(length + 1);
+    storage.releaseExtra(capacity);
+    return first;
+}
+
+inline Reference<IVXCharBuffer> PlainBuffer::copyOf(const char16_t* text, int length, int capacity)
+{
+    util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
+    Storage& storage = buffer->m_storage;
+    if (length > 0)
+        std::memcpy(storage.data(), text, static_cast<std::size_t>(length) * sizeof(char16_t));
+    storage.data()[length] = 0;
+    storage.setLength(length + 1);
+    return own(buffer);
+}
 
 /// The text of a string under the read lock of its view, until the end of the block. Adds no reference: the string must
 /// outlive it.
 class [[nodiscard]] StringReadLock {
 public:
-    explicit StringReadLock(const String& text)
-        : m_text(text)
-    {
-        if (isExactly<String>(text) && PlainBuffer::read(*text.m_buffer, &m_data, &m_length))
-            m_length = std::max(m_length - 1, 0);
-        else
-            lockView();
-    }
+    explicit StringReadLock(const String& text);
     ~StringReadLock() noexcept(false)
     {
         if (m_isLocked)
@@ -296,6 +318,15 @@ private:
     ReleaseReport m_report = ReleaseReport::ofDestructor(); ///< of the time of the lock, once there is one
     bool m_isLocked = false;
 };
+
+inline StringReadLock::StringReadLock(const String& text)
+    : m_text(text)
+{
+    if (isExactly<String>(text) && PlainBuffer::read(*text.m_buffer, &m_data, &m_length))
+        m_length = std::max(m_length - 1, 0);
+    else
+        lockView();
+}
 
 /// The text of `source` for an operation on `target`. It is a copy if both use one buffer with a real lock. Otherwise
 /// the read lock of the source would block the write to the target for ever, and so would a second read lock while a
@@ -328,31 +359,8 @@ public:
     /// If the write copies, the copy has room for `more(length)` units after the text of that length, in one
     /// allocation.
     template <std::invocable<int> More>
-    StringWriteLock(String& text, int minimumLength, More more)
-        : m_text(text)
-    {
-        if (isExactly<String>(text)) {
-            m_storage = PlainBuffer::soleStorage(*text.m_buffer);
-            if (m_storage == nullptr && PlainBuffer::isKnown(*text.m_buffer))
-                m_storage = copyFirst(more(text.String::getLength()));
-        }
-        if (m_storage == nullptr) {
-            lockView(minimumLength);
-            return;
-        }
-        text.m_ansi = nullptr;
-        m_length = std::max(m_storage->length() - 1, 0);
-        ensureCapacity(minimumLength);
-    }
-    ~StringWriteLock() noexcept(false)
-    {
-        if (m_storage == nullptr) {
-            unlockView();
-            return;
-        }
-        m_data[m_length] = 0;
-        m_storage->setLength(m_length + 1);
-    }
+    StringWriteLock(String& text, int minimumLength, More more);
+    ~StringWriteLock() noexcept(false);
     StringWriteLock(const StringWriteLock&) = delete;
     StringWriteLock& operator=(const StringWriteLock&) = delete;
 
@@ -361,14 +369,7 @@ public:
     /// There is room for it already.
     void setLength(int length) noexcept { m_length = length; }
     /// Makes room. Earlier pointers become invalid. A failure leaves the text as it was.
-    void ensureCapacity(int minimumLength)
-    {
-        const int needed = withTerminator(std::max(minimumLength, 0));
-        if (m_storage == nullptr || m_storage->capacity() < needed)
-            grow(needed);
-        else
-            m_data = m_storage->data();
-    }
+    void ensureCapacity(int minimumLength);
 
 private:
     void lockView(int minimumLength);
@@ -382,5 +383,42 @@ private:
     int m_length = 0;
     ReleaseReport m_report = ReleaseReport::ofDestructor(); ///< of the time of the lock, once there is one
 };
+
+template <std::invocable<int> More>
+StringWriteLock::StringWriteLock(String& text, int minimumLength, More more)
+    : m_text(text)
+{
+    if (isExactly<String>(text)) {
+        m_storage = PlainBuffer::soleStorage(*text.m_buffer);
+        if (m_storage == nullptr && PlainBuffer::isKnown(*text.m_buffer))
+            m_storage = copyFirst(more(text.String::getLength()));
+    }
+    if (m_storage == nullptr) {
+        lockView(minimumLength);
+        return;
+    }
+    text.m_ansi = nullptr;
+    m_length = std::max(m_storage->length() - 1, 0);
+    ensureCapacity(minimumLength);
+}
+
+inline StringWriteLock::~StringWriteLock() noexcept(false)
+{
+    if (m_storage == nullptr) {
+        unlockView();
+        return;
+    }
+    m_data[m_length] = 0;
+    m_storage->setLength(m_length + 1);
+}
+
+inline void StringWriteLock::ensureCapacity(int minimumLength)
+{
+    const int needed = withTerminator(std::max(minimumLength, 0));
+    if (m_storage == nullptr || m_storage->capacity() < needed)
+        grow(needed);
+    else
+        m_data = m_storage->data();
+}
 
 } // namespace vx::detail

@@ -32,13 +32,7 @@ public:
         m_descriptor = descriptor;
     }
     /// Moves an open descriptor to a free number above those of the standard streams. Returns a native error or 0.
-    int moveAboveStandardStreams() noexcept
-    {
-        const int moved = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-        const int error = moved == -1 ? errno : 0;
-        reset(moved);
-        return error;
-    }
+    int moveAboveStandardStreams() noexcept;
 
     /// Returns the descriptor, which the caller now owns.
     int release() noexcept { return std::exchange(m_descriptor, -1); }
@@ -48,5 +42,13 @@ public:
 private:
     int m_descriptor;
 };
+
+inline int Descriptor::moveAboveStandardStreams() noexcept
+{
+    const int moved = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = moved == -1 ? errno : 0;
+    reset(moved);
+    return error;
+}
 
 } // namespace vxsys::detail

@@ -22,17 +22,7 @@ public:
         ::pthread_mutex_destroy(&m_mutex);
     }
 
-    int init() noexcept
-    {
-        pthread_condattr_t attributes;
-        if (const int error = ::pthread_condattr_init(&attributes))
-            return error;
-        const int error = inOrder([&] { return ::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC); },
-            [&] { return ::pthread_cond_init(&m_condition, &attributes); });
-        ::pthread_condattr_destroy(&attributes);
-        m_ready = error == 0;
-        return error;
-    }
+    int init() noexcept;
 
     int lock() noexcept VX_ACQUIRE() { return ::pthread_mutex_lock(&m_mutex); }
     int unlock() noexcept VX_RELEASE() { return ::pthread_mutex_unlock(&m_mutex); }
@@ -48,22 +38,37 @@ public:
 
     /// Waits until `holds()` is true, which is called under the lock. ETIMEDOUT if the deadline passes before that.
     template <class Condition>
-    int waitUntil(const Deadline& deadline, Condition holds) noexcept VX_REQUIRES(this) VX_NO_THREAD_SAFETY_ANALYSIS
-    {
-        int error = deadline.isAtOnce() ? ETIMEDOUT : 0;
-        while (!holds()) {
-            if (error != 0)
-                return error;
-            error = wait(deadline);
-        }
-        return 0;
-    }
+    int waitUntil(const Deadline& deadline, Condition holds) noexcept VX_REQUIRES(this) VX_NO_THREAD_SAFETY_ANALYSIS;
 
 private:
     pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
     pthread_cond_t m_condition;
     bool m_ready = false;
 };
+
+inline int Monitor::init() noexcept
+{
+    pthread_condattr_t attributes;
+    if (const int error = ::pthread_condattr_init(&attributes))
+        return error;
+    const int error = inOrder([&] { return ::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC); },
+        [&] { return ::pthread_cond_init(&m_condition, &attributes); });
+    ::pthread_condattr_destroy(&attributes);
+    m_ready = error == 0;
+    return error;
+}
+
+template <class Condition>
+int Monitor::waitUntil(const Deadline& deadline, Condition holds) noexcept
+{
+    int error = deadline.isAtOnce() ? ETIMEDOUT : 0;
+    while (!holds()) {
+        if (error != 0)
+            return error;
+        error = wait(deadline);
+    }
+    return 0;
+}
 
 /// Holds the lock of a monitor to the end of the block.
 class [[nodiscard]] VX_SCOPED_CAPABILITY MonitorLock {

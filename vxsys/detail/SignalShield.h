@@ -12,25 +12,8 @@ namespace vxsys::detail {
 /// meanwhile is dropped; one that was pending before stays pending.
 class [[nodiscard]] SignalShield {
 public:
-    explicit SignalShield(int signal) noexcept
-    {
-        sigset_t pending;
-        sigemptyset(&m_signals);
-        sigaddset(&m_signals, signal);
-        sigpending(&pending);
-        m_wasPending = sigismember(&pending, signal) == 1;
-        pthread_sigmask(SIG_BLOCK, &m_signals, &m_maskBefore);
-    }
-    ~SignalShield()
-    {
-        const int error = errno;
-        if (!m_wasPending) {
-            constexpr timespec AT_ONCE {};
-            retryOnSignal([&] { return ::sigtimedwait(&m_signals, nullptr, &AT_ONCE); });
-        }
-        pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
-        errno = error;
-    }
+    explicit SignalShield(int signal) noexcept;
+    ~SignalShield();
     SignalShield(const SignalShield&) = delete;
     SignalShield& operator=(const SignalShield&) = delete;
 
@@ -39,5 +22,26 @@ private:
     sigset_t m_maskBefore;
     bool m_wasPending;
 };
+
+inline SignalShield::SignalShield(int signal) noexcept
+{
+    sigset_t pending;
+    sigemptyset(&m_signals);
+    sigaddset(&m_signals, signal);
+    sigpending(&pending);
+    m_wasPending = sigismember(&pending, signal) == 1;
+    pthread_sigmask(SIG_BLOCK, &m_signals, &m_maskBefore);
+}
+
+inline SignalShield::~SignalShield()
+{
+    const int error = errno;
+    if (!m_wasPending) {
+        constexpr timespec AT_ONCE {};
+        retryOnSignal([&] { return ::sigtimedwait(&m_signals, nullptr, &AT_ONCE); });
+    }
+    pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
+    errno = error;
+}
 
 } // namespace vxsys::detail

@@ -21,30 +21,12 @@ AreEqual equalityOf(const std::type_info& type) noexcept;
 class Wanted {
 public:
     /// Neither is counted.
-    Wanted(const IVXComparator& comparator, const IVXUnknown* element) noexcept
-        : m_comparator(comparator)
-        , m_element(element)
-    {
-        if (element == nullptr || !isOwnComparator(&comparator))
-            return;
-        m_type = &typeid(*element);
-        m_areEqual = equalityOf(*m_type);
-        m_object = dynamic_cast<const void*>(element);
-    }
+    Wanted(const IVXComparator& comparator, const IVXUnknown* element) noexcept;
     Wanted(const Wanted&) = delete;
     Wanted& operator=(const Wanted&) = delete;
 
     /// Whether the comparator finds `stored` equal. If it is called, `stored` is kept for that time.
-    bool isEqualTo(IVXUnknown* stored) const
-    {
-        if (m_areEqual != nullptr && stored != nullptr && &typeid(*stored) == m_type) {
-            const Equality equality = m_areEqual(dynamic_cast<const void*>(stored), m_object);
-            if (equality != Equality::UNKNOWN)
-                return equality == Equality::YES;
-        }
-        const Reference<IVXUnknown> kept(stored);
-        return compareElements(m_comparator, stored, m_element) == 0;
-    }
+    bool isEqualTo(IVXUnknown* stored) const;
 
 private:
     const IVXComparator& m_comparator;
@@ -53,6 +35,28 @@ private:
     AreEqual m_areEqual = nullptr;
     const void* m_object = nullptr;
 };
+
+inline Wanted::Wanted(const IVXComparator& comparator, const IVXUnknown* element) noexcept
+    : m_comparator(comparator)
+    , m_element(element)
+{
+    if (element == nullptr || !isOwnComparator(&comparator))
+        return;
+    m_type = &typeid(*element);
+    m_areEqual = equalityOf(*m_type);
+    m_object = dynamic_cast<const void*>(element);
+}
+
+inline bool Wanted::isEqualTo(IVXUnknown* stored) const
+{
+    if (m_areEqual != nullptr && stored != nullptr && &typeid(*stored) == m_type) {
+        const Equality equality = m_areEqual(dynamic_cast<const void*>(stored), m_object);
+        if (equality != Equality::UNKNOWN)
+            return equality == Equality::YES;
+    }
+    const Reference<IVXUnknown> kept(stored);
+    return compareElements(m_comparator, stored, m_element) == 0;
+}
 
 /// Keeps a list while a comparator is called, which may release it. Null for a list on the stack, which nothing may
 /// keep.
