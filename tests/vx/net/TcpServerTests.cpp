@@ -221,7 +221,8 @@ TEST(TcpServer, TellsOnceThatItCannotAcceptAndGoesOn)
 } // namespace vx::net
 
 /// Comes before that of the system.
-extern "C" int accept4(int listener, sockaddr* peer, socklen_t* length, int flags)
+extern "C" __attribute__((visibility("default"))) int accept4(
+    int listener, sockaddr* peer, socklen_t* length, int flags)
 {
     static const auto next = reinterpret_cast<int (*)(int, sockaddr*, socklen_t*, int)>(::dlsym(RTLD_NEXT, "accept4"));
     if (!vx::net::g_hasNoDescriptor)
