@@ -221,7 +221,7 @@ void print(benchmark::State& state)
         state.SkipWithError("another text");
 }
 
-/// All of so many bits, as in a signature; the modulus is odd.
+/// All numbers have this many bits, as in a signature; the modulus is odd.
 template <class Library>
 void modPow(benchmark::State& state)
 {

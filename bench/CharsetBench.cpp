@@ -30,7 +30,7 @@ struct Text {
     const char16_t* encoding;
     const char* peerEncoding;
     std::vector<std::u16string_view> words;
-    std::vector<std::u16string_view> separators; ///< one is drawn behind each word
+    std::vector<std::u16string_view> separators; ///< one is chosen at random after each word
 };
 
 const std::vector<std::u16string_view> SPACES = {u" ", u" ", u" ", u" ", u" ", u", ", u". ", u"\n"};
@@ -214,7 +214,7 @@ void encodeIconv(benchmark::State& state, const Text& text)
 
 #ifdef VX_BENCH_ICU
 
-/// ICU's converter of an encoding. UTF-8 goes through its string functions, which are faster.
+/// ICU's converter of an encoding. For UTF-8 it uses its string functions, which are faster.
 void decodeIcu(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);

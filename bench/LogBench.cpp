@@ -212,7 +212,7 @@ public:
     }
     ~PeerSink() override { std::fclose(m_file); }
 
-    /// Sleeps, as ours does, until so many have been flushed.
+    /// Sleeps, as ours does, until that many entries have been flushed.
     void waitFor(std::int64_t count)
     {
         m_wanted = count;

@@ -1,4 +1,4 @@
-// What a count costs: beside a bare atomic counter that goes up and down once.
+// The cost of a reference count, compared with one increment and decrement of an atomic counter.
 #include "vx/Reference.h"
 #include "vx/String.h"
 

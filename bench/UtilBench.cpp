@@ -261,7 +261,7 @@ void iniGetPoco(benchmark::State& state)
 BENCHMARK(iniGetPoco);
 #endif
 
-/// Keys of the outermost of so many sets, each of which has others.
+/// Keys of the outermost of several sets, each of which is the parent of another one.
 constexpr int SETTINGS = 20;
 
 std::string settingOf(int set, int number)

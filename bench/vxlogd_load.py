@@ -30,7 +30,7 @@ class Sender(threading.Thread):
         try:
             while time.monotonic() < self.end.when:
                 self.connection.sendall("".join(
-                    f"{self.name} {line + number} of a text that somebody wants to keep\n" for number in range(BATCH)).encode())
+                    f"{self.name} {line + number} of a text to be kept\n" for number in range(BATCH)).encode())
                 line += BATCH
         except OSError:
             pass

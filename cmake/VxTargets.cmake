@@ -16,7 +16,7 @@ function(vx_add_library name)
         VERIFY_INTERFACE_HEADER_SETS ON)
     if(BUILD_SHARED_LIBS)
         set(script ${CMAKE_CURRENT_SOURCE_DIR}/${name}.map)
-        # What the library calls of itself is its own, so no such call goes by a table that another could fill.
+        # Calls inside the library are bound to its own functions, not through a table that another library could fill.
         target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
         target_link_options(${name} PRIVATE -Wl,--version-script=${script} -Wl,-Bsymbolic-functions)
         if(NOT VX_SANITIZE) # the sanitizers' symbols come from the program
