@@ -93,7 +93,7 @@ void* vxsys::allocate(std::size_t bytes)
         if (void* memory = counted(std::malloc(bytes != 0 ? bytes : 1)))
             return memory;
     }
-    // As the platform layer does where the handler gives up.
+    // As the platform layer does if the handler gives up.
     const VXNewHandler handler = VXSetNewHandler(nullptr);
     VXSetNewHandler(handler);
     if (handler != nullptr)
@@ -108,7 +108,7 @@ void vxsys::deallocate(void* memory) noexcept
 
 #ifdef __has_feature
 #if __has_feature(thread_sanitizer)
-#define VX_NEW_IS_TAKEN // by the sanitizer's runtime
+#define VX_NEW_IS_TAKEN // called by the runtime of the sanitizer
 #endif
 #endif
 #ifndef VX_NEW_IS_TAKEN

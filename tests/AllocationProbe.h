@@ -2,11 +2,11 @@
 
 #include <cstddef>
 
-/// Watches the allocations that the library makes on this thread while the probe lives, and can let one of them fail. The
-/// program that uses it replaces the platform layer's allocating functions and `operator new`.
+/// Counts the allocations that the library makes on this thread while the probe exists, and can let one of them fail.
+/// The program that uses it replaces the platform layer's allocating functions and `operator new`.
 class AllocationProbe {
 public:
-    /// The `failing`th allocation from here on finds no memory, counted from 1; with 0 none.
+    /// The `failing`th allocation from now on, counted from 1, finds no memory; 0 means none.
     explicit AllocationProbe(int failing = 0) noexcept;
     ~AllocationProbe();
     AllocationProbe(const AllocationProbe&) = delete;
@@ -14,7 +14,7 @@ public:
 
     int count() const noexcept { return m_count; }
     bool failed() const noexcept { return m_failing != 0 && m_count >= m_failing; }
-    /// What the last allocation of raw storage asked for.
+    /// The size of the last allocation of raw storage.
     std::size_t lastRawSize() const noexcept { return m_lastRawSize; }
 
     /// Allocations of this program, on all threads, that have not been released.
@@ -34,8 +34,8 @@ private:
     AllocationProbe* m_outer;
 };
 
-/// Runs `work` again and again, each time with a later allocation that fails, until all of them succeed. `check(failing)`
-/// runs behind each failure. Gives the number of failures.
+/// Runs `work` again and again, each time with a later allocation that fails, until all of them succeed. Calls
+/// `check(failing)` after each failure. Returns the number of failures.
 template <class Work, class Check>
 int failEachAllocation(Work work, Check check)
 {

@@ -1,4 +1,5 @@
-// For programs that ask for more memory than any machine has: that is an answer there, not a fault of the program.
+// For programs that ask for more memory than any machine has: the allocation returns null, and the sanitizer does not
+// report it.
 #include "vxsys/Api.h"
 
 extern "C" VXSYS_API const char* __asan_default_options();

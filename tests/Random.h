@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-/// Other numbers in each run; what fails in its block tells the seed.
+/// Different numbers in each run. A failure in its block prints the seed.
 class Random : public std::mt19937 {
 public:
     explicit Random(unsigned seed = std::random_device()())

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <initializer_list>
 
-/// The place of a virtual operation in its table, from a pointer to it in the common C++ ABI. A virtual destructor takes
-/// two places.
+/// The position of a virtual operation in its table, from a pointer to it in the common C++ ABI. A virtual destructor
+/// has two positions.
 template <class Operation>
 std::size_t slotOf(Operation operation)
 {
@@ -16,7 +16,7 @@ std::size_t slotOf(Operation operation)
     return (word - 1) / sizeof(void*);
 }
 
-/// The same for one of several overloads, told by its signature: `slotOf<int(char) const>(&T::get)`.
+/// The same for one of several overloads, selected by its signature: `slotOf<int(char) const>(&T::get)`.
 template <class Signature, class T>
 std::size_t slotOf(Signature T::*operation)
 {
@@ -28,7 +28,7 @@ inline std::size_t slotOf(std::size_t place)
     return place;
 }
 
-/// An operation, or its place where it has overloads.
+/// An operation, or its position if it has overloads.
 struct Slot {
     template <class Operation>
     Slot(Operation operation)
@@ -39,7 +39,7 @@ struct Slot {
     std::size_t place;
 };
 
-/// Expects the operations in consecutive places from `first` on.
+/// Expects the operations in consecutive positions from `first` on.
 inline void expectSlots(const char* what, std::size_t first, std::initializer_list<Slot> slots)
 {
     std::size_t expected = first;
@@ -47,7 +47,7 @@ inline void expectSlots(const char* what, std::size_t first, std::initializer_li
         EXPECT_EQ(slot.place, expected++) << what;
 }
 
-/// Calls an operation by its place alone, as a component that was built elsewhere does.
+/// Calls an operation by its position, as a component does that was built elsewhere.
 template <class Result, class... Arguments>
 Result callSlot(void* view, std::size_t slot, Arguments... arguments)
 {
@@ -55,7 +55,7 @@ Result callSlot(void* view, std::size_t slot, Arguments... arguments)
     return reinterpret_cast<Function>((*static_cast<void***>(view))[slot])(view, arguments...);
 }
 
-/// The place that the first operation appended by a derived class gets: how many the class has.
+/// The number of positions in the table of a class: the position of the first operation that a derived class appends.
 template <class T>
 std::size_t slotsOf()
 {

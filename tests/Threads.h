@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-/// Runs `work(0)` to `work(count - 1)`, each in a thread of its own, to their ends.
+/// Runs `work(0)` to `work(count - 1)`, each in a separate thread, and waits for their ends.
 template <class Work>
 void inThreads(int count, Work work)
 {
@@ -18,7 +18,8 @@ void inThreads(int count, Work work)
         threads.emplace_back([&work, thread] { work(thread); });
 }
 
-/// Runs `work` in a new thread. Null after its end, the argument of a `pthread_exit` inside it otherwise.
+/// Runs `work` in a new thread and waits for its end. Returns the argument of a `pthread_exit` inside it, otherwise
+/// null.
 template <class Work>
 void* endOf(Work work)
 {
@@ -30,7 +31,7 @@ void* endOf(Work work)
     return end;
 }
 
-/// A thread that does one thing, and lets others see whether it waits.
+/// A thread that does one thing. Others can find out whether it waits.
 class Doing {
 public:
     explicit Doing(std::function<void()> work)
@@ -50,7 +51,7 @@ public:
             m_thread.join();
     }
 
-    /// Returns when the thread waits, as the system has it.
+    /// Returns when the system reports that the thread waits.
     void awaitWaiting() const
     {
         while (m_id == 0)

@@ -33,7 +33,7 @@ namespace {
 using namespace std::literals;
 using namespace text::charset;
 
-/// A component library in the process, whose classes its test offers by ProgID as registration would.
+/// A component library in this process. The test offers its classes by ProgID, as registration would.
 class LoadedLibrary {
 public:
     explicit LoadedLibrary(const char* path)
@@ -107,7 +107,7 @@ std::u16string textOf(std::uint32_t value)
     return {static_cast<char16_t>(0xD800 + ((value - 0x10000) >> 10)), static_cast<char16_t>(0xDC00 + (value & 0x3FF))};
 }
 
-/// Converts `text` in pieces of `size` units, each behind what the one before left unread.
+/// Converts `text` in pieces of `size` units, each of which begins with what the previous call did not read.
 template <class Converter, class In, class Out>
 std::basic_string<Out> inPieces(const char16_t* name, const std::basic_string<In>& text, std::size_t size)
 {
@@ -123,7 +123,7 @@ std::basic_string<Out> inPieces(const char16_t* name, const std::basic_string<In
             static_cast<std::int32_t>(std::min(end, text.size())), reinterpret_cast<Target*>(room), &written, 64);
         result.append(room, static_cast<std::size_t>(written));
         if (end > text.size() + size)
-            break; // the rest is no whole character
+            break; // the rest is an incomplete character
     }
     return result;
 }
@@ -179,7 +179,7 @@ TEST_F(CodecComponent, EncodesEachWholeCodePageAsTheSystemDoes)
                 continue;
             const std::u16string character = textOf(value);
             const std::string bytes = encode.convert(character.data(), 2 * character.size()).value_or("");
-            if (bytes.empty() && value % 64 != 0) // of those without a mapping some will do
+            if (bytes.empty() && value % 64 != 0) // some of those without a mapping are enough
                 continue;
             text += character;
             expected += bytes.empty() ? "?" : bytes;
@@ -193,7 +193,7 @@ TEST_F(CodecComponent, EncodesEachWholeCodePageAsTheSystemDoes)
 
 TEST_F(CodecComponent, CountsWhatIsNoCharacterBySequences)
 {
-    // A pair without a character, no beginning of anything, ASCII behind a beginning, a row without characters
+    // A pair without a character, a byte that begins nothing, ASCII after a first byte, a row without characters
     const std::tuple<const char16_t*, std::string, std::u16string> cases[] = {{u"CP932", "a\x85\xFC z", u"a\uFFFD z"},
         {u"CP932", "\xFF z", u"\uFFFD z"}, {u"CP932", "\x81 b", u"\uFFFD b"},
         {u"CP932", "\x93\xFA\x96\x7B\xB1", u"日本ｱ"}, {u"EUC-JP", "\xC6\xFC\xCB\xDC", u"日本"},
@@ -297,7 +297,7 @@ TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)
     const Reference<net::ITransport> transport = net::Transport::get(u"Velmaris.Transport.Tcp");
     util::PropertySet properties;
     properties.set(u"timeout", u"20");
-    const net::SignalStorm storm; // which makes no wait longer
+    const net::SignalStorm storm; // no wait takes longer for it
     const Reference<net::IAcceptor> acceptor = transport->createAcceptor(properties);
     const Reference<net::IConnector> connector = transport->createConnector(properties);
     {
@@ -307,7 +307,7 @@ TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)
         for (io::IChannel* channel : {near.get(), far.get()})
             EXPECT_EQ(resultOf([&] { writeTo(*channel, std::string(32 << 20, 'x')); }), VX_E_SOCKET_ETIMEDOUT);
     }
-    // Who does not accept leaves those who connect waiting, once a few of them do.
+    // If a server does not accept, clients wait once a few are connected.
     const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address {AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
     socklen_t length = sizeof address;

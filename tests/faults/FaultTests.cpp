@@ -59,7 +59,7 @@ const Fault FAULTS[] = {
     {"load: not found", CALL_LOAD, ENOENT},
 };
 
-/// Lets the `first` call of a fault's kind fail, counted from the beginning of the block.
+/// Lets the `first` call of a kind fail, counted from the beginning of the block.
 class Armed {
 public:
     Armed(const Fault& fault, int first)
@@ -113,7 +113,7 @@ public:
 
     std::string state() const { return m_operation.look() + '\n' + listing(m_place.getPath(), false); }
     std::string files() const { return listing(m_place.getPath(), true); }
-    /// What the failure says, empty for success.
+    /// The text of the failure, empty for success.
     std::string run() const
     {
         try {
@@ -138,11 +138,11 @@ std::ptrdiff_t threads()
     return std::distance(begin(entries), end(entries));
 }
 
-/// What the process holds once its other threads have ended: allocations and descriptors.
+/// What the process uses after its other threads have ended: allocations and descriptors.
 std::pair<long, std::ptrdiff_t> held()
 {
-    static std::ptrdiff_t s_own = (std::thread([] {}).join(), threads()); // a sanitizer may have one, from the first on
-    s_own = std::min(s_own, threads()); // the system may still have shown the one that has just ended
+    static std::ptrdiff_t s_own = (std::thread([] {}).join(), threads()); // of a sanitizer
+    s_own = std::min(s_own, threads()); // the system may still show the one that has just ended
     while (threads() > s_own)
         std::this_thread::yield();
     return {AllocationProbe::live(), openDescriptors()};
@@ -160,7 +160,7 @@ protected:
     void SetUp() override
     {
         held();
-        for (int warm = 0; warm < 2; ++warm) { // caches fill
+        for (int warm = 0; warm < 2; ++warm) { // caches are filled
             const Attempt attempt(m_family);
             ASSERT_EQ(attempt.run(), "");
             m_expected = attempt.state();
@@ -168,7 +168,7 @@ protected:
         }
     }
 
-    /// False where the operation makes fewer calls.
+    /// False if the operation makes fewer calls.
     bool strike(const Fault& fault, int first)
     {
         const Attempt attempt(m_family);
@@ -210,7 +210,7 @@ TEST_P(Faults, AreFailuresThatHarmNothing)
             SCOPED_TRACE(std::string(fault.name) + ", call " + std::to_string(first));
             const auto before = held();
             strikes = strike(fault, first);
-            // What a strike leaks grows with each one. A cache grows once, or holds now more and now less.
+            // A leak grows with each strike. A cache grows once, or its size goes up and down.
             const auto again = held();
             bool grows = again != before && strikes;
             for (int more = 0; grows && more < 4 && !HasFailure(); ++more) {

@@ -43,7 +43,7 @@ void write(OutputStream& stream, std::string_view bytes)
     stream.write(bytes.data(), static_cast<std::int32_t>(bytes.size()));
 }
 
-/// Opens a file that is there, writes to it and closes it again.
+/// Opens an existing file, writes to it and closes it again.
 Family opening(const char* name, unsigned int mode, After after)
 {
     return {name,
@@ -58,7 +58,7 @@ Family opening(const char* name, unsigned int mode, After after)
         after};
 }
 
-/// `work` on an object over an open stream of a file that is there.
+/// `work` on an object over an open stream of an existing file.
 template <class Make, class Work>
 Family over(const char* name, unsigned int mode, After after, Make make, Work work)
 {

@@ -49,14 +49,14 @@ void check(std::int32_t result)
     throwIfFailed(result);
 }
 
-/// `work` on what `make` makes, which `look` shows.
+/// `work` on the value that `make` returns and `look` shows.
 template <class Make, class Work, class Look>
 Family row(const std::string& name, Make make, Work work, Look look, After after = After::OLD_STATE)
 {
     return {name, [=](const Scratch&) { return on(make(), work, look); }, after};
 }
 
-/// What `make` makes anew each time.
+/// The text that `make` returns.
 template <class Make>
 Family result(const char* name, Make make)
 {
@@ -84,7 +84,7 @@ Family text(const char* name, void (*work)(Text&))
 constexpr auto* string = text<String>;
 constexpr auto* str1 = text<Str1>;
 
-/// A text in a buffer that it alone holds.
+/// A text in a buffer that no other text uses.
 template <class Buffer>
 std::shared_ptr<String> textIn()
 {
@@ -92,8 +92,7 @@ std::shared_ptr<String> textIn()
     return std::make_shared<String>(String::AcquireShare, buffer.get());
 }
 
-/// Edits of a text in its own memory, in a buffer that it adopted, and in one
-/// that has locks.
+/// Edits of a text in memory of its own, in a buffer that it adopted, and in a buffer with locks.
 std::vector<Family> editsByOwner()
 {
     const std::pair<const char*, std::shared_ptr<String> (*)()> owners[] = {
@@ -122,7 +121,7 @@ Reference<IVXUnknown> number(int value)
     return Reference<Integer32>(new Integer32(value))->GetUnknown();
 }
 
-/// An element that only the operation holds: it must not be left over.
+/// An element with no other reference than that of the operation, which must not leak it.
 IVXUnknown* fresh(int value)
 {
     return (new Integer32(value))->GetUnknown();

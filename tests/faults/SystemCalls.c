@@ -1,6 +1,7 @@
-// Functions of the C library that this program defines itself, so that the libraries find them here first. Each lets a
-// call through or fails it. They take at most six integers or pointers, which come and go in registers whatever their
-// types: the real types would only make this list long. Under a sanitizer the real function is the sanitizer's own.
+// Functions of the C library that this program defines itself, so that the libraries find these first. Each passes a
+// call on or lets it fail. They have at most six integers or pointers as parameters, which are passed in registers
+// whatever their types are, so the real types are not needed. Under a sanitizer the real function is that of the
+// sanitizer.
 #include "SystemCalls.h"
 
 #include <errno.h>
@@ -29,7 +30,7 @@ int hasFailed(void)
     return g_left <= 0;
 }
 
-/// The length that a call may move, or -1 with `errno` where it fails.
+/// The length that a call may transfer, or -1 with `errno` if it fails.
 static long allowed(enum SystemCall call, long length)
 {
     if (g_call != (int)call)
@@ -50,7 +51,7 @@ static int fails(enum SystemCall call)
 
 typedef long Function(long, long, long, long, long, long, long);
 
-/// Declares `real_name`, which gives the function that `name` hides.
+/// Declares `real_name`, which returns the function that `name` hides.
 #define REAL(name)                                                                                                     \
     Function __interceptor_##name __attribute__((weak));                                                               \
     static Function* real_##name(void)                                                                                 \
@@ -70,7 +71,7 @@ typedef long Function(long, long, long, long, long, long, long);
     long name(long a, long b, long c, long d, long e, long f, long g) work
 #define PASS(name) real_##name()(a, b, c, d, e, f, g)
 
-/// Hides a function that gives `failure` where it fails.
+/// Hides a function that returns `failure` if it fails.
 #define FAIL(call, failure, name) HIDE(name, { return fails(call) ? (failure) : PASS(name); })
 /// Hides a function whose third argument is a length.
 #define MOVE(call, name) HIDE(name, { return (c = allowed(call, c)) < 0 ? -1 : PASS(name); })
@@ -129,7 +130,7 @@ FAIL(CALL_LOAD, 0, dlopen)
 HIDE(fcntl, { return fails(b == COPY_DESCRIPTOR ? CALL_MAKE : CALL_LOCK) ? -1 : PASS(fcntl); })
 HIDE(syscall, { return a == PIDFD_OPEN && fails(CALL_MAKE) ? -1 : PASS(syscall); })
 
-// The disk itself is not waited for, which would take most of the time.
+// Does not wait for the disk, which would take most of the time.
 long fsync(long file)
 {
     return fails(CALL_FLUSH) || (int)real_fcntl()(file, GET_FLAGS, 0, 0, 0, 0, 0) < 0 ? -1 : 0;
@@ -139,7 +140,7 @@ long fdatasync(long file)
     return fsync(file);
 }
 
-// These do their work whether or not a signal breaks them off.
+// These do their work even if a signal interrupts them.
 HIDE(close, {
     const long result = PASS(close);
     return fails(CALL_CLOSE) ? -1 : result;

@@ -34,7 +34,7 @@ namespace {
 
 using namespace vx;
 
-/// Names of this process alone.
+/// Names that only this process uses.
 std::string nameOfOurs(const char* what)
 {
     return std::string(what) + std::to_string(::getpid());
@@ -110,7 +110,7 @@ struct Destroy {
 template <class Socket>
 using Owned = std::unique_ptr<Socket, Destroy>;
 
-/// What `make` puts into its argument, to be destroyed whether or not it succeeds.
+/// Stores what `make` creates, and destroys it even if `make` fails.
 template <class Socket, class Make>
 Owned<Socket> made(Make make)
 {
@@ -261,7 +261,7 @@ std::vector<Family> systemFamilies()
             }),
         {"Component",
             [](const Scratch&) {
-                static const RegisteredGreeter s_greeter; // for all attempts
+                static const RegisteredGreeter s_greeter; // one for all attempts
                 return Operation {[] {
                     void* object = nullptr;
                     throwIfFailed(VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &IVXUnknown::IID, &object));

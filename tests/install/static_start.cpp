@@ -13,7 +13,7 @@ bool works()
 
 } // namespace
 
-// A static library is started and stopped by its program, as often as it likes. Each start wants a stop.
+// A program starts and stops a static library, as often as it likes. Each start needs a stop.
 int main()
 {
     for (int round = 0; round < 2; ++round) {

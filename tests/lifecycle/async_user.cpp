@@ -1,4 +1,4 @@
-// A library that a host loads and unloads: it drops processors whose workers then end on their own.
+// A library that a host loads and unloads. It destroys processors, whose workers end later.
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/LogEntry.h"
 

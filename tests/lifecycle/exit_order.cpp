@@ -1,6 +1,6 @@
-// The library starts before the constructors of this program and stops behind its destructors. What lives longer still,
-// as the statics of libraries do that are built earlier, may hold text: this program has code that runs before the first
-// constructor of any library, and code that runs behind the last destructor.
+// The library starts before the constructors of this program and stops after its destructors. Objects that exist
+// longer, such as static objects of libraries that are constructed earlier, may contain text. So this program also runs
+// code before the first constructor of any library and after the last destructor.
 #include "vx/Class.h"
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
@@ -62,12 +62,12 @@ void beforeAll(int, char**, char**)
         end(5, "the library has started too early\n");
     g_text = new (g_textStorage) vx::String(u"still here");
     if (::on_exit(afterAll, nullptr) != 0)
-        end(6, "nobody will look\n");
+        end(6, "not printed\n");
 }
 
 [[gnu::section(".preinit_array"), gnu::used]] void (*g_beforeAll)(int, char**, char**) = beforeAll;
 
-/// Built behind the start and destroyed before the stop.
+/// Constructed after the start and destroyed before the stop.
 struct Static {
     Static()
     {
@@ -85,11 +85,11 @@ struct Static {
 
 int main()
 {
-    // A start more, and its stop.
+    // Another start, and its stop.
     if (VXLIBLibInit() != 0 || VXLIBLibUninit() != 0 || isStopped())
         return 1;
     *g_text += u", and longer";
-    // The stop of the loader's start, and the start again.
+    // Stops the library that the loader has started, and starts it again.
     if (VXLIBLibUninit() != 0 || !isStopped())
         return 2;
     return VXLIBLibInit() == 0 && g_pGlobalLock != nullptr ? LEFT_MAIN : 9;

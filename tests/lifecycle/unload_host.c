@@ -1,5 +1,5 @@
 /* A host without the C++ runtime: it loads the library, uses it and unloads it, twice. Then it does so with a library of
-   a user that leaves threads behind which are about to end. Usage: unload_host LIBRARY USER */
+   a user whose threads have not ended yet. Usage: unload_host LIBRARY USER */
 #include "vx/text/charset/EncInfo.h"
 
 #include <dlfcn.h>

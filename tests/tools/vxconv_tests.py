@@ -147,7 +147,8 @@ class Faults(tool.Scratch):
         chance = random.Random(seed)
         characters = [character.encode() for character in "a\0é\u07ff\u0800中\uffff\U00010000😀\U0010ffff"]
         wrong = [b"\xc0\x80", b"\xe0\x9f\xbf", b"\xed\xa0\x80", b"\xf0\x8f\xbf\xbf", b"\xf4\x90\x80\x80", b"\xf5\x80\x80\x80", b"\x80"]
-        for number in range(30):  # each fault, some byte, half a character and nothing at all, behind little and behind much
+        # Each fault, a random byte, half a character and nothing, after no text, a short one and a long one
+        for number in range(30):
             fault = [*wrong, chance.randbytes(1), chance.choice(characters[2:])[:-1], b""][number % 10]
             text = b"".join(chance.choices(characters, k=[0, 9, BLOCK][number // 10]))
             data = text + fault + "é.".encode()[: chance.randrange(4)]

@@ -44,7 +44,7 @@ class Client:
         while text.encode() not in heard:
             piece = self.socket.recv(1)
             if not piece:
-                raise AssertionError(f"the end instead of {text!r}, behind {heard!r}")
+                raise AssertionError(f"the end instead of {text!r}, after {heard!r}")
             heard += piece
 
 
@@ -223,7 +223,7 @@ class Signals(Served):
         self.write("vxlogd.ini", b"[vxlogd]\nlevel = 2\n")
         self.server.send_signal(signal.SIGHUP)
         self.wait_for(lambda: "opened anew" in self.said())
-        client.send(b"behind\n").hear("ack 2\n")
+        client.send(b"after\n").hear("ack 2\n")
         self.client("ack=1").send(b"new\n").hear("ack 1\n")
         self.write("vxlogd.ini", b"[vxlogd]\nlevel = x\n")
         self.server.send_signal(signal.SIGHUP)
@@ -231,7 +231,7 @@ class Signals(Served):
         client.send(b"and on\n").hear("ack 3\n")
         self.assertEqual(self.texts("log.1"), ["before"])
         self.assertEqual([(entry["level"], entry["text"]) for entry in self.entries()],
-                         [("1", "behind"), ("2", "new"), ("1", "and on")])
+                         [("1", "after"), ("2", "new"), ("1", "and on")])
 
     def test_let_it_finish_what_it_has(self):
         for number in [signal.SIGTERM, signal.SIGINT]:

@@ -31,7 +31,7 @@ TEST(Class, IsFoundByNameAndTypeAndCreatesWhatItCan)
         const std::type_info& type;
         bool isCreatable;
     } cases[] = {
-        // most of them with a name that is not the type's
+        // most of them have names that are not those of their types
         {u"vx::Class", typeid(Class), false},
         {u"CVXComObject", typeid(ComObject), false},
         {u"CVXSyncObject", typeid(sync::Object), false},
@@ -161,7 +161,7 @@ TEST(Singleton, LivesFromTheFirstUseToTheFree)
     EXPECT_THROW(Holder::getInstance(), IllegalStateException);
     g_fails = false;
     for (int round = 0; round < 2; ++round) {
-        Single* seen[4] {}; // a failed creation has left the lock free
+        Single* seen[4] {}; // a failed creation has released the lock
         inThreads(4, [&seen](int thread) { seen[thread] = Holder::getInstance(); });
         EXPECT_EQ(g_instances, 1);
         for (const Single* instance : seen)

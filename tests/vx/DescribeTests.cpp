@@ -30,7 +30,7 @@ using namespace vx;
 
 namespace {
 
-/// What describe and explain say of what `work` throws.
+/// The texts of describe and explain for the exception of `work`.
 std::string described(const std::function<void()>& work)
 {
     try {
@@ -132,7 +132,7 @@ TEST(Describe, TellsAllThatIsKnownOnOneLine)
 
 TEST(Occasion, LivesAsLongAsItsException)
 {
-    for (int round = 0; round < 3; ++round) { // an exception gets the memory of one before
+    for (int round = 0; round < 3; ++round) { // an exception gets the memory of an earlier one
         const auto noted = [&] { throwDuring(u"open", String::valueOf(round), Exception(u"why")); };
         EXPECT_EQ(described(noted), "open " + std::to_string(round) + ": why");
         EXPECT_EQ(described([] { throw Exception(u"why"); }), "why");

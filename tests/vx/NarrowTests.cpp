@@ -33,7 +33,7 @@ TEST(NarrowText, IsDecodedByEncodingName)
         int length;
         const char16_t* encoding;
         std::u16string_view text;
-        bool isWhole = true; ///< otherwise half a character ends it, of which only a light text tells
+        bool isWhole = true; ///< otherwise it ends inside a character, which only a Str1 reports
     } cases[] = {
         {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", -1, u"UTF-8", u"a\u00E9\u20AC\U0001F600"},
         {"\xC3\xA9\xE2\x82\xAC", 4, u"utf-8", u"\u00E9", false},
@@ -131,14 +131,14 @@ TEST(NarrowText, KeepsNoRoomThatTheTextDidNotNeed)
 
 TEST(NarrowText, KeepsWhatItEncodedUntilTheTextChanges)
 {
-    String text(u"\u00E9t\u00E9 with a longer text behind it");
+    String text(u"\u00E9t\u00E9 and then a longer text");
     const char* first = text.getBytes(nullptr);
     EXPECT_EQ(text.getBytes(), first);
     EXPECT_EQ(text.getDataT(false), first);
     EXPECT_EQ(text.getReadLockT(true), first);
     text.releaseReadLock();
     const char* latin = text.getBytes(u"ISO8859_1");
-    EXPECT_STREQ(latin, "\xE9t\xE9 with a longer text behind it");
+    EXPECT_STREQ(latin, "\xE9t\xE9 and then a longer text");
     EXPECT_EQ(text.getBytes(u"iso8859_1"), latin) << "case of ASCII letters means nothing";
     EXPECT_EQ(text.getBytesReadLock(u"ISO8859_1"), latin);
     text.releaseReadLock();
@@ -219,7 +219,7 @@ TEST(NarrowText, EncodesPieceByPieceIntoASmallArray)
     EXPECT_EQ(text.convertToA(nullptr, -1, encoder.get()), RESULT_BUFFER_TOO_SMALL);
     for (std::int32_t outside : {-1, 6, 7}) {
         std::int32_t written = 9;
-        result = outside < 0 ? RESULT_BUFFER_TOO_SMALL : 0; // in front, the text is still to come
+        result = outside < 0 ? RESULT_BUFFER_TOO_SMALL : 0; // nothing of the text is read yet
         EXPECT_EQ(text.convertToAZ(array, 8, u"UTF-8", &written, &outside), result);
         EXPECT_EQ(written, 0);
     }
@@ -254,7 +254,7 @@ TEST(NarrowText, EncodesIntoAByteBuffer)
     EXPECT_THROW(String(u"\xD83D").getBytes(locked.get(), u"UTF-8"), InvalidCharacterException);
     EXPECT_EQ(locked->getLength(), 5);
     EXPECT_THROW(text.getBytes(locked.get(), u"nobody's"), UnknownEncodingException);
-    locked->freeExtra(); // waits for ever unless every lock was given back
+    locked->freeExtra(); // would wait for ever if a lock was not released
     String::AnsiBytes bytes(u"UTF-8");
     text.getBytes(&bytes, u"UTF-8");
     EXPECT_EQ(bytes.getLength(), 5);

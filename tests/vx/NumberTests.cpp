@@ -38,7 +38,7 @@ TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
         std::int64_t integer;
         double real;
         const char16_t* text;
-        const char16_t* big; ///< where not the text
+        const char16_t* big; ///< if it differs from the text
     } rows[] = {
         {std::make_unique<Integer8>(-128), -128, -128, u"-128", nullptr},
         {std::make_unique<Integer16>(-1), -1, -1, u"-1", nullptr},
@@ -48,7 +48,7 @@ TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
         {std::make_unique<UInteger8>(200), 200, 200, u"200", nullptr},
         {std::make_unique<UInteger16>(65535), 65535, 65535, u"65535", nullptr},
         {std::make_unique<UInteger32>(4294967295U), 4294967295LL, 4294967295.0, u"4294967295", nullptr},
-        // The double is that of the low 63 bits, which is how a BigInteger converts.
+        // The double is that of the low 63 bits, as BigInteger converts.
         {std::make_unique<UInteger64>(~0ULL), -1, 0x1p63, u"18446744073709551615", nullptr},
         {std::make_unique<UInteger64>(0x8000000000000400ULL), LEAST + 1024, 1024, u"9223372036854776832", nullptr},
         {std::make_unique<Float>(-2.9F), -2, -2.9F, u"-2.9", u"-2"},

@@ -29,7 +29,7 @@ constexpr _GUID UNKNOWN_INTERFACE {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 static_assert(!std::constructible_from<Reference<Object>, IVXUnknown*>, "a class has no identifier to ask for");
 static_assert(!std::convertible_to<Reference<Object>, bool>);
 
-/// Counts its life in `events`, and lets a test see and play with its count.
+/// Records its construction and destruction in `events`, and shows its count to a test.
 class Watched : public Object {
 public:
     explicit Watched(std::string* events = nullptr)
@@ -113,7 +113,7 @@ TEST(Object, AnswersForItsInterfacesAndWithOneIdentity)
 TEST(QueryInterfaceMap, WalksItsRowsInOrder)
 {
     using vorb::InterfaceData;
-    // The function of a row gives its own data as the result; 0 stands for an answer.
+    // The function of a row returns its data as the result; 0 means that it has answered.
     const auto give = [](ComObject* object, const _GUID&, void** out, std::uintptr_t data) {
         *out = object;
         return static_cast<std::int32_t>(data);
@@ -151,7 +151,7 @@ TEST(QueryInterfaceMap, WalksItsRowsInOrder)
 
         EXPECT_EQ(vorb::QueryInterfaceMap(row.map, nullptr, UNKNOWN_INTERFACE, &out), RESULT_NO_INTERFACE);
         EXPECT_EQ(vorb::QueryInterfaceMap(nullptr, object.get(), UNKNOWN_INTERFACE, &out), RESULT_NO_INTERFACE);
-        // The root is answered before any row, a missing place refused before that.
+        // The root is answered before any row, and a null place is refused before that.
         EXPECT_EQ(vorb::QueryInterfaceMap(row.map, object.get(), IVXUnknown::IID, nullptr), RESULT_POINTER);
         const Reference<IVXUnknown> root(object->GetUnknown());
         EXPECT_EQ(vorb::QueryInterfaceMap(row.map, object.get(), IVXUnknown::IID, &out), RESULT_OK) << row.name;
@@ -204,7 +204,7 @@ TEST(ComObject, IsDestroyedOnceThoughItsDestructorHandsItOut)
     EXPECT_EQ(events, "+-+-~");
 }
 
-/// Tells its number when it is destroyed, releases the left object and then the right one.
+/// Records its number when it is destroyed, releases the left object and then the right one.
 class Branch : public Object {
 public:
     ~Branch() noexcept(false) override

@@ -14,7 +14,7 @@
 
 namespace vx {
 
-/// Offers a component in the process to the end of the block: each creation asks `make` for a new object.
+/// Offers a component in the process to the end of the block. For each creation `make` returns a new object.
 class Offer {
 public:
     using Make = std::function<Reference<IVXUnknown>()>;
@@ -41,7 +41,7 @@ private:
     std::uint32_t m_token = 0;
 };
 
-/// Joins `Interface` to the object core, for components of the tests.
+/// Combines `Interface` with the object base, for components of the tests.
 template <class Interface>
 class Component : public Object, public Interface {
 public:

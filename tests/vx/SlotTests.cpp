@@ -215,7 +215,7 @@ TEST(Slots, OfPropertiesFollowTheOrderOfTheInterface)
     expectSlots("connector", VIEW + 2, {&CVXAbstractConnector::connect});
 }
 
-/// Expects that a class derived from one of `T` appends its operations from `first` on.
+/// Expects that a class derived from a subclass of `T` appends its operations from `first` on.
 template <class... T>
 void expectEnds(std::size_t first)
 {

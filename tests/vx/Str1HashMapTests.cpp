@@ -33,7 +33,7 @@ TEST(Str1HashMap, IteratesInTheOrderOfBucketsAndTurnsChainsWhenItGrows)
         {u"\u00CA", u"c,\u00CA,a,"}, // 7 buckets, threshold 5: c in 1, a in 6, U+00CA before it
         {u"\u00CC", u"\u00CC,c,\u00CA,a,"}, // 204 % 7 = 1
         {u"b", u"b,\u00CC,c,\u00CA,a,"}, // 98 % 7 = 0
-        {u"d", u"a,\u00CA,b,c,\u00CC,d,"}, // 15 buckets: a in 7, b in 8, c in 9, d in 10; both chains turned
+        {u"d", u"a,\u00CA,b,c,\u00CC,d,"}, // 15 buckets: a in 7, b in 8, c in 9, d in 10; both chains are reversed
     };
     for (const auto& [key, order] : steps) {
         map.put(key, nullptr);
@@ -80,7 +80,7 @@ TEST(Str1HashMap, KeepsKeysAndValuesThatOutliveTheirSource)
         Str1 value;
         EXPECT_TRUE(map.get(Str1Static(key), value));
         EXPECT_EQ(value, key);
-        map.put(key, value, &value); // the old value goes where the new one comes from
+        map.put(key, value, &value); // `value` is also the place of the old value
         EXPECT_EQ(value, key);
     }
 }

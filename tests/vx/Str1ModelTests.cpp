@@ -12,16 +12,16 @@
 namespace vx {
 namespace {
 
-/// Strings of every kind that share, write and leave each other, each beside a `std::u16string` of its own.
+/// Strings of every kind, which share, write and stop sharing, each with a `std::u16string` as its model.
 class Model {
 public:
     ~Model()
     {
-        for (Str1* string : m_strings) // sharers before owners
+        for (Str1* string : m_strings) // strings that share are destroyed before owners
             string->reset();
     }
 
-    /// One change to one string. Gives its name.
+    /// Makes one change to one string and returns its name.
     std::string step()
     {
         const std::size_t index = below(m_strings.size());

@@ -23,7 +23,7 @@ TEST(StrBuf1, AllowsWritesInPlaceByItsCountAndItsFlags)
     for (const auto& [kind, holders, usual, withoutSelf] : cases) {
         char16_t units[100];
         StrBuf1Wrap buffer(units, 100);
-        buffer.AddRef(); // keeps a plain one off the heap's deleter
+        buffer.AddRef(); // prevents the deletion of a plain one
         if (kind != Plain) {
             buffer.initStaticInstance(kind == AlwaysPrivate ? 1 : 0);
             buffer.Release();
@@ -48,7 +48,7 @@ TEST(Str1, SharesSubstringsUntilOneIsWritten)
         EXPECT_EQ(part.getData1(), part.isEmpty() ? nullptr : source.getData0() + start) << start;
     }
     const char16_t* data = source.getData0();
-    source += u'!'; // alone again
+    source += u'!'; // no longer shared
     EXPECT_EQ(source.getData0(), data);
 }
 

@@ -26,7 +26,7 @@ constexpr int LARGEST = std::numeric_limits<int>::max(), LEAST = std::numeric_li
 
 using Edit = std::function<void(String&)>;
 
-/// A text and the zero unit behind it.
+/// A text and the zero unit after it.
 void expectText(const String& text, std::u16string_view expected, const std::string& what = {})
 {
     EXPECT_EQ(text, expected) << what;
@@ -172,7 +172,7 @@ TEST(String, TakesNoMoreRoomForAnEditOfASharerThanTheEditNeeds)
         {"same length", [&](String& s) { s = other; }, 1008},
         {"shorter", [&](String& s) { s.replace(0, 500, u"y"); }, 1008},
         {"longer", [&](String& s) { s.replace(0, 10, other); }, 2000},
-        {"behind", [](String& s) { s.append(u'y', 20); }, 1024},
+        {"at the end", [](String& s) { s.append(u'y', 20); }, 1024},
         {"unit", [](String& s) { s.setCharAt(0, u'y'); }, 1008},
         {"resize", [](String& s) { s.resize(3000, u'y'); }, 3008},
     };
@@ -257,7 +257,7 @@ TEST(String, FollowsTheProtocolOfAForeignBufferAndKeepsTheOldTextWhereAnEditFail
                 << row.what << failing;
         }
 
-        // Each allocation for a string that has to copy its text first.
+        // Each allocation fails in turn, for a string that must first copy its text.
         String wrapped(String::AcquireWrap, u"abc");
         const String sharer(wrapped);
         failEachAllocation([&] { row.edit(wrapped); },

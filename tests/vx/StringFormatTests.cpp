@@ -17,7 +17,7 @@
 namespace vx {
 namespace {
 
-/// The rules as they are told, one scan for each argument, then one walk over the places that were found.
+/// The rules in their simplest form: one search for each argument, then one pass over the places that were found.
 std::u16string filled(std::u16string text, const std::vector<std::u16string>& arguments)
 {
     std::map<std::size_t, std::size_t> places;

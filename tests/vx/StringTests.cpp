@@ -76,7 +76,7 @@ TEST(String, TakesItsSourceAsTheModeSays)
     constexpr auto ANY_OTHER = static_cast<String::AcquireMode>(7);
     const char16_t* const text = u"abcde";
     String source(text);
-    const Reference<RWCharBuffer> buffer(new RWCharBuffer(text, 6)); // to all but a sharer the terminator is a unit
+    const Reference<RWCharBuffer> buffer(new RWCharBuffer(text, 6)); // only a sharer leaves out the terminator
     for (const auto mode :
         {String::AcquireCopy, String::AcquireShare, String::AcquireWrap, String::AcquireUpper, ANY_OTHER}) {
         SCOPED_TRACE(mode);
@@ -155,7 +155,7 @@ TEST(String, SharesUntilOneWrites)
     a = std::move(text);
     EXPECT_EQ(a.getData(), data);
     a = String(literalText);
-    EXPECT_NE(a.getData(), literalText.text) << "no assignment binds a string to somebody's memory";
+    EXPECT_NE(a.getData(), literalText.text) << "an assignment must not refer to the memory of another owner";
     swap(a, moved);
     EXPECT_TRUE(a == u"LITERAL" && moved == u"literal");
     String roomy(u"x", -1, 200);
@@ -283,7 +283,7 @@ TEST(String, SearchesBeyondWhatTheStandardLibraryDoes)
     EXPECT_EQ(text.indexOf(u"ababa", LARGEST), -1) << "a length beyond the text's";
     EXPECT_EQ(text.lastIndexOf(u"ababa", LARGEST), -1);
     EXPECT_EQ(text.findFirstOfCase(u"AB"), -1);
-    // Letters beyond ASCII that fold into it: the Kelvin sign and the dotted capital I.
+    // Letters beyond ASCII whose other case is in ASCII: the Kelvin sign and the dotted capital I.
     EXPECT_EQ(String(u"----------------------------------\u212A\u0130").indexOf(u"ki", -1, 0, true), 34);
     EXPECT_EQ(String(u"\u0415\u0416").findFirstOf(u"\u0436", -1, 0, true), 1);
     EXPECT_EQ(String(u"\u0116").findFirstOf(u"\u0016", -1, 0, false), -1);

@@ -35,7 +35,7 @@ concept PrintsUtf8 = requires(Writer& writer)
 static_assert(PrintsUtf8<io::PrintWriter>);
 static_assert(std::is_constructible_v<io::FileInputStream, std::string>, "a path of the standard library's own");
 
-/// The text without its last `rest` units, with no zero unit after it.
+/// The text without its last `rest` units. No zero unit follows it.
 String partOf(const String& whole, int rest = 1)
 {
     return String(String::AcquireWrap, whole, 0, whole.getLength() - rest);
@@ -44,7 +44,7 @@ String partOf(const String& whole, int rest = 1)
 TEST(TerminatedText, CopiesOnlyWhereNoZeroUnitIsKnownToEndTheText)
 {
     const String whole(u"abcdef");
-    const auto exact = std::make_unique<char16_t[]>(3); // the unit after it may not be read
+    const auto exact = std::make_unique<char16_t[]>(3); // the unit after it must not be read
     std::u16string(u"abc").copy(exact.get(), 3);
     const Reference<util::ROCharBuffer> foreign(new util::ROCharBuffer(exact.get(), 3));
     const struct {
@@ -84,7 +84,7 @@ TEST(TerminatedText, CopiesOnlyWhereNoZeroUnitIsKnownToEndTheText)
     EXPECT_EQ(Float(partOf(u"1.25", 1)), 1.2F);
 }
 
-/// Each room that names something by a text: a part of a text names what it holds, and nothing longer.
+/// Each room that finds something by name: a part of a text names exactly its units.
 TEST(TerminatedText, NamesWhatAPartHoldsInEveryRoom)
 {
     Scratch scratch;

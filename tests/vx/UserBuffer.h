@@ -12,8 +12,8 @@
 
 namespace vx {
 
-/// A character buffer as a program writes its own: nothing of the library stands behind it. It records in `m_events` what
-/// its locks are asked, and can fail. One thread.
+/// A character buffer that a program implements without code of the library. It records the calls of its locks in
+/// `m_events`, and can let one of them fail. One thread at a time.
 class UserBuffer final : public IVXCharBuffer {
 public:
     static constexpr std::int32_t FAILURE = -0x7FFF0123;
@@ -22,7 +22,7 @@ public:
         : m_units(text.c_str(), text.c_str() + text.size() + 1)
         , m_length(static_cast<int>(m_units.size()))
     {
-        m_events.reserve(MOST_EVENTS); // recording takes no memory
+        m_events.reserve(MOST_EVENTS); // so that recording needs no memory
     }
 
     std::int32_t QueryInterface(const _GUID& iid, void** out) override
@@ -85,7 +85,7 @@ public:
     bool isUnlocked() const { return !m_isWriting && m_readers == 0; }
 
     mutable std::string m_events;
-    /// Counted down by each event; the one that makes it 0 fails.
+    /// Each call decrements it; the one that makes it 0 fails.
     mutable int m_failing = 0;
     mutable int m_deepest = 0;
     bool m_isReadOnly = false;
@@ -103,7 +103,7 @@ private:
     {
         try {
             if (minimumLength > static_cast<int>(m_units.size()))
-                m_units.resize(static_cast<std::size_t>(minimumLength), u'?'); // moves, and what is new is no zero
+                m_units.resize(static_cast<std::size_t>(minimumLength), u'?'); // unused units are not 0
         } catch (const std::bad_alloc&) {
             return RESULT_OUT_OF_MEMORY;
         }

@@ -14,13 +14,13 @@
 #include <system_error>
 #include <unistd.h>
 
-/// The letter that the system has for the state of a process or of a thread of this one: 'S' sleeps, 'Z' has ended; '\0' for
-/// none.
+/// The letter of the system for the state of a process, or of a thread of this one: 'S' sleeps, 'Z' has ended; '\0' if
+/// there is none.
 inline char stateIn(const std::string& statusFile)
 {
     std::ifstream file(statusFile);
     std::string text;
-    std::getline(file, text, '\0'); // of a process that vanishes meanwhile it reads nothing, and does not throw
+    std::getline(file, text, '\0'); // if the process ends meanwhile it reads nothing, and does not throw
     const std::size_t bracket = text.rfind(')');
     return bracket != text.npos ? text[bracket + 2] : '\0';
 }
@@ -35,7 +35,8 @@ inline char stateOfThread(pid_t thread)
     return stateIn("/proc/self/task/" + std::to_string(thread) + "/stat");
 }
 
-/// Works for some microseconds, so that what follows comes at any moment of another process: nothing may rest on how long.
+/// Computes for some microseconds, so that what follows happens at any moment of another process. No test may depend on
+/// how long it takes.
 inline void spin(std::uint64_t microseconds)
 {
     volatile std::uint64_t steps = 0;
@@ -43,8 +44,9 @@ inline void spin(std::uint64_t microseconds)
         steps = steps + 1;
 }
 
-/// A process of its own that runs `work` and is killed at the end of the block at the latest. The two sides tell each other
-/// single characters; a side that has gone tells '\0'. Failed expectations in the child make `wait` give 1.
+/// A separate process that runs `work`, and is killed at the end of the block if it still runs. The two sides send each
+/// other single characters; '\0' means that the other side has ended. If an expectation fails in the child, `wait`
+/// returns 1.
 class Child {
 public:
     class Side {
@@ -71,7 +73,7 @@ public:
 
     explicit Child(const std::function<void(Side&)>& work)
     {
-        std::fflush(nullptr); // a child would have what is pending as well
+        std::fflush(nullptr); // otherwise the child would print pending output as well
         int ends[2];
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0 || (m_id = ::fork()) == -1)
             throw std::system_error(errno, std::generic_category());
@@ -80,7 +82,7 @@ public:
         if (m_id == 0) {
             try {
                 work(m_side);
-            } catch (...) { // must not go on as a second run of the tests
+            } catch (...) { // must not continue with the next tests
                 ADD_FAILURE() << "the child threw";
             }
             ::_exit(testing::Test::HasFailure() ? 1 : 0);
@@ -98,7 +100,7 @@ public:
     void tell(char what) const { m_side.tell(what); }
     char hear() const { return m_side.hear(); }
 
-    /// Until it is waited for, a killed process stays as a zombie.
+    /// Until `wait`, a killed process remains as a zombie.
     void kill(int signal = SIGKILL) const
     {
         if (m_id > 0)
@@ -115,7 +117,7 @@ public:
         m_status = status;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
-    /// Whether it has ended. It is waited for then.
+    /// Whether it has ended. If so, it has also been waited for.
     bool hasEnded()
     {
         if (m_id > 0 && ::waitpid(m_id, &m_status, WNOHANG) == m_id)
@@ -129,7 +131,7 @@ private:
     Side m_side {-1};
 };
 
-/// A child that has done `work` and stays as it is until it is killed.
+/// A child that has done `work` and then waits until it is killed.
 class HoldingChild : public Child {
 public:
     explicit HoldingChild(const std::function<void()>& work)

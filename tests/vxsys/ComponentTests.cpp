@@ -25,7 +25,7 @@ using std::filesystem::perms;
 constexpr _GUID INTERFACE {7, 7, 7, {}};
 constexpr std::size_t RELEASE = 2;
 
-/// A store of its own, and copies of the libraries where nobody else writes.
+/// A registry for each test, and copies of the libraries in a folder where no other user may write.
 class ComponentLibrary : public testing::Test {
 protected:
     ComponentLibrary()
@@ -48,7 +48,7 @@ protected:
                       static_cast<std::int32_t>(2 * text.size() + 2)),
             RESULT_OK);
     }
-    /// The class whose first number is `behaviour`, by the name Test.NUMBER.
+    /// Registers the class whose first number is `behaviour` under the name Test.NUMBER, which it returns.
     static std::u16string enter(int behaviour, const std::u16string& path)
     {
         const char16_t number[] = {static_cast<char16_t>(u'0' + behaviour), 0};
@@ -95,12 +95,12 @@ TEST_F(ComponentLibrary, TurnsMisbehaviourIntoAResult)
         EXPECT_EQ(create(enter(behaviour, m_library.u16string()), &object), result) << behaviour;
         EXPECT_EQ(object, nullptr) << behaviour;
     }
-    EXPECT_EQ(VXComFreeUnusedLibraries(), 1) << "every factory was let go";
+    EXPECT_EQ(VXComFreeUnusedLibraries(), 1) << "every factory was released";
 }
 
 TEST_F(ComponentLibrary, LetsAThreadEndInsideIt)
 {
-    for (const std::uint8_t behaviour : {8, 9}) { // as it gives a factory, and as it gives an object
+    for (const std::uint8_t behaviour : {8, 9}) { // when it creates a factory, and when it creates an object
         const std::u16string progId = enter(behaviour, m_library.u16string());
         void* object = nullptr;
         EXPECT_EQ(endOf([&] { create(progId, &object); }), reinterpret_cast<void*>(behaviour)) << behaviour;
@@ -139,7 +139,7 @@ TEST_F(ComponentLibrary, TrustsWhatOnlyTheUserAndRootCanChange)
     std::filesystem::create_directory(folder);
     const std::filesystem::path library = copyOf(VX_TEST_COMPONENT, "folder/component.so");
     std::filesystem::create_directory_symlink(folder, m_scratch / "link");
-    // What folder and library allow, and whether that is trusted
+    // The rights of folder and library, and whether the library is trusted
     const std::tuple<unsigned, unsigned, bool> cases[] = {{0755, 0755, true}, {0755, 0757, false}, {0755, 0775, false},
         {0757, 0755, false}, {0775, 0755, false}, {01777, 0755, true}};
     for (const auto& [ofFolder, ofFile, isTrusted] : cases) {
@@ -155,7 +155,7 @@ TEST_F(ComponentLibrary, TrustsWhatOnlyTheUserAndRootCanChange)
     std::filesystem::permissions(folder, perms(0755));
     if (::geteuid() == 0) {
         ASSERT_EQ(::chown(library.c_str(), 12345, 0), 0);
-        EXPECT_EQ(resultOf(library.u16string()), RESULT_ACCESS_DENIED) << "somebody else's";
+        EXPECT_EQ(resultOf(library.u16string()), RESULT_ACCESS_DENIED) << "another user's";
     }
 }
 
@@ -217,7 +217,7 @@ TEST_F(ComponentLibrary, MayBeFreedWhileThreadsCreate)
 constexpr _GUID FIRST_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 constexpr _GUID SECOND_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 12}};
 
-/// An offer to the end of the block. The object that it creates is the context itself.
+/// An offer until the end of the block. The object that it creates is the context itself.
 class Offer {
 public:
     Offer(const char16_t* progId, const _GUID& classId, void* context, VXCreateFunction create = giveContext)
@@ -239,7 +239,7 @@ private:
     std::uint32_t m_token = 0;
 };
 
-/// What `progId` creates: the context of the offer that served, null after RESULT_CLASS_NOT_AVAILABLE.
+/// The object that `progId` creates, which is the context of the offer; null after RESULT_CLASS_NOT_AVAILABLE.
 void* createdBy(const char16_t* progId)
 {
     void* object = &object;
@@ -296,7 +296,7 @@ TEST(Component, WaitsForCreationsBeforeAnOfferIsGone)
     struct Context {
         std::atomic<int> inside {0};
         std::atomic<int> created {0};
-        bool isRevoked = false; // on purpose no atomic: a creation behind the revocation would be a race
+        bool isRevoked = false; // not atomic on purpose: a creation after the revocation would be a race
     };
     const auto create = [](void* context, IVXUnknown*, const _GUID*, void** object) -> std::int32_t {
         auto* state = static_cast<Context*>(context);

@@ -53,7 +53,7 @@ public:
 TEST(File, OpensWhatTheFlagsSay)
 {
     const std::uint32_t CREATE = VX_FILE_WRITE | VX_FILE_CREATE;
-    // The flags, the content before or null for no file, the result, and the content when "xy" has been written
+    // The flags, the content before (null: no file), the result, and the content after "xy" was written
     const std::tuple<std::uint32_t, const char*, std::int32_t, const char*> cases[]
         = {{CREATE, nullptr, 0, "xy"}, {VX_FILE_WRITE, nullptr, RESULT_NOT_FOUND, ""}, {CREATE, "abc", 0, "xyc"},
             {CREATE | VX_FILE_TRUNCATE, "abc", 0, "xy"}, {CREATE | VX_FILE_AT_END, "abc", 0, "abcxy"},
@@ -148,7 +148,7 @@ std::int32_t replace(const std::u16string& path, std::string_view content, VXFil
     return VXFileReplace(path.c_str(), content.data(), static_cast<std::int64_t>(content.size()), 0666, status);
 }
 
-/// Both ways: at once, and in steps.
+/// The same as `replace`, in steps.
 std::int32_t replaceInSteps(const std::u16string& path, std::string_view content, VXFileStatus* status = nullptr)
 {
     if (status != nullptr)
@@ -204,7 +204,7 @@ TEST_P(FileReplace, KeepsEverythingButTheContent)
 TEST_P(FileReplace, IsDeniedToWhoMayNotWrite)
 {
     if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can become somebody else";
+        GTEST_SKIP() << "only root can become another user";
     const Scratch scratch;
     put(scratch / "readable", "old");
     put(scratch / "shared", "old");
@@ -214,7 +214,7 @@ TEST_P(FileReplace, IsDeniedToWhoMayNotWrite)
         ASSERT_EQ(::setresuid(65534, 65534, 65534), 0);
         EXPECT_EQ(GetParam()(scratch.full("readable"), "new", nullptr), RESULT_ACCESS_DENIED);
         EXPECT_EQ(
-            GetParam()(scratch.full("shared"), "new", nullptr), RESULT_ACCESS_DENIED); // it would be another owner's
+            GetParam()(scratch.full("shared"), "new", nullptr), RESULT_ACCESS_DENIED); // it would get another owner
         EXPECT_EQ(GetParam()(scratch.full("own"), "new", nullptr), 0);
     });
     EXPECT_EQ(child.wait(), 0);
@@ -277,7 +277,7 @@ TEST(FileReplacement, HasNoNameUntilItIsCommittedAndLeavesNothing)
         EXPECT_EQ(openDescriptors(), descriptors);
 
         ASSERT_EQ(VXFileReplaceBegin(scratch.full("file").c_str(), 0600, &replacement, &handle), 0);
-        put(scratch / "file", "from another process"); // which the commit replaces, or finds in a new file's place
+        put(scratch / "file", "from another process"); // the commit replaces it, or a new file finds it in its place
         EXPECT_EQ(VXFileReplaceCommit(replacement, nullptr), 0);
         EXPECT_EQ(VXFileReplaceEnd(replacement), 0);
         EXPECT_EQ(contentOf(scratch / "file"), "");
@@ -291,7 +291,7 @@ TEST(FileReplacement, HasANameOfItsOwnWhereItMust)
     const auto entries = [&] { return std::distance(fs::directory_iterator(scratch.getPath()), {}); };
     Child child([&](Child::Side& side) {
         if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
-            || ::mount("none", "/proc", "tmpfs", 0, "") != 0) { // by which an unnamed file would get its name
+            || ::mount("none", "/proc", "tmpfs", 0, "") != 0) { // an unnamed file would get its name through it
             side.tell('s');
             return;
         }

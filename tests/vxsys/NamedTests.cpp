@@ -30,7 +30,7 @@ using namespace std::literals;
 using namespace vxsys::results;
 using Clock = std::chrono::steady_clock;
 
-/// A name that no other test has, in this run or another at the same time.
+/// A name that no other test uses, in this run or another at the same time.
 std::string ownName(const char* purpose)
 {
     return "test-"s + purpose + '-' + std::to_string(::getpid());
@@ -68,7 +68,7 @@ public:
         EXPECT_EQ(VXSemaphoreGetValue(m_handle, &value), 0);
         return value;
     }
-    /// Looks until the value is as wanted, or a second has passed.
+    /// Reads the value until it is `wanted`, for at most a second.
     std::int32_t valueSoon(std::int32_t wanted) const
     {
         const auto end = Clock::now() + 1s;
@@ -110,11 +110,11 @@ TEST(NamedSemaphore, ComesBackFromAProcessThatDies)
     struct {
         const char* name;
         std::uint32_t value;
-        int taken, posted, left; // when it has died
+        int taken, posted, left; // after its end
         bool isWaitedFor;
     } cases[] = {{"a lock", 1, 1, 0, 1, true}, {"a zombie", 1, 1, 0, 1, false}, {"one of three", 3, 1, 0, 3, false},
-        {"all of three", 3, 3, 1, 3, true}, {"a signal is nobody's", 0, 0, 2, 2, true},
-        {"a signal behind a lock", 2, 1, 4, 5, true}};
+        {"all of three", 3, 3, 1, 3, true}, {"signals belong to no process", 0, 0, 2, 2, true},
+        {"a signal after a lock", 2, 1, 4, 5, true}};
     for (const auto& row : cases) {
         const std::string name = ownName("death");
         const Named here(name, row.value);
@@ -191,7 +191,7 @@ TEST(NamedObjects, StartAfreshWhenAllHaveGone)
 
 TEST(ObjectName, GivesEachNameAFileNameOfItsOwnThatStaysInItsFolder)
 {
-    // Each with its file, or an empty text where only what holds for all is known
+    // Each with its file name; an empty one is only checked for what holds for all
     const std::pair<std::string, std::string> cases[] = {{"", "k-"}, {"..", "k-.."}, {"a/../../b", "k-a%2F..%2F..%2Fb"},
         {"\\", "k-%5C"}, {"X x%20", "k-X%20x%2520"}, {"x x ", "k-x%20x%20"}, {"\n\x7F\xC3\xA4~", "k-%0A%7F%C3%A4%7E"},
         {std::string(248, 'a'), "k-" + std::string(248, 'a')}, {std::string(249, 'a'), ""},
@@ -204,7 +204,7 @@ TEST(ObjectName, GivesEachNameAFileNameOfItsOwnThatStaysInItsFolder)
         EXPECT_EQ(file.find('/'), file.npos);
         EXPECT_TRUE(files.insert(file).second) << file;
     }
-    for (const std::size_t length : {119U, 120U, 127U, 128U, 183U, 184U}) { // around the blocks of SHA-256
+    for (const std::size_t length : {119U, 120U, 127U, 128U, 183U, 184U}) { // around the block sizes of SHA-256
         const std::string command
             = "head -c " + std::to_string(length) + " /dev/zero | tr '\\0' '\\1' | sha256sum | tr a-f A-F";
         std::FILE* const oracle = ::popen(command.c_str(), "r");
@@ -255,7 +255,7 @@ TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)
     for (const auto& [name, trap] : traps) {
         SCOPED_TRACE(name);
         trap();
-        std::list<Child> openers; // all open at the same moment what none has opened before
+        std::list<Child> openers; // all open an object at the same moment that none has opened before
         for (int i = 0; i < COUNT; ++i) {
             openers.emplace_back([&](Child::Side& side) {
                 ScopedVariable("XDG_RUNTIME_DIR", i % 2 == 0 ? "/nowhere" : nullptr);
@@ -276,7 +276,7 @@ TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)
         for (const Child& opener : openers)
             EXPECT_EQ(opener.hear(), 't');
         if (name != "none"sv)
-            std::filesystem::remove_all(folder); // the first name is free now, but the others have met elsewhere
+            std::filesystem::remove_all(folder); // now the first name is free, but the others use another folder
         Child last([&](Child::Side&) {
             ASSERT_EQ(::setuid(user), 0);
             VXHandle handle = nullptr;
@@ -317,7 +317,7 @@ TEST(NamedSemaphore, LeavesNothingBehindWhenThereIsNoRoom)
     VXHandle handle = nullptr;
     for (const rlim_t room : {0, 1000}) {
         const SizeLimit limit(room);
-        std::signal(SIGXFSZ, SIG_DFL); // which would end the process
+        std::signal(SIGXFSZ, SIG_DFL); // this would end the process
         EXPECT_EQ(VXNamedSemOpen(name.c_str(), 1, &handle), code(0x800700DF));
     }
     EXPECT_EQ(openDescriptors(), before);
@@ -327,14 +327,14 @@ TEST(NamedSemaphore, LeavesNothingBehindWhenThereIsNoRoom)
 TEST(NamedSemaphore, KeepsProcessesApartThatAreKilledAtAnyMoment)
 {
     constexpr int WORKERS = 3, KILLS = 25;
-    constexpr int ROUNDS = 200; // of each worker that is left at the end
+    constexpr int ROUNDS = 200; // for each worker that is not killed
     Random random;
     const std::string name = ownName("storm");
     const Memory memory(ownName("storm state"), sizeof(pid_t));
     auto& inside = *memory.as<std::atomic<pid_t>>();
     const auto work = [&](Child::Side&) {
         for (int round = 0; round < ROUNDS; ++round) {
-            const Named lock(name, 1); // opened each time: most rounds are somebody's last or first one
+            const Named lock(name, 1); // opened each time, so that most rounds are the last or the first of a process
             lock.wait();
             const pid_t other = inside.exchange(::getpid());
             const char state = stateOfProcess(other);
@@ -365,7 +365,7 @@ TEST(SharedMemory, OpensWhatTheFlagsSay)
 {
     constexpr std::uint32_t BOTH = VX_FILE_READ | VX_FILE_WRITE, CREATE = VX_SHARED_MEMORY_CREATE;
     constexpr std::uint32_t EXCLUSIVE = CREATE | VX_SHARED_MEMORY_EXCLUSIVE;
-    // Whether it is there, with 100 bytes; the access, the flags and the size that are asked for; the result
+    // Whether it exists, with 100 bytes; the requested access, flags and size; the result
     const std::tuple<bool, std::uint32_t, std::uint32_t, std::uint32_t, std::int32_t> cases[]
         = {{false, BOTH, CREATE, 10, 0}, {false, BOTH, 0, 10, RESULT_NOT_FOUND},
             {false, BOTH, CREATE, 0, RESULT_INVALID_ARGUMENT}, {false, BOTH, EXCLUSIVE, 10, 0}, {true, BOTH, 0, 0, 0},

@@ -62,7 +62,7 @@ protected:
         return found;
     }
 
-    /// By this process so far, as the system counts.
+    /// The bytes that this process has read so far, as the system counts them.
     static std::uint64_t bytesRead()
     {
         std::ifstream file("/proc/self/io");
@@ -144,7 +144,7 @@ TEST_F(Registry, TellsWhatIsWrong)
     EXPECT_EQ(type, VX_REG_BINARY) << "told, although the data stayed away";
 }
 
-/// Whatever the values of the keys below say, and however much they are.
+/// Whatever the values of the keys below contain, and however long they are.
 TEST_F(Registry, ReadsNoMoreOfAKeyThanItsNameToListIt)
 {
     for (const char16_t* key : {u"a\\B", u"a\\c"})
@@ -220,7 +220,7 @@ TEST_F(Registry, SeesWhatIsDoneToAValueThatItHasReadBefore)
         useStore(i);
         ASSERT_EQ(set(u"a", u"v", "1"), RESULT_OK);
     }
-    // An answer is kept only if the file is older than the steps of the system's clock for files.
+    // An answer is only stored if the file is older than a step of the system's clock for files.
     const auto isYoung = [&] {
         struct stat file;
         timespec now;
@@ -270,7 +270,7 @@ TEST_F(Registry, GoesOnBehindAKilledChange)
     EXPECT_EQ(get(u"a", u"v") + get(u"b\\c", u"v"), "32");
 }
 
-/// A text that tells whether it is whole: one letter, and its length from the letter.
+/// A text whose completeness can be checked: one letter, which also determines the length.
 std::string wholeText(unsigned number)
 {
     return std::string(1 + number % 26 * 300, static_cast<char>('a' + number % 26));
@@ -307,7 +307,7 @@ TEST_F(Registry, GivesWholeValuesWhileWritersAreKilled)
     for (int turn = 0; turn < 24; ++turn) {
         std::unique_ptr<Child>& writer = writers[random() % WRITERS];
         ASSERT_FALSE(writer != nullptr && writer->hasEnded()) << "a writer saw a failure or half a value";
-        writer = std::make_unique<Child>(change); // the end of the one before
+        writer = std::make_unique<Child>(change); // kills the previous one
         for (unsigned rest = random() % 20; rest > 0; --rest) {
             for (const char16_t* name : {u"A", u"B", u"C"})
                 ASSERT_TRUE(isWhole(get(key, name)));

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <sys/resource.h>
 
-/// A folder of its own for each test, removed behind it. The current directory comes back too.
+/// A folder for each test, which the destructor removes. It also restores the current directory.
 class Scratch {
 public:
     Scratch()
@@ -68,7 +68,7 @@ inline std::ptrdiff_t openDescriptors()
     return std::distance(begin(entries), end(entries));
 }
 
-/// Keeps files of this process from growing beyond `size` to the end of the block.
+/// Limits the size of files of this process to `size`, until the end of the block.
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t size)
@@ -91,7 +91,7 @@ private:
     rlimit m_before {};
 };
 
-/// Sets an environment variable, or takes it away, to the end of the block.
+/// Sets or removes an environment variable, until the end of the block.
 class ScopedVariable {
 public:
     ScopedVariable(const char* name, const char* value)

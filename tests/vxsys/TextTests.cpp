@@ -22,7 +22,7 @@ namespace {
 
 using namespace std::literals;
 
-/// A text at the very end of its block, so that a check of memory sees each step too far. `offset` moves its start.
+/// A text at the very end of its block, so that the sanitizer notices each access after it. `offset` moves its start.
 class TightText {
 public:
     explicit TightText(std::u16string_view text, std::size_t offset = 0)
@@ -84,7 +84,7 @@ TEST(Text, ComparesACountOfUnitsWithoutRegardToCase)
 
 TEST(Text, FoldsTheBasicPlaneAsTheSystemDoes)
 {
-    // Got a case in Unicode 16, which the system may know
+    // These got a case in Unicode 16, which the system may know
     constexpr std::uint32_t LATER[] = {0x19B, 0x264, 0x1C89, 0x1C8A, 0xA7CB, 0xA7CC, 0xA7CD, 0xA7DA, 0xA7DB, 0xA7DC};
     const locale_t system = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     ASSERT_NE(system, nullptr);
@@ -117,7 +117,7 @@ TEST(Text, FoldsInPlaceUnitByUnit)
 
 TEST(Text, NarrowsToUtf8)
 {
-    // The text, the room, the result and what is there then
+    // The text, the room, the result and the content after it
     const std::tuple<std::u16string_view, std::int32_t, std::int32_t, std::string> cases[]
         = {{u"a\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF", 32, 21,
                "a\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
@@ -137,7 +137,7 @@ std::u16string widen(const std::string& text)
     return {text.begin(), text.end()};
 }
 
-/// The C library, in the C locale, decides; what it reads beyond 32 bits is clipped here.
+/// Compares with the C library in the C locale, whose results are limited to 32 bits here.
 void expectAsStrtol(const std::string& text, int radix)
 {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -204,7 +204,7 @@ TEST(Number, ReadsFloatingPointOfAnyLength)
     expectAsStrtod("0." + std::string(5000, '0') + halfway + "e5016");
     expectAsStrtod("0x" + std::string(3000, '0') + "1." + std::string(2999, '0') + "1p-3");
     expectAsStrtod(std::string(3000, '9'));
-    // Halfway, told by the last digit only, where half rounds up
+    // Halfway between two doubles, which only the last digit shows, and half rounds up
     expectAsStrtod("1.00000000000000033306690738754696212708950042724609375");
     char text[1100];
     std::snprintf(text, sizeof text, "%.1075Lf", std::ldexp(3.0L, -1075));
@@ -224,7 +224,7 @@ TEST(Number, ReadsRandomFloatingPointAsTheCLibraryDoes)
             std::snprintf(text, sizeof text, format, value);
             expectAsStrtod(text);
         }
-        // More digits than a double holds, around the smallest ones
+        // More digits than a double has, around the smallest doubles
         std::snprintf(text, sizeof text, "0x%llx.%llxp-%u", static_cast<unsigned long long>(random() >> random() % 64),
             static_cast<unsigned long long>(random()), static_cast<unsigned>(random() % 1200));
         expectAsStrtod(text);

@@ -44,7 +44,7 @@ TEST(Time, BreaksSecondsDownAsTheCalendarDoes)
         EXPECT_EQ(VXTimeFromPosix(beyond, &time), RESULT_INVALID_ARGUMENT) << beyond;
 }
 
-/// Of the locales that the process has opened.
+/// The number of locales that the process has opened.
 std::atomic<int> g_openedLocales {0};
 
 TEST(Time, SeesAZoneThatChangesAtRunTime)

@@ -46,7 +46,7 @@ std::string_view viewOf(const Bytes& bytes)
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/// False where the program is missing or does not know what it is asked.
+/// False if the program is missing or does not know the algorithm.
 bool run(const Scratch& scratch, const std::string& command)
 {
     return std::system(("cd '" + scratch.getPath().string() + "' && " + command + " 2>/dev/null").c_str()) == 0;
@@ -121,7 +121,7 @@ TEST(MD5Digest, AgreesWithTheSystemHoweverTheMessageIsCut)
     const Scratch scratch;
     Random random;
     std::string names, expected;
-    MD5Digest digest; // one for all: each digest starts the next message
+    MD5Digest digest; // one object for all: each digest starts the next message
     for (std::size_t length = 0; length < 200; ++length) {
         const Bytes message = someBytes(random, length);
         const std::string name = std::to_string(length);

@@ -8,7 +8,7 @@ using namespace vx;
 
 namespace {
 
-/// A connected socket that the parent handed on.
+/// A connected socket that the parent passed on.
 struct InheritedSocket final : net::TcpSocket {
     explicit InheritedSocket(const String& inheritanceId)
         : TcpSocket(exec::Process::getInheritedDescriptor(inheritanceId))
@@ -18,7 +18,7 @@ struct InheritedSocket final : net::TcpSocket {
 
 } // namespace
 
-/// Says which descriptors are open, and writes into the socket that its argument names.
+/// Prints which descriptors are open, and writes to the socket that its argument names.
 int main(int argumentCount, char** arguments)
 {
     constexpr int MOST = 1024;

@@ -41,7 +41,7 @@ void writeAll(Process& process, const std::string& text)
     process.closeInput();
 }
 
-/// A shell that runs `script`, which holds no double quote.
+/// A shell that runs `script`, which must not contain a double quote.
 Reference<Process> shell(const std::string& script)
 {
     return new Process(u"/bin/sh", String(("-c \"" + script + "\"").c_str()).getData());
@@ -139,7 +139,7 @@ TEST(Process, GivesTheChildThreeStreamsAndNothingElse)
     EXPECT_EQ(openDescriptors(), before + 3) << "the list's pipes";
 }
 
-/// A child of one thread that had the pipe of another's would keep that one from its end.
+/// If a child of one thread inherited the pipe of another thread's child, that one would never see its end.
 TEST(Process, StartsFromSeveralThreadsAtOnce)
 {
     inThreads(4, [](int) {
@@ -163,7 +163,7 @@ TEST(Process, LeavesNoZombieWhenNobodyJoins)
     const pid_t endedId = std::stoi(readAll(*ended->getInputStream()));
     running = nullptr;
     ended = nullptr;
-    EXPECT_NE(stateOfProcess(runningId), '\0') << "goes on alone";
+    EXPECT_NE(stateOfProcess(runningId), '\0') << "it still runs";
     const signed char end = '\n';
     keptOpen->write(&end, 1);
     while (stateOfProcess(runningId) != '\0' || stateOfProcess(endedId) != '\0')
@@ -186,11 +186,12 @@ TEST(Process, SeesTheEndOfAChildThatTheSystemOrTheProgramCollected)
         std::this_thread::yield();
     EXPECT_EQ(ignored->getExitCode(), -1);
     EXPECT_EQ(shell("exit 5")->join(), -1);
-    shell("exit 5"); // left alone
+    shell("exit 5"); // not waited for
     std::signal(SIGCHLD, disposition);
 }
 
-/// More than a pipe holds, on both outputs, once its input has ended. The work is the child's own, or that of a grandchild.
+/// More than fits in a pipe, on both outputs, after the end of its input. It is written by the child itself or by a
+/// grandchild.
 TEST(Process, LetsAChildWriteThatIsLeftAlone)
 {
     const Scratch scratch;
@@ -208,7 +209,7 @@ TEST(Process, LetsAChildWriteThatIsLeftAlone)
     }
 }
 
-/// What the heir finds open, and says.
+/// The output of the heir: the descriptors that are open there.
 std::string listOfHeir(const char16_t* commandLine, std::span<const std::uint32_t> inherited)
 {
     Process heir(String(HEIR_FILE).getData(), commandLine, nullptr, nullptr, 0, inherited);
@@ -261,9 +262,9 @@ TEST(Process, HandsOnDescriptorsThatTheCallerNames)
 
 TEST(Process, KeepsNoDescriptorWhenMemoryFails)
 {
-    Child child([](Child::Side&) { // where nothing was collected before
+    Child child([](Child::Side&) { // nothing was collected before
         const auto letGo = [] { Process(u"/bin/cat"); };
-        const auto before = openDescriptors() + 2; // two are the collector's own
+        const auto before = openDescriptors() + 2; // the collector has two descriptors
         const auto awaitCollection = [&](int = 0) {
             while (openDescriptors() != before)
                 std::this_thread::yield();
@@ -272,7 +273,7 @@ TEST(Process, KeepsNoDescriptorWhenMemoryFails)
         awaitCollection();
         EXPECT_GT(failEachAllocation(letGo, awaitCollection), 2);
         awaitCollection();
-        if (!testing::Test::HasFailure()) // an exit would leave a thread that only the end of the library joins
+        if (!testing::Test::HasFailure()) // `exit` would not join a thread that is joined when the library is unloaded
             ::execl("/bin/true", "true", nullptr);
     });
     EXPECT_EQ(child.wait(), 0);
@@ -286,7 +287,7 @@ TEST(Process, StartsWithoutStandardStreamsOfItsOwn)
         const Reference<Process> process = shell("cat");
         writeAll(*process, "text");
         EXPECT_EQ(readAll(*process->getInputStream()), "text");
-        // Without it a thread would wait for the process, and be left behind by the _exit that ends this child.
+        // Without it a thread would wait for the process, and the _exit of this child would not join that thread.
         EXPECT_EQ(process->join(), 0);
     });
     EXPECT_EQ(child.wait(), 0);

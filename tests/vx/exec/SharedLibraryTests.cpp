@@ -29,7 +29,7 @@ TEST(SharedLibrary, IsInTheProcessAsLongAsTheObjectLives)
         EXPECT_EQ(reinterpret_cast<int (*)()>(library.getSymbol(u"plugin_answer"))(), 42);
         EXPECT_EQ(resultOf([&] { library.getSymbol(u"plugin_question"); }), RESULT_SYMBOL_NOT_FOUND);
     }
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__) // these keep what they saw
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__) // these keep their results
     EXPECT_FALSE(isMapped(PLUGIN_FILE));
 #endif
 }

@@ -47,7 +47,7 @@ TEST(Thread, RunsAndIsJoinedAndRunsAgain)
     Thread thread(task.get(), u"worker");
     const Reference<Object> copy(thread.clone());
     EXPECT_EQ(dynamic_cast<Thread&>(*copy).getName(), u"worker");
-    void* const answers[] = {&runs, nullptr, &exit, &runs}; // an exception is no result
+    void* const answers[] = {&runs, nullptr, &exit, &runs}; // a thread that throws has no result
     for (void* const expected : answers) {
         EXPECT_THROW(thread.getID(), IllegalStateException);
         EXPECT_THROW(thread.join(), IllegalStateException);

@@ -29,7 +29,7 @@ TEST(Locale, TakesItsNameApart)
         {u"ja.EUC-JP", u"ja", u"", u"", u"ja"},
         {u"", u"", u"", u"", u""},
         {u"_AT@", u"", u"AT", u"", u"_AT"},
-        // Each separator is looked for by itself, so that one in the wrong place goes unnoticed.
+        // Each separator is searched independently, so one in a wrong place is not noticed.
         {u"a.b_C", u"a.b", u"", u"", u"a.b"},
         {u"a@b_C", u"a@b", u"", u"b_C", u"a@b@b_C"},
         {u"a@b.c", u"a@b", u"", u"b.c", u"a@b@b.c"},
@@ -57,7 +57,7 @@ TEST(Locale, TellsAComponentWhatItKnows)
         EXPECT_EQ(*text, wanted);
     }
     IVXLocale* const inLocale = locale.get();
-    for (std::size_t slot = 6; slot < 14; slot += 2) { // names for people are not to be had
+    for (std::size_t slot = 6; slot < 14; slot += 2) { // display names are not available
         EXPECT_EQ(callSlot<std::int32_t>(view, slot, buffer), RESULT_FAIL) << slot;
         EXPECT_EQ(callSlot<std::int32_t>(view, slot + 1, buffer, inLocale), RESULT_FAIL) << slot;
     }
@@ -68,7 +68,7 @@ TEST(Locale, TellsAComponentWhatItKnows)
     EXPECT_THROW(same.compareTo(String(u"de_AT@euro")), CastFailedException);
 }
 
-/// A bundle of another library. It does as it is told, and counts what it is handed.
+/// A bundle of another library. Its results are set by the test, and it counts the references that it gives.
 struct ForeignBundle : Component<IVXResourceBundle> {
     std::int32_t LoadCharBuffer(const char16_t* key, IVXCharBuffer* value) const override
     {

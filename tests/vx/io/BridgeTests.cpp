@@ -16,7 +16,7 @@ using namespace vx::text::charset;
 
 namespace {
 
-/// "A", "é", "中" and a smile: one, two, three and four bytes.
+/// "A", "é", "中" and a smiling face: one, two, three and four bytes.
 constexpr const char MIXED_UTF8[] = "A\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80";
 constexpr const char16_t MIXED[] = u"A\u00E9\u4E2D\U0001F600";
 
@@ -65,7 +65,7 @@ TEST_F(Bridges, DecodeTheSameTextHoweverItsBytesArrive)
 
 TEST_F(Bridges, ReplaceTheBytesOfACharacterThatTheEndCuts)
 {
-    // The last number: where the fault is with substitution off
+    // The last number: the position of the fault with substitution off
     const std::tuple<const char16_t*, std::string_view, const char16_t*, std::int64_t> rows[]
         = {{u"UTF-8", "a\xE4", u"a\uFFFD", 1}, {u"UTF-8", "a\xE4\xB8", u"a\uFFFD\uFFFD", 1},
             {u"UTF-8", "\xE4z", u"\uFFFDz", 0}, {u"UTF-8", "\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD", 0},

@@ -14,7 +14,7 @@ namespace {
 template <class T>
 class Twins : public ::testing::Test {
 protected:
-    /// Text of plain letters, so that events and results can be read.
+    /// Letters only, so that events and results are readable.
     static std::vector<typename T::Unit> letters(int count) { return unitsFrom<typename T::Unit>('a', count); }
     static const typename T::Unit* text(const char* plain)
     {
@@ -42,15 +42,15 @@ TYPED_TEST(Twins, StandInTheirOrder)
     using Out = typename TypeParam::Output;
     using Unit = typename TypeParam::Unit;
     const std::size_t first = slotOf(&Object::toString) + 1;
-    expectSlots("reading", first + 2 * (sizeof(Unit) == 1), // bytes have two overloads in front
+    expectSlots("reading", first + 2 * (sizeof(Unit) == 1), // byte streams have two more overloads before it
         {slotOf<std::int32_t (In::*)(Unit*, std::int32_t)>(&In::read), slotOf<int (In::*)()>(&In::read), &In::skip,
             &In::available, &In::close, &In::markSupported, &In::mark, &In::reset});
-    expectSlots("writing", first + 2, // as characters have here
+    expectSlots("writing", first + 2, // character streams have it here
         {slotOf<void (Out::*)(const Unit*, std::int32_t)>(&Out::write), slotOf<void (Out::*)(Unit)>(&Out::write),
             &Out::flush, &Out::close});
 }
 
-/// What each operation gives and does to what lies below, which is written to `events`.
+/// The result of each operation. What it does to the wrapped stream is recorded in `events`.
 template <class Family>
 std::string readInAllWays(typename Family::Input& in, const std::string& events)
 {
@@ -94,7 +94,7 @@ TYPED_TEST(Twins, FiltersHandEverythingOn)
     const Reference<In> bareSource(source(below));
     const Reference<In> filteredSource(new typename TypeParam::FilterInput(source(this->m_events)));
     EXPECT_EQ(readInAllWays<TypeParam>(*filteredSource, this->m_events), readInAllWays<TypeParam>(*bareSource, below));
-    // One that can be marked, so that the other answers are seen as well.
+    // A stream that can be marked, so that the other results are tested as well.
     const auto buffered = [&] { return new typename TypeParam::BufferedInput(source(this->m_events), 16); };
     const Reference<In> bare(buffered()), filtered(new typename TypeParam::FilterInput(buffered()));
     EXPECT_EQ(readInAllWays<TypeParam>(*filtered, {}), readInAllWays<TypeParam>(*bare, {}));
@@ -127,9 +127,9 @@ TYPED_TEST(Twins, ReadInBlocksOfAtLeast16AndPastTheBuffer)
     } rows[] = {
         {5, 0, {}, {1, 15, 1}, "1 15 1 ", "read(16) read(16) "},
         {16, 0, {}, {40}, "40 ", "read(40) "},
-        {16, 0, {}, {1, 40}, "1 15 ", "read(16) available "}, // the rest would have to wait
+        {16, 0, {}, {1, 40}, "1 15 ", "read(16) available "}, // more would block
         {16, 1, {}, {1, 40}, "1 40 ", "read(16) available read(25) "},
-        {16, 1, {16, 4}, {1, 40}, "1 19 ", "read(16) available read(25) "}, // a short read past the buffer ends it
+        {16, 1, {16, 4}, {1, 40}, "1 19 ", "read(16) available read(25) "}, // a short read without the buffer ends it
         {16, 1, {16, 4}, {1, 20, 1}, "1 20 1 ", "read(16) available read(16) available read(16) "},
         {16, 0, {S::NOTHING, 3}, {4, 4}, "-1 3 ", "read(16) read(16) available "},
         {64, 0, {}, {0, -1, 60, 10, 10}, "0 0 50 -1 -1 ", "read(64) available read(64) read(64) "},
@@ -160,10 +160,10 @@ TYPED_TEST(Twins, GoBackToAMark)
     } rows[] = {
         {0, 100, 90, true}, // the buffer grows
         {3, 17, 16, true},
-        {3, 4, 13, true}, // within the buffer the limit does not matter
+        {3, 4, 13, true}, // within the buffer the limit has no effect
         {3, 4, 14, false},
         {3, -1, 14, false},
-        {16, 1, 1, true}, // set where the buffer had just run out
+        {16, 1, 1, true}, // set when the buffer was just empty
         {16, 1, 17, false},
     };
     for (const auto& row : rows) {
@@ -203,7 +203,7 @@ TYPED_TEST(Twins, LoseNothingWhenTheSourceFails)
 
 TYPED_TEST(Twins, KeepEverythingInOrderWhateverIsAsked)
 {
-    // Reads of any length, skips, marks and pauses of the source against a plain index into the data.
+    // Reads of any length, skips, marks and pauses of the source, compared with an index into the data.
     using Unit = typename TypeParam::Unit;
     Random chance;
     const auto upTo = [&](int most) { return chance.below(most + 1); };
@@ -270,7 +270,7 @@ TYPED_TEST(Twins, CollectSmallWritesAndFlushOnlyWhenAsked)
     const struct {
         int size;
         std::vector<const char*> writes;
-        const char* events; // before and behind "|" a flush
+        const char* events; // before a flush "|" and after it
     } rows[] = {
         {16, {"0123456789", "abcdefg"}, "write(0123456789) | write(abcdefg) flush gone "},
         {16, {"0123456789", "abcdef", "!"}, "write(0123456789abcdef) | write(!) flush gone "},
@@ -286,7 +286,7 @@ TYPED_TEST(Twins, CollectSmallWritesAndFlushOnlyWhenAsked)
                 output.write(this->text(write.c_str()), static_cast<int>(write.size()));
             this->m_events += "| ";
             output.flush();
-            output.write(static_cast<typename TypeParam::Unit>('x')); // neither the destructor flushes
+            output.write(static_cast<typename TypeParam::Unit>('x')); // the destructor does not flush either
         }
         EXPECT_EQ(this->m_events, row.events);
     }

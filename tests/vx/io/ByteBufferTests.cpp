@@ -42,7 +42,7 @@ TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
     for (const auto order : {TypeParam::BIG, TypeParam::LITTLE}) {
         buffer.clear();
         buffer.setOrder(order);
-        buffer.put(0); // a byte, no null pointer
+        buffer.put(0); // a byte, not a null pointer
         buffer.rewind();
         buffer.put(static_cast<typename TypeParam::Byte>(0x81));
         buffer.putInt16(-2);
@@ -81,8 +81,7 @@ TYPED_TEST(ByteBuffers, MoveBytesUpToTheLimit)
     EXPECT_STREQ(block, "ABC...0123456789");
     buffer.setLimit(8);
     Byte target[20] = {};
-    EXPECT_EQ(buffer.get(target, 20), 0U)
-        << "the position is the caller's affair, but nothing is read behind the limit";
+    EXPECT_EQ(buffer.get(target, 20), 0U) << "the position may be beyond the limit, but nothing is read there";
     EXPECT_THROW(buffer.setPosition(9), RangeErrorException);
     EXPECT_THROW(buffer.setLimit(17), RangeErrorException);
     buffer.rewind();
@@ -108,7 +107,7 @@ TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
     EXPECT_EQ(this->text(copy), "xbcd");
     EXPECT_TRUE(duplicate->isReadOnly());
     EXPECT_THROW(first->duplicate(false, 3), RangeErrorException);
-    first.reset(); // an owned block stays until its last owner has gone
+    first.reset(); // an owned block exists as long as it has an owner
     EXPECT_EQ(this->text(copy), "xbcd");
     EXPECT_EQ(this->text(assigned), "xbcd");
 }

@@ -106,7 +106,7 @@ TEST(ReadWriteChannel, IsAComponentOfItsHalves)
     EXPECT_EQ(failing->Read(bytes, &length), RESULT_OUT_OF_MEMORY);
 }
 
-/// A channel of another library, which tells what it is told to tell.
+/// A channel of another library. The test sets its results.
 struct ForeignChannel : Component<IVXChannel> {
     std::int32_t Read(signed char* bytes, std::int32_t* length) override
     {

@@ -22,7 +22,7 @@ using namespace std::literals;
 using namespace vx;
 using namespace vx::io;
 
-/// Puts what `path` opens behind a standard stream of this process, which is one that a test has to itself.
+/// Replaces a standard stream of this process by the file `path`. The test has the process for itself.
 void redirect(int standard, const std::filesystem::path& path, int flags)
 {
     const int file = ::open(path.c_str(), flags | O_CREAT | O_CLOEXEC, 0600);
@@ -31,7 +31,7 @@ void redirect(int standard, const std::filesystem::path& path, int flags)
     ::close(file);
 }
 
-/// Runs `work` in a process of its own, whose standard streams it may do with as it likes.
+/// Runs `work` in a separate process, so that it may change the standard streams.
 void alone(const std::function<void()>& work)
 {
     EXPECT_EQ(Child([&](Child::Side&) { work(); }).wait(), 0);
@@ -117,7 +117,7 @@ TEST(MaskedConsoleInputStream, TakesKeys)
         {"\b\bab\bc\r", 100, "ac\n", "-1"},
         {"ab\bc\r", 2, "ab", "c\n"},
         {"a\b", 100, "-1", "-1"},
-        {"x\xC3\xA4\b\r", 100, "x\n", "-1"}, // one key for the person at the keyboard
+        {"x\xC3\xA4\b\r", 100, "x\n", "-1"}, // one key for the user
         {"x\xE4\b\r", 100, "x\n", "-1"},
         {"\xFF\01\x7F\r", 100, "\xFF\01\x7F\n", "-1"},
     };
@@ -172,7 +172,7 @@ TEST(MaskedConsoleInputStream, ShowsNothingAndPutsTheTerminalBack)
         EXPECT_THROW(readOnce(stream, 100), UserAbortException);
     });
     for (const std::string_view keys : {"sexy\177\177\177ec\r"sv, "ab\003"sv}) {
-        while (isEchoing() && !user.hasEnded()) // keys that come before would be shown
+        while (isEchoing() && !user.hasEnded()) // keys that arrive before would be shown
             std::this_thread::yield();
         ASSERT_EQ(::write(master, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
         user.hear();

@@ -42,7 +42,8 @@ TEST(FileOutputStream, WritesWhereItsModeSays)
 {
     expectSlots("FileOutputStream", slotOf(&io::OutputStream::close) + 1,
         {&FileOutputStream::is_open, &FileOutputStream::open, &FileOutputStream::getSize});
-    // What "abcdef" is when it is open, and after "X" and "Y", between which another program adds "b"
+    // The content of "abcdef" after the open, and after writes of "X" and "Y"; between these another program appends
+    // "b"
     const std::tuple<unsigned, const char*, const char*> cases[] = {{0, "abcdef", "XYcdefb"},
         {ATEND, "abcdef", "abcdefXY"}, {TRUNC, "", "XY"}, {APPEND, "abcdef", "abcdefXbY"}, {LOCK, "abcdef", "XYcdefb"},
         {KEEPCLOSED, "abcdef", "Ybcdefb"}, {KEEPCLOSED | ATEND, "abcdef", "abcdefXbY"}, {KEEPCLOSED | TRUNC, "", "Yb"},
@@ -92,7 +93,7 @@ TEST(FileOutputStream, IsHeldAcrossSeveralWrites)
             write(own, "x");
         });
         EXPECT_EQ(other.hear(), 'o');
-        // A thread that blocks in a write with the mutex in its hand would keep out the one that it waits for.
+        // If a thread blocked in a write while it holds the mutex, it would lock out the thread that it waits for.
         Doing thread([&] { write(stream, "y"); });
         thread.awaitWaiting();
         for (const char* text : {"b", "c", "d"}) {
@@ -109,7 +110,7 @@ TEST(FileOutputStream, IsHeldAcrossSeveralWrites)
     }
 }
 
-/// A writer that the system ends in the middle of its second entry, of which `room` bytes are written then.
+/// A writer that the system ends in the middle of its second entry, after `room` bytes of it.
 void dieOverAnEntry(
     const String& path, unsigned mode, bool isInsideWait, std::string_view entry = "torn entry\n", rlim_t room = 5)
 {
@@ -167,7 +168,8 @@ TEST(FileOutputStream, CutsOffWhatADeadWriterLeftTorn)
                 survivor->signal();
             }
             write(*survivor, "next\n");
-            // A survivor that neither moves to the end nor opens again stands where the file ended for it.
+            // A stream that neither moves to the end nor opens the file again has the position at which the file ended
+            // before.
             const bool isAtStart = mode == (LOCK | ATEND) && repair != BY_THE_NEXT_PROGRAM;
             EXPECT_EQ(place.content(), isAtStart ? "next\n\n" : "whole\nnext\n");
         }
@@ -193,9 +195,9 @@ TEST(FileOutputStream, CutsOffOnlyWhatIsProvedToBeTheDeadWriters)
         const char* name;
         std::string entry; // of which `room` bytes are written
         std::size_t room;
-        enum { CUT, LINE_OF_ITS_OWN, APPENDED } next; // where the next entry comes: for the dead writer's, or after all
-        std::string found = {}; // instead of what the writer left; empty for just that
-        std::string added = {}; // by another program after its death
+        enum { CUT, LINE_OF_ITS_OWN, APPENDED } next; // where the next entry is written
+        std::string found = {}; // replaces what the writer left, unless it is empty
+        std::string added = {}; // appended by another program after the kill
     };
     const std::string torn = "torn entry\n";
     const Case cases[] = {{"all of it", torn, 5, Case::APPENDED, "whole\ntorn entry\n"},

@@ -28,7 +28,7 @@ constexpr unsigned ATEND = FileOutputStream::ATEND, APPEND = FileOutputStream::A
 constexpr int WRITERS = 8;
 constexpr int RECORDS = RECORDS_OF_A_WRITER;
 
-/// "writer sequence length filling" and a line end; the filling is `length` letters that follow from the rest.
+/// "writer sequence length filling" and a line end. The filling is `length` letters that can be computed from the rest.
 std::string recordOf(int writer, int sequence, std::size_t length)
 {
     std::string record = std::to_string(writer) + ' ' + std::to_string(sequence) + ' ' + std::to_string(length) + ' ';
@@ -51,7 +51,8 @@ void writeRecords(const String& path, unsigned mode, int writer, int count, std:
     }
 }
 
-/// Finds each writer's records whole and in order, each between `head` and `foot`, and tells how many there are of each.
+/// Expects complete records of each writer in their order, each between `head` and `foot`. Returns how many there are
+/// of each writer.
 std::vector<int> countRecords(
     const std::filesystem::path& path, const std::string& head = "", const std::string& foot = "")
 {
@@ -73,7 +74,7 @@ std::vector<int> countRecords(
     return counts;
 }
 
-/// A user that no process has, whose named objects are gone at the end of the block.
+/// A user that no process has. Its named objects are removed at the end of the block.
 class OtherUser {
 public:
     ~OtherUser()
@@ -111,13 +112,13 @@ void runWriters(Work work)
 
 class FileWriters : public testing::Test {
 protected:
-    // Memory is flushed at once: what is looked for is order, not the disk.
+    // A file in memory is flushed at once: this tests the order, not the disk.
     const ScopedVariable m_folder {"TMPDIR", "/dev/shm"};
     const Scratch m_scratch;
     const String m_path {m_scratch.full("file").c_str()};
 };
 
-/// What the writers of one file do not have in common. Their semaphores are different ones then.
+/// How the writers of one file differ. Their semaphores are different ones then.
 enum class Apart { IN_NOTHING, BY_SPELLING, BY_USER };
 
 class ManyWriters : public FileWriters, public testing::WithParamInterface<std::pair<unsigned, Apart>> { };
@@ -182,7 +183,7 @@ TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
     for (std::size_t writer = 0; writer < writers.size(); ++writer)
         EXPECT_EQ(writers[writer]->wait(), writer < 2 ? -SIGKILL : 0);
     FileOutputStream last(m_path, GetParam());
-    last.write("", 0); // one of the victims may have been the last to write
+    last.write("", 0); // a killed writer may have been the last one
     const std::vector<int> counts = countRecords(m_scratch / "file");
     EXPECT_EQ(std::vector<int>(counts.begin() + 2, counts.end()), std::vector<int>(WRITERS - 2, COUNT));
 }
@@ -198,7 +199,7 @@ std::string entryOfOthers(int sequence, std::size_t length)
     return entry + '\n';
 }
 
-/// Appends as any other program does, without the semaphore, and acknowledges each entry.
+/// Appends like any other program, without the semaphore, and confirms each entry.
 void appendWithoutSemaphore(const std::filesystem::path& path, std::size_t length, Child::Side& side)
 {
     const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
@@ -228,7 +229,7 @@ TEST_P(OtherPrograms, LoseNothingByTheRepairAfterAKill)
                 stream.write(entry.data(), static_cast<std::int32_t>(entry.size()));
         });
         EXPECT_EQ(victim.hear(), 'o');
-        const bool isBesideVictim = random() % 2 == 0; // or beside the repair
+        const bool isBesideVictim = random() % 2 == 0; // or during the repair
         if (isBesideVictim)
             others.tell('g');
         spin(random() % 300);

@@ -17,7 +17,7 @@ using namespace vx::text::charset;
 
 namespace {
 
-/// Throws at one of its calls, which then has done nothing.
+/// Throws in one of its calls, which then does nothing.
 class FailingOnce : public OutputStream {
 public:
     explicit FailingOnce(int failingCall)
@@ -47,7 +47,7 @@ private:
     std::string m_bytes;
 };
 
-/// Does each of its steps again when it has failed.
+/// Repeats each of its steps that fails.
 void retried(const std::function<void()>& step)
 {
     try {
@@ -88,7 +88,7 @@ void writeBuffered(OutputStream* sink)
     retried([&] { out.flush(); });
 }
 
-/// Unit by unit, so that pairs are cut.
+/// Unit by unit, so that pairs are split.
 template <const char16_t* encoding>
 void writeUnits(OutputStream* sink)
 {
@@ -98,7 +98,7 @@ void writeUnits(OutputStream* sink)
     retried([&] { out.flush(); });
 }
 
-/// Texts larger than the buffer, of which a plain stream would keep a part.
+/// Texts larger than the buffer, of which a plain stream keeps a part.
 template <const char16_t* encoding>
 void writeEntries(OutputStream* sink)
 {
@@ -187,7 +187,7 @@ TEST(Retry, LeavesNothingOfARefusedTextToTheNextOne)
                 out->flush();
             out->write(u"next\n");
             out->flush();
-            // What the sink refused at a flush is everything since the last one.
+            // If the sink refuses a flush, the failed text is everything since the last flush.
             const std::string without = row.sinkFails ? "write(next\n) flush " : "write(good\nnext\n) flush ";
             EXPECT_EQ(events, flushes ? std::string("write(") + row.kept + ") flush write(next\n) flush " : without)
                 << row.name;
@@ -229,7 +229,7 @@ TEST(InputStreamReader, GivesWhatFillsTheRoomBeforeItTellsAFault)
     } const rows[] = {
         {u"UTF-8", "ab\xED\xA0\x80", 2, u"ab", 2, 2},
         {u"AMP-7", "ab&_D800;", 2, u"ab", 2, 2},
-        {u"AMP-7", "a&&_D800;", 2, u"a", 1, 2}, // a substitute needs a unit more
+        {u"AMP-7", "a&&_D800;", 2, u"a", 1, 2}, // a substitution needs one more unit
         {u"AMP-7", "&&_D800;", 1, u"\uFFFD", 1, 1},
     };
     for (const auto& row : rows) {

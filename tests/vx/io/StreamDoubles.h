@@ -50,7 +50,7 @@ inline std::string contentOf(const vx::io::ByteArrayOutputStream& out)
     return {reinterpret_cast<const char*>(out.getBytes()), static_cast<std::size_t>(out.getSize())};
 }
 
-/// Units that differ from their neighbours, in an order that is the same each time.
+/// Units that differ from their neighbours, the same in each run.
 template <class Unit>
 std::vector<Unit> unitsFrom(int first, int count)
 {
@@ -60,13 +60,13 @@ std::vector<Unit> unitsFrom(int first, int count)
     return units;
 }
 
-/// A source that gives what it is told, piece by piece, and writes down what it is asked: "read(16) ".
+/// A source that returns given units piece by piece, and records its calls: "read(16) ".
 template <class Family>
 class Source : public Family::Input {
 public:
     using Unit = typename Family::Unit;
 
-    enum Step { FAIL = -1, NOTHING = 0 }; // any other number: at most so many units
+    enum Step { FAIL = -1, NOTHING = 0 }; // any other number: at most that many units
 
     Source(std::vector<Unit> units, std::string& events, std::vector<int> steps = {})
         : m_units(std::move(units))
@@ -108,7 +108,7 @@ private:
     std::size_t m_position = 0;
 };
 
-/// A target that writes down what it gets, "write(abc) ", and fails where it is told to.
+/// A target that records what is written, "write(abc) ", and fails if the test says so.
 template <class Family>
 class Sink : public Family::Output {
 public:

@@ -22,13 +22,13 @@ Reference<BufferedReader> linesOf(std::u16string_view text, std::int32_t size, i
 
 TEST(ReadLine, EndsAtEachLineEndWhereverTheBufferEnds)
 {
-    // lines: each behind its length
+    // lines: each after its length
     const std::pair<const char16_t*, const char16_t*> rows[] = {
         {u"", u""}, {u"\n", u"0|"}, {u"a\r\nb\nc\rd", u"1|a1|b1|c1|d"}, {u"\r\n\r\n", u"0|0|"}, {u"\n\r", u"0|0|"},
         {u"\r\r\n\n", u"0|0|0|"}, {u"0123456789abcde\r\n\nx", u"15|0123456789abcde0|1|x"},
         {u"0123456789abcdef\r", u"16|0123456789abcdef"}, {u"0123456789abcdef\r\nx\n", u"16|0123456789abcdef1|x"},
         {u"0123456789abcdefghijklmnopqrstuvwxyz0123456789\r\r", u"46|0123456789abcdefghijklmnopqrstuvwxyz01234567890|"},
-        {u"a\u2028b\u0085c\vd\fe", u"9|a\u2028b\u0085c\vd\fe"}, // other separators are text
+        {u"a\u2028b\u0085c\vd\fe", u"9|a\u2028b\u0085c\vd\fe"}, // other separators are part of the text
     };
     std::string events;
     for (const auto& [text, lines] : rows) {
@@ -114,11 +114,11 @@ TEST(StringWriter, CollectsForEver)
     out.close();
     out.write(u"!");
     EXPECT_EQ(before, u"abstring");
-    out.write(out.toString()); // what is written may be its own text
+    out.write(out.toString()); // the source may be its own text
     EXPECT_EQ(out.toString(), u"abstring!abstring!");
 }
 
-/// Shows what its heirs may do.
+/// Makes protected operations public.
 class Memory : public ByteArrayOutputStream {
 public:
     using ByteArrayOutputStream::ByteArrayOutputStream;

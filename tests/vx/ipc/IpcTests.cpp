@@ -112,7 +112,7 @@ TEST(SemaphoreR, BelongsToNoLaterThreadWithTheIdOfItsOwner)
     });
     bool isAgain = false;
     for (int thread = 0; thread < 1000 && !isAgain; ++thread) {
-        std::ofstream("/proc/sys/kernel/ns_last_pid") << id - 1; // other processes take the next one in between
+        std::ofstream("/proc/sys/kernel/ns_last_pid") << id - 1; // other processes may get it in between
         inThreads(1, [&](int) {
             isAgain = VXThreadGetCurrentId() == id;
             EXPECT_FALSE(isAgain && semaphore.tryWait());
@@ -145,7 +145,7 @@ TEST(SemaphoreR, StaysItsOwnersWhenAChildProcessDropsItsCopy)
         side.hear();
         SemaphoreR own(name.c_str(), 1, nullptr);
         own.wait();
-        held.reset(); // gives back nothing of what this process took
+        held.reset(); // returns nothing that this process took
         EXPECT_EQ(own.getValue(), 0);
     });
     EXPECT_EQ(child.hear(), 't');

@@ -40,7 +40,7 @@ std::set<std::string> namesOf(const ILogEntry& entry)
 
 using Names = std::set<std::string>;
 
-/// Reach the protected operations.
+/// Makes protected operations public.
 struct OpenLogger : Logger {
     using Logger::addCustomFields;
 };
@@ -232,7 +232,7 @@ TEST(VorbProcessor, HandsOverTheComponentFace)
     entry->setField(u"bad", new String);
     EXPECT_THROW(processor->process(entry.get()), ResultException);
 
-    /// Has no component face: it answers `m_answer` and gives none.
+    /// An entry without a component interface: it returns `m_answer`.
     struct Faceless : Object, ILogEntry {
         explicit Faceless(std::int32_t answer)
             : m_answer(answer)
@@ -253,7 +253,7 @@ TEST(VorbProcessor, HandsOverTheComponentFace)
     }
 }
 
-/// A list of texts, of which any may be null.
+/// A list of texts, any of which may be null.
 Reference<collections::List<Object>> textsOf(const std::vector<const char16_t*>& texts)
 {
     Reference<collections::List<Object>> list(new collections::List<Object>(new collections::vorb::ArrayList));
@@ -276,7 +276,7 @@ TEST(Placeholders, AreReplacedInOrderWithoutAGapAndInOnePass)
         EXPECT_EQ(detail::expandPlaceholders(pattern, *textsOf(arguments)), expected) << String(pattern);
     const Reference<collections::List<Object>> numbers = textsOf({});
     std::string pattern, expected;
-    for (int number = 49'999; number >= 0; --number) { // which takes for ever unless it is one pass
+    for (int number = 49'999; number >= 0; --number) { // takes very long unless it is one pass
         pattern += "{" + std::to_string(number) + "}{";
         expected += std::to_string(49'999 - number) + "{";
         numbers->add(new Integer32(number));

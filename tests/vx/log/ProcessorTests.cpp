@@ -28,7 +28,7 @@ Reference<LogEntry> entryOf(const String& text)
     return entry;
 }
 
-/// Waits for a permit at each entry.
+/// Waits for a permission before each entry.
 struct Gated : RecordingProcessor {
     void process(const ILogEntry* entry) override
     {
@@ -40,7 +40,7 @@ struct Gated : RecordingProcessor {
     sync::Semaphore m_permits {0};
 };
 
-/// Logs entries with these texts, each a word.
+/// Logs an entry for each word of a text.
 void put(AsyncProcessor& async, const char* words)
 {
     std::istringstream texts(words);
@@ -61,7 +61,7 @@ TEST(AsyncProcessor, DrainsBesideAWorkerThatHoldsAnEntry)
     }
     while (target->texts().size() < 7)
         std::this_thread::yield();
-    std::string texts = target->texts(); // in any order: a worker may hold one while the next is drained
+    std::string texts = target->texts(); // a worker may be late, so the order is open
     std::sort(texts.begin(), texts.end());
     EXPECT_EQ(texts, "  ;;abc");
 }

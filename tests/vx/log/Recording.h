@@ -20,7 +20,7 @@ inline std::string fieldOf(const ILogEntry& entry, const char16_t* name)
     return entry.getField(name)->toString().toUtf8();
 }
 
-/// Keeps what it is given. With a limit it throws at the entry behind it.
+/// Stores what it gets. With a limit, it throws at the entry after that.
 class RecordingProcessor : public Object, public ILogProcessor {
 public:
     explicit RecordingProcessor(std::size_t limit = SIZE_MAX)

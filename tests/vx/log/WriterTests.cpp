@@ -41,7 +41,7 @@ TEST(BasicLogWriter, WritesAnEntryInOneCallAndFlushes)
     EXPECT_EQ(events, std::string("write(") + LINE + ") flush write(text=two\nlines\n" + LINE + ") flush ");
 }
 
-/// Adds fields of one letter and of two, from the same few, so that names meet in a bucket, and some that are its own.
+/// Adds fields with names of one and two letters. Many share buckets, and some are fields of the logger.
 class Adding : public Logger {
 public:
     explicit Adding(Random& random)
@@ -83,7 +83,7 @@ TEST(BasicLogWriter, WritesTheFieldsInTheOrderOfTheirNames)
         const Reference<Logger> logger(new Adding(random));
         Reference<RecordingProcessor> entries(new RecordingProcessor);
         events.clear();
-        logger->addProcessor(BasicLogWriter::create(writer.get()).get()); // before the values are asked for
+        logger->addProcessor(BasicLogWriter::create(writer.get()).get()); // before the values are read
         logger->addProcessor(entries.get());
         logger->log(-round, String(u't', static_cast<int>(random() % 400)));
 
@@ -113,7 +113,7 @@ TEST(XmlLogWriter, FramesItsEntriesAndEscapesWhenAsked)
 
     const std::pair<XmlLogWriter::Values, std::string> cases[] = {
         {XmlLogWriter::Values::AS_THEY_ARE, "<b>&\x01\r"},
-        {XmlLogWriter::Values::ESCAPED, "&lt;b&gt;&amp;\xFD&#13;"}, // U+FFFD, of which the sink keeps the low byte
+        {XmlLogWriter::Values::ESCAPED, "&lt;b&gt;&amp;\xFD&#13;"}, // U+FFFD, of which the sink stores the low byte
     };
     for (const auto& [values, value] : cases) {
         events.clear();
@@ -208,7 +208,7 @@ TEST(ZonedTimeStamp, IsWrittenByRfc3339)
     EXPECT_EQ(ZonedTimeStamp(false).getMinutesAhead(), 0);
 }
 
-/// A disk that may be full: a stream that keeps what it takes.
+/// A disk that may be full: a stream that stores what it accepts.
 struct Disk : io::ByteArrayOutputStream {
     using ByteArrayOutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override

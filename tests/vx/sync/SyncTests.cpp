@@ -42,7 +42,7 @@ auto elsewhere(Work work)
     return result;
 }
 
-/// Whether another thread gets the lock at once. It gives it back.
+/// Whether another thread can acquire the lock at once. It releases it again.
 template <class Lock>
 bool isFree(Lock& lock, bool (Lock::*take)() = &Lock::tryWait, void (Lock::*give)() = &Lock::signal)
 {
@@ -58,7 +58,7 @@ bool mayRead(ReaderWriterLock& lock)
     return isFree(lock, &ReaderWriterLock::tryWaitShared, &ReaderWriterLock::signalShared);
 }
 
-/// Two who take a lock, and note when they have it.
+/// Two threads that acquire a lock and record the order.
 struct Noting {
     void write()
     {
@@ -80,7 +80,7 @@ struct Noting {
 template <class Lock>
 class LockObjectTest : public testing::Test {
 protected:
-    ~LockObjectTest() noexcept override { } // a lock that cannot go ends the program
+    ~LockObjectTest() noexcept override { } // a lock that cannot be destroyed ends the program
 
     Lock m_lock;
 };
@@ -89,7 +89,7 @@ TYPED_TEST_SUITE(LockObjectTest, LockTypes);
 
 TYPED_TEST(LockObjectTest, LetsOneThreadInAtATime)
 {
-    int count = 0; // on purpose no atomic
+    int count = 0; // not atomic on purpose
     inThreads(4, [&](int) {
         for (int turn = 0; turn < 1000; ++turn) {
             const ScopedLock guard(this->m_lock);
@@ -102,7 +102,7 @@ TYPED_TEST(LockObjectTest, LetsOneThreadInAtATime)
 TYPED_TEST(LockObjectTest, IsReleasedByItsHolderOnly)
 {
     LockObject& lock = this->m_lock;
-    EXPECT_LT(resultOf([&] { lock.signal(); }), 0) << "nobody holds it";
+    EXPECT_LT(resultOf([&] { lock.signal(); }), 0) << "no thread holds it";
     lock.wait();
     EXPECT_LT(elsewhere([&] { return resultOf([&] { lock.signal(); }); }), 0);
     EXPECT_FALSE(isFree(lock)) << "it is still held";
@@ -118,7 +118,7 @@ void leaveByException(void (Lock::*take)())
     throw 7;
 }
 
-/// Without a leak, which the sanitizer would tell.
+/// A leak would be reported by the sanitizer.
 TEST(Sync, DestroysALockThatTheThreadHolds)
 {
     EXPECT_THROW(leaveByException(&Mutex::wait), int);
@@ -193,7 +193,7 @@ TEST(ReaderWriterLock, PutsAWaitingWriterBeforeNewReadersButNotBeforeItsOwn)
 {
     Noting noting;
     ReaderWriterLock& lock = noting.lock;
-    for (int i = 0; i < 100; ++i) { // read locks that went from hand to hand count for nobody
+    for (int i = 0; i < 100; ++i) { // read locks that other threads released must not be counted
         lock.waitShared();
         Doing([&] { lock.signalShared(); }).join();
     }
@@ -203,7 +203,7 @@ TEST(ReaderWriterLock, PutsAWaitingWriterBeforeNewReadersButNotBeforeItsOwn)
     EXPECT_FALSE(mayRead(lock)) << "a new reader stands back";
     Doing reader([&] { noting.read(); });
     reader.awaitWaiting();
-    lock.waitShared(); // would never come back if this reader stood back as well
+    lock.waitShared(); // would never return if this reader waited for the writer
     lock.signalShared();
     lock.signalShared();
     writer.join();
@@ -232,7 +232,7 @@ TEST(ReaderWriterLock, StarvesNobody)
     std::atomic<bool> ends {false};
     int written = 0;
     std::list<Doing> others;
-    for (int i = 0; i < 2; ++i) { // readers that overlap all the time
+    for (int i = 0; i < 2; ++i) { // at any time at least one of the readers reads
         others.emplace_back([&] {
             while (!ends) {
                 lock.waitShared();
@@ -264,7 +264,7 @@ TEST(ReaderWriterLock, StarvesNobody)
 TEST(ReaderWriterLock, RefusesWhatWouldWaitForItself)
 {
     ReaderWriterLock lock;
-    EXPECT_LT(resultOf([&] { lock.signalShared(); }), 0) << "nobody reads";
+    EXPECT_LT(resultOf([&] { lock.signalShared(); }), 0) << "no thread reads";
     lock.wait();
     EXPECT_LT(resultOf([&] { lock.wait(); }), 0);
     EXPECT_LT(resultOf([&] { lock.waitShared(); }), 0);
@@ -302,7 +302,7 @@ TEST(Event, ResetsItselfBehindTheOneThatItFrees)
     event.signal();
     EXPECT_FALSE(event.tryWait()) << "it does not look";
     EXPECT_TRUE(event.wait(0)) << "so the signal is still there";
-    EXPECT_FALSE(event.wait(0)) << "two that nobody waited for are one";
+    EXPECT_FALSE(event.wait(0)) << "only one is kept without a waiter";
 }
 
 TEST(Event, FreesAWaiterForEachSignal)
@@ -429,7 +429,7 @@ TEST(Condition, RefusesWhoDoesNotHoldItAndWhoHoldsItAlready)
 
 using Call = std::int32_t (*)(VXHandle) noexcept;
 
-/// The locks that a thread can hold, and last the one that another thread may release.
+/// The locks that belong to a thread, and last the one that another thread may release.
 constexpr struct {
     const char* name;
     std::int32_t (*create)(const char*, std::uint32_t, VXHandle*) noexcept;
@@ -470,11 +470,11 @@ TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
     }
 }
 
-/// The system gives the handle of an ended thread, which is an address, to a new one.
+/// The system reuses the handle of an ended thread, which is an address, for a new one.
 TEST(PlatformLocks, BelongToNoLaterThread)
 {
     const std::span rows(HELD, std::size(HELD) - 1);
-    static VXHandle s_handles[std::size(HELD) - 1]; // stay to the end: what an ended thread holds is not destroyed
+    static VXHandle s_handles[std::size(HELD) - 1]; // never destroyed: an ended thread still holds them
     for (const auto& row : rows) {
         VXHandle& handle = s_handles[&row - HELD];
         ASSERT_EQ(row.create(nullptr, 0, &handle), 0) << row.name;

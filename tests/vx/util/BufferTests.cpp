@@ -51,7 +51,7 @@ class Buffers : public testing::Test {
 public:
     static constexpr typename Twin::Unit DATA[] = {'a', 'b', 'c', 'd', 'e', 0};
 
-    /// Tells the capacity by what the storage was asked for last.
+    /// Finds out the capacity by the size of the last allocation.
     static int capacityOf(const AllocationProbe& probe)
     {
         return static_cast<int>(probe.lastRawSize() / sizeof(typename Twin::Unit));
@@ -150,7 +150,7 @@ TYPED_TEST(Buffers, LetManyRead)
 {
     typename TypeParam::MT buffer(this->DATA, 5, 0);
     const typename TypeParam::ReadLock first(buffer);
-    inThreads(1, [&](int) { // comes to an end while the other reader is inside
+    inThreads(1, [&](int) { // returns while the other reader still reads
         EXPECT_EQ(typename TypeParam::ReadLock(buffer).data(), first.data());
     });
 }
@@ -160,7 +160,7 @@ TYPED_TEST(Buffers, FreeTheWriteLockWhereItWasNotGot)
     typename TypeParam::MT buffer;
     EXPECT_THROW(buffer.getWriteLock(LARGEST), std::bad_alloc);
     EXPECT_EQ(static_cast<typename TypeParam::View&>(buffer).GetWriteLock(1, nullptr), RESULT_POINTER);
-    buffer.freeExtra(); // takes the lock, and would wait for ever
+    buffer.freeExtra(); // would wait for ever if it took the lock
     static_cast<typename TypeParam::RW&>(buffer) = typename TypeParam::RW(this->DATA, 5, 0);
     typename TypeParam::MT copy(buffer);
     copy = copy = buffer;

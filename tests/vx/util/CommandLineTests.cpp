@@ -41,7 +41,7 @@ TYPED_TEST_SUITE(CommandLineParsers, Parsers);
 
 TYPED_TEST(CommandLineParsers, TakeACommandLineApartAndJoinArguments)
 {
-    // The text; count and defaults of the option x, which is defined unless the count is -1; the elements
+    // The text, the number of values and defaults of the option x (-1: not defined), and the elements
     const std::tuple<const char16_t*, int, const char16_t*, const char*> cases[]
         = {{u"", -1, nullptr, ""}, {u"a -x b", 1, nullptr, "[a]x(b)"}, {u"-x a -y b", 2, nullptr, "x(a)[b]"},
             {u"-x -y", 1, u"d", "x(d)y()"}, {u"-x", 1, u"d", "x(d)"}, {u"-x  -y", 1, u"d", "x()"},

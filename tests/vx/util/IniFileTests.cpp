@@ -43,7 +43,7 @@ TEST(IniFile, ReadsLineByLine)
     const std::pair<std::string, std::string> cases[] = {
         {"[a]\n  k=v\n\tk=v\n\r\n\n#k=v\n;k=v\n:k=v\nl=1", "[a]l=1,"},
         {"k=dropped\n[a] trailing\n[b]b]\n[ c ]\n", "[ c ][a][b]b]"},
-        {"[b]\r\nK=1\r\n[B]\r\nl=2\r\nL=\t3 \r\n", "[b]l=3,"}, // replaced, and spelled as at first
+        {"[b]\r\nK=1\r\n[B]\r\nl=2\r\nL=\t3 \r\n", "[b]l=3,"}, // the value is replaced, the spelling of the key stays
         {"[a]\nk=1\nnothing\nl=2\n[b]\n", "[a]k=1,"},
         {"[a]\nk=1\n[b\nl=2\n", "[a]k=1,"},
         {"[]\nk=1\n[a]\n", "[]k=1,[a]"},
@@ -52,7 +52,7 @@ TEST(IniFile, ReadsLineByLine)
         {"\xEF\xBB\xBF[\xC3\xA4]\nk=\xE2\x82\xAC\n\xEF\xBB\xBF# and again\n", "[\xC3\xA4]k=\xE2\x82\xAC,"},
         {"[a]\nk=x\xFFy\xE2\x82", "[a]k=x\xEF\xBF\xBDy\xEF\xBF\xBD\xEF\xBF\xBD,"},
         {"[a]\nk=v\0hidden\nl=1\n\0m=2\nn=3\n"s, "[a]k=v,l=1,n=3,"},
-        {"[a]\nk=" + full + "12345678\nl=1", "[a]k=" + full + "12345678,l=1,"}, // exactly a piece
+        {"[a]\nk=" + full + "12345678\nl=1", "[a]k=" + full + "12345678,l=1,"}, // exactly one piece
         {"[a]\nk=" + full + "12345678;x\nl=1", "[a]k=" + full + "12345678,l=1,"}, // the rest is a comment
         {"[a]\nk=" + full + "12345678m=2\nl=1", "[a]k=" + full + "12345678,l=1,m=2,"},
         {"[a]\nk=" + full + "1234567\xC3\xA4=2", "[a]k=" + full + "1234567\xEF\xBF\xBD,\xEF\xBF\xBD=2,"},
@@ -87,7 +87,7 @@ TEST_F(IniFiles, ReplacesTheFileWithWhatItKnows)
     for (const char16_t* set : {u"a", u"a\\b", u"a\\b\\c", u"ab", u"A\\d"})
         EXPECT_EQ(file.AddKey(set, u"k", u"", false), 0);
     EXPECT_EQ(file.DeleteSet(u"a\\none"), 0);
-    EXPECT_EQ(file.DeleteSet(u"a"), 0); // the case of letters counts for what is below
+    EXPECT_EQ(file.DeleteSet(u"a"), 0); // sets below are found with regard to case
     EXPECT_EQ(dump(file), "[A\\d]k=,[y][Z]b=\xC3\xA4,");
     EXPECT_EQ(file.DeleteSet(u""), 0);
     EXPECT_EQ(content(), "");
@@ -97,7 +97,7 @@ TEST_F(IniFiles, WritesAsMuchAsALineHolds)
 {
     IniFile file(m_path.c_str(), nullptr, 0);
     const String name(u's', 300);
-    const String value = String(u'v', 253) + u"\u00E4x"; // the last that fits is half a character
+    const String value = String(u'v', 253) + u"\u00E4x"; // the last byte would be half a character
     EXPECT_EQ(file.AddKey(name.getData(), u"k\xD800", value.getData(), false), 0);
     EXPECT_EQ(content(), "[" + std::string(259, 's') + "]\nk?=" + std::string(253, 'v') + "\n\n");
     char16_t found[600];
@@ -150,10 +150,10 @@ TEST_F(IniFiles, SeesEachChangeAtOnce)
     const IniFile copy(reader);
     reader.DeleteSet(u"s");
     reader = copy;
-    EXPECT_EQ(dump(reader), ""); // its time is older than the file's
+    EXPECT_EQ(dump(reader), ""); // its time is earlier than that of the file
     std::filesystem::remove(m_scratch / "x.ini");
     EXPECT_EQ(writer.AddKey(u"t", u"k", u"1", false), 0);
-    EXPECT_EQ(dump(reader), "[s]k=149,[t]k=1,"); // the writer had nothing else to look at
+    EXPECT_EQ(dump(reader), "[s]k=149,[t]k=1,"); // the writer has no other indication of a change
 }
 
 TEST_F(IniFiles, WritesNothingOverWhatItCouldNotRead)
@@ -241,7 +241,7 @@ TEST_F(IniFiles, IsSharedByProcessesThatAreKilled)
                     parent.tell(number == 9 ? 'e' : '.');
                 }
             }));
-        for (const auto& child : children) { // each has ten keys in the file, and more on the way
+        for (const auto& child : children) { // each has ten keys in the file, and writes more
             while (child->hear() == '.') { }
             child->kill();
         }

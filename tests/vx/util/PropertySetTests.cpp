@@ -33,7 +33,7 @@ TEST(PropertySet, AsksItsParentLast)
     EXPECT_THROW(child->get(u"port"), Exception);
 }
 
-/// Answers for one key, without having it.
+/// Returns a value for one key that it does not have.
 class Answering : public PropertySet {
 public:
     using PropertySet::PropertySet;
@@ -46,7 +46,7 @@ TEST(PropertySet, HasAsManyParentsAsThereIsMemoryFor)
 {
     Reference<PropertySet> set(new PropertySet);
     set->set(u"first", u"found");
-    for (int child = 0; child < 100'000; ++child) // more than the stack has calls for
+    for (int child = 0; child < 100'000; ++child) // more than the depth of recursion that fits on the stack
         set = child == 50'000 ? new Answering(set.get()) : new PropertySet(set.get());
     EXPECT_EQ(set->get(u"first"), u"found");
     EXPECT_EQ(set->get(u"asked"), u"answer") << "by the class in between";
@@ -60,7 +60,7 @@ TEST(PropertySet, SharesItsEntriesAcrossTheBorder)
 {
     const Reference<PropertySet> parent(new PropertySet);
     parent->set(u"inherited", u"yes");
-    PropertySet set(parent.get()); // on the stack: no reference may count it
+    PropertySet set(parent.get()); // on the stack: there must be no reference to it
     const Reference<const IPropertySet> shared = PropertySet::getVorb(set);
     auto* const face = const_cast<IPropertySet*>(shared.get());
     const Reference<String> value(new String(u"7"));
@@ -96,7 +96,7 @@ struct ForeignKeys : Component<IPropertyKeyIterator> {
     int m_next = 0;
 };
 
-/// A set of another library: it gives what it is told to and can do as it should not.
+/// A set of another library. The test sets its results, which may be wrong ones.
 struct ForeignSet : Component<IPropertySet> {
     std::int32_t Set(const char16_t* key, IVXUnknown* value) override
     {

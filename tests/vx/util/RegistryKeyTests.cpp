@@ -87,12 +87,12 @@ TEST_F(RegistryKeys, GivesBackWhatWasSet)
     signed char read[4] = {};
     EXPECT_EQ(m_key.getValue(u"bytes", read, 4), 3);
     EXPECT_TRUE(std::equal(bytes, bytes + 3, read));
-    for (const int length : {511, 512, 5000}) { // from one call of the platform to two
+    for (const int length : {511, 512, 5000}) { // changed between two calls of the platform layer
         const String text(u'x', length);
         m_key.setValue(u"text", text);
         EXPECT_EQ(m_key.getValueString(u"text"), text);
     }
-    // Bytes that somebody else has put there as a text.
+    // Bytes that another program has stored as a text.
     VXRegistrySetValue(VX_HKEY_USER, u"Software\\X", u"raw", VX_REG_STRING, u"a\0\0", 6);
     EXPECT_EQ(m_key.getValueString(u"raw"), std::u16string_view(u"a\0", 2));
 }
@@ -142,7 +142,7 @@ TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
     EXPECT_EQ(keys->next()->getValueUINT32(u""), 2U);
     EXPECT_FALSE(keys->hasNext());
     const Reference<RegistryKey> software = RegistryKey(u"VX_HKEY_USER").getSubkeyIterator()->next();
-    EXPECT_EQ(software->getKey(true), u"\\\\Software") << "an empty path has a backslash behind it too";
+    EXPECT_EQ(software->getKey(true), u"\\\\Software") << "also with a backslash after an empty path";
     software->remove();
     EXPECT_FALSE(m_key.valueExists(u"A"));
 }

@@ -24,7 +24,7 @@ TEST(Guid, StandsWhereAnIdentifierStands)
     EXPECT_THROW(Guid(u"{00000000-0000-0000-C000-00000000004}"), Exception);
 }
 
-/// The tokens that are left, each after a "|". Looks ahead `looks` times before each.
+/// The remaining tokens, each after a "|". Calls `hasMoreTokens` `looks` times before each.
 std::u16string tokensOf(StringTokenizer& tokenizer, int looks)
 {
     std::u16string tokens;

@@ -88,7 +88,7 @@ TEST(Module, SaysWhyThereIsNoFactory)
         {"unknown class", library.module, UNKNOWN_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"no table", noTable, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"no rows", noRows, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
-        // The rows after the one that failed are asked as well, and the last answer stands.
+        // The rows after a failed one are asked too, and the last answer is the result.
         {"a creator that fails", failing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"a creator that throws", throwing.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},
         {"no creator", incomplete.module, FIRST_CLASS, RESULT_CLASS_NOT_AVAILABLE},

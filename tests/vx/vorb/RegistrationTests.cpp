@@ -31,7 +31,7 @@ struct Texts {
 
 class Registration : public testing::Test {
 protected:
-    /// All keys with their default values, a line each.
+    /// All keys with their default values, one on each line.
     static std::string entries(const util::RegistryKey& key = util::RegistryKey(u"VX_HKEY_CLASSES_32"))
     {
         std::string text;

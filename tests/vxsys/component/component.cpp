@@ -1,4 +1,5 @@
-// A component library without a library behind it. What its classes do wrong goes by the first number of their identifiers.
+// A component library that does not use the library. The first number of a class identifier selects what the class does
+// wrong.
 #include "vxsys/Component.h"
 #include "vxsys/Result.h"
 
