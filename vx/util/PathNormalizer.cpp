@@ -14,8 +14,10 @@ namespace {
 
 using Machine = PathNormalizer;
 
-/// For each state: the next one after ".", a separator, any other unit, and the end of the text.
-constexpr Machine::STATE NEXT[][4] = {
+enum Event { AT_DOT, AT_SEPARATOR, AT_OTHER, AT_END };
+
+/// For each state, the next one by what comes in the text.
+constexpr Machine::STATE NEXT[][AT_END + 1] = {
     {Machine::STATE_LEAD_DOT, Machine::STATE_SLASH, Machine::STATE_NAME, Machine::STATE_END}, // START
     {Machine::STATE_NAME, Machine::STATE_SLASH, Machine::STATE_NAME, Machine::STATE_END}, // NAME
     {Machine::STATE_SLASH_DOT, Machine::STATE_SLASH, Machine::STATE_NAME, Machine::STATE_END}, // SLASH
@@ -136,12 +138,10 @@ int PathNormalizer::run(std::u16string_view source, char16_t* output) noexcept
 PathNormalizer::STATE PathNormalizer::nextState() const noexcept
 {
     const auto index = static_cast<std::size_t>(m_index);
-    if (index == m_source.size())
-        return NEXT[m_state][3];
-    const char16_t unit = m_source[index];
-    if (unit == u'.')
-        return NEXT[m_state][0];
-    return NEXT[m_state][isSlash(unit) ? 1 : 2];
+    int event = AT_END;
+    if (index < m_source.size())
+        event = m_source[index] == u'.' ? AT_DOT : isSlash(m_source[index]) ? AT_SEPARATOR : AT_OTHER;
+    return NEXT[m_state][event]; // NOLINT(clang-analyzer-core.uninitialized.UndefReturn): never after STATE_END
 }
 
 void PathNormalizer::transition(STATE next) noexcept

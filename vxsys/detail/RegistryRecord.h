@@ -34,7 +34,7 @@ struct RegistryRecord {
     std::u16string write() const;
 
     /// Null if there is none.
-    RegistryValue* find(std::u16string_view name) noexcept;
+    RegistryValue* find(std::u16string_view wanted) noexcept;
 };
 
 } // namespace vxsys::detail

@@ -59,7 +59,7 @@ std::int32_t VXModuleLibOpen(const void*, const char16_t* name, VXLibHandle* han
     char relative[NAME_SIZE + 2];
     const char* native = isAPath ? path.get() : plain;
     if (isAPath && std::strchr(native, '/') == nullptr) {
-        std::memcpy(relative, "./", 2);
+        std::strcpy(relative, "./");
         std::strcpy(relative + 2, native);
         native = relative;
     }

@@ -27,8 +27,6 @@
 #include <utility>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 using namespace vxsys::results;
@@ -103,6 +101,7 @@ std::vector<std::u16string> splitArguments(std::u16string_view line)
 std::vector<char*> pointersTo(std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);

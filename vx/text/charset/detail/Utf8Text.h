@@ -24,7 +24,7 @@ std::string encodeUtf8(std::u16string_view text);
 void encodeUtf8(
     std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written, std::int32_t size);
 
-/// The converter of a name for one text. That for UTF-8 takes no look-up by name and no memory.
+/// The converter of a name for one text. For UTF-8 it needs no look-up by name and no memory.
 template <class Converter, class Utf8Converter>
 class ConverterFor {
 public:
@@ -35,8 +35,8 @@ public:
     }
 
     bool isUtf8() const noexcept { return m_named == nullptr; }
-    Converter& operator*() noexcept { return m_named != nullptr ? *m_named : m_utf8; }
-    Converter* operator->() noexcept { return &**this; }
+    Converter& operator*() noexcept { return *operator->(); }
+    Converter* operator->() noexcept { return isUtf8() ? &m_utf8 : m_named.get(); }
 
 private:
     Utf8Converter m_utf8;
