@@ -22,7 +22,7 @@ public:
     static ReleaseReport ofDestructor() noexcept { return ReleaseReport(0); }
 
     /// Throws ResultException for a negative `result`.
-    void tell(std::int32_t result) const
+    void report(std::int32_t result) const
     {
         if (mayThrow())
             throwIfFailed(result);

@@ -70,7 +70,7 @@ void StringReadLock::lockView()
 
 void StringReadLock::unlockView()
 {
-    m_report.tell(m_text.ReleaseReadLock());
+    m_report.report(m_text.ReleaseReadLock());
 }
 
 void StringWriteLock::lockView(int minimumLength)
@@ -83,7 +83,7 @@ void StringWriteLock::lockView(int minimumLength)
 
 void StringWriteLock::unlockView()
 {
-    m_report.tell(m_text.ReleaseWriteLock(m_length));
+    m_report.report(m_text.ReleaseWriteLock(m_length));
 }
 
 PlainBuffer::Storage* StringWriteLock::copyFirst(std::int64_t more)

@@ -19,17 +19,17 @@ void copyTo(IVXCharBuffer* target, String text)
     VXCopyCharBuffer(target, &text);
 }
 
-std::int32_t give(IVXCharBuffer* target, const String& text)
+std::int32_t copyAtBoundary(IVXCharBuffer* target, const String& text)
 {
     return vorb::atBoundary([&] { copyTo(target, text); });
 }
 
-std::int32_t giveDisplay(LocaleFace& face, IVXCharBuffer* target, DisplayText get)
+std::int32_t copyDisplay(LocaleFace& face, IVXCharBuffer* target, DisplayText get)
 {
     return vorb::atBoundary([&] { copyTo(target, (static_cast<Locale&>(face).*get)(nullptr)); });
 }
 
-std::int32_t giveDisplay(LocaleFace& face, IVXCharBuffer* target, IVXLocale* inLocale, DisplayText get)
+std::int32_t copyDisplay(LocaleFace& face, IVXCharBuffer* target, IVXLocale* inLocale, DisplayText get)
 {
     return vorb::atBoundary([&] {
         if (inLocale == nullptr)
@@ -51,62 +51,62 @@ String part(std::u16string_view text, std::size_t start, std::size_t end)
 
 std::int32_t LocaleFace::GetLanguage(IVXCharBuffer* text)
 {
-    return give(text, static_cast<Locale&>(*this).getLanguage());
+    return copyAtBoundary(text, static_cast<Locale&>(*this).getLanguage());
 }
 
 std::int32_t LocaleFace::GetCountry(IVXCharBuffer* text)
 {
-    return give(text, static_cast<Locale&>(*this).getCountry());
+    return copyAtBoundary(text, static_cast<Locale&>(*this).getCountry());
 }
 
 std::int32_t LocaleFace::GetVariant(IVXCharBuffer* text)
 {
-    return give(text, static_cast<Locale&>(*this).getVariant());
+    return copyAtBoundary(text, static_cast<Locale&>(*this).getVariant());
 }
 
 std::int32_t LocaleFace::GetDisplayLanguage(IVXCharBuffer* text)
 {
-    return giveDisplay(*this, text, &Locale::getDisplayLanguage);
+    return copyDisplay(*this, text, &Locale::getDisplayLanguage);
 }
 
 std::int32_t LocaleFace::GetDisplayLanguageLoc(IVXCharBuffer* text, IVXLocale* inLocale)
 {
-    return giveDisplay(*this, text, inLocale, &Locale::getDisplayLanguage);
+    return copyDisplay(*this, text, inLocale, &Locale::getDisplayLanguage);
 }
 
 std::int32_t LocaleFace::GetDisplayCountry(IVXCharBuffer* text)
 {
-    return giveDisplay(*this, text, &Locale::getDisplayCountry);
+    return copyDisplay(*this, text, &Locale::getDisplayCountry);
 }
 
 std::int32_t LocaleFace::GetDisplayCountryLoc(IVXCharBuffer* text, IVXLocale* inLocale)
 {
-    return giveDisplay(*this, text, inLocale, &Locale::getDisplayCountry);
+    return copyDisplay(*this, text, inLocale, &Locale::getDisplayCountry);
 }
 
 std::int32_t LocaleFace::GetDisplayVariant(IVXCharBuffer* text)
 {
-    return giveDisplay(*this, text, &Locale::getDisplayVariant);
+    return copyDisplay(*this, text, &Locale::getDisplayVariant);
 }
 
 std::int32_t LocaleFace::GetDisplayVariantLoc(IVXCharBuffer* text, IVXLocale* inLocale)
 {
-    return giveDisplay(*this, text, inLocale, &Locale::getDisplayVariant);
+    return copyDisplay(*this, text, inLocale, &Locale::getDisplayVariant);
 }
 
 std::int32_t LocaleFace::GetDisplayName(IVXCharBuffer* text)
 {
-    return giveDisplay(*this, text, &Locale::getDisplayName);
+    return copyDisplay(*this, text, &Locale::getDisplayName);
 }
 
 std::int32_t LocaleFace::GetDisplayNameLoc(IVXCharBuffer* text, IVXLocale* inLocale)
 {
-    return giveDisplay(*this, text, inLocale, &Locale::getDisplayName);
+    return copyDisplay(*this, text, inLocale, &Locale::getDisplayName);
 }
 
 std::int32_t LocaleFace::ToString(IVXCharBuffer* text)
 {
-    return give(text, static_cast<Locale&>(*this).Locale::toString()); // whatever a derived class prints
+    return copyAtBoundary(text, static_cast<Locale&>(*this).Locale::toString()); // whatever a derived class prints
 }
 
 Locale::Locale(const char16_t* language, const char16_t* country, const char16_t* variant)

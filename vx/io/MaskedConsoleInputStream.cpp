@@ -16,7 +16,7 @@ enum Key { CTRL_C = 3, BACKSPACE = 8, LINE_FEED = 10, CARRIAGE_RETURN = 13, CTRL
 class [[nodiscard]] HiddenKeys {
 public:
     HiddenKeys() { throwIfFailed(VXConsoleBeginKeys()); }
-    ~HiddenKeys() noexcept(false) { m_report.tell(VXConsoleEndKeys()); }
+    ~HiddenKeys() noexcept(false) { m_report.report(VXConsoleEndKeys()); }
     HiddenKeys(const HiddenKeys&) = delete;
     HiddenKeys& operator=(const HiddenKeys&) = delete;
 

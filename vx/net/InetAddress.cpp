@@ -28,7 +28,7 @@ constexpr std::size_t storageLengthOf(int family) noexcept
     return family == AF_INET ? sizeof(sockaddr_in) : family == AF_INET6 ? sizeof(sockaddr_in6) : 0;
 }
 
-ENUM_VX_E_SOCKET tellLength(unsigned int wanted, unsigned int* length) noexcept
+ENUM_VX_E_SOCKET storeLength(unsigned int wanted, unsigned int* length) noexcept
 {
     if (length == nullptr)
         return VX_E_SOCKET_EINVAL;
@@ -171,7 +171,7 @@ Inet4Address::~Inet4Address() = default;
 
 ENUM_VX_E_SOCKET Inet4Address::getAddressBinaryLength(unsigned int* length) const
 {
-    return tellLength(BYTES_OF_IN4, length);
+    return storeLength(BYTES_OF_IN4, length);
 }
 
 ENUM_VX_E_SOCKET Inet4Address::getAddressBinary(signed char* buffer, unsigned int* length) const
@@ -181,7 +181,7 @@ ENUM_VX_E_SOCKET Inet4Address::getAddressBinary(signed char* buffer, unsigned in
 
 ENUM_VX_E_SOCKET Inet4Address::getStorageBinaryLength(unsigned int* length) const
 {
-    return tellLength(sizeof m_address.in4, length);
+    return storeLength(sizeof m_address.in4, length);
 }
 
 ENUM_VX_E_SOCKET Inet4Address::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const
@@ -223,7 +223,7 @@ Inet6Address::~Inet6Address() = default;
 
 ENUM_VX_E_SOCKET Inet6Address::getAddressBinaryLength(unsigned int* length) const
 {
-    return tellLength(BYTES_OF_IN6, length);
+    return storeLength(BYTES_OF_IN6, length);
 }
 
 ENUM_VX_E_SOCKET Inet6Address::getAddressBinary(signed char* buffer, unsigned int* length) const
@@ -233,7 +233,7 @@ ENUM_VX_E_SOCKET Inet6Address::getAddressBinary(signed char* buffer, unsigned in
 
 ENUM_VX_E_SOCKET Inet6Address::getStorageBinaryLength(unsigned int* length) const
 {
-    return tellLength(sizeof m_address.in6, length);
+    return storeLength(sizeof m_address.in6, length);
 }
 
 ENUM_VX_E_SOCKET Inet6Address::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const

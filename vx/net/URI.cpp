@@ -141,27 +141,27 @@ void URI::setFragment(const String&) { }
 
 String URI::getScheme() const
 {
-    return give(SCHEME, false);
+    return textOf(SCHEME, false);
 }
 
 String URI::getUser(bool unescape) const
 {
-    return give(USER, unescape);
+    return textOf(USER, unescape);
 }
 
 String URI::getPassword(bool unescape) const
 {
-    return give(PASSWORD, unescape);
+    return textOf(PASSWORD, unescape);
 }
 
 String URI::getHost(bool unescape) const
 {
-    return give(HOST, unescape);
+    return textOf(HOST, unescape);
 }
 
 String URI::getPath(bool unescape) const
 {
-    return give(PATH, unescape);
+    return textOf(PATH, unescape);
 }
 
 int URI::getPort() const
@@ -415,7 +415,7 @@ void URI::store(const Parts& given)
     m_texts = std::move(texts);
 }
 
-String URI::give(Part part, bool unescape) const
+String URI::textOf(Part part, bool unescape) const
 {
     if (!m_parts.has[part])
         throw Exception();

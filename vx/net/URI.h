@@ -144,7 +144,7 @@ private:
     /// failure changes nothing.
     void store(const Parts& given);
     /// The result of a getter.
-    String give(Part part, bool unescape) const;
+    String textOf(Part part, bool unescape) const;
     void remove(Part part);
     /// The value of a parameter in its stored form.
     std::optional<std::u16string_view> valueOf(const String& key) const;

@@ -12,7 +12,7 @@ Event::Event(const char* name, unsigned int flags)
 
 Event::~Event() noexcept(false)
 {
-    vx::detail::ReleaseReport::ofDestructor().tell(VXEventDestroy(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().report(VXEventDestroy(m_handle));
 }
 
 void Event::wait()

@@ -12,7 +12,7 @@ Gate::Gate(const char* name, unsigned int flags)
 
 Gate::~Gate() noexcept(false)
 {
-    vx::detail::ReleaseReport::ofDestructor().tell(VXGateDestroy(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().report(VXGateDestroy(m_handle));
 }
 
 void Gate::wait()

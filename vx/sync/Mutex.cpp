@@ -19,7 +19,7 @@ Mutex::~Mutex() noexcept(false)
     std::uint32_t depth = 0;
     VXMutexReleaseAll(m_handle, &depth);
     VXMutexDestroy(m_handle);
-    vx::detail::ReleaseReport::ofDestructor().tell(result);
+    vx::detail::ReleaseReport::ofDestructor().report(result);
 }
 
 void Mutex::wait()

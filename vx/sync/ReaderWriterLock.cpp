@@ -18,7 +18,7 @@ ReaderWriterLock::~ReaderWriterLock() noexcept(false)
     // This object is destroyed in any case. No other thread can release what the calling thread holds.
     VXRWLockReleaseAll(m_handle);
     VXRWLockDestroy(m_handle);
-    vx::detail::ReleaseReport::ofDestructor().tell(result);
+    vx::detail::ReleaseReport::ofDestructor().report(result);
 }
 
 void ReaderWriterLock::wait()

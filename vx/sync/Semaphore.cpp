@@ -12,7 +12,7 @@ Semaphore::Semaphore(std::uint32_t value, const char* name, unsigned int flags)
 
 Semaphore::~Semaphore() noexcept(false)
 {
-    vx::detail::ReleaseReport::ofDestructor().tell(VXSemaphoreDestroy(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().report(VXSemaphoreDestroy(m_handle));
 }
 
 } // namespace vx::sync

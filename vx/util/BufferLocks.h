@@ -21,7 +21,7 @@ public:
         throwIfFailed(m_buffer.GetReadLock(&m_data));
         m_length = buffer.GetLength(); // a writer may have changed it before the lock was granted
     }
-    ~BufferReadLock() noexcept(false) { m_report.tell(m_buffer.ReleaseReadLock()); }
+    ~BufferReadLock() noexcept(false) { m_report.report(m_buffer.ReleaseReadLock()); }
     BufferReadLock(const BufferReadLock&) = delete;
     BufferReadLock& operator=(const BufferReadLock&) = delete;
 
@@ -47,7 +47,7 @@ public:
         throwIfFailed(m_buffer.GetWriteLock(minimumLength, &m_data));
         m_length = buffer.GetLength();
     }
-    ~BufferWriteLock() noexcept(false) { m_report.tell(m_buffer.ReleaseWriteLock(m_length)); }
+    ~BufferWriteLock() noexcept(false) { m_report.report(m_buffer.ReleaseWriteLock(m_length)); }
     BufferWriteLock(const BufferWriteLock&) = delete;
     BufferWriteLock& operator=(const BufferWriteLock&) = delete;
 

@@ -64,7 +64,7 @@ std::size_t lengthOfRoot(View path, View uncLead)
 }
 
 template <std::size_t Size, class Call>
-String askSystem(Call call)
+String textFromSystem(Call call)
 {
     std::array<char16_t, Size> text {};
     throwIfFailed(call(text.data(), static_cast<std::int32_t>(Size)));
@@ -151,7 +151,7 @@ String FilePath::getCanonicalPath() const
 {
     if (isUNCPath())
         return m_path;
-    return askSystem<MAX_CANONICAL>(
+    return textFromSystem<MAX_CANONICAL>(
         [&](char16_t* text, std::int32_t size) { return VXPathExpand(SystemName(m_path), text, size); });
 }
 
@@ -162,12 +162,12 @@ String FilePath::getChildPath(const char16_t*) const
 
 String FilePath::getCurrentDir()
 {
-    return endInDelimiter(askSystem<MAX_DIRECTORY>(VXPathGetCurrent));
+    return endInDelimiter(textFromSystem<MAX_DIRECTORY>(VXPathGetCurrent));
 }
 
 String FilePath::getTempDir()
 {
-    return endInDelimiter(askSystem<MAX_DIRECTORY>(VXPathGetTemp));
+    return endInDelimiter(textFromSystem<MAX_DIRECTORY>(VXPathGetTemp));
 }
 
 void FilePath::normalize()

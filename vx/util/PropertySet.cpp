@@ -15,7 +15,7 @@ namespace vx::util {
 namespace {
 
 /// The interface `iid` of a new object that holds `text`.
-std::int32_t giveText(const String& text, const _GUID& iid, void** result)
+std::int32_t storeText(const String& text, const _GUID& iid, void** result)
 {
     const Reference<String> object(new String(text));
     return object->QueryInterface(iid, result);
@@ -50,13 +50,13 @@ std::int32_t PropertySetFace::Set(const char16_t* key, IVXUnknown* value)
 std::int32_t PropertySetFace::Get(const char16_t* key, const _GUID& iid, void** result) const
 {
     clearResult(result);
-    return giveText(static_cast<const PropertySet&>(*this).get(key), iid, result);
+    return storeText(static_cast<const PropertySet&>(*this).get(key), iid, result);
 }
 
 std::int32_t PropertySetFace::Remove(const char16_t* key, const _GUID& iid, void** result)
 {
     clearResult(result);
-    return giveText(static_cast<PropertySet&>(*this).remove(key), iid, result);
+    return storeText(static_cast<PropertySet&>(*this).remove(key), iid, result);
 }
 
 std::int32_t PropertySetFace::GetKeyIterator(const _GUID&, void** result) const

@@ -18,13 +18,13 @@ namespace vx::vorb {
 
 namespace {
 
-/// Calls `ask` for each row until a result is `enough`, and returns the last result; `none` for an empty table.
-template <std::predicate<std::int32_t> Enough, class Ask>
-std::int32_t askRows(ClassData* table, std::int32_t none, Enough enough, Ask ask)
+/// Calls `call` for each row until a result is `enough`, and returns the last result; `none` for an empty table.
+template <std::predicate<std::int32_t> Enough, class Call>
+std::int32_t callRows(ClassData* table, std::int32_t none, Enough enough, Call call)
 {
     std::int32_t result = none;
     for (ClassData* row = table; row != nullptr && row->classId != nullptr; ++row) {
-        result = ask(*row);
+        result = call(*row);
         if (enough(result))
             break;
     }
@@ -101,18 +101,18 @@ std::int32_t Module::GetClassObject(const _GUID& classId, const _GUID& iid, void
     if (out == nullptr)
         return RESULT_POINTER;
     *out = nullptr;
-    return askRows(m_table, RESULT_CLASS_NOT_AVAILABLE, succeeded,
+    return callRows(m_table, RESULT_CLASS_NOT_AVAILABLE, succeeded,
         [&](ClassData& row) { return TryGetClassObject(classId, iid, out, row); });
 }
 
 std::int32_t Module::RegisterServer(const char16_t* path)
 {
-    return askRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return RegisterClassEntry(row, path); });
+    return callRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return RegisterClassEntry(row, path); });
 }
 
 std::int32_t Module::UnregisterServer()
 {
-    return askRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return UnregisterClassEntry(row); });
+    return callRows(m_table, RESULT_OK, failed, [&](ClassData& row) { return UnregisterClassEntry(row); });
 }
 
 std::int32_t Module::RegisterServer(const void* module)

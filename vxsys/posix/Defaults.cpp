@@ -105,12 +105,12 @@ struct LastEncoding {
         return true;
     }
 
-    void keep(std::string_view name, std::u16string_view told) noexcept
+    void keep(std::string_view name, std::u16string_view found) noexcept
     {
-        isKnown = name.size() < sizeof locale && !told.empty() && told.size() < std::size(encoding);
+        isKnown = name.size() < sizeof locale && !found.empty() && found.size() < std::size(encoding);
         if (isKnown) {
             *std::copy(name.begin(), name.end(), locale) = '\0';
-            length = told.copy(encoding, told.size());
+            length = found.copy(encoding, found.size());
             value = name.data();
             stamp = stampOfEnvironment();
         }
@@ -126,7 +126,7 @@ struct LastEncoding {
 
 constinit thread_local LastEncoding s_lastEncoding {};
 
-std::int32_t tell(std::initializer_list<std::string_view> texts, char16_t* name, std::int32_t size) noexcept
+std::int32_t writeName(std::initializer_list<std::string_view> texts, char16_t* name, std::int32_t size) noexcept
 {
     char16_t* end = name;
     auto room = static_cast<std::size_t>(size) - 1;
@@ -142,16 +142,16 @@ std::int32_t tell(std::initializer_list<std::string_view> texts, char16_t* name,
     return RESULT_OK;
 }
 
-std::int32_t tellEncoding(std::string_view encoding, char16_t* name, std::int32_t size) noexcept
+std::int32_t writeEncoding(std::string_view encoding, char16_t* name, std::int32_t size) noexcept
 {
     constexpr std::string_view UNREGISTERED = "ISO8859-"; // the form in the locale names of X/Open
 
     if (encoding.empty() || !std::all_of(encoding.begin(), encoding.end(), isEncodingUnit)
         || std::find(std::begin(PLAIN_ASCII), std::end(PLAIN_ASCII), encoding) != std::end(PLAIN_ASCII))
-        return tell({FALLBACK_ENCODING}, name, size);
+        return writeName({FALLBACK_ENCODING}, name, size);
     if (encoding.starts_with(UNREGISTERED))
-        return tell({"ISO-8859-", encoding.substr(UNREGISTERED.size())}, name, size);
-    return tell({encoding}, name, size);
+        return writeName({"ISO-8859-", encoding.substr(UNREGISTERED.size())}, name, size);
+    return writeName({encoding}, name, size);
 }
 
 } // namespace
@@ -175,7 +175,7 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
     const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
     // A locale that is not installed has only its name.
     const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale) : encodingIn(environment);
-    const std::int32_t result = tellEncoding(encoding, name, size);
+    const std::int32_t result = writeEncoding(encoding, name, size);
     last.keep(environment, name);
     if (locale != nullptr)
         ::freelocale(locale);
@@ -189,5 +189,5 @@ std::int32_t VXGetDefaultLocale(char16_t* name, std::int32_t size) noexcept
 
     const std::string_view locale = localeOf({"LC_ALL", "LC_MESSAGES", "LANG"});
     const std::string_view text = locale.substr(0, locale.find_first_of(".@"));
-    return tell({isLocaleName(text) && text != "POSIX" ? text : FALLBACK_LOCALE}, name, size);
+    return writeName({isLocaleName(text) && text != "POSIX" ? text : FALLBACK_LOCALE}, name, size);
 }

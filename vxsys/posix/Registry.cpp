@@ -123,7 +123,7 @@ std::int32_t openEnum(VXRegistryEnum* handle, Read&& read) noexcept
     });
 }
 
-std::int32_t giveName(std::u16string_view source, char16_t* name, std::int32_t* length) noexcept
+std::int32_t copyName(std::u16string_view source, char16_t* name, std::int32_t* length) noexcept
 {
     const std::int32_t room = *length;
     *length = static_cast<std::int32_t>(source.size());
@@ -134,7 +134,7 @@ std::int32_t giveName(std::u16string_view source, char16_t* name, std::int32_t* 
 }
 
 /// False if `data` is requested and has no room for the value.
-bool giveData(
+bool copyData(
     const RegistryValue& value, ENUM_VX_REG_TYPE* type, void* data, std::int32_t room, std::int32_t* length) noexcept
 {
     if (type != nullptr)
@@ -203,13 +203,13 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
     return guarded([&] {
         if (key == nullptr)
             return RESULT_INVALID_ARGUMENT;
-        const auto give = [&](const RegistryValue& value) {
-            return giveData(value, type, data, room, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
+        const auto copy = [&](const RegistryValue& value) {
+            return copyData(value, type, data, room, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
         };
         const std::string place = RegistryStore::place();
         const RegistryQuestion question {place, hiveOf(hive), key, name};
         if (RegistryAnswer answer; answer.find(question))
-            return give(answer.value());
+            return copy(answer.value());
 
         RegistryPath path;
         std::u16string units;
@@ -223,7 +223,7 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
         if (value == nullptr)
             return RESULT_NOT_FOUND;
         RegistryAnswer::keep(question, file, *value);
-        return give(*value);
+        return copy(*value);
     });
 }
 
@@ -288,7 +288,7 @@ std::int32_t VXRegistryEnumNextKey(VXRegistryEnum handle, char16_t* name, std::i
         return RESULT_INVALID_HANDLE;
     if (handle->position == handle->keys.size())
         return RESULT_NO_MORE_ITEMS;
-    const std::int32_t result = giveName(handle->keys[handle->position], name, nameLength);
+    const std::int32_t result = copyName(handle->keys[handle->position], name, nameLength);
     handle->position += !failed(result);
     return result;
 }
@@ -303,12 +303,12 @@ std::int32_t VXRegistryEnumNextValue(VXRegistryEnum handle, char16_t* name, std:
     if (handle->position == handle->values.size())
         return RESULT_NO_MORE_ITEMS;
     const RegistryValue& value = handle->values[handle->position];
-    const std::int32_t result = giveName(value.name, name, nameLength);
+    const std::int32_t result = copyName(value.name, name, nameLength);
     if (failed(result))
         return result;
     ++handle->position;
     const std::int32_t room = dataLength != nullptr ? *dataLength : 0;
-    return giveData(value, type, data, room, dataLength) ? RESULT_OK : RESULT_FALSE;
+    return copyData(value, type, data, room, dataLength) ? RESULT_OK : RESULT_FALSE;
 }
 
 std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept

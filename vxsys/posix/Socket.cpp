@@ -37,7 +37,7 @@ std::int32_t resultOf(int outcome) noexcept
 }
 
 /// Moves a new descriptor away from 0, the number for a closed socket.
-std::int32_t give(int made, VXSocket* socket) noexcept
+std::int32_t storeSocket(int made, VXSocket* socket) noexcept
 {
     Descriptor descriptor(made);
     if (made == 0) {
@@ -106,12 +106,13 @@ std::int32_t waitUntil(std::span<VXSocketWait> entries, const Deadline& deadline
 
 std::int32_t VXSocketOpen(int family, int type, int protocol, VXSocket* socket) noexcept
 {
-    return give(::socket(family, type | SOCK_CLOEXEC, protocol), socket);
+    return storeSocket(::socket(family, type | SOCK_CLOEXEC, protocol), socket);
 }
 
 std::int32_t VXSocketAccept(VXSocket listener, sockaddr* peer, std::uint32_t* length, VXSocket* socket) noexcept
 {
-    return give(retryOnSignal([&] { return ::accept4(descriptorOf(listener), peer, length, SOCK_CLOEXEC); }), socket);
+    return storeSocket(
+        retryOnSignal([&] { return ::accept4(descriptorOf(listener), peer, length, SOCK_CLOEXEC); }), socket);
 }
 
 std::int32_t VXSocketConnect(VXSocket socket, const sockaddr* address, std::uint32_t length) noexcept

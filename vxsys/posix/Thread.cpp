@@ -85,7 +85,7 @@ namespace vxsys::detail {
 
 constinit thread_local std::uint64_t t_threadNumber = 0;
 
-std::uint64_t giveThreadNumber() noexcept
+std::uint64_t makeThreadNumber() noexcept
 {
     static constinit std::atomic<std::uint64_t> last {0};
     t_threadNumber = last.fetch_add(1, std::memory_order_relaxed) + 1;

@@ -20,7 +20,7 @@ bool HashMapIterator::hasNext()
 {
     while (m_next == HashMap::NONE && m_bucket > 0) {
         m_next = m_map->m_table.head(--m_bucket);
-        lookAhead();
+        prefetch();
     }
     return m_next != HashMap::NONE;
 }
@@ -44,7 +44,7 @@ void HashMapIterator::remove()
     m_map->removeItem(std::exchange(m_last, HashMap::NONE));
 }
 
-void HashMapIterator::lookAhead() const noexcept
+void HashMapIterator::prefetch() const noexcept
 {
     constexpr int DISTANCE = 16;
     const HashMap::Table& table = m_map->m_table;

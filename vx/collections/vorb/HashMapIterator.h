@@ -33,7 +33,7 @@ public:
 private:
     Reference<IVXUnknown> part(HashMap::Index index) const;
     /// Prefetches entries, keys and values, which are scattered in memory.
-    void lookAhead() const noexcept;
+    void prefetch() const noexcept;
 
     Reference<HashMap> m_map;
     std::uint32_t m_expectedCount;

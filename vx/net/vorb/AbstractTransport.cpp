@@ -9,7 +9,7 @@ namespace {
 
 /// The interface `iid` of what `make` returns; RESULT_FAIL if that is null.
 template <class Make>
-std::int32_t give(const _GUID& iid, void** result, Make&& make)
+std::int32_t storeInterface(const _GUID& iid, void** result, Make&& make)
 {
     if (result == nullptr)
         return RESULT_POINTER;
@@ -20,11 +20,12 @@ std::int32_t give(const _GUID& iid, void** result, Make&& make)
 
 /// As above, from properties.
 template <class Make>
-std::int32_t giveFrom(const util::vorb::IPropertySet* properties, const _GUID& iid, void** result, Make&& make)
+std::int32_t storeInterfaceFrom(
+    const util::vorb::IPropertySet* properties, const _GUID& iid, void** result, Make&& make)
 {
     if (properties == nullptr)
         return RESULT_POINTER;
-    return give(iid, result, [&] {
+    return storeInterface(iid, result, [&] {
         // The component decides whether its properties may be changed.
         const util::vorb::VorbPropertySet set(const_cast<util::vorb::IPropertySet*>(properties), nullptr);
         return make(set);
@@ -44,7 +45,7 @@ const vx::vorb::InterfaceData* AbstractAcceptor::GetComIntfMap()
 
 std::int32_t AbstractAcceptorFace::Accept(const _GUID& iid, void** result)
 {
-    return give(iid, result, [&] { return accept(); });
+    return storeInterface(iid, result, [&] { return accept(); });
 }
 
 AbstractConnector::~AbstractConnector() noexcept(false) = default;
@@ -58,7 +59,7 @@ const vx::vorb::InterfaceData* AbstractConnector::GetComIntfMap()
 
 std::int32_t AbstractConnectorFace::Connect(const _GUID& iid, void** result)
 {
-    return give(iid, result, [&] { return connect(); });
+    return storeInterface(iid, result, [&] { return connect(); });
 }
 
 AbstractTransport::~AbstractTransport() noexcept(false) = default;
@@ -73,13 +74,15 @@ const vx::vorb::InterfaceData* AbstractTransport::GetComIntfMap()
 std::int32_t AbstractTransportFace::CreateAcceptor(
     const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
 {
-    return giveFrom(properties, iid, result, [&](const util::PropertySet& set) { return createAcceptor(set); });
+    return storeInterfaceFrom(
+        properties, iid, result, [&](const util::PropertySet& set) { return createAcceptor(set); });
 }
 
 std::int32_t AbstractTransportFace::CreateConnector(
     const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
 {
-    return giveFrom(properties, iid, result, [&](const util::PropertySet& set) { return createConnector(set); });
+    return storeInterfaceFrom(
+        properties, iid, result, [&](const util::PropertySet& set) { return createConnector(set); });
 }
 
 } // namespace vx::net::vorb

@@ -33,11 +33,11 @@ void describe(IVXCharCodec* codec, String& name, std::int32_t& maxBytesPerChar, 
 {
     if (codec == nullptr)
         throwResult(RESULT_POINTER);
-    const Reference<String> told(new String); // a component may keep a reference on it
-    throwIfFailed(codec->GetName(told.get()));
+    const Reference<String> received(new String); // a component may keep a reference on it
+    throwIfFailed(codec->GetName(received.get()));
     throwIfFailed(codec->GetMaxBytesPerChar(&maxBytesPerChar));
     throwIfFailed(codec->GetMaxCharsPerByte(&maxCharsPerByte));
-    name = *told;
+    name = *received;
 }
 
 } // namespace
