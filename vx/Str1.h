@@ -56,8 +56,7 @@ public:
     Str1(std::nullptr_t) = delete;
     /// Shares the buffer of `other`.
     Str1(const Str1& other) noexcept;
-    /// Shares the buffer for the range. A `start` below 0, or not below the length, gives an empty string without a
-    /// buffer.
+    /// Shares the buffer for the range. A `start` below 0, or not below `end`, gives an empty string without a buffer.
     Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept;
     Str1(Str1&& other);
     Str1(Str1&& other, std::int32_t start, std::int32_t end = -1);
