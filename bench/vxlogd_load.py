@@ -77,7 +77,7 @@ def main(program, seconds=60, connections=1000, senders=50):
             while time.monotonic() < end.when:
                 time.sleep(0.2)
                 most = max(most, memory(server.pid))
-            quiet = held[-1]  # one of the others is served at once, in the middle of it all
+            quiet = held[-1]  # another client is served at once, in spite of the load
             begin = time.monotonic()
             quiet.sendall(b"quiet\n")
             quiet.recv(100)

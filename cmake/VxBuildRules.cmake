@@ -7,7 +7,7 @@ target_compile_options(vx_build_rules INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Werror
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 
-# Unique symbols would pin the library in a process after dlclose.
+# Unique symbols would keep the library loaded after dlclose.
 check_cxx_compiler_flag(-fno-gnu-unique VX_HAS_NO_GNU_UNIQUE)
 if(VX_HAS_NO_GNU_UNIQUE)
     target_compile_options(vx_build_rules INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)

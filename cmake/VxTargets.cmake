@@ -1,9 +1,9 @@
-# One of the two libraries, with what holds for both: names, version, border, headers that compile alone.
+# One of the two libraries. Sets what both need: names, version, exported symbols, the check that headers compile alone.
 function(vx_add_library name)
     add_library(${name})
     add_library(vxlib4::${name} ALIAS ${name})
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vx_build_rules>)
-    # Tests take and release locks in ways that only they need, so the analysis is for the libraries.
+    # Not for tests, which use locks in ways that the analysis cannot follow.
     target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety>)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/vxlib4>)
@@ -47,10 +47,10 @@ function(vx_add_tool name)
     install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endfunction()
 
-# A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). The label "threads" puts it into the run
-# under ThreadSanitizer. So does "scalar", for text that is scanned in blocks: that build has no vector instructions.
-# PLATFORM_ONLY links the platform layer without the library above it. NAMED_OBJECTS keeps apart what makes objects that
-# processes share by name, and counts them.
+# A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). With the label "threads" it also
+# runs under ThreadSanitizer. So it does with "scalar", for code that scans text in blocks: that build has no vector
+# instructions. PLATFORM_ONLY links only the platform layer. Programs with NAMED_OBJECTS do not run at the same time,
+# because they count the objects that processes share by name.
 function(vx_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY;NAMED_OBJECTS" "" "LABELS;SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
@@ -65,7 +65,7 @@ function(vx_add_test name)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
 
-# What a user of the library finds: both libraries, their headers, a CMake package and files for pkg-config.
+# Installs both libraries, their headers, a CMake package and files for pkg-config.
 function(vx_install)
     include(CMakePackageConfigHelpers)
     set(package ${CMAKE_INSTALL_LIBDIR}/cmake/vxlib4)

@@ -1,10 +1,10 @@
-# What the scripts of this folder share. Sourced, not run.
+# Functions that the scripts of this folder share. It is sourced, not run.
 
 say() {
     printf '\n== %s\n' "$*"
 }
 
-# Installs the Debian packages that are missing, as root; otherwise it names them.
+# Installs missing Debian packages as root. Without the rights of root, prints their names.
 need_packages() {
     local missing=()
     local package
@@ -22,7 +22,7 @@ need_packages() {
     DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# A compiler cache where there is one.
+# Uses a compiler cache if there is one.
 launcher_options() {
     if command -v ccache >/dev/null; then
         echo "-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache"

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the documents to the programs: each block of C++ is a piece of a program that is built, and what stands in the next
-block of text is what that program prints. GUIDE_PROGRAMS is the folder of the programs that were built."""
+"""Compares the documents with the programs: each block of C++ must be a part of a program, and the next block of text must be
+the output of that program. GUIDE_PROGRAMS is the folder with the built programs."""
 
 import os
 import pathlib
@@ -16,7 +16,7 @@ BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
 def squeezed(code):
-    """Indentation depends on where a piece stands; layout within a line is the formatter's."""
+    """Removes differences of layout: indentation, and blanks within a line."""
     return "\n".join(line.strip() for line in code.splitlines() if line.strip())
 
 

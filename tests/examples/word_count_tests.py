@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares what the program that WORD_COUNT names says of a text with a count by Unicode's categories and Python's numbers."""
+"""Compares the output of the program in WORD_COUNT with a count by Unicode's categories and with Python's numbers."""
 
 import collections
 import decimal
@@ -56,7 +56,7 @@ class WordCount(unittest.TestCase):
     def test_counts_what_an_independent_count_counts(self):
         ferry = (TEXTS / "ferry.txt").read_text(encoding="utf-8")
         many = (TEXTS / "languages.txt").read_text(encoding="utf-8")
-        letters = re.sub(r"^(Pictures|Music|Boxes) .*$", "", many, flags=re.MULTILINE)  # of those no letter is left
+        letters = re.sub(r"^(Pictures|Music|Boxes) .*$", "", many, flags=re.MULTILINE)  # these have no letters left
         for text, rows in [("", 10), ("’tis 'tis '' one\n", 10), ("don’t don’t\n", 1), (ferry, 20), (letters, 1000),
                            ((ferry + many[:600]) * 7, 1000)]:
             with self.subTest(text=text[:20], rows=rows):

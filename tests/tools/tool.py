@@ -1,4 +1,4 @@
-"""What the tests of the tools share. The program of a tool is named by the variable of its name in capitals."""
+"""Functions that the tests of the tools share. The variable with the name of a tool in capitals has the path of its program."""
 
 import os
 import resource
@@ -18,7 +18,7 @@ def limited(limit, value):
 
 
 def entries_of(text):
-    """Each entry of a basic log as a dictionary; what is no whole entry is an error."""
+    """Each entry of a basic log as a dictionary. An incomplete entry is an error."""
     blocks = text.split("-" * 25 + "\n")
     assert blocks.pop() == "" and all(block.endswith("\n") for block in blocks), "a torn entry"
     return [dict(line.split("=", 1) for line in block[:-1].split("\n")) for block in blocks]
@@ -51,7 +51,7 @@ class Scratch(unittest.TestCase):
         return [entry["text"] for entry in self.entries(name, encoding)]
 
     def register(self, library):
-        """Registers a copy of a library in a store of its own. Gives the copy, and the environment that names the store."""
+        """Registers a copy of a library in a new store. Returns the copy, and an environment that names the store."""
         copy = shutil.copy(library, self.folder)
         os.chmod(copy, 0o755)
         environment = {**os.environ, "VXSYS4_REGISTRY": self.path("store")}
@@ -63,7 +63,7 @@ class Scratch(unittest.TestCase):
         self.assertEqual(result.stdout, output)
 
     def assertFails(self, result, *parts, status=1):
-        """One line on standard error that has all `parts` in it."""
+        """Expects one line on standard error that contains all `parts`."""
         text = result.stderr.decode(errors="replace")
         self.assertEqual(result.returncode, status, text)
         self.assertRegex(text, rf"\A{os.path.basename(result.args[0])}: [^\n]+\n\Z")

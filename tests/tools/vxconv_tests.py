@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the vxconv that the variable VXCONV names as a person would. The oracles are iconv and Python's own codecs."""
+"""Tests the program in the variable VXCONV from outside. Expected results come from iconv and the codecs of Python."""
 
 import contextlib
 import filecmp
@@ -17,8 +17,8 @@ import unittest
 import tool
 
 PROGRAM = os.environ["VXCONV"]
-SANITIZED = bool(os.environ.get("VXCONV_SANITIZED"))  # it takes more memory than the program that people use
-BLOCK = 64 * 1024  # the pieces that vxconv works in
+SANITIZED = bool(os.environ.get("VXCONV_SANITIZED"))  # it needs more memory than a normal build
+BLOCK = 64 * 1024  # the size of vxconv's pieces
 
 UTF = ["UTF-8", "UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"]
 SINGLE_BYTE = {"ASCII": "ascii", "ISO8859_1": "latin-1", "CP437": "cp437", "CP1252": "cp1252"}
@@ -33,7 +33,7 @@ def iconv(text, target):
 
 class Conversions(tool.Scratch):
     def test_agrees_with_iconv_between_all_encodings_of_unicode(self):
-        # One byte more in front of the text each time shifts its characters over the border of the blocks.
+        # Each time one more byte before the text, so that every character crosses the border of a block.
         for shift in range(4):
             text = ("x" * shift + WIDE_TEXT * (2 * BLOCK // len(WIDE_TEXT))).encode()
             forms = {name: iconv(text, name) for name in UTF}
@@ -51,7 +51,7 @@ class Conversions(tool.Scratch):
                 self.assertSucceeds(vxconv("-t", name, "--strict", data=there.stdout), data)
 
     def test_carries_any_text_in_amp7(self):
-        text = "Tom & Jerry: «中» 😀\n" * BLOCK  # forms lie across the borders of the blocks
+        text = "Tom & Jerry: «中» 😀\n" * BLOCK  # some forms cross the border of a block
         form = text.replace("&", "&AMP;").encode("ascii", "xmlcharrefreplace")
         form = re.sub(rb"&#(\d+);", lambda number: b"&_%X;" % int(number[1]), form)
         self.assertSucceeds(vxconv("-t", "AMP-7", "--strict", data=text.encode()), form)
@@ -95,11 +95,11 @@ class Components(tool.Scratch):
         for name, codec in [("CP932", "cp932"), ("windows-1251", "cp1251"), ("EUC-JP", "euc_jp")]:
             characters = (chr(code) for code in range(0x20, 0x10000) if not 0xD800 <= code < 0xE000)
             letters = [each for each in characters if each.isalpha() and each.encode(codec, "ignore")]
-            # CP932 has some letters twice, and Python takes the other one.
+            # CP932 has some letters twice, and Python encodes the other one.
             letters = [each for each in letters if each.encode(codec)[0] not in (0xED, 0xEE) or codec != "cp932"]
             self.assertGreater(len(letters), 100)
             text = ("".join(letters) + "\n") * (3 * BLOCK // len(letters))
-            for shift in "", "x":  # over the borders of the blocks
+            for shift in "", "x":  # across the borders of the blocks
                 with self.subTest(name, shift=shift):
                     coded = (shift + text).encode(codec)
                     self.assertSucceeds(self.convert("-t", name, "--strict", data=(shift + text).encode()), coded)
@@ -244,7 +244,7 @@ class OutputFiles(tool.Scratch):
                     for name in before:
                         self.write(name, b"old")
                     with subprocess.Popen([PROGRAM, "-o", self.path("out")], stdin=subprocess.PIPE, bufsize=0) as process:
-                        process.stdin.write(b"x" * 8 * BLOCK)  # more than the pipe holds: vxconv is reading by now
+                        process.stdin.write(b"x" * 8 * BLOCK)  # more than fits in the pipe, so vxconv is reading
                         process.send_signal(number)
                         self.assertEqual(process.wait(), -number)
                     self.assertEqual(os.listdir(self.folder), before)
@@ -277,7 +277,7 @@ class LargeFiles(tool.Scratch):
             with subprocess.Popen([PROGRAM, *arguments, self.path("large"), "-o", self.path("out")], stderr=stderr,
                                   preexec_fn=prepare) as process:
                 os.close(stderr)
-                with contextlib.suppress(OSError):  # what a terminal ends with
+                with contextlib.suppress(OSError):  # a terminal ends with this error
                     while True:
                         shown += os.read(terminal, 1 << 16).decode()
                 status = process.wait()

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the vxlog that the variable VXLOG names as a person would. The oracle for documents is Python's XML parser."""
+"""Tests the program in the variable VXLOG from outside. Documents are read by Python's XML parser."""
 
 import functools
 import os
@@ -145,7 +145,7 @@ class Faults(tool.Scratch):
 
 
 class Languages(tool.Scratch):
-    """What is said where the messages are registered."""
+    """The messages in each language that is registered."""
 
     def setUp(self):
         super().setUp()
@@ -155,7 +155,7 @@ class Languages(tool.Scratch):
         shutil.copytree(os.path.join(os.path.dirname(os.environ["VXLOG_BUNDLES"]), "texts"), self.messages)
 
     def told(self, *arguments, **variables):
-        """All that is said of a failure, and of it no other than the language."""
+        """The whole message of a failure, which depends only on the language."""
         result = vxlog(*arguments, data=b"x\n", env={**self.environment, **variables})
         said = result.stdout if "--help" in arguments else result.stderr
         return result.returncode, said.decode(errors="surrogateescape")
@@ -172,7 +172,7 @@ class Languages(tool.Scratch):
                 self.assertEqual(len(others | {english}), 3)
         for option in ["--locale", "de"], ["--loc=fr", "--locale=de"]:
             self.assertIn("falsche Option --no-such; mehr sagt vxlog --help", self.told("--no-such", *option)[1])
-        # A file name is bytes.
+        # A file name may contain any bytes.
         self.assertIn("\udcff", self.told(b"\xff", "--locale=de")[1])
 
     def test_puts_the_same_into_each(self):
@@ -216,7 +216,7 @@ class Signals(tool.Scratch):
                 self.assertEqual((process.wait(), process.stderr.read()), (0, b""))
                 process.stdin.close()
                 process.stderr.close()
-                # What the pipe still held was never read. The last line may have come in half.
+                # The rest in the pipe was never read. The last line may be incomplete.
                 texts = self.texts()
                 wanted = data.decode().split("\n")
                 self.assertEqual(texts[:-1], wanted[: len(texts) - 1])

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the vxlogd that the variable VXLOGD names, and talks to it as its clients would, the rude ones too."""
+"""Tests the program in the variable VXLOGD through connections of clients, some of which break the rules."""
 
 import collections
 import contextlib
@@ -17,8 +17,8 @@ import tool
 
 vxlogd = functools.partial(tool.run, "vxlogd")
 vxlog = functools.partial(tool.run, "vxlog")
-SANITIZED = bool(os.environ.get("VXLOGD_SANITIZED"))  # it takes more memory than the program that people use
-PATIENCE = 60  # seconds for what comes at once
+SANITIZED = bool(os.environ.get("VXLOGD_SANITIZED"))  # it needs more memory than a normal build
+PATIENCE = 60  # seconds for something that happens at once
 
 
 class Client:
@@ -32,7 +32,7 @@ class Client:
         return self
 
     def end(self):
-        """Sends no more, and hears all that is still to be said."""
+        """Ends the output and returns all answers that are still sent."""
         self.socket.shutdown(socket.SHUT_WR)
         return self.rest()
 
@@ -160,7 +160,7 @@ class Senders(Served):
             self.log = self.path(name)
             self.start("--max-line=100000", log=name)
             targets = [["--to", f"vxlog://127.0.0.1:{self.port}?ack=1"]] * 4 + [["-f", self.log]] * 3 + [["-f", name]]
-            # Some are longer than every buffer between them and the file.
+            # Some are longer than every buffer on their way to the file.
             data = ["".join(f"{number} {line} {'ü' * (40000 if line % 300 == 0 else 0)}\n" for line in range(3000))
                     for number in range(len(targets))]
             results = []
@@ -240,7 +240,7 @@ class Signals(Served):
             clients = [self.client("ack=1") for _ in range(20)]
             for client in clients:
                 client.send(b"first\n").hear("ack 1\n")
-            for client in clients:  # no more than a busy machine writes in the time that the server takes to stop
+            for client in clients:  # so few that a busy machine can write them before the server's time to stop is over
                 client.send(b"line\n" * 40 + b"part")
             self.assertEqual(self.stop(number), 0)
             counts = collections.Counter(self.texts(f"log{number}"))
@@ -264,7 +264,7 @@ class Signals(Served):
             self.assertEqual(server.returncode, 0)
             return addresses == b""
 
-        # On a busy machine it may have looked them all up before the signal comes.
+        # On a busy machine all may have been looked up before the signal arrives.
         self.assertTrue(any(ends_before_it_listens() for _ in range(5)))
 
     def test_lose_no_line_that_was_answered_for(self):
@@ -288,7 +288,7 @@ class Signals(Served):
             sender.join()
         self.assertGreater(sum(answered.values()), 0)
         self.server.wait()
-        self.start(port=self.port)  # although its connections are still ending; cuts off a torn entry
+        self.start(port=self.port)  # although old connections are still closing; removes an incomplete entry
         self.client("ack=1").send(b"mended\n").hear("ack 1\n")
         counts = collections.Counter(self.texts())
         for name, heard in answered.items():
@@ -322,7 +322,7 @@ class Rudeness(Served):
         client.socket.close()
         for _ in range(20):
             with contextlib.suppress(OSError):
-                self.client("ack=1").send(b"\n" * 30000).socket.close()  # with a reset, for it has heard no answer
+                self.client("ack=1").send(b"\n" * 30000).socket.close()  # with a reset, because an answer was not read
         self.wait_for(is_let_in)
 
     def test_hurts_nobody_else(self):
@@ -332,7 +332,7 @@ class Rudeness(Served):
         flood = os.urandom(65536)
 
         def pour():
-            client = Client(self.port, "ack=1")  # never hears an answer
+            client = Client(self.port, "ack=1")  # never reads an answer
             client.socket.settimeout(0.5)
             with contextlib.suppress(OSError):
                 for _ in range(40):

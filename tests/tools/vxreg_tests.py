@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the vxreg that the variable VXREG names, in a store of its own, as a person would."""
+"""Tests the program in the variable VXREG from outside, with a new store."""
 
 import os
 import unittest
