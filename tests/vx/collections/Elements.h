@@ -16,7 +16,7 @@
 
 namespace vx::collections {
 
-/// A number that is compared by its value, hashes to it and counts how many of its kind there are.
+/// A number that is compared and hashed by its value. The class counts its objects.
 class Item : public Object {
 public:
     explicit Item(int value)
@@ -50,7 +50,7 @@ private:
     std::function<void()> m_look;
 };
 
-/// The library's own way of comparing, but for the call that `m_calls` counts down to.
+/// Compares as the library does, except in the call that `m_calls` counts down to.
 class WatchedComparator : public ComObject, public util::ComparatorFace {
 public:
     VX_OBJECT_UNKNOWN(ComObject)
@@ -73,7 +73,7 @@ private:
 
 constexpr int NO_ITEM = -1;
 
-/// A new item as the collections take it, null for NO_ITEM.
+/// A new item for a collection; null for NO_ITEM.
 inline Reference<IVXUnknown> item(int value)
 {
     return value == NO_ITEM ? nullptr : (new Item(value))->GetUnknown();
@@ -97,7 +97,7 @@ inline std::string textOf(const Reference<Item>& element)
     return textOf(element == nullptr ? NO_ITEM : element->getValue());
 }
 
-/// The elements of a collection, or of a model of one, one after the other.
+/// The elements of a collection, or of a model of one, in their order.
 template <class Elements>
 std::string textOfAll(const Elements& elements)
 {
@@ -107,7 +107,7 @@ std::string textOfAll(const Elements& elements)
     return text;
 }
 
-/// What `work` gives, or the kind of what it throws: an exact type, since they all derive from the plain one.
+/// The result of `work`, or the kind of its exception. It is the exact type, because all derive from the plain one.
 template <class Work>
 std::string outcome(Work&& work)
 {
@@ -133,7 +133,7 @@ std::string outcome(Work&& work)
     }
 }
 
-/// All have the hash that the text has without the number, whose digits the hash does not read.
+/// All have the hash of the text without the number, because the hash does not read the digits.
 inline std::u16string collidingText(std::uint32_t number)
 {
     std::u16string text(64, u'0');

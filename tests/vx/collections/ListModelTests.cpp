@@ -13,12 +13,12 @@
 namespace vx::collections::vorb {
 namespace {
 
-/// Its iterators cannot take the short way over the nodes.
+/// A list class whose iterators cannot use the nodes directly.
 class DerivedLinkedList : public LinkedList { };
 
-/// Runs the same random operations on a list, on sublists of it and of each other and on iterators of all of them, and on
-/// one plain vector. A view or an iterator is alive until something changes the list past it; that is all that the model
-/// knows of modification counts.
+/// Runs the same random operations on a list, its sublists and all their iterators, and on a plain vector. A view or an
+/// iterator is valid until the list is changed in another way than through it; that is all that the model knows of
+/// modification counts.
 template <class ListClass>
 class Model {
 public:
@@ -28,7 +28,7 @@ public:
         m_parts.push_back(std::make_unique<Part>(Part {new ListClass, nullptr, 0, 0, true}));
     }
 
-    /// One operation. The first word says which, the others what should have come out and what did.
+    /// One operation: its name, the expected result and the actual one.
     std::string step()
     {
         if (m_parts.size() > 8 || m_cursors.size() > 12 || m_values.size() > 60)
@@ -40,7 +40,7 @@ public:
         return kind < 3 ? partStep(part) : viewStep(part);
     }
 
-    /// Everything that can be seen of the whole at once.
+    /// Compares all that can be read.
     std::string compareAll()
     {
         const Reference<List>& list = m_parts[0]->list;
@@ -90,7 +90,7 @@ private:
 
     int& at(const Part& part, int index) { return m_values[static_cast<std::size_t>(part.start() + index)]; }
 
-    /// The list has changed by way of `part`, which its ancestors know and no other part does.
+    /// The list has changed through `part`: its ancestors know that, and all other parts do not.
     void changed(Part& part, int by, Cursor* through, bool isKnown = true)
     {
         std::set<const Part*> aware;
@@ -147,7 +147,7 @@ private:
             if (does)
                 insert(part, index, value);
             return verdict("add", does ? "1" : fault, outcome([&] { return int {list.add(index, element.get())}; }));
-        case 4: // at the end: the whole list tells nobody, a view goes through its parent by index
+        case 4: // at the end: the whole list counts no change, a view inserts by index into its parent
             if (part.parent == nullptr) {
                 m_values.push_back(value);
                 ++part.size;
@@ -236,7 +236,7 @@ private:
             }
             return verdict("iterator remove", expected, outcome([&] { iterator.remove(); }));
         case 4:
-            if (hasLast) { // views take it for a change past them, the iterator's own included
+            if (hasLast) { // views treat it as a change by others, even if their own iterator made it
                 at(part, cursor.last) = value;
                 changed(part, 0, &cursor, false);
             }

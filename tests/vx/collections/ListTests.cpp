@@ -181,7 +181,7 @@ TYPED_TEST(Lists, WorkOnThemselves)
     EXPECT_EQ(textOfAll(*list), "1 null 1 null 2 ");
 }
 
-/// Only the operation refers to the new element, which must not be left over when it fails.
+/// The operation has the only reference to the new element, and must not leak it if it fails.
 TYPED_TEST(Lists, LeaveNoElementOverThatTheyRefuse)
 {
     const auto fresh = [] { return (new Item(5))->GetUnknown(); };
@@ -247,7 +247,7 @@ TYPED_TEST(Lists, AreReleasedHoweverDeepTheyAreNested)
         list = outer;
     }
     EXPECT_EQ(list->getSize(), 1);
-    list = nullptr; // the stack has no room for a call for each
+    list = nullptr; // too many for one nested call each
 }
 
 TEST(ArrayList, GrowsByHalf)

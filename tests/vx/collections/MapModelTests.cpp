@@ -28,7 +28,8 @@ struct Entry {
 using EntryPtr = std::shared_ptr<Entry>;
 using Chain = std::vector<EntryPtr>;
 
-/// The entries in the order of a chained table: the last bucket first, and in a bucket the newest entry first.
+/// The entries in the order of a chained table: from the last bucket to the first, and in a bucket the newest entry
+/// first.
 struct Model {
     struct Cursor {
         int expected;
@@ -87,7 +88,7 @@ struct Model {
     Chain entries;
 };
 
-/// Of 64 units only every second one counts for the hash, so that `sharing` keys share each.
+/// The hash reads only every second one of the 64 units, so groups of `sharing` keys have one hash.
 std::u16string keyText(int number, int sharing)
 {
     std::u16string text(64, static_cast<char16_t>(u'a' + number / sharing));
@@ -102,7 +103,7 @@ std::uint32_t textHash(const std::u16string& text)
     return hash;
 }
 
-/// Does the same to a map, its views, entries and iterators, and to the model.
+/// Applies each operation to a map, its views, entries and iterators, and to the model.
 class Trial {
 public:
     /// Keys are numbers, or texts of which `sharing` have one hash.
@@ -286,7 +287,7 @@ private:
     std::vector<std::pair<Reference<MapEntry>, EntryPtr>> m_held;
 };
 
-/// Asks what the library's own asks, but is not known to do so.
+/// Compares as the library's comparator does, but is of another class.
 class OtherComparator : public util::Comparator { };
 
 TEST(HashMap, DoesWhatAPlainTableDoesInTheSameOrder)

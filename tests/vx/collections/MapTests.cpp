@@ -64,7 +64,7 @@ Reference<HashMap> mapOf(std::initializer_list<int> keys)
     return map;
 }
 
-/// Here a key is its own hash, so that the order tells the capacity: the last bucket comes first.
+/// Here a key is its own hash, so the order shows the capacity: the last bucket comes first.
 TEST(HashMap, TakesAnyCapacityAndLoad)
 {
     const std::tuple<int, float, std::vector<int>, const char*> cases[] = {
@@ -106,7 +106,7 @@ TEST(AbstractMap, ComparesByTheOtherMapsAnswers)
     EXPECT_EQ(outcome([&] { return mapOf({1})->compareTo(Item(1)); }), "cast");
 }
 
-/// The keys share a bucket, and 7 is at its head.
+/// The keys share a bucket, and 7 is its first entry.
 TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
 {
     const Reference<WatchedComparator> comparator(new WatchedComparator);
@@ -163,8 +163,8 @@ TEST(HashMap, IsWholeWhenAnElementThatGoesLooksAtIt)
     EXPECT_EQ(seen + keysOf(*map), "1: 1 0: 6 ");
 }
 
-/// With the operations of the others, as templates: a plain one would count as a faulty override of the map's own. A walk
-/// that a change of the map ends throws what theirs throws.
+/// The operations of the other maps, as templates, since plain ones would override those of the map. An iteration that
+/// a change of the map ends throws what theirs throws.
 struct LightMap : Str1HashMap<Reference<Object>> {
     using Base = Str1HashMap<Reference<Object>>;
     using Base::Base;
@@ -213,7 +213,7 @@ void walk(const LightMap& map, Visit visit)
 template <class MapClass, class Key>
 struct PlainKeys {
     using Map = MapClass;
-    /// Hashes to the number, except that those from 100 to 999 share one hash if they are texts.
+    /// Its hash is the number, but texts from 100 to 999 share one hash.
     static Key key(std::uint32_t number)
     {
         if constexpr (std::is_same_v<Key, int>)
@@ -275,7 +275,7 @@ TYPED_TEST(HashMaps, AreWholeForElementsThatUseThemInTheirDestructors)
     EXPECT_EQ(seen + std::to_string(Item::s_alive), "0 1 2 0 1 2 0");
 }
 
-/// The hashes spread over the buckets, and meet in one when the map grows.
+/// The hashes are in different buckets first, and in one bucket after the map has grown.
 TYPED_TEST(HashMaps, GoWithoutRecursionHoweverLongAChainIs)
 {
     constexpr std::uint32_t KEYS = 200'000, CAPACITY = 10'000, STEP = 2 * CAPACITY + 1;

@@ -91,7 +91,7 @@ TEST(TypedMap, PassesOnAndGivesPairs)
     EXPECT_EQ(textOfAll(*keys), "1 ");
     map->clear();
     EXPECT_TRUE(keys->isEmpty() && map->getSize() == 0);
-    // A class with a virtual base is reached by asking.
+    // An object of a class with a virtual base is found by a query.
     const Reference<List<Set<Item>>> sets(new List<Set<Item>>(new vorb::ArrayList));
     sets->add(keys.get());
     EXPECT_EQ(sets->get(0), keys);
