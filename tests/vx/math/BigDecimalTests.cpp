@@ -113,7 +113,7 @@ TEST(BigDecimal, ComparesByValue)
     const BigInteger one(1), minusOne(-1);
     const std::tuple<BigDecimal, BigDecimal, int> rows[] = {{BigDecimal(BigInteger(150), 2), BigDecimal(u"1.5"), 0},
         {BigDecimal(u"-1.5"), BigDecimal(u"-1.51"), 1}, {BigDecimal(), BigDecimal(BigInteger(), 9), 0},
-        // Scales that could not be brought together.
+        // Scales so different that the numbers cannot have the same one.
         {BigDecimal(one, LARGEST), BigDecimal(one, LEAST), -1}, {BigDecimal(one, LARGEST), BigDecimal(), 1},
         {BigDecimal(minusOne, LARGEST), BigDecimal(minusOne, LEAST), 1}};
     for (const auto& [left, right, wanted] : rows) {
@@ -122,7 +122,7 @@ TEST(BigDecimal, ComparesByValue)
     }
 }
 
-/// 100 million digits after the point, which nothing prints, and as many before it.
+/// 100 million digits after the point, and as many before it. They are not printed.
 TEST(BigDecimal, IsComparedAndRoundedHoweverFarItsScale)
 {
     constexpr int FAR = 100'000'000;

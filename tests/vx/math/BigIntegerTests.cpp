@@ -26,7 +26,7 @@ BigInteger minusZero()
     return zero;
 }
 
-/// The value, and that of a zero with the flag, which prints as any zero.
+/// The value, with a minus for a zero with the flag, which itself prints like any zero.
 std::string shown(const BigInteger& value)
 {
     return (value.isZero() && value.isNegative() ? "-" : "") + value.toString().toUtf8();
@@ -56,7 +56,7 @@ std::string failureOf(const std::function<void()>& work)
     }
 }
 
-/// What `work` makes of `value`, or how it fails.
+/// The result of `work` on `value`, or its failure.
 std::string comingTo(const BigInteger& value, const std::function<void()>& work)
 {
     const std::string failure = failureOf(work);
@@ -94,10 +94,10 @@ TEST(BigInteger, ReadsAndPrintsText)
 {
     const std::tuple<const char16_t*, int, const char*> rows[]
         = {{u"000123", 10, "123"}, {u"-12", 10, "-12"}, {u"-0", 10, "0"}, {u"-zz", 36, "-1295"},
-            // Groups of three from the end, each as far as it can be read.
+            // Groups of three from the end, each read as far as possible.
             {u"12a45", 10, "12000"}, {u"1 5678", 10, "1678"}, {u"+12", 10, "12"}, {u"1000x1", 16, "1048577"},
             {u"-abc", 10, "-0"}, {u"\u0661\u0662", 10, "0"},
-            // No radix: nothing is read, and 0 goes by the prefix of the last group.
+            // Not a radix: nothing is read. With 0 the prefix of the last group decides.
             {u"12345", 37, "0"}, {u"120x7", 0, "7"}, {u"12017", 0, "15"}};
     for (const auto& [text, radix, wanted] : rows)
         EXPECT_EQ(shown(BigInteger(text, radix)), wanted) << String(text) << " in " << radix;
@@ -159,7 +159,7 @@ TEST(BigInteger, SetsAndClearsBitsOfTheMagnitude)
     EXPECT_EQ(value.getSize(), 1);
     value.setBit(100);
     EXPECT_EQ(shown(value), "-1267650600228229401496703205383");
-    // An empty byte at the top counts as it stands, until the next operation.
+    // An empty byte at the top counts until the next operation.
     value.clearBit(100);
     EXPECT_EQ(value.getSize(), 13);
     EXPECT_EQ(value.getBitCount(), 96);
@@ -174,7 +174,7 @@ TEST(BigInteger, FindsDivisorsAndInverses)
     const std::tuple<const char16_t*, const char16_t*, const char*, const char*> rows[]
         = {{u"-12", u"5", "1", "3"}, {u"0", u"-9", "-9", "Divide by zero."},
             {u"5", u"0", "Divide by zero.", "Not invertible."}, {u"1", u"0", "Divide by zero.", "Divide by zero."},
-            // Of a negative number, what the steps give, which need not be an inverse.
+            // For a negative number, the result of the defined steps, which need not be an inverse.
             {u"-3", u"7", "1", "2"}, {u"-1", u"7", "1", "Not invertible."}};
     for (const auto& [left, right, divisor, inverse] : rows) {
         BigInteger value = big(left), other = value;
@@ -185,7 +185,7 @@ TEST(BigInteger, FindsDivisorsAndInverses)
 
 TEST(BigInteger, RaisesToPowers)
 {
-    // The base, the exponent, the modulus or null for the power itself, and what comes of it
+    // The base, the exponent, the modulus or null for the power itself, and the result
     const std::tuple<const char16_t*, const char16_t*, const char16_t*, const char*> rows[] = {
         {u"-7", u"0", nullptr, "-7"}, // no round, no change
         {u"-1", u"99999999999999999999999999999999", nullptr, "-1"},

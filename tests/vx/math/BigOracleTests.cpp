@@ -43,8 +43,8 @@ Exact powerOf(const Exact& base, unsigned long exponent)
     return power;
 }
 
-/// Random operations of a fixed order. Sizes spread from nothing over the borders between algorithms; long runs of equal
-/// bits are as frequent as noise.
+/// Random operations in a fixed order. Sizes range from none to beyond the borders between algorithms. Long runs of
+/// equal bits are as frequent as random bits.
 class BigOracle : public testing::Test {
 protected:
     BigOracle() { RecordProperty("seed", std::to_string(m_seed)); }
@@ -62,10 +62,10 @@ protected:
                 bytes += static_cast<char>(m_random());
         }
         const bool negative
-            = below(2) != 0 && bytes.find_first_not_of('\0') < size; // a zero with the flag has no oracle
+            = below(2) != 0 && bytes.find_first_not_of('\0') < size; // GMP has no zero with the flag
         return {reinterpret_cast<const signed char*>(bytes.data()), static_cast<int>(size), negative};
     }
-    /// Mostly small, now and then up to 20,000 digits, and seldom up to 200,000.
+    /// Mostly small, sometimes up to 20,000 digits, and rarely up to 200,000.
     BigInteger number()
     {
         return number(below(400) == 0 ? 83'000 : below(40) == 0 ? 8200 : below(8) == 0 ? 1500 : 200);
@@ -83,7 +83,7 @@ protected:
     std::mt19937_64 m_random {m_seed};
 };
 
-/// Stated exceptions from arithmetic: a remainder has no sign, and the residue of a negative number is never 0.
+/// Documented differences from arithmetic: a remainder has no sign, and the residue of a negative number is never 0.
 Exact residue(const Exact& value, const Exact& modulus)
 {
     const Exact rest = abs(value) % modulus;
