@@ -7,7 +7,7 @@
 
 namespace vx::net {
 
-/// Sends signals to the thread that made it for as long as it lives, so that they interrupt whatever that thread waits in.
+/// Sends signals to the thread that made it, as long as it exists, so that they interrupt every wait of that thread.
 class SignalStorm {
 public:
     SignalStorm()
@@ -33,7 +33,7 @@ public:
     SignalStorm(const SignalStorm&) = delete;
     SignalStorm& operator=(const SignalStorm&) = delete;
 
-    /// For other threads: returns when the target has taken some signals more.
+    /// For other threads: returns when the target has received some more signals.
     static void pass()
     {
         constexpr int SOME = 50;

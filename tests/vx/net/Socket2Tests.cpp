@@ -37,7 +37,7 @@ std::unique_ptr<TcpServerSocket2> makeServer()
     return std::unique_ptr<TcpServerSocket2>(made);
 }
 
-/// The addresses that it is to be bound to.
+/// The addresses in the bind list.
 std::string listOf(TcpServerSocket2& server)
 {
     char text[1000];
@@ -46,7 +46,7 @@ std::string listOf(TcpServerSocket2& server)
     return text;
 }
 
-/// Bound to the wildcards of both families, each at another port. It does not listen yet.
+/// Bound to the wildcard addresses of both families, each with another port. It does not listen yet.
 std::unique_ptr<TcpServerSocket2> bindBoth(bool reusesAddress = false)
 {
     std::unique_ptr<TcpServerSocket2> server = makeServer();
@@ -64,7 +64,7 @@ std::unique_ptr<TcpServerSocket2> listenOnBoth(bool reusesAddress = false)
     return server;
 }
 
-/// What a client connects to: the bound address of the family, with the loopback address in it.
+/// The address for a client: the bound one of the family, with the loopback address in it.
 vx_sockaddr_union loopbackOf(TcpServerSocket2& server, int family)
 {
     for (std::uint32_t index = 0;; ++index) {
@@ -179,11 +179,11 @@ TEST_P(Families, CarryDataAndEndHalfByHalf)
 
 TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
 {
-    // A port that is free could be anybody's by now, or the client's own.
+    // A port that is free could be used by another program or the client meanwhile.
     const std::unique_ptr<TcpServerSocket2> deaf = bindBoth();
     vx_sockaddr_union address = loopbackOf(*deaf, GetParam());
     EXPECT_EQ(makeClient(GetParam())->connect(&address, lengthOf(address)), VX_E_SOCKET_ECONNREFUSED);
-    // To a group no connection leads, whatever the routes are.
+    // No connection to a multicast address is possible, whatever the routes are.
     if (GetParam() == AF_INET)
         ::inet_pton(AF_INET, "224.0.0.1", &address.in4.sin_addr);
     else
@@ -192,7 +192,7 @@ TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
 
     Pair pair(GetParam());
     EXPECT_EQ(pair.client->shutdownInput(), VX_E_SOCKET_OK);
-    const linger hard {1, 0}; // the close becomes a reset
+    const linger hard {1, 0}; // closing sends a reset
     EXPECT_EQ(pair.client->setsockopt(SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&hard), sizeof hard),
         VX_E_SOCKET_OK);
     pair.client->close();
@@ -217,7 +217,7 @@ TEST(TcpClientSocket2, TellsAnInterruption)
         VX_E_SOCKET_EINTR);
 }
 
-/// Calls `select` with a set for reading alone.
+/// Calls `select` with a set for reading only.
 ENUM_VX_E_SOCKET selectRead(
     std::vector<TcpWorkerSocket2*>& sockets, std::uint32_t& count, std::int32_t& ready, const timeval& time = {0, 0})
 {
@@ -280,7 +280,7 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
     const std::unique_ptr<TcpServerSocket2> first = listenOnBoth();
     const unsigned short port = ntohs(loopbackOf(*first, AF_INET).in4.sin_port);
 
-    // The IPv4 port is taken, so that the IPv6 one alone can be had.
+    // The IPv4 port is in use, so only the IPv6 one can be bound.
     const std::unique_ptr<TcpServerSocket2> second = makeServer();
     EXPECT_EQ(second->bindListAddAddrAny(port), VX_E_SOCKET_OK);
     EXPECT_EQ(listOf(*second), "[::]:" + std::to_string(port) + "; 0.0.0.0:" + std::to_string(port));
@@ -311,7 +311,7 @@ TEST(TcpServerSocket2, TakesAPortAgainWhoseConnectionsAreEnding)
         EXPECT_EQ(bindAgain(true), VX_E_SOCKET_EADDRINUSE) << "the first one stands there";
         TcpWorkerSocket2* made = nullptr;
         EXPECT_EQ(first->accept(&made), VX_E_SOCKET_OK);
-        delete made; // before the client: its end of the connection stays for some time
+        delete made; // before the client, so that this end of the connection remains for some time
     }
     EXPECT_EQ(bindAgain(false), VX_E_SOCKET_EADDRINUSE);
     EXPECT_EQ(bindAgain(true), VX_E_SOCKET_OK);

@@ -40,7 +40,7 @@ private:
 };
 
 struct SocketPollerTest : testing::Test {
-    /// What is ready, as "id:ready" in the order of the ids.
+    /// The ready sockets as "id:ready", in the order of the ids.
     std::string ready(std::uint32_t milliseconds = 0)
     {
         std::array<SocketPoller::Event, 8> events;
@@ -123,7 +123,7 @@ TEST_F(SocketPollerTest, IsWokenByAnotherThread)
     EXPECT_EQ(poller.wake(), VX_E_SOCKET_OK);
     pair.sendFromPeer();
     EXPECT_EQ(ready(0xFFFFFFFF), "1:1 ");
-    EXPECT_EQ(ready(), "1:1 "); // both wakes are over
+    EXPECT_EQ(ready(), "1:1 "); // both wakes have been used up
 }
 
 } // namespace

@@ -72,7 +72,7 @@ TEST(TcpSocket, TimesOutAndWaitsAnew)
 
 TEST(TcpSocket, GoesOnAfterSignals)
 {
-    constexpr std::int32_t MANY = 8 * 1024 * 1024; // more than the system keeps for a reader
+    constexpr std::int32_t MANY = 8 * 1024 * 1024; // more than the system buffers for a reader
     TcpServerSocket listener(0, 0);
     Reference<TcpSocket> first;
     const SignalStorm storm;
@@ -107,7 +107,7 @@ TEST(TcpSocket, GoesOnAfterSignals)
     EXPECT_EQ(read(*input), "late");
     other.join();
 
-    // One connection fills the queue, the second waits for its place there.
+    // One connection fills the queue, and the second waits until there is room.
     std::atomic<bool> isFull {false};
     other = std::jthread([&] {
         while (!isFull)
@@ -124,7 +124,7 @@ TEST(TcpSocket, GoesOnAfterSignals)
 TEST(TcpSocket, SaysWhatFailed)
 {
     const int deaf
-        = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // keeps its port, so that no other program can listen there
+        = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // keeps the port in use, so that no other program can listen on it
     sockaddr_in address {};
     address.sin_family = AF_INET;
     socklen_t length = sizeof address;

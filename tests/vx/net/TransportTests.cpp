@@ -47,7 +47,7 @@ struct Connector : vorb::AbstractConnector {
     Reference<io::IChannel> connect() override { return channelOf("c"); }
 };
 
-/// A transport as a component library writes it. What it saw of its properties stands in `m_seen`.
+/// A transport as a component library implements it. It records the properties that it got in `m_seen`.
 struct TestTransport : vorb::AbstractTransport {
     Reference<IConnector> createConnector(const PropertySet& properties) override
     {
@@ -76,7 +76,7 @@ struct TestTransport : vorb::AbstractTransport {
     bool m_isEmpty = false;
 };
 
-/// The byte that comes out of `channel`.
+/// The next byte of `channel`.
 int byteOf(io::IChannel& channel)
 {
     io::ByteBuffer buffer(1, io::VX_ENDIAN_LITTLE, false);

@@ -20,7 +20,7 @@ using vx::String;
 using vx::net::QueryKey;
 using vx::net::URI;
 
-/// All that is there, as "part=text" in the stored form.
+/// All present parts, as "part=text" in their stored form.
 std::string partsOf(const URI& uri)
 {
     std::string text;
@@ -216,7 +216,7 @@ TEST(URI, FindsParametersInAnyCase)
     EXPECT_EQ(uri.getQueryValue(u"A%20B", true), u"c d");
     EXPECT_EQ(uri.getQuery(true), u"a%20b=c d");
 
-    // The lower case of a key, and so its hash, ends at a null unit.
+    // The lower-case form of a key, and so its hash, ends at a zero unit.
     uri.setQuery(u"a\0B=c"sv, false);
     EXPECT_TRUE(uri.hasQueryValue(u"A\0B"sv));
     EXPECT_FALSE(uri.hasQueryValue(u"A\0b"sv));
@@ -258,7 +258,7 @@ TEST(URI, PrintsParametersInTheOrderOfTheMap)
         put(number);
     EXPECT_EQ(uri.getQuery(false), orderOfMap());
 
-    // What is cleared keeps its buckets, also where nobody has asked for a parameter.
+    // A cleared query keeps its buckets, even if no parameter was ever requested.
     URI parsed(u"/?" + uri.getQuery(false));
     plain->clear();
     uri.removeQuery();
@@ -333,7 +333,7 @@ TEST(URI, EndsSoonOnHostileText)
     uri.setPath(String(u'%', MILLION), true);
     EXPECT_EQ(uri.getPath(true).getLength(), MILLION);
 
-    // Keys that differ only where the hash does not look.
+    // Keys that differ only in units that the hash does not read.
     constexpr unsigned KEYS = 100'000;
     const auto keyOf = [](unsigned number) {
         std::u16string key(64, u'k');
