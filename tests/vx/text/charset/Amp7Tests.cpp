@@ -10,7 +10,7 @@
 namespace vx::text::charset {
 namespace {
 
-/// What comes out, and "|" with how much is read where not all is, and with what is thrown.
+/// The output. If not all was read, "|" and the number of bytes read follow, then the exception.
 template <class Out, class Converter, class Text>
 std::basic_string<Out> converted(Converter& converter, const Text& source, std::int32_t room)
 {

@@ -26,11 +26,11 @@
 namespace vx::text::charset {
 namespace {
 
-// A table under the name of a code page that it is not.
+// A code page class cannot be made with another table.
 static_assert(!std::is_constructible_v<BTCCP437, const char16_t*, const char16_t*>);
 static_assert(!std::is_constructible_v<CTBCP1252, const char16_t*, const int*, const unsigned char*>);
 
-/// The twins, by what differs in their names.
+/// Classes that differ only in parts of their names.
 struct Decoder {
     using Converter = ByteToCharConverter;
     using Unit = char16_t;
@@ -129,7 +129,7 @@ TEST(Converter, SubstitutesByTheRulesOfItsFamily)
         // One byte: exactly one unit, or nothing.
         {u"ASCII", "a\xE9\x62", 0, 1, u"a", 2},
         {u"ASCII", "a\xE9\x62", 2, 2, u"ab", 3},
-        // Above the last code point: one unit more than it takes must be free.
+        // Values above the last code point need room for one more unit than they use.
         {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 3, u"", 0},
         {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 4, u"xyzA", 5},
         {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 0, 1, u"A", 5},
@@ -191,7 +191,7 @@ TEST(Converter, HoldsALeadSurrogateUntilItIsReset)
     EXPECT_EQ(Encode(*encoder, u"\xDE00", 4).output, "\xF0\x9F\x98\x80");
 }
 
-/// Encodings that others derive: their hooks are asked, though the base knows a faster way.
+/// Derived encodings: their hooks are called, although the base class has a faster way.
 template <class Base>
 struct Rot1 : Base {
     char16_t convertByte(signed char byte) override { return static_cast<char16_t>(byte + 1); }

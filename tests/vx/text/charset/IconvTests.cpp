@@ -15,7 +15,7 @@
 namespace vx::text::charset {
 namespace {
 
-/// What came of a source: the output, and at the places of the faults what was thrown.
+/// The result for a source: the output, and the exceptions with their positions.
 template <class Out>
 struct Outcome {
     std::vector<Out> out;
@@ -53,7 +53,7 @@ public:
     {
     }
 
-    /// Behind a fault both sides go on one unit later, but end there in an output of a certain `size`.
+    /// After a fault both sides continue one unit later; in an output of a given `size` they stop there.
     Outcome<Out> expected(const std::vector<In>& source, std::optional<std::size_t> size = {}) const
     {
         typename Side::Oracle oracle(m_encoding, m_substitutes);
@@ -74,7 +74,7 @@ public:
         return outcome;
     }
 
-    /// What the converter makes of a source that comes in pieces: up to each of `ends`, then up to its end.
+    /// The result of the converter for a source in pieces, up to each of `ends` and then up to its end.
     Outcome<Out> converted(const std::vector<In>& source, std::vector<std::size_t> ends = {}) const
     {
         const auto converter = newConverter();
@@ -127,7 +127,7 @@ private:
         return converter;
     }
 
-    /// The fault, or an empty text. The result must tell what was stored.
+    /// The fault, or an empty text. The result must be the number of units or bytes stored.
     std::u16string call(typename Side::Converter& converter, const std::vector<In>& source, std::int32_t& position,
         std::size_t end, std::vector<Out>& out, std::int32_t& written, std::size_t size) const
     {
@@ -162,7 +162,7 @@ void append(std::vector<char16_t>& units, std::uint32_t value)
     units.push_back(static_cast<char16_t>(value));
 }
 
-/// Random text: runs of one script, mixtures, and with `faulty` now and then something that is none.
+/// Random text: runs of one script, mixtures, and with `faulty` sometimes an invalid unit.
 class Generator {
 public:
     explicit Generator(const Encoding& encoding)
@@ -226,7 +226,7 @@ private:
 
 class IconvAgreement : public testing::TestWithParam<Encoding> {
 protected:
-    /// With the substitution off as well if `strictly`, which throws for all that has no mapping.
+    /// If `strictly`, also with substitution off, which throws for everything without a mapping.
     template <class Side, class In>
     void expectAgreement(const std::vector<In>& source, bool strictly)
     {
@@ -236,7 +236,7 @@ protected:
             const auto got = trial.converted(source);
             ASSERT_EQ(got.faults, expected.faults) << substitutes;
             ASSERT_EQ(got.read, expected.read) << substitutes;
-            // Not compared by the framework, which would print both in full.
+            // Not compared by GoogleTest, which would print both completely.
             const auto [gotAt, expectedAt]
                 = std::mismatch(got.out.begin(), got.out.end(), expected.out.begin(), expected.out.end());
             ASSERT_TRUE(gotAt == got.out.end() && expectedAt == expected.out.end())
@@ -280,7 +280,7 @@ TEST_P(IconvAgreement, OverShortSequencesOfAllKinds)
             bytes.push_back(static_cast<signed char>(second));
         }
     }
-    // The first and last of every kind of byte, in all fours.
+    // The first and last of every kind of byte, in all combinations of four.
     constexpr std::uint8_t BORDERS[] = {0x00, 0x7F, 0x80, 0x8D, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xD8,
         0xDF, 0xE0, 0xED, 0xEF, 0xF0, 0xF4, 0xF5, 0xFF};
     constexpr std::size_t COUNT = std::size(BORDERS);

@@ -27,7 +27,8 @@ TEST(MultiByte, KeepsTheOrderOfVirtualOperations)
 }
 
 /// A codec of another library. Small letters are themselves; "2" and "4" begin sequences of that many bytes, which are
-/// U+20AC and U+1F600; "s" is a surrogate, "h" a value too high, "u" has no character. The rest comes as it is told.
+/// U+20AC and U+1F600; "s" is a surrogate, "h" a value that is too high, and "u" has no character. The test sets the
+/// rest.
 struct TestCodec : Component<IVXCharCodec> {
     std::int32_t GetName(IVXCharBuffer* name) override
     {

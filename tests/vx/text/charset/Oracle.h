@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-// What the converters must do: what the system's iconv does, and a table of where they differ from it.
+// What the converters must do: the result of the system's iconv, changed by a table of the differences.
 
 using Bytes = std::vector<signed char>;
 
@@ -45,8 +45,8 @@ struct Difference {
     Reading reading;
 };
 
-// The first row that fits holds. Beside these, of what iconv refuses, a value of UTF-32 is unmappable; a byte of UTF-8 that
-// begins nothing is U+FFFD; and a sequence that is cut, going by its first byte, waits whatever the rest is.
+// The first matching row is used. For other bytes that iconv refuses: a value of UTF-32 is unmappable, a byte that
+// begins no UTF-8 sequence is U+FFFD, and a sequence that is incomplete by its first byte waits for more bytes.
 inline constexpr Difference DIFFERENCES[] = {
     {u"UTF-8", "\xE0\x80\x80", "\xE0\x9F\xBF", Reading::AS_COMPUTED},
     {u"UTF-8", "\xED\xA0\x80", "\xED\xBF\xBF", Reading::SURROGATE},
@@ -59,7 +59,7 @@ inline constexpr Difference DIFFERENCES[] = {
     {u"UTF-32BE", {"\x00\x00\xD8\x00", 4}, {"\x00\x00\xDF\xFF", 4}, Reading::SURROGATE},
 };
 
-/// The least that a converter does at once.
+/// The smallest part that a converter handles at once.
 template <class Out>
 struct Step {
     std::size_t length; ///< of the source
@@ -80,7 +80,7 @@ public:
     Iconv(const Iconv&) = delete;
     Iconv& operator=(const Iconv&) = delete;
 
-    /// Nothing where it refuses, leaves some of the source, or drops it, as it does with the tags of U+E0000.
+    /// Nothing if it refuses, does not read all of the source, or drops it, as it does with the tags from U+E0000 on.
     std::optional<std::string> convert(const void* source, std::size_t size)
     {
         char* in = static_cast<char*>(const_cast<void*>(source));
@@ -89,7 +89,7 @@ public:
         std::size_t room = sizeof target;
         ::iconv(m_handle, nullptr, nullptr, nullptr, nullptr);
         const bool isWhole = ::iconv(m_handle, &in, &size, &out, &room) == 0 && size == 0;
-        ::iconv(m_handle, nullptr, nullptr, &out, &room); // what waits for a mark to go with it
+        ::iconv(m_handle, nullptr, nullptr, &out, &room); // keeps a character until it knows that no mark follows
         if (!isWhole || out == target)
             return std::nullopt;
         return std::string(target, out);
@@ -117,7 +117,7 @@ public:
 
     void reset() { }
 
-    /// Nothing where the source ends or more of it is needed.
+    /// Nothing if the source ends, or if more of it is needed.
     std::optional<Step<char16_t>> next(const Bytes& source, std::size_t position)
     {
         const std::string_view rest(reinterpret_cast<const char*>(source.data()) + position, source.size() - position);
@@ -199,7 +199,8 @@ public:
 
     void reset() { m_lead = 0; }
 
-    // iconv refuses lone surrogates. UTF-16 takes all of them, the others no leading one, single bytes none.
+    // iconv refuses lone surrogates. UTF-16 accepts all of them, the other encodings no leading one, and single bytes
+    // none.
     std::optional<Step<signed char>> next(const std::vector<char16_t>& source, std::size_t position)
     {
         if (position == source.size())

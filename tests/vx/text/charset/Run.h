@@ -14,7 +14,7 @@
 
 namespace vx::text::charset {
 
-/// What one call of `convert` makes of `text`, which stands at index 1, in `room` units from index 1 on.
+/// The result of one call of `convert` for `text`, which begins at index 1, with `room` units from index 1 on.
 template <class Converter, class In, class Out>
 struct Run {
     Run(Converter& converter, const std::basic_string<In>& text, std::int32_t room = 100)
