@@ -61,8 +61,7 @@ protected:
             for (std::size_t noise = below(24); noise > 0; --noise)
                 bytes += static_cast<char>(m_random());
         }
-        const bool negative
-            = below(2) != 0 && bytes.find_first_not_of('\0') < size; // GMP has no zero with the flag
+        const bool negative = below(2) != 0 && bytes.find_first_not_of('\0') < size; // GMP has no zero with the flag
         return {reinterpret_cast<const signed char*>(bytes.data()), static_cast<int>(size), negative};
     }
     /// Mostly small, sometimes up to 20,000 digits, and rarely up to 200,000.

@@ -123,8 +123,7 @@ TEST(TcpSocket, GoesOnAfterSignals)
 
 TEST(TcpSocket, SaysWhatFailed)
 {
-    const int deaf
-        = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // keeps the port in use, so that no other program can listen on it
+    const int deaf = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); // keeps the port in use
     sockaddr_in address {};
     address.sin_family = AF_INET;
     socklen_t length = sizeof address;
