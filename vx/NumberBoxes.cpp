@@ -5,6 +5,11 @@
 #include "vx/detail/Truncated.h"
 #include "vx/math/BigInteger.h"
 
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <system_error>
 #include <type_traits>
 
 namespace vx {
@@ -74,7 +79,40 @@ Value parse(const String& text)
         return static_cast<Value>(Number::parseUInt(text, DECIMAL));
 }
 
+/// The number that the whole text is for `std::from_chars`, which knows no locale.
+template <class Value, class... Form>
+std::optional<Value> parseWhole(std::u16string_view text, Form... form)
+{
+    constexpr char16_t LAST_ASCII = 0x7F;
+    std::string narrow(text.size(), '\0');
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        if (text[index] > LAST_ASCII)
+            return {};
+        narrow[index] = static_cast<char>(text[index]);
+    }
+    Value value {};
+    const char* const end = narrow.data() + narrow.size();
+    const std::from_chars_result result = std::from_chars(narrow.data(), end, value, form...);
+    return result.ec == std::errc() && result.ptr == end ? std::optional(value) : std::nullopt;
+}
+
 } // namespace
+
+template <class Base, class Value>
+std::optional<Value> NumberBox<Base, Value>::tryParse(std::u16string_view text, int radix) requires std::integral<Value>
+{
+    constexpr int SMALLEST = 2, LARGEST = 36;
+    if (radix < SMALLEST || radix > LARGEST)
+        throw RangeErrorException();
+    return parseWhole<Value>(text, radix);
+}
+
+template <class Base, class Value>
+std::optional<Value> NumberBox<Base, Value>::tryParse(std::u16string_view text) requires std::floating_point<Value>
+{
+    const std::optional<Value> value = parseWhole<Value>(text, std::chars_format::general);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+}
 
 template <class Base, class Value>
 NumberBox<Base, Value>::NumberBox(const Number& other)

@@ -2,7 +2,10 @@
 
 #include "vx/Number.h"
 
+#include <concepts>
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 namespace vx {
 
@@ -23,6 +26,12 @@ public:
     explicit NumberBox(const Number& other);
     NumberBox(const String& text);
     ~NumberBox() noexcept override;
+
+    /// The number that the whole text is. Nothing for any other text, also with blanks around the number or a plus sign before
+    /// it, and for a number out of range. `radix` is 2 to 36; another throws RangeErrorException.
+    static std::optional<Value> tryParse(std::u16string_view text, int radix = 10) requires std::integral<Value>;
+    /// With a point or an exponent, or without. Neither infinite nor NaN.
+    static std::optional<Value> tryParse(std::u16string_view text) requires std::floating_point<Value>;
 
     NumberBox& operator=(const NumberBox&) noexcept = default;
     operator Value() const noexcept { return m_value; }

@@ -2,6 +2,7 @@
 
 #include "vx/Reference.h"
 #include "vx/StringLiteral.h"
+#include "vx/detail/FormatConcepts.h"
 #include "vx/util/AbstractCharBuffer.h"
 
 #include <compare>
@@ -13,6 +14,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace vx::util {
 class IByteBuffer;
@@ -334,6 +336,19 @@ public:
     const String& format(String format, ...);
     const String& formatv(const char16_t* format, int length, std::va_list arguments);
     const String& formatv(String format, std::va_list arguments);
+    /// The same for any other arguments, each checked by the compiler: texts of every kind (narrow ones in UTF-8), numbers and
+    /// booleans as `valueOf` prints them, characters, and objects with `toString`, also by reference or pointer ("null" for
+    /// none). Numbers for which there is no argument stay in the text.
+    /// @code
+    /// const String name(u"Ada");
+    /// assert(String().format(u"{0} has {1} of {2}", -1, name, 3, 4.5) == u"Ada has 3 of 4.5");
+    /// @endcode
+    template <class... Arguments>
+    requires detail::CheckedFormatArguments<Arguments...>
+    const String& format(const char16_t* format, int length, const Arguments&... arguments);
+    template <class Form, class First, class... Others>
+    requires detail::CheckedFormatArguments<First, Others...> && detail::FormatOfAnyText<Form, First>
+    const String& format(const Form& format, const First& first, const Others&... others);
 
     /// Integers are decimal. Floating-point numbers have six significant digits in the shorter form ("%g"), with the
     /// point of the C locale.
@@ -383,6 +398,8 @@ private:
     /// `text` is in the storage that an edit of this string would move.
     bool isOwnText(const char16_t* text) const;
     void splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill);
+    const String& formatChecked(
+        const char16_t* format, int length, const detail::FormatArgument* arguments, std::size_t count);
     void internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity);
     String& setToUtf8(std::string_view bytes);
 
@@ -398,6 +415,120 @@ VX_API String operator+(const String& left, const String& right);
 /// Writes UTF-8. If `toUtf8` throws or memory is exhausted, sets the badbit of the stream, and throws only if the
 /// stream's exceptions() ask for that.
 VX_API std::ostream& operator<<(std::ostream& stream, const String& text);
+
+} // namespace vx
+
+namespace vx::detail {
+
+template <class T>
+concept HasText = requires(const T& value)
+{
+    {
+        value.toString()
+        } -> std::convertible_to<String>;
+};
+
+/// Leads to an object: a `Reference` or a pointer.
+template <class T>
+concept LeadsToText = requires(const T& pointer)
+{
+    {
+        *pointer
+        } -> HasText;
+    {
+        pointer == nullptr
+        } -> std::convertible_to<bool>;
+};
+
+/// A value that `String::format` puts into a template, as text. Refers to texts of the caller, and so lives no longer than
+/// the call.
+class VX_API FormatArgument {
+public:
+    template <class T>
+    explicit FormatArgument(const T& value);
+    FormatArgument(const FormatArgument&) = delete;
+    FormatArgument& operator=(const FormatArgument&) = delete;
+
+    std::u16string_view view() const noexcept { return m_view; }
+
+private:
+    void keep(const String& text);
+    void set(std::int64_t number);
+    void set(std::uint64_t number);
+    void set(double number);
+    template <class... Number>
+    void print(Number... number);
+
+    static constexpr std::size_t ROOM = 32; ///< for the digits of any number
+
+    std::u16string_view m_view;
+    String m_kept;
+    char16_t m_units[ROOM];
+};
+
+template <class T>
+FormatArgument::FormatArgument(const T& value)
+{
+    if constexpr (std::same_as<T, bool>) {
+        m_view = value ? u"true" : u"false";
+    } else if constexpr (std::same_as<T, char16_t>) {
+        m_units[0] = value;
+        m_view = {m_units, 1};
+    } else if constexpr (std::same_as<T, char>) {
+        keep(String(std::string_view(&value, 1)));
+    } else if constexpr (
+        std::integral<T> && !std::same_as<T, char8_t> && !std::same_as<T, char32_t> && !std::same_as<T, wchar_t>) {
+        set(static_cast<std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>(value));
+    } else if constexpr (std::floating_point<T>) {
+        set(static_cast<double>(value));
+    } else if constexpr (std::same_as<T, std::nullptr_t>) {
+        m_view = {};
+    } else if constexpr (std::convertible_to<const T&, const char16_t*>) {
+        const char16_t* const text = value;
+        m_view = text != nullptr ? std::u16string_view(text) : std::u16string_view();
+    } else if constexpr (std::derived_from<T, String>) {
+        keep(value);
+    } else if constexpr (std::convertible_to<const T&, std::u16string_view>) {
+        m_view = value;
+    } else if constexpr (std::convertible_to<const T&, const char*>) {
+        const char* const text = value;
+        keep(String(text != nullptr ? std::string_view(text) : std::string_view()));
+    } else if constexpr (std::convertible_to<const T&, std::string_view>) {
+        keep(String(std::string_view(value)));
+    } else if constexpr (std::convertible_to<const T&, std::u8string_view>) {
+        keep(String(std::u8string_view(value)));
+    } else if constexpr (HasText<T>) {
+        keep(value.toString());
+    } else if constexpr (LeadsToText<T>) {
+        if (value == nullptr)
+            m_view = u"null";
+        else
+            keep((*value).toString());
+    } else {
+        static_assert(sizeof(T) == 0, "String::format takes texts, numbers, booleans and objects with toString");
+    }
+}
+
+} // namespace vx::detail
+
+namespace vx {
+
+template <class... Arguments>
+requires detail::CheckedFormatArguments<Arguments...>
+const String& String::format(const char16_t* format, int length, const Arguments&... arguments)
+{
+    const detail::FormatArgument texts[] {detail::FormatArgument(arguments)...};
+    return formatChecked(format, length, texts, sizeof...(arguments));
+}
+
+template <class Form, class First, class... Others>
+requires detail::CheckedFormatArguments<First, Others...> && detail::FormatOfAnyText<Form, First>
+const String& String::format(const Form& format, const First& first, const Others&... others)
+{
+    const String held(format); // which keeps the text if it is that of this string
+    const detail::FormatArgument texts[] {detail::FormatArgument(first), detail::FormatArgument(others)...};
+    return formatChecked(held.getData(), held.getLength(), texts, 1 + sizeof...(others));
+}
 
 } // namespace vx
 

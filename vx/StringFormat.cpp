@@ -17,6 +17,7 @@ namespace {
 
 constexpr STRUCT_VX_STR_LIT_INFO TRUE_TEXT = literal(u"true");
 constexpr STRUCT_VX_STR_LIT_INFO FALSE_TEXT = literal(u"false");
+constexpr int SIGNIFICANT = 6; // digits of a floating-point number
 
 /// Digits as std::to_chars makes them, which knows no locale.
 template <class... Value>
@@ -74,7 +75,88 @@ std::size_t countConsecutive(const std::pmr::vector<Placeholder>& places, std::p
     return static_cast<std::size_t>(std::find(seen.begin(), seen.end(), 0) - seen.begin());
 }
 
+/// A template with the values of its placeholders.
+class Form {
+public:
+    Form(const char16_t* format, int length)
+        : m_text(format, static_cast<std::size_t>(detail::measured(format, length)))
+    {
+        m_places.reserve(8);
+        findPlaceholders(m_text, m_places);
+    }
+
+    /// Asks for the values of the placeholders 0, 1, 2 and so on, in this order.
+    template <class ValueOf>
+    void takeValues(ValueOf valueOf, std::size_t most = SIZE_MAX)
+    {
+        m_values.resize(std::min(countConsecutive(m_places, m_memory), most));
+        for (std::size_t number = 0; number < m_values.size(); ++number)
+            m_values[number] = valueOf(number);
+    }
+
+    /// Valid as long as the form. The template and the values may be in a string that is assigned to.
+    std::u16string_view fill();
+
+private:
+    std::byte m_place[1024];
+    std::pmr::monotonic_buffer_resource m_memory {m_place, sizeof m_place};
+    const std::u16string_view m_text;
+    std::pmr::vector<Placeholder> m_places {&m_memory};
+    std::pmr::vector<std::u16string_view> m_values {&m_memory};
+    std::pmr::u16string m_result {&m_memory};
+};
+
+std::u16string_view Form::fill()
+{
+    std::size_t room = m_text.size();
+    for (const Placeholder& placeholder : m_places)
+        room += placeholder.number < m_values.size() ? m_values[placeholder.number].size() : 0;
+    m_result.reserve(room);
+    std::size_t copied = 0;
+    for (const Placeholder& placeholder : m_places) {
+        if (placeholder.number >= m_values.size())
+            continue;
+        m_result.append(m_text, copied, placeholder.start - copied).append(m_values[placeholder.number]);
+        copied = placeholder.start + placeholder.length;
+    }
+    return m_result.append(m_text, copied);
+}
+
 } // namespace
+
+namespace detail {
+
+void FormatArgument::keep(const String& text)
+{
+    m_kept = text;
+    m_view = m_kept.view();
+}
+
+void FormatArgument::set(std::int64_t number)
+{
+    print(number);
+}
+
+void FormatArgument::set(std::uint64_t number)
+{
+    print(number);
+}
+
+void FormatArgument::set(double number)
+{
+    print(number, std::chars_format::general, SIGNIFICANT);
+}
+
+template <class... Number>
+void FormatArgument::print(Number... number)
+{
+    char digits[ROOM];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number...).ptr;
+    std::copy(static_cast<const char*>(digits), end, m_units);
+    m_view = {m_units, static_cast<std::size_t>(end - digits)};
+}
+
+} // namespace detail
 
 const String& String::format(const char16_t* format, int length, ...)
 {
@@ -107,32 +189,20 @@ const String& String::format(String format, ...)
 
 const String& String::formatv(const char16_t* format, int length, std::va_list arguments)
 {
-    std::byte place[1024];
-    std::pmr::monotonic_buffer_resource memory(place, sizeof place);
-    const std::u16string_view text(format, static_cast<std::size_t>(detail::measured(format, length)));
-    std::pmr::vector<Placeholder> places(&memory);
-    places.reserve(8);
-    findPlaceholders(text, places);
-    std::pmr::vector<std::u16string_view> values(countConsecutive(places, memory), &memory);
-    for (std::u16string_view& value : values) {
-        if (const char16_t* argument = va_arg(arguments, const char16_t*))
-            value = argument;
-    }
+    Form form(format, length);
+    form.takeValues([&](std::size_t) -> std::u16string_view {
+        const char16_t* const argument = va_arg(arguments, const char16_t*);
+        return argument != nullptr ? std::u16string_view(argument) : std::u16string_view();
+    });
+    return *this = form.fill();
+}
 
-    std::pmr::u16string result(&memory); // the template and the arguments may be in this string
-    std::size_t room = text.size();
-    for (const Placeholder& placeholder : places)
-        room += placeholder.number < values.size() ? values[placeholder.number].size() : 0;
-    result.reserve(room);
-    std::size_t copied = 0;
-    for (const Placeholder& placeholder : places) {
-        if (placeholder.number >= values.size())
-            continue;
-        result.append(text, copied, placeholder.start - copied).append(values[placeholder.number]);
-        copied = placeholder.start + placeholder.length;
-    }
-    result.append(text, copied);
-    return *this = std::u16string_view(result);
+const String& String::formatChecked(
+    const char16_t* format, int length, const detail::FormatArgument* arguments, std::size_t count)
+{
+    Form form(format, length);
+    form.takeValues([&](std::size_t number) { return arguments[number].view(); }, count);
+    return *this = form.fill();
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): given
@@ -178,7 +248,7 @@ String String::valueOf(float value)
 
 String String::valueOf(double value)
 {
-    return printed(value, std::chars_format::general, 6);
+    return printed(value, std::chars_format::general, SIGNIFICANT);
 }
 
 String String::valueOf(bool value)

@@ -172,5 +172,53 @@ TEST(NumberBoxes, CompareInTheirOwnType)
     EXPECT_TRUE(same.equals(same));
 }
 
+template <class Box>
+std::string parsed(const char16_t* text)
+{
+    const auto value = Box::tryParse(text);
+    return value ? Box(*value).toString().toUtf8() : "";
+}
+
+TEST(NumberBoxes, AreParsedWholeOrNotAtAll)
+{
+    const struct {
+        const char16_t* text;
+        const char* int8;
+        const char* uint32;
+        const char* int64;
+        const char* real;
+    } cases[] = {
+        {u"0", "0", "0", "0", "0"},
+        {u"-128", "-128", "", "-128", "-128"},
+        {u"128", "", "128", "128", "128"},
+        {u"000000000000000000000000000000000012", "12", "12", "12", "12"},
+        {u"4294967296", "", "", "4294967296", "4.29497e+09"},
+        {u"9223372036854775808", "", "", "", "9.22337e+18"},
+        {u"2.5", "", "", "", "2.5"},
+        {u"1e5", "", "", "", "100000"},
+        {u"1e999", "", "", "", ""},
+        {u"inf", "", "", "", ""},
+        {u"nan", "", "", "", ""},
+        {u"", "", "", "", ""},
+        {u"-", "", "", "", ""},
+        {u"+5", "", "", "", ""},
+        {u" 5", "", "", "", ""},
+        {u"5 ", "", "", "", ""},
+        {u"1,5", "", "", "", ""},
+        {u"1.2.3", "", "", "", ""},
+        {u"0x1", "", "", "", ""},
+        {u"\u0135", "", "", "", ""},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(parsed<Integer8>(row.text), row.int8) << String(row.text);
+        EXPECT_EQ(parsed<UInteger32>(row.text), row.uint32) << String(row.text);
+        EXPECT_EQ(parsed<Integer64>(row.text), row.int64) << String(row.text);
+        EXPECT_EQ(parsed<Double>(row.text), row.real) << String(row.text);
+    }
+    EXPECT_EQ(UInteger8::tryParse(u"fF", 16), 255);
+    EXPECT_EQ(UInteger8::tryParse(std::u16string_view(u"1\0", 2)), std::nullopt);
+    EXPECT_THROW(Integer32::tryParse(u"1", 37), RangeErrorException);
+}
+
 } // namespace
 } // namespace vx

@@ -1,4 +1,7 @@
 #include "tests/Random.h"
+#include "vx/Exception.h"
+#include "vx/NumberBoxes.h"
+#include "vx/Str1.h"
 #include "vx/String.h"
 
 #include <gtest/gtest.h>
@@ -37,6 +40,30 @@ std::u16string filled(std::u16string text, const std::vector<std::u16string>& ar
         scan = at + arguments.at(number).size();
     }
     return text;
+}
+
+TEST(String, FormatsValuesThatTheCompilerChecks)
+{
+    const String text(u"t\0t", 3);
+    const Str1 str1(u"one");
+    const std::string narrow("ü");
+    const Reference<Integer32> box(new Integer32(-7));
+    const Reference<Integer32> none;
+    const Exception object(u"no");
+    const String all = String().format(u"{0}|{1}|{2}|{3}|{4}|{5}|{6}|{7}|{8}", -1, text, str1, narrow, "é", u"x",
+        std::u16string(u"w"), std::u16string_view(u"v"), u8"ä", static_cast<const char16_t*>(nullptr));
+    EXPECT_EQ(all, std::u16string_view(u"t\0t|one|ü|é|x|w|v|ä|", 20));
+    EXPECT_EQ(String().format(u"{0} {1} {2} {3} {4} {5} {6}", -1, true, INT64_MIN, UINT64_MAX, 2.5F, 1e300, 'c', u'd'),
+        u"true -9223372036854775808 18446744073709551615 2.5 1e+300 c d");
+    EXPECT_EQ(String().format(u"{0} {1} {2} {3}", -1, static_cast<signed char>(-1), std::uint8_t {200}, 3L, 4ULL),
+        u"-1 200 3 4");
+    EXPECT_EQ(String().format(u"{0} {1} {2}", box, none, *box), u"-7 null -7");
+    EXPECT_EQ(String().format(u"{0}{1}{2}{0}", -1, 1), u"1{1}{2}1") << "the rest has no argument";
+    EXPECT_EQ(String().format(u"{0}{1}XX", 6, 1, 2), u"12") << "the length ends the template";
+    String self(u"{1} {0}");
+    EXPECT_EQ(self.format(self, self, 5), u"5 {1} {0}");
+    EXPECT_EQ(self.format(String(u"{0}"), self), u"5 {1} {0}");
+    EXPECT_EQ(self.format(std::u16string(u"{0}!"), u"only texts", 0), u"only texts!");
 }
 
 TEST(String, FormatsATemplate)

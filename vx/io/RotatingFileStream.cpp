@@ -10,6 +10,7 @@
 #include "vxsys/Time.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -21,6 +22,13 @@ namespace vx::io {
 namespace {
 
 constexpr std::size_t LEAST_DIGITS = 6;
+
+/// Of a clock that nobody sets.
+std::int64_t milliseconds()
+{
+    using namespace std::chrono;
+    return floor<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
 
 struct OldFile {
     std::int64_t number = 0;
@@ -164,7 +172,7 @@ void RotatingFileStream::follow()
 
 bool RotatingFileStream::isDue(std::int32_t length) const
 {
-    if (m_status.size == 0 || length <= 0 || std::chrono::steady_clock::now() < m_nextTry)
+    if (m_status.size == 0 || length <= 0 || milliseconds() < m_nextTry)
         return false;
     if (m_rotation.mostBytes > 0 && m_status.size + length > m_rotation.mostBytes)
         return true;
@@ -188,8 +196,8 @@ std::int64_t RotatingFileStream::periodOf(std::int64_t seconds) const
 /// Returns the path for `onClosed`, empty for none.
 String RotatingFileStream::rotate()
 {
-    constexpr auto PAUSE = std::chrono::seconds(1);
-    m_nextTry = std::chrono::steady_clock::now() + PAUSE;
+    constexpr std::int64_t PAUSE = 1000;
+    m_nextTry = milliseconds() + PAUSE;
     m_file->flush(); // on behalf of all processes: whoever flushes later has only the new file
     OldFiles old(m_path.view());
     std::vector<OldFile> files = old.get();
@@ -202,7 +210,7 @@ String RotatingFileStream::rotate()
     } while (result == RESULT_ALREADY_EXISTS);
     throwIfFailed(result, u"rename", m_path);
     follow();
-    m_nextTry = {};
+    m_nextTry = 0;
 
     const String before = files.empty() ? String() : files.back().path;
     files.push_back({number, path});

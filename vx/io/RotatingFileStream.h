@@ -7,7 +7,6 @@
 #include "vx/sync/Mutex.h"
 #include "vxsys/File.h"
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 
@@ -78,7 +77,7 @@ private:
     sync::Mutex m_lock;
     const Reference<FileOutputStream> m_file;
     VXFileStatus m_status VX_GUARDED_BY(m_lock) {}; ///< of the file, when the semaphore was taken
-    std::chrono::steady_clock::time_point m_nextTry VX_GUARDED_BY(m_lock); ///< of a rotation that failed
+    std::int64_t m_nextTry VX_GUARDED_BY(m_lock) = 0; ///< of a rotation that failed, in milliseconds of a clock
 };
 
 } // namespace vx::io

@@ -325,6 +325,61 @@ bool BigDecimal::divideFew(const BigDecimal& divisor, std::int64_t upperScale, i
     return true;
 }
 
+void BigDecimal::divide(const BigDecimal& divisor, int scale, RoundingMode mode)
+{
+    BigDecimal upper(*this);
+    BigDecimal lower(divisor);
+    const std::int64_t upperScale = std::int64_t {divisor.m_scale} + scale;
+    if (upperScale < m_scale)
+        lower.setScale(checkedScale(std::int64_t {m_scale} - scale));
+    else
+        upper.setScale(checkedScale(upperScale));
+    const bool negative = isNegative() != divisor.isNegative();
+    BigInteger rest;
+    upper.m_unscaled.divide(lower.m_unscaled, rest);
+    if (!rest.isZero()) {
+        lower.m_unscaled.abs();
+        round(upper.m_unscaled, rest, lower.m_unscaled, negative, mode);
+    }
+    m_unscaled = std::move(upper.m_unscaled);
+    m_scale = scale;
+}
+
+void BigDecimal::round(
+    BigInteger& quotient, BigInteger& rest, const BigInteger& divisor, bool negative, RoundingMode mode)
+{
+    rest.add(rest);
+    const int half = rest.compareTo(divisor); // the rest beside half of the divisor
+    const bool isOdd = !quotient.isZero() && (quotient.getData()[0] & 1) != 0;
+    const bool isUp = mode == RoundingMode::UP || (mode == RoundingMode::CEILING && !negative)
+        || (mode == RoundingMode::FLOOR && negative) || (mode == RoundingMode::HALF_UP && half >= 0)
+        || (mode == RoundingMode::HALF_DOWN && half > 0)
+        || (mode == RoundingMode::HALF_EVEN && (half > 0 || (half == 0 && isOdd)));
+    if (isUp)
+        quotient.add(BigInteger(negative ? -1 : 1));
+}
+
+void BigDecimal::setScale(int scale, RoundingMode mode)
+{
+    const std::int64_t fewer = std::int64_t {m_scale} - scale;
+    if (fewer <= 0 || sign() == 0)
+        return setScale(scale);
+    BigInteger quotient;
+    if (fewer > m_unscaled.getBitCount() / 3) { // the number is less than half of the power of ten
+        BigInteger rest(1);
+        round(quotient, rest, BigInteger(3), isNegative(), mode);
+    } else {
+        const BigInteger divisor = powerOfTen(fewer);
+        BigInteger rest;
+        quotient = m_unscaled;
+        quotient.divide(divisor, rest);
+        if (!rest.isZero())
+            round(quotient, rest, divisor, isNegative(), mode);
+    }
+    m_unscaled = std::move(quotient);
+    m_scale = scale;
+}
+
 void BigDecimal::setScale(int scale)
 {
     const std::int64_t difference = std::int64_t {scale} - m_scale;

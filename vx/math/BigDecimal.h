@@ -3,8 +3,21 @@
 #include "vx/math/BigInteger.h"
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 namespace vx::math {
+
+/// Which of the two nearest numbers takes the place of one that has too many digits.
+enum class RoundingMode {
+    UP, ///< the one away from zero
+    DOWN, ///< the one toward zero
+    CEILING, ///< the greater one
+    FLOOR, ///< the smaller one
+    HALF_UP, ///< the nearest; of two that are equally near, the one away from zero
+    HALF_DOWN, ///< the nearest; of two that are equally near, the one toward zero
+    HALF_EVEN ///< the nearest; of two that are equally near, the one whose last digit is even
+};
 
 /// A decimal number of any size, which every operation changes in place: an unscaled integer, and the scale, the number
 /// of its digits after the point. 1.50 and 1.5 are equal and print differently. A negative scale stands for zeros in
@@ -32,6 +45,9 @@ public:
     explicit BigDecimal(float value);
     explicit BigDecimal(double value);
     ~BigDecimal() noexcept override;
+
+    /// Digits, with or without a minus sign before them and a fraction after them: "-12", "0.50". Nothing for any other text.
+    static std::optional<BigDecimal> tryParse(std::u16string_view text);
 
     BigDecimal& operator=(const BigDecimal& other);
     BigDecimal& operator=(BigDecimal&& other) noexcept;
@@ -67,8 +83,10 @@ public:
     void multiply(const BigDecimal& other);
     /// The result has exactly `scale`, rounded half away from zero. Throws Exception with "Divide by zero.".
     void divide(const BigDecimal& divisor, int scale);
+    void divide(const BigDecimal& divisor, int scale, RoundingMode mode);
     /// A smaller scale truncates; nothing is rounded.
     void setScale(int scale);
+    void setScale(int scale, RoundingMode mode);
     void negate();
     /// The unscaled value without its sign: not the absolute value of a number that has a scale.
     BigInteger abs() const;
@@ -88,6 +106,9 @@ private:
 
     template <class Integer>
     BigDecimal& setInteger(Integer value);
+    /// Increments the magnitude of a quotient if `mode` asks for that. `rest` is not 0.
+    static void round(
+        BigInteger& quotient, BigInteger& rest, const BigInteger& divisor, bool negative, RoundingMode mode);
     /// Adds with that sign, after both have been brought to the larger scale.
     void combine(const BigDecimal& other, bool otherNegative);
     /// `divide` for few digits, without an allocation for the intermediate results. False if there are too many.

@@ -71,6 +71,23 @@ String BigDecimal::toString() const
     return text;
 }
 
+std::optional<BigDecimal> BigDecimal::tryParse(std::u16string_view text)
+{
+    const auto skipDigits
+        = [text](std::size_t from) { return std::min(text.find_first_not_of(u"0123456789", from), text.size()); };
+    const std::size_t first = text.starts_with(u'-') ? 1 : 0;
+    std::size_t end = skipDigits(first);
+    if (end == first)
+        return {};
+    if (end < text.size() && text[end] == u'.') {
+        const std::size_t fraction = end + 1;
+        end = skipDigits(fraction);
+        if (end == fraction)
+            return {};
+    }
+    return end == text.size() ? std::optional(BigDecimal(String(text))) : std::nullopt;
+}
+
 void BigDecimal::parseDecimal(const String& text)
 {
     const int point = text.indexOf(u'.');

@@ -5,7 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string_view>
 
 namespace vx::math {
 
@@ -37,6 +39,10 @@ public:
     /// end, and VXStrToLW gives the value of each group.
     BigInteger(const String& text, int radix);
     ~BigInteger() noexcept override;
+
+    /// Digits of `radix`, with or without a minus sign before them. Nothing for any other text. A `radix` that is not 2 to 36
+    /// throws RangeErrorException.
+    static std::optional<BigInteger> tryParse(std::u16string_view text, int radix = 10);
 
     /// Both keep the storage if it is large enough. After a move the source is zero.
     BigInteger& operator=(const BigInteger& other);

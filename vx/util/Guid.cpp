@@ -5,6 +5,7 @@
 #include <iterator>
 #include <memory>
 #include <new>
+#include <ostream>
 
 namespace vx::util {
 
@@ -27,6 +28,11 @@ String Guid::toString() const
     char16_t text[39];
     throwIfFailed(VXComStringFromGUID(&m_guid, text, std::size(text)));
     return {text, static_cast<int>(std::size(text)) - 1};
+}
+
+std::ostream& operator<<(std::ostream& stream, const Guid& guid)
+{
+    return stream << guid.toString();
 }
 
 } // namespace vx::util

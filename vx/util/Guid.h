@@ -4,6 +4,7 @@
 #include "vxsys/Component.h"
 
 #include <compare>
+#include <iosfwd>
 
 namespace vx::util {
 
@@ -54,5 +55,8 @@ private:
 };
 
 static_assert(sizeof(Guid) == sizeof(_GUID));
+
+/// Writes the text form.
+VX_API std::ostream& operator<<(std::ostream& stream, const Guid& guid);
 
 } // namespace vx::util

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "vx/Exception.h"
+#include "vx/Object.h"
+#include "vx/String.h"
+
+#include <concepts>
+#include <cstddef>
+#include <iosfwd>
+#include <type_traits>
+#include <version>
+#if defined(__cpp_lib_format)
+#include <format>
+#include <string>
+#endif
+
+// What objects of the library share with values of the standard library: output to streams, formatters and a literal.
+
+namespace vx {
+
+namespace detail {
+
+/// An object with a text of its own, and no other way to a stream.
+template <class T>
+concept PrintedByText = std::derived_from<T, Object> && !std::derived_from<T,
+                            String> && !std::derived_from<T, Exception> && !std::is_convertible_v<const T&, double>;
+
+} // namespace detail
+
+/// Writes what `toString` gives, in UTF-8.
+template <detail::PrintedByText T>
+std::ostream& operator<<(std::ostream& stream, const T& value)
+{
+    return stream << static_cast<const Object&>(value).toString();
+}
+
+} // namespace vx
+
+namespace vx {
+
+inline namespace literals {
+
+/// `u"text"_vs`
+inline String operator""_vs(const char16_t* text, std::size_t length)
+{
+    return String(text, static_cast<int>(length));
+}
+} // namespace literals
+
+} // namespace vx
+
+#if defined(__cpp_lib_format)
+/// With the options of a text: `std::format("{:>20}", number)`.
+template <vx::detail::PrintedByText T>
+struct std::formatter<T> : std::formatter<std::string> {
+    auto format(const T& value, std::format_context& context) const
+    {
+        return std::formatter<std::string>::format(static_cast<const vx::Object&>(value).toString().toUtf8(), context);
+    }
+};
+#endif
