@@ -72,6 +72,7 @@
 #include "vx/exec/IRunnable.h"
 #include "vx/exec/Process.h"
 #include "vx/exec/SharedLibrary.h"
+#include "vx/exec/Task.h"
 #include "vx/exec/Thread.h"
 #include "vx/i18n/ComStringBundle.h"
 #include "vx/i18n/IVXLocale.h"

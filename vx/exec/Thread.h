@@ -3,9 +3,11 @@
 #include "vx/Reference.h"
 #include "vx/String.h"
 #include "vx/exec/IRunnable.h"
+#include "vx/exec/detail/Callable.h"
 #include "vxsys/Thread.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace vx::exec {
 
@@ -28,6 +30,15 @@ public:
     /// Adds a reference to `runnable`. The name is a label for diagnostics, empty if none is given.
     explicit Thread(IRunnable* runnable);
     Thread(IRunnable* runnable, const String& name);
+    /// Calls `callable` with copies of the arguments, once: the thread is started once. `join` returns null.
+    template <class Callable, class... Arguments>
+    requires detail::Work<Callable, Arguments...>
+    explicit Thread(Callable&& callable, Arguments&&... arguments)
+        : Thread(Reference<IRunnable>(
+            detail::makeRunnable(std::forward<Callable>(callable), std::forward<Arguments>(arguments)...))
+                     .get())
+    {
+    }
     /// The same runnable, name and stack size; not started.
     Thread(const Thread& other);
     Thread& operator=(const Thread&) = delete;

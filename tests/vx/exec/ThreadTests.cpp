@@ -1,23 +1,28 @@
 #include "vx/Exceptions.h"
+#include "vx/exec/Task.h"
 #include "vx/exec/Thread.h"
 #include "vx/sync/Semaphore.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 #include <pthread.h>
+#include <string>
+#include <utility>
 
 namespace vx::exec {
 namespace {
 
-class Task final : public Object, public IRunnable {
+class Work final : public Object, public IRunnable {
 public:
-    explicit Task(std::function<void*()> work, sync::Semaphore* destroyed = nullptr)
+    explicit Work(std::function<void*()> work, sync::Semaphore* destroyed = nullptr)
         : m_work(std::move(work))
         , m_destroyed(destroyed)
     {
     }
-    ~Task() noexcept override
+    ~Work() noexcept override
     {
         if (m_destroyed != nullptr)
             m_destroyed->signal();
@@ -36,7 +41,7 @@ TEST(Thread, RunsAndIsJoinedAndRunsAgain)
     EXPECT_THROW(Thread(nullptr).start(), IllegalStateException);
     int runs = 0, exit = 0;
     unsigned int idInside = 0;
-    Reference<Task> task(new Task([&]() -> void* {
+    Reference<Work> task(new Work([&]() -> void* {
         idInside = Thread::getCurrentID();
         if (++runs == 2)
             throw 7;
@@ -66,7 +71,7 @@ TEST(Thread, LeavesTheRunnableToTheRunningThread)
 {
     sync::Semaphore mayEnd(0), destroyed(0);
     {
-        Thread thread(new Task(
+        Thread thread(new Work(
             [&]() -> void* {
                 mayEnd.wait();
                 return nullptr;
@@ -82,7 +87,7 @@ TEST(Thread, LeavesTheRunnableToTheRunningThread)
 TEST(Thread, GivesTheStackThatWasAskedFor)
 {
     std::size_t size = 0;
-    Reference<Task> task(new Task([&]() -> void* {
+    Reference<Work> task(new Work([&]() -> void* {
         pthread_attr_t attributes;
         EXPECT_EQ(::pthread_getattr_np(::pthread_self(), &attributes), 0);
         void* address = nullptr;
@@ -97,6 +102,56 @@ TEST(Thread, GivesTheStackThatWasAskedFor)
         thread.join();
         EXPECT_NEAR(static_cast<double>(size), wished, 64 * 1024);
     }
+}
+
+TEST(Thread, RunsAnyCallable)
+{
+    int sum = 0;
+    Thread thread([](int& target, int first, const std::string& second) { target = first + std::stoi(second); },
+        std::ref(sum), 40, "2");
+    thread.start();
+    EXPECT_EQ(thread.join(), nullptr);
+    EXPECT_EQ(sum, 42);
+    Reference<Work> work(new Work([&]() -> void* { return &sum; }));
+    Thread ofRunnable(work.get()); // which is no callable
+    ofRunnable.start();
+    EXPECT_EQ(ofRunnable.join(), &sum);
+}
+
+TEST(Task, CarriesTheResultOrTheException)
+{
+    auto owned = std::make_unique<int>(5);
+    Task<std::unique_ptr<int>> moved = runAsync(
+        [](std::unique_ptr<int> number) {
+            ++*number;
+            return number;
+        },
+        std::move(owned));
+    EXPECT_EQ(*moved.get(), 6);
+    EXPECT_THROW(moved.get(), IllegalStateException) << "the result was taken";
+
+    Task<void> failing = runAsync([] { throw RangeErrorException(u"too far"); });
+    EXPECT_TRUE(failing.wait());
+    EXPECT_THROW(failing.get(), RangeErrorException);
+    Task<int> ended = runAsync([]() -> int { ::pthread_exit(nullptr); });
+    EXPECT_THROW(ended.get(), IllegalStateException);
+
+    sync::Semaphore permit, started;
+    std::atomic<bool> isDone = false;
+    {
+        Task<void> task = runAsync([&] {
+            started.signal();
+            permit.wait();
+            isDone = true;
+        });
+        started.wait();
+        EXPECT_FALSE(task.wait(0));
+        Task<void> other = std::move(task);
+        EXPECT_THROW(task.wait(), IllegalStateException); // NOLINT(bugprone-use-after-move)
+        permit.signal();
+        task = std::move(other);
+    }
+    EXPECT_TRUE(isDone) << "the handle waits for the work";
 }
 
 } // namespace

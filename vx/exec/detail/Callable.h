@@ -1,0 +1,71 @@
+#pragma once
+
+#include "vx/Object.h"
+#include "vx/exec/IRunnable.h"
+
+#include <concepts>
+#include <functional>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace vx::exec::detail {
+
+template <class Callable, class... Arguments>
+concept Work
+    = std::invocable<std::decay_t<Callable>, std::decay_t<Arguments>...> && !std::convertible_to<Callable, IRunnable*>;
+
+/// A callable with copies of its arguments, as `std::thread` keeps them: `std::ref` keeps a reference.
+template <class Callable, class... Arguments>
+class BoundCall {
+public:
+    template <class SomeCallable, class... SomeArguments>
+    explicit BoundCall(SomeCallable&& callable, SomeArguments&&... arguments)
+        : m_parts(std::forward<SomeCallable>(callable), std::forward<SomeArguments>(arguments)...)
+    {
+    }
+
+    /// Once: the parts are moved from.
+    decltype(auto) operator()()
+    {
+        return std::apply(
+            [](auto&&... parts) -> decltype(auto) { return std::invoke(std::move(parts)...); }, std::move(m_parts));
+    }
+
+private:
+    std::tuple<Callable, Arguments...> m_parts;
+};
+
+template <class Callable, class... Arguments>
+BoundCall(Callable&&, Arguments&&...) -> BoundCall<std::decay_t<Callable>, std::decay_t<Arguments>...>;
+
+/// The work of a thread that is made of a callable.
+template <class Call>
+class CallRunnable final : public Object, public IRunnable {
+public:
+    explicit CallRunnable(Call call)
+        : m_call(std::move(call))
+    {
+    }
+
+    VX_OBJECT_UNKNOWN(Object)
+
+    // IRunnable
+    void* run() override
+    {
+        static_cast<void>(m_call());
+        return nullptr;
+    }
+
+private:
+    Call m_call;
+};
+
+template <class Callable, class... Arguments>
+IRunnable* makeRunnable(Callable&& callable, Arguments&&... arguments)
+{
+    using Call = BoundCall<std::decay_t<Callable>, std::decay_t<Arguments>...>;
+    return new CallRunnable<Call>(Call(std::forward<Callable>(callable), std::forward<Arguments>(arguments)...));
+}
+
+} // namespace vx::exec::detail
