@@ -2,6 +2,7 @@
 """Tests the program in the variable VXLOG from outside. Documents are read by Python's XML parser."""
 
 import functools
+import json
 import os
 import re
 import resource
@@ -17,7 +18,8 @@ import tool
 
 WRONG_COMMAND_LINES = [
     (["--no-such"], "--no-such"), (["-l", "high"], "high"), (["-l"], "-l"), (["--async", "0"], "--async"),
-    (["--format", "json"], "json"), (["--fields", "text,colour"], "colour"), (["--fields", ""], "--fields"),
+    (["--format", "yaml"], "yaml"), (["--rotate-size", "1"], "--file"), (["-f", "x", "--keep", "0"], "--keep"),
+    (["-f", "x", "--format", "xml", "--rotate-every", "day"], "--format xml"), (["--time", "iso"], "iso"), (["--fields", "text,colour"], "colour"), (["--fields", ""], "--fields"),
     (["--escape"], "--escape"), (["a", "b"], "b"), (["-f", ""], "empty"), (["--to", "http://localhost"], "http://localhost"),
     (["--f", "x"], "--file, --format, --fields"), (["--help=x"], "--help"),
     (["--to", "vxlog:localhost"], "vxlog:localhost"), (["--to", ""], "--to"), (["--to", "vxlog://localhost:0"], ":0"),
@@ -62,7 +64,34 @@ class Entries(tool.Scratch):
         result = vxlog("--fields", "thread,timestamp", data=b"x\n", env={"LC_ALL": "C"})
         entry = tool.entries_of(result.stdout.decode())[0]
         self.assertGreater(int(entry["thread"]), 0)
-        self.assertIn(entry["timestamp"][:8], {time.strftime("%m/%d/%y", t) for t in (before, time.localtime())})
+        for arguments, form in [
+            ([], "%Y-%m-%dT"), (["--time", "utc"], "%Y-%m-%dT"), (["--time", "locale"], "%m/%d/%y "),
+        ]:
+            with self.subTest(arguments=arguments):
+                run = vxlog("--fields", "timestamp", *arguments, data=b"x\n", env={"LC_ALL": "C", "TZ": "EAST-5:30"})
+                stamp = tool.entries_of(run.stdout.decode())[0]["timestamp"]
+                now = time.time()
+                ahead = 0 if "utc" in arguments else 5.5 * 3600
+                days = {time.strftime(form, time.gmtime(t + ahead)) for t in (time.mktime(before), now)}
+                self.assertIn(stamp[:len("2026-11-19T") if form[1] == "Y" else 9], days)
+                self.assertRegex(stamp, {"utc": r"\.\d{3}Z$", "locale": r"^[\d/ :]+$"}.get(
+                    (arguments or [""])[-1], r"\.\d{3}\+05:30$"))
+
+    def test_writes_json_and_begins_new_files(self):
+        lines = [f"line {number} \"x\"\t\u2028 😀" for number in range(200)]
+        result = vxlog("-f", self.log, "--format", "json", "-n", "me", "--rotate-size", "2000", "--keep", "3",
+                       data="\n".join(lines).encode())
+        self.assertSucceeds(result)
+        files = sorted(name for name in os.listdir(self.path("")) if name.startswith("log."))
+        self.assertEqual(len(files), 3)
+        entries = []
+        for name in [*files, os.path.basename(self.log)]:
+            with open(self.path(name), encoding="utf-8") as file:
+                content = file.read()
+                self.assertLessEqual(len(content.encode()), 2000)
+                entries += [json.loads(line) for line in content.splitlines()]
+        self.assertEqual(entries, [{"level": 0, "name": "me", "text": text} for text in lines[-len(entries):]])
+        self.assertGreater(len(entries), 60)
 
     def test_appends_and_reads_files(self):
         self.write("in", b"one\ntwo\n")
@@ -136,7 +165,7 @@ class Faults(tool.Scratch):
             eval "$($VXLOG --completion=bash)"
             COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _vxlog; printf '%s\\n' "${COMPREPLY[@]}" """
         self.write("a file", b"")
-        for words, expected in [(["--es"], ["--escape"]), (["--fo"], ["--format="]), (["--format", "="], ["basic", "xml"]),
+        for words, expected in [(["--es"], ["--escape"]), (["--fo"], ["--format="]), (["--format", "="], ["basic", "json", "xml"]),
                                 (["--format", "=", "x"], ["xml"]), (["--file", "a"], ["a file"]), (["a"], ["a file"]),
                                 (["--level", "a"], [""])]:
             run = subprocess.run(["bash", "-c", complete, "vxlog", "vxlog", *words], cwd=self.folder, check=True,

@@ -4,6 +4,7 @@
 import collections
 import contextlib
 import functools
+import json
 import os
 import signal
 import socket
@@ -95,7 +96,7 @@ class Lines(Served):
         self.assertEqual([entry["level"] for entry in entries], ["3"] * 4 + ["7"] * 2)
         self.assertEqual([entry["sequence"] for entry in entries], [str(number) for number in range(1, 7)])
         self.assertEqual(entries[0]["peer"], "%s:%s" % client.socket.getsockname() if client.socket.fileno() >= 0 else "")
-        self.assertRegex(entries[0]["timestamp"], r"^\d{14}\.\d{3}$")
+        self.assertRegex(entries[0]["timestamp"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}(Z|[-+]\d\d:\d\d)$")
         self.assertEqual(self.stop(), 0)
         self.assertEqual(self.said(), "")
 
@@ -119,6 +120,19 @@ class Lines(Served):
         for host in hosts:
             self.client("ack=1", host).send(host.encode() + b"\n").hear("ack 1\n")
         self.assertEqual(self.texts(), hosts)
+
+    def test_are_objects_of_json_in_files_of_limited_size(self):
+        self.start("--format=json", "--rotate-size=1000")
+        lines = [f"line {number} \"x\" 😀" for number in range(50)]
+        self.client("ack=1").send(("\n".join(lines) + "\n").encode()).hear("ack 50\n")
+        names = sorted(name for name in os.listdir(self.path("")) if name.startswith(os.path.basename(self.log) + "."))
+        self.assertGreater(len(names), 3)
+        entries = []
+        for name in [*names, os.path.basename(self.log)]:
+            with open(self.path(name), encoding="utf-8") as file:
+                entries += [json.loads(line) for line in file]
+        self.assertEqual([entry["text"] for entry in entries], lines)
+        self.assertEqual([entry["sequence"] for entry in entries], list(range(1, 51)))
 
     def test_are_kept_in_other_encodings(self):
         self.start("--encoding=UTF-16LE")

@@ -14,12 +14,18 @@
 #include <vx/io/EntryStream.h>
 #include <vx/io/FileOutputStream.h>
 #include <vx/io/OutputStreamWriter.h>
+#include <vx/io/RotatingFileStream.h>
 #include <vx/log/AsyncProcessor.h>
 #include <vx/log/BasicLogWriter.h>
+#include <vx/log/JsonLogWriter.h>
 #include <vx/log/Logger.h>
 #include <vx/log/MultiProcessor.h>
 #include <vx/log/XmlLogWriter.h>
 #include <vx/text/charset/CharsetException.h>
+
+#include <atomic>
+#include <iostream>
+#include <memory>
 
 namespace vxlog {
 
@@ -31,8 +37,19 @@ namespace {
 /// The size of each buffer, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
+/// A rotation that fails is told once: the entries are in the file nevertheless.
+io::Rotation rotationOf(const Options& options)
+{
+    io::Rotation rotation = options.rotation;
+    rotation.onFailure = [isTold = std::make_shared<std::atomic<bool>>(false)](const Exception& failure) {
+        if (!isTold->exchange(true))
+            std::cerr << "vxlog: " << textOf(failure) << std::endl;
+    };
+    return rotation;
+}
+
 /// The destination of the log.
-Reference<io::FileOutputStream> openFile(const Options& options)
+Reference<io::OutputStream> openFile(const Options& options)
 {
     constexpr std::uint32_t STANDARD_OUTPUT = 1;
     if (options.file == "-")
@@ -42,6 +59,8 @@ Reference<io::FileOutputStream> openFile(const Options& options)
     Reference<io::FileOutputStream> file;
     std::int64_t size = 0;
     try {
+        if (rotates(options))
+            return new io::RotatingFileStream(path, rotationOf(options));
         file = new io::FileOutputStream(path, io::FileOutputStream::APPEND);
         size = file->getSize();
     } catch (const Exception& failure) {
@@ -52,12 +71,14 @@ Reference<io::FileOutputStream> openFile(const Options& options)
     return file;
 }
 
-Reference<log::ILogProcessor> createWriter(const Options& options, const Text& name, io::FileOutputStream* file)
+Reference<log::ILogProcessor> createWriter(const Options& options, const Text& name, io::OutputStream* file)
 {
     const Reference<io::Writer> writer(
         new io::OutputStreamWriter(new io::EntryStream(file, false), u"UTF-8", BLOCK_SIZE));
     if (options.format == Options::Format::BASIC)
         return log::BasicLogWriter::create(writer.get());
+    if (options.format == Options::Format::JSON)
+        return log::JsonLogWriter::create(writer.get());
     using Values = log::XmlLogWriter::Values;
     const Reference<log::ILogProcessor> document
         = log::XmlLogWriter::create(writer.get(), options.escape ? Values::ESCAPED : Values::AS_THEY_ARE);
@@ -74,6 +95,7 @@ Reference<log::Logger> createLogger(const Options& options)
     const Reference<log::Logger> logger
         = options.name ? log::Logger::create(String(*options.name)) : log::Logger::create();
     logger->setDefaultLevel(options.level);
+    logger->setTimes(options.times);
     if (options.fields) {
         for (const char16_t* field : {u"level", u"text", u"name"})
             logger->enableField(field, false);
@@ -144,7 +166,7 @@ void log(const Options& options)
     }
     catchEndingSignals();
     const Text name = options.file == "-" ? STANDARD_OUTPUT() : Text(options.file);
-    const Reference<io::FileOutputStream> file = openFile(options);
+    const Reference<io::OutputStream> file = openFile(options);
     const Reference<Target> target(new Target(createWriter(options, name, file.get())));
     const Reference<log::Logger> logger = createLogger(options);
     Reference<log::AsyncProcessor> queue;

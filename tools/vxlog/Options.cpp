@@ -18,6 +18,9 @@ using vx::util::ParsedOptions;
 
 namespace {
 
+using Times = vx::log::Logger::Times;
+using Every = vx::io::Rotation::Every;
+
 constexpr const char* FIELDS[] = {"sequence", "thread", "name", "timestamp", "level", "text"};
 constexpr int MOST_WORKERS = 64;
 
@@ -57,8 +60,9 @@ const OptionTable& optionTable()
                 .help = "append to FILE, made when missing (standard output)",
                 .takes = OptionRow::Takes::FILES},
             {.name = "format",
-                .value = "basic|xml",
+                .value = "basic|json|xml",
                 .help = "basic: lines \"name=value\", a line of hyphens (basic);\n"
+                        "json: an object on one line;\n"
                         "xml: a document of its own, in a new or empty FILE"},
             {.name = "escape", .help = "in xml: markup in a line is text; otherwise it stays markup"},
             {.name = "level", .letter = 'l', .value = "N", .help = "the level of each entry (0)"},
@@ -67,6 +71,18 @@ const OptionTable& optionTable()
                 .value = "LIST",
                 .help = "the fields of each entry: some of sequence,thread,name,timestamp,level,text (level,text, and "
                         "name with --name)"},
+            {.name = "time",
+                .value = "rfc3339|utc|locale",
+                .help = "how a timestamp is written: as 2026-11-19T02:58:01.123+01:00 (rfc3339), in UTC, or as LC_TIME "
+                        "has it"},
+            {.name = "rotate-size",
+                .value = "BYTES",
+                .help
+                = "begin a new FILE before it gets larger; the older ones are FILE.000001, FILE.000002 and so on"},
+            {.name = "rotate-every",
+                .value = "hour|day",
+                .help = "begin a new FILE with each hour or day of local time"},
+            {.name = "keep", .value = "N", .help = "keep the N newest of the older files (all)"},
             {.name = "async", .value = "N", .help = "read on while N threads write; above 1 the order is theirs"},
             {.name = "encoding",
                 .letter = 'e',
@@ -112,8 +128,21 @@ Options parseOptions(int argc, char** argv)
         : given.has("completion")    ? Options::Task::COMPLETION
                                      : Options::Task::LOG;
     options.file = given.find("file").value_or(options.file);
-    if (given.find("format") == "xml")
-        options.format = Options::Format::XML;
+    if (const std::optional<std::string> format = given.find("format"))
+        options.format = *format == "xml" ? Options::Format::XML
+            : *format == "json"           ? Options::Format::JSON
+                                          : Options::Format::BASIC;
+    if (const std::optional<std::string> time = given.find("time"))
+        options.times = *time == "utc" ? Times::RFC_3339_UTC
+            : *time == "locale"        ? Times::AS_THE_LOCALE_WRITES
+                                       : Times::RFC_3339;
+    constexpr int LARGEST = std::numeric_limits<int>::max();
+    if (given.has("rotate-size"))
+        options.rotation.mostBytes = numberOf(given, "rotate-size", 1, LARGEST);
+    if (const std::optional<std::string> every = given.find("rotate-every"))
+        options.rotation.every = *every == "hour" ? Every::HOUR : Every::DAY;
+    if (given.has("keep"))
+        options.rotation.keepFiles = numberOf(given, "keep", 1, LARGEST);
     options.escape = given.has("escape");
     if (given.has("level"))
         options.level = numberOf(given, "level", std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
@@ -133,6 +162,8 @@ Options parseOptions(int argc, char** argv)
         throw UsageError(SERVER_DECIDES());
     if (options.to && !options.to->level)
         options.to->level = options.level;
+    if ((rotates(options) || given.has("keep")) && (options.file == "-" || options.format == Options::Format::XML))
+        throw UsageError(NO_ROTATION());
     if (options.escape && options.format != Options::Format::XML)
         throw UsageError(ESCAPE_IS_XML());
     return options;

@@ -3,6 +3,8 @@
 #include "Sender.h"
 #include "common/Messages.h"
 
+#include <vx/io/RotatingFileStream.h>
+#include <vx/log/Logger.h>
 #include <vx/util/OptionTable.h>
 
 #include <optional>
@@ -13,7 +15,7 @@ namespace vxlog {
 
 struct Options {
     enum class Task { LOG, HELP, VERSION, COMPLETION };
-    enum class Format { BASIC, XML };
+    enum class Format { BASIC, XML, JSON };
 
     Task task = Task::LOG;
     std::string file = "-";
@@ -23,11 +25,18 @@ struct Options {
     std::optional<std::string> name;
     std::optional<std::vector<std::string>> fields; ///< none: the logger's default
     int workers = 0; ///< 0: without a queue
+    vx::log::Logger::Times times = vx::log::Logger::Times::RFC_3339;
+    vx::io::Rotation rotation;
     std::string encoding = "UTF-8";
     std::string input = "-";
     std::string shell; ///< that of a completion
     std::optional<Destination> to; ///< send the lines there instead of writing a log
 };
+
+inline bool rotates(const Options& options)
+{
+    return options.rotation.mostBytes > 0 || options.rotation.every != vx::io::Rotation::Every::NEVER;
+}
 
 const vx::util::OptionTable& optionTable();
 

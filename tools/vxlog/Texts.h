@@ -14,6 +14,9 @@ inline constexpr Message EMPTY_FILE_NAME {u"vxlog.empty-file-name", "a file name
 inline constexpr Message SERVER_DECIDES {u"vxlog.server-decides", "with --to the server decides how the log looks"};
 inline constexpr Message ESCAPE_IS_XML {u"vxlog.escape-is-xml", "--escape needs --format xml"};
 
+inline constexpr Message NO_ROTATION {
+    u"vxlog.no-rotation", "a log is rotated only with --file and without --format xml"};
+
 inline constexpr Message NO_DESTINATION {u"vxlog.no-destination", "--to takes vxlog://HOST:PORT, not \"{0}\""};
 inline constexpr Message NO_PORT {u"vxlog.no-port", "--to: no such port in \"{0}\""};
 inline constexpr Message NO_PARAMETER {u"vxlog.no-parameter", "--to: {0} is a number, not \"{1}\""};

@@ -9,13 +9,19 @@
 #include <vx/TerminatedText.h>
 #include <vx/collections/Set.h>
 #include <vx/io/EntryStream.h>
+#include <vx/io/FileOutputStream.h>
 #include <vx/io/OutputStreamWriter.h>
+#include <vx/io/RotatingFileStream.h>
 #include <vx/log/BasicLogWriter.h>
+#include <vx/log/JsonLogWriter.h>
 #include <vx/log/LogEntry.h>
 #include <vx/log/TimeStamp.h>
 #include <vx/log/XmlLogWriter.h>
+#include <vx/log/ZonedTimeStamp.h>
 
+#include <atomic>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -67,13 +73,20 @@ void moveAside(const std::string& path)
     std::filesystem::rename(path, path + "." + vx::log::TimeStamp().toLog().toUtf8());
 }
 
-Reference<vx::io::FileOutputStream> openForAppend(const std::string& path)
+Reference<vx::io::OutputStream> openForAppend(const Settings& settings)
 {
-    const String name = vxtools::canonicalPath(path);
+    const String name = vxtools::canonicalPath(settings.log);
     try {
-        return new vx::io::FileOutputStream(name, vx::io::FileOutputStream::APPEND);
+        if (!rotates(settings))
+            return new vx::io::FileOutputStream(name, vx::io::FileOutputStream::APPEND);
+        vx::io::Rotation rotation = settings.rotation;
+        rotation.onFailure = [isTold = std::make_shared<std::atomic<bool>>(false)](const vx::Exception& failure) {
+            if (!isTold->exchange(true)) // the entries are in the log nevertheless
+                complain("the log cannot be rotated: " + vxtools::textOf(failure));
+        };
+        return new vx::io::RotatingFileStream(name, std::move(rotation));
     } catch (const vx::Exception& failure) {
-        throw vxtools::Failure(path, vxtools::textOf(failure));
+        throw vxtools::Failure(settings.log, vxtools::textOf(failure));
     }
 }
 
@@ -137,12 +150,13 @@ void LogFile::open(const Settings& settings)
 
     if (settings.format == Format::XML)
         moveAside(settings.log);
-    const Reference<vx::io::FileOutputStream> file = openForAppend(settings.log);
+    const Reference<vx::io::OutputStream> file = openForAppend(settings);
     const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false),
         TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
     const Reference<vx::log::ILogProcessor> document = settings.format == Format::XML
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
-        : vx::log::BasicLogWriter::create(writer.get());
+        : settings.format == Format::JSON ? vx::log::JsonLogWriter::create(writer.get())
+                                          : vx::log::BasicLogWriter::create(writer.get());
     try {
         writer->flush(); // so that a failed first entry does not lose the head of the document
     } catch (const vx::Exception& failure) {
@@ -171,7 +185,7 @@ void Intake::submit(const String& peer, int level, const String& text, Receipt r
         set(u"peer", new String(peer));
         set(u"level", new vx::Integer32(level));
         set(u"text", new String(text));
-        set(u"timestamp", new String(vx::log::TimeStamp().toLog()));
+        set(u"timestamp", new vx::log::ZonedTimeStamp);
         const std::lock_guard lock(m_lock);
         set(u"sequence", new vx::Integer64(++m_sequence));
         m_processor->process(entry.get());

@@ -5,7 +5,7 @@
 
 #include <vx/Object.h>
 #include <vx/Reference.h>
-#include <vx/io/FileOutputStream.h>
+#include <vx/io/OutputStream.h>
 #include <vx/log/AsyncProcessor.h>
 #include <vx/log/ILogEntry.h>
 #include <vx/log/ILogProcessor.h>
@@ -38,7 +38,7 @@ private:
     void open(const Settings& settings);
 
     std::mutex m_lock;
-    vx::Reference<vx::io::FileOutputStream> m_file;
+    vx::Reference<vx::io::OutputStream> m_file;
     vx::Reference<vx::log::ILogProcessor> m_writer;
     bool m_syncs = false;
     std::atomic<bool> m_isFailing = false;

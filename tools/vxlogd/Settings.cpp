@@ -51,6 +51,7 @@ struct SettingRow {
 
 constexpr std::size_t MOST_LINE = 1024 * 1024;
 constexpr std::size_t MOST_CONNECTIONS = 100'000;
+constexpr std::int64_t MOST_BYTES = std::int64_t {1} << 50;
 constexpr unsigned int MOST_SECONDS = 7 * 24 * 3600;
 
 constexpr SettingRow SETTINGS[] = {
@@ -68,13 +69,35 @@ constexpr SettingRow SETTINGS[] = {
          .takes = OptionRow::Takes::FILES},
         [](Settings& settings, const std::string& text) { settings.log = nonEmpty(text); }},
     {{.name = "format",
-         .value = "plain|xml",
+         .value = "plain|json|xml",
          .standard = "plain",
-         .help = "an old document is moved aside for a new one"},
+         .help = "json has an object on each line; an old document of xml is moved aside for a new one"},
         [](Settings& settings, const std::string& text) {
-            if (text != "plain" && text != "xml")
-                throw std::invalid_argument("\"" + text + "\" is neither plain nor xml");
-            settings.format = text == "xml" ? Format::XML : Format::PLAIN;
+            if (text != "plain" && text != "xml" && text != "json")
+                throw std::invalid_argument("\"" + text + "\" is none of plain, json and xml");
+            settings.format = text == "xml" ? Format::XML : text == "json" ? Format::JSON : Format::PLAIN;
+        }},
+    {{.name = "rotate-size",
+         .value = "BYTES",
+         .standard = "0",
+         .help
+         = "begin a new log before it gets larger; 0 is never. The older ones are LOG.000001, LOG.000002 and so on"},
+        [](Settings& settings, const std::string& text) {
+            settings.rotation.mostBytes = numberIn<std::int64_t>(text, 0, MOST_BYTES);
+        }},
+    {{.name = "rotate-every",
+         .value = "never|hour|day",
+         .standard = "never",
+         .help = "begin a new log with each hour or day of local time"},
+        [](Settings& settings, const std::string& text) {
+            using Every = vx::io::Rotation::Every;
+            if (text != "never" && text != "hour" && text != "day")
+                throw std::invalid_argument("\"" + text + "\" is none of never, hour and day");
+            settings.rotation.every = text == "hour" ? Every::HOUR : text == "day" ? Every::DAY : Every::NEVER;
+        }},
+    {{.name = "keep", .value = "COUNT", .standard = "0", .help = "how many of the older logs are kept; 0 is all"},
+        [](Settings& settings, const std::string& text) {
+            settings.rotation.keepFiles = numberIn(text, 0, 1'000'000);
         }},
     {{.name = "encoding", .value = "NAME", .standard = "UTF-8", .help = "the encoding of a plain log"},
         [](Settings& settings, const std::string& text) { settings.encoding = nonEmpty(text); }},
@@ -190,6 +213,10 @@ CommandLine readSettings(int argc, char** argv)
     }
     if (line.settings.format == Format::XML && line.settings.encoding != "UTF-8")
         throw std::invalid_argument("an XML log is in UTF-8");
+    if (line.settings.format == Format::JSON && line.settings.encoding != "UTF-8")
+        throw std::invalid_argument("a JSON log is in UTF-8");
+    if (line.settings.format == Format::XML && rotates(line.settings))
+        throw std::invalid_argument("an XML log is one document, which cannot be rotated");
     return line;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vx/io/RotatingFileStream.h>
 #include <vx/util/OptionTable.h>
 
 #include <cstddef>
@@ -7,7 +8,7 @@
 
 namespace vxlogd {
 
-enum class Format { PLAIN, XML };
+enum class Format { PLAIN, XML, JSON };
 
 struct Settings {
     std::string listen = "localhost";
@@ -21,7 +22,13 @@ struct Settings {
     unsigned int idleSeconds = 300;
     std::size_t maxConnections = 1024;
     bool sync = false;
+    vx::io::Rotation rotation;
 };
+
+inline bool rotates(const Settings& settings)
+{
+    return settings.rotation.mostBytes > 0 || settings.rotation.every != vx::io::Rotation::Every::NEVER;
+}
 
 enum class Task { SERVE, HELP, VERSION, COMPLETION };
 
