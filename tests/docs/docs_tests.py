@@ -38,6 +38,14 @@ class Documents(unittest.TestCase):
                     self.assertTrue(program_of(text), f"{document.name}: no program has\n{text}")
         self.assertGreater(seen, 5)
 
+    def test_each_line_beside_the_standard_library_is_compiled(self):
+        source = squeezed((ROOT / "examples/from_the_standard_library.cpp").read_text(encoding="utf-8")).replace("\n", " ")
+        page = (ROOT / "docs/from-the-standard-library.md").read_text(encoding="utf-8")
+        rows = re.findall(r"^\| .* \| `([^`]+)`.*\|$", page, re.MULTILINE)
+        self.assertGreater(len(rows), 40)
+        for code in rows:
+            self.assertIn(code, source)
+
     def test_programs_print_what_the_guide_says(self):
         guide = blocks(ROOT / "docs/guide.md")
         told = set()
