@@ -104,14 +104,20 @@ std::optional<Value> NumberBox<Base, Value>::tryParse(std::u16string_view text, 
     constexpr int SMALLEST = 2, LARGEST = 36;
     if (radix < SMALLEST || radix > LARGEST)
         throw RangeErrorException();
-    return parseWhole<Value>(text, radix);
+    if constexpr (std::integral<Value>) // Clang 14 compiles it for the others as well
+        return parseWhole<Value>(text, radix);
+    return {};
 }
 
 template <class Base, class Value>
 std::optional<Value> NumberBox<Base, Value>::tryParse(std::u16string_view text) requires std::floating_point<Value>
 {
-    const std::optional<Value> value = parseWhole<Value>(text, std::chars_format::general);
-    return value && std::isfinite(*value) ? value : std::nullopt;
+    if constexpr (std::floating_point<Value>) {
+        const std::optional<Value> value = parseWhole<Value>(text, std::chars_format::general);
+        if (value && std::isfinite(*value))
+            return value;
+    }
+    return {};
 }
 
 template <class Base, class Value>

@@ -6,12 +6,10 @@
 #include "vx/math/BigInteger.h"
 
 #include <compare>
-#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <optional>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 
 // Big numbers as values: operators, literals and hashes.
@@ -88,31 +86,37 @@ inline BigDecimal& operator*=(BigDecimal& left, const BigDecimal& right)
     return left;
 }
 
-namespace detail {
-
-template <class T>
-concept BigNumber = std::same_as<T, BigInteger> || std::same_as<T, BigDecimal>;
-
-} // namespace detail
-
-template <detail::BigNumber T>
-T operator-(T number)
+inline BigInteger operator-(BigInteger number)
 {
     number.negate();
     return number;
 }
-template <detail::BigNumber T>
-T operator+(T left, const std::type_identity_t<T>& right)
+inline BigInteger operator+(BigInteger left, const BigInteger& right)
 {
     return std::move(left += right);
 }
-template <detail::BigNumber T>
-T operator-(T left, const std::type_identity_t<T>& right)
+inline BigInteger operator-(BigInteger left, const BigInteger& right)
 {
     return std::move(left -= right);
 }
-template <detail::BigNumber T>
-T operator*(T left, const std::type_identity_t<T>& right)
+inline BigInteger operator*(BigInteger left, const BigInteger& right)
+{
+    return std::move(left *= right);
+}
+inline BigDecimal operator-(BigDecimal number)
+{
+    number.negate();
+    return number;
+}
+inline BigDecimal operator+(BigDecimal left, const BigDecimal& right)
+{
+    return std::move(left += right);
+}
+inline BigDecimal operator-(BigDecimal left, const BigDecimal& right)
+{
+    return std::move(left -= right);
+}
+inline BigDecimal operator*(BigDecimal left, const BigDecimal& right)
 {
     return std::move(left *= right);
 }
