@@ -5,6 +5,9 @@
 #include "vx/collections/ListIterator.h"
 #include "vx/collections/vorb/List.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace vx::collections {
 
 /// As Collection, around a list.
@@ -47,6 +50,27 @@ public:
     virtual Reference<T> set(int index, T* element)
     {
         return detail::fromElement<T>(m_list->set(index, detail::toElement(element)));
+    }
+
+    /// Stable. `less` compares two elements, which are not null.
+    template <class Less>
+    void sort(Less less)
+    {
+        std::vector<Reference<T>> elements;
+        for (const Reference<T>& element : *this)
+            elements.push_back(element);
+        std::stable_sort(elements.begin(), elements.end(),
+            [&less](const Reference<T>& left, const Reference<T>& right) { return less(*left, *right); });
+        const Reference<ListIterator<T>> place = createListIterator(0);
+        for (const Reference<T>& element : elements) {
+            place->next();
+            place->set(element.get());
+        }
+    }
+    /// By `compareTo` of the elements.
+    void sort()
+    {
+        sort([](const T& left, const T& right) { return left.compareTo(right) < 0; });
     }
 
 private:

@@ -1,14 +1,23 @@
 #include "tests/vx/collections/Elements.h"
+#include "vx/Exceptions.h"
 #include "vx/collections/List.h"
 #include "vx/collections/Map.h"
 #include "vx/collections/Set.h"
+#include "vx/collections/ValueCollections.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/LinkedList.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <iterator>
+#include <optional>
+#include <ranges>
 #include <string>
+#include <vector>
 
 namespace vx::collections {
 namespace {
@@ -95,6 +104,67 @@ TEST(TypedMap, PassesOnAndGivesPairs)
     const Reference<List<Set<Item>>> sets(new List<Set<Item>>(new vorb::ArrayList));
     sets->add(keys.get());
     EXPECT_EQ(sets->get(0), keys);
+}
+
+template <class List>
+void expectSortedStably()
+{
+    const Reference<vorb::List> inner(new List);
+    collections::List<Item> list(inner.get());
+    for (const int value : {31, 12, 32, 11, 2})
+        list.add(new Item(value));
+    list.sort([](const Item& left, const Item& right) { return left.getValue() / 10 < right.getValue() / 10; });
+    EXPECT_EQ(textOfAll(list), "2 12 11 31 32 ");
+    list.sort();
+    EXPECT_EQ(textOfAll(list), "2 11 12 31 32 ");
+}
+
+TEST(TypedListsOfBothKinds, AreSortedStably)
+{
+    expectSortedStably<vorb::ArrayList>();
+    expectSortedStably<vorb::LinkedList>();
+}
+
+enum class Colour : std::uint8_t { RED = 1, BLUE = 200 };
+
+static_assert(std::random_access_iterator<ValueList<int>::Iterator>);
+static_assert(std::ranges::random_access_range<ValueList<double>>);
+
+TEST(ValueCollections, HoldPlainValues)
+{
+    ValueList<std::uint64_t> wide {UINT64_MAX, 0, 5};
+    EXPECT_EQ(wide.get(0), UINT64_MAX);
+    wide.sort();
+    EXPECT_EQ(std::vector<std::uint64_t>(wide.begin(), wide.end()), (std::vector<std::uint64_t> {0, 5, UINT64_MAX}));
+    EXPECT_EQ(*(wide.end() - 1) - wide.begin()[1], UINT64_MAX - 5);
+    wide.set(0, 7);
+    EXPECT_EQ(wide.indexOf(7) + 10 * wide.indexOf(6), -10);
+    EXPECT_EQ(wide.remove(1), 5U);
+    EXPECT_THROW(wide.get(2), RangeErrorException);
+
+    ValueList<Colour> colours {Colour::BLUE, Colour::RED};
+    EXPECT_EQ(std::ranges::find(colours, Colour::RED) - colours.begin(), 1);
+    ValueList<double> reals {2.5, -1e300};
+    reals.sort(std::greater<>());
+    EXPECT_EQ(reals.get(1), -1e300);
+    ValueList<std::u16string> texts {u"b", u"", u"a"};
+    texts.sort();
+    EXPECT_EQ(std::vector<std::u16string>(texts.begin() + 1, texts.end()), (std::vector<std::u16string> {u"a", u"b"}));
+    ValueList<bool> flags {true, false};
+    EXPECT_TRUE(flags.get(0) && !flags.get(1));
+
+    ValueMap<std::u16string, std::uint32_t> ages {{u"Ada", 36}, {u"Ole", UINT32_MAX}};
+    ages.put(u"Ada", 37);
+    EXPECT_EQ(ages.get(u"Ada"), 37U);
+    EXPECT_EQ(ages.get(u"Ole"), UINT32_MAX);
+    EXPECT_EQ(ages.get(u"ada"), std::nullopt);
+    std::uint64_t sum = 0;
+    ages.forEach([&sum](const std::u16string& name, std::uint32_t age) { sum += name.size() * age; });
+    EXPECT_EQ(sum, 3 * (37 + std::uint64_t {UINT32_MAX}));
+    EXPECT_EQ(ages.remove(u"Ole"), UINT32_MAX);
+    EXPECT_EQ(ages.remove(u"Ole"), std::nullopt);
+    ValueMap<Colour, double> shades {{Colour::RED, 0.5}};
+    EXPECT_TRUE(shades.containsKey(Colour::RED) && !shades.containsKey(Colour::BLUE) && shades.getSize() == 1);
 }
 
 } // namespace
