@@ -21,7 +21,7 @@ namespace vx::log {
 
 namespace {
 
-/// Waits for `condition` until the deadline. False: it passed. The wait may also end early.
+/// Waits for `condition` until the deadline. Returns false if it has passed. The wait may also end early.
 bool waitUntil(sync::Condition& condition, const vxsys::detail::Deadline& end) VX_REQUIRES(condition)
 {
     const std::uint32_t left = end.millisecondsLeft();
@@ -36,7 +36,7 @@ bool waitUntil(sync::Condition& condition, const vxsys::detail::Deadline& end) V
     return true;
 }
 
-/// Notes for its thread which processor's entries it passes on.
+/// Stores for the present thread whose entries it passes to a target.
 class Working {
 public:
     explicit Working(const AsyncProcessorImpl* impl) noexcept
@@ -85,7 +85,7 @@ public:
 private:
     /// A caller that waits for the end of the work.
     class Waiter;
-    /// Counts a worker as ended, however it ends.
+    /// Counts the end of a worker, whatever caused it.
     class WorkerEnd;
 
     void startWorker();
@@ -98,11 +98,11 @@ private:
     void dropOldest();
 
     enum class Outcome { PROCESSED, REFUSED };
-    /// Passes the entry to the target, several times if needed. The last exception is given to `onFailure`, or is thrown
-    /// if there is no such function.
+    /// Passes the entry to the target, several times if needed. The last exception is passed to `onFailure`, or is
+    /// thrown if there is no such function.
     void handOver(const ILogEntry* entry);
     Outcome tryOnce(const ILogEntry* entry, std::exception_ptr& failure);
-    /// Returns early when the processor is being destroyed.
+    /// Returns early if the processor is being destroyed.
     void pause(std::uint32_t milliseconds);
     void report(const ILogEntry* entry, const std::exception_ptr& failure);
     void closeOne();
@@ -113,15 +113,15 @@ private:
     const Reference<ILogProcessor> m_target;
     const AsyncOptions m_options;
     const Failures m_failures;
-    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< of the thread that made the processor
+    std::vector<VXThreadHandle, vxsys::Allocator<VXThreadHandle>> m_threads; ///< used only by the owner's thread
 
     detail::EntryQueue m_queue;
-    std::atomic<std::int64_t> m_closed {0}; ///< entries of the queue that the target is done with, or that were dropped
+    std::atomic<std::int64_t> m_closed {0}; ///< entries that were in the queue and are processed or dropped
     std::atomic<std::int64_t> m_processed {0};
     std::atomic<std::int64_t> m_failed {0};
-    std::atomic<std::int64_t> m_droppedNewest {0}; ///< which never were in the queue
+    std::atomic<std::int64_t> m_droppedNewest {0}; ///< entries that were never in the queue
     std::atomic<std::int64_t> m_droppedOldest {0};
-    std::atomic<std::int64_t> m_lost {0}; ///< failed and dropped since the last look
+    std::atomic<std::int64_t> m_lost {0}; ///< failed and dropped since the last completed wait
     std::atomic<bool> m_isDropping {false}; ///< since the queue was empty
     std::atomic<int> m_waiters {0};
     sync::Condition m_done; ///< also ends pauses
@@ -196,7 +196,7 @@ void AsyncProcessorImpl::startWorker()
     }
     static_cast<void>(ofThread.detach()); // the thread releases it
     if (failed(VXThreadTrack(thread)))
-        VXThreadDetach(thread); // the worker works all the same
+        VXThreadDetach(thread); // the worker works without it
     else
         m_threads.push_back(thread);
 }
@@ -207,7 +207,7 @@ void* AsyncProcessorImpl::runWorker(void* argument)
     self.attach(static_cast<AsyncProcessorImpl*>(argument));
     try {
         self->run();
-    } catch (...) { // the target's, which ends this worker
+    } catch (...) { // an exception of the target, which ends this worker
         vxsys::passForcedUnwind();
     }
     return nullptr;
@@ -285,7 +285,7 @@ WhenFull AsyncProcessorImpl::askWhenFull(const ILogEntry* entry)
     }
 }
 
-/// False: no worker makes room, or only the calling one.
+/// Returns false if no worker makes room, or only the calling one.
 bool AsyncProcessorImpl::waitForRoom(const ILogEntry* entry)
 {
     return !Working::isFor(this) && m_queue.waitForRoom(entry);
@@ -314,7 +314,7 @@ void AsyncProcessorImpl::drop(const ILogEntry* entry)
         return;
     try {
         m_options.onDrop(*entry);
-    } catch (...) { // the entry is counted, and a caller can do nothing about the function
+    } catch (...) { // the entry is counted; the caller cannot handle a failure of the function
         vxsys::passForcedUnwind();
     }
 }
@@ -365,7 +365,7 @@ void AsyncProcessorImpl::report(const ILogEntry* entry, const std::exception_ptr
     if (m_options.onFailure != nullptr && entry != nullptr) {
         try {
             m_options.onFailure(*entry, failure);
-        } catch (...) { // the failure is counted, and a worker has nobody else to tell
+        } catch (...) { // the failure is counted, and a worker has no caller
             vxsys::passForcedUnwind();
         }
     }
@@ -385,12 +385,12 @@ void AsyncProcessorImpl::closeOne()
 
 bool AsyncProcessorImpl::isDone() const noexcept
 {
-    const std::int64_t closed = m_closed; // looked at first: more may arrive
+    const std::int64_t closed = m_closed; // read first, because entries may be added meanwhile
     return closed == m_queue.accepted();
 }
 
-// A waiter announces itself before it looks at the counts, and these are changed before the announcement is looked at:
-// one of the two sees the other.
+// A waiter first announces itself and then reads the counts. A worker first changes the counts and then reads the
+// announcement. So at least one of the two notices the other.
 void AsyncProcessorImpl::tellWaiters()
 {
     if (m_waiters == 0)

@@ -47,7 +47,8 @@ public:
     /// if an entry was refused or dropped since the last completed wait, if `milliseconds` have passed (`VX_WAIT_FOREVER`: no limit),
     /// or if entries wait and no worker is left.
     bool waitUntilDone(std::uint32_t milliseconds = VX_WAIT_FOREVER);
-    /// Can be called at any time on any thread. Numbers that change at the same time may not fit together.
+    /// May be called at any time on any thread. Entries may be counted while it reads, so the numbers may not match
+    /// exactly.
     AsyncCounts getCounts() const;
 
 private:

@@ -25,7 +25,7 @@ constexpr std::u16string_view LOGGER_NAMES[] = {
 };
 static_assert(std::size(LOGGER_NAMES) == FieldOrder::LOGGER_FIELDS);
 
-/// What stands for a unit after a backslash; 0 for none of the short forms.
+/// The character after the backslash in the short form of an escape; 0 if there is none.
 constexpr char16_t shortEscapeOf(char16_t unit) noexcept
 {
     switch (unit) {
@@ -47,8 +47,8 @@ constexpr char16_t shortEscapeOf(char16_t unit) noexcept
     }
 }
 
-/// Appends a string of JSON. Besides what has to be escaped, the separators of lines and paragraphs are, since some readers
-/// take them for the end of a line.
+/// Appends a string of JSON. Line and paragraph separators are escaped too, because some readers take them for the end
+/// of a line.
 void appendString(TextBuilder& text, std::u16string_view units)
 {
     constexpr char16_t DIGITS[] = u"0123456789abcdef";
@@ -80,7 +80,7 @@ std::size_t skipDigits(std::u16string_view text, std::size_t from)
     return std::min(text.find_first_not_of(u"0123456789", from), text.size());
 }
 
-/// Whether the text is a number in the grammar of JSON. Not so are an infinite number, and one with a leading zero.
+/// Whether the text is a number in the grammar of JSON, which excludes infinite numbers and leading zeros.
 bool isJsonNumber(std::u16string_view text)
 {
     const std::size_t first = text.starts_with(u'-') ? 1 : 0;

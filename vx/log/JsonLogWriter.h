@@ -4,11 +4,11 @@
 
 namespace vx::log {
 
-/// Writes an entry as an object of JSON (RFC 8259) on a line of its own, however many lines its values have. The fields
-/// come in the same order as in the other forms.
+/// Writes each entry as a JSON object (RFC 8259) on one line, even if its values have several lines. The fields have
+/// the same order as in the other forms.
 ///
-/// A number of this library is a number, a missing value is null, and all else is text. The writer has to encode to
-/// UTF-8.
+/// Numbers of this library are written as numbers, a missing value as null, and everything else as text. The writer
+/// must encode to UTF-8.
 class VX_API JsonLogWriter : public AbstractLogWriter {
 public:
     /// Holds a reference to `writer`.

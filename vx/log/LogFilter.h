@@ -12,29 +12,30 @@
 
 namespace vx::log {
 
-/// Passes on the entries that its settings let through. These can be changed while other threads log: an entry is judged
-/// by the settings before a change or by those after it.
+/// Passes on only the entries that its settings select. The settings may be changed while other threads log: for each
+/// entry, either the settings before a change or those after it are used.
 ///
 /// The level of an entry without the field "level" is 0, and its name without the field "name" is empty.
 class VX_API LogFilter : public Object, public ILogProcessor {
 public:
-    /// Lets every entry pass at first. Holds a reference to the target.
+    /// Passes every entry at first. Holds a reference to the target.
     static Reference<LogFilter> create(ILogProcessor* target);
 
     VX_OBJECT_UNKNOWN(Object)
     ~LogFilter() noexcept(false) override;
 
-    /// Levels outside of this range, both ends included, do not pass. One atomic store.
+    /// Drops entries whose level is outside of this range, both ends included. Costs one atomic store.
     void setLevels(std::int32_t lowest, std::int32_t highest) noexcept;
 
-    /// The levels of the loggers whose name fits a pattern: `*` stands for any number of characters, `?` for one. Case
-    /// counts.
+    /// A range of levels for the loggers whose name matches a pattern: `*` matches any number of characters, `?` one.
+    /// Names are case-sensitive.
     struct Rule {
         String pattern;
         std::int32_t lowest = INT32_MIN;
         std::int32_t highest = INT32_MAX;
     };
-    /// The first rule whose pattern fits decides, after `setLevels` has. If none fits, the entry passes.
+    /// For an entry within the range of `setLevels`, the first rule whose pattern matches decides. If none matches, the
+    /// entry passes.
     void setRules(std::vector<Rule> rules);
 
     // ILogProcessor

@@ -72,7 +72,7 @@ private:
     static void* runSession(void* session);
     void acceptAll();
     void listenTo(std::uint32_t interest);
-    /// False if the connection has gone meanwhile. Throws if the system has no room for it.
+    /// Returns false if the connection has been closed meanwhile. Throws if the system has no room for it.
     bool acceptFrom(unsigned int listener);
     void startSession(const Reference<TcpSocketHandle>& handle, const String& peer);
     void joinEnded();
@@ -80,12 +80,13 @@ private:
 
     bool isStopping() const;
     bool hasRoom() const;
-    /// Whether the calling thread is one of this server. Of these, none waits for another one that is in `stop`.
+    /// Whether the calling thread belongs to this server. Such a thread does not wait for another one that is in
+    /// `stop`.
     bool markInStop(std::uint32_t threadId, bool isInStop) VX_REQUIRES(m_changed);
     bool haveOthersEnded(std::uint32_t threadId, bool isOurs) const VX_REQUIRES(m_changed);
-    /// Those in `stop` are spared until they leave it.
+    /// Leaves out the sessions that are in `stop`.
     std::size_t cutOthers(std::uint32_t threadId) VX_REQUIRES(m_changed);
-    /// Until something has changed. False after the time.
+    /// Waits until something has changed. Returns false after the time-out.
     bool wait(const Deadline& end) VX_REQUIRES(m_changed);
 
     const Settings m_settings;
@@ -123,7 +124,7 @@ public:
             const sync::Condition::Holder holder(core.m_changed);
             connection.swap(m_session.connection);
         }
-        connection = nullptr; // closed before it counts as ended
+        connection = nullptr; // closed before the session counts as ended
         {
             const sync::Condition::Holder holder(core.m_changed);
             m_session.hasEnded = true;
@@ -306,7 +307,7 @@ void TcpServer::Core::tell(const std::exception_ptr& failure) noexcept
     try {
         if (m_settings.onFailure)
             m_settings.onFailure(failure);
-    } catch (...) { // nobody is left to tell
+    } catch (...) { // there is no function to report it to
     }
 }
 

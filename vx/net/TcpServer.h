@@ -47,36 +47,38 @@ class VX_API TcpServer {
 public:
     struct Settings {
         std::vector<std::string> hosts = {"localhost"}; ///< names or addresses; "*" is every address of the machine
-        std::uint16_t port = 0; ///< 0: one that is free on all addresses, which the system chooses
+        std::uint16_t port = 0; ///< 0: the system chooses one that is free on all addresses
         std::size_t mostConnections = 256; ///< at once; 0 counts as 1
-        /// What a handler has thrown, or why a connection could not be accepted. Called by several threads at once; what it
-        /// throws is dropped. A failure that stays, such as too many open files, is told once.
+        /// Called with what a handler has thrown, or with the reason why a connection could not be accepted. Several
+        /// threads may call it at the same time, and its exceptions are ignored. A lasting failure, such as too many
+        /// open files, is reported once.
         std::function<void(const std::exception_ptr& failure)> onFailure = {};
     };
 
-    /// The connection ends when the handler returns, unless the handler has kept a reference to it.
+    /// The connection is closed when the handler returns, unless the handler has kept a reference to it.
     using Handler = std::function<void(TcpConnection& connection)>;
 
-    /// Listens and accepts from now on. An address of a family that the machine does not have is left out. Throws
-    /// ResultException if another one cannot be used or if there is none.
+    /// Listens and accepts connections at once. Leaves out an address whose family the machine does not have. Throws
+    /// ResultException if another address cannot be used or if there is none.
     TcpServer(Settings settings, Handler handler);
     TcpServer(const TcpServer&) = delete;
     TcpServer& operator=(const TcpServer&) = delete;
-    /// Stops at once, and waits for the threads.
+    /// Shuts down all connections, as `stop(0)` does, and waits for the threads.
     ~TcpServer();
 
     /// In host order; the same for all addresses.
     std::uint16_t getPort() const;
     /// "127.0.0.1:7514", "[::1]:7514".
     const std::vector<String>& getAddresses() const;
-    /// The handlers that are running.
+    /// The number of running handlers.
     std::size_t getConnectionCount() const;
-    /// How often `onFailure` was called, or would have been.
+    /// The number of failures that were reported to `onFailure`, or would be if there were one.
     std::size_t getFailureCount() const;
 
-    /// Accepts no more connections and waits for the handlers to return. What is still open after `milliseconds` is shut down
-    /// in both directions, so that reads end and writes fail, and `stop` waits on. Returns how many it shut down. A handler
-    /// that calls it waits neither for itself nor for another one that has called it. May be called again.
+    /// Accepts no more connections and waits for the handlers to return. Connections that are still open after
+    /// `milliseconds` are shut down in both directions, so that reads end and writes fail. Then `stop` waits again.
+    /// Returns how many it has shut down. A handler that calls it waits neither for itself nor for another handler that
+    /// has called it. May be called again.
     std::size_t stop(std::uint32_t milliseconds);
 
 private:

@@ -21,26 +21,26 @@ namespace detail {
 struct OptionRows;
 }
 
-/// One option of a program. The table keeps the pointers, so that the texts must outlive it: literals, in general.
+/// One option of a program. The table stores the pointers, so the texts must outlive it; usually they are literals.
 struct OptionRow {
     enum class Takes { ANY, FILES, FOLDERS };
 
     const char* name; ///< long, without dashes
     char letter = '\0'; ///< the short form, if there is one
-    /// The name of the value in the help text; null for an option that takes none. A name with bars, as "plain|xml", lists
-    /// the only values that are accepted.
+    /// The name of the value in the help text; null for an option without a value. If it contains bars, as "plain|xml"
+    /// does, it lists the only values that are accepted.
     const char* value = nullptr;
-    const char* standard = nullptr; ///< the value when none is given; null for none
+    const char* standard = nullptr; ///< the default value; null for none
     const char* help = ""; ///< in UTF-8; a line feed begins a new line
-    const char* group = nullptr; ///< the heading in the help text; a group is a run of rows with the same one
-    Takes takes = Takes::ANY; ///< what a shell completes the value with
+    const char* group = nullptr; ///< the heading in the help text; adjacent rows with the same one are a group
+    Takes takes = Takes::ANY; ///< what a shell offers as values
 };
 
-/// A command line that does not fit its table. The description is one line to print:
-/// "vxlog: unknown option --foo; see --help". Bytes in it that are no UTF-8 become "?".
+/// A command line that does not match its table. The description is one line to print: "vxlog: unknown option --foo;
+/// see --help". Bytes in it that are not UTF-8 become "?".
 class VX_API OptionException : public Exception {
 public:
-    /// What is wrong, and what `getDetail` then gives.
+    /// What is wrong, and what `getDetail` returns then.
     enum class Fault {
         UNKNOWN, ///< nothing
         AMBIGUOUS, ///< the options that begin so: "--level, --lines"
@@ -57,7 +57,7 @@ public:
     ~OptionException() noexcept override;
 
     Fault getFault() const { return m_fault; }
-    /// The bytes that the user wrote, "--foo" or "-x"; the name from the table where there were none.
+    /// What the user wrote, "--foo" or "-x". The name from the table if the option is missing.
     const std::string& getOption() const { return m_option; }
     const std::string& getDetail() const { return m_detail; }
 
@@ -67,25 +67,25 @@ private:
     std::string m_detail;
 };
 
-/// The options and arguments that a user gave. Texts are the bytes of the command line: a file name need not be UTF-8.
+/// The options and arguments of a command line. Texts are its bytes: a file name need not be UTF-8.
 ///
 /// The name of an option that is not in the table throws Exception: it is an error of the program.
 class VX_API ParsedOptions {
 public:
     struct Given {
-        const OptionRow* row; ///< valid as long as this object or the table
-        std::string value; ///< empty for an option that takes none
+        const OptionRow* row; ///< valid as long as this object or the table exists
+        std::string value; ///< empty for an option without a value
         std::string written; ///< "--level", "-l"
     };
 
     bool has(std::string_view name) const { return getCount(name) > 0; }
-    /// How often the option was given.
+    /// How often the option occurs.
     std::size_t getCount(std::string_view name) const;
-    /// The last value that was given, or else the standard one.
+    /// The last value of the option, or else its default.
     std::optional<std::string> find(std::string_view name) const;
     /// As above, but throws OptionException if there is neither: the option is required.
     std::string get(std::string_view name) const;
-    /// All values that were given, in their order.
+    /// All values of the option, in their order.
     std::vector<std::string> getAll(std::string_view name) const;
     /// `get` as a number in decimal. Throws OptionException, which names the option and the limits, for any other text.
     template <std::integral Number>
@@ -94,7 +94,7 @@ public:
 
     /// All options in the order of the command line.
     const std::vector<Given>& getGiven() const { return m_given; }
-    /// What is no option, in its order.
+    /// The arguments that are no options, in their order.
     const std::vector<std::string>& getArguments() const { return m_arguments; }
 
 private:
@@ -133,27 +133,27 @@ class VX_API OptionTable {
 public:
     enum class Order {
         MIXED, ///< options may follow arguments
-        OPTIONS_FIRST ///< the first argument ends the options: the rest belongs to a command, say
+        OPTIONS_FIRST ///< the first argument ends the options, for example if a command follows
     };
     enum class Faults {
         THROWN,
-        SKIPPED ///< what does not fit is left out: to find one option, the language of messages say, in any command line
+        SKIPPED ///< ignores what does not match, for example to find the language of messages in any command line
     };
     enum class Shell { BASH, ZSH, FISH };
-    /// A text of a row in another language.
+    /// The text of a row in another language.
     using Translation = std::function<std::string(const OptionRow& row)>;
 
-    /// Throws Exception if a name or a letter is there twice.
+    /// Throws Exception if two rows have the same name or letter.
     OptionTable(std::string program, std::vector<OptionRow> rows);
 
-    /// `arguments` begin with the program's name, as those of `main`. Throws OptionException.
+    /// `arguments` are those of `main`, the program's name included. Throws OptionException.
     ParsedOptions parse(
         int count, const char* const* arguments, Order order = Order::MIXED, Faults faults = Faults::THROWN) const;
 
-    /// Lines of at most 80 characters, for all options. The standard value is added to a text in parentheses.
+    /// The help on all options, in lines of at most 80 characters. The default of an option is added in parentheses.
     std::string getHelp(const Translation& helpOf = {}) const;
-    /// A script that makes `shell` complete the options of the program. `words` are offered for its first argument, file
-    /// names for all others.
+    /// A script with which `shell` completes the options of the program. It offers `words` for the first argument, and
+    /// file names for all others.
     std::string getCompletion(Shell shell, std::span<const std::string_view> words = {}) const;
 
 private:

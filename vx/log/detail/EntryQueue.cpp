@@ -25,7 +25,7 @@ private:
     std::atomic<int>& m_count;
 };
 
-/// Adds to a number that others read, and that only one thread changes at a time.
+/// Adds to a number that other threads read, and that only one thread changes at a time.
 void add(std::atomic<std::int64_t>& number, std::int64_t more) noexcept
 {
     number.store(number.load(std::memory_order_relaxed) + more, std::memory_order_relaxed);
@@ -63,8 +63,8 @@ bool EntryQueue::put(const ILogEntry* entry)
 
 bool EntryQueue::waitForRoom(const ILogEntry* entry)
 {
-    // A caller announces itself before it looks for room, and whoever makes room looks for callers afterwards: one of the two
-    // sees the other.
+    // A caller first announces itself and then looks for room. A thread that makes room looks for callers after that.
+    // So at least one of the two notices the other.
     const std::int64_t bytes = bytesOf(entry);
     const Counted counted(m_callers);
     const sync::Condition::Holder holder(m_room);
@@ -92,7 +92,7 @@ bool EntryQueue::takeOldestOrSleep(Reference<const ILogEntry>& entry)
     return false;
 }
 
-/// Counts `sleepers` more workers that sleep if no entry waits.
+/// If no entry waits, counts `sleepers` more workers that sleep.
 bool EntryQueue::take(Reference<const ILogEntry>& entry, int sleepers)
 {
     Reference<const ILogEntry> oldest;
@@ -113,7 +113,7 @@ bool EntryQueue::take(Reference<const ILogEntry>& entry, int sleepers)
         ++m_taken;
     }
     wakeCallers(waiting() == 0);
-    entry = std::move(oldest); // the one before is released without the lock
+    entry = std::move(oldest); // releases the previous entry without the lock
     return true;
 }
 
@@ -150,7 +150,7 @@ std::int64_t EntryQueue::bytesOf(const ILogEntry* entry) const
 
 bool EntryQueue::hasRoom(std::int64_t bytes) const noexcept
 {
-    const std::int64_t taken = m_taken; // looked at first, so that a queue that fills up never seems to be empty
+    const std::int64_t taken = m_taken; // read first, so that a queue that is being filled never seems to be empty
     const std::int64_t entries = m_accepted - taken;
     if (entries == 0)
         return true;

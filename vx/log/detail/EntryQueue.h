@@ -15,25 +15,25 @@
 
 namespace vx::log::detail {
 
-/// The entries of an `AsyncProcessor` on their way from callers to workers. Workers sleep in it while it is empty, and
-/// callers wait in it while it is full.
+/// The queue of an `AsyncProcessor`. Workers wait in it while it is empty, and callers while it is full.
 class EntryQueue {
 public:
-    /// The most entries and the most bytes that wait; 0 is no limit.
+    /// Limits for the number of waiting entries and for their bytes; 0 means no limit.
     EntryQueue(std::int64_t mostEntries, std::int64_t mostBytes);
     EntryQueue(const EntryQueue&) = delete;
     EntryQueue& operator=(const EntryQueue&) = delete;
 
-    /// Adds the entry and wakes a worker. False: there is no room.
+    /// Adds the entry and wakes a worker. Returns false if there is no room.
     bool put(const ILogEntry* entry);
-    /// Returns when the entry has room, which another caller may take. False: no worker is left to make room.
+    /// Waits until the entry has room, which another caller may use first. Returns false if there is no worker to make
+    /// room.
     bool waitForRoom(const ILogEntry* entry);
 
-    /// Replaces `entry` by the oldest one. False: none waits.
+    /// Replaces `entry` by the oldest one. Returns false if none waits.
     bool takeOldest(Reference<const ILogEntry>& entry);
-    /// For a worker: sleeps while no entry waits. False: the queue has been closed to workers, which take no more.
+    /// For a worker: waits for an entry. Returns false if the queue is closed to workers.
     bool takeOldestOrSleep(Reference<const ILogEntry>& entry);
-    /// From now on no worker takes an entry.
+    /// After this call no worker gets an entry.
     void closeToWorkers();
     bool isClosedToWorkers() const noexcept { return m_isClosed; }
 
@@ -41,10 +41,10 @@ public:
     void removeWorker();
     int workers() const noexcept { return m_workers; }
 
-    /// Keeps callers and workers out while it lives. Its own thread may use the queue.
+    /// Locks out callers and workers to the end of the block. Its own thread may use the queue.
     class Closure;
 
-    /// How many entries have been put into the queue, how many of them wait, and the most that have waited at one time.
+    /// The number of entries that were added, the number that wait now, and the largest number that waited at one time.
     std::int64_t accepted() const noexcept { return m_accepted; }
     std::int64_t waiting() const noexcept { return m_accepted - m_taken; }
     std::int64_t deepest() const noexcept { return m_deepest; }
@@ -52,7 +52,7 @@ public:
 private:
     struct Item {
         Reference<const ILogEntry> entry;
-        std::int64_t bytes = 0; ///< 0 without a limit on bytes
+        std::int64_t bytes = 0; ///< 0 if bytes are not limited
     };
     using Items = std::deque<Item, vxsys::Allocator<Item>>;
 
@@ -64,23 +64,24 @@ private:
     const std::int64_t m_mostEntries;
     const std::int64_t m_mostBytes;
 
-    // Callers and workers seldom meet: all that has arrived goes over at once to those who take it.
+    // Callers and workers use different queues, so they seldom wait for each other. A worker that finds its queue empty
+    // exchanges it for the other one.
     sync::Mutex m_lock;
     Items m_arrived VX_GUARDED_BY(m_lock);
-    int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found nothing, and for whom no post is under way
-    std::atomic<bool> m_isClosed {false}; ///< written while m_lock is held, as the next three
+    int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found no entry and have not been signalled yet
+    std::atomic<bool> m_isClosed {false}; ///< changed under m_lock, like the next three
     std::atomic<std::int64_t> m_accepted {0};
     std::atomic<std::int64_t> m_acceptedBytes {0};
     std::atomic<std::int64_t> m_deepest {0};
     sync::Semaphore m_signal;
 
-    sync::Mutex m_takeLock; ///< taken before the other
-    Items m_leaving VX_GUARDED_BY(m_takeLock); ///< older than all that has arrived
+    sync::Mutex m_takeLock; ///< acquired before m_lock
+    Items m_leaving VX_GUARDED_BY(m_takeLock); ///< entries that are older than those in m_arrived
     std::atomic<std::int64_t> m_taken {0};
     std::atomic<std::int64_t> m_takenBytes {0};
 
     std::atomic<int> m_workers {0};
-    std::atomic<int> m_callers {0}; ///< that wait for room
+    std::atomic<int> m_callers {0}; ///< callers that wait for room
     sync::Condition m_room;
 };
 

@@ -58,7 +58,7 @@ void addAddresses(const std::string& host, std::vector<Address>& addresses)
     }
 }
 
-/// The address gets the port that the system has chosen.
+/// The port of the address becomes the one that the system has chosen.
 ENUM_VX_E_SOCKET listenOn(Address& address, Reference<TcpSocketHandle>& handle)
 {
     const int family = address.storage.generic.sa_family;
@@ -67,10 +67,10 @@ ENUM_VX_E_SOCKET listenOn(Address& address, Reference<TcpSocketHandle>& handle)
         return resultOf(error);
     handle = TcpSocketHandle::own(socket);
     const int on = 1;
-    if (family == AF_INET6) // IPv4 has sockets of its own
+    if (family == AF_INET6) // IPv4 has separate sockets
         VXSocketSetOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, &on, sizeof on);
     VXSocketSetOption(
-        socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on); // connections of an earlier server do not matter
+        socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on); // also while connections of an earlier server are closing
     std::int32_t error = VXSocketBind(socket, &address.storage.generic, address.length);
     if (error == 0)
         error = VXSocketListen(socket, INT_MAX);
@@ -80,7 +80,7 @@ ENUM_VX_E_SOCKET listenOn(Address& address, Reference<TcpSocketHandle>& handle)
     return resultOf(error);
 }
 
-/// VX_E_SOCKET_EADDRINUSE if the port that the system has chosen for one address is in use on another.
+/// VX_E_SOCKET_EADDRINUSE if the port that the system has chosen for one address is used on another.
 ENUM_VX_E_SOCKET listenOn(const std::vector<Address>& addresses, std::uint16_t port, Listeners& listeners)
 {
     listeners = {};

@@ -21,8 +21,8 @@ struct Listeners {
     std::uint16_t port = 0;
 };
 
-/// Throws ResultException, which names the address, if one cannot be used or if there is none. An address whose family
-/// the machine does not have is left out.
+/// Throws ResultException with the address if one cannot be used, or if there is none. Leaves out an address whose
+/// family the machine does not have.
 Listeners listenOn(const std::vector<std::string>& hosts, std::uint16_t port);
 
 } // namespace vx::net::detail
