@@ -11,7 +11,7 @@
 
 namespace vxtools {
 
-/// Options of every program.
+/// The options that every program has.
 inline constexpr vx::util::OptionRow COMPLETION_ROW {
     .name = "completion", .value = "bash|zsh|fish", .help = "print a script by which the shell completes the options"};
 inline constexpr vx::util::OptionRow HELP_ROW {.name = "help", .letter = 'h', .help = "print this"};
@@ -24,7 +24,7 @@ vx::util::ParsedOptions parseCommandLine(const vx::util::OptionTable& table, int
 /// The only argument, `otherwise` if there is none. Throws UsageError for more.
 std::string inputOf(const vx::util::ParsedOptions& options, const std::string& otherwise);
 
-/// The value of an option that was given. Throws UsageError.
+/// The value of an option of the command line. Throws UsageError.
 int numberOf(const vx::util::ParsedOptions& options, std::string_view name, int least, int most);
 
 /// Prints what --completion asks for.

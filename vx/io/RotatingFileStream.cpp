@@ -53,7 +53,7 @@ public:
         std::sort(m_files.begin(), m_files.end());
     }
 
-    /// The oldest first.
+    /// Their numbers, the oldest file first.
     const std::vector<OldFile>& get() const noexcept { return m_files; }
 
     String pathOf(std::int64_t number) const
@@ -93,7 +93,7 @@ private:
     std::vector<OldFile> m_files;
 };
 
-/// Removes the oldest files until what is left fits. A file and its compressed form are one.
+/// Removes the oldest files until the rest is within the limits. A file and its compressed form count as one.
 void removeOld(std::vector<OldFile> files, const Rotation& rotation)
 {
     int count = 0;
@@ -153,8 +153,8 @@ void RotatingFileStream::close()
     m_file->close();
 }
 
-/// Opens the file that has the name now, if that is not the one that is open. Removes what a killed process has left of an
-/// entry at its end.
+/// Opens the file that has the name now, unless it is open already. Removes an incomplete entry of a killed process
+/// from its end.
 void RotatingFileStream::follow()
 {
     const SystemName path(m_path);
@@ -164,7 +164,7 @@ void RotatingFileStream::follow()
         return;
     m_file->close();
     m_file->open();
-    { // the repair is part of it
+    { // taking the semaphore repairs the file
         const sync::ScopedWait repair(m_file.get());
     }
     throwIfFailed(VXFileGetStatus(path, &m_status), u"look at", m_path);
@@ -198,7 +198,7 @@ String RotatingFileStream::rotate()
 {
     constexpr std::int64_t PAUSE = 1000;
     m_nextTry = milliseconds() + PAUSE;
-    m_file->flush(); // on behalf of all processes: whoever flushes later has only the new file
+    m_file->flush(); // for all processes: a later flush of another one only affects the new file
     OldFiles old(m_path.view());
     std::vector<OldFile> files = old.get();
     std::int64_t number = files.empty() ? 0 : files.back().number;

@@ -16,38 +16,38 @@ class Exception;
 
 namespace vx::io {
 
-/// When a `RotatingFileStream` begins a new file, and what becomes of the older ones.
+/// When a `RotatingFileStream` starts a new file, and which older files are kept.
 struct Rotation {
     enum class Every { NEVER, HOUR, DAY };
 
-    /// The file gets no larger than this, unless a single entry is. 0 is no limit.
+    /// The largest size of a file in bytes; only a single larger entry may exceed it. 0 means no limit.
     std::int64_t mostBytes = 0;
-    /// Entries of one hour or one day stand in files of their own. Hours and days are those of local time, or of UTC.
+    /// Starts a new file each hour or each day, in local time or in UTC.
     Every every = Every::NEVER;
     bool isUtc = false;
 
-    /// How many older files are kept, and how many bytes in all of them; the oldest are removed. 0 is no limit.
+    /// How many older files are kept, and how many bytes in all of them. The oldest ones are removed. 0 means no limit.
     int keepFiles = 0;
     std::int64_t keepBytes = 0;
 
-    /// Called after a rotation with the newest file that is surely no longer written to: the second youngest of the older
-    /// ones. It may compress that file, into a file whose name has one more extension, and remove it. It is called on the
-    /// thread that writes; an Exception that it throws is passed to `onFailure`.
+    /// Called after a rotation with the newest file that no process writes to any more: the second youngest of the
+    /// older ones. It may compress that file to one whose name has another extension added, and remove it. It is called
+    /// on the thread that writes. An Exception that it throws is passed to `onFailure`.
     std::function<void(const String& path)> onClosed {};
-    /// Called when a rotation or `onClosed` fails. The entry is in the file nevertheless. A failed rotation is tried again
-    /// with a later entry, after a second.
+    /// Called if a rotation or `onClosed` fails. The entry is in the file nevertheless. After a second, the next entry
+    /// tries a failed rotation again.
     std::function<void(const Exception& failure)> onFailure {};
 };
 
-/// Appends entries to a file that is replaced by a new one from time to time. Each `write` is an entry, and stands in one
-/// file. Any number of processes may write to one path: all of them go on in the new file, whoever began it. They have to
-/// use the same path and the same `Rotation`.
+/// Appends entries to a file that is replaced by a new one from time to time. Each `write` is one entry, which is
+/// written to one file as a whole. Any number of processes may write to one path, if they use the same path and the
+/// same `Rotation`. After a rotation by one of them, all continue in the new file.
 ///
-/// The older files are named with a number that counts up: "app.log.000001" is older than "app.log.000002". A process
-/// that is killed at any moment leaves a log that the next writer goes on with.
+/// The names of older files end with a number: "app.log.000001" is older than "app.log.000002". If a process is killed
+/// at any moment, the next writer can continue the log.
 ///
-/// The file of processes of other users gets no torn entries either, but two users who rotate at the same moment may
-/// begin one file too many. Several threads may share a stream.
+/// If processes of several users write to the path, entries are still written as a whole. But two users that rotate at
+/// the same moment may start one file too many. Several threads may share a stream.
 class VX_API RotatingFileStream : public OutputStream {
 public:
     /// Opens the file, or creates it. Throws as `FileOutputStream` does, and ResultException with
@@ -60,7 +60,7 @@ public:
     // OutputStream
     using OutputStream::write;
     void write(const signed char* bytes, std::int32_t length) override;
-    /// Flushes to disk, also what stands in files that this process has closed.
+    /// Flushes to disk, also what is in files that this process has closed.
     void flush() override;
     /// The next `write` opens the file again.
     void close() override;
@@ -76,8 +76,8 @@ private:
     const Rotation m_rotation;
     sync::Mutex m_lock;
     const Reference<FileOutputStream> m_file;
-    VXFileStatus m_status VX_GUARDED_BY(m_lock) {}; ///< of the file, when the semaphore was taken
-    std::int64_t m_nextTry VX_GUARDED_BY(m_lock) = 0; ///< of a rotation that failed, in milliseconds of a clock
+    VXFileStatus m_status VX_GUARDED_BY(m_lock) {}; ///< of the file at the time when the semaphore was taken
+    std::int64_t m_nextTry VX_GUARDED_BY(m_lock) = 0; ///< after a failed rotation, in milliseconds of a clock
 };
 
 } // namespace vx::io

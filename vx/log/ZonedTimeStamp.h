@@ -10,27 +10,27 @@ class TextBuilder;
 
 namespace vx::log {
 
-/// A point in time as date and time of day, with the distance of that time from UTC.
+/// A point in time as date and time of day, with the offset of that time from UTC.
 struct ZonedTime {
     STRUCT_VX_TIME time;
-    std::int32_t minutesAhead; ///< of UTC; negative to the west
+    std::int32_t minutesAhead; ///< of UTC; negative for zones in the west
 
     /// Throws ResultException.
     static ZonedTime now(bool local = true);
 };
 
-/// A point in time that means the same to every reader. Immutable.
+/// A point in time with its offset from UTC. Immutable.
 class VX_API ZonedTimeStamp : public TimeStamp {
 public:
     /// The current time, local or in UTC.
     explicit ZonedTimeStamp(bool local = true);
-    /// The record is taken as it is.
+    /// The record is not checked.
     explicit ZonedTimeStamp(const ZonedTime& time) noexcept;
     ~ZonedTimeStamp() noexcept override;
 
     // TimeStamp
     using TimeStamp::toString;
-    /// As RFC 3339 has it, with milliseconds: 2026-11-19T02:58:01.123+01:00. No distance from UTC is written as Z.
+    /// The form of RFC 3339 with milliseconds: 2026-11-19T02:58:01.123+01:00. An offset of 0 is written as Z.
     String toString() const override;
 
     std::int32_t getMinutesAhead() const noexcept { return m_minutesAhead; }

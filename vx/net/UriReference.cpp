@@ -43,13 +43,13 @@ std::string withoutDotSegments(std::string_view input)
     return output;
 }
 
-/// A path of two slashes would be read as an authority. The segment that is added says nothing.
+/// A path that begins with two slashes would be parsed as an authority. The added segment has no effect.
 std::string guarded(std::string path, bool hasAuthority)
 {
     return !hasAuthority && path.starts_with("//") ? "/." + path : path;
 }
 
-/// Escapes with capital digits, and none where the character may stand for itself.
+/// Writes escapes with capital digits, and only those that are necessary.
 std::string withPlainEscapes(std::string_view text)
 {
     std::string plain;
@@ -65,7 +65,7 @@ std::string withPlainEscapes(std::string_view text)
     return plain;
 }
 
-/// Lower case, except in escapes.
+/// In lower case, except for escapes.
 std::string inLowerCase(std::string text)
 {
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -87,7 +87,7 @@ std::optional<std::string> plainCopyOf(std::optional<std::string_view> text)
     return text ? std::optional<std::string>(withPlainEscapes(*text)) : std::nullopt;
 }
 
-/// For a text whose escapes are known to be whole.
+/// For a text whose escapes are known to be complete.
 std::string unescaped(std::string_view text, UriReference::Plus plus = UriReference::Plus::IS_PLUS)
 {
     std::string bytes(text);
@@ -110,7 +110,7 @@ void split(std::string_view text, char separator, Add add)
 
 } // namespace
 
-/// Finds the components by their signs (RFC 3986, appendix B), and holds each to the grammar.
+/// Finds the components by their separators (RFC 3986, appendix B), and checks each against the grammar.
 class UriReference::Parser {
 public:
     explicit Parser(UriReference& uri)
@@ -152,7 +152,7 @@ public:
 private:
     bool isAt(char sign) const { return m_at < m_text.size() && m_text[m_at] == sign; }
 
-    /// Up to one of `ends`, or to the end of the text.
+    /// Reads up to one of `ends`, or to the end of the text.
     Range take(std::string_view ends)
     {
         const std::size_t start = m_at;
@@ -170,7 +170,7 @@ private:
             m_uri.m_userInfo = {base, sign};
             start = sign + 1;
         }
-        // The colons of an address lie between brackets.
+        // The colons of an address are inside brackets.
         const std::size_t bracket = text.find(']', start);
         const std::size_t colon = text.find(':', bracket != text.npos ? bracket : start);
         m_uri.m_host = {base + start, std::min(colon, text.size()) - start};

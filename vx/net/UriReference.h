@@ -12,11 +12,11 @@
 
 namespace vx::net {
 
-/// A URI, or a reference relative to one, by the letter of RFC 3986. A value class that cannot be changed: each operation
-/// gives a new one. Its text is ASCII, and so all texts here are bytes.
+/// A URI, or a reference relative to one, by the rules of RFC 3986. A value class that does not change: operations
+/// return new objects. Its text is ASCII, so all texts here are bytes.
 ///
-/// A component that is missing and one that is empty are two things: "a:b?" has an empty query, "a:b" has none. The path is
-/// never missing.
+/// A missing component and an empty one are different: "a:b?" has an empty query, "a:b" has none. The path is never
+/// missing.
 ///
 /// @code
 /// const auto uri = net::UriReference::parse("http://[::1]:8080/a/b?x=1&x=2&q=bread%20%26%20butter#top");
@@ -27,7 +27,7 @@ namespace vx::net {
 /// @endcode
 class VX_API UriReference {
 public:
-    /// The components, escaped, without the signs that separate them.
+    /// The components in their escaped form, without the characters that separate them.
     struct Components {
         std::optional<std::string> scheme = std::nullopt;
         std::optional<std::string> userInfo = std::nullopt; ///< only with a host
@@ -44,23 +44,23 @@ public:
 
         bool operator==(const Parameter&) const = default;
     };
-    /// What "+" means in a query. Forms of web pages write a blank so; the RFC knows nothing of it.
+    /// The meaning of "+" in a query. Forms of web pages write a blank as "+"; the RFC does not define that.
     enum class Plus { IS_PLUS, IS_BLANK };
 
-    /// The empty reference, which leads to the document that it stands in.
+    /// The empty reference, which refers to the document that contains it.
     UriReference() = default;
-    /// Nothing for a text that is no URI reference by the grammar. Blanks and other characters that need an escape are not
-    /// accepted.
+    /// Empty for a text that is not a URI reference. Blanks and other characters that need an escape are not accepted.
     static std::optional<UriReference> parse(std::string_view text);
     static std::optional<UriReference> parse(std::u16string_view text);
-    /// Nothing for components that cannot be, or that would be read as others: a path of "//x" without a host, for instance.
+    /// Empty for components that are invalid, or that would be parsed as others: for example a path of "//x" without a
+    /// host.
     static std::optional<UriReference> compose(const Components& components);
 
     const std::string& getText() const { return m_text; }
     String toString() const;
     Components getComponents() const;
 
-    /// All in their escaped form. They are valid as long as this object.
+    /// All in their escaped form. They are valid as long as this object exists.
     std::optional<std::string_view> getScheme() const { return textOf(m_scheme); }
     std::optional<std::string_view> getAuthority() const { return textOf(m_authority); }
     std::optional<std::string_view> getUserInfo() const { return textOf(m_userInfo); }
@@ -70,21 +70,22 @@ public:
     std::optional<std::string_view> getQuery() const { return textOf(m_query); }
     std::optional<std::string_view> getFragment() const { return textOf(m_fragment); }
 
-    /// The host as a name service or the sockets take it: unescaped, an IPv6 address without its brackets. Empty if there is
+    /// The host for a name service or a socket: unescaped, and an IPv6 address without its brackets. Empty if there is
     /// none.
     std::string getHostName() const;
-    /// Nothing if it is missing, empty or above 65535.
+    /// Empty if the port is missing, empty or above 65535.
     std::optional<std::uint16_t> getPort() const;
-    /// The segments of the path, unescaped: "/a/b%2Fc" has "a" and "b/c", "/" has one that is empty.
+    /// The segments of the path, unescaped: "/a/b%2Fc" has "a" and "b/c", and "/" has an empty one.
     std::vector<std::string> getSegments() const;
-    /// The query as name=value pairs between "&", unescaped, in their order; a name may be there more than once.
+    /// The query as name=value pairs between "&", unescaped and in their order. A name may occur several times.
     std::vector<Parameter> getParameters(Plus plus = Plus::IS_PLUS) const;
     /// The first value of that name.
     std::optional<std::string> getParameter(std::string_view name, Plus plus = Plus::IS_PLUS) const;
 
-    /// The target of `reference` in a document at this URI (RFC 3986, 5.2.2, strict). Nothing if this one has no scheme.
+    /// The target of `reference` in a document at this URI (RFC 3986, 5.2.2, strict). Empty if this one has no scheme.
     std::optional<UriReference> resolve(const UriReference& reference) const;
-    /// The normal form of RFC 3986, 6.2.2: letter case, needless escapes and, unless it is a relative path, dot segments.
+    /// The normal form of RFC 3986, 6.2.2. It changes letter case, removes unnecessary escapes and, unless the path is
+    /// relative, dot segments.
     UriReference normalized() const;
     /// Whether the normal forms are equal. `==` compares the texts.
     bool isEquivalentTo(const UriReference& other) const { return normalized() == other.normalized(); }
@@ -97,7 +98,7 @@ public:
 
     /// Escapes all bytes but letters, digits, "-", ".", "_", "~" and those in `kept`.
     static std::string escape(std::string_view bytes, std::string_view kept = {});
-    /// Nothing if a "%" is not followed by two hexadecimal digits.
+    /// Empty if a "%" is not followed by two hexadecimal digits.
     static std::optional<std::string> unescape(std::string_view text);
     /// "name=value&name=value", escaped.
     static std::string queryOf(const std::vector<Parameter>& parameters);

@@ -2,7 +2,7 @@
 
 namespace vxsys::detail {
 
-/// Renames a file in one step, unless the new name is taken. Returns the native error; 0 is success.
+/// Renames a file in one step, unless the new name exists. Returns a native error or 0.
 int renameToNew(const char* path, const char* newPath) noexcept;
 
 } // namespace vxsys::detail

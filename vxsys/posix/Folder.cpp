@@ -20,7 +20,7 @@ namespace {
 using namespace vxsys::results;
 using namespace vxsys::detail;
 
-/// Writes the name, zero-terminated, into `target`. False for one that no path can hold.
+/// Writes the name, zero-terminated, to `target`. Returns false for a name that cannot be part of a path.
 bool widenName(std::string_view name, char16_t (&target)[NAME_MAX + 1]) noexcept
 {
     const Conversion done = utf8ToUtf16(name, target, NAME_MAX);

@@ -14,7 +14,7 @@ int valueOf(char digit)
     return isDigit(digit) ? digit - '0' : lower(digit) - 'a' + 10;
 }
 
-/// From 0 to 255, without needless zeros.
+/// A number from 0 to 255 without unnecessary zeros.
 bool isDecimalOctet(std::string_view text)
 {
     if (text.empty() || text.size() > 3 || !std::ranges::all_of(text, isDigit) || (text.size() > 1 && text[0] == '0'))
@@ -36,7 +36,8 @@ bool isIpv4Address(std::string_view text)
     return isDecimalOctet(text);
 }
 
-/// How many groups of 16 bits `text` is, -1 for none: groups between colons, of which the last may be an IPv4 address.
+/// The number of groups of 16 bits in `text`, -1 for an error. Groups are separated by colons, and the last may be an
+/// IPv4 address.
 int countGroups(std::string_view text, bool mayEndInIpv4)
 {
     if (text.empty())

@@ -5,7 +5,7 @@
 
 namespace vx::net::detail {
 
-/// The rules of RFC 3986, appendix A, that do not depend on the locale.
+/// The character classes of RFC 3986, appendix A, independent of the locale.
 constexpr bool isDigit(char byte)
 {
     return byte >= '0' && byte <= '9';
@@ -32,7 +32,7 @@ char byteOf(char high, char low);
 std::string escaped(char byte);
 
 bool isScheme(std::string_view text);
-/// Unreserved characters, whole escapes, subcomponent delimiters, and the characters in `more`.
+/// Unreserved characters, complete escapes, subcomponent delimiters, and the characters in `more`.
 bool consistsOf(std::string_view text, std::string_view more);
 /// A name, an IPv4 address, or an IPv6 or later address in brackets. It may be empty.
 bool isHost(std::string_view text);

@@ -50,13 +50,14 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
     std::u16string_view left;
     std::u16string_view right;
     if (!vx::detail::PlainBuffer::read(*storedText, &left) || !vx::detail::PlainBuffer::read(*otherText, &right))
-        return storedText->equals(*otherText, false); // both may have one buffer, with a real lock
+        return storedText->equals(*otherText, false); // both may have the same buffer with a real lock
     return left.size() == right.size()
         && vx::detail::equalUnits(left.data(), right.data(), static_cast<int>(left.size()));
 }
 
-/// Makes further classes known whose `compareTo` orders all objects of exactly that class. The library's start calls this:
-/// the classes belong to rooms that include this one. The array must live as long as the library.
+/// Registers further classes whose `compareTo` orders all objects of exactly that class. It is called at the start of
+/// the library, because these classes belong to rooms that include this one. The array must exist as long as the
+/// library.
 void setOrderedClasses(std::span<const std::type_info* const> classes) noexcept;
 
 /// Whether both are texts, numbers of one class of the library, or of one of those further classes. The library's own
