@@ -42,7 +42,7 @@ private:
 namespace detail {
 
 /// Appends what `ZonedTimeStamp::toString` gives.
-void printTime(const ZonedTime& time, vx::detail::TextBuilder& text);
+void printTime(const ZonedTime& zoned, vx::detail::TextBuilder& text);
 
 } // namespace detail
 
