@@ -69,7 +69,7 @@ private:
     class SessionEnd;
 
     static void* runAcceptor(void* core);
-    static void* runSession(void* session);
+    static void* runSession(void* argument);
     void acceptAll();
     void listenTo(std::uint32_t interest);
     /// Returns false if the connection has been closed meanwhile. Throws if the system has no room for it.
