@@ -79,7 +79,7 @@ Value parse(const String& text)
         return static_cast<Value>(Number::parseUInt(text, DECIMAL));
 }
 
-/// The number that the whole text is for `std::from_chars`, which knows no locale.
+/// Parses the whole text with `std::from_chars`, which does not depend on the locale.
 template <class Value, class... Form>
 std::optional<Value> parseWhole(std::u16string_view text, Form... form)
 {

@@ -27,10 +27,10 @@ public:
     NumberBox(const String& text);
     ~NumberBox() noexcept override;
 
-    /// The number that the whole text is. Nothing for any other text, also with blanks around the number or a plus sign before
-    /// it, and for a number out of range. `radix` is 2 to 36; another throws RangeErrorException.
+    /// Parses the whole text. Empty for any other text, also with blanks around the number or a plus sign before it,
+    /// and for a number out of range. `radix` is 2 to 36; another throws RangeErrorException.
     static std::optional<Value> tryParse(std::u16string_view text, int radix = 10) requires std::integral<Value>;
-    /// With a point or an exponent, or without. Neither infinite nor NaN.
+    /// The number may have a point and an exponent. It is neither infinite nor NaN.
     static std::optional<Value> tryParse(std::u16string_view text) requires std::floating_point<Value>;
 
     NumberBox& operator=(const NumberBox&) noexcept = default;

@@ -336,9 +336,9 @@ public:
     const String& format(String format, ...);
     const String& formatv(const char16_t* format, int length, std::va_list arguments);
     const String& formatv(String format, std::va_list arguments);
-    /// The same for any other arguments, each checked by the compiler: texts of every kind (narrow ones in UTF-8), numbers and
-    /// booleans as `valueOf` prints them, characters, and objects with `toString`, also by reference or pointer ("null" for
-    /// none). Numbers for which there is no argument stay in the text.
+    /// The same for arguments of other types, which the compiler checks: texts of every kind (narrow ones in UTF-8),
+    /// numbers and booleans as `valueOf` prints them, characters, and objects with `toString`, also by reference or
+    /// pointer ("null" for a null one). Placeholders without an argument stay in the text.
     /// @code
     /// const String name(u"Ada");
     /// assert(String().format(u"{0} has {1} of {2}", -1, name, 3, 4.5) == u"Ada has 3 of 4.5");
@@ -428,7 +428,7 @@ concept HasText = requires(const T& value)
         } -> std::convertible_to<String>;
 };
 
-/// Leads to an object: a `Reference` or a pointer.
+/// A `Reference` or a pointer to an object.
 template <class T>
 concept LeadsToText = requires(const T& pointer)
 {
@@ -440,8 +440,7 @@ concept LeadsToText = requires(const T& pointer)
         } -> std::convertible_to<bool>;
 };
 
-/// A value that `String::format` puts into a template, as text. Refers to texts of the caller, and so lives no longer than
-/// the call.
+/// An argument of `String::format` as text. It refers to texts of the caller, so it is only valid during the call.
 class VX_API FormatArgument {
 public:
     template <class T>

@@ -75,7 +75,7 @@ std::size_t countConsecutive(const std::pmr::vector<Placeholder>& places, std::p
     return static_cast<std::size_t>(std::find(seen.begin(), seen.end(), 0) - seen.begin());
 }
 
-/// A template with the values of its placeholders.
+/// A template and the values of its placeholders.
 class Form {
 public:
     Form(const char16_t* format, int length)
@@ -85,7 +85,7 @@ public:
         findPlaceholders(m_text, m_places);
     }
 
-    /// Asks for the values of the placeholders 0, 1, 2 and so on, in this order.
+    /// Requests the values of the placeholders 0, 1, 2 and so on, in this order.
     template <class ValueOf>
     void takeValues(ValueOf valueOf, std::size_t most = SIZE_MAX)
     {
@@ -94,7 +94,7 @@ public:
             m_values[number] = valueOf(number);
     }
 
-    /// Valid as long as the form. The template and the values may be in a string that is assigned to.
+    /// Valid as long as this object. The template and the values may be in the string that the result is assigned to.
     std::u16string_view fill();
 
 private:

@@ -14,20 +14,20 @@
 #include <string>
 #endif
 
-// What objects of the library share with values of the standard library: output to streams, formatters and a literal.
+// Output to streams, formatters and a literal for objects of the library, as values of the standard library have them.
 
 namespace vx {
 
 namespace detail {
 
-/// An object with a text of its own, and no other way to a stream.
+/// An object with a `toString` and no other inserter for streams.
 template <class T>
 concept PrintedByText = std::derived_from<T, Object> && !std::derived_from<T,
                             String> && !std::derived_from<T, Exception> && !std::is_convertible_v<const T&, double>;
 
 } // namespace detail
 
-/// Writes what `toString` gives, in UTF-8.
+/// Writes the result of `toString` in UTF-8.
 template <detail::PrintedByText T>
 std::ostream& operator<<(std::ostream& stream, const T& value)
 {
@@ -50,7 +50,7 @@ inline String operator""_vs(const char16_t* text, std::size_t length)
 } // namespace vx
 
 #if defined(__cpp_lib_format)
-/// With the options of a text: `std::format("{:>20}", number)`.
+/// Takes the options of a text: `std::format("{:>20}", number)`.
 template <vx::detail::PrintedByText T>
 struct std::formatter<T> : std::formatter<std::string> {
     auto format(const T& value, std::format_context& context) const

@@ -12,12 +12,12 @@ namespace vx::detail {
 
 class FormatArgument;
 
-/// A text as the forms of `String::format` with variable arguments take it.
+/// A text for the overloads of `String::format` with variable arguments.
 template <class T>
 concept PlainFormatArgument = std::same_as < std::decay_t<T>,
 const char16_t* > || std::same_as<std::decay_t<T>, char16_t*> || std::same_as<std::decay_t<T>, std::nullptr_t>;
 
-/// What those forms cannot take.
+/// Arguments that those overloads do not accept.
 template <class... Arguments>
 concept CheckedFormatArguments = sizeof...(Arguments) > 0 && !(PlainFormatArgument<Arguments> && ...);
 

@@ -71,7 +71,7 @@ private:
 
 } // namespace detail
 
-/// Work that runs in a thread of its own, from `runAsync`. One thread at a time uses the handle.
+/// Work that `runAsync` has started in a new thread. One thread at a time may use this object.
 ///
 /// @code
 /// exec::Task<int> answer = exec::runAsync([](int a, int b) { return a * b; }, 6, 7);
@@ -92,7 +92,7 @@ public:
     }
     Task(const Task&) = delete;
     Task& operator=(const Task&) = delete;
-    /// Waits for the end of the work. Its result or exception is dropped.
+    /// Waits for the end of the work and drops its result or exception.
     ~Task() { join(); }
 
     void swap(Task& other) noexcept
@@ -101,7 +101,7 @@ public:
         m_thread.swap(other.m_thread);
     }
 
-    /// False if the work has not ended within `milliseconds`; `VX_WAIT_FOREVER` has no limit.
+    /// Returns false if the work has not ended within `milliseconds`; `VX_WAIT_FOREVER` has no limit.
     bool wait(std::uint32_t milliseconds = VX_WAIT_FOREVER) { return outcome().wait(milliseconds); }
 
     /// Waits for the end of the work and returns its result, or throws its exception. A second call, and one after a

@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t LEAST_DIGITS = 6;
 
-/// Of a clock that nobody sets.
+/// The time of the monotonic clock, which is never changed.
 std::int64_t milliseconds()
 {
     using namespace std::chrono;

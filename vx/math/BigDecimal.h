@@ -8,7 +8,7 @@
 
 namespace vx::math {
 
-/// Which of the two nearest numbers takes the place of one that has too many digits.
+/// Which of the two nearest numbers replaces a number with too many digits.
 enum class RoundingMode {
     UP, ///< the one away from zero
     DOWN, ///< the one toward zero
@@ -46,7 +46,8 @@ public:
     explicit BigDecimal(double value);
     ~BigDecimal() noexcept override;
 
-    /// Digits, with or without a minus sign before them and a fraction after them: "-12", "0.50". Nothing for any other text.
+    /// Digits, perhaps with a minus sign before them and a fraction after them: "-12", "0.50". Empty for any other
+    /// text.
     static std::optional<BigDecimal> tryParse(std::u16string_view text);
 
     BigDecimal& operator=(const BigDecimal& other);
@@ -106,7 +107,7 @@ private:
 
     template <class Integer>
     BigDecimal& setInteger(Integer value);
-    /// Increments the magnitude of a quotient if `mode` asks for that. `rest` is not 0.
+    /// Increments the magnitude of a quotient if `mode` requires that. `rest` is not 0.
     static void round(
         BigInteger& quotient, BigInteger& rest, const BigInteger& divisor, bool negative, RoundingMode mode);
     /// Adds with that sign, after both have been brought to the larger scale.

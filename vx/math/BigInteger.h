@@ -40,8 +40,8 @@ public:
     BigInteger(const String& text, int radix);
     ~BigInteger() noexcept override;
 
-    /// Digits of `radix`, with or without a minus sign before them. Nothing for any other text. A `radix` that is not 2 to 36
-    /// throws RangeErrorException.
+    /// Digits of `radix`, perhaps with a minus sign before them. Empty for any other text. A `radix` that is not 2 to
+    /// 36 throws RangeErrorException.
     static std::optional<BigInteger> tryParse(std::u16string_view text, int radix = 10);
 
     /// Both keep the storage if it is large enough. After a move the source is zero.

@@ -60,7 +60,7 @@ inline BigInteger& operator%=(BigInteger& left, const BigInteger& right)
     return left;
 }
 
-/// The value is that of the last digits as well: 1.5 and 1.50 are equal.
+/// Zeros at the end of the fraction do not matter: 1.5 and 1.50 are equal.
 inline bool operator==(const BigDecimal& left, const BigDecimal& right)
 {
     return left.compareTo(right) == 0;
@@ -158,7 +158,7 @@ template <>
 struct std::hash<vx::math::BigInteger> {
     std::size_t operator()(const vx::math::BigInteger& number) const { return number.hashCode(); }
 };
-/// Of the integer part: equal numbers of different scales have the same hash.
+/// The hash of the integer part, because equal numbers may have different scales.
 template <>
 struct std::hash<vx::math::BigDecimal> {
     std::size_t operator()(const vx::math::BigDecimal& number) const { return number.hashCode(); }

@@ -25,7 +25,7 @@ public:
     {
     }
 
-    /// Once: the parts are moved from.
+    /// May be called once, because it moves the parts.
     decltype(auto) operator()()
     {
         return std::apply(
@@ -39,7 +39,7 @@ private:
 template <class Callable, class... Arguments>
 BoundCall(Callable&&, Arguments&&...) -> BoundCall<std::decay_t<Callable>, std::decay_t<Arguments>...>;
 
-/// The work of a thread that is made of a callable.
+/// The runnable of a thread that calls a callable.
 template <class Call>
 class CallRunnable final : public Object, public IRunnable {
 public:
