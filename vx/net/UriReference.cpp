@@ -20,9 +20,7 @@ std::string withoutDotSegments(std::string_view input)
     while (!input.empty()) {
         if (input.starts_with("../")) {
             input.remove_prefix(3);
-        } else if (input.starts_with("./")) {
-            input.remove_prefix(2);
-        } else if (input.starts_with("/./")) {
+        } else if (input.starts_with("./") || input.starts_with("/./")) {
             input.remove_prefix(2);
         } else if (input == "/.") {
             input = "/";
@@ -44,7 +42,7 @@ std::string withoutDotSegments(std::string_view input)
 }
 
 /// A path that begins with two slashes would be parsed as an authority. The added segment has no effect.
-std::string guarded(std::string path, bool hasAuthority)
+std::string guarded(const std::string& path, bool hasAuthority)
 {
     return !hasAuthority && path.starts_with("//") ? "/." + path : path;
 }
