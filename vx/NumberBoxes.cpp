@@ -91,9 +91,14 @@ std::optional<Value> parseWhole(std::u16string_view text, Form... form)
         narrow[index] = static_cast<char>(text[index]);
     }
     Value value {};
-    const char* const end = narrow.data() + narrow.size();
-    const std::from_chars_result result = std::from_chars(narrow.data(), end, value, form...);
-    return result.ec == std::errc() && result.ptr == end ? std::optional(value) : std::nullopt;
+    // Clang instantiates each operation for all boxes, whatever it requires.
+    if constexpr (requires { std::from_chars(nullptr, nullptr, value, form...); }) {
+        const char* const end = narrow.data() + narrow.size();
+        const std::from_chars_result result = std::from_chars(narrow.data(), end, value, form...);
+        if (result.ec == std::errc() && result.ptr == end)
+            return value;
+    }
+    return {};
 }
 
 } // namespace
