@@ -311,7 +311,7 @@ std::optional<UriReference> UriReference::resolve(const UriReference& reference)
     }
     if (!reference.getScheme())
         target.scheme = copyOf(getScheme());
-    target.path = guarded(std::move(target.path), target.host.has_value());
+    target.path = guarded(target.path, target.host.has_value());
     return compose(target);
 }
 
