@@ -6,17 +6,17 @@
 #include "vx/net/QueryKey.h"
 #include "vx/util/RegistryKey.h"
 
-#include <typeinfo>
-
 namespace vx::startup::detail {
 
 namespace {
 
-const std::type_info* const KEY_CLASSES[] = {
-    &typeid(io::ByteBuffer),
-    &typeid(CVXByteBuffer),
-    &typeid(util::RegistryKey),
-    &typeid(net::QueryKey),
+using collections::vorb::detail::orderedClass;
+
+constexpr collections::vorb::detail::OrderedClass KEY_CLASSES[] = {
+    orderedClass<io::ByteBuffer>(),
+    orderedClass<CVXByteBuffer>(),
+    orderedClass<util::RegistryKey>(),
+    orderedClass<net::QueryKey>(),
 };
 
 } // namespace

@@ -1,14 +1,15 @@
 #include "vx/collections/vorb/detail/TextElements.h"
 
 #include "vx/Exception.h"
-#include "vx/IVXComparable.h"
 #include "vx/NumberBoxes.h"
 #include "vx/detail/ChainIndex.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
+#include "vx/vorb/Boundary.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
 
 namespace vx::collections::vorb::detail {
@@ -18,7 +19,7 @@ namespace {
 constexpr int NO_KIND = -1, TEXT = 0, FLOATS = 1, DOUBLES = 2, BIG_INTEGERS = 3, BIG_DECIMALS = 4; // then integers
 constexpr int FURTHER = 13; // the first of the classes that other rooms have
 
-constinit std::span<const std::type_info* const> g_furtherClasses;
+constinit std::span<const OrderedClass> g_furtherClasses;
 
 /// A key whose class is exactly `Key`.
 template <class Key>
@@ -47,7 +48,7 @@ int kindOf(const IVXUnknown* key) noexcept
         const auto kind = static_cast<int>(known - KINDS);
         return kind != BIG_INTEGERS || hasTopByte(as<math::BigInteger>(key)) ? kind : NO_KIND;
     }
-    const auto further = std::ranges::find(g_furtherClasses, type);
+    const auto further = std::ranges::find(g_furtherClasses, type, &OrderedClass::type);
     return further != g_furtherClasses.end() ? FURTHER + static_cast<int>(further - g_furtherClasses.begin()) : NO_KIND;
 }
 
@@ -65,11 +66,12 @@ int compareValues(Value left, Value right) noexcept
     return left < right ? -1 : left > right ? 1 : 0;
 }
 
-/// As the library's own comparator does, which would count `left` besides.
-int compareObjects(const IVXUnknown* left, const IVXUnknown* right)
+/// A failure is thrown with its result, as the library's own comparator gives it.
+int compareObjects(const OrderedClass& keyClass, const IVXUnknown* left, const IVXUnknown* right)
 {
     int order = 0;
-    throwIfFailed(const_cast<IVXComparable&>(dynamic_cast<const IVXComparable&>(*left)).CompareTo(right, &order));
+    throwIfFailed(vx::vorb::atBoundary(
+        &order, [&] { return keyClass.compare(dynamic_cast<const void*>(left), dynamic_cast<const void*>(right)); }));
     return order;
 }
 
@@ -83,7 +85,7 @@ int compareReals(double left, double right) noexcept
 
 } // namespace
 
-void setOrderedClasses(std::span<const std::type_info* const> classes) noexcept
+void setOrderedClasses(std::span<const OrderedClass> classes) noexcept
 {
     g_furtherClasses = classes;
 }
@@ -104,7 +106,7 @@ int compareForIndex(const IVXUnknown* left, const IVXUnknown* right)
     if (kind == TEXT)
         return compareTexts(*asText(left), *asText(right));
     if (kind >= FURTHER)
-        return compareObjects(left, right);
+        return compareObjects(g_furtherClasses[static_cast<std::size_t>(kind - FURTHER)], left, right);
     if (kind == BIG_INTEGERS)
         return as<math::BigInteger>(left).compareTo(as<math::BigInteger>(right));
     if (kind == BIG_DECIMALS)

@@ -55,10 +55,23 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
         && vx::detail::equalUnits(left.data(), right.data(), static_cast<int>(left.size()));
 }
 
-/// Registers further classes whose `compareTo` orders all objects of exactly that class. It is called at the start of
-/// the library, because these classes belong to rooms that include this one. The array must exist as long as the
-/// library.
-void setOrderedClasses(std::span<const std::type_info* const> classes) noexcept;
+/// A class whose `compareTo` orders all objects of exactly that class.
+struct OrderedClass {
+    const std::type_info* type;
+    int (*compare)(const void* left, const void* right); ///< takes the addresses of whole objects
+};
+
+template <class Key>
+constexpr OrderedClass orderedClass() noexcept
+{
+    return {&typeid(Key), [](const void* left, const void* right) {
+                return static_cast<const Key*>(left)->Key::compareTo(*static_cast<const Key*>(right));
+            }};
+}
+
+/// Makes further classes known. The library's start calls this: the classes belong to rooms that include this one. The
+/// array must live as long as the library.
+void setOrderedClasses(std::span<const OrderedClass> classes) noexcept;
 
 /// Whether both are texts, numbers of one class of the library, or of one of those further classes. The library's own
 /// comparator finds such keys equal exactly if `compareForIndex` gives 0 for them; a NaN alone is equal to no number there.
