@@ -3,6 +3,8 @@
 #include "vx/detail/UnitSet.h"
 #include "vxsys/detail/Vector.h"
 
+#include <algorithm>
+
 #if VX_VECTOR_PATHS
 #include <bit>
 #include <emmintrin.h>
@@ -19,34 +21,78 @@ inline int scanSet(const char16_t* text, int from, int length, const UnitSet& se
     return from;
 }
 
-/// The same for the units of a set themselves, without regard to their other cases. Most sets have few units, and most searches
-/// end soon: then comparisons take less time than it takes to build a `UnitSet`.
+/// The same for a few units themselves, without regard to their other cases.
+inline int scanFew(
+    const char16_t* text, int from, int length, const char16_t* units, int unitCount, bool wanted) noexcept
+{
+    while (from < length && (std::find(units, units + unitCount, text[from]) != units + unitCount) != wanted)
+        ++from;
+    return from;
+}
+
+inline constexpr int SET_BLOCK = 8;
+
+#if VX_VECTOR_PATHS
+/// The same for a text of no less than one block. The number of units is a constant, so that registers hold them.
+template <int UNIT_COUNT>
+int scanBlocks(const char16_t* text, int from, int length, const char16_t* units, bool wanted) noexcept
+{
+    __m128i lanes[UNIT_COUNT];
+    for (int index = 0; index < UNIT_COUNT; ++index)
+        lanes[index] = _mm_set1_epi16(static_cast<short>(units[index]));
+    const unsigned other = wanted ? 0 : 0xFFFF;
+    while (from < length) {
+        const int start = std::min(from, length - SET_BLOCK); // the last block may begin before `from`
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + start));
+        __m128i found = _mm_cmpeq_epi16(block, lanes[0]);
+        for (int index = 1; index < UNIT_COUNT; ++index)
+            found = _mm_or_si128(found, _mm_cmpeq_epi16(block, lanes[index]));
+        const unsigned bits = (static_cast<unsigned>(_mm_movemask_epi8(found)) ^ other) >> 2 * (from - start);
+        if (bits != 0)
+            return from + std::countr_zero(bits) / 2;
+        from = start + SET_BLOCK;
+    }
+    return length;
+}
+#endif
+
+/// The same for the units of a set themselves. Most sets have few units, and most searches end soon: then comparisons take less
+/// time than it takes to build a `UnitSet`.
 inline int scanUnits(
     const char16_t* text, int from, int length, const char16_t* units, int unitCount, bool wanted) noexcept
 {
-#if VX_VECTOR_PATHS
-    constexpr int BLOCK = 8;
     constexpr int FEW = 6;
-    if (unitCount <= FEW && length >= BLOCK) {
-        __m128i lanes[FEW];
-        for (int index = 0; index < unitCount; ++index)
-            lanes[index] = _mm_set1_epi16(static_cast<short>(units[index]));
-        const unsigned other = wanted ? 0 : 0xFFFF;
-        while (from < length) {
-            const int start = from + BLOCK <= length ? from : length - BLOCK; // the last block may begin before `from`
-            const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + start));
-            __m128i found = _mm_setzero_si128();
-            for (int index = 0; index < unitCount; ++index)
-                found = _mm_or_si128(found, _mm_cmpeq_epi16(block, lanes[index]));
-            const unsigned bits = (static_cast<unsigned>(_mm_movemask_epi8(found)) ^ other) >> 2 * (from - start);
-            if (bits != 0)
-                return from + std::countr_zero(bits) / 2;
-            from = start + BLOCK;
+    if (unitCount > FEW || (VX_VECTOR_PATHS == 0 && length >= SET_BLOCK))
+        return scanSet(text, from, length, UnitSet(units, unitCount, false), wanted);
+#if VX_VECTOR_PATHS
+    if (length >= SET_BLOCK) {
+        if (!wanted) {
+            // Most words have one delimiter between them: a search for the next word ends before a block is worth its set-up.
+            constexpr int SOON = 2;
+            const int start = from;
+            from = scanFew(text, start, std::min(start, length - SOON) + SOON, units, unitCount, wanted);
+            if (from - start < SOON)
+                return from;
         }
-        return length;
+        switch (unitCount) {
+        case 1:
+            return scanBlocks<1>(text, from, length, units, wanted);
+        case 2:
+            return scanBlocks<2>(text, from, length, units, wanted);
+        case 3:
+            return scanBlocks<3>(text, from, length, units, wanted);
+        case 4:
+            return scanBlocks<4>(text, from, length, units, wanted);
+        case 5:
+            return scanBlocks<5>(text, from, length, units, wanted);
+        case FEW:
+            return scanBlocks<FEW>(text, from, length, units, wanted);
+        default:
+            break; // no units: found at once or nowhere
+        }
     }
 #endif
-    return scanSet(text, from, length, UnitSet(units, unitCount, false), wanted);
+    return scanFew(text, from, length, units, unitCount, wanted);
 }
 
 } // namespace vx::detail

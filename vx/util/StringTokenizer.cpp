@@ -5,7 +5,6 @@
 #include "vx/detail/StringLocks.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 namespace vx::util {
@@ -19,9 +18,9 @@ std::u16string_view unitsOf(const String& text)
     return vx::detail::PlainBuffer::readExact(text, &units) ? units : text.view();
 }
 
-int lengthOf(const String& text)
+int lengthOf(std::u16string_view text)
 {
-    return static_cast<int>(unitsOf(text).size());
+    return static_cast<int>(text.size());
 }
 
 } // namespace
@@ -39,8 +38,9 @@ StringTokenizer::~StringTokenizer() noexcept = default;
 
 bool StringTokenizer::hasMoreTokens()
 {
-    m_peeked = skipDelims(m_position);
-    return m_peeked < lengthOf(m_text);
+    const std::u16string_view text = unitsOf(m_text);
+    m_peeked = skipDelims(text, m_position);
+    return m_peeked < lengthOf(text);
 }
 
 String StringTokenizer::nextToken(const char16_t* delimiters)
@@ -49,45 +49,56 @@ String StringTokenizer::nextToken(const char16_t* delimiters)
         m_delimiters = delimiters;
         m_peeked = -1;
     }
-    m_position = m_peeked >= 0 ? m_peeked : skipDelims(m_position);
+    const std::u16string_view text = unitsOf(m_text);
+    m_position = m_peeked >= 0 ? m_peeked : skipDelims(text, m_position);
     m_peeked = -1;
-    if (m_position >= lengthOf(m_text))
+    if (m_position >= lengthOf(text))
         throw Exception(u"No such element");
-    const int end = scanToken(m_position);
-    return m_text.substring(std::exchange(m_position, end), std::min(end, lengthOf(m_text)));
+    const int end = scanToken(text, m_position);
+    return m_text.substring(std::exchange(m_position, end), std::min(end, lengthOf(text)));
 }
 
 int StringTokenizer::getTokenCount() const
 {
+    const std::u16string_view text = unitsOf(m_text);
     int count = 0;
-    for (int position = skipDelims(m_position); position < lengthOf(m_text); ++count)
-        position = skipDelims(scanToken(position));
+    for (int position = skipDelims(text, m_position); position < lengthOf(text); ++count)
+        position = skipDelims(text, scanToken(text, position));
     return count;
 }
 
 int StringTokenizer::skipDelims(int start) const
 {
-    if (m_returnDelimiters)
-        return start;
-    const int place = find(false, start);
-    return place < lengthOf(m_text) ? place : lengthOf(m_text) + 1;
+    return skipDelims(unitsOf(m_text), start);
 }
 
 int StringTokenizer::scanToken(int start) const
 {
-    const int length = lengthOf(m_text);
-    int end = find(true, start);
+    return scanToken(unitsOf(m_text), start);
+}
+
+int StringTokenizer::skipDelims(std::u16string_view text, int start) const
+{
+    if (m_returnDelimiters)
+        return start;
+    const int place = find(false, text, start);
+    return place < lengthOf(text) ? place : lengthOf(text) + 1;
+}
+
+int StringTokenizer::scanToken(std::u16string_view text, int start) const
+{
+    const int length = lengthOf(text);
+    int end = find(true, text, start);
     if (start < length && end == length)
         ++end;
     return m_returnDelimiters && end == start ? end + 1 : end;
 }
 
-int StringTokenizer::find(bool isDelimiter, int start) const
+int StringTokenizer::find(bool isDelimiter, std::u16string_view text, int start) const
 {
-    const std::u16string_view text = unitsOf(m_text);
     const std::u16string_view delimiters = unitsOf(m_delimiters);
-    const int place = vx::detail::scanUnits(text.data(), std::max(start, 0), static_cast<int>(text.size()),
-        delimiters.data(), static_cast<int>(delimiters.size()), isDelimiter);
+    const int place = vx::detail::scanUnits(
+        text.data(), std::max(start, 0), lengthOf(text), delimiters.data(), lengthOf(delimiters), isDelimiter);
     return std::max(start, place);
 }
 

@@ -3,6 +3,8 @@
 #include "vx/Object.h"
 #include "vx/String.h"
 
+#include <string_view>
+
 namespace vx::util {
 
 /// Splits a text into tokens at delimiters. Each delimiter may also be returned as a token. One thread at a time.
@@ -28,9 +30,12 @@ protected:
 private:
     static const STRUCT_VX_STR_LIT_INFO s_defaultDelims;
 
-    /// The first place from `start` on with a delimiter, or without one if the last argument is false. The length of
+    /// The same for the units of the text, which the caller has read once.
+    int skipDelims(std::u16string_view text, int start) const;
+    int scanToken(std::u16string_view text, int start) const;
+    /// The first place from `start` on with a delimiter, or without one if the first argument is false. The length of
     /// the text if there is none.
-    int find(bool isDelimiter, int start) const;
+    int find(bool isDelimiter, std::u16string_view text, int start) const;
 
     String m_text;
     String m_delimiters;

@@ -45,6 +45,7 @@ TEST(StringTokenizer, WalksTheTokens)
         const char16_t *text, *delimiters, *tokens, *withDelimiters;
     } cases[] = {{u"a,b", u",", u"|a|b", u"|a|,|b"}, {u",,a", u",", u"|a", u"|,|,|a"}, {u"", u",", u"", u""},
         {u",", u",", u"", u"|,"}, {u"ab;c,,d", u",;", u"|ab|c|d", u"|ab|;|c|,|,|d"},
+        {u"longer text", u"", u"|longer text", u"|longer text"},
         {u" one\ttwo\r\n\fthree\v", nullptr, u"|one|two|three\v", u"| |one|\t|two|\r|\n|\f|three\v"}};
     for (const auto& row : cases) {
         for (const int looks : {0, 1, 2}) {
