@@ -16,6 +16,8 @@
 
 #include <cstring>
 #include <functional>
+#include <iterator>
+#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -106,6 +108,29 @@ TEST(NarrowText, RefusesHalvesOfCharactersByOneRule)
     }
     EXPECT_EQ(String(u"a\u00E9\u20AC\U0001F600\uFFFD").toUtf8(), "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBD");
     EXPECT_EQ(String(std::string("a\xFFz")), u"a\uFFFDz");
+}
+
+TEST(NarrowText, EncodesMixedTextOfEveryShortLength)
+{
+    const struct {
+        std::u16string_view units;
+        std::string_view bytes;
+    } characters[] = {{u"a", "a"}, {u"\u00E9", "\xC3\xA9"}, {u"\u20AC", "\xE2\x82\xAC"},
+        {u"\U0001F600", "\xF0\x9F\x98\x80"}, {std::u16string_view(u"", 1), std::string_view("", 1)}};
+    std::mt19937 random(5);
+    for (std::size_t length = 0; length < 600; ++length) {
+        std::u16string units;
+        std::string bytes;
+        while (units.size() < length / 2) {
+            const auto& next = characters[random() % (length % 3 == 0 ? 2 : std::size(characters))];
+            units += next.units;
+            bytes += next.bytes;
+        }
+        ASSERT_EQ(String(units.data(), static_cast<int>(units.size())).toUtf8(), bytes) << length;
+        units.insert(random() % (units.size() + 1), 1, random() % 2 == 0 ? u'\xDBFF' : u'\xDC00');
+        const String broken(units.data(), static_cast<int>(units.size()));
+        ASSERT_THROW(broken.toUtf8(), InvalidCharacterException) << "an odd number of halves, in " << units.size();
+    }
 }
 
 TEST(NarrowText, KeepsNoRoomThatTheTextDidNotNeed)

@@ -6,6 +6,8 @@
 #include "vx/text/charset/detail/ByteRuns.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/text/charset/detail/EncodeText.h"
+#include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Utf8EncodeBlocks.h"
 #include "vxsys/Defaults.h"
 #include "vxsys/Surrogate.h"
 
@@ -17,6 +19,12 @@ namespace vx::text::charset::detail {
 namespace {
 
 constexpr int NAME_SIZE = 40;
+
+/// Units of a text that `encodeShort` takes, and the bytes that it may write.
+constexpr std::int32_t SHORT_TEXT = 256;
+/// The vector path leaves less than this many units at an end to be encoded one by one. In a short text those are most of all.
+constexpr std::int32_t PADDING = 16;
+constexpr std::int32_t SHORT_ROOM = 3 * (SHORT_TEXT + PADDING);
 
 /// "UTF-8", "UTF8" and "UTF_8" in upper or lower case.
 bool isNameOfUtf8(const char16_t* name) noexcept
@@ -125,6 +133,26 @@ void throwIfLoneTrail(std::u16string_view text, std::size_t bytes)
         throw InvalidCharacterException(u"trailing surrogate without leading");
 }
 
+/// Encodes at most SHORT_TEXT units into SHORT_ROOM bytes and returns the bytes written, or -1 if there is a lone surrogate or
+/// no vector path. The padding is encoded too, one byte for each unit, and not counted.
+std::int32_t encodeShort(std::u16string_view text, signed char* out) noexcept
+{
+    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data(), out, std::ssize(text)));
+    if (plain == std::ssize(text))
+        return plain;
+    char16_t units[SHORT_TEXT + PADDING];
+    char16_t* const end = std::copy(text.begin() + plain, text.end(), units);
+    std::fill_n(end, PADDING, u'\0');
+    const auto length = static_cast<std::int32_t>(end - units);
+    std::int32_t read = 0;
+    std::int32_t written = plain;
+    {
+        Encoding pass(units, &read, length + PADDING, out, &written, SHORT_ROOM);
+        encodePlain(pass);
+    }
+    return read >= length ? written - (read - length) : -1;
+}
+
 /// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros.
 void appendPieces(std::string& bytes, std::u16string_view text)
 {
@@ -171,13 +199,15 @@ std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, s
 
 std::string encodeUtf8(std::u16string_view text)
 {
-    constexpr std::int32_t SHORT_TEXT = 256;
     std::string bytes;
     if (text.size() <= SHORT_TEXT) {
-        signed char out[3 * SHORT_TEXT];
+        signed char out[SHORT_ROOM];
+        std::int32_t written = encodeShort(text, out);
+        if (written >= 0)
+            return std::string(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
         std::int32_t position = 0;
-        std::int32_t written = 0;
-        encodeUtf8(text, position, out, written, sizeof out);
+        written = 0;
+        encodeUtf8(text, position, out, written, SHORT_ROOM);
         bytes.assign(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
     } else {
         appendPieces(bytes, text);
