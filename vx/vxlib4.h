@@ -220,6 +220,7 @@
 #include "vx/util/Guid.h"
 #include "vx/util/IByteBuffer.h"
 #include "vx/util/ICharBuffer.h"
+#include "vx/util/IniDocument.h"
 #include "vx/util/IniFile.h"
 #include "vx/util/IniFileException.h"
 #include "vx/util/IniFileIterator.h"

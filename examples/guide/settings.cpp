@@ -33,6 +33,12 @@ int main(int argc, char** argv)
     throwIfFailed(ini.GetValue(u"Window\\Main", u"WIDTH", width, 16));
     std::cout << String(width) << '\n';
 
+    auto document = util::IniDocument::parse("; written by hand\n[window]\nwidth = 640 \n");
+    document.set("window", "width", "800");
+    document.set("window", "height", "600");
+    throwIfFailed(document.save(path)); // in the file and on the disk, or the file is as before
+    std::cout << document.getText() << "line " << document.find("window", "height")->line << '\n';
+
     net::URI uri(u"vxlog://ann@example.org:7514/inbox?level=3");
     uri.setQueryPair(u"topic", u"bread & butter", true);
     std::cout << uri.getHost(true) << ' ' << uri.getPort() << ' ' << uri.getQueryValue(u"topic", true) << '\n';

@@ -204,15 +204,19 @@ class Settings(Served):
         self.assertHelps("vxlogd", "--idle-timeout")
 
     def test_must_be_right(self):
-        unknown = self.write("unknown.ini", b"[vxlogd]\nportt = 1\n")
-        wrong = self.write("wrong.ini", b"[vxlogd]\nmax-line = 1\n")
-        other = self.write("other.ini", b"[other]\nport = 1\n")
         for arguments in [["--port=65536"], ["--port=x"], ["--workers=0"], ["--nothing"], ["--log"], ["word"],
-                          ["--format=xml", "--encoding=CP1252"], ["-c", self.path("none")], ["-c", unknown],
-                          ["-c", wrong], ["-c", other]]:
+                          ["--format=xml", "--encoding=CP1252"], ["-c", self.path("none")]]:
             result = vxlogd(*arguments)
             self.assertFails(result, status=2)
             self.assertEqual(result.stdout, b"")
+        for text, place in [("[vxlogd]\n\nportt = 1\n", ":3: unknown setting portt"),
+                            ("# size\n[vxlogd]\r\nmax-line = 1\n", ':3: max-line: "1" is no number'),
+                            ("[vxlogd]\nlevel 3\n", ":2: neither a set nor a setting: level 3"),
+                            ("[vxlogd]\n level = 3\n", ":2: neither"), ("[other]\n[vxlogd\n", ":2: neither"),
+                            ("level = 3\n[vxlogd]\n", ":1: level stands before"),
+                            ("[vxlogd]\nport = 1\n[other]\nx=1\n[VXLOGD]\nPort = x", ":6: port"),
+                            ("[other]\nport = 1\n", ": has no set [vxlogd]")]:
+            self.assertFails(vxlogd("-c", self.write("wrong.ini", text.encode())), "wrong.ini" + place, status=2)
         self.assertFails(vxlogd("-c", "/"), "/: is a directory", status=2)
         strange = self.write("\udcff.ini", b"[vxlogd]\n")
         self.assertFails(vxlogd("-c", strange), "not UTF-8", status=2)

@@ -5,15 +5,14 @@
 #include "common/FileName.h"
 #include "common/Input.h"
 
-#include <vx/TerminatedText.h>
-#include <vx/util/IniFile.h>
-#include <vx/util/IniFileException.h>
-#include <vx/util/IniFileIterator.h>
+#include <vx/util/IniDocument.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
-#include <cstring>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 #include <vector>
 
 namespace vxlogd {
@@ -23,7 +22,14 @@ using vx::util::OptionTable;
 
 namespace {
 
-constexpr const char16_t* SET = u"vxlogd";
+constexpr std::string_view SET = "vxlogd";
+
+/// Letter case does not count.
+bool isSameName(std::string_view left, std::string_view right)
+{
+    const auto lower = [](unsigned char byte) { return std::tolower(byte); };
+    return std::ranges::equal(left, right, {}, lower, lower);
+}
 
 template <class Number>
 Number numberIn(const std::string& text, Number least, Number most)
@@ -145,29 +151,31 @@ void set(Settings& settings, const SettingRow& row, const std::string& text, con
 
 void readFile(Settings& settings, const std::string& path)
 {
-    constexpr unsigned int LONGEST_VALUE = 512;
+    const auto refuse = [&](std::size_t line, const std::string& why) {
+        throw std::invalid_argument(path + ':' + std::to_string(line) + ": " + why);
+    };
     try {
         const vxtools::Input readable(path); // throws the reason if it is not
-        const vx::String name = vxtools::canonicalPath(path);
-        vx::util::IniFile file(vx::TerminatedText(name), nullptr, 1);
-        for (vx::util::IniFileKeyIterator keys(file, SET); keys.hasNext();) {
-            const vx::String key = keys.next();
-            char16_t value[LONGEST_VALUE];
-            if (file.GetValue(SET, vx::TerminatedText(key), value, LONGEST_VALUE) != 0)
-                throw std::invalid_argument(path + ": cannot be read");
-            const SettingRow* row = std::begin(SETTINGS);
-            while (row != std::end(SETTINGS) && !key.equals(vx::String(row->option.name), true))
-                ++row;
+        const auto file = vx::util::IniDocument::load(vxtools::canonicalPath(path));
+        for (const vx::util::IniDocument::StrangeLine& line : file.getStrangeLines())
+            refuse(line.line, "neither a set nor a setting: " + line.text);
+        if (!file.hasSet(SET))
+            throw std::invalid_argument(path + ": has no set [vxlogd]");
+        for (const vx::util::IniDocument::Entry& entry : file.getEntries()) {
+            if (entry.set.empty())
+                refuse(entry.line, entry.name + " stands before the first set");
+            if (!isSameName(entry.set, SET))
+                continue;
+            const auto row = std::ranges::find_if(
+                SETTINGS, [&](const SettingRow& each) { return isSameName(each.option.name, entry.name); });
             if (row == std::end(SETTINGS))
-                throw std::invalid_argument(path + ": unknown setting " + key.toUtf8());
-            set(settings, *row, vx::String(value).toUtf8(), path + ": ");
+                refuse(entry.line, "unknown setting " + entry.name);
+            set(settings, *row, entry.value, path + ':' + std::to_string(entry.line) + ": ");
         }
     } catch (const vxtools::Failure& failure) {
         throw std::invalid_argument(failure.what());
-    } catch (const vx::util::IniFileException& failure) {
-        throw std::invalid_argument(path
-            + (failure.GetType() == vx::util::IniFileException::TYPE_NO_SUCH_SET ? ": has no set [vxlogd]"
-                                                                                 : ": cannot be opened"));
+    } catch (const vx::Exception& failure) {
+        throw std::invalid_argument(path + ": " + vxtools::textOf(failure));
     }
 }
 

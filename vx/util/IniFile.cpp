@@ -6,13 +6,13 @@
 #include "vx/detail/TextHash.h"
 #include "vx/sync/ScopedWait.h"
 #include "vx/util/IniFileException.h"
+#include "vx/util/detail/FileBytes.h"
 #include "vx/util/detail/IniText.h"
 #include "vxsys/Text.h"
 
 #include <algorithm>
 #include <chrono>
 #include <functional>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,40 +25,6 @@ constexpr int LOADED = 0;
 constexpr int NOT_LOADED = -1;
 constexpr int WRITTEN = 0;
 constexpr int NOT_WRITTEN = 1;
-
-std::int32_t readAll(std::uint32_t file, std::string& bytes)
-{
-    constexpr std::size_t LEAST_ROOM = 4096;
-    std::int64_t size = 0;
-    if (VXFileGetSize(file, &size) >= 0 && size > 0)
-        bytes.reserve(static_cast<std::size_t>(size) + LEAST_ROOM);
-    for (;;) {
-        const std::size_t length = bytes.size();
-        bytes.resize(std::max(bytes.capacity(), length + LEAST_ROOM));
-        std::int32_t done = 0;
-        const auto room = std::min<std::size_t>(bytes.size() - length, std::numeric_limits<std::int32_t>::max());
-        const std::int32_t result = VXFileRead(file, bytes.data() + length, static_cast<std::int32_t>(room), &done);
-        bytes.resize(length + static_cast<std::size_t>(done));
-        if (result < 0 || done == 0)
-            return result;
-    }
-}
-
-std::int32_t readFile(const char16_t* path, std::string& bytes)
-{
-    std::uint32_t file = VX_FILE_INVALID_HANDLE;
-    std::int32_t result = VXFileOpen(path, VX_FILE_READ, 0, &file);
-    if (result < 0)
-        return result;
-    try {
-        result = readAll(file, bytes);
-    } catch (...) {
-        VXFileClose(file);
-        throw;
-    }
-    VXFileClose(file);
-    return result;
-}
 
 /// Removes the set and all whose name begins with `name`, with regard to case.
 template <class Sets>
@@ -231,7 +197,7 @@ int IniFile::load()
     VXFileStatus status; // taken before the content: a change in between is noticed by the next operation
     const bool hasStatus = VXFileGetStatus(path, &status) >= 0;
     std::string bytes;
-    const std::int32_t result = readFile(path, bytes);
+    const std::int32_t result = detail::readFile(path, bytes);
     IniSets sets;
     if (result >= 0)
         sets = detail::parseIniText(bytes);

@@ -1,0 +1,263 @@
+#include "vx/util/IniDocument.h"
+
+#include "vx/Exception.h"
+#include "vx/Occasion.h"
+#include "vx/Result.h"
+#include "vx/TerminatedText.h"
+#include "vx/util/detail/FileBytes.h"
+#include "vxsys/File.h"
+
+#include <algorithm>
+
+namespace vx::util {
+
+namespace {
+
+constexpr std::size_t NONE = std::string::npos;
+constexpr std::string_view UTF8_MARKER = "\xEF\xBB\xBF";
+constexpr std::string_view COMMENT_SIGNS = "#;:";
+constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
+constexpr std::string_view TRIMMED = " \t\r\n";
+
+char lower(char byte)
+{
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+bool isSameName(std::string_view left, std::string_view right)
+{
+    return std::ranges::equal(left, right, {}, lower, lower);
+}
+
+bool isIn(std::string_view set, char byte)
+{
+    return set.find(byte) != set.npos;
+}
+
+void require(bool condition, const char16_t* what)
+{
+    if (!condition)
+        throw ResultException(RESULT_INVALID_ARGUMENT, String(u"an INI file cannot hold this ") + what);
+}
+
+} // namespace
+
+IniDocument IniDocument::parse(std::string_view text)
+{
+    IniDocument document;
+    if (text.starts_with(UTF8_MARKER)) {
+        document.m_marker = UTF8_MARKER;
+        text.remove_prefix(UTF8_MARKER.size());
+    }
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
+        document.m_lines.push_back(lineOf(std::string(text.substr(0, end))));
+        text.remove_prefix(end);
+    }
+    return document;
+}
+
+IniDocument IniDocument::load(const String& path)
+{
+    std::string bytes;
+    throwIfFailed(detail::readFile(SystemName(path), bytes), u"open", path);
+    return parse(bytes);
+}
+
+std::int32_t IniDocument::save(const String& path) const
+{
+    constexpr std::int32_t ACCESS = 0666;
+    if (!SystemName::isValid(path))
+        return RESULT_INVALID_NAME;
+    const std::string text = getText();
+    return VXFileReplace(TerminatedText(path), text.data(), static_cast<std::int64_t>(text.size()), ACCESS, nullptr);
+}
+
+std::string IniDocument::getText() const
+{
+    std::string text = m_marker;
+    for (const Line& line : m_lines)
+        text += line.text;
+    return text;
+}
+
+bool IniDocument::hasSet(std::string_view set) const
+{
+    return placeIn(set) != NONE;
+}
+
+std::vector<std::string> IniDocument::getSets() const
+{
+    std::vector<std::string> names;
+    for (const Line& line : m_lines) {
+        const auto isThis = [&](const std::string& name) { return isSameName(name, line.name()); };
+        if (line.kind == Kind::SET && std::ranges::none_of(names, isThis))
+            names.emplace_back(line.name());
+    }
+    return names;
+}
+
+std::vector<IniDocument::Entry> IniDocument::getEntries() const
+{
+    std::vector<Entry> entries;
+    forEach([&](std::size_t index, std::string_view set) {
+        const Line& line = m_lines[index];
+        if (line.kind == Kind::ENTRY)
+            entries.push_back({std::string(set), std::string(line.name()), std::string(line.value()), index + 1});
+    });
+    return entries;
+}
+
+std::vector<IniDocument::StrangeLine> IniDocument::getStrangeLines() const
+{
+    std::vector<StrangeLine> lines;
+    for (std::size_t index = 0; index < m_lines.size(); ++index) {
+        const std::string& text = m_lines[index].text;
+        if (m_lines[index].kind == Kind::STRANGE)
+            lines.push_back({text.substr(0, text.find_last_not_of("\r\n") + 1), index + 1});
+    }
+    return lines;
+}
+
+std::optional<IniDocument::Entry> IniDocument::find(std::string_view set, std::string_view name) const
+{
+    const std::size_t index = indexOf(set, name);
+    if (index == NONE)
+        return std::nullopt;
+    const Line& line = m_lines[index];
+    return Entry {std::string(set), std::string(line.name()), std::string(line.value()), index + 1};
+}
+
+std::optional<std::string> IniDocument::get(std::string_view set, std::string_view name) const
+{
+    const std::size_t index = indexOf(set, name);
+    return index != NONE ? std::optional<std::string>(m_lines[index].value()) : std::nullopt;
+}
+
+void IniDocument::set(std::string_view set, std::string_view name, std::string_view value)
+{
+    // A line that is made of the texts tells whether they would be read back.
+    const Line entry = lineOf(std::string(name) + " = " + std::string(value));
+    require(entry.kind == Kind::ENTRY && entry.name() == name && !isIn(name, '\n'), u"name");
+    require(entry.value() == value && !isIn(value, '\n'), u"value");
+    const Line head = lineOf('[' + std::string(set) + ']');
+    require(head.kind == Kind::SET && !isIn(set, '\n'), u"set");
+
+    if (const std::size_t index = indexOf(set, name); index != NONE) {
+        std::string text = m_lines[index].text;
+        const std::size_t start = m_lines[index].valueStart;
+        const bool needsBlank = text[start - 1] == '=' && start > 1 && text[start - 2] == ' ';
+        text.replace(start, m_lines[index].valueLength, (needsBlank ? " " : "") + std::string(value));
+        m_lines[index] = lineOf(std::move(text));
+        return;
+    }
+    std::size_t place = placeIn(set);
+    if (place == NONE && set.empty()) {
+        const auto isHead = [](const Line& line) { return line.kind == Kind::SET; };
+        place = static_cast<std::size_t>(std::ranges::find_if(m_lines, isHead) - m_lines.begin());
+    } else if (place == NONE) {
+        if (!m_lines.empty() && m_lines.back().text.find_first_not_of(WHITE_SPACE) != NONE)
+            insert(m_lines.size(), "");
+        insert(m_lines.size(), '[' + std::string(set) + ']');
+        place = m_lines.size();
+    }
+    const Line* before = place > 0 ? &m_lines[place - 1] : nullptr;
+    const bool isTight = before != nullptr && before->kind == Kind::ENTRY
+        && before->text[before->nameLength] == '='; // as they write it
+    insert(place, std::string(name) + (isTight ? "=" : " = ") + std::string(value));
+}
+
+bool IniDocument::remove(std::string_view set, std::string_view name)
+{
+    std::vector<Line> kept;
+    forEach([&](std::size_t index, std::string_view ofLine) {
+        const Line& line = m_lines[index];
+        if (line.kind != Kind::ENTRY || !isSameName(ofLine, set) || !isSameName(line.name(), name))
+            kept.push_back(line);
+    });
+    m_lines.swap(kept);
+    return m_lines.size() != kept.size();
+}
+
+bool IniDocument::removeSet(std::string_view set)
+{
+    std::vector<Line> kept;
+    forEach([&](std::size_t index, std::string_view ofLine) {
+        if (!isSameName(ofLine, set))
+            kept.push_back(m_lines[index]);
+    });
+    m_lines.swap(kept);
+    return m_lines.size() != kept.size();
+}
+
+IniDocument::Line IniDocument::lineOf(std::string text)
+{
+    Line line;
+    line.text = std::move(text);
+    const std::string_view whole = line.text;
+    const std::size_t first = whole.find_first_not_of(WHITE_SPACE);
+    if (first == NONE || isIn(COMMENT_SIGNS, whole[first]))
+        return line;
+    line.kind = Kind::STRANGE;
+    if (first != 0 || isIn(whole, '\0'))
+        return line;
+    if (whole.front() == '[') {
+        if (const std::size_t bracket = whole.rfind(']'); bracket != NONE) {
+            line.kind = Kind::SET;
+            line.nameStart = 1;
+            line.nameLength = bracket - 1;
+        }
+    } else if (const std::size_t sign = whole.find('='); sign != NONE) {
+        line.kind = Kind::ENTRY;
+        line.nameLength = whole.substr(0, sign).find_last_not_of(TRIMMED) + 1;
+        line.valueStart = sign + 1;
+        if (const std::size_t value = whole.find_first_not_of(TRIMMED, sign + 1); value != NONE) {
+            line.valueStart = value;
+            line.valueLength = whole.find_last_not_of(TRIMMED) + 1 - value;
+        }
+    }
+    return line;
+}
+
+void IniDocument::insert(std::size_t index, std::string_view text)
+{
+    const std::string_view end
+        = !m_lines.empty() && m_lines.front().text.ends_with("\r\n") ? std::string_view("\r\n") : "\n";
+    if (index > 0 && !m_lines[index - 1].text.ends_with('\n'))
+        m_lines[index - 1].text += end;
+    m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(index), lineOf(std::string(text).append(end)));
+}
+
+template <class Work>
+void IniDocument::forEach(Work work) const
+{
+    std::string_view set;
+    for (std::size_t index = 0; index < m_lines.size(); ++index) {
+        if (m_lines[index].kind == Kind::SET)
+            set = m_lines[index].name();
+        work(index, set);
+    }
+}
+
+std::size_t IniDocument::indexOf(std::string_view set, std::string_view name) const
+{
+    std::size_t last = NONE;
+    forEach([&](std::size_t index, std::string_view ofLine) {
+        if (m_lines[index].kind == Kind::ENTRY && isSameName(ofLine, set) && isSameName(m_lines[index].name(), name))
+            last = index;
+    });
+    return last;
+}
+
+std::size_t IniDocument::placeIn(std::string_view set) const
+{
+    std::size_t place = NONE;
+    forEach([&](std::size_t index, std::string_view ofLine) {
+        const Kind kind = m_lines[index].kind;
+        if ((kind == Kind::SET || kind == Kind::ENTRY) && isSameName(ofLine, set))
+            place = index + 1;
+    });
+    return place;
+}
+
+} // namespace vx::util
