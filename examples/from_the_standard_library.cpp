@@ -23,7 +23,7 @@ void texts()
     const std::string narrow = s.toUtf8();
     const String wide {std::string_view(narrow)};
     std::cout << wide << '\n';
-    const String line = String().format(u"{0}: {1}", -1, wide, 42);
+    const String line = String::formatted(u"{0}: {1}", wide, 42);
     assert(line == u"Güße!: 42");
     const std::optional<std::int32_t> number = Integer32::tryParse(u"42");
     assert(*number == 42 && String::valueOf(*number) == u"42");

@@ -349,6 +349,13 @@ public:
     template <class Form, class First, class... Others>
     requires detail::CheckedFormatArguments<First, Others...> && detail::FormatOfAnyText<Form, First>
     const String& format(const Form& format, const First& first, const Others&... others);
+    /// A new text, made in the same way from any number of arguments. Here no argument is a length: use this form unless the
+    /// template has one. In `format(u"{0} cats", 42)` the 42 is the length of the template.
+    /// @code
+    /// assert(String::formatted(u"{1} has {0} cats", 42, u"Ada") == u"Ada has 42 cats");
+    /// @endcode
+    template <class... Arguments>
+    static String formatted(std::u16string_view form, const Arguments&... arguments);
 
     /// Integers are decimal. Floating-point numbers have six significant digits in the shorter form ("%g"), with the
     /// point of the C locale.
@@ -518,6 +525,19 @@ const String& String::format(const char16_t* format, int length, const Arguments
 {
     const detail::FormatArgument texts[] {detail::FormatArgument(arguments)...};
     return formatChecked(format, length, texts, sizeof...(arguments));
+}
+
+template <class... Arguments>
+String String::formatted(std::u16string_view form, const Arguments&... arguments)
+{
+    String text;
+    if constexpr (sizeof...(arguments) == 0) {
+        text = form;
+    } else {
+        const detail::FormatArgument texts[] {detail::FormatArgument(arguments)...};
+        text.formatChecked(form.data(), static_cast<int>(form.size()), texts, sizeof...(arguments));
+    }
+    return text;
 }
 
 template <class Form, class First, class... Others>

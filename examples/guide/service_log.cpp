@@ -35,7 +35,7 @@ int main(int argc, char** argv)
     logger->enableField(u"timestamp", true);
     logger->addProcessor(filter.get());
     for (int order = 0; order < 20; ++order) {
-        logger->log(3, String().format(u"order {0} \"accepted\"", -1, order));
+        logger->log(3, String::formatted(u"order {0} \"accepted\"", order));
         logger->log(7, u"a detail that the filter holds back");
     }
     queue->waitUntilDone();

@@ -8,7 +8,7 @@ int main()
 {
     const String name(u"Zoë");
     const Reference<Integer32> age(new Integer32(37));
-    std::cout << String().format(u"{0} is {1}, has {2} cats and {3} left", -1, name, age, 2, 0.5) << '\n';
+    std::cout << String::formatted(u"{0} is {1}, has {2} cats and {3} left", name, age, 2, 0.5) << '\n';
 
     for (const char16_t* text : {u"1200", u"99999999999", u"1,5", u"12 "}) {
         const std::optional<std::int32_t> number = Integer32::tryParse(text); // the whole text, or nothing

@@ -60,6 +60,9 @@ TEST(String, FormatsValuesThatTheCompilerChecks)
     EXPECT_EQ(String().format(u"{0} {1} {2}", box, none, *box), u"-7 null -7");
     EXPECT_EQ(String().format(u"{0}{1}{2}{0}", -1, 1), u"1{1}{2}1") << "the rest has no argument";
     EXPECT_EQ(String().format(u"{0}{1}XX", 6, 1, 2), u"12") << "the length ends the template";
+    EXPECT_EQ(String::formatted(u"{0}{1}{2}", 42, true, u'x'), u"42truex") << "no argument is a length";
+    EXPECT_EQ(String::formatted(u"{0}"), u"{0}");
+    EXPECT_EQ(String::formatted(std::u16string_view(u"{0}\0{0}", 7), nullptr), std::u16string_view(u"\0", 1));
     String self(u"{1} {0}");
     EXPECT_EQ(self.format(self, self, 5), u"5 {1} {0}");
     EXPECT_EQ(self.format(String(u"{0}"), self), u"5 {1} {0}");

@@ -27,7 +27,8 @@ protected:
     String lookupString(const String& key) const override;
 
 private:
-    friend class StringBundleFace; // calls these two operations: overrides in the view would take places in the table of the class
+    // Calls the two operations below: overrides in the view would take places in the table of the class.
+    friend class StringBundleFace;
 
     std::int32_t countKeys(std::int32_t* count) const;
     std::int32_t getResource(std::int32_t index, IVXCharBuffer* key, IVXCharBuffer* value) const;

@@ -48,7 +48,7 @@ public:
     /// Each write is made under the semaphore, at the current position.
     static constexpr unsigned int LOCK = 0x10;
 
-    /// The file is created if it is missing. An empty path throws InvalidPathException.
+    /// The file is created if it is missing, with the mode 0700 less the mask of the process. An empty path throws InvalidPathException.
     FileOutputStream(const String& path, unsigned int mode);
     FileOutputStream(const util::FilePath& path, unsigned int mode);
     FileOutputStream(const String& path, int mode)

@@ -22,7 +22,7 @@ class AsyncProcessorImpl;
 /// library can be unloaded then.
 class VX_API AsyncProcessor : public Object, public ILogProcessor {
 public:
-    /// What an exception of the target does. The entry is not tried again in either case.
+    /// What an exception of the target does without `AsyncOptions`. The entry is not tried again in either case.
     enum class Failures {
         END_WORKER, ///< the worker ends; after the last one has ended, entries wait for the destructor
         KEEP_WORKER ///< the worker continues with the next entry

@@ -48,6 +48,7 @@ public:
 
     /// Digits, perhaps with a minus sign before them and a fraction after them: "-12", "0.50". Empty for any other
     /// text.
+    /// Zeros at the end are dropped as by the constructor.
     static std::optional<BigDecimal> tryParse(std::u16string_view text);
 
     BigDecimal& operator=(const BigDecimal& other);

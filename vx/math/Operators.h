@@ -142,7 +142,8 @@ inline math::BigInteger operator""_big(const char* digits)
         return *std::move(number);
     throw Exception(u"Number Format Exception");
 }
-/// `0.05_dec`, with all its digits. Anything but digits and a point throws Exception with "Number Format Exception".
+/// `0.05_dec`, exactly; zeros at its end are dropped as by `tryParse`. Anything but digits and a point throws Exception with
+/// "Number Format Exception".
 inline math::BigDecimal operator""_dec(const char* digits)
 {
     if (std::optional<math::BigDecimal> number = math::BigDecimal::tryParse(String(std::string_view(digits))))

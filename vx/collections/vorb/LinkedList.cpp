@@ -72,7 +72,8 @@ private:
     void keep(Nodes::iterator node, int index) noexcept
     {
         m_kept = node;
-        m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1; // when one more element has been appended, the end has another index
+        // The end has another index after one more element was appended.
+        m_keptIndex = node != m_nodesOf.m_nodes.end() ? index : -1;
     }
 
     LinkedList& m_nodesOf; ///< the base keeps a reference on it
