@@ -52,8 +52,8 @@ void elements()
 void work()
 {
     const Reference<Object> shared(new Integer32(1));
-    const Reference<Integer32> cast(dynamic_cast<Integer32*>(shared.get()));
-    assert(*cast == 1);
+    const auto& cast = dynamic_cast<const Integer32&>(*shared);
+    assert(cast == 1);
     int sum = 0;
     exec::Thread thread([&sum](int part) { sum += part; }, 5);
     thread.start();
