@@ -147,7 +147,7 @@ void IniDocument::set(std::string_view set, std::string_view name, std::string_v
         std::string text = m_lines[index].text;
         const std::size_t start = m_lines[index].valueStart;
         const bool needsBlank = text[start - 1] == '=' && start > 1 && text[start - 2] == ' ';
-        text.replace(start, m_lines[index].valueLength, (needsBlank ? " " : "") + std::string(value));
+        text.replace(start, m_lines[index].valueLength, std::string(needsBlank ? " " : "").append(value));
         m_lines[index] = lineOf(std::move(text));
         return;
     }
