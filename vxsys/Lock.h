@@ -22,6 +22,7 @@ using VXHandle = struct VXHandleTag*;
 VXSYS_API std::int32_t VXMutexCreate(const char* name, std::uint32_t flags, VXHandle* mutex) noexcept;
 VXSYS_API std::int32_t VXMutexAcquire(VXHandle mutex) noexcept;
 VXSYS_API std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept;
+VXSYS_API std::int32_t VXMutexTimedAcquire(VXHandle mutex, std::uint32_t milliseconds) noexcept;
 VXSYS_API std::int32_t VXMutexRelease(VXHandle mutex) noexcept;
 /// The two halves of a wait without the mutex. The first one releases it as often as the calling thread holds it and
 /// stores that number, 0 if the thread does not hold it. The second one acquires it that often again.
@@ -58,20 +59,23 @@ VXSYS_API std::int32_t VXGateDestroy(VXHandle gate) noexcept;
 VXSYS_API std::int32_t VXRWLockCreate(const char* name, std::uint32_t flags, VXHandle* lock) noexcept;
 VXSYS_API std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept;
 VXSYS_API std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockTimedAcquireRead(VXHandle lock, std::uint32_t milliseconds) noexcept;
 VXSYS_API std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept;
 VXSYS_API std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept;
 VXSYS_API std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept;
+VXSYS_API std::int32_t VXRWLockTimedAcquireWrite(VXHandle lock, std::uint32_t milliseconds) noexcept;
 VXSYS_API std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept;
 /// Releases the side that the calling thread holds. Succeeds if it holds nothing.
 VXSYS_API std::int32_t VXRWLockReleaseAll(VXHandle lock) noexcept;
 VXSYS_API std::int32_t VXRWLockDestroy(VXHandle lock) noexcept;
 
-/// A count from 0 to 2^31 - 1; a post beyond that is a failure. The four functions after the create also work on named
+/// A count from 0 to 2^31 - 1; a post beyond that is a failure. The five functions after the create also work on named
 /// semaphores (vxsys/Named.h).
 VXSYS_API std::int32_t VXSemaphoreCreate(
     std::uint32_t value, const char* name, std::uint32_t flags, VXHandle* semaphore) noexcept;
 VXSYS_API std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept;
 VXSYS_API std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept;
+VXSYS_API std::int32_t VXSemaphoreTimedWait(VXHandle semaphore, std::uint32_t milliseconds) noexcept;
 VXSYS_API std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept;
 VXSYS_API std::int32_t VXSemaphoreGetValue(VXHandle semaphore, std::int32_t* value) noexcept;
 VXSYS_API std::int32_t VXSemaphoreDestroy(VXHandle semaphore) noexcept;

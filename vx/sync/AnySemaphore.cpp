@@ -1,7 +1,7 @@
 #include "vx/sync/AnySemaphore.h"
 
 #include "vx/Exception.h"
-#include "vx/Result.h"
+#include "vx/sync/detail/Answers.h"
 
 namespace vx::sync {
 
@@ -15,6 +15,11 @@ void AnySemaphore::wait()
 bool AnySemaphore::tryWait()
 {
     return !failed(VXSemaphoreTryWait(m_handle));
+}
+
+bool AnySemaphore::waitFor(std::uint32_t milliseconds)
+{
+    return detail::answerOfTimedWait(VXSemaphoreTimedWait(m_handle, milliseconds));
 }
 
 void AnySemaphore::signal()

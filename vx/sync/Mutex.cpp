@@ -32,6 +32,11 @@ bool Mutex::tryWait()
     return !failed(VXMutexTryAcquire(m_handle));
 }
 
+bool Mutex::waitFor(std::uint32_t milliseconds)
+{
+    return detail::answerOfTimedWait(VXMutexTimedAcquire(m_handle, milliseconds));
+}
+
 void Mutex::signal()
 {
     throwIfFailed(VXMutexRelease(m_handle));

@@ -26,6 +26,9 @@ public:
     bool tryWait() override VX_TRY_ACQUIRE(true);
     void signal() override VX_RELEASE();
 
+    /// False if it could not be acquired within `milliseconds`; `VX_WAIT_FOREVER` has no limit.
+    bool waitFor(std::uint32_t milliseconds) VX_TRY_ACQUIRE(true);
+
 private:
     friend class MutexPause;
 

@@ -31,6 +31,16 @@ bool ReaderWriterLock::tryWait()
     return !failed(VXRWLockTryAcquireWrite(m_handle));
 }
 
+bool ReaderWriterLock::waitFor(std::uint32_t milliseconds)
+{
+    return detail::answerOfTimedWait(VXRWLockTimedAcquireWrite(m_handle, milliseconds));
+}
+
+bool ReaderWriterLock::waitSharedFor(std::uint32_t milliseconds)
+{
+    return detail::answerOfTimedWait(VXRWLockTimedAcquireRead(m_handle, milliseconds));
+}
+
 void ReaderWriterLock::signal()
 {
     throwIfFailed(VXRWLockReleaseWrite(m_handle));

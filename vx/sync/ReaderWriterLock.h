@@ -30,6 +30,11 @@ public:
     virtual bool tryWaitShared() VX_TRY_ACQUIRE_SHARED(true);
     virtual void signalShared() VX_RELEASE_SHARED();
 
+    /// False if the side could not be acquired within `milliseconds`; `VX_WAIT_FOREVER` has no limit. Throw as `wait` and
+    /// `waitShared` do.
+    bool waitFor(std::uint32_t milliseconds) VX_TRY_ACQUIRE(true);
+    bool waitSharedFor(std::uint32_t milliseconds) VX_TRY_ACQUIRE_SHARED(true);
+
 private:
     VXHandle m_handle = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include "vxsys/Lock.h"
 #include "vxsys/Result.h"
+#include "vxsys/detail/Deadline.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -108,9 +109,8 @@ struct SemaphoreHandle : HandleOf<HandleKind::SEMAPHORE> {
     /// Whether `VXNamedSemClose` ends it, not `VXSemaphoreDestroy`.
     const bool isNamed;
 
-    virtual int wait() noexcept = 0;
-    /// ETIMEDOUT if the count is 0.
-    virtual int tryWait() noexcept = 0;
+    /// ETIMEDOUT if the count is still 0 at the deadline.
+    virtual int wait(const Deadline& deadline) noexcept = 0;
     virtual int post() noexcept = 0;
     virtual int value(std::int32_t& count) noexcept = 0;
 };

@@ -33,6 +33,17 @@ std::int64_t millisecondsNow() noexcept
     return std::int64_t {now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
+/// The time until the deadline, but at most `longest`.
+timespec shorter(const Deadline& deadline, const timespec& longest) noexcept
+{
+    if (deadline.isNever())
+        return longest;
+    const timespec left = deadline.left();
+    const bool isShorter
+        = left.tv_sec < longest.tv_sec || (left.tv_sec == longest.tv_sec && left.tv_nsec < longest.tv_nsec);
+    return isShorter ? left : longest;
+}
+
 int makeMutex(pthread_mutex_t& mutex) noexcept
 {
     pthread_mutexattr_t attributes;
@@ -117,23 +128,23 @@ void SharedPage::leave(Opener& opener) noexcept
         wake(INT_MAX);
 }
 
-int SharedPage::take(Opener& opener, bool wait, const ProcessIdentity& observer) noexcept
+int SharedPage::take(Opener& opener, const Deadline& deadline, const ProcessIdentity& observer) noexcept
 {
     if (m_value == 0)
         takeBack(observer);
-    if (m_value == 0) {
-        if (!wait)
-            return ETIMEDOUT;
+    if (m_value == 0 && !deadline.hasPassed()) {
         ++opener.waiting;
         ++m_waiters;
         do {
-            waitForPost();
+            waitForPost(deadline);
             if (m_value == 0)
                 takeBack(observer);
-        } while (m_value == 0);
+        } while (m_value == 0 && !deadline.hasPassed());
         --opener.waiting;
         --m_waiters;
     }
+    if (m_value == 0)
+        return ETIMEDOUT;
     opener.held.store(opener.held.load(std::memory_order_relaxed) + 1, std::memory_order_release);
     --m_value;
     return 0;
@@ -228,11 +239,12 @@ void SharedPage::takeBack(const ProcessIdentity& observer) noexcept
     }
 }
 
-void SharedPage::waitForPost() noexcept
+void SharedPage::waitForPost(const Deadline& deadline) noexcept
 {
     const std::uint32_t wakeUps = m_wakeUps.load(std::memory_order_relaxed);
+    const timespec sleep = shorter(deadline, LONGEST_SLEEP);
     unlock();
-    futex(m_wakeUps, FUTEX_WAIT, wakeUps, &LONGEST_SLEEP); // whatever ended the wait, the caller checks again
+    futex(m_wakeUps, FUTEX_WAIT, wakeUps, &sleep); // whatever ended the wait, the caller checks again
     lock();
 }
 

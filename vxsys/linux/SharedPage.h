@@ -2,6 +2,7 @@
 
 #include "vxsys/Named.h"
 #include "vxsys/ThreadAnnotations.h"
+#include "vxsys/detail/Deadline.h"
 #include "vxsys/linux/ProcessIdentity.h"
 
 #include <atomic>
@@ -62,9 +63,9 @@ public:
     bool isRemoved() const noexcept VX_REQUIRES(this) { return m_isRemoved; }
     void setRemoved() noexcept VX_REQUIRES(this) { m_isRemoved = true; }
 
-    /// Takes one unit. If there is none, waits for one, or returns ETIMEDOUT without `wait`. Releases the lock while it
+    /// Takes one unit. If there is none, waits for one, and returns ETIMEDOUT at the deadline. Releases the lock while it
     /// waits.
-    int take(Opener& opener, bool wait, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
+    int take(Opener& opener, const Deadline& deadline, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     int post(Opener& opener) noexcept VX_REQUIRES(this);
     std::int32_t value(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
 
@@ -87,7 +88,8 @@ private:
     bool isAlive(Opener& opener, const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
     /// Frees the places of ended processes that held or waited. Limited to one check in SHORTEST_BETWEEN_LOOKS.
     void takeBack(const ProcessIdentity& observer) noexcept VX_REQUIRES(this);
-    void waitForPost() noexcept VX_REQUIRES(this);
+    /// May return early.
+    void waitForPost(const Deadline& deadline) noexcept VX_REQUIRES(this);
     void wake(int count) noexcept;
 
     std::atomic<std::uint32_t> m_layout;

@@ -1,10 +1,12 @@
 #include "vxsys/Lock.h"
 #include "vxsys/ThreadAnnotations.h"
+#include "vxsys/detail/Deadline.h"
 #include "vxsys/detail/Handle.h"
 #include "vxsys/detail/LockHolder.h"
 
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <limits>
 #include <pthread.h>
 #include <utility>
@@ -20,6 +22,7 @@ public:
     // The mutex is held from one call to another, which the analysis cannot follow.
     int acquire(std::uint32_t depth) noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int tryAcquire() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
+    int acquireUntil(const Deadline& deadline) noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int release() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     int releaseAll(std::uint32_t& depth) noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
     /// EBUSY for a held mutex, which does not change.
@@ -44,6 +47,15 @@ int Mutex::tryAcquire() noexcept
 {
     const int error = m_holder.isCaller() ? deepen(1) : entered(::pthread_mutex_trylock(&m_mutex), 1);
     return error == EBUSY ? ETIMEDOUT : error;
+}
+
+int Mutex::acquireUntil(const Deadline& deadline) noexcept
+{
+    if (deadline.isNever())
+        return acquire(1);
+    if (m_holder.isCaller() || deadline.isAtOnce())
+        return tryAcquire();
+    return entered(::pthread_mutex_clocklock(&m_mutex, CLOCK_MONOTONIC, &deadline.time()), 1);
 }
 
 int Mutex::release() noexcept
@@ -109,6 +121,11 @@ std::int32_t VXMutexAcquire(VXHandle mutex) noexcept
 std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
 {
     return onHandle<&Mutex::tryAcquire>(mutex);
+}
+
+std::int32_t VXMutexTimedAcquire(VXHandle mutex, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<&Mutex::acquireUntil>(mutex, Deadline::in(milliseconds));
 }
 
 std::int32_t VXMutexRelease(VXHandle mutex) noexcept

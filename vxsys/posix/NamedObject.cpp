@@ -176,12 +176,12 @@ int NamedObject::release() noexcept
     return 0;
 }
 
-int NamedObject::take(bool wait) noexcept
+int NamedObject::take(const Deadline& deadline) noexcept
 {
     if (const int error = ready())
         return error;
     const PageLock lock(*m_page);
-    return m_page->take(*m_opener, wait, g_self);
+    return m_page->take(*m_opener, deadline, g_self);
 }
 
 int NamedObject::post() noexcept

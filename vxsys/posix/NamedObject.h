@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vxsys/ThreadAnnotations.h"
+#include "vxsys/detail/Deadline.h"
 #include "vxsys/detail/Descriptor.h"
 #include "vxsys/linux/NamedFolder.h"
 #include "vxsys/linux/SharedPage.h"
@@ -42,7 +43,7 @@ public:
     /// Ends one use. If it is the last one and threads wait, returns EBUSY and changes nothing.
     int release() noexcept VX_REQUIRES(g_namedLock);
 
-    int take(bool wait) noexcept;
+    int take(const Deadline& deadline) noexcept;
     int post() noexcept;
     int value(std::int32_t& count) noexcept;
     /// EACCES for a process that does not hold the semaphore.

@@ -23,8 +23,7 @@ public:
         const StateGuard guard(g_namedLock);
         return NamedObject::open(name, {.kind = NamedOpening::SEMAPHORE, .value = value}, &m_object);
     }
-    int wait() noexcept override { return m_object->take(true); }
-    int tryWait() noexcept override { return m_object->take(false); }
+    int wait(const Deadline& deadline) noexcept override { return m_object->take(deadline); }
     int post() noexcept override { return m_object->post(); }
     int value(std::int32_t& count) noexcept override { return m_object->value(count); }
     int setNote(const VXNamedSemNote& note) noexcept { return m_object->setNote(note); }

@@ -192,6 +192,11 @@ std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept
     return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(0));
 }
 
+std::int32_t VXRWLockTimedAcquireRead(VXHandle lock, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(milliseconds));
+}
+
 std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept
 {
     return onHandle<&ReaderWriterLock::releaseRead>(lock);
@@ -205,6 +210,11 @@ std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept
 std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept
 {
     return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(0));
+}
+
+std::int32_t VXRWLockTimedAcquireWrite(VXHandle lock, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(milliseconds));
 }
 
 std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept

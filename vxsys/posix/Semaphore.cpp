@@ -17,15 +17,12 @@ public:
     }
 
     int init(std::uint32_t value) noexcept;
-    int wait() noexcept override { return take(Deadline()); }
-    int tryWait() noexcept override { return take(Deadline::in(0)); }
+    int wait(const Deadline& deadline) noexcept override;
     int post() noexcept override;
     int value(std::int32_t& count) noexcept override;
 
 private:
     static constexpr std::int32_t LARGEST = std::numeric_limits<std::int32_t>::max();
-
-    int take(const Deadline& deadline) noexcept;
 
     std::int32_t m_value VX_GUARDED_BY(m_monitor) = 0;
 };
@@ -56,7 +53,7 @@ int Semaphore::value(std::int32_t& count) noexcept
     return 0;
 }
 
-int Semaphore::take(const Deadline& deadline) noexcept
+int Semaphore::wait(const Deadline& deadline) noexcept
 {
     const MonitorLock lock(m_monitor);
     const int error = waitUntil(deadline, [this]() VX_REQUIRES(m_monitor) { return m_value > 0; });
@@ -74,12 +71,17 @@ std::int32_t VXSemaphoreCreate(std::uint32_t value, const char*, std::uint32_t, 
 
 std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept
 {
-    return onHandle<&SemaphoreHandle::wait>(semaphore);
+    return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline());
 }
 
 std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept
 {
-    return onHandle<&SemaphoreHandle::tryWait>(semaphore);
+    return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(0));
+}
+
+std::int32_t VXSemaphoreTimedWait(VXHandle semaphore, std::uint32_t milliseconds) noexcept
+{
+    return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(milliseconds));
 }
 
 std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -131,6 +132,24 @@ TEST(SemaphoreR, ComesBackFromADeadOwner)
     owner.kill();
     here.wait();
     here.signal();
+}
+
+TEST(IpcSemaphore, WaitsForALimitedTime)
+{
+    constexpr std::chrono::milliseconds SHORT {20};
+    const std::string name = ownName("limited");
+    Semaphore semaphore(name.c_str(), 0);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(semaphore.waitFor(SHORT.count()));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, SHORT);
+    EXPECT_FALSE(semaphore.waitFor(0));
+    Child other([&](Child::Side& side) {
+        side.hear();
+        Semaphore(name.c_str(), 0).signal();
+    });
+    other.tell('g');
+    EXPECT_TRUE(semaphore.waitFor(VX_WAIT_FOREVER));
+    EXPECT_FALSE(semaphore.tryWait());
 }
 
 TEST(SemaphoreR, StaysItsOwnersWhenAChildProcessDropsItsCopy)

@@ -369,8 +369,22 @@ TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
     Event event;
     Gate gate;
     Condition condition;
+    Mutex mutex;
+    ReaderWriterLock lock;
+    Semaphore semaphore, held, release;
+    Doing other([&] {
+        mutex.wait();
+        lock.wait();
+        held.signal();
+        release.wait();
+        lock.signal();
+        mutex.signal();
+    });
+    held.wait();
     const std::function<bool()> timeOuts[]
         = {[&] { return !event.wait(MILLISECONDS); }, [&] { return !gate.wait(MILLISECONDS); },
+            [&] { return !mutex.waitFor(MILLISECONDS); }, [&] { return !lock.waitFor(MILLISECONDS); },
+            [&] { return !lock.waitSharedFor(MILLISECONDS); }, [&] { return !semaphore.waitFor(MILLISECONDS); },
             [&] {
                 const Condition::Holder holder(condition);
                 return resultOf([&] { condition.wait(MILLISECONDS); }) == RESULT_TIMED_OUT;
@@ -380,6 +394,17 @@ TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
         EXPECT_TRUE(timedOut());
         EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(MILLISECONDS));
     }
+    EXPECT_FALSE(mutex.waitFor(0) || lock.waitFor(0) || lock.waitSharedFor(0) || semaphore.waitFor(0));
+    release.signal();
+    semaphore.signal();
+    EXPECT_TRUE(mutex.waitFor(VX_WAIT_FOREVER) && mutex.waitFor(0) && lock.waitFor(VX_WAIT_FOREVER)
+        && semaphore.waitFor(VX_WAIT_FOREVER));
+    EXPECT_THROW(lock.waitSharedFor(0), ResultException) << "it would wait for itself";
+    mutex.signal();
+    mutex.signal();
+    lock.signal();
+    EXPECT_TRUE(lock.waitSharedFor(0));
+    lock.signalShared();
 }
 
 TEST(Condition, HandsItsLockToWhoeverItFrees)
