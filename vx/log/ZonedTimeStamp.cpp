@@ -4,20 +4,26 @@
 #include "vx/String.h"
 #include "vx/detail/TextBuilder.h"
 
+#include <cstddef>
 #include <cstdlib>
+#include <iterator>
+#include <limits>
 
 namespace vx::log {
 
 namespace {
 
 /// Appends a number with zeros before it, so that it has at least `digits` digits.
-void appendDigits(vx::detail::TextBuilder& text, unsigned number, unsigned digits)
+void appendDigits(vx::detail::TextBuilder& text, unsigned number, std::size_t digits)
 {
-    for (unsigned least = 10; digits > 1; --digits, least *= 10) {
-        if (number < least)
-            text.append(u'0');
-    }
-    text.appendNumber(number);
+    constexpr unsigned TEN = 10;
+    char16_t units[std::numeric_limits<unsigned>::digits10 + 1];
+    std::size_t place = std::size(units);
+    do {
+        units[--place] = static_cast<char16_t>(u'0' + number % TEN);
+        number /= TEN;
+    } while (place > 0 && (number != 0 || std::size(units) - place < digits));
+    text.append({units + place, std::size(units) - place});
 }
 
 } // namespace
@@ -57,7 +63,7 @@ void printTime(const ZonedTime& zoned, vx::detail::TextBuilder& text)
     const STRUCT_VX_TIME& time = zoned.time;
     const struct {
         unsigned number;
-        unsigned digits;
+        std::size_t digits;
         char16_t before;
     } parts[] = {{time.month, 2, u'-'}, {time.day, 2, u'-'}, {time.hour, 2, u'T'}, {time.minute, 2, u':'},
         {time.second, 2, u':'}, {time.milliseconds, 3, u'.'}};

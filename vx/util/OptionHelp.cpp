@@ -53,11 +53,14 @@ void appendWrapped(std::string& target, std::string_view text, std::size_t colum
     target += '\n';
 }
 
-std::string replaced(std::string text, std::string_view from, std::string_view to)
+std::string replaced(std::string_view text, std::string_view old, std::string_view instead)
 {
-    for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
+    std::string result;
+    for (std::size_t at = text.find(old); at != text.npos; at = text.find(old)) {
+        result.append(text.substr(0, at)).append(instead);
+        text.remove_prefix(at + old.size());
+    }
+    return result.append(text);
 }
 
 /// The help of a row on one line.
