@@ -83,14 +83,17 @@ TEST(IniDocument, ChangesNothingElse)
     };
     for (const auto& [before, change, after] : cases) {
         IniDocument document = IniDocument::parse(before);
-        EXPECT_EQ(resultOf([&] { change(document); }), after != nullptr ? 0 : RESULT_INVALID_ARGUMENT) << before;
+        EXPECT_EQ(resultOf([&, &apply = change] { apply(document); }), after != nullptr ? 0 : RESULT_INVALID_ARGUMENT)
+            << before;
         EXPECT_EQ(document.getText(), after != nullptr ? after : before);
     }
     for (const auto& [ofSet, name, value] : {std::tuple {"s\n"s, "a"s, "b"s}, {"s", " a", "b"}, {"s", "a ", "b"},
              {"s", "[a", "b"}, {"s", "#a", "b"}, {"s", "", "b\nc"}, {"s", "a", " b"}, {"s", "a", "b\t"},
              {"s", "a\n", "b"}, {"s\0"s, "a", "b"}, {"s", "a\0"s, "b"}, {"s", "a", "b\0"s}, {"s", "a", "\xFF "}}) {
         IniDocument document;
-        EXPECT_EQ(resultOf([&] { document.set(ofSet, name, value); }), RESULT_INVALID_ARGUMENT) << name << value;
+        EXPECT_EQ(resultOf([&, &set = ofSet, &key = name, &text = value] { document.set(set, key, text); }),
+            RESULT_INVALID_ARGUMENT)
+            << name << value;
         EXPECT_EQ(document.getText(), "");
     }
 }
