@@ -67,6 +67,17 @@ TEST(StdioInputStream, ReadsLineByLine)
         redirect(STDIN_FILENO, scratch / "out", O_WRONLY);
         EXPECT_THROW(StdioInputStream().read(), IoException);
     });
+}
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define DELAYS_HANDLERS // to the next call that it knows, and a read inside the C library is none
+#endif
+#endif
+
+#if !defined(DELAYS_HANDLERS)
+TEST(StdioInputStream, WaitsOnWhenSignalsArrive)
+{
     alone([&] {
         int ends[2];
         ASSERT_EQ(::pipe(ends), 0);
@@ -85,6 +96,7 @@ TEST(StdioInputStream, ReadsLineByLine)
         writer.join();
     });
 }
+#endif
 
 TEST(StdioOutputStream, BuffersSingleBytesOnly)
 {
