@@ -54,10 +54,13 @@ int kindOf(const IVXUnknown* key) noexcept
 
 int compareTexts(const String& left, const String& right)
 {
-    const vx::detail::StringSource rightText(left, right); // first: a copy comes before a lock on its source
+    std::u16string_view leftUnits;
+    std::u16string_view rightUnits;
+    if (vx::detail::PlainBuffer::read(left, &leftUnits) && vx::detail::PlainBuffer::read(right, &rightUnits))
+        return vx::detail::compareForIndex(leftUnits, rightUnits);
+    const String copy(String::AcquireCopy, right); // both may have one buffer, which a second lock would wait for
     const vx::detail::StringReadLock leftText(left);
-    return vx::detail::compareForIndex({leftText.data(), static_cast<std::size_t>(leftText.length())},
-        {rightText.data(), static_cast<std::size_t>(rightText.length())});
+    return vx::detail::compareForIndex({leftText.data(), static_cast<std::size_t>(leftText.length())}, copy.view());
 }
 
 template <class Value>
