@@ -63,7 +63,7 @@ def read_text(address, length):
 
 
 def whole(pointer):
-    """What a pointer to a base leads to, as an object of its own class."""
+    """The object at a pointer to one of its bases, with the class of the object."""
     return pointer.cast(pointer.dynamic_type).dereference()
 
 

@@ -92,7 +92,7 @@ std::shared_ptr<String> textIn()
     return std::make_shared<String>(String::AcquireShare, buffer.get());
 }
 
-/// Edits of a text in memory of its own, in a buffer that it adopted, and in a buffer with locks.
+/// Edits of a text in the memory of its string, in a buffer that the string adopted, and in a buffer with locks.
 std::vector<Family> editsByOwner()
 {
     const std::pair<const char*, std::shared_ptr<String> (*)()> owners[] = {

@@ -29,8 +29,8 @@ private:
     const String m_peer;
 };
 
-/// Listens, and calls a handler for each connection on a thread of its own. Connections beyond the limit wait in the system's
-/// queue until another one has ended.
+/// Listens on its addresses. Each connection gets a new thread, which calls the handler. Connections beyond the limit
+/// wait in the queue of the system until another connection has ended.
 ///
 /// All operations may be called from any thread, and from a handler. A handler must not destroy the server.
 ///

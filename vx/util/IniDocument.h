@@ -18,7 +18,7 @@ namespace vx::util {
 /// and a line that begins with "#", ";" or ":" a comment. Letters from A to Z are equal in either case. Sets of one name are
 /// one set, and the last entry of a name counts. The empty set name stands for the lines before the first set too.
 ///
-/// One thread at a time. A value class: a copy is a document of its own.
+/// One thread at a time. A change of a copy does not change the original.
 ///
 /// @code
 /// auto settings = util::IniDocument::parse("# of the server\n[net]\nport = 80 \n");

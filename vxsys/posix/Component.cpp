@@ -90,8 +90,8 @@ bool isSameText(std::u16string_view folded, std::u16string_view text) noexcept
         [](char16_t left, char16_t right) { return left == VXToLowerW(right); });
 }
 
-/// One call of an offer's `create`, during which the offer is kept. Each thread has a list of its own calls, the
-/// innermost first.
+/// One call of an offer's `create`, during which the offer is kept. Each thread has a list of the calls
+/// that it is in, the innermost first.
 class [[nodiscard]] Creation {
 public:
     explicit Creation(const _GUID& classId) noexcept

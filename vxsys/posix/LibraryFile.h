@@ -13,7 +13,8 @@ bool loadLibrary(const char* name, VXLibHandle* handle) noexcept;
 std::int32_t openLibraryFile(const char* path, VXLibHandle* handle) noexcept;
 
 /// The same for code that only the user and root can have changed. The file and each folder of its path must belong to
-/// one of them, and nobody else may write there. A folder in which users can only change their own files is allowed.
+/// one of them, and no other user may have the right to write there. A folder in which users can only change their own
+/// files is allowed.
 /// RESULT_INVALID_NAME for a path that is not a full one, RESULT_ACCESS_DENIED for a file that others may have changed.
 std::int32_t openTrustedLibrary(const char16_t* path, VXLibHandle* handle) noexcept;
 
