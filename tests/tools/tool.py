@@ -44,6 +44,14 @@ class Scratch(unittest.TestCase):
         with open(self.path(name), "rb") as file:
             return file.read()
 
+    def files(self):
+        return {name: self.read(name) for name in os.listdir(self.folder)}
+
+    def rotated(self):
+        """The contents of the files of a log that begins new ones, the oldest first."""
+        older = sorted(name for name in os.listdir(self.folder) if name.startswith("log."))
+        return [self.read(name).decode() for name in [*older, "log"]]
+
     def entries(self, name="log", encoding="utf-8"):
         return entries_of(self.read(name).decode(encoding))
 
@@ -59,20 +67,19 @@ class Scratch(unittest.TestCase):
         return copy, environment
 
     def assertSucceeds(self, result, output=b""):
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        self.assertEqual(result.stdout, output)
+        self.assertEqual((result.returncode, result.stderr, result.stdout), (0, b"", output), result.args)
 
     def assertFails(self, result, *parts, status=1):
         """Expects one line on standard error that contains all `parts`."""
         text = result.stderr.decode(errors="replace")
-        self.assertEqual(result.returncode, status, text)
-        self.assertRegex(text, rf"\A{os.path.basename(result.args[0])}: [^\n]+\n\Z")
+        self.assertEqual(result.returncode, status, (result.args, text))
+        self.assertRegex(text, rf"\A{os.path.basename(result.args[0])}: [^\n]+\n\Z", result.args)
         for part in parts:
-            self.assertIn(part, text)
+            self.assertIn(part, text, result.args)
 
     def assertNeedsRoom(self, tool, *commands, reason="the disk is full"):
         for arguments in commands:
-            with self.subTest(full=arguments), open("/dev/full", "wb") as full:
+            with open("/dev/full", "wb") as full:
                 self.assertFails(run(tool, *arguments, data=b"text\n", stdout=full), "standard output: " + reason)
 
     def assertHelps(self, tool, *options):

@@ -2,6 +2,7 @@
 """Tests the program in the variable VXLOGD through connections of clients, some of which break the rules."""
 
 import collections
+import concurrent.futures
 import contextlib
 import functools
 import json
@@ -9,7 +10,6 @@ import os
 import signal
 import socket
 import subprocess
-import threading
 import time
 import unittest
 import xml.etree.ElementTree
@@ -91,14 +91,13 @@ class Lines(Served):
         self.assertEqual(client.send("one\r\n\nGrüße, 中文 😀\nwithout an end".encode()).end().splitlines()[-1], "ack 4")
         self.assertEqual(self.client().send(b"VXLOGGER says\nVXLOG level=1 ack=1\n").end(), "")
         entries = self.entries()
-        self.assertEqual([entry["text"] for entry in entries],
-                         ["one", "", "Grüße, 中文 😀", "without an end", "VXLOGGER says", "VXLOG level=1 ack=1"])
-        self.assertEqual([entry["level"] for entry in entries], ["3"] * 4 + ["7"] * 2)
-        self.assertEqual([entry["sequence"] for entry in entries], [str(number) for number in range(1, 7)])
+        self.assertEqual(
+            [(entry["sequence"], entry["level"], entry["text"]) for entry in entries],
+            [("1", "3", "one"), ("2", "3", ""), ("3", "3", "Grüße, 中文 😀"), ("4", "3", "without an end"),
+             ("5", "7", "VXLOGGER says"), ("6", "7", "VXLOG level=1 ack=1")])
         self.assertEqual(entries[0]["peer"], "%s:%s" % client.socket.getsockname() if client.socket.fileno() >= 0 else "")
         self.assertRegex(entries[0]["timestamp"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}(Z|[-+]\d\d:\d\d)$")
-        self.assertEqual(self.stop(), 0)
-        self.assertEqual(self.said(), "")
+        self.assertEqual((self.stop(), self.said()), (0, ""))
 
     def test_forge_nothing(self):
         self.start("--max-line=64")
@@ -125,14 +124,10 @@ class Lines(Served):
         self.start("--format=json", "--rotate-size=1000")
         lines = [f"line {number} \"x\" 😀" for number in range(50)]
         self.client("ack=1").send(("\n".join(lines) + "\n").encode()).hear("ack 50\n")
-        names = sorted(name for name in os.listdir(self.path("")) if name.startswith(os.path.basename(self.log) + "."))
-        self.assertGreater(len(names), 3)
-        entries = []
-        for name in [*names, os.path.basename(self.log)]:
-            with open(self.path(name), encoding="utf-8") as file:
-                entries += [json.loads(line) for line in file]
-        self.assertEqual([entry["text"] for entry in entries], lines)
-        self.assertEqual([entry["sequence"] for entry in entries], list(range(1, 51)))
+        contents = self.rotated()
+        self.assertGreater(len(contents), 4)
+        entries = [json.loads(line) for content in contents for line in content.splitlines()]
+        self.assertEqual([(entry["text"], entry["sequence"]) for entry in entries], list(zip(lines, range(1, 51))))
 
     def test_are_kept_in_other_encodings(self):
         self.start("--encoding=UTF-16LE")
@@ -152,9 +147,8 @@ class Documents(Served):
         self.server.send_signal(signal.SIGHUP)
         self.wait_for(lambda: "opened anew" in self.said())
         self.stop()
-        documents = [xml.etree.ElementTree.parse(self.path(name)).getroot()
-                     for name in sorted(os.listdir(self.folder)) if name.startswith("log")]
-        self.assertEqual(sorted(len(list(root)) for root in documents), [0, 1, 2])
+        sizes = [len(list(xml.etree.ElementTree.fromstring(content))) for content in self.rotated()]
+        self.assertEqual(sorted(sizes), [0, 1, 2])
 
 
 class Senders(Served):
@@ -177,15 +171,9 @@ class Senders(Served):
             # Some are longer than every buffer on their way to the file.
             data = ["".join(f"{number} {line} {'ü' * (40000 if line % 300 == 0 else 0)}\n" for line in range(3000))
                     for number in range(len(targets))]
-            results = []
-            threads = [threading.Thread(target=lambda *pair: results.append(
-                vxlog(*pair[0], data=pair[1].encode(), cwd=self.folder)), args=pair) for pair in zip(targets, data)]
-            for thread in threads:
-                thread.start()
-            for thread in threads:
-                thread.join()
-            for result in results:
-                self.assertSucceeds(result)
+            with concurrent.futures.ThreadPoolExecutor(len(targets)) as pool:
+                for sent in [pool.submit(vxlog, *target, data=text.encode(), cwd=self.folder) for target, text in zip(targets, data)]:
+                    self.assertSucceeds(sent.result())
             self.assertEqual(collections.Counter(self.texts(name)), collections.Counter("".join(data).splitlines()))
 
     def test_say_what_failed(self):
@@ -206,9 +194,7 @@ class Settings(Served):
     def test_must_be_right(self):
         for arguments in [["--port=65536"], ["--port=x"], ["--workers=0"], ["--nothing"], ["--log"], ["word"],
                           ["--format=xml", "--encoding=CP1252"], ["-c", self.path("none")]]:
-            result = vxlogd(*arguments)
-            self.assertFails(result, status=2)
-            self.assertEqual(result.stdout, b"")
+            self.assertFails(vxlogd(*arguments), status=2)
         for text, place in [("[vxlogd]\n\nportt = 1\n", ":3: unknown setting portt"),
                             ("# size\n[vxlogd]\r\nmax-line = 1\n", ':3: max-line: "1" is no number'),
                             ("[vxlogd]\nlevel 3\n", ":2: neither a set nor a setting: level 3"),
@@ -297,21 +283,18 @@ class Signals(Served):
                     answered[name] = int(answer.split()[1]) if answer.endswith("\n") else answered[name]
             client.socket.close()
 
-        senders = [threading.Thread(target=send, args=(name,)) for name in range(8)]
-        for sender in senders:
-            sender.start()
-        self.wait_for(lambda: os.path.getsize(self.log) > 200000)
-        self.server.kill()
-        for sender in senders:
-            sender.join()
+        with concurrent.futures.ThreadPoolExecutor(8) as pool:
+            senders = [pool.submit(send, name) for name in range(8)]
+            self.wait_for(lambda: os.path.getsize(self.log) > 200000)
+            self.server.kill()
+        self.assertEqual([sender.exception() for sender in senders], [None] * 8)
         self.assertGreater(sum(answered.values()), 0)
         self.server.wait()
         self.start(port=self.port)  # although old connections are still closing; removes an incomplete entry
         self.client("ack=1").send(b"mended\n").hear("ack 1\n")
         counts = collections.Counter(self.texts())
-        for name, heard in answered.items():
-            for line in range(1, heard + 1):
-                self.assertEqual(counts[f"{name} {line}"], 1)
+        expected = [f"{name} {line}" for name, heard in answered.items() for line in range(1, heard + 1)]
+        self.assertEqual([line for line in expected if counts[line] != 1], [])
 
 
 class Rudeness(Served):
@@ -357,13 +340,11 @@ class Rudeness(Served):
                     client.send(flood + b"\n" * 5000)
             client.socket.close()  # with a reset
 
-        rude = [threading.Thread(target=pour) for _ in range(8)]
-        for each in rude:
-            each.start()
-        for number in range(2, 30):
-            self.client("ack=1").send(b"calm\n").hear("ack 1\n")
-        for each in rude:
-            each.join()
+        with concurrent.futures.ThreadPoolExecutor(8) as pool:
+            for _ in range(8):
+                pool.submit(pour)
+            for _ in range(28):
+                self.client("ack=1").send(b"calm\n").hear("ack 1\n")
         if not SANITIZED:
             self.assertLess(self.memory() - before, 64 * 1024)
         self.assertEqual(self.texts().count("calm"), 28)
@@ -371,13 +352,12 @@ class Rudeness(Served):
     def test_takes_the_place_of_nobody(self):
         self.start()
         clients = [self.client("ack=1") for _ in range(200)]
-        for turn in range(5):
-            for number, client in enumerate(clients):
-                client.send(f"{number} {turn}\n".encode())
+        lines = [f"{number} {turn}" for turn in range(5) for number in range(200)]
+        for number, line in enumerate(lines):
+            clients[number % 200].send(line.encode() + b"\n")
         for client in clients:
             client.hear("ack 5\n")
-        counts = collections.Counter(self.texts())
-        self.assertEqual((len(counts), set(counts.values())), (1000, {1}))
+        self.assertEqual(sorted(self.texts()), sorted(lines))
 
 
 if __name__ == "__main__":

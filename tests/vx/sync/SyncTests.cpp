@@ -13,6 +13,7 @@
 #include "vx/sync/Semaphore.h"
 #include "vxsys/Lock.h"
 #include "vxsys/Result.h"
+#include "vxsys/Thread.h"
 
 #include <gtest/gtest.h>
 
@@ -24,13 +25,19 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <map>
+#include <optional>
 #include <pthread.h>
+#include <set>
 #include <span>
+#include <sstream>
 #include <string>
 #include <thread>
 
 namespace vx::sync {
 namespace {
+
+using namespace std::literals;
 
 constexpr std::uint32_t FOR_EVER = 0xFFFFFFFF, NEARLY_FOR_EVER = 0xFFFFFFFE;
 
@@ -42,72 +49,190 @@ auto elsewhere(Work work)
     return result;
 }
 
-/// Whether another thread can acquire the lock at once. It releases it again.
-template <class Lock>
-bool isFree(Lock& lock, bool (Lock::*take)() = &Lock::tryWait, void (Lock::*give)() = &Lock::signal)
-{
-    return elsewhere([&] {
-        const bool isTaken = (lock.*take)();
-        if (isTaken)
-            (lock.*give)();
-        return isTaken;
-    });
-}
-bool mayRead(ReaderWriterLock& lock)
-{
-    return isFree(lock, &ReaderWriterLock::tryWaitShared, &ReaderWriterLock::signalShared);
-}
-
-/// Two threads that acquire a lock and record the order.
-struct Noting {
-    void write()
+/// A thread that does one operation after another.
+class Actor {
+public:
+    ~Actor()
     {
-        lock.wait();
-        order += "writer ";
-        lock.signal();
-    }
-    void read()
-    {
-        lock.waitShared();
-        order += "reader ";
-        lock.signalShared();
+        m_isOver = true;
+        m_thread.join();
     }
 
-    ReaderWriterLock lock;
-    std::string order;
+    void act(const std::function<bool()>& operation)
+    {
+        m_result = '?';
+        m_operation = &operation;
+    }
+    /// '+' for true, '-' for false, '!' for a failure, 'D' for a deadlock that was refused, '?' if it has not returned.
+    char result() const { return m_result; }
+    /// Returns when the operation has returned, or the system reports that the thread waits in it.
+    void awaitRest() const
+    {
+        for (int seen = 0; seen < 3 && m_result == '?'; std::this_thread::yield())
+            seen = stateOfThread(static_cast<pid_t>(m_id)) == 'S' ? seen + 1 : 0;
+    }
+
+private:
+    void run()
+    {
+        m_id = VXThreadGetCurrentId();
+        for (; !m_isOver; std::this_thread::yield()) {
+            const auto* const operation = m_operation.exchange(nullptr);
+            bool isDone = false;
+            if (operation == nullptr)
+                continue;
+            const std::int32_t failure = resultOf([&] { isDone = (*operation)(); });
+            m_result = failure == VXResultFromNative(EDEADLK) ? 'D' : failure != 0 ? '!' : isDone ? '+' : '-';
+        }
+    }
+
+    std::atomic<const std::function<bool()>*> m_operation {nullptr};
+    std::atomic<char> m_result {'+'};
+    std::atomic<std::uint32_t> m_id {0};
+    std::atomic<bool> m_isOver {false};
+    std::thread m_thread {[this] { run(); }};
 };
+
+using Operations = std::map<char, std::function<bool()>>;
+
+/// Plays a script and expects what it says. "1w+" lets thread 1 do operation 'w' and says its result. "*2" says that two
+/// of the threads that wait return, and that the others still wait.
+void play(const Operations& operations, const std::string& script)
+{
+    std::map<char, Actor> actors;
+    std::set<Actor*> waiting;
+    std::istringstream steps(script);
+    std::string seen;
+    for (std::string step; steps >> step;) {
+        if (step[0] != '*') {
+            Actor& actor = actors[step[0]];
+            ASSERT_FALSE(waiting.contains(&actor)) << step << " comes too early after " << seen;
+            actor.act(operations.at(step[1]));
+            while (step[2] != '?' && actor.result() == '?')
+                std::this_thread::yield();
+            actor.awaitRest();
+            seen += step.substr(0, 2) + actor.result() + ' ';
+            if (actor.result() == '?')
+                waiting.insert(&actor);
+            continue;
+        }
+        const auto count = static_cast<std::size_t>(step[1] - '0');
+        ASSERT_LE(count, waiting.size()) << "after " << seen;
+        const auto returned = [](const Actor* actor) { return actor->result() != '?'; };
+        for (std::size_t ended = 0; ended < count; std::this_thread::yield())
+            ended += std::erase_if(waiting, returned);
+        std::for_each(waiting.begin(), waiting.end(), std::mem_fn(&Actor::awaitRest));
+        seen += '*' + std::to_string(count + std::erase_if(waiting, returned)) + ' ';
+    }
+    EXPECT_EQ(seen, script + ' ');
+}
+
+constexpr const char* HELD_BY_ONE = "1u! 1w+ 2u! 2W- 1u+ 1u! 2W+ 2u+";
+
+TEST(Mutex, IsReleasedByItsHolderAsOftenAsItWasTaken)
+{
+    for (const char* script :
+        {HELD_BY_ONE, "1w+ 1W+ 2W- 1u+ 2w? 1u+ *1 2u+", "1w+ 1W+ 1p+ 2W+ 2u+ 1w+ 1q+ 2W- 1u+ 2W- 1u+ 2W- 1u+ 1u!"}) {
+        Mutex mutex;
+        std::optional<MutexPause> pause;
+        play({{'w', [&] { return mutex.wait(), true; }}, {'W', [&] { return mutex.tryWait(); }},
+                 {'u', [&] { return mutex.signal(), true; }}, {'p', [&] { return pause.emplace(mutex), true; }},
+                 {'q', [&] { return pause.reset(), true; }}},
+            script);
+    }
+}
+
+TEST(ReaderWriterLock, TellsWhoMayJoinWhomAndWhoComesFirst)
+{
+    std::string otherReaders; // read locks that other threads released must not be counted
+    for (int i = 0; i < 100; ++i)
+        otherReaders += "1r+ 2s+ ";
+    for (const std::string& script : {std::string(HELD_BY_ONE), // with 'r', 'R' and 's' for a reader
+             "1r+ 2R+ 2s+ 2W- 1R+ 1s+ 2R+ 2s+ 2W- 1s+ 1w+ 2R- 2W- 1u+ 2R+ 2s+ 2W+ 2u+"s,
+             otherReaders + "1r+ 2w? 3R- 3r? 1r+ 1s+ 1s+ *1 2u+ *1 3s+", // a writer before new readers
+             "1w+ 2w? 3r? 1u+ *1 3s+ *1 2u+"s, // readers after a writer
+             "1s! 1w+ 1wD 1rD 1W- 1R- 1u+ 1r+ 1wD 1W- 2s+ 1W+ 1u+"s, // what would wait for itself
+             "1r+ 2r+ 3s+ 1w? 2s+ *1 1u+"s, // it is unknown whose read lock thread 3 released
+             "1r+ 2r+ 3s+ 1r+ 1wD 1s+ 1s+ 1W+ 1u+"s}) { // this thread reads for certain
+        ReaderWriterLock lock;
+        play({{'w', [&] { return lock.wait(), true; }}, {'W', [&] { return lock.tryWait(); }},
+                 {'u', [&] { return lock.signal(), true; }}, {'r', [&] { return lock.waitShared(), true; }},
+                 {'R', [&] { return lock.tryWaitShared(); }}, {'s', [&] { return lock.signalShared(), true; }}},
+            script);
+    }
+}
+
+TEST(Event, ResetsItselfAfterEachWaiterThatItFrees)
+{
+    // Nothing is signalled at first; 'T' does not look; one signal is kept without a waiter
+    for (const char* script : {"1z- 1s+ 1s+ 1T- 1z+ 1z-", "1w? 2f? 3n? 4s+ 4s+ 4z- *2 4s+ *1"}) {
+        Event event;
+        play({{'w', [&] { return event.wait(), true; }}, {'T', [&] { return event.tryWait(); }},
+                 {'z', [&] { return event.wait(0); }}, {'f', [&] { return event.wait(FOR_EVER); }},
+                 {'n', [&] { return event.wait(NEARLY_FOR_EVER); }}, {'s', [&] { return event.signal(), true; }}},
+            script);
+    }
+}
+
+TEST(Gate, LetsAllPassWhileItIsOpenAndAllWhoWaitedThoughItClosesAtOnce)
+{
+    for (const char* script :
+        {"1T- 1z- 1o+ 1T+ 1z+ 1f+ 2T+ 2z+ 1w+ 1c+ 1T- 1z-", "1w? 2n? 3f? 4o+ 4c+ 4T- *3 1w? 4o+ *1"}) {
+        Gate gate;
+        play({{'w', [&] { return gate.wait(), true; }}, {'T', [&] { return gate.tryWait(); }},
+                 {'z', [&] { return gate.wait(0); }}, {'f', [&] { return gate.wait(FOR_EVER); }},
+                 {'n', [&] { return gate.wait(NEARLY_FOR_EVER); }}, {'o', [&] { return gate.open(), true; }},
+                 {'c', [&] { return gate.close(), true; }}},
+            script);
+    }
+}
+
+TEST(Semaphore, CountsWhatIsGivenAndTaken)
+{
+    Semaphore semaphore(2);
+    play({{'w', [&] { return semaphore.wait(), true; }}, {'T', [&] { return semaphore.tryWait(); }},
+             {'s', [&] { return semaphore.signal(), true; }}, {'0', [&] { return semaphore.getValue() == 0; }}},
+        "1w+ 10- 1T+ 10+ 1T- 2w? 1s+ *1 10+ 1s+ 10-");
+}
+
+TEST(Condition, HandsItsLockToWhoeverItFreesAndRefusesWhoDoesNotHoldIt)
+{
+    for (const char* script : {"1W? 2W? 3W? 4a+ 4s+ 4r+ *1 4a+ 4b+ 4r+ *2", "1w! 1t! 1r! 1s+ 1a+ 1aD 2r! 1r+"}) {
+        Condition condition;
+        int ready = 0;
+        const auto waitForReady = [&] {
+            const Condition::Holder holder(condition);
+            while (ready == 0)
+                condition.wait();
+            return --ready, true;
+        };
+        play({{'W', waitForReady}, {'w', [&] { return condition.wait(), true; }},
+                 {'t', [&] { return condition.wait(1), true; }}, {'a', [&] { return condition.acquire(), true; }},
+                 {'r', [&] { return condition.release(), true; }},
+                 {'s', [&] { return ready = 1, condition.signal(), true; }},
+                 {'b', [&] { return ready = 2, condition.broadcast(), true; }}},
+            script);
+    }
+}
 
 template <class Lock>
-class LockObjectTest : public testing::Test {
-protected:
-    ~LockObjectTest() noexcept override { } // a lock that cannot be destroyed ends the program
-
-    Lock m_lock;
-};
-using LockTypes = testing::Types<Mutex, ReaderWriterLock>;
-TYPED_TEST_SUITE(LockObjectTest, LockTypes);
-
-TYPED_TEST(LockObjectTest, LetsOneThreadInAtATime)
+void countInTurns()
 {
+    Lock lock;
     int count = 0; // not atomic on purpose
     inThreads(4, [&](int) {
         for (int turn = 0; turn < 1000; ++turn) {
-            const ScopedLock guard(this->m_lock);
+            const ScopedLock guard(lock);
             ++count;
         }
     });
     EXPECT_EQ(count, 4000);
 }
 
-TYPED_TEST(LockObjectTest, IsReleasedByItsHolderOnly)
+TEST(ScopedLock, LetsOneThreadInAtATime)
 {
-    LockObject& lock = this->m_lock;
-    EXPECT_LT(resultOf([&] { lock.signal(); }), 0) << "no thread holds it";
-    lock.wait();
-    EXPECT_LT(elsewhere([&] { return resultOf([&] { lock.signal(); }); }), 0);
-    EXPECT_FALSE(isFree(lock)) << "it is still held";
-    lock.signal();
-    EXPECT_LT(resultOf([&] { lock.signal(); }), 0);
+    countInTurns<Mutex>();
+    countInTurns<ReaderWriterLock>();
 }
 
 template <class Lock>
@@ -138,23 +263,6 @@ TEST(Sync, DestroysALockThatTheThreadHolds)
         VXResultFromNative(EBUSY));
 }
 
-TEST(MutexPause, TakesBackWhatWasHeldAlsoFromItself)
-{
-    Mutex mutex;
-    mutex.wait();
-    EXPECT_TRUE(mutex.tryWait());
-    {
-        const MutexPause pause(mutex);
-        EXPECT_TRUE(isFree(mutex));
-        mutex.wait();
-    }
-    for (int held = 3; held > 0; --held) {
-        EXPECT_FALSE(isFree(mutex)) << held;
-        mutex.signal();
-    }
-    EXPECT_THROW(mutex.signal(), ResultException);
-}
-
 TEST(ScopedLock, ReleasesWhenTheBlockThrowsAndTellsAFailedRelease)
 {
     Mutex mutex;
@@ -164,66 +272,13 @@ TEST(ScopedLock, ReleasesWhenTheBlockThrowsAndTellsAFailedRelease)
             throw 7;
         },
         int);
-    EXPECT_TRUE(isFree(mutex));
+    EXPECT_THROW(mutex.signal(), ResultException) << "it is free";
     EXPECT_THROW(
         {
             const ScopedLock guard(mutex);
             mutex.signal();
         },
         ResultException);
-}
-
-TEST(ReaderWriterLock, TellsWhoMayJoinWhom)
-{
-    ReaderWriterLock lock;
-    EXPECT_TRUE(mayRead(lock) && isFree(lock));
-    lock.waitShared();
-    EXPECT_TRUE(mayRead(lock) && !isFree(lock));
-    EXPECT_TRUE(lock.tryWaitShared());
-    lock.signalShared();
-    EXPECT_TRUE(mayRead(lock) && !isFree(lock)) << "one reader is left";
-    lock.signalShared();
-    lock.wait();
-    EXPECT_TRUE(!mayRead(lock) && !isFree(lock));
-    lock.signal();
-    EXPECT_TRUE(mayRead(lock) && isFree(lock));
-}
-
-TEST(ReaderWriterLock, PutsAWaitingWriterBeforeNewReadersButNotBeforeItsOwn)
-{
-    Noting noting;
-    ReaderWriterLock& lock = noting.lock;
-    for (int i = 0; i < 100; ++i) { // read locks that other threads released must not be counted
-        lock.waitShared();
-        Doing([&] { lock.signalShared(); }).join();
-    }
-    lock.waitShared();
-    Doing writer([&] { noting.write(); });
-    writer.awaitWaiting();
-    EXPECT_FALSE(mayRead(lock)) << "a new reader stands back";
-    Doing reader([&] { noting.read(); });
-    reader.awaitWaiting();
-    lock.waitShared(); // would never return if this reader waited for the writer
-    lock.signalShared();
-    lock.signalShared();
-    writer.join();
-    reader.join();
-    EXPECT_EQ(noting.order, "writer reader ");
-}
-
-TEST(ReaderWriterLock, LetsTheWaitingReadersInWhenAWriterLeaves)
-{
-    Noting noting;
-    ReaderWriterLock& lock = noting.lock;
-    lock.wait();
-    Doing nextWriter([&] { noting.write(); });
-    nextWriter.awaitWaiting();
-    Doing reader([&] { noting.read(); });
-    reader.awaitWaiting();
-    lock.signal();
-    nextWriter.join();
-    reader.join();
-    EXPECT_EQ(noting.order, "reader writer ");
 }
 
 TEST(ReaderWriterLock, StarvesNobody)
@@ -259,108 +314,6 @@ TEST(ReaderWriterLock, StarvesNobody)
     ends = true;
     others.clear();
     EXPECT_GE(written, 50);
-}
-
-TEST(ReaderWriterLock, RefusesWhatWouldWaitForItself)
-{
-    ReaderWriterLock lock;
-    EXPECT_LT(resultOf([&] { lock.signalShared(); }), 0) << "no thread reads";
-    lock.wait();
-    EXPECT_LT(resultOf([&] { lock.wait(); }), 0);
-    EXPECT_LT(resultOf([&] { lock.waitShared(); }), 0);
-    EXPECT_FALSE(lock.tryWait() || lock.tryWaitShared());
-    lock.signal();
-    lock.waitShared();
-    EXPECT_EQ(resultOf([&] { lock.wait(); }), VXResultFromNative(EDEADLK)) << "it reads itself";
-    EXPECT_FALSE(lock.tryWait());
-    Doing([&] { lock.signalShared(); }).join(); // another thread may release it
-    EXPECT_TRUE(lock.tryWait());
-    lock.signal();
-}
-
-TEST(ReaderWriterLock, DoesNotTakeAThreadForAReaderWhoseReadWasReleased)
-{
-    VXHandle lock = nullptr;
-    ASSERT_EQ(VXRWLockCreate(nullptr, 0, &lock), 0);
-    EXPECT_EQ(VXRWLockAcquireRead(lock), 0);
-    EXPECT_EQ(elsewhere([&] { return VXRWLockAcquireRead(lock); }), 0);
-    EXPECT_EQ(elsewhere([&] { return VXRWLockReleaseRead(lock); }), 0) << "this thread's, or the other one's";
-    EXPECT_EQ(VXRWLockTryAcquireWrite(lock), RESULT_TIMED_OUT) << "it may wait";
-    EXPECT_EQ(VXRWLockAcquireRead(lock), 0);
-    EXPECT_EQ(VXRWLockAcquireWrite(lock), VXResultFromNative(EDEADLK)) << "it reads for certain";
-    EXPECT_EQ(VXRWLockReleaseAll(lock), 0);
-    EXPECT_EQ(VXRWLockTryAcquireWrite(lock), 0);
-    EXPECT_EQ(VXRWLockReleaseAll(lock), 0);
-    EXPECT_EQ(VXRWLockDestroy(lock), 0);
-}
-
-TEST(Event, ResetsItselfBehindTheOneThatItFrees)
-{
-    Event event;
-    EXPECT_FALSE(event.wait(0)) << "born without a signal";
-    event.signal();
-    event.signal();
-    EXPECT_FALSE(event.tryWait()) << "it does not look";
-    EXPECT_TRUE(event.wait(0)) << "so the signal is still there";
-    EXPECT_FALSE(event.wait(0)) << "only one is kept without a waiter";
-}
-
-TEST(Event, FreesAWaiterForEachSignal)
-{
-    Event event;
-    std::list<Doing> waiters;
-    waiters.emplace_back([&] { event.wait(); });
-    waiters.emplace_back([&] { EXPECT_TRUE(event.wait(FOR_EVER)); });
-    waiters.emplace_back([&] { EXPECT_TRUE(event.wait(NEARLY_FOR_EVER)); });
-    for (const Doing& waiter : waiters)
-        waiter.awaitWaiting();
-    event.signal();
-    event.signal();
-    EXPECT_FALSE(event.wait(0)) << "whether they have run or not";
-    const auto doneCount = [&] { return std::count_if(waiters.begin(), waiters.end(), std::mem_fn(&Doing::isDone)); };
-    while (doneCount() < 2)
-        std::this_thread::yield();
-    std::find_if_not(waiters.begin(), waiters.end(), std::mem_fn(&Doing::isDone))->awaitWaiting();
-    EXPECT_EQ(doneCount(), 2);
-    event.signal();
-}
-
-TEST(Gate, LetsAllPassWhileItIsOpen)
-{
-    Gate gate;
-    const auto passes = [&] { return gate.tryWait() && gate.wait(0) && gate.wait(FOR_EVER); };
-    EXPECT_FALSE(gate.tryWait() || gate.wait(0)) << "born closed";
-    gate.open();
-    EXPECT_TRUE(passes() && passes() && elsewhere(passes));
-    gate.wait();
-    gate.close();
-    EXPECT_FALSE(gate.tryWait() || gate.wait(0));
-}
-
-TEST(Gate, FreesAllWhoWaitedThoughItClosesAtOnce)
-{
-    Gate gate;
-    Doing first([&] { gate.wait(); });
-    Doing second([&] { EXPECT_TRUE(gate.wait(NEARLY_FOR_EVER)); });
-    first.awaitWaiting();
-    second.awaitWaiting();
-    gate.open();
-    gate.close();
-    EXPECT_FALSE(gate.tryWait());
-}
-
-TEST(Semaphore, CountsWhatIsGivenAndTaken)
-{
-    Semaphore semaphore(2);
-    EXPECT_EQ(semaphore.getValue(), 2);
-    semaphore.wait();
-    EXPECT_TRUE(semaphore.tryWait());
-    EXPECT_FALSE(semaphore.tryWait());
-    Doing waiter([&] { semaphore.wait(); });
-    waiter.awaitWaiting();
-    semaphore.signal();
-    waiter.join();
-    EXPECT_EQ(semaphore.getValue(), 0);
 }
 
 TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
@@ -405,51 +358,6 @@ TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
     lock.signal();
     EXPECT_TRUE(lock.waitSharedFor(0));
     lock.signalShared();
-}
-
-TEST(Condition, HandsItsLockToWhoeverItFrees)
-{
-    Condition condition;
-    int ready = 0, freed = 0;
-    const auto waitForReady = [&] {
-        const Condition::Holder holder(condition);
-        while (ready == 0)
-            condition.wait();
-        --ready;
-        ++freed;
-    };
-    std::list<Doing> waiters;
-    for (int i = 0; i < 3; ++i)
-        waiters.emplace_back(waitForReady).awaitWaiting();
-    {
-        const Condition::Holder holder(condition);
-        ready = 1;
-        condition.signal();
-    }
-    while (std::none_of(waiters.begin(), waiters.end(), std::mem_fn(&Doing::isDone)))
-        std::this_thread::yield();
-    {
-        const Condition::Holder holder(condition);
-        EXPECT_EQ(freed, 1);
-        ready = 2;
-        condition.broadcast();
-    }
-    waiters.clear();
-    const Condition::Holder holder(condition);
-    EXPECT_EQ(freed, 3);
-}
-
-TEST(Condition, RefusesWhoDoesNotHoldItAndWhoHoldsItAlready)
-{
-    Condition condition;
-    EXPECT_LT(resultOf([&] { condition.wait(); }), 0);
-    EXPECT_LT(resultOf([&] { condition.wait(1); }), 0);
-    EXPECT_LT(resultOf([&] { condition.release(); }), 0);
-    condition.signal();
-    condition.acquire();
-    EXPECT_LT(resultOf([&] { condition.acquire(); }), 0);
-    EXPECT_LT(elsewhere([&] { return resultOf([&] { condition.release(); }); }), 0);
-    condition.release();
 }
 
 using Call = std::int32_t (*)(VXHandle) noexcept;
