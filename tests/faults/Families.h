@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/vxsys/Scratch.h"
-#include "vx/Exception.h"
+#include "vx/vxlib4.h"
 
 #include <functional>
 #include <memory>
@@ -20,7 +20,6 @@ struct Operation {
 enum class After {
     OLD_STATE, ///< the old state, or the complete new one: a step after the last change may fail too
     PART, ///< or a part of the new state
-    COMPLETED, ///< or a part, which the second try completes
     ANYTHING ///< the operation consumes what it works on
 };
 
@@ -30,7 +29,6 @@ struct Family {
     std::string name;
     std::function<Operation(const Scratch& place)> prepare;
     After after = After::OLD_STATE;
-    bool tellsSignals = false; ///< a call that a signal interrupts is a failure, as documented
 };
 
 inline void PrintTo(const Family& family, std::ostream* stream)

@@ -1,21 +1,6 @@
 #include "common/Failure.h"
 #include "common/Input.h"
 #include "tests/faults/Families.h"
-#include "vx/Result.h"
-#include "vx/io/AlphaNumOutputStream.h"
-#include "vx/io/BitOutputStream.h"
-#include "vx/io/BufferedInputStream.h"
-#include "vx/io/BufferedOutputStream.h"
-#include "vx/io/BufferedReader.h"
-#include "vx/io/BufferedWriter.h"
-#include "vx/io/DataInputStream.h"
-#include "vx/io/DataOutputStream.h"
-#include "vx/io/FileInputStream.h"
-#include "vx/io/FileOutputStream.h"
-#include "vx/io/InputStreamReader.h"
-#include "vx/io/OutputStreamWriter.h"
-#include "vx/util/IniFile.h"
-#include "vx/util/RegistryKey.h"
 #include "vxconv/Conversion.h"
 #include "vxconv/Files.h"
 #include "vxconv/Options.h"
@@ -66,7 +51,7 @@ Family over(const char* name, unsigned int mode, After after, Make make, Work wo
         [=](const Scratch& place) {
             put(place / "file", "What was there before\n");
             const Reference<FileOutputStream> file(new FileOutputStream(pathIn(place), mode));
-            return Operation {[=, made = make(file.get()), steps = std::make_shared<int>(0)] { work(*made, *steps); }};
+            return Operation {[work, made = make(file.get())] { work(*made); }};
         },
         after};
 }
@@ -81,6 +66,35 @@ Family reading(const char* name, std::string content, Read read)
                     std::make_shared<std::string>(),
                     [=, path = pathIn(place)](std::string& seen) { seen = read(path); },
                     [](const std::string& seen) { return seen; });
+            }};
+}
+
+/// Replaces a file by another one, whether there is one or not.
+Family replacing(const char* name, bool isThere)
+{
+    return {name, [isThere](const Scratch& place) {
+                if (isThere)
+                    put(place / "file", "What was there before\n");
+                return Operation {[path = pathIn(place)] {
+                    throwIfFailed(VXFileReplace(
+                        path.getData(), ENTRY.data(), static_cast<std::int64_t>(ENTRY.size()), 0644, nullptr));
+                }};
+            }};
+}
+
+/// `work` on an INI file with some sets, in which another process has written since it was read.
+Family changing(const char* name, void (*work)(util::IniFile& file))
+{
+    return {name, [work](const Scratch& place) {
+                constexpr const char* SETS = "[set]\nkey=value\n[set\\below]\nkey=value\n[third]\nkey=value\n";
+                put(place / "file", SETS);
+                const auto file = std::make_shared<util::IniFile>(
+                    pathIn(place).getData(), ("faults" + std::to_string(::getpid())).c_str(), 1);
+                put(place / "file", std::string(SETS) + "new=from another process\n");
+                return Operation {[file, work] {
+                    work(*file);
+                    throwIfFailed(file->GetWriteResult());
+                }};
             }};
 }
 
@@ -139,13 +153,13 @@ std::vector<Family> fileFamilies()
     constexpr unsigned int KEEPCLOSED = FileOutputStream::KEEPCLOSED;
     constexpr unsigned int LOCK = FileOutputStream::LOCK;
     const auto itself = [](FileOutputStream* file) { return Reference<FileOutputStream>(file); };
-    const auto writeEntry = [](OutputStream& stream, int&) { write(stream, ENTRY); };
+    const auto writeEntry = [](OutputStream& stream) { write(stream, ENTRY); };
     const auto writer = [](const char16_t* encoding) {
         return [encoding](FileOutputStream* file) {
             return Reference<OutputStreamWriter>(new OutputStreamWriter(file, encoding, 1000));
         };
     };
-    const auto writeText = [](Writer& target, int&) {
+    const auto writeText = [](Writer& target) {
         target.write(u"An entry of a log, \u00E4\n");
         target.flush();
     };
@@ -161,7 +175,7 @@ std::vector<Family> fileFamilies()
         over("FileLockedAgain", ATEND | LOCK, After::OLD_STATE, itself, writeEntry),
         over("FileTruncateAgain", TRUNC, After::PART, itself, writeEntry),
         over("FileReopen", APPEND, After::OLD_STATE, itself,
-            [](FileOutputStream& stream, int&) {
+            [](FileOutputStream& stream) {
                 stream.close();
                 stream.open();
                 stream.wait();
@@ -172,31 +186,6 @@ std::vector<Family> fileFamilies()
                     throw;
                 }
                 stream.signal();
-            }),
-        over(
-            "BufferedOverFile", APPEND, After::COMPLETED,
-            [](FileOutputStream* file) { return Reference<BufferedOutputStream>(new BufferedOutputStream(file, 100)); },
-            [](BufferedOutputStream& stream, int& steps) {
-                if (steps++ == 0)
-                    write(stream, ENTRY);
-                stream.flush();
-            }),
-        over(
-            "BitsOverFile", APPEND, After::COMPLETED,
-            [](FileOutputStream* file) { return Reference<BitOutputStream>(new BitOutputStream(file)); },
-            [](BitOutputStream& stream, int& steps) {
-                if (steps++ == 0)
-                    stream.write(5, 3);
-                stream.flush();
-            }),
-        over(
-            "AlphaNumOverFile", APPEND, After::COMPLETED,
-            [](FileOutputStream* file) { return Reference<AlphaNumOutputStream>(new AlphaNumOutputStream(file)); },
-            [](AlphaNumOutputStream& stream, int& steps) {
-                if (steps == 0)
-                    stream.write(static_cast<signed char>(0x5A));
-                steps = 1;
-                stream.flush();
             }),
         over("WriterUtf8OverFile", APPEND, After::OLD_STATE, writer(u"UTF-8"), writeText),
         over("WriterUtf16OverFile", APPEND, After::OLD_STATE, writer(u"UTF-16LE"), writeText),
@@ -213,7 +202,7 @@ std::vector<Family> fileFamilies()
             [](FileOutputStream* file) {
                 return Reference<DataOutputStream>(new DataOutputStream(new BufferedOutputStream(file, 100)));
             },
-            [](DataOutputStream& stream, int&) {
+            [](DataOutputStream& stream) {
                 stream.writeInt64(0x4142434445464748);
                 stream.writeDouble(0.5);
                 stream.flush();
@@ -244,21 +233,8 @@ std::vector<Family> fileFamilies()
                 return seen;
             }),
 
-        {"FileReplace",
-            [](const Scratch& place) {
-                put(place / "file", "What was there before\n");
-                return Operation {[path = pathIn(place)] {
-                    throwIfFailed(VXFileReplace(
-                        path.getData(), ENTRY.data(), static_cast<std::int64_t>(ENTRY.size()), 0644, nullptr));
-                }};
-            }},
-        {"FileReplaceNew",
-            [](const Scratch& place) {
-                return Operation {[path = pathIn(place)] {
-                    throwIfFailed(VXFileReplace(
-                        path.getData(), ENTRY.data(), static_cast<std::int64_t>(ENTRY.size()), 0644, nullptr));
-                }};
-            }},
+        replacing("FileReplace", true),
+        replacing("FileReplaceNew", false),
         reading("IniRead", "[set]\nkey=value\n",
             [](const String& path) {
                 util::IniFile file(path.getData(), nullptr, 1);
@@ -267,26 +243,9 @@ std::vector<Family> fileFamilies()
                 return String(value).toUtf8();
             }),
 
-        {"IniChange",
-            [](const Scratch& place) {
-                put(place / "file", "[set]\nkey=value\n");
-                const auto file = std::make_shared<util::IniFile>(
-                    pathIn(place).getData(), ("faults" + std::to_string(::getpid())).c_str(), 1);
-                put(place / "file", "[set]\nkey=value\nnew=from another process\n");
-                return Operation {[file] {
-                    throwIfFailed(file->AddKey(u"other", u"key", u"value", true));
-                    throwIfFailed(file->GetWriteResult());
-                }};
-            }},
-        {"IniDelete",
-            [](const Scratch& place) {
-                put(place / "file", "[set]\nkey=value\n[set\\below]\nkey=value\n[third]\nkey=value\n");
-                const auto file = std::make_shared<util::IniFile>(pathIn(place).getData(), nullptr, 1);
-                return Operation {[file] {
-                    throwIfFailed(file->DeleteSet(u"set"));
-                    throwIfFailed(file->GetWriteResult());
-                }};
-            }},
+        changing(
+            "IniChange", [](util::IniFile& file) { throwIfFailed(file.AddKey(u"other", u"key", u"value", true)); }),
+        changing("IniDelete", [](util::IniFile& file) { throwIfFailed(file.DeleteSet(u"set")); }),
 
         converting("Convert", {.from = "UTF-8", .to = "UTF-16LE"}),
         converting("ConvertLines", {.from = "UTF-8", .to = "CP1252", .lines = true}),

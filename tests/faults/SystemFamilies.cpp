@@ -1,26 +1,5 @@
 #include "components/tcp/TcpTransport.h"
 #include "tests/faults/Families.h"
-#include "vx/Result.h"
-#include "vx/exec/IRunnable.h"
-#include "vx/exec/Process.h"
-#include "vx/exec/SharedLibrary.h"
-#include "vx/exec/Thread.h"
-#include "vx/io/ByteBuffer.h"
-#include "vx/io/FileOutputStream.h"
-#include "vx/io/IChannel.h"
-#include "vx/io/OutputStreamWriter.h"
-#include "vx/ipc/SemaphoreR.h"
-#include "vx/ipc/SharedMemory.h"
-#include "vx/log/AsyncProcessor.h"
-#include "vx/log/BasicLogWriter.h"
-#include "vx/log/Logger.h"
-#include "vx/log/SyncLogger.h"
-#include "vx/log/XmlLogWriter.h"
-#include "vx/net/TcpClientSocket2.h"
-#include "vx/net/TcpServerSocket.h"
-#include "vx/net/TcpServerSocket2.h"
-#include "vx/net/TcpSocket.h"
-#include "vx/util/PropertySet.h"
 #include "vxsys/Component.h"
 
 #include <algorithm>
@@ -46,14 +25,29 @@ std::string nameOfOurs(const char* what)
 }
 
 /// Work that leaves no state.
-Family passing(const char* name, void (*work)(), bool tellsSignals = false)
+Family passing(const char* name, void (*work)())
 {
-    return {name, [work](const Scratch&) { return Operation {work}; }, After::ANYTHING, tellsSignals};
+    return {name, [work](const Scratch&) { return Operation {work}; }, After::ANYTHING};
 }
 
-Reference<io::Writer> fileWriter(const String& path)
+Reference<io::Writer> fileWriter(const Scratch& place)
 {
-    return new io::OutputStreamWriter(new io::FileOutputStream(path, io::FileOutputStream::APPEND), u"UTF-8", 1000);
+    return new io::OutputStreamWriter(
+        new io::FileOutputStream(String(place.full("log")), io::FileOutputStream::APPEND), u"UTF-8", 1000);
+}
+
+Reference<log::ILogProcessor> fileLog(const Scratch& place)
+{
+    return log::BasicLogWriter::create(fileWriter(place).get());
+}
+
+void logBy(log::AsyncProcessor& processor)
+{
+    const Reference<log::Logger> logger = log::Logger::create();
+    logger->addProcessor(&processor);
+    logger->log(1, u"an entry");
+    if (!processor.waitUntilDone())
+        throw Exception(u"not written");
 }
 
 std::string readAll(io::InputStream& stream)
@@ -97,55 +91,6 @@ public:
     void* run() override { return this; }
 };
 
-void checkSocket(ENUM_VX_E_SOCKET result)
-{
-    if (result != 0)
-        throwResult(static_cast<std::int32_t>(result));
-}
-
-struct Destroy {
-    void operator()(net::TcpSocket2* socket) const { net::TcpSocket2::destroyTcpSocket2(&socket); }
-};
-
-template <class Socket>
-using Owned = std::unique_ptr<Socket, Destroy>;
-
-/// Stores what `make` creates, and destroys it even if `make` fails.
-template <class Socket, class Make>
-Owned<Socket> made(Make make)
-{
-    Socket* socket = nullptr;
-    const ENUM_VX_E_SOCKET result = make(&socket);
-    Owned<Socket> owned(socket);
-    checkSocket(result);
-    return owned;
-}
-
-void talkBySockets2()
-{
-    const auto server = made<net::TcpServerSocket2>(
-        [](auto** out) { return net::TcpServerSocket2::createTcpServerSocket2(AF_INET, SOCK_STREAM, 0, out); });
-    checkSocket(server->bindListAddAddrAny(0));
-    checkSocket(server->bind());
-    checkSocket(server->listen(5));
-    checkSocket(server->saveBoundAddresses());
-    vx_sockaddr_union address {};
-    unsigned int length = sizeof address;
-    checkSocket(server->getBoundAddress(0, reinterpret_cast<signed char*>(&address), &length));
-    const auto client = made<net::TcpClientSocket2>([&](auto** out) {
-        return net::TcpClientSocket2::createTcpClientSocket2(address.generic.sa_family, SOCK_STREAM, 0, out);
-    });
-    checkSocket(client->connect(&address, length));
-    const auto worker = made<net::TcpWorkerSocket2>([&](auto** out) { return server->accept(out); });
-    std::int32_t sent = 0;
-    checkSocket(client->send("hello", 5, 0, &sent));
-    char bytes[10];
-    std::int32_t got = 0;
-    checkSocket(worker->recv(bytes, sizeof bytes, 0, &got));
-    if (got < 1 || sent < got || !std::string_view("hello").starts_with(std::string(bytes, bytes + got)))
-        wrong("other bytes came");
-}
-
 } // namespace
 
 std::vector<Family> systemFamilies()
@@ -173,44 +118,28 @@ std::vector<Family> systemFamilies()
                 const Reference<log::Logger> logger = log::Logger::create(u"a name");
                 logger->enableField(u"sequence", true);
                 logger->enableField(u"sequence", false);
-                logger->addProcessor(log::BasicLogWriter::create(fileWriter(String(place.full("log"))).get()).get());
+                logger->addProcessor(fileLog(place).get());
                 const Reference<log::SyncLogger> locked(new log::SyncLogger(logger.get()));
                 return Operation {[locked] { locked->log(1, u"an entry \u00E4"); }};
             }},
         {"LogAsXml",
             [](const Scratch& place) {
                 const Reference<log::Logger> logger = log::Logger::create();
-                const Reference<io::Writer> file = fileWriter(String(place.full("log")));
+                const Reference<io::Writer> file = fileWriter(place);
                 logger->addProcessor(log::XmlLogWriter::create(file.get(), log::XmlLogWriter::Values::ESCAPED).get());
                 file->flush(); // the head of the document
                 return Operation {[logger] { logger->log(1, u"an entry <&>"); }};
             }},
         {"LogFromAnotherThread",
             [](const Scratch& place) {
-                const Reference<log::ILogProcessor> file
-                    = log::BasicLogWriter::create(fileWriter(String(place.full("log"))).get());
-                return Operation {[file] {
-                    const Reference<log::AsyncProcessor> others = log::AsyncProcessor::create(file.get(), 1);
-                    const Reference<log::Logger> logger = log::Logger::create();
-                    logger->addProcessor(others.get());
-                    logger->log(1, u"an entry");
-                    if (!others->waitUntilDone())
-                        throw Exception(u"not written");
-                }};
+                const Reference<log::ILogProcessor> file = fileLog(place);
+                return Operation {[file] { logBy(*log::AsyncProcessor::create(file.get(), 1)); }};
             }},
         {"LogFromAThreadThatGoesOn",
             [](const Scratch& place) {
-                const Reference<log::ILogProcessor> file
-                    = log::BasicLogWriter::create(fileWriter(String(place.full("log"))).get());
                 const Reference<log::AsyncProcessor> others
-                    = log::AsyncProcessor::create(file.get(), 1, log::AsyncProcessor::Failures::KEEP_WORKER);
-                return Operation {[others] {
-                    const Reference<log::Logger> logger = log::Logger::create();
-                    logger->addProcessor(others.get());
-                    logger->log(1, u"an entry");
-                    if (!others->waitUntilDone())
-                        throw Exception(u"not written");
-                }};
+                    = log::AsyncProcessor::create(fileLog(place).get(), 1, log::AsyncProcessor::Failures::KEEP_WORKER);
+                return Operation {[others] { logBy(*others); }};
             }},
         passing("TcpTransport",
             [] {
@@ -286,6 +215,5 @@ std::vector<Family> systemFamilies()
                 if (std::string_view(bytes, 5) != "hello")
                     wrong("other bytes came");
             }),
-        passing("Sockets2", talkBySockets2, true),
     };
 }

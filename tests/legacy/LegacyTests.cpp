@@ -2,6 +2,7 @@
 #include "legacy/CVXPropertySet.h"
 
 #include "tests/Outcome.h"
+#include "tests/Told.h"
 #include "vx/Exception.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Result.h"
@@ -81,9 +82,7 @@ TEST(CVXProperty, KeepsNumbersAsText)
     number->set(1LL << 40);
     EXPECT_EQ(number->getValueDouble(), 0x1p40);
     number->set(-1.5);
-    EXPECT_EQ(number->getValueString(), String::valueOf(-1.5));
-    EXPECT_EQ(number->getValueDouble(), -1.5);
-    EXPECT_EQ(number->getValueLong(), -1);
+    EXPECT_EQ((Told {number->getValueString(), number->getValueDouble(), number->getValueLong()}), "-1.5 -1.5 -1");
     struct Odd : Integer32 { // converts without its text
         Odd()
             : Integer32(7)
@@ -92,8 +91,7 @@ TEST(CVXProperty, KeepsNumbersAsText)
         String toString() const override { return u"seven"; }
     };
     number->set(new Odd);
-    EXPECT_EQ(number->getValueLong(), 7);
-    EXPECT_EQ(number->getValueString(), u"seven");
+    EXPECT_EQ((Told {number->getValueLong(), number->getValueString()}), "7 seven");
     number->set(static_cast<Object*>(nullptr));
     EXPECT_EQ(saidBy<Exception>([&] { number->getValueLong(); }), "Value is not a CVXObject");
     void* result = nullptr;
@@ -109,15 +107,11 @@ TEST(CVXProperty, TakesAnyComponentThroughItsView)
         EXPECT_EQ(view->SetValue(&foreign), 0);
         Reference<IVXConnector> value;
         EXPECT_EQ(view->GetValue(IVXConnector::IID, value.outVoid()), 0);
-        EXPECT_EQ(value, &foreign);
-        EXPECT_EQ(foreign.m_count, 2U);
+        EXPECT_EQ((Told {value == &foreign, foreign.m_count}), "1 2");
         std::int32_t number = 9;
-        EXPECT_EQ(view->GetValueLong(&number), RESULT_FAIL);
-        EXPECT_EQ(number, 0) << "cleared first";
-        EXPECT_EQ(view->SetValueString(u"12"), 0);
         double real = 0;
-        EXPECT_EQ(view->GetValueDouble(&real), 0);
-        EXPECT_EQ(real, 12);
+        EXPECT_EQ((Told {view->GetValueLong(&number), number}), (Told {RESULT_FAIL, 0})) << "cleared first";
+        EXPECT_EQ((Told {view->SetValueString(u"12"), view->GetValueDouble(&real), real}), "0 0 12");
         const Reference<Object> object(new Integer32(3));
         EXPECT_EQ(view->SetValue(object->GetUnknown()), 0);
         EXPECT_EQ(property->getValue(), object);
@@ -153,15 +147,11 @@ TEST(CVXPropertySet, RestsOnItsStore)
     String text;
     std::int32_t number = 9;
     double real = 0;
-    EXPECT_EQ(view->GetString(u"number", &text), 0);
-    EXPECT_EQ(text, u"17");
-    EXPECT_EQ(view->GetLong(u"real", &number), 0);
-    EXPECT_EQ(number, 0);
-    EXPECT_EQ(view->SetDouble(u"real", 2.25) | view->GetDouble(u"real", &real), 0);
-    EXPECT_EQ(real, 2.25);
-    EXPECT_EQ(view->SetString(u"text", u"-8") | view->SetLong(u"number", 6), 0);
-    EXPECT_EQ(store->getValueLong(u"text"), -8);
-    EXPECT_EQ(store->getValueDouble(u"number"), 6);
+    EXPECT_EQ((Told {view->GetString(u"number", &text), text}), "0 17");
+    EXPECT_EQ((Told {view->GetLong(u"real", &number), number}), "0 0");
+    EXPECT_EQ((Told {view->SetDouble(u"real", 2.25), view->GetDouble(u"real", &real), real}), "0 0 2.25");
+    EXPECT_EQ((Told {view->SetString(u"text", u"-8"), view->SetLong(u"number", 6)}), "0 0");
+    EXPECT_EQ((Told {store->getValueLong(u"text"), store->getValueDouble(u"number")}), "-8 6");
     Foreign foreign;
     EXPECT_EQ(view->Set(u"object", &foreign), 0);
     Reference<IVXConnector> value;
@@ -196,14 +186,13 @@ TEST(CVXAbstractConnector, KeepsTextsAndConnects)
     EXPECT_EQ(view->GetProperty(u"target", &text), RESULT_FAIL);
     EXPECT_EQ(saidBy<Exception>([&] { connector->getProperty(u"target"); }), "Property Not Found.");
     void* none = &none;
-    EXPECT_EQ(view->Connect(u"any", IVXComparable::IID, &none), RESULT_FAIL) << "there is no target yet";
-    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ((Told {view->Connect(u"any", IVXComparable::IID, &none), none == nullptr}), (Told {RESULT_FAIL, true}))
+        << "there is no target yet";
     EXPECT_EQ(view->SetProperty(u"target", u"a") | view->SetProperty(u"target", u"b"), 0);
     Reference<IVXComparable> result;
     EXPECT_EQ(view->Connect(nullptr, IVXComparable::IID, result.outVoid()), 0);
     EXPECT_EQ(connection->GetRefCount(), 3U) << "what connect gave is released";
-    EXPECT_EQ(view->GetProperty(u"seen", &text), 0);
-    EXPECT_EQ(text, u"b!");
+    EXPECT_EQ((Told {view->GetProperty(u"seen", &text), text}), "0 b!");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Outcome.h"
 #include "tests/Threads.h"
+#include "tests/Told.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exceptions.h"
@@ -12,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fcntl.h>
 #include <set>
 #include <span>
@@ -36,8 +36,7 @@ std::string readAll(io::InputStream& stream)
 
 void writeAll(Process& process, const std::string& text)
 {
-    process.getOutputStream()->write(
-        reinterpret_cast<const signed char*>(text.data()), static_cast<std::int32_t>(text.size()));
+    process.getOutputStream()->write(text.data(), static_cast<std::int32_t>(text.size()));
     process.closeInput();
 }
 
@@ -57,35 +56,32 @@ TEST(Process, StartsWhatItIsTold)
         const char16_t *program, *commandLine, *directory;
         const char16_t* const* environment;
         unsigned int flags;
-        std::string output, error;
-        int code;
+        std::string told; // its output, errors and exit code
     } cases[] = {
-        {u"/bin/sh", u"-c \"echo out; echo err >&2; exit 3\"", nullptr, nullptr, 0, "out\n", "err\n", 3},
-        {u"C:\\usr\\bin\\printf", u"  [%s] a \"b  c\"\t\"\" d\"e f\"g ", nullptr, nullptr, 0, "[a][b  c][][de fg]", "",
-            0},
-        {u"printf", u"%s found", nullptr, nullptr, 1, "found", "", 0},
-        {u"/bin/pwd", nullptr, folder.c_str(), nullptr, 0, scratch.getPath().string() + "\n", "", 0},
-        {u"/usr/bin/env", nullptr, nullptr, two, 0, "A=1\nB=gr\xC3\xBCn =\n", "", 0},
-        {u"/bin/sh", u"-c \"echo $VX_PROCESS_TEST\"", nullptr, nullptr, 0, "from the parent\n", "", 0},
-        {u"/bin/sh", u"-c \"kill -9 $$\"", nullptr, nullptr, 0, "", "", 128 + SIGKILL},
+        {u"/bin/sh", u"-c \"echo out; echo err >&2; exit 3\"", nullptr, nullptr, 0, "out\n err\n 3"},
+        {u"C:\\usr\\bin\\printf", u"  [%s] a \"b  c\"\t\"\" d\"e f\"g ", nullptr, nullptr, 0, "[a][b  c][][de fg]  0"},
+        {u"printf", u"%s found", nullptr, nullptr, 1, "found  0"},
+        {u"/bin/pwd", nullptr, folder.c_str(), nullptr, 0, scratch.getPath().string() + "\n  0"},
+        {u"/usr/bin/env", nullptr, nullptr, two, 0, "A=1\nB=gr\xC3\xBCn =\n  0"},
+        {u"/bin/sh", u"-c \"echo $VX_PROCESS_TEST\"", nullptr, nullptr, 0, "from the parent\n  0"},
+        {u"/bin/sh", u"-c \"kill -9 $$\"", nullptr, nullptr, 0, "  137"},
     };
     for (const auto& row : cases) {
         Reference<Process> process(
             new Process(row.program, row.commandLine, row.directory, row.environment, row.flags));
-        EXPECT_EQ(readAll(*process->getInputStream()), row.output);
-        EXPECT_EQ(readAll(*process->getErrorStream()), row.error) << row.output;
-        EXPECT_EQ(process->join(), row.code) << row.output;
+        EXPECT_EQ((Told {readAll(*process->getInputStream()), readAll(*process->getErrorStream()), process->join()}),
+            row.told);
     }
 }
 
 TEST(Process, TellsWhatCannotBeStarted)
 {
-    const auto failure = [](const char16_t* program, const char16_t* directory, unsigned int flags) {
-        return resultOf([&] { Process(program, nullptr, directory, nullptr, flags); });
+    const auto error = [](const char16_t* program, const char16_t* directory, unsigned int flags) {
+        return VXResultToNative(resultOf([&] { Process(program, nullptr, directory, nullptr, flags); }));
     };
-    EXPECT_EQ(failure(u"/etc/passwd", nullptr, 0), VXResultFromNative(EACCES));
-    EXPECT_EQ(failure(u"/bin/sh", u"/no/such/folder", 0), VXResultFromNative(ENOENT));
-    EXPECT_EQ(failure(u"/bin/sh", nullptr, 2), VXResultFromNative(EINVAL));
+    EXPECT_EQ((Told {error(u"/etc/passwd", nullptr, 0), error(u"/bin/sh", u"/no/such/folder", 0),
+                  error(u"/bin/sh", nullptr, 2)}),
+        (Told {EACCES, ENOENT, EINVAL}));
 }
 
 TEST(Process, IsJoinedOnce)
@@ -104,16 +100,14 @@ TEST(Process, IsJoinedOnce)
 
 TEST(Process, CarriesMoreThanAPipeHoldsInBothDirections)
 {
-    std::string text(3'000'000, 'x');
+    const std::string text(3'000'000, 'x');
     const Reference<Process> process = shell("tee /dev/fd/2");
+    const Reference<io::InputStream> output = process->getInputStream(), errors = process->getErrorStream();
     std::thread writer([&] { writeAll(*process, text); });
-    std::string errors;
-    const Reference<io::InputStream> errorStream = process->getErrorStream();
-    std::thread reader([&] { errors = readAll(*errorStream); });
-    EXPECT_TRUE(readAll(*process->getInputStream()) == text);
+    std::thread reader([&] { EXPECT_TRUE(readAll(*errors) == text); });
+    EXPECT_TRUE(readAll(*output) == text);
     writer.join();
     reader.join();
-    EXPECT_TRUE(errors == text);
     EXPECT_EQ(process->join(), 0);
 }
 
@@ -122,8 +116,7 @@ TEST(Process, GivesTheChildThreeStreamsAndNothingElse)
     const auto before = openDescriptors();
     EXPECT_LT(resultOf([] { Process(u"/no/such/program"); }), 0);
     const int inheritable = ::open("/dev/null", O_RDONLY);
-    sigset_t blocked;
-    sigset_t mask;
+    sigset_t blocked, mask;
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &mask);
@@ -146,8 +139,7 @@ TEST(Process, StartsFromSeveralThreadsAtOnce)
         for (int count = 0; count < 10; ++count) {
             Process process(u"/bin/cat");
             writeAll(process, "through");
-            EXPECT_EQ(readAll(*process.getInputStream()), "through");
-            EXPECT_EQ(process.join(), 0);
+            EXPECT_EQ((Told {readAll(*process.getInputStream()), process.join()}), "through 0");
         }
     });
 }
@@ -156,16 +148,13 @@ TEST(Process, LeavesNoZombieWhenNobodyJoins)
 {
     Reference<Process> running = shell("echo $$; read line"), ended = shell("echo $$");
     const Reference<io::OutputStream> keptOpen = running->getOutputStream();
-    const Reference<io::InputStream> output = running->getInputStream();
-    signed char digits[16];
-    const std::int32_t length = output->read(digits, sizeof digits);
-    const pid_t runningId = std::stoi(std::string(reinterpret_cast<char*>(digits), static_cast<std::size_t>(length)));
-    const pid_t endedId = std::stoi(readAll(*ended->getInputStream()));
+    char digits[16] = "";
+    running->getInputStream()->read(digits, sizeof digits);
+    const pid_t runningId = std::stoi(digits), endedId = std::stoi(readAll(*ended->getInputStream()));
     running = nullptr;
     ended = nullptr;
     EXPECT_NE(stateOfProcess(runningId), '\0') << "it still runs";
-    const signed char end = '\n';
-    keptOpen->write(&end, 1);
+    keptOpen->write("\n", 1);
     while (stateOfProcess(runningId) != '\0' || stateOfProcess(endedId) != '\0')
         std::this_thread::yield();
 }
@@ -232,9 +221,8 @@ TEST(Process, HandsOnDescriptorsThatTheCallerNames)
     const String id = theirs.getInheritanceId();
     const std::uint32_t named = Process::getInheritedDescriptor(id);
     EXPECT_EQ(listOfHeir(id.getData(), {&named, 1}), "0 1 2 " + std::to_string(ends[1]) + '\n');
-    signed char text[9];
-    EXPECT_EQ(ours.getInputStream()->read(text, sizeof text), 9);
-    EXPECT_EQ(std::memcmp(text, "inherited", 9), 0);
+    char text[10] = "";
+    EXPECT_EQ((Told {ours.getInputStream()->read(text, 9), text}), "9 inherited");
 
     std::set<std::uint32_t> many {named};
     for (const int least : {3, 200, 202, 300})
@@ -249,12 +237,8 @@ TEST(Process, HandsOnDescriptorsThatTheCallerNames)
     for (const std::uint32_t descriptor : many)
         ::close(static_cast<int>(descriptor));
     const std::pair<std::uint32_t, int> wrong[] = {{2, EINVAL}, {0xFFFFFFFF, EBADF}, {*many.rbegin(), EBADF}};
-    for (const auto& [descriptor, error] : wrong)
-        EXPECT_EQ(resultOf([&, descriptor = descriptor] {
-            listOfHeir(nullptr, {&descriptor, 1});
-        }),
-            VXResultFromNative(error))
-            << descriptor;
+    for (const auto& row : wrong)
+        EXPECT_EQ(resultOf([&] { listOfHeir(nullptr, {&row.first, 1}); }), VXResultFromNative(row.second)) << row.first;
     for (const char16_t* other : {u"", u"socket=", u"412", u"x=-1", u"x=1x", u"x=2147483648"})
         EXPECT_EQ(resultOf([&] { Process::getInheritedDescriptor(other); }), VXResultFromNative(EINVAL))
             << String(other);
@@ -286,9 +270,8 @@ TEST(Process, StartsWithoutStandardStreamsOfItsOwn)
         ::close(1);
         const Reference<Process> process = shell("cat");
         writeAll(*process, "text");
-        EXPECT_EQ(readAll(*process->getInputStream()), "text");
-        // Without it a thread would wait for the process, and the _exit of this child would not join that thread.
-        EXPECT_EQ(process->join(), 0);
+        // Without `join` a thread would wait for the process, and the _exit of this child would not join that thread.
+        EXPECT_EQ((Told {readAll(*process->getInputStream()), process->join()}), "text 0");
     });
     EXPECT_EQ(child.wait(), 0);
 }
