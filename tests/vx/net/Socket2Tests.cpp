@@ -20,7 +20,6 @@
 #include <thread>
 #include <tuple>
 #include <unistd.h>
-#include <vector>
 
 namespace vx::net {
 namespace {
@@ -30,11 +29,15 @@ socklen_t lengthOf(const vx_sockaddr_union& address)
     return address.generic.sa_family == AF_INET6 ? sizeof address.in6 : sizeof address.in4;
 }
 
-std::unique_ptr<TcpServerSocket2> makeServer()
+using Server = std::unique_ptr<TcpServerSocket2>;
+using Client = std::unique_ptr<TcpClientSocket2>;
+
+Server makeServer(bool reusesAddress = false)
 {
     TcpServerSocket2* made = nullptr;
     EXPECT_EQ(VxNetTcpServerSocketStaticCreate(AF_UNSPEC, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
-    return std::unique_ptr<TcpServerSocket2>(made);
+    made->setReuseAddress(reusesAddress);
+    return Server(made);
 }
 
 /// The addresses in the bind list.
@@ -47,19 +50,18 @@ std::string listOf(TcpServerSocket2& server)
 }
 
 /// Bound to the wildcard addresses of both families, each with another port. It does not listen yet.
-std::unique_ptr<TcpServerSocket2> bindBoth(bool reusesAddress = false)
+Server bindBoth(bool reusesAddress = false)
 {
-    std::unique_ptr<TcpServerSocket2> server = makeServer();
-    server->setReuseAddress(reusesAddress);
+    Server server = makeServer(reusesAddress);
     EXPECT_EQ(VxNetTcpServerSocketBindListAddAddrAny(server.get(), 0), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketBind(server.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketSaveBoundAddresses(server.get()), VX_E_SOCKET_OK);
     return server;
 }
 
-std::unique_ptr<TcpServerSocket2> listenOnBoth(bool reusesAddress = false)
+Server listenOnBoth(bool reusesAddress = false)
 {
-    std::unique_ptr<TcpServerSocket2> server = bindBoth(reusesAddress);
+    Server server = bindBoth(reusesAddress);
     EXPECT_EQ(VxNetTcpServerSocketListen(server.get(), 0), VX_E_SOCKET_OK);
     return server;
 }
@@ -83,16 +85,16 @@ vx_sockaddr_union loopbackOf(TcpServerSocket2& server, int family)
     }
 }
 
-std::unique_ptr<TcpClientSocket2> makeClient(int family)
+Client makeClient(int family)
 {
     TcpClientSocket2* made = nullptr;
     EXPECT_EQ(VxNetTcpClientSocketStaticCreate(family, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
-    return std::unique_ptr<TcpClientSocket2>(made);
+    return Client(made);
 }
 
-std::unique_ptr<TcpClientSocket2> connectTo(TcpServerSocket2& server, int family)
+Client connectTo(TcpServerSocket2& server, int family)
 {
-    std::unique_ptr<TcpClientSocket2> client = makeClient(family);
+    Client client = makeClient(family);
     const vx_sockaddr_union address = loopbackOf(server, family);
     EXPECT_EQ(VxNetTcpClientSocketConnect(client.get(), &address, lengthOf(address)), VX_E_SOCKET_OK);
     return client;
@@ -102,14 +104,14 @@ std::unique_ptr<TcpClientSocket2> connectTo(TcpServerSocket2& server, int family
 struct Pair {
     explicit Pair(int family = AF_INET)
     {
-        const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
+        const Server listener = listenOnBoth();
         client = connectTo(*listener, family);
         TcpWorkerSocket2* made = nullptr;
         EXPECT_EQ(VxNetTcpServerSocketAccept(listener.get(), &made), VX_E_SOCKET_OK);
         server.reset(made);
     }
 
-    std::unique_ptr<TcpClientSocket2> client;
+    Client client;
     std::unique_ptr<TcpWorkerSocket2> server;
 };
 
@@ -150,37 +152,38 @@ INSTANTIATE_TEST_SUITE_P(Sockets2, Families, testing::Values(AF_INET, AF_INET6))
 TEST_P(Families, CarryDataAndEndHalfByHalf)
 {
     Pair pair(GetParam());
+    TcpWorkerSocket2 &client = *pair.client, &server = *pair.server;
     String peer;
-    pair.server->getPeerAddress()->getDiagnosticStr(peer);
+    server.getPeerAddress()->getDiagnosticStr(peer);
     EXPECT_TRUE(peer.startsWith(GetParam() == AF_INET ? u"127.0.0.1:" : u"[::1]:")) << peer;
 
-    EXPECT_EQ(sendText(*pair.client, "ping"), VX_E_SOCKET_OK);
-    EXPECT_EQ(receive(*pair.server), "ping");
-    EXPECT_EQ(VxNetTcpSocketShutdownOutput(pair.client.get()), VX_E_SOCKET_OK);
-    EXPECT_EQ(pair.client->getShutdownOut(), 1);
-    EXPECT_EQ(receive(*pair.server), "end");
-    EXPECT_EQ(sendText(*pair.server, "pong"), VX_E_SOCKET_OK) << "the other half is open";
-    EXPECT_EQ(receive(*pair.client), "pong");
-    EXPECT_EQ(sendText(*pair.client, "late"), VX_E_SOCKET_ESHUTDOWN);
+    EXPECT_EQ(sendText(client, "ping"), VX_E_SOCKET_OK);
+    EXPECT_EQ(receive(server), "ping");
+    EXPECT_EQ(VxNetTcpSocketShutdownOutput(&client), VX_E_SOCKET_OK);
+    EXPECT_EQ(client.getShutdownOut(), 1);
+    EXPECT_EQ(receive(server), "end");
+    EXPECT_EQ(sendText(server, "pong"), VX_E_SOCKET_OK) << "the other half is open";
+    EXPECT_EQ(receive(client), "pong");
+    EXPECT_EQ(sendText(client, "late"), VX_E_SOCKET_ESHUTDOWN);
 
-    EXPECT_EQ(VxNetTcpSocketShutdownInput(pair.server.get()), VX_E_SOCKET_OK);
-    EXPECT_EQ(pair.server->getShutdownIn() - pair.server->getShutdownOut(), 1);
-    EXPECT_EQ(VxNetTcpSocketShutdownBoth(pair.server.get()), VX_E_SOCKET_OK);
-    EXPECT_EQ(receive(*pair.client), "end");
-    EXPECT_NE(VxNetTcpSocketGetId(pair.server.get()), 0U);
-    EXPECT_EQ(VxNetTcpSocketClose(pair.server.get()), VX_E_SOCKET_OK);
-    EXPECT_EQ(VxNetTcpSocketGetId(pair.server.get()), 0U);
+    EXPECT_EQ(VxNetTcpSocketShutdownInput(&server), VX_E_SOCKET_OK);
+    EXPECT_EQ(server.getShutdownIn() - server.getShutdownOut(), 1);
+    EXPECT_EQ(VxNetTcpSocketShutdownBoth(&server), VX_E_SOCKET_OK);
+    EXPECT_EQ(receive(client), "end");
+    EXPECT_NE(VxNetTcpSocketGetId(&server), 0U);
+    EXPECT_EQ(VxNetTcpSocketClose(&server), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpSocketGetId(&server), 0U);
     std::int32_t count = 42;
     char byte = 0;
-    EXPECT_EQ(pair.server->recv(&byte, 1, 0, &count), VX_E_SOCKET_ENOTSOCK);
-    EXPECT_EQ(pair.server->send(nullptr, 1, 0, &count), VX_E_SOCKET_EINVAL);
+    EXPECT_EQ(server.recv(&byte, 1, 0, &count), VX_E_SOCKET_ENOTSOCK);
+    EXPECT_EQ(server.send(nullptr, 1, 0, &count), VX_E_SOCKET_EINVAL);
     EXPECT_EQ(count, 42);
 }
 
 TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
 {
     // A port that is free could be used by another program or the client meanwhile.
-    const std::unique_ptr<TcpServerSocket2> deaf = bindBoth();
+    const Server deaf = bindBoth();
     vx_sockaddr_union address = loopbackOf(*deaf, GetParam());
     EXPECT_EQ(makeClient(GetParam())->connect(&address, lengthOf(address)), VX_E_SOCKET_ECONNREFUSED);
     // No connection to a multicast address is possible, whatever the routes are.
@@ -277,16 +280,16 @@ TEST(Select, WaitsForDescriptorsBeyondThoseOfASystemSet)
 
 TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
 {
-    const std::unique_ptr<TcpServerSocket2> first = listenOnBoth();
+    const Server first = listenOnBoth();
     const unsigned short port = ntohs(loopbackOf(*first, AF_INET).in4.sin_port);
 
     // The IPv4 port is in use, so only the IPv6 one can be bound.
-    const std::unique_ptr<TcpServerSocket2> second = makeServer();
+    const Server second = makeServer();
     EXPECT_EQ(second->bindListAddAddrAny(port), VX_E_SOCKET_OK);
     EXPECT_EQ(listOf(*second), "[::]:" + std::to_string(port) + "; 0.0.0.0:" + std::to_string(port));
 
     for (const int family : {AF_INET6, AF_INET}) {
-        const std::unique_ptr<TcpClientSocket2> client = connectTo(*first, family);
+        const Client client = connectTo(*first, family);
         unsigned int handle = 0;
         EXPECT_EQ(VxNetTcpServerSocketAcceptSocket(first.get(), &handle), VX_E_SOCKET_OK);
         EXPECT_EQ(::fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
@@ -296,16 +299,15 @@ TEST(TcpServerSocket2, ListensOnBothFamiliesOfOnePort)
 
 TEST(TcpServerSocket2, TakesAPortAgainWhoseConnectionsAreEnding)
 {
-    std::unique_ptr<TcpClientSocket2> client;
+    Client client;
     vx_sockaddr_union address {};
     const auto bindAgain = [&](bool reuses) {
-        const std::unique_ptr<TcpServerSocket2> server = makeServer();
-        server->setReuseAddress(reuses);
+        const Server server = makeServer(reuses);
         EXPECT_EQ(server->bindListAddAddrInfo("127.0.0.1", nullptr, ntohs(address.in4.sin_port)), VX_E_SOCKET_OK);
         return server->bind();
     };
     {
-        const std::unique_ptr<TcpServerSocket2> first = listenOnBoth(true);
+        const Server first = listenOnBoth(true);
         address = loopbackOf(*first, AF_INET);
         client = connectTo(*first, AF_INET);
         EXPECT_EQ(bindAgain(true), VX_E_SOCKET_EADDRINUSE) << "the first one stands there";
@@ -320,26 +322,23 @@ TEST(TcpServerSocket2, TakesAPortAgainWhoseConnectionsAreEnding)
 TEST(TcpServerSocket2, WaitsOnWhenAnotherThreadWasFasterToAccept)
 {
     constexpr int CONNECTIONS = 200;
-    const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
+    const Server listener = listenOnBoth();
     std::atomic<int> begun {0}, accepted {0};
-    std::jthread takers([&] {
-        inThreads(4, [&](int) {
-            while (begun++ < CONNECTIONS) {
-                unsigned int handle = 0;
-                if (listener->accept(&handle) == VX_E_SOCKET_OK && ::close(static_cast<int>(handle)) == 0)
-                    ++accepted;
-            }
-        });
+    inThreads(5, [&](int thread) {
+        for (int count = 0; count < CONNECTIONS && thread == 0; ++count)
+            connectTo(*listener, count % 2 == 0 ? AF_INET : AF_INET6);
+        while (thread != 0 && begun++ < CONNECTIONS) {
+            unsigned int handle = 0;
+            if (listener->accept(&handle) == VX_E_SOCKET_OK && ::close(static_cast<int>(handle)) == 0)
+                ++accepted;
+        }
     });
-    for (int count = 0; count < CONNECTIONS; ++count)
-        connectTo(*listener, count % 2 == 0 ? AF_INET : AF_INET6);
-    takers.join();
     EXPECT_EQ(accepted, CONNECTIONS);
 }
 
 TEST(TcpServerSocket2, CollectsAddresses)
 {
-    const std::unique_ptr<TcpServerSocket2> server = makeServer();
+    const Server server = makeServer();
     const auto add = [&](const char* hosts, unsigned short port) {
         return VxNetTcpServerSocketBindListAddAddrInfo(server.get(), hosts, nullptr, port);
     };
@@ -356,9 +355,9 @@ TEST(TcpServerSocket2, CollectsAddresses)
     EXPECT_EQ(VxNetTcpServerSocketBindListClear(server.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(add("127.0.0.3", 9), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketBindListSaveOneForNamedPipeReply(server.get()), VX_E_SOCKET_OK);
-    EXPECT_EQ(VxNetTcpServerSocketSaveBoundAddresses(server.get()), VX_E_SOCKET_OK);
     char text[100];
     std::uint32_t length = sizeof text;
+    EXPECT_EQ(VxNetTcpServerSocketSaveBoundAddresses(server.get()), VX_E_SOCKET_OK);
     EXPECT_EQ(VxNetTcpServerSocketBoundListAddressesDiagnosticStrA(server.get(), text, &length), VX_E_SOCKET_OK);
     EXPECT_STREQ(text, "127.0.0.3:9");
 
@@ -371,16 +370,17 @@ TEST(FlatSocketFunctions, DoForAClientWhatTheyDoForAWorker)
 {
     Pair pair;
     TcpWorkerSocket2* client = pair.client.get();
-    const std::tuple<decltype(&VxNetTcpWorkerSocketSetsockopt), decltype(&VxNetTcpWorkerSocketGetsockopt), int>
-        options[] = {{VxNetTcpWorkerSocketSetsockopt, VxNetTcpWorkerSocketGetsockopt, 1},
-            {VxNetTcpClientSocketSetsockopt, VxNetTcpClientSocketGetsockopt, 0}};
-    for (const auto& [set, get, value] : options) {
-        int found = -1, length = sizeof found;
-        EXPECT_EQ(
-            set(client, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&value), sizeof value), VX_E_SOCKET_OK);
-        EXPECT_EQ(get(client, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<char*>(&found), &length), VX_E_SOCKET_OK);
-        EXPECT_EQ(found != 0, value != 0);
-    }
+    constexpr int ON = 1, OFF = 0;
+    int found = -1, length = sizeof found;
+    const auto* const on = reinterpret_cast<const char*>(&ON);
+    EXPECT_EQ(VxNetTcpWorkerSocketSetsockopt(client, IPPROTO_TCP, TCP_NODELAY, on, sizeof ON), VX_E_SOCKET_OK);
+    auto* const value = reinterpret_cast<char*>(&found);
+    EXPECT_EQ(VxNetTcpClientSocketGetsockopt(client, IPPROTO_TCP, TCP_NODELAY, value, &length), VX_E_SOCKET_OK);
+    EXPECT_NE(found, OFF);
+    const auto* const off = reinterpret_cast<const char*>(&OFF);
+    EXPECT_EQ(VxNetTcpClientSocketSetsockopt(client, IPPROTO_TCP, TCP_NODELAY, off, sizeof OFF), VX_E_SOCKET_OK);
+    EXPECT_EQ(VxNetTcpWorkerSocketGetsockopt(client, IPPROTO_TCP, TCP_NODELAY, value, &length), VX_E_SOCKET_OK);
+    EXPECT_EQ(found, OFF);
     char byte = 'x';
     std::int32_t count = 0, ready = 0;
     EXPECT_EQ(VxNetTcpClientSocketSend(client, &byte, 1, 0, &count), VX_E_SOCKET_OK);
@@ -394,7 +394,7 @@ TEST(FlatSocketFunctions, DoForAClientWhatTheyDoForAWorker)
     EXPECT_EQ(VxNetTcpClientSocketRecv(client, &byte, 1, 0, &count), VX_E_SOCKET_OK);
     EXPECT_EQ(byte, 'y');
 
-    const std::unique_ptr<TcpServerSocket2> listener = listenOnBoth();
+    const Server listener = listenOnBoth();
     const vx_sockaddr_union address = loopbackOf(*listener, AF_INET);
     vx_sockaddr_union own = address;
     own.in4.sin_port = 0;
@@ -403,7 +403,7 @@ TEST(FlatSocketFunctions, DoForAClientWhatTheyDoForAWorker)
     auto* const second = static_cast<TcpClientSocket2*>(bound);
     EXPECT_EQ(VxNetTcpClientSocketBind(second, &own, lengthOf(own)), VX_E_SOCKET_OK);
     EXPECT_EQ(second->connect(&address, lengthOf(address)), VX_E_SOCKET_OK);
-    int length = sizeof own;
+    length = sizeof own;
     EXPECT_EQ(VxNetTcpClientSocketGetLocalAddress(second, &own, &length), VX_E_SOCKET_OK);
     EXPECT_EQ(own.in4.sin_addr.s_addr, htonl(INADDR_LOOPBACK + 1));
     EXPECT_NE(own.in4.sin_port, 0);

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace vx::net {
@@ -84,70 +83,34 @@ TEST(UriReference, KnowsAddressesAsTheSystemDoes)
 
 TEST(UriReference, ResolvesTheExamplesOfTheStandard)
 {
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        // 5.4.1
-        {"http://a/b/c/d;p?q", "g:h", "g:h"},
-        {"", "g", "http://a/b/c/g"},
-        {"", "./g", "http://a/b/c/g"},
-        {"", "g/", "http://a/b/c/g/"},
-        {"", "/g", "http://a/g"},
-        {"", "//g", "http://g"},
-        {"", "?y", "http://a/b/c/d;p?y"},
-        {"", "g?y", "http://a/b/c/g?y"},
-        {"", "#s", "http://a/b/c/d;p?q#s"},
-        {"", "g#s", "http://a/b/c/g#s"},
-        {"", "g?y#s", "http://a/b/c/g?y#s"},
-        {"", ";x", "http://a/b/c/;x"},
-        {"", "g;x", "http://a/b/c/g;x"},
-        {"", "g;x?y#s", "http://a/b/c/g;x?y#s"},
-        {"", "", "http://a/b/c/d;p?q"},
-        {"", ".", "http://a/b/c/"},
-        {"", "./", "http://a/b/c/"},
-        {"", "..", "http://a/b/"},
-        {"", "../", "http://a/b/"},
-        {"", "../g", "http://a/b/g"},
-        {"", "../..", "http://a/"},
-        {"", "../../", "http://a/"},
-        {"", "../../g", "http://a/g"},
-        // 5.4.2
-        {"", "../../../g", "http://a/g"},
-        {"", "../../../../g", "http://a/g"},
-        {"", "/./g", "http://a/g"},
-        {"", "/../g", "http://a/g"},
-        {"", "g.", "http://a/b/c/g."},
-        {"", ".g", "http://a/b/c/.g"},
-        {"", "g..", "http://a/b/c/g.."},
-        {"", "..g", "http://a/b/c/..g"},
-        {"", "./../g", "http://a/b/g"},
-        {"", "./g/.", "http://a/b/c/g/"},
-        {"", "g/./h", "http://a/b/c/g/h"},
-        {"", "g/../h", "http://a/b/c/h"},
-        {"", "g;x=1/./y", "http://a/b/c/g;x=1/y"},
-        {"", "g;x=1/../y", "http://a/b/c/y"},
-        {"", "g?y/./x", "http://a/b/c/g?y/./x"},
-        {"", "g?y/../x", "http://a/b/c/g?y/../x"},
-        {"", "g#s/./x", "http://a/b/c/g#s/./x"},
-        {"", "g#s/../x", "http://a/b/c/g#s/../x"},
-        {"", "http:g", "http:g"},
+    const std::pair<const char*, std::vector<std::pair<const char*, const char*>>> cases[] = {
+        // 5.4.1 and 5.4.2
+        {"http://a/b/c/d;p?q",
+            {{"g:h", "g:h"}, {"g", "http://a/b/c/g"}, {"./g", "http://a/b/c/g"}, {"g/", "http://a/b/c/g/"},
+                {"/g", "http://a/g"}, {"//g", "http://g"}, {"?y", "http://a/b/c/d;p?y"}, {"g?y", "http://a/b/c/g?y"},
+                {"#s", "http://a/b/c/d;p?q#s"}, {"g#s", "http://a/b/c/g#s"}, {"g?y#s", "http://a/b/c/g?y#s"},
+                {";x", "http://a/b/c/;x"}, {"g;x", "http://a/b/c/g;x"}, {"g;x?y#s", "http://a/b/c/g;x?y#s"},
+                {"", "http://a/b/c/d;p?q"}, {".", "http://a/b/c/"}, {"./", "http://a/b/c/"}, {"..", "http://a/b/"},
+                {"../", "http://a/b/"}, {"../g", "http://a/b/g"}, {"../..", "http://a/"}, {"../../", "http://a/"},
+                {"../../g", "http://a/g"}, {"../../../g", "http://a/g"}, {"../../../../g", "http://a/g"},
+                {"/./g", "http://a/g"}, {"/../g", "http://a/g"}, {"g.", "http://a/b/c/g."}, {".g", "http://a/b/c/.g"},
+                {"g..", "http://a/b/c/g.."}, {"..g", "http://a/b/c/..g"}, {"./../g", "http://a/b/g"},
+                {"./g/.", "http://a/b/c/g/"}, {"g/./h", "http://a/b/c/g/h"}, {"g/../h", "http://a/b/c/h"},
+                {"g;x=1/./y", "http://a/b/c/g;x=1/y"}, {"g;x=1/../y", "http://a/b/c/y"},
+                {"g?y/./x", "http://a/b/c/g?y/./x"}, {"g?y/../x", "http://a/b/c/g?y/../x"},
+                {"g#s/./x", "http://a/b/c/g#s/./x"}, {"g#s/../x", "http://a/b/c/g#s/../x"}, {"http:g", "http:g"}}},
         // The rest
-        {"http://u@h:1", "g", "http://u@h:1/g"},
-        {"", "?", "http://u@h:1?"},
-        {"a:b/c?q#f", "", "a:b/c?q"},
-        {"", "../../d", "a:/d"},
-        {"", "#", "a:b/c?q#"},
-        {"a:b", "c", "a:c"},
-        {"a:/b", ".//c", "a:/.//c"},
-        {"", "/..//c", "a:/.//c"},
-        {"", "//h/..//c", "a://h//c"},
+        {"http://u@h:1", {{"g", "http://u@h:1/g"}, {"?", "http://u@h:1?"}}},
+        {"a:b/c?q#f", {{"", "a:b/c?q"}, {"../../d", "a:/d"}, {"#", "a:b/c?q#"}}},
+        {"a:b", {{"c", "a:c"}}},
+        {"a:/b", {{".//c", "a:/.//c"}, {"/..//c", "a:/.//c"}, {"//h/..//c", "a://h//c"}}},
     };
-    UriReference base;
-    EXPECT_FALSE(base.resolve(base));
-    for (const auto& [text, reference, target] : cases) {
-        if (*text != '\0')
-            base = *UriReference::parse(text);
-        const auto found = base.resolve(*UriReference::parse(reference));
-        ASSERT_TRUE(found) << reference;
-        EXPECT_EQ(found->getText(), target) << reference;
+    EXPECT_FALSE(UriReference().resolve(UriReference()));
+    for (const auto& [base, references] : cases) {
+        for (const auto& [reference, target] : references) {
+            const auto found = UriReference::parse(base)->resolve(*UriReference::parse(reference));
+            EXPECT_EQ(std::string(found ? found->getText() : "nothing"), target) << base << " with " << reference;
+        }
     }
 }
 

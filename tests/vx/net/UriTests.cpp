@@ -1,6 +1,7 @@
 #include "vx/net/URI.h"
 
 #include "tests/Random.h"
+#include "tests/vx/collections/Elements.h"
 #include "vx/collections/detail/Element.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/text/charset/CharsetException.h"
@@ -9,7 +10,6 @@
 
 #include <functional>
 #include <string>
-#include <tuple>
 #include <utility>
 
 namespace {
@@ -17,6 +17,7 @@ namespace {
 using namespace std::literals;
 using vx::Exception;
 using vx::String;
+using vx::collections::collidingText;
 using vx::net::QueryKey;
 using vx::net::URI;
 
@@ -56,15 +57,11 @@ TEST(URI, TakesAnyTextApart)
         {"host:80/a", "scheme=host opaque=80/a", nullptr},
         {":/a", "scheme= path=a", nullptr},
         {"", "path=", "/"},
-        {"/", "path=", nullptr},
-        {"a/b", "path=a/b", "/a/b"},
         {"a?b", "path=a query=b=b", "/a?b=b"},
         {"//", "", ""},
         {"//host?", "host=host query=", nullptr},
         {"//?/", "host=? path= query=/=/", "//?/?/=/"}, // the slash is looked for after the "?" too
-        {"///a", "path=a", "/a"},
         {"s:///a", "scheme=s path=a", "s:/a"},
-        {"s://h:", "scheme=s host=h port=0", "s://h:0"},
         {"s://h:abc", "scheme=s host=h port=0", "s://h:0"},
         {"s://h:99999999999", "scheme=s host=h port=2147483647", "s://h:2147483647"},
         {"s://:80", "scheme=s port=80", "s:"},
@@ -143,30 +140,21 @@ TEST(URI, ReadsEscapesAsThePlatformReadsNumbers)
     const std::pair<const char16_t*, std::u16string> cases[] = {{u"%41%4a%4A", u"AJJ"}, {u"%zz|%0x|%5z", u"\0|\0|\5"s},
         {u"% 7%+7", u"\7\7"}, {u"%C3%A4\u00E4", u"\u00E4\u00E4"}};
     URI uri;
-    for (const auto& [stored, text] : cases) {
+    const auto textOf = [&](const String& stored) {
         uri.setPath(stored, false);
-        EXPECT_EQ(uri.getPath(true), std::u16string_view(text)) << String(stored);
         EXPECT_EQ(uri.getPath(false), stored);
-    }
-    for (const char16_t* cut : {u"a%4", u"a%", u"%"}) {
-        uri.setPath(cut, false);
-        EXPECT_THROW(uri.getPath(true), Exception) << String(cut);
-    }
-}
-
-TEST(URI, UnescapesTextThatIsNoneAlike)
-{
-    const auto outcome = [](const String& host) {
-        URI uri;
-        uri.setHost(host, false);
         try {
-            return std::u16string(uri.getHost(true).view());
+            return std::u16string(uri.getPath(true).view());
         } catch (const Exception&) {
             return u"throws"s;
         }
     };
-    for (const char16_t* text : {u"A\xD800x", u"Ax\xDC00", u"A\xD83D\xDE00"})
-        EXPECT_EQ(outcome(text), outcome(u"%41" + String(text).substring(1))) << "with and without an escape";
+    for (const auto& [stored, text] : cases)
+        EXPECT_EQ(textOf(stored), text);
+    for (const char16_t* cut : {u"a%4", u"a%", u"%"})
+        EXPECT_EQ(textOf(cut), u"throws") << String(cut);
+    for (const char16_t* text : {u"A\xD800x", u"Ax\xDC00", u"A\xD83D\xDE00"}) // the first two are no text
+        EXPECT_EQ(textOf(text), textOf(u"%41" + String(text).substring(1))) << "with and without an escape";
 }
 
 TEST(URI, IsCopiedAndMovedWithAllItsParts)
@@ -286,34 +274,34 @@ TEST(URI, GivesRandomPartsBack)
         }
         return String(units);
     };
+    const struct {
+        unsigned presence; ///< its bits in the random number
+        void (URI::*set)(const String&, bool);
+        String (URI::*get)(bool) const;
+    } rows[] = {{0, &URI::setHost, &URI::getHost}, {1, &URI::setUser, &URI::getUser},
+        {3, &URI::setPassword, &URI::getPassword}, {4, &URI::setPath, &URI::getPath}};
     for (unsigned round = 0; round < 2000; ++round) {
         const unsigned present = random();
-        const String parts[] = {text(), text(), text(), text(), text(), text()};
+        const String parts[] = {text(), text(), text(), text()}, value = text();
         URI uri;
         uri.setScheme(u"s");
-        uri.setHost(parts[0], true);
-        if ((present & 1) != 0)
-            uri.setUser(parts[1], true);
-        if ((present & 3) == 3)
-            uri.setPassword(parts[2], true);
-        if ((present & 4) != 0)
-            uri.setPath(parts[3], true);
+        for (const auto& row : rows) {
+            if ((present & row.presence) == row.presence)
+                (uri.*row.set)(parts[&row - rows], true);
+        }
         if ((present & 8) != 0)
-            uri.setQueryPair(parts[4], parts[5], true);
+            uri.setQueryPair(text(), value, true);
         if ((present & 16) != 0)
-            uri.setPort(static_cast<int>(random() % 65536));
+            uri.setPort(random.below(65536));
 
         const URI again(uri.toString());
         ASSERT_EQ(partsOf(again), partsOf(uri));
         ASSERT_EQ(again.toString(), uri.toString());
-        ASSERT_EQ(again.getHost(true), parts[0]);
-        for (const auto& [isThere, get, part] :
-            {std::tuple((present & 1) != 0, &URI::getUser, 1), std::tuple((present & 3) == 3, &URI::getPassword, 2),
-                std::tuple((present & 4) != 0, &URI::getPath, 3)})
-            ASSERT_TRUE(!isThere || (again.*get)(true) == parts[part]) << part;
+        for (const auto& row : rows)
+            ASSERT_TRUE((present & row.presence) != row.presence || (again.*row.get)(true) == parts[&row - rows]);
         if ((present & 8) != 0) {
             const String query = again.getQuery(false);
-            ASSERT_EQ(again.getQueryValue(query.substring(0, query.indexOf(u'=')), true), parts[5]);
+            ASSERT_EQ(again.getQueryValue(query.substring(0, query.indexOf(u'=')), true), value);
         }
     }
 }
@@ -335,22 +323,15 @@ TEST(URI, EndsSoonOnHostileText)
 
     // Keys that differ only in units that the hash does not read.
     constexpr unsigned KEYS = 100'000;
-    const auto keyOf = [](unsigned number) {
-        std::u16string key(64, u'k');
-        for (unsigned bit = 0; bit < 17; ++bit)
-            key[2 * bit + 1] = static_cast<char16_t>(u'a' + (number >> bit & 1));
-        return key;
-    };
     std::u16string query;
     for (unsigned number = 0; number < KEYS; ++number)
-        query.append(number > 0 ? u"&" : u"").append(keyOf(number));
+        query.append(number > 0 ? u"&" : u"").append(collidingText(number));
     URI alike(u"/?" + String(query));
-    ASSERT_EQ(QueryKey(String(keyOf(0))).hashCode(), QueryKey(String(keyOf(KEYS - 1))).hashCode());
     EXPECT_EQ(alike.toString().getLength(), 2 + static_cast<int>(2 * query.size() + 1));
     for (unsigned number = 0; number < KEYS; ++number)
-        ASSERT_EQ(alike.getQueryValue(String(keyOf(number)), false), keyOf(number));
+        ASSERT_EQ(alike.getQueryValue(String(collidingText(number)), false), collidingText(number));
     for (unsigned number = 0; number < KEYS; ++number)
-        alike.removeQueryPair(String(keyOf(number)));
+        alike.removeQueryPair(String(collidingText(number)));
     EXPECT_EQ(alike.toString(), u"/");
 }
 

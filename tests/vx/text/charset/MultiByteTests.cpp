@@ -87,28 +87,28 @@ struct TestCodec : Component<IVXCharCodec> {
     std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)> m_encode;
 };
 
+/// A conversion of one text, as "output|number of units read|failure".
+template <class Kind, class Converter, class Text>
+String runOf(Converter& converter, const Text& text, int room)
+{
+    const Kind run(converter, text, room);
+    return String(run.output) + u"|" + String::valueOf(run.read) + u"|" + String(run.failure);
+}
+
 TEST(BTCMultiByte, DecodesSequenceBySequence)
 {
     const Reference<TestCodec> codec(new TestCodec);
     BTCCom decoder(codec.get());
     EXPECT_EQ(std::u16string(decoder.getEncodingName()), u"Test");
-    struct {
-        const char* bytes;
-        int room;
-        bool substitutes;
-        const char16_t* output;
-        int read;
-        const char* failure;
-    } cases[] = {{"a2xb4xyzc", 100, true, u"a\u20ACb\U0001F600c", 9, ""}, {"a2", 100, true, u"a", 1, ""},
-        {"4xy", 100, true, u"", 0, ""}, {"a2x", 1, true, u"a", 1, ""}, {"4xyz", 1, true, u"", 0, ""},
-        {"as", 100, true, u"a", 1, "Invalid byte sequence (decoded chars in surrogate range)"},
-        {"s", 0, true, u"", 0, ""}, {"ahub", 100, true, u"a\uFFFD\uFFFDb", 4, ""}, {"au", 1, true, u"a", 1, ""},
-        {"ah", 100, false, u"a", 1, "unmappable"}, {"au", 1, false, u"a", 1, "unmappable"}};
-    for (const auto& row : cases) {
-        decoder.setSubstitutionMode(row.substitutes);
-        const Decode run(decoder, row.bytes, row.room);
-        EXPECT_EQ(run.output, row.output) << row.bytes;
-        EXPECT_EQ(std::pair(run.read, run.failure), std::pair(row.read, std::string(row.failure))) << row.bytes;
+    const std::tuple<const char*, int, bool, const char16_t*> cases[]
+        = {{"a2xb4xyzc", 100, true, u"a\u20ACb\U0001F600c|9|"}, {"a2", 100, true, u"a|1|"}, {"4xy", 100, true, u"|0|"},
+            {"a2x", 1, true, u"a|1|"}, {"4xyz", 1, true, u"|0|"}, {"s", 0, true, u"|0|"}, {"au", 1, true, u"a|1|"},
+            {"as", 100, true, u"a|1|Invalid byte sequence (decoded chars in surrogate range)"},
+            {"ahub", 100, true, u"a\uFFFD\uFFFDb|4|"}, {"ah", 100, false, u"a|1|unmappable"},
+            {"au", 1, false, u"a|1|unmappable"}};
+    for (const auto& [bytes, room, substitutes, result] : cases) {
+        decoder.setSubstitutionMode(substitutes);
+        EXPECT_EQ(runOf<Decode>(decoder, bytes, room), result) << bytes;
     }
     decoder.setSubstitutionMode(true);
     decoder.setSubstitutionChars(u"<?>", 3);
@@ -116,58 +116,21 @@ TEST(BTCMultiByte, DecodesSequenceBySequence)
     EXPECT_EQ(decoder.flush(nullptr, nullptr, 0), 0);
 }
 
-TEST(BTCCom, TakesALyingCodecForOneWithoutTheCharacter)
-{
-    const Reference<TestCodec> codec(new TestCodec);
-    BTCCom decoder(codec.get());
-    const std::tuple<const char*, std::function<std::int32_t(std::int32_t*, std::uint32_t*)>, const char16_t*, int>
-        cases[] = {
-            {"fails and writes nothing", [](auto*, auto*) { return RESULT_FAIL; }, u"\uFFFD", 3},
-            {"more bytes than there are", [](auto* length, auto* value) { return *value = 'x', *length = 4; },
-                u"\uFFFD", 3},
-            {"the result is nobody's", [](auto* length, auto* value) { return *value = 'x', *length = 1, RESULT_FAIL; },
-                u"xxx", 3},
-            {"waits for ever", [](auto* length, auto*) { return *length = 0; }, u"", 0},
-            {"beyond the last character", [](auto*, auto* value) { return *value = 0xFFFFFFFF, RESULT_OK; }, u"\uFFFD",
-                3},
-        };
-    for (const auto& [lie, decode, output, read] : cases) {
-        codec->m_decode = decode;
-        const Decode run(decoder, "abc");
-        EXPECT_EQ(run.output, output) << lie;
-        EXPECT_EQ(run.read, read) << lie;
-    }
-}
-
 TEST(CTBMultiByte, EncodesCharacterByCharacter)
 {
     const Reference<TestCodec> codec(new TestCodec);
-    struct {
-        const char16_t* text;
-        int room;
-        bool substitutes;
-        const char* output;
-        int read;
-        const char* failure;
-    } cases[] = {
-        {u"a\u20ACb\U0001F600", 100, true, "a2xb4xyz", 5, ""},
-        {u"a\u20AC", 2, true, "a", 1, ""},
-        {u"\U0001F600", 3, true, "", 1, ""},
-        {u"a\u00E4b", 100, true, "a?b", 3, ""},
-        {u"a\U0001F601b", 100, true, "a?b", 4, ""},
-        {u"a\u00E4", 1, true, "a", 1, ""},
-        {u"a\u00E4", 1, false, "a", 1, "unmappable"},
-        {u"\U0001F601", 100, false, "", 1, "unmappable"},
-        {u"a\xDC00", 100, true, "a", 1, "trailing surrogate without leading"},
-        {u"\xD83D\xD83D", 100, true, "", 1, "leading surrogate without trailing"},
-        {u"\xD83Dz", 100, false, "", 1, "leading surrogate without trailing"},
-    };
-    for (const auto& row : cases) {
+    const std::tuple<const char16_t*, int, bool, const char16_t*> cases[]
+        = {{u"a\u20ACb\U0001F600", 100, true, u"a2xb4xyz|5|"}, {u"a\u20AC", 2, true, u"a|1|"},
+            {u"\U0001F600", 3, true, u"|1|"}, {u"a\u00E4b", 100, true, u"a?b|3|"},
+            {u"a\U0001F601b", 100, true, u"a?b|4|"}, {u"a\u00E4", 1, true, u"a|1|"},
+            {u"a\u00E4", 1, false, u"a|1|unmappable"}, {u"\U0001F601", 100, false, u"|1|unmappable"},
+            {u"a\xDC00", 100, true, u"a|1|trailing surrogate without leading"},
+            {u"\xD83D\xD83D", 100, true, u"|1|leading surrogate without trailing"},
+            {u"\xD83Dz", 100, false, u"|1|leading surrogate without trailing"}};
+    for (const auto& [text, room, substitutes, result] : cases) {
         CTBCom encoder(codec.get());
-        encoder.setSubstitutionMode(row.substitutes);
-        const Encode run(encoder, row.text, row.room);
-        EXPECT_EQ(run.output, row.output) << String(row.text);
-        EXPECT_EQ(std::pair(run.read, run.failure), std::pair(row.read, std::string(row.failure))) << String(row.text);
+        encoder.setSubstitutionMode(substitutes);
+        EXPECT_EQ(runOf<Encode>(encoder, text, room), result);
     }
     CTBCom encoder(codec.get());
     EXPECT_EQ(Encode(encoder, u"\xD83D").output, "");
@@ -179,20 +142,32 @@ TEST(CTBMultiByte, EncodesCharacterByCharacter)
     EXPECT_EQ(encoder.flush(&none, &position, 1), 0);
 }
 
-TEST(CTBCom, TakesALyingCodecForOneWithoutTheCharacter)
+TEST(MultiByte, TakesALyingCodecForOneWithoutTheCharacter)
 {
     const Reference<TestCodec> codec(new TestCodec);
+    BTCCom decoder(codec.get());
     CTBCom encoder(codec.get());
-    const std::tuple<const char*, std::function<std::int32_t(std::uint32_t, IVXByteBuffer*)>, const char*> cases[] = {
-        {"nothing", [](auto, auto*) { return RESULT_OK; }, "?"},
-        {"fails behind it", [](auto, auto* to) { return TestCodec::fill(to, "x"), RESULT_FAIL; }, "?"},
-        {"too long", [](auto, auto* to) { return TestCodec::fill(to, "1234567"); }, "?"},
-        {"as long as can be", [](auto, auto* to) { return TestCodec::fill(to, "123456"); }, "123456"},
-        {"a length without bytes", [](auto, auto* to) { return to->ReleaseWriteLock(7); }, "?"},
+    const std::pair<decltype(codec->m_decode), const char16_t*> decoded[] = {
+        {[](auto*, auto*) { return RESULT_FAIL; }, u"\uFFFD|3|"}, // and writes nothing
+        {[](auto* length, auto* value) { return *value = 'x', *length = 4; }, u"\uFFFD|3|"}, // more than there are
+        {[](auto* length, auto* value) { return *value = 'x', *length = 1, RESULT_FAIL; }, u"xxx|3|"},
+        {[](auto* length, auto*) { return *length = 0; }, u"|0|"}, // waits for ever
+        {[](auto*, auto* value) { return *value = 0xFFFFFFFF, RESULT_OK; }, u"\uFFFD|3|"},
     };
-    for (const auto& [lie, encode, output] : cases) {
+    for (const auto& [decode, result] : decoded) {
+        codec->m_decode = decode;
+        EXPECT_EQ(runOf<Decode>(decoder, "abc", 100), result) << &decode - &decoded->first;
+    }
+    const std::pair<decltype(codec->m_encode), const char*> encoded[] = {
+        {[](auto, auto*) { return RESULT_OK; }, "?"},
+        {[](auto, auto* to) { return TestCodec::fill(to, "x"), RESULT_FAIL; }, "?"},
+        {[](auto, auto* to) { return TestCodec::fill(to, "1234567"); }, "?"},
+        {[](auto, auto* to) { return TestCodec::fill(to, "123456"); }, "123456"}, // as long as can be
+        {[](auto, auto* to) { return to->ReleaseWriteLock(7); }, "?"}, // a length without bytes
+    };
+    for (const auto& [encode, output] : encoded) {
         codec->m_encode = encode;
-        EXPECT_EQ(Encode(encoder, u"a").output, output) << lie;
+        EXPECT_EQ(Encode(encoder, u"a").output, output) << &encode - &encoded->first;
     }
 }
 
