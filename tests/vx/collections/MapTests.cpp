@@ -87,21 +87,21 @@ TEST(HashMap, TakesAnyCapacityAndLoad)
 
 TEST(AbstractMap, ComparesByTheOtherMapsAnswers)
 {
-    struct {
-        std::initializer_list<std::pair<int, int>> left, right;
-        int order;
-    } cases[] = {{{{1, 10}, {2, 20}}, {{2, 20}, {1, 10}}, 0}, {{{1, 10}}, {{1, 13}}, -3},
-        {{{1, 10}}, {{2, 10}}, -1}, // a value against none: foreign to it, by address
+    using Entries = std::vector<std::pair<int, int>>;
+    const std::tuple<Entries, Entries, int> cases[] = {{{{1, 10}, {2, 20}}, {{2, 20}, {1, 10}}, 0},
+        {{{1, 10}}, {{1, 13}}, -3}, {{{1, 10}}, {{2, 10}}, -1}, // a value against none: foreign to it, by address
         {{{1, NO_ITEM}}, {{2, NO_ITEM}}, 1}, {{{1, NO_ITEM}}, {{1, 10}}, -1}, {{{1, NO_ITEM}}, {{1, NO_ITEM}}, 0},
         {{{1, 10}}, {{1, 10}, {2, 20}, {3, 30}}, -2}};
+    const auto mapWith = [](const Entries& entries) {
+        const Reference<HashMap> map(new HashMap);
+        for (const auto& [key, value] : entries)
+            map->put(item(key).get(), item(value).get());
+        return map;
+    };
     for (const auto& row : cases) {
-        const Reference<HashMap> left(new HashMap), right(new HashMap);
-        for (const auto& [key, value] : row.left)
-            left->put(item(key).get(), item(value).get());
-        for (const auto& [key, value] : row.right)
-            right->put(item(key).get(), item(value).get());
-        EXPECT_EQ(left->compareTo(*right), row.order) << &row - cases;
-        EXPECT_EQ(left->equals(*right), row.order == 0) << &row - cases;
+        const auto left = mapWith(std::get<0>(row)), right = mapWith(std::get<1>(row));
+        EXPECT_EQ(left->compareTo(*right), std::get<2>(row)) << &row - cases;
+        EXPECT_EQ(left->equals(*right), std::get<2>(row) == 0) << &row - cases;
     }
     EXPECT_EQ(outcome([&] { return mapOf({1})->compareTo(Item(1)); }), "cast");
 }
@@ -143,24 +143,21 @@ TEST(HashMap, PassesOnWhatItsComparatorDoesInMidSearch)
     }
 }
 
-TEST(HashMap, IsWholeWhenAnElementThatGoesLooksAtIt)
+TEST(HashMap, IsWholeWhenAKeyThatGoesLooksAtIt)
 {
     const Reference<HashMap> map(new HashMap(1, 10));
     std::string seen;
     const auto look = [&] {
-        seen += std::to_string(map->getSize()) + ": " + keysOf(*map);
+        seen = keysOf(*map);
         put(*map, {6});
     };
-    const auto fill = [&] { map->put((new Looking(look))->GetUnknown(), nullptr); };
     put(*map, {1});
-    fill();
+    map->put((new Looking(look))->GetUnknown(), nullptr);
     const Reference<Iterator> iterator = map->createKeySet()->createIterator();
     iterator->next();
     iterator->remove();
     EXPECT_EQ(outcome([&] { iterator->next(); }), "plain") << "the key put another one in";
-    fill();
-    map->clear();
-    EXPECT_EQ(seen + keysOf(*map), "1: 1 0: 6 ");
+    EXPECT_EQ(seen + keysOf(*map), "1 6 1 ");
 }
 
 /// The operations of the other maps, as templates, since plain ones would override those of the map. An iteration that
@@ -333,13 +330,8 @@ TEST(HashMap, ShowsItsEntriesWhichAllLookAlike)
     EXPECT_FALSE(entries->remove(two.get())) << "an entry is not comparable";
     EXPECT_TRUE(entries->remove(nullptr)) << "and equals null therefore";
     EXPECT_EQ(outcome([&] { keys->add(nullptr); }), "unsupported");
-    const auto removeAll = [&] {
-        for (const auto [key, value] : *map)
-            map->remove(key);
-    };
-    EXPECT_EQ(outcome(removeAll), "plain");
     map = nullptr;
-    EXPECT_TRUE(keys->isEmpty()) << "which is in the map that its views keep";
+    EXPECT_EQ(keys->getSize(), 1) << "of the map that its views keep";
 }
 
 TEST(HashMap, IsWalkedByARangeForOverAViewThatNothingElseHolds)
@@ -484,11 +476,8 @@ TEST(StringHashMap, TellsTextsByTheirUnits)
     for (const auto& text : texts) {
         const int length = static_cast<int>(text.size());
         const Reference<Object> value = map.get(text.data(), length);
-        ASSERT_NE(value, nullptr);
-        EXPECT_EQ(value->toString(), text);
-        EXPECT_EQ(value, map.get(String(text)));
+        EXPECT_TRUE(value != nullptr && value->toString() == text && value == map.get(String(text)));
         EXPECT_EQ(value == map.get(text.c_str()), text.find(u'\0') == std::u16string::npos);
-        EXPECT_TRUE(map.containsKey(text.data(), length) && map.containsKey(String(text)));
     }
     map.put(u"null", nullptr);
     EXPECT_FALSE(map.containsKey(u"null") || map.containsKey(String(u"null")));

@@ -37,26 +37,24 @@ protected:
 TEST_F(TypedLists, PassEveryOperationOn)
 {
     List<Item>& list = *m_list;
-    const Reference<Item> one(new Item(1));
+    const Reference<Item> one(new Item(1)), two(new Item(2));
     EXPECT_EQ(textOf(list.set(0, one.get())), "1");
     EXPECT_EQ(list.get(0), one) << "the object itself";
     EXPECT_TRUE(list.add(nullptr) && list.add(1, new Item(4)));
     EXPECT_EQ(textOfAll(list), "1 4 2 3 null ");
     EXPECT_EQ(list.indexOf(one.get()) + 10 * list.lastIndexOf(nullptr) + 100 * list.getSize(), 540);
-    EXPECT_TRUE(list.contains(Reference<Item>(new Item(2)).get()) && list.remove(static_cast<const Item*>(nullptr)));
+    EXPECT_TRUE(list.contains(two.get()) && list.remove(static_cast<const Item*>(nullptr)));
     EXPECT_EQ(textOf(list.remove(1)), "4");
-    EXPECT_EQ(outcome([&] { list.createSubList(1, 0); }), "range");
     const Reference<Collection<Item>> same(new Collection<Item>(m_inner.get()));
     EXPECT_TRUE(list.addAll(*same)) << "as the list with itself";
     EXPECT_TRUE(list.createSubList(2, 4)->add(new Item(7)));
     EXPECT_EQ(textOfAll(*same), "1 2 3 1 7 2 3 ") << "written through";
     const Reference<List<Item>> others(new List<Item>(new vorb::ArrayList));
-    others->add(new Item(2));
+    others->add(two.get());
     EXPECT_TRUE(list.removeAll(*others) && list.retainAll(*others));
-    EXPECT_EQ(textOfAll(list), "2 ");
+    EXPECT_EQ(textOfAll(list) + std::to_string(list.hashCode()), "2 40");
     EXPECT_FALSE(list.equals(list)) << "the one behind sees a wrapper as a foreign object";
     EXPECT_TRUE(list.equals(dynamic_cast<const Object&>(*m_inner)));
-    EXPECT_EQ(list.hashCode(), 40U);
     list.clear();
     EXPECT_TRUE(m_inner->isEmpty() && list.isEmpty());
     EXPECT_EQ(one->GetRefCount(), 1U) << "no count is left behind";
@@ -106,23 +104,18 @@ TEST(TypedMap, PassesOnAndGivesPairs)
     EXPECT_EQ(sets->get(0), keys);
 }
 
-template <class List>
-void expectSortedStably()
+TEST(TypedList, IsSortedStablyWhateverItsKind)
 {
-    const Reference<vorb::List> inner(new List);
-    collections::List<Item> list(inner.get());
-    for (const int value : {31, 12, 32, 11, 2})
-        list.add(new Item(value));
-    list.sort([](const Item& left, const Item& right) { return left.getValue() / 10 < right.getValue() / 10; });
-    EXPECT_EQ(textOfAll(list), "2 12 11 31 32 ");
-    list.sort();
-    EXPECT_EQ(textOfAll(list), "2 11 12 31 32 ");
-}
-
-TEST(TypedListsOfBothKinds, AreSortedStably)
-{
-    expectSortedStably<vorb::ArrayList>();
-    expectSortedStably<vorb::LinkedList>();
+    for (const Reference<vorb::List>& inner :
+        {Reference<vorb::List>(new vorb::ArrayList), Reference<vorb::List>(new vorb::LinkedList)}) {
+        List<Item> list(inner.get());
+        for (const int value : {31, 12, 32, 11, 2})
+            list.add(new Item(value));
+        list.sort([](const Item& left, const Item& right) { return left.getValue() / 10 < right.getValue() / 10; });
+        EXPECT_EQ(textOfAll(list), "2 12 11 31 32 ");
+        list.sort();
+        EXPECT_EQ(textOfAll(list), "2 11 12 31 32 ");
+    }
 }
 
 enum class Colour : std::uint8_t { RED = 1, BLUE = 200 };
@@ -142,28 +135,25 @@ TEST(ValueCollections, HoldPlainValues)
     EXPECT_EQ(wide.remove(1), 5U);
     EXPECT_THROW(wide.get(2), RangeErrorException);
 
-    ValueList<Colour> colours {Colour::BLUE, Colour::RED};
+    const ValueList<Colour> colours {Colour::BLUE, Colour::RED};
     EXPECT_EQ(std::ranges::find(colours, Colour::RED) - colours.begin(), 1);
     ValueList<double> reals {2.5, -1e300};
     reals.sort(std::greater<>());
     EXPECT_EQ(reals.get(1), -1e300);
     ValueList<std::u16string> texts {u"b", u"", u"a"};
     texts.sort();
-    EXPECT_EQ(std::vector<std::u16string>(texts.begin() + 1, texts.end()), (std::vector<std::u16string> {u"a", u"b"}));
-    ValueList<bool> flags {true, false};
+    EXPECT_EQ(texts.get(0) + texts.get(1) + texts.get(2), u"ab");
+    const ValueList<bool> flags {true, false};
     EXPECT_TRUE(flags.get(0) && !flags.get(1));
 
     ValueMap<std::u16string, std::uint32_t> ages {{u"Ada", 36}, {u"Ole", UINT32_MAX}};
     ages.put(u"Ada", 37);
-    EXPECT_EQ(ages.get(u"Ada"), 37U);
-    EXPECT_EQ(ages.get(u"Ole"), UINT32_MAX);
-    EXPECT_EQ(ages.get(u"ada"), std::nullopt);
     std::uint64_t sum = 0;
     ages.forEach([&sum](const std::u16string& name, std::uint32_t age) { sum += name.size() * age; });
     EXPECT_EQ(sum, 3 * (37 + std::uint64_t {UINT32_MAX}));
-    EXPECT_EQ(ages.remove(u"Ole"), UINT32_MAX);
-    EXPECT_EQ(ages.remove(u"Ole"), std::nullopt);
-    ValueMap<Colour, double> shades {{Colour::RED, 0.5}};
+    EXPECT_TRUE(ages.get(u"Ada") == 37U && ages.get(u"ada") == std::nullopt);
+    EXPECT_TRUE(ages.remove(u"Ole") == UINT32_MAX && ages.remove(u"Ole") == std::nullopt);
+    const ValueMap<Colour, double> shades {{Colour::RED, 0.5}};
     EXPECT_TRUE(shades.containsKey(Colour::RED) && !shades.containsKey(Colour::BLUE) && shades.getSize() == 1);
 }
 
