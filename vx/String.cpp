@@ -14,11 +14,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <string_view>
 #include <typeinfo>
 
 namespace vx {
 
 using detail::clipped;
+using detail::EmptyBuffer;
 using detail::measured;
 using detail::PlainBuffer;
 using detail::StringReadLock;
@@ -30,29 +32,24 @@ using util::RWCharBuffer;
 
 namespace {
 
-constexpr char16_t EMPTY_TEXT[] = u"";
-
-/// The buffer that all empty strings share. It holds a reference to itself, because strings of other libraries may
-/// outlive the static objects of this file.
+/// The place of the buffer that all empty strings share. The buffer is never destroyed, because strings of other libraries
+/// may outlive the static objects of this file.
 class SharedEmptyBuffer {
 public:
-    SharedEmptyBuffer() noexcept
-    {
-        auto* buffer = new (m_place) ROCharBuffer(EMPTY_TEXT, 1);
-        buffer->AddRef();
-        s_buffer = buffer;
-    }
+    SharedEmptyBuffer() noexcept { s_buffer = new (m_place) EmptyBuffer(); }
 
     /// A string that is constructed before the static objects of this file gets a new buffer.
     static Reference<IVXCharBuffer> get()
     {
-        if (s_buffer != nullptr)
-            return s_buffer;
-        return PlainBuffer::own(new ROCharBuffer(EMPTY_TEXT, 1));
+        if (s_buffer == nullptr)
+            return PlainBuffer::own(new ROCharBuffer(u"", 1));
+        Reference<IVXCharBuffer> shared;
+        shared.attach(s_buffer);
+        return shared;
     }
 
 private:
-    alignas(ROCharBuffer) std::byte m_place[sizeof(ROCharBuffer)];
+    alignas(EmptyBuffer) std::byte m_place[sizeof(EmptyBuffer)];
     static constinit IVXCharBuffer* s_buffer;
 };
 
@@ -64,6 +61,41 @@ Reference<IVXCharBuffer> wrapped(const char16_t* text, int length)
     if (text == nullptr)
         return SharedEmptyBuffer::get();
     return PlainBuffer::own(new ROCharBuffer(text, withTerminator(length)));
+}
+
+/// A buffer with the text, which AcquireWrap uses in place.
+Reference<IVXCharBuffer> acquired(String::AcquireMode mode, const char16_t* text, int length, int capacity)
+{
+    if (length < 1 && capacity < 1)
+        return SharedEmptyBuffer::get();
+    return mode == String::AcquireWrap ? wrapped(text, length) : PlainBuffer::copyOf(text, length, capacity);
+}
+
+/// The capacity includes the terminator. With memory for one unit more, the text can have as many units as a caller expects.
+Reference<IVXCharBuffer> emptyWithRoom(int capacity)
+{
+    if (capacity >= PlainBuffer::Storage::MOST_BEHIND)
+        return PlainBuffer::copyOf(u"", 0, capacity);
+    return PlainBuffer::filled(capacity, capacity, [](char16_t*) { return 0; });
+}
+
+Reference<IVXCharBuffer> rangeOf(String::AcquireMode mode, std::u16string_view text, int start, int end, int capacity)
+{
+    end = clipped(end, static_cast<int>(text.size()));
+    start = clipped(start, end);
+    return acquired(mode, text.data() + start, end - start, capacity);
+}
+
+Reference<IVXCharBuffer> rangeOf(String::AcquireMode mode, const String& other, int start, int end, int capacity)
+{
+    std::u16string_view units;
+    if (PlainBuffer::readExact(other, &units))
+        return rangeOf(mode, units, start, end, capacity);
+    Reference<IVXCharBuffer> range; // outlives the lock, whose release may throw
+    const StringReadLock source(other);
+    units = {source.data(), static_cast<std::size_t>(source.length())};
+    range = rangeOf(mode, units, start, end, capacity);
+    return range;
 }
 
 } // namespace
@@ -80,19 +112,26 @@ String::String(const String& other) noexcept
 }
 
 String::String(int capacity)
-    : m_buffer(capacity > 0 ? PlainBuffer::copyOf(nullptr, 0, capacity) : SharedEmptyBuffer::get())
+    : m_buffer(capacity > 0 ? emptyWithRoom(capacity) : SharedEmptyBuffer::get())
 {
 }
 
 String::String(const char16_t* text, int length, int capacity)
-    : String(AcquireCopy, text, length, capacity)
+    : m_buffer(acquired(AcquireCopy, text, measured(text, length), capacity))
+{
+}
+
+String::String(std::u16string_view text)
+    : m_buffer(acquired(AcquireCopy, text.data(), detail::lengthOf(text), 0))
 {
 }
 
 String::String(char16_t ch, int count, int capacity)
-    : m_buffer(PlainBuffer::copyOf(nullptr, 0, std::max(capacity, withTerminator(std::max(count, 0)))))
+    : m_buffer(PlainBuffer::filled(std::max(count, 0), capacity, [=](char16_t* out) {
+        std::fill_n(out, std::max(count, 0), ch);
+        return std::max(count, 0);
+    }))
 {
-    resize(count, ch);
 }
 
 String::String(const STRUCT_VX_STR_LIT_INFO& literal)
@@ -106,35 +145,16 @@ String::String(util::ICharBuffer* buffer)
 }
 
 String::String(AcquireMode mode, const String& other, int start, int end, int capacity)
+    : m_buffer(mode != AcquireShare ? rangeOf(mode, other, start, end, capacity) : other.m_buffer)
 {
-    if (mode == AcquireShare) {
-        m_buffer = other.m_buffer;
-        return;
-    }
-    const StringReadLock source(other);
-    end = clipped(end, source.length());
-    start = clipped(start, end);
-    const int length = end - start;
-    if (length == 0 && capacity < 1)
-        m_buffer = SharedEmptyBuffer::get();
-    else if (mode == AcquireWrap)
-        m_buffer = wrapped(source.data() + start, length);
-    else
-        m_buffer = PlainBuffer::copyOf(source.data() + start, length, capacity);
-    if (mode == AcquireUpper && length > 0)
+    if (mode == AcquireUpper && getLength() > 0)
         toUpper();
 }
 
 String::String(AcquireMode mode, const char16_t* text, int length, int capacity)
+    : m_buffer(acquired(mode, text, measured(text, length), capacity))
 {
-    length = measured(text, length);
-    if (length < 1 && capacity < 1)
-        m_buffer = SharedEmptyBuffer::get();
-    else if (mode == AcquireWrap)
-        m_buffer = wrapped(text, length);
-    else
-        m_buffer = PlainBuffer::copyOf(text, length, capacity);
-    if (mode == AcquireUpper && length > 0)
+    if (mode == AcquireUpper && getLength() > 0)
         toUpper();
 }
 
@@ -155,7 +175,7 @@ String::String(AcquireMode mode, util::ICharBuffer* buffer)
     const CharReadLock source(*buffer);
     const int length = std::max(source.length(), 0);
     m_buffer = mode == AcquireWrap ? wrapped(source.data(), length) : PlainBuffer::copyOf(source.data(), length);
-    if (mode == AcquireUpper)
+    if (mode == AcquireUpper && getLength() > 0)
         toUpper();
 }
 
@@ -236,7 +256,7 @@ String& String::setTo(AcquireMode mode, const char16_t* text, int length)
         return *this;
     }
     replace(0, -1, text, length, 0);
-    if (mode == AcquireUpper)
+    if (mode == AcquireUpper && getLength() > 0)
         toUpper();
     return *this;
 }
@@ -410,6 +430,11 @@ std::uint32_t String::hashCode(bool ignoreCase) const
     return detail::hashText(text.data(), text.length(), ignoreCase);
 }
 
+String String::substring(int start, int end) const
+{
+    return String(AcquireCopy, *this, start, end);
+}
+
 String String::toString() const
 {
     return *this;
@@ -417,7 +442,10 @@ String String::toString() const
 
 std::u16string_view String::view() const
 {
-    return {getData(), static_cast<std::size_t>(getLength())};
+    std::u16string_view units;
+    return PlainBuffer::readExact(*this, &units)
+        ? units
+        : std::u16string_view(getData(), static_cast<std::size_t>(getLength()));
 }
 
 } // namespace vx

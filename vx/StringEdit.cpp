@@ -21,12 +21,50 @@ using detail::StringSource;
 using detail::StringWriteLock;
 using Units = std::char_traits<char16_t>;
 
+namespace {
+
+// The slow parts of the operations below. They are separate so that the fast parts need no stack frame.
+
+[[gnu::noinline]] String& appendElsewhere(String& target, const char16_t* text, int length)
+{
+    return PlainBuffer::appendToCopy(target, text, length) ? target : target.replace(-1, 0, text, length, 0);
+}
+
+[[gnu::noinline]] String& appendElsewhere(String& target, char16_t ch, int repeat)
+{
+    if (char16_t* const place = PlainBuffer::extend(target, repeat)) {
+        std::fill_n(place, repeat, ch);
+        return target;
+    }
+    return repeat == 1 && PlainBuffer::appendToCopy(target, &ch, 1) ? target : target.replace(-1, 0, ch, repeat);
+}
+
+[[gnu::noinline]] String& appendLocked(String& target, const String& text)
+{
+    const StringSource source(target, text);
+    return target.append(source.data(), source.length());
+}
+
+[[gnu::noinline]] String& replaceLocked(String& target, int start, int count, const String& text, int textStart)
+{
+    const StringSource source(target, text);
+    return target.replace(start, count, source.data(), source.length(), textStart);
+}
+
+} // namespace
+
 /// Replaces a range by `insert` units of `text`, or by `insert` copies of `fill` if `text` is null. `text` is outside
 /// the storage of this string.
 void String::splice(int start, int count, const char16_t* text, std::int64_t insert, char16_t fill)
 {
-    if (PlainBuffer::splice(*this, start, count, text, insert, fill))
+    PlainBuffer::Storage* const storage = PlainBuffer::writableStorage(*this);
+    if (char16_t* const place = storage != nullptr ? PlainBuffer::openGap(*storage, start, count, insert) : nullptr) {
+        if (text != nullptr)
+            Units::copy(place, text, static_cast<std::size_t>(insert));
+        else
+            std::fill_n(place, insert, fill);
         return;
+    }
     const auto clip = [&](int length) {
         const int from = clipped(start, length);
         return std::pair(from, clipped(count, length - from));
@@ -56,6 +94,8 @@ String& String::replace(int start, int count, const char16_t* text, int length, 
     length = measured(text, length);
     textStart = clipped(textStart, length);
     const int insert = length - textStart;
+    if (PlainBuffer::splice(*this, start, count, text + textStart, insert))
+        return *this;
     if (insert == 0) {
         splice(start, count, nullptr, 0, 0);
     } else if (isOwnText(text + textStart) || isOwnText(text + length - 1)) {
@@ -69,8 +109,10 @@ String& String::replace(int start, int count, const char16_t* text, int length, 
 
 String& String::replace(int start, int count, const String& text, int textStart)
 {
-    const StringSource source(*this, text);
-    return replace(start, count, source.data(), source.length(), textStart);
+    std::u16string_view units;
+    if (PlainBuffer::readExact(text, &units)) // the form for units also accepts text of this string
+        return replace(start, count, units.data(), static_cast<int>(units.size()), textStart);
+    return replaceLocked(*this, start, count, text, textStart);
 }
 
 String& String::replace(int start, int count, char16_t ch, int repeat)
@@ -82,39 +124,20 @@ String& String::replace(int start, int count, char16_t ch, int repeat)
 String& String::append(const char16_t* text, int length)
 {
     length = measured(text, length);
-    if (char16_t* place = PlainBuffer::extend(*this, length)) {
-        Units::move(place, text, static_cast<std::size_t>(length)); // a text of this string may end there
-        return *this;
-    }
-    if (PlainBuffer::appendToCopy(*this, text, length))
-        return *this;
-    return replace(-1, 0, text, length, 0);
+    return PlainBuffer::append(*this, text, length) ? *this : appendElsewhere(*this, text, length);
 }
 
 String& String::append(char16_t ch, int repeat)
 {
-    if (repeat == 1 && PlainBuffer::push(*this, ch))
-        return *this;
-    char16_t* place = PlainBuffer::extend(*this, repeat);
-    if (place == nullptr) {
-        if (repeat == 1 && PlainBuffer::appendToCopy(*this, &ch, 1))
-            return *this;
-        return replace(-1, 0, ch, repeat);
-    }
-    if (repeat == 1)
-        *place = ch;
-    else
-        std::fill_n(place, repeat, ch);
-    return *this;
+    return repeat == 1 && PlainBuffer::push(*this, ch) ? *this : appendElsewhere(*this, ch, repeat);
 }
 
 String& String::append(const String& text)
 {
     std::u16string_view units;
-    if (PlainBuffer::readExact(text, &units)) // `append` also accepts text of this string
-        return append(units.data(), static_cast<int>(units.size()));
-    const StringSource source(*this, text);
-    return append(source.data(), source.length());
+    if (!PlainBuffer::readExact(text, &units))
+        return appendLocked(*this, text);
+    return append(units.data(), static_cast<int>(units.size())); // which also accepts text of this string
 }
 
 String& String::append(std::u16string_view text)

@@ -464,11 +464,6 @@ void String::trim(const String& set, TrimType type)
     trim(units.c_str(), -1, type);
 }
 
-String String::substring(int start, int end) const
-{
-    return String(AcquireCopy, *this, start, end);
-}
-
 char16_t String::getCharAt(int index) const
 {
     return StringReadLock(*this).data()[index];

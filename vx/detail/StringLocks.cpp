@@ -15,6 +15,9 @@ namespace vx::detail {
 
 namespace {
 
+/// The units, with the terminator, that a text which begins to grow has memory for: most lines are no longer.
+constexpr int LEAST_ROOM = 80;
+
 /// As the component view, which returns exhausted memory as a result.
 template <class Work>
 void withResultOnExhaustion(Work work)
@@ -28,15 +31,9 @@ void withResultOnExhaustion(Work work)
 
 } // namespace
 
-util::RWCharBuffer* PlainBuffer::make(int capacity)
+util::RWCharBuffer* PlainBuffer::makeLong(int capacity)
 {
-    if (capacity < 1 || capacity > Storage::MOST_BEHIND)
-        return new util::RWCharBuffer(capacity);
-    const auto units = static_cast<int>(Storage::adjust(capacity));
-    auto* memory = static_cast<std::byte*>(
-        vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
-    auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
-    return new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units);
+    return new util::RWCharBuffer(capacity);
 }
 
 bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
@@ -48,10 +45,15 @@ bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
     if (length > LONGEST_TEXT)
         return false;
     withResultOnExhaustion([&] {
-        Reference<IVXCharBuffer> both = filled(static_cast<int>(length), 0, [&](char16_t* out) {
-            std::copy_n(more, count, std::copy(own.begin(), own.end(), out));
-            return static_cast<int>(length);
-        });
+        const int needed = withTerminator(length);
+        util::RWCharBuffer* buffer = make(std::max(needed, std::clamp(2 * needed, LEAST_ROOM, Storage::MOST_BEHIND)));
+        Reference<IVXCharBuffer> both = PlainBuffer::own(buffer);
+        Storage& storage = buffer->m_storage;
+        moveUnits(storage.data(), own.data(), own.size());
+        moveUnits(storage.data() + own.size(), more, static_cast<std::size_t>(count));
+        storage.data()[length] = 0;
+        storage.setLength(needed);
+        storage.releaseExtra(0);
         text.m_ansi = nullptr;
         release(text.m_buffer);
         text.m_buffer = std::move(both);

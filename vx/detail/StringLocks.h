@@ -3,6 +3,7 @@
 #include "vx/AnsiBytes.h"
 #include "vx/String.h"
 #include "vx/detail/ReleaseReport.h"
+#include "vx/detail/TextCopy.h"
 #include "vx/detail/TextRange.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RWCharBuffer.h"
@@ -12,7 +13,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <functional>
 #include <optional>
 #include <tuple>
 #include <typeinfo>
@@ -27,6 +28,22 @@ bool isExactly(const Base& object) noexcept
     return &typeid(object) == &typeid(Exact);
 }
 
+/// The buffer that empty strings share. It counts no references: it always exists, and a count would be a place in memory
+/// that all threads write to.
+class EmptyBuffer final : public util::ROCharBuffer {
+public:
+    EmptyBuffer() noexcept
+        : ROCharBuffer(u"", 1)
+    {
+    }
+
+    std::uint32_t AddRef() const override { return SHARED; }
+    std::uint32_t Release() const override { return SHARED; }
+
+private:
+    static constexpr std::uint32_t SHARED = 2; ///< never the only holder
+};
+
 /// Direct access, past the component view, to buffers whose exact type is known. Their locks do nothing and their operations
 /// read fields, so the results are the same.
 class PlainBuffer {
@@ -35,10 +52,11 @@ public:
 
     static bool isKnown(const IVXCharBuffer& buffer) noexcept
     {
-        return isExactly<util::RWCharBuffer>(buffer) || isExactly<util::ROCharBuffer>(buffer);
+        return isExactly<util::RWCharBuffer>(buffer) || isExactly<util::ROCharBuffer>(buffer)
+            || isExactly<EmptyBuffer>(buffer);
     }
 
-    /// The count of a known buffer, without a virtual call; null for any other.
+    /// The count of a known buffer that has one, without a virtual call; null for any other.
     static const ComObject* countOf(const IVXCharBuffer& buffer) noexcept
     {
         if (isExactly<util::RWCharBuffer>(buffer))
@@ -62,18 +80,24 @@ public:
     /// Appends one unit within the capacity. False, and no change, if that needs a copy or more room.
     static bool push(String& text, char16_t unit) noexcept;
 
-    /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts. `more` may
-    /// be in the old buffer. False, and no change, for any other text.
+    /// Appends units, which may be of the text itself. False, and no change, if that needs a copy or new storage.
+    static bool append(String& text, const char16_t* more, int count) noexcept;
+
+    /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts, and some more
+    /// for the next piece. `more` may be in the old buffer. False, and no change, for any other text.
     static bool appendToCopy(String& text, const char16_t* more, int count);
 
     /// Replaces `text` by the units of `source`, which may be in its own storage. False, and no change, if that needs a
     /// copy or new storage.
     static bool overwrite(String& text, const char16_t* source, int length) noexcept;
 
-    /// Replaces a range by `insert` units of `text`, or by `insert` copies of `fill` if `text` is null. `text` is
-    /// outside the storage of the string. False, and no change, if that needs a copy or new storage.
-    static bool splice(
-        String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept;
+    /// Replaces a range by `insert` units. False, and no change, if that needs a copy or new storage, or if the units are
+    /// in the storage of the string.
+    static bool splice(String& target, int start, int count, const char16_t* text, int insert) noexcept;
+
+    /// Replaces a range by `insert` units that are still to be written, and returns their place. Null, and no change, if
+    /// that needs a copy or new storage.
+    static char16_t* openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept;
 
     /// The text and length of a known buffer; false for any other.
     static bool read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept;
@@ -92,7 +116,10 @@ public:
     static const char16_t* terminated(const String& text) noexcept;
 
     /// A new buffer with count 0 and without text.
-    static util::RWCharBuffer* make(int capacity);
+    static util::RWCharBuffer* make(int capacity)
+    {
+        return capacity >= 1 && capacity <= Storage::MOST_BEHIND ? makeShort(capacity) : makeLong(capacity);
+    }
 
     /// Sets the first reference to a new buffer that only the caller knows.
     template <class Buffer>
@@ -101,8 +128,9 @@ public:
     /// Adds a reference to the buffer of a string.
     static Reference<IVXCharBuffer> share(const Reference<IVXCharBuffer>& buffer) noexcept;
 
-    /// Releases the buffer of a string. After the last reference to an RWCharBuffer (exactly that class) no other can
-    /// be added, so it is destroyed without changing its count.
+    /// Releases the buffer of a string without a virtual call, if it is of a known class; otherwise does nothing. After
+    /// the last reference to an RWCharBuffer (exactly that class) no other can be added, so it is destroyed without
+    /// changing its count.
     static void release(Reference<IVXCharBuffer>& buffer) noexcept;
 
     /// Frees the room after the text, but keeps room for at least `least` units in all.
@@ -115,7 +143,22 @@ public:
 
     /// A new buffer with `length` units, the terminator, and room for at least `capacity` units.
     static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0);
+
+private:
+    /// One allocation for the buffer and its units.
+    static util::RWCharBuffer* makeShort(int capacity);
+    static util::RWCharBuffer* makeLong(int capacity);
 };
+
+inline util::RWCharBuffer* PlainBuffer::makeShort(int capacity)
+{
+    const auto units = static_cast<int>(Storage::adjust(capacity));
+    auto* memory = static_cast<std::byte*>(
+        vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
+    auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
+    return ::new (memory)
+        util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units); // never null, as compilers know
+}
 
 inline PlainBuffer::Storage* PlainBuffer::soleStorage(IVXCharBuffer& buffer) noexcept
 {
@@ -154,41 +197,56 @@ inline bool PlainBuffer::push(String& text, char16_t unit) noexcept
     return true;
 }
 
+inline bool PlainBuffer::append(String& text, const char16_t* more, int count) noexcept
+{
+    char16_t* const place = extend(text, count);
+    if (place == nullptr)
+        return false;
+    moveUnits(place, more, static_cast<std::size_t>(count));
+    return true;
+}
+
 inline bool PlainBuffer::overwrite(String& text, const char16_t* source, int length) noexcept
 {
     Storage* storage = writableStorage(text);
     if (storage == nullptr || !storage->ensureWithin(std::int64_t {length} + 1))
         return false;
-    if (length > 0)
-        std::memmove(storage->data(), source, static_cast<std::size_t>(length) * sizeof(char16_t));
+    moveUnits(storage->data(), source, static_cast<std::size_t>(length));
     storage->data()[length] = 0;
     storage->setLength(length + 1);
     return true;
 }
 
-inline bool PlainBuffer::splice(
-    String& target, int start, int count, const char16_t* text, std::int64_t insert, char16_t fill) noexcept
+inline char16_t* PlainBuffer::openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept
 {
-    Storage* storage = writableStorage(target);
-    if (storage == nullptr || storage->length() < 1)
-        return false;
-    const int length = storage->length() - 1;
+    if (storage.length() < 1)
+        return nullptr;
+    const int length = storage.length() - 1;
     start = clipped(start, length);
     count = clipped(count, length - start);
     const std::int64_t newLength = length + insert - count;
-    if (!storage->ensureWithin(newLength + 1))
+    if (!storage.ensureWithin(newLength + 1))
+        return nullptr;
+    char16_t* const place = storage.data() + start;
+    if (insert != count)
+        moveUnits(place + insert, place + count, static_cast<std::size_t>(length - start - count));
+    storage.data()[newLength] = 0;
+    storage.setLength(static_cast<int>(newLength) + 1);
+    return place;
+}
+
+inline bool PlainBuffer::splice(String& target, int start, int count, const char16_t* text, int insert) noexcept
+{
+    Storage* storage = writableStorage(target);
+    if (storage == nullptr)
         return false;
-    char16_t* const place = storage->data() + start;
-    if (insert != count) {
-        std::memmove(
-            place + insert, place + count, static_cast<std::size_t>(length - start - count) * sizeof(char16_t));
-    }
-    if (text != nullptr)
-        std::memcpy(place, text, static_cast<std::size_t>(insert) * sizeof(char16_t));
-    else
-        std::fill_n(place, insert, fill);
-    storage->data()[newLength] = 0;
-    storage->setLength(static_cast<int>(newLength) + 1);
+    constexpr std::less<> IS_BEFORE;
+    if (insert > 0 && IS_BEFORE(text, storage->data() + storage->length()) && IS_BEFORE(storage->data(), text + insert))
+        return false;
+    char16_t* const place = openGap(*storage, start, count, insert);
+    if (place == nullptr)
+        return false;
+    moveUnits(place, text, static_cast<std::size_t>(insert));
     return true;
 }
 
@@ -200,7 +258,7 @@ inline bool PlainBuffer::read(const IVXCharBuffer& buffer, const char16_t** data
         *length = storage.length();
         return true;
     }
-    if (isExactly<util::ROCharBuffer>(buffer)) {
+    if (isExactly<util::ROCharBuffer>(buffer) || isExactly<EmptyBuffer>(buffer)) {
         const auto& wrap = static_cast<const util::ROCharBuffer&>(buffer);
         *data = wrap.m_storage.data();
         *length = wrap.m_storage.length();
@@ -252,20 +310,23 @@ inline void PlainBuffer::release(Reference<IVXCharBuffer>& buffer) noexcept
 {
     if (buffer == nullptr)
         return;
+    const ComObject* object = nullptr;
     if (isExactly<util::RWCharBuffer>(*buffer)) {
         auto& own = static_cast<util::RWCharBuffer&>(*buffer);
         if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
             std::ignore = buffer.detach();
             if (!own.m_storage.isBorrowed()) // otherwise its destructor has nothing to do
                 own.util::RWCharBuffer::~RWCharBuffer();
-            vxsys::deallocate(&own);
-            return;
+            return vxsys::deallocate(&own);
         }
+        object = &own;
+    } else if (isExactly<util::ROCharBuffer>(*buffer)) {
+        object = &static_cast<util::ROCharBuffer&>(*buffer);
+    } else {
+        return;
     }
-    if (const ComObject* object = countOf(*buffer)) {
-        std::ignore = buffer.detach();
-        object->ComObject::Release();
-    }
+    std::ignore = buffer.detach();
+    object->ComObject::Release();
 }
 
 template <std::invocable<char16_t*> Fill>
@@ -285,8 +346,7 @@ inline Reference<IVXCharBuffer> PlainBuffer::copyOf(const char16_t* text, int le
 {
     util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
     Storage& storage = buffer->m_storage;
-    if (length > 0)
-        std::memcpy(storage.data(), text, static_cast<std::size_t>(length) * sizeof(char16_t));
+    moveUnits(storage.data(), text, static_cast<std::size_t>(std::max(length, 0)));
     storage.data()[length] = 0;
     storage.setLength(length + 1);
     return own(buffer);

@@ -189,11 +189,6 @@ String::String(const unsigned char* bytes, int length, const char16_t* encoding,
 {
 }
 
-String::String(std::u16string_view text)
-    : String(text.data(), lengthOf(text))
-{
-}
-
 String::String(std::string_view utf8)
 {
     if (utf8.empty())
