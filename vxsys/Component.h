@@ -12,7 +12,8 @@ class IVXUnknown;
 /// A class comes from an offer of the process or, if there is none, from a shared library that is registered in the
 /// hive VX_HKEY_CLASSES_32 of the registry. There, below a key with the name of the ProgID, `CLSID` has the class
 /// identifier. Below `CLSID` and the identifier in braces, `InprocServer32` has the path of the library. Both are
-/// default values.
+/// default values. They are read again after a change of the registry by any process; a change of its files by other
+/// means is noticed after some milliseconds.
 ///
 /// `module` is an address inside the calling library. A null out-parameter gives RESULT_POINTER, another null argument
 /// RESULT_INVALID_ARGUMENT; `outer` may be null. All functions are thread-safe. None throws, but a thread may end by

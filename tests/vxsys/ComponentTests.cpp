@@ -1,5 +1,6 @@
 #include "tests/Slots.h"
 #include "tests/Threads.h"
+#include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vxsys/Component.h"
 #include "vxsys/Module.h"
@@ -9,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <string>
 #include <thread>
@@ -156,6 +159,41 @@ TEST_F(ComponentLibrary, TrustsWhatOnlyTheUserAndRootCanChange)
     if (::geteuid() == 0) {
         ASSERT_EQ(::chown(library.c_str(), 12345, 0), 0);
         EXPECT_EQ(resultOf(library.u16string()), RESULT_ACCESS_DENIED) << "another user's";
+    }
+}
+
+TEST_F(ComponentLibrary, SeesAChangeOfTheRegistryAtTheNextCreation)
+{
+    const std::u16string inServer = u"CLSID\\{00000001-0001-0001-0000-000000000000}\\InprocServer32";
+    const std::u16string missing = (m_scratch / "missing.so").u16string();
+    const auto enterAgain = [&] { enter(1, m_library.u16string()); };
+    const std::tuple<const char*, std::function<void()>, std::int32_t> cases[] = {
+        {"first", enterAgain, RESULT_OK},
+        {"the library by this process", [&] { setText(inServer, missing); }, RESULT_NOT_FOUND},
+        {"back", enterAgain, RESULT_OK},
+        {"the library by another process", [&] { Child([&](Child::Side&) { setText(inServer, missing); }).wait(); },
+            RESULT_NOT_FOUND},
+        {"back by another process", [&] { Child([&](Child::Side&) { enterAgain(); }).wait(); }, RESULT_OK},
+        {"unloaded", [] { EXPECT_EQ(VXComFreeUnusedLibraries(), 1); }, RESULT_OK},
+        {"another registry", [&] { ::setenv("VXSYS4_REGISTRY", (m_scratch / "other").c_str(), 1); },
+            RESULT_CLASS_NOT_AVAILABLE},
+        {"the first registry", [&] { ::setenv("VXSYS4_REGISTRY", (m_scratch / "store").c_str(), 1); }, RESULT_OK},
+        {"the class removed", [] { VXRegistryDeleteKey(VX_HKEY_CLASSES_32, u"CLSID"); }, RESULT_CLASS_NOT_AVAILABLE},
+        {"back after the removal", enterAgain, RESULT_OK},
+    };
+    const _GUID classId {1, 1, 1, {}};
+    for (const auto& [what, change, result] : cases) {
+        change();
+        for (int i = 0; i < 4; ++i) {
+            void* object = &object;
+            EXPECT_EQ(i % 2 == 0 ? create(u"test.1", &object)
+                                 : VXModuleComCreateObject(nullptr, &classId, nullptr, &INTERFACE, &object),
+                result)
+                << what;
+            ASSERT_EQ(object == nullptr, failed(result)) << what;
+            if (object != nullptr)
+                callSlot<std::uint32_t>(object, RELEASE);
+        }
     }
 }
 

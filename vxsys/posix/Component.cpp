@@ -7,6 +7,7 @@
 #include "vxsys/posix/ComponentLibrary.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <new>
@@ -41,6 +42,7 @@ struct ClassOffer {
 constinit ReadyModule* g_modules VX_GUARDED_BY(g_lock) = nullptr;
 constinit ClassOffer* g_offers VX_GUARDED_BY(g_lock) = nullptr; // the last offer first
 constinit std::uint32_t g_lastToken VX_GUARDED_BY(g_lock) = 0;
+constinit std::atomic<std::uint32_t> g_offerCount = 0; // changed under the lock, and read first without it
 pthread_cond_t g_useEnded = PTHREAD_COND_INITIALIZER;
 
 /// The address of the pointer to the first element that `matches`, or of the null pointer after the last.
@@ -97,17 +99,20 @@ public:
     explicit Creation(const _GUID& classId) noexcept
         : m_enclosing(s_innermost)
     {
+        if (g_offerCount == 0)
+            return;
         const StateGuard guard(g_lock);
         m_offer = *findPlace(g_offers, [&](const ClassOffer& offer) { return offer.classId == classId; });
-        if (m_offer != nullptr)
-            ++m_offer->uses;
+        if (m_offer == nullptr)
+            return;
+        ++m_offer->uses;
         s_innermost = this;
     }
     ~Creation()
     {
-        s_innermost = m_enclosing;
         if (m_offer == nullptr)
             return;
+        s_innermost = m_enclosing;
         const StateGuard guard(g_lock);
         endUse(m_offer);
     }
@@ -141,14 +146,14 @@ private:
     static constinit thread_local const Creation* s_innermost;
 
     const Creation* m_enclosing;
-    ClassOffer* m_offer;
+    ClassOffer* m_offer = nullptr;
 };
 
 constinit thread_local const Creation* Creation::s_innermost = nullptr;
 
 bool findOffered(std::u16string_view progId, _GUID& classId) noexcept
 {
-    if (progId.empty())
+    if (progId.empty() || g_offerCount == 0)
         return false;
     const StateGuard guard(g_lock);
     const ClassOffer* found
@@ -158,11 +163,11 @@ bool findOffered(std::u16string_view progId, _GUID& classId) noexcept
     return found != nullptr;
 }
 
-std::int32_t createObject(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object)
+std::int32_t createObject(RegisteredClass& registered, IVXUnknown* outer, const _GUID* iid, void** object)
 {
-    const Creation creation(classId);
+    const Creation creation(registered.classId());
     const std::int32_t result
-        = creation.hasOffer() ? creation.run(outer, iid, object) : createFromLibrary(classId, outer, iid, object);
+        = creation.hasOffer() ? creation.run(outer, iid, object) : registered.create(outer, iid, object);
     if (failed(result))
         *object = nullptr;
     else if (*object == nullptr)
@@ -192,7 +197,12 @@ std::int32_t VXComClassIDFromProgID(const char16_t* progId, _GUID* classId) noex
     if (progId == nullptr)
         return RESULT_INVALID_ARGUMENT;
 
-    return findOffered(progId, *classId) ? RESULT_OK : findClass(progId, *classId);
+    if (findOffered(progId, *classId))
+        return RESULT_OK;
+    RegisteredClass registered;
+    const std::int32_t result = registered.find(progId);
+    *classId = registered.classId();
+    return result;
 }
 
 std::int32_t VXModuleComCreateObject(
@@ -205,7 +215,9 @@ std::int32_t VXModuleComCreateObject(
         return RESULT_INVALID_ARGUMENT;
     if (!isReady(module))
         return RESULT_NOT_AVAILABLE;
-    return createObject(*classId, outer, iid, object);
+    RegisteredClass registered;
+    registered.setClass(*classId);
+    return createObject(registered, outer, iid, object);
 }
 
 std::int32_t VXComCreateObjectByProgID(const char16_t* progId, IVXUnknown* outer, const _GUID* iid, void** object)
@@ -213,9 +225,14 @@ std::int32_t VXComCreateObjectByProgID(const char16_t* progId, IVXUnknown* outer
     if (object == nullptr)
         return RESULT_POINTER;
     *object = nullptr;
-    _GUID classId;
-    const std::int32_t result = VXComClassIDFromProgID(progId, &classId);
-    return failed(result) ? result : VXModuleComCreateObject(nullptr, &classId, outer, iid, object);
+    if (progId == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    RegisteredClass registered;
+    if (_GUID classId; findOffered(progId, classId))
+        registered.setClass(classId);
+    else if (const std::int32_t result = registered.find(progId); failed(result))
+        return result;
+    return iid == nullptr ? RESULT_INVALID_ARGUMENT : createObject(registered, outer, iid, object);
 }
 
 std::int32_t VXComRegisterClassObject(
@@ -241,6 +258,7 @@ std::int32_t VXComRegisterClassObject(
         *token = offer->token;
         offer->next = g_offers;
         g_offers = offer.release();
+        ++g_offerCount;
         return RESULT_OK;
     } catch (const std::exception&) {
         return RESULT_OUT_OF_MEMORY;
@@ -253,6 +271,7 @@ std::int32_t VXComRevokeClassObject(std::uint32_t token) noexcept
     ClassOffer* offer = unlink(findOffer(token));
     if (offer == nullptr)
         return RESULT_NOT_FOUND;
+    --g_offerCount;
     const std::uint32_t own = Creation::countOwn(offer); // it would wait for itself
     while (offer->uses != 1 + own)
         pthread_cond_wait(&g_useEnded, g_lock.native());

@@ -5,10 +5,13 @@
 #include "vxsys/Thread.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/StateLock.h"
+#include "vxsys/detail/Steps.h"
 #include "vxsys/posix/LibraryFile.h"
+#include "vxsys/posix/RegistryChanges.h"
 
 #include <cstring>
 #include <dlfcn.h>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -37,6 +40,8 @@ struct Factory {
 
 constinit StateLock g_lock;
 
+} // namespace
+
 /// A library that this layer has opened. It may have two entries for a short time if two threads have opened it.
 struct LoadedLibrary {
     char16_t path[NATIVE_PATH_SIZE];
@@ -47,8 +52,29 @@ struct LoadedLibrary {
     LoadedLibrary* next;
 };
 
+namespace {
+
+/// Where the registry has led to for one key.
+struct KnownClass {
+    std::uint64_t version; ///< of the registry; 0: unused
+    LoadedLibrary* library;
+    _GUID classId;
+    bool isName;
+    std::size_t size;
+    char key[128];
+};
+
 // Plain pointers and no destructors: objects may be created until the very end of the process.
 constinit LoadedLibrary* g_libraries VX_GUARDED_BY(g_lock) = nullptr;
+constinit KnownClass g_knownClasses[64] VX_GUARDED_BY(g_lock) {};
+constinit RegistryWatch g_watch VX_GUARDED_BY(g_lock);
+
+/// Called when the library is unloaded, and at exit.
+__attribute__((destructor)) void closeWatch() noexcept
+{
+    const StateGuard guard(g_lock);
+    g_watch.close();
+}
 
 /// The name of a key, composed in place.
 class KeyName {
@@ -112,72 +138,6 @@ std::int32_t getExport(VXLibHandle library, const char16_t* name, Function& func
     return result == RESULT_OK && symbol == nullptr ? RESULT_SYMBOL_NOT_FOUND : result;
 }
 
-/// Keeps a library loaded to the end of the block.
-class [[nodiscard]] LibraryUse {
-public:
-    LibraryUse() noexcept = default;
-    ~LibraryUse()
-    {
-        if (m_library == nullptr)
-            return;
-        const StateGuard guard(g_lock);
-        --m_library->uses;
-    }
-    LibraryUse(const LibraryUse&) = delete;
-    LibraryUse& operator=(const LibraryUse&) = delete;
-
-    std::int32_t begin(const char16_t* path) noexcept
-    {
-        if (findLoaded(path))
-            return RESULT_OK;
-        // Without the lock, because static objects of the library may create components. Two threads may load it at the
-        // same time.
-        VXLibHandle handle;
-        if (const std::int32_t result = openTrustedLibrary(path, &handle); failed(result))
-            return result;
-        const std::int32_t result = add(path, handle);
-        if (failed(result))
-            VXModuleLibClose(nullptr, handle);
-        return result;
-    }
-
-    const LoadedLibrary& operator*() const noexcept { return *m_library; }
-
-private:
-    bool findLoaded(const char16_t* path) noexcept
-    {
-        const StateGuard guard(g_lock);
-        for (LoadedLibrary* library = g_libraries; library != nullptr; library = library->next) {
-            if (std::u16string_view(library->path) == path) {
-                ++library->uses;
-                m_library = library;
-                return true;
-            }
-        }
-        return false;
-    }
-    std::int32_t add(const char16_t* path, VXLibHandle handle) noexcept
-    {
-        VXGetClassObjectFunction getClassObject;
-        if (const std::int32_t result = getExport(handle, u"VXGetClassObject", getClassObject); failed(result))
-            return result;
-        VXCanUnloadNowFunction canUnloadNow;
-        if (failed(getExport(handle, u"VXCanUnloadNow", canUnloadNow)))
-            canUnloadNow = nullptr; // never unloaded
-        auto* library = new (std::nothrow) LoadedLibrary {{}, handle, getClassObject, canUnloadNow, 1, nullptr};
-        if (library == nullptr)
-            return RESULT_OUT_OF_MEMORY;
-        std::u16string_view(path).copy(library->path, NATIVE_PATH_SIZE - 1);
-        m_library = library;
-        const StateGuard guard(g_lock);
-        library->next = g_libraries;
-        g_libraries = library;
-        return RESULT_OK;
-    }
-
-    LoadedLibrary* m_library = nullptr;
-};
-
 /// Removes the first library from `list` that no call is inside; null if there is none.
 LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept VX_REQUIRES(g_lock)
 {
@@ -185,40 +145,101 @@ LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept VX_REQUIRES(g_lock)
     while (*place != nullptr && (*place)->uses != 0)
         place = &(*place)->next;
     LoadedLibrary* idle = *place;
-    if (idle != nullptr)
-        *place = idle->next;
+    if (idle == nullptr)
+        return nullptr;
+    *place = idle->next;
+    for (KnownClass& known : g_knownClasses) {
+        if (known.library == idle)
+            known = {};
+    }
     return idle;
 }
 
 } // namespace
 
-std::int32_t findClass(const char16_t* progId, _GUID& classId) noexcept
+LibraryUse::~LibraryUse()
+{
+    if (m_library == nullptr)
+        return;
+    const StateGuard guard(g_lock);
+    --m_library->uses;
+}
+
+std::int32_t LibraryUse::begin(const char16_t* path) noexcept
+{
+    if (findLoaded(path))
+        return RESULT_OK;
+    // Without the lock, because static objects of the library may create components. Two threads may load it at the
+    // same time.
+    VXLibHandle handle;
+    if (const std::int32_t result = openTrustedLibrary(path, &handle); failed(result))
+        return result;
+    const std::int32_t result = add(path, handle);
+    if (failed(result))
+        VXModuleLibClose(nullptr, handle);
+    return result;
+}
+
+bool LibraryUse::findLoaded(const char16_t* path) noexcept
+{
+    const StateGuard guard(g_lock);
+    for (LoadedLibrary* library = g_libraries; library != nullptr; library = library->next) {
+        if (std::u16string_view(library->path) == path) {
+            ++library->uses;
+            m_library = library;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::int32_t LibraryUse::add(const char16_t* path, VXLibHandle handle) noexcept
+{
+    VXGetClassObjectFunction getClassObject;
+    if (const std::int32_t result = getExport(handle, u"VXGetClassObject", getClassObject); failed(result))
+        return result;
+    VXCanUnloadNowFunction canUnloadNow;
+    if (failed(getExport(handle, u"VXCanUnloadNow", canUnloadNow)))
+        canUnloadNow = nullptr; // never unloaded
+    auto* library = new (std::nothrow) LoadedLibrary {{}, handle, getClassObject, canUnloadNow, 1, nullptr};
+    if (library == nullptr)
+        return RESULT_OUT_OF_MEMORY;
+    std::u16string_view(path).copy(library->path, NATIVE_PATH_SIZE - 1);
+    m_library = library;
+    const StateGuard guard(g_lock);
+    library->next = g_libraries;
+    g_libraries = library;
+    return RESULT_OK;
+}
+
+std::int32_t RegisteredClass::find(const char16_t* progId) noexcept
 {
     const std::u16string_view name(progId);
+    m_key = {progId, name.size() * sizeof(char16_t), true};
+    if (findKnown())
+        return RESULT_OK;
     if (name.empty() || name.find_first_of(u"\\/") != name.npos)
         return RESULT_CLASS_NOT_AVAILABLE;
     char16_t text[64];
     const std::int32_t result = readText(KeyName() << name << u"\\CLSID"sv, text);
     if (failed(result))
         return result;
-    return failed(VXComGUIDFromString(text, &classId)) ? RESULT_CLASS_NOT_AVAILABLE : RESULT_OK;
+    return failed(VXComGUIDFromString(text, &m_classId)) ? RESULT_CLASS_NOT_AVAILABLE : RESULT_OK;
 }
 
-std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _GUID* iid, void** object)
+void RegisteredClass::setClass(const _GUID& classId) noexcept
 {
-    char16_t identifier[40];
-    VXComStringFromGUID(&classId, identifier, std::size(identifier));
-    char16_t path[NATIVE_PATH_SIZE];
-    std::int32_t result = readText(KeyName() << u"CLSID\\"sv << identifier << u"\\InprocServer32"sv, path);
-    if (failed(result))
-        return result;
+    m_classId = classId;
+    m_key = {&m_classId, sizeof m_classId, false};
+}
 
-    LibraryUse library;
-    result = library.begin(path);
-    if (failed(result))
+std::int32_t RegisteredClass::create(IVXUnknown* outer, const _GUID* iid, void** object)
+{
+    if (const std::int32_t result = load(); failed(result))
         return result;
     void* factory = nullptr;
-    result = callOut([&] { return (*library).getClassObject(&classId, &CLASS_FACTORY, &factory); });
+    const std::int32_t result
+        = callOut([&] { return m_library->getClassObject(&m_classId, &CLASS_FACTORY, &factory); });
     if (failed(result))
         return result;
     if (factory == nullptr)
@@ -227,6 +248,54 @@ std::int32_t createFromLibrary(const _GUID& classId, IVXUnknown* outer, const _G
         = [](Factory* self) { callOut([&] { return static_cast<std::int32_t>(self->operations->release(self)); }); };
     const std::unique_ptr<Factory, decltype(release)> self(static_cast<Factory*>(factory), release);
     return callOut([&] { return self->operations->createInstance(self.get(), outer, iid, object); });
+}
+
+/// The entry for a key, which may have that of another one.
+static KnownClass& entryOf(std::string_view bytes) noexcept VX_REQUIRES(g_lock)
+{
+    return g_knownClasses[std::hash<std::string_view>()(bytes) % std::size(g_knownClasses)];
+}
+
+bool RegisteredClass::findKnown() noexcept
+{
+    const std::string_view bytes(static_cast<const char*>(m_key.bytes), m_key.size);
+    const StateGuard guard(g_lock);
+    m_version = g_watch.version();
+    const KnownClass& known = entryOf(bytes);
+    if (m_version == 0 || known.version != m_version || known.isName != m_key.isName
+        || bytes != std::string_view(known.key, known.size))
+        return false;
+    m_classId = known.classId;
+    m_library = known.library;
+    ++m_library->uses;
+    return true;
+}
+
+/// Loads the library unless it is known.
+std::int32_t RegisteredClass::load() noexcept
+{
+    if (m_library != nullptr || (!m_key.isName && findKnown()))
+        return RESULT_OK;
+    char16_t identifier[40];
+    VXComStringFromGUID(&m_classId, identifier, std::size(identifier));
+    char16_t path[NATIVE_PATH_SIZE];
+    const std::int32_t result
+        = inOrder([&] { return readText(KeyName() << u"CLSID\\"sv << identifier << u"\\InprocServer32"sv, path); },
+            [&] { return begin(path); });
+    if (!failed(result))
+        keep();
+    return result;
+}
+
+void RegisteredClass::keep() const noexcept
+{
+    if (m_version == 0 || m_key.size > sizeof KnownClass::key)
+        return;
+    const std::string_view bytes(static_cast<const char*>(m_key.bytes), m_key.size);
+    const StateGuard guard(g_lock);
+    KnownClass& known = entryOf(bytes);
+    known = {m_version, m_library, m_classId, m_key.isName, m_key.size, {}};
+    bytes.copy(known.key, bytes.size());
 }
 
 } // namespace vxsys::detail

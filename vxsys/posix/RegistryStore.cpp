@@ -227,7 +227,7 @@ constinit std::mutex g_changes;
 
 std::string RegistryStore::place()
 {
-    if (std::string named = variable("VXSYS4_REGISTRY"); !named.empty())
+    if (std::string named = variable(PLACE_VARIABLE); !named.empty())
         return named;
     std::string data = variable("XDG_DATA_HOME");
     if (data.empty() || data.front() != '/') {
@@ -325,7 +325,8 @@ std::int32_t RegistryChange::begin(bool isToBeMade)
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
     return inOrder([&] { return resultOf(retryOnSignal([&] { return ::fcntl(m_lock.get(), F_SETLKW, &whole); })); },
-        [&] { return removeTree(m_folder.get(), PENDING_NAME); });
+        [&] { return removeTree(m_folder.get(), PENDING_NAME); },
+        [&] { return m_mark.begin(m_folder.get(), fileMode()); });
 }
 
 std::int32_t RegistryChange::replace(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryRecord& record)
@@ -422,7 +423,7 @@ std::int32_t RegistryChange::writeFile(int folder, const char* name, const Regis
     const Descriptor file(retryOnSignal([&] {
         return ::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
     }));
-    if (!file.isOpen() || ::fchmod(file.get(), m_mode & ~mode_t {S_IXUSR | S_IXGRP | S_IXOTH}) != 0)
+    if (!file.isOpen() || ::fchmod(file.get(), fileMode()) != 0)
         return VXResultFromNative(errno);
     const auto* source = reinterpret_cast<const char*>(units.data());
     for (std::size_t rest = units.size() * sizeof(char16_t); rest > 0;) {

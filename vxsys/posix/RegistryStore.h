@@ -4,6 +4,7 @@
 #include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/RegistryPath.h"
 #include "vxsys/detail/RegistryRecord.h"
+#include "vxsys/posix/RegistryChanges.h"
 #include "vxsys/posix/RegistryMemory.h"
 
 #include <cstdint>
@@ -20,14 +21,19 @@ namespace vxsys::detail {
 ///
 /// Readers look at single files and take no lock. A process that changes something holds the store's lock, prepares the
 /// change as "pending" in the top folder, flushes it, and puts it into place by one rename. What a killed process has left
-/// under that name is removed by the next change. Each operation gives a result code and may throw std::bad_alloc.
+/// under that name is removed by the next change. The file "changes" has the count of the changes. Each operation gives a result code and may throw std::bad_alloc.
 class RegistryStore {
 public:
+    static constexpr const char* PLACE_VARIABLE = "VXSYS4_REGISTRY";
+
     /// The path of the store. `open` refuses an empty path and one that is not a full path.
     static std::string place();
 
     /// RESULT_NOT_FOUND before the first change.
     std::int32_t open(const std::string& place = RegistryStore::place());
+
+    /// The open folder.
+    int folder() const noexcept { return m_folder.get(); }
 
     /// Reads the record of a key; its texts refer to `units`. The record of a hive may be empty. `file` may be null.
     std::int32_t read(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record,
@@ -38,6 +44,9 @@ public:
 protected:
     /// The folder of the first `count` steps.
     std::int32_t openFolder(ENUM_VX_HKEY hive, const RegistryPath& path, std::size_t count, Descriptor& folder) const;
+
+    /// The rights of a new file.
+    mode_t fileMode() const noexcept { return m_mode & ~mode_t {S_IXUSR | S_IXGRP | S_IXOTH}; }
 
     Descriptor m_folder;
     mode_t m_mode = 0;
@@ -63,7 +72,8 @@ private:
     std::int32_t takePlace(int folder, const char* name) const noexcept;
 
     std::unique_lock<std::mutex> m_turn;
-    Descriptor m_lock; // closed first
+    Descriptor m_lock; // closed before the turn ends
+    ChangeMark m_mark; // ends first
 };
 
 } // namespace vxsys::detail

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "vxsys/detail/Descriptor.h"
+
+#include <atomic>
+#include <cstdint>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+/// The count of the changes of a store. It is in a file of the store, which the processes share as memory, so that a
+/// reader sees a change of another process without a call of the system.
+namespace vxsys::detail {
+
+using ChangeCount = std::atomic<std::uint64_t>;
+static_assert(ChangeCount::is_always_lock_free, "processes share it");
+
+/// Keeps the count odd during a change. If the process is killed meanwhile, it stays odd until the next change.
+class [[nodiscard]] ChangeMark {
+public:
+    ChangeMark() noexcept = default;
+    ~ChangeMark();
+    ChangeMark(const ChangeMark&) = delete;
+    ChangeMark& operator=(const ChangeMark&) = delete;
+
+    /// Creates the file in the folder of the store if needed, with the rights `mode`. Returns a result code. Without
+    /// an effect on a file system that has no shared memory, where no process can read the count either.
+    std::int32_t begin(int folder, mode_t mode) noexcept;
+
+private:
+    ChangeCount* m_count = nullptr;
+};
+
+/// Looks for changes of the present store. Its owner locks it.
+class RegistryWatch {
+public:
+    constexpr RegistryWatch() noexcept = default;
+    RegistryWatch(const RegistryWatch&) = delete;
+    RegistryWatch& operator=(const RegistryWatch&) = delete;
+
+    /// The version of the store: between two calls with the same one, no process has changed it through this library,
+    /// and it is the same store. A change of its files by other means gives a new version within some milliseconds. 0
+    /// if there is no store, if it is being changed, or if the count cannot be read.
+    std::uint64_t version() noexcept;
+
+    /// Returns what it holds. A later call of `version` begins anew.
+    void close() noexcept;
+
+private:
+    static constexpr std::size_t PLACE_SIZE = 1024;
+
+    bool isSamePlace() const;
+    bool renew();
+    void map(const Descriptor& file, const struct stat& status) noexcept;
+
+    const ChangeCount* m_count = nullptr;
+    dev_t m_device = 0;
+    ino_t m_number = 0;
+    std::uint64_t m_lastCount = 0;
+    std::uint64_t m_version = 0;
+    std::int64_t m_period = -1;
+    char m_place[PLACE_SIZE] = "";
+};
+
+} // namespace vxsys::detail
