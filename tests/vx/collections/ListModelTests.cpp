@@ -176,6 +176,11 @@ private:
         default: {
             if (below(20) != 0)
                 return "";
+            if (part.parent != nullptr && below(2) == 0) {
+                while (part.size > 0)
+                    erase(part, part.size - 1);
+                return verdict("clear", "done", outcome([&] { list.clear(); }));
+            }
             const Reference<List> kept(new LinkedList);
             kept->add(element.get());
             const int before = part.size;

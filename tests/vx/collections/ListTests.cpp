@@ -169,6 +169,21 @@ TYPED_TEST(Lists, WorkOnThemselves)
     EXPECT_EQ(textOfAll(*list), "1 null 1 null 2 ");
 }
 
+TYPED_TEST(Lists, RetainElementsUpToAFailure)
+{
+    const Reference<WatchedComparator> comparator(new WatchedComparator);
+    LinkedList two(comparator.get());
+    two.add(item(2).get());
+    for (const bool isPart : {false, true}) {
+        const auto whole = listOf<TypeParam>({1, 2, 3, 4});
+        const Reference<List> list = isPart ? whole->createSubList(0, 4) : Reference<List>(whole.get());
+        comparator->m_calls = 2;
+        EXPECT_EQ(outcome([&] { list->retainAll(two); }), "result " + std::to_string(RESULT_TIMED_OUT));
+        EXPECT_EQ(textOf(list->getSize()) + ": " + textOfAll(*whole), "3: 2 3 4 ") << isPart;
+        EXPECT_EQ(outcome([&] { return list->get(1); }), "3") << isPart;
+    }
+}
+
 /// The operation has the only reference to the new element, and must not leak it if it fails.
 TYPED_TEST(Lists, LeaveNoElementOverThatTheyRefuse)
 {

@@ -1,7 +1,13 @@
 #include "vx/collections/vorb/AbstractListSubList.h"
 
 #include "vx/Exceptions.h"
+#include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/detail/Length.h"
+#include "vx/collections/vorb/detail/Search.h"
+
+#include <cstdlib>
+#include <exception>
+#include <typeinfo>
 
 namespace vx::collections::vorb {
 
@@ -75,6 +81,40 @@ AbstractListSubList::AbstractListSubList(AbstractList* parent, int from, int to)
 
 AbstractListSubList::~AbstractListSubList() noexcept(false) = default;
 
+bool AbstractListSubList::addAll(const Collection& other)
+{
+    int offset;
+    const ArrayList* const storage = findStorage(offset);
+    return storage != nullptr && storage->isApartFrom(other) ? addAll(m_size, other) : AbstractList::addAll(other);
+}
+
+void AbstractListSubList::clear()
+{
+    int offset;
+    ArrayList* const storage = findStorage(offset);
+    if (storage == nullptr)
+        return AbstractList::clear();
+    const auto removed = storage->take(offset, offset + m_size);
+    storageChanged(-m_size);
+}
+
+bool AbstractListSubList::retainAll(const Collection& other)
+{
+    int offset;
+    ArrayList* const storage = findStorage(offset);
+    if (storage == nullptr || !storage->isApartFrom(other))
+        return AbstractList::retainAll(other);
+    const Reference<AbstractListSubList> kept = detail::keepIfCounted(this);
+    std::exception_ptr failure;
+    {
+        const auto removed = storage->takeForeign(offset, offset + m_size, other, failure);
+        storageChanged(-static_cast<int>(removed.size()));
+        if (failure == nullptr)
+            return !removed.empty();
+    }
+    std::rethrow_exception(failure);
+}
+
 Reference<Iterator> AbstractListSubList::createIterator()
 {
     return new SubListIterator(this, 0);
@@ -99,6 +139,19 @@ bool AbstractListSubList::add(int index, IVXUnknown* element)
         return false;
     changed(+1);
     return true;
+}
+
+bool AbstractListSubList::addAll(int index, const Collection& other)
+{
+    int offset;
+    ArrayList* const storage = findStorage(offset);
+    if (storage == nullptr || !storage->isApartFrom(other))
+        return AbstractList::addAll(index, other);
+    detail::checkIndex(index, m_size + 1);
+    auto elements = ArrayList::elementsOf(other);
+    storage->insert(offset + index, elements);
+    storageChanged(static_cast<int>(elements.size()));
+    return !elements.empty();
 }
 
 Reference<IVXUnknown> AbstractListSubList::remove(int index)
@@ -139,6 +192,22 @@ Reference<IVXUnknown> AbstractListSubList::set(int index, IVXUnknown* element)
     return old;
 }
 
+ArrayList* AbstractListSubList::findStorage(int& offset) noexcept
+{
+    offset = 0;
+    for (AbstractListSubList* view = this;;) {
+        AbstractList* const parent = view->m_parent.get();
+        if (typeid(*view) != typeid(AbstractListSubList) || view->m_expectedCount != parent->m_modificationCount)
+            return nullptr;
+        offset += view->m_offset;
+        if (typeid(*parent) == typeid(ArrayList))
+            return static_cast<ArrayList*>(parent);
+        view = dynamic_cast<AbstractListSubList*>(parent);
+        if (view == nullptr)
+            return nullptr;
+    }
+}
+
 /// Throws if the parent was changed other than through this view.
 void AbstractListSubList::check() const
 {
@@ -151,6 +220,17 @@ void AbstractListSubList::changed(int change) noexcept
     m_size += change;
     ++m_expectedCount;
     ++m_modificationCount; // for sublists of this one
+}
+
+void AbstractListSubList::storageChanged(int count) noexcept
+{
+    const auto changes = static_cast<std::uint32_t>(std::abs(count));
+    for (AbstractListSubList* view = this; view != nullptr;
+         view = dynamic_cast<AbstractListSubList*>(view->m_parent.get())) {
+        view->m_size += count;
+        view->m_expectedCount += changes;
+        view->m_modificationCount += changes;
+    }
 }
 
 void AbstractListSubList::unchanged() noexcept

@@ -1,8 +1,11 @@
 #include "vx/collections/vorb/ArrayList.h"
 
 #include "vx/collections/vorb/AbstractListIterator.h"
+#include "vx/collections/vorb/HashSet.h"
+#include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/collections/vorb/detail/Search.h"
+#include "vxsys/Thread.h"
 
 #include <algorithm>
 #include <typeinfo>
@@ -130,6 +133,18 @@ bool ArrayList::remove(const IVXUnknown* element)
     return true;
 }
 
+bool ArrayList::retainAll(const Collection& other)
+{
+    if (isDerived(*this) || !isApartFrom(other))
+        return AbstractList::retainAll(other);
+    const Reference<ArrayList> kept = detail::keepIfCounted(this);
+    std::exception_ptr failure;
+    const bool changed = !takeForeign(0, -1, other, failure).empty();
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
+    return changed;
+}
+
 int ArrayList::getSize() const
 {
     return m_size;
@@ -147,6 +162,16 @@ bool ArrayList::add(int index, IVXUnknown* element)
     ++m_size;
     ++m_modificationCount;
     return true;
+}
+
+bool ArrayList::addAll(int index, const Collection& other)
+{
+    if (isDerived(*this) || !isApartFrom(other))
+        return AbstractList::addAll(index, other);
+    detail::checkIndex(index, m_size + 1);
+    Elements elements = elementsOf(other);
+    insert(index, elements);
+    return !elements.empty();
 }
 
 Reference<IVXUnknown> ArrayList::remove(int index)
@@ -205,10 +230,86 @@ int ArrayList::find(const IVXUnknown* element, int index, int step) const
     return -1;
 }
 
-void ArrayList::makeRoom()
+bool ArrayList::isApartFrom(const Collection& other) const noexcept
 {
-    detail::checkLength(m_size, "vector<T> too long");
-    const int capacity = detail::grownCapacity(m_capacity);
+    const std::type_info& type = typeid(other);
+    return &other != this && (type == typeid(ArrayList) || type == typeid(LinkedList) || type == typeid(HashSet));
+}
+
+ArrayList::Elements ArrayList::elementsOf(const Collection& other)
+{
+    Elements elements;
+    elements.reserve(static_cast<std::size_t>(other.getSize()));
+    const Reference<ConstIterator> iterator = other.createConstIterator();
+    while (iterator->hasNext())
+        elements.push_back(iterator->next());
+    return elements;
+}
+
+void ArrayList::insert(int index, Elements& elements)
+{
+    const auto count = static_cast<int>(elements.size());
+    if (count > m_capacity - m_size)
+        makeRoom(count);
+    IVXUnknown** const place = m_elements.get() + index;
+    std::move_backward(place, m_elements.get() + m_size, m_elements.get() + m_size + count);
+    std::transform(
+        elements.begin(), elements.end(), place, [](Reference<IVXUnknown>& element) { return element.detach(); });
+    m_size += count;
+    m_modificationCount += static_cast<std::uint32_t>(count);
+}
+
+ArrayList::Elements ArrayList::take(int from, int to)
+{
+    Elements taken(static_cast<std::size_t>(to - from));
+    IVXUnknown** place = m_elements.get() + from;
+    for (Reference<IVXUnknown>& element : taken)
+        element.attach(*place++);
+    std::move(place, m_elements.get() + m_size, m_elements.get() + from);
+    m_size -= to - from;
+    m_modificationCount += static_cast<std::uint32_t>(to - from);
+    return taken;
+}
+
+ArrayList::Elements ArrayList::takeForeign(int from, int to, const Collection& other, std::exception_ptr& failure)
+{
+    std::vector<int, vxsys::Allocator<int>> foreign; // first all comparisons, since a comparator may use this list
+    const std::uint32_t expectedCount = m_modificationCount;
+    try {
+        for (int index = from; index < (to < 0 ? m_size : to); ++index) {
+            const Reference<IVXUnknown> element = m_elements[index];
+            const bool isForeign = !other.contains(element.get());
+            if (expectedCount != m_modificationCount)
+                throw Exception();
+            if (isForeign)
+                foreign.push_back(index);
+        }
+    } catch (...) {
+        vxsys::passForcedUnwind();
+        if (expectedCount != m_modificationCount)
+            throw;
+        failure = std::current_exception();
+    }
+    Elements taken(foreign.size());
+    if (foreign.empty())
+        return taken;
+    IVXUnknown** place = m_elements.get() + foreign.front();
+    auto next = foreign.begin();
+    for (int index = *next; index < m_size; ++index) {
+        if (next != foreign.end() && index == *next)
+            taken[static_cast<std::size_t>(next++ - foreign.begin())].attach(m_elements[index]);
+        else
+            *place++ = m_elements[index];
+    }
+    m_size -= static_cast<int>(foreign.size());
+    m_modificationCount += static_cast<std::uint32_t>(foreign.size());
+    return taken;
+}
+
+void ArrayList::makeRoom(int count)
+{
+    detail::checkLength(m_size + count - 1, "vector<T> too long");
+    const int capacity = std::max(detail::grownCapacity(m_capacity), m_size + count);
     void* grown = VXMemRealloc(m_elements.get(), static_cast<std::size_t>(capacity) * sizeof(IVXUnknown*));
     if (grown == nullptr)
         throwBadAllocation();

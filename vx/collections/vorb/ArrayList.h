@@ -3,10 +3,13 @@
 #include "vx/Exception.h"
 #include "vx/collections/vorb/AbstractList.h"
 #include "vx/detail/RawArray.h"
+#include "vxsys/Memory.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <iterator>
+#include <vector>
 
 namespace vx::collections::vorb {
 
@@ -26,15 +29,19 @@ public:
     ArrayList(const ArrayList& other);
     ~ArrayList() noexcept(false) override;
 
+    using AbstractList::addAll;
+
     // Collection
     bool add(IVXUnknown* element) override;
     void clear() override;
     bool contains(const IVXUnknown* element) const override;
     bool remove(const IVXUnknown* element) override;
+    bool retainAll(const Collection& other) override;
     int getSize() const override;
 
     // List
     bool add(int index, IVXUnknown* element) override;
+    bool addAll(int index, const Collection& other) override;
     Reference<IVXUnknown> remove(int index) override;
     Reference<IVXUnknown> get(int index) const override;
     Reference<IVXUnknown> set(int index, IVXUnknown* element) override;
@@ -51,9 +58,24 @@ protected:
     AbstractListIterator* newIterator(int index) override;
 
 private:
+    friend class AbstractListSubList;
     class ArrayIterator;
 
-    void makeRoom();
+    using Elements = std::vector<Reference<IVXUnknown>, vxsys::Allocator<Reference<IVXUnknown>>>;
+
+    /// Whether `other` is of a class that cannot reach this list while its elements are read.
+    bool isApartFrom(const Collection& other) const noexcept;
+    static Elements elementsOf(const Collection& other);
+
+    // These move the rest of the list once. Each element counts as one modification. The caller releases the elements
+    // that were taken after it has recorded the change.
+    void insert(int index, Elements& elements);
+    Elements take(int from, int to);
+    /// Takes the elements from `from` on that `other` does not contain, up to `to`, or to the end if `to` is negative.
+    /// If that fails, `failure` is set, and the elements before the failure are taken.
+    Elements takeForeign(int from, int to, const Collection& other, std::exception_ptr& failure);
+
+    void makeRoom(int count = 1);
     /// The index of the first element equal to `element`, from `index` on in steps of 1 or -1; -1 if there is none.
     int find(const IVXUnknown* element, int index, int step) const;
 
