@@ -31,6 +31,11 @@ VXSYS_API std::int32_t VXSocketAccept(
 /// A signal interrupts this call, but the attempt to connect continues: `VXSocketFinishConnect` waits for its end.
 VXSYS_API std::int32_t VXSocketConnect(VXSocket socket, const sockaddr* address, std::uint32_t length) noexcept;
 VXSYS_API std::int32_t VXSocketFinishConnect(VXSocket socket, std::uint32_t milliseconds) noexcept;
+/// Connects within `milliseconds` (`VX_WAIT_FOREVER`: as long as the system tries), also if signals arrive and if the
+/// socket does not block. `VX_SOCKET_TIMED_OUT` after the time: the attempt then continues, and another call waits for
+/// it again.
+VXSYS_API std::int32_t VXSocketTimedConnect(
+    VXSocket socket, const sockaddr* address, std::uint32_t length, std::uint32_t milliseconds) noexcept;
 VXSYS_API std::int32_t VXSocketBind(VXSocket socket, const sockaddr* address, std::uint32_t length) noexcept;
 VXSYS_API std::int32_t VXSocketListen(VXSocket socket, int backlog) noexcept;
 /// The address to which the socket is bound. `*length` as in `VXSocketAccept`.

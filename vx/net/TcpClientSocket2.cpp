@@ -52,6 +52,16 @@ ENUM_VX_E_SOCKET TcpClientSocket2::connect(const vx_sockaddr_union* address, uns
     return resultOf(VXSocketConnect(getHandle(), &address->generic, length));
 }
 
+ENUM_VX_E_SOCKET TcpClientSocket2::connectFor(
+    const vx_sockaddr_union* address, unsigned int length, std::uint32_t milliseconds)
+{
+    if (address == nullptr)
+        return VX_E_SOCKET_EINVAL;
+    if (getClosed() != 0)
+        return VX_E_SOCKET_ENOTSOCK;
+    return resultOf(VXSocketTimedConnect(getHandle(), &address->generic, length, milliseconds));
+}
+
 ENUM_VX_E_SOCKET TcpClientSocket2::getLocalAddress(vx_sockaddr_union* address, int* length)
 {
     if (address == nullptr || length == nullptr || *length < 0)

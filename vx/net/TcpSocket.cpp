@@ -67,6 +67,11 @@ Reference<TcpSocketHandle> TcpSocketHandle::own(unsigned int socket)
 }
 
 TcpSocket::TcpSocket(const String& host, unsigned short port)
+    : TcpSocket(host, port, VX_WAIT_FOREVER)
+{
+}
+
+TcpSocket::TcpSocket(const String& host, unsigned short port, std::uint32_t milliseconds)
 {
     init();
     socklen_t length = 0;
@@ -77,11 +82,13 @@ TcpSocket::TcpSocket(const String& host, unsigned short port)
         throw io::IoException(describe(u"TcpSocket::TcpSocket ", resultOf(error)));
     m_handle = TcpSocketHandle::own(socket);
     address.in4.sin_port = htons(port);
-    error = VXSocketConnect(socket, &address.generic, length);
-    if (error == VX_SOCKET_INTERRUPTED)
-        error = VXSocketFinishConnect(socket, VX_WAIT_FOREVER);
-    if (error != 0)
-        throw Exception(u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", resultOf(error)));
+    error = VXSocketTimedConnect(socket, &address.generic, length, milliseconds);
+    if (error == 0)
+        return;
+    const String failure = u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", resultOf(error));
+    if (error == VX_SOCKET_TIMED_OUT && milliseconds != VX_WAIT_FOREVER)
+        throw io::TimeoutException(failure);
+    throw Exception(failure);
 }
 
 TcpSocket::TcpSocket(unsigned int socket)

@@ -9,6 +9,7 @@
 #include "vx/sync/Mutex.h"
 
 #include <atomic>
+#include <cstdint>
 
 namespace vx {
 class String;
@@ -26,6 +27,9 @@ public:
     /// Connects to the first address of `host`. Throws Exception for a host that is unknown or cannot be reached,
     /// IoException if the system has no socket left. A name with a zero unit in it is unknown.
     TcpSocket(const String& host, unsigned short port);
+    /// As above, and throws io::TimeoutException if the connection is not there within `milliseconds`. The look-up of a
+    /// name is not part of that time.
+    TcpSocket(const String& host, unsigned short port, std::uint32_t milliseconds);
     TcpSocket(const TcpSocket&) = delete;
     TcpSocket& operator=(const TcpSocket&) = delete;
     ~TcpSocket() noexcept(false) override;

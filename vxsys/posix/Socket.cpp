@@ -126,6 +126,24 @@ std::int32_t VXSocketFinishConnect(VXSocket socket, std::uint32_t milliseconds) 
     return result == 0 ? VXSocketTakeError(socket) : result;
 }
 
+std::int32_t VXSocketTimedConnect(
+    VXSocket socket, const sockaddr* address, std::uint32_t length, std::uint32_t milliseconds) noexcept
+{
+    const Deadline deadline = Deadline::in(milliseconds);
+    const int descriptor = descriptorOf(socket);
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    if (flags == -1 || ((flags & O_NONBLOCK) == 0 && ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == -1))
+        return resultOf(-1);
+    const bool isStarted = ::connect(descriptor, address, length) == 0;
+    const int error = isStarted ? 0 : errno;
+    if ((flags & O_NONBLOCK) == 0 && ::fcntl(descriptor, F_SETFL, flags) == -1)
+        return resultOf(-1);
+    if (error == EINPROGRESS || error == EALREADY || error == EINTR)
+        return VXSocketFinishConnect(socket, deadline.millisecondsLeft());
+    errno = error;
+    return VXNativeSocketError(error);
+}
+
 std::int32_t VXSocketBind(VXSocket socket, const sockaddr* address, std::uint32_t length) noexcept
 {
     return resultOf(::bind(descriptorOf(socket), address, length));

@@ -5,12 +5,15 @@
 #include "vx/Exception.h"
 #include "vx/String.h"
 #include "vx/io/IoException.h"
+#include "vx/net/TcpClientSocket2.h"
 #include "vx/net/TcpServerSocket.h"
 #include "vx/net/TcpSocket.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <fcntl.h>
+#include <memory>
 #include <netinet/in.h>
 #include <string>
 #include <string_view>
@@ -113,11 +116,22 @@ TEST(TcpSocket, GoesOnAfterSignals)
         while (!isFull)
             std::this_thread::yield();
         SignalStorm::pass();
-        for (int count = 0; count < 2; ++count)
+        for (int count = 0; count < 3; ++count)
             listener.accept();
     });
     first = new TcpSocket(u"127.0.0.1", listener.getPort());
+    EXPECT_THROW(TcpSocket(u"127.0.0.1", listener.getPort(), 20), io::TimeoutException);
+    TcpClientSocket2* made = nullptr;
+    ASSERT_EQ(TcpClientSocket2::createTcpClientSocket2(AF_INET, SOCK_STREAM, 0, &made), VX_E_SOCKET_OK);
+    const std::unique_ptr<TcpClientSocket2> limited(made);
+    vx_sockaddr_union address {};
+    address.in4.sin_family = AF_INET;
+    address.in4.sin_port = htons(listener.getPort());
+    address.in4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(limited->connectFor(&address, sizeof address.in4, 20), VX_E_SOCKET_ETIMEDOUT);
     isFull = true;
+    EXPECT_EQ(limited->connectFor(&address, sizeof address.in4, VX_WAIT_FOREVER), VX_E_SOCKET_OK) << "goes on";
+    EXPECT_EQ(::fcntl(static_cast<int>(limited->getId()), F_GETFL) & O_NONBLOCK, 0);
     EXPECT_NO_THROW(TcpSocket(u"127.0.0.1", listener.getPort()));
 }
 
