@@ -28,6 +28,11 @@ VXSYS_API std::int32_t VXProcessCreate(const char16_t* program, const char16_t* 
 VXSYS_API std::int32_t VXProcessCreateInheriting(const char16_t* program, const char16_t* commandLine,
     const char16_t* directory, const char16_t* const* environment, std::uint32_t flags, const std::uint32_t* inherited,
     std::int32_t inheritedCount, std::uint32_t pipes[3], std::uint32_t* process) noexcept;
+/// The same, and `*id` (null: not wanted) becomes the system's number of the child, 0 if it cannot be started. The
+/// system may give the number to another process after the child has been joined.
+VXSYS_API std::int32_t VXProcessCreateWithID(const char16_t* program, const char16_t* commandLine,
+    const char16_t* directory, const char16_t* const* environment, std::uint32_t flags, const std::uint32_t* inherited,
+    std::int32_t inheritedCount, std::uint32_t pipes[3], std::uint32_t* process, std::uint32_t* id) noexcept;
 
 /// Waits for the child to end, stores its exit code, or 128 plus the signal's number if a signal ended it, and closes
 /// the handle. RESULT_FALSE and the code -1 if the system did not keep the exit code: the process ignores SIGCHLD, or
@@ -35,6 +40,12 @@ VXSYS_API std::int32_t VXProcessCreateInheriting(const char16_t* program, const 
 VXSYS_API std::int32_t VXProcessJoin(std::uint32_t process, std::int32_t* exitCode) noexcept;
 /// The same without waiting. RESULT_TIMED_OUT for a child that still runs; the handle then stays open.
 VXSYS_API std::int32_t VXProcessGetExitCode(std::uint32_t process, std::int32_t* exitCode) noexcept;
+/// The same with a wait of at most `milliseconds`; `VX_WAIT_FOREVER` has no limit.
+VXSYS_API std::int32_t VXProcessTimedJoin(
+    std::uint32_t process, std::uint32_t milliseconds, std::int32_t* exitCode) noexcept;
+/// Sends a signal, by its number of the system, to the child and never to another process. RESULT_FALSE if the child
+/// has ended. RESULT_INVALID_ARGUMENT for a number that is no signal.
+VXSYS_API std::int32_t VXProcessSendSignal(std::uint32_t process, std::int32_t signal) noexcept;
 /// Closes the handle and lets the child run. It is collected in the background when it ends.
 VXSYS_API std::int32_t VXProcessDetach(std::uint32_t process) noexcept;
 /// Closes the caller's end of a child's output when no one else reads it. Without a reader, SIGPIPE would end a child

@@ -103,8 +103,8 @@ Process::Process(const char16_t* program, const char16_t* commandLine, const cha
     if (inherited.size() > INT32_MAX)
         throwResult(RESULT_INVALID_ARGUMENT);
     std::uint32_t pipes[3];
-    throwIfFailed(VXProcessCreateInheriting(program, commandLine, directory, environment, flags, inherited.data(),
-                      static_cast<std::int32_t>(inherited.size()), pipes, &m_handle),
+    throwIfFailed(VXProcessCreateWithID(program, commandLine, directory, environment, flags, inherited.data(),
+                      static_cast<std::int32_t>(inherited.size()), pipes, &m_handle, &m_id),
         u"start", [=] { return nameOf(program, commandLine, directory); });
     m_childInput->open(pipes[0]);
     m_childOutput->open(pipes[1]);
@@ -133,6 +133,28 @@ bool Process::tryJoin()
     if (!failed(VXProcessGetExitCode(m_handle, &m_exitCode)))
         m_handle = VX_PROCESS_INVALID_HANDLE;
     return m_handle == VX_PROCESS_INVALID_HANDLE;
+}
+
+bool Process::joinFor(std::uint32_t milliseconds)
+{
+    if (m_handle == VX_PROCESS_INVALID_HANDLE)
+        return true;
+    const std::int32_t result = VXProcessTimedJoin(m_handle, milliseconds, &m_exitCode);
+    if (result == RESULT_TIMED_OUT)
+        return false;
+    throwIfFailed(result);
+    m_handle = VX_PROCESS_INVALID_HANDLE;
+    return true;
+}
+
+bool Process::sendSignal(int signal)
+{
+    if (m_handle == VX_PROCESS_INVALID_HANDLE)
+        return false;
+    const std::int32_t result = VXProcessSendSignal(m_handle, signal);
+    throwIfFailed(
+        result, u"send signal", [&] { return String::valueOf(signal) + u" to process " + String::valueOf(m_id); });
+    return result == RESULT_OK;
 }
 
 int Process::getExitCode()

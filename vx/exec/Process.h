@@ -38,8 +38,22 @@ public:
     int join();
     /// Whether the child has ended. Throws IllegalStateException if the end has been seen already.
     bool tryJoin();
+    /// Whether the child ends within `milliseconds`; `VX_WAIT_FOREVER` has no limit. True again once that has been seen.
+    bool joinFor(std::uint32_t milliseconds);
     /// The exit code as `join` returns it, without waiting. Throws IllegalStateException before the end has been seen.
     int getExitCode();
+
+    /// The system's number of the child. It is only for texts and other programs: once the end has been seen, the
+    /// system may give the number to another process.
+    std::uint32_t getProcessID() const noexcept { return m_id; }
+    /// Asks the child to end (SIGTERM); it may handle or ignore that. False if it has already ended.
+    bool terminate() { return sendSignal(15); }
+    /// Ends the child (SIGKILL), which cannot clean up. False if it has already ended.
+    bool kill() { return sendSignal(9); }
+    /// Sends a signal by its number in <csignal>. It never reaches another process, and not the children of the child.
+    /// False if the child has already ended. Throws ResultException: RESULT_INVALID_ARGUMENT for a number that is no
+    /// signal, RESULT_NOT_PERMITTED if the child runs as another user.
+    bool sendSignal(int signal);
 
     /// Each returns the same stream every time, also after the child has ended. Closing it leaves the pipe open.
     Reference<io::InputStream> getInputStream();
@@ -64,6 +78,7 @@ private:
     void checkJoinable() const;
 
     std::uint32_t m_handle = VX_PROCESS_INVALID_HANDLE;
+    std::uint32_t m_id = 0;
     Reference<Pipe> m_childInput;
     Reference<Pipe> m_childOutput;
     Reference<Pipe> m_childError;

@@ -2,12 +2,14 @@
 
 #include "vxsys/Process.h"
 #include "vxsys/Result.h"
+#include "vxsys/detail/Deadline.h"
 #include "vxsys/detail/Descriptor.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/linux/Reaper.h"
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -22,10 +24,20 @@ using namespace vxsys::detail;
 /// opened.
 constexpr std::uint32_t COLLECTED_CHILD = VX_PROCESS_INVALID_HANDLE - 1;
 
-bool hasEnded(int child) noexcept
+/// Whether the child ends before the deadline.
+bool ends(std::uint32_t child, const Deadline& deadline) noexcept
 {
-    pollfd state {child, POLLIN, 0};
-    return ::poll(&state, 1, 0) == 1 && (state.revents & POLLIN) != 0;
+    pollfd state {static_cast<int>(child), POLLIN, 0};
+    const int found = retryOnSignal([&] {
+        const timespec left = deadline.isNever() ? timespec {} : deadline.left();
+        return ::ppoll(&state, 1, deadline.isNever() ? nullptr : &left, nullptr);
+    });
+    return found == 1 && (state.revents & POLLIN) != 0;
+}
+
+bool hasEnded(std::uint32_t child) noexcept
+{
+    return ends(child, Deadline::in(0));
 }
 
 std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode) noexcept
@@ -42,7 +54,7 @@ std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode)
     siginfo_t ended {};
     if (retryOnSignal([&] { return ::waitid(P_PIDFD, process, &ended, WEXITED | options); }) != 0) {
         const int error = errno;
-        if (error != ECHILD || !hasEnded(static_cast<int>(process)))
+        if (error != ECHILD || !hasEnded(process))
             return VXResultFromNative(error);
         ::close(static_cast<int>(process));
         return RESULT_FALSE;
@@ -79,6 +91,28 @@ std::int32_t VXProcessJoin(std::uint32_t process, std::int32_t* exitCode) noexce
 std::int32_t VXProcessGetExitCode(std::uint32_t process, std::int32_t* exitCode) noexcept
 {
     return waitFor(process, WNOHANG, exitCode);
+}
+
+std::int32_t VXProcessTimedJoin(std::uint32_t process, std::uint32_t milliseconds, std::int32_t* exitCode) noexcept
+{
+    if (exitCode != nullptr && process <= INT_MAX)
+        ends(process, Deadline::in(milliseconds));
+    return waitFor(process, WNOHANG, exitCode);
+}
+
+std::int32_t VXProcessSendSignal(std::uint32_t process, std::int32_t signal) noexcept
+{
+    if (signal < 1 || signal > SIGRTMAX)
+        return RESULT_INVALID_ARGUMENT;
+    if (process == COLLECTED_CHILD)
+        return RESULT_FALSE;
+    if (process > INT_MAX)
+        return RESULT_INVALID_HANDLE;
+    if (hasEnded(process)) // the system accepts signals to a child that nobody has joined yet
+        return RESULT_FALSE;
+    if (::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0) == 0)
+        return RESULT_OK;
+    return errno == ESRCH ? RESULT_FALSE : VXResultFromNative(errno);
 }
 
 std::int32_t VXProcessDetach(std::uint32_t process) noexcept

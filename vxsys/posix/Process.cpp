@@ -305,14 +305,13 @@ int openHandle(pid_t child, std::uint32_t& handle) noexcept
     return error;
 }
 
-std::int32_t start(const Order& order, Pipe (&pipes)[STANDARD_STREAMS], std::uint32_t& handle)
+std::int32_t start(const Order& order, Pipe (&pipes)[STANDARD_STREAMS], std::uint32_t& handle, pid_t& child)
 {
     NativeOrder native;
     if (const std::int32_t result = native.assign(order); failed(result))
         return result;
     std::vector<char*> variables = pointersTo(native.variables);
     char* const* const environment = order.environment != nullptr ? variables.data() : environ;
-    pid_t child = -1;
     return VXResultFromNative(inOrder([&] { return pipes[STDIN_FILENO].open(); },
         [&] { return pipes[STDOUT_FILENO].open(); }, [&] { return pipes[STDERR_FILENO].open(); },
         [&] { return spawn(native, environment, pipes, child); }, [&] { return openHandle(child, handle); }));
@@ -330,6 +329,16 @@ std::int32_t VXProcessCreateInheriting(const char16_t* program, const char16_t* 
     const char16_t* const* environment, std::uint32_t flags, const std::uint32_t* inherited,
     std::int32_t inheritedCount, std::uint32_t pipes[3], std::uint32_t* process) noexcept
 {
+    return VXProcessCreateWithID(
+        program, commandLine, directory, environment, flags, inherited, inheritedCount, pipes, process, nullptr);
+}
+
+std::int32_t VXProcessCreateWithID(const char16_t* program, const char16_t* commandLine, const char16_t* directory,
+    const char16_t* const* environment, std::uint32_t flags, const std::uint32_t* inherited,
+    std::int32_t inheritedCount, std::uint32_t pipes[3], std::uint32_t* process, std::uint32_t* id) noexcept
+{
+    if (id != nullptr)
+        *id = 0;
     if (pipes == nullptr || process == nullptr)
         return RESULT_INVALID_ARGUMENT;
     std::fill_n(pipes, STANDARD_STREAMS, VX_FILE_INVALID_HANDLE);
@@ -339,11 +348,14 @@ std::int32_t VXProcessCreateInheriting(const char16_t* program, const char16_t* 
         return RESULT_INVALID_ARGUMENT;
     try {
         Pipe ends[STANDARD_STREAMS];
+        pid_t child = -1;
         const std::int32_t result = start({program, commandLine, directory, environment, flags,
                                               {inherited, static_cast<std::size_t>(inheritedCount)}},
-            ends, *process);
+            ends, *process, child);
         if (failed(result))
             return result;
+        if (id != nullptr)
+            *id = static_cast<std::uint32_t>(child);
         pipes[STDIN_FILENO] = static_cast<std::uint32_t>(ends[STDIN_FILENO].writeEnd.release());
         pipes[STDOUT_FILENO] = static_cast<std::uint32_t>(ends[STDOUT_FILENO].readEnd.release());
         pipes[STDERR_FILENO] = static_cast<std::uint32_t>(ends[STDERR_FILENO].readEnd.release());

@@ -34,6 +34,14 @@ std::string readAll(io::InputStream& stream)
     return all;
 }
 
+std::string readLine(io::InputStream& stream)
+{
+    std::string line;
+    for (signed char byte; stream.read(&byte, 1) == 1 && byte != '\n';)
+        line += static_cast<char>(byte);
+    return line;
+}
+
 void writeAll(Process& process, const std::string& text)
 {
     process.getOutputStream()->write(text.data(), static_cast<std::int32_t>(text.size()));
@@ -96,6 +104,30 @@ TEST(Process, IsJoinedOnce)
         std::this_thread::yield();
     EXPECT_EQ(process->getExitCode(), 5);
     EXPECT_THROW(process->join(), IllegalStateException);
+}
+
+TEST(Process, IsAwaitedForATimeAndEndedBySignals)
+{
+    const Reference<Process> process = shell("trap 'echo asked' TERM; echo $$; while :; do read line || :; done");
+    const Reference<io::InputStream> output = process->getInputStream();
+    EXPECT_EQ(readLine(*output), std::to_string(process->getProcessID())) << "the trap is set";
+    EXPECT_TRUE(process->terminate());
+    EXPECT_FALSE(process->joinFor(0));
+    EXPECT_FALSE(process->joinFor(1)) << "it only says that it was asked";
+    EXPECT_EQ(readLine(*output), "asked");
+    EXPECT_EQ(resultOf([&] { process->sendSignal(0); }), VXResultFromNative(EINVAL));
+    EXPECT_TRUE(process->kill());
+    EXPECT_TRUE(process->joinFor(VX_WAIT_FOREVER));
+    EXPECT_EQ(process->getExitCode(), 128 + SIGKILL);
+    EXPECT_FALSE(process->kill());
+    EXPECT_TRUE(process->joinFor(0)) << "seen before";
+
+    const Reference<Process> ended = shell("exit 5");
+    siginfo_t seen {};
+    EXPECT_EQ(::waitid(P_PID, ended->getProcessID(), &seen, WEXITED | WNOWAIT), 0);
+    EXPECT_FALSE(ended->terminate()) << "it is not joined yet";
+    EXPECT_TRUE(ended->joinFor(0));
+    EXPECT_EQ(ended->getExitCode(), 5);
 }
 
 TEST(Process, CarriesMoreThanAPipeHoldsInBothDirections)
