@@ -1,4 +1,4 @@
-"""Printers for gdb: strings show their text, collections their elements, numbers their digits.
+"""Printers for gdb: strings show their text, collections their elements, numbers their digits, locks their names.
 
 gdb loads this file by itself for an installed library. Otherwise: source vxlib4-gdb.py
 They read memory and call nothing, so that they work on a core file too.
@@ -321,6 +321,28 @@ class GuidPrinter:
                 f"-{tail[:4]}-{tail[4:]}}}")
 
 
+class LockPrinter:
+    """A lock or a signal: its label, and whether a thread holds it if that is known."""
+
+    def __init__(self, value):
+        self.name = str(value.type.strip_typedefs().unqualified())
+        self.handle = field_of(value, "m_handle")
+
+    def to_string(self):
+        if int(self.handle) == 0:
+            return self.name
+        # The header only declares the type.
+        native = whole(self.handle.cast(gdb.lookup_type("VXHandleTag").pointer()))
+        label = field_of(native, "label")
+        text = self.name if int(label) == 0 else f'{self.name} "{label.string(errors="replace")}"'
+        holder = field_of(native, "m_holder")
+        if holder is None:
+            holder = field_of(native, "m_writer")
+        else:
+            holder = holder["m_thread"]
+        return text + ", held" if holder is not None and number_of(holder) != 0 else text
+
+
 class ExceptionPrinter:
     def __init__(self, value):
         self.value = value
@@ -350,6 +372,7 @@ PRINTERS = (
     (r"^vx::math::BigDecimal$", BigDecimalPrinter),
     (r"^vx::(U?Integer(8|16|32|64)|Float|Double)$", BoxPrinter),
     (r"^(vx::util::Guid|_GUID)$", GuidPrinter),
+    (r"^vx::(sync::(Mutex|ReaderWriterLock|Semaphore|Condition|Event|Gate)|ipc::Semaphore)$", LockPrinter),
 )
 PRINTERS = tuple((re.compile(pattern), printer) for pattern, printer in PRINTERS)
 

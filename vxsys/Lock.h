@@ -91,4 +91,18 @@ VXSYS_API std::int32_t VXConditionTimedWait(VXHandle condition, std::uint32_t mi
 VXSYS_API std::int32_t VXConditionSignal(VXHandle condition) noexcept;
 VXSYS_API std::int32_t VXConditionBroadcast(VXHandle condition) noexcept;
 VXSYS_API std::int32_t VXConditionDestroy(VXHandle condition) noexcept;
+
+/// Receives a text of several lines that names the locks and what each thread held and acquired. It is called once for
+/// each pair of locks, in the thread that is about to wait.
+using VXLockOrderReport = void (*)(const char* text, void* context);
+
+/// Starts to check the order in which threads acquire mutexes, reader-writer locks, semaphores and conditions. If there
+/// are two orders, so that threads could wait for each other for ever, that is reported, even if they do not wait this
+/// time. A null `report` writes to standard error. Tries and waits with a limit are no part of an order, and neither is
+/// a semaphore (or a read lock) that is released by another thread than the one that acquired it. Locks that are held
+/// at the start are not known. The checks make locks slow. Without this call, the environment variable
+/// VXLIB4_LOCK_ORDER starts them, unless it is empty or 0.
+VXSYS_API void VXLockOrderStart(VXLockOrderReport report, void* context) noexcept;
+/// Another thread may still be in the report function when this call returns.
+VXSYS_API void VXLockOrderStop() noexcept;
 }

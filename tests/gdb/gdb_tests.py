@@ -36,6 +36,9 @@ EXPECTED = {
     "real": "2.5",
     "guid": "{85B221C7-0ED6-4AFA-A7B7-2EFCBE5B9CD7}",
     "failure": 'vx::ResultException 0x80070002 "open it"',
+    "accounts": 'vx::sync::Mutex "accounts", held',
+    "gate": "vx::sync::Gate",
+    "units": 'vx::sync::Semaphore "units"',
     "plain": 'vx::RangeErrorException "too far"',
 }
 

@@ -60,6 +60,10 @@ void look()
     const util::Guid guid(_GUID {0x85B221C7, 0x0ED6, 0x4AFA, {0xA7, 0xB7, 0x2E, 0xFC, 0xBE, 0x5B, 0x9C, 0xD7}});
     const ResultException failure(static_cast<std::int32_t>(0x80070002), u"open it");
     const RangeErrorException plain(u"too far");
+    sync::Mutex accounts("accounts");
+    const sync::ScopedLock hold(accounts);
+    const sync::Gate gate;
+    const sync::Semaphore units(2, "units");
     stop();
 }
 

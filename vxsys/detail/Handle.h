@@ -3,9 +3,13 @@
 #include "vxsys/Lock.h"
 #include "vxsys/Result.h"
 #include "vxsys/detail/Deadline.h"
+#include "vxsys/detail/LockOrder.h"
+#include "vxsys/detail/Steps.h"
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -22,9 +26,24 @@ struct VXHandleTag {
         : kind(handleKind)
     {
     }
-    virtual ~VXHandleTag() = default;
+    VXHandleTag(const VXHandleTag&) = delete;
+    VXHandleTag& operator=(const VXHandleTag&) = delete;
+    virtual ~VXHandleTag()
+    {
+        if (vxsys::detail::LockOrder::isChecked())
+            vxsys::detail::LockOrder::destroyed(this);
+        std::free(label);
+    }
+
+    /// Copies the label, which may be null. Returns a native error or 0.
+    int setLabel(const char* text) noexcept
+    {
+        label = text != nullptr ? ::strdup(text) : nullptr;
+        return text != nullptr && label == nullptr ? ENOMEM : 0;
+    }
 
     const vxsys::detail::HandleKind kind;
+    char* label = nullptr; ///< shown by reports and debuggers; null for none
 };
 
 namespace vxsys::detail {
@@ -49,7 +68,7 @@ T* objectOf(VXHandle handle) noexcept
 
 /// Creates the object of a create function. `*handle` becomes null first, and is set on success.
 template <class T, class... Arguments>
-std::int32_t createHandle(VXHandle* handle, Arguments&&... arguments) noexcept
+std::int32_t createHandle(VXHandle* handle, const char* name, Arguments&&... arguments) noexcept
 {
     if (handle == nullptr)
         return VXResultFromNative(EINVAL);
@@ -57,7 +76,9 @@ std::int32_t createHandle(VXHandle* handle, Arguments&&... arguments) noexcept
     auto* object = new (std::nothrow) T;
     if (object == nullptr)
         return VXResultFromNative(ENOMEM);
-    if (const int error = object->init(std::forward<Arguments>(arguments)...); error != 0) {
+    const int error = inOrder(
+        [&] { return object->setLabel(name); }, [&] { return object->init(std::forward<Arguments>(arguments)...); });
+    if (error != 0) {
         delete object;
         return VXResultFromNative(error);
     }

@@ -79,18 +79,19 @@ int Condition::destroyable() noexcept
 
 } // namespace
 
-std::int32_t VXConditionCreate(const char*, std::uint32_t, VXHandle* condition) noexcept
+std::int32_t VXConditionCreate(const char* name, std::uint32_t, VXHandle* condition) noexcept
 {
-    return createHandle<Condition>(condition);
+    return createHandle<Condition>(condition, name);
 }
 
 std::int32_t VXConditionAcquire(VXHandle condition) noexcept
 {
-    return onHandle<&Condition::acquire>(condition);
+    return acquireInOrder(condition, VX_WAIT_FOREVER, [&] { return onHandle<&Condition::acquire>(condition); });
 }
 
 std::int32_t VXConditionRelease(VXHandle condition) noexcept
 {
+    noteRelease(condition, LockOrder::Release::ONCE);
     return onHandle<&Condition::release>(condition);
 }
 

@@ -52,9 +52,9 @@ int Event::signal() noexcept
 
 } // namespace
 
-std::int32_t VXEventCreate(const char*, std::uint32_t, VXHandle* event) noexcept
+std::int32_t VXEventCreate(const char* name, std::uint32_t, VXHandle* event) noexcept
 {
-    return createHandle<Event>(event);
+    return createHandle<Event>(event, name);
 }
 
 std::int32_t VXEventWait(VXHandle event) noexcept

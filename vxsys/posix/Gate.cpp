@@ -38,9 +38,9 @@ int Gate::set(bool isOpen) noexcept
 
 } // namespace
 
-std::int32_t VXGateCreate(const char*, std::uint32_t, VXHandle* gate) noexcept
+std::int32_t VXGateCreate(const char* name, std::uint32_t, VXHandle* gate) noexcept
 {
-    return createHandle<Gate>(gate);
+    return createHandle<Gate>(gate, name);
 }
 
 std::int32_t VXGateWait(VXHandle gate) noexcept

@@ -108,28 +108,30 @@ int Mutex::deepen(std::uint32_t more) noexcept
 
 } // namespace
 
-std::int32_t VXMutexCreate(const char*, std::uint32_t, VXHandle* mutex) noexcept
+std::int32_t VXMutexCreate(const char* name, std::uint32_t, VXHandle* mutex) noexcept
 {
-    return createHandle<Mutex>(mutex);
+    return createHandle<Mutex>(mutex, name);
 }
 
 std::int32_t VXMutexAcquire(VXHandle mutex) noexcept
 {
-    return onHandle<&Mutex::acquire>(mutex, 1);
+    return acquireInOrder(mutex, VX_WAIT_FOREVER, [&] { return onHandle<&Mutex::acquire>(mutex, 1); });
 }
 
 std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
 {
-    return onHandle<&Mutex::tryAcquire>(mutex);
+    return acquireInOrder(mutex, 0, [&] { return onHandle<&Mutex::tryAcquire>(mutex); });
 }
 
 std::int32_t VXMutexTimedAcquire(VXHandle mutex, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<&Mutex::acquireUntil>(mutex, Deadline::in(milliseconds));
+    return acquireInOrder(
+        mutex, milliseconds, [&] { return onHandle<&Mutex::acquireUntil>(mutex, Deadline::in(milliseconds)); });
 }
 
 std::int32_t VXMutexRelease(VXHandle mutex) noexcept
 {
+    noteRelease(mutex, LockOrder::Release::ONCE);
     return onHandle<&Mutex::release>(mutex);
 }
 
@@ -138,12 +140,16 @@ std::int32_t VXMutexReleaseAll(VXHandle mutex, std::uint32_t* depth) noexcept
     if (depth == nullptr)
         return VXResultFromNative(EINVAL);
     *depth = 0;
+    noteRelease(mutex, LockOrder::Release::ALL);
     return onHandle<&Mutex::releaseAll>(mutex, *depth);
 }
 
 std::int32_t VXMutexReacquire(VXHandle mutex, std::uint32_t depth) noexcept
 {
-    return onHandle<Mutex>(mutex, [&](Mutex& object) { return depth == 0 ? 0 : object.acquire(depth); });
+    if (depth == 0)
+        return onHandle<Mutex>(mutex, [](Mutex&) { return 0; });
+    return acquireInOrder(
+        mutex, VX_WAIT_FOREVER, [&] { return onHandle<&Mutex::acquire>(mutex, depth); }, depth);
 }
 
 std::int32_t VXMutexDestroy(VXHandle mutex) noexcept

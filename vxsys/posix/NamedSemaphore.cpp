@@ -49,7 +49,7 @@ std::int32_t onNamed(VXHandle semaphore, Work&& work) noexcept
 
 std::int32_t VXNamedSemOpen(const char* name, std::uint32_t value, VXHandle* semaphore) noexcept
 {
-    return createHandle<NamedSemaphore>(semaphore, name, value);
+    return createHandle<NamedSemaphore>(semaphore, name, name, value);
 }
 
 std::int32_t VXNamedSemClose(VXHandle semaphore) noexcept

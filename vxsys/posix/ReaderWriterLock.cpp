@@ -177,53 +177,60 @@ void ReaderWriterLock::endReading(std::uint32_t count) noexcept
 
 } // namespace
 
-std::int32_t VXRWLockCreate(const char*, std::uint32_t, VXHandle* lock) noexcept
+std::int32_t VXRWLockCreate(const char* name, std::uint32_t, VXHandle* lock) noexcept
 {
-    return createHandle<ReaderWriterLock>(lock);
+    return createHandle<ReaderWriterLock>(lock, name);
 }
 
 std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept
 {
-    return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline());
+    return acquireInOrder(
+        lock, VX_WAIT_FOREVER, [&] { return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline()); });
 }
 
 std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept
 {
-    return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(0));
+    return acquireInOrder(lock, 0, [&] { return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(0)); });
 }
 
 std::int32_t VXRWLockTimedAcquireRead(VXHandle lock, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(milliseconds));
+    return acquireInOrder(
+        lock, milliseconds, [&] { return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(milliseconds)); });
 }
 
 std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept
 {
+    noteRelease(lock, LockOrder::Release::BY_ANY_THREAD);
     return onHandle<&ReaderWriterLock::releaseRead>(lock);
 }
 
 std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept
 {
-    return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline());
+    return acquireInOrder(
+        lock, VX_WAIT_FOREVER, [&] { return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline()); });
 }
 
 std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept
 {
-    return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(0));
+    return acquireInOrder(lock, 0, [&] { return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(0)); });
 }
 
 std::int32_t VXRWLockTimedAcquireWrite(VXHandle lock, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(milliseconds));
+    return acquireInOrder(lock, milliseconds,
+        [&] { return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(milliseconds)); });
 }
 
 std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept
 {
+    noteRelease(lock, LockOrder::Release::ONCE);
     return onHandle<&ReaderWriterLock::releaseWrite>(lock);
 }
 
 std::int32_t VXRWLockReleaseAll(VXHandle lock) noexcept
 {
+    noteRelease(lock, LockOrder::Release::ALL);
     return onHandle<&ReaderWriterLock::releaseAll>(lock);
 }
 

@@ -64,28 +64,31 @@ int Semaphore::wait(const Deadline& deadline) noexcept
 
 } // namespace
 
-std::int32_t VXSemaphoreCreate(std::uint32_t value, const char*, std::uint32_t, VXHandle* semaphore) noexcept
+std::int32_t VXSemaphoreCreate(std::uint32_t value, const char* name, std::uint32_t, VXHandle* semaphore) noexcept
 {
-    return createHandle<Semaphore>(semaphore, value);
+    return createHandle<Semaphore>(semaphore, name, value);
 }
 
 std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept
 {
-    return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline());
+    return acquireInOrder(
+        semaphore, VX_WAIT_FOREVER, [&] { return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline()); });
 }
 
 std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept
 {
-    return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(0));
+    return acquireInOrder(semaphore, 0, [&] { return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(0)); });
 }
 
 std::int32_t VXSemaphoreTimedWait(VXHandle semaphore, std::uint32_t milliseconds) noexcept
 {
-    return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(milliseconds));
+    return acquireInOrder(semaphore, milliseconds,
+        [&] { return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(milliseconds)); });
 }
 
 std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept
 {
+    noteRelease(semaphore, LockOrder::Release::BY_ANY_THREAD);
     return onHandle<&SemaphoreHandle::post>(semaphore);
 }
 

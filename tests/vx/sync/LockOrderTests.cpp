@@ -1,0 +1,143 @@
+#include "tests/Threads.h"
+#include "vx/exec/Process.h"
+#include "vx/sync/Condition.h"
+#include "vx/sync/Mutex.h"
+#include "vx/sync/ReaderWriterLock.h"
+#include "vx/sync/ScopedLock.h"
+#include "vx/sync/Semaphore.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <regex>
+#include <string>
+
+namespace vx::sync {
+namespace {
+
+/// Checks the order of locks as long as it exists.
+struct Checked {
+    Checked()
+    {
+        VXLockOrderStart([](const char* text, void* self) { static_cast<Checked*>(self)->reports += text; }, this);
+    }
+    ~Checked() { VXLockOrderStop(); }
+
+    /// The reports since the last call, with N for the number of a thread.
+    std::string take()
+    {
+        return std::regex_replace(std::exchange(reports, {}), std::regex("thread [0-9]+"), "thread N");
+    }
+
+    std::string reports;
+};
+
+constexpr const char* TITLE = "vxlib4: locks are acquired in two orders, which can become a deadlock:\n";
+
+template <class... Locks>
+void acquire(Locks&... locks)
+{
+    std::jthread([&] {
+        (locks.wait(), ...);
+        (locks.signal(), ...);
+    });
+}
+
+TEST(LockOrder, IsReportedOnceForEachPairThatIsAcquiredBothWays)
+{
+    Mutex a("a"), b("b"), c("c"), d("d");
+    Semaphore s(1, "s");
+    ReaderWriterLock w("w");
+    Checked checked;
+    acquire(a, b, c);
+    acquire(d, s);
+    EXPECT_EQ(checked.take(), "");
+    acquire(b, a);
+    EXPECT_EQ(checked.take(),
+        TITLE
+            + std::string("  thread N holds mutex \"b\" and acquires mutex \"a\"\n"
+                          "  thread N held mutex \"a\" and acquired mutex \"b\"\n"));
+    acquire(b, a);
+    acquire(a, b);
+    EXPECT_EQ(checked.take(), "");
+
+    acquire(s, w);
+    w.waitShared();
+    {
+        const ScopedLock hold(d);
+    }
+    w.signalShared();
+    EXPECT_EQ(checked.take(),
+        TITLE
+            + std::string("  thread N holds reader-writer lock \"w\" and acquires mutex \"d\"\n"
+                          "  thread N held mutex \"d\" and acquired semaphore \"s\"\n"
+                          "  thread N held semaphore \"s\" and acquired reader-writer lock \"w\"\n"));
+    acquire(d, w);
+    EXPECT_EQ(checked.take(), "") << "the other way round";
+}
+
+TEST(LockOrder, IsNoMatterWhereNoThreadWaitsForTheOther)
+{
+    Checked checked;
+    std::optional<Mutex> first(std::in_place, "first");
+    Mutex second("second");
+    acquire(*first, *first, second);
+
+    second.wait();
+    EXPECT_TRUE(first->tryWait());
+    first->signal();
+    EXPECT_TRUE(first->waitFor(1000));
+    first->signal();
+    first->wait(), first->signal(); // the only one that counts
+    second.signal();
+    EXPECT_NE(checked.take(), "");
+
+    first.emplace("another lock at the same place");
+    acquire(second, *first);
+    EXPECT_EQ(checked.take(), "");
+
+    Mutex outer("outer"), inner("inner");
+    acquire(outer, inner);
+    inner.wait(), inner.wait();
+    {
+        const MutexPause pause(inner);
+        outer.wait();
+    }
+    inner.signal(), inner.signal(), outer.signal();
+    outer.wait(), outer.signal();
+    EXPECT_EQ(checked.take(), "") << "the pause released all, and acquired it in the right order";
+
+    Semaphore isReady(0, "signal");
+    isReady.signal();
+    isReady.wait();
+    acquire(second);
+    second.wait(), second.signal();
+    isReady.signal();
+    acquire(second, isReady);
+    EXPECT_EQ(checked.take(), "");
+}
+
+TEST(LockOrder, DISABLED_TwoOrders)
+{
+    Mutex a("a"), b;
+    acquire(a, b);
+    acquire(b, a);
+}
+
+TEST(LockOrder, IsCheckedIfTheEnvironmentAsksForIt)
+{
+    for (const bool asks : {false, true}) {
+        const char16_t* const environment[] = {asks ? u"VXLIB4_LOCK_ORDER=1" : u"VXLIB4_LOCK_ORDER=0", nullptr};
+        exec::Process self(u"/proc/self/exe", u"--gtest_also_run_disabled_tests --gtest_filter=LockOrder.DISABLED_*",
+            nullptr, environment);
+        std::string errors;
+        const Reference<io::InputStream> stream = self.getErrorStream();
+        for (signed char byte; stream->read(&byte, 1) == 1;)
+            errors += static_cast<char>(byte);
+        EXPECT_EQ(self.join(), 0) << errors;
+        EXPECT_EQ(errors.starts_with(TITLE), asks) << errors;
+    }
+}
+
+} // namespace
+} // namespace vx::sync
