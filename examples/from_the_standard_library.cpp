@@ -5,6 +5,7 @@
 #include <cassert>
 #include <filesystem>
 #include <iostream>
+#include <unordered_set>
 
 using namespace vx;
 
@@ -86,6 +87,8 @@ void files(const String& folder)
         ++lines;
     assert(lines == 2);
     assert(util::FilePath(path).getExtension() == u".txt");
+    const std::unordered_set<util::FilePath> seen {path};
+    assert(seen.contains(folder + u"/./notes.txt"));
 }
 
 } // namespace

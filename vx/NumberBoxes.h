@@ -3,7 +3,9 @@
 #include "vx/Number.h"
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -55,6 +57,16 @@ public:
 
 protected:
     Value m_value;
+};
+
+template <class Base, class Value>
+void isBox(const NumberBox<Base, Value>&);
+
+/// A class made from NumberBox. Its values compare as the plain numbers do to which they convert.
+template <class T>
+concept Box = requires(const T& box)
+{
+    detail::isBox(box);
 };
 
 extern template class VX_API NumberBox<SignedInteger, signed char>;
@@ -221,3 +233,8 @@ public:
 };
 
 } // namespace vx
+
+template <vx::detail::Box Box>
+struct std::hash<Box> {
+    std::size_t operator()(const Box& box) const { return box.hashCode(); }
+};

@@ -3,8 +3,13 @@
 #include "vx/Object.h"
 #include "vxsys/Time.h"
 
+#include <array>
+#include <compare>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <string_view>
 
 namespace vx::log {
 
@@ -38,8 +43,35 @@ public:
 
     const STRUCT_VX_TIME& getTime() const noexcept { return m_time; }
 
+    /// By date and time of day, without the day of the week. `equals` is that of `Object`: it compares the objects.
+    friend bool operator==(const TimeStamp& left, const TimeStamp& right) noexcept
+    {
+        return left.getParts() == right.getParts();
+    }
+    friend std::strong_ordering operator<=>(const TimeStamp& left, const TimeStamp& right) noexcept
+    {
+        return left.getParts() <=> right.getParts();
+    }
+
 private:
+    friend std::hash<TimeStamp>;
+
+    /// From year to millisecond.
+    std::array<std::uint16_t, 7> getParts() const noexcept
+    {
+        return {m_time.year, m_time.month, m_time.day, m_time.hour, m_time.minute, m_time.second, m_time.milliseconds};
+    }
+
     STRUCT_VX_TIME m_time;
 };
 
 } // namespace vx::log
+
+template <>
+struct std::hash<vx::log::TimeStamp> {
+    std::size_t operator()(const vx::log::TimeStamp& time) const noexcept
+    {
+        const auto parts = time.getParts();
+        return std::hash<std::string_view>()({reinterpret_cast<const char*>(parts.data()), sizeof parts});
+    }
+};

@@ -55,6 +55,19 @@ String ZonedTimeStamp::toString() const
     return text.toString();
 }
 
+std::int64_t ZonedTimeStamp::getMoment() const noexcept
+{
+    // Years from March on: the leap day is the last day of a year.
+    constexpr std::int64_t DAYS_TO_1970 = 719'468;
+    const STRUCT_VX_TIME& time = getTime();
+    const std::int64_t month = (time.month + 9) % 12;
+    const std::int64_t year = time.year - (time.month < 3 ? 1 : 0);
+    const std::int64_t days
+        = 365 * year + year / 4 - year / 100 + year / 400 + (306 * month + 5) / 10 + time.day - 1 - DAYS_TO_1970;
+    const std::int64_t minutes = (days * 24 + time.hour) * 60 + time.minute - m_minutesAhead;
+    return (minutes * 60 + time.second) * 1000 + time.milliseconds;
+}
+
 namespace detail {
 
 void printTime(const ZonedTime& zoned, vx::detail::TextBuilder& text)

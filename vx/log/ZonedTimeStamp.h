@@ -2,7 +2,10 @@
 
 #include "vx/log/TimeStamp.h"
 
+#include <compare>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 
 namespace vx::detail {
 class TextBuilder;
@@ -34,6 +37,18 @@ public:
     String toString() const override;
 
     std::int32_t getMinutesAhead() const noexcept { return m_minutesAhead; }
+    /// Milliseconds since 1970-01-01 00:00:00 UTC.
+    std::int64_t getMoment() const noexcept;
+
+    /// By the moment: 12:00+01:00 and 11:00Z are equal.
+    friend bool operator==(const ZonedTimeStamp& left, const ZonedTimeStamp& right) noexcept
+    {
+        return left.getMoment() == right.getMoment();
+    }
+    friend std::weak_ordering operator<=>(const ZonedTimeStamp& left, const ZonedTimeStamp& right) noexcept
+    {
+        return left.getMoment() <=> right.getMoment();
+    }
 
 private:
     std::int32_t m_minutesAhead;
@@ -47,3 +62,11 @@ void printTime(const ZonedTime& zoned, vx::detail::TextBuilder& text);
 } // namespace detail
 
 } // namespace vx::log
+
+template <>
+struct std::hash<vx::log::ZonedTimeStamp> {
+    std::size_t operator()(const vx::log::ZonedTimeStamp& value) const
+    {
+        return std::hash<std::int64_t>()(value.getMoment());
+    }
+};

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <netdb.h>
 #include <new>
+#include <ostream>
+#include <string_view>
 
 namespace vx::net {
 
@@ -137,6 +139,40 @@ ENUM_VX_E_SOCKET InetAddress::getAddressStr(String& text) const
     } catch (...) {
         return VX_E_SOCKET_EFAULT;
     }
+}
+
+int InetAddress::compare(const InetAddress& other) const noexcept
+{
+    const int family = m_address.generic.sa_family;
+    if (family != other.m_address.generic.sa_family)
+        return family - other.m_address.generic.sa_family;
+    if (family == AF_INET)
+        return std::memcmp(&m_address.in4.sin_addr, &other.m_address.in4.sin_addr, BYTES_OF_IN4);
+    if (family != AF_INET6)
+        return 0;
+    const int order = std::memcmp(&m_address.in6.sin6_addr, &other.m_address.in6.sin6_addr, BYTES_OF_IN6);
+    const std::uint32_t scope = m_address.in6.sin6_scope_id, otherScope = other.m_address.in6.sin6_scope_id;
+    return order != 0 ? order : (scope > otherScope) - (scope < otherScope);
+}
+
+std::size_t InetAddressHash::operator()(const InetAddress& address) const noexcept
+{
+    const vx_sockaddr_union& bytes = address.m_address;
+    switch (bytes.generic.sa_family) {
+    case AF_INET:
+        return std::hash<std::uint32_t>()(bytes.in4.sin_addr.s_addr);
+    case AF_INET6:
+        return std::hash<std::string_view>()({reinterpret_cast<const char*>(&bytes.in6.sin6_addr), BYTES_OF_IN6});
+    default:
+        return 0;
+    }
+}
+
+std::ostream& operator<<(std::ostream& stream, const InetAddress& address)
+{
+    String text;
+    address.appendAddress(text);
+    return stream << text;
 }
 
 ENUM_VX_E_SOCKET InetAddress::appendAddress(String& text) const

@@ -4,7 +4,12 @@
 #include "vx/net/SocketAddress.h"
 #include "vx/net/SocketResult.h"
 
+#include <compare>
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <iosfwd>
 
 struct addrinfo;
 
@@ -50,6 +55,18 @@ public:
     /// exhausted. No name service is used.
     ENUM_VX_E_SOCKET getAddressStr(String& text) const;
 
+    /// By family, address and, for IPv6, scope. The port does not matter.
+    friend bool operator==(const InetAddress& left, const InetAddress& right) noexcept
+    {
+        return left.compare(right) == 0;
+    }
+    friend std::strong_ordering operator<=>(const InetAddress& left, const InetAddress& right) noexcept
+    {
+        return left.compare(right) <=> 0;
+    }
+    /// Writes the numeric text.
+    friend VX_API std::ostream& operator<<(std::ostream& stream, const InetAddress& address);
+
 protected:
     InetAddress(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status);
     InetAddress(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status);
@@ -58,6 +75,9 @@ protected:
 
 private:
     friend class InetSocketAddress;
+    friend struct InetAddressHash;
+
+    int compare(const InetAddress& other) const noexcept;
 
     /// As `getAddressStr`, but throws if memory is exhausted.
     ENUM_VX_E_SOCKET appendAddress(String& text) const;
@@ -104,4 +124,13 @@ public:
     void setAddressAny() override;
 };
 
+/// Of what `==` compares.
+struct InetAddressHash {
+    VX_API std::size_t operator()(const InetAddress& address) const noexcept;
+};
+
 } // namespace vx::net
+
+template <std::derived_from<vx::net::InetAddress> Address>
+struct std::hash<Address> : vx::net::InetAddressHash {
+};

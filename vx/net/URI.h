@@ -4,7 +4,9 @@
 #include "vx/net/QueryKey.h"
 
 #include <array>
+#include <compare>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -96,6 +98,13 @@ public:
     bool hasFragment() const;
     bool isOpaque() const;
 
+    /// By the text that both print. `equals` is that of `Object`: it compares the objects, not their texts.
+    friend bool operator==(const URI& left, const URI& right) { return left.toString() == right.toString(); }
+    friend std::strong_ordering operator<=>(const URI& left, const URI& right)
+    {
+        return left.toString() <=> right.toString();
+    }
+
     void removeScheme();
     void removeUser();
     void removePassword();
@@ -165,3 +174,8 @@ private:
 };
 
 } // namespace vx::net
+
+template <>
+struct std::hash<vx::net::URI> {
+    std::size_t operator()(const vx::net::URI& value) const { return value.toString().hashCode(); }
+};

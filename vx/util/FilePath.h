@@ -2,6 +2,11 @@
 
 #include "vx/String.h"
 
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <functional>
+
 namespace vx::util {
 
 /// A normalised path and its parts. The file system is not accessed. The grammar has backslashes, drive letters and UNC
@@ -46,6 +51,13 @@ public:
     /// Always empty.
     String getChildPath(const char16_t* name) const;
 
+    /// By the normalised text; letter case matters. `equals` is that of `Object`: it compares the objects.
+    friend bool operator==(const FilePath& left, const FilePath& right) { return left.m_path == right.m_path; }
+    friend std::strong_ordering operator<=>(const FilePath& left, const FilePath& right)
+    {
+        return left.m_path <=> right.m_path;
+    }
+
     /// Both end in a backslash.
     static String getCurrentDir();
     static String getTempDir();
@@ -63,3 +75,8 @@ private:
 };
 
 } // namespace vx::util
+
+template <std::derived_from<vx::util::FilePath> Value>
+struct std::hash<Value> {
+    std::size_t operator()(const Value& value) const { return value.toString().hashCode(); }
+};
