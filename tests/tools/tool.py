@@ -77,10 +77,11 @@ class Scratch(unittest.TestCase):
         for part in parts:
             self.assertIn(part, text, result.args)
 
-    def assertNeedsRoom(self, tool, *commands, reason="the disk is full"):
+    def assertNeedsRoom(self, tool, *commands, reason="the disk is full", status=1):
         for arguments in commands:
             with open("/dev/full", "wb") as full:
-                self.assertFails(run(tool, *arguments, data=b"text\n", stdout=full), "standard output: " + reason)
+                result = run(tool, *arguments, data=b"text\n", stdout=full)
+                self.assertFails(result, "standard output: " + reason, status=status)
 
     def assertHelps(self, tool, *options):
         text = run(tool, "--help").stdout.decode()

@@ -21,7 +21,7 @@ bool isAscii(const signed char* eightBytes)
 
 } // namespace
 
-CheckedInput::CheckedInput(const Input& input, std::u16string_view encoding, Progress& progress)
+CheckedInput::CheckedInput(const Input& input, std::u16string_view encoding, vxtools::Progress& progress)
     : FilterInputStream(new vx::io::FileInputStream(static_cast<std::uint32_t>(input.descriptor()), false))
     , m_name(input.name())
     , m_progress(progress)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Files.h"
-#include "Progress.h"
+#include "common/Progress.h"
 
 #include <vx/io/FilterInputStream.h>
 
@@ -16,7 +16,7 @@ namespace vxconv {
 class CheckedInput : public vx::io::FilterInputStream {
 public:
     /// `encoding` is the canonical name.
-    CheckedInput(const Input& input, std::u16string_view encoding, Progress& progress);
+    CheckedInput(const Input& input, std::u16string_view encoding, vxtools::Progress& progress);
 
     // FilterInputStream
     using FilterInputStream::read;
@@ -29,7 +29,7 @@ private:
     [[noreturn]] void failAt(std::int64_t place, const char* why) const;
 
     vxtools::Text m_name;
-    Progress& m_progress;
+    vxtools::Progress& m_progress;
     bool m_isUtf8;
     int m_unitSize = 1;
     std::int64_t m_position = 0;

@@ -1,9 +1,9 @@
 #include "Conversion.h"
 
 #include "CheckedInput.h"
-#include "Progress.h"
 #include "TextPlace.h"
 #include "common/Failure.h"
+#include "common/Progress.h"
 
 #include <vx/Exception.h>
 #include <vx/Reference.h>
@@ -92,7 +92,7 @@ private:
     std::string placeOfByte() const { return "byte " + std::to_string(m_reader->getPosition()); }
 
     Text m_name;
-    Progress m_progress;
+    vxtools::Progress m_progress;
     String m_encoding;
     Reference<InputStreamReader> m_reader;
     Reference<BufferedReader> m_lines;

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <unistd.h>
 
-namespace vxconv {
+namespace vxtools {
 
 namespace {
 
@@ -42,4 +42,4 @@ void Progress::update(std::int64_t done)
         static_cast<long long>(m_size / MIB));
 }
 
-} // namespace vxconv
+} // namespace vxtools

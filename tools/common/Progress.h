@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace vxconv {
+namespace vxtools {
 
 /// Shows on standard error how much of the input is done, only on a terminal and for inputs above 16 MiB.
 class Progress {
@@ -26,4 +26,4 @@ private:
     Clock::time_point m_next;
 };
 
-} // namespace vxconv
+} // namespace vxtools

@@ -1,0 +1,83 @@
+#include "Output.h"
+
+#include "common/Failure.h"
+#include "common/Messages.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ; // NOLINT(readability-redundant-declaration): POSIX leaves the declaration to programs
+
+namespace vxview {
+
+using namespace vxtools;
+
+Output::Output(bool hasPager)
+    : m_file(STDOUT_FILENO)
+{
+    if (hasPager && ::isatty(STDOUT_FILENO) == 1)
+        startPager();
+}
+
+Output::~Output()
+{
+    if (m_pager <= 0)
+        return;
+    ::close(m_file);
+    while (waitpid(m_pager, nullptr, 0) < 0 && errno == EINTR)
+        ;
+}
+
+/// Without a pager, the output goes to the terminal at once.
+void Output::startPager()
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return;
+    const char* const chosen = std::getenv("PAGER");
+    // Leaves out what fits on one screen (F), shows colours (R), and keeps the screen (X).
+    std::string command = chosen != nullptr && *chosen != '\0' ? chosen : "less -FRX";
+    std::string shell = "sh", option = "-c";
+    char* const arguments[] = {shell.data(), option.data(), command.data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t signals; // a pager expects the usual answer to a broken pipe
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    const bool hasStarted = posix_spawnp(&m_pager, "sh", &actions, &attributes, arguments, environ) == 0;
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(ends[0]);
+    if (hasStarted) {
+        m_file = ends[1];
+    } else {
+        m_pager = -1;
+        ::close(ends[1]);
+    }
+}
+
+void Output::flush()
+{
+    std::string_view rest = m_buffer;
+    while (!rest.empty()) {
+        const ssize_t count = ::write(m_file, rest.data(), rest.size());
+        if (count >= 0)
+            rest.remove_prefix(static_cast<std::size_t>(count));
+        else if (errno == EPIPE)
+            throw OutputClosed();
+        else if (errno != EINTR)
+            throw Failure(STANDARD_OUTPUT(), textOfError(errno));
+    }
+    m_buffer.clear();
+}
+
+} // namespace vxview
