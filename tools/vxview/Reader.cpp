@@ -10,26 +10,44 @@ namespace {
 
 constexpr std::size_t BLOCK_SIZE = 256 * 1024;
 
-/// What the bytes of a form may have in place of any character of a needle.
-std::string_view escapeOf(Form form, std::string_view needle)
+/// What the bytes of a form may have in place of any character of a needle: "\\u0061" for an "a", "\\/", "&#97;".
+struct Escape {
+    char first; ///< 0: the form has none
+    std::string_view second;
+};
+
+Escape escapeOf(Form form)
 {
-    if (form == Form::JSON) // "\u0061" for an "a", and some writers have "\/"
-        return needle.find('/') == needle.npos ? "\\u" : "\\";
-    return form == Form::XML ? "&#" : std::string_view();
+    return form == Form::JSON ? Escape {'\\', "u/"} : form == Form::XML ? Escape {'&', "#"} : Escape {'\0', ""};
+}
+
+/// Returns the end if there is none. A character at the end may be the first one of an escape.
+const char* findEscape(const char* bytes, const char* end, Escape escape)
+{
+    for (; bytes < end; ++bytes) {
+        bytes = static_cast<const char*>(std::memchr(bytes, escape.first, static_cast<std::size_t>(end - bytes)));
+        if (bytes == nullptr)
+            return end;
+        if (bytes + 1 == end || escape.second.find(bytes[1]) != escape.second.npos)
+            return bytes;
+        if (bytes[1] == escape.first)
+            ++bytes; // an escaped backslash
+    }
+    return end;
 }
 
 } // namespace
 
 Reader::Reader(const std::string& path, Access access, std::string needle)
     : m_source(path, access)
-    , m_needle {std::move(needle)}
+    , m_needle(std::move(needle))
 {
 }
 
 bool Reader::next()
 {
     for (;;) {
-        if (!m_needle.text.empty())
+        if (!m_needle.empty())
             skipUnwanted();
         if (m_begin < m_end) {
             if (const std::size_t length = m_splitter.next(rest(), m_isFileOver, m_record); length > 0) {
@@ -75,11 +93,9 @@ void Reader::makeRoom()
     }
     const auto move = [this](std::size_t& place) { place -= std::min(place, m_begin); };
     move(m_wanted);
-    for (Search* search : {&m_needle, &m_escape}) {
-        search->isFound = search->isFound && search->at >= m_begin;
-        move(search->at);
-        move(search->from);
-    }
+    m_isNeedleKnown = m_isNeedleKnown && m_nextNeedle >= m_begin;
+    move(m_nextNeedle);
+    move(m_nextEscape);
     m_begin = 0;
     m_end = kept;
 }
@@ -93,7 +109,8 @@ bool Reader::skipToEnd(std::int64_t size)
         ;
     std::size_t start = m_end;
     for (const Form form : {Form::PLAIN, Form::XML, Form::JSON}) {
-        const std::string end = "\n" + std::string(form == Form::JSON ? "{" : endOf(form));
+        std::string end = "\n";
+        end += form == Form::JSON ? std::string_view("{") : endOf(form);
         const std::size_t found = rest().find(end);
         if (found == std::string_view::npos)
             continue;
@@ -110,9 +127,7 @@ void Reader::skipUnwanted()
     const Form form = m_splitter.getForm();
     if (form == Form::UNKNOWN || m_begin < m_wanted || m_begin == m_end)
         return;
-    if (const std::string_view escape = escapeOf(form, m_needle.text); m_escape.text != escape)
-        m_escape = {std::string(escape)};
-    const std::size_t place = std::min(findNext(m_needle), findNext(m_escape));
+    const std::size_t place = std::min(nextNeedle(), nextEscape(form));
     const std::size_t start = startOfPiece(place);
     if (form == Form::JSON && !(isLineOfJson(start) && (place == m_end || m_buffer[start] == '{'))) {
         m_wanted = m_end; // entries of another form follow: looks at each piece
@@ -125,24 +140,33 @@ void Reader::skipUnwanted()
         m_wanted = place + 1;
 }
 
-/// `m_end` if the text does not occur any more.
-std::size_t Reader::findNext(Search& search)
+/// Where the needle occurs next; `m_end` if it does not occur in these bytes.
+std::size_t Reader::nextNeedle()
 {
-    if (search.text.empty() || (search.isFound && search.at >= m_begin))
-        return search.text.empty() ? m_end : search.at;
-    const std::size_t from = std::max(search.from, m_begin);
+    if (m_nextNeedle >= m_begin && m_isNeedleKnown)
+        return m_nextNeedle;
+    const std::size_t from = std::max(m_nextNeedle, m_begin);
     const char* const bytes = m_buffer.get();
-    const void* const found
-        = from < m_end ? memmem(bytes + from, m_end - from, search.text.data(), search.text.size()) : nullptr;
-    search.isFound = found != nullptr;
-    if (search.isFound) {
-        search.at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
-        search.from = search.at + 1;
-        return search.at;
+    const void* const found = memmem(bytes + from, m_end - from, m_needle.data(), m_needle.size());
+    m_isNeedleKnown = found != nullptr;
+    if (m_isNeedleKnown) {
+        m_nextNeedle = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
+        return m_nextNeedle;
     }
-    const std::size_t tail = search.text.size() - 1; // an occurrence may begin there and end in the next bytes
-    search.from = std::max(from, m_end - std::min(m_end, tail));
+    m_nextNeedle = m_end - std::min(m_end - from, m_needle.size() - 1); // it may begin there and end in later bytes
     return m_end;
+}
+
+std::size_t Reader::nextEscape(Form form)
+{
+    const Escape escape = escapeOf(form);
+    if (escape.first == '\0')
+        return m_end;
+    if (m_nextEscape < m_begin)
+        m_nextEscape = m_begin;
+    m_nextEscape = static_cast<std::size_t>(
+        findEscape(m_buffer.get() + m_nextEscape, m_buffer.get() + m_end, escape) - m_buffer.get());
+    return m_nextEscape;
 }
 
 /// Of the piece that contains `place`.

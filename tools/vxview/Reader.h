@@ -29,18 +29,11 @@ public:
     bool skipToEnd(std::int64_t size);
 
 private:
-    /// Where a text occurs in the buffer.
-    struct Search {
-        std::string text;
-        std::size_t at = 0; ///< the last place that was found
-        std::size_t from = 0; ///< there is no other place before this one
-        bool isFound = false;
-    };
-
     bool fill();
     void makeRoom();
     void skipUnwanted();
-    std::size_t findNext(Search& search);
+    std::size_t nextNeedle();
+    std::size_t nextEscape(Form form);
     std::size_t startOfPiece(std::size_t place) const;
     bool isLineOfJson(std::size_t end) const;
     std::string_view rest() const { return {m_buffer.get() + m_begin, m_end - m_begin}; }
@@ -48,12 +41,15 @@ private:
     Source m_source;
     Splitter m_splitter;
     Record m_record;
-    Search m_needle;
-    Search m_escape; ///< in place of a character of the needle
+    const std::string m_needle;
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
+    // Before these places, there is none from `m_begin` on.
+    std::size_t m_nextNeedle = 0;
+    std::size_t m_nextEscape = 0;
+    bool m_isNeedleKnown = false; ///< there is one at that place
     std::size_t m_wanted = 0; ///< pieces that begin before this place are not skipped
     bool m_isFileOver = false;
     bool m_isOver = false;
