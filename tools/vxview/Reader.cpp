@@ -10,19 +10,16 @@ namespace {
 
 constexpr std::size_t BLOCK_SIZE = 256 * 1024;
 
-/// What the bytes of a form may have in place of any character of a needle: "\\u0061" for an "a", "\\/", "&#97;".
+/// What may stand in the bytes of an entry in place of a character of a needle: "\\u0061" for an "a", "\\/", "&#97;". A
+/// log may change its form, so that all of them are looked for in each.
 struct Escape {
-    char first; ///< 0: the form has none
+    char first;
     std::string_view second;
 };
-
-Escape escapeOf(Form form)
-{
-    return form == Form::JSON ? Escape {'\\', "u/"} : form == Form::XML ? Escape {'&', "#"} : Escape {'\0', ""};
-}
+constexpr Escape ESCAPES[] = {{'\\', "u/"}, {'&', "#"}};
 
 /// Returns the end if there is none. A character at the end may be the first one of an escape.
-const char* findEscape(const char* bytes, const char* end, Escape escape)
+const char* findEscape(const char* bytes, const char* end, const Escape& escape)
 {
     for (; bytes < end; ++bytes) {
         bytes = static_cast<const char*>(std::memchr(bytes, escape.first, static_cast<std::size_t>(end - bytes)));
@@ -95,7 +92,8 @@ void Reader::makeRoom()
     move(m_wanted);
     m_isNeedleKnown = m_isNeedleKnown && m_nextNeedle >= m_begin;
     move(m_nextNeedle);
-    move(m_nextEscape);
+    for (std::size_t& next : m_nextEscapes)
+        move(next);
     m_begin = 0;
     m_end = kept;
 }
@@ -127,7 +125,7 @@ void Reader::skipUnwanted()
     const Form form = m_splitter.getForm();
     if (form == Form::UNKNOWN || m_begin < m_wanted || m_begin == m_end)
         return;
-    const std::size_t place = std::min(nextNeedle(), nextEscape(form));
+    const std::size_t place = std::min(nextNeedle(), nextEscape());
     const std::size_t start = startOfPiece(place);
     if (form == Form::JSON && !(isLineOfJson(start) && (place == m_end || m_buffer[start] == '{'))) {
         m_wanted = m_end; // entries of another form follow: looks at each piece
@@ -157,16 +155,17 @@ std::size_t Reader::nextNeedle()
     return m_end;
 }
 
-std::size_t Reader::nextEscape(Form form)
+std::size_t Reader::nextEscape()
 {
-    const Escape escape = escapeOf(form);
-    if (escape.first == '\0')
-        return m_end;
-    if (m_nextEscape < m_begin)
-        m_nextEscape = m_begin;
-    m_nextEscape = static_cast<std::size_t>(
-        findEscape(m_buffer.get() + m_nextEscape, m_buffer.get() + m_end, escape) - m_buffer.get());
-    return m_nextEscape;
+    static_assert(std::size(ESCAPES) == std::size(decltype(m_nextEscapes) {}));
+    std::size_t nearest = m_end;
+    for (std::size_t index = 0; index < std::size(ESCAPES); ++index) {
+        std::size_t& next = m_nextEscapes[index];
+        const char* const from = m_buffer.get() + std::max(next, m_begin);
+        next = static_cast<std::size_t>(findEscape(from, m_buffer.get() + m_end, ESCAPES[index]) - m_buffer.get());
+        nearest = std::min(nearest, next);
+    }
+    return nearest;
 }
 
 /// Of the piece that contains `place`.

@@ -4,6 +4,7 @@
 #include "Source.h"
 #include "Splitter.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -33,7 +34,7 @@ private:
     void makeRoom();
     void skipUnwanted();
     std::size_t nextNeedle();
-    std::size_t nextEscape(Form form);
+    std::size_t nextEscape();
     std::size_t startOfPiece(std::size_t place) const;
     bool isLineOfJson(std::size_t end) const;
     std::string_view rest() const { return {m_buffer.get() + m_begin, m_end - m_begin}; }
@@ -48,7 +49,7 @@ private:
     std::size_t m_end = 0;
     // Before these places, there is none from `m_begin` on.
     std::size_t m_nextNeedle = 0;
-    std::size_t m_nextEscape = 0;
+    std::array<std::size_t, 2> m_nextEscapes {};
     bool m_isNeedleKnown = false; ///< there is one at that place
     std::size_t m_wanted = 0; ///< pieces that begin before this place are not skipped
     bool m_isFileOver = false;
