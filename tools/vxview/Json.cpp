@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 namespace vxview {
@@ -46,10 +47,12 @@ public:
     }
 
 private:
+    static bool isBlank(char byte) { return byte == ' ' || byte == '\n' || byte == '\t' || byte == '\r'; }
+
     void skipBlanks()
     {
-        const std::size_t count = m_rest.find_first_not_of(" \t\r\n");
-        m_rest.remove_prefix(std::min(count, m_rest.size()));
+        while (!m_rest.empty() && isBlank(m_rest.front()))
+            m_rest.remove_prefix(1);
     }
 
     bool take(char byte)
@@ -101,6 +104,12 @@ private:
     std::size_t plainLength() const
     {
         std::size_t length = 0;
+        for (; m_rest.size() - length >= sizeof(std::uint64_t); length += sizeof(std::uint64_t)) {
+            std::uint64_t word = 0;
+            std::memcpy(&word, m_rest.data() + length, sizeof word);
+            if (hasSpecialByte(word))
+                break;
+        }
         while (length < m_rest.size()) {
             const auto byte = static_cast<unsigned char>(m_rest[length]);
             if (byte < ' ' || byte == '"' || byte == '\\')
@@ -108,6 +117,15 @@ private:
             ++length;
         }
         return length;
+    }
+
+    /// Whether a byte of the word is a quote, a backslash or a control character. May say so of a byte after such a one.
+    static bool hasSpecialByte(std::uint64_t word)
+    {
+        constexpr std::uint64_t ONES = 0x0101010101010101, HIGH = 0x80 * ONES;
+        const auto hasLess = [](std::uint64_t x, std::uint64_t least) { return (x - least * ONES) & ~x & HIGH; };
+        const auto hasByte = [&](std::uint64_t byte) { return hasLess(word ^ byte * ONES, 1); };
+        return (hasLess(word, ' ') | hasByte('"') | hasByte('\\')) != 0;
     }
 
     bool decodeEscape()
@@ -164,7 +182,10 @@ private:
     {
         if (m_rest.starts_with('{') || m_rest.starts_with('['))
             return skipNested();
-        const std::size_t end = std::min(m_rest.find_first_of(",}] \t\r\n"), m_rest.size());
+        std::size_t end = 0;
+        while (end < m_rest.size() && m_rest[end] != ',' && m_rest[end] != '}' && m_rest[end] != ']'
+            && !isBlank(m_rest[end]))
+            ++end;
         const std::string_view word = m_rest.substr(0, end);
         m_rest.remove_prefix(end);
         return word == "true" || word == "false" || word == "null" || isNumber(word);
@@ -200,9 +221,10 @@ private:
     static bool isNumber(std::string_view word)
     {
         const auto skipDigits = [&word] {
-            const std::size_t count = std::min(word.find_first_not_of("0123456789"), word.size());
-            word.remove_prefix(count);
-            return count > 0;
+            const std::size_t size = word.size();
+            while (!word.empty() && word.front() >= '0' && word.front() <= '9')
+                word.remove_prefix(1);
+            return word.size() < size;
         };
         if (word.starts_with('-'))
             word.remove_prefix(1);

@@ -33,11 +33,28 @@ const char* findEscape(const char* bytes, const char* end, const Escape& escape)
     return end;
 }
 
+/// The place of the byte of `needle` that is likely to be the rarest one in a log.
+std::size_t rarestIn(std::string_view needle)
+{
+    static constexpr std::string_view FREQUENT = "zqjxkvwybgpfmucdlhrsonaite.:/=-0123456789 \""; // the rarest first
+    std::size_t rarest = 0;
+    std::size_t best = FREQUENT.size() + 1;
+    for (std::size_t index = 0; index < needle.size(); ++index) {
+        const std::size_t rank = FREQUENT.find(needle[index]) + 1; // 0 for all others: capitals, and bytes beyond ASCII
+        if (rank < best) {
+            best = rank;
+            rarest = index;
+        }
+    }
+    return rarest;
+}
+
 } // namespace
 
 Reader::Reader(const std::string& path, Access access, std::string needle)
     : m_source(path, access)
     , m_needle(std::move(needle))
+    , m_rarest(rarestIn(m_needle))
 {
 }
 
@@ -138,6 +155,23 @@ void Reader::skipUnwanted()
         m_wanted = place + 1;
 }
 
+/// Looks for the rarest byte of the needle first: that is the fastest search that the C library has.
+std::size_t Reader::findNeedle(std::string_view bytes) const
+{
+    const std::size_t size = m_needle.size();
+    for (std::size_t at = 0; bytes.size() - at >= size; ++at) {
+        const std::size_t last = bytes.size() - size + m_rarest; // where the byte may be at most
+        const void* const found
+            = std::memchr(bytes.data() + at + m_rarest, m_needle[m_rarest], last + 1 - at - m_rarest);
+        if (found == nullptr)
+            return bytes.npos;
+        at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes.data()) - m_rarest;
+        if (std::memcmp(bytes.data() + at, m_needle.data(), size) == 0)
+            return at;
+    }
+    return bytes.npos;
+}
+
 /// Where the needle occurs next; `m_end` if it does not occur in these bytes.
 std::size_t Reader::nextNeedle()
 {
@@ -145,10 +179,10 @@ std::size_t Reader::nextNeedle()
         return m_nextNeedle;
     const std::size_t from = std::max(m_nextNeedle, m_begin);
     const char* const bytes = m_buffer.get();
-    const void* const found = memmem(bytes + from, m_end - from, m_needle.data(), m_needle.size());
-    m_isNeedleKnown = found != nullptr;
+    const std::size_t found = findNeedle({bytes + from, m_end - from});
+    m_isNeedleKnown = found != std::string_view::npos;
     if (m_isNeedleKnown) {
-        m_nextNeedle = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
+        m_nextNeedle = from + found;
         return m_nextNeedle;
     }
     m_nextNeedle = m_end - std::min(m_end - from, m_needle.size() - 1); // it may begin there and end in later bytes
@@ -172,14 +206,17 @@ std::size_t Reader::nextEscape()
 std::size_t Reader::startOfPiece(std::size_t place) const
 {
     const std::string_view end = endOf(m_splitter.getForm());
-    const std::string_view bytes(m_buffer.get() + m_begin, place - m_begin);
-    for (std::size_t found = bytes.rfind(end); found != bytes.npos; found = bytes.rfind(end, found - 1)) {
-        if (end.size() == 1 || found == 0 || bytes[found - 1] == '\n')
-            return m_begin + found + end.size();
-        if (found == 0)
-            break;
+    std::string_view bytes(m_buffer.get() + m_begin, place - m_begin);
+    for (;;) {
+        const void* const found = memrchr(bytes.data(), '\n', bytes.size());
+        if (found == nullptr)
+            return m_begin;
+        bytes = bytes.substr(0, static_cast<std::size_t>(static_cast<const char*>(found) - bytes.data()) + 1);
+        const bool isEnd = bytes.ends_with(end);
+        if (isEnd && (end.size() == 1 || bytes.size() == end.size() || bytes[bytes.size() - end.size() - 1] == '\n'))
+            return m_begin + bytes.size();
+        bytes.remove_suffix(1);
     }
-    return m_begin;
 }
 
 /// Whether the line that ends at `end` begins as an entry in JSON does.

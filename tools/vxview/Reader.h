@@ -33,6 +33,7 @@ private:
     bool fill();
     void makeRoom();
     void skipUnwanted();
+    std::size_t findNeedle(std::string_view bytes) const;
     std::size_t nextNeedle();
     std::size_t nextEscape();
     std::size_t startOfPiece(std::size_t place) const;
@@ -43,6 +44,7 @@ private:
     Splitter m_splitter;
     Record m_record;
     const std::string m_needle;
+    const std::size_t m_rarest; ///< the place of one byte of the needle
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0;
     std::size_t m_begin = 0;

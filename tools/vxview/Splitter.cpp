@@ -20,14 +20,10 @@ std::string_view nameOf(std::string_view line)
     return isName && name.size() > 1 ? name : std::string_view();
 }
 
-/// Where `text` stands at the start of a line, from `from` on; npos if nowhere.
-std::size_t findLine(std::string_view bytes, std::string_view text, std::size_t from)
+std::size_t lineAfter(std::string_view bytes, std::size_t place)
 {
-    for (std::size_t at = bytes.find(text, from); at != bytes.npos; at = bytes.find(text, at + 1)) {
-        if (at == 0 || bytes[at - 1] == '\n')
-            return at;
-    }
-    return bytes.npos;
+    const std::size_t end = bytes.find('\n', place);
+    return end == bytes.npos ? end : end + 1;
 }
 
 } // namespace
@@ -58,54 +54,46 @@ std::size_t Splitter::next(std::string_view bytes, bool isLast, Record& record)
         m_form = Form::JSON;
         record.set(Kind::ENTRY, m_form, line);
     } else if (XML_START.starts_with(line) || line == XML_START) {
-        length = nextXml(bytes, isLast, record);
+        m_form = Form::XML;
+        length = nextEntry(bytes, isLast, XML_START, XML_END, record);
     } else if (!isDocument && !nameOf(line).empty()) {
-        length = nextPlain(bytes, isLast, record);
+        m_form = Form::PLAIN;
+        length = nextEntry(bytes, isLast, nameOf(line), PLAIN_END, record); // each entry has the same first field
     } else {
         if (isDocument)
             m_form = Form::XML;
         record.set(isDocument ? Kind::MARKUP : Kind::FOREIGN, Form::UNKNOWN, line);
     }
-    m_searchedForEnd = length == 0 ? bytes.size() : 0;
+    if (length > 0)
+        m_searchedForEnd = 0;
     return length;
 }
 
-std::size_t Splitter::nextXml(std::string_view bytes, bool isLast, Record& record)
+/// Finds the end of an entry, which has more than one line. If another one starts within it, its writer was killed.
+std::size_t Splitter::nextEntry(
+    std::string_view bytes, bool isLast, std::string_view start, std::string_view end, Record& record)
 {
-    m_form = Form::XML;
-    // After a kill, the next entry begins in the middle of the last one.
-    const std::size_t back = m_searchedForEnd < XML_START.size() ? 1 : m_searchedForEnd - XML_START.size();
-    const std::size_t end = findLine(bytes, XML_END, back);
-    const std::size_t start = findLine(bytes.substr(0, end), XML_START, back);
-    if (start != bytes.npos) {
-        record.set(Kind::TORN, m_form, bytes.substr(0, start));
-        return start;
+    std::size_t line = m_searchedForEnd > 0 ? m_searchedForEnd : lineAfter(bytes, 0);
+    for (std::size_t next = 0; line != bytes.npos; line = next) {
+        next = lineAfter(bytes, line);
+        const std::string_view rest = bytes.substr(line);
+        if (rest.starts_with(end)) {
+            record.set(Kind::ENTRY, m_form, bytes.substr(0, line + end.size()));
+            return line + end.size();
+        }
+        if (rest.starts_with(start)) {
+            record.set(Kind::TORN, m_form, bytes.substr(0, line));
+            return line;
+        }
+        if (next == bytes.npos)
+            break;
     }
-    if (end == bytes.npos && !isLast)
+    if (!isLast) {
+        m_searchedForEnd = line == bytes.npos ? 0 : line;
         return 0;
-    const std::string_view piece = bytes.substr(0, end == bytes.npos ? end : end + XML_END.size());
-    record.set(end == bytes.npos ? Kind::TORN : Kind::ENTRY, m_form, piece);
-    return piece.size();
-}
-
-std::size_t Splitter::nextPlain(std::string_view bytes, bool isLast, Record& record)
-{
-    m_form = Form::PLAIN;
-    const std::string_view first = nameOf(bytes.substr(0, bytes.find('\n')));
-    const std::size_t back = m_searchedForEnd < PLAIN_END.size() ? 1 : m_searchedForEnd - PLAIN_END.size();
-    const std::size_t end = findLine(bytes, PLAIN_END, back);
-    // Each entry has the same first field. If it comes a second time, the writer was killed within the first entry.
-    const std::size_t again
-        = findLine(bytes.substr(0, end), first, std::max<std::size_t>(back - std::min(back, first.size()), 1));
-    if (again != bytes.npos) {
-        record.set(Kind::TORN, m_form, bytes.substr(0, again));
-        return again;
     }
-    if (end == bytes.npos && !isLast)
-        return 0;
-    const std::string_view piece = bytes.substr(0, end == bytes.npos ? end : end + PLAIN_END.size());
-    record.set(end == bytes.npos ? Kind::TORN : Kind::ENTRY, m_form, piece);
-    return piece.size();
+    record.set(Kind::TORN, m_form, bytes);
+    return bytes.size();
 }
 
 } // namespace vxview

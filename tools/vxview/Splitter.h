@@ -21,13 +21,13 @@ public:
     Form getForm() const { return m_form; }
 
 private:
-    std::size_t nextPlain(std::string_view bytes, bool isLast, Record& record);
-    std::size_t nextXml(std::string_view bytes, bool isLast, Record& record);
+    std::size_t nextEntry(
+        std::string_view bytes, bool isLast, std::string_view start, std::string_view end, Record& record);
 
     Form m_form = Form::UNKNOWN;
-    // Of a piece that is not complete yet, the bytes that need not be searched again:
+    // Of a piece that is not complete yet, where the search for more of it continues:
     std::size_t m_searchedForLine = 0;
-    std::size_t m_searchedForEnd = 0;
+    std::size_t m_searchedForEnd = 0; ///< the start of a line
 };
 
 /// The bytes that end each entry of a form.
