@@ -17,6 +17,14 @@ vorb::ClassData makerRow(const _GUID& classId, vorb::TextFunction progId, vorb::
         ComObject::GetComVersionIndependentProgID, nullptr};
 }
 
+/// A reference to the new `object`, which keeps the library of `module` loaded to the end of its life.
+template <class T>
+Reference<T> inModule(vorb::Module* module, T* object)
+{
+    object->SetComModule(module);
+    return object;
+}
+
 /// The folder of the library that contains `address`. Throws Exception if the system does not know it.
 String libraryFolder(const void* address);
 

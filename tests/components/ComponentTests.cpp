@@ -1,18 +1,16 @@
+#include "tests/components/LoadedLibrary.h"
 #include "tests/vx/Offer.h"
 #include "tests/vx/net/SignalStorm.h"
 #include "tests/vx/text/charset/Oracle.h"
 #include "vx/Exception.h"
 #include "vx/Result.h"
 #include "vx/i18n/StringBundle.h"
-#include "vx/io/ByteBuffer.h"
 #include "vx/io/IChannel.h"
 #include "vx/net/SocketResult.h"
 #include "vx/net/Transport.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/util/PropertySet.h"
-#include "vx/vorb/IVXClassFactory.h"
-#include "vxsys/Module.h"
 
 #include <gtest/gtest.h>
 
@@ -32,47 +30,6 @@ namespace {
 
 using namespace std::literals;
 using namespace text::charset;
-
-/// A component library in this process. The test offers its classes by ProgID, as registration would.
-class LoadedLibrary {
-public:
-    explicit LoadedLibrary(const char* path)
-    {
-        EXPECT_EQ(VXModuleLibOpen(nullptr, String(path).getData(), &m_handle), RESULT_OK) << path;
-        getClassObject = get<std::int32_t (*)(const _GUID*, const _GUID*, void**)>(u"VXGetClassObject");
-        canUnloadNow = get<std::int32_t (*)()>(u"VXCanUnloadNow");
-    }
-    ~LoadedLibrary()
-    {
-        EXPECT_EQ(canUnloadNow(), RESULT_OK) << "something of the library is still in use";
-        VXModuleLibClose(nullptr, m_handle);
-    }
-
-    std::int32_t (*getClassObject)(const _GUID*, const _GUID*, void**) = nullptr;
-    std::int32_t (*canUnloadNow)() = nullptr;
-
-private:
-    template <class Function>
-    Function get(const char16_t* name)
-    {
-        void* symbol = nullptr;
-        EXPECT_EQ(VXLibGetSymbol(m_handle, name, &symbol), RESULT_OK);
-        return reinterpret_cast<Function>(symbol);
-    }
-
-    VXLibHandle m_handle = VX_LIB_INVALID_HANDLE;
-};
-
-Offer::Make creatorOf(const LoadedLibrary& library, const _GUID& classId)
-{
-    return [&library, classId] {
-        Reference<IVXClassFactory> factory;
-        Reference<IVXUnknown> object;
-        EXPECT_EQ(library.getClassObject(&classId, &IVXClassFactory::IID, factory.outVoid()), RESULT_OK);
-        EXPECT_EQ(factory->CreateInstance(nullptr, IVXUnknown::IID, object.outVoid()), RESULT_OK);
-        return object;
-    };
-}
 
 const struct {
     const char16_t* name;
@@ -244,21 +201,6 @@ TEST(BundleComponent, SaysTheSameInEachLanguage)
 
 constexpr _GUID TCP_CLASS {0x84B1D3E6, 0x0C29, 0x4A5D, {0xB8, 0x72, 0x6F, 0x15, 0x9E, 0x43, 0xD0, 0x2B}};
 
-std::string readFrom(io::IChannel& channel, unsigned int length)
-{
-    io::ByteBuffer buffer(length, io::VX_ENDIAN_LITTLE, false);
-    while (buffer.remaining() > 0 && channel.read(buffer) >= 0) { }
-    return {reinterpret_cast<const char*>(buffer.getConstBuffer()), buffer.getPosition()};
-}
-
-void writeTo(io::IChannel& channel, const std::string& text)
-{
-    io::ByteBuffer buffer(reinterpret_cast<const signed char*>(text.data()), static_cast<unsigned int>(text.size()),
-        io::VX_ENDIAN_LITTLE);
-    while (buffer.remaining() > 0)
-        channel.write(buffer);
-}
-
 TEST(TcpComponent, ConnectsTwoParties)
 {
     const LoadedLibrary library(COMPONENTS "/vxtcp.so");
@@ -288,6 +230,21 @@ TEST(TcpComponent, ConnectsTwoParties)
         EXPECT_EQ(resultOf([&] { transport->createConnector(there); }), RESULT_INVALID_ARGUMENT)
             << "a host that is cut";
     }
+}
+
+TEST(TcpComponent, StaysLoadedAsLongAsAnyOfItsObjects)
+{
+    const LoadedLibrary library(COMPONENTS "/vxtcp.so");
+    const Offer tcp(u"Velmaris.Transport.Tcp", creatorOf(library, TCP_CLASS));
+    util::PropertySet properties;
+    Reference<net::IAcceptor> acceptor = net::Transport::get(u"Velmaris.Transport.Tcp")->createAcceptor(properties);
+    EXPECT_EQ(library.canUnloadNow(), RESULT_FALSE);
+    Reference<net::IConnector> connector = net::Transport::get(u"Velmaris.Transport.Tcp")->createConnector(properties);
+    const Reference<io::IChannel> near = connector->connect();
+    acceptor = nullptr;
+    EXPECT_EQ(library.canUnloadNow(), RESULT_FALSE);
+    connector = nullptr;
+    EXPECT_EQ(library.canUnloadNow(), RESULT_FALSE);
 }
 
 TEST(TcpComponent, WaitsForAPeerNoLongerThanItIsTold)
