@@ -243,6 +243,7 @@
 #include "vx/vorb/ClassData.h"
 #include "vx/vorb/ClassFactory.h"
 #include "vx/vorb/Component.h"
+#include "vx/vorb/FailureText.h"
 #include "vx/vorb/IVXClassFactory.h"
 #include "vx/vorb/InterfaceData.h"
 #include "vx/vorb/Module.h"

@@ -2,6 +2,7 @@
 
 #include "vx/io/detail/ChannelBoundary.h"
 #include "vx/util/CopyCharBuffer.h"
+#include "vx/vorb/FailureText.h"
 
 #include <algorithm>
 #include <limits>
@@ -104,14 +105,16 @@ public:
     {
         const unsigned int start = buffer.getPosition();
         std::int32_t count = remainingOf(buffer);
-        throwIfFailed(detail::usable(m_channel).Read(buffer.getBuffer() + start, &count));
+        vorb::IVXChannel& channel = detail::usable(m_channel);
+        vx::vorb::throwIfFailedIn(channel, channel.Read(buffer.getBuffer() + start, &count));
         return moveOver(buffer, start, count);
     }
     int write(ByteBuffer& buffer) override
     {
         const unsigned int start = buffer.getPosition();
         std::int32_t count = remainingOf(buffer);
-        throwIfFailed(detail::usable(m_channel).Write(buffer.getConstBuffer() + start, &count));
+        vorb::IVXChannel& channel = detail::usable(m_channel);
+        vx::vorb::throwIfFailedIn(channel, channel.Write(buffer.getConstBuffer() + start, &count));
         return moveOver(buffer, start, count);
     }
     String getInheritanceId() override

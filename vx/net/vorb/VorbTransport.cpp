@@ -7,18 +7,19 @@
 #include "vx/TerminatedText.h"
 #include "vx/io/Channels.h"
 #include "vx/util/PropertySet.h"
+#include "vx/vorb/FailureText.h"
 #include "vxsys/Component.h"
 
 namespace vx::net::vorb {
 
 namespace {
 
-/// The `Interface` that a component operation returns. Success with a null result is a failure too.
+/// The `Interface` that an operation of `component` returns. Success with a null result is a failure too.
 template <class Interface, class Operation>
-Reference<Interface> obtain(Operation&& operation)
+Reference<Interface> obtain(IVXUnknown& component, Operation&& operation)
 {
     Reference<Interface> object;
-    throwIfFailed(operation(Interface::IID, object.outVoid()));
+    vx::vorb::throwIfFailedIn(component, operation(Interface::IID, object.outVoid()));
     if (object == nullptr)
         throwResult(RESULT_POINTER);
     return object;
@@ -27,8 +28,9 @@ Reference<Interface> obtain(Operation&& operation)
 template <class Component>
 Reference<io::IChannel> channelOf(Component& component, std::int32_t (Component::*open)(const _GUID&, void**))
 {
-    return io::Channels::adaptVorbChannel(
-        obtain<io::vorb::IVXChannel>([&](const _GUID& iid, void** out) { return (component.*open)(iid, out); }).get());
+    return io::Channels::adaptVorbChannel(obtain<io::vorb::IVXChannel>(component, [&](const _GUID& iid, void** out) {
+        return (component.*open)(iid, out);
+    }).get());
 }
 
 template <class Product>
@@ -36,7 +38,8 @@ Reference<Product> create(IVXTransport& transport, const util::PropertySet& prop
     std::int32_t (IVXTransport::*make)(const util::vorb::IPropertySet*, const _GUID&, void**))
 {
     const Reference<const util::vorb::IPropertySet> shared = util::PropertySet::getVorb(properties);
-    return obtain<Product>([&](const _GUID& iid, void** out) { return (transport.*make)(shared.get(), iid, out); });
+    return obtain<Product>(
+        transport, [&](const _GUID& iid, void** out) { return (transport.*make)(shared.get(), iid, out); });
 }
 
 } // namespace
