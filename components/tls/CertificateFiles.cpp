@@ -93,12 +93,10 @@ Key readKey(const String& path)
     ERR_clear_error();
     Key key(PEM_read_bio_PrivateKey(source.get(), nullptr, refuse, &isProtected));
     if (key == nullptr) {
-        const bool isAbsent = ERR_GET_REASON(ERR_peek_last_error()) == PEM_R_NO_START_LINE;
         const String reason = takeOpenSslReason();
         fail(path,
-            isProtected    ? String(u"the key is protected by a passphrase")
-                : isAbsent ? String(u"the file has no private key in PEM form")
-                           : u"the key cannot be read: " + reason);
+            isProtected ? String(u"the key is protected by a passphrase")
+                        : u"the file has no private key in PEM form: " + reason);
     }
     return key;
 }
