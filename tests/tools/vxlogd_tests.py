@@ -193,8 +193,10 @@ class Settings(Served):
 
     def test_must_be_right(self):
         for arguments in [["--port=65536"], ["--port=x"], ["--workers=0"], ["--nothing"], ["--log"], ["word"],
-                          ["--format=xml", "--encoding=CP1252"], ["-c", self.path("none")]]:
-            self.assertFails(vxlogd(*arguments), status=2)
+                          ["--format=xml", "--encoding=CP1252"], ["--encoding=none"], ["-c", self.path("none")]]:
+            result = vxlogd(*arguments)
+            self.assertFails(result, status=2)
+            self.assertEqual(result.stdout, b"")
         for text, place in [("[vxlogd]\n\nportt = 1\n", ":3: unknown setting portt"),
                             ("# size\n[vxlogd]\r\nmax-line = 1\n", ':3: max-line: "1" is no number'),
                             ("[vxlogd]\nlevel 3\n", ":2: neither a set nor a setting: level 3"),
@@ -206,9 +208,22 @@ class Settings(Served):
         self.assertFails(vxlogd("-c", "/"), "/: is a directory", status=2)
         strange = self.write("\udcff.ini", b"[vxlogd]\n")
         self.assertFails(vxlogd("-c", strange), "not UTF-8", status=2)
-        for arguments, part in [(["--log=" + self.path("none/log")], "none/log: no such file"), (["--encoding=none"], "none"),
-                                (["--log=/"], "/: is a directory"), (["--listen=no.such.host.invalid"], "no.such.host")]:
+        for arguments, part in [(["--log=" + self.path("none/log")], "none/log: no such file"), (["--log=/"], "/: is a directory"), (["--listen=no.such.host.invalid"], "no.such.host")]:
             self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments), part)
+
+    def test_are_checked_before_they_take_effect(self):
+        wrong = self.write("wrong.ini", b"level = 1\n[vxlogd]\nportt = 1\nworkers\nlevel = x\nformat = xml\nkeep = 3\n")
+        result = vxlogd("--check-config", "-c", wrong, "--rotate-size=9", "--port=x")
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+        self.assertEqual([line.removeprefix("vxlogd: ").removeprefix(wrong) for line in result.stderr.decode().splitlines()],
+                         [":4: neither a set nor a setting: workers", ":1: level stands before the first set",
+                          ":3: unknown setting portt", ':5: level: "x" is no number from -1000000 to 1000000',
+                          '--port: "x" is no number from 0 to 65535', "an XML log is one document, which cannot be rotated"])
+        told = vxlogd("--check-config", "--level=-3", "--rotate-every=day", "--format=json", "--log=" + self.log)
+        self.assertEqual(told.returncode, 0)
+        for part in [b"[vxlogd]\nlisten = localhost\n", b"\nlevel = -3\n", b"\nrotate-every = day\n", b"\nformat = json\n"]:
+            self.assertIn(part, told.stdout)
+        self.assertSucceeds(vxlogd("--check-config", "-c", self.write("told.ini", told.stdout)), told.stdout)
 
     def test_come_from_the_command_line_before_the_file(self):
         config = self.write("vxlogd.ini", b"# of the server\n[VXLOGD]\nlevel = 5\nMax-Line = 16\n")

@@ -5,6 +5,9 @@
 #include "common/FileName.h"
 #include "common/Input.h"
 
+#include <vx/Reference.h>
+#include <vx/TerminatedText.h>
+#include <vx/text/charset/CharToByteConverter.h>
 #include <vx/util/IniDocument.h>
 
 #include <algorithm>
@@ -23,6 +26,7 @@ using vx::util::OptionTable;
 namespace {
 
 constexpr std::string_view SET = "vxlogd";
+constexpr const char* CHECK_CONFIG = "check-config";
 
 /// Letter case does not count.
 bool isSameName(std::string_view left, std::string_view right)
@@ -50,9 +54,23 @@ std::string nonEmpty(const std::string& text)
     return text;
 }
 
+/// An encoder of the log, and not only a decoder, has to exist.
+std::string knownEncoding(const std::string& name)
+{
+    using vx::text::charset::CharToByteConverter;
+    try {
+        const vx::Reference<CharToByteConverter> found(
+            CharToByteConverter::getConverter(vx::TerminatedText(vx::String(std::string_view(name)))));
+    } catch (const vx::Exception&) {
+        throw std::invalid_argument("unknown encoding \"" + name + "\"");
+    }
+    return name;
+}
+
 struct SettingRow {
     vx::util::OptionRow option;
     void (*set)(Settings& settings, const std::string& text);
+    std::string (*get)(const Settings& settings);
 };
 
 constexpr std::size_t MOST_LINE = 1024 * 1024;
@@ -65,15 +83,18 @@ constexpr SettingRow SETTINGS[] = {
          .value = "HOSTS",
          .standard = "localhost",
          .help = "where to listen, with commas; * is everywhere"},
-        [](Settings& settings, const std::string& text) { settings.listen = nonEmpty(text); }},
+        [](Settings& settings, const std::string& text) { settings.listen = nonEmpty(text); },
+        [](const Settings& settings) { return settings.listen; }},
     {{.name = "port", .value = "PORT", .standard = "7514", .help = "0 lets the system choose one"},
-        [](Settings& settings, const std::string& text) { settings.port = numberIn<unsigned short>(text, 0, 65535); }},
+        [](Settings& settings, const std::string& text) { settings.port = numberIn<unsigned short>(text, 0, 65535); },
+        [](const Settings& settings) { return std::to_string(settings.port); }},
     {{.name = "log",
          .value = "FILE",
          .standard = "vxlogd.log",
          .help = "the log, to which is appended",
          .takes = OptionRow::Takes::FILES},
-        [](Settings& settings, const std::string& text) { settings.log = nonEmpty(text); }},
+        [](Settings& settings, const std::string& text) { settings.log = nonEmpty(text); },
+        [](const Settings& settings) { return settings.log; }},
     {{.name = "format",
          .value = "plain|json|xml",
          .standard = "plain",
@@ -82,6 +103,11 @@ constexpr SettingRow SETTINGS[] = {
             if (text != "plain" && text != "xml" && text != "json")
                 throw std::invalid_argument("\"" + text + "\" is none of plain, json and xml");
             settings.format = text == "xml" ? Format::XML : text == "json" ? Format::JSON : Format::PLAIN;
+        },
+        [](const Settings& settings) {
+            return std::string(settings.format == Format::XML ? "xml"
+                    : settings.format == Format::JSON         ? "json"
+                                                              : "plain");
         }},
     {{.name = "rotate-size",
          .value = "BYTES",
@@ -90,7 +116,8 @@ constexpr SettingRow SETTINGS[] = {
          = "begin a new log before it gets larger; 0 is never. The older ones are LOG.000001, LOG.000002 and so on"},
         [](Settings& settings, const std::string& text) {
             settings.rotation.mostBytes = numberIn<std::int64_t>(text, 0, MOST_BYTES);
-        }},
+        },
+        [](const Settings& settings) { return std::to_string(settings.rotation.mostBytes); }},
     {{.name = "rotate-every",
          .value = "never|hour|day",
          .standard = "never",
@@ -100,35 +127,45 @@ constexpr SettingRow SETTINGS[] = {
             if (text != "never" && text != "hour" && text != "day")
                 throw std::invalid_argument("\"" + text + "\" is none of never, hour and day");
             settings.rotation.every = text == "hour" ? Every::HOUR : text == "day" ? Every::DAY : Every::NEVER;
+        },
+        [](const Settings& settings) {
+            return std::string(settings.rotation.every == vx::io::Rotation::Every::HOUR ? "hour"
+                    : settings.rotation.every == vx::io::Rotation::Every::DAY           ? "day"
+                                                                                        : "never");
         }},
     {{.name = "keep", .value = "COUNT", .standard = "0", .help = "how many of the older logs are kept; 0 is all"},
-        [](Settings& settings, const std::string& text) {
-            settings.rotation.keepFiles = numberIn(text, 0, 1'000'000);
-        }},
+        [](Settings& settings, const std::string& text) { settings.rotation.keepFiles = numberIn(text, 0, 1'000'000); },
+        [](const Settings& settings) { return std::to_string(settings.rotation.keepFiles); }},
     {{.name = "encoding", .value = "NAME", .standard = "UTF-8", .help = "the encoding of a plain log"},
-        [](Settings& settings, const std::string& text) { settings.encoding = nonEmpty(text); }},
+        [](Settings& settings, const std::string& text) { settings.encoding = knownEncoding(text); },
+        [](const Settings& settings) { return settings.encoding; }},
     {{.name = "workers",
          .value = "COUNT",
          .standard = "1",
          .help = "threads that write the log; with one it keeps the order"},
-        [](Settings& settings, const std::string& text) { settings.workers = numberIn(text, 1, 64); }},
+        [](Settings& settings, const std::string& text) { settings.workers = numberIn(text, 1, 64); },
+        [](const Settings& settings) { return std::to_string(settings.workers); }},
     {{.name = "level", .value = "LEVEL", .standard = "0", .help = "the level of lines whose client names none"},
-        [](Settings& settings, const std::string& text) { settings.level = numberIn(text, -1'000'000, 1'000'000); }},
+        [](Settings& settings, const std::string& text) { settings.level = numberIn(text, -1'000'000, 1'000'000); },
+        [](const Settings& settings) { return std::to_string(settings.level); }},
     {{.name = "max-line", .value = "BYTES", .standard = "8192", .help = "longer lines are cut"},
         [](Settings& settings, const std::string& text) {
             settings.maxLine = numberIn<std::size_t>(text, 16, MOST_LINE);
-        }},
+        },
+        [](const Settings& settings) { return std::to_string(settings.maxLine); }},
     {{.name = "idle-timeout",
          .value = "SECONDS",
          .standard = "300",
          .help = "of silence, after which a client is dropped; 0 is never"},
         [](Settings& settings, const std::string& text) {
             settings.idleSeconds = numberIn<unsigned int>(text, 0, MOST_SECONDS);
-        }},
+        },
+        [](const Settings& settings) { return std::to_string(settings.idleSeconds); }},
     {{.name = "max-connections", .value = "COUNT", .standard = "1024", .help = "more are closed at once"},
         [](Settings& settings, const std::string& text) {
             settings.maxConnections = numberIn<std::size_t>(text, 1, MOST_CONNECTIONS);
-        }},
+        },
+        [](const Settings& settings) { return std::to_string(settings.maxConnections); }},
     {{.name = "sync",
          .value = "no|yes",
          .standard = "no",
@@ -137,30 +174,34 @@ constexpr SettingRow SETTINGS[] = {
             if (text != "no" && text != "yes")
                 throw std::invalid_argument("\"" + text + "\" is neither no nor yes");
             settings.sync = text == "yes";
-        }},
+        },
+        [](const Settings& settings) { return std::string(settings.sync ? "yes" : "no"); }},
 };
 
-void set(Settings& settings, const SettingRow& row, const std::string& text, const std::string& place)
+using Problems = std::vector<std::string>;
+
+void set(
+    Settings& settings, const SettingRow& row, const std::string& text, const std::string& place, Problems& problems)
 {
     try {
         row.set(settings, text);
     } catch (const std::invalid_argument& failure) {
-        throw std::invalid_argument(place + row.option.name + ": " + failure.what());
+        problems.push_back(place + row.option.name + ": " + failure.what());
     }
 }
 
-void readFile(Settings& settings, const std::string& path)
+void readFile(Settings& settings, const std::string& path, Problems& problems)
 {
     const auto refuse = [&](std::size_t line, const std::string& why) {
-        throw std::invalid_argument(path + ':' + std::to_string(line) + ": " + why);
+        problems.push_back(path + ':' + std::to_string(line) + ": " + why);
     };
     try {
         const vxtools::Input readable(path); // throws the reason if it is not
         const auto file = vx::util::IniDocument::load(vxtools::canonicalPath(path));
         for (const vx::util::IniDocument::StrangeLine& line : file.getStrangeLines())
             refuse(line.line, "neither a set nor a setting: " + line.text);
-        if (!file.hasSet(SET))
-            throw std::invalid_argument(path + ": has no set [vxlogd]");
+        if (!file.hasSet(SET) && problems.empty())
+            problems.push_back(path + ": has no set [vxlogd]");
         for (const vx::util::IniDocument::Entry& entry : file.getEntries()) {
             if (entry.set.empty())
                 refuse(entry.line, entry.name + " stands before the first set");
@@ -170,13 +211,25 @@ void readFile(Settings& settings, const std::string& path)
                 SETTINGS, [&](const SettingRow& each) { return isSameName(each.option.name, entry.name); });
             if (row == std::end(SETTINGS))
                 refuse(entry.line, "unknown setting " + entry.name);
-            set(settings, *row, entry.value, path + ':' + std::to_string(entry.line) + ": ");
+            else
+                set(settings, *row, entry.value, path + ':' + std::to_string(entry.line) + ": ", problems);
         }
     } catch (const vxtools::Failure& failure) {
-        throw std::invalid_argument(failure.what());
+        problems.push_back(failure.what());
     } catch (const vx::Exception& failure) {
-        throw std::invalid_argument(path + ": " + vxtools::textOf(failure));
+        problems.push_back(path + ": " + vxtools::textOf(failure));
     }
+}
+
+/// Settings that are right alone and wrong together.
+void compare(const Settings& settings, Problems& problems)
+{
+    if (settings.format == Format::XML && settings.encoding != "UTF-8")
+        problems.push_back("an XML log is in UTF-8");
+    if (settings.format == Format::JSON && settings.encoding != "UTF-8")
+        problems.push_back("a JSON log is in UTF-8");
+    if (settings.format == Format::XML && rotates(settings))
+        problems.push_back("an XML log is one document, which cannot be rotated");
 }
 
 } // namespace
@@ -189,6 +242,8 @@ const OptionTable& optionTable()
             .value = "FILE.ini",
             .help = "settings by the names below, in the set [vxlogd]; the command line goes before them",
             .takes = OptionRow::Takes::FILES}};
+        rows.push_back(
+            {.name = CHECK_CONFIG, .help = "print what is wrong with the settings, or else all settings, and exit"});
         for (const SettingRow& row : SETTINGS)
             rows.push_back(row.option);
         rows.push_back(vxtools::COMPLETION_ROW);
@@ -207,25 +262,31 @@ CommandLine readSettings(int argc, char** argv)
     line.task = given.has("help") ? Task::HELP
         : given.has("version")    ? Task::VERSION
         : given.has("completion") ? Task::COMPLETION
+        : given.has(CHECK_CONFIG) ? Task::CHECK_CONFIG
                                   : Task::SERVE;
     line.shell = given.find("completion").value_or("");
     if (!given.getArguments().empty())
         throw std::invalid_argument("what is \"" + given.getArguments().front() + "\"?");
-    if (line.task != Task::SERVE)
+    if (line.task != Task::SERVE && line.task != Task::CHECK_CONFIG)
         return line;
     if (const std::string config = given.find("config").value_or(""); !config.empty())
-        readFile(line.settings, config);
+        readFile(line.settings, config, line.problems);
     for (const SettingRow& row : SETTINGS) {
         for (const std::string& text : given.getAll(row.option.name))
-            set(line.settings, row, text, "--");
+            set(line.settings, row, text, "--", line.problems);
     }
-    if (line.settings.format == Format::XML && line.settings.encoding != "UTF-8")
-        throw std::invalid_argument("an XML log is in UTF-8");
-    if (line.settings.format == Format::JSON && line.settings.encoding != "UTF-8")
-        throw std::invalid_argument("a JSON log is in UTF-8");
-    if (line.settings.format == Format::XML && rotates(line.settings))
-        throw std::invalid_argument("an XML log is one document, which cannot be rotated");
+    compare(line.settings, line.problems);
+    if (line.task != Task::CHECK_CONFIG && !line.problems.empty())
+        throw std::invalid_argument(line.problems.front());
     return line;
+}
+
+std::string textOf(const Settings& settings)
+{
+    std::string text = "[" + std::string(SET) + "]\n";
+    for (const SettingRow& row : SETTINGS)
+        text += row.option.name + (" = " + row.get(settings)) + "\n";
+    return text;
 }
 
 std::string usage()

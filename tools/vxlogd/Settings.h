@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace vxlogd {
 
@@ -30,11 +31,12 @@ inline bool rotates(const Settings& settings)
     return settings.rotation.mostBytes > 0 || settings.rotation.every != vx::io::Rotation::Every::NEVER;
 }
 
-enum class Task { SERVE, HELP, VERSION, COMPLETION };
+enum class Task { SERVE, CHECK_CONFIG, HELP, VERSION, COMPLETION };
 
 struct CommandLine {
     Task task = Task::SERVE;
     Settings settings;
+    std::vector<std::string> problems; ///< all that is wrong with the settings, for CHECK_CONFIG only
     std::string shell; ///< that of a completion
 };
 
@@ -43,6 +45,9 @@ const vx::util::OptionTable& optionTable();
 /// Options override the file that the command line names, and the file overrides the defaults. Throws
 /// std::invalid_argument that says what is wrong.
 CommandLine readSettings(int argc, char** argv);
+
+/// The effective settings in the form of their file.
+std::string textOf(const Settings& settings);
 
 /// What --help prints.
 std::string usage();

@@ -86,11 +86,24 @@ void serve(const Settings& settings, int argc, char** argv)
     server.stop();
 }
 
+/// Returns the exit code.
+int check(const CommandLine& line)
+{
+    constexpr int WRONG_SETTINGS = 2;
+    for (const std::string& problem : line.problems)
+        complain(problem);
+    if (!line.problems.empty())
+        return WRONG_SETTINGS;
+    vxtools::print(textOf(line.settings));
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    return vxtools::runProgram("vxlogd", [&] {
+    int result = 0;
+    const int failure = vxtools::runProgram("vxlogd", [&] {
         const CommandLine line = readSettings(argc, argv);
         switch (line.task) {
         case Task::HELP:
@@ -102,8 +115,12 @@ int main(int argc, char** argv)
         case Task::COMPLETION:
             vxtools::printCompletion(optionTable(), line.shell);
             return;
+        case Task::CHECK_CONFIG:
+            result = check(line);
+            return;
         case Task::SERVE:
             serve(line.settings, argc, argv);
         }
     });
+    return failure != 0 ? failure : result;
 }
