@@ -29,11 +29,11 @@ vx::String textOf(const vx::net::InetSocketAddress* address)
 } // namespace
 
 Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
-    std::shared_ptr<Waker> waker)
+    std::shared_ptr<Waker> waker, std::uint64_t number)
     : m_socket(std::move(socket))
     , m_intake(intake)
     , m_limits(limits)
-    , m_progress(std::make_shared<Progress>(std::move(waker)))
+    , m_progress(std::make_shared<Progress>(std::move(waker), number))
     , m_peer(textOf(m_socket->getPeerAddress()))
     , m_level(limits.level)
 {
@@ -89,7 +89,7 @@ void Connection::write()
 void Connection::goOn()
 {
     takeLines();
-    const Progress::State state = m_progress->state();
+    const Progress::State state = m_progress->takeNews();
     if (std::exchange(m_doneBefore, state.done) != state.done)
         m_lastSign = Clock::now();
     if (m_isRefused || m_isBroken)

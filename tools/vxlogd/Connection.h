@@ -30,8 +30,9 @@ struct Limits {
 /// one answer. It stops reading from a client that sends too fast or does not read its answers.
 class Connection {
 public:
+    /// `number` is the one by which `waker` knows it.
     Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
-        std::shared_ptr<Waker> waker);
+        std::shared_ptr<Waker> waker, std::uint64_t number);
 
     vx::net::TcpWorkerSocket2* getSocket() const { return m_socket.get(); }
     /// False once nothing more will come, and while there is no room for more.

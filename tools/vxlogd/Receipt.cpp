@@ -1,49 +1,52 @@
 #include "Receipt.h"
 
-#include <cerrno>
-#include <sys/socket.h>
-#include <system_error>
-#include <unistd.h>
+#include <vx/String.h>
+
+#include <stdexcept>
 #include <utility>
 
 namespace vxlogd {
 
 Waker::Waker()
+    : m_poller(&m_status)
 {
-    int ends[2];
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0)
-        throw std::system_error(errno, std::generic_category(), "a pair of sockets");
-    m_writeEnd = ends[0];
-    m_readEnd = ends[1];
+    if (m_status != VX_E_SOCKET_OK)
+        throw std::runtime_error(
+            "waiting for sockets: " + vx::String(VXGetDescriptionFromVX_E_SOCKET(m_status)).toUtf8());
 }
 
-Waker::~Waker()
+void Waker::wake(std::uint64_t connection)
 {
-    ::close(m_writeEnd);
-    if (m_readEnd != -1)
-        ::close(m_readEnd);
+    std::unique_lock lock(m_lock);
+    m_news.connections.push_back(connection);
+    wake(std::move(lock));
 }
 
-void Waker::wake()
+void Waker::wakeForAll()
 {
-    const std::lock_guard lock(m_lock);
-    if (!std::exchange(m_isAwake, true))
-        ::send(m_writeEnd, "w", 1, MSG_NOSIGNAL);
+    std::unique_lock lock(m_lock);
+    m_news.isForAll = true;
+    wake(std::move(lock));
 }
 
-void Waker::hear()
+void Waker::wake(std::unique_lock<std::mutex> lock)
+{
+    const bool isAwake = std::exchange(m_isAwake, true);
+    lock.unlock();
+    if (!isAwake)
+        m_poller.wake();
+}
+
+Waker::News Waker::take()
 {
     const std::lock_guard lock(m_lock);
     m_isAwake = false;
+    return std::exchange(m_news, {});
 }
 
-unsigned int Waker::takeSocket()
-{
-    return static_cast<unsigned int>(std::exchange(m_readEnd, -1));
-}
-
-Progress::Progress(std::shared_ptr<Waker> waker)
+Progress::Progress(std::shared_ptr<Waker> waker, std::uint64_t connection)
     : m_waker(std::move(waker))
+    , m_connection(connection)
 {
 }
 
@@ -70,7 +73,7 @@ void Progress::finish(std::uint64_t line, std::size_t bytes)
             m_ahead.erase(m_ahead.begin());
         }
     }
-    m_waker->wake();
+    tell();
 }
 
 void Progress::fail(std::size_t bytes)
@@ -81,7 +84,19 @@ void Progress::fail(std::size_t bytes)
         m_state.openBytes -= bytes;
         m_state.hasFailed = true;
     }
-    m_waker->wake();
+    tell();
+}
+
+Progress::State Progress::takeNews()
+{
+    m_isTold = false;
+    return state();
+}
+
+void Progress::tell()
+{
+    if (!m_isTold.exchange(true))
+        m_waker->wake(m_connection);
 }
 
 Progress::State Progress::state() const

@@ -1,41 +1,52 @@
 #pragma once
 
+#include <vx/net/SocketPoller.h>
+
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <set>
-#include <string>
+#include <vector>
 
 namespace vxlogd {
 
-/// Wakes a thread that waits in `select`, through a pair of sockets. At most one byte is written until the thread has
-/// read it.
+/// Wakes the thread that waits for the sockets of its connections, and tells it which of them have news.
 class Waker {
 public:
+    /// Throws std::runtime_error.
     Waker();
-    ~Waker();
-    Waker(const Waker&) = delete;
-    Waker& operator=(const Waker&) = delete;
 
-    void wake();
-    /// After this call the next `wake` has an effect again.
-    void hear();
-    /// The socket to wait on. This object owns it until it is taken.
-    unsigned int takeSocket();
+    /// For the thread that waits.
+    vx::net::SocketPoller& getPoller() { return m_poller; }
+
+    void wake(std::uint64_t connection);
+    void wakeForAll();
+
+    struct News {
+        std::vector<std::uint64_t> connections; ///< may name some that have ended, and some twice
+        bool isForAll = false;
+    };
+    /// What has come since the last call.
+    News take();
 
 private:
-    int m_writeEnd = -1;
-    int m_readEnd = -1;
+    void wake(std::unique_lock<std::mutex> lock);
+
+    ENUM_VX_E_SOCKET m_status = VX_E_SOCKET_OK;
+    vx::net::SocketPoller m_poller;
     std::mutex m_lock;
-    bool m_isAwake = false;
+    News m_news;
+    bool m_isAwake = false; ///< one wake is enough until the news are taken
 };
 
 /// The progress of the lines of one connection. The connection adds each line, and the writer of the log marks lines as
 /// done, in any order.
 class Progress {
 public:
-    explicit Progress(std::shared_ptr<Waker> waker);
+    /// `connection` is the number by which `waker` knows the connection.
+    Progress(std::shared_ptr<Waker> waker, std::uint64_t connection);
 
     void begin(std::size_t bytes);
     void finish(std::uint64_t line, std::size_t bytes);
@@ -48,9 +59,15 @@ public:
         bool hasFailed;
     };
     State state() const;
+    /// The state for the connection that was woken: changes after this call wake it again.
+    State takeNews();
 
 private:
+    void tell();
+
     const std::shared_ptr<Waker> m_waker;
+    const std::uint64_t m_connection;
+    std::atomic<bool> m_isTold = false;
     mutable std::mutex m_lock;
     State m_state {};
     std::set<std::uint64_t> m_ahead; ///< lines that are in the log before an earlier one

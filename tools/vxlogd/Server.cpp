@@ -7,11 +7,13 @@
 #include <vx/net/SocketResult.h>
 #include <vx/net/TcpClientSocket2.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <csignal>
 #include <pthread.h>
 #include <stdexcept>
 #include <sys/socket.h>
+#include <thread>
 
 namespace vxlogd {
 
@@ -41,6 +43,13 @@ unsigned short findFreePort()
     int length = sizeof address;
     check(socket->getLocalAddress(&address, &length), "a free port");
     return ntohs(address.in4.sin_port);
+}
+
+/// As many as the machine runs at once.
+std::size_t mostThreads()
+{
+    constexpr unsigned int LEAST = 1, MOST = 8;
+    return std::clamp(std::thread::hardware_concurrency(), LEAST, MOST);
 }
 
 } // namespace
@@ -134,6 +143,7 @@ std::string Server::getAddresses()
 
 void Server::start()
 {
+    m_services.reserve(mostThreads());
     m_acceptor = new Acceptor(*this);
     m_acceptorThread = std::make_unique<vx::exec::Thread>(m_acceptor.get(), u"vxlogd accept");
     m_acceptorThread->start();
@@ -207,12 +217,12 @@ void Server::serve(std::unique_ptr<TcpWorkerSocket2> socket)
     for (Service& service : m_services) {
         const std::size_t size = service.shard->getSize();
         all += size;
-        if (size < Shard::MOST_CONNECTIONS && (least == nullptr || size < least->shard->getSize()))
+        if (least == nullptr || size < least->shard->getSize())
             least = &service;
     }
     if (all >= m_limits.maxConnections)
         return; // closes it
-    if (least == nullptr) {
+    if (least == nullptr || (least->shard->getSize() > 0 && m_services.size() < mostThreads())) {
         Service service {new Shard(m_intake, m_limits), nullptr};
         service.thread = std::make_unique<vx::exec::Thread>(service.shard.get(), u"vxlogd serve");
         service.thread->start();

@@ -23,7 +23,7 @@ class Shard;
 /// A socket that listens where the settings say. Looks up names, which may take long. Throws std::runtime_error.
 std::unique_ptr<vx::net::TcpServerSocket2> listenAt(const Settings& settings);
 
-/// Serves each connection on one of several threads: `select` takes up to 63 sockets, one of which wakes the thread.
+/// Serves the connections on a few threads, as many as the machine runs at once.
 class Server {
 public:
     /// Accepts connections from `socket`. Throws as the constructor of LogFile does.

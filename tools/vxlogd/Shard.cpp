@@ -5,38 +5,18 @@
 #include <vx/Describe.h>
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <new>
 #include <optional>
-#include <sys/time.h>
+#include <stdexcept>
 #include <utility>
 
 namespace vxlogd {
 
 namespace {
 
+using vx::net::SocketPoller;
 using vx::net::TcpWorkerSocket2;
-
-/// The sockets of one set for `select`. Ready sockets keep their index.
-class SocketSet {
-public:
-    void add(TcpWorkerSocket2* socket) { m_sockets[m_count++] = socket; }
-    TcpWorkerSocket2** data() { return m_sockets.data(); }
-    std::uint32_t* count() { return &m_count; }
-    bool has(const TcpWorkerSocket2* socket) const
-    {
-        for (const TcpWorkerSocket2* each : m_sockets) {
-            if (each == socket)
-                return true;
-        }
-        return false;
-    }
-
-private:
-    std::array<TcpWorkerSocket2*, Shard::MOST_CONNECTIONS + 1> m_sockets {};
-    std::uint32_t m_count = 0;
-};
 
 /// False, with a message, if the connection has to be dropped.
 template <class Work>
@@ -62,10 +42,8 @@ Shard::Shard(Intake& intake, const Limits& limits)
     : m_intake(intake)
     , m_limits(limits)
     , m_waker(std::make_shared<Waker>())
+    , m_events(256)
 {
-    ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
-    m_wakeSocket = std::make_unique<TcpWorkerSocket2>(m_waker->takeSocket(), &status);
-    m_connections.reserve(MOST_CONNECTIONS);
 }
 
 Shard::~Shard() noexcept = default;
@@ -77,36 +55,40 @@ void Shard::add(std::unique_ptr<TcpWorkerSocket2> socket)
         m_new.push_back(std::move(socket));
         ++m_size;
     }
-    m_waker->wake();
+    wake();
 }
 
 void Shard::stop()
 {
     m_isStopping = true;
-    m_waker->wake();
+    wake();
 }
 
 void* Shard::run()
 {
     constexpr std::chrono::seconds PATIENCE(10); // with connections that neither send nor receive any more
+    constexpr std::chrono::seconds ROUND(1); // between two looks for silent connections
+    constexpr std::uint32_t MOMENT = 50;
 
     std::optional<Clock::time_point> stopped;
+    Clock::time_point nextRound = Clock::now() + ROUND;
     for (;;) {
-        takeOver();
         if (m_isStopping && !stopped)
             stopped = Clock::now();
-        for (std::size_t index = m_connections.size(); index-- > 0;) {
-            if (m_connections[index]->isOver())
-                drop(index);
+        takeOver();
+        if (const Clock::time_point now = Clock::now(); stopped || now >= nextRound) {
+            serveAll();
+            nextRound = now + ROUND;
         }
-        const auto isStuck = [&, now = Clock::now()](const auto& connection) {
-            return now - std::max(*stopped, connection->lastSign()) >= PATIENCE;
+        const auto isStuck = [&, now = Clock::now()](const auto& place) {
+            return now - std::max(*stopped, place.second.connection->lastSign()) >= PATIENCE;
         };
-        if (stopped && std::all_of(m_connections.begin(), m_connections.end(), isStuck)) {
-            m_connections.clear();
+        if (stopped && std::all_of(m_places.begin(), m_places.end(), isStuck)) {
+            while (!m_places.empty())
+                drop(m_places.begin());
             return nullptr;
         }
-        wait();
+        waitAndServe(stopped ? MOMENT : m_places.empty() ? VX_WAIT_FOREVER : 1000);
     }
 }
 
@@ -118,66 +100,91 @@ void Shard::takeOver()
         taken.swap(m_new);
     }
     for (std::unique_ptr<TcpWorkerSocket2>& socket : taken) {
-        if (!succeeds([&] {
-                m_connections.push_back(std::make_unique<Connection>(std::move(socket), m_intake, m_limits, m_waker));
+        const std::uint64_t number = ++m_lastNumber;
+        if (succeeds([&] {
+                auto connection = std::make_unique<Connection>(std::move(socket), m_intake, m_limits, m_waker, number);
+                m_places.emplace(number, Place {std::move(connection)});
             }))
+            serve(number, 0);
+        else
             --m_size;
     }
 }
 
-void Shard::wait()
+void Shard::waitAndServe(std::uint32_t milliseconds)
 {
-    SocketSet readers;
-    SocketSet writers;
-    readers.add(m_wakeSocket.get());
-    for (const auto& connection : m_connections) {
-        if (connection->wantsToRead())
-            readers.add(connection->getSocket());
-        if (connection->wantsToWrite())
-            writers.add(connection->getSocket());
-    }
-    std::uint32_t none = 0;
-    std::int32_t ready = 0;
-    const timeval second {1, 0};
-    const timeval moment {0, 50'000};
-    const ENUM_VX_E_SOCKET result
-        = TcpWorkerSocket2::select(readers.data(), readers.count(), writers.data(), writers.count(), nullptr, &none,
-            m_isStopping                ? &moment
-                : m_connections.empty() ? nullptr
-                                        : &second,
-            &ready);
-    const bool isAnyReady = result == VX_E_SOCKET_OK && ready > 0;
-    if (isAnyReady && readers.has(m_wakeSocket.get())) {
-        char byte;
-        std::int32_t count = 0;
-        m_waker->hear();
-        m_wakeSocket->recv(&byte, 1, 0, &count);
-    }
-    for (std::size_t index = m_connections.size(); index-- > 0;) {
-        Connection& connection = *m_connections[index];
-        if (!succeeds([&] {
-                serve(connection, isAnyReady && readers.has(connection.getSocket()),
-                    isAnyReady && writers.has(connection.getSocket()));
-            }))
-            drop(index);
-    }
+    std::size_t count = 0;
+    m_waker->getPoller().wait(m_events, milliseconds, &count);
+    const Waker::News news = m_waker->take();
+    if (news.isForAll)
+        serveAll();
+    for (const std::uint64_t number : news.connections)
+        serve(number, 0);
+    for (std::size_t index = 0; index < count; ++index)
+        serve(m_events[index].id, m_events[index].ready);
 }
 
-void Shard::serve(Connection& connection, bool isReadable, bool isWritable)
+/// Reads at most one block, so that a client that floods gets its turn as the others do.
+void Shard::serve(std::uint64_t number, std::uint32_t ready)
 {
-    if (isWritable && connection.wantsToWrite())
-        connection.write();
-    if (m_isStopping || connection.isFinishing())
-        connection.finish();
-    else if (isReadable && connection.wantsToRead())
-        connection.read();
-    connection.goOn();
-    connection.endIfSilent(Clock::now());
+    const auto found = m_places.find(number);
+    if (found == m_places.end())
+        return;
+    Connection& connection = *found->second.connection;
+    const auto turn = [&](bool isReadable, bool isWritable) {
+        if (isWritable && connection.wantsToWrite())
+            connection.write();
+        if (m_isStopping || connection.isFinishing())
+            connection.finish();
+        else if (isReadable && connection.wantsToRead())
+            connection.read();
+        connection.goOn();
+        connection.endIfSilent(Clock::now());
+    };
+    const bool lives = succeeds([&] {
+        const bool wasFinishing = connection.isFinishing();
+        turn((ready & (SocketPoller::READ | SocketPoller::FAILED)) != 0,
+            (ready & (SocketPoller::WRITE | SocketPoller::FAILED)) != 0);
+        if (!wasFinishing && connection.isFinishing())
+            turn(false, false);
+        watch(number, found->second,
+            (connection.wantsToRead() ? SocketPoller::READ : 0)
+                | (connection.wantsToWrite() ? SocketPoller::WRITE : 0));
+    });
+    if (!lives || connection.isOver())
+        drop(found);
 }
 
-void Shard::drop(std::size_t index)
+void Shard::serveAll()
 {
-    m_connections.erase(m_connections.begin() + static_cast<std::ptrdiff_t>(index));
+    std::vector<std::uint64_t> numbers;
+    numbers.reserve(m_places.size());
+    for (const auto& [number, place] : m_places)
+        numbers.push_back(number);
+    for (const std::uint64_t number : numbers)
+        serve(number, 0);
+}
+
+/// The poller always reports a socket that has failed. So it must not know one that is not to be read now.
+void Shard::watch(std::uint64_t number, Place& place, std::uint32_t interest)
+{
+    if (place.interest == interest)
+        return;
+    SocketPoller& poller = m_waker->getPoller();
+    const unsigned int socket = place.connection->getSocket()->getId();
+    const ENUM_VX_E_SOCKET result = place.interest == 0 ? poller.add(socket, interest, number)
+        : interest == 0                                 ? poller.remove(socket)
+                                                        : poller.change(socket, interest, number);
+    if (result != VX_E_SOCKET_OK)
+        throw std::runtime_error(vx::String(VXGetDescriptionFromVX_E_SOCKET(result)).toUtf8());
+    place.interest = interest;
+}
+
+void Shard::drop(Places::iterator found)
+{
+    if (found->second.interest != 0)
+        m_waker->getPoller().remove(found->second.connection->getSocket()->getId());
+    m_places.erase(found);
     --m_size;
 }
 
