@@ -1,11 +1,15 @@
 #!/usr/bin/env python3
-"""Holds many connections to a vxlogd, lets some of them send as fast as they can, kills the server with signal 9 and looks
-for every acknowledged line in the log.
+"""Holds many connections to a vxlogd, lets some of them send as fast as they can and some others send one line a second,
+kills the server with signal 9 and looks for every acknowledged line in the log. Prints how long the slow clients waited until
+their line was acknowledged.
 
     bench/vxlogd_load.py build/release/tools/vxlogd [SECONDS [CONNECTIONS [SENDERS]]]
 """
 
+import contextlib
+import multiprocessing
 import os
+import random
 import resource
 import socket
 import subprocess
@@ -15,6 +19,7 @@ import threading
 import time
 
 BATCH = 200  # lines in one send
+QUIET = 10  # clients that send a line a second
 
 
 class Sender(threading.Thread):
@@ -47,6 +52,33 @@ class Sender(threading.Thread):
             pass
 
 
+def ask(connection, when, waits):
+    """Sends a line a second until `when`, and adds the times until they are acknowledged to `waits`."""
+    time.sleep(random.random())
+    line = 0
+    with contextlib.suppress(OSError):
+        while (begin := time.monotonic()) < when:
+            line += 1
+            connection.sendall(b"quiet\n")
+            answer = b"more"
+            while answer and not answer.endswith(b"ack %d\n" % line):
+                answer = connection.recv(100)
+            if answer:
+                waits.append(time.monotonic() - begin)
+            time.sleep(max(0, begin + 1 - time.monotonic()))
+
+
+def ask_all(connections, when, result):
+    """For a process that does nothing else, so that the times are not those of the senders."""
+    waits = []
+    threads = [threading.Thread(target=ask, args=(connection, when, waits)) for connection in connections]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    result.put(waits)
+
+
 class End:
     when = 0.0
 
@@ -71,17 +103,17 @@ def main(program, seconds=60, connections=1000, senders=50):
             end = End()
             end.when = time.monotonic() + seconds
             threads = [Sender(f"sender{number}", held[number], end) for number in range(senders)]
+            result = multiprocessing.SimpleQueue()
+            quiet = multiprocessing.Process(target=ask_all, args=(held[-QUIET:], end.when, result))
+            quiet.start()
             for thread in threads:
                 thread.start()
             most = 0
             while time.monotonic() < end.when:
                 time.sleep(0.2)
                 most = max(most, memory(server.pid))
-            quiet = held[-1]  # another client is served at once, in spite of the load
-            begin = time.monotonic()
-            quiet.sendall(b"quiet\n")
-            quiet.recv(100)
-            wait = time.monotonic() - begin
+            waits = sorted(wait * 1000 for wait in result.get())
+            quiet.join()
             server.kill()
             for thread in threads:
                 thread.join()
@@ -99,7 +131,8 @@ def main(program, seconds=60, connections=1000, senders=50):
     lost = sum(str(line) not in seen[thread.name] for thread in threads for line in range(thread.acknowledged))
     acknowledged = sum(thread.acknowledged for thread in threads)
     print(f"{connections} connections, {senders} senders, {seconds} s: {entries} entries ({entries / seconds:.0f} a second), "
-          f"{acknowledged} acknowledged, {lost} of them lost, {doubles} doubles; a quiet client waited {wait * 1000:.0f} ms; "
+          f"{acknowledged} acknowledged, {lost} of them lost, {doubles} doubles; quiet clients waited "
+          f"{waits[len(waits) // 2]:.1f} ms (median), {waits[len(waits) * 99 // 100]:.1f} ms (99 %), {waits[-1]:.1f} ms (longest); "
           f"memory {at_rest // 1024} MiB at rest, {most // 1024} MiB at most")
     return 1 if lost or doubles or not acknowledged else 0
 
