@@ -7,6 +7,7 @@ import contextlib
 import functools
 import json
 import os
+import resource
 import signal
 import socket
 import subprocess
@@ -176,15 +177,63 @@ class Senders(Served):
                     self.assertSucceeds(sent.result())
             self.assertEqual(collections.Counter(self.texts(name)), collections.Counter("".join(data).splitlines()))
 
-    def test_say_what_failed(self):
+    def test_say_that_there_is_no_server(self):
+        self.start()
+        self.stop()
+        self.assertFails(vxlog("--to", f"vxlog://127.0.0.1:{self.port}", data=b"x\n"))
+
+
+class FullDisks(Served):
+    def limit(self, size):
+        hard = resource.prlimit(self.server.pid, resource.RLIMIT_FSIZE)[1]
+        resource.prlimit(self.server.pid, resource.RLIMIT_FSIZE, (size, hard))
+
+    def test_keep_clients_waiting(self):
+        for turn, options in enumerate([[], ["--sync=yes", "--workers=3", "--backlog=9000"], ["--rotate-size=1000000"]], 1):
+            with self.subTest(options=options):
+                self.log = self.path("log" + "".join(options))
+                self.start(*options)
+                self.limit(50000)
+                clients = [self.client("ack=1") for _ in range(3)]
+                senders = [threading.Thread(target=client.send, args=("".join(
+                    f"{name} {line}\n" for line in range(600)).encode(),)) for name, client in enumerate(clients)]
+                for sender in senders:
+                    sender.start()
+                for client in [*clients, self.client("ack=1")]:
+                    client.hear("wait the log cannot be written: ")
+                self.assertLessEqual(os.path.getsize(self.log), 50000)
+                self.limit(resource.RLIM_INFINITY)
+                for client, sender in zip(clients, senders):
+                    client.hear("ack 600\n")
+                    sender.join()
+                counts = collections.Counter(self.texts(os.path.basename(self.log)))
+                self.assertEqual((len(counts), set(counts.values())), (1800, {1}))
+                self.assertEqual(self.said().count("written"), 2 * turn)
+                self.assertEqual(self.stop(), 0)
+
+    def test_may_be_left_for_another_one(self):
+        for style in ["plain", "xml"]:
+            self.log = self.path(style)
+            self.start("--format=" + style, "--max-line=20000")
+            self.limit(10000)
+            client = self.client("ack=1").send(b"first" + b"x" * 5000 + b"\n")
+            client.hear("ack 1\n")
+            client.send(b"second" + b"x" * 6000 + b"\n").hear("wait the log cannot be written: ")
+            os.rename(self.log, self.log + ".old")
+            self.server.send_signal(signal.SIGHUP)
+            client.hear("ack 2\n")
+            self.assertEqual(self.stop(), 0)
+            for name, line in [(style + ".old", b"first"), (style, b"second")]:
+                self.assertEqual([self.read(name).count(each) for each in [b"first", b"second", line]], [line == b"first", line == b"second", 1])
+                if style == "xml":
+                    xml.etree.ElementTree.parse(self.path(name))
+
+    def test_cost_lines_at_the_end(self):
         os.symlink("/dev/full", self.log)
         self.start()
-        self.assertEqual(self.client("ack=1").send(b"lost\n").rest(), "err the log cannot be written\n")
-        self.assertIn("vxlogd: the log cannot be written: ", self.said())
-        uri = f"vxlog://127.0.0.1:{self.port}"
-        self.assertFails(vxlog("--to", uri + "?ack=1", data=b"lost\n"), "the log cannot be written")
-        self.stop()
-        self.assertFails(vxlog("--to", uri, data=b"x\n"))
+        self.client("ack=1").send(b"1\n2\n3\n").hear("wait the log cannot be written: the disk is full")
+        self.assertEqual(self.stop(), 1)
+        self.assertIn("/log: 3 received lines are not in the log", self.said())
 
 
 class Settings(Served):

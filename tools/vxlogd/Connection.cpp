@@ -99,6 +99,8 @@ void Connection::goOn()
         m_answered = state.done;
         write();
     }
+    if (m_wantsAnswers && m_output.empty())
+        tellTrouble();
     if (state.hasFailed)
         refuse("the log cannot be written");
 }
@@ -116,7 +118,7 @@ void Connection::endIfSilent(Clock::time_point now)
 {
     const unsigned int idleSeconds = m_limits.idleSeconds;
     const bool isSilent = idleSeconds != 0 && now - m_lastSign >= std::chrono::seconds(idleSeconds)
-        && m_progress->state().openLines == 0;
+        && m_progress->state().openLines == 0 && !m_intake.isFull();
     if (isSilent || (m_isRefused && now - m_refusedAt >= TIME_TO_HEAR)) {
         m_hasEnded = true;
         m_isBroken = true;
@@ -132,8 +134,21 @@ bool Connection::isOver() const
         && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done == m_answered)));
 }
 
+/// The client keeps its lines until they are acknowledged, which may take long.
+void Connection::tellTrouble()
+{
+    const std::shared_ptr<const std::string> trouble = m_intake.getTrouble();
+    if (trouble == nullptr || trouble == m_toldTrouble)
+        return;
+    m_toldTrouble = trouble;
+    m_output = "wait the log cannot be written: " + *trouble + "\n";
+    write();
+}
+
 bool Connection::hasRoom() const
 {
+    if (m_intake.isFull() && !m_isFirstLine) // a greeting is read, so that its client can be told
+        return false;
     const Progress::State state = m_progress->state();
     return state.openLines < MOST_OPEN_LINES && state.openBytes < MOST_OPEN_BYTES;
 }

@@ -55,6 +55,7 @@ public:
 
 private:
     bool hasRoom() const;
+    void tellTrouble();
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
     void greet(std::string_view options);
@@ -81,6 +82,7 @@ private:
     std::uint64_t m_answered = 0;
     std::string m_input;
     std::string m_output;
+    std::shared_ptr<const std::string> m_toldTrouble; ///< of the log, of which the client knows
     Clock::time_point m_lastSign = Clock::now();
     Clock::time_point m_refusedAt;
 };

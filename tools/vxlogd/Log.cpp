@@ -19,15 +19,12 @@
 #include <vx/log/XmlLogWriter.h>
 #include <vx/log/ZonedTimeStamp.h>
 
-#include <atomic>
+#include <chrono>
+#include <exception>
 #include <filesystem>
-#include <memory>
-#include <new>
 #include <utility>
 
 namespace vxlogd {
-
-namespace {
 
 using vx::Reference;
 using vx::String;
@@ -58,11 +55,53 @@ private:
     Receipt m_receipt;
 };
 
-/// Tells the connection at the end of a scope that its line is not in the log.
-struct Refusal {
-    const Receipt& receipt;
-    ~Refusal() { receipt.progress->fail(receipt.bytes); }
+/// Collects the text of entries.
+class Block final : public vx::io::OutputStream {
+public:
+    const std::vector<signed char>& get() const { return m_bytes; }
+    std::size_t getSize() const { return m_bytes.size(); }
+    void cut(std::size_t size) { m_bytes.resize(size); }
+
+    // OutputStream
+    using OutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override
+    {
+        m_bytes.insert(m_bytes.end(), bytes, bytes + length);
+    }
+    void flush() override { }
+    void close() override { }
+
+private:
+    std::vector<signed char> m_bytes;
 };
+
+namespace {
+
+constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+
+/// How many bytes are collected before they are written. A rotated log gets its entries one by one if a block might
+/// be larger than the file may become.
+std::size_t blockSize(const Settings& settings)
+{
+    constexpr std::int64_t GROWTH = 8; // from bytes of a line to bytes of an entry
+    const std::int64_t most = settings.rotation.mostBytes;
+    const auto longest = GROWTH * static_cast<std::int64_t>(settings.maxLine);
+    return most == 0 || most >= static_cast<std::int64_t>(BLOCK_SIZE) + longest ? BLOCK_SIZE : 1;
+}
+
+/// Calls `work`. Returns why it failed; empty if it did not.
+template <class Work>
+std::string reasonOf(Work&& work)
+{
+    try {
+        work();
+        return {};
+    } catch (const vx::Exception& failure) {
+        return vxtools::textOf(failure);
+    } catch (const std::exception& failure) {
+        return failure.what();
+    }
+}
 
 /// An existing document cannot be continued: it may or may not have its end.
 void moveAside(const std::string& path)
@@ -92,8 +131,10 @@ Reference<vx::io::OutputStream> openForAppend(const Settings& settings)
 
 } // namespace
 
-LogFile::LogFile(const Settings& settings)
+LogFile::LogFile(const Settings& settings, std::function<void()> onChange)
+    : m_onChange(std::move(onChange))
 {
+    m_backlog.setLimit(settings.backlog);
     open(settings);
 }
 
@@ -101,47 +142,61 @@ LogFile::~LogFile() noexcept = default;
 
 void LogFile::reopen(const Settings& settings)
 {
-    const std::lock_guard lock(m_lock);
-    if (settings.format == Format::XML) {
-        // The document has to be complete before it is moved, and it may be this very file.
-        Reference<vx::log::ILogProcessor> old;
-        old.swap(m_writer);
-    }
+    const Lock lock(m_lock);
+    m_backlog.setLimit(settings.backlog);
+    if (settings.format == Format::XML || m_settings.format == Format::XML)
+        endDocument(); // it has to be complete before it is moved, and it may be this very file
     open(settings);
+    m_changed.notify_all();
+}
+
+void LogFile::giveUp()
+{
+    const Lock lock(m_lock);
+    m_hasGivenUp = true;
+    m_changed.notify_all();
 }
 
 void LogFile::close()
 {
-    const std::lock_guard lock(m_lock);
-    m_writer = nullptr;
+    const Lock lock(m_lock);
+    endDocument();
+}
+
+void LogFile::expect(const Receipt& receipt)
+{
+    m_backlog.add(receipt.bytes);
+    ++m_expected;
+}
+
+void LogFile::cancel(const Receipt& receipt)
+{
+    release(receipt);
+    const std::lock_guard turn(m_turn);
+    Lock lock(m_lock);
+    if (--m_expected == 0)
+        write(lock);
 }
 
 void LogFile::process(const ILogEntry* entry)
 {
-    const Receipt& receipt = static_cast<const Entry*>(entry)->getReceipt();
-    const auto fail = [&](auto&& describe) {
-        // The client is told last, because it may look for the message at once. It is also told if there is no memory
-        // for the message.
-        const Refusal refusal {receipt};
-        if (!m_isFailing.exchange(true))
-            complain("the log cannot be written: " + describe());
-    };
-    try {
-        {
-            const std::lock_guard lock(m_lock);
-            if (m_writer == nullptr)
-                throw vx::Exception(u"it is not open");
-            m_writer->process(entry);
-            if (m_syncs)
-                m_file->flush();
-        }
-        m_isFailing = false;
-        receipt.progress->finish(receipt.line, receipt.bytes);
-    } catch (const vx::Exception& exception) {
-        fail([&] { return vxtools::textOf(exception); });
-    } catch (const std::exception& exception) {
-        fail([&] { return std::string(exception.what()); });
-    }
+    const std::lock_guard turn(m_turn);
+    Lock lock(m_lock);
+    print(Reference<const Entry>(static_cast<const Entry*>(entry)));
+    if (--m_expected == 0 || m_block->getSize() >= blockSize(m_settings))
+        write(lock); // otherwise the next entry comes soon
+}
+
+std::shared_ptr<const std::string> LogFile::getTrouble() const
+{
+    const std::lock_guard lock(m_troubleLock);
+    return m_trouble;
+}
+
+std::string LogFile::getPath() const
+{
+    const Lock lock(m_lock);
+    return m_settings.log;
 }
 
 void LogFile::open(const Settings& settings)
@@ -151,34 +206,179 @@ void LogFile::open(const Settings& settings)
     if (settings.format == Format::XML)
         moveAside(settings.log);
     const Reference<vx::io::OutputStream> file = openForAppend(settings);
-    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(file.get(), false),
+    const Reference<Block> block(new Block);
+    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(block.get()),
         TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
     const Reference<vx::log::ILogProcessor> document = settings.format == Format::XML
         ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
         : settings.format == Format::JSON ? vx::log::JsonLogWriter::create(writer.get())
                                           : vx::log::BasicLogWriter::create(writer.get());
     try {
-        writer->flush(); // so that a failed first entry does not lose the head of the document
+        writer->flush(); // the head of a document
+        if (block->getSize() > 0)
+            file->write(block->get().data(), static_cast<std::int32_t>(block->getSize()));
     } catch (const vx::Exception& failure) {
         throw vxtools::Failure(settings.log, vxtools::textOf(failure));
     }
-    m_writer = document;
+    block->cut(0);
+    m_settings = settings;
     m_file = file;
-    m_syncs = settings.sync;
+    m_block = block;
+    m_writer = document;
+    for (const Reference<const Entry>& entry : std::exchange(m_entries, {}))
+        print(entry); // again, because the new file may have another format
+}
+
+/// Leaves the entries of the block for the next file.
+void LogFile::endDocument()
+{
+    if (m_writer == nullptr)
+        return;
+    const std::string reason = reasonOf([&] {
+        m_block->cut(0);
+        m_writer = nullptr; // prints the end of a document
+        putOnFile();
+        if (m_settings.sync)
+            m_file->flush();
+    });
+    if (!reason.empty())
+        complain("the end of the log cannot be written: " + reason);
+    m_block->cut(0);
+    m_file = nullptr;
+}
+
+/// Adds the entry to the block.
+void LogFile::print(const Reference<const Entry>& entry)
+{
+    const std::size_t size = m_block->getSize();
+    const std::string reason = reasonOf([&] {
+        m_entries.push_back(entry);
+        if (m_writer == nullptr)
+            return; // `open` will print it
+        try {
+            m_writer->process(entry.get());
+        } catch (...) {
+            m_block->cut(size);
+            m_entries.pop_back();
+            throw;
+        }
+    });
+    if (!reason.empty())
+        refuse(entry->getReceipt(), reason);
+}
+
+/// Returns when all entries are in the file, or are lost because of `giveUp`.
+void LogFile::write(Lock& lock)
+{
+    constexpr std::chrono::milliseconds PAUSE(250);
+
+    while (!m_entries.empty()) {
+        const std::string reason = reasonOf([&] {
+            if (m_writer == nullptr)
+                open(m_settings);
+            putOnFile();
+        });
+        if (reason.empty())
+            break;
+        if (m_hasGivenUp)
+            return refuseAll(reason);
+        beginTrouble(reason);
+        m_changed.wait_for(lock, PAUSE);
+    }
+    endTrouble();
+    const std::string reason = reasonOf([&] {
+        if (m_settings.sync && !m_entries.empty())
+            m_file->flush();
+    });
+    if (reason.empty())
+        finishAll();
+    else
+        refuseAll(reason); // whether they are on the disk is unknown, and the next flush would not tell
+}
+
+void LogFile::putOnFile()
+{
+    if (m_block->getSize() > 0)
+        m_file->write(m_block->get().data(), static_cast<std::int32_t>(m_block->getSize()));
+    m_block->cut(0);
+}
+
+void LogFile::finishAll()
+{
+    m_written += m_entries.size();
+    if (!m_entries.empty())
+        m_isLosing = false;
+    for (const Reference<const Entry>& entry : m_entries) {
+        const Receipt& receipt = entry->getReceipt();
+        release(receipt);
+        try {
+            receipt.progress->finish(receipt.line, receipt.bytes);
+        } catch (const std::exception&) { // no memory: the client will not hear that the line is in the log
+            receipt.progress->fail(receipt.bytes);
+        }
+    }
+    m_entries.clear();
+}
+
+void LogFile::refuseAll(const std::string& reason)
+{
+    for (const Reference<const Entry>& entry : m_entries)
+        refuse(entry->getReceipt(), reason);
+    m_entries.clear();
+    m_block->cut(0);
+}
+
+/// The client is told last, because it may look for the message at once.
+void LogFile::refuse(const Receipt& receipt, const std::string& reason)
+{
+    ++m_lost;
+    release(receipt);
+    if (!m_isLosing.exchange(true))
+        complain("a line cannot be written to the log: " + reason);
+    receipt.progress->fail(receipt.bytes);
+}
+
+void LogFile::release(const Receipt& receipt)
+{
+    if (m_backlog.remove(receipt.bytes))
+        m_onChange();
+}
+
+void LogFile::beginTrouble(const std::string& reason)
+{
+    {
+        const std::lock_guard lock(m_troubleLock);
+        if (m_trouble != nullptr)
+            return;
+        m_trouble = std::make_shared<const std::string>(reason);
+    }
+    complain("the log cannot be written: " + reason);
+    m_onChange();
+}
+
+void LogFile::endTrouble()
+{
+    {
+        const std::lock_guard lock(m_troubleLock);
+        if (m_trouble == nullptr)
+            return;
+        m_trouble = nullptr;
+    }
+    complain("the log can be written again");
+    m_onChange();
 }
 
 Intake::Intake(LogFile& file, int workers)
-    : m_processor(vx::log::AsyncProcessor::create(&file, workers, vx::log::AsyncProcessor::Failures::KEEP_WORKER))
+    : m_file(file)
+    , m_processor(vx::log::AsyncProcessor::create(&file, workers, vx::log::AsyncProcessor::Failures::KEEP_WORKER))
 {
 }
 
 void Intake::submit(const String& peer, int level, const String& text, Receipt receipt)
 {
-    const std::shared_ptr<Progress> progress = receipt.progress;
-    const std::size_t bytes = receipt.bytes;
-    progress->begin(bytes);
+    receipt.progress->begin(receipt.bytes);
     try {
-        const Reference<Entry> entry(new Entry(std::move(receipt)));
+        const Reference<Entry> entry(new Entry(receipt));
         const auto set = [&](const char16_t* name, const vx::Object* value) {
             entry->setField(name, Reference<const vx::Object>(value).get());
         };
@@ -188,9 +388,15 @@ void Intake::submit(const String& peer, int level, const String& text, Receipt r
         set(u"timestamp", new vx::log::ZonedTimeStamp);
         const std::lock_guard lock(m_lock);
         set(u"sequence", new vx::Integer64(++m_sequence));
-        m_processor->process(entry.get());
+        m_file.expect(receipt);
+        try {
+            m_processor->process(entry.get());
+        } catch (...) {
+            m_file.cancel(receipt);
+            throw;
+        }
     } catch (...) {
-        progress->fail(bytes);
+        receipt.progress->fail(receipt.bytes);
         throw;
     }
 }

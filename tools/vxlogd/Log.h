@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Backlog.h"
 #include "Receipt.h"
 #include "Settings.h"
 
@@ -11,37 +12,87 @@
 #include <vx/log/ILogProcessor.h>
 
 #include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace vxlogd {
 
-/// The end of the log's chain: writes each entry to the file and then completes its receipt. A failed line is reported
-/// to its connection, and the first of several in a row also to standard error.
+class Block;
+class Entry;
+
+/// The end of the log's chain: writes entries to the file, as many at once as are waiting, and then completes their
+/// receipts. If the file cannot be written, it tries again until it can: nothing of a failed write stays in the file,
+/// so no line is there twice. A line that has no form in the encoding of the log is reported to its connection as
+/// failed.
 class LogFile final : public vx::Object, public vx::log::ILogProcessor {
 public:
-    /// Throws vxtools::Failure if the file cannot be opened, and what the writers of the library throw.
-    explicit LogFile(const Settings& settings);
+    /// `onChange` is called when clients can be read again, when the log cannot be written, and when it can be written
+    /// again. It may be called on any thread and must not call this object. Throws vxtools::Failure if the file cannot
+    /// be opened, and what the writers of the library throw.
+    LogFile(const Settings& settings, std::function<void()> onChange);
     ~LogFile() noexcept override;
 
     VX_OBJECT_UNKNOWN(vx::Object)
 
     /// Between two entries. After a failure the old file stays in use.
     void reopen(const Settings& settings);
+    /// From now on lines are lost that cannot be written at once.
+    void giveUp();
     /// Ends a document.
     void close();
+
+    /// Announces an entry that is passed to `process` soon, or else to `cancel`.
+    void expect(const Receipt& receipt);
+    void cancel(const Receipt& receipt);
 
     // ILogProcessor
     void process(const vx::log::ILogEntry* entry) override;
 
-private:
-    void open(const Settings& settings);
+    const Backlog& getBacklog() const { return m_backlog; }
+    /// Why the log cannot be written; null if it can. Each time has an object of its own.
+    std::shared_ptr<const std::string> getTrouble() const;
+    std::uint64_t getWritten() const { return m_written; }
+    /// The number of lines that were accepted and are not in the log.
+    std::uint64_t getLost() const { return m_lost; }
+    std::string getPath() const;
 
-    std::mutex m_lock;
+private:
+    using Lock = std::unique_lock<std::mutex>;
+
+    void open(const Settings& settings);
+    void endDocument();
+    void print(const vx::Reference<const Entry>& entry);
+    void write(Lock& lock);
+    void putOnFile();
+    void finishAll();
+    void refuseAll(const std::string& reason);
+    void refuse(const Receipt& receipt, const std::string& reason);
+    void release(const Receipt& receipt);
+    void beginTrouble(const std::string& reason);
+    void endTrouble();
+
+    const std::function<void()> m_onChange;
+    Backlog m_backlog;
+    std::atomic<std::int64_t> m_expected = 0;
+    std::mutex m_turn; ///< one entry at a time, while `m_lock` is free to open another file
+    mutable std::mutex m_lock;
+    std::condition_variable m_changed;
+    Settings m_settings;
     vx::Reference<vx::io::OutputStream> m_file;
-    vx::Reference<vx::log::ILogProcessor> m_writer;
-    bool m_syncs = false;
-    std::atomic<bool> m_isFailing = false;
+    vx::Reference<Block> m_block; ///< the text of the entries that are not in the file yet
+    vx::Reference<vx::log::ILogProcessor> m_writer; ///< into the block; null if no file is open
+    std::vector<vx::Reference<const Entry>> m_entries; ///< those of the block
+    bool m_hasGivenUp = false;
+    std::atomic<bool> m_isLosing = false;
+    mutable std::mutex m_troubleLock;
+    std::shared_ptr<const std::string> m_trouble;
+    std::atomic<std::uint64_t> m_written = 0;
+    std::atomic<std::uint64_t> m_lost = 0;
 };
 
 /// Turns lines into entries. With one worker the sequence numbers are in the order of the log.
@@ -51,8 +102,12 @@ public:
 
     void submit(const vx::String& peer, int level, const vx::String& text, Receipt receipt);
     void waitUntilDone() { m_processor->waitUntilDone(); }
+    /// Whether clients have to wait until lines before theirs are in the log.
+    bool isFull() const { return m_file.getBacklog().isFull(); }
+    std::shared_ptr<const std::string> getTrouble() const { return m_file.getTrouble(); }
 
 private:
+    LogFile& m_file;
     std::mutex m_lock;
     std::int64_t m_sequence = 0;
     vx::Reference<vx::log::AsyncProcessor> m_processor;

@@ -124,7 +124,7 @@ std::unique_ptr<TcpServerSocket2> listenAt(const Settings& settings)
 }
 
 Server::Server(const Settings& settings, std::unique_ptr<TcpServerSocket2> socket)
-    : m_log(new LogFile(settings))
+    : m_log(new LogFile(settings, [this] { wakeAll(); }))
     , m_intake(*m_log, settings.workers)
     , m_socket(std::move(socket))
 {
@@ -156,7 +156,7 @@ void Server::change(const Settings& settings)
     setLimits(settings);
 }
 
-void Server::stop()
+std::uint64_t Server::stop()
 {
     m_isStopping = true;
     m_acceptor->end();
@@ -166,8 +166,17 @@ void Server::stop()
         service.shard->stop();
     for (const Service& service : m_services)
         service.thread->join();
+    m_log->giveUp();
     m_intake.waitUntilDone();
     m_log->close();
+    return m_log->getLost();
+}
+
+void Server::wakeAll()
+{
+    const std::lock_guard lock(m_servicesLock);
+    for (const Service& service : m_services)
+        service.shard->wake();
 }
 
 void Server::setLimits(const Settings& settings)
@@ -212,6 +221,7 @@ void Server::acceptAll()
 
 void Server::serve(std::unique_ptr<TcpWorkerSocket2> socket)
 {
+    const std::lock_guard lock(m_servicesLock);
     std::size_t all = 0;
     Service* least = nullptr;
     for (Service& service : m_services) {

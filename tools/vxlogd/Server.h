@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -38,14 +39,15 @@ public:
     /// Applies the settings that may change while the server runs. Throws what the constructor of LogFile throws; the
     /// old settings stay in effect then.
     void change(const Settings& settings);
-    /// Returns when all that was received is in the log.
-    void stop();
+    /// Returns when all that was received is in the log, or cannot be written to it. Returns how many lines are lost.
+    std::uint64_t stop();
 
 private:
     friend class Acceptor;
 
     void setLimits(const Settings& settings);
     void acceptAll();
+    void wakeAll();
     void serve(std::unique_ptr<vx::net::TcpWorkerSocket2> socket);
 
     const vx::Reference<LogFile> m_log;
@@ -58,7 +60,8 @@ private:
         vx::Reference<Shard> shard;
         std::unique_ptr<vx::exec::Thread> thread;
     };
-    std::vector<Service> m_services; ///< used by the acceptor only, until it has ended
+    std::mutex m_servicesLock;
+    std::vector<Service> m_services; ///< changed by the acceptor only, under the lock
     std::atomic<bool> m_isStopping = false;
 };
 

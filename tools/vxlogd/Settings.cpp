@@ -76,6 +76,7 @@ struct SettingRow {
 constexpr std::size_t MOST_LINE = 1024 * 1024;
 constexpr std::size_t MOST_CONNECTIONS = 100'000;
 constexpr std::int64_t MOST_BYTES = std::int64_t {1} << 50;
+constexpr std::size_t MOST_BACKLOG = std::size_t {1} << 40;
 constexpr unsigned int MOST_SECONDS = 7 * 24 * 3600;
 
 constexpr SettingRow SETTINGS[] = {
@@ -166,6 +167,14 @@ constexpr SettingRow SETTINGS[] = {
             settings.maxConnections = numberIn<std::size_t>(text, 1, MOST_CONNECTIONS);
         },
         [](const Settings& settings) { return std::to_string(settings.maxConnections); }},
+    {{.name = "backlog",
+         .value = "BYTES",
+         .standard = "33554432",
+         .help = "memory of the lines that wait for the log; while they need more, no client is read"},
+        [](Settings& settings, const std::string& text) {
+            settings.backlog = numberIn<std::size_t>(text, 1, MOST_BACKLOG);
+        },
+        [](const Settings& settings) { return std::to_string(settings.backlog); }},
     {{.name = "sync",
          .value = "no|yes",
          .standard = "no",
@@ -283,9 +292,10 @@ CommandLine readSettings(int argc, char** argv)
 
 std::string textOf(const Settings& settings)
 {
-    std::string text = "[" + std::string(SET) + "]\n";
+    std::string text("[");
+    text.append(SET).append("]\n");
     for (const SettingRow& row : SETTINGS)
-        text += row.option.name + (" = " + row.get(settings)) + "\n";
+        text.append(row.option.name).append(" = ").append(row.get(settings)).append("\n");
     return text;
 }
 

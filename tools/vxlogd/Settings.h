@@ -22,6 +22,7 @@ struct Settings {
     std::size_t maxLine = 8192;
     unsigned int idleSeconds = 300;
     std::size_t maxConnections = 1024;
+    std::size_t backlog = 32 * 1024 * 1024;
     bool sync = false;
     vx::io::Rotation rotation;
 };

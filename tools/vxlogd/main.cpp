@@ -4,11 +4,13 @@
 #include "Server.h"
 #include "Settings.h"
 #include "common/CommandLine.h"
+#include "common/Failure.h"
 #include "common/Program.h"
 
 #include <vx/Describe.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <sys/resource.h>
@@ -83,7 +85,8 @@ void serve(const Settings& settings, int argc, char** argv)
         if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP)
             changeSettings(server, argc, argv);
     }
-    server.stop();
+    if (const std::uint64_t lost = server.stop(); lost > 0)
+        throw vxtools::Failure(settings.log, std::to_string(lost) + " received lines are not in the log");
 }
 
 /// Returns the exit code.
