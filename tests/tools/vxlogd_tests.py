@@ -51,12 +51,12 @@ class Client:
 
 
 class Served(tool.Scratch):
-    def start(self, *options, listen="127.0.0.1", port=0, log=None):
+    def start(self, *options, listen="127.0.0.1", port=0, log=None, **process):
         self.errors = open(self.path("errors"), "a+", encoding="utf-8")
         self.addCleanup(self.errors.close)
         self.server = subprocess.Popen(
             [os.environ["VXLOGD"], f"--listen={listen}", f"--port={port}", f"--log={log or self.log}", *options],
-            stdout=subprocess.PIPE, stderr=self.errors, text=True, cwd=self.folder)
+            stdout=subprocess.PIPE, stderr=self.errors, text=True, cwd=self.folder, **process)
         self.addCleanup(self.server.stdout.close)
         self.addCleanup(self.server.wait)
         self.addCleanup(self.server.kill)
@@ -359,6 +359,88 @@ class Signals(Served):
         counts = collections.Counter(self.texts())
         expected = [f"{name} {line}" for name, heard in answered.items() for line in range(1, heard + 1)]
         self.assertEqual([line for line in expected if counts[line] != 1], [])
+
+
+class Status(Served):
+    def figures(self):
+        result = vxlogd("--status", "--log=" + self.log)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        return {line[:28].strip(): line[28:] for line in result.stdout.decode().splitlines()}
+
+    def test_is_told_to_the_user_alone(self):
+        self.start("--max-connections=2", preexec_fn=lambda: os.umask(0))
+        clients = [self.client("ack=1").send(b"1\n2\n3\n") for _ in range(2)]
+        for client in clients:
+            client.hear("ack 3\n")
+        self.assertEqual(self.client().rest(), "")
+        figures = self.figures()
+        for label, value in [("log", self.log), ("connections", "2"), ("connections since the start", "3"), ("lines lost", "0"),
+                             ("connections turned away", "1"), ("lines written", "6"), ("lines in the queue", "0"),
+                             ("bytes in the log", str(os.path.getsize(self.log))), ("the log can be written", "1")]:
+            self.assertEqual(figures[label], value, label)
+        self.assertGreater(int(figures["bytes free for the log"]), 0)
+        metrics = vxlogd("--metrics", self.path(".log.status")).stdout.decode()
+        self.assertIn("# TYPE vxlogd_lines_written_total counter\nvxlogd_lines_written_total 6\n", metrics)
+        for line in metrics.splitlines():
+            self.assertRegex(line, r'^(# (HELP|TYPE) vxlogd_\w+ [\w ]+|vxlogd_\w+(\{path="[^"]+"\})? [0-9]+(\.[0-9])?)$')
+        self.assertEqual(os.stat(self.path(".log.status")).st_mode & 0o777, 0o600)
+        with socket.socket(socket.AF_UNIX) as silent:
+            silent.connect(self.path(".log.status"))
+            self.assertEqual(self.figures()["connections"], "2")
+        self.assertEqual(self.stop(), 0)
+        self.assertFails(vxlogd("--status", "--log=" + self.log), ".log.status: no such file")
+
+    def test_shows_why_clients_wait(self):
+        self.start("--backlog=50000")
+        hard = resource.prlimit(self.server.pid, resource.RLIMIT_FSIZE)[1]
+        resource.prlimit(self.server.pid, resource.RLIMIT_FSIZE, (20000, hard))
+        client = self.client("ack=1")
+        client.socket.setblocking(False)
+        with self.assertRaises(BlockingIOError):  # once the server does not read any more, its buffers are full
+            while True:
+                client.socket.send(b"line\n" * 10000)
+                self.figures()
+        client.socket.settimeout(PATIENCE)
+        client.hear("wait ")
+        figures = self.figures()
+        self.assertEqual((figures["the log cannot be written"], figures["the log can be written"]), ("the file is too large", "0"))
+        self.assertGreater(int(figures["lines in the queue"]), 10)
+        self.assertLess(int(figures["bytes in the queue"]), 60000)
+
+    def test_is_asked_of_one_server_at_a_path(self):
+        path = self.path("state")
+        self.start("--status-socket=" + path)
+        first, self.server = self.server, None
+        other = self.path("other")
+        arguments = ["--listen=127.0.0.1", "--log=" + other, "--status-socket=" + path]
+        self.assertFails(vxlogd(f"--port={self.port}", *arguments), f"port {self.port}: ")
+        self.assertFails(vxlogd("--port=0", *arguments), path + ": another server uses it")
+        self.assertFalse(os.path.exists(other))  # a server that cannot listen leaves the log alone
+        with contextlib.closing(self.client("ack=1").send(b"x\n").socket):
+            first.kill()
+            first.wait()
+            self.start("--status-socket=" + path, port=self.port)
+        self.assertIn(b"connections", vxlogd("--status", path).stdout)
+        self.assertFails(vxlogd("--port=0", "--log=" + self.write("none", b""), "--status-socket=" + self.path("none")), "none: ")
+        self.assertEqual(self.read("none"), b"")
+
+    def test_is_told_to_the_service_manager(self):
+        for name in [self.path("manager"), "\0vxlogd test " + self.folder]:
+            with self.subTest(name=name), socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+                manager.bind(name)
+                manager.settimeout(PATIENCE)
+                self.start(env={**os.environ, "NOTIFY_SOCKET": name.replace("\0", "@")})
+                self.assertEqual(manager.recv(100), b"READY=1")
+                before = time.monotonic_ns() // 1000
+                self.server.send_signal(signal.SIGHUP)
+                state, moment = manager.recv(100).decode().split("\n")
+                self.assertEqual(state, "RELOADING=1")
+                self.assertRegex(moment, r"^MONOTONIC_USEC=\d+$")
+                self.assertLessEqual(before, int(moment.split("=")[1]))
+                self.assertLessEqual(int(moment.split("=")[1]), time.monotonic_ns() // 1000)
+                self.assertEqual(manager.recv(100), b"READY=1")
+                self.assertEqual(self.stop(), 0)
+                self.assertEqual(manager.recv(100), b"STOPPING=1")
 
 
 class Rudeness(Served):

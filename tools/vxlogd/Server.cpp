@@ -172,6 +172,27 @@ std::uint64_t Server::stop()
     return m_log->getLost();
 }
 
+Counts Server::getCounts() const
+{
+    Counts counts {};
+    {
+        const std::lock_guard lock(m_servicesLock);
+        for (const Service& service : m_services)
+            counts.connections += service.shard->getSize();
+    }
+    counts.accepted = m_accepted;
+    counts.turnedAway = m_turnedAway;
+    counts.written = m_log->getWritten();
+    counts.lost = m_log->getLost();
+    const Backlog::Size queue = m_log->getBacklog().getSize();
+    counts.queuedLines = queue.lines;
+    counts.queuedBytes = queue.bytes;
+    if (const std::shared_ptr<const std::string> trouble = m_log->getTrouble())
+        counts.trouble = *trouble;
+    counts.path = m_log->getPath();
+    return counts;
+}
+
 void Server::wakeAll()
 {
     const std::lock_guard lock(m_servicesLock);
@@ -230,8 +251,11 @@ void Server::serve(std::unique_ptr<TcpWorkerSocket2> socket)
         if (least == nullptr || size < least->shard->getSize())
             least = &service;
     }
-    if (all >= m_limits.maxConnections)
+    ++m_accepted;
+    if (all >= m_limits.maxConnections) {
+        ++m_turnedAway;
         return; // closes it
+    }
     if (least == nullptr || (least->shard->getSize() > 0 && m_services.size() < mostThreads())) {
         Service service {new Shard(m_intake, m_limits), nullptr};
         service.thread = std::make_unique<vx::exec::Thread>(service.shard.get(), u"vxlogd serve");

@@ -3,6 +3,7 @@
 #include "Connection.h"
 #include "Log.h"
 #include "Settings.h"
+#include "Status.h"
 
 #include <vx/Reference.h>
 #include <vx/exec/Thread.h>
@@ -41,6 +42,8 @@ public:
     void change(const Settings& settings);
     /// Returns when all that was received is in the log, or cannot be written to it. Returns how many lines are lost.
     std::uint64_t stop();
+    /// May be called from any thread.
+    Counts getCounts() const;
 
 private:
     friend class Acceptor;
@@ -60,8 +63,10 @@ private:
         vx::Reference<Shard> shard;
         std::unique_ptr<vx::exec::Thread> thread;
     };
-    std::mutex m_servicesLock;
+    mutable std::mutex m_servicesLock;
     std::vector<Service> m_services; ///< changed by the acceptor only, under the lock
+    std::atomic<std::uint64_t> m_accepted = 0;
+    std::atomic<std::uint64_t> m_turnedAway = 0;
     std::atomic<bool> m_isStopping = false;
 };
 

@@ -27,6 +27,9 @@ namespace {
 
 constexpr std::string_view SET = "vxlogd";
 constexpr const char* CHECK_CONFIG = "check-config";
+constexpr const char* STATUS = "status";
+constexpr const char* METRICS = "metrics";
+constexpr std::string_view NOWHERE = "none"; // for the status socket
 
 /// Letter case does not count.
 bool isSameName(std::string_view left, std::string_view right)
@@ -185,6 +188,15 @@ constexpr SettingRow SETTINGS[] = {
             settings.sync = text == "yes";
         },
         [](const Settings& settings) { return std::string(settings.sync ? "yes" : "no"); }},
+    {{.name = "status-socket",
+         .value = "PATH",
+         .standard = ".LOG.status",
+         .help = "where --status and --metrics ask, beside the log; only for the user of the server; none is nowhere",
+         .takes = OptionRow::Takes::FILES},
+        [](Settings& settings, const std::string& text) { settings.statusSocket = nonEmpty(text); },
+        [](const Settings& settings) {
+            return settings.statusSocket == NOWHERE ? settings.statusSocket : statusPath(settings);
+        }},
 };
 
 using Problems = std::vector<std::string>;
@@ -253,6 +265,8 @@ const OptionTable& optionTable()
             .takes = OptionRow::Takes::FILES}};
         rows.push_back(
             {.name = CHECK_CONFIG, .help = "print what is wrong with the settings, or else all settings, and exit"});
+        rows.push_back({.name = STATUS, .help = "print the state of the running server and exit"});
+        rows.push_back({.name = METRICS, .help = "the same in the text format of Prometheus"});
         for (const SettingRow& row : SETTINGS)
             rows.push_back(row.option);
         rows.push_back(vxtools::COMPLETION_ROW);
@@ -264,6 +278,16 @@ const OptionTable& optionTable()
     return table;
 }
 
+/// The name beside the log begins with a dot, so that "LOG*" finds only logs.
+std::string statusPath(const Settings& settings)
+{
+    const std::string& path = settings.statusSocket;
+    if (!path.empty())
+        return path == NOWHERE ? std::string() : path;
+    const std::size_t name = settings.log.rfind('/') + 1; // 0 without a folder
+    return settings.log.substr(0, name) + "." + settings.log.substr(name) + ".status";
+}
+
 CommandLine readSettings(int argc, char** argv)
 {
     const vx::util::ParsedOptions given = vxtools::parseCommandLine(optionTable(), argc, argv);
@@ -272,11 +296,14 @@ CommandLine readSettings(int argc, char** argv)
         : given.has("version")    ? Task::VERSION
         : given.has("completion") ? Task::COMPLETION
         : given.has(CHECK_CONFIG) ? Task::CHECK_CONFIG
+        : given.has(STATUS)       ? Task::STATUS
+        : given.has(METRICS)      ? Task::METRICS
                                   : Task::SERVE;
     line.shell = given.find("completion").value_or("");
-    if (!given.getArguments().empty())
-        throw std::invalid_argument("what is \"" + given.getArguments().front() + "\"?");
-    if (line.task != Task::SERVE && line.task != Task::CHECK_CONFIG)
+    const bool asks = line.task == Task::STATUS || line.task == Task::METRICS;
+    if (given.getArguments().size() > (asks ? 1 : 0))
+        throw std::invalid_argument("what is \"" + given.getArguments().back() + "\"?");
+    if (line.task != Task::SERVE && line.task != Task::CHECK_CONFIG && !asks)
         return line;
     if (const std::string config = given.find("config").value_or(""); !config.empty())
         readFile(line.settings, config, line.problems);
@@ -284,6 +311,8 @@ CommandLine readSettings(int argc, char** argv)
         for (const std::string& text : given.getAll(row.option.name))
             set(line.settings, row, text, "--", line.problems);
     }
+    if (!given.getArguments().empty())
+        line.settings.statusSocket = given.getArguments().front();
     compare(line.settings, line.problems);
     if (line.task != Task::CHECK_CONFIG && !line.problems.empty())
         throw std::invalid_argument(line.problems.front());
@@ -302,17 +331,21 @@ std::string textOf(const Settings& settings)
 std::string usage()
 {
     return "Usage: vxlogd [-c FILE.ini] [OPTION]...\n"
+           "       vxlogd --check-config [-c FILE.ini] [OPTION]...\n"
+           "       vxlogd --status|--metrics [PATH]\n"
            "Writes the lines that clients send over TCP to a log.\n"
            "\n"
         + optionTable().getHelp()
         + "\n"
           "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
           "level of its lines, and whether it wants to hear \"ack N\" once its first N lines\n"
-          "are in the log.\n"
+          "are in the log, and \"wait REASON\" if the log cannot be written, for example\n"
+          "because the disk is full. The server tries again until it can.\n"
           "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
-          "opens the log anew and reads the settings again, all but listen, port and\n"
-          "workers.\n"
-          "The exit status is 0 for success, 1 for a failure, 2 for wrong settings.\n";
+          "opens the log anew and reads the settings again, all but listen, port, workers\n"
+          "and status-socket.\n"
+          "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
+          "settings.\n";
 }
 
 } // namespace vxlogd

@@ -24,6 +24,7 @@ struct Settings {
     std::size_t maxConnections = 1024;
     std::size_t backlog = 32 * 1024 * 1024;
     bool sync = false;
+    std::string statusSocket; ///< empty for the path beside the log
     vx::io::Rotation rotation;
 };
 
@@ -32,7 +33,10 @@ inline bool rotates(const Settings& settings)
     return settings.rotation.mostBytes > 0 || settings.rotation.every != vx::io::Rotation::Every::NEVER;
 }
 
-enum class Task { SERVE, CHECK_CONFIG, HELP, VERSION, COMPLETION };
+/// Where the server answers about its state; empty for nowhere.
+std::string statusPath(const Settings& settings);
+
+enum class Task { SERVE, CHECK_CONFIG, STATUS, METRICS, HELP, VERSION, COMPLETION };
 
 struct CommandLine {
     Task task = Task::SERVE;

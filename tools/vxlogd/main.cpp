@@ -2,7 +2,10 @@
 
 #include "Complaint.h"
 #include "Server.h"
+#include "ServiceManager.h"
 #include "Settings.h"
+#include "Status.h"
+#include "StatusSocket.h"
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Program.h"
@@ -12,6 +15,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -71,20 +75,54 @@ void changeSettings(Server& server, int argc, char** argv)
     }
 }
 
+/// Null if there is none, or if it cannot be opened and the user has not chosen its path: then `why` is the reason.
+/// There is none beside a device.
+std::unique_ptr<StatusSocket> openStatus(const Settings& settings, std::string& why)
+{
+    const std::string path = statusPath(settings);
+    const bool isChosen = !settings.statusSocket.empty();
+    std::error_code error;
+    const bool isFile
+        = std::filesystem::is_regular_file(settings.log, error) || !std::filesystem::exists(settings.log, error);
+    if (path.empty() || (!isChosen && !isFile))
+        return nullptr;
+    try {
+        return std::make_unique<StatusSocket>(path);
+    } catch (const vxtools::Failure& failure) {
+        if (isChosen)
+            throw;
+        why = failure.what();
+        return nullptr;
+    }
+}
+
 void serve(const Settings& settings, int argc, char** argv)
 {
     endAtOnceBySignals();
     allowManyDescriptors();
     std::unique_ptr<vx::net::TcpServerSocket2> socket = listenAt(settings);
     const sigset_t signals = holdSignals();
+    std::string whyNot;
+    std::unique_ptr<StatusSocket> opened = openStatus(settings, whyNot);
     Server server(settings, std::move(socket));
+    if (!whyNot.empty()) // a log that cannot be opened is worse, and is told alone
+        complain("--status cannot ask this server: " + whyNot);
+    Status status([&server] { return server.getCounts(); });
+    const std::unique_ptr<StatusSocket> statusSocket = std::move(opened); // ends before what it asks
     server.start();
+    if (statusSocket != nullptr)
+        statusSocket->start(status);
     std::printf("listening on %s\n", server.getAddresses().c_str());
     std::fflush(stdout);
+    tellManager("READY=1");
     for (int signal = 0; signal != SIGTERM && signal != SIGINT;) {
-        if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP)
+        if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP) {
+            tellManagerOfReload();
             changeSettings(server, argc, argv);
+            tellManager("READY=1");
+        }
     }
+    tellManager("STOPPING=1");
     if (const std::uint64_t lost = server.stop(); lost > 0)
         throw vxtools::Failure(settings.log, std::to_string(lost) + " received lines are not in the log");
 }
@@ -120,6 +158,10 @@ int main(int argc, char** argv)
             return;
         case Task::CHECK_CONFIG:
             result = check(line);
+            return;
+        case Task::STATUS:
+        case Task::METRICS:
+            vxtools::print(askStatus(statusPath(line.settings), line.task == Task::STATUS ? "status" : "metrics"));
             return;
         case Task::SERVE:
             serve(line.settings, argc, argv);

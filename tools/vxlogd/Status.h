@@ -1,0 +1,63 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+
+namespace vxlogd {
+
+/// What the parts of the server count.
+struct Counts {
+    std::size_t connections; ///< at the moment
+    std::uint64_t accepted; ///< connections since the start
+    std::uint64_t turnedAway; ///< connections beyond the limit
+    std::uint64_t written; ///< lines
+    std::uint64_t lost; ///< lines that were received and could not be written
+    std::size_t queuedLines; ///< received and not in the log yet
+    std::size_t queuedBytes; ///< their memory
+    std::string trouble; ///< why the log cannot be written; empty if it can
+    std::string path; ///< of the log
+};
+
+/// The state of the server at one moment.
+struct Figures {
+    Counts counts;
+    double uptime; ///< in seconds
+    double linesPerSecond; ///< of the last seconds
+    double fileBytes; ///< size of the log; negative if it is unknown, as the next one
+    double freeBytes; ///< on the file system of the log, for the user of the server
+};
+
+/// One figure on each line, for people.
+std::string toText(const Figures& figures);
+/// The text format of Prometheus, version 0.0.4.
+std::string toMetrics(const Figures& figures);
+
+/// Gathers the figures of a server. Any thread may call it.
+class Status {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit Status(std::function<Counts()> count);
+
+    Figures gather();
+    /// Call this about once a second: the rate of lines is measured between these moments.
+    void sample();
+
+private:
+    struct Sample {
+        Clock::time_point time;
+        std::uint64_t written;
+    };
+
+    const std::function<Counts()> m_count;
+    const Clock::time_point m_start = Clock::now();
+    std::mutex m_lock;
+    std::deque<Sample> m_samples;
+};
+
+} // namespace vxlogd

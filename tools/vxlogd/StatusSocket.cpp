@@ -1,0 +1,216 @@
+#include "StatusSocket.h"
+
+#include "common/Failure.h"
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <poll.h>
+#include <string_view>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vxlogd {
+
+namespace {
+
+using vxtools::Failure;
+
+class Descriptor {
+public:
+    explicit Descriptor(int number)
+        : m_number(number)
+    {
+    }
+    ~Descriptor()
+    {
+        if (m_number != -1)
+            ::close(m_number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return m_number; }
+    int release() { return std::exchange(m_number, -1); }
+
+private:
+    int m_number;
+};
+
+[[noreturn]] void fail(const std::string& path, int error)
+{
+    throw Failure(path, vxtools::textOfError(error));
+}
+
+sockaddr_un addressOf(const std::string& path)
+{
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        throw Failure(
+            path, "the path of a socket has at most " + std::to_string(sizeof address.sun_path - 1) + " bytes");
+    std::memcpy(address.sun_path, path.data(), path.size());
+    return address;
+}
+
+int openSocket(const std::string& path)
+{
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (socket == -1)
+        fail(path, errno);
+    return socket;
+}
+
+/// The error number; 0 for success.
+int connectTo(int socket, const std::string& path)
+{
+    const sockaddr_un address = addressOf(path);
+    return ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+int bindTo(int socket, const std::string& path)
+{
+    const sockaddr_un address = addressOf(path);
+    return ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+std::optional<struct stat> socketAt(const std::string& path)
+{
+    struct stat status { };
+    if (::lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode))
+        return status;
+    return std::nullopt;
+}
+
+/// A client that is silent, or does not read, is dropped.
+void limitTime(int socket)
+{
+    const timeval second {1, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &second, sizeof second);
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &second, sizeof second);
+}
+
+void sendAll(int socket, std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t count = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 1)
+            return;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+} // namespace
+
+StatusSocket::StatusSocket(const std::string& path)
+    : m_path(path)
+{
+    constexpr mode_t USER_ONLY = 0600;
+    constexpr int MOST_WAITING = 16;
+
+    Descriptor socket(openSocket(path));
+    ::fchmod(socket.get(), USER_ONLY); // the file of the socket gets this mode
+    int error = bindTo(socket.get(), path);
+    if (error == EADDRINUSE && socketAt(path)) {
+        const Descriptor other(openSocket(path));
+        if (connectTo(other.get(), path) != ECONNREFUSED)
+            throw Failure(path, "another server uses it");
+        ::unlink(path.c_str());
+        error = bindTo(socket.get(), path);
+    }
+    if (error != 0)
+        fail(path, error);
+    if (const auto status = socketAt(path)) {
+        m_device = status->st_dev;
+        m_inode = status->st_ino;
+    }
+    if (::listen(socket.get(), MOST_WAITING) != 0)
+        fail(path, errno);
+    m_socket = socket.release();
+}
+
+StatusSocket::~StatusSocket()
+{
+    m_isStopping = true;
+    ::shutdown(m_socket, SHUT_RDWR); // ends the wait of the thread
+    if (m_thread != nullptr)
+        m_thread->join();
+    ::close(m_socket);
+    const auto status = socketAt(m_path);
+    if (status && status->st_dev == m_device && status->st_ino == m_inode)
+        ::unlink(m_path.c_str());
+}
+
+void StatusSocket::start(Status& status)
+{
+    m_thread = std::make_unique<vx::exec::Thread>([this, &status] { run(status); });
+    m_thread->start();
+}
+
+void StatusSocket::run(Status& status)
+{
+    constexpr int SECOND = 1000;
+
+    while (!m_isStopping) {
+        pollfd waiting {m_socket, POLLIN, 0};
+        const int ready = ::poll(&waiting, 1, SECOND);
+        status.sample();
+        if (ready != 1 || m_isStopping)
+            continue;
+        const Descriptor client(::accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC));
+        if (client.get() != -1)
+            answer(client.get(), status);
+        else if (!m_isStopping)
+            vx::exec::Thread::sleep(SECOND); // no descriptor is free, say
+    }
+}
+
+void StatusSocket::answer(int client, Status& status)
+{
+    limitTime(client);
+    char bytes[64];
+    const ssize_t count = ::recv(client, bytes, sizeof bytes, 0);
+    if (count < 0)
+        return;
+    std::string_view request(bytes, static_cast<std::size_t>(count));
+    request = request.substr(0, request.find_first_of("\r\n"));
+    if (request.empty() || request == "status")
+        sendAll(client, toText(status.gather()));
+    else if (request == "metrics")
+        sendAll(client, toMetrics(status.gather()));
+    else
+        sendAll(client, "err the requests are status and metrics\n");
+}
+
+std::string askStatus(const std::string& path, const std::string& request)
+{
+    if (path.empty())
+        throw Failure("status-socket", "the settings name none");
+    const Descriptor socket(openSocket(path));
+    if (const int error = connectTo(socket.get(), path); error != 0)
+        fail(path, error);
+    sendAll(socket.get(), request + "\n");
+    std::string text;
+    char bytes[4096];
+    for (;;) {
+        const ssize_t count = ::recv(socket.get(), bytes, sizeof bytes, 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            fail(path, errno);
+        if (count == 0)
+            break;
+        text.append(bytes, static_cast<std::size_t>(count));
+    }
+    if (text.empty())
+        throw Failure(path, "the server does not answer");
+    return text;
+}
+
+} // namespace vxlogd

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Status.h"
+
+#include <vx/exec/Thread.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <sys/types.h>
+
+namespace vxlogd {
+
+/// Answers with the figures of the server on a Unix socket that only its user may open. A client sends "status" or
+/// "metrics" and a line feed, or nothing, which means "status".
+class StatusSocket {
+public:
+    /// Listens at `path`, but does not answer yet. Removes the socket of a server that was killed. Throws
+    /// vxtools::Failure, also if another server uses the path.
+    explicit StatusSocket(const std::string& path);
+    /// Removes the socket.
+    ~StatusSocket();
+    StatusSocket(const StatusSocket&) = delete;
+    StatusSocket& operator=(const StatusSocket&) = delete;
+
+    /// Answers on a thread. `status` must outlive this object.
+    void start(Status& status);
+
+private:
+    void run(Status& status);
+    void answer(int client, Status& status);
+
+    const std::string m_path;
+    int m_socket = -1;
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
+    std::atomic<bool> m_isStopping = false;
+    std::unique_ptr<vx::exec::Thread> m_thread;
+};
+
+/// What the server at `path` answers. Throws vxtools::Failure.
+std::string askStatus(const std::string& path, const std::string& request);
+
+} // namespace vxlogd
