@@ -79,6 +79,8 @@ VXSYS_API std::int32_t VXFileSeekToEnd(std::uint32_t handle, std::int64_t* posit
 VXSYS_API std::int32_t VXFileGetPosition(std::uint32_t handle, std::int64_t* position) noexcept;
 /// Makes the file `size` bytes long: truncates it, or appends zero bytes. The position does not change.
 VXSYS_API std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept;
+/// Sets the mode of the file, whatever the mask of the process is.
+VXSYS_API std::int32_t VXFileSetAccess(std::uint32_t handle, std::int32_t access) noexcept;
 /// Flushes to disk. Succeeds for a pipe or a terminal, which have nothing to flush.
 VXSYS_API std::int32_t VXFileFlush(std::uint32_t handle) noexcept;
 /// Identifies the file, whatever its name: two handles for one file give the same identity.

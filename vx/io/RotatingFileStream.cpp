@@ -211,6 +211,8 @@ String RotatingFileStream::rotate()
     throwIfFailed(result, u"rename", m_path);
     follow();
     m_nextTry = 0;
+    if (m_rotation.access != 0)
+        throwIfFailed(VXFileSetAccess(m_file->getHandle(), m_rotation.access), u"set the mode of", m_path);
 
     const String before = files.empty() ? String() : files.back().path;
     files.push_back({number, path});

@@ -37,6 +37,9 @@ struct Rotation {
     /// Called if a rotation or `onClosed` fails. The entry is in the file nevertheless. After a second, the next entry
     /// tries a failed rotation again.
     std::function<void(const Exception& failure)> onFailure {};
+
+    /// The mode of the file that a rotation creates, whatever the mask of the process is. 0 means 0700, less the mask.
+    std::int32_t access = 0;
 };
 
 /// Appends entries to a file that is replaced by a new one from time to time. Each `write` is one entry, which is

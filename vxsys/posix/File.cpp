@@ -220,6 +220,12 @@ std::int32_t VXFileTruncate(std::uint32_t handle, std::int64_t size) noexcept
     return VXResultFromNative(errorOf(retryOnSignal([&] { return ::ftruncate(descriptorOf(handle), size); })));
 }
 
+std::int32_t VXFileSetAccess(std::uint32_t handle, std::int32_t access) noexcept
+{
+    const auto mode = static_cast<mode_t>(access);
+    return VXResultFromNative(errorOf(retryOnSignal([&] { return ::fchmod(descriptorOf(handle), mode); })));
+}
+
 std::int32_t VXFileFlush(std::uint32_t handle) noexcept
 {
     // EINVAL and EROFS mean that the descriptor has no disk, not that a disk failed.
