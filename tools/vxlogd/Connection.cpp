@@ -33,7 +33,10 @@ Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake
     : m_socket(std::move(socket))
     , m_intake(intake)
     , m_limits(limits)
-    , m_progress(std::make_shared<Progress>(std::move(waker), number))
+    , m_waker(std::move(waker))
+    , m_number(number)
+    , m_progress(std::make_shared<Progress>(m_waker, m_number))
+    , m_owner(m_progress->takeOver(m_waker, m_number, 1))
     , m_peer(textOf(m_socket->getPeerAddress()))
     , m_level(limits.level)
 {
@@ -94,7 +97,7 @@ void Connection::goOn()
         m_lastSign = Clock::now();
     if (m_isRefused || m_isBroken)
         return;
-    if (m_wantsAnswers && m_output.empty() && state.done > m_answered) {
+    if (m_wantsAnswers && m_output.empty() && (state.done > m_answered || std::exchange(m_owesAnswer, false))) {
         m_output = "ack " + std::to_string(state.done) + "\n";
         m_answered = state.done;
         write();
@@ -130,8 +133,10 @@ void Connection::endIfSilent(Clock::time_point now)
 bool Connection::isOver() const
 {
     const Progress::State state = m_progress->state();
+    if (m_isLate)
+        return true; // its client has another connection, with the same progress
     return m_hasEnded && m_input.empty() && state.openLines == 0 && m_output.empty()
-        && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done == m_answered)));
+        && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done <= m_answered)));
 }
 
 /// The client keeps its lines until they are acknowledged, which may take long.
@@ -164,6 +169,8 @@ void Connection::takeLines()
         std::string_view line = rest.substr(0, end);
         rest.remove_prefix(end != rest.npos ? end + 1 : rest.size());
         if (!std::exchange(m_skipsLine, end == std::string_view::npos)) {
+            if (m_isNumbered && end == rest.npos && line.size() <= maxLine)
+                break; // the client sends the whole line on its next connection
             if (line.ends_with('\r'))
                 line.remove_suffix(1);
             takeLine(line.substr(0, maxLine), line.size() > maxLine);
@@ -179,14 +186,43 @@ void Connection::takeLine(std::string_view line, bool isCut)
         greet(line.substr(GREETING.size()));
         return;
     }
+    constexpr std::string_view SIGN_OF_LIFE = "\x16";
+    if (m_beats && line == SIGN_OF_LIFE)
+        return;
+    switch (m_progress->claim(m_owner, ++m_lines)) {
+    case Progress::Claim::NEW:
+        break;
+    case Progress::Claim::LATE:
+        m_hasEnded = m_isBroken = m_isLate = true; // the client sends this line again on its other connection
+        return;
+    case Progress::Claim::REPEATED:
+        return;
+    }
+    const int level = takeLevel(line);
     vx::String text = readableText(line);
     if (isCut)
         text.append(u" [cut]");
-    m_intake.submit(m_peer, m_level, text, {m_progress, ++m_lines, line.size()});
+    m_intake.submit(m_peer, level, text, {m_progress, m_lines, line.size()});
+}
+
+/// Removes the prefix "<3>".
+int Connection::takeLevel(std::string_view& line) const
+{
+    int level = m_level;
+    const std::size_t end = m_hasLevels && line.starts_with('<') ? line.find('>') : line.npos;
+    if (end == line.npos)
+        return m_level;
+    const auto [stop, error] = std::from_chars(line.data() + 1, line.data() + end, level);
+    if (error != std::errc() || stop != line.data() + end)
+        return m_level;
+    line.remove_prefix(end + 1);
+    return level;
 }
 
 void Connection::greet(std::string_view options)
 {
+    std::string_view client;
+    std::uint64_t first = 1;
     while (!options.empty()) {
         const std::string_view option = options.substr(0, options.find(' '));
         options.remove_prefix(std::min(option.size() + 1, options.size()));
@@ -195,16 +231,39 @@ void Connection::greet(std::string_view options)
         const std::size_t sign = option.find('=');
         const std::string_view name = option.substr(0, sign);
         const std::string_view value = option.substr(sign != option.npos ? sign + 1 : option.size());
+        const auto reads = [&](auto& number) {
+            const auto [stop, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+            return error == std::errc() && stop == value.data() + value.size();
+        };
         int number = 0;
-        const auto [stop, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-        const bool isNumber = error == std::errc() && stop == value.data() + value.size();
-        if (name == "level" && isNumber)
+        if (name == "level" && reads(number))
             m_level = number;
-        else if (name == "ack" && isNumber)
+        else if (name == "ack" && reads(number))
             m_wantsAnswers = number != 0;
-        else
-            return refuse("the greeting has options level=NUMBER and ack=0|1");
+        else if (name == "beat" && reads(number))
+            m_beats = number != 0;
+        else if (name == "prefix" && reads(number))
+            m_hasLevels = number != 0;
+        else if (name == "client" && Clients::isId(value))
+            client = value;
+        else if (name != "seq" || !reads(first) || first == 0)
+            return refuse(
+                "the greeting has options level=NUMBER, ack=0|1, beat=0|1, prefix=0|1, client=ID and seq=NUMBER");
     }
+    if (!client.empty())
+        resume(client, first);
+}
+
+void Connection::resume(std::string_view id, std::uint64_t first)
+{
+    m_progress = m_intake.getClients().find(id, m_waker, m_number);
+    m_owner = m_progress->takeOver(m_waker, m_number, first);
+    if (m_owner == 0)
+        return refuse("the log could not be written");
+    m_isNumbered = true;
+    m_lines = first - 1;
+    m_doneBefore = m_answered = m_progress->state().done;
+    m_owesAnswer = true;
 }
 
 void Connection::refuse(const std::string& reason)

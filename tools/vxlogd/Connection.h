@@ -58,7 +58,10 @@ private:
     void tellTrouble();
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
+    int takeLevel(std::string_view& line) const;
     void greet(std::string_view options);
+    /// Continues where the client `id` was when its last connection ended.
+    void resume(std::string_view id, std::uint64_t first);
     /// Tells the client why no more lines are accepted. What it still sends is read and dropped for some time: closing
     /// a socket with unread bytes resets the connection, and the client would not receive the reason.
     void refuse(const std::string& reason);
@@ -66,16 +69,24 @@ private:
     std::unique_ptr<vx::net::TcpWorkerSocket2> m_socket;
     Intake& m_intake;
     const Limits& m_limits;
-    const std::shared_ptr<Progress> m_progress;
+    const std::shared_ptr<Waker> m_waker;
+    const std::uint64_t m_number; ///< by which the waker knows the connection
+    std::shared_ptr<Progress> m_progress;
+    std::uint64_t m_owner; ///< the number of this connection at the progress
     vx::String m_peer;
     int m_level;
     bool m_wantsAnswers = false;
+    bool m_owesAnswer = false; ///< even if no line is done
+    bool m_beats = false; ///< whether a line may be only a sign of life
+    bool m_isNumbered = false; ///< the client sends again what was not acknowledged
+    bool m_hasLevels = false; ///< each line begins with its level
     bool m_isFirstLine = true;
     bool m_skipsLine = false; ///< the rest of a line that was too long
     bool m_hasEnded = false; ///< nothing more is read
     bool m_isRefused = false;
     bool m_isFinishing = false;
     bool m_isBroken = false; ///< nothing can be sent
+    bool m_isLate = false; ///< its client has another connection
     std::size_t m_lastBytes = 1024 * 1024; ///< the most that is read after the end was requested
     std::uint64_t m_lines = 0;
     std::uint64_t m_doneBefore = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Backlog.h"
+#include "Clients.h"
 #include "Receipt.h"
 #include "Settings.h"
 
@@ -105,11 +106,13 @@ public:
     /// Whether clients have to wait until lines before theirs are in the log.
     bool isFull() const { return m_file.getBacklog().isFull(); }
     std::shared_ptr<const std::string> getTrouble() const { return m_file.getTrouble(); }
+    Clients& getClients() { return m_clients; }
 
 private:
     LogFile& m_file;
     std::mutex m_lock;
     std::int64_t m_sequence = 0;
+    Clients m_clients;
     vx::Reference<vx::log::AsyncProcessor> m_processor;
 };
 

@@ -2,6 +2,7 @@
 
 #include <vx/String.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -50,6 +51,32 @@ Progress::Progress(std::shared_ptr<Waker> waker, std::uint64_t connection)
 {
 }
 
+std::uint64_t Progress::takeOver(std::shared_ptr<Waker> waker, std::uint64_t connection, std::uint64_t first)
+{
+    const std::lock_guard lock(m_lock);
+    if (m_state.hasFailed && m_state.openLines > 0)
+        return 0;
+    if (std::exchange(m_state.hasFailed, false))
+        m_claimed = m_state.done; // the failed lines come again
+    settle(first - 1);
+    m_claimed = std::max(m_claimed, m_state.done);
+    m_waker.swap(waker); // the old one is destroyed after the lock is released
+    m_connection = connection;
+    m_isTold = false;
+    return ++m_owner;
+}
+
+Progress::Claim Progress::claim(std::uint64_t owner, std::uint64_t line)
+{
+    const std::lock_guard lock(m_lock);
+    if (owner != m_owner)
+        return Claim::LATE;
+    if (line <= m_claimed)
+        return Claim::REPEATED;
+    m_claimed = line;
+    return m_ahead.contains(line) ? Claim::REPEATED : Claim::NEW;
+}
+
 void Progress::begin(std::size_t bytes)
 {
     const std::lock_guard lock(m_lock);
@@ -61,17 +88,13 @@ void Progress::finish(std::uint64_t line, std::size_t bytes)
 {
     {
         const std::lock_guard lock(m_lock);
-        if (line != m_state.done + 1)
+        if (line > m_state.done + 1)
             m_ahead.insert(line); // before the rest, because it may throw
         --m_state.openLines;
         m_state.openBytes -= bytes;
         if (line != m_state.done + 1)
             return;
-        m_state.done = line;
-        while (!m_ahead.empty() && *m_ahead.begin() == m_state.done + 1) {
-            ++m_state.done;
-            m_ahead.erase(m_ahead.begin());
-        }
+        settle(line);
     }
     tell();
 }
@@ -87,16 +110,35 @@ void Progress::fail(std::size_t bytes)
     tell();
 }
 
+/// Lines 1 to `line` are done, and those directly after them that are already in the log.
+void Progress::settle(std::uint64_t line)
+{
+    m_state.done = std::max(m_state.done, line);
+    while (!m_ahead.empty() && *m_ahead.begin() <= m_state.done + 1) {
+        m_state.done = std::max(m_state.done, *m_ahead.begin());
+        m_ahead.erase(m_ahead.begin());
+    }
+}
+
 Progress::State Progress::takeNews()
 {
+    const std::lock_guard lock(m_lock);
     m_isTold = false;
-    return state();
+    return m_state;
 }
 
 void Progress::tell()
 {
-    if (!m_isTold.exchange(true))
-        m_waker->wake(m_connection);
+    std::shared_ptr<Waker> waker;
+    std::uint64_t connection = 0;
+    {
+        const std::lock_guard lock(m_lock);
+        if (std::exchange(m_isTold, true))
+            return;
+        waker = m_waker;
+        connection = m_connection;
+    }
+    waker->wake(connection);
 }
 
 Progress::State Progress::state() const

@@ -41,12 +41,23 @@ private:
     bool m_isAwake = false; ///< one wake is enough until the news are taken
 };
 
-/// The progress of the lines of one connection. The connection adds each line, and the writer of the log marks lines as
+/// The progress of the lines of one client. Its connection adds each line, and the writer of the log marks lines as
 /// done, in any order.
 class Progress {
 public:
     /// `connection` is the number by which `waker` knows the connection.
     Progress(std::shared_ptr<Waker> waker, std::uint64_t connection);
+
+    /// Makes `connection` the only one whose lines are taken. The client says that all lines before `first` are
+    /// settled. Returns a number by which `claim` knows the connection; 0 while lines are open after a failure.
+    std::uint64_t takeOver(std::shared_ptr<Waker> waker, std::uint64_t connection, std::uint64_t first);
+    enum class Claim {
+        NEW,
+        REPEATED, ///< an earlier connection has brought the line
+        LATE ///< a later connection has taken over
+    };
+    /// Whether to log this line of the connection `owner`. A new one has to be passed to `begin`.
+    Claim claim(std::uint64_t owner, std::uint64_t line);
 
     void begin(std::size_t bytes);
     void finish(std::uint64_t line, std::size_t bytes);
@@ -63,12 +74,15 @@ public:
     State takeNews();
 
 private:
+    void settle(std::uint64_t line);
     void tell();
 
-    const std::shared_ptr<Waker> m_waker;
-    const std::uint64_t m_connection;
-    std::atomic<bool> m_isTold = false;
     mutable std::mutex m_lock;
+    std::shared_ptr<Waker> m_waker; ///< of the thread that serves the connection
+    std::uint64_t m_connection;
+    bool m_isTold = false; ///< that there are news
+    std::uint64_t m_owner = 0;
+    std::uint64_t m_claimed = 0; ///< lines 1 to this were claimed
     State m_state {};
     std::set<std::uint64_t> m_ahead; ///< lines that are in the log before an earlier one
 };

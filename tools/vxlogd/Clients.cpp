@@ -1,0 +1,56 @@
+#include "Clients.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vxlogd {
+
+namespace {
+
+constexpr std::size_t MOST_CLIENTS = 10'000;
+constexpr std::chrono::hours MEMORY(1);
+constexpr std::chrono::minutes BETWEEN_LOOKS(1);
+
+} // namespace
+
+bool Clients::isId(std::string_view id)
+{
+    constexpr std::size_t LENGTH = 32;
+    return id.size() == LENGTH && id.find_first_not_of("0123456789abcdef") == id.npos;
+}
+
+std::shared_ptr<Progress> Clients::find(
+    std::string_view id, const std::shared_ptr<Waker>& waker, std::uint64_t connection)
+{
+    const std::lock_guard lock(m_lock);
+    const Clock::time_point now = Clock::now();
+    if (m_clients.size() >= MOST_CLIENTS || now - m_lastLook >= BETWEEN_LOOKS)
+        forgetOld(now);
+    const auto [client, isNew] = m_clients.try_emplace(std::string(id));
+    if (isNew) {
+        try {
+            client->second.progress = std::make_shared<Progress>(waker, connection);
+        } catch (...) {
+            m_clients.erase(client);
+            throw;
+        }
+    }
+    client->second.lastSeen = now;
+    return client->second.progress;
+}
+
+void Clients::forgetOld(Clock::time_point now)
+{
+    m_lastLook = now;
+    for (auto client = m_clients.begin(); client != m_clients.end();) {
+        if (client->second.progress.use_count() > 1) // it has a connection
+            client->second.lastSeen = now;
+        client = now - client->second.lastSeen >= MEMORY ? m_clients.erase(client) : std::next(client);
+    }
+    if (m_clients.size() < MOST_CLIENTS)
+        return;
+    const auto oldest = std::ranges::min_element(m_clients, {}, [](const auto& each) { return each.second.lastSeen; });
+    m_clients.erase(oldest); // even if it has a connection, which keeps its progress
+}
+
+} // namespace vxlogd
