@@ -25,6 +25,12 @@ WRONG_COMMAND_LINES = [
     (["--to", "vxlog:localhost"], "vxlog:localhost"), (["--to", ""], "--to"), (["--to", "vxlog://localhost:0"], ":0"),
     (["--to", "vxlog://localhost?level=high"], "high"), (["--to", "vxlog://localhost", "-n", "x"], "--to"),
     (["--to", "vxlog://[::1]:0"], ":0"), (["--to", "vxlog://127.0.0.1%00.evil:9"], "%00"),
+    (["-e", "no-such"], "vxconv --list"), (["--mode", "640"], "--file"), (["-f", "x", "--mode", "448"], "448"),
+    (["-f", "x", "--keep", "3"], "--rotate-size"), (["--min-level", "3"], "--level-from"), (["--level-from", "json:"], "json:"),
+    (["--level-from", "prefix", "--min-level", "4", "--max-level", "3"], "--max-level"), (["--time", "utc"], "--fields timestamp"),
+    (["-n", "x", "--fields", "text"], "--fields name"), (["--spool", "x"], "--to"), (["--spool-size", "99999"], "--spool"),
+    (["--to", "vxlog://h", "--spool", ""], "empty"), (["--to", "vxlog://h?ack=0", "--spool", "x"], "ack=0"),
+    (["--to", "vxlog://h", "--format", "json"], "--to"), (["--to", "vxlog://h?retry=-1"], "-1"),
     (["--to", "vxlog://:7514"], ":7514"), (["--to", "vxlog://a b"], "a b"), (["--to", "vxlog://h:65536"], "65536"),
 ]
 
@@ -52,6 +58,11 @@ class Entries(tool.Scratch):
              [{"text": text} for text in ["a\ufffd", "\ufffdb", "x" * 40000 + "\ufffd", "y" * 25530 + "😀" * 20000, "\ufffd"]]),
             (["--fields", "text", "-e", "UTF-32BE"], "ab\ud800c".encode("utf-32-be", "surrogatepass"), [{"text": "ab\ufffdc"}]),
             (["--async", "1", "--fields", "text"], b"a\nb\nc\n", [{"text": text} for text in "abc"]),
+            (["--level-from", "prefix", "-l", "9", "--max-level", "8"], b"<3>a\n<8>b\n<3\nc\n<7>\n",
+             [{"level": "3", "text": "a"}, {"level": "7", "text": ""}]),
+            (["--level-from", "json:lv", "-l", "9"], b'{"x":{"lv":1},"lv":"Error"}\n{"s":"\\"}","lv" : 4 }\n{"lv":{}}\n["lv",2]\n',
+             [{"level": level, "text": text} for level, text in [("3", '{"x":{"lv":1},"lv":"Error"}'),
+              ("4", '{"s":"\\"}","lv" : 4 }'), ("9", '{"lv":{}}'), ("9", '["lv",2]')]]),
             ([], b"", []),
         ]:
             result = vxlog(*arguments, data=data)
@@ -85,6 +96,12 @@ class Entries(tool.Scratch):
         entries = [json.loads(line) for content in contents for line in content.splitlines()]
         self.assertEqual(entries, [{"level": 0, "name": "me", "text": text} for text in lines[-len(entries):]])
         self.assertGreater(len(entries), 60)
+
+    def test_gives_each_new_file_its_mode(self):
+        self.assertSucceeds(vxlog("-f", self.log, "--mode", "646", "--rotate-size", "50", data=b"line\n" * 5,
+                                  preexec_fn=lambda: os.umask(0o077)))
+        modes = {os.stat(self.path(name)).st_mode & 0o777 for name in os.listdir(self.folder)}
+        self.assertEqual((modes, len(os.listdir(self.folder)) > 3), ({0o646}, True))
 
     def test_appends_and_reads_files(self):
         self.write("in", b"one\ntwo\n")
@@ -134,7 +151,7 @@ class Faults(tool.Scratch):
         limit = tool.limited(resource.RLIMIT_FSIZE, 4096)
         for arguments, options, parts in [
             (["/no/such/input"], {}, ["/no/such/input", "no such file"]), (["/"], {}, ["/:", "directory"]),
-            (["-e", "no-such"], {}, ["no-such", "vxconv --list"]), (["-f", "/"], {}, ["/: is a directory"]),
+            (["-f", "/"], {}, ["/: is a directory"]),
             (["-f", "/no/such/folder/log"], {}, ["/no/such/folder/log", "no such file"]),
             (["-f", self.log.encode() + b"\xff"], {}, ["not UTF-8"]),
             (["-f", self.log], {"preexec_fn": limit}, [self.log, "too large"]),
@@ -155,7 +172,7 @@ class Faults(tool.Scratch):
             eval "$($VXLOG --completion=bash)"
             COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _vxlog; printf '%s\\n' "${COMPREPLY[@]}" """
         self.write("a file", b"")
-        for words, expected in [(["--es"], ["--escape"]), (["--fo"], ["--format="]), (["--format", "="], ["basic", "json", "xml"]),
+        for words, expected in [(["--es"], ["--escape"]), (["--fo"], ["--format="]), (["--format", "="], ["plain", "json", "xml", "basic"]),
                                 (["--format", "=", "x"], ["xml"]), (["--file", "a"], ["a file"]), (["a"], ["a file"]),
                                 (["--level", "a"], [""])]:
             run = subprocess.run(["bash", "-c", complete, "vxlog", "vxlog", *words], cwd=self.folder, check=True,
@@ -181,7 +198,7 @@ class Languages(tool.Scratch):
 
     def test_says_everything_in_each(self):
         self.write("log", b"x")
-        failures = [["-e", "no-such"], ["-f", "a\\b"], ["--format", "xml", "-f", self.log], ["--help"]]
+        failures = [["-f", "a\\b"], ["--format", "xml", "-f", self.log], ["--help"]]
         for arguments in [arguments for arguments, _ in WRONG_COMMAND_LINES] + failures:
             english = self.told(*arguments)
             self.assertEqual(self.told("--locale", "en_US", *arguments), english)

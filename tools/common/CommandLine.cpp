@@ -56,7 +56,7 @@ std::string inputOf(const ParsedOptions& options, const std::string& otherwise)
     return arguments.empty() ? otherwise : arguments.front();
 }
 
-int numberOf(const ParsedOptions& options, std::string_view name, int least, int most)
+std::int64_t numberOf(const ParsedOptions& options, std::string_view name, std::int64_t least, std::int64_t most)
 {
     try {
         return options.getNumber(name, least, most);

@@ -4,7 +4,7 @@
 
 #include <vx/util/OptionTable.h>
 
-#include <concepts>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -25,7 +25,8 @@ vx::util::ParsedOptions parseCommandLine(const vx::util::OptionTable& table, int
 std::string inputOf(const vx::util::ParsedOptions& options, const std::string& otherwise);
 
 /// The value of an option of the command line. Throws UsageError.
-int numberOf(const vx::util::ParsedOptions& options, std::string_view name, int least, int most);
+std::int64_t numberOf(
+    const vx::util::ParsedOptions& options, std::string_view name, std::int64_t least, std::int64_t most);
 
 /// Prints what --completion asks for.
 void printCompletion(

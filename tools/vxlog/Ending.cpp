@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vxlog {
 
@@ -51,13 +52,21 @@ bool endingWasAskedFor() noexcept
     return g_isEnding;
 }
 
-EndingInput::EndingInput(const Input& input)
+int endingDescriptor() noexcept
+{
+    return g_wake;
+}
+
+EndingInput::EndingInput(const Input& input, std::function<void()> beforeRead)
     : m_input(input)
+    , m_beforeRead(std::move(beforeRead))
 {
 }
 
 std::int32_t EndingInput::read(signed char* target, std::int32_t length)
 {
+    if (m_beforeRead)
+        m_beforeRead();
     for (;;) {
         pollfd waits[] = {{m_input.descriptor(), POLLIN, 0}, {g_wake, POLLIN, 0}};
         if (::poll(waits, std::size(waits), -1) < 0 && errno != EINTR)

@@ -1,16 +1,15 @@
 #include "Log.h"
 
 #include "Ending.h"
-#include "Sender.h"
+#include "Lines.h"
+#include "Sending.h"
 #include "Target.h"
 #include "Texts.h"
 #include "common/Failure.h"
 #include "common/FileName.h"
 #include "common/Input.h"
-#include "common/LossyReader.h"
 
 #include <vx/Exceptions.h>
-#include <vx/io/BufferedReader.h>
 #include <vx/io/EntryStream.h>
 #include <vx/io/FileOutputStream.h>
 #include <vx/io/OutputStreamWriter.h>
@@ -21,11 +20,13 @@
 #include <vx/log/Logger.h>
 #include <vx/log/MultiProcessor.h>
 #include <vx/log/XmlLogWriter.h>
-#include <vx/text/charset/CharsetException.h>
 
 #include <atomic>
+#include <fcntl.h>
 #include <iostream>
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vxlog {
 
@@ -33,9 +34,6 @@ using namespace vx;
 using namespace vxtools;
 
 namespace {
-
-/// The size of each buffer, in bytes or units.
-constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
 /// A rotation that fails is told once: the entries are in the file nevertheless.
 io::Rotation rotationOf(const Options& options)
@@ -48,14 +46,26 @@ io::Rotation rotationOf(const Options& options)
     return rotation;
 }
 
+/// Makes the file if it is missing, because the library would choose another mode.
+void makeFile(const std::string& path, unsigned int mode)
+{
+    const int file = vxtools::openFile(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (file >= 0) {
+        ::fchmod(file, mode); // the mask of the process does not count
+        ::close(file);
+    }
+}
+
 /// The destination of the log.
-Reference<io::OutputStream> openFile(const Options& options)
+Reference<io::OutputStream> openLog(const Options& options)
 {
     constexpr std::uint32_t STANDARD_OUTPUT = 1;
     if (options.file == "-")
         return new io::FileOutputStream(STANDARD_OUTPUT, false);
 
     const String path = canonicalPath(options.file);
+    if (options.mode)
+        makeFile(options.file, *options.mode);
     Reference<io::FileOutputStream> file;
     std::int64_t size = 0;
     try {
@@ -75,7 +85,7 @@ Reference<log::ILogProcessor> createWriter(const Options& options, const Text& n
 {
     const Reference<io::Writer> writer(
         new io::OutputStreamWriter(new io::EntryStream(file, false), u"UTF-8", BLOCK_SIZE));
-    if (options.format == Options::Format::BASIC)
+    if (options.format == Options::Format::PLAIN)
         return log::BasicLogWriter::create(writer.get());
     if (options.format == Options::Format::JSON)
         return log::JsonLogWriter::create(writer.get());
@@ -94,7 +104,6 @@ Reference<log::Logger> createLogger(const Options& options)
 {
     const Reference<log::Logger> logger
         = options.name ? log::Logger::create(String(*options.name)) : log::Logger::create();
-    logger->setDefaultLevel(options.level);
     logger->setTimes(options.times);
     if (options.fields) {
         for (const char16_t* field : {u"level", u"text", u"name"})
@@ -105,68 +114,19 @@ Reference<log::Logger> createLogger(const Options& options)
     return logger;
 }
 
-/// The lines of the input.
-class Lines {
-public:
-    Lines(const Options& options, const Input& input)
-        : m_name(input.name())
-    {
-        try {
-            m_reader = new io::BufferedReader(
-                new LossyReader(new EndingInput(input), String(options.encoding), BLOCK_SIZE), BLOCK_SIZE);
-        } catch (const text::charset::UnknownEncodingException&) {
-            throw Failure(UNKNOWN_ENCODING(options.encoding), SEE_LIST());
-        }
-    }
-
-    bool next(String& line)
-    {
-        try {
-            if (m_reader->readLine(line) < 0)
-                return false;
-            replaceLoneSurrogates(line);
-            return true;
-        } catch (const Exception& failure) {
-            throw Failure(m_name, textOf(failure));
-        }
-    }
-
-private:
-    Text m_name;
-    Reference<io::BufferedReader> m_reader;
-};
-
-void sendLines(Lines& lines, const Destination& destination)
-{
-    Sender sender(destination); // before the first read, so that a signal still ends the program at once
-    catchEndingSignals();
-    std::exception_ptr failure; // of the input, as below
-    try {
-        for (String line; lines.next(line);)
-            sender.send(line);
-    } catch (const Failure&) {
-        if (sender.hasFailed())
-            throw;
-        failure = std::current_exception();
-    }
-    sender.finish();
-    if (failure != nullptr)
-        std::rethrow_exception(failure);
-}
-
 } // namespace
 
-void log(const Options& options)
+void log(const Options& options, Messages& messages)
 {
     const Input input(options.input);
-    Lines lines(options, input);
     if (options.to) {
-        sendLines(lines, *options.to);
+        sendLines(options, input, messages);
         return;
     }
+    Lines lines(options, input);
     catchEndingSignals();
     const Text name = options.file == "-" ? STANDARD_OUTPUT() : Text(options.file);
-    const Reference<io::OutputStream> file = openFile(options);
+    const Reference<io::OutputStream> file = openLog(options);
     const Reference<Target> target(new Target(createWriter(options, name, file.get())));
     const Reference<log::Logger> logger = createLogger(options);
     Reference<log::AsyncProcessor> queue;
@@ -176,8 +136,8 @@ void log(const Options& options)
 
     std::exception_ptr failure; // of the input: what was read before is still written
     try {
-        for (String line; !target->hasFailed() && lines.next(line);)
-            logger->log(line);
+        for (Line line; !target->hasFailed() && lines.next(line);)
+            logger->log(line.level, line.text);
     } catch (const Failure&) {
         failure = std::current_exception();
     }

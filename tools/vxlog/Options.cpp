@@ -1,9 +1,11 @@
 #include "Options.h"
 
+#include "Levels.h"
 #include "Texts.h"
 #include "common/CommandLine.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <limits>
 #include <sstream>
@@ -23,6 +25,8 @@ using Every = vx::io::Rotation::Every;
 
 constexpr const char* FIELDS[] = {"sequence", "thread", "name", "timestamp", "level", "text"};
 constexpr int MOST_WORKERS = 64;
+constexpr std::int64_t MOST_BYTES = std::int64_t {1} << 50;
+constexpr std::int64_t LEAST_SPOOL = 64 * 1024;
 
 std::vector<std::string> fieldsOf(const std::string& list)
 {
@@ -38,13 +42,71 @@ std::vector<std::string> fieldsOf(const std::string& list)
     return fields;
 }
 
+unsigned int modeOf(const std::string& text)
+{
+    constexpr unsigned int MOST = 0777, OWNER_WRITES = 0200;
+    constexpr int OCTAL = 8;
+    unsigned int mode = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, mode, OCTAL);
+    if (error != std::errc() || stop != end || mode > MOST || (mode & OWNER_WRITES) == 0)
+        throw UsageError(NO_MODE(text));
+    return mode;
+}
+
+int intOf(const ParsedOptions& given, std::string_view name, int otherwise, int least = std::numeric_limits<int>::min(),
+    int most = std::numeric_limits<int>::max())
+{
+    return given.has(name) ? static_cast<int>(numberOf(given, name, least, most)) : otherwise;
+}
+
+/// Refuses what could not have its effect.
+void check(const ParsedOptions& given, const Options& options)
+{
+    if (options.to) {
+        for (const char* option : {"file", "format", "escape", "name", "fields", "time", "mode", "async", "rotate-size",
+                 "rotate-every", "keep"}) {
+            if (given.has(option))
+                throw UsageError(SERVER_DECIDES());
+        }
+    }
+    const auto need = [&](const char* option, bool isThere, const char* needed) {
+        if (given.has(option) && !isThere)
+            throw UsageError(NEEDS(std::string("--") + option, needed));
+    };
+    const auto hasField = [&](const char* name) {
+        return !options.fields || std::ranges::find(*options.fields, name) != options.fields->end();
+    };
+    if ((rotates(options) || given.has("keep")) && (options.file == "-" || options.format == Options::Format::XML))
+        throw UsageError(NO_ROTATION());
+    if (options.escape && options.format != Options::Format::XML)
+        throw UsageError(ESCAPE_IS_XML());
+    need("keep", rotates(options), "--rotate-size, --rotate-every");
+    need("mode", options.file != "-", "--file");
+    need("name", hasField("name"), "--fields name");
+    need("level", hasField("level"), "--fields level");
+    need("time", options.fields && hasField("timestamp"), "--fields timestamp");
+    need("spool", options.to.has_value(), "--to");
+    need("spool-size", !options.spool.empty(), "--spool");
+    if (given.has("level-from") && !Levels::isForm(options.levelFrom))
+        throw UsageError(NO_LEVEL_SOURCE(options.levelFrom));
+    need("min-level", !options.levelFrom.empty(), "--level-from");
+    need("max-level", !options.levelFrom.empty(), "--level-from");
+    if (options.leastLevel > options.mostLevel)
+        throw UsageError(NO_LEVEL_RANGE());
+    if (!options.spool.empty() && !options.to->wantsAnswers)
+        throw UsageError(SPOOL_NEEDS_ACK());
+}
+
 constexpr Message HELP_HEAD {u"vxlog.help",
     "Usage: vxlog [OPTION]... [INPUT]\n"
     "Appends each line of INPUT to a log, as one entry."};
 constexpr Message HELP_FOOT {u"vxlog.help.more",
     "INPUT is standard input where it is missing or \"-\". What its encoding cannot read becomes U+FFFD.\n"
-    "Several processes may append to one basic FILE at once. Each entry is in the file, whole, before\n"
+    "Several processes may append to one plain FILE at once. Each entry is in the file, whole, before\n"
     "the next line is read (without --async), and all are on the disk at the end.\n"
+    "With --to a lost connection is opened again, and what was not acknowledged is sent again. If the\n"
+    "server is away for too long, or if lines are lost or still wait, the exit status is 1.\n"
     "SIGTERM, SIGINT and SIGHUP end the reading; what has been read is written.\n"
     "The exit status is 0 when all was written, 1 for a failure, 2 for a wrong command line."};
 
@@ -60,12 +122,21 @@ const OptionTable& optionTable()
                 .help = "append to FILE, made when missing (standard output)",
                 .takes = OptionRow::Takes::FILES},
             {.name = "format",
-                .value = "basic|json|xml",
-                .help = "basic: lines \"name=value\", a line of hyphens (basic);\n"
+                .value = "plain|json|xml|basic",
+                .help = "plain: lines \"name=value\", a line of hyphens (plain); basic is its old name;\n"
                         "json: an object on one line;\n"
                         "xml: a document of its own, in a new or empty FILE"},
             {.name = "escape", .help = "in xml: markup in a line is text; otherwise it stays markup"},
+            {.name = "mode", .value = "OCTAL", .help = "the mode of a new FILE, such as 640 (700 less the umask)"},
             {.name = "level", .letter = 'l', .value = "N", .help = "the level of each entry (0)"},
+            {.name = "level-from",
+                .value = "SOURCE",
+                .help = "take the level from each line that has one: prefix: \"<3>\" before its text, as the system's "
+                        "journal takes it; json:FIELD: a number or a name such as \"error\" in an object of JSON"},
+            {.name = "min-level", .value = "N", .help = "drop lines of a lower level"},
+            {.name = "max-level",
+                .value = "N",
+                .help = "drop lines of a higher level; in the journal a higher level is a smaller matter"},
             {.name = "name", .letter = 'n', .value = "NAME", .help = "the logger's name, in a field of each entry"},
             {.name = "fields",
                 .value = "LIST",
@@ -77,8 +148,8 @@ const OptionTable& optionTable()
                         "has it"},
             {.name = "rotate-size",
                 .value = "BYTES",
-                .help
-                = "begin a new FILE before it gets larger; the older ones are FILE.000001, FILE.000002 and so on"},
+                .help = "begin a new FILE before it gets larger; 0 is never. The older ones are FILE.000001, "
+                        "FILE.000002 and so on"},
             {.name = "rotate-every",
                 .value = "hour|day",
                 .help = "begin a new FILE with each hour or day of local time"},
@@ -91,8 +162,14 @@ const OptionTable& optionTable()
             {.name = "to",
                 .value = "URI",
                 .help
-                = "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1; with ack=1 it is an error "
-                  "if they are not all in its log"},
+                = "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1&retry=SECONDS&beat=SECONDS; "
+                  "ack=0 does not ask whether they are in its log, retry is how long it may be away (60), and beat "
+                  "how often an idle vxlog sends a sign of life (30; 0 is never)"},
+            {.name = "spool",
+                .value = "FOLDER",
+                .help = "with --to: keep lines in FOLDER while the server is away; the next vxlog with it sends them",
+                .takes = OptionRow::Takes::FILES},
+            {.name = "spool-size", .value = "BYTES", .help = "the most that FOLDER may hold (268435456)"},
             {.name = "locale",
                 .value = "LOCALE",
                 .help = "speak the language of LOCALE, such as de_AT, where its messages are registered as a component "
@@ -131,41 +208,41 @@ Options parseOptions(int argc, char** argv)
     if (const std::optional<std::string> format = given.find("format"))
         options.format = *format == "xml" ? Options::Format::XML
             : *format == "json"           ? Options::Format::JSON
-                                          : Options::Format::BASIC;
+                                          : Options::Format::PLAIN;
+    if (const std::optional<std::string> mode = given.find("mode"))
+        options.mode = modeOf(*mode);
     if (const std::optional<std::string> time = given.find("time"))
         options.times = *time == "utc" ? Times::RFC_3339_UTC
             : *time == "locale"        ? Times::AS_THE_LOCALE_WRITES
                                        : Times::RFC_3339;
-    constexpr int LARGEST = std::numeric_limits<int>::max();
     if (given.has("rotate-size"))
-        options.rotation.mostBytes = numberOf(given, "rotate-size", 1, LARGEST);
+        options.rotation.mostBytes = numberOf(given, "rotate-size", 0, MOST_BYTES);
     if (const std::optional<std::string> every = given.find("rotate-every"))
         options.rotation.every = *every == "hour" ? Every::HOUR : Every::DAY;
-    if (given.has("keep"))
-        options.rotation.keepFiles = numberOf(given, "keep", 1, LARGEST);
+    options.rotation.keepFiles = intOf(given, "keep", 0, 1);
+    options.rotation.access = static_cast<std::int32_t>(options.mode.value_or(0));
     options.escape = given.has("escape");
-    if (given.has("level"))
-        options.level = numberOf(given, "level", std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+    options.level = intOf(given, "level", 0);
+    options.leastLevel = intOf(given, "min-level", options.leastLevel);
+    options.mostLevel = intOf(given, "max-level", options.mostLevel);
+    options.levelFrom = given.find("level-from").value_or("");
     options.name = given.find("name");
     if (const std::optional<std::string> fields = given.find("fields"))
         options.fields = fieldsOf(*fields);
-    if (given.has("async"))
-        options.workers = numberOf(given, "async", 1, MOST_WORKERS);
+    options.workers = intOf(given, "async", 0, 1, MOST_WORKERS);
     options.encoding = given.find("encoding").value_or(options.encoding);
     options.shell = given.find("completion").value_or("");
     if (const std::optional<std::string> to = given.find("to"))
         options.to = parseDestination(*to);
+    options.spool = given.find("spool").value_or("");
+    if (given.has("spool-size"))
+        options.spoolBytes = numberOf(given, "spool-size", LEAST_SPOOL, MOST_BYTES);
     options.input = inputOf(given, options.input);
-    if (options.input.empty() || options.file.empty())
+    if (options.input.empty() || options.file.empty() || (given.has("spool") && options.spool.empty()))
         throw UsageError(EMPTY_FILE_NAME());
-    if (options.to && (options.file != "-" || options.name || options.fields || options.workers > 0 || options.escape))
-        throw UsageError(SERVER_DECIDES());
+    check(given, options);
     if (options.to && !options.to->level)
         options.to->level = options.level;
-    if ((rotates(options) || given.has("keep")) && (options.file == "-" || options.format == Options::Format::XML))
-        throw UsageError(NO_ROTATION());
-    if (options.escape && options.format != Options::Format::XML)
-        throw UsageError(ESCAPE_IS_XML());
     return options;
 }
 

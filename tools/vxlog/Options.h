@@ -1,12 +1,14 @@
 #pragma once
 
-#include "Sender.h"
+#include "Destination.h"
 #include "common/Messages.h"
 
 #include <vx/io/RotatingFileStream.h>
 #include <vx/log/Logger.h>
 #include <vx/util/OptionTable.h>
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,13 +17,17 @@ namespace vxlog {
 
 struct Options {
     enum class Task { LOG, HELP, VERSION, COMPLETION };
-    enum class Format { BASIC, XML, JSON };
+    enum class Format { PLAIN, XML, JSON };
 
     Task task = Task::LOG;
     std::string file = "-";
-    Format format = Format::BASIC;
+    std::optional<unsigned int> mode; ///< of a new file
+    Format format = Format::PLAIN;
     bool escape = false;
     int level = 0;
+    std::string levelFrom; ///< see Levels; empty: each line has the level above
+    int leastLevel = std::numeric_limits<int>::min();
+    int mostLevel = std::numeric_limits<int>::max();
     std::optional<std::string> name;
     std::optional<std::vector<std::string>> fields; ///< none: the logger's default
     int workers = 0; ///< 0: without a queue
@@ -31,7 +37,12 @@ struct Options {
     std::string input = "-";
     std::string shell; ///< that of a completion
     std::optional<Destination> to; ///< send the lines there instead of writing a log
+    std::string spool; ///< the folder where they wait for the server; empty: memory
+    std::int64_t spoolBytes = std::int64_t {256} << 20;
 };
+
+/// The size of each buffer, in bytes or units.
+inline constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
 inline bool rotates(const Options& options)
 {

@@ -1,182 +1,388 @@
 #include "Sender.h"
 
+#include "Ending.h"
 #include "Texts.h"
 #include "common/Failure.h"
 
-#include <vx/net/SocketResult.h>
-#include <vx/net/UriReference.h>
-
 #include <algorithm>
-#include <cctype>
+#include <cerrno>
 #include <charconv>
-#include <netdb.h>
-#include <netinet/in.h>
-#include <string_view>
-#include <sys/socket.h>
+#include <iterator>
+#include <poll.h>
+#include <utility>
 
 namespace vxlog {
 
+using namespace std::chrono_literals;
+using vxtools::Failure;
+using vxtools::Text;
+
 namespace {
 
-using vx::net::TcpClientSocket2;
-using vxtools::Failure;
-using vxtools::UsageError;
+constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+constexpr auto CONNECT_TIME = 30s;
+constexpr auto FIRST_PAUSE = 100ms;
+constexpr auto LONGEST_PAUSE = 10'000ms;
+constexpr auto TIME_AFTER_SIGNAL = 10s; ///< for what has been read
+constexpr auto TIME_FOR_ANSWERS = 5s; ///< at least, at the end of the input
 
-/// The number of a parameter, whose name may be in any letter case; the last one of that name.
-std::optional<int> numberIn(const vx::net::UriReference& uri, std::string_view name)
-{
-    std::optional<int> number;
-    for (const vx::net::UriReference::Parameter& each : uri.getParameters()) {
-        if (!std::ranges::equal(name, each.name, {}, {}, [](unsigned char byte) { return std::tolower(byte); }))
-            continue;
-        const char* end = each.value.data() + each.value.size();
-        const auto [stop, error] = std::from_chars(each.value.data(), end, number.emplace());
-        if (error != std::errc() || stop != end)
-            throw UsageError(NO_PARAMETER(std::string(name), each.value));
-    }
-    return number;
-}
+constexpr auto NEVER = std::chrono::steady_clock::time_point::max();
 
-std::string textOf(ENUM_VX_E_SOCKET result)
+int millisecondsUntil(std::chrono::steady_clock::time_point time)
 {
-    return vx::String(VXGetDescriptionFromVX_E_SOCKET(result)).toUtf8();
-}
-
-std::string nameOf(const Destination& destination)
-{
-    const bool isAddress = destination.host.find(':') != std::string::npos;
-    return (isAddress ? "[" + destination.host + "]" : destination.host) + ":" + std::to_string(destination.port);
-}
-
-/// The reason that the server gave for ending the connection; empty if it gave none.
-std::string reasonIn(const std::string& heard)
-{
-    constexpr std::string_view ERROR = "err ";
-    const std::size_t error = heard.rfind(ERROR);
-    if (error == heard.npos)
-        return {};
-    const std::size_t begin = error + ERROR.size();
-    return heard.substr(begin, heard.find('\n', begin) - begin);
+    if (time == NEVER)
+        return -1;
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(time - std::chrono::steady_clock::now());
+    return static_cast<int>(std::clamp<std::int64_t>(rest.count(), 0, 3'600'000));
 }
 
 } // namespace
 
-Destination parseDestination(const std::string& text)
+Sender::Sender(const Destination& destination, const Policy& policy, Backlog& backlog, Teller& teller)
+    : m_destination(destination)
+    , m_policy(policy)
+    , m_name(nameOf(destination))
+    , m_backlog(backlog)
+    , m_teller(teller)
+    , m_firstOfRun(backlog.range().first)
 {
-    const std::optional<vx::net::UriReference> parsed = vx::net::UriReference::parse(std::string_view(text));
-    const vx::net::UriReference uri = parsed ? parsed->normalized() : vx::net::UriReference();
-    Destination destination;
-    destination.host = uri.getHostName();
-    const bool isWhole
-        = destination.host.find('\0') == std::string::npos; // the system would look up the part before it
-    if (uri.getScheme() != "vxlog" || destination.host.empty() || !isWhole)
-        throw UsageError(NO_DESTINATION(text));
-    if (!uri.getPortText().value_or("").empty()) {
-        destination.port = uri.getPort().value_or(0);
-        if (destination.port == 0)
-            throw UsageError(NO_PORT(text));
-    }
-    destination.level = numberIn(uri, "level");
-    destination.wantsAnswers = numberIn(uri, "ack").value_or(0) != 0;
-    return destination;
 }
 
-Sender::Sender(const Destination& destination)
-    : m_name(nameOf(destination))
-    , m_wantsAnswers(destination.wantsAnswers)
+Sender::~Sender()
 {
-    connect(destination);
-    m_waiting
-        = "VXLOG level=" + std::to_string(destination.level.value_or(0)) + " ack=" + (m_wantsAnswers ? "1\n" : "0\n");
+    m_isStopping = true;
+    wake();
+    if (m_thread.joinable())
+        m_thread.join();
 }
 
-void Sender::send(const vx::String& line)
+void Sender::connect()
 {
-    constexpr std::size_t BLOCK_SIZE = 64 * 1024;
-    m_waiting += line.toUtf8();
-    m_waiting += '\n';
-    ++m_lines;
-    if (m_waiting.size() >= BLOCK_SIZE)
-        flush();
+    const auto wait = [](int descriptor, short events) {
+        pollfd one {descriptor, events, 0};
+        return ::poll(&one, 1, static_cast<int>(CONNECT_TIME / 1ms)) > 0;
+    };
+    if (!openLink(wait))
+        throw Failure(m_name, m_reason);
+}
+
+void Sender::start()
+{
+    m_thread = std::thread([this] {
+        try {
+            run();
+        } catch (...) {
+            m_failure = std::current_exception();
+            m_hasFailed = true;
+        }
+        m_link.reset();
+        m_isAway = true;
+        m_room.set();
+    });
+}
+
+void Sender::waitForRoom()
+{
+    pollfd wait {m_room.descriptor(), POLLIN, 0};
+    while (::poll(&wait, 1, -1) < 0 && errno == EINTR)
+        ;
+    m_room.clear();
+    check();
+}
+
+void Sender::check() const
+{
+    if (m_hasFailed)
+        std::rethrow_exception(m_failure);
 }
 
 void Sender::finish()
 {
-    flush();
-    if (const ENUM_VX_E_SOCKET result = m_socket->shutdownOutput(); result != VX_E_SOCKET_OK)
-        fail(textOf(result));
-    const std::string heard = hearAll();
-    if (const std::string reason = reasonIn(heard); !reason.empty())
-        fail(reason);
-    if (!m_wantsAnswers || m_lines == 0)
-        return;
-    std::uint64_t answered = 0;
-    if (const std::size_t last = heard.rfind("ack "); last != heard.npos && heard.ends_with('\n'))
-        std::from_chars(heard.data() + last + 4, heard.data() + heard.size(), answered);
-    if (answered != m_lines)
-        fail(NOT_ACKNOWLEDGED(answered, m_lines));
+    m_isEnding = true;
+    wake();
+    m_thread.join();
+    check();
 }
 
-void Sender::connect(const Destination& destination)
+void Sender::run()
 {
-    addrinfo hints {};
-    hints.ai_socktype = SOCK_STREAM;
-    ENUM_VX_E_SOCKET result = VX_E_SOCKET_HOST_NOT_FOUND;
-    for (std::uint32_t index = 0; m_socket == nullptr; ++index) {
-        vx_sockaddr_union address {};
-        const ENUM_VX_E_SOCKET found
-            = vx::net::TcpSocket2::getAddrInfo(destination.host.c_str(), destination.port, &hints, index, &address);
-        if (found != VX_E_SOCKET_OK)
-            fail(textOf(index == 0 ? found : result));
-        TcpClientSocket2* made = nullptr;
-        result = TcpClientSocket2::createTcpClientSocket2(address.generic.sa_family, SOCK_STREAM, 0, &made);
-        std::unique_ptr<TcpClientSocket2> socket(made);
-        if (result == VX_E_SOCKET_OK)
-            result = socket->connect(
-                &address, address.generic.sa_family == AF_INET ? sizeof address.in4 : sizeof address.in6);
-        if (result == VX_E_SOCKET_OK)
-            m_socket = std::move(socket);
+    const auto wait = [this](int descriptor, short events) {
+        const Clock::time_point until = Clock::now() + CONNECT_TIME;
+        while (!m_isStopping && Clock::now() < until) {
+            if (waitFor(descriptor, events, until))
+                return true;
+        }
+        return false;
+    };
+    for (bool isDone = false; !isDone && !m_isStopping;) {
+        if (m_link != nullptr || openLink(wait)) {
+            isDone = serve();
+            m_link.reset();
+        }
+        if (!isDone && !m_isStopping) {
+            lose();
+            isDone = m_isEnding && isAllDone();
+            if (!isDone)
+                pause();
+        }
+    }
+    if (m_mayHaveLost && !m_isStopping)
+        giveUp(LOST_ON_THE_WAY());
+}
+
+bool Sender::openLink(const Link::Wait& wait)
+{
+    m_reason.clear();
+    m_link = Link::open(m_destination, wait, m_reason);
+    if (m_link == nullptr && m_reason.empty())
+        m_reason = vxtools::textOfError(ETIMEDOUT);
+    return m_link != nullptr;
+}
+
+/// True when all is done, false if the connection is lost.
+bool Sender::serve()
+{
+    greet();
+    for (;;) {
+        m_wake.clear();
+        const bool isEnding = m_isEnding; // before the look at the backlog
+        if (!sendAll() || !hearAll())
+            return m_hasEndedOutput && m_reason.empty();
+        if (m_isStopping)
+            return true;
+        Clock::time_point until = NEVER;
+        if (m_rest.empty()) {
+            if (isEnding && isAllDone()) {
+                if (m_destination.wantsAnswers)
+                    return true;
+                if (!std::exchange(m_hasEndedOutput, true))
+                    m_link->endOutput(); // a server that cannot log the lines still says so
+            } else if (beats()) {
+                until = m_lastSent + m_destination.beat;
+            }
+            if (Clock::now() >= until) {
+                m_output = "\x16\n";
+                m_rest = m_output;
+                continue;
+            }
+        }
+        waitFor(m_link->descriptor(), static_cast<short>(m_rest.empty() ? POLLIN : POLLIN | POLLOUT), until);
     }
 }
 
-void Sender::flush()
+void Sender::greet()
 {
-    const std::string waiting = std::move(m_waiting);
-    m_waiting.clear();
-    for (std::string_view rest = waiting; !rest.empty();) {
-        std::int32_t count = 0;
-        const ENUM_VX_E_SOCKET result = m_socket->send(rest.data(), static_cast<unsigned int>(rest.size()), 0, &count);
-        if (result == VX_E_SOCKET_OK) {
-            rest.remove_prefix(static_cast<std::size_t>(count));
-        } else if (result != VX_E_SOCKET_EINTR) {
-            const std::string reason = reasonIn(hearAll());
-            fail(reason.empty() ? textOf(result) : reason);
+    m_begin = m_next = m_backlog.range().first;
+    m_isHeard = false;
+    m_hasEndedOutput = false;
+    m_heard.clear();
+    m_output = "VXLOG level=" + std::to_string(m_policy.level) + " ack=" + (m_destination.wantsAnswers ? "1" : "0");
+    if (m_policy.hasLevels)
+        m_output += " prefix=1";
+    if (beats())
+        m_output += " beat=1";
+    if (m_destination.wantsAnswers && !m_isOldServer)
+        m_output += " client=" + m_backlog.id() + " seq=" + std::to_string(m_begin);
+    m_output += '\n';
+    m_rest = m_output;
+    if (!m_destination.wantsAnswers)
+        advance();
+}
+
+bool Sender::beats() const
+{
+    return m_destination.beat > 0s && !m_isOldServer;
+}
+
+/// False if the connection is lost.
+bool Sender::sendAll()
+{
+    for (;;) {
+        if (m_rest.empty()) {
+            acknowledge(m_destination.wantsAnswers ? m_acknowledged : m_next - 1);
+            m_output.clear();
+            m_next += m_backlog.read(m_next, m_output, BLOCK_SIZE);
+            m_rest = m_output;
+            if (m_rest.empty())
+                return true;
+        }
+        switch (m_link->send(m_rest)) {
+        case Link::Result::DONE:
+            m_lastSent = Clock::now();
+            break;
+        case Link::Result::LATER:
+            return true;
+        case Link::Result::CLOSED:
+        case Link::Result::BROKEN:
+            m_reason = m_link->reason();
+            hearAll(); // the server may have given a better reason
+            return false;
         }
     }
 }
 
-std::string Sender::hearAll()
+/// False if the connection is lost.
+bool Sender::hearAll()
 {
-    constexpr std::size_t MOST = 4096; // only the last answers matter
-    std::string heard;
-    char piece[1024];
     for (;;) {
-        std::int32_t count = 0;
-        const ENUM_VX_E_SOCKET result = m_socket->recv(piece, sizeof piece, 0, &count);
-        if (result == VX_E_SOCKET_EINTR)
-            continue;
-        if (result != VX_E_SOCKET_OK || count < 1)
-            return heard;
-        heard.append(piece, static_cast<std::size_t>(count));
-        if (heard.size() > MOST)
-            heard.erase(0, heard.size() - MOST / 2);
+        const Link::Result result = m_link->receive(m_heard);
+        std::size_t begin = 0;
+        for (std::size_t end; (end = m_heard.find('\n', begin)) != m_heard.npos; begin = end + 1)
+            hear(std::string_view(m_heard).substr(begin, end - begin));
+        m_heard.erase(0, begin);
+        if (m_heard.size() > BLOCK_SIZE)
+            m_heard.clear(); // no answer is so long
+        if (result == Link::Result::LATER)
+            return true;
+        if (result != Link::Result::DONE) {
+            if (m_reason.empty())
+                m_reason = m_link->reason();
+            return false;
+        }
     }
 }
 
-void Sender::fail(const vxtools::Text& why)
+void Sender::hear(std::string_view answer)
 {
-    m_hasFailed = true;
-    throw Failure(m_name, why);
+    constexpr std::string_view ACK = "ack ", ERROR = "err ", WAIT = "wait ";
+    if (answer.starts_with(ACK) && m_destination.wantsAnswers) {
+        const char* const end = answer.data() + answer.size();
+        std::uint64_t last = 0;
+        const auto [stop, error] = std::from_chars(answer.data() + ACK.size(), end, last);
+        if (error != std::errc() || stop != end)
+            return;
+        // A server that does not know clients counts from 1 on each connection.
+        m_isOldServer = m_isOldServer || last + 1 < m_begin;
+        last += m_isOldServer ? m_begin - 1 : 0;
+        if (last >= m_backlog.range().end)
+            giveUp(KNOWS_MORE());
+        m_isHeard = true;
+        m_isAway = false;
+        advance();
+        acknowledge(last);
+    } else if (answer.starts_with(WAIT)) {
+        m_reason = answer.substr(WAIT.size());
+        m_isAway = true;
+        m_room.set();
+        tellLoss();
+    } else if (answer.starts_with(ERROR)) {
+        m_reason = answer.substr(ERROR.size());
+        m_isRefused = m_reason.starts_with("the greeting has") && !m_isHeard && !m_isOldServer;
+        if (m_isRefused && m_policy.hasLevels)
+            giveUp(NO_LEVELS());
+        if (!m_isRefused && !m_policy.keeps)
+            giveUp(m_reason);
+    }
+}
+
+void Sender::acknowledge(std::uint64_t last)
+{
+    m_acknowledged = std::max(m_acknowledged, last);
+    last = std::min(m_acknowledged, m_next - 1); // the rest has to be read, because the server counts what it receives
+    if (m_backlog.range().first > last)
+        return;
+    m_backlog.acknowledge(last);
+    m_room.set();
+    advance();
+}
+
+/// The server works.
+void Sender::advance()
+{
+    m_lastProgress = Clock::now();
+    m_awaySince.reset();
+    m_isLossTold = false;
+    m_pause = {};
+    m_reason.clear();
+}
+
+void Sender::lose()
+{
+    m_isAway = true;
+    m_room.set();
+    if (std::exchange(m_isRefused, false)) {
+        m_isOldServer = true; // greet it as it expects, at once
+        return;
+    }
+    m_mayHaveLost = m_mayHaveLost || (!m_destination.wantsAnswers && m_next > m_begin);
+    if (m_reason.empty())
+        m_reason = vxtools::textOfError(ECONNRESET);
+    if (!m_awaySince)
+        m_awaySince = Clock::now();
+    m_pause = std::clamp<std::chrono::milliseconds>(2 * m_pause, FIRST_PAUSE, LONGEST_PAUSE);
+    if (m_policy.keeps && m_isEnding)
+        giveUp(m_reason);
+    checkPatience();
+    if (!(m_isEnding && isAllDone()))
+        tellLoss();
+}
+
+void Sender::tellLoss()
+{
+    if (!std::exchange(m_isLossTold, true))
+        m_teller.tell(TRYING_AGAIN(m_name, m_reason));
+}
+
+/// Between half of the time and all of it, so that the clients of a server that was away do not all come at once.
+void Sender::pause()
+{
+    std::uniform_int_distribution<std::int64_t> part(m_pause.count() / 2, m_pause.count());
+    const Clock::time_point until = Clock::now() + std::chrono::milliseconds(part(m_random));
+    while (!m_isStopping && Clock::now() < until) {
+        waitFor(-1, 0, until);
+        m_wake.clear();
+        if (m_policy.keeps && m_isEnding)
+            return; // for a last try
+    }
+}
+
+bool Sender::waitFor(int descriptor, short events, Clock::time_point until)
+{
+    checkPatience();
+    pollfd waits[] = {{descriptor, events, 0}, {m_wake.descriptor(), POLLIN, 0},
+        {m_signalSince ? -1 : endingDescriptor(), POLLIN, 0}};
+    ::poll(waits, std::size(waits), millisecondsUntil(std::min(until, patienceEnd())));
+    return waits[0].revents != 0;
+}
+
+/// When to give up; it depends on what is known by now.
+Sender::Clock::time_point Sender::patienceEnd()
+{
+    const Clock::time_point now = Clock::now();
+    if (m_isEnding && !m_endingSince)
+        m_endingSince = now;
+    if (endingWasAskedFor() && !m_signalSince)
+        m_signalSince = now;
+    Clock::time_point end = m_signalSince ? *m_signalSince + TIME_AFTER_SIGNAL : NEVER;
+    if (m_awaySince && !m_policy.keeps) {
+        if (isAllDone())
+            m_awaySince = now; // nothing can be lost
+        else
+            end = std::min(end, *m_awaySince + m_destination.retry);
+    }
+    if (m_endingSince)
+        end = std::min(end, std::max(*m_endingSince, m_lastProgress) + std::max(m_destination.retry, TIME_FOR_ANSWERS));
+    return end;
+}
+
+void Sender::checkPatience()
+{
+    if (Clock::now() >= patienceEnd())
+        giveUp(m_reason.empty() ? vxtools::textOfError(ETIMEDOUT) : m_reason);
+}
+
+bool Sender::isAllDone() const
+{
+    const Backlog::Range range = m_backlog.range();
+    return range.first == range.end;
+}
+
+void Sender::giveUp(const Text& why)
+{
+    const std::uint64_t all = m_backlog.range().end - m_firstOfRun;
+    if (all == 0 || !m_destination.wantsAnswers)
+        throw Failure(m_name, why);
+    throw Failure(m_name, NOT_ACKNOWLEDGED(why, m_backlog.range().first - m_firstOfRun, all));
 }
 
 } // namespace vxlog

@@ -1,52 +1,124 @@
 #pragma once
 
-#include "common/Messages.h"
+#include "Backlog.h"
+#include "Destination.h"
+#include "Link.h"
+#include "Teller.h"
+#include "Wake.h"
 
-#include <vx/String.h>
-#include <vx/net/TcpClientSocket2.h>
-
+#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
+#include <random>
 #include <string>
+#include <string_view>
+#include <thread>
 
 namespace vxlog {
 
-/// The destination of the lines, given as a URI: vxlog://HOST:PORT?level=3&ack=1.
-struct Destination {
-    std::string host;
-    unsigned short port = 7514;
-    std::optional<int> level;
-    bool wantsAnswers = false;
-};
-
-/// Throws UsageError that says what is wrong with the URI.
-Destination parseDestination(const std::string& text);
-
-/// Sends lines to a vxlogd. Throws a Failure that names the server.
+/// Sends the lines of a backlog to a vxlogd, on a thread of its own. A lost connection is opened again, and what the
+/// server has not acknowledged is sent again. The numbers of the lines let the server drop what it already has.
 class Sender {
 public:
-    explicit Sender(const Destination& destination);
+    struct Policy {
+        int level = 0;
+        bool hasLevels = false; ///< each line begins with its level: "<3>text"
+        bool keeps = false; ///< the backlog outlives this program, so that the server may be away
+    };
 
-    void send(const vx::String& line);
-    /// Returns when the server has accepted all lines and, if the URI requires it, has confirmed that they are in its
-    /// log.
-    void finish();
+    /// The backlog must outlive this object.
+    Sender(const Destination& destination, const Policy& policy, Backlog& backlog, Teller& teller);
+    ~Sender();
+    Sender(const Sender&) = delete;
+    Sender& operator=(const Sender&) = delete;
+
+    /// Connects before `start` instead of on the thread. Throws Failure.
+    void connect();
+    void start();
+
+    /// Call this after appending to the backlog.
+    void wake() noexcept { m_wake.set(); }
+    /// Returns when there may be room in the backlog, or when the server is away. Throws Failure if the thread has
+    /// failed.
+    void waitForRoom();
+    /// Whether the server is known not to accept lines at the moment.
+    bool isAway() const noexcept { return m_isAway; }
     bool hasFailed() const noexcept { return m_hasFailed; }
+    /// Throws the failure of the thread if there is one.
+    void check() const;
+
+    /// Returns when the server has confirmed that all lines are in its log, or without answers, when it has accepted
+    /// them. Throws Failure if it does not.
+    void finish();
 
 private:
-    void connect(const Destination& destination);
-    void flush();
-    /// Reads the answers of the server until it ends the connection.
-    std::string hearAll();
-    [[noreturn]] void fail(const vxtools::Text& why);
+    using Clock = std::chrono::steady_clock;
 
-    std::string m_name;
-    bool m_wantsAnswers;
-    std::unique_ptr<vx::net::TcpClientSocket2> m_socket;
-    std::string m_waiting;
-    std::uint64_t m_lines = 0;
-    bool m_hasFailed = false;
+    void run();
+    bool openLink(const Link::Wait& wait);
+    bool serve();
+    void greet();
+    bool beats() const;
+    bool sendAll();
+    bool hearAll();
+    void hear(std::string_view answer);
+    void acknowledge(std::uint64_t last);
+    void advance();
+    void lose();
+    void tellLoss();
+    void pause();
+    /// Waits for the events, a wake, a signal or a time. True if the descriptor is ready.
+    bool waitFor(int descriptor, short events, Clock::time_point until);
+    Clock::time_point patienceEnd();
+    void checkPatience();
+    bool isAllDone() const;
+    [[noreturn]] void giveUp(const vxtools::Text& why);
+
+    const Destination m_destination;
+    const Policy m_policy;
+    const std::string m_name;
+    Backlog& m_backlog;
+    Teller& m_teller;
+    const std::uint64_t m_firstOfRun;
+
+    // Of the connection.
+    std::unique_ptr<Link> m_link;
+    std::uint64_t m_begin = 1; ///< its first line
+    std::uint64_t m_next = 1; ///< the next line to be read from the backlog
+    std::string m_output;
+    std::string_view m_rest; ///< of the output
+    std::string m_heard;
+    bool m_isHeard = false; ///< the server has acknowledged something
+    bool m_isRefused = false; ///< the server does not understand the greeting
+    bool m_hasEndedOutput = false;
+    Clock::time_point m_lastSent;
+
+    // Of the server.
+    bool m_isOldServer = false; ///< it knows neither clients nor signs of life
+    std::uint64_t m_acknowledged = 0;
+    Clock::time_point m_lastProgress;
+    std::optional<Clock::time_point> m_awaySince;
+    std::string m_reason; ///< why it is away
+    bool m_isLossTold = false;
+    bool m_mayHaveLost = false; ///< lines that no answer confirms
+    std::chrono::milliseconds m_pause {};
+    std::minstd_rand m_random {std::random_device()()};
+
+    // Of the input.
+    std::optional<Clock::time_point> m_endingSince;
+    std::optional<Clock::time_point> m_signalSince;
+
+    Wake m_wake; ///< for the thread
+    Wake m_room; ///< for the thread that appends
+    std::atomic<bool> m_isEnding {false}; ///< nothing more is appended
+    std::atomic<bool> m_isStopping {false}; ///< without a wait for answers
+    std::atomic<bool> m_isAway {false};
+    std::atomic<bool> m_hasFailed {false};
+    std::exception_ptr m_failure; ///< set before `m_hasFailed`
+    std::thread m_thread;
 };
 
 } // namespace vxlog

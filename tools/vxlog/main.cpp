@@ -23,7 +23,7 @@ void run(const Options& options, Messages& messages)
         printCompletion(optionTable(), options.shell);
         return;
     case Options::Task::LOG:
-        vxlog::log(options);
+        vxlog::log(options, messages);
     }
 }
 

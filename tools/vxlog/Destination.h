@@ -1,0 +1,25 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace vxlog {
+
+/// The destination of the lines, given as a URI: vxlog://HOST:PORT?level=3&ack=1&beat=30&retry=60.
+struct Destination {
+    std::string host;
+    unsigned short port = 7514;
+    std::optional<int> level;
+    bool wantsAnswers = true;
+    std::chrono::seconds beat {30}; ///< between signs of life of an idle client; 0 for none
+    std::chrono::seconds retry {60}; ///< how long the server may be away
+};
+
+/// Throws UsageError that says what is wrong with the URI.
+Destination parseDestination(const std::string& text);
+
+/// "host:7514" or "[::1]:7514".
+std::string nameOf(const Destination& destination);
+
+} // namespace vxlog
