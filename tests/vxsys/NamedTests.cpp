@@ -3,6 +3,7 @@
 #include "Scratch.h"
 #include "tests/Random.h"
 #include "tests/Threads.h"
+#include "tests/Told.h"
 #include "vxsys/Result.h"
 #include "vxsys/detail/ObjectName.h"
 
@@ -116,76 +117,69 @@ TEST(NamedSemaphore, ComesBackFromAProcessThatDies)
         {"all of three", 3, 3, 1, 3, true}, {"signals belong to no process", 0, 0, 2, 2, true},
         {"a signal after a lock", 2, 1, 4, 5, true}};
     for (const auto& row : cases) {
-        const std::string name = ownName("death");
-        const Named here(name, row.value);
+        SCOPED_TRACE(row.name);
+        const Named here(ownName("death"), row.value);
         HoldingChild holder([&] {
             for (int i = 0; i < row.taken; ++i)
                 here.wait();
             for (int i = 0; i < row.posted; ++i)
                 here.post();
         });
+        std::optional<Doing> waiter;
+        if (here.value() == 0) {
+            waiter.emplace([&] { here.wait(); }).awaitWaiting();
+            {
+                const Named other(ownName("death"), 1);
+            }
+            EXPECT_EQ(VXNamedSemClose(here.m_handle), code(0x800700AA)) << "a thread waits";
+        }
+        const auto killed = Clock::now();
         holder.kill();
         if (row.isWaitedFor) {
-            EXPECT_EQ(holder.wait(), -SIGKILL) << row.name;
+            EXPECT_EQ(holder.wait(), -SIGKILL);
         }
-        EXPECT_EQ(here.valueSoon(row.left), row.left) << row.name;
+        if (waiter) {
+            waiter.reset();
+            EXPECT_LT(Clock::now() - killed, 1s);
+            here.post();
+        }
+        EXPECT_EQ(here.valueSoon(row.left), row.left);
         for (int i = 0; i < row.left; ++i)
             EXPECT_TRUE(here.tryWait()) << row.name;
         EXPECT_EQ(VXSemaphoreTryWait(here.m_handle), RESULT_TIMED_OUT) << row.name;
     }
 }
 
-TEST(NamedSemaphore, LetsABlockedThreadInWithinASecondOfAKill)
-{
-    const std::string name = ownName("blocked");
-    const Named here(name, 1);
-    std::optional<Named> other(std::in_place, name, 1U);
-    HoldingChild holder([&] { here.wait(); });
-    Doing waiter([&] { here.wait(); });
-    waiter.awaitWaiting();
-    other.reset();
-    EXPECT_EQ(VXNamedSemClose(here.m_handle), code(0x800700AA)) << "a thread waits";
-    const auto killed = Clock::now();
-    holder.kill();
-    waiter.join();
-    EXPECT_LT(Clock::now() - killed, 1s);
-}
-
 TEST(NamedObjects, StartAfreshWhenAllHaveGone)
 {
     const std::string name = ownName("fresh");
     for (const std::string_view way : {"closed", "left open", "killed", "another program"}) {
+        SCOPED_TRACE(way);
         Child only([&](Child::Side& side) {
-            std::optional<Named> semaphore(std::in_place, name, 5U);
-            std::optional<Memory> memory(std::in_place, name, 100);
-            semaphore->wait();
-            std::memset(memory->m_address, 'x', 100);
-            if (way == "closed") {
-                semaphore.reset();
-                memory.reset();
+            {
+                const Named semaphore(name, 5U);
+                const Memory memory(name, 100);
+                semaphore.wait();
+                std::memset(memory.m_address, 'x', 100);
+                if (way == "left open")
+                    ::_exit(0);
+                if (way == "another program")
+                    ::execl("/bin/sleep", "sleep", "1000", nullptr);
+                if (way == "killed")
+                    ::raise(SIGKILL);
             }
-            side.tell('o');
-            if (way == "left open")
-                ::_exit(0);
-            if (way == "another program")
-                ::execl("/bin/sleep", "sleep", "1000", nullptr);
+            side.tell('c');
             side.hear();
         });
-        EXPECT_EQ(only.hear(), 'o') << way;
-        if (way == "killed")
-            only.kill();
-        if (way == "another program") {
-            EXPECT_EQ(only.hear(), '\0') << "closed on exec";
-        } else if (way != "closed") {
+        EXPECT_EQ(only.hear(), way == "closed" ? 'c' : '\0') << "all is closed";
+        if (way != "closed" && way != "another program")
             only.wait();
-        }
         {
             const Named next(name, 7);
-            EXPECT_EQ(next.value(), 7) << way;
             const Memory memory(name, 200);
-            EXPECT_EQ(std::count(memory.as<char>(), memory.as<char>() + 200, '\0'), 200) << way;
+            EXPECT_EQ((Told {next.value(), std::count(memory.as<char>(), memory.as<char>() + 200, '\0')}), "7 200");
         }
-        EXPECT_FALSE(hasFile(name)) << way;
+        EXPECT_FALSE(hasFile(name));
     }
 }
 
@@ -241,20 +235,16 @@ TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)
                 std::filesystem::remove_all(entry.path());
         }
     };
-    const std::pair<const char*, std::function<void()>> traps[] = {
-        {"none", [] {}},
-        {"another user's", [&] { EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0); }},
-        {"open to others",
-            [&] {
-                EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
-                EXPECT_EQ(::chown(folder.c_str(), user, user), 0);
-                EXPECT_EQ(::chmod(folder.c_str(), 0770), 0);
-            }},
-        {"a link", [&] { EXPECT_EQ(::symlink("/tmp", folder.c_str()), 0); }},
-    };
-    for (const auto& [name, trap] : traps) {
-        SCOPED_TRACE(name);
-        trap();
+    for (const std::string_view trap : {"none", "another user's", "open to others", "a link"}) {
+        SCOPED_TRACE(trap);
+        if (trap == "a link") {
+            EXPECT_EQ(::symlink("/tmp", folder.c_str()), 0);
+        } else if (trap != "none") {
+            EXPECT_EQ(::mkdir(folder.c_str(), 0700), 0);
+        }
+        if (trap == "open to others") {
+            EXPECT_TRUE(::chown(folder.c_str(), user, user) == 0 && ::chmod(folder.c_str(), 0770) == 0);
+        }
         std::list<Child> openers; // all open an object at the same moment that none has opened before
         for (int i = 0; i < COUNT; ++i) {
             openers.emplace_back([&](Child::Side& side) {
@@ -262,9 +252,8 @@ TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)
                 ASSERT_EQ(::setuid(user), 0);
                 side.tell('r');
                 side.hear();
-                VXHandle handle = nullptr;
-                EXPECT_EQ(VXNamedSemOpen("x", COUNT, &handle), 0);
-                EXPECT_EQ(VXSemaphoreWait(handle), 0);
+                const Named shared("x", COUNT);
+                shared.wait();
                 side.tell('t');
                 side.hear();
             });
@@ -275,13 +264,11 @@ TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)
             opener.tell('g');
         for (const Child& opener : openers)
             EXPECT_EQ(opener.hear(), 't');
-        if (name != "none"sv)
+        if (trap != "none")
             std::filesystem::remove_all(folder); // now the first name is free, but the others use another folder
         Child last([&](Child::Side&) {
             ASSERT_EQ(::setuid(user), 0);
-            VXHandle handle = nullptr;
-            EXPECT_EQ(VXNamedSemOpen("x", COUNT, &handle), 0);
-            EXPECT_EQ(VXSemaphoreTryWait(handle), RESULT_TIMED_OUT);
+            EXPECT_EQ(Named("x", COUNT).value(), 0);
         });
         EXPECT_EQ(last.wait(), 0);
         openers.clear();
@@ -296,10 +283,8 @@ TEST(NamedObjects, AreClearedByTheNextOpenOfAnyNameWhenTheirUsersWereKilled)
     std::list<HoldingChild> holders;
     for (const std::string& name : names) {
         holders.emplace_back([&] {
-            VXHandle semaphore = nullptr;
-            std::uint32_t memory = 0;
-            EXPECT_EQ(VXNamedSemOpen(name.c_str(), 1, &semaphore), 0);
-            EXPECT_EQ(VXSharedMemOpen(name.c_str(), VX_FILE_WRITE, VX_SHARED_MEMORY_CREATE, 100, &memory), 0);
+            new Named(name, 1); // never closed
+            new Memory(name, 100);
         });
     }
     holders.clear();

@@ -35,6 +35,7 @@ public:
 
     const std::filesystem::path& getPath() const { return m_path; }
     std::filesystem::path operator/(const char* name) const { return m_path / name; }
+    std::ptrdiff_t countEntries() const { return std::distance(std::filesystem::directory_iterator(m_path), {}); }
 
     /// The path as the platform layer writes it.
     std::u16string full(const char* name = "") const

@@ -1,6 +1,7 @@
 #include "vxsys/Time.h"
 
 #include "Scratch.h"
+#include "tests/Told.h"
 #include "vxsys/Result.h"
 
 #include <gtest/gtest.h>
@@ -32,10 +33,10 @@ TEST(Time, BreaksSecondsDownAsTheCalendarDoes)
         EXPECT_EQ(result < 0, static_cast<int>(date.year()) < 0) << seconds;
         if (result < 0)
             continue;
-        EXPECT_EQ(std::tuple(time.year, time.month, time.day, time.dayOfWeek, time.hour, time.minute, time.second),
-            std::tuple(static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), std::chrono::weekday(days).c_encoding(), clock.hours().count(),
-                clock.minutes().count(), clock.seconds().count()))
+        EXPECT_EQ((Told {time.year, time.month, time.day, time.dayOfWeek, time.hour, time.minute, time.second}),
+            (Told {int(date.year()), unsigned(date.month()), unsigned(date.day()),
+                std::chrono::weekday(days).c_encoding(), clock.hours().count(), clock.minutes().count(),
+                clock.seconds().count()}))
             << seconds;
     }
     STRUCT_VX_TIME time;
@@ -67,9 +68,10 @@ TEST(Time, SeesAZoneThatChangesAtRunTime)
             ASSERT_EQ(VXTimeGetSystem(&after), RESULT_OK);
         } while (before.minute != after.minute || before.second / 30 != after.second / 30);
         const int isLate = row.ahead != row.toldAhead && before.second >= 30 ? 1 : 0;
-        EXPECT_EQ(minuteOf(local), (minuteOf(before) + row.ahead + isLate + DAY) % DAY) << row.zone;
-        EXPECT_EQ(minuteOf(zoned), (minuteOf(before) + row.toldAhead + DAY) % DAY) << row.zone;
-        EXPECT_EQ(ahead, row.toldAhead) << row.zone;
+        const int minute = minuteOf(before) + DAY;
+        EXPECT_EQ((Told {minuteOf(local), minuteOf(zoned), ahead}),
+            (Told {(minute + row.ahead + isLate) % DAY, (minute + row.toldAhead) % DAY, row.toldAhead}))
+            << row.zone;
     }
 }
 
@@ -82,10 +84,8 @@ TEST(Time, OpensTheUsersLocaleOnceForEachName)
         VXTimeFormatTime(&time, text, sizeof text);
         const int before = g_openedLocales;
         for (int round = 0; round < 3; ++round) {
-            EXPECT_EQ(VXTimeFormatDate(&time, 0, text, sizeof text), RESULT_OK) << locale;
-            EXPECT_STREQ(text, "01/15/26") << locale;
-            EXPECT_EQ(VXTimeFormatTime(&time, text, sizeof text), RESULT_OK) << locale;
-            EXPECT_STREQ(text, "13:05:09") << locale;
+            EXPECT_EQ((Told {VXTimeFormatDate(&time, 0, text, sizeof text), text}), "0 01/15/26") << locale;
+            EXPECT_EQ((Told {VXTimeFormatTime(&time, text, sizeof text), text}), "0 13:05:09") << locale;
         }
         EXPECT_EQ(g_openedLocales, before) << locale;
     }

@@ -1,10 +1,10 @@
 #include "tests/Outcome.h"
+#include "tests/vxsys/Scratch.h"
 #include "vx/Result.h"
 #include "vx/exec/SharedLibrary.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 #include <utility>
 
@@ -13,12 +13,7 @@ namespace {
 
 bool isMapped(const std::string& path)
 {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        if (line.find(path) != line.npos)
-            return true;
-    }
-    return false;
+    return contentOf("/proc/self/maps").find(path) != std::string::npos;
 }
 
 TEST(SharedLibrary, IsInTheProcessAsLongAsTheObjectLives)

@@ -17,15 +17,9 @@ namespace {
 
 class Work final : public Object, public IRunnable {
 public:
-    explicit Work(std::function<void*()> work, sync::Semaphore* destroyed = nullptr)
+    explicit Work(std::function<void*()> work)
         : m_work(std::move(work))
-        , m_destroyed(destroyed)
     {
-    }
-    ~Work() noexcept override
-    {
-        if (m_destroyed != nullptr)
-            m_destroyed->signal();
     }
 
     VX_OBJECT_UNKNOWN(Object)
@@ -33,7 +27,6 @@ public:
 
 private:
     std::function<void*()> m_work;
-    sync::Semaphore* m_destroyed;
 };
 
 TEST(Thread, RunsAndIsJoinedAndRunsAgain)
@@ -71,12 +64,8 @@ TEST(Thread, LeavesTheRunnableToTheRunningThread)
 {
     sync::Semaphore mayEnd(0), destroyed(0);
     {
-        Thread thread(new Work(
-            [&]() -> void* {
-                mayEnd.wait();
-                return nullptr;
-            },
-            &destroyed));
+        const std::shared_ptr<void> released(nullptr, [&](void*) { destroyed.signal(); });
+        Thread thread(new Work([&mayEnd, released]() -> void* { return mayEnd.wait(), nullptr; }));
         thread.start();
     }
     EXPECT_FALSE(destroyed.tryWait());
@@ -86,21 +75,19 @@ TEST(Thread, LeavesTheRunnableToTheRunningThread)
 
 TEST(Thread, GivesTheStackThatWasAskedFor)
 {
-    std::size_t size = 0;
-    Reference<Work> task(new Work([&]() -> void* {
-        pthread_attr_t attributes;
-        EXPECT_EQ(::pthread_getattr_np(::pthread_self(), &attributes), 0);
-        void* address = nullptr;
-        EXPECT_EQ(::pthread_attr_getstack(&attributes, &address, &size), 0);
-        ::pthread_attr_destroy(&attributes);
-        return nullptr;
-    }));
     for (const unsigned int wished : {1U << 20, 16U << 20, 256U << 20}) {
-        Thread thread(task.get());
+        Thread thread([&] {
+            pthread_attr_t attributes;
+            void* address = nullptr;
+            std::size_t size = 0;
+            EXPECT_EQ(::pthread_getattr_np(::pthread_self(), &attributes), 0);
+            EXPECT_EQ(::pthread_attr_getstack(&attributes, &address, &size), 0);
+            ::pthread_attr_destroy(&attributes);
+            EXPECT_NEAR(static_cast<double>(size), wished, 64 * 1024);
+        });
         thread.setStackSize(wished);
         thread.start();
         thread.join();
-        EXPECT_NEAR(static_cast<double>(size), wished, 64 * 1024);
     }
 }
 

@@ -3,10 +3,6 @@
 #include "tests/Outcome.h"
 #include "tests/Slots.h"
 
-#include "vx/io/InputStreamReader.h"
-#include "vx/io/OutputStreamWriter.h"
-#include "vx/text/charset/CharsetException.h"
-
 #include <tuple>
 
 using namespace std::literals;

@@ -1,8 +1,7 @@
 #include "StreamDoubles.h"
 
 #include "legacy/CVXByteBuffer.h"
-#include "vx/io/ByteBuffer.h"
-#include "vx/io/ByteBufferStreams.h"
+#include "tests/Told.h"
 
 #include <functional>
 
@@ -50,7 +49,6 @@ TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
         buffer.putInt64(0x0102030405060788);
         buffer.putFloat(-1.5F);
         buffer.putDouble(1e300);
-        EXPECT_EQ(buffer.getPosition(), 27U);
         std::string expected("\x81\xFF\xFE\1\2\3\4\1\2\3\4\5\6\7\x88\xBF\xC0\0\0"
                              "\x7E\x37\xE4\x3C\x88\0\x75\x9C",
             27);
@@ -60,13 +58,9 @@ TYPED_TEST(ByteBuffers, StoreNumbersInTheirOrder)
         }
         EXPECT_EQ(this->text(buffer).substr(0, 27), expected);
         buffer.flip();
-        EXPECT_EQ(buffer.remaining(), 27U);
-        EXPECT_EQ(buffer.get(), static_cast<typename TypeParam::Byte>(0x81));
-        EXPECT_EQ(buffer.getInt16(), -2);
-        EXPECT_EQ(buffer.getInt32(), 0x01020304);
-        EXPECT_EQ(buffer.getInt64(), 0x0102030405060788);
-        EXPECT_EQ(buffer.getFloat(), -1.5F);
-        EXPECT_EQ(buffer.getDouble(), 1e300);
+        EXPECT_EQ((Told {buffer.remaining(), buffer.get(), buffer.getInt16(), buffer.getInt32(), buffer.getInt64(),
+                      buffer.getFloat(), buffer.getDouble()}),
+            (Told {27, '\x81', -2, 0x01020304, 0x0102030405060788, -1.5, 1e300}));
     }
 }
 
@@ -76,9 +70,8 @@ TYPED_TEST(ByteBuffers, MoveBytesUpToTheLimit)
     char block[] = "................";
     typename TypeParam::Buffer buffer(reinterpret_cast<Byte*>(block), 16, TypeParam::BIG, false);
     buffer.setPosition(6);
-    EXPECT_EQ(buffer.put(this->bytes("0123456789abcdef"), 16), 10U);
-    EXPECT_EQ(buffer.put(0U, this->bytes("ABC"), 3), 3U);
-    EXPECT_STREQ(block, "ABC...0123456789");
+    EXPECT_EQ((Told {buffer.put(this->bytes("0123456789abcdef"), 16), buffer.put(0U, this->bytes("ABC"), 3), block}),
+        "10 3 ABC...0123456789");
     buffer.setLimit(8);
     Byte target[20] = {};
     EXPECT_EQ(buffer.get(target, 20), 0U) << "the position may be beyond the limit, but nothing is read there";
@@ -89,8 +82,7 @@ TYPED_TEST(ByteBuffers, MoveBytesUpToTheLimit)
     buffer.setPosition(4);
     slice->setPosition(2);
     slice->put(&buffer); // they overlap
-    EXPECT_STREQ(block, "AB..010123456789");
-    EXPECT_EQ(buffer.getPosition(), 8U);
+    EXPECT_EQ((Told {block, buffer.getPosition()}), "AB..010123456789 8");
 }
 
 TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
@@ -108,8 +100,7 @@ TYPED_TEST(ByteBuffers, ShareOrCopyTheirBlock)
     EXPECT_TRUE(duplicate->isReadOnly());
     EXPECT_THROW(first->duplicate(false, 3), RangeErrorException);
     first.reset(); // an owned block exists as long as it has an owner
-    EXPECT_EQ(this->text(copy), "xbcd");
-    EXPECT_EQ(this->text(assigned), "xbcd");
+    EXPECT_EQ((Told {this->text(copy), this->text(assigned)}), "xbcd xbcd");
 }
 
 TYPED_TEST(ByteBuffers, WriteNothingWhereTheyAreReadOnly)
@@ -130,10 +121,9 @@ TYPED_TEST(ByteBuffers, FillAndEmptyThroughStreams)
     std::string events;
     typename TypeParam::Buffer buffer(6, TypeParam::BIG, false);
     Source<Bytes> source(unitsFrom<signed char>('a', 9), events, {2, 3, 0});
-    EXPECT_EQ(buffer.readFrom(&source), 2U);
-    EXPECT_EQ(buffer.readFully(&source), 3U) << "a read that gives nothing ends it";
-    EXPECT_EQ(buffer.readFully(&source), 1U);
-    EXPECT_EQ(events, "read(6) read(4) read(1) read(1) ");
+    // A read that gives nothing ends it
+    EXPECT_EQ((Told {buffer.readFrom(&source), buffer.readFully(&source), buffer.readFully(&source), events}),
+        "2 3 1 read(6) read(4) read(1) read(1) ");
     EXPECT_EQ(this->text(buffer), "abcdef");
     Sink<Bytes> sink(events);
     buffer.setPosition(2);
@@ -164,10 +154,7 @@ TEST(ByteBufferStreams, StayWithinTheWindow)
     buffer->rewind();
     ByteBufferInputStream in(buffer.get());
     char target[8] = {};
-    EXPECT_EQ(in.read(), 'a');
-    EXPECT_EQ(in.read(target, 8), 4);
-    EXPECT_STREQ(target, "bcde");
-    EXPECT_EQ(in.read(), -1);
+    EXPECT_EQ((Told {in.read(), in.read(target, 8), target, in.read()}), "97 4 bcde -1");
 }
 
 } // namespace

@@ -1,14 +1,8 @@
 #include "StreamDoubles.h"
 
 #include "tests/Slots.h"
+#include "tests/Told.h"
 #include "tests/vx/Offer.h"
-#include "vx/Exceptions.h"
-#include "vx/io/ByteBuffer.h"
-#include "vx/io/ByteBufferStreams.h"
-#include "vx/io/Channels.h"
-#include "vx/io/LockingChannel.h"
-#include "vx/io/ReadWriteChannel.h"
-#include "vx/util/CopyCharBuffer.h"
 
 #include <functional>
 #include <thread>
@@ -35,13 +29,10 @@ TEST(Channels, MoveBytesOfStreams)
     const Reference<IChannel> channel = Channels::adaptStreams(over("0123456789").get(), output.get());
     ByteBuffer buffer(100, VX_ENDIAN_LITTLE, false);
     buffer.setPosition(3);
-    EXPECT_EQ(channel->read(buffer), 10);
-    EXPECT_EQ(channel->read(buffer), -1);
-    EXPECT_EQ(buffer.getPosition(), 13U);
+    EXPECT_EQ((Told {channel->read(buffer), channel->read(buffer), buffer.getPosition()}), "10 -1 13");
     buffer.flip();
     buffer.setPosition(5);
-    EXPECT_EQ(channel->write(buffer), 8);
-    EXPECT_EQ(contentOf(*output), "23456789");
+    EXPECT_EQ((Told {channel->write(buffer), contentOf(*output)}), "8 23456789");
     ByteBuffer readOnly(reinterpret_cast<const signed char*>("ab"), 2, VX_ENDIAN_LITTLE);
     EXPECT_THROW(channel->read(readOnly), ReadOnlyException);
     EXPECT_THROW(Channels::adaptStreams(nullptr, nullptr)->read(buffer), UnsupportedOperationException);
@@ -55,18 +46,13 @@ TEST(Channels, EndAtTheLimitWhenTheirStreamsMoveTheBuffer)
     const Reference<InputStream> input(new ByteBufferInputStream(buffer.get()));
     const Reference<OutputStream> output(new ByteBufferOutputStream(buffer.get()));
     const Reference<IChannel> channel = Channels::adaptStreams(input.get(), output.get());
-    const std::pair<const char*, std::function<unsigned()>> rows[] = {
-        {"write", [&] { return static_cast<unsigned>(channel->write(*buffer)); }},
-        {"read", [&] { return static_cast<unsigned>(channel->read(*buffer)); }},
-        {"writeTo", [&] { return buffer->writeTo(output.get()); }},
-        {"readFrom", [&] { return buffer->readFrom(input.get()); }},
-        {"readFully", [&] { return buffer->readFully(input.get()); }},
-    };
-    for (const auto& [name, move] : rows) {
+    const std::function<unsigned()> ways[] = {[&] { return static_cast<unsigned>(channel->write(*buffer)); },
+        [&] { return static_cast<unsigned>(channel->read(*buffer)); }, [&] { return buffer->writeTo(output.get()); },
+        [&] { return buffer->readFrom(input.get()); }, [&] { return buffer->readFully(input.get()); }};
+    for (const auto& move : ways) {
         buffer->clear();
         buffer->setPosition(2);
-        EXPECT_EQ(move(), 6U) << name;
-        EXPECT_EQ(buffer->getPosition(), 8U) << name;
+        EXPECT_EQ((Told {move(), buffer->getPosition()}), "6 8") << &move - ways;
     }
 }
 
@@ -90,12 +76,10 @@ TEST(ReadWriteChannel, IsAComponentOfItsHalves)
     std::int32_t length = 2;
     EXPECT_EQ(callSlot<std::int32_t>(face.get(), 3, bytes, &length), RESULT_OK);
     EXPECT_EQ(callSlot<std::int32_t>(face.get(), 4, reinterpret_cast<const signed char*>("xyz"), &length), RESULT_OK);
-    EXPECT_EQ(length, 2);
-    EXPECT_EQ(contentOf(*output), "xy");
+    EXPECT_EQ((Told {length, contentOf(*output)}), "2 xy");
     for (const std::int32_t expected : {1, -1}) {
         length = 8;
-        EXPECT_EQ(face->Read(bytes, &length), RESULT_OK);
-        EXPECT_EQ(length, expected);
+        EXPECT_EQ((Told {face->Read(bytes, &length), length}), (Told {RESULT_OK, expected}));
     }
     EXPECT_EQ(face->Read(bytes, &length), RESULT_INVALID_ARGUMENT);
     EXPECT_EQ(face->Write(nullptr, &length), RESULT_POINTER);
@@ -142,14 +126,10 @@ TEST(Channels, AdaptComponents)
     ByteBuffer buffer(8, VX_ENDIAN_BIG, false);
     buffer.setPosition(2);
     foreign->m_told = 3;
-    EXPECT_EQ(channel->read(buffer), 3);
-    EXPECT_EQ(foreign->m_room, 6);
-    EXPECT_EQ(buffer.getPosition(), 5U);
-    EXPECT_EQ(buffer.get(2U), 'r');
+    EXPECT_EQ((Told {channel->read(buffer), foreign->m_room, buffer.getPosition(), buffer.get(2U)}), "3 6 5 r");
     EXPECT_EQ(channel->write(buffer), 3);
     foreign->m_told = -1;
-    EXPECT_EQ(channel->read(buffer), -1);
-    EXPECT_EQ(buffer.getPosition(), 8U) << "the end moves nothing";
+    EXPECT_EQ((Told {channel->read(buffer), buffer.getPosition()}), "-1 8") << "the end moves nothing";
     foreign->m_told = 6;
     EXPECT_THROW(channel->read(buffer), RangeErrorException) << "more than there was room for";
     EXPECT_THROW(channel->write(buffer), RangeErrorException);
@@ -164,16 +144,10 @@ TEST(LockingChannel, LocksForItsUsersAlone)
     const Reference<LockingChannel> channel(
         new LockingChannel(Channels::adaptStreams(over("ab").get(), nullptr).get(), "test"));
     channel->wait();
-    std::thread([&] {
-        EXPECT_FALSE(channel->tryWait());
-        ByteBuffer buffer(1, VX_ENDIAN_LITTLE, false);
-        EXPECT_EQ(channel->read(buffer), 1) << "which takes no lock";
-    }).join();
+    ByteBuffer buffer(1, VX_ENDIAN_LITTLE, false);
+    std::thread([&] { EXPECT_EQ((Told {channel->tryWait(), channel->read(buffer)}), "0 1"); }).join();
     channel->signal();
-    std::thread([&] {
-        EXPECT_TRUE(channel->tryWait());
-        channel->signal();
-    }).join();
+    std::thread([&] { EXPECT_TRUE(channel->tryWait() && (channel->signal(), true)); }).join();
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "tests/Told.h"
 #include "tests/vx/net/SignalStorm.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
@@ -52,16 +53,11 @@ TEST(StdioInputStream, ReadsLineByLine)
     alone([&] {
         redirect(STDIN_FILENO, scratch / "in", O_RDONLY);
         StdioInputStream stream;
-        EXPECT_EQ(readOnce(stream, 1), "-1") << "room for the terminator alone";
-        EXPECT_EQ(readOnce(stream, 100), "one\n");
-        EXPECT_EQ(readOnce(stream, 5), "two ");
-        EXPECT_EQ(stream.skip(3), 3);
-        EXPECT_EQ(stream.skip(-3), -3);
-        EXPECT_EQ(readOnce(stream, 100), "words\n");
-        EXPECT_EQ(readOnce(stream, 100), "x") << "ends at a zero byte";
-        EXPECT_EQ(stream.read(), 0xE4);
-        EXPECT_EQ(readOnce(stream, 100), "last");
-        EXPECT_EQ(readOnce(stream, 100), "-1");
+        // With room for the terminator alone it reads nothing; a zero byte ends a line.
+        EXPECT_EQ((Told {readOnce(stream, 1), readOnce(stream, 100), readOnce(stream, 5), stream.skip(3),
+                      stream.skip(-3), readOnce(stream, 100), readOnce(stream, 100), stream.read(),
+                      readOnce(stream, 100), readOnce(stream, 100)}),
+            "-1 one\n two  3 -3 words\n x 228 last -1");
     });
     alone([&] {
         redirect(STDIN_FILENO, scratch / "out", O_WRONLY);
@@ -118,21 +114,13 @@ TEST(MaskedConsoleInputStream, TakesKeys)
 {
     struct {
         std::string_view keys;
-        std::int32_t length;
-        std::string_view read, next;
-    } cases[] = {
-        {"secret\r", 100, "secret\n", "-1"},
-        {"secret\nrest", 100, "secret\n", "rest"},
-        {"se\032cret", 100, "se", "cret"},
-        {"\032", 100, "-1", "-1"},
-        {"abcdef", 3, "abc", "def"},
-        {"\b\bab\bc\r", 100, "ac\n", "-1"},
-        {"ab\bc\r", 2, "ab", "c\n"},
-        {"a\b", 100, "-1", "-1"},
-        {"x\xC3\xA4\b\r", 100, "x\n", "-1"}, // one key for the user
-        {"x\xE4\b\r", 100, "x\n", "-1"},
-        {"\xFF\01\x7F\r", 100, "\xFF\01\x7F\n", "-1"},
-    };
+        std::int32_t length; // of the first read
+        std::string_view read; // by it and by the next one
+    } cases[]
+        = {{"secret\r", 100, "secret\n -1"}, {"secret\nrest", 100, "secret\n rest"}, {"se\032cret", 100, "se cret"},
+            {"\032", 100, "-1 -1"}, {"abcdef", 3, "abc def"}, {"\b\bab\bc\r", 100, "ac\n -1"}, {"ab\bc\r", 2, "ab c\n"},
+            {"a\b", 100, "-1 -1"}, {"x\xC3\xA4\b\r", 100, "x\n -1"}, // one key for the user
+            {"x\xE4\b\r", 100, "x\n -1"}, {"\xFF\01\x7F\r", 100, "\xFF\01\x7F\n -1"}};
     for (const auto& row : cases) {
         alone([&] {
             int ends[2];
@@ -141,8 +129,7 @@ TEST(MaskedConsoleInputStream, TakesKeys)
             ::close(ends[1]);
             ::dup2(ends[0], STDIN_FILENO);
             MaskedConsoleInputStream stream;
-            EXPECT_EQ(readOnce(stream, row.length), row.read);
-            EXPECT_EQ(readOnce(stream, 100), row.next);
+            EXPECT_EQ((Told {readOnce(stream, row.length), readOnce(stream, 100)}), row.read) << row.keys;
         });
     }
 }
@@ -156,9 +143,7 @@ TEST(MaskedConsoleInputStream, TakesWhatAnotherStreamHasReadAhead)
         StdioInputStream lines;
         EXPECT_EQ(readOnce(lines, 100), "user\n");
         MaskedConsoleInputStream keys;
-        EXPECT_EQ(readOnce(keys, 100), "secret\n");
-        EXPECT_EQ(readOnce(lines, 100), "rest\n");
-        EXPECT_EQ(readOnce(keys, 100), "-1");
+        EXPECT_EQ((Told {readOnce(keys, 100), readOnce(lines, 100), readOnce(keys, 100)}), "secret\n rest\n -1");
     });
 }
 

@@ -2,14 +2,7 @@
 
 #include "tests/Random.h"
 #include "tests/Slots.h"
-#include "vx/Exceptions.h"
-#include "vx/io/AlphaNumInputStream.h"
-#include "vx/io/AlphaNumOutputStream.h"
-#include "vx/io/BitInputStream.h"
-#include "vx/io/BitOutputStream.h"
-#include "vx/io/DataInputStream.h"
-#include "vx/io/DataOutputStream.h"
-#include "vx/text/charset/CharsetException.h"
+#include "tests/Told.h"
 
 using namespace vx;
 using namespace vx::io;
@@ -53,17 +46,10 @@ TEST(DataStreams, CarryEveryNumberHighestByteFirst)
                     "\x3F\x80\0\0\xC0\0\0\0\0\0\0\0",
             40));
     DataInputStream in(over(contentOf(*bytes)).get());
-    EXPECT_TRUE(in.readBool());
-    EXPECT_EQ(in.readUnsignedByte(), 254);
-    EXPECT_EQ(in.readShort(), -2);
-    EXPECT_EQ(in.readUnsignedShort(), 65534);
-    EXPECT_EQ(in.readChar(), u'\u20AC');
-    EXPECT_EQ(in.readLong(), 0x01020304);
-    EXPECT_EQ(in.readUnsignedLong(), 0xFFFEFDFC);
-    EXPECT_EQ(in.readChar32(), 0x1F600U);
-    EXPECT_EQ(in.readInt64(), 0x01020304F5060708);
-    EXPECT_EQ(in.readFloat(), 1.0F);
-    EXPECT_EQ(in.readDouble(), -2.0);
+    EXPECT_EQ((Told {in.readBool(), int {in.readUnsignedByte()}, in.readShort(), in.readUnsignedShort(),
+                  int {in.readChar()}, in.readLong(), in.readUnsignedLong(), std::uint32_t {in.readChar32()},
+                  in.readInt64(), in.readFloat(), in.readDouble()}),
+        (Told {1, 254, -2, 65534, 0x20AC, 0x01020304, 0xFFFEFDFC, 0x1F600, 0x01020304F5060708, 1.0F, -2.0}));
 }
 
 TEST(DataStreams, EndInsideAValueWithItsBytesGone)
@@ -72,8 +58,7 @@ TEST(DataStreams, EndInsideAValueWithItsBytesGone)
     DataInputStream in(new Source<Bytes>(unitsFrom<signed char>('a', 9), events, {2, 0, 3}));
     signed char target[7] = {};
     in.readFully(target, 6);
-    EXPECT_STREQ(reinterpret_cast<const char*>(target), "abcdef");
-    EXPECT_EQ(events, "read(6) read(4) read(4) read(1) ");
+    EXPECT_EQ((Told {reinterpret_cast<const char*>(target), events}), "abcdef read(6) read(4) read(4) read(1) ");
     EXPECT_THROW(in.readDouble(), UnexpectedEOFException);
     EXPECT_THROW(in.readByte(), UnexpectedEOFException);
 }
@@ -98,16 +83,11 @@ TEST(BitStreams, PackFromTheTopOfEachByte)
     EXPECT_THROW(out.write(1, 33), ResultException);
     EXPECT_EQ(contentOf(*bytes), "\xA0\xB0\x0F\xFF\xFF\xFF\xFF\xF1\x23");
     BitInputStream in(over(contentOf(*bytes)).get());
-    EXPECT_EQ(in.readBit(), 1);
-    EXPECT_EQ(in.read(3), 2);
-    EXPECT_EQ(in.read(), 0x0B);
-    EXPECT_EQ(in.read(12), 0x00F);
     signed char target[8] = {};
-    EXPECT_EQ(in.read(target, 2), 2);
-    EXPECT_EQ(target[1], -1);
-    EXPECT_EQ(in.read(24), 0xFFFFF1);
-    EXPECT_EQ(in.read(7), 0x11);
-    EXPECT_EQ(in.read(2), -1) << "one bit is left";
+    EXPECT_EQ((Told {in.readBit(), in.read(3), in.read(), in.read(12), in.read(target, 2), int {target[1]}, in.read(24),
+                  in.read(7), in.read(2)}),
+        (Told {1, 2, 0x0B, 0x00F, 2, -1, 0xFFFFF1, 0x11, -1}))
+        << "one bit is left";
 }
 
 std::string encoded(std::string_view bytes, const char16_t* alphabet, std::size_t piece = 1000)

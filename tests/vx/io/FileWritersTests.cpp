@@ -5,16 +5,20 @@
 #include "vx/io/EntryStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/io/OutputStreamWriter.h"
+#include "vx/io/RotatingFileStream.h"
 #include "vx/log/BasicLogWriter.h"
 #include "vx/log/LogEntry.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <fcntl.h>
+#include <list>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
-#include <utility>
+#include <sys/mman.h>
 #include <vector>
 
 namespace {
@@ -25,8 +29,7 @@ using io::FileOutputStream;
 constexpr unsigned ATEND = FileOutputStream::ATEND, APPEND = FileOutputStream::APPEND,
                    KEEPCLOSED = FileOutputStream::KEEPCLOSED, LOCK = FileOutputStream::LOCK;
 
-constexpr int WRITERS = 8;
-constexpr int RECORDS = RECORDS_OF_A_WRITER;
+constexpr int WRITERS = 8, KILLS = 30, RECORDS = RECORDS_OF_A_WRITER;
 
 /// "writer sequence length filling" and a line end. The filling is `length` letters that can be computed from the rest.
 std::string recordOf(int writer, int sequence, std::size_t length)
@@ -39,31 +42,22 @@ std::string recordOf(int writer, int sequence, std::size_t length)
     return record;
 }
 
-void writeRecords(const String& path, unsigned mode, int writer, int count, std::size_t longest)
+void write(io::OutputStream& stream, const std::string& text)
 {
-    FileOutputStream stream(path, mode);
-    Random random;
-    for (int sequence = 0; sequence < count; ++sequence) {
-        // Mostly short, sometimes of many pages, which the system writes in several steps.
-        const std::size_t length = random() % 100 == 0 ? random() % longest : random() % 200;
-        const std::string record = recordOf(writer, sequence, length);
-        stream.write(record.data(), static_cast<std::int32_t>(record.size()));
-    }
+    stream.write(text.data(), static_cast<std::int32_t>(text.size()));
 }
 
 /// Expects complete records of each writer in their order, each between `head` and `foot`. Returns how many there are
 /// of each writer.
-std::vector<int> countRecords(
-    const std::filesystem::path& path, const std::string& head = "", const std::string& foot = "")
+std::vector<int> countRecords(const std::string& content, const std::string& head = "", const std::string& foot = "")
 {
-    std::vector<int> counts(WRITERS, 0);
-    const std::string content = contentOf(path);
+    std::vector<int> counts(WRITERS + KILLS, 0);
     for (std::size_t place = 0; place < content.size();) {
-        std::size_t writer = WRITERS, sequence = 0, length = 0;
+        std::size_t writer = counts.size(), sequence = 0, length = 0;
         std::istringstream(content.substr(place + std::min(head.size(), content.size() - place), 40)) >> writer
             >> sequence >> length;
         std::string record;
-        if (writer < WRITERS && length < content.size())
+        if (writer < counts.size() && length < content.size())
             record = head + recordOf(static_cast<int>(writer), counts[writer]++, length) + foot;
         if (record.empty() || content.compare(place, record.size(), record) != 0) {
             ADD_FAILURE() << "torn, lost or doubled: " << content.substr(place, 80);
@@ -93,23 +87,6 @@ private:
     const uid_t m_id = 1'000'000'000 + static_cast<uid_t>(::getpid());
 };
 
-/// Runs `work(0)` to `work(WRITERS - 1)`, each in a separate process.
-template <class Work>
-std::vector<std::unique_ptr<Child>> startWriters(Work work)
-{
-    std::vector<std::unique_ptr<Child>> writers;
-    for (int writer = 0; writer < WRITERS; ++writer)
-        writers.push_back(std::make_unique<Child>([&](Child::Side&) { work(writer); }));
-    return writers;
-}
-
-template <class Work>
-void runWriters(Work work)
-{
-    for (const auto& writer : startWriters(work))
-        EXPECT_EQ(writer->wait(), 0);
-}
-
 class FileWriters : public testing::Test {
 protected:
     // A file in memory is flushed at once: this tests the order, not the disk.
@@ -121,74 +98,125 @@ protected:
 /// How the writers of one file differ. Their semaphores are different ones then.
 enum class Apart { IN_NOTHING, BY_SPELLING, BY_USER };
 
-class ManyWriters : public FileWriters, public testing::WithParamInterface<std::pair<unsigned, Apart>> { };
+struct Case {
+    unsigned mode; ///< of the stream, or ROTATING
+    Apart apart;
+    bool isKilled; ///< some writers are, and others take their places
+    std::size_t longest; ///< filling of a record
+};
+constexpr unsigned ROTATING = ~0U, LIMIT = 100'000;
+
+/// What processes tell each other.
+struct Shared {
+    std::atomic<bool> isEnd;
+    std::atomic<int> acknowledged[WRITERS + KILLS]; ///< records of each writer
+};
+
+class ManyWriters : public FileWriters, public testing::WithParamInterface<Case> {
+protected:
+    ~ManyWriters() override { ::munmap(m_memory, sizeof(Shared)); }
+
+    static Reference<io::OutputStream> open(const String& path)
+    {
+        if (GetParam().mode == ROTATING)
+            return new io::RotatingFileStream(path, {.mostBytes = LIMIT});
+        return new FileOutputStream(path, GetParam().mode);
+    }
+
+    std::unique_ptr<Child> start(int writer)
+    {
+        return std::make_unique<Child>([this, writer](Child::Side&) {
+            const auto [mode, apart, isKilled, longest] = GetParam();
+            const bool isOdd = writer % 2 != 0;
+            if (isOdd && apart == Apart::BY_USER)
+                m_other.become();
+            const char* const spelled = isOdd && apart == Apart::BY_SPELLING ? ".\\file" : "file";
+            const Reference<io::OutputStream> stream = open(String(m_scratch.full(spelled).c_str()));
+            Random random;
+            for (int sequence = 0; isKilled ? !m_shared.isEnd : sequence < RECORDS; ++sequence) {
+                // Mostly short, sometimes of many pages, which the system writes in several steps.
+                write(*stream, recordOf(writer, sequence, random() % (random() % 50 == 0 ? longest : 200)));
+                m_shared.acknowledged[writer] = sequence + 1;
+            }
+        });
+    }
+
+    const OtherUser m_other;
+    void* const m_memory = ::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    Shared& m_shared = *new (m_memory) Shared {};
+};
 
 TEST_P(ManyWriters, KeepEachRecordWholeAndLoseNone)
 {
-    constexpr std::size_t LONGEST = 20'000;
-    const auto [mode, apart] = GetParam();
-    const OtherUser other;
-    if (apart == Apart::BY_USER && !other.isPossible())
+    if (GetParam().apart == Apart::BY_USER && !m_other.isPossible())
         GTEST_SKIP() << "needs the right to become another user";
     std::filesystem::permissions(m_scratch.getPath(), std::filesystem::perms(0755));
     put(m_scratch / "file", "");
     std::filesystem::permissions(m_scratch / "file", std::filesystem::perms(0666));
-    const String spelled((m_scratch.full() + u"\\.\\file").c_str());
-    runWriters([&, mode = mode, apart = apart](int writer) {
-        const bool isOdd = writer % 2 != 0;
-        if (isOdd && apart == Apart::BY_USER)
-            other.become();
-        writeRecords(isOdd && apart == Apart::BY_SPELLING ? spelled : m_path, mode, writer, RECORDS, LONGEST);
-    });
-    EXPECT_EQ(countRecords(m_scratch / "file"), std::vector<int>(WRITERS, RECORDS));
+    std::vector<std::unique_ptr<Child>> writers;
+    for (int writer = 0; writer < WRITERS; ++writer)
+        writers.push_back(start(writer));
+    Random random;
+    for (int kill = 0; GetParam().isKilled && kill < KILLS; ++kill) {
+        spin(random() % 20'000);
+        auto& victim = writers[random() % WRITERS];
+        victim->kill();
+        EXPECT_EQ(victim->wait(), -SIGKILL);
+        victim = start(WRITERS + kill);
+    }
+    m_shared.isEnd = true;
+    for (const auto& writer : writers)
+        EXPECT_EQ(writer->wait(), 0);
+    open(m_path)->write("", 0); // the last to write may have been killed
+
+    std::string content;
+    const std::filesystem::directory_iterator folder(m_scratch.getPath());
+    std::set<std::filesystem::path> files(begin(folder), end(folder));
+    EXPECT_EQ(files.size() > 2, GetParam().mode == ROTATING);
+    files.insert(m_scratch / "file.z"); // the newest file comes last
+    files.erase(m_scratch / "file");
+    std::filesystem::rename(m_scratch / "file", m_scratch / "file.z");
+    for (const auto& file : files) {
+        const std::string part = contentOf(file);
+        EXPECT_TRUE(part.ends_with('\n') && (part.size() <= LIMIT || GetParam().mode != ROTATING)) << file;
+        content += part;
+    }
+    const std::vector<int> found = countRecords(content);
+    for (std::size_t writer = 0; writer < found.size(); ++writer) {
+        const int least = m_shared.acknowledged[writer];
+        EXPECT_TRUE(found[writer] == least || (GetParam().isKilled && found[writer] == least + 1)) << writer;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(FileOutputStream, ManyWriters,
-    testing::Values(std::pair(APPEND, Apart::IN_NOTHING), std::pair(APPEND | LOCK, Apart::BY_SPELLING),
-        std::pair(APPEND, Apart::BY_USER), std::pair(APPEND | KEEPCLOSED, Apart::BY_SPELLING)));
+    testing::Values(Case {APPEND, Apart::IN_NOTHING, false, 20'000},
+        Case {APPEND | LOCK, Apart::BY_SPELLING, false, 20'000}, Case {APPEND, Apart::BY_USER, false, 20'000},
+        Case {APPEND | KEEPCLOSED, Apart::BY_SPELLING, false, 20'000}, Case {APPEND, Apart::IN_NOTHING, true, 500'000},
+        Case {LOCK | KEEPCLOSED | ATEND, Apart::IN_NOTHING, true, 500'000},
+        Case {ROTATING, Apart::IN_NOTHING, true, 30'000}));
 
 TEST_F(FileWriters, KeepLogEntriesWholeThatAreLargerThanEveryBuffer)
 {
     constexpr int ENTRIES = 20;
-    runWriters([&](int writer) {
-        const Reference<io::EntryStream> file(new io::EntryStream(new FileOutputStream(m_path, APPEND), false));
-        const Reference<io::Writer> text(new io::OutputStreamWriter(file.get(), u"UTF-8", 256));
-        const Reference<log::ILogProcessor> log = log::BasicLogWriter::create(text.get());
-        for (int sequence = 0; sequence < ENTRIES; ++sequence) {
-            const Reference<log::LogEntry> entry = log::LogEntry::create();
-            entry->setField(
-                u"text", new String(recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence))));
-            log->process(entry.get());
-        }
-    });
-    EXPECT_EQ(countRecords(m_scratch / "file", "text=", '\n' + std::string(25, '-') + '\n'),
-        std::vector<int>(WRITERS, ENTRIES));
+    std::list<Child> writers;
+    for (int writer = 0; writer < WRITERS; ++writer)
+        writers.emplace_back([&](Child::Side&) {
+            const Reference<io::EntryStream> file(new io::EntryStream(new FileOutputStream(m_path, APPEND), false));
+            const Reference<io::Writer> text(new io::OutputStreamWriter(file.get(), u"UTF-8", 256));
+            const Reference<log::ILogProcessor> log = log::BasicLogWriter::create(text.get());
+            for (int sequence = 0; sequence < ENTRIES; ++sequence) {
+                const Reference<log::LogEntry> entry = log::LogEntry::create();
+                entry->setField(
+                    u"text", new String(recordOf(writer, sequence, 5'000 * static_cast<std::size_t>(sequence))));
+                log->process(entry.get());
+            }
+        });
+    for (Child& writer : writers)
+        EXPECT_EQ(writer.wait(), 0);
+    std::vector<int> counts = countRecords(contentOf(m_scratch / "file"), "text=", '\n' + std::string(25, '-') + '\n');
+    counts.resize(WRITERS);
+    EXPECT_EQ(counts, std::vector<int>(WRITERS, ENTRIES));
 }
-
-class KilledWriters : public FileWriters, public testing::WithParamInterface<unsigned> { };
-
-TEST_P(KilledWriters, GoOnWhenTwoAreKilled)
-{
-    constexpr int COUNT = RECORDS / 10;
-    constexpr std::size_t LONGEST = 500'000;
-    Random random;
-    const auto writers = startWriters([&](int writer) {
-        writeRecords(
-            m_path, GetParam(), writer, writer < 2 ? INT_MAX : COUNT, LONGEST); // two write until they are killed
-    });
-    for (std::size_t victim = 0; victim < 2; ++victim) {
-        spin(random() % 50'000);
-        writers[victim]->kill();
-    }
-    for (std::size_t writer = 0; writer < writers.size(); ++writer)
-        EXPECT_EQ(writers[writer]->wait(), writer < 2 ? -SIGKILL : 0);
-    FileOutputStream last(m_path, GetParam());
-    last.write("", 0); // a killed writer may have been the last one
-    const std::vector<int> counts = countRecords(m_scratch / "file");
-    EXPECT_EQ(std::vector<int>(counts.begin() + 2, counts.end()), std::vector<int>(WRITERS - 2, COUNT));
-}
-
-INSTANTIATE_TEST_SUITE_P(FileOutputStream, KilledWriters, testing::Values(APPEND, LOCK | KEEPCLOSED | ATEND));
 
 constexpr int ROUNDS = 20, BATCH = 10;
 
@@ -226,7 +254,7 @@ TEST_P(OtherPrograms, LoseNothingByTheRepairAfterAKill)
             const std::string entry = std::string(1'000'000, 'v') + '\n';
             side.tell('o');
             for (;;)
-                stream.write(entry.data(), static_cast<std::int32_t>(entry.size()));
+                write(stream, entry);
         });
         EXPECT_EQ(victim.hear(), 'o');
         const bool isBesideVictim = random() % 2 == 0; // or during the repair
@@ -260,12 +288,13 @@ TEST_F(FileWriters, MayBeThreadsOfOneStream)
         FileOutputStream stream(String(m_scratch.full(name.c_str()).c_str()), mode);
         inThreads(WRITERS, [&stream](int writer) {
             for (int sequence = 0; sequence < 50; ++sequence) {
-                const std::string record = recordOf(writer, sequence, 20);
-                stream.write(record.data(), static_cast<std::int32_t>(record.size()));
+                write(stream, recordOf(writer, sequence, 20));
                 EXPECT_GT(stream.getSize(), 0);
             }
         });
-        EXPECT_EQ(countRecords(m_scratch / name.c_str()), std::vector<int>(WRITERS, 50));
+        std::vector<int> counts = countRecords(contentOf(m_scratch / name.c_str()));
+        counts.resize(WRITERS);
+        EXPECT_EQ(counts, std::vector<int>(WRITERS, 50));
     }
 }
 

@@ -1,21 +1,16 @@
 #include "vx/io/RotatingFileStream.h"
 
-#include "tests/Random.h"
-#include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exception.h"
 #include "vx/Occasion.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <vector>
 
@@ -85,37 +80,22 @@ TEST_F(RotatingFile, BeginsANewFileBeforeTheLimitAndRemovesTheOldest)
 TEST_F(RotatingFile, BeginsANewFileWithEachHourAndDay)
 {
     constexpr std::time_t HOUR = 3600, DAY = 24 * HOUR, HALF = HOUR / 2;
-    const struct {
-        Rotation::Every every;
-        bool isUtc;
-        std::time_t period;
-        std::time_t offset; ///< of the zone, which is half an hour apart from whole ones
-    } cases[] = {
-        {Rotation::Every::HOUR, true, HOUR, 0},
-        {Rotation::Every::HOUR, false, HOUR, HALF},
-        {Rotation::Every::DAY, true, DAY, 0},
-        {Rotation::Every::DAY, false, DAY, HALF},
-    };
-    const ScopedVariable zone("TZ", "HALF-0:30");
-    for (const auto& row : cases) {
-        for (const bool isBefore : {true, false}) {
-            for (const auto& entry : std::filesystem::directory_iterator(m_scratch.getPath()))
-                std::filesystem::remove(entry);
-            std::time_t begin = 0;
-            const auto beginNow
-                = [&] { return (std::time(nullptr) + row.offset) / row.period * row.period - row.offset; };
-            do { // in one period
-                std::filesystem::remove(m_scratch / "log.000001");
-                put(m_scratch / "log", "old");
-                begin = beginNow();
-                const timespec modified[2] = {{begin - (isBefore ? 1 : 0), 0}, {begin - (isBefore ? 1 : 0), 0}};
-                ASSERT_EQ(::utimensat(AT_FDCWD, (m_scratch / "log").c_str(), modified, 0), 0);
-                write(*Reference<RotatingFileStream>(
-                          new RotatingFileStream(m_path, {.every = row.every, .isUtc = row.isUtc})),
-                    {2, 2});
-            } while (begin != beginNow());
-            EXPECT_EQ(listing(), isBefore ? "log:4 log.000001:3" : "log:7") << row.period << ' ' << row.isUtc;
-        }
+    const ScopedVariable zone("TZ", "HALF-0:30"); // half an hour apart from whole ones
+    for (const int row : {0, 1, 2, 3, 4, 5, 6, 7}) {
+        const bool isDaily = row % 2 != 0, isUtc = row / 2 % 2 != 0, isBefore = row / 4 != 0;
+        const std::time_t period = isDaily ? DAY : HOUR, offset = isUtc ? 0 : HALF;
+        const auto beginNow = [&] { return (std::time(nullptr) + offset) / period * period - offset; };
+        std::time_t begin = 0;
+        do { // in one period
+            std::filesystem::remove(m_scratch / "log.000001");
+            put(m_scratch / "log", "old");
+            begin = beginNow();
+            const timespec modified[2] = {{begin - (isBefore ? 1 : 0), 0}, {begin - (isBefore ? 1 : 0), 0}};
+            ASSERT_EQ(::utimensat(AT_FDCWD, (m_scratch / "log").c_str(), modified, 0), 0);
+            const Rotation rotation {.every = isDaily ? Rotation::Every::DAY : Rotation::Every::HOUR, .isUtc = isUtc};
+            write(*Reference<RotatingFileStream>(new RotatingFileStream(m_path, rotation)), {2, 2});
+        } while (begin != beginNow());
+        EXPECT_EQ(listing(), isBefore ? "log:4 log.000001:3" : "log:7") << row;
     }
 }
 
@@ -149,80 +129,6 @@ TEST_F(RotatingFile, FollowsTheNameAndTellsWhatIsClosed)
     write(stuck, {9, 9, 9});
     EXPECT_EQ(std::filesystem::file_size(m_scratch / longest.c_str()), 27U) << "each entry is there";
     EXPECT_EQ(failures, "rename " + String(m_scratch.full(longest.c_str()).c_str()).toUtf8() + '\n');
-}
-
-/// "writer sequence length filling" and a line end; the filling follows from the rest.
-std::string recordOf(std::size_t writer, std::size_t sequence, std::size_t length)
-{
-    std::string record = std::to_string(writer) + ' ' + std::to_string(sequence) + ' ' + std::to_string(length) + ' ';
-    for (std::size_t i = 0; i < length; ++i)
-        record += static_cast<char>('a' + (writer + sequence + i) % 26);
-    return record + '\n';
-}
-
-constexpr std::size_t WRITERS = 8, KILLS = 30;
-
-/// What processes tell each other.
-struct Shared {
-    std::atomic<bool> isEnd;
-    std::atomic<std::size_t> acknowledged[WRITERS + KILLS]; ///< records of each writer
-};
-
-TEST_F(RotatingFile, HasEachAcknowledgedEntryOnceWhateverIsKilled)
-{
-    void* const memory = ::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(memory, MAP_FAILED);
-    auto& shared = *new (memory) Shared {};
-    const auto start = [&](std::size_t writer) {
-        return std::make_unique<Child>([&, writer](Child::Side&) {
-            RotatingFileStream stream(m_path, {.mostBytes = 100'000});
-            Random random;
-            for (std::size_t sequence = 0; !shared.isEnd; ++sequence) {
-                const std::string record = recordOf(writer, sequence, random() % (random() % 20 == 0 ? 30'000 : 300));
-                stream.write(record.data(), static_cast<std::int32_t>(record.size()));
-                shared.acknowledged[writer] = sequence + 1;
-            }
-        });
-    };
-    Random random;
-    std::vector<std::unique_ptr<Child>> writers;
-    while (writers.size() < WRITERS)
-        writers.push_back(start(writers.size()));
-    for (std::size_t kill = 0; kill < KILLS; ++kill) {
-        spin(random() % 20'000);
-        auto& victim = writers[random() % WRITERS];
-        victim->kill();
-        EXPECT_EQ(victim->wait(), -SIGKILL);
-        victim = start(WRITERS + kill);
-    }
-    shared.isEnd = true;
-    for (const auto& writer : writers)
-        EXPECT_EQ(writer->wait(), 0);
-    RotatingFileStream(m_path, {}).write("", 0); // the last to write may have been killed
-
-    std::map<std::string, std::string> contents; // the newest file comes first
-    for (const auto& entry : std::filesystem::directory_iterator(m_scratch.getPath()))
-        contents[entry.path().filename().string()] = contentOf(entry.path());
-    EXPECT_GT(contents.size(), 2U);
-    contents["log.zzz"] = contents["log"];
-    contents.erase("log");
-    std::vector<std::size_t> found(WRITERS + KILLS, 0);
-    for (const auto& [name, content] : contents) {
-        std::istringstream lines(content);
-        EXPECT_LE(content.size(), 100'000U) << name;
-        EXPECT_TRUE(content.ends_with('\n')) << name;
-        for (std::string line; std::getline(lines, line);) {
-            std::size_t writer = found.size(), sequence = 0, length = 0;
-            std::istringstream(line) >> writer >> sequence >> length;
-            ASSERT_LT(writer, found.size()) << name << ": " << line.substr(0, 80);
-            ASSERT_EQ(line + '\n', recordOf(writer, found[writer]++, length)) << name;
-        }
-    }
-    for (std::size_t writer = 0; writer < found.size(); ++writer) {
-        EXPECT_GE(found[writer], shared.acknowledged[writer]) << writer;
-        EXPECT_LE(found[writer], shared.acknowledged[writer] + 1) << writer;
-    }
-    ::munmap(memory, sizeof(Shared));
 }
 
 } // namespace

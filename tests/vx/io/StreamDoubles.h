@@ -1,17 +1,6 @@
 #pragma once
 
-#include "vx/Reference.h"
-#include "vx/io/BufferedInputStream.h"
-#include "vx/io/BufferedOutputStream.h"
-#include "vx/io/BufferedReader.h"
-#include "vx/io/BufferedWriter.h"
-#include "vx/io/ByteArrayInputStream.h"
-#include "vx/io/ByteArrayOutputStream.h"
-#include "vx/io/FilterInputStream.h"
-#include "vx/io/FilterOutputStream.h"
-#include "vx/io/FilterReader.h"
-#include "vx/io/FilterWriter.h"
-#include "vx/io/IoException.h"
+#include "vx/vxlib4.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -286,130 +286,97 @@ TEST(ReaderWriterLock, StarvesNobody)
     ReaderWriterLock lock;
     std::atomic<bool> ends {false};
     int written = 0;
-    std::list<Doing> others;
-    for (int i = 0; i < 2; ++i) { // at any time at least one of the readers reads
-        others.emplace_back([&] {
-            while (!ends) {
+    inThreads(5, [&](int thread) { // 0 to 2 write; 3 and 4 read, so that at any time at least one of them does
+        for (int turn = 0; thread == 0 ? turn < 50 : !ends; ++turn) {
+            if (thread <= 2) {
+                const ScopedLock guard(lock);
+                ++written;
+            }
+            if (thread == 0 || thread >= 3) {
                 lock.waitShared();
                 EXPECT_GE(written, 0);
                 std::this_thread::yield();
                 lock.signalShared();
             }
-        });
-        others.emplace_back([&] {
-            while (!ends) {
-                const ScopedLock guard(lock);
-                ++written;
-            }
-        });
-    }
-    for (int turn = 0; turn < 50; ++turn) {
-        {
-            const ScopedLock guard(lock);
-            ++written;
         }
-        lock.waitShared();
-        lock.signalShared();
-    }
-    ends = true;
-    others.clear();
+        ends = true;
+    });
     EXPECT_GE(written, 50);
 }
 
 TEST(Sync, WaitsNoLessThanTheMillisecondsItIsTold)
 {
-    constexpr std::uint32_t MILLISECONDS = 20;
+    static std::uint32_t s_milliseconds; // 0 or FOR_EVER: whatever time that takes
     Event event;
     Gate gate;
     Condition condition;
     Mutex mutex;
     ReaderWriterLock lock;
-    Semaphore semaphore, held, release;
-    Doing other([&] {
-        mutex.wait();
-        lock.wait();
-        held.signal();
-        release.wait();
-        lock.signal();
-        mutex.signal();
-    });
-    held.wait();
-    const std::function<bool()> timeOuts[]
-        = {[&] { return !event.wait(MILLISECONDS); }, [&] { return !gate.wait(MILLISECONDS); },
-            [&] { return !mutex.waitFor(MILLISECONDS); }, [&] { return !lock.waitFor(MILLISECONDS); },
-            [&] { return !lock.waitSharedFor(MILLISECONDS); }, [&] { return !semaphore.waitFor(MILLISECONDS); },
-            [&] {
-                const Condition::Holder holder(condition);
-                return resultOf([&] { condition.wait(MILLISECONDS); }) == RESULT_TIMED_OUT;
-            }};
-    for (const auto& timedOut : timeOuts) {
-        const auto start = std::chrono::steady_clock::now();
-        EXPECT_TRUE(timedOut());
-        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(MILLISECONDS));
-    }
-    EXPECT_FALSE(mutex.waitFor(0) || lock.waitFor(0) || lock.waitSharedFor(0) || semaphore.waitFor(0));
-    release.signal();
-    semaphore.signal();
-    EXPECT_TRUE(mutex.waitFor(VX_WAIT_FOREVER) && mutex.waitFor(0) && lock.waitFor(VX_WAIT_FOREVER)
-        && semaphore.waitFor(VX_WAIT_FOREVER));
-    EXPECT_THROW(lock.waitSharedFor(0), ResultException) << "it would wait for itself";
-    mutex.signal();
-    mutex.signal();
-    lock.signal();
-    EXPECT_TRUE(lock.waitSharedFor(0));
-    lock.signalShared();
+    Semaphore semaphore;
+    const auto timed = [](auto wait) {
+        return [wait] {
+            const auto start = std::chrono::steady_clock::now();
+            if (wait(s_milliseconds))
+                return true;
+            const std::chrono::milliseconds least(s_milliseconds);
+            EXPECT_GE(std::chrono::steady_clock::now() - start, least);
+            return false;
+        };
+    };
+    const Operations operations {{'e', timed([&](auto time) { return event.wait(time); })},
+        {'g', timed([&](auto time) { return gate.wait(time); })},
+        {'m', timed([&](auto time) { return mutex.waitFor(time); })},
+        {'w', timed([&](auto time) { return lock.waitFor(time); })},
+        {'r', timed([&](auto time) { return lock.waitSharedFor(time); })},
+        {'s', timed([&](auto time) { return semaphore.waitFor(time); })},
+        {'c', timed([&](auto time) {
+             const Condition::Holder holder(condition);
+             return resultOf([&] { condition.wait(time); }) != RESULT_TIMED_OUT;
+         })},
+        {'M', [&] { return mutex.signal(), true; }}, {'W', [&] { return lock.signal(), true; }},
+        {'R', [&] { return lock.signalShared(), true; }}, {'S', [&] { return semaphore.signal(), true; }}};
+    for (s_milliseconds = 0; s_milliseconds <= 20; s_milliseconds += 20)
+        play(operations, "2m+ 2w+ 1e- 1g- 1m- 1w- 1r- 1s- 1c- 2M+ 2W+ 1S+ 1m+ 1m+ 1w+ 1s+ 1rD 1M+ 1M+ 1W+ 1r+ 1R+");
+    s_milliseconds = FOR_EVER;
+    play(operations, "1m+ 1w+ 2m? 1M+ *1 2M+ 2w? 1W+ *1 3r? 2W+ *1 3R+ 1s? 2S+ *1");
 }
 
 using Call = std::int32_t (*)(VXHandle) noexcept;
 
-/// The locks that belong to a thread, and last the one that another thread may release.
+constexpr const char *HELD = "1t+ 1d- 2d- 1g+ 1d+", *AWAITED = "1t? 2d- 2g+ *1 2d+";
+
+/// First the locks that belong to a thread.
 constexpr struct {
     const char* name;
     std::int32_t (*create)(const char*, std::uint32_t, VXHandle*) noexcept;
     Call take, give, destroy;
-} HELD[] = {
-    {"Mutex", VXMutexCreate, VXMutexAcquire, VXMutexRelease, VXMutexDestroy},
-    {"Condition", VXConditionCreate, VXConditionAcquire, VXConditionRelease, VXConditionDestroy},
-    {"writer", VXRWLockCreate, VXRWLockAcquireWrite, VXRWLockReleaseWrite, VXRWLockDestroy},
-    {"reader", VXRWLockCreate, VXRWLockAcquireRead, VXRWLockReleaseRead, VXRWLockDestroy},
-};
+    const char* script;
+} LOCKS[] = {{"Mutex", VXMutexCreate, VXMutexAcquire, VXMutexRelease, VXMutexDestroy, HELD},
+    {"Condition", VXConditionCreate, VXConditionAcquire, VXConditionRelease, VXConditionDestroy, HELD},
+    {"writer", VXRWLockCreate, VXRWLockAcquireWrite, VXRWLockReleaseWrite, VXRWLockDestroy, HELD},
+    {"reader", VXRWLockCreate, VXRWLockAcquireRead, VXRWLockReleaseRead, VXRWLockDestroy, HELD},
+    {"Event", VXEventCreate, VXEventWait, VXEventSignal, VXEventDestroy, AWAITED},
+    {"Semaphore", [](auto... rest) noexcept { return VXSemaphoreCreate(0, rest...); }, VXSemaphoreWait, VXSemaphorePost,
+        VXSemaphoreDestroy, AWAITED}};
 
 TEST(PlatformLocks, AreNotDestroyedWhileSomebodyNeedsThem)
 {
-    VXHandle event = nullptr, semaphore = nullptr;
-    ASSERT_EQ(VXEventCreate(nullptr, 0, &event) | VXSemaphoreCreate(0, nullptr, 0, &semaphore), 0);
-    const struct {
-        const char* name;
-        VXHandle handle;
-        Call wait, free, destroy;
-    } awaited[] = {{"Event", event, VXEventWait, VXEventSignal, VXEventDestroy},
-        {"Semaphore", semaphore, VXSemaphoreWait, VXSemaphorePost, VXSemaphoreDestroy}};
-    for (const auto& row : awaited) {
-        Doing waiter([&] { EXPECT_EQ(row.wait(row.handle), 0) << row.name; });
-        waiter.awaitWaiting();
-        EXPECT_LT(row.destroy(row.handle), 0) << row.name;
-        row.free(row.handle);
-        waiter.join();
-        EXPECT_EQ(row.destroy(row.handle), 0) << row.name;
-    }
-    for (const auto& row : HELD) {
+    for (const auto& row : LOCKS) {
+        SCOPED_TRACE(row.name);
         VXHandle handle = nullptr;
-        ASSERT_EQ(row.create(nullptr, 0, &handle), 0) << row.name;
-        EXPECT_EQ(row.take(handle), 0) << row.name;
-        EXPECT_LT(row.destroy(handle), 0) << row.name;
-        EXPECT_LT(elsewhere([&] { return row.destroy(handle); }), 0) << row.name;
-        EXPECT_EQ(row.give(handle), 0) << row.name << " is as it was";
-        EXPECT_EQ(row.destroy(handle), 0) << row.name;
+        ASSERT_EQ(row.create(nullptr, 0, &handle), 0);
+        play({{'t', [&] { return row.take(handle) == 0; }}, {'g', [&] { return row.give(handle) == 0; }},
+                 {'d', [&] { return row.destroy(handle) == 0; }}},
+            row.script);
     }
 }
 
 /// The system reuses the handle of an ended thread, which is an address, for a new one.
 TEST(PlatformLocks, BelongToNoLaterThread)
 {
-    const std::span rows(HELD, std::size(HELD) - 1);
-    static VXHandle s_handles[std::size(HELD) - 1]; // never destroyed: an ended thread still holds them
-    for (const auto& row : rows) {
-        VXHandle& handle = s_handles[&row - HELD];
+    static VXHandle s_handles[3]; // never destroyed: an ended thread still holds them
+    for (const auto& row : std::span(LOCKS, 3)) {
+        VXHandle& handle = s_handles[&row - LOCKS];
         ASSERT_EQ(row.create(nullptr, 0, &handle), 0) << row.name;
         pthread_t holder {}, later {};
         std::thread([&] {
@@ -455,8 +422,7 @@ TEST(PlatformLocks, RefuseAHandleOfAnotherKindAndNone)
 
 TEST(Sync, KeepsTheOrderOfVirtualOperations)
 {
-    using Wait = void (Object::*)();
-    expectSlots("sync::Object", 11, {static_cast<Wait>(&Object::wait), &Object::tryWait});
+    expectSlots("sync::Object", 11, {slotOf<void()>(&Object::wait), &Object::tryWait});
     expectSlots("LockObject", 11, {&LockObject::wait, &LockObject::tryWait, &LockObject::signal});
     expectSlots("Mutex", 11, {&Mutex::wait, &Mutex::tryWait, &Mutex::signal});
     expectSlots("FakeMutex", 11, {&FakeMutex::wait, &FakeMutex::tryWait, &FakeMutex::signal});
@@ -465,11 +431,10 @@ TEST(Sync, KeepsTheOrderOfVirtualOperations)
             &ReaderWriterLock::tryWaitShared, &ReaderWriterLock::signalShared});
     expectSlots("Semaphore", 11, {&Semaphore::wait, &Semaphore::tryWait, &Semaphore::signal, &Semaphore::getValue});
     expectSlots("Event", 11,
-        {static_cast<void (Event::*)()>(&Event::wait), &Event::tryWait,
-            static_cast<bool (Event::*)(std::uint32_t)>(&Event::wait), &Event::signal});
+        {slotOf<void()>(&Event::wait), &Event::tryWait, slotOf<bool(std::uint32_t)>(&Event::wait), &Event::signal});
     expectSlots("Gate", 11,
-        {static_cast<void (Gate::*)()>(&Gate::wait), &Gate::tryWait,
-            static_cast<bool (Gate::*)(std::uint32_t)>(&Gate::wait), &Gate::open, &Gate::close});
+        {slotOf<void()>(&Gate::wait), &Gate::tryWait, slotOf<bool(std::uint32_t)>(&Gate::wait), &Gate::open,
+            &Gate::close});
 }
 
 } // namespace
