@@ -43,7 +43,7 @@ const Fault FAULTS[] = {{"no memory", CALL_NONE, ENOMEM}, {"open: denied", CALL_
     {"socket: signal", CALL_SOCKET, EINTR, Fault::SIGNAL}, {"load: not found", CALL_LOAD, ENOENT}};
 
 /// Lets the `first` call of a kind fail, counted from the beginning of the block.
-class Armed {
+class Armed : NotCopied {
 public:
     Armed(const Fault& fault, int first)
         : m_isOfMemory(fault.call == CALL_NONE)
@@ -59,8 +59,6 @@ public:
         AllocationProbe::failOnAnyThread(0);
         setFault(CALL_NONE, 1, 0, 0, 0);
     }
-    Armed(const Armed&) = delete;
-    Armed& operator=(const Armed&) = delete;
 
     bool hasStruck() const { return m_isOfMemory ? AllocationProbe::hasFailedOnAnyThread() : hasFailed() != 0; }
 

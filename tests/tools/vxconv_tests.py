@@ -80,18 +80,6 @@ class Components(tool.Scratch):
     def convert(self, *arguments, data=b""):
         return vxconv(*arguments, data=data, env=self.environment)
 
-    def test_converts_as_the_codecs_of_python_do(self):
-        for name, codec in [("CP932", "cp932"), ("windows-1251", "cp1251"), ("EUC-JP", "euc_jp")]:
-            characters = (chr(code) for code in range(0x20, 0x10000) if not 0xD800 <= code < 0xE000)
-            letters = [each for each in characters if each.isalpha() and each.encode(codec, "ignore")]
-            # CP932 has some letters twice, and Python encodes the other one.
-            letters = [each for each in letters if each.encode(codec)[0] not in (0xED, 0xEE) or codec != "cp932"]
-            self.assertGreater(len(letters), 100)
-            text = ("".join(letters) + "\n") * (3 * BLOCK // len(letters))
-            for shifted in text, "x" + text:  # across the borders of the blocks
-                self.assertSucceeds(self.convert("-t", name, "--strict", data=shifted.encode()), shifted.encode(codec))
-                self.assertSucceeds(self.convert("-f", name, "--strict", data=shifted.encode(codec)), shifted.encode())
-
     def test_says_where_there_is_no_character(self):
         for arguments, data, part in [
             (["-t", "CP932"], "日本\nab中😀".encode(), "line 2, character 4: U+1F600 has no form in CP932"),

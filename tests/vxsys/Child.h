@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/NotCopied.h"
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -47,7 +48,7 @@ inline void spin(std::uint64_t microseconds)
 /// A separate process that runs `work`, and is killed at the end of the block if it still runs. The two sides send each
 /// other single characters; '\0' means that the other side has ended. If an expectation fails in the child, `wait`
 /// returns 1.
-class Child {
+class Child : NotCopied {
 public:
     class Side {
     public:
@@ -94,8 +95,6 @@ public:
         wait();
         ::close(m_side.m_channel);
     }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
 
     void tell(char what) const { m_side.tell(what); }
     char hear() const { return m_side.hear(); }

@@ -256,7 +256,7 @@ constexpr _GUID FIRST_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 constexpr _GUID SECOND_CLASS {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 12}};
 
 /// An offer until the end of the block. The object that it creates is the context itself.
-class Offer {
+class Offer : NotCopied {
 public:
     Offer(const char16_t* progId, const _GUID& classId, void* context, VXCreateFunction create = giveContext)
     {
@@ -264,8 +264,6 @@ public:
         EXPECT_NE(m_token, 0U);
     }
     ~Offer() { EXPECT_EQ(VXComRevokeClassObject(m_token), 0); }
-    Offer(const Offer&) = delete;
-    Offer& operator=(const Offer&) = delete;
 
     static std::int32_t giveContext(void* context, IVXUnknown*, const _GUID* iid, void** object)
     {

@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 using namespace std::literals;
 using namespace vxsys::results;
 
-class File {
+class File : NotCopied {
 public:
     File(const std::u16string& path, std::uint32_t flags)
     {
@@ -35,8 +35,6 @@ public:
             EXPECT_EQ(VXFileClose(m_handle), 0);
         }
     }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
 
     std::int32_t write(std::string_view text) const
     {

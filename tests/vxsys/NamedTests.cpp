@@ -50,15 +50,13 @@ bool hasFile(const std::string& name)
         || std::filesystem::exists(folderOf(::geteuid()) + "/m-" + name);
 }
 
-class Named {
+class Named : NotCopied {
 public:
     Named(const std::string& name, std::uint32_t value)
     {
         EXPECT_EQ(VXNamedSemOpen(name.c_str(), value, &m_handle), 0);
     }
     ~Named() { EXPECT_EQ(VXNamedSemClose(m_handle), 0); }
-    Named(const Named&) = delete;
-    Named& operator=(const Named&) = delete;
 
     void wait() const { EXPECT_EQ(VXSemaphoreWait(m_handle), 0); }
     bool tryWait() const { return VXSemaphoreTryWait(m_handle) == 0; }
@@ -81,7 +79,7 @@ public:
     VXHandle m_handle = nullptr;
 };
 
-class Memory {
+class Memory : NotCopied {
 public:
     Memory(const std::string& name, std::uint32_t size, std::uint32_t flags = VX_SHARED_MEMORY_CREATE)
     {
@@ -93,8 +91,6 @@ public:
         EXPECT_EQ(VXSharedMemDetach(m_address), 0);
         EXPECT_EQ(VXSharedMemClose(m_handle), 0);
     }
-    Memory(const Memory&) = delete;
-    Memory& operator=(const Memory&) = delete;
 
     template <class T>
     T* as() const

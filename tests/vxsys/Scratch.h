@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/NotCopied.h"
 #include "vxsys/Text.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,7 @@
 #include <sys/resource.h>
 
 /// A folder for each test, which the destructor removes. It also restores the current directory.
-class Scratch {
+class Scratch : NotCopied {
 public:
     Scratch()
     {
@@ -30,8 +31,6 @@ public:
         std::filesystem::current_path(m_before);
         std::filesystem::remove_all(m_path);
     }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
 
     const std::filesystem::path& getPath() const { return m_path; }
     std::filesystem::path operator/(const char* name) const { return m_path / name; }
@@ -70,7 +69,7 @@ inline std::ptrdiff_t openDescriptors()
 }
 
 /// Limits the size of files of this process to `size`, until the end of the block.
-class SizeLimit {
+class SizeLimit : NotCopied {
 public:
     explicit SizeLimit(rlim_t size)
         : m_handler(std::signal(SIGXFSZ, SIG_IGN))
@@ -84,8 +83,6 @@ public:
         ::setrlimit(RLIMIT_FSIZE, &m_before);
         std::signal(SIGXFSZ, m_handler);
     }
-    SizeLimit(const SizeLimit&) = delete;
-    SizeLimit& operator=(const SizeLimit&) = delete;
 
 private:
     void (*m_handler)(int);
@@ -93,7 +90,7 @@ private:
 };
 
 /// Sets or removes an environment variable, until the end of the block.
-class ScopedVariable {
+class ScopedVariable : NotCopied {
 public:
     ScopedVariable(const char* name, const char* value)
         : m_name(name)
@@ -103,8 +100,6 @@ public:
         set(value);
     }
     ~ScopedVariable() { set(m_before ? m_before->c_str() : nullptr); }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
 
 private:
     void set(const char* value)

@@ -197,19 +197,14 @@ TEST(Number, ReadsFloatingPointAsTheCLibraryDoes)
 TEST(Number, ReadsFloatingPointOfAnyLength)
 {
     const std::string halfway = "9007199254740993"; // between two doubles
-    expectAsStrtod(halfway + "." + std::string(5000, '0'));
-    expectAsStrtod(halfway + "." + std::string(5000, '0') + "1");
-    expectAsStrtod(halfway + std::string(5000, '0') + "e-5000");
-    expectAsStrtod(halfway + std::string(5000, '0') + "1e-5001");
-    expectAsStrtod("0." + std::string(5000, '0') + halfway + "e5016");
-    expectAsStrtod("0x" + std::string(3000, '0') + "1." + std::string(2999, '0') + "1p-3");
-    expectAsStrtod(std::string(3000, '9'));
-    // Halfway between two doubles, which only the last digit shows, and half rounds up
-    expectAsStrtod("1.00000000000000033306690738754696212708950042724609375");
-    char text[1100];
-    std::snprintf(text, sizeof text, "%.1075Lf", std::ldexp(3.0L, -1075));
-    expectAsStrtod(text);
-    expectAsStrtod("." + std::string(3000, '0') + "1");
+    const std::string zeros(5000, '0');
+    char ofTheSmallest[1100]; // halfway between two doubles, which only the last digit shows, and half rounds up
+    std::snprintf(ofTheSmallest, sizeof ofTheSmallest, "%.1075Lf", std::ldexp(3.0L, -1075));
+    for (const std::string& text :
+        {halfway + "." + zeros, halfway + "." + zeros + "1", halfway + zeros + "e-5000", halfway + zeros + "1e-5001",
+            "0." + zeros + halfway + "e5016", "0x" + zeros + "1." + zeros + "1p-3", std::string(3000, '9'),
+            "1.00000000000000033306690738754696212708950042724609375"s, std::string(ofTheSmallest), "." + zeros + "1"})
+        expectAsStrtod(text);
 }
 
 TEST(Number, ReadsRandomFloatingPointAsTheCLibraryDoes)

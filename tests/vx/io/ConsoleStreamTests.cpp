@@ -23,19 +23,19 @@ using namespace std::literals;
 using namespace vx;
 using namespace vx::io;
 
-/// Replaces a standard stream of this process by the file `path`. The test has the process for itself.
-void redirect(int standard, const std::filesystem::path& path, int flags)
-{
-    const int file = ::open(path.c_str(), flags | O_CREAT | O_CLOEXEC, 0600);
-    ASSERT_NE(file, -1) << path;
-    ASSERT_EQ(::dup2(file, standard), standard);
-    ::close(file);
-}
-
 /// Runs `work` in a separate process, so that it may change the standard streams.
 void alone(const std::function<void()>& work)
 {
     EXPECT_EQ(Child([&](Child::Side&) { work(); }).wait(), 0);
+}
+
+/// The same, after a standard stream of that process was replaced by the file `path`.
+void aloneWith(int standard, const std::filesystem::path& path, int flags, const std::function<void()>& work)
+{
+    alone([&] {
+        ASSERT_EQ(::dup2(::open(path.c_str(), flags | O_CREAT | O_CLOEXEC, 0600), standard), standard) << path;
+        work();
+    });
 }
 
 template <class Stream>
@@ -50,8 +50,7 @@ TEST(StdioInputStream, ReadsLineByLine)
 {
     const Scratch scratch;
     put(scratch / "in", "one\ntwo words\nx\0y\n\xE4last"sv);
-    alone([&] {
-        redirect(STDIN_FILENO, scratch / "in", O_RDONLY);
+    aloneWith(STDIN_FILENO, scratch / "in", O_RDONLY, [&] {
         StdioInputStream stream;
         // With room for the terminator alone it reads nothing; a zero byte ends a line.
         EXPECT_EQ((Told {readOnce(stream, 1), readOnce(stream, 100), readOnce(stream, 5), stream.skip(3),
@@ -59,10 +58,7 @@ TEST(StdioInputStream, ReadsLineByLine)
                       readOnce(stream, 100), readOnce(stream, 100)}),
             "-1 one\n two  3 -3 words\n x 228 last -1");
     });
-    alone([&] {
-        redirect(STDIN_FILENO, scratch / "out", O_WRONLY);
-        EXPECT_THROW(StdioInputStream().read(), IoException);
-    });
+    aloneWith(STDIN_FILENO, scratch / "out", O_WRONLY, [&] { EXPECT_THROW(StdioInputStream().read(), IoException); });
 }
 
 #if defined(__has_feature)
@@ -97,8 +93,7 @@ TEST(StdioInputStream, WaitsOnWhenSignalsArrive)
 TEST(StdioOutputStream, BuffersSingleBytesOnly)
 {
     const Scratch scratch;
-    alone([&] {
-        redirect(STDOUT_FILENO, scratch / "out", O_WRONLY);
+    aloneWith(STDOUT_FILENO, scratch / "out", O_WRONLY, [&] {
         StdioOutputStream stream;
         stream.write(static_cast<signed char>('a'));
         stream.write("bc", 2);
@@ -138,8 +133,7 @@ TEST(MaskedConsoleInputStream, TakesWhatAnotherStreamHasReadAhead)
 {
     const Scratch scratch;
     put(scratch / "in", "user\nsecret\nrest\n"sv);
-    alone([&] {
-        redirect(STDIN_FILENO, scratch / "in", O_RDONLY);
+    aloneWith(STDIN_FILENO, scratch / "in", O_RDONLY, [&] {
         StdioInputStream lines;
         EXPECT_EQ(readOnce(lines, 100), "user\n");
         MaskedConsoleInputStream keys;

@@ -165,24 +165,25 @@ TEST(ReaderWriterLock, TellsWhoMayJoinWhomAndWhoComesFirst)
 TEST(Event, ResetsItselfAfterEachWaiterThatItFrees)
 {
     // Nothing is signalled at first; 'T' does not look; one signal is kept without a waiter
-    for (const char* script : {"1z- 1s+ 1s+ 1T- 1z+ 1z-", "1w? 2f? 3n? 4s+ 4s+ 4z- *2 4s+ *1"}) {
+    for (const char* script : {"1z- 1s+ 1s+ 1T- 1z+ 1z-", "1w? 2f? 3n? 4S- *2 4s+ *1"}) {
         Event event;
         play({{'w', [&] { return event.wait(), true; }}, {'T', [&] { return event.tryWait(); }},
                  {'z', [&] { return event.wait(0); }}, {'f', [&] { return event.wait(FOR_EVER); }},
-                 {'n', [&] { return event.wait(NEARLY_FOR_EVER); }}, {'s', [&] { return event.signal(), true; }}},
+                 {'n', [&] { return event.wait(NEARLY_FOR_EVER); }}, {'s', [&] { return event.signal(), true; }},
+                 {'S', [&] { return event.signal(), event.signal(), event.wait(0); }}}, // before the waiters run
             script);
     }
 }
 
 TEST(Gate, LetsAllPassWhileItIsOpenAndAllWhoWaitedThoughItClosesAtOnce)
 {
-    for (const char* script :
-        {"1T- 1z- 1o+ 1T+ 1z+ 1f+ 2T+ 2z+ 1w+ 1c+ 1T- 1z-", "1w? 2n? 3f? 4o+ 4c+ 4T- *3 1w? 4o+ *1"}) {
+    for (const char* script : {"1T- 1z- 1o+ 1T+ 1z+ 1f+ 2T+ 2z+ 1w+ 1c+ 1T- 1z-", "1w? 2n? 3f? 4b- *3 1w? 4o+ *1"}) {
         Gate gate;
         play({{'w', [&] { return gate.wait(), true; }}, {'T', [&] { return gate.tryWait(); }},
                  {'z', [&] { return gate.wait(0); }}, {'f', [&] { return gate.wait(FOR_EVER); }},
                  {'n', [&] { return gate.wait(NEARLY_FOR_EVER); }}, {'o', [&] { return gate.open(), true; }},
-                 {'c', [&] { return gate.close(), true; }}},
+                 {'c', [&] { return gate.close(), true; }},
+                 {'b', [&] { return gate.open(), gate.close(), gate.tryWait(); }}}, // before the waiters run
             script);
     }
 }
