@@ -6,8 +6,6 @@
 #include "vxconv/Options.h"
 #include "vxsys/File.h"
 
-#include <utility>
-
 #include <unistd.h>
 
 namespace {

@@ -1,7 +1,6 @@
 #include "legacy/CVXCmdLineParser.h"
 #include "tests/faults/Families.h"
 
-#include <functional>
 #include <string>
 #include <utility>
 

@@ -12,7 +12,6 @@
 #include <limits>
 #include <locale.h>
 #include <random>
-#include <tuple>
 
 namespace {
 

@@ -16,7 +16,6 @@
 #include <sys/resource.h>
 #include <thread>
 #include <tuple>
-#include <utility>
 
 namespace {
 

@@ -24,7 +24,6 @@
 #include <concepts>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <map>
 #include <optional>
 #include <pthread.h>
@@ -196,7 +195,7 @@ TEST(Semaphore, CountsWhatIsGivenAndTaken)
         "1w+ 10- 1T+ 10+ 1T- 2w? 1s+ *1 10+ 1s+ 10-");
 }
 
-TEST(Condition, HandsItsLockToWhoeverItFreesAndRefusesWhoDoesNotHoldIt)
+TEST(Condition, GivesItsLockToTheThreadThatItFreesAndRefusesOthers)
 {
     for (const char* script : {"1W? 2W? 3W? 4a+ 4s+ 4r+ *1 4a+ 4b+ 4r+ *2", "1w! 1t! 1r! 1s+ 1a+ 1aD 2r! 1r+"}) {
         Condition condition;
