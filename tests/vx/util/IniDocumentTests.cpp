@@ -103,41 +103,36 @@ TEST(IniDocument, AgreesWithIniFileAfterRandomChanges)
     Random random;
     const Scratch scratch;
     const std::u16string path = scratch.full("x.ini");
-    std::string text;
+    std::string text = "[s]\n";
     const char* const lines[] = {"[s]", "[T]", "a=1", "B = 2 ", "# a=0", "", "c=\t3", "[u]v"};
     for (int line = 0; line < 30; ++line)
         text.append(lines[random.below(8)]).append(random.below(2) == 0 ? "\n" : "\r\n");
-    IniDocument document = IniDocument::parse("[s]\n" + text);
-    std::map<std::string, std::string> model;
+    IniDocument document = IniDocument::parse(text);
+    std::map<std::pair<std::string, std::string>, std::string> model;
     for (const IniDocument::Entry& entry : document.getEntries())
-        model[entry.set == "T" ? "T." + entry.name : entry.set + '.' + entry.name] = entry.value;
-    const char* const sets[] = {"s", "T", "u"};
-    const char* const names[] = {"a", "B", "c", "d"};
+        model[{entry.set, entry.name}] = entry.value;
     for (int round = 0; round < 60; ++round) {
-        const std::string set = sets[random.below(3)];
-        const std::string name = names[random.below(4)];
-        const std::string value = std::to_string(random.below(1000));
+        const std::pair key(std::string(1, "sTu"[random.below(3)]), std::string(1, "aBcd"[random.below(4)]));
         if (random.below(3) == 0) {
-            EXPECT_EQ(document.remove(set, name), model.erase(set + '.' + name) > 0);
+            EXPECT_EQ(document.remove(key.first, key.second), model.erase(key) > 0);
         } else {
-            document.set(set, name, value);
-            model[set + '.' + name] = value;
+            model[key] = std::to_string(random.below(1000));
+            document.set(key.first, key.second, model[key]);
         }
-        for (const auto& [key, expected] : model)
-            EXPECT_EQ(document.get(key.substr(0, 1), key.substr(2)), expected) << document.getText();
+        for (const auto& [place, value] : model)
+            EXPECT_EQ(document.get(place.first, place.second), value) << document.getText();
     }
     // One set of each name, as IniFile does not join them.
     IniDocument joined;
-    for (const auto& [key, value] : model)
-        joined.set(key.substr(0, 1), key.substr(2), value);
+    for (const auto& [place, value] : model)
+        joined.set(place.first, place.second, value);
     ASSERT_EQ(joined.save(path.c_str()), 0);
     IniFile file(path.c_str(), nullptr, 1);
-    for (const auto& [key, expected] : model) {
+    for (const auto& [place, wanted] : model) {
+        const TerminatedText set {String(place.first)}, key {String(place.second)};
         char16_t value[20] = u"";
-        EXPECT_EQ(
-            file.GetValue(TerminatedText(String(key.substr(0, 1))), TerminatedText(String(key.substr(2))), value, 20),
-            0);
-        EXPECT_EQ(String(value), String(expected));
+        EXPECT_EQ(file.GetValue(set, key, value, 20), 0);
+        EXPECT_EQ(String(value).toUtf8(), wanted);
     }
 }
 

@@ -21,7 +21,6 @@ TEST(PropertySet, AsksItsParentLast)
     const Reference<PropertySet> parent(new PropertySet), child(new PropertySet(parent.get()));
     parent->set(u"host", u"far");
     EXPECT_TRUE(child->get(u"host") == u"far" && child->hasProperty(u"host") && child->remove(u"host") == u"");
-    EXPECT_EQ(child->getKeys()->getSize(), 0);
     child->set(u"host", u"near");
     child->set(u"host", u"here");
     EXPECT_EQ(child->getKeys()->getSize(), 1);
@@ -30,7 +29,7 @@ TEST(PropertySet, AsksItsParentLast)
     EXPECT_TRUE(child->hasProperty(u"port")) << "an empty value is a value";
     child->clear();
     EXPECT_EQ(child->get(u"host"), u"far");
-    EXPECT_THROW(child->get(u"port"), Exception);
+    EXPECT_FALSE(child->hasProperty(u"port"));
 }
 
 /// Returns a value for one key that it does not have.
@@ -50,10 +49,8 @@ TEST(PropertySet, HasAsManyParentsAsThereIsMemoryFor)
         set = child == 50'000 ? new Answering(set.get()) : new PropertySet(set.get());
     EXPECT_EQ(set->get(u"first"), u"found");
     EXPECT_EQ(set->get(u"asked"), u"answer") << "by the class in between";
-    EXPECT_TRUE(set->hasProperty(u"first") && set->hasProperty(u"asked"));
-    EXPECT_FALSE(set->hasProperty(u"other"));
+    EXPECT_TRUE(set->hasProperty(u"first") && set->hasProperty(u"asked") && !set->hasProperty(u"other"));
     EXPECT_THROW(set->get(u"other"), Exception);
-    set = nullptr;
 }
 
 TEST(PropertySet, SharesItsEntriesAcrossTheBorder)
@@ -133,9 +130,7 @@ TEST(VorbPropertySet, GoesThroughTheComponentAndTellsItsFailure)
     set.set(u"key", u"new");
     EXPECT_EQ(foreign->m_events, u"set key=new");
     EXPECT_TRUE(set.get(u"key") == u"value" && set.hasProperty(u"key") && set.remove(u"key") == u"value");
-    const Reference<const collections::Set<String>> keys = set.getKeys();
-    EXPECT_EQ(keys->getSize(), 2);
-    EXPECT_TRUE(keys->contains(Reference<String>(new String(u"two")).get()));
+    EXPECT_EQ(set.getKeys()->getSize(), 2);
     foreign->m_events.clear();
     set.clear();
     EXPECT_TRUE(foreign->m_events == u"remove one remove two " || foreign->m_events == u"remove two remove one ");

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <string>
+#include <tuple>
 
 using namespace vx;
 using namespace vx::util;
@@ -29,24 +30,19 @@ protected:
 
 TEST(RegistryKey, ReadsAndPrintsPathsAndTakesTheSystemsNumbersOfTheRoots)
 {
-    struct {
-        const char16_t* path;
-        std::uint32_t hive, root;
-        const char16_t *full, *relative, *name;
-    } cases[] = {
-        {u"VX_HKEY_CONFIG/Software/X", 1, 0x80000002, u"VX_HKEY_CONFIG_32\\Software\\X", u"\\Software\\X", u"X"},
-        {u"VX_HKEY_USER\\", 2, 0x80000001, u"VX_HKEY_USER", u"", u""},
-        {u"VX_HKEY_CLASSES_CROSS\\a", 3, 0x80000000, u"VX_HKEY_CLASSES_64\\a", u"\\a", u"a"},
-        {u"VX_HKEY_CONFIG_64\\a\\b", 4, 0x80000002, u"VX_HKEY_CONFIG_64\\a\\b", u"\\a\\b", u"b"},
-        {u"VX_HKEY_CONFIG_CROSS", 4, 0x80000002, u"VX_HKEY_CONFIG_64", u"", u"VX_HKEY_CONFIG_CROSS"},
+    const std::tuple<const char16_t*, std::uint32_t, std::uint32_t, const char*> cases[] = {
+        // The hive, the system's root, the full path, the path below the root and the name
+        {u"VX_HKEY_CONFIG/Software/X", 1, 0x80000002, "VX_HKEY_CONFIG_32\\Software\\X|\\Software\\X|X"},
+        {u"VX_HKEY_USER\\", 2, 0x80000001, "VX_HKEY_USER||"},
+        {u"VX_HKEY_CLASSES_CROSS\\a", 3, 0x80000000, "VX_HKEY_CLASSES_64\\a|\\a|a"},
+        {u"VX_HKEY_CONFIG_64\\a\\b", 4, 0x80000002, "VX_HKEY_CONFIG_64\\a\\b|\\a\\b|b"},
+        {u"VX_HKEY_CONFIG_CROSS", 4, 0x80000002, "VX_HKEY_CONFIG_64||VX_HKEY_CONFIG_CROSS"},
     };
-    for (const auto& row : cases) {
-        const RegistryKey key(row.path);
-        EXPECT_EQ(key.getVXHKEY(), row.hive) << String(row.path);
-        EXPECT_EQ(key.getHKEY(), root(row.root)) << String(row.path);
-        EXPECT_EQ(key.getKey(), row.full) << String(row.path);
-        EXPECT_EQ(key.getKey(true), row.relative) << String(row.path);
-        EXPECT_EQ(key.getKeyName(), row.name) << String(row.path);
+    for (const auto& [path, hive, number, texts] : cases) {
+        const RegistryKey key(path);
+        EXPECT_EQ(key.getVXHKEY(), hive) << texts;
+        EXPECT_EQ(key.getHKEY(), root(number)) << texts;
+        EXPECT_EQ((key.getKey() + u"|" + key.getKey(true) + u"|" + key.getKeyName()).toUtf8(), texts);
     }
     for (const char16_t* unknown : {u"VX_HKEY_USERS\\a", u"", u"\\VX_HKEY_USER", u"VX_HKEY_USER_32"})
         EXPECT_EQ(saidBy<Exception>([&] { RegistryKey key((String(unknown))); }), "Unknown VX_HKEY") << String(unknown);
@@ -135,12 +131,12 @@ TEST_F(RegistryKeys, WalksOverSubkeysAndValues)
     EXPECT_EQ(*values->next(), String(u"b")) << "a value beyond the room for data is no end";
     EXPECT_FALSE(values->hasNext());
     EXPECT_EQ(saidBy<Exception>([&] { values->next(); }), "no more values");
-    const auto keys = m_key.getSubkeyIterator();
-    EXPECT_TRUE(keys->hasNext());
-    EXPECT_EQ(keys->next()->getKey(), u"VX_HKEY_USER\\Software\\X\\one");
-    EXPECT_TRUE(keys->hasNext());
-    EXPECT_EQ(keys->next()->getValueUINT32(u""), 2U);
-    EXPECT_FALSE(keys->hasNext());
+    std::string keys;
+    for (const auto walk = m_key.getSubkeyIterator(); walk->hasNext();) {
+        const Reference<RegistryKey> key = walk->next();
+        keys += key->getKey().toUtf8() + '=' + std::to_string(key->getValueUINT32(u"")) + ' ';
+    }
+    EXPECT_EQ(keys, "VX_HKEY_USER\\Software\\X\\one=1 VX_HKEY_USER\\Software\\X\\Two=2 ");
     const Reference<RegistryKey> software = RegistryKey(u"VX_HKEY_USER").getSubkeyIterator()->next();
     EXPECT_EQ(software->getKey(true), u"\\\\Software") << "also with a backslash after an empty path";
     software->remove();
