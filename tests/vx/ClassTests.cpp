@@ -1,12 +1,9 @@
-#include "tests/Outcome.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "vx/Class.h"
 #include "vx/ClassManagerBase.h"
-#include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
 #include "vx/NumberBoxes.h"
-#include "vx/Reference.h"
-#include "vx/String.h"
 #include "vx/exec/IRunnable.h"
 #include "vx/io/ByteArrayOutputStream.h"
 #include "vx/math/BigInteger.h"
@@ -15,8 +12,6 @@
 #include "vx/sync/Semaphore.h"
 #include "vx/util/MTCharBuffer.h"
 #include "vx/vorb/Module.h"
-
-#include <gtest/gtest.h>
 
 #include <typeinfo>
 

@@ -1,10 +1,9 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Describe.h"
-#include "vx/Exceptions.h"
 #include "vx/Occasion.h"
-#include "vx/Result.h"
 #include "vx/exec/Process.h"
 #include "vx/exec/SharedLibrary.h"
 #include "vx/io/FileInputStream.h"
@@ -16,15 +15,9 @@
 #include "vx/util/RegistryKey.h"
 #include "vxsys/Registry.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
 #include <sstream>
-#include <string>
 #include <system_error>
 #include <thread>
-#include <vector>
 
 using namespace vx;
 

@@ -1,13 +1,7 @@
 #include "tests/Threads.h"
-#include "vx/Exceptions.h"
-#include "vx/Result.h"
+#include "tests/vx/Common.h"
 #include "vx/vorb/Boundary.h"
 
-#include <gtest/gtest.h>
-
-#include <concepts>
-#include <cstdint>
-#include <functional>
 #include <new>
 
 using namespace vx;

@@ -1,27 +1,17 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/UserBuffer.h"
 #include "vx/AnsiBytes.h"
-#include "vx/Exceptions.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
 #include "vx/Str1.h"
-#include "vx/String.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/ROByteBuffer.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <functional>
 #include <iterator>
 #include <random>
 #include <sstream>
-#include <string>
-#include <string_view>
-#include <tuple>
 
 namespace vx {
 namespace {

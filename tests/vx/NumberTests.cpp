@@ -1,20 +1,9 @@
-#include "tests/Outcome.h"
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/NumberBoxes.h"
-#include "vx/String.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
 
-#include <gtest/gtest.h>
-
-#include <concepts>
-#include <functional>
-#include <limits>
-#include <memory>
-#include <tuple>
-#include <type_traits>
 #include <typeinfo>
-#include <utility>
 
 namespace vx {
 namespace {

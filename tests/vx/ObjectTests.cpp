@@ -1,24 +1,11 @@
-#include "tests/Outcome.h"
-#include "vx/Exceptions.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/util/RWByteBuffer.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vx/vorb/ClassFactory.h"
 #include "vx/vorb/Module.h"
 #include "vxsys/Memory.h"
 
-#include <gtest/gtest.h>
-
-#include <concepts>
-#include <cstdint>
 #include <numeric>
-#include <string>
-#include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 using namespace vx;
 

@@ -1,16 +1,8 @@
 #pragma once
 
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "vx/Object.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
 #include "vxsys/Component.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <utility>
 
 namespace vx {
 

@@ -1,9 +1,6 @@
 #include "vx/Str1HashMap.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
+#include "tests/vx/Common.h"
 
 namespace vx {
 namespace {

@@ -1,13 +1,8 @@
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "vx/Str1.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <functional>
-#include <string>
-#include <utility>
 
 namespace vx {
 namespace {

@@ -1,15 +1,6 @@
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/Str1.h"
 #include "vx/Str1HashMap.h"
-#include "vx/String.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 namespace vx {
 namespace {

@@ -1,23 +1,10 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Outcome.h"
 #include "tests/Random.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/UserBuffer.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
-#include "vx/String.h"
 #include "vx/util/MTCharBuffer.h"
 #include "vx/vorb/Boundary.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <limits>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 namespace vx {
 namespace {

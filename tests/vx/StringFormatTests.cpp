@@ -1,21 +1,12 @@
 #include "tests/Random.h"
-#include "vx/Exception.h"
+#include "tests/vx/Common.h"
 #include "vx/NumberBoxes.h"
 #include "vx/Str1.h"
-#include "vx/String.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdarg>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <limits>
-#include <map>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace vx {
 namespace {

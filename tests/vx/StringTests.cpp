@@ -1,26 +1,12 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Outcome.h"
 #include "tests/Random.h"
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/IVXComparable.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
 #include "vx/Str1.h"
-#include "vx/String.h"
 #include "vx/util/MTCharBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <limits>
-#include <map>
 #include <sstream>
-#include <string>
-#include <tuple>
-#include <type_traits>
 #include <unordered_set>
-#include <utility>
 
 namespace vx {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/UserBuffer.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/NumberBoxes.h"
@@ -15,13 +15,6 @@
 #include "vx/util/RegKeyIterator.h"
 #include "vx/util/RegistryKey.h"
 #include "vx/util/vorb/VorbPropertySet.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <string>
-#include <type_traits>
 
 namespace vx {
 namespace {

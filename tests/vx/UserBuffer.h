@@ -1,14 +1,10 @@
 #pragma once
 
+#include "tests/vx/Common.h"
 #include "vx/IVXUnknown.h"
-#include "vx/Result.h"
 #include "vx/util/ICharBuffer.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <new>
-#include <string>
-#include <vector>
 
 namespace vx {
 

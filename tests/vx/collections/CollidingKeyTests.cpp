@@ -1,9 +1,9 @@
 #include "legacy/CVXByteBuffer.h"
 #include "tests/AllocationProbe.h"
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
-#include "vx/Result.h"
 #include "vx/collections/StringHashMap.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/io/ByteBuffer.h"
@@ -12,17 +12,6 @@
 #include "vx/net/QueryKey.h"
 #include "vx/util/ROCharBuffer.h"
 #include "vx/util/RegistryKey.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <limits>
-#include <string>
-#include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace vx::collections {
 namespace {

@@ -1,17 +1,9 @@
 #pragma once
 
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/Object.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
-#include "vx/String.h"
 #include "vx/util/Comparator.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <string>
 #include <typeindex>
 
 namespace vx::collections {

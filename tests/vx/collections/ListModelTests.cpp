@@ -1,14 +1,10 @@
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/LinkedList.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace vx::collections::vorb {
 namespace {

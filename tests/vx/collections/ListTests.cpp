@@ -1,7 +1,7 @@
 #include "tests/AllocationProbe.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
-#include "vx/Result.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
@@ -10,13 +10,7 @@
 #include "vx/util/Comparator.h"
 #include "vx/util/MTCharBuffer.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <functional>
-#include <string>
-#include <tuple>
-#include <utility>
 
 namespace vx::collections::vorb {
 namespace {

@@ -1,19 +1,11 @@
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
-#include "vx/Exceptions.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/HashSet.h"
 #include "vx/util/Comparator.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace vx::collections::vorb {
 namespace {

@@ -1,10 +1,10 @@
 #include "tests/AllocationProbe.h"
 #include "tests/Random.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/UserBuffer.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
-#include "vx/Result.h"
 #include "vx/Str1HashMap.h"
 #include "vx/collections/IntegerHashMap.h"
 #include "vx/collections/Set.h"
@@ -13,19 +13,7 @@
 #include "vx/collections/vorb/HashSet.h"
 #include "vx/util/PropertySet.h"
 
-#include <gtest/gtest.h>
-
-#include <concepts>
-#include <functional>
 #include <initializer_list>
-#include <limits>
-#include <map>
-#include <memory>
-#include <string>
-#include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace vx::collections {
 namespace {

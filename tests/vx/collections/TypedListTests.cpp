@@ -1,5 +1,5 @@
+#include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
-#include "vx/Exceptions.h"
 #include "vx/collections/List.h"
 #include "vx/collections/Map.h"
 #include "vx/collections/Set.h"
@@ -8,16 +8,9 @@
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/collections/vorb/LinkedList.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <functional>
 #include <iterator>
 #include <optional>
 #include <ranges>
-#include <string>
-#include <vector>
 
 namespace vx::collections {
 namespace {

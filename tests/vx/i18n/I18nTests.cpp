@@ -1,16 +1,10 @@
 #include "tests/Slots.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/Offer.h"
-#include "vx/Exceptions.h"
 #include "vx/i18n/ComStringBundle.h"
 #include "vx/i18n/StringMapBundle.h"
 #include "vx/util/CopyCharBuffer.h"
-
-#include <gtest/gtest.h>
-
-#include <map>
-#include <string>
-#include <utility>
 
 namespace vx::i18n {
 namespace {

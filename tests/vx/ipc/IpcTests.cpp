@@ -1,23 +1,15 @@
-#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Exception.h"
-#include "vx/Result.h"
 #include "vx/ipc/SemaphoreR.h"
 #include "vx/ipc/SharedMemory.h"
 #include "vxsys/File.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <fstream>
-#include <functional>
-#include <memory>
 #include <sched.h>
-#include <string>
 #include <sys/mount.h>
-#include <tuple>
 
 namespace {
 

@@ -1,9 +1,8 @@
 #include "Recording.h"
-#include "tests/Outcome.h"
 #include "tests/Slots.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "vx/NumberBoxes.h"
-#include "vx/Result.h"
 #include "vx/collections/List.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/vorb/ArrayList.h"
@@ -19,11 +18,8 @@
 #include "vx/log/vorb/IFieldIterator.h"
 #include "vx/log/vorb/VorbProcessor.h"
 
-#include <gtest/gtest.h>
-
 #include <set>
 #include <thread>
-#include <tuple>
 #include <typeinfo>
 
 namespace vx::log {

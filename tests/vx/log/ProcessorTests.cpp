@@ -1,5 +1,6 @@
 #include "Recording.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/LogEntry.h"
 #include "vx/log/LogFilter.h"
@@ -8,11 +9,6 @@
 #include "vx/log/SyncLogger.h"
 #include "vx/sync/Semaphore.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <map>
 #include <sstream>
 #include <thread>
 

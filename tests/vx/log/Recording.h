@@ -1,16 +1,11 @@
 #pragma once
 
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/Object.h"
-#include "vx/Reference.h"
-#include "vx/String.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/ILogProcessor.h"
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
-
-#include <string>
-#include <vector>
 
 namespace vx::log {
 

@@ -1,8 +1,8 @@
 #include "Recording.h"
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/io/StreamDoubles.h"
 #include "vx/NumberBoxes.h"
-#include "vx/Result.h"
 #include "vx/collections/Set.h"
 #include "vx/io/EntryStream.h"
 #include "vx/io/OutputStreamWriter.h"
@@ -15,12 +15,7 @@
 #include "vx/log/ZonedTimeStamp.h"
 #include "vx/math/BigDecimal.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
-#include <limits>
-#include <string>
-#include <utility>
 
 namespace vx::log {
 namespace {

@@ -1,16 +1,9 @@
 #include "vx/math/BigDecimal.h"
 
-#include "vx/Exceptions.h"
-#include "vx/String.h"
-
-#include <gtest/gtest.h>
+#include "tests/vx/Common.h"
 
 #include <clocale>
-#include <limits>
 #include <new>
-#include <string>
-#include <tuple>
-#include <utility>
 
 namespace vx::math {
 namespace {

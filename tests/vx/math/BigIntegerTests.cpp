@@ -1,15 +1,6 @@
 #include "vx/math/BigInteger.h"
 
-#include "vx/Exceptions.h"
-#include "vx/String.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
-#include <string>
-#include <tuple>
-#include <utility>
+#include "tests/vx/Common.h"
 
 namespace vx::math {
 namespace {

@@ -1,17 +1,11 @@
-#include "vx/Exception.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/BigInteger.h"
 
 #include <gmpxx.h>
-#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <functional>
 #include <random>
-#include <string>
-#include <utility>
 
 namespace vx::math {
 namespace {

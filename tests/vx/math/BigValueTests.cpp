@@ -1,19 +1,13 @@
 #include "tests/Random.h"
-#include "vx/Exceptions.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/Values.h"
 #include "vx/math/Operators.h"
 #include "vx/util/Guid.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <iterator>
 #include <sstream>
-#include <string>
 #include <unordered_set>
-#include <utility>
-#include <vector>
 
 namespace vx::math {
 namespace {

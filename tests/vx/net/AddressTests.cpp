@@ -1,17 +1,12 @@
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/net/InetSocketAddress.h"
 #include "vx/net/SocketFunctions.h"
 #include "vx/net/SocketResult.h"
 
-#include <gtest/gtest.h>
-
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <netdb.h>
-#include <string>
-#include <utility>
 
 namespace vx::net {
 namespace {

@@ -1,12 +1,8 @@
 #include "vx/net/FilePath.h"
 
-#include "tests/Outcome.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Exceptions.h"
-#include "vx/Result.h"
-
-#include <gtest/gtest.h>
 
 #include <unistd.h>
 

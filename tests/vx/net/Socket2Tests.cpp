@@ -1,24 +1,19 @@
 #include "tests/Slots.h"
 #include "tests/Threads.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/net/SignalStorm.h"
-#include "vx/String.h"
 #include "vx/net/SocketFunctions.h"
 #include "vx/net/TcpClientSocket2.h"
 #include "vx/net/TcpServerSocket2.h"
 
-#include <gtest/gtest.h>
-
 #include <arpa/inet.h>
 #include <atomic>
 #include <fcntl.h>
-#include <memory>
 #include <netinet/tcp.h>
 #include <stdexcept>
-#include <string>
 #include <sys/resource.h>
 #include <sys/time.h>
 #include <thread>
-#include <tuple>
 #include <unistd.h>
 
 namespace vx::net {

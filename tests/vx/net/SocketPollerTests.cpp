@@ -1,16 +1,11 @@
 #include "vx/net/SocketPoller.h"
 
-#include <gtest/gtest.h>
+#include "tests/vx/Common.h"
 
-#include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace vx::net {
 namespace {

@@ -1,26 +1,19 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/net/SignalStorm.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Exception.h"
-#include "vx/String.h"
 #include "vx/io/IoException.h"
 #include "vx/net/TcpClientSocket2.h"
 #include "vx/net/TcpServerSocket.h"
 #include "vx/net/TcpSocket.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <fcntl.h>
 #include <memory>
 #include <netinet/in.h>
-#include <string>
-#include <string_view>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace vx::net {
 namespace {

@@ -1,24 +1,18 @@
 #include "vx/net/TcpServer.h"
 
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "vx/Describe.h"
 #include "vx/net/SocketResult.h"
 #include "vxsys/Lock.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <dlfcn.h>
-#include <memory>
 #include <mutex>
 #include <pthread.h>
 #include <stdexcept>
-#include <string>
 #include <sys/socket.h>
 #include <thread>
-#include <vector>
 
 namespace vx::net {
 namespace {

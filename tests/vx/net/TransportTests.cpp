@@ -1,6 +1,6 @@
 #include "tests/Slots.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/Offer.h"
-#include "vx/Exceptions.h"
 #include "vx/io/ByteArrayInputStream.h"
 #include "vx/io/ByteBuffer.h"
 #include "vx/io/Channels.h"
@@ -8,10 +8,6 @@
 #include "vx/net/vorb/AbstractTransport.h"
 #include "vx/net/vorb/VorbTransport.h"
 #include "vx/util/vorb/VorbPropertySet.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
 
 namespace vx::net {
 namespace {

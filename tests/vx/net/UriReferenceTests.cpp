@@ -1,12 +1,9 @@
 #include "vx/net/UriReference.h"
 
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace vx::net {
 namespace {

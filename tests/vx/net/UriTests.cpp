@@ -1,16 +1,11 @@
 #include "vx/net/URI.h"
 
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/collections/detail/Element.h"
 #include "vx/collections/vorb/HashMap.h"
 #include "vx/text/charset/CharsetException.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <utility>
 
 namespace {
 

@@ -1,10 +1,6 @@
 #include "tests/AllocationProbe.h"
-#include "tests/Outcome.h"
 #include "tests/Threads.h"
-#include "vx/Exceptions.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/util/MTByteBuffer.h"
@@ -12,11 +8,6 @@
 #include "vx/util/ROByteBuffer.h"
 #include "vx/util/ROCharBuffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <limits>
 #include <thread>
 
 namespace vx::util {

@@ -1,14 +1,7 @@
 #include "legacy/CVXCmdLineParser.h"
-#include "tests/Outcome.h"
-#include "vx/Exception.h"
+#include "tests/vx/Common.h"
 #include "vx/util/CommandLineParser.h"
 #include "vx/util/OptionTable.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <tuple>
-#include <vector>
 
 namespace vx::util {
 namespace {

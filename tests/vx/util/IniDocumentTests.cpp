@@ -1,19 +1,11 @@
 #include "vx/util/IniDocument.h"
 
-#include "tests/Outcome.h"
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Result.h"
 #include "vx/TerminatedText.h"
 #include "vx/util/IniFile.h"
 #include "vx/util/IniFileIterator.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
-#include <string>
-#include <utility>
 
 namespace vx::util {
 namespace {

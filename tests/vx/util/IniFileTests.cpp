@@ -1,17 +1,13 @@
 #include "vx/util/IniFile.h"
 
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Result.h"
 #include "vx/util/IniFileException.h"
 #include "vx/util/IniFileIterator.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <string>
 #include <sys/stat.h>
-#include <tuple>
 #include <unistd.h>
 
 namespace {

@@ -1,12 +1,8 @@
-#include "tests/Outcome.h"
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/util/FilePath.h"
 #include "vx/util/PathNormalizer.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
 
 using namespace vx;
 using vx::util::FilePath;

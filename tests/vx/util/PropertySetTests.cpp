@@ -1,12 +1,7 @@
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/Offer.h"
-#include "vx/Exception.h"
-#include "vx/Result.h"
 #include "vx/util/vorb/VorbPropertySet.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <initializer_list>
 
 namespace vx::util {

@@ -1,15 +1,7 @@
-#include "tests/Outcome.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Exceptions.h"
-#include "vx/Result.h"
 #include "vx/util/RegKeyIterator.h"
 #include "vx/util/RegistryKey.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <tuple>
 
 using namespace vx;
 using namespace vx::util;

@@ -1,11 +1,6 @@
-#include "vx/Exception.h"
+#include "tests/vx/Common.h"
 #include "vx/util/Guid.h"
 #include "vx/util/StringTokenizer.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 
 namespace vx::util {
 namespace {

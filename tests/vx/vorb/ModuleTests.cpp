@@ -1,17 +1,11 @@
 #include "tests/Threads.h"
-#include "vx/Exceptions.h"
+#include "tests/vx/Common.h"
 #include "vx/Object.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
 #include "vx/vorb/ClassFactory.h"
 #include "vx/vorb/Component.h"
 #include "vx/vorb/Module.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <string>
-#include <tuple>
 
 using namespace vx;
 using namespace vx::vorb;

@@ -1,18 +1,12 @@
 #include "examples/component/IGreeter.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Class.h"
-#include "vx/Exceptions.h"
-#include "vx/Result.h"
 #include "vx/util/RWCharBuffer.h"
 #include "vx/util/RegKeyIterator.h"
 #include "vx/util/RegistryKey.h"
 #include "vx/vorb/Component.h"
 #include "vxsys/Component.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <tuple>
 
 using namespace vx;
 using namespace vx::vorb;

@@ -1,17 +1,11 @@
-#include "vx/Exceptions.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/text/charset/CodecManager.h"
 #include "vx/text/charset/EncInfo.h"
 
-#include <gtest/gtest.h>
-
 #include <span>
-#include <string>
 
 namespace vx::text::charset {
 namespace {

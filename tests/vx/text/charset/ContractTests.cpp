@@ -1,11 +1,8 @@
 #include "Run.h"
 
-#include "tests/Outcome.h"
 #include "tests/Slots.h"
+#include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
-#include "vx/Reference.h"
-#include "vx/Result.h"
-#include "vx/String.h"
 #include "vx/text/charset/BTCSingleByte.h"
 #include "vx/text/charset/BTCUTF16.h"
 #include "vx/text/charset/BTCUTF32.h"
@@ -15,13 +12,6 @@
 #include "vx/text/charset/CTBUTF32.h"
 #include "vx/text/charset/CTBUTF8.h"
 #include "vx/text/charset/CharsetException.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace vx::text::charset {
 namespace {

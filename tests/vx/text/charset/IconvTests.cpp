@@ -1,16 +1,10 @@
 #include "Oracle.h"
 
 #include "tests/Random.h"
-#include "vx/Reference.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
 
 namespace vx::text::charset {
 namespace {

@@ -1,18 +1,12 @@
 #include "Run.h"
 
 #include "tests/Slots.h"
+#include "tests/vx/Common.h"
 #include "tests/vx/Offer.h"
 #include "vx/text/charset/BTCMultiByte.h"
 #include "vx/text/charset/CTBMultiByte.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/util/CopyCharBuffer.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
-#include <string>
-#include <tuple>
 
 namespace vx::text::charset {
 namespace {

@@ -1,13 +1,8 @@
 #include "tests/Random.h"
+#include "tests/vx/Common.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/text/charset/Decoder.h"
 #include "vx/text/charset/Encoder.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <string_view>
 
 namespace vx::text::charset {
 namespace {

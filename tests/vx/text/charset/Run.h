@@ -1,16 +1,8 @@
 #pragma once
 
-#include "vx/Exception.h"
-#include "vx/Result.h"
-#include "vx/String.h"
+#include "tests/vx/Common.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
-#include <type_traits>
 
 namespace vx::text::charset {
 
