@@ -47,6 +47,8 @@ TEST(NumberBoxes, ConvertByTruncationAndPrintInAnyRadix)
         {std::make_unique<Double>(ENDLESS), LARGEST, ENDLESS, u"inf", u"9223372036854775807"},
         {std::make_unique<Double>(-1e300), LEAST, -1e300, u"-1e+300", u"-9223372036854775808"},
         {std::make_unique<BigInteger>(-70000), -70000, -70000, u"-70000", nullptr},
+        {std::make_unique<BigInteger>(1ULL << 63), 0, 0, u"9223372036854775808", nullptr},
+        {std::make_unique<BigInteger>(u"-18446744073709551617", 10), -1, -1, u"-18446744073709551617", nullptr},
         {std::make_unique<BigDecimal>(u"-70000.75"), -70000, -70000.75, u"-70000.75", u"-70000"},
     };
     for (const auto& row : rows) {

@@ -193,16 +193,5 @@ TEST(Str1, KeepsItsLengthWithinTheBuffer)
     EXPECT_EQ(wrap, u"abc");
 }
 
-TEST(Str1, AppendsPartsAndBecomesAString)
-{
-    const Str1 light(u"b\u00E9");
-    Str1 sum;
-    sum.append(light, 1, 1);
-    sum.append(light, -2, 0);
-    sum.append(light, 1, -1);
-    EXPECT_EQ(sum, u"\u00E9");
-    EXPECT_TRUE(light.toVXString() == Str1Copy(String(u"b\u00E9")) && Str1().toVXString().isEmpty());
-}
-
 } // namespace
 } // namespace vx

@@ -3,8 +3,6 @@
 #include "tests/vxsys/Scratch.h"
 #include "vx/NumberBoxes.h"
 #include "vx/TerminatedText.h"
-#include "vx/collections/StringHashMap.h"
-#include "vx/i18n/StringMapBundle.h"
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/io/PrintWriter.h"
@@ -124,16 +122,6 @@ TEST(TerminatedText, NamesWhatAPartHoldsInEveryRoom)
     EXPECT_TRUE(key.valueExists(partOf(name2)) && !key.valueExists(partOf(name2, 2)));
     EXPECT_EQ(foreign->remove(partOf(name2)), one);
     EXPECT_TRUE(foreign->hasProperty(name2) && !foreign->hasProperty(name));
-
-    collections::StringHashMap* map = new collections::StringHashMap;
-    map->put(partOf(name2), new String(one));
-    map->put(name2, new String(two));
-    const Reference<i18n::StringMapBundle> bundle(new i18n::StringMapBundle(map, nullptr));
-    for (int index = 0; index < 2; ++index) {
-        const Reference<String> found(new String), value(new String);
-        ASSERT_EQ(bundle->GetResource(index, found.get(), value.get()), RESULT_OK);
-        EXPECT_EQ(*value, *found == name ? one : two);
-    }
 }
 
 } // namespace

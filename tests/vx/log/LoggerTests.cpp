@@ -112,7 +112,7 @@ TEST(Logger, CountsWhatItLogsOnlyAndStaysWholeWhenAProcessorThrows)
         = {new RecordingProcessor, new RecordingProcessor(2), new RecordingProcessor};
     const Reference<Logger> logger = Logger::create();
     logger->enableField(u"sequence", true);
-    logger->addProcessor(new RecordingProcessor);
+    logger->addProcessor(new RecordingProcessor(0));
     logger->setProcessor(targets[0].get());
     logger->addProcessor(targets[1].get());
     logger->addProcessor(targets[2].get());

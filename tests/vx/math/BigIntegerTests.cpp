@@ -220,15 +220,5 @@ TEST(BigInteger, LeavesTheNumberAsItWasWhenItFails)
     EXPECT_EQ(shown(emptied), "0");
 }
 
-TEST(BigInteger, ConvertsItsLow63Bits)
-{
-    const std::pair<const char16_t*, std::int64_t> rows[] = {{u"-9223372036854775807", -9223372036854775807},
-        {u"9223372036854775808", 0}, {u"-18446744073709551615", -9223372036854775807}, {u"-18446744073709551617", -1}};
-    for (const auto& [text, wanted] : rows) {
-        EXPECT_EQ(big(text).toInt64(), wanted);
-        EXPECT_EQ(big(text).toDouble(), static_cast<double>(wanted));
-    }
-}
-
 } // namespace
 } // namespace vx::math

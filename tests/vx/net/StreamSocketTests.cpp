@@ -54,18 +54,6 @@ TEST(TcpSocket, CarriesDataThroughItsStreams)
     EXPECT_EQ(read(*both.client->getInputStream()), "end") << "the last one that held the socket";
 }
 
-TEST(TcpSocket, TimesOutAndWaitsAnew)
-{
-    Connection both;
-    const Reference<io::InputStream> input = both.client->getInputStream();
-    both.client->setSoTimeout(1);
-    for (int round = 0; round < 2; ++round)
-        EXPECT_EQ(saidBy<io::TimeoutException>([&] { read(*input); }), "socket timeout");
-    both.server->getOutputStream()->write("late", 4);
-    both.client->setSoTimeout(60'000);
-    EXPECT_EQ(read(*input), "late");
-}
-
 TEST(TcpSocket, GoesOnAfterSignals)
 {
     constexpr std::int32_t MANY = 8 * 1024 * 1024; // more than the system buffers for a reader
@@ -94,7 +82,8 @@ TEST(TcpSocket, GoesOnAfterSignals)
 
     const Reference<io::InputStream> input = accepted->getInputStream();
     accepted->setSoTimeout(50);
-    EXPECT_EQ(saidBy<io::TimeoutException>([&] { read(*input); }), "socket timeout");
+    for (int round = 0; round < 2; ++round)
+        EXPECT_EQ(saidBy<io::TimeoutException>([&] { read(*input); }), "socket timeout");
     accepted->setSoTimeout(0);
     other = std::jthread([&] {
         SignalStorm::pass();

@@ -125,8 +125,18 @@ TEST(Module, StaysWhileAnObjectOrALockKeepsIt)
     for (const std::int16_t lock : {1, -1, 0})
         EXPECT_EQ(factory->LockServer(lock), RESULT_OK);
     EXPECT_EQ(module.AddRef(), 2U);
+    EXPECT_TRUE(module.Release() == 1 && module.CanUnloadNow() == RESULT_FALSE);
+}
+
+TEST(ComponentFactory, GivesBackNoLockThatItDidNotTake)
+{
+    Module module(nullptr);
+    Reference<IVXClassFactory> factory; // the only reference to it
+    const auto create = createComponent<Object>;
+    ASSERT_EQ(createComponentFactory(&module, create, IVXClassFactory::IID, factory.outVoid()), RESULT_OK);
+    module.AddRef();
     factory = nullptr;
-    EXPECT_TRUE(module.Release() == 1 && module.CanUnloadNow() == RESULT_FALSE) << "a factory takes no lock";
+    EXPECT_EQ(module.GetRefCount(), 1U);
 }
 
 TEST(Module, ReleasesItsFactoriesAtItsEnd)

@@ -107,49 +107,32 @@ TYPED_TEST(Converters, FollowTheEnvironmentWithoutAName)
 
 TEST(Converter, SubstitutesByTheRulesOfItsFamily)
 {
-    const std::u16string_view substitution = u"xyz";
-    struct {
-        const char16_t* encoding;
-        std::string_view source;
-        int length; // of the substitution
-        std::int32_t room;
-        const char16_t* units;
-        std::int32_t read;
-    } cases[] = {
-        // One byte: exactly one unit, or nothing.
-        {u"ASCII", "a\xE9\x62", 0, 1, u"a", 2},
-        {u"ASCII", "a\xE9\x62", 2, 2, u"ab", 3},
-        // Values above the last code point need room for one more unit than they use.
-        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 3, u"", 0},
-        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 4, u"xyzA", 5},
-        {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 0, 1, u"A", 5},
-        {u"UTF-8", "\xC3\x41", 3, 2, u"\uFFFDA", 2}, // a bad byte has its own
-        {u"UTF-32BE", {"\x00\x11\x00\x00", 4}, 2, 3, u"xy", 4},
-    };
-    for (const auto& row : cases) {
-        const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(row.encoding));
-        decoder->setSubstitutionChars(substitution.data(), row.length);
-        const Decode run(*decoder, std::string(row.source), row.room);
-        EXPECT_EQ(run.output, row.units) << row.length << " " << row.room;
-        EXPECT_EQ(run.read, row.read) << row.length << " " << row.room;
+    const std::tuple<const char16_t*, std::string_view, int, std::int32_t, const char16_t*, std::int32_t> decodings[]
+        = {// The encoding, the source, the length of the substitution, the room, and what is written and read.
+            // One byte: exactly one unit, or nothing.
+            {u"ASCII", "a\xE9\x62", 0, 1, u"a", 2}, {u"ASCII", "a\xE9\x62", 2, 2, u"ab", 3},
+            // Values above the last code point need room for one more unit than they use.
+            {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 3, u"", 0}, {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 3, 4, u"xyzA", 5},
+            {u"UTF-8", "\xF4\xBF\xBF\xBF\x41", 0, 1, u"A", 5}, {u"UTF-32BE", {"\x00\x11\x00\x00", 4}, 2, 3, u"xy", 4},
+            {u"UTF-8", "\xC3\x41", 3, 2, u"\uFFFDA", 2}}; // a bad byte has its own
+    for (const auto& [encoding, source, length, room, units, read] : decodings) {
+        const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
+        decoder->setSubstitutionChars(u"xyz", length);
+        const Decode run(*decoder, std::string(source), room);
+        EXPECT_EQ(run.output, units) << length << " " << room;
+        EXPECT_EQ(run.read, read) << length << " " << room;
     }
-
-    struct {
-        const char16_t* source;
-        int length;
-        std::int32_t room;
-        const char* bytes;
-        std::int32_t read;
-    } const encodings[] = {{u"a\u0100b", 1, 3, "axb", 3}, {u"a\u0100b", 0, 2, "ab", 3}, {u"a\u0100b", 2, 2, "ab", 3},
-        {u"a\u0100b", 1, 1, "a", 1}, {u"\U0001F600b", 1, 2, "xb", 3}, {u"\U0001F600b", 1, 0, "", 1},
-        {u"\U0001F600b", 7, 1, "b", 3}};
-    for (const auto& row : encodings) {
+    const std::tuple<const char16_t*, int, std::int32_t, const char*, std::int32_t> encodings[]
+        = {{u"a\u0100b", 1, 3, "axb", 3}, {u"a\u0100b", 0, 2, "ab", 3}, {u"a\u0100b", 2, 2, "ab", 3},
+            {u"a\u0100b", 1, 1, "a", 1}, {u"\U0001F600b", 1, 2, "xb", 3}, {u"\U0001F600b", 1, 0, "", 1},
+            {u"\U0001F600b", 7, 1, "b", 3}};
+    for (const auto& [source, length, room, bytes, read] : encodings) {
         for (const char16_t* name : {u"ASCII", u"ISO8859_1", u"CP437", u"CP1252"}) {
             const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
-            encoder->setSubstitutionBytes(reinterpret_cast<const signed char*>("xyzuvwt"), row.length);
-            const Encode run(*encoder, row.source, row.room);
-            EXPECT_EQ(run.output, row.bytes) << row.length << " " << row.room;
-            EXPECT_EQ(run.read, row.read) << row.length << " " << row.room;
+            encoder->setSubstitutionBytes(reinterpret_cast<const signed char*>("xyzuvwt"), length);
+            const Encode run(*encoder, source, room);
+            EXPECT_EQ(run.output, bytes) << length << " " << room;
+            EXPECT_EQ(run.read, read) << length << " " << room;
         }
     }
 }
@@ -159,22 +142,18 @@ TEST(Converter, HoldsALeadSurrogateUntilItIsReset)
     for (const char16_t* name : {u"ASCII", u"CP1252", u"UTF-8", u"UTF-32LE"}) {
         const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(name));
         constexpr char HELD[] = "leading surrogate without trailing";
-        const Encode lead(*encoder, u"\xD83D", 4);
-        EXPECT_TRUE(lead.output.empty() && lead.read == 1);
+        EXPECT_EQ(Encode(*encoder, u"\xD83D", 4).read, 1);
         std::int32_t written = 0;
         signed char bytes[4];
         for (int again = 0; again < 2; ++again) {
             EXPECT_EQ(saidBy<InvalidCharacterException>([&] { encoder->flush(bytes, &written, 4); }), HELD);
             const Encode other(*encoder, u"A", 4);
-            EXPECT_EQ(other.failure, HELD);
-            EXPECT_EQ(other.read, 0);
+            EXPECT_TRUE(other.failure == HELD && other.read == 0) << other.failure;
         }
         encoder->reset();
-        EXPECT_EQ(encoder->flush(bytes, &written, 4), 0);
-        EXPECT_EQ(written, 0);
+        EXPECT_EQ(encoder->flush(bytes, &written, 4) | written, 0);
         EXPECT_EQ(Encode(*encoder, u"A", 4).output[0], 'A');
     }
-    EXPECT_EQ(InvalidCharacterException().getResult(), RESULT_INVALID_CHARACTER);
     const Reference<CharToByteConverter> encoder(new CTBUTF8);
     EXPECT_EQ(Encode(*encoder, u"\xD83D", 0).output, "");
     EXPECT_EQ(Encode(*encoder, u"\xDE00", 3).read, 0) << "the pair waits for its room";

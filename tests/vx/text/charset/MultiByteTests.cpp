@@ -97,6 +97,7 @@ TEST(BTCMultiByte, DecodesSequenceBySequence)
     const std::tuple<const char*, int, bool, const char16_t*> cases[]
         = {{"a2xb4xyzc", 100, true, u"a\u20ACb\U0001F600c|9|"}, {"a2", 100, true, u"a|1|"}, {"4xy", 100, true, u"|0|"},
             {"a2x", 1, true, u"a|1|"}, {"4xyz", 1, true, u"|0|"}, {"s", 0, true, u"|0|"}, {"au", 1, true, u"a|1|"},
+            {"au", 2, true, u"a\uFFFD|2|"},
             {"as", 100, true, u"a|1|Invalid byte sequence (decoded chars in surrogate range)"},
             {"ahub", 100, true, u"a\uFFFD\uFFFDb|4|"}, {"ah", 100, false, u"a|1|unmappable"},
             {"au", 1, false, u"a|1|unmappable"}};
