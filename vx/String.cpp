@@ -432,7 +432,12 @@ std::uint32_t String::hashCode(bool ignoreCase) const
 
 String String::substring(int start, int end) const
 {
-    return String(AcquireCopy, *this, start, end);
+    std::u16string_view units;
+    if (!PlainBuffer::readExact(*this, &units))
+        return String(AcquireCopy, *this, start, end);
+    end = clipped(end, static_cast<int>(units.size()));
+    start = clipped(start, end);
+    return String(units.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
 }
 
 String String::toString() const

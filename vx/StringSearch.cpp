@@ -133,13 +133,9 @@ private:
                         && isEnough(VXMemNICmpW(text + index, pattern, length) == 0);
                 });
         }
-        const char16_t first = pattern[0];
-        const char16_t last = pattern[length - 1];
-        const char16_t* const ends = text + (length - 1);
-        return scanAll([=](int index) { return (text[index] == first) & (ends[index] == last); },
-            [=](int index) {
-                return length <= 2 || isEnough(detail::equalUnits(text + index + 1, pattern + 1, length - 2));
-            });
+        return scanAll(detail::EndsMatch {text, text + (length - 1), pattern[0], pattern[length - 1]}, [=](int index) {
+            return length <= 2 || isEnough(detail::equalUnits(text + index + 1, pattern + 1, length - 2));
+        });
     }
 
     template <class PatternAt, class TextAt>
@@ -205,6 +201,24 @@ void trimUnits(StringWriteLock& target, String::TrimType type, IsBlank isBlank)
     target.setLength(length);
 }
 
+// The slow parts of the operations below. They are separate so that the fast parts need no stack frame.
+
+[[gnu::noinline]] bool equalsLocked(const String& text, const String& other, bool ignoreCase)
+{
+    return text.regionMatches(0, -1, other, 0, ignoreCase);
+}
+
+[[gnu::noinline]] int compareLocked(const String& text, const String& other, bool ignoreCase)
+{
+    return text.regionCompare(0, -1, other, 0, ignoreCase);
+}
+
+[[gnu::noinline]] int indexOfLocked(const String& text, const String& pattern, int from, bool ignoreCase)
+{
+    const StringSource source(text, pattern);
+    return text.indexOf(source.data(), source.length(), from, ignoreCase);
+}
+
 } // namespace
 
 int String::compareTo(const Object& other) const
@@ -232,7 +246,7 @@ bool String::equals(const String& other, bool ignoreCase) const
     if (!ignoreCase && PlainBuffer::readExact(*this, &own) && PlainBuffer::readExact(other, &units)) {
         return own.size() == units.size() && detail::equalUnits(own.data(), units.data(), static_cast<int>(own.size()));
     }
-    return regionMatches(0, -1, other, 0, ignoreCase);
+    return equalsLocked(*this, other, ignoreCase);
 }
 
 bool String::equals(const char16_t* text, int length, bool ignoreCase) const
@@ -250,7 +264,7 @@ int String::compare(const String& other, bool ignoreCase) const
         const int difference = detail::compareUnits(own.data(), units.data(), std::min(length, otherLength));
         return difference != 0 ? difference : length - otherLength;
     }
-    return regionCompare(0, -1, other, 0, ignoreCase);
+    return compareLocked(*this, other, ignoreCase);
 }
 
 int String::compare(const char16_t* text, int length, bool ignoreCase) const
@@ -347,16 +361,18 @@ int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase)
 
 int String::indexOf(const String& text, int from, bool ignoreCase) const
 {
-    const StringSource pattern(*this, text);
-    return indexOf(pattern.data(), pattern.length(), from, ignoreCase);
+    std::u16string_view units;
+    if (PlainBuffer::readExact(text, &units))
+        return indexOf(units.data(), static_cast<int>(units.size()), from, ignoreCase);
+    return indexOfLocked(*this, text, from, ignoreCase);
 }
 
 int String::lastIndexOf(char16_t ch, int from, bool ignoreCase) const
 {
     if (!ignoreCase) {
         const StringReadLock own(*this);
-        const auto isUnit = [text = own.data(), ch](int index) { return text[index] == ch; };
-        return detail::scanDown(clippedToLast(from, own.length()) + 1, isUnit, [](int) { return true; });
+        const detail::EndsMatch unit {own.data(), own.data(), ch, ch};
+        return detail::scanDown(clippedToLast(from, own.length()) + 1, unit, [](int) { return true; });
     }
     return lastIndexOf(&ch, 1, from, ignoreCase);
 }
