@@ -2,14 +2,17 @@
 
 #include "vx/StringLiteral.h"
 #include "vx/detail/InsertUtf8.h"
+#include "vx/detail/TextCopy.h"
 #include "vx/detail/TextRange.h"
+#include "vx/detail/TextScan.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <memory_resource>
-#include <string>
-#include <vector>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <utility>
 
 namespace vx {
 
@@ -51,28 +54,81 @@ struct Placeholder {
     std::size_t number;
 };
 
+/// An array that needs no memory for up to `FEW` items. All begin uninitialised.
+template <class Item, std::size_t FEW>
+class ShortArray {
+public:
+    ShortArray() noexcept = default;
+    ShortArray(const ShortArray&) = delete;
+    ShortArray& operator=(const ShortArray&) = delete;
+
+    Item* data() noexcept { return m_items; }
+    const Item* begin() const noexcept { return m_items; }
+    const Item* end() const noexcept { return m_items + m_size; }
+    std::size_t size() const noexcept { return m_size; }
+    const Item& operator[](std::size_t index) const noexcept { return m_items[index]; }
+
+    void resize(std::size_t size)
+    {
+        if (size > m_room) {
+            auto larger = std::make_unique_for_overwrite<Item[]>(std::max(size, m_room * 2));
+            std::copy_n(m_items, m_size, larger.get());
+            m_many = std::move(larger);
+            m_items = m_many.get();
+            m_room = std::max(size, m_room * 2);
+        }
+        m_size = size;
+    }
+    void push(const Item& item)
+    {
+        resize(m_size + 1);
+        m_items[m_size - 1] = item;
+    }
+
+private:
+    Item m_few[FEW];
+    std::unique_ptr<Item[]> m_many;
+    Item* m_items = m_few;
+    std::size_t m_size = 0;
+    std::size_t m_room = FEW;
+};
+
+/// A text; unlike a view, an array of these begins uninitialised.
+struct Piece {
+    const char16_t* text;
+    std::size_t length;
+};
+
+using Placeholders = ShortArray<Placeholder, 16>;
+
 /// The placeholders of a template in their order. A number so high that the template is too short for all lower ones is
 /// no placeholder.
-void findPlaceholders(std::u16string_view text, std::pmr::vector<Placeholder>& places)
+void findPlaceholders(std::u16string_view text, Placeholders& places)
 {
+    const auto next = [&](std::size_t from) {
+        const int place = detail::findUnit(text.data() + from, static_cast<int>(text.size() - from), u'{');
+        return place >= 0 ? from + static_cast<std::size_t>(place) : text.npos;
+    };
     std::size_t length = 1;
-    for (std::size_t at = text.find(u'{'); at != text.npos; at = text.find(u'{', at + length)) {
+    for (std::size_t at = next(0); at != text.npos; at = next(at + length)) {
         length = 1;
         const int number = placeholderAt(text.substr(at), &length);
         if (number >= 0 && static_cast<std::size_t>(number) < text.size() / 3)
-            places.push_back({at, length, static_cast<std::size_t>(number)});
+            places.push({at, length, static_cast<std::size_t>(number)});
     }
 }
 
 /// The number of placeholders 0, 1, 2 and so on that occur, up to the first that does not.
-std::size_t countConsecutive(const std::pmr::vector<Placeholder>& places, std::pmr::memory_resource& memory)
+std::size_t countConsecutive(const Placeholders& places)
 {
-    std::pmr::vector<char> seen(places.size(), &memory);
+    ShortArray<bool, 64> seen;
+    seen.resize(places.size());
+    std::fill_n(seen.data(), seen.size(), false);
     for (const Placeholder& place : places) {
         if (place.number < seen.size())
-            seen[place.number] = 1;
+            seen.data()[place.number] = true;
     }
-    return static_cast<std::size_t>(std::find(seen.begin(), seen.end(), 0) - seen.begin());
+    return static_cast<std::size_t>(std::find(seen.begin(), seen.end(), false) - seen.begin());
 }
 
 /// A template and the values of its placeholders.
@@ -81,7 +137,6 @@ public:
     Form(const char16_t* format, int length)
         : m_text(format, static_cast<std::size_t>(detail::measured(format, length)))
     {
-        m_places.reserve(8);
         findPlaceholders(m_text, m_places);
     }
 
@@ -89,37 +144,46 @@ public:
     template <class ValueOf>
     void takeValues(ValueOf valueOf, std::size_t most = SIZE_MAX)
     {
-        m_values.resize(std::min(countConsecutive(m_places, m_memory), most));
-        for (std::size_t number = 0; number < m_values.size(); ++number)
-            m_values[number] = valueOf(number);
+        m_values.resize(std::min(countConsecutive(m_places), most));
+        for (std::size_t number = 0; number < m_values.size(); ++number) {
+            const std::u16string_view value = valueOf(number);
+            m_values.data()[number] = {value.data(), value.size()};
+        }
     }
 
     /// Valid as long as this object. The template and the values may be in the string that the result is assigned to.
     std::u16string_view fill();
 
 private:
-    std::byte m_place[1024];
-    std::pmr::monotonic_buffer_resource m_memory {m_place, sizeof m_place};
     const std::u16string_view m_text;
-    std::pmr::vector<Placeholder> m_places {&m_memory};
-    std::pmr::vector<std::u16string_view> m_values {&m_memory};
-    std::pmr::u16string m_result {&m_memory};
+    Placeholders m_places;
+    ShortArray<Piece, 16> m_values;
+    ShortArray<char16_t, 512> m_result;
 };
 
 std::u16string_view Form::fill()
 {
-    std::size_t room = m_text.size();
-    for (const Placeholder& placeholder : m_places)
-        room += placeholder.number < m_values.size() ? m_values[placeholder.number].size() : 0;
-    m_result.reserve(room);
+    std::size_t length = m_text.size();
+    for (const Placeholder& placeholder : m_places) {
+        if (placeholder.number < m_values.size())
+            length += m_values[placeholder.number].length - placeholder.length;
+    }
+    m_result.resize(length);
+    char16_t* out = m_result.data();
+    const auto add = [&](const char16_t* units, std::size_t count) {
+        detail::moveUnits(out, units, count);
+        out += count;
+    };
     std::size_t copied = 0;
     for (const Placeholder& placeholder : m_places) {
         if (placeholder.number >= m_values.size())
             continue;
-        m_result.append(m_text, copied, placeholder.start - copied).append(m_values[placeholder.number]);
+        add(m_text.data() + copied, placeholder.start - copied);
+        add(m_values[placeholder.number].text, m_values[placeholder.number].length);
         copied = placeholder.start + placeholder.length;
     }
-    return m_result.append(m_text, copied);
+    add(m_text.data() + copied, m_text.size() - copied);
+    return {m_result.begin(), length};
 }
 
 } // namespace
