@@ -101,19 +101,19 @@ std::int32_t Str1::appendA(const signed char* bytes, std::int32_t length, const 
         length = VXStrLenA(reinterpret_cast<const char*>(bytes));
     if (bytes == nullptr || length < 1)
         return 0;
+    char16_t units[BLOCK];
+    std::int32_t read = 0;
+    if (length <= BLOCK && text::charset::detail::isUtf8(encoding)) {
+        append(units, text::charset::detail::decodeUtf8(reinterpret_cast<const char*>(bytes), length, units, &read));
+        return read == length ? RESULT_OK : RESULT_FAIL;
+    }
     DecoderFor decoder(encoding);
     const std::int32_t oldLength = m_length;
     try {
-        std::int32_t read = 0;
         while (read < length) {
-            char16_t units[BLOCK];
             const std::int32_t before = read;
             std::int32_t produced = 0;
-            if (decoder.isUtf8() && length <= BLOCK)
-                produced
-                    = text::charset::detail::decodeUtf8(reinterpret_cast<const char*>(bytes), length, units, &read);
-            else
-                decoder->convert(bytes, &read, length, units, &produced, BLOCK);
+            decoder->convert(bytes, &read, length, units, &produced, BLOCK);
             const std::int64_t consumed = read - before;
             const std::int64_t open = length - read;
             if (open == 0)

@@ -73,7 +73,9 @@ Reference<IVXCharBuffer> decoded(
 /// The same from UTF-8. It fails at the same length, though it takes less room.
 Reference<IVXCharBuffer> decodedUtf8(const char* bytes, int length, int capacity, std::int32_t& read)
 {
-    std::ignore = room(length, BTCUTF8().getMaxCharsPerByte());
+    constexpr int SHORT_TEXT = 1 << 16;
+    if (length > SHORT_TEXT)
+        std::ignore = room(length, BTCUTF8().getMaxCharsPerByte());
     return PlainBuffer::filled(
         length, capacity, [&](char16_t* out) { return text::charset::detail::decodeUtf8(bytes, length, out, &read); });
 }

@@ -7,6 +7,8 @@
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/text/charset/detail/EncodeText.h"
 #include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Utf8DecodeBlocks.h"
+#include "vx/text/charset/detail/Utf8DecodeShort.h"
 #include "vx/text/charset/detail/Utf8EncodeBlocks.h"
 #include "vxsys/Defaults.h"
 #include "vxsys/Surrogate.h"
@@ -24,6 +26,8 @@ constexpr int NAME_SIZE = 40;
 constexpr std::int32_t SHORT_TEXT = 256;
 /// The vector path leaves less than this many units at an end to be encoded one by one. In a short text those are most of all.
 constexpr std::int32_t PADDING = 16;
+/// Up to this many units take less time one by one than by vectors.
+constexpr std::int32_t FEW = 48;
 constexpr std::int32_t SHORT_ROOM = 3 * (SHORT_TEXT + PADDING);
 
 /// "UTF-8", "UTF8" and "UTF_8" in upper or lower case.
@@ -133,6 +137,34 @@ void throwIfLoneTrail(std::u16string_view text, std::size_t bytes)
         throw InvalidCharacterException(u"trailing surrogate without leading");
 }
 
+/// Encodes units one by one, three bytes for each at most, and returns the end of the bytes; null if there is a lone surrogate.
+signed char* encodeUnits(const char16_t* in, const char16_t* end, signed char* out) noexcept
+{
+    const auto store = [&](std::uint32_t byte) { *out++ = static_cast<signed char>(byte); };
+    while (in < end) {
+        const std::uint32_t unit = *in++;
+        if (unit < 0x80) {
+            store(unit);
+        } else if (unit < 0x800) {
+            store(0xC0 | unit >> 6);
+            store(0x80 | (unit & 0x3F));
+        } else if (!vxsys::isSurrogate(unit)) {
+            store(0xE0 | unit >> 12);
+            store(0x80 | (unit >> 6 & 0x3F));
+            store(0x80 | (unit & 0x3F));
+        } else {
+            if (unit >= 0xDC00 || in == end || (*in & 0xFC00) != 0xDC00)
+                return nullptr;
+            const std::uint32_t value = 0x10000 + ((unit & 0x3FF) << 10 | (*in++ & 0x3FF));
+            store(0xF0 | value >> 18);
+            store(0x80 | (value >> 12 & 0x3F));
+            store(0x80 | (value >> 6 & 0x3F));
+            store(0x80 | (value & 0x3F));
+        }
+    }
+    return out;
+}
+
 /// Encodes at most SHORT_TEXT units into SHORT_ROOM bytes and returns the bytes written, or -1 if there is a lone surrogate or
 /// no vector path. The padding is encoded too, one byte for each unit, and not counted.
 std::int32_t encodeShort(std::u16string_view text, signed char* out) noexcept
@@ -140,6 +172,10 @@ std::int32_t encodeShort(std::u16string_view text, signed char* out) noexcept
     const auto plain = static_cast<std::int32_t>(narrowAscii(text.data(), out, std::ssize(text)));
     if (plain == std::ssize(text))
         return plain;
+    if (std::ssize(text) - plain <= FEW) {
+        const signed char* const end = encodeUnits(text.data() + plain, text.data() + text.size(), out + plain);
+        return end != nullptr ? static_cast<std::int32_t>(end - out) : -1;
+    }
     char16_t units[SHORT_TEXT + PADDING];
     char16_t* const end = std::copy(text.begin() + plain, text.end(), units);
     std::fill_n(end, PADDING, u'\0');
@@ -190,7 +226,11 @@ std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, s
     const auto* const in = reinterpret_cast<const signed char*>(bytes);
     auto written = static_cast<std::int32_t>(widenAscii(in, out, length));
     *read = written;
-    if (written < length) {
+    if (written < length && length - written < PLAIN_BYTES) { // too short for the blocks of the converter
+        Decoding pass(in, read, length, out, &written, length);
+        decodeShort(pass, pass.inEnd);
+    }
+    if (*read < length) {
         BTCUTF8 decoder;
         decoder.convert(in, read, length, out, &written, length);
     }
@@ -225,8 +265,15 @@ void encodeUtf8(
     const auto plain = static_cast<std::int32_t>(narrowAscii(text.data() + position, out + written, count));
     position += plain;
     written += plain;
-    if (position == std::ssize(text))
-        return;
+    const auto rest = static_cast<std::int32_t>(std::ssize(text)) - position;
+    if (rest <= FEW && size - written >= 3 * rest) {
+        if (const signed char* const end
+            = encodeUnits(text.data() + position, text.data() + text.size(), out + written)) {
+            position += rest;
+            written = static_cast<std::int32_t>(end - out);
+            return;
+        }
+    }
     CTBUTF8 encoder;
     encodeText(encoder, text, position, out, written, size);
 }
