@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 
 namespace vx {
 
@@ -36,6 +37,24 @@ std::int32_t checkedSize(std::int64_t size)
 std::int32_t lengthOf(std::size_t length)
 {
     return checkedSize(static_cast<std::int64_t>(std::min(length, static_cast<std::size_t>(LARGEST) + 1)));
+}
+
+/// Calls `encode(position, written)` if there are units from `*position` (null: 0) on, and stores what it has done.
+template <class Encode>
+std::int32_t encodeFrom(
+    std::u16string_view text, bool isValid, std::int32_t* written, std::int32_t* position, Encode encode)
+{
+    const auto length = static_cast<std::int32_t>(text.size());
+    std::int32_t done = 0;
+    std::int32_t place = position != nullptr ? *position : 0;
+    std::int32_t result = isValid ? RESULT_OK : RESULT_INVALID_ARGUMENT;
+    if (isValid && place >= 0 && place < length)
+        result = vorb::atBoundary([&] { encode(place, done); });
+    if (written != nullptr)
+        *written = done;
+    if (position != nullptr)
+        *position = place;
+    return result >= 0 && place < length ? RESULT_BUFFER_TOO_SMALL : result;
 }
 
 } // namespace
@@ -134,22 +153,11 @@ std::int32_t Str1::appendA(const signed char* bytes, std::int32_t length, const 
 std::int32_t Str1::convertToA(
     char* out, std::int32_t size, CharToByteConverter* converter, std::int32_t* written, std::int32_t* position) const
 {
-    std::int32_t done = 0;
-    std::int32_t place = position != nullptr ? *position : 0;
-    std::int32_t result = RESULT_OK;
     size = std::max(size, 0);
-    if (converter == nullptr || (out == nullptr && size != 0))
-        result = RESULT_INVALID_ARGUMENT;
-    else if (place >= 0 && place < m_length)
-        result = vorb::atBoundary([&] {
-            text::charset::detail::encodeText(
-                *converter, view(), place, reinterpret_cast<signed char*>(out), done, size);
-        });
-    if (written != nullptr)
-        *written = done;
-    if (position != nullptr)
-        *position = place;
-    return result >= 0 && place < m_length ? RESULT_BUFFER_TOO_SMALL : result;
+    const bool isValid = converter != nullptr && (out != nullptr || size == 0);
+    return encodeFrom(view(), isValid, written, position, [&](std::int32_t& place, std::int32_t& done) {
+        text::charset::detail::encodeText(*converter, view(), place, reinterpret_cast<signed char*>(out), done, size);
+    });
 }
 
 std::int32_t Str1::convertToAZ(
@@ -159,6 +167,13 @@ std::int32_t Str1::convertToAZ(
     std::int32_t result = RESULT_INVALID_ARGUMENT;
     if (out != nullptr && size > 0) {
         const std::int32_t failure = vorb::atBoundary([&] {
+            if (text::charset::detail::isUtf8(encoding)) {
+                result = encodeFrom(view(), true, &done, position, [&](std::int32_t& place, std::int32_t& count) {
+                    text::charset::detail::encodeUtf8(
+                        view(), place, reinterpret_cast<signed char*>(out), count, size - 1);
+                });
+                return;
+            }
             EncoderFor encoder(encoding);
             result = convertToA(out, size - 1, &*encoder, &done, position);
         });
