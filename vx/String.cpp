@@ -32,8 +32,8 @@ using util::RWCharBuffer;
 
 namespace {
 
-/// The place of the buffer that all empty strings share. The buffer is never destroyed, because strings of other libraries
-/// may outlive the static objects of this file.
+/// The place of the buffer that all empty strings share. It is never destroyed, because strings of other libraries may
+/// outlive the static objects of this file.
 class SharedEmptyBuffer {
 public:
     SharedEmptyBuffer() noexcept { s_buffer = new (m_place) EmptyBuffer(); }
@@ -71,7 +71,7 @@ Reference<IVXCharBuffer> acquired(String::AcquireMode mode, const char16_t* text
     return mode == String::AcquireWrap ? wrapped(text, length) : PlainBuffer::copyOf(text, length, capacity);
 }
 
-/// The capacity includes the terminator. With memory for one unit more, the text can have as many units as a caller expects.
+/// The capacity includes the terminator. There is memory for one unit more, so that `capacity` units fit too.
 Reference<IVXCharBuffer> emptyWithRoom(int capacity)
 {
     if (capacity >= PlainBuffer::Storage::MOST_BEHIND)

@@ -28,8 +28,8 @@ bool isExactly(const Base& object) noexcept
     return &typeid(object) == &typeid(Exact);
 }
 
-/// The buffer that empty strings share. It counts no references: it always exists, and a count would be a place in memory
-/// that all threads write to.
+/// The buffer that empty strings share. It counts no references: it always exists, and all threads would write to the
+/// count.
 class EmptyBuffer final : public util::ROCharBuffer {
 public:
     EmptyBuffer() noexcept
@@ -83,20 +83,20 @@ public:
     /// Appends units, which may be of the text itself. False, and no change, if that needs a copy or new storage.
     static bool append(String& text, const char16_t* more, int count) noexcept;
 
-    /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts, and some more
-    /// for the next piece. `more` may be in the old buffer. False, and no change, for any other text.
+    /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts and for
+    /// the next ones. `more` may be in the old buffer. False, and no change, for any other text.
     static bool appendToCopy(String& text, const char16_t* more, int count);
 
     /// Replaces `text` by the units of `source`, which may be in its own storage. False, and no change, if that needs a
     /// copy or new storage.
     static bool overwrite(String& text, const char16_t* source, int length) noexcept;
 
-    /// Replaces a range by `insert` units. False, and no change, if that needs a copy or new storage, or if the units are
-    /// in the storage of the string.
+    /// Replaces a range by `insert` units. False, and no change, if that needs a copy or new storage, or if the units
+    /// are in the storage of the string.
     static bool splice(String& target, int start, int count, const char16_t* text, int insert) noexcept;
 
-    /// Replaces a range by `insert` units that are still to be written, and returns their place. Null, and no change, if
-    /// that needs a copy or new storage.
+    /// Replaces a range by `insert` units that are still to be written, and returns their place. Null, and no change,
+    /// if that needs a copy or new storage.
     static char16_t* openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept;
 
     /// The text and length of a known buffer; false for any other.

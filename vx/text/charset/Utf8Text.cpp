@@ -137,7 +137,8 @@ void throwIfLoneTrail(std::u16string_view text, std::size_t bytes)
         throw InvalidCharacterException(u"trailing surrogate without leading");
 }
 
-/// Encodes units one by one, three bytes for each at most, and returns the end of the bytes; null if there is a lone surrogate.
+/// Encodes units one by one, three bytes for each at most. Returns the end of the bytes, or null if there is a lone
+/// surrogate.
 signed char* encodeUnits(const char16_t* in, const char16_t* end, signed char* out) noexcept
 {
     const auto store = [&](std::uint32_t byte) { *out++ = static_cast<signed char>(byte); };
