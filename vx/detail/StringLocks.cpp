@@ -46,7 +46,8 @@ bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
         return false;
     withResultOnExhaustion([&] {
         const int needed = withTerminator(length);
-        util::RWCharBuffer* buffer = make(std::max(needed, std::clamp(2 * needed, LEAST_ROOM, Storage::MOST_BEHIND)));
+        const int room = needed < Storage::MOST_BEHIND / 2 ? std::max(2 * needed, LEAST_ROOM) : Storage::MOST_BEHIND;
+        util::RWCharBuffer* buffer = make(std::max(needed, room));
         Reference<IVXCharBuffer> both = PlainBuffer::own(buffer);
         Storage& storage = buffer->m_storage;
         moveUnits(storage.data(), own.data(), own.size());
