@@ -1,5 +1,7 @@
 #include "vx/math/detail/Limbs.h"
 
+#include "vx/math/detail/LimbsRow.h"
+
 namespace vx::math::detail {
 
 int compare(const Limb* left, const Limb* right, Size count) noexcept
@@ -20,6 +22,10 @@ int compare(Natural left, Natural right) noexcept
 
 Limb add(Limb* target, Natural left, Natural right) noexcept
 {
+#if VX_ROW_PATHS
+    Limb carry = addWords(target, left.data(), right.data(), right.size());
+    Size i = right.size();
+#else
     Limb carry = 0;
     Size i = 0;
     for (; i < right.size(); ++i) {
@@ -27,6 +33,7 @@ Limb add(Limb* target, Natural left, Natural right) noexcept
         target[i] = static_cast<Limb>(sum);
         carry = high(sum);
     }
+#endif
     for (; i < left.size(); ++i) {
         const Limb sum = left[i] + carry;
         carry = sum < carry;
@@ -37,6 +44,10 @@ Limb add(Limb* target, Natural left, Natural right) noexcept
 
 Limb subtract(Limb* target, Natural left, Natural right) noexcept
 {
+#if VX_ROW_PATHS
+    Limb borrow = subtractWords(target, left.data(), right.data(), right.size());
+    Size i = right.size();
+#else
     Limb borrow = 0;
     Size i = 0;
     for (; i < right.size(); ++i) {
@@ -44,6 +55,7 @@ Limb subtract(Limb* target, Natural left, Natural right) noexcept
         target[i] = static_cast<Limb>(difference);
         borrow = high(difference) & 1;
     }
+#endif
     for (; i < left.size(); ++i) {
         const Limb value = left[i];
         target[i] = value - borrow;
@@ -62,19 +74,12 @@ Limb multiplyByLimb(Limb* target, Natural source, Limb factor, Limb addend) noex
     return addend;
 }
 
-Limb addProduct(Limb* target, Natural source, Limb factor) noexcept
-{
-    Limb carry = 0;
-    for (Size i = 0; i < source.size(); ++i) {
-        const Wide sum = static_cast<Wide>(source[i]) * factor + target[i] + carry;
-        target[i] = static_cast<Limb>(sum);
-        carry = high(sum);
-    }
-    return carry;
-}
-
 Limb subtractProduct(Limb* target, Natural source, Limb factor) noexcept
 {
+#if VX_ROW_PATHS
+    if (hasRows())
+        return subtractProductByRows(target, source, factor);
+#endif
     Limb borrow = 0;
     for (Size i = 0; i < source.size(); ++i) {
         const Wide product = static_cast<Wide>(source[i]) * factor + borrow;

@@ -70,8 +70,6 @@ Limb add(Limb* target, Natural left, Natural right) noexcept;
 Limb subtract(Limb* target, Natural left, Natural right) noexcept;
 /// target = source * factor + addend. Returns the word above.
 Limb multiplyByLimb(Limb* target, Natural source, Limb factor, Limb addend = 0) noexcept;
-/// target += source * factor. Returns the word above.
-Limb addProduct(Limb* target, Natural source, Limb factor) noexcept;
 /// target -= source * factor. Returns the word that is borrowed from above.
 Limb subtractProduct(Limb* target, Natural source, Limb factor) noexcept;
 /// By 0 to 63 bits. Returns the bits shifted out at the top; `target` may lie above `source`.

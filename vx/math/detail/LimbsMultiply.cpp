@@ -1,4 +1,5 @@
 #include "vx/math/detail/Limbs.h"
+#include "vx/math/detail/LimbsRow.h"
 #include "vx/math/detail/LimbsTransform.h"
 
 #include <algorithm>
@@ -8,10 +9,11 @@ namespace vx::math::detail {
 
 namespace {
 
-// From these numbers of words on, splitting in halves and then transforms are faster; measured.
+// From these numbers of words on, splitting in halves, then in thirds, and then transforms are faster; measured.
 constexpr Size KARATSUBA_MULTIPLY = 40;
 constexpr Size KARATSUBA_SQUARE = 56;
-constexpr Size TRANSFORM = 1200;
+constexpr Size TOOM = 140;
+constexpr Size TRANSFORM = 2200;
 
 /// The sum of the products that make one word of a result. Three words are enough for any number of them that fits in
 /// memory.
@@ -48,9 +50,14 @@ private:
     Limb m_above = 0;
 };
 
-/// Column by column, which keeps sums in registers where rows would load and store them.
+/// Column by column, which keeps sums in registers where rows would load and store them, unless the processor has fast
+/// rows.
 void multiplySchool(Limb* target, Natural left, Natural right) noexcept
 {
+#if VX_ROW_PATHS
+    if (hasRows())
+        return multiplyByRows(target, left, right);
+#endif
     Column column;
     const Size last = left.size() + right.size() - 1;
     for (Size place = 0; place < last; ++place) {
@@ -68,6 +75,10 @@ void multiplySchool(Limb* target, Natural left, Natural right) noexcept
 /// Products of different words occur twice in a square.
 void squareSchool(Limb* target, Natural source) noexcept
 {
+#if VX_ROW_PATHS
+    if (hasRows())
+        return squareByRows(target, source);
+#endif
     Column column;
     const Size last = 2 * source.size() - 1;
     for (Size place = 0; place < last; ++place) {
@@ -101,10 +112,117 @@ bool distance(Limb* target, Natural left, Natural right) noexcept
     return true;
 }
 
-/// What `multiplySame` needs: at most two words for each of the operand's, and some for each level.
+/// What `multiplySame` needs: at most three words for each of the operand's, and some for each level.
 constexpr Size scratchFor(Size count) noexcept
 {
-    return 2 * count + 3 * LIMB_BITS;
+    return 3 * count + 3 * LIMB_BITS;
+}
+
+void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count, Limb* scratch) noexcept;
+
+/// A number in three parts: x2 * B^2 + x1 * B + x0 for B of `size` words.
+struct Thirds {
+    Thirds(const Limb* words, Size count, Size size) noexcept
+        : x0(words, size)
+        , x1(words + size, size)
+        , x2(words + 2 * size, count - 2 * size)
+    {
+    }
+
+    /// The values for B = 1 and B = -1, of `size` + 1 words. True if the second one is negative: it is stored without
+    /// its sign.
+    bool valuesAtOne(Limb* one, Limb* minusOne) const noexcept
+    {
+        const Size size = x0.size();
+        minusOne[size] = add(minusOne, x0, x2);
+        one[size] = minusOne[size] + add(one, {minusOne, size}, x1);
+        return distance(minusOne, {minusOne, size + 1}, x1);
+    }
+    void valueAtTwo(Limb* two) const noexcept
+    {
+        const Natural all(two, x0.size() + 1);
+        two[x2.size()] = shiftLeft(two, x2, 1);
+        std::fill(two + x2.size() + 1, two + all.size(), 0);
+        add(two, all, x1);
+        shiftLeft(two, all, 1);
+        add(two, all, x0);
+    }
+
+    Natural x0;
+    Natural x1;
+    Natural x2;
+};
+
+/// Divides a multiple of 3, from the lowest word on.
+void divideByThree(Limb* number, Size count) noexcept
+{
+    constexpr Limb INVERSE = 0xAAAA'AAAA'AAAA'AAAB;
+    Limb borrow = 0;
+    for (Size place = 0; place < count; ++place) {
+        const Limb word = number[place];
+        number[place] = (word - borrow) * INVERSE;
+        borrow = (word < borrow) + high(static_cast<Wide>(number[place]) * 3);
+    }
+}
+
+/// target[2 * count] = left * right by thirds: the product, a polynomial in B, has five coefficients, which follow from
+/// its values for B = 0, 1, -1 and 2 and from the product of the upper parts. A. L. Toom, 1963.
+void multiplyByThirds(Limb* target, const Limb* left, const Limb* right, Size count, Limb* scratch) noexcept
+{
+    const Size size = (count + 2) / 3;
+    const Size length = size + 1;
+    const Size width = 2 * length;
+    const Thirds x(left, count, size);
+    const Thirds y(right, count, size);
+    Limb* const one = scratch;
+    Limb* const minusOne = one + width;
+    Limb* const two = minusOne + width;
+    scratch = two + width;
+
+    const bool isSquare = left == right;
+    const Size other = isSquare ? 0 : length; // where the value of the other number is
+    Limb* const xMinus = target + 2 * length;
+    bool isNegative = x.valuesAtOne(target, xMinus);
+    isNegative = isSquare ? false : isNegative != y.valuesAtOne(target + other, xMinus + other);
+    multiplySame(one, target, target + other, length, scratch);
+    multiplySame(minusOne, xMinus, xMinus + other, length, scratch);
+    x.valueAtTwo(target);
+    if (!isSquare)
+        y.valueAtTwo(target + other);
+    multiplySame(two, target, target + other, length, scratch);
+    multiplySame(target, left, right, size, scratch);
+    const Natural lowest(target, 2 * size);
+    const Natural highest(target + 4 * size, 2 * x.x2.size());
+    multiplySame(target + 4 * size, x.x2.data(), y.x2.data(), x.x2.size(), scratch);
+
+    const auto subtractFrom = [width](Limb* number, Natural less) { subtract(number, {number, width}, less); };
+    // Half the difference and half the sum of the values for 1 and -1, less the sign.
+    subtract(minusOne, {one, width}, {minusOne, width});
+    shiftRight(minusOne, {minusOne, width}, 1);
+    subtractFrom(one, {minusOne, width});
+    Limb* const second = isNegative ? minusOne : one;
+    Limb* const first = isNegative ? one : minusOne; // still with the third one
+    subtractFrom(second, lowest);
+    subtractFrom(second, highest);
+    subtractFrom(two, lowest);
+    subtractProduct(two, {second, width}, 4);
+    const Limb borrow = subtractProduct(two, highest, 16);
+    subtract(two + highest.size(), {two + highest.size(), width - highest.size()}, {&borrow, 1});
+    shiftRight(two, {two, width}, 1);
+    subtractFrom(two, {first, width});
+    divideByThree(two, width);
+    Limb* const third = two;
+    subtractFrom(first, {third, width});
+
+    // The sums fit: what lies above the target's end is 0.
+    std::copy_n(second, 2 * size, target + 2 * size);
+    const auto addAt = [&](Size place, const Limb* number, Size words) {
+        const Size room = 2 * count - place;
+        add(target + place, {target + place, room}, {number, std::min(words, room)});
+    };
+    addAt(4 * size, second + 2 * size, width - 2 * size);
+    addAt(size, first, width);
+    addAt(3 * size, third, width);
 }
 
 /// target[2 * count] = left * right for numbers of one length. Above a threshold by halves after Karatsuba:
@@ -114,6 +232,9 @@ void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count,
     const bool isSquare = left == right;
     if (count < (isSquare ? KARATSUBA_SQUARE : KARATSUBA_MULTIPLY))
         return isSquare ? squareSchool(target, {left, count}) : multiplySchool(target, {left, count}, {right, count});
+
+    if (count >= TOOM)
+        return multiplyByThirds(target, left, right, count, scratch);
 
     const Size half = (count + 1) / 2;
     const Size rest = count - half;
@@ -149,6 +270,10 @@ void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count,
 
 Limb addMultiple(Limb* product, Natural modulus, Limb negatedInverse) noexcept
 {
+#if VX_ROW_PATHS
+    if (hasRows())
+        return addMultipleByRows(product, modulus, negatedInverse);
+#endif
     const Size size = modulus.size();
     Column column;
     const auto addProducts = [&](Size from, Size to, Size place) {
