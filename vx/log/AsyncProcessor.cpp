@@ -7,6 +7,7 @@
 #include "vx/log/ILogEntry.h"
 #include "vx/log/detail/EntryQueue.h"
 #include "vx/sync/Condition.h"
+#include "vx/sync/detail/WaitUntil.h"
 #include "vxsys/Memory.h"
 #include "vxsys/Thread.h"
 #include "vxsys/detail/Deadline.h"
@@ -20,21 +21,6 @@
 namespace vx::log {
 
 namespace {
-
-/// Waits for `condition` until the deadline. Returns false if it has passed. The wait may also end early.
-bool waitUntil(sync::Condition& condition, const vxsys::detail::Deadline& end) VX_REQUIRES(condition)
-{
-    const std::uint32_t left = end.millisecondsLeft();
-    if (left == 0)
-        return false;
-    try {
-        condition.wait(left);
-    } catch (const ResultException& result) {
-        if (result.getResult() != RESULT_TIMED_OUT)
-            throw;
-    }
-    return true;
-}
 
 /// Stores for the present thread whose entries it passes to a target.
 class Working {
@@ -355,7 +341,7 @@ void AsyncProcessorImpl::pause(std::uint32_t milliseconds)
 {
     const auto end = vxsys::detail::Deadline::in(milliseconds);
     const sync::Condition::Holder holder(m_done);
-    while (!m_queue.isClosedToWorkers() && waitUntil(m_done, end)) { }
+    while (!m_queue.isClosedToWorkers() && sync::detail::waitUntil(m_done, end)) { }
 }
 
 void AsyncProcessorImpl::report(const ILogEntry* entry, const std::exception_ptr& failure)
@@ -405,7 +391,7 @@ bool AsyncProcessorImpl::waitUntilDone(std::uint32_t milliseconds)
     const Waiter waiter(*this);
     const sync::Condition::Holder holder(m_done);
     while (!isDone()) {
-        if (m_queue.workers() == 0 || !waitUntil(m_done, end))
+        if (m_queue.workers() == 0 || !sync::detail::waitUntil(m_done, end))
             return false;
     }
     return m_lost.exchange(0) == 0;

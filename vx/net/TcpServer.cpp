@@ -7,6 +7,7 @@
 #include "vx/net/detail/Listeners.h"
 #include "vx/net/detail/NativeResult.h"
 #include "vx/sync/Condition.h"
+#include "vx/sync/detail/WaitUntil.h"
 #include "vxsys/Lock.h"
 #include "vxsys/Socket.h"
 #include "vxsys/Thread.h"
@@ -86,8 +87,6 @@ private:
     bool haveOthersEnded(std::uint32_t threadId, bool isOurs) const VX_REQUIRES(m_changed);
     /// Leaves out the sessions that are in `stop`.
     std::size_t cutOthers(std::uint32_t threadId) VX_REQUIRES(m_changed);
-    /// Waits until something has changed. Returns false after the time-out.
-    bool wait(const Deadline& end) VX_REQUIRES(m_changed);
 
     const Settings m_settings;
     const Handler m_handler;
@@ -174,11 +173,11 @@ std::size_t TcpServer::Core::stop(std::uint32_t milliseconds)
     m_poller.wake();
     const bool isOurs = markInStop(self, true);
     while (m_accepts && m_acceptorId != self && !(isOurs && m_isAcceptorInStop))
-        wait(Deadline());
-    while (!haveOthersEnded(self, isOurs) && wait(end)) { }
+        m_changed.wait();
+    while (!haveOthersEnded(self, isOurs) && sync::detail::waitUntil(m_changed, end)) { }
     std::size_t cut = cutOthers(self);
     while (!haveOthersEnded(self, isOurs)) {
-        wait(Deadline());
+        m_changed.wait();
         cut += cutOthers(self);
     }
     markInStop(self, false);
@@ -356,20 +355,6 @@ std::size_t TcpServer::Core::cutOthers(std::uint32_t threadId)
         ++cut;
     }
     return cut;
-}
-
-bool TcpServer::Core::wait(const Deadline& end)
-{
-    const std::uint32_t left = end.millisecondsLeft();
-    if (left == 0)
-        return false;
-    try {
-        m_changed.wait(left);
-    } catch (const ResultException& result) {
-        if (result.getResult() != RESULT_TIMED_OUT)
-            throw;
-    }
-    return true;
 }
 
 TcpServer::TcpServer(Settings settings, Handler handler)
