@@ -6,10 +6,12 @@
 #include "vx/math/BigInteger.h"
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 // Big numbers as values: operators, literals and hashes.
@@ -26,21 +28,66 @@ inline std::strong_ordering operator<=>(const BigInteger& left, const BigInteger
     return left == right ? std::strong_ordering::equal : left.compareTo(right) <=> 0;
 }
 
-inline BigInteger& operator+=(BigInteger& left, const BigInteger& right)
+/// Zeros at the end of the fraction do not matter: 1.5 and 1.50 are equal.
+inline bool operator==(const BigDecimal& left, const BigDecimal& right)
+{
+    return left.compareTo(right) == 0;
+}
+inline std::weak_ordering operator<=>(const BigDecimal& left, const BigDecimal& right)
+{
+    return left.compareTo(right) <=> 0;
+}
+
+namespace detail {
+
+template <class T>
+concept BigNumber = std::derived_from<T, BigInteger> || std::derived_from<T, BigDecimal>;
+
+template <BigNumber T>
+using BigOf = std::conditional_t<std::derived_from<T, BigInteger>, BigInteger, BigDecimal>;
+
+} // namespace detail
+
+template <detail::BigNumber Left>
+detail::BigOf<Left>& operator+=(Left& left, const detail::BigOf<Left>& right)
 {
     left.add(right);
     return left;
 }
-inline BigInteger& operator-=(BigInteger& left, const BigInteger& right)
+template <detail::BigNumber Left>
+detail::BigOf<Left>& operator-=(Left& left, const detail::BigOf<Left>& right)
 {
     left.subtract(right);
     return left;
 }
-inline BigInteger& operator*=(BigInteger& left, const BigInteger& right)
+template <detail::BigNumber Left>
+detail::BigOf<Left>& operator*=(Left& left, const detail::BigOf<Left>& right)
 {
     left.multiply(right);
     return left;
 }
+template <detail::BigNumber Left>
+detail::BigOf<Left> operator-(Left number)
+{
+    number.negate();
+    return number;
+}
+template <detail::BigNumber Left>
+detail::BigOf<Left> operator+(Left left, const detail::BigOf<Left>& right)
+{
+    return std::move(left += right);
+}
+template <detail::BigNumber Left>
+detail::BigOf<Left> operator-(Left left, const detail::BigOf<Left>& right)
+{
+    return std::move(left -= right);
+}
+template <detail::BigNumber Left>
+detail::BigOf<Left> operator*(Left left, const detail::BigOf<Left>& right)
+{
+    return std::move(left *= right);
+}
+
 /// Truncated toward zero. Throws Exception with "Divide by zero.".
 inline BigInteger& operator/=(BigInteger& left, const BigInteger& right)
 {
@@ -60,66 +107,6 @@ inline BigInteger& operator%=(BigInteger& left, const BigInteger& right)
     return left;
 }
 
-/// Zeros at the end of the fraction do not matter: 1.5 and 1.50 are equal.
-inline bool operator==(const BigDecimal& left, const BigDecimal& right)
-{
-    return left.compareTo(right) == 0;
-}
-inline std::weak_ordering operator<=>(const BigDecimal& left, const BigDecimal& right)
-{
-    return left.compareTo(right) <=> 0;
-}
-
-inline BigDecimal& operator+=(BigDecimal& left, const BigDecimal& right)
-{
-    left.add(right);
-    return left;
-}
-inline BigDecimal& operator-=(BigDecimal& left, const BigDecimal& right)
-{
-    left.subtract(right);
-    return left;
-}
-inline BigDecimal& operator*=(BigDecimal& left, const BigDecimal& right)
-{
-    left.multiply(right);
-    return left;
-}
-
-inline BigInteger operator-(BigInteger number)
-{
-    number.negate();
-    return number;
-}
-inline BigInteger operator+(BigInteger left, const BigInteger& right)
-{
-    return std::move(left += right);
-}
-inline BigInteger operator-(BigInteger left, const BigInteger& right)
-{
-    return std::move(left -= right);
-}
-inline BigInteger operator*(BigInteger left, const BigInteger& right)
-{
-    return std::move(left *= right);
-}
-inline BigDecimal operator-(BigDecimal number)
-{
-    number.negate();
-    return number;
-}
-inline BigDecimal operator+(BigDecimal left, const BigDecimal& right)
-{
-    return std::move(left += right);
-}
-inline BigDecimal operator-(BigDecimal left, const BigDecimal& right)
-{
-    return std::move(left -= right);
-}
-inline BigDecimal operator*(BigDecimal left, const BigDecimal& right)
-{
-    return std::move(left *= right);
-}
 inline BigInteger operator/(BigInteger left, const BigInteger& right)
 {
     return std::move(left /= right);
