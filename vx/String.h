@@ -3,6 +3,7 @@
 #include "vx/Reference.h"
 #include "vx/StringLiteral.h"
 #include "vx/detail/FormatConcepts.h"
+#include "vx/detail/FormatPattern.h"
 #include "vx/util/AbstractCharBuffer.h"
 
 #include <compare>
@@ -350,12 +351,15 @@ public:
     requires detail::CheckedFormatArguments<First, Others...> && detail::FormatOfAnyText<Form, First>
     const String& format(const Form& format, const First& first, const Others&... others);
     /// A new text, made in the same way from any number of arguments. Here no argument is a length: use this form unless the
-    /// template has one. In `format(u"{0} cats", 42)` the 42 is the length of the template.
+    /// template has one. In `format(u"{0} cats", 42)` the 42 is the length of the template. The compiler refuses a literal
+    /// template whose numbers have no argument or a gap. A named array of char16_t has to be static for that, or is passed
+    /// as a std::u16string_view.
     /// @code
     /// assert(String::formatted(u"{1} has {0} cats", 42, u"Ada") == u"Ada has 42 cats");
     /// @endcode
     template <class... Arguments>
-    static String formatted(std::u16string_view form, const Arguments&... arguments);
+    static String formatted(
+        std::type_identity_t<detail::FormatPattern<sizeof...(Arguments)>> form, const Arguments&... arguments);
 
     /// Integers are decimal. Floating-point numbers have six significant digits in the shorter form ("%g"), with the
     /// point of the C locale.
@@ -528,14 +532,16 @@ const String& String::format(const char16_t* format, int length, const Arguments
 }
 
 template <class... Arguments>
-String String::formatted(std::u16string_view form, const Arguments&... arguments)
+String String::formatted(
+    std::type_identity_t<detail::FormatPattern<sizeof...(Arguments)>> form, const Arguments&... arguments)
 {
     String text;
+    const std::u16string_view pattern = form.view();
     if constexpr (sizeof...(arguments) == 0) {
-        text = form;
+        text = pattern;
     } else {
         const detail::FormatArgument texts[] {detail::FormatArgument(arguments)...};
-        text.formatChecked(form.data(), static_cast<int>(form.size()), texts, sizeof...(arguments));
+        text.formatChecked(pattern.data(), static_cast<int>(pattern.size()), texts, sizeof...(arguments));
     }
     return text;
 }

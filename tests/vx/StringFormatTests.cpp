@@ -57,6 +57,11 @@ TEST(String, FormatsValuesThatTheCompilerChecks)
     EXPECT_EQ(String(u"old").format(nullptr, -1), u"");
     EXPECT_EQ(String::formatted(u"{0}{1}{2}", 42, true, u'x'), u"42truex") << "no argument is a length";
     EXPECT_EQ(String::formatted(u"{0}"), u"{0}");
+    EXPECT_EQ(String::formatted(u"{} { {x} {\"{0}\": {1}} {", 1, 2, 3), u"{} { {x} {\"1\": 2} {");
+    char16_t atRunTime[] = u"{0} {5}";
+    static const char16_t fixed[] = u"{0}!";
+    EXPECT_EQ(String::formatted(atRunTime, 1), u"1 {5}");
+    EXPECT_EQ(String::formatted(fixed + 0, 1) + String::formatted(std::u16string(u"{0}"), 2), u"1!2");
     EXPECT_EQ(String::formatted(std::u16string_view(u"{0}\0{0}", 7), nullptr), std::u16string_view(u"\0", 1));
     String self(u"{1} {0}");
     EXPECT_EQ(self.format(self, self, 5), u"5 {1} {0}");
