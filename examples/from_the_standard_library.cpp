@@ -37,6 +37,10 @@ void elements()
 {
     collections::List<String> names(new collections::vorb::ArrayList);
     names.add(new String(u"Ada"));
+    names.sort();
+    collections::List<String> few(new collections::vorb::LinkedList, {u"a", u"b"});
+    const std::vector<Reference<String>> copy(few.begin(), few.end());
+    assert(copy.size() == 2);
     assert(*names.get(0) == u"Ada" && names.getSize() == 1);
     for (const Reference<String>& name : names)
         std::cout << *name << '\n';

@@ -6,13 +6,10 @@ using namespace vx;
 
 int main()
 {
-    collections::List<String> names(new collections::vorb::ArrayList);
-    for (const char16_t* name : {u"Ida", u"Ole", u"Ada", u"Ole"})
-        names.add(new String(name));
+    collections::List<String> names(new collections::vorb::ArrayList, {u"Ida", u"Ole", u"Ada", u"Ole"});
     std::cout << names.getSize() << " names, Ole last at " << names.lastIndexOf(names.get(1).get()) << '\n';
 
-    collections::Map<String, Integer32> ages(new collections::vorb::HashMap);
-    ages.put(new String(u"Ida"), new Integer32(41));
+    collections::Map<String, Integer32> ages(new collections::vorb::HashMap, {{u"Ida", 41}});
     ages.put(new String(u"Ole"), new Integer32(7));
     for (const auto& [name, age] : ages)
         std::cout << *name << " is " << age->toString() << '\n';

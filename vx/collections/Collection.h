@@ -9,7 +9,7 @@
 #include "vx/collections/vorb/Collection.h"
 
 #include <cstdint>
-#include <iterator>
+#include <initializer_list>
 
 namespace vx::collections {
 
@@ -27,6 +27,14 @@ public:
     explicit Collection(vorb::Collection* collection)
         : m_collection(collection)
     {
+    }
+
+    /// Adds the elements to the collection. Each is a pointer, a reference, or a value of which an object is made.
+    Collection(vorb::Collection* collection, std::initializer_list<detail::Given<T>> elements)
+        : Collection(collection)
+    {
+        for (const detail::Given<T>& element : elements)
+            m_collection->add(detail::toElement(element.get()));
     }
 
     // Object
@@ -52,12 +60,11 @@ public:
     /// The wrapped collection. Adds no reference.
     vorb::Collection* getCollection() const noexcept { return m_collection.get(); }
 
-    /// For a range-for, whose elements are `Reference<T>`.
-    detail::Walk<vorb::ConstIterator, detail::FromElement<T>> begin() const
-    {
-        return detail::Walk<vorb::ConstIterator, detail::FromElement<T>>(m_collection->createConstIterator());
-    }
-    std::default_sentinel_t end() const noexcept { return {}; }
+    using Walk = detail::Walk<vorb::ConstIterator, detail::FromElement<T>>;
+    /// For a range-for and for algorithms that make one pass. The elements are `Reference<T>`. If the collection is
+    /// changed in another way than through the iterator, the next step throws.
+    Walk begin() const { return Walk(m_collection->createConstIterator()); }
+    Walk end() const noexcept { return {}; }
 
 private:
     Reference<vorb::Collection> m_collection;

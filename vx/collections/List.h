@@ -6,16 +6,32 @@
 #include "vx/collections/vorb/List.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <vector>
 
 namespace vx::collections {
 
 /// As Collection, around a list.
+///
+/// @code
+/// collections::List<String> names(new collections::vorb::ArrayList, {u"Ole", u"Ada"});
+/// names.sort();
+/// assert(*names.get(0) == u"Ada");
+/// const std::vector<Reference<String>> copy(names.begin(), names.end());
+/// assert(copy.size() == 2 && copy[1] == names.get(1));
+/// assert(std::ranges::count_if(names, [](const auto& name) { return name->getLength() == 3; }) == 2);
+/// @endcode
 template <class T>
 class VX_API List : public Collection<T> {
 public:
     explicit List(vorb::List* list)
         : Collection<T>(list)
+        , m_list(list)
+    {
+    }
+
+    List(vorb::List* list, std::initializer_list<detail::Given<T>> elements)
+        : Collection<T>(list, elements)
         , m_list(list)
     {
     }
@@ -56,9 +72,7 @@ public:
     template <class Less>
     void sort(Less less)
     {
-        std::vector<Reference<T>> elements;
-        for (const Reference<T>& element : *this)
-            elements.push_back(element);
+        std::vector<Reference<T>> elements(this->begin(), this->end());
         std::stable_sort(elements.begin(), elements.end(),
             [&less](const Reference<T>& left, const Reference<T>& right) { return less(*left, *right); });
         const Reference<ListIterator<T>> place = createListIterator(0);

@@ -8,7 +8,7 @@
 #include "vx/collections/vorb/Map.h"
 
 #include <cstdint>
-#include <iterator>
+#include <initializer_list>
 #include <utility>
 
 namespace vx::collections {
@@ -27,6 +27,18 @@ public:
     explicit Map(vorb::Map* map)
         : m_map(map)
     {
+    }
+    /// A key and a value for `put`. Each is a pointer, a reference, or a value of which an object is made.
+    struct Given {
+        detail::Given<K> key;
+        detail::Given<V> value;
+    };
+    /// Puts the entries into the map, one after another.
+    Map(vorb::Map* map, std::initializer_list<Given> entries)
+        : Map(map)
+    {
+        for (const Given& entry : entries)
+            put(entry.key.get(), entry.value.get());
     }
 
     // Object
@@ -56,12 +68,13 @@ public:
             return {detail::fromElement<K>(entry.getKey()), detail::fromElement<V>(entry.getValue())};
         }
     };
-    detail::Walk<vorb::ConstIterator, ToEntry> begin() const
+    using Walk = detail::Walk<vorb::ConstIterator, ToEntry>;
+    Walk begin() const
     {
         const Reference<const vorb::Set> entries = std::as_const(*m_map).createEntrySet();
-        return detail::Walk<vorb::ConstIterator, ToEntry>(entries->createConstIterator());
+        return Walk(entries->createConstIterator());
     }
-    std::default_sentinel_t end() const noexcept { return {}; }
+    Walk end() const noexcept { return {}; }
 
 private:
     Reference<vorb::Map> m_map;

@@ -3,6 +3,8 @@
 #include "vx/collections/Collection.h"
 #include "vx/collections/vorb/Set.h"
 
+#include <initializer_list>
+
 namespace vx::collections {
 
 /// As Collection, around a set.
@@ -11,6 +13,10 @@ class VX_API Set : public virtual Collection<T> {
 public:
     explicit Set(vorb::Set* set)
         : Collection<T>(set)
+    {
+    }
+    Set(vorb::Set* set, std::initializer_list<detail::Given<T>> elements)
+        : Collection<T>(set, elements)
     {
     }
 };

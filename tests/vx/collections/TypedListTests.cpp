@@ -6,6 +6,7 @@
 #include "vx/collections/ValueCollections.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
+#include "vx/collections/vorb/HashSet.h"
 #include "vx/collections/vorb/LinkedList.h"
 
 #include <iterator>
@@ -109,6 +110,57 @@ TEST(TypedList, IsSortedStablyWhateverItsKind)
         list.sort();
         EXPECT_EQ(textOfAll(list), "2 11 12 31 32 ");
     }
+}
+
+static_assert(std::forward_iterator<vorb::ArrayList::Look>);
+static_assert(std::input_iterator<vorb::LinkedList::Look>);
+static_assert(std::ranges::common_range<List<Item>> && std::ranges::common_range<Map<Item, Item>>);
+
+TEST(Collections, AreMadeFromElementsAndGiveThemToTheStandardLibrary)
+{
+    const Reference<vorb::ArrayList> array(new vorb::ArrayList);
+    const Reference<vorb::LinkedList> linked(new vorb::LinkedList);
+    struct Heavy : Item {
+        Heavy()
+            : Item(4)
+        {
+        }
+    };
+    const Reference<Item> two(new Item(2));
+    List<Item> list(array.get(), {3, two, new Item(1), nullptr, Heavy()});
+    EXPECT_EQ(textOfAll(list), "3 2 1 null 4 ");
+    EXPECT_EQ(list.get(1), two);
+    EXPECT_NE(dynamic_cast<Heavy*>(list.get(4).get()), nullptr) << "not sliced";
+    linked->addAll(*array);
+
+    const std::vector<Reference<Item>> typed(list.begin(), list.end());
+    const std::vector<IVXUnknown*> fromArray(array->begin(), array->end());
+    const std::vector<Reference<IVXUnknown>> fromLinked(linked->begin(), linked->end());
+    const Reference<vorb::Collection> any(linked.get());
+    const std::vector<Reference<IVXUnknown>> fromAny(any->begin(), any->end());
+    ASSERT_TRUE(typed.size() == 5 && fromArray.size() == 5 && fromAny.size() == 5);
+    for (std::size_t index = 0; index < typed.size(); ++index) {
+        EXPECT_EQ(detail::toElement(typed[index].get()), fromArray[index]) << index;
+        EXPECT_EQ(fromLinked[index].get(), fromArray[index]) << index;
+    }
+    EXPECT_TRUE(fromLinked == fromAny);
+    EXPECT_EQ(std::ranges::find(list, two)->get(), two.get());
+    auto place = list.begin();
+    EXPECT_EQ((*place++)->getValue() * 10 + (*place)->getValue(), 32);
+
+    int steps = 0;
+    for (auto* const element : *array) // an end that moves
+        if (++steps < 3)
+            array->add(element);
+    EXPECT_EQ(steps, 7);
+
+    const Map<String, Integer32> ages(
+        new vorb::HashMap, {{u"Ada", 36}, {String(u"Ole"), new Integer32(7)}, {u"Ada", 37}});
+    EXPECT_EQ(ages.getSize(), 2);
+    EXPECT_EQ(*ages.get(Reference<String>(new String(u"Ada")).get()), 37);
+    using Entries = std::vector<Map<String, Integer32>::Entry>;
+    EXPECT_EQ(Entries(ages.begin(), ages.end()).size(), 2U);
+    EXPECT_EQ(Set<String>(new vorb::HashSet, {u"a", u"b", u"a"}).getSize(), 2);
 }
 
 enum class Colour : std::uint8_t { RED = 1, BLUE = 200 };

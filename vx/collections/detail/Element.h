@@ -3,6 +3,8 @@
 #include "vx/ComObject.h"
 #include "vx/Reference.h"
 
+#include <concepts>
+#include <type_traits>
 #include <utility>
 
 // Converts between an object of a known class and the component pointer that collections store. The pointer is always
@@ -37,6 +39,42 @@ Reference<T> fromElement(Reference<IVXUnknown> element)
         return Reference<T>(dynamic_cast<T*>(object));
     }
 }
+
+/// Unlike `std::constructible_from`, also for a class whose destructor may throw.
+template <class T, class Value>
+concept Makes = requires(Value&& value)
+{
+    new T(std::forward<Value>(value));
+};
+
+/// An element of an initializer list for objects of the class `T`: a pointer, a reference, or a value. A value of a class
+/// that derives from `T` is copied, any other one is passed to a constructor of `T`.
+template <class T>
+class Given {
+public:
+    template <class Value>
+    requires(std::convertible_to<Value, Reference<T>> || Makes<T, Value>) Given(Value&& value)
+        : m_object(objectOf(std::forward<Value>(value)))
+    {
+    }
+
+    T* get() const noexcept { return m_object.get(); }
+
+private:
+    template <class Value>
+    static Reference<T> objectOf(Value&& value)
+    {
+        using Plain = std::remove_cvref_t<Value>;
+        if constexpr (std::convertible_to<Value, Reference<T>>)
+            return std::forward<Value>(value);
+        else if constexpr (std::derived_from<Plain, T>)
+            return new Plain(std::forward<Value>(value));
+        else
+            return new T(std::forward<Value>(value));
+    }
+
+    Reference<T> m_object;
+};
 
 template <class T>
 struct FromElement {

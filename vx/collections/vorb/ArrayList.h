@@ -52,7 +52,7 @@ public:
     /// For a range-for, whose elements are `IVXUnknown*` without a reference added: each is valid as long as it stays
     /// in the list. As with iterators, a change of the list, other than at the end, is noticed at the next element.
     Look begin() const noexcept;
-    std::default_sentinel_t end() const noexcept { return {}; }
+    Look end() const noexcept;
 
 protected:
     AbstractListIterator* newIterator(int index) override;
@@ -88,9 +88,13 @@ private:
 class ArrayList::Look {
 public:
     using iterator_concept = std::forward_iterator_tag;
+    using iterator_category = std::input_iterator_tag; // it gives no reference to a stored pointer
     using difference_type = std::ptrdiff_t;
     using value_type = IVXUnknown*;
+    using reference = IVXUnknown*;
+    using pointer = void;
 
+    /// The end of any list.
     Look() noexcept = default;
 
     IVXUnknown* operator*() const
@@ -111,8 +115,13 @@ public:
         return before;
     }
 
-    bool operator==(const Look& other) const noexcept { return m_index == other.m_index; }
-    bool operator==(std::default_sentinel_t) const noexcept { return m_index >= m_list->m_size; }
+    /// The end moves with the size of the list.
+    bool operator==(const Look& other) const noexcept
+    {
+        return m_list != nullptr && other.m_list != nullptr ? m_index == other.m_index : isAtEnd() == other.isAtEnd();
+    }
+    bool operator==(std::default_sentinel_t) const noexcept { return isAtEnd(); }
+    operator std::default_sentinel_t() const noexcept { return {}; }
 
 private:
     friend class ArrayList;
@@ -123,6 +132,8 @@ private:
     {
     }
 
+    bool isAtEnd() const noexcept { return m_list == nullptr || m_index >= m_list->m_size; }
+
     const ArrayList* m_list = nullptr;
     std::uint32_t m_expectedCount = 0;
     int m_index = 0;
@@ -131,6 +142,11 @@ private:
 inline ArrayList::Look ArrayList::begin() const noexcept
 {
     return Look(this);
+}
+
+inline ArrayList::Look ArrayList::end() const noexcept
+{
+    return {};
 }
 
 } // namespace vx::collections::vorb

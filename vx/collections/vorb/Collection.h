@@ -44,7 +44,7 @@ public:
     {
         return collections::detail::Walk<ConstIterator>(createConstIterator());
     }
-    std::default_sentinel_t end() const noexcept { return {}; }
+    collections::detail::Walk<ConstIterator> end() const noexcept { return {}; }
 
 protected:
     ~Collection() = default;

@@ -45,7 +45,7 @@ public:
     /// For a range-for, whose elements are `const Reference<IVXUnknown>&`. As with iterators, a change of the list,
     /// other than at the end, is noticed at the next element.
     Look begin() const;
-    std::default_sentinel_t end() const noexcept { return {}; }
+    Look end() const noexcept;
 
 protected:
     AbstractListIterator* newIterator(int index) override;
@@ -74,8 +74,14 @@ private:
 class LinkedList::Look {
 public:
     using iterator_concept = std::input_iterator_tag;
+    using iterator_category = std::input_iterator_tag;
     using difference_type = std::ptrdiff_t;
     using value_type = Reference<IVXUnknown>;
+    using reference = const value_type&;
+    using pointer = const value_type*;
+
+    /// The end of any list.
+    Look() noexcept = default;
 
     const value_type& operator*() const noexcept { return m_element; }
     const value_type* operator->() const noexcept { return &m_element; }
@@ -85,9 +91,19 @@ public:
         take();
         return *this;
     }
-    void operator++(int) { ++*this; }
+    Look operator++(int)
+    {
+        Look before = *this;
+        ++*this;
+        return before;
+    }
 
+    friend bool operator==(const Look& left, const Look& right) noexcept
+    {
+        return left.m_isAtEnd == right.m_isAtEnd && (left.m_isAtEnd || left.m_index == right.m_index);
+    }
     friend bool operator==(const Look& look, std::default_sentinel_t) noexcept { return look.m_isAtEnd; }
+    operator std::default_sentinel_t() const noexcept { return {}; }
 
 private:
     friend class LinkedList;
@@ -101,10 +117,10 @@ private:
 
     VX_API void take();
 
-    const LinkedList* m_list;
-    std::uint32_t m_expectedCount;
+    const LinkedList* m_list = nullptr;
+    std::uint32_t m_expectedCount = 0;
     int m_index = 0;
-    bool m_isAtEnd = false;
+    bool m_isAtEnd = true;
     Nodes::const_iterator m_node;
     Reference<IVXUnknown> m_element; ///< kept while the loop uses it
 };
@@ -112,6 +128,11 @@ private:
 inline LinkedList::Look LinkedList::begin() const
 {
     return Look(*this);
+}
+
+inline LinkedList::Look LinkedList::end() const noexcept
+{
+    return {};
 }
 
 } // namespace vx::collections::vorb

@@ -48,7 +48,7 @@ public:
     {
         return collections::detail::Walk<ConstIterator, ToEntry>(createEntrySet()->createConstIterator());
     }
-    std::default_sentinel_t end() const noexcept { return {}; }
+    collections::detail::Walk<ConstIterator, ToEntry> end() const noexcept { return {}; }
 
 protected:
     ~Map() = default;
