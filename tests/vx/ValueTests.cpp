@@ -4,7 +4,6 @@
 
 #include <arpa/inet.h>
 #include <limits>
-#include <sstream>
 #include <unordered_set>
 #include <vector>
 
@@ -58,9 +57,7 @@ TEST(Values, AreOrderedAndHashed)
     expectOrder<net::Inet6Address>(
         {{six("fe80::1", 2), six("fe80::1", 2, 80)}, {six("fe80::2", 2)}, {six("ff02::1", 0)}});
     EXPECT_TRUE(six("fe80::1", 2) < six("fe80::1", 3)) << "the links of two interfaces";
-    std::ostringstream text;
-    text << six("2001:db8::1", 0);
-    EXPECT_EQ(text.str(), "2001:db8::1");
+    EXPECT_EQ(testing::PrintToString(six("2001:db8::1", 0)), "2001:db8::1");
     EXPECT_EQ(std::unordered_set<Integer32>({Integer32(1), Integer32(2), Integer32(1)}).size(), 2U);
 }
 

@@ -3,7 +3,6 @@
 #include <concepts>
 #include <cstddef>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 
 namespace vx::detail {
@@ -38,12 +37,8 @@ public:
         if constexpr (count > 0) // otherwise it is plain text
             check({text, m_length});
     }
-    template <class Text>
-    requires(
-        std::convertible_to<Text,
-            std::
-                u16string_view> && !std::same_as<std::remove_cvref_t<Text>, FormatPattern>) constexpr FormatPattern(Text&&
-            text)
+    template <std::convertible_to<std::u16string_view> Text>
+    constexpr FormatPattern(Text&& text)
         : FormatPattern(std::u16string_view(std::forward<Text>(text)))
     {
     }

@@ -108,7 +108,7 @@ std::int32_t VXProcessSendSignal(std::uint32_t process, std::int32_t signal) noe
         return RESULT_FALSE;
     if (process > INT_MAX)
         return RESULT_INVALID_HANDLE;
-    if (hasEnded(process)) // the system accepts signals to a child that nobody has joined yet
+    if (hasEnded(process)) // the system accepts signals to a child until it has been joined
         return RESULT_FALSE;
     if (::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0) == 0)
         return RESULT_OK;

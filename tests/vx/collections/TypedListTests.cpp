@@ -121,13 +121,10 @@ TEST(Collections, AreMadeFromElementsAndGiveThemToTheStandardLibrary)
     const Reference<vorb::ArrayList> array(new vorb::ArrayList);
     const Reference<vorb::LinkedList> linked(new vorb::LinkedList);
     struct Heavy : Item {
-        Heavy()
-            : Item(4)
-        {
-        }
+        using Item::Item;
     };
     const Reference<Item> two(new Item(2));
-    List<Item> list(array.get(), {3, two, new Item(1), nullptr, Heavy()});
+    List<Item> list(array.get(), {3, two, new Item(1), nullptr, Heavy(4)});
     EXPECT_EQ(textOfAll(list), "3 2 1 null 4 ");
     EXPECT_EQ(list.get(1), two);
     EXPECT_NE(dynamic_cast<Heavy*>(list.get(4).get()), nullptr) << "not sliced";
@@ -136,14 +133,11 @@ TEST(Collections, AreMadeFromElementsAndGiveThemToTheStandardLibrary)
     const std::vector<Reference<Item>> typed(list.begin(), list.end());
     const std::vector<IVXUnknown*> fromArray(array->begin(), array->end());
     const std::vector<Reference<IVXUnknown>> fromLinked(linked->begin(), linked->end());
-    const Reference<vorb::Collection> any(linked.get());
-    const std::vector<Reference<IVXUnknown>> fromAny(any->begin(), any->end());
-    ASSERT_TRUE(typed.size() == 5 && fromArray.size() == 5 && fromAny.size() == 5);
-    for (std::size_t index = 0; index < typed.size(); ++index) {
-        EXPECT_EQ(detail::toElement(typed[index].get()), fromArray[index]) << index;
-        EXPECT_EQ(fromLinked[index].get(), fromArray[index]) << index;
-    }
-    EXPECT_TRUE(fromLinked == fromAny);
+    const std::vector<Reference<IVXUnknown>> fromAny(
+        static_cast<vorb::Collection&>(*linked).begin(), static_cast<vorb::Collection&>(*linked).end());
+    EXPECT_TRUE(fromLinked == fromAny && std::ranges::equal(fromAny, fromArray, {}, &Reference<IVXUnknown>::get));
+    EXPECT_TRUE(
+        std::ranges::equal(typed, fromArray, {}, [](const auto& item) { return detail::toElement(item.get()); }));
     EXPECT_EQ(std::ranges::find(list, two)->get(), two.get());
     auto place = list.begin();
     EXPECT_EQ((*place++)->getValue() * 10 + (*place)->getValue(), 32);
