@@ -38,7 +38,7 @@ public:
             check({text, m_length});
     }
     template <std::convertible_to<std::u16string_view> Text>
-    constexpr FormatPattern(Text&& text)
+    constexpr FormatPattern(Text&& text) // NOLINT(bugprone-forwarding-reference-overload): not for a FormatPattern
         : FormatPattern(std::u16string_view(std::forward<Text>(text)))
     {
     }

@@ -199,7 +199,7 @@ std::vector<std::pair<VXHandle, LockOrder::Checker::Step*>> LockOrder::Checker::
     std::unordered_map<VXHandle, std::pair<VXHandle, Step*>> cameFrom;
     std::vector<VXHandle> open {from};
     while (!open.empty() && !cameFrom.contains(to)) {
-        const VXHandle lock = open.back();
+        auto* const lock = open.back();
         open.pop_back();
         const auto node = m_nodes.find(lock);
         if (node == m_nodes.end())

@@ -40,9 +40,10 @@ Reference<T> fromElement(Reference<IVXUnknown> element)
     }
 }
 
-/// Unlike `std::constructible_from`, also for a class whose destructor may throw.
-template <class T, class Value>
-concept Makes = requires(Value&& value)
+/// A reference to a `T`, or the argument of a constructor. Unlike `std::constructible_from`, also for a class whose
+/// destructor may throw.
+template <class Value, class T>
+concept MakesElement = std::convertible_to<Value, Reference<T>> || requires(Value&& value)
 {
     new T(std::forward<Value>(value));
 };
@@ -52,8 +53,8 @@ concept Makes = requires(Value&& value)
 template <class T>
 class Given {
 public:
-    template <class Value>
-    requires(std::convertible_to<Value, Reference<T>> || Makes<T, Value>) Given(Value&& value)
+    template <MakesElement<T> Value>
+    Given(Value&& value) // NOLINT(bugprone-forwarding-reference-overload): not for a Given
         : m_object(objectOf(std::forward<Value>(value)))
     {
     }
