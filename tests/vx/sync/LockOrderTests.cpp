@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <utility>
@@ -127,19 +128,17 @@ TEST(LockOrder, IsNoMatterWhereNoThreadWaitsForTheOther)
     EXPECT_EQ(checked.take(), "");
 }
 
-TEST(LockOrder, DISABLED_TwoOrders)
-{
-    Mutex a("a"), b;
-    acquire(a, b);
-    acquire(b, a);
-}
-
 TEST(LockOrder, IsCheckedIfTheEnvironmentAsksForIt)
 {
+    if (std::getenv("VXLIB4_LOCK_ORDER") != nullptr) { // in the process that is started below
+        Mutex a("a"), b;
+        acquire(a, b);
+        acquire(b, a);
+        return;
+    }
     for (const bool asks : {false, true}) {
         const char16_t* const environment[] = {asks ? u"VXLIB4_LOCK_ORDER=1" : u"VXLIB4_LOCK_ORDER=0", nullptr};
-        exec::Process self(u"/proc/self/exe", u"--gtest_also_run_disabled_tests --gtest_filter=LockOrder.DISABLED_*",
-            nullptr, environment);
+        exec::Process self(u"/proc/self/exe", u"--gtest_filter=LockOrder.IsCheckedIf*", nullptr, environment);
         std::string errors;
         const Reference<io::InputStream> stream = self.getErrorStream();
         for (signed char byte; stream->read(&byte, 1) == 1;)
