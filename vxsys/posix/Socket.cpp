@@ -131,12 +131,14 @@ std::int32_t VXSocketTimedConnect(
 {
     const Deadline deadline = Deadline::in(milliseconds);
     const int descriptor = descriptorOf(socket);
-    const int flags = ::fcntl(descriptor, F_GETFL);
-    if (flags == -1 || ((flags & O_NONBLOCK) == 0 && ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == -1))
+    const auto setFlags = [&](int flags) { return retryOnSignal([&] { return ::fcntl(descriptor, F_SETFL, flags); }); };
+    // Without a limit, the mode of the socket does not matter.
+    const int flags = deadline.isNever() ? O_NONBLOCK : retryOnSignal([&] { return ::fcntl(descriptor, F_GETFL); });
+    const bool isBlocking = (flags & O_NONBLOCK) == 0;
+    if (flags == -1 || (isBlocking && setFlags(flags | O_NONBLOCK) == -1))
         return resultOf(-1);
-    const bool isStarted = ::connect(descriptor, address, length) == 0;
-    const int error = isStarted ? 0 : errno;
-    if ((flags & O_NONBLOCK) == 0 && ::fcntl(descriptor, F_SETFL, flags) == -1)
+    const int error = ::connect(descriptor, address, length) == 0 ? 0 : errno;
+    if (isBlocking && setFlags(flags) == -1)
         return resultOf(-1);
     if (error == EINPROGRESS || error == EALREADY || error == EINTR)
         return VXSocketFinishConnect(socket, deadline.millisecondsLeft());
