@@ -17,6 +17,9 @@ public:
     /// From the moment when the limit is reached until half of it is free.
     bool isFull() const { return m_isFull; }
 
+    /// So few lines that they are in the log within some milliseconds.
+    bool isShort() const { return m_isShort; }
+
     struct Size {
         std::size_t lines;
         std::size_t bytes;
@@ -28,6 +31,7 @@ private:
     Size m_size {};
     std::size_t m_limit = 0;
     std::atomic<bool> m_isFull = false;
+    std::atomic<bool> m_isShort = true;
 };
 
 } // namespace vxlogd

@@ -13,7 +13,8 @@ namespace vxlogd {
 
 namespace {
 
-constexpr std::size_t MOST_OPEN_LINES = 64;
+constexpr std::size_t MOST_OPEN_LINES = 64; // while many lines of all clients wait for the log
+constexpr std::size_t MOST_OPEN_LINES_OF_FEW = 1024;
 constexpr std::size_t MOST_OPEN_BYTES = 64 * 1024;
 constexpr std::size_t READ_SIZE = 16 * 1024;
 constexpr std::chrono::seconds TIME_TO_HEAR(5);
@@ -155,7 +156,8 @@ bool Connection::hasRoom() const
     if (m_intake.isFull() && !m_isFirstLine) // a greeting is read, so that its client can be told
         return false;
     const Progress::State state = m_progress->state();
-    return state.openLines < MOST_OPEN_LINES && state.openBytes < MOST_OPEN_BYTES;
+    return state.openLines < (m_intake.isShort() ? MOST_OPEN_LINES_OF_FEW : MOST_OPEN_LINES)
+        && state.openBytes < MOST_OPEN_BYTES;
 }
 
 void Connection::takeLines()

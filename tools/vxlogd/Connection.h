@@ -26,7 +26,7 @@ struct Limits {
     std::atomic<std::size_t> maxConnections;
 };
 
-/// The connection of one client. Its memory is limited to one line or one read, a few lines that are being logged, and
+/// The connection of one client. Its memory is limited to one line or one read, 64 KiB of lines that are being logged, and
 /// one answer. It stops reading from a client that sends too fast or does not read its answers.
 class Connection {
 public:

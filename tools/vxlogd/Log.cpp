@@ -32,26 +32,16 @@ using vx::TerminatedText;
 using vx::log::ILogEntry;
 
 /// An entry that carries its receipt through the chain.
-class Entry final : public vx::Object, public ILogEntry {
+class Entry final : public vx::log::LogEntry {
 public:
     explicit Entry(Receipt receipt)
-        : m_fields(vx::log::LogEntry::create())
-        , m_receipt(std::move(receipt))
+        : m_receipt(std::move(receipt))
     {
     }
-
-    VX_OBJECT_UNKNOWN(vx::Object)
-
-    // ILogEntry
-    void setField(const String& name, const vx::Object* value) override { m_fields->setField(name, value); }
-    Reference<const vx::Object> getField(const String& name) const override { return m_fields->getField(name); }
-    bool hasField(const String& name) const override { return m_fields->hasField(name); }
-    Reference<const vx::collections::Set<String>> getFieldNames() const override { return m_fields->getFieldNames(); }
 
     const Receipt& getReceipt() const { return m_receipt; }
 
 private:
-    Reference<vx::log::LogEntry> m_fields;
     Receipt m_receipt;
 };
 
@@ -379,15 +369,15 @@ void Intake::submit(const String& peer, int level, const String& text, Receipt r
     receipt.progress->begin(receipt.bytes);
     try {
         const Reference<Entry> entry(new Entry(receipt));
-        const auto set = [&](const char16_t* name, const vx::Object* value) {
+        const auto set = [&](const String& name, const vx::Object* value) {
             entry->setField(name, Reference<const vx::Object>(value).get());
         };
-        set(u"peer", new String(peer));
-        set(u"level", new vx::Integer32(level));
-        set(u"text", new String(text));
-        set(u"timestamp", new vx::log::ZonedTimeStamp);
+        set(m_names.peer, new String(peer));
+        set(m_names.level, new vx::Integer32(level));
+        set(m_names.text, new String(text));
+        set(m_names.timestamp, new vx::log::ZonedTimeStamp);
         const std::lock_guard lock(m_lock);
-        set(u"sequence", new vx::Integer64(++m_sequence));
+        set(m_names.sequence, new vx::Integer64(++m_sequence));
         m_file.expect(receipt);
         try {
             m_processor->process(entry.get());

@@ -7,6 +7,7 @@
 
 #include <vx/Object.h>
 #include <vx/Reference.h>
+#include <vx/String.h>
 #include <vx/io/OutputStream.h>
 #include <vx/log/AsyncProcessor.h>
 #include <vx/log/ILogEntry.h>
@@ -105,11 +106,20 @@ public:
     void waitUntilDone() { m_processor->waitUntilDone(); }
     /// Whether clients have to wait until lines before theirs are in the log.
     bool isFull() const { return m_file.getBacklog().isFull(); }
+    /// Whether a client may have many lines in the queue without making the others wait.
+    bool isShort() const { return m_file.getBacklog().isShort(); }
     std::shared_ptr<const std::string> getTrouble() const { return m_file.getTrouble(); }
     Clients& getClients() { return m_clients; }
 
 private:
     LogFile& m_file;
+    const struct {
+        vx::String peer = u"peer";
+        vx::String level = u"level";
+        vx::String text = u"text";
+        vx::String timestamp = u"timestamp";
+        vx::String sequence = u"sequence";
+    } m_names;
     std::mutex m_lock;
     std::int64_t m_sequence = 0;
     Clients m_clients;
