@@ -7,7 +7,9 @@ import contextlib
 import functools
 import json
 import os
+import re
 import resource
+import shutil
 import signal
 import socket
 import subprocess
@@ -232,6 +234,16 @@ class FullDisks(Served):
 class Settings(Served):
     def test_are_told(self):
         self.assertHelps("vxlogd", "--idle-timeout")
+        bundles, environment = self.register(os.environ["VXLOG_BUNDLES"])
+        texts = shutil.copytree(os.path.join(os.path.dirname(os.environ["VXLOG_BUNDLES"]), "texts"),
+                                os.path.join(os.path.dirname(bundles), "texts"))
+        told = {locale: vxlogd("--help", *(["--locale", locale] if locale else []), env=environment).stdout.decode()
+                for locale in ["", "en_US", "de", "fr"]}
+        self.assertEqual(told["en_US"], told[""])
+        self.assertEqual(len(set(told.values())), 3)
+        with open(os.path.join(texts, "tools.en_US.txt"), encoding="utf-8") as file:
+            keys = file.read().count("\nvxlogd.help.")
+        self.assertEqual(keys, len(re.findall("^ .{4} --", told[""], re.MULTILINE)) + 1)
 
     def test_must_be_right(self):
         for arguments in [["--port=65536"], ["--port=x"], ["--workers=0"], ["--nothing"], ["--log"], ["word"],

@@ -39,6 +39,20 @@ Text textOf(const OptionException& failure)
 
 } // namespace
 
+std::optional<std::string> localeOf(const OptionTable& table, int argc, char** argv)
+{
+    return table.parse(argc, argv, OptionTable::Order::MIXED, OptionTable::Faults::SKIPPED).find(LOCALE_ROW.name);
+}
+
+std::string helpOf(const OptionTable& table, std::u16string_view prefix, Messages& messages)
+{
+    return table.getHelp([&](const vx::util::OptionRow& row) {
+        const std::string_view name = row.name;
+        const std::u16string key = std::u16string(prefix).append(name.begin(), name.end());
+        return messages.say(Message {key.c_str(), row.help}());
+    });
+}
+
 ParsedOptions parseCommandLine(const OptionTable& table, int argc, char** argv, OptionTable::Order order)
 {
     try {

@@ -17,6 +17,16 @@ inline constexpr vx::util::OptionRow COMPLETION_ROW {
 inline constexpr vx::util::OptionRow HELP_ROW {.name = "help", .letter = 'h', .help = "print this"};
 inline constexpr vx::util::OptionRow VERSION_ROW {.name = "version", .help = "print the version"};
 
+inline constexpr vx::util::OptionRow LOCALE_ROW {.name = "locale",
+    .value = "LOCALE",
+    .help = "speak the language of LOCALE, such as de_AT, where its messages are registered as a component (English)"};
+
+/// What --locale names in a command line, which may have errors.
+std::optional<std::string> localeOf(const vx::util::OptionTable& table, int argc, char** argv);
+
+/// The help text of the options. The key of an option's text is `prefix` and its name.
+std::string helpOf(const vx::util::OptionTable& table, std::u16string_view prefix, Messages& messages);
+
 /// Throws UsageError.
 vx::util::ParsedOptions parseCommandLine(const vx::util::OptionTable& table, int argc, char** argv,
     vx::util::OptionTable::Order order = vx::util::OptionTable::Order::MIXED);

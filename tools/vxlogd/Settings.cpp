@@ -269,6 +269,7 @@ const OptionTable& optionTable()
         rows.push_back({.name = METRICS, .help = "the same in the text format of Prometheus"});
         for (const SettingRow& row : SETTINGS)
             rows.push_back(row.option);
+        rows.push_back(vxtools::LOCALE_ROW);
         rows.push_back(vxtools::COMPLETION_ROW);
         rows.push_back(vxtools::HELP_ROW);
         rows.push_back(vxtools::VERSION_ROW);
@@ -328,24 +329,25 @@ std::string textOf(const Settings& settings)
     return text;
 }
 
-std::string usage()
+std::string usage(vxtools::Messages& messages)
 {
-    return "Usage: vxlogd [-c FILE.ini] [OPTION]...\n"
-           "       vxlogd --check-config [-c FILE.ini] [OPTION]...\n"
-           "       vxlogd --status|--metrics [PATH]\n"
-           "Writes the lines that clients send over TCP to a log.\n"
-           "\n"
-        + optionTable().getHelp()
-        + "\n"
-          "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
-          "level of its lines, and whether it wants to hear \"ack N\" once its first N lines\n"
-          "are in the log, and \"wait REASON\" if the log cannot be written, for example\n"
-          "because the disk is full. The server tries again until it can.\n"
-          "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
-          "opens the log anew and reads the settings again, all but listen, port, workers\n"
-          "and status-socket.\n"
-          "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
-          "settings.\n";
+    constexpr vxtools::Message HEAD {u"vxlogd.help",
+        "Usage: vxlogd [-c FILE.ini] [OPTION]...\n"
+        "       vxlogd --check-config [-c FILE.ini] [OPTION]...\n"
+        "       vxlogd --status|--metrics [PATH]\n"
+        "Writes the lines that clients send over TCP to a log."};
+    constexpr vxtools::Message FOOT {u"vxlogd.help.more",
+        "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
+        "level of its lines, and whether it wants to hear \"ack N\" once its first N lines\n"
+        "are in the log, and \"wait REASON\" if the log cannot be written, for example\n"
+        "because the disk is full. The server tries again until it can.\n"
+        "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
+        "opens the log anew and reads the settings again, all but listen, port, workers\n"
+        "and status-socket.\n"
+        "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
+        "settings."};
+    return messages.say(HEAD()) + "\n\n" + vxtools::helpOf(optionTable(), u"vxlogd.help.", messages) + '\n'
+        + messages.say(FOOT()) + '\n';
 }
 
 } // namespace vxlogd

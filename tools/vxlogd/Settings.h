@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/Messages.h"
+
 #include <vx/io/RotatingFileStream.h>
 #include <vx/util/OptionTable.h>
 
@@ -55,6 +57,6 @@ CommandLine readSettings(int argc, char** argv);
 std::string textOf(const Settings& settings);
 
 /// What --help prints.
-std::string usage();
+std::string usage(vxtools::Messages& messages);
 
 } // namespace vxlogd

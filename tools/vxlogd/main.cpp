@@ -143,12 +143,13 @@ int check(const CommandLine& line)
 
 int main(int argc, char** argv)
 {
+    vxtools::Messages messages(vxtools::localeOf(optionTable(), argc, argv));
     int result = 0;
-    const int failure = vxtools::runProgram("vxlogd", [&] {
+    const auto run = [&] {
         const CommandLine line = readSettings(argc, argv);
         switch (line.task) {
         case Task::HELP:
-            vxtools::print(usage());
+            vxtools::print(usage(messages));
             return;
         case Task::VERSION:
             vxtools::printVersion("vxlogd");
@@ -166,6 +167,7 @@ int main(int argc, char** argv)
         case Task::SERVE:
             serve(line.settings, argc, argv);
         }
-    });
+    };
+    const int failure = vxtools::runProgram("vxlogd", run, messages);
     return failure != 0 ? failure : result;
 }
