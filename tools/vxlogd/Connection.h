@@ -26,8 +26,8 @@ struct Limits {
     std::atomic<std::size_t> maxConnections;
 };
 
-/// The connection of one client. Its memory is limited to one line or one read, 64 KiB of lines that are being logged, and
-/// one answer. It stops reading from a client that sends too fast or does not read its answers.
+/// The connection of one client. Its memory is limited to one line or one read, 64 KiB of lines that are being logged,
+/// and one answer. It stops reading from a client that sends too fast or does not read its answers.
 class Connection {
 public:
     /// `number` is the one by which `waker` knows it.

@@ -22,6 +22,7 @@
 #include <chrono>
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <utility>
 
 namespace vxlogd {
@@ -90,6 +91,15 @@ std::string reasonOf(Work&& work)
         return vxtools::textOf(failure);
     } catch (const std::exception& failure) {
         return failure.what();
+    }
+}
+
+/// There may be no memory for the message.
+void report(const char* what, const std::string& reason = {}) noexcept
+{
+    try {
+        complain(what + reason);
+    } catch (const std::bad_alloc&) {
     }
 }
 
@@ -232,7 +242,7 @@ void LogFile::endDocument()
             m_file->flush();
     });
     if (!reason.empty())
-        complain("the end of the log cannot be written: " + reason);
+        report("the end of the log cannot be written: ", reason);
     m_block->cut(0);
     m_file = nullptr;
 }
@@ -272,7 +282,7 @@ void LogFile::write(Lock& lock)
             break;
         if (m_hasGivenUp)
             return refuseAll(reason);
-        beginTrouble(reason);
+        static_cast<void>(reasonOf([&] { beginTrouble(reason); })); // without memory, after the next try
         m_changed.wait_for(lock, PAUSE);
     }
     endTrouble();
@@ -324,7 +334,7 @@ void LogFile::refuse(const Receipt& receipt, const std::string& reason)
     ++m_lost;
     release(receipt);
     if (!m_isLosing.exchange(true))
-        complain("a line cannot be written to the log: " + reason);
+        report("a line cannot be written to the log: ", reason);
     receipt.progress->fail(receipt.bytes);
 }
 
@@ -342,7 +352,7 @@ void LogFile::beginTrouble(const std::string& reason)
             return;
         m_trouble = std::make_shared<const std::string>(reason);
     }
-    complain("the log cannot be written: " + reason);
+    report("the log cannot be written: ", reason);
     m_onChange();
 }
 
@@ -354,7 +364,7 @@ void LogFile::endTrouble()
             return;
         m_trouble = nullptr;
     }
-    complain("the log can be written again");
+    report("the log can be written again");
     m_onChange();
 }
 
