@@ -51,11 +51,10 @@ bool Connection::wantsToRead() const
 
 void Connection::read()
 {
-    const std::size_t length = m_input.size();
-    m_input.resize(length + READ_SIZE);
+    char block[READ_SIZE]; // a silent client needs no memory for it
     std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result = m_socket->recv(m_input.data() + length, READ_SIZE, MSG_DONTWAIT, &count);
-    m_input.resize(length + static_cast<std::size_t>(std::max(count, 0)));
+    const ENUM_VX_E_SOCKET result = m_socket->recv(block, READ_SIZE, MSG_DONTWAIT, &count);
+    m_input.append(block, static_cast<std::size_t>(std::max(count, 0)));
     if (result == VX_E_SOCKET_OK && count > 0) {
         m_lastSign = Clock::now();
         m_lastBytes -= m_isFinishing ? std::min(m_lastBytes, static_cast<std::size_t>(count)) : 0;
