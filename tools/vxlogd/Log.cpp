@@ -143,10 +143,10 @@ LogFile::~LogFile() noexcept = default;
 void LogFile::reopen(const Settings& settings)
 {
     const Lock lock(m_lock);
-    m_backlog.setLimit(settings.backlog);
     if (settings.format == Format::XML || m_settings.format == Format::XML)
         endDocument(); // it has to be complete before it is moved, and it may be this very file
     open(settings);
+    m_backlog.setLimit(settings.backlog);
     m_changed.notify_all();
 }
 
