@@ -19,12 +19,12 @@ constexpr std::size_t MOST_OPEN_BYTES = 64 * 1024;
 constexpr std::size_t READ_SIZE = 16 * 1024;
 constexpr std::chrono::seconds TIME_TO_HEAR(5);
 
-vx::String textOf(const vx::net::InetSocketAddress* address)
+vx::Reference<const vx::String> textOf(const vx::net::InetSocketAddress* address)
 {
     vx::String text;
     if (address != nullptr)
         address->getDiagnosticStr(text);
-    return text;
+    return new vx::String(text);
 }
 
 } // namespace
@@ -39,7 +39,7 @@ Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake
     , m_progress(std::make_shared<Progress>(m_waker, m_number))
     , m_owner(m_progress->takeOver(m_waker, m_number, 1))
     , m_peer(textOf(m_socket->getPeerAddress()))
-    , m_level(limits.level)
+    , m_level(new vx::Integer32(limits.level))
 {
 }
 
@@ -199,17 +199,17 @@ void Connection::takeLine(std::string_view line, bool isCut)
     case Progress::Claim::REPEATED:
         return;
     }
-    const int level = takeLevel(line);
+    const vx::Reference<const vx::Integer32> level = takeLevel(line);
     vx::String text = readableText(line);
     if (isCut)
         text.append(u" [cut]");
-    m_intake.submit(m_peer, level, text, {m_progress, m_lines, line.size()});
+    m_intake.submit(m_peer, level, std::move(text), {m_progress, m_lines, line.size()});
 }
 
 /// Removes the prefix "<3>".
-int Connection::takeLevel(std::string_view& line) const
+vx::Reference<const vx::Integer32> Connection::takeLevel(std::string_view& line) const
 {
-    int level = m_level;
+    int level = 0;
     const std::size_t end = m_hasLevels && line.starts_with('<') ? line.find('>') : line.npos;
     if (end == line.npos)
         return m_level;
@@ -217,7 +217,7 @@ int Connection::takeLevel(std::string_view& line) const
     if (error != std::errc() || stop != line.data() + end)
         return m_level;
     line.remove_prefix(end + 1);
-    return level;
+    return new vx::Integer32(level);
 }
 
 void Connection::greet(std::string_view options)
@@ -238,7 +238,7 @@ void Connection::greet(std::string_view options)
         };
         int number = 0;
         if (name == "level" && reads(number))
-            m_level = number;
+            m_level = new vx::Integer32(number);
         else if (name == "ack" && reads(number))
             m_wantsAnswers = number != 0;
         else if (name == "beat" && reads(number))

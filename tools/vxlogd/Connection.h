@@ -58,7 +58,7 @@ private:
     void tellTrouble();
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
-    int takeLevel(std::string_view& line) const;
+    vx::Reference<const vx::Integer32> takeLevel(std::string_view& line) const;
     void greet(std::string_view options);
     /// Continues where the client `id` was when its last connection ended.
     void resume(std::string_view id, std::uint64_t first);
@@ -73,8 +73,8 @@ private:
     const std::uint64_t m_number; ///< by which the waker knows the connection
     std::shared_ptr<Progress> m_progress;
     std::uint64_t m_owner; ///< the number of this connection at the progress
-    vx::String m_peer;
-    int m_level;
+    vx::Reference<const vx::String> m_peer;
+    vx::Reference<const vx::Integer32> m_level;
     bool m_wantsAnswers = false;
     bool m_owesAnswer = false; ///< even if no line is done
     bool m_beats = false; ///< whether a line may be only a sign of life

@@ -5,7 +5,6 @@
 #include "common/FileName.h"
 
 #include <vx/Exception.h>
-#include <vx/NumberBoxes.h>
 #include <vx/TerminatedText.h>
 #include <vx/collections/Set.h>
 #include <vx/io/EntryStream.h>
@@ -374,7 +373,8 @@ Intake::Intake(LogFile& file, int workers)
 {
 }
 
-void Intake::submit(const String& peer, int level, const String& text, Receipt receipt)
+void Intake::submit(
+    const Reference<const String>& peer, const Reference<const vx::Integer32>& level, String text, Receipt receipt)
 {
     receipt.progress->begin(receipt.bytes);
     try {
@@ -382,9 +382,9 @@ void Intake::submit(const String& peer, int level, const String& text, Receipt r
         const auto set = [&](const String& name, const vx::Object* value) {
             entry->setField(name, Reference<const vx::Object>(value).get());
         };
-        set(m_names.peer, new String(peer));
-        set(m_names.level, new vx::Integer32(level));
-        set(m_names.text, new String(text));
+        set(m_names.peer, peer.get()); // shared by the entries of a client, as the level is
+        set(m_names.level, level.get());
+        set(m_names.text, new String(std::move(text)));
         set(m_names.timestamp, new vx::log::ZonedTimeStamp);
         const std::lock_guard lock(m_lock);
         set(m_names.sequence, new vx::Integer64(++m_sequence));

@@ -5,6 +5,7 @@
 #include "Receipt.h"
 #include "Settings.h"
 
+#include <vx/NumberBoxes.h>
 #include <vx/Object.h>
 #include <vx/Reference.h>
 #include <vx/String.h>
@@ -102,7 +103,8 @@ class Intake {
 public:
     Intake(LogFile& file, int workers);
 
-    void submit(const vx::String& peer, int level, const vx::String& text, Receipt receipt);
+    void submit(const vx::Reference<const vx::String>& peer, const vx::Reference<const vx::Integer32>& level,
+        vx::String text, Receipt receipt);
     void waitUntilDone() { m_processor->waitUntilDone(); }
     /// Whether clients have to wait until lines before theirs are in the log.
     bool isFull() const { return m_file.getBacklog().isFull(); }
