@@ -57,7 +57,7 @@ public:
     void process(const vx::log::ILogEntry* entry) override;
 
     const Backlog& getBacklog() const { return m_backlog; }
-    /// Why the log cannot be written; null if it can. Each time has an object of its own.
+    /// Why the log cannot be written; null if it can. Another object each time that this begins.
     std::shared_ptr<const std::string> getTrouble() const;
     std::uint64_t getWritten() const { return m_written; }
     /// The number of lines that were accepted and are not in the log.
