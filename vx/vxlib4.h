@@ -130,6 +130,7 @@
 #include "vx/log/AsyncOptions.h"
 #include "vx/log/AsyncProcessor.h"
 #include "vx/log/BasicLogWriter.h"
+#include "vx/log/ConsoleLogWriter.h"
 #include "vx/log/ILevelLogger.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/ILogProcessor.h"

@@ -139,4 +139,9 @@ std::int32_t VXConsoleReadKey(std::int32_t* key) noexcept
     *key = isEraseKey(byte) ? 8 : byte;
     return 0;
 }
+
+std::int32_t VXConsoleIsTerminal(std::uint32_t handle) noexcept
+{
+    return ::isatty(static_cast<int>(handle)) == 1 ? RESULT_OK : RESULT_FALSE;
+}
 }
