@@ -17,7 +17,7 @@ using components::IVXTlsSession;
 namespace {
 
 constexpr const char16_t* PROG_ID = u"Velmaris.Transport.Tls";
-constexpr Message NO_COMPONENT {u"tools.no-tls", "encryption needs the component {0}, registered by vxreg: {1}"};
+constexpr Message NO_COMPONENT {u"tools.no-tls", "the component {0}, which vxreg registers, cannot be used: {1}"};
 constexpr Message ENCRYPTION {u"tools.encryption", "encryption"};
 
 void setFile(util::PropertySet& properties, const char16_t* key, const std::string& file)
@@ -31,7 +31,7 @@ Reference<IVXTlsContext> create(decltype(&IVXTls::CreateClientContext) operation
     Reference<IVXTls> tls;
     if (const std::int32_t result = VXComCreateObjectByProgID(PROG_ID, nullptr, &IVXTls::IID, tls.outVoid());
         result < 0)
-        throw UsageError(NO_COMPONENT(String(PROG_ID).toUtf8(), textOfResult(result)));
+        throw Failure(ENCRYPTION(), NO_COMPONENT(String(PROG_ID).toUtf8(), textOfResult(result)));
     Reference<IVXTlsContext> context;
     try {
         vorb::throwIfFailedIn(*tls,

@@ -43,7 +43,8 @@ Destination parseDestination(const std::string& text)
     destination.host = uri.getHostName();
     const bool isWhole
         = destination.host.find('\0') == std::string::npos; // the system would look up the part before it
-    if (uri.getScheme() != "vxlog" || destination.host.empty() || !isWhole)
+    destination.isEncrypted = uri.getScheme() == "vxlogs";
+    if ((uri.getScheme() != "vxlog" && !destination.isEncrypted) || destination.host.empty() || !isWhole)
         throw UsageError(NO_DESTINATION(text));
     if (!uri.getPortText().value_or("").empty()) {
         destination.port = uri.getPort().value_or(0);

@@ -1,15 +1,20 @@
 #pragma once
 
+#include "common/TlsContext.h"
+
 #include <chrono>
 #include <optional>
 #include <string>
 
 namespace vxlog {
 
-/// The destination of the lines, given as a URI: vxlog://HOST:PORT?level=3&ack=1&beat=30&retry=60.
+/// The destination of the lines, given as a URI: vxlog://HOST:PORT?level=3&ack=1&beat=30&retry=60, or with vxlogs for a
+/// connection with encryption.
 struct Destination {
     std::string host;
     unsigned short port = 7514;
+    bool isEncrypted = false;
+    vxtools::TlsFiles tls; ///< for encryption
     std::optional<int> level;
     bool wantsAnswers = true;
     std::chrono::seconds beat {30}; ///< between signs of life of an idle client; 0 for none

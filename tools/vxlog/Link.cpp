@@ -45,12 +45,14 @@ void setOptions(TcpClientSocket2& socket)
 
 } // namespace
 
-Link::Link(std::unique_ptr<TcpClientSocket2> socket)
+Link::Link(std::unique_ptr<TcpClientSocket2> socket, const vxtools::TlsContext* tls)
     : m_socket(std::move(socket))
+    , m_wire(m_socket->getId(), tls)
 {
 }
 
-std::unique_ptr<Link> Link::open(const Destination& destination, const Wait& wait, std::string& reason)
+std::unique_ptr<Link> Link::open(
+    const Destination& destination, const vxtools::TlsContext* tls, const Wait& wait, std::string& reason)
 {
     addrinfo hints {};
     hints.ai_socktype = SOCK_STREAM;
@@ -82,8 +84,12 @@ std::unique_ptr<Link> Link::open(const Destination& destination, const Wait& wai
                 result = error == 0 ? VX_E_SOCKET_OK : VX_E_SOCKETFromNativeSocketError(error);
             }
         }
-        if (result == VX_E_SOCKET_OK)
-            return std::unique_ptr<Link>(new Link(std::move(socket)));
+        if (result == VX_E_SOCKET_OK) {
+            std::unique_ptr<Link> link(new Link(std::move(socket), tls));
+            if (link->shakeHands(wait, reason))
+                return link;
+            return nullptr; // another address of the same server would not help
+        }
         reason = textOf(result);
     }
 }
@@ -93,36 +99,24 @@ int Link::descriptor() const
     return static_cast<int>(m_socket->getId());
 }
 
-Link::Result Link::send(std::string_view& bytes)
+bool Link::shakeHands(const Wait& wait, std::string& reason)
 {
-    std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result
-        = m_socket->send(bytes.data(), static_cast<unsigned int>(bytes.size()), MSG_DONTWAIT, &count);
-    if (result == VX_E_SOCKET_OK)
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    return resultOf(result);
-}
-
-Link::Result Link::receive(std::string& heard)
-{
-    char piece[4096];
-    std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result = m_socket->recv(piece, sizeof piece, MSG_DONTWAIT, &count);
-    if (result == VX_E_SOCKET_OK && count < 1)
-        return Result::CLOSED;
-    if (result == VX_E_SOCKET_OK)
-        heard.append(piece, static_cast<std::size_t>(count));
-    return resultOf(result);
-}
-
-Link::Result Link::resultOf(ENUM_VX_E_SOCKET result)
-{
-    if (result == VX_E_SOCKET_OK)
-        return Result::DONE;
-    if (result == VX_E_SOCKET_EWOULDBLOCK || result == VX_E_SOCKET_EINTR)
-        return Result::LATER;
-    m_reason = textOf(result);
-    return Result::BROKEN;
+    for (;;) {
+        switch (m_wire.shakeHands()) {
+        case Result::DONE:
+            return true;
+        case Result::LATER:
+            if (!wait(descriptor(), static_cast<short>(m_wire.wantsToWrite(false) ? POLLIN | POLLOUT : POLLIN))) {
+                reason.clear();
+                return false;
+            }
+            break;
+        case Result::CLOSED:
+        case Result::BROKEN:
+            reason = m_wire.reason();
+            return false;
+        }
+    }
 }
 
 } // namespace vxlog

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Destination.h"
+#include "common/Wire.h"
 
 #include <vx/net/TcpClientSocket2.h>
 
@@ -18,30 +19,30 @@ public:
     /// Waits until the descriptor is ready for these events of `poll`. False if the caller gives up.
     using Wait = std::function<bool(int descriptor, short events)>;
 
-    /// Tries each address of the host. Null with a reason if none answers, and without one if `wait` gave up.
-    static std::unique_ptr<Link> open(const Destination& destination, const Wait& wait, std::string& reason);
+    /// Tries each address of the host. Null with a reason if none answers, and without one if `wait` gave up. A null
+    /// `tls` is a connection without encryption.
+    static std::unique_ptr<Link> open(
+        const Destination& destination, const vxtools::TlsContext* tls, const Wait& wait, std::string& reason);
 
     int descriptor() const;
-    enum class Result {
-        DONE,
-        LATER, ///< wait first
-        CLOSED, ///< the server has ended the connection
-        BROKEN ///< see `reason`
-    };
-    /// Sends the first bytes of `bytes`, and removes them from it.
-    Result send(std::string_view& bytes);
+    using Result = vxtools::Wire::Result;
+    /// Sends the first bytes of `bytes`, and removes them from it. Also sends what waits from earlier calls.
+    Result send(std::string_view& bytes) { return m_wire.send(bytes); }
+    /// Whether to call `send` when the socket has room; `hasMore` says whether there are bytes for it.
+    bool wantsToWrite(bool hasMore) const { return m_wire.wantsToWrite(hasMore); }
     /// Appends what was received to `heard`.
-    Result receive(std::string& heard);
+    Result receive(std::string& heard) { return m_wire.receive(heard, 4096); }
     /// Tells the server that nothing more will come.
-    void endOutput() { m_socket->shutdownOutput(); }
-    const std::string& reason() const { return m_reason; }
+    void endOutput() { m_wire.endOutput(); }
+    const std::string& reason() const { return m_wire.reason(); }
 
 private:
-    explicit Link(std::unique_ptr<vx::net::TcpClientSocket2> socket);
-    Result resultOf(ENUM_VX_E_SOCKET result);
+    Link(std::unique_ptr<vx::net::TcpClientSocket2> socket, const vxtools::TlsContext* tls);
+    /// As `open`.
+    bool shakeHands(const Wait& wait, std::string& reason);
 
     std::unique_ptr<vx::net::TcpClientSocket2> m_socket;
-    std::string m_reason;
+    vxtools::Wire m_wire;
 };
 
 } // namespace vxlog

@@ -87,6 +87,9 @@ void check(const ParsedOptions& given, const Options& options)
     need("level", hasField("level"), "--fields level");
     need("time", options.fields && hasField("timestamp"), "--fields timestamp");
     need("spool", options.to.has_value(), "--to");
+    for (const char* option : {"ca", "cert", "key"})
+        need(option, options.to && options.to->isEncrypted, "--to vxlogs://HOST:PORT");
+    need("key", given.has("cert"), "--cert");
     need("spool-size", !options.spool.empty(), "--spool");
     if (given.has("level-from") && !Levels::isForm(options.levelFrom))
         throw UsageError(NO_LEVEL_SOURCE(options.levelFrom));
@@ -165,6 +168,20 @@ const OptionTable& optionTable()
                 = "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1&retry=SECONDS&beat=SECONDS; "
                   "ack=0 does not ask whether they are in its log, retry is how long it may be away (60), and beat "
                   "how often an idle vxlog sends a sign of life (30; 0 is never)"},
+            {.name = "ca",
+                .value = "FILE",
+                .help
+                = "with --to vxlogs://HOST:PORT: connect by TLS to a server with a certificate of the authorities "
+                  "in FILE (those of the system)",
+                .takes = OptionRow::Takes::FILES},
+            {.name = "cert",
+                .value = "FILE",
+                .help = "the certificate of this client for vxlogs",
+                .takes = OptionRow::Takes::FILES},
+            {.name = "key",
+                .value = "FILE",
+                .help = "the private key for --cert (in its FILE)",
+                .takes = OptionRow::Takes::FILES},
             {.name = "spool",
                 .value = "FOLDER",
                 .help = "with --to: keep lines in FOLDER while the server is away; the next vxlog with it sends them",
@@ -234,6 +251,9 @@ Options parseOptions(int argc, char** argv)
     options.shell = given.find("completion").value_or("");
     if (const std::optional<std::string> to = given.find("to"))
         options.to = parseDestination(*to);
+    if (options.to)
+        options.to->tls
+            = {given.find("ca").value_or(""), given.find("cert").value_or(""), given.find("key").value_or("")};
     options.spool = given.find("spool").value_or("");
     if (given.has("spool-size"))
         options.spoolBytes = numberOf(given, "spool-size", LEAST_SPOOL, MOST_BYTES);

@@ -45,6 +45,8 @@ Sender::Sender(const Destination& destination, const Policy& policy, Backlog& ba
     , m_backlog(backlog)
     , m_teller(teller)
     , m_firstOfRun(backlog.range().first)
+    , m_tls(destination.isEncrypted ? std::optional(vxtools::TlsContext::forClient(destination.tls, destination.host))
+                                    : std::nullopt)
 {
 }
 
@@ -133,7 +135,7 @@ void Sender::run()
 bool Sender::openLink(const Link::Wait& wait)
 {
     m_reason.clear();
-    m_link = Link::open(m_destination, wait, m_reason);
+    m_link = Link::open(m_destination, m_tls ? &*m_tls : nullptr, wait, m_reason);
     if (m_link == nullptr && m_reason.empty())
         m_reason = vxtools::textOfError(ETIMEDOUT);
     return m_link != nullptr;
@@ -166,7 +168,8 @@ bool Sender::serve()
                 continue;
             }
         }
-        waitFor(m_link->descriptor(), static_cast<short>(m_rest.empty() ? POLLIN : POLLIN | POLLOUT), until);
+        waitFor(m_link->descriptor(),
+            static_cast<short>(m_link->wantsToWrite(!m_rest.empty()) ? POLLIN | POLLOUT : POLLIN), until);
     }
 }
 
@@ -203,12 +206,14 @@ bool Sender::sendAll()
             m_output.clear();
             m_next += m_backlog.read(m_next, m_output, BLOCK_SIZE);
             m_rest = m_output;
-            if (m_rest.empty())
+            if (m_rest.empty() && !m_link->wantsToWrite(false))
                 return true;
         }
         switch (m_link->send(m_rest)) {
         case Link::Result::DONE:
             m_lastSent = Clock::now();
+            if (m_rest.empty() && m_output.empty())
+                return true;
             break;
         case Link::Result::LATER:
             return true;

@@ -83,6 +83,7 @@ private:
     Backlog& m_backlog;
     Teller& m_teller;
     const std::uint64_t m_firstOfRun;
+    const std::optional<vxtools::TlsContext> m_tls; ///< for encryption
 
     // Of the connection.
     std::unique_ptr<Link> m_link;
