@@ -232,6 +232,48 @@ class FullDisks(Served):
         self.assertIn("/log: 3 received lines are not in the log", self.said())
 
 
+class Encryption(Served):
+    def setUp(self):
+        super().setUp()
+        os.environ["VXSYS4_REGISTRY"] = self.register(os.environ["VXLOGD_TLS"])[1]["VXSYS4_REGISTRY"]
+        self.addCleanup(os.environ.pop, "VXSYS4_REGISTRY")
+        for name, extension in [("ca", "basicConstraints=critical,CA:TRUE"), ("server", "subjectAltName=IP:127.0.0.1"),
+                                ("client", "extendedKeyUsage=clientAuth")]:
+            by = ["-CA", "ca.pem", "-CAkey", "ca.key"] if name != "ca" else []
+            subprocess.run(["openssl", "req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                            "-keyout", name + ".key", "-out", "request", "-subj", "/CN=" + name],
+                           cwd=self.folder, check=True, capture_output=True)
+            self.write("extensions", extension.encode())
+            subprocess.run(["openssl", "x509", "-req", "-in", "request", "-out", name + ".pem", "-extfile", "extensions",
+                            "-days", "9", "-set_serial", str(len(name)), *(by or ["-signkey", "ca.key"])],
+                           cwd=self.folder, check=True, capture_output=True)
+        self.files = ["--tls-cert", "server.pem", "--tls-key", "server.key", "--tls-client-ca", "ca.pem"]
+        self.known = ["--ca", self.path("ca.pem"), "--cert", self.path("client.pem"), "--key", self.path("client.key")]
+
+    def test_carries_all_lines_of_clients_that_are_known(self):
+        self.start(*self.files)
+        self.client()  # a handshake that never ends holds nobody up
+        uri = f"vxlogs://127.0.0.1:{self.port}"
+        text = "".join(f"line {number} Ελληνικά\n" for number in range(2000))
+        for options in ["?ack=1", "?ack=0"]:
+            self.assertSucceeds(vxlog("--to", uri + options, *self.known, data=text.encode()))
+        self.assertEqual(self.said(), "")
+        self.assertEqual(self.client().send(b"plain\n").rest(), "")
+        self.assertIn("the peer does not speak TLS", self.said())
+        for options, reason in [(self.known[:2], "certificate required"), (self.known[2:], "unknown authority")]:
+            self.assertFails(vxlog("--to", uri + "?retry=0", *options, data=b"x\n"), reason)
+        self.assertFails(vxlog("--to", f"vxlog://127.0.0.1:{self.port}?retry=0", data=b"x\n"))
+        self.stop()
+        self.assertEqual("".join(line + "\n" for line in self.texts()), text * 2)
+
+    def test_says_which_file_is_wrong(self):
+        for arguments, reason in [(["--tls-key", "server.key"], "need tls-cert"),
+                                  (["--tls-cert", "absent.pem"], "absent.pem"),
+                                  (["--tls-cert", "server.pem", "--tls-key", "client.key"], "does not belong")]:
+            self.assertFails(vxlogd("--port=0", *arguments, cwd=self.folder), reason, status=2 if "need" in reason else 1)
+        self.assertFails(vxlog("--to", "vxlog://localhost", "--ca", "ca.pem"), "--to vxlogs", status=2)
+
+
 class Settings(Served):
     def test_are_told(self):
         self.assertHelps("vxlogd", "--idle-timeout")

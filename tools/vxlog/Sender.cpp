@@ -219,8 +219,10 @@ bool Sender::sendAll()
             return true;
         case Link::Result::CLOSED:
         case Link::Result::BROKEN:
-            m_reason = m_link->reason();
+            m_reason.clear();
             hearAll(); // the server may have given a better reason
+            if (m_reason.empty())
+                m_reason = m_link->reason();
             return false;
         }
     }

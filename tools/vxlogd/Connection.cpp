@@ -1,17 +1,19 @@
 #include "Connection.h"
 
+#include "Complaint.h"
 #include "LineText.h"
 
 #include <vx/net/InetSocketAddress.h>
 
 #include <algorithm>
 #include <charconv>
-#include <sys/socket.h>
 #include <utility>
 
 namespace vxlogd {
 
 namespace {
+
+using vxtools::Wire;
 
 constexpr std::size_t MOST_OPEN_LINES = 64; // while many lines of all clients wait for the log
 constexpr std::size_t MOST_OPEN_LINES_OF_FEW = 1024;
@@ -31,7 +33,15 @@ vx::Reference<const vx::String> textOf(const vx::net::InetSocketAddress* address
 
 Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
     std::shared_ptr<Waker> waker, std::uint64_t number)
+    : Connection(std::move(socket), intake, limits, std::move(waker), number, limits.getTls().get())
+{
+}
+
+Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
+    std::shared_ptr<Waker> waker, std::uint64_t number, const vxtools::TlsContext* tls)
     : m_socket(std::move(socket))
+    , m_wire(m_socket->getId(), tls)
+    , m_isEncrypted(tls != nullptr)
     , m_intake(intake)
     , m_limits(limits)
     , m_waker(std::move(waker))
@@ -51,20 +61,25 @@ bool Connection::wantsToRead() const
 
 void Connection::read()
 {
-    char block[READ_SIZE]; // a silent client needs no memory for it
-    std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result = m_socket->recv(block, READ_SIZE, MSG_DONTWAIT, &count);
-    m_input.append(block, static_cast<std::size_t>(std::max(count, 0)));
-    if (result == VX_E_SOCKET_OK && count > 0) {
+    const std::size_t length = m_input.size();
+    const Wire::Result result = m_wire.receive(m_input, READ_SIZE);
+    const std::size_t count = m_input.size() - length;
+    switch (result) {
+    case Wire::Result::DONE:
         m_lastSign = Clock::now();
-        m_lastBytes -= m_isFinishing ? std::min(m_lastBytes, static_cast<std::size_t>(count)) : 0;
-    } else if (result == VX_E_SOCKET_OK) {
-        m_hasEnded = true;
-    } else if (result == VX_E_SOCKET_EWOULDBLOCK) {
+        m_lastBytes -= m_isFinishing ? std::min(m_lastBytes, count) : 0;
+        break;
+    case Wire::Result::LATER:
         m_hasEnded = m_isFinishing;
-    } else if (result != VX_E_SOCKET_EINTR) {
-        m_hasEnded = true; // the lines before are valid
+        break;
+    case Wire::Result::BROKEN:
+        if (m_isEncrypted)
+            complain(m_peer->toUtf8() + ": " + m_wire.reason());
         m_isBroken = true;
+        [[fallthrough]];
+    case Wire::Result::CLOSED:
+        m_hasEnded = true; // the lines before are valid
+        break;
     }
     if (m_isFinishing && m_lastBytes == 0)
         m_hasEnded = true;
@@ -74,19 +89,18 @@ void Connection::read()
 
 void Connection::write()
 {
-    std::int32_t count = 0;
-    const ENUM_VX_E_SOCKET result = m_socket->send(
-        std::as_const(m_output).data(), static_cast<unsigned int>(m_output.size()), MSG_DONTWAIT, &count);
-    if (result == VX_E_SOCKET_OK) {
-        m_output.erase(0, static_cast<std::size_t>(count));
-        m_lastSign = Clock::now();
-    } else if (result != VX_E_SOCKET_EWOULDBLOCK && result != VX_E_SOCKET_EINTR) {
+    std::string_view rest = m_output;
+    const Wire::Result result = m_wire.send(rest);
+    if (result == Wire::Result::BROKEN) {
         m_output.clear();
         m_isBroken = true;
         m_isFinishing = true;
+    } else if (rest.size() < m_output.size()) {
+        m_output.erase(0, m_output.size() - rest.size());
+        m_lastSign = Clock::now();
     }
     if (m_isRefused && m_output.empty())
-        m_socket->shutdownOutput();
+        m_wire.endOutput();
 }
 
 void Connection::goOn()
@@ -136,6 +150,7 @@ bool Connection::isOver() const
     if (m_isLate)
         return true; // its client has another connection, with the same progress
     return m_hasEnded && m_input.empty() && state.openLines == 0 && m_output.empty()
+        && (m_isBroken || !m_wire.wantsToWrite(false))
         && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done <= m_answered)));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Log.h"
 #include "Receipt.h"
+#include "common/Wire.h"
 
 #include <vx/String.h>
 #include <vx/net/TcpWorkerSocket2.h>
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -24,6 +26,22 @@ struct Limits {
     std::atomic<std::size_t> maxLine;
     std::atomic<unsigned int> idleSeconds;
     std::atomic<std::size_t> maxConnections;
+
+    /// Certificates and keys of new connections; null is no encryption.
+    std::shared_ptr<const vxtools::TlsContext> getTls() const
+    {
+        const std::lock_guard lock(m_tlsLock);
+        return m_tls;
+    }
+    void setTls(std::shared_ptr<const vxtools::TlsContext> tls)
+    {
+        const std::lock_guard lock(m_tlsLock);
+        m_tls = std::move(tls);
+    }
+
+private:
+    mutable std::mutex m_tlsLock;
+    std::shared_ptr<const vxtools::TlsContext> m_tls;
 };
 
 /// The connection of one client. Its memory is limited to one line or one read, 64 KiB of lines that are being logged,
@@ -37,7 +55,7 @@ public:
     vx::net::TcpWorkerSocket2* getSocket() const { return m_socket.get(); }
     /// False once nothing more will come, and while there is no room for more.
     bool wantsToRead() const;
-    bool wantsToWrite() const { return !m_output.empty(); }
+    bool wantsToWrite() const { return m_wire.wantsToWrite(!m_output.empty()); }
     /// Call these when the socket is ready.
     void read();
     void write();
@@ -54,6 +72,9 @@ public:
     Clock::time_point lastSign() const { return m_lastSign; }
 
 private:
+    Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake& intake, const Limits& limits,
+        std::shared_ptr<Waker> waker, std::uint64_t number, const vxtools::TlsContext* tls);
+
     bool hasRoom() const;
     void tellTrouble();
     void takeLines();
@@ -67,6 +88,8 @@ private:
     void refuse(const std::string& reason);
 
     std::unique_ptr<vx::net::TcpWorkerSocket2> m_socket;
+    vxtools::Wire m_wire;
+    const bool m_isEncrypted;
     Intake& m_intake;
     const Limits& m_limits;
     const std::shared_ptr<Waker> m_waker;

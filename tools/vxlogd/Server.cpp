@@ -52,6 +52,14 @@ std::size_t mostThreads()
     return std::clamp(std::thread::hardware_concurrency(), LEAST, MOST);
 }
 
+/// Null without encryption. Throws Failure.
+std::shared_ptr<const vxtools::TlsContext> tlsOf(const Settings& settings)
+{
+    if (settings.tls.certificate.empty())
+        return nullptr;
+    return std::make_shared<const vxtools::TlsContext>(vxtools::TlsContext::forServer(settings.tls));
+}
+
 } // namespace
 
 /// The thread that waits for connections. A signal that only this thread receives interrupts the wait.
@@ -128,6 +136,7 @@ Server::Server(const Settings& settings, std::unique_ptr<TcpServerSocket2> socke
     , m_intake(*m_log, settings.workers)
     , m_socket(std::move(socket))
 {
+    m_limits.setTls(tlsOf(settings));
     setLimits(settings);
 }
 
@@ -152,7 +161,9 @@ void Server::start()
 
 void Server::change(const Settings& settings)
 {
+    std::shared_ptr<const vxtools::TlsContext> tls = tlsOf(settings);
     m_log->reopen(settings);
+    m_limits.setTls(std::move(tls));
     setLimits(settings);
 }
 

@@ -178,6 +178,24 @@ constexpr SettingRow SETTINGS[] = {
             settings.backlog = numberIn<std::size_t>(text, 1, MOST_BACKLOG);
         },
         [](const Settings& settings) { return std::to_string(settings.backlog); }},
+    {{.name = "tls-cert",
+         .value = "FILE",
+         .help = "encrypt all connections by TLS, with the certificate in FILE",
+         .takes = OptionRow::Takes::FILES},
+        [](Settings& settings, const std::string& text) { settings.tls.certificate = nonEmpty(text); },
+        [](const Settings& settings) { return settings.tls.certificate; }},
+    {{.name = "tls-key",
+         .value = "FILE",
+         .help = "the private key for tls-cert, if it is not in the same file",
+         .takes = OptionRow::Takes::FILES},
+        [](Settings& settings, const std::string& text) { settings.tls.key = nonEmpty(text); },
+        [](const Settings& settings) { return settings.tls.key; }},
+    {{.name = "tls-client-ca",
+         .value = "FILE",
+         .help = "accept only clients with a certificate of the authorities in FILE",
+         .takes = OptionRow::Takes::FILES},
+        [](Settings& settings, const std::string& text) { settings.tls.authorities = nonEmpty(text); },
+        [](const Settings& settings) { return settings.tls.authorities; }},
     {{.name = "sync",
          .value = "no|yes",
          .standard = "no",
@@ -251,6 +269,9 @@ void compare(const Settings& settings, Problems& problems)
         problems.push_back("a JSON log is in UTF-8");
     if (settings.format == Format::XML && rotates(settings))
         problems.push_back("an XML log is one document, which cannot be rotated");
+    const vxtools::TlsFiles& tls = settings.tls;
+    if (tls.certificate.empty() && !(tls.key.empty() && tls.authorities.empty()))
+        problems.push_back("tls-key and tls-client-ca need tls-cert");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Messages.h"
+#include "common/TlsContext.h"
 
 #include <vx/io/RotatingFileStream.h>
 #include <vx/util/OptionTable.h>
@@ -27,6 +28,7 @@ struct Settings {
     std::size_t backlog = 32 * 1024 * 1024;
     bool sync = false;
     std::string statusSocket; ///< empty for the path beside the log
+    vxtools::TlsFiles tls; ///< with a certificate, all connections are encrypted
     vx::io::Rotation rotation;
 };
 
