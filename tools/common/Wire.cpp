@@ -58,6 +58,11 @@ Wire::~Wire()
         flush();
     } catch (const std::bad_alloc&) { // the other side sees that the connection is cut off
     }
+    // If bytes are left unread, the system resets the connection, and the other side may lose what was sent.
+    std::array<char, 1024> rest;
+    std::int32_t count = 1;
+    for (int attempt = 0; attempt < 64 && count > 0; ++attempt)
+        VXSocketReceive(m_socket, rest.data(), rest.size(), MSG_DONTWAIT, &count);
 }
 
 Wire::Result Wire::shakeHands()
