@@ -24,7 +24,8 @@ inline constexpr Message SPOOL_NEEDS_ACK {u"vxlog.spool-needs-ack", "--spool nee
 inline constexpr Message NO_ROTATION {
     u"vxlog.no-rotation", "a log is rotated only with --file and without --format xml"};
 
-inline constexpr Message NO_DESTINATION {u"vxlog.no-destination", "--to takes vxlog://HOST:PORT or vxlogs://HOST:PORT, not \"{0}\""};
+inline constexpr Message NO_DESTINATION {
+    u"vxlog.no-destination", "--to takes vxlog://HOST:PORT or vxlogs://HOST:PORT, not \"{0}\""};
 inline constexpr Message NO_PORT {u"vxlog.no-port", "--to: no such port in \"{0}\""};
 inline constexpr Message NO_PARAMETER {u"vxlog.no-parameter", "--to: {0} is a number, not \"{1}\""};
 inline constexpr Message NOT_ACKNOWLEDGED {u"vxlog.not-acknowledged", "{0}; it has acknowledged {1} of {2} lines"};
