@@ -19,7 +19,7 @@
 
 namespace vxlog {
 
-/// Sends the lines of a backlog to a vxlogd, on a thread of its own. A lost connection is opened again, and what the
+/// Sends the lines of a backlog to a vxlogd, on its own thread. A lost connection is opened again, and what the
 /// server has not acknowledged is sent again. The numbers of the lines let the server drop what it already has.
 class Sender {
 public:

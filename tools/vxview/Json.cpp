@@ -176,8 +176,8 @@ private:
         return code;
     }
 
-    /// A number, true, false, null, or an object or array, whose brackets are counted only: the values in it matter to
-    /// nobody here.
+    /// A number, true, false, null, or an object or array. What is in the last two is not checked: only their brackets
+    /// are counted.
     bool skipValue()
     {
         if (m_rest.starts_with('{') || m_rest.starts_with('['))

@@ -244,7 +244,7 @@ bool Source::isReplaced()
         return false;
     }
     if (stat(m_path.c_str(), &now) != 0)
-        return false; // between two files: whoever rotates makes the next one at once
+        return false; // a rotation is under way, which creates the file in its next step
     return now.st_dev != m_identity.device || now.st_ino != m_identity.inode;
 }
 
