@@ -66,7 +66,7 @@ private:
     const bool m_isOfMemory;
 };
 
-/// The names and contents of all files in the folder, in order.
+/// The names and contents of all files in the folder, in order. A registry counts its changes, failed ones too.
 std::string listing(const std::filesystem::path& folder, bool withHidden)
 {
     namespace fs = std::filesystem;
@@ -75,7 +75,7 @@ std::string listing(const std::filesystem::path& folder, bool withHidden)
         const std::string name = entry->path().lexically_relative(folder).string();
         if (name.front() == '.' && !withHidden)
             entry.disable_recursion_pending();
-        else
+        else if (entry->path().filename() != "changes")
             entries.insert(name + (entry->is_regular_file() ? '=' + contentOf(entry->path()) : "/") + '\n');
     }
     return std::accumulate(entries.begin(), entries.end(), std::string());

@@ -13,6 +13,7 @@ import shutil
 import signal
 import socket
 import subprocess
+import threading
 import time
 import unittest
 import xml.etree.ElementTree
