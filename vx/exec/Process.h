@@ -50,7 +50,7 @@ public:
     bool terminate() { return sendSignal(15); }
     /// Ends the child (SIGKILL), which cannot clean up. False if it has already ended.
     bool kill() { return sendSignal(9); }
-    /// Sends a signal by its number in <csignal>. It never reaches another process, and not the children of the child.
+    /// Sends a signal by its number in `csignal`. It never reaches another process, and not the children of the child.
     /// False if the child has already ended. Throws ResultException: RESULT_INVALID_ARGUMENT for a number that is no
     /// signal, RESULT_NOT_PERMITTED if the child runs as another user.
     bool sendSignal(int signal);
