@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    friend std::hash<TimeStamp>;
+    friend struct std::hash<TimeStamp>;
 
     /// From year to millisecond.
     std::array<std::uint16_t, 7> getParts() const noexcept
