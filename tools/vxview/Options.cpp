@@ -170,10 +170,7 @@ const OptionTable& optionTable()
             {.name = "fields", .value = "LIST", .help = "only these fields, in this order"},
             {.name = "colour", .value = "auto|always|never", .standard = "auto", .help = "colours in lines"},
             {.name = "no-pager", .help = "do not show long output through PAGER or less"},
-            {.name = "locale",
-                .value = "LOCALE",
-                .help = "speak the language of LOCALE, such as de_AT, where its messages are registered as a component "
-                        "(English)"},
+            LOCALE_ROW,
             COMPLETION_ROW,
             HELP_ROW,
             VERSION_ROW,
@@ -183,17 +180,8 @@ const OptionTable& optionTable()
 
 std::string usage(Messages& messages)
 {
-    const auto translated = [&](const OptionRow& row) {
-        const std::string_view name = row.name;
-        const std::u16string key = u"vxview.help." + std::u16string(name.begin(), name.end());
-        return messages.say(Message {key.c_str(), row.help}());
-    };
-    return messages.say(HELP_HEAD) + "\n\n" + optionTable().getHelp(translated) + '\n' + messages.say(HELP_FOOT) + '\n';
-}
-
-std::optional<std::string> localeOf(int argc, char** argv)
-{
-    return optionTable().parse(argc, argv, OptionTable::Order::MIXED, OptionTable::Faults::SKIPPED).find("locale");
+    return messages.say(HELP_HEAD) + "\n\n" + helpOf(optionTable(), u"vxview.help.", messages) + '\n'
+        + messages.say(HELP_FOOT) + '\n';
 }
 
 Options parseOptions(int argc, char** argv)

@@ -31,9 +31,6 @@ struct Options {
 
 const vx::util::OptionTable& optionTable();
 
-/// The locale of the messages. Found even if the rest of the command line is wrong.
-std::optional<std::string> localeOf(int argc, char** argv);
-
 /// Throws UsageError that says what is wrong with the command line.
 Options parseOptions(int argc, char** argv);
 
