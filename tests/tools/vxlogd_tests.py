@@ -393,8 +393,7 @@ class Signals(Served):
         self.start("--workers=2")
         answered = collections.Counter()
 
-        def send(name):
-            client = Client(self.port, "ack=1")
+        def send(name, client):
             answers = client.socket.makefile()
             with contextlib.suppress(OSError):
                 for start in range(1, 3001, 100):
@@ -403,8 +402,9 @@ class Signals(Served):
                     answered[name] = int(answer.split()[1]) if answer.endswith("\n") else answered[name]
             client.socket.close()
 
+        clients = [Client(self.port, "ack=1") for _ in range(8)]  # before any sends: the kill may come at once
         with concurrent.futures.ThreadPoolExecutor(8) as pool:
-            senders = [pool.submit(send, name) for name in range(8)]
+            senders = [pool.submit(send, name, client) for name, client in enumerate(clients)]
             self.wait_for(lambda: sum(answered.values()) > 2000)
             self.server.kill()
         self.assertEqual([sender.exception() for sender in senders], [None] * 8)
