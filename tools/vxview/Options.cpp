@@ -12,7 +12,6 @@
 namespace vxview {
 
 using namespace vxtools;
-using vx::util::OptionRow;
 using vx::util::OptionTable;
 using vx::util::ParsedOptions;
 

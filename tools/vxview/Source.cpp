@@ -84,6 +84,7 @@ std::vector<std::string> olderFiles(const std::string& path)
     const auto isSame = [](const auto& a, const auto& b) { return a.first == b.first; };
     found.erase(std::unique(found.begin(), found.end(), isSame), found.end());
     std::vector<std::string> paths;
+    paths.reserve(found.size());
     for (auto& [number, name] : found)
         paths.push_back(std::move(name));
     return paths;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <functional>
 #include <limits>
@@ -48,7 +49,7 @@ std::string shortened(std::string_view text)
 std::string barOf(double share, std::size_t width, bool isUtf8)
 {
     static constexpr std::string_view EIGHTHS[] = {"", "▏", "▎", "▍", "▌", "▋", "▊", "▉"};
-    const auto eighths = static_cast<std::size_t>(share * static_cast<double>(width) * 8 + 0.5);
+    const auto eighths = static_cast<std::size_t>(std::lround(share * static_cast<double>(width) * 8));
     std::string bar;
     for (std::size_t index = 0; index < eighths / 8; ++index)
         bar += isUtf8 ? "█" : "#";

@@ -91,8 +91,8 @@ private:
     {
         for (const std::string& path : m_options.logs) {
             guarded([&] {
-                m_logs.push_back(
-                    {std::make_unique<Reader>(path, m_options.access, m_options.filter.getNeedle()), path});
+                auto reader = std::make_unique<Reader>(path, m_options.access, m_options.filter.getNeedle());
+                m_logs.push_back({std::move(reader), path});
             });
         }
         if (m_options.last && m_options.filter.isEmpty() && m_logs.size() == 1)

@@ -67,7 +67,7 @@ public:
     };
     /// From bucket 0 up. If a key was added or removed, the next step throws an Exception without a message.
     Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
-    std::default_sentinel_t end() const noexcept { return {}; }
+    Table::Walk<ToKeyAndValue> end() const noexcept { return {}; }
 
 private:
     Table::Index find(int key) const noexcept;

@@ -83,7 +83,7 @@ public:
     };
     /// From bucket 0 up. If a key was added or removed, the next step throws an Exception without a message.
     Table::Walk<ToKeyAndValue> begin() const noexcept { return Table::Walk<ToKeyAndValue>(m_table); }
-    std::default_sentinel_t end() const noexcept { return {}; }
+    Table::Walk<ToKeyAndValue> end() const noexcept { return {}; }
 
 private:
     friend class util::PropertySet; // searches several maps for one key

@@ -168,7 +168,7 @@ int scanDown(int end, const EndsMatch& pattern, Matches matches) noexcept
         while (end > 0) {
             const int start = std::max(end - UNIT_BLOCK, 0); // the last block may end after `end`
             for (unsigned bits = lanes.at(start) & 0xFFFFU >> 2 * (start + UNIT_BLOCK - end); bits != 0;) {
-                const int offset = (std::bit_width(bits) - 1) / 2;
+                const int offset = static_cast<int>(std::bit_width(bits) - 1) / 2;
                 if (matches(start + offset))
                     return start + offset;
                 bits &= ~(3U << 2 * offset);

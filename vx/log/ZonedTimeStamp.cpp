@@ -76,10 +76,10 @@ void printTime(const ZonedTime& zoned, vx::detail::TextBuilder& text)
     const STRUCT_VX_TIME& time = zoned.time;
     const struct {
         unsigned number;
-        std::size_t digits;
         char16_t before;
-    } parts[] = {{time.month, 2, u'-'}, {time.day, 2, u'-'}, {time.hour, 2, u'T'}, {time.minute, 2, u':'},
-        {time.second, 2, u':'}, {time.milliseconds, 3, u'.'}};
+        std::size_t digits;
+    } parts[] = {{time.month, u'-', 2}, {time.day, u'-', 2}, {time.hour, u'T', 2}, {time.minute, u':', 2},
+        {time.second, u':', 2}, {time.milliseconds, u'.', 3}};
     appendDigits(text, time.year, 4);
     for (const auto& part : parts) {
         text.append(part.before);

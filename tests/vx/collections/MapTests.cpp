@@ -14,6 +14,8 @@
 #include "vx/util/PropertySet.h"
 
 #include <initializer_list>
+#include <numeric>
+#include <vector>
 
 namespace vx::collections {
 namespace {
@@ -471,6 +473,25 @@ TEST(StringHashMap, TellsTextsByTheirUnits)
     EXPECT_FALSE(map.containsKey(u"null") || map.containsKey(String(u"null")));
     StringHashMap::KeyAndValue first = *map.begin();
     EXPECT_EQ(map.remove(first.key)->toString(), u"") << "by the map's own copy";
+}
+
+TEST(Maps, GiveTheirEntriesToAlgorithmsThatTakeTwoIteratorsOfOneType)
+{
+    IntegerHashMap numbers;
+    StringHashMap texts;
+    for (int number = 0; number < 40; ++number) {
+        numbers.put(number * 7, nullptr);
+        texts.put(String::valueOf(number), nullptr);
+    }
+    const auto sum = [](int before, const auto& entry) { return before + entry.key; };
+    EXPECT_EQ(std::accumulate(numbers.begin(), numbers.end(), 0, sum), 7 * 40 * 39 / 2);
+    EXPECT_EQ((std::vector<StringHashMap::KeyAndValue>(texts.begin(), texts.end()).size()), 40U);
+    const auto map = mapOf({1, 2, 3});
+    const std::vector<HashMap::KeyAndValue> entries(map->begin(), map->end());
+    EXPECT_EQ(entries.size(), 3U);
+    HashMap::Walk walk = map->begin();
+    EXPECT_EQ((*walk++).key, entries[0].key);
+    EXPECT_EQ((*walk).key, entries[1].key);
 }
 
 } // namespace

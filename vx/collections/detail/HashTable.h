@@ -79,9 +79,14 @@ public:
     class Walk {
     public:
         using iterator_concept = std::input_iterator_tag;
+        using iterator_category = std::input_iterator_tag;
         using difference_type = std::ptrdiff_t;
         using value_type = std::invoke_result_t<Projection, std::uint32_t, const Item&>;
+        using reference = value_type;
+        using pointer = void;
 
+        /// The end of any table.
+        Walk() noexcept = default;
         explicit Walk(const HashTable& table) noexcept
             : m_table(&table)
             , m_expectedCount(table.m_modificationCount)
@@ -91,9 +96,11 @@ public:
 
         value_type operator*() const { return Projection()(m_table->node(m_index).hash, m_table->item(m_index)); }
         Walk& operator++();
-        void operator++(int) { ++*this; }
+        Walk operator++(int) { return std::exchange(*this, std::next(*this)); }
 
-        friend bool operator==(const Walk& walk, std::default_sentinel_t) noexcept { return walk.m_index == NONE; }
+        bool operator==(const Walk& other) const noexcept { return m_index == other.m_index; }
+        bool operator==(std::default_sentinel_t) const noexcept { return m_index == NONE; }
+        operator std::default_sentinel_t() const noexcept { return {}; }
 
     private:
         void findHead() noexcept
@@ -102,8 +109,8 @@ public:
                 m_index = m_table->head(m_bucket++);
         }
 
-        const HashTable* m_table;
-        std::uint32_t m_expectedCount;
+        const HashTable* m_table = nullptr;
+        std::uint32_t m_expectedCount = 0;
         int m_bucket = 0;
         Index m_index = NONE;
     };

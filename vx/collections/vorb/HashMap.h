@@ -89,7 +89,7 @@ public:
     /// The fastest iteration over the map, on which it keeps no reference. As with iterators, the step after a change
     /// throws.
     Walk begin() const;
-    std::default_sentinel_t end() const noexcept { return {}; }
+    Walk end() const noexcept;
 
 private:
     friend class HashMapEntrySet;
@@ -172,9 +172,14 @@ private:
 class HashMap::Walk {
 public:
     using iterator_concept = std::input_iterator_tag;
+    using iterator_category = std::input_iterator_tag;
     using difference_type = std::ptrdiff_t;
     using value_type = KeyAndValue;
+    using reference = KeyAndValue;
+    using pointer = void;
 
+    /// The end of any map.
+    Walk() noexcept = default;
     explicit Walk(const HashMap& map) noexcept
         : m_map(&map)
         , m_expectedCount(map.m_modificationCount)
@@ -189,16 +194,18 @@ public:
         return {item.key(), item.value()};
     }
     Walk& operator++();
-    void operator++(int) { ++*this; }
+    Walk operator++(int) { return std::exchange(*this, std::next(*this)); }
 
     bool isAtEnd() const noexcept { return m_index == NONE; }
-    friend bool operator==(const Walk& walk, std::default_sentinel_t) noexcept { return walk.isAtEnd(); }
+    bool operator==(const Walk& other) const noexcept { return m_index == other.m_index; }
+    bool operator==(std::default_sentinel_t) const noexcept { return isAtEnd(); }
+    operator std::default_sentinel_t() const noexcept { return {}; }
 
 private:
-    const HashMap* m_map;
-    std::uint32_t m_expectedCount;
-    int m_bucket;
-    Index m_index;
+    const HashMap* m_map = nullptr;
+    std::uint32_t m_expectedCount = 0;
+    int m_bucket = 0;
+    Index m_index = NONE;
 };
 
 inline auto HashMap::Walk::operator++() -> Walk&
@@ -213,6 +220,11 @@ inline auto HashMap::Walk::operator++() -> Walk&
 inline HashMap::Walk HashMap::begin() const
 {
     return Walk(*this);
+}
+
+inline HashMap::Walk HashMap::end() const noexcept
+{
+    return {};
 }
 
 } // namespace vx::collections::vorb

@@ -8,6 +8,7 @@
 
 namespace vx::math::detail {
 
+// NOLINTBEGIN(readability-non-const-parameter): the assembler texts write to `target`
 namespace {
 
 enum Support : int { UNKNOWN, NONE, ROWS };
@@ -211,6 +212,7 @@ VX_FOR_ROWS Limb addMultipleByRows(Limb* product, Natural modulus, Limb negatedI
     return add(product + size, {product + size, size}, {product, size});
 }
 
+// NOLINTEND(readability-non-const-parameter)
 } // namespace vx::math::detail
 
 #endif
