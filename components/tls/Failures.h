@@ -1,12 +1,10 @@
 #pragma once
 
-#include <vx/Exception.h>
-#include <vx/String.h>
-#include <vx/vorb/Boundary.h>
+#include "../FailureText.h"
 
-#include <cstdint>
+#include <vx/String.h>
+
 #include <openssl/ssl.h>
-#include <utility>
 
 namespace vx::components {
 
@@ -14,26 +12,5 @@ namespace vx::components {
 String takeOpenSslReason();
 /// As above, for a call on `ssl`, in the words of a user. A refused certificate is not named.
 String takeReasonOf(const SSL* ssl);
-
-/// Keeps or clears the text that GetFailureText gives on this thread.
-void keepFailureText(const Exception& failure) noexcept;
-void clearFailureText() noexcept;
-/// The operation of IVXFailureText for all objects of the library.
-std::int32_t storeFailureText(IVXCharBuffer* text);
-
-/// Runs an operation of a component, as `resultAtBoundary` does, and keeps the text of its failure.
-template <class Work>
-std::int32_t withFailureText(Work&& work)
-{
-    clearFailureText();
-    return vorb::resultAtBoundary([&] {
-        try {
-            return std::forward<Work>(work)();
-        } catch (const Exception& failure) {
-            keepFailureText(failure);
-            throw;
-        }
-    });
-}
 
 } // namespace vx::components
