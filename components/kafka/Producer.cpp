@@ -108,8 +108,11 @@ bool KafkaProducer::produce(std::uint64_t number, const KafkaMessage& message)
         return true;
     }
     const rd_kafka_resp_err_t error = rd_kafka_last_error();
-    if (!isFinal(error))
-        return false; // the topic is unknown, or the client is broken: `serve` learns more about it
+    if (!isFinal(error)) { // the topic is unknown, or the client is broken
+        if (!m_client->isBroken() && error != RD_KAFKA_RESP_ERR__QUEUE_FULL)
+            m_client->setTrouble(textOf(error, m_settings));
+        return false;
+    }
     finish(number, error);
     return true;
 }

@@ -17,7 +17,6 @@ using components::IVXTlsSession;
 namespace {
 
 constexpr const char16_t* PROG_ID = u"Velmaris.Transport.Tls";
-constexpr Message NO_COMPONENT {u"tools.no-tls", "the component {0}, which vxreg registers, cannot be used: {1}"};
 constexpr Message ENCRYPTION {u"tools.encryption", "encryption"};
 
 void setFile(util::PropertySet& properties, const char16_t* key, const std::string& file)

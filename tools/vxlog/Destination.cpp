@@ -37,6 +37,14 @@ std::optional<int> numberIn(
 
 Destination parseDestination(const std::string& text)
 {
+    if (vxtools::KafkaAddress::isOne(text)) {
+        Destination brokers;
+        brokers.kafka.emplace(text, std::initializer_list<std::string_view> {"level", "retry"});
+        brokers.level = numberIn(brokers.kafka->uri(), "level");
+        if (const std::optional<int> retry = numberIn(brokers.kafka->uri(), "retry", 0))
+            brokers.retry = std::chrono::seconds(*retry);
+        return brokers;
+    }
     const std::optional<vx::net::UriReference> parsed = vx::net::UriReference::parse(std::string_view(text));
     const vx::net::UriReference uri = parsed ? parsed->normalized() : vx::net::UriReference();
     Destination destination;
@@ -62,6 +70,8 @@ Destination parseDestination(const std::string& text)
 
 std::string nameOf(const Destination& destination)
 {
+    if (destination.kafka)
+        return destination.kafka->name();
     const bool isAddress = destination.host.find(':') != std::string::npos;
     return (isAddress ? "[" + destination.host + "]" : destination.host) + ":" + std::to_string(destination.port);
 }

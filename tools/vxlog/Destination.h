@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/Kafka.h"
 #include "common/TlsContext.h"
 
 #include <chrono>
@@ -9,12 +10,13 @@
 namespace vxlog {
 
 /// The destination of the lines, given as a URI: vxlog://HOST:PORT?level=3&ack=1&beat=30&retry=60, or with vxlogs for a
-/// connection with encryption.
+/// connection with encryption; or kafka://HOST:PORT/TOPIC?level=3&retry=60 for the brokers of a cluster.
 struct Destination {
     std::string host;
     unsigned short port = 7514;
     bool isEncrypted = false;
     vxtools::TlsFiles tls; ///< for encryption
+    std::optional<vxtools::KafkaAddress> kafka; ///< instead of host and port
     std::optional<int> level;
     bool wantsAnswers = true;
     std::chrono::seconds beat {30}; ///< between signs of life of an idle client; 0 for none

@@ -167,7 +167,9 @@ const OptionTable& optionTable()
                 .help
                 = "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1&retry=SECONDS&beat=SECONDS; "
                   "ack=0 does not ask whether they are in its log, retry is how long it may be away (60), and beat "
-                  "how often an idle vxlog sends a sign of life (30; 0 is never)"},
+                  "how often an idle vxlog sends a sign of life (30; 0 is never). Or to the brokers of Kafka: "
+                  "kafka://HOST:PORT,HOST:PORT/TOPIC?level=N&retry=SECONDS&user=NAME&password=FILE, or kafkas for TLS "
+                  "with ca=FILE"},
             {.name = "ca",
                 .value = "FILE",
                 .help
@@ -251,6 +253,8 @@ Options parseOptions(int argc, char** argv)
     check(given, options);
     if (options.to && !options.to->level)
         options.to->level = options.level;
+    else if (options.to && options.to->kafka)
+        options.level = *options.to->level; // each line has its own
     return options;
 }
 

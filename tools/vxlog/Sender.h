@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Backlog.h"
+#include "Delivery.h"
 #include "Destination.h"
 #include "Link.h"
 #include "Teller.h"
@@ -21,7 +22,7 @@ namespace vxlog {
 
 /// Sends the lines of a backlog to a vxlogd, on its own thread. A lost connection is opened again, and what the
 /// server has not acknowledged is sent again. The numbers of the lines let the server drop what it already has.
-class Sender {
+class Sender final : public Delivery {
 public:
     struct Policy {
         int level = 0;
@@ -31,28 +32,19 @@ public:
 
     /// The backlog must outlive this object.
     Sender(const Destination& destination, const Policy& policy, Backlog& backlog, Teller& teller);
-    ~Sender();
+    ~Sender() override;
     Sender(const Sender&) = delete;
     Sender& operator=(const Sender&) = delete;
 
-    /// Connects before `start` instead of on the thread. Throws Failure.
-    void connect();
-    void start();
-
-    /// Call this after appending to the backlog.
-    void wake() noexcept { m_wake.set(); }
-    /// Returns when there may be room in the backlog, or when the server is away. Throws Failure if the thread has
-    /// failed.
-    void waitForRoom();
-    /// Whether the server is known not to accept lines at the moment.
-    bool isAway() const noexcept { return m_isAway; }
-    bool hasFailed() const noexcept { return m_hasFailed; }
-    /// Throws the failure of the thread if there is one.
-    void check() const;
-
-    /// Returns when the server has confirmed that all lines are in its log, or without answers, when it has accepted
-    /// them. Throws Failure if it does not.
-    void finish();
+    // Delivery
+    void connect() override;
+    void start() override;
+    void wake() noexcept override { m_wake.set(); }
+    void waitForRoom() override;
+    bool isAway() const noexcept override { return m_isAway; }
+    bool hasFailed() const noexcept override { return m_hasFailed; }
+    void check() const override;
+    void finish() override;
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -1,6 +1,7 @@
 #include "Sending.h"
 
 #include "Ending.h"
+#include "KafkaSender.h"
 #include "Lines.h"
 #include "Sender.h"
 #include "Spool.h"
@@ -21,7 +22,7 @@ namespace {
 /// The way of the lines from the input into the backlog.
 class Intake {
 public:
-    Intake(const Options& options, Backlog& backlog, Spool* spool, Sender& sender, Teller& teller)
+    Intake(const Options& options, Backlog& backlog, Spool* spool, Delivery& sender, Teller& teller)
         : m_backlog(backlog)
         , m_spool(spool)
         , m_sender(sender)
@@ -32,13 +33,16 @@ public:
     }
 
     /// With a spool, lines of one run may have other levels than those of the next one.
-    static bool hasLevels(const Options& options) { return !options.spool.empty() || !options.levelFrom.empty(); }
+    static bool hasLevels(const Options& options)
+    {
+        return !options.spool.empty() || !options.levelFrom.empty() || options.to->kafka;
+    }
 
     void take(const Line& line)
     {
         std::string bytes = line.text.toUtf8();
         if (m_hasLevels)
-            bytes.insert(0, "<" + std::to_string(line.level) + ">");
+            bytes.insert(0, std::string("<").append(std::to_string(line.level)).append(">"));
         else if (bytes == "\x16")
             bytes = "␖"; // the byte alone is a sign of life; the log would show it like this anyway
         while (!m_backlog.append(bytes)) {
@@ -96,7 +100,7 @@ private:
 
     Backlog& m_backlog;
     Spool* const m_spool; ///< null if the backlog is in memory
-    Sender& m_sender;
+    Delivery& m_sender;
     Teller& m_teller;
     const bool m_hasLevels;
     const std::string m_folder;
@@ -116,7 +120,13 @@ void sendLines(const Options& options, const Input& input, Messages& messages)
     if (!options.spool.empty())
         spool = std::make_unique<Spool>(options.spool, options.spoolBytes);
     Backlog& backlog = spool != nullptr ? static_cast<Backlog&>(*spool) : memory;
-    Sender sender(*options.to, {*options.to->level, Intake::hasLevels(options), spool != nullptr}, backlog, teller);
+    std::unique_ptr<Delivery> way;
+    if (options.to->kafka)
+        way = std::make_unique<KafkaSender>(*options.to, spool != nullptr, backlog, teller);
+    else
+        way = std::make_unique<Sender>(*options.to,
+            Sender::Policy {*options.to->level, Intake::hasLevels(options), spool != nullptr}, backlog, teller);
+    Delivery& sender = *way;
     if (spool == nullptr)
         sender.connect(); // before signals are caught, so that a signal still ends the program at once
     Intake taking(options, backlog, spool.get(), sender, teller);

@@ -24,12 +24,14 @@ inline constexpr Message SPOOL_NEEDS_ACK {u"vxlog.spool-needs-ack", "--spool nee
 inline constexpr Message NO_ROTATION {
     u"vxlog.no-rotation", "a log is rotated only with --file and without --format xml"};
 
-inline constexpr Message NO_DESTINATION {
-    u"vxlog.no-destination", "--to takes vxlog://HOST:PORT or vxlogs://HOST:PORT, not \"{0}\""};
+inline constexpr Message NO_DESTINATION {u"vxlog.no-destination",
+    "--to takes vxlog://HOST:PORT, vxlogs://HOST:PORT or kafka://HOST:PORT/TOPIC, not \"{0}\""};
 inline constexpr Message NO_PORT {u"vxlog.no-port", "--to: no such port in \"{0}\""};
 inline constexpr Message NO_PARAMETER {u"vxlog.no-parameter", "--to: {0} is a number, not \"{1}\""};
 inline constexpr Message NOT_ACKNOWLEDGED {u"vxlog.not-acknowledged", "{0}; it has acknowledged {1} of {2} lines"};
 inline constexpr Message TRYING_AGAIN {u"vxlog.trying-again", "{0}: {1}; trying again"};
+inline constexpr Message LINE_REFUSED {u"vxlog.line-refused", "{0}: a line is lost: {1}"};
+inline constexpr Message REFUSED {u"vxlog.refused", "{0} lines are lost: {1}"};
 inline constexpr Message LOST_ON_THE_WAY {
     u"vxlog.lost-on-the-way", "the connection was lost, and maybe lines on their way; ack=1 prevents that"};
 inline constexpr Message KNOWS_MORE {u"vxlog.knows-more", "acknowledges lines that were never sent"};
