@@ -3,7 +3,9 @@
 
 import json
 import os
+import re
 import shutil
+import signal
 import subprocess
 import unittest
 
@@ -113,6 +115,112 @@ class Senders(Cluster):
         self.assertEqual(self.topic_texts(), ["one", "three"])
         self.assertFails(tool.run("vxlog", "--to", self.address(), data=b"x\n",
                                   env={**os.environ, "VXSYS4_REGISTRY": self.path("none")}), "Velmaris.Kafka", "vxreg")
+
+
+@unittest.skipUnless(shutil.which("kcat"), "kcat is missing")
+class Forwarding(Cluster):
+    def serve(self, *options, **process):
+        return self.start("--format=json", f"--forward={self.address()}", *options, env=self.environment, **process)
+
+    def send(self, *lines):
+        client = self.client("ack=1")
+        self.assertEqual(client.send("".join(line + "\n" for line in lines).encode()).end().splitlines()[-1],
+                         f"ack {len(lines)}")
+
+    def figure(self, label):
+        text = vxlogd_tests.vxlogd("--status", f"--log={self.log}").stdout.decode()
+        return re.search(rf"^{label} +(.*)$", text, re.MULTILINE)[1]
+
+    def wait_for_lines(self, count):
+        self.wait_for(lambda: self.figure("bytes not forwarded yet") == "0")
+        self.assertEqual(self.figure("lines forwarded"), str(count))
+
+    def test_brings_what_is_in_the_log(self):
+        self.write("log", b'{"text":"before","level":1}\n{}\nnot an "entry"\n{"text":"torn\n')
+        self.serve("--level=5")
+        self.send("eins", "zwei \U0001F600")
+        self.wait_for_lines(6)
+        self.assertEqual((self.stop(), self.said()), (0, ""))
+        entries = self.topic()
+        self.assertEqual([(entry.get("text"), entry.get("level"), entry["sequence"]) for entry in entries],
+                         [("before", 1, 1), (None, None, 2), ('not an "entry"', None, 3), ('{"text":"torn', None, 4),
+                          ("eins", 5, 5), ("zwei \U0001F600", 5, 6)])
+        self.assertEqual({(entry["host"], entry["process"][:7]) for entry in entries}, {(os.uname().nodename, "vxlogd-")})
+        self.assertEqual({"host", "process", "sequence", "level", "text", "peer", "timestamp"}, set(entries[-1]))
+
+    def test_catches_up_across_rotations(self):
+        self.serve("--rotate-size=300")
+        self.send(*[f"a {number}" for number in range(20)])
+        self.tell("down")
+        self.send(*[f"b {number}" for number in range(20)])
+        self.wait_for(lambda: "forwarding waits" in self.said())
+        self.assertNotEqual(self.figure("bytes not forwarded yet"), "0")
+        self.assertIn(self.broker, self.figure("forwarding waits"))
+        self.assertEqual(self.stop(), 0)
+        self.serve("--rotate-size=300")
+        self.send("c")
+        self.tell("up")
+        self.wait_for(lambda: self.figure("bytes not forwarded yet") == "0")
+        self.assertEqual(self.stop(), 0)
+        entries = self.topic()
+        wanted = [f"{part} {number}" for part in "ab" for number in range(20)] + ["c"]
+        self.assertEqual([entry["text"] for entry in entries], wanted)
+        self.assertEqual([entry["sequence"] for entry in entries], list(range(1, 42)))
+        self.assertEqual(len({entry["process"] for entry in entries}), 1)
+
+    def test_follows_a_log_that_is_moved_away(self):
+        self.serve()
+        self.send("one")
+        os.rename(self.log, self.path("moved"))
+        self.write("log", b"")  # as a program does that rotates logs
+        self.send("two")
+        self.server.send_signal(signal.SIGHUP)
+        self.wait_for(lambda: "opened anew" in self.said())
+        self.send("three")
+        self.wait_for_lines(3)
+        self.assertEqual(self.topic_texts(), ["one", "two", "three"])
+        self.stop()
+
+    def test_tells_which_files_were_removed_too_early(self):
+        self.serve("--rotate-size=300", "--keep=1")
+        self.send("first")
+        self.wait_for_lines(1)
+        self.tell("down")
+        self.send(*[f"lost {number}" for number in range(20)])
+        self.assertEqual(self.stop(), 0)
+        self.tell("up")
+        self.serve("--rotate-size=300", "--keep=1")
+        self.wait_for(lambda: self.figure("bytes not forwarded yet") == "0")
+        self.assertGreater(int(self.figure("older logs not forwarded")), 1)
+        self.assertIn("removed before they were forwarded", self.said())
+        self.assertEqual(self.topic_texts()[-1], "lost 19")
+        self.stop()
+
+    def test_repeats_only_what_numbers_show(self):
+        self.serve()
+        for turn in range(4):
+            self.send(*[f"{turn} {number}" for number in range(500)])
+            self.server.kill()
+            self.server.wait()
+            self.serve()
+        self.wait_for(lambda: self.figure("bytes not forwarded yet") == "0")
+        self.stop()
+        entries = self.topic()
+        numbered = {(entry["process"], entry["sequence"]): entry["text"] for entry in entries}
+        self.assertEqual([text for _, text in sorted(numbered.items())],
+                         [f"{turn} {number}" for turn in range(4) for number in range(500)])
+        self.assertTrue(all(numbered[entry["process"], entry["sequence"]] == entry["text"] for entry in entries))
+
+    def test_needs_what_it_can_use(self):
+        for options, part, status in [
+                (["--forward=kafka://x"], "kafka://HOST:PORT,HOST:PORT/TOPIC", 2),
+                ([f"--forward={self.address()}"], "forward needs format json", 2),
+                (["--format=json", f"--forward={self.address('?user=a&password=/no/such')}"], "/no/such", 1)]:
+            self.assertFails(vxlogd_tests.vxlogd("--port=0", f"--log={self.log}", *options, env=self.environment), part,
+                             status=status)
+        self.write(".log.forward", b"vxlogd-forward-1 x 1 2 3 4 5 6 7\n")
+        self.assertFails(vxlogd_tests.vxlogd("--port=0", f"--log={self.log}", "--format=json",
+                                             f"--forward={self.address()}", env=self.environment), "is no position")
 
 
 if __name__ == "__main__":

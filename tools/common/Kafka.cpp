@@ -10,8 +10,10 @@
 #include <vxsys/Component.h>
 
 #include <algorithm>
+#include <climits>
 #include <iterator>
 #include <optional>
+#include <unistd.h>
 
 namespace vxtools {
 
@@ -136,6 +138,12 @@ void checkKafka(IVXUnknown& object, std::int32_t result)
 {
     if (result < 0)
         throw Failure(KAFKA(), failureOf(object, result));
+}
+
+std::string hostName()
+{
+    char name[HOST_NAME_MAX + 1] {};
+    return ::gethostname(name, sizeof name - 1) == 0 && *name != '\0' ? name : "localhost";
 }
 
 std::int32_t sendTo(IVXKafkaProducer& producer, std::string_view key, std::string_view value)

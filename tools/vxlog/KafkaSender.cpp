@@ -16,11 +16,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <climits>
 #include <iterator>
 #include <poll.h>
 #include <span>
-#include <unistd.h>
 #include <utility>
 
 namespace vxlog {
@@ -39,19 +37,13 @@ constexpr auto NEVER = std::chrono::steady_clock::time_point::max();
 
 class Entry final : public vx::log::LogEntry { };
 
-std::string hostName()
-{
-    char name[HOST_NAME_MAX + 1] {};
-    return ::gethostname(name, sizeof name - 1) == 0 && *name != '\0' ? name : "localhost";
-}
-
 } // namespace
 
 /// Makes the objects of JSON.
 class KafkaSender::Entries {
 public:
     explicit Entries(const std::string& process)
-        : m_host(hostName())
+        : m_host(vxtools::hostName())
         , m_hostField(new String(m_host))
         , m_processField(new String(process))
         , m_writer(vx::log::JsonLogWriter::create(

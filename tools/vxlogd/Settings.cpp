@@ -4,6 +4,7 @@
 #include "common/Failure.h"
 #include "common/FileName.h"
 #include "common/Input.h"
+#include "common/Kafka.h"
 
 #include <vx/Reference.h>
 #include <vx/TerminatedText.h>
@@ -206,6 +207,15 @@ constexpr SettingRow SETTINGS[] = {
             settings.sync = text == "yes";
         },
         [](const Settings& settings) { return std::string(settings.sync ? "yes" : "no"); }},
+    {{.name = "forward",
+         .value = "URI",
+         .help = "send the lines of the log also to kafka://HOST:PORT,HOST:PORT/TOPIC; it needs format json"},
+        [](Settings& settings, const std::string& text) {
+            if (!text.empty())
+                static_cast<void>(vxtools::KafkaAddress(text));
+            settings.forward = text;
+        },
+        [](const Settings& settings) { return settings.forward; }},
     {{.name = "status-socket",
          .value = "PATH",
          .standard = ".LOG.status",
@@ -269,6 +279,8 @@ void compare(const Settings& settings, Problems& problems)
         problems.push_back("a JSON log is in UTF-8");
     if (settings.format == Format::XML && rotates(settings))
         problems.push_back("an XML log is one document, which cannot be rotated");
+    if (!settings.forward.empty() && settings.format != Format::JSON)
+        problems.push_back("forward needs format json");
     const vxtools::TlsFiles& tls = settings.tls;
     if (tls.certificate.empty() && !(tls.key.empty() && tls.authorities.empty()))
         problems.push_back("tls-key and tls-client-ca need tls-cert");
@@ -363,8 +375,8 @@ std::string usage(vxtools::Messages& messages)
         "are in the log, and \"wait REASON\" if the log cannot be written, for example\n"
         "because the disk is full. The server tries again until it can.\n"
         "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
-        "opens the log anew and reads the settings again, all but listen, port, workers\n"
-        "and status-socket.\n"
+        "opens the log anew and reads the settings again, all but listen, port, workers,\n"
+        "forward and status-socket.\n"
         "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
         "settings."};
     return messages.say(HEAD()) + "\n\n" + vxtools::helpOf(optionTable(), u"vxlogd.help.", messages) + '\n'

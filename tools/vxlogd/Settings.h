@@ -30,6 +30,7 @@ struct Settings {
     std::string statusSocket; ///< empty for the path beside the log
     vxtools::TlsFiles tls; ///< with a certificate, all connections are encrypted
     vx::io::Rotation rotation;
+    std::string forward; ///< the URI of a topic to which the log is also sent; empty for none
 };
 
 inline bool rotates(const Settings& settings)

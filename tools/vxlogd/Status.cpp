@@ -42,6 +42,26 @@ constexpr FigureRow FIGURES[] = {
     {"bytes free for the log", "log_free_bytes", "gauge", [](const Figures& figures) { return figures.freeBytes; }},
 };
 
+struct ForwardRow {
+    const char* label;
+    const char* metric;
+    const char* type;
+    double (*get)(const ForwardCounts& counts);
+};
+
+constexpr ForwardRow FORWARD_FIGURES[] = {
+    {"lines forwarded", "forwarded_lines_total", "counter",
+        [](const ForwardCounts& counts) { return static_cast<double>(counts.forwarded); }},
+    {"lines that brokers refused", "forward_refused_lines_total", "counter",
+        [](const ForwardCounts& counts) { return static_cast<double>(counts.refused); }},
+    {"older logs not forwarded", "forward_lost_logs_total", "counter",
+        [](const ForwardCounts& counts) { return static_cast<double>(counts.lostFiles); }},
+    {"bytes not forwarded yet", "forward_behind_bytes", "gauge",
+        [](const ForwardCounts& counts) { return static_cast<double>(counts.behindBytes); }},
+    {"forwarding works", "forward_working", "gauge",
+        [](const ForwardCounts& counts) { return counts.trouble.empty() ? 1.0 : 0.0; }},
+};
+
 /// Whole numbers without an exponent, others with one digit.
 std::string numberText(double number)
 {
@@ -80,6 +100,13 @@ std::string toText(const Figures& figures)
         add("the log cannot be written", figures.counts.trouble);
     for (const FigureRow& row : FIGURES)
         add(row.label, numberText(row.get(figures)));
+    if (const std::optional<ForwardCounts>& forward = figures.counts.forward) {
+        add("forwarded to", forward->target);
+        if (!forward->trouble.empty())
+            add("forwarding waits", forward->trouble);
+        for (const ForwardRow& row : FORWARD_FIGURES)
+            add(row.label, numberText(row.get(*forward)));
+    }
     return text;
 }
 
@@ -90,10 +117,15 @@ std::string toMetrics(const Figures& figures)
         text.append("# HELP vxlogd_").append(name).append(" ").append(help).append("\n");
         text.append("# TYPE vxlogd_").append(name).append(" ").append(type).append("\n");
     };
-    for (const FigureRow& row : FIGURES) {
-        describe(row.metric, row.label, row.type);
-        text.append("vxlogd_").append(row.metric).append(" ").append(numberText(row.get(figures))).append("\n");
-    }
+    const auto addAll = [&](const auto& rows, const auto& counts) {
+        for (const auto& row : rows) {
+            describe(row.metric, row.label, row.type);
+            text.append("vxlogd_").append(row.metric).append(" ").append(numberText(row.get(counts))).append("\n");
+        }
+    };
+    addAll(FIGURES, figures);
+    if (figures.counts.forward)
+        addAll(FORWARD_FIGURES, *figures.counts.forward);
     describe("log_info", "the path of the log", "gauge");
     text.append("vxlogd_log_info{path=\"").append(escaped(figures.counts.path)).append("\"} 1\n");
     return text;

@@ -6,9 +6,20 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace vxlogd {
+
+/// What the forwarding of the log counts.
+struct ForwardCounts {
+    std::uint64_t forwarded; ///< lines since the start
+    std::uint64_t refused; ///< lines that the brokers will never take
+    std::uint64_t lostFiles; ///< older files of the log that were removed before they were forwarded
+    std::int64_t behindBytes; ///< of the log that the brokers do not have yet
+    std::string trouble; ///< why lines have to wait; empty if they do not
+    std::string target;
+};
 
 /// What the parts of the server count.
 struct Counts {
@@ -21,6 +32,7 @@ struct Counts {
     std::size_t queuedBytes; ///< their memory
     std::string trouble; ///< why the log cannot be written; empty if it can
     std::string path; ///< of the log
+    std::optional<ForwardCounts> forward {};
 };
 
 /// The state of the server at one moment.

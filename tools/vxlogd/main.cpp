@@ -1,6 +1,7 @@
 /// A log server: lines that clients send over TCP become entries of a log.
 
 #include "Complaint.h"
+#include "Forward.h"
 #include "Server.h"
 #include "ServiceManager.h"
 #include "Settings.h"
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
@@ -63,10 +65,14 @@ void allowManyDescriptors()
     }
 }
 
-void changeSettings(Server& server, int argc, char** argv)
+/// `first` are the settings at the start.
+void changeSettings(Server& server, const Settings& first, int argc, char** argv)
 {
     try {
-        server.change(readSettings(argc, argv).settings);
+        const Settings settings = readSettings(argc, argv).settings;
+        if (!first.forward.empty() && (settings.log != first.log || settings.format != first.format))
+            throw std::invalid_argument("log and format cannot change while the log is forwarded");
+        server.change(settings);
         complain("the log is opened anew");
     } catch (const vx::Exception& failure) {
         complain("the log cannot be opened anew: " + vx::explain(failure).toUtf8());
@@ -107,8 +113,17 @@ void serve(const Settings& settings, int argc, char** argv)
     Server server(settings, std::move(socket));
     if (!whyNot.empty()) // a log that cannot be opened is worse, and is told alone
         complain("--status cannot ask this server: " + whyNot);
-    Status status([&server] { return server.getCounts(); });
+    const std::unique_ptr<Forwarder> forwarder
+        = settings.forward.empty() ? nullptr : std::make_unique<Forwarder>(settings);
+    Status status([&] {
+        Counts counts = server.getCounts();
+        if (forwarder != nullptr)
+            counts.forward = forwarder->getCounts();
+        return counts;
+    });
     const std::unique_ptr<StatusSocket> statusSocket = std::move(opened); // ends before what it asks
+    if (forwarder != nullptr)
+        forwarder->start();
     server.start();
     if (statusSocket != nullptr)
         statusSocket->start(status);
@@ -118,12 +133,15 @@ void serve(const Settings& settings, int argc, char** argv)
     for (int signal = 0; signal != SIGTERM && signal != SIGINT;) {
         if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP) {
             tellManagerOfReload();
-            changeSettings(server, argc, argv);
+            changeSettings(server, settings, argc, argv);
             tellManager("READY=1");
         }
     }
     tellManager("STOPPING=1");
-    if (const std::uint64_t lost = server.stop(); lost > 0)
+    const std::uint64_t lost = server.stop();
+    if (forwarder != nullptr)
+        forwarder->stop();
+    if (lost > 0)
         throw vxtools::Failure(settings.log, std::to_string(lost) + " received lines are not in the log");
 }
 
