@@ -223,5 +223,35 @@ class Forwarding(Cluster):
                                              f"--forward={self.address()}", env=self.environment), "is no position")
 
 
+@unittest.skipUnless("VXVIEW" in os.environ, "vxview is missing")
+class Views(Cluster):
+    def view(self, *arguments):
+        return tool.run("vxview", *arguments, env=self.environment)
+
+    def test_show_a_topic(self):
+        self.tell("create many 3")
+        for number in range(3):
+            self.assertSucceeds(self.run_vxlog(f"--level={number}", to=self.address(topic="many"), data=b"a b\n" * 700))
+        self.assertSucceeds(self.view("--count", self.address(topic="many")), b"2100\n")
+        self.assertSucceeds(self.view("--count", "--level=2", self.address(topic="many")), b"700\n")
+        self.assertSucceeds(self.view("--tail=1", "--format=plain", "--fields=level,text", self.address(topic="many")),
+                            b"level=2\ntext=a b\n" + b"-" * 25 + b"\n")
+        self.assertEqual(self.view("--count", self.address()).returncode, 1)
+        self.assertFails(self.view("kafka://127.0.0.1:1/logs"), "127.0.0.1:1", status=2)
+        self.assertFails(self.view("kafka://logs"), "kafka://HOST:PORT,HOST:PORT/TOPIC", status=2)
+
+    def test_follow_a_topic(self):
+        self.assertSucceeds(self.run_vxlog(data=b"one\n"))
+        with subprocess.Popen([os.environ["VXVIEW"], "--follow", "--format=json", "--fields=text", self.address()],
+                              stdout=subprocess.PIPE, env=self.environment) as process:
+            self.addCleanup(process.kill)
+            self.assertEqual(process.stdout.readline(), b'{"text":"one"}\n')
+            self.tell("down")
+            self.tell("up")
+            self.assertSucceeds(self.run_vxlog(data=b"two\n"))
+            self.assertEqual(process.stdout.readline(), b'{"text":"two"}\n')
+            process.kill()
+
+
 if __name__ == "__main__":
     unittest.main()

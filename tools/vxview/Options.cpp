@@ -32,6 +32,7 @@ constexpr Message HELP_HEAD {u"vxview.help",
 constexpr Message HELP_FOOT {u"vxview.help.more",
     "LOG is standard input where it is missing or \"-\". Files that gzip, xz, zstd or bzip2 have compressed are read "
     "too.\n"
+    "It may be a topic of Kafka: kafka://HOST:PORT,HOST:PORT/TOPIC is read from its oldest message on.\n"
     "An entry that was never completed is shown as torn, and a line that is no part of an entry as foreign.\n"
     "TIME is 10:00, 2h (two hours ago), today, yesterday, 2026-11-19, or a time in the form of RFC 3339.\n"
     "CONDITION is FIELD=VALUE, !=, <, <=, > or >=, or FIELD~REGEX, !~ for a regular expression of RE2.\n"

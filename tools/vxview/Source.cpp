@@ -2,6 +2,7 @@
 
 #include "common/Failure.h"
 #include "common/Input.h"
+#include "common/Kafka.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -107,6 +108,11 @@ Source::Source(const std::string& path, Access access)
         m_file = STDIN_FILENO;
         return;
     }
+    if (KafkaAddress::isOne(path)) {
+        m_topic = std::make_unique<Topic>(path, access.follows);
+        m_name = m_topic->getName();
+        return;
+    }
     std::vector<std::string> files;
     if (access.older)
         files = olderFiles(path);
@@ -197,6 +203,11 @@ void Source::close()
 
 std::size_t Source::read(char* bytes, std::size_t size)
 {
+    if (m_topic != nullptr) {
+        const std::size_t count = m_topic->read(bytes, size);
+        m_bytes += static_cast<std::int64_t>(count);
+        return count;
+    }
     if (m_file < 0)
         return 0;
     for (;;) {
@@ -229,6 +240,8 @@ void Source::endProgram()
 
 bool Source::isAtEnd()
 {
+    if (m_topic != nullptr)
+        return !m_access.follows;
     if (!mayAdvance() || m_wasReplaced || m_file < 0 || m_output >= 0 || !m_waiting.empty())
         return true;
     m_wasReplaced = isReplaced();
@@ -268,7 +281,7 @@ void Source::takeNewFiles()
 
 bool Source::advance()
 {
-    if (m_path == "-")
+    if (m_path == "-" || m_topic != nullptr)
         return false;
     const bool isFirst = m_file < 0 && m_waiting.size() == 1;
     if (mayAdvance() && (isFirst || (m_waiting.empty() && m_wasReplaced))) {
@@ -285,7 +298,7 @@ bool Source::advance()
 
 bool Source::skipToEnd(std::int64_t size)
 {
-    if (m_path == "-")
+    if (m_path == "-" || m_topic != nullptr)
         return false;
     while (!m_waiting.empty() && advance())
         ;

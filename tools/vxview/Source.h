@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Topic.h"
 #include "common/Messages.h"
 
 #include <cstddef>
@@ -18,7 +19,7 @@ struct Access {
     bool follows = false; ///< goes on when the log grows or is replaced
 };
 
-/// The bytes of one log: a file, the older files of a rotated one, or standard input. Compressed files are read through
+/// The bytes of one log: a file, the older files of a rotated one, standard input, or a topic of Kafka. Compressed files are read through
 /// the program that decompresses them.
 class Source {
 public:
@@ -35,7 +36,7 @@ public:
     /// Goes on with the next file of the log. False if there is none (yet).
     bool advance();
     /// Whether `advance` may succeed later.
-    bool mayAdvance() const { return m_access.follows && m_path != "-"; }
+    bool mayAdvance() const { return m_access.follows && m_path != "-" && m_topic == nullptr; }
     /// Continues `size` bytes before the end of the last file. False if it is not longer, or compressed.
     bool skipToEnd(std::int64_t size);
 
@@ -64,6 +65,7 @@ private:
     const std::string m_path;
     const Access m_access;
     vxtools::Text m_name;
+    std::unique_ptr<Topic> m_topic; ///< instead of files
     std::deque<std::string> m_waiting; ///< the files after the open one
     std::string m_newestAtStart; ///< of the older files
     std::string m_open; ///< the path of the open file
