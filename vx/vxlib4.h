@@ -31,6 +31,7 @@
 #include "vx/TerminatedText.h"
 #include "vx/ThreadAnnotations.h"
 #include "vx/Values.h"
+#include "vx/Version.h"
 #include "vx/collections/Collection.h"
 #include "vx/collections/ConstIterator.h"
 #include "vx/collections/ConstListIterator.h"

@@ -1,4 +1,5 @@
 #include <vx/Library.h>
+#include <vx/Version.h>
 #include <vx/net/SocketFunctions.h>
 #include <vx/text/charset/EncInfo.h>
 
@@ -8,6 +9,8 @@ int main(void)
 {
     VXEncInfo info;
     uint32_t count = 0;
+    if (VXLIBLibVersion() != VXLIB4_VERSION || VXLIB4_VERSION < 40000)
+        return 3;
     if (VXLIBLibInit() != 0 || VXGetEncInfoByName(u"latin1", &info) != 0 || info.codePage != 28591)
         return 1;
     VXEnumerateEncInfo(&count, NULL);

@@ -4,6 +4,7 @@
 #include "Input.h"
 
 #include <vx/Describe.h>
+#include <vx/Version.h>
 
 #include <cerrno>
 #include <csignal>
@@ -34,7 +35,13 @@ void print(const std::string& text)
 
 void printVersion(const char* name)
 {
-    print(std::string(name) + " " VX_TOOLS_VERSION "\n");
+    std::string text = name;
+    char separator = ' ';
+    for (const int part : {VXLIB4_VERSION_MAJOR, VXLIB4_VERSION_MINOR, VXLIB4_VERSION_PATCH}) {
+        text += separator + std::to_string(part);
+        separator = '.';
+    }
+    print(text + '\n');
 }
 
 int runProgram(const char* name, const std::function<void()>& work, Messages& messages)
