@@ -1,0 +1,64 @@
+"""The manual pages and the completions that are installed with the programs."""
+
+import glob
+import os
+import re
+import shutil
+import subprocess
+import unittest
+
+import tool
+
+FILES = os.environ["TOOL_FILES"]
+
+
+def run(*command, **options):
+    return subprocess.run(command, capture_output=True, text=True, check=True, **options).stdout
+
+
+def options_of(name):
+    text = run(os.path.join(os.environ["TOOL_FOLDER"], name), "--help")
+    return set(re.findall(r"^ {2,6}(?:-\w, )?(--[\w-]+)", text, re.MULTILINE))
+
+
+class Completions(tool.Scratch):
+    def test_offer_every_option(self):
+        names = sorted(os.listdir(os.path.join(FILES, "bash")))
+        self.assertLess({"vxconv", "vxlog", "vxlogd", "vxreg"}, set(names))
+        home = {"HOME": self.folder, "PATH": os.environ["PATH"]}
+        for name in names:
+            options = options_of(name)
+            self.assertIn("--help", options)
+            script = f'. "$1"; COMP_WORDS=({name} --); COMP_CWORD=1; _{name}; printf "%s\\n" "${{COMPREPLY[@]}}"'
+            offered = run("bash", "-c", script, "bash", os.path.join(FILES, "bash", name))
+            self.assertEqual({line.rstrip("=") for line in offered.split()}, options, name)
+            if shutil.which("fish"):
+                script = f'source $argv[1]; complete -C "{name} --"'
+                offered = run("fish", "-c", script, os.path.join(FILES, "fish", name + ".fish"), env=home)
+                self.assertLessEqual(options, {re.split(r"[\t=]", line)[0] for line in offered.splitlines()}, name)
+            if shutil.which("zsh"):
+                file = os.path.join(FILES, "zsh", "_" + name)
+                run("zsh", "-n", file)
+                run("zsh", "-fc", f'_arguments() {{ comparguments=$#; }}; . "$1"; ((comparguments > {len(options)}))', "zsh", file)
+
+
+@unittest.skipUnless(glob.glob(FILES + "/*.1"), "no manual pages were made")
+class Pages(unittest.TestCase):
+    def test_are_complete_and_well_formed(self):
+        pages = [*glob.glob(FILES + "/*.[18]"), os.environ["TOOL_OVERVIEW"]]
+        for page in pages:
+            name = os.path.basename(page).split(".")[0]
+            if shutil.which("mandoc"):
+                run("mandoc", "-Tlint", "-W", "error", page)
+            shown = subprocess.run(["man", "--warnings", "--no-justification", "-E", "UTF-8", "-l", page], capture_output=True, check=True,
+                                   env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": "80", "MANPAGER": "cat"})
+            self.assertEqual(shown.stderr, b"", page)
+            text = re.sub(r".\x08|\x1b\[\d*m", "", shown.stdout.decode()).replace("‐", "-")
+            self.assertRegex(text, rf"NAME\n +{name} . \w")
+            self.assertIn("SEE ALSO", text)
+            for option in [] if page.endswith(".7") else options_of(name):
+                self.assertIn(option, text)
+
+
+if __name__ == "__main__":
+    unittest.main()
