@@ -60,6 +60,16 @@ class Documents(unittest.TestCase):
             told.add(source.stem)
         self.assertEqual(told, {source.stem for source in (ROOT / "examples/guide").glob("*.cpp")})
 
+    def test_recipes_print_what_they_say(self):
+        recipes = sorted((ROOT / "examples/recipes").glob("*.cpp"))
+        self.assertGreater(len(recipes), 11)
+        for source in recipes:
+            title, output = re.fullmatch(r"// # ([^\n]+)\n.*^/\* prints\n(.*)\*/\n", source.read_text(encoding="utf-8"),
+                                         re.MULTILINE | re.DOTALL).groups()
+            with self.subTest(title), tempfile.TemporaryDirectory() as folder:
+                run = subprocess.run([PROGRAMS / source.stem, folder], capture_output=True, check=True, text=True, timeout=60)
+                self.assertEqual(run.stdout, output)
+
 
 if __name__ == "__main__":
     unittest.main()
