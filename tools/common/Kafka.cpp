@@ -104,6 +104,8 @@ Reference<Interface> KafkaAddress::open(const Create& create) const
     properties.set(u"brokers", String(m_brokers));
     properties.set(u"topic", String(m_uri.getSegments()[0]));
     properties.set(u"encrypted", m_uri.getScheme() == "kafkas" ? u"1" : u"0");
+    properties.set(u"queueMessages", u"20000"); // enough for distant brokers, and little memory
+    properties.set(u"queueBytes", u"8388608");
     for (const ParameterRow& row : PARAMETERS) {
         if (const std::optional<std::string> value = m_uri.getParameter(row.name))
             properties.set(row.property, row.isFile ? canonicalPath(*value) : String(*value));

@@ -194,8 +194,8 @@ void Forwarder::run()
 
 bool Forwarder::work()
 {
+    takeReports(); // first: if there is no room for more after that, further reports will come, and wake this thread
     const bool hasMore = sendAll();
-    takeReports();
     keepPosition();
     count();
     tellTrouble(vxtools::textFrom([this](IVXCharBuffer* text) { return m_producer->GetTrouble(text); }));
