@@ -148,6 +148,15 @@ class Forwarding(Cluster):
         self.assertEqual({(entry["host"], entry["process"][:7]) for entry in entries}, {(os.uname().nodename, "vxlogd-")})
         self.assertEqual({"host", "process", "sequence", "level", "text", "peer", "timestamp"}, set(entries[-1]))
 
+    def test_keeps_lines_of_a_client_together(self):
+        self.serve()
+        self.write("log", b'{"text":"\\"peer\\":\\"no:1\\"","peer":"10.0.0.1:5"}\n{"peer":"[::1]:80"}\n{"peer":"x"}\n')
+        self.wait_for_lines(3)
+        keys = subprocess.run(["kcat", "-C", "-q", "-e", "-o", "beginning", "-f", "%k\n", "-b", self.broker, "-t", "logs"],
+                              capture_output=True, check=True, text=True, timeout=vxlogd_tests.PATIENCE).stdout
+        self.assertEqual(keys.splitlines(), ["10.0.0.1", "[::1]", "x"])
+        self.stop()
+
     def test_catches_up_across_rotations(self):
         self.serve("--rotate-size=300")
         self.send(*[f"a {number}" for number in range(20)])

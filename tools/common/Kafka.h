@@ -52,7 +52,7 @@ std::string textFrom(const std::function<std::int32_t(IVXCharBuffer*)>& get);
 void checkKafka(IVXUnknown& object, std::int32_t result);
 /// The failure of the last operation of `object`, which gave `result`.
 std::string failureOf(IVXUnknown& object, std::int32_t result);
-/// Of this machine: the key of its messages.
+/// Of this machine.
 std::string hostName();
 /// RESULT_NOT_AVAILABLE if there is no room.
 std::int32_t sendTo(vx::components::IVXKafkaProducer& producer, std::string_view key, std::string_view value);

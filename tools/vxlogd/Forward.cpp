@@ -69,6 +69,19 @@ std::string_view fieldsOf(std::string_view line)
     return line.substr(line == "{}" ? 1 : 0);
 }
 
+/// The host of the client that sent a line, without its port: its lines keep their order. Quotes in a text are escaped, so
+/// that no text looks like a field.
+std::string_view peerOf(std::string_view line)
+{
+    constexpr std::string_view FIELD = "\"peer\":\"";
+    const std::size_t begin = line.find(FIELD);
+    if (begin == line.npos)
+        return {};
+    const std::size_t start = begin + FIELD.size();
+    const std::string_view peer = line.substr(start, line.find('"', start) - start);
+    return peer.substr(0, peer.rfind(':'));
+}
+
 std::string newId()
 {
     constexpr char DIGITS[] = "0123456789abcdef";
@@ -103,7 +116,7 @@ int lockFile(const std::string& path)
 Forwarder::Forwarder(const Settings& settings)
     : m_address(settings.forward)
     , m_positionPath(besideLog(vxtools::canonicalPath(settings.log).toUtf8(), ".forward"))
-    , m_key(vxtools::hostName())
+    , m_host(vxtools::hostName())
     , m_producer(m_address.openProducer(false))
 {
     const std::string log = vxtools::canonicalPath(settings.log).toUtf8();
@@ -126,7 +139,8 @@ Forwarder::Forwarder(const Settings& settings)
         m_position.start = m_part->hashStart(0);
     }
     m_position.save(m_positionPath);
-    m_head = openObject({{u"host", String(m_key)}, {u"process", u"vxlogd-" + String(std::string_view(m_position.id))}});
+    m_head
+        = openObject({{u"host", String(m_host)}, {u"process", u"vxlogd-" + String(std::string_view(m_position.id))}});
     m_head += ",\"sequence\":";
     if (m_source->lostFiles() > 0)
         complain("forwarding: the file of the log that was being forwarded is gone, with what was not forwarded");
@@ -228,7 +242,8 @@ bool Forwarder::send(const ForwardSource::Line& line)
     } else { // of another program, or torn
         m_message.append(",").append(openObject({{u"text", readableText(line.text)}}).substr(1)).append("}");
     }
-    const std::int32_t result = vxtools::sendTo(*m_producer, m_key, m_message);
+    const std::string_view peer = peerOf(line.text);
+    const std::int32_t result = vxtools::sendTo(*m_producer, peer.empty() ? m_host : peer, m_message);
     if (result == vx::RESULT_NOT_AVAILABLE)
         return false;
     vxtools::checkKafka(*m_producer, result);

@@ -52,7 +52,7 @@ private:
 
     const vxtools::KafkaAddress m_address;
     const std::string m_positionPath;
-    const std::string m_key;
+    const std::string m_host;
     int m_lock = -1; ///< of the position, against other servers
     int m_wake = -1;
     int m_watch = -1; ///< for changes of the log; -1 if the system has none
