@@ -70,6 +70,10 @@ class Documents(unittest.TestCase):
                 run = subprocess.run([PROGRAMS / source.stem, folder], capture_output=True, check=True, text=True, timeout=60)
                 self.assertEqual(run.stdout, output)
 
+    def test_tables_of_costs_are_those_of_the_script(self):
+        tables = subprocess.run([ROOT / "scripts/simulate-road"], capture_output=True, check=True, text=True, timeout=60)
+        self.assertIn(tables.stdout, (ROOT / "docs/beyond-one-machine.md").read_text(encoding="utf-8"))
+
 
 if __name__ == "__main__":
     unittest.main()
