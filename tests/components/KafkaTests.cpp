@@ -134,6 +134,9 @@ TEST_F(KafkaComponent, LosesAndDoublesNothing)
             // The producer gives these messages back, and they have to be sent again.
             rd_kafka_mock_push_request_errors(mock, PRODUCE, 1, RD_KAFKA_RESP_ERR_TOPIC_AUTHORIZATION_FAILED);
         },
+        [&] { // after that, no producer may go on with its numbers
+            rd_kafka_mock_push_request_errors(mock, PRODUCE, 1, RD_KAFKA_RESP_ERR_OUT_OF_ORDER_SEQUENCE_NUMBER);
+        },
         [&] {
             for (const int broker : {1, 2, 3})
                 rd_kafka_mock_broker_set_down(mock, broker);

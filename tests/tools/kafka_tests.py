@@ -79,6 +79,7 @@ class Senders(Cluster):
         process.stdin.close()
         self.assertIn(b"trying again", process.stderr.readline())
         self.tell("up")
+        self.tell("slow - 300")
         self.assertEqual(process.wait(vxlogd_tests.PATIENCE), 0)
         self.assertEqual(self.topic_texts(), ["before", "while away"])
 
