@@ -44,8 +44,8 @@ std::string textFrom(const std::function<std::int32_t(IVXCharBuffer*)>& get)
     return text->toUtf8();
 }
 
-/// What is lost or doubled. The order is not compared: unlike a broker, the mock also takes the batches after one that it
-/// has refused.
+/// What is lost or doubled. The order is not compared: unlike a broker, the mock also takes the batches after one that
+/// it has refused.
 std::string describeDifference(const std::vector<std::string>& found, const std::vector<std::string>& sent)
 {
     std::map<std::string, int> counts;

@@ -1,5 +1,5 @@
-/// A small cluster for tests of programs: prints "HOST:PORT" of its broker, and does what each line of its input says. Then
-/// it prints "ok".
+/// A small cluster for tests of programs: prints "HOST:PORT" of its broker, and does what each line of its input says.
+/// Then it prints "ok".
 
 #include "tests/components/KafkaMock.h"
 

@@ -97,8 +97,24 @@ class Senders(Cluster):
                          [("line 0", 1, 0), ("line 1", 2, 0), ("line 2", 3, 5)])
         self.assertEqual(len({entry["process"] for entry in entries}), 1)
 
+    def test_go_on_after_a_kill(self):
+        process = self.start_vxlog("--spool", self.path("spool"))
+        process.stdin.write(b"".join(b"line %d\n" % number for number in range(1, 9001)))
+        process.stdin.flush()
+        self.wait_for(self.topic)
+        process.kill()
+        process.communicate()
+        self.assertSucceeds(self.run_vxlog("--spool", self.path("spool"), data=b"next\n"))
+        entries = self.topic()
+        numbered = {entry["sequence"]: entry["text"] for entry in entries}
+        last = max(numbered)
+        self.assertEqual(numbered, {**{number: f"line {number}" for number in range(1, last)}, last: "next"})
+        self.assertEqual({(entry["process"], numbered[entry["sequence"]] == entry["text"]) for entry in entries},
+                         {(entries[0]["process"], True)})
+
     def test_tell_what_they_cannot_bring(self):
         self.tell(f"fail gone {UNKNOWN_TOPIC}")
+        password = self.write("password", b"secret\n")
         for to, parts, status in [
                 (self.address(topic="gone"), ["topic gone", self.broker, "does not exist"], 1),
                 ("kafka://127.0.0.1:1/logs", ["127.0.0.1:1", "no broker can be reached"], 1),
@@ -107,6 +123,8 @@ class Senders(Cluster):
                 (self.address("?acks=0"), ["acks"], 2),
                 (self.address("?user=ada"), ["password"], 2),
                 (self.address("?user=ada&password=/no/such"), ["/no/such"], 1),
+                (self.address(f"?user=ada&password={password}"), ["refuse the user", self.broker], 1),
+                (self.address().replace("kafka:", "kafkas:"), ["SSL handshake failed", self.broker], 1),
                 (self.address("?level=x"), ["level"], 2)]:
             with self.subTest(to):
                 self.assertFails(self.run_vxlog(to=to, data=b"x\n"), *parts, status=status)
@@ -189,6 +207,29 @@ class Forwarding(Cluster):
         self.send("three")
         self.wait_for_lines(3)
         self.assertEqual(self.topic_texts(), ["one", "two", "three"])
+        self.stop()
+
+    def test_reads_a_log_that_gets_shorter(self):
+        self.serve()
+        waiting = lambda: self.figure("bytes not forwarded yet")  # noqa: E731
+
+        def change(size, data):
+            os.truncate(self.log, size)
+            with open(self.log, "ab") as file:
+                file.write(data)
+
+        change(0, b"one\ntwo\n")
+        self.wait_for_lines(2)
+        change(4, b"")  # a failed write is removed, and tried again
+        change(4, b"two\nthree\ntor")
+        self.wait_for(lambda: waiting() == "3")
+        change(14, b"four\n")  # the next writer removes what is torn
+        self.wait_for_lines(4)
+        self.assertEqual(self.said(), "")
+        change(0, b"five\n")  # a program that rotates logs has copied it
+        self.wait_for_lines(5)
+        self.assertEqual(self.topic_texts(), ["one", "two", "three", "four", "five"])
+        self.assertIn("the log was cut", self.said())
         self.stop()
 
     def test_tells_which_files_were_removed_too_early(self):

@@ -15,8 +15,9 @@
 
 namespace vxtools {
 
-/// A topic, given as a URI: kafka://HOST:PORT,HOST:PORT/TOPIC, or with kafkas for TLS. The parameters `ca`, `cert`, `key` and
-/// `password` name files; the others are `user`, `mechanism` and `compression`, as the properties of the component are.
+/// A topic, given as a URI: kafka://HOST:PORT,HOST:PORT/TOPIC, or with kafkas for TLS. The parameters `ca`, `cert`,
+/// `key` and `password` name files; the others are `user`, `mechanism` and `compression`, as the properties of the
+/// component are.
 class KafkaAddress {
 public:
     static bool isOne(std::string_view text) { return text.starts_with("kafka://") || text.starts_with("kafkas://"); }
@@ -30,8 +31,8 @@ public:
     /// With the parameters of the address; its host is only one of several.
     const vx::net::UriReference& uri() const { return m_uri; }
 
-    /// Need the component Velmaris.Kafka. Throw Failure. A producer that does not wait finds out later whether the brokers
-    /// answer.
+    /// Need the component Velmaris.Kafka. Throw Failure. A producer that does not wait finds out later whether the
+    /// brokers answer.
     vx::Reference<vx::components::IVXKafkaProducer> openProducer(bool waits) const;
     vx::Reference<vx::components::IVXKafkaConsumer> openConsumer() const;
 

@@ -2,7 +2,7 @@
 
 namespace vxlog {
 
-/// Brings the lines of a backlog to their destination, on a thread of its own.
+/// Brings the lines of a backlog to their destination, on its own thread.
 class Delivery {
 public:
     virtual ~Delivery() = default;

@@ -169,7 +169,8 @@ void KafkaSender::run()
     for (;;) {
         m_wake.clear();
         const bool isEnding = m_isEnding; // before the look at the backlog
-        takeReports(); // first: if there is no room for more after that, further reports will come, and wake this thread
+        // Reports first: if there is no room for more after them, further ones will come, and wake this thread.
+        takeReports();
         sendAll();
         lookForTrouble();
         if (m_isStopping || (isEnding && isAllDone()))

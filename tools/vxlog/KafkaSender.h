@@ -18,12 +18,13 @@
 
 namespace vxlog {
 
-/// Sends the lines of a backlog to a topic. Each becomes an object of JSON with its level, its text, the time, the host, an
-/// id of the backlog, and its number there: a line that is in the topic twice, after a crash, has the same id and number.
+/// Sends the lines of a backlog to a topic. Each becomes an object of JSON with its level, its text, the time, the
+/// host, an id of the backlog, and its number there: a line that is in the topic twice, after a crash, has the same id
+/// and number.
 class KafkaSender final : public Delivery {
 public:
-    /// The lines of `backlog`, which must outlive this object, begin with their level: "<3>text". `keeps`: it outlives the
-    /// program, so that the brokers may be away.
+    /// The lines of `backlog`, which must outlive this object, begin with their level: "<3>text". `keeps`: it outlives
+    /// the program, so that the brokers may be away.
     KafkaSender(const Destination& destination, bool keeps, Backlog& backlog, Teller& teller);
     ~KafkaSender() override;
     KafkaSender(const KafkaSender&) = delete;

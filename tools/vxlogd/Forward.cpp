@@ -56,8 +56,8 @@ std::string openObject(std::initializer_list<std::pair<const char16_t*, String>>
     return text.substr(0, text.rfind('}'));
 }
 
-/// The fields of a line of the log, beginning with a comma, but not the number that the server gave it: it begins anew with
-/// each start.
+/// The fields of a line of the log, beginning with a comma, but not the number that the server gave it: it begins anew
+/// with each start.
 std::string_view fieldsOf(std::string_view line)
 {
     constexpr std::string_view NUMBER = "{\"sequence\":";
@@ -69,8 +69,8 @@ std::string_view fieldsOf(std::string_view line)
     return line.substr(line == "{}" ? 1 : 0);
 }
 
-/// The host of the client that sent a line, without its port: its lines keep their order. Quotes in a text are escaped, so
-/// that no text looks like a field.
+/// The host of the client that sent a line, without its port: its lines keep their order. Quotes in a text are escaped,
+/// so that no text looks like a field.
 std::string_view peerOf(std::string_view line)
 {
     constexpr std::string_view FIELD = "\"peer\":\"";
@@ -208,7 +208,8 @@ void Forwarder::run()
 
 bool Forwarder::work()
 {
-    takeReports(); // first: if there is no room for more after that, further reports will come, and wake this thread
+    // Reports first: if there is no room for more after them, further ones will come, and wake this thread.
+    takeReports();
     const bool hasMore = sendAll();
     keepPosition();
     count();
@@ -310,10 +311,10 @@ void Forwarder::keepPosition()
 void Forwarder::count()
 {
     const LogPart* const part = m_part != nullptr ? m_part.get() : m_source->part().get();
-    const std::int64_t behind = m_source->countBytesAfter(part, m_position.offset);
+    const std::int64_t waiting = m_source->countBytesAfter(part, m_position.offset);
     const std::lock_guard lock(m_countsLock);
     m_counts.target = m_address.name();
-    m_counts.behindBytes = behind;
+    m_counts.waitingBytes = waiting;
     m_counts.lostFiles = m_source->lostFiles();
 }
 

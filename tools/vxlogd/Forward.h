@@ -15,9 +15,9 @@
 
 namespace vxlogd {
 
-/// Sends the lines of the log to the brokers of Kafka, on a thread of its own. It reads them from the log itself, so that
-/// the log and its clients never wait for the brokers. A file beside the log holds how far they have come; what is not there
-/// yet is sent by the next server that uses the log.
+/// Sends the lines of the log to the brokers of Kafka, on its own thread. It reads them from the log itself, so
+/// that the log and its clients never wait for the brokers. A file beside the log holds how far they have come; what is
+/// not there yet is sent by the next server that uses the log.
 class Forwarder {
 public:
     /// The log is open. Throws Failure if the component, its files or the position cannot be used.

@@ -213,8 +213,8 @@ void ForwardSource::begin(std::shared_ptr<const LogPart> part, std::int64_t offs
     m_startOffset = offset;
 }
 
-/// Whether there is a file after this one. It has to have bytes: whoever moves the log away may create a new one before
-/// the server writes to it.
+/// Whether there is a file after this one. It has to have bytes: a program that moves the log away may create a new one
+/// before the server writes to it.
 bool ForwardSource::findNext()
 {
     struct stat current { };
@@ -263,8 +263,8 @@ std::size_t ForwardSource::readMore()
     return static_cast<std::size_t>(count);
 }
 
-/// Whether the file begins anew. A file that only lost its end is another matter: a write has failed, and the server will
-/// write the same bytes again.
+/// Whether the file begins anew. A file that only lost its end is another matter: a write has failed, and the server
+/// will write the same bytes again.
 bool ForwardSource::isCut()
 {
     if (m_part->file < 0 || m_part->size() >= m_offset + static_cast<std::int64_t>(m_begin))

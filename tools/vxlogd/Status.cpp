@@ -56,8 +56,8 @@ constexpr ForwardRow FORWARD_FIGURES[] = {
         [](const ForwardCounts& counts) { return static_cast<double>(counts.refused); }},
     {"older logs not forwarded", "forward_lost_logs_total", "counter",
         [](const ForwardCounts& counts) { return static_cast<double>(counts.lostFiles); }},
-    {"bytes not forwarded yet", "forward_behind_bytes", "gauge",
-        [](const ForwardCounts& counts) { return static_cast<double>(counts.behindBytes); }},
+    {"bytes not forwarded yet", "forward_waiting_bytes", "gauge",
+        [](const ForwardCounts& counts) { return static_cast<double>(counts.waitingBytes); }},
     {"forwarding works", "forward_working", "gauge",
         [](const ForwardCounts& counts) { return counts.trouble.empty() ? 1.0 : 0.0; }},
 };

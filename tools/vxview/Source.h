@@ -19,8 +19,8 @@ struct Access {
     bool follows = false; ///< goes on when the log grows or is replaced
 };
 
-/// The bytes of one log: a file, the older files of a rotated one, standard input, or a topic of Kafka. Compressed files are read through
-/// the program that decompresses them.
+/// The bytes of one log: a file, the older files of a rotated one, standard input, or a topic of Kafka. Compressed
+/// files are read through the program that decompresses them.
 class Source {
 public:
     /// "-" is standard input. Throws Failure that names the file.

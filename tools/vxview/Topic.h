@@ -13,8 +13,8 @@ public:
     /// Throws UsageError for an invalid address, and Failure.
     Topic(const std::string& address, bool follows);
 
-    /// Reads up to `size` bytes. 0 after the last message that the topic had then; one that is followed may have more later.
-    /// Throws Failure.
+    /// Reads up to `size` bytes. 0 after the last message that the topic had then; one that is followed may have more
+    /// later. Throws Failure.
     std::size_t read(char* bytes, std::size_t size);
     std::string getName() const { return m_address.name(); }
 
