@@ -151,8 +151,7 @@ class Forwarding(Cluster):
         return re.search(rf"^{label} +(.*)$", text, re.MULTILINE)[1]
 
     def wait_for_lines(self, count):
-        self.wait_for(lambda: self.figure("bytes not forwarded yet") == "0")
-        self.assertEqual(self.figure("lines forwarded"), str(count))
+        self.wait_for(lambda: (self.figure("lines forwarded"), self.figure("bytes not forwarded yet")) == (str(count), "0"))
 
     def test_brings_what_is_in_the_log(self):
         self.write("log", b'{"text":"before","level":1}\n{}\nnot an "entry"\n{"text":"torn\n')

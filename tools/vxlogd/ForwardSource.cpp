@@ -128,12 +128,17 @@ LogPart::~LogPart()
     ::close(file);
 }
 
+std::string LogPart::readStart(std::int64_t offset) const
+{
+    std::string bytes(static_cast<std::size_t>(std::clamp<std::int64_t>(offset, 0, START)), '\0');
+    const ssize_t count = ::pread(file, bytes.data(), bytes.size(), 0);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return bytes;
+}
+
 std::uint64_t LogPart::hashStart(std::int64_t offset) const
 {
-    char bytes[START];
-    const auto size = static_cast<std::size_t>(std::clamp<std::int64_t>(offset, 0, sizeof bytes));
-    const ssize_t count = ::pread(file, bytes, size, 0);
-    return hashOf({bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0))});
+    return hashOf(readStart(offset));
 }
 
 std::int64_t LogPart::size() const
@@ -209,8 +214,7 @@ void ForwardSource::begin(std::shared_ptr<const LogPart> part, std::int64_t offs
     m_bytes.clear();
     m_begin = m_searched = 0;
     m_offset = offset;
-    m_start = m_part != nullptr ? m_part->hashStart(offset) : 0;
-    m_startOffset = offset;
+    m_start = m_part != nullptr ? m_part->readStart(offset) : std::string();
 }
 
 /// Whether there is a file after this one. It has to have bytes: a program that moves the log away may create a new one
@@ -245,10 +249,8 @@ std::size_t ForwardSource::readMore()
     m_offset += static_cast<std::int64_t>(m_begin);
     m_searched -= m_begin;
     m_begin = 0;
-    if (m_startOffset < m_offset && m_startOffset < LogPart::START) {
-        m_startOffset = m_offset;
-        m_start = m_part->hashStart(m_offset);
-    }
+    if (m_start.size() < static_cast<std::size_t>(std::min(m_offset, LogPart::START)))
+        m_start = m_part->readStart(m_offset);
     const std::size_t length = m_bytes.size();
     m_bytes.resize(length + BLOCK_SIZE);
     ssize_t count = 0;
@@ -269,7 +271,8 @@ bool ForwardSource::isCut()
 {
     if (m_part->file < 0 || m_part->size() >= m_offset + static_cast<std::int64_t>(m_begin))
         return false;
-    return m_part->size() == 0 || m_part->hashStart(m_startOffset) != m_start;
+    const std::string start = m_part->readStart(static_cast<std::int64_t>(m_start.size()));
+    return start.empty() || !m_start.starts_with(start);
 }
 
 std::optional<ForwardSource::Line> ForwardSource::next()

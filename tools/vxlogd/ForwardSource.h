@@ -41,7 +41,8 @@ public:
     const std::uint64_t number;
 
     static constexpr std::int64_t START = 256;
-    /// The hash of what stands before `offset`, at most of the first `START` bytes.
+    /// What stands before `offset`, at most the first `START` bytes, and its hash.
+    std::string readStart(std::int64_t offset) const;
     std::uint64_t hashStart(std::int64_t offset) const;
     std::int64_t size() const;
 };
@@ -82,8 +83,7 @@ private:
     std::size_t m_begin = 0; ///< of the next line in these bytes
     std::size_t m_searched = 0; ///< there is no end of a line before this place
     std::int64_t m_offset = 0; ///< of the bytes in the file
-    std::uint64_t m_start = 0; ///< the hash of the bytes before the next offset
-    std::int64_t m_startOffset = 0;
+    std::string m_start; ///< the first bytes of the file, as far as they were read
     std::uint64_t m_lostFiles = 0;
 };
 
