@@ -183,6 +183,9 @@ class Forwarding(Cluster):
         self.wait_for(lambda: "forwarding waits" in self.said())
         self.assertNotEqual(self.figure("bytes not forwarded yet"), "0")
         self.assertIn(self.broker, self.figure("forwarding waits"))
+        metrics = vxlogd_tests.vxlogd("--metrics", f"--log={self.log}").stdout.decode()
+        self.assertRegex(metrics, r"(?m)^vxlogd_forward_working 0$")
+        self.assertRegex(metrics, r"(?m)^vxlogd_forwarded_lines_total \d+$")
         self.assertEqual(self.stop(), 0)
         self.serve("--rotate-size=300")
         self.send("c")
@@ -247,18 +250,20 @@ class Forwarding(Cluster):
         self.stop()
 
     def test_repeats_only_what_numbers_show(self):
-        self.serve()
-        for turn in range(4):
+        self.serve("--rotate-size=10000")
+        for turn in range(6):
+            self.tell(["up", "up", "down"][turn % 3])
             self.send(*[f"{turn} {number}" for number in range(500)])
             self.server.kill()
             self.server.wait()
-            self.serve()
+            self.serve("--rotate-size=10000")
+        self.tell("up")
         self.wait_for(lambda: self.figure("bytes not forwarded yet") == "0")
         self.stop()
         entries = self.topic()
         numbered = {(entry["process"], entry["sequence"]): entry["text"] for entry in entries}
         self.assertEqual([text for _, text in sorted(numbered.items())],
-                         [f"{turn} {number}" for turn in range(4) for number in range(500)])
+                         [f"{turn} {number}" for turn in range(6) for number in range(500)])
         self.assertTrue(all(numbered[entry["process"], entry["sequence"]] == entry["text"] for entry in entries))
 
     def test_needs_what_it_can_use(self):
