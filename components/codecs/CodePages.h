@@ -1,46 +1,70 @@
 #pragma once
 
+#include "SingleByteTables.h"
+
 #include <cstdint>
 #include <iterator>
+#include <string_view>
 
 namespace vx::components {
 
 /// An encoding in this library.
 struct CodePage {
     const char16_t* progId;
-    const char16_t* name;
-    const char* systemName; ///< its name in the system's converter; null if this library has a table for it
-    std::uint16_t number; ///< part of its class identifier
+    std::uint16_t number; ///< part of its class identifier: the code page, or the MIBenum of the IANA registry
     std::int32_t maxBytesPerChar;
+    const char* systemName; ///< its name in the system's converter; null if this library has a table for it
+    const char16_t (*upper)[128]; ///< the characters of the bytes from 0x80 on
+
+    /// The name of the encoding, which is the end of its ProgID.
+    constexpr const char16_t* name() const noexcept
+    {
+        return progId + std::u16string_view(u"Velmaris.CharCodec.").size();
+    }
 };
 
 inline constexpr CodePage CODE_PAGES[] = {
-    {u"Velmaris.CharCodec.CP1250", u"CP1250", "CP1250", 1250, 1},
-    {u"Velmaris.CharCodec.CP1251", u"CP1251", "CP1251", 1251, 1},
-    {u"Velmaris.CharCodec.CP1253", u"CP1253", "CP1253", 1253, 1},
-    {u"Velmaris.CharCodec.CP1254", u"CP1254", "CP1254", 1254, 1},
-    {u"Velmaris.CharCodec.CP1255", u"CP1255", "CP1255", 1255, 3}, // a letter with its points
-    {u"Velmaris.CharCodec.CP1256", u"CP1256", "CP1256", 1256, 1},
-    {u"Velmaris.CharCodec.CP1257", u"CP1257", "CP1257", 1257, 1},
-    {u"Velmaris.CharCodec.CP1258", u"CP1258", "CP1258", 1258, 3}, // a letter with its tone
-    {u"Velmaris.CharCodec.CP720", u"CP720", nullptr, 720, 1},
-    {u"Velmaris.CharCodec.CP737", u"CP737", "CP737", 737, 1},
-    {u"Velmaris.CharCodec.CP775", u"CP775", "CP775", 775, 1},
-    {u"Velmaris.CharCodec.CP850", u"CP850", "CP850", 850, 1},
-    {u"Velmaris.CharCodec.CP852", u"CP852", "CP852", 852, 1},
-    {u"Velmaris.CharCodec.CP855", u"CP855", "CP855", 855, 1},
-    {u"Velmaris.CharCodec.CP857", u"CP857", "CP857", 857, 1},
-    {u"Velmaris.CharCodec.CP858", u"CP858", "CP858", 858, 1},
-    {u"Velmaris.CharCodec.CP862", u"CP862", "CP862", 862, 1},
-    {u"Velmaris.CharCodec.CP866", u"CP866", "CP866", 866, 1},
-    {u"Velmaris.CharCodec.CP932", u"CP932", "CP932", 932, 2},
-    {u"Velmaris.CharCodec.CP936", u"CP936", "CP936", 936, 2},
-    {u"Velmaris.CharCodec.CP949", u"CP949", "CP949", 949, 2},
-    {u"Velmaris.CharCodec.CP950", u"CP950", "CP950", 950, 2},
-    {u"Velmaris.CharCodec.EUCJP", u"EUCJP", "EUC-JP", 20932, 3},
+    {u"Velmaris.CharCodec.CP1250", 1250, 1, nullptr, &CP1250_UPPER},
+    {u"Velmaris.CharCodec.CP1251", 1251, 1, nullptr, &CP1251_UPPER},
+    {u"Velmaris.CharCodec.CP1253", 1253, 1, nullptr, &CP1253_UPPER},
+    {u"Velmaris.CharCodec.CP1254", 1254, 1, nullptr, &CP1254_UPPER},
+    {u"Velmaris.CharCodec.CP1255", 1255, 3, "CP1255", nullptr}, // a letter with its points
+    {u"Velmaris.CharCodec.CP1256", 1256, 1, nullptr, &CP1256_UPPER},
+    {u"Velmaris.CharCodec.CP1257", 1257, 1, nullptr, &CP1257_UPPER},
+    {u"Velmaris.CharCodec.CP1258", 1258, 3, "CP1258", nullptr}, // a letter with its tone
+    {u"Velmaris.CharCodec.CP720", 720, 1, nullptr, &CP720_UPPER},
+    {u"Velmaris.CharCodec.CP737", 737, 1, nullptr, &CP737_UPPER},
+    {u"Velmaris.CharCodec.CP775", 775, 1, nullptr, &CP775_UPPER},
+    {u"Velmaris.CharCodec.CP850", 850, 1, nullptr, &CP850_UPPER},
+    {u"Velmaris.CharCodec.CP852", 852, 1, nullptr, &CP852_UPPER},
+    {u"Velmaris.CharCodec.CP855", 855, 1, nullptr, &CP855_UPPER},
+    {u"Velmaris.CharCodec.CP857", 857, 1, nullptr, &CP857_UPPER},
+    {u"Velmaris.CharCodec.CP858", 858, 1, nullptr, &CP858_UPPER},
+    {u"Velmaris.CharCodec.CP862", 862, 1, nullptr, &CP862_UPPER},
+    {u"Velmaris.CharCodec.CP866", 866, 1, nullptr, &CP866_UPPER},
+    {u"Velmaris.CharCodec.CP932", 932, 2, "CP932", nullptr},
+    {u"Velmaris.CharCodec.CP936", 936, 2, "CP936", nullptr},
+    {u"Velmaris.CharCodec.CP949", 949, 2, "CP949", nullptr},
+    {u"Velmaris.CharCodec.CP950", 950, 2, "CP950", nullptr},
+    {u"Velmaris.CharCodec.EUCJP", 20932, 3, "EUC-JP", nullptr},
+    {u"Velmaris.CharCodec.ISO-8859-2", 5, 1, nullptr, &ISO_8859_2_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-3", 6, 1, nullptr, &ISO_8859_3_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-4", 7, 1, nullptr, &ISO_8859_4_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-5", 8, 1, nullptr, &ISO_8859_5_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-6", 9, 1, nullptr, &ISO_8859_6_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-7", 10, 1, nullptr, &ISO_8859_7_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-8", 11, 1, nullptr, &ISO_8859_8_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-9", 12, 1, nullptr, &ISO_8859_9_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-10", 13, 1, nullptr, &ISO_8859_10_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-11", 2259, 1, nullptr, &ISO_8859_11_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-13", 109, 1, nullptr, &ISO_8859_13_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-14", 110, 1, nullptr, &ISO_8859_14_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-15", 111, 1, nullptr, &ISO_8859_15_UPPER},
+    {u"Velmaris.CharCodec.ISO-8859-16", 112, 1, nullptr, &ISO_8859_16_UPPER},
+    {u"Velmaris.CharCodec.KOI8-R", 2084, 1, nullptr, &KOI8_R_UPPER},
+    {u"Velmaris.CharCodec.KOI8-U", 2088, 1, nullptr, &KOI8_U_UPPER},
 };
 
 inline constexpr std::size_t CODE_PAGE_COUNT = std::size(CODE_PAGES);
-static_assert(CODE_PAGE_COUNT == 23);
 
 } // namespace vx::components

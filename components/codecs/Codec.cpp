@@ -1,6 +1,6 @@
 #include "Codec.h"
 
-#include "CodePage720.h"
+#include "ReverseTable.h"
 
 #include <vx/Exception.h>
 #include <vx/Result.h>
@@ -99,10 +99,14 @@ private:
 /// A codec with one byte for a character. Bytes below 0x80 are ASCII.
 class TableCodec final : public Codec {
 public:
-    TableCodec(const CodePage& codePage, const char16_t (&upper)[128]) noexcept
+    explicit TableCodec(const CodePage& codePage)
         : Codec(codePage)
-        , m_upper(upper)
+        , m_upper(*codePage.upper)
     {
+        for (int index = 0; index < 0x80; ++index) {
+            if (m_upper[index] != REPLACEMENT)
+                m_bytes.add(m_upper[index], static_cast<std::uint16_t>(0x80 + index));
+        }
     }
 
 private:
@@ -113,17 +117,15 @@ private:
     }
     int encode(std::uint32_t codePoint, char* bytes) override
     {
-        if (codePoint >= 0x80) {
-            const auto* const found = std::find(std::begin(m_upper), std::end(m_upper), codePoint);
-            if (found == std::end(m_upper))
-                return 0;
-            codePoint = static_cast<std::uint32_t>(found - m_upper) + 0x80;
-        }
-        *bytes = static_cast<char>(codePoint);
-        return 1;
+        const std::uint32_t code = codePoint < 0x80 ? codePoint
+            : codePoint > 0xFFFF                    ? 0
+                                                    : m_bytes.find(static_cast<char16_t>(codePoint));
+        *bytes = static_cast<char>(code);
+        return code != 0 || codePoint == 0 ? 1 : 0;
     }
 
     const char16_t (&m_upper)[128];
+    ReverseTable m_bytes;
 };
 
 } // namespace
@@ -138,7 +140,7 @@ const vorb::InterfaceData* Codec::GetComIntfMap()
 std::int32_t Codec::GetName(IVXCharBuffer* name)
 {
     return vorb::atBoundary([&] {
-        String text(m_page.name);
+        String text(m_page.name());
         VXCopyCharBuffer(name, &text);
     });
 }
@@ -180,7 +182,7 @@ std::int32_t Codec::ConvertChar(std::uint32_t codePoint, IVXByteBuffer* bytes)
 Codec* makeCodec(const CodePage& page)
 {
     if (page.systemName == nullptr)
-        return new TableCodec(page, CODE_PAGE_720);
+        return new TableCodec(page);
     return new SystemCodec(page);
 }
 

@@ -20,7 +20,7 @@ template <std::size_t index>
 vorb::ClassData rowOf()
 {
     return makerRow<[] { return makeCodec(CODE_PAGES[index]); }>(
-        CLASS_ID<index>, [] { return CODE_PAGES[index].progId; }, [] { return CODE_PAGES[index].name; });
+        CLASS_ID<index>, [] { return CODE_PAGES[index].progId; }, [] { return CODE_PAGES[index].name(); });
 }
 
 template <std::size_t... indexes>

@@ -40,7 +40,13 @@ const struct {
     {u"CP1258", "CP1258", 1258}, {u"CP737", "CP737", 737}, {u"CP775", "CP775", 775}, {u"CP850", "CP850", 850},
     {u"CP852", "CP852", 852}, {u"CP855", "CP855", 855}, {u"CP857", "CP857", 857}, {u"CP858", "CP858", 858},
     {u"CP862", "CP862", 862}, {u"CP866", "CP866", 866}, {u"CP932", "CP932", 932}, {u"CP936", "CP936", 936},
-    {u"CP949", "CP949", 949}, {u"CP950", "CP950", 950}, {u"EUCJP", "EUC-JP", 20932}, {u"CP720", nullptr, 720}};
+    {u"CP949", "CP949", 949}, {u"CP950", "CP950", 950}, {u"EUCJP", "EUC-JP", 20932}, {u"CP720", nullptr, 720},
+    {u"ISO-8859-2", "ISO-8859-2", 5}, {u"ISO-8859-3", "ISO-8859-3", 6}, {u"ISO-8859-4", "ISO-8859-4", 7},
+    {u"ISO-8859-5", "ISO-8859-5", 8}, {u"ISO-8859-6", "ISO-8859-6", 9}, {u"ISO-8859-7", "ISO-8859-7", 10},
+    {u"ISO-8859-8", "ISO-8859-8", 11}, {u"ISO-8859-9", "ISO-8859-9", 12}, {u"ISO-8859-10", "ISO-8859-10", 13},
+    {u"ISO-8859-11", "ISO-8859-11", 2259}, {u"ISO-8859-13", "ISO-8859-13", 109}, {u"ISO-8859-14", "ISO-8859-14", 110},
+    {u"ISO-8859-15", "ISO-8859-15", 111}, {u"ISO-8859-16", "ISO-8859-16", 112}, {u"KOI8-R", "KOI8-R", 2084},
+    {u"KOI8-U", "KOI8-U", 2088}};
 
 class CodecComponent : public testing::Test {
 protected:
@@ -115,7 +121,7 @@ TEST_F(CodecComponent, DecodesEachWholeCodePageAsTheSystemDoes)
                     take(pair + static_cast<char>(third));
             }
         }
-        ASSERT_GT(expected.size(), 230U) << page.systemName;
+        ASSERT_GT(expected.size(), 210U) << page.systemName;
         for (std::size_t size = 1; size <= 7; ++size) {
             const auto decoded = inPieces<ByteToCharConverter, char, char16_t>(page.name, bytes, size);
             EXPECT_TRUE(decoded == expected) << page.systemName << " in pieces of " << size;
