@@ -1,7 +1,5 @@
 #include "Codec.h"
 
-#include "ReverseTable.h"
-
 #include <vx/Exception.h>
 #include <vx/Result.h>
 #include <vx/util/BufferLocks.h>
@@ -17,7 +15,6 @@ namespace vx::components {
 namespace {
 
 constexpr std::uint32_t REPLACEMENT = 0xFFFD;
-constexpr int MOST_BYTES = 8;
 
 /// A conversion of the system, which is reset after each character.
 class Conversion {
@@ -96,38 +93,6 @@ private:
     const int m_mostBytes; ///< of a character in the input, where letters and marks are separate
 };
 
-/// A codec with one byte for a character. Bytes below 0x80 are ASCII.
-class TableCodec final : public Codec {
-public:
-    explicit TableCodec(const CodePage& codePage)
-        : Codec(codePage)
-        , m_upper(*codePage.upper)
-    {
-        for (int index = 0; index < 0x80; ++index) {
-            if (m_upper[index] != REPLACEMENT)
-                m_bytes.add(m_upper[index], static_cast<std::uint16_t>(0x80 + index));
-        }
-    }
-
-private:
-    int decode(const signed char* bytes, int, std::uint32_t& codePoint) override
-    {
-        codePoint = *bytes >= 0 ? static_cast<char16_t>(*bytes) : m_upper[*bytes + 128];
-        return 1;
-    }
-    int encode(std::uint32_t codePoint, char* bytes) override
-    {
-        const std::uint32_t code = codePoint < 0x80 ? codePoint
-            : codePoint > 0xFFFF                    ? 0
-                                                    : m_bytes.find(static_cast<char16_t>(codePoint));
-        *bytes = static_cast<char>(code);
-        return code != 0 || codePoint == 0 ? 1 : 0;
-    }
-
-    const char16_t (&m_upper)[128];
-    ReverseTable m_bytes;
-};
-
 } // namespace
 
 const vorb::InterfaceData* Codec::GetComIntfMap()
@@ -181,9 +146,7 @@ std::int32_t Codec::ConvertChar(std::uint32_t codePoint, IVXByteBuffer* bytes)
 
 Codec* makeCodec(const CodePage& page)
 {
-    if (page.systemName == nullptr)
-        return new TableCodec(page);
-    return new SystemCodec(page);
+    return page.systemName == nullptr ? page.make(page) : new SystemCodec(page);
 }
 
 } // namespace vx::components

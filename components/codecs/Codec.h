@@ -21,6 +21,9 @@ public:
     std::int32_t ConvertChar(std::uint32_t codePoint, IVXByteBuffer* bytes) override;
 
 protected:
+    /// Of one character, with what must precede it.
+    static constexpr int MOST_BYTES = 8;
+
     explicit Codec(const CodePage& page) noexcept
         : m_page(page)
     {
@@ -31,7 +34,7 @@ private:
     /// Returns the bytes of the first character or unmapped sequence, 0 if it needs more than `length`. `codePoint` is
     /// U+FFFD before the call.
     virtual int decode(const signed char* bytes, int length, std::uint32_t& codePoint) = 0;
-    /// Returns the number of bytes written, at most 8, or 0 for a character without a mapping.
+    /// Returns the number of bytes written, at most MOST_BYTES, or 0 for a character without a mapping.
     virtual int encode(std::uint32_t codePoint, char* bytes) = 0;
 
     const CodePage& m_page;

@@ -13,6 +13,8 @@
 #include "vx/text/charset/EncInfo.h"
 #include "vx/text/charset/detail/CodecStart.h"
 #include "vx/text/charset/detail/CodecTable.h"
+#include "vx/text/charset/detail/EncodingNames.h"
+#include "vx/text/charset/detail/TextCodecs.h"
 #include "vxsys/Component.h"
 
 namespace vx::text::charset {
@@ -130,15 +132,20 @@ Object* CodecManager::create(const char16_t* name, Side side)
     }
 
     if (const Reference<IVXCharCodec> codec = createCodec(name)) {
+        Reference<IVXTextCodec> text;
+        if (!failed(codec->QueryInterface(IVXTextCodec::IID, text.outVoid())))
+            return side == Side::ENCODER ? static_cast<Object*>(new detail::CTBText(codec.get(), text.get()))
+                                         : new detail::BTCText(codec.get(), text.get());
         if (side == Side::ENCODER)
             return new CTBCom(codec.get());
         return new BTCCom(codec.get());
     }
 
     VXEncInfo info;
-    if (failed(VXGetEncInfoByName(name, &info)) || key == info.name)
-        return nullptr;
-    return create(info.name, side);
+    if (!failed(VXGetEncInfoByName(name, &info)))
+        return key == info.name ? nullptr : create(info.name, side);
+    const String registered = detail::encodingOf(key);
+    return registered.isEmpty() ? nullptr : create(TerminatedText(registered), side);
 }
 
 namespace detail {

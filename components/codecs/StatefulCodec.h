@@ -1,0 +1,48 @@
+#pragma once
+
+#include "TextCodec.h"
+
+namespace vx::components {
+
+/// A codec whose text has a state. A caller that knows only IVXCharCodec gets one character at a time from the same
+/// conversions.
+class StatefulCodec : public TextCodec {
+protected:
+    using TextCodec::TextCodec;
+
+private:
+    /// The length of the sequence without a character at the beginning of `bytes`. `codePoint` may become a number that
+    /// is not a character.
+    virtual int passOver(const unsigned char* bytes, int length, std::uint32_t& codePoint) = 0;
+
+    int decode(const signed char* bytes, int length, std::uint32_t& codePoint) override
+    {
+        const auto* const start = reinterpret_cast<const unsigned char*>(bytes);
+        char16_t units[2];
+        Decoding pass {start, start + length, units, units + 1};
+        std::int32_t result = decodeText(pass);
+        if (pass.out == units && result == RESULT_BUFFER_TOO_SMALL) {
+            pass.outEnd = units + 2;
+            result = decodeText(pass);
+        }
+        const int taken = static_cast<int>(pass.in - start);
+        if (pass.out != units) {
+            codePoint = pass.out == units + 1 ? units[0] : ((units[0] - 0xD7C0U) << 10) + (units[1] & 0x3FFU);
+            return taken;
+        }
+        return result == RESULT_UNMAPPABLE_CHARACTER ? taken + passOver(pass.in, length - taken, codePoint) : 0;
+    }
+
+    int encode(std::uint32_t codePoint, char* bytes) override
+    {
+        const bool isPair = codePoint >= 0x10000;
+        const char16_t units[] = {static_cast<char16_t>(isPair ? 0xD7C0 + (codePoint >> 10) : codePoint),
+            static_cast<char16_t>(0xDC00 + (codePoint & 0x3FF))};
+        auto* const start = reinterpret_cast<unsigned char*>(bytes);
+        Encoding pass {units, units + (isPair ? 2 : 1), start, start + MOST_BYTES};
+        encodeText(pass);
+        return static_cast<int>(pass.out - start);
+    }
+};
+
+} // namespace vx::components
