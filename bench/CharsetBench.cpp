@@ -1,6 +1,9 @@
+#include "tests/vxsys/Scratch.h"
+#include "vx/Exception.h"
 #include "vx/Reference.h"
 #include "vx/text/charset/ByteToCharConverter.h"
 #include "vx/text/charset/CharToByteConverter.h"
+#include "vxsys/Component.h"
 
 #include <benchmark/benchmark.h>
 
@@ -74,6 +77,24 @@ const Text TEXTS[] = {
         SPACES},
     {"greek", u"UTF-16BE", "UTF-16BE", {u"η", u"θάλασσα", u"είναι", u"ήρεμη", u"το", u"πρωί"}, SPACES},
     {"greek", u"UTF-32LE", "UTF-32LE", {u"η", u"θάλασσα", u"είναι", u"ήρεμη", u"το", u"πρωί"}, SPACES},
+#ifdef VX_CODECS
+    {"japanese", u"Shift_JIS", "SHIFT_JIS",
+        {u"朝", u"の", u"海", u"は", u"とても", u"静か", u"で", u"漁師たち", u"が", u"ｶﾆ", u"港", u"へ", u"戻って",
+            u"くる"},
+        {u"", u"", u"、", u"。", u" 12 ", u"\n"}},
+    {"chinese", u"GB18030", "GB18030",
+        {u"清晨", u"的", u"海面", u"很", u"平静", u"渔民们", u"带着", u"满满的", u"渔网", u"回到", u"港口", u"孩子们",
+            u"naïve", u"在", u"岸边", u"等待"},
+        {u"的", u"了", u"在", u"和", u"，", u"。", u"\n"}},
+    {"korean", u"EUC-KR", "EUC-KR",
+        {u"아침", u"바다는", u"아주", u"고요하고", u"어부들은", u"가득", u"찬", u"그물을", u"들고", u"항구로",
+            u"돌아온다"},
+        SPACES},
+    {"polish", u"ISO-8859-2", "ISO-8859-2",
+        {u"morze", u"jest", u"rano", u"bardzo", u"spokojne", u"a", u"rybacy", u"wracają", u"do", u"portu", u"z",
+            u"pełnymi", u"sieciami", u"żeglarz", u"łódź"},
+        SPACES},
+#endif
 };
 
 std::int32_t lengthOf(std::size_t size)
@@ -92,11 +113,31 @@ std::vector<signed char> encoded(const Text& text, std::u16string_view units)
     return bytes;
 }
 
+#ifdef VX_CODECS
+/// A registry with the encodings of the component library.
+class Codecs {
+public:
+    Codecs()
+    {
+        std::filesystem::copy_file(VX_CODECS, m_scratch / "codecs.so");
+        std::filesystem::permissions(m_scratch / "codecs.so", std::filesystem::perms(0755));
+        throwIfFailed(VXComRegisterLibrary((m_scratch / "codecs.so").u16string().c_str()));
+    }
+
+private:
+    Scratch m_scratch;
+    ScopedVariable m_named {"VXSYS4_REGISTRY", (m_scratch / "store").c_str()};
+};
+#endif
+
 /// TEXT_BYTES of a text once encoded, cut between characters. Words in a random order keep the branches of the processor
 /// from learning it by heart, as they do with a phrase that is repeated.
 struct Sample {
     explicit Sample(const Text& text)
     {
+#ifdef VX_CODECS
+        static const Codecs codecs;
+#endif
         std::mt19937 random(20);
         while (units.size() < TEXT_BYTES) {
             units += text.words[random() % text.words.size()];
