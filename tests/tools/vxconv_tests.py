@@ -10,6 +10,7 @@ import pty
 import random
 import re
 import resource
+import shutil
 import signal
 import stat
 import subprocess
@@ -133,7 +134,9 @@ class Faults(tool.Scratch):
                     self.assertFails(result, f"standard input: byte {failure.start}: ")
 
     def test_says_what_is_wrong_with_the_command_line(self):
-        for arguments in (["-f"], ["--wrong"], ["-x"], ["a", "b"], ["-o", ""], ["--lines=1"]):
+        for arguments in (["-f"], ["--wrong"], ["-x"], ["a", "b"], ["-o", ""], ["--lines=1"], ["--in-place"], ["--in-place", "-"],
+                          ["--in-place", "--to-folder=d", "a"], ["--to-folder=d", "-o", "b", "a"], ["--to-folder=", "a"],
+                          ["--fallback=CP437"], ["--in-place", "a", ""]):
             self.assertFails(vxconv(*arguments), "--help", status=2)
 
     def test_says_what_is_wrong_with_a_name(self):
@@ -224,6 +227,88 @@ class OutputFiles(tool.Scratch):
         self.assertEqual(len(self.read("out")), 8 * BLOCK)
 
 
+class Batches(tool.Scratch):
+    """Several files in one call."""
+
+    def setUp(self):
+        super().setUp()
+        for folder in ("in/deep/er", "in/empty"):
+            os.makedirs(self.path(folder))
+        for name, data in {"in/a": "née", "in/bad": "中", "in/deep/b": "ü", "in/deep/er/c": "", "one": "é", "in/deep/one": "ö"}.items():
+            self.write(name, data.encode())
+        os.symlink("..", self.path("in/deep/circle"))
+        os.symlink("../one", self.path("in/link"))
+
+    def tree(self, folder):
+        names = [os.path.join(at, name) for at, _, files in os.walk(self.path(folder)) for name in files]
+        return {os.path.relpath(name, self.path(folder)): self.read(name) for name in names}
+
+    def test_convert_a_folder_with_its_names(self):
+        expected = {"a": b"n\xe9e", "deep/b": b"\xfc", "deep/er/c": b"", "link": b"\xe9", "deep/one": b"\xf6", "one": b"\xe9"}
+        before = self.tree("in")
+        for _ in range(2):  # the second time all targets are there, in a folder that is itself below the input
+            result = vxconv("--strict", "-t", "CP1252", "--to-folder", self.path("in/out/new"), self.path("in"), self.path("one"),
+                            self.path("missing"))
+            self.assertEqual((result.returncode, result.stdout), (1, b""))
+            lines = result.stderr.decode().splitlines()
+            self.assertEqual(len(lines), 3, lines)
+            self.assertIn("in/bad: line 1, character 1: U+4E2D has no form", lines[0])
+            self.assertIn("missing: no such file", lines[1])
+            self.assertEqual(lines[2], "vxconv: 2 of 8 files: not converted")
+            self.assertEqual(self.tree("in/out/new"), expected)
+        self.assertEqual({name: data for name, data in self.tree("in").items() if "out" not in name}, before)
+
+    def test_convert_in_place(self):
+        result = vxconv("--strict", "-t", "CP1252", "--in-place", self.path("one"), self.path("in/deep"), self.path("in/bad"))
+        self.assertEqual((result.returncode, result.stderr.count(b"\n")), (1, 2), result.stderr)
+        self.assertEqual((self.tree("in/deep"), self.read("one")), ({"b": b"\xfc", "er/c": b"", "one": b"\xf6"}, b"\xe9"))
+        self.assertEqual(self.read("in/bad"), "中".encode())
+
+    def test_never_write_two_inputs_to_one_file(self):
+        result = vxconv("--to-folder=" + self.path("out"), self.path("one"), self.path("in/deep/one"))
+        self.assertIn(b"deep/one: another input has the same name", result.stderr)
+        self.assertEqual((result.returncode, self.tree("out")), (1, {"one": "é".encode()}))
+
+    def test_name_what_cannot_be_written(self):
+        self.assertIn(b"one/x: a part of the path is not a directory", vxconv("--to-folder", self.path("one/x"), self.path("in/a")).stderr)
+        for encoding in (["-t", "none"], ["-f", "auto", "--fallback=none"]):
+            self.assertFails(vxconv(*encoding, "--in-place", self.path("one")), 'unknown encoding "none"')
+
+
+class Detection(tool.Scratch):
+    def test_takes_the_mark_then_utf8_then_the_fallback(self):
+        text = "é中😀" * BLOCK
+        for data, encoding, expected in [
+            *((f"\ufeff{text}\ufeff".encode(name), name, f"{text}\ufeff".encode()) for name in UTF), (text.encode(), "UTF-8", text.encode()),
+            (b"", "UTF-8", b""), (b"\xff\xfe", "UTF-16LE", b""), (text.encode() + b"\xe9", "CP1252", None), (b"\xe9t", "CP1252", "ét".encode()),
+        ]:
+            for arguments, name, given in ([self.write("in", data)], self.path("in"), b""), ([], "standard input", data):
+                result = vxconv("-vfauto", *arguments, data=given)
+                self.assertEqual((result.returncode, result.stderr.decode()), (0, f"vxconv: {name}: read as {encoding}\n"))
+                self.assertTrue(expected is None or result.stdout == expected, encoding)
+        self.assertSucceeds(vxconv("-f", "auto", "--fallback", "cp437", data=b"\xe1"), "ß".encode())
+        self.assertFails(vxconv("-fauto", "--strict", data=b"\xfe\xff\0a\0"), "byte 4: the input ends inside")
+        self.assertFails(vxconv("-fauto", "--strict", data=b"\xe9\x81"), "byte 1: no character in CP1252")
+
+
+class Languages(tool.Scratch):
+    def test_say_the_same(self):
+        _, environment = self.register(os.environ["VXCONV_BUNDLES"])
+        shutil.copytree(os.path.join(os.path.dirname(os.environ["VXCONV_BUNDLES"]), "texts"), self.path("texts"))
+        self.write("twice", b"")
+        for arguments, data in [
+            (["--help"], b""), (["a", "b"], b""), (["--in-place"], b""), (["-o", ""], b""), (["--fallback=x"], b""),
+            (["--in-place", "--to-folder=x", "a"], b""), (["-f", "none"], b""), (["-vfauto", "--strict"], b"\x81"), ([], b"\x80"), ([], b"\xc3"),
+            (["-t", "ASCII", "--strict"], "é".encode()), (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"\0\xdc"),
+            (["--to-folder", self.path("out"), self.path("twice"), self.path("twice")], b""),
+        ]:
+            english, same, german, french = (
+                (lambda result: (result.returncode, result.stdout, result.stderr))(vxconv(*arguments, *locale, data=data, env=environment))
+                for locale in ([], ["--locale=en_US"], ["--locale=de"], ["--locale=fr"]))
+            self.assertEqual(same, english)
+            self.assertEqual((len({english, german, french}), german[0], french[0]), (3, english[0], english[0]), arguments)
+
+
 class LargeFiles(tool.Scratch):
     def test_takes_little_memory_for_a_large_file_and_shows_progress_on_a_terminal_only(self):
         mebibytes = 25 if SANITIZED else 110
@@ -256,8 +341,8 @@ class EncodingList(tool.Scratch):
     def test_prints_encodings_that_it_converts(self):
         result = vxconv("--list")
         rows = [line.split() for line in result.stdout.decode().splitlines()]
-        self.assertEqual({name: numbers for name, *numbers in rows if name in ("CP437", "UTF-8", "UTF-32BE")},
-                         {"CP437": ["437"], "UTF-8": ["65001"], "UTF-32BE": []})
+        listed = {name: names for name, *names in rows}
+        self.assertEqual((listed["CP1252"], listed["UTF-32BE"]), (["1252", "WINDOWS-1252", "CSWINDOWS1252"], ["CSUTF32BE"]))
         for name, word in ((row[0], word) for row in rows for word in row):
             self.assertSucceeds(vxconv("-f", word, data="abc".encode(name) if name in UTF else b"abc"), b"abc")
 

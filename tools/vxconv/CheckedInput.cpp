@@ -1,31 +1,21 @@
 #include "CheckedInput.h"
 
+#include "Texts.h"
 #include "common/Failure.h"
 
 #include <vx/io/FileInputStream.h>
-
-#include <cstring>
 
 namespace vxconv {
 
 using namespace vxtools;
 
-namespace {
-
-bool isAscii(const signed char* eightBytes)
-{
-    std::uint64_t bits;
-    std::memcpy(&bits, eightBytes, sizeof bits);
-    return (bits & 0x8080808080808080U) == 0;
-}
-
-} // namespace
-
-CheckedInput::CheckedInput(const Input& input, std::u16string_view encoding, vxtools::Progress& progress)
+CheckedInput::CheckedInput(
+    const Input& input, std::u16string_view encoding, std::int64_t start, vxtools::Progress& progress)
     : FilterInputStream(new vx::io::FileInputStream(static_cast<std::uint32_t>(input.descriptor()), false))
     , m_name(input.name())
     , m_progress(progress)
     , m_isUtf8(encoding == u"UTF-8")
+    , m_start(start)
 {
     if (encoding.starts_with(u"UTF-16"))
         m_unitSize = 2;
@@ -40,51 +30,25 @@ std::int32_t CheckedInput::read(signed char* target, std::int32_t length)
         checkEnd();
         return got;
     }
-    if (m_isUtf8)
-        checkUtf8(target, got);
-    m_position += got;
-    m_progress.update(m_position);
-    return got;
-}
-
-/// By table 3-7 of the Unicode Standard: the first byte of a sequence narrows the range of the second.
-void CheckedInput::checkUtf8(const signed char* bytes, std::int32_t length)
-{
-    for (std::int32_t index = 0; index < length; ++index) {
-        while (m_bytesMissing == 0 && length - index >= 8 && isAscii(bytes + index))
-            index += 8;
-        if (index == length)
-            return;
-
-        const auto byte = static_cast<unsigned char>(bytes[index]);
-        if (m_bytesMissing > 0) {
-            if (byte < m_lowest || byte > m_highest)
-                failAt(m_position + index - m_bytesHere, "not UTF-8");
-            ++m_bytesHere;
-            --m_bytesMissing;
-            m_lowest = 0x80;
-            m_highest = 0xBF;
-        } else if (byte >= 0x80) {
-            if (byte < 0xC2 || byte > 0xF4)
-                failAt(m_position + index, "not UTF-8");
-            m_bytesHere = 1;
-            m_bytesMissing = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
-            m_lowest = byte == 0xE0 ? 0xA0 : byte == 0xF0 ? 0x90 : 0x80;
-            m_highest = byte == 0xED ? 0x9F : byte == 0xF4 ? 0x8F : 0xBF;
-        }
+    if (m_isUtf8) {
+        if (const std::int64_t fault = m_utf8.findFault(target, got); fault != Utf8Check::NONE)
+            failAt(fault, vxconv::NOT_UTF_8());
     }
+    m_position += got;
+    m_progress.update(m_start + m_position);
+    return got;
 }
 
 void CheckedInput::checkEnd() const
 {
-    const std::int64_t left = m_bytesMissing > 0 ? m_bytesHere : m_position % m_unitSize;
+    const std::int64_t left = m_isUtf8 ? m_utf8.incomplete() : m_position % m_unitSize;
     if (left > 0)
-        failAt(m_position - left, "the input ends inside a character");
+        failAt(m_position - left, INCOMPLETE());
 }
 
-void CheckedInput::failAt(std::int64_t place, const char* why) const
+void CheckedInput::failAt(std::int64_t place, const Text& why) const
 {
-    throw Failure(m_name, "byte " + std::to_string(place) + ": " + why);
+    throw Failure(m_name, AT_BYTE(m_start + place, why));
 }
 
 } // namespace vxconv

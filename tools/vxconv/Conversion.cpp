@@ -1,8 +1,12 @@
 #include "Conversion.h"
 
 #include "CheckedInput.h"
+#include "Detection.h"
+#include "Files.h"
 #include "TextPlace.h"
+#include "Texts.h"
 #include "common/Failure.h"
+#include "common/Program.h"
 #include "common/Progress.h"
 
 #include <vx/Exception.h>
@@ -32,6 +36,12 @@ namespace {
 /// The size of each buffer, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
+/// What may help a user who wants this encoding.
+Text hintFor(const std::string&)
+{
+    return SEE_LIST();
+}
+
 template <class Converter>
 String canonicalName(const std::string& encoding)
 {
@@ -39,19 +49,20 @@ String canonicalName(const std::string& encoding)
         const Reference<Converter> converter(Converter::getConverter(TerminatedText(String(encoding))));
         return converter->getEncodingName();
     } catch (const Exception&) { // also for a name that is not UTF-8
-        throw Failure("unknown encoding \"" + encoding + "\"", "vxconv --list prints the known ones");
+        throw Failure(UNKNOWN_ENCODING(encoding), hintFor(encoding));
     }
 }
 
 /// The text of the input.
 class Source {
 public:
-    Source(const Options& options, const Input& input)
+    Source(const Options& options, const Input& input, const Detected& from)
         : m_name(input.name())
+        , m_start(from.start)
         , m_progress(input.size())
-        , m_encoding(canonicalName<ByteToCharConverter>(options.from))
+        , m_encoding(canonicalName<ByteToCharConverter>(from.encoding))
         , m_reader(new InputStreamReader(
-              new CheckedInput(input, m_encoding, m_progress), TerminatedText(m_encoding), BLOCK_SIZE))
+              new CheckedInput(input, m_encoding, m_start, m_progress), TerminatedText(m_encoding), BLOCK_SIZE))
     {
         m_reader->setSubstitutionMode(!options.strict);
         if (options.lines)
@@ -66,9 +77,9 @@ public:
         try {
             return m_lines != nullptr ? nextLine() : nextBlock();
         } catch (const UnmappableCharacterException&) {
-            throw Failure(m_name, placeOfByte() + ": no character in " + m_encoding.toUtf8());
+            throw Failure(m_name, atByte(vxconv::NO_CHARACTER(m_encoding.toUtf8())));
         } catch (const InvalidCharacterException& failure) {
-            throw Failure(m_name, placeOfByte() + ": " + textOf(failure));
+            throw Failure(m_name, atByte(textOf(failure)));
         } catch (const Exception& failure) {
             throw Failure(m_name, textOf(failure));
         }
@@ -89,9 +100,10 @@ private:
         return m_line;
     }
 
-    std::string placeOfByte() const { return "byte " + std::to_string(m_reader->getPosition()); }
+    Text atByte(const Text& why) const { return AT_BYTE(m_start + m_reader->getPosition(), why); }
 
     Text m_name;
+    const std::int64_t m_start;
     vxtools::Progress m_progress;
     String m_encoding;
     Reference<InputStreamReader> m_reader;
@@ -116,14 +128,14 @@ public:
     void write(std::u16string_view text)
     {
         if (const std::size_t lone = m_pairs.findLone(text); lone != text.npos)
-            failAt(text.substr(0, lone), "half of a surrogate pair");
+            failAt(text.substr(0, lone), HALF_PAIR());
         try {
             m_writer->write(text.data(), static_cast<std::int32_t>(text.size()));
         } catch (const UnmappableCharacterException&) {
             // Below 0: the first half of the pair was in the previous piece.
             const std::int64_t index = std::max<std::int64_t>(m_writer->getPosition() - m_written, 0);
             failAt(text.substr(0, static_cast<std::size_t>(index)),
-                nameOf(text, static_cast<std::size_t>(index)) + " has no form in " + m_encoding.toUtf8());
+                NO_FORM(nameOf(text, static_cast<std::size_t>(index)), m_encoding.toUtf8()));
         } catch (const Exception& failure) {
             throw Failure(m_outputName, textOf(failure));
         }
@@ -135,7 +147,7 @@ public:
     void finish()
     {
         if (m_pairs.isOpen())
-            failAt({}, "half of a surrogate pair");
+            failAt({}, HALF_PAIR());
         try {
             m_writer->flush();
         } catch (const Exception& failure) {
@@ -144,10 +156,10 @@ public:
     }
 
 private:
-    [[noreturn]] void failAt(std::u16string_view before, const std::string& why)
+    [[noreturn]] void failAt(std::u16string_view before, const Text& why)
     {
         m_place.advance(before);
-        throw Failure(m_inputName, m_place.toString() + ": " + why);
+        throw Failure(m_inputName, AT_CHARACTER(m_place.line(), m_place.column(), why));
     }
 
     /// "U+20AC", of which the unit at `index` is the whole or a half.
@@ -164,7 +176,7 @@ private:
     }
 
     Text m_inputName;
-    std::string m_outputName;
+    Text m_outputName;
     String m_encoding;
     Reference<OutputStreamWriter> m_writer;
     SurrogatePairs m_pairs;
@@ -177,17 +189,24 @@ private:
 
 void requireEncodings(const Options& options)
 {
-    canonicalName<ByteToCharConverter>(options.from);
+    canonicalName<ByteToCharConverter>(options.isAuto() ? options.fallback : options.from);
     canonicalName<CharToByteConverter>(options.to);
 }
 
-void convert(const Options& options, const Input& input, const Output& output)
+void convertFile(
+    const Options& options, const std::string& inputPath, const std::string& outputPath, Messages& messages)
 {
-    Source source(options, input);
+    const Input input(inputPath);
+    const Detected from = options.isAuto() ? detectEncoding(input, options.fallback) : Detected {options.from, 0};
+    if (options.verbose)
+        complain("vxconv", messages.say(READ_AS(input.name(), from.encoding)));
+    Output output(outputPath, input);
+    Source source(options, input, from);
     Target target(options, input, output);
     for (std::u16string_view text; !(text = source.next()).empty();)
         target.write(text);
     target.finish();
+    output.commit();
 }
 
 } // namespace vxconv

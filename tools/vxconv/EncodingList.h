@@ -2,7 +2,7 @@
 
 namespace vxconv {
 
-/// Prints the encodings to standard output, with their code pages. Throws vx::Exception.
+/// Prints the encodings to standard output, with their code pages and aliases. Throws vx::Exception.
 void listEncodings();
 
 } // namespace vxconv

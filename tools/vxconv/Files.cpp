@@ -1,5 +1,6 @@
 #include "Files.h"
 
+#include "Texts.h"
 #include "common/Failure.h"
 #include "common/FileName.h"
 
@@ -126,20 +127,20 @@ bool isSameFile(const struct stat& one, const struct stat& other)
 
 } // namespace
 
-Output::Output(std::string name)
+Output::Output(vxtools::Text name)
     : m_name(std::move(name))
 {
 }
 
 Output::Output(const std::string& path, const Input& input)
-    : Output(path == "-" ? std::string("standard output") : path) // so that the destructor runs if what follows fails
+    : Output(path == "-" ? STANDARD_OUTPUT() : Text(path)) // so that the destructor runs if what follows fails
 {
     struct stat status;
     if (path == "-") {
         struct stat source;
         if (::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode) && ::fstat(input.descriptor(), &source) == 0
             && isSameFile(status, source))
-            throw Failure(m_name, "is the input; use -o");
+            throw Failure(m_name, IS_INPUT());
         return;
     }
     if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {

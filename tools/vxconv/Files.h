@@ -23,17 +23,17 @@ public:
     Output& operator=(const Output&) = delete;
 
     int descriptor() const noexcept { return m_descriptor; }
-    const std::string& name() const noexcept { return m_name; }
+    const vxtools::Text& name() const noexcept { return m_name; }
 
     void commit();
 
 private:
-    explicit Output(std::string name);
+    explicit Output(vxtools::Text name);
 
     void openBeside(const std::string& path);
     void close();
 
-    std::string m_name;
+    vxtools::Text m_name;
     std::string m_target; ///< empty: written directly
     std::string m_beside; ///< the pattern of the temporary name of the new file
     bool m_isUnnamed = false;

@@ -1,18 +1,67 @@
 #include "Options.h"
 
+#include "Texts.h"
 #include "common/CommandLine.h"
+
+#include <algorithm>
 
 namespace vxconv {
 
+using namespace vxtools;
 using vx::util::OptionRow;
 using vx::util::OptionTable;
+
+namespace {
+
+constexpr Message HELP_HEAD {u"vxconv.help",
+    "Usage: vxconv [OPTION]... [INPUT] [-o OUTPUT]\n"
+    "       vxconv [OPTION]... --to-folder=FOLDER|--in-place INPUT...\n"
+    "       vxconv --list\n"
+    "Converts text from one encoding to another."};
+constexpr Message HELP_FOOT {u"vxconv.help.more",
+    "INPUT and OUTPUT are standard input and output where they are missing or \"-\". With --to-folder and\n"
+    "--in-place an INPUT may be a folder: it stands for the files below it, which keep their relative\n"
+    "names. Each file is written whole or not at all, and one that fails does not stop the others.\n"
+    "Malformed input is an error. A byte order mark is text as any other and stays where it is, but\n"
+    "-f auto, UTF-16 and UTF-32 take it away.\n"
+    "The exit status is 0 for success, 1 if a file was not converted, 2 for a wrong command line."};
+
+/// Refuses options that would have no effect, or two that say where the output is.
+void check(const vx::util::ParsedOptions& given, const Options& options)
+{
+    const bool isBatch = options.inPlace || !options.toFolder.empty();
+    if (options.output.empty() || (given.has("to-folder") && options.toFolder.empty())
+        || std::find(options.inputs.begin(), options.inputs.end(), "") != options.inputs.end())
+        throw UsageError(EMPTY_FILE_NAME());
+    if (options.inPlace && !options.toFolder.empty())
+        throw UsageError(NOT_TOGETHER("--in-place", "--to-folder"));
+    if (isBatch && given.has("output"))
+        throw UsageError(NOT_TOGETHER("--output", options.inPlace ? "--in-place" : "--to-folder"));
+    if (!isBatch && options.inputs.size() > 1)
+        throw UsageError(SEVERAL_INPUTS());
+    if (isBatch
+        && (options.inputs.empty()
+            || std::find(options.inputs.begin(), options.inputs.end(), "-") != options.inputs.end()))
+        throw UsageError(NO_FILE_NAME());
+    if (given.has("fallback") && !options.isAuto())
+        throw UsageError(ONLY_WITH("--fallback", "-f auto"));
+}
+
+} // namespace
 
 const OptionTable& optionTable()
 {
     static const OptionTable table("vxconv",
         {
-            {.name = "from", .letter = 'f', .value = "ENCODING", .standard = "UTF-8", .help = "the encoding of INPUT"},
+            {.name = "from",
+                .letter = 'f',
+                .value = "ENCODING",
+                .standard = "UTF-8",
+                .help
+                = "the encoding of INPUT; auto: that of its byte order mark, or UTF-8 if all of it is UTF-8, or else "
+                  "that of --fallback"},
             {.name = "to", .letter = 't', .value = "ENCODING", .standard = "UTF-8", .help = "the encoding of OUTPUT"},
+            {.name = "fallback", .value = "ENCODING", .standard = "CP1252", .help = "see -f auto"},
             {.name = "lines",
                 .help = "end each line with LF, whether it ended with LF, CR or CR LF; holds one line in memory"},
             {.name = "strict",
@@ -24,17 +73,24 @@ const OptionTable& optionTable()
                 .value = "OUTPUT",
                 .help = "write there; the file appears when it is whole, and may be INPUT",
                 .takes = OptionRow::Takes::FILES},
-            {.name = "list", .letter = 'l', .help = "print the encodings with their code pages"},
-            vxtools::COMPLETION_ROW,
-            vxtools::HELP_ROW,
-            vxtools::VERSION_ROW,
+            {.name = "to-folder",
+                .value = "FOLDER",
+                .help = "write each file there, under its own name; missing folders are made",
+                .takes = OptionRow::Takes::FOLDERS},
+            {.name = "in-place", .help = "replace each file"},
+            {.name = "verbose", .letter = 'v', .help = "say for each file as what it is read"},
+            {.name = "list", .letter = 'l', .help = "print the encodings with their code pages and other names"},
+            LOCALE_ROW,
+            COMPLETION_ROW,
+            HELP_ROW,
+            VERSION_ROW,
         });
     return table;
 }
 
 Options parseOptions(int argc, char** argv)
 {
-    const vx::util::ParsedOptions given = vxtools::parseCommandLine(optionTable(), argc, argv);
+    const vx::util::ParsedOptions given = parseCommandLine(optionTable(), argc, argv);
     Options options;
     options.task = given.has("help") ? Options::Task::HELP
         : given.has("version")       ? Options::Task::VERSION
@@ -43,28 +99,23 @@ Options parseOptions(int argc, char** argv)
                                      : Options::Task::CONVERT;
     options.from = given.get("from");
     options.to = given.get("to");
+    options.fallback = given.get("fallback");
     options.lines = given.has("lines");
     options.strict = given.has("strict");
-    options.input = vxtools::inputOf(given, options.input);
+    options.verbose = given.has("verbose");
+    options.inputs = given.getArguments();
     options.output = given.find("output").value_or(options.output);
+    options.toFolder = given.find("to-folder").value_or(options.toFolder);
+    options.inPlace = given.has("in-place");
     options.shell = given.find("completion").value_or("");
-    if (options.input.empty() || options.output.empty())
-        throw std::invalid_argument("a file name is empty");
+    check(given, options);
     return options;
 }
 
-std::string usage()
+std::string usage(Messages& messages)
 {
-    return "Usage: vxconv [-f ENCODING] [-t ENCODING] [--lines] [--strict] [INPUT] [-o OUTPUT]\n"
-           "       vxconv --list\n"
-           "Converts text from one encoding to another.\n"
-           "\n"
-        + optionTable().getHelp()
-        + "\n"
-          "INPUT and OUTPUT are standard input and output where they are missing or \"-\".\n"
-          "Malformed input is an error. A byte order mark is text as any other and stays\n"
-          "where it is.\n"
-          "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line.\n";
+    return messages.say(HELP_HEAD) + "\n\n" + helpOf(optionTable(), u"vxconv.help.", messages) + '\n'
+        + messages.say(HELP_FOOT) + '\n';
 }
 
 } // namespace vxconv

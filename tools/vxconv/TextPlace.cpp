@@ -19,11 +19,6 @@ void TextPlace::advance(std::u16string_view text) noexcept
         += static_cast<std::int64_t>(text.size()) - std::count_if(text.begin(), text.end(), vxsys::isLead<char16_t>);
 }
 
-std::string TextPlace::toString() const
-{
-    return "line " + std::to_string(m_line) + ", character " + std::to_string(m_column);
-}
-
 std::size_t SurrogatePairs::findLone(std::u16string_view text) noexcept
 {
     constexpr std::size_t BLOCK = 32;

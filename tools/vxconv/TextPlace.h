@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace vxconv {
@@ -12,8 +11,8 @@ class TextPlace {
 public:
     void advance(std::u16string_view text) noexcept;
 
-    /// "line 3, character 17".
-    std::string toString() const;
+    std::int64_t line() const noexcept { return m_line; }
+    std::int64_t column() const noexcept { return m_column; }
 
 private:
     std::int64_t m_line = 1;

@@ -1,8 +1,8 @@
-/// Converts a text from one encoding to another through the streams of the library.
+/// Converts texts from one encoding to another through the streams of the library.
 
+#include "Batch.h"
 #include "Conversion.h"
 #include "EncodingList.h"
-#include "Files.h"
 #include "Options.h"
 #include "common/CommandLine.h"
 #include "common/Failure.h"
@@ -15,11 +15,11 @@ namespace {
 using namespace vxconv;
 using namespace vxtools;
 
-void run(const Options& options)
+void run(const Options& options, Messages& messages)
 {
     switch (options.task) {
     case Options::Task::HELP:
-        print(usage());
+        print(usage(messages));
         return;
     case Options::Task::VERSION:
         printVersion("vxconv");
@@ -31,15 +31,15 @@ void run(const Options& options)
         try {
             listEncodings();
         } catch (const vx::Exception& failure) {
-            throw Failure("standard output", textOf(failure));
+            throw Failure(STANDARD_OUTPUT(), textOf(failure));
         }
         return;
     case Options::Task::CONVERT:
         requireEncodings(options);
-        const Input input(options.input);
-        Output output(options.output, input);
-        convert(options, input, output);
-        output.commit();
+        if (options.inPlace || !options.toFolder.empty())
+            convertAll(options, messages);
+        else
+            convertFile(options, options.inputs.empty() ? "-" : options.inputs.front(), options.output, messages);
     }
 }
 
@@ -47,5 +47,7 @@ void run(const Options& options)
 
 int main(int argc, char** argv)
 {
-    return runProgram("vxconv", [&] { run(parseOptions(argc, argv)); });
+    Messages messages(localeOf(optionTable(), argc, argv));
+    return runProgram(
+        "vxconv", [&] { run(parseOptions(argc, argv), messages); }, messages);
 }
