@@ -4,8 +4,7 @@
 
 namespace vx::components {
 
-/// Codes of two bytes and their characters, in both directions. The table is made at its first use from the compact form in
-/// which it is stored.
+/// Codes of two bytes and their characters, in both directions. It is filled at its first use from a compact table.
 class DoubleByteTable {
 public:
     static constexpr char16_t NO_CHARACTER = 0xFFFD;

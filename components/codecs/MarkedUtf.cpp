@@ -6,8 +6,8 @@ namespace {
 
 constexpr std::uint32_t MARK = 0xFEFF;
 
-/// UTF-16 and UTF-32 with a byte order mark, by the width of a unit in bytes. The mark is written, in big-endian order as
-/// all that follows. Text without a mark is read as big-endian, see RFC 2781.
+/// UTF-16 and UTF-32 with a byte order mark, by the width of a unit in bytes. The mark and all after it are written in
+/// big-endian order. Text without a mark is read as big-endian, see RFC 2781.
 template <int width>
 class MarkedUtf final : public StatefulCodec {
 public:

@@ -5,8 +5,8 @@
 
 namespace vxconv {
 
-/// Converts each file of the inputs, where a folder stands for all the files below it, to the target folder or in place.
-/// A file that fails is reported, stays as it is, and does not stop the others. Throws Failure with their number.
+/// Converts each file of the inputs to the target folder or in place; a folder stands for the files below it. A file
+/// that fails is reported, stays as it is, and does not stop the others. Throws Failure with the number of these.
 void convertAll(const Options& options, vxtools::Messages& messages);
 
 } // namespace vxconv

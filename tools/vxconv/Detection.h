@@ -14,8 +14,8 @@ struct Detected {
 };
 
 /// The encoding of a byte order mark; otherwise UTF-8 if the whole input is UTF-8; otherwise `fallback`. Afterwards the
-/// input is read from `start` on. One that cannot be read twice, such as a pipe, is first copied to a temporary file. Throws
-/// Failure.
+/// input is read from `start` on. An input that cannot be read twice, such as a pipe, is first copied to a temporary
+/// file. Throws Failure.
 Detected detectEncoding(const vxtools::Input& input, const std::string& fallback);
 
 } // namespace vxconv

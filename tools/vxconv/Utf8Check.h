@@ -9,7 +9,7 @@ class Utf8Check {
 public:
     static constexpr std::int64_t NONE = -1;
 
-    /// The position in all bytes so far of a sequence that is not UTF-8, or NONE. After an error it is not called again.
+    /// The position, in all bytes so far, of a sequence that is not UTF-8, or NONE. Not called again after an error.
     std::int64_t findFault(const signed char* bytes, std::int32_t length) noexcept;
     /// The number of bytes at the end that are an incomplete character.
     int incomplete() const noexcept { return m_bytesMissing > 0 ? m_bytesHere : 0; }
