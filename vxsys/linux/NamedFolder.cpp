@@ -84,8 +84,8 @@ int makeFolder(int memory, char (&name)[NAME_SIZE]) noexcept
             return errno;
         std::snprintf(name + length, NAME_SIZE - length, "-%016" PRIx64, random);
     }
-    ::fchmodat(memory, name, OWNER_ALL, 0); // sets the rights that the process's mask removed
-    return 0;
+    // Sets the rights that the process's mask removed.
+    return ::fchmodat(memory, name, OWNER_ALL, 0) == 0 ? 0 : errno;
 }
 
 } // namespace
