@@ -70,21 +70,21 @@ function(vx_install)
     include(CMakePackageConfigHelpers)
     set(package ${CMAKE_INSTALL_LIBDIR}/cmake/vxlib4)
     set(headers ${CMAKE_INSTALL_INCLUDEDIR}/vxlib4)
-    install(TARGETS vxsys4 vxlib4 EXPORT vxlib4Targets
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        FILE_SET HEADERS DESTINATION ${headers})
-    install(EXPORT vxlib4Targets NAMESPACE vxlib4:: DESTINATION ${package})
+    foreach(name IN ITEMS vxsys4 vxlib4) # each with targets of its own: an installation may have the platform layer alone
+        install(TARGETS ${name} EXPORT ${name}Targets
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            FILE_SET HEADERS DESTINATION ${headers})
+        install(EXPORT ${name}Targets NAMESPACE vxlib4:: DESTINATION ${package})
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+        install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    endforeach()
     configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/vxlib4Config.cmake.in
         ${PROJECT_BINARY_DIR}/vxlib4Config.cmake INSTALL_DESTINATION ${package})
     write_basic_package_version_file(${PROJECT_BINARY_DIR}/vxlib4ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
     install(FILES ${PROJECT_BINARY_DIR}/vxlib4Config.cmake ${PROJECT_BINARY_DIR}/vxlib4ConfigVersion.cmake
         DESTINATION ${package})
-    foreach(name IN ITEMS vxsys4 vxlib4)
-        configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
-        install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-    endforeach()
     if(BUILD_SHARED_LIBS) # gdb looks there for the printers of a library
         install(FILES ${PROJECT_SOURCE_DIR}/gdb/vxlib4-gdb.py
             DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
