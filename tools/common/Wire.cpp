@@ -132,15 +132,15 @@ std::int32_t Wire::state() const
 
 Wire::Result Wire::receivePlain(std::string& bytes, std::size_t size)
 {
-    const std::size_t length = bytes.size();
-    bytes.resize(length + size);
+    std::array<char, BLOCK_SIZE> block; // `bytes` of a silent peer must not grow
     std::int32_t count = 0;
     const std::int32_t error = repeated([&] {
-        return VXSocketReceive(m_socket, bytes.data() + length, static_cast<std::uint32_t>(size), MSG_DONTWAIT, &count);
+        return VXSocketReceive(
+            m_socket, block.data(), static_cast<std::uint32_t>(std::min(size, block.size())), MSG_DONTWAIT, &count);
     });
-    bytes.resize(length + static_cast<std::size_t>(std::max(count, 0)));
     if (error != 0)
         return failSocket(error);
+    bytes.append(block.data(), static_cast<std::size_t>(std::max(count, 0)));
     return count > 0 ? Result::DONE : Result::CLOSED;
 }
 

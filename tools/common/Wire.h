@@ -28,7 +28,8 @@ public:
 
     /// Goes on with the handshake: LATER until both sides know each other. A server need not call it.
     Result shakeHands();
-    /// Appends the next bytes, some `size` or fewer; at least one if the result is DONE.
+    /// Appends the next bytes, some `size` or fewer; at least one if the result is DONE. If there are none, `bytes` gets no
+    /// memory.
     Result receive(std::string& bytes, std::size_t size);
     /// Takes the first of `bytes` and removes them, or none if the result is LATER. Also sends what waits here.
     Result send(std::string_view& bytes);

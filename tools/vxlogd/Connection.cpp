@@ -20,6 +20,7 @@ constexpr std::size_t MOST_OPEN_LINES_OF_FEW = 1024;
 constexpr std::size_t MOST_OPEN_BYTES = 64 * 1024;
 constexpr std::size_t READ_SIZE = 16 * 1024;
 constexpr std::chrono::seconds TIME_TO_HEAR(5);
+constexpr std::chrono::seconds TIME_TO_REST(1); // until the memory of a silent connection is returned
 
 vx::Reference<const vx::String> textOf(const vx::net::InetSocketAddress* address)
 {
@@ -133,6 +134,10 @@ void Connection::finish()
 
 void Connection::endIfSilent(Clock::time_point now)
 {
+    if (now - m_lastSign >= TIME_TO_REST) {
+        m_input.shrink_to_fit();
+        m_output.shrink_to_fit();
+    }
     const unsigned int idleSeconds = m_limits.idleSeconds;
     const bool isSilent = idleSeconds != 0 && now - m_lastSign >= std::chrono::seconds(idleSeconds)
         && m_progress->state().openLines == 0 && !m_intake.isFull();

@@ -66,6 +66,7 @@ public:
     /// Whether to call `finish`, because the client can no longer be answered.
     bool isFinishing() const { return m_isFinishing; }
     /// As `finish`, without answers, if the client has been silent too long. A client that was refused has less time.
+    /// Before that, returns the memory that a silent client does not need.
     void endIfSilent(Clock::time_point now);
     bool isOver() const;
     /// When bytes were last received or sent, or a line was last written to the log.
