@@ -111,6 +111,17 @@ class Lines(Served):
         self.assertEqual(self.texts(), ["a␍b␛[31m␀␡\tc", "\ufffd" * 3 + ".", "\ufffd" * 7 + "␊" + "\ufffd" * 2,
                                         "x" * 64, "y" * 64 + " [cut]", "z" * 64 + " [cut]", "end"])
 
+    def test_come_from_the_last_connection_of_a_client(self):
+        self.start("--idle-timeout=0")
+        greeting = "ack=1 client=" + "0a" * 16
+        clients = [self.client(greeting + " seq=1").send(b"1\n")]
+        for count in range(2, 6):  # on each thread of the server
+            clients[-1].hear(f"ack {count - 1}\n")
+            clients.append(self.client(f"{greeting} seq={count}").send(b"%d\n" % count))
+            self.assertNotIn("err", clients[-2].rest())  # up to the end of its connection
+        clients[-1].hear("ack 5\n")
+        self.assertEqual(self.texts(), ["1", "2", "3", "4", "5"])
+
     def test_are_refused_behind_a_wrong_greeting(self):
         self.start()
         for greeting in ["level=x", "ack", "else=1", "level=3 level="]:

@@ -106,6 +106,10 @@ void Connection::write()
 
 void Connection::goOn()
 {
+    if (!m_progress->isOwner(m_owner) && !m_isRefused)
+        m_hasEnded = m_isBroken = m_isLate = true; // the client sends its lines again on its other connection
+    if (m_isLate)
+        return;
     takeLines();
     const Progress::State state = m_progress->takeNews();
     if (std::exchange(m_doneBefore, state.done) != state.done)

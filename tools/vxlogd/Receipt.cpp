@@ -53,17 +53,32 @@ Progress::Progress(std::shared_ptr<Waker> waker, std::uint64_t connection)
 
 std::uint64_t Progress::takeOver(std::shared_ptr<Waker> waker, std::uint64_t connection, std::uint64_t first)
 {
+    std::uint64_t owner = 0;
+    {
+        const std::lock_guard lock(m_lock);
+        if (m_state.hasFailed && m_state.openLines > 0)
+            return 0;
+        if (std::exchange(m_state.hasFailed, false))
+            m_claimed = m_state.done; // the failed lines come again
+        settle(first - 1);
+        m_claimed = std::max(m_claimed, m_state.done);
+        if (m_waker == waker && m_connection == connection)
+            waker = nullptr;
+        else
+            m_waker.swap(waker);
+        std::swap(m_connection, connection);
+        m_isTold = false;
+        owner = ++m_owner;
+    }
+    if (waker != nullptr)
+        waker->wake(connection); // it may have ended already
+    return owner;
+}
+
+bool Progress::isOwner(std::uint64_t owner) const
+{
     const std::lock_guard lock(m_lock);
-    if (m_state.hasFailed && m_state.openLines > 0)
-        return 0;
-    if (std::exchange(m_state.hasFailed, false))
-        m_claimed = m_state.done; // the failed lines come again
-    settle(first - 1);
-    m_claimed = std::max(m_claimed, m_state.done);
-    m_waker.swap(waker); // the old one is destroyed after the lock is released
-    m_connection = connection;
-    m_isTold = false;
-    return ++m_owner;
+    return owner == m_owner;
 }
 
 Progress::Claim Progress::claim(std::uint64_t owner, std::uint64_t line)
@@ -88,11 +103,12 @@ void Progress::finish(std::uint64_t line, std::size_t bytes)
 {
     {
         const std::lock_guard lock(m_lock);
-        if (line > m_state.done + 1)
+        const bool isAhead = line > m_state.done + 1;
+        if (isAhead)
             m_ahead.insert(line); // before the rest, because it may throw
         --m_state.openLines;
         m_state.openBytes -= bytes;
-        if (line != m_state.done + 1)
+        if (isAhead)
             return;
         settle(line);
     }

@@ -48,9 +48,11 @@ public:
     /// `connection` is the number by which `waker` knows the connection.
     Progress(std::shared_ptr<Waker> waker, std::uint64_t connection);
 
-    /// Makes `connection` the only one whose lines are taken. The client says that all lines before `first` are
-    /// settled. Returns a number by which `claim` knows the connection; 0 while lines are open after a failure.
+    /// Makes `connection` the only one whose lines are taken, and wakes the one before it. The client says that all
+    /// lines before `first` are settled. Returns a number by which the next operations know the connection; 0 while
+    /// lines are open after a failure.
     std::uint64_t takeOver(std::shared_ptr<Waker> waker, std::uint64_t connection, std::uint64_t first);
+    bool isOwner(std::uint64_t owner) const;
     enum class Claim {
         NEW,
         REPEATED, ///< an earlier connection has brought the line
