@@ -12,6 +12,7 @@ import resource
 import shutil
 import signal
 import socket
+import ssl
 import subprocess
 import threading
 import time
@@ -280,6 +281,16 @@ class Encryption(Served):
         self.assertEqual(plain.returncode, 1)
         self.stop()
         self.assertEqual("".join(line + "\n" for line in self.texts()), text * 2)
+
+    def test_tells_a_stranger_why_it_is_refused(self):
+        self.start(*self.files, "--idle-timeout=0")
+        context = ssl.create_default_context(cafile=self.path("ca.pem"))
+        with context.wrap_socket(self.client().socket, server_hostname="127.0.0.1") as stranger:
+            self.wait_for(lambda: "certificate" in self.said())
+            for _ in range(20):
+                stranger.sendall(b"what a busy client sends before it listens\n" * 1000)
+            with self.assertRaisesRegex(ssl.SSLError, "(?i)certificate.required"):
+                stranger.recv(1)
 
     def test_says_which_file_is_wrong(self):
         for arguments, reason in [(["--tls-key", "server.key"], "need tls-cert"),

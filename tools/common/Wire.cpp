@@ -98,13 +98,21 @@ Wire::Result Wire::receive(std::string& bytes, std::size_t size)
     return Result::LATER;
 }
 
+Wire::Result Wire::drop()
+{
+    std::string bytes;
+    return receivePlain(bytes, BLOCK_SIZE);
+}
+
 Wire::Result Wire::send(std::string_view& bytes)
 {
     if (m_session == nullptr)
         return sendPlain(bytes);
     auto count = static_cast<std::int32_t>(std::min<std::size_t>(bytes.size(), INT32_MAX));
-    if (m_session->GivePlain(signedBytes(bytes.data()), &count) < 0)
+    if (m_session->GivePlain(signedBytes(bytes.data()), &count) < 0) {
+        flush(); // the other side is told why
         return failSession();
+    }
     bytes.remove_prefix(static_cast<std::size_t>(count));
     const Result result = flush();
     return result == Result::LATER && count > 0 ? Result::DONE : result;

@@ -31,6 +31,9 @@ public:
     /// Appends the next bytes, some `size` or fewer; at least one if the result is DONE. If there are none, `bytes` gets no
     /// memory.
     Result receive(std::string& bytes, std::size_t size);
+    /// Reads bytes that are of no more use. A connection that is closed while bytes are unread is reset, and the other
+    /// side may lose what was sent to it.
+    Result drop();
     /// Takes the first of `bytes` and removes them, or none if the result is LATER. Also sends what waits here.
     Result send(std::string_view& bytes);
     /// Tells the other side that nothing more comes, once all that waits here is sent.

@@ -56,12 +56,19 @@ Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake
 
 bool Connection::wantsToRead() const
 {
+    if (m_isParting)
+        return true;
     return !m_hasEnded
         && (m_isRefused || (m_input.size() < std::max<std::size_t>(m_limits.maxLine + 1, READ_SIZE) && hasRoom()));
 }
 
 void Connection::read()
 {
+    if (m_isParting) {
+        const Wire::Result result = m_wire.drop();
+        m_isParting = result == Wire::Result::DONE || result == Wire::Result::LATER;
+        return;
+    }
     const std::size_t length = m_input.size();
     const Wire::Result result = m_wire.receive(m_input, READ_SIZE);
     const std::size_t count = m_input.size() - length;
@@ -74,8 +81,12 @@ void Connection::read()
         m_hasEnded = m_isFinishing;
         break;
     case Wire::Result::BROKEN:
-        if (m_isEncrypted)
+        if (m_isEncrypted) {
             complain(m_peer->toUtf8() + ": " + m_wire.reason());
+            m_wire.endOutput();
+            m_isParting = !m_isFinishing;
+            m_partedAt = Clock::now();
+        }
         m_isBroken = true;
         [[fallthrough]];
     case Wire::Result::CLOSED:
@@ -130,6 +141,7 @@ void Connection::goOn()
 void Connection::finish()
 {
     m_isFinishing = true;
+    m_isParting = false;
     while (wantsToRead()) {
         read();
         takeLines();
@@ -145,7 +157,8 @@ void Connection::endIfSilent(Clock::time_point now)
     const unsigned int idleSeconds = m_limits.idleSeconds;
     const bool isSilent = idleSeconds != 0 && now - m_lastSign >= std::chrono::seconds(idleSeconds)
         && m_progress->state().openLines == 0 && !m_intake.isFull();
-    if (isSilent || (m_isRefused && now - m_refusedAt >= TIME_TO_HEAR)) {
+    if (isSilent || ((m_isRefused || m_isParting) && now - m_partedAt >= TIME_TO_HEAR)) {
+        m_isParting = false;
         m_hasEnded = true;
         m_isBroken = true;
         m_output.clear();
@@ -158,7 +171,7 @@ bool Connection::isOver() const
     const Progress::State state = m_progress->state();
     if (m_isLate)
         return true; // its client has another connection, with the same progress
-    return m_hasEnded && m_input.empty() && state.openLines == 0 && m_output.empty()
+    return m_hasEnded && !m_isParting && m_input.empty() && state.openLines == 0 && m_output.empty()
         && (m_isBroken || !m_wire.wantsToWrite(false))
         && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done <= m_answered)));
 }
@@ -295,7 +308,7 @@ void Connection::refuse(const std::string& reason)
 {
     m_output += "err " + reason + "\n"; // a part of an answer may have been sent
     m_isRefused = true;
-    m_refusedAt = Clock::now();
+    m_partedAt = Clock::now();
     write();
 }
 

@@ -110,6 +110,7 @@ private:
     bool m_isRefused = false;
     bool m_isFinishing = false;
     bool m_isBroken = false; ///< nothing can be sent
+    bool m_isParting = false; ///< the client may still receive why the encryption failed
     bool m_isLate = false; ///< its client has another connection
     std::size_t m_lastBytes = 1024 * 1024; ///< the most that is read after the end was requested
     std::uint64_t m_lines = 0;
@@ -119,7 +120,7 @@ private:
     std::string m_output;
     std::shared_ptr<const std::string> m_toldTrouble; ///< of the log, of which the client knows
     Clock::time_point m_lastSign = Clock::now();
-    Clock::time_point m_refusedAt;
+    Clock::time_point m_partedAt;
 };
 
 } // namespace vxlogd
