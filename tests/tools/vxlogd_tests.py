@@ -252,16 +252,18 @@ class Encryption(Served):
         self.addCleanup(os.environ.pop, "VXSYS4_REGISTRY")
         for name, extension in [("ca", "basicConstraints=critical,CA:TRUE"), ("server", "subjectAltName=IP:127.0.0.1"),
                                 ("client", "extendedKeyUsage=clientAuth")]:
-            by = ["-CA", "ca.pem", "-CAkey", "ca.key"] if name != "ca" else []
-            subprocess.run(["openssl", "req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
-                            "-keyout", name + ".key", "-out", "request", "-subj", "/CN=" + name],
-                           cwd=self.folder, check=True, capture_output=True)
-            self.write("extensions", extension.encode())
-            subprocess.run(["openssl", "x509", "-req", "-in", "request", "-out", name + ".pem", "-extfile", "extensions",
-                            "-days", "9", "-set_serial", str(len(name)), *(by or ["-signkey", "ca.key"])],
-                           cwd=self.folder, check=True, capture_output=True)
+            self.sign(name, extension, len(name))
         self.files = ["--tls-cert", "server.pem", "--tls-key", "server.key", "--tls-client-ca", "ca.pem"]
         self.known = ["--ca", self.path("ca.pem"), "--cert", self.path("client.pem"), "--key", self.path("client.key")]
+
+    def sign(self, name, extension, serial):
+        by = ["-CA", "ca.pem", "-CAkey", "ca.key"] if name != "ca" else ["-signkey", "ca.key"]
+        self.write("extensions", extension.encode())
+        for command in [["req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                         "-keyout", name + ".key", "-out", "request", "-subj", "/CN=" + name],
+                        ["x509", "-req", "-in", "request", "-out", name + ".pem", "-extfile", "extensions",
+                         "-days", "9", "-set_serial", str(serial), *by]]:
+            subprocess.run(["openssl", *command], cwd=self.folder, check=True, capture_output=True)
 
     def test_carries_all_lines_of_clients_that_are_known(self):
         self.start(*self.files)
@@ -292,11 +294,63 @@ class Encryption(Served):
             with self.assertRaisesRegex(ssl.SSLError, "(?i)certificate.required"):
                 stranger.recv(1)
 
+    def test_takes_renewed_certificates_for_new_connections(self):
+        self.start(*self.files)
+        context = ssl.create_default_context(cafile=self.path("ca.pem"))
+        context.load_cert_chain(self.path("client.pem"), self.path("client.key"))
+
+        def connect():
+            connection = self.client()
+            connection.socket = context.wrap_socket(connection.socket, server_hostname="127.0.0.1")
+            self.addCleanup(connection.socket.close)
+            return connection.send(b"VXLOG ack=1\n")
+
+        def serial(connection):
+            return int(connection.socket.getpeercert()["serialNumber"], 16)
+
+        old = connect()
+        self.sign("server", "subjectAltName=IP:127.0.0.1", 99)
+        self.server.send_signal(signal.SIGHUP)
+        self.wait_for(lambda: "opened anew" in self.said())
+        self.assertEqual([serial(old), serial(connect())], [6, 99])
+        self.write("server.pem", b"no certificate")
+        self.server.send_signal(signal.SIGHUP)
+        self.wait_for(lambda: "the settings stay" in self.said())
+        self.assertIn("server.pem", self.said())
+        self.assertEqual(serial(connect()), 99)
+        old.send(b"on\n").hear("ack 1\n")
+
+    def test_lets_no_flood_of_new_keys_delay_others(self):
+        self.start(*self.files)
+        flood = subprocess.Popen(
+            ["openssl", "s_client", "-connect", f"127.0.0.1:{self.port}", "-cert", "client.pem", "-key", "client.key"],
+            cwd=self.folder, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, bufsize=0)
+
+        def pour():
+            with contextlib.suppress(OSError):
+                while True:
+                    flood.stdin.write(b"K\n")  # a new key for each read of the client
+
+        pouring = threading.Thread(target=pour)
+        for action in [flood.stdin.close, flood.wait, pouring.join, flood.kill]:
+            self.addCleanup(action)
+        flood.stdin.write(b"before\n")
+        self.wait_for(lambda: b"before" in self.read("log"))
+        pouring.start()
+        for number in range(5):  # on each thread of the server
+            self.assertSucceeds(vxlog("--to", f"vxlogs://127.0.0.1:{self.port}", *self.known, data=b"%d\n" % number))
+        self.assertIsNone(flood.poll())
+        self.assertEqual(self.texts(), ["before", "0", "1", "2", "3", "4"])
+
     def test_says_which_file_is_wrong(self):
         for arguments, reason in [(["--tls-key", "server.key"], "need tls-cert"),
                                   (["--tls-cert", "absent.pem"], "absent.pem"),
                                   (["--tls-cert", "server.pem", "--tls-key", "client.key"], "does not belong")]:
             self.assertFails(vxlogd("--port=0", *arguments, cwd=self.folder), reason, status=2 if "need" in reason else 1)
+            self.assertFails(vxlogd("--check-config", *arguments, cwd=self.folder), reason, status=2)
+        self.write("empty.pem", b"")
+        self.assertFails(vxlogd("--check-config", *self.files, "--tls-client-ca=empty.pem", cwd=self.folder), "empty.pem", status=2)
+        self.assertEqual(vxlogd("--check-config", *self.files, cwd=self.folder).returncode, 0)
         self.assertFails(vxlog("--to", "vxlog://localhost", "--ca", "ca.pem"), "--to vxlogs", status=2)
 
 

@@ -52,14 +52,6 @@ std::size_t mostThreads()
     return std::clamp(std::thread::hardware_concurrency(), LEAST, MOST);
 }
 
-/// Null without encryption. Throws Failure.
-std::shared_ptr<const vxtools::TlsContext> tlsOf(const Settings& settings)
-{
-    if (settings.tls.certificate.empty())
-        return nullptr;
-    return std::make_shared<const vxtools::TlsContext>(vxtools::TlsContext::forServer(settings.tls));
-}
-
 } // namespace
 
 /// The thread that waits for connections. A signal that only this thread receives interrupts the wait.
@@ -131,12 +123,19 @@ std::unique_ptr<TcpServerSocket2> listenAt(const Settings& settings)
     return socket;
 }
 
+std::shared_ptr<const vxtools::TlsContext> openTls(const Settings& settings)
+{
+    if (settings.tls.certificate.empty())
+        return nullptr;
+    return std::make_shared<const vxtools::TlsContext>(vxtools::TlsContext::forServer(settings.tls));
+}
+
 Server::Server(const Settings& settings, std::unique_ptr<TcpServerSocket2> socket)
     : m_log(new LogFile(settings, [this] { wakeAll(); }))
     , m_intake(*m_log, settings.workers)
     , m_socket(std::move(socket))
 {
-    m_limits.setTls(tlsOf(settings));
+    m_limits.setTls(openTls(settings));
     setLimits(settings);
 }
 
@@ -161,7 +160,7 @@ void Server::start()
 
 void Server::change(const Settings& settings)
 {
-    std::shared_ptr<const vxtools::TlsContext> tls = tlsOf(settings);
+    std::shared_ptr<const vxtools::TlsContext> tls = openTls(settings);
     m_log->reopen(settings);
     m_limits.setTls(std::move(tls));
     setLimits(settings);

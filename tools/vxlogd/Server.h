@@ -25,6 +25,9 @@ class Shard;
 /// A socket that listens where the settings say. Looks up names, which may take long. Throws std::runtime_error.
 std::unique_ptr<vx::net::TcpServerSocket2> listenAt(const Settings& settings);
 
+/// The certificates and keys of the settings; null without encryption. Throws vxtools::Failure that names the file.
+std::shared_ptr<const vxtools::TlsContext> openTls(const Settings& settings);
+
 /// Serves the connections on a few threads, as many as the machine runs at once.
 class Server {
 public:

@@ -146,9 +146,14 @@ void serve(const Settings& settings, int argc, char** argv)
 }
 
 /// Returns the exit code.
-int check(const CommandLine& line)
+int check(CommandLine line)
 {
     constexpr int WRONG_SETTINGS = 2;
+    try {
+        openTls(line.settings);
+    } catch (const vxtools::Failure& failure) {
+        line.problems.emplace_back(failure.what());
+    }
     for (const std::string& problem : line.problems)
         complain(problem);
     if (!line.problems.empty())
