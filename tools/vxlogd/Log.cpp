@@ -305,6 +305,11 @@ void LogFile::putOnFile()
 void LogFile::finishAll()
 {
     m_written += m_entries.size();
+    {
+        Tail::Batch batch(m_tail);
+        for (const Reference<const Entry>& entry : m_entries)
+            batch.add(*entry);
+    }
     if (!m_entries.empty())
         m_isLosing = false;
     for (const Reference<const Entry>& entry : m_entries) {

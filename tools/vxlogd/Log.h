@@ -4,6 +4,7 @@
 #include "Clients.h"
 #include "Receipt.h"
 #include "Settings.h"
+#include "Tail.h"
 
 #include <vx/NumberBoxes.h>
 #include <vx/Object.h>
@@ -57,6 +58,8 @@ public:
     void process(const vx::log::ILogEntry* entry) override;
 
     const Backlog& getBacklog() const { return m_backlog; }
+    /// The entries that are in the log, for those who watch.
+    Tail& getTail() { return m_tail; }
     /// Why the log cannot be written; null if it can. Another object each time that this begins.
     std::shared_ptr<const std::string> getTrouble() const;
     std::uint64_t getWritten() const { return m_written; }
@@ -81,6 +84,7 @@ private:
 
     const std::function<void()> m_onChange;
     Backlog m_backlog;
+    Tail m_tail;
     std::atomic<std::int64_t> m_expected = 0;
     std::mutex m_turn; ///< one entry at a time, while `m_lock` is free to open another file
     mutable std::mutex m_lock;

@@ -47,6 +47,7 @@ public:
     std::uint64_t stop();
     /// May be called from any thread.
     Counts getCounts() const;
+    Tail& getTail() { return m_log->getTail(); }
 
 private:
     friend class Acceptor;
