@@ -5,6 +5,7 @@
 #include "common/FileName.h"
 #include "common/Input.h"
 #include "common/Kafka.h"
+#include "http/Place.h"
 
 #include <vx/Reference.h>
 #include <vx/TerminatedText.h>
@@ -225,6 +226,25 @@ constexpr SettingRow SETTINGS[] = {
         [](const Settings& settings) {
             return settings.statusSocket == NOWHERE ? settings.statusSocket : statusPath(settings);
         }},
+    {{.name = "http",
+         .value = "HOST:PORT",
+         .help = "show the log and the state of the server on a page, such as 127.0.0.1:7580; needs http-token where "
+                 "other machines reach it"},
+        [](Settings& settings, const std::string& text) {
+            if (!text.empty() && !http::placeIn(text))
+                throw std::invalid_argument("\"" + text + "\" is no host and port, such as 127.0.0.1:7580 or [::1]:0");
+            settings.http = text;
+        },
+        [](const Settings& settings) { return settings.http; }},
+    {{.name = "http-token",
+         .value = "FILE",
+         .help = "show the page only to those who know the token in FILE, which only its owner may read",
+         .takes = OptionRow::Takes::FILES},
+        [](Settings& settings, const std::string& text) { settings.httpToken = text; },
+        [](const Settings& settings) { return settings.httpToken; }},
+    {{.name = "http-host", .value = "NAMES", .help = "names of this machine by which the page is opened, with commas"},
+        [](Settings& settings, const std::string& text) { settings.httpHost = text; },
+        [](const Settings& settings) { return settings.httpHost; }},
 };
 
 using Problems = std::vector<std::string>;
@@ -284,6 +304,10 @@ void compare(const Settings& settings, Problems& problems)
     const vxtools::TlsFiles& tls = settings.tls;
     if (tls.certificate.empty() && !(tls.key.empty() && tls.authorities.empty()))
         problems.push_back("tls-key and tls-client-ca need tls-cert");
+    if (settings.http.empty() && !(settings.httpToken.empty() && settings.httpHost.empty()))
+        problems.push_back("http-token and http-host need http");
+    if (!settings.http.empty() && settings.httpToken.empty() && !http::isLoopback(http::placeIn(settings.http).value()))
+        problems.push_back("http: other machines reach " + settings.http + ", so that it needs http-token");
 }
 
 } // namespace
@@ -376,7 +400,7 @@ std::string usage(vxtools::Messages& messages)
         "because the disk is full. The server tries again until it can.\n"
         "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
         "opens the log anew and reads the settings again, all but listen, port, workers,\n"
-        "forward and status-socket.\n"
+        "forward, status-socket and those of http.\n"
         "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
         "settings."};
     return messages.say(HEAD()) + "\n\n" + vxtools::helpOf(optionTable(), u"vxlogd.help.", messages) + '\n'

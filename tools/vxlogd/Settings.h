@@ -29,6 +29,9 @@ struct Settings {
     bool sync = false;
     std::string statusSocket; ///< empty for the path beside the log
     vxtools::TlsFiles tls; ///< with a certificate, all connections are encrypted
+    std::string http; ///< "127.0.0.1:8080", where the page is; empty for nowhere
+    std::string httpToken; ///< file
+    std::string httpHost; ///< names of this machine, with commas
     vx::io::Rotation rotation;
     std::string forward; ///< the URI of a topic to which the log is also sent; empty for none
 };

@@ -131,6 +131,16 @@ std::string toMetrics(const Figures& figures)
     return text;
 }
 
+std::string toJson(const Figures& figures)
+{
+    std::string text = "{";
+    for (const FigureRow& row : FIGURES) {
+        text.append(text.size() > 1 ? ",\"" : "\"").append(row.metric).append("\":");
+        text.append(numberText(row.get(figures)));
+    }
+    return text + "}";
+}
+
 Status::Status(std::function<Counts()> count)
     : m_count(std::move(count))
 {

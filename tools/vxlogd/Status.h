@@ -48,6 +48,8 @@ struct Figures {
 std::string toText(const Figures& figures);
 /// The text format of Prometheus, version 0.0.4.
 std::string toMetrics(const Figures& figures);
+/// An object of JSON with the names of the metrics.
+std::string toJson(const Figures& figures);
 
 /// Gathers the figures of a server. Any thread may call it.
 class Status {

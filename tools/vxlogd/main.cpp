@@ -10,6 +10,7 @@
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Program.h"
+#include "http/Page.h"
 
 #include <vx/Describe.h>
 
@@ -124,10 +125,16 @@ void serve(const Settings& settings, int argc, char** argv)
     const std::unique_ptr<StatusSocket> statusSocket = std::move(opened); // ends before what it asks
     if (forwarder != nullptr)
         forwarder->start();
+    const auto page
+        = settings.http.empty() ? nullptr : std::make_unique<http::Page>(settings, status, server.getTail());
     server.start();
     if (statusSocket != nullptr)
         statusSocket->start(status);
+    if (page != nullptr)
+        page->start();
     std::printf("listening on %s\n", server.getAddresses().c_str());
+    if (page != nullptr)
+        std::printf("the page is at %s\n", page->getAddress().c_str());
     std::fflush(stdout);
     tellManager("READY=1");
     for (int signal = 0; signal != SIGTERM && signal != SIGINT;) {
