@@ -60,16 +60,6 @@ class Documents(unittest.TestCase):
             told.add(source.stem)
         self.assertEqual(told, {source.stem for source in (ROOT / "examples/guide").glob("*.cpp")})
 
-    def test_recipes_print_what_they_say(self):
-        recipes = sorted((ROOT / "examples/recipes").glob("*.cpp"))
-        self.assertGreater(len(recipes), 11)
-        for source in recipes:
-            title, output = re.fullmatch(r"// # ([^\n]+)\n.*^/\* prints\n(.*)\*/\n", source.read_text(encoding="utf-8"),
-                                         re.MULTILINE | re.DOTALL).groups()
-            with self.subTest(title), tempfile.TemporaryDirectory() as folder:
-                run = subprocess.run([PROGRAMS / source.stem, folder], capture_output=True, check=True, text=True, timeout=60)
-                self.assertEqual(run.stdout, output)
-
     def test_tables_of_costs_are_those_of_the_script(self):
         tables = subprocess.run([ROOT / "scripts/simulate-road"], capture_output=True, check=True, text=True, timeout=60)
         self.assertIn(tables.stdout, (ROOT / "docs/beyond-one-machine.md").read_text(encoding="utf-8"))
