@@ -63,6 +63,15 @@ class Documents(unittest.TestCase):
     def test_tables_of_costs_are_those_of_the_script(self):
         tables = subprocess.run([ROOT / "scripts/simulate-road"], capture_output=True, check=True, text=True, timeout=60)
         self.assertIn(tables.stdout, (ROOT / "docs/beyond-one-machine.md").read_text(encoding="utf-8"))
+    def test_recipes_print_what_they_say(self):
+        recipes = sorted((ROOT / "examples/recipes").glob("*.cpp"))
+        self.assertGreater(len(recipes), 10)
+        for source in recipes:
+            told = source.read_text(encoding="utf-8").partition("\n// Prints:\n")[2]
+            with self.subTest(source.name), tempfile.TemporaryDirectory() as folder:
+                run = subprocess.run([PROGRAMS / f"recipe_{source.stem}", f"{folder}/file"], capture_output=True,
+                                     check=True, text=True, timeout=60)
+                self.assertEqual(run.stdout, re.sub("^// ?", "", told, flags=re.MULTILINE))
 
 
 if __name__ == "__main__":
