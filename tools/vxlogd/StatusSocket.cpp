@@ -1,9 +1,9 @@
 #include "StatusSocket.h"
 
 #include "common/Failure.h"
+#include "common/LocalSocket.h"
 
 #include <cerrno>
-#include <cstring>
 #include <optional>
 #include <poll.h>
 #include <string_view>
@@ -19,6 +19,8 @@ namespace vxlogd {
 namespace {
 
 using vxtools::Failure;
+
+} // namespace
 
 class Descriptor {
 public:
@@ -41,40 +43,16 @@ private:
     int m_number;
 };
 
+namespace {
+
 [[noreturn]] void fail(const std::string& path, int error)
 {
     throw Failure(path, vxtools::textOfError(error));
 }
 
-sockaddr_un addressOf(const std::string& path)
-{
-    sockaddr_un address {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path)
-        throw Failure(
-            path, "the path of a socket has at most " + std::to_string(sizeof address.sun_path - 1) + " bytes");
-    std::memcpy(address.sun_path, path.data(), path.size());
-    return address;
-}
-
-int openSocket(const std::string& path)
-{
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (socket == -1)
-        fail(path, errno);
-    return socket;
-}
-
-/// The error number; 0 for success.
-int connectTo(int socket, const std::string& path)
-{
-    const sockaddr_un address = addressOf(path);
-    return ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
-}
-
 int bindTo(int socket, const std::string& path)
 {
-    const sockaddr_un address = addressOf(path);
+    const sockaddr_un address = vxtools::localAddress(path);
     return ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
 }
 
@@ -114,12 +92,12 @@ StatusSocket::StatusSocket(const std::string& path)
     constexpr mode_t USER_ONLY = 0600;
     constexpr int MOST_WAITING = 16;
 
-    Descriptor socket(openSocket(path));
+    Descriptor socket(vxtools::openLocalSocket(path));
     ::fchmod(socket.get(), USER_ONLY); // the file of the socket gets this mode
     int error = bindTo(socket.get(), path);
     if (error == EADDRINUSE && socketAt(path)) {
-        const Descriptor other(openSocket(path));
-        if (connectTo(other.get(), path) != ECONNREFUSED)
+        const Descriptor other(vxtools::openLocalSocket(path));
+        if (vxtools::connectLocalSocket(other.get(), path) != ECONNREFUSED)
             throw Failure(path, "another server uses it");
         ::unlink(path.c_str());
         error = bindTo(socket.get(), path);
@@ -147,8 +125,9 @@ StatusSocket::~StatusSocket()
         ::unlink(m_path.c_str());
 }
 
-void StatusSocket::start(Status& status)
+void StatusSocket::start(Status& status, Tail& tail)
 {
+    m_senders = std::make_unique<TailSenders>(tail);
     m_thread = std::make_unique<vx::exec::Thread>([this, &status] { run(status); });
     m_thread->start();
 }
@@ -163,37 +142,41 @@ void StatusSocket::run(Status& status)
         status.sample();
         if (ready != 1 || m_isStopping)
             continue;
-        const Descriptor client(::accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC));
+        Descriptor client(::accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC));
         if (client.get() != -1)
-            answer(client.get(), status);
+            answer(client, status);
         else if (!m_isStopping)
             vx::exec::Thread::sleep(SECOND); // no descriptor is free, say
     }
 }
 
-void StatusSocket::answer(int client, Status& status)
+void StatusSocket::answer(Descriptor& client, Status& status)
 {
-    limitTime(client);
+    limitTime(client.get());
     char bytes[64];
-    const ssize_t count = ::recv(client, bytes, sizeof bytes, 0);
+    const ssize_t count = ::recv(client.get(), bytes, sizeof bytes, 0);
     if (count < 0)
         return;
     std::string_view request(bytes, static_cast<std::size_t>(count));
     request = request.substr(0, request.find_first_of("\r\n"));
     if (request.empty() || request == "status")
-        sendAll(client, toText(status.gather()));
+        sendAll(client.get(), toText(status.gather()));
     else if (request == "metrics")
-        sendAll(client, toMetrics(status.gather()));
+        sendAll(client.get(), toMetrics(status.gather()));
+    else if (request != "tail" && request != "tail follow")
+        sendAll(client.get(), "err the requests are status, metrics, tail and tail follow\n");
+    else if (m_senders->start(client.get(), request != "tail"))
+        client.release();
     else
-        sendAll(client, "err the requests are status and metrics\n");
+        sendAll(client.get(), "err too many watch the log\n");
 }
 
 std::string askStatus(const std::string& path, const std::string& request)
 {
     if (path.empty())
         throw Failure("status-socket", "the settings name none");
-    const Descriptor socket(openSocket(path));
-    if (const int error = connectTo(socket.get(), path); error != 0)
+    const Descriptor socket(vxtools::openLocalSocket(path));
+    if (const int error = vxtools::connectLocalSocket(socket.get(), path); error != 0)
         fail(path, error);
     sendAll(socket.get(), request + "\n");
     std::string text;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Status.h"
+#include "TailSenders.h"
 
 #include <vx/exec/Thread.h>
 
@@ -11,8 +12,10 @@
 
 namespace vxlogd {
 
-/// Answers with the figures of the server on a Unix socket that only its user may open. A client sends "status" or
-/// "metrics" and a line feed, or nothing, which means "status".
+class Descriptor;
+
+/// Answers with the figures of the server on a Unix socket that only its user may open. A client sends "status",
+/// "metrics", "tail" or "tail follow" and a line feed, or nothing, which means "status".
 class StatusSocket {
 public:
     /// Listens at `path`, but does not answer yet. Removes the socket of a server that was killed. Throws
@@ -23,18 +26,19 @@ public:
     StatusSocket(const StatusSocket&) = delete;
     StatusSocket& operator=(const StatusSocket&) = delete;
 
-    /// Answers on a thread. `status` must outlive this object.
-    void start(Status& status);
+    /// Answers on a thread. `status` and `tail` must outlive this object.
+    void start(Status& status, Tail& tail);
 
 private:
     void run(Status& status);
-    void answer(int client, Status& status);
+    void answer(Descriptor& client, Status& status);
 
     const std::string m_path;
     int m_socket = -1;
     dev_t m_device = 0;
     ino_t m_inode = 0;
     std::atomic<bool> m_isStopping = false;
+    std::unique_ptr<TailSenders> m_senders;
     std::unique_ptr<vx::exec::Thread> m_thread;
 };
 

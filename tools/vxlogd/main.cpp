@@ -129,7 +129,7 @@ void serve(const Settings& settings, int argc, char** argv)
         = settings.http.empty() ? nullptr : std::make_unique<http::Page>(settings, status, server.getTail());
     server.start();
     if (statusSocket != nullptr)
-        statusSocket->start(status);
+        statusSocket->start(status, server.getTail());
     if (page != nullptr)
         page->start();
     std::printf("listening on %s\n", server.getAddresses().c_str());

@@ -3,6 +3,7 @@
 #include "common/Failure.h"
 #include "common/Input.h"
 #include "common/Kafka.h"
+#include "common/LocalSocket.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <optional>
 #include <spawn.h>
 #include <string_view>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,6 +29,7 @@ namespace {
 
 constexpr Message IS_FOLDER {u"vxview.is-folder", "is a folder"};
 constexpr Message DECOMPRESSION {u"vxview.decompression", "{0} cannot decompress it"};
+constexpr Message NO_TAIL {u"vxview.no-tail", "is no server of a log that can be watched: \"{0}\""};
 constexpr Message NO_PROGRAM {u"vxview.no-program", "needs the program {0}: {1}"};
 
 /// A form of compression: what its files begin with, and the program that reads them.
@@ -97,6 +100,12 @@ std::int64_t sizeOf(const std::string& path)
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
+bool isSocket(const std::string& path)
+{
+    struct stat status { };
+    return stat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
 } // namespace
 
 Source::Source(const std::string& path, Access access)
@@ -144,6 +153,10 @@ Source::~Source()
 bool Source::open(const std::string& path)
 {
     m_open = path;
+    if (isSocket(path)) {
+        openServer(path);
+        return true;
+    }
     const int file = openFile(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0 && errno == ENOENT && m_access.follows)
         return false;
@@ -163,6 +176,42 @@ bool Source::open(const std::string& path)
     if (m_programName != nullptr)
         startProgram();
     return true;
+}
+
+/// Asks for the last entries. The first line of the answer says how many there are.
+void Source::openServer(const std::string& path)
+{
+    close();
+    m_file = openLocalSocket(path);
+    m_isServer = true;
+    if (const int error = connectLocalSocket(m_file, path); error != 0)
+        fail(textOfError(error));
+    const std::string request = m_access.follows ? "tail follow\n" : "tail\n";
+    if (::send(m_file, request.data(), request.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(request.size()))
+        fail(textOfError(errno));
+    constexpr std::size_t MOST = 100;
+    std::string line;
+    for (char byte = 0; line.size() < MOST && ::read(m_file, &byte, 1) == 1 && byte != '\n';)
+        line += byte;
+    const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), m_kept);
+    if (error != std::errc() || stop != line.data() + line.size())
+        throw Failure(path, NO_TAIL(line));
+}
+
+/// After the entries that are kept, does not wait for more.
+std::size_t Source::readServer(char* bytes, std::size_t size)
+{
+    for (;;) {
+        const ssize_t count = ::recv(m_file, bytes, size, m_kept > 0 || !m_access.follows ? 0 : MSG_DONTWAIT);
+        if (count > 0) {
+            m_kept -= std::min(m_kept, static_cast<std::size_t>(std::count(bytes, bytes + count, '\n')));
+            return static_cast<std::size_t>(count);
+        }
+        if (count < 0 && errno == EINTR)
+            continue;
+        m_wasReplaced = count == 0 || errno != EAGAIN; // the server has stopped
+        return 0;
+    }
 }
 
 void Source::startProgram()
@@ -210,6 +259,8 @@ std::size_t Source::read(char* bytes, std::size_t size)
     }
     if (m_file < 0)
         return 0;
+    if (m_isServer)
+        return readServer(bytes, size);
     for (;;) {
         const ssize_t count = ::read(m_output >= 0 ? m_output : m_file, bytes, size);
         if (count > 0) {
@@ -242,6 +293,8 @@ bool Source::isAtEnd()
 {
     if (m_topic != nullptr)
         return !m_access.follows;
+    if (m_isServer)
+        return m_wasReplaced;
     if (!mayAdvance() || m_wasReplaced || m_file < 0 || m_output >= 0 || !m_waiting.empty())
         return true;
     m_wasReplaced = isReplaced();

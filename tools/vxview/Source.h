@@ -19,8 +19,8 @@ struct Access {
     bool follows = false; ///< goes on when the log grows or is replaced
 };
 
-/// The bytes of one log: a file, the older files of a rotated one, standard input, or a topic of Kafka. Compressed
-/// files are read through the program that decompresses them.
+/// The bytes of one log: a file, the older files of a rotated one, standard input, a topic of Kafka, or what a running
+/// server tells at its socket. Compressed files are read through the program that decompresses them.
 class Source {
 public:
     /// "-" is standard input. Throws Failure that names the file.
@@ -36,7 +36,7 @@ public:
     /// Goes on with the next file of the log. False if there is none (yet).
     bool advance();
     /// Whether `advance` may succeed later.
-    bool mayAdvance() const { return m_access.follows && m_path != "-" && m_topic == nullptr; }
+    bool mayAdvance() const { return m_access.follows && m_path != "-" && m_topic == nullptr && !m_isServer; }
     /// Continues `size` bytes before the end of the last file. False if it is not longer, or compressed.
     bool skipToEnd(std::int64_t size);
 
@@ -54,6 +54,8 @@ private:
 
     /// False if a file that is followed is not there.
     bool open(const std::string& path);
+    void openServer(const std::string& path);
+    std::size_t readServer(char* bytes, std::size_t size);
     void startProgram();
     void close();
     /// Ends the program that decompresses. Throws Failure if it failed.
@@ -74,6 +76,8 @@ private:
     pid_t m_program = -1;
     const char* m_programName = nullptr;
     Identity m_identity {};
+    bool m_isServer = false;
+    std::size_t m_kept = 0; ///< entries that the server still sends at once
     bool m_wasReplaced = false;
     std::int64_t m_size = -1;
     std::int64_t m_closedBytes = 0;

@@ -159,6 +159,7 @@ public:
         m_thread = std::thread([this] {
             bool isTold = false;
             while (!m_isStopping) {
+                ::listen(svr_sock_, MOST_CONNECTIONS); // the library lets only a few wait
                 listen_after_bind();
                 if (m_isStopping)
                     return;
