@@ -35,6 +35,13 @@ inline constexpr std::int32_t RESULT_STORE_CORRUPT = code(0x800703F1);
 /// in programs that run with another user's rights), otherwise in the user's data folder. The store must belong to the
 /// user or to root, and no other user may be able to write there; any other store gives RESULT_ACCESS_DENIED.
 ///
+/// A second store, that of all users, is read after the user's: a key or value that the user's store does not have is
+/// looked for there, and an enumeration shows the elements of both, the user's one of two with the same name. Changes are
+/// made in the user's store only. The removal of what only all users have gives RESULT_ACCESS_DENIED. The variable
+/// VXSYS4_MACHINE_REGISTRY names another place for it; an empty one means that there is none. The same rules of trust
+/// hold: if the store could have been changed by a user other than root and the caller, what the user's store does not
+/// have gives RESULT_ACCESS_DENIED. To change it, root names its place in VXSYS4_REGISTRY.
+///
 /// `key` is a path of names with backslashes between them, empty for the hive itself, which always exists; `name` is empty
 /// for the default value. Names have at most 255 units (RESULT_NAME_TOO_LONG); lone surrogates give RESULT_INVALID_NAME.
 /// Two names that differ only in case are one name, stored as it was first written. Lengths of data count bytes, lengths of
@@ -76,4 +83,8 @@ VXSYS_API std::int32_t VXRegistryEnumNextKey(VXRegistryEnum handle, char16_t* na
 VXSYS_API std::int32_t VXRegistryEnumNextValue(VXRegistryEnum handle, char16_t* name, std::int32_t* nameLength,
     ENUM_VX_REG_TYPE* type, void* data, std::int32_t* dataLength) noexcept;
 VXSYS_API std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept;
+
+/// Writes the path of the store of all users, in UTF-8 with a terminator; it is empty if there is none.
+/// RESULT_BUFFER_TOO_SMALL if `size` bytes are not enough.
+VXSYS_API std::int32_t VXRegistryGetMachinePlace(char* place, std::int32_t size) noexcept;
 }

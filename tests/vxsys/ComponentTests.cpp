@@ -167,6 +167,14 @@ TEST_F(ComponentLibrary, SeesAChangeOfTheRegistryAtTheNextCreation)
     const std::u16string inServer = u"CLSID\\{00000001-0001-0001-0000-000000000000}\\InprocServer32";
     const std::u16string missing = (m_scratch / "missing.so").u16string();
     const auto enterAgain = [&] { enter(1, m_library.u16string()); };
+    const ScopedVariable machine("VXSYS4_MACHINE_REGISTRY", (m_scratch / "machine").c_str());
+    const auto forAllUsers = [&](const std::function<void()>& work) { // in another process, which may write there
+        Child([&](Child::Side&) {
+            ::setenv("VXSYS4_REGISTRY", (m_scratch / "machine").c_str(), 1);
+            work();
+        }).wait();
+    };
+    forAllUsers([] { setText(u"Test.2", u"so that the store is there"); });
     const std::tuple<const char*, std::function<void()>, std::int32_t> cases[] = {
         {"first", enterAgain, RESULT_OK},
         {"the library by this process", [&] { setText(inServer, missing); }, RESULT_NOT_FOUND},
@@ -180,6 +188,15 @@ TEST_F(ComponentLibrary, SeesAChangeOfTheRegistryAtTheNextCreation)
         {"the first registry", [&] { ::setenv("VXSYS4_REGISTRY", (m_scratch / "store").c_str(), 1); }, RESULT_OK},
         {"the class removed", [] { VXRegistryDeleteKey(VX_HKEY_CLASSES_32, u"CLSID"); }, RESULT_CLASS_NOT_AVAILABLE},
         {"back after the removal", enterAgain, RESULT_OK},
+        {"another library for all users", [&] { forAllUsers([&] { enter(1, missing); }); }, RESULT_OK},
+        {"only that of all users",
+            [] {
+                for (const char16_t* key : {u"CLSID", u"Test.1"})
+                    EXPECT_EQ(VXRegistryDeleteKey(VX_HKEY_CLASSES_32, key), RESULT_OK);
+            },
+            RESULT_NOT_FOUND},
+        {"a good one for all users", [&] { forAllUsers(enterAgain); }, RESULT_OK},
+        {"a missing one for all users", [&] { forAllUsers([&] { setText(inServer, missing); }); }, RESULT_NOT_FOUND},
     };
     const _GUID classId {1, 1, 1, {}};
     for (const auto& [what, change, result] : cases) {

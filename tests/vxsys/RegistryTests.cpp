@@ -76,6 +76,8 @@ protected:
     Scratch m_scratch;
     std::filesystem::path m_place = m_scratch / "store";
     ScopedVariable m_named {"VXSYS4_REGISTRY", m_place.c_str()};
+    std::filesystem::path m_machine = m_scratch / "machine";
+    ScopedVariable m_machineNamed {"VXSYS4_MACHINE_REGISTRY", m_machine.c_str()};
 };
 
 using Names = std::vector<std::u16string>;
@@ -224,6 +226,41 @@ TEST_F(Registry, SeesWhatIsDoneToAValueThatItHasReadBefore)
         EXPECT_EQ(get(u"a", u"v"), found) << what;
         std::filesystem::remove_all(m_scratch / "elsewhere");
     }
+}
+
+TEST_F(Registry, ShowsBesideItsOwnWhatAllUsersHave)
+{
+    const auto setForAll = [&](const char16_t* key, const char16_t* name, const char* data) {
+        const ScopedVariable there("VXSYS4_REGISTRY", m_machine.c_str());
+        EXPECT_EQ(set(key, name, data), RESULT_OK);
+    };
+    const auto remove = [](const char16_t* name) { return VXRegistryDeleteValue(VX_HKEY_USER, u"a", name); };
+    setForAll(u"A\\Sub", u"V", "all");
+    setForAll(u"A\\b", u"", "all");
+    setForAll(u"A", u"V", "all");
+    setForAll(u"A", u"w", "all");
+    EXPECT_EQ(names(u"", true), Names {u"A"}) << "without a store of the user";
+    EXPECT_EQ(get(u"a", u"v"), "all");
+    EXPECT_EQ((Told {remove(u"v"), remove(u"x"), VXRegistryDeleteKey(VX_HKEY_USER, u"a"),
+                  VXRegistryDeleteKey(VX_HKEY_USER, u"x")}),
+        (Told {RESULT_ACCESS_DENIED, RESULT_NOT_FOUND, RESULT_ACCESS_DENIED, RESULT_NOT_FOUND}));
+    EXPECT_FALSE(std::filesystem::exists(m_place));
+
+    EXPECT_EQ((Told {set(u"a", u"v", "own"), set(u"a", u"a", "own"), set(u"a\\c", u"", ""), set(u"a\\SUB", u"", "")}),
+        (Told {RESULT_OK, RESULT_OK, RESULT_OK, RESULT_OK}));
+    EXPECT_EQ(names(u"a", false), (Names {u"a", u"v", u"w"}));
+    EXPECT_EQ(names(u"a", true), (Names {u"b", u"c", u"SUB"}));
+    EXPECT_EQ(get(u"a", u"v") + get(u"a", u"w") + get(u"a\\sub", u"v"), "ownallall");
+    EXPECT_EQ((Told {remove(u"v"), remove(u"v")}), (Told {RESULT_OK, RESULT_ACCESS_DENIED}));
+    EXPECT_EQ(get(u"a", u"v"), "all") << "seen again";
+
+    std::filesystem::permissions(m_machine, std::filesystem::perms(0777));
+    EXPECT_EQ(get(u"a", u"a") + get(u"a", u"w"), "ownfailed") << "others could have changed it";
+    ::setenv("VXSYS4_MACHINE_REGISTRY", "", 1);
+    EXPECT_EQ(get(u"a", u"w"), "none");
+    char place[8];
+    EXPECT_EQ(VXRegistryGetMachinePlace(place, 0), RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(VXRegistryGetMachinePlace(place, 1), RESULT_OK);
 }
 
 TEST(RegistryRecord, ReadsNothingBeyondWhateverItSays)

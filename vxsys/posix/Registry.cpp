@@ -20,6 +20,7 @@ struct VXRegistryEnumTag {
     std::size_t position = 0;
     std::vector<std::u16string> keys;
     std::u16string units;
+    std::u16string machineUnits;
     std::vector<vxsys::detail::RegistryValue> values;
 };
 
@@ -67,6 +68,42 @@ std::int32_t readKey(const std::string& place, ENUM_VX_HKEY hive, const Registry
     if (const std::int32_t result = store.open(place); failed(result))
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
     return store.read(hiveOf(hive), path, units, record, file);
+}
+
+/// Reads what only the user's store has, or only that of all users, or both, by `read(place, isMachine)`. A key or value
+/// that is in neither gives RESULT_NOT_FOUND.
+template <class Read>
+std::int32_t readBoth(Read&& read)
+{
+    const std::int32_t result = read(RegistryStore::place(), false);
+    if (failed(result) && result != RESULT_NOT_FOUND)
+        return result;
+    const std::int32_t more = read(RegistryStore::machinePlace(), true);
+    return more == RESULT_NOT_FOUND ? result : more;
+}
+
+/// Brings the elements of both stores, those of the user first, into the order of their names, and removes the second
+/// one of two with the same name.
+template <class Element, class Name>
+void merge(std::vector<Element>& elements, Name&& name)
+{
+    std::stable_sort(elements.begin(), elements.end(), [&](const Element& left, const Element& right) {
+        return foldRegistryName(name(left)) < foldRegistryName(name(right));
+    });
+    const auto isSame
+        = [&](const Element& left, const Element& right) { return isSameRegistryName(name(left), name(right)); };
+    elements.erase(std::unique(elements.begin(), elements.end(), isSame), elements.end());
+}
+
+/// The result of the removal of a key that the user's store does not have, or of a value (unless `name` is null).
+std::int32_t resultOfMissing(ENUM_VX_HKEY hive, const RegistryPath& path, const char16_t* name)
+{
+    std::u16string units;
+    RegistryRecord record;
+    const std::int32_t result = readKey(RegistryStore::machinePlace(), hive, path, units, record);
+    if (result == RESULT_NOT_FOUND || (!failed(result) && name != nullptr && record.find(name) == nullptr))
+        return RESULT_NOT_FOUND;
+    return RESULT_ACCESS_DENIED;
 }
 
 bool isWhole(ENUM_VX_REG_TYPE type, std::int32_t length) noexcept
@@ -173,9 +210,10 @@ std::int32_t VXRegistryDeleteKey(ENUM_VX_HKEY hive, const char16_t* key) noexcep
     return guarded([&] {
         RegistryPath path;
         RegistryChange change;
-        return inOrder([&] { return assign(path, hive, key); },
+        const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
             [&] { return path.steps().empty() ? RESULT_ACCESS_DENIED : change.begin(false); },
             [&] { return change.remove(hiveOf(hive), path); });
+        return result == RESULT_NOT_FOUND ? resultOfMissing(hive, path, nullptr) : result;
     });
 }
 
@@ -206,24 +244,27 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
         const auto copy = [&](const RegistryValue& value) {
             return copyData(value, type, data, room, length) ? RESULT_OK : RESULT_BUFFER_TOO_SMALL;
         };
-        const std::string place = RegistryStore::place();
-        const RegistryQuestion question {place, hiveOf(hive), key, name};
-        if (RegistryAnswer answer; answer.find(question))
-            return copy(answer.value());
+        const auto find = [&](const std::string& place) {
+            const RegistryQuestion question {place, hiveOf(hive), key, name};
+            if (RegistryAnswer answer; answer.find(question))
+                return copy(answer.value());
 
-        RegistryPath path;
-        std::u16string units;
-        RegistryRecord record;
-        RegistryFile file;
-        if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
-                [&] { return readKey(place, hive, path, units, record, &file); });
-            failed(result))
-            return result;
-        const RegistryValue* value = record.find(name);
-        if (value == nullptr)
-            return RESULT_NOT_FOUND;
-        RegistryAnswer::keep(question, file, *value);
-        return copy(*value);
+            RegistryPath path;
+            std::u16string units;
+            RegistryRecord record;
+            RegistryFile file;
+            if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
+                    [&] { return readKey(place, hive, path, units, record, &file); });
+                failed(result))
+                return result;
+            const RegistryValue* value = record.find(name);
+            if (value == nullptr)
+                return RESULT_NOT_FOUND;
+            RegistryAnswer::keep(question, file, *value);
+            return copy(*value);
+        };
+        const std::int32_t result = find(RegistryStore::place());
+        return result == RESULT_NOT_FOUND ? find(RegistryStore::machinePlace()) : result;
     });
 }
 
@@ -239,10 +280,10 @@ std::int32_t VXRegistryDeleteValue(ENUM_VX_HKEY hive, const char16_t* key, const
         if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
                 [&] { return change.begin(false); }, [&] { return change.read(hiveOf(hive), path, units, record); });
             failed(result))
-            return result;
+            return result == RESULT_NOT_FOUND ? resultOfMissing(hive, path, name) : result;
         const RegistryValue* value = record.find(name);
         if (value == nullptr)
-            return RESULT_NOT_FOUND;
+            return resultOfMissing(hive, path, name);
         record.values.erase(record.values.begin() + (value - record.values.data()));
         return change.replace(hiveOf(hive), path, record);
     });
@@ -253,12 +294,16 @@ std::int32_t VXRegistryOpenKeyEnum(ENUM_VX_HKEY hive, const char16_t* key, VXReg
     return openEnum(handle, [&](VXRegistryEnumTag& elements) {
         elements.ofKeys = true;
         RegistryPath path;
-        RegistryStore store;
         if (const std::int32_t result = assign(path, hive, key); failed(result))
             return result;
-        if (const std::int32_t result = store.open(); failed(result))
-            return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
-        return store.readSubkeys(hiveOf(hive), path, elements.keys);
+        const std::int32_t result = readBoth([&](const std::string& place, bool) {
+            RegistryStore store;
+            if (const std::int32_t opened = store.open(place); failed(opened))
+                return opened == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : opened;
+            return store.readSubkeys(hiveOf(hive), path, elements.keys);
+        });
+        merge(elements.keys, [](const std::u16string& name) { return std::u16string_view(name); });
+        return result;
     });
 }
 
@@ -266,17 +311,17 @@ std::int32_t VXRegistryOpenValueEnum(ENUM_VX_HKEY hive, const char16_t* key, VXR
 {
     return openEnum(handle, [&](VXRegistryEnumTag& elements) {
         RegistryPath path;
-        RegistryRecord record;
-        if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
-                [&] { return readKey(RegistryStore::place(), hive, path, elements.units, record); });
-            failed(result))
+        if (const std::int32_t result = assign(path, hive, key); failed(result))
             return result;
-        std::sort(
-            record.values.begin(), record.values.end(), [](const RegistryValue& left, const RegistryValue& right) {
-                return foldRegistryName(left.name) < foldRegistryName(right.name);
-            });
-        elements.values = std::move(record.values);
-        return RESULT_OK;
+        const std::int32_t result = readBoth([&](const std::string& place, bool isMachine) {
+            RegistryRecord record;
+            const std::int32_t read
+                = readKey(place, hive, path, isMachine ? elements.machineUnits : elements.units, record);
+            elements.values.insert(elements.values.end(), record.values.begin(), record.values.end());
+            return read;
+        });
+        merge(elements.values, [](const RegistryValue& value) { return value.name; });
+        return result;
     });
 }
 
@@ -316,5 +361,17 @@ std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept
     if (handle == nullptr)
         return RESULT_INVALID_HANDLE;
     delete handle;
+    return RESULT_OK;
+}
+
+std::int32_t VXRegistryGetMachinePlace(char* place, std::int32_t size) noexcept
+{
+    if (place == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    const std::string_view path = RegistryStore::machinePlace();
+    if (size < 0 || path.size() >= static_cast<std::size_t>(size))
+        return RESULT_BUFFER_TOO_SMALL;
+    path.copy(place, path.size());
+    place[path.size()] = '\0';
     return RESULT_OK;
 }

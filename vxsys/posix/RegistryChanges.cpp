@@ -23,6 +23,8 @@ using namespace vxsys::results;
 
 constexpr const char* COUNT_NAME = "changes";
 
+constinit ChangeCount g_newStores = 0; // always even, as the count of a store that is not being changed
+
 /// The number of a period of about four milliseconds.
 std::int64_t currentPeriod() noexcept
 {
@@ -81,20 +83,26 @@ std::uint64_t RegistryWatch::version() noexcept
     }
     if (m_period < 0)
         return 0;
-    const std::uint64_t count = m_count->load(std::memory_order_acquire);
-    if (count != m_lastCount) {
-        m_lastCount = count;
+    const std::uint64_t user = m_user.value();
+    const std::uint64_t machine = m_machine.value();
+    if (user != m_lastUser || machine != m_lastMachine) {
+        m_lastUser = user;
+        m_lastMachine = machine;
         ++m_version;
     }
-    return count % 2 == 0 ? m_version : 0;
+    return (user | machine) % 2 == 0 ? m_version : 0;
 }
 
 void RegistryWatch::close() noexcept
 {
-    if (m_count != nullptr)
-        ::munmap(const_cast<ChangeCount*>(m_count), sizeof *m_count);
-    m_count = nullptr;
+    m_user.close();
+    m_machine.close();
     m_period = -1;
+}
+
+void RegistryWatch::noteNewStore() noexcept
+{
+    g_newStores.fetch_add(2, std::memory_order_release);
 }
 
 bool RegistryWatch::isSamePlace() const
@@ -106,29 +114,46 @@ bool RegistryWatch::isSamePlace() const
 bool RegistryWatch::renew()
 {
     const std::string place = RegistryStore::place();
-    RegistryStore store;
-    if (place.size() >= PLACE_SIZE || failed(store.open(place)))
+    if (place.size() >= PLACE_SIZE || !m_user.renew(place) || !m_machine.renew(RegistryStore::machinePlace()))
         return false;
+    std::strcpy(m_place, place.c_str());
+    return m_user.isMapped() || m_machine.isMapped();
+}
+
+bool MappedCount::renew(const std::string& place)
+{
+    RegistryStore store;
+    if (const std::int32_t result = store.open(place); failed(result)) {
+        close();
+        return result == RESULT_NOT_FOUND;
+    }
     const Descriptor file(retryOnSignal(
         [&] { return ::openat(store.folder(), COUNT_NAME, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
     struct stat status;
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !holdsCount(status) || !isOnlyOurs(status))
         return false;
-    if (m_count == nullptr || status.st_ino != m_number || status.st_dev != m_device)
-        map(file, status);
-    std::strcpy(m_place, place.c_str());
-    return m_count != nullptr;
-}
-
-void RegistryWatch::map(const Descriptor& file, const struct stat& status) noexcept
-{
+    if (m_count != nullptr && status.st_ino == m_number && status.st_dev == m_device)
+        return true;
     close();
     void* memory = ::mmap(nullptr, sizeof *m_count, PROT_READ, MAP_SHARED, file.get(), 0);
     if (memory == MAP_FAILED)
-        return;
+        return false;
     m_count = static_cast<const ChangeCount*>(memory);
     m_device = status.st_dev;
     m_number = status.st_ino;
+    return true;
+}
+
+void MappedCount::close() noexcept
+{
+    if (m_count != nullptr)
+        ::munmap(const_cast<ChangeCount*>(m_count), sizeof *m_count);
+    m_count = nullptr;
+}
+
+std::uint64_t MappedCount::value() const noexcept
+{
+    return (m_count != nullptr ? *m_count : g_newStores).load(std::memory_order_acquire);
 }
 
 } // namespace vxsys::detail

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -30,32 +31,56 @@ private:
     ChangeCount* m_count = nullptr;
 };
 
-/// Looks for changes of the present store. Its owner locks it.
+/// The count of one store, mapped for reading.
+class MappedCount {
+public:
+    constexpr MappedCount() noexcept = default;
+    MappedCount(const MappedCount&) = delete;
+    MappedCount& operator=(const MappedCount&) = delete;
+
+    /// Maps the count of the store at `place`. False if it cannot be read, although there is a store.
+    bool renew(const std::string& place);
+    void close() noexcept;
+
+    bool isMapped() const noexcept { return m_count != nullptr; }
+    /// Odd during a change. While there is no store, the count of stores that this process has made is used instead.
+    std::uint64_t value() const noexcept;
+
+private:
+    const ChangeCount* m_count = nullptr;
+    dev_t m_device = 0;
+    ino_t m_number = 0;
+};
+
+/// Looks for changes of the two present stores, the user's and that of all users. Its owner locks it.
 class RegistryWatch {
 public:
     constexpr RegistryWatch() noexcept = default;
     RegistryWatch(const RegistryWatch&) = delete;
     RegistryWatch& operator=(const RegistryWatch&) = delete;
 
-    /// The version of the store: between two calls with the same one, no process has changed it through this library,
-    /// and it is the same store. A change of its files by other means gives a new version within some milliseconds. 0
-    /// if there is no store, if it is being changed, or if the count cannot be read.
+    /// The version of the stores: between two calls with the same one, no process has changed them through this library,
+    /// and they are the same stores. A change of their files by other means, another process that makes the second
+    /// store, and another place for the store of all users give a new version within some milliseconds. 0 if there is no
+    /// store, if one is being changed, or if a count cannot be read.
     std::uint64_t version() noexcept;
 
     /// Returns what it holds. A later call of `version` begins anew.
     void close() noexcept;
+
+    /// Tells all watches of this process that it has made a store.
+    static void noteNewStore() noexcept;
 
 private:
     static constexpr std::size_t PLACE_SIZE = 1024;
 
     bool isSamePlace() const;
     bool renew();
-    void map(const Descriptor& file, const struct stat& status) noexcept;
 
-    const ChangeCount* m_count = nullptr;
-    dev_t m_device = 0;
-    ino_t m_number = 0;
-    std::uint64_t m_lastCount = 0;
+    MappedCount m_user;
+    MappedCount m_machine;
+    std::uint64_t m_lastUser = 0;
+    std::uint64_t m_lastMachine = 0;
     std::uint64_t m_version = 0;
     std::int64_t m_period = -1;
     char m_place[PLACE_SIZE] = "";

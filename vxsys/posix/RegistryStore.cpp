@@ -237,8 +237,16 @@ std::string RegistryStore::place()
     return data + "/vxsys4/registry";
 }
 
+const char* RegistryStore::machinePlace() noexcept
+{
+    const char* named = ::secure_getenv("VXSYS4_MACHINE_REGISTRY");
+    return named != nullptr ? named : VXSYS_MACHINE_REGISTRY;
+}
+
 std::int32_t RegistryStore::open(const std::string& place)
 {
+    if (place.empty())
+        return RESULT_NOT_FOUND;
     if (place.front() != '/')
         return RESULT_INVALID_NAME;
     m_folder.reset(
@@ -311,7 +319,11 @@ std::int32_t RegistryChange::begin(bool isToBeMade)
 {
     std::int32_t result = open();
     if (result == RESULT_NOT_FOUND && isToBeMade)
-        result = inOrder([] { return makeFolders(place()); }, [&] { return open(); });
+        result = inOrder([] { return makeFolders(place()); },
+            [&] {
+                RegistryWatch::noteNewStore();
+                return open();
+            });
     if (failed(result))
         return result;
 

@@ -26,10 +26,12 @@ class RegistryStore {
 public:
     static constexpr const char* PLACE_VARIABLE = "VXSYS4_REGISTRY";
 
-    /// The path of the store. `open` refuses an empty path and one that is not a full path.
+    /// The path of the user's store. `open` refuses one that is not a full path.
     static std::string place();
+    /// The path of the store of all users, which this layer only reads. Empty for none.
+    static const char* machinePlace() noexcept;
 
-    /// RESULT_NOT_FOUND before the first change.
+    /// RESULT_NOT_FOUND before the first change, and for an empty path.
     std::int32_t open(const std::string& place = RegistryStore::place());
 
     /// The open folder.
