@@ -85,6 +85,8 @@ function(vx_install)
     write_basic_package_version_file(${PROJECT_BINARY_DIR}/vxlib4ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
     install(FILES ${PROJECT_BINARY_DIR}/vxlib4Config.cmake ${PROJECT_BINARY_DIR}/vxlib4ConfigVersion.cmake
         DESTINATION ${package})
+    install(FILES ${PROJECT_SOURCE_DIR}/cmake/VxComponent.cmake ${PROJECT_SOURCE_DIR}/cmake/VxComponent.map
+        DESTINATION ${package})
     if(BUILD_SHARED_LIBS) # gdb looks there for the printers of a library
         install(FILES ${PROJECT_SOURCE_DIR}/gdb/vxlib4-gdb.py
             DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}

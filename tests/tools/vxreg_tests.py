@@ -2,6 +2,8 @@
 """Tests the program in the variable VXREG from outside, with a new store."""
 
 import os
+import random
+import shutil
 import unittest
 
 import tool
@@ -11,8 +13,9 @@ KEY = "VX_HKEY_USER\\Software\\X"
 
 
 class Scratch(tool.Scratch):
-    def vxreg(self, *arguments, text=b""):
-        environment = {**os.environ, "VXSYS4_REGISTRY": self.path("store")}
+    def vxreg(self, *arguments, text=b"", env=None):
+        environment = {**os.environ, "VXSYS4_REGISTRY": self.path("store"),
+                       "VXSYS4_MACHINE_REGISTRY": self.path("machine"), **(env or {})}
         return tool.run("vxreg", *arguments, data=text, env=environment, cwd=self.folder)
 
     def output(self, *arguments, **options):
@@ -94,13 +97,18 @@ class Branches(Scratch):
         self.assertEqual(self.output("get", "VX_HKEY_USER\\A", "n"), "1\n")
 
 
-class Components(Scratch):
+class WithComponent(Scratch):
     def setUp(self):
         super().setUp()
         with open(COMPONENT, "rb") as file:
             self.content = file.read()
         self.put(self.content)
 
+    def put(self, content):
+        self.write("greeter.so", content, 0o755)
+
+
+class Components(WithComponent):
     def test_are_registered_resolved_and_taken_out(self):
         self.assertRefused(["resolve", "Example.Greeter"], "Example.Greeter", "registered")
         self.assertEqual(self.output("register", "greeter.so"), "")
@@ -124,8 +132,67 @@ class Components(Scratch):
             self.assertRefused(["resolve", "Example.Greeter"], self.path("greeter.so"), part)
             self.assertRefused(["register", "greeter.so"], self.path("greeter.so"), part)
 
-    def put(self, content):
-        self.write("greeter.so", content, 0o755)
+
+class Machine(WithComponent):
+    def test_offers_components_to_all_users(self):
+        os.umask(0o077)
+        self.output("--machine", "register", "greeter.so")
+        self.assertEqual({os.stat(self.path(os.path.join("machine", name))).st_mode & 0o777
+                          for name in [".", "classes-32", "classes-32/k-clsid", "classes-32/k-clsid/key", "changes"]},
+                         {0o755, 0o644})
+        self.assertIn("an object was created", self.output("resolve", "Example.Greeter"))
+        self.assertFalse(os.path.exists(self.path("store")))
+        self.assertRefused(["unregister", "greeter.so"], "denied")
+        self.output("-m", "unregister", "greeter.so")
+        self.assertRefused(["resolve", "Example.Greeter"], "registered")
+        self.assertRefused(["-m", "list"], "all users", env={"VXSYS4_MACHINE_REGISTRY": ""})
+
+
+class Verification(WithComponent):
+    def test_finds_what_is_wrong(self):
+        library = self.path("faulty.so")
+        shutil.copy(os.environ["VXREG_FAULTY"], library)
+        none = "no object of class {00000077-0000-0000-0000-000000000000} (Faulty)"
+        for fault, parts in [
+            ("", [none]), ("killed", ["by signal 9 (Killed) while an object of class {00000077-"]), ("ended", ["with status 7"]),
+            ("thread", [none, "leaves a thread"]), ("in use", [none, "says that it is in use"]),
+            ("unregistrable", ["VXRegisterServer failed: the disk is full", "registers no class"]),
+            ("no path", ["without a library"]), ("same name", [none, "the name Faulty belongs to"]),
+            ("same class", [none, "Twin and Faulty both have"]), ("kept key", [none, "does not remove Faulty"]),
+        ]:
+            result = self.vxreg("verify", "faulty.so", env={"FAULT": fault})
+            lines = result.stdout.decode().splitlines()
+            self.assertEqual((result.returncode, len(lines)), (1, len(parts)), (fault, lines))
+            for part in parts:
+                self.assertTrue(any(line.startswith(library + ": ") and part in line for line in lines), (fault, lines))
+
+    def test_finds_what_the_file_shows(self):
+        with open(os.environ["VXREG_FAULTY"].replace("vxreg_faulty", "vxreg_faulty_unique"), "rb") as file:
+            unique = file.read()
+        other = self.content[:18] + b"\x28" + self.content[19:]
+        for content, part in [(b"text", "not a shared"), (b"", "truncated"), (self.content[:5000], "truncated"),
+                              (other, "another machine"), (unique, "only_one")]:
+            self.put(content)
+            self.assertIn(part, self.vxreg("verify", "greeter.so").stdout.decode())
+        self.assertRefused(["verify", "missing.so"], "1 of 1")
+        random_bytes = random.Random(4)
+        for _ in range(20):  # damaged tables
+            broken = bytearray(self.content)
+            for _ in range(8):
+                broken[random_bytes.choice([random_bytes.randrange(16, 64), -random_bytes.randrange(1, 2000)])] ^= 0x41
+            self.put(bytes(broken))
+            self.assertIn(self.vxreg("verify", "greeter.so").returncode, [0, 1])
+
+    def test_finds_the_classes_of_others(self):
+        self.assertIn("greeter.so: no problem", self.output("verify", "greeter.so"))
+        self.output("register", "greeter.so")
+        self.assertIn("greeter.so: no problem", self.output("verify", "greeter.so"))
+        shutil.copy(self.path("greeter.so"), self.path("copy.so"))
+        self.output("set", "VX_HKEY_CLASSES\\Example.Greeter.1\\CLSID", "", "{other}")
+        result = self.vxreg("verify", "copy.so", "greeter.so")
+        self.assertIn("is registered for " + self.path("greeter.so"), result.stdout.decode())
+        self.assertIn("Example.Greeter.1 is registered for class {other}", result.stdout.decode())
+        self.assertFails(result, "2 of 2")
 
 
 if __name__ == "__main__":

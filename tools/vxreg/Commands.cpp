@@ -3,6 +3,8 @@
 #include "common/Failure.h"
 #include "vxreg/Results.h"
 #include "vxreg/TextForm.h"
+#include "vxreg/Texts.h"
+#include "vxreg/Verify.h"
 
 #include <vx/Exception.h>
 #include <vx/Result.h>
@@ -11,10 +13,14 @@
 #include <vxsys/Component.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <sstream>
+#include <sys/stat.h>
 
 namespace vxreg {
 
@@ -26,6 +32,7 @@ using vx::SystemName;
 using vx::TerminatedText;
 using vx::util::RegistryKey;
 using vxtools::Failure;
+using vxtools::Messages;
 
 RegistryKey keyOf(const std::string& path)
 {
@@ -69,17 +76,17 @@ void callLibrary(const std::string& name, std::int32_t (*call)(const char16_t*))
     }
 }
 
-void registerLibrary(const Arguments& arguments)
+void registerLibrary(const Arguments& arguments, Messages&)
 {
     callLibrary(arguments[0], VXComRegisterLibrary);
 }
 
-void unregisterLibrary(const Arguments& arguments)
+void unregisterLibrary(const Arguments& arguments, Messages&)
 {
     callLibrary(arguments[0], VXComUnregisterLibrary);
 }
 
-void resolve(const Arguments& arguments)
+void resolve(const Arguments& arguments, Messages&)
 {
     const String progId = fromUtf8(arguments[0]);
     _GUID classId;
@@ -115,7 +122,7 @@ void writeValues(std::ostream& target, const RegistryKey& key)
     }
 }
 
-void list(const Arguments& arguments)
+void list(const Arguments& arguments, Messages&)
 {
     if (arguments.empty()) {
         for (std::uint32_t hive = VX_HKEY_CLASSES_32; hive <= VX_HKEY_CONFIG_64; ++hive)
@@ -141,20 +148,20 @@ std::string describe(const Arguments& arguments)
     return arguments.size() > 1 ? arguments[0] + ", value \"" + arguments[1] + "\"" : arguments[0];
 }
 
-void get(const Arguments& arguments)
+void get(const Arguments& arguments, Messages&)
 {
     const RegistryKey key = keyOf(arguments[0]);
     print(about(describe(arguments), [&] { return plainText(readValue(key, nameIn(arguments, 1))); }));
 }
 
-void set(const Arguments& arguments)
+void set(const Arguments& arguments, Messages&)
 {
     const Value value = parseValue(arguments.size() > 3 ? arguments[3] : "text", arguments[2]);
     const RegistryKey key = keyOf(arguments[0]);
     about(describe(arguments), [&] { writeValue(key, nameIn(arguments, 1), value); });
 }
 
-void remove(const Arguments& arguments)
+void remove(const Arguments& arguments, Messages&)
 {
     const RegistryKey key = keyOf(arguments[0]);
     about(describe(arguments), [&] {
@@ -174,7 +181,12 @@ void writeBranch(std::ostream& target, const RegistryKey& key)
         writeBranch(target, *subkeys->next());
 }
 
-void exportBranch(const Arguments& arguments)
+void verify(const Arguments& arguments, Messages& messages)
+{
+    verifyLibraries(arguments, messages);
+}
+
+void exportBranch(const Arguments& arguments, Messages&)
 {
     const RegistryKey key = keyOf(arguments[0]);
     std::ostringstream text; // so that a failure does not change the file
@@ -188,7 +200,7 @@ void exportBranch(const Arguments& arguments)
         throw Failure(arguments[1], vxtools::textOfError(errno));
 }
 
-void importBranch(const Arguments& arguments)
+void importBranch(const Arguments& arguments, Messages&)
 {
     const std::string name = arguments.empty() ? "-" : arguments[0];
     std::ifstream file;
@@ -217,20 +229,41 @@ struct Command {
     std::string_view name;
     std::size_t least;
     std::size_t most;
-    void (*run)(const Arguments& arguments);
+    void (*run)(const Arguments& arguments, Messages& messages);
+    bool makesStore = false;
 };
 
 constexpr Command COMMANDS[] = {
-    {"register", 1, 1, registerLibrary},
+    {"register", 1, 1, registerLibrary, true},
     {"unregister", 1, 1, unregisterLibrary},
     {"resolve", 1, 1, resolve},
+    {"verify", 1, std::numeric_limits<std::size_t>::max(), verify},
     {"list", 0, 1, list},
     {"get", 1, 2, get},
-    {"set", 3, 4, set},
+    {"set", 3, 4, set, true},
     {"delete", 1, 2, remove},
     {"export", 1, 2, exportBranch},
-    {"import", 0, 1, importBranch},
+    {"import", 0, 1, importBranch, true},
 };
+
+/// Makes the commands of this process work on the registry of all users. All of them may read it: the rights of its
+/// files follow those of its folder.
+void useMachineRegistry(bool isToBeMade)
+{
+    char place[PATH_MAX];
+    vx::throwIfFailed(VXRegistryGetMachinePlace(place, sizeof place));
+    if (*place == '\0')
+        throw Failure(MACHINE(), NO_MACHINE());
+    if (isToBeMade) {
+        ::umask(S_IWGRP | S_IWOTH);
+        std::error_code error;
+        std::filesystem::create_directories(place, error);
+        if (error)
+            throw Failure(place, vxtools::textOfError(error.value()));
+    }
+    ::setenv("VXSYS4_REGISTRY", place, 1);
+    ::setenv("VXSYS4_MACHINE_REGISTRY", "", 1);
+}
 
 } // namespace
 
@@ -244,6 +277,8 @@ std::string usage(const vx::util::OptionTable& options)
            "  unregister LIBRARY      have it take them out again\n"
            "  resolve PROGID          print the class and the library that a name leads to,\n"
            "                          and try the library\n"
+           "  verify LIBRARY...       try component libraries without registering them, and\n"
+           "                          print what is wrong with them\n"
            "  list [KEY]              print the keys below KEY and its values; without it,\n"
            "                          the hives\n"
            "  get KEY [NAME]          print a value: a text as it is, bytes in hexadecimal\n"
@@ -261,7 +296,8 @@ std::string usage(const vx::util::OptionTable& options)
           "KEY is a path as VX_HKEY_USER\\Software\\X, with \"/\" as good as \"\\\", below one of\n"
           "the hives VX_HKEY_CLASSES, VX_HKEY_CONFIG and VX_HKEY_USER. NAME is empty for\n"
           "the default value. FILE is standard output or input where it is missing or \"-\".\n"
-          "The variable VXSYS4_REGISTRY names another place for the registry.\n"
+          "What the registry of the user does not have is looked for in that of all users.\n"
+          "The variables VXSYS4_REGISTRY and VXSYS4_MACHINE_REGISTRY name other places.\n"
           "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line.\n";
 }
 
@@ -273,7 +309,7 @@ std::vector<std::string_view> commandNames()
     return names;
 }
 
-void run(const std::vector<std::string>& arguments)
+void run(const std::vector<std::string>& arguments, bool forMachine, Messages& messages)
 {
     if (arguments.empty())
         throw std::invalid_argument("no command");
@@ -283,7 +319,9 @@ void run(const std::vector<std::string>& arguments)
         const Arguments rest(arguments.begin() + 1, arguments.end());
         if (rest.size() < command.least || rest.size() > command.most)
             throw std::invalid_argument(arguments[0] + " takes other arguments");
-        command.run(rest);
+        if (forMachine)
+            useMachineRegistry(command.makesStore);
+        command.run(rest, messages);
         return;
     }
     throw std::invalid_argument("no command: " + arguments[0]);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/Messages.h"
+
 #include <vx/util/OptionTable.h>
 
 #include <string>
@@ -12,8 +14,8 @@ std::string usage(const vx::util::OptionTable& options);
 
 std::vector<std::string_view> commandNames();
 
-/// Runs the command that the first argument names. Throws std::invalid_argument for a wrong command line, and Failure
+/// Runs the command that the first argument names, with `forMachine` on the registry of all users only. Throws std::invalid_argument for a wrong command line, and Failure
 /// or vx::Exception if the command fails.
-void run(const std::vector<std::string>& arguments);
+void run(const std::vector<std::string>& arguments, bool forMachine, vxtools::Messages& messages);
 
 } // namespace vxreg

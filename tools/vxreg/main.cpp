@@ -12,8 +12,11 @@ using namespace vxtools;
 
 int main(int argc, char** argv)
 {
-    return runProgram("vxreg", [&] {
-        const vx::util::OptionTable table("vxreg", {COMPLETION_ROW, HELP_ROW, VERSION_ROW});
+    constexpr vx::util::OptionRow MACHINE_ROW {
+        .name = "machine", .letter = 'm', .help = "work on the registry of all users, which only root may change"};
+    const vx::util::OptionTable table("vxreg", {COMPLETION_ROW, HELP_ROW, LOCALE_ROW, MACHINE_ROW, VERSION_ROW});
+    Messages messages(localeOf(table, argc, argv));
+    const auto work = [&] {
         const vx::util::ParsedOptions options
             = parseCommandLine(table, argc, argv, vx::util::OptionTable::Order::OPTIONS_FIRST);
         if (options.has("help"))
@@ -23,8 +26,9 @@ int main(int argc, char** argv)
         else if (options.has("completion"))
             printCompletion(table, options.get("completion"), commandNames());
         else
-            run(options.getArguments());
+            run(options.getArguments(), options.has("machine"), messages);
         if (!std::cout.flush())
             throw Failure("standard output", "cannot be written");
-    });
+    };
+    return runProgram("vxreg", work, messages);
 }

@@ -1,0 +1,145 @@
+#include "vxreg/Trial.h"
+
+#include "common/Failure.h"
+#include "vxreg/Texts.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <iostream>
+#include <optional>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vxreg {
+
+namespace {
+
+using namespace vxtools;
+
+constexpr char PROBLEM = 'P';
+constexpr char STAGE = 'S';
+constexpr char END = 'E';
+constexpr int SECONDS = 60; // of silence
+
+/// The next bytes from the child. Empty if there are no more, no value if it is silent for too long.
+std::optional<std::string> receive(int source)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::seconds(SECONDS);
+    for (;;) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        pollfd entry {source, POLLIN, 0};
+        const int ready = rest.count() > 0 ? ::poll(&entry, 1, static_cast<int>(rest.count())) : 0;
+        if (ready == 0)
+            return std::nullopt;
+        std::array<char, 4096> bytes {};
+        const ssize_t count = ready > 0 ? ::read(source, bytes.data(), bytes.size()) : -1;
+        if (count >= 0)
+            return std::string(bytes.data(), static_cast<std::size_t>(count));
+        if (errno != EINTR)
+            return std::string();
+    }
+}
+
+} // namespace
+
+Trial::Trial(int target, Messages& messages)
+    : m_target(target)
+    , m_messages(messages)
+{
+}
+
+void Trial::tell(const Text& problem)
+{
+    send(PROBLEM, m_messages.say(problem));
+}
+
+void Trial::enter(const Text& stage)
+{
+    send(STAGE, m_messages.say(stage));
+}
+
+/// A line begins with its kind and ends with a zero byte.
+void Trial::send(char kind, const std::string& text) const
+{
+    const std::string line = kind + text.substr(0, text.find('\0'));
+    const char* source = line.c_str();
+    for (std::size_t rest = line.size() + 1; rest > 0;) {
+        const ssize_t written = ::write(m_target, source, rest);
+        if (written < 0 && errno != EINTR)
+            ::_exit(1);
+        if (written > 0) {
+            source += written;
+            rest -= static_cast<std::size_t>(written);
+        }
+    }
+}
+
+std::vector<std::string> Trial::run(Messages& messages, const std::function<void(Trial&)>& work)
+{
+    std::array<int, 2> pipe {};
+    if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
+        throw Failure("pipe", textOfError(errno));
+    std::cout.flush();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(pipe[0]);
+        ::dup2(STDERR_FILENO, STDOUT_FILENO); // what a library prints is not part of the report
+        std::signal(SIGPIPE, SIG_DFL);
+        Trial trial(pipe[1], messages);
+        try {
+            work(trial);
+        } catch (const vx::Exception& failure) {
+            trial.tell(vxtools::textOf(failure));
+        } catch (const std::exception& failure) {
+            trial.tell(failure.what());
+        }
+        trial.send(END, "");
+        ::_exit(0);
+    }
+    const int error = errno;
+    ::close(pipe[1]);
+    if (child < 0) {
+        ::close(pipe[0]);
+        throw Failure("fork", textOfError(error));
+    }
+
+    std::vector<std::string> problems;
+    std::string stage, received;
+    bool hasEnded = false, isSilent = false;
+    while (!hasEnded) {
+        const std::optional<std::string> bytes = receive(pipe[0]);
+        isSilent = !bytes;
+        if (isSilent || bytes->empty())
+            break;
+        received += *bytes;
+        for (std::size_t end; (end = received.find('\0')) != received.npos; received.erase(0, end + 1)) {
+            const std::string text = received.substr(1, end - 1);
+            if (received[0] == PROBLEM)
+                problems.push_back(text);
+            else if (received[0] == STAGE)
+                stage = text;
+            else
+                hasEnded = true;
+        }
+    }
+    ::close(pipe[0]);
+    if (isSilent)
+        ::kill(child, SIGKILL);
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) { }
+    if (isSilent)
+        problems.push_back(messages.say(STUCK(stage, SECONDS)));
+    else if (WIFSIGNALED(status))
+        problems.push_back(messages.say(CRASHED(stage, WTERMSIG(status), ::strsignal(WTERMSIG(status)))));
+    else if (!hasEnded || WEXITSTATUS(status) != 0)
+        problems.push_back(messages.say(ENDED(stage, WEXITSTATUS(status))));
+    return problems;
+}
+
+} // namespace vxreg
