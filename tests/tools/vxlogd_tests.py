@@ -131,7 +131,7 @@ class Lines(Served):
 
     def test_are_objects_of_json_in_files_of_limited_size(self):
         self.start("--format=json", "--rotate-size=1000")
-        lines = [f"line {number} \"x\" 😀" for number in range(50)]
+        lines = [f"line {number} \"x\" \\ \t 😀" for number in range(50)]
         self.client("ack=1").send(("\n".join(lines) + "\n").encode()).hear("ack 50\n")
         contents = self.rotated()
         self.assertGreater(len(contents), 4)

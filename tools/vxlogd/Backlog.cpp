@@ -24,11 +24,12 @@ void Backlog::add(std::size_t bytes)
         m_isFull = true;
 }
 
-bool Backlog::remove(std::size_t bytes)
+bool Backlog::remove(std::size_t lines, std::size_t bytes)
 {
     const std::lock_guard lock(m_lock);
-    m_isShort = --m_size.lines < FEW_LINES;
-    m_size.bytes -= bytes + LINE_COST;
+    m_size.lines -= lines;
+    m_isShort = m_size.lines < FEW_LINES;
+    m_size.bytes -= bytes + lines * LINE_COST;
     return m_size.bytes <= m_limit / 2 && m_isFull.exchange(false);
 }
 

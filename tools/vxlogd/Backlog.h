@@ -11,8 +11,8 @@ class Backlog {
 public:
     void setLimit(std::size_t bytes);
     void add(std::size_t bytes);
-    /// True if clients may be read again.
-    bool remove(std::size_t bytes);
+    /// Removes `lines` lines with that many bytes in all. True if clients may be read again.
+    bool remove(std::size_t lines, std::size_t bytes);
 
     /// From the moment when the limit is reached until half of it is free.
     bool isFull() const { return m_isFull; }

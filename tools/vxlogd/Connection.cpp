@@ -22,12 +22,12 @@ constexpr std::size_t READ_SIZE = 16 * 1024;
 constexpr std::chrono::seconds TIME_TO_HEAR(5);
 constexpr std::chrono::seconds TIME_TO_REST(1); // until the memory of a silent connection is returned
 
-vx::Reference<const vx::String> textOf(const vx::net::InetSocketAddress* address)
+std::string textOf(const vx::net::InetSocketAddress* address)
 {
     vx::String text;
     if (address != nullptr)
         address->getDiagnosticStr(text);
-    return new vx::String(text);
+    return text.toUtf8();
 }
 
 } // namespace
@@ -50,7 +50,7 @@ Connection::Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket, Intake
     , m_progress(std::make_shared<Progress>(m_waker, m_number))
     , m_owner(m_progress->takeOver(m_waker, m_number, 1))
     , m_peer(textOf(m_socket->getPeerAddress()))
-    , m_level(new vx::Integer32(limits.level))
+    , m_level(limits.level)
 {
 }
 
@@ -82,7 +82,7 @@ void Connection::read()
         break;
     case Wire::Result::BROKEN:
         if (m_isEncrypted) {
-            complain(m_peer->toUtf8() + ": " + m_wire.reason());
+            complain(m_peer + ": " + m_wire.reason());
             m_wire.endOutput();
             m_isParting = !m_isFinishing;
             m_partedAt = Clock::now();
@@ -200,20 +200,26 @@ void Connection::takeLines()
 {
     const std::size_t maxLine = m_limits.maxLine;
     std::string_view rest = m_input;
-    while (!rest.empty() && !m_isRefused && hasRoom()) {
-        const std::size_t end = rest.find('\n');
-        if (end == rest.npos && !m_hasEnded && !m_skipsLine && rest.size() <= maxLine)
-            break;
-        std::string_view line = rest.substr(0, end);
-        rest.remove_prefix(end != rest.npos ? end + 1 : rest.size());
-        if (!std::exchange(m_skipsLine, end == std::string_view::npos)) {
-            if (m_isNumbered && end == rest.npos && line.size() <= maxLine)
-                break; // the client sends the whole line on its next connection
-            if (line.ends_with('\r'))
-                line.remove_suffix(1);
-            takeLine(line.substr(0, maxLine), line.size() > maxLine);
+    try {
+        while (!rest.empty() && !m_isRefused && hasRoom()) {
+            const std::size_t end = rest.find('\n');
+            if (end == rest.npos && !m_hasEnded && !m_skipsLine && rest.size() <= maxLine)
+                break;
+            std::string_view line = rest.substr(0, end);
+            rest.remove_prefix(end != rest.npos ? end + 1 : rest.size());
+            if (!std::exchange(m_skipsLine, end == std::string_view::npos)) {
+                if (m_isNumbered && end == rest.npos && line.size() <= maxLine)
+                    break; // the client sends the whole line on its next connection
+                if (line.ends_with('\r'))
+                    line.remove_suffix(1);
+                takeLine(line.substr(0, maxLine), line.size() > maxLine);
+            }
         }
+    } catch (...) {
+        submitBatch();
+        throw;
     }
+    submitBatch();
     m_input.erase(0, m_isRefused ? m_input.size() : m_input.size() - rest.size());
 }
 
@@ -236,15 +242,40 @@ void Connection::takeLine(std::string_view line, bool isCut)
     case Progress::Claim::REPEATED:
         return;
     }
-    const vx::Reference<const vx::Integer32> level = takeLevel(line);
-    vx::String text = readableText(line);
-    if (isCut)
-        text.append(u" [cut]");
-    m_intake.submit(m_peer, level, std::move(text), {m_progress, m_lines, line.size()});
+    const int level = takeLevel(line);
+    m_progress->begin(line.size());
+    try {
+        std::string converted;
+        std::string_view text = readableText(line, converted);
+        if (isCut)
+            text = converted = std::string(text) + " [cut]";
+        addToBatch(line.size(), level, text);
+    } catch (...) {
+        m_progress->fail(1, line.size());
+        throw;
+    }
+}
+
+void Connection::addToBatch(std::size_t bytes, int level, std::string_view text)
+{
+    if (m_batch != nullptr && m_batch->getNextLine() != m_lines)
+        submitBatch();
+    if (m_batch == nullptr)
+        m_batch = new Batch(m_progress, m_peer, m_intake.getForm());
+    m_batch->add(m_lines, bytes, level, text);
+    m_intake.expect(bytes);
+}
+
+void Connection::submitBatch()
+{
+    vx::Reference<Batch> batch;
+    std::swap(batch, m_batch);
+    if (batch != nullptr && batch->getSize() > 0)
+        m_intake.submit(batch);
 }
 
 /// Removes the prefix "<3>".
-vx::Reference<const vx::Integer32> Connection::takeLevel(std::string_view& line) const
+int Connection::takeLevel(std::string_view& line) const
 {
     int level = 0;
     const std::size_t end = m_hasLevels && line.starts_with('<') ? line.find('>') : line.npos;
@@ -254,7 +285,7 @@ vx::Reference<const vx::Integer32> Connection::takeLevel(std::string_view& line)
     if (error != std::errc() || stop != line.data() + end)
         return m_level;
     line.remove_prefix(end + 1);
-    return new vx::Integer32(level);
+    return level;
 }
 
 void Connection::greet(std::string_view options)
@@ -275,7 +306,7 @@ void Connection::greet(std::string_view options)
         };
         int number = 0;
         if (name == "level" && reads(number))
-            m_level = new vx::Integer32(number);
+            m_level = number;
         else if (name == "ack" && reads(number))
             m_wantsAnswers = number != 0;
         else if (name == "beat" && reads(number))

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Batch.h"
 #include "Log.h"
 #include "Receipt.h"
 #include "common/Wire.h"
 
-#include <vx/String.h>
+#include <vx/Reference.h>
 #include <vx/net/TcpWorkerSocket2.h>
 
 #include <atomic>
@@ -80,7 +81,9 @@ private:
     void tellTrouble();
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
-    vx::Reference<const vx::Integer32> takeLevel(std::string_view& line) const;
+    int takeLevel(std::string_view& line) const;
+    void addToBatch(std::size_t bytes, int level, std::string_view text);
+    void submitBatch();
     void greet(std::string_view options);
     /// Continues where the client `id` was when its last connection ended.
     void resume(std::string_view id, std::uint64_t first);
@@ -97,8 +100,8 @@ private:
     const std::uint64_t m_number; ///< by which the waker knows the connection
     std::shared_ptr<Progress> m_progress;
     std::uint64_t m_owner; ///< the number of this connection at the progress
-    vx::Reference<const vx::String> m_peer;
-    vx::Reference<const vx::Integer32> m_level;
+    const std::string m_peer;
+    int m_level;
     bool m_wantsAnswers = false;
     bool m_owesAnswer = false; ///< even if no line is done
     bool m_beats = false; ///< whether a line may be only a sign of life
@@ -116,6 +119,7 @@ private:
     std::uint64_t m_lines = 0;
     std::uint64_t m_doneBefore = 0;
     std::uint64_t m_answered = 0;
+    vx::Reference<Batch> m_batch; ///< lines that are taken and not in the queue yet
     std::string m_input;
     std::string m_output;
     std::shared_ptr<const std::string> m_toldTrouble; ///< of the log, of which the client knows

@@ -2,9 +2,10 @@
 
 #include "common/LossyReader.h"
 
+#include <vx/String.h>
+
 #include <algorithm>
 #include <span>
-#include <string>
 
 namespace vxlogd {
 
@@ -32,16 +33,16 @@ char16_t readable(char16_t unit)
 
 } // namespace
 
-vx::String readableText(std::string_view bytes)
+std::string_view readableText(std::string_view bytes, std::string& converted)
 {
+    if (std::ranges::all_of(bytes, [](char byte) { return (byte >= ' ' && byte < 0x7F) || byte == '\t'; }))
+        return bytes;
     std::u16string text;
-    if (std::ranges::all_of(bytes, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
-        text.assign(bytes.begin(), bytes.end());
-    else
-        vxtools::LossyDecoder(u"UTF-8").decode(
-            std::span(reinterpret_cast<const signed char*>(bytes.data()), bytes.size()), true, text);
+    vxtools::LossyDecoder(u"UTF-8").decode(
+        std::span(reinterpret_cast<const signed char*>(bytes.data()), bytes.size()), true, text);
     std::ranges::transform(text, text.begin(), readable);
-    return vx::String(std::u16string_view(text));
+    converted = vx::String(std::u16string_view(text)).toUtf8();
+    return converted;
 }
 
 } // namespace vxlogd

@@ -5,18 +5,9 @@
 #include "common/FileName.h"
 
 #include <vx/Exception.h>
-#include <vx/TerminatedText.h>
-#include <vx/collections/Set.h>
-#include <vx/io/EntryStream.h>
 #include <vx/io/FileOutputStream.h>
-#include <vx/io/OutputStreamWriter.h>
 #include <vx/io/RotatingFileStream.h>
-#include <vx/log/BasicLogWriter.h>
-#include <vx/log/JsonLogWriter.h>
-#include <vx/log/LogEntry.h>
 #include <vx/log/TimeStamp.h>
-#include <vx/log/XmlLogWriter.h>
-#include <vx/log/ZonedTimeStamp.h>
 
 #include <chrono>
 #include <exception>
@@ -28,42 +19,7 @@ namespace vxlogd {
 
 using vx::Reference;
 using vx::String;
-using vx::TerminatedText;
 using vx::log::ILogEntry;
-
-/// An entry that carries its receipt through the chain.
-class Entry final : public vx::log::LogEntry {
-public:
-    explicit Entry(Receipt receipt)
-        : m_receipt(std::move(receipt))
-    {
-    }
-
-    const Receipt& getReceipt() const { return m_receipt; }
-
-private:
-    Receipt m_receipt;
-};
-
-/// Collects the text of entries.
-class Block final : public vx::io::OutputStream {
-public:
-    const std::vector<signed char>& get() const { return m_bytes; }
-    std::size_t getSize() const { return m_bytes.size(); }
-    void cut(std::size_t size) { m_bytes.resize(size); }
-
-    // OutputStream
-    using OutputStream::write;
-    void write(const signed char* bytes, std::int32_t length) override
-    {
-        m_bytes.insert(m_bytes.end(), bytes, bytes + length);
-    }
-    void flush() override { }
-    void close() override { }
-
-private:
-    std::vector<signed char> m_bytes;
-};
 
 namespace {
 
@@ -162,15 +118,9 @@ void LogFile::close()
     endDocument();
 }
 
-void LogFile::expect(const Receipt& receipt)
+void LogFile::cancel(const Batch& batch)
 {
-    m_backlog.add(receipt.bytes);
-    ++m_expected;
-}
-
-void LogFile::cancel(const Receipt& receipt)
-{
-    release(receipt);
+    release(batch.all());
     const std::lock_guard turn(m_turn);
     Lock lock(m_lock);
     if (--m_expected == 0)
@@ -181,9 +131,20 @@ void LogFile::process(const ILogEntry* entry)
 {
     const std::lock_guard turn(m_turn);
     Lock lock(m_lock);
-    print(Reference<const Entry>(static_cast<const Entry*>(entry)));
-    if (--m_expected == 0 || m_block->getSize() >= blockSize(m_settings))
-        write(lock); // otherwise the next entry comes soon
+    const Reference<const Batch> batch(static_cast<const Batch*>(entry));
+    for (std::size_t index = 0; index < batch->getSize(); ++index) {
+        print(batch, index);
+        if (m_block->getSize() >= blockSize(m_settings))
+            write(lock);
+    }
+    if (--m_expected == 0)
+        write(lock); // otherwise the next batch comes soon
+}
+
+std::shared_ptr<const Form> LogFile::getForm() const
+{
+    const std::lock_guard lock(m_formLock);
+    return m_form;
 }
 
 std::shared_ptr<const std::string> LogFile::getTrouble() const
@@ -200,20 +161,13 @@ std::string LogFile::getPath() const
 
 void LogFile::open(const Settings& settings)
 {
-    constexpr std::int32_t BUFFER_SIZE = 64 * 1024;
-
     if (settings.format == Format::XML)
         moveAside(settings.log);
     const Reference<vx::io::OutputStream> file = openForAppend(settings);
     const Reference<Block> block(new Block);
-    const Reference<vx::io::Writer> writer(new vx::io::OutputStreamWriter(new vx::io::EntryStream(block.get()),
-        TerminatedText(String(std::string_view(settings.encoding))), BUFFER_SIZE));
-    const Reference<vx::log::ILogProcessor> document = settings.format == Format::XML
-        ? vx::log::XmlLogWriter::create(writer.get(), vx::log::XmlLogWriter::Values::ESCAPED)
-        : settings.format == Format::JSON ? vx::log::JsonLogWriter::create(writer.get())
-                                          : vx::log::BasicLogWriter::create(writer.get());
+    const Reference<vx::log::ILogProcessor> writer = createWriter(settings, *block);
+    std::shared_ptr<const Form> form = Form::learn(settings);
     try {
-        writer->flush(); // the head of a document
         if (block->getSize() > 0)
             file->write(block->get().data(), static_cast<std::int32_t>(block->getSize()));
     } catch (const vx::Exception& failure) {
@@ -223,9 +177,15 @@ void LogFile::open(const Settings& settings)
     m_settings = settings;
     m_file = file;
     m_block = block;
-    m_writer = document;
-    for (const Reference<const Entry>& entry : std::exchange(m_entries, {}))
-        print(entry); // again, because the new file may have another format
+    m_writer = writer;
+    {
+        const std::lock_guard lock(m_formLock);
+        m_form.swap(form);
+    }
+    for (const Batch::Span& lines : std::exchange(m_entries, {})) {
+        for (std::size_t index = 0; index < lines.count; ++index)
+            print(lines.batch, lines.first + index); // again, because the new file may have another format
+    }
 }
 
 /// Leaves the entries of the block for the next file.
@@ -247,23 +207,27 @@ void LogFile::endDocument()
 }
 
 /// Adds the entry to the block.
-void LogFile::print(const Reference<const Entry>& entry)
+void LogFile::print(const Reference<const Batch>& batch, std::size_t index)
 {
     const std::size_t size = m_block->getSize();
     const std::string reason = reasonOf([&] {
-        m_entries.push_back(entry);
-        if (m_writer == nullptr)
-            return; // `open` will print it
+        const bool follows = !m_entries.empty() && m_entries.back().batch == batch
+            && m_entries.back().first + m_entries.back().count == index;
+        if (!follows)
+            m_entries.push_back({batch, index, 0});
         try {
-            m_writer->process(entry.get());
+            if (m_writer != nullptr && !batch->print(index, m_form.get(), *m_block)) // otherwise `open` will print it
+                m_writer->process(batch->createEntry(index).get());
+            ++m_entries.back().count;
         } catch (...) {
             m_block->cut(size);
-            m_entries.pop_back();
+            if (!follows)
+                m_entries.pop_back();
             throw;
         }
     });
     if (!reason.empty())
-        refuse(entry->getReceipt(), reason);
+        refuse({batch, index, 1}, reason);
 }
 
 /// Returns when all entries are in the file, or are lost because of `giveUp`.
@@ -304,21 +268,17 @@ void LogFile::putOnFile()
 
 void LogFile::finishAll()
 {
-    m_written += m_entries.size();
-    {
-        Tail::Batch batch(m_tail);
-        for (const Reference<const Entry>& entry : m_entries)
-            batch.add(*entry);
-    }
+    m_tail.add(m_entries);
     if (!m_entries.empty())
         m_isLosing = false;
-    for (const Reference<const Entry>& entry : m_entries) {
-        const Receipt& receipt = entry->getReceipt();
-        release(receipt);
+    for (const Batch::Span& lines : m_entries)
+        m_written += lines.count;
+    for (const Batch::Span& lines : m_entries) {
+        release(lines);
         try {
-            receipt.progress->finish(receipt.line, receipt.bytes);
-        } catch (const std::exception&) { // no memory: the client will not hear that the line is in the log
-            receipt.progress->fail(receipt.bytes);
+            lines.finish();
+        } catch (const std::exception&) { // no memory: the client will not hear that the lines are in the log
+            lines.fail();
         }
     }
     m_entries.clear();
@@ -326,25 +286,25 @@ void LogFile::finishAll()
 
 void LogFile::refuseAll(const std::string& reason)
 {
-    for (const Reference<const Entry>& entry : m_entries)
-        refuse(entry->getReceipt(), reason);
+    for (const Batch::Span& lines : m_entries)
+        refuse(lines, reason);
     m_entries.clear();
     m_block->cut(0);
 }
 
 /// The client is told last, because it may look for the message at once.
-void LogFile::refuse(const Receipt& receipt, const std::string& reason)
+void LogFile::refuse(const Batch::Span& lines, const std::string& reason)
 {
-    ++m_lost;
-    release(receipt);
+    m_lost += lines.count;
+    release(lines);
     if (!m_isLosing.exchange(true))
         report("a line cannot be written to the log: ", reason);
-    receipt.progress->fail(receipt.bytes);
+    lines.fail();
 }
 
-void LogFile::release(const Receipt& receipt)
+void LogFile::release(const Batch::Span& lines)
 {
-    if (m_backlog.remove(receipt.bytes))
+    if (m_backlog.remove(lines.count, lines.bytes()))
         m_onChange();
 }
 
@@ -378,30 +338,21 @@ Intake::Intake(LogFile& file, int workers)
 {
 }
 
-void Intake::submit(
-    const Reference<const String>& peer, const Reference<const vx::Integer32>& level, String text, Receipt receipt)
+void Intake::submit(const Reference<Batch>& batch)
 {
-    receipt.progress->begin(receipt.bytes);
     try {
-        const Reference<Entry> entry(new Entry(receipt));
-        const auto set = [&](const String& name, const vx::Object* value) {
-            entry->setField(name, Reference<const vx::Object>(value).get());
-        };
-        set(m_names.peer, peer.get()); // shared by the entries of a client, as the level is
-        set(m_names.level, level.get());
-        set(m_names.text, new String(std::move(text)));
-        set(m_names.timestamp, new vx::log::ZonedTimeStamp);
         const std::lock_guard lock(m_lock);
-        set(m_names.sequence, new vx::Integer64(++m_sequence));
-        m_file.expect(receipt);
+        batch->setFirstSequence(m_sequence + 1);
+        m_sequence += static_cast<std::int64_t>(batch->getSize());
+        m_file.expect();
         try {
-            m_processor->process(entry.get());
+            m_processor->process(batch.get());
         } catch (...) {
-            m_file.cancel(receipt);
+            m_file.cancel(*batch);
             throw;
         }
     } catch (...) {
-        receipt.progress->fail(receipt.bytes);
+        batch->all().fail();
         throw;
     }
 }

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "Backlog.h"
+#include "Batch.h"
 #include "Clients.h"
-#include "Receipt.h"
+#include "Form.h"
 #include "Settings.h"
 #include "Tail.h"
 
-#include <vx/NumberBoxes.h>
 #include <vx/Object.h>
 #include <vx/Reference.h>
-#include <vx/String.h>
 #include <vx/io/OutputStream.h>
 #include <vx/log/AsyncProcessor.h>
 #include <vx/log/ILogEntry.h>
@@ -26,11 +25,8 @@
 
 namespace vxlogd {
 
-class Block;
-class Entry;
-
-/// The end of the log's chain: writes entries to the file, as many at once as are waiting, and then completes their
-/// receipts. If the file cannot be written, it tries again until it can: nothing of a failed write stays in the file,
+/// The end of the log's chain: writes entries to the file, as many at once as are waiting, and then tells their
+/// connections. If the file cannot be written, it tries again until it can: nothing of a failed write stays in the file,
 /// so no line is there twice. A line that has no form in the encoding of the log is reported to its connection as
 /// failed.
 class LogFile final : public vx::Object, public vx::log::ILogProcessor {
@@ -50,13 +46,18 @@ public:
     /// Ends a document.
     void close();
 
-    /// Announces an entry that is passed to `process` soon, or else to `cancel`.
-    void expect(const Receipt& receipt);
-    void cancel(const Receipt& receipt);
+    /// Counts a line that will be in a batch.
+    void count(std::size_t bytes) { m_backlog.add(bytes); }
+    /// Announces a batch that is passed to `process` soon, or else to `cancel`.
+    void expect() { ++m_expected; }
+    void cancel(const Batch& batch);
 
     // ILogProcessor
+    /// The entry has to be a Batch.
     void process(const vx::log::ILogEntry* entry) override;
 
+    /// The form of entries in the file; may be null.
+    std::shared_ptr<const Form> getForm() const;
     const Backlog& getBacklog() const { return m_backlog; }
     /// The entries that are in the log, for those who watch.
     Tail& getTail() { return m_tail; }
@@ -72,13 +73,13 @@ private:
 
     void open(const Settings& settings);
     void endDocument();
-    void print(const vx::Reference<const Entry>& entry);
+    void print(const vx::Reference<const Batch>& batch, std::size_t index);
     void write(Lock& lock);
     void putOnFile();
     void finishAll();
     void refuseAll(const std::string& reason);
-    void refuse(const Receipt& receipt, const std::string& reason);
-    void release(const Receipt& receipt);
+    void refuse(const Batch::Span& lines, const std::string& reason);
+    void release(const Batch::Span& lines);
     void beginTrouble(const std::string& reason);
     void endTrouble();
 
@@ -86,14 +87,16 @@ private:
     Backlog m_backlog;
     Tail m_tail;
     std::atomic<std::int64_t> m_expected = 0;
-    std::mutex m_turn; ///< one entry at a time, while `m_lock` is free to open another file
+    std::mutex m_turn; ///< one batch at a time, while `m_lock` is free to open another file
     mutable std::mutex m_lock;
     std::condition_variable m_changed;
     Settings m_settings;
     vx::Reference<vx::io::OutputStream> m_file;
     vx::Reference<Block> m_block; ///< the text of the entries that are not in the file yet
     vx::Reference<vx::log::ILogProcessor> m_writer; ///< into the block; null if no file is open
-    std::vector<vx::Reference<const Entry>> m_entries; ///< those of the block
+    std::vector<Batch::Span> m_entries; ///< those of the block
+    mutable std::mutex m_formLock;
+    std::shared_ptr<const Form> m_form;
     bool m_hasGivenUp = false;
     std::atomic<bool> m_isLosing = false;
     mutable std::mutex m_troubleLock;
@@ -102,13 +105,16 @@ private:
     std::atomic<std::uint64_t> m_lost = 0;
 };
 
-/// Turns lines into entries. With one worker the sequence numbers are in the order of the log.
+/// Numbers lines, and passes them to the log. With one worker the sequence numbers are in the order of the log.
 class Intake {
 public:
     Intake(LogFile& file, int workers);
 
-    void submit(const vx::Reference<const vx::String>& peer, const vx::Reference<const vx::Integer32>& level,
-        vx::String text, Receipt receipt);
+    std::shared_ptr<const Form> getForm() const { return m_file.getForm(); }
+    /// Counts a line that is in a batch.
+    void expect(std::size_t bytes) { m_file.count(bytes); }
+    /// If this throws, the lines of the batch have failed.
+    void submit(const vx::Reference<Batch>& batch);
     void waitUntilDone() { m_processor->waitUntilDone(); }
     /// Whether clients have to wait until lines before theirs are in the log.
     bool isFull() const { return m_file.getBacklog().isFull(); }
@@ -119,13 +125,6 @@ public:
 
 private:
     LogFile& m_file;
-    const struct {
-        vx::String peer = u"peer";
-        vx::String level = u"level";
-        vx::String text = u"text";
-        vx::String timestamp = u"timestamp";
-        vx::String sequence = u"sequence";
-    } m_names;
     std::mutex m_lock;
     std::int64_t m_sequence = 0;
     Clients m_clients;

@@ -99,27 +99,27 @@ void Progress::begin(std::size_t bytes)
     m_state.openBytes += bytes;
 }
 
-void Progress::finish(std::uint64_t line, std::size_t bytes)
+void Progress::finish(std::uint64_t line, std::size_t count, std::size_t bytes)
 {
     {
         const std::lock_guard lock(m_lock);
         const bool isAhead = line > m_state.done + 1;
-        if (isAhead)
-            m_ahead.insert(line); // before the rest, because it may throw
-        --m_state.openLines;
+        for (std::size_t index = 0; isAhead && index < count; ++index)
+            m_ahead.insert(line + index); // before the rest, because it may throw
+        m_state.openLines -= count;
         m_state.openBytes -= bytes;
         if (isAhead)
             return;
-        settle(line);
+        settle(line + count - 1);
     }
     tell();
 }
 
-void Progress::fail(std::size_t bytes)
+void Progress::fail(std::size_t count, std::size_t bytes)
 {
     {
         const std::lock_guard lock(m_lock);
-        --m_state.openLines;
+        m_state.openLines -= count;
         m_state.openBytes -= bytes;
         m_state.hasFailed = true;
     }

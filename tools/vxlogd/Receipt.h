@@ -62,8 +62,9 @@ public:
     Claim claim(std::uint64_t owner, std::uint64_t line);
 
     void begin(std::size_t bytes);
-    void finish(std::uint64_t line, std::size_t bytes);
-    void fail(std::size_t bytes);
+    /// These end `count` lines that `begin` began; `bytes` is the sum of theirs. `line` is the first.
+    void finish(std::uint64_t line, std::size_t count, std::size_t bytes);
+    void fail(std::size_t count, std::size_t bytes);
 
     struct State {
         std::uint64_t done; ///< lines 1 to this are in the log
@@ -87,13 +88,6 @@ private:
     std::uint64_t m_claimed = 0; ///< lines 1 to this were claimed
     State m_state {};
     std::set<std::uint64_t> m_ahead; ///< lines that are in the log before an earlier one
-};
-
-/// The pending confirmation of one line for a connection.
-struct Receipt {
-    std::shared_ptr<Progress> progress;
-    std::uint64_t line;
-    std::size_t bytes;
 };
 
 } // namespace vxlogd

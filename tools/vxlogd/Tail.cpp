@@ -23,12 +23,6 @@ std::int64_t currentMinute()
     return std::chrono::floor<std::chrono::minutes>(std::chrono::system_clock::now()).time_since_epoch().count();
 }
 
-template <class Value>
-vx::Reference<const Value> fieldOf(const vx::log::ILogEntry& entry, const vx::String& name)
-{
-    return vx::Reference<const Value>(static_cast<const Value*>(entry.getField(name).get()));
-}
-
 } // namespace
 
 Tail::Watch::~Watch()
@@ -37,33 +31,45 @@ Tail::Watch::~Watch()
         m_tail.clear();
 }
 
-void Tail::Batch::add(const vx::log::ILogEntry& entry) noexcept
+void Tail::add(std::span<const Batch::Span> written) noexcept
 {
-    if (!m_isWanted)
-        return;
-    static const struct {
-        vx::String sequence = u"sequence", time = u"timestamp", peer = u"peer", level = u"level", text = u"text";
-    } NAMES;
-    try {
-        m_lines.push_back({fieldOf<vx::Integer64>(entry, NAMES.sequence),
-            fieldOf<vx::log::ZonedTimeStamp>(entry, NAMES.time), fieldOf<vx::String>(entry, NAMES.peer),
-            fieldOf<vx::Integer32>(entry, NAMES.level), fieldOf<vx::String>(entry, NAMES.text)});
-    } catch (...) {
-        ++m_failed;
-    }
-}
-
-Tail::Batch::~Batch()
-{
-    if (m_lines.empty() && m_failed == 0)
+    if (m_watches == 0)
         return;
     try {
-        m_tail.append(m_lines, m_failed);
+        std::size_t size = 0;
+        for (const Batch::Span& span : written)
+            size += span.count;
+        const std::size_t leftOut = size - std::min(size, MOST_LINES);
+        std::vector<Line> lines;
+        lines.reserve(size - leftOut);
+        Counts counts;
+        std::size_t index = 0;
+        for (const Batch::Span& span : written) {
+            vx::Reference<const vx::String> peer;
+            for (std::size_t place = span.first; place < span.first + span.count; ++place) {
+                const Fields fields = span.batch->getFields(place);
+                count(counts, fields.level, 1);
+                if (index++ < leftOut)
+                    continue;
+                if (peer == nullptr)
+                    peer = new vx::String(fields.peer);
+                lines.push_back({vx::Reference<const vx::Integer64>(new vx::Integer64(fields.sequence)),
+                    vx::Reference<const vx::log::ZonedTimeStamp>(fields.time), peer,
+                    vx::Reference<const vx::Integer32>(new vx::Integer32(fields.level)),
+                    vx::Reference<const vx::String>(new vx::String(fields.text))});
+            }
+        }
+        append(std::move(lines), leftOut, counts);
     } catch (...) { // no memory: those who watch see a gap in the sequence numbers of the log
     }
 }
 
-void Tail::append(std::vector<Line>& lines, std::uint64_t failed)
+void Tail::count(Counts& counts, std::int32_t level, std::uint64_t count)
+{
+    counts[counts.contains(level) || counts.size() < MOST_LEVELS ? level : OTHER_LEVELS] += count;
+}
+
+void Tail::append(std::vector<Line> lines, std::uint64_t leftOut, const Counts& counts)
 {
     const std::int64_t now = currentMinute();
     std::vector<Line> old; // released after the lock
@@ -73,13 +79,15 @@ void Tail::append(std::vector<Line>& lines, std::uint64_t failed)
             m_minutes.push_back({now});
         while (m_minutes.front().start + static_cast<std::int64_t>(MINUTES) <= m_minutes.back().start)
             m_minutes.pop_front();
-        m_end += failed;
-        if (failed > 0)
-            m_lines.clear(), m_bytes = 0; // the numbers of those before would be wrong
-        auto& counts = m_minutes.back().counts;
+        for (const auto& [level, number] : counts)
+            count(m_minutes.back().counts, level, number);
+        m_end += leftOut;
+        if (leftOut > 0) { // all that were kept are older
+            std::ranges::move(m_lines, std::back_inserter(old));
+            m_lines.clear();
+            m_bytes = 0;
+        }
         for (Line& line : lines) {
-            const std::int32_t level = *line.level;
-            ++counts[counts.contains(level) || counts.size() < MOST_LEVELS ? level : OTHER_LEVELS];
             m_bytes += bytesOf(line);
             m_lines.push_back(std::move(line));
             ++m_end;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Batch.h"
+
 #include <vx/NumberBoxes.h>
 #include <vx/Reference.h>
 #include <vx/String.h>
-#include <vx/log/ILogEntry.h>
 #include <vx/log/ZonedTimeStamp.h>
 
 #include <array>
@@ -15,6 +16,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -61,27 +63,8 @@ public:
         Tail& m_tail;
     };
 
-    /// Collects entries that were written together, and adds them when it ends. Does nothing if nobody watches.
-    class Batch {
-    public:
-        explicit Batch(Tail& tail)
-            : m_tail(tail)
-            , m_isWanted(tail.m_watches > 0)
-        {
-        }
-        ~Batch();
-        Batch(const Batch&) = delete;
-        Batch& operator=(const Batch&) = delete;
-
-        void add(const vx::log::ILogEntry& entry) noexcept;
-
-    private:
-        Tail& m_tail;
-        const bool m_isWanted;
-        std::vector<Line> m_lines;
-        std::uint64_t m_failed = 0; ///< there was no memory
-    };
-
+    /// Takes lines that were written together. Does nothing if nobody watches.
+    void add(std::span<const Batch::Span> written) noexcept;
     /// The number of the oldest entry that is kept.
     std::uint64_t begin() const;
     /// Up to `most` entries from the number `from` on, the oldest first. A number that no entry has yet, of a server
@@ -94,7 +77,10 @@ public:
     bool isClosed() const { return m_isClosed; }
 
 private:
-    void append(std::vector<Line>& lines, std::uint64_t failed);
+    using Counts = std::map<std::int32_t, std::uint64_t>; ///< by level
+
+    static void count(Counts& counts, std::int32_t level, std::uint64_t count);
+    void append(std::vector<Line> lines, std::uint64_t leftOut, const Counts& counts);
     void clear();
 
     std::atomic<int> m_watches = 0;

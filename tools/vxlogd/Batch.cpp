@@ -1,0 +1,68 @@
+#include "Batch.h"
+
+#include <charconv>
+#include <limits>
+#include <utility>
+
+namespace vxlogd {
+
+Batch::Batch(std::shared_ptr<Progress> progress, std::string peer, std::shared_ptr<const Form> form)
+    : m_progress(std::move(progress))
+    , m_peer(std::move(peer))
+    , m_form(std::move(form))
+{
+}
+
+void Batch::add(std::uint64_t line, std::size_t bytes, int level, std::string_view text)
+{
+    const std::size_t textsBefore = m_texts.size(), restsBefore = m_rests.size();
+    try {
+        m_texts += text;
+        bool isPrinted = false;
+        if (m_form != nullptr) {
+            const Fields fields {.sequence = 0, .level = level, .time = m_time.get(), .peer = m_peer, .text = text};
+            isPrinted = m_form->appendRest(m_rests, fields, m_timeText);
+            if (!isPrinted)
+                m_rests.resize(restsBefore);
+        }
+        m_lines.push_back({bytesBefore(m_lines.size()) + bytes, m_texts.size(), m_rests.size(), level, isPrinted});
+    } catch (...) {
+        m_texts.resize(textsBefore);
+        m_rests.resize(restsBefore);
+        throw;
+    }
+    if (m_lines.size() == 1)
+        m_firstLine = line;
+}
+
+bool Batch::print(std::size_t index, const Form* form, Block& block) const
+{
+    const Line& line = m_lines[index];
+    if (!line.isPrinted || form != m_form.get())
+        return false;
+    char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
+    const char* const end
+        = std::to_chars(digits, digits + sizeof digits, m_firstSequence + static_cast<std::int64_t>(index)).ptr;
+    block.append(form->getHead());
+    block.append({digits, static_cast<std::size_t>(end - digits)});
+    const std::size_t begin = index > 0 ? m_lines[index - 1].restEnd : 0;
+    block.append(std::string_view(m_rests).substr(begin, line.restEnd - begin));
+    return true;
+}
+
+Fields Batch::getFields(std::size_t index) const
+{
+    const std::size_t begin = index > 0 ? m_lines[index - 1].textEnd : 0;
+    return {.sequence = m_firstSequence + static_cast<std::int64_t>(index),
+        .level = m_lines[index].level,
+        .time = m_time.get(),
+        .peer = m_peer,
+        .text = std::string_view(m_texts).substr(begin, m_lines[index].textEnd - begin)};
+}
+
+vx::Reference<vx::log::LogEntry> Batch::createEntry(std::size_t index) const
+{
+    return vxlogd::createEntry(getFields(index));
+}
+
+} // namespace vxlogd
