@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/Failure.h"
+#include "common/Program.h"
 
 #include <vx/util/OptionTable.h>
 
@@ -41,5 +42,26 @@ std::int64_t numberOf(
 /// Prints what --completion asks for.
 void printCompletion(
     const vx::util::OptionTable& table, const std::string& shell, std::span<const std::string_view> words = {});
+
+/// Prints what --help, --version or --completion asks for. False if `options.task` is another task. `usage` gives the
+/// text of the help.
+template <class Options, class Usage>
+bool tellAboutProgram(const char* name, const vx::util::OptionTable& table, const Options& options, Usage&& usage)
+{
+    using Task = decltype(options.task);
+    switch (options.task) {
+    case Task::HELP:
+        print(usage());
+        return true;
+    case Task::VERSION:
+        printVersion(name);
+        return true;
+    case Task::COMPLETION:
+        printCompletion(table, options.shell);
+        return true;
+    default:
+        return false;
+    }
+}
 
 } // namespace vxtools

@@ -12,19 +12,8 @@ using namespace vxtools;
 
 void run(const Options& options, Messages& messages)
 {
-    switch (options.task) {
-    case Options::Task::HELP:
-        print(usage(messages));
-        return;
-    case Options::Task::VERSION:
-        printVersion("vxlog");
-        return;
-    case Options::Task::COMPLETION:
-        printCompletion(optionTable(), options.shell);
-        return;
-    case Options::Task::LOG:
+    if (!tellAboutProgram("vxlog", optionTable(), options, [&] { return usage(messages); }))
         vxlog::log(options, messages);
-    }
 }
 
 } // namespace

@@ -177,26 +177,14 @@ int main(int argc, char** argv)
     int result = 0;
     const auto run = [&] {
         const CommandLine line = readSettings(argc, argv);
-        switch (line.task) {
-        case Task::HELP:
-            vxtools::print(usage(messages));
+        if (vxtools::tellAboutProgram("vxlogd", optionTable(), line, [&] { return usage(messages); }))
             return;
-        case Task::VERSION:
-            vxtools::printVersion("vxlogd");
-            return;
-        case Task::COMPLETION:
-            vxtools::printCompletion(optionTable(), line.shell);
-            return;
-        case Task::CHECK_CONFIG:
+        if (line.task == Task::CHECK_CONFIG)
             result = check(line);
-            return;
-        case Task::STATUS:
-        case Task::METRICS:
-            vxtools::print(askStatus(statusPath(line.settings), line.task == Task::STATUS ? "status" : "metrics"));
-            return;
-        case Task::SERVE:
+        else if (line.task == Task::SERVE)
             serve(line.settings, argc, argv);
-        }
+        else
+            vxtools::print(askStatus(statusPath(line.settings), line.task == Task::STATUS ? "status" : "metrics"));
     };
     const int failure = vxtools::runProgram("vxlogd", run, messages);
     return failure != 0 ? failure : result;

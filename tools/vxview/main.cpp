@@ -12,19 +12,9 @@ using namespace vxtools;
 
 Outcome run(const Options& options, Messages& messages)
 {
-    switch (options.task) {
-    case Options::Task::HELP:
-        print(usage(messages));
+    if (tellAboutProgram("vxview", optionTable(), options, [&] { return usage(messages); }))
         return {.hasFound = true};
-    case Options::Task::VERSION:
-        printVersion("vxview");
-        return {.hasFound = true};
-    case Options::Task::COMPLETION:
-        printCompletion(optionTable(), options.shell);
-        return {.hasFound = true};
-    default:
-        return view(options, messages);
-    }
+    return view(options, messages);
 }
 
 } // namespace
