@@ -1,8 +1,7 @@
 #include "common/Failure.h"
-#include "common/Input.h"
+#include "common/Messages.h"
 #include "tests/faults/Families.h"
 #include "vxconv/Conversion.h"
-#include "vxconv/Files.h"
 #include "vxconv/Options.h"
 #include "vxsys/File.h"
 
@@ -130,10 +129,8 @@ Family converting(const char* name, vxconv::Options options)
                 put(place / "to", "What was there before\n");
                 return Operation {[from = (place / "from").string(), to = (place / "to").string(), options] {
                     try {
-                        const vxtools::Input input(from);
-                        vxconv::Output output(to, input);
-                        vxconv::convert(options, input, output);
-                        output.commit();
+                        vxtools::Messages messages;
+                        vxconv::convertFile(options, from, to, messages);
                     } catch (const vxtools::Failure& failure) {
                         throw Exception(String(failure.what()));
                     }
