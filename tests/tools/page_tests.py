@@ -122,6 +122,9 @@ class Access(Paged):
         for host, status in [("evil.example", 421), ("evil.example:80", 421), ("localhost.evil.example", 421), ("", 421),
                              ("LOCALHOST", 200), (f"127.0.0.1:{self.page}", 200), ("log.example:1", 200), ("second.example", 200)]:
             self.assertEqual(self.ask("/api/status", Host=host)[0].status, status, host)
+        for site, path, status in [("cross-site", "/tail", 403), ("same-site", "/api/status", 403), ("same-origin", "/api/status", 200),
+                                   ("none", "/metrics", 200), ("cross-site", "/", 200)]:
+            self.assertEqual(self.ask(path, Sec_Fetch_Site=site)[0].status, status, (site, path))
         for request in b"GET /metrics HTTP/1.1\r\n\r\n", b"GET /metrics HTTP/1.1\r\nHost: localhost\r\nHost: evil.example\r\n\r\n":
             with socket.create_connection(("127.0.0.1", self.page), PATIENCE) as raw:
                 raw.sendall(request)

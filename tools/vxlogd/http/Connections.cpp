@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <poll.h>
+#include <string_view>
 #include <sys/socket.h>
 #include <system_error>
 #include <thread>
@@ -25,7 +26,8 @@ std::string hostOf(const sockaddr_storage& address)
         ::inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in&>(address).sin_addr, text, sizeof text);
     else if (address.ss_family == AF_INET6)
         ::inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6&>(address).sin6_addr, text, sizeof text);
-    return text;
+    constexpr std::string_view MAPPED = "::ffff:"; // an address of IPv4 at a socket for both
+    return std::string(text).starts_with(MAPPED) ? text + MAPPED.size() : text;
 }
 
 bool hasLongLine(const std::string& head)

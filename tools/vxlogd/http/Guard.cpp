@@ -85,6 +85,11 @@ bool Guard::lets(const httplib::Request& request, const std::string& localHost, 
         answer(response, 421, "this name is not one of the page; see --http-host");
         return false;
     }
+    const std::string site = request.get_header_value("Sec-Fetch-Site");
+    if (request.path != "/" && !site.empty() && site != "same-origin" && site != "none") {
+        answer(response, 403, "a foreign page asks"); // it could use up the watchers
+        return false;
+    }
     if (m_token.empty() || hasToken(request))
         return true;
     if (request.has_param("token") && isEqual(request.get_param_value("token"), m_token)) {

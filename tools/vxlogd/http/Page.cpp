@@ -11,12 +11,14 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
-#include <future>
-#include <netinet/in.h>
+#include <memory>
+#include <mutex>
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace vxlogd::http {
 
@@ -125,8 +127,9 @@ public:
         }
         m_guard.setPort(m_port);
         new_task_queue = [this]() -> httplib::TaskQueue* {
-            if (!std::exchange(m_runs, true))
-                m_running.set_value();
+            const std::lock_guard lock(m_lock);
+            if (m_isStopping)
+                stopListening();
             return new Connections(MOST_CONNECTIONS);
         };
         set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
@@ -137,14 +140,15 @@ public:
 
     ~Site() override
     {
-        m_isStopping = true;
         m_tail.close();
         ::eventfd_write(m_stop, 1);
-        if (m_thread.joinable()) {
-            m_running.get_future().wait(); // before that it cannot be stopped
-            stop();
-            m_thread.join();
+        {
+            const std::lock_guard lock(m_lock);
+            m_isStopping = true;
+            stopListening();
         }
+        if (m_thread.joinable())
+            m_thread.join();
         ::close(m_stop);
     }
 
@@ -157,6 +161,7 @@ public:
     void start()
     {
         m_thread = std::thread([this] {
+            constexpr int SECOND = 1000;
             bool isTold = false;
             while (!m_isStopping) {
                 ::listen(svr_sock_, MOST_CONNECTIONS); // the library lets only a few wait
@@ -165,13 +170,21 @@ public:
                     return;
                 if (!std::exchange(isTold, true)) // too many open files in the system, say
                     complain("the page is interrupted; it goes on when it can");
-                std::this_thread::sleep_for(std::chrono::seconds(1));
+                pollfd stop {m_stop, POLLIN, 0};
+                ::poll(&stop, 1, SECOND);
                 bind_to_port(m_place.host, m_port);
             }
         });
     }
 
 private:
+    /// Call this under the lock.
+    void stopListening()
+    {
+        if (is_running() && svr_sock_ != INVALID_SOCKET)
+            stop();
+    }
+
     bool process_and_close_socket(socket_t socket) override
     {
         Exchange exchange(socket, m_stop);
@@ -266,8 +279,7 @@ private:
     int m_port = 0;
     std::atomic<int> m_watchers = 0;
     std::atomic<bool> m_isStopping = false;
-    bool m_runs = false;
-    std::promise<void> m_running;
+    std::mutex m_lock; ///< so that the thread that listens is stopped just once
     std::thread m_thread;
 };
 
