@@ -11,7 +11,9 @@ namespace vx::components {
 class Codec;
 struct CodePage;
 
-// Each makes a codec with reference count 0.
+// Each makes a codec with reference count 0. Throws Exception if the system does not know an encoding of its own.
+Codec* makeSystemCodec(const CodePage& page);
+Codec* makeComposingCodec(const CodePage& page);
 Codec* makeSingleByteCodec(const CodePage& page);
 Codec* makeShiftJisCodec(const CodePage& page);
 Codec* makeEucKrCodec(const CodePage& page);
@@ -26,7 +28,7 @@ struct CodePage {
     std::uint16_t number; ///< part of its class identifier: the code page, or the MIBenum of the IANA registry
     std::int32_t maxBytesPerChar;
     const char* systemName; ///< its name in the system's converter; null if this library has a table for it
-    Codec* (*make)(const CodePage&); ///< makes a codec that needs no converter of the system
+    Codec* (*make)(const CodePage&);
     const char16_t (*upper)[128]; ///< of a single-byte encoding: the characters of the bytes from 0x80 on
 
     /// The name of the encoding, which is the end of its ProgID.
@@ -41,10 +43,10 @@ inline constexpr CodePage CODE_PAGES[] = {
     {u"Velmaris.CharCodec.CP1251", 1251, 1, nullptr, makeSingleByteCodec, &CP1251_UPPER},
     {u"Velmaris.CharCodec.CP1253", 1253, 1, nullptr, makeSingleByteCodec, &CP1253_UPPER},
     {u"Velmaris.CharCodec.CP1254", 1254, 1, nullptr, makeSingleByteCodec, &CP1254_UPPER},
-    {u"Velmaris.CharCodec.CP1255", 1255, 3, "CP1255", nullptr, nullptr}, // a letter with its points
+    {u"Velmaris.CharCodec.CP1255", 1255, 3, "CP1255", makeComposingCodec, nullptr}, // a letter with its points
     {u"Velmaris.CharCodec.CP1256", 1256, 1, nullptr, makeSingleByteCodec, &CP1256_UPPER},
     {u"Velmaris.CharCodec.CP1257", 1257, 1, nullptr, makeSingleByteCodec, &CP1257_UPPER},
-    {u"Velmaris.CharCodec.CP1258", 1258, 3, "CP1258", nullptr, nullptr}, // a letter with its tone
+    {u"Velmaris.CharCodec.CP1258", 1258, 3, "CP1258", makeComposingCodec, nullptr}, // a letter with its tone
     {u"Velmaris.CharCodec.CP720", 720, 1, nullptr, makeSingleByteCodec, &CP720_UPPER},
     {u"Velmaris.CharCodec.CP737", 737, 1, nullptr, makeSingleByteCodec, &CP737_UPPER},
     {u"Velmaris.CharCodec.CP775", 775, 1, nullptr, makeSingleByteCodec, &CP775_UPPER},
@@ -55,11 +57,11 @@ inline constexpr CodePage CODE_PAGES[] = {
     {u"Velmaris.CharCodec.CP858", 858, 1, nullptr, makeSingleByteCodec, &CP858_UPPER},
     {u"Velmaris.CharCodec.CP862", 862, 1, nullptr, makeSingleByteCodec, &CP862_UPPER},
     {u"Velmaris.CharCodec.CP866", 866, 1, nullptr, makeSingleByteCodec, &CP866_UPPER},
-    {u"Velmaris.CharCodec.CP932", 932, 2, "CP932", nullptr, nullptr},
-    {u"Velmaris.CharCodec.CP936", 936, 2, "CP936", nullptr, nullptr},
-    {u"Velmaris.CharCodec.CP949", 949, 2, "CP949", nullptr, nullptr},
-    {u"Velmaris.CharCodec.CP950", 950, 2, "CP950", nullptr, nullptr},
-    {u"Velmaris.CharCodec.EUCJP", 20932, 3, "EUC-JP", nullptr, nullptr},
+    {u"Velmaris.CharCodec.CP932", 932, 2, "CP932", makeSystemCodec, nullptr},
+    {u"Velmaris.CharCodec.CP936", 936, 2, "CP936", makeSystemCodec, nullptr},
+    {u"Velmaris.CharCodec.CP949", 949, 2, "CP949", makeSystemCodec, nullptr},
+    {u"Velmaris.CharCodec.CP950", 950, 2, "CP950", makeSystemCodec, nullptr},
+    {u"Velmaris.CharCodec.EUCJP", 20932, 3, "EUC-JP", makeSystemCodec, nullptr},
     {u"Velmaris.CharCodec.ISO-8859-2", 5, 1, nullptr, makeSingleByteCodec, &ISO_8859_2_UPPER},
     {u"Velmaris.CharCodec.ISO-8859-3", 6, 1, nullptr, makeSingleByteCodec, &ISO_8859_3_UPPER},
     {u"Velmaris.CharCodec.ISO-8859-4", 7, 1, nullptr, makeSingleByteCodec, &ISO_8859_4_UPPER},

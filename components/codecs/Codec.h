@@ -40,7 +40,4 @@ private:
     const CodePage& m_page;
 };
 
-/// A codec with reference count 0. Throws Exception if the system does not know the encoding.
-Codec* makeCodec(const CodePage& page);
-
 } // namespace vx::components

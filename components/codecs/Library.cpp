@@ -19,7 +19,7 @@ constexpr _GUID CLASS_ID = classIdOf(CODE_PAGES[index]);
 template <std::size_t index>
 vorb::ClassData rowOf()
 {
-    return makerRow<[] { return makeCodec(CODE_PAGES[index]); }>(
+    return makerRow<[] { return CODE_PAGES[index].make(CODE_PAGES[index]); }>(
         CLASS_ID<index>, [] { return CODE_PAGES[index].progId; }, [] { return CODE_PAGES[index].name(); });
 }
 

@@ -184,6 +184,7 @@ TEST_F(CodecComponent, CountsWhatIsNoCharacterBySequences)
         {u"EUC_JP", "\x8F\xB0\xA1\x8E\xB1", u"丂ｱ"}, {u"EUCJP", "\x8F\xA1\xA1 z", u"\uFFFD\uFFFD z"},
         {u"windows-1251", "\xD0\xF3\xF1\xFC", u"Русь"}, {u"1255", "\xF9\xD1", u"\u05E9\u05C1"},
         {u"CP720", "\x98\xE0 A\x91", u"ء\u0636 A\u0651"}, {u"BIG5", "\xA4\xA4", u"中"},
+        {u"CP949", "a\xA2\xE8z\xA2\xE8", u"a\uFFFDz\uFFFD"}, {u"CP936", "\x80\xFF\xD6", u"€\uFFFD"},
         {u"Shift_JIS", "\x93\xFA\xB1\\~", u"日ｱ\\~"}, {u"MS_Kanji", "\x85\xFC\x81 \xA0", u"\uFFFD\uFFFD \uFFFD"},
         {u"csEUCKR", "\xB0\xA1\xA2\xE8", u"가\u327E"}, {u"EUC-KR", "\xC9\xA1\x80z", u"\uFFFD\uFFFDz"},
         {u"GB18030", "\x81\x30\x81\x30\xA6\xD9\xFE\x51\x95\x32\x90\x31", u"\u0080\uFE10\U00020087\uE816"},
