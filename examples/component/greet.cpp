@@ -60,7 +60,7 @@ int main(int count, char** arguments)
     }
     const bool wasKnown = isKnownClass(u"example::Greeter");
     const auto unloaded = static_cast<int>(VXComFreeUnusedLibraries());
-    const bool isGone = !isInProcess("libgreeter.so") && !isKnownClass(u"example::Greeter");
+    const bool isGone = !isInProcess("/greeter.so") && !isKnownClass(u"example::Greeter");
     std::printf("%d library unloaded, its class was %s, %s\n", unloaded, wasKnown ? "known" : "unknown",
         isGone ? "no trace of it left" : "but it is still there");
 }
