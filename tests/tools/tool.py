@@ -1,6 +1,8 @@
 """Functions that the tests of the tools share. The variable with the name of a tool in capitals has the path of its program."""
 
 import os
+import pathlib
+import re
 import resource
 import shutil
 import subprocess
@@ -87,4 +89,6 @@ class Scratch(unittest.TestCase):
         text = run(tool, "--help").stdout.decode()
         for option in options:
             self.assertIn(option, text)
-        self.assertRegex(run(tool, "--version").stdout.decode(), rf"\A{tool} \d+\.\d+\.\d+\n\Z")
+        header = (pathlib.Path(__file__).parents[2] / "vx/Version.h").read_text()
+        version = ".".join(re.findall(r"^#define VXLIB4_VERSION_(?:MAJOR|MINOR|PATCH) (\d+)$", header, re.MULTILINE))
+        self.assertEqual(run(tool, "--version").stdout.decode(), f"{tool} {version}\n")

@@ -35,13 +35,7 @@ void print(const std::string& text)
 
 void printVersion(const char* name)
 {
-    std::string text = name;
-    char separator = ' ';
-    for (const int part : {VXLIB4_VERSION_MAJOR, VXLIB4_VERSION_MINOR, VXLIB4_VERSION_PATCH}) {
-        text += separator + std::to_string(part);
-        separator = '.';
-    }
-    print(text + '\n');
+    print(std::string(name) + " " + VXLIBGetVersionText() + "\n");
 }
 
 int runProgram(const char* name, const std::function<void()>& work, Messages& messages)

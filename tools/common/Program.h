@@ -12,7 +12,7 @@ void complain(const char* name, const std::string& text);
 
 /// Prints `text` to standard output and flushes it. Throws Failure.
 void print(const std::string& text);
-/// Prints the name and the version that it shares with the library.
+/// Prints the name and the version of the library that is loaded.
 void printVersion(const char* name);
 
 /// Runs a program with its standard streams open. Signals of failed writes are ignored: the errors that the writes

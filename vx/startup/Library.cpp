@@ -3,7 +3,6 @@
 #include "vx/ClassManagerBase.h"
 #include "vx/Exceptions.h"
 #include "vx/GlobalLock.h"
-#include "vx/Version.h"
 #include "vx/detail/Occasions.h"
 #include "vx/detail/OwnModule.h"
 #include "vx/net/TcpSocket2.h"
@@ -75,11 +74,6 @@ void setOwnModule(const void* module) noexcept
 } // namespace detail
 
 } // namespace vx
-
-std::int32_t VXLIBLibVersion(void)
-{
-    return VXLIB4_VERSION;
-}
 
 std::int32_t VXLIBLibInit(void)
 {
