@@ -6,3 +6,13 @@
 #else
 #define VXSYS_API
 #endif
+
+// For headers that C compilers also read.
+#ifdef __cplusplus
+#include <cstdint>
+#define VXSYS_NOEXCEPT noexcept
+#else
+#include <stdint.h>
+#include <uchar.h>
+#define VXSYS_NOEXCEPT
+#endif

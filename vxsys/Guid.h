@@ -1,16 +1,21 @@
 #pragma once
 
-#include <cstdint>
+#include "vxsys/Api.h"
+
+#ifdef __cplusplus
 #include <cstring>
+#endif
 
 /// A 128-bit identifier of an interface or a class. The fields have the byte order of the machine. Only the text form
 /// defines an order: the highest byte of each number comes first.
-struct _GUID {
-    std::uint32_t Data1;
-    std::uint16_t Data2;
-    std::uint16_t Data3;
-    std::uint8_t Data4[8];
-};
+typedef struct _GUID {
+    uint32_t Data1;
+    uint16_t Data2;
+    uint16_t Data3;
+    uint8_t Data4[8];
+} _GUID;
+
+#ifdef __cplusplus
 
 static_assert(sizeof(_GUID) == 16, "an identifier crosses component borders as 16 bytes");
 
@@ -18,3 +23,4 @@ inline bool operator==(const _GUID& left, const _GUID& right) noexcept
 {
     return std::memcmp(&left, &right, sizeof(_GUID)) == 0;
 }
+#endif

@@ -2,25 +2,32 @@
 
 #include "vxsys/Api.h"
 
+#include <stddef.h>
+#ifdef __cplusplus
 #include <cstddef>
 #include <limits>
 #include <new>
+#endif
 
 /// Called when `vxsys::allocate` finds no memory. It frees memory and returns, or throws.
-using VXNewHandler = void (*)();
+typedef void (*VXNewHandler)(void);
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 /// Installs `handler` (null: none) and returns the previous one. Thread-safe.
-VXSYS_API VXNewHandler VXSetNewHandler(VXNewHandler handler) noexcept;
+VXSYS_API VXNewHandler VXSetNewHandler(VXNewHandler handler) VXSYS_NOEXCEPT;
 
 /// Raw storage from the C runtime's allocator. Null if memory is exhausted or the size is 0. No new handler is called.
-VXSYS_API void* VXMemAlloc(std::size_t bytes) noexcept;
+VXSYS_API void* VXMemAlloc(size_t bytes) VXSYS_NOEXCEPT;
 /// As the C runtime's `realloc`: if memory is exhausted, returns null and leaves `memory` unchanged. A `bytes` of 0 is
 /// taken as 1, so it never frees.
-VXSYS_API void* VXMemRealloc(void* memory, std::size_t bytes) noexcept;
+VXSYS_API void* VXMemRealloc(void* memory, size_t bytes) VXSYS_NOEXCEPT;
 /// Null is allowed.
-VXSYS_API void VXMemFree(void* memory) noexcept;
+VXSYS_API void VXMemFree(void* memory) VXSYS_NOEXCEPT;
+
+#ifdef __cplusplus
 }
 
 namespace vxsys {
@@ -59,3 +66,4 @@ struct Allocator {
 };
 
 } // namespace vxsys
+#endif

@@ -2,10 +2,9 @@
 
 #include "vxsys/Api.h"
 
-#include <cstdint>
-
 /// Result codes: signed 32-bit numbers in the HRESULT layout of the Windows component model. Negative is failure, 0 is
 /// success, and a positive value is success with a special meaning.
+#ifdef __cplusplus
 namespace vxsys::results {
 
 constexpr std::int32_t code(std::uint32_t bits) noexcept
@@ -51,15 +50,22 @@ constexpr bool failed(std::int32_t result) noexcept
 
 } // namespace vxsys::results
 
+extern "C" {
+#endif
+
 /// The code for a native error number (`errno`): 0x80070000 plus the number of the documented Windows error of the same
 /// meaning. 0x80004005 for an error without an equivalent, and 0 for 0. So do not call it for a failed operation that
 /// left `errno` 0: the result would be success.
-extern "C" VXSYS_API std::int32_t VXResultFromNative(std::int32_t nativeError) noexcept;
+VXSYS_API int32_t VXResultFromNative(int32_t nativeError) VXSYS_NOEXCEPT;
 
 /// The native error for which VXResultFromNative gives `result`. If there are several, the most frequent one; if there
 /// is none, 0.
-extern "C" VXSYS_API std::int32_t VXResultToNative(std::int32_t result) noexcept;
+VXSYS_API int32_t VXResultToNative(int32_t result) VXSYS_NOEXCEPT;
 
 /// The meaning of a result in English, in lower case and without a full stop. Null for a code that this library never
 /// returns.
-extern "C" VXSYS_API const char16_t* VXResultGetText(std::int32_t result) noexcept;
+VXSYS_API const char16_t* VXResultGetText(int32_t result) VXSYS_NOEXCEPT;
+
+#ifdef __cplusplus
+}
+#endif

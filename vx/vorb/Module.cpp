@@ -1,18 +1,13 @@
 #include "vx/vorb/Module.h"
 
 #include "vx/Exceptions.h"
-#include "vx/Occasion.h"
 #include "vx/Result.h"
-#include "vx/String.h"
-#include "vx/TerminatedText.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/vorb/Boundary.h"
-#include "vxsys/Component.h"
+#include "vx/vorb/detail/ClassEntries.h"
 #include "vxsys/Module.h"
-#include "vxsys/Registry.h"
 
 #include <concepts>
-#include <iterator>
 
 namespace vx::vorb {
 
@@ -36,42 +31,15 @@ bool succeeded(std::int32_t result) noexcept
     return !failed(result);
 }
 
-constexpr const char16_t* CLASSES_KEY = u"CLSID\\";
-
 /// Null if the class has none.
 const char16_t* textOf(TextFunction function)
 {
     return function != nullptr ? function() : nullptr;
 }
 
-String identifierOf(const ClassData& row)
+detail::ClassEntries entriesOf(const ClassData& row)
 {
-    char16_t text[39];
-    throwIfFailed(VXComStringFromGUID(row.classId, text, std::size(text)));
-    return text;
-}
-
-/// In registry paths "/" means a backslash.
-String pathOf(String key)
-{
-    for (int at = key.indexOf(u'/'); at != -1; at = key.indexOf(u'/', at + 1))
-        key.setCharAt(at, u'\\');
-    return key;
-}
-
-/// Sets the default value of a key in the hive of the classes.
-void setEntry(const String& key, const String& text)
-{
-    during(u"set class entry", key, [&] {
-        throwIfFailed(VXRegistrySetValue(VX_HKEY_CLASSES_32, SystemName(pathOf(key)), u"", VX_REG_STRING,
-            TerminatedText(text).get(), (text.getLength() + 1) * static_cast<std::int32_t>(sizeof(char16_t))));
-    });
-}
-
-void removeEntry(const String& key)
-{
-    during(u"remove class entry", key,
-        [&] { throwIfFailed(VXRegistryDeleteKey(VX_HKEY_CLASSES_32, SystemName(pathOf(key)))); });
+    return {*row.classId, textOf(row.progId), [general = row.versionIndependentProgId] { return textOf(general); }};
 }
 
 } // namespace
@@ -127,38 +95,12 @@ std::int32_t Module::RegisterServer(const void* module)
 
 std::int32_t Module::RegisterClassEntry(ClassData& row, const char16_t*)
 {
-    return atBoundary([&] {
-        const char16_t* const name = textOf(row.progId);
-        const String progId(name);
-        const String description(textOf(row.description));
-        const String classId = identifierOf(row);
-        const String classKey = CLASSES_KEY + classId;
-
-        if (name != nullptr) {
-            setEntry(progId, description);
-            setEntry(progId + u"\\CLSID", classId);
-        }
-        setEntry(classKey, progId);
-        if (!progId.isEmpty())
-            setEntry(classKey + u"\\ProgID", progId);
-        if (const char16_t* const general = textOf(row.versionIndependentProgId)) {
-            setEntry(general, description);
-            setEntry(String(general) + u"\\CLSID", classId);
-            setEntry(String(general) + u"\\CurVer", progId);
-            setEntry(classKey + u"\\VersionIndependentProgID", general);
-        }
-    });
+    return atBoundary([&] { entriesOf(row).set(textOf(row.description)); });
 }
 
 std::int32_t Module::UnregisterClassEntry(ClassData& row)
 {
-    return atBoundary([&] {
-        if (const char16_t* const progId = textOf(row.progId))
-            removeEntry(progId);
-        removeEntry(CLASSES_KEY + identifierOf(row));
-        if (const char16_t* const general = textOf(row.versionIndependentProgId))
-            removeEntry(general);
-    });
+    return atBoundary([&] { entriesOf(row).remove(); });
 }
 
 std::int32_t Module::TryGetClassObject(const _GUID& classId, const _GUID& iid, void** out, ClassData& row)
@@ -197,7 +139,7 @@ std::int32_t DllModule::RegisterClassEntry(ClassData& row, const char16_t* path)
 {
     return atBoundary([&] {
         throwIfFailed(Module::RegisterClassEntry(row, path));
-        setEntry(CLASSES_KEY + identifierOf(row) + u"\\InprocServer32", path);
+        detail::ClassEntries {*row.classId, nullptr, nullptr}.setLibrary(path);
     });
 }
 
