@@ -147,6 +147,14 @@ class Machine(WithComponent):
         self.assertRefused(["resolve", "Example.Greeter"], "registered")
         self.assertRefused(["-m", "list"], "all users", env={"VXSYS4_MACHINE_REGISTRY": ""})
 
+    def test_speaks_three_languages(self):
+        self.output("-m", "register", os.environ["VXREG_BUNDLES"])
+        for arguments in [["--help"], ["verify", "greeter.so"], ["resolve", "None"], ["shout"], ["get", "X"]]:
+            said = [self.vxreg(*locale, *arguments) for locale in [[], ["--locale=en_US"], ["--locale=de"], ["--locale=fr"]]]
+            told = [result.stdout + result.stderr for result in said]
+            self.assertEqual(told[0], told[1])
+            self.assertEqual(len(set(told)), 3, told)
+
 
 class Verification(WithComponent):
     def test_finds_what_is_wrong(self):

@@ -1,5 +1,6 @@
 #include "vxreg/Commands.h"
 
+#include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "vxreg/Results.h"
 #include "vxreg/TextForm.h"
@@ -39,7 +40,7 @@ RegistryKey keyOf(const std::string& path)
     try {
         return RegistryKey(fromUtf8(path));
     } catch (const vx::Exception&) {
-        throw Failure(path, "no hive has this name");
+        throw Failure(path, NO_HIVE());
     }
 }
 
@@ -92,7 +93,7 @@ void resolve(const Arguments& arguments, Messages&)
     _GUID classId;
     const std::int32_t result = VXComClassIDFromProgID(TerminatedText(progId), &classId);
     if (result == vx::RESULT_CLASS_NOT_AVAILABLE)
-        throw Failure(arguments[0], "no class has this name; is its library registered?");
+        throw Failure(arguments[0], NO_SUCH_CLASS());
     if (vx::failed(result))
         throw Failure(arguments[0], textOfStore(result));
     char16_t identifier[39];
@@ -213,7 +214,7 @@ void importBranch(const Arguments& arguments, Messages&)
     try {
         entries = parseEntries(name != "-" ? static_cast<std::istream&>(file) : std::cin);
     } catch (const std::invalid_argument& failure) {
-        throw Failure(name == "-" ? "standard input" : name, failure.what());
+        throw Failure(name == "-" ? vxtools::STANDARD_INPUT() : vxtools::Text(name), failure.what());
     }
     for (const Entry& entry : entries) {
         about(entry.key.getKey().toUtf8(), [&] {
@@ -267,38 +268,10 @@ void useMachineRegistry(bool isToBeMade)
 
 } // namespace
 
-std::string usage(const vx::util::OptionTable& options)
+std::string usage(const vx::util::OptionTable& options, Messages& messages)
 {
-    return "Usage: vxreg COMMAND [ARGUMENT]...\n"
-           "Looks after the registry, and after the component libraries in it.\n"
-           "\n"
-           "  register LIBRARY        have a component library write its classes into the\n"
-           "                          registry\n"
-           "  unregister LIBRARY      have it take them out again\n"
-           "  resolve PROGID          print the class and the library that a name leads to,\n"
-           "                          and try the library\n"
-           "  verify LIBRARY...       try component libraries without registering them, and\n"
-           "                          print what is wrong with them\n"
-           "  list [KEY]              print the keys below KEY and its values; without it,\n"
-           "                          the hives\n"
-           "  get KEY [NAME]          print a value: a text as it is, bytes in hexadecimal\n"
-           "  set KEY NAME VALUE [TYPE]\n"
-           "                          set a value of TYPE text (which it is otherwise), u32,\n"
-           "                          u64 or hex\n"
-           "  delete KEY [NAME]       delete a value; without NAME, KEY with everything\n"
-           "                          below it\n"
-           "  export KEY [FILE]       print KEY with everything below it as text\n"
-           "  import [FILE]           set what such a text says, once all of it has been\n"
-           "                          understood\n"
-           "\n"
-        + options.getHelp()
-        + "\n"
-          "KEY is a path as VX_HKEY_USER\\Software\\X, with \"/\" as good as \"\\\", below one of\n"
-          "the hives VX_HKEY_CLASSES, VX_HKEY_CONFIG and VX_HKEY_USER. NAME is empty for\n"
-          "the default value. FILE is standard output or input where it is missing or \"-\".\n"
-          "What the registry of the user does not have is looked for in that of all users.\n"
-          "The variables VXSYS4_REGISTRY and VXSYS4_MACHINE_REGISTRY name other places.\n"
-          "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line.\n";
+    return messages.say(HELP_HEAD) + "\n\n" + vxtools::helpOf(options, u"vxreg.help.", messages) + '\n'
+        + messages.say(HELP_FOOT) + '\n';
 }
 
 std::vector<std::string_view> commandNames()
@@ -312,19 +285,19 @@ std::vector<std::string_view> commandNames()
 void run(const std::vector<std::string>& arguments, bool forMachine, Messages& messages)
 {
     if (arguments.empty())
-        throw std::invalid_argument("no command");
+        throw vxtools::UsageError(NO_COMMAND());
     for (const Command& command : COMMANDS) {
         if (command.name != arguments[0])
             continue;
         const Arguments rest(arguments.begin() + 1, arguments.end());
         if (rest.size() < command.least || rest.size() > command.most)
-            throw std::invalid_argument(arguments[0] + " takes other arguments");
+            throw vxtools::UsageError(OTHER_ARGUMENTS(arguments[0]));
         if (forMachine)
             useMachineRegistry(command.makesStore);
         command.run(rest, messages);
         return;
     }
-    throw std::invalid_argument("no command: " + arguments[0]);
+    throw vxtools::UsageError(NO_SUCH_COMMAND(arguments[0]));
 }
 
 } // namespace vxreg

@@ -10,7 +10,7 @@
 
 namespace vxreg {
 
-std::string usage(const vx::util::OptionTable& options);
+std::string usage(const vx::util::OptionTable& options, vxtools::Messages& messages);
 
 std::vector<std::string_view> commandNames();
 

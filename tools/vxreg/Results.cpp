@@ -1,6 +1,7 @@
 #include "vxreg/Results.h"
 
 #include "common/Failure.h"
+#include "vxreg/Texts.h"
 
 #include <vx/Result.h>
 #include <vx/String.h>
@@ -10,61 +11,62 @@
 
 namespace vxreg {
 
+using vxtools::Text;
+
 namespace {
 
 struct Row {
     std::int32_t result;
-    const char* text;
+    Message text;
 };
 
 constexpr Row STORE[] = {
-    {vx::RESULT_NOT_FOUND, "not found"},
-    {vx::RESULT_ACCESS_DENIED, "denied; the store must be yours or root's, and nobody else may write there"},
-    {vx::RESULT_NAME_TOO_LONG, "a name is too long"},
-    {vx::RESULT_INVALID_NAME, "not a name, or the store's place is not a full path"},
-    {vx::RESULT_STORE_CORRUPT, "the store's file is damaged"},
-    {vx::RESULT_DISK_FULL, "the disk is full"},
-    {vx::RESULT_OUT_OF_MEMORY, "out of memory"},
+    {vx::RESULT_NOT_FOUND, NOT_FOUND},
+    {vx::RESULT_ACCESS_DENIED, STORE_DENIED},
+    {vx::RESULT_NAME_TOO_LONG, NAME_TOO_LONG},
+    {vx::RESULT_INVALID_NAME, NO_NAME},
+    {vx::RESULT_STORE_CORRUPT, STORE_DAMAGED},
+    {vx::RESULT_DISK_FULL, DISK_FULL},
+    {vx::RESULT_OUT_OF_MEMORY, OUT_OF_MEMORY},
 };
 
 constexpr Row LIBRARY[] = {
-    {vx::RESULT_NOT_FOUND, "no such file"},
-    {vx::RESULT_PATH_NOT_FOUND, "no such folder"},
-    {vx::RESULT_ACCESS_DENIED,
-        "not to be trusted; it and the folders above it must be yours or root's, and nobody else may write there"},
-    {vx::RESULT_INVALID_NAME, "not a full path"},
-    {vx::RESULT_MODULE_NOT_FOUND, "cannot be loaded; something that it needs is missing"},
-    {vx::RESULT_BAD_MODULE, "not a whole library of this machine"},
-    {vx::RESULT_SYMBOL_NOT_FOUND, "not a component library; it does not export what one must"},
-    {vx::RESULT_CLASS_NOT_AVAILABLE, "does not have this class"},
-    {vx::RESULT_OUT_OF_MEMORY, "out of memory"},
+    {vx::RESULT_NOT_FOUND, NO_FILE},
+    {vx::RESULT_PATH_NOT_FOUND, NO_FOLDER},
+    {vx::RESULT_ACCESS_DENIED, NOT_TRUSTED},
+    {vx::RESULT_INVALID_NAME, NO_FULL_PATH},
+    {vx::RESULT_MODULE_NOT_FOUND, NOT_LOADABLE},
+    {vx::RESULT_BAD_MODULE, NO_WHOLE_LIBRARY},
+    {vx::RESULT_SYMBOL_NOT_FOUND, NO_COMPONENT},
+    {vx::RESULT_CLASS_NOT_AVAILABLE, LACKS_CLASS},
+    {vx::RESULT_OUT_OF_MEMORY, OUT_OF_MEMORY},
 };
 
-std::string find(std::span<const Row> rows, std::int32_t result)
+Text find(std::span<const Row> rows, std::int32_t result)
 {
     for (const Row& row : rows) {
         if (row.result == result)
-            return row.text;
+            return row.text();
     }
     return vxtools::textOfResult(result);
 }
 
 } // namespace
 
-std::string textOfStore(std::int32_t result)
+Text textOfStore(std::int32_t result)
 {
     return find(STORE, result);
 }
 
-std::string textOfLibrary(std::int32_t result)
+Text textOfLibrary(std::int32_t result)
 {
     return find(LIBRARY, result);
 }
 
-std::string textOf(const vx::Exception& failure)
+Text textOf(const vx::Exception& failure)
 {
     const std::string text = failure.getDescription().toUtf8();
-    return text.empty() ? textOfStore(failure.getResult()) : text;
+    return text.empty() ? textOfStore(failure.getResult()) : Text(text);
 }
 
 } // namespace vxreg

@@ -2,11 +2,36 @@
 
 #include "common/Messages.h"
 
-// The messages of vxreg about component libraries.
+// The messages of vxreg.
 
 namespace vxreg {
 
 using vxtools::Message;
+
+inline constexpr Message NOT_FOUND {u"vxreg.not-found", "not found"};
+inline constexpr Message STORE_DENIED {
+    u"vxreg.store-denied", "denied; the store must be yours or root's, and nobody else may write there"};
+inline constexpr Message NAME_TOO_LONG {u"vxreg.name-too-long", "a name is too long"};
+inline constexpr Message NO_NAME {u"vxreg.no-name", "not a name, or the store's place is not a full path"};
+inline constexpr Message STORE_DAMAGED {u"vxreg.store-damaged", "the store's file is damaged"};
+inline constexpr Message DISK_FULL {u"vxreg.disk-full", "the disk is full"};
+inline constexpr Message OUT_OF_MEMORY {u"vxreg.out-of-memory", "out of memory"};
+inline constexpr Message NO_FILE {u"vxreg.no-file", "no such file"};
+inline constexpr Message NO_FOLDER {u"vxreg.no-folder", "no such folder"};
+inline constexpr Message NOT_TRUSTED {u"vxreg.not-trusted",
+    "not to be trusted; it and the folders above it must be yours or root's, and nobody else may write there"};
+inline constexpr Message NO_FULL_PATH {u"vxreg.no-full-path", "not a full path"};
+inline constexpr Message NOT_LOADABLE {u"vxreg.not-loadable", "cannot be loaded; something that it needs is missing"};
+inline constexpr Message NO_WHOLE_LIBRARY {u"vxreg.no-whole-library", "not a whole library of this machine"};
+inline constexpr Message NO_COMPONENT {
+    u"vxreg.no-component", "not a component library; it does not export what one must"};
+inline constexpr Message LACKS_CLASS {u"vxreg.lacks-class", "does not have this class"};
+inline constexpr Message NO_HIVE {u"vxreg.no-hive", "no hive has this name"};
+inline constexpr Message NO_SUCH_CLASS {u"vxreg.no-such-class", "no class has this name; is its library registered?"};
+inline constexpr Message NO_COMMAND {u"vxreg.no-command", "no command"};
+inline constexpr Message NO_SUCH_COMMAND {u"vxreg.no-such-command", "no command: {0}"};
+inline constexpr Message OTHER_ARGUMENTS {u"vxreg.other-arguments", "{0} takes other arguments"};
+inline constexpr Message NOT_WRITTEN {u"vxreg.not-written", "cannot be written"};
 
 inline constexpr Message NO_LIBRARY {u"vxreg.no-library", "is not a shared library"};
 inline constexpr Message OTHER_MACHINE {u"vxreg.other-machine", "is a library for another machine"};
@@ -55,5 +80,35 @@ inline constexpr Message LIBRARIES {u"vxreg.libraries", "component libraries"};
 
 inline constexpr Message NO_MACHINE {u"vxreg.no-machine", "VXSYS4_MACHINE_REGISTRY says that there is none"};
 inline constexpr Message MACHINE {u"vxreg.machine", "the registry of all users"};
+
+inline constexpr Message HELP_HEAD {u"vxreg.help",
+    "Usage: vxreg COMMAND [ARGUMENT]...\n"
+    "Looks after the registry, and after the component libraries in it.\n"
+    "\n"
+    "  register LIBRARY        have a component library write its classes into the\n"
+    "                          registry\n"
+    "  unregister LIBRARY      have it take them out again\n"
+    "  resolve PROGID          print the class and the library that a name leads to,\n"
+    "                          and try the library\n"
+    "  verify LIBRARY...       try component libraries without registering them, and\n"
+    "                          print what is wrong with them\n"
+    "  list [KEY]              print the keys below KEY and its values; without it,\n"
+    "                          the hives\n"
+    "  get KEY [NAME]          print a value: a text as it is, bytes in hexadecimal\n"
+    "  set KEY NAME VALUE [TYPE]\n"
+    "                          set a value of TYPE text (which it is otherwise), u32,\n"
+    "                          u64 or hex\n"
+    "  delete KEY [NAME]       delete a value; without NAME, KEY with everything\n"
+    "                          below it\n"
+    "  export KEY [FILE]       print KEY with everything below it as text\n"
+    "  import [FILE]           set what such a text says, once all of it has been\n"
+    "                          understood"};
+inline constexpr Message HELP_FOOT {u"vxreg.help.more",
+    "KEY is a path as VX_HKEY_USER\\Software\\X, with \"/\" as good as \"\\\", below one of\n"
+    "the hives VX_HKEY_CLASSES, VX_HKEY_CONFIG and VX_HKEY_USER. NAME is empty for\n"
+    "the default value. FILE is standard output or input where it is missing or \"-\".\n"
+    "What the registry of the user does not have is looked for in that of all users.\n"
+    "The variables VXSYS4_REGISTRY and VXSYS4_MACHINE_REGISTRY name other places.\n"
+    "The exit status is 0 for success, 1 for a failure, 2 for a wrong command line."};
 
 } // namespace vxreg

@@ -4,6 +4,7 @@
 #include "common/Failure.h"
 #include "common/Program.h"
 #include "vxreg/Commands.h"
+#include "vxreg/Texts.h"
 
 #include <iostream>
 
@@ -20,7 +21,7 @@ int main(int argc, char** argv)
         const vx::util::ParsedOptions options
             = parseCommandLine(table, argc, argv, vx::util::OptionTable::Order::OPTIONS_FIRST);
         if (options.has("help"))
-            print(usage(table));
+            print(usage(table, messages));
         else if (options.has("version"))
             printVersion("vxreg");
         else if (options.has("completion"))
@@ -28,7 +29,7 @@ int main(int argc, char** argv)
         else
             run(options.getArguments(), options.has("machine"), messages);
         if (!std::cout.flush())
-            throw Failure("standard output", "cannot be written");
+            throw Failure(STANDARD_OUTPUT(), NOT_WRITTEN());
     };
     return runProgram("vxreg", work, messages);
 }
