@@ -70,6 +70,9 @@ function(vx_install)
     include(CMakePackageConfigHelpers)
     set(package ${CMAKE_INSTALL_LIBDIR}/cmake/vxlib4)
     set(headers ${CMAKE_INSTALL_INCLUDEDIR}/vxlib4)
+    # The folder of the libraries can be more than one level below the prefix.
+    file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
     foreach(name IN ITEMS vxsys4 vxlib4) # each with targets of its own: an installation may have the platform layer alone
         install(TARGETS ${name} EXPORT ${name}Targets
             RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
