@@ -76,6 +76,7 @@ struct IVXProperty2;
 struct IVXPropertySet;
 struct IVXPropertySet2;
 struct IVXResourceBundle;
+struct IVXTextCodec;
 struct IVXTransport;
 
 #ifndef __cplusplus
@@ -102,6 +103,7 @@ typedef struct IVXProperty2 IVXProperty2;
 typedef struct IVXPropertySet IVXPropertySet;
 typedef struct IVXPropertySet2 IVXPropertySet2;
 typedef struct IVXResourceBundle IVXResourceBundle;
+typedef struct IVXTextCodec IVXTextCodec;
 typedef struct IVXTransport IVXTransport;
 #endif
 
@@ -1754,6 +1756,88 @@ static inline int32_t IVXResourceBundle_CreateClass(const _GUID* classId, IVXRes
     void* made = 0;
     const int32_t result = VXModuleComCreateObject(0, classId, 0, &VX_IID_IVXResourceBundle, &made);
     *out = (IVXResourceBundle*)made;
+    return result;
+}
+
+/// Beside IVXCharCodec: an encoding from a component that converts many characters in one call. A codec has it for its
+/// speed, or because its text has a state, such as shift sequences or a byte order mark: the codec keeps the state
+/// between calls. So a codec serves one text in one direction. One thread at a time.
+///
+/// Both conversions stop before what they cannot convert. Their result codes:
+/// - 0: all of the input is taken, except for an incomplete character at its end;
+/// - RESULT_BUFFER_TOO_SMALL: there is no room for the next character;
+/// - RESULT_UNMAPPABLE_CHARACTER: the next sequence has no character, or the next character has no bytes. The caller
+///   replaces and passes over it. For the length of such a sequence it calls IVXCharCodec::ConvertBytes.
+typedef struct IVXTextCodecOperations {
+    int32_t (*QueryInterface)(IVXTextCodec* self, const _GUID* iid, void** out);
+    uint32_t (*AddRef)(const IVXTextCodec* self);
+    uint32_t (*Release)(const IVXTextCodec* self);
+    /// `*length` is the number of bytes and becomes how many were taken; `*count` is the room in units and becomes how
+    /// many were stored.
+    int32_t (*Decode)(IVXTextCodec* self, const signed char* bytes, int32_t* length, char16_t* units, int32_t* count);
+    /// The opposite. Halves of surrogate pairs are characters without bytes, unless the encoding has such; the first
+    /// half of a pair at the end is incomplete.
+    int32_t (*Encode)(IVXTextCodec* self, const char16_t* units, int32_t* length, signed char* bytes, int32_t* count);
+    /// Stores the bytes that lead back to the initial state, all or none.
+    int32_t (*EndText)(IVXTextCodec* self, signed char* bytes, int32_t* count);
+    /// The next call begins a new text.
+    int32_t (*Reset)(IVXTextCodec* self);
+} IVXTextCodecOperations;
+struct IVXTextCodec {
+    const IVXTextCodecOperations* operations;
+};
+
+        static const _GUID VX_IID_IVXTextCodec
+    = {0x3B0C65A7, 0x91DE, 0x4F28, {0x8A, 0x6B, 0xD5, 0x12, 0x7E, 0x40, 0xC9, 0x33}};
+static inline int32_t IVXTextCodec_QueryInterface(IVXTextCodec* self, const _GUID* iid, void** out)
+{
+    return self->operations->QueryInterface(self, iid, out);
+}
+static inline uint32_t IVXTextCodec_AddRef(const IVXTextCodec* self)
+{
+    return self->operations->AddRef(self);
+}
+static inline uint32_t IVXTextCodec_Release(const IVXTextCodec* self)
+{
+    return self->operations->Release(self);
+}
+static inline int32_t IVXTextCodec_Decode(
+        IVXTextCodec* self, const signed char* bytes, int32_t* length, char16_t* units, int32_t* count)
+{
+    return self->operations->Decode(self, bytes, length, units, count);
+}
+static inline int32_t IVXTextCodec_Encode(
+        IVXTextCodec* self, const char16_t* units, int32_t* length, signed char* bytes, int32_t* count)
+{
+    return self->operations->Encode(self, units, length, bytes, count);
+}
+static inline int32_t IVXTextCodec_EndText(IVXTextCodec* self, signed char* bytes, int32_t* count)
+{
+    return self->operations->EndText(self, bytes, count);
+}
+static inline int32_t IVXTextCodec_Reset(IVXTextCodec* self)
+{
+    return self->operations->Reset(self);
+}
+static inline int32_t IVXTextCodec_From(void* object, IVXTextCodec** out)
+{
+    void* made = 0;
+    const int32_t result = IVXUnknown_QueryInterface((IVXUnknown*)object, &VX_IID_IVXTextCodec, &made);
+    *out = (IVXTextCodec*)made;
+    return result;
+}
+static inline int32_t IVXTextCodec_Create(const char16_t* progId, IVXTextCodec** out)
+{
+    void* made = 0;
+    const int32_t result = VXComCreateObjectByProgID(progId, 0, &VX_IID_IVXTextCodec, &made);
+    *out = (IVXTextCodec*)made;
+    return result;
+}
+static inline int32_t IVXTextCodec_CreateClass(const _GUID* classId, IVXTextCodec** out)
+{
+    void* made = 0;
+    const int32_t result = VXModuleComCreateObject(0, classId, 0, &VX_IID_IVXTextCodec, &made);
+    *out = (IVXTextCodec*)made;
     return result;
 }
 
