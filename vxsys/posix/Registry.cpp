@@ -70,8 +70,7 @@ std::int32_t readKey(const std::string& place, ENUM_VX_HKEY hive, const Registry
     return store.read(hiveOf(hive), path, units, record, file);
 }
 
-/// Reads what only the user's store has, or only that of all users, or both, by `read(place, isMachine)`. A key or value
-/// that is in neither gives RESULT_NOT_FOUND.
+/// Reads both stores by `read(place, isMachine)`, the user's first. RESULT_NOT_FOUND if neither has the key.
 template <class Read>
 std::int32_t readBoth(Read&& read)
 {
