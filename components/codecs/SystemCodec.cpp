@@ -141,8 +141,11 @@ private:
             }
             if (outcome.taken == length || (outcome.taken > 0 && (outcome.needsMore || outcome.needsRoom)))
                 continue;
-            if (outcome.needsRoom)
-                return RESULT_BUFFER_TOO_SMALL;
+            if (outcome.needsRoom) {
+                std::uint32_t next = Decoded::UNMAPPED;
+                const int taken = m_system.decode(reinterpret_cast<const signed char*>(pass.in), length, next);
+                return taken > 0 && next == Decoded::UNMAPPED ? RESULT_UNMAPPABLE_CHARACTER : RESULT_BUFFER_TOO_SMALL;
+            }
             return outcome.needsMore && length < page().maxBytesPerChar ? RESULT_OK : RESULT_UNMAPPABLE_CHARACTER;
         }
         return RESULT_OK;
@@ -165,8 +168,11 @@ private:
             pass.out += outcome.given;
             if (outcome.taken == length || (outcome.taken > 0 && (outcome.needsMore || outcome.needsRoom)))
                 continue;
-            if (outcome.needsRoom)
-                return RESULT_BUFFER_TOO_SMALL;
+            if (outcome.needsRoom) {
+                char bytes[MOST_BYTES];
+                const bool isMapped = m_system.encode(*pass.in, bytes, MOST_BYTES) > 0;
+                return isMapped ? RESULT_BUFFER_TOO_SMALL : RESULT_UNMAPPABLE_CHARACTER;
+            }
             return outcome.needsMore && pass.left() == 1 ? RESULT_OK : RESULT_UNMAPPABLE_CHARACTER;
         }
         return RESULT_OK;

@@ -92,7 +92,7 @@ private:
         while (pass.in < pass.inEnd) {
             if (*pass.in < 0x80) {
                 copyAscii(pass);
-                if (pass.out == pass.outEnd && pass.in < pass.inEnd)
+                if (pass.out == pass.outEnd && pass.in < pass.inEnd && *pass.in < 0x80)
                     return RESULT_BUFFER_TOO_SMALL;
                 continue;
             }
@@ -122,7 +122,7 @@ private:
             std::uint32_t codePoint = *pass.in;
             if (codePoint < 0x80) {
                 copyAscii(pass);
-                if (pass.out == pass.outEnd && pass.in < pass.inEnd)
+                if (pass.out == pass.outEnd && pass.in < pass.inEnd && *pass.in < 0x80)
                     return RESULT_BUFFER_TOO_SMALL;
                 continue;
             }

@@ -272,6 +272,60 @@ TEST_F(CodecComponent, KeepsTheStateOfATextBetweenItsPieces)
     }
 }
 
+/// Converts into `room` units, and says what is read, written, thrown, and what a flush writes.
+template <class Converter, class Source, class Target>
+std::string outcomeOf(const char16_t* name, const std::basic_string<Source>& text, std::int32_t room, bool substitutes)
+{
+    const Reference<Converter> converter(Converter::getConverter(name));
+    converter->setSubstitutionMode(substitutes);
+    if constexpr (sizeof(Source) == 1)
+        converter->setSubstitutionChars(u"<?>", 3);
+    else
+        converter->setSubstitutionBytes(reinterpret_cast<const signed char*>("<?>"), 3);
+    using In = std::conditional_t<sizeof(Source) == 1, signed char, char16_t>;
+    Target target[32];
+    std::int32_t read = 0, written = 0;
+    std::string said;
+    const auto attempt = [&](auto work) {
+        std::int32_t result = RESULT_OK;
+        try {
+            work();
+        } catch (const Exception& failure) {
+            result = failure.getResult();
+        }
+        said += std::to_string(read) + ' ' + std::to_string(written) + ' ' + std::to_string(result) + ' ';
+    };
+    const auto length = static_cast<std::int32_t>(text.size());
+    attempt(
+        [&] { converter->convert(reinterpret_cast<const In*>(text.data()), &read, length, target, &written, room); });
+    attempt([&] { converter->flush(target, &written, room); });
+    converter->reset();
+    attempt([&] { converter->flush(target, &written, room); });
+    return said + std::string(target, target + written);
+}
+
+TEST_F(CodecComponent, StopsAtTheSamePlaceByBothInterfaces)
+{
+    // CP1255 has only the interface for one character, the others also that for a text.
+    for (const char16_t* name : {u"Shift_JIS", u"EUC-KR", u"CP932", u"CP950", u"ISO-2022-JP", u"KOI8-R"}) {
+        for (std::int32_t room = 0; room <= 7; ++room) {
+            for (const bool substitutes : {false, true}) {
+                for (const std::u16string text :
+                    {u"ab\u0E01c", u"ab😀c", u"ab\xD83D", u"ab\xD83D\xD83D", u"a\xDE00", u""}) {
+                    EXPECT_EQ((outcomeOf<CharToByteConverter, char16_t, signed char>(name, text, room, substitutes)),
+                        (outcomeOf<CharToByteConverter, char16_t, signed char>(u"CP1255", text, room, substitutes)))
+                        << String(name) << room << substitutes << String(text);
+                }
+                if (name == std::u16string_view(u"KOI8-R"))
+                    continue;
+                EXPECT_EQ((outcomeOf<ByteToCharConverter, char, char16_t>(name, "ab\xFFz"s, room, substitutes)),
+                    (outcomeOf<ByteToCharConverter, char, char16_t>(u"CP1255", "ab\xFFz"s, room, substitutes)))
+                    << String(name) << room << substitutes;
+            }
+        }
+    }
+}
+
 _GUID bundleClass(std::uint16_t index)
 {
     return {0x2C7E94D8, static_cast<std::uint16_t>(0x5B10 + index), 0x4F63,

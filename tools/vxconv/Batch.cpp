@@ -5,6 +5,8 @@
 #include "common/Failure.h"
 #include "common/Program.h"
 
+#include <vx/Exception.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
@@ -41,7 +43,7 @@ public:
     void run()
     {
         for (const Job& job : m_jobs) {
-            attempt([&] {
+            attempt(job.input, [&] {
                 if (!m_options.toFolder.empty())
                     createFolder(fs::path(job.output).parent_path());
                 convertFile(m_options, job.input, job.output, m_messages);
@@ -53,21 +55,25 @@ public:
 
 private:
     template <class Work>
-    void attempt(Work work)
+    void attempt(const Text& what, Work work)
     {
         try {
             work();
             ++m_converted;
         } catch (const Failure& failure) {
-            ++m_failed;
-            complain("vxconv", m_messages.say(failure.text()));
+            report(failure.text());
+        } catch (const vx::Exception& failure) {
+            report(Failure(what, textOf(failure)).text());
         }
     }
 
-    void refuse(const Text& what, const Text& why)
+    void report(const Text& failure)
     {
-        attempt([&] { throw Failure(what, why); });
+        ++m_failed;
+        complain("vxconv", m_messages.say(failure));
     }
+
+    void refuse(const Text& what, const Text& why) { report(Failure(what, why).text()); }
 
     static void createFolder(const fs::path& folder)
     {
