@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <memory>
+#include <mutex>
 #include <utility>
 
 namespace vxlogd {
@@ -200,6 +202,8 @@ void Connection::takeLines()
 {
     const std::size_t maxLine = m_limits.maxLine;
     std::string_view rest = m_input;
+    std::shared_ptr<Progress> progress = m_progress;
+    std::unique_lock turn(progress->getTurn());
     try {
         while (!rest.empty() && !m_isRefused && hasRoom()) {
             const std::size_t end = rest.find('\n');
@@ -213,6 +217,11 @@ void Connection::takeLines()
                 if (line.ends_with('\r'))
                     line.remove_suffix(1);
                 takeLine(line.substr(0, maxLine), line.size() > maxLine);
+                if (progress != m_progress) { // it was a greeting
+                    turn.unlock();
+                    progress = m_progress;
+                    turn = std::unique_lock(progress->getTurn());
+                }
             }
         }
     } catch (...) {

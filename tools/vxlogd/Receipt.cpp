@@ -55,6 +55,7 @@ std::uint64_t Progress::takeOver(std::shared_ptr<Waker> waker, std::uint64_t con
 {
     std::uint64_t owner = 0;
     {
+        const std::lock_guard turn(m_turn);
         const std::lock_guard lock(m_lock);
         if (m_state.hasFailed && m_state.openLines > 0)
             return 0;

@@ -53,6 +53,9 @@ public:
     /// lines are open after a failure.
     std::uint64_t takeOver(std::shared_ptr<Waker> waker, std::uint64_t connection, std::uint64_t first);
     bool isOwner(std::uint64_t owner) const;
+    /// A connection holds it from its first claim to the moment when the lines are in the queue. So they are in the log
+    /// before those of a connection that takes over.
+    std::mutex& getTurn() { return m_turn; }
     enum class Claim {
         NEW,
         REPEATED, ///< an earlier connection has brought the line
@@ -80,6 +83,7 @@ private:
     void settle(std::uint64_t line);
     void tell();
 
+    std::mutex m_turn;
     mutable std::mutex m_lock;
     std::shared_ptr<Waker> m_waker; ///< of the thread that serves the connection
     std::uint64_t m_connection;
