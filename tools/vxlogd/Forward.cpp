@@ -241,7 +241,7 @@ bool Forwarder::send(const ForwardSource::Line& line)
         else
             m_message.append(fields);
     } else { // of another program, or torn
-        m_message.append(",").append(openObject({{u"text", readableText(line.text)}}).substr(1)).append("}");
+        m_message.append(",").append(openObject({{u"text", String(readableText(line.text))}}).substr(1)).append("}");
     }
     const std::string_view peer = peerOf(line.text);
     const std::int32_t result = vxtools::sendTo(*m_producer, peer.empty() ? m_host : peer, m_message);

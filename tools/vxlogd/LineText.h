@@ -9,5 +9,11 @@ namespace vxlogd {
 /// control a terminal become visible ones: control characters except the tab, line and paragraph separators, changes of
 /// direction. The result refers to `bytes` or to `converted`.
 std::string_view readableText(std::string_view bytes, std::string& converted);
+/// As above, as a text of its own.
+inline std::string readableText(std::string_view bytes)
+{
+    std::string converted;
+    return std::string(readableText(bytes, converted));
+}
 
 } // namespace vxlogd

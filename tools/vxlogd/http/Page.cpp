@@ -247,8 +247,8 @@ private:
     void tellStatus(httplib::Response& response)
     {
         const Figures figures = m_status.gather();
-        std::string text = "{\"log\":" + quoted(readableText(figures.counts.path));
-        text.append(",\"trouble\":").append(quoted(readableText(figures.counts.trouble)));
+        std::string text = "{\"log\":" + quoted(vx::String(readableText(figures.counts.path)));
+        text.append(",\"trouble\":").append(quoted(vx::String(readableText(figures.counts.trouble))));
         text.append(",\"figures\":").append(toJson(figures));
         text.append(",\"minutes\":").append(minutesOf(m_tail)).append("}\n");
         response.set_content(text, "application/json");
