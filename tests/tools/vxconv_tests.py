@@ -93,7 +93,9 @@ class Components(tool.Scratch):
 
     def test_needs_the_registration(self):
         for option in "-f", "-t":
-            self.assertFails(vxconv(option, "CP932"), "CP932", "vxconv --list")
+            self.assertFails(vxconv(option, "sjis2"), "sjis2", "vxconv --list")
+            for name in ["CP932", "latin2"]:
+                self.assertFails(vxconv(option, name), name, "vxcodecs.so")
 
 
 class Faults(tool.Scratch):

@@ -18,10 +18,12 @@
 #include <vx/io/InputStreamReader.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/text/charset/CharsetException.h>
+#include <vx/text/charset/EncodingNames.h>
 #include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <strings.h>
 #include <vector>
 
 namespace vxconv {
@@ -36,10 +38,14 @@ namespace {
 /// The size of each buffer, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
-/// What may help a user who wants this encoding.
-Text hintFor(const std::string&)
+/// What may help a user who wants this encoding. The names that the library has not are those of the component library.
+Text hintFor(const std::string& encoding)
 {
-    return SEE_LIST();
+    const auto isWanted = [&](const String& name) { return strcasecmp(name.toUtf8().c_str(), encoding.c_str()) == 0; };
+    const std::vector<EncodingNames> all = getEncodingNames();
+    const bool isKnown = std::ranges::any_of(all,
+        [&](const EncodingNames& each) { return isWanted(each.name) || std::ranges::any_of(each.aliases, isWanted); });
+    return isKnown ? REGISTER_CODECS() : SEE_LIST();
 }
 
 template <class Converter>

@@ -18,6 +18,8 @@ inline constexpr Message ONLY_WITH {u"vxconv.only-with", "{0} has no effect with
 
 inline constexpr Message UNKNOWN_ENCODING {u"vxconv.unknown-encoding", "unknown encoding \"{0}\""};
 inline constexpr Message SEE_LIST {u"vxconv.see-list", "vxconv --list prints the known ones"};
+inline constexpr Message REGISTER_CODECS {u"vxconv.register-codecs",
+    "the component library vxcodecs.so has it (package vxlib4-components), once vxreg has registered it"};
 inline constexpr Message READ_AS {u"vxconv.read-as", "{0}: read as {1}"};
 
 inline constexpr Message AT_BYTE {u"vxconv.at-byte", "byte {0}: {1}"};
