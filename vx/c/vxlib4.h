@@ -1,7 +1,8 @@
 #pragma once
 
 /// The library for C11: components and the functions without classes. What a function says about exceptions does not matter
-/// here: no function and no operation of a component lets one out.
+/// here: no function and no operation of a component lets one out. The one exception is `Get` of the library's own property
+/// sets for a key that does not exist: so a component in C asks them only for keys that its documentation demands.
 
 #include "vx/CreateString.h"
 #include "vx/Library.h"
