@@ -10,6 +10,7 @@
 #include <charconv>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 namespace vxlog {
 
@@ -38,11 +39,12 @@ std::optional<int> numberIn(
 Destination parseDestination(const std::string& text)
 {
     if (vxtools::KafkaAddress::isOne(text)) {
+        vxtools::KafkaAddress address(text, {"level", "retry"});
         Destination brokers;
-        brokers.kafka.emplace(text, std::initializer_list<std::string_view> {"level", "retry"});
-        brokers.level = numberIn(brokers.kafka->uri(), "level");
-        if (const std::optional<int> retry = numberIn(brokers.kafka->uri(), "retry", 0))
+        brokers.level = numberIn(address.uri(), "level");
+        if (const std::optional<int> retry = numberIn(address.uri(), "retry", 0))
             brokers.retry = std::chrono::seconds(*retry);
+        brokers.kafka = std::move(address);
         return brokers;
     }
     const std::optional<vx::net::UriReference> parsed = vx::net::UriReference::parse(std::string_view(text));
