@@ -82,7 +82,7 @@ inline constexpr Message STANDARD_OUTPUT {u"tools.standard-output", "standard ou
 inline constexpr Message BACKSLASH {u"tools.backslash", "a file name with a backslash"};
 inline constexpr Message NOT_UTF_8 {u"tools.not-utf-8", "a file name that is not UTF-8"};
 inline constexpr Message NO_COMPONENT {
-    u"tools.no-tls", "the component {0}, which vxreg registers, cannot be used: {1}"};
+    u"tools.no-component", "the component {0}, which vxreg registers, cannot be used: {1}"};
 inline constexpr Message SEE_HELP {u"tools.see-help", "{0}; {1} --help tells more"};
 
 } // namespace vxtools
