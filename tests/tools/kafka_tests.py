@@ -124,7 +124,7 @@ class Senders(Cluster):
                 (self.address("?user=ada"), ["password"], 2),
                 (self.address("?user=ada&password=/no/such"), ["/no/such"], 1),
                 (self.address(f"?user=ada&password={password}"), ["refuse the user", self.broker], 1),
-                (self.address().replace("kafka:", "kafkas:"), ["SSL handshake failed", self.broker], 1),
+                (self.address().replace("kafka:", "kafkas:"), ["SSL", self.broker], 1),
                 (self.address("?level=x"), ["level"], 2)]:
             with self.subTest(to):
                 self.assertFails(self.run_vxlog(to=to, data=b"x\n"), *parts, status=status)
@@ -178,6 +178,7 @@ class Forwarding(Cluster):
     def test_catches_up_across_rotations(self):
         self.serve("--rotate-size=300")
         self.send(*[f"a {number}" for number in range(20)])
+        self.wait_for_lines(20)  # the mock would take lines twice whose answer is lost
         self.tell("down")
         self.send(*[f"b {number}" for number in range(20)])
         self.wait_for(lambda: "forwarding waits" in self.said())
