@@ -11,7 +11,7 @@ namespace vx::components {
 class Codec;
 struct CodePage;
 
-// Each makes a codec with reference count 0. Throws Exception if the system does not know an encoding of its own.
+// Each makes a codec with reference count 0. Throws Exception if the system does not know an encoding that it converts.
 Codec* makeSystemCodec(const CodePage& page);
 Codec* makeComposingCodec(const CodePage& page);
 Codec* makeSingleByteCodec(const CodePage& page);

@@ -78,7 +78,7 @@ int store(std::uint16_t code, unsigned char* bytes) noexcept
     return 2;
 }
 
-/// ASCII after a first byte is a character of its own if the two have none.
+/// If a first byte and the ASCII byte after it have no character together, the ASCII byte is a separate one.
 Decoded unmapped(unsigned char second) noexcept
 {
     return {Decoded::UNMAPPED, second < 0x80 ? 1 : 2};

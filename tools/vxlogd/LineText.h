@@ -9,7 +9,7 @@ namespace vxlogd {
 /// control a terminal become visible ones: control characters except the tab, line and paragraph separators, changes of
 /// direction. The result refers to `bytes` or to `converted`.
 std::string_view readableText(std::string_view bytes, std::string& converted);
-/// As above, as a text of its own.
+/// As above; the result owns its text.
 inline std::string readableText(std::string_view bytes)
 {
     std::string converted;

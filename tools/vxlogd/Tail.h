@@ -63,7 +63,7 @@ public:
         Tail& m_tail;
     };
 
-    /// Takes lines that were written together. Does nothing if nobody watches.
+    /// Takes lines that were written together. Does nothing without a watcher.
     void add(std::span<const Batch::Span> written) noexcept;
     /// The number of the oldest entry that is kept.
     std::uint64_t begin() const;
@@ -72,7 +72,7 @@ public:
     Portion read(std::uint64_t from, std::size_t most, std::chrono::milliseconds patience) const;
     /// The counts of the last hour, the oldest first. A minute without entries is left out.
     std::vector<Minute> getMinutes() const;
-    /// Nobody waits from now on.
+    /// From now on no call waits.
     void close();
     bool isClosed() const { return m_isClosed; }
 

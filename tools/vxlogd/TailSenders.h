@@ -9,7 +9,7 @@
 
 namespace vxlogd {
 
-/// Sends the tail to clients of the status socket, each on a thread of its own. A line tells how many entries are kept;
+/// Sends the tail to clients of the status socket, each in a separate thread. A line tells how many entries are kept;
 /// then come the entries as lines of JSON. A client that does not read holds up nothing: it misses entries, and
 /// {"missed":N} tells it so.
 class TailSenders {

@@ -8,7 +8,7 @@
 
 namespace vxreg {
 
-/// Work in a process of its own, so that what it calls may crash, end the process or never return.
+/// Work in a separate process, so that what it calls may crash, end the process or never return.
 class Trial {
 public:
     /// Runs `work` in a child process. It reports problems by `tell`, and by `enter` what it does next. Returns all

@@ -62,7 +62,7 @@ TEST(InterfacesInC, HaveTheSlotsAndIdentifiersOfTheClasses)
 #include "InterfaceRows.inc"
 }
 
-/// A library in C that is registered in a store of its own to the end of the block.
+/// A library in C that is registered, in a separate store, until the end of the block.
 class GreeterInC : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_EQ(VXComRegisterLibrary(u"" VX_GREETER_IN_C), RESULT_OK); }

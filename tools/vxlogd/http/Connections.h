@@ -10,7 +10,7 @@
 
 namespace vxlogd::http {
 
-/// Serves each connection on a thread of its own, and closes at once those that are too many.
+/// Serves each connection in a separate thread, and closes at once those that are too many.
 class Connections final : public httplib::TaskQueue {
 public:
     explicit Connections(std::size_t most)

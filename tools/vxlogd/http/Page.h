@@ -23,7 +23,7 @@ public:
 
     /// "http://127.0.0.1:8080/".
     std::string getAddress() const;
-    /// Answers on threads of its own.
+    /// Answers in threads that it starts.
     void start();
 
 private:
