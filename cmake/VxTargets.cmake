@@ -95,5 +95,11 @@ function(vx_install)
             DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
             RENAME $<TARGET_FILE_NAME:vxlib4>-gdb.py)
     endif()
-    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    # In folders as in the sources, because the pages link each other.
+    foreach(page IN ITEMS CHANGELOG.md LICENSE README.md SECURITY.md)
+        install(FILES ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    endforeach()
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.svg" PATTERN site EXCLUDE PATTERN man EXCLUDE)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endfunction()

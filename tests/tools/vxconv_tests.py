@@ -289,6 +289,11 @@ class Detection(tool.Scratch):
                 self.assertEqual((result.returncode, result.stderr.decode()), (0, f"vxconv: {name}: read as {encoding}\n"))
                 self.assertTrue(expected is None or result.stdout == expected, encoding)
         self.assertSucceeds(vxconv("-f", "auto", "--fallback", "cp437", data=b"\xe1"), "ß".encode())
+        picture = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR"
+        self.assertFails(vxconv("-fauto", self.write("picture", picture)), "picture", "byte 9 is zero")
+        self.assertEqual(vxconv("-fauto", "--in-place", self.path("picture")).returncode, 1)
+        self.assertEqual(self.read("picture"), picture)
+        self.assertSucceeds(vxconv("-fauto", "--fallback=UTF-16LE", data=b"\xe9\0"), "é".encode())
         self.assertFails(vxconv("-fauto", "--strict", data=b"\xfe\xff\0a\0"), "byte 4: the input ends inside")
         self.assertFails(vxconv("-fauto", "--strict", data=b"\xe9\x81"), "byte 1: no character in CP1252")
 
@@ -300,7 +305,8 @@ class Languages(tool.Scratch):
         self.write("twice", b"")
         for arguments, data in [
             (["--help"], b""), (["a", "b"], b""), (["--in-place"], b""), (["-o", ""], b""), (["--fallback=x"], b""),
-            (["--in-place", "--to-folder=x", "a"], b""), (["-f", "none"], b""), (["-vfauto", "--strict"], b"\x81"), ([], b"\x80"), ([], b"\xc3"),
+            (["--in-place", "--to-folder=x", "a"], b""), (["-f", "none"], b""), (["-vfauto", "--strict"], b"\x81"), (["-fauto"], b"\x81\0"),
+            ([], b"\x80"), ([], b"\xc3"),
             (["-t", "ASCII", "--strict"], "é".encode()), (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"\0\xdc"),
             (["--to-folder", self.path("out"), self.path("twice"), self.path("twice")], b""),
         ]:

@@ -1,13 +1,17 @@
 #include "Detection.h"
 
+#include "Texts.h"
 #include "Utf8Check.h"
 #include "common/Failure.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string_view>
+#include <strings.h>
 #include <unistd.h>
 #include <vector>
 
@@ -62,6 +66,24 @@ void makeSeekable(const Input& input, std::vector<char>& block)
         fail(input);
 }
 
+/// Fails at a zero byte: the input is most likely no text, and a conversion in place would destroy it.
+void requireText(const Input& input, std::vector<char>& block)
+{
+    std::int64_t before = 0;
+    while (const std::size_t got = readSome(input, block)) {
+        const auto zero = std::find(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got), '\0');
+        const auto place = static_cast<std::size_t>(zero - block.begin());
+        if (place < got)
+            throw Failure(input.name(), NO_TEXT(std::to_string(before + static_cast<std::int64_t>(place) + 1)));
+        before += static_cast<std::int64_t>(got);
+    }
+}
+
+bool hasZeroBytes(const std::string& encoding)
+{
+    return ::strncasecmp(encoding.c_str(), "UTF-16", 6) == 0 || ::strncasecmp(encoding.c_str(), "UTF-32", 6) == 0;
+}
+
 } // namespace
 
 Detected detectEncoding(const Input& input, const std::string& fallback)
@@ -74,7 +96,7 @@ Detected detectEncoding(const Input& input, const std::string& fallback)
     }
     Detected detected {"UTF-8", 0};
     Utf8Check utf8;
-    bool isFirst = true;
+    bool isFirst = true, isUtf8 = true;
     while (const std::size_t got = readSome(input, block)) {
         if (isFirst) {
             for (const auto& mark : MARKS) {
@@ -89,12 +111,19 @@ Detected detectEncoding(const Input& input, const std::string& fallback)
         isFirst = false;
         if (utf8.findFault(reinterpret_cast<const signed char*>(block.data()), static_cast<std::int32_t>(got))
             != Utf8Check::NONE) {
-            detected.encoding = fallback;
+            isUtf8 = false;
             break;
         }
     }
     if (utf8.incomplete() > 0)
+        isUtf8 = false;
+    if (!isUtf8) {
         detected.encoding = fallback;
+        if (::lseek(input.descriptor(), start, SEEK_SET) < 0)
+            fail(input);
+        if (!hasZeroBytes(fallback))
+            requireText(input, block);
+    }
     if (::lseek(input.descriptor(), start + detected.start, SEEK_SET) < 0)
         fail(input);
     return detected;

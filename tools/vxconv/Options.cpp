@@ -61,7 +61,10 @@ const OptionTable& optionTable()
                 = "the encoding of INPUT; auto: that of its byte order mark, or UTF-8 if all of it is UTF-8, or else "
                   "that of --fallback"},
             {.name = "to", .letter = 't', .value = "ENCODING", .standard = "UTF-8", .help = "the encoding of OUTPUT"},
-            {.name = "fallback", .value = "ENCODING", .standard = "CP1252", .help = "see -f auto"},
+            {.name = "fallback",
+                .value = "ENCODING",
+                .standard = "CP1252",
+                .help = "see -f auto; a file with a byte that is zero is refused"},
             {.name = "lines",
                 .help = "end each line with LF, whether it ended with LF, CR or CR LF; holds one line in memory"},
             {.name = "strict",
