@@ -390,23 +390,25 @@ class Settings(Served):
             self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments), part)
 
     def test_are_checked_before_they_take_effect(self):
-        wrong = self.write("wrong.ini", b"level = 1\n[vxlogd]\nportt = 1\nworkers\nlevel = x\nformat = xml\nkeep = 3\n")
+        wrong = self.write("wrong.ini", b"level = 1\n[vxlogd]\nportt = 1\nworkers\nlevel = x\nformat = xml\nkeep = 3\nmode = 448\n")
         result = vxlogd("--check-config", "-c", wrong, "--rotate-size=9", "--port=x")
         self.assertEqual((result.returncode, result.stdout), (2, b""))
         lines = result.stderr.decode().replace(wrong, "").splitlines()
         self.assertEqual([line.removeprefix("vxlogd: ") for line in lines],
                          [":4: neither a set nor a setting: workers", ":1: level stands before the first set",
                           ":3: unknown setting portt", ':5: level: "x" is no number from -1000000 to 1000000',
+                          ':8: mode: "448" is no mode in octal digits, such as 640, in which the owner may write',
                           '--port: "x" is no number from 0 to 65535', "an XML log is one document, which cannot be rotated"])
-        told = vxlogd("--check-config", "--level=-3", "--rotate-every=day", "--format=json", "--log=" + self.log)
+        told = vxlogd("--check-config", "--level=-3", "--rotate-every=day", "--format=json", "--mode=640", "--log=" + self.log)
         self.assertEqual(told.returncode, 0)
-        for part in ["[vxlogd]\nlisten = localhost\n", "\nlevel = -3\n", "\nrotate-every = day\n", "\nformat = json\n"]:
+        for part in ["[vxlogd]\nlisten = localhost\n", "\nlevel = -3\n", "\nrotate-every = day\n", "\nformat = json\n", "\nmode = 640\n"]:
             self.assertIn(part, told.stdout.decode())
         self.assertSucceeds(vxlogd("--check-config", "-c", self.write("told.ini", told.stdout)), told.stdout)
 
     def test_come_from_the_command_line_before_the_file(self):
-        config = self.write("vxlogd.ini", b"# of the server\n[VXLOGD]\nlevel = 5\nMax-Line = 16\n")
+        config = self.write("vxlogd.ini", b"# of the server\n[VXLOGD]\nlevel = 5\nMax-Line = 16\nmode = 646\n")
         self.start("-c", config, "--level=6")
+        self.assertEqual(os.stat(self.log).st_mode & 0o777, 0o646)
         self.client("ack=1").send(b"x" * 20 + b"\n").hear("ack 1\n")
         self.assertEqual([(entry["level"], entry["text"]) for entry in self.entries()], [("6", "x" * 16 + " [cut]")])
 

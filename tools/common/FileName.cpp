@@ -1,9 +1,13 @@
 #include "FileName.h"
 
 #include "Failure.h"
+#include "Input.h"
 
+#include <charconv>
 #include <climits>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vxtools {
@@ -39,6 +43,27 @@ vx::String canonicalPath(const std::string& file)
     if (text.toUtf8() != path.native())
         throw Failure(file, NOT_UTF_8()); // the text would name another file
     return text;
+}
+
+std::optional<unsigned int> modeOf(const std::string& text)
+{
+    constexpr unsigned int MOST = 0777, OWNER_WRITES = 0200;
+    constexpr int OCTAL = 8;
+    unsigned int mode = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, mode, OCTAL);
+    if (error != std::errc() || stop != end || mode > MOST || (mode & OWNER_WRITES) == 0)
+        return std::nullopt;
+    return mode;
+}
+
+void makeFile(const std::string& path, unsigned int mode)
+{
+    const int file = openFile(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (file >= 0) {
+        ::fchmod(file, mode);
+        ::close(file);
+    }
 }
 
 } // namespace vxtools

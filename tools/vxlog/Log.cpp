@@ -22,11 +22,8 @@
 #include <vx/log/XmlLogWriter.h>
 
 #include <atomic>
-#include <fcntl.h>
 #include <iostream>
 #include <memory>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace vxlog {
 
@@ -44,16 +41,6 @@ io::Rotation rotationOf(const Options& options)
             std::cerr << "vxlog: " << textOf(failure) << std::endl;
     };
     return rotation;
-}
-
-/// Makes the file if it is missing, because the library would choose another mode.
-void makeFile(const std::string& path, unsigned int mode)
-{
-    const int file = vxtools::openFile(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    if (file >= 0) {
-        ::fchmod(file, mode); // the mask of the process does not count
-        ::close(file);
-    }
 }
 
 /// The destination of the log.

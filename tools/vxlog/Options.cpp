@@ -3,9 +3,9 @@
 #include "Levels.h"
 #include "Texts.h"
 #include "common/CommandLine.h"
+#include "common/FileName.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <limits>
 #include <sstream>
@@ -40,18 +40,6 @@ std::vector<std::string> fieldsOf(const std::string& list)
     if (fields.empty())
         throw UsageError(NO_FIELDS());
     return fields;
-}
-
-unsigned int modeOf(const std::string& text)
-{
-    constexpr unsigned int MOST = 0777, OWNER_WRITES = 0200;
-    constexpr int OCTAL = 8;
-    unsigned int mode = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, mode, OCTAL);
-    if (error != std::errc() || stop != end || mode > MOST || (mode & OWNER_WRITES) == 0)
-        throw UsageError(NO_MODE(text));
-    return mode;
 }
 
 int intOf(const ParsedOptions& given, std::string_view name, int otherwise, int least = std::numeric_limits<int>::min(),
@@ -216,8 +204,8 @@ Options parseOptions(int argc, char** argv)
         options.format = *format == "xml" ? Options::Format::XML
             : *format == "json"           ? Options::Format::JSON
                                           : Options::Format::PLAIN;
-    if (const std::optional<std::string> mode = given.find("mode"))
-        options.mode = modeOf(*mode);
+    if (const std::optional<std::string> mode = given.find("mode"); mode && !(options.mode = modeOf(*mode)))
+        throw UsageError(NO_MODE(*mode));
     if (const std::optional<std::string> time = given.find("time"))
         options.times = *time == "utc" ? Times::RFC_3339_UTC
             : *time == "locale"        ? Times::AS_THE_LOCALE_WRITES

@@ -70,6 +70,8 @@ void moveAside(const std::string& path)
 Reference<vx::io::OutputStream> openForAppend(const Settings& settings)
 {
     const String name = vxtools::canonicalPath(settings.log);
+    if (settings.rotation.access != 0)
+        vxtools::makeFile(settings.log, static_cast<unsigned int>(settings.rotation.access));
     try {
         if (!rotates(settings))
             return new vx::io::FileOutputStream(name, vx::io::FileOutputStream::APPEND);

@@ -16,6 +16,7 @@
 #include <cctype>
 #include <charconv>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -57,6 +58,12 @@ std::string nonEmpty(const std::string& text)
     if (text.empty())
         throw std::invalid_argument("the text is empty");
     return text;
+}
+
+std::string octal(std::int32_t number)
+{
+    char digits[12];
+    return {digits, std::to_chars(digits, std::end(digits), number, 8).ptr};
 }
 
 /// An encoder of the log, and not only a decoder, has to exist.
@@ -142,6 +149,17 @@ constexpr SettingRow SETTINGS[] = {
     {{.name = "keep", .value = "COUNT", .standard = "0", .help = "how many of the older logs are kept; 0 is all"},
         [](Settings& settings, const std::string& text) { settings.rotation.keepFiles = numberIn(text, 0, 1'000'000); },
         [](const Settings& settings) { return std::to_string(settings.rotation.keepFiles); }},
+    {{.name = "mode", .value = "OCTAL", .help = "the mode of a new log, such as 640 (700 less the umask)"},
+        [](Settings& settings, const std::string& text) {
+            const std::optional<unsigned int> mode = vxtools::modeOf(text);
+            if (!mode && !text.empty())
+                throw std::invalid_argument(
+                    '"' + text + "\" is no mode in octal digits, such as 640, in which the owner may write");
+            settings.rotation.access = static_cast<std::int32_t>(mode.value_or(0));
+        },
+        [](const Settings& settings) {
+            return settings.rotation.access == 0 ? std::string() : octal(settings.rotation.access);
+        }},
     {{.name = "encoding", .value = "NAME", .standard = "UTF-8", .help = "the encoding of a plain log"},
         [](Settings& settings, const std::string& text) { settings.encoding = knownEncoding(text); },
         [](const Settings& settings) { return settings.encoding; }},
