@@ -25,7 +25,8 @@ inline constexpr std::int32_t VX_EAI_NODATA = 14001;
 /// has failed") for an error without an equivalent.
 VXSYS_API std::int32_t VXNativeSocketError(int error) noexcept;
 
-/// As `getaddrinfo`. Returns 0, or the number of a look-up or socket error with a null `*result`.
+/// As `getaddrinfo`, and "localhost" is always found. Returns 0, or the number of a look-up or socket error with a null
+/// `*result`.
 VXSYS_API std::int32_t VXgetaddrinfo(
     const char* host, const char* service, const addrinfo* hints, addrinfo** result) noexcept;
 /// Null is allowed.

@@ -7,6 +7,7 @@
 #include <limits.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -102,6 +103,21 @@ std::int32_t lookUpNumber(int error) noexcept
     return VX_EAI_FAIL;
 }
 
+bool isLocalhost(const char* host, const addrinfo* hints) noexcept
+{
+    const bool isNumber = hints != nullptr && (hints->ai_flags & AI_NUMERICHOST) != 0;
+    return host != nullptr && !isNumber && ::strcasecmp(host, "localhost") == 0;
+}
+
+/// The addresses of the loopback interface, as RFC 6761 (6.3) wants them for "localhost": a small system may have no
+/// file of hosts that names them.
+int loopback(const char* service, const addrinfo* hints, addrinfo** result) noexcept
+{
+    addrinfo wanted = hints != nullptr ? *hints : addrinfo {};
+    wanted.ai_flags &= ~(AI_PASSIVE | AI_CANONNAME);
+    return ::getaddrinfo(nullptr, service != nullptr ? service : "0", &wanted, result);
+}
+
 } // namespace
 
 std::int32_t VXNativeSocketError(int error) noexcept
@@ -120,7 +136,9 @@ std::int32_t VXgetaddrinfo(const char* host, const char* service, const addrinfo
     if (result == nullptr)
         return VXNativeSocketError(EINVAL);
     *result = nullptr;
-    const int error = ::getaddrinfo(host, service, hints, result);
+    int error = ::getaddrinfo(host, service, hints, result);
+    if ((error == EAI_NONAME || error == EAI_AGAIN) && isLocalhost(host, hints))
+        error = loopback(service, hints, result);
     if (error != 0)
         *result = nullptr;
     return lookUpNumber(error);
