@@ -1,8 +1,11 @@
 #include "vx/io/OutputStreamWriter.h"
 
+#include "vx/detail/StringLocks.h"
 #include "vx/io/EntryStream.h"
 #include "vx/io/detail/BridgeChecks.h"
+#include "vx/text/charset/CTBUTF8.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/detail/ByteRuns.h"
 #include "vxsys/Surrogate.h"
 
 #include <limits>
@@ -46,13 +49,14 @@ OutputStreamWriter::OutputStreamWriter(OutputStream* sink, const char16_t* encod
     , m_converter(CharToByteConverter::getConverter(encoding))
     , m_bufferSize(detail::byteBufferSize(size, *m_converter))
     , m_buffer(vx::detail::makeRawArray<signed char>(m_bufferSize))
+    , m_isUtf8(vx::detail::isExactly<text::charset::CTBUTF8>(*m_converter))
 {
 }
 
 void OutputStreamWriter::write(const char16_t* text, std::int32_t length)
 {
     ensureOpen();
-    if (length < 1)
+    if (length < 1 || writeAscii(text, length))
         return;
     detail::requireUnits(text);
 
@@ -126,6 +130,18 @@ void OutputStreamWriter::ensureOpen() const
     detail::requireOpen(m_converter != nullptr);
 }
 
+/// Most texts are short and have only ASCII: they need no converter, and fail at nothing. False for any other.
+bool OutputStreamWriter::writeAscii(const char16_t* text, std::int32_t length) noexcept
+{
+    if (!m_isUtf8 || text == nullptr || length >= m_bufferSize - m_waiting || m_heldLead != 0
+        || m_refused != Refused::NOTHING
+        || !text::charset::detail::narrowIfAscii(text, m_buffer.get() + m_waiting, length))
+        return false;
+    m_waiting += length;
+    m_position += length;
+    return true;
+}
+
 /// Encodes all of `text`, which does not end with a lead surrogate.
 void OutputStreamWriter::encode(const char16_t* text, std::int32_t length)
 {
@@ -177,6 +193,8 @@ std::int32_t OutputStreamWriter::convert(const char16_t* text, std::int32_t* con
 
 void OutputStreamWriter::flushConverter()
 {
+    if (m_isUtf8)
+        return;
     const std::int32_t waitingBefore = m_waiting;
     m_converter->flush(m_buffer.get(), &m_waiting, m_bufferSize);
     detail::requireIndex(m_waiting, waitingBefore, m_bufferSize);

@@ -53,6 +53,7 @@ private:
     enum class Refused { NOTHING, LAST_TEXT, ALL_THAT_WAITS };
 
     void ensureOpen() const;
+    bool writeAscii(const char16_t* text, std::int32_t length) noexcept;
     void encode(const char16_t* text, std::int32_t length);
     void takeLead(char16_t lead);
     std::int32_t convert(const char16_t* text, std::int32_t* consumed, std::int32_t length);
@@ -68,6 +69,7 @@ private:
     std::int32_t m_waiting = 0;
     /// The last unit written, if it is the first half of a pair that the converter only takes as a whole; 0 for none.
     char16_t m_heldLead = 0;
+    bool m_isUtf8 = false; ///< by the converter of this library, which keeps nothing between whole texts
     std::int64_t m_position = 0;
     Start m_start;
     Refused m_refused = Refused::NOTHING;

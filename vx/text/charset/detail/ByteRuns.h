@@ -153,4 +153,32 @@ std::ptrdiff_t narrowRun(const char16_t* in, signed char* out, std::ptrdiff_t co
     return done;
 }
 
+/// Converts units below 0x80 to bytes. If there are others, returns false, and what `out` holds then has no meaning.
+inline bool narrowIfAscii(const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
+{
+    unsigned others = 0;
+    std::ptrdiff_t done = 0;
+#if VX_VECTOR_PATHS
+    if (count >= BLOCK) {
+        __m128i all = _mm_setzero_si128();
+        const auto narrow = [&](std::ptrdiff_t at) {
+            const __m128i first = loadBlock(in + at);
+            const __m128i second = loadBlock(in + at + 8);
+            storeBlock(out + at, _mm_packus_epi16(first, second));
+            all = either(all, first, second);
+        };
+        const std::ptrdiff_t last = count - BLOCK;
+        for (; done < last; done += BLOCK)
+            narrow(done);
+        narrow(last); // may overlap the one before
+        return lanes8(has16(all, 0xFF80, 0)) == 0xFFFF;
+    }
+#endif
+    for (; done < count; ++done) {
+        out[done] = static_cast<signed char>(in[done]);
+        others |= in[done];
+    }
+    return others < 0x80;
+}
+
 } // namespace vx::text::charset::detail
