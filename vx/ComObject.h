@@ -79,6 +79,15 @@ protected:
         return m_life.refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
     }
 
+    /// As `Release`, without an atomic operation for the only holder. For objects that are only reached by references.
+    void releaseHeld() const
+    {
+        if (GetRefCount() == 1)
+            destroy();
+        else
+            Release();
+    }
+
     /// Sets the first reference to a new object without an atomic operation. Only the creator may know the object.
     void setFirstReference() const noexcept { m_life.refCount.store(1, std::memory_order_relaxed); }
 

@@ -5,6 +5,7 @@
 #include "vx/Result.h"
 #include "vx/collections/Set.h"
 #include "vx/collections/StringHashMap.h"
+#include "vx/detail/HashOrder.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/detail/TextHash.h"
 #include "vx/log/TimeStamp.h"
@@ -12,6 +13,9 @@
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 
+#include <algorithm>
+#include <iterator>
+#include <limits>
 #include <memory>
 
 namespace vx::log {
@@ -21,6 +25,14 @@ namespace {
 constexpr std::uint32_t hashOf(std::u16string_view name) noexcept
 {
     return vx::detail::hashText(name.data(), static_cast<int>(name.size()), false);
+}
+
+/// In a map that has not grown.
+constexpr std::uint8_t bucketOf(std::uint32_t hash) noexcept
+{
+    constexpr vx::detail::HashOrder<> ORDER;
+    static_assert(ORDER.capacity() <= std::numeric_limits<std::uint8_t>::max());
+    return static_cast<std::uint8_t>(ORDER.bucketOf(hash));
 }
 
 /// A name as components give it.
@@ -33,12 +45,19 @@ std::u16string_view checked(const char16_t* name)
 
 } // namespace
 
-constexpr std::array<LogEntry::LoggerFieldRow, LogEntry::LOGGER_FIELD_COUNT> LogEntry::LOGGER_FIELDS
-    = {{{u"sequence", hashOf(u"sequence")}, {u"thread", hashOf(u"thread")}, {u"name", hashOf(u"name")},
-        {u"timestamp", hashOf(u"timestamp")}, {u"level", hashOf(u"level")}, {u"text", hashOf(u"text")}}};
+constexpr std::array<LogEntry::LoggerFieldRow, LogEntry::LOGGER_FIELD_COUNT> LogEntry::LOGGER_FIELDS = [] {
+    constexpr std::u16string_view NAMES[] = {u"sequence", u"thread", u"name", u"timestamp", u"level", u"text"};
+    std::array<LoggerFieldRow, LOGGER_FIELD_COUNT> rows {};
+    static_assert(std::size(NAMES) == rows.size());
+    std::ranges::transform(NAMES, rows.begin(), [](std::u16string_view name) -> LoggerFieldRow {
+        return {name, hashOf(name), bucketOf(hashOf(name))};
+    });
+    return rows;
+}();
 
 LogEntry::Field::Field(Field&& other) noexcept
     : loggerField(other.loggerField)
+    , bucket(other.bucket)
     , ownName(other.ownName)
     , hash(other.hash)
     , plain(other.plain)
@@ -58,7 +77,11 @@ LogEntry::~LogEntry() noexcept
 
 Reference<LogEntry> LogEntry::create()
 {
-    return new LogEntry;
+    Reference<LogEntry> entry;
+    auto* const fresh = new LogEntry;
+    fresh->setFirstReference();
+    entry.attach(fresh);
+    return entry;
 }
 
 const vx::vorb::InterfaceData* LogEntry::GetComIntfMap()
@@ -93,6 +116,7 @@ LogEntry::Field& LogEntry::append(std::u16string_view name, std::uint32_t hash)
     ++m_count;
     field.ownName = ownName;
     field.hash = hash;
+    field.bucket = bucketOf(hash);
     return field;
 }
 

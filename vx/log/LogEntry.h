@@ -31,6 +31,7 @@ namespace detail {
 
 class EntryQueue;
 class FieldOrder;
+class LoggerFace;
 
 /// The interfaces of `LogEntry`. A separate base, so that their operations take no virtual table slots among those of
 /// the class. A derived entry cannot override them: the writers read the fields directly.
@@ -79,12 +80,14 @@ private:
     friend class detail::EntryQueue;
     friend class detail::FieldOrder;
     friend class detail::LogEntryFace;
+    friend class detail::LoggerFace;
 
     /// The fields that a logger sets, in the order of its switches.
     enum LoggerField : std::uint8_t { SEQUENCE, THREAD, NAME, TIMESTAMP, LEVEL, TEXT, LOGGER_FIELD_COUNT };
     struct LoggerFieldRow {
         std::u16string_view name;
         std::uint32_t hash;
+        std::uint8_t bucket;
     };
     static const std::array<LoggerFieldRow, LOGGER_FIELD_COUNT> LOGGER_FIELDS;
 
@@ -106,6 +109,7 @@ private:
         }
 
         LoggerField loggerField = LOGGER_FIELD_COUNT; ///< decides the name
+        std::uint8_t bucket = 0; ///< of the hash in a map of few names, which decides the order
         Piece ownName; ///< the name of a field that no logger sets
         std::uint32_t hash = 0; ///< of the name
         Plain plain;
@@ -165,6 +169,7 @@ inline auto LogEntry::add(LoggerField field, const Plain& value) -> Field&
     Field& added = *std::construct_at(&m_few.fields[m_count++]);
     added.loggerField = field;
     added.hash = LOGGER_FIELDS[field].hash;
+    added.bucket = LOGGER_FIELDS[field].bucket;
     added.plain = value;
     return added;
 }

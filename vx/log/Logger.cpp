@@ -19,9 +19,10 @@ void LoggerFace::log(int level, const String& text)
     auto& logger = static_cast<Logger&>(*this);
     if (!logger.isEnabled())
         return;
-    const Reference<ILogEntry> entry = logger.getLogEntry(level, text);
+    Reference<LogEntry> entry = logger.makeEntry(level, text);
     logger.addCustomFields(entry.get());
     logger.log(entry.get());
+    entry.detach()->releaseHeld();
 }
 
 } // namespace detail
@@ -102,6 +103,13 @@ bool Logger::isEnabled() const
 
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
 {
+    Reference<ILogEntry> result;
+    result.attach(makeEntry(level, text).detach());
+    return result;
+}
+
+Reference<LogEntry> Logger::makeEntry(int level, const String& text) const
+{
     const std::uint32_t fields = m_fields.load(std::memory_order_relaxed);
     const auto has = [fields](LogEntry::LoggerField field) { return (fields >> field & 1) != 0; };
     Reference<LogEntry> entry = LogEntry::create();
@@ -122,9 +130,7 @@ Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
     }
     if (has(LogEntry::NAME))
         entry->addText(LogEntry::NAME, m_name);
-    Reference<ILogEntry> result;
-    result.attach(entry.detach());
-    return result;
+    return entry;
 }
 
 void Logger::log(const ILogEntry* entry)

@@ -14,6 +14,7 @@ namespace vx::log {
 
 class Logger;
 class ILogEntry;
+class LogEntry;
 
 namespace detail {
 
@@ -97,6 +98,8 @@ protected:
 
 private:
     friend class detail::LoggerFace;
+
+    Reference<LogEntry> makeEntry(int level, const String& text) const;
 
     String m_name;
     std::atomic<bool> m_isEnabled {true};

@@ -56,14 +56,12 @@ FieldOrder::FieldOrder(const LogEntry& entry)
 
 void FieldOrder::sort()
 {
-    constexpr vx::detail::HashOrder<> ORDER;
-    static_assert(!ORDER.isFull(FEW));
+    static_assert(!vx::detail::HashOrder<>().isFull(FEW));
     std::size_t count = 0;
     for (; count < m_entry.m_count; ++count) {
         const Field& field = m_entry.at(count);
-        const std::uint32_t bucket = ORDER.bucketOf(field.hash);
         std::size_t place = count;
-        for (; place > 0 && ORDER.bucketOf(m_few[place - 1]->hash) < bucket; --place)
+        for (; place > 0 && m_few[place - 1]->bucket < field.bucket; --place)
             m_few[place] = m_few[place - 1];
         m_few[place] = &field;
     }
