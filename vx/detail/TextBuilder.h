@@ -6,12 +6,29 @@
 
 #include <algorithm>
 #include <charconv>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <utility>
 
 namespace vx::detail {
+
+/// A constant text of at most 16 units, which is appended by a copy of all 16: that takes no call and no branch.
+struct Label {
+    static constexpr std::size_t SIZE = 16;
+
+    template <std::size_t SIZE_WITH_ZERO>
+    constexpr Label(const char16_t (&text)[SIZE_WITH_ZERO]) noexcept
+        : length(SIZE_WITH_ZERO - 1)
+    {
+        static_assert(SIZE_WITH_ZERO - 1 <= SIZE);
+        std::copy_n(text, length, units);
+    }
+
+    char16_t units[SIZE] {};
+    std::int32_t length;
+};
 
 /// A text that is written piece by piece. It allocates memory only if it is too long for the room in `ShortTextBuilder`.
 /// A text longer than any String throws std::bad_alloc.
@@ -27,14 +44,18 @@ public:
 
     void append(std::u16string_view text) { text.copy(extend(static_cast<std::int64_t>(text.size())), text.size()); }
     void append(char16_t unit) { *extend(1) = unit; }
+    inline void appendLabel(const Label& label);
 
     /// Appends decimal digits.
-    template <class Number>
-    void appendNumber(Number number)
+    template <std::integral Number>
+    void appendNumber(Number number);
+
+    /// Makes the text `more` units longer, and returns the place of the new units.
+    char16_t* extend(std::int64_t more)
     {
-        char digits[24];
-        const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-        std::copy(static_cast<const char*>(digits), end, extend(end - digits));
+        if (more > m_capacity - m_length)
+            grow(m_length + more);
+        return m_data + std::exchange(m_length, m_length + more);
     }
 
 protected:
@@ -46,14 +67,6 @@ protected:
     ~TextBuilder() = default;
 
 private:
-    /// Makes the text `more` units longer, and returns the place of the new units.
-    char16_t* extend(std::int64_t more)
-    {
-        if (more > m_capacity - m_length)
-            grow(m_length + more);
-        return m_data + std::exchange(m_length, m_length + more);
-    }
-
     void grow(std::int64_t needed);
 
     char16_t* m_data;
@@ -61,6 +74,20 @@ private:
     std::int64_t m_capacity;
     RawArray<char16_t> m_long;
 };
+
+inline void TextBuilder::appendLabel(const Label& label)
+{
+    std::copy_n(label.units, Label::SIZE, extend(Label::SIZE));
+    m_length -= Label::SIZE - label.length;
+}
+
+template <std::integral Number>
+void TextBuilder::appendNumber(Number number)
+{
+    char digits[24];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    std::copy(static_cast<const char*>(digits), end, extend(end - digits));
+}
 
 inline void TextBuilder::grow(std::int64_t needed)
 {

@@ -24,15 +24,16 @@ using detail::appendWhole;
 using detail::FieldOrder;
 using detail::forEachField;
 using text::charset::detail::REPLACEMENT;
+using vx::detail::Label;
 using vx::detail::ShortTextBuilder;
 using vx::detail::TextBuilder;
 using vxsys::isLoneSurrogate;
 
-/// The text before and after the value of a logger's field, each ready to be appended in one piece.
+/// The text before and after the value of a logger's field.
 struct Frame {
-    std::u16string_view line;
-    std::u16string_view openElement;
-    std::u16string_view closeElement;
+    Label line;
+    Label openElement;
+    Label closeElement;
 };
 constexpr Frame FRAMES[] = {
     {u"sequence=", u"    <sequence> ", u" </sequence>\n"},
@@ -158,7 +159,7 @@ void BasicLogWriter::print(const ILogEntry& entry, TextBuilder& text)
     forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
         const Frame* const frame = frameOf(loggerField);
         if (frame != nullptr) {
-            text.append(frame->line);
+            text.appendLabel(frame->line);
         } else {
             appendWhole(text, name);
             text.append(u'=');
@@ -202,7 +203,7 @@ void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
     forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
         const Frame* const frame = frameOf(loggerField);
         if (frame != nullptr) {
-            text.append(frame->openElement);
+            text.appendLabel(frame->openElement);
         } else {
             text.append(u"    <"sv);
             appendWhole(text, name);
@@ -216,7 +217,7 @@ void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
             value.print(text);
         }
         if (frame != nullptr) {
-            text.append(frame->closeElement);
+            text.appendLabel(frame->closeElement);
         } else {
             text.append(u" </"sv);
             appendWhole(text, name.substr(0, name.find(u' ')));

@@ -1,12 +1,11 @@
 #include "vx/log/detail/WholeText.h"
 
+#include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Unicode.h"
 #include "vxsys/Surrogate.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <cstring>
 
 namespace vx::log::detail {
 
@@ -15,26 +14,61 @@ using vx::detail::TextBuilder;
 using vxsys::isLoneSurrogate;
 using vxsys::isSurrogate;
 
+namespace {
+
+#if VX_VECTOR_PATHS
+
+using text::charset::detail::either;
+using text::charset::detail::lanes8;
+using text::charset::detail::loadBlock;
+using text::charset::detail::storeBlock;
+
+constexpr std::size_t BLOCK_UNITS = text::charset::detail::BLOCK / sizeof(char16_t);
+
+/// Calls `take(block, index)` with all blocks of a text that is no shorter than one. The last may overlap the one before.
+/// Returns whether there is a high unit, of which most texts have none.
+template <class Take>
+bool takeBlocks(std::u16string_view text, Take take) noexcept
+{
+    __m128i all = _mm_setzero_si128();
+    const auto next = [&](std::size_t index) {
+        const __m128i block = loadBlock(text.data() + index);
+        take(block, index);
+        all = either(all, block);
+    };
+    const std::size_t last = text.size() - BLOCK_UNITS;
+    for (std::size_t index = 0; index < last; index += BLOCK_UNITS)
+        next(index);
+    next(last);
+    return (lanes8(all) & 0xAAAA) != 0;
+}
+
+#endif
+
+/// Returns whether there is a high unit.
+bool copyUnits(std::u16string_view text, char16_t* copy) noexcept
+{
+#if VX_VECTOR_PATHS
+    if (text.size() >= BLOCK_UNITS)
+        return takeBlocks(text, [copy](__m128i block, std::size_t index) { storeBlock(copy + index, block); });
+#endif
+    unsigned all = 0;
+    for (const char16_t unit : text) {
+        *copy++ = unit;
+        all |= unit;
+    }
+    return all >= 0x8000;
+}
+
+} // namespace
+
 bool hasHighUnits(std::u16string_view text) noexcept
 {
-    constexpr std::uint64_t HIGH = 0x8000'8000'8000'8000;
-    using Block = std::array<std::uint64_t, 4>;
-    constexpr std::size_t BLOCK_UNITS = sizeof(Block) / sizeof(char16_t);
-    Block all {}; // sixteen units in one step: most entries have no high ones
-    const auto add = [&](const char16_t* units) {
-        Block block;
-        std::memcpy(block.data(), units, sizeof block);
-        for (std::size_t word = 0; word < block.size(); ++word)
-            all[word] |= block[word];
-    };
-    std::size_t index = 0;
-    for (; text.size() - index >= BLOCK_UNITS; index += BLOCK_UNITS)
-        add(text.data() + index);
+#if VX_VECTOR_PATHS
     if (text.size() >= BLOCK_UNITS)
-        add(text.data() + text.size() - BLOCK_UNITS); // checks some units twice
-    else
-        all[0] |= std::any_of(text.begin(), text.end(), [](char16_t unit) { return unit >= 0x8000; }) ? HIGH : 0;
-    return ((all[0] | all[1] | all[2] | all[3]) & HIGH) != 0;
+        return takeBlocks(text, [](__m128i, std::size_t) {});
+#endif
+    return std::ranges::any_of(text, [](char16_t unit) { return unit >= 0x8000; });
 }
 
 void replaceHalves(TextBuilder& text, std::int32_t start) noexcept
@@ -49,8 +83,7 @@ void replaceHalves(TextBuilder& text, std::int32_t start) noexcept
 void appendWhole(TextBuilder& text, std::u16string_view part)
 {
     const std::int32_t start = text.length();
-    text.append(part);
-    if (hasHighUnits(part))
+    if (copyUnits(part, text.extend(static_cast<std::int64_t>(part.size()))))
         replaceHalves(text, start);
 }
 
