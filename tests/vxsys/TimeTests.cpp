@@ -74,6 +74,30 @@ TEST(Time, SeesAZoneThatChangesAtRunTime)
     }
 }
 
+TEST(Time, SeesAZoneHoweverTheEnvironmentGetsIt)
+{
+    constexpr std::int64_t MOMENT = 1'800'000'000; // all in one second
+    const ScopedVariable variable("TZ", nullptr);
+    const auto ahead = [] {
+        std::int32_t seconds = -1;
+        EXPECT_EQ(VXTimeGetOffset(MOMENT, &seconds), RESULT_OK);
+        return seconds / 60;
+    };
+    static char rule[] = "TZ=EAST-5:30";
+    ::setenv("VX_LAST", "", 1);
+    ahead();
+    ::unsetenv("VX_LAST"); // the number of variables stays
+    ::putenv(rule);
+    EXPECT_EQ(ahead(), 330);
+    rule[8] = '6';
+    EXPECT_EQ(ahead(), 390);
+    const std::string longRule = std::string(70, 'E') + "-7:30";
+    ::setenv("TZ", longRule.c_str(), 1);
+    ahead();
+    ::setenv("TZ", "EAST-8:30", 1);
+    EXPECT_EQ(ahead(), 510);
+}
+
 TEST(Time, OpensTheUsersLocaleOnceForEachName)
 {
     const STRUCT_VX_TIME time {2026, 1, 4, 15, 13, 5, 9, 0};

@@ -14,6 +14,7 @@
 #include <limits>
 #include <locale.h>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -40,32 +41,73 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
     return RESULT_OK;
 }
 
-/// The time zone that the calling thread last used, and the last second that it converted.
-struct ZoneCheck {
+/// The time zone that the environment names. A call of `getenv` reads the names of all variables, and takes longer than
+/// all else that a time stamp needs.
+class NamedZone {
+public:
+    /// Whether TZ has its value of the last `note`, or is still not set. Does not see an array that was changed by other
+    /// means than those of the C library.
+    bool isSame() const noexcept
+    {
+        if (m_variables == nullptr || m_variables != ::environ)
+            return false;
+        const char* const variable = m_variables[m_place];
+        if (m_isSet)
+            return variable != nullptr && std::strcmp(variable, m_text) == 0;
+        return variable == m_last && m_variables[m_place + 1] == nullptr; // a new variable becomes the last one
+    }
+
+    void note() noexcept
+    {
+        constexpr std::string_view START = "TZ=";
+        m_variables = nullptr;
+        m_isSet = false;
+        if (::environ == nullptr)
+            return;
+        for (std::size_t place = 0; ::environ[place] != nullptr && !m_isSet; ++place) {
+            m_variables = ::environ;
+            m_place = place;
+            m_last = m_variables[place];
+            m_isSet = std::strncmp(m_last, START.data(), START.size()) == 0;
+        }
+        if (!m_isSet)
+            return;
+        const std::size_t size = std::strlen(m_last) + 1;
+        if (size <= sizeof m_text)
+            std::memcpy(m_text, m_last, size);
+        else
+            m_variables = nullptr; // such a long rule is read at each call
+    }
+
+private:
+    char** m_variables; ///< null: nothing is known
+    std::size_t m_place; ///< of TZ, or of the last variable
+    const char* m_last; ///< only its address is used
+    bool m_isSet;
+    char m_text[64];
+};
+
+/// The last second that the calling thread converted, and its zone.
+struct LastSecond {
     std::time_t second;
-    bool wasNamed; ///< the environment named the zone
     bool hasParts;
     std::tm parts;
+    NamedZone zone;
 };
-constinit thread_local ZoneCheck s_zoneCheck {};
+constinit thread_local LastSecond s_lastSecond {};
 
-/// As `localtime_r`, which does not notice a change of the zone. A zone that the environment names is compared at each
-/// call. The file of the system's zone is checked once a second, because that needs a system call.
-std::tm* localTime(const std::time_t* moment, std::tm* parts) noexcept
+/// As `localtime_r`, which does not notice a change of the zone. The file of the zone is checked once a second, because
+/// that needs a system call.
+const std::tm* localTime(const std::time_t* moment, std::tm* = nullptr) noexcept
 {
-    ZoneCheck& last = s_zoneCheck;
-    const bool isNamed = std::getenv("TZ") != nullptr;
-    const bool isSameSecond = last.hasParts && !isNamed && !last.wasNamed && last.second == *moment;
-    if (!isSameSecond) {
+    LastSecond& last = s_lastSecond;
+    if (!last.hasParts || last.second != *moment || !last.zone.isSame()) {
+        last.zone.note();
         ::tzset();
         last.hasParts = ::localtime_r(moment, &last.parts) != nullptr;
         last.second = *moment;
-        last.wasNamed = isNamed;
-        if (!last.hasParts)
-            return nullptr;
     }
-    *parts = last.parts;
-    return parts;
+    return last.hasParts ? &last.parts : nullptr;
 }
 
 template <class Break>
@@ -75,10 +117,11 @@ std::int32_t now(STRUCT_VX_TIME* time, Break breakDown) noexcept
         return RESULT_INVALID_ARGUMENT;
     *time = {};
     timespec moment;
-    std::tm parts;
-    if (::clock_gettime(CLOCK_REALTIME, &moment) != 0 || breakDown(&moment.tv_sec, &parts) == nullptr)
+    std::tm storage;
+    if (::clock_gettime(CLOCK_REALTIME, &moment) != 0)
         return VXResultFromNative(errno);
-    return fill(parts, moment.tv_nsec, *time);
+    const std::tm* const parts = breakDown(&moment.tv_sec, &storage);
+    return parts != nullptr ? fill(*parts, moment.tv_nsec, *time) : VXResultFromNative(errno);
 }
 
 bool isMoment(const STRUCT_VX_TIME& time) noexcept
@@ -204,9 +247,10 @@ std::int32_t VXTimeGetZoned(STRUCT_VX_TIME* time, std::int32_t* minutesAhead) no
     if (minutesAhead == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *minutesAhead = 0;
-    return now(time, [minutesAhead](const std::time_t* moment, std::tm* parts) {
-        if (localTime(moment, parts) == nullptr || parts->tm_gmtoff % SECONDS_EACH != 0)
-            return ::gmtime_r(moment, parts);
+    return now(time, [minutesAhead](const std::time_t* moment, std::tm* storage) -> const std::tm* {
+        const std::tm* const parts = localTime(moment);
+        if (parts == nullptr || parts->tm_gmtoff % SECONDS_EACH != 0)
+            return ::gmtime_r(moment, storage);
         *minutesAhead = static_cast<std::int32_t>(parts->tm_gmtoff / SECONDS_EACH);
         return parts;
     });
@@ -218,10 +262,10 @@ std::int32_t VXTimeGetOffset(std::int64_t moment, std::int32_t* secondsAhead) no
         return RESULT_INVALID_ARGUMENT;
     *secondsAhead = 0;
     const auto native = static_cast<std::time_t>(moment);
-    std::tm parts;
-    if (native != moment || localTime(&native, &parts) == nullptr)
+    const std::tm* const parts = native == moment ? localTime(&native) : nullptr;
+    if (parts == nullptr)
         return RESULT_INVALID_ARGUMENT;
-    *secondsAhead = static_cast<std::int32_t>(parts.tm_gmtoff);
+    *secondsAhead = static_cast<std::int32_t>(parts->tm_gmtoff);
     return RESULT_OK;
 }
 
