@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -17,6 +19,14 @@ constexpr std::u16string_view FORM = u"{00000000-0000-0000-0000-000000000000}";
 
 /// The position of each byte's digits.
 constexpr std::array<std::uint8_t, sizeof(_GUID)> PLACES {1, 3, 5, 7, 10, 12, 15, 17, 20, 22, 25, 27, 29, 31, 33, 35};
+
+/// The two digits of each byte.
+constexpr auto DIGITS = [] {
+    std::array<std::array<char16_t, 2>, 256> digits {};
+    for (std::size_t byte = 0; byte < digits.size(); ++byte)
+        digits[byte] = {u"0123456789ABCDEF"[byte >> 4], u"0123456789ABCDEF"[byte & 0xF]};
+    return digits;
+}();
 
 /// In the order of the text: each number begins with its highest byte.
 using Bytes = std::array<std::uint8_t, sizeof(_GUID)>;
@@ -36,6 +46,13 @@ _GUID fromBytes(const Bytes& bytes) noexcept
     _GUID guid {static_cast<std::uint32_t>(word(0)) << 16 | word(2), word(4), word(6), {}};
     std::copy(bytes.begin() + 8, bytes.end(), guid.Data4);
     return guid;
+}
+
+/// Places that the compiler knows take half the time of a loop.
+template <std::size_t... INDEX>
+void putDigits(const Bytes& bytes, char16_t* text, std::index_sequence<INDEX...>) noexcept
+{
+    (std::memcpy(text + PLACES[INDEX], DIGITS[bytes[INDEX]].data(), sizeof DIGITS[0]), ...);
 }
 
 /// -1: not a hexadecimal digit
@@ -100,11 +117,6 @@ std::int32_t VXComStringFromGUID(const _GUID* guid, char16_t* text, std::int32_t
 
     std::copy(FORM.begin(), FORM.end(), text);
     text[FORM.size()] = 0;
-    const std::uint8_t* place = PLACES.data();
-    for (const std::uint8_t byte : toBytes(*guid)) {
-        char16_t* const digits = text + *place++;
-        digits[0] = u"0123456789ABCDEF"[byte >> 4];
-        digits[1] = u"0123456789ABCDEF"[byte & 0xF];
-    }
+    putDigits(toBytes(*guid), text, std::make_index_sequence<sizeof(_GUID)>());
     return RESULT_OK;
 }
