@@ -272,8 +272,13 @@ TEST(RegistryRecord, ReadsNothingBeyondWhateverItSays)
     for (int round = 0; round < 20'000; ++round) {
         std::u16string broken = units.substr(0, units.size() - random() % 2 * (random() % units.size()));
         broken[random() % broken.size()] = static_cast<char16_t>(random());
-        if (again.read(broken)) {
+        vxsys::detail::RegistryPlace place;
+        const bool isFine = again.read(broken);
+        EXPECT_EQ(place.find(broken, u"N"), isFine) << round;
+        if (isFine) {
             EXPECT_EQ(again.write().size(), broken.size()) << round;
+            place.put(broken, {u"n", VX_REG_BINARY, "longer"});
+            EXPECT_TRUE(again.read(broken) && place.find(broken, u"n") && place.value()->data == "longer") << round;
         }
     }
     ASSERT_TRUE(again.read(units));

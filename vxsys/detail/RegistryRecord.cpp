@@ -2,7 +2,6 @@
 
 #include "vxsys/detail/RegistryPath.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -66,6 +65,7 @@ public:
         return true;
     }
     bool isAtEnd() const noexcept { return m_rest.empty(); }
+    std::size_t rest() const noexcept { return m_rest.size(); }
 
 private:
     std::u16string_view m_rest;
@@ -83,6 +83,17 @@ void putText(std::u16string& target, std::u16string_view text)
 {
     putNumber(target, text.size());
     target.append(text);
+}
+
+void putValue(std::u16string& target, const RegistryValue& value)
+{
+    putText(target, value.name);
+    putNumber(target, static_cast<std::size_t>(value.type));
+    putNumber(target, value.data.size());
+    const std::size_t start = target.size();
+    target.resize(start + unitsOfBytes(value.data.size()));
+    if (!value.data.empty())
+        std::memcpy(target.data() + start, value.data.data(), value.data.size());
 }
 
 } // namespace
@@ -114,23 +125,55 @@ std::u16string RegistryRecord::write() const
     putNumber(units, SIGNATURE);
     putText(units, name);
     putNumber(units, values.size());
-    for (const RegistryValue& value : values) {
-        putText(units, value.name);
-        putNumber(units, static_cast<std::size_t>(value.type));
-        putNumber(units, value.data.size());
-        const std::size_t start = units.size();
-        units.resize(start + unitsOfBytes(value.data.size()));
-        if (!value.data.empty())
-            std::memcpy(units.data() + start, value.data.data(), value.data.size());
-    }
+    for (const RegistryValue& value : values)
+        putValue(units, value);
     return units;
 }
 
-RegistryValue* RegistryRecord::find(std::u16string_view wanted) noexcept
+bool RegistryPlace::find(std::u16string_view units, std::u16string_view name) noexcept
 {
-    const auto found = std::find_if(values.begin(), values.end(),
-        [&](const RegistryValue& value) { return isSameRegistryName(value.name, wanted); });
-    return found != values.end() ? &*found : nullptr;
+    *this = {};
+    if (units.empty())
+        return true;
+    Source source(units);
+    std::u16string_view keyName;
+    if (!source.takeHead(keyName))
+        return false;
+    m_countPlace = units.size() - source.rest();
+    if (!source.take(m_count))
+        return false;
+    m_start = m_end = units.size();
+    for (std::uint32_t left = m_count; left > 0; --left) {
+        const std::size_t start = units.size() - source.rest();
+        RegistryValue value {};
+        if (!source.takeValue(value))
+            return false;
+        if (m_isFound || !isSameRegistryName(value.name, name))
+            continue;
+        m_isFound = true;
+        m_value = value;
+        m_start = start;
+        m_end = units.size() - source.rest();
+    }
+    return source.isAtEnd();
+}
+
+void RegistryPlace::put(std::u16string& units, const RegistryValue& value) const
+{
+    std::u16string written;
+    putValue(written, m_isFound ? RegistryValue {m_value.name, value.type, value.data} : value);
+    replace(units, written, m_isFound ? m_count : m_count + 1);
+}
+
+void RegistryPlace::remove(std::u16string& units) const
+{
+    replace(units, {}, m_count - 1);
+}
+
+void RegistryPlace::replace(std::u16string& units, std::u16string_view by, std::uint32_t count) const
+{
+    units.replace(m_start, m_end - m_start, by);
+    std::memcpy(units.data() + m_countPlace, &count, sizeof count);
 }
 
 } // namespace vxsys::detail

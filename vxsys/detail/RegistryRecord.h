@@ -4,6 +4,7 @@
 #include "vxsys/detail/RegistryPath.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,9 +33,32 @@ struct RegistryRecord {
     bool readName(std::u16string_view head) noexcept;
     /// The content of the file. Numbers have the byte order of the machine, as the values do.
     std::u16string write() const;
+};
+
+/// One value in the units of a record, which is found and changed without the others. No units at all are a record
+/// without values.
+class RegistryPlace {
+public:
+    /// False if `RegistryRecord::read` would be false. The value is valid as long as the units are.
+    bool find(std::u16string_view units, std::u16string_view name) noexcept;
 
     /// Null if there is none.
-    RegistryValue* find(std::u16string_view wanted) noexcept;
+    const RegistryValue* value() const noexcept { return m_isFound ? &m_value : nullptr; }
+
+    /// Replaces the value, or adds it after the others. `units` are those in which it was looked for, and not empty.
+    void put(std::u16string& units, const RegistryValue& value) const;
+    /// Removes the value, which was found.
+    void remove(std::u16string& units) const;
+
+private:
+    void replace(std::u16string& units, std::u16string_view by, std::uint32_t count) const;
+
+    RegistryValue m_value {};
+    bool m_isFound = false;
+    std::uint32_t m_count = 0; ///< of all values
+    std::size_t m_countPlace = 0;
+    std::size_t m_start = 0; ///< the end of the units if the value was not found
+    std::size_t m_end = 0;
 };
 
 } // namespace vxsys::detail

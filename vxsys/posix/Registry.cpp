@@ -60,14 +60,20 @@ std::int32_t assign(RegistryPath& path, ENUM_VX_HKEY hive, const char16_t* key)
     return key != nullptr && hiveOf(hive) <= VX_HKEY_CONFIG_64 ? path.assign(key) : RESULT_INVALID_ARGUMENT;
 }
 
-/// Reads the record of a key. A store that does not exist yet is treated as an empty one.
+/// Reads the units of the record of a key. A store that does not exist yet is treated as an empty one.
 std::int32_t readKey(const std::string& place, ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units,
-    RegistryRecord& record, RegistryFile* file = nullptr)
+    RegistryFile* file = nullptr)
 {
     RegistryStore store;
     if (const std::int32_t result = store.open(place); failed(result))
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
-    return store.read(hiveOf(hive), path, units, record, file);
+    return store.read(hiveOf(hive), path, units, file);
+}
+
+/// Finds a value in the units of a record.
+std::int32_t findValue(RegistryPlace& place, std::u16string_view units, std::u16string_view name)
+{
+    return place.find(units, name) ? RESULT_OK : RESULT_STORE_CORRUPT;
 }
 
 /// Reads both stores by `read(place, isMachine)`, the user's first. RESULT_NOT_FOUND if neither has the key.
@@ -98,9 +104,10 @@ void merge(std::vector<Element>& elements, Name&& name)
 std::int32_t resultOfMissing(ENUM_VX_HKEY hive, const RegistryPath& path, const char16_t* name)
 {
     std::u16string units;
-    RegistryRecord record;
-    const std::int32_t result = readKey(RegistryStore::machinePlace(), hive, path, units, record);
-    if (result == RESULT_NOT_FOUND || (!failed(result) && name != nullptr && record.find(name) == nullptr))
+    RegistryPlace place;
+    const std::int32_t result = inOrder([&] { return readKey(RegistryStore::machinePlace(), hive, path, units); },
+        [&] { return findValue(place, units, name != nullptr ? name : u""); });
+    if (result == RESULT_NOT_FOUND || (!failed(result) && name != nullptr && place.value() == nullptr))
         return RESULT_NOT_FOUND;
     return RESULT_ACCESS_DENIED;
 }
@@ -127,21 +134,19 @@ std::int32_t setValue(ENUM_VX_HKEY hive, const RegistryPath& path, const Registr
     if (const std::int32_t result = change.begin(true); failed(result))
         return result;
     std::u16string units;
-    RegistryRecord record;
-    const std::int32_t result = change.read(hive, path, units, record);
-    if (result == RESULT_NOT_FOUND || (path.steps().empty() && units.empty()))
+    const std::int32_t result = change.read(hive, path, units);
+    if (result == RESULT_NOT_FOUND || (!failed(result) && units.empty()))
         return change.create(hive, path, {value});
     if (failed(result))
         return result;
-    if (RegistryValue* old = record.find(value.name)) {
-        if (old->type == value.type && old->data == value.data)
-            return RESULT_OK;
-        old->type = value.type;
-        old->data = value.data;
-    } else {
-        record.values.push_back(value);
-    }
-    return change.replace(hive, path, record);
+    RegistryPlace place;
+    if (!place.find(units, value.name))
+        return RESULT_STORE_CORRUPT;
+    const RegistryValue* old = place.value();
+    if (old != nullptr && old->type == value.type && old->data == value.data)
+        return RESULT_OK;
+    place.put(units, value);
+    return change.replace(hive, path, units);
 }
 
 template <class Read>
@@ -198,9 +203,11 @@ std::int32_t VXRegistryCreateKey(ENUM_VX_HKEY hive, const char16_t* key) noexcep
             failed(result))
             return result;
         std::u16string units;
-        RegistryRecord record;
-        const std::int32_t result = change.read(hiveOf(hive), path, units, record);
-        return result == RESULT_NOT_FOUND ? change.create(hiveOf(hive), path, {}) : result;
+        const std::int32_t result = change.read(hiveOf(hive), path, units);
+        if (result == RESULT_NOT_FOUND)
+            return change.create(hiveOf(hive), path, {});
+        RegistryPlace place;
+        return failed(result) ? result : findValue(place, units, u"");
     });
 }
 
@@ -250,13 +257,14 @@ std::int32_t VXRegistryGetValue(ENUM_VX_HKEY hive, const char16_t* key, const ch
 
             RegistryPath path;
             std::u16string units;
-            RegistryRecord record;
+            RegistryPlace found;
             RegistryFile file;
             if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
-                    [&] { return readKey(place, hive, path, units, record, &file); });
+                    [&] { return readKey(place, hive, path, units, &file); },
+                    [&] { return findValue(found, units, name); });
                 failed(result))
                 return result;
-            const RegistryValue* value = record.find(name);
+            const RegistryValue* value = found.value();
             if (value == nullptr)
                 return RESULT_NOT_FOUND;
             RegistryAnswer::keep(question, file, *value);
@@ -275,16 +283,16 @@ std::int32_t VXRegistryDeleteValue(ENUM_VX_HKEY hive, const char16_t* key, const
         RegistryPath path;
         RegistryChange change;
         std::u16string units;
-        RegistryRecord record;
-        if (const std::int32_t result = inOrder([&] { return assign(path, hive, key); },
-                [&] { return change.begin(false); }, [&] { return change.read(hiveOf(hive), path, units, record); });
+        RegistryPlace place;
+        if (const std::int32_t result
+            = inOrder([&] { return assign(path, hive, key); }, [&] { return change.begin(false); },
+                [&] { return change.read(hiveOf(hive), path, units); }, [&] { return findValue(place, units, name); });
             failed(result))
             return result == RESULT_NOT_FOUND ? resultOfMissing(hive, path, name) : result;
-        const RegistryValue* value = record.find(name);
-        if (value == nullptr)
+        if (place.value() == nullptr)
             return resultOfMissing(hive, path, name);
-        record.values.erase(record.values.begin() + (value - record.values.data()));
-        return change.replace(hiveOf(hive), path, record);
+        place.remove(units);
+        return change.replace(hiveOf(hive), path, units);
     });
 }
 
@@ -314,10 +322,14 @@ std::int32_t VXRegistryOpenValueEnum(ENUM_VX_HKEY hive, const char16_t* key, VXR
             return result;
         const std::int32_t result = readBoth([&](const std::string& place, bool isMachine) {
             RegistryRecord record;
-            const std::int32_t read
-                = readKey(place, hive, path, isMachine ? elements.machineUnits : elements.units, record);
+            std::u16string& units = isMachine ? elements.machineUnits : elements.units;
+            const std::int32_t read = readKey(place, hive, path, units);
+            if (failed(read) || units.empty())
+                return read;
+            if (!record.read(units))
+                return RESULT_STORE_CORRUPT;
             elements.values.insert(elements.values.end(), record.values.begin(), record.values.end());
-            return read;
+            return RESULT_OK;
         });
         merge(elements.values, [](const RegistryValue& value) { return value.name; });
         return result;

@@ -269,8 +269,8 @@ std::int32_t RegistryStore::openFolder(
     return result;
 }
 
-std::int32_t RegistryStore::read(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units,
-    RegistryRecord& record, RegistryFile* file) const
+std::int32_t RegistryStore::read(
+    ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryFile* file) const
 {
     RegistryFile unwanted;
     RegistryFile& source = file != nullptr ? *file : unwanted;
@@ -280,12 +280,12 @@ std::int32_t RegistryStore::read(ENUM_VX_HKEY hive, const RegistryPath& path, st
         = inOrder([&] { return goTo(walk, hive, path, path.steps().size()); }, [&] { return walk.go(RECORD_NAME); },
             [&] { return readFile(walk.folder(), walk.path(), WHOLE_FILE, units, source.status); });
     if (failed(result)) {
-        record = {};
+        units.clear();
         return result == RESULT_NOT_FOUND && path.steps().empty() ? RESULT_OK : result;
     }
     if (walk.folder() == m_folder.get())
         source.path = walk.path();
-    return record.read(units) ? RESULT_OK : RESULT_STORE_CORRUPT;
+    return units.empty() ? RESULT_STORE_CORRUPT : RESULT_OK;
 }
 
 std::int32_t RegistryStore::readSubkeys(
@@ -341,11 +341,11 @@ std::int32_t RegistryChange::begin(bool isToBeMade)
         [&] { return m_mark.begin(m_folder.get(), fileMode()); });
 }
 
-std::int32_t RegistryChange::replace(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryRecord& record)
+std::int32_t RegistryChange::replace(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string_view units)
 {
     Descriptor key;
     return inOrder([&] { return openFolder(hive, path, path.steps().size(), key); },
-        [&] { return writeFile(m_folder.get(), PENDING_NAME, record); },
+        [&] { return writeFile(m_folder.get(), PENDING_NAME, units); },
         [&] { return takePlace(key.get(), RECORD_NAME); });
 }
 
@@ -356,7 +356,7 @@ std::int32_t RegistryChange::create(
         return result;
     const std::vector<RegistryStep>& steps = path.steps();
     if (steps.empty())
-        return values.empty() ? RESULT_OK : replace(hive, path, {{}, values});
+        return values.empty() ? RESULT_OK : replace(hive, path, RegistryRecord {{}, values}.write());
 
     // The highest missing folder is prepared with all folders below it, and renamed as a whole.
     Descriptor above;
@@ -376,7 +376,7 @@ std::int32_t RegistryChange::create(
             record.values = values;
         Descriptor& folder = folders.emplace_back();
         if (const std::int32_t result = inOrder([&] { return makeFolder(parent, name, folder); },
-                [&] { return writeFile(folder.get(), RECORD_NAME, record); });
+                [&] { return writeFile(folder.get(), RECORD_NAME, record.write()); });
             failed(result))
             return result;
     }
@@ -429,9 +429,8 @@ std::int32_t RegistryChange::makeFolder(int parent, const char* name, Descriptor
     return resultOf(::fchmod(folder.get(), m_mode));
 }
 
-std::int32_t RegistryChange::writeFile(int folder, const char* name, const RegistryRecord& record) const
+std::int32_t RegistryChange::writeFile(int folder, const char* name, std::u16string_view units) const
 {
-    const std::u16string units = record.write();
     const Descriptor file(retryOnSignal([&] {
         return ::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
     }));

@@ -37,9 +37,10 @@ public:
     /// The open folder.
     int folder() const noexcept { return m_folder.get(); }
 
-    /// Reads the record of a key; its texts refer to `units`. The record of a hive may be empty. `file` may be null.
-    std::int32_t read(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryRecord& record,
-        RegistryFile* file = nullptr) const;
+    /// Reads the units of the record of a key, which may be those of no record. A hive without values has none. `file`
+    /// may be null.
+    std::int32_t read(
+        ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string& units, RegistryFile* file = nullptr) const;
     /// The names of the keys directly below, in the order of their folded forms.
     std::int32_t readSubkeys(ENUM_VX_HKEY hive, const RegistryPath& path, std::vector<std::u16string>& names) const;
 
@@ -61,7 +62,7 @@ public:
     std::int32_t begin(bool isToBeMade);
 
     /// Replaces the record of an existing key.
-    std::int32_t replace(ENUM_VX_HKEY hive, const RegistryPath& path, const RegistryRecord& record);
+    std::int32_t replace(ENUM_VX_HKEY hive, const RegistryPath& path, std::u16string_view units);
     /// Makes a missing key and the missing keys above it, and gives it `values`.
     std::int32_t create(ENUM_VX_HKEY hive, const RegistryPath& path, const std::vector<RegistryValue>& values);
     std::int32_t remove(ENUM_VX_HKEY hive, const RegistryPath& path);
@@ -69,7 +70,7 @@ public:
 private:
     std::int32_t makeHive(ENUM_VX_HKEY hive) const noexcept;
     std::int32_t makeFolder(int parent, const char* name, Descriptor& folder) const noexcept;
-    std::int32_t writeFile(int folder, const char* name, const RegistryRecord& record) const;
+    std::int32_t writeFile(int folder, const char* name, std::u16string_view units) const;
     /// Moves what is pending to its place, and flushes that folder.
     std::int32_t takePlace(int folder, const char* name) const noexcept;
 
