@@ -16,8 +16,11 @@
 #include <cstdio>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <string>
+#include <string_view>
 #include <thread>
 #include <unistd.h>
+#include <unordered_map>
 
 namespace {
 
@@ -36,6 +39,22 @@ void createByClassName(benchmark::State& state)
         benchmark::DoNotOptimize(Reference<Object>(Class::forName(u"CVXString")->createInstance()).get());
 }
 BENCHMARK(createByClassName);
+
+/// The least that finds a class by its name.
+void createByMap(benchmark::State& state)
+{
+    using Create = Reference<Object> (*)();
+    std::unordered_map<std::u16string_view, Create> creators;
+    for (const char16_t* name : {u"CVXHashMap", u"CVXArrayList", u"CVXMutex", u"CVXGate", u"CVXEvent"})
+        creators[name] = [] { return Reference<Object>(new Object); };
+    creators[u"CVXString"] = [] { return Reference<Object>(new String); };
+    const char16_t* name = u"CVXString";
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(name);
+        benchmark::DoNotOptimize(creators.find(name)->second().get());
+    }
+}
+BENCHMARK(createByMap);
 
 void dynamicCast(benchmark::State& state)
 {
@@ -157,15 +176,34 @@ void writeValue(benchmark::State& state)
 }
 BENCHMARK(writeValue)->UseRealTime();
 
+/// In a key of many values, on a file system in memory, so that the work of the processor is seen.
+constexpr int MANY_VALUES = 5000;
+constexpr const char* IN_MEMORY = "/dev/shm";
+
+void writeValueOfMany(benchmark::State& state)
+{
+    const ScopedVariable inMemory("TMPDIR", IN_MEMORY);
+    const Store store;
+    const util::RegistryKey key(VX_HKEY_USER, u"Software\\Bench");
+    for (int value = 0; value < MANY_VALUES; ++value)
+        key.setValue(u"number" + String::valueOf(value), value);
+    std::uint32_t number = MANY_VALUES;
+    for (auto _ : state)
+        key.setValue(u"number2500", ++number);
+    if (key.getValueUINT32(u"number2500") != number)
+        state.SkipWithError("another value");
+}
+BENCHMARK(writeValueOfMany)->UseRealTime();
+
 /// The least that a kill and a power failure leave whole: write beside, flush, rename, flush the folder.
-void replaceFileByHand(benchmark::State& state)
+void replaceFile(benchmark::State& state, const std::string& content)
 {
     const Scratch scratch;
     const std::string path = (scratch / "number").string();
     const int folder = ::open(scratch.getPath().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     for (auto _ : state) {
         const int file = ::open((path + ".new").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        if (::write(file, "5", 1) != 1 || ::fsync(file) != 0)
+        if (::write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()) || ::fsync(file) != 0)
             state.SkipWithError("not written");
         ::close(file);
         if (std::rename((path + ".new").c_str(), path.c_str()) != 0 || ::fsync(folder) != 0)
@@ -173,6 +211,19 @@ void replaceFileByHand(benchmark::State& state)
     }
     ::close(folder);
 }
+
+void replaceFileByHand(benchmark::State& state)
+{
+    replaceFile(state, "5");
+}
 BENCHMARK(replaceFileByHand)->UseRealTime();
+
+/// As large as the file of that key.
+void replaceFileByHandOfMany(benchmark::State& state)
+{
+    const ScopedVariable inMemory("TMPDIR", IN_MEMORY);
+    replaceFile(state, std::string(MANY_VALUES * 36, '5'));
+}
+BENCHMARK(replaceFileByHandOfMany)->UseRealTime();
 
 } // namespace
