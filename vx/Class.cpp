@@ -4,18 +4,23 @@
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
+#include "vx/detail/TextHash.h"
 #include "vx/detail/TypeName.h"
-#include "vxsys/Text.h"
 
 #include <map>
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 
 namespace vx {
 
 namespace {
 
-struct NameOrder {
-    bool operator()(const char16_t* left, const char16_t* right) const noexcept { return VXStrCmpW(left, right) < 0; }
+struct NameHash {
+    std::size_t operator()(std::u16string_view name) const noexcept
+    {
+        return detail::hashText(name.data(), static_cast<int>(name.size()), false);
+    }
 };
 
 struct TypeOrder {
@@ -65,7 +70,7 @@ const Class* Class::forType(const std::type_info* type)
 
 class ClassManagerBase::Impl {
 public:
-    std::map<const char16_t*, Reference<Class>, NameOrder> byName;
+    std::unordered_map<std::u16string_view, Reference<Class>, NameHash> byName;
     std::map<const std::type_info*, Reference<Class>, TypeOrder> byType;
 };
 
