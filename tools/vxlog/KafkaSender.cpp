@@ -30,10 +30,7 @@ using vxtools::Failure;
 
 namespace {
 
-constexpr auto TIME_AFTER_SIGNAL = 10s; ///< for what has been read
-constexpr auto TIME_FOR_ANSWERS = 5s; ///< at least, at the end of the input
 constexpr auto LONGEST_WAIT = 1s; ///< the producer has work to do
-constexpr auto NEVER = std::chrono::steady_clock::time_point::max();
 
 class Entry final : public vx::log::LogEntry { };
 
@@ -97,12 +94,7 @@ private:
 };
 
 KafkaSender::KafkaSender(const Destination& destination, bool keeps, Backlog& backlog, Teller& teller)
-    : m_destination(destination)
-    , m_keeps(keeps)
-    , m_name(nameOf(destination))
-    , m_backlog(backlog)
-    , m_teller(teller)
-    , m_firstOfRun(backlog.range().first)
+    : Delivery(destination, keeps, backlog, teller)
     , m_entries(std::make_unique<Entries>("vxlog-" + backlog.id()))
     , m_next(m_firstOfRun)
     , m_acknowledged(m_firstOfRun - 1)
@@ -112,53 +104,17 @@ KafkaSender::KafkaSender(const Destination& destination, bool keeps, Backlog& ba
 
 KafkaSender::~KafkaSender()
 {
-    m_isStopping = true;
-    wake();
-    if (m_thread.joinable())
-        m_thread.join();
+    stop();
+}
+
+void KafkaSender::disconnect() noexcept
+{
+    m_producer = nullptr;
 }
 
 void KafkaSender::connect()
 {
     m_producer = m_destination.kafka->openProducer(true);
-}
-
-void KafkaSender::start()
-{
-    m_thread = std::thread([this] {
-        try {
-            run();
-        } catch (...) {
-            m_failure = std::current_exception();
-            m_hasFailed = true;
-        }
-        m_producer = nullptr;
-        m_isAway = true;
-        m_room.set();
-    });
-}
-
-void KafkaSender::waitForRoom()
-{
-    pollfd room {m_room.descriptor(), POLLIN, 0};
-    while (::poll(&room, 1, -1) < 0 && errno == EINTR)
-        ;
-    m_room.clear();
-    check();
-}
-
-void KafkaSender::check() const
-{
-    if (m_hasFailed)
-        std::rethrow_exception(m_failure);
-}
-
-void KafkaSender::finish()
-{
-    m_isEnding = true;
-    wake();
-    m_thread.join();
-    check();
 }
 
 void KafkaSender::run()
@@ -176,7 +132,7 @@ void KafkaSender::run()
         if (m_isStopping || (isEnding && isAllDone()))
             break;
         if (Clock::now() >= patienceEnd() || (m_keeps && isEnding && !m_trouble.empty()))
-            giveUp();
+            giveUp(m_trouble.empty() ? vxtools::textOfError(ETIMEDOUT) : m_trouble);
         wait();
     }
     if (m_refused > 0)
@@ -254,35 +210,6 @@ void KafkaSender::wait()
     const auto rest = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
     pollfd waits[] = {{m_wake.descriptor(), POLLIN, 0}, {m_signalSince ? -1 : endingDescriptor(), POLLIN, 0}};
     ::poll(waits, std::size(waits), static_cast<int>(std::max<std::int64_t>(rest, 0)));
-}
-
-/// When to give up; it depends on what is known by now.
-KafkaSender::Clock::time_point KafkaSender::patienceEnd()
-{
-    const Clock::time_point now = Clock::now();
-    if (m_isEnding && !m_endingSince)
-        m_endingSince = now;
-    if (endingWasAskedFor() && !m_signalSince)
-        m_signalSince = now;
-    Clock::time_point end = m_signalSince ? *m_signalSince + TIME_AFTER_SIGNAL : NEVER;
-    if (m_awaySince && !m_keeps && !isAllDone())
-        end = std::min(end, *m_awaySince + m_destination.retry);
-    if (m_endingSince)
-        end = std::min(end, std::max(*m_endingSince, m_lastProgress) + std::max(m_destination.retry, TIME_FOR_ANSWERS));
-    return end;
-}
-
-bool KafkaSender::isAllDone() const
-{
-    const Backlog::Range range = m_backlog.range();
-    return range.first == range.end;
-}
-
-void KafkaSender::giveUp()
-{
-    const vxtools::Text why(m_trouble.empty() ? vxtools::textOfError(ETIMEDOUT) : m_trouble);
-    throw Failure(
-        m_name, NOT_ACKNOWLEDGED(why, m_backlog.range().first - m_firstOfRun, m_backlog.range().end - m_firstOfRun));
 }
 
 } // namespace vxlog

@@ -23,14 +23,10 @@ constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 constexpr auto CONNECT_TIME = 30s;
 constexpr auto FIRST_PAUSE = 100ms;
 constexpr auto LONGEST_PAUSE = 10'000ms;
-constexpr auto TIME_AFTER_SIGNAL = 10s; ///< for what has been read
-constexpr auto TIME_FOR_ANSWERS = 5s; ///< at least, at the end of the input
-
-constexpr auto NEVER = std::chrono::steady_clock::time_point::max();
 
 int millisecondsUntil(std::chrono::steady_clock::time_point time)
 {
-    if (time == NEVER)
+    if (time == time.max())
         return -1;
     const auto rest = std::chrono::ceil<std::chrono::milliseconds>(time - std::chrono::steady_clock::now());
     return static_cast<int>(std::clamp<std::int64_t>(rest.count(), 0, 3'600'000));
@@ -39,12 +35,8 @@ int millisecondsUntil(std::chrono::steady_clock::time_point time)
 } // namespace
 
 Sender::Sender(const Destination& destination, const Policy& policy, Backlog& backlog, Teller& teller)
-    : m_destination(destination)
+    : Delivery(destination, policy.keeps, backlog, teller)
     , m_policy(policy)
-    , m_name(nameOf(destination))
-    , m_backlog(backlog)
-    , m_teller(teller)
-    , m_firstOfRun(backlog.range().first)
     , m_tls(destination.isEncrypted ? std::optional(vxtools::TlsContext::forClient(destination.tls, destination.host))
                                     : std::nullopt)
 {
@@ -52,10 +44,12 @@ Sender::Sender(const Destination& destination, const Policy& policy, Backlog& ba
 
 Sender::~Sender()
 {
-    m_isStopping = true;
-    wake();
-    if (m_thread.joinable())
-        m_thread.join();
+    stop();
+}
+
+void Sender::disconnect() noexcept
+{
+    m_link.reset();
 }
 
 void Sender::connect()
@@ -66,44 +60,6 @@ void Sender::connect()
     };
     if (!openLink(wait))
         throw Failure(m_name, m_reason);
-}
-
-void Sender::start()
-{
-    m_thread = std::thread([this] {
-        try {
-            run();
-        } catch (...) {
-            m_failure = std::current_exception();
-            m_hasFailed = true;
-        }
-        m_link.reset();
-        m_isAway = true;
-        m_room.set();
-    });
-}
-
-void Sender::waitForRoom()
-{
-    pollfd wait {m_room.descriptor(), POLLIN, 0};
-    while (::poll(&wait, 1, -1) < 0 && errno == EINTR)
-        ;
-    m_room.clear();
-    check();
-}
-
-void Sender::check() const
-{
-    if (m_hasFailed)
-        std::rethrow_exception(m_failure);
-}
-
-void Sender::finish()
-{
-    m_isEnding = true;
-    wake();
-    m_thread.join();
-    check();
 }
 
 void Sender::run()
@@ -277,7 +233,7 @@ void Sender::hear(std::string_view answer)
         m_isRefused = m_reason.starts_with("the greeting has") && !m_isHeard && !m_isOldServer;
         if (m_isRefused && m_policy.hasLevels)
             giveUp(NO_LEVELS());
-        if (!m_isRefused && !m_policy.keeps)
+        if (!m_isRefused && !m_keeps)
             giveUp(m_reason);
     }
 }
@@ -317,7 +273,7 @@ void Sender::lose()
     if (!m_awaySince)
         m_awaySince = Clock::now();
     m_pause = std::clamp<std::chrono::milliseconds>(2 * m_pause, FIRST_PAUSE, LONGEST_PAUSE);
-    if (m_policy.keeps && m_isEnding)
+    if (m_keeps && m_isEnding)
         giveUp(m_reason);
     checkPatience();
     if (!(m_isEnding && isAllDone()))
@@ -338,7 +294,7 @@ void Sender::pause()
     while (!m_isStopping && Clock::now() < until) {
         waitFor(-1, 0, until);
         m_wake.clear();
-        if (m_policy.keeps && m_isEnding)
+        if (m_keeps && m_isEnding)
             return; // for a last try
     }
 }
@@ -352,44 +308,10 @@ bool Sender::waitFor(int descriptor, short events, Clock::time_point until)
     return waits[0].revents != 0;
 }
 
-/// When to give up; it depends on what is known by now.
-Sender::Clock::time_point Sender::patienceEnd()
-{
-    const Clock::time_point now = Clock::now();
-    if (m_isEnding && !m_endingSince)
-        m_endingSince = now;
-    if (endingWasAskedFor() && !m_signalSince)
-        m_signalSince = now;
-    Clock::time_point end = m_signalSince ? *m_signalSince + TIME_AFTER_SIGNAL : NEVER;
-    if (m_awaySince && !m_policy.keeps) {
-        if (isAllDone())
-            m_awaySince = now; // nothing can be lost
-        else
-            end = std::min(end, *m_awaySince + m_destination.retry);
-    }
-    if (m_endingSince)
-        end = std::min(end, std::max(*m_endingSince, m_lastProgress) + std::max(m_destination.retry, TIME_FOR_ANSWERS));
-    return end;
-}
-
 void Sender::checkPatience()
 {
     if (Clock::now() >= patienceEnd())
         giveUp(m_reason.empty() ? vxtools::textOfError(ETIMEDOUT) : m_reason);
-}
-
-bool Sender::isAllDone() const
-{
-    const Backlog::Range range = m_backlog.range();
-    return range.first == range.end;
-}
-
-void Sender::giveUp(const Text& why)
-{
-    const std::uint64_t all = m_backlog.range().end - m_firstOfRun;
-    if (all == 0 || !m_destination.wantsAnswers)
-        throw Failure(m_name, why);
-    throw Failure(m_name, NOT_ACKNOWLEDGED(why, m_backlog.range().first - m_firstOfRun, all));
 }
 
 } // namespace vxlog
