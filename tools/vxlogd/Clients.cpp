@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <random>
 
 namespace vxlogd {
 
 namespace {
 
+constexpr std::size_t ID_LENGTH = 32;
+constexpr char DIGITS[] = "0123456789abcdef";
 constexpr std::size_t MOST_CLIENTS = 10'000;
 constexpr std::chrono::hours MEMORY(1);
 constexpr std::chrono::minutes BETWEEN_LOOKS(1);
@@ -15,8 +18,16 @@ constexpr std::chrono::minutes BETWEEN_LOOKS(1);
 
 bool Clients::isId(std::string_view id)
 {
-    constexpr std::size_t LENGTH = 32;
-    return id.size() == LENGTH && id.find_first_not_of("0123456789abcdef") == id.npos;
+    return id.size() == ID_LENGTH && id.find_first_not_of(DIGITS) == id.npos;
+}
+
+std::string Clients::newId()
+{
+    std::random_device random;
+    std::uniform_int_distribution<std::size_t> digit(0, 15);
+    std::string id(ID_LENGTH, '0');
+    std::ranges::generate(id, [&] { return DIGITS[digit(random)]; });
+    return id;
 }
 
 std::shared_ptr<Progress> Clients::find(

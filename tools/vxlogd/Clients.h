@@ -19,6 +19,7 @@ class Clients {
 public:
     /// Whether `id` has the form of an id: 32 hexadecimal digits.
     static bool isId(std::string_view id);
+    static std::string newId();
 
     /// The progress of the client `id`, which begins with line 1 if it is not known. `connection` is its connection now.
     std::shared_ptr<Progress> find(std::string_view id, const std::shared_ptr<Waker>& waker, std::uint64_t connection);

@@ -1,5 +1,6 @@
 #include "Forward.h"
 
+#include "Clients.h"
 #include "Complaint.h"
 #include "LineText.h"
 #include "common/Failure.h"
@@ -18,7 +19,6 @@
 #include <fcntl.h>
 #include <iterator>
 #include <poll.h>
-#include <random>
 #include <span>
 #include <sys/eventfd.h>
 #include <sys/file.h>
@@ -82,16 +82,6 @@ std::string_view peerOf(std::string_view line)
     return peer.substr(0, peer.rfind(':'));
 }
 
-std::string newId()
-{
-    constexpr char DIGITS[] = "0123456789abcdef";
-    std::random_device random;
-    std::uniform_int_distribution<std::size_t> digit(0, 15);
-    std::string id(32, '0');
-    std::ranges::generate(id, [&] { return DIGITS[digit(random)]; });
-    return id;
-}
-
 /// A file beside the log. Its name begins with a dot, so that "LOG*" finds only logs.
 std::string besideLog(const std::string& log, const char* extension)
 {
@@ -129,7 +119,7 @@ Forwarder::Forwarder(const Settings& settings)
         ::close(std::exchange(m_watch, -1));
     const std::optional<ForwardPosition> position = ForwardPosition::load(m_positionPath);
     m_source = std::make_unique<ForwardSource>(log, position);
-    m_position = position.value_or(ForwardPosition {.id = newId()});
+    m_position = position.value_or(ForwardPosition {.id = Clients::newId()});
     m_number = m_position.lines;
     m_part = m_source->part();
     if (!position && m_part != nullptr) {
