@@ -136,8 +136,7 @@ class Senders(Cluster):
                                   env={**os.environ, "VXSYS4_REGISTRY": self.path("none")}), "Velmaris.Kafka", "vxreg")
 
 
-@unittest.skipUnless(shutil.which("kcat"), "kcat is missing")
-class Forwarding(Cluster):
+class Forwarder(Cluster):
     def serve(self, *options, **process):
         return self.start("--format=json", f"--forward={self.address()}", *options, env=self.environment, **process)
 
@@ -153,6 +152,9 @@ class Forwarding(Cluster):
     def wait_for_lines(self, count):
         self.wait_for(lambda: (self.figure("lines forwarded"), self.figure("bytes not forwarded yet")) == (str(count), "0"))
 
+
+@unittest.skipUnless(shutil.which("kcat"), "kcat is missing")
+class Forwarding(Forwarder):
     def test_brings_what_is_in_the_log(self):
         self.write("log", b'{"text":"before","level":1}\n{}\nnot an "entry"\n{"text":"torn\n')
         self.serve("--level=5")
@@ -271,12 +273,119 @@ class Forwarding(Cluster):
         for options, part, status in [
                 (["--forward=kafka://x"], "kafka://HOST:PORT,HOST:PORT/TOPIC", 2),
                 ([f"--forward={self.address()}"], "forward needs format json", 2),
+                (["--forward-ack=brokers"], "forward-ack=brokers needs forward", 2),
                 (["--format=json", f"--forward={self.address('?user=a&password=/no/such')}"], "/no/such", 1)]:
             self.assertFails(vxlogd_tests.vxlogd("--port=0", f"--log={self.log}", *options, env=self.environment), part,
                              status=status)
         self.write(".log.forward", b"vxlogd-forward-1 x 1 2 3 4 5 6 7\n")
         self.assertFails(vxlogd_tests.vxlogd("--port=0", f"--log={self.log}", "--format=json",
                                              f"--forward={self.address()}", env=self.environment), "is no position")
+
+
+@unittest.skipUnless(shutil.which("kcat"), "kcat is missing")
+class Acknowledgements(Forwarder):
+    """By the brokers."""
+    GREETING = "ack=1 client=" + "0a" * 16 + " seq="
+
+    def serve(self, *options, **process):
+        return super().serve("--forward-ack=brokers", *options, **process)
+
+    def wait_for_unacknowledged(self, count):
+        self.wait_for(lambda: self.figure("lines that clients wait for") == str(count))
+
+    def log_texts(self):
+        names = sorted(name for name in os.listdir(self.folder) if name.startswith("log."))
+        names += ["log"] if os.path.exists(self.log) else []  # it is not there while it is rotated
+        return [json.loads(line)["text"] for name in names for line in self.read(name).splitlines()]
+
+    def test_come_when_the_brokers_have_a_line(self):
+        self.serve("--max-line=1048576")
+        large = "x" * 1_040_000
+        for greeting in "ack=1", self.GREETING + "1":
+            client = self.client(greeting)
+            client.send(f"a\n{large}\nb\n".encode()).hear("ack 3\n")  # the large one is only in the log
+            self.assertEqual(self.topic_texts()[-2:], ["a", "b"])
+        self.assertEqual(self.log_texts(), ["a", large, "b"] * 2)
+        self.assertEqual(self.figure("lines that brokers refused"), "2")
+        self.assertIn("a line stays only in the log: topic logs", self.said())
+        self.tell("down")
+        client.send(b"c\n" * 3000).hear("wait the brokers do not have the lines yet: ")
+        self.wait_for(lambda: self.log_texts().count("c") == 1024)  # the window
+        self.wait_for_unacknowledged(1024)
+        self.client("ack=0").send(b"d\n").end()  # waits for nothing
+        self.tell("up")
+        client.hear("ack 3003\n")
+        self.assertEqual(self.topic_texts()[4:].count("c"), 3000)
+        self.assertEqual(self.stop(), 0)
+        self.assertEqual(self.topic_texts().count("d"), 1)
+
+    def test_survive_a_kill_of_the_server(self):
+        self.serve()
+        self.client(self.GREETING + "1").send(b"1\n").hear("ack 1\n")
+        self.tell("down")
+        for count in range(2, 5):
+            self.client(self.GREETING + "2").send("".join(f"{line}\n" for line in range(2, count + 1)).encode())
+            self.wait_for_unacknowledged(count - 1)
+            self.server.kill()
+            self.server.wait()
+            self.serve()
+        self.tell("up")
+        self.client(self.GREETING + "2").send(b"2\n3\n4\n5\n").hear("ack 5\n")
+        self.wait_for(lambda: f"{'0a' * 16} 5" in self.read(".log.forward").decode())
+        self.server.kill()
+        self.server.wait()
+        self.serve()
+        self.client(self.GREETING + "2").send(b"2\n3\n4\n5\n6\n").hear("ack 6\n")
+        self.assertEqual(self.log_texts(), list("123456"))
+        self.assertEqual(sorted(set(self.topic_texts())), list("123456"))
+
+    def test_reach_every_sender_through_kills(self):
+        self.serve("--rotate-size=20000")
+        process = subprocess.Popen([os.environ["VXLOG"], "--to", f"vxlog://127.0.0.1:{self.port}"], stdin=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        for turn in range(6):
+            self.tell(["up", "down"][turn % 2])
+            process.stdin.write("".join(f"{turn} {number}\n" for number in range(500)).encode())
+            process.stdin.flush()
+            self.wait_for(lambda: f"{turn} 400" in self.log_texts())
+            self.server.kill()
+            self.server.wait()
+            self.serve("--rotate-size=20000", port=self.port)
+        self.tell("up")
+        process.communicate()
+        self.assertEqual(process.returncode, 0)
+        wanted = [f"{turn} {number}" for turn in range(6) for number in range(500)]
+        self.assertEqual(self.log_texts(), wanted)
+        self.assertEqual(list(dict.fromkeys(self.topic_texts())), wanted)
+
+    def test_end_with_a_file_that_is_removed_too_early(self):
+        self.serve("--rotate-size=300", "--keep=1")
+        client = self.client(self.GREETING + "1").send(b"1\n")
+        client.hear("ack 1\n")
+        self.tell(f"fail logs {UNKNOWN_TOPIC}")
+        client.send(b"2\n").hear("wait the brokers do not have the lines yet: topic logs at")
+        for count in 2, 3:
+            client.send(b"%d\n" % (count + 1))
+            self.wait_for_unacknowledged(count)
+        for number in range(9):
+            self.client().send(b"other %d\n" % number).end()
+        self.wait_for(lambda: self.log_texts()[-1] == "other 8")
+        self.tell("fail logs 0")
+        self.assertEqual(client.rest().splitlines()[-1], "ack 3")  # and the end, so that it sends the rest again
+        self.client(self.GREETING + "4").send(b"4\n").hear("ack 4\n")
+        self.assertLessEqual({"1", "2", "3", "4"}, set(self.topic_texts()))
+
+    def test_need_no_brokers_after_a_change(self):
+        config = self.write("vxlogd.ini", b"[vxlogd]\nforward-ack = brokers\n")
+        super().serve( f"--config={config}")
+        self.tell("down")
+        client = self.client("ack=1").send(b"1\n")
+        self.wait_for_unacknowledged(1)
+        self.write("vxlogd.ini", b"[vxlogd]\nforward-ack = log\n")
+        self.server.send_signal(signal.SIGHUP)
+        client.hear("ack 1\n")
+        client.send(b"2\n").hear("ack 2\n")
+        self.assertEqual(self.stop(), 0)
 
 
 @unittest.skipUnless("VXVIEW" in os.environ, "vxview is missing")

@@ -6,10 +6,13 @@
 
 namespace vxlogd {
 
-Batch::Batch(std::shared_ptr<Progress> progress, std::string peer, std::shared_ptr<const Form> form)
+Batch::Batch(std::shared_ptr<Progress> progress, std::string peer, std::shared_ptr<const Form> form, std::string client,
+    bool awaits)
     : m_progress(std::move(progress))
     , m_peer(std::move(peer))
-    , m_form(std::move(form))
+    , m_form(form != nullptr && form->hasClient() == !client.empty() ? std::move(form) : nullptr)
+    , m_client(std::move(client))
+    , m_awaits(awaits)
 {
 }
 
@@ -20,7 +23,13 @@ void Batch::add(std::uint64_t line, std::size_t bytes, int level, std::string_vi
         m_texts += text;
         bool isPrinted = false;
         if (m_form != nullptr) {
-            const Fields fields {.sequence = 0, .level = level, .time = m_time.get(), .peer = m_peer, .text = text};
+            const Fields fields {.sequence = 0,
+                .level = level,
+                .time = m_time.get(),
+                .peer = m_peer,
+                .text = text,
+                .client = m_client,
+                .line = static_cast<std::int64_t>(line)};
             isPrinted = m_form->appendRest(m_rests, fields, m_timeText);
             if (!isPrinted)
                 m_rests.resize(restsBefore);
@@ -57,7 +66,9 @@ Fields Batch::getFields(std::size_t index) const
         .level = m_lines[index].level,
         .time = m_time.get(),
         .peer = m_peer,
-        .text = std::string_view(m_texts).substr(begin, m_lines[index].textEnd - begin)};
+        .text = std::string_view(m_texts).substr(begin, m_lines[index].textEnd - begin),
+        .client = m_client,
+        .line = static_cast<std::int64_t>(m_firstLine + index)};
 }
 
 vx::Reference<vx::log::LogEntry> Batch::createEntry(std::size_t index) const

@@ -18,8 +18,10 @@ namespace vxlogd {
 /// it as one entry.
 class Batch final : public vx::log::LogEntry {
 public:
-    /// `peer` is in UTF-8. The form may be null.
-    Batch(std::shared_ptr<Progress> progress, std::string peer, std::shared_ptr<const Form> form);
+    /// `peer` is in UTF-8. The form may be null. `client` is for the log; empty if it does not tell who sent a line.
+    /// `awaits` is whether the lines are done when the brokers have them, and not when they are in the log.
+    Batch(std::shared_ptr<Progress> progress, std::string peer, std::shared_ptr<const Form> form,
+        std::string client = {}, bool awaits = false);
 
     /// Adds a line of `bytes` bytes; `text` is readable, in UTF-8. The first one has the number `line` at the progress,
     /// and the others follow it. Nothing is added if this throws std::bad_alloc.
@@ -28,6 +30,9 @@ public:
 
     std::size_t getSize() const { return m_lines.size(); }
     std::uint64_t getNextLine() const { return m_firstLine + m_lines.size(); }
+    bool awaits() const { return m_awaits; }
+    const std::string& getClient() const { return m_client; }
+    const std::shared_ptr<Progress>& getProgress() const { return m_progress; }
     /// Appends the entry of a line as the form prints it. False, with nothing appended, if only the writer can.
     bool print(std::size_t index, const Form* form, Block& block) const;
     /// Views of this batch.
@@ -40,9 +45,15 @@ public:
         std::size_t first;
         std::size_t count;
 
-        std::size_t bytes() const { return batch->m_lines[first + count - 1].bytesEnd - batch->bytesBefore(first); }
-        void finish() const { batch->m_progress->finish(batch->m_firstLine + first, count, bytes()); }
-        void fail() const { batch->m_progress->fail(count, bytes()); }
+        std::uint64_t firstLine() const { return batch->m_firstLine + first; }
+        std::size_t bytes() const { return bytes(0, count); }
+        /// Of `size` lines from the one at `index` on.
+        std::size_t bytes(std::size_t index, std::size_t size) const
+        {
+            return batch->m_lines[first + index + size - 1].bytesEnd - batch->bytesBefore(first + index);
+        }
+        void finish() const { batch->m_progress->finish(firstLine(), count, bytes()); }
+        void fail() const { batch->m_progress->fail(firstLine(), count, bytes()); }
     };
     Span all() const { return {vx::Reference<const Batch>(this), 0, m_lines.size()}; }
 
@@ -60,6 +71,8 @@ private:
     const std::shared_ptr<Progress> m_progress;
     const std::string m_peer;
     const std::shared_ptr<const Form> m_form;
+    const std::string m_client;
+    const bool m_awaits;
     const vx::Reference<const vx::log::ZonedTimeStamp> m_time {new vx::log::ZonedTimeStamp};
     const std::string m_timeText = m_time->toString().toUtf8();
     std::uint64_t m_firstLine = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <random>
+#include <sstream>
 
 namespace vxlogd {
 
@@ -48,6 +49,31 @@ std::shared_ptr<Progress> Clients::find(
     }
     client->second.lastSeen = now;
     return client->second.progress;
+}
+
+std::string Clients::save()
+{
+    std::ostringstream words;
+    words.imbue(std::locale::classic());
+    const std::lock_guard lock(m_lock);
+    for (const auto& [id, client] : m_clients) {
+        words << id << ' ';
+        client.progress->save(words);
+        words << '\n';
+    }
+    return words.str();
+}
+
+bool Clients::restore(const std::string& text)
+{
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string id;
+        if (!(words >> id) || !isId(id) || !find(id, nullptr, 0)->restore(words))
+            return false;
+    }
+    return true;
 }
 
 void Clients::forgetOld(Clock::time_point now)

@@ -24,6 +24,10 @@ public:
     /// The progress of the client `id`, which begins with line 1 if it is not known. `connection` is its connection now.
     std::shared_ptr<Progress> find(std::string_view id, const std::shared_ptr<Waker>& waker, std::uint64_t connection);
 
+    /// What a later server has to know, one client on each line, and back. False if the text is wrong.
+    std::string save();
+    bool restore(const std::string& text);
+
 private:
     using Clock = std::chrono::steady_clock;
     struct Client {

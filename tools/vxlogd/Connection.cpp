@@ -136,6 +136,13 @@ void Connection::goOn()
     }
     if (m_wantsAnswers && m_output.empty())
         tellTrouble();
+    if (state.hasLost && state.openLines == 0) {
+        // The client has these lines, and sends them again on its next connection.
+        if (m_isNumbered)
+            m_hasEnded = m_isBroken = m_isLate = true;
+        else
+            refuse("lines were removed from the log before the brokers had them");
+    }
     if (state.hasFailed)
         refuse("the log cannot be written");
 }
@@ -157,8 +164,9 @@ void Connection::endIfSilent(Clock::time_point now)
         m_output.shrink_to_fit();
     }
     const unsigned int idleSeconds = m_limits.idleSeconds;
+    const Progress::State state = m_progress->state();
     const bool isSilent = idleSeconds != 0 && now - m_lastSign >= std::chrono::seconds(idleSeconds)
-        && m_progress->state().openLines == 0 && !m_intake.isFull();
+        && state.openLines == 0 && state.waitingLines == 0 && !m_intake.isFull();
     if (isSilent || ((m_isRefused || m_isParting) && now - m_partedAt >= TIME_TO_HEAR)) {
         m_isParting = false;
         m_hasEnded = true;
@@ -173,19 +181,28 @@ bool Connection::isOver() const
     const Progress::State state = m_progress->state();
     if (m_isLate)
         return true; // its client has another connection, with the same progress
+    // What waits for brokers that are away when the server ends is acknowledged by the next one.
+    if (m_isFinishing && state.openLines == 0 && state.waitingLines > 0 && m_intake.getUndelivered().getTrouble())
+        return true;
+    const bool isAnswered = !m_wantsAnswers || (state.done <= m_answered && state.waitingLines == 0);
     return m_hasEnded && !m_isParting && m_input.empty() && state.openLines == 0 && m_output.empty()
         && (m_isBroken || !m_wire.wantsToWrite(false))
-        && (m_isBroken || m_isRefused || (!state.hasFailed && (!m_wantsAnswers || state.done <= m_answered)));
+        && (m_isBroken || m_isRefused || (!state.hasFailed && !state.hasLost && isAnswered));
 }
 
 /// The client keeps its lines until they are acknowledged, which may take long.
 void Connection::tellTrouble()
 {
-    const std::shared_ptr<const std::string> trouble = m_intake.getTrouble();
+    const char* what = "wait the log cannot be written: ";
+    std::shared_ptr<const std::string> trouble = m_intake.getTrouble();
+    if (trouble == nullptr && m_progress->state().waitingLines > 0) {
+        what = "wait the brokers do not have the lines yet: ";
+        trouble = m_intake.getUndelivered().getTrouble();
+    }
     if (trouble == nullptr || trouble == m_toldTrouble)
         return;
     m_toldTrouble = trouble;
-    m_output = "wait the log cannot be written: " + *trouble + "\n";
+    m_output = what + *trouble + "\n";
     write();
 }
 
@@ -193,9 +210,12 @@ bool Connection::hasRoom() const
 {
     if (m_intake.isFull() && !m_isFirstLine) // a greeting is read, so that its client can be told
         return false;
+    if (awaitsBrokers() && m_intake.getUndelivered().isFull())
+        return false;
     const Progress::State state = m_progress->state();
     return state.openLines < (m_intake.isShort() ? MOST_OPEN_LINES_OF_FEW : MOST_OPEN_LINES)
-        && state.openBytes < MOST_OPEN_BYTES;
+        && state.openLines + state.waitingLines < MOST_OPEN_LINES_OF_FEW
+        && state.openBytes + state.waitingBytes < MOST_OPEN_BYTES && !state.hasLost;
 }
 
 void Connection::takeLines()
@@ -260,7 +280,7 @@ void Connection::takeLine(std::string_view line, bool isCut)
             text = converted = std::string(text) + " [cut]";
         addToBatch(line.size(), level, text);
     } catch (...) {
-        m_progress->fail(1, line.size());
+        m_progress->fail(m_lines, 1, line.size());
         throw;
     }
 }
@@ -269,8 +289,13 @@ void Connection::addToBatch(std::size_t bytes, int level, std::string_view text)
 {
     if (m_batch != nullptr && m_batch->getNextLine() != m_lines)
         submitBatch();
-    if (m_batch == nullptr)
-        m_batch = new Batch(m_progress, m_peer, m_intake.getForm());
+    if (m_batch == nullptr) {
+        const bool isActive = m_intake.getUndelivered().isActive();
+        if (isActive && m_client.empty())
+            m_client = "x" + Clients::newId().substr(1); // no client has this id
+        m_batch = new Batch(
+            m_progress, m_peer, m_intake.getForm(), isActive ? m_client : std::string(), isActive && m_wantsAnswers);
+    }
     m_batch->add(m_lines, bytes, level, text);
     m_intake.expect(bytes);
 }
@@ -339,6 +364,8 @@ void Connection::resume(std::string_view id, std::uint64_t first)
     if (m_owner == 0)
         return refuse("the log could not be written");
     m_isNumbered = true;
+    if (m_wantsAnswers)
+        m_client = id;
     m_lines = first - 1;
     m_doneBefore = m_answered = m_progress->state().done;
     m_owesAnswer = true;

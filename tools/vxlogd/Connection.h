@@ -45,8 +45,8 @@ private:
     std::shared_ptr<const vxtools::TlsContext> m_tls;
 };
 
-/// The connection of one client. Its memory is limited to one line or one read, 64 KiB of lines that are being logged,
-/// and one answer. It stops reading from a client that sends too fast or does not read its answers.
+/// The connection of one client. Its memory is limited to one line or one read, 64 KiB of lines that are being logged or
+/// wait for the brokers, and one answer. It stops reading from a client that sends too fast or does not read its answers.
 class Connection {
 public:
     /// `number` is the one by which `waker` knows it.
@@ -78,6 +78,7 @@ private:
         std::shared_ptr<Waker> waker, std::uint64_t number, const vxtools::TlsContext* tls);
 
     bool hasRoom() const;
+    bool awaitsBrokers() const { return m_wantsAnswers && m_intake.getUndelivered().isActive(); }
     void tellTrouble();
     void takeLines();
     void takeLine(std::string_view line, bool isCut);
@@ -102,6 +103,7 @@ private:
     std::uint64_t m_owner; ///< the number of this connection at the progress
     const std::string m_peer;
     int m_level;
+    std::string m_client; ///< its id, or one of this connection; empty if the log does not need it
     bool m_wantsAnswers = false;
     bool m_owesAnswer = false; ///< even if no line is done
     bool m_beats = false; ///< whether a line may be only a sign of life
@@ -122,7 +124,7 @@ private:
     vx::Reference<Batch> m_batch; ///< lines that are taken and not in the queue yet
     std::string m_input;
     std::string m_output;
-    std::shared_ptr<const std::string> m_toldTrouble; ///< of the log, of which the client knows
+    std::shared_ptr<const std::string> m_toldTrouble; ///< of the log or the brokers, of which the client knows
     Clock::time_point m_lastSign = Clock::now();
     Clock::time_point m_partedAt;
 };

@@ -23,8 +23,13 @@ namespace {
 constexpr vx::log::ZonedTime SAMPLE_TIME {.time
     = {.year = 2001, .month = 2, .dayOfWeek = 6, .day = 3, .hour = 4, .minute = 5, .second = 6, .milliseconds = 789},
     .minutesAhead = 754};
-constexpr Fields SAMPLE {
-    .sequence = 4'711'000'001, .level = 471'100'002, .time = nullptr, .peer = "(peer)", .text = "(text)"};
+constexpr Fields SAMPLE {.sequence = 4'711'000'001,
+    .level = 471'100'002,
+    .time = nullptr,
+    .peer = "(peer)",
+    .text = "(text)",
+    .client = "(client)",
+    .line = 4'711'000'003};
 
 } // namespace
 
@@ -32,7 +37,8 @@ constexpr Fields SAMPLE {
 class Form::Printer {
 public:
     explicit Printer(const Settings& settings)
-        : m_writer(createWriter(settings, *m_block))
+        : m_hasClient(settings.forwardAck == ForwardAck::BROKERS)
+        , m_writer(createWriter(settings, *m_block))
     {
     }
 
@@ -41,13 +47,17 @@ public:
         m_block->cut(0);
         Fields sample = SAMPLE;
         sample.text = text;
+        if (!m_hasClient)
+            sample.client = {};
         sample.time = m_time.get();
         m_writer->process(createEntry(sample).get());
         return std::string(m_block->view());
     }
     std::string getTime() const { return m_time->toString().toUtf8(); }
+    bool hasClient() const { return m_hasClient; }
 
 private:
+    const bool m_hasClient;
     const Reference<const vx::log::ZonedTimeStamp> m_time {new vx::log::ZonedTimeStamp(SAMPLE_TIME)};
     const Reference<Block> m_block {new Block};
     const Reference<vx::log::ILogProcessor> m_writer;
@@ -77,6 +87,10 @@ Reference<vx::log::LogEntry> createEntry(const Fields& fields)
     set(u"text", new String(fields.text));
     set(u"timestamp", fields.time);
     set(u"sequence", new vx::Integer64(fields.sequence));
+    if (!fields.client.empty()) {
+        set(u"client", new String(fields.client));
+        set(u"line", new vx::Integer64(fields.line));
+    }
     return entry;
 }
 
@@ -97,17 +111,22 @@ bool Form::split(Printer& printer)
 {
     const std::string sample = printer.print();
     const std::string sequence = std::to_string(SAMPLE.sequence);
-    const std::pair<Field, std::string> values[]
+    std::vector<std::pair<Field, std::string>> values
         = {{Field::LEVEL, std::to_string(SAMPLE.level)}, {Field::TIME, printer.getTime()},
             {Field::PEER, std::string(SAMPLE.peer)}, {Field::TEXT, std::string(SAMPLE.text)}};
+    m_hasClient = printer.hasClient();
+    if (m_hasClient) {
+        values.emplace_back(Field::CLIENT, SAMPLE.client);
+        values.emplace_back(Field::LINE, std::to_string(SAMPLE.line));
+    }
     const std::size_t first = sample.find(sequence);
     if (first == sample.npos)
         return false;
     m_head = sample.substr(0, first);
     std::string* after = &m_afterSequence;
     std::string_view rest = std::string_view(sample).substr(first + sequence.size());
-    m_places.reserve(std::size(values));
-    while (m_places.size() < std::size(values)) {
+    m_places.reserve(values.size());
+    while (m_places.size() < values.size()) {
         const auto next
             = std::ranges::min_element(values, {}, [&](const auto& each) { return rest.find(each.second); });
         const std::size_t place = rest.find(next->second);
@@ -164,6 +183,12 @@ bool Form::appendRest(std::string& bytes, const Fields& fields, std::string_view
             break;
         case Field::TEXT:
             isKnown = appendText(bytes, fields.text);
+            break;
+        case Field::CLIENT:
+            isKnown = appendText(bytes, fields.client);
+            break;
+        case Field::LINE:
+            bytes += std::to_string(fields.line);
             break;
         }
         if (!isKnown)

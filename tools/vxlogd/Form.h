@@ -50,6 +50,8 @@ struct Fields {
     const vx::log::ZonedTimeStamp* time;
     std::string_view peer; ///< in UTF-8, as the text
     std::string_view text;
+    std::string_view client {}; ///< who sent the line; empty if the log does not tell it
+    std::int64_t line = 0; ///< its number for the client
 };
 vx::Reference<vx::log::LogEntry> createEntry(const Fields& fields);
 
@@ -65,10 +67,12 @@ public:
     bool appendRest(std::string& bytes, const Fields& fields, std::string_view time) const;
     /// What precedes the sequence number.
     const std::string& getHead() const { return m_head; }
+    /// Whether entries have the client and its number of the line.
+    bool hasClient() const { return m_hasClient; }
 
 private:
     class Printer;
-    enum class Field { LEVEL, TIME, PEER, TEXT };
+    enum class Field { LEVEL, TIME, PEER, TEXT, CLIENT, LINE };
     struct Place {
         Field field;
         std::string after; ///< up to the next field
@@ -79,6 +83,7 @@ private:
     bool learnUnits(Printer& printer);
     bool appendText(std::string& bytes, std::string_view text) const;
 
+    bool m_hasClient = false;
     std::string m_head;
     std::string m_afterSequence;
     std::vector<Place> m_places;

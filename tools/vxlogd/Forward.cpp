@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <fcntl.h>
 #include <iterator>
 #include <poll.h>
@@ -103,10 +104,12 @@ int lockFile(const std::string& path)
 
 } // namespace
 
-Forwarder::Forwarder(const Settings& settings)
+Forwarder::Forwarder(const Settings& settings, Clients& clients, Undelivered& undelivered)
     : m_address(settings.forward)
     , m_positionPath(besideLog(vxtools::canonicalPath(settings.log).toUtf8(), ".forward"))
     , m_host(vxtools::hostName())
+    , m_clients(clients)
+    , m_undelivered(undelivered)
     , m_producer(m_address.openProducer(false))
 {
     const std::string log = vxtools::canonicalPath(settings.log).toUtf8();
@@ -119,6 +122,7 @@ Forwarder::Forwarder(const Settings& settings)
         ::close(std::exchange(m_watch, -1));
     const std::optional<ForwardPosition> position = ForwardPosition::load(m_positionPath);
     m_source = std::make_unique<ForwardSource>(log, position);
+    restoreClients(log, position);
     m_position = position.value_or(ForwardPosition {.id = Clients::newId()});
     m_number = m_position.lines;
     m_part = m_source->part();
@@ -148,6 +152,35 @@ Forwarder::~Forwarder()
     }
 }
 
+Forwarder::Origin Forwarder::originOf(std::string_view line)
+{
+    constexpr std::string_view CLIENT = "\"client\":\"", LINE = "\"line\":";
+    const std::size_t client = line.find(CLIENT), number = line.find(LINE);
+    if (client == line.npos || number == line.npos)
+        return {};
+    Origin origin;
+    const std::size_t begin = client + CLIENT.size();
+    origin.client = line.substr(begin, line.find('"', begin) - begin);
+    std::from_chars(line.data() + number + LINE.size(), line.data() + line.size(), origin.line);
+    return origin;
+}
+
+/// The clients of an earlier server send again what was not acknowledged. The log has some of that.
+void Forwarder::restoreClients(const std::string& log, const std::optional<ForwardPosition>& position)
+{
+    if (position && !m_clients.restore(position->clients))
+        throw Failure(m_positionPath, "has a wrong line about a client");
+    if (!m_undelivered.isActive() && (!position || position->clients.empty()))
+        return;
+    ForwardSource source(log, position, false);
+    while (const std::optional<ForwardSource::Line> line = source.next()) {
+        const Origin origin = originOf(line->text);
+        if (Clients::isId(origin.client))
+            m_undelivered.restore(std::string(origin.client), m_clients.find(origin.client, nullptr, 0), origin.line);
+    }
+    m_undelivered.setWritten();
+}
+
 void Forwarder::start()
 {
     m_thread = std::thread([this] { run(); });
@@ -163,8 +196,13 @@ void Forwarder::stop()
 
 ForwardCounts Forwarder::getCounts() const
 {
-    const std::lock_guard lock(m_countsLock);
-    return m_counts;
+    ForwardCounts counts;
+    {
+        const std::lock_guard lock(m_countsLock);
+        counts = m_counts;
+    }
+    counts.waitingLines = m_undelivered.countLines();
+    return counts;
 }
 
 void Forwarder::run()
@@ -200,9 +238,12 @@ bool Forwarder::work()
 {
     // Reports first: if there is no room for more after them, further ones will come, and wake this thread.
     takeReports();
+    const std::uint64_t written = m_undelivered.getWritten();
     const bool hasMore = sendAll();
     keepPosition();
     count();
+    if (!hasMore)
+        findLost(written);
     tellTrouble(vxtools::textFrom([this](IVXCharBuffer* text) { return m_producer->GetTrouble(text); }));
     return hasMore;
 }
@@ -239,7 +280,8 @@ bool Forwarder::send(const ForwardSource::Line& line)
         return false;
     vxtools::checkKafka(*m_producer, result);
     ++m_number;
-    m_sent.push_back({line.part, line.end});
+    const Origin origin = originOf(line.text);
+    m_sent.push_back({line.part, line.end, std::string(origin.client), origin.line});
     return true;
 }
 
@@ -261,6 +303,8 @@ void Forwarder::takeReports()
         for (std::int32_t report = 0; report < count; ++report) {
             m_part = std::move(m_sent.front().part);
             m_position.offset = m_sent.front().end;
+            if (!m_sent.front().client.empty())
+                m_undelivered.deliver(m_sent.front().client, m_sent.front().line);
             m_sent.pop_front();
         }
         m_position.lines += static_cast<std::uint64_t>(count);
@@ -271,6 +315,16 @@ void Forwarder::takeReports()
     } while (count == std::size(results));
 }
 
+/// Lines that still wait when all of the log has arrived are not in the log any more. Those in a file that is being
+/// rotated at this moment may be overlooked, so that the next turn decides. `written` is from before the look at the log.
+void Forwarder::findLost(std::uint64_t written)
+{
+    const bool hasAll = !m_line && m_sent.empty() && m_counts.waitingBytes == 0; // only this thread changes it
+    if (hasAll)
+        m_undelivered.loseBefore(m_writtenBefore);
+    m_writtenBefore = hasAll ? written : 0;
+}
+
 /// Tells when it begins and when it ends.
 void Forwarder::tellTrouble(const std::string& trouble)
 {
@@ -279,6 +333,7 @@ void Forwarder::tellTrouble(const std::string& trouble)
     else if (!m_told.empty() && trouble.empty())
         complain("forwarding goes on");
     m_told = trouble;
+    m_undelivered.setTrouble(trouble);
     const std::lock_guard lock(m_countsLock);
     m_counts.trouble = trouble;
 }
@@ -293,6 +348,7 @@ void Forwarder::keepPosition()
     m_position.inode = m_part->inode;
     m_position.number = m_part->number;
     m_position.start = m_part->hashStart(m_position.offset);
+    m_position.clients = m_undelivered.isActive() ? m_clients.save() : std::string();
     m_position.save(m_positionPath);
     m_lastKept = now;
     m_isChanged = false;

@@ -11,6 +11,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -80,7 +81,8 @@ std::optional<ForwardPosition> ForwardPosition::load(const std::string& path)
     if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT)
         return std::nullopt;
     std::string text;
-    std::getline(std::ifstream(path), text);
+    std::ifstream file(path);
+    std::getline(file, text);
     const std::size_t end = std::min(text.rfind(' '), text.size());
     ForwardPosition position;
     std::istringstream words(text);
@@ -90,6 +92,7 @@ std::optional<ForwardPosition> ForwardPosition::load(const std::string& path)
             >> position.offset >> position.start >> check)
         || head != HEAD || check != hashOf(std::string_view(text).substr(0, end)))
         throw Failure(path, "is no position of a forwarded log");
+    position.clients.assign(std::istreambuf_iterator<char>(file), {});
     return position;
 }
 
@@ -99,7 +102,7 @@ void ForwardPosition::save(const std::string& path) const
     words.imbue(std::locale::classic());
     words << HEAD << ' ' << id << ' ' << lines << ' ' << device << ' ' << inode << ' ' << number << ' ' << offset << ' '
           << start;
-    const std::string text = words.str() + " " + std::to_string(hashOf(words.str())) + "\n";
+    const std::string text = words.str() + " " + std::to_string(hashOf(words.str())) + "\n" + clients;
     const std::string beside = path + ".new";
     const int file = vxtools::openFile(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     bool isDone = file >= 0 && ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size())
@@ -147,8 +150,9 @@ std::int64_t LogPart::size() const
     return ::fstat(file, &status) == 0 ? status.st_size : 0;
 }
 
-ForwardSource::ForwardSource(std::string path, const std::optional<ForwardPosition>& position)
+ForwardSource::ForwardSource(std::string path, const std::optional<ForwardPosition>& position, bool complains)
     : m_path(std::move(path))
+    , m_complains(complains)
 {
     if (position && position->number > 0 && !find(*position)) {
         ++m_lostFiles;
@@ -230,7 +234,8 @@ bool ForwardSource::findNext()
         m_next = open(olderPath(m_path, *next), *next);
         if (m_next != nullptr && *next > m_part->number + 1) {
             m_lostFiles += *next - m_part->number - 1;
-            complain("forwarding: older files of the log were removed before they were forwarded");
+            if (m_complains)
+                complain("forwarding: older files of the log were removed before they were forwarded");
         }
     } else if (hasCurrent && current.st_size > 0) {
         m_next = openCurrent();
@@ -294,7 +299,8 @@ std::optional<ForwardSource::Line> ForwardSource::next()
             m_bytes.resize(m_begin);
             m_searched = m_begin;
             if (isCut()) {
-                complain("forwarding: the log was cut, and is read from its start");
+                if (m_complains)
+                    complain("forwarding: the log was cut, and is read from its start");
                 begin(m_part, 0);
                 continue;
             }

@@ -20,6 +20,7 @@ struct ForwardPosition {
     std::uint64_t number = 0; ///< that its name has after it was rotated
     std::int64_t offset = 0;
     std::uint64_t start = 0; ///< a hash of its first bytes, because the system uses inodes again
+    std::string clients {}; ///< how far they were then, if they wait for the brokers: `Clients::save`
 
     /// Nothing if there is no such file. Throws Failure if it cannot be read.
     static std::optional<ForwardPosition> load(const std::string& path);
@@ -51,7 +52,8 @@ public:
 class ForwardSource {
 public:
     /// Begins where `position` ends, or without one at the start of the current file. The file need not be there yet.
-    ForwardSource(std::string path, const std::optional<ForwardPosition>& position);
+    /// `complains` is whether to tell what is missing.
+    ForwardSource(std::string path, const std::optional<ForwardPosition>& position, bool complains = true);
 
     struct Line {
         std::string_view text; ///< without its end; valid until the next call
@@ -77,6 +79,7 @@ private:
     std::size_t readMore();
 
     const std::string m_path;
+    const bool m_complains;
     std::shared_ptr<const LogPart> m_part; ///< null if there is no file yet
     std::shared_ptr<const LogPart> m_next; ///< the file after it, once nothing more is written to the first
     std::string m_bytes;

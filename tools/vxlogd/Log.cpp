@@ -90,6 +90,7 @@ Reference<vx::io::OutputStream> openForAppend(const Settings& settings)
 
 LogFile::LogFile(const Settings& settings, std::function<void()> onChange)
     : m_onChange(std::move(onChange))
+    , m_undelivered(settings.forwardAck == ForwardAck::BROKERS, m_onChange)
 {
     m_backlog.setLimit(settings.backlog);
     open(settings);
@@ -104,6 +105,7 @@ void LogFile::reopen(const Settings& settings)
         endDocument(); // it has to be complete before it is moved, and it may be this very file
     open(settings);
     m_backlog.setLimit(settings.backlog);
+    m_undelivered.setActive(settings.forwardAck == ForwardAck::BROKERS);
     m_changed.notify_all();
 }
 
@@ -237,6 +239,8 @@ void LogFile::write(Lock& lock)
 {
     constexpr std::chrono::milliseconds PAUSE(250);
 
+    if (const std::string shortage = reasonOf([&] { awaitBrokers(); }); !shortage.empty())
+        return refuseAll(shortage);
     while (!m_entries.empty()) {
         const std::string reason = reasonOf([&] {
             if (m_writer == nullptr)
@@ -261,6 +265,14 @@ void LogFile::write(Lock& lock)
         refuseAll(reason); // whether they are on the disk is unknown, and the next flush would not tell
 }
 
+void LogFile::awaitBrokers()
+{
+    for (const Batch::Span& lines : m_entries) {
+        if (lines.batch->awaits())
+            m_undelivered.add(lines);
+    }
+}
+
 void LogFile::putOnFile()
 {
     if (m_block->getSize() > 0)
@@ -275,14 +287,21 @@ void LogFile::finishAll()
         m_isLosing = false;
     for (const Batch::Span& lines : m_entries)
         m_written += lines.count;
+    bool hasAwaited = false;
     for (const Batch::Span& lines : m_entries) {
         release(lines);
+        if (lines.batch->awaits()) {
+            hasAwaited = true;
+            continue;
+        }
         try {
             lines.finish();
         } catch (const std::exception&) { // no memory: the client will not hear that the lines are in the log
             lines.fail();
         }
     }
+    if (hasAwaited)
+        m_undelivered.setWritten();
     m_entries.clear();
 }
 

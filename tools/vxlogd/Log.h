@@ -6,6 +6,7 @@
 #include "Form.h"
 #include "Settings.h"
 #include "Tail.h"
+#include "Undelivered.h"
 
 #include <vx/Object.h>
 #include <vx/Reference.h>
@@ -28,7 +29,7 @@ namespace vxlogd {
 /// The end of the log's chain: writes entries to the file, as many at once as are waiting, and then tells their
 /// connections. If the file cannot be written, it tries again until it can: nothing of a failed write stays in the file,
 /// so no line is there twice. A line that has no form in the encoding of the log is reported to its connection as
-/// failed.
+/// failed. Lines that wait for the brokers are passed on before they are written, because they may arrive there at once.
 class LogFile final : public vx::Object, public vx::log::ILogProcessor {
 public:
     /// `onChange` is called when clients can be read again, when the log cannot be written, and when it can be written
@@ -61,6 +62,7 @@ public:
     const Backlog& getBacklog() const { return m_backlog; }
     /// The entries that are in the log, for those who watch.
     Tail& getTail() { return m_tail; }
+    Undelivered& getUndelivered() { return m_undelivered; }
     /// Why the log cannot be written; null if it can. Another object each time that this begins.
     std::shared_ptr<const std::string> getTrouble() const;
     std::uint64_t getWritten() const { return m_written; }
@@ -75,6 +77,7 @@ private:
     void endDocument();
     void print(const vx::Reference<const Batch>& batch, std::size_t index);
     void write(Lock& lock);
+    void awaitBrokers();
     void putOnFile();
     void finishAll();
     void refuseAll(const std::string& reason);
@@ -86,6 +89,7 @@ private:
     const std::function<void()> m_onChange;
     Backlog m_backlog;
     Tail m_tail;
+    Undelivered m_undelivered;
     std::atomic<std::int64_t> m_expected = 0;
     std::mutex m_turn; ///< one batch at a time, while `m_lock` is free to open another file
     mutable std::mutex m_lock;
@@ -122,6 +126,7 @@ public:
     bool isShort() const { return m_file.getBacklog().isShort(); }
     std::shared_ptr<const std::string> getTrouble() const { return m_file.getTrouble(); }
     Clients& getClients() { return m_clients; }
+    const Undelivered& getUndelivered() const { return m_file.getUndelivered(); }
 
 private:
     LogFile& m_file;

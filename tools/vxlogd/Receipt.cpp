@@ -3,6 +3,8 @@
 #include <vx/String.h>
 
 #include <algorithm>
+#include <istream>
+#include <ostream>
 #include <stdexcept>
 #include <utility>
 
@@ -59,8 +61,9 @@ std::uint64_t Progress::takeOver(std::shared_ptr<Waker> waker, std::uint64_t con
         const std::lock_guard lock(m_lock);
         if (m_state.hasFailed && m_state.openLines > 0)
             return 0;
-        if (std::exchange(m_state.hasFailed, false))
+        if (m_state.hasFailed || m_state.hasLost)
             m_claimed = m_state.done; // the failed lines come again
+        m_state.hasFailed = m_state.hasLost = false;
         settle(first - 1);
         m_claimed = std::max(m_claimed, m_state.done);
         if (m_waker == waker && m_connection == connection)
@@ -90,7 +93,7 @@ Progress::Claim Progress::claim(std::uint64_t owner, std::uint64_t line)
     if (line <= m_claimed)
         return Claim::REPEATED;
     m_claimed = line;
-    return m_ahead.contains(line) ? Claim::REPEATED : Claim::NEW;
+    return m_ahead.contains(line) || m_waiting.contains(line) ? Claim::REPEATED : Claim::NEW;
 }
 
 void Progress::begin(std::size_t bytes)
@@ -116,15 +119,94 @@ void Progress::finish(std::uint64_t line, std::size_t count, std::size_t bytes)
     tell();
 }
 
-void Progress::fail(std::size_t count, std::size_t bytes)
+void Progress::fail(std::uint64_t line, std::size_t count, std::size_t bytes)
 {
     {
         const std::lock_guard lock(m_lock);
-        m_state.openLines -= count;
-        m_state.openBytes -= bytes;
+        const bool isWaiting = m_waiting.contains(line);
+        m_waiting.erase(m_waiting.lower_bound(line), m_waiting.lower_bound(line + count));
+        (isWaiting ? m_state.waitingLines : m_state.openLines) -= count;
+        (isWaiting ? m_state.waitingBytes : m_state.openBytes) -= bytes;
         m_state.hasFailed = true;
     }
     tell();
+}
+
+void Progress::await(std::uint64_t line, std::size_t count, std::size_t bytes)
+{
+    const std::lock_guard lock(m_lock);
+    try {
+        for (std::size_t index = 0; index < count; ++index)
+            m_waiting.insert(m_waiting.end(), line + index);
+    } catch (...) {
+        m_waiting.erase(m_waiting.lower_bound(line), m_waiting.lower_bound(line + count));
+        throw;
+    }
+    m_state.openLines -= count;
+    m_state.openBytes -= bytes;
+    m_state.waitingLines += count;
+    m_state.waitingBytes += bytes;
+}
+
+bool Progress::isWaiting(std::uint64_t line) const
+{
+    const std::lock_guard lock(m_lock);
+    return m_waiting.contains(line);
+}
+
+void Progress::deliver(std::uint64_t line, std::size_t bytes)
+{
+    {
+        const std::lock_guard lock(m_lock);
+        if (!m_waiting.contains(line))
+            return;
+        const bool isAhead = line > m_state.done + 1;
+        if (isAhead)
+            m_ahead.insert(line); // before the rest, because it may throw
+        endWaiting(line, bytes);
+        if (isAhead)
+            return;
+        settle(line);
+    }
+    tell();
+}
+
+void Progress::lose(std::uint64_t line, std::size_t bytes)
+{
+    {
+        const std::lock_guard lock(m_lock);
+        if (!endWaiting(line, bytes))
+            return;
+        m_state.hasLost = true;
+    }
+    tell();
+}
+
+bool Progress::endWaiting(std::uint64_t line, std::size_t bytes)
+{
+    if (m_waiting.erase(line) == 0)
+        return false;
+    --m_state.waitingLines;
+    m_state.waitingBytes -= bytes;
+    return true;
+}
+
+void Progress::save(std::ostream& words) const
+{
+    const std::lock_guard lock(m_lock);
+    words << m_state.done;
+    for (const std::uint64_t line : m_ahead)
+        words << ' ' << line;
+}
+
+bool Progress::restore(std::istream& words)
+{
+    const std::lock_guard lock(m_lock);
+    if (!(words >> m_state.done))
+        return false;
+    for (std::uint64_t line = 0; words >> line;)
+        m_ahead.insert(line);
+    return words.eof();
 }
 
 /// Lines 1 to `line` are done, and those directly after them that are already in the log.
@@ -155,7 +237,8 @@ void Progress::tell()
         waker = m_waker;
         connection = m_connection;
     }
-    waker->wake(connection);
+    if (waker != nullptr)
+        waker->wake(connection);
 }
 
 Progress::State Progress::state() const

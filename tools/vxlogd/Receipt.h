@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -42,10 +43,11 @@ private:
 };
 
 /// The progress of the lines of one client. Its connection adds each line, and the writer of the log marks lines as
-/// done, in any order.
+/// done, in any order. If lines are done only when the brokers have them, the writer marks them as waiting, and
+/// the thread that talks to the brokers as done.
 class Progress {
 public:
-    /// `connection` is the number by which `waker` knows the connection.
+    /// `connection` is the number by which `waker` knows the connection. Without a connection the waker is null.
     Progress(std::shared_ptr<Waker> waker, std::uint64_t connection);
 
     /// Makes `connection` the only one whose lines are taken, and wakes the one before it. The client says that all
@@ -67,19 +69,36 @@ public:
     void begin(std::size_t bytes);
     /// These end `count` lines that `begin` began; `bytes` is the sum of theirs. `line` is the first.
     void finish(std::uint64_t line, std::size_t count, std::size_t bytes);
-    void fail(std::size_t count, std::size_t bytes);
+    /// The lines may be waiting.
+    void fail(std::uint64_t line, std::size_t count, std::size_t bytes);
+
+    /// From now on these lines that `begin` began wait for the brokers.
+    void await(std::uint64_t line, std::size_t count, std::size_t bytes);
+    bool isWaiting(std::uint64_t line) const;
+    /// These end one line that waits, and do nothing if it does not. A line that is lost has to be sent again.
+    void deliver(std::uint64_t line, std::size_t bytes);
+    void lose(std::uint64_t line, std::size_t bytes);
+
+    /// What a later server has to know of lines that do not wait, as words of a text, and back. False if the
+    /// words are wrong.
+    void save(std::ostream& words) const;
+    bool restore(std::istream& words);
 
     struct State {
-        std::uint64_t done; ///< lines 1 to this are in the log
-        std::size_t openLines;
+        std::uint64_t done; ///< lines 1 to this are in the log, or the brokers have them
+        std::size_t openLines; ///< not in the log yet
         std::size_t openBytes;
+        std::size_t waitingLines; ///< for the brokers
+        std::size_t waitingBytes;
         bool hasFailed;
+        bool hasLost; ///< the log no longer has lines that waited for the brokers
     };
     State state() const;
     /// The state for the connection that was woken: changes after this call wake it again.
     State takeNews();
 
 private:
+    bool endWaiting(std::uint64_t line, std::size_t bytes);
     void settle(std::uint64_t line);
     void tell();
 
@@ -91,7 +110,8 @@ private:
     std::uint64_t m_owner = 0;
     std::uint64_t m_claimed = 0; ///< lines 1 to this were claimed
     State m_state {};
-    std::set<std::uint64_t> m_ahead; ///< lines that are in the log before an earlier one
+    std::set<std::uint64_t> m_ahead; ///< lines that were done before an earlier one
+    std::set<std::uint64_t> m_waiting;
 };
 
 } // namespace vxlogd

@@ -48,6 +48,8 @@ public:
     /// May be called from any thread.
     Counts getCounts() const;
     Tail& getTail() { return m_log->getTail(); }
+    Clients& getClients() { return m_intake.getClients(); }
+    Undelivered& getUndelivered() { return m_log->getUndelivered(); }
 
 private:
     friend class Acceptor;

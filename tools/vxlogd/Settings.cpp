@@ -235,6 +235,18 @@ constexpr SettingRow SETTINGS[] = {
             settings.forward = text;
         },
         [](const Settings& settings) { return settings.forward; }},
+    {{.name = "forward-ack",
+         .value = "log|brokers",
+         .standard = "log",
+         .help = "whether a line is acknowledged when it is in the log, or when all replicas of its topic have it"},
+        [](Settings& settings, const std::string& text) {
+            if (text != "log" && text != "brokers")
+                throw std::invalid_argument("\"" + text + "\" is neither log nor brokers");
+            settings.forwardAck = text == "brokers" ? ForwardAck::BROKERS : ForwardAck::LOG;
+        },
+        [](const Settings& settings) {
+            return std::string(settings.forwardAck == ForwardAck::BROKERS ? "brokers" : "log");
+        }},
     {{.name = "status-socket",
          .value = "PATH",
          .standard = ".LOG.status",
@@ -319,6 +331,8 @@ void compare(const Settings& settings, Problems& problems)
         problems.push_back("an XML log is one document, which cannot be rotated");
     if (!settings.forward.empty() && settings.format != Format::JSON)
         problems.push_back("forward needs format json");
+    if (settings.forward.empty() && settings.forwardAck == ForwardAck::BROKERS)
+        problems.push_back("forward-ack=brokers needs forward");
     const vxtools::TlsFiles& tls = settings.tls;
     if (tls.certificate.empty() && !(tls.key.empty() && tls.authorities.empty()))
         problems.push_back("tls-key and tls-client-ca need tls-cert");

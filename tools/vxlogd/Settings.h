@@ -13,6 +13,8 @@
 namespace vxlogd {
 
 enum class Format { PLAIN, XML, JSON };
+/// Who has to have a line before its client hears so.
+enum class ForwardAck { LOG, BROKERS };
 
 struct Settings {
     std::string listen = "localhost";
@@ -34,6 +36,7 @@ struct Settings {
     std::string httpHost; ///< names of this machine, with commas
     vx::io::Rotation rotation;
     std::string forward; ///< the URI of a topic to which the log is also sent; empty for none
+    ForwardAck forwardAck = ForwardAck::LOG;
 };
 
 inline bool rotates(const Settings& settings)

@@ -58,6 +58,8 @@ constexpr ForwardRow FORWARD_FIGURES[] = {
         [](const ForwardCounts& counts) { return static_cast<double>(counts.lostFiles); }},
     {"bytes not forwarded yet", "forward_waiting_bytes", "gauge",
         [](const ForwardCounts& counts) { return static_cast<double>(counts.waitingBytes); }},
+    {"lines that clients wait for", "forward_unacknowledged_lines", "gauge",
+        [](const ForwardCounts& counts) { return static_cast<double>(counts.waitingLines); }},
     {"forwarding works", "forward_working", "gauge",
         [](const ForwardCounts& counts) { return counts.trouble.empty() ? 1.0 : 0.0; }},
 };
@@ -137,6 +139,10 @@ std::string toJson(const Figures& figures)
     for (const FigureRow& row : FIGURES) {
         text.append(text.size() > 1 ? ",\"" : "\"").append(row.metric).append("\":");
         text.append(numberText(row.get(figures)));
+    }
+    for (const ForwardRow& row : FORWARD_FIGURES) {
+        if (figures.counts.forward)
+            text.append(",\"").append(row.metric).append("\":").append(numberText(row.get(*figures.counts.forward)));
     }
     return text + "}";
 }

@@ -17,6 +17,7 @@ struct ForwardCounts {
     std::uint64_t refused; ///< lines that the brokers will never take
     std::uint64_t lostFiles; ///< older files of the log that were removed before they were forwarded
     std::int64_t waitingBytes; ///< of the log that the brokers do not have yet
+    std::size_t waitingLines; ///< that are acknowledged when the brokers have them
     std::string trouble; ///< why lines have to wait; empty if they do not
     std::string target;
 };

@@ -114,8 +114,9 @@ void serve(const Settings& settings, int argc, char** argv)
     Server server(settings, std::move(socket));
     if (!whyNot.empty()) // a log that cannot be opened is worse, and is told alone
         complain("--status cannot ask this server: " + whyNot);
-    const std::unique_ptr<Forwarder> forwarder
-        = settings.forward.empty() ? nullptr : std::make_unique<Forwarder>(settings);
+    const std::unique_ptr<Forwarder> forwarder = settings.forward.empty()
+        ? nullptr
+        : std::make_unique<Forwarder>(settings, server.getClients(), server.getUndelivered());
     Status status([&] {
         Counts counts = server.getCounts();
         if (forwarder != nullptr)

@@ -162,6 +162,7 @@ const FIGURES = [["Lines per second", "lines_per_second", counts], ["Lines writt
     ["Lines lost", "lines_lost_total", counts], ["Connections", "connections", counts],
     ["Connections so far", "connections_accepted_total", counts], ["Turned away", "connections_turned_away_total", counts],
     ["Lines waiting", "queue_lines", counts], ["Memory of these", "queue_bytes", sizes], ["Size of the log", "log_bytes", sizes],
+    ["Waiting for brokers", "forward_unacknowledged_lines", counts], ["Refused by brokers", "forward_refused_lines_total", counts],
     ["Free room", "log_free_bytes", sizes], ["Running for", "uptime_seconds", durations]];
 
 function showFigures(figures) {
