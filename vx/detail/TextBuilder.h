@@ -14,7 +14,7 @@
 
 namespace vx::detail {
 
-/// A constant text of at most 16 units, which is appended by a copy of all 16: that takes no call and no branch.
+/// A constant text in ASCII of at most 16 units, which is appended by a copy of all 16: that takes no call and no branch.
 struct Label {
     static constexpr std::size_t SIZE = 16;
 
@@ -24,9 +24,11 @@ struct Label {
     {
         static_assert(SIZE_WITH_ZERO - 1 <= SIZE);
         std::copy_n(text, length, units);
+        std::transform(text, text + length, bytes, [](char16_t unit) { return static_cast<signed char>(unit); });
     }
 
     char16_t units[SIZE] {};
+    signed char bytes[SIZE] {};
     std::int32_t length;
 };
 

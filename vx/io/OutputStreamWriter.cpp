@@ -133,13 +133,26 @@ void OutputStreamWriter::ensureOpen() const
 /// Most texts are short and have only ASCII: they need no converter, and fail at nothing. False for any other.
 bool OutputStreamWriter::writeAscii(const char16_t* text, std::int32_t length) noexcept
 {
-    if (!m_isUtf8 || text == nullptr || length >= m_bufferSize - m_waiting || m_heldLead != 0
-        || m_refused != Refused::NOTHING
-        || !text::charset::detail::narrowIfAscii(text, m_buffer.get() + m_waiting, length))
+    const std::span<signed char> room = roomForUtf8();
+    if (text == nullptr || length > std::ssize(room)
+        || !text::charset::detail::narrowIfAscii(text, room.data(), length))
         return false;
-    m_waiting += length;
-    m_position += length;
+    takeUtf8(length, length);
     return true;
+}
+
+std::span<signed char> OutputStreamWriter::roomForUtf8() noexcept
+{
+    if (!m_isUtf8 || m_buffer == nullptr || m_heldLead != 0 || m_refused != Refused::NOTHING)
+        return {};
+    // a full buffer is written at once
+    return {m_buffer.get() + m_waiting, static_cast<std::size_t>(m_bufferSize - m_waiting - 1)};
+}
+
+void OutputStreamWriter::takeUtf8(std::int32_t bytes, std::int32_t units) noexcept
+{
+    m_waiting += bytes;
+    m_position += units;
 }
 
 /// Encodes all of `text`, which does not end with a lead surrogate.

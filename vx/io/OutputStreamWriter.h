@@ -6,6 +6,13 @@
 #include "vx/io/Writer.h"
 #include "vx/text/charset/CharToByteConverter.h"
 
+#include <cstdint>
+#include <span>
+
+namespace vx::log::detail {
+class LogWriterFace;
+}
+
 namespace vx::io {
 
 /// Encodes text into a byte stream in some encoding.
@@ -43,6 +50,8 @@ public:
     std::int64_t getPosition() const { return m_position; }
 
 private:
+    friend class log::detail::LogWriterFace;
+
     /// The state before the last text.
     struct Start {
         std::int32_t waiting = 0;
@@ -54,6 +63,10 @@ private:
 
     void ensureOpen() const;
     bool writeAscii(const char16_t* text, std::int32_t length) noexcept;
+    /// Where the bytes of a text in UTF-8 may be written without the converter. Empty if they may not.
+    std::span<signed char> roomForUtf8() noexcept;
+    /// Such a text is complete. `units` is its length in UTF-16.
+    void takeUtf8(std::int32_t bytes, std::int32_t units) noexcept;
     void encode(const char16_t* text, std::int32_t length);
     void takeLead(char16_t lead);
     std::int32_t convert(const char16_t* text, std::int32_t* consumed, std::int32_t length);

@@ -5,6 +5,8 @@
 #include "vx/io/Writer.h"
 #include "vx/log/ILogProcessor.h"
 
+#include <cstdint>
+
 namespace vx::detail {
 class TextBuilder;
 }
@@ -32,6 +34,10 @@ protected:
 
     /// Appends the text that `format` returns. A writer that overrides this creates no String for each entry.
     virtual void print(const ILogEntry& entry, vx::detail::TextBuilder& text);
+
+private:
+    /// Prints directly to an OutputStreamWriter for UTF-8. False, and nothing is written, if that is not possible.
+    bool writeUtf8(const ILogEntry& entry);
 };
 
 } // namespace detail
@@ -63,7 +69,10 @@ private:
     friend class XmlLogWriter;
 
     Reference<io::Writer> m_writer;
-    bool m_replacesHalves = false; ///< whether `print` itself replaces halves of surrogate pairs
+    /// The form of a writer of this library, whose `print` replaces halves of surrogate pairs and which has no derived
+    /// class.
+    enum class Form : std::uint8_t { OTHER, LINES, XML, JSON };
+    Form m_form = Form::OTHER;
 };
 
 } // namespace vx::log

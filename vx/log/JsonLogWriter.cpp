@@ -49,7 +49,8 @@ constexpr char16_t shortEscapeOf(char16_t unit) noexcept
 
 /// Appends a string of JSON. Line and paragraph separators are escaped too, because some readers take them for the end
 /// of a line.
-void appendString(TextBuilder& text, std::u16string_view units)
+template <class Builder>
+void appendString(Builder& text, std::u16string_view units)
 {
     constexpr char16_t DIGITS[] = u"0123456789abcdef";
     constexpr char16_t LINE_SEPARATOR = 0x2028, PARAGRAPH_SEPARATOR = 0x2029;
@@ -103,27 +104,8 @@ bool isJsonNumber(std::u16string_view text)
     return end == text.size();
 }
 
-} // namespace
-
-JsonLogWriter::JsonLogWriter(io::Writer* writer)
-    : AbstractLogWriter(writer)
-{
-    m_replacesHalves = true;
-}
-
-JsonLogWriter::~JsonLogWriter() noexcept(false) = default;
-
-Reference<ILogProcessor> JsonLogWriter::create(io::Writer* writer)
-{
-    return new JsonLogWriter(writer);
-}
-
-String JsonLogWriter::format(const ILogEntry* entry)
-{
-    return AbstractLogWriter::format(entry);
-}
-
-void JsonLogWriter::print(const ILogEntry& entry, TextBuilder& text)
+template <class Builder>
+void printObject(const ILogEntry& entry, Builder& text)
 {
     char16_t before = u'{';
     detail::forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
@@ -147,6 +129,36 @@ void JsonLogWriter::print(const ILogEntry& entry, TextBuilder& text)
             appendString(text, units.view());
     });
     text.append(before == u'{' ? u"{}\n"sv : u"}\n"sv);
+}
+
+} // namespace
+
+JsonLogWriter::JsonLogWriter(io::Writer* writer)
+    : AbstractLogWriter(writer)
+{
+    m_form = Form::JSON;
+}
+
+JsonLogWriter::~JsonLogWriter() noexcept(false) = default;
+
+Reference<ILogProcessor> JsonLogWriter::create(io::Writer* writer)
+{
+    return new JsonLogWriter(writer);
+}
+
+String JsonLogWriter::format(const ILogEntry* entry)
+{
+    return AbstractLogWriter::format(entry);
+}
+
+void JsonLogWriter::print(const ILogEntry& entry, TextBuilder& text)
+{
+    printObject(entry, text);
+}
+
+void JsonLogWriter::printUtf8(const ILogEntry& entry, detail::Utf8Builder& text)
+{
+    printObject(entry, text);
 }
 
 } // namespace vx::log

@@ -4,6 +4,10 @@
 
 namespace vx::log {
 
+namespace detail {
+class Utf8Builder;
+}
+
 /// Writes each entry as a JSON object (RFC 8259) on one line, even if its values have several lines. The fields have
 /// the same order as in the other forms.
 ///
@@ -20,6 +24,10 @@ protected:
     void print(const ILogEntry& entry, vx::detail::TextBuilder& text) override;
 
 private:
+    friend class detail::LogWriterFace;
+
+    static void printUtf8(const ILogEntry& entry, detail::Utf8Builder& text);
+
     explicit JsonLogWriter(io::Writer* writer);
 };
 

@@ -3,7 +3,9 @@
 #include "vx/String.h"
 #include "vx/detail/ReleaseReport.h"
 #include "vx/detail/TextBuilder.h"
+#include "vx/io/OutputStreamWriter.h"
 #include "vx/log/BasicLogWriter.h"
+#include "vx/log/JsonLogWriter.h"
 #include "vx/log/XmlLogWriter.h"
 #include "vx/log/detail/EntryFields.h"
 #include "vx/log/detail/WholeText.h"
@@ -45,6 +47,9 @@ constexpr Frame FRAMES[] = {
 };
 static_assert(std::size(FRAMES) == FieldOrder::LOGGER_FIELDS);
 
+constexpr Label OPEN_ENTRY(u"  <entry>\n");
+constexpr Label CLOSE_ENTRY(u"  </entry>\n");
+
 /// Null for a field that no logger sets.
 const Frame* frameOf(std::size_t loggerField) noexcept
 {
@@ -76,7 +81,8 @@ constexpr bool isForbidden(std::u16string_view text, std::size_t index) noexcept
         || isLoneSurrogate(text, index);
 }
 
-void escape(std::u16string_view text, TextBuilder& escaped)
+template <class Builder>
+void escape(std::u16string_view text, Builder& escaped)
 {
     std::size_t done = 0;
     const auto put = [&](std::size_t index, std::u16string_view instead) {
@@ -93,6 +99,54 @@ void escape(std::u16string_view text, TextBuilder& escaped)
     escaped.append(text.substr(done));
 }
 
+template <class Builder>
+void printLines(const ILogEntry& entry, Builder& text)
+{
+    forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
+        const Frame* const frame = frameOf(loggerField);
+        if (frame != nullptr) {
+            text.appendLabel(frame->line);
+        } else {
+            appendWhole(text, name);
+            text.append(u'=');
+        }
+        value.print(text);
+        text.append(u'\n');
+    });
+    text.append(u"-------------------------\n"sv);
+}
+
+template <class Builder>
+void printElements(const ILogEntry& entry, XmlLogWriter::Values values, Builder& text)
+{
+    text.appendLabel(OPEN_ENTRY);
+    forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
+        const Frame* const frame = frameOf(loggerField);
+        if (frame != nullptr) {
+            text.appendLabel(frame->openElement);
+        } else {
+            text.append(u"    <"sv);
+            appendWhole(text, name);
+            text.append(u"> "sv);
+        }
+        if (values == XmlLogWriter::Values::ESCAPED) {
+            ShortTextBuilder<> units;
+            value.print(units);
+            escape(units.view(), text);
+        } else {
+            value.print(text);
+        }
+        if (frame != nullptr) {
+            text.appendLabel(frame->closeElement);
+        } else {
+            text.append(u" </"sv);
+            appendWhole(text, name.substr(0, name.find(u' ')));
+            text.append(u">\n"sv);
+        }
+    });
+    text.appendLabel(CLOSE_ENTRY);
+}
+
 } // namespace
 
 namespace detail {
@@ -102,12 +156,35 @@ void LogWriterFace::process(const ILogEntry* entry)
     if (entry == nullptr)
         throwResult(RESULT_INVALID_ARGUMENT);
     auto& self = static_cast<AbstractLogWriter&>(*this);
-    ShortTextBuilder<> text;
-    print(*entry, text);
-    if (!self.m_replacesHalves && hasHighUnits(text.view()))
-        replaceHalves(text, 0);
-    self.m_writer->write(text.data(), text.length());
+    if (!writeUtf8(*entry)) {
+        ShortTextBuilder<> text;
+        print(*entry, text);
+        if (self.m_form == AbstractLogWriter::Form::OTHER && hasHighUnits(text.view()))
+            replaceHalves(text, 0);
+        self.m_writer->write(text.data(), text.length());
+    }
     self.flush();
+}
+
+bool LogWriterFace::writeUtf8(const ILogEntry& entry)
+{
+    using Form = AbstractLogWriter::Form;
+    auto& self = static_cast<AbstractLogWriter&>(*this);
+    const LogEntry* const own = ownEntry(entry);
+    if (self.m_form == Form::OTHER || own == nullptr || !FieldOrder::isPlain(*own)
+        || !vx::detail::isExactly<io::OutputStreamWriter>(*self.m_writer))
+        return false;
+    auto& writer = static_cast<io::OutputStreamWriter&>(*self.m_writer);
+    Utf8Builder text(writer.roomForUtf8());
+    if (self.m_form == Form::LINES)
+        printLines(entry, text);
+    else if (self.m_form == Form::XML)
+        printElements(entry, static_cast<XmlLogWriter&>(self).m_values, text);
+    else
+        JsonLogWriter::printUtf8(entry, text);
+    if (text.fits())
+        writer.takeUtf8(text.bytes(), text.units());
+    return text.fits();
 }
 
 void LogWriterFace::print(const ILogEntry& entry, TextBuilder& text)
@@ -139,7 +216,7 @@ String AbstractLogWriter::format(const ILogEntry* entry)
 BasicLogWriter::BasicLogWriter(io::Writer* writer)
     : AbstractLogWriter(writer)
 {
-    m_replacesHalves = true;
+    m_form = Form::LINES;
 }
 
 BasicLogWriter::~BasicLogWriter() noexcept(false) = default;
@@ -156,25 +233,14 @@ String BasicLogWriter::format(const ILogEntry* entry)
 
 void BasicLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
-    forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
-        const Frame* const frame = frameOf(loggerField);
-        if (frame != nullptr) {
-            text.appendLabel(frame->line);
-        } else {
-            appendWhole(text, name);
-            text.append(u'=');
-        }
-        value.print(text);
-        text.append(u'\n');
-    });
-    text.append(u"-------------------------\n"sv);
+    printLines(entry, text);
 }
 
 XmlLogWriter::XmlLogWriter(io::Writer* writer, Values values)
     : AbstractLogWriter(writer)
     , m_values(values)
 {
-    m_replacesHalves = true;
+    m_form = Form::XML;
     getWriter().write(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
     getWriter().write(u"<log>\n");
 }
@@ -199,32 +265,7 @@ String XmlLogWriter::format(const ILogEntry* entry)
 
 void XmlLogWriter::print(const ILogEntry& entry, TextBuilder& text)
 {
-    text.append(u"  <entry>\n"sv);
-    forEachField(entry, [&](std::size_t loggerField, std::u16string_view name, const auto& value) {
-        const Frame* const frame = frameOf(loggerField);
-        if (frame != nullptr) {
-            text.appendLabel(frame->openElement);
-        } else {
-            text.append(u"    <"sv);
-            appendWhole(text, name);
-            text.append(u"> "sv);
-        }
-        if (m_values == Values::ESCAPED) {
-            ShortTextBuilder<> units;
-            value.print(units);
-            escape(units.view(), text);
-        } else {
-            value.print(text);
-        }
-        if (frame != nullptr) {
-            text.appendLabel(frame->closeElement);
-        } else {
-            text.append(u" </"sv);
-            appendWhole(text, name.substr(0, name.find(u' ')));
-            text.append(u">\n"sv);
-        }
-    });
-    text.append(u"  </entry>\n"sv);
+    printElements(entry, m_values, text);
 }
 
 } // namespace vx::log

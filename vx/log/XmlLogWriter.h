@@ -27,6 +27,8 @@ protected:
     void print(const ILogEntry& entry, vx::detail::TextBuilder& text) override;
 
 private:
+    friend class detail::LogWriterFace;
+
     XmlLogWriter(io::Writer* writer, Values values);
 
     const Values m_values;

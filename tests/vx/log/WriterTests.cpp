@@ -230,5 +230,32 @@ TEST(LogChain, GoesOnAfterAnEntryThatItCannotWrite)
     }
 }
 
+TEST(LogWriters, WriteTheSameToUtf8AndToText)
+{
+    const auto escaped = [](io::Writer* writer) { return XmlLogWriter::create(writer, XmlLogWriter::Values::ESCAPED); };
+    const auto raw = [](io::Writer* writer) { return XmlLogWriter::create(writer); };
+    using Create = Reference<ILogProcessor> (*)(io::Writer*);
+    for (const Create create : {Create(BasicLogWriter::create), Create(JsonLogWriter::create), +escaped, +raw}) {
+        for (const std::int32_t size : {6, 200, 4096}) {
+            const Reference<io::ByteArrayOutputStream> bytes(new io::ByteArrayOutputStream);
+            const Reference<io::OutputStreamWriter> toBytes(new io::OutputStreamWriter(bytes.get(), u"UTF-8", size));
+            const Reference<io::StringWriter> toText(new io::StringWriter);
+            const Reference<Logger> logger = Logger::create(u"n\u4E2D");
+            for (const char16_t* field : {u"sequence", u"thread", u"timestamp"})
+                logger->enableField(field, true);
+            logger->setTimes(Logger::Times::RFC_3339);
+            logger->addProcessor(create(toBytes.get()).get());
+            logger->addProcessor(create(toText.get()).get());
+            for (int length = 0; length < 40; ++length) {
+                for (const char16_t* part : {u"", u"\u00E9", u"<\u2028", u"\U0001F600", u"\xD83D", u"\xDE00\xDE00"})
+                    logger->log(length - 20, String(u'a', length) + part + u"b");
+            }
+            const String text = toText->toString();
+            EXPECT_EQ(bytes->toString(u"UTF-8"), text) << size;
+            EXPECT_EQ(toBytes->getPosition(), text.getLength()) << size;
+        }
+    }
+}
+
 } // namespace
 } // namespace vx::log

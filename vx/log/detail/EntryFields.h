@@ -9,6 +9,7 @@
 #include "vx/log/ILogEntry.h"
 #include "vx/log/LogEntry.h"
 #include "vx/log/detail/FieldOrder.h"
+#include "vx/log/detail/Utf8Builder.h"
 #include "vx/log/detail/WholeText.h"
 
 #include <cstddef>
@@ -20,6 +21,7 @@ namespace vx::log::detail {
 struct OwnValue {
     /// Throws ResultException with RESULT_END_OF_FILE for a null value.
     void print(vx::detail::TextBuilder& text) const { order.print(field, text); }
+    void print(Utf8Builder& text) const { order.print(field, text); }
     bool isNull() const noexcept { return FieldOrder::isNull(field); }
     bool isNumber() const noexcept { return FieldOrder::isNumber(field); }
 
@@ -30,6 +32,7 @@ struct OwnValue {
 /// The value of a field of any other entry.
 struct ForeignValue {
     void print(vx::detail::TextBuilder& text) const { appendWhole(text, entry.getField(name)->toString().view()); }
+    void print(Utf8Builder& text) const { appendWhole(text, entry.getField(name)->toString().view()); }
     bool isNull() const { return !entry.hasField(name); }
     bool isNumber() const { return dynamic_cast<const Number*>(entry.getField(name).get()) != nullptr; }
 
@@ -37,15 +40,20 @@ struct ForeignValue {
     const String& name;
 };
 
+/// Null for an entry of another class.
+inline const LogEntry* ownEntry(const ILogEntry& entry)
+{
+    return vx::detail::isExactly<LogEntry>(entry) ? static_cast<const LogEntry*>(&entry)
+                                                  : dynamic_cast<const LogEntry*>(&entry);
+}
+
 /// Calls `take(loggerField, name, value)` with each field of `entry`, in the order of its names. `loggerField` counts as
 /// `FieldOrder::loggerFieldOf` does, and is LOGGER_FIELDS for a field that no logger sets. Entries of other classes than
 /// `LogEntry` are read through their interface.
 template <class Take>
 void forEachField(const ILogEntry& entry, Take take)
 {
-    const auto* const own = vx::detail::isExactly<LogEntry>(entry) ? static_cast<const LogEntry*>(&entry)
-                                                                   : dynamic_cast<const LogEntry*>(&entry);
-    if (own != nullptr) {
+    if (const auto* const own = ownEntry(entry)) {
         const FieldOrder order(*own);
         for (const FieldOrder::Field* field : order)
             take(FieldOrder::loggerFieldOf(*field), order.nameOf(*field), OwnValue {order, *field});

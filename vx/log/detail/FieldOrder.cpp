@@ -6,6 +6,7 @@
 #include "vx/collections/Set.h"
 #include "vx/detail/HashOrder.h"
 #include "vx/log/TimeStamp.h"
+#include "vx/log/detail/Utf8Builder.h"
 #include "vx/log/detail/WholeText.h"
 
 #include <cstring>
@@ -27,7 +28,8 @@ struct SecondText {
 constinit thread_local SecondText s_lastSecond {};
 
 /// Appends `TimeStamp::toString`, which has no milliseconds. A change of the locale takes effect in the next second.
-void printTime(const STRUCT_VX_TIME& time, TextBuilder& text)
+template <class Builder>
+void printTime(const STRUCT_VX_TIME& time, Builder& text)
 {
     SecondText& last = s_lastSecond;
     STRUCT_VX_TIME second = time;
@@ -42,6 +44,15 @@ void printTime(const STRUCT_VX_TIME& time, TextBuilder& text)
     }
     text.append({last.units, last.length});
 }
+
+void printTime(const ZonedTime& time, Utf8Builder& text)
+{
+    vx::detail::ShortTextBuilder<64> units;
+    log::detail::printTime(time, units);
+    text.append(units.view());
+}
+
+using log::detail::printTime;
 
 } // namespace
 
@@ -77,7 +88,8 @@ void FieldOrder::takeFromNames()
     m_fields = m_many;
 }
 
-void FieldOrder::print(const Field& field, TextBuilder& text) const
+template <class Builder>
+void FieldOrder::print(const Field& field, Builder& text) const
 {
     struct {
         void operator()(std::monostate) const
@@ -90,14 +102,26 @@ void FieldOrder::print(const Field& field, TextBuilder& text) const
         void operator()(std::int32_t number) const { text.appendNumber(number); }
         void operator()(std::uint32_t number) const { text.appendNumber(number); }
         void operator()(const STRUCT_VX_TIME& time) const { printTime(time, text); }
-        void operator()(const ZonedTime& time) const { log::detail::printTime(time, text); }
+        void operator()(const ZonedTime& time) const { printTime(time, text); }
         void operator()(LogEntry::Piece piece) const { appendWhole(text, entry.textOf(piece)); }
 
         const LogEntry& entry;
         const Field& field;
-        TextBuilder& text;
+        Builder& text;
     } printer {m_entry, field, text};
     std::visit(printer, field.plain);
+}
+
+template void FieldOrder::print(const Field&, TextBuilder&) const;
+template void FieldOrder::print(const Field&, Utf8Builder&) const;
+
+bool FieldOrder::isPlain(const LogEntry& entry) noexcept
+{
+    for (std::size_t place = 0; place < entry.m_count; ++place) {
+        if (std::holds_alternative<std::monostate>(entry.at(place).plain))
+            return false;
+    }
+    return true;
 }
 
 const std::int32_t* FieldOrder::plainLevelOf(const LogEntry& entry) noexcept

@@ -29,6 +29,8 @@ public:
     std::u16string_view nameOf(const Field& field) const noexcept { return m_entry.nameOf(field); }
     /// Null if no logger has set the level.
     static const std::int32_t* plainLevelOf(const LogEntry& entry) noexcept;
+    /// Whether all values were set by a logger and are no objects: to print them calls no code of others.
+    static bool isPlain(const LogEntry& entry) noexcept;
     static bool isNull(const Field& field) noexcept { return field.isNull(); }
     /// Whether the value is a number of this library.
     static bool isNumber(const Field& field) noexcept;
@@ -36,7 +38,8 @@ public:
     static std::size_t loggerFieldOf(const Field& field) noexcept { return field.loggerField; }
     /// Appends what `toString` of the value gives, with lone halves of surrogate pairs replaced. Throws ResultException
     /// with RESULT_END_OF_FILE if the value is null.
-    void print(const Field& field, vx::detail::TextBuilder& text) const;
+    template <class Builder>
+    void print(const Field& field, Builder& text) const;
 
 private:
     static constexpr std::size_t FEW = 16;
