@@ -4,8 +4,11 @@
 #include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
+#include "vx/io/FileOutputStream.h"
+#include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/ScopedWait.h"
+#include "vxsys/File.h"
 #include "vxsys/Folder.h"
 #include "vxsys/Time.h"
 
@@ -116,7 +119,32 @@ void removeOld(std::vector<OldFile> files, const Rotation& rotation)
 
 } // namespace
 
-RotatingFileStream::RotatingFileStream(const String& path, Rotation rotation)
+/// All of the stream, so that it can grow without users being compiled again. An object, because the end of a lock or a
+/// file may throw.
+class RotatingFileStream::Core : public Object {
+public:
+    Core(const String& path, Rotation rotation);
+
+    void write(const signed char* bytes, std::int32_t length);
+    void flush();
+    void close();
+
+private:
+    void follow() VX_REQUIRES(m_lock);
+    bool isDue(std::int32_t length) const VX_REQUIRES(m_lock);
+    std::int64_t periodOf(std::int64_t seconds) const;
+    String rotate() VX_REQUIRES(m_lock);
+    void reportTo(const std::function<void()>& work);
+
+    const String m_path;
+    const Rotation m_rotation;
+    sync::Mutex m_lock;
+    const Reference<FileOutputStream> m_file;
+    VXFileStatus m_status VX_GUARDED_BY(m_lock) {}; ///< of the file at the time when the semaphore was taken
+    std::int64_t m_nextTry VX_GUARDED_BY(m_lock) = 0; ///< after a failed rotation, in milliseconds of a clock
+};
+
+RotatingFileStream::Core::Core(const String& path, Rotation rotation)
     : m_path(path)
     , m_rotation(std::move(rotation))
     , m_file(new FileOutputStream(path, FileOutputStream::APPEND))
@@ -125,9 +153,7 @@ RotatingFileStream::RotatingFileStream(const String& path, Rotation rotation)
         throwResult(RESULT_INVALID_ARGUMENT);
 }
 
-RotatingFileStream::~RotatingFileStream() noexcept(false) = default;
-
-void RotatingFileStream::write(const signed char* bytes, std::int32_t length)
+void RotatingFileStream::Core::write(const signed char* bytes, std::int32_t length)
 {
     String closed;
     {
@@ -141,13 +167,13 @@ void RotatingFileStream::write(const signed char* bytes, std::int32_t length)
         reportTo([&] { m_rotation.onClosed(closed); });
 }
 
-void RotatingFileStream::flush()
+void RotatingFileStream::Core::flush()
 {
     const sync::ScopedLock lock(m_lock);
     m_file->flush();
 }
 
-void RotatingFileStream::close()
+void RotatingFileStream::Core::close()
 {
     const sync::ScopedLock lock(m_lock);
     m_file->close();
@@ -155,7 +181,7 @@ void RotatingFileStream::close()
 
 /// Opens the file that has the name now, unless it is open already. Removes an incomplete entry of a killed process
 /// from its end.
-void RotatingFileStream::follow()
+void RotatingFileStream::Core::follow()
 {
     const SystemName path(m_path);
     VXFileIdentity open {};
@@ -170,7 +196,7 @@ void RotatingFileStream::follow()
     throwIfFailed(VXFileGetStatus(path, &m_status), u"look at", m_path);
 }
 
-bool RotatingFileStream::isDue(std::int32_t length) const
+bool RotatingFileStream::Core::isDue(std::int32_t length) const
 {
     if (m_status.size == 0 || length <= 0 || milliseconds() < m_nextTry)
         return false;
@@ -184,7 +210,7 @@ bool RotatingFileStream::isDue(std::int32_t length) const
 }
 
 /// The number of the hour or the day.
-std::int64_t RotatingFileStream::periodOf(std::int64_t seconds) const
+std::int64_t RotatingFileStream::Core::periodOf(std::int64_t seconds) const
 {
     constexpr std::int64_t HOUR = 3600, DAY = 24 * HOUR;
     std::int32_t ahead = 0;
@@ -194,7 +220,7 @@ std::int64_t RotatingFileStream::periodOf(std::int64_t seconds) const
 }
 
 /// Returns the path for `onClosed`, empty for none.
-String RotatingFileStream::rotate()
+String RotatingFileStream::Core::rotate()
 {
     constexpr std::int64_t PAUSE = 1000;
     m_nextTry = milliseconds() + PAUSE;
@@ -221,7 +247,7 @@ String RotatingFileStream::rotate()
     return !before.isEmpty() && !failed(VXFileGetStatus(SystemName(before), &status)) ? before : String();
 }
 
-void RotatingFileStream::reportTo(const std::function<void()>& work)
+void RotatingFileStream::Core::reportTo(const std::function<void()>& work)
 {
     try {
         work();
@@ -229,6 +255,28 @@ void RotatingFileStream::reportTo(const std::function<void()>& work)
         if (m_rotation.onFailure)
             m_rotation.onFailure(failure);
     }
+}
+
+RotatingFileStream::RotatingFileStream(const String& path, Rotation rotation)
+    : m_core(new Core(path, std::move(rotation)))
+{
+}
+
+RotatingFileStream::~RotatingFileStream() noexcept(false) = default;
+
+void RotatingFileStream::write(const signed char* bytes, std::int32_t length)
+{
+    m_core->write(bytes, length);
+}
+
+void RotatingFileStream::flush()
+{
+    m_core->flush();
+}
+
+void RotatingFileStream::close()
+{
+    m_core->close();
 }
 
 } // namespace vx::io

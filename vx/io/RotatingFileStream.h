@@ -2,10 +2,7 @@
 
 #include "vx/Reference.h"
 #include "vx/String.h"
-#include "vx/io/FileOutputStream.h"
 #include "vx/io/OutputStream.h"
-#include "vx/sync/Mutex.h"
-#include "vxsys/File.h"
 
 #include <cstdint>
 #include <functional>
@@ -69,18 +66,9 @@ public:
     void close() override;
 
 private:
-    void follow() VX_REQUIRES(m_lock);
-    bool isDue(std::int32_t length) const VX_REQUIRES(m_lock);
-    std::int64_t periodOf(std::int64_t seconds) const;
-    String rotate() VX_REQUIRES(m_lock);
-    void reportTo(const std::function<void()>& work);
+    class Core;
 
-    const String m_path;
-    const Rotation m_rotation;
-    sync::Mutex m_lock;
-    const Reference<FileOutputStream> m_file;
-    VXFileStatus m_status VX_GUARDED_BY(m_lock) {}; ///< of the file at the time when the semaphore was taken
-    std::int64_t m_nextTry VX_GUARDED_BY(m_lock) = 0; ///< after a failed rotation, in milliseconds of a clock
+    const Reference<Core> m_core;
 };
 
 } // namespace vx::io

@@ -40,18 +40,61 @@ void require(bool condition, const char16_t* what)
         throw ResultException(RESULT_INVALID_ARGUMENT, String(u"an INI file cannot hold this ") + what);
 }
 
+enum class Kind { NOTHING, SET, ENTRY, STRANGE };
+
 } // namespace
+
+struct IniDocument::Line {
+    std::string_view name() const { return std::string_view(text).substr(nameStart, nameLength); }
+    std::string_view value() const { return std::string_view(text).substr(valueStart, valueLength); }
+
+    std::string text; ///< with its end
+    Kind kind = Kind::NOTHING;
+    std::size_t nameStart = 0;
+    std::size_t nameLength = 0;
+    std::size_t valueStart = 0;
+    std::size_t valueLength = 0;
+};
+
+struct IniDocument::Content {
+    std::string marker; ///< the UTF-8 marker, if the text begins with it
+    std::vector<Line> lines;
+};
+
+IniDocument::IniDocument()
+    : m_content(std::make_unique<Content>())
+{
+}
+
+IniDocument::IniDocument(const IniDocument& other)
+    : m_content(std::make_unique<Content>(*other.m_content))
+{
+}
+
+IniDocument::IniDocument(IniDocument&& other)
+    : IniDocument()
+{
+    m_content.swap(other.m_content);
+}
+
+IniDocument& IniDocument::operator=(IniDocument other) noexcept
+{
+    m_content.swap(other.m_content);
+    return *this;
+}
+
+IniDocument::~IniDocument() = default;
 
 IniDocument IniDocument::parse(std::string_view text)
 {
     IniDocument document;
     if (text.starts_with(UTF8_MARKER)) {
-        document.m_marker = UTF8_MARKER;
+        document.m_content->marker = UTF8_MARKER;
         text.remove_prefix(UTF8_MARKER.size());
     }
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
-        document.m_lines.push_back(lineOf(std::string(text.substr(0, end))));
+        document.m_content->lines.push_back(lineOf(std::string(text.substr(0, end))));
         text.remove_prefix(end);
     }
     return document;
@@ -75,8 +118,8 @@ std::int32_t IniDocument::save(const String& path) const
 
 std::string IniDocument::getText() const
 {
-    std::string text = m_marker;
-    for (const Line& line : m_lines)
+    std::string text = m_content->marker;
+    for (const Line& line : m_content->lines)
         text += line.text;
     return text;
 }
@@ -89,7 +132,7 @@ bool IniDocument::hasSet(std::string_view set) const
 std::vector<std::string> IniDocument::getSets() const
 {
     std::vector<std::string> names;
-    for (const Line& line : m_lines) {
+    for (const Line& line : m_content->lines) {
         const auto isThis = [&](const std::string& name) { return isSameName(name, line.name()); };
         if (line.kind == Kind::SET && std::ranges::none_of(names, isThis))
             names.emplace_back(line.name());
@@ -101,7 +144,7 @@ std::vector<IniDocument::Entry> IniDocument::getEntries() const
 {
     std::vector<Entry> entries;
     forEach([&](std::size_t index, std::string_view set) {
-        const Line& line = m_lines[index];
+        const Line& line = m_content->lines[index];
         if (line.kind == Kind::ENTRY)
             entries.push_back({std::string(set), std::string(line.name()), std::string(line.value()), index + 1});
     });
@@ -111,9 +154,9 @@ std::vector<IniDocument::Entry> IniDocument::getEntries() const
 std::vector<IniDocument::StrangeLine> IniDocument::getStrangeLines() const
 {
     std::vector<StrangeLine> lines;
-    for (std::size_t index = 0; index < m_lines.size(); ++index) {
-        const std::string& text = m_lines[index].text;
-        if (m_lines[index].kind == Kind::STRANGE)
+    for (std::size_t index = 0; index < m_content->lines.size(); ++index) {
+        const std::string& text = m_content->lines[index].text;
+        if (m_content->lines[index].kind == Kind::STRANGE)
             lines.push_back({text.substr(0, text.find_last_not_of("\r\n") + 1), index + 1});
     }
     return lines;
@@ -124,14 +167,14 @@ std::optional<IniDocument::Entry> IniDocument::find(std::string_view set, std::s
     const std::size_t index = indexOf(set, name);
     if (index == NONE)
         return std::nullopt;
-    const Line& line = m_lines[index];
+    const Line& line = m_content->lines[index];
     return Entry {std::string(set), std::string(line.name()), std::string(line.value()), index + 1};
 }
 
 std::optional<std::string> IniDocument::get(std::string_view set, std::string_view name) const
 {
     const std::size_t index = indexOf(set, name);
-    return index != NONE ? std::optional<std::string>(m_lines[index].value()) : std::nullopt;
+    return index != NONE ? std::optional<std::string>(m_content->lines[index].value()) : std::nullopt;
 }
 
 void IniDocument::set(std::string_view set, std::string_view name, std::string_view value)
@@ -144,24 +187,24 @@ void IniDocument::set(std::string_view set, std::string_view name, std::string_v
     require(head.kind == Kind::SET && !isIn(set, '\n'), u"set");
 
     if (const std::size_t index = indexOf(set, name); index != NONE) {
-        std::string text = m_lines[index].text;
-        const std::size_t start = m_lines[index].valueStart;
+        std::string text = m_content->lines[index].text;
+        const std::size_t start = m_content->lines[index].valueStart;
         const bool needsBlank = text[start - 1] == '=' && start > 1 && text[start - 2] == ' ';
-        text.replace(start, m_lines[index].valueLength, std::string(needsBlank ? " " : "").append(value));
-        m_lines[index] = lineOf(std::move(text));
+        text.replace(start, m_content->lines[index].valueLength, std::string(needsBlank ? " " : "").append(value));
+        m_content->lines[index] = lineOf(std::move(text));
         return;
     }
     std::size_t place = placeIn(set);
     if (place == NONE && set.empty()) {
         const auto isHead = [](const Line& line) { return line.kind == Kind::SET; };
-        place = static_cast<std::size_t>(std::ranges::find_if(m_lines, isHead) - m_lines.begin());
+        place = static_cast<std::size_t>(std::ranges::find_if(m_content->lines, isHead) - m_content->lines.begin());
     } else if (place == NONE) {
-        if (!m_lines.empty() && m_lines.back().text.find_first_not_of(WHITE_SPACE) != NONE)
-            insert(m_lines.size(), "");
-        insert(m_lines.size(), '[' + std::string(set) + ']');
-        place = m_lines.size();
+        if (!m_content->lines.empty() && m_content->lines.back().text.find_first_not_of(WHITE_SPACE) != NONE)
+            insert(m_content->lines.size(), "");
+        insert(m_content->lines.size(), '[' + std::string(set) + ']');
+        place = m_content->lines.size();
     }
-    const Line* before = place > 0 ? &m_lines[place - 1] : nullptr;
+    const Line* before = place > 0 ? &m_content->lines[place - 1] : nullptr;
     const bool isTight = before != nullptr && before->kind == Kind::ENTRY
         && before->text[before->nameLength] == '='; // as they write it
     insert(place, std::string(name) + (isTight ? "=" : " = ") + std::string(value));
@@ -171,12 +214,12 @@ bool IniDocument::remove(std::string_view set, std::string_view name)
 {
     std::vector<Line> kept;
     forEach([&](std::size_t index, std::string_view ofLine) {
-        const Line& line = m_lines[index];
+        const Line& line = m_content->lines[index];
         if (line.kind != Kind::ENTRY || !isSameName(ofLine, set) || !isSameName(line.name(), name))
             kept.push_back(line);
     });
-    m_lines.swap(kept);
-    return m_lines.size() != kept.size();
+    m_content->lines.swap(kept);
+    return m_content->lines.size() != kept.size();
 }
 
 bool IniDocument::removeSet(std::string_view set)
@@ -184,10 +227,10 @@ bool IniDocument::removeSet(std::string_view set)
     std::vector<Line> kept;
     forEach([&](std::size_t index, std::string_view ofLine) {
         if (!isSameName(ofLine, set))
-            kept.push_back(m_lines[index]);
+            kept.push_back(m_content->lines[index]);
     });
-    m_lines.swap(kept);
-    return m_lines.size() != kept.size();
+    m_content->lines.swap(kept);
+    return m_content->lines.size() != kept.size();
 }
 
 IniDocument::Line IniDocument::lineOf(std::string text)
@@ -221,20 +264,22 @@ IniDocument::Line IniDocument::lineOf(std::string text)
 
 void IniDocument::insert(std::size_t index, std::string_view text)
 {
-    const std::string_view end
-        = !m_lines.empty() && m_lines.front().text.ends_with("\r\n") ? std::string_view("\r\n") : "\n";
-    if (index > 0 && !m_lines[index - 1].text.ends_with('\n'))
-        m_lines[index - 1].text += end;
-    m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(index), lineOf(std::string(text).append(end)));
+    const std::string_view end = !m_content->lines.empty() && m_content->lines.front().text.ends_with("\r\n")
+        ? std::string_view("\r\n")
+        : "\n";
+    if (index > 0 && !m_content->lines[index - 1].text.ends_with('\n'))
+        m_content->lines[index - 1].text += end;
+    m_content->lines.insert(
+        m_content->lines.begin() + static_cast<std::ptrdiff_t>(index), lineOf(std::string(text).append(end)));
 }
 
 template <class Work>
 void IniDocument::forEach(Work work) const
 {
     std::string_view set;
-    for (std::size_t index = 0; index < m_lines.size(); ++index) {
-        if (m_lines[index].kind == Kind::SET)
-            set = m_lines[index].name();
+    for (std::size_t index = 0; index < m_content->lines.size(); ++index) {
+        if (m_content->lines[index].kind == Kind::SET)
+            set = m_content->lines[index].name();
         work(index, set);
     }
 }
@@ -243,7 +288,8 @@ std::size_t IniDocument::indexOf(std::string_view set, std::string_view name) co
 {
     std::size_t last = NONE;
     forEach([&](std::size_t index, std::string_view ofLine) {
-        if (m_lines[index].kind == Kind::ENTRY && isSameName(ofLine, set) && isSameName(m_lines[index].name(), name))
+        if (m_content->lines[index].kind == Kind::ENTRY && isSameName(ofLine, set)
+            && isSameName(m_content->lines[index].name(), name))
             last = index;
     });
     return last;
@@ -253,7 +299,7 @@ std::size_t IniDocument::placeIn(std::string_view set) const
 {
     std::size_t place = NONE;
     forEach([&](std::size_t index, std::string_view ofLine) {
-        const Kind kind = m_lines[index].kind;
+        const Kind kind = m_content->lines[index].kind;
         if ((kind == Kind::SET || kind == Kind::ENTRY) && isSameName(ofLine, set))
             place = index + 1;
     });

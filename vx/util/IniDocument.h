@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,6 +44,14 @@ public:
         std::size_t line;
     };
 
+    /// An empty text.
+    IniDocument();
+    IniDocument(const IniDocument& other);
+    /// `other` has an empty text then.
+    IniDocument(IniDocument&& other);
+    IniDocument& operator=(IniDocument other) noexcept;
+    ~IniDocument();
+
     /// Takes any text.
     static IniDocument parse(std::string_view text);
     /// Throws ResultException if the file cannot be read.
@@ -73,18 +82,8 @@ public:
     bool removeSet(std::string_view set);
 
 private:
-    enum class Kind { NOTHING, SET, ENTRY, STRANGE };
-    struct Line {
-        std::string_view name() const { return std::string_view(text).substr(nameStart, nameLength); }
-        std::string_view value() const { return std::string_view(text).substr(valueStart, valueLength); }
-
-        std::string text; ///< with its end
-        Kind kind = Kind::NOTHING;
-        std::size_t nameStart = 0;
-        std::size_t nameLength = 0;
-        std::size_t valueStart = 0;
-        std::size_t valueLength = 0;
-    };
+    struct Line;
+    struct Content;
 
     static Line lineOf(std::string text);
     /// The new line ends as the first one of the document does.
@@ -97,8 +96,7 @@ private:
     /// Where a new entry of the set belongs, or npos if there is no such set.
     std::size_t placeIn(std::string_view set) const;
 
-    std::string m_marker; ///< the UTF-8 marker, if the text begins with it
-    std::vector<Line> m_lines;
+    std::unique_ptr<Content> m_content; ///< never null
 };
 
 } // namespace vx::util

@@ -91,21 +91,27 @@ OptionException::OptionException(
 
 OptionException::~OptionException() noexcept = default;
 
+struct ParsedOptions::Content {
+    std::shared_ptr<const detail::OptionRows> table;
+    std::vector<Given> given;
+    std::vector<std::string> arguments;
+};
+
 ParsedOptions::ParsedOptions(std::shared_ptr<const detail::OptionRows> table)
-    : m_table(std::move(table))
+    : m_content(std::make_shared<Content>(Content {std::move(table), {}, {}}))
 {
 }
 
 std::size_t ParsedOptions::getCount(std::string_view name) const
 {
-    const OptionRow* row = &m_table->rowOf(name);
-    return static_cast<std::size_t>(
-        std::count_if(m_given.begin(), m_given.end(), [&](const Given& each) { return each.row == row; }));
+    const OptionRow* row = &m_content->table->rowOf(name);
+    return static_cast<std::size_t>(std::count_if(
+        m_content->given.begin(), m_content->given.end(), [&](const Given& each) { return each.row == row; }));
 }
 
 std::optional<std::string> ParsedOptions::find(std::string_view name) const
 {
-    const OptionRow& row = m_table->rowOf(name);
+    const OptionRow& row = m_content->table->rowOf(name);
     if (const Given* given = lastOf(row))
         return given->value;
     return row.standard != nullptr ? std::optional<std::string>(row.standard) : std::nullopt;
@@ -116,25 +122,35 @@ std::string ParsedOptions::get(std::string_view name) const
     if (std::optional<std::string> value = find(name))
         return *std::move(value);
     const std::string option = std::string(LONG) + std::string(name);
-    throw OptionException(m_table->program, Fault::MISSING, option, "", option + " is missing");
+    throw OptionException(m_content->table->program, Fault::MISSING, option, "", option + " is missing");
 }
 
 std::vector<std::string> ParsedOptions::getAll(std::string_view name) const
 {
-    const OptionRow* row = &m_table->rowOf(name);
+    const OptionRow* row = &m_content->table->rowOf(name);
     std::vector<std::string> values;
-    for (const Given& each : m_given) {
+    for (const Given& each : m_content->given) {
         if (each.row == row)
             values.push_back(each.value);
     }
     return values;
 }
 
+const std::vector<ParsedOptions::Given>& ParsedOptions::getGiven() const
+{
+    return m_content->given;
+}
+
+const std::vector<std::string>& ParsedOptions::getArguments() const
+{
+    return m_content->arguments;
+}
+
 const ParsedOptions::Given* ParsedOptions::lastOf(const OptionRow& row) const
 {
-    const auto last
-        = std::find_if(m_given.rbegin(), m_given.rend(), [&](const Given& each) { return each.row == &row; });
-    return last != m_given.rend() ? &*last : nullptr;
+    const auto last = std::find_if(
+        m_content->given.rbegin(), m_content->given.rend(), [&](const Given& each) { return each.row == &row; });
+    return last != m_content->given.rend() ? &*last : nullptr;
 }
 
 template <class Number>
@@ -146,9 +162,9 @@ Number ParsedOptions::numberOf(std::string_view name, Number least, Number most)
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (error == std::errc() && stop == end && number >= least && number <= most)
         return number;
-    const Given* given = lastOf(m_table->rowOf(name));
+    const Given* given = lastOf(m_content->table->rowOf(name));
     const std::string option = given != nullptr ? given->written : std::string(LONG) + std::string(name);
-    throw OptionException(m_table->program, Fault::NO_NUMBER, option, text,
+    throw OptionException(m_content->table->program, Fault::NO_NUMBER, option, text,
         option + " takes a number from " + std::to_string(least) + " to " + std::to_string(most) + ", not \"" + text
             + '"');
 }
@@ -245,7 +261,7 @@ ParsedOptions OptionTable::parse(int count, const char* const* arguments, Order 
     Reader reader(*m_table, all.subspan(std::min<std::size_t>(all.size(), 1)));
     const auto add = [&](auto read) {
         try {
-            options.m_given.push_back(read());
+            options.m_content->given.push_back(read());
         } catch (const OptionException&) {
             if (faults == Faults::THROWN)
                 throw;
@@ -255,7 +271,7 @@ ParsedOptions OptionTable::parse(int count, const char* const* arguments, Order 
     while (!reader.isAtEnd()) {
         std::string_view argument = reader.next();
         if (!isInOptions || argument.size() < 2 || argument.front() != '-') {
-            options.m_arguments.emplace_back(argument);
+            options.m_content->arguments.emplace_back(argument);
             isInOptions = isInOptions && order == Order::MIXED;
         } else if (argument == LONG) {
             isInOptions = false;

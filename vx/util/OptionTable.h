@@ -93,9 +93,9 @@ public:
         Number most = std::numeric_limits<Number>::max()) const;
 
     /// All options in the order of the command line.
-    const std::vector<Given>& getGiven() const { return m_given; }
+    const std::vector<Given>& getGiven() const;
     /// The arguments that are no options, in their order.
-    const std::vector<std::string>& getArguments() const { return m_arguments; }
+    const std::vector<std::string>& getArguments() const;
 
 private:
     friend class OptionTable;
@@ -107,9 +107,9 @@ private:
     template <class Number>
     Number numberOf(std::string_view name, Number least, Number most) const;
 
-    std::shared_ptr<const detail::OptionRows> m_table;
-    std::vector<Given> m_given;
-    std::vector<std::string> m_arguments;
+    struct Content;
+
+    std::shared_ptr<Content> m_content; ///< shared by all copies, and never changed after `parse`
 };
 
 /// The options of a program, declared once: for parsing, for the text of --help and for the completion of a shell.
