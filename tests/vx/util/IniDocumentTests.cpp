@@ -128,6 +128,18 @@ TEST(IniDocument, AgreesWithIniFileAfterRandomChanges)
     }
 }
 
+TEST(IniDocument, IsAValue)
+{
+    IniDocument first = IniDocument::parse("a=1\n"), copy = first;
+    copy.set("", "a", "2");
+    EXPECT_EQ(first.getText(), "a=1\n");
+    IniDocument moved = std::move(first);
+    first.set("", "b", "3"); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(moved.getText() + first.getText(), "a=1\nb = 3\n");
+    moved = copy;
+    EXPECT_EQ(moved.getText(), "a=2\n");
+}
+
 TEST(IniDocument, TellsWhetherItIsOnTheDisk)
 {
     const Scratch scratch;
