@@ -8,6 +8,7 @@
 #include <vx/io/FileOutputStream.h>
 #include <vx/io/RotatingFileStream.h>
 #include <vx/log/TimeStamp.h>
+#include <vx/sync/ScopedWait.h>
 
 #include <chrono>
 #include <exception>
@@ -73,6 +74,10 @@ Reference<vx::io::OutputStream> openForAppend(const Settings& settings)
     if (settings.rotation.access != 0)
         vxtools::makeFile(settings.log, static_cast<unsigned int>(settings.rotation.access));
     try {
+        if (!settings.forward.empty()) { // what a killed server left of an entry is removed before the log is read
+            vx::io::FileOutputStream file(name, vx::io::FileOutputStream::APPEND);
+            const vx::sync::ScopedWait repair(&file);
+        }
         if (!rotates(settings))
             return new vx::io::FileOutputStream(name, vx::io::FileOutputStream::APPEND);
         vx::io::Rotation rotation = settings.rotation;
