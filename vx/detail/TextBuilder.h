@@ -80,7 +80,7 @@ private:
 inline void TextBuilder::appendLabel(const Label& label)
 {
     std::copy_n(label.units, Label::SIZE, extend(Label::SIZE));
-    m_length -= Label::SIZE - label.length;
+    m_length -= static_cast<std::int64_t>(Label::SIZE) - label.length;
 }
 
 template <std::integral Number>
