@@ -33,6 +33,8 @@ constexpr const char* CHECK_CONFIG = "check-config";
 constexpr const char* STATUS = "status";
 constexpr const char* METRICS = "metrics";
 constexpr std::string_view NOWHERE = "none"; // for the status socket
+constexpr vxtools::Message NEEDS_FORWARD {
+    u"vxlogd.needs-forward", "forward-ack=brokers needs forward, the address of these brokers"};
 
 /// Letter case does not count.
 bool isSameName(std::string_view left, std::string_view right)
@@ -277,7 +279,7 @@ constexpr SettingRow SETTINGS[] = {
         [](const Settings& settings) { return settings.httpHost; }},
 };
 
-using Problems = std::vector<std::string>;
+using Problems = std::vector<vxtools::Text>;
 
 void set(
     Settings& settings, const SettingRow& row, const std::string& text, const std::string& place, Problems& problems)
@@ -332,7 +334,7 @@ void compare(const Settings& settings, Problems& problems)
     if (!settings.forward.empty() && settings.format != Format::JSON)
         problems.push_back("forward needs format json");
     if (settings.forward.empty() && settings.forwardAck == ForwardAck::BROKERS)
-        problems.push_back("forward-ack=brokers needs forward");
+        problems.push_back(NEEDS_FORWARD());
     const vxtools::TlsFiles& tls = settings.tls;
     if (tls.certificate.empty() && !(tls.key.empty() && tls.authorities.empty()))
         problems.push_back("tls-key and tls-client-ca need tls-cert");
@@ -405,7 +407,7 @@ CommandLine readSettings(int argc, char** argv)
         line.settings.statusSocket = given.getArguments().front();
     compare(line.settings, line.problems);
     if (line.task != Task::CHECK_CONFIG && !line.problems.empty())
-        throw std::invalid_argument(line.problems.front());
+        throw vxtools::UsageError(line.problems.front());
     return line;
 }
 
@@ -429,7 +431,8 @@ std::string usage(vxtools::Messages& messages)
         "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
         "level of its lines, and whether it wants to hear \"ack N\" once its first N lines\n"
         "are in the log, and \"wait REASON\" if the log cannot be written, for example\n"
-        "because the disk is full. The server tries again until it can.\n"
+        "because the disk is full. The server tries again until it can. With forward-ack=\n"
+        "brokers it hears \"ack N\" once the brokers have them, and also why they do not.\n"
         "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
         "opens the log anew and reads the settings again, all but listen, port, workers,\n"
         "forward, status-socket and those of http.\n"

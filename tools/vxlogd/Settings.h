@@ -52,7 +52,7 @@ enum class Task { SERVE, CHECK_CONFIG, STATUS, METRICS, HELP, VERSION, COMPLETIO
 struct CommandLine {
     Task task = Task::SERVE;
     Settings settings;
-    std::vector<std::string> problems; ///< all that is wrong with the settings, for CHECK_CONFIG only
+    std::vector<vxtools::Text> problems; ///< all that is wrong with the settings, for CHECK_CONFIG only
     std::string shell; ///< that of a completion
 };
 

@@ -70,7 +70,9 @@ void allowManyDescriptors()
 void changeSettings(Server& server, const Settings& first, int argc, char** argv)
 {
     try {
-        const Settings settings = readSettings(argc, argv).settings;
+        Settings settings = readSettings(argc, argv).settings;
+        if (first.forward.empty()) // it stays so, and no brokers will have the lines
+            settings.forwardAck = ForwardAck::LOG;
         if (!first.forward.empty() && (settings.log != first.log || settings.format != first.format))
             throw std::invalid_argument("log and format cannot change while the log is forwarded");
         server.change(settings);
@@ -154,7 +156,7 @@ void serve(const Settings& settings, int argc, char** argv)
 }
 
 /// Returns the exit code.
-int check(CommandLine line)
+int check(CommandLine line, vxtools::Messages& messages)
 {
     constexpr int WRONG_SETTINGS = 2;
     try {
@@ -162,8 +164,8 @@ int check(CommandLine line)
     } catch (const vxtools::Failure& failure) {
         line.problems.emplace_back(failure.what());
     }
-    for (const std::string& problem : line.problems)
-        complain(problem);
+    for (const vxtools::Text& problem : line.problems)
+        complain(messages.say(problem));
     if (!line.problems.empty())
         return WRONG_SETTINGS;
     vxtools::print(textOf(line.settings));
@@ -181,7 +183,7 @@ int main(int argc, char** argv)
         if (vxtools::tellAboutProgram("vxlogd", optionTable(), line, [&] { return usage(messages); }))
             return;
         if (line.task == Task::CHECK_CONFIG)
-            result = check(line);
+            result = check(line, messages);
         else if (line.task == Task::SERVE)
             serve(line.settings, argc, argv);
         else
