@@ -291,8 +291,10 @@ void Connection::addToBatch(std::size_t bytes, int level, std::string_view text)
         submitBatch();
     if (m_batch == nullptr) {
         const bool isActive = m_intake.getUndelivered().isActive();
-        if (isActive && m_client.empty())
-            m_client = "x" + Clients::newId().substr(1); // no client has this id
+        if (isActive && m_client.empty()) {
+            m_client = Clients::newId();
+            m_client.front() = 'x'; // no client has this id
+        }
         m_batch = new Batch(
             m_progress, m_peer, m_intake.getForm(), isActive ? m_client : std::string(), isActive && m_wantsAnswers);
     }
