@@ -91,7 +91,7 @@ void CVXCmdLineParser::setIgnoreCase(bool ignoreCase)
 
 void CVXCmdLineParser::parse(const char16_t* text)
 {
-    m_core.parse(vx::String(text), m_switchChars, PAIR_IS_EMPTY);
+    m_core.parse(std::u16string(vx::String(text).view()), m_switchChars, PAIR_IS_EMPTY);
 }
 
 void CVXCmdLineParser::parse(int count, char** arguments)

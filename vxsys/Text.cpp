@@ -243,6 +243,8 @@ char16_t* VXStrTokW(char16_t* text, const char16_t* delimiters, char16_t** posit
         return nullptr;
     }
     char16_t* end = token + 1;
+    if (delimiters != nullptr && delimiters[0] != 0 && delimiters[1] == 0)
+        end += findUnitOrEnd(end, delimiters[0]) - end;
     while (*end != 0 && !isOneOf(delimiters, *end))
         ++end;
     *position = end;

@@ -86,12 +86,12 @@ void CommandLineParser::setIgnoreCase(bool ignoreCase)
 
 void CommandLineParser::parse(const String& text)
 {
-    m_core.parse(text, m_switchChars, false);
+    m_core.parse(std::u16string(text.view()), m_switchChars, false);
 }
 
 void CommandLineParser::parse(int count, char** arguments)
 {
-    parse(detail::joinArguments(count, arguments));
+    m_core.parse(detail::joinedArguments(count, arguments), m_switchChars, false);
 }
 
 int CommandLineParser::getElementCount() const

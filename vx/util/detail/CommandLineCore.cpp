@@ -86,7 +86,9 @@ void appendArgument(std::u16string& line, std::basic_string_view<Unit> argument)
     const bool hasBlank = argument.find(Unit {' '}) != argument.npos;
     if (hasBlank)
         line += u'"';
-    line.append(argument.begin(), argument.end());
+    const std::size_t start = line.size();
+    line.resize(start + argument.size());
+    std::ranges::copy(argument, line.begin() + static_cast<std::ptrdiff_t>(start));
     if (hasBlank)
         line += u'"';
     line += u' ';
@@ -102,6 +104,8 @@ CommandLineValues::CommandLineValues(const String& name, int position)
 
 const String& CommandLineValues::getString(int index) const
 {
+    if (isParameter() && index == 0)
+        return m_name;
     return at(m_values, index);
 }
 
@@ -125,7 +129,7 @@ void CommandLineValues::addAll(const char16_t* text, bool pairIsEmpty)
         add(token);
 }
 
-String joinArguments(int count, char** arguments)
+std::u16string joinedArguments(int count, char** arguments)
 {
     std::u16string text;
     const bool asciiIsItself = decodesAsciiAsItself();
@@ -138,7 +142,12 @@ String joinArguments(int count, char** arguments)
             appendArgument(text, decoded.view());
         }
     }
-    return String(text);
+    return text;
+}
+
+String joinArguments(int count, char** arguments)
+{
+    return String(joinedArguments(count, arguments));
 }
 
 } // namespace vx::util::detail

@@ -3,8 +3,10 @@
 #include "vx/Reference.h"
 #include "vx/String.h"
 
+#include <climits>
 #include <cstdint>
 #include <map>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,11 +16,14 @@ namespace vx::util::detail {
 /// The name and values of an element of a command line, for both generations of parsers.
 class VX_API CommandLineValues {
 public:
+    /// For `position`, a parameter may give `ofParameter` of it, and then `name` is its value.
     CommandLineValues(const String& name, int position);
+    /// One of the many parameters of a long command line needs no separate memory for its only value.
+    static constexpr int ofParameter(int position) noexcept { return position + IS_PARAMETER; }
 
-    const String& getName() const { return m_name; }
-    int getPosition() const { return m_position; }
-    int getCount() const { return static_cast<int>(m_values.size()); }
+    String getName() const { return isParameter() ? String() : m_name; }
+    int getPosition() const { return isParameter() ? m_position - IS_PARAMETER : m_position; }
+    int getCount() const { return isParameter() ? 1 : static_cast<int>(m_values.size()); }
     const String& getString(int index) const;
     std::int32_t getLong(int index) const;
     double getDouble(int index) const;
@@ -29,7 +34,12 @@ public:
     void copyFrom(const CommandLineValues& other) { m_values = other.m_values; }
 
 private:
-    String m_name;
+    static constexpr int IS_PARAMETER = INT_MIN;
+
+    /// A definition has position -1.
+    bool isParameter() const noexcept { return m_position < -1; }
+
+    String m_name; ///< of a parameter: the value
     std::vector<String> m_values;
     int m_position;
 };
@@ -42,7 +52,7 @@ public:
     void define(const char16_t* name, const Reference<Definition>& definition);
     void setIgnoreCase(bool ignoreCase) { m_ignoresCase = ignoreCase; }
     /// Keeps the elements of before if it fails.
-    void parse(std::u16string_view text, const char16_t* switchChars, bool pairIsEmpty);
+    void parse(std::u16string text, const char16_t* switchChars, bool pairIsEmpty);
     void reset();
 
     int getElementCount() const { return static_cast<int>(m_parsed.elements.size()); }
@@ -85,6 +95,8 @@ private:
 
 /// Joins the arguments, which are in the default encoding, to one command line. An argument with a blank in it gets
 /// quotes. Bytes that are invalid in it become U+FFFD. A null argument ends the list, also before `count`.
+std::u16string joinedArguments(int count, char** arguments);
+/// The same as a String.
 VX_API String joinArguments(int count, char** arguments);
 
 } // namespace vx::util::detail

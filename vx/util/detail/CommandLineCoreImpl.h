@@ -36,23 +36,18 @@ void CommandLineCore<Element, Definition>::define(const char16_t* name, const Re
 }
 
 template <class Element, class Definition>
-void CommandLineCore<Element, Definition>::parse(
-    std::u16string_view text, const char16_t* switchChars, bool pairIsEmpty)
+void CommandLineCore<Element, Definition>::parse(std::u16string text, const char16_t* switchChars, bool pairIsEmpty)
 {
     constexpr const char16_t* BETWEEN = u" ";
     // The end of a text is treated as a switch, and so is an empty token.
     const auto isSwitch = [switchChars](char16_t unit) { return VXStrChrW(switchChars, unit) != nullptr; };
 
     Parsed parsed;
-    const String noName;
-    std::u16string copy(text.substr(0, text.find(u'\0'))); // the reader writes into it
-    TokenReader tokens(copy.data(), pairIsEmpty);
+    TokenReader tokens(text.data(), pairIsEmpty); // ends at a zero unit, and writes into the text
     while (char16_t* token = tokens.next(BETWEEN)) {
         const auto position = static_cast<int>(parsed.elements.size());
         if (!isSwitch(*token)) {
-            Reference<Element> parameter(new Element(noName, position));
-            parameter->addValue(token);
-            parsed.elements.push_back(std::move(parameter));
+            parsed.elements.emplace_back(new Element(token, CommandLineValues::ofParameter(position)));
             parsed.parameters.push_back(position);
             continue;
         }
