@@ -149,7 +149,9 @@ class Machine(WithComponent):
 
     def test_speaks_three_languages(self):
         self.output("-m", "register", os.environ["VXREG_BUNDLES"])
-        for arguments in [["--help"], ["verify", "greeter.so"], ["resolve", "None"], ["shout"], ["get", "X"]]:
+        self.write("bad.txt", b"[VX_HKEY_USER\\X]\nn=1\n")
+        for arguments in [["--help"], ["verify", "greeter.so"], ["resolve", "None"], ["shout"], ["get", "X"],
+                          ["set", KEY, "n", "1x", "u32"], ["get", KEY, "none"], ["import", "bad.txt"]]:
             said = [self.vxreg(*locale, *arguments) for locale in [[], ["--locale=en_US"], ["--locale=de"], ["--locale=fr"]]]
             told = [result.stdout + result.stderr for result in said]
             self.assertEqual(told[0], told[1])

@@ -46,7 +46,7 @@ RegistryKey keyOf(const std::string& path)
 
 /// Runs `work`. Its failures are reported as those of `what`.
 template <class Work>
-auto about(const std::string& what, Work&& work)
+auto about(const vxtools::Text& what, Work&& work)
 {
     try {
         return work();
@@ -87,7 +87,7 @@ void unregisterLibrary(const Arguments& arguments, Messages&)
     callLibrary(arguments[0], VXComUnregisterLibrary);
 }
 
-void resolve(const Arguments& arguments, Messages&)
+void resolve(const Arguments& arguments, Messages& messages)
 {
     const String progId = fromUtf8(arguments[0]);
     _GUID classId;
@@ -98,12 +98,12 @@ void resolve(const Arguments& arguments, Messages&)
         throw Failure(arguments[0], textOfStore(result));
     char16_t identifier[39];
     VXComStringFromGUID(&classId, identifier, std::size(identifier));
-    print("class    " + String(identifier).toUtf8());
+    print(messages.say(CLASS_IS(String(identifier).toUtf8())));
 
     const RegistryKey server(VX_HKEY_CLASSES_32, String(u"CLSID\\") + identifier + u"\\InprocServer32");
     const std::string serverName = server.getKey().toUtf8();
     const String library = about(serverName, [&] { return server.getValueString(String()); });
-    print("library  " + library.toUtf8());
+    print(messages.say(LIBRARY_IS(library.toUtf8())));
     if (const std::int32_t loading = VXComCheckLibrary(SystemName(library)); vx::failed(loading))
         throw Failure(library.toUtf8(), textOfLibrary(loading));
     void* object = nullptr;
@@ -111,7 +111,7 @@ void resolve(const Arguments& arguments, Messages&)
     if (vx::failed(made))
         throw Failure(library.toUtf8(), textOfLibrary(made));
     static_cast<IVXUnknown*>(object)->Release();
-    print("an object was created");
+    print(messages.say(OBJECT_CREATED()));
 }
 
 void writeValues(std::ostream& target, const RegistryKey& key)
@@ -144,9 +144,9 @@ String nameIn(const Arguments& arguments, std::size_t at)
     return at < arguments.size() ? fromUtf8(arguments[at]) : String();
 }
 
-std::string describe(const Arguments& arguments)
+vxtools::Text describe(const Arguments& arguments)
 {
-    return arguments.size() > 1 ? arguments[0] + ", value \"" + arguments[1] + "\"" : arguments[0];
+    return arguments.size() > 1 ? VALUE_OF(arguments[0], arguments[1]) : vxtools::Text(arguments[0]);
 }
 
 void get(const Arguments& arguments, Messages&)
@@ -213,8 +213,8 @@ void importBranch(const Arguments& arguments, Messages&)
     std::vector<Entry> entries;
     try {
         entries = parseEntries(name != "-" ? static_cast<std::istream&>(file) : std::cin);
-    } catch (const std::invalid_argument& failure) {
-        throw Failure(name == "-" ? vxtools::STANDARD_INPUT() : vxtools::Text(name), failure.what());
+    } catch (const vxtools::UsageError& failure) {
+        throw Failure(name == "-" ? vxtools::STANDARD_INPUT() : vxtools::Text(name), failure.text());
     }
     for (const Entry& entry : entries) {
         about(entry.key.getKey().toUtf8(), [&] {

@@ -1,12 +1,14 @@
 #include "vxreg/TextForm.h"
 
+#include "common/Failure.h"
+#include "vxreg/Texts.h"
+
 #include <vx/Exception.h>
 #include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <charconv>
 #include <istream>
-#include <stdexcept>
 #include <string_view>
 
 namespace vxreg {
@@ -15,6 +17,7 @@ namespace {
 
 using vx::String;
 using vx::util::RegistryKey;
+using vxtools::UsageError;
 
 constexpr char DIGITS[] = "0123456789abcdef";
 
@@ -32,7 +35,7 @@ Number parseNumber(std::string_view text, int base = 10)
     Number number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
     if (text.empty() || error != std::errc() || end != text.data() + text.size())
-        throw std::invalid_argument("no number of this size: " + std::string(text));
+        throw UsageError(NO_NUMBER(std::string(text)));
     return number;
 }
 
@@ -67,7 +70,7 @@ std::string quote(const String& text)
 String unquote(std::u16string_view& line)
 {
     if (line.empty() || line.front() != u'"')
-        throw std::invalid_argument("a quote is missing");
+        throw UsageError(NO_QUOTE());
     std::u16string text;
     for (std::size_t i = 1; i < line.size(); ++i) {
         if (line[i] == u'"') {
@@ -88,10 +91,10 @@ String unquote(std::u16string_view& line)
             text += static_cast<char16_t>(parseNumber<std::uint16_t>(std::string(digits.begin(), digits.end()), 16));
             i += 4;
         } else {
-            throw std::invalid_argument("a backslash with nothing that it stands for");
+            throw UsageError(LONE_BACKSLASH());
         }
     }
-    throw std::invalid_argument("a quote is missing");
+    throw UsageError(NO_QUOTE());
 }
 
 RegistryKey parseKey(std::u16string_view path)
@@ -104,14 +107,14 @@ RegistryKey parseKey(std::u16string_view path)
         }
         const std::u16string_view digits = path.substr(i + 1, 2);
         if (digits.size() != 2)
-            throw std::invalid_argument("a % with nothing that it stands for");
+            throw UsageError(LONE_PERCENT());
         text += static_cast<char16_t>(parseNumber<std::uint8_t>(std::string(digits.begin(), digits.end()), 16));
         i += 2;
     }
     try {
         return RegistryKey(String(std::u16string_view(text)));
     } catch (const vx::Exception&) {
-        throw std::invalid_argument("no hive has this name");
+        throw UsageError(NO_HIVE());
     }
 }
 
@@ -121,13 +124,13 @@ Value parseValueInLine(std::u16string_view line)
     if (!line.empty() && line.front() == u'"') {
         value.text = unquote(line);
         if (!line.empty())
-            throw std::invalid_argument("there is something after the text");
+            throw UsageError(AFTER_TEXT());
         return value;
     }
     const std::string text = String(line).toUtf8();
     const std::size_t colon = text.find(':');
     if (colon == text.npos || text.substr(0, colon) == "text")
-        throw std::invalid_argument("no value");
+        throw UsageError(NO_VALUE());
     return parseValue(text.substr(0, colon), text.substr(colon + 1));
 }
 
@@ -137,7 +140,7 @@ String fromUtf8(const std::string& bytes)
 {
     String text {std::string_view(bytes)};
     if (text.toUtf8() != bytes) // malformed bytes were replaced
-        throw std::invalid_argument("not UTF-8");
+        throw UsageError(NO_UTF_8());
     return text;
 }
 
@@ -201,11 +204,11 @@ Value parseValue(const std::string& type, const std::string& text)
     } else if (type == "hex") {
         value.type = VX_REG_BINARY;
         if (text.size() % 2 != 0)
-            throw std::invalid_argument("half a byte at the end");
+            throw UsageError(HALF_BYTE());
         for (std::size_t i = 0; i < text.size(); i += 2)
             value.bytes.push_back(static_cast<signed char>(parseNumber<std::uint8_t>(text.substr(i, 2), 16)));
     } else {
-        throw std::invalid_argument("no type: " + type);
+        throw UsageError(NO_TYPE(type));
     }
     return value;
 }
@@ -266,19 +269,19 @@ std::vector<Entry> parseEntries(std::istream& source)
             std::u16string_view line = text.view();
             if (line.front() == u'[') {
                 if (line.back() != u']')
-                    throw std::invalid_argument("a ] is missing");
+                    throw UsageError(NO_BRACKET());
                 entries.push_back({parseKey(line.substr(1, line.size() - 2)), false, {}, {}});
                 continue;
             }
             if (entries.empty())
-                throw std::invalid_argument("a value without a key above it");
+                throw UsageError(NO_KEY());
             Entry entry {entries.back().key, true, unquote(line), {}};
             if (line.empty() || line.front() != u'=')
-                throw std::invalid_argument("a = is missing");
+                throw UsageError(NO_EQUALS());
             entry.value = parseValueInLine(line.substr(1));
             entries.push_back(std::move(entry));
-        } catch (const std::invalid_argument& failure) {
-            throw std::invalid_argument("line " + std::to_string(number) + ": " + failure.what());
+        } catch (const UsageError& failure) {
+            throw UsageError(IN_LINE(number, failure.text()));
         }
     }
     return entries;

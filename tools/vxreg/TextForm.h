@@ -26,14 +26,14 @@ struct Value {
     std::vector<signed char> bytes;
 };
 
-/// Throws std::invalid_argument for bytes that are not UTF-8.
+/// Throws UsageError for bytes that are not UTF-8.
 vx::String fromUtf8(const std::string& bytes);
 
 /// Throws vx::Exception if the value cannot be read.
 Value readValue(const vx::util::RegistryKey& key, const vx::String& name);
 void writeValue(const vx::util::RegistryKey& key, const vx::String& name, const Value& value);
 
-/// Reads `text` as a value of `type` ("text", "u32", "u64" or "hex"). Throws std::invalid_argument that says what is
+/// Reads `text` as a value of `type` ("text", "u32", "u64" or "hex"). Throws UsageError that says what is
 /// wrong.
 Value parseValue(const std::string& type, const std::string& text);
 /// The value alone, for a program to read: a text as it is, a number in decimal, bytes in hexadecimal.
@@ -50,7 +50,7 @@ struct Entry {
     Value value;
 };
 
-/// Throws std::invalid_argument that names the line and says what is wrong with it.
+/// Throws UsageError that names the line and says what is wrong with it.
 std::vector<Entry> parseEntries(std::istream& source);
 
 } // namespace vxreg

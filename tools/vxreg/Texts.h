@@ -33,6 +33,24 @@ inline constexpr Message NO_SUCH_COMMAND {u"vxreg.no-such-command", "no command:
 inline constexpr Message OTHER_ARGUMENTS {u"vxreg.other-arguments", "{0} takes other arguments"};
 inline constexpr Message NOT_WRITTEN {u"vxreg.not-written", "cannot be written"};
 
+inline constexpr Message NO_UTF_8 {u"vxreg.no-utf-8", "not UTF-8"};
+inline constexpr Message NO_NUMBER {u"vxreg.no-number", "no number of this size: {0}"};
+inline constexpr Message NO_QUOTE {u"vxreg.no-quote", "a quote is missing"};
+inline constexpr Message LONE_BACKSLASH {u"vxreg.lone-backslash", "a backslash with nothing that it stands for"};
+inline constexpr Message LONE_PERCENT {u"vxreg.lone-percent", "a % with nothing that it stands for"};
+inline constexpr Message AFTER_TEXT {u"vxreg.after-text", "there is something after the text"};
+inline constexpr Message NO_VALUE {u"vxreg.no-value", "no value"};
+inline constexpr Message HALF_BYTE {u"vxreg.half-byte", "half a byte at the end"};
+inline constexpr Message NO_TYPE {u"vxreg.no-type", "no type: {0}"};
+inline constexpr Message NO_BRACKET {u"vxreg.no-bracket", "a ] is missing"};
+inline constexpr Message NO_KEY {u"vxreg.no-key", "a value without a key above it"};
+inline constexpr Message NO_EQUALS {u"vxreg.no-equals", "a = is missing"};
+inline constexpr Message IN_LINE {u"vxreg.in-line", "line {0}: {1}"};
+inline constexpr Message VALUE_OF {u"vxreg.value-of", "{0}, value \"{1}\""};
+inline constexpr Message CLASS_IS {u"vxreg.class-is", "class    {0}"};
+inline constexpr Message LIBRARY_IS {u"vxreg.library-is", "library  {0}"};
+inline constexpr Message OBJECT_CREATED {u"vxreg.object-created", "an object was created"};
+
 inline constexpr Message NO_LIBRARY {u"vxreg.no-library", "is not a shared library"};
 inline constexpr Message OTHER_MACHINE {u"vxreg.other-machine", "is a library for another machine"};
 inline constexpr Message TRUNCATED {u"vxreg.truncated", "is truncated, or its table of symbols is damaged"};
