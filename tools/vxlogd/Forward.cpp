@@ -74,7 +74,7 @@ std::string_view fieldsOf(std::string_view line)
 /// so that no text looks like a field.
 std::string_view peerOf(std::string_view line)
 {
-    constexpr std::string_view FIELD = "\"peer\":\"";
+    constexpr std::string_view FIELD = R"("peer":")";
     const std::size_t begin = line.find(FIELD);
     if (begin == line.npos)
         return {};
@@ -154,7 +154,7 @@ Forwarder::~Forwarder()
 
 Forwarder::Origin Forwarder::originOf(std::string_view line)
 {
-    constexpr std::string_view CLIENT = "\"client\":\"", LINE = "\"line\":";
+    constexpr std::string_view CLIENT = R"("client":")", LINE = R"("line":)";
     const std::size_t client = line.find(CLIENT), number = line.find(LINE);
     if (client == line.npos || number == line.npos)
         return {};

@@ -31,7 +31,7 @@ struct ForwardPosition {
 /// One file of a log. It stays open until all of it is forwarded, even if it is removed.
 class LogPart {
 public:
-    LogPart(int file, dev_t device, ino_t inode, std::uint64_t number);
+    LogPart(int descriptor, dev_t dev, ino_t ino, std::uint64_t rotated);
     ~LogPart();
     LogPart(const LogPart&) = delete;
     LogPart& operator=(const LogPart&) = delete;

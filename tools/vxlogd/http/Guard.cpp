@@ -76,7 +76,7 @@ Guard::Guard(const std::string& tokenFile, std::vector<std::string> hosts)
 {
     for (std::string& host : m_hosts)
         host = hostIn(host);
-    m_hosts.push_back("localhost");
+    m_hosts.emplace_back("localhost");
 }
 
 bool Guard::lets(const httplib::Request& request, const std::string& localHost, httplib::Response& response) const

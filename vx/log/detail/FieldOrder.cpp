@@ -15,8 +15,6 @@ namespace vx::log::detail {
 
 namespace {
 
-using vx::detail::TextBuilder;
-
 /// The text of the second in which the thread last printed a time. Most entries share it with the one before.
 struct SecondText {
     static constexpr std::size_t MOST_UNITS = 48;
@@ -52,7 +50,7 @@ void printTime(const ZonedTime& time, Utf8Builder& text)
     text.append(units.view());
 }
 
-using log::detail::printTime;
+using log::detail::printTime; // NOLINT(misc-unused-using-decls): used in a template
 
 } // namespace
 
@@ -112,7 +110,7 @@ void FieldOrder::print(const Field& field, Builder& text) const
     std::visit(printer, field.plain);
 }
 
-template void FieldOrder::print(const Field&, TextBuilder&) const;
+template void FieldOrder::print(const Field&, vx::detail::TextBuilder&) const;
 template void FieldOrder::print(const Field&, Utf8Builder&) const;
 
 bool FieldOrder::isPlain(const LogEntry& entry) noexcept

@@ -13,7 +13,7 @@ struct ClassEntries {
     std::function<const char16_t*()> generalProgId;
 
     /// Each throws Exception.
-    void set(const char16_t* description) const;
+    void set(const char16_t* words) const;
     void setLibrary(const char16_t* path) const;
     void remove() const;
 };
