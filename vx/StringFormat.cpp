@@ -26,11 +26,11 @@ constexpr int SIGNIFICANT = 6; // digits of a floating-point number
 template <class... Value>
 String printed(Value... value)
 {
-    char digits[32];
-    char* end = std::to_chars(digits, digits + sizeof digits, value...).ptr;
+    char digits[32] = {};
+    const char* const end = std::to_chars(digits, digits + sizeof digits, value...).ptr;
     char16_t text[sizeof digits];
-    const char16_t* last = std::copy(digits, end, text);
-    return String(text, static_cast<int>(last - text));
+    std::copy_n(digits, sizeof digits, text); // a fixed number needs no loop
+    return String(text, static_cast<int>(end - digits));
 }
 
 /// The number of the placeholder at the start of `text`, or -1. `*length` becomes the length of the placeholder.
