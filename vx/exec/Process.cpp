@@ -3,6 +3,7 @@
 #include "vx/Exceptions.h"
 #include "vx/Occasion.h"
 #include "vx/Result.h"
+#include "vx/detail/Hidden.h"
 #include "vx/io/FileInputStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vxsys/File.h"
@@ -23,7 +24,7 @@ String nameOf(const char16_t* program, const char16_t* commandLine, const char16
 } // namespace
 
 /// The parent's end of a pipe. It stays open as long as the process object or a stream uses it.
-class Process::Pipe : public Object {
+class VX_HIDDEN Process::Pipe : public Object {
 public:
     enum class Direction { FROM_CHILD, TO_CHILD };
 

@@ -4,6 +4,7 @@
 #include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
+#include "vx/detail/Hidden.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
@@ -121,7 +122,7 @@ void removeOld(std::vector<OldFile> files, const Rotation& rotation)
 
 /// All of the stream, so that it can grow without users being compiled again. An object, because the end of a lock or a
 /// file may throw.
-class RotatingFileStream::Core : public Object {
+class VX_HIDDEN RotatingFileStream::Core : public Object {
 public:
     Core(const String& path, Rotation rotation);
 

@@ -2,6 +2,7 @@
 
 #include "vx/Exception.h"
 #include "vx/Result.h"
+#include "vx/detail/Hidden.h"
 #include "vx/log/detail/EntryFields.h"
 #include "vx/sync/ScopedLock.h"
 
@@ -41,7 +42,7 @@ constexpr std::uint64_t pack(std::int32_t lowest, std::int32_t highest) noexcept
 
 } // namespace
 
-class LogFilter::Rules : public Object {
+class VX_HIDDEN LogFilter::Rules : public Object {
 public:
     explicit Rules(std::vector<Rule> rules)
         : m_rules(std::move(rules))

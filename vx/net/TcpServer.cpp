@@ -3,6 +3,7 @@
 #include "vx/Exception.h"
 #include "vx/Result.h"
 #include "vx/ThreadAnnotations.h"
+#include "vx/detail/Hidden.h"
 #include "vx/net/SocketPoller.h"
 #include "vx/net/detail/Listeners.h"
 #include "vx/net/detail/NativeResult.h"
@@ -42,7 +43,7 @@ TcpConnection::TcpConnection(Reference<TcpSocketHandle> handle, const String& pe
 
 TcpConnection::~TcpConnection() noexcept(false) = default;
 
-class TcpServer::Core {
+class VX_HIDDEN TcpServer::Core {
 public:
     Core(Settings settings, Handler handler);
     ~Core();

@@ -4,6 +4,7 @@
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/collections/vorb/detail/Search.h"
+#include "vx/detail/Hidden.h"
 
 #include <cstdlib>
 #include <exception>
@@ -12,7 +13,7 @@
 namespace vx::collections::vorb {
 
 /// An iterator over the part that uses an iterator of the whole list.
-class AbstractListSubList::SubListIterator : public ComObject, public virtual ListIterator {
+class VX_HIDDEN AbstractListSubList::SubListIterator : public ComObject, public virtual ListIterator {
 public:
     SubListIterator(AbstractListSubList* list, int index)
         : m_list(list)

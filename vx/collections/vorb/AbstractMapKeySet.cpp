@@ -1,10 +1,11 @@
 #include "vx/collections/vorb/AbstractMapKeySet.h"
 
 #include "vx/collections/vorb/detail/EntryPartIterator.h"
+#include "vx/detail/Hidden.h"
 
 namespace vx::collections::vorb {
 
-class AbstractMapKeySet::KeySetIterator : public detail::EntryPartIterator<&MapEntry::getKey> {
+class VX_HIDDEN AbstractMapKeySet::KeySetIterator : public detail::EntryPartIterator<&MapEntry::getKey> {
 public:
     using EntryPartIterator::EntryPartIterator;
 };

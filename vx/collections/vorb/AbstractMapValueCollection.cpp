@@ -1,10 +1,12 @@
 #include "vx/collections/vorb/AbstractMapValueCollection.h"
 
 #include "vx/collections/vorb/detail/EntryPartIterator.h"
+#include "vx/detail/Hidden.h"
 
 namespace vx::collections::vorb {
 
-class AbstractMapValueCollection::ValueCollectionIterator : public detail::EntryPartIterator<&MapEntry::getValue> {
+class VX_HIDDEN AbstractMapValueCollection::ValueCollectionIterator
+    : public detail::EntryPartIterator<&MapEntry::getValue> {
 public:
     using EntryPartIterator::EntryPartIterator;
 };

@@ -5,6 +5,7 @@
 #include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/collections/vorb/detail/Search.h"
+#include "vx/detail/Hidden.h"
 #include "vxsys/Thread.h"
 
 #include <algorithm>
@@ -32,7 +33,7 @@ bool isDerived(const ArrayList& list) noexcept
 } // namespace
 
 /// Reads the array directly, without the operations by index.
-class ArrayList::ArrayIterator final : public AbstractListIterator {
+class VX_HIDDEN ArrayList::ArrayIterator final : public AbstractListIterator {
 public:
     ArrayIterator(ArrayList* list, int cursor)
         : AbstractListIterator(list, cursor)

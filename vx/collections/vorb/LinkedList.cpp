@@ -3,6 +3,7 @@
 #include "vx/collections/vorb/AbstractListIterator.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/collections/vorb/detail/Search.h"
+#include "vx/detail/Hidden.h"
 
 #include <iterator>
 #include <typeinfo>
@@ -22,7 +23,7 @@ bool isDerived(const LinkedList& list) noexcept
 
 /// Remembers the node of its last step, so that the next step need not start at the front. That node cannot have been
 /// removed by another caller: the base checks the modification count before each step.
-class LinkedList::NodeIterator : public AbstractListIterator {
+class VX_HIDDEN LinkedList::NodeIterator : public AbstractListIterator {
 public:
     NodeIterator(LinkedList* list, int cursor)
         : AbstractListIterator(list, cursor)

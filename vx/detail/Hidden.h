@@ -1,0 +1,4 @@
+#pragma once
+
+/// Hides a private class of an exported class. No user can call it, so it may change at any time.
+#define VX_HIDDEN __attribute__((visibility("hidden")))
