@@ -90,6 +90,20 @@ void check(benchmark::State& state, const typename Library::Number& result, std:
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(std::size(AMOUNTS)));
 }
 
+/// Does `work` with each of the amounts or texts. `wanted` is how the last result begins.
+template <class Library, class Items, class Work>
+void forEach(benchmark::State& state, Items Invoice<Library>::*items, std::string_view wanted, Work&& work)
+{
+    Invoice<Library> invoice;
+    for (auto _ : state) {
+        for (const auto& item : invoice.*items) {
+            work(invoice, item);
+            benchmark::DoNotOptimize(invoice.result);
+        }
+    }
+    check<Library>(state, invoice.result, wanted);
+}
+
 template <class Library>
 void sum(benchmark::State& state)
 {
@@ -106,40 +120,22 @@ void sum(benchmark::State& state)
 template <class Library>
 void tax(benchmark::State& state)
 {
-    Invoice<Library> invoice;
-    for (auto _ : state) {
-        for (const auto& amount : invoice.amounts) {
-            Library::tax(invoice.result, amount, invoice.rate);
-            benchmark::DoNotOptimize(invoice.result);
-        }
-    }
-    check<Library>(state, invoice.result, "0.63");
+    forEach<Library>(state, &Invoice<Library>::amounts, "0.63",
+        [](auto& invoice, const auto& amount) { Library::tax(invoice.result, amount, invoice.rate); });
 }
 
 template <class Library>
 void quotient(benchmark::State& state)
 {
-    Invoice<Library> invoice;
-    for (auto _ : state) {
-        for (const auto& amount : invoice.amounts) {
-            Library::divide(invoice.result, amount, invoice.rate);
-            benchmark::DoNotOptimize(invoice.result);
-        }
-    }
-    check<Library>(state, invoice.result, "17.5");
+    forEach<Library>(state, &Invoice<Library>::amounts, "17.5",
+        [](auto& invoice, const auto& amount) { Library::divide(invoice.result, amount, invoice.rate); });
 }
 
 template <class Library>
 void parseAmount(benchmark::State& state)
 {
-    Invoice<Library> invoice;
-    for (auto _ : state) {
-        for (const auto& text : invoice.texts) {
-            Library::parse(invoice.result, text);
-            benchmark::DoNotOptimize(invoice.result);
-        }
-    }
-    check<Library>(state, invoice.result, "3.33");
+    forEach<Library>(state, &Invoice<Library>::texts, "3.33",
+        [](auto& invoice, const auto& text) { Library::parse(invoice.result, text); });
 }
 
 template <class Library>

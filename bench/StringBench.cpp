@@ -306,16 +306,23 @@ void substring(benchmark::State& state)
     countUnits(state);
 }
 
+/// Measures what has to be true.
+template <class Test>
+void require(benchmark::State& state, Test&& test)
+{
+    for (auto _ : state) {
+        if (!test())
+            state.SkipWithError("another result");
+    }
+    countUnits(state);
+}
+
 template <class Type>
 void equals(benchmark::State& state)
 {
     const auto left = Type::make(words(state.range(0)));
     const auto right = Type::make(words(state.range(0)));
-    for (auto _ : state) {
-        if (!Type::equals(left, right))
-            state.SkipWithError("not equal");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::equals(left, right); });
 }
 
 template <class Type>
@@ -324,11 +331,7 @@ void equalsFolded(benchmark::State& state)
     const auto left = Type::make(words(state.range(0)));
     auto right = Type::make(words(state.range(0)));
     Type::upper(right);
-    for (auto _ : state) {
-        if (!Type::equalsFolded(left, right))
-            state.SkipWithError("not equal");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::equalsFolded(left, right); });
 }
 
 template <class Type>
@@ -336,22 +339,14 @@ void compare(benchmark::State& state)
 {
     const auto left = Type::make(words(state.range(0) - 1) + u'a');
     const auto right = Type::make(words(state.range(0) - 1) + u'b');
-    for (auto _ : state) {
-        if (Type::compare(left, right) >= 0)
-            state.SkipWithError("not less");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::compare(left, right) < 0; });
 }
 
 template <class Type>
 void findUnit(benchmark::State& state)
 {
     const auto text = Type::make(words(state.range(0) - 1) + u'#');
-    for (auto _ : state) {
-        if (Type::find(text, u'#') != state.range(0) - 1)
-            state.SkipWithError("not found");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::find(text, u'#') == state.range(0) - 1; });
 }
 
 template <class Type>
@@ -359,11 +354,7 @@ void findText(benchmark::State& state)
 {
     const auto text = Type::make(words(state.range(0) - 6) + u"thence");
     const auto piece = Type::make(u"thence");
-    for (auto _ : state) {
-        if (Type::find(text, piece) != state.range(0) - 6)
-            state.SkipWithError("not found");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::find(text, piece) == state.range(0) - 6; });
 }
 
 /// Greek, Cyrillic and Latin in turn, without regard to case.
@@ -377,22 +368,14 @@ void findFoldedInScripts(benchmark::State& state)
     source.resize(static_cast<std::size_t>(state.range(0)) - 6);
     const auto text = Type::make(source + u"Λιμάνι");
     const auto piece = Type::make(u"λΙΜάνι");
-    for (auto _ : state) {
-        if (Type::findFolded(text, piece) != state.range(0) - 6)
-            state.SkipWithError("not found");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::findFolded(text, piece) == state.range(0) - 6; });
 }
 
 template <class Type>
 void findLastUnit(benchmark::State& state)
 {
     const auto text = Type::make(u'#' + words(state.range(0) - 1));
-    for (auto _ : state) {
-        if (Type::findLast(text, u'#') != 0)
-            state.SkipWithError("not found");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::findLast(text, u'#') == 0; });
 }
 
 template <class Type>
@@ -400,22 +383,14 @@ void findLastText(benchmark::State& state)
 {
     const auto text = Type::make(u"thence" + words(state.range(0) - 6));
     const auto piece = Type::make(u"thence");
-    for (auto _ : state) {
-        if (Type::findLast(text, piece) != 0)
-            state.SkipWithError("not found");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::findLast(text, piece) == 0; });
 }
 
 template <class Type>
 void findFirstOf(benchmark::State& state)
 {
     const auto text = Type::make(words(state.range(0) - 1) + u';');
-    for (auto _ : state) {
-        if (Type::findFirstOf(text, u",;:=") != state.range(0) - 1)
-            state.SkipWithError("not found");
-    }
-    countUnits(state);
+    require(state, [&] { return Type::findFirstOf(text, u",;:=") == state.range(0) - 1; });
 }
 
 template <class Type>
