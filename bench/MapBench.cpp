@@ -4,6 +4,15 @@
 
 #include <benchmark/benchmark.h>
 
+#ifdef VX_BENCH_QT
+#include <QHash>
+#include <QSharedPointer>
+#include <QString>
+#endif
+#ifdef VX_BENCH_ABSL
+#include <absl/container/flat_hash_map.h>
+#endif
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -148,6 +157,29 @@ struct Peer {
     }
 };
 
+#ifdef VX_BENCH_ABSL
+struct Absl : Peer {
+    using Map = absl::flat_hash_map<Key, Value, Hash, Equal>;
+
+    static std::unique_ptr<Map> newMap() { return std::make_unique<Map>(); }
+};
+#endif
+
+#ifdef VX_BENCH_QT
+struct Qt5 {
+    using Key = QString;
+    using Value = QSharedPointer<Peer::Thing>;
+    using Map = QHash<Key, Value>;
+
+    static Key newKey(int number) { return QString::fromStdU16String(textOf(number)); }
+    static Value newValue() { return Value::create(); }
+    static std::unique_ptr<Map> newMap() { return std::make_unique<Map>(); }
+    static void put(Map& map, const Key& key, const Value& value) { map.insert(key, value); }
+    static bool get(const Map& map, const Key& key) { return !map.value(key).isNull(); }
+    static bool remove(Map& map, const Key& key) { return !map.take(key).isNull(); }
+};
+#endif
+
 struct Tree : Peer {
     struct Less {
         bool operator()(const Key& left, const Key& right) const { return *left < *right; }
@@ -280,5 +312,17 @@ BENCHMARK(remove<Ours>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kM
 BENCHMARK(remove<Peer>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(remove<Colliding>)->ArgName("shuffled")->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(remove<Tree>)->ArgName("shuffled")->Arg(1)->Unit(benchmark::kMillisecond);
+
+#ifdef VX_BENCH_ABSL
+BENCHMARK(put<Absl>)->Unit(benchmark::kMillisecond);
+BENCHMARK(get<Absl>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(iterate<Absl>)->Unit(benchmark::kMillisecond);
+BENCHMARK(remove<Absl>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+#endif
+#ifdef VX_BENCH_QT
+BENCHMARK(put<Qt5>)->Unit(benchmark::kMillisecond);
+BENCHMARK(get<Qt5>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(remove<Qt5>)->ArgName("shuffled")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+#endif
 
 } // namespace
