@@ -5,9 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <barrier>
 #include <cstdlib>
+#include <cstring>
 #include <string>
-#include <utility>
+#include <string_view>
+#include <thread>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -41,18 +46,97 @@ TEST(Defaults, FollowTheEnvironment)
     }
 }
 
-TEST(Defaults, FollowAStringThatTheProgramItselfChanges)
-{
-    static char variable[] = "LC_ALL=xx_XX.KOI8-R";
-    const ScopedVariable all("LC_ALL", nullptr);
-    ::putenv(variable);
-    char16_t name[40];
-    for (const auto& [last, encoding] : {std::pair('R', u"KOI8-R"), std::pair('U', u"KOI8-U")}) {
-        variable[sizeof variable - 2] = last;
-        EXPECT_EQ(VXGetDefaultCharEncoding(name, 40), 0);
-        EXPECT_EQ(name, std::u16string(encoding));
+/// The destructor sets all variables to what they were.
+class SavedEnvironment : NotCopied {
+public:
+    SavedEnvironment()
+    {
+        for (char** entry = ::environ; *entry != nullptr; ++entry)
+            m_entries.emplace_back(*entry);
     }
-    ::unsetenv("LC_ALL");
+    ~SavedEnvironment()
+    {
+        ::clearenv();
+        for (const std::string& entry : m_entries) {
+            const std::size_t nameEnd = entry.find('=');
+            ::setenv(entry.substr(0, nameEnd).c_str(), entry.c_str() + nameEnd + 1, 1);
+        }
+    }
+
+private:
+    std::vector<std::string> m_entries;
+};
+
+std::u16string defaultEncoding()
+{
+    char16_t name[40];
+    EXPECT_EQ(VXGetDefaultCharEncoding(name, 40), 0);
+    return name;
+}
+
+char g_ownEntry[] = "LC_CTYPE=xx_XX.KOI8-R"; // which the program changes in place
+char* const g_ownLetter = g_ownEntry + sizeof g_ownEntry - 2;
+char* const g_ownValue = std::strchr(g_ownEntry, '=') + 1;
+char g_firstEntry[] = "LANG=xx_XX.KOI8-R";
+char g_secondEntry[] = "LANG=xx_XX.KOI8-U";
+char* g_ownArray[] = {g_firstEntry, nullptr};
+
+const struct {
+    const char* what;
+    void (*change)();
+    std::u16string_view encoding;
+} ENVIRONMENT_CHANGES[] = {
+    {"nothing", [] {}, u"ISO-8859-15"},
+    {"a new variable", [] { ::setenv("LC_ALL", "xx_XX.KOI8-R", 1); }, u"KOI8-R"},
+    {"another value", [] { ::setenv("LC_ALL", "xx_XX.KOI8-U", 1); }, u"KOI8-U"},
+    {"the first value again", [] { ::setenv("LC_ALL", "xx_XX.KOI8-R", 1); }, u"KOI8-R"},
+    {"an empty value", [] { ::setenv("LC_ALL", "", 1); }, u"ISO-8859-15"},
+    {"a string of the program", [] { ::putenv(g_ownEntry); }, u"KOI8-R"},
+    {"that string in place", [] { *g_ownLetter = 'U'; }, u"KOI8-U"},
+    {"that string made empty in place", [] { *g_ownValue = '\0'; }, u"ISO-8859-15"},
+    {"that string filled again", [] { *g_ownValue = 'x'; }, u"KOI8-U"},
+    {"no such variable", [] { ::unsetenv("LC_CTYPE"); }, u"ISO-8859-15"},
+    {"two others", [] { ::setenv("VX_A", "1", 1), ::setenv("VX_B", "1", 1); }, u"ISO-8859-15"},
+    {"as many variables as before, and the same last one",
+        [] {
+            ::unsetenv("VX_A"), ::unsetenv("VX_B");
+            ::setenv("LC_CTYPE", "xx_XX.KOI8-R", 1), ::setenv("VX_B", "1", 1);
+        },
+        u"KOI8-R"},
+    {"none", [] { ::clearenv(); }, u"UTF-8"},
+    {"one in an empty environment", [] { ::setenv("LANG", "xx_XX.KOI8-R", 1); }, u"KOI8-R"},
+    {"another array", [] { ::clearenv(), ::environ = g_ownArray; }, u"KOI8-R"},
+    {"a place in that array", [] { g_ownArray[0] = g_secondEntry; }, u"KOI8-U"},
+    {"no array", [] { ::environ = nullptr; }, u"UTF-8"},
+};
+
+TEST(Defaults, FollowEachWayOfChangingTheEnvironment)
+{
+    for (const int others : {0, 1, 2, 3, 300}) {
+        const SavedEnvironment restored;
+        ::clearenv();
+        for (int number = 0; number < others; ++number)
+            ::setenv(("VX_OTHER_" + std::to_string(number)).c_str(), "1", 1);
+        ::setenv("LANG", "xx_XX.ISO8859-15", 1);
+        *g_ownLetter = 'R';
+        g_ownArray[0] = g_firstEntry;
+
+        std::barrier<> step(2);
+        std::thread another([&] { // changes nothing, and sees all that this one changes
+            for (const auto& row : ENVIRONMENT_CHANGES) {
+                step.arrive_and_wait();
+                EXPECT_EQ(defaultEncoding(), row.encoding) << row.what << ", beside " << others;
+                step.arrive_and_wait();
+            }
+        });
+        for (const auto& row : ENVIRONMENT_CHANGES) {
+            row.change();
+            EXPECT_EQ(defaultEncoding(), row.encoding) << row.what << ", beside " << others;
+            step.arrive_and_wait();
+            step.arrive_and_wait();
+        }
+        another.join();
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "vxsys/Defaults.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/Units8.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -16,6 +17,7 @@
 
 namespace {
 
+using namespace vxsys::detail;
 using namespace vxsys::results;
 
 constexpr std::string_view FALLBACK_ENCODING = "UTF-8";
@@ -76,52 +78,129 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
-/// A number computed from the addresses of the environment's strings. It changes when a variable is set. Computing it
-/// takes less time than looking up one variable.
-std::uint64_t stampOfEnvironment() noexcept
-{
-    constexpr std::uint64_t STEP = 0x9E37'79B9'7F4A'7C16; // even: the weights below are odd
-    std::uint64_t stamp = 0;
-    std::uint64_t weight = 1;
-    for (const char* const* entry = ::environ; entry != nullptr && *entry != nullptr; ++entry, weight += STEP)
-        stamp += reinterpret_cast<std::uintptr_t>(*entry) * weight;
-    return stamp;
-}
+/// Where the strings of the environment were when `take` was called. `setenv`, `putenv`, `unsetenv`, `clearenv` and an
+/// assignment to `environ` each change at least one of these places. Comparing all of them takes less time than looking
+/// up one variable.
+class EnvironmentPlaces {
+public:
+    void take() noexcept
+    {
+        m_array = ::environ;
+        m_count = 0;
+        m_stampOfRest = 0;
+        if (m_array == nullptr)
+            return;
+        do {
+            if (m_count == std::size(m_places)) {
+                m_stampOfRest = stampOf(m_array + m_count);
+                return;
+            }
+            m_places[m_count] = m_array[m_count];
+        } while (m_places[m_count++] != nullptr);
+    }
+
+    /// Reads aligned blocks. Such a block never extends into another page, but it may contain memory after the end of
+    /// an array that has become shorter. Sanitizers must not check these reads.
+    __attribute__((no_sanitize("address"), no_sanitize("thread"))) bool areCurrent() const noexcept
+    {
+        const char* const* const array = ::environ;
+        if (array != m_array)
+            return false;
+        std::size_t index = 0;
+        const auto isSame = [&] { return array[index] == m_places[index]; };
+        for (; index < m_count && reinterpret_cast<std::uintptr_t>(array + index) % (2 * sizeof(Units8)) != 0;
+             ++index) {
+            if (!isSame())
+                return false;
+        }
+        for (; index + 2 * AT_ONCE <= m_count; index += 2 * AT_ONCE) {
+            const Units8 same = sameUnits(array + index, m_places + index)
+                & sameUnits(array + index + AT_ONCE, m_places + index + AT_ONCE);
+            if (maskOf(same) != ALL_LANES)
+                return false;
+        }
+        for (; index < m_count; ++index) {
+            if (!isSame())
+                return false;
+        }
+        return m_stampOfRest == 0 || m_stampOfRest == stampOf(array + m_count);
+    }
+
+private:
+    static constexpr std::size_t AT_ONCE = sizeof(Units8) / sizeof(char*);
+
+    __attribute__((no_sanitize("address"), no_sanitize("thread"))) static Units8 sameUnits(
+        const char* const* left, const char* const* right) noexcept
+    {
+        return Units8(*reinterpret_cast<const Units8*>(left) == load8(reinterpret_cast<const char16_t*>(right)));
+    }
+
+    /// A number computed from the places of an array that ends with null. Never 0.
+    static std::uint64_t stampOf(const char* const* array) noexcept
+    {
+        constexpr std::uint64_t STEP = 0x9E37'79B9'7F4A'7C16; // even: the weights below are odd
+        std::uint64_t stamp = 1;
+        std::uint64_t weight = 1;
+        for (; *array != nullptr; ++array, weight += STEP)
+            stamp += reinterpret_cast<std::uintptr_t>(*array) * weight;
+        return std::max<std::uint64_t>(stamp, 1);
+    }
+
+    const char* const* m_array;
+    std::size_t m_count; ///< of the places, with the null at the end
+    std::uint64_t m_stampOfRest; ///< of the places that have no room here; 0 if all have
+    const char* m_places[128];
+};
 
 /// The encoding of the last locale. It is stored because opening a locale takes longer than converting most texts.
-struct LastEncoding {
-    /// Also compares the name, because a program may change a string that it has passed to putenv.
-    bool isCurrent() const noexcept
+class LastEncoding {
+public:
+    /// The name of the locale that the environment demands now; "" if it names none. The strings of the variables are
+    /// read each time, because a program may change a string that it has passed to putenv.
+    const char* localeNow() noexcept
     {
-        return isKnown && stamp == stampOfEnvironment() && (value == nullptr || std::strcmp(value, locale) == 0);
-    }
-    /// Whether `name` is still the name of the locale, although the environment has changed.
-    bool remainsFor(std::string_view name) noexcept
-    {
-        if (!isKnown || name != locale)
-            return false;
-        value = name.data();
-        stamp = stampOfEnvironment();
-        return true;
+        if (!m_places.areCurrent()) {
+            for (std::size_t index = 0; index < std::size(VARIABLES); ++index)
+                m_values[index] = std::getenv(VARIABLES[index]);
+            m_places.take();
+        }
+        for (const char* value : m_values) {
+            if (value != nullptr && *value != '\0')
+                return value;
+        }
+        return "";
     }
 
-    void keep(std::string_view name, std::u16string_view found) noexcept
+    bool isOf(const char* locale) const noexcept { return m_isKnown && std::strcmp(m_locale, locale) == 0; }
+
+    void keep(std::string_view locale, std::u16string_view encoding) noexcept
     {
-        isKnown = name.size() < sizeof locale && !found.empty() && found.size() < std::size(encoding);
-        if (isKnown) {
-            *std::copy(name.begin(), name.end(), locale) = '\0';
-            length = found.copy(encoding, found.size());
-            value = name.data();
-            stamp = stampOfEnvironment();
+        m_isKnown = locale.size() < sizeof m_locale && !encoding.empty() && encoding.size() < std::size(m_encoding);
+        if (m_isKnown) {
+            *std::copy(locale.begin(), locale.end(), m_locale) = '\0';
+            m_length = encoding.copy(m_encoding, encoding.size());
         }
     }
 
-    bool isKnown;
-    const char* value; ///< of the variable that decides; null if none does
-    std::uint64_t stamp;
-    char locale[64];
-    char16_t encoding[64];
-    std::size_t length;
+    std::int32_t write(char16_t* name, std::int32_t size) const noexcept
+    {
+        if (m_length >= static_cast<std::size_t>(size)) {
+            *name = 0;
+            return RESULT_BUFFER_TOO_SMALL;
+        }
+        *std::copy_n(m_encoding, m_length, name) = 0;
+        return RESULT_OK;
+    }
+
+private:
+    static constexpr const char* VARIABLES[] = {"LC_ALL", "LC_CTYPE", "LANG"};
+
+    bool m_isKnown;
+    EnvironmentPlaces m_places;
+    const char* m_values[std::size(VARIABLES)];
+    char m_locale[64];
+    char16_t m_encoding[64];
+    std::size_t m_length;
 };
 
 constinit thread_local LastEncoding s_lastEncoding {};
@@ -160,23 +239,17 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
 {
     if (name == nullptr || size < 1)
         return RESULT_INVALID_ARGUMENT;
-
-    LastEncoding& last = s_lastEncoding;
-    std::string_view environment;
-    if (last.isCurrent() || last.remainsFor(environment = localeOf({"LC_ALL", "LC_CTYPE", "LANG"}))) {
-        if (last.length >= static_cast<std::size_t>(size)) {
-            *name = 0;
-            return RESULT_BUFFER_TOO_SMALL;
-        }
-        *std::copy_n(last.encoding, last.length, name) = 0;
-        return RESULT_OK;
-    }
+    LastEncoding* last = &s_lastEncoding;
+    asm("" : "+r"(last)); // a compiler that knows what it points to asks for the thread's object again at each use
+    const char* const environment = last->localeNow();
+    if (last->isOf(environment))
+        return last->write(name, size);
     // Not the locale of the process, which belongs to the program and may not be set yet.
     const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
     // A locale that is not installed has only its name.
     const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale) : encodingIn(environment);
     const std::int32_t result = writeEncoding(encoding, name, size);
-    last.keep(environment, name);
+    last->keep(environment, name);
     if (locale != nullptr)
         ::freelocale(locale);
     return result;
