@@ -2,6 +2,7 @@
 
 #include "vx/StringLiteral.h"
 #include "vx/detail/InsertUtf8.h"
+#include "vx/detail/NumberText.h"
 #include "vx/detail/TextCopy.h"
 #include "vx/detail/TextRange.h"
 #include "vx/detail/TextScan.h"
@@ -22,15 +23,11 @@ constexpr STRUCT_VX_STR_LIT_INFO TRUE_TEXT = literal(u"true");
 constexpr STRUCT_VX_STR_LIT_INFO FALSE_TEXT = literal(u"false");
 constexpr int SIGNIFICANT = 6; // digits of a floating-point number
 
-/// Digits as std::to_chars makes them, which knows no locale.
-template <class... Value>
-String printed(Value... value)
+template <class Value>
+String printed(Value value)
 {
-    char digits[32] = {};
-    const char* const end = std::to_chars(digits, digits + sizeof digits, value...).ptr;
-    char16_t text[sizeof digits];
-    std::copy_n(digits, sizeof digits, text); // a fixed number needs no loop
-    return String(text, static_cast<int>(end - digits));
+    const detail::NumberText text(value);
+    return String(text.data(), text.length());
 }
 
 /// The number of the placeholder at the start of `text`, or -1. `*length` becomes the length of the placeholder.
@@ -312,7 +309,7 @@ String String::valueOf(float value)
 
 String String::valueOf(double value)
 {
-    return printed(value, std::chars_format::general, SIGNIFICANT);
+    return printed(value);
 }
 
 String String::valueOf(bool value)

@@ -116,6 +116,15 @@ void expectPrinted(const char* form)
     using Limits = std::numeric_limits<Value>;
     for (const Value value : {Value(0), Value(1), Value(-1), Value(42), Limits::min(), Limits::max(), Limits::lowest()})
         EXPECT_EQ(String::valueOf(value).toUtf8(), printed(form, value)) << form;
+    for (Value power = 10; power < Limits::max() / 10; power *= 10) { // each number of digits
+        for (const Value value : {Value(power - 1), power, Value(0 - power), Value(1 - power)})
+            EXPECT_EQ(String::valueOf(value).toUtf8(), printed(form, value)) << form;
+    }
+}
+
+double inPowersOfTen(double value, int exponent)
+{
+    return exponent < 0 ? value / std::pow(10.0, -exponent) : value * std::pow(10.0, exponent);
 }
 
 TEST(String, PrintsValuesAsTheCRuntimeDoes)
@@ -141,6 +150,13 @@ TEST(String, PrintsValuesAsTheCRuntimeDoes)
         static_assert(sizeof value == sizeof bits);
         std::memcpy(&value, &bits, sizeof value);
         ASSERT_EQ(String::valueOf(value).toUtf8(), printed("%g", value));
+
+        // Half a unit of the last digit printed, the doubles next to it, and a whole number, at any place of the point.
+        const int exponent = static_cast<int>(random() % 46) - 23;
+        const double half = inPowersOfTen(random() % 1'000'000 + 0.5, exponent);
+        for (const double near : {half, -half, std::nextafter(half, 0), std::nextafter(half, HUGE_VAL),
+                 inPowersOfTen(random() % 2'000, exponent)})
+            ASSERT_EQ(String::valueOf(near).toUtf8(), printed("%g", near));
     }
     EXPECT_EQ(String::valueOf(true), u"true");
     EXPECT_EQ(String::valueOf(false).getData(), String::valueOf(false).getData()) << "a literal, and no copy of it";
