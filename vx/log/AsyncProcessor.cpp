@@ -84,13 +84,13 @@ private:
     void dropOldest();
 
     enum class Outcome { PROCESSED, REFUSED };
-    /// Passes the entry to the target, several times if needed. The last exception is passed to `onFailure`, or is
-    /// thrown if there is no such function.
-    void handOver(const ILogEntry* entry);
-    Outcome tryOnce(const ILogEntry* entry, std::exception_ptr& failure);
+    /// Passes the entry to the target, several times if needed, and releases it. The last exception is passed to
+    /// `onFailure`, or is thrown if there is no such function.
+    void handOver(Reference<const ILogEntry>& entry);
+    Outcome tryOnce(Reference<const ILogEntry>& entry, std::exception_ptr& failure);
     /// Returns early if the processor is being destroyed.
     void pause(std::uint32_t milliseconds);
-    void report(const ILogEntry* entry, const std::exception_ptr& failure);
+    void report(Reference<const ILogEntry>& entry, std::exception_ptr& failure);
     void closeOne();
 
     bool isDone() const noexcept;
@@ -205,7 +205,7 @@ void* AsyncProcessorImpl::run()
     const WorkerEnd end(*this);
     for (Reference<const ILogEntry> entry; m_queue.takeOldestOrSleep(entry);) {
         try {
-            handOver(entry.get());
+            handOver(entry);
         } catch (...) {
             vxsys::passForcedUnwind();
             if (m_failures == Failures::END_WORKER)
@@ -231,7 +231,7 @@ void AsyncProcessorImpl::drain()
     const Working working(this);
     for (Reference<const ILogEntry> entry; m_queue.takeOldest(entry);) {
         try {
-            handOver(entry.get());
+            handOver(entry);
         } catch (...) {
             vxsys::passForcedUnwind();
             if (failure == nullptr)
@@ -290,6 +290,7 @@ void AsyncProcessorImpl::dropOldest()
         return;
     ++m_droppedOldest;
     drop(oldest.get());
+    oldest = nullptr;
     closeOne();
 }
 
@@ -305,7 +306,8 @@ void AsyncProcessorImpl::drop(const ILogEntry* entry)
     }
 }
 
-void AsyncProcessorImpl::handOver(const ILogEntry* entry)
+// A waiter that sees the entry as done may unload the component library that made it, so it is released first.
+void AsyncProcessorImpl::handOver(Reference<const ILogEntry>& entry)
 {
     std::exception_ptr failure;
     std::uint64_t milliseconds = m_options.firstPause;
@@ -317,14 +319,16 @@ void AsyncProcessorImpl::handOver(const ILogEntry* entry)
         if (m_queue.isClosedToWorkers())
             left = 1;
     }
+    failure = nullptr;
+    entry = nullptr;
     ++m_processed;
     closeOne();
 }
 
-AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(const ILogEntry* entry, std::exception_ptr& failure)
+AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(Reference<const ILogEntry>& entry, std::exception_ptr& failure)
 {
     try {
-        m_target->process(entry);
+        m_target->process(entry.get());
         return Outcome::PROCESSED;
     } catch (...) {
         failure = std::current_exception();
@@ -332,6 +336,7 @@ AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(const ILogEntry* entry, 
             return Outcome::REFUSED;
         ++m_failed; // the thread ends here
         ++m_lost;
+        entry = nullptr;
         closeOne();
         throw;
     }
@@ -344,19 +349,22 @@ void AsyncProcessorImpl::pause(std::uint32_t milliseconds)
     while (!m_queue.isClosedToWorkers() && sync::detail::waitUntil(m_done, end)) { }
 }
 
-void AsyncProcessorImpl::report(const ILogEntry* entry, const std::exception_ptr& failure)
+void AsyncProcessorImpl::report(Reference<const ILogEntry>& entry, std::exception_ptr& failure)
 {
     ++m_failed;
     ++m_lost;
-    if (m_options.onFailure != nullptr && entry != nullptr) {
+    if (m_options.onFailure != nullptr) {
         try {
-            m_options.onFailure(*entry, failure);
+            if (entry != nullptr)
+                m_options.onFailure(*entry, failure);
         } catch (...) { // the failure is counted, and a worker has no caller
             vxsys::passForcedUnwind();
         }
+        failure = nullptr;
     }
+    entry = nullptr;
     closeOne();
-    if (m_options.onFailure == nullptr)
+    if (failure != nullptr)
         std::rethrow_exception(failure);
 }
 

@@ -314,6 +314,38 @@ TEST(LogFilter, LetsPassWhatItsSettingsAllow)
     }
 }
 
+/// An entry may belong to a component, which can be unloaded once all of its entries are done.
+TEST(AsyncProcessor, HoldsNoEntryThatIsDone)
+{
+    AsyncOptions reporting;
+    reporting.onFailure = [](const ILogEntry&, const std::exception_ptr&) {};
+    struct Thrower : Picky {
+        void process(const ILogEntry* entry) override
+        {
+            if (fieldOf(*entry, u"text") == "bad")
+                Picky::process(entry);
+        }
+    };
+    const Reference<Thrower> target(new Thrower);
+    const Reference<AsyncProcessor> rows[] = {
+        AsyncProcessor::create(target.get(), 1),
+        AsyncProcessor::create(target.get(), 3, AsyncProcessor::Failures::KEEP_WORKER),
+        AsyncProcessor::create(target.get(), reporting),
+    };
+    for (const auto& async : rows) {
+        for (const char16_t* const text : {u"good", u"bad"}) {
+            for (int round = 0; round < 100; ++round) {
+                const Reference<LogEntry> entry = entryOf(text);
+                async->process(entry.get());
+                static_cast<void>(async->waitUntilDone());
+                ASSERT_EQ(entry->GetRefCount(), 1U) << "row " << &async - rows << ' ' << String(text) << ' ' << round;
+                if (async == rows[0] && *text == u'b')
+                    break; // its worker has ended
+            }
+        }
+    }
+}
+
 class Road : public testing::TestWithParam<int> { };
 
 /// Some texts exceed the limit on bytes alone, and callers wait for room.
