@@ -86,11 +86,11 @@ private:
     enum class Outcome { PROCESSED, REFUSED };
     /// Passes the entry to the target, several times if needed, and releases it. The last exception is passed to
     /// `onFailure`, or is thrown if there is no such function.
-    void handOver(Reference<const ILogEntry>& entry);
-    Outcome tryOnce(Reference<const ILogEntry>& entry, std::exception_ptr& failure);
+    void handOver(detail::TakenEntry& entry);
+    Outcome tryOnce(detail::TakenEntry& entry, std::exception_ptr& failure);
     /// Returns early if the processor is being destroyed.
     void pause(std::uint32_t milliseconds);
-    void report(Reference<const ILogEntry>& entry, std::exception_ptr& failure);
+    void report(detail::TakenEntry& entry, std::exception_ptr& failure);
     void closeOne();
 
     bool isDone() const noexcept;
@@ -203,7 +203,7 @@ void* AsyncProcessorImpl::run()
 {
     const Working working(this);
     const WorkerEnd end(*this);
-    for (Reference<const ILogEntry> entry; m_queue.takeOldestOrSleep(entry);) {
+    for (detail::TakenEntry entry; m_queue.takeOldestOrSleep(entry);) {
         try {
             handOver(entry);
         } catch (...) {
@@ -229,7 +229,7 @@ void AsyncProcessorImpl::drain()
     std::exception_ptr failure;
     const detail::EntryQueue::Closure closure(m_queue);
     const Working working(this);
-    for (Reference<const ILogEntry> entry; m_queue.takeOldest(entry);) {
+    for (detail::TakenEntry entry; m_queue.takeOldest(entry);) {
         try {
             handOver(entry);
         } catch (...) {
@@ -285,12 +285,12 @@ void AsyncProcessorImpl::dropNewest(const ILogEntry* entry)
 
 void AsyncProcessorImpl::dropOldest()
 {
-    Reference<const ILogEntry> oldest;
+    detail::TakenEntry oldest;
     if (!m_queue.takeOldest(oldest))
         return;
     ++m_droppedOldest;
     drop(oldest.get());
-    oldest = nullptr;
+    oldest.release();
     closeOne();
 }
 
@@ -307,7 +307,7 @@ void AsyncProcessorImpl::drop(const ILogEntry* entry)
 }
 
 // A waiter that sees the entry as done may unload the component library that made it, so it is released first.
-void AsyncProcessorImpl::handOver(Reference<const ILogEntry>& entry)
+void AsyncProcessorImpl::handOver(detail::TakenEntry& entry)
 {
     std::exception_ptr failure;
     std::uint64_t milliseconds = m_options.firstPause;
@@ -320,12 +320,12 @@ void AsyncProcessorImpl::handOver(Reference<const ILogEntry>& entry)
             left = 1;
     }
     failure = nullptr;
-    entry = nullptr;
+    entry.release();
     ++m_processed;
     closeOne();
 }
 
-AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(Reference<const ILogEntry>& entry, std::exception_ptr& failure)
+AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(detail::TakenEntry& entry, std::exception_ptr& failure)
 {
     try {
         m_target->process(entry.get());
@@ -336,7 +336,7 @@ AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(Reference<const ILogEntr
             return Outcome::REFUSED;
         ++m_failed; // the thread ends here
         ++m_lost;
-        entry = nullptr;
+        entry.release();
         closeOne();
         throw;
     }
@@ -349,20 +349,20 @@ void AsyncProcessorImpl::pause(std::uint32_t milliseconds)
     while (!m_queue.isClosedToWorkers() && sync::detail::waitUntil(m_done, end)) { }
 }
 
-void AsyncProcessorImpl::report(Reference<const ILogEntry>& entry, std::exception_ptr& failure)
+void AsyncProcessorImpl::report(detail::TakenEntry& entry, std::exception_ptr& failure)
 {
     ++m_failed;
     ++m_lost;
     if (m_options.onFailure != nullptr) {
         try {
-            if (entry != nullptr)
-                m_options.onFailure(*entry, failure);
+            if (entry.get() != nullptr)
+                m_options.onFailure(*entry.get(), failure);
         } catch (...) { // the failure is counted, and a worker has no caller
             vxsys::passForcedUnwind();
         }
         failure = nullptr;
     }
-    entry = nullptr;
+    entry.release();
     closeOne();
     if (failure != nullptr)
         std::rethrow_exception(failure);

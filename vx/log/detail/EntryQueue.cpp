@@ -1,8 +1,11 @@
 #include "vx/log/detail/EntryQueue.h"
 
+#include "vx/detail/StringLocks.h"
 #include "vx/log/LogEntry.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <utility>
 
 namespace vx::log::detail {
@@ -33,6 +36,60 @@ void add(std::atomic<std::int64_t>& number, std::int64_t more) noexcept
 
 } // namespace
 
+SpareMemory::~SpareMemory()
+{
+    while (void* const memory = take())
+        vxsys::deallocate(memory);
+}
+
+void SpareMemory::add(void* memory) noexcept
+{
+    if (memory != nullptr)
+        m_first = new (memory) Block {m_first, ++m_count};
+}
+
+void* SpareMemory::take() noexcept
+{
+    Block* const taken = m_first;
+    if (taken != nullptr) {
+        m_first = taken->next;
+        --m_count;
+    }
+    return taken;
+}
+
+void SpareMemory::offer(std::atomic<Block*>& place) noexcept
+{
+    if (place.load(std::memory_order_relaxed) != nullptr)
+        return;
+    place.store(std::exchange(m_first, nullptr), std::memory_order_release);
+    m_count = 0;
+}
+
+void SpareMemory::accept(std::atomic<Block*>& place) noexcept
+{
+    if (place.load(std::memory_order_relaxed) == nullptr)
+        return;
+    m_first = place.exchange(nullptr, std::memory_order_acquire);
+    m_count = m_first->count;
+}
+
+void TakenEntry::release() noexcept
+{
+    if (m_entry == nullptr || !vx::detail::isExactly<LogEntry>(*m_entry)) {
+        m_entry = nullptr;
+        return;
+    }
+    const auto* const own = static_cast<const LogEntry*>(m_entry.get());
+    if (own->GetRefCount() != 1 || own->GetComModule() != nullptr) {
+        m_entry = nullptr;
+        return;
+    }
+    static_cast<void>(m_entry.detach());
+    std::destroy_at(own);
+    m_memory = const_cast<LogEntry*>(own);
+}
+
 EntryQueue::EntryQueue(std::int64_t mostEntries, std::int64_t mostBytes)
     : m_mostEntries(mostEntries)
     , m_mostBytes(mostBytes)
@@ -41,13 +98,22 @@ EntryQueue::EntryQueue(std::int64_t mostEntries, std::int64_t mostBytes)
 {
 }
 
+EntryQueue::~EntryQueue()
+{
+    SpareMemory().accept(m_offered);
+}
+
 bool EntryQueue::put(const ILogEntry* entry)
 {
     Item item {Reference<const ILogEntry>(entry), bytesOf(entry)};
+    TakenEntry old;
     {
         const sync::ScopedLock lock(m_lock);
         if (!hasRoom(item.bytes))
             return false;
+        if (m_spare.count() == 0)
+            m_spare.accept(m_offered);
+        old.m_memory = m_spare.take();
         const std::int64_t bytes = item.bytes;
         m_arrived.push_back(std::move(item));
         add(m_acceptedBytes, bytes);
@@ -76,12 +142,12 @@ bool EntryQueue::waitForRoom(const ILogEntry* entry)
     return true;
 }
 
-bool EntryQueue::takeOldest(Reference<const ILogEntry>& entry)
+bool EntryQueue::takeOldest(TakenEntry& entry)
 {
     return take(entry, 0);
 }
 
-bool EntryQueue::takeOldestOrSleep(Reference<const ILogEntry>& entry)
+bool EntryQueue::takeOldestOrSleep(TakenEntry& entry)
 {
     while (!m_isClosed) {
         if (take(entry, 1))
@@ -93,11 +159,18 @@ bool EntryQueue::takeOldestOrSleep(Reference<const ILogEntry>& entry)
 }
 
 /// If no entry waits, counts `sleepers` more workers that sleep.
-bool EntryQueue::take(Reference<const ILogEntry>& entry, int sleepers)
+bool EntryQueue::take(TakenEntry& entry, int sleepers)
 {
-    Reference<const ILogEntry> oldest;
+    constexpr int MOST_SPARE = 32;
+
+    SpareMemory surplus; // is freed without the lock
     {
         const sync::ScopedLock takeLock(m_takeLock);
+        m_used.add(std::exchange(entry.m_memory, nullptr));
+        if (m_leaving.empty() || m_used.count() >= MOST_SPARE / 2)
+            m_used.offer(m_offered);
+        if (m_used.count() >= MOST_SPARE)
+            surplus.add(m_used.take());
         if (m_leaving.empty()) {
             const sync::ScopedLock lock(m_lock);
             m_leaving.swap(m_arrived);
@@ -107,13 +180,12 @@ bool EntryQueue::take(Reference<const ILogEntry>& entry, int sleepers)
             }
         }
         Item& item = m_leaving.front();
-        oldest = std::move(item.entry);
+        entry.m_entry = std::move(item.entry);
         m_takenBytes += item.bytes;
         m_leaving.pop_front();
         ++m_taken;
     }
     wakeCallers(waiting() == 0);
-    entry = std::move(oldest); // releases the previous entry without the lock
     return true;
 }
 

@@ -15,11 +15,58 @@
 
 namespace vx::log::detail {
 
+/// Memory of entries that were destroyed.
+class SpareMemory {
+public:
+    SpareMemory() noexcept = default;
+    ~SpareMemory();
+    SpareMemory(const SpareMemory&) = delete;
+    SpareMemory& operator=(const SpareMemory&) = delete;
+
+    int count() const noexcept { return m_count; }
+    /// Null is allowed.
+    void add(void* memory) noexcept;
+    /// Null if there is none.
+    void* take() noexcept;
+
+    struct Block {
+        Block* next;
+        int count; ///< of this and those after it
+    };
+    /// Leaves all of it in `place` if that is empty.
+    void offer(std::atomic<Block*>& place) noexcept;
+    /// Takes what is in `place`. Call this when there is no other.
+    void accept(std::atomic<Block*>& place) noexcept;
+
+private:
+    Block* m_first = nullptr;
+    int m_count = 0;
+};
+
+/// An entry that was taken from the queue. After its release, the memory of the entry if nobody else holds it.
+class TakenEntry {
+public:
+    TakenEntry() noexcept = default;
+    ~TakenEntry() { vxsys::deallocate(m_memory); }
+    TakenEntry(const TakenEntry&) = delete;
+    TakenEntry& operator=(const TakenEntry&) = delete;
+
+    const ILogEntry* get() const noexcept { return m_entry.get(); }
+    void release() noexcept;
+
+private:
+    friend class EntryQueue;
+
+    Reference<const ILogEntry> m_entry;
+    void* m_memory = nullptr;
+};
+
 /// The queue of an `AsyncProcessor`. Workers wait in it while it is empty, and callers while it is full.
 class EntryQueue {
 public:
     /// Limits for the number of waiting entries and for their bytes; 0 means no limit.
     EntryQueue(std::int64_t mostEntries, std::int64_t mostBytes);
+    ~EntryQueue();
     EntryQueue(const EntryQueue&) = delete;
     EntryQueue& operator=(const EntryQueue&) = delete;
 
@@ -29,10 +76,10 @@ public:
     /// room.
     bool waitForRoom(const ILogEntry* entry);
 
-    /// Replaces `entry` by the oldest one. Returns false if none waits.
-    bool takeOldest(Reference<const ILogEntry>& entry);
+    /// Takes the oldest entry; the one before must have been released. Returns false if none waits.
+    bool takeOldest(TakenEntry& entry);
     /// For a worker: waits for an entry. Returns false if the queue is closed to workers.
-    bool takeOldestOrSleep(Reference<const ILogEntry>& entry);
+    bool takeOldestOrSleep(TakenEntry& entry);
     /// After this call no worker gets an entry.
     void closeToWorkers();
     bool isClosedToWorkers() const noexcept { return m_isClosed; }
@@ -58,7 +105,7 @@ private:
 
     std::int64_t bytesOf(const ILogEntry* entry) const;
     bool hasRoom(std::int64_t bytes) const noexcept;
-    bool take(Reference<const ILogEntry>& entry, int sleepers);
+    bool take(TakenEntry& entry, int sleepers);
     void wakeCallers(bool all);
 
     const std::int64_t m_mostEntries;
@@ -73,10 +120,15 @@ private:
     std::atomic<std::int64_t> m_accepted {0};
     std::atomic<std::int64_t> m_acceptedBytes {0};
     std::atomic<std::int64_t> m_deepest {0};
+    // A thread that frees what another one has allocated waits for the locks of the allocator. So each caller frees the
+    // memory of an old entry, and the allocator has it at hand for the next entry of this thread.
+    SpareMemory m_spare VX_GUARDED_BY(m_lock);
+    std::atomic<SpareMemory::Block*> m_offered {nullptr};
     sync::Semaphore m_signal;
 
     sync::Mutex m_takeLock; ///< acquired before m_lock
     Items m_leaving VX_GUARDED_BY(m_takeLock); ///< entries that are older than those in m_arrived
+    SpareMemory m_used VX_GUARDED_BY(m_takeLock); ///< not offered yet
     std::atomic<std::int64_t> m_taken {0};
     std::atomic<std::int64_t> m_takenBytes {0};
 
