@@ -78,6 +78,28 @@ void encodeUnits(Encoding& pass, const State& state, ByteOf&& byteOf)
     }
 }
 
+/// The opposite of a table of characters: for each high byte, the offset of its page in `bytes`. Page 0 is empty.
+struct Pages {
+    int index[256] {};
+    unsigned char bytes[8 * 256] {};
+
+    constexpr explicit Pages(const char16_t (&characters)[256]) noexcept
+    {
+        int last = 0;
+        for (std::size_t byte = 0; byte < 256; ++byte) {
+            const char16_t unit = characters[byte];
+            if (unit == REPLACEMENT)
+                continue;
+            int& page = index[unit >> 8];
+            if (page == 0)
+                page = last += 256;
+            bytes[page + (unit & 0xFF)] = static_cast<unsigned char>(byte);
+        }
+    }
+};
+constexpr Pages CP437_PAGES(CP437_CHARS);
+constexpr Pages CP1252_PAGES(CP1252_CHARS);
+
 signed char byteBelow(char16_t unit, char16_t limit) noexcept
 {
     return unit < limit ? static_cast<signed char>(unit) : static_cast<signed char>(0);
@@ -186,9 +208,9 @@ std::int32_t CTBSingleByteTable::convert(const char16_t* src, std::int32_t* srcP
     const auto byteOf = [index = m_pageIndex, pages = m_pages](char16_t unit) {
         return static_cast<signed char>(pages[index[unit >> 8] + (unit & 0xFF)]);
     };
-    if (m_pages == CP1252_PAGES)
+    if (m_pages == CP1252_PAGES.bytes)
         encodeUnits<Itself::ALL_BUT_C1>(pass, state, byteOf);
-    else if (m_pages == CP437_PAGES)
+    else if (m_pages == CP437_PAGES.bytes)
         encodeUnits<Itself::ASCII>(pass, state, byteOf);
     else
         encodeUnits<Itself::NONE>(pass, state, byteOf);
@@ -206,14 +228,14 @@ signed char CTBSingleByteTable::convertChar(char16_t unit)
 }
 
 CTBCP437::CTBCP437() noexcept
-    : CTBSingleByteTable(u"CP437", CP437_PAGE_INDEX, CP437_PAGES)
+    : CTBSingleByteTable(u"CP437", CP437_PAGES.index, CP437_PAGES.bytes)
 {
 }
 
 CTBCP437::~CTBCP437() noexcept = default;
 
 CTBCP1252::CTBCP1252() noexcept
-    : CTBSingleByteTable(u"CP1252", CP1252_PAGE_INDEX, CP1252_PAGES)
+    : CTBSingleByteTable(u"CP1252", CP1252_PAGES.index, CP1252_PAGES.bytes)
 {
 }
 
