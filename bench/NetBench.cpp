@@ -21,7 +21,6 @@
 #include <memory>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <sstream>
 #include <string>
 #include <sys/epoll.h>
 #include <sys/socket.h>

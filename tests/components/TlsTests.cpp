@@ -13,7 +13,6 @@
 
 #include <csignal>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>

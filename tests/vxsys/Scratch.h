@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tests/NotCopied.h"
-#include "vxsys/Text.h"
 
 #include <gtest/gtest.h>
 

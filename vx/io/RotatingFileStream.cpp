@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
 #include <string>
 #include <string_view>
 #include <utility>

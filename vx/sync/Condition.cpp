@@ -3,8 +3,6 @@
 #include "vx/Exception.h"
 #include "vx/Result.h"
 
-#include <exception>
-
 namespace vx::sync {
 
 Condition::Condition(const char* name, unsigned int flags)

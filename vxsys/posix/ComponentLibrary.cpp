@@ -9,7 +9,6 @@
 #include "vxsys/posix/LibraryFile.h"
 #include "vxsys/posix/RegistryChanges.h"
 
-#include <cstring>
 #include <dlfcn.h>
 #include <functional>
 #include <memory>

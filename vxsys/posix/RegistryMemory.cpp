@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <mutex>
 #include <unistd.h>
 
 namespace vxsys::detail {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "vxsys/File.h"
 #include "vxsys/Named.h"
 
 #include <cstdint>

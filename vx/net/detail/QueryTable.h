@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <map>
-#include <string_view>
 #include <vector>
 
 namespace vx::net::detail {

@@ -4,7 +4,6 @@
 #include "vx/net/SocketResult.h"
 
 #include <concepts>
-#include <new>
 #include <utility>
 
 namespace vx::net::detail {

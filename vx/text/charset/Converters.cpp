@@ -7,8 +7,6 @@
 #include "vx/text/charset/detail/Substitution.h"
 #include "vxsys/Defaults.h"
 
-#include <memory>
-
 namespace vx::text::charset {
 
 namespace {

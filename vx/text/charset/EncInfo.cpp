@@ -8,7 +8,6 @@
 #include "vxsys/Number.h"
 
 #include <algorithm>
-#include <memory>
 #include <vector>
 
 using namespace vx;

@@ -18,7 +18,6 @@
 #include <limits>
 #include <new>
 #include <string>
-#include <tuple>
 #include <utility>
 
 namespace vx {

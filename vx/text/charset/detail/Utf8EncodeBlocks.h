@@ -7,7 +7,6 @@
 #if VX_VECTOR_PATHS
 
 #include <algorithm>
-#include <bit>
 
 namespace vx::text::charset::detail {
 
