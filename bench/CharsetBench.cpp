@@ -159,45 +159,47 @@ struct Sample {
     std::vector<signed char> bytes;
 };
 
-void check(benchmark::State& state, bool good)
+/// Runs one conversion again and again, and checks its last result. `convert` stores it in `target`, which has room for
+/// more, and returns how much it stored.
+template <class Target, class Convert>
+void measure(benchmark::State& state, const Sample& sample, const Target& expected, Convert&& convert)
 {
-    if (!good)
+    Target target(expected.size() + 16, 0);
+    std::size_t written = 0;
+    for (auto _ : state) {
+        written = static_cast<std::size_t>(convert(target));
+        benchmark::ClobberMemory();
+    }
+    target.resize(written);
+    if (target != expected)
         state.SkipWithError("another text came out");
+    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
 }
 
 void decode(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);
     const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(text.encoding));
-    std::u16string units(sample.units.size() + 16, 0);
-    std::int32_t written = 0;
-    for (auto _ : state) {
+    measure(state, sample, sample.units, [&](std::u16string& units) {
         std::int32_t position = 0;
-        written = 0;
+        std::int32_t written = 0;
         decoder->convert(sample.bytes.data(), &position, lengthOf(sample.bytes.size()), units.data(), &written,
             lengthOf(units.size()));
-        benchmark::ClobberMemory();
-    }
-    check(state, units.substr(0, static_cast<std::size_t>(written)) == sample.units);
-    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+        return written;
+    });
 }
 
 void encode(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);
     const Reference<CharToByteConverter> encoder(CharToByteConverter::getConverter(text.encoding));
-    std::vector<signed char> bytes(sample.bytes.size() + 16);
-    std::int32_t written = 0;
-    for (auto _ : state) {
+    measure(state, sample, sample.bytes, [&](std::vector<signed char>& bytes) {
         std::int32_t position = 0;
-        written = 0;
+        std::int32_t written = 0;
         encoder->convert(sample.units.data(), &position, lengthOf(sample.units.size()), bytes.data(), &written,
             lengthOf(bytes.size()));
-        benchmark::ClobberMemory();
-    }
-    bytes.resize(static_cast<std::size_t>(written));
-    check(state, bytes == sample.bytes);
-    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+        return written;
+    });
 }
 
 /// The system's converter, opened once.
@@ -228,79 +230,73 @@ void decodeIconv(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);
     Iconv peer("UTF-16LE", text.peerEncoding);
-    std::u16string units(sample.units.size() + 16, 0);
-    std::size_t bytes = 0;
-    for (auto _ : state) {
-        bytes = peer.convert(sample.bytes.data(), sample.bytes.size(), units.data(), units.size() * sizeof(char16_t));
-        benchmark::ClobberMemory();
-    }
-    check(state, units.substr(0, bytes / sizeof(char16_t)) == sample.units);
-    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+    measure(state, sample, sample.units, [&](std::u16string& units) {
+        return peer.convert(sample.bytes.data(), sample.bytes.size(), units.data(), units.size() * sizeof(char16_t))
+            / sizeof(char16_t);
+    });
 }
 
 void encodeIconv(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);
     Iconv peer(text.peerEncoding, "UTF-16LE");
-    std::vector<signed char> bytes(sample.bytes.size() + 16);
-    std::size_t written = 0;
-    for (auto _ : state) {
-        written = peer.convert(sample.units.data(), sample.units.size() * sizeof(char16_t), bytes.data(), bytes.size());
-        benchmark::ClobberMemory();
-    }
-    bytes.resize(written);
-    check(state, bytes == sample.bytes);
-    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+    measure(state, sample, sample.bytes, [&](std::vector<signed char>& bytes) {
+        return peer.convert(sample.units.data(), sample.units.size() * sizeof(char16_t), bytes.data(), bytes.size());
+    });
 }
 
 #ifdef VX_BENCH_ICU
 
-/// ICU's converter of an encoding. For UTF-8 it uses its string functions, which are faster.
+/// ICU's converter of an encoding. For UTF-8 its string functions are used, which are faster.
+class Icu {
+public:
+    explicit Icu(const Text& text)
+        : strings(std::u16string_view(text.encoding) == u"UTF-8")
+        , converter(ucnv_open(text.peerEncoding, &status))
+    {
+    }
+    ~Icu() { ucnv_close(converter); }
+    Icu(const Icu&) = delete;
+    Icu& operator=(const Icu&) = delete;
+    /// What a conversion stored, or 0 if one has failed.
+    std::int32_t stored(std::int32_t count) const { return U_SUCCESS(status) ? count : 0; }
+
+    UErrorCode status = U_ZERO_ERROR;
+    const bool strings;
+    UConverter* const converter;
+};
+
 void decodeIcu(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* converter = ucnv_open(text.peerEncoding, &status);
-    const bool strings = std::u16string_view(text.encoding) == u"UTF-8";
-    std::u16string units(sample.units.size() + 16, 0);
-    std::int32_t written = 0;
+    Icu peer(text);
     const auto* bytes = reinterpret_cast<const char*>(sample.bytes.data());
-    for (auto _ : state) {
-        if (strings)
-            u_strFromUTF8(
-                units.data(), lengthOf(units.size()), &written, bytes, lengthOf(sample.bytes.size()), &status);
+    const std::int32_t length = lengthOf(sample.bytes.size());
+    measure(state, sample, sample.units, [&](std::u16string& units) {
+        std::int32_t written = 0;
+        if (peer.strings)
+            u_strFromUTF8(units.data(), lengthOf(units.size()), &written, bytes, length, &peer.status);
         else
-            written = ucnv_toUChars(
-                converter, units.data(), lengthOf(units.size()), bytes, lengthOf(sample.bytes.size()), &status);
-        benchmark::ClobberMemory();
-    }
-    ucnv_close(converter);
-    check(state, U_SUCCESS(status) && units.substr(0, static_cast<std::size_t>(written)) == sample.units);
-    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+            written = ucnv_toUChars(peer.converter, units.data(), lengthOf(units.size()), bytes, length, &peer.status);
+        return peer.stored(written);
+    });
 }
 
 void encodeIcu(benchmark::State& state, const Text& text)
 {
     const Sample sample(text);
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* converter = ucnv_open(text.peerEncoding, &status);
-    const bool strings = std::u16string_view(text.encoding) == u"UTF-8";
-    std::vector<signed char> bytes(sample.bytes.size() + 16);
-    std::int32_t written = 0;
-    auto* const target = reinterpret_cast<char*>(bytes.data());
-    for (auto _ : state) {
-        if (strings)
-            u_strToUTF8(
-                target, lengthOf(bytes.size()), &written, sample.units.data(), lengthOf(sample.units.size()), &status);
+    Icu peer(text);
+    const char16_t* units = sample.units.data();
+    const std::int32_t length = lengthOf(sample.units.size());
+    measure(state, sample, sample.bytes, [&](std::vector<signed char>& bytes) {
+        auto* const target = reinterpret_cast<char*>(bytes.data());
+        std::int32_t written = 0;
+        if (peer.strings)
+            u_strToUTF8(target, lengthOf(bytes.size()), &written, units, length, &peer.status);
         else
-            written = ucnv_fromUChars(
-                converter, target, lengthOf(bytes.size()), sample.units.data(), lengthOf(sample.units.size()), &status);
-        benchmark::ClobberMemory();
-    }
-    ucnv_close(converter);
-    bytes.resize(static_cast<std::size_t>(written));
-    check(state, U_SUCCESS(status) && bytes == sample.bytes);
-    state.SetBytesProcessed(state.iterations() * lengthOf(sample.bytes.size()));
+            written = ucnv_fromUChars(peer.converter, target, lengthOf(bytes.size()), units, length, &peer.status);
+        return peer.stored(written);
+    });
 }
 
 #endif

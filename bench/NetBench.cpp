@@ -439,36 +439,34 @@ std::string uriText(int number)
     return "http://user" + text + "@host" + text + ".example:8080/folder/" + text + "/page?id=" + text + "&sort=name";
 }
 
-void parseAndPrintUris(benchmark::State& state)
+/// Handles many URIs by `isRight`, which returns false for a wrong result.
+template <class Text, class IsRight>
+void measureUris(benchmark::State& state, IsRight isRight)
 {
-    std::vector<vx::String> texts;
+    std::vector<Text> texts;
     for (int number = 0; number < URIS; ++number)
         texts.emplace_back(uriText(number));
     for (auto _ : state) {
-        for (const vx::String& text : texts) {
-            const vx::net::URI uri(text);
-            if (uri.toString().getLength() != text.getLength())
-                state.SkipWithError("another text");
+        for (const Text& text : texts) {
+            if (!isRight(text))
+                state.SkipWithError("another result");
         }
     }
     state.SetItemsProcessed(state.iterations() * URIS);
+}
+
+void parseAndPrintUris(benchmark::State& state)
+{
+    measureUris<vx::String>(
+        state, [](const vx::String& text) { return vx::net::URI(text).toString().getLength() == text.getLength(); });
 }
 BENCHMARK(parseAndPrintUris)->Unit(benchmark::kMillisecond);
 
 void parseAndAskUris(benchmark::State& state)
 {
-    std::vector<vx::String> texts;
-    for (int number = 0; number < URIS; ++number)
-        texts.emplace_back(uriText(number));
     const vx::String key(u"sort");
-    for (auto _ : state) {
-        for (const vx::String& text : texts) {
-            const vx::net::URI uri(text);
-            if (uri.getQueryValue(key, true) != u"name")
-                state.SkipWithError("another value");
-        }
-    }
-    state.SetItemsProcessed(state.iterations() * URIS);
+    measureUris<vx::String>(
+        state, [&](const vx::String& text) { return vx::net::URI(text).getQueryValue(key, true) == u"name"; });
 }
 BENCHMARK(parseAndAskUris)->Unit(benchmark::kMillisecond);
 
@@ -523,35 +521,19 @@ BENCHMARK(loadIniFile)->Unit(benchmark::kMillisecond);
 
 void parseAndPrintUrisPoco(benchmark::State& state)
 {
-    std::vector<std::string> texts;
-    for (int number = 0; number < URIS; ++number)
-        texts.push_back(uriText(number));
-    for (auto _ : state) {
-        for (const std::string& text : texts) {
-            const Poco::URI uri(text);
-            if (uri.toString().size() != text.size())
-                state.SkipWithError("another text");
-        }
-    }
-    state.SetItemsProcessed(state.iterations() * URIS);
+    measureUris<std::string>(
+        state, [](const std::string& text) { return Poco::URI(text).toString().size() == text.size(); });
 }
 BENCHMARK(parseAndPrintUrisPoco)->Unit(benchmark::kMillisecond);
 
 void parseAndAskUrisPoco(benchmark::State& state)
 {
-    std::vector<std::string> texts;
-    for (int number = 0; number < URIS; ++number)
-        texts.push_back(uriText(number));
-    for (auto _ : state) {
-        for (const std::string& text : texts) {
-            const auto parameters = Poco::URI(text).getQueryParameters();
-            const auto found = std::find_if(
-                parameters.begin(), parameters.end(), [](const auto& pair) { return pair.first == "sort"; });
-            if (found == parameters.end() || found->second != "name")
-                state.SkipWithError("another value");
-        }
-    }
-    state.SetItemsProcessed(state.iterations() * URIS);
+    measureUris<std::string>(state, [](const std::string& text) {
+        const auto parameters = Poco::URI(text).getQueryParameters();
+        const auto found
+            = std::find_if(parameters.begin(), parameters.end(), [](const auto& pair) { return pair.first == "sort"; });
+        return found != parameters.end() && found->second == "name";
+    });
 }
 BENCHMARK(parseAndAskUrisPoco)->Unit(benchmark::kMillisecond);
 
