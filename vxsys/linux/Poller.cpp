@@ -21,24 +21,14 @@ struct VXPollerTag {
 
 namespace {
 
-constexpr struct {
-    std::uint32_t ready;
-    std::uint32_t native;
-} READY[] = {
-    {VX_POLL_READ, EPOLLIN},
-    {VX_POLL_WRITE, EPOLLOUT},
-    {VX_POLL_URGENT, EPOLLPRI},
-    {VX_POLL_FAILED, EPOLLERR | EPOLLHUP},
-};
+static_assert(
+    EPOLLIN == POLLIN && EPOLLOUT == POLLOUT && EPOLLPRI == POLLPRI && EPOLLERR == POLLERR && EPOLLHUP == POLLHUP);
 
 int control(VXPollerTag& poller, int operation, int descriptor, std::uint32_t interest, std::uint64_t id) noexcept
 {
     epoll_event event {};
     event.data.u64 = id;
-    for (const auto& row : READY) {
-        if ((interest & row.ready) != 0)
-            event.events |= row.native;
-    }
+    event.events = static_cast<std::uint32_t>(nativeOf(interest));
     return ::epoll_ctl(poller.epoll.get(), operation, descriptor, &event) == 0 ? 0 : errno;
 }
 
@@ -58,14 +48,6 @@ std::int32_t set(VXPollerHandle poller, int operation, std::uint32_t socket, std
     if (poller == nullptr || !isInterest(interest, id))
         return pollerError(EINVAL);
     return pollerError(control(*poller, operation, static_cast<int>(socket), interest, id));
-}
-
-std::uint32_t readyOf(std::uint32_t native) noexcept
-{
-    std::uint32_t ready = 0;
-    for (const auto& row : READY)
-        ready |= (native & row.native) != 0 ? row.ready : 0;
-    return ready;
 }
 
 } // namespace
@@ -99,9 +81,7 @@ std::int32_t VXPollerRemove(VXPollerHandle poller, std::uint32_t socket) noexcep
 std::int32_t VXPollerWait(VXPollerHandle poller, VXPollerEvent* events, std::int32_t size, std::uint32_t milliseconds,
     std::int32_t* count) noexcept
 {
-    if (count != nullptr)
-        *count = 0;
-    if (poller == nullptr || events == nullptr || size < 1 || count == nullptr)
+    if (!isWait(poller, events, size, count))
         return pollerError(EINVAL);
     std::array<epoll_event, 256> natives;
     const int most = std::min(size, static_cast<std::int32_t>(natives.size()));
@@ -124,7 +104,5 @@ std::int32_t VXPollerWake(VXPollerHandle poller) noexcept
 {
     if (poller == nullptr)
         return pollerError(EINVAL);
-    constexpr std::uint64_t ONE = 1;
-    const bool isAwake = ::write(poller->wake.get(), &ONE, sizeof ONE) == sizeof ONE || errno == EAGAIN;
-    return isAwake ? 0 : pollerError(errno);
+    return wakeBy(poller->wake.get(), std::uint64_t {1});
 }

@@ -26,32 +26,6 @@ struct VXPollerTag {
 
 namespace {
 
-constexpr struct {
-    std::uint32_t ready;
-    short native;
-} READY[] = {
-    {VX_POLL_READ, POLLIN},
-    {VX_POLL_WRITE, POLLOUT},
-    {VX_POLL_URGENT, POLLPRI},
-    {VX_POLL_FAILED, POLLERR | POLLHUP},
-};
-
-short nativeOf(std::uint32_t interest) noexcept
-{
-    int native = 0;
-    for (const auto& row : READY)
-        native |= (interest & row.ready) != 0 ? row.native : 0;
-    return static_cast<short>(native);
-}
-
-std::uint32_t readyOf(short native) noexcept
-{
-    std::uint32_t ready = 0;
-    for (const auto& row : READY)
-        ready |= (native & row.native) != 0 ? row.ready : 0;
-    return ready;
-}
-
 /// Adds an entry. A failure changes nothing.
 int append(VXPollerTag& poller, int descriptor, std::uint32_t interest, std::uint64_t id) noexcept
 {
@@ -135,9 +109,7 @@ std::int32_t VXPollerRemove(VXPollerHandle poller, std::uint32_t socket) noexcep
 std::int32_t VXPollerWait(VXPollerHandle poller, VXPollerEvent* events, std::int32_t size, std::uint32_t milliseconds,
     std::int32_t* count) noexcept
 {
-    if (count != nullptr)
-        *count = 0;
-    if (poller == nullptr || events == nullptr || size < 1 || count == nullptr)
+    if (!isWait(poller, events, size, count))
         return pollerError(EINVAL);
     auto& entries = poller->entries;
     const int found = ::poll(entries.data(), static_cast<nfds_t>(entries.size()), pollTime(milliseconds));
@@ -150,7 +122,7 @@ std::int32_t VXPollerWait(VXPollerHandle poller, VXPollerEvent* events, std::int
     const std::size_t start = poller->next;
     for (std::size_t step = 0; step < sockets && *count < size; ++step) {
         const std::size_t index = 1 + (start - 1 + step) % sockets;
-        if (const std::uint32_t ready = readyOf(entries[index].revents); ready != 0) {
+        if (const std::uint32_t ready = readyOf(static_cast<std::uint32_t>(entries[index].revents)); ready != 0) {
             events[(*count)++] = {poller->ids[index], ready};
             poller->next = index + 1;
         }
@@ -162,6 +134,5 @@ std::int32_t VXPollerWake(VXPollerHandle poller) noexcept
 {
     if (poller == nullptr)
         return pollerError(EINVAL);
-    const bool isAwake = ::write(poller->wakeWriter.get(), "w", 1) == 1 || errno == EAGAIN;
-    return isAwake ? 0 : pollerError(errno);
+    return wakeBy(poller->wakeWriter.get(), 'w');
 }
