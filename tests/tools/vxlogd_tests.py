@@ -365,7 +365,7 @@ class Settings(Served):
         self.assertEqual(told["en_US"], told[""])
         self.assertEqual(len(set(told.values())), 3)
         with open(os.path.join(texts, "tools.en_US.txt"), encoding="utf-8") as file:
-            keys = file.read().count("\nvxlogd.help.")
+            keys = len(re.findall(r"^(?:vxlogd|tools)\.help\.", file.read(), re.MULTILINE))
         self.assertEqual(keys, len(re.findall("^ .{4} --", told[""], re.MULTILINE)) + 1)
 
     def test_must_be_right(self):

@@ -2,6 +2,10 @@
 
 #include "common/Program.h"
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 namespace vxtools {
 
 using vx::util::OptionException;
@@ -9,6 +13,22 @@ using vx::util::OptionTable;
 using vx::util::ParsedOptions;
 
 namespace {
+
+constexpr const char* LOCALE = "locale";
+
+constexpr vx::util::OptionRow SHARED_ROWS[] = {
+    {.name = LOCALE,
+        .value = "LOCALE",
+        .help = "the language of messages, such as de_AT, from the component library vxbundles.so (English)"},
+    {.name = "completion", .value = "bash|zsh|fish", .help = "print a script by which the shell completes the options"},
+    {.name = "help", .letter = 'h', .help = "print this"},
+    {.name = "version", .letter = 'V', .help = "print the version"},
+};
+
+bool isShared(std::string_view name)
+{
+    return std::ranges::any_of(SHARED_ROWS, [&](const vx::util::OptionRow& row) { return row.name == name; });
+}
 
 constexpr Message NO_OPTION {u"tools.no-option", "unknown option {0}"};
 constexpr Message WHICH_OPTION {u"tools.which-option", "option {0} may be one of {1}"};
@@ -39,16 +59,23 @@ Text textOf(const OptionException& failure)
 
 } // namespace
 
+OptionTable makeOptionTable(const char* program, std::vector<vx::util::OptionRow> rows)
+{
+    rows.insert(rows.end(), std::begin(SHARED_ROWS), std::end(SHARED_ROWS));
+    return OptionTable(program, std::move(rows));
+}
+
 std::optional<std::string> localeOf(const OptionTable& table, int argc, char** argv)
 {
-    return table.parse(argc, argv, OptionTable::Order::MIXED, OptionTable::Faults::SKIPPED).find(LOCALE_ROW.name);
+    return table.parse(argc, argv, OptionTable::Order::MIXED, OptionTable::Faults::SKIPPED).find(LOCALE);
 }
 
 std::string helpOf(const OptionTable& table, std::u16string_view prefix, Messages& messages)
 {
     return table.getHelp([&](const vx::util::OptionRow& row) {
         const std::string_view name = row.name;
-        const std::u16string key = std::u16string(prefix).append(name.begin(), name.end());
+        const std::u16string key
+            = std::u16string(isShared(name) ? u"tools.help." : prefix).append(name.begin(), name.end());
         return messages.say(Message {key.c_str(), row.help}());
     });
 }

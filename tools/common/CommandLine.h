@@ -9,23 +9,19 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vxtools {
 
-/// The options that every program has.
-inline constexpr vx::util::OptionRow COMPLETION_ROW {
-    .name = "completion", .value = "bash|zsh|fish", .help = "print a script by which the shell completes the options"};
-inline constexpr vx::util::OptionRow HELP_ROW {.name = "help", .letter = 'h', .help = "print this"};
-inline constexpr vx::util::OptionRow VERSION_ROW {.name = "version", .help = "print the version"};
-
-inline constexpr vx::util::OptionRow LOCALE_ROW {.name = "locale",
-    .value = "LOCALE",
-    .help = "speak the language of LOCALE, such as de_AT, where its messages are registered as a component (English)"};
+/// The options of a program: its own, and after them those that every program has: --locale, --completion, --help and
+/// --version.
+vx::util::OptionTable makeOptionTable(const char* program, std::vector<vx::util::OptionRow> rows);
 
 /// What --locale names in a command line, which may have errors.
 std::optional<std::string> localeOf(const vx::util::OptionTable& table, int argc, char** argv);
 
-/// The help text of the options. The key of an option's text is `prefix` and its name.
+/// The help text of the options. The key of an option's text is `prefix` and its name; that of an option that every
+/// program has begins with "tools.help." instead.
 std::string helpOf(const vx::util::OptionTable& table, std::u16string_view prefix, Messages& messages);
 
 /// Throws UsageError.

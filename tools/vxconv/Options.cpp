@@ -51,7 +51,7 @@ void check(const vx::util::ParsedOptions& given, const Options& options)
 
 const OptionTable& optionTable()
 {
-    static const OptionTable table("vxconv",
+    static const OptionTable table = makeOptionTable("vxconv",
         {
             {.name = "from",
                 .letter = 'f',
@@ -83,10 +83,6 @@ const OptionTable& optionTable()
             {.name = "in-place", .help = "replace each file"},
             {.name = "verbose", .letter = 'v', .help = "say for each file as what it is read"},
             {.name = "list", .letter = 'l', .help = "print the encodings with their code pages and other names"},
-            LOCALE_ROW,
-            COMPLETION_ROW,
-            HELP_ROW,
-            VERSION_ROW,
         });
     return table;
 }

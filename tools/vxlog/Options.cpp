@@ -105,7 +105,7 @@ constexpr Message HELP_FOOT {u"vxlog.help.more",
 
 const OptionTable& optionTable()
 {
-    static const OptionTable table("vxlog",
+    static const OptionTable table = makeOptionTable("vxlog",
         {
             {.name = "file",
                 .letter = 'f',
@@ -177,10 +177,6 @@ const OptionTable& optionTable()
                 .help = "with --to: keep lines in FOLDER while the server is away; the next vxlog with it sends them",
                 .takes = OptionRow::Takes::FILES},
             {.name = "spool-size", .value = "BYTES", .help = "the most that FOLDER may hold (268435456)"},
-            LOCALE_ROW,
-            COMPLETION_ROW,
-            HELP_ROW,
-            VERSION_ROW,
         });
     return table;
 }

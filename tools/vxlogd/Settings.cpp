@@ -348,7 +348,7 @@ void compare(const Settings& settings, Problems& problems)
 
 const OptionTable& optionTable()
 {
-    static const OptionTable table("vxlogd", [] {
+    static const OptionTable table = vxtools::makeOptionTable("vxlogd", [] {
         std::vector<OptionRow> rows {{.name = "config",
             .letter = 'c',
             .value = "FILE.ini",
@@ -360,11 +360,6 @@ const OptionTable& optionTable()
         rows.push_back({.name = METRICS, .help = "the same in the text format of Prometheus"});
         for (const SettingRow& row : SETTINGS)
             rows.push_back(row.option);
-        rows.push_back(vxtools::LOCALE_ROW);
-        rows.push_back(vxtools::COMPLETION_ROW);
-        rows.push_back(vxtools::HELP_ROW);
-        rows.push_back(vxtools::VERSION_ROW);
-        rows.back().letter = 'V';
         return rows;
     }());
     return table;

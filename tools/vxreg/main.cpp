@@ -15,7 +15,7 @@ int main(int argc, char** argv)
 {
     constexpr vx::util::OptionRow MACHINE_ROW {
         .name = "machine", .letter = 'm', .help = "work on the registry of all users, which only root may change"};
-    const vx::util::OptionTable table("vxreg", {COMPLETION_ROW, HELP_ROW, LOCALE_ROW, MACHINE_ROW, VERSION_ROW});
+    const vx::util::OptionTable table = makeOptionTable("vxreg", {MACHINE_ROW});
     Messages messages(localeOf(table, argc, argv));
     const auto work = [&] {
         const vx::util::ParsedOptions options

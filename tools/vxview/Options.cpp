@@ -134,7 +134,7 @@ Printer::Settings printerOf(const ParsedOptions& given)
 
 const OptionTable& optionTable()
 {
-    static const OptionTable table("vxview",
+    static const OptionTable table = makeOptionTable("vxview",
         {
             {.name = "text", .letter = 't', .value = "TEXT", .help = "only entries with TEXT in a value"},
             {.name = "match", .letter = 'e', .value = "REGEX", .help = "only entries with a value that REGEX matches"},
@@ -173,10 +173,6 @@ const OptionTable& optionTable()
             {.name = "fields", .value = "LIST", .help = "only these fields, in this order"},
             {.name = "colour", .value = "auto|always|never", .standard = "auto", .help = "colours in lines"},
             {.name = "no-pager", .help = "do not show long output through PAGER or less"},
-            LOCALE_ROW,
-            COMPLETION_ROW,
-            HELP_ROW,
-            VERSION_ROW,
         });
     return table;
 }
