@@ -83,6 +83,9 @@ inline constexpr Message BACKSLASH {u"tools.backslash", "a file name with a back
 inline constexpr Message NOT_UTF_8 {u"tools.not-utf-8", "a file name that is not UTF-8"};
 inline constexpr Message NO_COMPONENT {
     u"tools.no-component", "the component {0}, which vxreg registers, cannot be used: {1}"};
+inline constexpr Message EMPTY_FILE_NAME {u"tools.empty-file-name", "a file name is empty"};
+inline constexpr Message NOT_TOGETHER {u"tools.not-together", "{0} and {1} do not go together"};
+inline constexpr Message ONLY_WITH {u"tools.only-with", "{0} has no effect without {1}"};
 inline constexpr Message SEE_HELP {u"tools.see-help", "{0}; {1} --help tells more"};
 
 } // namespace vxtools

@@ -8,13 +8,10 @@ namespace vxconv {
 
 using vxtools::Message;
 
-inline constexpr Message EMPTY_FILE_NAME {u"vxconv.empty-file-name", "a file name is empty"};
 inline constexpr Message SEVERAL_INPUTS {
     u"vxconv.several-inputs", "several inputs need --to-folder or --in-place, and have no --output"};
 inline constexpr Message NO_FILE_NAME {
     u"vxconv.no-file-name", "with --to-folder and --in-place each input is a file or a folder"};
-inline constexpr Message NOT_TOGETHER {u"vxconv.not-together", "{0} and {1} do not go together"};
-inline constexpr Message ONLY_WITH {u"vxconv.only-with", "{0} has no effect without {1}"};
 
 inline constexpr Message UNKNOWN_ENCODING {u"vxconv.unknown-encoding", "unknown encoding \"{0}\""};
 inline constexpr Message SEE_LIST {u"vxconv.see-list", "vxconv --list prints the known ones"};

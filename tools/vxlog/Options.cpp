@@ -60,7 +60,7 @@ void check(const ParsedOptions& given, const Options& options)
     }
     const auto need = [&](const char* option, bool isThere, const char* needed) {
         if (given.has(option) && !isThere)
-            throw UsageError(NEEDS(std::string("--") + option, needed));
+            throw UsageError(ONLY_WITH(std::string("--") + option, needed));
     };
     const auto hasField = [&](const char* name) {
         return !options.fields || std::ranges::find(*options.fields, name) != options.fields->end();

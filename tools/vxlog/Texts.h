@@ -10,10 +10,8 @@ using vxtools::Message;
 
 inline constexpr Message NO_FIELD {u"vxlog.no-field", "--fields knows no \"{0}\""};
 inline constexpr Message NO_FIELDS {u"vxlog.no-fields", "--fields is empty"};
-inline constexpr Message EMPTY_FILE_NAME {u"vxlog.empty-file-name", "a file name is empty"};
 inline constexpr Message SERVER_DECIDES {u"vxlog.server-decides", "with --to the server decides how the log looks"};
 inline constexpr Message ESCAPE_IS_XML {u"vxlog.escape-is-xml", "--escape needs --format xml"};
-inline constexpr Message NEEDS {u"vxlog.needs", "{0} has no effect without {1}"};
 inline constexpr Message NO_LEVEL_SOURCE {
     u"vxlog.no-level-source", "--level-from takes prefix or json:FIELD, not \"{0}\""};
 inline constexpr Message NO_LEVEL_RANGE {u"vxlog.no-level-range", "--min-level is above --max-level"};

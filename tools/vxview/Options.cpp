@@ -22,8 +22,6 @@ constexpr Message NO_TIME {
 constexpr Message NO_DURATION {u"vxview.no-duration", "--last takes a time such as 90s, 30m, 2h or 7d, not \"{0}\""};
 constexpr Message NO_LEVELS {u"vxview.no-levels", "--level takes N, N.. or N..M, not \"{0}\""};
 constexpr Message EMPTY_TEXT {u"vxview.empty-text", "{0} is empty"};
-constexpr Message NOT_TOGETHER {u"vxview.not-together", "{0} and {1} do not go together"};
-constexpr Message ONLY_WITH {u"vxview.only-with", "{0} needs {1}"};
 
 constexpr Message HELP_HEAD {u"vxview.help",
     "Usage: vxview [OPTION]... [LOG]...\n"
