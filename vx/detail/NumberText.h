@@ -1,19 +1,15 @@
 #pragma once
 
-#include "vxsys/detail/Vector.h"
-
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
-
-#if VX_VECTOR_PATHS
-#include <emmintrin.h>
-#endif
+#include <cstring>
+#include <limits>
 
 namespace vx::detail {
 
@@ -38,48 +34,43 @@ public:
 
     const char16_t* data() const noexcept { return m_start; }
     int length() const noexcept { return m_length; }
-    std::u16string_view view() const noexcept { return {m_start, static_cast<std::size_t>(m_length)}; }
 
 private:
-    static constexpr int GROUP = 8; ///< digits that are made together
-    static constexpr std::uint32_t GROUP_LIMIT = 100'000'000;
-    static constexpr int ROOM = 4 * GROUP;
+    static constexpr int ROOM = 32;
     static constexpr int SIGNIFICANT = 6; ///< digits of a floating-point number
     static constexpr std::uint32_t SIGNIFICANT_LIMIT = 1'000'000;
 
-    /// The eight decimal digits of a number below GROUP_LIMIT, one a byte, the first in the lowest byte. Halves, pairs
-    /// and digits are split by multiplications that divide all parts at once.
-    static std::uint64_t digitsOf(std::uint32_t value) noexcept
+    /// "00" to "99". Two digits are stored together.
+    static constexpr auto PAIRS = [] {
+        std::array<char16_t, 200> units {};
+        for (std::size_t index = 0; index < units.size(); ++index)
+            units[index] = static_cast<char16_t>(u'0' + (index % 2 == 0 ? index / 20 : index / 2 % 10));
+        return units;
+    }();
+
+    static char16_t* writePair(char16_t* end, std::uint32_t pair) noexcept
     {
-        const std::uint64_t halves = value / 10'000 | std::uint64_t {value % 10'000} << 32;
-        const std::uint64_t hundreds = (halves * 10'486 >> 20) & 0x0000'007F'0000'007F;
-        const std::uint64_t pairs = hundreds | (halves - 100 * hundreds) << 16;
-        const std::uint64_t tens = (pairs * 103 >> 10) & 0x000F'000F'000F'000F;
-        return tens | (pairs - 10 * tens) << 8;
+        std::memcpy(end - 2, PAIRS.data() + 2 * pair, 2 * sizeof(char16_t));
+        return end - 2;
     }
 
-    static constexpr std::uint64_t asText(std::uint64_t digits) noexcept { return digits | 0x3030'3030'3030'3030; }
-
-    /// Writes the characters of eight bytes.
-    static void store(char16_t* place, std::uint64_t characters) noexcept
+    /// Writes the digits before `end` and returns where they start.
+    static char16_t* writeDigits(char16_t* end, std::uint32_t number) noexcept
     {
-#if VX_VECTOR_PATHS
-        const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(characters));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(place), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
-#else
-        for (int index = 0; index < GROUP; ++index)
-            place[index] = static_cast<char16_t>(characters >> 8 * index & 0xFF);
-#endif
+        for (; number >= 100; number /= 100)
+            end = writePair(end, number % 100);
+        if (number >= 10)
+            return writePair(end, number);
+        *--end = static_cast<char16_t>(u'0' + number);
+        return end;
     }
 
     void printWhole(std::uint64_t magnitude, bool isNegative) noexcept
     {
-        char16_t* place = m_units + ROOM - GROUP;
-        for (; magnitude >= GROUP_LIMIT; magnitude /= GROUP_LIMIT, place -= GROUP)
-            store(place, asText(digitsOf(static_cast<std::uint32_t>(magnitude % GROUP_LIMIT))));
-        const std::uint64_t digits = digitsOf(static_cast<std::uint32_t>(magnitude));
-        store(place, asText(digits));
-        m_start = place + std::countr_zero(digits | std::uint64_t {1} << 56) / 8; // a zero keeps its last digit
+        char16_t* place = m_units + ROOM;
+        for (; magnitude > std::numeric_limits<std::uint32_t>::max(); magnitude /= 100)
+            place = writePair(place, static_cast<std::uint32_t>(magnitude % 100));
+        m_start = writeDigits(place, static_cast<std::uint32_t>(magnitude));
         if (isNegative)
             *--m_start = u'-';
         m_length = static_cast<int>(m_units + ROOM - m_start);
@@ -89,9 +80,9 @@ private:
     bool printUsual(double value) noexcept;
     void printAny(double value) noexcept;
 
-    char16_t* m_start = m_units;
-    int m_length = 0;
-    alignas(16) char16_t m_units[ROOM];
+    char16_t* m_start;
+    int m_length;
+    char16_t m_units[ROOM];
 };
 
 inline bool NumberText::printUsual(double value) noexcept
@@ -129,40 +120,40 @@ inline bool NumberText::printUsual(double value) noexcept
         ++exponent;
     }
 
-    const std::uint64_t figures = digitsOf(whole) >> 8 * (GROUP - SIGNIFICANT);
-    const int count = (std::bit_width(figures) + 7) / 8; // without zeros at the end
-    std::uint64_t text = asText(figures);
-    const auto insertPoint = [&](int place) {
-        const std::uint64_t before = text & ((std::uint64_t {1} << 8 * place) - 1);
-        text = before | std::uint64_t {'.'} << 8 * place | text >> 8 * place << 8 * (place + 1);
-    };
-
-    char16_t* out = m_units;
+    char16_t* const figures = m_units + ROOM / 2;
+    writeDigits(figures + SIGNIFICANT, whole);
+    int count = SIGNIFICANT;
+    while (figures[count - 1] == u'0')
+        --count;
     if (exponent >= -4 && exponent < 0) {
-        store(out, isNegative ? 0x3030'302E'302D : 0x30'3030'2E30); // "-0.000" or "0.000"
-        out += (isNegative ? 2 : 1) - exponent;
-        store(out, text);
-        out += count;
+        m_start = figures + exponent - 1;
+        std::fill(m_start, figures, u'0');
+        m_start[1] = u'.';
+        m_length = 1 - exponent + count;
     } else {
-        const int before = exponent < 0 || exponent >= SIGNIFICANT ? 1 : exponent + 1;
-        if (count > before)
-            insertPoint(before);
-        int length = count > before ? count + 1 : before;
-        if (isNegative) {
-            text = text << 8 | '-';
-            ++length;
+        const bool isFixed = exponent >= 0 && exponent < SIGNIFICANT;
+        const int before = isFixed ? exponent + 1 : 1; // digits before the point
+        m_start = figures;
+        m_length = before;
+        if (count > before) {
+            --m_start;
+            for (int index = 0; index < before; ++index)
+                m_start[index] = figures[index];
+            m_start[before] = u'.';
+            m_length = count + 1;
         }
-        store(out, text);
-        out += length;
-        if (before != exponent + 1) {
-            const int distance = std::abs(exponent);
-            *out++ = u'e';
-            *out++ = exponent < 0 ? u'-' : u'+';
-            *out++ = static_cast<char16_t>(u'0' + distance / 10);
-            *out++ = static_cast<char16_t>(u'0' + distance % 10);
+        if (!isFixed) {
+            char16_t* const end = m_start + m_length;
+            end[0] = u'e';
+            end[1] = exponent < 0 ? u'-' : u'+';
+            writePair(end + 4, static_cast<std::uint32_t>(std::abs(exponent)));
+            m_length += 4;
         }
     }
-    m_length = static_cast<int>(out - m_units);
+    if (isNegative) {
+        *--m_start = u'-';
+        ++m_length;
+    }
     return true;
 }
 
@@ -172,6 +163,7 @@ inline void NumberText::printAny(double value) noexcept
     char text[ROOM];
     const char* const end = std::to_chars(text, text + ROOM, value, std::chars_format::general, SIGNIFICANT).ptr;
     std::copy(static_cast<const char*>(text), end, m_units);
+    m_start = m_units;
     m_length = static_cast<int>(end - text);
 }
 
