@@ -1,5 +1,5 @@
-// What services do with texts all day: narrow texts of 10 to 60 bytes to UTF-16 and back, a line built of words and numbers,
-// the tokens of a log, and its words counted.
+// What services do with texts all day: narrow texts of 10 to 60 bytes to UTF-16 and back, numbers as texts, a line built of
+// words and numbers, the tokens of a log, and its words counted.
 #include "vx/Str1.h"
 #include "vx/Str1HashMap.h"
 #include "vx/String.h"
@@ -29,6 +29,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -238,6 +239,95 @@ VX_BESIDE_LIBRARIES(latin1)
 VX_BESIDE_LIBRARIES(byDefault)
 VX_BESIDE_LIBRARIES(toDefault)
 VX_BESIDE_LIBRARIES(mebibyte)
+
+/// Numbers of one to ten digits, and decimal fractions, as new texts of each library.
+std::vector<int> wholeNumbers()
+{
+    std::mt19937 random(5);
+    std::vector<int> numbers(512);
+    for (int& number : numbers)
+        number = static_cast<int>(random() >> (1 + random() % 30));
+    return numbers;
+}
+
+std::vector<double> fractions()
+{
+    std::mt19937 random(5);
+    std::vector<double> numbers(512);
+    for (double& number : numbers)
+        number = (random() >> random() % 24) / 1000.0;
+    return numbers;
+}
+
+struct VxNumber {
+    static vx::String text(auto number) { return vx::String::valueOf(number); }
+};
+
+/// The C library, and a copy in UTF-16.
+struct Printed {
+    static std::u16string text(auto number)
+    {
+        const std::string digits = print(number);
+        return std::u16string(digits.begin(), digits.end());
+    }
+    static std::string print(auto number)
+    {
+        char digits[32];
+        const int length
+            = std::snprintf(digits, sizeof digits, std::is_integral_v<decltype(number)> ? "%d" : "%g", number);
+        return std::string(digits, static_cast<std::size_t>(length));
+    }
+};
+
+/// The floor: the fastest way to print, into a short text that needs no memory.
+struct ToChars {
+    static std::u16string text(int number)
+    {
+        char digits[32];
+        return std::u16string(&digits[0], std::to_chars(digits, std::end(digits), number).ptr);
+    }
+    static std::u16string text(double number)
+    {
+        char digits[32];
+        return std::u16string(
+            &digits[0], std::to_chars(digits, std::end(digits), number, std::chars_format::general, 6).ptr);
+    }
+};
+
+template <class Type>
+void wholeNumber(benchmark::State& state)
+{
+    forEach(state, wholeNumbers(), [](int number) { return Type::text(number); });
+}
+
+template <class Type>
+void fraction(benchmark::State& state)
+{
+    forEach(state, fractions(), [](double number) { return Type::text(number); });
+}
+#define VX_NUMBERS(type)                                                                                               \
+    BENCHMARK_TEMPLATE(wholeNumber, type);                                                                             \
+    BENCHMARK_TEMPLATE(fraction, type);
+VX_NUMBERS(VxNumber)
+VX_NUMBERS(Printed)
+VX_NUMBERS(ToChars)
+#ifdef VX_BENCH_QT
+struct QtNumber {
+    static QString text(auto number) { return QString::number(number); }
+};
+VX_NUMBERS(QtNumber)
+#endif
+#ifdef VX_BENCH_ICU
+/// Its common part prints no numbers: a program takes the C library for one that needs no locale.
+struct IcuNumber {
+    static icu::UnicodeString text(auto number)
+    {
+        const std::string digits = Printed::print(number);
+        return icu::UnicodeString(digits.data(), lengthOf(digits), US_INV);
+    }
+};
+VX_NUMBERS(IcuNumber)
+#endif
 
 /// "request 4711 took 12 ms, 8192 bytes from 10.0.0.7", with other numbers each time.
 struct Request {
