@@ -404,6 +404,8 @@ class Settings(Served):
         for part in ["[vxlogd]\nlisten = localhost\n", "\nlevel = -3\n", "\nrotate-every = day\n", "\nformat = json\n", "\nmode = 640\n"]:
             self.assertIn(part, told.stdout.decode())
         self.assertSucceeds(vxlogd("--check-config", "-c", self.write("told.ini", told.stdout)), told.stdout)
+        for format, name in [("xml", "utf8"), ("json", "csUTF8"), ("xml", "Utf-8")]:
+            self.assertEqual(vxlogd("--check-config", f"--format={format}", f"--encoding={name}").returncode, 0, name)
 
     def test_come_from_the_command_line_before_the_file(self):
         config = self.write("vxlogd.ini", b"# of the server\n[VXLOGD]\nlevel = 5\nMax-Line = 16\nmode = 646\n")

@@ -68,13 +68,18 @@ std::string octal(std::int32_t number)
     return {digits, std::to_chars(digits, std::end(digits), number, 8).ptr};
 }
 
+using vx::text::charset::CharToByteConverter;
+
+vx::Reference<CharToByteConverter> encoderOf(const std::string& name)
+{
+    return CharToByteConverter::getConverter(vx::TerminatedText(vx::String(std::string_view(name))));
+}
+
 /// An encoder of the log, and not only a decoder, has to exist.
 std::string knownEncoding(const std::string& name)
 {
-    using vx::text::charset::CharToByteConverter;
     try {
-        const vx::Reference<CharToByteConverter> found(
-            CharToByteConverter::getConverter(vx::TerminatedText(vx::String(std::string_view(name)))));
+        encoderOf(name);
     } catch (const vx::Exception&) {
         throw std::invalid_argument("unknown encoding \"" + name + "\"");
     }
@@ -325,9 +330,9 @@ void readFile(Settings& settings, const std::string& path, Problems& problems)
 /// Settings that are right alone and wrong together.
 void compare(const Settings& settings, Problems& problems)
 {
-    if (settings.format == Format::XML && settings.encoding != "UTF-8")
+    if (settings.format == Format::XML && !isUtf8(settings))
         problems.push_back("an XML log is in UTF-8");
-    if (settings.format == Format::JSON && settings.encoding != "UTF-8")
+    if (settings.format == Format::JSON && !isUtf8(settings))
         problems.push_back("a JSON log is in UTF-8");
     if (settings.format == Format::XML && rotates(settings))
         problems.push_back("an XML log is one document, which cannot be rotated");
@@ -363,6 +368,11 @@ const OptionTable& optionTable()
         return rows;
     }());
     return table;
+}
+
+bool isUtf8(const Settings& settings)
+{
+    return encoderOf(settings.encoding)->getEncodingName() == std::u16string_view(u"UTF-8");
 }
 
 /// The name beside the log begins with a dot, so that "LOG*" finds only logs.

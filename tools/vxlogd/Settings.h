@@ -44,6 +44,9 @@ inline bool rotates(const Settings& settings)
     return settings.rotation.mostBytes > 0 || settings.rotation.every != vx::io::Rotation::Every::NEVER;
 }
 
+/// Whether this is the encoding, by any of its names.
+bool isUtf8(const Settings& settings);
+
 /// Where the server answers about its state; empty for nowhere.
 std::string statusPath(const Settings& settings);
 
