@@ -139,9 +139,30 @@ class Lines(Served):
         self.assertEqual([(entry["text"], entry["sequence"]) for entry in entries], list(zip(lines, range(1, 51))))
 
     def test_are_kept_in_other_encodings(self):
-        self.start("--encoding=UTF-16LE")
-        self.client("ack=1").send("ä😀\n".encode()).hear("ack 1\n")
-        self.assertEqual(self.texts(encoding="utf-16-le"), ["ä😀"])
+        """The codecs of Python decide. Each entry is complete alone, and a byte order mark precedes only the first one."""
+        _, environment = self.register(os.environ["VXLOGD_CODECS"])
+        texts = ["ä 日本 7", "", "7 日本", "ü" * 5000 + "日" * 999, "\tж한😀", "plain"]
+        for encoding, codec, mark in [
+                ("US-ASCII", "ascii", b""), ("latin1", "latin-1", b""), ("CP1252", "cp1252", b""), ("CP866", "cp866", b""),
+                ("ISO-8859-5", "iso8859-5", b""), ("KOI8-R", "koi8-r", b""), ("Shift_JIS", "shift_jis", b""),
+                ("EUC-JP", "euc_jp", b""), ("GB18030", "gb18030", b""), ("CP936", "gbk", b""), ("CP949", "cp949", b""),
+                ("EUC-KR", "euc_kr", b""), ("ISO-2022-JP", "iso2022_jp", b""), ("UTF-16LE", "utf-16-le", b""),
+                ("UTF-16", "utf-16-be", b"\xfe\xff"), ("UTF-32", "utf-32-be", b"\0\0\xfe\xff"), ("utf8", "utf-8", b"")]:
+            with self.subTest(encoding):
+                self.log = self.path(encoding)
+                self.start(f"--encoding={encoding}", "--max-line=20000", env=environment)
+                clients = [self.client("ack=1").send(("\n".join(texts * 9) + "\n").encode()) for _ in range(3)]
+                for client in clients:
+                    client.hear(f"ack {len(texts) * 9}\n")
+                content = self.read(self.log)
+                self.assertEqual(self.stop(), 0)
+                entries = re.findall(r".*?-{25}\n", content.removeprefix(mark).decode(codec), re.DOTALL)
+                self.assertEqual(content, mark + b"".join(entry.encode(codec) for entry in entries))
+                expected = [text.encode(codec, "replace").decode(codec) for text in texts * 27]
+                self.assertEqual(collections.Counter(re.search(r"^text=(.*)$", entry, re.MULTILINE)[1] for entry in entries),
+                                 collections.Counter(expected))
+                self.assertEqual([int(re.search(r"^sequence=(\d+)$", entry, re.MULTILINE)[1]) for entry in entries],
+                                 list(range(1, len(expected) + 1)))
 
 
 class Documents(Served):

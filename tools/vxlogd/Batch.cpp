@@ -1,7 +1,5 @@
 #include "Batch.h"
 
-#include <charconv>
-#include <limits>
 #include <utility>
 
 namespace vxlogd {
@@ -49,11 +47,7 @@ bool Batch::print(std::size_t index, const Form* form, Block& block) const
     const Line& line = m_lines[index];
     if (!line.isPrinted || form != m_form.get())
         return false;
-    char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
-    const char* const end
-        = std::to_chars(digits, digits + sizeof digits, m_firstSequence + static_cast<std::int64_t>(index)).ptr;
-    block.append(form->getHead());
-    block.append({digits, static_cast<std::size_t>(end - digits)});
+    form->appendHead(block, m_firstSequence + static_cast<std::int64_t>(index));
     const std::size_t begin = index > 0 ? m_lines[index - 1].restEnd : 0;
     block.append(std::string_view(m_rests).substr(begin, line.restEnd - begin));
     return true;

@@ -11,6 +11,10 @@
 #include <vx/log/XmlLogWriter.h>
 
 #include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <limits>
+#include <new>
 #include <utility>
 
 namespace vxlogd {
@@ -30,6 +34,7 @@ constexpr Fields SAMPLE {.sequence = 4'711'000'001,
     .text = "(text)",
     .client = "(client)",
     .line = 4'711'000'003};
+constexpr std::string_view MANY = "ä中😀"; // characters of 2, 3 and 4 bytes in UTF-8
 
 } // namespace
 
@@ -42,17 +47,22 @@ public:
     {
     }
 
-    std::string print(std::string_view text = SAMPLE.text)
+    Fields getSample(std::string_view text = SAMPLE.text) const
     {
-        m_block->cut(0);
         Fields sample = SAMPLE;
         sample.text = text;
         if (!m_hasClient)
             sample.client = {};
         sample.time = m_time.get();
-        m_writer->process(createEntry(sample).get());
+        return sample;
+    }
+    std::string print(const Fields& fields)
+    {
+        m_block->cut(0);
+        m_writer->process(createEntry(fields).get());
         return std::string(m_block->view());
     }
+    std::string print(std::string_view text = SAMPLE.text) { return print(getSample(text)); }
     std::string getTime() const { return m_time->toString().toUtf8(); }
     bool hasClient() const { return m_hasClient; }
 
@@ -62,6 +72,36 @@ private:
     const Reference<Block> m_block {new Block};
     const Reference<vx::log::ILogProcessor> m_writer;
 };
+
+class Form::Encoder {
+public:
+    /// Encodes `first`, which may be preceded by a byte order mark.
+    Encoder(const std::string& encoding, std::string_view first)
+        : m_writer(new vx::io::OutputStreamWriter(
+            m_block.get(), vx::TerminatedText(String(std::string_view(encoding))), BUFFER_SIZE))
+    {
+        encode(first);
+    }
+
+    /// `text` is in UTF-8. The result is valid up to the next call.
+    std::string_view encode(std::string_view text)
+    {
+        m_block->cut(0);
+        m_writer->write(String(text));
+        m_writer->flush();
+        return m_block->view();
+    }
+
+private:
+    static constexpr std::int32_t BUFFER_SIZE = 4096;
+
+    const Reference<Block> m_block {new Block};
+    const Reference<vx::io::OutputStreamWriter> m_writer;
+};
+
+Form::Form() = default;
+
+Form::~Form() = default;
 
 Reference<vx::log::ILogProcessor> createWriter(const Settings& settings, Block& block)
 {
@@ -97,16 +137,18 @@ Reference<vx::log::LogEntry> createEntry(const Fields& fields)
 std::shared_ptr<const Form> Form::learn(const Settings& settings)
 {
     const auto form = std::make_shared<Form>();
-    Printer printer(settings);
+    Settings utf8 = settings;
+    utf8.encoding = Settings().encoding;
     try {
-        if (form->split(printer) && form->learnUnits(printer))
+        Printer printer(utf8);
+        if (form->split(printer) && form->learnUnits(printer) && (isUtf8(settings) || form->learnEncoding(settings)))
             return form;
     } catch (const vx::Exception&) { // not every character has a form in the encoding of the log
     }
     return nullptr;
 }
 
-/// False if a field is not in the sample, or not in the bytes of UTF-8, or if one precedes the sequence number.
+/// False if a field is not in the sample, or if one precedes the sequence number.
 bool Form::split(Printer& printer)
 {
     const std::string sample = printer.print();
@@ -140,12 +182,11 @@ bool Form::split(Printer& printer)
     return true;
 }
 
-/// False if the log is not in UTF-8.
 bool Form::learnUnits(Printer& printer)
 {
     constexpr unsigned char FIRST_OF_MANY = 0x80; // bytes of the characters beyond ASCII
     const std::string before(1, SAMPLE.text.front()), after(1, SAMPLE.text.back());
-    const std::string empty = printer.print({});
+    const std::string empty = printer.print(std::string_view());
     const auto printed = [&](const std::string& text) { // it begins where the two entries begin to differ
         const std::string bytes = printer.print(before + text + after);
         const auto place = static_cast<std::size_t>(std::ranges::mismatch(bytes, empty).in1 - bytes.begin());
@@ -156,7 +197,7 @@ bool Form::learnUnits(Printer& printer)
         m_escapes[unit] = printed(text);
         m_units[unit] = m_escapes[unit] == text ? Unit::AS_IT_IS : Unit::ESCAPED;
     }
-    const std::string many = "ä中😀";
+    const std::string many(MANY);
     if (printed(many) != many)
         return false;
     std::fill(m_units.begin() + FIRST_OF_MANY, m_units.end(), Unit::AS_IT_IS);
@@ -166,7 +207,79 @@ bool Form::learnUnits(Printer& printer)
     return true;
 }
 
+/// False if the entries that it makes are not those of the writer.
+bool Form::learnEncoding(const Settings& settings)
+{
+    Printer printer(settings);
+    m_encoding = settings.encoding;
+    m_beginsOtherwise = printer.print() != printer.print();
+    Encoder encoder(m_encoding, m_head);
+    const std::string head(encoder.encode(m_head));
+    for (std::size_t digit = 0; digit < m_digits.size(); ++digit) {
+        m_headText = m_head + static_cast<char>('0' + digit);
+        m_digits[digit] = encoder.encode(m_headText).substr(head.size());
+    }
+    m_headSize = encoder.encode(m_headText).size();
+    m_head = head;
+    const Reference<Block> block(new Block);
+    for (const std::string_view text : {MANY, SAMPLE.text, std::string_view(), MANY}) {
+        for (const std::int64_t sequence : {std::int64_t {0}, SAMPLE.sequence, std::int64_t {9'876'543'210}}) {
+            Fields fields = printer.getSample(text);
+            fields.sequence = sequence;
+            std::string rest;
+            block->cut(0);
+            appendHead(*block, sequence);
+            if (!appendRest(rest, fields, printer.getTime()))
+                return false;
+            block->append(rest);
+            if (printer.print(fields) != block->view())
+                return false;
+        }
+    }
+    return true;
+}
+
+void Form::appendHead(Block& block, std::int64_t sequence) const
+{
+    char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
+    const char* const end = std::to_chars(digits, std::end(digits), sequence).ptr;
+    block.append(m_head);
+    if (m_encoding.empty())
+        return block.append({digits, static_cast<std::size_t>(end - digits)});
+    for (const char* digit = digits; digit < end; ++digit)
+        block.append(m_digits[static_cast<std::size_t>(*digit - '0')]);
+}
+
 bool Form::appendRest(std::string& bytes, const Fields& fields, std::string_view time) const
+{
+    if (m_encoding.empty())
+        return appendUtf8(bytes, fields, time);
+    std::string text = m_headText;
+    if (!appendUtf8(text, fields, time))
+        return false;
+    std::unique_ptr<Encoder> encoder;
+    {
+        const std::lock_guard lock(m_lock);
+        if (!m_encoders.empty()) {
+            encoder = std::move(m_encoders.back());
+            m_encoders.pop_back();
+        }
+    }
+    if (encoder == nullptr)
+        encoder = std::make_unique<Encoder>(m_encoding, m_headText);
+    try {
+        bytes += encoder->encode(text).substr(m_headSize);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const vx::Exception&) { // the log reports what the writer says
+        return false;
+    }
+    const std::lock_guard lock(m_lock);
+    m_encoders.push_back(std::move(encoder));
+    return true;
+}
+
+bool Form::appendUtf8(std::string& bytes, const Fields& fields, std::string_view time) const
 {
     bytes += m_afterSequence;
     for (const Place& place : m_places) {

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,17 +57,23 @@ struct Fields {
 vx::Reference<vx::log::LogEntry> createEntry(const Fields& fields);
 
 /// The form that the writer of a log gives to entries, learned from samples that it printed. It makes the bytes of most
-/// entries without the writer, on any thread, and these are the same. Immutable.
+/// entries without the writer, on any thread, and these are the same. Thread-safe.
 class Form {
 public:
     /// Null if the form cannot be learned.
     static std::shared_ptr<const Form> learn(const Settings& settings);
+    Form();
+    ~Form();
+    Form(const Form&) = delete;
+    Form& operator=(const Form&) = delete;
 
-    /// Appends what follows the sequence number in an entry. `time` is its text. False, with some bytes appended, if
-    /// only the writer knows the form of this entry.
+    /// Appends the bytes of an entry up to its sequence number, with this.
+    void appendHead(Block& block, std::int64_t sequence) const;
+    /// Appends those after it. `time` is its text. False, with some bytes appended, if only the writer knows the form of
+    /// this entry.
     bool appendRest(std::string& bytes, const Fields& fields, std::string_view time) const;
-    /// What precedes the sequence number.
-    const std::string& getHead() const { return m_head; }
+    /// Whether only the writer knows the form of its first entry, for example because a byte order mark precedes it.
+    bool beginsOtherwise() const { return m_beginsOtherwise; }
     /// Whether entries have the client and its number of the line.
     bool hasClient() const { return m_hasClient; }
 
@@ -79,16 +86,30 @@ private:
     };
     enum class Unit : std::uint8_t { UNKNOWN, AS_IT_IS, ESCAPED };
 
+    /// Encodes texts one after the other, in the encoding of the log.
+    class Encoder;
+
     bool split(Printer& printer);
     bool learnUnits(Printer& printer);
+    bool learnEncoding(const Settings& settings);
+    bool appendUtf8(std::string& bytes, const Fields& fields, std::string_view time) const;
     bool appendText(std::string& bytes, std::string_view text) const;
 
     bool m_hasClient = false;
+    bool m_beginsOtherwise = false;
     std::string m_head;
     std::string m_afterSequence;
     std::vector<Place> m_places;
     std::array<Unit, 256> m_units {}; ///< of each byte of UTF-8
     std::array<std::string, 128> m_escapes;
+
+    // For a log that is not in UTF-8. A rest is encoded after a head, because its bytes may depend on what precedes it.
+    std::string m_encoding; ///< empty for UTF-8
+    std::string m_headText; ///< in UTF-8, with a digit
+    std::size_t m_headSize = 0; ///< of its bytes
+    std::array<std::string, 10> m_digits;
+    mutable std::mutex m_lock;
+    mutable std::vector<std::unique_ptr<Encoder>> m_encoders; ///< those that no thread uses
 };
 
 } // namespace vxlogd

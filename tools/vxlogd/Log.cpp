@@ -187,6 +187,7 @@ void LogFile::open(const Settings& settings)
     m_file = file;
     m_block = block;
     m_writer = writer;
+    m_isFirst = form != nullptr && form->beginsOtherwise();
     {
         const std::lock_guard lock(m_formLock);
         m_form.swap(form);
@@ -225,8 +226,8 @@ void LogFile::print(const Reference<const Batch>& batch, std::size_t index)
         if (!follows)
             m_entries.push_back({batch, index, 0});
         try {
-            if (m_writer != nullptr && !batch->print(index, m_form.get(), *m_block)) // otherwise `open` will print it
-                m_writer->process(batch->createEntry(index).get());
+            if (m_writer != nullptr) // otherwise `open` will print it
+                printNow(*batch, index);
             ++m_entries.back().count;
         } catch (...) {
             m_block->cut(size);
@@ -237,6 +238,14 @@ void LogFile::print(const Reference<const Batch>& batch, std::size_t index)
     });
     if (!reason.empty())
         refuse({batch, index, 1}, reason);
+}
+
+void LogFile::printNow(const Batch& batch, std::size_t index)
+{
+    if (!m_isFirst && batch.print(index, m_form.get(), *m_block))
+        return;
+    m_writer->process(batch.createEntry(index).get());
+    m_isFirst = false;
 }
 
 /// Returns when all entries are in the file, or are lost because of `giveUp`.

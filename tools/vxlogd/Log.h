@@ -76,6 +76,7 @@ private:
     void open(const Settings& settings);
     void endDocument();
     void print(const vx::Reference<const Batch>& batch, std::size_t index);
+    void printNow(const Batch& batch, std::size_t index);
     void write(Lock& lock);
     void awaitBrokers();
     void putOnFile();
@@ -98,6 +99,7 @@ private:
     vx::Reference<vx::io::OutputStream> m_file;
     vx::Reference<Block> m_block; ///< the text of the entries that are not in the file yet
     vx::Reference<vx::log::ILogProcessor> m_writer; ///< into the block; null if no file is open
+    bool m_isFirst = false; ///< only the writer knows the form of the next entry
     std::vector<Batch::Span> m_entries; ///< those of the block
     mutable std::mutex m_formLock;
     std::shared_ptr<const Form> m_form;
