@@ -389,6 +389,20 @@ class Settings(Served):
             keys = len(re.findall(r"^(?:vxlogd|tools)\.help\.", file.read(), re.MULTILINE))
         self.assertEqual(keys, len(re.findall("^ .{4} --", told[""], re.MULTILINE)) + 1)
 
+        none = self.write("none.ini", b"")
+        wrong = self.write("wrong.ini", b"a = 1\n[other]\n[vxlogd]\nb = 1\nc\nport = x\nsync = x\nmode = x\nhttp = x\nencoding = x\nlog =\n")
+        for arguments in [
+                ["-c", none], ["-c", wrong], ["--format=xml", "--encoding=latin1", "--rotate-size=9", "--forward=kafka://a:1/b"],
+                ["--forward-ack=brokers", "--tls-key=x", "--http-token=x"], ["--http=192.0.2.1:1"], ["--forward=x"]]:
+            said = [vxlogd("--check-config", "--locale", locale, *arguments, env=environment).stderr.decode().splitlines()
+                    for locale in ["none", "en_US", "de", "fr"]]
+            self.assertEqual(said[0], said[1])
+            self.assertGreater(len(said[0]), 0)
+            for lines in zip(*said[1:], strict=True):
+                self.assertEqual(len(set(lines)), 3, lines)
+        for arguments in [["word"]]:
+            self.assertEqual(len({vxlogd("--locale", locale, *arguments, env=environment).stderr for locale in ["none", "de", "fr"]}), 3)
+
     def test_must_be_right(self):
         for arguments in [["--port=65536"], ["--port=x"], ["--workers=0"], ["--nothing"], ["--log"], ["word"],
                           ["--format=xml", "--encoding=CP1252"], ["--encoding=none"], ["-c", self.path("none")]]:
@@ -398,12 +412,15 @@ class Settings(Served):
         for text, place in [("[vxlogd]\n\nportt = 1\n", ":3: unknown setting portt"),
                             ("# size\n[vxlogd]\r\nmax-line = 1\n", ':3: max-line: "1" is no number'),
                             ("[vxlogd]\nlevel 3\n", ":2: neither a set nor a setting: level 3"),
-                            ("[vxlogd]\n level = 3\n", ":2: neither"), ("[other]\n[vxlogd\n", ":2: neither"),
+                            ("[vxlogd]\n level = 3\n", ":2: neither"), ("\n[vxlogd\n", ":2: neither"),
                             ("level = 3\n[vxlogd]\n", ":1: level stands before"),
-                            ("[vxlogd]\nport = 1\n[other]\nx=1\n[VXLOGD]\nPort = x", ":6: port"),
-                            ("[other]\nport = 1\n", ": has no set [vxlogd]")]:
+                            ("[vxlogd]\nport = 1\n[VXLOGD]\nPort = x", ":4: port"),
+                            ("[vxlogd]\n\n[other]\nx=1\n", ":3: unknown set [other]"),
+                            ("[vxlgod]\nport = 1\n", ":1: unknown set [vxlgod]; the settings are in [vxlogd]"),
+                            ("# nothing\n", ": has no set [vxlogd]")]:
             self.assertFails(vxlogd("-c", self.write("wrong.ini", text.encode())), "wrong.ini" + place, status=2)
         self.assertFails(vxlogd("-c", "/"), "/: is a directory", status=2)
+        self.assertFails(vxlogd("word"), 'unexpected argument "word"', status=2)
         strange = self.write("\udcff.ini", b"[vxlogd]\n")
         self.assertFails(vxlogd("-c", strange), "not UTF-8", status=2)
         for arguments, part in [(["--log=" + self.path("none/log")], "none/log: no such file"),
@@ -411,14 +428,15 @@ class Settings(Served):
             self.assertFails(vxlogd("--port=0", "--log=" + self.log, *arguments), part)
 
     def test_are_checked_before_they_take_effect(self):
-        wrong = self.write("wrong.ini", b"level = 1\n[vxlogd]\nportt = 1\nworkers\nlevel = x\nformat = xml\nkeep = 3\nmode = 448\n")
+        wrong = self.write("wrong.ini", b"level = 1\n[vxlogd]\nportt = 1\nworkers\nlevel = x\nformat = xml\nkeep = 3\nmode = 448\n[other]\n")
         result = vxlogd("--check-config", "-c", wrong, "--rotate-size=9", "--port=x")
         self.assertEqual((result.returncode, result.stdout), (2, b""))
         lines = result.stderr.decode().replace(wrong, "").splitlines()
         self.assertEqual([line.removeprefix("vxlogd: ") for line in lines],
-                         [":4: neither a set nor a setting: workers", ":1: level stands before the first set",
-                          ":3: unknown setting portt", ':5: level: "x" is no number from -1000000 to 1000000',
+                         [":1: level stands before the first set", ":3: unknown setting portt",
+                          ":4: neither a set nor a setting: workers", ':5: level: "x" is no number from -1000000 to 1000000',
                           ':8: mode: "448" is no mode in octal digits, such as 640, in which the owner may write',
+                          ":9: unknown set [other]; the settings are in [vxlogd]",
                           '--port: "x" is no number from 0 to 65535', "an XML log is one document, which cannot be rotated"])
         told = vxlogd("--check-config", "--level=-3", "--rotate-every=day", "--format=json", "--mode=640", "--log=" + self.log)
         self.assertEqual(told.returncode, 0)

@@ -1,5 +1,6 @@
 #include "Settings.h"
 
+#include "Texts.h"
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/FileName.h"
@@ -16,8 +17,9 @@
 #include <cctype>
 #include <charconv>
 #include <iterator>
+#include <map>
 #include <optional>
-#include <stdexcept>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +27,8 @@ namespace vxlogd {
 
 using vx::util::OptionRow;
 using vx::util::OptionTable;
+using vxtools::Text;
+using vxtools::UsageError;
 
 namespace {
 
@@ -33,8 +37,6 @@ constexpr const char* CHECK_CONFIG = "check-config";
 constexpr const char* STATUS = "status";
 constexpr const char* METRICS = "metrics";
 constexpr std::string_view NOWHERE = "none"; // for the status socket
-constexpr vxtools::Message NEEDS_FORWARD {
-    u"vxlogd.needs-forward", "forward-ack=brokers needs forward, the address of these brokers"};
 
 /// Letter case does not count.
 bool isSameName(std::string_view left, std::string_view right)
@@ -50,15 +52,14 @@ Number numberIn(const std::string& text, Number least, Number most)
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end || number < least || number > most)
-        throw std::invalid_argument(
-            "\"" + text + "\" is no number from " + std::to_string(least) + " to " + std::to_string(most));
+        throw UsageError(NO_NUMBER(text, least, most));
     return number;
 }
 
 std::string nonEmpty(const std::string& text)
 {
     if (text.empty())
-        throw std::invalid_argument("the text is empty");
+        throw UsageError(EMPTY());
     return text;
 }
 
@@ -81,7 +82,7 @@ std::string knownEncoding(const std::string& name)
     try {
         encoderOf(name);
     } catch (const vx::Exception&) {
-        throw std::invalid_argument("unknown encoding \"" + name + "\"");
+        throw UsageError(UNKNOWN_ENCODING(name));
     }
     return name;
 }
@@ -121,7 +122,7 @@ constexpr SettingRow SETTINGS[] = {
          .help = "json has an object on each line; an old document of xml is moved aside for a new one"},
         [](Settings& settings, const std::string& text) {
             if (text != "plain" && text != "xml" && text != "json")
-                throw std::invalid_argument("\"" + text + "\" is none of plain, json and xml");
+                throw UsageError(NO_CHOICE(text, "plain, json, xml"));
             settings.format = text == "xml" ? Format::XML : text == "json" ? Format::JSON : Format::PLAIN;
         },
         [](const Settings& settings) {
@@ -145,7 +146,7 @@ constexpr SettingRow SETTINGS[] = {
         [](Settings& settings, const std::string& text) {
             using Every = vx::io::Rotation::Every;
             if (text != "never" && text != "hour" && text != "day")
-                throw std::invalid_argument("\"" + text + "\" is none of never, hour and day");
+                throw UsageError(NO_CHOICE(text, "never, hour, day"));
             settings.rotation.every = text == "hour" ? Every::HOUR : text == "day" ? Every::DAY : Every::NEVER;
         },
         [](const Settings& settings) {
@@ -160,8 +161,7 @@ constexpr SettingRow SETTINGS[] = {
         [](Settings& settings, const std::string& text) {
             const std::optional<unsigned int> mode = vxtools::modeOf(text);
             if (!mode && !text.empty())
-                throw std::invalid_argument(
-                    '"' + text + "\" is no mode in octal digits, such as 640, in which the owner may write");
+                throw UsageError(NO_MODE(text));
             settings.rotation.access = static_cast<std::int32_t>(mode.value_or(0));
         },
         [](const Settings& settings) {
@@ -229,7 +229,7 @@ constexpr SettingRow SETTINGS[] = {
          .help = "flush each entry to disk before it is acknowledged"},
         [](Settings& settings, const std::string& text) {
             if (text != "no" && text != "yes")
-                throw std::invalid_argument("\"" + text + "\" is neither no nor yes");
+                throw UsageError(NO_CHOICE(text, "no, yes"));
             settings.sync = text == "yes";
         },
         [](const Settings& settings) { return std::string(settings.sync ? "yes" : "no"); }},
@@ -248,7 +248,7 @@ constexpr SettingRow SETTINGS[] = {
          .help = "whether a line is acknowledged when it is in the log, or when all replicas of its topic have it"},
         [](Settings& settings, const std::string& text) {
             if (text != "log" && text != "brokers")
-                throw std::invalid_argument("\"" + text + "\" is neither log nor brokers");
+                throw UsageError(NO_CHOICE(text, "log, brokers"));
             settings.forwardAck = text == "brokers" ? ForwardAck::BROKERS : ForwardAck::LOG;
         },
         [](const Settings& settings) {
@@ -269,7 +269,7 @@ constexpr SettingRow SETTINGS[] = {
                  "other machines reach it"},
         [](Settings& settings, const std::string& text) {
             if (!text.empty() && !http::placeIn(text))
-                throw std::invalid_argument("\"" + text + "\" is no host and port, such as 127.0.0.1:7580 or [::1]:0");
+                throw UsageError(NO_PLACE(text));
             settings.http = text;
         },
         [](const Settings& settings) { return settings.http; }},
@@ -284,69 +284,95 @@ constexpr SettingRow SETTINGS[] = {
         [](const Settings& settings) { return settings.httpHost; }},
 };
 
-using Problems = std::vector<vxtools::Text>;
+using Problems = std::vector<Text>;
 
-void set(
-    Settings& settings, const SettingRow& row, const std::string& text, const std::string& place, Problems& problems)
+Text because(const Text& what, const Text& why)
+{
+    return vxtools::Failure(what, why).text();
+}
+
+/// What is wrong with the text; nothing if it is right.
+std::optional<Text> set(Settings& settings, const SettingRow& row, const std::string& text)
 {
     try {
         row.set(settings, text);
-    } catch (const std::invalid_argument& failure) {
-        problems.push_back(place + row.option.name + ": " + failure.what());
+        return std::nullopt;
+    } catch (const UsageError& failure) {
+        return failure.text();
+    }
+}
+
+/// Calls `take` with each line that begins a set of another name.
+template <class Take>
+void forEachForeignSet(const vx::util::IniDocument& file, Take take)
+{
+    std::istringstream lines(file.getText());
+    std::string text;
+    for (std::size_t line = 1; std::getline(lines, text); ++line) {
+        for (const std::string& name : vx::util::IniDocument::parse(text).getSets()) {
+            if (!name.empty() && !isSameName(name, SET))
+                take(line, name);
+        }
+    }
+}
+
+/// Calls `refuse` with each line that is wrong, and why.
+template <class Refuse>
+void readLines(Settings& settings, const vx::util::IniDocument& file, Refuse refuse)
+{
+    for (const vx::util::IniDocument::StrangeLine& line : file.getStrangeLines())
+        refuse(line.line, STRANGE_LINE(line.text));
+    forEachForeignSet(file, [&](std::size_t line, const std::string& name) { refuse(line, UNKNOWN_SET(name)); });
+    for (const vx::util::IniDocument::Entry& entry : file.getEntries()) {
+        if (entry.set.empty())
+            refuse(entry.line, BEFORE_FIRST_SET(entry.name));
+        if (!isSameName(entry.set, SET))
+            continue;
+        const auto row = std::ranges::find_if(
+            SETTINGS, [&](const SettingRow& each) { return isSameName(each.option.name, entry.name); });
+        if (row == std::end(SETTINGS))
+            refuse(entry.line, UNKNOWN_SETTING(entry.name));
+        else if (const std::optional<Text> why = set(settings, *row, entry.value))
+            refuse(entry.line, because(row->option.name, *why));
     }
 }
 
 void readFile(Settings& settings, const std::string& path, Problems& problems)
 {
-    const auto refuse = [&](std::size_t line, const std::string& why) {
-        problems.push_back(path + ':' + std::to_string(line) + ": " + why);
-    };
     try {
         const vxtools::Input readable(path); // throws the reason if it is not
         const auto file = vx::util::IniDocument::load(vxtools::canonicalPath(path));
-        for (const vx::util::IniDocument::StrangeLine& line : file.getStrangeLines())
-            refuse(line.line, "neither a set nor a setting: " + line.text);
-        if (!file.hasSet(SET) && problems.empty())
-            problems.push_back(path + ": has no set [vxlogd]");
-        for (const vx::util::IniDocument::Entry& entry : file.getEntries()) {
-            if (entry.set.empty())
-                refuse(entry.line, entry.name + " stands before the first set");
-            if (!isSameName(entry.set, SET))
-                continue;
-            const auto row = std::ranges::find_if(
-                SETTINGS, [&](const SettingRow& each) { return isSameName(each.option.name, entry.name); });
-            if (row == std::end(SETTINGS))
-                refuse(entry.line, "unknown setting " + entry.name);
-            else
-                set(settings, *row, entry.value, path + ':' + std::to_string(entry.line) + ": ", problems);
-        }
+        std::multimap<std::size_t, Text> wrong; // by line
+        readLines(settings, file, [&](std::size_t line, const Text& why) { wrong.emplace(line, why); });
+        for (const auto& [line, why] : wrong)
+            problems.push_back(because(path + ':' + std::to_string(line), why));
+        if (wrong.empty() && !file.hasSet(SET))
+            problems.push_back(because(path, NO_SET()));
     } catch (const vxtools::Failure& failure) {
-        problems.push_back(failure.what());
+        problems.push_back(failure.text());
     } catch (const vx::Exception& failure) {
-        problems.push_back(path + ": " + vxtools::textOf(failure));
+        problems.push_back(because(path, vxtools::textOf(failure)));
     }
 }
 
 /// Settings that are right alone and wrong together.
 void compare(const Settings& settings, Problems& problems)
 {
-    if (settings.format == Format::XML && !isUtf8(settings))
-        problems.push_back("an XML log is in UTF-8");
-    if (settings.format == Format::JSON && !isUtf8(settings))
-        problems.push_back("a JSON log is in UTF-8");
+    if (settings.format != Format::PLAIN && !isUtf8(settings))
+        problems.push_back(ALWAYS_UTF_8(settings.format == Format::XML ? "xml" : "json"));
     if (settings.format == Format::XML && rotates(settings))
-        problems.push_back("an XML log is one document, which cannot be rotated");
+        problems.push_back(NOT_ROTATED());
     if (!settings.forward.empty() && settings.format != Format::JSON)
-        problems.push_back("forward needs format json");
+        problems.push_back(FORWARD_NEEDS_JSON());
     if (settings.forward.empty() && settings.forwardAck == ForwardAck::BROKERS)
         problems.push_back(NEEDS_FORWARD());
     const vxtools::TlsFiles& tls = settings.tls;
     if (tls.certificate.empty() && !(tls.key.empty() && tls.authorities.empty()))
-        problems.push_back("tls-key and tls-client-ca need tls-cert");
+        problems.push_back(NEED_CERTIFICATE());
     if (settings.http.empty() && !(settings.httpToken.empty() && settings.httpHost.empty()))
-        problems.push_back("http-token and http-host need http");
+        problems.push_back(NEED_HTTP());
     if (!settings.http.empty() && settings.httpToken.empty() && !http::isLoopback(http::placeIn(settings.http).value()))
-        problems.push_back("http: other machines reach " + settings.http + ", so that it needs http-token");
+        problems.push_back(NEEDS_TOKEN(settings.http));
 }
 
 } // namespace
@@ -399,20 +425,22 @@ CommandLine readSettings(int argc, char** argv)
     line.shell = given.find("completion").value_or("");
     const bool asks = line.task == Task::STATUS || line.task == Task::METRICS;
     if (given.getArguments().size() > (asks ? 1 : 0))
-        throw std::invalid_argument("what is \"" + given.getArguments().back() + "\"?");
+        throw UsageError(UNEXPECTED(given.getArguments().back()));
     if (line.task != Task::SERVE && line.task != Task::CHECK_CONFIG && !asks)
         return line;
     if (const std::string config = given.find("config").value_or(""); !config.empty())
         readFile(line.settings, config, line.problems);
     for (const SettingRow& row : SETTINGS) {
-        for (const std::string& text : given.getAll(row.option.name))
-            set(line.settings, row, text, "--", line.problems);
+        for (const std::string& text : given.getAll(row.option.name)) {
+            if (const std::optional<Text> why = set(line.settings, row, text))
+                line.problems.push_back(because(std::string("--") + row.option.name, *why));
+        }
     }
     if (!given.getArguments().empty())
         line.settings.statusSocket = given.getArguments().front();
     compare(line.settings, line.problems);
     if (line.task != Task::CHECK_CONFIG && !line.problems.empty())
-        throw vxtools::UsageError(line.problems.front());
+        throw UsageError(line.problems.front());
     return line;
 }
 

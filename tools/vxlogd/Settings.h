@@ -62,7 +62,7 @@ struct CommandLine {
 const vx::util::OptionTable& optionTable();
 
 /// Options override the file that the command line names, and the file overrides the defaults. Throws
-/// std::invalid_argument that says what is wrong.
+/// vxtools::UsageError that says what is wrong.
 CommandLine readSettings(int argc, char** argv);
 
 /// The effective settings in the form of their file.

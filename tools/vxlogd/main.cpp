@@ -7,6 +7,7 @@
 #include "Settings.h"
 #include "Status.h"
 #include "StatusSocket.h"
+#include "Texts.h"
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Program.h"
@@ -17,9 +18,9 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
@@ -67,20 +68,22 @@ void allowManyDescriptors()
 }
 
 /// `first` are the settings at the start.
-void changeSettings(Server& server, const Settings& first, int argc, char** argv)
+void changeSettings(Server& server, const Settings& first, int argc, char** argv, vxtools::Messages& messages)
 {
     try {
         Settings settings = readSettings(argc, argv).settings;
         if (first.forward.empty()) // it stays so, and no brokers will have the lines
             settings.forwardAck = ForwardAck::LOG;
         if (!first.forward.empty() && (settings.log != first.log || settings.format != first.format))
-            throw std::invalid_argument("log and format cannot change while the log is forwarded");
+            throw vxtools::UsageError(STAYS_FORWARDED());
         server.change(settings);
         complain("the log is opened anew");
     } catch (const vx::Exception& failure) {
         complain("the log cannot be opened anew: " + vx::explain(failure).toUtf8());
+    } catch (const vxtools::UsageError& failure) {
+        complain(messages.say(SETTINGS_STAY(failure.text())));
     } catch (const std::exception& failure) {
-        complain(std::string("the settings stay: ") + failure.what());
+        complain(messages.say(SETTINGS_STAY(failure.what())));
     }
 }
 
@@ -105,7 +108,7 @@ std::unique_ptr<StatusSocket> openStatus(const Settings& settings, std::string& 
     }
 }
 
-void serve(const Settings& settings, int argc, char** argv)
+void serve(const Settings& settings, int argc, char** argv, vxtools::Messages& messages)
 {
     endAtOnceBySignals();
     allowManyDescriptors();
@@ -143,7 +146,7 @@ void serve(const Settings& settings, int argc, char** argv)
     for (int signal = 0; signal != SIGTERM && signal != SIGINT;) {
         if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP) {
             tellManagerOfReload();
-            changeSettings(server, settings, argc, argv);
+            changeSettings(server, settings, argc, argv, messages);
             tellManager("READY=1");
         }
     }
@@ -162,7 +165,7 @@ int check(CommandLine line, vxtools::Messages& messages)
     try {
         openTls(line.settings);
     } catch (const vxtools::Failure& failure) {
-        line.problems.emplace_back(failure.what());
+        line.problems.push_back(failure.text());
     }
     for (const vxtools::Text& problem : line.problems)
         complain(messages.say(problem));
@@ -185,7 +188,7 @@ int main(int argc, char** argv)
         if (line.task == Task::CHECK_CONFIG)
             result = check(line, messages);
         else if (line.task == Task::SERVE)
-            serve(line.settings, argc, argv);
+            serve(line.settings, argc, argv, messages);
         else
             vxtools::print(askStatus(statusPath(line.settings), line.task == Task::STATUS ? "status" : "metrics"));
     };
