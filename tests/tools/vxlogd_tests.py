@@ -400,7 +400,7 @@ class Settings(Served):
             self.assertGreater(len(said[0]), 0)
             for lines in zip(*said[1:], strict=True):
                 self.assertEqual(len(set(lines)), 3, lines)
-        for arguments in [["word"]]:
+        for arguments in [["word"], ["--status", self.log], ["--status", "--status-socket=none"]]:
             self.assertEqual(len({vxlogd("--locale", locale, *arguments, env=environment).stderr for locale in ["none", "de", "fr"]}), 3)
 
     def test_must_be_right(self):
@@ -562,7 +562,7 @@ class Status(Served):
             silent.connect(self.path(".log.status"))
             self.assertEqual(self.figures()["connections"], "2")
         self.assertEqual(self.stop(), 0)
-        self.assertFails(vxlogd("--status", "--log=" + self.log), ".log.status: no such file")
+        self.assertFails(vxlogd("--status", "--log=" + self.log), ".log.status: no vxlogd listens here; --log FILE or a PATH")
 
     def test_shows_why_clients_wait(self):
         self.start("--backlog=50000")

@@ -1,5 +1,6 @@
 #include "StatusSocket.h"
 
+#include "Texts.h"
 #include "common/Failure.h"
 #include "common/LocalSocket.h"
 
@@ -98,7 +99,7 @@ StatusSocket::StatusSocket(const std::string& path)
     if (error == EADDRINUSE && socketAt(path)) {
         const Descriptor other(vxtools::openLocalSocket(path));
         if (vxtools::connectLocalSocket(other.get(), path) != ECONNREFUSED)
-            throw Failure(path, "another server uses it");
+            throw Failure(path, SOCKET_IN_USE());
         ::unlink(path.c_str());
         error = bindTo(socket.get(), path);
     }
@@ -174,9 +175,12 @@ void StatusSocket::answer(Descriptor& client, Status& status)
 std::string askStatus(const std::string& path, const std::string& request)
 {
     if (path.empty())
-        throw Failure("status-socket", "the settings name none");
+        throw Failure("status-socket", NO_STATUS_SOCKET());
     const Descriptor socket(vxtools::openLocalSocket(path));
-    if (const int error = vxtools::connectLocalSocket(socket.get(), path); error != 0)
+    const int error = vxtools::connectLocalSocket(socket.get(), path);
+    if (error == ENOENT || error == ECONNREFUSED)
+        throw Failure(path, NO_SERVER());
+    if (error != 0)
         fail(path, error);
     sendAll(socket.get(), request + "\n");
     std::string text;
@@ -192,7 +196,7 @@ std::string askStatus(const std::string& path, const std::string& request)
         text.append(bytes, static_cast<std::size_t>(count));
     }
     if (text.empty())
-        throw Failure(path, "the server does not answer");
+        throw Failure(path, NO_ANSWER());
     return text;
 }
 
