@@ -314,6 +314,28 @@ TEST(LogFilter, LetsPassWhatItsSettingsAllow)
     }
 }
 
+TEST(AsyncProcessor, KnowsTheLargestNumberThatWaited)
+{
+    Reference<Gated> target(new Gated);
+    const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), 1);
+    const struct {
+        const char* words;
+        int taken; ///< in all, before the next words
+        std::int64_t deepest;
+    } steps[] = {{"a", 1, 1}, {"b c d e f", 4, 5}, {"g h", 4, 5}, {"i j", 9, 6}, {"k l m", 9, 6}, {"n o p q", 17, 8}};
+    int taken = 0;
+    for (const auto& step : steps) {
+        put(*async, step.words);
+        EXPECT_EQ(async->getCounts().deepest, step.deepest) << step.words;
+        for (; taken < step.taken; ++taken) {
+            if (taken > 0)
+                target->m_permits.signal();
+            target->m_entered.wait();
+        }
+    }
+    target->m_permits.signal();
+}
+
 /// An entry may belong to a component, which can be unloaded once all of its entries are done.
 TEST(AsyncProcessor, HoldsNoEntryThatIsDone)
 {

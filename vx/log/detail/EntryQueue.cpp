@@ -118,7 +118,7 @@ bool EntryQueue::put(const ILogEntry* entry)
         m_arrived.push_back(std::move(item));
         add(m_acceptedBytes, bytes);
         add(m_accepted, 1);
-        m_deepest.store(std::max(m_deepest.load(std::memory_order_relaxed), waiting()), std::memory_order_relaxed);
+        noteDepth();
         if (m_sleepers == 0)
             return true;
         --m_sleepers;
@@ -181,12 +181,25 @@ bool EntryQueue::take(TakenEntry& entry, int sleepers)
         }
         Item& item = m_leaving.front();
         entry.m_entry = std::move(item.entry);
-        m_takenBytes += item.bytes;
+        if (item.bytes > 0)
+            m_takenBytes += item.bytes;
         m_leaving.pop_front();
         ++m_taken;
     }
-    wakeCallers(waiting() == 0);
+    if (m_callers > 0)
+        wakeCallers(waiting() == 0);
     return true;
+}
+
+/// Reads what workers change only if the depth may be a new one.
+void EntryQueue::noteDepth()
+{
+    const std::int64_t accepted = m_accepted.load(std::memory_order_relaxed);
+    const std::int64_t deepest = m_deepest.load(std::memory_order_relaxed);
+    if (accepted - m_takenBefore <= deepest)
+        return;
+    m_takenBefore = m_taken;
+    m_deepest.store(std::max(deepest, accepted - m_takenBefore), std::memory_order_relaxed);
 }
 
 void EntryQueue::closeToWorkers()
@@ -222,6 +235,8 @@ std::int64_t EntryQueue::bytesOf(const ILogEntry* entry) const
 
 bool EntryQueue::hasRoom(std::int64_t bytes) const noexcept
 {
+    if (m_mostEntries <= 0 && m_mostBytes <= 0)
+        return true;
     const std::int64_t taken = m_taken; // read first, so that a queue that is being filled never seems to be empty
     const std::int64_t entries = m_accepted - taken;
     if (entries == 0)

@@ -10,6 +10,7 @@
 #include "vxsys/Memory.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 
@@ -106,34 +107,37 @@ private:
     std::int64_t bytesOf(const ILogEntry* entry) const;
     bool hasRoom(std::int64_t bytes) const noexcept;
     bool take(TakenEntry& entry, int sleepers);
+    void noteDepth() VX_REQUIRES(m_lock);
     void wakeCallers(bool all);
 
     const std::int64_t m_mostEntries;
     const std::int64_t m_mostBytes;
+    std::atomic<bool> m_isClosed {false}; ///< changed under m_lock
+    std::atomic<int> m_workers {0};
+    std::atomic<int> m_callers {0}; ///< callers that wait for room
 
     // Callers and workers use different queues, so they seldom wait for each other. A worker that finds its queue empty
-    // exchanges it for the other one.
-    sync::Mutex m_lock;
+    // exchanges it for the other one. What they change for each entry is not in the same cache line.
+    static constexpr std::size_t CACHE_LINE = 64;
+    alignas(CACHE_LINE) sync::Mutex m_lock;
     Items m_arrived VX_GUARDED_BY(m_lock);
     int m_sleepers VX_GUARDED_BY(m_lock) = 0; ///< workers that found no entry and have not been signalled yet
-    std::atomic<bool> m_isClosed {false}; ///< changed under m_lock, like the next three
-    std::atomic<std::int64_t> m_accepted {0};
+    std::atomic<std::int64_t> m_accepted {0}; ///< changed under m_lock, like the next two
     std::atomic<std::int64_t> m_acceptedBytes {0};
     std::atomic<std::int64_t> m_deepest {0};
+    std::int64_t m_takenBefore VX_GUARDED_BY(m_lock) = 0; ///< a value that m_taken had
     // A thread that frees what another one has allocated waits for the locks of the allocator. So each caller frees the
     // memory of an old entry, and the allocator has it at hand for the next entry of this thread.
     SpareMemory m_spare VX_GUARDED_BY(m_lock);
-    std::atomic<SpareMemory::Block*> m_offered {nullptr};
-    sync::Semaphore m_signal;
 
-    sync::Mutex m_takeLock; ///< acquired before m_lock
+    alignas(CACHE_LINE) sync::Mutex m_takeLock; ///< acquired before m_lock
     Items m_leaving VX_GUARDED_BY(m_takeLock); ///< entries that are older than those in m_arrived
     SpareMemory m_used VX_GUARDED_BY(m_takeLock); ///< not offered yet
     std::atomic<std::int64_t> m_taken {0};
     std::atomic<std::int64_t> m_takenBytes {0};
 
-    std::atomic<int> m_workers {0};
-    std::atomic<int> m_callers {0}; ///< callers that wait for room
+    alignas(CACHE_LINE) std::atomic<SpareMemory::Block*> m_offered {nullptr}; ///< from m_used to m_spare
+    sync::Semaphore m_signal;
     sync::Condition m_room;
 };
 
