@@ -12,8 +12,13 @@ constexpr Message BECAUSE {u"tools.because", "{0}: {1}"};
 } // namespace
 
 Failure::Failure(const Text& what, const Text& why)
-    : runtime_error(Messages().say(BECAUSE(what, why)))
-    , m_text(BECAUSE(what, why))
+    : Failure(BECAUSE(what, why))
+{
+}
+
+Failure::Failure(const Text& text)
+    : runtime_error(Messages().say(text))
+    , m_text(text)
 {
 }
 

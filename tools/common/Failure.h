@@ -15,6 +15,7 @@ class Failure : public std::runtime_error {
 public:
     /// `what` names the thing that failed, `why` says what is wrong with it.
     Failure(const Text& what, const Text& why);
+    explicit Failure(const Text& text);
 
     const Text& text() const noexcept { return m_text; }
 

@@ -1,5 +1,6 @@
 #include "Kafka.h"
 
+#include "Component.h"
 #include "FileName.h"
 
 #include <vx/Exception.h>
@@ -113,7 +114,7 @@ Reference<Interface> KafkaAddress::open(const Create& create) const
     Reference<IVXKafka> kafka;
     if (const std::int32_t result = VXComCreateObjectByProgID(PROG_ID, nullptr, &IVXKafka::IID, kafka.outVoid());
         result < 0)
-        throw Failure(KAFKA(), NO_COMPONENT(String(PROG_ID).toUtf8(), textOfResult(result)));
+        throw Failure(KAFKA(), noComponent(PROG_ID, KAFKA_LIBRARY, result));
     Reference<Interface> object;
     checkKafka(*kafka, create(*kafka, util::PropertySet::getVorb(properties).get(), object.outVoid()));
     return object;

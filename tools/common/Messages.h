@@ -81,8 +81,6 @@ inline constexpr Message STANDARD_INPUT {u"tools.standard-input", "standard inpu
 inline constexpr Message STANDARD_OUTPUT {u"tools.standard-output", "standard output"};
 inline constexpr Message BACKSLASH {u"tools.backslash", "a file name with a backslash"};
 inline constexpr Message NOT_UTF_8 {u"tools.not-utf-8", "a file name that is not UTF-8"};
-inline constexpr Message NO_COMPONENT {
-    u"tools.no-component", "the component {0}, which vxreg registers, cannot be used: {1}"};
 inline constexpr Message EMPTY_FILE_NAME {u"tools.empty-file-name", "a file name is empty"};
 inline constexpr Message NOT_TOGETHER {u"tools.not-together", "{0} and {1} do not go together"};
 inline constexpr Message ONLY_WITH {u"tools.only-with", "{0} has no effect without {1}"};

@@ -1,5 +1,6 @@
 #include "TlsContext.h"
 
+#include "Component.h"
 #include "Failure.h"
 #include "FileName.h"
 
@@ -30,7 +31,7 @@ Reference<IVXTlsContext> create(decltype(&IVXTls::CreateClientContext) operation
     Reference<IVXTls> tls;
     if (const std::int32_t result = VXComCreateObjectByProgID(PROG_ID, nullptr, &IVXTls::IID, tls.outVoid());
         result < 0)
-        throw Failure(ENCRYPTION(), NO_COMPONENT(String(PROG_ID).toUtf8(), textOfResult(result)));
+        throw Failure(ENCRYPTION(), noComponent(PROG_ID, TLS_LIBRARY, result));
     Reference<IVXTlsContext> context;
     try {
         vorb::throwIfFailedIn(*tls,

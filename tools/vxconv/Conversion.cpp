@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "TextPlace.h"
 #include "Texts.h"
+#include "common/Component.h"
 #include "common/Failure.h"
 #include "common/Program.h"
 #include "common/Progress.h"
@@ -18,12 +19,10 @@
 #include <vx/io/InputStreamReader.h>
 #include <vx/io/OutputStreamWriter.h>
 #include <vx/text/charset/CharsetException.h>
-#include <vx/text/charset/EncodingNames.h>
 #include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <strings.h>
 #include <vector>
 
 namespace vxconv {
@@ -38,16 +37,6 @@ namespace {
 /// The size of each buffer, in bytes or units.
 constexpr std::int32_t BLOCK_SIZE = 64 * 1024;
 
-/// What may help a user who wants this encoding. The names that the library has not are those of the component library.
-Text hintFor(const std::string& encoding)
-{
-    const auto isWanted = [&](const String& name) { return strcasecmp(name.toUtf8().c_str(), encoding.c_str()) == 0; };
-    const std::vector<EncodingNames> all = getEncodingNames();
-    const bool isKnown = std::ranges::any_of(all,
-        [&](const EncodingNames& each) { return isWanted(each.name) || std::ranges::any_of(each.aliases, isWanted); });
-    return isKnown ? REGISTER_CODECS() : SEE_LIST();
-}
-
 template <class Converter>
 String canonicalName(const std::string& encoding)
 {
@@ -55,7 +44,7 @@ String canonicalName(const std::string& encoding)
         const Reference<Converter> converter(Converter::getConverter(TerminatedText(String(encoding))));
         return converter->getEncodingName();
     } catch (const Exception&) { // also for a name that is not UTF-8
-        throw Failure(UNKNOWN_ENCODING(encoding), hintFor(encoding));
+        throw Failure(unknownEncoding(encoding));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "Texts.h"
 #include "common/CommandLine.h"
+#include "common/Component.h"
 
 #include <algorithm>
 
@@ -19,16 +20,28 @@ constexpr Message HELP_HEAD {u"vxconv.help",
     "       vxconv --list\n"
     "Converts text from one encoding to another."};
 constexpr Message HELP_FOOT {u"vxconv.help.more",
-    "INPUT and OUTPUT are standard input and output where they are missing or \"-\". With --to-folder and\n"
-    "--in-place an INPUT may be a folder: it stands for the files below it, which keep their relative\n"
-    "names. Each file is written whole or not at all, and one that fails does not stop the others.\n"
-    "Malformed input is an error. A byte order mark is text as any other and stays where it is, but\n"
-    "-f auto, UTF-16 and UTF-32 take it away.\n"
-    "The exit status is 0 for success, 1 if a file was not converted, 2 for a wrong command line."};
+    "INPUT and OUTPUT are standard input and output where they are missing or \"-\".\n"
+    "With --to-folder and --in-place an INPUT may be a folder: it stands for the files\n"
+    "below it, which keep their relative names. In it, FOLDER, links to folders and\n"
+    "what is not a regular file are left out. Each file is written whole or not at\n"
+    "all, and one that fails does not stop the others. If two files would have the\n"
+    "same output, or if --to-folder would replace an INPUT, nothing is converted.\n"
+    "\n"
+    "Malformed input is an error. A byte order mark is text like any other and stays\n"
+    "where it is, but -f auto, -f UTF-16 and -f UTF-32 remove it.\n"
+    "\n"
+    "UTF-16 and UTF-32 with a byte order mark, the double-byte encodings (CP932, GBK,\n"
+    "Big5, EUC-KR, GB18030) and many of one byte come from a component library. The\n"
+    "package vxlib4-components registers it for all users. Otherwise, do it yourself:\n"
+    "  vxreg register {0}\n"
+    "\n"
+    "The exit status is 0 for success, 1 if a file was not converted, 2 for a wrong\n"
+    "command line."};
 
 /// Refuses options that would have no effect, or two that say where the output is.
 void check(const vx::util::ParsedOptions& given, const Options& options)
 {
+    const char* const batch = options.inPlace ? "--in-place" : "--to-folder";
     const bool isBatch = options.inPlace || !options.toFolder.empty();
     if (options.output.empty() || (given.has("to-folder") && options.toFolder.empty())
         || std::find(options.inputs.begin(), options.inputs.end(), "") != options.inputs.end())
@@ -36,13 +49,13 @@ void check(const vx::util::ParsedOptions& given, const Options& options)
     if (options.inPlace && !options.toFolder.empty())
         throw UsageError(NOT_TOGETHER("--in-place", "--to-folder"));
     if (isBatch && given.has("output"))
-        throw UsageError(NOT_TOGETHER("--output", options.inPlace ? "--in-place" : "--to-folder"));
+        throw UsageError(NOT_TOGETHER("--output", batch));
     if (!isBatch && options.inputs.size() > 1)
         throw UsageError(SEVERAL_INPUTS());
-    if (isBatch
-        && (options.inputs.empty()
-            || std::find(options.inputs.begin(), options.inputs.end(), "-") != options.inputs.end()))
-        throw UsageError(NO_FILE_NAME());
+    if (isBatch && options.inputs.empty())
+        throw UsageError(NO_INPUT(batch));
+    if (isBatch && std::find(options.inputs.begin(), options.inputs.end(), "-") != options.inputs.end())
+        throw UsageError(NO_STANDARD_INPUT(batch));
     if (given.has("fallback") && !options.isAuto())
         throw UsageError(ONLY_WITH("--fallback", "-f auto"));
 }
@@ -78,10 +91,12 @@ const OptionTable& optionTable()
                 .takes = OptionRow::Takes::FILES},
             {.name = "to-folder",
                 .value = "FOLDER",
-                .help = "write each file there, under its own name; missing folders are made",
+                .help = "write each file there, under its own name; makes missing folders, and replaces files that are "
+                        "there, "
+                        "such as those of an earlier run",
                 .takes = OptionRow::Takes::FOLDERS},
             {.name = "in-place", .help = "replace each file"},
-            {.name = "verbose", .letter = 'v', .help = "say for each file as what it is read"},
+            {.name = "verbose", .letter = 'v', .help = "say for each file as what it is read, and what is left out"},
             {.name = "list", .letter = 'l', .help = "print the encodings with their code pages and other names"},
         });
     return table;
@@ -107,14 +122,15 @@ Options parseOptions(int argc, char** argv)
     options.toFolder = given.find("to-folder").value_or(options.toFolder);
     options.inPlace = given.has("in-place");
     options.shell = given.find("completion").value_or("");
-    check(given, options);
+    if (options.task == Options::Task::CONVERT)
+        check(given, options);
     return options;
 }
 
 std::string usage(Messages& messages)
 {
     return messages.say(HELP_HEAD) + "\n\n" + helpOf(optionTable(), u"vxconv.help.", messages) + '\n'
-        + messages.say(HELP_FOOT) + '\n';
+        + messages.say(HELP_FOOT(componentFolder() + "/" + CODECS.file)) + '\n';
 }
 
 } // namespace vxconv

@@ -10,13 +10,11 @@ using vxtools::Message;
 
 inline constexpr Message SEVERAL_INPUTS {
     u"vxconv.several-inputs", "several inputs need --to-folder or --in-place, and have no --output"};
-inline constexpr Message NO_FILE_NAME {
-    u"vxconv.no-file-name", "with --to-folder and --in-place each input is a file or a folder"};
+inline constexpr Message NO_INPUT {u"vxconv.no-input", "{0} needs a file or a folder to convert"};
+inline constexpr Message NO_STANDARD_INPUT {u"vxconv.no-standard-input", "{0} cannot take standard input"};
+inline constexpr Message IS_FOLDER {
+    u"vxconv.is-folder", "is a folder; --to-folder or --in-place converts the files in it"};
 
-inline constexpr Message UNKNOWN_ENCODING {u"vxconv.unknown-encoding", "unknown encoding \"{0}\""};
-inline constexpr Message SEE_LIST {u"vxconv.see-list", "vxconv --list prints the known ones"};
-inline constexpr Message REGISTER_CODECS {u"vxconv.register-codecs",
-    "the component library vxcodecs.so has it (package vxlib4-components), once vxreg has registered it"};
 inline constexpr Message READ_AS {u"vxconv.read-as", "{0}: read as {1}"};
 
 inline constexpr Message NO_TEXT {
@@ -30,7 +28,15 @@ inline constexpr Message NO_FORM {u"vxconv.no-form", "{0} has no form in {1}"};
 inline constexpr Message HALF_PAIR {u"vxconv.half-pair", "half of a surrogate pair"};
 
 inline constexpr Message IS_INPUT {u"vxconv.is-input", "is the input; use -o"};
-inline constexpr Message NAMED_TWICE {u"vxconv.named-twice", "another input has the same name in {0}"};
+inline constexpr Message IS_ANOTHER_OUTPUT {u"vxconv.is-another-output", "its output {0} would also be that of {1}"};
+inline constexpr Message IS_AN_INPUT {
+    u"vxconv.is-an-input", "its output {0} would replace an input; only --in-place does that"};
+inline constexpr Message IS_BOTH {
+    u"vxconv.is-both", "is an input and also the folder of --to-folder; only --in-place replaces inputs"};
+inline constexpr Message IS_TARGET {u"vxconv.is-target", "left out: the folder of --to-folder"};
+inline constexpr Message LINK_TO_NOTHING {u"vxconv.link-to-nothing", "a link to a file that does not exist"};
+inline constexpr Message LINK_TO_FOLDER {u"vxconv.link-to-folder", "left out: a link to a folder"};
+inline constexpr Message NO_FILE {u"vxconv.no-file", "left out: not a regular file"};
 inline constexpr Message SOME_FILES {u"vxconv.some-files", "{0} of {1} files"};
 inline constexpr Message NOT_CONVERTED {u"vxconv.not-converted", "not converted"};
 

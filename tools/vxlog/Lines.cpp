@@ -2,6 +2,7 @@
 
 #include "Ending.h"
 #include "Texts.h"
+#include "common/Component.h"
 #include "common/Failure.h"
 #include "common/LossyReader.h"
 
@@ -24,7 +25,7 @@ Lines::Lines(const Options& options, const Input& input, std::function<void()> b
             new LossyReader(new EndingInput(input, std::move(beforeRead)), String(options.encoding), BLOCK_SIZE),
             BLOCK_SIZE);
     } catch (const text::charset::UnknownEncodingException&) {
-        throw UsageError(UNKNOWN_ENCODING(options.encoding));
+        throw UsageError(unknownEncoding(options.encoding));
     }
 }
 

@@ -44,8 +44,6 @@ inline constexpr Message LINES_WAIT {u"vxlog.lines-wait", "{0} lines wait here f
 
 inline constexpr Message NOT_CONTINUED {
     u"vxlog.not-continued", "is not empty, and an XML document cannot be continued"};
-inline constexpr Message UNKNOWN_ENCODING {
-    u"vxlog.unknown-encoding", "unknown encoding \"{0}\"; vxconv --list prints the known ones"};
 inline constexpr Message AFTER_ENTRIES {u"vxlog.after-entries", "{0} (after {1} entries)"};
 inline constexpr Message WAITING_FOR_SIGNALS {u"vxlog.waiting-for-signals", "waiting for signals"};
 

@@ -2,6 +2,7 @@
 
 #include "Texts.h"
 #include "common/CommandLine.h"
+#include "common/Component.h"
 #include "common/Failure.h"
 #include "common/FileName.h"
 #include "common/Input.h"
@@ -28,6 +29,7 @@ namespace vxlogd {
 using vx::util::OptionRow;
 using vx::util::OptionTable;
 using vxtools::Text;
+using vxtools::unknownEncoding;
 using vxtools::UsageError;
 
 namespace {
@@ -82,7 +84,7 @@ std::string knownEncoding(const std::string& name)
     try {
         encoderOf(name);
     } catch (const vx::Exception&) {
-        throw UsageError(UNKNOWN_ENCODING(name));
+        throw UsageError(unknownEncoding(name));
     }
     return name;
 }

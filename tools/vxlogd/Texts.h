@@ -23,8 +23,6 @@ inline constexpr Message NO_MODE {
     u"vxlogd.no-mode", "\"{0}\" is no mode in octal digits, such as 640, in which the owner may write"};
 inline constexpr Message NO_PLACE {
     u"vxlogd.no-place", "\"{0}\" is no host and port, such as 127.0.0.1:7580 or [::1]:0"};
-inline constexpr Message UNKNOWN_ENCODING {
-    u"vxlogd.unknown-encoding", "unknown encoding \"{0}\"; vxconv --list prints the known ones"};
 inline constexpr Message EMPTY {u"vxlogd.empty", "the text is empty"};
 
 inline constexpr Message ALWAYS_UTF_8 {u"vxlogd.always-utf-8", "a log of format {0} is in UTF-8"};
