@@ -95,7 +95,10 @@ class Components(tool.Scratch):
         for option in "-f", "-t":
             self.assertFails(vxconv(option, "sjis2"), "sjis2", "vxconv --list")
             for name in ["CP932", "latin2"]:
-                self.assertFails(vxconv(option, name), name, "vxcodecs.so")
+                result = vxconv(option, name)
+                self.assertFails(result, name)
+                library = re.search(rb'"vxreg register (.+)" adds it', result.stderr)[1]
+                self.assertTrue(os.path.samefile(library, os.environ["VXCONV_CODECS"]))
 
 
 class Faults(tool.Scratch):
@@ -140,13 +143,15 @@ class Faults(tool.Scratch):
                           ["--in-place", "--to-folder=d", "a"], ["--to-folder=d", "-o", "b", "a"], ["--to-folder=", "a"],
                           ["--fallback=CP437"], ["--in-place", "a", ""]):
             self.assertFails(vxconv(*arguments), "--help", status=2)
+        self.assertFails(vxconv("--in-place"), "--in-place needs a file or a folder", status=2)
+        self.assertEqual(vxconv("--in-place", "--help").returncode, 0)
 
     def test_says_what_is_wrong_with_a_name(self):
         data = self.write("data", b"text")
         for arguments, text in [
             (["-f", "no-such", data], 'unknown encoding "no-such"'), (["-t", "UTF-16", data], 'unknown encoding "UTF-16"'),
             (["-f", "", data], 'unknown encoding ""'), ([self.path("missing")], "missing: no such file or directory"),
-            ([self.folder], "is a directory"), ([data, "-o", self.folder], "is a directory"),
+            ([self.folder], "is a folder; --to-folder or --in-place"), ([data, "-o", self.folder], "is a directory"),
             ([data, "-o", self.path("missing/out")], "missing/out: no such file or directory"),
             ([data, "-o", self.path("n" * 300)], "the name is too long"),
         ]:
@@ -240,9 +245,12 @@ class Batches(tool.Scratch):
             self.write(name, data.encode())
         os.symlink("..", self.path("in/deep/circle"))
         os.symlink("../one", self.path("in/link"))
+        os.symlink("missing", self.path("in/nothing"))
+        os.mkfifo(self.path("in/pipe"))
 
     def tree(self, folder):
         names = [os.path.join(at, name) for at, _, files in os.walk(self.path(folder)) for name in files]
+        names = [name for name in names if os.path.isfile(name)]
         return {os.path.relpath(name, self.path(folder)): self.read(name) for name in names}
 
     def test_convert_a_folder_with_its_names(self):
@@ -253,10 +261,11 @@ class Batches(tool.Scratch):
                             self.path("missing"))
             self.assertEqual((result.returncode, result.stdout), (1, b""))
             lines = result.stderr.decode().splitlines()
-            self.assertEqual(len(lines), 3, lines)
-            self.assertIn("in/bad: line 1, character 1: U+4E2D has no form", lines[0])
-            self.assertIn("missing: no such file", lines[1])
-            self.assertEqual(lines[2], "vxconv: 2 of 8 files: not converted")
+            self.assertEqual(len(lines), 4, lines)
+            self.assertIn("in/nothing: a link to a file that does not exist", lines[0])
+            self.assertIn("in/bad: line 1, character 1: U+4E2D has no form", lines[1])
+            self.assertIn("missing: no such file", lines[2])
+            self.assertEqual(lines[3], "vxconv: 3 of 9 files: not converted")
             self.assertEqual(self.tree("in/out/new"), expected)
         self.assertEqual({name: data for name, data in self.tree("in").items() if "out" not in name}, before)
 
@@ -266,10 +275,30 @@ class Batches(tool.Scratch):
         self.assertEqual((self.tree("in/deep"), self.read("one")), ({"b": b"\xfc", "er/c": b"", "one": b"\xf6"}, b"\xe9"))
         self.assertEqual(self.read("in/bad"), "中".encode())
 
-    def test_never_write_two_inputs_to_one_file(self):
-        result = vxconv("--to-folder=" + self.path("out"), self.path("one"), self.path("in/deep/one"))
-        self.assertIn(b"deep/one: another input has the same name", result.stderr)
-        self.assertEqual((result.returncode, self.tree("out")), (1, {"one": "é".encode()}))
+    def test_convert_in_place_each_file_once(self):
+        os.symlink("b", self.path("in/deep/a link to b"))
+        names = [self.path(name) for name in ["one", "one", "in/link", "in/deep", "in/deep/er/../b"]]
+        self.assertSucceeds(vxconv("-f", "CP1252", "--in-place", *names))
+        self.assertEqual((self.read("one"), self.read("in/deep/b")), (b"\xc3\x83\xc2\xa9", b"\xc3\x83\xc2\xbc"))
+
+    def test_convert_nothing_if_that_could_destroy_a_file(self):
+        before = self.tree(".")
+        for folder, inputs, part in [
+            ("out", ["one", "in/deep/one"], "deep/one: its output " + self.path("out/one") + " would also be that of " + self.path("one")),
+            ("in", ["in"], "in: is an input and also the folder"), ("in/deep", ["in/deep/er/c", "in/deep/b"], "deep/b: its output"),
+            ("in/deep/er", ["in/link", "in/deep/er/c"], "would replace an input"),
+            ("in/../in/deep", ["one", "in/deep/one"], "would also be"),
+        ]:
+            result = vxconv("-f", "CP1252", "--to-folder", self.path(folder), *map(self.path, inputs))
+            lines = result.stderr.decode().splitlines()
+            self.assertEqual((result.returncode, len(lines), self.tree(".")), (1, 2, before), lines)
+            self.assertIn(part, lines[0])
+            self.assertEqual(lines[1], "vxconv: {0} of {0} files: not converted".format(len(inputs)))
+
+    def test_tell_what_they_leave_out(self):
+        result = vxconv("-v", "--to-folder", self.path("in/deep/er"), self.path("in"))
+        told = [line for line in result.stderr.decode().splitlines() if "left out" in line]
+        self.assertEqual([re.search("in/(.*): left out", line)[1] for line in told], ["deep/circle", "deep/er", "pipe"])
 
     def test_name_what_cannot_be_written(self):
         self.assertIn(b"one/x: a part of the path is not a directory", vxconv("--to-folder", self.path("one/x"), self.path("in/a")).stderr)
@@ -308,7 +337,9 @@ class Languages(tool.Scratch):
             (["--in-place", "--to-folder=x", "a"], b""), (["-f", "none"], b""), (["-vfauto", "--strict"], b"\x81"), (["-fauto"], b"\x81\0"),
             ([], b"\x80"), ([], b"\xc3"),
             (["-t", "ASCII", "--strict"], "é".encode()), (["-f", "UTF-16LE", "-t", "UTF-16BE"], b"\0\xdc"),
-            (["--to-folder", self.path("out"), self.path("twice"), self.path("twice")], b""),
+            (["--to-folder", self.path("out"), self.path("twice"), self.path("texts/../twice/")], b""),
+            (["--to-folder", self.folder, self.path("twice")], b""), (["-v", "--to-folder", self.path("texts"), self.folder], b""),
+            (["--in-place", "-"], b""), ([self.folder], b""),
         ]:
             english, same, german, french = (
                 (lambda result: (result.returncode, result.stdout, result.stderr))(vxconv(*arguments, *locale, data=data, env=environment))

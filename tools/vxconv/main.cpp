@@ -4,43 +4,46 @@
 #include "Conversion.h"
 #include "EncodingList.h"
 #include "Options.h"
+#include "Texts.h"
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Program.h"
 
 #include <vx/Exception.h>
 
+#include <filesystem>
+
 namespace {
 
 using namespace vxconv;
 using namespace vxtools;
 
+void convertOne(const Options& options, Messages& messages)
+{
+    const std::string input = options.inputs.empty() ? "-" : options.inputs.front();
+    std::error_code ignored;
+    if (input != "-" && std::filesystem::is_directory(input, ignored))
+        throw Failure(input, IS_FOLDER());
+    convertFile(options, input, options.output, messages);
+}
+
 void run(const Options& options, Messages& messages)
 {
-    switch (options.task) {
-    case Options::Task::HELP:
-        print(usage(messages));
+    if (tellAboutProgram("vxconv", optionTable(), options, [&] { return usage(messages); }))
         return;
-    case Options::Task::VERSION:
-        printVersion("vxconv");
-        return;
-    case Options::Task::COMPLETION:
-        printCompletion(optionTable(), options.shell);
-        return;
-    case Options::Task::LIST:
+    if (options.task == Options::Task::LIST) {
         try {
             listEncodings();
         } catch (const vx::Exception& failure) {
             throw Failure(STANDARD_OUTPUT(), textOf(failure));
         }
         return;
-    case Options::Task::CONVERT:
-        requireEncodings(options);
-        if (options.inPlace || !options.toFolder.empty())
-            convertAll(options, messages);
-        else
-            convertFile(options, options.inputs.empty() ? "-" : options.inputs.front(), options.output, messages);
     }
+    requireEncodings(options);
+    if (options.inPlace || !options.toFolder.empty())
+        convertAll(options, messages);
+    else
+        convertOne(options, messages);
 }
 
 } // namespace
