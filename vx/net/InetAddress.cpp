@@ -17,10 +17,9 @@ namespace vx::net {
 
 namespace {
 
-constexpr unsigned int BYTES_OF_IN4 = 4;
-constexpr unsigned int BYTES_OF_IN6 = 16;
 constexpr std::size_t HOST_SIZE = 1025;
 
+static_assert(sizeof(in_addr) == 4 && sizeof(in6_addr) == 16);
 static_assert(sizeof(sockaddr_in) == 16 && sizeof(sockaddr_in6) == 28 && sizeof(vx_sockaddr_union) == 128);
 static_assert(offsetof(sockaddr_in, sin_port) == offsetof(sockaddr_in6, sin6_port), "one place for the port");
 
@@ -50,18 +49,33 @@ ENUM_VX_E_SOCKET copyOut(const void* source, unsigned int size, void* target, un
     return VX_E_SOCKET_OK;
 }
 
-/// Both forms of `InetAddress::create`. `arguments` are passed to the constructor.
-template <class... Arguments>
-ENUM_VX_E_SOCKET createOfFamily(int family, InetAddress** out, Arguments... arguments) noexcept
+int familyOf(const vx_sockaddr_union& address) noexcept
 {
+    return address.generic.sa_family;
+}
+
+int familyOf(const addrinfo& info) noexcept
+{
+    return info.ai_family;
+}
+
+/// Both forms of `InetAddress::create`. `source` and `arguments` are passed to the constructor.
+template <class Source, class... Arguments>
+ENUM_VX_E_SOCKET createFrom(InetAddress** out, const Source* source, Arguments... arguments) noexcept
+{
+    if (out != nullptr)
+        *out = nullptr;
+    if (out == nullptr || source == nullptr)
+        return VX_E_SOCKET_EINVAL;
     ENUM_VX_E_SOCKET status = TcpSocket2::init();
     if (status != VX_E_SOCKET_OK)
         return status;
+    const int family = familyOf(*source);
     InetAddress* address = nullptr;
     if (family == AF_INET)
-        address = new (std::nothrow) Inet4Address(arguments..., &status);
+        address = new (std::nothrow) Inet4Address(source, arguments..., &status);
     else if (family == AF_INET6)
-        address = new (std::nothrow) Inet6Address(arguments..., &status);
+        address = new (std::nothrow) Inet6Address(source, arguments..., &status);
     else
         return VX_E_SOCKET_EINVAL;
     if (address == nullptr)
@@ -106,22 +120,12 @@ InetAddress::~InetAddress() = default;
 
 ENUM_VX_E_SOCKET InetAddress::create(const vx_sockaddr_union* address, InetAddress** out)
 {
-    if (out == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    *out = nullptr;
-    if (address == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return createOfFamily(address->generic.sa_family, out, address);
+    return createFrom(out, address);
 }
 
 ENUM_VX_E_SOCKET InetAddress::create(const addrinfo* info, unsigned short port, InetAddress** out)
 {
-    if (out == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    *out = nullptr;
-    if (info == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    return createOfFamily(info->ai_family, out, info, port);
+    return createFrom(out, info, port);
 }
 
 ENUM_VX_E_SOCKET InetAddress::getFamily(unsigned short* family) const
@@ -147,10 +151,10 @@ int InetAddress::compare(const InetAddress& other) const noexcept
     if (family != other.m_address.generic.sa_family)
         return family - other.m_address.generic.sa_family;
     if (family == AF_INET)
-        return std::memcmp(&m_address.in4.sin_addr, &other.m_address.in4.sin_addr, BYTES_OF_IN4);
+        return std::memcmp(&m_address.in4.sin_addr, &other.m_address.in4.sin_addr, sizeof(in_addr));
     if (family != AF_INET6)
         return 0;
-    const int order = std::memcmp(&m_address.in6.sin6_addr, &other.m_address.in6.sin6_addr, BYTES_OF_IN6);
+    const int order = std::memcmp(&m_address.in6.sin6_addr, &other.m_address.in6.sin6_addr, sizeof(in6_addr));
     const std::uint32_t scope = m_address.in6.sin6_scope_id, otherScope = other.m_address.in6.sin6_scope_id;
     return order != 0 ? order : (scope > otherScope) - (scope < otherScope);
 }
@@ -162,7 +166,7 @@ std::size_t InetAddressHash::operator()(const InetAddress& address) const noexce
     case AF_INET:
         return std::hash<std::uint32_t>()(bytes.in4.sin_addr.s_addr);
     case AF_INET6:
-        return std::hash<std::string_view>()({reinterpret_cast<const char*>(&bytes.in6.sin6_addr), BYTES_OF_IN6});
+        return std::hash<std::string_view>()({reinterpret_cast<const char*>(&bytes.in6.sin6_addr), sizeof(in6_addr)});
     default:
         return 0;
     }
@@ -193,37 +197,42 @@ ENUM_VX_E_SOCKET InetAddress::appendAddress(String& text) const
     return VX_E_SOCKET_OK;
 }
 
-Inet4Address::Inet4Address(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status)
-    : InetAddress(address, status)
-{
-}
+// What the two classes do in the same way, each with its member of `vx_sockaddr_union` and the address in it.
+#define VX_INET_ADDRESS(Class, storage, binary)                                                                        \
+    Class::Class(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status)                                           \
+        : InetAddress(address, status)                                                                                 \
+    {                                                                                                                  \
+    }                                                                                                                  \
+                                                                                                                       \
+    Class::Class(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status)                                  \
+        : InetAddress(info, port, status)                                                                              \
+    {                                                                                                                  \
+    }                                                                                                                  \
+                                                                                                                       \
+    Class::~Class() = default;                                                                                         \
+                                                                                                                       \
+    ENUM_VX_E_SOCKET Class::getAddressBinaryLength(unsigned int* length) const                                         \
+    {                                                                                                                  \
+        return storeLength(sizeof m_address.storage.binary, length);                                                   \
+    }                                                                                                                  \
+                                                                                                                       \
+    ENUM_VX_E_SOCKET Class::getAddressBinary(signed char* buffer, unsigned int* length) const                          \
+    {                                                                                                                  \
+        return copyOut(&m_address.storage.binary, sizeof m_address.storage.binary, buffer, length);                    \
+    }                                                                                                                  \
+                                                                                                                       \
+    ENUM_VX_E_SOCKET Class::getStorageBinaryLength(unsigned int* length) const                                         \
+    {                                                                                                                  \
+        return storeLength(sizeof m_address.storage, length);                                                          \
+    }                                                                                                                  \
+                                                                                                                       \
+    ENUM_VX_E_SOCKET Class::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const                    \
+    {                                                                                                                  \
+        return copyOut(&m_address, sizeof m_address.storage, buffer, length);                                          \
+    }
 
-Inet4Address::Inet4Address(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status)
-    : InetAddress(info, port, status)
-{
-}
-
-Inet4Address::~Inet4Address() = default;
-
-ENUM_VX_E_SOCKET Inet4Address::getAddressBinaryLength(unsigned int* length) const
-{
-    return storeLength(BYTES_OF_IN4, length);
-}
-
-ENUM_VX_E_SOCKET Inet4Address::getAddressBinary(signed char* buffer, unsigned int* length) const
-{
-    return copyOut(&m_address.in4.sin_addr, BYTES_OF_IN4, buffer, length);
-}
-
-ENUM_VX_E_SOCKET Inet4Address::getStorageBinaryLength(unsigned int* length) const
-{
-    return storeLength(sizeof m_address.in4, length);
-}
-
-ENUM_VX_E_SOCKET Inet4Address::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const
-{
-    return copyOut(&m_address, sizeof m_address.in4, buffer, length);
-}
+VX_INET_ADDRESS(Inet4Address, in4, sin_addr)
+VX_INET_ADDRESS(Inet6Address, in6, sin6_addr)
 
 short Inet4Address::isAddressAny() const
 {
@@ -243,38 +252,6 @@ short Inet4Address::isAddressNone() const
 void Inet4Address::setAddressAny()
 {
     m_address.in4.sin_addr.s_addr = htonl(INADDR_ANY);
-}
-
-Inet6Address::Inet6Address(const vx_sockaddr_union* address, ENUM_VX_E_SOCKET* status)
-    : InetAddress(address, status)
-{
-}
-
-Inet6Address::Inet6Address(const addrinfo* info, unsigned short port, ENUM_VX_E_SOCKET* status)
-    : InetAddress(info, port, status)
-{
-}
-
-Inet6Address::~Inet6Address() = default;
-
-ENUM_VX_E_SOCKET Inet6Address::getAddressBinaryLength(unsigned int* length) const
-{
-    return storeLength(BYTES_OF_IN6, length);
-}
-
-ENUM_VX_E_SOCKET Inet6Address::getAddressBinary(signed char* buffer, unsigned int* length) const
-{
-    return copyOut(&m_address.in6.sin6_addr, BYTES_OF_IN6, buffer, length);
-}
-
-ENUM_VX_E_SOCKET Inet6Address::getStorageBinaryLength(unsigned int* length) const
-{
-    return storeLength(sizeof m_address.in6, length);
-}
-
-ENUM_VX_E_SOCKET Inet6Address::getStorageBinary(vx_sockaddr_union* buffer, unsigned int* length) const
-{
-    return copyOut(&m_address, sizeof m_address.in6, buffer, length);
 }
 
 short Inet6Address::isAddressAny() const

@@ -36,42 +36,31 @@ ENUM_VX_E_SOCKET TcpClientSocket2::createTcpClientSocket2(int domain, int type, 
 
 ENUM_VX_E_SOCKET TcpClientSocket2::bind(const vx_sockaddr_union* address, unsigned int length)
 {
-    if (address == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(VXSocketBind(getHandle(), &address->generic, length));
+    return resultOnOpen(
+        *this, address != nullptr, [&] { return VXSocketBind(getHandle(), &address->generic, length); });
 }
 
 ENUM_VX_E_SOCKET TcpClientSocket2::connect(const vx_sockaddr_union* address, unsigned int length)
 {
-    if (address == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(VXSocketConnect(getHandle(), &address->generic, length));
+    return resultOnOpen(
+        *this, address != nullptr, [&] { return VXSocketConnect(getHandle(), &address->generic, length); });
 }
 
 ENUM_VX_E_SOCKET TcpClientSocket2::connectFor(
     const vx_sockaddr_union* address, unsigned int length, std::uint32_t milliseconds)
 {
-    if (address == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(VXSocketTimedConnect(getHandle(), &address->generic, length, milliseconds));
+    return resultOnOpen(*this, address != nullptr,
+        [&] { return VXSocketTimedConnect(getHandle(), &address->generic, length, milliseconds); });
 }
 
 ENUM_VX_E_SOCKET TcpClientSocket2::getLocalAddress(vx_sockaddr_union* address, int* length)
 {
-    if (address == nullptr || length == nullptr || *length < 0)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    auto size = static_cast<std::uint32_t>(*length);
-    const ENUM_VX_E_SOCKET result = resultOf(VXSocketGetAddress(getHandle(), &address->generic, &size));
-    *length = static_cast<int>(size);
-    return result;
+    return resultOnOpen(*this, address != nullptr && length != nullptr && *length >= 0, [&] {
+        auto size = static_cast<std::uint32_t>(*length);
+        const std::int32_t error = VXSocketGetAddress(getHandle(), &address->generic, &size);
+        *length = static_cast<int>(size);
+        return error;
+    });
 }
 
 } // namespace vx::net

@@ -146,41 +146,30 @@ ENUM_VX_E_SOCKET TcpWorkerSocket2::close()
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::getsockopt(std::int32_t level, std::int32_t name, char* value, int* length)
 {
-    if (value == nullptr || length == nullptr || *length < 0)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    auto size = static_cast<std::uint32_t>(*length);
-    const ENUM_VX_E_SOCKET result = resultOf(VXSocketGetOption(m_handle, level, name, value, &size));
-    *length = static_cast<int>(size);
-    return result;
+    return resultOnOpen(*this, value != nullptr && length != nullptr && *length >= 0, [&] {
+        auto size = static_cast<std::uint32_t>(*length);
+        const std::int32_t error = VXSocketGetOption(m_handle, level, name, value, &size);
+        *length = static_cast<int>(size);
+        return error;
+    });
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::recv(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
 {
-    if (buffer == nullptr || count == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(VXSocketReceive(m_handle, buffer, length, flags, count));
+    return resultOnOpen(*this, buffer != nullptr && count != nullptr,
+        [&] { return VXSocketReceive(m_handle, buffer, length, flags, count); });
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::send(char* buffer, unsigned int length, std::int32_t flags, std::int32_t* count)
 {
-    if (buffer == nullptr || count == nullptr)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(VXSocketSend(m_handle, buffer, length, flags, count));
+    return resultOnOpen(*this, buffer != nullptr && count != nullptr,
+        [&] { return VXSocketSend(m_handle, buffer, length, flags, count); });
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::setsockopt(std::int32_t level, std::int32_t name, const char* value, int length)
 {
-    if (value == nullptr || length < 0)
-        return VX_E_SOCKET_EINVAL;
-    if (getClosed() != 0)
-        return VX_E_SOCKET_ENOTSOCK;
-    return resultOf(VXSocketSetOption(m_handle, level, name, value, static_cast<std::uint32_t>(length)));
+    return resultOnOpen(*this, value != nullptr && length >= 0,
+        [&] { return VXSocketSetOption(m_handle, level, name, value, static_cast<std::uint32_t>(length)); });
 }
 
 ENUM_VX_E_SOCKET TcpWorkerSocket2::select(TcpWorkerSocket2** read, std::uint32_t* readCount, TcpWorkerSocket2** write,
