@@ -108,6 +108,13 @@ std::int32_t onHandle(VXHandle handle, Arguments&&... arguments) noexcept
         handle, [&](Object& object) { return (object.*operation)(std::forward<Arguments>(arguments)...); });
 }
 
+/// Acquires a lock by its operation `acquire`, which takes a deadline.
+template <auto acquire>
+std::int32_t acquireUntil(VXHandle lock, std::uint32_t milliseconds) noexcept
+{
+    return acquireInOrder(lock, milliseconds, [&] { return onHandle<acquire>(lock, Deadline::in(milliseconds)); });
+}
+
 /// Destroys an object. Fails if its `destroyable` returns an error, because it is in use.
 template <class T>
 std::int32_t destroyHandle(VXHandle handle) noexcept

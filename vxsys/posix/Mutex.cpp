@@ -127,8 +127,7 @@ std::int32_t VXMutexTryAcquire(VXHandle mutex) noexcept
 
 std::int32_t VXMutexTimedAcquire(VXHandle mutex, std::uint32_t milliseconds) noexcept
 {
-    return acquireInOrder(
-        mutex, milliseconds, [&] { return onHandle<&Mutex::acquireUntil>(mutex, Deadline::in(milliseconds)); });
+    return acquireUntil<&Mutex::acquireUntil>(mutex, milliseconds);
 }
 
 std::int32_t VXMutexRelease(VXHandle mutex) noexcept

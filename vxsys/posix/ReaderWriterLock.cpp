@@ -184,19 +184,17 @@ std::int32_t VXRWLockCreate(const char* name, std::uint32_t, VXHandle* lock) noe
 
 std::int32_t VXRWLockAcquireRead(VXHandle lock) noexcept
 {
-    return acquireInOrder(
-        lock, VX_WAIT_FOREVER, [&] { return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline()); });
+    return acquireUntil<&ReaderWriterLock::acquireRead>(lock, VX_WAIT_FOREVER);
 }
 
 std::int32_t VXRWLockTryAcquireRead(VXHandle lock) noexcept
 {
-    return acquireInOrder(lock, 0, [&] { return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(0)); });
+    return acquireUntil<&ReaderWriterLock::acquireRead>(lock, 0);
 }
 
 std::int32_t VXRWLockTimedAcquireRead(VXHandle lock, std::uint32_t milliseconds) noexcept
 {
-    return acquireInOrder(
-        lock, milliseconds, [&] { return onHandle<&ReaderWriterLock::acquireRead>(lock, Deadline::in(milliseconds)); });
+    return acquireUntil<&ReaderWriterLock::acquireRead>(lock, milliseconds);
 }
 
 std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept
@@ -207,19 +205,17 @@ std::int32_t VXRWLockReleaseRead(VXHandle lock) noexcept
 
 std::int32_t VXRWLockAcquireWrite(VXHandle lock) noexcept
 {
-    return acquireInOrder(
-        lock, VX_WAIT_FOREVER, [&] { return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline()); });
+    return acquireUntil<&ReaderWriterLock::acquireWrite>(lock, VX_WAIT_FOREVER);
 }
 
 std::int32_t VXRWLockTryAcquireWrite(VXHandle lock) noexcept
 {
-    return acquireInOrder(lock, 0, [&] { return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(0)); });
+    return acquireUntil<&ReaderWriterLock::acquireWrite>(lock, 0);
 }
 
 std::int32_t VXRWLockTimedAcquireWrite(VXHandle lock, std::uint32_t milliseconds) noexcept
 {
-    return acquireInOrder(lock, milliseconds,
-        [&] { return onHandle<&ReaderWriterLock::acquireWrite>(lock, Deadline::in(milliseconds)); });
+    return acquireUntil<&ReaderWriterLock::acquireWrite>(lock, milliseconds);
 }
 
 std::int32_t VXRWLockReleaseWrite(VXHandle lock) noexcept

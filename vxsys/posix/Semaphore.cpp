@@ -71,19 +71,17 @@ std::int32_t VXSemaphoreCreate(std::uint32_t value, const char* name, std::uint3
 
 std::int32_t VXSemaphoreWait(VXHandle semaphore) noexcept
 {
-    return acquireInOrder(
-        semaphore, VX_WAIT_FOREVER, [&] { return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline()); });
+    return acquireUntil<&SemaphoreHandle::wait>(semaphore, VX_WAIT_FOREVER);
 }
 
 std::int32_t VXSemaphoreTryWait(VXHandle semaphore) noexcept
 {
-    return acquireInOrder(semaphore, 0, [&] { return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(0)); });
+    return acquireUntil<&SemaphoreHandle::wait>(semaphore, 0);
 }
 
 std::int32_t VXSemaphoreTimedWait(VXHandle semaphore, std::uint32_t milliseconds) noexcept
 {
-    return acquireInOrder(semaphore, milliseconds,
-        [&] { return onHandle<&SemaphoreHandle::wait>(semaphore, Deadline::in(milliseconds)); });
+    return acquireUntil<&SemaphoreHandle::wait>(semaphore, milliseconds);
 }
 
 std::int32_t VXSemaphorePost(VXHandle semaphore) noexcept
