@@ -2,7 +2,7 @@
 
 #include "vxsys/Result.h"
 #include "vxsys/Text.h"
-#include "vxsys/Thread.h"
+#include "vxsys/detail/Chain.h"
 #include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/ComponentLibrary.h"
 
@@ -44,26 +44,6 @@ constinit ClassOffer* g_offers VX_GUARDED_BY(g_lock) = nullptr; // the last offe
 constinit std::uint32_t g_lastToken VX_GUARDED_BY(g_lock) = 0;
 constinit std::atomic<std::uint32_t> g_offerCount = 0; // changed under the lock, and read first without it
 pthread_cond_t g_useEnded = PTHREAD_COND_INITIALIZER;
-
-/// The address of the pointer to the first element that `matches`, or of the null pointer after the last.
-template <typename T, typename Predicate>
-T** findPlace(T*& first, Predicate&& matches)
-{
-    T** place = &first;
-    while (*place != nullptr && !matches(**place))
-        place = &(*place)->next;
-    return place;
-}
-
-/// Removes the element at `place` from its list. Null if there is none.
-template <typename T>
-T* unlink(T** place) noexcept
-{
-    T* element = *place;
-    if (element != nullptr)
-        *place = element->next;
-    return element;
-}
 
 void endUse(ClassOffer* offer) noexcept VX_REQUIRES(g_lock)
 {
@@ -123,14 +103,7 @@ public:
 
     std::int32_t run(IVXUnknown* outer, const _GUID* iid, void** object) const
     {
-        try {
-            return m_offer->create(m_offer->context, outer, iid, object);
-        } catch (const std::bad_alloc&) {
-            return RESULT_OUT_OF_MEMORY;
-        } catch (...) {
-            vxsys::passForcedUnwind();
-            return RESULT_FAIL;
-        }
+        return callOut([&] { return m_offer->create(m_offer->context, outer, iid, object); });
     }
 
     /// How many calls of `create` of `offer` the calling thread is inside.
@@ -256,8 +229,7 @@ std::int32_t VXComRegisterClassObject(
             offer->token = ++g_lastToken;
         while (offer->token == 0 || *findOffer(offer->token) != nullptr);
         *token = offer->token;
-        offer->next = g_offers;
-        g_offers = offer.release();
+        pushFront(g_offers, offer.release());
         ++g_offerCount;
         return RESULT_OK;
     } catch (const std::exception&) {

@@ -2,7 +2,7 @@
 
 #include "vxsys/Registry.h"
 #include "vxsys/Result.h"
-#include "vxsys/Thread.h"
+#include "vxsys/detail/Chain.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/StateLock.h"
 #include "vxsys/detail/Steps.h"
@@ -114,20 +114,6 @@ std::int32_t readText(const KeyName& key, char16_t (&text)[SIZE]) noexcept
     return result;
 }
 
-/// Calls into a library and catches what it throws: the callers of this layer do not expect exceptions.
-template <class Call>
-std::int32_t callOut(Call&& call)
-{
-    try {
-        return call();
-    } catch (const std::bad_alloc&) {
-        return RESULT_OUT_OF_MEMORY;
-    } catch (...) {
-        vxsys::passForcedUnwind();
-        return RESULT_FAIL;
-    }
-}
-
 template <class Function>
 std::int32_t getExport(VXLibHandle library, const char16_t* name, Function& function) noexcept
 {
@@ -140,15 +126,10 @@ std::int32_t getExport(VXLibHandle library, const char16_t* name, Function& func
 /// Removes the first library from `list` that no call is inside; null if there is none.
 LoadedLibrary* takeIdle(LoadedLibrary*& list) noexcept VX_REQUIRES(g_lock)
 {
-    LoadedLibrary** place = &list;
-    while (*place != nullptr && (*place)->uses != 0)
-        place = &(*place)->next;
-    LoadedLibrary* idle = *place;
-    if (idle == nullptr)
-        return nullptr;
-    *place = idle->next;
+    LoadedLibrary* const idle = unlink(
+        findPlace(list, [](const LoadedLibrary& library) VX_NO_THREAD_SAFETY_ANALYSIS { return library.uses == 0; }));
     for (KnownClass& known : g_knownClasses) {
-        if (known.library == idle)
+        if (idle != nullptr && known.library == idle)
             known = {};
     }
     return idle;
@@ -182,14 +163,11 @@ std::int32_t LibraryUse::begin(const char16_t* path) noexcept
 bool LibraryUse::findLoaded(const char16_t* path) noexcept
 {
     const StateGuard guard(g_lock);
-    for (LoadedLibrary* library = g_libraries; library != nullptr; library = library->next) {
-        if (std::u16string_view(library->path) == path) {
-            ++library->uses;
-            m_library = library;
-            return true;
-        }
-    }
-    return false;
+    m_library = *findPlace(
+        g_libraries, [&](const LoadedLibrary& library) { return std::u16string_view(library.path) == path; });
+    if (m_library != nullptr)
+        ++m_library->uses;
+    return m_library != nullptr;
 }
 
 std::int32_t LibraryUse::add(const char16_t* path, VXLibHandle handle) noexcept
@@ -206,8 +184,7 @@ std::int32_t LibraryUse::add(const char16_t* path, VXLibHandle handle) noexcept
     std::u16string_view(path).copy(library->path, NATIVE_PATH_SIZE - 1);
     m_library = library;
     const StateGuard guard(g_lock);
-    library->next = g_libraries;
-    g_libraries = library;
+    pushFront(g_libraries, library);
     return RESULT_OK;
 }
 
@@ -329,19 +306,6 @@ std::int32_t callExport(const char16_t* path, const char16_t* name)
     });
 }
 
-void pushFront(LoadedLibrary*& list, LoadedLibrary* library) noexcept
-{
-    library->next = list;
-    list = library;
-}
-
-LoadedLibrary* popFront(LoadedLibrary*& list) noexcept
-{
-    LoadedLibrary* library = list;
-    list = library->next;
-    return library;
-}
-
 /// Whether the library is still loaded, although it was closed.
 bool isLoaded(const LoadedLibrary& library) noexcept
 {
@@ -349,21 +313,13 @@ bool isLoaded(const LoadedLibrary& library) noexcept
     return ::dladdr(reinterpret_cast<void*>(library.getClassObject), &info) != 0;
 }
 
-/// Whether `list` has an entry of the same library.
-bool hasSameLibrary(const LoadedLibrary* list, const LoadedLibrary& library) noexcept
-{
-    while (list != nullptr && list->getClassObject != library.getClassObject)
-        list = list->next;
-    return list != nullptr;
-}
-
 /// Libraries that were removed from the shared list, and that the destructor puts back.
 struct TakenLibraries {
     ~TakenLibraries()
     {
         const StateGuard guard(g_lock);
-        while (first != nullptr)
-            pushFront(g_libraries, popFront(first));
+        while (LoadedLibrary* library = unlink(&first))
+            pushFront(g_libraries, library);
     }
 
     LoadedLibrary* first = nullptr;
@@ -387,14 +343,14 @@ FreedLibraries freeUnusedLibraries()
         pushFront(used.first, idle);
         if (idle->canUnloadNow != nullptr && callOut([&] { return idle->canUnloadNow(); }) == RESULT_OK) {
             VXModuleLibClose(nullptr, idle->handle);
-            pushFront(closed, popFront(used.first));
+            pushFront(closed, unlink(&used.first));
         }
     }
     // After the last close, since a library may have had two entries.
     FreedLibraries freed;
-    while (closed != nullptr) {
-        const LoadedLibrary* library = popFront(closed);
-        if (!hasSameLibrary(closed, *library))
+    while (const LoadedLibrary* library = unlink(&closed)) {
+        const auto isSame = [&](const LoadedLibrary& other) { return other.getClassObject == library->getClassObject; };
+        if (*findPlace(closed, isSame) == nullptr)
             ++(isLoaded(*library) ? freed.kept : freed.gone);
         delete library;
     }

@@ -2,15 +2,32 @@
 
 #include "vxsys/Component.h"
 #include "vxsys/Module.h"
+#include "vxsys/Result.h"
+#include "vxsys/Thread.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 /// Classes in shared libraries, found through the registry. A library is loaded when its first object is created, and
 /// stays loaded until `VXComFreeUnusedLibraries` finds that it is not in use. Each operation returns a result code.
 namespace vxsys::detail {
 
 struct LoadedLibrary;
+
+/// Calls into a library and catches what it throws: the callers of this layer do not expect exceptions.
+template <class Call>
+std::int32_t callOut(Call&& call)
+{
+    try {
+        return call();
+    } catch (const std::bad_alloc&) {
+        return results::RESULT_OUT_OF_MEMORY;
+    } catch (...) {
+        passForcedUnwind();
+        return results::RESULT_FAIL;
+    }
+}
 
 /// Keeps a library loaded to the end of the block.
 class [[nodiscard]] LibraryUse {

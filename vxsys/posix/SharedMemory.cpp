@@ -2,13 +2,13 @@
 
 #include "vxsys/Result.h"
 #include "vxsys/ThreadAnnotations.h"
+#include "vxsys/detail/Chain.h"
 #include "vxsys/detail/StateLock.h"
 #include "vxsys/posix/NamedObject.h"
 
 #include <cerrno>
 #include <new>
 #include <sys/mman.h>
-#include <utility>
 
 namespace {
 
@@ -30,16 +30,6 @@ struct MemoryUse {
 constinit MemoryUse* g_handles VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit MemoryUse* g_attached VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit std::uint32_t g_lastHandle VX_GUARDED_BY(g_namedLock) = 0;
-
-/// The address of the pointer to the first use that `matches`, or of the null pointer after the last.
-template <class Predicate>
-MemoryUse** findPlace(MemoryUse*& first, Predicate&& matches) noexcept
-{
-    MemoryUse** place = &first;
-    while (*place != nullptr && !matches(**place))
-        place = &(*place)->next;
-    return place;
-}
 
 MemoryUse** findHandle(std::uint32_t handle) noexcept VX_REQUIRES(g_namedLock)
 {
@@ -67,7 +57,7 @@ int openMemory(const char* name, std::uint32_t access, const NamedOpening& openi
     }
     use->handle = newHandle();
     use->access = access;
-    use->next = std::exchange(g_handles, use);
+    pushFront(g_handles, use);
     *handle = use->handle;
     return 0;
 }
@@ -84,14 +74,14 @@ int attach(const MemoryUse& handle, std::uint32_t access, void** address) noexce
         return error;
     }
     use->object->use();
-    use->next = std::exchange(g_attached, use);
+    pushFront(g_attached, use);
     *address = use->address;
     return 0;
 }
 
 void end(MemoryUse** place) noexcept VX_REQUIRES(g_namedLock)
 {
-    MemoryUse* const use = std::exchange(*place, (*place)->next);
+    MemoryUse* const use = unlink(place);
     use->object->release();
     delete use;
 }
