@@ -258,28 +258,8 @@ void BigDecimal::multiply(const BigDecimal& other)
 
 void BigDecimal::divide(const BigDecimal& divisor, int scale)
 {
-    // Scale up one of the two, so that their scales differ by that of the result.
-    const std::int64_t upperScale = std::int64_t {divisor.m_scale} + scale;
-    if (divideFew(divisor, upperScale, scale))
-        return;
-    BigDecimal upper(*this);
-    BigDecimal lower(divisor);
-    if (upperScale < m_scale)
-        lower.setScale(checkedScale(std::int64_t {m_scale} - scale));
-    else
-        upper.setScale(checkedScale(upperScale));
-
-    BigInteger rest;
-    const bool negative = isNegative() != divisor.isNegative();
-    upper.m_unscaled.divide(lower.m_unscaled, rest);
-    if (!rest.isZero()) {
-        rest.add(rest);
-        lower.m_unscaled.abs();
-        if (rest.compareTo(lower.m_unscaled) >= 0)
-            upper.m_unscaled.add(BigInteger(negative ? -1 : 1));
-    }
-    m_unscaled = upper.m_unscaled;
-    m_scale = scale;
+    if (!divideFew(divisor, std::int64_t {divisor.m_scale} + scale, scale))
+        divide(divisor, scale, RoundingMode::HALF_UP);
 }
 
 bool BigDecimal::divideFew(const BigDecimal& divisor, std::int64_t upperScale, int scale)
@@ -327,6 +307,7 @@ bool BigDecimal::divideFew(const BigDecimal& divisor, std::int64_t upperScale, i
 
 void BigDecimal::divide(const BigDecimal& divisor, int scale, RoundingMode mode)
 {
+    // Scale up one of the two, so that their scales differ by that of the result.
     BigDecimal upper(*this);
     BigDecimal lower(divisor);
     const std::int64_t upperScale = std::int64_t {divisor.m_scale} + scale;

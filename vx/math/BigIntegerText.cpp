@@ -112,14 +112,9 @@ void readGroups(unsigned char* digits, std::u16string_view text, int radix) noex
 
 std::optional<BigInteger> BigInteger::tryParse(std::u16string_view text, int radix)
 {
-    constexpr int SMALLEST = 2, LARGEST = 36, DECIMAL = 10;
-    if (radix < SMALLEST || radix > LARGEST)
+    if (!isRadix(radix))
         throw RangeErrorException();
-    const auto isDigit = [radix](char16_t unit) {
-        const bool isLetter = (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
-        return (unit >= u'0' && unit <= u'9' && unit - u'0' < radix)
-            || (isLetter && (unit | 0x20) - u'a' + DECIMAL < radix);
-    };
+    const auto isDigit = [radix](char16_t unit) { return digitOf(unit) < radix; };
     const std::u16string_view digits = text.substr(text.starts_with(u'-') ? 1 : 0);
     if (digits.empty() || !std::all_of(digits.begin(), digits.end(), isDigit))
         return {};
