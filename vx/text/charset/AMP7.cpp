@@ -18,6 +18,7 @@ constexpr const char16_t* NAME = u"AMP-7";
 constexpr int MAX_DIGITS = 5;
 constexpr int MAX_FORM = MAX_DIGITS + 3; // with "&_" and ";"
 constexpr std::uint32_t FIRST_WITHOUT_FORM = 0xFFFFF;
+constexpr std::uint32_t NO_CHARACTER = LAST_CODE_POINT + 1;
 
 constexpr bool isItself(char32_t value) noexcept
 {
@@ -56,12 +57,11 @@ constexpr NamedForm NAMED_FORMS[] = {
 
 /// The form at the start of some bytes.
 struct Form {
-    enum Kind { WHOLE, CUT, BAD };
-
-    Kind kind;
-    std::uint32_t value = 0;
-    std::ptrdiff_t length = 1;
+    std::uint32_t value;
+    std::ptrdiff_t length; ///< 0: the bytes end within it
 };
+constexpr Form BAD {NO_CHARACTER, 1};
+constexpr Form CUT {NO_CHARACTER, 0};
 
 constexpr int digitValue(char byte) noexcept
 {
@@ -78,13 +78,13 @@ Form numberIn(std::string_view text) noexcept
     for (std::size_t index = 0; index < text.size(); ++index) {
         const auto length = static_cast<std::ptrdiff_t>(index + 3);
         if (text[index] == ';')
-            return value == REPLACEMENT ? Form {Form::BAD} : Form {Form::WHOLE, value, length};
+            return value == REPLACEMENT ? BAD : Form {value, length};
         const int digit = digitValue(text[index]);
         if (digit < 0 || index == MAX_DIGITS)
-            return {Form::BAD};
+            return BAD;
         value = value << 4 | static_cast<std::uint32_t>(digit);
     }
-    return {Form::CUT};
+    return CUT;
 }
 
 /// Parses an escape after its ampersand.
@@ -94,11 +94,11 @@ Form escapeIn(std::string_view text) noexcept
         return numberIn(text.substr(1));
     for (const NamedForm& form : NAMED_FORMS) {
         if (text.starts_with(form.rest))
-            return {Form::WHOLE, form.unit, static_cast<std::ptrdiff_t>(form.rest.size() + 1)};
+            return {form.unit, static_cast<std::ptrdiff_t>(form.rest.size() + 1)};
         if (form.rest.starts_with(text))
-            return {Form::CUT};
+            return CUT;
     }
-    return {Form::BAD};
+    return BAD;
 }
 
 } // namespace
@@ -109,6 +109,8 @@ std::int32_t BTCAMP7::convert(const signed char* src, std::int32_t* srcPos, std:
     std::int32_t* dstPos, std::int32_t dstLen)
 {
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    const auto substitute
+        = [&] { return storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength, 1); };
     while (pass.in < pass.inEnd && pass.out < pass.outEnd) {
         if (*pass.in >= 0 && *pass.in != '&') {
             *pass.out++ = static_cast<char16_t>(*pass.in++);
@@ -116,19 +118,13 @@ std::int32_t BTCAMP7::convert(const signed char* src, std::int32_t* srcPos, std:
         }
         const std::string_view rest(
             reinterpret_cast<const char*>(pass.in + 1), static_cast<std::size_t>(pass.left() - 1));
-        const Form form = *pass.in == '&' ? escapeIn(rest) : Form {Form::BAD};
-        if (form.kind == Form::CUT)
+        const Form form = *pass.in == '&' ? escapeIn(rest) : BAD;
+        if (form.length == 0)
             break;
-        if (form.kind == Form::BAD) {
-            if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
-                break;
-        } else if (isSurrogate(form.value)) {
+        if (isSurrogate(form.value))
             throw InvalidCharacterException(u"Invalid AMP-7 sequence (decoded chars in surrogate range)");
-        } else if (form.value <= 0xFFFF) {
-            *pass.out++ = static_cast<char16_t>(form.value);
-        } else if (!storePair(pass, form.value)) {
+        if (!storeCharacter(pass, form.value, substitute))
             break;
-        }
         pass.in += form.length;
     }
     return pass.produced();
@@ -185,7 +181,7 @@ std::int32_t CTBAMP7::convert(const char16_t* src, std::int32_t* srcPos, std::in
         const bool isStored = value == '&' ? store(pass, "&AMP;")
             : value < FIRST_WITHOUT_FORM
             ? storeNumber(pass, value)
-            : storeSubstitution(pass, m_substitutionMode, m_substitutionBytes, m_substitutionLength);
+            : storeSubstitution(pass, m_substitutionMode, m_substitutionBytes, m_substitutionLength, 1);
         if (!isStored)
             break;
         pass.in += width;

@@ -16,18 +16,6 @@ using namespace detail;
 
 namespace {
 
-/// Stores the whole substitution, or throws if substitution is off. Returns false if there is no room.
-template <class Pass, class Unit>
-bool substitute(Pass& pass, bool mode, const Unit* units, int length)
-{
-    if (!mode)
-        throw UnmappableCharacterException();
-    if (length > pass.room())
-        return false;
-    pass.out = std::copy_n(units, length, pass.out);
-    return true;
-}
-
 /// Asks a codec for its name and sizes.
 void describe(IVXCharCodec* codec, String& name, std::int32_t& maxBytesPerChar, std::int32_t& maxCharsPerByte)
 {
@@ -62,7 +50,7 @@ std::int32_t BTCMultiByte::convert(const signed char* src, std::int32_t* srcPos,
         }
 
         if (value == REPLACEMENT || value > LAST_CODE_POINT) {
-            if (!substitute(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
+            if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength, 0))
                 break;
         } else if (value > 0xFFFF) {
             if (!storePair(pass, value))
@@ -150,7 +138,7 @@ std::int32_t CTBMultiByte::convert(const char16_t* src, std::int32_t* srcPos, st
         } else if (m_lead == 0 && isTrail(unit)) {
             throw InvalidCharacterException(u"trailing surrogate without leading");
         } else {
-            if (!substitute(pass, m_substitutionMode, m_substitutionBytes, m_substitutionLength))
+            if (!storeSubstitution(pass, m_substitutionMode, m_substitutionBytes, m_substitutionLength, 0))
                 break;
             m_lead = 0;
         }

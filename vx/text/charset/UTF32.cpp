@@ -29,14 +29,10 @@ std::int32_t BTCUTF32::convert(const signed char* src, std::int32_t* srcPos, std
             const std::uint32_t value = valueOf(loadNumber<std::uint32_t>(pass.in));
             if (isSurrogate(value))
                 throw InvalidCharacterException(u"Illegal UTF-32 char in surrogate range");
-            if (value <= 0xFFFF) {
-                *pass.out++ = static_cast<char16_t>(value);
-            } else if (value > LAST_CODE_POINT) {
-                if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
-                    break;
-            } else if (!storePair(pass, value)) {
+            if (!storeCharacter(pass, value, [&] {
+                    return storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength, 1);
+                }))
                 break;
-            }
             pass.in += UNIT_BYTES;
         }
         return pass.produced();

@@ -57,6 +57,8 @@ std::int32_t BTCUTF8::convert(const signed char* src, std::int32_t* srcPos, std:
     std::int32_t* dstPos, std::int32_t dstLen)
 {
     Decoding pass(src, srcPos, srcLen, dst, dstPos, dstLen);
+    const auto substitute
+        = [&] { return storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength, 1); };
     while (pass.in < pass.inEnd) {
         decodePlain(pass);
         const std::ptrdiff_t run
@@ -74,14 +76,8 @@ std::int32_t BTCUTF8::convert(const signed char* src, std::int32_t* srcPos, std:
                 return pass.produced();
             if (isSurrogate(sequence.value))
                 throw InvalidCharacterException(u"Invalid UTF-8 sequence (decoded chars in surrogate range)");
-            if (sequence.value <= 0xFFFF) {
-                *pass.out++ = static_cast<char16_t>(sequence.value);
-            } else if (sequence.value > LAST_CODE_POINT) {
-                if (!storeSubstitution(pass, m_substitutionMode, m_substitutionChars, m_substitutionLength))
-                    return pass.produced();
-            } else if (!storePair(pass, sequence.value)) {
+            if (!storeCharacter(pass, sequence.value, substitute))
                 return pass.produced();
-            }
             pass.in += sequence.length;
         }
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/detail/Pass.h"
 
 #include <algorithm>
 
@@ -8,17 +9,29 @@ namespace vx::text::charset::detail {
 
 inline constexpr const char16_t* LEAD_WITHOUT_TRAIL = u"leading surrogate without trailing";
 
-/// Stores the substitution of a UTF decoder for a value above the last code point. Returns false if there is no room
-/// for it and one more unit.
+/// Stores the whole substitution, or throws if substitution is off. Returns false if there is no room for it and for
+/// `spare` more units.
 template <class Pass, class Unit>
-bool storeSubstitution(Pass& pass, bool mode, const Unit* units, int length)
+bool storeSubstitution(Pass& pass, bool mode, const Unit* units, int length, int spare)
 {
     if (!mode)
         throw UnmappableCharacterException();
-    if (length >= pass.room())
+    if (length > pass.room() - spare)
         return false;
     pass.out = std::copy_n(units, length, pass.out);
     return true;
+}
+
+/// Stores a character of a UTF decoder, which has room for one unit. `substitute` is called for a value above the last
+/// code point. Returns false if there is no room.
+template <class Substitute>
+bool storeCharacter(Decoding& pass, std::uint32_t value, Substitute substitute)
+{
+    if (value <= 0xFFFF) {
+        *pass.out++ = static_cast<char16_t>(value);
+        return true;
+    }
+    return value > LAST_CODE_POINT ? substitute() : storePair(pass, value);
 }
 
 inline void throwIfHeld(char16_t lead)
