@@ -22,6 +22,7 @@ namespace vx {
 using detail::clipped;
 using detail::EmptyBuffer;
 using detail::measured;
+using detail::MOST_SHORT;
 using detail::PlainBuffer;
 using detail::StringReadLock;
 using detail::StringSource;
@@ -41,14 +42,16 @@ public:
     /// A string that is constructed before the static objects of this file gets a new buffer.
     static Reference<IVXCharBuffer> get()
     {
-        if (s_buffer == nullptr)
-            return PlainBuffer::own(new ROCharBuffer(u"", 1));
+        if (s_buffer == nullptr) [[unlikely]]
+            return getEarly();
         Reference<IVXCharBuffer> shared;
         shared.attach(s_buffer);
         return shared;
     }
 
 private:
+    [[gnu::noinline]] static Reference<IVXCharBuffer> getEarly() { return PlainBuffer::own(new ROCharBuffer(u"", 1)); }
+
     alignas(EmptyBuffer) std::byte m_place[sizeof(EmptyBuffer)];
     static constinit IVXCharBuffer* s_buffer;
 };
@@ -69,6 +72,14 @@ Reference<IVXCharBuffer> acquired(String::AcquireMode mode, const char16_t* text
     if (length < 1 && capacity < 1)
         return SharedEmptyBuffer::get();
     return mode == String::AcquireWrap ? wrapped(text, length) : PlainBuffer::copyOf(text, length, capacity);
+}
+
+/// In one frame with the constructor: most texts are short.
+inline Reference<IVXCharBuffer> copied(std::u16string_view text)
+{
+    if (text.size() - 1 < PlainBuffer::Storage::MOST_BEHIND - 1) [[likely]]
+        return PlainBuffer::copyOfShort(text.data(), static_cast<int>(text.size()));
+    return acquired(String::AcquireCopy, text.data(), detail::lengthOf(text), 0);
 }
 
 /// The capacity includes the terminator. There is memory for one unit more, so that `capacity` units fit too.
@@ -98,6 +109,16 @@ Reference<IVXCharBuffer> rangeOf(String::AcquireMode mode, const String& other, 
     return range;
 }
 
+/// The slow part of an assignment. It is separate so that the fast part needs no stack frame.
+[[gnu::noinline]] String& setElsewhere(String& target, const String& other)
+{
+    std::u16string_view units;
+    if (PlainBuffer::readExact(other, &units)
+        && PlainBuffer::overwrite(target, units.data(), static_cast<int>(units.size())))
+        return target;
+    return target.replace(0, -1, other, 0);
+}
+
 } // namespace
 
 String::String()
@@ -122,7 +143,7 @@ String::String(const char16_t* text, int length, int capacity)
 }
 
 String::String(std::u16string_view text)
-    : m_buffer(acquired(AcquireCopy, text.data(), detail::lengthOf(text), 0))
+    : m_buffer(copied(text))
 {
 }
 
@@ -197,6 +218,11 @@ String String::CVXString(const char* bytes, int length, const char16_t* encoding
 String::~String() noexcept
 {
     PlainBuffer::release(m_buffer);
+    // Mostly both are null now, and the destructors of the fields need no branch.
+    if (m_ansi != nullptr) [[unlikely]]
+        m_ansi = nullptr;
+    if (m_buffer != nullptr) [[unlikely]]
+        m_buffer = nullptr;
 }
 
 String& String::operator=(const String& other)
@@ -228,10 +254,10 @@ String& String::operator=(char16_t ch)
 String& String::setTo(const String& other)
 {
     std::u16string_view units;
-    if (PlainBuffer::readExact(other, &units)
-        && PlainBuffer::overwrite(*this, units.data(), static_cast<int>(units.size())))
+    if (PlainBuffer::readExact(other, &units) && units.size() <= MOST_SHORT
+        && PlainBuffer::overwrite(*this, units.data(), static_cast<int>(units.size()), MOST_SHORT)) [[likely]]
         return *this;
-    return replace(0, -1, other, 0);
+    return setElsewhere(*this, other);
 }
 
 String& String::setTo(const char16_t* text, int length)

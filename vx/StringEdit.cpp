@@ -15,6 +15,7 @@ using detail::clipped;
 using detail::lengthOf;
 using detail::LONGEST_TEXT;
 using detail::measured;
+using detail::MOST_SHORT;
 using detail::PlainBuffer;
 using detail::StringReadLock;
 using detail::StringSource;
@@ -27,6 +28,12 @@ namespace {
 
 [[gnu::noinline]] String& appendElsewhere(String& target, const char16_t* text, int length)
 {
+    const bool wasTried = text != nullptr && length >= 1 && length <= MOST_SHORT;
+    length = measured(text, length);
+    if (char16_t* const place = wasTried ? nullptr : PlainBuffer::extend(target, length)) {
+        detail::moveUnits(place, text, static_cast<std::size_t>(length));
+        return target;
+    }
     return PlainBuffer::appendToCopy(target, text, length) ? target : target.replace(-1, 0, text, length, 0);
 }
 
@@ -43,6 +50,17 @@ namespace {
 {
     const StringSource source(target, text);
     return target.append(source.data(), source.length());
+}
+
+[[gnu::noinline]] String& replaceElsewhere(
+    String& target, int start, int count, const char16_t* text, int length, int textStart)
+{
+    length = measured(text, length);
+    textStart = clipped(textStart, length);
+    const int insert = length - textStart;
+    if (!PlainBuffer::splice(target, start, count, text + textStart, insert))
+        PlainBuffer::spliceElsewhere(target, start, count, text + textStart, insert);
+    return target;
 }
 
 [[gnu::noinline]] String& replaceLocked(String& target, int start, int count, const String& text, int textStart)
@@ -89,22 +107,25 @@ void String::splice(int start, int count, const char16_t* text, std::int64_t ins
     target.setLength(static_cast<int>(newLength));
 }
 
+void detail::PlainBuffer::spliceElsewhere(String& target, int start, int count, const char16_t* text, int insert)
+{
+    if (insert == 0) {
+        target.splice(start, count, nullptr, 0, 0);
+    } else if (target.isOwnText(text) || target.isOwnText(text + insert - 1)) {
+        const std::u16string copy(text, static_cast<std::size_t>(insert));
+        target.splice(start, count, copy.data(), insert, 0);
+    } else {
+        target.splice(start, count, text, insert, 0);
+    }
+}
+
 String& String::replace(int start, int count, const char16_t* text, int length, int textStart)
 {
-    length = measured(text, length);
-    textStart = clipped(textStart, length);
-    const int insert = length - textStart;
-    if (PlainBuffer::splice(*this, start, count, text + textStart, insert))
+    const bool isGiven = text != nullptr && length >= textStart && textStart >= 0;
+    if (isGiven && length - textStart <= MOST_SHORT
+        && PlainBuffer::splice(*this, start, count, text + textStart, length - textStart, MOST_SHORT)) [[likely]]
         return *this;
-    if (insert == 0) {
-        splice(start, count, nullptr, 0, 0);
-    } else if (isOwnText(text + textStart) || isOwnText(text + length - 1)) {
-        const std::u16string copy(text + textStart, static_cast<std::size_t>(insert));
-        splice(start, count, copy.data(), insert, 0);
-    } else {
-        splice(start, count, text + textStart, insert, 0);
-    }
-    return *this;
+    return replaceElsewhere(*this, start, count, text, length, textStart);
 }
 
 String& String::replace(int start, int count, const String& text, int textStart)
@@ -123,13 +144,19 @@ String& String::replace(int start, int count, char16_t ch, int repeat)
 
 String& String::append(const char16_t* text, int length)
 {
-    length = measured(text, length);
-    return PlainBuffer::append(*this, text, length) ? *this : appendElsewhere(*this, text, length);
+    const bool isGiven = text != nullptr && length >= 1;
+    if (isGiven && length <= MOST_SHORT && PlainBuffer::appendShort(*this, text, length)) [[likely]]
+        return *this;
+    return appendElsewhere(*this, text, length);
 }
 
 String& String::append(char16_t ch, int repeat)
 {
-    return repeat == 1 && PlainBuffer::push(*this, ch) ? *this : appendElsewhere(*this, ch, repeat);
+    if (repeat != 1) [[unlikely]]
+        return appendElsewhere(*this, ch, repeat);
+    if (PlainBuffer::push(*this, ch)) [[likely]]
+        return *this;
+    return appendElsewhere(*this, ch, repeat);
 }
 
 String& String::append(const String& text)
@@ -192,7 +219,9 @@ String& String::insert(int position, const String& text)
 
 String& String::remove(int start, int count)
 {
-    return replace(start, count, nullptr, 0, 0);
+    if (PlainBuffer::splice(*this, start, count, nullptr, 0, MOST_SHORT)) [[likely]]
+        return *this;
+    return replaceElsewhere(*this, start, count, nullptr, 0, 0);
 }
 
 void String::resize(int length, char16_t fill)

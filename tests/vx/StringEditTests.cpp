@@ -172,6 +172,44 @@ TEST(String, TakesNoMoreRoomForAnEditOfASharerThanTheEditNeeds)
     }
 }
 
+TEST(String, RaisesTheCapacityOfItsBufferAsFarAsAnEditAsksAndKeepsIt)
+{
+    const String other(u"y");
+    const auto appendUnits = [](String& text, int count) {
+        while (count-- > 0)
+            text += u'x';
+    };
+    const struct {
+        const char* what;
+        Edit edit;
+        std::size_t units;
+    } rows[] = {
+        {"within the capacity", [&](String& s) { appendUnits(s, 12); }, 16},
+        {"one unit more", [&](String& s) { appendUnits(s, 13); }, 32},
+        {"units one by one", [&](String& s) { appendUnits(s, 47); }, 64},
+        {"removed", [&](String& s) { appendUnits(s, 47), s.remove(1); }, 64},
+        {"replaced", [&](String& s) { appendUnits(s, 47), s.replace(0, -1, u"y"); }, 64},
+        {"assigned", [&](String& s) { appendUnits(s, 47), s = other; }, 64},
+        {"set", [&](String& s) { appendUnits(s, 47), s = u"y"; }, 64},
+        {"cleared", [&](String& s) { appendUnits(s, 47), s.clear(); }, 64},
+        {"trimmed", [&](String& s) { appendUnits(s, 47), s.trim(u'x'); }, 64},
+        {"written", [&](String& s) { appendUnits(s, 47), s.getWriteLock(0), s.releaseWriteLock(1); }, 64},
+        {"pieces", [](String& s) { s.append(u"123456789012345").append(u"123456789012345"); }, 48},
+        {"pieces and units", [&](String& s) { s.append(std::u16string(30, u'y')), appendUnits(s, 15), s.resize(2, 0); },
+            64},
+        {"longer text", [&](String& s) { appendUnits(s, 40), s = std::u16string_view(std::u16string(50, u'y')); }, 64},
+        {"freed", [&](String& s) { appendUnits(s, 47), s.remove(20), s.freeExtra(); }, 32},
+    };
+    for (const auto& row : rows) {
+        auto* buffer = new util::RWCharBuffer(u"abc", 4);
+        String text(String::AcquireShare, buffer);
+        row.edit(text);
+        AllocationProbe probe;
+        const util::RWCharBuffer copy(*buffer);
+        EXPECT_EQ(probe.lastRawSize(), row.units * sizeof(char16_t)) << row.what << ": a copy has the same capacity";
+    }
+}
+
 TEST(String, RefusesTextsThatCannotBeCounted)
 {
     const std::function<void(String&, int)> edits[] = {

@@ -36,6 +36,18 @@ util::RWCharBuffer* PlainBuffer::makeLong(int capacity)
     return new util::RWCharBuffer(capacity);
 }
 
+Reference<IVXCharBuffer> PlainBuffer::copyOfLong(const char16_t* text, int length, int capacity)
+{
+    length = std::max(length, 0);
+    util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
+    Reference<IVXCharBuffer> copy = own(buffer);
+    Storage& storage = buffer->m_storage;
+    moveUnits(storage.data(), text, static_cast<std::size_t>(length));
+    storage.data()[length] = 0;
+    storage.setLength(length + 1);
+    return copy;
+}
+
 bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
 {
     std::u16string_view own;
@@ -45,19 +57,22 @@ bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
     if (length > LONGEST_TEXT)
         return false;
     withResultOnExhaustion([&] {
-        const int needed = withTerminator(length);
-        const int room = needed < Storage::MOST_BEHIND / 2 ? std::max(2 * needed, LEAST_ROOM) : Storage::MOST_BEHIND;
-        util::RWCharBuffer* buffer = make(std::max(needed, room));
-        Reference<IVXCharBuffer> both = PlainBuffer::own(buffer);
-        Storage& storage = buffer->m_storage;
-        moveUnits(storage.data(), own.data(), own.size());
-        moveUnits(storage.data() + own.size(), more, static_cast<std::size_t>(count));
-        storage.data()[length] = 0;
-        storage.setLength(needed);
-        storage.releaseExtra(0);
+        const auto needed = static_cast<int>(length) + 1;
+        util::RWCharBuffer* both = nullptr;
+        if (needed <= Storage::MOST_BEHIND) {
+            const int twice = std::min(2 * needed, Storage::MOST_BEHIND);
+            both = makeShort(std::max(twice, LEAST_ROOM), needed, needed);
+        } else {
+            both = makeLong(needed);
+            both->m_storage.setLength(needed);
+        }
+        char16_t* const units = both->m_storage.data();
+        moveUnits(units, own.data(), own.size());
+        moveUnits(units + own.size(), more, static_cast<std::size_t>(count));
+        units[length] = 0;
         text.m_ansi = nullptr;
         release(text.m_buffer);
-        text.m_buffer = std::move(both);
+        text.m_buffer.attach(PlainBuffer::own(both).detach());
     });
     return true;
 }

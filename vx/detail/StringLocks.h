@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <tuple>
 #include <typeinfo>
@@ -50,18 +51,13 @@ class PlainBuffer {
 public:
     using Storage = util::detail::BufferStorage<char16_t>;
 
+    /// For `mostMoved`. With MOST_SHORT instead, an operation makes no call.
+    static constexpr int ANY_NUMBER = std::numeric_limits<int>::max();
+
     static bool isKnown(const IVXCharBuffer& buffer) noexcept
     {
         return isExactly<util::RWCharBuffer>(buffer) || isExactly<util::ROCharBuffer>(buffer)
             || isExactly<EmptyBuffer>(buffer);
-    }
-
-    /// The count of a known buffer that has one, without a virtual call; null for any other.
-    static const ComObject* countOf(const IVXCharBuffer& buffer) noexcept
-    {
-        if (isExactly<util::RWCharBuffer>(buffer))
-            return &static_cast<const util::RWCharBuffer&>(buffer);
-        return isExactly<util::ROCharBuffer>(buffer) ? &static_cast<const util::ROCharBuffer&>(buffer) : nullptr;
     }
 
     /// The storage of an RWCharBuffer (exactly that class) that only one string uses; null for anything else.
@@ -70,34 +66,42 @@ public:
     /// The storage of a string that may write to it without any further change; null for anything else.
     static Storage* writableStorage(String& text) noexcept
     {
-        return isExactly<String>(text) && text.m_ansi == nullptr ? soleStorage(*text.m_buffer) : nullptr;
+        if (!isExactly<String>(text) || text.m_ansi != nullptr) [[unlikely]]
+            return nullptr;
+        return soleStorage(*text.m_buffer);
     }
 
     /// Makes the text `more` units longer and returns the place of the new units. Null, and no change, if that needs a
     /// copy or new storage.
     static char16_t* extend(String& text, int more) noexcept;
 
-    /// Appends one unit within the capacity. False, and no change, if that needs a copy or more room.
+    /// Appends one unit. False, and no change, if that needs a copy or new storage.
     static bool push(String& text, char16_t unit) noexcept;
 
-    /// Appends units, which may be of the text itself. False, and no change, if that needs a copy or new storage.
-    static bool append(String& text, const char16_t* more, int count) noexcept;
+    /// Appends `count` units (1 to MOST_SHORT), which may be of the text itself. False, and no change, if that needs a copy
+    /// or new storage. It makes no call.
+    static bool appendShort(String& text, const char16_t* more, int count) noexcept;
 
     /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts and for
     /// the next ones. `more` may be in the old buffer. False, and no change, for any other text.
     static bool appendToCopy(String& text, const char16_t* more, int count);
 
-    /// Replaces `text` by the units of `source`, which may be in its own storage. False, and no change, if that needs a
-    /// copy or new storage.
-    static bool overwrite(String& text, const char16_t* source, int length) noexcept;
+    /// Replaces `text` by the units of `source` (at most `mostMoved`), which may be in its own storage. False, and no
+    /// change, if that needs a copy or new storage.
+    static bool overwrite(String& text, const char16_t* source, int length, int mostMoved = ANY_NUMBER) noexcept;
 
-    /// Replaces a range by `insert` units. False, and no change, if that needs a copy or new storage, or if the units
-    /// are in the storage of the string.
-    static bool splice(String& target, int start, int count, const char16_t* text, int insert) noexcept;
+    /// Replaces a range by `insert` units, which are not in the storage of the string. False, and no change, if they are, if
+    /// that needs a copy or new storage, or if more than `mostMoved` units are to move.
+    static bool splice(
+        String& target, int start, int count, const char16_t* text, int insert, int mostMoved = ANY_NUMBER) noexcept;
+
+    /// The same for any string and any units.
+    static void spliceElsewhere(String& target, int start, int count, const char16_t* text, int insert);
 
     /// Replaces a range by `insert` units that are still to be written, and returns their place. Null, and no change,
-    /// if that needs a copy or new storage.
-    static char16_t* openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept;
+    /// if that needs a copy or new storage, or if more than `mostMoved` units are to move.
+    static char16_t* openGap(
+        Storage& storage, int start, int count, std::int64_t insert, int mostMoved = ANY_NUMBER) noexcept;
 
     /// The text and length of a known buffer; false for any other.
     static bool read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept;
@@ -118,7 +122,8 @@ public:
     /// A new buffer with count 0 and without text.
     static util::RWCharBuffer* make(int capacity)
     {
-        return capacity >= 1 && capacity <= Storage::MOST_BEHIND ? makeShort(capacity) : makeLong(capacity);
+        return capacity >= 1 && capacity <= Storage::MOST_BEHIND ? makeShort(capacity, capacity, 0)
+                                                                 : makeLong(capacity);
     }
 
     /// Sets the first reference to a new buffer that only the caller knows.
@@ -144,39 +149,55 @@ public:
     /// A new buffer with `length` units, the terminator, and room for at least `capacity` units.
     static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0);
 
+    /// The same for a text and a capacity that lie behind the buffer: `length` is below `MOST_BEHIND`.
+    [[gnu::always_inline]] static Reference<IVXCharBuffer> copyOfShort(
+        const char16_t* text, int length, int capacity = 0);
+
 private:
-    /// One allocation for the buffer and its units.
-    static util::RWCharBuffer* makeShort(int capacity);
+    /// One allocation for the buffer and its units: room for `room` units, of which `capacity` are used at first.
+    static util::RWCharBuffer* makeShort(int room, int capacity, int length);
     static util::RWCharBuffer* makeLong(int capacity);
+    /// The compiler knows `mostMoved`.
+    static void moveAtMost(int mostMoved, char16_t* target, const char16_t* source, std::size_t count) noexcept;
+    static Reference<IVXCharBuffer> copyOfLong(const char16_t* text, int length, int capacity);
 };
 
-inline util::RWCharBuffer* PlainBuffer::makeShort(int capacity)
+inline util::RWCharBuffer* PlainBuffer::makeShort(int room, int capacity, int length)
 {
-    const auto units = static_cast<int>(Storage::adjust(capacity));
-    auto* memory = static_cast<std::byte*>(
-        vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
-    auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
-    return ::new (memory)
-        util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units); // never null, as compilers know
+    const auto units = static_cast<int>(Storage::adjust(room));
+    void* const memory
+        = vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t));
+    return ::new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), units,
+        static_cast<int>(Storage::adjust(capacity)), length); // never null, as compilers know
+}
+
+inline void PlainBuffer::moveAtMost(int mostMoved, char16_t* target, const char16_t* source, std::size_t count) noexcept
+{
+    if (mostMoved <= MOST_SHORT)
+        moveShort(target, source, count);
+    else
+        moveUnits(target, source, count);
 }
 
 inline PlainBuffer::Storage* PlainBuffer::soleStorage(IVXCharBuffer& buffer) noexcept
 {
-    if (!isExactly<util::RWCharBuffer>(buffer))
+    if (!isExactly<util::RWCharBuffer>(buffer)) [[unlikely]]
         return nullptr;
     auto& own = static_cast<util::RWCharBuffer&>(buffer);
-    return own.GetRefCount() < 2 ? &own.m_storage : nullptr;
+    if (own.GetRefCount() >= 2) [[unlikely]]
+        return nullptr;
+    return &own.m_storage;
 }
 
 inline char16_t* PlainBuffer::extend(String& text, int more) noexcept
 {
     Storage* storage = writableStorage(text);
-    if (storage == nullptr || more < 1)
+    if (storage == nullptr || more < 1) [[unlikely]]
         return nullptr;
     const int length = std::max(storage->length(), 1);
-    if (!storage->ensureWithin(std::int64_t {length} + more))
+    if (!storage->fits(std::int64_t {length} + more)) [[unlikely]]
         return nullptr;
-    storage->setLength(length + more);
+    storage->setGreaterLength(length + more);
     char16_t* place = storage->data() + (length - 1);
     place[more] = 0;
     return place;
@@ -185,74 +206,81 @@ inline char16_t* PlainBuffer::extend(String& text, int more) noexcept
 inline bool PlainBuffer::push(String& text, char16_t unit) noexcept
 {
     Storage* storage = writableStorage(text);
-    if (storage == nullptr)
+    if (storage == nullptr) [[unlikely]]
         return false;
     const int length = storage->length();
-    if (length < 1 || length >= storage->capacity())
+    if (length < 1 || !storage->fits(std::int64_t {length} + 1)) [[unlikely]]
         return false;
-    char16_t* const end = storage->data() + length;
-    end[-1] = unit;
-    end[0] = 0;
-    storage->setLength(length + 1);
+    const auto end = static_cast<std::size_t>(length);
+    char16_t* const data = storage->data();
+    data[end - 1] = unit;
+    data[end] = 0;
+    storage->setGreaterLength(length + 1);
     return true;
 }
 
-inline bool PlainBuffer::append(String& text, const char16_t* more, int count) noexcept
+inline bool PlainBuffer::appendShort(String& text, const char16_t* more, int count) noexcept
 {
     char16_t* const place = extend(text, count);
-    if (place == nullptr)
+    if (place == nullptr) [[unlikely]]
         return false;
-    moveUnits(place, more, static_cast<std::size_t>(count));
+    moveShort(place, more, static_cast<std::size_t>(count));
     return true;
 }
 
-inline bool PlainBuffer::overwrite(String& text, const char16_t* source, int length) noexcept
+inline bool PlainBuffer::overwrite(String& text, const char16_t* source, int length, int mostMoved) noexcept
 {
     Storage* storage = writableStorage(text);
-    if (storage == nullptr || !storage->ensureWithin(std::int64_t {length} + 1))
+    if (storage == nullptr || !storage->fits(std::int64_t {length} + 1)) [[unlikely]]
         return false;
-    moveUnits(storage->data(), source, static_cast<std::size_t>(length));
-    storage->data()[length] = 0;
+    char16_t* const data = storage->data();
+    moveAtMost(mostMoved, data, source, static_cast<std::size_t>(length));
+    data[length] = 0;
     storage->setLength(length + 1);
     return true;
 }
 
-inline char16_t* PlainBuffer::openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept
+inline char16_t* PlainBuffer::openGap(
+    Storage& storage, int start, int count, std::int64_t insert, int mostMoved) noexcept
 {
-    if (storage.length() < 1)
-        return nullptr;
     const int length = storage.length() - 1;
+    if (length < 0) [[unlikely]]
+        return nullptr;
     start = clipped(start, length);
     count = clipped(count, length - start);
+    const int tail = length - start - count;
     const std::int64_t newLength = length + insert - count;
-    if (!storage.ensureWithin(newLength + 1))
+    if (tail > mostMoved || !storage.fits(newLength + 1)) [[unlikely]]
         return nullptr;
-    char16_t* const place = storage.data() + start;
+    char16_t* const data = storage.data();
+    char16_t* const place = data + start;
     if (insert != count)
-        moveUnits(place + insert, place + count, static_cast<std::size_t>(length - start - count));
-    storage.data()[newLength] = 0;
+        moveAtMost(mostMoved, place + insert, place + count, static_cast<std::size_t>(tail));
+    data[newLength] = 0;
     storage.setLength(static_cast<int>(newLength) + 1);
     return place;
 }
 
-inline bool PlainBuffer::splice(String& target, int start, int count, const char16_t* text, int insert) noexcept
+inline bool PlainBuffer::splice(
+    String& target, int start, int count, const char16_t* text, int insert, int mostMoved) noexcept
 {
     Storage* storage = writableStorage(target);
-    if (storage == nullptr)
+    if (storage == nullptr) [[unlikely]]
         return false;
     constexpr std::less<> IS_BEFORE;
-    if (insert > 0 && IS_BEFORE(text, storage->data() + storage->length()) && IS_BEFORE(storage->data(), text + insert))
+    const char16_t* const own = storage->data();
+    if (insert > 0 && IS_BEFORE(text, own + storage->length()) && IS_BEFORE(own, text + insert)) [[unlikely]]
         return false;
-    char16_t* const place = openGap(*storage, start, count, insert);
-    if (place == nullptr)
+    char16_t* const place = openGap(*storage, start, count, insert, mostMoved);
+    if (place == nullptr) [[unlikely]]
         return false;
-    moveUnits(place, text, static_cast<std::size_t>(insert));
+    moveAtMost(mostMoved, place, text, static_cast<std::size_t>(insert));
     return true;
 }
 
 inline bool PlainBuffer::read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept
 {
-    if (isExactly<util::RWCharBuffer>(buffer)) {
+    if (isExactly<util::RWCharBuffer>(buffer)) [[likely]] {
         const Storage& storage = static_cast<const util::RWCharBuffer&>(buffer).m_storage;
         *data = storage.data();
         *length = storage.length();
@@ -289,44 +317,44 @@ inline const char16_t* PlainBuffer::terminated(const String& text) noexcept
 template <class Buffer>
 Reference<IVXCharBuffer> PlainBuffer::own(Buffer* fresh) noexcept
 {
-    Reference<IVXCharBuffer> first;
     fresh->setFirstReference();
+    Reference<IVXCharBuffer> first;
     first.attach(fresh);
     return first;
 }
 
 inline Reference<IVXCharBuffer> PlainBuffer::share(const Reference<IVXCharBuffer>& buffer) noexcept
 {
-    if (const ComObject* object = countOf(*buffer)) {
-        object->ComObject::AddRef();
-        Reference<IVXCharBuffer> more;
-        more.attach(buffer.get());
-        return more;
-    }
-    return buffer;
+    // The buffer has a reference, so it is not the first one that would also lock a module.
+    if (isExactly<util::RWCharBuffer>(*buffer))
+        static_cast<const util::RWCharBuffer&>(*buffer).InternalAddRef();
+    else if (isExactly<util::ROCharBuffer>(*buffer))
+        static_cast<const util::ROCharBuffer&>(*buffer).InternalAddRef();
+    else
+        return buffer;
+    Reference<IVXCharBuffer> more;
+    more.attach(buffer.get());
+    return more;
 }
 
 inline void PlainBuffer::release(Reference<IVXCharBuffer>& buffer) noexcept
 {
     if (buffer == nullptr)
         return;
-    const ComObject* object = nullptr;
-    if (isExactly<util::RWCharBuffer>(*buffer)) {
-        auto& own = static_cast<util::RWCharBuffer&>(*buffer);
-        if (own.GetRefCount() == 1 && own.GetComModule() == nullptr) {
-            std::ignore = buffer.detach();
-            if (!own.m_storage.isBorrowed()) // otherwise its destructor has nothing to do
-                own.util::RWCharBuffer::~RWCharBuffer();
-            return vxsys::deallocate(&own);
+    if (isExactly<util::RWCharBuffer>(*buffer)) [[likely]] {
+        auto& own = static_cast<util::RWCharBuffer&>(*buffer.detach());
+        if (own.GetRefCount() != 1 || own.GetComModule() != nullptr) [[unlikely]] {
+            own.ComObject::Release();
+            return;
         }
-        object = &own;
+        if (!own.m_storage.isBorrowed()) [[unlikely]] // otherwise its destructor has nothing to do
+            own.util::RWCharBuffer::~RWCharBuffer();
+        vxsys::deallocate(&own);
+    } else if (isExactly<EmptyBuffer>(*buffer)) {
+        std::ignore = buffer.detach(); // it counts nothing
     } else if (isExactly<util::ROCharBuffer>(*buffer)) {
-        object = &static_cast<util::ROCharBuffer&>(*buffer);
-    } else {
-        return;
+        static_cast<util::ROCharBuffer&>(*buffer.detach()).ComObject::Release();
     }
-    std::ignore = buffer.detach();
-    object->ComObject::Release();
 }
 
 template <std::invocable<char16_t*> Fill>
@@ -342,14 +370,20 @@ Reference<IVXCharBuffer> PlainBuffer::filled(int longest, int capacity, Fill fil
     return first;
 }
 
+inline Reference<IVXCharBuffer> PlainBuffer::copyOfShort(const char16_t* text, int length, int capacity)
+{
+    const int room = capacity > length ? capacity : length + 1;
+    util::RWCharBuffer* buffer = makeShort(room, room, length + 1);
+    char16_t* const data = buffer->m_storage.behind();
+    moveUnits(data, text, static_cast<std::size_t>(length));
+    data[length] = 0;
+    return own(buffer);
+}
+
 inline Reference<IVXCharBuffer> PlainBuffer::copyOf(const char16_t* text, int length, int capacity)
 {
-    util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(length)));
-    Storage& storage = buffer->m_storage;
-    moveUnits(storage.data(), text, static_cast<std::size_t>(std::max(length, 0)));
-    storage.data()[length] = 0;
-    storage.setLength(length + 1);
-    return own(buffer);
+    const bool isShort = length >= 0 && length < Storage::MOST_BEHIND && capacity <= Storage::MOST_BEHIND;
+    return isShort ? copyOfShort(text, length, capacity) : copyOfLong(text, length, capacity);
 }
 
 /// The text of a string under the read lock of its view, until the end of the block. Adds no reference: the string must

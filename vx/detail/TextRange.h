@@ -33,7 +33,9 @@ int lengthOf(std::basic_string_view<Unit> text)
 /// `value`, or `end` if `value` is -1 or too large.
 inline int clipped(int value, int end) noexcept
 {
-    return value == -1 || value > end ? end : std::max(value, 0);
+    if (static_cast<unsigned>(value) <= static_cast<unsigned>(end)) [[likely]]
+        return value;
+    return value < -1 ? 0 : end;
 }
 
 /// `length` units and the terminator.

@@ -28,17 +28,29 @@ public:
     static constexpr int MOST_BEHIND = 128;
 
     BufferStorage() noexcept = default;
-    /// Borrows `units` units at `place`, a number that `adjust` returned. They outlive this storage.
-    BufferStorage(Unit* place, int units) noexcept;
+    /// Borrows the memory directly after this object: `room` units, of which `capacity` are used at first. Both are numbers
+    /// that `adjust` returned.
+    BufferStorage(int room, int capacity, int length) noexcept;
     BufferStorage(const BufferStorage&) = delete;
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
 
-    bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
+    bool isBorrowed() const noexcept { return data() == behind(); }
+    /// Where borrowed memory begins. The allocator never returns this place.
+    Unit* behind() const noexcept { return reinterpret_cast<Unit*>(const_cast<BufferStorage*>(this) + 1); }
     Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
-    int capacity() const noexcept { return m_capacity & ~IS_BORROWED; }
+    int capacity() const noexcept { return length() <= m_capacity ? m_capacity : raised(length()); }
     int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
-    void setLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
+    void setLength(int length) noexcept
+    {
+        if (this->length() > m_capacity) [[unlikely]]
+            m_capacity = capacity();
+        setGreaterLength(length);
+    }
+    /// The same for a length that is not below the old one.
+    void setGreaterLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
+    /// Whether the memory suffices. If it does, a length may be set that is above the capacity, and raises it.
+    bool fits(std::int64_t units) const noexcept { return units <= m_room; }
     /// The units in use: a length beyond the capacity counts as the capacity.
     int held() const noexcept { return std::min(length(), capacity()); }
 
@@ -68,17 +80,16 @@ public:
 private:
     /// The largest multiple of 16 that an `int` can hold.
     static constexpr std::int64_t LARGEST = 0x7FFFFFF0;
-    /// A flag in a number that is a multiple of 16.
-    static constexpr int IS_BORROWED = 1;
-
     void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
-    void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units) | (m_capacity & IS_BORROWED); }
+    void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units); }
+    /// The capacity for `units` units, within the memory.
+    int raised(int units) const noexcept { return static_cast<int>(std::min<std::int64_t>(adjust(units), m_room)); }
     void resize(int capacity);
     /// Moves the units to separate memory for `units` units, which become the capacity. False when there is no memory.
     bool takeMemory(std::int64_t units) noexcept;
 
     std::atomic<Unit*> m_data {nullptr};
-    int m_capacity = 0;
+    int m_capacity = 0; ///< before a greater length raised it
     std::atomic<int> m_length {0};
     int m_room = 0; ///< the units that the memory holds
 };
@@ -106,10 +117,11 @@ private:
 };
 
 template <class AnyUnit>
-BufferStorage<AnyUnit>::BufferStorage(Unit* place, int units) noexcept
-    : m_data(place)
-    , m_capacity(units | IS_BORROWED)
-    , m_room(units)
+BufferStorage<AnyUnit>::BufferStorage(int room, int capacity, int length) noexcept
+    : m_data(behind())
+    , m_capacity(capacity)
+    , m_length(length)
+    , m_room(room)
 {
 }
 
@@ -152,10 +164,10 @@ AnyUnit* BufferStorage<AnyUnit>::ensure(int minimum)
 template <class AnyUnit>
 bool BufferStorage<AnyUnit>::ensureWithin(std::int64_t minimum) noexcept
 {
-    if (minimum > m_room)
+    if (!fits(minimum))
         return false;
     if (minimum > capacity())
-        setCapacity(adjust(static_cast<int>(minimum)));
+        m_capacity = raised(static_cast<int>(minimum));
     return true;
 }
 
