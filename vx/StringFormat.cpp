@@ -27,7 +27,7 @@ template <class Value>
 String printed(Value value)
 {
     const detail::NumberText text(value);
-    return String(text.data(), text.length());
+    return String(text.view());
 }
 
 /// The number of the placeholder at the start of `text`, or -1. `*length` becomes the length of the placeholder.

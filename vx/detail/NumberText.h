@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 namespace vx::detail {
 
@@ -32,8 +33,7 @@ public:
     NumberText(const NumberText&) = delete;
     NumberText& operator=(const NumberText&) = delete;
 
-    const char16_t* data() const noexcept { return m_start; }
-    int length() const noexcept { return m_length; }
+    std::u16string_view view() const noexcept { return {m_start, static_cast<std::size_t>(m_length)}; }
 
 private:
     static constexpr int ROOM = 32;
