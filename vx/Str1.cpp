@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <typeinfo>
 
 namespace vx {
 
@@ -40,7 +41,30 @@ std::u16string_view viewOf(const char16_t* text) noexcept
     return text != nullptr ? std::u16string_view(text) : std::u16string_view();
 }
 
+/// The class of the buffers that strings make. Compares addresses, which is fast. A class with two type records is not
+/// recognised, and only takes more time.
+bool isUsual(const StrBuf1& buffer) noexcept
+{
+    return &typeid(buffer) == &typeid(StrBuf1Wrap);
+}
+
 } // namespace
+
+[[gnu::always_inline]] inline void Str1::addReference(StrBuf1& buffer)
+{
+    if (isUsual(buffer))
+        ++buffer.m_count;
+    else
+        buffer.AddRef();
+}
+
+[[gnu::always_inline]] inline void Str1::release(StrBuf1& buffer)
+{
+    if (isUsual(buffer) && buffer.m_count > 1)
+        --buffer.m_count;
+    else
+        buffer.Release();
+}
 
 Str1::Str1(const Str1& other) noexcept
 {
@@ -51,8 +75,12 @@ Str1::Str1(const Str1& other, std::int32_t start, std::int32_t end) noexcept
 {
     if (end == -1 || end > other.m_length)
         end = other.m_length;
-    if (start >= 0 && start < end)
-        share(other, start, end - start);
+    if (start < 0 || start >= end)
+        return;
+    m_buffer = other.m_buffer; // there is one, since the text is not empty
+    m_offset = other.m_offset + static_cast<std::uint32_t>(start);
+    m_length = end - start;
+    addReference(*m_buffer);
 }
 
 Str1::Str1(Str1&& other)
@@ -77,7 +105,8 @@ Str1::Str1(std::u16string_view text)
 
 Str1::~Str1()
 {
-    reset();
+    if (m_buffer != nullptr)
+        release(*m_buffer);
 }
 
 StrBuf1* Str1::fastAllocBuffer(std::uint32_t)
@@ -285,7 +314,8 @@ std::strong_ordering Str1::operator<=>(const String& text) const
     return view() <=> std::u16string_view(other.data(), static_cast<std::size_t>(other.length()));
 }
 
-std::uint32_t Str1::hashCode() const noexcept
+// Flat, so that the hash is compiled for this case alone: keys of maps are short, and looked up often.
+[[gnu::flatten]] std::uint32_t Str1::hashCode() const noexcept
 {
     return detail::hashText(getData0(), m_length, false);
 }
@@ -403,10 +433,10 @@ StrBuf1* Str1::newStrBuf1Cap(std::uint32_t capacity)
 void Str1::take(StrBuf1* buffer, std::int32_t length) noexcept
 {
     if (buffer != nullptr)
-        buffer->AddRef();
+        addReference(*buffer);
     StrBuf1* old = std::exchange(m_buffer, buffer);
     if (old != nullptr)
-        old->Release();
+        release(*old);
     m_offset = 0;
     m_length = length;
 }

@@ -8,6 +8,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -124,10 +125,14 @@ public:
     char16_t operator[](int index) const noexcept { return m_buffer != nullptr ? first()[index] : u'\0'; }
     char16_t getCharAt(int index) const noexcept { return (*this)[index]; }
 
-    bool operator==(const Str1& other) const noexcept { return view() == other.view(); }
+    bool operator==(const Str1& other) const noexcept { return *this == other.view(); }
     bool operator==(const char16_t* text) const noexcept;
     bool operator==(const String& text) const;
-    bool operator==(std::u16string_view text) const noexcept { return view() == text; }
+    bool operator==(std::u16string_view text) const noexcept
+    {
+        return text.size() == static_cast<std::size_t>(m_length)
+            && (m_length == 0 || std::memcmp(first(), text.data(), text.size() * sizeof(char16_t)) == 0);
+    }
     /// By unit value.
     std::strong_ordering operator<=>(const Str1& other) const noexcept { return view() <=> other.view(); }
     std::strong_ordering operator<=>(const char16_t* text) const noexcept;
@@ -200,11 +205,21 @@ protected:
     /// Adds a reference to the new buffer before it releases the old one. Offset and length become those of a whole
     /// text.
     void take(StrBuf1* buffer, std::int32_t length = 0) noexcept;
+    /// The same for buffers, the new one and the old one, that count no references.
+    void adopt(StrBuf1* buffer, std::int32_t length) noexcept
+    {
+        m_buffer = buffer;
+        m_offset = 0;
+        m_length = length;
+    }
     /// The number of units in a text of `length`: -1 measures it; any other negative length, and null, give 0.
     static std::int32_t measured(const char16_t* text, std::int32_t length) noexcept;
     bool uses(const StrBuf1* buffer) const noexcept { return m_buffer == buffer; }
 
 private:
+    /// As the operations of the buffer, but without a virtual call for most buffers.
+    static void addReference(StrBuf1& buffer);
+    static void release(StrBuf1& buffer);
     char16_t* first() const noexcept { return m_buffer->getData() + m_offset; }
     void share(const Str1& other, std::int32_t start, std::int32_t length) noexcept;
     /// The buffer is part of a string, this one or another.

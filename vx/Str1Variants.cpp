@@ -29,15 +29,38 @@ Str1Wrap::Str1Wrap(const char16_t* text, std::int32_t length, std::uint32_t capa
 
 Str1Wrap::~Str1Wrap() = default;
 
+StrBuf1Static::StrBuf1Static(const char16_t* text)
+    : StrBuf1(Uncounted(), text)
+{
+}
+
+StrBuf1Static::~StrBuf1Static() = default;
+
+std::uint32_t StrBuf1Static::AddRef()
+{
+    return 1;
+}
+
+std::uint32_t StrBuf1Static::Release()
+{
+    return 1;
+}
+
+std::uint32_t StrBuf1Static::isPrivatelyHeld(short) const
+{
+    return 0;
+}
+
 Str1Static::Str1Static(const char16_t* text, std::int32_t length) noexcept
     : m_static(text)
 {
-    take(&m_static, measured(text, length));
+    adopt(&m_static, text != nullptr && length >= 0 ? length : measured(text, length));
 }
 
 Str1Static::~Str1Static()
 {
-    reset(); // while the field stands
+    if (uses(&m_static))
+        adopt(nullptr, 0); // while the field stands
 }
 
 Str1Static& Str1Static::operator=(const Str1Static& other)

@@ -89,29 +89,6 @@ bool StrBuf1::ownsData() const noexcept
 
 StrBuf1Wrap::~StrBuf1Wrap() = default;
 
-StrBuf1Static::StrBuf1Static(const char16_t* text)
-    : StrBuf1(const_cast<char16_t*>(text), 0)
-{
-    initStaticInstance(0);
-}
-
-StrBuf1Static::~StrBuf1Static() = default;
-
-std::uint32_t StrBuf1Static::AddRef()
-{
-    return 1;
-}
-
-std::uint32_t StrBuf1Static::Release()
-{
-    return 1;
-}
-
-std::uint32_t StrBuf1Static::isPrivatelyHeld(short) const
-{
-    return 0;
-}
-
 template class StrBuf1Fixed<128>;
 
 } // namespace vx

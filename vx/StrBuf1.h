@@ -58,7 +58,18 @@ public:
     /// Frees nothing: the data are in the same allocation or the same object as the buffer.
     bool ownsData() const noexcept;
 
+protected:
+    struct Uncounted { };
+    /// A static instance whose class counts no references, for text that is never written to.
+    StrBuf1(Uncounted, const char16_t* text) noexcept
+        : m_data(const_cast<char16_t*>(text))
+        , m_flags(STATIC_INSTANCE)
+    {
+    }
+
 private:
+    friend class Str1; // counts without a call
+
     static constexpr std::uint32_t HEAP_BITS = HEAP_FREE | HEAP_DELETE;
     static constexpr std::uint32_t STATIC_INSTANCE = 0x04000000;
     static constexpr std::uint32_t ALWAYS_PRIVATE = 0x08000000;
