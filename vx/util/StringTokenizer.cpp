@@ -36,26 +36,33 @@ StringTokenizer::StringTokenizer(const String& text, const char16_t* delimiters,
 
 StringTokenizer::~StringTokenizer() noexcept = default;
 
-bool StringTokenizer::hasMoreTokens()
+// This and nextToken are flat, so that each search is compiled for its own purpose. Most tokens are short.
+[[gnu::flatten]] bool StringTokenizer::hasMoreTokens()
 {
     const std::u16string_view text = unitsOf(m_text);
     m_peeked = skipDelims(text, m_position);
     return m_peeked < lengthOf(text);
 }
 
-String StringTokenizer::nextToken(const char16_t* delimiters)
+[[gnu::flatten]] String StringTokenizer::nextToken(const char16_t* delimiters)
 {
     if (delimiters != nullptr) {
         m_delimiters = delimiters;
         m_peeked = -1;
     }
-    const std::u16string_view text = unitsOf(m_text);
+    std::u16string_view text;
+    const bool isPlain = vx::detail::PlainBuffer::readExact(m_text, &text);
+    if (!isPlain)
+        text = m_text.view();
     m_position = m_peeked >= 0 ? m_peeked : skipDelims(text, m_position);
     m_peeked = -1;
     if (m_position >= lengthOf(text))
         throw Exception(u"No such element");
     const int end = scanToken(text, m_position);
-    return m_text.substring(std::exchange(m_position, end), std::min(end, lengthOf(text)));
+    const int start = std::exchange(m_position, end);
+    if (!isPlain)
+        return m_text.substring(start, std::min(end, lengthOf(text)));
+    return String(text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
 }
 
 int StringTokenizer::getTokenCount() const
