@@ -522,24 +522,42 @@ BENCHMARK(tokensStr1)->Unit(benchmark::kMillisecond);
 BENCHMARK(tokensViews)->Unit(benchmark::kMillisecond);
 BENCHMARK(tokensStd)->Unit(benchmark::kMillisecond);
 
-void wordsStr1HashMap(benchmark::State& state)
+/// Counts the words of the log with `count(map, word)`, which returns the new count of the word.
+template <class Count>
+void words(benchmark::State& state, Count count)
 {
     const vx::Str1Copy log(logText().data(), lengthOf(logText()));
     for (auto _ : state) {
         vx::Str1HashMap<std::int64_t> counts;
         std::int64_t sum = 0;
-        tokenViews(log, [&](std::u16string_view token) {
-            const vx::Str1Static word(token.data(), lengthOf(token));
-            std::int64_t count = 0;
-            counts.get(word, count);
-            counts.put(word, ++count);
-            sum += count;
-        });
+        tokenViews(log,
+            [&](std::u16string_view token) { sum += count(counts, vx::Str1Static(token.data(), lengthOf(token))); });
         benchmark::DoNotOptimize(sum);
     }
     state.SetItemsProcessed(state.iterations() * tokenCount());
 }
-BENCHMARK(wordsStr1HashMap)->Unit(benchmark::kMillisecond);
+
+void wordsGetAndPut(benchmark::State& state)
+{
+    words(state, [](auto& counts, const vx::Str1& word) {
+        std::int64_t count = 0;
+        counts.get(word, count);
+        counts.put(word, ++count);
+        return count;
+    });
+}
+
+void wordsFind(benchmark::State& state)
+{
+    words(state, [](auto& counts, const vx::Str1& word) {
+        if (std::int64_t* const count = counts.find(word))
+            return ++*count;
+        counts.put(word, 1);
+        return std::int64_t {1};
+    });
+}
+BENCHMARK(wordsGetAndPut)->Unit(benchmark::kMillisecond);
+BENCHMARK(wordsFind)->Unit(benchmark::kMillisecond);
 
 template <class Map>
 void wordsInto(benchmark::State& state)

@@ -95,6 +95,18 @@ public:
     /// Stores in `out` the form of `key` that is hashed, compared and kept.
     virtual void normalizeKey(Str1& out, const Str1& key) const;
 
+    /// The value of a key, or null. It may be changed in place, and the pointer is valid until the map changes. Counting
+    /// words this way takes one look-up for a known word, where `get` and `put` take two.
+    T* find(const Str1& key)
+    {
+        Node* node = findByKey(key);
+        return node != nullptr ? &node->value : nullptr;
+    }
+    const T* find(const Str1& key) const
+    {
+        const Node* node = findByKey(key);
+        return node != nullptr ? &node->value : nullptr;
+    }
     bool isEmpty() const { return getSize() == 0; }
     /// The hash of a key in its normalised form.
     std::uint32_t getKeyHashCode(const Str1& key) const { return key.hashCode(); }

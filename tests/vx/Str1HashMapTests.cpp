@@ -97,5 +97,25 @@ TEST(Str1HashMapLC, FindsKeysInAnyCaseAndKeepsThemInLower)
     EXPECT_EQ(map.getSize(), 0);
 }
 
+TEST(Str1HashMap, FindsAValueThatMayBeChangedInPlace)
+{
+    Str1HashMapLC<int> map;
+    for (const char16_t* word : {u"Tick", u"tock", u"TICK", u"tick"}) {
+        if (int* const count = map.find(word))
+            ++*count;
+        else
+            map.put(word, 1);
+    }
+    int count = 0;
+    EXPECT_TRUE(map.get(u"tick", count));
+    EXPECT_EQ(count, 3);
+    const auto& same = map;
+    EXPECT_EQ(same.find(u"tIck"), map.find(u"tick"));
+    EXPECT_EQ(*same.find(u"Tock"), 1);
+    EXPECT_EQ(same.find(u"tic"), nullptr);
+    map.remove(u"tick");
+    EXPECT_EQ(map.find(u"tick"), nullptr);
+}
+
 } // namespace
 } // namespace vx
