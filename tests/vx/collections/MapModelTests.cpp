@@ -296,6 +296,32 @@ TEST(HashMap, DoesWhatAPlainTableDoesInTheSameOrder)
     }
 }
 
+/// A large table is walked in another way than a small one, and no trial makes one.
+TEST(HashMap, WalksALargeTableInItsOrder)
+{
+    Random random;
+    for (const int count : {0, 1, 40, 1500, 6000}) {
+        const int capacity = 1000 + random.below(4000);
+        const Reference<HashMap> map(new HashMap(capacity, 100));
+        std::vector<int> expected;
+        while (static_cast<int>(expected.size()) < count) {
+            const int key = random.below(20 * capacity);
+            if (map->put(item(key).get(), item(key).get()) == nullptr)
+                expected.insert(expected.begin(), key);
+        }
+        std::ranges::stable_sort(expected, std::greater<>(), [&](int key) { return key % capacity; });
+
+        std::vector<int> walked, iterated;
+        for (const auto [key, value] : *map)
+            walked.push_back(dynamic_cast<Item&>(*key).getValue());
+        const Reference<Iterator> keys = map->createKeySet()->createIterator();
+        while (keys->hasNext())
+            iterated.push_back(dynamic_cast<Item&>(*keys->next()).getValue());
+        EXPECT_EQ(walked, expected) << "capacity " << capacity;
+        EXPECT_EQ(iterated, expected) << "capacity " << capacity;
+    }
+}
+
 TEST(HashSet, IsMadeAndComparedByItsMap)
 {
     const Reference<IVXComparator> other(new OtherComparator);

@@ -6,6 +6,7 @@
 #include "vxsys/Memory.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -14,6 +15,9 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+#if defined(__SSE2__) && !defined(VX_NO_VECTOR)
+#include <emmintrin.h>
+#endif
 
 namespace vx::collections::detail {
 
@@ -70,8 +74,8 @@ public:
     /// Keeps the capacity.
     void clear() noexcept;
 
-    /// Decrements `bucket` to the next one with a chain and returns its head. Without such a bucket, NONE and 0.
-    Index headBelow(int& bucket) const noexcept;
+    /// The last bucket below `bucket` that has a chain, -1 if there is none.
+    int chainBelow(int bucket) const noexcept;
 
     /// The iterator of a range-for: one pass from bucket 0 up. Each item is passed through `Projection`. If an entry
     /// was added or removed, the next step throws an Exception without a message.
@@ -145,9 +149,19 @@ private:
     using ChainIndex = vx::detail::ChainIndex<Index, NONE, IndexOrder>;
 
     static constexpr float LEAST_LOAD = 0.001F;
+    static constexpr int LARGE = 1024; ///< buckets below this one are in a cache
+    static constexpr int GROUP = 8; ///< buckets looked at together
+    static constexpr int AHEAD = 32; ///< how many buckets before their turn nodes are prefetched
 
     Node& node(Index index) noexcept { return m_nodes[static_cast<std::size_t>(index)]; }
     const Node& node(Index index) const noexcept { return m_nodes[static_cast<std::size_t>(index)]; }
+
+    /// Of any index: a branch on NONE would be mispredicted, and the address is only a hint.
+    void prefetch(Index index) const noexcept
+    {
+        const std::size_t offset = static_cast<std::size_t>(index) * sizeof(Node);
+        __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(m_nodes.data()) + offset));
+    }
 
     std::size_t bucketOf(std::uint32_t hash) const noexcept { return m_order.bucketOf(hash); }
 
@@ -250,12 +264,30 @@ void HashTable<Item, KeyOrder>::clear() noexcept
 }
 
 template <class Item, class KeyOrder>
-auto HashTable<Item, KeyOrder>::headBelow(int& bucket) const noexcept -> Index
+inline int HashTable<Item, KeyOrder>::chainBelow(int bucket) const noexcept
 {
-    Index index = NONE;
-    while (index == NONE && bucket > 0)
-        index = head(--bucket);
-    return index;
+    const Index* const heads = m_heads.data();
+#if defined(__SSE2__) && !defined(VX_NO_VECTOR)
+    // In a large table the empty buckets cannot be predicted, and the nodes of the others are scattered in memory.
+    while (bucket >= LARGE) {
+        const auto* const group = reinterpret_cast<const __m128i*>(heads + bucket - GROUP);
+        const __m128i pairs = _mm_packs_epi32(_mm_loadu_si128(group), _mm_loadu_si128(group + 1));
+        const int isEmpty = _mm_movemask_epi8(_mm_packs_epi16(pairs, pairs)); // the sign of each head
+        if (const auto chains = static_cast<std::uint8_t>(~isEmpty)) [[likely]] {
+            bucket += std::numeric_limits<std::uint32_t>::digits - 1 - std::countl_zero(std::uint32_t {chains}) - GROUP;
+            const Index* const ahead = heads + bucket - AHEAD;
+            prefetch(ahead[0]);
+            prefetch(ahead[-1]);
+            prefetch(ahead[-2]);
+            return bucket;
+        }
+        bucket -= GROUP;
+    }
+#endif
+    do
+        --bucket;
+    while (bucket >= 0 && heads[bucket] == NONE);
+    return bucket;
 }
 
 template <class Item, class KeyOrder>

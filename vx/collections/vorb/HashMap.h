@@ -184,8 +184,8 @@ public:
         : m_map(&map)
         , m_expectedCount(map.m_modificationCount)
         , m_bucket(map.m_table.capacity())
-        , m_index(map.m_table.headBelow(m_bucket))
     {
+        findChain();
     }
 
     KeyAndValue operator*() const noexcept
@@ -202,6 +202,12 @@ public:
     operator std::default_sentinel_t() const noexcept { return {}; }
 
 private:
+    void findChain() noexcept
+    {
+        m_bucket = m_map->m_table.chainBelow(m_bucket);
+        m_index = m_bucket >= 0 ? m_map->m_table.head(m_bucket) : NONE;
+    }
+
     const HashMap* m_map = nullptr;
     std::uint32_t m_expectedCount = 0;
     int m_bucket = 0;
@@ -213,7 +219,7 @@ inline auto HashMap::Walk::operator++() -> Walk&
     m_map->check(m_expectedCount);
     m_index = m_map->m_table.next(m_index);
     if (m_index == NONE)
-        m_index = m_map->m_table.headBelow(m_bucket);
+        findChain();
     return *this;
 }
 

@@ -18,9 +18,14 @@ HashMapIterator::~HashMapIterator() noexcept(false) = default;
 
 bool HashMapIterator::hasNext()
 {
-    while (m_next == HashMap::NONE && m_bucket > 0) {
-        m_next = m_map->m_table.head(--m_bucket);
-        prefetch();
+    if (m_next == HashMap::NONE) {
+        const int chain = m_map->m_table.chainBelow(m_bucket);
+        while (m_bucket > 0 && m_bucket > chain) {
+            --m_bucket;
+            prefetch();
+        }
+        if (chain >= 0)
+            m_next = m_map->m_table.head(chain);
     }
     return m_next != HashMap::NONE;
 }
@@ -46,19 +51,12 @@ void HashMapIterator::remove()
 
 void HashMapIterator::prefetch() const noexcept
 {
-    constexpr int DISTANCE = 16;
-    const HashMap::Table& table = m_map->m_table;
-    if (m_bucket < 3 * DISTANCE)
+    constexpr int AHEAD = 16; // buckets
+    if (m_bucket < AHEAD)
         return;
-    for (HashMap::Index index = table.head(m_bucket - DISTANCE); index != HashMap::NONE; index = table.next(index))
+    const HashMap::Table& table = m_map->m_table;
+    for (HashMap::Index index = table.head(m_bucket - AHEAD); index != HashMap::NONE; index = table.next(index))
         table.item(index).prefetch();
-    if (HashMap::Index index = table.head(m_bucket - 2 * DISTANCE); index != HashMap::NONE) {
-        index = table.next(index);
-        if (index != HashMap::NONE)
-            __builtin_prefetch(&table.item(index));
-    }
-    if (const HashMap::Index index = table.head(m_bucket - 3 * DISTANCE); index != HashMap::NONE)
-        __builtin_prefetch(&table.item(index));
 }
 
 Reference<IVXUnknown> HashMapIterator::part(HashMap::Index index) const

@@ -32,7 +32,7 @@ public:
 
 private:
     Reference<IVXUnknown> part(HashMap::Index index) const;
-    /// Prefetches entries, keys and values, which are scattered in memory.
+    /// Prefetches entries, keys and values of a later bucket. They are scattered in memory.
     void prefetch() const noexcept;
 
     Reference<HashMap> m_map;
