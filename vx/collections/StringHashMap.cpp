@@ -127,11 +127,14 @@ StringHashMap::Place StringHashMap::find(const String& key) const
 
 StringHashMap::Table::Index StringHashMap::find(std::uint32_t hash, std::u16string_view key) const
 {
-    return m_table.find(hash, key, [key](const Item& item) {
+    const auto isKey = [key](const char16_t* stored, int length) {
+        return static_cast<std::size_t>(length) == key.size() && vx::detail::equalUnits(stored, key.data(), length);
+    };
+    return m_table.find(hash, key, [&](const Item& item) {
+        if (std::u16string_view stored; vx::detail::PlainBuffer::readExact(item.key, &stored))
+            return isKey(stored.data(), static_cast<int>(stored.size()));
         const StringReadLock stored(item.key);
-        const int length = stored.length();
-        return static_cast<std::size_t>(length) == key.size()
-            && vx::detail::equalUnits(stored.data(), key.data(), length);
+        return isKey(stored.data(), stored.length());
     });
 }
 

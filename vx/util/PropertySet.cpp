@@ -130,10 +130,12 @@ String PropertySet::remove(const String& key)
 
 PropertySet::Found PropertySet::find(const String& key) const
 {
-    // A copy where the buffer has a real lock, which a key in the map may share.
-    const vx::detail::StringSource text(key, key);
-    const std::uint32_t hash = vx::detail::hashText(text.data(), text.length(), false);
-    const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
+    std::u16string_view units;
+    if (!vx::detail::PlainBuffer::readExact(key, &units)) {
+        const String copy(String::AcquireCopy, key); // a key in the map may have the same buffer with a real lock
+        return find(copy);
+    }
+    const std::uint32_t hash = vx::detail::hashText(units.data(), static_cast<int>(units.size()), false);
     const PropertySet* set = this;
     do {
         const collections::StringHashMap& map = *set->m_map;
