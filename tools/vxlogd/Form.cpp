@@ -241,13 +241,14 @@ bool Form::learnEncoding(const Settings& settings)
 
 void Form::appendHead(Block& block, std::int64_t sequence) const
 {
-    char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
+    char digits[std::numeric_limits<std::int64_t>::digits10 + 2] {};
     const char* const end = std::to_chars(digits, std::end(digits), sequence).ptr;
+    const std::string_view number(digits, static_cast<std::size_t>(end - digits));
     block.append(m_head);
     if (m_encoding.empty())
-        return block.append({digits, static_cast<std::size_t>(end - digits)});
-    for (const char* digit = digits; digit < end; ++digit)
-        block.append(m_digits[static_cast<std::size_t>(*digit - '0')]);
+        return block.append(number);
+    for (const char digit : number)
+        block.append(m_digits[static_cast<std::size_t>(digit - '0')]);
 }
 
 bool Form::appendRest(std::string& bytes, const Fields& fields, std::string_view time) const

@@ -63,7 +63,7 @@ private:
 };
 
 /// The queue of an `AsyncProcessor`. Workers wait in it while it is empty, and callers while it is full.
-class EntryQueue {
+class EntryQueue { // NOLINT(clang-analyzer-optin.performance.Padding): the padding is wanted
 public:
     /// Limits for the number of waiting entries and for their bytes; 0 means no limit.
     EntryQueue(std::int64_t mostEntries, std::int64_t mostBytes);
