@@ -9,6 +9,7 @@
 #include "vx/log/SyncLogger.h"
 #include "vx/sync/Semaphore.h"
 
+#include <atomic>
 #include <sstream>
 #include <thread>
 
@@ -407,6 +408,49 @@ TEST_P(Road, DeliversEveryEntryOnce)
             ASSERT_EQ(std::stoi(fieldOf(entry, u"text")), ++last);
         }
     }
+}
+
+/// The memory of an entry serves a new one, unless somebody holds the entry.
+TEST_P(Road, LeavesAloneTheEntriesThatAreHeld)
+{
+    constexpr int CALLERS = 4;
+    struct Keeper : Object, ILogProcessor {
+        VX_OBJECT_UNKNOWN(Object)
+        void process(const ILogEntry* entry) override
+        {
+            const std::string number = fieldOf(*entry, u"text").substr(0, 5);
+            const int value = std::stoi(number);
+            m_sum += value;
+            if (value % 7 == 0) {
+                const sync::ScopedLock lock(m_lock);
+                m_kept.emplace_back(number, entry);
+            }
+        }
+        std::atomic<std::int64_t> m_sum {0};
+        sync::Mutex m_lock;
+        std::vector<std::pair<std::string, Reference<const ILogEntry>>> m_kept;
+    };
+    Reference<Keeper> target(new Keeper);
+    const Reference<AsyncProcessor> async = AsyncProcessor::create(target.get(), GetParam());
+    inThreads(CALLERS, [&](int caller) {
+        const Reference<Logger> logger = Logger::create();
+        logger->addProcessor(async.get());
+        for (int count = 0; count < ENTRIES; ++count)
+            logger->log(0, String::valueOf(10'000 * (caller + 1) + count) + String(u' ', count % 400));
+    });
+    EXPECT_TRUE(async->waitUntilDone());
+    std::int64_t sum = 0, kept = 0;
+    for (int caller = 0; caller < CALLERS; ++caller) {
+        for (int count = 0; count < ENTRIES; ++count) {
+            const int value = 10'000 * (caller + 1) + count;
+            sum += value;
+            kept += value % 7 == 0 ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(target->m_sum, sum);
+    EXPECT_EQ(static_cast<std::int64_t>(target->m_kept.size()), kept);
+    for (const auto& [number, entry] : target->m_kept)
+        ASSERT_EQ(fieldOf(*entry, u"text").substr(0, 5), number);
 }
 
 INSTANTIATE_TEST_SUITE_P(AsyncProcessor, Road, testing::Values(1, 4));
