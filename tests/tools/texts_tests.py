@@ -51,7 +51,7 @@ class Texts(unittest.TestCase):
             for key, text in bundle(name).items():
                 if re.fullmatch(r"(vxconv|vxreg)\.help(\.more)?", key):
                     for line in text.split("\n"):
-                        self.assertLessEqual(len(line), 82, (name, key, line))
+                        self.assertLessEqual(len(line), 80, (name, key, line))
 
 
 if __name__ == "__main__":

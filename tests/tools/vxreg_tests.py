@@ -2,6 +2,7 @@
 """Tests the program in the variable VXREG from outside, with a new store."""
 
 import os
+import pwd
 import random
 import shutil
 import unittest
@@ -54,15 +55,19 @@ class Values(Scratch):
             self.assertRefused(["set", KEY, "n", text, kind], status=2)
         self.assertRefused(["set", KEY, b"\xff", "1"], "not UTF-8", status=2)
         self.assertRefused(["get", "HKEY\\X", "n"], "HKEY\\X", "hive")
-        self.assertRefused(["delete", "VX_HKEY_USER"], "denied")
-        self.assertRefused(["set", "VX_HKEY_USER\\" + "x" * 256, "n", "1"], "too long")
+        self.assertRefused(["delete", "VX_HKEY_USER"], "cannot be deleted")
+        self.assertRefused(["shout"], "unknown command shout", "register", "import", status=2)
+        self.assertRefused(["set", KEY, "n"], "KEY NAME VALUE [TYPE]", status=2)
+        self.assertRefused(["set", KEY, "n", "12x", "u32"], '"12x"', "0 to 4294967295", status=2)
+        self.assertRefused(["get", KEY], "default value: not found")
+        self.assertRefused(["set", "VX_HKEY_USER\\" + "x" * 256, "n", "1"], "longer than 255")
         self.output("set", KEY, "n", "1")
         os.chmod(self.path("store"), 0o777)
-        self.assertRefused(["get", KEY, "n"], "nobody else may write there")
+        self.assertRefused(["get", KEY, "n"], "nobody else may write to it")
 
     def test_prints_help_and_version(self):
-        self.assertHelps("vxreg", "Usage: vxreg")
-        self.assertNeedsRoom("vxreg", ["--help"])
+        self.assertHelps("vxreg", "Usage: vxreg", *self.output("list").split())
+        self.assertNeedsRoom("vxreg", ["--help"], ["list"])
 
 
 class Branches(Scratch):
@@ -93,6 +98,7 @@ class Branches(Scratch):
             self.assertEqual(self.output("list", "VX_HKEY_USER"), "", line)
         self.assertRefused(["import"], "line 1", text=b'"n"=u32:1')
         self.assertRefused(["import", "missing"], "missing")
+        self.assertRefused(["import", "."], ".: is a directory")
         self.output("import", text=head)
         self.assertEqual(self.output("get", "VX_HKEY_USER\\A", "n"), "1\n")
 
@@ -118,15 +124,18 @@ class Components(WithComponent):
         self.assertEqual(len(lines), 3)
         self.assertEqual(self.output("unregister", "greeter.so"), "")
         self.assertEqual(self.output("list", "VX_HKEY_CLASSES"), "[VX_HKEY_CLASSES_32\\CLSID]\n")
-        self.assertRefused(["unregister", "greeter.so"], "not found")
+        self.assertRefused(["unregister", "greeter.so"], "is not registered in the registry " + self.path("store"))
+        home = {"VXSYS4_REGISTRY": "", "XDG_DATA_HOME": self.path("home")}
+        self.assertRefused(["unregister", "greeter.so"], "for the user " + pwd.getpwuid(os.geteuid()).pw_name, env=home)
+        self.assertRefused(["-m", "unregister", "greeter.so"], "is not registered for all users")
 
     def test_are_refused_with_the_reason(self):
         self.output("register", "greeter.so")
         for change, part in [
             (lambda: os.chmod(self.path("greeter.so"), 0o777), "trusted"),
             (lambda: os.remove(self.path("greeter.so")), "no such file"),
-            (lambda: self.put(b"text"), "whole library"), (lambda: self.put(self.content[:5000]), "whole library"),
-            (lambda: self.put(self.content[:18] + b"\x28" + self.content[19:]), "whole library"),
+            (lambda: self.put(b"text"), "not a library for this machine"), (lambda: self.put(self.content[:5000]), "not a library for this machine"),
+            (lambda: self.put(self.content[:18] + b"\x28" + self.content[19:]), "not a library for this machine"),
         ]:
             change()
             self.assertRefused(["resolve", "Example.Greeter"], self.path("greeter.so"), part)
@@ -142,16 +151,31 @@ class Machine(WithComponent):
                          {0o755, 0o644})
         self.assertIn("an object was created", self.output("resolve", "Example.Greeter"))
         self.assertFalse(os.path.exists(self.path("store")))
-        self.assertRefused(["unregister", "greeter.so"], "denied")
+        self.output("-m", "set", KEY, "n", "1")
+        for arguments in ["unregister", "greeter.so"], ["delete", KEY], ["delete", KEY, "n"]:
+            self.assertRefused(arguments, "only in the registry of all users", "--machine")
+        self.output("-m", "delete", KEY)
         self.output("-m", "unregister", "greeter.so")
         self.assertRefused(["resolve", "Example.Greeter"], "registered")
         self.assertRefused(["-m", "list"], "all users", env={"VXSYS4_MACHINE_REGISTRY": ""})
 
+    def test_is_changed_by_its_owner_only(self):
+        os.mkdir(self.path("machine"), 0o555)
+        os.chmod(self.folder, 0o755)
+        other = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
+        for arguments in ["set", KEY, "n", "1"], ["delete", KEY], ["register", "greeter.so"]:
+            try:
+                result = tool.run("vxreg", "-m", *arguments, env={"VXSYS4_MACHINE_REGISTRY": self.path("machine")}, **other)
+            except PermissionError:
+                self.skipTest("another user does not reach the program")
+            self.assertFails(result, "only the owner may change " + self.path("machine"))
+
     def test_speaks_three_languages(self):
-        self.output("-m", "register", os.environ["VXREG_BUNDLES"])
+        self.output("register", os.environ["VXREG_BUNDLES"])
         self.write("bad.txt", b"[VX_HKEY_USER\\X]\nn=1\n")
         for arguments in [["--help"], ["verify", "greeter.so"], ["resolve", "None"], ["shout"], ["get", "X"],
-                          ["set", KEY, "n", "1x", "u32"], ["get", KEY, "none"], ["import", "bad.txt"]]:
+                          ["set", KEY, "n", "1x", "u32"], ["get", KEY, "none"], ["import", "bad.txt"],
+                          ["-m", "unregister", "greeter.so"], ["unregister", "greeter.so"], ["delete", "VX_HKEY_USER"]]:
             said = [self.vxreg(*locale, *arguments) for locale in [[], ["--locale=en_US"], ["--locale=de"], ["--locale=fr"]]]
             told = [result.stdout + result.stderr for result in said]
             self.assertEqual(told[0], told[1])

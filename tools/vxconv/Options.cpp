@@ -21,11 +21,12 @@ constexpr Message HELP_HEAD {u"vxconv.help",
     "Converts text from one encoding to another."};
 constexpr Message HELP_FOOT {u"vxconv.help.more",
     "INPUT and OUTPUT are standard input and output where they are missing or \"-\".\n"
-    "With --to-folder and --in-place an INPUT may be a folder: it stands for the files\n"
-    "below it, which keep their relative names. In it, FOLDER, links to folders and\n"
-    "what is not a regular file are left out. Each file is written whole or not at\n"
-    "all, and one that fails does not stop the others. If two files would have the\n"
-    "same output, or if --to-folder would replace an INPUT, nothing is converted.\n"
+    "With --to-folder and --in-place an INPUT may be a folder: it stands for the\n"
+    "files below it, which keep their relative names. In it, FOLDER, links to folders\n"
+    "and what is not a regular file are left out. Each file is written whole or not\n"
+    "at all, and one that fails does not stop the others. If two files would have\n"
+    "the same output, or if --to-folder would replace an INPUT, nothing is\n"
+    "converted.\n"
     "\n"
     "Malformed input is an error. A byte order mark is text like any other and stays\n"
     "where it is, but -f auto, -f UTF-16 and -f UTF-32 remove it.\n"

@@ -2,6 +2,7 @@
 
 #include "common/CommandLine.h"
 #include "common/Failure.h"
+#include "common/Input.h"
 #include "vxreg/Results.h"
 #include "vxreg/TextForm.h"
 #include "vxreg/Texts.h"
@@ -20,8 +21,10 @@
 #include <fstream>
 #include <iostream>
 #include <limits>
+#include <pwd.h>
 #include <sstream>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vxreg {
 
@@ -35,6 +38,11 @@ using vx::util::RegistryKey;
 using vxtools::Failure;
 using vxtools::Messages;
 
+struct Context {
+    Messages& messages;
+    bool isForMachine; ///< works on the registry of all users only
+};
+
 RegistryKey keyOf(const std::string& path)
 {
     try {
@@ -44,15 +52,37 @@ RegistryKey keyOf(const std::string& path)
     }
 }
 
-/// Runs `work`. Its failures are reported as those of `what`.
+std::vector<std::string> hiveNames()
+{
+    std::vector<std::string> names;
+    for (std::uint32_t hive = VX_HKEY_CLASSES_32; hive <= VX_HKEY_CONFIG_64; ++hive)
+        names.push_back(RegistryKey(static_cast<ENUM_VX_HKEY>(hive), String()).getKey().toUtf8());
+    return names;
+}
+
+std::string joined(const auto& words, const char* between)
+{
+    std::string text;
+    for (const auto& word : words)
+        text.append(text.empty() ? "" : between).append(word);
+    return text;
+}
+
+/// Runs `work`. Its failures are reported as those of `what`, by the text that `explain` has for them.
 template <class Work>
-auto about(const vxtools::Text& what, Work&& work)
+auto about(const vxtools::Text& what, Work&& work, vxtools::Text (*explain)(const vx::Exception&) = textOf)
 {
     try {
         return work();
     } catch (const vx::Exception& failure) {
-        throw Failure(what, textOf(failure));
+        throw Failure(what, explain(failure));
     }
+}
+
+/// Of what can be read. If its removal is denied, only the registry of all users has it.
+vxtools::Text textOfRemoval(const vx::Exception& failure)
+{
+    return failure.getResult() == vx::RESULT_ACCESS_DENIED ? ONLY_MACHINE_HAS() : textOf(failure);
 }
 
 void print(const std::string& line)
@@ -67,27 +97,63 @@ String libraryPath(const std::string& name)
     return fromUtf8(path.native());
 }
 
-void callLibrary(const std::string& name, std::int32_t (*call)(const char16_t*))
+/// Returns the result of the library's function, which is one of the store.
+std::int32_t callLibrary(const String& path, std::int32_t (*call)(const char16_t*))
 {
-    const String path = libraryPath(name);
-    if (const std::int32_t result = call(TerminatedText(path)); vx::failed(result)) {
-        // The result of the library's function is one of the store.
-        const std::int32_t loading = VXComCheckLibrary(TerminatedText(path));
-        throw Failure(path.toUtf8(), vx::failed(loading) ? textOfLibrary(loading) : textOfStore(result));
+    const std::int32_t result = call(TerminatedText(path));
+    if (!vx::failed(result))
+        return result;
+    const std::int32_t loading = VXComCheckLibrary(TerminatedText(path));
+    if (vx::failed(loading))
+        throw Failure(path.toUtf8(), textOfLibrary(loading));
+    return result;
+}
+
+void registerLibrary(const Arguments& arguments, const Context&)
+{
+    const String path = libraryPath(arguments[0]);
+    if (const std::int32_t result = callLibrary(path, VXComRegisterLibrary); vx::failed(result))
+        throw Failure(path.toUtf8(), textOfStore(result));
+}
+
+/// Whether a class in the registry of the user, or in that of all users, has this library.
+bool isRegistered(const String& path)
+{
+    try {
+        const auto classes = RegistryKey(VX_HKEY_CLASSES_32, String(u"CLSID")).getSubkeyIterator();
+        while (classes->hasNext()) {
+            const String server = classes->next()->getKey(true) + u"\\InprocServer32";
+            if (RegistryKey(VX_HKEY_CLASSES_32, server).getValueString(String()) == path)
+                return true;
+        }
+    } catch (const vx::Exception&) { // it cannot be read
     }
+    return false;
 }
 
-void registerLibrary(const Arguments& arguments, Messages&)
+vxtools::Text registryOf(const Context& context)
 {
-    callLibrary(arguments[0], VXComRegisterLibrary);
+    if (context.isForMachine)
+        return FOR_ALL_USERS();
+    if (const char* place = std::getenv("VXSYS4_REGISTRY"); place != nullptr && *place != '\0')
+        return IN_REGISTRY(place);
+    const passwd* const user = ::getpwuid(::geteuid());
+    return FOR_USER(user != nullptr ? std::string(user->pw_name) : std::to_string(::geteuid()));
 }
 
-void unregisterLibrary(const Arguments& arguments, Messages&)
+void unregisterLibrary(const Arguments& arguments, const Context& context)
 {
-    callLibrary(arguments[0], VXComUnregisterLibrary);
+    const String path = libraryPath(arguments[0]);
+    const std::int32_t result = callLibrary(path, VXComUnregisterLibrary);
+    if (result == vx::RESULT_NOT_FOUND)
+        throw Failure(path.toUtf8(), NOT_REGISTERED(registryOf(context)));
+    if (result == vx::RESULT_ACCESS_DENIED && isRegistered(path))
+        throw Failure(path.toUtf8(), ONLY_MACHINE_HAS());
+    if (vx::failed(result))
+        throw Failure(path.toUtf8(), textOfStore(result));
 }
 
-void resolve(const Arguments& arguments, Messages& messages)
+void resolve(const Arguments& arguments, const Context& context)
 {
     const String progId = fromUtf8(arguments[0]);
     _GUID classId;
@@ -98,12 +164,12 @@ void resolve(const Arguments& arguments, Messages& messages)
         throw Failure(arguments[0], textOfStore(result));
     char16_t identifier[39];
     VXComStringFromGUID(&classId, identifier, std::size(identifier));
-    print(messages.say(CLASS_IS(String(identifier).toUtf8())));
+    print(context.messages.say(CLASS_IS(String(identifier).toUtf8())));
 
     const RegistryKey server(VX_HKEY_CLASSES_32, String(u"CLSID\\") + identifier + u"\\InprocServer32");
     const std::string serverName = server.getKey().toUtf8();
     const String library = about(serverName, [&] { return server.getValueString(String()); });
-    print(messages.say(LIBRARY_IS(library.toUtf8())));
+    print(context.messages.say(LIBRARY_IS(library.toUtf8())));
     if (const std::int32_t loading = VXComCheckLibrary(SystemName(library)); vx::failed(loading))
         throw Failure(library.toUtf8(), textOfLibrary(loading));
     void* object = nullptr;
@@ -111,7 +177,7 @@ void resolve(const Arguments& arguments, Messages& messages)
     if (vx::failed(made))
         throw Failure(library.toUtf8(), textOfLibrary(made));
     static_cast<IVXUnknown*>(object)->Release();
-    print(messages.say(OBJECT_CREATED()));
+    print(context.messages.say(OBJECT_CREATED()));
 }
 
 void writeValues(std::ostream& target, const RegistryKey& key)
@@ -123,11 +189,11 @@ void writeValues(std::ostream& target, const RegistryKey& key)
     }
 }
 
-void list(const Arguments& arguments, Messages&)
+void list(const Arguments& arguments, const Context&)
 {
     if (arguments.empty()) {
-        for (std::uint32_t hive = VX_HKEY_CLASSES_32; hive <= VX_HKEY_CONFIG_64; ++hive)
-            print(RegistryKey(static_cast<ENUM_VX_HKEY>(hive), String()).getKey().toUtf8());
+        for (const std::string& name : hiveNames())
+            print(name);
         return;
     }
     const RegistryKey key = keyOf(arguments[0]);
@@ -149,28 +215,36 @@ vxtools::Text describe(const Arguments& arguments)
     return arguments.size() > 1 ? VALUE_OF(arguments[0], arguments[1]) : vxtools::Text(arguments[0]);
 }
 
-void get(const Arguments& arguments, Messages&)
+void get(const Arguments& arguments, const Context&)
 {
     const RegistryKey key = keyOf(arguments[0]);
-    print(about(describe(arguments), [&] { return plainText(readValue(key, nameIn(arguments, 1))); }));
+    const vxtools::Text what = arguments.size() > 1 ? describe(arguments) : DEFAULT_VALUE_OF(arguments[0]);
+    print(about(what, [&] { return plainText(readValue(key, nameIn(arguments, 1))); }));
 }
 
-void set(const Arguments& arguments, Messages&)
+void set(const Arguments& arguments, const Context&)
 {
     const Value value = parseValue(arguments.size() > 3 ? arguments[3] : "text", arguments[2]);
     const RegistryKey key = keyOf(arguments[0]);
     about(describe(arguments), [&] { writeValue(key, nameIn(arguments, 1), value); });
 }
 
-void remove(const Arguments& arguments, Messages&)
+void remove(const Arguments& arguments, const Context&)
 {
     const RegistryKey key = keyOf(arguments[0]);
-    about(describe(arguments), [&] {
-        if (arguments.size() > 1)
-            key.deleteValue(nameIn(arguments, 1));
-        else
-            key.remove();
-    });
+    const vxtools::Text what = describe(arguments);
+    if (arguments.size() > 1) {
+        const String name = nameIn(arguments, 1);
+        about(what, [&] { return key.getValueType(name); });
+        about(
+            what, [&] { key.deleteValue(name); }, textOfRemoval);
+        return;
+    }
+    if (key.getKey(true).isEmpty())
+        throw Failure(what, STAYS());
+    about(what, [&] { return key.getSubkeyIterator(); });
+    about(
+        what, [&] { key.remove(); }, textOfRemoval);
 }
 
 void writeBranch(std::ostream& target, const RegistryKey& key)
@@ -182,12 +256,12 @@ void writeBranch(std::ostream& target, const RegistryKey& key)
         writeBranch(target, *subkeys->next());
 }
 
-void verify(const Arguments& arguments, Messages& messages)
+void verify(const Arguments& arguments, const Context& context)
 {
-    verifyLibraries(arguments, messages);
+    verifyLibraries(arguments, context.messages);
 }
 
-void exportBranch(const Arguments& arguments, Messages&)
+void exportBranch(const Arguments& arguments, const Context&)
 {
     const RegistryKey key = keyOf(arguments[0]);
     std::ostringstream text; // so that a failure does not change the file
@@ -201,20 +275,31 @@ void exportBranch(const Arguments& arguments, Messages&)
         throw Failure(arguments[1], vxtools::textOfError(errno));
 }
 
-void importBranch(const Arguments& arguments, Messages&)
+std::string readAll(const vxtools::Input& input)
 {
-    const std::string name = arguments.empty() ? "-" : arguments[0];
-    std::ifstream file;
-    if (name != "-") {
-        file.open(name);
-        if (!file)
-            throw Failure(name, vxtools::textOfError(errno));
+    std::string text;
+    char block[64 * 1024];
+    for (;;) {
+        const ssize_t got = ::read(input.descriptor(), block, sizeof block);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            throw Failure(input.name(), vxtools::textOfError(errno));
+        if (got == 0)
+            return text;
+        text.append(block, static_cast<std::size_t>(got));
     }
+}
+
+void importBranch(const Arguments& arguments, const Context&)
+{
+    const vxtools::Input input(arguments.empty() ? "-" : arguments[0]);
+    std::istringstream text(readAll(input));
     std::vector<Entry> entries;
     try {
-        entries = parseEntries(name != "-" ? static_cast<std::istream&>(file) : std::cin);
+        entries = parseEntries(text);
     } catch (const vxtools::UsageError& failure) {
-        throw Failure(name == "-" ? vxtools::STANDARD_INPUT() : vxtools::Text(name), failure.text());
+        throw Failure(input.name(), failure.text());
     }
     for (const Entry& entry : entries) {
         about(entry.key.getKey().toUtf8(), [&] {
@@ -226,42 +311,47 @@ void importBranch(const Arguments& arguments, Messages&)
     }
 }
 
+enum class Change { NONE, REMOVES, ADDS };
+
 struct Command {
     std::string_view name;
+    const char* arguments;
     std::size_t least;
     std::size_t most;
-    void (*run)(const Arguments& arguments, Messages& messages);
-    bool makesStore = false;
+    void (*run)(const Arguments& arguments, const Context& context);
+    Change change = Change::NONE;
 };
 
 constexpr Command COMMANDS[] = {
-    {"register", 1, 1, registerLibrary, true},
-    {"unregister", 1, 1, unregisterLibrary},
-    {"resolve", 1, 1, resolve},
-    {"verify", 1, std::numeric_limits<std::size_t>::max(), verify},
-    {"list", 0, 1, list},
-    {"get", 1, 2, get},
-    {"set", 3, 4, set, true},
-    {"delete", 1, 2, remove},
-    {"export", 1, 2, exportBranch},
-    {"import", 0, 1, importBranch, true},
+    {"register", "LIBRARY", 1, 1, registerLibrary, Change::ADDS},
+    {"unregister", "LIBRARY", 1, 1, unregisterLibrary, Change::REMOVES},
+    {"resolve", "PROGID", 1, 1, resolve},
+    {"verify", "LIBRARY...", 1, std::numeric_limits<std::size_t>::max(), verify},
+    {"list", "[KEY]", 0, 1, list},
+    {"get", "KEY [NAME]", 1, 2, get},
+    {"set", "KEY NAME VALUE [TYPE]", 3, 4, set, Change::ADDS},
+    {"delete", "KEY [NAME]", 1, 2, remove, Change::REMOVES},
+    {"export", "KEY [FILE]", 1, 2, exportBranch},
+    {"import", "[FILE]", 0, 1, importBranch, Change::ADDS},
 };
 
 /// Makes the commands of this process work on the registry of all users. All of them may read it: the rights of its
 /// files follow those of its folder.
-void useMachineRegistry(bool isToBeMade)
+void useMachineRegistry(Change change)
 {
     char place[PATH_MAX];
     vx::throwIfFailed(VXRegistryGetMachinePlace(place, sizeof place));
     if (*place == '\0')
         throw Failure(MACHINE(), NO_MACHINE());
-    if (isToBeMade) {
+    if (change == Change::ADDS) {
         ::umask(S_IWGRP | S_IWOTH);
         std::error_code error;
         std::filesystem::create_directories(place, error);
         if (error)
             throw Failure(place, vxtools::textOfError(error.value()));
     }
+    if (change != Change::NONE && ::access(place, W_OK) != 0 && errno != ENOENT)
+        throw Failure(MACHINE(), ONLY_OWNER(place));
     ::setenv("VXSYS4_REGISTRY", place, 1);
     ::setenv("VXSYS4_MACHINE_REGISTRY", "", 1);
 }
@@ -271,7 +361,7 @@ void useMachineRegistry(bool isToBeMade)
 std::string usage(const vx::util::OptionTable& options, Messages& messages)
 {
     return messages.say(HELP_HEAD) + "\n\n" + vxtools::helpOf(options, u"vxreg.help.", messages) + '\n'
-        + messages.say(HELP_FOOT) + '\n';
+        + messages.say(HELP_FOOT(joined(hiveNames(), "\n  "))) + '\n';
 }
 
 std::vector<std::string_view> commandNames()
@@ -285,19 +375,21 @@ std::vector<std::string_view> commandNames()
 void run(const std::vector<std::string>& arguments, bool forMachine, Messages& messages)
 {
     if (arguments.empty())
-        throw vxtools::UsageError(NO_COMMAND());
+        throw vxtools::UsageError(NO_COMMAND(joined(commandNames(), ", ")));
     for (const Command& command : COMMANDS) {
         if (command.name != arguments[0])
             continue;
         const Arguments rest(arguments.begin() + 1, arguments.end());
         if (rest.size() < command.least || rest.size() > command.most)
-            throw vxtools::UsageError(OTHER_ARGUMENTS(arguments[0]));
-        if (forMachine)
-            useMachineRegistry(command.makesStore);
-        command.run(rest, messages);
+            throw vxtools::UsageError(OTHER_ARGUMENTS(arguments[0], command.arguments));
+        if (forMachine) {
+            messages.say(MACHINE()); // loads the texts, which may be registered for the user alone
+            useMachineRegistry(command.change);
+        }
+        command.run(rest, {messages, forMachine});
         return;
     }
-    throw vxtools::UsageError(NO_SUCH_COMMAND(arguments[0]));
+    throw vxtools::UsageError(NO_SUCH_COMMAND(arguments[0], joined(commandNames(), ", ")));
 }
 
 } // namespace vxreg

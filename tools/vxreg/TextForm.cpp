@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <istream>
+#include <limits>
 #include <string_view>
 
 namespace vxreg {
@@ -34,8 +35,10 @@ Number parseNumber(std::string_view text, int base = 10)
 {
     Number number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    if (text.empty() || error != std::errc() || end != text.data() + text.size())
-        throw UsageError(NO_NUMBER(std::string(text)));
+    if (text.empty() || error != std::errc() || end != text.data() + text.size()) {
+        const std::string given(text);
+        throw UsageError(base == 16 ? NO_HEX(given) : NO_NUMBER(given, std::numeric_limits<Number>::max()));
+    }
     return number;
 }
 

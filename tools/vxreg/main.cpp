@@ -4,8 +4,8 @@
 #include "common/Failure.h"
 #include "common/Program.h"
 #include "vxreg/Commands.h"
-#include "vxreg/Texts.h"
 
+#include <cerrno>
 #include <iostream>
 
 using namespace vxreg;
@@ -28,8 +28,9 @@ int main(int argc, char** argv)
             printCompletion(table, options.get("completion"), commandNames());
         else
             run(options.getArguments(), options.has("machine"), messages);
+        errno = 0;
         if (!std::cout.flush())
-            throw Failure(STANDARD_OUTPUT(), NOT_WRITTEN());
+            throw Failure(STANDARD_OUTPUT(), textOfError(errno != 0 ? errno : EIO));
     };
     return runProgram("vxreg", work, messages);
 }
