@@ -1,13 +1,10 @@
 #include "EncodingList.h"
 
-#include <vx/Exception.h>
+#include "common/Program.h"
+
 #include <vx/Reference.h>
 #include <vx/Result.h>
 #include <vx/TerminatedText.h>
-#include <vx/io/BufferedWriter.h>
-#include <vx/io/OutputStreamWriter.h>
-#include <vx/io/PrintWriter.h>
-#include <vx/io/StdioOutputStream.h>
 #include <vx/text/charset/ByteToCharConverter.h>
 #include <vx/text/charset/CharsetException.h>
 #include <vx/text/charset/EncInfo.h>
@@ -36,9 +33,7 @@ void listEncodings()
     constexpr int NAME_WIDTH = 12;
     constexpr int COLUMNS = 18;
 
-    const Reference<io::OutputStreamWriter> encoder(
-        new io::OutputStreamWriter(new io::StdioOutputStream, u"UTF-8", 4096));
-    const Reference<io::PrintWriter> out(new io::PrintWriter(encoder.get(), false));
+    String list;
     for (const text::charset::EncodingNames& encoding : text::charset::getEncodingNames()) {
         const TerminatedText name(encoding.name);
         if (!hasConverter(name))
@@ -53,9 +48,9 @@ void listEncodings()
             line.resize(COLUMNS, u' ');
         for (const String& alias : encoding.aliases)
             line.append(u" ").append(alias);
-        out->println(line);
+        list.append(line).append(u'\n');
     }
-    out->flush();
+    vxtools::print(list.toUtf8());
 }
 
 } // namespace vxconv

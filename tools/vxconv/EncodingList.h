@@ -2,7 +2,7 @@
 
 namespace vxconv {
 
-/// Prints the encodings to standard output, with their code pages and aliases. Throws vx::Exception.
+/// Prints the encodings to standard output, with their code pages and aliases. Throws Failure.
 void listEncodings();
 
 } // namespace vxconv

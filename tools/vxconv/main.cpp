@@ -9,8 +9,6 @@
 #include "common/Failure.h"
 #include "common/Program.h"
 
-#include <vx/Exception.h>
-
 #include <filesystem>
 
 namespace {
@@ -31,14 +29,8 @@ void run(const Options& options, Messages& messages)
 {
     if (tellAboutProgram("vxconv", optionTable(), options, [&] { return usage(messages); }))
         return;
-    if (options.task == Options::Task::LIST) {
-        try {
-            listEncodings();
-        } catch (const vx::Exception& failure) {
-            throw Failure(STANDARD_OUTPUT(), textOf(failure));
-        }
-        return;
-    }
+    if (options.task == Options::Task::LIST)
+        return listEncodings();
     requireEncodings(options);
     if (options.inPlace || !options.toFolder.empty())
         convertAll(options, messages);
