@@ -171,8 +171,7 @@ class Faults(tool.Scratch):
         self.assertEqual(self.read("fixed"), b"old")
 
     def test_says_that_a_standard_stream_fails(self):
-        self.assertNeedsRoom("vxconv", [], ["--help"])
-        self.assertNeedsRoom("vxconv", ["--list"], reason="stream write error")
+        self.assertNeedsRoom("vxconv", [], ["--help"], ["--list"])
         self.assertFails(vxconv("-o", "/dev/full", data=b"text"), "/dev/full: the disk is full")
         self.assertFails(vxconv(preexec_fn=lambda: os.close(0)), "standard input: invalid handle")
         reading, writing = os.pipe()
@@ -319,7 +318,7 @@ class Detection(tool.Scratch):
                 self.assertTrue(expected is None or result.stdout == expected, encoding)
         self.assertSucceeds(vxconv("-f", "auto", "--fallback", "cp437", data=b"\xe1"), "ß".encode())
         picture = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR"
-        self.assertFails(vxconv("-fauto", self.write("picture", picture)), "picture", "byte 9 is zero")
+        self.assertFails(vxconv("-fauto", self.write("picture", picture)), "picture", "byte 8 is zero")
         self.assertEqual(vxconv("-fauto", "--in-place", self.path("picture")).returncode, 1)
         self.assertEqual(self.read("picture"), picture)
         self.assertSucceeds(vxconv("-fauto", "--fallback=UTF-16LE", data=b"\xe9\0"), "é".encode())

@@ -74,7 +74,7 @@ void requireText(const Input& input, std::vector<char>& block)
         const auto zero = std::find(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got), '\0');
         const auto place = static_cast<std::size_t>(zero - block.begin());
         if (place < got)
-            throw Failure(input.name(), NO_TEXT(std::to_string(before + static_cast<std::int64_t>(place) + 1)));
+            throw Failure(input.name(), NO_TEXT(before + static_cast<std::int64_t>(place)));
         before += static_cast<std::int64_t>(got);
     }
 }

@@ -18,7 +18,7 @@ inline constexpr Message IS_FOLDER {
 inline constexpr Message READ_AS {u"vxconv.read-as", "{0}: read as {1}"};
 
 inline constexpr Message NO_TEXT {
-    u"vxconv.no-text", "byte {0} is zero, so this is probably no text; otherwise name its encoding by -f"};
+    u"vxconv.no-text", "byte {0} is zero, so this is probably not text; if it is, name its encoding by -f"};
 inline constexpr Message AT_BYTE {u"vxconv.at-byte", "byte {0}: {1}"};
 inline constexpr Message AT_CHARACTER {u"vxconv.at-character", "line {0}, character {1}: {2}"};
 inline constexpr Message NOT_UTF_8 {u"vxconv.not-utf-8", "not UTF-8"};
