@@ -27,7 +27,8 @@ function(vx_add_tool_files name section)
     endforeach()
     if(VX_HELP2MAN)
         set(page ${folder}/${name}.${section})
-        set(rest ${PROJECT_SOURCE_DIR}/docs/man/${name}.h2m)
+        set(rest ${folder}/${name}.h2m)
+        configure_file(${PROJECT_SOURCE_DIR}/docs/man/${name}.h2m ${rest} @ONLY)
         add_custom_command(OUTPUT ${page}
             COMMAND ${VX_HELP2MAN} --no-info --section=${section} --include=${rest} --output=${page} $<TARGET_FILE:${name}>
             DEPENDS ${name} ${rest} VERBATIM)

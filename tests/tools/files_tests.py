@@ -16,8 +16,12 @@ def run(*command, **options):
     return subprocess.run(command, capture_output=True, text=True, check=True, **options).stdout
 
 
+def told(name, option):
+    return run(os.path.join(os.environ["TOOL_FOLDER"], name), option)
+
+
 def options_of(name):
-    text = run(os.path.join(os.environ["TOOL_FOLDER"], name), "--help")
+    text = told(name, "--help")
     return set(re.findall(r"^ {2,6}(?:-\w, )?(--[\w-]+)", text, re.MULTILINE))
 
 
@@ -28,7 +32,7 @@ class Completions(tool.Scratch):
         home = {"HOME": self.folder, "PATH": os.environ["PATH"]}
         for name in names:
             options = options_of(name)
-            self.assertIn("--help", options)
+            self.assertEqual((told(name, "-h"), told(name, "-V")), (told(name, "--help"), told(name, "--version")))
             script = f'. "$1"; COMP_WORDS=({name} --); COMP_CWORD=1; _{name}; printf "%s\\n" "${{COMPREPLY[@]}}"'
             offered = run("bash", "-c", script, "bash", os.path.join(FILES, "bash", name))
             self.assertEqual({line.rstrip("=") for line in offered.split()}, options, name)

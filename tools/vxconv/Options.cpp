@@ -16,8 +16,8 @@ namespace {
 
 constexpr Message HELP_HEAD {u"vxconv.help",
     "Usage: vxconv [OPTION]... [INPUT] [-o OUTPUT]\n"
-    "       vxconv [OPTION]... --to-folder=FOLDER|--in-place INPUT...\n"
-    "       vxconv --list\n"
+    "  or:  vxconv [OPTION]... --to-folder=FOLDER|--in-place INPUT...\n"
+    "  or:  vxconv --list\n"
     "Converts text from one encoding to another."};
 constexpr Message HELP_FOOT {u"vxconv.help.more",
     "INPUT and OUTPUT are standard input and output where they are missing or \"-\".\n"
