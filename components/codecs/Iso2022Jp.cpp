@@ -140,7 +140,7 @@ private:
     {
         for (; pass.in < pass.inEnd; ++pass.in) {
             const char16_t unit = *pass.in;
-            if ((unit & 0xFC00) == 0xD800 && pass.left() == 1)
+            if (vxsys::isLead(unit) && pass.left() == 1)
                 break;
             unsigned code = unit;
             Set set = Set::ASCII;

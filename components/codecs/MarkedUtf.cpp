@@ -61,16 +61,10 @@ private:
         } else {
             for (; pass.left() >= width; pass.in += width) {
                 const std::uint32_t value = unitAt(pass.in, order);
-                if (value > 0x10FFFF || (value & 0xFFFFF800) == 0xD800)
+                if (value > vxsys::LAST_CODE_POINT || vxsys::isSurrogate(value))
                     return RESULT_UNMAPPABLE_CHARACTER;
-                if (pass.room() < (value > 0xFFFF ? 2 : 1))
+                if (!storeUnits(value, pass))
                     break;
-                if (value > 0xFFFF) {
-                    *pass.out++ = static_cast<char16_t>(0xD7C0 + (value >> 10));
-                    *pass.out++ = static_cast<char16_t>(0xDC00 + (value & 0x3FF));
-                } else {
-                    *pass.out++ = static_cast<char16_t>(value);
-                }
             }
         }
         return pass.left() >= width ? RESULT_BUFFER_TOO_SMALL : RESULT_OK;
@@ -87,12 +81,12 @@ private:
         for (; pass.in < pass.inEnd; ++pass.in) {
             std::uint32_t value = *pass.in;
             bool isPair = false;
-            if (width == 4 && (value & 0xF800) == 0xD800) {
-                if (value < 0xDC00 && pass.left() == 1)
+            if (width == 4 && vxsys::isSurrogate(value)) {
+                if (vxsys::isLead(value) && pass.left() == 1)
                     break;
-                if (value >= 0xDC00 || (pass.in[1] & 0xFC00) != 0xDC00)
+                if (vxsys::isTrail(value) || !vxsys::isTrail(pass.in[1]))
                     return RESULT_UNMAPPABLE_CHARACTER;
-                value = ((value - 0xD7C0) << 10) + (pass.in[1] & 0x3FFU);
+                value = vxsys::codePoint(pass.in[0], pass.in[1]);
                 isPair = true;
             }
             if (pass.room() < (m_order == Order::UNKNOWN ? 2 * width : width))

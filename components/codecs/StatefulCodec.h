@@ -27,7 +27,7 @@ private:
         }
         const int taken = static_cast<int>(pass.in - start);
         if (pass.out != units) {
-            codePoint = pass.out == units + 1 ? units[0] : ((units[0] - 0xD7C0U) << 10) + (units[1] & 0x3FFU);
+            codePoint = pass.out == units + 1 ? units[0] : vxsys::codePoint(units[0], units[1]);
             return taken;
         }
         return result == RESULT_UNMAPPABLE_CHARACTER ? taken + passOver(pass.in, length - taken, codePoint) : 0;
@@ -35,11 +35,11 @@ private:
 
     int encode(std::uint32_t codePoint, char* bytes) override
     {
-        const bool isPair = codePoint >= 0x10000;
-        const char16_t units[] = {static_cast<char16_t>(isPair ? 0xD7C0 + (codePoint >> 10) : codePoint),
-            static_cast<char16_t>(0xDC00 + (codePoint & 0x3FF))};
+        char16_t units[2];
+        Decoding stored {nullptr, nullptr, units, units + 2};
+        storeUnits(codePoint, stored);
         auto* const start = reinterpret_cast<unsigned char*>(bytes);
-        Encoding pass {units, units + (isPair ? 2 : 1), start, start + MOST_BYTES};
+        Encoding pass {units, stored.out, start, start + MOST_BYTES};
         encodeText(pass);
         return static_cast<int>(pass.out - start);
     }

@@ -50,17 +50,19 @@ private:
 };
 
 /// Converts one character at a time by the system.
-class OneByOne {
-public:
+template <class Base>
+class OneByOne : public Base {
+protected:
     /// `mostBytes`: of a character in the input.
     OneByOne(const CodePage& codePage, int mostBytes)
-        : m_decoding("UTF-32BE", codePage.systemName)
+        : Base(codePage)
+        , m_decoding("UTF-32BE", codePage.systemName)
         , m_encoding(codePage.systemName, "UTF-32BE")
         , m_mostBytes(mostBytes)
     {
     }
 
-    int decode(const signed char* bytes, int length, std::uint32_t& codePoint)
+    int decode(const signed char* bytes, int length, std::uint32_t& codePoint) final
     {
         const auto* const source = reinterpret_cast<const char*>(bytes);
         const int most = std::min(length, m_mostBytes);
@@ -76,13 +78,14 @@ public:
         }
         return length < m_mostBytes ? 0 : most;
     }
-    int encode(std::uint32_t codePoint, char* bytes, int room)
+
+    int encode(std::uint32_t codePoint, char* bytes) final
     {
         const unsigned char unit[]
             = {static_cast<unsigned char>(codePoint >> 24), static_cast<unsigned char>(codePoint >> 16),
                 static_cast<unsigned char>(codePoint >> 8), static_cast<unsigned char>(codePoint)};
         const Conversion::Outcome outcome
-            = m_encoding.run(reinterpret_cast<const char*>(unit), sizeof unit, bytes, room);
+            = m_encoding.run(reinterpret_cast<const char*>(unit), sizeof unit, bytes, Base::MOST_BYTES);
         return outcome.taken == sizeof unit ? outcome.given : 0;
     }
 
@@ -93,29 +96,18 @@ private:
 };
 
 /// An encoding that composes letters with the marks after them: only one character at a time keeps them apart.
-class ComposingCodec final : public Codec {
+class ComposingCodec final : public OneByOne<Codec> {
 public:
     explicit ComposingCodec(const CodePage& codePage)
-        : Codec(codePage)
-        , m_system(codePage, 1)
+        : OneByOne(codePage, 1)
     {
     }
-
-private:
-    int decode(const signed char* bytes, int length, std::uint32_t& codePoint) override
-    {
-        return m_system.decode(bytes, length, codePoint);
-    }
-    int encode(std::uint32_t codePoint, char* bytes) override { return m_system.encode(codePoint, bytes, MOST_BYTES); }
-
-    OneByOne m_system;
 };
 
-class SystemCodec final : public TextCodec {
+class SystemCodec final : public OneByOne<TextCodec> {
 public:
     explicit SystemCodec(const CodePage& codePage)
-        : TextCodec(codePage)
-        , m_system(codePage, codePage.maxBytesPerChar)
+        : OneByOne(codePage, codePage.maxBytesPerChar)
     {
     }
 
@@ -143,7 +135,7 @@ private:
                 continue;
             if (outcome.needsRoom) {
                 std::uint32_t next = Decoded::UNMAPPED;
-                const int taken = m_system.decode(reinterpret_cast<const signed char*>(pass.in), length, next);
+                const int taken = decode(reinterpret_cast<const signed char*>(pass.in), length, next);
                 return taken > 0 && next == Decoded::UNMAPPED ? RESULT_UNMAPPABLE_CHARACTER : RESULT_BUFFER_TOO_SMALL;
             }
             return outcome.needsMore && length < page().maxBytesPerChar ? RESULT_OK : RESULT_UNMAPPABLE_CHARACTER;
@@ -170,7 +162,7 @@ private:
                 continue;
             if (outcome.needsRoom) {
                 char bytes[MOST_BYTES];
-                const bool isMapped = m_system.encode(*pass.in, bytes, MOST_BYTES) > 0;
+                const bool isMapped = encode(*pass.in, bytes) > 0;
                 return isMapped ? RESULT_BUFFER_TOO_SMALL : RESULT_UNMAPPABLE_CHARACTER;
             }
             return outcome.needsMore && pass.left() == 1 ? RESULT_OK : RESULT_UNMAPPABLE_CHARACTER;
@@ -178,13 +170,6 @@ private:
         return RESULT_OK;
     }
 
-    int decode(const signed char* bytes, int length, std::uint32_t& codePoint) override
-    {
-        return m_system.decode(bytes, length, codePoint);
-    }
-    int encode(std::uint32_t codePoint, char* bytes) override { return m_system.encode(codePoint, bytes, MOST_BYTES); }
-
-    OneByOne m_system;
     // One codec converts in one direction only.
     std::optional<Conversion> m_decoding;
     std::optional<Conversion> m_encoding;

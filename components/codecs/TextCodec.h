@@ -4,6 +4,7 @@
 
 #include <vx/Result.h>
 #include <vx/text/charset/IVXTextCodec.h>
+#include <vxsys/Surrogate.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -60,6 +61,22 @@ protected:
             *pass.out++ = static_cast<Out>(*pass.in++);
     }
 
+    /// Stores a code point as one unit, or as a pair. Returns false if there is no room, or if it is none.
+    static bool storeUnits(std::uint32_t codePoint, Decoding& pass) noexcept
+    {
+        if (codePoint < vxsys::FIRST_BEYOND_BASIC_PLANE) {
+            if (pass.out == pass.outEnd)
+                return false;
+            *pass.out++ = static_cast<char16_t>(codePoint);
+            return true;
+        }
+        if (codePoint > vxsys::LAST_CODE_POINT || pass.room() < 2)
+            return false;
+        *pass.out++ = vxsys::leadOf(codePoint);
+        *pass.out++ = vxsys::trailOf(codePoint);
+        return true;
+    }
+
     // The results are those of the interface.
     virtual std::int32_t decodeText(Decoding& pass) = 0;
     virtual std::int32_t encodeText(Encoding& pass) = 0;
@@ -98,18 +115,8 @@ private:
             const Decoded next = m_charset.decode(pass.in, pass.left());
             if (next.length == 0)
                 break;
-            if (next.codePoint < 0x10000) {
-                if (pass.out == pass.outEnd)
-                    return RESULT_BUFFER_TOO_SMALL;
-                *pass.out++ = static_cast<char16_t>(next.codePoint);
-            } else {
-                if (next.codePoint == Decoded::UNMAPPED)
-                    return RESULT_UNMAPPABLE_CHARACTER;
-                if (pass.room() < 2)
-                    return RESULT_BUFFER_TOO_SMALL;
-                *pass.out++ = static_cast<char16_t>(0xD7C0 + (next.codePoint >> 10));
-                *pass.out++ = static_cast<char16_t>(0xDC00 + (next.codePoint & 0x3FF));
-            }
+            if (!storeUnits(next.codePoint, pass))
+                return next.codePoint == Decoded::UNMAPPED ? RESULT_UNMAPPABLE_CHARACTER : RESULT_BUFFER_TOO_SMALL;
             pass.in += next.length;
         }
         return RESULT_OK;
@@ -126,14 +133,14 @@ private:
                 continue;
             }
             int units = 1;
-            if ((codePoint & 0xF800) == 0xD800) {
-                if (codePoint >= 0xDC00)
+            if (vxsys::isSurrogate(*pass.in)) {
+                if (vxsys::isTrail(*pass.in))
                     return RESULT_UNMAPPABLE_CHARACTER;
                 if (pass.left() < 2)
                     break;
-                if ((pass.in[1] & 0xFC00) != 0xDC00)
+                if (!vxsys::isTrail(pass.in[1]))
                     return RESULT_UNMAPPABLE_CHARACTER;
-                codePoint = ((codePoint - 0xD7C0) << 10) + (pass.in[1] & 0x3FFU);
+                codePoint = vxsys::codePoint(pass.in[0], pass.in[1]);
                 units = 2;
             }
             int count;
