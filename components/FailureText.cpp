@@ -18,6 +18,11 @@ constinit thread_local std::size_t t_failureLength = 0;
 
 } // namespace
 
+std::int32_t storeText(IVXCharBuffer* target, String text)
+{
+    return vorb::atBoundary([&] { VXCopyCharBuffer(target, &text); });
+}
+
 void keepFailureText(const Exception& failure) noexcept
 {
     try {
@@ -37,10 +42,8 @@ void clearFailureText() noexcept
 
 std::int32_t storeFailureText(IVXCharBuffer* text)
 {
-    return vorb::atBoundary([&] {
-        String kept(std::u16string_view(t_failure.data(), t_failureLength));
-        VXCopyCharBuffer(text, &kept);
-    });
+    return vorb::resultAtBoundary(
+        [&] { return storeText(text, String(std::u16string_view(t_failure.data(), t_failureLength))); });
 }
 
 } // namespace vx::components

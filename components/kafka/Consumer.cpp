@@ -3,7 +3,6 @@
 #include "../FailureText.h"
 
 #include <vx/Result.h>
-#include <vx/util/CopyCharBuffer.h>
 #include <vx/vorb/Component.h>
 
 #include <algorithm>
@@ -101,10 +100,7 @@ bool KafkaConsumer::isAtEnd() const
 
 std::int32_t KafkaConsumer::GetTrouble(IVXCharBuffer* text)
 {
-    return vorb::atBoundary([&] {
-        String trouble = m_client.trouble();
-        VXCopyCharBuffer(text, &trouble);
-    });
+    return storeText(text, m_client.trouble());
 }
 
 std::int32_t KafkaConsumer::GetFailureText(IVXCharBuffer* text)

@@ -3,7 +3,6 @@
 #include "../FailureText.h"
 
 #include <vx/Result.h>
-#include <vx/util/CopyCharBuffer.h>
 #include <vx/vorb/Component.h>
 
 #include <algorithm>
@@ -25,11 +24,6 @@ bool isFinal(rd_kafka_resp_err_t error)
 std::uint64_t numberOf(const rd_kafka_message_t& message)
 {
     return reinterpret_cast<std::uint64_t>(message._private);
-}
-
-std::int32_t store(IVXCharBuffer* target, String text)
-{
-    return vorb::atBoundary([&] { VXCopyCharBuffer(target, &text); });
 }
 
 } // namespace
@@ -246,7 +240,7 @@ std::int32_t KafkaProducer::GetPending(std::int32_t* count)
 
 std::int32_t KafkaProducer::GetTrouble(IVXCharBuffer* text)
 {
-    return store(text, m_client->trouble());
+    return storeText(text, m_client->trouble());
 }
 
 std::int32_t KafkaProducer::GetFailureText(IVXCharBuffer* text)

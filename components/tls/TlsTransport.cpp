@@ -8,7 +8,6 @@
 #include <vx/Result.h>
 #include <vx/net/InetSocketAddress.h>
 #include <vx/net/SocketAddress.h>
-#include <vx/util/vorb/VorbPropertySet.h>
 
 #include <sys/socket.h>
 
@@ -178,14 +177,8 @@ std::int32_t TlsTransport::GetFailureText(IVXCharBuffer* text)
 std::int32_t TlsTransport::createContext(
     Context::Side side, const util::vorb::IPropertySet* properties, const _GUID& iid, void** result)
 {
-    if (properties == nullptr || result == nullptr)
-        return RESULT_POINTER;
-    *result = nullptr;
-    return withFailureText([&] {
-        // The set is only read.
-        const util::vorb::VorbPropertySet set(const_cast<util::vorb::IPropertySet*>(properties), nullptr);
-        return inModule(GetComModule(), new Context(side, set))->QueryInterface(iid, result);
-    });
+    return createFrom(properties, iid, result,
+        [&](const util::PropertySet& set) { return inModule(GetComModule(), new Context(side, set)); });
 }
 
 } // namespace vx::components
