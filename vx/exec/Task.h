@@ -69,6 +69,13 @@ private:
     sync::Gate m_ended;
 };
 
+/// A friend of all tasks instead of `runAsync`: Clang 16 does not recognise a function template with constraints as a
+/// friend.
+struct TaskStart {
+    template <class Result, class Call>
+    static auto start(Call call);
+};
+
 } // namespace detail
 
 /// Work that `runAsync` has started in a new thread. One thread at a time may use this object.
@@ -114,9 +121,7 @@ public:
     }
 
 private:
-    template <class Callable, class... Arguments>
-    requires detail::Work<Callable, Arguments...>
-    friend auto runAsync(Callable&& callable, Arguments&&... arguments);
+    friend struct detail::TaskStart;
 
     template <class Call>
     explicit Task(Call call)
@@ -144,6 +149,12 @@ private:
     std::unique_ptr<Thread> m_thread; ///< until it is joined
 };
 
+template <class Result, class Call>
+auto detail::TaskStart::start(Call call)
+{
+    return Task<Result>(std::move(call));
+}
+
 /// Starts a thread that calls `callable` with copies of the arguments. Throws ResultException if the system cannot start
 /// one.
 template <class Callable, class... Arguments>
@@ -151,7 +162,8 @@ requires detail::Work<Callable, Arguments...>
 auto runAsync(Callable&& callable, Arguments&&... arguments)
 {
     using Result = std::invoke_result_t<std::decay_t<Callable>, std::decay_t<Arguments>...>;
-    return Task<Result>(detail::BoundCall(std::forward<Callable>(callable), std::forward<Arguments>(arguments)...));
+    return detail::TaskStart::start<Result>(
+        detail::BoundCall(std::forward<Callable>(callable), std::forward<Arguments>(arguments)...));
 }
 
 } // namespace vx::exec
