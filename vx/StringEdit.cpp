@@ -29,6 +29,8 @@ namespace {
 [[gnu::noinline]] String& appendElsewhere(String& target, const char16_t* text, int length)
 {
     const bool wasTried = text != nullptr && length >= 1 && length <= MOST_SHORT;
+    if (wasTried && PlainBuffer::beginShort(target, text, length)) [[likely]]
+        return target;
     length = measured(text, length);
     if (char16_t* const place = wasTried ? nullptr : PlainBuffer::extend(target, length)) {
         detail::moveUnits(place, text, static_cast<std::size_t>(length));
@@ -39,11 +41,15 @@ namespace {
 
 [[gnu::noinline]] String& appendElsewhere(String& target, char16_t ch, int repeat)
 {
+    if (repeat == 1) { // the fast part has failed
+        const bool isDone = PlainBuffer::beginShort(target, &ch, 1) || PlainBuffer::appendToCopy(target, &ch, 1);
+        return isDone ? target : target.replace(-1, 0, ch, 1);
+    }
     if (char16_t* const place = PlainBuffer::extend(target, repeat)) {
         std::fill_n(place, repeat, ch);
         return target;
     }
-    return repeat == 1 && PlainBuffer::appendToCopy(target, &ch, 1) ? target : target.replace(-1, 0, ch, repeat);
+    return target.replace(-1, 0, ch, repeat);
 }
 
 [[gnu::noinline]] String& appendLocked(String& target, const String& text)
@@ -164,7 +170,10 @@ String& String::append(const String& text)
     std::u16string_view units;
     if (!PlainBuffer::readExact(text, &units))
         return appendLocked(*this, text);
-    return append(units.data(), static_cast<int>(units.size())); // which also accepts text of this string
+    const auto length = static_cast<int>(units.size());
+    if (length >= 1 && length <= MOST_SHORT && PlainBuffer::appendShort(*this, units.data(), length)) [[likely]]
+        return *this;
+    return appendElsewhere(*this, units.data(), length); // which also accepts text of this string
 }
 
 String& String::append(std::u16string_view text)

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <new>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace vx::detail {
@@ -46,6 +47,24 @@ Reference<IVXCharBuffer> PlainBuffer::copyOfLong(const char16_t* text, int lengt
     storage.data()[length] = 0;
     storage.setLength(length + 1);
     return copy;
+}
+
+bool PlainBuffer::beginShort(String& text, const char16_t* first, int count)
+{
+    if (!isExactly<String>(text) || !isExactly<EmptyBuffer>(*text.m_buffer))
+        return false;
+    withResultOnExhaustion([&] {
+        const int needed = count + 1;
+        const int room = std::clamp(2 * needed, LEAST_ROOM, Storage::MOST_BEHIND);
+        util::RWCharBuffer* buffer = makeShort(room, needed, needed);
+        char16_t* const units = buffer->m_storage.behind();
+        moveShort(units, first, static_cast<std::size_t>(count));
+        units[count] = 0;
+        text.m_ansi = nullptr;
+        std::ignore = text.m_buffer.detach(); // it counts nothing
+        text.m_buffer.attach(PlainBuffer::own(buffer).detach());
+    });
+    return true;
 }
 
 bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)

@@ -82,6 +82,10 @@ public:
     /// or new storage. It makes no call.
     static bool appendShort(String& text, const char16_t* more, int count) noexcept;
 
+    /// Appends `count` units (1 to MOST_SHORT) to the buffer that empty strings share: makes a new one with room for the
+    /// next units. False, and no change, for any other text.
+    static bool beginShort(String& text, const char16_t* first, int count);
+
     /// Appends to a text whose buffer is shared or read-only: makes a new buffer with room for both parts and for
     /// the next ones. `more` may be in the old buffer. False, and no change, for any other text.
     static bool appendToCopy(String& text, const char16_t* more, int count);
