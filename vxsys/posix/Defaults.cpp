@@ -159,11 +159,8 @@ public:
     /// read each time, because a program may change a string that it has passed to putenv.
     const char* localeNow() noexcept
     {
-        if (!m_places.areCurrent()) {
-            for (std::size_t index = 0; index < std::size(VARIABLES); ++index)
-                m_values[index] = std::getenv(VARIABLES[index]);
-            m_places.take();
-        }
+        if (!m_places.areCurrent())
+            look();
         for (const char* value : m_values) {
             if (value != nullptr && *value != '\0')
                 return value;
@@ -179,20 +176,33 @@ public:
         if (m_isKnown) {
             *std::copy(locale.begin(), locale.end(), m_locale) = '\0';
             m_length = encoding.copy(m_encoding, encoding.size());
+            m_encoding[m_length] = 0;
         }
     }
 
     std::int32_t write(char16_t* name, std::int32_t size) const noexcept
     {
+        constexpr std::size_t SHORT = 8; // most names are shorter: a fixed number of units needs no call
+        if (m_length < SHORT && static_cast<std::size_t>(size) >= SHORT) {
+            std::memcpy(name, m_encoding, SHORT * sizeof(char16_t));
+            return RESULT_OK;
+        }
         if (m_length >= static_cast<std::size_t>(size)) {
             *name = 0;
             return RESULT_BUFFER_TOO_SMALL;
         }
-        *std::copy_n(m_encoding, m_length, name) = 0;
+        std::copy_n(m_encoding, m_length + 1, name);
         return RESULT_OK;
     }
 
 private:
+    [[gnu::noinline]] void look() noexcept
+    {
+        for (std::size_t index = 0; index < std::size(VARIABLES); ++index)
+            m_values[index] = std::getenv(VARIABLES[index]);
+        m_places.take();
+    }
+
     static constexpr const char* VARIABLES[] = {"LC_ALL", "LC_CTYPE", "LANG"};
 
     bool m_isKnown;
@@ -233,6 +243,21 @@ std::int32_t writeEncoding(std::string_view encoding, char16_t* name, std::int32
     return writeName({encoding}, name, size);
 }
 
+/// Asks the system for the encoding of the locale that the environment names.
+[[gnu::noinline]] std::int32_t writeEncodingOf(
+    const char* environment, LastEncoding& last, char16_t* name, std::int32_t size) noexcept
+{
+    // Not the locale of the process, which belongs to the program and may not be set yet.
+    const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
+    // A locale that is not installed has only its name.
+    const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale) : encodingIn(environment);
+    const std::int32_t result = writeEncoding(encoding, name, size);
+    last.keep(environment, name);
+    if (locale != nullptr)
+        ::freelocale(locale);
+    return result;
+}
+
 } // namespace
 
 std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcept
@@ -242,17 +267,7 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
     LastEncoding* last = &s_lastEncoding;
     asm("" : "+r"(last)); // a compiler that knows what it points to asks for the thread's object again at each use
     const char* const environment = last->localeNow();
-    if (last->isOf(environment))
-        return last->write(name, size);
-    // Not the locale of the process, which belongs to the program and may not be set yet.
-    const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-    // A locale that is not installed has only its name.
-    const std::string_view encoding = locale != nullptr ? ::nl_langinfo_l(CODESET, locale) : encodingIn(environment);
-    const std::int32_t result = writeEncoding(encoding, name, size);
-    last->keep(environment, name);
-    if (locale != nullptr)
-        ::freelocale(locale);
-    return result;
+    return last->isOf(environment) ? last->write(name, size) : writeEncodingOf(environment, *last, name, size);
 }
 
 std::int32_t VXGetDefaultLocale(char16_t* name, std::int32_t size) noexcept
