@@ -144,6 +144,36 @@ struct Plain {
     signed char* m_bytes;
 };
 
+/// What one writes by hand for an order that is known at run time, and for a block that may be read-only.
+class Checked {
+public:
+    explicit Checked(std::vector<signed char>& bytes)
+        : m_bytes(bytes.data())
+    {
+        benchmark::DoNotOptimize(*this); // otherwise the compiler knows both settings
+    }
+    void store(unsigned index, std::int32_t value)
+    {
+        if (m_isReadOnly)
+            throw ReadOnlyException();
+        const std::uint32_t bits = ordered(static_cast<std::uint32_t>(value));
+        std::memcpy(m_bytes + index, &bits, sizeof bits);
+    }
+    std::int32_t load(unsigned index) const
+    {
+        std::uint32_t bits;
+        std::memcpy(&bits, m_bytes + index, sizeof bits);
+        return static_cast<std::int32_t>(ordered(bits));
+    }
+
+private:
+    std::uint32_t ordered(std::uint32_t bits) const { return m_isBig ? __builtin_bswap32(bits) : bits; }
+
+    signed char* m_bytes;
+    bool m_isBig = true;
+    bool m_isReadOnly = false;
+};
+
 template <class Way>
 void storeInt32(benchmark::State& state)
 {
@@ -159,6 +189,7 @@ void storeInt32(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * COUNT);
 }
 BENCHMARK(storeInt32<Ours>);
+BENCHMARK(storeInt32<Checked>);
 BENCHMARK(storeInt32<Plain>);
 
 template <class Way>
@@ -178,6 +209,7 @@ void loadInt32(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * COUNT);
 }
 BENCHMARK(loadInt32<Ours>);
+BENCHMARK(loadInt32<Checked>);
 BENCHMARK(loadInt32<Plain>);
 
 template <class Way>

@@ -469,7 +469,7 @@ void tokensTokenizer(benchmark::State& state)
 {
     const vx::String log(logText().c_str());
     tokens(state, [&](auto each) {
-        vx::util::StringTokenizer tokenizer(log, u" \t\r\n");
+        vx::util::StringTokenizer tokenizer(log, BLANKS.data());
         std::int64_t count = 0;
         for (; tokenizer.hasMoreTokens(); ++count)
             each(tokenizer.nextToken());
@@ -483,10 +483,10 @@ void tokensString(benchmark::State& state)
     tokens(state, [&](auto each) {
         std::int64_t count = 0;
         for (int end = 0;; ++count) {
-            const int start = log.findFirstNotOf(u" \t\r\n", -1, end);
+            const int start = log.findFirstNotOf(BLANKS.data(), lengthOf(BLANKS), end);
             if (start < 0)
                 return count;
-            end = log.findFirstOf(u" \t\r\n", -1, start);
+            end = log.findFirstOf(BLANKS.data(), lengthOf(BLANKS), start);
             each(log.substring(start, end));
             if (end < 0)
                 return count + 1;
