@@ -38,7 +38,17 @@ template <int UNIT_COUNT>
 int scanBlocks(const char16_t* text, int from, int length, const char16_t* units, bool wanted) noexcept
 {
     __m128i lanes[UNIT_COUNT];
-    for (int index = 0; index < UNIT_COUNT; ++index)
+    int done = 0;
+    if constexpr (UNIT_COUNT >= 4) { // four at once take fewer instructions
+        const __m128i four = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(units));
+        const __m128i pairs = _mm_unpacklo_epi16(four, four);
+        lanes[0] = _mm_shuffle_epi32(pairs, 0x00);
+        lanes[1] = _mm_shuffle_epi32(pairs, 0x55);
+        lanes[2] = _mm_shuffle_epi32(pairs, 0xAA);
+        lanes[3] = _mm_shuffle_epi32(pairs, 0xFF);
+        done = 4;
+    }
+    for (int index = done; index < UNIT_COUNT; ++index)
         lanes[index] = _mm_set1_epi16(static_cast<short>(units[index]));
     const unsigned other = wanted ? 0 : 0xFFFF;
     while (from < length) {
@@ -66,14 +76,6 @@ inline int scanUnits(
         return scanSet(text, from, length, UnitSet(units, unitCount, false), wanted);
 #if VX_VECTOR_PATHS
     if (length >= SET_BLOCK) {
-        if (!wanted) {
-            // Most words have one delimiter between them: a search for the next word ends before a block is worth its set-up.
-            constexpr int SOON = 2;
-            const int start = from;
-            from = scanFew(text, start, std::min(start, length - SOON) + SOON, units, unitCount, wanted);
-            if (from - start < SOON)
-                return from;
-        }
         switch (unitCount) {
         case 1:
             return scanBlocks<1>(text, from, length, units, wanted);

@@ -104,8 +104,18 @@ int StringTokenizer::scanToken(std::u16string_view text, int start) const
 int StringTokenizer::find(bool isDelimiter, std::u16string_view text, int start) const
 {
     const std::u16string_view delimiters = unitsOf(m_delimiters);
-    const int place = vx::detail::scanUnits(
-        text.data(), std::max(start, 0), lengthOf(text), delimiters.data(), lengthOf(delimiters), isDelimiter);
+    const int length = lengthOf(text);
+    int place = std::max(start, 0);
+    if (!isDelimiter) {
+        // Most tokens have one delimiter between them. A search by blocks would take longer, and what comes next would
+        // have to wait for its result, whereas the processor foresees the result of two comparisons.
+        constexpr int SOON = 2;
+        const int end = place + std::clamp(length - place, 0, SOON);
+        place = vx::detail::scanFew(text.data(), place, end, delimiters.data(), lengthOf(delimiters), isDelimiter);
+        if (place < end)
+            return place;
+    }
+    place = vx::detail::scanUnits(text.data(), place, length, delimiters.data(), lengthOf(delimiters), isDelimiter);
     return std::max(start, place);
 }
 
