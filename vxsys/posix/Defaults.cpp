@@ -1,9 +1,9 @@
 #include "vxsys/Defaults.h"
 
 #include "vxsys/Result.h"
-#include "vxsys/detail/Units8.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -17,7 +17,6 @@
 
 namespace {
 
-using namespace vxsys::detail;
 using namespace vxsys::results;
 
 constexpr std::string_view FALLBACK_ENCODING = "UTF-8";
@@ -78,63 +77,65 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
-/// Where the strings of the environment were when `take` was called. `setenv`, `putenv`, `unsetenv`, `clearenv` and an
+/// Where the strings of the environment were when a thread last looked. `setenv`, `putenv`, `unsetenv`, `clearenv` and an
 /// assignment to `environ` each change at least one of these places. Comparing all of them takes less time than looking
 /// up one variable.
+///
+/// All threads share it, and none waits: a reader that meets a writer only learns that the state is unknown. The loads
+/// of the places acquire, so that the version is read again after them.
 class EnvironmentPlaces {
 public:
-    void take() noexcept
+    static constexpr std::uint32_t UNKNOWN = 0;
+
+    /// The number of the state that was stored last if the environment is still in that state, otherwise UNKNOWN.
+    std::uint32_t current() const noexcept
     {
-        m_array = ::environ;
-        m_count = 0;
-        m_stampOfRest = 0;
-        if (m_array == nullptr)
-            return;
-        do {
-            if (m_count == std::size(m_places)) {
-                m_stampOfRest = stampOf(m_array + m_count);
-                return;
-            }
-            m_places[m_count] = m_array[m_count];
-        } while (m_places[m_count++] != nullptr);
+        const std::uint32_t version = m_version.load(std::memory_order_acquire);
+        const char* const* const array = ::environ;
+        if (version % 2 != 0 || array != m_array.load(std::memory_order_acquire))
+            return UNKNOWN;
+        // Each place that is the same, but the last, is followed by another one: nothing is read after the end.
+        const auto isSame
+            = [&](std::size_t index) { return m_places[index].load(std::memory_order_acquire) == array[index]; };
+        const std::size_t count = m_count.load(std::memory_order_acquire);
+        std::size_t index = 0;
+        for (; index + 8 <= count; index += 8) {
+            if (!(isSame(index) && isSame(index + 1) && isSame(index + 2) && isSame(index + 3) && isSame(index + 4)
+                    && isSame(index + 5) && isSame(index + 6) && isSame(index + 7)))
+                return UNKNOWN;
+        }
+        for (; index < count; ++index) {
+            if (!isSame(index))
+                return UNKNOWN;
+        }
+        const std::uint64_t stamp = m_stampOfRest.load(std::memory_order_acquire);
+        if (stamp != 0 && stamp != stampOf(array + count))
+            return UNKNOWN;
+        return m_version.load(std::memory_order_relaxed) == version ? version : UNKNOWN;
     }
 
-    /// Reads aligned blocks. Such a block never extends into another page, but it may contain memory after the end of
-    /// an array that has become shorter. Sanitizers must not check these reads.
-    __attribute__((no_sanitize("address"), no_sanitize("thread"))) bool areCurrent() const noexcept
+    /// Stores the present state and returns its number. UNKNOWN if another thread does the same at the moment.
+    std::uint32_t take() noexcept
     {
+        std::uint32_t version = m_version.load(std::memory_order_relaxed);
+        if (version % 2 != 0 || !m_version.compare_exchange_strong(version, version + 1, std::memory_order_acquire))
+            return UNKNOWN;
         const char* const* const array = ::environ;
-        if (array != m_array)
-            return false;
-        std::size_t index = 0;
-        const auto isSame = [&] { return array[index] == m_places[index]; };
-        for (; index < m_count && reinterpret_cast<std::uintptr_t>(array + index) % (2 * sizeof(Units8)) != 0;
-             ++index) {
-            if (!isSame())
-                return false;
+        std::size_t count = 0;
+        bool isWhole = array == nullptr;
+        for (; !isWhole && count < std::size(m_places); ++count) {
+            m_places[count].store(array[count], std::memory_order_release);
+            isWhole = array[count] == nullptr;
         }
-        for (; index + 2 * AT_ONCE <= m_count; index += 2 * AT_ONCE) {
-            const Units8 same = sameUnits(array + index, m_places + index)
-                & sameUnits(array + index + AT_ONCE, m_places + index + AT_ONCE);
-            if (maskOf(same) != ALL_LANES)
-                return false;
-        }
-        for (; index < m_count; ++index) {
-            if (!isSame())
-                return false;
-        }
-        return m_stampOfRest == 0 || m_stampOfRest == stampOf(array + m_count);
+        m_array.store(array, std::memory_order_release);
+        m_count.store(count, std::memory_order_release);
+        m_stampOfRest.store(isWhole ? 0 : stampOf(array + count), std::memory_order_release);
+        version += version + 2 != UNKNOWN ? 2 : 4;
+        m_version.store(version, std::memory_order_release);
+        return version;
     }
 
 private:
-    static constexpr std::size_t AT_ONCE = sizeof(Units8) / sizeof(char*);
-
-    __attribute__((no_sanitize("address"), no_sanitize("thread"))) static Units8 sameUnits(
-        const char* const* left, const char* const* right) noexcept
-    {
-        return Units8(*reinterpret_cast<const Units8*>(left) == load8(reinterpret_cast<const char16_t*>(right)));
-    }
-
     /// A number computed from the places of an array that ends with null. Never 0.
     static std::uint64_t stampOf(const char* const* array) noexcept
     {
@@ -146,11 +147,14 @@ private:
         return std::max<std::uint64_t>(stamp, 1);
     }
 
-    const char* const* m_array;
-    std::size_t m_count; ///< of the places, with the null at the end
-    std::uint64_t m_stampOfRest; ///< of the places that have no room here; 0 if all have
-    const char* m_places[128];
+    std::atomic<std::uint32_t> m_version {UNKNOWN}; ///< odd while a thread stores a state
+    std::atomic<const char* const*> m_array {nullptr};
+    std::atomic<std::size_t> m_count {0}; ///< of the places, with the null at the end
+    std::atomic<std::uint64_t> m_stampOfRest {0}; ///< of the places that have no room here; 0 if all have
+    std::atomic<const char*> m_places[250] {};
 };
+
+constinit EnvironmentPlaces g_environment {};
 
 /// The encoding of the last locale. It is stored because opening a locale takes longer than converting most texts.
 class LastEncoding {
@@ -159,8 +163,9 @@ public:
     /// read each time, because a program may change a string that it has passed to putenv.
     const char* localeNow() noexcept
     {
-        if (!m_places.areCurrent())
-            look();
+        const std::uint32_t state = g_environment.current();
+        if (state == EnvironmentPlaces::UNKNOWN || state != m_state)
+            look(state);
         for (const char* value : m_values) {
             if (value != nullptr && *value != '\0')
                 return value;
@@ -196,17 +201,17 @@ public:
     }
 
 private:
-    [[gnu::noinline]] void look() noexcept
+    [[gnu::noinline]] void look(std::uint32_t state) noexcept
     {
+        m_state = state != EnvironmentPlaces::UNKNOWN ? state : g_environment.take();
         for (std::size_t index = 0; index < std::size(VARIABLES); ++index)
             m_values[index] = std::getenv(VARIABLES[index]);
-        m_places.take();
     }
 
     static constexpr const char* VARIABLES[] = {"LC_ALL", "LC_CTYPE", "LANG"};
 
     bool m_isKnown;
-    EnvironmentPlaces m_places;
+    std::uint32_t m_state; ///< of the environment when the values were looked up
     const char* m_values[std::size(VARIABLES)];
     char m_locale[64];
     char16_t m_encoding[64];
