@@ -119,6 +119,15 @@ bool ArrayList::contains(const IVXUnknown* element) const
     return find(element, 0, 1) >= 0;
 }
 
+bool ArrayList::addAll(const Collection& other)
+{
+    if (isDerived(*this) || !isApartFrom(other))
+        return AbstractList::addAll(other);
+    Elements elements = elementsOf(other);
+    place(m_size, elements);
+    return !elements.empty();
+}
+
 bool ArrayList::remove(const IVXUnknown* element)
 {
     if (isDerived(*this))
@@ -241,6 +250,11 @@ ArrayList::Elements ArrayList::elementsOf(const Collection& other)
 {
     Elements elements;
     elements.reserve(static_cast<std::size_t>(other.getSize()));
+    if (typeid(other) == typeid(ArrayList)) {
+        for (IVXUnknown* element : *static_cast<const ArrayList*>(dynamic_cast<const void*>(&other)))
+            elements.emplace_back(element);
+        return elements;
+    }
     const Reference<ConstIterator> iterator = other.createConstIterator();
     while (iterator->hasNext())
         elements.push_back(iterator->next());
@@ -248,6 +262,12 @@ ArrayList::Elements ArrayList::elementsOf(const Collection& other)
 }
 
 void ArrayList::insert(int index, Elements& elements)
+{
+    place(index, elements);
+    m_modificationCount += static_cast<std::uint32_t>(elements.size());
+}
+
+void ArrayList::place(int index, Elements& elements)
 {
     const auto count = static_cast<int>(elements.size());
     if (count > m_capacity - m_size)
@@ -257,7 +277,6 @@ void ArrayList::insert(int index, Elements& elements)
     std::transform(
         elements.begin(), elements.end(), place, [](Reference<IVXUnknown>& element) { return element.detach(); });
     m_size += count;
-    m_modificationCount += static_cast<std::uint32_t>(count);
 }
 
 ArrayList::Elements ArrayList::take(int from, int to)

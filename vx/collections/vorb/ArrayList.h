@@ -29,10 +29,9 @@ public:
     ArrayList(const ArrayList& other);
     ~ArrayList() noexcept(false) override;
 
-    using AbstractList::addAll;
-
     // Collection
     bool add(IVXUnknown* element) override;
+    bool addAll(const Collection& other) override;
     void clear() override;
     bool contains(const IVXUnknown* element) const override;
     bool remove(const IVXUnknown* element) override;
@@ -70,6 +69,8 @@ private:
     // These move the rest of the list once. Each element counts as one modification. The caller releases the elements
     // that were taken after it has recorded the change.
     void insert(int index, Elements& elements);
+    /// As `insert`, but counts no modification.
+    void place(int index, Elements& elements);
     Elements take(int from, int to);
     /// Takes the elements from `from` on that `other` does not contain, up to `to`, or to the end if `to` is negative.
     /// If that fails, `failure` is set, and the elements before the failure are taken.
