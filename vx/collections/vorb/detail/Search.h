@@ -2,7 +2,10 @@
 
 #include "vx/Reference.h"
 #include "vx/collections/vorb/detail/TextElements.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/detail/TextScan.h"
 
+#include <string_view>
 #include <typeinfo>
 
 namespace vx::collections::vorb::detail {
@@ -29,11 +32,20 @@ public:
     bool isEqualTo(IVXUnknown* stored) const;
 
 private:
+    using PlainBuffer = vx::detail::PlainBuffer;
+
+    void readUnits() const noexcept
+    {
+        m_hasUnits = m_type == &typeid(String) && PlainBuffer::read(*static_cast<const String*>(m_object), &m_units);
+    }
+
     const IVXComparator& m_comparator;
     const IVXUnknown* m_element;
     const std::type_info* m_type = nullptr;
     AreEqual m_areEqual = nullptr;
     const void* m_object = nullptr;
+    mutable std::u16string_view m_units; ///< of a text, until a comparator of a caller may change it
+    mutable bool m_hasUnits = false;
 };
 
 inline Wanted::Wanted(const IVXComparator& comparator, const IVXUnknown* element) noexcept
@@ -45,17 +57,25 @@ inline Wanted::Wanted(const IVXComparator& comparator, const IVXUnknown* element
     m_type = &typeid(*element);
     m_areEqual = equalityOf(*m_type);
     m_object = dynamic_cast<const void*>(element);
+    readUnits();
 }
 
 inline bool Wanted::isEqualTo(IVXUnknown* stored) const
 {
     if (m_areEqual != nullptr && stored != nullptr && &typeid(*stored) == m_type) {
-        const Equality equality = m_areEqual(dynamic_cast<const void*>(stored), m_object);
+        const void* const object = dynamic_cast<const void*>(stored);
+        std::u16string_view units;
+        if (m_hasUnits && PlainBuffer::read(*static_cast<const String*>(object), &units))
+            return units.size() == m_units.size()
+                && vx::detail::equalUnits(units.data(), m_units.data(), static_cast<int>(units.size()));
+        const Equality equality = m_areEqual(object, m_object);
         if (equality != Equality::UNKNOWN)
             return equality == Equality::YES;
     }
     const Reference<IVXUnknown> kept(stored);
-    return compareElements(m_comparator, stored, m_element) == 0;
+    const int order = compareElements(m_comparator, stored, m_element);
+    readUnits();
+    return order == 0;
 }
 
 /// Keeps a list while a comparator is called, which may release it. Null for a list on the stack, which nothing may
