@@ -126,10 +126,36 @@ TYPED_TEST(Lists, FindExactlyWhatTheComparatorFindsEqual)
     }
 }
 
+TYPED_TEST(Lists, FindATextAsAComparisonHasLeftIt)
+{
+    const Reference<String> wanted(new String(u"a"));
+    class Changing : public Object {
+    public:
+        explicit Changing(String& text)
+            : m_text(text)
+        {
+        }
+        int compareTo(const Object&) const override
+        {
+            m_text += u"b";
+            return 1;
+        }
+
+    private:
+        String& m_text;
+    };
+    TypeParam list;
+    for (const Reference<Object>& element :
+        std::initializer_list<Reference<Object>> {new Changing(*wanted), new String(u"a"), new String(u"ab")})
+        list.add(element->GetUnknown());
+    EXPECT_EQ(list.indexOf(wanted->GetUnknown()), 2);
+}
+
 TYPED_TEST(Lists, AreWalkedByARangeForLikeByAnIterator)
 {
     const std::tuple<void (*)(List&), const char*> cases[] = {
         {[](List& list) { list.getSize() < 4 && list.add(item(9).get()); }, "done 1 2 9 9 "},
+        {[](List& list) { list.getSize() < 4 && list.addAll(*listOf<ArrayList>({9})); }, "done 1 2 9 9 "},
         {[](List& list) { list.set(0, nullptr); }, "plain 1 "},
         {[](List& list) { list.remove(list.getSize() - 1); }, "done 1 "},
         {[](List& list) { list.clear(); }, "done 1 "},
