@@ -9,10 +9,13 @@
 
 #ifdef VX_BENCH_QT
 #include <QList>
+#include <QSet>
 #include <QSharedPointer>
 #include <QString>
 #endif
 
+#include <algorithm>
+#include <cstdint>
 #include <list>
 #include <memory>
 #include <string>
@@ -83,32 +86,38 @@ void count(benchmark::State& state, bool right)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
+/// Appends one element again and again.
+template <class Container, class Element>
+void append(benchmark::State& state, const Element& element)
+{
+    constexpr bool IS_OURS = std::is_base_of_v<vorb::List, Container>;
+    bool right = true;
+    for (auto _ : state) {
+        Container container;
+        for (std::int64_t i = 0; i < state.range(0); ++i) {
+            if constexpr (IS_OURS)
+                container.add(element);
+            else
+                container.push_back(element);
+        }
+        if constexpr (IS_OURS)
+            right = right && container.getSize() == state.range(0);
+        else
+            right = right && static_cast<std::int64_t>(container.size()) == state.range(0);
+    }
+    count(state, right);
+}
+
 template <class ListClass>
 void appendOne(benchmark::State& state)
 {
-    IVXUnknown* element = oneItem()->GetUnknown();
-    bool right = true;
-    for (auto _ : state) {
-        ListClass list;
-        for (std::int64_t i = 0; i < state.range(0); ++i)
-            list.add(element);
-        right = right && list.getSize() == state.range(0);
-    }
-    count(state, right);
+    append<ListClass>(state, oneItem()->GetUnknown());
 }
 
 template <class Container>
 void appendOneStandard(benchmark::State& state)
 {
-    const auto element = std::make_shared<PlainItem>();
-    bool right = true;
-    for (auto _ : state) {
-        Container container;
-        for (std::int64_t i = 0; i < state.range(0); ++i)
-            container.push_back(element);
-        right = right && static_cast<std::int64_t>(container.size()) == state.range(0);
-    }
-    count(state, right);
+    append<Container>(state, std::make_shared<PlainItem>());
 }
 
 template <class ListClass>
@@ -129,78 +138,72 @@ void appendNewStandard(benchmark::State& state)
     count(state, right);
 }
 
-std::int64_t sumTo(std::int64_t size)
+template <class Sum>
+void walk(benchmark::State& state, Sum sumOf)
 {
-    return size * (size - 1) / 2;
+    const std::int64_t size = state.range(0);
+    std::int64_t sum = 0;
+    for (auto _ : state)
+        sum = sumOf();
+    count(state, sum == size * (size - 1) / 2);
+}
+
+template <class Range, class ValueOf>
+void walkRange(benchmark::State& state, const Range& range, ValueOf valueOf)
+{
+    walk(state, [&] {
+        std::int64_t sum = 0;
+        for (const auto& element : range)
+            sum += valueOf(element);
+        return sum;
+    });
+}
+
+int valueOf(IVXUnknown* element)
+{
+    return static_cast<Item*>(static_cast<ComObject*>(element))->getValue();
 }
 
 template <class ListClass>
 void walkByIterator(benchmark::State& state)
 {
     const auto list = listOf<ListClass>(state.range(0));
-    std::int64_t sum = 0;
-    for (auto _ : state) {
-        sum = 0;
+    walk(state, [&] {
+        std::int64_t sum = 0;
         const Reference<vorb::ConstIterator> elements = list->createConstIterator();
         while (elements->hasNext())
-            sum += static_cast<Item*>(static_cast<ComObject*>(elements->next().get()))->getValue();
-    }
-    count(state, sum == sumTo(state.range(0)));
+            sum += valueOf(elements->next().get());
+        return sum;
+    });
 }
 
 template <class ListClass>
 void walkTyped(benchmark::State& state)
 {
     const collections::List<Item> list(listOf<ListClass>(state.range(0)).get());
-    std::int64_t sum = 0;
-    for (auto _ : state) {
-        sum = 0;
-        for (const auto& element : list)
-            sum += element->getValue();
-    }
-    count(state, sum == sumTo(state.range(0)));
+    walkRange(state, list, [](const auto& element) { return element->getValue(); });
 }
 
 template <class ListClass>
 void walkLooking(benchmark::State& state)
 {
-    const auto list = listOf<ListClass>(state.range(0));
-    std::int64_t sum = 0;
-    for (auto _ : state) {
-        sum = 0;
-        for (IVXUnknown* element : *list)
-            sum += static_cast<Item*>(static_cast<ComObject*>(element))->getValue();
-    }
-    count(state, sum == sumTo(state.range(0)));
+    walkRange(state, *listOf<ListClass>(state.range(0)).get(), valueOf);
 }
 
 /// Each element held while it is looked at, as our iterators do.
 template <class Container>
 void walkHoldingStandard(benchmark::State& state)
 {
-    const auto container = standardOf<Container>(state.range(0));
-    std::int64_t sum = 0;
-    for (auto _ : state) {
-        sum = 0;
-        for (const auto& element : container) {
-            const std::shared_ptr<PlainItem> held = element;
-            sum += held->value;
-        }
-    }
-    count(state, sum == sumTo(state.range(0)));
+    walkRange(state, standardOf<Container>(state.range(0)), [](const auto& element) {
+        const std::shared_ptr<PlainItem> held = element;
+        return held->value;
+    });
 }
 
 template <class Container>
 void walkLookingStandard(benchmark::State& state)
 {
-    const auto container = standardOf<Container>(state.range(0));
-    std::int64_t sum = 0;
-    for (auto _ : state) {
-        sum = 0;
-        for (const auto& element : container)
-            sum += element->value;
-    }
-    count(state, sum == sumTo(state.range(0)));
+    walkRange(state, standardOf<Container>(state.range(0)), [](const auto& element) { return element->value; });
 }
 
 std::u16string nameOf(std::int64_t number)
@@ -265,12 +268,17 @@ void addAllInTheMiddle(benchmark::State& state)
 }
 
 /// Keeps every second element.
+template <class Element>
 void retainAll(benchmark::State& state)
 {
-    const auto all = listOf<vorb::ArrayList>(state.range(0));
+    const Reference<vorb::ArrayList> all(new vorb::ArrayList);
     vorb::HashSet half;
-    for (int index = 0; index < all->getSize(); index += 2)
-        half.add(all->get(index).get());
+    for (std::int64_t number = 0; number < state.range(0); ++number) {
+        const Reference<Element> element = elementOf<Element>(number);
+        all->add(element->GetUnknown());
+        if (number % 2 == 0)
+            half.add(element->GetUnknown());
+    }
     bool right = true;
     for (auto _ : state) {
         const Reference<vorb::ArrayList> list(new vorb::ArrayList(*all));
@@ -280,16 +288,31 @@ void retainAll(benchmark::State& state)
 }
 
 #ifdef VX_BENCH_QT
-void indexOfTextQt(benchmark::State& state)
+QString textQt(std::int64_t number)
+{
+    return QString::fromStdU16String(nameOf(number));
+}
+
+QList<QString> textsQt(std::int64_t size)
 {
     QList<QString> list;
-    for (std::int64_t number = 0; number < state.range(0); ++number)
-        list.append(QString::fromStdU16String(nameOf(number)));
-    const QString wanted = QString::fromStdU16String(nameOf(state.range(0) - 1));
+    for (std::int64_t number = 0; number < size; ++number)
+        list.append(textQt(number));
+    return list;
+}
+
+template <class Element>
+void indexOfQt(benchmark::State& state, const QList<Element>& list, const Element& wanted)
+{
     bool right = true;
     for (auto _ : state)
         right = list.indexOf(wanted) == state.range(0) - 1 && right;
     count(state, right);
+}
+
+void indexOfTextQt(benchmark::State& state)
+{
+    indexOfQt(state, textsQt(state.range(0)), textQt(state.range(0) - 1));
 }
 
 void indexOfObjectQt(benchmark::State& state)
@@ -297,18 +320,28 @@ void indexOfObjectQt(benchmark::State& state)
     QList<QSharedPointer<PlainItem>> list;
     for (std::int64_t number = 0; number < state.range(0); ++number)
         list.append(QSharedPointer<PlainItem>::create());
-    const QSharedPointer<PlainItem> wanted = list.back();
+    indexOfQt(state, list, list.back());
+}
+
+void retainAllTextQt(benchmark::State& state)
+{
+    const QList<QString> all = textsQt(state.range(0));
+    QSet<QString> half;
+    for (int index = 0; index < all.size(); index += 2)
+        half.insert(all[index]);
     bool right = true;
-    for (auto _ : state)
-        right = list.indexOf(wanted) == state.range(0) - 1 && right;
+    for (auto _ : state) {
+        QList<QString> list = all;
+        const auto isForeign = [&](const QString& text) { return !half.contains(text); };
+        list.erase(std::remove_if(list.begin(), list.end(), isForeign), list.end());
+        right = list.size() == half.size() && right;
+    }
     count(state, right);
 }
 
 void removeByValueQt(benchmark::State& state)
 {
-    QList<QString> list;
-    for (std::int64_t number = 0; number < state.range(0); ++number)
-        list.append(QString::fromStdU16String(nameOf(number)));
+    QList<QString> list = textsQt(state.range(0));
     bool right = true;
     for (auto _ : state) {
         const QString middle = list.at(static_cast<int>(state.range(0) / 2));
@@ -361,9 +394,11 @@ BENCHMARK(removeByValue<vorb::ArrayList>)->Arg(THOUSAND);
 BENCHMARK(indexOfTextQt)->Arg(THOUSAND);
 BENCHMARK(indexOfObjectQt)->Arg(THOUSAND);
 BENCHMARK(removeByValueQt)->Arg(THOUSAND);
+BENCHMARK(retainAllTextQt)->Arg(THOUSAND)->Arg(10 * THOUSAND);
 #endif
 BENCHMARK(addAllInTheMiddle)->Arg(THOUSAND)->Arg(10 * THOUSAND);
 BENCHMARK(addAllInTheMiddleStandard)->Arg(THOUSAND)->Arg(10 * THOUSAND);
-BENCHMARK(retainAll)->Arg(THOUSAND)->Arg(10 * THOUSAND);
+BENCHMARK(retainAll<Item>)->Arg(THOUSAND)->Arg(10 * THOUSAND);
+BENCHMARK(retainAll<String>)->Arg(THOUSAND)->Arg(10 * THOUSAND);
 
 } // namespace
