@@ -61,24 +61,24 @@ ArrayList::ArrayList(const IVXComparator* comparator)
 {
 }
 
-// They delegate to another constructor, so that the destructor releases the elements if `addAll` fails.
+// They delegate to another constructor, so that the destructor releases the elements if `append` fails.
 
 ArrayList::ArrayList(const Collection& other)
     : ArrayList()
 {
-    addAll(other);
+    append(other);
 }
 
 ArrayList::ArrayList(const Collection& other, const IVXComparator* comparator)
     : ArrayList(comparator)
 {
-    addAll(other);
+    append(other);
 }
 
 ArrayList::ArrayList(const ArrayList& other)
     : ArrayList(other.getComparator())
 {
-    addAll(other);
+    append(other);
 }
 
 ArrayList::~ArrayList() noexcept(false)
@@ -117,15 +117,6 @@ bool ArrayList::contains(const IVXUnknown* element) const
     if (isDerived(*this))
         return AbstractList::contains(element);
     return find(element, 0, 1) >= 0;
-}
-
-bool ArrayList::addAll(const Collection& other)
-{
-    if (isDerived(*this) || !isApartFrom(other))
-        return AbstractList::addAll(other);
-    Elements elements = elementsOf(other);
-    place(m_size, elements);
-    return !elements.empty();
 }
 
 bool ArrayList::remove(const IVXUnknown* element)
@@ -259,6 +250,16 @@ ArrayList::Elements ArrayList::elementsOf(const Collection& other)
     while (iterator->hasNext())
         elements.push_back(iterator->next());
     return elements;
+}
+
+void ArrayList::append(const Collection& other)
+{
+    if (!isApartFrom(other)) {
+        addAll(other);
+        return;
+    }
+    Elements elements = elementsOf(other);
+    place(m_size, elements);
 }
 
 void ArrayList::insert(int index, Elements& elements)

@@ -29,9 +29,10 @@ public:
     ArrayList(const ArrayList& other);
     ~ArrayList() noexcept(false) override;
 
+    using AbstractList::addAll;
+
     // Collection
     bool add(IVXUnknown* element) override;
-    bool addAll(const Collection& other) override;
     void clear() override;
     bool contains(const IVXUnknown* element) const override;
     bool remove(const IVXUnknown* element) override;
@@ -65,6 +66,8 @@ private:
     /// Whether `other` is of a class that cannot reach this list while its elements are read.
     bool isApartFrom(const Collection& other) const noexcept;
     static Elements elementsOf(const Collection& other);
+    /// As `addAll`, for a new list.
+    void append(const Collection& other);
 
     // These move the rest of the list once. Each element counts as one modification. The caller releases the elements
     // that were taken after it has recorded the change.
