@@ -276,8 +276,16 @@ bool Form::appendRest(std::string& bytes, const Fields& fields, std::string_view
         return false;
     }
     const std::lock_guard lock(m_lock);
-    m_encoders.push_back(std::move(encoder));
+    if (!m_isRetired)
+        m_encoders.push_back(std::move(encoder));
     return true;
+}
+
+void Form::retire() const
+{
+    const std::lock_guard lock(m_lock);
+    m_isRetired = true;
+    m_encoders.clear();
 }
 
 bool Form::appendUtf8(std::string& bytes, const Fields& fields, std::string_view time) const

@@ -72,6 +72,9 @@ public:
     /// Appends those after it. `time` is its text. False, with some bytes appended, if only the writer knows the form of
     /// this entry.
     bool appendRest(std::string& bytes, const Fields& fields, std::string_view time) const;
+    /// From now on no encoder is kept, although somebody may still hold the form. The codec of a component has to be
+    /// released before the program ends.
+    void retire() const;
     /// Whether only the writer knows the form of its first entry, for example because a byte order mark precedes it.
     bool beginsOtherwise() const { return m_beginsOtherwise; }
     /// Whether entries have the client and its number of the line.
@@ -109,6 +112,7 @@ private:
     std::size_t m_headSize = 0; ///< of its bytes
     std::array<std::string, 10> m_digits;
     mutable std::mutex m_lock;
+    mutable bool m_isRetired = false;
     mutable std::vector<std::unique_ptr<Encoder>> m_encoders; ///< those that no thread uses
 };
 

@@ -125,6 +125,7 @@ void LogFile::close()
 {
     const Lock lock(m_lock);
     endDocument();
+    setForm(nullptr);
 }
 
 void LogFile::cancel(const Batch& batch)
@@ -188,14 +189,21 @@ void LogFile::open(const Settings& settings)
     m_block = block;
     m_writer = writer;
     m_isFirst = form != nullptr && form->beginsOtherwise();
-    {
-        const std::lock_guard lock(m_formLock);
-        m_form.swap(form);
-    }
+    setForm(std::move(form));
     for (const Batch::Span& lines : std::exchange(m_entries, {})) {
         for (std::size_t index = 0; index < lines.count; ++index)
             print(lines.batch, lines.first + index); // again, because the new file may have another format
     }
+}
+
+void LogFile::setForm(std::shared_ptr<const Form> form)
+{
+    {
+        const std::lock_guard lock(m_formLock);
+        m_form.swap(form);
+    }
+    if (form != nullptr)
+        form->retire();
 }
 
 /// Leaves the entries of the block for the next file.

@@ -74,6 +74,7 @@ private:
     using Lock = std::unique_lock<std::mutex>;
 
     void open(const Settings& settings);
+    void setForm(std::shared_ptr<const Form> form);
     void endDocument();
     void print(const vx::Reference<const Batch>& batch, std::size_t index);
     void printNow(const Batch& batch, std::size_t index);
