@@ -202,7 +202,7 @@ class Languages(tool.Scratch):
             self.assertEqual({status for status, _ in others}, {english[0]})
             self.assertEqual(len(others | {english}), 3)
         for option in ["--locale", "de"], ["--loc=fr", "--locale=de"]:
-            self.assertIn("falsche Option --no-such; mehr sagt vxlog --help", self.told("--no-such", *option)[1])
+            self.assertIn("unbekannte Option --no-such; mehr sagt vxlog --help", self.told("--no-such", *option)[1])
         # A file name may contain any bytes.
         self.assertIn("\udcff", self.told(b"\xff", "--locale=de")[1])
 
