@@ -129,6 +129,15 @@ class Components(WithComponent):
         self.assertRefused(["unregister", "greeter.so"], "for the user " + pwd.getpwuid(os.geteuid()).pw_name, env=home)
         self.assertRefused(["-m", "unregister", "greeter.so"], "is not registered for all users")
 
+    def test_are_taken_out_when_the_library_is_gone(self):
+        self.output("set", "VX_HKEY_CLASSES\\Other\\CLSID", "", "{other}")
+        before = self.output("export", "VX_HKEY_CLASSES")
+        self.output("register", "greeter.so")
+        os.remove(self.path("greeter.so"))
+        self.output("unregister", "greeter.so")
+        self.assertEqual(self.output("export", "VX_HKEY_CLASSES").replace("[VX_HKEY_CLASSES_32\\CLSID]\n", ""), before)
+        self.assertRefused(["unregister", "greeter.so"], "no such file")
+
     def test_are_refused_with_the_reason(self):
         self.output("register", "greeter.so")
         for change, part in [

@@ -3,6 +3,7 @@
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Input.h"
+#include "vxreg/Classes.h"
 #include "vxreg/Results.h"
 #include "vxreg/TextForm.h"
 #include "vxreg/Texts.h"
@@ -116,19 +117,15 @@ void registerLibrary(const Arguments& arguments, const Context&)
         throw Failure(path.toUtf8(), textOfStore(result));
 }
 
-/// Whether a class in the registry of the user, or in that of all users, has this library.
-bool isRegistered(const String& path)
+/// The classes that have this library, in the registry of the user or in that of all users.
+std::vector<std::string> classesOf(const Classes& classes, const String& path)
 {
-    try {
-        const auto classes = RegistryKey(VX_HKEY_CLASSES_32, String(u"CLSID")).getSubkeyIterator();
-        while (classes->hasNext()) {
-            const String server = classes->next()->getKey(true) + u"\\InprocServer32";
-            if (RegistryKey(VX_HKEY_CLASSES_32, server).getValueString(String()) == path)
-                return true;
-        }
-    } catch (const vx::Exception&) { // it cannot be read
+    std::vector<std::string> found;
+    for (const auto& [id, library] : classes.libraryOf) {
+        if (library == path.toUtf8())
+            found.push_back(id);
     }
-    return false;
+    return found;
 }
 
 vxtools::Text registryOf(const Context& context)
@@ -141,13 +138,35 @@ vxtools::Text registryOf(const Context& context)
     return FOR_USER(user != nullptr ? std::string(user->pw_name) : std::to_string(::geteuid()));
 }
 
+/// Does what the library would do, if its file were still there.
+void removeClasses(const Classes& classes, const std::vector<std::string>& ids)
+{
+    for (const std::string& id : ids) {
+        std::vector<std::string> keys {"CLSID\\" + id};
+        for (const auto& [name, idOfName] : classes.classOf) {
+            if (idOfName == id)
+                keys.push_back(name);
+        }
+        for (const std::string& key : keys) {
+            const RegistryKey branch(VX_HKEY_CLASSES_32, fromUtf8(key));
+            about(
+                branch.getKey().toUtf8(), [&] { branch.remove(); }, textOfRemoval);
+        }
+    }
+}
+
 void unregisterLibrary(const Arguments& arguments, const Context& context)
 {
     const String path = libraryPath(arguments[0]);
+    const Classes classes = readClasses();
+    const std::vector<std::string> ids = classesOf(classes, path);
+    std::error_code ignored;
+    if (!ids.empty() && !std::filesystem::exists(path.toUtf8(), ignored))
+        return removeClasses(classes, ids);
     const std::int32_t result = callLibrary(path, VXComUnregisterLibrary);
     if (result == vx::RESULT_NOT_FOUND)
         throw Failure(path.toUtf8(), NOT_REGISTERED(registryOf(context)));
-    if (result == vx::RESULT_ACCESS_DENIED && isRegistered(path))
+    if (result == vx::RESULT_ACCESS_DENIED && !ids.empty())
         throw Failure(path.toUtf8(), ONLY_MACHINE_HAS());
     if (vx::failed(result))
         throw Failure(path.toUtf8(), textOfStore(result));

@@ -1,6 +1,7 @@
 #include "vxreg/Verify.h"
 
 #include "common/Failure.h"
+#include "vxreg/Classes.h"
 #include "vxreg/ElfLibrary.h"
 #include "vxreg/Results.h"
 #include "vxreg/TextForm.h"
@@ -10,7 +11,6 @@
 #include <vx/IVXUnknown.h>
 #include <vx/Result.h>
 #include <vx/TerminatedText.h>
-#include <vx/util/RegKeyIterator.h>
 #include <vxsys/Component.h>
 
 #include <algorithm>
@@ -21,7 +21,6 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <thread>
 
 namespace vxreg {
@@ -32,7 +31,6 @@ namespace fs = std::filesystem;
 using namespace vxtools;
 using vx::String;
 using vx::TerminatedText;
-using vx::util::RegistryKey;
 
 constexpr std::array ENTRY_POINTS {"VXGetClassObject", "VXCanUnloadNow", "VXRegisterServer", "VXUnregisterServer"};
 
@@ -84,53 +82,6 @@ private:
     std::string m_path;
 };
 
-/// The default value of a key of the classes, empty if there is none.
-std::string textAt(const std::string& key)
-{
-    try {
-        return RegistryKey(VX_HKEY_CLASSES_32, fromUtf8(key)).getValueString(String()).toUtf8();
-    } catch (const vx::Exception&) {
-        return "";
-    }
-}
-
-std::vector<std::string> subkeysOf(const std::string& key)
-{
-    std::vector<std::string> names;
-    try {
-        const auto subkeys = RegistryKey(VX_HKEY_CLASSES_32, fromUtf8(key)).getSubkeyIterator();
-        while (subkeys->hasNext())
-            names.push_back(subkeys->next()->getKeyName().toUtf8());
-    } catch (const vx::Exception&) { // there is no such key
-    }
-    return names;
-}
-
-/// What a library has registered.
-struct Classes {
-    std::map<std::string, std::string> libraryOf; ///< by class
-    std::map<std::string, std::string> classOf; ///< by name
-    std::map<std::string, std::vector<std::string>> namesOf; ///< as the class has them; by class
-};
-
-Classes readClasses()
-{
-    Classes classes;
-    for (const std::string& id : subkeysOf("CLSID")) {
-        const std::string key = "CLSID\\" + id;
-        classes.libraryOf[id] = textAt(key + "\\InprocServer32");
-        for (const char* kind : {"\\ProgID", "\\VersionIndependentProgID"}) {
-            if (const std::string name = textAt(key + kind); !name.empty())
-                classes.namesOf[id].push_back(name);
-        }
-    }
-    for (const std::string& name : subkeysOf("")) {
-        if (name != "CLSID")
-            classes.classOf[name] = textAt(name + "\\CLSID");
-    }
-    return classes;
-}
-
 void checkNames(Trial& trial, const Classes& classes)
 {
     for (const auto& [name, id] : classes.classOf) {
@@ -151,13 +102,13 @@ void checkNames(Trial& trial, const Classes& classes)
 void checkRegistry(Trial& trial, const Classes& classes, const std::string& path)
 {
     for (const auto& entry : classes.libraryOf) {
-        const std::string other = textAt("CLSID\\" + entry.first + "\\InprocServer32");
+        const std::string other = textOfClassKey("CLSID\\" + entry.first + "\\InprocServer32");
         std::error_code ignored;
         if (!other.empty() && other != path && !fs::equivalent(other, path, ignored))
             trial.tell(CLASS_IN_USE(entry.first, other));
     }
     for (const auto& [name, id] : classes.classOf) {
-        if (const std::string other = textAt(name + "\\CLSID"); !other.empty() && other != id)
+        if (const std::string other = textOfClassKey(name + "\\CLSID"); !other.empty() && other != id)
             trial.tell(NAME_IN_USE(name, other));
     }
 }
