@@ -84,13 +84,13 @@ private:
     void dropOldest();
 
     enum class Outcome { PROCESSED, REFUSED };
-    /// Passes the entry to the target, several times if needed, and releases it. The last exception is passed to
-    /// `onFailure`, or is thrown if there is no such function.
-    void handOver(detail::TakenEntry& entry);
-    Outcome tryOnce(detail::TakenEntry& entry, std::exception_ptr& failure);
+    /// Passes the entry to the target, several times if needed. The last exception is passed to `onFailure`, or is
+    /// thrown if there is no such function.
+    void handOver(const ILogEntry* entry);
+    Outcome tryOnce(const ILogEntry* entry, std::exception_ptr& failure);
     /// Returns early if the processor is being destroyed.
     void pause(std::uint32_t milliseconds);
-    void report(detail::TakenEntry& entry, std::exception_ptr& failure);
+    void report(const ILogEntry* entry, const std::exception_ptr& failure);
     void closeOne();
 
     bool isDone() const noexcept;
@@ -205,7 +205,7 @@ void* AsyncProcessorImpl::run()
     const WorkerEnd end(*this);
     for (detail::TakenEntry entry; m_queue.takeOldestOrSleep(entry);) {
         try {
-            handOver(entry);
+            handOver(entry.get());
         } catch (...) {
             vxsys::passForcedUnwind();
             if (m_failures == Failures::END_WORKER)
@@ -231,7 +231,7 @@ void AsyncProcessorImpl::drain()
     const Working working(this);
     for (detail::TakenEntry entry; m_queue.takeOldest(entry);) {
         try {
-            handOver(entry);
+            handOver(entry.get());
         } catch (...) {
             vxsys::passForcedUnwind();
             if (failure == nullptr)
@@ -290,7 +290,6 @@ void AsyncProcessorImpl::dropOldest()
         return;
     ++m_droppedOldest;
     drop(oldest.get());
-    oldest.release();
     closeOne();
 }
 
@@ -306,8 +305,7 @@ void AsyncProcessorImpl::drop(const ILogEntry* entry)
     }
 }
 
-// A waiter that sees the entry as done may unload the component library that made it, so it is released first.
-void AsyncProcessorImpl::handOver(detail::TakenEntry& entry)
+void AsyncProcessorImpl::handOver(const ILogEntry* entry)
 {
     std::exception_ptr failure;
     std::uint64_t milliseconds = m_options.firstPause;
@@ -319,16 +317,14 @@ void AsyncProcessorImpl::handOver(detail::TakenEntry& entry)
         if (m_queue.isClosedToWorkers())
             left = 1;
     }
-    failure = nullptr;
-    entry.release();
     ++m_processed;
     closeOne();
 }
 
-AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(detail::TakenEntry& entry, std::exception_ptr& failure)
+AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(const ILogEntry* entry, std::exception_ptr& failure)
 {
     try {
-        m_target->process(entry.get());
+        m_target->process(entry);
         return Outcome::PROCESSED;
     } catch (...) {
         failure = std::current_exception();
@@ -336,7 +332,6 @@ AsyncProcessorImpl::Outcome AsyncProcessorImpl::tryOnce(detail::TakenEntry& entr
             return Outcome::REFUSED;
         ++m_failed; // the thread ends here
         ++m_lost;
-        entry.release();
         closeOne();
         throw;
     }
@@ -349,22 +344,19 @@ void AsyncProcessorImpl::pause(std::uint32_t milliseconds)
     while (!m_queue.isClosedToWorkers() && sync::detail::waitUntil(m_done, end)) { }
 }
 
-void AsyncProcessorImpl::report(detail::TakenEntry& entry, std::exception_ptr& failure)
+void AsyncProcessorImpl::report(const ILogEntry* entry, const std::exception_ptr& failure)
 {
     ++m_failed;
     ++m_lost;
-    if (m_options.onFailure != nullptr) {
+    if (m_options.onFailure != nullptr && entry != nullptr) {
         try {
-            if (entry.get() != nullptr)
-                m_options.onFailure(*entry.get(), failure);
+            m_options.onFailure(*entry, failure);
         } catch (...) { // the failure is counted, and a worker has no caller
             vxsys::passForcedUnwind();
         }
-        failure = nullptr;
     }
-    entry.release();
     closeOne();
-    if (failure != nullptr)
+    if (m_options.onFailure == nullptr)
         std::rethrow_exception(failure);
 }
 

@@ -43,9 +43,10 @@ public:
     // ILogProcessor
     void process(const ILogEntry* entry) override;
 
-    /// Waits until the target has processed all queued entries and this object has released them. Returns true if the
-    /// target accepted all of them. Returns false if an entry was refused or dropped since the last completed wait, if
-    /// `milliseconds` have passed (`VX_WAIT_FOREVER`: no limit), or if entries wait and no worker is left.
+    /// Waits until the target has processed all queued entries. Returns true if it accepted all of them. Returns false
+    /// if an entry was refused or dropped since the last completed wait, if `milliseconds` have passed
+    /// (`VX_WAIT_FOREVER`: no limit), or if entries wait and no worker is left. Each worker holds its last entry until it
+    /// takes another one or ends.
     bool waitUntilDone(std::uint32_t milliseconds = VX_WAIT_FOREVER);
     /// May be called at any time on any thread. Entries may be counted while it reads, so the numbers may not match
     /// exactly.

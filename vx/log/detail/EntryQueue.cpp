@@ -74,6 +74,12 @@ void SpareMemory::accept(std::atomic<Block*>& place) noexcept
     m_count = m_first->count;
 }
 
+void TakenEntry::replaceBy(Reference<const ILogEntry>&& next) noexcept
+{
+    release();
+    m_entry = std::move(next);
+}
+
 void TakenEntry::release() noexcept
 {
     if (m_entry == nullptr || !vx::detail::isExactly<LogEntry>(*m_entry)) {
@@ -163,6 +169,7 @@ bool EntryQueue::take(TakenEntry& entry, int sleepers)
 {
     constexpr int MOST_SPARE = 32;
 
+    Reference<const ILogEntry> oldest;
     SpareMemory surplus; // is freed without the lock
     {
         const sync::ScopedLock takeLock(m_takeLock);
@@ -180,7 +187,7 @@ bool EntryQueue::take(TakenEntry& entry, int sleepers)
             }
         }
         Item& item = m_leaving.front();
-        entry.m_entry = std::move(item.entry);
+        oldest = std::move(item.entry);
         if (item.bytes > 0)
             m_takenBytes += item.bytes;
         m_leaving.pop_front();
@@ -188,6 +195,7 @@ bool EntryQueue::take(TakenEntry& entry, int sleepers)
     }
     if (m_callers > 0)
         wakeCallers(waiting() == 0);
+    entry.replaceBy(std::move(oldest)); // releases the previous entry without the lock
     return true;
 }
 

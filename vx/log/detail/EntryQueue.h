@@ -44,7 +44,7 @@ private:
     int m_count = 0;
 };
 
-/// An entry that was taken from the queue. After its release, the memory of the entry if nobody else holds it.
+/// An entry that was taken from the queue, and the memory of the one before if nobody else held that.
 class TakenEntry {
 public:
     TakenEntry() noexcept = default;
@@ -53,10 +53,12 @@ public:
     TakenEntry& operator=(const TakenEntry&) = delete;
 
     const ILogEntry* get() const noexcept { return m_entry.get(); }
-    void release() noexcept;
 
 private:
     friend class EntryQueue;
+
+    void replaceBy(Reference<const ILogEntry>&& next) noexcept;
+    void release() noexcept;
 
     Reference<const ILogEntry> m_entry;
     void* m_memory = nullptr;
@@ -77,7 +79,7 @@ public:
     /// room.
     bool waitForRoom(const ILogEntry* entry);
 
-    /// Takes the oldest entry; the one before must have been released. Returns false if none waits.
+    /// Replaces `entry` by the oldest one. Returns false if none waits, and then keeps `entry`.
     bool takeOldest(TakenEntry& entry);
     /// For a worker: waits for an entry. Returns false if the queue is closed to workers.
     bool takeOldestOrSleep(TakenEntry& entry);
