@@ -168,11 +168,15 @@ private:
 
 inline util::RWCharBuffer* PlainBuffer::makeShort(int room, int capacity, int length)
 {
+    static_assert(sizeof(util::RWCharBuffer) == sizeof(util::AbstractCharBuffer) + sizeof(Storage), "units follow it");
     const auto units = static_cast<int>(Storage::adjust(room));
-    void* const memory
-        = vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t));
-    return ::new (memory) util::RWCharBuffer(util::RWCharBuffer::Placed(), units,
-        static_cast<int>(Storage::adjust(capacity)), length); // never null, as compilers know
+    auto* memory = static_cast<std::byte*>(
+        vxsys::allocate(sizeof(util::RWCharBuffer) + static_cast<std::size_t>(units) * sizeof(char16_t)));
+    auto* place = reinterpret_cast<char16_t*>(memory + sizeof(util::RWCharBuffer));
+    auto* buffer = ::new (memory)
+        util::RWCharBuffer(util::RWCharBuffer::Placed(), place, units); // never null, as compilers know
+    buffer->m_storage.begin(length, capacity);
+    return buffer;
 }
 
 inline void PlainBuffer::moveAtMost(int mostMoved, char16_t* target, const char16_t* source, std::size_t count) noexcept

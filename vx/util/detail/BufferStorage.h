@@ -28,9 +28,8 @@ public:
     static constexpr int MOST_BEHIND = 128;
 
     BufferStorage() noexcept = default;
-    /// Borrows the memory directly after this object: `room` units, of which `capacity` are used at first. Both are numbers
-    /// that `adjust` returned.
-    BufferStorage(int room, int capacity, int length) noexcept;
+    /// Borrows `units` units at `place`, which is `behind()`. `units` is a number that `adjust` returned.
+    BufferStorage(Unit* place, int units) noexcept;
     BufferStorage(const BufferStorage&) = delete;
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
@@ -49,6 +48,12 @@ public:
     }
     /// The same for a length that is not below the old one.
     void setGreaterLength(int length) noexcept { m_length.store(length, std::memory_order_relaxed); }
+    /// Uses `length` of the borrowed units, and sets the capacity to `capacity`.
+    void begin(int length, int capacity) noexcept
+    {
+        m_capacity = static_cast<int>(adjust(capacity));
+        setGreaterLength(length);
+    }
     /// Whether the memory suffices. If it does, a length may be set that is above the capacity, and raises it.
     bool fits(std::int64_t units) const noexcept { return units <= m_room; }
     /// The units in use: a length beyond the capacity counts as the capacity.
@@ -117,11 +122,10 @@ private:
 };
 
 template <class AnyUnit>
-BufferStorage<AnyUnit>::BufferStorage(int room, int capacity, int length) noexcept
-    : m_data(behind())
-    , m_capacity(capacity)
-    , m_length(length)
-    , m_room(room)
+BufferStorage<AnyUnit>::BufferStorage(Unit* place, int units) noexcept
+    : m_data(place)
+    , m_capacity(units)
+    , m_room(units)
 {
 }
 

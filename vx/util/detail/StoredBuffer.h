@@ -30,9 +30,9 @@ public:
 
 protected:
     StoredBuffer() noexcept = default;
-    template <class First, class Second, class... Others>
-    StoredBuffer(First first, Second second, Others... others) noexcept
-        : m_storage(first, second, others...)
+    template <class Place>
+    StoredBuffer(Place* place, int units) noexcept
+        : m_storage(place, units)
     {
     }
     StoredBuffer(const StoredBuffer& other) noexcept = default;
@@ -74,11 +74,11 @@ protected:
 private:
     friend class vx::detail::PlainBuffer;
 
-    /// Distinguishes storage that follows the buffer from storage to allocate.
+    /// Distinguishes storage at a given place from text to copy.
     struct Placed { };
 
-    RWBuffer(Placed, int room, int capacity, int length) noexcept
-        : StoredBuffer<Abstract, BufferStorage<Unit>>(room, capacity, length)
+    RWBuffer(Placed, Unit* place, int units) noexcept
+        : StoredBuffer<Abstract, BufferStorage<Unit>>(place, units)
     {
     }
 };
