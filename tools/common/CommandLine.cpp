@@ -3,7 +3,6 @@
 #include "common/Program.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace vxtools {
@@ -16,18 +15,24 @@ namespace {
 
 constexpr const char* LOCALE = "locale";
 
-constexpr vx::util::OptionRow SHARED_ROWS[] = {
-    {.name = LOCALE,
-        .value = "LOCALE",
-        .help = "the language of messages, such as de_AT, from the component library vxbundles.so (English)"},
-    {.name = "completion", .value = "bash|zsh|fish", .help = "print a script by which the shell completes the options"},
-    {.name = "help", .letter = 'h', .help = "print this"},
-    {.name = "version", .letter = 'V', .help = "print the version"},
-};
+const std::vector<vx::util::OptionRow>& sharedRows()
+{
+    static const std::vector<vx::util::OptionRow> rows {
+        {.name = LOCALE,
+            .value = "LOCALE",
+            .help = "the language of messages, such as de_AT, from the component library vxbundles.so (English)"},
+        {.name = "completion",
+            .value = "bash|zsh|fish",
+            .help = "print a script by which the shell completes the options"},
+        {.name = "help", .letter = 'h', .help = "print this"},
+        {.name = "version", .letter = 'V', .help = "print the version"},
+    };
+    return rows;
+}
 
 bool isShared(std::string_view name)
 {
-    return std::ranges::any_of(SHARED_ROWS, [&](const vx::util::OptionRow& row) { return row.name == name; });
+    return std::ranges::any_of(sharedRows(), [&](const vx::util::OptionRow& row) { return row.name == name; });
 }
 
 constexpr Message NO_OPTION {u"tools.no-option", "unknown option {0}"};
@@ -61,7 +66,7 @@ Text textOf(const OptionException& failure)
 
 OptionTable makeOptionTable(const char* program, std::vector<vx::util::OptionRow> rows)
 {
-    rows.insert(rows.end(), std::begin(SHARED_ROWS), std::end(SHARED_ROWS));
+    rows.insert(rows.end(), sharedRows().begin(), sharedRows().end());
     return OptionTable(program, std::move(rows));
 }
 
