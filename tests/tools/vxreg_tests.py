@@ -63,7 +63,7 @@ class Values(Scratch):
         self.assertRefused(["set", "VX_HKEY_USER\\" + "x" * 256, "n", "1"], "longer than 255")
         self.output("set", KEY, "n", "1")
         os.chmod(self.path("store"), 0o777)
-        self.assertRefused(["get", KEY, "n"], "nobody else may write to it")
+        self.assertRefused(["get", KEY, "n"], "nobody else may write there")
 
     def test_prints_help_and_version(self):
         self.assertHelps("vxreg", "Usage: vxreg", *self.output("list").split())
