@@ -302,7 +302,7 @@ QList<QString> textsQt(std::int64_t size)
 }
 
 template <class Element>
-void indexOfQt(benchmark::State& state, const QList<Element>& list, const Element& wanted)
+void indexOfQt(benchmark::State& state, const QList<Element>& list, const Element wanted)
 {
     bool right = true;
     for (auto _ : state)
