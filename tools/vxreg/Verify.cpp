@@ -29,7 +29,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace vxtools;
-using vx::String;
 using vx::TerminatedText;
 
 constexpr std::array ENTRY_POINTS {"VXGetClassObject", "VXCanUnloadNow", "VXRegisterServer", "VXUnregisterServer"};
