@@ -14,7 +14,7 @@ public:
         std::int32_t* dstPos, std::int32_t dstLen) override;
 
     /// Converts a unit between the byte order of the encoding and that of this machine.
-    virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
+    virtual std::uint16_t convertUTF16(std::uint16_t value) = 0;
 
 protected:
     BTCUTF16() noexcept = default;
@@ -29,7 +29,7 @@ public:
     // BTCUTF16
     const char16_t* getEncodingName() override;
     char16_t convertChar(char16_t unit) override;
-    std::uint16_t convertUTF16(std::uint16_t unit) override;
+    std::uint16_t convertUTF16(std::uint16_t value) override;
 };
 
 /// The least significant byte comes first.
@@ -41,7 +41,7 @@ public:
     // BTCUTF16
     const char16_t* getEncodingName() override;
     char16_t convertChar(char16_t unit) override;
-    std::uint16_t convertUTF16(std::uint16_t unit) override;
+    std::uint16_t convertUTF16(std::uint16_t value) override;
 };
 
 } // namespace vx::text::charset

@@ -17,7 +17,7 @@ public:
     void reset() override;
 
     /// Converts a unit from the byte order of this machine to that of the encoding.
-    virtual std::uint16_t convertUTF16(std::uint16_t unit) = 0;
+    virtual std::uint16_t convertUTF16(std::uint16_t value) = 0;
 
 protected:
     CTBUTF16() noexcept = default;
@@ -32,7 +32,7 @@ public:
     // CTBUTF16
     const char16_t* getEncodingName() override;
     char16_t convertChar(char16_t unit) override;
-    std::uint16_t convertUTF16(std::uint16_t unit) override;
+    std::uint16_t convertUTF16(std::uint16_t value) override;
 };
 
 /// The least significant byte comes first.
@@ -44,7 +44,7 @@ public:
     // CTBUTF16
     const char16_t* getEncodingName() override;
     char16_t convertChar(char16_t unit) override;
-    std::uint16_t convertUTF16(std::uint16_t unit) override;
+    std::uint16_t convertUTF16(std::uint16_t value) override;
 };
 
 } // namespace vx::text::charset

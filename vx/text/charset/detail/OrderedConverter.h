@@ -54,16 +54,16 @@ std::int32_t convertInOrder(const Converter& converter, Convert&& convert, Hook 
         return Ordered<order>()(unit);                                                                                 \
     }                                                                                                                  \
                                                                                                                        \
-    Number Class::hook(Number number)                                                                                  \
+    Number Class::hook(Number value)                                                                                   \
     {                                                                                                                  \
-        return Ordered<order>()(number);                                                                               \
+        return Ordered<order>()(value);                                                                                \
     }
 
 /// The substitution of an encoder is U+FFFD.
 #define VX_ORDERED_ENCODER(Class, name, order, Number, hook)                                                           \
     Class::Class() noexcept                                                                                            \
     {                                                                                                                  \
-        storeNumber<order>(m_substitutionBytes, Number {REPLACEMENT});                                                 \
+        storeNumber<order>(m_substitutionBytes, static_cast<Number>(REPLACEMENT));                                     \
         m_substitutionLength = sizeof(Number);                                                                         \
     }                                                                                                                  \
                                                                                                                        \
