@@ -4,6 +4,7 @@
 import os
 import pwd
 import random
+import resource
 import shutil
 import unittest
 
@@ -14,10 +15,10 @@ KEY = "VX_HKEY_USER\\Software\\X"
 
 
 class Scratch(tool.Scratch):
-    def vxreg(self, *arguments, text=b"", env=None):
+    def vxreg(self, *arguments, text=b"", env=None, **options):
         environment = {**os.environ, "VXSYS4_REGISTRY": self.path("store"),
                        "VXSYS4_MACHINE_REGISTRY": self.path("machine"), **(env or {})}
-        return tool.run("vxreg", *arguments, data=text, env=environment, cwd=self.folder)
+        return tool.run("vxreg", *arguments, data=text, env=environment, cwd=self.folder, **options)
 
     def output(self, *arguments, **options):
         result = self.vxreg(*arguments, **options)
@@ -88,7 +89,11 @@ class Branches(Scratch):
         self.output("import", "file")
         self.assertEqual(self.output("export", "VX_HKEY_USER\\A"), self.TEXT)
         self.assertRefused(["export", "VX_HKEY_USER\\B", "file"], "VX_HKEY_USER\\B", "not found")
+        full = tool.limited(resource.RLIMIT_FSIZE, 1000)
+        self.assertRefused(["export", "VX_HKEY_USER\\A", "file"], "file: the file is too large", preexec_fn=full)
         self.assertEqual(self.read("file").decode(), self.TEXT)
+        self.assertRefused(["export", "VX_HKEY_USER\\A", "/dev/full"], "/dev/full: the disk is full")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["file", "store"])
 
     def test_are_set_as_a_whole_or_not_at_all(self):
         head = b'# a note\r\n[VX_HKEY_USER\\A]\r\n\r\n"n"=u32:1\r\n'

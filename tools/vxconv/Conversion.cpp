@@ -2,11 +2,12 @@
 
 #include "CheckedInput.h"
 #include "Detection.h"
-#include "Files.h"
 #include "TextPlace.h"
 #include "Texts.h"
 #include "common/Component.h"
 #include "common/Failure.h"
+#include "common/Input.h"
+#include "common/Output.h"
 #include "common/Program.h"
 #include "common/Progress.h"
 
@@ -23,6 +24,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sys/stat.h>
 #include <vector>
 
 namespace vxconv {
@@ -180,6 +182,16 @@ private:
     std::int64_t m_written = 0; // units
 };
 
+/// Refuses a standard output that is the file of the input: what is written there would be read again.
+void requireOtherFile(const Input& input, const Output& output)
+{
+    struct stat source, target;
+    if (::fstat(output.descriptor(), &target) == 0 && S_ISREG(target.st_mode)
+        && ::fstat(input.descriptor(), &source) == 0 && source.st_dev == target.st_dev
+        && source.st_ino == target.st_ino)
+        throw Failure(output.name(), IS_INPUT());
+}
+
 } // namespace
 
 void requireEncodings(const Options& options)
@@ -195,7 +207,8 @@ void convertFile(
     const Detected from = options.isAuto() ? detectEncoding(input, options.fallback) : Detected {options.from, 0};
     if (options.verbose)
         complain("vxconv", messages.say(READ_AS(input.name(), from.encoding)));
-    Output output(outputPath, input);
+    Output output(outputPath);
+    requireOtherFile(input, output);
     Source source(options, input, from);
     Target target(options, input, output);
     for (std::u16string_view text; !(text = source.next()).empty();)

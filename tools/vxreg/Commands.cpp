@@ -3,6 +3,7 @@
 #include "common/CommandLine.h"
 #include "common/Failure.h"
 #include "common/Input.h"
+#include "common/Output.h"
 #include "vxreg/Classes.h"
 #include "vxreg/Results.h"
 #include "vxreg/TextForm.h"
@@ -19,7 +20,6 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <limits>
 #include <pwd.h>
@@ -283,15 +283,11 @@ void verify(const Arguments& arguments, const Context& context)
 void exportBranch(const Arguments& arguments, const Context&)
 {
     const RegistryKey key = keyOf(arguments[0]);
-    std::ostringstream text; // so that a failure does not change the file
+    std::ostringstream text;
     about(arguments[0], [&] { writeBranch(text, key); });
-    if (arguments.size() < 2 || arguments[1] == "-") {
-        std::cout << text.str();
-        return;
-    }
-    std::ofstream file(arguments[1]);
-    if (!(file << text.str()) || !file.flush())
-        throw Failure(arguments[1], vxtools::textOfError(errno));
+    vxtools::Output file(arguments.size() < 2 ? "-" : arguments[1]);
+    file.write(text.view());
+    file.commit();
 }
 
 std::string readAll(const vxtools::Input& input)

@@ -1,8 +1,8 @@
-#include "Files.h"
+#include "Output.h"
 
-#include "Texts.h"
-#include "common/Failure.h"
-#include "common/FileName.h"
+#include "Failure.h"
+#include "FileName.h"
+#include "Input.h"
 
 #include <array>
 #include <cerrno>
@@ -17,9 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace vxconv {
-
-using namespace vxtools;
+namespace vxtools {
 
 namespace {
 
@@ -120,29 +118,19 @@ mode_t rightsOfNewFile()
     return RIGHTS_OF_NEW_FILES & ~mask;
 }
 
-bool isSameFile(const struct stat& one, const struct stat& other)
-{
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
 } // namespace
 
-Output::Output(vxtools::Text name)
+Output::Output(Text name)
     : m_name(std::move(name))
 {
 }
 
-Output::Output(const std::string& path, const Input& input)
+Output::Output(const std::string& path)
     : Output(path == "-" ? STANDARD_OUTPUT() : Text(path)) // so that the destructor runs if what follows fails
 {
-    struct stat status;
-    if (path == "-") {
-        struct stat source;
-        if (::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode) && ::fstat(input.descriptor(), &source) == 0
-            && isSameFile(status, source))
-            throw Failure(m_name, IS_INPUT());
+    if (path == "-")
         return;
-    }
+    struct stat status;
     if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         m_descriptor = openFile(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
         if (m_descriptor < 0)
@@ -165,12 +153,12 @@ Output::~Output()
 void Output::openBeside(const std::string& path)
 {
     struct stat status;
-    const bool replaces = ::stat(path.c_str(), &status) == 0;
-    if (replaces && ::access(path.c_str(), W_OK) != 0)
+    m_replaces = ::stat(path.c_str(), &status) == 0;
+    if (m_replaces && ::access(path.c_str(), W_OK) != 0)
         throw Failure(m_name, textOfError(errno));
 
     const std::string folder = path.substr(0, path.rfind('/') + 1);
-    m_beside = folder + ".vxconv-XXXXXX";
+    m_beside = folder + ".vx-XXXXXX";
     if (m_beside.size() >= sizeof g_beside)
         throw Failure(m_name, textOfError(ENAMETOOLONG));
 
@@ -189,16 +177,31 @@ void Output::openBeside(const std::string& path)
         g_beside[0] = '\0';
         throw Failure(m_name, textOfError(error));
     }
-    if (replaces && ::fchown(m_descriptor, status.st_uid, status.st_gid) != 0)
+    if (m_replaces && ::fchown(m_descriptor, status.st_uid, status.st_gid) != 0)
         status.st_mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID); // do not grant the rights of another owner
-    if (::fchmod(m_descriptor, replaces ? status.st_mode & RIGHTS : rightsOfNewFile()) != 0)
+    if (::fchmod(m_descriptor, m_replaces ? status.st_mode & RIGHTS : rightsOfNewFile()) != 0)
         throw Failure(m_name, textOfError(errno));
+}
+
+void Output::write(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            throw Failure(m_name, textOfError(errno));
+    }
 }
 
 void Output::commit()
 {
     if (m_target.empty())
         return;
+    while (m_replaces && ::fsync(m_descriptor) != 0) {
+        if (errno != EINTR)
+            throw Failure(m_name, textOfError(errno));
+    }
     // Closing any descriptor reports what the system could not write; the other descriptor can still name the file.
     if (::close(::dup(m_descriptor)) != 0 && errno != EINTR)
         throw Failure(m_name, textOfError(errno));
@@ -219,4 +222,4 @@ void Output::close()
     m_descriptor = -1;
 }
 
-} // namespace vxconv
+} // namespace vxtools
