@@ -45,6 +45,25 @@ class Completions(tool.Scratch):
                 run("zsh", "-n", file)
                 run("zsh", "-fc", f'_arguments() {{ comparguments=$#; }}; . "$1"; ((comparguments > {len(options)}))', "zsh", file)
 
+    def test_offer_the_commands_as_first_argument(self):
+        bash = '. "$1"; COMP_WORDS=("${@:2}"); COMP_CWORD=$(($# - 2)); _vxreg; printf "%s\\n" "${COMPREPLY[@]}"'
+        fish = 'source $argv[1]; complete -C "$argv[2]"'
+        for words, offered in [
+            ("re", ["register", "resolve"]), ("-m re", ["register", "resolve"]), ("--machine -m re", ["register", "resolve"]),
+            ("--locale de re", ["register", "resolve"]), ("-m --locale=de re", ["register", "resolve"]),
+            ("--locale re", []), ("--locale=re", []), ("-m get re", []), ("-m - re", []), ("--locale de get re", []),
+            ("--completion ba", ["bash"]), ("--machine --completion=ba", ["bash"]),
+        ]:
+            line = ["vxreg", *words.replace("=", " = ").split()]
+            with self.subTest(words, shell="bash"):
+                said = run("bash", "-c", bash, "bash", os.path.join(FILES, "bash", "vxreg"), *line, cwd=self.folder)
+                self.assertEqual(said.split(), offered)
+            if shutil.which("fish"):
+                with self.subTest(words, shell="fish"):
+                    said = run("fish", "-c", fish, os.path.join(FILES, "fish", "vxreg.fish"), "vxreg " + words, cwd=self.folder,
+                               env={"HOME": self.folder, "PATH": os.environ["PATH"]})
+                    self.assertEqual([row.split("\t")[0].split("=")[-1] for row in said.splitlines()], offered)
+
 
 @unittest.skipUnless(glob.glob(FILES + "/*.1"), "no manual pages were made")
 class Pages(unittest.TestCase):

@@ -77,11 +77,53 @@ std::string joined(std::span<const std::string_view> words)
     return text;
 }
 
-std::string completeInBash(const detail::OptionRows& table, std::string_view words)
+/// The name of a function of a shell.
+std::string functionOf(const detail::OptionRows& table)
 {
     std::string function = "_" + table.program;
     std::replace_if(
         function.begin(), function.end(), [](unsigned char byte) { return std::isalnum(byte) == 0; }, '_');
+    return function;
+}
+
+/// The forms of all options with a value, such as "--from -f --to".
+std::string formsBeforeValues(const detail::OptionRows& table, std::string_view between)
+{
+    std::string forms;
+    for (const OptionRow& row : table.rows) {
+        if (row.value == nullptr)
+            continue;
+        forms.append(forms.empty() ? "" : between).append("--").append(row.name);
+        if (row.letter != '\0')
+            forms.append(between).append("-") += row.letter;
+    }
+    return forms;
+}
+
+/// Offers `words` unless an argument is to the left of the cursor. The values of options are no arguments.
+std::string completeFirstArgumentInBash(const detail::OptionRows& table, std::string_view words)
+{
+    std::string script = "    local at isFirst=1\n"
+                         "    for ((at = 1; at < COMP_CWORD; ++at)); do\n"
+                         "        case ${COMP_WORDS[at]} in\n";
+    if (const std::string forms = formsBeforeValues(table, "|"); !forms.empty())
+        script += "            " + forms + ") [[ ${COMP_WORDS[++at]} == = ]] && ((++at)) ;;\n";
+    return script
+        + "            -?*) ;;\n"
+          "            *) isFirst= ;;\n"
+          "        esac\n"
+          "    done\n"
+          "    if [[ $isFirst ]]; then\n"
+          "        mapfile -t COMPREPLY < <(compgen -W '"
+        + std::string(words)
+        + "' -- \"$word\")\n"
+          "        return\n"
+          "    fi\n";
+}
+
+std::string completeInBash(const detail::OptionRows& table, std::string_view words)
+{
+    const std::string function = functionOf(table);
     std::string forms;
     std::string cases;
     for (const OptionRow& row : table.rows) {
@@ -116,8 +158,7 @@ std::string completeInBash(const detail::OptionRows& table, std::string_view wor
           "        return\n"
           "    fi\n";
     if (!words.empty())
-        script += "    if ((COMP_CWORD == 1)); then\n        mapfile -t COMPREPLY < <(compgen -W '" + std::string(words)
-            + "' -- \"$word\")\n        return\n    fi\n";
+        script += completeFirstArgumentInBash(table, words);
     return script
         + "    compopt -o filenames 2>/dev/null\n"
           "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"
@@ -152,6 +193,34 @@ std::string completeInZsh(const detail::OptionRows& table, std::string_view word
     return script + " \\\n    '*:file:_files'\n";
 }
 
+/// A function that succeeds unless an argument is to the left of the cursor. The values of options are no arguments.
+std::string isFirstArgumentInFish(const detail::OptionRows& table, const std::string& name)
+{
+    std::string script = "function " + name
+        + "\n"
+          "    set -l words (commandline -opc)\n"
+          "    set -e words[1]\n"
+          "    set -l isValue 0\n"
+          "    for word in $words\n"
+          "        if test $isValue = 1\n"
+          "            set isValue 0\n"
+          "            continue\n"
+          "        end\n"
+          "        switch $word\n";
+    if (const std::string forms = formsBeforeValues(table, " "); !forms.empty())
+        script += "            case " + forms + "\n                set isValue 1\n";
+    return script
+        + "            case -\n"
+          "                return 1\n"
+          "            case '-*'\n"
+          "            case '*'\n"
+          "                return 1\n"
+          "        end\n"
+          "    end\n"
+          "    return 0\n"
+          "end\n";
+}
+
 std::string completeInFish(const detail::OptionRows& table, std::string_view words)
 {
     const std::string begin = "complete -c " + table.program;
@@ -167,8 +236,11 @@ std::string completeInFish(const detail::OptionRows& table, std::string_view wor
         }
         script += " -d '" + replaced(replaced(lineOf(row), "\\", "\\\\"), "'", "\\'") + "'\n";
     }
-    if (!words.empty())
-        script += begin + " -n __fish_use_subcommand -f -a '" + std::string(words) + "'\n";
+    if (!words.empty()) {
+        const std::string function = '_' + functionOf(table) + "_is_first";
+        script += isFirstArgumentInFish(table, function) + begin + " -n " + function + " -f -a '" + std::string(words)
+            + "'\n";
+    }
     return script;
 }
 
