@@ -60,6 +60,8 @@ class Values(Scratch):
         self.assertRefused(["shout"], "unknown command shout", "register", "import", status=2)
         self.assertRefused(["set", KEY, "n"], "KEY NAME VALUE [TYPE]", status=2)
         self.assertRefused(["set", KEY, "n", "12x", "u32"], '"12x"', "0 to 4294967295", status=2)
+        for option in ["--completion", "--compl"]:
+            self.assertRefused([option + "=sh"], f'{option} does not take "sh", only bash, zsh, fish;', status=2)
         self.assertRefused(["get", KEY], "default value: not found")
         self.assertRefused(["set", "VX_HKEY_USER\\" + "x" * 256, "n", "1"], "longer than 255")
         self.output("set", KEY, "n", "1")

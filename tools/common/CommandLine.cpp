@@ -39,11 +39,21 @@ constexpr Message NO_OPTION {u"tools.no-option", "unknown option {0}"};
 constexpr Message WHICH_OPTION {u"tools.which-option", "option {0} may be one of {1}"};
 constexpr Message NO_VALUE {u"tools.no-value", "{0} needs a value"};
 constexpr Message TAKES_NO_VALUE {u"tools.takes-no-value", "{0} takes no value"};
-constexpr Message NO_SUCH_VALUE {u"tools.no-such-value", "{0} does not take \"{1}\""};
+constexpr Message NO_SUCH_VALUE {u"tools.no-such-value", "{0} does not take \"{1}\", only {2}"};
 constexpr Message NO_NUMBER {u"tools.no-number", "{0} takes a number from {1} to {2}, not \"{3}\""};
 constexpr Message ONE_INPUT_TOO_MANY {u"tools.one-input-too-many", "one input too many: {0}"};
 
-Text textOf(const OptionException& failure)
+/// "plain, json, xml"
+std::string valuesOf(const OptionTable& table, const std::string& option)
+{
+    const vx::util::OptionRow* row = table.findRow(option);
+    std::string values;
+    for (const char* each = row != nullptr ? row->value : ""; *each != '\0'; ++each)
+        values += *each == '|' ? std::string(", ") : std::string(1, *each);
+    return values;
+}
+
+Text textOf(const OptionException& failure, const OptionTable& table)
 {
     switch (failure.getFault()) {
     case OptionException::Fault::UNKNOWN:
@@ -59,7 +69,7 @@ Text textOf(const OptionException& failure)
     case OptionException::Fault::NO_NUMBER:
         break;
     }
-    return NO_SUCH_VALUE(failure.getOption(), failure.getDetail());
+    return NO_SUCH_VALUE(failure.getOption(), failure.getDetail(), valuesOf(table, failure.getOption()));
 }
 
 } // namespace
@@ -90,7 +100,7 @@ ParsedOptions parseCommandLine(const OptionTable& table, int argc, char** argv, 
     try {
         return table.parse(argc, argv, order);
     } catch (const OptionException& failure) {
-        throw UsageError(textOf(failure));
+        throw UsageError(textOf(failure, table));
     }
 }
 

@@ -38,15 +38,21 @@ const OptionRow& OptionRows::rowOf(std::string_view name) const
     return *row;
 }
 
-const OptionRow& OptionRows::rowOfWritten(std::string_view name, const std::string& written) const
+std::vector<const OptionRow*> OptionRows::candidatesOf(std::string_view name) const
 {
-    std::vector<const OptionRow*> candidates;
+    std::vector<const OptionRow*> found;
     for (const OptionRow& row : rows) {
         if (row.name == name)
-            return row;
+            return {&row};
         if (!name.empty() && std::string_view(row.name).starts_with(name))
-            candidates.push_back(&row);
+            found.push_back(&row);
     }
+    return found;
+}
+
+const OptionRow& OptionRows::rowOfWritten(std::string_view name, const std::string& written) const
+{
+    const std::vector<const OptionRow*> candidates = candidatesOf(name);
     if (candidates.empty())
         throw OptionException(program, Fault::UNKNOWN, written, "", "unknown option " + written);
     if (candidates.size() == 1)
@@ -186,6 +192,15 @@ OptionTable::OptionTable(std::string program, std::vector<OptionRow> rows)
         if (&m_table->rowOf(row.name) != &row || (row.letter != '\0' && m_table->rowOfLetter(row.letter) != &row))
             throw Exception(textOf("two options of the table are alike: " + std::string(row.name)));
     }
+}
+
+const OptionRow* OptionTable::findRow(std::string_view written) const
+{
+    if (written.starts_with(LONG)) {
+        const std::vector<const OptionRow*> candidates = m_table->candidatesOf(written.substr(LONG.size()));
+        return candidates.size() == 1 ? candidates.front() : nullptr;
+    }
+    return written.size() == 2 && written.front() == '-' ? m_table->rowOfLetter(written.back()) : nullptr;
 }
 
 namespace {

@@ -150,6 +150,10 @@ public:
     ParsedOptions parse(
         int count, const char* const* arguments, Order order = Order::MIXED, Faults faults = Faults::THROWN) const;
 
+    /// The option that a user wrote as `written`: "--level", the beginning "--lev", or "-l". Null if no option has that form,
+    /// or more than one. Valid as long as the table exists.
+    const OptionRow* findRow(std::string_view written) const;
+
     /// The help on all options, in lines of at most 80 characters. The default of an option is added in parentheses.
     std::string getHelp(const Translation& helpOf = {}) const;
     /// A script with which `shell` completes the options of the program. It offers `words` for the first argument, and

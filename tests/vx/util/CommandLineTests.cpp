@@ -184,6 +184,16 @@ TEST(OptionTable, GivesValuesByName)
     EXPECT_THROW(options.has("nothing"), Exception);
 }
 
+TEST(OptionTable, FindsARowByWhatAUserWrote)
+{
+    for (const auto& [written, name] :
+        std::initializer_list<std::pair<const char*, std::string>> {{"--lines", "lines"}, {"--line-", "line-end"},
+            {"-l", "lines"}, {"--li", ""}, {"--", ""}, {"-", ""}, {"-y", ""}, {"-lx", ""}, {"lines", ""}, {"", ""}}) {
+        const OptionRow* row = table().findRow(written);
+        EXPECT_EQ(row != nullptr ? row->name : "", name) << written;
+    }
+}
+
 TEST(OptionTable, PrintsTheHelpTextAndScriptsOfShells)
 {
     EXPECT_EQ(table().getHelp([](const OptionRow& row) { return std::string(row.help); }),

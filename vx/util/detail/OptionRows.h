@@ -11,6 +11,8 @@ namespace vx::util::detail {
 struct OptionRows {
     /// Throws Exception for a name that no row has.
     const OptionRow& rowOf(std::string_view name) const;
+    /// The row with the name, or else all whose names begin with it.
+    std::vector<const OptionRow*> candidatesOf(std::string_view name) const;
     /// The row with the name, or else the only one whose name begins with it. Throws OptionException.
     const OptionRow& rowOfWritten(std::string_view name, const std::string& written) const;
     /// Null if there is none.
