@@ -26,7 +26,9 @@ TEST(Defaults, FollowTheEnvironment)
     } cases[] = {{{}, u"UTF-8", u"en_US"}, {{"", "", "", ""}, u"UTF-8", u"en_US"},
         {{nullptr, nullptr, nullptr, "C"}, u"UTF-8", u"en_US"}, {{"POSIX"}, u"UTF-8", u"en_US"},
         {{"C.UTF-8"}, u"UTF-8", u"en_US"}, {{"xx_XX.ISO8859-15@euro"}, u"ISO-8859-15", u"xx_XX"},
-        {{"xx_XX.KOI8-R", "yy_YY.UTF-8"}, u"KOI8-R", u"yy_YY"}, {{"yy.KOI8-R", "", "xx_XX.KOI8-U"}, u"KOI8-U", u"yy"},
+        {{"xx_XX.Utf_8"}, u"Utf_8", u"xx_XX"}, {{"xx_XX.UTF-80"}, u"UTF-80", u"xx_XX"},
+        {{"xx_XX.UTF-"}, u"UTF-", u"xx_XX"}, {{"xx_XX.KOI8-R", "yy_YY.UTF-8"}, u"KOI8-R", u"yy_YY"},
+        {{"yy.KOI8-R", "", "xx_XX.KOI8-U"}, u"KOI8-U", u"yy"},
         {{"yy_YY.UTF-8", "yy_YY.UTF-8", "yy_YY.UTF-8", "xx_419.KOI8-R"}, u"KOI8-R", u"xx_419"},
         {{"xx_XX@latin"}, u"UTF-8", u"xx_XX"}, {{"xx_XX."}, u"UTF-8", u"xx_XX"}, {{"/some/path"}, u"UTF-8", u"en_US"},
         {{"xx_.a\xFF"}, u"UTF-8", u"en_US"}, {{"xx_X9"}, u"UTF-8", u"en_US"}};
@@ -41,6 +43,8 @@ TEST(Defaults, FollowTheEnvironment)
         EXPECT_EQ(name[0], u'\0');
         EXPECT_EQ(VXGetDefaultCharEncoding(name, length + 1), 0);
         EXPECT_EQ(name, row.encoding);
+        const bool isUtf8 = row.encoding == u"UTF-8" || row.encoding == u"Utf_8";
+        EXPECT_EQ(VXIsDefaultCharEncodingUtf8(), isUtf8 ? 1 : 0);
         EXPECT_EQ(VXGetDefaultLocale(name, 40), 0);
         EXPECT_EQ(name, row.locale);
     }
@@ -69,8 +73,10 @@ private:
 
 std::u16string defaultEncoding()
 {
+    const bool isUtf8 = VXIsDefaultCharEncodingUtf8() != 0; // the first that sees a change
     char16_t name[40];
     EXPECT_EQ(VXGetDefaultCharEncoding(name, 40), 0);
+    EXPECT_EQ(isUtf8, std::u16string_view(name) == u"UTF-8");
     return name;
 }
 

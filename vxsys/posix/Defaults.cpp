@@ -1,9 +1,9 @@
 #include "vxsys/Defaults.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/EncodingName.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -19,6 +19,7 @@ namespace {
 
 using namespace vxsys::results;
 
+constexpr std::int32_t NAME_SIZE = 64; ///< of the name of an encoding that is stored
 constexpr std::string_view FALLBACK_ENCODING = "UTF-8";
 constexpr std::string_view FALLBACK_LOCALE = "en_US";
 
@@ -77,62 +78,34 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
-/// Where the strings of the environment were when a thread last looked. `setenv`, `putenv`, `unsetenv`, `clearenv` and an
-/// assignment to `environ` each change at least one of these places. Comparing all of them takes less time than looking
-/// up one variable.
-///
-/// All threads share it, and none waits: a reader that meets a writer only learns that the state is unknown. The loads
-/// of the places acquire, so that the version is read again after them.
+/// Where the strings of the environment were when this thread last looked. `setenv`, `putenv`, `unsetenv`, `clearenv`
+/// and an assignment to `environ` each change at least one of these places. Comparing all of them takes less time than
+/// looking up one variable.
 class EnvironmentPlaces {
 public:
-    static constexpr std::uint32_t UNKNOWN = 0;
-
-    /// The number of the state that was stored last if the environment is still in that state, otherwise UNKNOWN.
-    std::uint32_t current() const noexcept
+    /// All places are read, also if the array ends earlier now: at the same address it has the memory of before.
+    bool areSame() const noexcept
     {
-        const std::uint32_t version = m_version.load(std::memory_order_acquire);
         const char* const* const array = ::environ;
-        if (version % 2 != 0 || array != m_array.load(std::memory_order_acquire))
-            return UNKNOWN;
-        // Each place that is the same, but the last, is followed by another one: nothing is read after the end.
-        const auto isSame
-            = [&](std::size_t index) { return m_places[index].load(std::memory_order_acquire) == array[index]; };
-        const std::size_t count = m_count.load(std::memory_order_acquire);
-        std::size_t index = 0;
-        for (; index + 8 <= count; index += 8) {
-            if (!(isSame(index) && isSame(index + 1) && isSame(index + 2) && isSame(index + 3) && isSame(index + 4)
-                    && isSame(index + 5) && isSame(index + 6) && isSame(index + 7)))
-                return UNKNOWN;
-        }
-        for (; index < count; ++index) {
-            if (!isSame(index))
-                return UNKNOWN;
-        }
-        const std::uint64_t stamp = m_stampOfRest.load(std::memory_order_acquire);
-        if (stamp != 0 && stamp != stampOf(array + count))
-            return UNKNOWN;
-        return m_version.load(std::memory_order_relaxed) == version ? version : UNKNOWN;
+        return array == m_array && m_count != 0 && std::memcmp(array, m_places, m_count * sizeof *array) == 0
+            && (m_stampOfRest == 0 || m_stampOfRest == stampOf(array + m_count));
     }
 
-    /// Stores the present state and returns its number. UNKNOWN if another thread does the same at the moment.
-    std::uint32_t take() noexcept
+    void take() noexcept
     {
-        std::uint32_t version = m_version.load(std::memory_order_relaxed);
-        if (version % 2 != 0 || !m_version.compare_exchange_strong(version, version + 1, std::memory_order_acquire))
-            return UNKNOWN;
-        const char* const* const array = ::environ;
-        std::size_t count = 0;
-        bool isWhole = array == nullptr;
-        for (; !isWhole && count < std::size(m_places); ++count) {
-            m_places[count].store(array[count], std::memory_order_release);
-            isWhole = array[count] == nullptr;
+        m_array = ::environ;
+        m_count = 0;
+        m_stampOfRest = 0;
+        if (m_array == nullptr)
+            return;
+        for (bool isWhole = false; !isWhole; ++m_count) {
+            if (m_count == std::size(m_places)) {
+                m_stampOfRest = stampOf(m_array + m_count);
+                break;
+            }
+            m_places[m_count] = m_array[m_count];
+            isWhole = m_array[m_count] == nullptr;
         }
-        m_array.store(array, std::memory_order_release);
-        m_count.store(count, std::memory_order_release);
-        m_stampOfRest.store(isWhole ? 0 : stampOf(array + count), std::memory_order_release);
-        version += version + 2 != UNKNOWN ? 2 : 4;
-        m_version.store(version, std::memory_order_release);
-        return version;
     }
 
 private:
@@ -147,14 +120,11 @@ private:
         return std::max<std::uint64_t>(stamp, 1);
     }
 
-    std::atomic<std::uint32_t> m_version {UNKNOWN}; ///< odd while a thread stores a state
-    std::atomic<const char* const*> m_array {nullptr};
-    std::atomic<std::size_t> m_count {0}; ///< of the places, with the null at the end
-    std::atomic<std::uint64_t> m_stampOfRest {0}; ///< of the places that have no room here; 0 if all have
-    std::atomic<const char*> m_places[250] {};
+    const char* const* m_array;
+    std::size_t m_count; ///< of the places, with the null at the end; 0: unknown
+    std::uint64_t m_stampOfRest; ///< of the places that have no room here; 0 if all have
+    const char* m_places[124];
 };
-
-constinit EnvironmentPlaces g_environment {};
 
 /// The encoding of the last locale. It is stored because opening a locale takes longer than converting most texts.
 class LastEncoding {
@@ -163,9 +133,8 @@ public:
     /// read each time, because a program may change a string that it has passed to putenv.
     const char* localeNow() noexcept
     {
-        const std::uint32_t state = g_environment.current();
-        if (state == EnvironmentPlaces::UNKNOWN || state != m_state)
-            look(state);
+        if (!m_environment.areSame())
+            look();
         for (const char* value : m_values) {
             if (value != nullptr && *value != '\0')
                 return value;
@@ -174,6 +143,7 @@ public:
     }
 
     bool isOf(const char* locale) const noexcept { return m_isKnown && std::strcmp(m_locale, locale) == 0; }
+    bool isUtf8() const noexcept { return m_isUtf8; }
 
     void keep(std::string_view locale, std::u16string_view encoding) noexcept
     {
@@ -182,16 +152,12 @@ public:
             *std::copy(locale.begin(), locale.end(), m_locale) = '\0';
             m_length = encoding.copy(m_encoding, encoding.size());
             m_encoding[m_length] = 0;
+            m_isUtf8 = vxsys::isNameOfUtf8(m_encoding);
         }
     }
 
     std::int32_t write(char16_t* name, std::int32_t size) const noexcept
     {
-        constexpr std::size_t SHORT = 8; // most names are shorter: a fixed number of units needs no call
-        if (m_length < SHORT && static_cast<std::size_t>(size) >= SHORT) {
-            std::memcpy(name, m_encoding, SHORT * sizeof(char16_t));
-            return RESULT_OK;
-        }
         if (m_length >= static_cast<std::size_t>(size)) {
             *name = 0;
             return RESULT_BUFFER_TOO_SMALL;
@@ -201,9 +167,9 @@ public:
     }
 
 private:
-    [[gnu::noinline]] void look(std::uint32_t state) noexcept
+    [[gnu::noinline]] void look() noexcept
     {
-        m_state = state != EnvironmentPlaces::UNKNOWN ? state : g_environment.take();
+        m_environment.take();
         for (std::size_t index = 0; index < std::size(VARIABLES); ++index)
             m_values[index] = std::getenv(VARIABLES[index]);
     }
@@ -211,14 +177,22 @@ private:
     static constexpr const char* VARIABLES[] = {"LC_ALL", "LC_CTYPE", "LANG"};
 
     bool m_isKnown;
-    std::uint32_t m_state; ///< of the environment when the values were looked up
+    bool m_isUtf8;
+    EnvironmentPlaces m_environment; ///< when the values were looked up
     const char* m_values[std::size(VARIABLES)];
     char m_locale[64];
-    char16_t m_encoding[64];
+    char16_t m_encoding[NAME_SIZE];
     std::size_t m_length;
 };
 
 constinit thread_local LastEncoding s_lastEncoding {};
+
+LastEncoding& lastEncoding() noexcept
+{
+    LastEncoding* last = &s_lastEncoding;
+    asm("" : "+r"(last)); // a compiler that knows what it points to asks for the thread's object again at each use
+    return *last;
+}
 
 std::int32_t writeName(std::initializer_list<std::string_view> texts, char16_t* name, std::int32_t size) noexcept
 {
@@ -269,10 +243,19 @@ std::int32_t VXGetDefaultCharEncoding(char16_t* name, std::int32_t size) noexcep
 {
     if (name == nullptr || size < 1)
         return RESULT_INVALID_ARGUMENT;
-    LastEncoding* last = &s_lastEncoding;
-    asm("" : "+r"(last)); // a compiler that knows what it points to asks for the thread's object again at each use
-    const char* const environment = last->localeNow();
-    return last->isOf(environment) ? last->write(name, size) : writeEncodingOf(environment, *last, name, size);
+    LastEncoding& last = lastEncoding();
+    const char* const environment = last.localeNow();
+    return last.isOf(environment) ? last.write(name, size) : writeEncodingOf(environment, last, name, size);
+}
+
+std::int32_t VXIsDefaultCharEncodingUtf8() noexcept
+{
+    LastEncoding& last = lastEncoding();
+    const char* const environment = last.localeNow();
+    if (last.isOf(environment))
+        return last.isUtf8() ? 1 : 0;
+    char16_t name[NAME_SIZE];
+    return !failed(writeEncodingOf(environment, last, name, NAME_SIZE)) && vxsys::isNameOfUtf8(name) ? 1 : 0;
 }
 
 std::int32_t VXGetDefaultLocale(char16_t* name, std::int32_t size) noexcept

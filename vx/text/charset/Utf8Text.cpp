@@ -12,6 +12,7 @@
 #include "vx/text/charset/detail/Utf8EncodeBlocks.h"
 #include "vxsys/Defaults.h"
 #include "vxsys/Surrogate.h"
+#include "vxsys/detail/EncodingName.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -20,8 +21,6 @@ namespace vx::text::charset::detail {
 
 namespace {
 
-constexpr int NAME_SIZE = 40;
-
 /// Units of a text that `encodeShort` takes, and the bytes that it may write.
 constexpr std::int32_t SHORT_TEXT = 256;
 /// The vector path leaves less than this many units at an end to be encoded one by one. In a short text those are most of all.
@@ -29,20 +28,6 @@ constexpr std::int32_t PADDING = 16;
 /// Up to this many units take less time one by one than by vectors.
 constexpr std::int32_t FEW = 48;
 constexpr std::int32_t SHORT_ROOM = 3 * (SHORT_TEXT + PADDING);
-
-/// "UTF-8", "UTF8" and "UTF_8" in upper or lower case.
-bool isNameOfUtf8(const char16_t* name) noexcept
-{
-    constexpr std::u16string_view START = u"utf";
-    for (const char16_t unit : START) {
-        if ((*name | 0x20) != unit)
-            return false;
-        ++name;
-    }
-    if (*name == u'-' || *name == u'_')
-        ++name;
-    return name[0] == u'8' && name[1] == 0;
-}
 
 #if VX_VECTOR_PATHS
 
@@ -214,12 +199,8 @@ void appendPieces(std::string& bytes, std::u16string_view text)
 
 bool isUtf8(const char16_t* encoding)
 {
-    char16_t name[NAME_SIZE];
-    if (encoding == nullptr) {
-        VXGetDefaultCharEncoding(name, NAME_SIZE);
-        encoding = name;
-    }
-    return isNameOfUtf8(encoding) && areCodecsRegistered();
+    const bool isUtf8 = encoding != nullptr ? vxsys::isNameOfUtf8(encoding) : VXIsDefaultCharEncodingUtf8() != 0;
+    return isUtf8 && areCodecsRegistered();
 }
 
 std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, std::int32_t* read)
