@@ -12,6 +12,7 @@
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <vector>
 
 namespace vx {
 namespace {
@@ -111,12 +112,19 @@ TEST(NarrowText, EncodesMixedTextOfEveryShortLength)
     for (std::size_t length = 0; length < 600; ++length) {
         std::u16string units;
         std::string bytes;
+        const std::size_t first = length % 3 == 0 ? 0 : random() % std::size(characters);
+        const std::size_t kinds = length % 3 == 0 ? 2 : 1 + random() % (std::size(characters) - first);
         while (units.size() < length / 2) {
-            const auto& next = characters[random() % (length % 3 == 0 ? 2 : std::size(characters))];
+            const auto& next = characters[first + random() % kinds];
             units += next.units;
             bytes += next.bytes;
         }
-        ASSERT_EQ(String(units.data(), static_cast<int>(units.size())).toUtf8(), bytes) << length;
+        const String text(units.data(), static_cast<int>(units.size()));
+        ASSERT_EQ(text.toUtf8(), bytes) << length;
+        std::vector<char> array(bytes.size() + 1 + random() % (2 * bytes.size() + 40)); // nothing after it is written
+        const auto written
+            = static_cast<std::size_t>(text.getBytes(array.data(), static_cast<std::int32_t>(array.size()), u"UTF-8"));
+        ASSERT_EQ(std::string(array.data(), written), bytes + '\0') << array.size();
         units.insert(random() % (units.size() + 1), 1, random() % 2 == 0 ? u'\xDBFF' : u'\xDC00');
         const String broken(units.data(), static_cast<int>(units.size()));
         ASSERT_THROW(broken.toUtf8(), InvalidCharacterException) << "an odd number of halves, in " << units.size();

@@ -21,13 +21,9 @@ namespace vx::text::charset::detail {
 
 namespace {
 
-/// Units of a text that `encodeShort` takes, and the bytes that it may write.
+/// Units of a text that is encoded without a converter.
 constexpr std::int32_t SHORT_TEXT = 256;
-/// The vector path leaves less than this many units at an end to be encoded one by one. In a short text those are most of all.
-constexpr std::int32_t PADDING = 16;
-/// Up to this many units take less time one by one than by vectors.
-constexpr std::int32_t FEW = 48;
-constexpr std::int32_t SHORT_ROOM = 3 * (SHORT_TEXT + PADDING);
+constexpr std::int32_t SHORT_ROOM = 3 * SHORT_TEXT + ENCODE_SPARE;
 
 #if VX_VECTOR_PATHS
 
@@ -122,13 +118,12 @@ void throwIfLoneTrail(std::u16string_view text, std::size_t bytes)
         throw InvalidCharacterException(u"trailing surrogate without leading");
 }
 
-/// Encodes units one by one, three bytes for each at most. Returns the end of the bytes, or null if there is a lone
-/// surrogate.
-signed char* encodeUnits(const char16_t* in, const char16_t* end, signed char* out) noexcept
+/// Encodes the characters that begin before `until` one by one, up to a lone surrogate. `end` ends the text.
+void encodeUnits(const char16_t*& in, const char16_t* until, const char16_t* end, signed char*& out) noexcept
 {
     const auto store = [&](std::uint32_t byte) { *out++ = static_cast<signed char>(byte); };
-    while (in < end) {
-        const std::uint32_t unit = *in++;
+    for (; in < until; ++in) {
+        const std::uint32_t unit = *in;
         if (unit < 0x80) {
             store(unit);
         } else if (unit < 0x800) {
@@ -139,40 +134,46 @@ signed char* encodeUnits(const char16_t* in, const char16_t* end, signed char* o
             store(0x80 | (unit >> 6 & 0x3F));
             store(0x80 | (unit & 0x3F));
         } else {
-            if (unit >= 0xDC00 || in == end || (*in & 0xFC00) != 0xDC00)
-                return nullptr;
-            const std::uint32_t value = 0x10000 + ((unit & 0x3FF) << 10 | (*in++ & 0x3FF));
+            if (unit >= 0xDC00 || end - in < 2 || (in[1] & 0xFC00) != 0xDC00)
+                return;
+            const std::uint32_t value = 0x10000 + ((unit & 0x3FF) << 10 | (*++in & 0x3FF));
             store(0xF0 | value >> 18);
             store(0x80 | (value >> 12 & 0x3F));
             store(0x80 | (value >> 6 & 0x3F));
             store(0x80 | (value & 0x3F));
         }
     }
-    return out;
 }
 
-/// Encodes at most SHORT_TEXT units into SHORT_ROOM bytes and returns the bytes written, or -1 if there is a lone surrogate or
-/// no vector path. The padding is encoded too, one byte for each unit, and not counted.
-std::int32_t encodeShort(std::u16string_view text, signed char* out) noexcept
+/// Encodes from `position` on, up to a lone surrogate. Returns whether that was all. It may encode nothing if the text is long
+/// or `out` is small.
+bool encodeShort(
+    std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written, std::int32_t size)
 {
-    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data(), out, std::ssize(text)));
-    if (plain == std::ssize(text))
-        return plain;
-    if (std::ssize(text) - plain <= FEW) {
-        const signed char* const end = encodeUnits(text.data() + plain, text.data() + text.size(), out + plain);
-        return end != nullptr ? static_cast<std::int32_t>(end - out) : -1;
+    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(std::ssize(text) - position, std::max(size - written, 0));
+    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data() + position, out + written, count));
+    position += plain;
+    written += plain;
+    const std::ptrdiff_t rest = std::ssize(text) - position;
+    if (rest == 0)
+        return true;
+    const std::ptrdiff_t spare = size - written - 3 * rest;
+    if (rest > SHORT_TEXT || spare < 0)
+        return false;
+    const char16_t* const end = text.data() + text.size();
+    const char16_t* in = end - rest;
+    signed char* to = out + written;
+    while (in < end) {
+        if (spare >= ENCODE_SPARE)
+            encodeSome(text.data(), in, end, to);
+        const char16_t* const start = in;
+        encodeUnits(in, in + std::min<std::ptrdiff_t>(end - in, 8), end, to);
+        if (in == start)
+            break;
     }
-    char16_t units[SHORT_TEXT + PADDING];
-    char16_t* const end = std::copy(text.begin() + plain, text.end(), units);
-    std::fill_n(end, PADDING, u'\0');
-    const auto length = static_cast<std::int32_t>(end - units);
-    std::int32_t read = 0;
-    std::int32_t written = plain;
-    {
-        Encoding pass(units, &read, length + PADDING, out, &written, SHORT_ROOM);
-        encodePlain(pass);
-    }
-    return read >= length ? written - (read - length) : -1;
+    position = static_cast<std::int32_t>(in - text.data());
+    written = static_cast<std::int32_t>(to - out);
+    return in == end;
 }
 
 /// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros.
@@ -224,12 +225,12 @@ std::string encodeUtf8(std::u16string_view text)
     std::string bytes;
     if (text.size() <= SHORT_TEXT) {
         signed char out[SHORT_ROOM];
-        std::int32_t written = encodeShort(text, out);
-        if (written >= 0)
-            return std::string(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
         std::int32_t position = 0;
-        written = 0;
-        encodeUtf8(text, position, out, written, SHORT_ROOM);
+        std::int32_t written = 0;
+        if (encodeShort(text, position, out, written, SHORT_ROOM))
+            return std::string(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
+        CTBUTF8 encoder;
+        encodeText(encoder, text, position, out, written, SHORT_ROOM);
         bytes.assign(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
     } else {
         appendPieces(bytes, text);
@@ -243,19 +244,8 @@ std::string encodeUtf8(std::u16string_view text)
 void encodeUtf8(
     std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written, std::int32_t size)
 {
-    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(std::ssize(text) - position, std::max(size - written, 0));
-    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data() + position, out + written, count));
-    position += plain;
-    written += plain;
-    const auto rest = static_cast<std::int32_t>(std::ssize(text)) - position;
-    if (rest <= FEW && size - written >= 3 * rest) {
-        if (const signed char* const end
-            = encodeUnits(text.data() + position, text.data() + text.size(), out + written)) {
-            position += rest;
-            written = static_cast<std::int32_t>(end - out);
-            return;
-        }
-    }
+    if (encodeShort(text, position, out, written, size))
+        return;
     CTBUTF8 encoder;
     encodeText(encoder, text, position, out, written, size);
 }

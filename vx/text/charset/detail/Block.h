@@ -52,6 +52,19 @@ VX_USES_SHUFFLE inline __m128i shuffle(__m128i block, const Shuffle& places) noe
     return _mm_shuffle_epi8(block, loadBlock(places.data()));
 }
 
+/// The last `count` bytes of `block`, followed by zeros.
+VX_USES_SHUFFLE inline __m128i lastBytes(__m128i block, std::ptrdiff_t count) noexcept
+{
+    static constexpr std::array<std::uint8_t, 2 * BLOCK> PLACES = [] {
+        std::array<std::uint8_t, 2 * BLOCK> places {};
+        places.fill(EMPTY);
+        for (std::uint8_t byte = 0; byte < BLOCK; ++byte)
+            places[byte] = byte;
+        return places;
+    }();
+    return _mm_shuffle_epi8(block, loadBlock(PLACES.data() + BLOCK - count));
+}
+
 /// The bits of `block` that `mask` has after a shift to the right, or to the left for a negative one, in lanes of 16 or
 /// 32 bits.
 template <int shift>

@@ -78,6 +78,23 @@ VX_USES_SHUFFLE inline signed char* storePacked(signed char* out, __m128i lanes,
     return out + packing.length;
 }
 
+/// Stores one to three bytes for each of eight units: those of `shorts` where `isShort`, of which `singles` have one byte,
+/// else three of `units`. Up to BLOCK bytes after them may be written.
+VX_USES_SHUFFLE inline signed char* storeLanes(
+    signed char* out, __m128i units, __m128i shorts, __m128i isShort, unsigned singles) noexcept
+{
+    const __m128i zero = _mm_setzero_si128();
+    const unsigned triples = lanes16(isShort) ^ 0xFF;
+    if (triples == 0)
+        return storePacked(out, shorts, ENCODE_PAIRS[singles]);
+    const __m128i low = choose(_mm_unpacklo_epi16(isShort, isShort), _mm_unpacklo_epi16(shorts, zero),
+        encodeTriples(_mm_unpacklo_epi16(units, zero)));
+    const __m128i high = choose(_mm_unpackhi_epi16(isShort, isShort), _mm_unpackhi_epi16(shorts, zero),
+        encodeTriples(_mm_unpackhi_epi16(units, zero)));
+    out = storePacked(out, low, ENCODE_TRIPLES[(singles & 15) | (triples & 15) << 4]);
+    return storePacked(out, high, ENCODE_TRIPLES[singles >> 4 | (triples >> 4) << 4]);
+}
+
 /// Stores a block of units below 0x80 as bytes. If there are others, returns false and stores nothing.
 inline bool storePlain(signed char* out, const char16_t* in) noexcept
 {
@@ -92,7 +109,6 @@ inline bool storePlain(signed char* out, const char16_t* in) noexcept
 /// Encodes until there is a lone surrogate, or near an end.
 VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
 {
-    const __m128i zero = _mm_setzero_si128();
     const char16_t* in = pass.in;
     signed char* out = pass.out;
     unsigned open = 0; // 1: the unit before is a lead, whose first two bytes are stored
@@ -125,17 +141,7 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
             isShort = either(isShort, isSurrogate);
             open = leads >> 7;
         }
-        const unsigned triples = lanes16(isShort) ^ 0xFF;
-        if (triples == 0) {
-            out = storePacked(out, shorts, ENCODE_PAIRS[singles]);
-        } else {
-            const __m128i low = choose(_mm_unpacklo_epi16(isShort, isShort), _mm_unpacklo_epi16(shorts, zero),
-                encodeTriples(_mm_unpacklo_epi16(units, zero)));
-            const __m128i high = choose(_mm_unpackhi_epi16(isShort, isShort), _mm_unpackhi_epi16(shorts, zero),
-                encodeTriples(_mm_unpackhi_epi16(units, zero)));
-            out = storePacked(out, low, ENCODE_TRIPLES[(singles & 15) | (triples & 15) << 4]);
-            out = storePacked(out, high, ENCODE_TRIPLES[singles >> 4 | (triples >> 4) << 4]);
-        }
+        out = storeLanes(out, units, shorts, isShort, singles);
         in += 8;
     }
     // The rest of plain text is encoded together with some units before it, for which the same bytes are stored again.
@@ -152,6 +158,23 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
     pass.out = out;
 }
 
+/// Encodes up to eight units with a surrogate, or up to `end`, which at least eight units of the text precede.
+VX_USES_SHUFFLE inline void encodeToEnd(const char16_t*& in, const char16_t* end, signed char*& out) noexcept
+{
+    const __m128i last = loadBlock(end - 8);
+    while (in < end) {
+        const std::ptrdiff_t left = end - in;
+        const __m128i units = left >= 8 ? loadBlock(in) : lastBytes(last, 2 * left);
+        if (lanes8(has16(units, 0xF800, 0xD800)) != 0)
+            return;
+        const __m128i isSingle = has16(units, 0xFF80, 0);
+        out = storeLanes(
+            out, units, choose(isSingle, units, encodePairs(units)), has16(units, 0xF800, 0), lanes16(isSingle));
+        in += std::min<std::ptrdiff_t>(left, 8);
+        out -= std::max<std::ptrdiff_t>(8 - left, 0); // each zero after the end is one byte
+    }
+}
+
 } // namespace vx::text::charset::detail
 
 #endif
@@ -164,6 +187,20 @@ inline void encodePlain([[maybe_unused]] Encoding& pass) noexcept
 #if VX_VECTOR_PATHS
     if (hasShuffle())
         encodeBlocks(pass);
+#endif
+}
+
+/// Bytes after those of the text that `encodeSome` may write.
+inline constexpr std::ptrdiff_t ENCODE_SPARE = 32;
+
+/// Encodes units from `in` on with vector instructions, up to a surrogate near by, or up to `end`. The text begins with
+/// `start`. `out` has room for three bytes a unit and ENCODE_SPARE.
+inline void encodeSome([[maybe_unused]] const char16_t* start, [[maybe_unused]] const char16_t*& in,
+    [[maybe_unused]] const char16_t* end, [[maybe_unused]] signed char*& out) noexcept
+{
+#if VX_VECTOR_PATHS
+    if (end - start >= 8 && hasShuffle())
+        encodeToEnd(in, end, out);
 #endif
 }
 
