@@ -34,8 +34,8 @@ public:
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
 
-    bool isBorrowed() const noexcept { return data() == behind(); }
-    /// Where borrowed memory begins. The allocator never returns this place.
+    bool isBorrowed() const noexcept { return m_isBorrowed; }
+    /// Where borrowed memory begins. Separate memory may begin there too: some allocators put no header between blocks.
     Unit* behind() const noexcept { return reinterpret_cast<Unit*>(const_cast<BufferStorage*>(this) + 1); }
     Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
     int capacity() const noexcept { return length() <= m_capacity ? m_capacity : raised(length()); }
@@ -85,7 +85,12 @@ public:
 private:
     /// The largest multiple of 16 that an `int` can hold.
     static constexpr std::int64_t LARGEST = 0x7FFFFFF0;
-    void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
+    /// For separate memory, or null.
+    void setData(Unit* data) noexcept
+    {
+        m_data.store(data, std::memory_order_relaxed);
+        m_isBorrowed = false;
+    }
     void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units); }
     /// The capacity for `units` units, within the memory.
     int raised(int units) const noexcept { return static_cast<int>(std::min<std::int64_t>(adjust(units), m_room)); }
@@ -97,6 +102,7 @@ private:
     int m_capacity = 0; ///< before a greater length raised it
     std::atomic<int> m_length {0};
     int m_room = 0; ///< the units that the memory holds
+    bool m_isBorrowed = false;
 };
 
 /// The storage of the read-only buffers of both widths: units of another owner.
@@ -126,6 +132,7 @@ BufferStorage<AnyUnit>::BufferStorage(Unit* place, int units) noexcept
     : m_data(place)
     , m_capacity(units)
     , m_room(units)
+    , m_isBorrowed(true)
 {
 }
 
