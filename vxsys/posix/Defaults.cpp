@@ -4,6 +4,7 @@
 #include "vxsys/detail/EncodingName.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -78,38 +79,63 @@ bool isLocaleName(std::string_view text) noexcept
         || (country.size() == 3 && std::all_of(country.begin(), country.end(), isDigit));
 }
 
-/// Where the strings of the environment were when this thread last looked. `setenv`, `putenv`, `unsetenv`, `clearenv`
-/// and an assignment to `environ` each change at least one of these places. Comparing all of them takes less time than
-/// looking up one variable.
+/// Where the strings of the environment were when a thread last looked. `setenv`, `putenv`, `unsetenv`, `clearenv` and an
+/// assignment to `environ` each change at least one of these places. Comparing all of them takes less time than looking
+/// up one variable.
+///
+/// All threads share it, and none waits: a reader that meets a writer only learns that the state is unknown. The loads
+/// of the places acquire, so that the version is read again after them.
 class EnvironmentPlaces {
 public:
-    /// All places are read, also if the array ends earlier now: at the same address it has the memory of before.
-    bool areSame() const noexcept
+    static constexpr std::uint32_t UNKNOWN = 0;
+
+    /// The number of the state that was stored last if the environment is still in that state, otherwise UNKNOWN.
+    std::uint32_t current() const noexcept
     {
+        const std::uint32_t version = m_version.load(std::memory_order_acquire);
         const char* const* const array = ::environ;
-        return array == m_array && m_count != 0 && std::memcmp(array, m_places, m_count * sizeof *array) == 0
-            && (m_stampOfRest == 0 || m_stampOfRest == stampOf(array + m_count));
+        if (version % 2 != 0 || array != m_array.load(std::memory_order_acquire))
+            return UNKNOWN;
+        // No stored place is null, so each place that is the same is followed by another one: nothing is read after the
+        // end, also if another thread stores a new state meanwhile.
+        const auto isSame
+            = [&](std::size_t index) { return m_places[index].load(std::memory_order_acquire) == array[index]; };
+        const std::size_t count = m_count.load(std::memory_order_acquire);
+        std::size_t index = 0;
+        for (; index + 8 <= count; index += 8) {
+            if (!(isSame(index) && isSame(index + 1) && isSame(index + 2) && isSame(index + 3) && isSame(index + 4)
+                    && isSame(index + 5) && isSame(index + 6) && isSame(index + 7)))
+                return UNKNOWN;
+        }
+        for (; index < count; ++index) {
+            if (!isSame(index))
+                return UNKNOWN;
+        }
+        if (array != nullptr && stampOf(array + count) != m_stampOfRest.load(std::memory_order_acquire))
+            return UNKNOWN;
+        return m_version.load(std::memory_order_relaxed) == version ? version : UNKNOWN;
     }
 
-    void take() noexcept
+    /// Stores the present state and returns its number. UNKNOWN if another thread does the same at the moment.
+    std::uint32_t take() noexcept
     {
-        m_array = ::environ;
-        m_count = 0;
-        m_stampOfRest = 0;
-        if (m_array == nullptr)
-            return;
-        for (bool isWhole = false; !isWhole; ++m_count) {
-            if (m_count == std::size(m_places)) {
-                m_stampOfRest = stampOf(m_array + m_count);
-                break;
-            }
-            m_places[m_count] = m_array[m_count];
-            isWhole = m_array[m_count] == nullptr;
-        }
+        std::uint32_t version = m_version.load(std::memory_order_relaxed);
+        if (version % 2 != 0 || !m_version.compare_exchange_strong(version, version + 1, std::memory_order_acquire))
+            return UNKNOWN;
+        const char* const* const array = ::environ;
+        std::size_t count = 0;
+        for (; array != nullptr && count < std::size(m_places) && array[count] != nullptr; ++count)
+            m_places[count].store(array[count], std::memory_order_release);
+        m_array.store(array, std::memory_order_release);
+        m_count.store(count, std::memory_order_release);
+        m_stampOfRest.store(array != nullptr ? stampOf(array + count) : 0, std::memory_order_release);
+        version += version + 2 != UNKNOWN ? 2 : 4;
+        m_version.store(version, std::memory_order_release);
+        return version;
     }
 
 private:
-    /// A number computed from the places of an array that ends with null. Never 0.
+    /// A number computed from the places of an array that ends with null.
     static std::uint64_t stampOf(const char* const* array) noexcept
     {
         constexpr std::uint64_t STEP = 0x9E37'79B9'7F4A'7C16; // even: the weights below are odd
@@ -117,14 +143,17 @@ private:
         std::uint64_t weight = 1;
         for (; *array != nullptr; ++array, weight += STEP)
             stamp += reinterpret_cast<std::uintptr_t>(*array) * weight;
-        return std::max<std::uint64_t>(stamp, 1);
+        return stamp;
     }
 
-    const char* const* m_array;
-    std::size_t m_count; ///< of the places, with the null at the end; 0: unknown
-    std::uint64_t m_stampOfRest; ///< of the places that have no room here; 0 if all have
-    const char* m_places[124];
+    std::atomic<std::uint32_t> m_version {UNKNOWN}; ///< odd while a thread stores a state
+    std::atomic<const char* const*> m_array {nullptr};
+    std::atomic<std::size_t> m_count {0}; ///< of the places, without the null at the end
+    std::atomic<std::uint64_t> m_stampOfRest {0}; ///< of the places that have no room here
+    std::atomic<const char*> m_places[250] {};
 };
+
+constinit EnvironmentPlaces g_environment {};
 
 /// The encoding of the last locale. It is stored because opening a locale takes longer than converting most texts.
 class LastEncoding {
@@ -133,8 +162,9 @@ public:
     /// read each time, because a program may change a string that it has passed to putenv.
     const char* localeNow() noexcept
     {
-        if (!m_environment.areSame())
-            look();
+        const std::uint32_t state = g_environment.current();
+        if (state == EnvironmentPlaces::UNKNOWN || state != m_state)
+            look(state);
         for (const char* value : m_values) {
             if (value != nullptr && *value != '\0')
                 return value;
@@ -158,6 +188,11 @@ public:
 
     std::int32_t write(char16_t* name, std::int32_t size) const noexcept
     {
+        constexpr std::size_t SHORT = 8; // most names are shorter: a fixed number of units needs no call
+        if (m_length < SHORT && static_cast<std::size_t>(size) >= SHORT) {
+            std::memcpy(name, m_encoding, SHORT * sizeof(char16_t));
+            return RESULT_OK;
+        }
         if (m_length >= static_cast<std::size_t>(size)) {
             *name = 0;
             return RESULT_BUFFER_TOO_SMALL;
@@ -167,9 +202,9 @@ public:
     }
 
 private:
-    [[gnu::noinline]] void look() noexcept
+    [[gnu::noinline]] void look(std::uint32_t state) noexcept
     {
-        m_environment.take();
+        m_state = state != EnvironmentPlaces::UNKNOWN ? state : g_environment.take();
         for (std::size_t index = 0; index < std::size(VARIABLES); ++index)
             m_values[index] = std::getenv(VARIABLES[index]);
     }
@@ -178,7 +213,7 @@ private:
 
     bool m_isKnown;
     bool m_isUtf8;
-    EnvironmentPlaces m_environment; ///< when the values were looked up
+    std::uint32_t m_state; ///< of the environment when the values were looked up
     const char* m_values[std::size(VARIABLES)];
     char m_locale[64];
     char16_t m_encoding[NAME_SIZE];
