@@ -192,6 +192,13 @@ class Languages(tool.Scratch):
         said = result.stdout if "--help" in arguments else result.stderr
         return result.returncode, said.decode(errors="surrogateescape")
 
+    def assertLacks(self, locale, why, english, **variables):
+        """Expects the message in English, after one line on the language."""
+        status, said = self.told("--escape", "--locale", locale, **variables)
+        first, rest = said.split("\n", 1)
+        self.assertEqual((status, rest), english)
+        self.assertTrue(first.startswith(f"vxlog: --locale {locale}: ") and first.endswith(why), first)
+
     def test_says_everything_in_each(self):
         self.write("log", b"x")
         failures = [["-f", "a\\b"], ["--format", "xml", "-f", self.log], ["--help"]]
@@ -219,15 +226,21 @@ class Languages(tool.Scratch):
         english = self.told("--escape")
         german = self.told("--escape", "--locale=de")
         self.assertNotEqual(german, english)
-        for locale in ("xx", "", "..\\de", "/" * 9999):
-            self.assertEqual(self.told("--escape", "--locale", locale), english, locale)
-        self.assertEqual(self.told("--escape", "--locale=de", VXSYS4_REGISTRY=self.path("none")), english)
+        for locale in ("", "C", "POSIX.UTF-8", "en_GB"):
+            self.assertEqual(self.told("--escape", "--locale", locale, VXSYS4_REGISTRY=self.path("none")), english, locale)
+        self.assertEqual(self.told("--escape", LC_ALL="de_DE.UTF-8", LANGUAGE="de", VXSYS4_REGISTRY=self.path("none")), english)
+        for locale in ("xx", "..\\de", "/" * 9999):
+            self.assertLacks(locale, "no messages can be read in this language", english)
+        self.assertLacks("de", f'is not registered; "vxreg register {os.environ["VXLOG_BUNDLES"]}" adds it', english,
+                         VXSYS4_REGISTRY=self.path("none"))
 
-        for content in (b"vxlog.escape-is-xml =\n", b"no text\n", b"\xff = \xff\n"):
+        for content in (b"vxlog.escape-is-xml =\n", b"\xff = \xff\n"):
             self.write("texts/tools.de.txt", content)
             self.assertEqual(self.told("--escape", "--locale=de"), english, content)
+        self.write("texts/tools.de.txt", b"no text\n")
+        self.assertLacks("de", '"vxreg resolve Velmaris.Tools.StringBundle.de" tells more', english)
         os.truncate(self.library, 1000)
-        self.assertEqual(self.told("--escape", "--locale=fr"), english)
+        self.assertLacks("fr", '"vxreg resolve Velmaris.Tools.StringBundle.fr" tells more', english)
         result = vxlog("--locale=fr", data=b"x\n", env=self.environment)
         self.assertSucceeds(result, result.stdout)
         self.assertEqual(tool.entries_of(result.stdout.decode()), [{"level": "0", "text": "x"}])

@@ -14,6 +14,7 @@ struct ComponentLibrary {
     const char* package; ///< of Debian
 };
 
+inline constexpr ComponentLibrary BUNDLES {"vxbundles.so", "vxlib4-components"};
 inline constexpr ComponentLibrary CODECS {"vxcodecs.so", "vxlib4-components"};
 inline constexpr ComponentLibrary KAFKA_LIBRARY {"vxkafka.so", "vxlib4-kafka"};
 inline constexpr ComponentLibrary TLS_LIBRARY {"vxtls.so", "vxlib4-tls"};

@@ -1,8 +1,15 @@
 #include "Messages.h"
 
+#include "Component.h"
+#include "Failure.h"
+#include "Program.h"
+
 #include <vx/TerminatedText.h>
 #include <vx/i18n/Locale.h>
+#include <vxsys/Component.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -10,8 +17,36 @@ namespace vxtools {
 
 using namespace vx;
 
-Messages::Messages(std::optional<std::string> locale)
-    : m_locale(std::move(locale))
+namespace {
+
+constexpr Message NO_SUCH_LANGUAGE {u"tools.no-such-language", "no messages can be read in this language"};
+
+/// Those of BUNDLES beside English.
+constexpr std::u16string_view LANGUAGES[] = {u"de", u"fr"};
+
+/// "C" and "POSIX" are names of the locale without a language.
+bool isEnglish(const String& language)
+{
+    constexpr std::u16string_view NAMES[] = {u"en", u"C", u"POSIX"};
+    return std::ranges::find(NAMES, language.view()) != std::end(NAMES);
+}
+
+Text whyMissing(const String& language)
+{
+    if (std::ranges::find(LANGUAGES, language.view()) == std::end(LANGUAGES))
+        return NO_SUCH_LANGUAGE();
+    const String progId = String(u"Velmaris.Tools.StringBundle.") + language;
+    Reference<IVXUnknown> bundle;
+    const std::int32_t result
+        = VXComCreateObjectByProgID(TerminatedText(progId), nullptr, &IVXUnknown::IID, bundle.outVoid());
+    return noComponent(TerminatedText(progId), BUNDLES, result);
+}
+
+} // namespace
+
+Messages::Messages(const char* program, std::optional<std::string> locale)
+    : m_program(program)
+    , m_locale(std::move(locale))
 {
 }
 
@@ -38,14 +73,27 @@ std::string Messages::say(const Text& text)
     return said += rest;
 }
 
+void Messages::load(const std::string& name)
+{
+    String language;
+    bool isMet = false;
+    try {
+        const Reference<i18n::Locale> locale(new i18n::Locale(TerminatedText(String(name))));
+        language = locale->getLanguage();
+        isMet = name.empty() || isEnglish(language);
+        m_bundle = i18n::StringBundle::getBundle(u"Tools", locale.get());
+        isMet = isMet || m_bundle->getLocale()->getLanguage() == language;
+    } catch (...) { // no bundle, or no locale
+    }
+    if (!isMet)
+        complain(m_program, say(Failure("--locale " + name, whyMissing(language)).text()));
+}
+
 std::string Messages::patternOf(const Message& message)
 {
     try {
-        if (m_locale) {
-            const Reference<i18n::Locale> locale(new i18n::Locale(TerminatedText(String(*m_locale))));
-            m_locale.reset();
-            m_bundle = i18n::StringBundle::getBundle(u"Tools", locale.get());
-        }
+        if (m_locale)
+            load(*std::exchange(m_locale, std::nullopt));
         if (m_bundle != nullptr)
             return m_bundle->getString(message.key).toUtf8();
     } catch (...) { // the message must appear even if its translation is broken

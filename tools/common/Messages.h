@@ -63,15 +63,20 @@ Text Message::operator()(const Values&... values) const
 /// if the bundle is missing or broken.
 class Messages {
 public:
-    /// Without a locale, messages are in English. The bundle of a locale is loaded when the first message is needed.
-    explicit Messages(std::optional<std::string> locale = std::nullopt);
+    /// English.
+    Messages() = default;
+    /// Without a locale, messages are in English. The bundle of a locale is loaded when the first message is needed. If
+    /// its language is not available, a line on standard error says once what brings it.
+    Messages(const char* program, std::optional<std::string> locale);
 
     /// The translated text in UTF-8.
     std::string say(const Text& text);
 
 private:
     std::string patternOf(const Message& message);
+    void load(const std::string& locale);
 
+    const char* m_program = nullptr;
     std::optional<std::string> m_locale;
     vx::Reference<vx::i18n::StringBundle> m_bundle;
 };

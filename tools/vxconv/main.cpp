@@ -42,7 +42,7 @@ void run(const Options& options, Messages& messages)
 
 int main(int argc, char** argv)
 {
-    Messages messages(localeOf(optionTable(), argc, argv));
+    Messages messages("vxconv", localeOf(optionTable(), argc, argv));
     return runProgram(
         "vxconv", [&] { run(parseOptions(argc, argv), messages); }, messages);
 }

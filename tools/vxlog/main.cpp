@@ -20,7 +20,7 @@ void run(const Options& options, Messages& messages)
 
 int main(int argc, char** argv)
 {
-    Messages messages(localeOf(optionTable(), argc, argv));
+    Messages messages("vxlog", localeOf(optionTable(), argc, argv));
     return runProgram(
         "vxlog", [&] { run(parseOptions(argc, argv), messages); }, messages);
 }

@@ -179,7 +179,7 @@ int check(CommandLine line, vxtools::Messages& messages)
 
 int main(int argc, char** argv)
 {
-    vxtools::Messages messages(vxtools::localeOf(optionTable(), argc, argv));
+    vxtools::Messages messages("vxlogd", vxtools::localeOf(optionTable(), argc, argv));
     int result = 0;
     const auto run = [&] {
         const CommandLine line = readSettings(argc, argv);

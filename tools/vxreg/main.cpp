@@ -16,7 +16,7 @@ int main(int argc, char** argv)
     constexpr vx::util::OptionRow MACHINE_ROW {
         .name = "machine", .letter = 'm', .help = "work on the registry of all users, which only root may change"};
     const vx::util::OptionTable table = makeOptionTable("vxreg", {MACHINE_ROW});
-    Messages messages(localeOf(table, argc, argv));
+    Messages messages("vxreg", localeOf(table, argc, argv));
     const auto work = [&] {
         const vx::util::ParsedOptions options
             = parseCommandLine(table, argc, argv, vx::util::OptionTable::Order::OPTIONS_FIRST);

@@ -22,7 +22,7 @@ Outcome run(const Options& options, Messages& messages)
 int main(int argc, char** argv)
 {
     enum ExitCode { FOUND = 0, NOT_FOUND = 1, FAILED = 2 }; // those of grep
-    Messages messages(localeOf(optionTable(), argc, argv));
+    Messages messages("vxview", localeOf(optionTable(), argc, argv));
     Outcome outcome;
     const int code = runProgram(
         "vxview", [&] { outcome = run(parseOptions(argc, argv), messages); }, messages);
