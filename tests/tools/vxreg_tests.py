@@ -175,6 +175,25 @@ class Machine(WithComponent):
         self.assertRefused(["resolve", "Example.Greeter"], "registered")
         self.assertRefused(["-m", "list"], "all users", env={"VXSYS4_MACHINE_REGISTRY": ""})
 
+    def test_says_which_folder_cannot_be_made(self):
+        self.write("file", b"")
+        os.mkdir(self.path("locked"), 0o555)
+        os.chmod(self.folder, 0o755)
+        other = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
+        for home, folder, why in [("file", "file/.local", "a part of the path is not a directory"), ("none/x", "none", "permission denied"),
+                                  ("locked", "locked/.local", "permission denied")]:
+            for arguments in [["set", KEY, "n", "1"], ["import"], ["register", "greeter.so"]]:
+                os.chmod(self.folder, 0o555)
+                try:
+                    result = self.vxreg(*arguments, text=f"[{KEY}]\n".encode(), **other,
+                                        env={"VXSYS4_REGISTRY": "", "XDG_DATA_HOME": "", "HOME": self.path(home)})
+                except PermissionError:
+                    self.skipTest("another user does not reach the program")
+                finally:
+                    os.chmod(self.folder, 0o755)
+                self.assertFails(result, f"the folder {self.path(folder)} cannot be made: {why}")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["file", "greeter.so", "locked"])
+
     def test_is_changed_by_its_owner_only(self):
         os.mkdir(self.path("machine"), 0o555)
         os.chmod(self.folder, 0o755)

@@ -114,7 +114,7 @@ void registerLibrary(const Arguments& arguments, const Context&)
 {
     const String path = libraryPath(arguments[0]);
     if (const std::int32_t result = callLibrary(path, VXComRegisterLibrary); vx::failed(result))
-        throw Failure(path.toUtf8(), textOfStore(result));
+        throw Failure(path.toUtf8(), textOfAddition(result));
 }
 
 /// The classes that have this library, in the registry of the user or in that of all users.
@@ -245,7 +245,8 @@ void set(const Arguments& arguments, const Context&)
 {
     const Value value = parseValue(arguments.size() > 3 ? arguments[3] : "text", arguments[2]);
     const RegistryKey key = keyOf(arguments[0]);
-    about(describe(arguments), [&] { writeValue(key, nameIn(arguments, 1), value); });
+    about(
+        describe(arguments), [&] { writeValue(key, nameIn(arguments, 1), value); }, textOfAddition);
 }
 
 void remove(const Arguments& arguments, const Context&)
@@ -317,12 +318,13 @@ void importBranch(const Arguments& arguments, const Context&)
         throw Failure(input.name(), failure.text());
     }
     for (const Entry& entry : entries) {
-        about(entry.key.getKey().toUtf8(), [&] {
+        const auto add = [&] {
             if (entry.hasValue)
                 writeValue(entry.key, entry.name, entry.value);
             else
                 vx::throwIfFailed(VXRegistryCreateKey(entry.key.getVXHKEY(), SystemName(entry.key.getKey(true))));
-        });
+        };
+        about(entry.key.getKey().toUtf8(), add, textOfAddition);
     }
 }
 

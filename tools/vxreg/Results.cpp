@@ -7,7 +7,14 @@
 #include <vx/String.h>
 #include <vxsys/Registry.h>
 
+#include <cerrno>
+#include <cstdlib>
+#include <optional>
+#include <pwd.h>
 #include <span>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vxreg {
 
@@ -51,11 +58,59 @@ Text find(std::span<const Row> rows, std::int32_t result)
     return vxtools::textOfResult(result);
 }
 
+std::string variable(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+/// The folder of the registry that is changed.
+std::string placeOfRegistry()
+{
+    if (std::string named = variable("VXSYS4_REGISTRY"); !named.empty())
+        return named;
+    if (std::string data = variable("XDG_DATA_HOME"); data.starts_with('/'))
+        return data + "/vxsys4/registry";
+    std::string home = variable("HOME");
+    if (const passwd* const user = home.empty() ? ::getpwuid(::geteuid()) : nullptr)
+        home = user->pw_dir;
+    return home + "/.local/share/vxsys4/registry";
+}
+
+/// Tries to make the first missing folder on the way to the registry, and removes it again.
+std::optional<Text> whyNoFolder()
+{
+    const std::string place = placeOfRegistry();
+    for (std::size_t end = 0; place.starts_with('/') && end != place.npos;) {
+        end = place.find('/', end + 1);
+        const std::string folder = place.substr(0, end);
+        if (::access(folder.c_str(), F_OK) == 0)
+            continue;
+        if (::mkdir(folder.c_str(), S_IRWXU) != 0)
+            return errno != EEXIST ? std::optional(NO_FOLDER_MADE(folder, vxtools::textOfError(errno))) : std::nullopt;
+        ::rmdir(folder.c_str());
+        break;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 Text textOfStore(std::int32_t result)
 {
     return find(STORE, result);
+}
+
+Text textOfAddition(std::int32_t result)
+{
+    const std::optional<Text> why = whyNoFolder();
+    return why ? *why : textOfStore(result);
+}
+
+Text textOfAddition(const vx::Exception& failure)
+{
+    const std::optional<Text> why = whyNoFolder();
+    return why ? *why : textOf(failure);
 }
 
 Text textOfLibrary(std::int32_t result)

@@ -11,6 +11,7 @@ using vxtools::Message;
 inline constexpr Message NOT_FOUND {u"vxreg.not-found", "not found"};
 inline constexpr Message STORE_DENIED {u"vxreg.store-denied",
     "denied; your registry and that of all users must belong to you or to root, and nobody else may write there"};
+inline constexpr Message NO_FOLDER_MADE {u"vxreg.no-folder-made", "the folder {0} cannot be made: {1}"};
 inline constexpr Message NAME_TOO_LONG {u"vxreg.name-too-long", "a name is longer than 255 characters"};
 inline constexpr Message NO_NAME {u"vxreg.no-name", "not a name, or VXSYS4_REGISTRY is not a full path"};
 inline constexpr Message STORE_DAMAGED {u"vxreg.store-damaged", "its file in the registry is damaged"};
