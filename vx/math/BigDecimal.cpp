@@ -93,36 +93,6 @@ BigDecimal::BigDecimal(const BigInteger& unscaled, int scale)
 {
 }
 
-BigDecimal::BigDecimal(int value)
-    : m_unscaled(value)
-{
-}
-
-BigDecimal::BigDecimal(unsigned int value)
-    : m_unscaled(value)
-{
-}
-
-BigDecimal::BigDecimal(long value)
-    : m_unscaled(value)
-{
-}
-
-BigDecimal::BigDecimal(unsigned long value)
-    : m_unscaled(value)
-{
-}
-
-BigDecimal::BigDecimal(long long value)
-    : m_unscaled(value)
-{
-}
-
-BigDecimal::BigDecimal(unsigned long long value)
-    : m_unscaled(value)
-{
-}
-
 BigDecimal::~BigDecimal() noexcept = default;
 
 BigDecimal& BigDecimal::operator=(const BigDecimal& other) = default;
@@ -136,43 +106,26 @@ BigDecimal& BigDecimal::operator=(BigDecimal&& other) noexcept
     return *this;
 }
 
-template <class Integer>
-BigDecimal& BigDecimal::setInteger(Integer value)
-{
-    m_unscaled = value;
-    m_scale = 0;
-    return *this;
-}
+// The same for each type of integers.
+#define VX_FROM_INTEGER(Integer)                                                                                       \
+    BigDecimal::BigDecimal(Integer value)                                                                              \
+        : m_unscaled(value)                                                                                            \
+    {                                                                                                                  \
+    }                                                                                                                  \
+                                                                                                                       \
+    BigDecimal& BigDecimal::operator=(Integer value)                                                                   \
+    {                                                                                                                  \
+        m_unscaled = value;                                                                                            \
+        m_scale = 0;                                                                                                   \
+        return *this;                                                                                                  \
+    }
 
-BigDecimal& BigDecimal::operator=(int value)
-{
-    return setInteger(value);
-}
-
-BigDecimal& BigDecimal::operator=(unsigned int value)
-{
-    return setInteger(value);
-}
-
-BigDecimal& BigDecimal::operator=(long value)
-{
-    return setInteger(value);
-}
-
-BigDecimal& BigDecimal::operator=(unsigned long value)
-{
-    return setInteger(value);
-}
-
-BigDecimal& BigDecimal::operator=(long long value)
-{
-    return setInteger(value);
-}
-
-BigDecimal& BigDecimal::operator=(unsigned long long value)
-{
-    return setInteger(value);
-}
+VX_FROM_INTEGER(int)
+VX_FROM_INTEGER(unsigned int)
+VX_FROM_INTEGER(long)
+VX_FROM_INTEGER(unsigned long)
+VX_FROM_INTEGER(long long)
+VX_FROM_INTEGER(unsigned long long)
 
 int BigDecimal::compareTo(const Object& other) const
 {

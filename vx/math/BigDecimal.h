@@ -106,8 +106,6 @@ protected:
 private:
     class Estimate;
 
-    template <class Integer>
-    BigDecimal& setInteger(Integer value);
     /// Increments the magnitude of a quotient if `mode` requires that. `rest` is not 0.
     static void round(
         BigInteger& quotient, BigInteger& rest, const BigInteger& divisor, bool negative, RoundingMode mode);

@@ -76,35 +76,25 @@ BigInteger::BigInteger(BigInteger&& other) noexcept
 {
 }
 
-BigInteger::BigInteger(int value)
-{
-    setInteger(value);
-}
+// The same for each type of integers.
+#define VX_FROM_INTEGER(Integer)                                                                                       \
+    BigInteger::BigInteger(Integer value)                                                                              \
+    {                                                                                                                  \
+        setInteger(value);                                                                                             \
+    }                                                                                                                  \
+                                                                                                                       \
+    BigInteger& BigInteger::operator=(Integer value)                                                                   \
+    {                                                                                                                  \
+        setInteger(value);                                                                                             \
+        return *this;                                                                                                  \
+    }
 
-BigInteger::BigInteger(unsigned int value)
-{
-    setInteger(value);
-}
-
-BigInteger::BigInteger(long value)
-{
-    setInteger(value);
-}
-
-BigInteger::BigInteger(unsigned long value)
-{
-    setInteger(value);
-}
-
-BigInteger::BigInteger(long long value)
-{
-    setInteger(value);
-}
-
-BigInteger::BigInteger(unsigned long long value)
-{
-    setInteger(value);
-}
+VX_FROM_INTEGER(int)
+VX_FROM_INTEGER(unsigned int)
+VX_FROM_INTEGER(long)
+VX_FROM_INTEGER(unsigned long)
+VX_FROM_INTEGER(long long)
+VX_FROM_INTEGER(unsigned long long)
 
 BigInteger::BigInteger(const signed char* bytes, int size, bool negative)
 {
@@ -133,42 +123,6 @@ BigInteger& BigInteger::operator=(BigInteger&& other) noexcept
     }
     other.m_negative = false;
     other.m_size = 0;
-    return *this;
-}
-
-BigInteger& BigInteger::operator=(int value)
-{
-    setInteger(value);
-    return *this;
-}
-
-BigInteger& BigInteger::operator=(unsigned int value)
-{
-    setInteger(value);
-    return *this;
-}
-
-BigInteger& BigInteger::operator=(long value)
-{
-    setInteger(value);
-    return *this;
-}
-
-BigInteger& BigInteger::operator=(unsigned long value)
-{
-    setInteger(value);
-    return *this;
-}
-
-BigInteger& BigInteger::operator=(long long value)
-{
-    setInteger(value);
-    return *this;
-}
-
-BigInteger& BigInteger::operator=(unsigned long long value)
-{
-    setInteger(value);
     return *this;
 }
 
