@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <string>
 #include <system_error>
+#include <tuple>
 #include <type_traits>
 
 namespace vx {
@@ -20,63 +21,33 @@ namespace {
 
 constexpr int DECIMAL = 10;
 
-// The value of a box that is made from another number.
-void take(signed char& value, const Number& other)
+template <class Value>
+using Conversion = Value (Number::*)() const;
+template <class Value>
+using Parser = Value (*)(const String&);
+template <class Value>
+using RadixParser = Value (*)(const String&, int);
+
+constexpr std::tuple CONVERSIONS(&Number::toInt8, &Number::toInt16, &Number::toInt32, &Number::toInt64,
+    &Number::toUInt8, &Number::toUInt16, &Number::toUInt32, &Number::toUInt64, &Number::toFloat, &Number::toDouble);
+constexpr std::tuple PARSERS(&Number::parseInt8, &Number::parseInt16, &Number::parseInt32, &Number::parseInt64,
+    &Number::parseFloat, &Number::parseDouble);
+constexpr std::tuple RADIX_PARSERS(
+    &Number::parseUInt8, &Number::parseUInt16, &Number::parseUInt32, &Number::parseUInt64);
+
+template <class Value>
+Value convert(const Number& other)
 {
-    value = other.toInt8();
-}
-void take(short& value, const Number& other)
-{
-    value = other.toInt16();
-}
-void take(std::int32_t& value, const Number& other)
-{
-    value = other.toInt32();
-}
-void take(std::int64_t& value, const Number& other)
-{
-    value = other.toInt64();
-}
-void take(unsigned char& value, const Number& other)
-{
-    value = other.toUInt8();
-}
-void take(unsigned short& value, const Number& other)
-{
-    value = other.toUInt16();
-}
-void take(std::uint32_t& value, const Number& other)
-{
-    value = other.toUInt32();
-}
-void take(std::uint64_t& value, const Number& other)
-{
-    value = other.toUInt64();
-}
-void take(float& value, const Number& other)
-{
-    value = other.toFloat();
-}
-void take(double& value, const Number& other)
-{
-    value = other.toDouble();
+    return (other.*std::get<Conversion<Value>>(CONVERSIONS))();
 }
 
 template <class Value>
 Value parse(const String& text)
 {
-    if constexpr (std::is_same_v<Value, std::int64_t>)
-        return Number::parseInt64(text);
-    else if constexpr (std::is_same_v<Value, std::uint64_t>)
-        return Number::parseUInt64(text, DECIMAL);
-    else if constexpr (std::is_same_v<Value, float>)
-        return Number::parseFloat(text);
-    else if constexpr (std::is_same_v<Value, double>)
-        return Number::parseDouble(text);
-    else if constexpr (std::is_signed_v<Value>)
-        return static_cast<Value>(Number::parseInt(text));
+    if constexpr (std::is_unsigned_v<Value>)
+        return std::get<RadixParser<Value>>(RADIX_PARSERS)(text, DECIMAL);
     else
-        return static_cast<Value>(Number::parseUInt(text, DECIMAL));
+        return std::get<Parser<Value>>(PARSERS)(text);
 }
 
 /// Parses the whole text with `std::from_chars`, which does not depend on the locale.
@@ -127,8 +98,8 @@ std::optional<Value> NumberBox<Base, Value>::tryParse(std::u16string_view text) 
 
 template <class Base, class Value>
 NumberBox<Base, Value>::NumberBox(const Number& other)
+    : m_value(convert<Value>(other))
 {
-    take(m_value, other);
 }
 
 template <class Base, class Value>
@@ -183,8 +154,7 @@ int NumberBox<Base, Value>::compareTo(const Number& other) const
 {
     if (&other == this)
         return 0;
-    Value value;
-    take(value, other);
+    const auto value = convert<Value>(other);
     if constexpr (std::is_floating_point_v<Value> || sizeof(Value) == sizeof(std::int64_t))
         return m_value == value ? 0 : m_value < value ? -1 : 1;
     else // 32 bits: wraps around
