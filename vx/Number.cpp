@@ -6,101 +6,31 @@
 
 namespace vx {
 
-namespace {
-
-std::int32_t readSigned(const String& text)
-{
-    return VXStrToIW(TerminatedText(text));
-}
-
-std::uint32_t readUnsigned(const String& text, int radix)
-{
-    return VXStrToULW(TerminatedText(text), nullptr, radix);
-}
-
-} // namespace
-
 Number::~Number() noexcept = default;
 
-signed char Number::toByte() const
-{
-    return toInt8();
-}
+// Each conversion truncates the result of a wider one.
+#define VX_CONVERT(operation, Type, wider)                                                                             \
+    Type Number::operation() const                                                                                     \
+    {                                                                                                                  \
+        return static_cast<Type>(wider());                                                                             \
+    }
 
-short Number::toShort() const
-{
-    return toInt16();
-}
-
-int Number::toInt() const
-{
-    return toInt32();
-}
-
-std::int32_t Number::toLong() const
-{
-    return toInt32();
-}
-
-unsigned char Number::toUByte() const
-{
-    return toUInt8();
-}
-
-unsigned short Number::toUShort() const
-{
-    return toUInt16();
-}
-
-unsigned int Number::toUInt() const
-{
-    return toUInt32();
-}
-
-std::uint32_t Number::toULong() const
-{
-    return toUInt32();
-}
-
-float Number::toFloat() const
-{
-    return static_cast<float>(toDouble());
-}
-
-signed char Number::toInt8() const
-{
-    return static_cast<signed char>(toInt64());
-}
-
-short Number::toInt16() const
-{
-    return static_cast<short>(toInt64());
-}
-
-std::int32_t Number::toInt32() const
-{
-    return static_cast<std::int32_t>(toInt64());
-}
-
-unsigned char Number::toUInt8() const
-{
-    return static_cast<unsigned char>(toUInt64());
-}
-
-unsigned short Number::toUInt16() const
-{
-    return static_cast<unsigned short>(toUInt64());
-}
-
-std::uint32_t Number::toUInt32() const
-{
-    return static_cast<std::uint32_t>(toUInt64());
-}
-
-std::uint64_t Number::toUInt64() const
-{
-    return static_cast<std::uint64_t>(toInt64());
-}
+VX_CONVERT(toByte, signed char, toInt8)
+VX_CONVERT(toShort, short, toInt16)
+VX_CONVERT(toInt, int, toInt32)
+VX_CONVERT(toLong, std::int32_t, toInt32)
+VX_CONVERT(toUByte, unsigned char, toUInt8)
+VX_CONVERT(toUShort, unsigned short, toUInt16)
+VX_CONVERT(toUInt, unsigned int, toUInt32)
+VX_CONVERT(toULong, std::uint32_t, toUInt32)
+VX_CONVERT(toFloat, float, toDouble)
+VX_CONVERT(toInt8, signed char, toInt64)
+VX_CONVERT(toInt16, short, toInt64)
+VX_CONVERT(toInt32, std::int32_t, toInt64)
+VX_CONVERT(toUInt8, unsigned char, toUInt64)
+VX_CONVERT(toUInt16, unsigned short, toUInt64)
+VX_CONVERT(toUInt32, std::uint32_t, toUInt64)
+VX_CONVERT(toUInt64, std::uint64_t, toInt64)
 
 bool Number::equals(const Object& other) const
 {
@@ -112,75 +42,33 @@ std::uint32_t Number::hashCode() const
     return toULong();
 }
 
-int Number::parseInt(const String& text)
-{
-    return readSigned(text);
-}
+#define VX_PARSE_SIGNED(operation, Type)                                                                               \
+    Type Number::operation(const String& text)                                                                         \
+    {                                                                                                                  \
+        return static_cast<Type>(VXStrToIW(TerminatedText(text)));                                                     \
+    }
 
-std::int32_t Number::parseLong(const String& text)
-{
-    return readSigned(text);
-}
+VX_PARSE_SIGNED(parseInt, int)
+VX_PARSE_SIGNED(parseLong, std::int32_t)
+VX_PARSE_SIGNED(parseInt32, std::int32_t)
+VX_PARSE_SIGNED(parseShort, short)
+VX_PARSE_SIGNED(parseInt16, short)
+VX_PARSE_SIGNED(parseByte, signed char)
+VX_PARSE_SIGNED(parseInt8, signed char)
 
-std::int32_t Number::parseInt32(const String& text)
-{
-    return readSigned(text);
-}
+#define VX_PARSE_UNSIGNED(operation, Type)                                                                             \
+    Type Number::operation(const String& text, int radix)                                                              \
+    {                                                                                                                  \
+        return static_cast<Type>(VXStrToULW(TerminatedText(text), nullptr, radix));                                    \
+    }
 
-short Number::parseShort(const String& text)
-{
-    return static_cast<short>(readSigned(text));
-}
-
-short Number::parseInt16(const String& text)
-{
-    return static_cast<short>(readSigned(text));
-}
-
-signed char Number::parseByte(const String& text)
-{
-    return static_cast<signed char>(readSigned(text));
-}
-
-signed char Number::parseInt8(const String& text)
-{
-    return static_cast<signed char>(readSigned(text));
-}
-
-unsigned int Number::parseUInt(const String& text, int radix)
-{
-    return readUnsigned(text, radix);
-}
-
-std::uint32_t Number::parseULong(const String& text, int radix)
-{
-    return readUnsigned(text, radix);
-}
-
-std::uint32_t Number::parseUInt32(const String& text, int radix)
-{
-    return readUnsigned(text, radix);
-}
-
-unsigned short Number::parseUShort(const String& text, int radix)
-{
-    return static_cast<unsigned short>(readUnsigned(text, radix));
-}
-
-unsigned short Number::parseUInt16(const String& text, int radix)
-{
-    return static_cast<unsigned short>(readUnsigned(text, radix));
-}
-
-unsigned char Number::parseUByte(const String& text, int radix)
-{
-    return static_cast<unsigned char>(readUnsigned(text, radix));
-}
-
-unsigned char Number::parseUInt8(const String& text, int radix)
-{
-    return static_cast<unsigned char>(readUnsigned(text, radix));
-}
+VX_PARSE_UNSIGNED(parseUInt, unsigned int)
+VX_PARSE_UNSIGNED(parseULong, std::uint32_t)
+VX_PARSE_UNSIGNED(parseUInt32, std::uint32_t)
+VX_PARSE_UNSIGNED(parseUShort, unsigned short)
+VX_PARSE_UNSIGNED(parseUInt16, unsigned short)
+VX_PARSE_UNSIGNED(parseUByte, unsigned char)
+VX_PARSE_UNSIGNED(parseUInt8, unsigned char)
 
 double Number::parseDouble(const String& text)
 {
