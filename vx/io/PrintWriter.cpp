@@ -8,104 +8,28 @@ PrintWriter::PrintWriter(Writer* sink, bool autoFlush)
 {
 }
 
-void PrintWriter::print(const String& text)
-{
-    write(text);
-}
+// Each type of values, and what is written of one.
+#define VX_PRINT(Value, written)                                                                                       \
+    void PrintWriter::print(Value value)                                                                               \
+    {                                                                                                                  \
+        write(written);                                                                                                \
+    }                                                                                                                  \
+                                                                                                                       \
+    void PrintWriter::println(Value value)                                                                             \
+    {                                                                                                                  \
+        print(value);                                                                                                  \
+        newLine();                                                                                                     \
+    }
 
-void PrintWriter::print(const char* text)
-{
-    write(String(text, -1, nullptr, 0));
-}
-
-void PrintWriter::print(const char16_t* text)
-{
-    write(text);
-}
-
-void PrintWriter::print(double value)
-{
-    write(String::valueOf(value));
-}
-
-void PrintWriter::print(float value)
-{
-    write(String::valueOf(value));
-}
-
-void PrintWriter::print(long value)
-{
-    write(String::valueOf(value));
-}
-
-void PrintWriter::print(int value)
-{
-    write(String::valueOf(value));
-}
-
-void PrintWriter::print(char16_t ch)
-{
-    write(ch);
-}
-
-void PrintWriter::print(bool value)
-{
-    write(String::valueOf(value));
-}
-
-void PrintWriter::println(const String& text)
-{
-    print(text);
-    newLine();
-}
-
-void PrintWriter::println(const char* text)
-{
-    print(text);
-    newLine();
-}
-
-void PrintWriter::println(const char16_t* text)
-{
-    print(text);
-    newLine();
-}
-
-void PrintWriter::println(double value)
-{
-    print(value);
-    newLine();
-}
-
-void PrintWriter::println(float value)
-{
-    print(value);
-    newLine();
-}
-
-void PrintWriter::println(long value)
-{
-    print(value);
-    newLine();
-}
-
-void PrintWriter::println(int value)
-{
-    print(value);
-    newLine();
-}
-
-void PrintWriter::println(char16_t ch)
-{
-    print(ch);
-    newLine();
-}
-
-void PrintWriter::println(bool value)
-{
-    print(value);
-    newLine();
-}
+VX_PRINT(const String&, value)
+VX_PRINT(const char*, String(value, -1, nullptr, 0))
+VX_PRINT(const char16_t*, value)
+VX_PRINT(double, String::valueOf(value))
+VX_PRINT(float, String::valueOf(value))
+VX_PRINT(long, String::valueOf(value))
+VX_PRINT(int, String::valueOf(value))
+VX_PRINT(char16_t, value)
+VX_PRINT(bool, String::valueOf(value))
 
 void PrintWriter::println()
 {
