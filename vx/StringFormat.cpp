@@ -8,7 +8,6 @@
 #include "vx/detail/TextScan.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -21,7 +20,6 @@ namespace {
 
 constexpr STRUCT_VX_STR_LIT_INFO TRUE_TEXT = literal(u"true");
 constexpr STRUCT_VX_STR_LIT_INFO FALSE_TEXT = literal(u"false");
-constexpr int SIGNIFICANT = 6; // digits of a floating-point number
 
 template <class Value>
 String printed(Value value)
@@ -205,16 +203,14 @@ void FormatArgument::set(std::uint64_t number)
 
 void FormatArgument::set(double number)
 {
-    print(number, std::chars_format::general, SIGNIFICANT);
+    print(number);
 }
 
 template <class... Number>
 void FormatArgument::print(Number... number)
 {
-    char digits[ROOM];
-    const char* const end = std::to_chars(digits, digits + sizeof digits, number...).ptr;
-    std::copy(static_cast<const char*>(digits), end, m_units);
-    m_view = {m_units, static_cast<std::size_t>(end - digits)};
+    const NumberText text(number...);
+    m_view = {m_units, text.view().copy(m_units, ROOM)};
 }
 
 } // namespace detail
