@@ -92,29 +92,36 @@ void URI::setUserInfo(const String& text, bool escape)
     take(parts, escape);
 }
 
+// The operations of the parts that are written and read alike.
+#define VX_URI_PART(Name, PART)                                                                                        \
+    void URI::set##Name(const String& text, bool escape)                                                               \
+    {                                                                                                                  \
+        take(PART, text.view(), escape);                                                                               \
+    }                                                                                                                  \
+                                                                                                                       \
+    String URI::get##Name(bool unescape) const                                                                         \
+    {                                                                                                                  \
+        return textOf(PART, unescape);                                                                                 \
+    }                                                                                                                  \
+                                                                                                                       \
+    bool URI::has##Name() const                                                                                        \
+    {                                                                                                                  \
+        return m_parts.has[PART];                                                                                      \
+    }                                                                                                                  \
+                                                                                                                       \
+    void URI::remove##Name()                                                                                           \
+    {                                                                                                                  \
+        remove(PART);                                                                                                  \
+    }
+
+VX_URI_PART(User, USER)
+VX_URI_PART(Password, PASSWORD)
+VX_URI_PART(Host, HOST)
+VX_URI_PART(Path, PATH)
+
 void URI::setScheme(const String& text)
 {
     take(SCHEME, text.view(), false);
-}
-
-void URI::setUser(const String& text, bool escape)
-{
-    take(USER, text.view(), escape);
-}
-
-void URI::setPassword(const String& text, bool escape)
-{
-    take(PASSWORD, text.view(), escape);
-}
-
-void URI::setHost(const String& text, bool escape)
-{
-    take(HOST, text.view(), escape);
-}
-
-void URI::setPath(const String& text, bool escape)
-{
-    take(PATH, text.view(), escape);
 }
 
 void URI::setPort(int port)
@@ -142,26 +149,6 @@ void URI::setFragment(const String&) { }
 String URI::getScheme() const
 {
     return textOf(SCHEME, false);
-}
-
-String URI::getUser(bool unescape) const
-{
-    return textOf(USER, unescape);
-}
-
-String URI::getPassword(bool unescape) const
-{
-    return textOf(PASSWORD, unescape);
-}
-
-String URI::getHost(bool unescape) const
-{
-    return textOf(HOST, unescape);
-}
-
-String URI::getPath(bool unescape) const
-{
-    return textOf(PATH, unescape);
 }
 
 int URI::getPort() const
@@ -213,26 +200,6 @@ bool URI::hasScheme() const
     return m_parts.has[SCHEME];
 }
 
-bool URI::hasUser() const
-{
-    return m_parts.has[USER];
-}
-
-bool URI::hasPassword() const
-{
-    return m_parts.has[PASSWORD];
-}
-
-bool URI::hasHost() const
-{
-    return m_parts.has[HOST];
-}
-
-bool URI::hasPath() const
-{
-    return m_parts.has[PATH];
-}
-
 bool URI::hasPort() const
 {
     return m_parts.hasPort;
@@ -276,26 +243,6 @@ bool URI::isOpaque() const
 void URI::removeScheme()
 {
     remove(SCHEME);
-}
-
-void URI::removeUser()
-{
-    remove(USER);
-}
-
-void URI::removePassword()
-{
-    remove(PASSWORD);
-}
-
-void URI::removeHost()
-{
-    remove(HOST);
-}
-
-void URI::removePath()
-{
-    remove(PATH);
 }
 
 void URI::removePort()
