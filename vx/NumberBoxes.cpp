@@ -2,6 +2,7 @@
 
 #include "vx/Exceptions.h"
 #include "vx/String.h"
+#include "vx/detail/CompareAs.h"
 #include "vx/detail/Truncated.h"
 #include "vx/math/BigInteger.h"
 
@@ -114,12 +115,7 @@ NumberBox<Base, Value>::~NumberBox() noexcept = default;
 template <class Base, class Value>
 int NumberBox<Base, Value>::compareTo(const Object& other) const
 {
-    if (&other == this)
-        return 0;
-    const auto* number = dynamic_cast<const Number*>(&other);
-    if (number == nullptr)
-        throw CastFailedException();
-    return compareTo(*number);
+    return compareAs<Number>(*this, other, [&](const Number& number) { return compareTo(number); });
 }
 
 template <class Base, class Value>

@@ -1,7 +1,8 @@
 #include "vx/i18n/Locale.h"
 
-#include "vx/Exceptions.h"
+#include "vx/Exception.h"
 #include "vx/TerminatedText.h"
+#include "vx/detail/CompareAs.h"
 #include "vx/util/CopyCharBuffer.h"
 #include "vx/vorb/Boundary.h"
 #include "vxsys/Defaults.h"
@@ -203,12 +204,8 @@ String Locale::getDisplayName(Locale*) const
 
 int Locale::compareTo(const Object& other) const
 {
-    if (&other == this)
-        return 0;
-    const auto* locale = dynamic_cast<const Locale*>(&other);
-    if (locale == nullptr)
-        throw CastFailedException();
-    return m_name.compare(locale->m_name);
+    return vx::detail::compareAs<Locale>(
+        *this, other, [&](const Locale& locale) { return m_name.compare(locale.m_name); });
 }
 
 bool Locale::equals(const Object& other) const

@@ -3,6 +3,7 @@
 #include "vx/Exceptions.h"
 #include "vx/String.h"
 #include "vx/TerminatedText.h"
+#include "vx/detail/CompareAs.h"
 #include "vx/detail/Truncated.h"
 #include "vx/math/detail/DecimalEstimate.h"
 #include "vx/math/detail/Limbs.h"
@@ -129,12 +130,8 @@ VX_FROM_INTEGER(unsigned long long)
 
 int BigDecimal::compareTo(const Object& other) const
 {
-    if (&other == this)
-        return 0;
-    const auto* number = dynamic_cast<const Number*>(&other);
-    if (number == nullptr)
-        throw CastFailedException();
-    return compareTo(number->toBigDecimal());
+    return vx::detail::compareAs<Number>(
+        *this, other, [&](const Number& number) { return compareTo(number.toBigDecimal()); });
 }
 
 std::int64_t BigDecimal::toInt64() const

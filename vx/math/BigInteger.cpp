@@ -1,6 +1,7 @@
 #include "vx/math/BigInteger.h"
 
 #include "vx/Exceptions.h"
+#include "vx/detail/CompareAs.h"
 #include "vx/math/BigDecimal.h"
 #include "vx/math/detail/Limbs.h"
 
@@ -128,12 +129,8 @@ BigInteger& BigInteger::operator=(BigInteger&& other) noexcept
 
 int BigInteger::compareTo(const Object& other) const
 {
-    if (&other == this)
-        return 0;
-    const auto* number = dynamic_cast<const Number*>(&other);
-    if (number == nullptr)
-        throw CastFailedException();
-    return compareTo(number->toBigInteger());
+    return vx::detail::compareAs<Number>(
+        *this, other, [&](const Number& number) { return compareTo(number.toBigInteger()); });
 }
 
 String BigInteger::toString() const

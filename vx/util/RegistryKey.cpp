@@ -1,9 +1,10 @@
 #include "vx/util/RegistryKey.h"
 
-#include "vx/Exceptions.h"
+#include "vx/Exception.h"
 #include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
+#include "vx/detail/CompareAs.h"
 #include "vx/util/BufferLocks.h"
 #include "vx/util/RWByteBuffer.h"
 #include "vx/util/RegKeyIterator.h"
@@ -99,14 +100,9 @@ RegistryKey::~RegistryKey() noexcept = default;
 
 int RegistryKey::compareTo(const Object& other) const
 {
-    if (this == &other)
-        return 0;
-    const auto* key = dynamic_cast<const RegistryKey*>(&other);
-    if (key == nullptr)
-        throw CastFailedException();
-    if (m_hive != key->m_hive)
-        return m_hive < key->m_hive ? -1 : 1;
-    return m_key.compare(key->m_key, true);
+    return vx::detail::compareAs<RegistryKey>(*this, other, [&](const RegistryKey& key) {
+        return m_hive != key.m_hive ? (m_hive < key.m_hive ? -1 : 1) : m_key.compare(key.m_key, true);
+    });
 }
 
 bool RegistryKey::equals(const Object& other) const
