@@ -26,10 +26,8 @@ std::int32_t CVXConnectorFace::SetProperty(const char16_t* key, const char16_t* 
 
 std::int32_t CVXConnectorFace::GetProperty(const char16_t* key, IVXCharBuffer* value) const
 {
-    return vorb::atBoundary([&] {
-        String text = static_cast<const CVXAbstractConnector&>(*this).getProperty(key);
-        VXCopyCharBuffer(value, &text);
-    });
+    return vorb::atBoundary(
+        [&] { util::copyText(value, static_cast<const CVXAbstractConnector&>(*this).getProperty(key)); });
 }
 
 CVXAbstractConnector::CVXAbstractConnector()

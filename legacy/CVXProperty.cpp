@@ -10,18 +10,12 @@ using namespace vx;
 
 std::int32_t CVXPropertyFace::GetKey(IVXCharBuffer* key) const
 {
-    return vorb::atBoundary([&] {
-        String text = static_cast<const CVXProperty&>(*this).m_key;
-        VXCopyCharBuffer(key, &text);
-    });
+    return vorb::atBoundary([&] { util::copyText(key, static_cast<const CVXProperty&>(*this).m_key); });
 }
 
 std::int32_t CVXPropertyFace::GetValueString(IVXCharBuffer* value) const
 {
-    return vorb::atBoundary([&] {
-        String text = static_cast<const CVXProperty&>(*this).getValueString();
-        VXCopyCharBuffer(value, &text);
-    });
+    return vorb::atBoundary([&] { util::copyText(value, static_cast<const CVXProperty&>(*this).getValueString()); });
 }
 
 std::int32_t CVXPropertyFace::GetValueLong(std::int32_t* value) const

@@ -14,10 +14,8 @@ std::int32_t CVXPropertySetFace::SetString(const char16_t* key, const char16_t* 
 
 std::int32_t CVXPropertySetFace::GetString(const char16_t* key, IVXCharBuffer* value) const
 {
-    return vorb::atBoundary([&] {
-        String text = static_cast<const CVXPropertySet&>(*this).getValueString(key);
-        VXCopyCharBuffer(value, &text);
-    });
+    return vorb::atBoundary(
+        [&] { util::copyText(value, static_cast<const CVXPropertySet&>(*this).getValueString(key)); });
 }
 
 std::int32_t CVXPropertySetFace::SetLong(const char16_t* key, std::int32_t value)

@@ -15,19 +15,14 @@ namespace {
 
 using DisplayText = String (Locale::*)(Locale*) const;
 
-void copyTo(IVXCharBuffer* target, String text)
-{
-    VXCopyCharBuffer(target, &text);
-}
-
 std::int32_t copyAtBoundary(IVXCharBuffer* target, const String& text)
 {
-    return vorb::atBoundary([&] { copyTo(target, text); });
+    return vorb::atBoundary([&] { util::copyText(target, text); });
 }
 
 std::int32_t copyDisplay(LocaleFace& face, IVXCharBuffer* target, DisplayText get)
 {
-    return vorb::atBoundary([&] { copyTo(target, (static_cast<Locale&>(face).*get)(nullptr)); });
+    return vorb::atBoundary([&] { util::copyText(target, (static_cast<Locale&>(face).*get)(nullptr)); });
 }
 
 std::int32_t copyDisplay(LocaleFace& face, IVXCharBuffer* target, IVXLocale* inLocale, DisplayText get)
@@ -38,7 +33,7 @@ std::int32_t copyDisplay(LocaleFace& face, IVXCharBuffer* target, IVXLocale* inL
         const Reference<String> name(new String);
         throwIfFailed(inLocale->ToString(name.get()));
         const Reference<Locale> in(new Locale(TerminatedText(*name)));
-        copyTo(target, (static_cast<Locale&>(face).*get)(in.get()));
+        util::copyText(target, (static_cast<Locale&>(face).*get)(in.get()));
     });
 }
 

@@ -53,10 +53,7 @@ Reference<StringBundle> search(const String& name, String locale)
 
 std::int32_t StringBundleFace::LoadCharBuffer(const char16_t* key, IVXCharBuffer* value) const
 {
-    return vorb::atBoundary([&] {
-        String text = static_cast<const StringBundle&>(*this).getString(key);
-        VXCopyCharBuffer(value, &text);
-    });
+    return vorb::atBoundary([&] { util::copyText(value, static_cast<const StringBundle&>(*this).getString(key)); });
 }
 
 std::int32_t StringBundleFace::LoadString(const char16_t* key, char16_t* value, std::uint32_t* length) const

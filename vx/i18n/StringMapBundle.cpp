@@ -41,8 +41,7 @@ std::int32_t StringMapBundle::getResource(std::int32_t index, IVXCharBuffer* key
             return RESULT_OK;
         if (SystemName::isValid(*found))
             return LoadCharBuffer(TerminatedText(*found), value);
-        String text = getString(*found); // a component would see another key, up to the zero unit
-        VXCopyCharBuffer(value, &text);
+        util::copyText(value, getString(*found)); // a component would see another key, up to the zero unit
         return RESULT_OK;
     });
 }

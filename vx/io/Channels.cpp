@@ -79,10 +79,7 @@ public:
     }
     std::int32_t GetInheritanceId(IVXCharBuffer* out) override
     {
-        return vx::vorb::atBoundary([&] {
-            String id = getInheritanceId();
-            VXCopyCharBuffer(out, &id);
-        });
+        return vx::vorb::atBoundary([&] { util::copyText(out, getInheritanceId()); });
     }
 
 private:
