@@ -19,37 +19,40 @@
 
 namespace {
 
-/// What each text type calls the operations that are measured. Positions count 16-bit units in all of them.
-struct Vx {
-    using Text = vx::String;
-    static Text make(std::u16string_view text) { return Text(text); }
-    static Text withRoom(int capacity) { return Text(capacity); }
-    static int length(const Text& text) { return text.getLength(); }
-    static void append(Text& text, char16_t unit) { text.append(unit); }
+/// What the text types call the operations that are measured, where most of them agree. Positions count 16-bit units.
+template <class Type, class Unit = char16_t>
+struct Common {
+    using Text = Type;
+    static void append(Text& text, char16_t unit) { text.append(Unit(unit)); }
     static void append(Text& text, const Text& piece) { text.append(piece); }
     static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
     static void remove(Text& text, int position, int count) { text.remove(position, count); }
     static Text sum(const Text& left, const Text& right) { return left + right; }
-    static Text part(const Text& text, int start, int end) { return text.substring(start, end); }
     static void assign(Text& text, const Text& other) { text = other; }
     static bool equals(const Text& left, const Text& right) { return left == right; }
-    static bool equalsFolded(const Text& left, const Text& right) { return left.equals(right, true); }
     static int compare(const Text& left, const Text& right) { return left.compare(right); }
-    static int find(const Text& text, char16_t unit) { return text.indexOf(unit); }
+    static int find(const Text& text, char16_t unit) { return text.indexOf(Unit(unit)); }
     static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
-    static int findFolded(const Text& text, const Text& piece) { return text.indexOf(piece, 0, true); }
-    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(unit); }
+    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(Unit(unit)); }
     static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
-    static int findFirstOf(const Text& text, const char16_t* set) { return text.findFirstOf(set); }
-    static std::size_t hash(const Text& text) { return text.hashCode(); }
     static void upper(Text& text) { text.toUpper(); }
     static void trim(Text& text) { text.trim(); }
+};
+
+struct Vx : Common<vx::String> {
+    static Text make(std::u16string_view text) { return Text(text); }
+    static Text withRoom(int capacity) { return Text(capacity); }
+    static int length(const Text& text) { return text.getLength(); }
+    static Text part(const Text& text, int start, int end) { return text.substring(start, end); }
+    static bool equalsFolded(const Text& left, const Text& right) { return left.equals(right, true); }
+    static int findFolded(const Text& text, const Text& piece) { return text.indexOf(piece, 0, true); }
+    static int findFirstOf(const Text& text, const char16_t* set) { return text.findFirstOf(set); }
+    static std::size_t hash(const Text& text) { return text.hashCode(); }
     static std::string utf8(const Text& text) { return text.toUtf8(); }
     static Text fromUtf8(std::string_view bytes) { return Text(bytes); }
 };
 
-struct Std {
-    using Text = std::u16string;
+struct Std : Common<std::u16string> {
     static Text make(std::u16string_view text) { return Text(text); }
     static Text withRoom(int capacity)
     {
@@ -68,14 +71,10 @@ struct Std {
     {
         text.erase(static_cast<std::size_t>(position), static_cast<std::size_t>(count));
     }
-    static Text sum(const Text& left, const Text& right) { return left + right; }
     static Text part(const Text& text, int start, int end)
     {
         return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
     }
-    static void assign(Text& text, const Text& other) { text = other; }
-    static bool equals(const Text& left, const Text& right) { return left == right; }
-    static int compare(const Text& left, const Text& right) { return left.compare(right); }
     static int find(const Text& text, char16_t unit) { return static_cast<int>(text.find(unit)); }
     static int find(const Text& text, const Text& piece) { return static_cast<int>(text.find(piece)); }
     static int findLast(const Text& text, char16_t unit) { return static_cast<int>(text.rfind(unit)); }
@@ -91,28 +90,13 @@ struct Std {
 };
 
 #ifdef VX_BENCH_ICU
-struct Icu {
-    using Text = icu::UnicodeString;
+struct Icu : Common<icu::UnicodeString> {
     static Text make(std::u16string_view text) { return Text(text.data(), static_cast<std::int32_t>(text.size())); }
     static Text withRoom(int capacity) { return Text(capacity, u'\0', 0); }
     static int length(const Text& text) { return text.length(); }
-    static void append(Text& text, char16_t unit) { text.append(unit); }
-    static void append(Text& text, const Text& piece) { text.append(piece); }
-    static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
-    static void remove(Text& text, int position, int count) { text.remove(position, count); }
-    static Text sum(const Text& left, const Text& right) { return left + right; }
     static Text part(const Text& text, int start, int end) { return Text(text, start, end - start); }
-    static void assign(Text& text, const Text& other) { text = other; }
-    static bool equals(const Text& left, const Text& right) { return left == right; }
     static bool equalsFolded(const Text& left, const Text& right) { return left.caseCompare(right, 0) == 0; }
-    static int compare(const Text& left, const Text& right) { return left.compare(right); }
-    static int find(const Text& text, char16_t unit) { return text.indexOf(unit); }
-    static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
-    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(unit); }
-    static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
     static std::size_t hash(const Text& text) { return static_cast<std::size_t>(text.hashCode()); }
-    static void upper(Text& text) { text.toUpper(); }
-    static void trim(Text& text) { text.trim(); }
     static std::string utf8(const Text& text)
     {
         std::string bytes;
@@ -127,8 +111,7 @@ struct Icu {
 #endif
 
 #ifdef VX_BENCH_QT
-struct Qt5 {
-    using Text = QString;
+struct Qt5 : Common<QString, QChar> {
     static Text make(std::u16string_view text)
     {
         return Text(reinterpret_cast<const QChar*>(text.data()), static_cast<int>(text.size()));
@@ -140,24 +123,12 @@ struct Qt5 {
         return text;
     }
     static int length(const Text& text) { return text.size(); }
-    static void append(Text& text, char16_t unit) { text.append(QChar(unit)); }
-    static void append(Text& text, const Text& piece) { text.append(piece); }
-    static void insert(Text& text, int position, const Text& piece) { text.insert(position, piece); }
-    static void remove(Text& text, int position, int count) { text.remove(position, count); }
-    static Text sum(const Text& left, const Text& right) { return left + right; }
     static Text part(const Text& text, int start, int end) { return text.mid(start, end - start); }
-    static void assign(Text& text, const Text& other) { text = other; }
-    static bool equals(const Text& left, const Text& right) { return left == right; }
     static bool equalsFolded(const Text& left, const Text& right)
     {
         return left.compare(right, Qt::CaseInsensitive) == 0;
     }
-    static int compare(const Text& left, const Text& right) { return left.compare(right); }
-    static int find(const Text& text, char16_t unit) { return text.indexOf(QChar(unit)); }
-    static int find(const Text& text, const Text& piece) { return text.indexOf(piece); }
     static int findFolded(const Text& text, const Text& piece) { return text.indexOf(piece, 0, Qt::CaseInsensitive); }
-    static int findLast(const Text& text, char16_t unit) { return text.lastIndexOf(QChar(unit)); }
-    static int findLast(const Text& text, const Text& piece) { return text.lastIndexOf(piece); }
     static std::size_t hash(const Text& text) { return qHash(text); }
     static void upper(Text& text) { text = std::move(text).toUpper(); }
     static void trim(Text& text) { text = std::move(text).trimmed(); }
@@ -182,15 +153,22 @@ void countUnits(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
+/// Measures what gives a text.
+template <class Make>
+void makeEach(benchmark::State& state, Make make)
+{
+    for (auto _ : state) {
+        auto text = make();
+        benchmark::DoNotOptimize(text);
+    }
+    countUnits(state);
+}
+
 template <class Type>
 void construct(benchmark::State& state)
 {
     const std::u16string source = words(state.range(0));
-    for (auto _ : state) {
-        auto text = Type::make(source);
-        benchmark::DoNotOptimize(text);
-    }
-    countUnits(state);
+    makeEach(state, [&] { return Type::make(source); });
 }
 
 template <class Type>
@@ -207,12 +185,11 @@ template <class Type>
 void copyAndWrite(benchmark::State& state)
 {
     const auto source = Type::make(words(state.range(0)));
-    for (auto _ : state) {
+    makeEach(state, [&] {
         typename Type::Text text(source);
         Type::append(text, u'!');
-        benchmark::DoNotOptimize(text);
-    }
-    countUnits(state);
+        return text;
+    });
 }
 
 template <class Type>
@@ -227,13 +204,14 @@ void assign(benchmark::State& state)
     countUnits(state);
 }
 
-template <class Type>
-void appendUnits(benchmark::State& state)
+/// Measures appending to a text that `make` gives, by `step` units each time.
+template <class Type, class Make, class Append>
+void appendEach(benchmark::State& state, int step, Make make, Append append)
 {
     for (auto _ : state) {
-        typename Type::Text text;
-        for (std::int64_t i = 0; i < state.range(0); ++i)
-            Type::append(text, static_cast<char16_t>(u'a' + i % 26));
+        auto text = make();
+        for (std::int64_t i = 0; i < state.range(0); i += step)
+            append(text, i);
         if (Type::length(text) != state.range(0))
             state.SkipWithError("wrong length");
     }
@@ -241,30 +219,32 @@ void appendUnits(benchmark::State& state)
 }
 
 template <class Type>
+void appendLetter(typename Type::Text& text, std::int64_t number)
+{
+    Type::append(text, static_cast<char16_t>(u'a' + number % 26));
+}
+
+template <class Type>
+void appendUnits(benchmark::State& state)
+{
+    appendEach<Type>(
+        state, 1, [] { return typename Type::Text(); }, appendLetter<Type>);
+}
+
+template <class Type>
 void appendUnitsIntoRoom(benchmark::State& state)
 {
-    for (auto _ : state) {
-        auto text = Type::withRoom(static_cast<int>(state.range(0)));
-        for (std::int64_t i = 0; i < state.range(0); ++i)
-            Type::append(text, static_cast<char16_t>(u'a' + i % 26));
-        if (Type::length(text) != state.range(0))
-            state.SkipWithError("wrong length");
-    }
-    countUnits(state);
+    const auto make = [&] { return Type::withRoom(static_cast<int>(state.range(0))); };
+    appendEach<Type>(state, 1, make, appendLetter<Type>);
 }
 
 template <class Type>
 void appendPieces(benchmark::State& state)
 {
     const auto piece = Type::make(words(16));
-    for (auto _ : state) {
-        typename Type::Text text;
-        for (std::int64_t i = 0; i < state.range(0); i += 16)
-            Type::append(text, piece);
-        if (Type::length(text) != state.range(0))
-            state.SkipWithError("wrong length");
-    }
-    countUnits(state);
+    const auto append = [&](auto& text, std::int64_t) { Type::append(text, piece); };
+    appendEach<Type>(
+        state, 16, [] { return typename Type::Text(); }, append);
 }
 
 template <class Type>
@@ -288,22 +268,14 @@ void concatenate(benchmark::State& state)
 {
     const auto left = Type::make(words(state.range(0) / 2));
     const auto right = Type::make(words(state.range(0) / 2));
-    for (auto _ : state) {
-        auto text = Type::sum(left, right);
-        benchmark::DoNotOptimize(text);
-    }
-    countUnits(state);
+    makeEach(state, [&] { return Type::sum(left, right); });
 }
 
 template <class Type>
 void substring(benchmark::State& state)
 {
     const auto source = Type::make(words(state.range(0) + 2));
-    for (auto _ : state) {
-        auto text = Type::part(source, 1, static_cast<int>(state.range(0)) + 1);
-        benchmark::DoNotOptimize(text);
-    }
-    countUnits(state);
+    makeEach(state, [&] { return Type::part(source, 1, static_cast<int>(state.range(0)) + 1); });
 }
 
 /// Measures what has to be true.
@@ -442,27 +414,16 @@ void throughUtf8(benchmark::State& state)
     countUnits(state);
 }
 
-void valueOf(benchmark::State& state)
+void valueOf(benchmark::State& state, auto value)
 {
-    int value = 1234567;
     for (auto _ : state) {
         benchmark::DoNotOptimize(value);
         const vx::String text = vx::String::valueOf(value);
         benchmark::DoNotOptimize(text.getData());
     }
 }
-BENCHMARK(valueOf);
-
-void valueOfDouble(benchmark::State& state)
-{
-    double value = 1234.567;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(value);
-        const vx::String text = vx::String::valueOf(value);
-        benchmark::DoNotOptimize(text.getData());
-    }
-}
-BENCHMARK(valueOfDouble);
+BENCHMARK_CAPTURE(valueOf, int, 1234567)->Name("valueOf");
+BENCHMARK_CAPTURE(valueOf, double, 1234.567)->Name("valueOfDouble");
 
 /// The same two by the standard library, as the floor.
 template <class... Form>
