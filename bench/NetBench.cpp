@@ -1,5 +1,5 @@
 // Sockets of both generations beside the plain ones of the system over loopback: echo of 64 bytes, bulk, connect and accept,
-// waits; and URIs and INI files beside POCO, where it is installed.
+// waits; and URIs beside POCO, where it is installed.
 #include "vx/io/InputStream.h"
 #include "vx/io/OutputStream.h"
 #include "vx/net/SocketPoller.h"
@@ -8,7 +8,6 @@
 #include "vx/net/TcpServerSocket2.h"
 #include "vx/net/TcpSocket.h"
 #include "vx/net/URI.h"
-#include "vx/util/IniFile.h"
 
 #include <benchmark/benchmark.h>
 
@@ -29,9 +28,7 @@
 #include <vector>
 
 #ifdef VX_BENCH_POCO
-#include <Poco/AutoPtr.h>
 #include <Poco/URI.h>
-#include <Poco/Util/IniFileConfiguration.h>
 #endif
 
 namespace {
@@ -470,53 +467,6 @@ void parseAndAskUris(benchmark::State& state)
 }
 BENCHMARK(parseAndAskUris)->Unit(benchmark::kMillisecond);
 
-std::string iniText()
-{
-    constexpr int SETS = 100;
-    constexpr int KEYS = 100; // in each
-    std::string text;
-    for (int set = 0; set < SETS; ++set) {
-        text += "[set" + std::to_string(set) + "]\n";
-        for (int key = 0; key < KEYS; ++key)
-            text += "key" + std::to_string(key) + " = the value of " + std::to_string(key) + "\n";
-    }
-    return text;
-}
-
-/// The text of `iniText` in a file, gone at the end.
-class IniTextFile {
-public:
-    IniTextFile()
-    {
-        const int descriptor = ::mkstemp(m_path);
-        const std::string text = iniText();
-        require(descriptor != -1 && ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size()));
-        ::close(descriptor);
-    }
-    ~IniTextFile() { ::unlink(m_path); }
-    IniTextFile(const IniTextFile&) = delete;
-    IniTextFile& operator=(const IniTextFile&) = delete;
-    const char* path() const { return m_path; }
-
-private:
-    char m_path[40] = "/dev/shm/ini-bench-XXXXXX";
-};
-
-void loadIniFile(benchmark::State& state)
-{
-    const IniTextFile file;
-    const vx::String path(file.path());
-    for (auto _ : state) {
-        const vx::util::IniFile ini(path.getData(), nullptr, 1);
-        benchmark::DoNotOptimize(&ini);
-    }
-    vx::util::IniFile ini(path.getData(), nullptr, 1);
-    char16_t value[40];
-    if (ini.GetValue(u"SET99", u"KEY99", value, 40) != 0)
-        state.SkipWithError("a key is missing");
-}
-BENCHMARK(loadIniFile)->Unit(benchmark::kMillisecond);
-
 #ifdef VX_BENCH_POCO
 
 void parseAndPrintUrisPoco(benchmark::State& state)
@@ -536,19 +486,6 @@ void parseAndAskUrisPoco(benchmark::State& state)
     });
 }
 BENCHMARK(parseAndAskUrisPoco)->Unit(benchmark::kMillisecond);
-
-void loadIniFilePoco(benchmark::State& state)
-{
-    const IniTextFile file;
-    for (auto _ : state) {
-        const Poco::AutoPtr<Poco::Util::IniFileConfiguration> ini(new Poco::Util::IniFileConfiguration(file.path()));
-        benchmark::DoNotOptimize(ini.get());
-    }
-    const Poco::AutoPtr<Poco::Util::IniFileConfiguration> ini(new Poco::Util::IniFileConfiguration(file.path()));
-    if (!ini->has("SET99.KEY99"))
-        state.SkipWithError("a key is missing");
-}
-BENCHMARK(loadIniFilePoco)->Unit(benchmark::kMillisecond);
 
 #endif
 

@@ -146,49 +146,55 @@ void commandLineQt(benchmark::State& state)
 BENCHMARK(commandLineQt)->Arg(10)->Arg(100)->Arg(10'000);
 #endif
 
-std::string iniText()
-{
-    std::string text;
-    for (int set = 0; set < 20; ++set) {
-        text += "[service" + std::to_string(set) + "]\n";
-        for (int key = 0; key < 50; ++key)
-            text += "setting" + std::to_string(key) + "=value " + std::to_string(set * key) + "\n";
+/// Settings in sets of 50, the last of which is "service0". The file has stood for a while, as settings do.
+class SettledFile {
+public:
+    explicit SettledFile(std::int64_t settings = 1000)
+    {
+        constexpr std::int64_t OF_SET = 50;
+        std::string text;
+        for (std::int64_t set = settings / OF_SET; set-- > 0;) {
+            text += "[service" + std::to_string(set) + "]\n";
+            for (std::int64_t key = 0; key < OF_SET; ++key)
+                text += "setting" + std::to_string(key) + "=value " + std::to_string(key) + "\n";
+        }
+        put(path(), text);
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
     }
-    return text;
-}
+    std::filesystem::path path() const { return m_scratch / "service.ini"; }
 
-/// A file that has stood for a while, as settings do.
-void putSettled(const std::filesystem::path& path)
+private:
+    Scratch m_scratch;
+};
+
+/// Whether `ini` gives a setting of the last set.
+bool givesSetting(IniFile& ini)
 {
-    put(path, iniText());
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    char16_t value[20] {};
+    return ini.GetValue(u"service0", u"setting7", value, 20) == 0 && std::u16string_view(value) == u"value 7";
 }
 
 void iniLoad(benchmark::State& state)
 {
-    const Scratch scratch;
-    putSettled(scratch / "service.ini");
-    const std::u16string path = (scratch / "service.ini").u16string();
-    char16_t value[20] {};
+    const SettledFile settled(state.range(0));
+    const std::u16string path = settled.path().u16string();
     bool isRight = true;
     for (auto _ : state) {
         IniFile file(path.c_str(), nullptr, 1);
-        isRight = file.GetValue(u"service19", u"setting7", value, 20) == 0 && isRight;
+        isRight = givesSetting(file) && isRight;
     }
-    check(state, isRight && std::u16string_view(value) == u"value 133");
+    check(state, isRight);
 }
-BENCHMARK(iniLoad)->Unit(benchmark::kMicrosecond);
+BENCHMARK(iniLoad)->Arg(1000)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 
 void iniGet(benchmark::State& state)
 {
-    const Scratch scratch;
-    putSettled(scratch / "service.ini");
-    IniFile file((scratch / "service.ini").u16string().c_str(), nullptr, 1);
-    char16_t value[20] {};
+    const SettledFile settled;
+    IniFile file(settled.path().u16string().c_str(), nullptr, 1);
     bool isRight = true;
     for (auto _ : state)
-        isRight = file.GetValue(u"service19", u"setting7", value, 20) == 0 && isRight;
-    check(state, isRight && std::u16string_view(value) == u"value 133");
+        isRight = givesSetting(file) && isRight;
+    check(state, isRight);
 }
 BENCHMARK(iniGet);
 
@@ -196,19 +202,18 @@ BENCHMARK(iniGet);
 /// The peer caches the settings of each path, so that each round reads a file with another name.
 void iniLoadQt(benchmark::State& state)
 {
-    const Scratch scratch;
-    putSettled(scratch / "service.ini");
-    const QString path = QString::fromStdString((scratch / "service.ini").string());
+    const SettledFile settled(state.range(0));
+    const QString path = QString::fromStdString(settled.path().string());
     bool isRight = true;
     int number = 0;
     for (auto _ : state) {
         state.PauseTiming();
         const QString own = path + QString::number(++number);
-        std::filesystem::create_hard_link(scratch / "service.ini", own.toStdString());
+        std::filesystem::create_hard_link(settled.path(), own.toStdString());
         state.ResumeTiming();
         {
             const QSettings file(own, QSettings::IniFormat);
-            isRight = file.allKeys().size() == 1000 && isRight; // a set is read when it is asked for
+            isRight = file.allKeys().size() == state.range(0) && isRight; // a set is read when it is asked for
         }
         state.PauseTiming();
         std::filesystem::remove(own.toStdString());
@@ -216,17 +221,16 @@ void iniLoadQt(benchmark::State& state)
     }
     check(state, isRight);
 }
-BENCHMARK(iniLoadQt)->Unit(benchmark::kMicrosecond);
+BENCHMARK(iniLoadQt)->Arg(1000)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 
 void iniGetQt(benchmark::State& state)
 {
-    const Scratch scratch;
-    putSettled(scratch / "service.ini");
-    const QSettings file(QString::fromStdString((scratch / "service.ini").string()), QSettings::IniFormat);
+    const SettledFile settled;
+    const QSettings file(QString::fromStdString(settled.path().string()), QSettings::IniFormat);
     QString value;
     for (auto _ : state)
-        value = file.value("service19/setting7").toString();
-    check(state, value == "value 133");
+        value = file.value("service0/setting7").toString();
+    check(state, value == "value 7");
 }
 BENCHMARK(iniGetQt);
 #endif
@@ -236,27 +240,25 @@ using PocoFile = Poco::AutoPtr<Poco::Util::IniFileConfiguration>;
 
 void iniLoadPoco(benchmark::State& state)
 {
-    const Scratch scratch;
-    putSettled(scratch / "service.ini");
-    const std::string path = (scratch / "service.ini").string();
+    const SettledFile settled(state.range(0));
+    const std::string path = settled.path().string();
     bool isRight = true;
     for (auto _ : state) {
         const PocoFile file(new Poco::Util::IniFileConfiguration(path));
-        isRight = file->getString("service19.setting7") == "value 133" && isRight;
+        isRight = file->getString("service0.setting7") == "value 7" && isRight;
     }
     check(state, isRight);
 }
-BENCHMARK(iniLoadPoco)->Unit(benchmark::kMicrosecond);
+BENCHMARK(iniLoadPoco)->Arg(1000)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 
 void iniGetPoco(benchmark::State& state)
 {
-    const Scratch scratch;
-    putSettled(scratch / "service.ini");
-    const PocoFile file(new Poco::Util::IniFileConfiguration((scratch / "service.ini").string()));
+    const SettledFile settled;
+    const PocoFile file(new Poco::Util::IniFileConfiguration(settled.path().string()));
     std::string value;
     for (auto _ : state)
-        value = file->getString("service19.setting7");
-    check(state, value == "value 133");
+        value = file->getString("service0.setting7");
+    check(state, value == "value 7");
 }
 BENCHMARK(iniGetPoco);
 #endif
