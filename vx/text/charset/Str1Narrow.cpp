@@ -2,6 +2,7 @@
 
 #include "vx/Exceptions.h"
 #include "vx/Result.h"
+#include "vx/detail/TextCopy.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
 #include "vx/text/charset/detail/EncodeText.h"
@@ -39,6 +40,18 @@ std::int32_t lengthOf(std::size_t length)
     return checkedSize(static_cast<std::int64_t>(std::min(length, static_cast<std::size_t>(LARGEST) + 1)));
 }
 
+/// Decodes at most BLOCK bytes of UTF-8 and gives the units to `store`. Returns whether the last character is whole.
+template <class Store>
+bool decodeBlock(const char* bytes, std::int32_t length, Store store)
+{
+    char16_t units[BLOCK];
+    std::int32_t read = 0;
+    const std::int32_t written = text::charset::detail::decodeUtf8(bytes, length, units, &read);
+    if (written != 0)
+        store(units, written);
+    return read == length;
+}
+
 /// Calls `encode(position, written)` if there are units from `*position` (null: 0) on, and stores what it has done.
 template <class Encode>
 std::int32_t encodeFrom(
@@ -62,19 +75,36 @@ std::int32_t encodeFrom(
 Str1::Str1(const char* bytes, std::int32_t length, const char16_t* encoding)
     : Str1()
 {
-    appendA(bytes, length, encoding);
+    if (length == -1)
+        length = VXStrLenA(bytes);
+    if (bytes == nullptr || length < 1)
+        return;
+    if (length > BLOCK || !text::charset::detail::isUtf8(encoding)) {
+        appendA(bytes, length, encoding);
+        return;
+    }
+    decodeBlock(bytes, length, [this](const char16_t* units, std::int32_t count) {
+        take(newStrBuf1Cap(static_cast<std::uint32_t>(count)), count);
+        detail::moveUnits(m_buffer->getData(), units, static_cast<std::size_t>(count));
+    });
 }
 
 Str1::Str1(const signed char* bytes, std::int32_t length, const char16_t* encoding)
-    : Str1()
+    : Str1(reinterpret_cast<const char*>(bytes), length, encoding)
 {
-    appendA(bytes, length, encoding);
 }
 
 Str1::Str1(std::string_view utf8)
     : Str1()
 {
-    if (failed(appendA(utf8.data(), lengthOf(utf8.size()), UTF_8)))
+    const std::int32_t length = lengthOf(utf8.size());
+    const auto store = [this](const char16_t* units, std::int32_t count) {
+        take(newStrBuf1Cap(static_cast<std::uint32_t>(count)), count);
+        detail::moveUnits(m_buffer->getData(), units, static_cast<std::size_t>(count));
+    };
+    const bool isWhole
+        = length <= BLOCK ? decodeBlock(utf8.data(), length, store) : !failed(appendA(utf8.data(), length, UTF_8));
+    if (!isWhole)
         throw InvalidCharacterException(u"Invalid UTF-8 sequence (incomplete at the end)");
 }
 
@@ -120,12 +150,13 @@ std::int32_t Str1::appendA(const signed char* bytes, std::int32_t length, const 
         length = VXStrLenA(reinterpret_cast<const char*>(bytes));
     if (bytes == nullptr || length < 1)
         return 0;
+    if (length <= BLOCK && text::charset::detail::isUtf8(encoding)) {
+        const bool isWhole = decodeBlock(reinterpret_cast<const char*>(bytes), length,
+            [this](const char16_t* units, std::int32_t count) { append(units, count); });
+        return isWhole ? RESULT_OK : RESULT_FAIL;
+    }
     char16_t units[BLOCK];
     std::int32_t read = 0;
-    if (length <= BLOCK && text::charset::detail::isUtf8(encoding)) {
-        append(units, text::charset::detail::decodeUtf8(reinterpret_cast<const char*>(bytes), length, units, &read));
-        return read == length ? RESULT_OK : RESULT_FAIL;
-    }
     DecoderFor decoder(encoding);
     const std::int32_t oldLength = m_length;
     try {
