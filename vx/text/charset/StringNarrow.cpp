@@ -90,18 +90,28 @@ Reference<IVXCharBuffer> decodedUtf8(std::string_view bytes)
 }
 
 /// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
-std::int32_t encode(EncoderFor& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
+template <class Encode>
+std::int32_t terminated(const StringReadLock& text, signed char* out, std::int32_t size, Encode encode)
 {
     std::int32_t read = 0;
     std::int32_t written = 0;
-    const std::u16string_view units(text.data(), static_cast<std::size_t>(text.length()));
-    if (encoder.isUtf8())
-        text::charset::detail::encodeUtf8(units, read, out, written, size);
-    else
-        text::charset::detail::encodeText(*encoder, units, read, out, written, size);
+    encode(std::u16string_view(text.data(), static_cast<std::size_t>(text.length())), read, out, written, size);
     if (written < size)
         out[written++] = 0;
     return written;
+}
+
+std::int32_t encodeAsUtf8(const StringReadLock& text, signed char* out, std::int32_t size)
+{
+    return terminated(text, out, size, [](auto&&... arguments) { text::charset::detail::encodeUtf8(arguments...); });
+}
+
+std::int32_t encode(EncoderFor& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
+{
+    if (encoder.isUtf8())
+        return encodeAsUtf8(text, out, size);
+    return terminated(
+        text, out, size, [&](auto&&... arguments) { text::charset::detail::encodeText(*encoder, arguments...); });
 }
 
 void encode(EncoderFor& encoder, const StringReadLock& text, util::IByteBuffer& out)
@@ -335,8 +345,13 @@ std::int32_t String::getBytes(char* out, std::int32_t size, const char16_t* enco
 
 std::int32_t String::getBytes(signed char* out, std::int32_t size, const char16_t* encoding) const
 {
-    EncoderFor encoder(encoding);
-    if (out == nullptr || size < 1)
+    const bool hasRoom = out != nullptr && size >= 1;
+    if (hasRoom && text::charset::detail::isUtf8(encoding)) {
+        const StringReadLock text(*this);
+        return encodeAsUtf8(text, out, size);
+    }
+    EncoderFor encoder(encoding); // also without room, since an unknown name is an error
+    if (!hasRoom)
         return 0;
     const StringReadLock text(*this);
     return encode(encoder, text, out, size);

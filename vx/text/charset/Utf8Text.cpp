@@ -145,18 +145,12 @@ void encodeUnits(const char16_t*& in, const char16_t* until, const char16_t* end
     }
 }
 
-/// Encodes from `position` on, up to a lone surrogate. Returns whether that was all. It may encode nothing if the text is long
-/// or `out` is small.
-bool encodeShort(
-    std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written, std::int32_t size)
+/// Encodes from `position` on, up to a lone surrogate. Returns whether that was all. It encodes nothing if the text is long
+/// or `out` is small. Kept out of the way of plain text, which needs none of its registers.
+[[gnu::noinline]] bool encodeRest(std::u16string_view text, std::int32_t& position, signed char* out,
+    std::int32_t& written, std::int32_t size) noexcept
 {
-    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(std::ssize(text) - position, std::max(size - written, 0));
-    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data() + position, out + written, count));
-    position += plain;
-    written += plain;
     const std::ptrdiff_t rest = std::ssize(text) - position;
-    if (rest == 0)
-        return true;
     const std::ptrdiff_t spare = size - written - 3 * rest;
     if (rest > SHORT_TEXT || spare < 0)
         return false;
@@ -174,6 +168,17 @@ bool encodeShort(
     position = static_cast<std::int32_t>(in - text.data());
     written = static_cast<std::int32_t>(to - out);
     return in == end;
+}
+
+/// The same, but plain text is also encoded if it is long.
+inline bool encodeShort(std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written,
+    std::int32_t size) noexcept
+{
+    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(std::ssize(text) - position, std::max(size - written, 0));
+    const auto plain = static_cast<std::int32_t>(narrowAscii(text.data() + position, out + written, count));
+    position += plain;
+    written += plain;
+    return position == std::ssize(text) || encodeRest(text, position, out, written, size);
 }
 
 /// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros.

@@ -165,11 +165,11 @@ VX_USES_SHUFFLE inline void encodeToEnd(const char16_t*& in, const char16_t* end
     while (in < end) {
         const std::ptrdiff_t left = end - in;
         const __m128i units = left >= 8 ? loadBlock(in) : lastBytes(last, 2 * left);
-        if (lanes8(has16(units, 0xF800, 0xD800)) != 0)
+        const __m128i isShort = has16(units, 0xF800, 0);
+        if (lanes16(isShort) != 0xFF && lanes8(has16(units, 0xF800, 0xD800)) != 0)
             return;
         const __m128i isSingle = has16(units, 0xFF80, 0);
-        out = storeLanes(
-            out, units, choose(isSingle, units, encodePairs(units)), has16(units, 0xF800, 0), lanes16(isSingle));
+        out = storeLanes(out, units, choose(isSingle, units, encodePairs(units)), isShort, lanes16(isSingle));
         in += std::min<std::ptrdiff_t>(left, 8);
         out -= std::max<std::ptrdiff_t>(8 - left, 0); // each zero after the end is one byte
     }
