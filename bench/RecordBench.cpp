@@ -1,5 +1,5 @@
 /// Binary records: typed access to a ByteBuffer beside plain loads and stores, and the streams of numbers and of
-/// alphanumeric text beside plain loops over the same streams.
+/// alphanumeric text beside plain loops over the same streams. Where Qt is installed, its stream of numbers does the same.
 
 #include "vx/Reference.h"
 #include "vx/io/AlphaNumInputStream.h"
@@ -10,6 +10,12 @@
 #include "vx/io/ByteBuffer.h"
 #include "vx/io/DataInputStream.h"
 #include "vx/io/DataOutputStream.h"
+
+#ifdef VX_BENCH_QT
+#include <QBuffer>
+#include <QByteArray>
+#include <QDataStream>
+#endif
 
 #include <benchmark/benchmark.h>
 
@@ -227,19 +233,46 @@ void writeNumbers(benchmark::State& state)
 BENCHMARK(writeNumbers<Ours>);
 BENCHMARK(writeNumbers<Plain>);
 
+#ifdef VX_BENCH_QT
+void writeNumbersQt(benchmark::State& state)
+{
+    QByteArray bytes;
+    bytes.reserve(SIZE);
+    QBuffer sink(&bytes);
+    for (auto _ : state) {
+        sink.open(QIODevice::WriteOnly);
+        QDataStream out(&sink); // big-endian by default
+        for (qint32 value = 0; value < COUNT; ++value)
+            out << value;
+        sink.close();
+    }
+    if (bytes.size() != SIZE || bytes[SIZE - 1] != static_cast<char>(COUNT - 1))
+        state.SkipWithError("other bytes");
+    state.SetBytesProcessed(state.iterations() * SIZE);
+}
+BENCHMARK(writeNumbersQt);
+#endif
+
 /// The bytes in a buffer, as they come from a file.
 Reference<InputStream> buffered(const signed char* bytes, std::int32_t size)
 {
     return new BufferedInputStream(new ByteArrayInputStream(bytes, size), SIZE);
 }
 
+std::uint32_t sumOf(std::vector<signed char>& bytes)
+{
+    const Plain way(bytes);
+    std::uint32_t sum = 0;
+    for (unsigned index = 0; index < SIZE; index += 4)
+        sum += static_cast<std::uint32_t>(way.load(index));
+    return sum;
+}
+
 template <class Way>
 void readNumbers(benchmark::State& state)
 {
     std::vector<signed char> bytes = someBytes();
-    std::uint32_t expected = 0;
-    for (unsigned index = 0; index < SIZE; index += 4)
-        expected += static_cast<std::uint32_t>(Plain(bytes).load(index));
+    const std::uint32_t expected = sumOf(bytes);
     for (auto _ : state) {
         if (Way::read(buffered(bytes.data(), SIZE).get()) != expected)
             state.SkipWithError("another sum");
@@ -248,6 +281,28 @@ void readNumbers(benchmark::State& state)
 }
 BENCHMARK(readNumbers<Ours>);
 BENCHMARK(readNumbers<Plain>);
+
+#ifdef VX_BENCH_QT
+void readNumbersQt(benchmark::State& state)
+{
+    std::vector<signed char> bytes = someBytes();
+    const std::uint32_t expected = sumOf(bytes);
+    const QByteArray source = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes.data()), SIZE);
+    for (auto _ : state) {
+        QDataStream in(source); // it reads from a buffer of its own
+        std::uint32_t sum = 0;
+        for (int index = 0; index < COUNT; ++index) {
+            qint32 value = 0;
+            in >> value;
+            sum += static_cast<std::uint32_t>(value);
+        }
+        if (sum != expected)
+            state.SkipWithError("another sum");
+    }
+    state.SetBytesProcessed(state.iterations() * SIZE);
+}
+BENCHMARK(readNumbersQt);
+#endif
 
 template <class Way>
 void encodeAlphaNum(benchmark::State& state)
