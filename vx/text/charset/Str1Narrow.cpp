@@ -85,7 +85,7 @@ Str1::Str1(const char* bytes, std::int32_t length, const char16_t* encoding)
     }
     decodeBlock(bytes, length, [this](const char16_t* units, std::int32_t count) {
         take(newStrBuf1Cap(static_cast<std::uint32_t>(count)), count);
-        detail::moveUnits(m_buffer->getData(), units, static_cast<std::size_t>(count));
+        detail::moveUnits(first(), units, static_cast<std::size_t>(count));
     });
 }
 
@@ -100,7 +100,7 @@ Str1::Str1(std::string_view utf8)
     const std::int32_t length = lengthOf(utf8.size());
     const auto store = [this](const char16_t* units, std::int32_t count) {
         take(newStrBuf1Cap(static_cast<std::uint32_t>(count)), count);
-        detail::moveUnits(m_buffer->getData(), units, static_cast<std::size_t>(count));
+        detail::moveUnits(first(), units, static_cast<std::size_t>(count));
     };
     const bool isWhole
         = length <= BLOCK ? decodeBlock(utf8.data(), length, store) : !failed(appendA(utf8.data(), length, UTF_8));
