@@ -65,6 +65,19 @@ class Completions(tool.Scratch):
                     self.assertEqual([row.split("\t")[0].split("=")[-1] for row in said.splitlines()], offered)
 
 
+class Streams(tool.Scratch):
+    def test_are_named_where_they_are_closed(self):
+        names = [name for name in ["vxconv", "vxlog", "vxlogd", "vxreg", "vxview"] if os.path.exists(os.path.join(os.environ["TOOL_FOLDER"], name))]
+        for name in names:
+            inputs = {"vxlogd": [], "vxreg": [["import"], ["import", "-"]]}.get(name, [[], ["-"]])
+            outputs = {"vxlogd": ["--check-config"], "vxreg": ["list"], "vxview": ["-c"]}.get(name, [])
+            for stream, closed, commands in [("input", 0, inputs), ("output", 1, [outputs, ["--help"]])]:
+                for arguments in commands:
+                    result = subprocess.run([os.path.join(os.environ["TOOL_FOLDER"], name), *arguments], stdin=subprocess.DEVNULL if closed else None,
+                                            capture_output=True, check=False, timeout=60, preexec_fn=lambda number=closed: os.close(number))
+                    self.assertFails(result, f"standard {stream}: is closed", status=2 if name == "vxview" else 1)
+
+
 @unittest.skipUnless(glob.glob(FILES + "/*.1"), "no manual pages were made")
 class Pages(unittest.TestCase):
     def test_are_complete_and_well_formed(self):

@@ -173,7 +173,7 @@ class Faults(tool.Scratch):
     def test_says_that_a_standard_stream_fails(self):
         self.assertNeedsRoom("vxconv", [], ["--help"], ["--list"])
         self.assertFails(vxconv("-o", "/dev/full", data=b"text"), "/dev/full: the disk is full")
-        self.assertFails(vxconv(preexec_fn=lambda: os.close(0)), "standard input: invalid handle")
+        self.assertFails(vxconv(preexec_fn=lambda: os.close(0)), "standard input: is closed")
         reading, writing = os.pipe()
         os.close(reading)
         result = vxconv(data=b"text", stdout=writing)

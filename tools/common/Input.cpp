@@ -10,6 +10,12 @@
 
 namespace vxtools {
 
+namespace {
+
+constexpr Message IS_CLOSED {u"tools.is-closed", "is closed"};
+
+} // namespace
+
 Input::Input(Text name)
     : m_name(std::move(name))
 {
@@ -22,6 +28,8 @@ Input::Input(const std::string& path)
         m_descriptor = openFile(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (m_descriptor < 0)
             throw Failure(m_name, textOfError(errno));
+    } else {
+        requireStream(m_descriptor);
     }
     struct stat status;
     if (::fstat(m_descriptor, &status) != 0)
@@ -47,11 +55,18 @@ int openFile(const char* path, int flags, unsigned int mode)
     return descriptor;
 }
 
+void requireStream(int descriptor)
+{
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    if (flags == -1 || (flags & O_ACCMODE) == (descriptor == 0 ? O_WRONLY : O_RDONLY))
+        throw Failure(descriptor == 0 ? STANDARD_INPUT() : STANDARD_OUTPUT(), IS_CLOSED());
+}
+
 void occupyStandardStreams()
 {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
         // The lowest free descriptor is the closed stream. It is opened for the wrong direction, so that using it fails
-        // as on a closed one.
+        // as on a closed one, and `requireStream` knows it.
         if (::fcntl(descriptor, F_GETFD) == -1)
             static_cast<void>(::open("/dev/null", descriptor == 0 ? O_WRONLY : O_RDONLY));
     }

@@ -32,6 +32,9 @@ private:
 /// Calls `open`, again after a signal. -1 with `errno` set if it fails.
 int openFile(const char* path, int flags, unsigned int mode = 0);
 
+/// Throws Failure if this standard stream, 0 or 1, was closed when the program began.
+void requireStream(int descriptor);
+
 /// Opens closed standard streams, so that no file that is opened later gets their descriptors.
 void occupyStandardStreams();
 

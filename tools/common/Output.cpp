@@ -128,8 +128,10 @@ Output::Output(Text name)
 Output::Output(const std::string& path)
     : Output(path == "-" ? STANDARD_OUTPUT() : Text(path)) // so that the destructor runs if what follows fails
 {
-    if (path == "-")
+    if (path == "-") {
+        requireStream(m_descriptor);
         return;
+    }
     struct stat status;
     if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         m_descriptor = openFile(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);

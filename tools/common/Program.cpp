@@ -29,6 +29,7 @@ void complain(const char* name, const std::string& text)
 
 void print(const std::string& text)
 {
+    requireStream(1);
     if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) == EOF)
         throw Failure(STANDARD_OUTPUT(), textOfError(errno));
 }

@@ -112,6 +112,8 @@ void log(const Options& options, Messages& messages)
     }
     Lines lines(options, input);
     catchEndingSignals();
+    if (options.file == "-")
+        requireStream(1);
     const Text name = options.file == "-" ? STANDARD_OUTPUT() : Text(options.file);
     const Reference<io::OutputStream> file = openLog(options);
     const Reference<Target> target(new Target(createWriter(options, name, file.get())));

@@ -2,6 +2,7 @@
 
 #include "common/CommandLine.h"
 #include "common/Failure.h"
+#include "common/Input.h"
 #include "common/Program.h"
 #include "vxreg/Commands.h"
 
@@ -29,8 +30,11 @@ int main(int argc, char** argv)
         else
             run(options.getArguments(), options.has("machine"), messages);
         errno = 0;
-        if (!std::cout.flush())
-            throw Failure(STANDARD_OUTPUT(), textOfError(errno != 0 ? errno : EIO));
+        if (!std::cout.flush()) {
+            const int error = errno != 0 ? errno : EIO;
+            requireStream(1);
+            throw Failure(STANDARD_OUTPUT(), textOfError(error));
+        }
     };
     return runProgram("vxreg", work, messages);
 }

@@ -1,6 +1,7 @@
 #include "Output.h"
 
 #include "common/Failure.h"
+#include "common/Input.h"
 #include "common/Messages.h"
 
 #include <cerrno>
@@ -74,8 +75,10 @@ void Output::flush()
             rest.remove_prefix(static_cast<std::size_t>(count));
         else if (errno == EPIPE)
             throw OutputClosed();
-        else if (errno != EINTR)
-            throw Failure(STANDARD_OUTPUT(), textOfError(errno));
+        else if (const int error = errno; error != EINTR) {
+            requireStream(1);
+            throw Failure(STANDARD_OUTPUT(), textOfError(error));
+        }
     }
     m_buffer.clear();
 }

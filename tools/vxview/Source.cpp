@@ -114,6 +114,7 @@ Source::Source(const std::string& path, Access access)
     , m_name(path == "-" ? Text(STANDARD_INPUT()) : Text(path))
 {
     if (path == "-") {
+        requireStream(STDIN_FILENO);
         m_file = STDIN_FILENO;
         return;
     }
