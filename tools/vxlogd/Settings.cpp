@@ -459,8 +459,8 @@ std::string usage(vxtools::Messages& messages)
 {
     constexpr vxtools::Message HEAD {u"vxlogd.help",
         "Usage: vxlogd [-c FILE.ini] [OPTION]...\n"
-        "       vxlogd --check-config [-c FILE.ini] [OPTION]...\n"
-        "       vxlogd --status|--metrics [PATH]\n"
+        "  or:  vxlogd --check-config [-c FILE.ini] [OPTION]...\n"
+        "  or:  vxlogd --status|--metrics [PATH]\n"
         "Writes the lines that clients send over TCP to a log."};
     constexpr vxtools::Message FOOT {u"vxlogd.help.more",
         "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
