@@ -49,7 +49,7 @@ class Texts(unittest.TestCase):
     def test_fit_into_a_terminal_in_each_language(self):
         for name in ["en_US", "de", "fr"]:
             for key, text in bundle(name).items():
-                if re.fullmatch(r"(vxconv|vxreg)\.help(\.more)?", key):
+                if re.fullmatch(r"vx\w+\.help(\.more)?", key):
                     for line in text.split("\n"):
                         self.assertLessEqual(len(line), 80, (name, key, line))
 

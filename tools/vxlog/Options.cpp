@@ -93,13 +93,17 @@ constexpr Message HELP_HEAD {u"vxlog.help",
     "Usage: vxlog [OPTION]... [INPUT]\n"
     "Appends each line of INPUT to a log, as one entry."};
 constexpr Message HELP_FOOT {u"vxlog.help.more",
-    "INPUT is standard input where it is missing or \"-\". What its encoding cannot read becomes U+FFFD.\n"
-    "Several processes may append to one plain FILE at once. Each entry is in the file, whole, before\n"
-    "the next line is read (without --async), and all are on the disk at the end.\n"
-    "With --to a lost connection is opened again, and what was not acknowledged is sent again. If the\n"
-    "server is away for too long, or if lines are lost or still wait, the exit status is 1.\n"
+    "INPUT is standard input where it is missing or \"-\". What its encoding cannot\n"
+    "read becomes U+FFFD.\n"
+    "Several processes may append to one plain FILE at once. Each entry is in the\n"
+    "file, whole, before the next line is read (without --async), and all are on the\n"
+    "disk at the end.\n"
+    "With --to a lost connection is opened again, and what was not acknowledged is\n"
+    "sent again. If the server is away for too long, or if lines are lost or still\n"
+    "wait, the exit status is 1.\n"
     "SIGTERM, SIGINT and SIGHUP end the reading; what has been read is written.\n"
-    "The exit status is 0 when all was written, 1 for a failure, 2 for a wrong command line."};
+    "The exit status is 0 when all was written, 1 for a failure, 2 for a wrong\n"
+    "command line."};
 
 } // namespace
 

@@ -466,11 +466,12 @@ std::string usage(vxtools::Messages& messages)
         "A client sends lines of UTF-8. Its first line may be \"VXLOG level=3 ack=1\": the\n"
         "level of its lines, and whether it wants to hear \"ack N\" once its first N lines\n"
         "are in the log, and \"wait REASON\" if the log cannot be written, for example\n"
-        "because the disk is full. The server tries again until it can. With forward-ack=\n"
-        "brokers it hears \"ack N\" once the brokers have them, and also why they do not.\n"
-        "SIGTERM and SIGINT end the server when all it has received is in the log; SIGHUP\n"
-        "opens the log anew and reads the settings again, all but listen, port, workers,\n"
-        "forward, status-socket and those of http.\n"
+        "because the disk is full. The server tries again until it can. With\n"
+        "forward-ack=brokers it hears \"ack N\" once the brokers have them, and also why\n"
+        "they do not.\n"
+        "SIGTERM and SIGINT end the server when all it has received is in the log;\n"
+        "SIGHUP opens the log anew and reads the settings again, all but listen, port,\n"
+        "workers, forward, status-socket and those of http.\n"
         "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
         "settings."};
     return messages.say(HEAD()) + "\n\n" + vxtools::helpOf(optionTable(), u"vxlogd.help.", messages) + '\n'

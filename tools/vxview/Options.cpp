@@ -25,19 +25,24 @@ constexpr Message EMPTY_TEXT {u"vxview.empty-text", "{0} is empty"};
 
 constexpr Message HELP_HEAD {u"vxview.help",
     "Usage: vxview [OPTION]... [LOG]...\n"
-    "Shows the entries of logs that were written in plain form, as XML or as lines of JSON. Of several LOGs, the\n"
-    "entries are merged by their times."};
+    "Shows the entries of logs that were written in plain form, as XML or as lines\n"
+    "of JSON. Of several LOGs, the entries are merged by their times."};
 constexpr Message HELP_FOOT {u"vxview.help.more",
-    "LOG is standard input where it is missing or \"-\". Files that gzip, xz, zstd or bzip2 have compressed are read "
-    "too.\n"
-    "It may be a topic of Kafka: kafka://HOST:PORT,HOST:PORT/TOPIC is read from its oldest message on.\n"
-    "It may also be the status socket of a running vxlogd, such as .vxlogd.log.status: then the last entries are "
-    "shown,\n"
-    "and with --follow those that come. Without a page, the server keeps none while nobody watches.\n"
-    "An entry that was never completed is shown as torn, and a line that is no part of an entry as foreign.\n"
-    "TIME is 10:00, 2h (two hours ago), today, yesterday, 2026-11-19, or a time in the form of RFC 3339.\n"
-    "CONDITION is FIELD=VALUE, !=, <, <=, > or >=, or FIELD~REGEX, !~ for a regular expression of RE2.\n"
-    "The exit status is 0 when something was found, 1 when nothing was, and 2 for a failure."};
+    "LOG is standard input where it is missing or \"-\". Files that gzip, xz, zstd or\n"
+    "bzip2 have compressed are read too.\n"
+    "It may be a topic of Kafka: kafka://HOST:PORT,HOST:PORT/TOPIC is read from its\n"
+    "oldest message on.\n"
+    "It may also be the status socket of a running vxlogd, such as\n"
+    ".vxlogd.log.status: then the last entries are shown, and with --follow those\n"
+    "that come. Without a page, the server keeps none while nobody watches.\n"
+    "An entry that was never completed is shown as torn, and a line that is no part\n"
+    "of an entry as foreign.\n"
+    "TIME is 10:00, 2h (two hours ago), today, yesterday, 2026-11-19, or a time in\n"
+    "the form of RFC 3339.\n"
+    "CONDITION is FIELD=VALUE, !=, <, <=, > or >=, or FIELD~REGEX, !~ for a regular\n"
+    "expression of RE2.\n"
+    "The exit status is 0 when something was found, 1 when nothing was, and 2 for a\n"
+    "failure."};
 
 std::int64_t levelIn(std::string_view text, const std::string& whole)
 {
