@@ -23,7 +23,7 @@ WRONG_COMMAND_LINES = [
     (["-l", "high"], "high"), (["-l", ".."], ".."), (["-l", "1..x"], "1..x"), (["-s", "noon"], "noon"),
     (["-s", "2026-13-01"], "2026-13-01"), (["-u", "25:00"], "25:00"), (["--last", "2 hours"], "2 hours"),
     (["-s", "1h", "--last", "2h"], "--last"), (["-t", ""], "--text"), (["-c", "-S"], "--summary"), (["-c", "-f"], "--follow"),
-    (["-b", "name"], "--summary"), (["--any"], "--where"), (["--format", "yaml"], "yaml"), (["-n", "-1"], "-1"), ([""], "LOG"),
+    (["-b", "name"], "--summary"), (["--any"], "--where"), (["-w", "level>="], "level>="), (["--format", "yaml"], "yaml"), (["-n", "-1"], "-1"), ([""], "LOG"),
 ]
 
 vxview = functools.partial(tool.run, "vxview")

@@ -92,6 +92,9 @@ Condition::Condition(const std::string& text, bool ignoresCase)
     m_field = text.substr(0, end);
     m_operator = row->meaning;
     m_value = rest.substr(row->sign.size());
+    const bool isOrder = row->sign[0] == '<' || row->sign[0] == '>';
+    if (isOrder && m_value.empty())
+        throw UsageError(NO_CONDITION(text));
     m_number = numberIn(m_value);
     if (m_operator == Operator::MATCHES || m_operator == Operator::DOES_NOT_MATCH)
         m_expression.emplace(m_value, ignoresCase);

@@ -68,13 +68,15 @@ public:
         return detail::fromElement<T>(m_list->set(index, detail::toElement(element)));
     }
 
-    /// Stable. `less` compares two elements, which are not null.
+    /// Stable. Null goes first: `less` compares elements that are not null.
     template <class Less>
     void sort(Less less)
     {
         std::vector<Reference<T>> elements(this->begin(), this->end());
-        std::stable_sort(elements.begin(), elements.end(),
-            [&less](const Reference<T>& left, const Reference<T>& right) { return less(*left, *right); });
+        std::stable_sort(
+            elements.begin(), elements.end(), [&less](const Reference<T>& left, const Reference<T>& right) {
+                return left == nullptr || right == nullptr ? left == nullptr && right != nullptr : less(*left, *right);
+            });
         const Reference<ListIterator<T>> place = createListIterator(0);
         for (const Reference<T>& element : elements) {
             place->next();

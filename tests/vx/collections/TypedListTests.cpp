@@ -109,6 +109,10 @@ TEST(TypedList, IsSortedStablyWhateverItsKind)
         EXPECT_EQ(textOfAll(list), "2 12 11 31 32 ");
         list.sort();
         EXPECT_EQ(textOfAll(list), "2 11 12 31 32 ");
+        list.add(nullptr);
+        list.sort();
+        EXPECT_EQ(list.get(0), nullptr);
+        EXPECT_EQ(list.get(5)->getValue(), 32);
     }
 }
 
