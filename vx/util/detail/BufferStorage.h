@@ -34,16 +34,20 @@ public:
     BufferStorage& operator=(const BufferStorage&) = delete;
     ~BufferStorage() { free(); }
 
-    bool isBorrowed() const noexcept { return m_isBorrowed; }
+    bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
     /// Where borrowed memory begins. Separate memory may begin there too: some allocators put no header between blocks.
     Unit* behind() const noexcept { return reinterpret_cast<Unit*>(const_cast<BufferStorage*>(this) + 1); }
     Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
-    int capacity() const noexcept { return length() <= m_capacity ? m_capacity : raised(length()); }
+    int capacity() const noexcept
+    {
+        const int stored = m_capacity & ~IS_BORROWED;
+        return length() <= stored ? stored : raised(length());
+    }
     int length() const noexcept { return m_length.load(std::memory_order_relaxed); }
     void setLength(int length) noexcept
     {
-        if (this->length() > m_capacity) [[unlikely]]
-            m_capacity = capacity();
+        if (this->length() >= m_capacity) [[unlikely]] // or equal, because of the flag; then nothing changes
+            setCapacity(capacity());
         setGreaterLength(length);
     }
     /// The same for a length that is not below the old one.
@@ -51,7 +55,7 @@ public:
     /// Uses `length` of the borrowed units, and sets the capacity to `capacity`.
     void begin(int length, int capacity) noexcept
     {
-        m_capacity = static_cast<int>(adjust(capacity));
+        setCapacity(adjust(capacity));
         setGreaterLength(length);
     }
     /// Whether the memory suffices. If it does, a length may be set that is above the capacity, and raises it.
@@ -85,13 +89,11 @@ public:
 private:
     /// The largest multiple of 16 that an `int` can hold.
     static constexpr std::int64_t LARGEST = 0x7FFFFFF0;
-    /// For separate memory, or null.
-    void setData(Unit* data) noexcept
-    {
-        m_data.store(data, std::memory_order_relaxed);
-        m_isBorrowed = false;
-    }
-    void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units); }
+    /// A flag in a number that is a multiple of 16.
+    static constexpr int IS_BORROWED = 1;
+
+    void setData(Unit* data) noexcept { m_data.store(data, std::memory_order_relaxed); }
+    void setCapacity(std::int64_t units) noexcept { m_capacity = static_cast<int>(units) | (m_capacity & IS_BORROWED); }
     /// The capacity for `units` units, within the memory.
     int raised(int units) const noexcept { return static_cast<int>(std::min<std::int64_t>(adjust(units), m_room)); }
     void resize(int capacity);
@@ -99,10 +101,9 @@ private:
     bool takeMemory(std::int64_t units) noexcept;
 
     std::atomic<Unit*> m_data {nullptr};
-    int m_capacity = 0; ///< before a greater length raised it
+    int m_capacity = 0; ///< before a greater length raised it; with IS_BORROWED
     std::atomic<int> m_length {0};
     int m_room = 0; ///< the units that the memory holds
-    bool m_isBorrowed = false;
 };
 
 /// The storage of the read-only buffers of both widths: units of another owner.
@@ -130,9 +131,8 @@ private:
 template <class AnyUnit>
 BufferStorage<AnyUnit>::BufferStorage(Unit* place, int units) noexcept
     : m_data(place)
-    , m_capacity(units)
+    , m_capacity(units | IS_BORROWED)
     , m_room(units)
-    , m_isBorrowed(true)
 {
 }
 
@@ -178,7 +178,7 @@ bool BufferStorage<AnyUnit>::ensureWithin(std::int64_t minimum) noexcept
     if (!fits(minimum))
         return false;
     if (minimum > capacity())
-        m_capacity = raised(static_cast<int>(minimum));
+        setCapacity(raised(static_cast<int>(minimum)));
     return true;
 }
 
@@ -244,7 +244,7 @@ bool BufferStorage<AnyUnit>::takeMemory(std::int64_t units) noexcept
         std::memcpy(memory, data(), static_cast<std::size_t>(capacity()) * sizeof(Unit));
     setData(static_cast<Unit*>(memory));
     m_capacity = static_cast<int>(units);
-    m_room = m_capacity;
+    m_room = m_capacity; // no longer borrowed
     return true;
 }
 
