@@ -289,7 +289,7 @@ void readNumbersQt(benchmark::State& state)
     const std::uint32_t expected = sumOf(bytes);
     const QByteArray source = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes.data()), SIZE);
     for (auto _ : state) {
-        QDataStream in(source); // it reads from a buffer of its own
+        QDataStream in(source); // Qt makes a buffer object for the bytes
         std::uint32_t sum = 0;
         for (int index = 0; index < COUNT; ++index) {
             qint32 value = 0;

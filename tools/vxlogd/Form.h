@@ -72,8 +72,8 @@ public:
     /// Appends those after it. `time` is its text. False, with some bytes appended, if only the writer knows the form of
     /// this entry.
     bool appendRest(std::string& bytes, const Fields& fields, std::string_view time) const;
-    /// From now on no encoder is kept, although somebody may still hold the form. The codec of a component has to be
-    /// released before the program ends.
+    /// Releases all encoders, and keeps none after that. Call it before the program ends: the codec of a component must
+    /// be released by then, also if a reference to this form is still held.
     void retire() const;
     /// Whether only the writer knows the form of its first entry, for example because a byte order mark precedes it.
     bool beginsOtherwise() const { return m_beginsOtherwise; }

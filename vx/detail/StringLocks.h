@@ -153,7 +153,7 @@ public:
     /// A new buffer with `length` units, the terminator, and room for at least `capacity` units.
     static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0);
 
-    /// The same for a text and a capacity that lie behind the buffer: `length` is below `MOST_BEHIND`.
+    /// The same for a short text, whose units follow the buffer in one allocation: `length` is below `MOST_BEHIND`.
     [[gnu::always_inline]] static Reference<IVXCharBuffer> copyOfShort(
         const char16_t* text, int length, int capacity = 0);
 

@@ -404,7 +404,7 @@ TEST_P(Road, DeliversEveryEntryOnce)
     }
 }
 
-/// The memory of an entry serves a new one, unless somebody holds the entry.
+/// The memory of an entry is used for a new one only if nothing holds a reference to the old one.
 TEST_P(Road, LeavesAloneTheEntriesThatAreHeld)
 {
     constexpr int CALLERS = 4;

@@ -44,7 +44,7 @@ private:
     int m_count = 0;
 };
 
-/// An entry that was taken from the queue, and the memory of the one before if nobody else held that.
+/// An entry that was taken from the queue, and the memory of the previous entry if that one had no other reference.
 class TakenEntry {
 public:
     TakenEntry() noexcept = default;

@@ -28,7 +28,7 @@ public:
     static constexpr int MOST_BEHIND = 128;
 
     BufferStorage() noexcept = default;
-    /// Borrows `units` units at `place`, which is `behind()`. `units` is a number that `adjust` returned.
+    /// Uses the memory after this object, at `place`, for `units` units, a number that `adjust` returned.
     BufferStorage(Unit* place, int units) noexcept;
     BufferStorage(const BufferStorage&) = delete;
     BufferStorage& operator=(const BufferStorage&) = delete;
