@@ -90,11 +90,6 @@ function(vx_install)
         DESTINATION ${package})
     install(FILES ${PROJECT_SOURCE_DIR}/cmake/VxComponent.cmake ${PROJECT_SOURCE_DIR}/cmake/VxComponent.map
         DESTINATION ${package})
-    if(BUILD_SHARED_LIBS) # gdb looks there for the printers of a library
-        install(FILES ${PROJECT_SOURCE_DIR}/gdb/vxlib4-gdb.py
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
-            RENAME $<TARGET_FILE_NAME:vxlib4>-gdb.py)
-    endif()
     # In folders as in the sources, because the pages link each other.
     foreach(page IN ITEMS CHANGELOG.md LICENSE README.md SECURITY.md)
         install(FILES ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR})

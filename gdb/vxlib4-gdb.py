@@ -1,14 +1,18 @@
 """Printers for gdb: strings show their text, collections their elements, numbers their digits, locks their names.
 
 gdb loads this file by itself for an installed library. Otherwise: source vxlib4-gdb.py
-They read memory and call nothing, so that they work on a core file too.
+They read memory and call nothing, so that they work on a core file too. If the library has no debug information, the types
+come from a file that is installed with it.
 """
+import os
 import re
 
 import gdb
 import gdb.printing
 
 MOST_PARENTS = 20
+LIBRARY = "libvxlib4.so"
+TYPES = "vxlib4/gdb-types.o"  # beside the library
 
 
 def field_of(value, name):
@@ -67,6 +71,13 @@ def whole(pointer):
     return pointer.cast(pointer.dynamic_type).dereference()
 
 
+def is_nameless(pointer):
+    """Whether the class of an object is in the library, and known only to debug information."""
+    table = int(pointer.cast(gdb.lookup_type("void").pointer().pointer()).dereference())
+    library = os.path.basename(gdb.solib_name(table) or "")
+    return library.startswith(LIBRARY) and gdb.execute(f"info symbol {table:#x}", to_string=True).startswith("No symbol")
+
+
 def elements_of(vector):
     """The elements of a std::vector with any allocator."""
     start = vector["_M_impl"]["_M_start"]
@@ -104,6 +115,8 @@ def text_of_buffer(pointer):
     storage = buffer if storage is None else storage
     data, length = field_of(storage, "m_data"), field_of(storage, "m_length")
     if data is None or length is None:
+        if is_nameless(pointer):
+            return ""  # only the buffer that empty strings share has a hidden class
         return f"(in a buffer of the class {buffer.type})"
     return read_text(int(pointer_in(data)), number_of(length) - 1)  # the last unit is the terminator
 
@@ -335,6 +348,8 @@ class LockPrinter:
         native = whole(self.handle.cast(gdb.lookup_type("VXHandleTag").pointer()))
         label = field_of(native, "label")
         text = self.name if int(label) == 0 else f'{self.name} "{label.string(errors="replace")}"'
+        if native.type.name == "VXHandleTag" and re.search("Mutex|ReaderWriterLock|Condition", self.name):
+            return text + ", holder unknown without the debug information of libvxsys4"
         holder = field_of(native, "m_holder")
         if holder is None:
             holder = field_of(native, "m_writer")
@@ -401,5 +416,30 @@ def lookup(value):
     return ExceptionPrinter(value) if is_exception(value_type) else None
 
 
+def is_complete(name):
+    try:
+        return len(gdb.lookup_type(name).fields()) > 0
+    except gdb.error:
+        return False
+
+
+def add_types(library):
+    """Adds the types of a library without debug information."""
+    if not os.path.basename(library.filename).startswith(LIBRARY) or is_complete("vx::util::RWCharBuffer"):
+        return
+    types = os.path.join(os.path.dirname(library.filename), TYPES)
+    if os.path.exists(types):
+        gdb.execute(f'add-symbol-file "{types}"', to_string=True)
+    else:
+        gdb.write(f"vxlib4: objects are shown as <incomplete type>: {library.filename} has no debug information, and "
+                  f"{types} does not exist\n", gdb.STDERR)
+
+
 lookup.__name__ = "vxlib4"
 gdb.printing.register_pretty_printer(gdb.current_objfile(), lookup, replace=True)
+if gdb.current_objfile() is not None:
+    add_types(gdb.current_objfile())
+else:
+    for objfile in gdb.objfiles():
+        add_types(objfile)
+    gdb.events.new_objfile.connect(lambda event: add_types(event.new_objfile))

@@ -1,9 +1,14 @@
 #!/usr/bin/env python3
-"""Runs gdb on a small program and compares what its printers show. SHOWN is the program, PRINTERS the file of the printers."""
+"""Runs gdb on a small program and compares what its printers show. SHOWN is the program, LIBRARIES are those that it needs,
+PRINTERS is the file of the printers, and TYPES the one of the types for a library without debug information.
+"""
 
 import os
+from pathlib import Path
+import shutil
 import subprocess
 import sys
+import tempfile
 import unittest
 
 SKIPPED = 77
@@ -49,8 +54,8 @@ def run_gdb(*commands):
                           capture_output=True, text=True, encoding="utf-8", timeout=300)
 
 
-def shown():
-    commands = [f"source {os.environ['PRINTERS']}", f"file {os.environ['SHOWN']}", "set print pretty off",
+def shown(libraries="."):
+    commands = [f"set environment LD_LIBRARY_PATH {libraries}", f"source {os.environ['PRINTERS']}", f"file {os.environ['SHOWN']}", "set print pretty off",
                 "set width 0", "set print repeats unlimited", "set host-charset UTF-8", "break stop", "run", "up"]
     for expression in EXPECTED:
         commands += [f"echo \\n@{expression}@\\n", f"output {expression}"]
@@ -61,14 +66,28 @@ class Printers(unittest.TestCase):
     maxDiff = None
 
     def test_what_print_and_info_locals_show(self):
-        run = shown()
+        self.compare(shown(), EXPECTED)
+
+    def test_that_a_library_without_debug_information_shows_the_same(self):
+        expected = EXPECTED | {"accounts": EXPECTED["accounts"].replace(
+            "held", "holder unknown without the debug information of libvxsys4")}
+        with tempfile.TemporaryDirectory(prefix="a b") as folder:
+            types = Path(folder) / "vxlib4" / "gdb-types.o"
+            for library in os.environ["LIBRARIES"].split(";"):
+                subprocess.run(["strip", "-o", Path(folder) / Path(library).name, library], check=True)
+            self.assertIn(f"{types} does not exist", shown(folder).stderr)
+            types.parent.mkdir()
+            shutil.copy(os.environ["TYPES"], types)
+            self.compare(shown(folder), expected)
+
+    def compare(self, run, expected):
         parts = run.stdout.split("\n@")
         found = dict(part.split("@\n", 1) for part in parts[1:] if "@\n" in part)
         self.assertIn("locals", found, run.stdout + run.stderr)
-        for expression, text in EXPECTED.items():
+        for expression, text in expected.items():
             with self.subTest(expression):
                 self.assertEqual(ordered(found[expression]), ordered(text), run.stderr)
-        for name, text in EXPECTED.items():
+        for name, text in expected.items():
             if name.isidentifier():
                 with self.subTest("info locals: " + name):
                     lines = [line for line in found["locals"].splitlines() if line.startswith(name + " = ")]
