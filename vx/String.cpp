@@ -77,7 +77,7 @@ Reference<IVXCharBuffer> acquired(String::AcquireMode mode, const char16_t* text
 /// In one frame with the constructor: most texts are short.
 inline Reference<IVXCharBuffer> copied(std::u16string_view text)
 {
-    if (text.size() - 1 < PlainBuffer::Storage::MOST_BEHIND - 1) [[likely]]
+    if (text.size() - 1 < PlainBuffer::Storage::MOST_FOLLOWING - 1) [[likely]]
         return PlainBuffer::copyOfShort(text.data(), static_cast<int>(text.size()));
     return acquired(String::AcquireCopy, text.data(), detail::lengthOf(text), 0);
 }
@@ -85,7 +85,7 @@ inline Reference<IVXCharBuffer> copied(std::u16string_view text)
 /// The capacity includes the terminator. There is memory for one unit more, so that `capacity` units fit too.
 Reference<IVXCharBuffer> emptyWithRoom(int capacity)
 {
-    if (capacity >= PlainBuffer::Storage::MOST_BEHIND)
+    if (capacity >= PlainBuffer::Storage::MOST_FOLLOWING)
         return PlainBuffer::copyOf(u"", 0, capacity);
     return PlainBuffer::filled(capacity, capacity, [](char16_t*) { return 0; });
 }

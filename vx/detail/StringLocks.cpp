@@ -55,9 +55,9 @@ bool PlainBuffer::beginShort(String& text, const char16_t* first, int count)
         return false;
     withResultOnExhaustion([&] {
         const int needed = count + 1;
-        const int room = std::clamp(2 * needed, LEAST_ROOM, Storage::MOST_BEHIND);
+        const int room = std::clamp(2 * needed, LEAST_ROOM, Storage::MOST_FOLLOWING);
         util::RWCharBuffer* buffer = makeShort(room, needed, needed);
-        char16_t* const units = buffer->m_storage.behind();
+        char16_t* const units = buffer->m_storage.following();
         moveShort(units, first, static_cast<std::size_t>(count));
         units[count] = 0;
         text.m_ansi = nullptr;
@@ -78,8 +78,8 @@ bool PlainBuffer::appendToCopy(String& text, const char16_t* more, int count)
     withResultOnExhaustion([&] {
         const auto needed = static_cast<int>(length) + 1;
         util::RWCharBuffer* both = nullptr;
-        if (needed <= Storage::MOST_BEHIND) {
-            const int twice = std::min(2 * needed, Storage::MOST_BEHIND);
+        if (needed <= Storage::MOST_FOLLOWING) {
+            const int twice = std::min(2 * needed, Storage::MOST_FOLLOWING);
             both = makeShort(std::max(twice, LEAST_ROOM), needed, needed);
         } else {
             both = makeLong(needed);

@@ -126,8 +126,8 @@ public:
     /// A new buffer with count 0 and without text.
     static util::RWCharBuffer* make(int capacity)
     {
-        return capacity >= 1 && capacity <= Storage::MOST_BEHIND ? makeShort(capacity, capacity, 0)
-                                                                 : makeLong(capacity);
+        return capacity >= 1 && capacity <= Storage::MOST_FOLLOWING ? makeShort(capacity, capacity, 0)
+                                                                    : makeLong(capacity);
     }
 
     /// Sets the first reference to a new buffer that only the caller knows.
@@ -153,7 +153,7 @@ public:
     /// A new buffer with `length` units, the terminator, and room for at least `capacity` units.
     static Reference<IVXCharBuffer> copyOf(const char16_t* text, int length, int capacity = 0);
 
-    /// The same for a short text, whose units follow the buffer in one allocation: `length` is below `MOST_BEHIND`.
+    /// The same for a short text, whose units follow the buffer in one allocation: `length` is below `MOST_FOLLOWING`.
     [[gnu::always_inline]] static Reference<IVXCharBuffer> copyOfShort(
         const char16_t* text, int length, int capacity = 0);
 
@@ -382,7 +382,7 @@ inline Reference<IVXCharBuffer> PlainBuffer::copyOfShort(const char16_t* text, i
 {
     const int room = capacity > length ? capacity : length + 1;
     util::RWCharBuffer* buffer = makeShort(room, room, length + 1);
-    char16_t* const data = buffer->m_storage.behind();
+    char16_t* const data = buffer->m_storage.following();
     moveUnits(data, text, static_cast<std::size_t>(length));
     data[length] = 0;
     return own(buffer);
@@ -390,7 +390,7 @@ inline Reference<IVXCharBuffer> PlainBuffer::copyOfShort(const char16_t* text, i
 
 inline Reference<IVXCharBuffer> PlainBuffer::copyOf(const char16_t* text, int length, int capacity)
 {
-    const bool isShort = length >= 0 && length < Storage::MOST_BEHIND && capacity <= Storage::MOST_BEHIND;
+    const bool isShort = length >= 0 && length < Storage::MOST_FOLLOWING && capacity <= Storage::MOST_FOLLOWING;
     return isShort ? copyOfShort(text, length, capacity) : copyOfLong(text, length, capacity);
 }
 

@@ -25,7 +25,7 @@ public:
     using Unit = AnyUnit;
     static constexpr bool IS_WRITABLE = true;
     /// The most units that follow a buffer in its allocation. They stay unused once the text has moved.
-    static constexpr int MOST_BEHIND = 128;
+    static constexpr int MOST_FOLLOWING = 128;
 
     BufferStorage() noexcept = default;
     /// Uses the memory after this object, at `place`, for `units` units, a number that `adjust` returned.
@@ -36,7 +36,7 @@ public:
 
     bool isBorrowed() const noexcept { return (m_capacity & IS_BORROWED) != 0; }
     /// Where borrowed memory begins. Separate memory may begin there too: some allocators put no header between blocks.
-    Unit* behind() const noexcept { return reinterpret_cast<Unit*>(const_cast<BufferStorage*>(this) + 1); }
+    Unit* following() const noexcept { return reinterpret_cast<Unit*>(const_cast<BufferStorage*>(this) + 1); }
     Unit* data() const noexcept { return m_data.load(std::memory_order_relaxed); }
     int capacity() const noexcept
     {
