@@ -29,9 +29,11 @@ function(vx_add_tool_files name section)
         set(page ${folder}/${name}.${section})
         set(rest ${folder}/${name}.h2m)
         configure_file(${PROJECT_SOURCE_DIR}/docs/man/${name}.h2m ${rest} @ONLY)
+        set(layout ${PROJECT_SOURCE_DIR}/docs/man/layout.h2m) # no word is cut, because many are names that a reader copies
         add_custom_command(OUTPUT ${page}
-            COMMAND ${VX_HELP2MAN} --no-info --section=${section} --include=${rest} --output=${page} $<TARGET_FILE:${name}>
-            DEPENDS ${name} ${rest} VERBATIM)
+            COMMAND ${VX_HELP2MAN} --no-info --section=${section} --include=${rest} --include=${layout} --output=${page}
+                $<TARGET_FILE:${name}>
+            DEPENDS ${name} ${rest} ${layout} VERBATIM)
         install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
         list(APPEND files ${page})
     endif()

@@ -160,8 +160,8 @@ const OptionTable& optionTable()
                 = "send the lines to a vxlogd instead: vxlog://HOST:PORT?level=N&ack=1&retry=SECONDS&beat=SECONDS; "
                   "ack=0 does not ask whether they are in its log, retry is how long it may be away (60), and beat "
                   "how often an idle vxlog sends a sign of life (30; 0 is never). Or to the brokers of Kafka: "
-                  "kafka://HOST:PORT,HOST:PORT/TOPIC?level=N&retry=SECONDS&user=NAME&password=FILE, or kafkas for TLS "
-                  "with ca=FILE"},
+                  "kafka://HOST:PORT,HOST:PORT/TOPIC?level=N&retry=SECONDS, also with &user=NAME&password=FILE, or "
+                  "kafkas for TLS with ca=FILE"},
             {.name = "ca",
                 .value = "FILE",
                 .help
