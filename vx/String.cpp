@@ -463,7 +463,7 @@ String String::substring(int start, int end) const
         return String(AcquireCopy, *this, start, end);
     end = clipped(end, static_cast<int>(units.size()));
     start = clipped(start, end);
-    return String(units.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
+    return String(std::u16string_view(units.data() + start, static_cast<std::size_t>(end - start)));
 }
 
 String String::toString() const

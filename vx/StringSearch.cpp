@@ -219,6 +219,23 @@ void trimUnits(StringWriteLock& target, String::TrimType type, IsBlank isBlank)
     return text.indexOf(source.data(), source.length(), from, ignoreCase);
 }
 
+[[gnu::noinline]] int findUpElsewhere(
+    const String& text, const char16_t* set, int setLength, int from, bool ignoreCase, bool wanted)
+{
+    return findUp(StringReadLock(text), set, setLength, from, ignoreCase, wanted);
+}
+
+/// The same, fast for a set of known length.
+inline int findUp(const String& text, const char16_t* set, int setLength, int from, bool ignoreCase, bool wanted)
+{
+    std::u16string_view units;
+    if (set == nullptr || setLength < 1 || ignoreCase || !PlainBuffer::readExact(text, &units)) [[unlikely]]
+        return findUpElsewhere(text, set, setLength, from, ignoreCase, wanted);
+    const auto length = static_cast<int>(units.size());
+    const int place = detail::scanUnits(units.data(), clipped(from, length), length, set, setLength, wanted);
+    return place < length ? place : NOT_FOUND;
+}
+
 } // namespace
 
 int String::compareTo(const Object& other) const
@@ -393,9 +410,9 @@ int String::lastIndexOf(const String& text, int from, bool ignoreCase) const
     return lastIndexOf(pattern.data(), pattern.length(), from, ignoreCase);
 }
 
-int String::findFirstOf(const char16_t* set, int length, int from, bool ignoreCase) const
+[[gnu::flatten]] int String::findFirstOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findUp(StringReadLock(*this), set, length, from, ignoreCase, true);
+    return findUp(*this, set, length, from, ignoreCase, true);
 }
 
 int String::findFirstOf(const String& set, int from, bool ignoreCase) const
@@ -414,9 +431,9 @@ int String::findFirstOfCase(const String& set, int from) const
     return findFirstOf(set, from, false);
 }
 
-int String::findFirstNotOf(const char16_t* set, int length, int from, bool ignoreCase) const
+[[gnu::flatten]] int String::findFirstNotOf(const char16_t* set, int length, int from, bool ignoreCase) const
 {
-    return findUp(StringReadLock(*this), set, length, from, ignoreCase, false);
+    return findUp(*this, set, length, from, ignoreCase, false);
 }
 
 int String::findFirstNotOf(const String& set, int from, bool ignoreCase) const

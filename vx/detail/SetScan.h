@@ -66,16 +66,21 @@ int scanBlocks(const char16_t* text, int from, int length, const char16_t* units
 }
 #endif
 
+/// The same for a short text or many units. It is kept apart, so that other searches need no stack frame.
+[[gnu::noinline]] inline int scanElsewhere(
+    const char16_t* text, int from, int length, const char16_t* units, int unitCount, bool wanted) noexcept
+{
+    return length < SET_BLOCK ? scanFew(text, from, length, units, unitCount, wanted)
+                              : scanSet(text, from, length, UnitSet(units, unitCount, false), wanted);
+}
+
 /// The same for the units of a set themselves. Most sets have few units, and most searches end soon: then comparisons take less
 /// time than it takes to build a `UnitSet`.
 inline int scanUnits(
     const char16_t* text, int from, int length, const char16_t* units, int unitCount, bool wanted) noexcept
 {
-    constexpr int FEW = 6;
-    if (unitCount > FEW || (VX_VECTOR_PATHS == 0 && length >= SET_BLOCK))
-        return scanSet(text, from, length, UnitSet(units, unitCount, false), wanted);
 #if VX_VECTOR_PATHS
-    if (length >= SET_BLOCK) {
+    if (length >= SET_BLOCK) [[likely]] {
         switch (unitCount) {
         case 1:
             return scanBlocks<1>(text, from, length, units, wanted);
@@ -87,14 +92,14 @@ inline int scanUnits(
             return scanBlocks<4>(text, from, length, units, wanted);
         case 5:
             return scanBlocks<5>(text, from, length, units, wanted);
-        case FEW:
-            return scanBlocks<FEW>(text, from, length, units, wanted);
+        case 6:
+            return scanBlocks<6>(text, from, length, units, wanted);
         default:
-            break; // no units: found at once or nowhere
+            break;
         }
     }
 #endif
-    return scanFew(text, from, length, units, unitCount, wanted);
+    return scanElsewhere(text, from, length, units, unitCount, wanted);
 }
 
 } // namespace vx::detail
