@@ -1,6 +1,6 @@
 // Count words
 //
-// A map of plain values needs no objects of your own. The words come out sorted by how often they stand.
+// A map of plain values needs no objects of your own. The words are printed in the order of how often they occur.
 #include <vx/vxlib4.h>
 
 #include <algorithm>

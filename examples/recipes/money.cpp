@@ -1,6 +1,6 @@
 // Read an amount of money and add the tax
 //
-// A decimal number is exact. The rounding mode is chosen where digits are given up.
+// A decimal number is exact. The rounding mode is chosen where digits are removed.
 #include <vx/vxlib4.h>
 
 #include <iostream>
