@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <string_view>
 #include <typeinfo>
@@ -463,7 +464,27 @@ String String::substring(int start, int end) const
         return String(AcquireCopy, *this, start, end);
     end = clipped(end, static_cast<int>(units.size()));
     start = clipped(start, end);
-    return String(std::u16string_view(units.data() + start, static_cast<std::size_t>(end - start)));
+    return PlainBuffer::part(units, start, end);
+}
+
+String detail::PlainBuffer::part(std::u16string_view text, int start, int end)
+{
+    const std::u16string_view range(text.data() + start, static_cast<std::size_t>(end - start));
+    const bool isShort = range.size() - 1 < LEAST_UNITS - 1; // and not empty
+    return isShort && text.size() - static_cast<std::size_t>(start) >= LEAST_UNITS ? copyOfLeast(range) : String(range);
+}
+
+inline String detail::PlainBuffer::copyOfLeast(std::u16string_view text)
+{
+    util::RWCharBuffer* const buffer = makeShort(LEAST_UNITS, LEAST_UNITS, static_cast<int>(text.size()) + 1);
+    char16_t* const units = buffer->m_storage.following();
+    std::memcpy(units, text.data(), LEAST_UNITS * sizeof(char16_t));
+    units[text.size()] = 0;
+    Reference<IVXCharBuffer> first = own(buffer);
+    String copy;
+    release(copy.m_buffer);
+    copy.m_buffer.attach(first.detach());
+    return copy;
 }
 
 String String::toString() const

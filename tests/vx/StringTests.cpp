@@ -106,6 +106,20 @@ TEST(String, ClipsRanges)
     }
 }
 
+TEST(String, CopiesEachPart)
+{
+    const std::u16string units = u"0123456789abcdefghijklmnopqrstuvwxyz";
+    const String whole(String::AcquireWrap, units.c_str()); // AddressSanitizer sees who reads beyond it
+    const int length = whole.getLength();
+    for (int start = 0; start <= length; ++start) {
+        for (int end = start; end <= length; ++end) {
+            const String part = whole.substring(start, end);
+            EXPECT_EQ(part, units.substr(std::size_t(start), std::size_t(end - start))) << start << ' ' << end;
+            EXPECT_EQ(part.getData()[end - start], 0);
+        }
+    }
+}
+
 TEST(String, SharesUntilOneWrites)
 {
     String a(u"abc"), b(a);

@@ -157,13 +157,22 @@ public:
     [[gnu::always_inline]] static Reference<IVXCharBuffer> copyOfShort(
         const char16_t* text, int length, int capacity = 0);
 
+    /// A new string with the units from `start` up to `end`. The copy of a word from the midst of a text has a fixed size:
+    /// where words have all lengths, a processor cannot foresee which copy is next.
+    static String part(std::u16string_view text, int start, int end);
+
 private:
+    /// The units that each buffer has at least.
+    static constexpr std::size_t LEAST_UNITS = 16;
+
     /// One allocation for the buffer and its units: room for `room` units, of which `capacity` are used at first.
     static util::RWCharBuffer* makeShort(int room, int capacity, int length);
     static util::RWCharBuffer* makeLong(int capacity);
     /// The compiler knows `mostMoved`.
     static void moveAtMost(int mostMoved, char16_t* target, const char16_t* source, std::size_t count) noexcept;
     static Reference<IVXCharBuffer> copyOfLong(const char16_t* text, int length, int capacity);
+    /// Copies a text that is shorter than LEAST_UNITS and is followed by so many units that all of them can be read.
+    static String copyOfLeast(std::u16string_view text);
 };
 
 inline util::RWCharBuffer* PlainBuffer::makeShort(int room, int capacity, int length)

@@ -62,7 +62,7 @@ StringTokenizer::~StringTokenizer() noexcept = default;
     const int start = std::exchange(m_position, end);
     if (!isPlain)
         return m_text.substring(start, std::min(end, lengthOf(text)));
-    return String(text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
+    return vx::detail::PlainBuffer::part(text, start, std::min(end, lengthOf(text)));
 }
 
 int StringTokenizer::getTokenCount() const
