@@ -256,7 +256,7 @@ String& String::setTo(const String& other)
 {
     std::u16string_view units;
     if (PlainBuffer::readExact(other, &units) && units.size() <= MOST_SHORT
-        && PlainBuffer::overwrite(*this, units.data(), static_cast<int>(units.size()), MOST_SHORT)) [[likely]]
+        && PlainBuffer::overwrite<MOST_SHORT>(*this, units.data(), static_cast<int>(units.size()))) [[likely]]
         return *this;
     return setElsewhere(*this, other);
 }

@@ -129,7 +129,7 @@ String& String::replace(int start, int count, const char16_t* text, int length, 
 {
     const bool isGiven = text != nullptr && length >= textStart && textStart >= 0;
     if (isGiven && length - textStart <= MOST_SHORT
-        && PlainBuffer::splice(*this, start, count, text + textStart, length - textStart, MOST_SHORT)) [[likely]]
+        && PlainBuffer::splice<MOST_SHORT>(*this, start, count, text + textStart, length - textStart)) [[likely]]
         return *this;
     return replaceElsewhere(*this, start, count, text, length, textStart);
 }
@@ -158,9 +158,7 @@ String& String::append(const char16_t* text, int length)
 
 String& String::append(char16_t ch, int repeat)
 {
-    if (repeat != 1) [[unlikely]]
-        return appendElsewhere(*this, ch, repeat);
-    if (PlainBuffer::push(*this, ch)) [[likely]]
+    if (repeat == 1 && PlainBuffer::push(*this, ch)) [[likely]]
         return *this;
     return appendElsewhere(*this, ch, repeat);
 }
@@ -188,7 +186,7 @@ String& String::operator+=(const char16_t* text)
 
 String& String::operator+=(char16_t ch)
 {
-    return append(ch);
+    return PlainBuffer::push(*this, ch) ? *this : appendElsewhere(*this, ch, 1);
 }
 
 String& String::operator+=(const String& text)
@@ -228,7 +226,7 @@ String& String::insert(int position, const String& text)
 
 String& String::remove(int start, int count)
 {
-    if (PlainBuffer::splice(*this, start, count, nullptr, 0, MOST_SHORT)) [[likely]]
+    if (PlainBuffer::splice<MOST_SHORT>(*this, start, count, nullptr, 0)) [[likely]]
         return *this;
     return replaceElsewhere(*this, start, count, nullptr, 0, 0);
 }

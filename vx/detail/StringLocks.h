@@ -13,6 +13,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <optional>
@@ -51,7 +52,7 @@ class PlainBuffer {
 public:
     using Storage = util::detail::BufferStorage<char16_t>;
 
-    /// For `mostMoved`. With MOST_SHORT instead, an operation makes no call.
+    /// For `MOST_MOVED`. With MOST_SHORT instead, an operation makes no call.
     static constexpr int ANY_NUMBER = std::numeric_limits<int>::max();
 
     static bool isKnown(const IVXCharBuffer& buffer) noexcept
@@ -90,22 +91,23 @@ public:
     /// the next ones. `more` may be in the old buffer. False, and no change, for any other text.
     static bool appendToCopy(String& text, const char16_t* more, int count);
 
-    /// Replaces `text` by the units of `source` (at most `mostMoved`), which may be in its own storage. False, and no
+    /// Replaces `text` by the units of `source` (at most `MOST_MOVED`), which may be in its own storage. False, and no
     /// change, if that needs a copy or new storage.
-    static bool overwrite(String& text, const char16_t* source, int length, int mostMoved = ANY_NUMBER) noexcept;
+    template <int MOST_MOVED = ANY_NUMBER>
+    static bool overwrite(String& text, const char16_t* source, int length) noexcept;
 
     /// Replaces a range by `insert` units, which are not in the storage of the string. False, and no change, if they are, if
-    /// that needs a copy or new storage, or if more than `mostMoved` units are to move.
-    static bool splice(
-        String& target, int start, int count, const char16_t* text, int insert, int mostMoved = ANY_NUMBER) noexcept;
+    /// that needs a copy or new storage, or if more than `MOST_MOVED` units are to move.
+    template <int MOST_MOVED = ANY_NUMBER>
+    static bool splice(String& target, int start, int count, const char16_t* text, int insert) noexcept;
 
     /// The same for any string and any units.
     static void spliceElsewhere(String& target, int start, int count, const char16_t* text, int insert);
 
     /// Replaces a range by `insert` units that are still to be written, and returns their place. Null, and no change,
-    /// if that needs a copy or new storage, or if more than `mostMoved` units are to move.
-    static char16_t* openGap(
-        Storage& storage, int start, int count, std::int64_t insert, int mostMoved = ANY_NUMBER) noexcept;
+    /// if that needs a copy or new storage, or if more than `MOST_MOVED` units are to move.
+    template <int MOST_MOVED = ANY_NUMBER>
+    static char16_t* openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept;
 
     /// The text and length of a known buffer; false for any other.
     static bool read(const IVXCharBuffer& buffer, const char16_t** data, int* length) noexcept;
@@ -168,8 +170,8 @@ private:
     /// One allocation for the buffer and its units: room for `room` units, of which `capacity` are used at first.
     static util::RWCharBuffer* makeShort(int room, int capacity, int length);
     static util::RWCharBuffer* makeLong(int capacity);
-    /// The compiler knows `mostMoved`.
-    static void moveAtMost(int mostMoved, char16_t* target, const char16_t* source, std::size_t count) noexcept;
+    template <int MOST_MOVED>
+    static void moveAtMost(char16_t* target, const char16_t* source, std::size_t count) noexcept;
     static Reference<IVXCharBuffer> copyOfLong(const char16_t* text, int length, int capacity);
     /// Copies a text that is shorter than LEAST_UNITS and is followed by so many units that all of them can be read.
     static String copyOfLeast(std::u16string_view text);
@@ -188,9 +190,10 @@ inline util::RWCharBuffer* PlainBuffer::makeShort(int room, int capacity, int le
     return buffer;
 }
 
-inline void PlainBuffer::moveAtMost(int mostMoved, char16_t* target, const char16_t* source, std::size_t count) noexcept
+template <int MOST_MOVED>
+inline void PlainBuffer::moveAtMost(char16_t* target, const char16_t* source, std::size_t count) noexcept
 {
-    if (mostMoved <= MOST_SHORT)
+    if constexpr (MOST_MOVED <= MOST_SHORT)
         moveShort(target, source, count);
     else
         moveUnits(target, source, count);
@@ -211,8 +214,8 @@ inline char16_t* PlainBuffer::extend(String& text, int more) noexcept
     Storage* storage = writableStorage(text);
     if (storage == nullptr || more < 1) [[unlikely]]
         return nullptr;
-    const int length = std::max(storage->length(), 1);
-    if (!storage->fits(std::int64_t {length} + more)) [[unlikely]]
+    const int length = storage->length();
+    if (length < 1 || !storage->fits(std::int64_t {length} + more)) [[unlikely]]
         return nullptr;
     storage->setGreaterLength(length + more);
     char16_t* place = storage->data() + (length - 1);
@@ -228,10 +231,8 @@ inline bool PlainBuffer::push(String& text, char16_t unit) noexcept
     const int length = storage->length();
     if (length < 1 || !storage->fits(std::int64_t {length} + 1)) [[unlikely]]
         return false;
-    const auto end = static_cast<std::size_t>(length);
-    char16_t* const data = storage->data();
-    data[end - 1] = unit;
-    data[end] = 0;
+    const char16_t units[] = {unit, 0};
+    std::memcpy(storage->data() + (length - 1), units, sizeof units); // one store
     storage->setGreaterLength(length + 1);
     return true;
 }
@@ -245,20 +246,21 @@ inline bool PlainBuffer::appendShort(String& text, const char16_t* more, int cou
     return true;
 }
 
-inline bool PlainBuffer::overwrite(String& text, const char16_t* source, int length, int mostMoved) noexcept
+template <int MOST_MOVED>
+inline bool PlainBuffer::overwrite(String& text, const char16_t* source, int length) noexcept
 {
     Storage* storage = writableStorage(text);
     if (storage == nullptr || !storage->fits(std::int64_t {length} + 1)) [[unlikely]]
         return false;
     char16_t* const data = storage->data();
-    moveAtMost(mostMoved, data, source, static_cast<std::size_t>(length));
+    moveAtMost<MOST_MOVED>(data, source, static_cast<std::size_t>(length));
     data[length] = 0;
     storage->setLength(length + 1);
     return true;
 }
 
-inline char16_t* PlainBuffer::openGap(
-    Storage& storage, int start, int count, std::int64_t insert, int mostMoved) noexcept
+template <int MOST_MOVED>
+inline char16_t* PlainBuffer::openGap(Storage& storage, int start, int count, std::int64_t insert) noexcept
 {
     const int length = storage.length() - 1;
     if (length < 0) [[unlikely]]
@@ -267,19 +269,19 @@ inline char16_t* PlainBuffer::openGap(
     count = clipped(count, length - start);
     const int tail = length - start - count;
     const std::int64_t newLength = length + insert - count;
-    if (tail > mostMoved || !storage.fits(newLength + 1)) [[unlikely]]
+    if (tail > MOST_MOVED || !storage.fits(newLength + 1)) [[unlikely]]
         return nullptr;
     char16_t* const data = storage.data();
     char16_t* const place = data + start;
     if (insert != count)
-        moveAtMost(mostMoved, place + insert, place + count, static_cast<std::size_t>(tail));
+        moveAtMost<MOST_MOVED>(place + insert, place + count, static_cast<std::size_t>(tail));
     data[newLength] = 0;
     storage.setLength(static_cast<int>(newLength) + 1);
     return place;
 }
 
-inline bool PlainBuffer::splice(
-    String& target, int start, int count, const char16_t* text, int insert, int mostMoved) noexcept
+template <int MOST_MOVED>
+inline bool PlainBuffer::splice(String& target, int start, int count, const char16_t* text, int insert) noexcept
 {
     Storage* storage = writableStorage(target);
     if (storage == nullptr) [[unlikely]]
@@ -288,10 +290,10 @@ inline bool PlainBuffer::splice(
     const char16_t* const own = storage->data();
     if (insert > 0 && IS_BEFORE(text, own + storage->length()) && IS_BEFORE(own, text + insert)) [[unlikely]]
         return false;
-    char16_t* const place = openGap(*storage, start, count, insert, mostMoved);
+    char16_t* const place = openGap<MOST_MOVED>(*storage, start, count, insert);
     if (place == nullptr) [[unlikely]]
         return false;
-    moveAtMost(mostMoved, place, text, static_cast<std::size_t>(insert));
+    moveAtMost<MOST_MOVED>(place, text, static_cast<std::size_t>(insert));
     return true;
 }
 
