@@ -275,10 +275,18 @@ class Batches(tool.Scratch):
         self.assertEqual(self.read("in/bad"), "中".encode())
 
     def test_convert_in_place_each_file_once(self):
-        os.symlink("b", self.path("in/deep/a link to b"))
         names = [self.path(name) for name in ["one", "one", "in/link", "in/deep", "in/deep/er/../b"]]
         self.assertSucceeds(vxconv("-f", "CP1252", "--in-place", *names))
         self.assertEqual((self.read("one"), self.read("in/deep/b")), (b"\xc3\x83\xc2\xa9", b"\xc3\x83\xc2\xbc"))
+
+    def test_convert_in_place_no_link_in_a_folder(self):
+        os.symlink("b", self.path("in/deep/a link to b"))
+        os.symlink("missing", self.path("in/deep/nothing"))
+        os.symlink(self.path("one"), self.path("in/deep/out"))
+        result = vxconv("-v", "-f", "CP1252", "--in-place", self.path("in/deep"))
+        told = [line for line in result.stderr.decode().splitlines() if "left out: a symbolic link" in line]
+        self.assertEqual((result.returncode, len(told)), (0, 4), result.stderr)
+        self.assertEqual((self.read("one"), self.read("in/deep/b")), (b"\xc3\xa9", b"\xc3\x83\xc2\xbc"))
 
     def test_convert_nothing_if_that_could_destroy_a_file(self):
         before = self.tree(".")

@@ -143,7 +143,7 @@ private:
     }
 
     /// All entries are listed before the first conversion creates others. Links to folders are not followed, since they
-    /// may form circles.
+    /// may form circles. No link is followed in place, since its file may be outside of the folder.
     void addFolder(const fs::path& folder, const fs::path& name)
     {
         std::error_code error;
@@ -160,7 +160,9 @@ private:
             const fs::path& path = entry.path();
             const bool isLink = entry.is_symlink(error);
             const fs::file_status status = entry.status(error);
-            if (status.type() == fs::file_type::not_found && isLink)
+            if (isLink && m_options.inPlace)
+                tellOmission(path.string(), LINK());
+            else if (status.type() == fs::file_type::not_found && isLink)
                 refuse(path.string(), LINK_TO_NOTHING());
             else if (!fs::status_known(status))
                 refuse(path.string(), textOfError(error.value()));

@@ -23,10 +23,11 @@ constexpr Message HELP_FOOT {u"vxconv.help.more",
     "INPUT and OUTPUT are standard input and output where they are missing or \"-\".\n"
     "With --to-folder and --in-place an INPUT may be a folder: it stands for the\n"
     "files below it, which keep their relative names. In it, FOLDER, links to folders\n"
-    "and what is not a regular file are left out. Each file is written whole or not\n"
-    "at all, and one that fails does not stop the others. If two files would have\n"
-    "the same output, or if --to-folder would replace an INPUT, nothing is\n"
-    "converted.\n"
+    "and what is not a regular file are left out, and all links with --in-place. An\n"
+    "INPUT that is a link stays a link, and its file is replaced. Each file is\n"
+    "written whole or not at all, and one that fails does not stop the others. If two\n"
+    "files would have the same output, or if --to-folder would replace an INPUT,\n"
+    "nothing is converted.\n"
     "\n"
     "Malformed input is an error. A byte order mark is text like any other and stays\n"
     "where it is, but -f auto, -f UTF-16 and -f UTF-32 remove it.\n"
@@ -36,8 +37,8 @@ constexpr Message HELP_FOOT {u"vxconv.help.more",
     "package vxlib4-components registers it for all users. Otherwise, do it yourself:\n"
     "  vxreg register {0}\n"
     "\n"
-    "The exit status is 0 for success, 1 if a file was not converted, 2 for a wrong\n"
-    "command line."};
+    "The exit status is 0 for success, 1 if a file was not converted or an encoding\n"
+    "is unknown, 2 for a wrong command line."};
 
 /// Refuses options that would have no effect, or two that say where the output is.
 void check(const vx::util::ParsedOptions& given, const Options& options)

@@ -36,6 +36,7 @@ inline constexpr Message IS_BOTH {
 inline constexpr Message IS_TARGET {u"vxconv.is-target", "left out: the folder of --to-folder"};
 inline constexpr Message LINK_TO_NOTHING {u"vxconv.link-to-nothing", "a link to a file that does not exist"};
 inline constexpr Message LINK_TO_FOLDER {u"vxconv.link-to-folder", "left out: a link to a folder"};
+inline constexpr Message LINK {u"vxconv.link", "left out: a symbolic link"};
 inline constexpr Message NO_FILE {u"vxconv.no-file", "left out: not a regular file"};
 inline constexpr Message SOME_FILES {u"vxconv.some-files", "{0} of {1} files"};
 inline constexpr Message NOT_CONVERTED {u"vxconv.not-converted", "not converted"};
