@@ -54,16 +54,17 @@ std::size_t readSome(const Input& input, std::vector<char>& block)
 /// Copies the input to a file without a name, which takes the place of its descriptor.
 void makeSeekable(const Input& input, std::vector<char>& block)
 {
+    const auto failToCopy = [] { throw Failure(P_tmpdir, textOfError(errno)); };
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> copy(std::tmpfile(), std::fclose);
     if (copy == nullptr)
-        fail(input);
+        failToCopy();
     while (const std::size_t got = readSome(input, block)) {
         if (std::fwrite(block.data(), 1, got, copy.get()) != got)
-            fail(input);
+            failToCopy();
     }
     if (std::fflush(copy.get()) != 0 || ::dup2(::fileno(copy.get()), input.descriptor()) < 0
         || ::lseek(input.descriptor(), 0, SEEK_SET) < 0)
-        fail(input);
+        failToCopy();
 }
 
 /// Fails at a zero byte: the input is most likely no text, and a conversion in place would destroy it.
