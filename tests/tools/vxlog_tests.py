@@ -31,6 +31,10 @@ WRONG_COMMAND_LINES = [
     (["-n", "x", "--fields", "text"], "--fields name"), (["--spool", "x"], "--to"), (["--spool-size", "99999"], "--spool"),
     (["--to", "vxlog://h", "--spool", ""], "empty"), (["--to", "vxlog://h?ack=0", "--spool", "x"], "ack=0"),
     (["--to", "vxlog://h", "--format", "json"], "--to"), (["--to", "vxlog://h?retry=-1"], "-1"),
+    (["--to", "vxlog://h?levl=3"], '"vxlog://h?levl=3" has an unknown parameter levl; there are level,'),
+    (["--to", "vxlog://h?ACK=7"], '"vxlog://h?ACK=7": ack is a whole number from 0 to 1, not "7"'),
+    (["--to", "kafka://h/t?compression=zip"], 'compression is one of none, gzip, lz4, snappy, zstd, not "zip"'),
+    (["--to", "vxlog://h#ack=0"], "vxlog://h#ack=0"), (["--to", "kafka://h/t?ca=x"], "ca has no effect without kafkas"),
     (["--to", "vxlog://:7514"], ":7514"), (["--to", "vxlog://a b"], "a b"), (["--to", "vxlog://h:65536"], "65536"),
 ]
 

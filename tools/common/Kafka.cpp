@@ -6,15 +6,16 @@
 #include <vx/Exception.h>
 #include <vx/Result.h>
 #include <vx/String.h>
+#include <vx/net/UriReference.h>
 #include <vx/util/PropertySet.h>
 #include <vx/vorb/FailureText.h>
 #include <vxsys/Component.h>
 
 #include <algorithm>
 #include <climits>
-#include <iterator>
 #include <optional>
 #include <unistd.h>
+#include <vector>
 
 namespace vxtools {
 
@@ -29,22 +30,23 @@ namespace {
 constexpr const char16_t* PROG_ID = u"Velmaris.Kafka";
 constexpr Message NO_ADDRESS {
     u"tools.no-kafka-address", "\"{0}\" is not in the form kafka://HOST:PORT,HOST:PORT/TOPIC"};
-constexpr Message NO_PARAMETER {u"tools.no-kafka-parameter", "\"{0}\" has an unknown parameter {1}"};
 constexpr Message NO_PASSWORD {u"tools.no-kafka-password", "\"{0}\": user and password, a file, need each other"};
 
 struct ParameterRow {
     std::string_view name;
     const char16_t* property;
-    bool isFile;
+    bool isFile = false;
+    bool needsEncryption = false;
+    std::string_view values = {}; ///< all that there are
 };
 constexpr ParameterRow PARAMETERS[] = {
-    {"ca", u"ca", true},
-    {"cert", u"cert", true},
-    {"key", u"key", true},
-    {"user", u"user", false},
+    {"ca", u"ca", true, true},
+    {"cert", u"cert", true, true},
+    {"key", u"key", true, true},
+    {"user", u"user"},
     {"password", u"passwordFile", true},
-    {"mechanism", u"mechanism", false},
-    {"compression", u"compression", false},
+    {"mechanism", u"mechanism", false, false, "PLAIN, SCRAM-SHA-256, SCRAM-SHA-512"},
+    {"compression", u"compression", false, false, "none, gzip, lz4, snappy, zstd"},
 };
 
 /// Whether each broker is a host, which may have a port.
@@ -74,13 +76,19 @@ KafkaAddress::KafkaAddress(const std::string& text, std::initializer_list<std::s
     if (!isOne(text) || !uri || uri->getSegments().size() != 1 || uri->getSegments()[0].empty() || uri->getFragment()
         || !areBrokers(m_brokers))
         throw UsageError(NO_ADDRESS(text));
-    m_uri = *uri;
-    for (const net::UriReference::Parameter& each : m_uri.getParameters()) {
-        if (std::ranges::find(PARAMETERS, each.name, &ParameterRow::name) == std::end(PARAMETERS)
-            && std::ranges::find(further, each.name) == further.end())
-            throw UsageError(NO_PARAMETER(text, each.name));
+    m_topic = uri->getSegments()[0];
+    m_isEncrypted = uri->getScheme() == "kafkas";
+    std::vector<std::string_view> names(further);
+    for (const ParameterRow& row : PARAMETERS)
+        names.push_back(row.name);
+    m_parameters = UriParameters(text, *uri, names);
+    for (const ParameterRow& row : PARAMETERS) {
+        if (row.needsEncryption && !m_isEncrypted && m_parameters.has(row.name))
+            throw UsageError(Failure(text, ONLY_WITH(std::string(row.name), "kafkas://")).text());
+        if (!row.values.empty())
+            m_parameters.requireOneOf(row.name, row.values);
     }
-    if (m_uri.getParameter("user").has_value() != m_uri.getParameter("password").has_value())
+    if (m_parameters.has("user") != m_parameters.has("password"))
         throw UsageError(NO_PASSWORD(text));
 }
 
@@ -103,12 +111,12 @@ Reference<Interface> KafkaAddress::open(const Create& create) const
 {
     util::PropertySet properties;
     properties.set(u"brokers", String(m_brokers));
-    properties.set(u"topic", String(m_uri.getSegments()[0]));
-    properties.set(u"encrypted", m_uri.getScheme() == "kafkas" ? u"1" : u"0");
+    properties.set(u"topic", String(m_topic));
+    properties.set(u"encrypted", m_isEncrypted ? u"1" : u"0");
     properties.set(u"queueMessages", u"20000"); // enough for distant brokers, and little memory
     properties.set(u"queueBytes", u"8388608");
     for (const ParameterRow& row : PARAMETERS) {
-        if (const std::optional<std::string> value = m_uri.getParameter(row.name))
+        if (const std::optional<std::string> value = m_parameters.find(row.name))
             properties.set(row.property, row.isFile ? canonicalPath(*value) : String(*value));
     }
     Reference<IVXKafka> kafka;

@@ -2,10 +2,10 @@
 
 #include "Failure.h"
 #include "Messages.h"
+#include "UriParameters.h"
 
 #include <components/kafka/IVXKafka.h>
 #include <vx/Reference.h>
-#include <vx/net/UriReference.h>
 
 #include <cstdint>
 #include <functional>
@@ -28,8 +28,7 @@ public:
     const std::string& text() const { return m_text; }
     /// "kafka://HOST:PORT/TOPIC", without parameters, which may name secrets.
     std::string name() const { return m_text.substr(0, m_text.find('?')); }
-    /// With the parameters of the address; its host is only one of several.
-    const vx::net::UriReference& uri() const { return m_uri; }
+    const UriParameters& parameters() const { return m_parameters; }
 
     /// Need the component Velmaris.Kafka. Throw Failure. A producer that does not wait finds out later whether the
     /// brokers answer.
@@ -42,7 +41,9 @@ private:
 
     std::string m_text;
     std::string m_brokers;
-    vx::net::UriReference m_uri;
+    std::string m_topic;
+    bool m_isEncrypted = false;
+    UriParameters m_parameters;
 };
 
 inline constexpr Message KAFKA {u"tools.kafka", "Kafka"};

@@ -2,36 +2,32 @@
 
 #include "Texts.h"
 #include "common/Failure.h"
+#include "common/UriParameters.h"
 
 #include <vx/net/UriReference.h>
 
-#include <algorithm>
-#include <cctype>
-#include <charconv>
 #include <limits>
 #include <string_view>
 #include <utility>
 
 namespace vxlog {
 
-namespace {
-
+using vxtools::UriParameters;
 using vxtools::UsageError;
 
-/// The number of a parameter, whose name may be in any letter case; the last one of that name.
-std::optional<int> numberIn(
-    const vx::net::UriReference& uri, std::string_view name, int least = std::numeric_limits<int>::min())
+namespace {
+
+constexpr int MOST = std::numeric_limits<int>::max();
+
+void setSeconds(std::chrono::seconds& target, const UriParameters& parameters, std::string_view name)
 {
-    std::optional<int> number;
-    for (const vx::net::UriReference::Parameter& each : uri.getParameters()) {
-        if (!std::ranges::equal(name, each.name, {}, {}, [](unsigned char byte) { return std::tolower(byte); }))
-            continue;
-        const char* end = each.value.data() + each.value.size();
-        const auto [stop, error] = std::from_chars(each.value.data(), end, number.emplace());
-        if (error != std::errc() || stop != end || *number < least)
-            throw UsageError(NO_PARAMETER(std::string(name), each.value));
-    }
-    return number;
+    if (const std::optional<int> seconds = parameters.findNumber(name, 0, MOST))
+        target = std::chrono::seconds(*seconds);
+}
+
+std::optional<int> levelIn(const UriParameters& parameters)
+{
+    return parameters.findNumber("level", std::numeric_limits<int>::min(), MOST);
 }
 
 } // namespace
@@ -41,9 +37,8 @@ Destination parseDestination(const std::string& text)
     if (vxtools::KafkaAddress::isOne(text)) {
         vxtools::KafkaAddress address(text, {"level", "retry"});
         Destination brokers;
-        brokers.level = numberIn(address.uri(), "level");
-        if (const std::optional<int> retry = numberIn(address.uri(), "retry", 0))
-            brokers.retry = std::chrono::seconds(*retry);
+        brokers.level = levelIn(address.parameters());
+        setSeconds(brokers.retry, address.parameters(), "retry");
         brokers.kafka = std::move(address);
         return brokers;
     }
@@ -54,19 +49,19 @@ Destination parseDestination(const std::string& text)
     const bool isWhole
         = destination.host.find('\0') == std::string::npos; // the system would look up the part before it
     destination.isEncrypted = uri.getScheme() == "vxlogs";
-    if ((uri.getScheme() != "vxlog" && !destination.isEncrypted) || destination.host.empty() || !isWhole)
+    const bool hasMore = uri.getUserInfo() || uri.getFragment() || (!uri.getPath().empty() && uri.getPath() != "/");
+    if ((uri.getScheme() != "vxlog" && !destination.isEncrypted) || destination.host.empty() || !isWhole || hasMore)
         throw UsageError(NO_DESTINATION(text));
     if (!uri.getPortText().value_or("").empty()) {
         destination.port = uri.getPort().value_or(0);
         if (destination.port == 0)
             throw UsageError(NO_PORT(text));
     }
-    destination.level = numberIn(uri, "level");
-    destination.wantsAnswers = numberIn(uri, "ack").value_or(1) != 0;
-    if (const std::optional<int> beat = numberIn(uri, "beat", 0))
-        destination.beat = std::chrono::seconds(*beat);
-    if (const std::optional<int> retry = numberIn(uri, "retry", 0))
-        destination.retry = std::chrono::seconds(*retry);
+    const UriParameters parameters(text, uri, {"level", "ack", "beat", "retry"});
+    destination.level = levelIn(parameters);
+    destination.wantsAnswers = parameters.findNumber("ack", 0, 1).value_or(1) != 0;
+    setSeconds(destination.beat, parameters, "beat");
+    setSeconds(destination.retry, parameters, "retry");
     return destination;
 }
 

@@ -25,7 +25,6 @@ inline constexpr Message NO_ROTATION {
 inline constexpr Message NO_DESTINATION {u"vxlog.no-destination",
     "--to takes vxlog://HOST:PORT, vxlogs://HOST:PORT or kafka://HOST:PORT/TOPIC, not \"{0}\""};
 inline constexpr Message NO_PORT {u"vxlog.no-port", "--to: no such port in \"{0}\""};
-inline constexpr Message NO_PARAMETER {u"vxlog.no-parameter", "--to: {0} is a number, not \"{1}\""};
 inline constexpr Message NOT_ACKNOWLEDGED {u"vxlog.not-acknowledged", "{0}; it has acknowledged {1} of {2} lines"};
 inline constexpr Message TRYING_AGAIN {u"vxlog.trying-again", "{0}: {1}; trying again"};
 inline constexpr Message LINE_REFUSED {u"vxlog.line-refused", "{0}: a line is lost: {1}"};
