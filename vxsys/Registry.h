@@ -84,7 +84,9 @@ VXSYS_API std::int32_t VXRegistryEnumNextValue(VXRegistryEnum handle, char16_t* 
     ENUM_VX_REG_TYPE* type, void* data, std::int32_t* dataLength) noexcept;
 VXSYS_API std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept;
 
-/// Writes the path of the store of all users, in UTF-8 with a terminator; it is empty if there is none.
-/// RESULT_BUFFER_TOO_SMALL if `size` bytes are not enough.
+/// Writes the path of the user's store, which need not exist, as bytes with a terminator. RESULT_BUFFER_TOO_SMALL if
+/// `size` bytes are not enough.
+VXSYS_API std::int32_t VXRegistryGetPlace(char* place, std::int32_t size) noexcept;
+/// The same for the store of all users. The path is empty if there is none.
 VXSYS_API std::int32_t VXRegistryGetMachinePlace(char* place, std::int32_t size) noexcept;
 }

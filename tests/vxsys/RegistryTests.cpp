@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cinttypes>
+#include <climits>
 #include <cstdio>
 #include <ctime>
 #include <functional>
@@ -261,6 +262,23 @@ TEST_F(Registry, ShowsBesideItsOwnWhatAllUsersHave)
     char place[8];
     EXPECT_EQ(VXRegistryGetMachinePlace(place, 0), RESULT_BUFFER_TOO_SMALL);
     EXPECT_EQ(VXRegistryGetMachinePlace(place, 1), RESULT_OK);
+}
+
+TEST_F(Registry, TellsWhereTheStoreOfTheUserIs)
+{
+    const auto place = [] {
+        char path[PATH_MAX] = "";
+        EXPECT_EQ(VXRegistryGetPlace(path, sizeof path), RESULT_OK);
+        return std::string(path);
+    };
+    EXPECT_EQ(place(), m_place.string());
+    const ScopedVariable none("VXSYS4_REGISTRY", ""), home("HOME", "/h"), data("XDG_DATA_HOME", "relative");
+    EXPECT_EQ(place(), "/h/.local/share/vxsys4/registry");
+    const ScopedVariable other("XDG_DATA_HOME", "/d");
+    EXPECT_EQ(place(), "/d/vxsys4/registry");
+    char small[20];
+    EXPECT_EQ(VXRegistryGetPlace(small, 18), RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(VXRegistryGetPlace(small, 19), RESULT_OK);
 }
 
 TEST(RegistryRecord, ReadsNothingBeyondWhateverItSays)

@@ -8,9 +8,8 @@
 #include <vxsys/Registry.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <climits>
 #include <optional>
-#include <pwd.h>
 #include <span>
 #include <string>
 #include <sys/stat.h>
@@ -58,29 +57,13 @@ Text find(std::span<const Row> rows, std::int32_t result)
     return vxtools::textOfResult(result);
 }
 
-std::string variable(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
-/// The folder of the registry that is changed.
-std::string placeOfRegistry()
-{
-    if (std::string named = variable("VXSYS4_REGISTRY"); !named.empty())
-        return named;
-    if (std::string data = variable("XDG_DATA_HOME"); data.starts_with('/'))
-        return data + "/vxsys4/registry";
-    std::string home = variable("HOME");
-    if (const passwd* const user = home.empty() ? ::getpwuid(::geteuid()) : nullptr)
-        home = user->pw_dir;
-    return home + "/.local/share/vxsys4/registry";
-}
-
 /// Tries to make the first missing folder on the way to the registry, and removes it again.
 std::optional<Text> whyNoFolder()
 {
-    const std::string place = placeOfRegistry();
+    char path[PATH_MAX];
+    if (vx::failed(VXRegistryGetPlace(path, sizeof path)))
+        return std::nullopt;
+    const std::string place = path;
     for (std::size_t end = 0; place.starts_with('/') && end != place.npos;) {
         end = place.find('/', end + 1);
         const std::string folder = place.substr(0, end);

@@ -191,6 +191,17 @@ bool copyData(
     return true;
 }
 
+std::int32_t copyPlace(std::string_view path, char* place, std::int32_t size) noexcept
+{
+    if (place == nullptr)
+        return RESULT_INVALID_ARGUMENT;
+    if (size < 0 || path.size() >= static_cast<std::size_t>(size))
+        return RESULT_BUFFER_TOO_SMALL;
+    path.copy(place, path.size());
+    place[path.size()] = '\0';
+    return RESULT_OK;
+}
+
 } // namespace
 
 std::int32_t VXRegistryCreateKey(ENUM_VX_HKEY hive, const char16_t* key) noexcept
@@ -375,14 +386,16 @@ std::int32_t VXRegistryCloseEnum(VXRegistryEnum handle) noexcept
     return RESULT_OK;
 }
 
+std::int32_t VXRegistryGetPlace(char* place, std::int32_t size) noexcept
+{
+    try {
+        return copyPlace(RegistryStore::place(), place, size);
+    } catch (const std::exception&) {
+        return RESULT_OUT_OF_MEMORY;
+    }
+}
+
 std::int32_t VXRegistryGetMachinePlace(char* place, std::int32_t size) noexcept
 {
-    if (place == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    const std::string_view path = RegistryStore::machinePlace();
-    if (size < 0 || path.size() >= static_cast<std::size_t>(size))
-        return RESULT_BUFFER_TOO_SMALL;
-    path.copy(place, path.size());
-    place[path.size()] = '\0';
-    return RESULT_OK;
+    return copyPlace(RegistryStore::machinePlace(), place, size);
 }
