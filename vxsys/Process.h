@@ -5,6 +5,10 @@
 #include <cstdint>
 
 /// Child processes. Negative results are failures; null out-parameters give RESULT_INVALID_ARGUMENT.
+///
+/// Linux knows a child by a descriptor (pidfd) from version 5.4 on. Where there is none, as in some sandboxes and
+/// debuggers, children are known by their numbers: then a timed wait may end some milliseconds late, and no other part of
+/// the process may collect them, since a signal could reach a new process with the same number.
 extern "C" {
 
 inline constexpr std::uint32_t VX_PROCESS_INVALID_HANDLE = 0xFFFFFFFF;

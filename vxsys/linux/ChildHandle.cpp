@@ -7,9 +7,12 @@
 #include "vxsys/detail/Retry.h"
 #include "vxsys/linux/Reaper.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <ctime>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -24,9 +27,67 @@ using namespace vxsys::detail;
 /// opened.
 constexpr std::uint32_t COLLECTED_CHILD = VX_PROCESS_INVALID_HANDLE - 1;
 
+/// Set in the handle of a child that is known by its number. The number stays that of the child until it is collected.
+constexpr std::uint32_t NUMBER_BIT = 0x80000000;
+constinit std::atomic<bool> g_hasNumbers = false; ///< the system has no process descriptors
+
+bool isNumber(std::uint32_t child) noexcept
+{
+    return (child & NUMBER_BIT) != 0 && child < COLLECTED_CHILD && g_hasNumbers;
+}
+
+pid_t numberOf(std::uint32_t child) noexcept
+{
+    return static_cast<pid_t>(child & ~NUMBER_BIT);
+}
+
+bool isHandle(std::uint32_t child) noexcept
+{
+    return child <= INT_MAX || isNumber(child);
+}
+
+void closeHandle(std::uint32_t child) noexcept
+{
+    if (!isNumber(child))
+        ::close(static_cast<int>(child));
+}
+
+/// As ::waitid, for the end of the child.
+int waitForEnd(std::uint32_t child, siginfo_t& ended, int options) noexcept
+{
+    ended = {};
+    return retryOnSignal([&] {
+        return isNumber(child) ? ::waitid(P_PID, static_cast<id_t>(numberOf(child)), &ended, WEXITED | options)
+                               : ::waitid(P_PIDFD, child, &ended, WEXITED | options);
+    });
+}
+
+/// Without a descriptor, no call of the system waits for one child and has a limit. So a wait with a limit asks again
+/// and again.
+bool endsByNumber(std::uint32_t child, const Deadline& deadline) noexcept
+{
+    constexpr long MILLISECOND = 1'000'000;
+    constexpr long LONGEST_PAUSE = 16 * MILLISECOND;
+    siginfo_t ended;
+    for (long pause = MILLISECOND;; pause = std::min(2 * pause, LONGEST_PAUSE)) {
+        if (waitForEnd(child, ended, WNOWAIT | (deadline.isNever() ? 0 : WNOHANG)) != 0)
+            return errno == ECHILD && ::kill(numberOf(child), 0) != 0 && errno == ESRCH;
+        if (ended.si_pid != 0)
+            return true;
+        if (deadline.hasPassed())
+            return false;
+        timespec rest = deadline.left();
+        if (rest.tv_sec > 0 || rest.tv_nsec > pause)
+            rest = {0, pause};
+        ::nanosleep(&rest, nullptr);
+    }
+}
+
 /// Whether the child ends before the deadline.
 bool ends(std::uint32_t child, const Deadline& deadline) noexcept
 {
+    if (isNumber(child))
+        return endsByNumber(child, deadline);
     pollfd state {static_cast<int>(child), POLLIN, 0};
     const int found = retryOnSignal([&] {
         const timespec left = deadline.isNever() ? timespec {} : deadline.left();
@@ -49,20 +110,20 @@ std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode)
     *exitCode = -1;
     if (process == COLLECTED_CHILD)
         return RESULT_FALSE;
-    if (process > INT_MAX)
+    if (!isHandle(process))
         return RESULT_INVALID_HANDLE;
-    siginfo_t ended {};
-    if (retryOnSignal([&] { return ::waitid(P_PIDFD, process, &ended, WEXITED | options); }) != 0) {
+    siginfo_t ended;
+    if (waitForEnd(process, ended, options) != 0) {
         const int error = errno;
         if (error != ECHILD || !hasEnded(process))
             return VXResultFromNative(error);
-        ::close(static_cast<int>(process));
+        closeHandle(process);
         return RESULT_FALSE;
     }
     if (ended.si_pid == 0)
         return RESULT_TIMED_OUT;
     *exitCode = ended.si_code == CLD_EXITED ? ended.si_status : ENDED_BY_SIGNAL + ended.si_status;
-    ::close(static_cast<int>(process));
+    closeHandle(process);
     return RESULT_OK;
 }
 
@@ -73,6 +134,11 @@ int vxsys::detail::openChildHandle(pid_t child, std::uint32_t& handle) noexcept
     Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
     if (!process.isOpen() && errno == ESRCH) {
         handle = COLLECTED_CHILD;
+        return 0;
+    }
+    if (!process.isOpen() && (errno == ENOSYS || errno == EPERM)) { // EPERM: a sandbox does not know the call
+        g_hasNumbers = true;
+        handle = NUMBER_BIT | static_cast<std::uint32_t>(child);
         return 0;
     }
     if (!process.isOpen())
@@ -95,7 +161,7 @@ std::int32_t VXProcessGetExitCode(std::uint32_t process, std::int32_t* exitCode)
 
 std::int32_t VXProcessTimedJoin(std::uint32_t process, std::uint32_t milliseconds, std::int32_t* exitCode) noexcept
 {
-    if (exitCode != nullptr && process <= INT_MAX)
+    if (exitCode != nullptr && isHandle(process))
         ends(process, Deadline::in(milliseconds));
     return waitFor(process, WNOHANG, exitCode);
 }
@@ -106,11 +172,13 @@ std::int32_t VXProcessSendSignal(std::uint32_t process, std::int32_t signal) noe
         return RESULT_INVALID_ARGUMENT;
     if (process == COLLECTED_CHILD)
         return RESULT_FALSE;
-    if (process > INT_MAX)
+    if (!isHandle(process))
         return RESULT_INVALID_HANDLE;
     if (hasEnded(process)) // the system accepts signals to a child until it has been joined
         return RESULT_FALSE;
-    if (::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0) == 0)
+    if ((isNumber(process) ? ::kill(numberOf(process), signal)
+                           : ::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0))
+        == 0)
         return RESULT_OK;
     return errno == ESRCH ? RESULT_FALSE : VXResultFromNative(errno);
 }
@@ -120,7 +188,7 @@ std::int32_t VXProcessDetach(std::uint32_t process) noexcept
     std::int32_t exitCode = 0;
     const std::int32_t result = waitFor(process, WNOHANG, &exitCode);
     if (result == RESULT_TIMED_OUT)
-        return reapLater(Descriptor(static_cast<int>(process)));
+        return isNumber(process) ? reapLater(numberOf(process)) : reapLater(Descriptor(static_cast<int>(process)));
     return failed(result) ? result : RESULT_OK;
 }
 

@@ -28,15 +28,16 @@ struct Task {
 
     Descriptor descriptor;
     Kind kind;
+    pid_t number = 0; ///< of a child without a descriptor
     std::unique_ptr<Task> next;
 };
 
 /// Whether the child has been collected, here or by another part of the process.
-bool isCollected(int child) noexcept
+bool isCollected(idtype_t type, int child) noexcept
 {
     siginfo_t ended {};
     const int error
-        = retryOnSignal([&] { return ::waitid(P_PIDFD, static_cast<id_t>(child), &ended, WEXITED | WNOHANG); });
+        = retryOnSignal([&] { return ::waitid(type, static_cast<id_t>(child), &ended, WEXITED | WNOHANG); });
     return error != 0 || ended.si_pid != 0;
 }
 
@@ -66,6 +67,7 @@ public:
 
     /// Returns a native error or 0. May throw std::bad_alloc.
     int add(Descriptor descriptor, Task::Kind kind);
+    int add(pid_t child);
 
     /// Called around a fork. The child process has this memory, but not the thread. It closes its copies of the
     /// descriptors. The first call locks, and each of the other two unlocks.
@@ -74,15 +76,18 @@ public:
     void inChild() noexcept VX_NO_THREAD_SAFETY_ANALYSIS;
 
 private:
+    int add(std::unique_ptr<Task> task) noexcept;
     int open() noexcept VX_REQUIRES(m_lock);
     int startThread() noexcept VX_REQUIRES(m_lock);
     void wake() const noexcept VX_REQUIRES(m_lock);
     void dropTasks() noexcept VX_REQUIRES(m_lock);
 
     void run() noexcept;
+    int timeout() noexcept;
     /// False if the thread has nothing left to do.
     bool work(const epoll_event* events, int count) noexcept;
     void workOn(Task& task) noexcept VX_REQUIRES(m_lock);
+    void collectByNumber() noexcept VX_REQUIRES(m_lock);
     void remove(const Task& task) noexcept VX_REQUIRES(m_lock);
 
     StateLock m_lock;
@@ -112,14 +117,28 @@ int Reaper::add(Descriptor descriptor, Task::Kind kind)
     auto task = std::make_unique<Task>();
     task->descriptor = std::move(descriptor);
     task->kind = kind;
+    return add(std::move(task));
+}
 
+int Reaper::add(pid_t child)
+{
+    auto task = std::make_unique<Task>();
+    task->kind = Task::Kind::COLLECT_CHILD;
+    task->number = child;
+    return add(std::move(task));
+}
+
+int Reaper::add(std::unique_ptr<Task> task) noexcept
+{
     const StateGuard guard(m_lock);
     if (const int error = open())
         return error;
     epoll_event event {};
     event.events = EPOLLIN;
     event.data.ptr = task.get();
-    if (::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, task->descriptor.get(), &event) != 0)
+    if (task->number != 0)
+        wake(); // the thread, if it runs, may be waiting without a limit
+    else if (::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, task->descriptor.get(), &event) != 0)
         return errno;
     if (const int error = startThread()) {
         ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, task->descriptor.get(), nullptr);
@@ -200,17 +219,32 @@ void Reaper::run() noexcept
     int count = 0;
     do
         count = retryOnSignal(
-            [&] { return ::epoll_wait(m_epoll.get(), events.data(), static_cast<int>(events.size()), -1); });
+            [&] { return ::epoll_wait(m_epoll.get(), events.data(), static_cast<int>(events.size()), timeout()); });
     while (work(events.data(), count));
+}
+
+/// In milliseconds; -1 for no limit. Without a descriptor, the end of a child is no event.
+int Reaper::timeout() noexcept
+{
+    constexpr int BETWEEN_LOOKS = 20;
+    const StateGuard guard(m_lock);
+    const Task* task = m_tasks.get();
+    while (task != nullptr && task->number == 0)
+        task = task->next.get();
+    return task != nullptr ? BETWEEN_LOOKS : -1;
 }
 
 bool Reaper::work(const epoll_event* events, int count) noexcept
 {
     const StateGuard guard(m_lock);
     for (int i = 0; i < count; ++i) {
-        if (events[i].data.ptr != nullptr) // the event of `m_wake` has null
+        std::uint64_t wakes = 0;
+        if (events[i].data.ptr != nullptr)
             workOn(*static_cast<Task*>(events[i].data.ptr));
+        else // the event of `m_wake`
+            static_cast<void>(!::read(m_wake.get(), &wakes, sizeof wakes));
     }
+    collectByNumber();
     m_isRunning = !m_ends && m_tasks != nullptr;
     return m_isRunning;
 }
@@ -218,8 +252,17 @@ bool Reaper::work(const epoll_event* events, int count) noexcept
 void Reaper::workOn(Task& task) noexcept
 {
     const int descriptor = task.descriptor.get();
-    if (task.kind == Task::Kind::COLLECT_CHILD ? isCollected(descriptor) : isDrained(descriptor))
+    if (task.kind == Task::Kind::COLLECT_CHILD ? isCollected(P_PIDFD, descriptor) : isDrained(descriptor))
         remove(task);
+}
+
+void Reaper::collectByNumber() noexcept
+{
+    for (Task* next = m_tasks.get(); next != nullptr;) {
+        const Task& task = *std::exchange(next, next->next.get());
+        if (task.number != 0 && isCollected(P_PID, task.number))
+            remove(task);
+    }
 }
 
 void Reaper::remove(const Task& task) noexcept
@@ -241,10 +284,11 @@ Reaper& reaper()
     return instance;
 }
 
-std::int32_t addTask(Descriptor descriptor, Task::Kind kind) noexcept
+template <class... What>
+std::int32_t addTask(What&&... what) noexcept
 {
     try {
-        return VXResultFromNative(reaper().add(std::move(descriptor), kind));
+        return VXResultFromNative(reaper().add(std::forward<What>(what)...));
     } catch (const std::exception&) {
         return results::RESULT_OUT_OF_MEMORY;
     }
@@ -255,6 +299,11 @@ std::int32_t addTask(Descriptor descriptor, Task::Kind kind) noexcept
 std::int32_t reapLater(Descriptor child) noexcept
 {
     return addTask(std::move(child), Task::Kind::COLLECT_CHILD);
+}
+
+std::int32_t reapLater(pid_t child) noexcept
+{
+    return addTask(child);
 }
 
 std::int32_t drainLater(Descriptor pipe) noexcept
