@@ -120,6 +120,18 @@ mode_t rightsOfNewFile()
 
 } // namespace
 
+bool writeAll(int descriptor, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
 Output::Output(Text name)
     : m_name(std::move(name))
 {
@@ -187,13 +199,8 @@ void Output::openBeside(const std::string& path)
 
 void Output::write(std::string_view bytes)
 {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
-        if (written >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        else if (errno != EINTR)
-            throw Failure(m_name, textOfError(errno));
-    }
+    if (!writeAll(m_descriptor, bytes))
+        throw Failure(m_name, textOfError(errno));
 }
 
 void Output::commit()

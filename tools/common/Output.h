@@ -7,6 +7,9 @@
 
 namespace vxtools {
 
+/// Writes all bytes, again after a signal or a short write. False with `errno` set if it fails.
+bool writeAll(int descriptor, std::string_view bytes);
+
 /// The output of a program: standard output for "-", a device or pipe directly, otherwise a new file that replaces the old one when
 /// it is complete.
 ///

@@ -3,6 +3,7 @@
 #include "Complaint.h"
 #include "common/Failure.h"
 #include "common/Input.h"
+#include "common/Output.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -105,8 +106,7 @@ void ForwardPosition::save(const std::string& path) const
     const std::string text = words.str() + " " + std::to_string(hashOf(words.str())) + "\n" + clients;
     const std::string beside = path + ".new";
     const int file = vxtools::openFile(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    bool isDone = file >= 0 && ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size())
-        && ::fdatasync(file) == 0;
+    bool isDone = file >= 0 && vxtools::writeAll(file, text) && ::fdatasync(file) == 0;
     int error = errno;
     if (file >= 0)
         ::close(file);

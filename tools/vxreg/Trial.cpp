@@ -1,6 +1,7 @@
 #include "vxreg/Trial.h"
 
 #include "common/Failure.h"
+#include "common/Output.h"
 #include "vxreg/Texts.h"
 
 #include <array>
@@ -67,17 +68,9 @@ void Trial::enter(const Text& stage)
 /// A line begins with its kind and ends with a zero byte.
 void Trial::send(char kind, const std::string& text) const
 {
-    const std::string line = kind + text.substr(0, text.find('\0'));
-    const char* source = line.c_str();
-    for (std::size_t rest = line.size() + 1; rest > 0;) {
-        const ssize_t written = ::write(m_target, source, rest);
-        if (written < 0 && errno != EINTR)
-            ::_exit(1);
-        if (written > 0) {
-            source += written;
-            rest -= static_cast<std::size_t>(written);
-        }
-    }
+    const std::string line = kind + text.substr(0, text.find('\0')) + '\0';
+    if (!writeAll(m_target, line))
+        ::_exit(1);
 }
 
 std::vector<std::string> Trial::run(Messages& messages, const std::function<void(Trial&)>& work)
