@@ -181,6 +181,7 @@ class Logs(tool.Scratch):
         self.assertEqual(rows(show("-b", "minute"))[:2], [["2026-11-01T00:00", "1"], ["2026-11-01T00:01", "1"]])
         self.assertEqual(rows(show("-b", "hour")), [["2026-11-01T00", "46"]])
         self.assertEqual(rows(show("-b", "peer")), [["(none)", "46"]])
+        self.assertEqual(vxview("-c", data=data).stdout, b"48\n")
 
     def test_refuses_what_it_does_not_understand(self):
         for arguments, part in WRONG_COMMAND_LINES:
@@ -191,8 +192,9 @@ class Logs(tool.Scratch):
 
 class Following(tool.Scratch):
     def follow(self, *arguments):
-        process = subprocess.Popen([os.environ["VXVIEW"], "--follow", "--fields", "text", *arguments], stdout=subprocess.PIPE)
-        self.addCleanup(lambda: (process.kill(), process.wait(), process.stdout.close()))
+        process = subprocess.Popen([os.environ["VXVIEW"], "--follow", "--fields", "text", *arguments],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.addCleanup(lambda: (process.kill(), process.wait(), process.stdout.close(), process.stderr.close()))
         return process
 
     def lines(self, process, count):
@@ -205,6 +207,7 @@ class Following(tool.Scratch):
 
     def test_follows_a_log_through_rotations(self):
         process = self.follow("-n", "100000", self.log)
+        self.assertEqual(process.stderr.readline().decode(), f"vxview: {self.log}: there is no such file yet; waits for it\n")
         command = ["-f", self.log, "--rotate-size", "4000", "--keep", "1000"]
         expected = []
         for block in range(5):

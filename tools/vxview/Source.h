@@ -37,6 +37,8 @@ public:
     bool advance();
     /// Whether `advance` may succeed later.
     bool mayAdvance() const { return m_access.follows && m_path != "-" && m_topic == nullptr && !m_isServer; }
+    /// Whether a log that is followed has not been there yet.
+    bool isMissing() const { return m_file < 0 && m_topic == nullptr; }
     /// Continues `size` bytes before the end of the last file. False if it is not longer, or compressed.
     bool skipToEnd(std::int64_t size);
 

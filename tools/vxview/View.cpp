@@ -29,6 +29,8 @@ namespace {
 
 using Kind = Record::Kind;
 
+constexpr Message WAITS {u"vxview.waits", "there is no such file yet; waits for it"};
+
 /// One log with its next piece.
 struct Log {
     std::unique_ptr<Reader> reader;
@@ -92,6 +94,8 @@ private:
         for (const std::string& path : m_options.logs) {
             guarded([&] {
                 auto reader = std::make_unique<Reader>(path, m_options.access, m_options.filter.getNeedle());
+                if (reader->getSource().isMissing())
+                    complain("vxview", m_messages.say(Failure(path, WAITS()).text()));
                 m_logs.push_back({std::move(reader), path});
             });
         }
