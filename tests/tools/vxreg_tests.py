@@ -157,6 +157,30 @@ class Components(WithComponent):
             self.assertRefused(["resolve", "Example.Greeter"], self.path("greeter.so"), part)
             self.assertRefused(["register", "greeter.so"], self.path("greeter.so"), part)
 
+    def test_are_refused_when_they_cannot_work(self):
+        self.put(self.content.replace(b"\0VXGetClassObject\0", b"\0VXGetOtherObject\0"))
+        self.assertRefused(["register", "greeter.so"], "greeter.so: does not export VXGetClassObject")
+        shutil.copy(os.environ["VXREG_FAULTY"], self.path("faulty.so"))
+        self.assertRefused(["register", "faulty.so"], "faulty.so: no object of class {00000077-")
+        self.assertEqual(self.output("list", "VX_HKEY_CLASSES"), "")
+        self.assertEqual(self.output("--force", "register", "faulty.so"), "")
+        self.assertRefused(["--force", "list"], "--force has no effect without register", status=2)
+
+    def test_take_no_class_of_another_library(self):
+        shutil.copy(self.path("greeter.so"), self.path("copy.so"))
+        os.symlink("greeter.so", self.path("link.so"))
+        for arguments in [["-m", "register", "copy.so"], ["register", "greeter.so"], ["register", "greeter.so"], ["register", "link.so"]]:
+            self.output(*arguments)
+        self.assertRefused(["register", "copy.so"], "is registered for " + self.path("greeter.so"))
+        self.output("--force", "register", "copy.so")
+        self.assertIn(self.path("copy.so"), self.output("resolve", "Example.Greeter"))
+        os.remove(self.path("copy.so"))
+        self.output("register", "greeter.so")
+        self.output("unregister", "greeter.so")
+        for name, value in [("Example.Greeter\\CLSID", "{other}"), ("CLSID\\{other}\\InprocServer32", self.path("link.so"))]:
+            self.output("set", "VX_HKEY_CLASSES\\" + name, "", value)
+        self.assertRefused(["register", "greeter.so"], "the name Example.Greeter is registered for class {other}")
+
 
 class Machine(WithComponent):
     def test_offers_components_to_all_users(self):
@@ -257,7 +281,8 @@ class Verification(WithComponent):
         self.output("register", "greeter.so")
         self.assertIn("greeter.so: no problem", self.output("verify", "greeter.so"))
         shutil.copy(self.path("greeter.so"), self.path("copy.so"))
-        self.output("set", "VX_HKEY_CLASSES\\Example.Greeter.1\\CLSID", "", "{other}")
+        for name, value in [("Example.Greeter.1\\CLSID", "{other}"), ("CLSID\\{other}\\InprocServer32", self.path("copy.so"))]:
+            self.output("set", "VX_HKEY_CLASSES\\" + name, "", value)
         result = self.vxreg("verify", "copy.so", "greeter.so")
         self.assertIn("is registered for " + self.path("greeter.so"), result.stdout.decode())
         self.assertIn("Example.Greeter.1 is registered for class {other}", result.stdout.decode())

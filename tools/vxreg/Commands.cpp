@@ -41,7 +41,7 @@ using vxtools::Messages;
 
 struct Context {
     Messages& messages;
-    bool isForMachine; ///< works on the registry of all users only
+    const Switches& switches;
 };
 
 RegistryKey keyOf(const std::string& path)
@@ -110,9 +110,11 @@ std::int32_t callLibrary(const String& path, std::int32_t (*call)(const char16_t
     return result;
 }
 
-void registerLibrary(const Arguments& arguments, const Context&)
+void registerLibrary(const Arguments& arguments, const Context& context)
 {
     const String path = libraryPath(arguments[0]);
+    if (!context.switches.isForced)
+        requireRegistrable(path.toUtf8(), context.messages);
     if (const std::int32_t result = callLibrary(path, VXComRegisterLibrary); vx::failed(result))
         throw Failure(path.toUtf8(), textOfAddition(result));
 }
@@ -130,7 +132,7 @@ std::vector<std::string> classesOf(const Classes& classes, const String& path)
 
 vxtools::Text registryOf(const Context& context)
 {
-    if (context.isForMachine)
+    if (context.switches.isForMachine)
         return FOR_ALL_USERS();
     if (const char* place = std::getenv("VXSYS4_REGISTRY"); place != nullptr && *place != '\0')
         return IN_REGISTRY(place);
@@ -389,7 +391,7 @@ std::vector<std::string_view> commandNames()
     return names;
 }
 
-void run(const std::vector<std::string>& arguments, bool forMachine, Messages& messages)
+void run(const std::vector<std::string>& arguments, const Switches& switches, Messages& messages)
 {
     if (arguments.empty())
         throw vxtools::UsageError(NO_COMMAND(joined(commandNames(), ", ")));
@@ -399,11 +401,13 @@ void run(const std::vector<std::string>& arguments, bool forMachine, Messages& m
         const Arguments rest(arguments.begin() + 1, arguments.end());
         if (rest.size() < command.least || rest.size() > command.most)
             throw vxtools::UsageError(OTHER_ARGUMENTS(arguments[0], command.arguments));
-        if (forMachine) {
+        if (switches.isForced && command.run != registerLibrary)
+            throw vxtools::UsageError(vxtools::ONLY_WITH("--force", "register"));
+        if (switches.isForMachine) {
             messages.say(MACHINE()); // loads the texts, which may be registered for the user alone
             useMachineRegistry(command.change);
         }
-        command.run(rest, {messages, forMachine});
+        command.run(rest, {messages, switches});
         return;
     }
     throw vxtools::UsageError(NO_SUCH_COMMAND(arguments[0], joined(commandNames(), ", ")));

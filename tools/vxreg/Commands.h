@@ -14,8 +14,13 @@ std::string usage(const vx::util::OptionTable& options, vxtools::Messages& messa
 
 std::vector<std::string_view> commandNames();
 
-/// Runs the command that the first argument names, with `forMachine` on the registry of all users only. Throws std::invalid_argument for a wrong command line, and Failure
+struct Switches {
+    bool isForMachine = false; ///< works on the registry of all users only
+    bool isForced = false; ///< registers whatever can be loaded
+};
+
+/// Runs the command that the first argument names. Throws std::invalid_argument for a wrong command line, and Failure
 /// or vx::Exception if the command fails.
-void run(const std::vector<std::string>& arguments, bool forMachine, vxtools::Messages& messages);
+void run(const std::vector<std::string>& arguments, const Switches& switches, vxtools::Messages& messages);
 
 } // namespace vxreg

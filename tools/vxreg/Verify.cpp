@@ -21,6 +21,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <iostream>
+#include <strings.h>
 #include <thread>
 
 namespace vxreg {
@@ -32,6 +33,7 @@ using namespace vxtools;
 using vx::TerminatedText;
 
 constexpr std::array ENTRY_POINTS {"VXGetClassObject", "VXCanUnloadNow", "VXRegisterServer", "VXUnregisterServer"};
+constexpr const char* MACHINE_REGISTRY = "VXSYS4_MACHINE_REGISTRY";
 
 /// A variable that has another value until the end of the block.
 class OtherValue {
@@ -81,6 +83,20 @@ private:
     std::string m_path;
 };
 
+/// The registry of the user and that of all users, until the end of the block.
+class TrialRegistry {
+public:
+    explicit TrialRegistry(const std::string& folder)
+        : m_user("VXSYS4_REGISTRY", folder + "/registry")
+        , m_machine(MACHINE_REGISTRY, "")
+    {
+    }
+
+private:
+    OtherValue m_user;
+    OtherValue m_machine;
+};
+
 void checkNames(Trial& trial, const Classes& classes)
 {
     for (const auto& [name, id] : classes.classOf) {
@@ -97,22 +113,35 @@ void checkNames(Trial& trial, const Classes& classes)
     }
 }
 
-/// Compares with what is registered for the user and for all users.
+/// The library that a class is registered for. Empty if there is none, or if its file is gone.
+std::string libraryInUse(const std::string& id)
+{
+    const std::string library = textOfClassKey("CLSID\\" + id + "\\InprocServer32");
+    std::error_code ignored;
+    return fs::status(library, ignored).type() != fs::file_type::not_found ? library : std::string();
+}
+
+/// Compares with what is registered.
 void checkRegistry(Trial& trial, const Classes& classes, const std::string& path)
 {
     for (const auto& entry : classes.libraryOf) {
-        const std::string other = textOfClassKey("CLSID\\" + entry.first + "\\InprocServer32");
+        const std::string other = libraryInUse(entry.first);
         std::error_code ignored;
         if (!other.empty() && other != path && !fs::equivalent(other, path, ignored))
             trial.tell(CLASS_IN_USE(entry.first, other));
     }
     for (const auto& [name, id] : classes.classOf) {
-        if (const std::string other = textOfClassKey(name + "\\CLSID"); !other.empty() && other != id)
+        const std::string other = textOfClassKey(name + "\\CLSID");
+        if (::strcasecmp(other.c_str(), id.c_str()) != 0 && !libraryInUse(other).empty())
             trial.tell(NAME_IN_USE(name, other));
     }
 }
 
-void createObjects(Trial& trial, const Classes& classes)
+enum class Purpose { VERIFICATION, REGISTRATION };
+
+/// A library may be registered before its objects have what they need, such as files. A class that it does not have can
+/// never be created.
+void createObjects(Trial& trial, const Classes& classes, Purpose purpose)
 {
     for (const auto& [id, library] : classes.libraryOf) {
         if (library.empty()) {
@@ -126,10 +155,10 @@ void createObjects(Trial& trial, const Classes& classes)
         std::int32_t result = VXComGUIDFromString(TerminatedText(fromUtf8(id)), &classId);
         if (!vx::failed(result))
             result = VXModuleComCreateObject(nullptr, &classId, nullptr, &IVXUnknown::IID, &object);
-        if (vx::failed(result))
+        if (purpose == Purpose::REGISTRATION ? result == vx::RESULT_CLASS_NOT_AVAILABLE : vx::failed(result))
             trial.tell(
                 NO_OBJECT(id, names != classes.namesOf.end() ? names->second.front() : "", textOfLibrary(result)));
-        else
+        if (object != nullptr)
             static_cast<IVXUnknown*>(object)->Release();
     }
 }
@@ -156,36 +185,55 @@ void unload(Trial& trial, const std::string& path, std::size_t threads)
         trial.tell(THREAD_LEFT());
 }
 
+/// False if the library cannot be loaded, or is no component library.
+bool load(Trial& trial, const std::string& path)
+{
+    trial.enter(WHILE_LOADED());
+    const std::int32_t result = VXComCheckLibrary(TerminatedText(fromUtf8(path)));
+    if (vx::failed(result) && result != vx::RESULT_MODULE_NOT_FOUND && result != vx::RESULT_SYMBOL_NOT_FOUND) {
+        trial.tell(textOfLibrary(result));
+        return false;
+    }
+    void* const handle = ::dlopen(path.c_str(), RTLD_NOW); // also finds functions that no library has
+    if (handle == nullptr) {
+        trial.tell(CANNOT_LOAD(::dlerror()));
+        return false;
+    }
+    ::dlclose(handle);
+    if (vx::failed(result))
+        trial.tell(result == vx::RESULT_SYMBOL_NOT_FOUND ? NOT_EXPORTED(ENTRY_POINTS[0]) : textOfLibrary(result));
+    return !vx::failed(result);
+}
+
+/// Registers the library and creates its objects.
+Classes tryClasses(Trial& trial, const std::string& path, Purpose purpose)
+{
+    trial.enter(WHILE_REGISTERED());
+    const std::int32_t result = VXComRegisterLibrary(TerminatedText(fromUtf8(path)));
+    if (result == vx::RESULT_SYMBOL_NOT_FOUND)
+        trial.tell(NOT_EXPORTED("VXRegisterServer"));
+    else if (vx::failed(result))
+        trial.tell(NO_REGISTRATION(textOfStore(result)));
+    Classes classes = readClasses();
+    if (classes.libraryOf.empty())
+        trial.tell(NO_CLASS());
+    checkNames(trial, classes);
+    createObjects(trial, classes, purpose);
+    return classes;
+}
+
 /// In the child process.
 void tryLibrary(Trial& trial, const std::string& path, const std::string& folder)
 {
     const std::size_t threads = countThreads();
-    const TerminatedText text(fromUtf8(path));
-    trial.enter(WHILE_LOADED());
-    const std::int32_t loading = VXComCheckLibrary(text);
-    if (loading == vx::RESULT_ACCESS_DENIED)
-        return trial.tell(textOfLibrary(loading));
-    void* const handle = ::dlopen(path.c_str(), RTLD_NOW); // also finds functions that no library has
-    if (handle == nullptr)
-        return trial.tell(CANNOT_LOAD(::dlerror()));
-    ::dlclose(handle);
-    if (vx::failed(loading))
-        return trial.tell(textOfLibrary(loading));
-
+    if (!load(trial, path))
+        return;
     Classes classes;
     {
-        const OtherValue registry("VXSYS4_REGISTRY", folder + "/registry");
-        const OtherValue machine("VXSYS4_MACHINE_REGISTRY", "");
-        trial.enter(WHILE_REGISTERED());
-        if (const std::int32_t result = VXComRegisterLibrary(text); vx::failed(result))
-            trial.tell(NO_REGISTRATION(textOfStore(result)));
-        classes = readClasses();
-        if (classes.libraryOf.empty())
-            trial.tell(NO_CLASS());
-        checkNames(trial, classes);
-        createObjects(trial, classes);
+        const TrialRegistry registry(folder);
+        classes = tryClasses(trial, path, Purpose::VERIFICATION);
         trial.enter(WHILE_UNREGISTERED());
-        VXComUnregisterLibrary(text); // what it leaves is told below
+        VXComUnregisterLibrary(TerminatedText(fromUtf8(path))); // what it leaves is told below
         for (const auto& [id, library] : readClasses().libraryOf)
             trial.tell(LEAVES_KEY(id));
         for (const auto& [name, id] : readClasses().classOf)
@@ -193,6 +241,20 @@ void tryLibrary(Trial& trial, const std::string& path, const std::string& folder
     }
     checkRegistry(trial, classes, path);
     unload(trial, path, threads);
+}
+
+/// In the child process. What the user registers may replace what all users have.
+void tryToRegister(Trial& trial, const std::string& path, const std::string& folder)
+{
+    if (!load(trial, path))
+        return;
+    Classes classes;
+    {
+        const TrialRegistry registry(folder);
+        classes = tryClasses(trial, path, Purpose::REGISTRATION);
+    }
+    const OtherValue machine(MACHINE_REGISTRY, "");
+    checkRegistry(trial, classes, path);
 }
 
 /// The problems that the file shows. `hint` is set if something could be better.
@@ -227,8 +289,10 @@ bool verify(const std::string& path, Messages& messages)
     }
     const TrialFolder folder;
     for (const std::string& problem :
-        Trial::run(messages, [&](Trial& trial) { tryLibrary(trial, path, folder.path()); }))
-        problems.push_back(problem);
+        Trial::run(messages, [&](Trial& trial) { tryLibrary(trial, path, folder.path()); })) {
+        if (std::ranges::find(problems, problem) == problems.end()) // the file may already show it
+            problems.push_back(problem);
+    }
     for (const std::string& problem : problems)
         std::cout << path << ": " << problem << '\n';
     if (problems.empty())
@@ -249,6 +313,15 @@ void verifyLibraries(const std::vector<std::string>& names, Messages& messages)
     }
     if (bad > 0)
         throw Failure(LIBRARIES(), HAVE_PROBLEMS(bad, names.size()));
+}
+
+void requireRegistrable(const std::string& path, Messages& messages)
+{
+    const TrialFolder folder;
+    const std::vector<std::string> problems
+        = Trial::run(messages, [&](Trial& trial) { tryToRegister(trial, path, folder.path()); });
+    if (!problems.empty())
+        throw Failure(path, problems.front());
 }
 
 } // namespace vxreg

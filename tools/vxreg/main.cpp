@@ -16,7 +16,9 @@ int main(int argc, char** argv)
 {
     constexpr vx::util::OptionRow MACHINE_ROW {
         .name = "machine", .letter = 'm', .help = "work on the registry of all users, which only root may change"};
-    const vx::util::OptionTable table = makeOptionTable("vxreg", {MACHINE_ROW});
+    constexpr vx::util::OptionRow FORCE_ROW {
+        .name = "force", .help = "register a library although it cannot be used, or another library has its classes"};
+    const vx::util::OptionTable table = makeOptionTable("vxreg", {MACHINE_ROW, FORCE_ROW});
     Messages messages("vxreg", localeOf(table, argc, argv));
     const auto work = [&] {
         const vx::util::ParsedOptions options
@@ -28,7 +30,7 @@ int main(int argc, char** argv)
         else if (options.has("completion"))
             printCompletion(table, options.get("completion"), commandNames());
         else
-            run(options.getArguments(), options.has("machine"), messages);
+            run(options.getArguments(), {options.has("machine"), options.has("force")}, messages);
         errno = 0;
         if (!std::cout.flush()) {
             const int error = errno != 0 ? errno : EIO;
