@@ -131,21 +131,22 @@ std::int32_t waitFor(std::uint32_t process, int options, std::int32_t* exitCode)
 
 int vxsys::detail::openChildHandle(pid_t child, std::uint32_t& handle) noexcept
 {
-    Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
-    if (!process.isOpen() && errno == ESRCH) {
-        handle = COLLECTED_CHILD;
-        return 0;
-    }
-    if (!process.isOpen() && (errno == ENOSYS || errno == EPERM)) { // EPERM: a sandbox does not know the call
+    if (!g_hasNumbers) {
+        Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+        if (process.isOpen()) {
+            const int error = process.get() <= STDERR_FILENO ? process.moveAboveStandardStreams() : 0;
+            handle = error == 0 ? static_cast<std::uint32_t>(process.release()) : VX_PROCESS_INVALID_HANDLE;
+            return error;
+        }
+        if (errno == ESRCH) {
+            handle = COLLECTED_CHILD;
+            return 0;
+        }
+        if (errno != ENOSYS && errno != EPERM) // EPERM: from a sandbox that does not know the call
+            return errno;
         g_hasNumbers = true;
-        handle = NUMBER_BIT | static_cast<std::uint32_t>(child);
-        return 0;
     }
-    if (!process.isOpen())
-        return errno;
-    if (const int error = process.get() <= STDERR_FILENO ? process.moveAboveStandardStreams() : 0)
-        return error;
-    handle = static_cast<std::uint32_t>(process.release());
+    handle = NUMBER_BIT | static_cast<std::uint32_t>(child);
     return 0;
 }
 
