@@ -249,6 +249,7 @@
 #include "vx/vorb/ClassFactory.h"
 #include "vx/vorb/Component.h"
 #include "vx/vorb/ComponentClass.h"
+#include "vx/vorb/CreateByProgId.h"
 #include "vx/vorb/FailureText.h"
 #include "vx/vorb/IVXClassFactory.h"
 #include "vx/vorb/InterfaceData.h"

@@ -9,6 +9,7 @@
 #include "vx/String.h"
 #include "vx/TerminatedText.h"
 #include "vx/util/RWCharBuffer.h"
+#include "vx/vorb/CreateByProgId.h"
 #include "vxsys/Component.h"
 
 #include <cstdio>
@@ -20,8 +21,7 @@ namespace {
 
 vx::String greetingFor(const vx::String& name)
 {
-    vx::Reference<IGreeter> greeter;
-    vx::throwIfFailed(VXComCreateObjectByProgID(u"Example.Greeter", nullptr, &IGreeter::IID, greeter.outVoid()));
+    const auto greeter = vx::vorb::createByProgId<IGreeter>(u"Example.Greeter");
     const vx::Reference<vx::util::RWCharBuffer> text(new vx::util::RWCharBuffer);
     vx::throwIfFailed(greeter->Greet(vx::TerminatedText(name), text.get()));
     return vx::String(text->getData(), text->getLength());

@@ -6,6 +6,7 @@
 #include "vx/util/RegKeyIterator.h"
 #include "vx/util/RegistryKey.h"
 #include "vx/vorb/Component.h"
+#include "vx/vorb/CreateByProgId.h"
 #include "vxsys/Component.h"
 
 using namespace vx;
@@ -96,8 +97,7 @@ TEST_F(Registration, HasALibraryServeItsClassesByName)
     const std::u16string path = library.u16string();
     ASSERT_EQ(VXComRegisterLibrary(path.c_str()), RESULT_OK);
     for (const char16_t* name : {u"Example.Greeter", u"example.greeter.1"}) {
-        Reference<IGreeter> greeter;
-        ASSERT_EQ(VXComCreateObjectByProgID(name, nullptr, &IGreeter::IID, greeter.outVoid()), RESULT_OK);
+        auto greeter = createByProgId<IGreeter>(name);
         const Reference<util::RWCharBuffer> text(new util::RWCharBuffer);
         EXPECT_EQ(greeter->Greet(u"you", text.get()), RESULT_OK);
         EXPECT_EQ(String(text->getData(), text->getLength()), u"Hello, you!");
@@ -111,6 +111,13 @@ TEST_F(Registration, HasALibraryServeItsClassesByName)
     EXPECT_EQ(contentOf("/proc/self/maps").find(library.string()), std::string::npos);
     EXPECT_EQ(VXComUnregisterLibrary(path.c_str()), RESULT_OK);
     EXPECT_EQ(entries(), "");
+    try {
+        createByProgId<IGreeter>(u"Example.Greeter");
+        ADD_FAILURE();
+    } catch (const ResultException& failure) {
+        EXPECT_EQ(failure.getResult(), RESULT_CLASS_NOT_AVAILABLE);
+        EXPECT_EQ(getOccasion(failure), u"create an object of class Example.Greeter");
+    }
 }
 
 } // namespace
