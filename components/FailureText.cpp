@@ -1,5 +1,6 @@
 #include "FailureText.h"
 
+#include <vx/Describe.h>
 #include <vx/Occasion.h>
 #include <vx/String.h>
 #include <vx/util/CopyCharBuffer.h>
@@ -26,9 +27,12 @@ std::int32_t storeText(IVXCharBuffer* target, String text)
 void keepFailureText(const Exception& failure) noexcept
 {
     try {
+        const String description = failure.getDescription();
         String text = getOccasion(failure);
-        if (const String description = failure.getDescription(); !description.isEmpty())
-            text.append(text.isEmpty() ? u"" : u": ").append(description);
+        if (text.isEmpty())
+            text = description;
+        else
+            text.append(u": ").append(description.isEmpty() ? describe(failure.getResult()) : description);
         const std::u16string_view kept = text.view().substr(0, t_failure.size());
         t_failureLength = kept.copy(t_failure.data(), kept.size());
     } catch (const std::bad_alloc&) { // the result code remains

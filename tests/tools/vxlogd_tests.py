@@ -365,7 +365,7 @@ class Encryption(Served):
 
     def test_says_which_file_is_wrong(self):
         for arguments, reason in [(["--tls-key", "server.key"], "need tls-cert"),
-                                  (["--tls-cert", "absent.pem"], "absent.pem"),
+                                  (["--tls-cert", "absent.pem"], "absent.pem: no such file or directory"),
                                   (["--tls-cert", "server.pem", "--tls-key", "client.key"], "does not belong")]:
             self.assertFails(vxlogd("--port=0", *arguments, cwd=self.folder), reason, status=2 if "need" in reason else 1)
             self.assertFails(vxlogd("--check-config", *arguments, cwd=self.folder), reason, status=2)

@@ -101,6 +101,7 @@ TEST(Describe, NamesTheOperationAndItsObject)
         {[&] { net::vorb::VorbTransport transport(u"No.Such.Transport"); },
             "create transport No.Such.Transport: the component does not have this class"},
         {[&] { util::PropertySet().get(u"port"); }, "get property port: unspecified failure"},
+        {[] { throw ResultException(RESULT_ACCESS_DENIED, u"open x: permission denied"); }, "open x: permission denied"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(described(row.work), row.text);

@@ -55,12 +55,13 @@ String onOneLine(std::u16string_view text)
     return String(std::u16string_view(line));
 }
 
-/// Joins the parts that are not empty on one line. A full stop is dropped if another part follows.
+/// Joins the parts that are not empty on one line. A full stop is dropped if another part follows. A part is left out if
+/// the text already ends with it: the description of a component's failure may say what the code means.
 String joined(std::initializer_list<String> parts)
 {
     std::u16string text;
     for (const String& part : parts) {
-        if (part.view().empty())
+        if (part.view().empty() || text.ends_with(u": " + std::u16string(part.view())))
             continue;
         if (text.ends_with(u'.'))
             text.pop_back();
@@ -121,7 +122,8 @@ String describe(const Exception& failure)
 {
     const std::int32_t result = failure.getResult();
     return joined({detail::readableName(typeid(failure)), getOccasion(failure), failure.getDescription(),
-        describe(result) + u" (" + hexadecimal(result) + u")"});
+               describe(result)})
+        + u" (" + hexadecimal(result) + u")";
 }
 
 String explain(const Exception& failure)
