@@ -16,7 +16,8 @@ namespace vx {
 VX_API String describe(std::int32_t result);
 
 /// The name of the class, what was being done (vx/Occasion.h), the description, what the code means, and the code:
-/// "vx::ResultException: open /etc/x.conf: no such file or directory (0x80070002)". What is not known is left out.
+/// "vx::ResultException: open /etc/x.conf: no such file or directory (0x80070002)". The code is that of the cause. What is not
+/// known is left out, and what would be said twice.
 VX_API String describe(const Exception& failure);
 
 /// What the user of a program has to know of it: what was being done, the description, and, if the description is empty or

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace vx {
 
@@ -15,32 +16,38 @@ namespace {
 /// existed at one time.
 struct Note {
     std::atomic<const void*> owner; ///< the exception; null while the note is free
-    std::u16string text; ///< only the thread that claimed the note changes it
+    std::u16string text; ///< only the thread that claimed the note changes this and the cause
+    std::int32_t cause; ///< 0 if the note has the text
     Note* next;
 };
 
 constinit std::atomic<Note*> g_notes = nullptr;
 
-Note* findNote(const void* owner) noexcept
+enum class Kind { OPERATION, CAUSE };
+
+Note* findNote(const void* owner, Kind kind) noexcept
 {
-    Note* note = g_notes.load(std::memory_order_acquire);
-    while (note != nullptr && note->owner.load(std::memory_order_acquire) != owner)
-        note = note->next;
-    return note;
+    for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
+        if (note->owner.load(std::memory_order_acquire) == owner && (note->cause != 0) == (kind == Kind::CAUSE))
+            return note;
+    }
+    return nullptr;
 }
 
-void write(const Exception& failure, std::u16string&& text) noexcept
+void write(const Exception& failure, std::u16string&& text, std::int32_t cause) noexcept
 {
     for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
         const void* none = nullptr;
         if (note->owner.compare_exchange_strong(
                 none, &g_notes, std::memory_order_acquire)) { // an address that no exception has
             note->text = std::move(text);
+            note->cause = cause;
             note->owner.store(&failure, std::memory_order_release);
             return;
         }
     }
-    auto* const made = new (std::nothrow) Note {&failure, std::move(text), g_notes.load(std::memory_order_relaxed)};
+    auto* const made
+        = new (std::nothrow) Note {&failure, std::move(text), cause, g_notes.load(std::memory_order_relaxed)};
     if (made == nullptr)
         return;
     while (!g_notes.compare_exchange_weak(made->next, made, std::memory_order_release, std::memory_order_relaxed)) { }
@@ -50,13 +57,13 @@ void write(const Exception& failure, std::u16string&& text) noexcept
 
 String getOccasion(const Exception& failure)
 {
-    const Note* const note = findNote(&failure);
+    const Note* const note = findNote(&failure, Kind::OPERATION);
     return note != nullptr ? String(std::u16string_view(note->text)) : String();
 }
 
 void noteOccasion(const Exception& failure, std::u16string_view operation, std::u16string_view object) noexcept
 {
-    if (findNote(&failure) != nullptr)
+    if (findNote(&failure, Kind::OPERATION) != nullptr)
         return;
     try {
         std::u16string text;
@@ -64,10 +71,23 @@ void noteOccasion(const Exception& failure, std::u16string_view operation, std::
         text.append(operation);
         if (!operation.empty() && !object.empty())
             text += u' ';
-        write(failure, std::move(text.append(object)));
+        write(failure, std::move(text.append(object)), 0);
     } catch (const std::bad_alloc&) {
         // The exception is thrown without a note.
     }
+}
+
+std::int32_t getCause(const Exception& failure) noexcept
+{
+    const std::int32_t result = failure.getResult();
+    const Note* const note = result == RESULT_FAIL ? findNote(&failure, Kind::CAUSE) : nullptr;
+    return note != nullptr ? note->cause : result;
+}
+
+void noteCause(const Exception& failure, std::int32_t result) noexcept
+{
+    if (result != 0 && findNote(&failure, Kind::CAUSE) == nullptr)
+        write(failure, {}, result);
 }
 
 namespace detail {
@@ -77,19 +97,23 @@ void copyOccasion(const Exception& from, const Exception& to) noexcept
     if (&from == &to)
         return;
     forgetOccasion(to);
-    const Note* const note = findNote(&from);
+    if (const Note* const note = findNote(&from, Kind::CAUSE))
+        write(to, {}, note->cause);
+    const Note* const note = findNote(&from, Kind::OPERATION);
     if (note == nullptr)
         return;
     try {
-        write(to, std::u16string(note->text));
+        write(to, std::u16string(note->text), 0);
     } catch (const std::bad_alloc&) {
-        // The copy has no note.
+        // The copy has no note of the operation.
     }
 }
 
 void forgetOccasion(const Exception& failure) noexcept
 {
-    if (Note* const note = findNote(&failure)) {
+    for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
+        if (note->owner.load(std::memory_order_acquire) != &failure)
+            continue;
         std::u16string().swap(note->text);
         note->owner.store(nullptr, std::memory_order_release);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/Exception.h"
+#include "vx/Result.h"
 
 #include <concepts>
 #include <cstdint>
@@ -19,6 +20,13 @@ VX_API String getOccasion(const Exception& failure);
 /// Notes `operation` and `object`, with a blank between them, for `failure` and its later copies. The first note stays: it
 /// is the closest to the cause.
 VX_API void noteOccasion(const Exception& failure, std::u16string_view operation, std::u16string_view object) noexcept;
+
+/// The result code of the cause. It is getResult() of the exception. If that is only the general RESULT_FAIL, it is the code
+/// that was noted, such as the one of a refused connection.
+VX_API std::int32_t getCause(const Exception& failure) noexcept;
+
+/// Notes `result` as the cause of `failure` and of its later copies. The first note stays.
+VX_API void noteCause(const Exception& failure, std::int32_t result) noexcept;
 
 namespace detail {
 
@@ -59,14 +67,18 @@ decltype(auto) during(std::u16string_view operation, const Thing& object, Work&&
     }
 }
 
-/// Throws `failure` with a note of what was being done. `object` as for `during`.
+/// Throws `failure` with a note of what was being done and, if `cause` is a failure, with a note of the cause. `object` as
+/// for `during`.
 template <typename Thing, std::derived_from<Exception> Failure>
-[[noreturn]] void throwDuring(std::u16string_view operation, const Thing& object, const Failure& failure)
+[[noreturn]] void throwDuring(
+    std::u16string_view operation, const Thing& object, const Failure& failure, std::int32_t cause = RESULT_OK)
 {
     try {
         throw failure;
     } catch (const Exception& thrown) {
         detail::noteThing(thrown, operation, object);
+        if (cause < 0)
+            noteCause(thrown, cause);
         throw;
     }
 }

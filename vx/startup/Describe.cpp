@@ -55,13 +55,20 @@ String onOneLine(std::u16string_view text)
     return String(std::u16string_view(line));
 }
 
-/// Joins the parts that are not empty on one line. A full stop is dropped if another part follows. A part is left out if
-/// the text already ends with it: the description of a component's failure may say what the code means.
+/// Whether `text` already ends with the words of `part`.
+bool saysAtEnd(std::u16string_view text, std::u16string_view part)
+{
+    return text.ends_with(part) && (text.size() == part.size() || text[text.size() - part.size() - 1] == u' ');
+}
+
+/// Joins the parts on one line. Leaves out a part that is empty or repeats the end of the text before it. A full stop is
+/// dropped if another part follows.
 String joined(std::initializer_list<String> parts)
 {
     std::u16string text;
     for (const String& part : parts) {
-        if (part.view().empty() || text.ends_with(u": " + std::u16string(part.view())))
+        text.erase(text.find_last_not_of(u' ') + 1); // the descriptions of some results end in a blank
+        if (part.view().empty() || saysAtEnd(text, part.view()))
             continue;
         if (text.ends_with(u'.'))
             text.pop_back();
@@ -120,7 +127,7 @@ String describe(std::int32_t result)
 
 String describe(const Exception& failure)
 {
-    const std::int32_t result = failure.getResult();
+    const std::int32_t result = getCause(failure);
     return joined({detail::readableName(typeid(failure)), getOccasion(failure), failure.getDescription(),
                describe(result)})
         + u" (" + hexadecimal(result) + u")";
@@ -129,7 +136,7 @@ String describe(const Exception& failure)
 String explain(const Exception& failure)
 {
     const String description = failure.getDescription();
-    const std::int32_t result = failure.getResult();
+    const std::int32_t result = getCause(failure);
     const bool saysMore = description.view().empty() || result != RESULT_FAIL;
     return joined({getOccasion(failure), description, saysMore ? describe(result) : String()});
 }
@@ -176,7 +183,7 @@ std::error_code errorCodeOf(std::int32_t result) noexcept
 
 std::error_code errorCodeOf(const Exception& failure) noexcept
 {
-    return errorCodeOf(failure.getResult());
+    return errorCodeOf(getCause(failure));
 }
 
 } // namespace vx
