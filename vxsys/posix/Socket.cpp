@@ -56,6 +56,13 @@ std::int32_t countOf(ssize_t done, std::int32_t* count) noexcept
     return done < 0 ? VXNativeSocketError(errno) : 0;
 }
 
+bool hasPeer(VXSocket socket) noexcept
+{
+    sockaddr_storage address;
+    socklen_t length = sizeof address;
+    return ::getpeername(descriptorOf(socket), reinterpret_cast<sockaddr*>(&address), &length) == 0;
+}
+
 std::size_t atMost(std::uint32_t length) noexcept
 {
     return std::min<std::size_t>(length, INT32_MAX);
@@ -203,7 +210,10 @@ std::int32_t VXSocketSend(
     VXSocket socket, const void* source, std::uint32_t length, int flags, std::int32_t* count) noexcept
 {
     errno = 0;
-    return countOf(::send(descriptorOf(socket), source, atMost(length), flags | MSG_NOSIGNAL), count);
+    const ssize_t sent = ::send(descriptorOf(socket), source, atMost(length), flags | MSG_NOSIGNAL);
+    if (sent < 0 && errno == EPIPE)
+        errno = hasPeer(socket) ? ESHUTDOWN : ECONNRESET; // EPIPE does not tell which side has ended the connection
+    return countOf(sent, count);
 }
 
 std::int32_t VXSocketSelect(
