@@ -75,10 +75,10 @@ private:
     void acceptAll();
     void listenTo(std::uint32_t interest);
     /// Returns false if the connection has been closed meanwhile. Throws if the system has no room for it.
-    bool acceptFrom(unsigned int listener);
+    bool acceptFrom(std::size_t listener);
     void startSession(const Reference<TcpSocketHandle>& handle, const String& peer);
     void joinEnded();
-    void tell(const std::exception_ptr& failure) noexcept;
+    void tell(const std::exception_ptr& failure, const String& peer) noexcept;
 
     bool isStopping() const;
     bool hasRoom() const;
@@ -199,7 +199,7 @@ void* TcpServer::Core::runSession(void* argument)
         session.core.m_handler(*session.connection);
     } catch (...) {
         vxsys::passForcedUnwind();
-        session.core.tell(std::current_exception());
+        session.core.tell(std::current_exception(), session.connection->getPeer());
     }
     return nullptr;
 }
@@ -223,13 +223,13 @@ void TcpServer::Core::acceptAll()
         if (count == 0)
             continue;
         try {
-            if (acceptFrom(m_listeners.sockets[event.id]->getSocket()))
+            if (acceptFrom(event.id))
                 isFailing = false;
             continue;
         } catch (...) {
             vxsys::passForcedUnwind();
             if (!std::exchange(isFailing, true))
-                tell(std::current_exception());
+                tell(std::current_exception(), String());
         }
         limit = PAUSE;
     }
@@ -249,16 +249,17 @@ void TcpServer::Core::listenTo(std::uint32_t interest)
         m_poller.change(m_listeners.sockets[index]->getSocket(), interest, index);
 }
 
-bool TcpServer::Core::acceptFrom(unsigned int listener)
+bool TcpServer::Core::acceptFrom(std::size_t listener)
 {
     vx_sockaddr_union peer {};
     std::uint32_t length = sizeof peer;
     unsigned int socket = VX_SOCKET_INVALID;
-    const ENUM_VX_E_SOCKET result = detail::resultOf(VXSocketAccept(listener, &peer.generic, &length, &socket));
+    const ENUM_VX_E_SOCKET result
+        = detail::resultOf(VXSocketAccept(m_listeners.sockets[listener]->getSocket(), &peer.generic, &length, &socket));
     if (result == VX_E_SOCKET_EWOULDBLOCK || result == VX_E_SOCKET_ECONNABORTED || result == VX_E_SOCKET_EINTR)
         return false;
     if (result != VX_E_SOCKET_OK)
-        throw ResultException(result, u"accept a connection");
+        throw ResultException(result, u"accept a connection on " + m_listeners.addresses[listener]);
     const Reference<TcpSocketHandle> owner = TcpSocketHandle::own(socket); // until the session has it
     startSession(owner, detail::textOf(peer));
     return true;
@@ -301,12 +302,12 @@ void TcpServer::Core::joinEnded()
         join(session.thread);
 }
 
-void TcpServer::Core::tell(const std::exception_ptr& failure) noexcept
+void TcpServer::Core::tell(const std::exception_ptr& failure, const String& peer) noexcept
 {
     ++m_failures;
     try {
         if (m_settings.onFailure)
-            m_settings.onFailure(failure);
+            m_settings.onFailure(failure, peer);
     } catch (...) { // there is no function to report it to
     }
 }

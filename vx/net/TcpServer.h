@@ -3,12 +3,14 @@
 #include "vx/String.h"
 #include "vx/net/TcpSocket.h"
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vx::net {
@@ -45,14 +47,27 @@ private:
 /// @endcode
 class VX_API TcpServer {
 public:
+    /// Takes a callable with the arguments `(failure, peer)` or `(failure)`.
+    class FailureReport : public std::function<void(const std::exception_ptr& failure, const String& peer)> {
+    public:
+        using function::function;
+        FailureReport() = default;
+        template <std::invocable<const std::exception_ptr&> Take>
+        requires(!std::invocable<Take&, const std::exception_ptr&, const String&>) FailureReport(Take take)
+            : function(
+                [take = std::move(take)](const std::exception_ptr& failure, const String&) mutable { take(failure); })
+        {
+        }
+    };
+
     struct Settings {
         std::vector<std::string> hosts = {"localhost"}; ///< names or addresses; "*" is every address of the machine
         std::uint16_t port = 0; ///< 0: the system chooses one that is free on all addresses
         std::size_t mostConnections = 256; ///< at once; 0 counts as 1
-        /// Called with what a handler has thrown, or with the reason why a connection could not be accepted. Several
-        /// threads may call it at the same time, and its exceptions are ignored. A lasting failure, such as too many
-        /// open files, is reported once.
-        std::function<void(const std::exception_ptr& failure)> onFailure = {};
+        /// Called with what a handler has thrown and the peer of its connection, or with the reason why a connection
+        /// could not be accepted and an empty text. Several threads may call it at the same time, and its exceptions
+        /// are ignored. A lasting failure, such as too many open files, is reported once.
+        FailureReport onFailure = {};
     };
 
     /// The connection is closed when the handler returns, unless the handler has kept a reference to it.

@@ -1,9 +1,11 @@
 #include "vx/net/TcpServerSocket.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/String.h"
 #include "vx/io/IoException.h"
 #include "vx/net/TcpSocket2.h"
+#include "vx/net/detail/NativeResult.h"
 #include "vxsys/Socket.h"
 
 #include <arpa/inet.h>
@@ -16,35 +18,40 @@ namespace vx::net {
 
 namespace {
 
+/// `error` is the result of a call of the platform layer, which also set `errno`.
 template <class Failure>
-[[noreturn]] void failWithError()
+[[noreturn]] void failToListen(unsigned short port, std::int32_t error)
 {
     const std::string why = std::generic_category().message(errno);
-    throw Failure(u"TcpServerSocket: " + String(why.c_str()));
+    throwDuring(u"listen on", u"0.0.0.0:" + String::valueOf(port), Failure(u"TcpServerSocket: " + String(why.c_str())),
+        detail::resultOf(error));
 }
 
-Reference<TcpSocketHandle> openListener()
+Reference<TcpSocketHandle> openListener(unsigned short port)
 {
     const ENUM_VX_E_SOCKET started = TcpSocket2::init();
     if (started != VX_E_SOCKET_OK)
         throw Exception(u"TcpServerSocket: Winsock failed to load " + String(VXGetDescriptionFromVX_E_SOCKET(started)));
     unsigned int socket = VX_SOCKET_INVALID;
-    if (VXSocketOpen(AF_INET, SOCK_STREAM, 0, &socket) != 0)
-        failWithError<io::IoException>();
+    if (const std::int32_t error = VXSocketOpen(AF_INET, SOCK_STREAM, 0, &socket); error != 0)
+        failToListen<io::IoException>(port, error);
     return TcpSocketHandle::own(socket);
 }
 
 } // namespace
 
 TcpServerSocket::TcpServerSocket(unsigned short port, int backlog)
-    : m_handle(openListener())
+    : m_handle(openListener(port))
 {
     const unsigned int socket = m_handle->getSocket();
     vx_sockaddr_union address {};
     address.in4.sin_family = AF_INET;
     address.in4.sin_port = htons(port);
-    if (VXSocketBind(socket, &address.generic, sizeof address.in4) != 0 || VXSocketListen(socket, backlog) != 0)
-        failWithError<Exception>();
+    std::int32_t error = VXSocketBind(socket, &address.generic, sizeof address.in4);
+    if (error == 0)
+        error = VXSocketListen(socket, backlog);
+    if (error != 0)
+        failToListen<Exception>(port, error);
 }
 
 TcpServerSocket::~TcpServerSocket() noexcept(false) = default;
@@ -56,7 +63,8 @@ Reference<TcpSocket> TcpServerSocket::accept()
     unsigned int socket = VX_SOCKET_INVALID;
     const std::int32_t error = VXSocketAccept(m_handle->getSocket(), &peer.generic, &length, &socket);
     if (error != 0)
-        throw Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(error));
+        throwDuring(u"accept", u"a connection", Exception(u"TcpServerSocket::accept WSERROR " + String::valueOf(error)),
+            detail::resultOf(error));
     Reference<TcpSocketHandle> handle = TcpSocketHandle::own(socket); // before an object is created, which may fail
     return new TcpSocket(std::move(handle));
 }
@@ -65,8 +73,8 @@ unsigned short TcpServerSocket::getPort() const
 {
     vx_sockaddr_union address {};
     std::uint32_t length = sizeof address;
-    if (VXSocketGetAddress(m_handle->getSocket(), &address.generic, &length) != 0)
-        failWithError<Exception>();
+    throwIfFailed(detail::resultOf(VXSocketGetAddress(m_handle->getSocket(), &address.generic, &length)),
+        u"get the port of", u"a server socket");
     return ntohs(address.in4.sin_port);
 }
 

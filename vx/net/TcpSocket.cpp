@@ -1,10 +1,12 @@
 #include "vx/net/TcpSocket.h"
 
 #include "vx/Exception.h"
+#include "vx/Occasion.h"
 #include "vx/String.h"
 #include "vx/io/IoException.h"
 #include "vx/net/TcpSocket2.h"
 #include "vx/net/TcpSocketStreams.h"
+#include "vx/net/detail/Listeners.h"
 #include "vx/net/detail/NativeResult.h"
 #include "vx/sync/ScopedLock.h"
 #include "vxsys/Lock.h"
@@ -29,22 +31,22 @@ String describe(const char16_t* where, ENUM_VX_E_SOCKET why)
     return String(where) + String(VXGetDescriptionFromVX_E_SOCKET(why));
 }
 
-/// The first address of a host, without a port.
-vx_sockaddr_union lookUp(const String& host, socklen_t& length)
+/// Stores the first address of a host, without a port.
+ENUM_VX_E_SOCKET lookUp(const String& host, vx_sockaddr_union& address, socklen_t& length)
 {
     addrinfo hints {};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_protocol = IPPROTO_TCP;
+    if (host.indexOf(u'\0') >= 0) // the system would look up the text before it
+        return VX_E_SOCKET_HOST_NOT_FOUND;
     addrinfo* list = nullptr;
-    if (host.indexOf(u'\0') < 0) // the system would look up the text before it
-        VXgetaddrinfo(host.getBytes(), nullptr, &hints, &list);
+    const std::int32_t error = VXgetaddrinfo(host.getBytes(), nullptr, &hints, &list);
     const std::unique_ptr<addrinfo, decltype(&VXfreeaddrinfo)> owner(list, VXfreeaddrinfo);
     if (list == nullptr)
-        throw Exception(u"Unknown host: " + host);
-    vx_sockaddr_union address {};
+        return error != 0 ? VX_E_SOCKETFromNativeEaiSocketError(error) : VX_E_SOCKET_HOST_NOT_FOUND;
     length = std::min<socklen_t>(list->ai_addrlen, sizeof address);
     std::memcpy(&address, list->ai_addr, length);
-    return address;
+    return VX_E_SOCKET_OK;
 }
 
 } // namespace
@@ -73,13 +75,19 @@ TcpSocket::TcpSocket(const String& host, unsigned short port)
 
 TcpSocket::TcpSocket(const String& host, unsigned short port, std::uint32_t milliseconds)
 {
+    constexpr std::u16string_view CONNECT = u"connect to";
+    const auto place = [&] { return textOf(host, port); };
+
     init();
     socklen_t length = 0;
-    vx_sockaddr_union address = lookUp(host, length);
+    vx_sockaddr_union address {};
+    if (const ENUM_VX_E_SOCKET why = lookUp(host, address, length); why != VX_E_SOCKET_OK)
+        throwDuring(CONNECT, place, Exception(u"Unknown host: " + host), why);
     unsigned int socket = VX_SOCKET_INVALID;
     std::int32_t error = VXSocketOpen(address.generic.sa_family, SOCK_STREAM, 0, &socket);
     if (error != 0)
-        throw io::IoException(describe(u"TcpSocket::TcpSocket ", resultOf(error)));
+        throwDuring(
+            CONNECT, place, io::IoException(describe(u"TcpSocket::TcpSocket ", resultOf(error))), resultOf(error));
     m_handle = TcpSocketHandle::own(socket);
     address.in4.sin_port = htons(port);
     error = VXSocketTimedConnect(socket, &address.generic, length, milliseconds);
@@ -87,8 +95,8 @@ TcpSocket::TcpSocket(const String& host, unsigned short port, std::uint32_t mill
         return;
     const String failure = u"TcpSocket::TcpSocket Unable to connect to " + host + describe(u" ", resultOf(error));
     if (error == VX_SOCKET_TIMED_OUT && milliseconds != VX_WAIT_FOREVER)
-        throw io::TimeoutException(failure);
-    throw Exception(failure);
+        throwDuring(CONNECT, place, io::TimeoutException(failure), resultOf(error));
+    throwDuring(CONNECT, place, Exception(failure), resultOf(error));
 }
 
 TcpSocket::TcpSocket(unsigned int socket)

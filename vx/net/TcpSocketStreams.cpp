@@ -1,5 +1,6 @@
 #include "vx/net/TcpSocketStreams.h"
 
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/io/IoException.h"
 #include "vx/net/detail/NativeResult.h"
@@ -13,6 +14,14 @@ using namespace detail;
 
 namespace {
 
+template <class Failure>
+[[noreturn]] void fail(const String& description, std::int32_t why)
+{
+    const Failure failure(description);
+    noteCause(failure, why);
+    throw failure;
+}
+
 /// Repeats a transfer that a signal has interrupted. Throws if it fails.
 template <std::invocable<std::int32_t*> Transfer>
 std::int32_t complete(const char16_t* where, Transfer&& transfer)
@@ -23,7 +32,7 @@ std::int32_t complete(const char16_t* where, Transfer&& transfer)
         error = transfer(&count);
     while (error == VX_SOCKET_INTERRUPTED);
     if (error != 0)
-        throw io::IoException(String(where) + String(VXGetDescriptionFromVX_E_SOCKET(resultOf(error))));
+        fail<io::IoException>(where + String(VXGetDescriptionFromVX_E_SOCKET(resultOf(error))), resultOf(error));
     return count;
 }
 
@@ -43,7 +52,7 @@ std::int32_t TcpSocketInputStream::read(signed char* buffer, std::int32_t length
         return 0;
     if (const int timeout = m_timeout; timeout > 0
         && VXSocketWaitReady(m_socket, VX_SOCKET_READ, static_cast<std::uint32_t>(timeout)) == VX_SOCKET_TIMED_OUT)
-        throw io::TimeoutException(u"socket timeout");
+        fail<io::TimeoutException>(u"socket timeout", RESULT_TIMED_OUT);
     const std::int32_t got = complete(u"TcpSocketInputStream::read ", [&](std::int32_t* count) {
         return VXSocketReceive(m_socket, buffer, static_cast<std::uint32_t>(length), 0, count);
     });

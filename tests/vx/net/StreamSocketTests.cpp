@@ -2,6 +2,7 @@
 #include "tests/vx/Common.h"
 #include "tests/vx/net/SignalStorm.h"
 #include "tests/vxsys/Scratch.h"
+#include "vx/Describe.h"
 #include "vx/io/IoException.h"
 #include "vx/net/TcpClientSocket2.h"
 #include "vx/net/TcpServerSocket.h"
@@ -12,6 +13,7 @@
 #include <memory>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -135,6 +137,44 @@ TEST(TcpSocket, SaysWhatFailed)
     const std::string noRoute = saidBy<Exception>([] { TcpSocket(u"224.0.0.1", 9); });
     EXPECT_TRUE(noRoute.starts_with(unable + "224.0.0.1 ENETUNREACH ")) << noRoute;
     ::close(deaf);
+}
+
+TEST(TcpSocket, TellsThePeerAndTheCauseOfItsFailures)
+{
+    const auto failureOf = [](const std::function<void()>& work) -> std::pair<std::string, std::error_code> {
+        try {
+            work();
+        } catch (const Exception& failure) {
+            return {explain(failure).toUtf8(), errorCodeOf(failure)};
+        }
+        return {"nothing was thrown", {}};
+    };
+    std::string place;
+    {
+        const TcpServerSocket free(0, 1);
+        place = "127.0.0.1:" + std::to_string(free.getPort());
+        const auto busy = failureOf([&] { TcpServerSocket(free.getPort(), 1); });
+        EXPECT_TRUE(busy.first.starts_with("listen on 0.0.0.0:" + std::to_string(free.getPort()) + ": ")) << busy.first;
+        EXPECT_EQ(busy.second, std::errc::address_in_use);
+    }
+    const auto noRoute = failureOf([] { TcpSocket(u"224.0.0.1", 9); });
+    EXPECT_EQ(noRoute.first,
+        "connect to 224.0.0.1:9: TcpSocket::TcpSocket Unable to connect to 224.0.0.1 ENETUNREACH A socket operation "
+        "was "
+        "attempted to an unreachable network.");
+    EXPECT_EQ(noRoute.second, std::errc::network_unreachable);
+    EXPECT_EQ(
+        failureOf([] { TcpSocket(u"no.such.host.invalid", 9); }).second.value() >> 16, VX_E_SOCKET_EAI_NONAME >> 16);
+
+    Connection both;
+    both.client->setSoTimeout(1);
+    EXPECT_EQ(failureOf([&] { read(*both.client->getInputStream()); }).second, std::errc::timed_out);
+    both.server = nullptr;
+    EXPECT_EQ(failureOf([&] {
+        for (;;) // the first bytes make the peer refuse them
+            both.client->getOutputStream()->write("x", 1);
+    }).second,
+        std::errc::connection_reset);
 }
 
 TEST(TcpSocket, IsClosedWhereMemoryIsShort)

@@ -30,15 +30,15 @@ struct Address {
 
 [[noreturn]] void fail(const String& where, ENUM_VX_E_SOCKET why)
 {
-    throw ResultException(why, u"listen on " + where);
+    throw ResultException(why, u"listen on " + where + u": " + String(VXGetDescriptionFromVX_E_SOCKET(why)));
 }
 
-void addAddresses(const std::string& host, std::vector<Address>& addresses)
+void addAddresses(const std::string& host, std::uint16_t port, std::vector<Address>& addresses)
 {
     constexpr std::string_view EVERYWHERE = "*";
-    const String name {std::string_view(host)};
+    const String place = textOf(String(std::string_view(host)), port);
     if (host.find('\0') != host.npos) // the system would look up the text before it
-        fail(name, VX_E_SOCKET_HOST_NOT_FOUND);
+        fail(place, VX_E_SOCKET_HOST_NOT_FOUND);
     addrinfo hints {};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_PASSIVE;
@@ -46,7 +46,7 @@ void addAddresses(const std::string& host, std::vector<Address>& addresses)
     const std::int32_t error = VXgetaddrinfo(host == EVERYWHERE ? nullptr : host.c_str(), "0", &hints, &list);
     const std::unique_ptr<addrinfo, decltype(&VXfreeaddrinfo)> owner(list, VXfreeaddrinfo);
     if (error != 0)
-        fail(name, resultOf(error));
+        fail(place, VX_E_SOCKETFromNativeEaiSocketError(error));
     for (; list != nullptr; list = list->ai_next) {
         if (list->ai_family != AF_INET && list->ai_family != AF_INET6)
             continue;
@@ -117,13 +117,19 @@ String textOf(const vx_sockaddr_union& address)
     return text;
 }
 
+String textOf(const String& host, std::uint16_t port)
+{
+    const String name = host.indexOf(u':') < 0 ? host : u"[" + host + u"]";
+    return name + u":" + String::valueOf(port);
+}
+
 Listeners listenOn(const std::vector<std::string>& hosts, std::uint16_t port)
 {
     constexpr int MOST_TRIES = 100;
     throwIfFailed(TcpSocket2::init());
     std::vector<Address> addresses;
     for (const std::string& host : hosts)
-        addAddresses(host, addresses);
+        addAddresses(host, port, addresses);
     Listeners listeners;
     for (int tries = 1; listenOn(addresses, port, listeners) != VX_E_SOCKET_OK; ++tries) {
         if (tries == MOST_TRIES)
