@@ -3,7 +3,6 @@
 #include "vx/Exception.h"
 #include "vx/exec/Thread.h"
 #include "vx/log/LogEntry.h"
-#include "vx/log/TimeStamp.h"
 
 namespace vx::log {
 
@@ -124,7 +123,7 @@ Reference<LogEntry> Logger::makeEntry(int level, const String& text) const
     if (has(LogEntry::TIMESTAMP)) {
         const Times times = m_times.load(std::memory_order_relaxed);
         if (times == Times::AS_THE_LOCALE_WRITES)
-            entry->add(LogEntry::TIMESTAMP, TimeStamp().getTime());
+            entry->addLocalTime();
         else
             entry->add(LogEntry::TIMESTAMP, ZonedTime::now(times == Times::RFC_3339));
     }

@@ -21,10 +21,16 @@ namespace {
 using namespace vxsys::detail;
 using namespace vxsys::results;
 
-std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) noexcept
+std::uint16_t millisecondsOf(const timespec& moment) noexcept
+{
+    constexpr long NANOSECONDS_EACH = 1'000'000;
+    return static_cast<std::uint16_t>(moment.tv_nsec / NANOSECONDS_EACH);
+}
+
+/// Without the milliseconds.
+std::int32_t fill(const std::tm& parts, STRUCT_VX_TIME& time) noexcept
 {
     constexpr int FIRST_YEAR = 1900;
-    constexpr long NANOSECONDS_EACH = 1'000'000;
     constexpr int LAST_SECOND = 59; // a leap second is shown as the second before it
 
     const long long year = static_cast<long long>(parts.tm_year) + FIRST_YEAR;
@@ -37,7 +43,7 @@ std::int32_t fill(const std::tm& parts, long nanoseconds, STRUCT_VX_TIME& time) 
     time.hour = static_cast<std::uint16_t>(parts.tm_hour);
     time.minute = static_cast<std::uint16_t>(parts.tm_min);
     time.second = static_cast<std::uint16_t>(parts.tm_sec < LAST_SECOND ? parts.tm_sec : LAST_SECOND);
-    time.milliseconds = static_cast<std::uint16_t>(nanoseconds / NANOSECONDS_EACH);
+    time.milliseconds = 0;
     return RESULT_OK;
 }
 
@@ -92,36 +98,48 @@ struct LastSecond {
     std::time_t second;
     bool hasParts;
     std::tm parts;
+    std::int32_t result; ///< negative if `time` cannot show the parts
+    STRUCT_VX_TIME time; ///< without milliseconds
     NamedZone zone;
 };
 constinit thread_local LastSecond s_lastSecond {};
 
 /// As `localtime_r`, which does not notice a change of the zone. The file of the zone is checked once a second, because
 /// that needs a system call.
-const std::tm* localTime(const std::time_t* moment, std::tm* = nullptr) noexcept
+const LastSecond& localSecond(std::time_t moment) noexcept
 {
     LastSecond& last = s_lastSecond;
-    if (!last.hasParts || last.second != *moment || !last.zone.isSame()) {
+    if (!last.hasParts || last.second != moment || !last.zone.isSame()) {
         last.zone.note();
         ::tzset();
-        last.hasParts = ::localtime_r(moment, &last.parts) != nullptr;
-        last.second = *moment;
+        last.time = {};
+        last.hasParts = ::localtime_r(&moment, &last.parts) != nullptr;
+        last.result = last.hasParts ? fill(last.parts, last.time) : VXResultFromNative(errno);
+        last.second = moment;
     }
-    return last.hasParts ? &last.parts : nullptr;
+    return last;
 }
 
-template <class Break>
-std::int32_t now(STRUCT_VX_TIME* time, Break breakDown) noexcept
+std::int32_t fillSystem(std::time_t moment, STRUCT_VX_TIME& time) noexcept
+{
+    std::tm parts;
+    return ::gmtime_r(&moment, &parts) != nullptr ? fill(parts, time) : VXResultFromNative(errno);
+}
+
+/// `fillSecond` writes everything but the milliseconds.
+template <class FillSecond>
+std::int32_t now(STRUCT_VX_TIME* time, FillSecond fillSecond) noexcept
 {
     if (time == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *time = {};
     timespec moment;
-    std::tm storage;
     if (::clock_gettime(CLOCK_REALTIME, &moment) != 0)
         return VXResultFromNative(errno);
-    const std::tm* const parts = breakDown(&moment.tv_sec, &storage);
-    return parts != nullptr ? fill(*parts, moment.tv_nsec, *time) : VXResultFromNative(errno);
+    const std::int32_t result = fillSecond(moment.tv_sec, *time);
+    if (result >= 0)
+        time->milliseconds = millisecondsOf(moment);
+    return result;
 }
 
 bool isMoment(const STRUCT_VX_TIME& time) noexcept
@@ -238,7 +256,11 @@ std::int32_t format(
 
 std::int32_t VXTimeGetLocal(STRUCT_VX_TIME* time) noexcept
 {
-    return now(time, localTime);
+    return now(time, [](std::time_t moment, STRUCT_VX_TIME& filled) {
+        const LastSecond& last = localSecond(moment);
+        filled = last.time;
+        return last.result;
+    });
 }
 
 std::int32_t VXTimeGetZoned(STRUCT_VX_TIME* time, std::int32_t* minutesAhead) noexcept
@@ -247,12 +269,13 @@ std::int32_t VXTimeGetZoned(STRUCT_VX_TIME* time, std::int32_t* minutesAhead) no
     if (minutesAhead == nullptr)
         return RESULT_INVALID_ARGUMENT;
     *minutesAhead = 0;
-    return now(time, [minutesAhead](const std::time_t* moment, std::tm* storage) -> const std::tm* {
-        const std::tm* const parts = localTime(moment);
-        if (parts == nullptr || parts->tm_gmtoff % SECONDS_EACH != 0)
-            return ::gmtime_r(moment, storage);
-        *minutesAhead = static_cast<std::int32_t>(parts->tm_gmtoff / SECONDS_EACH);
-        return parts;
+    return now(time, [minutesAhead](std::time_t moment, STRUCT_VX_TIME& filled) {
+        const LastSecond& last = localSecond(moment);
+        if (!last.hasParts || last.parts.tm_gmtoff % SECONDS_EACH != 0)
+            return fillSystem(moment, filled);
+        *minutesAhead = static_cast<std::int32_t>(last.parts.tm_gmtoff / SECONDS_EACH);
+        filled = last.time;
+        return last.result;
     });
 }
 
@@ -262,16 +285,18 @@ std::int32_t VXTimeGetOffset(std::int64_t moment, std::int32_t* secondsAhead) no
         return RESULT_INVALID_ARGUMENT;
     *secondsAhead = 0;
     const auto native = static_cast<std::time_t>(moment);
-    const std::tm* const parts = native == moment ? localTime(&native) : nullptr;
-    if (parts == nullptr)
+    if (native != moment)
         return RESULT_INVALID_ARGUMENT;
-    *secondsAhead = static_cast<std::int32_t>(parts->tm_gmtoff);
+    const LastSecond& last = localSecond(native);
+    if (!last.hasParts)
+        return RESULT_INVALID_ARGUMENT;
+    *secondsAhead = static_cast<std::int32_t>(last.parts.tm_gmtoff);
     return RESULT_OK;
 }
 
 std::int32_t VXTimeGetSystem(STRUCT_VX_TIME* time) noexcept
 {
-    return now(time, ::gmtime_r);
+    return now(time, fillSystem);
 }
 
 std::int32_t VXTimeFromPosix(std::int64_t seconds, STRUCT_VX_TIME* time) noexcept
@@ -280,10 +305,7 @@ std::int32_t VXTimeFromPosix(std::int64_t seconds, STRUCT_VX_TIME* time) noexcep
         return RESULT_INVALID_ARGUMENT;
     *time = {};
     const auto moment = static_cast<std::time_t>(seconds);
-    std::tm parts;
-    if (moment != seconds || ::gmtime_r(&moment, &parts) == nullptr)
-        return RESULT_INVALID_ARGUMENT;
-    return fill(parts, 0, *time);
+    return moment == seconds && fillSystem(moment, *time) >= 0 ? RESULT_OK : RESULT_INVALID_ARGUMENT;
 }
 
 std::int32_t VXTimeFormatDate(const STRUCT_VX_TIME* time, std::int32_t isLong, char* target, std::int32_t size) noexcept

@@ -9,6 +9,7 @@
 #include "vx/log/detail/Utf8Builder.h"
 #include "vx/log/detail/WholeText.h"
 
+#include <cstddef>
 #include <cstring>
 
 namespace vx::log::detail {
@@ -19,7 +20,7 @@ namespace {
 struct SecondText {
     static constexpr std::size_t MOST_UNITS = 48;
 
-    STRUCT_VX_TIME second; ///< without milliseconds
+    STRUCT_VX_TIME second; ///< the milliseconds do not count
     std::size_t length;
     char16_t units[MOST_UNITS];
 };
@@ -30,14 +31,12 @@ template <class Builder>
 void printTime(const STRUCT_VX_TIME& time, Builder& text)
 {
     SecondText& last = s_lastSecond;
-    STRUCT_VX_TIME second = time;
-    second.milliseconds = 0;
-    if (last.length == 0 || std::memcmp(&second, &last.second, sizeof second) != 0) {
+    if (last.length == 0 || std::memcmp(&time, &last.second, offsetof(STRUCT_VX_TIME, milliseconds)) != 0) {
         const String made = TimeStamp(time).toString();
         const std::u16string_view units = made.view();
         if (units.size() > SecondText::MOST_UNITS)
             return text.append(units);
-        last.second = second;
+        last.second = time;
         last.length = units.copy(last.units, SecondText::MOST_UNITS);
     }
     text.append({last.units, last.length});
