@@ -180,6 +180,13 @@ void BigInteger::addLimbs(std::span<const Limb> others, bool otherNegative)
 {
     const detail::Natural mine = limbs();
     if (m_negative == otherNegative) {
+        if (mine.size() == 1 && others.size() == 1 && (mine[0] | others[0]) >> (detail::LIMB_BITS - 2) == 0) {
+            const Limb sum = mine[0] + others[0]; // as below, but without a call: most numbers are small
+            ensureCapacity(static_cast<int>((bitsIn({&std::max(mine[0], others[0]), 1}) + 9) / 8));
+            m_data[0] = sum;
+            m_size = bytesIn({&sum, 1});
+            return;
+        }
         const bool isSame = others.data() == mine.data();
         const std::int64_t bits = std::max(bitsIn(mine), bitsIn(others));
         setSize(static_cast<int>(std::min((bits + 9) / 8, LARGEST_SIZE + std::int64_t {1}))); // room for the carry
