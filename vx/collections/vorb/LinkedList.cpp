@@ -31,39 +31,43 @@ public:
     {
     }
 
+    bool hasNext() override { return m_cursor < size(); }
+
 protected:
     Reference<IVXUnknown> elementAt(int index) override
     {
-        detail::checkIndex(index, m_nodesOf.getSize());
+        detail::checkIndex(index, size());
         const Nodes::iterator node = seek(index);
         keep(node, index);
         return *node;
     }
     bool addAt(int index, IVXUnknown* element) override
     {
-        detail::checkIndex(index, m_nodesOf.getSize() + 1);
+        detail::checkIndex(index, size() + 1);
         keep(m_nodesOf.link(seek(index), element), index);
         return true;
     }
     Reference<IVXUnknown> removeAt(int index) override
     {
-        detail::checkIndex(index, m_nodesOf.getSize());
+        detail::checkIndex(index, size());
         const Nodes::iterator node = seek(index);
         keep(std::next(node), index);
         return m_nodesOf.unlink(node);
     }
     Reference<IVXUnknown> setAt(int index, IVXUnknown* element) override
     {
-        detail::checkIndex(index, m_nodesOf.getSize());
+        detail::checkIndex(index, size());
         const Nodes::iterator node = seek(index);
         keep(node, index);
         return m_nodesOf.replace(node, element);
     }
 
 private:
+    int size() const noexcept { return static_cast<int>(m_nodesOf.m_nodes.size()); }
+
     Nodes::iterator seek(int index)
     {
-        if (index == m_nodesOf.getSize())
+        if (index == size())
             return m_nodesOf.m_nodes.end();
         if (m_keptIndex < 0)
             return m_nodesOf.internalGet(index);
