@@ -60,14 +60,18 @@ private:
     std::optional<std::string> m_before;
 };
 
-/// A folder for the registry of one trial.
+/// A folder for the registry of one trial, in memory if that is possible: each change of a registry is flushed to its
+/// disk.
 class TrialFolder {
 public:
     TrialFolder()
-        : m_path((fs::temp_directory_path() / "vxreg-XXXXXX").string())
     {
-        if (::mkdtemp(m_path.data()) == nullptr)
-            throw Failure(m_path, textOfError(errno));
+        for (const fs::path& place : {fs::path("/dev/shm"), fs::temp_directory_path()}) {
+            m_path = (place / "vxreg-XXXXXX").string();
+            if (::mkdtemp(m_path.data()) != nullptr)
+                return;
+        }
+        throw Failure(m_path, textOfError(errno));
     }
     ~TrialFolder()
     {
