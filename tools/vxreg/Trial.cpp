@@ -4,6 +4,8 @@
 #include "common/Output.h"
 #include "vxreg/Texts.h"
 
+#include <vx/Describe.h>
+
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -88,7 +90,7 @@ std::vector<std::string> Trial::run(Messages& messages, const std::function<void
         try {
             work(trial);
         } catch (const vx::Exception& failure) {
-            trial.tell(vxtools::textOf(failure));
+            trial.tell(vx::explain(failure).toUtf8());
         } catch (const std::exception& failure) {
             trial.tell(failure.what());
         }
