@@ -35,17 +35,13 @@ void set(const std::u16string& key, const std::u16string& text)
         static_cast<std::int32_t>(2 * text.size() + 2));
 }
 
-void* waitForever(void*)
-{
-    for (;;)
-        ::pause();
-}
-
 } // namespace
 
 ENTRY_POINT VXGetClassObject(const _GUID*, const _GUID*, void**)
 {
     pthread_t thread;
+    // Not a function of this library, which may be gone before the thread begins.
+    const auto waitForever = reinterpret_cast<void* (*)(void*)>(reinterpret_cast<void*>(&::pause));
     if (has("killed"))
         ::raise(SIGKILL);
     if (has("ended"))
