@@ -12,7 +12,9 @@ int main(int argc, char** argv)
     std::string file;
     try {
         const util::ParsedOptions options = table.parse(argc, argv);
-        std::cout << "level " << options.getNumber<int>("level", 0, 9) << '\n' << table.getHelp();
+        std::cout << "level " << options.getNumber<int>("level", 0, 9) << ", format " << options.get("format")
+                  << (options.has("level") ? "" : ", by default") << '\n'
+                  << table.getHelp();
         file = options.getArguments().empty() ? "settings.ini" : options.getArguments().front();
     } catch (const util::OptionException& failure) {
         std::cerr << failure.getDescription() << '\n'; // settings: unknown option --foo; see --help
@@ -28,7 +30,7 @@ int main(int argc, char** argv)
     const String path((std::string_view(file)));
     util::IniFile ini(TerminatedText(path), "guide.settings", 0); // the semaphore's name: processes take turns
     throwIfFailed(ini.AddKey(u"window\\main", u"width", u"640", true));
-    throwIfFailed(ini.GetWriteResult()); // 0: the change is in the file
+    throwIfFailed(ini.GetWriteResult(), u"write", path); // 0: the change is in the file
     char16_t width[16];
     throwIfFailed(ini.GetValue(u"Window\\Main", u"WIDTH", width, 16));
     std::cout << String(width) << '\n';
@@ -36,7 +38,7 @@ int main(int argc, char** argv)
     auto document = util::IniDocument::parse("; written by hand\n[window]\nwidth = 640 \n");
     document.set("window", "width", "800");
     document.set("window", "height", "600");
-    throwIfFailed(document.save(path)); // in the file and on the disk, or the file is as before
+    throwIfFailed(document.save(path), u"write", path); // in the file and on the disk, or the file is as before
     std::cout << document.getText() << "line " << document.find("window", "height")->line << '\n';
 
     net::URI uri(u"vxlog://ann@example.org:7514/inbox?level=3");
