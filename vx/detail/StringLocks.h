@@ -385,7 +385,8 @@ Reference<IVXCharBuffer> PlainBuffer::filled(int longest, int capacity, Fill fil
     const int length = fill(storage.data());
     storage.data()[length] = 0;
     storage.setLength(length + 1);
-    storage.releaseExtra(capacity);
+    if (length != longest)
+        storage.releaseExtra(capacity);
     return first;
 }
 

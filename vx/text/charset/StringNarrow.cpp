@@ -79,6 +79,21 @@ Reference<IVXCharBuffer> decodedUtf8(const char* bytes, int length, int capacity
         length, capacity, [&](char16_t* out) { return text::charset::detail::decodeUtf8(bytes, length, out, &read); });
 }
 
+/// A buffer with the decoded text, without a character that is incomplete at the end. Null for an empty text without room.
+Reference<IVXCharBuffer> decoded(const char* bytes, int length, const char16_t* encoding, int capacity)
+{
+    if (length == -1)
+        length = VXStrLenA(bytes);
+    length = std::max(length, 0);
+    if (length < 1 && capacity < 1)
+        return nullptr;
+    std::int32_t read = 0;
+    if (bytes != nullptr && text::charset::detail::isUtf8(encoding)) [[likely]]
+        return decodedUtf8(bytes, length, capacity, read);
+    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
+    return decoded(*decoder, bytes, length, capacity, read);
+}
+
 /// Decodes a text that is not empty and not cut off within a character.
 Reference<IVXCharBuffer> decodedUtf8(std::string_view bytes)
 {
@@ -185,9 +200,10 @@ bool String::AnsiBytes::encodingEquals(const char16_t* name) const
 }
 
 String::String(const char* bytes, int length, const char16_t* encoding, int capacity)
-    : String()
+    : m_buffer(decoded(bytes, length, encoding, capacity))
 {
-    internalSetTo(bytes, length, encoding, capacity);
+    if (m_buffer == nullptr) [[unlikely]]
+        setAddRef(String());
 }
 
 String::String(const signed char* bytes, int length, const char16_t* encoding, int capacity)
@@ -201,11 +217,10 @@ String::String(const unsigned char* bytes, int length, const char16_t* encoding,
 }
 
 String::String(std::string_view utf8)
+    : m_buffer(utf8.empty() ? nullptr : decodedUtf8(utf8))
 {
-    if (utf8.empty())
+    if (m_buffer == nullptr) [[unlikely]]
         setAddRef(String());
-    else
-        m_buffer = decodedUtf8(utf8);
 }
 
 String::String(std::u8string_view utf8)
@@ -271,21 +286,10 @@ String& String::setTo(const char* bytes, int length, const char16_t* encoding)
 
 void String::internalSetTo(const char* bytes, int length, const char16_t* encoding, int capacity)
 {
-    if (length == -1)
-        length = VXStrLenA(bytes);
-    length = std::max(length, 0);
     const Reference<AnsiBytes> cache = std::move(m_ansi); // `bytes` may be part of it
-    if (length < 1 && capacity < 1) {
+    m_buffer = decoded(bytes, length, encoding, capacity);
+    if (m_buffer == nullptr)
         setAddRef(String());
-        return;
-    }
-    std::int32_t read = 0; // an incomplete character at the end is left out
-    if (bytes != nullptr && text::charset::detail::isUtf8(encoding)) {
-        m_buffer = decodedUtf8(bytes, length, capacity, read);
-        return;
-    }
-    const Reference<ByteToCharConverter> decoder(ByteToCharConverter::getConverter(encoding));
-    m_buffer = decoded(*decoder, bytes, length, capacity, read);
 }
 
 String& String::setToUtf8(std::string_view bytes)
