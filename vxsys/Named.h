@@ -33,7 +33,8 @@ struct VXNamedSemNote {
 
     VXFileIdentity file;
     std::int64_t start;
-    /// The number of bytes to be written. 0 means that there is no note; the other fields have no meaning then.
+    /// The number of bytes to be written. 0 means that nothing has to be repaired. Then `file` and `start` are what the last
+    /// holder stored, and the proof has no meaning.
     std::int64_t length;
     /// The number of bytes used in `proof`.
     std::uint32_t proofLength;

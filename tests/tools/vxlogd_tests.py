@@ -206,6 +206,23 @@ class Senders(Served):
                     self.assertSucceeds(sent.result())
             self.assertEqual(collections.Counter(self.texts(name)), collections.Counter("".join(data).splitlines()))
 
+    def test_begin_on_a_line_of_their_own(self):
+        for options in [], ["--rotate-size=100000"]:
+            self.log = self.path(f"log {options}")
+            torn = b"torn by another program"
+            self.write(self.log, torn)
+            self.start(*options)
+            client = self.client("ack=1").send(b"1\n")
+            client.hear("ack 1\n")
+            with open(self.log, "ab") as file:
+                file.write(torn)
+            client.send(b"2\n").hear("ack 2\n")
+            with open(self.log, "ab") as file:
+                file.write(torn)
+            self.assertSucceeds(vxlog("-f", self.log, *options, data=b"3\n"))
+            parts = self.read(self.log).split(torn + b"\n")
+            self.assertEqual([[entry["text"] for entry in tool.entries_of(part.decode())] for part in parts], [[], ["1"], ["2"], ["3"]])
+
     def test_say_that_there_is_no_server(self):
         self.start()
         self.stop()

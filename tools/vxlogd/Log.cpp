@@ -5,6 +5,7 @@
 #include "common/FileName.h"
 
 #include <vx/Exception.h>
+#include <vx/io/EntryStream.h>
 #include <vx/io/FileOutputStream.h>
 #include <vx/io/RotatingFileStream.h>
 #include <vx/log/TimeStamp.h>
@@ -297,8 +298,9 @@ void LogFile::awaitBrokers()
 
 void LogFile::putOnFile()
 {
-    if (m_block->getSize() > 0)
-        m_file->write(m_block->get().data(), static_cast<std::int32_t>(m_block->getSize()));
+    vx::io::EntryStream entries(m_file.get(), false); // they begin on a line of their own
+    entries.write(m_block->get().data(), static_cast<std::int32_t>(m_block->getSize()));
+    entries.flush();
     m_block->cut(0);
 }
 

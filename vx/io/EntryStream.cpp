@@ -1,7 +1,10 @@
 #include "vx/io/EntryStream.h"
 
 #include "vx/Exceptions.h"
+#include "vx/io/FileOutputStream.h"
+#include "vx/io/detail/EntryNote.h"
 #include "vx/io/detail/StreamChecks.h"
+#include "vx/sync/ScopedWait.h"
 
 #include <algorithm>
 #include <limits>
@@ -12,6 +15,16 @@ namespace {
 
 /// Storage beyond this is freed after the entry that needed it.
 constexpr std::size_t KEPT_CAPACITY = 1 << 20;
+
+/// A line begins on a line of its own in a file that several programs append to.
+void writeEntry(OutputStream& sink, const signed char* bytes, std::int32_t length)
+{
+    auto* const file = detail::isLine(bytes, length) ? dynamic_cast<FileOutputStream*>(&sink) : nullptr;
+    const sync::ScopedWait lock(file);
+    if (file != nullptr)
+        file->endLine();
+    sink.write(bytes, length);
+}
 
 } // namespace
 
@@ -42,7 +55,7 @@ void EntryStream::flush()
     OutputStream& sink = detail::opened(m_sink);
     if (!m_entry.empty()) {
         m_isRefused = true;
-        sink.write(m_entry.data(), static_cast<std::int32_t>(m_entry.size()));
+        writeEntry(sink, m_entry.data(), static_cast<std::int32_t>(m_entry.size()));
         m_isRefused = false;
         m_entry.clear();
         if (m_entry.capacity() > KEPT_CAPACITY)

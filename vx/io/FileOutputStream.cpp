@@ -33,6 +33,12 @@ std::vector<char> semaphoreName(const String& path)
     return name;
 }
 
+void requirePath(const String& path)
+{
+    if (path.view().empty())
+        throwDuring(u"open", u"a file with an empty path", InvalidPathException());
+}
+
 /// Closes a file at the end of the block.
 template <class Close>
 class [[nodiscard]] ScopedClose {
@@ -143,8 +149,7 @@ short FileOutputStream::is_open() const
 
 void FileOutputStream::open()
 {
-    if (m_path.view().empty())
-        throw InvalidPathException();
+    requirePath(m_path);
     const sync::ScopedWait mutex(m_mutex.get());
     openAgain();
 }
@@ -192,6 +197,24 @@ void FileOutputStream::signal()
         m_semaphore->signal();
 }
 
+void FileOutputStream::endLine()
+{
+    if (!has(APPEND))
+        return;
+    const sync::ScopedWait mutex(m_mutex.get());
+    const sync::ScopedWait semaphore(m_semaphore.get());
+    const ScopedClose closing([this] {
+        if (has(KEEPCLOSED))
+            closeHandle();
+    });
+    if (has(KEEPCLOSED))
+        openAgain();
+    if (!m_isRegular)
+        return;
+    detail::repairEntry(guarded());
+    throwIfFailed(detail::endLastLine(guarded()), u"write", m_path);
+}
+
 std::uint32_t FileOutputStream::openFile(const String& path, unsigned int mode)
 {
     return detail::openFile(path,
@@ -201,8 +224,7 @@ std::uint32_t FileOutputStream::openFile(const String& path, unsigned int mode)
 
 void FileOutputStream::init(const String& path)
 {
-    if (path.view().empty())
-        throw InvalidPathException();
+    requirePath(path);
     if (has(APPEND | KEEPCLOSED | LOCK))
         m_mutex = new sync::Mutex;
     if (has(APPEND | LOCK))

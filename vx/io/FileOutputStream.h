@@ -92,6 +92,10 @@ public:
     /// Pairs may nest.
     void wait();
     void signal();
+    /// Appends a line feed if the file ends in the middle of a line, as another program that was killed may leave it. Call
+    /// it before the `write` of a line, both between `wait` and `signal`. The file is read only if others than streams on
+    /// this path have changed it. Does nothing without APPEND, or if the file cannot be read.
+    void endLine();
 
 private:
     static std::uint32_t openFile(const String& path, unsigned int mode);

@@ -6,6 +6,7 @@
 #include "vx/TerminatedText.h"
 #include "vx/detail/Hidden.h"
 #include "vx/io/FileOutputStream.h"
+#include "vx/io/detail/EntryNote.h"
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/ScopedWait.h"
@@ -117,6 +118,34 @@ void removeOld(std::vector<OldFile> files, const Rotation& rotation)
     }
 }
 
+const Rotation& checked(const Rotation& rotation, const String& path)
+{
+    if (rotation.mostBytes < 0 || rotation.keepFiles < 0 || rotation.keepBytes < 0)
+        throwIfFailed(RESULT_INVALID_ARGUMENT, u"set a negative limit for", path);
+    return rotation;
+}
+
+bool isMissing(const String& path)
+{
+    VXFileStatus status;
+    return VXFileGetStatus(SystemName(path), &status) == RESULT_NOT_FOUND;
+}
+
+void setAccess(FileOutputStream& file, std::int32_t access, const String& path)
+{
+    if (access != 0)
+        throwIfFailed(VXFileSetAccess(file.getHandle(), access), u"set the mode of", path);
+}
+
+Reference<FileOutputStream> openFirst(const String& path, std::int32_t access)
+{
+    const bool isNew = isMissing(path);
+    Reference<FileOutputStream> file(new FileOutputStream(path, FileOutputStream::APPEND));
+    if (isNew)
+        setAccess(*file, access, path);
+    return file;
+}
+
 } // namespace
 
 /// All of the stream, so that it can grow without users being compiled again. An object, because the end of a lock or a
@@ -146,11 +175,9 @@ private:
 
 RotatingFileStream::Core::Core(const String& path, Rotation rotation)
     : m_path(path)
-    , m_rotation(std::move(rotation))
-    , m_file(new FileOutputStream(path, FileOutputStream::APPEND))
+    , m_rotation(checked(rotation, path))
+    , m_file(openFirst(path, m_rotation.access))
 {
-    if (m_rotation.mostBytes < 0 || m_rotation.keepFiles < 0 || m_rotation.keepBytes < 0)
-        throwResult(RESULT_INVALID_ARGUMENT);
 }
 
 void RotatingFileStream::Core::write(const signed char* bytes, std::int32_t length)
@@ -161,6 +188,8 @@ void RotatingFileStream::Core::write(const signed char* bytes, std::int32_t leng
         const sync::ScopedWait file(m_file.get());
         follow();
         reportTo([&]() VX_NO_THREAD_SAFETY_ANALYSIS { closed = isDue(length) ? rotate() : String(); });
+        if (detail::isLine(bytes, length))
+            m_file->endLine();
         m_file->write(bytes, length);
     }
     if (!closed.isEmpty() && m_rotation.onClosed)
@@ -188,8 +217,11 @@ void RotatingFileStream::Core::follow()
     const bool isOpen = !failed(VXFileGetIdentity(m_file->getHandle(), &open));
     if (isOpen && !failed(VXFileGetStatus(path, &m_status)) && m_status.identity == open)
         return;
+    const bool isNew = isMissing(m_path);
     m_file->close();
     m_file->open();
+    if (isNew)
+        reportTo([&] { setAccess(*m_file, m_rotation.access, m_path); });
     { // taking the semaphore repairs the file
         const sync::ScopedWait repair(m_file.get());
     }
@@ -237,8 +269,6 @@ String RotatingFileStream::Core::rotate()
     throwIfFailed(result, u"rename", m_path);
     follow();
     m_nextTry = 0;
-    if (m_rotation.access != 0)
-        throwIfFailed(VXFileSetAccess(m_file->getHandle(), m_rotation.access), u"set the mode of", m_path);
 
     const String before = files.empty() ? String() : files.back().path;
     files.push_back({number, path});

@@ -35,13 +35,16 @@ struct Rotation {
     /// tries a failed rotation again.
     std::function<void(const Exception& failure)> onFailure {};
 
-    /// The mode of the file that a rotation creates, whatever the mask of the process is. 0 means 0700, less the mask.
+    /// The mode of each file that the stream creates, whatever the mask of the process is. 0 means 0700, less the mask.
     std::int32_t access = 0;
 };
 
 /// Appends entries to a file that is replaced by a new one from time to time. Each `write` is one entry, which is
 /// written to one file as a whole. Any number of processes may write to one path, if they use the same path and the
 /// same `Rotation`. After a rotation by one of them, all continue in the new file.
+///
+/// An entry that ends with a line feed begins on a line of its own. If the file ends in the middle of a line, which another
+/// program has left there, a line feed is written first.
 ///
 /// The names of older files end with a number: "app.log.000001" is older than "app.log.000002". If a process is killed
 /// at any moment, the next writer can continue the log.

@@ -177,9 +177,9 @@ void SharedPage::setNote(const VXNamedSemNote& note) noexcept
     volatile std::int64_t& length = m_note.length;
     length = 0;
     std::atomic_signal_fence(std::memory_order_seq_cst);
+    m_note.file = note.file;
+    m_note.start = note.start;
     if (note.length != 0) {
-        m_note.file = note.file;
-        m_note.start = note.start;
         m_note.proofLength = note.proofLength;
         std::memcpy(m_note.proof, note.proof, note.proofLength);
     }
@@ -190,10 +190,10 @@ void SharedPage::setNote(const VXNamedSemNote& note) noexcept
 void SharedPage::getNote(VXNamedSemNote& note) const noexcept
 {
     note.length = m_note.length;
-    if (note.length == 0)
-        return;
     note.file = m_note.file;
     note.start = m_note.start;
+    if (note.length == 0)
+        return;
     note.proofLength = std::min(m_note.proofLength, VXNamedSemNote::MOST_PROOF);
     std::memcpy(note.proof, m_note.proof, note.proofLength);
 }

@@ -2,6 +2,7 @@
 #include "tests/Threads.h"
 #include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
+#include "vx/io/EntryStream.h"
 #include "vx/io/FileOutputStream.h"
 #include "vx/io/RotatingFileStream.h"
 
@@ -9,6 +10,8 @@
 
 #include <atomic>
 #include <fcntl.h>
+#include <fstream>
+#include <functional>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -92,12 +95,29 @@ protected:
 enum class Apart { IN_NOTHING, BY_SPELLING, BY_USER };
 
 struct Case {
-    unsigned mode; ///< of the stream, or ROTATING
+    unsigned mode; ///< of the stream, or ROTATING, or ENTRIES
     Apart apart;
     bool isKilled; ///< some writers are, and others take their places
     std::size_t longest; ///< filling of a record
 };
-constexpr unsigned ROTATING = ~0U, LIMIT = 100'000;
+constexpr unsigned ROTATING = ~0U, ENTRIES = ~1U, LIMIT = 100'000;
+
+/// Each write is one entry.
+class Entries : public io::EntryStream {
+public:
+    explicit Entries(const String& path)
+        : EntryStream(new FileOutputStream(path, APPEND), false)
+    {
+    }
+
+    // OutputStream
+    using OutputStream::write;
+    void write(const signed char* bytes, std::int32_t length) override
+    {
+        EntryStream::write(bytes, length);
+        flush();
+    }
+};
 
 /// What processes tell each other.
 struct Shared {
@@ -113,6 +133,8 @@ protected:
     {
         if (GetParam().mode == ROTATING)
             return new io::RotatingFileStream(path, {.mostBytes = LIMIT});
+        if (GetParam().mode == ENTRIES)
+            return new Entries(path);
         return new FileOutputStream(path, GetParam().mode);
     }
 
@@ -186,7 +208,8 @@ INSTANTIATE_TEST_SUITE_P(FileOutputStream, ManyWriters,
         Case {APPEND | LOCK, Apart::BY_SPELLING, false, 20'000}, Case {APPEND, Apart::BY_USER, false, 20'000},
         Case {APPEND | KEEPCLOSED, Apart::BY_SPELLING, false, 20'000}, Case {APPEND, Apart::IN_NOTHING, true, 500'000},
         Case {LOCK | KEEPCLOSED | ATEND, Apart::IN_NOTHING, true, 500'000},
-        Case {ROTATING, Apart::IN_NOTHING, true, 30'000}));
+        Case {ROTATING, Apart::IN_NOTHING, true, 30'000}, Case {ENTRIES, Apart::BY_SPELLING, false, 500'000},
+        Case {ENTRIES, Apart::IN_NOTHING, true, 500'000}));
 
 constexpr int ROUNDS = 20, BATCH = 10;
 
@@ -250,6 +273,47 @@ TEST_P(OtherPrograms, LoseNothingByTheRepairAfterAKill)
 }
 
 INSTANTIATE_TEST_SUITE_P(FileOutputStream, OtherPrograms, testing::Values(400, 400'000));
+
+TEST_F(FileWriters, BeginALineAfterWhatOtherProgramsLeft)
+{
+    using namespace std::string_literals;
+    const struct {
+        std::string found, entry, both;
+    } rows[] = {
+        {"torn", "entry\n", "torn\nentry\n"},
+        {"whole\n", "entry\n", "whole\nentry\n"},
+        {"whole\n\n", "\n", "whole\n\n\n"},
+        {"no line", "entry", "no lineentry"},
+        {"\0t"s, "\0e\0\n"s, "\0t\0e\0\n"s}, // UTF-16 in both orders
+        {"t\0"s, "e\0\n\0"s, "t\0e\0\n\0"s},
+    };
+    const std::function<Reference<io::OutputStream>()> kinds[] = {
+        [&] { return new io::RotatingFileStream(m_path, {}); },
+        [&] { return new io::EntryStream(new FileOutputStream(m_path, APPEND), false); },
+        [&] { return new io::EntryStream(new FileOutputStream(m_path, APPEND | KEEPCLOSED), false); },
+        [&] { return new FileOutputStream(m_path, APPEND); },
+    };
+    for (const auto& [found, entry, both] : rows) {
+        for (const auto& open : kinds) {
+            const bool isPlain = &open == &kinds[3];
+            put(m_scratch / "file", found);
+            const Reference<io::OutputStream> stream = open();
+            const auto append = [&] {
+                write(*stream, entry);
+                stream->flush();
+                return contentOf(m_scratch / "file");
+            };
+            const std::string first = append();
+            EXPECT_EQ(first, isPlain ? found + entry : both);
+            EXPECT_EQ(append(), first + entry);
+            std::ofstream(m_scratch / "file", std::ios::app) << found;
+            EXPECT_EQ(append(), first + entry + (isPlain ? found + entry : both));
+            put(m_scratch / "file", found);
+            EXPECT_EQ(append(), isPlain ? found + entry : both) << "of a file that was made empty";
+            std::filesystem::remove(m_scratch / "file");
+        }
+    }
+}
 
 TEST_F(FileWriters, MayBeThreadsOfOneStream)
 {

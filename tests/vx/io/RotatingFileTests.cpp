@@ -74,7 +74,36 @@ TEST_F(RotatingFile, BeginsANewFileBeforeTheLimitAndRemovesTheOldest)
         EXPECT_EQ(contentOf(m_scratch / other), "") << "it is no log of this stream";
         EXPECT_TRUE(std::filesystem::exists(m_scratch / other));
     }
-    EXPECT_THROW(RotatingFileStream(m_path, {.keepFiles = -1}), ResultException);
+    const auto complaint = [](const String& path, const Rotation& rotation) {
+        try {
+            RotatingFileStream(path, rotation);
+        } catch (const Exception& failure) {
+            return getOccasion(failure).toUtf8();
+        }
+        return std::string();
+    };
+    EXPECT_EQ(complaint(String(), {}), "open a file with an empty path");
+    EXPECT_EQ(complaint(m_path, {.keepFiles = -1}), "set a negative limit for " + m_path.toUtf8());
+}
+
+TEST_F(RotatingFile, GivesEachFileThatItCreatesItsMode)
+{
+    constexpr std::int32_t WANTED = 0640;
+    const mode_t mask = ::umask(077);
+    const auto modeOf = [this](const char* name) {
+        return static_cast<int>(std::filesystem::status(m_scratch / name).permissions());
+    };
+    RotatingFileStream stream(m_path, {.mostBytes = 5, .access = WANTED});
+    EXPECT_EQ(modeOf("log"), WANTED);
+    write(stream, {4, 4});
+    std::filesystem::rename(m_scratch / "log", m_scratch / "old");
+    write(stream, {1});
+    for (const char* name : {"log", "log.000001", "old"})
+        EXPECT_EQ(modeOf(name), WANTED) << name;
+    std::filesystem::permissions(m_scratch / "log", std::filesystem::perms(0600));
+    RotatingFileStream(m_path, {.access = WANTED}).write("x", 1);
+    EXPECT_EQ(modeOf("log"), 0600) << "its owner chose it";
+    ::umask(mask);
 }
 
 TEST_F(RotatingFile, BeginsANewFileWithEachHourAndDay)

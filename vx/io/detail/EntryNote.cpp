@@ -9,7 +9,19 @@ namespace vx::io::detail {
 
 namespace {
 
-constexpr VXNamedSemNote NO_NOTE {};
+constexpr std::int64_t UNKNOWN = -1;
+constexpr int MOST_LOOKS = 16; // at a file that others write to all the time
+
+/// A note that nothing has to be repaired. `lineEnd` is where the last line of the file ends.
+void setDone(const GuardedFile& file, std::int64_t lineEnd)
+{
+    VXNamedSemNote note; // the proof is not used
+    note.file = file.identity;
+    note.start = lineEnd;
+    note.length = 0;
+    note.proofLength = 0;
+    file.semaphore.setNote(note);
+}
 
 /// Opens the same file for reading, since the handle of a writer need not allow reading.
 class Reader {
@@ -40,16 +52,22 @@ bool cut(const GuardedFile& file, std::int64_t size) noexcept
     return true;
 }
 
+bool endsLine(std::uint32_t reader, std::int64_t size) noexcept
+{
+    char last = '\0';
+    std::int32_t done = 0;
+    return !failed(VXFileReadAt(reader, size - 1, &last, 1, &done)) && last == '\n';
+}
+
 /// Ends the last line of the file, if the next entry will be written after it. False if that fails.
 bool endLine(const GuardedFile& file, std::uint32_t reader, std::int64_t size)
 {
     std::int64_t position = 0;
     if (!file.appends && (failed(VXFileGetPosition(file.handle, &position)) || position != size))
         return true;
-    char last = '\0';
-    std::int32_t done = 0;
-    if (!failed(VXFileReadAt(reader, size - 1, &last, 1, &done)) && last == '\n')
+    if (endsLine(reader, size))
         return true;
+    std::int32_t done = 0;
     return !failed(VXFileWrite(file.handle, "\n", 1, &done)) && done == 1;
 }
 
@@ -77,16 +95,46 @@ bool isRepaired(const GuardedFile& file, const VXNamedSemNote& note)
 
 } // namespace
 
+bool isLine(const signed char* bytes, std::int32_t length) noexcept
+{
+    return length > 0 && bytes[length - 1] == '\n' && (length == 1 || bytes[length - 2] != '\0');
+}
+
 void repairEntry(const GuardedFile& file)
 {
     const VXNamedSemNote note = file.semaphore.getNote();
     if (note.length != 0 && note.file == file.identity && isRepaired(file, note))
-        file.semaphore.setNote(NO_NOTE);
+        setDone(file, UNKNOWN);
+}
+
+std::int32_t endLastLine(const GuardedFile& file)
+{
+    std::int64_t size = 0;
+    if (failed(VXFileGetSize(file.handle, &size)) || size == 0)
+        return RESULT_OK;
+    const VXNamedSemNote note = file.semaphore.getNote();
+    if (note.start == size && note.file == file.identity)
+        return RESULT_OK;
+    const Reader reader(file.handle);
+    std::int32_t done = 0;
+    int looks = 0;
+    for (std::int64_t before = UNKNOWN; size != before;) {
+        const bool canLook = reader.get() != VX_FILE_INVALID_HANDLE && ++looks <= MOST_LOOKS;
+        if (!canLook || size == 0 || endsLine(reader.get(), size))
+            return RESULT_OK;
+        // A program without the semaphore may be in the middle of its write. Writing nothing waits until it is done.
+        before = size;
+        VXFileWrite(file.handle, "", 0, &done);
+        if (failed(VXFileGetSize(file.handle, &size)))
+            return RESULT_OK;
+    }
+    return VXFileWrite(file.handle, "\n", 1, &done);
 }
 
 EntryNote::EntryNote(const GuardedFile& file, std::int64_t start, const signed char* bytes, std::int32_t length)
     : m_file(file)
     , m_length(length)
+    , m_lineEnd(isLine(bytes, length) ? start + length : UNKNOWN)
 {
     VXNamedSemNote note; // only the used part of its proof is filled
     note.file = file.identity;
@@ -99,8 +147,10 @@ EntryNote::EntryNote(const GuardedFile& file, std::int64_t start, const signed c
 EntryNote::~EntryNote()
 {
     try {
-        if ((m_written == m_length && !m_isSplit) || isUndone())
-            m_file.semaphore.setNote(NO_NOTE);
+        if (m_written == m_length && !m_isSplit)
+            setDone(m_file, m_lineEnd);
+        else if (isUndone())
+            setDone(m_file, UNKNOWN);
     } catch (...) {
         // The note is kept, and the next holder makes the repair.
     }

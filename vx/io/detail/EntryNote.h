@@ -15,11 +15,19 @@ struct GuardedFile {
     bool appends; ///< every write appends
 };
 
+/// Whether the bytes end with a line feed. False for one in UTF-16 or UTF-32, which has several bytes.
+bool isLine(const signed char* bytes, std::int32_t length) noexcept;
+
 /// Repairs the end of the file after a holder of the semaphore was killed, by the note that the holder left. An
 /// incomplete entry is removed if all bytes from its start on are proved to be the killed writer's. Otherwise other
 /// programs may have written meanwhile: all bytes are kept, and the next entry begins on a new line. Cheap if there is
 /// no note.
 void repairEntry(const GuardedFile& file);
+
+/// Appends a line feed if the file does not end with one, and is not empty. Reads the file only if it has changed since
+/// a writer with the same semaphore wrote a line. Returns the result of the write. A file that cannot be read is left as
+/// it is.
+std::int32_t endLastLine(const GuardedFile& file);
 
 /// Keeps a note on what is being written at the end of the file, in case this process is killed meanwhile. The
 /// destructor removes an incomplete entry from the file, unless others have written after it.
@@ -40,6 +48,7 @@ private:
 
     const GuardedFile m_file;
     const std::int32_t m_length;
+    const std::int64_t m_lineEnd; ///< where the file ends with the entry; negative if the entry is no line
     std::int32_t m_written = 0;
     std::int64_t m_start = 0; ///< the position of the entry; known after its first part is written
     bool m_isSplit = false;
