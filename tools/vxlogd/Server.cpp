@@ -264,8 +264,13 @@ void Server::serve(std::unique_ptr<TcpWorkerSocket2> socket)
     ++m_accepted;
     if (all >= m_limits.maxConnections) {
         ++m_turnedAway;
+        if (!std::exchange(m_isTurningAway, true))
+            complain(
+                "connections are turned away, because max-connections is " + std::to_string(m_limits.maxConnections));
         return; // closes it
     }
+    if (all < m_limits.maxConnections - m_limits.maxConnections / 10)
+        m_isTurningAway = false;
     if (least == nullptr || (least->shard->getSize() > 0 && m_services.size() < mostThreads())) {
         Service service {new Shard(m_intake, m_limits), nullptr};
         service.thread = std::make_unique<vx::exec::Thread>(service.shard.get(), u"vxlogd serve");

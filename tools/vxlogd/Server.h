@@ -73,6 +73,7 @@ private:
     std::vector<Service> m_services; ///< changed by the acceptor only, under the lock
     std::atomic<std::uint64_t> m_accepted = 0;
     std::atomic<std::uint64_t> m_turnedAway = 0;
+    bool m_isTurningAway = false; ///< used by the acceptor only
     std::atomic<bool> m_isStopping = false;
 };
 
