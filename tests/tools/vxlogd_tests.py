@@ -55,11 +55,11 @@ class Client:
 
 
 class Served(tool.Scratch):
-    def start(self, *options, listen="127.0.0.1", port=0, log=None, **process):
+    def start(self, *options, listen="127.0.0.1", port=0, log=None, config=None, **process):
         self.errors = open(self.path("errors"), "a+", encoding="utf-8")
         self.addCleanup(self.errors.close)
         self.server = subprocess.Popen(
-            [os.environ["VXLOGD"], f"--listen={listen}", f"--port={port}", f"--log={log or self.log}", *options],
+            [os.environ["VXLOGD"], *(["-c", config] if config else [f"--listen={listen}", f"--port={port}", f"--log={log or self.log}"]), *options],
             stdout=subprocess.PIPE, stderr=self.errors, text=True, cwd=self.folder, **process)
         self.addCleanup(self.server.stdout.close)
         self.addCleanup(self.server.wait)
@@ -431,7 +431,7 @@ class Settings(Served):
                             ("[vxlogd]\nlevel 3\n", ":2: neither a set nor a setting: level 3"),
                             ("[vxlogd]\n level = 3\n", ":2: neither"), ("\n[vxlogd\n", ":2: neither"),
                             ("level = 3\n[vxlogd]\n", ":1: level stands before"),
-                            ("[vxlogd]\nport = 1\n[VXLOGD]\nPort = x", ":4: port"),
+                            ("[vxlogd]\nport = 1\n[VXLOGD]\nPort = x", ":4: port is already set in line 2"),
                             ("[vxlogd]\n\n[other]\nx=1\n", ":3: unknown set [other]"),
                             ("[vxlgod]\nport = 1\n", ":1: unknown set [vxlgod]; the settings are in [vxlogd]"),
                             ("# nothing\n", ": has no set [vxlogd]")]:
@@ -460,6 +460,15 @@ class Settings(Served):
         for part in ["[vxlogd]\nlisten = localhost\n", "\nlevel = -3\n", "\nrotate-every = day\n", "\nformat = json\n", "\nmode = 640\n"]:
             self.assertIn(part, told.stdout.decode())
         self.assertSucceeds(vxlogd("--check-config", "-c", self.write("told.ini", told.stdout)), told.stdout)
+        missing = self.path("none/log")
+        config = self.write("place.ini", f"[vxlogd]\nlevel = 1\nlog = {missing}\nlevel = 1\n".encode())
+        for arguments, lines in [
+                (["-c", config], [f"{config}:4: level is already set in line 2", f"{config}:3: log: there is no folder {self.path('none')}"]),
+                (["--log=" + missing, "--http=127.0.0.1:0", "--http-token=" + missing],
+                 [f"--log: there is no folder {self.path('none')}", f"{missing}: no such file or directory"]),
+                (["--log=/"], ["--log: is a directory"])]:
+            result = vxlogd("--check-config", *arguments)
+            self.assertEqual((result.returncode, result.stderr.decode()), (2, "".join(f"vxlogd: {line}\n" for line in lines)))
         for format, name in [("xml", "utf8"), ("json", "csUTF8"), ("xml", "Utf-8")]:
             self.assertEqual(vxlogd("--check-config", f"--format={format}", f"--encoding={name}").returncode, 0, name)
 
@@ -490,6 +499,26 @@ class Signals(Served):
         self.assertEqual(self.texts("log.1"), ["before"])
         self.assertEqual([(entry["level"], entry["text"]) for entry in self.entries()],
                          [("1", "after"), ("2", "new"), ("1", "and on")])
+
+    def test_move_what_can_be_moved_and_name_the_rest(self):
+        text = "[vxlogd]\nlog = {}\nlisten = 127.0.0.1\nport = 0\nworkers = {}\nhttp-host = {}\nhttp = 127.0.0.1:0\nlevel = {}\n"
+        names = [self.path(name) for name in ("first", "second")]
+        config = self.write("vxlogd.ini", text.format(names[0], 1, "a", 1).encode())
+        self.start(config=config)
+
+        def reload(lines, *values):
+            self.write("vxlogd.ini", text.format(*values).encode())
+            told = "".join(f"vxlogd: {line}\n" for line in ["the log is opened anew", *lines])
+            before = self.said()
+            self.server.send_signal(signal.SIGHUP)
+            self.wait_for(lambda: self.said() == before + told)
+
+        reload([], names[0], 1, "a", 2)
+        reload(["the change of workers needs a restart", "the change of http-host needs a restart"], names[1], 2, "b", 2)
+        self.wait_for(lambda: not os.path.exists(self.path(".first.status")))
+        os.mkdir(self.path(".third.status"))
+        reload([f"the socket for --status does not move: {self.path('.third.status')}: it exists already"], self.path("third"), 1, "a", 2)
+        self.assertIn(b"connections", vxlogd("--status", self.path(".second.status")).stdout)
 
     def test_let_it_finish_what_it_has(self):
         for number in [signal.SIGTERM, signal.SIGINT]:

@@ -93,6 +93,7 @@ struct SettingRow {
     vx::util::OptionRow option;
     void (*set)(Settings& settings, const std::string& text);
     std::string (*get)(const Settings& settings);
+    bool needsRestart = false;
 };
 
 constexpr std::size_t MOST_LINE = 1024 * 1024;
@@ -107,10 +108,10 @@ constexpr SettingRow SETTINGS[] = {
          .standard = "localhost",
          .help = "where to listen, with commas; * is everywhere"},
         [](Settings& settings, const std::string& text) { settings.listen = nonEmpty(text); },
-        [](const Settings& settings) { return settings.listen; }},
+        [](const Settings& settings) { return settings.listen; }, true},
     {{.name = "port", .value = "PORT", .standard = "7514", .help = "0 lets the system choose one"},
         [](Settings& settings, const std::string& text) { settings.port = numberIn<unsigned short>(text, 0, 65535); },
-        [](const Settings& settings) { return std::to_string(settings.port); }},
+        [](const Settings& settings) { return std::to_string(settings.port); }, true},
     {{.name = "log",
          .value = "FILE",
          .standard = "vxlogd.log",
@@ -177,7 +178,7 @@ constexpr SettingRow SETTINGS[] = {
          .standard = "1",
          .help = "threads that write the log; with one it keeps the order"},
         [](Settings& settings, const std::string& text) { settings.workers = numberIn(text, 1, 64); },
-        [](const Settings& settings) { return std::to_string(settings.workers); }},
+        [](const Settings& settings) { return std::to_string(settings.workers); }, true},
     {{.name = "level", .value = "LEVEL", .standard = "0", .help = "the level of lines whose client names none"},
         [](Settings& settings, const std::string& text) { settings.level = numberIn(text, -1'000'000, 1'000'000); },
         [](const Settings& settings) { return std::to_string(settings.level); }},
@@ -243,7 +244,7 @@ constexpr SettingRow SETTINGS[] = {
                 static_cast<void>(vxtools::KafkaAddress(text));
             settings.forward = text;
         },
-        [](const Settings& settings) { return settings.forward; }},
+        [](const Settings& settings) { return settings.forward; }, true},
     {{.name = "forward-ack",
          .value = "log|brokers",
          .standard = "log",
@@ -274,16 +275,16 @@ constexpr SettingRow SETTINGS[] = {
                 throw UsageError(NO_PLACE(text));
             settings.http = text;
         },
-        [](const Settings& settings) { return settings.http; }},
+        [](const Settings& settings) { return settings.http; }, true},
     {{.name = "http-token",
          .value = "FILE",
          .help = "show the page only to those who know the token in FILE, which only its owner may read",
          .takes = OptionRow::Takes::FILES},
         [](Settings& settings, const std::string& text) { settings.httpToken = text; },
-        [](const Settings& settings) { return settings.httpToken; }},
+        [](const Settings& settings) { return settings.httpToken; }, true},
     {{.name = "http-host", .value = "NAMES", .help = "names of this machine by which the page is opened, with commas"},
         [](Settings& settings, const std::string& text) { settings.httpHost = text; },
-        [](const Settings& settings) { return settings.httpHost; }},
+        [](const Settings& settings) { return settings.httpHost; }, true},
 };
 
 using Problems = std::vector<Text>;
@@ -320,7 +321,8 @@ void forEachForeignSet(const vx::util::IniDocument& file, Take take)
 
 /// Calls `refuse` with each line that is wrong, and why.
 template <class Refuse>
-void readLines(Settings& settings, const vx::util::IniDocument& file, Refuse refuse)
+void readLines(
+    Settings& settings, const vx::util::IniDocument& file, std::map<std::string, std::size_t>& lines, Refuse refuse)
 {
     for (const vx::util::IniDocument::StrangeLine& line : file.getStrangeLines())
         refuse(line.line, STRANGE_LINE(line.text));
@@ -334,26 +336,32 @@ void readLines(Settings& settings, const vx::util::IniDocument& file, Refuse ref
             SETTINGS, [&](const SettingRow& each) { return isSameName(each.option.name, entry.name); });
         if (row == std::end(SETTINGS))
             refuse(entry.line, UNKNOWN_SETTING(entry.name));
+        else if (const auto [before, isNew] = lines.try_emplace(row->option.name, entry.line); !isNew)
+            refuse(entry.line, SET_TWICE(row->option.name, before->second));
         else if (const std::optional<Text> why = set(settings, *row, entry.value))
             refuse(entry.line, because(row->option.name, *why));
     }
 }
 
-void readFile(Settings& settings, const std::string& path, Problems& problems)
+void readFile(CommandLine& line, const std::string& path)
 {
+    const auto placeOf = [&path](std::size_t number) { return path + ':' + std::to_string(number); };
     try {
         const vxtools::Input readable(path); // throws the reason if it is not
         const auto file = vx::util::IniDocument::load(vxtools::canonicalPath(path));
         std::multimap<std::size_t, Text> wrong; // by line
-        readLines(settings, file, [&](std::size_t line, const Text& why) { wrong.emplace(line, why); });
-        for (const auto& [line, why] : wrong)
-            problems.push_back(because(path + ':' + std::to_string(line), why));
+        std::map<std::string, std::size_t> lines;
+        readLines(line.settings, file, lines, [&](std::size_t number, const Text& why) { wrong.emplace(number, why); });
+        for (const auto& [number, why] : wrong)
+            line.problems.push_back(because(placeOf(number), why));
+        for (const auto& [name, number] : lines)
+            line.places[name] = placeOf(number) + ": " + name;
         if (wrong.empty() && !file.hasSet(SET))
-            problems.push_back(because(path, NO_SET()));
+            line.problems.push_back(because(path, NO_SET()));
     } catch (const vxtools::Failure& failure) {
-        problems.push_back(failure.text());
+        line.problems.push_back(failure.text());
     } catch (const vx::Exception& failure) {
-        problems.push_back(because(path, vxtools::textOf(failure)));
+        line.problems.push_back(because(path, vxtools::textOf(failure)));
     }
 }
 
@@ -431,11 +439,13 @@ CommandLine readSettings(int argc, char** argv)
     if (line.task != Task::SERVE && line.task != Task::CHECK_CONFIG && !asks)
         return line;
     if (const std::string config = given.find("config").value_or(""); !config.empty())
-        readFile(line.settings, config, line.problems);
+        readFile(line, config);
     for (const SettingRow& row : SETTINGS) {
+        const std::string option = std::string("--") + row.option.name;
         for (const std::string& text : given.getAll(row.option.name)) {
+            line.places[row.option.name] = option;
             if (const std::optional<Text> why = set(line.settings, row, text))
-                line.problems.push_back(because(std::string("--") + row.option.name, *why));
+                line.problems.push_back(because(option, *why));
         }
     }
     if (!given.getArguments().empty())
@@ -444,6 +454,16 @@ CommandLine readSettings(int argc, char** argv)
     if (line.task != Task::CHECK_CONFIG && !line.problems.empty())
         throw UsageError(line.problems.front());
     return line;
+}
+
+std::vector<std::string> changesForRestart(const Settings& before, const Settings& now)
+{
+    std::vector<std::string> names;
+    for (const SettingRow& row : SETTINGS) {
+        if (row.needsRestart && row.get(before) != row.get(now))
+            names.emplace_back(row.option.name);
+    }
+    return names;
 }
 
 std::string textOf(const Settings& settings)
@@ -471,7 +491,7 @@ std::string usage(vxtools::Messages& messages)
         "they do not.\n"
         "SIGTERM and SIGINT end the server when all it has received is in the log;\n"
         "SIGHUP opens the log anew and reads the settings again, all but listen, port,\n"
-        "workers, forward, status-socket and those of http.\n"
+        "workers, forward and those of http, which need a restart.\n"
         "The exit status is 0 for success, 1 for a failure or lost lines, 2 for wrong\n"
         "settings."};
     return messages.say(HEAD()) + "\n\n" + vxtools::helpOf(optionTable(), u"vxlogd.help.", messages) + '\n'

@@ -7,6 +7,7 @@
 #include <vx/util/OptionTable.h>
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,7 @@ struct CommandLine {
     Task task = Task::SERVE;
     Settings settings;
     std::vector<vxtools::Text> problems; ///< all that is wrong with the settings, for CHECK_CONFIG only
+    std::map<std::string, std::string> places; ///< where a setting is given: "vxlogd.ini:3: log" or "--log"
     std::string shell; ///< that of a completion
 };
 
@@ -64,6 +66,9 @@ const vx::util::OptionTable& optionTable();
 /// Options override the file that the command line names, and the file overrides the defaults. Throws
 /// vxtools::UsageError that says what is wrong.
 CommandLine readSettings(int argc, char** argv);
+
+/// The names of the settings that differ, and take effect only when the server is started.
+std::vector<std::string> changesForRestart(const Settings& before, const Settings& now);
 
 /// The effective settings in the form of their file.
 std::string textOf(const Settings& settings);

@@ -104,7 +104,7 @@ StatusSocket::StatusSocket(const std::string& path)
         error = bindTo(socket.get(), path);
     }
     if (error != 0)
-        fail(path, error);
+        fail(path, error == EADDRINUSE ? EEXIST : error); // by what is no socket
     if (const auto status = socketAt(path)) {
         m_device = status->st_dev;
         m_inode = status->st_ino;
@@ -121,9 +121,14 @@ StatusSocket::~StatusSocket()
     if (m_thread != nullptr)
         m_thread->join();
     ::close(m_socket);
-    const auto status = socketAt(m_path);
-    if (status && status->st_dev == m_device && status->st_ino == m_inode)
+    if (isAt(m_path))
         ::unlink(m_path.c_str());
+}
+
+bool StatusSocket::isAt(const std::string& path) const
+{
+    const auto status = socketAt(path);
+    return status && status->st_dev == m_device && status->st_ino == m_inode;
 }
 
 void StatusSocket::start(Status& status, Tail& tail)

@@ -26,6 +26,8 @@ public:
     StatusSocket(const StatusSocket&) = delete;
     StatusSocket& operator=(const StatusSocket&) = delete;
 
+    /// Whether `path` is this socket.
+    bool isAt(const std::string& path) const;
     /// Answers on a thread. `status` and `tail` must outlive this object.
     void start(Status& status, Tail& tail);
 

@@ -17,12 +17,15 @@ inline constexpr Message UNKNOWN_SET {u"vxlogd.unknown-set", "unknown set [{0}];
 inline constexpr Message BEFORE_FIRST_SET {u"vxlogd.before-first-set", "{0} stands before the first set"};
 inline constexpr Message UNKNOWN_SETTING {u"vxlogd.unknown-setting", "unknown setting {0}"};
 
+inline constexpr Message SET_TWICE {u"vxlogd.set-twice", "{0} is already set in line {1}"};
+
 inline constexpr Message NO_NUMBER {u"vxlogd.no-number", "\"{0}\" is no number from {1} to {2}"};
 inline constexpr Message NO_CHOICE {u"vxlogd.no-choice", "\"{0}\" is none of {1}"};
 inline constexpr Message NO_MODE {
     u"vxlogd.no-mode", "\"{0}\" is no mode in octal digits, such as 640, in which the owner may write"};
 inline constexpr Message NO_PLACE {
     u"vxlogd.no-place", "\"{0}\" is no host and port, such as 127.0.0.1:7580 or [::1]:0"};
+inline constexpr Message NO_FOLDER {u"vxlogd.no-folder", "there is no folder {0}"};
 inline constexpr Message EMPTY {u"vxlogd.empty", "the text is empty"};
 
 inline constexpr Message ALWAYS_UTF_8 {u"vxlogd.always-utf-8", "a log of format {0} is in UTF-8"};

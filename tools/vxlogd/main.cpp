@@ -15,12 +15,15 @@
 
 #include <vx/Describe.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
@@ -67,8 +70,9 @@ void allowManyDescriptors()
     }
 }
 
-/// `first` are the settings at the start.
-void changeSettings(Server& server, const Settings& first, int argc, char** argv, vxtools::Messages& messages)
+/// `first` are the settings at the start. Returns the new ones, if they are in effect.
+std::optional<Settings> changeSettings(
+    Server& server, const Settings& first, int argc, char** argv, vxtools::Messages& messages)
 {
     try {
         Settings settings = readSettings(argc, argv).settings;
@@ -78,6 +82,9 @@ void changeSettings(Server& server, const Settings& first, int argc, char** argv
             throw vxtools::UsageError(STAYS_FORWARDED());
         server.change(settings);
         complain("the log is opened anew");
+        for (const std::string& name : changesForRestart(first, settings))
+            complain("the change of " + name + " needs a restart");
+        return settings;
     } catch (const vx::Exception& failure) {
         complain("the log cannot be opened anew: " + vx::explain(failure).toUtf8());
     } catch (const vxtools::UsageError& failure) {
@@ -85,6 +92,7 @@ void changeSettings(Server& server, const Settings& first, int argc, char** argv
     } catch (const std::exception& failure) {
         complain(messages.say(SETTINGS_STAY(failure.what())));
     }
+    return std::nullopt;
 }
 
 /// Null if there is none, or if it cannot be opened and the user has not chosen its path: then `why` is the reason.
@@ -108,6 +116,25 @@ std::unique_ptr<StatusSocket> openStatus(const Settings& settings, std::string& 
     }
 }
 
+/// The settings have changed: another place, or none, may be the right one. If it cannot be used, the old one stays.
+void moveStatus(std::unique_ptr<StatusSocket>& socket, const Settings& settings, Status& status, Tail& tail)
+{
+    if (socket != nullptr && socket->isAt(statusPath(settings)))
+        return;
+    std::string why;
+    try {
+        std::unique_ptr<StatusSocket> other = openStatus(settings, why);
+        if (other != nullptr)
+            other->start(status, tail);
+        if (why.empty())
+            socket = std::move(other);
+    } catch (const vxtools::Failure& failure) {
+        why = failure.what();
+    }
+    if (!why.empty())
+        complain("the socket for --status does not move: " + why);
+}
+
 void serve(const Settings& settings, int argc, char** argv, vxtools::Messages& messages)
 {
     endAtOnceBySignals();
@@ -128,7 +155,7 @@ void serve(const Settings& settings, int argc, char** argv, vxtools::Messages& m
             counts.forward = forwarder->getCounts();
         return counts;
     });
-    const std::unique_ptr<StatusSocket> statusSocket = std::move(opened); // ends before what it asks
+    std::unique_ptr<StatusSocket> statusSocket = std::move(opened); // ends before what it asks
     if (forwarder != nullptr)
         forwarder->start();
     const auto page
@@ -146,7 +173,8 @@ void serve(const Settings& settings, int argc, char** argv, vxtools::Messages& m
     for (int signal = 0; signal != SIGTERM && signal != SIGINT;) {
         if (::sigwait(&signals, &signal) == 0 && signal == SIGHUP) {
             tellManagerOfReload();
-            changeSettings(server, settings, argc, argv, messages);
+            if (const std::optional<Settings> changed = changeSettings(server, settings, argc, argv, messages))
+                moveStatus(statusSocket, *changed, status, server.getTail());
             tellManager("READY=1");
         }
     }
@@ -158,15 +186,41 @@ void serve(const Settings& settings, int argc, char** argv, vxtools::Messages& m
         throw vxtools::Failure(settings.log, std::to_string(lost) + " received lines are not in the log");
 }
 
+/// What is wrong with the place of the log; nothing if it may be right. A folder that only another user may see is right.
+std::optional<vxtools::Text> problemOf(const std::string& log)
+{
+    using std::filesystem::file_type;
+    std::error_code error;
+    const std::filesystem::path path(log);
+    const file_type folder = std::filesystem::status(path.has_parent_path() ? path.parent_path() : ".", error).type();
+    if (folder == file_type::not_found || (folder != file_type::none && folder != file_type::directory))
+        return NO_FOLDER(path.parent_path().native());
+    if (std::filesystem::is_directory(path, error))
+        return vxtools::textOfError(EISDIR);
+    return std::nullopt;
+}
+
+/// Calls `work`, and adds its failure to the problems.
+template <class Work>
+void attempt(CommandLine& line, Work&& work)
+{
+    try {
+        work();
+    } catch (const vxtools::Failure& failure) {
+        line.problems.push_back(failure.text());
+    }
+}
+
 /// Returns the exit code.
 int check(CommandLine line, vxtools::Messages& messages)
 {
     constexpr int WRONG_SETTINGS = 2;
-    try {
-        openTls(line.settings);
-    } catch (const vxtools::Failure& failure) {
-        line.problems.push_back(failure.text());
+    if (const std::optional<vxtools::Text> why = problemOf(line.settings.log)) {
+        const auto place = line.places.find("log");
+        line.problems.push_back(vxtools::Failure(place != line.places.end() ? place->second : "log", *why).text());
     }
+    attempt(line, [&] { openTls(line.settings); });
+    attempt(line, [&] { http::checkPage(line.settings); });
     for (const vxtools::Text& problem : line.problems)
         complain(messages.say(problem));
     if (!line.problems.empty())

@@ -10,7 +10,7 @@ class Page::Site { };
 
 Page::Page(const Settings& settings, Status&, Tail&)
 {
-    throw vxtools::Failure("--http=" + settings.http, "this vxlogd was built without the page (cpp-httplib)");
+    checkPage(settings);
 }
 
 Page::~Page() = default;
@@ -21,5 +21,11 @@ std::string Page::getAddress() const
 }
 
 void Page::start() { }
+
+void checkPage(const Settings& settings)
+{
+    if (!settings.http.empty())
+        throw vxtools::Failure("--http=" + settings.http, "this vxlogd was built without the page (cpp-httplib)");
+}
 
 } // namespace vxlogd::http

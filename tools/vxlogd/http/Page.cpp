@@ -300,4 +300,10 @@ void Page::start()
     m_site->start();
 }
 
+void checkPage(const Settings& settings)
+{
+    if (!settings.http.empty())
+        Guard(settings.httpToken, {});
+}
+
 } // namespace vxlogd::http

@@ -32,4 +32,7 @@ private:
     const std::unique_ptr<Site> m_site;
 };
 
+/// Throws vxtools::Failure if the settings ask for a page whose token cannot be read, or for one that this program lacks.
+void checkPage(const Settings& settings);
+
 } // namespace vxlogd::http
