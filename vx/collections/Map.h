@@ -61,6 +61,12 @@ public:
     /// The wrapped map. Adds no reference.
     vorb::Map* getMap() const noexcept { return m_map.get(); }
 
+    /// To elements that `ToEntry` takes.
+    Reference<vorb::ConstIterator> createEntryIterator() const
+    {
+        const Reference<const vorb::Set> entries = std::as_const(*m_map).createEntrySet();
+        return entries->createConstIterator();
+    }
     struct ToEntry {
         Entry operator()(const Reference<IVXUnknown>& element) const
         {
@@ -69,11 +75,7 @@ public:
         }
     };
     using Walk = detail::Walk<vorb::ConstIterator, ToEntry>;
-    Walk begin() const
-    {
-        const Reference<const vorb::Set> entries = std::as_const(*m_map).createEntrySet();
-        return Walk(entries->createConstIterator());
-    }
+    Walk begin() const { return Walk(createEntryIterator()); }
     Walk end() const noexcept { return {}; }
 
 private:

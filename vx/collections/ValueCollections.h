@@ -5,6 +5,7 @@
 #include "vx/String.h"
 #include "vx/collections/List.h"
 #include "vx/collections/Map.h"
+#include "vx/collections/detail/Walk.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
 
@@ -197,6 +198,11 @@ private:
 /// collections::ValueMap<std::u16string, int> ages {{u"Ada", 36}, {u"Ole", 7}};
 /// ages.put(u"Ole", 8);
 /// assert(ages.get(u"Ole") == 8 && !ages.get(u"Ida"));
+/// assert(ages.update(u"Ida", [](int age) { return age + 1; }) == 1);
+/// int sum = 0;
+/// for (const auto& [name, age] : ages)
+///     sum += age;
+/// assert(sum == 36 + 8 + 1);
 /// @endcode
 template <detail::Boxed K, detail::Boxed V>
 class ValueMap {
@@ -205,6 +211,16 @@ class ValueMap {
 
 public:
     using Objects = Map<typename KeyBox::Class, typename ValueBox::Class>;
+
+    struct ToPair {
+        std::pair<K, V> operator()(const Reference<IVXUnknown>& element) const
+        {
+            const auto [key, value] = typename Objects::ToEntry()(element);
+            return {KeyBox::unbox(*key), ValueBox::unbox(*value)};
+        }
+    };
+    /// To pairs of key and value, in one pass. A step after a change of the map throws Exception, unless no entry is left.
+    using Iterator = detail::Walk<vorb::ConstIterator, ToPair>;
 
     ValueMap()
         : m_map(new vorb::HashMap)
@@ -223,6 +239,14 @@ public:
     std::optional<V> get(const K& key) const { return unboxed(m_map.get(KeyBox::box(key).get())); }
     /// Returns the value; nothing for a key that does not exist.
     std::optional<V> remove(const K& key) { return unboxed(m_map.remove(KeyBox::box(key).get())); }
+    /// Replaces the value of `key` by `change(value)`, and returns that. `change` gets `V()` for a key that does not exist.
+    template <std::invocable<V> Change>
+    V update(const K& key, Change change)
+    {
+        V changed = std::invoke(change, get(key).value_or(V()));
+        put(key, changed);
+        return changed;
+    }
     bool containsKey(const K& key) const { return m_map.containsKey(KeyBox::box(key).get()); }
     int getSize() const { return m_map.getSize(); }
     bool isEmpty() const { return m_map.isEmpty(); }
@@ -232,9 +256,12 @@ public:
     template <std::invocable<K, V> Take>
     void forEach(Take take) const
     {
-        for (const auto& [key, value] : m_map)
-            take(KeyBox::unbox(*key), ValueBox::unbox(*value));
+        for (const auto& [key, value] : *this)
+            take(key, value);
     }
+
+    Iterator begin() const { return Iterator(m_map.createEntryIterator()); }
+    Iterator end() const noexcept { return {}; }
 
     /// The map of boxes.
     Objects& getMap() noexcept { return m_map; }

@@ -194,6 +194,11 @@ TEST(ValueCollections, HoldPlainValues)
     std::uint64_t sum = 0;
     ages.forEach([&sum](const std::u16string& name, std::uint32_t age) { sum += name.size() * age; });
     EXPECT_EQ(sum, 3 * (37 + std::uint64_t {UINT32_MAX}));
+    for (const auto& [name, age] : std::as_const(ages))
+        sum -= name.size() * age;
+    EXPECT_EQ(sum, 0U);
+    const auto twice = [](std::uint32_t number) { return number * 2 + 1; };
+    EXPECT_TRUE(ages.update(u"Ida", twice) == 1 && ages.update(u"Ida", twice) == 3 && ages.remove(u"Ida") == 3U);
     EXPECT_TRUE(ages.get(u"Ada") == 37U && ages.get(u"ada") == std::nullopt);
     EXPECT_TRUE(ages.remove(u"Ole") == UINT32_MAX && ages.remove(u"Ole") == std::nullopt);
     const ValueMap<Colour, double> shades {{Colour::RED, 0.5}};
