@@ -4,6 +4,7 @@
 #include "tests/vxsys/Scratch.h"
 #include "vx/Describe.h"
 #include "vx/Occasion.h"
+#include "vx/collections/ValueCollections.h"
 #include "vx/exec/Process.h"
 #include "vx/exec/SharedLibrary.h"
 #include "vx/io/FileInputStream.h"
@@ -11,6 +12,8 @@
 #include "vx/ipc/SharedMemory.h"
 #include "vx/net/SocketResult.h"
 #include "vx/net/vorb/VorbTransport.h"
+#include "vx/util/IniFile.h"
+#include "vx/util/IniFileIterator.h"
 #include "vx/util/PropertySet.h"
 #include "vx/util/RegistryKey.h"
 #include "vxsys/Registry.h"
@@ -82,6 +85,8 @@ TEST(Describe, NamesTheOperationAndItsObject)
     const String path((scratch / "missing/x").string());
     const std::string file = path.toUtf8();
     const util::RegistryKey key(VX_HKEY_USER, u"None");
+    collections::ValueList<int> numbers {1, 2};
+    collections::ValueMap<int, int> ages {{1, 2}, {5, 6}};
     struct {
         std::function<void()> work;
         std::string text;
@@ -102,6 +107,19 @@ TEST(Describe, NamesTheOperationAndItsObject)
             "create transport No.Such.Transport: the component does not have this class"},
         {[&] { util::PropertySet().get(u"port"); }, "get property port: unspecified failure"},
         {[] { throw ResultException(RESULT_ACCESS_DENIED, u"open x: permission denied"); }, "open x: permission denied"},
+        {[&] { util::IniFile(path.getData(), nullptr, 1); }, "open " + file + ": no such file or directory"},
+        {[&] {
+             util::IniFile ini(path.getData(), nullptr, 0);
+             util::IniFileKeyIterator(ini, u"a b");
+         },
+            "list the keys of a b: no such file or directory"},
+        {[&] { numbers.get(5); }, "use index 5 of a list of 2: invalid argument"},
+        {[&] { numbers.add(-1, 0); }, "use index -1 of a list of 2: invalid argument"},
+        {[&] {
+             for (const auto& entry : ages)
+                 ages.put(entry.first + 1, 0);
+         },
+            "iterate over a collection that has changed meanwhile: unspecified failure"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(described(row.work), row.text);
@@ -140,10 +158,18 @@ TEST(Occasion, LivesAsLongAsItsException)
         EXPECT_EQ(described([&] { during(u"second", u"", [] { throw Exception(); }); }), "second: unspecified failure");
         copy = first;
     }
+    EXPECT_EQ(getCause(copy), RESULT_FAIL);
+    noteCause(copy, RESULT_DISK_FULL);
+    noteCause(copy, RESULT_NOT_FOUND);
+    EXPECT_EQ(getCause(Exception(copy)), RESULT_DISK_FULL) << "the first one";
+    EXPECT_EQ(explain(copy).toUtf8(), "first: the disk is full");
+    const ResultException exact(RESULT_ACCESS_DENIED);
+    noteCause(exact, RESULT_DISK_FULL);
+    EXPECT_EQ(getCause(exact), RESULT_ACCESS_DENIED) << "the class has one";
     EXPECT_EQ(getOccasion(copy), u"first");
     EXPECT_EQ(getOccasion(Exception(copy)), u"first");
     copy = other;
-    EXPECT_TRUE(getOccasion(copy).isEmpty());
+    EXPECT_TRUE(getOccasion(copy).isEmpty() && getCause(copy) == RESULT_FAIL);
 }
 
 TEST(Occasion, BelongsToTheExceptionOnEveryThread)

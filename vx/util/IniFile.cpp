@@ -1,5 +1,6 @@
 #include "vx/util/IniFile.h"
 
+#include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/TerminatedText.h"
 #include "vx/detail/StringLocks.h"
@@ -97,7 +98,8 @@ IniFile::IniFile(const char16_t* path, const char* semaphoreName, short mustExis
 {
     const sync::ScopedWait lock(m_lock.get());
     if (load() == NOT_LOADED && mustExist != 0)
-        throw IniFileException(IniFileException::TYPE_FILE_NOT_OPENED, m_path);
+        throwDuring(u"open", m_path, IniFileException(IniFileException::TYPE_FILE_NOT_OPENED, m_path),
+            m_readResult < 0 ? m_readResult : RESULT_NOT_FOUND);
 }
 
 IniFile::IniFile(const IniFile& other)

@@ -1,5 +1,6 @@
 #include "vx/util/IniFileIterator.h"
 
+#include "vx/Occasion.h"
 #include "vx/sync/ScopedWait.h"
 #include "vx/util/IniFile.h"
 #include "vx/util/IniFileException.h"
@@ -23,7 +24,8 @@ String IniFileIteratorBase::getSetName() const
 String IniFileIteratorBase::take(const std::vector<String>& names, std::size_t& position) const
 {
     if (position == names.size())
-        throw IniFileException(IniFileException::TYPE_NO_MORE_ELEMENTS, String());
+        throwDuring(
+            u"get", u"a name past the last one", IniFileException(IniFileException::TYPE_NO_MORE_ELEMENTS, String()));
     return names[position++];
 }
 
@@ -69,7 +71,8 @@ IniFileKeyIterator::IniFileKeyIterator(IniFile& file, const char16_t* set)
     if (file.m_sets.contains(name))
         m_names = file.ListKeys(name);
     else if (!file.SetExists(name))
-        throw IniFileException(IniFileException::TYPE_NO_SUCH_SET, name);
+        throwDuring(
+            u"list the keys of", name, IniFileException(IniFileException::TYPE_NO_SUCH_SET, name), RESULT_NOT_FOUND);
 }
 
 IniFileKeyIterator::~IniFileKeyIterator() = default;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/Exception.h"
+#include "vx/collections/detail/Failures.h"
 #include "vx/detail/ChainIndex.h"
 #include "vx/detail/HashOrder.h"
 #include "vxsys/Memory.h"
@@ -295,7 +295,7 @@ template <class Projection>
 auto HashTable<Item, KeyOrder>::Walk<Projection>::operator++() -> Walk&
 {
     if (m_expectedCount != m_table->m_modificationCount)
-        throw Exception();
+        throwChanged();
     m_index = m_table->next(m_index);
     findHead();
     return *this;

@@ -55,7 +55,7 @@ Reference<ConstIterator> AbstractList::createConstIterator() const
 
 bool AbstractList::addAll(int index, const Collection& other)
 {
-    detail::checkIndex(index, getSize() + 1);
+    detail::checkPosition(index, getSize());
     bool changed = false;
     const Reference<ListIterator> place = createListIterator(index);
     const Reference<ConstIterator> elements = other.createConstIterator();
@@ -68,20 +68,22 @@ bool AbstractList::addAll(int index, const Collection& other)
 
 Reference<ListIterator> AbstractList::createListIterator(int index)
 {
-    detail::checkIndex(index, getSize() + 1);
+    detail::checkPosition(index, getSize());
     return newIterator(index);
 }
 
 Reference<ConstListIterator> AbstractList::createConstListIterator(int index) const
 {
-    detail::checkIndex(index, getSize() + 1);
+    detail::checkPosition(index, getSize());
     return behindConstView(this)->newIterator(index);
 }
 
 Reference<List> AbstractList::createSubList(int from, int to)
 {
     if (from < 0 || to > getSize() || to < from)
-        throw RangeErrorException();
+        throwDuring(u"take",
+            String::valueOf(from) + u" to " + String::valueOf(to) + u" of a list of " + String::valueOf(getSize()),
+            RangeErrorException(), RESULT_INVALID_ARGUMENT);
     return new AbstractListSubList(this, from, to);
 }
 

@@ -1,6 +1,7 @@
 #include "vx/collections/vorb/AbstractListIterator.h"
 
 #include "vx/Exceptions.h"
+#include "vx/collections/detail/Failures.h"
 
 namespace vx::collections::vorb {
 
@@ -107,7 +108,7 @@ void AbstractListIterator::checkLast() const
 
 void AbstractListIterator::throwChanged()
 {
-    throw Exception();
+    collections::detail::throwChanged();
 }
 
 } // namespace vx::collections::vorb

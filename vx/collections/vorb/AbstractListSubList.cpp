@@ -1,6 +1,7 @@
 #include "vx/collections/vorb/AbstractListSubList.h"
 
 #include "vx/Exceptions.h"
+#include "vx/collections/detail/Failures.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/collections/vorb/detail/Search.h"
@@ -29,7 +30,7 @@ public:
     Reference<IVXUnknown> next() override
     {
         if (!hasNext())
-            throw Exception();
+            collections::detail::throwAtEnd();
         return m_elements->next();
     }
 
@@ -50,7 +51,7 @@ public:
     Reference<IVXUnknown> previous() override
     {
         if (!hasPrevious())
-            throw Exception();
+            collections::detail::throwAtEnd();
         return m_elements->previous();
     }
     int nextIndex() override { return m_elements->nextIndex() - m_list->m_offset; }
@@ -134,7 +135,7 @@ int AbstractListSubList::getSize() const
 bool AbstractListSubList::add(int index, IVXUnknown* element)
 {
     const Reference<IVXUnknown> counted(element); // first: a new object is released if the operation fails
-    detail::checkIndex(index, m_size + 1);
+    detail::checkPosition(index, m_size);
     check();
     if (!m_parent->add(m_offset + index, element))
         return false;
@@ -148,7 +149,7 @@ bool AbstractListSubList::addAll(int index, const Collection& other)
     ArrayList* const storage = findStorage(offset);
     if (storage == nullptr || !storage->isApartFrom(other))
         return AbstractList::addAll(index, other);
-    detail::checkIndex(index, m_size + 1);
+    detail::checkPosition(index, m_size);
     auto elements = ArrayList::elementsOf(other);
     storage->insert(offset + index, elements);
     storageChanged(static_cast<int>(elements.size()));
@@ -166,13 +167,13 @@ Reference<IVXUnknown> AbstractListSubList::remove(int index)
 
 Reference<ListIterator> AbstractListSubList::createListIterator(int index)
 {
-    detail::checkIndex(index, m_size + 1);
+    detail::checkPosition(index, m_size);
     return new SubListIterator(this, index);
 }
 
 Reference<ConstListIterator> AbstractListSubList::createConstListIterator(int index) const
 {
-    detail::checkIndex(index, m_size + 1);
+    detail::checkPosition(index, m_size);
     return new SubListIterator(const_cast<AbstractListSubList*>(this), index);
 }
 
@@ -213,7 +214,7 @@ ArrayList* AbstractListSubList::findStorage(int& offset) noexcept
 void AbstractListSubList::check() const
 {
     if (m_expectedCount != m_parent->m_modificationCount)
-        throw Exception();
+        collections::detail::throwChanged();
 }
 
 void AbstractListSubList::changed(int change) noexcept

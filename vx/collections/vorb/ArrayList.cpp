@@ -129,7 +129,7 @@ bool ArrayList::remove(const IVXUnknown* element)
     if (index < 0)
         return false;
     if (expectedCount != m_modificationCount)
-        throw Exception();
+        collections::detail::throwChanged();
     remove(index);
     return true;
 }
@@ -154,7 +154,7 @@ int ArrayList::getSize() const
 bool ArrayList::add(int index, IVXUnknown* element)
 {
     Reference<IVXUnknown> counted(element);
-    detail::checkIndex(index, m_size + 1);
+    detail::checkPosition(index, m_size);
     if (m_size == m_capacity)
         makeRoom();
     IVXUnknown** place = m_elements.get() + index;
@@ -169,7 +169,7 @@ bool ArrayList::addAll(int index, const Collection& other)
 {
     if (isDerived(*this) || !isApartFrom(other))
         return AbstractList::addAll(index, other);
-    detail::checkIndex(index, m_size + 1);
+    detail::checkPosition(index, m_size);
     Elements elements = elementsOf(other);
     insert(index, elements);
     return !elements.empty();
@@ -224,7 +224,7 @@ int ArrayList::find(const IVXUnknown* element, int index, int step) const
     const std::uint32_t expectedCount = m_modificationCount;
     for (; index >= 0 && index < m_size; index += step) {
         if (expectedCount != m_modificationCount)
-            throw Exception();
+            collections::detail::throwChanged();
         if (wanted.isEqualTo(m_elements[index]))
             return index;
     }
@@ -301,7 +301,7 @@ ArrayList::Elements ArrayList::takeForeign(int from, int to, const Collection& o
             const Reference<IVXUnknown> element = m_elements[index];
             const bool isForeign = !other.contains(element.get());
             if (expectedCount != m_modificationCount)
-                throw Exception();
+                collections::detail::throwChanged();
             if (isForeign)
                 foreign.push_back(index);
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/Exception.h"
+#include "vx/collections/detail/Failures.h"
 #include "vx/collections/vorb/AbstractList.h"
 #include "vx/detail/RawArray.h"
 #include "vxsys/Memory.h"
@@ -104,7 +104,7 @@ public:
     IVXUnknown* operator*() const
     {
         if (m_expectedCount != m_list->m_modificationCount)
-            throw Exception();
+            collections::detail::throwChanged();
         return m_list->m_elements[m_index];
     }
     Look& operator++() noexcept

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/Exception.h"
+#include "vx/collections/detail/Failures.h"
 #include "vx/collections/detail/HashTable.h"
 #include "vx/collections/vorb/AbstractMap.h"
 #include "vx/collections/vorb/HashMapEntry.h"
@@ -111,7 +111,7 @@ private:
     void check(std::uint32_t expectedCount) const
     {
         if (expectedCount != m_modificationCount)
-            throw Exception();
+            collections::detail::throwChanged();
     }
 
     Table m_table;

@@ -1,6 +1,7 @@
 #include "vx/collections/vorb/HashMapIterator.h"
 
 #include "vx/Exceptions.h"
+#include "vx/collections/detail/Failures.h"
 
 #include <utility>
 
@@ -34,7 +35,7 @@ Reference<IVXUnknown> HashMapIterator::next()
 {
     m_map->check(m_expectedCount);
     if (!hasNext())
-        throw Exception();
+        collections::detail::throwAtEnd();
     Reference<IVXUnknown> result = part(m_next);
     m_last = std::exchange(m_next, m_map->m_table.next(m_next));
     return result;

@@ -1,5 +1,6 @@
 #include "vx/collections/vorb/LinkedList.h"
 
+#include "vx/collections/detail/Failures.h"
 #include "vx/collections/vorb/AbstractListIterator.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/collections/vorb/detail/Search.h"
@@ -43,7 +44,7 @@ protected:
     }
     bool addAt(int index, IVXUnknown* element) override
     {
-        detail::checkIndex(index, size() + 1);
+        detail::checkPosition(index, size());
         keep(m_nodesOf.link(seek(index), element), index);
         return true;
     }
@@ -151,7 +152,7 @@ bool LinkedList::remove(const IVXUnknown* element)
     if (found.index < 0)
         return false;
     if (expectedCount != m_modificationCount)
-        throw Exception();
+        collections::detail::throwChanged();
     unlink(m_nodes.erase(found.node, found.node)); // returns the position as one that may be changed
     return true;
 }
@@ -164,7 +165,7 @@ int LinkedList::getSize() const
 bool LinkedList::add(int index, IVXUnknown* element)
 {
     const Reference<IVXUnknown> counted(element);
-    detail::checkIndex(index, getSize() + 1);
+    detail::checkPosition(index, getSize());
     link(internalGet(index), element);
     return true;
 }
@@ -203,7 +204,7 @@ int LinkedList::lastIndexOf(const IVXUnknown* element) const
     Nodes::const_iterator node = m_nodes.end();
     for (int index = getSize() - 1; index >= 0; --index) {
         if (expectedCount != m_modificationCount)
-            throw Exception();
+            collections::detail::throwChanged();
         --node;
         if (wanted.isEqualTo(node->get()))
             return index;
@@ -218,7 +219,7 @@ void LinkedList::Look::take()
     if (m_isAtEnd)
         return;
     if (m_expectedCount != m_list->m_modificationCount)
-        throw Exception();
+        collections::detail::throwChanged();
     m_node = m_index == 0 ? m_list->m_nodes.begin() : std::next(m_node);
     m_element = *m_node;
 }
@@ -238,7 +239,7 @@ LinkedList::Found LinkedList::find(const IVXUnknown* element) const
     Nodes::const_iterator node = m_nodes.begin();
     for (int index = 0; index < getSize(); ++index) {
         if (expectedCount != m_modificationCount)
-            throw Exception();
+            collections::detail::throwChanged();
         if (index > 0)
             ++node;
         if (wanted.isEqualTo(node->get()))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/Exceptions.h"
+#include "vx/Occasion.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -23,11 +24,25 @@ constexpr int grownCapacity(int capacity) noexcept
     return std::clamp(capacity + capacity / 2, capacity + 1, MAX_LENGTH);
 }
 
-/// Throws RangeErrorException for an index below 0, or equal to or above `end`.
-inline void checkIndex(int index, int end)
+[[noreturn]] inline void throwOutOfRange(int index, int size)
 {
-    if (index < 0 || index >= end)
-        throw RangeErrorException();
+    throwDuring(
+        u"use index", [&] { return String::valueOf(index) + u" of a list of " + String::valueOf(size); },
+        RangeErrorException(), RESULT_INVALID_ARGUMENT);
+}
+
+/// Throws RangeErrorException if a list of `size` elements has none at `index`.
+inline void checkIndex(int index, int size)
+{
+    if (index < 0 || index >= size)
+        throwOutOfRange(index, size);
+}
+
+/// As above, but the end of the list is a position too.
+inline void checkPosition(int index, int size)
+{
+    if (index < 0 || index > size)
+        throwOutOfRange(index, size);
 }
 
 } // namespace vx::collections::vorb::detail
