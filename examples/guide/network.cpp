@@ -10,7 +10,7 @@ void echo(net::TcpSocket& client)
     const Reference<io::BufferedReader> in(
         new io::BufferedReader(new io::InputStreamReader(client.getInputStream().get(), u"UTF-8", 4096), 4096));
     const Reference<io::Writer> out(new io::OutputStreamWriter(client.getOutputStream().get(), u"UTF-8", 4096));
-    for (String line; in->readLine(line) >= 0;) {
+    for (String line; in->readLimitedLine(line, 1000) >= 0;) { // a longer line is an io::IoException
         out->write(line + u" — and so it is.\n");
         out->flush();
     }

@@ -12,7 +12,7 @@ int main()
     net::TcpServer server({.hosts = {"127.0.0.1"}, .port = 0, .mostConnections = 10}, [](net::TcpSocket& client) {
         io::BufferedReader in(new io::InputStreamReader(client.getInputStream().get(), u"UTF-8", 4096), 4096);
         io::OutputStreamWriter out(client.getOutputStream().get(), u"UTF-8", 4096);
-        for (String line; in.readLine(line) >= 0;) {
+        for (String line; in.readLimitedLine(line, 1000) >= 0;) { // a longer line ends the connection
             out.write(String::formatted(u"{0} units\n", line.getLength()));
             out.flush();
         }

@@ -2,8 +2,12 @@
 
 #include "vx/String.h"
 #include "vx/detail/StringLocks.h"
+#include "vx/io/IoException.h"
 #include "vx/io/detail/BufferedInput.h"
 #include "vx/io/detail/LineScan.h"
+
+#include <algorithm>
+#include <limits>
 
 namespace vx::io {
 
@@ -73,6 +77,12 @@ void BufferedReader::reset()
 
 std::int32_t BufferedReader::readLine(String& line)
 {
+    return readLimitedLine(line, std::numeric_limits<std::int32_t>::max());
+}
+
+std::int32_t BufferedReader::readLimitedLine(String& line, std::int32_t maximum)
+{
+    maximum = std::max(maximum, 1);
     ensureOpen();
     std::int32_t total = 0;
     bool isFirst = true;
@@ -85,7 +95,8 @@ std::int32_t BufferedReader::readLine(String& line)
                 return total != 0 ? total : -1;
         }
         const char16_t* start = m_buffer.get() + m_position;
-        const std::int32_t length = detail::findLineEnd(start, m_count - m_position);
+        const std::int32_t found = detail::findLineEnd(start, m_count - m_position);
+        const std::int32_t length = std::min(found, maximum - total);
         if (isFirst)
             assign(line, start, length);
         else
@@ -93,6 +104,8 @@ std::int32_t BufferedReader::readLine(String& line)
         isFirst = false;
         total += length;
         m_position += length;
+        if (length < found)
+            throw IoException(u"the line is longer than " + String::valueOf(maximum) + u" units");
     } while (Input::isEmpty(*this));
 
     if (m_buffer[m_position++] == CARRIAGE_RETURN) {

@@ -45,6 +45,9 @@ public:
     /// text, with `line` empty. If the source fails, `line` has what was read of the line, and the next call reads the
     /// rest of it.
     virtual std::int32_t readLine(String& line);
+    /// `readLine` for text of an untrusted source. Throws IoException for a line of more than `maximum` units; `line` has
+    /// the first `maximum` ones, and the next call reads the rest. A `maximum` below 1 is taken as 1.
+    std::int32_t readLimitedLine(String& line, std::int32_t maximum);
 
 private:
     friend struct detail::BufferedInput<BufferedReader>;

@@ -66,6 +66,30 @@ TEST(ReadLine, ContinuesALineWhoseSourceHasFailed)
     }
 }
 
+TEST(ReadLimitedLine, RefusesALineThatIsTooLongAndContinuesIt)
+{
+    const std::pair<std::int32_t, const char16_t*> rows[] = {// the limit, and what it reads; a refusal ends with "!"
+        {0, u"a!b|c|0!1!2!3!4!5!6!7!8!9!x!y|"}, {1, u"a!b|c|0!1!2!3!4!5!6!7!8!9!x!y|"}, {2, u"ab|c|01!23!45!67!89!xy|"},
+        {5, u"ab|c|01234!56789!xy|"}, {11, u"ab|c|0123456789x!y|"}, {12, u"ab|c|0123456789xy|"},
+        {INT32_MAX, u"ab|c|0123456789xy|"}};
+    std::string events;
+    for (const auto& [limit, told] : rows) {
+        for (const int piece : {1, 2, 16}) {
+            const auto reader = linesOf(u"ab\r\nc\n0123456789xy\r\n", 16, piece, events);
+            String found, line;
+            for (std::int32_t length = 0; length >= 0;) {
+                try {
+                    length = reader->readLimitedLine(line, limit);
+                    found += length < 0 ? u"" : line + u"|";
+                } catch (const IoException&) {
+                    found += line + u"!";
+                }
+            }
+            EXPECT_EQ(found, told) << limit << ' ' << piece;
+        }
+    }
+}
+
 TEST(PrintWriter, StandsInItsOrder)
 {
 #define SLOT(operation, ...) slotOf<void (PrintWriter::*)(__VA_ARGS__)>(&PrintWriter::operation)
