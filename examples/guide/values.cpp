@@ -21,4 +21,8 @@ int main()
     gross.setScale(2, math::RoundingMode::HALF_EVEN);
     std::cout << ", rounded " << gross << '\n';
     std::cout << std::boolalpha << (123456789012345678901234567890_big * -2_big < 0_big) << '\n';
+
+    const auto time = log::ZonedTimeStamp::tryParse(u"2026-11-19T02:58:01+01:00"); // RFC 3339
+    if (time)
+        std::cout << *time << " is " << time->getMoment() / 1000 << " seconds after 1970-01-01T00:00:00Z\n";
 }

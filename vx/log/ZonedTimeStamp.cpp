@@ -4,6 +4,8 @@
 #include "vx/String.h"
 #include "vx/detail/TextBuilder.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <iterator>
@@ -24,6 +26,58 @@ void appendDigits(vx::detail::TextBuilder& text, unsigned number, std::size_t di
         number /= TEN;
     } while (place > 0 && (number != 0 || std::size(units) - place < digits));
     text.append({units + place, std::size(units) - place});
+}
+
+constexpr std::u16string_view DIGITS = u"0123456789";
+
+/// Removes a number of `digits` digits from the beginning of `text`.
+bool takeNumber(std::u16string_view& text, std::size_t digits, unsigned& number)
+{
+    constexpr unsigned TEN = 10;
+    if (text.size() < digits || text.substr(0, digits).find_first_not_of(DIGITS) != text.npos)
+        return false;
+    number = 0;
+    for (const char16_t unit : text.substr(0, digits))
+        number = number * TEN + (unit - u'0');
+    text.remove_prefix(digits);
+    return true;
+}
+
+/// Removes the first unit if it is one of `accepted`.
+bool takeUnit(std::u16string_view& text, std::u16string_view accepted)
+{
+    if (text.empty() || accepted.find(text.front()) == accepted.npos)
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+/// A point and at least one digit, or nothing.
+bool takeMilliseconds(std::u16string_view& text, unsigned& milliseconds)
+{
+    constexpr std::size_t KEPT = 3;
+    if (!takeUnit(text, u"."))
+        return true;
+    const std::size_t count = std::min(text.find_first_not_of(DIGITS), text.size());
+    std::u16string kept(text.substr(0, std::min(count, KEPT)));
+    kept.resize(KEPT, u'0');
+    text.remove_prefix(count);
+    std::u16string_view digits = kept;
+    return count > 0 && takeNumber(digits, KEPT, milliseconds);
+}
+
+bool takeOffset(std::u16string_view& text, std::int32_t& minutesAhead)
+{
+    if (takeUnit(text, u"Zz"))
+        return true;
+    const std::int32_t direction = text.starts_with(u'-') ? -1 : 1;
+    unsigned hours = 0;
+    unsigned minutes = 0;
+    if (!takeUnit(text, u"+-") || !takeNumber(text, 2, hours) || !takeUnit(text, u":") || !takeNumber(text, 2, minutes)
+        || hours > 23 || minutes > 59)
+        return false;
+    minutesAhead = direction * static_cast<std::int32_t>(hours * 60 + minutes);
+    return true;
 }
 
 } // namespace
@@ -47,6 +101,32 @@ ZonedTimeStamp::ZonedTimeStamp(const ZonedTime& time) noexcept
 }
 
 ZonedTimeStamp::~ZonedTimeStamp() noexcept = default;
+
+std::optional<ZonedTimeStamp> ZonedTimeStamp::tryParse(std::u16string_view text)
+{
+    using namespace std::chrono;
+
+    unsigned parts[6] = {}; // year to second
+    constexpr std::u16string_view AFTER[] = {u"-", u"-", u"Tt ", u":", u":"};
+    for (std::size_t index = 0; index < std::size(parts); ++index) {
+        if (!takeNumber(text, index == 0 ? 4 : 2, parts[index])
+            || (index < std::size(AFTER) && !takeUnit(text, AFTER[index])))
+            return std::nullopt;
+    }
+    unsigned milliseconds = 0;
+    ZonedTime zoned {};
+    const auto [year, month, day, hour, minute, second] = parts;
+    const year_month_day date {
+        std::chrono::year(static_cast<int>(year)), std::chrono::month(month), std::chrono::day(day)};
+    if (!takeMilliseconds(text, milliseconds) || !takeOffset(text, zoned.minutesAhead) || !text.empty() || !date.ok()
+        || hour > 23 || minute > 59 || second > 60)
+        return std::nullopt;
+    const unsigned dayOfWeek = weekday(sys_days(date)).c_encoding();
+    const auto narrow = [](unsigned number) { return static_cast<std::uint16_t>(number); };
+    zoned.time = {narrow(year), narrow(month), narrow(dayOfWeek), narrow(day), narrow(hour), narrow(minute),
+        narrow(std::min(second, 59U)), narrow(milliseconds)};
+    return ZonedTimeStamp(zoned);
+}
 
 String ZonedTimeStamp::toString() const
 {

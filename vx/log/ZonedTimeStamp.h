@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
+#include <string_view>
 
 namespace vx::detail {
 class TextBuilder;
@@ -30,6 +32,11 @@ public:
     /// The record is not checked.
     explicit ZonedTimeStamp(const ZonedTime& time) noexcept;
     ~ZonedTimeStamp() noexcept override;
+
+    /// Reads a time in the form of RFC 3339: "2026-11-19T02:58:01.123+01:00". The letters may be small, and a blank may
+    /// stand for "T". Digits after the milliseconds are dropped. Empty for any other text, and for a date that does not
+    /// exist. A leap second becomes the second before it.
+    static std::optional<ZonedTimeStamp> tryParse(std::u16string_view text);
 
     // TimeStamp
     using TimeStamp::toString;

@@ -190,6 +190,34 @@ TEST(ZonedTimeStamp, IsWrittenByRfc3339)
     EXPECT_EQ(ZonedTimeStamp(false).getMinutesAhead(), 0);
 }
 
+TEST(ZonedTimeStamp, IsReadByRfc3339)
+{
+    const std::pair<const char16_t*, const char*> rows[] = {// the text, and the time as it is written
+        {u"1985-04-12T23:20:50.52Z", "1985-04-12T23:20:50.520Z"}, // the examples of the standard
+        {u"1996-12-19T16:39:57-08:00", "1996-12-19T16:39:57.000-08:00"},
+        {u"1990-12-31T15:59:60-08:00", "1990-12-31T15:59:59.000-08:00"},
+        {u"1937-01-01T12:00:27.87+00:20", "1937-01-01T12:00:27.870+00:20"},
+        {u"2000-02-29t00:00:00.9999z", "2000-02-29T00:00:00.999Z"},
+        {u"0000-01-01 23:59:59-00:00", "0000-01-01T23:59:59.000Z"}};
+    for (const auto& [text, written] : rows) {
+        const auto time = ZonedTimeStamp::tryParse(text);
+        ASSERT_TRUE(time) << written;
+        EXPECT_EQ(time->toString().toUtf8(), written);
+    }
+    EXPECT_EQ(
+        ZonedTimeStamp::tryParse(u"2026-11-19T02:58:01+01:00"), ZonedTimeStamp::tryParse(u"2026-11-19T01:58:01Z"));
+    EXPECT_EQ(ZonedTimeStamp::tryParse(u"2026-11-27T00:00:00Z")->getTime().dayOfWeek, 5);
+    const std::u16string whole = u"2026-11-19T02:58:01.5+01:00";
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        EXPECT_FALSE(ZonedTimeStamp::tryParse(whole.substr(0, length))) << length;
+    for (const char16_t* text : {u"2026-11-19T02:58:01.+01:00", u"2026-11-19T02:58:01.5+01:00 ",
+             u"2026-02-29T00:00:00Z", u"2026-13-01T00:00:00Z", u"2026-00-01T00:00:00Z", u"2026-01-00T00:00:00Z",
+             u"2026-01-01T24:00:00Z", u"2026-01-01T00:60:00Z", u"2026-01-01T00:00:61Z", u"2026-01-01T00:00:00+24:00",
+             u"2026-01-01T00:00:00+00:60", u"+026-01-01T00:00:00Z", u"2026-1-01T00:00:00Z", u"2026-01-01T00:00:00+1:00",
+             u"2026-01-01X00:00:00Z"})
+        EXPECT_FALSE(ZonedTimeStamp::tryParse(text)) << String(text);
+}
+
 /// A disk that may be full: a stream that stores what it accepts.
 struct Disk : io::ByteArrayOutputStream {
     using ByteArrayOutputStream::write;
