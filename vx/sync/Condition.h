@@ -31,6 +31,10 @@ public:
     /// Releases all waiting threads.
     void broadcast();
 
+    /// The names that std::lock_guard and std::unique_lock use.
+    void lock() VX_ACQUIRE() { acquire(); }
+    void unlock() VX_RELEASE() { release(); }
+
 private:
     VXHandle m_handle = nullptr;
 };

@@ -6,6 +6,9 @@
 namespace vx::sync {
 
 /// Any lock: `wait` takes it, `signal` releases it. Code that gets a lock from its caller holds it through this type.
+///
+/// The guards of the standard library take it too. Their destructors are `noexcept`, so a release that fails ends the
+/// program; `ScopedLock` throws.
 class VX_API VX_CAPABILITY("lock") LockObject : public Object {
 public:
     ~LockObject() noexcept(false) override;
@@ -13,6 +16,11 @@ public:
     void wait() override VX_ACQUIRE() = 0;
     bool tryWait() override VX_TRY_ACQUIRE(true) = 0;
     virtual void signal() VX_RELEASE() = 0;
+
+    /// The names that std::lock_guard, std::unique_lock and std::scoped_lock use.
+    void lock() VX_ACQUIRE() { wait(); }
+    bool try_lock() VX_TRY_ACQUIRE(true) { return tryWait(); }
+    void unlock() VX_RELEASE() { signal(); }
 
 protected:
     LockObject() noexcept = default;

@@ -35,6 +35,11 @@ public:
     bool waitFor(std::uint32_t milliseconds) VX_TRY_ACQUIRE(true);
     bool waitSharedFor(std::uint32_t milliseconds) VX_TRY_ACQUIRE_SHARED(true);
 
+    /// The names that std::shared_lock uses.
+    void lock_shared() VX_ACQUIRE_SHARED() { waitShared(); }
+    bool try_lock_shared() VX_TRY_ACQUIRE_SHARED(true) { return tryWaitShared(); }
+    void unlock_shared() VX_RELEASE_SHARED() { signalShared(); }
+
 private:
     VXHandle m_handle = nullptr;
 };

@@ -25,9 +25,11 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <pthread.h>
 #include <set>
+#include <shared_mutex>
 #include <span>
 #include <sstream>
 #include <string>
@@ -233,6 +235,29 @@ TEST(ScopedLock, LetsOneThreadInAtATime)
 {
     countInTurns<Mutex>();
     countInTurns<ReaderWriterLock>();
+}
+
+TEST(Locks, AreTakenByTheGuardsOfTheStandardLibrary)
+{
+    Mutex mutex;
+    Condition condition;
+    ReaderWriterLock lock;
+    FakeMutex fake;
+    const auto isFree
+        = [&] { return elsewhere([&] { return std::unique_lock(mutex, std::try_to_lock).owns_lock(); }); };
+    {
+        const std::scoped_lock all(mutex, lock, fake);
+        const std::lock_guard held(condition);
+        EXPECT_TRUE(!isFree() && !elsewhere([&] { return lock.try_lock_shared(); }));
+        EXPECT_THROW(condition.acquire(), ResultException);
+    }
+    std::unique_lock<LockObject> some(mutex);
+    EXPECT_FALSE(isFree());
+    some.unlock();
+    EXPECT_TRUE(isFree());
+    const std::shared_lock reader(lock);
+    EXPECT_TRUE(elsewhere([&] { return std::shared_lock(lock, std::try_to_lock).owns_lock() && !lock.try_lock(); }));
+    EXPECT_NO_THROW(std::lock_guard {condition});
 }
 
 template <class Lock>
