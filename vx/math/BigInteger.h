@@ -38,6 +38,11 @@ public:
     /// Characters that are not digits in `radix` do not throw: digits are read in groups of three, counted from the
     /// end, and VXStrToLW gives the value of each group.
     BigInteger(const String& text, int radix);
+    /// With the radix 10.
+    explicit BigInteger(const String& text)
+        : BigInteger(text, 10)
+    {
+    }
     ~BigInteger() noexcept override;
 
     /// Digits of `radix`, perhaps with a minus sign before them. Empty for any other text. A `radix` that is not 2 to

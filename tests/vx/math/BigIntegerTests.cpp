@@ -7,7 +7,7 @@ namespace {
 
 BigInteger big(const char16_t* text)
 {
-    return BigInteger(text, 10);
+    return BigInteger(text);
 }
 
 BigInteger minusZero()
