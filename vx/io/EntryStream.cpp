@@ -2,12 +2,11 @@
 
 #include "vx/Exceptions.h"
 #include "vx/io/FileOutputStream.h"
-#include "vx/io/detail/EntryNote.h"
 #include "vx/io/detail/StreamChecks.h"
-#include "vx/sync/ScopedWait.h"
 
 #include <algorithm>
 #include <limits>
+#include <typeinfo>
 
 namespace vx::io {
 
@@ -16,14 +15,13 @@ namespace {
 /// Storage beyond this is freed after the entry that needed it.
 constexpr std::size_t KEPT_CAPACITY = 1 << 20;
 
-/// A line begins on a line of its own in a file that several programs append to.
+/// A class that is derived from `FileOutputStream` may have a `write` of its own.
 void writeEntry(OutputStream& sink, const signed char* bytes, std::int32_t length)
 {
-    auto* const file = detail::isLine(bytes, length) ? dynamic_cast<FileOutputStream*>(&sink) : nullptr;
-    const sync::ScopedWait lock(file);
-    if (file != nullptr)
-        file->endLine();
-    sink.write(bytes, length);
+    if (typeid(sink) == typeid(FileOutputStream))
+        static_cast<FileOutputStream&>(sink).writeLine(bytes, length);
+    else
+        sink.write(bytes, length);
 }
 
 } // namespace

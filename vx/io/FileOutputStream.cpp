@@ -95,6 +95,16 @@ FileOutputStream::~FileOutputStream() noexcept(false)
 
 void FileOutputStream::write(const signed char* bytes, std::int32_t length)
 {
+    put(bytes, length, false);
+}
+
+void FileOutputStream::writeLine(const signed char* bytes, std::int32_t length)
+{
+    put(bytes, length, detail::isLine(bytes, length));
+}
+
+void FileOutputStream::put(const signed char* bytes, std::int32_t length, bool isLine)
+{
     if (!m_mutex) // no other writer to lock out, and nothing to close
         return writeAll(bytes, length, nullptr);
 
@@ -106,8 +116,7 @@ void FileOutputStream::write(const signed char* bytes, std::int32_t length)
     });
     if (has(KEEPCLOSED))
         openAgain();
-    if (m_semaphore)
-        detail::repairEntry(guarded());
+    const std::int64_t lineEnd = m_semaphore ? detail::repairEntry(guarded()) : NO_POSITION;
 
     std::int64_t end = NO_POSITION;
     if (has(APPEND)) {
@@ -115,6 +124,10 @@ void FileOutputStream::write(const signed char* bytes, std::int32_t length)
         throwIfFailed(result, u"write", m_path);
         if (result > 0)
             return;
+        if (isLine && m_isRegular && end != lineEnd) {
+            throwIfFailed(detail::endLastLine(guarded(), end), u"write", m_path);
+            throwIfFailed(VXFileSeekToEnd(m_handle, &end), u"write", m_path);
+        }
     } else if (m_semaphore) {
         end = positionAtEnd();
     }
@@ -195,24 +208,6 @@ void FileOutputStream::signal()
 {
     if (m_semaphore)
         m_semaphore->signal();
-}
-
-void FileOutputStream::endLine()
-{
-    if (!has(APPEND))
-        return;
-    const sync::ScopedWait mutex(m_mutex.get());
-    const sync::ScopedWait semaphore(m_semaphore.get());
-    const ScopedClose closing([this] {
-        if (has(KEEPCLOSED))
-            closeHandle();
-    });
-    if (has(KEEPCLOSED))
-        openAgain();
-    if (!m_isRegular)
-        return;
-    detail::repairEntry(guarded());
-    throwIfFailed(detail::endLastLine(guarded()), u"write", m_path);
 }
 
 std::uint32_t FileOutputStream::openFile(const String& path, unsigned int mode)

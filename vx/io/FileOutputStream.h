@@ -77,6 +77,11 @@ public:
     /// A named file can be opened again. A failure is silent.
     void close() override;
 
+    /// As `write`. But with APPEND, bytes that end with a line feed begin on a line of their own: if the file ends in the
+    /// middle of a line, as a killed program may leave it, a line feed is written first. The file is read only if others
+    /// than streams with its path have changed it; one that cannot be read is taken as it is.
+    void writeLine(const signed char* bytes, std::int32_t length);
+
     /// False with KEEPCLOSED between operations, although the stream works.
     virtual short is_open() const;
     /// Opens a named file again, without truncating it; with KEEPCLOSED until the next `write` or `getSize`.
@@ -92,10 +97,6 @@ public:
     /// Pairs may nest.
     void wait();
     void signal();
-    /// Appends a line feed if the file ends in the middle of a line, as another program that was killed may leave it. Call
-    /// it before the `write` of a line, both between `wait` and `signal`. The file is read only if others than streams on
-    /// this path have changed it. Does nothing without APPEND, or if the file cannot be read.
-    void endLine();
 
 private:
     static std::uint32_t openFile(const String& path, unsigned int mode);
@@ -104,6 +105,7 @@ private:
 
     bool has(unsigned int bits) const { return (m_mode & bits) != 0; }
     void init(const String& path);
+    void put(const signed char* bytes, std::int32_t length, bool isLine);
     void openAgain();
     void setHandle(std::uint32_t handle);
     void closeHandle() noexcept;

@@ -6,7 +6,6 @@
 #include "vx/TerminatedText.h"
 #include "vx/detail/Hidden.h"
 #include "vx/io/FileOutputStream.h"
-#include "vx/io/detail/EntryNote.h"
 #include "vx/sync/Mutex.h"
 #include "vx/sync/ScopedLock.h"
 #include "vx/sync/ScopedWait.h"
@@ -188,9 +187,7 @@ void RotatingFileStream::Core::write(const signed char* bytes, std::int32_t leng
         const sync::ScopedWait file(m_file.get());
         follow();
         reportTo([&]() VX_NO_THREAD_SAFETY_ANALYSIS { closed = isDue(length) ? rotate() : String(); });
-        if (detail::isLine(bytes, length))
-            m_file->endLine();
-        m_file->write(bytes, length);
+        m_file->writeLine(bytes, length);
     }
     if (!closed.isEmpty() && m_rotation.onClosed)
         reportTo([&] { m_rotation.onClosed(closed); });

@@ -100,21 +100,20 @@ bool isLine(const signed char* bytes, std::int32_t length) noexcept
     return length > 0 && bytes[length - 1] == '\n' && (length == 1 || bytes[length - 2] != '\0');
 }
 
-void repairEntry(const GuardedFile& file)
+std::int64_t repairEntry(const GuardedFile& file)
 {
     const VXNamedSemNote note = file.semaphore.getNote();
-    if (note.length != 0 && note.file == file.identity && isRepaired(file, note))
+    if (note.file != file.identity)
+        return UNKNOWN;
+    if (note.length == 0)
+        return note.start;
+    if (isRepaired(file, note))
         setDone(file, UNKNOWN);
+    return UNKNOWN;
 }
 
-std::int32_t endLastLine(const GuardedFile& file)
+std::int32_t endLastLine(const GuardedFile& file, std::int64_t size)
 {
-    std::int64_t size = 0;
-    if (failed(VXFileGetSize(file.handle, &size)) || size == 0)
-        return RESULT_OK;
-    const VXNamedSemNote note = file.semaphore.getNote();
-    if (note.start == size && note.file == file.identity)
-        return RESULT_OK;
     const Reader reader(file.handle);
     std::int32_t done = 0;
     int looks = 0;

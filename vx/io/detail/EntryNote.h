@@ -21,13 +21,12 @@ bool isLine(const signed char* bytes, std::int32_t length) noexcept;
 /// Repairs the end of the file after a holder of the semaphore was killed, by the note that the holder left. An
 /// incomplete entry is removed if all bytes from its start on are proved to be the killed writer's. Otherwise other
 /// programs may have written meanwhile: all bytes are kept, and the next entry begins on a new line. Cheap if there is
-/// no note.
-void repairEntry(const GuardedFile& file);
+/// no note. Returns the size of the file after the last line that a holder wrote; negative if the last write was no line.
+std::int64_t repairEntry(const GuardedFile& file);
 
-/// Appends a line feed if the file does not end with one, and is not empty. Reads the file only if it has changed since
-/// a writer with the same semaphore wrote a line. Returns the result of the write. A file that cannot be read is left as
-/// it is.
-std::int32_t endLastLine(const GuardedFile& file);
+/// Appends a line feed if the file has bytes, and does not end with one. `size` is that of the file. Returns the result of
+/// the write. A file that cannot be read is left as it is.
+std::int32_t endLastLine(const GuardedFile& file, std::int64_t size);
 
 /// Keeps a note on what is being written at the end of the file, in case this process is killed meanwhile. The
 /// destructor removes an incomplete entry from the file, unless others have written after it.
