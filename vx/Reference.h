@@ -1,5 +1,9 @@
 #pragma once
 
+#if __cplusplus < 202002L
+#error "vxlib4 needs C++20: compile with -std=c++20 or a later standard"
+#endif
+
 #include "vx/IVXUnknown.h"
 
 #include <concepts>
