@@ -104,13 +104,6 @@ void LogEntry::addText(LoggerField field, const String& text)
     add(field, {}).object.store(shared.detach(), std::memory_order_relaxed);
 }
 
-void LogEntry::addLocalTime()
-{
-    // Written to its place: a copy of a record whose parts were just written waits until they are in the cache.
-    Field& added = add(TIMESTAMP, STRUCT_VX_TIME {});
-    throwIfFailed(VXTimeGetLocal(std::get_if<STRUCT_VX_TIME>(&added.plain)));
-}
-
 LogEntry::Field& LogEntry::append(std::u16string_view name, std::uint32_t hash)
 {
     const Piece ownName = keep(name);

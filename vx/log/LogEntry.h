@@ -121,8 +121,6 @@ private:
     /// For fields that the entry does not have yet; those of a logger come first.
     inline Field& add(LoggerField field, const Plain& value);
     void addText(LoggerField field, const String& text);
-    /// Throws ResultException.
-    void addLocalTime();
     Field& append(std::u16string_view name, std::uint32_t hash);
     void addToIndex(std::u16string_view name);
 

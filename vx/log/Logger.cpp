@@ -122,10 +122,12 @@ Reference<LogEntry> Logger::makeEntry(int level, const String& text) const
         entry->add(LogEntry::THREAD, exec::Thread::getCurrentID());
     if (has(LogEntry::TIMESTAMP)) {
         const Times times = m_times.load(std::memory_order_relaxed);
-        if (times == Times::AS_THE_LOCALE_WRITES)
-            entry->addLocalTime();
-        else
+        if (times == Times::AS_THE_LOCALE_WRITES) { // written in place: numbers that were just written are slow to copy
+            LogEntry::Field& stamp = entry->add(LogEntry::TIMESTAMP, STRUCT_VX_TIME {});
+            throwIfFailed(VXTimeGetLocal(std::get_if<STRUCT_VX_TIME>(&stamp.plain)));
+        } else {
             entry->add(LogEntry::TIMESTAMP, ZonedTime::now(times == Times::RFC_3339));
+        }
     }
     if (has(LogEntry::NAME))
         entry->addText(LogEntry::NAME, m_name);
