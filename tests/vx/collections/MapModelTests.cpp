@@ -296,12 +296,14 @@ TEST(HashMap, DoesWhatAPlainTableDoesInTheSameOrder)
     }
 }
 
-/// A large table is walked in another way than a small one, and no trial makes one.
+/// A walk looks at many buckets at once, and few trials have so many.
 TEST(HashMap, WalksALargeTableInItsOrder)
 {
     Random random;
-    for (const int count : {0, 1, 40, 1500, 6000}) {
-        const int capacity = 1000 + random.below(4000);
+    constexpr std::pair<int, int> CASES[]
+        = {{0, 4000}, {1, 4000}, {40, 4000}, {1500, 4000}, {6000, 4000}, {6, 31}, {6, 32}, {60, 33}, {1, 64}, {20, 97}};
+    for (const auto& [count, largest] : CASES) {
+        const int capacity = largest < 1000 ? largest : largest / 4 + random.below(largest);
         const Reference<HashMap> map(new HashMap(capacity, 100));
         std::vector<int> expected;
         while (static_cast<int>(expected.size()) < count) {

@@ -74,8 +74,32 @@ public:
     /// Keeps the capacity.
     void clear() noexcept;
 
+    /// Buckets that are looked at together. The first one of a group is a multiple of this.
+    static constexpr int GROUP = 32;
+
+    /// The chains of the group of buckets that begins with `first`. Bit 0 stands for the last bucket of a whole group.
+    std::uint32_t chainsOf(int first) const noexcept;
     /// The last bucket below `bucket` that has a chain, -1 if there is none.
     int chainBelow(int bucket) const noexcept;
+    /// Prefetches the heads of the chains of a group, if there is one that begins with `first`.
+    void prefetchHeads(int first) const noexcept;
+
+    /// The chains from the last bucket to the first, until the table changes.
+    class Chains {
+    public:
+        Chains() noexcept = default;
+        explicit Chains(const HashTable& table) noexcept
+            : m_groups((table.capacity() - 1) / GROUP + 1)
+        {
+        }
+
+        /// The head of the next chain, NONE at the end.
+        Index next(const HashTable& table) noexcept;
+
+    private:
+        int m_groups = 0; ///< that are still to come
+        std::uint32_t m_rest = 0; ///< the chains of the current group that are still to come
+    };
 
     /// The iterator of a range-for: one pass from bucket 0 up. Each item is passed through `Projection`. If an entry
     /// was added or removed, the next step throws an Exception without a message.
@@ -149,9 +173,7 @@ private:
     using ChainIndex = vx::detail::ChainIndex<Index, NONE, IndexOrder>;
 
     static constexpr float LEAST_LOAD = 0.001F;
-    static constexpr int LARGE = 1024; ///< buckets below this one are in a cache
-    static constexpr int GROUP = 8; ///< buckets looked at together
-    static constexpr int AHEAD = 32; ///< how many buckets before their turn nodes are prefetched
+    static constexpr int LAST = GROUP - 1;
 
     Node& node(Index index) noexcept { return m_nodes[static_cast<std::size_t>(index)]; }
     const Node& node(Index index) const noexcept { return m_nodes[static_cast<std::size_t>(index)]; }
@@ -264,30 +286,66 @@ void HashTable<Item, KeyOrder>::clear() noexcept
 }
 
 template <class Item, class KeyOrder>
-inline int HashTable<Item, KeyOrder>::chainBelow(int bucket) const noexcept
+inline std::uint32_t HashTable<Item, KeyOrder>::chainsOf(int first) const noexcept
 {
-    const Index* const heads = m_heads.data();
+    const Index* const heads = m_heads.data() + first;
+    const int count = std::min(capacity() - first, GROUP);
 #if defined(__SSE2__) && !defined(VX_NO_VECTOR)
-    // In a large table the empty buckets cannot be predicted, and the nodes of the others are scattered in memory.
-    while (bucket >= LARGE) {
-        const auto* const group = reinterpret_cast<const __m128i*>(heads + bucket - GROUP);
-        const __m128i pairs = _mm_packs_epi32(_mm_loadu_si128(group), _mm_loadu_si128(group + 1));
-        const int isEmpty = _mm_movemask_epi8(_mm_packs_epi16(pairs, pairs)); // the sign of each head
-        if (const auto chains = static_cast<std::uint8_t>(~isEmpty)) [[likely]] {
-            bucket += std::numeric_limits<std::uint32_t>::digits - 1 - std::countl_zero(std::uint32_t {chains}) - GROUP;
-            const Index* const ahead = heads + bucket - AHEAD;
-            prefetch(ahead[0]);
-            prefetch(ahead[-1]);
-            prefetch(ahead[-2]);
-            return bucket;
-        }
-        bucket -= GROUP;
+    if (count == GROUP) [[likely]] {
+        constexpr int REVERSE = _MM_SHUFFLE(0, 1, 2, 3);
+        const auto load = [heads](int place) { // four heads, the last one first
+            const auto* const four = reinterpret_cast<const __m128i*>(heads + place);
+            return _mm_shuffle_epi32(_mm_loadu_si128(four), REVERSE);
+        };
+        const auto emptyFrom = [&load](int place) { // the signs of sixteen heads
+            const __m128i high = _mm_packs_epi32(load(place + 12), load(place + 8));
+            const __m128i low = _mm_packs_epi32(load(place + 4), load(place));
+            return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(high, low)));
+        };
+        return ~(emptyFrom(GROUP / 2) | emptyFrom(0) << GROUP / 2);
     }
 #endif
-    do
-        --bucket;
-    while (bucket >= 0 && heads[bucket] == NONE);
-    return bucket;
+    std::uint32_t chains = 0;
+    for (int place = 0; place < count; ++place)
+        chains |= static_cast<std::uint32_t>(heads[place] != NONE) << (LAST - place);
+    return chains;
+}
+
+template <class Item, class KeyOrder>
+int HashTable<Item, KeyOrder>::chainBelow(int bucket) const noexcept
+{
+    while (bucket > 0) {
+        const int first = (bucket - 1) / GROUP * GROUP;
+        const std::uint32_t chains = chainsOf(first) >> (GROUP - (bucket - first));
+        if (chains != 0)
+            return bucket - 1 - std::countr_zero(chains);
+        bucket = first;
+    }
+    return -1;
+}
+
+template <class Item, class KeyOrder>
+inline void HashTable<Item, KeyOrder>::prefetchHeads(int first) const noexcept
+{
+    if (first < 0)
+        return;
+    for (int bucket = first; bucket < first + GROUP; ++bucket)
+        prefetch(head(bucket));
+}
+
+template <class Item, class KeyOrder>
+[[gnu::always_inline]] inline auto HashTable<Item, KeyOrder>::Chains::next(const HashTable& table) noexcept -> Index
+{
+    while (m_rest == 0) {
+        if (m_groups == 0)
+            return NONE;
+        --m_groups;
+        m_rest = table.chainsOf(m_groups * GROUP);
+        table.prefetchHeads((m_groups - 1) * GROUP); // scattered in memory
+    }
+    const int bucket = m_groups * GROUP + (LAST - std::countr_zero(m_rest));
+    m_rest &= m_rest - 1;
+    return table.head(bucket);
 }
 
 template <class Item, class KeyOrder>

@@ -183,9 +183,9 @@ public:
     explicit Walk(const HashMap& map) noexcept
         : m_map(&map)
         , m_expectedCount(map.m_modificationCount)
-        , m_bucket(map.m_table.capacity())
+        , m_chains(map.m_table)
+        , m_index(m_chains.next(map.m_table))
     {
-        findChain();
     }
 
     KeyAndValue operator*() const noexcept
@@ -202,15 +202,9 @@ public:
     operator std::default_sentinel_t() const noexcept { return {}; }
 
 private:
-    void findChain() noexcept
-    {
-        m_bucket = m_map->m_table.chainBelow(m_bucket);
-        m_index = m_bucket >= 0 ? m_map->m_table.head(m_bucket) : NONE;
-    }
-
     const HashMap* m_map = nullptr;
     std::uint32_t m_expectedCount = 0;
-    int m_bucket = 0;
+    Table::Chains m_chains;
     Index m_index = NONE;
 };
 
@@ -219,7 +213,7 @@ inline auto HashMap::Walk::operator++() -> Walk&
     m_map->check(m_expectedCount);
     m_index = m_map->m_table.next(m_index);
     if (m_index == NONE)
-        findChain();
+        m_index = m_chains.next(m_map->m_table);
     return *this;
 }
 

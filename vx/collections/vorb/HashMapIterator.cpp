@@ -3,6 +3,8 @@
 #include "vx/Exceptions.h"
 #include "vx/collections/detail/Failures.h"
 
+#include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace vx::collections::vorb {
@@ -21,10 +23,9 @@ bool HashMapIterator::hasNext()
 {
     if (m_next == HashMap::NONE) {
         const int chain = m_map->m_table.chainBelow(m_bucket);
-        while (m_bucket > 0 && m_bucket > chain) {
-            --m_bucket;
+        const int before = std::exchange(m_bucket, std::max(chain, 0));
+        if (m_bucket / HashMap::Table::GROUP != before / HashMap::Table::GROUP)
             prefetch();
-        }
         if (chain >= 0)
             m_next = m_map->m_table.head(chain);
     }
@@ -52,12 +53,17 @@ void HashMapIterator::remove()
 
 void HashMapIterator::prefetch() const noexcept
 {
-    constexpr int AHEAD = 16; // buckets
-    if (m_bucket < AHEAD)
-        return;
     const HashMap::Table& table = m_map->m_table;
-    for (HashMap::Index index = table.head(m_bucket - AHEAD); index != HashMap::NONE; index = table.next(index))
-        table.item(index).prefetch();
+    const int end = m_bucket / HashMap::Table::GROUP * HashMap::Table::GROUP;
+    if (end == 0)
+        return;
+    const int first = end - HashMap::Table::GROUP;
+    table.prefetchHeads(first - HashMap::Table::GROUP);
+    for (std::uint32_t chains = table.chainsOf(first); chains != 0; chains &= chains - 1) {
+        const int bucket = end - 1 - std::countr_zero(chains);
+        for (HashMap::Index index = table.head(bucket); index != HashMap::NONE; index = table.next(index))
+            table.item(index).prefetch();
+    }
 }
 
 Reference<IVXUnknown> HashMapIterator::part(HashMap::Index index) const

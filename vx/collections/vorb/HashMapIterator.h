@@ -32,7 +32,8 @@ public:
 
 private:
     Reference<IVXUnknown> part(HashMap::Index index) const;
-    /// Prefetches entries, keys and values of a later bucket. They are scattered in memory.
+    /// Prefetches entries, keys and values of the group of buckets after the current one. They are scattered in memory,
+    /// and to fetch many at once takes little more time than to fetch one.
     void prefetch() const noexcept;
 
     Reference<HashMap> m_map;
