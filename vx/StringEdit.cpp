@@ -158,9 +158,11 @@ String& String::append(const char16_t* text, int length)
 
 String& String::append(char16_t ch, int repeat)
 {
-    if (repeat == 1 && PlainBuffer::push(*this, ch)) [[likely]]
+    if (repeat != 1) [[unlikely]]
+        return appendElsewhere(*this, ch, repeat);
+    if (PlainBuffer::push(*this, ch)) [[likely]]
         return *this;
-    return appendElsewhere(*this, ch, repeat);
+    return appendElsewhere(*this, ch, 1);
 }
 
 String& String::append(const String& text)
