@@ -24,7 +24,7 @@ bool isDerived(const LinkedList& list) noexcept
 
 /// Remembers the node of its last step, so that the next step need not start at the front. That node cannot have been
 /// removed by another caller: the base checks the modification count before each step.
-class VX_HIDDEN LinkedList::NodeIterator : public AbstractListIterator {
+class VX_HIDDEN LinkedList::NodeIterator final : public AbstractListIterator {
 public:
     NodeIterator(LinkedList* list, int cursor)
         : AbstractListIterator(list, cursor)
@@ -33,6 +33,13 @@ public:
     }
 
     bool hasNext() override { return m_cursor < size(); }
+    Reference<IVXUnknown> next() override // with `elementAt` inline
+    {
+        check();
+        Reference<IVXUnknown> element = elementAt(m_cursor);
+        m_last = m_cursor++;
+        return element;
+    }
 
 protected:
     Reference<IVXUnknown> elementAt(int index) override
