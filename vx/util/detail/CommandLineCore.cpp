@@ -6,6 +6,7 @@
 #include "vxsys/Number.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -68,13 +69,15 @@ bool isAscii(std::string_view text) noexcept
 /// Whether all ASCII characters have the same code in the default encoding.
 bool decodesAsciiAsItself()
 {
-    std::string bytes;
-    for (char unit = 1; unit < 0x7F; ++unit)
-        bytes += unit;
-    bytes += '\x7F';
+    static constexpr auto BYTES = [] {
+        std::array<char, 0x80> bytes {}; // the last one ends the text
+        for (std::size_t place = 0; place + 1 < bytes.size(); ++place)
+            bytes[place] = static_cast<char>(place + 1);
+        return bytes;
+    }();
     try {
-        const String decoded(bytes.c_str());
-        return std::ranges::equal(decoded.view(), bytes);
+        const String decoded(BYTES.data());
+        return std::ranges::equal(decoded.view(), std::string_view(BYTES.data()));
     } catch (const text::charset::InvalidCharacterException&) {
         return false;
     }
@@ -132,8 +135,13 @@ void CommandLineValues::addAll(const char16_t* text, bool pairIsEmpty)
 std::u16string joinedArguments(int count, char** arguments)
 {
     std::u16string text;
+    int given = 0;
+    std::size_t bytes = 0; // with a blank for each argument
+    while (arguments != nullptr && given < count && arguments[given] != nullptr)
+        bytes += std::strlen(arguments[given++]) + 1;
+    text.reserve(bytes);
     const bool asciiIsItself = decodesAsciiAsItself();
-    for (int index = 0; arguments != nullptr && index < count && arguments[index] != nullptr; ++index) {
+    for (int index = 0; index < given; ++index) {
         const std::string_view argument = arguments[index];
         if (asciiIsItself && isAscii(argument)) {
             appendArgument(text, argument);
