@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <iterator>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -31,13 +31,13 @@ constexpr auto DIGITS = [] {
 /// In the order of the text: each number begins with its highest byte.
 using Bytes = std::array<std::uint8_t, sizeof(_GUID)>;
 
-Bytes toBytes(const _GUID& guid) noexcept
+constexpr std::uint8_t byteOf(const _GUID& guid, std::size_t place) noexcept
 {
-    const auto byte = [](std::uint32_t number, int shift) { return static_cast<std::uint8_t>(number >> shift); };
-    Bytes bytes {byte(guid.Data1, 24), byte(guid.Data1, 16), byte(guid.Data1, 8), byte(guid.Data1, 0),
-        byte(guid.Data2, 8), byte(guid.Data2, 0), byte(guid.Data3, 8), byte(guid.Data3, 0)};
-    std::copy(std::begin(guid.Data4), std::end(guid.Data4), bytes.begin() + 8);
-    return bytes;
+    if (place < 4)
+        return static_cast<std::uint8_t>(guid.Data1 >> (24 - 8 * place));
+    if (place < 8)
+        return static_cast<std::uint8_t>((place < 6 ? guid.Data2 : guid.Data3) >> (8 - 8 * (place % 2)));
+    return guid.Data4[place - 8];
 }
 
 _GUID fromBytes(const Bytes& bytes) noexcept
@@ -50,9 +50,9 @@ _GUID fromBytes(const Bytes& bytes) noexcept
 
 /// Places that the compiler knows take half the time of a loop.
 template <std::size_t... INDEX>
-void putDigits(const Bytes& bytes, char16_t* text, std::index_sequence<INDEX...>) noexcept
+void putDigits(const _GUID& guid, char16_t* text, std::index_sequence<INDEX...>) noexcept
 {
-    (std::memcpy(text + PLACES[INDEX], DIGITS[bytes[INDEX]].data(), sizeof DIGITS[0]), ...);
+    (std::memcpy(text + PLACES[INDEX], DIGITS[byteOf(guid, INDEX)].data(), sizeof DIGITS[0]), ...);
 }
 
 /// -1: not a hexadecimal digit
@@ -73,9 +73,11 @@ std::int32_t VXComCompareGUID(const _GUID* left, const _GUID* right) noexcept
 {
     if (left == nullptr || right == nullptr)
         return (left != nullptr) - (right != nullptr);
-    const Bytes first = toBytes(*left);
-    const Bytes second = toBytes(*right);
-    return first < second ? -1 : second < first;
+    const auto numbers = [](const _GUID& guid) { return std::tie(guid.Data1, guid.Data2, guid.Data3); };
+    if (const auto order = numbers(*left) <=> numbers(*right); order != 0)
+        return order < 0 ? -1 : 1;
+    const int rest = std::memcmp(left->Data4, right->Data4, sizeof left->Data4);
+    return (rest > 0) - (rest < 0);
 }
 
 std::int32_t VXComGUIDFromString(const char16_t* text, _GUID* guid) noexcept
@@ -117,6 +119,6 @@ std::int32_t VXComStringFromGUID(const _GUID* guid, char16_t* text, std::int32_t
 
     std::copy(FORM.begin(), FORM.end(), text);
     text[FORM.size()] = 0;
-    putDigits(toBytes(*guid), text, std::make_index_sequence<sizeof(_GUID)>());
+    putDigits(*guid, text, std::make_index_sequence<sizeof(_GUID)>());
     return RESULT_OK;
 }
