@@ -42,7 +42,7 @@ Sequence sequenceAt(const Decoding& pass) noexcept
         return {REPLACEMENT, 1};
     std::uint32_t value = length == 1 ? byteAt(0) : byteAt(0) & (0x7FU >> length);
     for (std::size_t index = 1; index < length; ++index) {
-        if (!isFollower(pass.in[index]))
+        if (!isFollower(byteAt(index)))
             return {REPLACEMENT, 1};
         value = value << 6 | (byteAt(index) & 0x3F);
     }

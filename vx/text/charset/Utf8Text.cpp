@@ -46,30 +46,16 @@ std::ptrdiff_t widenPieces(const signed char* in, char16_t* out, std::ptrdiff_t 
     }
 }
 
-/// Widens 16 to 64 bytes. If not all are ASCII, returns false, and what `out` holds then has no meaning.
-bool widenIfAscii(const signed char* in, char16_t* out, std::ptrdiff_t count) noexcept
-{
-    const auto widen = [&](std::ptrdiff_t at) { // pieces may overlap
-        const __m128i bytes = loadBlock(in + at);
-        storeWidened(out + at, bytes);
-        return bytes;
-    };
-    __m128i all = either(widen(0), widen(count - BLOCK));
-    if (count > 2 * BLOCK)
-        all = either(all, widen(BLOCK), widen(count - 2 * BLOCK));
-    return lanes8(all) == 0;
-}
-
 #endif
 
 /// Widens bytes up to the first that is not ASCII. Returns how many. All `count` units of `out` may be written.
 std::ptrdiff_t widenAscii(const signed char* in, char16_t* out, std::ptrdiff_t count) noexcept
 {
 #if VX_VECTOR_PATHS
-    if (count > 4 * BLOCK)
+    if (count >= 4 * BLOCK)
         return decodeRun<Itself::ASCII>(in, out, count, asciiCharacter);
     if (count >= BLOCK)
-        return widenIfAscii(in, out, count) ? count : widenPieces<BLOCK>(in, out, count);
+        return widenPieces<BLOCK>(in, out, count);
     if (count >= BLOCK / 2)
         return widenPieces<BLOCK / 2>(in, out, count);
 #endif
@@ -195,22 +181,6 @@ inline bool encodeShort(std::u16string_view text, std::int32_t& position, signed
     return position == std::ssize(text) || encodeRest(text, position, out, written, size);
 }
 
-/// Decodes from `*read` on, where the units at `out` are `written` already. Returns how many there are then. Kept out of the
-/// way of plain text, which needs no stack frame.
-[[gnu::noinline]] std::int32_t decodeRest(
-    const signed char* in, std::int32_t length, char16_t* out, std::int32_t written, std::int32_t* read)
-{
-    if (length - written < PLAIN_BYTES) { // too short for the blocks of the converter
-        Decoding pass(in, read, length, out, &written, length);
-        decodeShort(pass, pass.inEnd);
-    }
-    if (*read < length) {
-        BTCUTF8 decoder;
-        decoder.convert(in, read, length, out, &written, length);
-    }
-    return written;
-}
-
 /// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros.
 void appendPieces(std::string& bytes, std::u16string_view text)
 {
@@ -242,9 +212,17 @@ bool isUtf8(const char16_t* encoding)
 std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, std::int32_t* read)
 {
     const auto* const in = reinterpret_cast<const signed char*>(bytes);
-    const auto plain = static_cast<std::int32_t>(widenAscii(in, out, length));
-    *read = plain;
-    return plain == length ? length : decodeRest(in, length, out, plain, read);
+    auto written = static_cast<std::int32_t>(widenAscii(in, out, length));
+    *read = written;
+    if (written < length && length - written < PLAIN_BYTES) { // too short for the blocks of the converter
+        Decoding pass(in, read, length, out, &written, length);
+        decodeShort(pass, pass.inEnd);
+    }
+    if (*read < length) {
+        BTCUTF8 decoder;
+        decoder.convert(in, read, length, out, &written, length);
+    }
+    return written;
 }
 
 std::string encodeUtf8(std::u16string_view text)
