@@ -94,8 +94,8 @@ Reference<IVXCharBuffer> decoded(const char* bytes, int length, const char16_t* 
     return decoded(*decoder, bytes, length, capacity, read);
 }
 
-/// Decodes a text that is not empty and not cut off within a character.
-Reference<IVXCharBuffer> decodedUtf8(std::string_view bytes)
+/// Decodes a text that is not empty and not cut off within a character. In one frame, since most texts are short.
+[[gnu::flatten]] Reference<IVXCharBuffer> decodedUtf8(std::string_view bytes)
 {
     std::int32_t read = 0;
     Reference<IVXCharBuffer> text = decodedUtf8(bytes.data(), lengthOf(bytes), 0, read);
