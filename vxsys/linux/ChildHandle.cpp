@@ -33,7 +33,7 @@ constinit std::atomic<bool> g_hasNumbers = false; ///< the system has no process
 
 bool isNumber(std::uint32_t child) noexcept
 {
-    return (child & NUMBER_BIT) != 0 && child < COLLECTED_CHILD && g_hasNumbers;
+    return child > NUMBER_BIT && child < COLLECTED_CHILD && g_hasNumbers;
 }
 
 pid_t numberOf(std::uint32_t child) noexcept
@@ -175,13 +175,18 @@ std::int32_t VXProcessSendSignal(std::uint32_t process, std::int32_t signal) noe
         return RESULT_FALSE;
     if (!isHandle(process))
         return RESULT_INVALID_HANDLE;
+    const auto resultOf = [](long done) {
+        return done == 0 ? RESULT_OK : errno == ESRCH ? RESULT_FALSE : VXResultFromNative(errno);
+    };
+    if (isNumber(process)) {
+        siginfo_t ended; // only a child that is not collected keeps its number
+        if (waitForEnd(process, ended, WNOWAIT | WNOHANG) != 0 || ended.si_pid != 0)
+            return RESULT_FALSE;
+        return resultOf(::kill(numberOf(process), signal));
+    }
     if (hasEnded(process)) // the system accepts signals to a child until it has been joined
         return RESULT_FALSE;
-    if ((isNumber(process) ? ::kill(numberOf(process), signal)
-                           : ::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0))
-        == 0)
-        return RESULT_OK;
-    return errno == ESRCH ? RESULT_FALSE : VXResultFromNative(errno);
+    return resultOf(::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0));
 }
 
 std::int32_t VXProcessDetach(std::uint32_t process) noexcept

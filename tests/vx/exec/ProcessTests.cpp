@@ -9,6 +9,7 @@
 #include "vx/Exceptions.h"
 #include "vx/String.h"
 #include "vx/net/TcpSocket.h"
+#include "vxsys/Process.h"
 #include "vxsys/Result.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +20,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -128,6 +130,10 @@ TEST(Process, IsAwaitedForATimeAndEndedBySignals)
     EXPECT_FALSE(ended->terminate()) << "it is not joined yet";
     EXPECT_TRUE(ended->joinFor(0));
     EXPECT_EQ(ended->getExitCode(), 5);
+
+    // Without process descriptors a handle has the number of a process. One that is no child gets no signal.
+    for (const auto number : {0U, static_cast<std::uint32_t>(::getpid())})
+        EXPECT_NE(VXProcessSendSignal(0x80000000U | number, SIGCONT), 0) << number;
 }
 
 TEST(Process, CarriesMoreThanAPipeHoldsInBothDirections)
