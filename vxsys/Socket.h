@@ -55,8 +55,8 @@ VXSYS_API std::int32_t VXSocketClose(VXSocket socket) noexcept;
 /// 0 unless the call fails.
 VXSYS_API std::int32_t VXSocketReceive(
     VXSocket socket, void* target, std::uint32_t length, int flags, std::int32_t* count) noexcept;
-/// As above. If this side has shut down the direction, or the peer has closed, the call fails without a signal: with
-/// the number of ESHUTDOWN or of ECONNRESET.
+/// As above. Without a connection, the call fails without a signal: with the number of ESHUTDOWN if this side has shut
+/// down the direction, of ECONNRESET if the peer has closed, of ENOTCONN if there was no connection.
 VXSYS_API std::int32_t VXSocketSend(
     VXSocket socket, const void* source, std::uint32_t length, int flags, std::int32_t* count) noexcept;
 

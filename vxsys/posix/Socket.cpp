@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <span>
 #include <sys/socket.h>
@@ -56,11 +57,25 @@ std::int32_t countOf(ssize_t done, std::int32_t* count) noexcept
     return done < 0 ? VXNativeSocketError(errno) : 0;
 }
 
-bool hasPeer(VXSocket socket) noexcept
+/// EPIPE does not tell which side has ended the connection, or that there was none.
+int reasonOfBrokenPipe(int socket) noexcept
 {
-    sockaddr_storage address;
+    union {
+        sockaddr generic;
+        sockaddr_in in4;
+        sockaddr_in6 in6;
+        sockaddr_storage room;
+    } address {};
     socklen_t length = sizeof address;
-    return ::getpeername(descriptorOf(socket), reinterpret_cast<sockaddr*>(&address), &length) == 0;
+    if (::getpeername(socket, &address.generic, &length) == 0)
+        return ESHUTDOWN;
+    int isListening = 0;
+    length = sizeof isListening;
+    if (::getsockopt(socket, SOL_SOCKET, SO_ACCEPTCONN, &isListening, &length) == 0 && isListening != 0)
+        return ENOTCONN;
+    length = sizeof address;
+    const bool isBound = ::getsockname(socket, &address.generic, &length) == 0 && address.in4.sin_port != 0;
+    return isBound ? ECONNRESET : ENOTCONN; // both families have the port at the same place
 }
 
 std::size_t atMost(std::uint32_t length) noexcept
@@ -212,7 +227,7 @@ std::int32_t VXSocketSend(
     errno = 0;
     const ssize_t sent = ::send(descriptorOf(socket), source, atMost(length), flags | MSG_NOSIGNAL);
     if (sent < 0 && errno == EPIPE)
-        errno = hasPeer(socket) ? ESHUTDOWN : ECONNRESET; // EPIPE does not tell which side has ended the connection
+        errno = reasonOfBrokenPipe(descriptorOf(socket));
     return countOf(sent, count);
 }
 

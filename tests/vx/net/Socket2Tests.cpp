@@ -199,6 +199,7 @@ TEST_P(Families, MeetRefusalNoRouteAndAPeerThatIsGone)
     EXPECT_EQ(pair.server->recv(&byte, 1, 0, &count), VX_E_SOCKET_ECONNRESET);
     EXPECT_EQ(count, -1);
     EXPECT_EQ(sendText(*pair.server, "x"), VX_E_SOCKET_ECONNRESET) << "a result, and no signal";
+    EXPECT_EQ(sendText(*makeClient(GetParam()), "x"), VX_E_SOCKET_ENOTCONN);
 }
 
 TEST(TcpClientSocket2, TellsAnInterruption)
