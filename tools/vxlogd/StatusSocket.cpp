@@ -134,8 +134,9 @@ bool StatusSocket::isAt(const std::string& path) const
 void StatusSocket::start(Status& status, Tail& tail)
 {
     m_senders = std::make_unique<TailSenders>(tail);
-    m_thread = std::make_unique<vx::exec::Thread>([this, &status] { run(status); });
-    m_thread->start();
+    auto thread = std::make_unique<vx::exec::Thread>([this, &status] { run(status); });
+    thread->start();
+    m_thread = std::move(thread);
 }
 
 void StatusSocket::run(Status& status)

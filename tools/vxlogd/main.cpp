@@ -128,7 +128,9 @@ void moveStatus(std::unique_ptr<StatusSocket>& socket, const Settings& settings,
             other->start(status, tail);
         if (why.empty())
             socket = std::move(other);
-    } catch (const vxtools::Failure& failure) {
+    } catch (const vx::Exception& failure) {
+        why = vx::explain(failure).toUtf8();
+    } catch (const std::exception& failure) {
         why = failure.what();
     }
     if (!why.empty())
