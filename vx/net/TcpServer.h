@@ -54,9 +54,11 @@ public:
         FailureReport() = default;
         template <std::invocable<const std::exception_ptr&> Take>
         requires(!std::invocable<Take&, const std::exception_ptr&, const String&>) FailureReport(Take take)
-            : function(
-                [take = std::move(take)](const std::exception_ptr& failure, const String&) mutable { take(failure); })
         {
+            std::function<void(const std::exception_ptr&)> report(std::move(take));
+            if (report) // stays empty for a null pointer to a function
+                function::operator=([report = std::move(report)](
+                                        const std::exception_ptr& failure, const String&) { report(failure); });
         }
     };
 

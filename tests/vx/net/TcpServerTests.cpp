@@ -73,7 +73,8 @@ TEST(TcpServer, ListensOnAllAddressesAtOnePort)
     }
     for (const std::vector<std::string>& hosts : {std::vector<std::string> {}, {std::string("127.0.0.1\0x", 11)},
              {"127.0.0.1", "no.such.host.invalid"}, {"192.0.2.1"}})
-        EXPECT_EQ(resultOf([&] { TcpServer({.hosts = hosts}, ignore); }) >> 16, VX_E_SOCKET_EINTR >> 16) << "of sockets";
+        EXPECT_EQ(resultOf([&] { TcpServer({.hosts = hosts}, ignore); }) >> 16, VX_E_SOCKET_EINTR >> 16)
+            << "of sockets";
     const TcpServer everywhere({.hosts = {"*"}}, ignore);
     connectTo(everywhere);
 }
@@ -195,6 +196,9 @@ TEST(TcpServer, TellsOnceThatItCannotAcceptAndGoesOn)
     g_hasNoDescriptor = false;
     EXPECT_EQ(readByte(*client), 1);
     EXPECT_EQ(server.getFailureCount(), 1U);
+
+    void (*const none)(const std::exception_ptr&) = nullptr;
+    EXPECT_FALSE(TcpServer::FailureReport(none));
 }
 
 } // namespace
