@@ -256,8 +256,8 @@ public:
     template <std::invocable<K, V> Take>
     void forEach(Take take) const
     {
-        for (const auto& [key, value] : *this)
-            take(key, value);
+        for (const auto& [key, value] : m_map)
+            take(KeyBox::unbox(*key), ValueBox::unbox(*value));
     }
 
     Iterator begin() const { return Iterator(m_map.createEntryIterator()); }

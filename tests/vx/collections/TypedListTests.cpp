@@ -192,7 +192,7 @@ TEST(ValueCollections, HoldPlainValues)
     ValueMap<std::u16string, std::uint32_t> ages {{u"Ada", 36}, {u"Ole", UINT32_MAX}};
     ages.put(u"Ada", 37);
     std::uint64_t sum = 0;
-    ages.forEach([&sum](const std::u16string& name, std::uint32_t age) { sum += name.size() * age; });
+    ages.forEach([&sum](std::u16string&& name, std::uint32_t age) { sum += name.size() * age; });
     EXPECT_EQ(sum, 3 * (37 + std::uint64_t {UINT32_MAX}));
     for (const auto& [name, age] : std::as_const(ages))
         sum -= name.size() * age;
