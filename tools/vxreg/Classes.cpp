@@ -5,6 +5,9 @@
 #include <vx/Exception.h>
 #include <vx/util/RegKeyIterator.h>
 
+#include <filesystem>
+#include <system_error>
+
 namespace vxreg {
 
 using vx::String;
@@ -25,6 +28,12 @@ std::vector<std::string> subkeysOf(const std::string& key)
 }
 
 } // namespace
+
+bool isSameFile(const std::string& path, const std::string& other)
+{
+    std::error_code ignored;
+    return path == other || std::filesystem::equivalent(path, other, ignored);
+}
 
 std::string textOfClassKey(const std::string& key)
 {

@@ -16,6 +16,9 @@ struct Classes {
 /// What the registry has. What cannot be read is left out.
 Classes readClasses();
 
+/// Whether two paths are of one library.
+bool isSameFile(const std::string& path, const std::string& other);
+
 /// The default value of a key of the classes, empty if there is none.
 std::string textOfClassKey(const std::string& key);
 

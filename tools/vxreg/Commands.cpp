@@ -124,7 +124,7 @@ std::vector<std::string> classesOf(const Classes& classes, const String& path)
 {
     std::vector<std::string> found;
     for (const auto& [id, library] : classes.libraryOf) {
-        if (library == path.toUtf8())
+        if (isSameFile(library, path.toUtf8()))
             found.push_back(id);
     }
     return found;
@@ -165,10 +165,11 @@ void unregisterLibrary(const Arguments& arguments, const Context& context)
     std::error_code ignored;
     if (!ids.empty() && !std::filesystem::exists(path.toUtf8(), ignored))
         return removeClasses(classes, ids);
-    const std::int32_t result = callLibrary(path, VXComUnregisterLibrary);
-    if (result == vx::RESULT_NOT_FOUND)
+    // Another copy of the library may be registered, whose classes this one would remove.
+    const std::int32_t result = callLibrary(path, ids.empty() ? VXComCheckLibrary : VXComUnregisterLibrary);
+    if (ids.empty() || result == vx::RESULT_NOT_FOUND)
         throw Failure(path.toUtf8(), NOT_REGISTERED(registryOf(context)));
-    if (result == vx::RESULT_ACCESS_DENIED && !ids.empty())
+    if (result == vx::RESULT_ACCESS_DENIED)
         throw Failure(path.toUtf8(), ONLY_MACHINE_HAS());
     if (vx::failed(result))
         throw Failure(path.toUtf8(), textOfStore(result));

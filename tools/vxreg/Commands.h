@@ -16,7 +16,7 @@ std::vector<std::string_view> commandNames();
 
 struct Switches {
     bool isForMachine = false; ///< works on the registry of all users only
-    bool isForced = false; ///< registers whatever can be loaded
+    bool isForced = false; ///< registers any component library that can be loaded
 };
 
 /// Runs the command that the first argument names. Throws std::invalid_argument for a wrong command line, and Failure

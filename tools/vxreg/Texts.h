@@ -74,8 +74,9 @@ inline constexpr Message NO_OBJECT {u"vxreg.no-object", "no object of class {0} 
 inline constexpr Message SAME_CLASS {
     u"vxreg.same-class", "the names {0} and {1} both have class {2}; give each class its own identifier"};
 inline constexpr Message SAME_NAME {u"vxreg.same-name", "the name {0} belongs to classes {1} and {2}"};
-inline constexpr Message CLASS_IN_USE {
-    u"vxreg.class-in-use", "class {0} is registered for {1}; unregister that library, or use a new identifier"};
+inline constexpr Message CLASS_IN_USE {u"vxreg.class-in-use",
+    "class {0} is registered for {1}; unregister that library, use a new identifier, or replace it "
+    "with vxreg --force register"};
 inline constexpr Message NAME_IN_USE {
     u"vxreg.name-in-use", "the name {0} is registered for class {1}; unregister that class, or use another name"};
 inline constexpr Message LEAVES_KEY {u"vxreg.leaves-key", "its function VXUnregisterServer does not remove {0}"};

@@ -17,6 +17,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
@@ -66,8 +67,9 @@ class TrialFolder {
 public:
     TrialFolder()
     {
-        for (const fs::path& place : {fs::path("/dev/shm"), fs::temp_directory_path()}) {
-            m_path = (place / "vxreg-XXXXXX").string();
+        const char* const named = std::getenv("TMPDIR");
+        for (const char* place : {"/dev/shm", named != nullptr && *named != '\0' ? named : P_tmpdir}) {
+            m_path = (fs::path(place) / "vxreg-XXXXXX").string();
             if (::mkdtemp(m_path.data()) != nullptr)
                 return;
         }
@@ -117,26 +119,25 @@ void checkNames(Trial& trial, const Classes& classes)
     }
 }
 
-/// The library that a class is registered for. Empty if there is none, or if its file is gone.
-std::string libraryInUse(const std::string& id)
+/// The library that a class is registered for. Empty if there is none, if it is `path`, or if its file is gone.
+std::string otherLibrary(const std::string& id, const std::string& path)
 {
     const std::string library = textOfClassKey("CLSID\\" + id + "\\InprocServer32");
     std::error_code ignored;
-    return fs::status(library, ignored).type() != fs::file_type::not_found ? library : std::string();
+    const bool isOther = fs::status(library, ignored).type() != fs::file_type::not_found && !isSameFile(library, path);
+    return isOther ? library : std::string();
 }
 
 /// Compares with what is registered.
 void checkRegistry(Trial& trial, const Classes& classes, const std::string& path)
 {
     for (const auto& entry : classes.libraryOf) {
-        const std::string other = libraryInUse(entry.first);
-        std::error_code ignored;
-        if (!other.empty() && other != path && !fs::equivalent(other, path, ignored))
+        if (const std::string other = otherLibrary(entry.first, path); !other.empty())
             trial.tell(CLASS_IN_USE(entry.first, other));
     }
     for (const auto& [name, id] : classes.classOf) {
         const std::string other = textOfClassKey(name + "\\CLSID");
-        if (::strcasecmp(other.c_str(), id.c_str()) != 0 && !libraryInUse(other).empty())
+        if (::strcasecmp(other.c_str(), id.c_str()) != 0 && !otherLibrary(other, path).empty())
             trial.tell(NAME_IN_USE(name, other));
     }
 }

@@ -16,8 +16,8 @@ int main(int argc, char** argv)
 {
     constexpr vx::util::OptionRow MACHINE_ROW {
         .name = "machine", .letter = 'm', .help = "work on the registry of all users, which only root may change"};
-    constexpr vx::util::OptionRow FORCE_ROW {
-        .name = "force", .help = "register a library although it cannot be used, or another library has its classes"};
+    constexpr vx::util::OptionRow FORCE_ROW {.name = "force",
+        .help = "before register: take a library although it cannot be used, or another one has its classes"};
     const vx::util::OptionTable table = makeOptionTable("vxreg", {MACHINE_ROW, FORCE_ROW});
     Messages messages("vxreg", localeOf(table, argc, argv));
     const auto work = [&] {
