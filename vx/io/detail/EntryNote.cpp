@@ -12,12 +12,13 @@ namespace {
 constexpr std::int64_t UNKNOWN = -1;
 constexpr int MOST_LOOKS = 16; // at a file that others write to all the time
 
-/// A note that nothing has to be repaired. `lineEnd` is where the last line of the file ends.
+/// A note that nothing has to be repaired. `lineEnd` is where the last line of the file ends. It is kept as its complement,
+/// so that a process that is killed while it begins a note leaves no such place.
 void setDone(const GuardedFile& file, std::int64_t lineEnd)
 {
     VXNamedSemNote note; // the proof is not used
     note.file = file.identity;
-    note.start = lineEnd;
+    note.start = ~lineEnd;
     note.length = 0;
     note.proofLength = 0;
     file.semaphore.setNote(note);
@@ -106,7 +107,7 @@ std::int64_t repairEntry(const GuardedFile& file)
     if (note.file != file.identity)
         return UNKNOWN;
     if (note.length == 0)
-        return note.start;
+        return ~note.start;
     if (isRepaired(file, note))
         setDone(file, UNKNOWN);
     return UNKNOWN;
@@ -121,7 +122,8 @@ std::int32_t endLastLine(const GuardedFile& file, std::int64_t size)
         const bool canLook = reader.get() != VX_FILE_INVALID_HANDLE && ++looks <= MOST_LOOKS;
         if (!canLook || size == 0 || endsLine(reader.get(), size))
             return RESULT_OK;
-        // A program without the semaphore may be in the middle of its write. Writing nothing waits until it is done.
+        // A program without the semaphore may be in the middle of its write. Writing nothing waits until it is done, if the
+        // file system locks the file for that. Otherwise there may be an empty line.
         before = size;
         VXFileWrite(file.handle, "", 0, &done);
         if (failed(VXFileGetSize(file.handle, &size)))

@@ -15,7 +15,8 @@ struct GuardedFile {
     bool appends; ///< every write appends
 };
 
-/// Whether the bytes end with a line feed. False for one in UTF-16 or UTF-32, which has several bytes.
+/// Whether the bytes end with a line feed of one byte. It has more in UTF-16 and UTF-32, where other characters may end
+/// with this byte.
 bool isLine(const signed char* bytes, std::int32_t length) noexcept;
 
 /// Repairs the end of the file after a holder of the semaphore was killed, by the note that the holder left. An
@@ -25,7 +26,7 @@ bool isLine(const signed char* bytes, std::int32_t length) noexcept;
 std::int64_t repairEntry(const GuardedFile& file);
 
 /// Appends a line feed if the file has bytes, and does not end with one. `size` is that of the file. Returns the result of
-/// the write. A file that cannot be read is left as it is.
+/// the write. A file that cannot be opened for reading is left as it is.
 std::int32_t endLastLine(const GuardedFile& file, std::int64_t size);
 
 /// Keeps a note on what is being written at the end of the file, in case this process is killed meanwhile. The
