@@ -32,7 +32,7 @@ void keepFailureText(const Exception& failure) noexcept
         if (text.isEmpty())
             text = description;
         else
-            text.append(u": ").append(description.isEmpty() ? describe(failure.getResult()) : description);
+            text.append(u": ").append(description.isEmpty() ? describe(getCause(failure)) : description);
         const std::u16string_view kept = text.view().substr(0, t_failure.size());
         t_failureLength = kept.copy(t_failure.data(), kept.size());
     } catch (const std::bad_alloc&) { // the result code remains

@@ -342,7 +342,7 @@ class LockPrinter:
         self.handle = field_of(value, "m_handle")
 
     def to_string(self):
-        if int(self.handle) == 0:
+        if self.handle is None or int(self.handle) == 0:
             return self.name
         # The header only declares the type.
         native = whole(self.handle.cast(gdb.lookup_type("VXHandleTag").pointer()))

@@ -41,6 +41,7 @@ VX_API const std::error_category& resultCategory() noexcept;
 
 /// Codes of success give no error.
 VX_API std::error_code errorCodeOf(std::int32_t result) noexcept;
+/// The code of the cause (`getCause`).
 VX_API std::error_code errorCodeOf(const Exception& failure) noexcept;
 
 } // namespace vx

@@ -298,7 +298,7 @@ void LogFile::awaitBrokers()
 
 void LogFile::putOnFile()
 {
-    vx::io::EntryStream entries(m_file.get(), false); // they begin on a line of their own
+    vx::io::EntryStream entries(m_file.get(), false); // they begin on a new line
     entries.write(m_block->get().data(), static_cast<std::int32_t>(m_block->getSize()));
     entries.flush();
     m_block->cut(0);

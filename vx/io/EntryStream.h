@@ -11,7 +11,7 @@ namespace vx::io {
 
 /// Writes each entry with one call, however long it is: collects what is written and passes it to the wrapped stream at
 /// the flush. Over a `FileOutputStream` in APPEND mode the entries of several processes never mix, and an entry that ends
-/// with a line feed begins on a line of its own, as with a `RotatingFileStream`.
+/// with a line feed begins on a new line (`FileOutputStream::writeLine`), as with a `RotatingFileStream`.
 ///
 /// If the wrapped stream fails, the entry is kept until the next call: `flush` tries again, `write` drops it and begins
 /// the next entry. Neither `close` nor the destructor flushes. One thread at a time.

@@ -77,9 +77,10 @@ public:
     /// A named file can be opened again. A failure is silent.
     void close() override;
 
-    /// As `write`. But with APPEND, bytes that end with a line feed begin on a line of their own: if the file ends in the
-    /// middle of a line, as a killed program may leave it, a line feed is written first. The file is read only if others
-    /// than streams with its path have changed it; one that cannot be read is taken as it is.
+    /// As `write`. But with APPEND, bytes that end with a line feed begin on a new line: if the file ends in the middle of
+    /// a line, as a killed program may leave it, a line feed is written first. The file is not read if the last write of a
+    /// stream with its path was a line, and nothing was added since. A file that cannot be opened for reading is taken as
+    /// it is. For encodings in which the byte 10 is always a line feed, so not for UTF-16 and UTF-32.
     void writeLine(const signed char* bytes, std::int32_t length);
 
     /// False with KEEPCLOSED between operations, although the stream works.

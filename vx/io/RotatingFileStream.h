@@ -43,7 +43,7 @@ struct Rotation {
 /// written to one file as a whole. Any number of processes may write to one path, if they use the same path and the
 /// same `Rotation`. After a rotation by one of them, all continue in the new file.
 ///
-/// An entry that ends with a line feed begins on a line of its own. If the file ends in the middle of a line, which another
+/// An entry that ends with a line feed begins on a new line. If the file ends in the middle of a line, which another
 /// program has left there, a line feed is written first.
 ///
 /// The names of older files end with a number: "app.log.000001" is older than "app.log.000002". If a process is killed
