@@ -106,7 +106,8 @@ TEST(Describe, NamesTheOperationAndItsObject)
         {[&] { net::vorb::VorbTransport transport(u"No.Such.Transport"); },
             "create transport No.Such.Transport: the component does not have this class"},
         {[&] { util::PropertySet().get(u"port"); }, "get property port: unspecified failure"},
-        {[] { throw ResultException(RESULT_ACCESS_DENIED, u"open x: permission denied"); }, "open x: permission denied"},
+        {[] { throw ResultException(RESULT_ACCESS_DENIED, u"open x: permission denied"); },
+            "open x: permission denied"},
         {[&] { util::IniFile(path.getData(), nullptr, 1); }, "open " + file + ": no such file or directory"},
         {[&] {
              util::IniFile ini(path.getData(), nullptr, 0);

@@ -15,7 +15,7 @@ namespace {
 /// Storage beyond this is freed after the entry that needed it.
 constexpr std::size_t KEPT_CAPACITY = 1 << 20;
 
-/// A class that is derived from `FileOutputStream` may have a `write` of its own.
+/// A class that is derived from `FileOutputStream` may override `write`.
 void writeEntry(OutputStream& sink, const signed char* bytes, std::int32_t length)
 {
     if (typeid(sink) == typeid(FileOutputStream))
