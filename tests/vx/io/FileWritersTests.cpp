@@ -293,7 +293,9 @@ TEST_F(FileWriters, BeginALineAfterWhatOtherProgramsLeft)
         [&] { return new io::EntryStream(new FileOutputStream(m_path, APPEND | KEEPCLOSED), false); },
         [&] { return new FileOutputStream(m_path, APPEND); },
     };
-    for (const auto& [found, entry, both] : rows) {
+    for (const auto& row : rows) {
+        const std::string &found = row.found, &entry = row.entry,
+                          &both = row.both; // Clang 14 does not capture bindings
         for (const auto& open : kinds) {
             const bool isPlain = &open == &kinds[3];
             put(m_scratch / "file", found);
