@@ -294,8 +294,8 @@ TEST_F(FileWriters, BeginALineAfterWhatOtherProgramsLeft)
         [&] { return new FileOutputStream(m_path, APPEND); },
     };
     for (const auto& row : rows) {
-        const std::string &found = row.found, &entry = row.entry,
-                          &both = row.both; // Clang 14 does not capture bindings
+        // Clang 14 does not let lambdas capture structured bindings.
+        const std::string &found = row.found, &entry = row.entry, &both = row.both;
         for (const auto& open : kinds) {
             const bool isPlain = &open == &kinds[3];
             put(m_scratch / "file", found);
