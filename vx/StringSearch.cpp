@@ -219,6 +219,33 @@ void trimUnits(StringWriteLock& target, String::TrimType type, IsBlank isBlank)
     return text.indexOf(source.data(), source.length(), from, ignoreCase);
 }
 
+[[gnu::noinline]] int lastIndexOfLocked(const String& text, const String& pattern, int from, bool ignoreCase)
+{
+    const StringSource source(text, pattern);
+    return text.lastIndexOf(source.data(), source.length(), from, ignoreCase);
+}
+
+/// The most units of a text in which even the slowest search for a pattern takes no time that matters.
+constexpr std::size_t SHORT_TEXT = 64;
+
+/// The units of both texts if a search for the pattern needs no more than a scan.
+bool areShort(const String& text, const String& pattern, std::u16string_view* own, std::u16string_view* units) noexcept
+{
+    return PlainBuffer::readExact(text, own) && PlainBuffer::readExact(pattern, units) && !units->empty()
+        && own->size() <= SHORT_TEXT;
+}
+
+/// A scan for a short pattern in a short text by `scanAll(ends, matches)`.
+template <class ScanAll>
+int scanShort(std::u16string_view own, std::u16string_view units, ScanAll scanAll) noexcept
+{
+    const char16_t* const text = own.data();
+    const char16_t* const pattern = units.data();
+    const auto length = static_cast<int>(units.size());
+    return scanAll(detail::EndsMatch {text, text + (length - 1), pattern[0], pattern[length - 1]},
+        [=](int index) { return length <= 2 || detail::equalUnits(text + index + 1, pattern + 1, length - 2); });
+}
+
 [[gnu::noinline]] int findUpElsewhere(
     const String& text, const char16_t* set, int setLength, int from, bool ignoreCase, bool wanted)
 {
@@ -378,10 +405,16 @@ int String::indexOf(const char16_t* text, int length, int from, bool ignoreCase)
 
 int String::indexOf(const String& text, int from, bool ignoreCase) const
 {
+    std::u16string_view own;
     std::u16string_view units;
-    if (PlainBuffer::readExact(text, &units))
-        return indexOf(units.data(), static_cast<int>(units.size()), from, ignoreCase);
-    return indexOfLocked(*this, text, from, ignoreCase);
+    if (ignoreCase || !areShort(*this, text, &own, &units))
+        return indexOfLocked(*this, text, from, ignoreCase);
+    const auto length = static_cast<int>(own.size());
+    const int candidates = length - static_cast<int>(units.size()) + 1;
+    from = clipped(from, length);
+    return from >= candidates ? NOT_FOUND : scanShort(own, units, [=](auto ends, auto matches) {
+        return detail::scanUp(from, candidates, ends, matches);
+    });
 }
 
 int String::lastIndexOf(char16_t ch, int from, bool ignoreCase) const
@@ -406,8 +439,16 @@ int String::lastIndexOf(const char16_t* text, int length, int from, bool ignoreC
 
 int String::lastIndexOf(const String& text, int from, bool ignoreCase) const
 {
-    const StringSource pattern(*this, text);
-    return lastIndexOf(pattern.data(), pattern.length(), from, ignoreCase);
+    std::u16string_view own;
+    std::u16string_view units;
+    if (ignoreCase || !areShort(*this, text, &own, &units))
+        return lastIndexOfLocked(*this, text, from, ignoreCase);
+    const auto length = static_cast<int>(own.size());
+    const int candidates = length - static_cast<int>(units.size()) + 1;
+    const int end = std::min(clippedToLast(from, length) - static_cast<int>(units.size()) + 2, candidates);
+    return end <= 0
+        ? NOT_FOUND
+        : scanShort(own, units, [=](auto ends, auto matches) { return detail::scanDown(end, ends, matches); });
 }
 
 [[gnu::flatten]] int String::findFirstOf(const char16_t* set, int length, int from, bool ignoreCase) const
