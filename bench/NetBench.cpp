@@ -63,16 +63,15 @@ public:
             : m_socket(socket)
         {
             require(socket != -1);
-            sendSmallAtOnce(socket);
         }
         explicit Connection(unsigned short port)
             : m_socket(::socket(AF_INET, SOCK_STREAM, 0))
         {
             const sockaddr_in address = loopback(port);
             require(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0);
-            sendSmallAtOnce(m_socket);
         }
         ~Connection() { ::close(m_socket); }
+        int number() const { return m_socket; }
         int read(char* target, int length)
         {
             return static_cast<int>(::recv(m_socket, target, static_cast<std::size_t>(length), 0));
@@ -118,7 +117,6 @@ public:
         explicit Connection(std::unique_ptr<vx::net::TcpWorkerSocket2> socket)
             : m_socket(std::move(socket))
         {
-            sendSmallAtOnce(static_cast<int>(m_socket->getId()));
         }
         explicit Connection(unsigned short port)
         {
@@ -128,8 +126,8 @@ public:
             vx_sockaddr_union address {};
             address.in4 = loopback(port);
             require(socket->connect(&address, sizeof address.in4) == VX_E_SOCKET_OK);
-            sendSmallAtOnce(static_cast<int>(socket->getId()));
         }
+        int number() const { return static_cast<int>(m_socket->getId()); }
         int read(char* target, int length)
         {
             std::int32_t count = 0;
@@ -181,15 +179,19 @@ public:
     class Connection {
     public:
         explicit Connection(vx::Reference<vx::net::TcpSocket> socket)
-            : m_input(socket->getInputStream())
-            , m_output(socket->getOutputStream())
+            : m_socket(std::move(socket))
+            , m_input(m_socket->getInputStream())
+            , m_output(m_socket->getOutputStream())
         {
-            const std::string id = socket->getInheritanceId().toUtf8();
-            sendSmallAtOnce(std::atoi(id.c_str() + id.find('=') + 1));
         }
         explicit Connection(unsigned short port)
             : Connection(vx::Reference<vx::net::TcpSocket>(new vx::net::TcpSocket(u"127.0.0.1", port)))
         {
+        }
+        int number() const
+        {
+            const std::string id = m_socket->getInheritanceId().toUtf8();
+            return std::atoi(id.c_str() + id.find('=') + 1);
         }
         int read(char* target, int length) { return m_input->read(reinterpret_cast<signed char*>(target), length); }
         int write(const char* source, int length)
@@ -199,6 +201,7 @@ public:
         }
 
     private:
+        vx::Reference<vx::net::TcpSocket> m_socket;
         vx::Reference<vx::io::InputStream> m_input;
         vx::Reference<vx::io::OutputStream> m_output;
     };
@@ -242,11 +245,13 @@ void echo(benchmark::State& state)
     const unsigned short port = listener.port();
     std::thread server([&] {
         const auto connection = listener.accept();
+        sendSmallAtOnce(connection->number());
         for (char text[LENGTH]; readAll(*connection, text, LENGTH);)
             writeAll(*connection, text, LENGTH);
     });
     {
         typename Sockets::Connection connection(port);
+        sendSmallAtOnce(connection.number());
         char sent[LENGTH] = "64 bytes";
         char heard[LENGTH] = "";
         for (auto _ : state) {
@@ -268,6 +273,7 @@ void bulk(benchmark::State& state)
     const unsigned short port = listener.port();
     std::thread server([&] {
         const auto connection = listener.accept();
+        sendSmallAtOnce(connection->number());
         std::vector<char> block(BLOCK);
         for (int count = 0; readAll(*connection, block.data(), BLOCK);) {
             if (++count % BLOCKS == 0)
@@ -276,6 +282,7 @@ void bulk(benchmark::State& state)
     });
     {
         typename Sockets::Connection connection(port);
+        sendSmallAtOnce(connection.number());
         const std::vector<char> block(BLOCK, 'x');
         char answer = 0;
         for (auto _ : state) {
