@@ -45,9 +45,9 @@ protected:
 
     unsigned long below(unsigned long limit) { return static_cast<unsigned long>(m_random() % limit); }
 
-    BigInteger number(std::size_t mostBytes)
+    BigInteger number(std::size_t mostBytes) { return numberOf(below(mostBytes + 1) >> below(8)); }
+    BigInteger numberOf(std::size_t size)
     {
-        std::size_t size = below(mostBytes + 1) >> below(8);
         std::string bytes;
         while (bytes.size() < size) {
             const char run[] = {'\0', '\xFF', static_cast<char>(m_random())};
@@ -203,6 +203,33 @@ TEST_F(BigOracle, AgreesOnIntegers)
         if (HasFailure())
             ADD_FAILURE() << "seed " << m_seed << ", round " << round << ", " << name << ", " << x.get_str(16)
                           << " and " << y.get_str(16);
+    }
+}
+
+/// Words at which an algorithm begins, or a vector or block of digits is full, with and without vector instructions.
+TEST_F(BigOracle, AgreesOnProductsOfSizesWhereTheAlgorithmChanges)
+{
+    constexpr std::size_t WORD = 8;
+    for (const std::size_t border : {11, 15, 26, 40, 56, 140, 220, 400, 480, 700, 1440, 2200}) {
+        for (std::size_t words = border - 1; words <= border + 1; ++words) {
+            BigInteger ones; // 2^n - 1: every digit is full, and every carry runs through
+            for (std::size_t bit = 0; bit < WORD * 8 * words; ++bit)
+                ones.setBit(static_cast<int>(bit));
+            const BigInteger mixed = numberOf(WORD * words);
+            for (const BigInteger& left : {mixed, ones}) {
+                for (const std::size_t other : {words, words - 1, words / 2 + 1, words / 3, std::size_t {12}}) {
+                    for (const BigInteger& right : {numberOf(WORD * other), ones}) {
+                        BigInteger product = left;
+                        product.multiply(right);
+                        const Exact wanted = exactOf(left) * exactOf(right);
+                        EXPECT_EQ(exactOf(product), wanted) << "seed " << m_seed << ", " << words << " by " << other;
+                    }
+                }
+                BigInteger square = left;
+                square.multiply(square);
+                EXPECT_EQ(exactOf(square), Exact(exactOf(left) * exactOf(left))) << "seed " << m_seed << ", " << words;
+            }
+        }
     }
 }
 

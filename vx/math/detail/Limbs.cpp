@@ -34,6 +34,8 @@ Limb add(Limb* target, Natural left, Natural right) noexcept
         carry = high(sum);
     }
 #endif
+    if (carry == 0 && target == left.data())
+        return 0;
     for (; i < left.size(); ++i) {
         const Limb sum = left[i] + carry;
         carry = sum < carry;
@@ -56,6 +58,8 @@ Limb subtract(Limb* target, Natural left, Natural right) noexcept
         borrow = high(difference) & 1;
     }
 #endif
+    if (borrow == 0 && target == left.data())
+        return 0;
     for (; i < left.size(); ++i) {
         const Limb value = left[i];
         target[i] = value - borrow;

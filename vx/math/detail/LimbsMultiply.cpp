@@ -1,6 +1,7 @@
 #include "vx/math/detail/Limbs.h"
 #include "vx/math/detail/LimbsRow.h"
 #include "vx/math/detail/LimbsTransform.h"
+#include "vx/math/detail/LimbsVector.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,11 +10,38 @@ namespace vx::math::detail {
 
 namespace {
 
-// From these numbers of words on, splitting in halves, then in thirds, and then transforms are faster; measured.
-constexpr Size KARATSUBA_MULTIPLY = 40;
-constexpr Size KARATSUBA_SQUARE = 56;
-constexpr Size TOOM = 140;
-constexpr Size TRANSFORM = 2200;
+/// From which numbers of words on splitting in halves, then in thirds, and then transforms are faster; measured.
+struct Thresholds {
+    Size halvesMultiply;
+    Size halvesSquare;
+    Size thirds;
+    Size transform;
+    Size school; ///< the most words that are multiplied at once without splitting
+};
+
+constexpr Thresholds USUAL {40, 56, 140, 2200, ~Size {0}};
+
+#if VX_ROW_PATHS
+
+constexpr Thresholds WITH_VECTORS {220, 400, 700, 12000, MOST_VECTOR_LIMBS};
+constexpr Size VECTORS_MULTIPLY = 11;
+constexpr Size VECTORS_SQUARE = 15;
+
+static_assert(std::max(WITH_VECTORS.halvesMultiply, WITH_VECTORS.halvesSquare) <= WITH_VECTORS.school);
+
+const Thresholds& thresholds() noexcept
+{
+    return hasVectors() ? WITH_VECTORS : USUAL;
+}
+
+#else
+
+constexpr const Thresholds& thresholds() noexcept
+{
+    return USUAL;
+}
+
+#endif
 
 /// The sum of the products that make one word of a result. Three words are enough for any number of them that fits in
 /// memory.
@@ -55,6 +83,8 @@ private:
 void multiplySchool(Limb* target, Natural left, Natural right) noexcept
 {
 #if VX_ROW_PATHS
+    if (right.size() >= VECTORS_MULTIPLY && hasVectors())
+        return multiplyByVectors(target, left, right);
     if (hasRows())
         return multiplyByRows(target, left, right);
 #endif
@@ -76,6 +106,8 @@ void multiplySchool(Limb* target, Natural left, Natural right) noexcept
 void squareSchool(Limb* target, Natural source) noexcept
 {
 #if VX_ROW_PATHS
+    if (source.size() >= VECTORS_SQUARE && hasVectors())
+        return squareByVectors(target, source);
     if (hasRows())
         return squareByRows(target, source);
 #endif
@@ -230,10 +262,10 @@ void multiplyByThirds(Limb* target, const Limb* left, const Limb* right, Size co
 void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count, Limb* scratch) noexcept
 {
     const bool isSquare = left == right;
-    if (count < (isSquare ? KARATSUBA_SQUARE : KARATSUBA_MULTIPLY))
+    if (count < (isSquare ? thresholds().halvesSquare : thresholds().halvesMultiply))
         return isSquare ? squareSchool(target, {left, count}) : multiplySchool(target, {left, count}, {right, count});
 
-    if (count >= TOOM)
+    if (count >= thresholds().thirds)
         return multiplyByThirds(target, left, right, count, scratch);
 
     const Size half = (count + 1) / 2;
@@ -305,27 +337,29 @@ void multiply(Limb* target, Natural left, Natural right)
         std::fill_n(target, left.size(), 0);
         return;
     }
-    if (left.data() == right.data() && left.size() == count && count < KARATSUBA_SQUARE)
+    const Thresholds& limits = thresholds();
+    if (left.data() == right.data() && left.size() == count && count < limits.halvesSquare)
         return squareSchool(target, left);
-    if (count < KARATSUBA_MULTIPLY)
+    if (count < limits.halvesMultiply && left.size() <= limits.school)
         return multiplySchool(target, left, right);
-    if (count >= TRANSFORM)
+    if (count >= limits.transform)
         return multiplyByTransform(target, left, right);
 
-    // The longer one in pieces of the shorter one's length, each product added to those below.
-    Scratch scratch(scratchFor(count) + 2 * count);
-    Limb* const product = scratch.get() + scratchFor(count);
-    multiplySame(target, left.data(), right.data(), count, scratch.get());
-    Size done = count;
-    for (; left.size() - done >= count; done += count) {
-        multiplySame(product, left.data() + done, right.data(), count, scratch.get());
-        const Limb carry = add(target + done, {target + done, count}, {product, count});
-        add(target + done + count, {product + count, count}, {&carry, 1});
-    }
-    if (const Natural rest = left.subspan(done); !rest.empty()) {
-        multiply(product, rest, right);
-        const Limb carry = add(target + done, {target + done, count}, {product, count});
-        add(target + done + count, {product + count, rest.size()}, {&carry, 1});
+    // The longer one in pieces, of the shorter one's length if that is split, too.
+    const Size piece = count < limits.halvesMultiply ? limits.school : count;
+    Scratch scratch(scratchFor(count) + count);
+    Limb* const below = scratch.get() + scratchFor(count); // the upper words of the product before
+    for (Size done = 0; done < left.size(); done += piece) {
+        const Natural part = left.subspan(done, std::min(piece, left.size() - done));
+        Limb* const product = target + done;
+        if (done > 0)
+            std::copy_n(product, count, below);
+        if (part.size() == count)
+            multiplySame(product, part.data(), right.data(), count, scratch.get());
+        else
+            multiply(product, part, right);
+        if (done > 0)
+            add(product, {product, part.size() + count}, {below, count});
     }
 }
 
