@@ -210,7 +210,7 @@ TEST_F(BigOracle, AgreesOnIntegers)
 TEST_F(BigOracle, AgreesOnProductsOfSizesWhereTheAlgorithmChanges)
 {
     constexpr std::size_t WORD = 8;
-    for (const std::size_t border : {11, 15, 26, 40, 56, 140, 220, 400, 480, 700, 1440, 2200}) {
+    for (const std::size_t border : {11, 15, 26, 40, 56, 140, 220, 400, 480, 850, 1440, 2200}) {
         for (std::size_t words = border - 1; words <= border + 1; ++words) {
             BigInteger ones; // 2^n - 1: every digit is full, and every carry runs through
             for (std::size_t bit = 0; bit < WORD * 8 * words; ++bit)

@@ -23,7 +23,7 @@ constexpr Thresholds USUAL {40, 56, 140, 2200, ~Size {0}};
 
 #if VX_ROW_PATHS
 
-constexpr Thresholds WITH_VECTORS {220, 400, 700, 12000, MOST_VECTOR_LIMBS};
+constexpr Thresholds WITH_VECTORS {220, 400, 850, 850, MOST_VECTOR_LIMBS};
 constexpr Size VECTORS_MULTIPLY = 11;
 constexpr Size VECTORS_SQUARE = 15;
 

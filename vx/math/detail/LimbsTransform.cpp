@@ -1,5 +1,8 @@
 #include "vx/math/detail/LimbsTransform.h"
 
+#include "vx/math/detail/LimbsTransformTree.h"
+#include "vx/math/detail/LimbsVector.h"
+
 #include <algorithm>
 #include <bit>
 
@@ -13,7 +16,31 @@ namespace {
 template <Limb P, Limb GENERATOR>
 class Field {
 public:
+    using Value = Limb;
+    using Root = Limb;
+
     static constexpr Limb PRIME = P;
+
+    /// The root of each node, in the order of the numbers.
+    class Roots {
+    public:
+        Roots(Limb* roots, Size size) noexcept
+            : m_roots(roots)
+        {
+            roots[0] = constant(1);
+            int order = 2;
+            for (Size count = 1; count < size; count *= 2, ++order) {
+                const Limb factor = root(order);
+                for (Size number = 0; number < count; ++number)
+                    roots[count + number] = below(P, multiply(roots[number], factor));
+            }
+        }
+
+        Root operator[](Size number) const noexcept { return m_roots[number]; }
+
+    private:
+        const Limb* m_roots;
+    };
 
     /// Below 2 P. One factor is below P.
     static constexpr Limb multiply(Limb left, Limb right) noexcept
@@ -28,6 +55,8 @@ public:
         const Limb difference = value - limit; // no branch: it could not be predicted
         return difference + (limit & (Limb {0} - (difference >> (LIMB_BITS - 1))));
     }
+    static constexpr Limb twice() noexcept { return 2 * P; }
+    static constexpr Limb belowTwice(Limb value) noexcept { return below(2 * P, value); }
     /// Of a value below 2 P.
     static constexpr Limb half(Limb value) noexcept { return (value + (P & (Limb {0} - (value & 1)))) >> 1; }
 
@@ -59,194 +88,6 @@ private:
 using First = Field<0x3fffffee00000001, 3>;
 using Second = Field<0x3fffffb400000001, 17>;
 constexpr int PRODUCT_BITS = 123; // a number of this many bits is below the product of the primes
-
-/// A tree of polynomials: its root is one modulo x^length - 1, and the children of one modulo x^n - r^2 are its
-/// residues modulo x^(n/2) - r and x^(n/2) + r. The leaves are values. On each level the node with the number i has r =
-/// root(i).
-template <class Prime>
-class Transform {
-public:
-    /// `roots` has half of `length` places, which is a power of 2 from 4 on.
-    Transform(Limb* roots, Size length) noexcept
-        : m_roots(roots)
-        , m_length(length)
-    {
-        roots[0] = Prime::constant(1);
-        int order = 2;
-        for (Size count = 1; count < length / 2; count *= 2, ++order) {
-            const Limb factor = Prime::root(order);
-            for (Size number = 0; number < count; ++number)
-                roots[count + number] = Prime::below(P, Prime::multiply(roots[number], factor));
-        }
-    }
-
-    /// The first `used` values, below 4 P, of a polynomial whose coefficients from `used` on are 0, and all below 2 P.
-    void enter(Limb* values, Size used) const noexcept { down(values, m_length, used, 0); }
-    /// The polynomial times the length, below 2 P, of the first `used` values, also below 2 P. The others are 0.
-    void leave(Limb* values, Size used) const noexcept { up(values, m_length, used, 0); }
-
-private:
-    static constexpr Limb P = Prime::PRIME;
-
-    /// 1 / root(number), times -1.
-    Limb negatedInverse(Size number) const noexcept { return m_roots[3 * std::bit_floor(number) - 1 - number]; }
-
-    static void split(Limb& low, Limb& high, Limb root) noexcept
-    {
-        const Limb sum = Prime::below(2 * P, low);
-        const Limb product = Prime::multiply(high, root);
-        low = sum + product;
-        high = sum + 2 * P - product;
-    }
-    static void splitByOne(Limb& low, Limb& high) noexcept
-    {
-        const Limb left = Prime::below(2 * P, low);
-        const Limb right = Prime::below(2 * P, high);
-        low = left + right;
-        high = left + 2 * P - right;
-    }
-    /// The reverse, times 2.
-    static void join(Limb& low, Limb& high, Limb negatedRoot) noexcept
-    {
-        const Limb difference = high + 2 * P - low;
-        low = Prime::below(2 * P, low + high);
-        high = Prime::multiply(difference, negatedRoot);
-    }
-    static void joinByOne(Limb& low, Limb& high) noexcept
-    {
-        const Limb difference = low + 2 * P - high;
-        low = Prime::below(2 * P, low + high);
-        high = Prime::below(2 * P, difference);
-    }
-
-    /// A level of the tree.
-    void splitAll(Limb* values, Size half, Size number) const noexcept
-    {
-        const Limb root = m_roots[number];
-        for (Size place = 0; place < half; ++place)
-            split(values[place], values[half + place], root);
-    }
-
-    void down(Limb* values, Size length, Size used, Size number) const noexcept
-    {
-        if (used == length)
-            return down(values, length, number);
-        const Size half = length / 2;
-        splitAll(values, half, number);
-        down(values, half, std::min(used, half), 2 * number);
-        if (used > half)
-            down(values + half, half, used - half, 2 * number + 1);
-    }
-
-    /// Two levels at once, which halves loads and stores.
-    void down(Limb* values, Size length, Size number) const noexcept
-    {
-        if (length == 1)
-            return;
-        if (length == 2)
-            return splitAll(values, 1, number);
-        const Size quarter = length / 4;
-        Limb* const a = values;
-        Limb* const b = a + quarter;
-        Limb* const c = b + quarter;
-        Limb* const d = c + quarter;
-        const Limb right = m_roots[2 * number + 1];
-        if (number == 0) {
-            for (Size place = 0; place < quarter; ++place) {
-                splitByOne(a[place], c[place]);
-                splitByOne(b[place], d[place]);
-                splitByOne(a[place], b[place]);
-                split(c[place], d[place], right);
-            }
-        } else {
-            const Limb root = m_roots[number];
-            const Limb left = m_roots[2 * number];
-            for (Size place = 0; place < quarter; ++place) {
-                split(a[place], c[place], root);
-                split(b[place], d[place], root);
-                split(a[place], b[place], left);
-                split(c[place], d[place], right);
-            }
-        }
-        if (quarter == 1)
-            return;
-        for (Size child = 0; child < 4; ++child)
-            down(values + child * quarter, quarter, 4 * number + child);
-    }
-
-    /// From `used` on the values are coefficients already, times the length. The result is coefficients alone.
-    void up(Limb* values, Size length, Size used, Size number) const noexcept
-    {
-        if (used == length)
-            return up(values, length, number);
-        const Size half = length / 2;
-        Limb* const upper = values + half;
-        const Limb root = m_roots[number];
-        if (used > half) {
-            up(values, half, 2 * number);
-            for (Size place = used - half; place < half; ++place) {
-                const Limb product = Prime::multiply(upper[place], root);
-                upper[place] = Prime::below(2 * P, values[place] + 2 * P - product);
-            }
-            up(upper, half, used - half, 2 * number + 1);
-            if (number == 0) {
-                for (Size place = 0; place < half; ++place)
-                    joinByOne(values[place], upper[place]);
-            } else {
-                for (Size place = 0; place < half; ++place)
-                    join(values[place], upper[place], negatedInverse(number));
-            }
-            return;
-        }
-        for (Size place = used; place < half; ++place) {
-            const Limb sum = values[place] + Prime::multiply(upper[place], root);
-            values[place] = Prime::half(Prime::below(2 * P, sum));
-        }
-        up(values, half, used, 2 * number);
-        for (Size place = 0; place < half; ++place) {
-            const Limb twice = Prime::below(2 * P, 2 * values[place]);
-            values[place] = Prime::below(2 * P, twice + 2 * P - Prime::multiply(upper[place], root));
-        }
-    }
-
-    void up(Limb* values, Size length, Size number) const noexcept
-    {
-        if (length == 1)
-            return;
-        if (length == 2)
-            return number == 0 ? joinByOne(values[0], values[1]) : join(values[0], values[1], negatedInverse(number));
-        const Size quarter = length / 4;
-        if (quarter > 1) {
-            for (Size child = 0; child < 4; ++child)
-                up(values + child * quarter, quarter, 4 * number + child);
-        }
-        Limb* const a = values;
-        Limb* const b = a + quarter;
-        Limb* const c = b + quarter;
-        Limb* const d = c + quarter;
-        const Limb right = negatedInverse(2 * number + 1);
-        if (number == 0) {
-            for (Size place = 0; place < quarter; ++place) {
-                joinByOne(a[place], b[place]);
-                join(c[place], d[place], right);
-                joinByOne(a[place], c[place]);
-                joinByOne(b[place], d[place]);
-            }
-            return;
-        }
-        const Limb root = negatedInverse(number);
-        const Limb left = negatedInverse(2 * number);
-        for (Size place = 0; place < quarter; ++place) {
-            join(a[place], b[place], left);
-            join(c[place], d[place], right);
-            join(a[place], c[place], root);
-            join(b[place], d[place], root);
-        }
-    }
-
-    const Limb* m_roots;
-    Size m_length;
-};
 
 /// How two numbers become polynomials with a product whose coefficients the primes tell apart.
 struct Plan {
@@ -303,7 +144,7 @@ void multiplyModulo(Limb* target, Natural left, Natural right, const Plan& plan,
     Limb* roots, // NOLINT(readability-non-const-parameter): the transform fills it
     Limb* other) noexcept
 {
-    const Transform<Prime> transform(roots, plan.length);
+    const Transform<Prime> transform({roots, plan.length / 2}, plan.length);
     cut(target, plan.length, left, plan.bits);
     transform.enter(target, plan.used);
     if (left.data() == right.data() && left.size() == right.size()) {
@@ -354,6 +195,10 @@ void unite(Limb* target, Size count, const Limb* first, const Limb* second, cons
 
 void multiplyByTransform(Limb* target, Natural left, Natural right)
 {
+#if VX_ROW_PATHS
+    if (std::min(left.size(), right.size()) <= MOST_VECTOR_TRANSFORM && hasVectors())
+        return multiplyByVectorTransform(target, left, right);
+#endif
     const Plan plan(left.size(), right.size());
     Scratch scratch(3 * plan.length + plan.length / 2);
     Limb* const first = scratch.get();

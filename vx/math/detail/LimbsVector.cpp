@@ -1,16 +1,15 @@
 #include "vx/math/detail/LimbsVector.h"
 
+#include "vx/math/detail/LimbsVectorTarget.h"
+
 #if VX_ROW_PATHS
 
 #include <algorithm>
 #include <atomic>
-#include <immintrin.h>
 
 namespace vx::math::detail {
 
 namespace {
-
-#define VX_FOR_VECTORS __attribute__((target("avx512f,avx512bw,avx512dq,avx512vbmi,avx512ifma,bmi2")))
 
 enum Support : int { UNKNOWN, NONE, VECTORS };
 
@@ -25,11 +24,6 @@ Support findSupport() noexcept
     return hasAll ? VECTORS : NONE;
 }
 
-using Vector = __m512i;
-
-constexpr int DIGIT_BITS = 52;
-constexpr Limb DIGIT_MASK = (Limb {1} << DIGIT_BITS) - 1;
-constexpr Size LANES = 8;
 constexpr Size VECTOR_BYTES = DIGIT_BITS * LANES / 8; // that its digits take in a number
 constexpr Size BLOCK_VECTORS = 4; // so many sums of low and of high halves hide the time of one multiplication
 constexpr Size BLOCK = BLOCK_VECTORS * LANES;
@@ -59,7 +53,7 @@ VX_FOR_VECTORS void cut(Limb* digits, Natural source) noexcept
         35, 34, 33, 32, 33, 32, 31, 30, 29, 28, 27, 26, 26, 25, 24, 23, 22, 21, 20, 19, 20, 19, 18, 17, 16, 15, 14, 13,
         13, 12, 11, 10, 9, 8, 7, 6, 7, 6, 5, 4, 3, 2, 1, 0);
     const Vector shifts = _mm512_set_epi64(4, 0, 4, 0, 4, 0, 4, 0);
-    const Vector mask = _mm512_set1_epi64(static_cast<long long>(DIGIT_MASK));
+    const Vector mask = broadcast(DIGIT_MASK);
     const auto* const start = reinterpret_cast<const char*>(source.data());
     for (Size place = 0; place < source.size() * sizeof(Limb); place += VECTOR_BYTES, digits += LANES) {
         const Vector words = _mm512_maskz_loadu_epi8(bytesFrom(place, source.size()), start + place);
@@ -80,7 +74,7 @@ public:
     /// The next columns, each below 2^63.
     VX_FOR_VECTORS void write(Vector columns) noexcept
     {
-        const Vector mask = _mm512_set1_epi64(static_cast<long long>(DIGIT_MASK));
+        const Vector mask = broadcast(DIGIT_MASK);
         const Vector above = _mm512_srli_epi64(columns, DIGIT_BITS);
         Vector digits
             = _mm512_add_epi64(_mm512_and_si512(columns, mask), _mm512_alignr_epi64(above, m_above, LANES - 1));
@@ -90,7 +84,7 @@ public:
         const unsigned int over = _mm512_cmpgt_epi64_mask(digits, mask);
         const unsigned int carries = (full + 2 * over + m_carry) ^ full;
         m_carry = carries >> LANES;
-        digits = _mm512_mask_sub_epi64(digits, static_cast<__mmask8>(carries), digits, _mm512_set1_epi64(-1));
+        digits = _mm512_mask_sub_epi64(digits, static_cast<__mmask8>(carries), digits, broadcast(~Limb {0}));
         put(_mm512_and_si512(digits, mask));
     }
 
@@ -142,7 +136,7 @@ public:
             for (Size number = 1; number < BLOCK_VECTORS; ++number)
                 others[number - 1] = load(next + number * LANES);
             for (Size place = start; place < count; place += LANES, next -= LANES) {
-                const Vector factor = _mm512_set1_epi64(static_cast<long long>(up[place]));
+                const Vector factor = broadcast(up[place]);
                 for (Size number = BLOCK_VECTORS - 1; number > 0; --number)
                     others[number] = others[number - 1];
                 others[0] = load(next);

@@ -17,6 +17,11 @@ inline constexpr Size MOST_VECTOR_LIMBS = 480;
 void multiplyByVectors(Limb* target, Natural left, Natural right) noexcept;
 void squareByVectors(Limb* target, Natural source) noexcept;
 
+/// As `multiplyByTransform`, for numbers the shorter one of which has at most 2^21 words. With vectors, there are three
+/// primes of 50 bits.
+void multiplyByVectorTransform(Limb* target, Natural left, Natural right);
+inline constexpr Size MOST_VECTOR_TRANSFORM = Size {1} << 21;
+
 #endif
 
 } // namespace vx::math::detail
