@@ -71,6 +71,13 @@ protected:
         return value;
     }
 
+    /// 2^n - 1: every digit is full, and every carry runs through.
+    static BigInteger onesOf(std::size_t size)
+    {
+        const std::vector<signed char> bytes(size, -1);
+        return {bytes.data(), static_cast<int>(size), false};
+    }
+
     const unsigned long m_seed = setting("VX_ORACLE_SEED", 20240229);
     const unsigned long m_operations = setting("VX_ORACLE_OPERATIONS", 5000);
     std::mt19937_64 m_random {m_seed};
@@ -212,9 +219,7 @@ TEST_F(BigOracle, AgreesOnProductsOfSizesWhereTheAlgorithmChanges)
     constexpr std::size_t WORD = 8;
     for (const std::size_t border : {11, 15, 26, 40, 56, 140, 220, 400, 480, 850, 1440, 2200}) {
         for (std::size_t words = border - 1; words <= border + 1; ++words) {
-            BigInteger ones; // 2^n - 1: every digit is full, and every carry runs through
-            for (std::size_t bit = 0; bit < WORD * 8 * words; ++bit)
-                ones.setBit(static_cast<int>(bit));
+            const BigInteger ones = onesOf(WORD * words);
             const BigInteger mixed = numberOf(WORD * words);
             for (const BigInteger& left : {mixed, ones}) {
                 for (const std::size_t other : {words, words - 1, words / 2 + 1, words / 3, std::size_t {12}}) {
@@ -228,6 +233,32 @@ TEST_F(BigOracle, AgreesOnProductsOfSizesWhereTheAlgorithmChanges)
                 BigInteger square = left;
                 square.multiply(square);
                 EXPECT_EQ(exactOf(square), Exact(exactOf(left) * exactOf(left))) << "seed " << m_seed << ", " << words;
+            }
+        }
+    }
+}
+
+TEST_F(BigOracle, AgreesOnPowersModuloNumbersThatFillVectors)
+{
+    for (const std::size_t words : {1, 2, 3, 4, 6, 7, 12, 13, 16, 19, 20, 32, 63, 64, 65}) {
+        const std::size_t bytes = 8 * words;
+        BigInteger even = onesOf(bytes), smallest, random = numberOf(bytes);
+        even.clearBit(0);
+        for (BigInteger* number : {&smallest, &random}) {
+            number->setBit(static_cast<int>(8 * bytes) - 1);
+            number->setBit(0);
+        }
+        random.abs();
+        for (const BigInteger& modulus : {onesOf(bytes), even, smallest, random}) {
+            BigInteger power = modulus; // the largest residue
+            power.subtract(BigInteger::ONE);
+            for (BigInteger base : {power, positive(2 * bytes), onesOf(bytes)}) {
+                const BigInteger exponent = positive(30);
+                const Exact x = exactOf(base), times = exactOf(exponent), divisor = exactOf(modulus);
+                Exact wanted;
+                mpz_powm(wanted.get_mpz_t(), x.get_mpz_t(), times.get_mpz_t(), divisor.get_mpz_t());
+                base.modPow(exponent, modulus);
+                EXPECT_EQ(exactOf(base), wanted) << "seed " << m_seed << ", " << words << " words";
             }
         }
     }

@@ -43,6 +43,7 @@ public:
     Scratch& operator=(const Scratch&) = delete;
 
     Limb* get() noexcept { return m_heap ? m_heap.get() : m_inline; }
+    const Limb* get() const noexcept { return m_heap ? m_heap.get() : m_inline; }
 
 private:
     static constexpr Size INLINE = 32;
@@ -80,6 +81,15 @@ void shiftRight(Limb* target, Natural source, int bits) noexcept;
 /// target[left + right] = left * right; `target` overlaps neither. Squaring, with the same array twice, takes less
 /// time.
 void multiply(Limb* target, Natural left, Natural right);
+
+/// Of an odd number, modulo 2^64.
+inline constexpr Limb inverseOf(Limb odd) noexcept
+{
+    Limb inverse = odd; // correct in three bits; each round doubles their number
+    for (int round = 0; round < 5; ++round)
+        inverse *= 2 - odd * inverse;
+    return inverse;
+}
 
 /// Adds the multiple of an odd modulus that makes the lower half of product[2 * modulus] 0, given -1 / modulus[0]. The
 /// sum is in the upper half; the lower half is unspecified. Returns the word above.

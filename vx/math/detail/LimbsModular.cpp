@@ -1,5 +1,7 @@
 #include "vx/math/detail/LimbsModular.h"
 
+#include "vx/math/detail/LimbsVector.h"
+
 #include <algorithm>
 #include <numeric>
 #include <utility>
@@ -74,27 +76,25 @@ class MontgomeryReducer {
 public:
     explicit MontgomeryReducer(Natural modulus)
         : m_modulus(modulus)
+        , m_negatedInverse(Limb {0} - inverseOf(modulus[0]))
         , m_product(2 * modulus.size())
     {
-        Limb inverse = modulus[0]; // correct in three bits; each round doubles their number
-        for (int round = 0; round < 5; ++round)
-            inverse *= 2 - modulus[0] * inverse;
-        m_negatedInverse = Limb {0} - inverse;
     }
 
-    void enter(Limb* value)
+    Size width() const noexcept { return m_modulus.size(); }
+    void enter(Limb* target, const Limb* value)
     {
         const Size size = m_modulus.size();
         Scratch scratch(3 * size + 1);
         Limb* const shifted = scratch.get();
         std::fill_n(shifted, size, 0);
         std::copy_n(value, size, shifted + size);
-        divide(shifted + 2 * size, value, {shifted, 2 * size}, m_modulus);
+        divide(shifted + 2 * size, target, {shifted, 2 * size}, m_modulus);
     }
-    void leave(Limb* value)
+    void leave(Limb* value, const Limb* source)
     {
         Limb* const product = m_product.get();
-        std::copy_n(value, m_modulus.size(), product);
+        std::copy_n(source, m_modulus.size(), product);
         std::fill_n(product + m_modulus.size(), m_modulus.size(), 0);
         reduce(value);
     }
@@ -129,8 +129,9 @@ public:
     {
     }
 
-    void enter(Limb*) const noexcept { }
-    void leave(Limb*) const noexcept { }
+    Size width() const noexcept { return m_modulus.size(); }
+    void enter(Limb* target, const Limb* value) const noexcept { std::copy_n(value, width(), target); }
+    void leave(Limb* value, const Limb* source) const noexcept { std::copy_n(source, width(), value); }
     void multiply(Limb* target, const Limb* left, const Limb* right)
     {
         const Size size = m_modulus.size();
@@ -144,6 +145,9 @@ private:
     Scratch m_product;
 };
 
+/// From this number of words on, reducing with vectors is faster; measured.
+constexpr Size VECTORS_MODULUS = 3;
+
 /// The most bits of the exponent that one multiplication covers.
 int windowFor(Size exponentBits) noexcept
 {
@@ -152,16 +156,17 @@ int windowFor(Size exponentBits) noexcept
 
 /// Sliding-window exponentiation from the top bit, with a table of the odd powers.
 template <class Reducer>
-void powerByWindow(Limb* value, Natural exponent, Size size, Reducer reducer)
+void powerByWindow(Limb* result, Natural exponent, Reducer reducer)
 {
     const auto bit = [&](Size number) { return exponent[number / LIMB_BITS] >> number % LIMB_BITS & 1; };
     Size done = bitCount(exponent);
     const auto window = static_cast<Size>(windowFor(done));
 
-    std::vector<Limb> powers(size << (window - 1));
-    const auto power = [&](Size number) { return powers.data() + number / 2 * size; };
-    std::copy_n(value, size, power(1));
-    reducer.enter(power(1));
+    const Size width = reducer.width();
+    std::vector<Limb> numbers((width << (window - 1)) + width);
+    Limb* const value = numbers.data();
+    const auto power = [&](Size number) { return value + (number / 2 + 1) * width; };
+    reducer.enter(power(1), result);
     if (window > 1)
         reducer.multiply(value, power(1), power(1));
     for (Size number = 3; number >> window == 0; number += 2)
@@ -185,10 +190,10 @@ void powerByWindow(Limb* value, Natural exponent, Size size, Reducer reducer)
         if (isStarted)
             reducer.multiply(value, value, power(number));
         else
-            std::copy_n(power(number), size, value);
+            std::copy_n(power(number), width, value);
         isStarted = true;
     }
-    reducer.leave(value);
+    reducer.leave(result, value);
 }
 
 } // namespace
@@ -245,10 +250,13 @@ void powerModulo(Limb* target, Natural base, Natural exponent, Natural modulus)
         Scratch quotient(base.size() - size + 1);
         divide(quotient.get(), target, base, modulus);
     }
-    if ((modulus[0] & 1) != 0)
-        powerByWindow(target, exponent, size, MontgomeryReducer(modulus));
-    else
-        powerByWindow(target, exponent, size, DivisionReducer(modulus));
+    if ((modulus[0] & 1) == 0)
+        return powerByWindow(target, exponent, DivisionReducer(modulus));
+#if VX_ROW_PATHS
+    if (size >= VECTORS_MODULUS && size <= VectorReducer::MOST_LIMBS && hasVectors())
+        return powerByWindow(target, exponent, VectorReducer(modulus));
+#endif
+    powerByWindow(target, exponent, MontgomeryReducer(modulus));
 }
 
 } // namespace vx::math::detail

@@ -25,7 +25,7 @@ constexpr Thresholds USUAL {40, 56, 140, 2200, ~Size {0}};
 
 constexpr Thresholds WITH_VECTORS {220, 400, 850, 850, MOST_VECTOR_LIMBS};
 constexpr Size VECTORS_MULTIPLY = 11;
-constexpr Size VECTORS_SQUARE = 15;
+constexpr Size VECTORS_SQUARE = 48;
 
 static_assert(std::max(WITH_VECTORS.halvesMultiply, WITH_VECTORS.halvesSquare) <= WITH_VECTORS.school);
 
@@ -106,8 +106,9 @@ void multiplySchool(Limb* target, Natural left, Natural right) noexcept
 void squareSchool(Limb* target, Natural source) noexcept
 {
 #if VX_ROW_PATHS
-    if (source.size() >= VECTORS_SQUARE && hasVectors())
-        return squareByVectors(target, source);
+    if (source.size() >= VECTORS_MULTIPLY && hasVectors())
+        return source.size() >= VECTORS_SQUARE ? squareByVectors(target, source)
+                                               : multiplyByVectors(target, source, source);
     if (hasRows())
         return squareByRows(target, source);
 #endif

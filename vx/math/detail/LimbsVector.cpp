@@ -28,16 +28,10 @@ constexpr Size VECTOR_BYTES = DIGIT_BITS * LANES / 8; // that its digits take in
 constexpr Size BLOCK_VECTORS = 4; // so many sums of low and of high halves hide the time of one multiplication
 constexpr Size BLOCK = BLOCK_VECTORS * LANES;
 
-constexpr Size digitsFor(Size limbs) noexcept
+/// Of a vector, no more of them than it has.
+__mmask64 lowBytes(Size count) noexcept
 {
-    return (limbs * LIMB_BITS + DIGIT_BITS - 1) / DIGIT_BITS;
-}
-
-/// The bytes of a number, of which the last vector may have fewer.
-__mmask64 bytesFrom(Size place, Size limbs) noexcept
-{
-    const Size rest = limbs * sizeof(Limb) - place;
-    return rest < 64 ? (__mmask64 {1} << rest) - 1 : ~__mmask64 {0};
+    return count < sizeof(Vector) ? (__mmask64 {1} << count) - 1 : ~__mmask64 {0};
 }
 
 VX_FOR_VECTORS inline Vector load(const void* place) noexcept
@@ -45,75 +39,27 @@ VX_FOR_VECTORS inline Vector load(const void* place) noexcept
     return _mm512_loadu_si512(place);
 }
 
-/// Digits of 52 bits, and zeros up to a whole vector.
-VX_FOR_VECTORS void cut(Limb* digits, Natural source) noexcept
-{
-    // An even digit begins with a byte, an odd one four bits later.
-    const Vector bytes = _mm512_set_epi8(52, 51, 50, 49, 48, 47, 46, 45, 46, 45, 44, 43, 42, 41, 40, 39, 39, 38, 37, 36,
-        35, 34, 33, 32, 33, 32, 31, 30, 29, 28, 27, 26, 26, 25, 24, 23, 22, 21, 20, 19, 20, 19, 18, 17, 16, 15, 14, 13,
-        13, 12, 11, 10, 9, 8, 7, 6, 7, 6, 5, 4, 3, 2, 1, 0);
-    const Vector shifts = _mm512_set_epi64(4, 0, 4, 0, 4, 0, 4, 0);
-    const Vector mask = broadcast(DIGIT_MASK);
-    const auto* const start = reinterpret_cast<const char*>(source.data());
-    for (Size place = 0; place < source.size() * sizeof(Limb); place += VECTOR_BYTES, digits += LANES) {
-        const Vector words = _mm512_maskz_loadu_epi8(bytesFrom(place, source.size()), start + place);
-        const Vector shifted = _mm512_srlv_epi64(_mm512_permutexvar_epi8(bytes, words), shifts);
-        _mm512_storeu_si512(digits, _mm512_and_si512(shifted, mask));
-    }
-}
-
-/// Writes a number from the columns of a product, the sums of its digits for each place.
+/// Writes a product from the sums of products for each place.
 class Writer {
 public:
     VX_FOR_VECTORS Writer(Limb* target, Size limbs) noexcept
-        : m_target(reinterpret_cast<char*>(target))
-        , m_limbs(limbs)
+        : m_digits(target, limbs)
+        , m_above(_mm512_setzero_si512())
     {
     }
 
-    /// The next columns, each below 2^63.
-    VX_FOR_VECTORS void write(Vector columns) noexcept
+    /// The next sums, of low and of high halves; the latter belong one place higher.
+    VX_FOR_VECTORS void write(Vector low, Vector high) noexcept
     {
-        const Vector mask = broadcast(DIGIT_MASK);
-        const Vector above = _mm512_srli_epi64(columns, DIGIT_BITS);
-        Vector digits
-            = _mm512_add_epi64(_mm512_and_si512(columns, mask), _mm512_alignr_epi64(above, m_above, LANES - 1));
-        m_above = above;
-        // The rest is at most 1 for each digit. An addition of bits finds how far each one is carried.
-        const unsigned int full = _mm512_cmpeq_epi64_mask(digits, mask);
-        const unsigned int over = _mm512_cmpgt_epi64_mask(digits, mask);
-        const unsigned int carries = (full + 2 * over + m_carry) ^ full;
-        m_carry = carries >> LANES;
-        digits = _mm512_mask_sub_epi64(digits, static_cast<__mmask8>(carries), digits, broadcast(~Limb {0}));
-        put(_mm512_and_si512(digits, mask));
+        const Vector shifted = _mm512_alignr_epi64(high, m_above, LANES - 1);
+        m_above = high;
+        m_digits.write(m_carrier.next(_mm512_add_epi64(low, shifted)));
     }
 
 private:
-    /// The reverse of `cut`: both digits of a pair have a part of its seventh byte.
-    VX_FOR_VECTORS void put(Vector digits) noexcept
-    {
-        constexpr char NO = 0;
-        const Vector even = _mm512_set_epi8(NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, 54,
-            53, 52, 51, 50, 49, 48, NO, NO, NO, NO, NO, NO, 38, 37, 36, 35, 34, 33, 32, NO, NO, NO, NO, NO, NO, 22, 21,
-            20, 19, 18, 17, 16, NO, NO, NO, NO, NO, NO, 6, 5, 4, 3, 2, 1, 0);
-        const Vector odd = _mm512_set_epi8(NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, 62, 61, 60, 59, 58, 57, 56,
-            NO, NO, NO, NO, NO, NO, 46, 45, 44, 43, 42, 41, 40, NO, NO, NO, NO, NO, NO, 30, 29, 28, 27, 26, 25, 24, NO,
-            NO, NO, NO, NO, NO, 14, 13, 12, 11, 10, 9, 8, NO, NO, NO, NO, NO, NO);
-        constexpr __mmask64 EVEN = 0x7F * (1 | __mmask64 {1} << 13 | __mmask64 {1} << 26 | __mmask64 {1} << 39);
-        constexpr __mmask64 ODD = EVEN << 6;
-        const Vector words = _mm512_or_si512(_mm512_maskz_permutexvar_epi8(EVEN, even, digits),
-            _mm512_maskz_permutexvar_epi8(ODD, odd, _mm512_slli_epi64(digits, 4)));
-        if (m_place < m_limbs * sizeof(Limb)) {
-            _mm512_mask_storeu_epi8(m_target + m_place, bytesFrom(m_place, m_limbs), words);
-            m_place += VECTOR_BYTES;
-        }
-    }
-
-    char* m_target;
-    Size m_limbs;
-    Size m_place = 0;
-    Vector m_above = _mm512_setzero_si512();
-    unsigned int m_carry = 0;
+    DigitWriter m_digits;
+    Carrier m_carrier;
+    Vector m_above;
 };
 
 /// The sums of the products for a block of places: their low halves, and their high halves, which belong one place
@@ -154,13 +100,10 @@ public:
             m_high[number] = _mm512_add_epi64(m_high[number], m_high[number]);
         }
     }
-    /// `before` is the last vector of high halves of the block below, and then of this block.
-    VX_FOR_VECTORS void write(Writer& writer, Vector& before) const noexcept
+    VX_FOR_VECTORS void write(Writer& writer) const noexcept
     {
-        for (Size number = 0; number < BLOCK_VECTORS; ++number) {
-            writer.write(_mm512_add_epi64(m_low[number], _mm512_alignr_epi64(m_high[number], before, LANES - 1)));
-            before = m_high[number];
-        }
+        for (Size number = 0; number < BLOCK_VECTORS; ++number)
+            writer.write(m_low[number], m_high[number]);
     }
 
 private:
@@ -175,7 +118,7 @@ public:
         : m_count(digitsFor(source.size()))
     {
         std::fill_n(m_digits, BLOCK, 0);
-        cut(m_digits + BLOCK, source);
+        cutDigits(m_digits + BLOCK, source);
         std::fill_n(m_digits + BLOCK + m_count, BLOCK, 0);
     }
 
@@ -199,21 +142,56 @@ bool hasVectors() noexcept
     return support == VECTORS;
 }
 
+VX_FOR_VECTORS void cutDigits(Limb* digits, Natural source) noexcept
+{
+    // An even digit begins with a byte, an odd one four bits later.
+    const Vector bytes = _mm512_set_epi8(52, 51, 50, 49, 48, 47, 46, 45, 46, 45, 44, 43, 42, 41, 40, 39, 39, 38, 37, 36,
+        35, 34, 33, 32, 33, 32, 31, 30, 29, 28, 27, 26, 26, 25, 24, 23, 22, 21, 20, 19, 20, 19, 18, 17, 16, 15, 14, 13,
+        13, 12, 11, 10, 9, 8, 7, 6, 7, 6, 5, 4, 3, 2, 1, 0);
+    const Vector shifts = _mm512_set_epi64(4, 0, 4, 0, 4, 0, 4, 0);
+    const auto* start = reinterpret_cast<const char*>(source.data());
+    for (Size rest = source.size() * sizeof(Limb); rest > 0; rest -= std::min(rest, VECTOR_BYTES)) {
+        const Vector words = _mm512_maskz_loadu_epi8(lowBytes(rest), start);
+        const Vector shifted = _mm512_srlv_epi64(_mm512_permutexvar_epi8(bytes, words), shifts);
+        _mm512_storeu_si512(digits, _mm512_and_si512(shifted, broadcast(DIGIT_MASK)));
+        start += VECTOR_BYTES;
+        digits += LANES;
+    }
+}
+
+/// The reverse of `cutDigits`: both digits of a pair have a part of its seventh byte.
+VX_FOR_VECTORS void DigitWriter::write(Vector digits) noexcept
+{
+    constexpr char NO = 0;
+    const Vector even = _mm512_set_epi8(NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, 54, 53,
+        52, 51, 50, 49, 48, NO, NO, NO, NO, NO, NO, 38, 37, 36, 35, 34, 33, 32, NO, NO, NO, NO, NO, NO, 22, 21, 20, 19,
+        18, 17, 16, NO, NO, NO, NO, NO, NO, 6, 5, 4, 3, 2, 1, 0);
+    const Vector odd = _mm512_set_epi8(NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, NO, 62, 61, 60, 59, 58, 57, 56, NO,
+        NO, NO, NO, NO, NO, 46, 45, 44, 43, 42, 41, 40, NO, NO, NO, NO, NO, NO, 30, 29, 28, 27, 26, 25, 24, NO, NO, NO,
+        NO, NO, NO, 14, 13, 12, 11, 10, 9, 8, NO, NO, NO, NO, NO, NO);
+    constexpr __mmask64 EVEN = 0x7F * (1 | __mmask64 {1} << 13 | __mmask64 {1} << 26 | __mmask64 {1} << 39);
+    constexpr __mmask64 ODD = EVEN << 6;
+    const Vector words = _mm512_or_si512(_mm512_maskz_permutexvar_epi8(EVEN, even, digits),
+        _mm512_maskz_permutexvar_epi8(ODD, odd, _mm512_slli_epi64(digits, 4)));
+    _mm512_mask_storeu_epi8(m_target, lowBytes(m_size), words);
+    m_target += std::min(m_size, VECTOR_BYTES);
+    m_size -= std::min(m_size, VECTOR_BYTES);
+}
+
 VX_FOR_VECTORS void multiplyByVectors(Limb* target, Natural left, Natural right) noexcept
 {
     Digits down(left);
     Limb up[digitsFor(MOST_VECTOR_LIMBS) + LANES];
-    cut(up, right);
+    cutDigits(up, right);
     const Size count = digitsFor(right.size());
     Writer writer(target, left.size() + right.size());
-    Vector before = _mm512_setzero_si512();
     for (Size place = 0; place < down.size() + count; place += BLOCK) {
         const Size from = place < down.size() ? 0 : place - down.size() + 1;
         const Size to = std::min(count, place + BLOCK);
         Columns columns;
         if (from < to)
             columns.add(up + from, down.get() + place - from, to - from);
-        columns.write(writer, before);
+        columns.write(writer);
     }
 }
 
@@ -226,7 +204,6 @@ VX_FOR_VECTORS void squareByVectors(Limb* target, Natural source) noexcept
     const Size count = down.size();
     std::copy_n(down.get(), count, up);
     Writer writer(target, 2 * source.size());
-    Vector before = _mm512_setzero_si512();
     for (Size place = 0; place < 2 * count; place += BLOCK) {
         const Size from = place < count ? 0 : place - count + 1;
         const Size middle = place / 2;
@@ -239,7 +216,7 @@ VX_FOR_VECTORS void squareByVectors(Limb* target, Natural source) noexcept
         }
         if (middle < to)
             columns.add(up + middle, down.get() + place - middle, to - middle);
-        columns.write(writer, before);
+        columns.write(writer);
     }
 }
 
