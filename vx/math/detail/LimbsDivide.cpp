@@ -1,4 +1,5 @@
 #include "vx/math/detail/Limbs.h"
+#include "vx/math/detail/LimbsVector.h"
 
 #include <algorithm>
 
@@ -6,8 +7,15 @@ namespace vx::math::detail {
 
 namespace {
 
-// From this number of words of a quotient on, dividing by halves is faster; measured.
-constexpr Size RECURSIVE_DIVIDE = 40;
+/// From how many words of a quotient on dividing by halves is faster; measured.
+Size recursiveDivide() noexcept
+{
+#if VX_ROW_PATHS
+    if (hasVectors())
+        return 24;
+#endif
+    return 40;
+}
 
 // Reciprocals and the divisions by them: N. Möller, T. Granlund, "Improved division by invariant integers", IEEE
 // Transactions on Computers 60 (2011). Divisors have their top bit set.
@@ -130,7 +138,7 @@ private:
 /// that most of the work is multiplication of long numbers: C. Burnikel, J. Ziegler, "Fast Recursive Division" (1998).
 void divideByHalves(Limb* quotient, Size count, Limb* source, Natural divisor, Limb* scratch)
 {
-    if (count < RECURSIVE_DIVIDE)
+    if (count < recursiveDivide())
         return Division(divisor).school(quotient, count, source);
 
     const Size size = divisor.size();
@@ -217,7 +225,7 @@ void divide(Limb* quotient, Limb* remainder, Natural source, Natural divisor)
 
     // From the top in quotients of the divisor's length; only the first may be shorter.
     Size count = source.size() + 1 - size;
-    if (count < RECURSIVE_DIVIDE || size < RECURSIVE_DIVIDE) {
+    if (count < recursiveDivide() || size < recursiveDivide()) {
         Division({shifted, size}).school(quotient, count, rest);
     } else {
         Size piece = (count - 1) % size + 1;

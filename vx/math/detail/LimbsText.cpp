@@ -10,8 +10,8 @@ namespace vx::math::detail {
 namespace {
 
 // From this number of words on, converting by halves is faster; measured.
-constexpr Size SPLIT_FROM_DIGITS = 90;
-constexpr Size SPLIT_TO_DIGITS = 20;
+constexpr Size SPLIT_FROM_DIGITS = 54;
+constexpr Size SPLIT_TO_DIGITS = 15;
 
 /// A radix whose digits are as many digits as fit in one word.
 struct WordRadix {
@@ -226,11 +226,34 @@ std::string toBits(Natural value, int bits)
     return text;
 }
 
-/// Writes `count` digits that end at `end`. A radix known when compiling divides by multiplication.
-template <int KNOWN_RADIX>
+/// The decimal digits of a number of eight, as text: numbers of four digits become pairs and these become digits, in all
+/// lanes at once. A lane's quotient is that of its number by a multiplication.
+Limb eightCharacters(Limb number) noexcept
+{
+    const auto split = [](Limb lanes, Limb quotients, Limb divisor, int width) {
+        return quotients | (lanes - quotients * divisor) << width;
+    };
+    constexpr Limb ZEROS = 0x3030303030303030;
+    number = split(number, number / 10000, 10000, 32);
+    number = split(number, number * 10486 >> 20 & 0x0000007F0000007F, 100, 16);
+    number = split(number, number * 103 >> 10 & 0x000F000F000F000F, 10, 8);
+    return number | ZEROS;
+}
+
+/// Writes the digits of a word of the word radix, which end at `end`.
+void writeDecimalDigits(char* end, int, Limb word, int) noexcept
+{
+    constexpr Limb EIGHT = 100'000'000;
+    const Limb upper = word / EIGHT;
+    const Limb lanes[]
+        = {eightCharacters(upper / EIGHT), eightCharacters(upper % EIGHT), eightCharacters(word % EIGHT)};
+    constexpr Size COUNT = WORD_RADIXES[10].digits;
+    std::memcpy(end - COUNT, reinterpret_cast<const char*>(lanes) + sizeof lanes - COUNT, COUNT);
+}
+
 void writeDigits(char* end, int count, Limb word, int radix) noexcept
 {
-    const auto divisor = static_cast<Limb>(KNOWN_RADIX != 0 ? KNOWN_RADIX : radix);
+    const auto divisor = static_cast<Limb>(radix);
     for (; count > 0; --count, word /= divisor)
         *--end = DIGITS[word % divisor];
 }
@@ -277,7 +300,7 @@ std::string toDigits(Natural value, int radix)
     toWordDigits(words, mostWords, {spent, value.size()}, LimbDivisor(word.value),
         Splits(word.value, mostWords, SPLIT_TO_DIGITS), 0);
 
-    const auto write = radix == 10 ? writeDigits<10> : writeDigits<0>;
+    const auto write = radix == 10 ? writeDecimalDigits : writeDigits;
     const Size count = trimmed(words, mostWords);
     std::string text(count * static_cast<Size>(word.digits), '0');
     for (Size place = 0; place < count; ++place)
