@@ -10,20 +10,21 @@ namespace vx::math::detail {
 
 namespace {
 
-/// From which numbers of words on splitting in halves, then in thirds, and then transforms are faster; measured.
+/// From which numbers of words on splitting in halves, in thirds, in quarters, and then transforms are faster; measured.
 struct Thresholds {
     Size halvesMultiply;
     Size halvesSquare;
     Size thirds;
+    Size quarters;
     Size transform;
     Size school; ///< the most words that are multiplied at once without splitting
 };
 
-constexpr Thresholds USUAL {40, 56, 140, 2200, ~Size {0}};
+constexpr Thresholds USUAL {32, 50, 140, 360, 3300, ~Size {0}};
 
 #if VX_ROW_PATHS
 
-constexpr Thresholds WITH_VECTORS {220, 400, 850, 850, MOST_VECTOR_LIMBS};
+constexpr Thresholds WITH_VECTORS {220, 400, 850, 850, 850, MOST_VECTOR_LIMBS};
 constexpr Size VECTORS_MULTIPLY = 11;
 constexpr Size VECTORS_SQUARE = 48;
 
@@ -145,13 +146,37 @@ bool distance(Limb* target, Natural left, Natural right) noexcept
     return true;
 }
 
-/// What `multiplySame` needs: at most three words for each of the operand's, and some for each level.
+/// From |x| and |y|, where y has a sign: |y| becomes half of x - y, and x half of x + y. Both fit.
+void toHalves(Limb* x, Limb* y, Size count, bool isNegative) noexcept
+{
+    subtract(y, {x, count}, {y, count});
+    shiftRight(y, {y, count}, 1);
+    subtract(x, {x, count}, {y, count});
+    if (isNegative)
+        std::swap_ranges(x, x + count, y);
+}
+
+/// What `multiplySame` needs: less than four words for each of the operand's, and some for each level.
 constexpr Size scratchFor(Size count) noexcept
 {
-    return 3 * count + 3 * LIMB_BITS;
+    return 4 * count + 4 * LIMB_BITS;
 }
 
 void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count, Limb* scratch) noexcept;
+
+/// Adds a coefficient to a product of `count` words. The sum fits: what lies above the product's end is 0.
+void addAt(Limb* target, Size count, Size place, const Limb* number, Size words) noexcept
+{
+    const Size room = count - place;
+    add(target + place, {target + place, room}, {number, std::min(words, room)});
+}
+
+/// number -= less * factor, where the difference is not below 0.
+void subtractMultiple(Limb* number, Size count, Natural less, Limb factor) noexcept
+{
+    const Limb borrow = subtractProduct(number, less, factor);
+    subtract(number + less.size(), {number + less.size(), count - less.size()}, {&borrow, less.size() < count});
+}
 
 /// A number in three parts: x2 * B^2 + x1 * B + x0 for B of `size` words.
 struct Thirds {
@@ -186,15 +211,22 @@ struct Thirds {
     Natural x2;
 };
 
-/// Divides a multiple of 3, from the lowest word on.
-void divideByThree(Limb* number, Size count) noexcept
+/// Divides a multiple of a divisor of B - 1 for B = 2^64. Multiplied by (B - 1) / divisor, it is B - 1 times the quotient,
+/// from which each word of the quotient follows by a subtraction.
+template <Limb DIVISOR>
+void divideMultiple(Limb* number, Size count) noexcept
 {
-    constexpr Limb INVERSE = 0xAAAA'AAAA'AAAA'AAAB;
+    constexpr Limb FACTOR = ~Limb {0} / DIVISOR;
+    static_assert(~Limb {0} % DIVISOR == 0);
+    Limb carry = 0;
+    Limb quotient = 0;
     Limb borrow = 0;
     for (Size place = 0; place < count; ++place) {
-        const Limb word = number[place];
-        number[place] = (word - borrow) * INVERSE;
-        borrow = (word < borrow) + high(static_cast<Wide>(number[place]) * 3);
+        const Wide product = static_cast<Wide>(number[place]) * FACTOR + carry;
+        carry = high(product);
+        const Wide difference = static_cast<Wide>(quotient) - static_cast<Limb>(product) - borrow;
+        number[place] = quotient = static_cast<Limb>(difference);
+        borrow = high(difference) & 1;
     }
 }
 
@@ -229,33 +261,151 @@ void multiplyByThirds(Limb* target, const Limb* left, const Limb* right, Size co
     multiplySame(target + 4 * size, x.x2.data(), y.x2.data(), x.x2.size(), scratch);
 
     const auto subtractFrom = [width](Limb* number, Natural less) { subtract(number, {number, width}, less); };
-    // Half the difference and half the sum of the values for 1 and -1, less the sign.
-    subtract(minusOne, {one, width}, {minusOne, width});
-    shiftRight(minusOne, {minusOne, width}, 1);
-    subtractFrom(one, {minusOne, width});
-    Limb* const second = isNegative ? minusOne : one;
-    Limb* const first = isNegative ? one : minusOne; // still with the third one
+    toHalves(one, minusOne, width, isNegative);
+    Limb* const second = one;
+    Limb* const first = minusOne; // still with the third one
     subtractFrom(second, lowest);
     subtractFrom(second, highest);
     subtractFrom(two, lowest);
-    subtractProduct(two, {second, width}, 4);
-    const Limb borrow = subtractProduct(two, highest, 16);
-    subtract(two + highest.size(), {two + highest.size(), width - highest.size()}, {&borrow, 1});
+    subtractMultiple(two, width, {second, width}, 4);
+    subtractMultiple(two, width, highest, 16);
     shiftRight(two, {two, width}, 1);
     subtractFrom(two, {first, width});
-    divideByThree(two, width);
+    divideMultiple<3>(two, width);
     Limb* const third = two;
     subtractFrom(first, {third, width});
 
-    // The sums fit: what lies above the target's end is 0.
     std::copy_n(second, 2 * size, target + 2 * size);
-    const auto addAt = [&](Size place, const Limb* number, Size words) {
-        const Size room = 2 * count - place;
-        add(target + place, {target + place, room}, {number, std::min(words, room)});
-    };
-    addAt(4 * size, second + 2 * size, width - 2 * size);
-    addAt(size, first, width);
-    addAt(3 * size, third, width);
+    addAt(target, 2 * count, 4 * size, second + 2 * size, width - 2 * size);
+    addAt(target, 2 * count, size, first, width);
+    addAt(target, 2 * count, 3 * size, third, width);
+}
+
+/// A number in four parts: x3 * B^3 + x2 * B^2 + x1 * B + x0 for B of `size` words.
+struct Quarters {
+    Quarters(const Limb* words, Size count, Size size) noexcept
+        : x0(words, size)
+        , x1(words + size, size)
+        , x2(words + 2 * size, size)
+        , x3(words + 3 * size, count - 3 * size)
+    {
+    }
+
+    /// The values for B = 2^power and B = -2^power, and room for one more, all of `size` + 1 words. True if the second one
+    /// is negative: it is stored without its sign.
+    bool valuesAt(int power, Limb* plus, Limb* minus, Limb* odd) const noexcept
+    {
+        const Size size = x0.size();
+        const Size length = size + 1;
+        minus[size] = shiftLeft(minus, x2, 2 * power);
+        add(minus, {minus, length}, x0);
+        odd[x3.size()] = shiftLeft(odd, x3, 2 * power);
+        std::fill(odd + x3.size() + 1, odd + length, 0);
+        add(odd, {odd, length}, x1);
+        shiftLeft(odd, {odd, length}, power);
+        add(plus, {minus, length}, {odd, length});
+        return distance(minus, {minus, length}, {odd, length});
+    }
+    /// The value for B = 1/2, times 8.
+    void valueAtHalf(Limb* half) const noexcept
+    {
+        const Natural all(half, x0.size() + 1);
+        half[x0.size()] = shiftLeft(half, x0, 1);
+        for (const Natural part : {x1, x2}) {
+            add(half, all, part);
+            shiftLeft(half, all, 1);
+        }
+        add(half, all, x3);
+    }
+
+    Natural x0;
+    Natural x1;
+    Natural x2;
+    Natural x3;
+};
+
+/// target[2 * count] = left * right by quarters, as by thirds: the product has seven coefficients c0 to c6, which follow
+/// from its values for B = 0, 1, -1, 2, -2 and 1/2 and from the product of the upper parts.
+void multiplyByQuarters(Limb* target, const Limb* left, const Limb* right, Size count, Limb* scratch) noexcept
+{
+    const Size size = (count + 3) / 4;
+    const Size length = size + 1;
+    const Size width = 2 * length;
+    const Quarters x(left, count, size);
+    const Quarters y(right, count, size);
+    const bool isSquare = left == right;
+    const Size other = isSquare ? 0 : length; // where the value of the other number is
+    Limb* values[5]; // for 1, -1, 2, -2 and 1/2
+    for (Limb*& value : values) {
+        value = scratch;
+        scratch += width;
+    }
+    const auto [atOne, atMinusOne, atTwo, atMinusTwo, atHalf] = values;
+
+    for (const int power : {0, 1}) {
+        Limb* const minus = target + 2 * length;
+        Limb* const room = target + 4 * length;
+        bool isNegative = x.valuesAt(power, target, minus, room);
+        isNegative = isSquare ? false : isNegative != y.valuesAt(power, target + other, minus + other, room);
+        Limb* const even = values[2 * power];
+        Limb* const odd = values[2 * power + 1];
+        multiplySame(even, target, target + other, length, scratch);
+        multiplySame(odd, minus, minus + other, length, scratch);
+        toHalves(even, odd, width, isNegative);
+    }
+    x.valueAtHalf(target);
+    if (!isSquare)
+        y.valueAtHalf(target + other);
+    multiplySame(atHalf, target, target + other, length, scratch);
+    multiplySame(target, left, right, size, scratch);
+    const Natural c0(target, 2 * size);
+    const Natural c6(target + 6 * size, 2 * x.x3.size());
+    multiplySame(target + 6 * size, x.x3.data(), y.x3.data(), x.x3.size(), scratch);
+
+    const auto subtractFrom
+        = [width](Limb* number, Natural less, Limb factor) { subtractMultiple(number, width, less, factor); };
+    const auto minus = [width](Limb* number, const Limb* less) { subtract(number, {number, width}, {less, width}); };
+    // The even coefficients: c2 + c4, and c2 + 4 c4.
+    Limb* const c2 = atOne;
+    Limb* const c4 = atTwo;
+    subtract(c2, {c2, width}, c0);
+    subtract(c2, {c2, width}, c6);
+    subtract(c4, {c4, width}, c0);
+    subtractFrom(c4, c6, 64);
+    shiftRight(c4, {c4, width}, 2);
+    minus(c4, c2);
+    divideMultiple<3>(c4, width);
+    minus(c2, c4);
+    // The odd ones: c1 + c3 + c5, c1 + 4 c3 + 16 c5, and 16 c1 + 4 c3 + c5. The last two become c3 + 5 c5 and 5 c1 + c3.
+    Limb* const c3 = atMinusOne;
+    Limb* const c5 = atMinusTwo;
+    Limb* const c1 = atHalf;
+    shiftRight(c5, {c5, width}, 1);
+    subtractFrom(c1, c0, 64);
+    subtractFrom(c1, {c2, width}, 16);
+    subtractFrom(c1, {c4, width}, 4);
+    subtract(c1, {c1, width}, c6);
+    shiftRight(c1, {c1, width}, 1);
+    for (Limb* const number : {c5, c1}) {
+        minus(number, c3);
+        divideMultiple<3>(number, width);
+    }
+    multiplyByLimb(c3, {c3, width}, 5);
+    minus(c3, c1);
+    minus(c3, c5);
+    divideMultiple<3>(c3, width);
+    for (Limb* const number : {c5, c1}) {
+        minus(number, c3);
+        divideMultiple<5>(number, width);
+    }
+
+    std::copy_n(c2, 2 * size, target + 2 * size);
+    std::copy_n(c4, 2 * size, target + 4 * size);
+    addAt(target, 2 * count, 4 * size, c2 + 2 * size, width - 2 * size);
+    addAt(target, 2 * count, 6 * size, c4 + 2 * size, width - 2 * size);
+    addAt(target, 2 * count, size, c1, width);
+    addAt(target, 2 * count, 3 * size, c3, width);
+    addAt(target, 2 * count, 5 * size, c5, width);
 }
 
 /// target[2 * count] = left * right for numbers of one length. Above a threshold by halves after Karatsuba:
@@ -266,6 +416,8 @@ void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count,
     if (count < (isSquare ? thresholds().halvesSquare : thresholds().halvesMultiply))
         return isSquare ? squareSchool(target, {left, count}) : multiplySchool(target, {left, count}, {right, count});
 
+    if (count >= thresholds().quarters)
+        return multiplyByQuarters(target, left, right, count, scratch);
     if (count >= thresholds().thirds)
         return multiplyByThirds(target, left, right, count, scratch);
 
@@ -294,9 +446,7 @@ void multiplySame(Limb* target, const Limb* left, const Limb* right, Size count,
     above = isNegative ? above + add(middle, {middle, 2 * half}, {cross, 2 * half})
                        : above - subtract(middle, {middle, 2 * half}, {cross, 2 * half});
     middle[2 * half] = above;
-    // The sum fits: what lies above the target's end is 0.
-    const Size room = 2 * count - half;
-    add(target + half, {target + half, room}, {middle, std::min(2 * half + 1, room)});
+    addAt(target, 2 * count, half, middle, 2 * half + 1);
 }
 
 } // namespace
