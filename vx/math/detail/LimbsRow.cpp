@@ -3,7 +3,6 @@
 #if VX_ROW_PATHS
 
 #include <algorithm>
-#include <atomic>
 #include <cpuid.h>
 
 namespace vx::math::detail {
@@ -11,20 +10,17 @@ namespace vx::math::detail {
 // NOLINTBEGIN(readability-non-const-parameter): the assembler texts write to `target`
 namespace {
 
-enum Support : int { UNKNOWN, NONE, ROWS };
-
-constinit std::atomic<int> g_support {UNKNOWN};
-
-Support findSupport() noexcept
+bool findRows() noexcept
 {
     unsigned int a = 0;
     unsigned int b = 0;
     unsigned int c = 0;
     unsigned int d = 0;
     constexpr unsigned int NEEDED = bit_BMI2 | bit_ADX;
-    const bool isKnown = __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0;
-    return isKnown && (b & NEEDED) == NEEDED ? ROWS : NONE;
+    return __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & NEEDED) == NEEDED;
 }
+
+constinit Support g_rows {findRows};
 
 #define VX_FOR_ROWS __attribute__((target("adx,bmi2")))
 
@@ -147,12 +143,7 @@ Limb subtractWords(Limb* target, const Limb* left, const Limb* right, Size count
 
 bool hasRows() noexcept
 {
-    int support = g_support.load(std::memory_order_relaxed);
-    if (support == UNKNOWN) {
-        support = findSupport();
-        g_support.store(support, std::memory_order_relaxed);
-    }
-    return support == ROWS;
+    return g_rows.isThere();
 }
 
 VX_FOR_ROWS void multiplyByRows(Limb* target, Natural left, Natural right) noexcept

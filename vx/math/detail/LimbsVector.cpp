@@ -5,30 +5,29 @@
 #if VX_ROW_PATHS
 
 #include <algorithm>
-#include <atomic>
 
 namespace vx::math::detail {
 
 namespace {
 
-enum Support : int { UNKNOWN, NONE, VECTORS };
-
-constinit std::atomic<int> g_support {UNKNOWN};
-
-Support findSupport() noexcept
+bool findVectors() noexcept
 {
     __builtin_cpu_init();
-    const bool hasAll = __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0
+    return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0
         && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vbmi") != 0
         && __builtin_cpu_supports("avx512ifma") != 0 && __builtin_cpu_supports("bmi2") != 0;
-    return hasAll ? VECTORS : NONE;
 }
+
+constinit Support g_vectors {findVectors};
 
 constexpr Size VECTOR_BYTES = DIGIT_BITS * LANES / 8; // that its digits take in a number
 constexpr Size BLOCK_VECTORS = 4; // so many sums of low and of high halves hide the time of one multiplication
 constexpr Size BLOCK = BLOCK_VECTORS * LANES;
 
-/// Of a vector, no more of them than it has.
+// A sum of low and high halves stays below 2^63.
+static_assert(2 * digitsFor(MOST_VECTOR_LIMBS) <= Size {1} << (LIMB_BITS - 1 - DIGIT_BITS));
+
+/// The mask of the first bytes of a vector, which may have fewer.
 __mmask64 lowBytes(Size count) noexcept
 {
     return count < sizeof(Vector) ? (__mmask64 {1} << count) - 1 : ~__mmask64 {0};
@@ -63,7 +62,7 @@ private:
 };
 
 /// The sums of the products for a block of places: their low halves, and their high halves, which belong one place
-/// higher. 2^11 products of each can be added.
+/// higher.
 class Columns {
 public:
     VX_FOR_VECTORS Columns() noexcept
@@ -134,12 +133,7 @@ private:
 
 bool hasVectors() noexcept
 {
-    int support = g_support.load(std::memory_order_relaxed);
-    if (support == UNKNOWN) {
-        support = findSupport();
-        g_support.store(support, std::memory_order_relaxed);
-    }
-    return support == VECTORS;
+    return g_vectors.isThere();
 }
 
 VX_FOR_VECTORS void cutDigits(Limb* digits, Natural source) noexcept
@@ -210,7 +204,7 @@ VX_FOR_VECTORS void squareByVectors(Limb* target, Natural source) noexcept
         const Size to = std::min(count, place + BLOCK - middle);
         Columns columns;
         if (from < middle) {
-            std::fill_n(down.get() + middle - std::min(middle, BLOCK / 2), std::min(middle, BLOCK / 2), 0);
+            std::fill_n(down.get() + middle - BLOCK / 2, BLOCK / 2, 0);
             columns.add(up + from, down.get() + place - from, middle - from);
             columns.twice();
         }
