@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <memory>
 
 namespace vx::math::detail {
 
@@ -185,8 +186,9 @@ VX_FOR_VECTORS void fill(Vector* target, Size length, Natural source) noexcept
 
 /// The product's coefficients modulo one prime.
 template <class Prime>
-VX_FOR_VECTORS void multiplyModulo(
-    Vector* target, Natural left, Natural right, const Plan& plan, Limb* roots, Vector* other) noexcept
+VX_FOR_VECTORS void multiplyModulo(Vector* target, Natural left, Natural right, const Plan& plan,
+    Limb* roots, // NOLINT(readability-non-const-parameter): the constructor of the roots fills it
+    Vector* other) noexcept
 {
     const typename Prime::Roots nodes(roots, plan.length / 2);
     const Transform<Prime> transform(nodes, plan.length);
