@@ -493,7 +493,8 @@ void multiply(Limb* target, Natural left, Natural right)
         return squareSchool(target, left);
     if (count < limits.halvesMultiply && left.size() <= limits.school)
         return multiplySchool(target, left, right);
-    if (count >= limits.transform)
+    // The time of a transform depends on both lengths together. A short number is better multiplied in pieces.
+    if (left.size() + count >= 2 * limits.transform && 5 * count >= 2 * limits.transform)
         return multiplyByTransform(target, left, right);
 
     // The longer one in pieces, of the shorter one's length if that is split, too.

@@ -21,7 +21,8 @@ constexpr Size vectorsFor(Size digits) noexcept
     return (digits + LANES - 1) / LANES;
 }
 
-/// target = left * right / 2^(52 digits) modulo the modulus, all in `VECTORS` vectors and below twice the modulus. Each step adds what makes the lowest digit 0, and drops it.
+/// target = left * right / 2^(52 digits) modulo the modulus, all in `VECTORS` vectors and below twice the modulus.
+/// Each step adds what makes the lowest digit 0, and drops it.
 template <Size VECTORS>
 VX_FOR_VECTORS void multiplyModulo(
     Limb* target, const Limb* left, const Limb* right, const Limb* modulus, Limb negatedInverse, Size digits) noexcept
