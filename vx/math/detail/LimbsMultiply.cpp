@@ -20,7 +20,7 @@ struct Thresholds {
     Size school; ///< the most words that are multiplied at once without splitting
 };
 
-constexpr Thresholds USUAL {32, 50, 140, 360, 3300, ~Size {0}};
+constexpr Thresholds USUAL {32, 50, 140, 360, 4700, ~Size {0}};
 
 #if VX_ROW_PATHS
 
