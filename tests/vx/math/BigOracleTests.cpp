@@ -220,8 +220,11 @@ TEST_F(BigOracle, AgreesOnProductsOfSizesWhereTheAlgorithmChanges)
     for (const std::size_t border : {11, 26, 32, 48, 50, 140, 220, 360, 400, 480, 850, 4700}) {
         for (std::size_t words = border - 1; words <= border + 1; ++words) {
             const BigInteger ones = onesOf(WORD * words);
-            const BigInteger mixed = numberOf(WORD * words);
-            for (const BigInteger& left : {mixed, ones}) {
+            // By 2^n - 1, this one's middle column carries out of two words.
+            BigInteger halves = numberOf(WORD * (words - 2));
+            halves.setBit(static_cast<int>(WORD * 8 * words) - 1);
+            halves.setBit(static_cast<int>(WORD * 8 * (words - 1)) - 1);
+            for (const BigInteger& left : {numberOf(WORD * words), ones, halves}) {
                 for (const std::size_t other : {words, words - 1, words / 2 + 1, words / 3, std::size_t {12}}) {
                     for (const BigInteger& right : {numberOf(WORD * other), ones}) {
                         BigInteger product = left;
@@ -261,6 +264,13 @@ TEST_F(BigOracle, AgreesOnPowersModuloNumbersThatFillVectors)
                 EXPECT_EQ(exactOf(base), wanted) << "seed " << m_seed << ", " << words << " words";
             }
         }
+        BigInteger root = positive(bytes / 2 - 1); // odd, and 0 only as a power
+        root.setBit(0);
+        BigInteger square = root, exponent = positive(30);
+        square.multiply(root);
+        exponent.setBit(1);
+        root.modPow(exponent, square);
+        EXPECT_TRUE(root.isZero()) << "seed " << m_seed << ", " << words << " words";
     }
 }
 
