@@ -40,19 +40,22 @@ class VX_API Str1HashMap {
     };
     using NodePtr = std::unique_ptr<Node>;
 
-    struct Wanted {
-        std::uint32_t hash;
-        std::u16string_view key;
-    };
-    /// Order by hash, then by key. No two entries have the same key.
+    /// No two entries have the same key, so that the hash does not count.
     struct KeyOrder {
-        using is_transparent = void;
+        static std::u16string_view textOf(const Node* node) noexcept { return node->key.view(); }
+        static std::u16string_view textOf(const Str1& key) noexcept { return key.view(); }
 
-        static Wanted wanted(const Node* node) noexcept { return {node->hash, node->key.view()}; }
-        static Wanted wanted(const Wanted& wanted) noexcept { return wanted; }
-
-        template <class Left, class Right>
-        bool operator()(const Left& left, const Right& right) const noexcept;
+        template <class Key>
+        static std::uint32_t tagOf(const Key& key) noexcept
+        {
+            return detail::tagForIndex(textOf(key));
+        }
+        template <class Key>
+        static int compare(const Node* left, const Key& right) noexcept
+        {
+            return detail::compareForIndex(textOf(left), textOf(right));
+        }
+        static bool areOrdered(const Node*, const Node*) noexcept { return true; }
     };
     using ChainIndex = detail::ChainIndex<Node*, nullptr, KeyOrder>;
     using Order = detail::HashOrder<float>;
@@ -170,15 +173,6 @@ public:
     // Str1HashMap
     void normalizeKey(Str1& out, const Str1& key) const override;
 };
-
-template <class T>
-template <class Left, class Right>
-inline bool Str1HashMap<T>::KeyOrder::operator()(const Left& left, const Right& right) const noexcept
-{
-    const Wanted first = wanted(left);
-    const Wanted second = wanted(right);
-    return first.hash != second.hash ? first.hash < second.hash : detail::compareForIndex(first.key, second.key) < 0;
-}
 
 template <class T>
 Str1HashMap<T>::Str1HashMap(int capacity, float load)
@@ -356,7 +350,7 @@ auto Str1HashMap<T>::find(const Str1& normalized, std::uint32_t hash) const noex
     Node* node = bucketOf(hash).get();
     while (node != nullptr && (node->hash != hash || !(node->key == normalized))) {
         if (--first == 0 && m_chains.has(bucketNumberOf(hash)))
-            return m_chains.find(bucketNumberOf(hash), Wanted {hash, normalized.view()});
+            return m_chains.find(bucketNumberOf(hash), normalized);
         node = following(node);
     }
     return node;
@@ -380,7 +374,7 @@ template <class T>
 void Str1HashMap<T>::indexIfLong(std::size_t bucket) noexcept
 {
     if (ChainIndex::isLong(m_table[bucket].get(), following))
-        m_chains.build(bucket, m_table[bucket].get(), following, KeyOrder());
+        m_chains.complete(bucket, m_table[bucket].get(), following, KeyOrder());
 }
 
 template <class T>
@@ -391,7 +385,6 @@ void Str1HashMap<T>::rehash()
     std::vector<std::uint8_t> lengths(static_cast<std::size_t>(grown.capacity()));
     table.swap(m_table);
     const std::int32_t oldCapacity = std::exchange(m_order, grown).capacity();
-    m_chains.clear();
     for (std::int32_t bucket = oldCapacity - 1; bucket >= 0; --bucket) {
         NodePtr chain = std::move(table[static_cast<std::size_t>(bucket)]);
         while (chain != nullptr) {
@@ -403,6 +396,7 @@ void Str1HashMap<T>::rehash()
             chain.swap(head); // ... and the node after this
         }
     }
+    m_chains.regroup([this](const Node* node) { return bucketNumberOf(node->hash); });
     for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
         if (lengths[bucket] > ChainIndex::FEW)
             indexIfLong(bucket);

@@ -25,6 +25,8 @@ class VX_API IntegerHashMap : public Object {
         static bool isOrdered(const Reference<Object>&, int) noexcept { return true; }
         static int compare(const Reference<Object>&, const Reference<Object>&) noexcept { return 0; }
         static int compare(const Reference<Object>&, int) noexcept { return 0; }
+        static std::uint32_t tagOf(const Reference<Object>&) noexcept { return 0; }
+        static std::uint32_t tagOf(int) noexcept { return 0; }
     };
     using Table = detail::HashTable<Reference<Object>, KeyOrder>;
 

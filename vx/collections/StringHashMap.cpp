@@ -38,6 +38,17 @@ int StringHashMap::KeyOrder::compare(const Item& left, std::u16string_view right
     return vx::detail::compareForIndex({text.data(), static_cast<std::size_t>(text.length())}, right);
 }
 
+std::uint32_t StringHashMap::KeyOrder::tagOf(const Item& item)
+{
+    const StringReadLock text(item.key);
+    return tagOf({text.data(), static_cast<std::size_t>(text.length())});
+}
+
+std::uint32_t StringHashMap::KeyOrder::tagOf(std::u16string_view key) noexcept
+{
+    return vx::detail::tagForIndex(key);
+}
+
 int StringHashMap::calcCapacity(int size)
 {
     return Table::calcCapacity(size);

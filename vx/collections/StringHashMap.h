@@ -40,6 +40,8 @@ class VX_API StringHashMap : public Object {
         static bool isOrdered(const Item&, std::u16string_view) noexcept { return true; }
         static int compare(const Item& left, const Item& right);
         static int compare(const Item& left, std::u16string_view right);
+        static std::uint32_t tagOf(const Item& item);
+        static std::uint32_t tagOf(std::u16string_view key) noexcept;
     };
     using Table = detail::HashTable<Item, KeyOrder>;
 

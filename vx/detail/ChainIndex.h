@@ -2,24 +2,31 @@
 
 #include "vxsys/Memory.h"
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vx::detail {
 
-/// Ordered indexes of the long chains of a hash table, by bucket. An attacker can choose all keys so that they share one
-/// bucket and so one long chain. With an index, an entry of it is found, added and removed in logarithmic time. The chain
-/// itself, and therefore the order of iteration, stays as it is.
+/// Indexes of the long chains of a hash table, by bucket. An attacker can choose all keys so that they share one bucket and
+/// so one long chain. With an index, an entry of it is found, added and removed in logarithmic time. The chain itself, and
+/// therefore the order of iteration, stays as it is.
 ///
-/// `Entry` names an entry of the table, and `NONE` stands for the end of a chain. `Order` compares two entries by hash, then
-/// by key, then by the entries themselves, and an entry with what a caller of `find` wants. If it contradicts itself because
-/// a caller changed a key that is in the table, the chain loses its index. It also does if memory is exhausted. `has` says
-/// whether a chain has one.
+/// `Entry` names an entry of the table, and `NONE` stands for the end of a chain. If `Order` contradicts itself because a
+/// caller changed a key that is in the table, the chain loses its index. It also does if memory is exhausted. `has` says
+/// whether a chain has one. `Order` tells about entries, and about what a caller of `find` wants:
+/// - `tagOf(entry)`, `tagOf(wanted)`: a number that is equal for equal keys. Different numbers for different keys make the
+///   index fast; equal ones leave it logarithmic, so that an attacker gains nothing by them.
+/// - `compare(entry, entry)`, `compare(entry, wanted)`: below, equal to or above 0, by hash and then by key.
+/// - `areOrdered(entry, entry)`: whether the keys of two entries of a chain can be compared.
 template <class Entry, Entry NONE, class Order>
 class ChainIndex {
 public:
@@ -28,16 +35,15 @@ public:
     /// The entries that a search looks at before it asks for the index.
     static constexpr int FIRST = 3;
 
-    bool isEmpty() const noexcept { return m_chains.empty(); }
     bool has(std::size_t bucket) const noexcept { return !m_chains.empty() && m_chains.contains(bucket); }
 
     /// Whether a chain from `head` on has more than FEW entries.
     template <class Next>
     static bool isLong(Entry head, Next next) noexcept;
 
-    /// Makes the index of the chain from `head` on.
+    /// Takes all entries of the chain from `head` on into its index, which is made if there is none.
     template <class Next>
-    void build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept;
+    void complete(std::size_t bucket, Entry head, Next next, const Order& order) noexcept;
 
     /// Adds a new head to the chain.
     void prepend(std::size_t bucket, Entry head) noexcept;
@@ -49,6 +55,11 @@ public:
     template <class Wanted>
     Entry find(std::size_t bucket, const Wanted& wanted) const;
 
+    /// After all chains were reversed and `bucketOf` gave each entry its new bucket. Keeps the index of each chain that
+    /// stayed together, though entries of other chains may now be missing in it. The other indexes are dropped.
+    template <class BucketOf>
+    void regroup(BucketOf bucketOf) noexcept;
+
     void drop(std::size_t bucket) noexcept
     {
         if (const auto place = m_chains.find(bucket); place != m_chains.end())
@@ -57,28 +68,158 @@ public:
     void clear() noexcept { m_chains.clear(); }
 
 private:
-    template <class Key, class Value, class Compare>
-    using Tree = std::map<Key, Value, Compare, vxsys::Allocator<std::pair<const Key, Value>>>;
-
     /// An entry with its neighbours in the chain.
     struct Place {
+        std::uint32_t tag;
         Entry entry;
-        Place* previous;
-        Place* next;
+        mutable const Place* previous = nullptr;
+        mutable const Place* next = nullptr;
     };
-    using Places = Tree<Entry, Place, Order>;
-    struct Chain {
+    template <class Wanted>
+    struct Tagged {
+        std::uint32_t tag;
+        const Wanted& wanted;
+    };
+    /// By tag, by `Order`, then by entry.
+    struct PlaceOrder {
+        using is_transparent = void;
+
+        bool operator()(const Place& left, const Place& right) const
+        {
+            if (left.tag != right.tag)
+                return left.tag < right.tag;
+            const int result = left.entry != right.entry ? order.compare(left.entry, right.entry) : 0;
+            return result != 0 ? result < 0 : std::less<>()(left.entry, right.entry);
+        }
+        template <class Wanted>
+        bool operator()(const Place& left, const Tagged<Wanted>& right) const
+        {
+            return left.tag != right.tag ? left.tag < right.tag : order.compare(left.entry, right.wanted) < 0;
+        }
+        template <class Wanted>
+        bool operator()(const Tagged<Wanted>& left, const Place& right) const
+        {
+            return left.tag != right.tag ? left.tag < right.tag : order.compare(right.entry, left.wanted) > 0;
+        }
+
+        Order order;
+    };
+    using Places = std::set<Place, PlaceOrder, vxsys::Allocator<Place>>;
+
+    /// The places, in slots by the first bits of their tags. A tree of the few places of a slot takes less steps through
+    /// memory than one of all places.
+    class Chain {
+    public:
         explicit Chain(const Order& order)
-            : places(order)
+            : m_order(order)
+            , m_slots(1, Places({order}))
         {
         }
 
-        Places places;
-        Place* head = nullptr;
+        const Order& order() const noexcept { return m_order; }
+        int size() const noexcept { return m_size; }
+        const Place* head() const noexcept { return m_head; }
+
+        template <class Wanted>
+        const Place* find(const Wanted& wanted) const;
+        /// Adds an entry after `previous`, or as the head if that is null.
+        const Place* insert(Entry entry, const Place* previous);
+        /// Returns the place before it, nothing if the entry is not found.
+        std::optional<const Place*> remove(Entry entry);
+        /// False if there is an entry of another bucket.
+        template <class BucketOf>
+        bool reverse(std::size_t bucket, BucketOf bucketOf) noexcept;
+
+    private:
+        static constexpr int TAG_BITS = 32;
+        static constexpr int FEW_OF_SLOT = 2;
+
+        std::size_t slotOf(std::uint32_t tag) const noexcept { return std::uint64_t {tag} >> (TAG_BITS - m_slotBits); }
+        void link(const Place* left, const Place* right) noexcept
+        {
+            (left != nullptr ? left->next : m_head) = right;
+            if (right != nullptr)
+                right->previous = left;
+        }
+        void grow();
+
+        Order m_order;
+        std::vector<Places, vxsys::Allocator<Places>> m_slots;
+        int m_slotBits = 0;
+        int m_size = 0;
+        const Place* m_head = nullptr;
     };
 
-    Tree<std::size_t, Chain, std::less<>> m_chains;
+    using Chains = std::map<std::size_t, Chain, std::less<>, vxsys::Allocator<std::pair<const std::size_t, Chain>>>;
+
+    Chains m_chains;
 };
+
+template <class Entry, Entry NONE, class Order>
+template <class Wanted>
+auto ChainIndex<Entry, NONE, Order>::Chain::find(const Wanted& wanted) const -> const Place*
+{
+    const Tagged<Wanted> tagged {m_order.tagOf(wanted), wanted};
+    const Places& places = m_slots[slotOf(tagged.tag)];
+    const auto found = places.find(tagged);
+    return found != places.end() ? &*found : nullptr;
+}
+
+template <class Entry, Entry NONE, class Order>
+auto ChainIndex<Entry, NONE, Order>::Chain::insert(Entry entry, const Place* previous) -> const Place*
+{
+    if (m_size / FEW_OF_SLOT >= static_cast<int>(m_slots.size()) && m_slotBits < TAG_BITS)
+        grow();
+    const Place place {m_order.tagOf(entry), entry};
+    const Place* const added = &*m_slots[slotOf(place.tag)].insert(place).first;
+    ++m_size;
+    const Place* const next = previous != nullptr ? previous->next : m_head;
+    link(previous, added);
+    link(added, next);
+    return added;
+}
+
+template <class Entry, Entry NONE, class Order>
+auto ChainIndex<Entry, NONE, Order>::Chain::remove(Entry entry) -> std::optional<const Place*>
+{
+    const Place wanted {m_order.tagOf(entry), entry};
+    Places& places = m_slots[slotOf(wanted.tag)];
+    const auto found = places.find(wanted);
+    if (found == places.end())
+        return std::nullopt;
+    const Place* const previous = found->previous;
+    link(previous, found->next);
+    places.erase(found);
+    --m_size;
+    return previous;
+}
+
+template <class Entry, Entry NONE, class Order>
+template <class BucketOf>
+bool ChainIndex<Entry, NONE, Order>::Chain::reverse(std::size_t bucket, BucketOf bucketOf) noexcept
+{
+    for (const Place* place = m_head; place != nullptr; place = place->previous) {
+        if (bucketOf(place->entry) != bucket)
+            return false;
+        std::swap(place->previous, place->next);
+        m_head = place;
+    }
+    return true;
+}
+
+template <class Entry, Entry NONE, class Order>
+void ChainIndex<Entry, NONE, Order>::Chain::grow()
+{
+    decltype(m_slots) old(2 * m_slots.size(), Places({m_order}));
+    old.swap(m_slots);
+    ++m_slotBits;
+    for (Places& places : old) {
+        while (!places.empty()) {
+            Places& target = m_slots[slotOf(places.begin()->tag)];
+            target.insert(target.end(), places.extract(places.begin())); // in order
+        }
+    }
+}
 
 template <class Entry, Entry NONE, class Order>
 template <class Next>
@@ -92,15 +233,25 @@ bool ChainIndex<Entry, NONE, Order>::isLong(Entry head, Next next) noexcept
 
 template <class Entry, Entry NONE, class Order>
 template <class Next>
-void ChainIndex<Entry, NONE, Order>::build(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
+void ChainIndex<Entry, NONE, Order>::complete(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
 {
     try {
-        Chain& chain = m_chains.try_emplace(bucket, order).first->second;
-        Place* previous = nullptr;
+        auto chain = m_chains.find(bucket);
+        if (chain == m_chains.end()) {
+            for (Entry entry = head; entry != NONE; entry = next(entry))
+                if (!order.areOrdered(head, entry))
+                    return;
+            chain = m_chains.try_emplace(bucket, order).first;
+        }
+        const Place* previous = nullptr;
         for (Entry entry = head; entry != NONE; entry = next(entry)) {
-            Place* place = &chain.places.try_emplace(entry, Place {entry, previous, nullptr}).first->second;
-            (previous != nullptr ? previous->next : chain.head) = place;
-            previous = place;
+            const Place* const present = previous != nullptr ? previous->next : chain->second.head();
+            if (present != nullptr && present->entry == entry)
+                previous = present;
+            else if (order.areOrdered(head, entry))
+                previous = chain->second.insert(entry, previous);
+            else
+                return drop(bucket);
         }
     } catch (...) {
         drop(bucket);
@@ -112,12 +263,13 @@ void ChainIndex<Entry, NONE, Order>::prepend(std::size_t bucket, Entry head) noe
 {
     try {
         Chain& chain = m_chains.find(bucket)->second;
-        Place* place = &chain.places.try_emplace(head, Place {head, nullptr, chain.head}).first->second;
-        chain.head->previous = place;
-        chain.head = place;
+        if (chain.order().areOrdered(chain.head()->entry, head)) {
+            chain.insert(head, nullptr);
+            return;
+        }
     } catch (...) {
-        drop(bucket);
     }
+    drop(bucket);
 }
 
 template <class Entry, Entry NONE, class Order>
@@ -125,16 +277,11 @@ std::optional<Entry> ChainIndex<Entry, NONE, Order>::remove(std::size_t bucket, 
 {
     try {
         Chain& chain = m_chains.find(bucket)->second;
-        if (const auto found = chain.places.find(entry); found != chain.places.end()) {
-            Place* const previous = found->second.previous;
-            Place* const next = found->second.next;
-            (previous != nullptr ? previous->next : chain.head) = next;
-            if (next != nullptr)
-                next->previous = previous;
-            chain.places.erase(found);
-            if (chain.head == nullptr)
+        if (const std::optional<const Place*> previous = chain.remove(entry)) {
+            const Entry before = *previous != nullptr ? (*previous)->entry : NONE;
+            if (chain.head() == nullptr)
                 drop(bucket);
-            return previous != nullptr ? previous->entry : NONE;
+            return before;
         }
     } catch (...) {
     }
@@ -146,9 +293,57 @@ template <class Entry, Entry NONE, class Order>
 template <class Wanted>
 Entry ChainIndex<Entry, NONE, Order>::find(std::size_t bucket, const Wanted& wanted) const
 {
-    const Places& places = m_chains.find(bucket)->second.places;
-    const auto found = places.find(wanted);
-    return found != places.end() ? found->first : NONE;
+    const Place* const found = m_chains.find(bucket)->second.find(wanted);
+    return found != nullptr ? found->entry : NONE;
+}
+
+template <class Entry, Entry NONE, class Order>
+template <class BucketOf>
+void ChainIndex<Entry, NONE, Order>::regroup(BucketOf bucketOf) noexcept
+{
+    Chains old;
+    old.swap(m_chains);
+    while (!old.empty()) {
+        auto chain = old.extract(old.begin());
+        chain.key() = bucketOf(chain.mapped().head()->entry);
+        if (chain.mapped().size() > FEW && chain.mapped().reverse(chain.key(), bucketOf))
+            m_chains.insert(std::move(chain));
+    }
+}
+
+/// The tag of a hash for indexes only.
+constexpr std::uint32_t tagForIndex(std::uint32_t hash) noexcept
+{
+    return hash * 0x9E3779B1; // brings differences in the last bits to the first ones
+}
+
+constexpr int compareForIndex(std::uint32_t left, std::uint32_t right) noexcept
+{
+    return left < right ? -1 : left > right ? 1 : 0;
+}
+
+/// The tag of a text for indexes only. Unlike the hash, it depends on all units.
+inline std::uint32_t tagForIndex(std::u16string_view text) noexcept
+{
+    __extension__ typedef unsigned __int128 Wide;
+    using Block = std::array<std::uint64_t, 2>;
+    constexpr std::uint64_t FIRST = 0x9E3779B97F4A7C15, SECOND = 0xD1B54A32D192ED03; // odd, with irregular bits
+    std::uint64_t tag = text.size() * FIRST;
+    const auto mix = [&tag](const Block& block) {
+        const Wide product = Wide {block[0] ^ tag} * (block[1] ^ SECOND);
+        tag = static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+    };
+    Block block {};
+    constexpr std::size_t UNITS = sizeof(block) / sizeof(char16_t);
+    for (; text.size() >= UNITS; text.remove_prefix(UNITS)) {
+        std::memcpy(block.data(), text.data(), sizeof(block));
+        mix(block);
+    }
+    block = {};
+    if (!text.empty())
+        std::memcpy(block.data(), text.data(), text.size() * sizeof(char16_t));
+    mix(block);
+    return static_cast<std::uint32_t>((tag * FIRST) >> 32);
 }
 
 /// Below, equal to or above 0: an order of texts for indexes only, shorter ones first.

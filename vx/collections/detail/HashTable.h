@@ -31,7 +31,8 @@ namespace vx::collections::detail {
 /// - `areOrdered(const Item&, const Item&)`: whether the keys of the two can be compared;
 /// - `isOrdered(const Item&, key)`: whether a wanted key can be compared with that of an item;
 /// - `compare(const Item&, const Item&)`, `compare(const Item&, key)`: below, equal to or above 0, for keys that can be
-///   compared. The result is 0 for equal keys. Apart from that, any order is allowed.
+///   compared. The result is 0 for equal keys. Apart from that, any order is allowed;
+/// - `tagOf(const Item&)`, `tagOf(key)`: a number that is equal for equal keys, and better different for others.
 template <class Item, class KeyOrder>
 class HashTable {
     using Order = vx::detail::HashOrder<>;
@@ -158,15 +159,14 @@ private:
         std::uint32_t hash;
         const Key& key;
     };
-    /// By hash, then by key, then by index.
     struct IndexOrder {
-        using is_transparent = void;
-
-        bool operator()(Index left, Index right) const;
+        std::uint32_t tagOf(Index index) const;
         template <class Key>
-        bool operator()(Index left, const Wanted<Key>& right) const;
+        std::uint32_t tagOf(const Wanted<Key>& wanted) const;
+        int compare(Index left, Index right) const;
         template <class Key>
-        bool operator()(const Wanted<Key>& left, Index right) const;
+        int compare(Index left, const Wanted<Key>& right) const;
+        bool areOrdered(Index left, Index right) const;
 
         const HashTable* table;
     };
@@ -186,6 +186,10 @@ private:
     }
 
     std::size_t bucketOf(std::uint32_t hash) const noexcept { return m_order.bucketOf(hash); }
+    auto following() const noexcept
+    {
+        return [this](Index index) { return next(index); };
+    }
 
     void prepend(Index index) noexcept
     {
@@ -203,8 +207,6 @@ private:
 
     /// After an item became the head of its chain.
     void addToIndex(Index index) noexcept;
-
-    void indexIfLong(std::size_t bucket) noexcept;
 
     /// Returns where `index` is stored in its chain, and removes it from the ordered index of that chain.
     Index* linkTo(Index index) noexcept;
@@ -360,56 +362,51 @@ auto HashTable<Item, KeyOrder>::Walk<Projection>::operator++() -> Walk&
 }
 
 template <class Item, class KeyOrder>
-bool HashTable<Item, KeyOrder>::IndexOrder::operator()(Index left, Index right) const
+std::uint32_t HashTable<Item, KeyOrder>::IndexOrder::tagOf(Index index) const
+{
+    const Node& node = table->node(index);
+    return vx::detail::tagForIndex(node.hash) ^ table->m_keyOrder.tagOf(node.item);
+}
+
+template <class Item, class KeyOrder>
+template <class Key>
+std::uint32_t HashTable<Item, KeyOrder>::IndexOrder::tagOf(const Wanted<Key>& wanted) const
+{
+    return vx::detail::tagForIndex(wanted.hash) ^ table->m_keyOrder.tagOf(wanted.key);
+}
+
+template <class Item, class KeyOrder>
+int HashTable<Item, KeyOrder>::IndexOrder::compare(Index left, Index right) const
 {
     const Node& leftNode = table->node(left);
     const Node& rightNode = table->node(right);
-    if (leftNode.hash != rightNode.hash)
-        return leftNode.hash < rightNode.hash;
-    const int order = left != right ? table->m_keyOrder.compare(leftNode.item, rightNode.item) : 0;
-    return order != 0 ? order < 0 : left < right;
+    const int order = vx::detail::compareForIndex(leftNode.hash, rightNode.hash);
+    return order != 0 ? order : table->m_keyOrder.compare(leftNode.item, rightNode.item);
 }
 
 template <class Item, class KeyOrder>
 template <class Key>
-bool HashTable<Item, KeyOrder>::IndexOrder::operator()(Index left, const Wanted<Key>& right) const
+int HashTable<Item, KeyOrder>::IndexOrder::compare(Index left, const Wanted<Key>& right) const
 {
     const Node& node = table->node(left);
-    return node.hash != right.hash ? node.hash < right.hash : table->m_keyOrder.compare(node.item, right.key) < 0;
+    const int order = vx::detail::compareForIndex(node.hash, right.hash);
+    return order != 0 ? order : table->m_keyOrder.compare(node.item, right.key);
 }
 
 template <class Item, class KeyOrder>
-template <class Key>
-bool HashTable<Item, KeyOrder>::IndexOrder::operator()(const Wanted<Key>& left, Index right) const
+bool HashTable<Item, KeyOrder>::IndexOrder::areOrdered(Index left, Index right) const
 {
-    const Node& node = table->node(right);
-    return node.hash != left.hash ? left.hash < node.hash : table->m_keyOrder.compare(node.item, left.key) > 0;
+    return table->m_keyOrder.areOrdered(table->node(left).item, table->node(right).item);
 }
 
 template <class Item, class KeyOrder>
 void HashTable<Item, KeyOrder>::addToIndex(Index index) noexcept
 {
     const std::size_t bucket = bucketOf(node(index).hash);
-    const Index oldHead = next(index);
-    if (!m_chains.has(bucket))
-        indexIfLong(bucket);
-    else if (m_keyOrder.areOrdered(node(oldHead).item, node(index).item))
+    if (m_chains.has(bucket))
         m_chains.prepend(bucket, index);
-    else
-        m_chains.drop(bucket);
-}
-
-template <class Item, class KeyOrder>
-void HashTable<Item, KeyOrder>::indexIfLong(std::size_t bucket) noexcept
-{
-    const Index head = m_heads[bucket];
-    const auto following = [this](Index index) { return next(index); };
-    if (!ChainIndex::isLong(head, following))
-        return;
-    for (Index index = next(head); index != NONE; index = next(index))
-        if (!m_keyOrder.areOrdered(node(head).item, node(index).item))
-            return;
-    m_chains.build(bucket, head, following, IndexOrder {this});
+    else if (ChainIndex::isLong(index, following()))
+        m_chains.complete(bucket, index, following(), IndexOrder {this});
 }
 
 template <class Item, class KeyOrder>
@@ -434,7 +431,6 @@ void HashTable<Item, KeyOrder>::rehash()
     Heads heads(buckets, NONE);
     heads.swap(m_heads);
     m_order = grown;
-    m_chains.clear();
     for (auto head = heads.rbegin(); head != heads.rend(); ++head) {
         for (Index index = *head; index != NONE;) {
             const std::size_t bucket = bucketOf(node(index).hash);
@@ -443,9 +439,10 @@ void HashTable<Item, KeyOrder>::rehash()
                 ++lengths[bucket];
         }
     }
+    m_chains.regroup([this](Index index) { return bucketOf(node(index).hash); });
     for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
         if (lengths[bucket] > ChainIndex::FEW)
-            indexIfLong(bucket);
+            m_chains.complete(bucket, m_heads[bucket], following(), IndexOrder {this});
 }
 
 template <class Item, class KeyOrder>

@@ -92,6 +92,16 @@ int HashMap::KeyOrder::compare(const Item& item, const IVXUnknown* key)
     return detail::compareForIndex(item.key(), key);
 }
 
+std::uint32_t HashMap::KeyOrder::tagOf(const Item& item)
+{
+    return tagOf(item.key());
+}
+
+std::uint32_t HashMap::KeyOrder::tagOf(const IVXUnknown* key)
+{
+    return detail::tagForIndex(key);
+}
+
 HashMap::HashMap(int capacity, float load)
     : m_table(capacity, load, KeyOrder {true})
     , m_hasOwnKeyComparator(true)

@@ -44,6 +44,8 @@ class VX_API HashMap : public AbstractMap {
         bool isOrdered(const Item& item, const IVXUnknown* key) const;
         static int compare(const Item& left, const Item& right);
         static int compare(const Item& item, const IVXUnknown* key);
+        static std::uint32_t tagOf(const Item& item);
+        static std::uint32_t tagOf(const IVXUnknown* key);
 
         bool hasOwnComparator;
     };

@@ -120,4 +120,13 @@ int compareForIndex(const IVXUnknown* left, const IVXUnknown* right)
                                              : compareValues(leftNumber.toInt64(), rightNumber.toInt64());
 }
 
+std::uint32_t tagForIndex(const IVXUnknown* key)
+{
+    const String* const text = asText(key);
+    if (text == nullptr)
+        return 0;
+    const vx::detail::StringReadLock lock(*text);
+    return vx::detail::tagForIndex({lock.data(), static_cast<std::size_t>(lock.length())});
+}
+
 } // namespace vx::collections::vorb::detail

@@ -80,4 +80,7 @@ bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept;
 /// Below, equal to or above 0, for two keys of one kind. Keys of different kinds are ordered by kind.
 int compareForIndex(const IVXUnknown* left, const IVXUnknown* right);
 
+/// Equal for two keys for which `compareForIndex` gives 0. Depends on the units of a text, and on nothing of other keys.
+std::uint32_t tagForIndex(const IVXUnknown* key);
+
 } // namespace vx::collections::vorb::detail
