@@ -40,22 +40,30 @@ class VX_API Str1HashMap {
     };
     using NodePtr = std::unique_ptr<Node>;
 
+    struct Wanted {
+        std::uint32_t hash;
+        std::u16string_view key;
+    };
     /// No two entries have the same key, so that the hash does not count.
     struct KeyOrder {
-        static std::u16string_view textOf(const Node* node) noexcept { return node->key.view(); }
-        static std::u16string_view textOf(const Str1& key) noexcept { return key.view(); }
+        static Wanted wanted(const Node* node) noexcept { return {node->hash, node->key.view()}; }
+        static Wanted wanted(const Wanted& wanted) noexcept { return wanted; }
 
         template <class Key>
         static std::uint32_t tagOf(const Key& key) noexcept
         {
-            return detail::tagForIndex(textOf(key));
+            return detail::tagForIndex(wanted(key).key);
         }
         template <class Key>
         static int compare(const Node* left, const Key& right) noexcept
         {
-            return detail::compareForIndex(textOf(left), textOf(right));
+            return detail::compareForIndex(wanted(left).key, wanted(right).key);
         }
-        static bool areOrdered(const Node*, const Node*) noexcept { return true; }
+        template <class Key>
+        static bool areOrdered(Key, Key) noexcept
+        {
+            return true;
+        }
     };
     using ChainIndex = detail::ChainIndex<Node*, nullptr, KeyOrder>;
     using Order = detail::HashOrder<float>;
@@ -350,7 +358,7 @@ auto Str1HashMap<T>::find(const Str1& normalized, std::uint32_t hash) const noex
     Node* node = bucketOf(hash).get();
     while (node != nullptr && (node->hash != hash || !(node->key == normalized))) {
         if (--first == 0 && m_chains.has(bucketNumberOf(hash)))
-            return m_chains.find(bucketNumberOf(hash), normalized);
+            return m_chains.find(bucketNumberOf(hash), Wanted {hash, normalized.view()});
         node = following(node);
     }
     return node;

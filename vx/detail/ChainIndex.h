@@ -35,6 +35,7 @@ public:
     /// The entries that a search looks at before it asks for the index.
     static constexpr int FIRST = 3;
 
+    bool isEmpty() const noexcept { return m_chains.empty(); }
     bool has(std::size_t bucket) const noexcept { return !m_chains.empty() && m_chains.contains(bucket); }
 
     /// Whether a chain from `head` on has more than FEW entries.

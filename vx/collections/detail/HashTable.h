@@ -70,6 +70,9 @@ public:
     template <class Key, class Matches>
     Index find(std::uint32_t hash, const Key& key, Matches matches) const;
 
+    /// Whether `find` may compare keys by `KeyOrder`.
+    bool isIndexed() const noexcept { return !m_chains.isEmpty(); }
+
     void insert(std::uint32_t hash, Item item);
     Item remove(Index index);
     /// Keeps the capacity.

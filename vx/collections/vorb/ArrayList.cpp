@@ -9,6 +9,7 @@
 #include "vxsys/Thread.h"
 
 #include <algorithm>
+#include <optional>
 #include <typeinfo>
 #include <utility>
 
@@ -296,13 +297,21 @@ ArrayList::Elements ArrayList::takeForeign(int from, int to, const Collection& o
 {
     std::vector<int, vxsys::Allocator<int>> foreign; // first all comparisons, since a comparator may use this list
     const std::uint32_t expectedCount = m_modificationCount;
+    const auto* const set = typeid(other) == typeid(HashSet)
+        ? static_cast<const HashSet*>(dynamic_cast<const void*>(&other))
+        : nullptr;
     try {
         for (int index = from; index < (to < 0 ? m_size : to); ++index) {
-            const Reference<IVXUnknown> element = m_elements[index];
-            const bool isForeign = !other.contains(element.get());
-            if (expectedCount != m_modificationCount)
-                collections::detail::throwChanged();
-            if (isForeign)
+            std::optional<bool> isContained;
+            if (set != nullptr)
+                isContained = set->m_map->containsText(m_elements[index]);
+            if (!isContained.has_value()) {
+                const Reference<IVXUnknown> element = m_elements[index];
+                isContained = other.contains(element.get());
+                if (expectedCount != m_modificationCount)
+                    collections::detail::throwChanged();
+            }
+            if (!*isContained)
                 foreign.push_back(index);
         }
     } catch (...) {

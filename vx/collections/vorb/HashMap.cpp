@@ -227,6 +227,27 @@ bool HashMap::areEqual(
     return result;
 }
 
+std::optional<bool> HashMap::containsText(const IVXUnknown* key) const
+{
+    std::u16string_view units;
+    const String* const text = m_hasOwnKeyComparator && !m_table.isIndexed() ? detail::asText(key) : nullptr;
+    if (text == nullptr || !vx::detail::PlainBuffer::read(*text, &units))
+        return std::nullopt;
+    bool isKnown = true;
+    const std::uint32_t hash = vx::detail::hashText(units.data(), static_cast<int>(units.size()), false);
+    const Index found = m_table.find(hash, key, [&](const Item& item) {
+        prefetchUnits(item.key());
+        const String* const stored = detail::asText(item.key());
+        if (stored == text)
+            return true;
+        std::u16string_view storedUnits;
+        isKnown = stored != nullptr && vx::detail::PlainBuffer::read(*stored, &storedUnits);
+        return !isKnown || (units.size() == storedUnits.size()
+                && vx::detail::equalUnits(units.data(), storedUnits.data(), static_cast<int>(units.size())));
+    });
+    return isKnown ? std::optional(found != NONE) : std::nullopt;
+}
+
 HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
 {
     return m_table.find(hash, key, [&](const Item& item) {

@@ -4,11 +4,13 @@
 #include "vx/collections/detail/HashTable.h"
 #include "vx/collections/vorb/AbstractMap.h"
 #include "vx/collections/vorb/HashMapEntry.h"
+#include "vx/detail/Hidden.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 namespace vx::collections::vorb {
@@ -94,6 +96,7 @@ public:
     Walk end() const noexcept;
 
 private:
+    friend class ArrayList;
     friend class HashMapEntrySet;
     friend class HashMapIterator;
 
@@ -105,6 +108,9 @@ private:
     bool keysEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
     bool valuesEqual(const IVXUnknown* stored, const IVXUnknown* other) const;
     bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnknown* stored, const IVXUnknown* other) const;
+
+    /// Whether it contains a text. Nothing if that would call code of a program, such as a comparator.
+    VX_HIDDEN std::optional<bool> containsText(const IVXUnknown* key) const;
 
     Index find(const IVXUnknown* key) const { return find(key, getKeyHashCode(key)); }
     Index find(const IVXUnknown* key, std::uint32_t hash) const;

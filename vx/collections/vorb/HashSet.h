@@ -36,6 +36,8 @@ public:
     std::uint32_t hashCode() const override;
 
 private:
+    friend class ArrayList;
+
     Reference<HashMap> m_map;
 };
 
