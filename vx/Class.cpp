@@ -17,9 +17,9 @@ namespace vx {
 namespace {
 
 struct NameHash {
-    std::size_t operator()(std::u16string_view name) const noexcept
+    std::size_t operator()(std::u16string_view name) const // not `noexcept`: then the map keeps the hashes
     {
-        return detail::hashText(name.data(), static_cast<int>(name.size()), false);
+        return detail::mixedHash(name);
     }
 };
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "vx/detail/TextHash.h"
 #include "vxsys/Memory.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -312,6 +312,12 @@ void ChainIndex<Entry, NONE, Order>::regroup(BucketOf bucketOf) noexcept
     }
 }
 
+/// The tag of a text for indexes only. Unlike the hash, it depends on all units.
+inline std::uint32_t tagForIndex(std::u16string_view text) noexcept
+{
+    return mixedHash(text);
+}
+
 /// The tag of a hash for indexes only.
 constexpr std::uint32_t tagForIndex(std::uint32_t hash) noexcept
 {
@@ -321,30 +327,6 @@ constexpr std::uint32_t tagForIndex(std::uint32_t hash) noexcept
 constexpr int compareForIndex(std::uint32_t left, std::uint32_t right) noexcept
 {
     return left < right ? -1 : left > right ? 1 : 0;
-}
-
-/// The tag of a text for indexes only. Unlike the hash, it depends on all units.
-inline std::uint32_t tagForIndex(std::u16string_view text) noexcept
-{
-    __extension__ typedef unsigned __int128 Wide;
-    using Block = std::array<std::uint64_t, 2>;
-    constexpr std::uint64_t FIRST = 0x9E3779B97F4A7C15, SECOND = 0xD1B54A32D192ED03; // odd, with irregular bits
-    std::uint64_t tag = text.size() * FIRST;
-    const auto mix = [&tag](const Block& block) {
-        const Wide product = Wide {block[0] ^ tag} * (block[1] ^ SECOND);
-        tag = static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-    };
-    Block block {};
-    constexpr std::size_t UNITS = sizeof(block) / sizeof(char16_t);
-    for (; text.size() >= UNITS; text.remove_prefix(UNITS)) {
-        std::memcpy(block.data(), text.data(), sizeof(block));
-        mix(block);
-    }
-    block = {};
-    if (!text.empty())
-        std::memcpy(block.data(), text.data(), text.size() * sizeof(char16_t));
-    mix(block);
-    return static_cast<std::uint32_t>((tag * FIRST) >> 32);
 }
 
 /// Below, equal to or above 0: an order of texts for indexes only, shorter ones first.
