@@ -7,20 +7,81 @@
 #include "vx/detail/TextHash.h"
 #include "vx/detail/TypeName.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace vx {
 
 namespace {
 
-struct NameHash {
-    std::size_t operator()(std::u16string_view name) const // not `noexcept`: then the map keeps the hashes
+/// The records by name, with open addressing. Its number of slots is a power of 2, which saves the division of a prime.
+class ByName {
+public:
+    const Class* find(std::u16string_view name) const noexcept
     {
-        return detail::mixedHash(name);
+        const std::uint32_t hash = detail::mixedHash(name);
+        for (std::size_t slot = hash & mask(); m_rows[slot].record != nullptr; slot = (slot + 1) & mask())
+            if (m_rows[slot].hash == hash && m_rows[slot].name == name)
+                return m_rows[slot].record.get();
+        return nullptr;
     }
+
+    /// Room for one more, so that the next `add` does not fail.
+    void makeRoom()
+    {
+        if (2 * m_size < m_rows.size())
+            return;
+        std::vector<Row> old(2 * m_rows.size());
+        old.swap(m_rows);
+        for (Row& row : old)
+            take(row);
+    }
+    void add(std::u16string_view name, const Reference<Class>& record) noexcept
+    {
+        Row row {name, record, detail::mixedHash(name)};
+        take(row);
+        ++m_size;
+    }
+    /// Fills the gap with rows after it that would no longer be found (Knuth, The Art of Computer Programming 3, 6.4, R).
+    void remove(std::u16string_view name) noexcept
+    {
+        std::size_t gap = detail::mixedHash(name) & mask();
+        while (m_rows[gap].name != name)
+            gap = (gap + 1) & mask();
+        const Row removed = std::exchange(m_rows[gap], Row());
+        for (std::size_t slot = (gap + 1) & mask(); m_rows[slot].record != nullptr; slot = (slot + 1) & mask()) {
+            if (((slot - m_rows[slot].hash) & mask()) < ((slot - gap) & mask()))
+                continue;
+            std::swap(m_rows[gap], m_rows[slot]);
+            gap = slot;
+        }
+        --m_size;
+    }
+
+private:
+    struct Row {
+        std::u16string_view name;
+        Reference<Class> record; ///< null in a free slot
+        std::uint32_t hash = 0;
+    };
+    static constexpr std::size_t FIRST_SLOTS = 512;
+
+    std::size_t mask() const noexcept { return m_rows.size() - 1; }
+    void take(Row& row) noexcept
+    {
+        std::size_t slot = row.hash & mask();
+        while (m_rows[slot].record != nullptr)
+            slot = (slot + 1) & mask();
+        std::swap(m_rows[slot], row);
+    }
+
+    std::vector<Row> m_rows = std::vector<Row>(FIRST_SLOTS);
+    std::size_t m_size = 0;
 };
 
 struct TypeOrder {
@@ -70,7 +131,7 @@ const Class* Class::forType(const std::type_info* type)
 
 class ClassManagerBase::Impl {
 public:
-    std::unordered_map<std::u16string_view, Reference<Class>, NameHash> byName;
+    ByName byName;
     std::map<const std::type_info*, Reference<Class>, TypeOrder> byType;
 };
 
@@ -93,13 +154,9 @@ const Class* ClassManagerBase::tryRegister(const char16_t* name, const std::type
     if (find(name) != nullptr)
         return nullptr;
     const Reference<Class> record(new Class(name, type, creator));
-    const auto place = m_impl->byName.emplace(name, record).first;
-    try {
-        m_impl->byType.emplace(type, record);
-    } catch (...) {
-        m_impl->byName.erase(place);
-        throw;
-    }
+    m_impl->byName.makeRoom();
+    m_impl->byType.emplace(type, record);
+    m_impl->byName.add(name, record);
     return record.get();
 }
 
@@ -107,11 +164,11 @@ void ClassManagerBase::unregisterClass(const char16_t* name) noexcept
 {
     if (name == nullptr)
         return;
-    const auto place = m_impl->byName.find(name);
-    if (place == m_impl->byName.end())
+    const Class* const record = find(name);
+    if (record == nullptr)
         return;
-    std::erase_if(m_impl->byType, [&](const auto& each) { return each.second == place->second; });
-    m_impl->byName.erase(place);
+    std::erase_if(m_impl->byType, [record](const auto& each) { return each.second == record; });
+    m_impl->byName.remove(name);
 }
 
 const Class* ClassManagerBase::lookupName(const char16_t* name)
@@ -125,8 +182,7 @@ const Class* ClassManagerBase::lookupName(const char16_t* name)
 
 const Class* ClassManagerBase::find(const char16_t* name) const noexcept
 {
-    const auto found = m_impl->byName.find(name);
-    return found != m_impl->byName.end() ? found->second.get() : nullptr;
+    return m_impl->byName.find(name);
 }
 
 const Class* ClassManagerBase::lookupType(const std::type_info* type)

@@ -1,3 +1,4 @@
+#include "tests/Random.h"
 #include "tests/Threads.h"
 #include "tests/vx/Common.h"
 #include "vx/Class.h"
@@ -13,7 +14,9 @@
 #include "vx/util/MTCharBuffer.h"
 #include "vx/vorb/Module.h"
 
+#include <string>
 #include <typeinfo>
+#include <vector>
 
 using namespace vx;
 
@@ -112,6 +115,32 @@ TEST(ClassManagerBase, KeepsTheFirstRegistration)
     EXPECT_THROW(manager.registerClass(nullptr, &typeid(int), nullptr), ResultException);
     EXPECT_THROW(manager.registerClass(u"third", nullptr, nullptr), ResultException);
     EXPECT_THROW(manager.lookupName(u"third"), ClassNotFoundException);
+}
+
+TEST(ClassManagerBase, FindsEachOfManyNamesWhileOthersComeAndGo)
+{
+    constexpr int NAMES = 1500;
+    ClassManagerBase manager;
+    Random random;
+    std::vector<std::u16string> names; // which outlive their records
+    for (int number = 0; number < NAMES; ++number)
+        names.push_back(u"test::" + std::u16string(static_cast<std::size_t>(number % 30), u'C')
+            + static_cast<char16_t>(u'a' + number));
+    std::vector<char> isKnown(NAMES);
+    for (int step = 0; step < 4 * NAMES; ++step) {
+        const int number = random.below(NAMES);
+        const char16_t* const name = names[static_cast<std::size_t>(number)].c_str();
+        char& known = isKnown[static_cast<std::size_t>(number)];
+        if (known != 0)
+            ASSERT_EQ(manager.lookupName(name)->getName(), name);
+        else
+            ASSERT_THROW(manager.lookupName(name), ClassNotFoundException);
+        known = static_cast<char>(random.below(3) != 0);
+        if (known != 0)
+            manager.registerClass(name, &typeid(int), nullptr);
+        else
+            manager.unregisterClass(name);
+    }
 }
 
 TEST(ClassRegistration, MakesAClassOfTheProgramKnownForAsLongAsItLives)

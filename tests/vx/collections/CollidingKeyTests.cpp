@@ -89,9 +89,8 @@ TEST(HashMaps, KeepTheOrderOfLongBucketsWhileTheyGrowAndShrink)
         std::vector<Chain> buckets(HashMap::DEFAULT_CAPACITY);
         const auto hashOf = [&](std::uint32_t number) { return hashes[number % hashes.size()]; };
         const auto bucketOf = [&](std::uint32_t number) -> Chain& { return buckets[hashOf(number) % buckets.size()]; };
-        const auto textAt = [&](std::uint32_t number) {
-            return textOfHash(hashOf(number), static_cast<char16_t>(number));
-        };
+        const auto textAt
+            = [&](std::uint32_t number) { return textOfHash(hashOf(number), static_cast<char16_t>(number)); };
         std::uint32_t size = 0;
         for (std::uint32_t step = 0; step < 4 * KEYS; ++step) {
             const std::uint32_t number = step < KEYS ? step : random() % KEYS;
@@ -108,7 +107,8 @@ TEST(HashMaps, KeepTheOrderOfLongBucketsWhileTheyGrowAndShrink)
                 map->put(key->GetUnknown(), nullptr);
                 light.put(Str1(text), number);
                 if (size++ >= static_cast<std::uint32_t>(static_cast<float>(buckets.size()) * HashMap::DEFAULT_LOAD))
-                    for (Chain& chain : std::exchange(buckets, std::vector<Chain>(2 * buckets.size() + 1)) | std::views::reverse)
+                    for (Chain& chain :
+                        std::exchange(buckets, std::vector<Chain>(2 * buckets.size() + 1)) | std::views::reverse)
                         for (const std::uint32_t each : chain)
                             bucketOf(each).insert(bucketOf(each).begin(), each);
                 bucketOf(number).insert(bucketOf(number).begin(), number);

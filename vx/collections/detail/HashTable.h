@@ -148,7 +148,12 @@ public:
     };
 
 private:
-    struct Node {
+    static constexpr std::size_t nodeAlignment(std::size_t size) noexcept
+    {
+        return std::has_single_bit(size) ? size : alignof(Item);
+    }
+    /// Aligned so that it is in one line of the cache if it fits.
+    struct alignas(nodeAlignment(sizeof(Item) + 2 * sizeof(Index))) Node {
         Item item;
         std::uint32_t hash = 0;
         Index next = NONE;

@@ -297,9 +297,8 @@ ArrayList::Elements ArrayList::takeForeign(int from, int to, const Collection& o
 {
     std::vector<int, vxsys::Allocator<int>> foreign; // first all comparisons, since a comparator may use this list
     const std::uint32_t expectedCount = m_modificationCount;
-    const auto* const set = typeid(other) == typeid(HashSet)
-        ? static_cast<const HashSet*>(dynamic_cast<const void*>(&other))
-        : nullptr;
+    const auto* const set
+        = typeid(other) == typeid(HashSet) ? static_cast<const HashSet*>(dynamic_cast<const void*>(&other)) : nullptr;
     try {
         for (int index = from; index < (to < 0 ? m_size : to); ++index) {
             std::optional<bool> isContained;

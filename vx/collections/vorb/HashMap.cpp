@@ -242,10 +242,17 @@ std::optional<bool> HashMap::containsText(const IVXUnknown* key) const
             return true;
         std::u16string_view storedUnits;
         isKnown = stored != nullptr && vx::detail::PlainBuffer::read(*stored, &storedUnits);
-        return !isKnown || (units.size() == storedUnits.size()
+        return !isKnown
+            || (units.size() == storedUnits.size()
                 && vx::detail::equalUnits(units.data(), storedUnits.data(), static_cast<int>(units.size())));
     });
     return isKnown ? std::optional(found != NONE) : std::nullopt;
+}
+
+HashMap::Index HashMap::find(const IVXUnknown* key) const
+{
+    prefetchUnits(key); // also past the end of a short text, or of null: it is only a hint
+    return find(key, getKeyHashCode(key));
 }
 
 HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
