@@ -4,7 +4,7 @@
 #include "vx/Exceptions.h"
 #include "vx/Reference.h"
 #include "vx/Result.h"
-#include "vx/detail/TextHash.h"
+#include "vx/detail/MixedHash.h"
 #include "vx/detail/TypeName.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vx/detail/TextHash.h"
+#include "vx/detail/MixedHash.h"
 #include "vxsys/Memory.h"
 
 #include <cstddef>
