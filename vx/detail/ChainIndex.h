@@ -244,12 +244,13 @@ void ChainIndex<Entry, NONE, Order>::complete(std::size_t bucket, Entry head, Ne
                     return;
             chain = m_chains.try_emplace(bucket, order).first;
         }
+        const Entry known = chain->second.head() != nullptr ? chain->second.head()->entry : head;
         const Place* previous = nullptr;
         for (Entry entry = head; entry != NONE; entry = next(entry)) {
             const Place* const present = previous != nullptr ? previous->next : chain->second.head();
             if (present != nullptr && present->entry == entry)
                 previous = present;
-            else if (order.areOrdered(head, entry))
+            else if (order.areOrdered(known, entry))
                 previous = chain->second.insert(entry, previous);
             else
                 return drop(bucket);

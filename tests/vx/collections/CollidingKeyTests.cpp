@@ -135,6 +135,26 @@ TEST(HashMaps, KeepTheOrderOfLongBucketsWhileTheyGrowAndShrink)
     }
 }
 
+/// When the map grows, the numbers become the first of the bucket of the texts. Their own bucket was the one before.
+TEST(HashMap, AsksItsComparatorInALongBucketThatGotKeysOfAnotherClass)
+{
+    constexpr std::uint32_t HASH = 1000, NEIGHBOUR = HASH + 100 * 203, NUMBERS = 3;
+    const Reference<HashMap> map(new HashMap);
+    const auto number = [](std::uint32_t hash) { return Reference(new Integer32(static_cast<int>(hash))); };
+    const auto neighbour = [&](std::uint32_t index) { return number(NEIGHBOUR + index * 101 * 203); };
+    for (std::uint32_t index = 0; index < NUMBERS; ++index)
+        map->put(neighbour(index)->GetUnknown(), nullptr);
+    for (char16_t text = 0; text < 72; ++text)
+        map->put(Reference<String>(new String(textOfHash(HASH, text)))->GetUnknown(), nullptr);
+    for (const bool hasGrown : {false, true}) {
+        EXPECT_EQ(outcome([&] { map->get(number(HASH)->GetUnknown()); }), "result " + std::to_string(RESULT_FAIL))
+            << "as a text cannot be compared with it, " << hasGrown;
+        for (std::uint32_t index = 0; index < NUMBERS; ++index)
+            EXPECT_TRUE(map->containsKey(neighbour(index)->GetUnknown())) << hasGrown;
+        map->put(number(5)->GetUnknown(), nullptr);
+    }
+}
+
 math::BigInteger bigKey(int number, int ignored)
 {
     math::BigInteger key(number);
