@@ -15,7 +15,6 @@
 #include "vx/util/RegistryKey.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -91,6 +90,12 @@ TEST(HashMaps, KeepTheOrderOfLongBucketsWhileTheyGrowAndShrink)
         const auto bucketOf = [&](std::uint32_t number) -> Chain& { return buckets[hashOf(number) % buckets.size()]; };
         const auto textAt
             = [&](std::uint32_t number) { return textOfHash(hashOf(number), static_cast<char16_t>(number)); };
+        const auto joined = [](auto bucket, auto end) {
+            Chain all;
+            for (; bucket != end; ++bucket)
+                all.insert(all.end(), bucket->begin(), bucket->end());
+            return all;
+        };
         std::uint32_t size = 0;
         for (std::uint32_t step = 0; step < 4 * KEYS; ++step) {
             const std::uint32_t number = step < KEYS ? step : random() % KEYS;
@@ -106,31 +111,27 @@ TEST(HashMaps, KeepTheOrderOfLongBucketsWhileTheyGrowAndShrink)
             } else if (!isThere && step % 8 != 0) {
                 map->put(key->GetUnknown(), nullptr);
                 light.put(Str1(text), number);
-                if (size++ >= static_cast<std::uint32_t>(static_cast<float>(buckets.size()) * HashMap::DEFAULT_LOAD))
-                    for (Chain& chain :
-                        std::exchange(buckets, std::vector<Chain>(2 * buckets.size() + 1)) | std::views::reverse)
-                        for (const std::uint32_t each : chain)
-                            bucketOf(each).insert(bucketOf(each).begin(), each);
+                if (size++ >= static_cast<std::uint32_t>(static_cast<float>(buckets.size()) * HashMap::DEFAULT_LOAD)) {
+                    const Chain all = joined(buckets.rbegin(), buckets.rend());
+                    buckets = std::vector<Chain>(2 * buckets.size() + 1);
+                    for (const std::uint32_t each : all)
+                        bucketOf(each).insert(bucketOf(each).begin(), each);
+                }
                 bucketOf(number).insert(bucketOf(number).begin(), number);
             }
             if (step % 100 != 0)
                 continue;
-            Chain expected, numbers, lightNumbers;
-            for (const Chain& chain : buckets | std::views::reverse)
-                expected.insert(expected.end(), chain.begin(), chain.end());
+            Chain numbers, lightNumbers;
             for (const auto entry : *map)
                 numbers.push_back(dynamic_cast<const String&>(*entry.key).getCharAt(1));
-            ASSERT_EQ(numbers, expected);
-            expected.clear();
-            for (const Chain& chain : buckets)
-                expected.insert(expected.end(), chain.begin(), chain.end());
+            ASSERT_EQ(numbers, joined(buckets.rbegin(), buckets.rend()));
             Str1HashMap<std::uint32_t>::KeyValueIterator iterator;
             for (light.iteratorInit(iterator); light.iteratorHasNext(iterator);) {
                 std::uint32_t* value = nullptr;
                 light.iteratorNext(iterator, nullptr, &value);
                 lightNumbers.push_back(*value);
             }
-            ASSERT_EQ(lightNumbers, expected);
+            ASSERT_EQ(lightNumbers, joined(buckets.begin(), buckets.end()));
         }
     }
 }
