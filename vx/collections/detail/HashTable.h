@@ -148,12 +148,7 @@ public:
     };
 
 private:
-    static constexpr std::size_t nodeAlignment(std::size_t size) noexcept
-    {
-        return std::has_single_bit(size) ? size : alignof(Item);
-    }
-    /// Aligned so that it is in one line of the cache if it fits.
-    struct alignas(nodeAlignment(sizeof(Item) + 2 * sizeof(Index))) Node {
+    struct Node {
         Item item;
         std::uint32_t hash = 0;
         Index next = NONE;

@@ -249,12 +249,6 @@ std::optional<bool> HashMap::containsText(const IVXUnknown* key) const
     return isKnown ? std::optional(found != NONE) : std::nullopt;
 }
 
-HashMap::Index HashMap::find(const IVXUnknown* key) const
-{
-    prefetchUnits(key); // also past the end of a short text, or of null: it is only a hint
-    return find(key, getKeyHashCode(key));
-}
-
 HashMap::Index HashMap::find(const IVXUnknown* key, std::uint32_t hash) const
 {
     return m_table.find(hash, key, [&](const Item& item) {

@@ -112,7 +112,7 @@ private:
     /// Whether it contains a text. Nothing if that would call code of a program, such as a comparator.
     VX_HIDDEN std::optional<bool> containsText(const IVXUnknown* key) const;
 
-    Index find(const IVXUnknown* key) const;
+    Index find(const IVXUnknown* key) const { return find(key, getKeyHashCode(key)); }
     Index find(const IVXUnknown* key, std::uint32_t hash) const;
     Reference<IVXUnknown> removeItem(Index index);
     /// Throws if the map has changed since `expectedCount` was its modification count.
