@@ -1,10 +1,13 @@
 #include "tests/AllocationProbe.h"
+#include "tests/Random.h"
 #include "tests/vx/Common.h"
+#include "tests/vx/UserBuffer.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/NumberBoxes.h"
 #include "vx/collections/DefaultComparator.h"
 #include "vx/collections/vorb/ArrayList.h"
 #include "vx/collections/vorb/HashMap.h"
+#include "vx/collections/vorb/HashSet.h"
 #include "vx/collections/vorb/LinkedList.h"
 #include "vx/collections/vorb/detail/Length.h"
 #include "vx/util/Comparator.h"
@@ -201,6 +204,38 @@ TYPED_TEST(Lists, RetainElementsUpToAFailure)
         EXPECT_EQ(outcome([&] { list->retainAll(two); }), "result " + std::to_string(RESULT_TIMED_OUT));
         EXPECT_EQ(textOf(list->getSize()) + ": " + textOfAll(*whole), "3: 2 3 4 ") << isPart;
         EXPECT_EQ(outcome([&] { return list->get(1); }), "3") << isPart;
+    }
+}
+
+/// Texts are looked up in another way than the rest. The number has the hash of a text, with which it cannot be compared.
+TEST(ArrayList, RetainsTextsAsAListDoesThatAsksForEachElement)
+{
+    Random random;
+    const auto element = [&](int kind) -> Reference<IVXUnknown> {
+        if (kind == 0)
+            return Reference<Integer32>(new Integer32(u'a'))->GetUnknown();
+        const std::u16string text(1 + static_cast<std::size_t>(kind % 2), static_cast<char16_t>(u'a' + kind % 20));
+        if (kind % 7 != 1)
+            return Reference<String>(new String(text))->GetUnknown();
+        const Reference<IVXCharBuffer> buffer(new UserBuffer(text));
+        return Reference<String>(new String(String::AcquireShare, buffer.get()))->GetUnknown();
+    };
+    for (int round = 0; round < 300; ++round) {
+        const Reference<ArrayList> list(new ArrayList);
+        const Reference<LinkedList> other(new LinkedList);
+        HashSet kept;
+        for (int count = random.below(40); count > 0; --count) {
+            const Reference<IVXUnknown> added = element(random.below(60));
+            list->add(added.get());
+            other->add(added.get());
+        }
+        for (int count = random.below(40); count > 0; --count)
+            outcome([&] { kept.add(element(random.below(60)).get()); });
+        const std::string expected = outcome([&] { return static_cast<int>(other->retainAll(kept)); });
+        EXPECT_EQ(outcome([&] { return static_cast<int>(list->retainAll(kept)); }), expected);
+        ASSERT_EQ(list->getSize(), other->getSize());
+        for (int index = 0; index < list->getSize(); ++index)
+            ASSERT_EQ(list->get(index), other->get(index));
     }
 }
 
