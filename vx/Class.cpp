@@ -19,7 +19,7 @@ namespace vx {
 
 namespace {
 
-/// The records by name, with open addressing. Its number of slots is a power of 2, which saves the division of a prime.
+/// The records by name, with open addressing. Its number of slots is a power of 2, which saves a division by a prime.
 class ByName {
 public:
     const Class* find(std::u16string_view name) const noexcept

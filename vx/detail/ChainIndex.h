@@ -107,7 +107,7 @@ private:
     };
     using Places = std::set<Place, PlaceOrder, vxsys::Allocator<Place>>;
 
-    /// The places, in slots by the first bits of their tags. A tree of the few places of a slot takes less steps through
+    /// The places, in slots by the first bits of their tags. A tree of the few places of a slot takes fewer steps through
     /// memory than one of all places.
     class Chain {
     public:
