@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <typeinfo>
 
 namespace vx {
 
@@ -41,47 +40,7 @@ std::u16string_view viewOf(const char16_t* text) noexcept
     return text != nullptr ? std::u16string_view(text) : std::u16string_view();
 }
 
-/// The class of the buffers that strings make. Compares addresses, which is fast. A class with two type records is not
-/// recognised, and only takes more time.
-bool isUsual(const StrBuf1& buffer) noexcept
-{
-    return &typeid(buffer) == &typeid(StrBuf1Wrap);
-}
-
 } // namespace
-
-[[gnu::always_inline]] inline void Str1::addReference(StrBuf1& buffer)
-{
-    if (isUsual(buffer))
-        ++buffer.m_count;
-    else
-        buffer.AddRef();
-}
-
-[[gnu::always_inline]] inline void Str1::release(StrBuf1& buffer)
-{
-    if (isUsual(buffer) && buffer.m_count > 1)
-        --buffer.m_count;
-    else
-        buffer.Release();
-}
-
-Str1::Str1(const Str1& other) noexcept
-{
-    setTo(other);
-}
-
-Str1::Str1(const Str1& other, std::int32_t start, std::int32_t end) noexcept
-{
-    if (end == -1 || end > other.m_length)
-        end = other.m_length;
-    if (start < 0 || start >= end)
-        return;
-    m_buffer = other.m_buffer; // there is one, since the text is not empty
-    m_offset = other.m_offset + static_cast<std::uint32_t>(start);
-    m_length = end - start;
-    addReference(*m_buffer);
-}
 
 Str1::Str1(Str1&& other)
 {
@@ -101,12 +60,6 @@ Str1::Str1(const char16_t* text, std::int32_t length)
 Str1::Str1(std::u16string_view text)
 {
     append(text);
-}
-
-Str1::~Str1()
-{
-    if (m_buffer != nullptr)
-        release(*m_buffer);
 }
 
 StrBuf1* Str1::fastAllocBuffer(std::uint32_t)
@@ -427,7 +380,7 @@ StrBuf1* Str1::newStrBuf1Cap(std::uint32_t capacity)
     const std::int64_t units = std::min(roundedUp(capacity), MAX_CAPACITY);
     void* memory = vxsys::allocate(sizeof(StrBuf1Wrap) + static_cast<std::size_t>(units) * sizeof(char16_t));
     void* data = static_cast<std::byte*>(memory) + sizeof(StrBuf1Wrap);
-    return new (memory) StrBuf1Wrap(static_cast<char16_t*>(data), static_cast<std::uint32_t>(units));
+    return countedPlainly(new (memory) StrBuf1Wrap(static_cast<char16_t*>(data), static_cast<std::uint32_t>(units)));
 }
 
 void Str1::take(StrBuf1* buffer, std::int32_t length) noexcept

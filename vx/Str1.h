@@ -19,6 +19,13 @@ namespace vx::text::charset {
 class CharToByteConverter;
 }
 
+/// The library exports these inline functions, too.
+#ifdef vxlib4_EXPORTS
+#define VX_STR1_INLINE [[gnu::used]]
+#else
+#define VX_STR1_INLINE
+#endif
+
 namespace vx {
 
 class String;
@@ -56,9 +63,19 @@ public:
     explicit Str1(char32_t) = delete;
     Str1(std::nullptr_t) = delete;
     /// Shares the buffer of `other`.
-    Str1(const Str1& other) noexcept;
+    VX_STR1_INLINE Str1(const Str1& other) noexcept
+        : m_buffer(other.m_buffer)
+        , m_offset(other.m_offset)
+        , m_length(other.m_length)
+    {
+        if (m_buffer != nullptr)
+            addReference(*m_buffer);
+    }
     /// Shares the buffer for the range. A `start` below 0, or not below `end`, gives an empty string without a buffer.
-    Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept;
+    VX_STR1_INLINE Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept
+        : Str1(other, Range(start, end, other.m_length))
+    {
+    }
     Str1(Str1&& other);
     Str1(Str1&& other, std::int32_t start, std::int32_t end = -1);
     /// Copies the text.
@@ -74,7 +91,11 @@ public:
     Str1(const std::string& utf8);
     Str1(const std::u8string& utf8);
     Str1(const char8_t* utf8);
-    virtual ~Str1();
+    virtual ~Str1()
+    {
+        if (m_buffer != nullptr)
+            release(*m_buffer);
+    }
 
     /// A buffer with room for `capacity` units that is ready for use at no cost, or null.
     virtual StrBuf1* fastAllocBuffer(std::uint32_t capacity);
@@ -215,11 +236,52 @@ protected:
     /// The number of units in a text of `length`: -1 measures it; any other negative length, and null, give 0.
     static std::int32_t measured(const char16_t* text, std::int32_t length) noexcept;
     bool uses(const StrBuf1* buffer) const noexcept { return m_buffer == buffer; }
+    /// Lets strings count the references to `buffer`, whose class is StrBuf1Wrap and no class derived from it, inline.
+    static StrBuf1* countedPlainly(StrBuf1* buffer) noexcept
+    {
+        buffer->m_flags |= StrBuf1::PLAIN_COUNT;
+        return buffer;
+    }
 
 private:
+    /// A part of a text of `length` units. Compares as unsigned, which needs one branch where it would need two.
+    struct Range {
+        Range(std::int32_t first, std::int32_t last, std::int32_t length) noexcept
+            : start(static_cast<std::uint32_t>(first))
+            , end(static_cast<std::uint32_t>(last))
+        {
+            if (end > static_cast<std::uint32_t>(length))
+                end = last < -1 ? 0 : static_cast<std::uint32_t>(length);
+        }
+        bool isEmpty() const noexcept { return start >= end; }
+
+        std::uint32_t start;
+        std::uint32_t end;
+    };
+    Str1(const Str1& other, const Range& range) noexcept
+        : m_buffer(range.isEmpty() ? nullptr : other.m_buffer)
+        , m_offset(range.isEmpty() ? 0 : other.m_offset + range.start)
+        , m_length(range.isEmpty() ? 0 : static_cast<std::int32_t>(range.end - range.start))
+    {
+        if (!range.isEmpty())
+            addReference(*m_buffer); // there is one, since the text is not empty
+    }
+
     /// As the operations of the buffer, but without a virtual call for most buffers.
-    static void addReference(StrBuf1& buffer);
-    static void release(StrBuf1& buffer);
+    static void addReference(StrBuf1& buffer)
+    {
+        if (buffer.countsPlainly())
+            ++buffer.m_count;
+        else
+            buffer.AddRef();
+    }
+    static void release(StrBuf1& buffer)
+    {
+        if (buffer.countsPlainly() && buffer.m_count > 1)
+            --buffer.m_count;
+        else
+            buffer.Release();
+    }
     char16_t* first() const noexcept { return m_buffer->getData() + m_offset; }
     void share(const Str1& other, std::int32_t start, std::int32_t length) noexcept;
     /// The buffer is part of a string, this one or another.

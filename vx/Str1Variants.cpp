@@ -24,7 +24,7 @@ std::int32_t measuredWithin(const char16_t* text, std::int32_t length, std::uint
 
 Str1Wrap::Str1Wrap(const char16_t* text, std::int32_t length, std::uint32_t capacity)
 {
-    take(new StrBuf1Wrap(const_cast<char16_t*>(text), capacity), measured(text, length));
+    take(countedPlainly(new StrBuf1Wrap(const_cast<char16_t*>(text), capacity)), measured(text, length));
 }
 
 Str1Wrap::~Str1Wrap() = default;
@@ -117,6 +117,7 @@ Str1Local::Str1Local(const char16_t* text, std::int32_t length, std::uint32_t ca
     : Str1Embedded(&m_local)
     , m_local(const_cast<char16_t*>(text), capacity)
 {
+    countedPlainly(&m_local);
     enter(measuredWithin(text, length, capacity));
 }
 

@@ -70,9 +70,13 @@ protected:
 private:
     friend class Str1; // counts without a call
 
+    /// No class overrides how it counts.
+    bool countsPlainly() const noexcept { return (m_flags & PLAIN_COUNT) != 0; }
+
     static constexpr std::uint32_t HEAP_BITS = HEAP_FREE | HEAP_DELETE;
     static constexpr std::uint32_t STATIC_INSTANCE = 0x04000000;
     static constexpr std::uint32_t ALWAYS_PRIVATE = 0x08000000;
+    static constexpr std::uint32_t PLAIN_COUNT = 0x10000000;
 
     char16_t* m_data;
     std::uint32_t m_count = 0;
