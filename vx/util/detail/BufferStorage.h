@@ -202,9 +202,10 @@ void BufferStorage<AnyUnit>::releaseExtra(int least) noexcept
     const std::int64_t units = adjust(std::max(length(), least));
     if (units == 0 || units > capacity())
         return;
-    if (isBorrowed())
+    // To give back a small part is not worth its time.
+    if (isBorrowed() || m_room - units <= units / 8)
         setCapacity(units);
-    else if (units < m_room)
+    else
         takeMemory(units);
 }
 
