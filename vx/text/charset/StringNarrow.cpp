@@ -104,29 +104,49 @@ Reference<IVXCharBuffer> decoded(const char* bytes, int length, const char16_t* 
     return text;
 }
 
-/// Encodes the whole text and ends it with a zero byte if that fits. Returns the bytes written.
-template <class Encode>
-std::int32_t terminated(const StringReadLock& text, signed char* out, std::int32_t size, Encode encode)
+std::u16string_view viewOf(const StringReadLock& text)
 {
-    std::int32_t read = 0;
-    std::int32_t written = 0;
-    encode(std::u16string_view(text.data(), static_cast<std::size_t>(text.length())), read, out, written, size);
+    return {text.data(), static_cast<std::size_t>(text.length())};
+}
+
+/// Adds a zero byte if that fits. Returns the bytes written.
+std::int32_t terminate(signed char* out, std::int32_t written, std::int32_t size) noexcept
+{
     if (written < size)
         out[written++] = 0;
     return written;
 }
 
-std::int32_t encodeAsUtf8(const StringReadLock& text, signed char* out, std::int32_t size)
+[[gnu::always_inline]] inline std::int32_t encodeAsUtf8(const StringReadLock& text, signed char* out, std::int32_t size)
 {
-    return terminated(text, out, size, [](auto&&... arguments) { text::charset::detail::encodeUtf8(arguments...); });
+    std::int32_t written = text::charset::detail::encodeUtf8AtOnce(viewOf(text), out, size);
+    if (written < 0) {
+        std::int32_t read = 0;
+        written = 0;
+        text::charset::detail::encodeUtf8(viewOf(text), read, out, written, size);
+    }
+    return terminate(out, written, size);
 }
 
 std::int32_t encode(EncoderFor& encoder, const StringReadLock& text, signed char* out, std::int32_t size)
 {
     if (encoder.isUtf8())
         return encodeAsUtf8(text, out, size);
-    return terminated(
-        text, out, size, [&](auto&&... arguments) { text::charset::detail::encodeText(*encoder, arguments...); });
+    std::int32_t read = 0;
+    std::int32_t written = 0;
+    text::charset::detail::encodeText(*encoder, viewOf(text), read, out, written, size);
+    return terminate(out, written, size);
+}
+
+/// Kept out of the way of UTF-8, which needs none of its registers. An unknown name is an error even without room.
+[[gnu::noinline]] std::int32_t encodeByName(
+    const String& source, signed char* out, std::int32_t size, const char16_t* encoding)
+{
+    EncoderFor encoder(encoding);
+    if (out == nullptr || size < 1)
+        return 0;
+    const StringReadLock text(source);
+    return encode(encoder, text, out, size);
 }
 
 void encode(EncoderFor& encoder, const StringReadLock& text, util::IByteBuffer& out)
@@ -349,16 +369,10 @@ std::int32_t String::getBytes(char* out, std::int32_t size, const char16_t* enco
 
 std::int32_t String::getBytes(signed char* out, std::int32_t size, const char16_t* encoding) const
 {
-    const bool hasRoom = out != nullptr && size >= 1;
-    if (hasRoom && text::charset::detail::isUtf8(encoding)) {
-        const StringReadLock text(*this);
-        return encodeAsUtf8(text, out, size);
-    }
-    EncoderFor encoder(encoding); // also without room, since an unknown name is an error
-    if (!hasRoom)
-        return 0;
+    if (out == nullptr || size < 1 || !text::charset::detail::isUtf8(encoding))
+        return encodeByName(*this, out, size, encoding);
     const StringReadLock text(*this);
-    return encode(encoder, text, out, size);
+    return encodeAsUtf8(text, out, size);
 }
 
 std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char16_t* encoding) const
@@ -369,7 +383,7 @@ std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char1
 std::string String::toUtf8() const
 {
     const StringReadLock text(*this);
-    return text::charset::detail::encodeUtf8({text.data(), static_cast<std::size_t>(text.length())});
+    return text::charset::detail::encodeUtf8(viewOf(text));
 }
 
 } // namespace vx

@@ -66,7 +66,8 @@ std::ptrdiff_t widenAscii(const signed char* in, char16_t* out, std::ptrdiff_t c
 }
 
 /// Narrows units up to one that is not ASCII, or near that one. Returns how many. All `count` bytes of `out` may be written.
-std::ptrdiff_t narrowAscii(const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
+[[gnu::always_inline]] inline std::ptrdiff_t narrowAscii(
+    const char16_t* in, signed char* out, std::ptrdiff_t count) noexcept
 {
 #if VX_VECTOR_PATHS
     if (count >= 8) {
@@ -112,9 +113,9 @@ std::int64_t lengthInUtf8(std::u16string_view text) noexcept
 }
 
 /// The encoder writes three bytes for a lone trailing surrogate, and two for each half of a pair.
-void throwIfLoneTrail(std::u16string_view text, std::size_t bytes)
+void throwIfLoneTrail(std::size_t bytes, std::int64_t expected)
 {
-    if (bytes != text.size() && static_cast<std::int64_t>(bytes) != lengthInUtf8(text))
+    if (static_cast<std::int64_t>(bytes) != expected)
         throw InvalidCharacterException(u"trailing surrogate without leading");
 }
 
@@ -146,9 +147,9 @@ void encodeUnits(const char16_t*& in, const char16_t* until, const char16_t* end
 }
 
 /// Encodes from `position` on, up to a lone surrogate. Returns whether that was all. It encodes nothing if the text is long
-/// or `out` is small. Kept out of the way of plain text, which needs none of its registers.
-[[gnu::noinline]] bool encodeRest(std::u16string_view text, std::int32_t& position, signed char* out,
-    std::int32_t& written, std::int32_t size) noexcept
+/// or `out` is small.
+bool encodeRest(std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written,
+    std::int32_t size) noexcept
 {
     const std::ptrdiff_t rest = std::ssize(text) - position;
     const std::ptrdiff_t spare = size - written - 3 * rest;
@@ -171,7 +172,7 @@ void encodeUnits(const char16_t*& in, const char16_t* until, const char16_t* end
 }
 
 /// The same, but plain text is also encoded if it is long.
-inline bool encodeShort(std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written,
+bool encodeShort(std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written,
     std::int32_t size) noexcept
 {
     const std::ptrdiff_t count = std::min<std::ptrdiff_t>(std::ssize(text) - position, std::max(size - written, 0));
@@ -181,24 +182,41 @@ inline bool encodeShort(std::u16string_view text, std::int32_t& position, signed
     return position == std::ssize(text) || encodeRest(text, position, out, written, size);
 }
 
-/// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros.
-void appendPieces(std::string& bytes, std::u16string_view text)
+#if VX_VECTOR_PATHS
+
+/// Encodes a text of at least eight units from `in` on, and returns where the bytes end; null for a surrogate. Kept out of the
+/// way of plain text, which needs none of its registers.
+[[gnu::noinline]] VX_USES_SHUFFLE const signed char* encodeFrom(
+    const char16_t* in, const char16_t* end, signed char* out) noexcept
+{
+    encodeToEnd(in, end, out);
+    return in == end ? out : nullptr;
+}
+
+#endif
+
+/// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros. Returns
+/// the number of bytes that a text without lone surrogates has.
+std::int64_t appendPieces(std::string& bytes, std::u16string_view text)
 {
     constexpr std::size_t PIECE = 1024;
     signed char piece[3 * PIECE + 1]; // the first half of a pair is written with the second
     CTBUTF8 encoder;
-    bytes.reserve(text.size());
+    auto expected = static_cast<std::int64_t>(text.size());
     for (std::size_t start = 0; start < text.size(); start += PIECE) {
         const auto end = static_cast<std::int32_t>(std::min(text.size() - start, PIECE));
         std::int32_t read = 0;
         std::int32_t written = 0;
         encoder.convert(text.data() + start, &read, end, piece, &written, sizeof piece);
-        if (start == 0 && written > end)
-            bytes.reserve(static_cast<std::size_t>(lengthInUtf8(text)));
+        if (written != end && expected == std::ssize(text))
+            expected = lengthInUtf8(text);
+        if (start == 0)
+            bytes.reserve(static_cast<std::size_t>(expected));
         bytes.append(reinterpret_cast<const char*>(piece), static_cast<std::size_t>(written));
     }
     std::int32_t written = 0;
     encoder.flush(piece, &written, sizeof piece);
+    return expected;
 }
 
 } // namespace
@@ -225,24 +243,44 @@ std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, s
     return written;
 }
 
+std::int32_t encodeUtf8AtOnce([[maybe_unused]] std::u16string_view text, [[maybe_unused]] signed char* out,
+    [[maybe_unused]] std::int32_t size) noexcept
+{
+#if VX_VECTOR_PATHS
+    const std::ptrdiff_t length = std::ssize(text);
+    if (length < 8 || length > SHORT_TEXT || 3 * length + ENCODE_SPARE > size)
+        return -1;
+    const std::ptrdiff_t plain = narrowAscii(text.data(), out, length);
+    if (plain == length)
+        return static_cast<std::int32_t>(length);
+    if (hasShuffle()) {
+        if (const signed char* const end = encodeFrom(text.data() + plain, text.data() + length, out + plain))
+            return static_cast<std::int32_t>(end - out);
+    }
+#endif
+    return -1;
+}
+
 std::string encodeUtf8(std::u16string_view text)
 {
     std::string bytes;
+    std::int64_t expected;
     if (text.size() <= SHORT_TEXT) {
         signed char out[SHORT_ROOM];
         std::int32_t position = 0;
-        std::int32_t written = 0;
-        if (encodeShort(text, position, out, written, SHORT_ROOM))
+        std::int32_t written = encodeUtf8AtOnce(text, out, SHORT_ROOM);
+        if (written >= 0 || encodeShort(text, position, out, written = 0, SHORT_ROOM))
             return std::string(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
         CTBUTF8 encoder;
         encodeText(encoder, text, position, out, written, SHORT_ROOM);
         bytes.assign(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
+        expected = lengthInUtf8(text);
     } else {
-        appendPieces(bytes, text);
+        expected = appendPieces(bytes, text);
     }
     if (bytes.size() > static_cast<std::size_t>(vx::detail::LONGEST_TEXT))
         throwBadAllocation();
-    throwIfLoneTrail(text, bytes.size());
+    throwIfLoneTrail(bytes.size(), expected);
     return bytes;
 }
 

@@ -7,7 +7,6 @@
 #if VX_VECTOR_PATHS
 
 #include <array>
-#include <cpuid.h>
 #include <cstddef>
 #include <cstdint>
 #include <emmintrin.h>
@@ -24,22 +23,39 @@ inline constexpr std::ptrdiff_t BLOCK = 16;
 using Shuffle = std::array<std::uint8_t, BLOCK>;
 inline constexpr std::uint8_t EMPTY = 0x80;
 
+struct Packing {
+    Shuffle shuffle;
+    std::uint8_t length; ///< bytes that are kept
+};
+
+/// For lanes of `laneBytes` of which the first `lengthOf(lane)` bytes are kept.
+template <class LengthOf>
+constexpr Packing packingOf(unsigned laneBytes, LengthOf&& lengthOf)
+{
+    Packing packing {};
+    packing.shuffle.fill(EMPTY);
+    for (unsigned lane = 0; lane < BLOCK / laneBytes; ++lane) {
+        for (unsigned byte = 0; byte < lengthOf(lane); ++byte)
+            packing.shuffle[packing.length++] = static_cast<std::uint8_t>(lane * laneBytes + byte);
+    }
+    return packing;
+}
+
 /// Every x86-64 processor has SSE2, but shuffling bytes by a table needs SSSE3.
 inline bool hasShuffle() noexcept
 {
-    static const bool has = [] {
-        unsigned a = 0;
-        unsigned b = 0;
-        unsigned c = 0;
-        unsigned d = 0;
-        return __get_cpuid(1, &a, &b, &c, &d) != 0 && (c & bit_SSSE3) != 0;
-    }();
-    return has;
+    return __builtin_cpu_supports("ssse3") != 0;
 }
 
 inline __m128i loadBlock(const void* source) noexcept
 {
     return _mm_loadu_si128(static_cast<const __m128i*>(source));
+}
+
+/// Eight bytes, followed by zeros.
+inline __m128i loadHalf(const void* source) noexcept
+{
+    return _mm_loadl_epi64(static_cast<const __m128i*>(source));
 }
 
 inline void storeBlock(void* target, __m128i block) noexcept

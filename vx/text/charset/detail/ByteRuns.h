@@ -72,7 +72,7 @@ template <std::ptrdiff_t size>
 __m128i loadBytes(const signed char* in) noexcept
 {
     if constexpr (size < BLOCK)
-        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in));
+        return loadHalf(in);
     else
         return loadBlock(in);
 }

@@ -94,6 +94,14 @@ inline constexpr auto DECODE_SHUFFLES = [] {
     return shuffles;
 }();
 
+/// Eight units, by the bits of those that are kept.
+inline constexpr auto DECODE_KEEPS = [] {
+    std::array<Packing, 256> keeps {};
+    for (unsigned kept = 0; kept < keeps.size(); ++kept)
+        keeps[kept] = packingOf(2, [=](unsigned lane) { return 2 * (kept >> lane & 1); });
+    return keeps;
+}();
+
 /// How three lanes of 32 bits become adjacent units, by the bits of the lanes that hold a pair.
 inline constexpr auto DECODE_PACKS = [] {
     std::array<Shuffle, 8> packs {};
@@ -219,6 +227,31 @@ VX_USES_SHUFFLE inline unsigned decodeQuads(__m128i lanes, char16_t* out) noexce
     return (isPairBits & 1) + (isPairBits >> 1 & 1) + (isPairBits >> 2);
 }
 
+/// Decodes a window of characters of up to three bytes, or only up to two. Each byte becomes a unit together with the bytes
+/// after it; those of the bytes in `begins` are kept. Reads two bytes after the window.
+template <bool hasTriples>
+VX_USES_SHUFFLE inline char16_t* decodeBasic(const signed char* in, std::uint64_t begins, char16_t* out) noexcept
+{
+    const __m128i weights = _mm_set1_epi16(0x0140); // 64 for a byte, 1 for the one after it
+    for (int at = 0; at < WINDOW; at += 8, begins >>= 8) {
+        const __m128i first = loadHalf(in + at);
+        const __m128i second = loadHalf(in + at + 1);
+        const __m128i both = _mm_unpacklo_epi8(first, second);
+        const __m128i singles = _mm_and_si128(both, _mm_set1_epi16(0xFF));
+        const __m128i pairs = _mm_maddubs_epi16(_mm_and_si128(both, _mm_set1_epi16(0x3F1F)), weights);
+        __m128i units = choose(_mm_cmpgt_epi16(singles, _mm_set1_epi16(0xBF)), pairs, singles);
+        if constexpr (hasTriples) {
+            const __m128i last = _mm_and_si128(_mm_unpacklo_epi8(second, loadHalf(in + at + 2)), _mm_set1_epi8(0x3F));
+            const __m128i triples = either(_mm_slli_epi16(singles, 12), _mm_maddubs_epi16(last, weights));
+            units = choose(_mm_cmpgt_epi16(singles, _mm_set1_epi16(0xDF)), triples, units);
+        }
+        const Packing& keep = DECODE_KEEPS[begins & 0xFF];
+        storeBlock(out, shuffle(units, keep.shuffle));
+        out += keep.length / 2;
+    }
+    return out;
+}
+
 /// Decodes until a window has a fault, or near an end.
 VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
 {
@@ -236,6 +269,14 @@ VX_USES_SHUFFLE inline void decodeBlocks(Decoding& pass) noexcept
         const std::uint64_t followers = window.below(0xC0);
         if (!isPlain(window, notAscii, followers))
             break;
+        if (!window.hasAny(0xF0, 0xFF)) {
+            const auto byteAt = [&](int index) { return static_cast<std::uint8_t>(in[index]); };
+            const int open = byteAt(WINDOW - 1) >= 0xC0 ? 1 : byteAt(WINDOW - 2) >= 0xE0 ? 2 : 0;
+            const std::uint64_t begins = ~followers & ~std::uint64_t {0} >> open;
+            out = window.hasAny(0xE0, 0xFF) ? decodeBasic<true>(in, begins, out) : decodeBasic<false>(in, begins, out);
+            in += WINDOW - open;
+            continue;
+        }
         const std::uint64_t ends = ~followers >> 1;
         int at = 0;
         while (at < WINDOW - LOOKED_AT) { // the byte after those of a step shows that a character ends

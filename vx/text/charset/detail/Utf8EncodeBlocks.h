@@ -13,24 +13,6 @@ namespace vx::text::charset::detail {
 // Each unit becomes a lane of bytes, and the lanes are packed by a shuffle. Each unit of a surrogate pair becomes two
 // of the four bytes, so that no unit has more than three.
 
-struct Packing {
-    Shuffle shuffle;
-    std::uint8_t length; ///< bytes that are kept
-};
-
-/// For lanes of `laneBytes` of which the first `lengthOf(lane)` bytes are kept.
-template <class LengthOf>
-constexpr Packing packingOf(unsigned laneBytes, LengthOf&& lengthOf)
-{
-    Packing packing {};
-    packing.shuffle.fill(EMPTY);
-    for (unsigned lane = 0; lane < BLOCK / laneBytes; ++lane) {
-        for (unsigned byte = 0; byte < lengthOf(lane); ++byte)
-            packing.shuffle[packing.length++] = static_cast<std::uint8_t>(lane * laneBytes + byte);
-    }
-    return packing;
-}
-
 /// Eight lanes of one or two bytes, by the bits of those with one.
 inline constexpr auto ENCODE_PAIRS = [] {
     std::array<Packing, 256> packings {};
@@ -106,14 +88,30 @@ inline bool storePlain(signed char* out, const char16_t* in) noexcept
     return isPlain;
 }
 
+/// Stores sixteen units below 0x800 as up to two bytes each. If there are others, returns false and stores nothing.
+VX_USES_SHUFFLE inline bool storeShorts(signed char*& out, const char16_t* in) noexcept
+{
+    const __m128i units = loadBlock(in);
+    const __m128i more = loadBlock(in + 8);
+    if (lanes8(has16(either(units, more), 0xF800, 0)) != 0xFFFF)
+        return false;
+    const __m128i areSingle = has16(units, 0xFF80, 0);
+    const __m128i moreSingle = has16(more, 0xFF80, 0);
+    const unsigned singles = lanes8(_mm_packs_epi16(areSingle, moreSingle));
+    out = storePacked(out, choose(areSingle, units, encodePairs(units)), ENCODE_PAIRS[singles & 0xFF]);
+    out = storePacked(out, choose(moreSingle, more, encodePairs(more)), ENCODE_PAIRS[singles >> 8]);
+    return true;
+}
+
 /// Encodes until there is a lone surrogate, or near an end.
 VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
 {
     const char16_t* in = pass.in;
     signed char* out = pass.out;
     unsigned open = 0; // 1: the unit before is a lead, whose first two bytes are stored
+    bool wasShort = true; // the units before are below 0x800, and such units are often followed by others
     while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 2 * BLOCK) {
-        if (open == 0) {
+        if (wasShort) {
             const std::ptrdiff_t most = std::min(pass.inEnd - in, pass.outEnd - out - BLOCK);
             std::ptrdiff_t plain = 0;
             while (plain <= most - BLOCK && storePlain(out + plain, in + plain))
@@ -121,6 +119,10 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
             in += plain;
             out += plain;
             if (plain > most - BLOCK)
+                break;
+            while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 3 * BLOCK && storeShorts(out, in))
+                in += BLOCK;
+            if (pass.inEnd - in < BLOCK || pass.outEnd - out < 2 * BLOCK)
                 break;
         }
         const __m128i units = loadBlock(in);
@@ -141,6 +143,7 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
             isShort = either(isShort, isSurrogate);
             open = leads >> 7;
         }
+        wasShort = surrogates == 0 && lanes16(isShort) == 0xFF;
         out = storeLanes(out, units, shorts, isShort, singles);
         in += 8;
     }
@@ -158,9 +161,11 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
     pass.out = out;
 }
 
-/// Encodes up to eight units with a surrogate, or up to `end`, which at least eight units of the text precede.
+/// Encodes units up to eight of them with a surrogate, or up to `end`, which at least eight units of the text precede.
 VX_USES_SHUFFLE inline void encodeToEnd(const char16_t*& in, const char16_t* end, signed char*& out) noexcept
 {
+    while (end - in >= BLOCK && storeShorts(out, in))
+        in += BLOCK;
     const __m128i last = loadBlock(end - 8);
     while (in < end) {
         const std::ptrdiff_t left = end - in;

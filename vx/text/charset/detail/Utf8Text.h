@@ -20,6 +20,10 @@ std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, s
 /// Any lone surrogate throws InvalidCharacterException; what is too long for 32 bits throws std::bad_alloc.
 std::string encodeUtf8(std::u16string_view text);
 
+/// Encodes a short text without surrogates if `out` has room for any such text of this length, and returns the number of
+/// bytes. Otherwise returns -1, and what `out` holds then has no meaning. One call for most texts.
+std::int32_t encodeUtf8AtOnce(std::u16string_view text, signed char* out, std::int32_t size) noexcept;
+
 /// Encodes from `position` on as `encodeText` does.
 void encodeUtf8(
     std::u16string_view text, std::int32_t& position, signed char* out, std::int32_t& written, std::int32_t size);
