@@ -114,6 +114,8 @@ public:
         return codePoint < 0x10000 ? store(m_table.codeOf(static_cast<char16_t>(codePoint)), bytes) : 0;
     }
 
+    const ReverseTable& codes() const noexcept { return m_table.codes(); }
+
 private:
     const DoubleByteTable& m_table;
 };
@@ -176,6 +178,8 @@ public:
         bytes[3] = static_cast<unsigned char>(0x30 + number % 10);
         return 4;
     }
+
+    const ReverseTable& codes() const noexcept { return m_table.codes(); }
 
 private:
     static constexpr std::uint32_t SUPPLEMENTARY = 189000; ///< the number of U+10000

@@ -12,6 +12,8 @@ public:
     DoubleByteTable()
         : m_characters(PAGE, NO_CHARACTER)
     {
+        for (std::uint16_t ascii = 1; ascii < 0x80; ++ascii)
+            addCode(static_cast<char16_t>(ascii), ascii);
     }
 
     /// The first bytes of all codes, from 0x80 on.
@@ -41,6 +43,7 @@ public:
     }
     /// 0 if the character has none.
     std::uint16_t codeOf(char16_t character) const noexcept { return m_codes.find(character); }
+    const ReverseTable& codes() const noexcept { return m_codes; }
     /// Adds a code of any length to this direction only.
     void addCode(char16_t character, std::uint16_t code) { m_codes.add(character, code); }
 

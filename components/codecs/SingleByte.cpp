@@ -17,6 +17,8 @@ public:
             m_characters[static_cast<std::size_t>(byte)] = character;
             if (character != NO_CHARACTER)
                 m_bytes.add(character, static_cast<std::uint16_t>(byte));
+            else
+                m_isComplete = false;
         }
     }
 
@@ -50,6 +52,12 @@ private:
 
     std::int32_t decodeText(Decoding& pass) override
     {
+        if (m_isComplete) {
+            return run(pass, [this](unsigned char byte, char16_t& character) {
+                character = m_characters[byte];
+                return true;
+            });
+        }
         return run(pass, [this](unsigned char byte, char16_t& character) {
             character = m_characters[byte];
             return character != NO_CHARACTER;
@@ -79,6 +87,7 @@ private:
 
     std::array<char16_t, 0x100> m_characters;
     ReverseTable m_bytes;
+    bool m_isComplete = true; ///< each byte has a character
 };
 
 } // namespace

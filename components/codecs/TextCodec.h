@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Codec.h"
+#include "ReverseTable.h"
 
 #include <vx/Result.h>
 #include <vx/text/charset/IVXTextCodec.h>
@@ -42,9 +43,9 @@ protected:
     using Decoding = Pass<unsigned char, char16_t>;
     using Encoding = Pass<char16_t, unsigned char>;
 
-    /// Copies ASCII as far as it goes, and there is room.
+    /// Copies ASCII, many characters at a time.
     template <class In, class Out>
-    static void copyAscii(Pass<In, Out>& pass) noexcept
+    static void copyAsciiBlocks(Pass<In, Out>& pass) noexcept
     {
         constexpr int BLOCK = 16;
         while (pass.left() >= BLOCK && pass.room() >= BLOCK) {
@@ -57,6 +58,13 @@ protected:
             pass.in += BLOCK;
             pass.out += BLOCK;
         }
+    }
+
+    /// Copies ASCII as far as it goes, and there is room.
+    template <class In, class Out>
+    static void copyAscii(Pass<In, Out>& pass) noexcept
+    {
+        copyAsciiBlocks(pass);
         while (pass.in < pass.inEnd && *pass.in < 0x80 && pass.out < pass.outEnd)
             *pass.out++ = static_cast<Out>(*pass.in++);
     }
@@ -92,7 +100,8 @@ struct Decoded {
 
 /// An encoding that contains ASCII. For all else it asks a `Charset`, which has
 /// - `Decoded decode(const unsigned char* bytes, std::ptrdiff_t length)`,
-/// - `int encode(std::uint32_t codePoint, unsigned char* bytes)`, the number of bytes, at most `MOST_BYTES`, or 0.
+/// - `int encode(std::uint32_t codePoint, unsigned char* bytes)`, the number of bytes, at most `MOST_BYTES`, or 0,
+/// - `const ReverseTable& codes()`, all codes of one or two bytes, with those of ASCII.
 template <class Charset>
 class CharsetCodec final : public TextCodec {
 public:
@@ -122,9 +131,34 @@ private:
         return RESULT_OK;
     }
 
+    /// Encodes up to a character that has no code of one or two bytes, or near an end. No branch depends on the length of
+    /// a code.
+    void encodeCodes(Encoding& pass) const noexcept
+    {
+        constexpr std::ptrdiff_t STRETCH = 32; // then longer ASCII is looked for
+        const char16_t* in = pass.in;
+        const char16_t* const end = in + std::min({STRETCH, pass.left(), pass.room() / 2});
+        unsigned char* out = pass.out;
+        for (; in < end; ++in) {
+            const unsigned code = m_charset.codes().find(*in);
+            if (code == 0)
+                break;
+            const unsigned isPair = (0xFF - code) >> 31; // compilers make a branch of a comparison
+            out[0] = static_cast<unsigned char>(code >> 8 * isPair);
+            out[1] = static_cast<unsigned char>(code);
+            out += 1 + isPair;
+        }
+        pass.in = in;
+        pass.out = out;
+    }
+
     std::int32_t encodeText(Encoding& pass) override
     {
         while (pass.in < pass.inEnd) {
+            copyAsciiBlocks(pass);
+            encodeCodes(pass);
+            if (pass.in == pass.inEnd)
+                break;
             std::uint32_t codePoint = *pass.in;
             if (codePoint < 0x80) {
                 copyAscii(pass);
