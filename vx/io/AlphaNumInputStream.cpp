@@ -1,6 +1,9 @@
 #include "vx/io/AlphaNumInputStream.h"
 
+#include "vx/detail/StringLocks.h"
+#include "vx/io/BufferedInputStream.h"
 #include "vx/io/detail/AlphaNum.h"
+#include "vx/io/detail/BufferedInput.h"
 #include "vx/io/detail/StreamChecks.h"
 #include "vx/text/charset/CharsetException.h"
 
@@ -28,6 +31,26 @@ constexpr Step STEPS[] = {
     {true, 0, 8},
 };
 
+constexpr std::size_t GROUP_CHARACTERS = 8;
+constexpr std::int32_t GROUP_BYTES = 5;
+
+/// Decodes a whole group. Returns false, and has stored nothing, for a character that is not in the alphabet.
+bool decodeGroup(const std::array<std::int8_t, 256>& values, const signed char* characters, signed char* target) noexcept
+{
+    std::int64_t bits = 0;
+    int any = 0; // negative if one of them was
+    for (std::size_t index = 0; index < GROUP_CHARACTERS; ++index) {
+        const int value = values[static_cast<std::uint8_t>(characters[index])];
+        any |= value;
+        bits = bits << 5 | value;
+    }
+    if (any < 0)
+        return false;
+    for (int index = GROUP_BYTES - 1; index >= 0; --index, bits >>= 8)
+        target[index] = static_cast<signed char>(bits);
+    return true;
+}
+
 } // namespace
 
 AlphaNumInputStream::AlphaNumInputStream(InputStream* source, const char16_t* alphabet)
@@ -40,6 +63,25 @@ AlphaNumInputStream::AlphaNumInputStream(InputStream* source, const char16_t* al
         m_values[unit] = value++;
 }
 
+/// Decodes whole groups that are in the buffer of a stream, whose reads have no effect but their results.
+std::int32_t AlphaNumInputStream::readGroups(InputStream& in, signed char* target, std::int32_t length)
+{
+    using Input = detail::BufferedInput<BufferedInputStream>;
+    if (!vx::detail::isExactly<BufferedInputStream>(in))
+        return 0;
+    auto& stream = static_cast<BufferedInputStream&>(in);
+    const auto characters = Input::buffered(stream);
+    std::size_t used = 0;
+    std::int32_t done = 0;
+    while (characters.size() - used >= GROUP_CHARACTERS && length - done >= GROUP_BYTES
+        && decodeGroup(m_values, characters.data() + used, target + done)) {
+        used += GROUP_CHARACTERS;
+        done += GROUP_BYTES;
+    }
+    Input::skipBuffered(stream, used);
+    return done;
+}
+
 std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)
 {
     if (length < 1)
@@ -48,6 +90,10 @@ std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)
     InputStream& in = source();
     std::int32_t done = 0;
     while (done < length) {
+        if (m_step == 0)
+            done += readGroups(in, target + done, length - done);
+        if (done == length)
+            break;
         const int unit = in.read();
         if (unit < 0) {
             if (m_step > 0) {

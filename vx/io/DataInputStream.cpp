@@ -1,6 +1,10 @@
 #include "vx/io/DataInputStream.h"
 
+#include "vx/ByteOrder.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/io/BufferedInputStream.h"
 #include "vx/io/IoException.h"
+#include "vx/io/detail/BufferedInput.h"
 #include "vx/io/detail/StreamChecks.h"
 
 #include <bit>
@@ -12,20 +16,29 @@ DataInputStream::DataInputStream(InputStream* source)
 {
 }
 
-template <int size>
-std::uint32_t DataInputStream::readBytes()
+template <class Number>
+Number DataInputStream::readBytes()
 {
     InputStream& in = source();
+    if (vx::detail::isExactly<BufferedInputStream>(in)) { // its reads have no effect but their results
+        using Input = detail::BufferedInput<BufferedInputStream>;
+        auto& stream = static_cast<BufferedInputStream&>(in);
+        const auto bytes = Input::buffered(stream);
+        if (bytes.size() >= sizeof(Number)) [[likely]] {
+            Input::skipBuffered(stream, sizeof(Number));
+            return vx::detail::loadNumber<Number, std::endian::big>(bytes.data());
+        }
+    }
     std::uint32_t value = 0;
     int any = 0; // negative if one of them was
-    for (int index = 0; index < size; ++index) {
+    for (std::size_t index = 0; index < sizeof(Number); ++index) {
         const int byte = in.read();
         any |= byte;
         value = value << 8 | (static_cast<std::uint32_t>(byte) & 0xFF);
     }
     if (any < 0)
         throw UnexpectedEOFException();
-    return value;
+    return static_cast<Number>(value);
 }
 
 void DataInputStream::readFully(signed char* target, std::int32_t length)
@@ -45,12 +58,12 @@ void DataInputStream::readFully(signed char* target, std::int32_t length)
 
 bool DataInputStream::readBool()
 {
-    return readBytes<1>() != 0;
+    return readBytes<std::uint8_t>() != 0;
 }
 
 signed char DataInputStream::readByte()
 {
-    return static_cast<signed char>(readBytes<1>());
+    return static_cast<signed char>(readBytes<std::uint8_t>());
 }
 
 char16_t DataInputStream::readChar16()
@@ -65,12 +78,12 @@ std::uint32_t DataInputStream::readChar32()
 
 short DataInputStream::readInt16()
 {
-    return static_cast<short>(readBytes<2>());
+    return static_cast<short>(readBytes<std::uint16_t>());
 }
 
 std::int32_t DataInputStream::readInt32()
 {
-    return static_cast<std::int32_t>(readBytes<4>());
+    return static_cast<std::int32_t>(readBytes<std::uint32_t>());
 }
 
 std::int64_t DataInputStream::readInt64()

@@ -42,8 +42,8 @@ public:
     std::uint64_t readUnsignedInt64() { return static_cast<std::uint64_t>(readInt64()); }
 
 private:
-    template <int size>
-    std::uint32_t readBytes();
+    template <class Number>
+    Number readBytes();
 };
 
 } // namespace vx::io

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -37,6 +38,15 @@ struct BufferedInput {
         self.m_markPosition = self.m_position;
     }
     static void reset(Stream& self);
+
+    /// The units in the buffer, none if it is closed. Whoever uses them instead of calling `read` skips them afterwards.
+    static std::span<const Unit> buffered(const Stream& self)
+    {
+        if (self.m_buffer == nullptr)
+            return {};
+        return {self.m_buffer.get() + self.m_position, static_cast<std::size_t>(self.m_count - self.m_position)};
+    }
+    static void skipBuffered(Stream& self, std::size_t count) { self.m_position += static_cast<std::int32_t>(count); }
 
     static void close(Stream& self)
     {
