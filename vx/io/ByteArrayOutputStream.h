@@ -43,6 +43,16 @@ protected:
     void reallocBuffer(std::int32_t capacity);
 
 private:
+    friend class DataOutputStream;
+
+    /// The place of `count` bytes that count as written; null if the storage has to grow.
+    signed char* extend(std::int32_t count)
+    {
+        if (count > m_capacity - m_size)
+            return nullptr;
+        m_size += count;
+        return m_buffer.get() + m_size - count;
+    }
     /// As `reallocBuffer`. Returns the old storage, because the bytes to be written may be in it.
     vx::detail::RawArray<signed char> exchangeBuffer(std::int32_t capacity);
 

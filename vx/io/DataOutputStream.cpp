@@ -1,6 +1,10 @@
 #include "vx/io/DataOutputStream.h"
 
 #include "vx/ByteOrder.h"
+#include "vx/detail/StringLocks.h"
+#include "vx/io/BufferedOutputStream.h"
+#include "vx/io/ByteArrayOutputStream.h"
+#include "vx/io/detail/BufferedOutput.h"
 
 #include <bit>
 
@@ -11,12 +15,28 @@ DataOutputStream::DataOutputStream(OutputStream* sink)
 {
 }
 
+/// The place of the next bytes in a stream that only stores them; null if it has no room, and for any other class.
+inline signed char* DataOutputStream::placeIn(OutputStream& sink, std::int32_t count)
+{
+    if (vx::detail::isExactly<BufferedOutputStream>(sink))
+        return detail::BufferedOutput<BufferedOutputStream>::extend(static_cast<BufferedOutputStream&>(sink), count);
+    if (vx::detail::isExactly<ByteArrayOutputStream>(sink))
+        return static_cast<ByteArrayOutputStream&>(sink).extend(count);
+    return nullptr;
+}
+
 template <class Number>
 void DataOutputStream::writeBytes(Number value)
 {
-    signed char bytes[sizeof value];
+    constexpr auto SIZE = static_cast<std::int32_t>(sizeof value);
+    OutputStream& out = sink();
+    if (signed char* const place = placeIn(out, SIZE)) {
+        vx::detail::storeNumber<std::endian::big>(place, value);
+        return;
+    }
+    signed char bytes[SIZE];
     vx::detail::storeNumber<std::endian::big>(bytes, value);
-    sink().write(bytes, static_cast<std::int32_t>(sizeof bytes));
+    out.write(bytes, SIZE);
 }
 
 void DataOutputStream::writeBool(bool value)

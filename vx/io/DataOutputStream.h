@@ -39,6 +39,7 @@ public:
     void writeUnsignedInt64(std::uint64_t value) { writeInt64(static_cast<std::int64_t>(value)); }
 
 private:
+    static signed char* placeIn(OutputStream& sink, std::int32_t count);
     template <class Number>
     void writeBytes(Number value);
 };
