@@ -35,7 +35,8 @@ constexpr std::size_t GROUP_CHARACTERS = 8;
 constexpr std::int32_t GROUP_BYTES = 5;
 
 /// Decodes a whole group. Returns false, and has stored nothing, for a character that is not in the alphabet.
-bool decodeGroup(const std::array<std::int8_t, 256>& values, const signed char* characters, signed char* target) noexcept
+bool decodeGroup(
+    const std::array<std::int8_t, 256>& values, const signed char* characters, signed char* target) noexcept
 {
     std::int64_t bits = 0;
     int any = 0; // negative if one of them was
