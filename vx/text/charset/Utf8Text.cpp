@@ -195,6 +195,15 @@ bool encodeShort(std::u16string_view text, std::int32_t& position, signed char* 
 
 #endif
 
+/// Kept out of the way of short texts, which need none of its registers.
+[[gnu::noinline]] std::int32_t decodeRest(
+    const signed char* in, std::int32_t length, char16_t* out, std::int32_t written, std::int32_t* read)
+{
+    BTCUTF8 decoder;
+    decoder.convert(in, read, length, out, &written, length);
+    return written;
+}
+
 /// Encodes text of any length by way of a short array, since a string fills the room that it is given with zeros. Returns
 /// the number of bytes that a text without lone surrogates has.
 std::int64_t appendPieces(std::string& bytes, std::u16string_view text)
@@ -219,6 +228,46 @@ std::int64_t appendPieces(std::string& bytes, std::u16string_view text)
     return expected;
 }
 
+/// See `encodeUtf8AtOnce`.
+[[gnu::always_inline]] inline std::int32_t encodeAtOnce(
+    std::u16string_view text, signed char* out, std::int32_t size) noexcept
+{
+    const std::ptrdiff_t length = std::ssize(text);
+    if (length > SHORT_TEXT || 3 * length + ENCODE_SPARE > size)
+        return -1;
+    const std::ptrdiff_t plain = narrowAscii(text.data(), out, length);
+    if (plain == length)
+        return static_cast<std::int32_t>(length);
+#if VX_VECTOR_PATHS
+    if (length >= 8 && hasShuffle()) {
+        if (const signed char* const end = encodeFrom(text.data() + plain, text.data() + length, out + plain))
+            return static_cast<std::int32_t>(end - out);
+    }
+#endif
+    return -1;
+}
+
+/// Encodes what `encodeAtOnce` does not. Kept out of the way of short texts.
+[[gnu::noinline]] std::string encodeAny(std::u16string_view text)
+{
+    std::string bytes;
+    std::int64_t expected;
+    if (text.size() <= SHORT_TEXT) {
+        signed char out[SHORT_ROOM];
+        std::int32_t position = 0;
+        std::int32_t written = 0;
+        encodeUtf8(text, position, out, written, SHORT_ROOM);
+        bytes.assign(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
+        expected = lengthInUtf8(text);
+    } else {
+        expected = appendPieces(bytes, text);
+    }
+    if (bytes.size() > static_cast<std::size_t>(vx::detail::LONGEST_TEXT))
+        throwBadAllocation();
+    throwIfLoneTrail(bytes.size(), expected);
+    return bytes;
+}
+
 } // namespace
 
 bool isUtf8(const char16_t* encoding)
@@ -236,52 +285,21 @@ std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, s
         Decoding pass(in, read, length, out, &written, length);
         decodeShort(pass, pass.inEnd);
     }
-    if (*read < length) {
-        BTCUTF8 decoder;
-        decoder.convert(in, read, length, out, &written, length);
-    }
-    return written;
+    return *read == length ? written : decodeRest(in, length, out, written, read);
 }
 
-std::int32_t encodeUtf8AtOnce([[maybe_unused]] std::u16string_view text, [[maybe_unused]] signed char* out,
-    [[maybe_unused]] std::int32_t size) noexcept
+std::int32_t encodeUtf8AtOnce(std::u16string_view text, signed char* out, std::int32_t size) noexcept
 {
-#if VX_VECTOR_PATHS
-    const std::ptrdiff_t length = std::ssize(text);
-    if (length < 8 || length > SHORT_TEXT || 3 * length + ENCODE_SPARE > size)
-        return -1;
-    const std::ptrdiff_t plain = narrowAscii(text.data(), out, length);
-    if (plain == length)
-        return static_cast<std::int32_t>(length);
-    if (hasShuffle()) {
-        if (const signed char* const end = encodeFrom(text.data() + plain, text.data() + length, out + plain))
-            return static_cast<std::int32_t>(end - out);
-    }
-#endif
-    return -1;
+    return encodeAtOnce(text, out, size);
 }
 
 std::string encodeUtf8(std::u16string_view text)
 {
-    std::string bytes;
-    std::int64_t expected;
-    if (text.size() <= SHORT_TEXT) {
-        signed char out[SHORT_ROOM];
-        std::int32_t position = 0;
-        std::int32_t written = encodeUtf8AtOnce(text, out, SHORT_ROOM);
-        if (written >= 0 || encodeShort(text, position, out, written = 0, SHORT_ROOM))
-            return std::string(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
-        CTBUTF8 encoder;
-        encodeText(encoder, text, position, out, written, SHORT_ROOM);
-        bytes.assign(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
-        expected = lengthInUtf8(text);
-    } else {
-        expected = appendPieces(bytes, text);
-    }
-    if (bytes.size() > static_cast<std::size_t>(vx::detail::LONGEST_TEXT))
-        throwBadAllocation();
-    throwIfLoneTrail(bytes.size(), expected);
-    return bytes;
+    signed char out[SHORT_ROOM];
+    const std::int32_t written = encodeAtOnce(text, out, SHORT_ROOM);
+    if (written < 0) [[unlikely]]
+        return encodeAny(text);
+    return std::string(reinterpret_cast<const char*>(out), static_cast<std::size_t>(written));
 }
 
 void encodeUtf8(
