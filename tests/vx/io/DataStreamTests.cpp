@@ -63,6 +63,89 @@ TEST(DataStreams, EndInsideAValueWithItsBytesGone)
     EXPECT_THROW(in.readByte(), UnexpectedEOFException);
 }
 
+/// A class of which nothing is known, so that each of its operations must be called.
+template <class Stream>
+struct Unknown : Stream {
+    using Stream::Stream;
+};
+
+/// Numbers and characters through a buffer of 16 bytes, up to a stranger among the characters and the end, with the calls
+/// that reached the source.
+template <class Buffer>
+std::string readThrough(const std::vector<int>& steps)
+{
+    const std::string bytes = "\1\2\xFF\xFEnumbers of one to 8 bytes.ABCDEFGHJKLMNPQRSTUVWXYZ2345OABC\x80\x81\x82";
+    std::string told;
+    {
+        const Reference<InputStream> buffer(
+            new Buffer(new Source<Bytes>(std::vector<signed char>(bytes.begin(), bytes.end()), told, steps), 16));
+        DataInputStream numbers(buffer.get());
+        for (int round = 0; round < 2; ++round)
+            told += Told {numbers.readInt16(), numbers.readBool(), numbers.readInt32(), numbers.readInt64()} + "; ";
+        AlphaNumInputStream characters(buffer.get());
+        signed char target[32];
+        for (const std::int32_t length : {4, 5, 1, 6, 20}) {
+            std::fill(std::begin(target), std::end(target), 0);
+            try {
+                told += Told {characters.read(target, length)};
+            } catch (const text::charset::InvalidCharacterException&) {
+                told += "a stranger";
+            }
+            for (const signed char byte : target)
+                told += ' ' + std::to_string(byte);
+        }
+        EXPECT_THROW(numbers.readInt64(), UnexpectedEOFException);
+        buffer->close();
+        EXPECT_THROW(numbers.readByte(), IoException);
+    }
+    return told;
+}
+
+TEST(DataStreams, ReadTheSameFromABufferAsByteByByte)
+{
+    for (const std::vector<int>& steps : {std::vector<int> {}, {1, 2, 3, 4, 5, 6, 7, 8, 9}, {3, 3, 3, 3, 3, 3, 3, 3}})
+        EXPECT_EQ(readThrough<BufferedInputStream>(steps), readThrough<Unknown<BufferedInputStream>>(steps));
+}
+
+template <class Buffer>
+std::string writeThrough()
+{
+    std::string told;
+    {
+        const Reference<OutputStream> buffer(new Buffer(new Sink<Bytes>(told), 16));
+        DataOutputStream numbers(buffer.get());
+        for (int round = 0; round < 5; ++round) {
+            numbers.writeInt16(0x6162);
+            numbers.writeBool(true);
+            numbers.writeInt32(0x63646566);
+            numbers.writeInt64(0x6768696A6B6C6D6E);
+        }
+        numbers.flush();
+        buffer->close();
+        EXPECT_THROW(numbers.writeInt16(1), IoException);
+    }
+    return told;
+}
+
+template <class Array>
+std::string writeInto(std::int32_t capacity)
+{
+    const Reference<Array> array(new Array(capacity));
+    DataOutputStream numbers(array.get());
+    for (int number = 0; number < 40; ++number) {
+        numbers.writeInt16(static_cast<short>(number));
+        numbers.writeInt32(-number);
+    }
+    return contentOf(*array);
+}
+
+TEST(DataStreams, WriteTheSameToABufferAsToAnUnknownStream)
+{
+    EXPECT_EQ(writeThrough<BufferedOutputStream>(), writeThrough<Unknown<BufferedOutputStream>>());
+    for (const std::int32_t capacity : {0, 5, 239, 240})
+        EXPECT_EQ(writeInto<ByteArrayOutputStream>(capacity), writeInto<Unknown<ByteArrayOutputStream>>(capacity));
+}
+
 TEST(BitStreams, PackFromTheTopOfEachByte)
 {
     const Reference<ByteArrayOutputStream> bytes(new ByteArrayOutputStream);
