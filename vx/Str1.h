@@ -19,9 +19,9 @@ namespace vx::text::charset {
 class CharToByteConverter;
 }
 
-/// The library exports these inline functions, too.
+/// An inline function that the library exports, too.
 #ifdef vxlib4_EXPORTS
-#define VX_STR1_INLINE [[gnu::used]]
+#define VX_STR1_INLINE __attribute__((used)) VX_API
 #else
 #define VX_STR1_INLINE
 #endif
@@ -91,7 +91,7 @@ public:
     Str1(const std::string& utf8);
     Str1(const std::u8string& utf8);
     Str1(const char8_t* utf8);
-    virtual ~Str1()
+    VX_STR1_INLINE virtual ~Str1()
     {
         if (m_buffer != nullptr)
             release(*m_buffer);

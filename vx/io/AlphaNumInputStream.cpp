@@ -31,12 +31,12 @@ constexpr Step STEPS[] = {
     {true, 0, 8},
 };
 
+using Values = std::array<std::int8_t, 256>;
 constexpr std::size_t GROUP_CHARACTERS = 8;
 constexpr std::int32_t GROUP_BYTES = 5;
 
 /// Decodes a whole group. Returns false, and has stored nothing, for a character that is not in the alphabet.
-bool decodeGroup(
-    const std::array<std::int8_t, 256>& values, const signed char* characters, signed char* target) noexcept
+bool decodeGroup(const Values& values, const signed char* characters, signed char* target) noexcept
 {
     std::int64_t bits = 0;
     int any = 0; // negative if one of them was
@@ -52,6 +52,25 @@ bool decodeGroup(
     return true;
 }
 
+/// Decodes whole groups that are in the buffer of a stream, whose reads have no effect but their results.
+std::int32_t readGroups(const Values& values, InputStream& in, signed char* target, std::int32_t length)
+{
+    using Input = detail::BufferedInput<BufferedInputStream>;
+    if (!vx::detail::isExactly<BufferedInputStream>(in))
+        return 0;
+    auto& stream = static_cast<BufferedInputStream&>(in);
+    const auto characters = Input::buffered(stream);
+    std::size_t used = 0;
+    std::int32_t done = 0;
+    while (characters.size() - used >= GROUP_CHARACTERS && length - done >= GROUP_BYTES
+        && decodeGroup(values, characters.data() + used, target + done)) {
+        used += GROUP_CHARACTERS;
+        done += GROUP_BYTES;
+    }
+    Input::skipBuffered(stream, used);
+    return done;
+}
+
 } // namespace
 
 AlphaNumInputStream::AlphaNumInputStream(InputStream* source, const char16_t* alphabet)
@@ -64,25 +83,6 @@ AlphaNumInputStream::AlphaNumInputStream(InputStream* source, const char16_t* al
         m_values[unit] = value++;
 }
 
-/// Decodes whole groups that are in the buffer of a stream, whose reads have no effect but their results.
-std::int32_t AlphaNumInputStream::readGroups(InputStream& in, signed char* target, std::int32_t length)
-{
-    using Input = detail::BufferedInput<BufferedInputStream>;
-    if (!vx::detail::isExactly<BufferedInputStream>(in))
-        return 0;
-    auto& stream = static_cast<BufferedInputStream&>(in);
-    const auto characters = Input::buffered(stream);
-    std::size_t used = 0;
-    std::int32_t done = 0;
-    while (characters.size() - used >= GROUP_CHARACTERS && length - done >= GROUP_BYTES
-        && decodeGroup(m_values, characters.data() + used, target + done)) {
-        used += GROUP_CHARACTERS;
-        done += GROUP_BYTES;
-    }
-    Input::skipBuffered(stream, used);
-    return done;
-}
-
 std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)
 {
     if (length < 1)
@@ -92,7 +92,7 @@ std::int32_t AlphaNumInputStream::read(signed char* target, std::int32_t length)
     std::int32_t done = 0;
     while (done < length) {
         if (m_step == 0)
-            done += readGroups(in, target + done, length - done);
+            done += readGroups(m_values, in, target + done, length - done);
         if (done == length)
             break;
         const int unit = in.read();

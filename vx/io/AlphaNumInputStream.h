@@ -27,8 +27,6 @@ public:
     std::int32_t available() override;
 
 private:
-    std::int32_t readGroups(InputStream& in, signed char* target, std::int32_t length);
-
     std::array<std::int8_t, 256> m_values; ///< of each byte as a character, -1 for none
     std::uint8_t m_partial = 0;
     std::uint8_t m_step = 0;

@@ -1,6 +1,5 @@
 #include "vx/io/DataInputStream.h"
 
-#include "vx/ByteOrder.h"
 #include "vx/detail/StringLocks.h"
 #include "vx/io/BufferedInputStream.h"
 #include "vx/io/IoException.h"
@@ -16,29 +15,33 @@ DataInputStream::DataInputStream(InputStream* source)
 {
 }
 
-template <class Number>
-Number DataInputStream::readBytes()
+template <int size>
+std::uint32_t DataInputStream::readBytes()
 {
+    const auto appended
+        = [](std::uint32_t value, int byte) { return value << 8 | (static_cast<std::uint32_t>(byte) & 0xFF); };
     InputStream& in = source();
+    std::uint32_t value = 0;
     if (vx::detail::isExactly<BufferedInputStream>(in)) { // its reads have no effect but their results
         using Input = detail::BufferedInput<BufferedInputStream>;
         auto& stream = static_cast<BufferedInputStream&>(in);
         const auto bytes = Input::buffered(stream);
-        if (bytes.size() >= sizeof(Number)) [[likely]] {
-            Input::skipBuffered(stream, sizeof(Number));
-            return vx::detail::loadNumber<Number, std::endian::big>(bytes.data());
+        if (bytes.size() >= size) [[likely]] {
+            for (std::size_t index = 0; index < size; ++index)
+                value = appended(value, bytes[index]);
+            Input::skipBuffered(stream, size);
+            return value;
         }
     }
-    std::uint32_t value = 0;
     int any = 0; // negative if one of them was
-    for (std::size_t index = 0; index < sizeof(Number); ++index) {
+    for (int index = 0; index < size; ++index) {
         const int byte = in.read();
         any |= byte;
-        value = value << 8 | (static_cast<std::uint32_t>(byte) & 0xFF);
+        value = appended(value, byte);
     }
     if (any < 0)
         throw UnexpectedEOFException();
-    return static_cast<Number>(value);
+    return value;
 }
 
 void DataInputStream::readFully(signed char* target, std::int32_t length)
@@ -58,12 +61,12 @@ void DataInputStream::readFully(signed char* target, std::int32_t length)
 
 bool DataInputStream::readBool()
 {
-    return readBytes<std::uint8_t>() != 0;
+    return readBytes<1>() != 0;
 }
 
 signed char DataInputStream::readByte()
 {
-    return static_cast<signed char>(readBytes<std::uint8_t>());
+    return static_cast<signed char>(readBytes<1>());
 }
 
 char16_t DataInputStream::readChar16()
@@ -78,12 +81,12 @@ std::uint32_t DataInputStream::readChar32()
 
 short DataInputStream::readInt16()
 {
-    return static_cast<short>(readBytes<std::uint16_t>());
+    return static_cast<short>(readBytes<2>());
 }
 
 std::int32_t DataInputStream::readInt32()
 {
-    return static_cast<std::int32_t>(readBytes<std::uint32_t>());
+    return static_cast<std::int32_t>(readBytes<4>());
 }
 
 std::int64_t DataInputStream::readInt64()

@@ -42,8 +42,8 @@ public:
     std::uint64_t readUnsignedInt64() { return static_cast<std::uint64_t>(readInt64()); }
 
 private:
-    template <class Number>
-    Number readBytes();
+    template <int size>
+    std::uint32_t readBytes();
 };
 
 } // namespace vx::io

@@ -26,7 +26,7 @@ inline signed char* DataOutputStream::placeIn(OutputStream& sink, std::int32_t c
 }
 
 template <class Number>
-void DataOutputStream::writeBytes(Number value)
+inline void DataOutputStream::writeBytes(Number value)
 {
     constexpr auto SIZE = static_cast<std::int32_t>(sizeof value);
     OutputStream& out = sink();
