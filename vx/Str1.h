@@ -442,3 +442,5 @@ template <>
 struct std::hash<vx::Str1> {
     std::size_t operator()(const vx::Str1& text) const noexcept { return text.hashCode(); }
 };
+
+#undef VX_STR1_INLINE

@@ -79,7 +79,7 @@ public:
     void endWriting(int length) noexcept;
     void freeExtra();
     /// Ends the capacity after the units in use, but not before `least` units, and frees the memory beyond it unless that is
-    /// borrowed. If memory is exhausted, all stays.
+    /// little or borrowed. If memory is exhausted, all stays.
     void releaseExtra(int least) noexcept;
 
     /// Copies capacity and units.

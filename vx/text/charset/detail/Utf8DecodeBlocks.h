@@ -20,7 +20,7 @@ namespace vx::text::charset::detail {
 
 // After Lemire and Muła, "Transcoding billions of Unicode characters per second with SIMD instructions" (2022): the
 // ends of characters are found for 64 bytes at once, as bits. Twelve of these bits select how the next bytes are
-// shuffled, so that each character gets its own lane.
+// shuffled, so that each character gets its own lane. Windows without characters of four bytes need no such steps.
 
 inline constexpr int WINDOW = 64;
 inline constexpr int LOOKED_AT = 12; ///< bits that a step uses

@@ -120,7 +120,7 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
             out += plain;
             if (plain > most - BLOCK)
                 break;
-            while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 3 * BLOCK && storeShorts(out, in))
+            while (pass.inEnd - in >= BLOCK && pass.outEnd - out >= 2 * BLOCK && storeShorts(out, in))
                 in += BLOCK;
             if (pass.inEnd - in < BLOCK || pass.outEnd - out < 2 * BLOCK)
                 break;
