@@ -162,8 +162,10 @@ VX_USES_SHUFFLE inline void encodeBlocks(Encoding& pass) noexcept
 }
 
 /// Encodes units up to eight of them with a surrogate, or up to `end`, which at least eight units of the text precede.
-VX_USES_SHUFFLE inline void encodeToEnd(const char16_t*& in, const char16_t* end, signed char*& out) noexcept
+VX_USES_SHUFFLE inline void encodeToEnd(const char16_t*& from, const char16_t* end, signed char*& to) noexcept
 {
+    const char16_t* in = from; // what is stored could be the caller's pointers
+    signed char* out = to;
     while (end - in >= BLOCK && storeShorts(out, in))
         in += BLOCK;
     const __m128i last = loadBlock(end - 8);
@@ -172,12 +174,14 @@ VX_USES_SHUFFLE inline void encodeToEnd(const char16_t*& in, const char16_t* end
         const __m128i units = left >= 8 ? loadBlock(in) : lastBytes(last, 2 * left);
         const __m128i isShort = has16(units, 0xF800, 0);
         if (lanes16(isShort) != 0xFF && lanes8(has16(units, 0xF800, 0xD800)) != 0)
-            return;
+            break;
         const __m128i isSingle = has16(units, 0xFF80, 0);
         out = storeLanes(out, units, choose(isSingle, units, encodePairs(units)), isShort, lanes16(isSingle));
         in += std::min<std::ptrdiff_t>(left, 8);
         out -= std::max<std::ptrdiff_t>(8 - left, 0); // each zero after the end is one byte
     }
+    from = in;
+    to = out;
 }
 
 } // namespace vx::text::charset::detail
