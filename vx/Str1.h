@@ -19,13 +19,6 @@ namespace vx::text::charset {
 class CharToByteConverter;
 }
 
-/// An inline function that the library exports, too.
-#ifdef vxlib4_EXPORTS
-#define VX_STR1_INLINE __attribute__((used)) VX_API
-#else
-#define VX_STR1_INLINE
-#endif
-
 namespace vx {
 
 class String;
@@ -63,7 +56,7 @@ public:
     explicit Str1(char32_t) = delete;
     Str1(std::nullptr_t) = delete;
     /// Shares the buffer of `other`.
-    VX_STR1_INLINE Str1(const Str1& other) noexcept
+    Str1(const Str1& other) noexcept
         : m_buffer(other.m_buffer)
         , m_offset(other.m_offset)
         , m_length(other.m_length)
@@ -72,7 +65,7 @@ public:
             addReference(*m_buffer);
     }
     /// Shares the buffer for the range. A `start` below 0, or not below `end`, gives an empty string without a buffer.
-    VX_STR1_INLINE Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept
+    Str1(const Str1& other, std::int32_t start, std::int32_t end = -1) noexcept
         : Str1(other, Range(start, end, other.m_length))
     {
     }
@@ -91,7 +84,7 @@ public:
     Str1(const std::string& utf8);
     Str1(const std::u8string& utf8);
     Str1(const char8_t* utf8);
-    VX_STR1_INLINE virtual ~Str1()
+    virtual ~Str1()
     {
         if (m_buffer != nullptr)
             release(*m_buffer);
@@ -442,5 +435,3 @@ template <>
 struct std::hash<vx::Str1> {
     std::size_t operator()(const vx::Str1& text) const noexcept { return text.hashCode(); }
 };
-
-#undef VX_STR1_INLINE

@@ -2,6 +2,7 @@
 
 #include "vx/AnsiBytes.h"
 #include "vx/String.h"
+#include "vx/detail/ExactType.h"
 #include "vx/detail/ReleaseReport.h"
 #include "vx/detail/TextCopy.h"
 #include "vx/detail/TextRange.h"
@@ -18,17 +19,9 @@
 #include <limits>
 #include <optional>
 #include <tuple>
-#include <typeinfo>
 #include <utility>
 
 namespace vx::detail {
-
-/// Compares addresses, which is fast. A type with two type records is not recognised, and only takes more time.
-template <class Exact, class Base>
-bool isExactly(const Base& object) noexcept
-{
-    return &typeid(object) == &typeid(Exact);
-}
 
 /// The buffer that empty strings share. It counts no references: it always exists, and all threads would write to the
 /// count.

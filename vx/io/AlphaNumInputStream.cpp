@@ -1,6 +1,6 @@
 #include "vx/io/AlphaNumInputStream.h"
 
-#include "vx/detail/StringLocks.h"
+#include "vx/detail/ExactType.h"
 #include "vx/io/BufferedInputStream.h"
 #include "vx/io/detail/AlphaNum.h"
 #include "vx/io/detail/BufferedInput.h"

@@ -1,6 +1,6 @@
 #include "vx/io/DataInputStream.h"
 
-#include "vx/detail/StringLocks.h"
+#include "vx/detail/ExactType.h"
 #include "vx/io/BufferedInputStream.h"
 #include "vx/io/IoException.h"
 #include "vx/io/detail/BufferedInput.h"

@@ -1,7 +1,7 @@
 #include "vx/io/DataOutputStream.h"
 
 #include "vx/ByteOrder.h"
-#include "vx/detail/StringLocks.h"
+#include "vx/detail/ExactType.h"
 #include "vx/io/BufferedOutputStream.h"
 #include "vx/io/ByteArrayOutputStream.h"
 #include "vx/io/detail/BufferedOutput.h"

@@ -1,6 +1,6 @@
 #include "vx/io/OutputStreamWriter.h"
 
-#include "vx/detail/StringLocks.h"
+#include "vx/detail/ExactType.h"
 #include "vx/io/EntryStream.h"
 #include "vx/io/detail/BridgeChecks.h"
 #include "vx/text/charset/CTBUTF8.h"

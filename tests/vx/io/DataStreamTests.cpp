@@ -108,11 +108,11 @@ TEST(DataStreams, ReadTheSameFromABufferAsByteByByte)
 }
 
 template <class Buffer>
-std::string writeThrough()
+std::string writeThrough(std::int32_t size)
 {
     std::string told;
     {
-        const Reference<OutputStream> buffer(new Buffer(new Sink<Bytes>(told), 16));
+        const Reference<OutputStream> buffer(new Buffer(new Sink<Bytes>(told), size));
         DataOutputStream numbers(buffer.get());
         for (int round = 0; round < 5; ++round) {
             numbers.writeInt16(0x6162);
@@ -141,7 +141,8 @@ std::string writeInto(std::int32_t capacity)
 
 TEST(DataStreams, WriteTheSameToABufferAsToAnUnknownStream)
 {
-    EXPECT_EQ(writeThrough<BufferedOutputStream>(), writeThrough<Unknown<BufferedOutputStream>>());
+    for (const std::int32_t size : {1, 2, 4, 8, 9, 16})
+        EXPECT_EQ(writeThrough<BufferedOutputStream>(size), writeThrough<Unknown<BufferedOutputStream>>(size));
     for (const std::int32_t capacity : {0, 5, 239, 240})
         EXPECT_EQ(writeInto<ByteArrayOutputStream>(capacity), writeInto<Unknown<ByteArrayOutputStream>>(capacity));
 }

@@ -16,10 +16,11 @@ struct BufferedOutput {
     static void write(Stream& self, Unit unit);
     static void write(Stream& self, const Unit* units, std::int32_t length);
 
-    /// The place of `count` units that count as written; null if the buffer has no room, or is closed.
+    /// The place of `count` units that count as written. Null if the buffer has no room or is closed, or if `write` would
+    /// pass them on at once.
     static Unit* extend(Stream& self, std::int32_t count)
     {
-        if (self.m_buffer == nullptr || count > self.m_bufferSize - self.m_count)
+        if (self.m_buffer == nullptr || count >= self.m_bufferSize || count > self.m_bufferSize - self.m_count)
             return nullptr;
         self.m_count += count;
         return self.m_buffer.get() + self.m_count - count;

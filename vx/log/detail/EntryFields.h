@@ -4,7 +4,7 @@
 #include "vx/Reference.h"
 #include "vx/String.h"
 #include "vx/collections/Set.h"
-#include "vx/detail/StringLocks.h"
+#include "vx/detail/ExactType.h"
 #include "vx/detail/TextBuilder.h"
 #include "vx/log/ILogEntry.h"
 #include "vx/log/LogEntry.h"

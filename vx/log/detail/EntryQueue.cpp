@@ -1,6 +1,6 @@
 #include "vx/log/detail/EntryQueue.h"
 
-#include "vx/detail/StringLocks.h"
+#include "vx/detail/ExactType.h"
 #include "vx/log/LogEntry.h"
 
 #include <algorithm>
