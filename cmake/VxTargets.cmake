@@ -54,7 +54,7 @@ endfunction()
 function(vx_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY;NAMED_OBJECTS" "" "LABELS;SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE vx_build_rules $<IF:$<BOOL:${arg_PLATFORM_ONLY}>,vxsys4,vxlib4> ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE vx_test_rules $<IF:$<BOOL:${arg_PLATFORM_ONLY}>,vxsys4,vxlib4> ${arg_LIBRARIES})
     set(properties TIMEOUT 300 ENVIRONMENT VXSYS4_MACHINE_REGISTRY=) # not what is installed on this machine
     if(arg_LABELS) # an empty value would be lost on the way, and the next property's name taken for it
         list(APPEND properties LABELS "${arg_LABELS}")
