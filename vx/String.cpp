@@ -103,10 +103,12 @@ Reference<IVXCharBuffer> rangeOf(String::AcquireMode mode, const String& other, 
     std::u16string_view units;
     if (PlainBuffer::readExact(other, &units))
         return rangeOf(mode, units, start, end, capacity);
-    Reference<IVXCharBuffer> range; // outlives the lock, whose release may throw
-    const StringReadLock source(other);
-    units = {source.data(), static_cast<std::size_t>(source.length())};
-    range = rangeOf(mode, units, start, end, capacity);
+    Reference<IVXCharBuffer> range;
+    { // The release of a lock may throw, and some compilers then leak what is already returned.
+        const StringReadLock source(other);
+        units = {source.data(), static_cast<std::size_t>(source.length())};
+        range = rangeOf(mode, units, start, end, capacity);
+    }
     return range;
 }
 

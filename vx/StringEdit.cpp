@@ -294,31 +294,56 @@ String joined(const char16_t* left, std::int64_t leftLength, const char16_t* rig
     return sum;
 }
 
+/// Returns `join(data, length)` for the text.
+template <class Join>
+String joinedWith(const String& text, Join join)
+{
+    std::u16string_view units;
+    if (PlainBuffer::readExact(text, &units)) [[likely]]
+        return join(units.data(), static_cast<int>(units.size()));
+    String sum;
+    { // The release of a lock may throw, and some compilers then leak what is already returned.
+        const StringReadLock lock(text);
+        sum = join(lock.data(), lock.length());
+    }
+    return sum;
+}
+
 } // namespace
 
 String operator+(const String& left, const char16_t* right)
 {
-    const StringReadLock text(left);
-    return joined(text.data(), text.length(), right, measured(right, -1));
+    return joinedWith(
+        left, [right](const char16_t* text, int length) { return joined(text, length, right, measured(right, -1)); });
 }
 
 String operator+(const char16_t* left, const String& right)
 {
-    const StringReadLock text(right);
-    return joined(left, measured(left, -1), text.data(), text.length());
+    return joinedWith(
+        right, [left](const char16_t* text, int length) { return joined(left, measured(left, -1), text, length); });
 }
 
 String operator+(char16_t left, const String& right)
 {
-    const StringReadLock text(right);
-    return joined(&left, 1, text.data(), text.length());
+    return joinedWith(right, [left](const char16_t* text, int length) { return joined(&left, 1, text, length); });
 }
 
 String operator+(const String& left, const String& right)
 {
-    const StringSource more(left, right); // first: a copy comes before a lock on its source
-    const StringReadLock text(left);
-    return joined(text.data(), text.length(), more.data(), more.length());
+    std::u16string_view more;
+    if (PlainBuffer::readExact(right, &more)) [[likely]] {
+        return joinedWith(left, [more](const char16_t* text, int length) {
+            return joined(text, length, more.data(), static_cast<int>(more.size()));
+        });
+    }
+    String sum;
+    {
+        const StringSource source(left, right); // first: a copy comes before a lock on its source
+        sum = joinedWith(left, [&source](const char16_t* text, int length) {
+            return joined(text, length, source.data(), source.length());
+        });
+    }
+    return sum;
 }
 
 } // namespace vx

@@ -382,8 +382,15 @@ std::int32_t String::getBytes(unsigned char* out, std::int32_t size, const char1
 
 std::string String::toUtf8() const
 {
-    const StringReadLock text(*this);
-    return text::charset::detail::encodeUtf8(viewOf(text));
+    std::u16string_view units;
+    if (PlainBuffer::readExact(*this, &units)) [[likely]]
+        return text::charset::detail::encodeUtf8(units);
+    std::string bytes;
+    { // The release of a lock may throw, and some compilers then leak what is already returned.
+        const StringReadLock text(*this);
+        bytes = text::charset::detail::encodeUtf8(viewOf(text));
+    }
+    return bytes;
 }
 
 } // namespace vx
