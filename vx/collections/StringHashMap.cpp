@@ -24,24 +24,37 @@ struct KeyText : StringSource {
     }
 };
 
+/// Uses the text of a key in the map. The key is kept: reading it may call code of a program that removes it.
+template <class Use>
+auto withText(const String& key, Use use)
+{
+    if (std::u16string_view units; vx::detail::PlainBuffer::readExact(key, &units))
+        return use(units);
+    const String kept(key);
+    const StringReadLock text(kept);
+    return use(std::u16string_view(text.data(), static_cast<std::size_t>(text.length())));
+}
+
 } // namespace
 
 int StringHashMap::KeyOrder::compare(const Item& left, const Item& right)
 {
-    const StringSource text(left.key, right.key);
-    return compare(left, std::u16string_view(text.data(), static_cast<std::size_t>(text.length())));
+    if (std::u16string_view units; vx::detail::PlainBuffer::readExact(right.key, &units))
+        return compare(left, units);
+    const Item keptLeft {left.key, nullptr};
+    const String keptRight(right.key);
+    const StringSource text(keptLeft.key, keptRight);
+    return compare(keptLeft, std::u16string_view(text.data(), static_cast<std::size_t>(text.length())));
 }
 
 int StringHashMap::KeyOrder::compare(const Item& left, std::u16string_view right)
 {
-    const StringReadLock text(left.key);
-    return vx::detail::compareForIndex({text.data(), static_cast<std::size_t>(text.length())}, right);
+    return withText(left.key, [right](std::u16string_view text) { return vx::detail::compareForIndex(text, right); });
 }
 
 std::uint32_t StringHashMap::KeyOrder::tagOf(const Item& item)
 {
-    const StringReadLock text(item.key);
-    return tagOf({text.data(), static_cast<std::size_t>(text.length())});
+    return withText(item.key, [](std::u16string_view text) { return tagOf(text); });
 }
 
 std::uint32_t StringHashMap::KeyOrder::tagOf(std::u16string_view key) noexcept
@@ -138,15 +151,12 @@ StringHashMap::Place StringHashMap::find(const String& key) const
 
 StringHashMap::Table::Index StringHashMap::find(std::uint32_t hash, std::u16string_view key) const
 {
-    const auto isKey = [key](const char16_t* stored, int length) {
-        return static_cast<std::size_t>(length) == key.size() && vx::detail::equalUnits(stored, key.data(), length);
+    const auto isKey = [key](std::u16string_view stored) {
+        return stored.size() == key.size()
+            && vx::detail::equalUnits(stored.data(), key.data(), static_cast<int>(stored.size()));
     };
-    return m_table.find(hash, key, [&](const Item& item) {
-        if (std::u16string_view stored; vx::detail::PlainBuffer::readExact(item.key, &stored))
-            return isKey(stored.data(), static_cast<int>(stored.size()));
-        const StringReadLock stored(item.key);
-        return isKey(stored.data(), stored.length());
-    });
+    return m_table.find(
+        hash, key, [&](const Item& item) { return m_table.unchanged([&] { return withText(item.key, isKey); }); });
 }
 
 } // namespace vx::collections

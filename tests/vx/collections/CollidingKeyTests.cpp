@@ -23,18 +23,31 @@ namespace {
 
 using vorb::HashMap;
 
-/// Counts how often texts are read through buffers of its kind.
+/// Counts how often texts are read through buffers of its kind. One of these reads can call code of the test.
 struct ReadCounter : util::ROCharBuffer {
     explicit ReadCounter(const String& text)
         : ROCharBuffer(text.getData(), text.getLength() + 1)
         , m_text(text)
     {
     }
-    const char16_t* getReadLock() const override { return ++s_reads, ROCharBuffer::getReadLock(); }
+    const char16_t* getReadLock() const override
+    {
+        if (++s_reads == s_readOfWork && s_work != nullptr)
+            std::exchange(s_work, nullptr)();
+        return ROCharBuffer::getReadLock();
+    }
 
     static inline std::uint32_t s_reads = 0;
+    static inline std::uint32_t s_readOfWork = 0;
+    static inline std::function<void()> s_work;
     String m_text; ///< keeps the units
 };
+
+Reference<String> countedKey(std::u16string_view text)
+{
+    const Reference<ReadCounter> buffer(new ReadCounter(String(text)));
+    return new String(String::AcquireShare, buffer.get());
+}
 
 /// Reads of their texts, through buffers of the program, tell how many keys a map has compared.
 TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
@@ -44,8 +57,7 @@ TEST(HashMaps, FindKeysThatShareTheirHashInLogarithmicTime)
     StringHashMap texts;
     ReadCounter::s_reads = 0;
     for (std::uint32_t number = 0; number < KEYS; ++number) {
-        const Reference<ReadCounter> buffer(new ReadCounter(String(collidingText(number))));
-        const Reference<String> key(new String(String::AcquireShare, buffer.get())), query(new net::QueryKey(*key));
+        const Reference<String> key = countedKey(collidingText(number)), query(new net::QueryKey(*key));
         for (const bool isNew : {true, false}) {
             EXPECT_EQ(map->put(key->GetUnknown(), key->GetUnknown()) == nullptr, isNew);
             EXPECT_EQ(queries->put(query->GetUnknown(), key->GetUnknown()) == nullptr, isNew);
@@ -154,6 +166,91 @@ TEST(HashMap, AsksItsComparatorInALongBucketThatGotKeysOfAnotherClass)
             EXPECT_TRUE(map->containsKey(neighbour(index)->GetUnknown())) << hasGrown;
         map->put(number(5)->GetUnknown(), nullptr);
     }
+}
+
+/// The keys are those of two buckets that become one when the map grows. They have no letters with a case.
+template <class Map, class KeyClass>
+void expectChangesToBeNoticed()
+{
+    static constexpr std::uint32_t KEYS = 75, NEW = 100, READS = 30, HASHES[] = {1000, 1000 + 203};
+    const auto keyOf = [](std::uint32_t number) -> Reference<String> {
+        const Reference<String> key
+            = countedKey(textOfHash(HASHES[number % 2], static_cast<char16_t>(0x4E00 + number)));
+        return new KeyClass(*key);
+    };
+    const auto argument = [](const Reference<String>& key) -> decltype(auto) {
+        if constexpr (std::same_as<Map, HashMap>)
+            return key->GetUnknown();
+        else
+            return *key;
+    };
+    const auto put = [&](Map& map, std::uint32_t number) {
+        const Reference<String> key = keyOf(number);
+        if constexpr (std::same_as<Map, HashMap>)
+            map.put(argument(key), key->GetUnknown());
+        else
+            map.put(argument(key), key.get());
+    };
+    const auto get = [&](Map& map, std::uint32_t number) { return map.get(argument(keyOf(number))) != nullptr; };
+    const auto remove = [&](Map& map, std::uint32_t number) { map.remove(argument(keyOf(number))); };
+    using Use = std::function<void(Map&)>;
+    const std::tuple<const char*, Use, bool> uses[] = {{"get", [&](Map& map) { get(map, 7); }, true},
+        {"remove", [&](Map& map) { remove(map, 7); }, true}, {"put", [&](Map& map) { put(map, KEYS); }, false}};
+    const std::tuple<const char*, Use, std::function<bool(std::uint32_t)>> changes[] = {
+        {"clear", [](Map& map) { map.clear(); }, [](std::uint32_t) { return false; }},
+        {"remove",
+            [&](Map& map) {
+                for (std::uint32_t number = 0; number < KEYS; ++number)
+                    if (number % 3 == 0)
+                        remove(map, number);
+            },
+            [](std::uint32_t number) { return number % 3 != 0 && number < KEYS; }},
+        {"put",
+            [&](Map& map) {
+                for (std::uint32_t number = NEW; number < NEW + KEYS; ++number)
+                    put(map, number);
+            },
+            [](std::uint32_t number) { return number != KEYS; }},
+    };
+    int noticed = 0;
+    for (const auto& [use, useMap, throwsAlways] : uses) {
+        for (const auto& [change, changeMap, isLeft] : changes) {
+            for (std::uint32_t read = 2; read < READS; ++read) { // the first one is for the hash
+                const Reference<Map> map(new Map);
+                for (std::uint32_t number = 0; number < KEYS; ++number)
+                    put(*map, number);
+                ReadCounter::s_reads = 0;
+                ReadCounter::s_readOfWork = read;
+                ReadCounter::s_work = [&, &changed = changeMap] { changed(*map); };
+                bool isThrown = false;
+                try {
+                    useMap(*map);
+                } catch (const Exception& failure) {
+                    isThrown = typeid(failure) == typeid(Exception);
+                }
+                if (std::exchange(ReadCounter::s_work, nullptr) != nullptr)
+                    break; // all its reads were tried
+                noticed += static_cast<int>(isThrown);
+                ASSERT_TRUE(isThrown || !throwsAlways) << use << ' ' << change << ' ' << read;
+                int size = 0;
+                for (std::uint32_t number = 0; number < NEW + KEYS; number += number == KEYS ? NEW - KEYS : 1) {
+                    const bool isAdded = !isThrown && number == KEYS && std::string_view(change) != "clear";
+                    size += static_cast<int>(isLeft(number) || isAdded);
+                    ASSERT_EQ(get(*map, number), isLeft(number) || isAdded)
+                        << use << ' ' << change << ' ' << read << ' ' << number;
+                }
+                ASSERT_EQ(map->getSize(), size);
+            }
+        }
+    }
+    EXPECT_GT(noticed, 30);
+}
+
+TEST(HashMaps, ThrowWhenTheReadOfAKeyInALongBucketChangesThem)
+{
+    expectChangesToBeNoticed<HashMap, String>();
+    expectChangesToBeNoticed<HashMap, net::QueryKey>();
+    expectChangesToBeNoticed<StringHashMap, String>();
 }
 
 math::BigInteger bigKey(int number, int ignored)

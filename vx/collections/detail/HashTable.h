@@ -33,6 +33,7 @@ namespace vx::collections::detail {
 /// - `compare(const Item&, const Item&)`, `compare(const Item&, key)`: below, equal to or above 0, for keys that can be
 ///   compared. The result is 0 for equal keys. Apart from that, any order is allowed;
 /// - `tagOf(const Item&)`, `tagOf(key)`: a number that is equal for equal keys, and better different for others.
+/// `compare` and `tagOf` may call code of a program. If that changes the table, the operation throws an Exception.
 template <class Item, class KeyOrder>
 class HashTable {
     using Order = vx::detail::HashOrder<>;
@@ -72,6 +73,16 @@ public:
 
     /// Whether `find` may compare keys by `KeyOrder`.
     bool isIndexed() const noexcept { return !m_chains.isEmpty(); }
+
+    /// Does work that may call code of a program. Throws an Exception without a message if that changed the table.
+    template <class Work>
+    auto unchanged(Work work) const
+    {
+        const std::uint32_t expectedCount = m_modificationCount;
+        const auto result = work();
+        check(expectedCount);
+        return result;
+    }
 
     void insert(std::uint32_t hash, Item item);
     Item remove(Index index);
@@ -170,6 +181,13 @@ private:
         template <class Key>
         int compare(Index left, const Wanted<Key>& right) const;
         bool areOrdered(Index left, Index right) const;
+        /// The order may be destroyed with its index meanwhile.
+        template <class Work>
+        auto whileUnchanged(Work work) const
+        {
+            const HashTable& owner = *table;
+            return owner.unchanged([&] { return work(owner); });
+        }
 
         const HashTable* table;
     };
@@ -208,11 +226,28 @@ private:
         return m_chains.has(bucket) && m_keyOrder.isOrdered(node(m_heads[bucket]).item, key);
     }
 
+    void check(std::uint32_t expectedCount) const
+    {
+        if (expectedCount != m_modificationCount)
+            throwChanged();
+    }
+
+    /// Changes the indexes while the table has none, as keys are read meanwhile. If that changes the table, all are dropped.
+    template <class Work>
+    void changeIndexes(Work work) noexcept
+    {
+        const std::uint32_t expectedCount = m_modificationCount;
+        ChainIndex chains = std::exchange(m_chains, ChainIndex());
+        work(chains);
+        if (expectedCount == m_modificationCount)
+            m_chains = std::move(chains);
+    }
+
     /// After an item became the head of its chain.
     void addToIndex(Index index) noexcept;
 
     /// Returns where `index` is stored in its chain, and removes it from the ordered index of that chain.
-    Index* linkTo(Index index) noexcept;
+    Index* linkTo(Index index);
 
     /// A free node, and a bucket that is not too full for it.
     void makeRoom();
@@ -256,7 +291,9 @@ auto HashTable<Item, KeyOrder>::find(std::uint32_t hash, const Key& key, Matches
 template <class Item, class KeyOrder>
 void HashTable<Item, KeyOrder>::insert(std::uint32_t hash, Item item)
 {
+    const std::uint32_t expectedCount = m_modificationCount;
     makeRoom();
+    check(expectedCount);
     const Index index = std::exchange(m_free, next(m_free));
     swap(node(index).item, item);
     node(index).hash = hash;
@@ -368,14 +405,16 @@ template <class Item, class KeyOrder>
 std::uint32_t HashTable<Item, KeyOrder>::IndexOrder::tagOf(Index index) const
 {
     const Node& node = table->node(index);
-    return vx::detail::tagForIndex(node.hash) ^ table->m_keyOrder.tagOf(node.item);
+    return vx::detail::tagForIndex(node.hash)
+        ^ whileUnchanged([&](const HashTable& owner) { return owner.m_keyOrder.tagOf(node.item); });
 }
 
 template <class Item, class KeyOrder>
 template <class Key>
 std::uint32_t HashTable<Item, KeyOrder>::IndexOrder::tagOf(const Wanted<Key>& wanted) const
 {
-    return vx::detail::tagForIndex(wanted.hash) ^ table->m_keyOrder.tagOf(wanted.key);
+    return vx::detail::tagForIndex(wanted.hash)
+        ^ whileUnchanged([&](const HashTable& owner) { return owner.m_keyOrder.tagOf(wanted.key); });
 }
 
 template <class Item, class KeyOrder>
@@ -384,7 +423,10 @@ int HashTable<Item, KeyOrder>::IndexOrder::compare(Index left, Index right) cons
     const Node& leftNode = table->node(left);
     const Node& rightNode = table->node(right);
     const int order = vx::detail::compareForIndex(leftNode.hash, rightNode.hash);
-    return order != 0 ? order : table->m_keyOrder.compare(leftNode.item, rightNode.item);
+    if (order != 0)
+        return order;
+    return whileUnchanged(
+        [&](const HashTable& owner) { return owner.m_keyOrder.compare(leftNode.item, rightNode.item); });
 }
 
 template <class Item, class KeyOrder>
@@ -393,7 +435,9 @@ int HashTable<Item, KeyOrder>::IndexOrder::compare(Index left, const Wanted<Key>
 {
     const Node& node = table->node(left);
     const int order = vx::detail::compareForIndex(node.hash, right.hash);
-    return order != 0 ? order : table->m_keyOrder.compare(node.item, right.key);
+    if (order != 0)
+        return order;
+    return whileUnchanged([&](const HashTable& owner) { return owner.m_keyOrder.compare(node.item, right.key); });
 }
 
 template <class Item, class KeyOrder>
@@ -407,9 +451,9 @@ void HashTable<Item, KeyOrder>::addToIndex(Index index) noexcept
 {
     const std::size_t bucket = bucketOf(node(index).hash);
     if (m_chains.has(bucket))
-        m_chains.prepend(bucket, index);
+        changeIndexes([&](ChainIndex& chains) { chains.prepend(bucket, index); });
     else if (ChainIndex::isLong(index, following()))
-        m_chains.complete(bucket, index, following(), IndexOrder {this});
+        changeIndexes([&](ChainIndex& chains) { chains.complete(bucket, index, following(), IndexOrder {this}); });
 }
 
 template <class Item, class KeyOrder>
@@ -442,21 +486,25 @@ void HashTable<Item, KeyOrder>::rehash()
                 ++lengths[bucket];
         }
     }
-    m_chains.regroup([this](Index index) { return bucketOf(node(index).hash); });
-    for (std::size_t bucket = 0; bucket < lengths.size(); ++bucket)
-        if (lengths[bucket] > ChainIndex::FEW)
-            m_chains.complete(bucket, m_heads[bucket], following(), IndexOrder {this});
+    changeIndexes([&, expectedCount = m_modificationCount](ChainIndex& chains) {
+        chains.regroup([this](Index index) { return bucketOf(node(index).hash); });
+        for (std::size_t bucket = 0; bucket < lengths.size() && expectedCount == m_modificationCount; ++bucket)
+            if (lengths[bucket] > ChainIndex::FEW)
+                chains.complete(bucket, m_heads[bucket], following(), IndexOrder {this});
+    });
 }
 
 template <class Item, class KeyOrder>
-auto HashTable<Item, KeyOrder>::linkTo(Index index) noexcept -> Index*
+auto HashTable<Item, KeyOrder>::linkTo(Index index) -> Index*
 {
     const std::size_t bucket = bucketOf(node(index).hash);
+    std::optional<Index> previous;
     if (m_chains.has(bucket)) {
-        if (const std::optional<Index> previous = m_chains.remove(bucket, index))
-            return *previous != NONE ? &node(*previous).next : &m_heads[bucket];
+        const std::uint32_t expectedCount = m_modificationCount;
+        changeIndexes([&](ChainIndex& chains) { previous = chains.remove(bucket, index); });
+        check(expectedCount);
     }
-    Index* link = &m_heads[bucket];
+    Index* link = previous.value_or(NONE) != NONE ? &node(*previous).next : &m_heads[bucket];
     while (*link != index)
         link = &node(*link).next;
     return link;

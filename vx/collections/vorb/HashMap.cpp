@@ -221,10 +221,7 @@ bool HashMap::valuesEqual(const IVXUnknown* stored, const IVXUnknown* other) con
 bool HashMap::areEqual(
     const IVXComparator& comparator, bool isOwn, const IVXUnknown* stored, const IVXUnknown* other) const
 {
-    const std::uint32_t expectedCount = m_modificationCount;
-    const bool result = detail::areEqual(comparator, isOwn, stored, other);
-    check(expectedCount);
-    return result;
+    return m_table.unchanged([&] { return detail::areEqual(comparator, isOwn, stored, other); });
 }
 
 std::optional<bool> HashMap::containsText(const IVXUnknown* key) const

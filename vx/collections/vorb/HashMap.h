@@ -37,7 +37,7 @@ namespace vx::collections::vorb {
 /// all other keys and comparators the time grows with the number of entries of the bucket: the comparator is called for
 /// each entry that has the hash of the key.
 ///
-/// A comparator that changes the map while it is called makes that call throw an Exception without a message.
+/// A comparator or a key that changes the map while it is called makes that call throw an Exception without a message.
 class VX_API HashMap : public AbstractMap {
     class Item;
     /// Orders the keys for which no comparator is called: texts, and number boxes of one class.

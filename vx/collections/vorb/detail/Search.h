@@ -78,12 +78,4 @@ inline bool Wanted::isEqualTo(IVXUnknown* stored) const
     return order == 0;
 }
 
-/// Keeps a list while a comparator is called, which may release it. Null for a list on the stack, which nothing may
-/// keep.
-template <class ListClass>
-Reference<ListClass> keepIfCounted(ListClass* list)
-{
-    return Reference<ListClass>(list->GetRefCount() > 0 ? list : nullptr);
-}
-
 } // namespace vx::collections::vorb::detail

@@ -58,6 +58,8 @@ int compareTexts(const String& left, const String& right)
     std::u16string_view rightUnits;
     if (vx::detail::PlainBuffer::read(left, &leftUnits) && vx::detail::PlainBuffer::read(right, &rightUnits))
         return vx::detail::compareForIndex(leftUnits, rightUnits);
+    const auto keptLeft = keepIfCounted(&left);
+    const auto keptRight = keepIfCounted(&right);
     const String copy(String::AcquireCopy, right); // both may have one buffer, which a second lock would wait for
     const vx::detail::StringReadLock leftText(left);
     return vx::detail::compareForIndex({leftText.data(), static_cast<std::size_t>(leftText.length())}, copy.view());
@@ -125,6 +127,9 @@ std::uint32_t tagForIndex(const IVXUnknown* key)
     const String* const text = asText(key);
     if (text == nullptr)
         return 0;
+    if (std::u16string_view units; vx::detail::PlainBuffer::read(*text, &units))
+        return vx::detail::tagForIndex(units);
+    const auto kept = keepIfCounted(text);
     const vx::detail::StringReadLock lock(*text);
     return vx::detail::tagForIndex({lock.data(), static_cast<std::size_t>(lock.length())});
 }

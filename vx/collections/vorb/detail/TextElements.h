@@ -49,8 +49,10 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
         return true;
     std::u16string_view left;
     std::u16string_view right;
-    if (!vx::detail::PlainBuffer::read(*storedText, &left) || !vx::detail::PlainBuffer::read(*otherText, &right))
+    if (!vx::detail::PlainBuffer::read(*storedText, &left) || !vx::detail::PlainBuffer::read(*otherText, &right)) {
+        const auto kept = keepIfCounted(storedText);
         return storedText->equals(*otherText, false); // both may have the same buffer with a real lock
+    }
     return left.size() == right.size()
         && vx::detail::equalUnits(left.data(), right.data(), static_cast<int>(left.size()));
 }
@@ -65,7 +67,11 @@ template <class Key>
 constexpr OrderedClass orderedClass() noexcept
 {
     return {&typeid(Key), [](const void* left, const void* right) {
-                return static_cast<const Key*>(left)->Key::compareTo(*static_cast<const Key*>(right));
+                const auto* const leftKey = static_cast<const Key*>(left);
+                const auto* const rightKey = static_cast<const Key*>(right);
+                const auto keptLeft = keepIfCounted(leftKey);
+                const auto keptRight = keepIfCounted(rightKey);
+                return leftKey->Key::compareTo(*rightKey);
             }};
 }
 
