@@ -60,10 +60,11 @@ class VX_API Str1HashMap {
             return detail::compareForIndex(wanted(left).key, wanted(right).key);
         }
         template <class Key>
-        static bool areOrdered(Key, Key) noexcept
+        static bool areOrdered(const Node*, const Key&) noexcept
         {
             return true;
         }
+        static bool mayMeet(const Node*, const Wanted&) noexcept { return true; }
     };
     using ChainIndex = detail::ChainIndex<Node*, nullptr, KeyOrder>;
     using Order = detail::HashOrder<float>;
@@ -357,8 +358,11 @@ auto Str1HashMap<T>::find(const Str1& normalized, std::uint32_t hash) const noex
     int first = ChainIndex::FIRST;
     Node* node = bucketOf(hash).get();
     while (node != nullptr && (node->hash != hash || !(node->key == normalized))) {
-        if (--first == 0 && m_chains.has(bucketNumberOf(hash)))
-            return m_chains.find(bucketNumberOf(hash), Wanted {hash, normalized.view()});
+        if (--first == 0 && !m_chains.isEmpty()) {
+            if (const std::optional<Node*> found
+                = m_chains.find(bucketNumberOf(hash), Wanted {hash, normalized.view()}))
+                return *found;
+        }
         node = following(node);
     }
     return node;

@@ -23,6 +23,7 @@ class VX_API IntegerHashMap : public Object {
     struct KeyOrder {
         static bool areOrdered(const Reference<Object>&, const Reference<Object>&) noexcept { return true; }
         static bool isOrdered(const Reference<Object>&, int) noexcept { return true; }
+        static bool mayMeet(const Reference<Object>&, int) noexcept { return true; }
         static int compare(const Reference<Object>&, const Reference<Object>&) noexcept { return 0; }
         static int compare(const Reference<Object>&, int) noexcept { return 0; }
         static std::uint32_t tagOf(const Reference<Object>&) noexcept { return 0; }

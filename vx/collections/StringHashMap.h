@@ -38,6 +38,7 @@ class VX_API StringHashMap : public Object {
     struct KeyOrder {
         static bool areOrdered(const Item&, const Item&) noexcept { return true; }
         static bool isOrdered(const Item&, std::u16string_view) noexcept { return true; }
+        static bool mayMeet(const Item&, std::u16string_view) noexcept { return true; }
         static int compare(const Item& left, const Item& right);
         static int compare(const Item& left, std::u16string_view right);
         static std::uint32_t tagOf(const Item& item);

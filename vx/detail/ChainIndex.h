@@ -3,10 +3,12 @@
 #include "vx/detail/MixedHash.h"
 #include "vxsys/Memory.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <list>
 #include <map>
 #include <optional>
 #include <set>
@@ -21,12 +23,14 @@ namespace vx::detail {
 /// therefore the order of iteration, stays as it is.
 ///
 /// `Entry` names an entry of the table, and `NONE` stands for the end of a chain. If `Order` contradicts itself because a
-/// caller changed a key that is in the table, the chain loses its index. It also does if memory is exhausted. `has` says
-/// whether a chain has one. `Order` tells about entries, and about what a caller of `find` wants:
+/// caller changed a key that is in the table, the chain loses its index. It also does if memory is exhausted, or if more
+/// than a few entries cannot be compared with the others. `has` says whether a chain has one. `Order` tells about entries,
+/// and about what a caller of `find` wants:
 /// - `tagOf(entry)`, `tagOf(wanted)`: a number that is equal for equal keys. Different numbers for different keys make the
 ///   index fast; equal ones leave it logarithmic, so that an attacker gains nothing by them.
 /// - `compare(entry, entry)`, `compare(entry, wanted)`: below, equal to or above 0, by hash and then by key.
-/// - `areOrdered(entry, entry)`: whether the keys of two entries of a chain can be compared.
+/// - `areOrdered(entry, entry)`, `areOrdered(entry, wanted)`: whether the two keys can be compared.
+/// - `mayMeet(entry, wanted)`: for keys that cannot, whether a search through the chain may depend on that entry.
 template <class Entry, Entry NONE, class Order>
 class ChainIndex {
 public:
@@ -52,9 +56,9 @@ public:
     /// Removes an entry. Returns the entry before it in its chain, NONE for the head.
     std::optional<Entry> remove(std::size_t bucket, Entry entry) noexcept;
 
-    /// The entry that is equal to `wanted`, NONE if there is none.
+    /// The entry that is equal to `wanted`, NONE if there is none. Nothing if only a search through the chain can tell.
     template <class Wanted>
-    Entry find(std::size_t bucket, const Wanted& wanted) const;
+    std::optional<Entry> find(std::size_t bucket, const Wanted& wanted) const;
 
     /// After all chains were reversed and `bucketOf` gave each entry its new bucket. Keeps the index of each chain that
     /// stayed together, though entries of other chains may now be missing in it. The other indexes are dropped.
@@ -69,6 +73,11 @@ public:
     void clear() noexcept { m_chains.clear(); }
 
 private:
+    /// The strangers that a chain with an index may have: entries that cannot be compared with the others.
+    static constexpr int MOST_STRANGERS = FEW / 2;
+    /// The other entries that a chain with an index has at least.
+    static constexpr int LEAST = FEW - MOST_STRANGERS;
+
     /// An entry with its neighbours in the chain.
     struct Place {
         std::uint32_t tag;
@@ -117,13 +126,16 @@ private:
         {
         }
 
-        const Order& order() const noexcept { return m_order; }
+        /// Without strangers.
         int size() const noexcept { return m_size; }
         const Place* head() const noexcept { return m_head; }
 
+        /// Whether `find` gives what a search through the chain would give.
+        template <class Wanted>
+        bool canFind(const Wanted& wanted) const;
         template <class Wanted>
         const Place* find(const Wanted& wanted) const;
-        /// Adds an entry after `previous`, or as the head if that is null.
+        /// Adds an entry after `previous`, or as the head if that is null. Returns null if it is one stranger too many.
         const Place* insert(Entry entry, const Place* previous);
         /// Returns the place before it, nothing if the entry is not found.
         std::optional<const Place*> remove(Entry entry);
@@ -143,18 +155,40 @@ private:
                 right->previous = left;
         }
         void grow();
+        auto strangerOf(Entry entry) const noexcept { return std::ranges::find(m_strangers, entry, &Place::entry); }
+        /// The first entry that is not a stranger, null if there is none.
+        const Place* known() const noexcept
+        {
+            const Place* place = m_head;
+            while (place != nullptr && strangerOf(place->entry) != m_strangers.end())
+                place = place->next;
+            return place;
+        }
 
         Order m_order;
+        std::list<Place, vxsys::Allocator<Place>> m_strangers;
         std::vector<Places, vxsys::Allocator<Places>> m_slots;
         int m_slotBits = 0;
         int m_size = 0;
         const Place* m_head = nullptr;
     };
 
+    template <class Next>
+    static bool hasFewStrangers(Entry head, Next next, const Order& order);
+
     using Chains = std::map<std::size_t, Chain, std::less<>, vxsys::Allocator<std::pair<const std::size_t, Chain>>>;
 
     Chains m_chains;
 };
+
+template <class Entry, Entry NONE, class Order>
+template <class Wanted>
+bool ChainIndex<Entry, NONE, Order>::Chain::canFind(const Wanted& wanted) const
+{
+    const Place* const own = known();
+    return own != nullptr && m_order.areOrdered(own->entry, wanted)
+        && std::ranges::none_of(m_strangers, [&](const Place& place) { return m_order.mayMeet(place.entry, wanted); });
+}
 
 template <class Entry, Entry NONE, class Order>
 template <class Wanted>
@@ -169,11 +203,19 @@ auto ChainIndex<Entry, NONE, Order>::Chain::find(const Wanted& wanted) const -> 
 template <class Entry, Entry NONE, class Order>
 auto ChainIndex<Entry, NONE, Order>::Chain::insert(Entry entry, const Place* previous) -> const Place*
 {
-    if (m_size / FEW_OF_SLOT >= static_cast<int>(m_slots.size()) && m_slotBits < TAG_BITS)
-        grow();
-    const Place place {m_order.tagOf(entry), entry};
-    const Place* const added = &*m_slots[slotOf(place.tag)].insert(place).first;
-    ++m_size;
+    const Place* const own = known();
+    const Place* added = nullptr;
+    if (m_order.areOrdered(own != nullptr ? own->entry : entry, entry)) {
+        if (m_size / FEW_OF_SLOT >= static_cast<int>(m_slots.size()) && m_slotBits < TAG_BITS)
+            grow();
+        const Place place {m_order.tagOf(entry), entry};
+        added = &*m_slots[slotOf(place.tag)].insert(place).first;
+        ++m_size;
+    } else {
+        if (m_strangers.size() == MOST_STRANGERS)
+            return nullptr;
+        added = &m_strangers.emplace_front(Place {0, entry});
+    }
     const Place* const next = previous != nullptr ? previous->next : m_head;
     link(previous, added);
     link(added, next);
@@ -183,13 +225,21 @@ auto ChainIndex<Entry, NONE, Order>::Chain::insert(Entry entry, const Place* pre
 template <class Entry, Entry NONE, class Order>
 auto ChainIndex<Entry, NONE, Order>::Chain::remove(Entry entry) -> std::optional<const Place*>
 {
+    const auto unlinked = [this](const Place& place) {
+        link(place.previous, place.next);
+        return place.previous;
+    };
+    if (const auto stranger = strangerOf(entry); stranger != m_strangers.end()) {
+        const Place* const previous = unlinked(*stranger);
+        m_strangers.erase(stranger);
+        return previous;
+    }
     const Place wanted {m_order.tagOf(entry), entry};
     Places& places = m_slots[slotOf(wanted.tag)];
     const auto found = places.find(wanted);
     if (found == places.end())
         return std::nullopt;
-    const Place* const previous = found->previous;
-    link(previous, found->next);
+    const Place* const previous = unlinked(*found);
     places.erase(found);
     --m_size;
     return previous;
@@ -234,25 +284,36 @@ bool ChainIndex<Entry, NONE, Order>::isLong(Entry head, Next next) noexcept
 
 template <class Entry, Entry NONE, class Order>
 template <class Next>
+bool ChainIndex<Entry, NONE, Order>::hasFewStrangers(Entry head, Next next, const Order& order)
+{
+    Entry known = NONE;
+    int strangers = 0;
+    for (Entry entry = head; entry != NONE && strangers <= MOST_STRANGERS; entry = next(entry)) {
+        if (!order.areOrdered(known != NONE ? known : entry, entry))
+            ++strangers;
+        else if (known == NONE)
+            known = entry;
+    }
+    return strangers <= MOST_STRANGERS;
+}
+
+template <class Entry, Entry NONE, class Order>
+template <class Next>
 void ChainIndex<Entry, NONE, Order>::complete(std::size_t bucket, Entry head, Next next, const Order& order) noexcept
 {
     try {
         auto chain = m_chains.find(bucket);
         if (chain == m_chains.end()) {
-            for (Entry entry = head; entry != NONE; entry = next(entry))
-                if (!order.areOrdered(head, entry))
-                    return;
+            if (!hasFewStrangers(head, next, order))
+                return;
             chain = m_chains.try_emplace(bucket, order).first;
         }
-        const Entry known = chain->second.head() != nullptr ? chain->second.head()->entry : head;
         const Place* previous = nullptr;
         for (Entry entry = head; entry != NONE; entry = next(entry)) {
             const Place* const present = previous != nullptr ? previous->next : chain->second.head();
             if (present != nullptr && present->entry == entry)
                 previous = present;
-            else if (order.areOrdered(known, entry))
-                previous = chain->second.insert(entry, previous);
-            else
+            else if ((previous = chain->second.insert(entry, previous)) == nullptr)
                 return drop(bucket);
         }
     } catch (...) {
@@ -264,11 +325,8 @@ template <class Entry, Entry NONE, class Order>
 void ChainIndex<Entry, NONE, Order>::prepend(std::size_t bucket, Entry head) noexcept
 {
     try {
-        Chain& chain = m_chains.find(bucket)->second;
-        if (chain.order().areOrdered(chain.head()->entry, head)) {
-            chain.insert(head, nullptr);
+        if (m_chains.find(bucket)->second.insert(head, nullptr) != nullptr)
             return;
-        }
     } catch (...) {
     }
     drop(bucket);
@@ -281,7 +339,7 @@ std::optional<Entry> ChainIndex<Entry, NONE, Order>::remove(std::size_t bucket, 
         Chain& chain = m_chains.find(bucket)->second;
         if (const std::optional<const Place*> previous = chain.remove(entry)) {
             const Entry before = *previous != nullptr ? (*previous)->entry : NONE;
-            if (chain.head() == nullptr)
+            if (chain.size() < LEAST)
                 drop(bucket);
             return before;
         }
@@ -293,9 +351,12 @@ std::optional<Entry> ChainIndex<Entry, NONE, Order>::remove(std::size_t bucket, 
 
 template <class Entry, Entry NONE, class Order>
 template <class Wanted>
-Entry ChainIndex<Entry, NONE, Order>::find(std::size_t bucket, const Wanted& wanted) const
+std::optional<Entry> ChainIndex<Entry, NONE, Order>::find(std::size_t bucket, const Wanted& wanted) const
 {
-    const Place* const found = m_chains.find(bucket)->second.find(wanted);
+    const auto chain = m_chains.find(bucket);
+    if (chain == m_chains.end() || !chain->second.canFind(wanted))
+        return std::nullopt;
+    const Place* const found = chain->second.find(wanted);
     return found != nullptr ? found->entry : NONE;
 }
 

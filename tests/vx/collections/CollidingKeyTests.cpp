@@ -253,6 +253,63 @@ TEST(HashMaps, ThrowWhenTheReadOfAKeyInALongBucketChangesThem)
     expectChangesToBeNoticed<StringHashMap, String>();
 }
 
+/// The twin has a comparator of the test, so that it has no index. All keys share a bucket, the texts also their hash.
+TEST(HashMap, FindsTextsInLogarithmicTimeThoughOthersShareTheirBucket)
+{
+    using Keys = std::vector<Reference<IVXUnknown>>;
+    constexpr std::uint32_t TEXTS = 600, MOST_READS = 60;
+    const auto number = [](int value) { return Reference((new Integer32(value))->GetUnknown()); };
+    const Keys null = {nullptr}, mixed = {number(101), nullptr, item(202), number(303), item(404), number(505)};
+    const Keys equalHash = {(new Integer64(0LL))->GetUnknown()}, refused = {item(0)};
+    for (const auto& [others, isFast] : {std::pair(null, true), {mixed, true}, {equalHash, false}, {refused, false}}) {
+        const Reference<WatchedComparator> watched(new WatchedComparator);
+        watched->m_calls = -1;
+        const Reference<HashMap> map(new HashMap(101, 100)), twin(new HashMap(watched.get(), watched.get(), 101, 100));
+        Keys keys;
+        for (std::uint32_t text = 0; text < TEXTS; ++text) {
+            if (text % (TEXTS / 4) == 5 && text / (TEXTS / 4) < 3) // before there is an index, and twice later
+                for (std::size_t at = text / (TEXTS / 4); at < others.size(); at += 3)
+                    keys.push_back(others[at]);
+            keys.emplace_back(countedKey(textOfHash(0, static_cast<char16_t>(text + 1)))->GetUnknown());
+        }
+        Random random;
+        const auto use = [&](HashMap& used, int what, IVXUnknown* key) -> std::string {
+            try {
+                const auto result = what == 0 ? used.put(key, key) : what == 1 ? used.get(key) : used.remove(key);
+                return result == nullptr ? "null" : result == key ? "key" : "other";
+            } catch (const ResultException& failure) {
+                return std::to_string(failure.getResult());
+            }
+        };
+        for (std::size_t step = 0; step < 4 * keys.size(); ++step) {
+            IVXUnknown* const key
+                = keys[step < keys.size() ? step : static_cast<std::size_t>(random()) % keys.size()].get();
+            const int what = step < keys.size() ? 0 : random.below(3);
+            ReadCounter::s_reads = 0;
+            const std::string result = use(*map, what, key);
+            ASSERT_TRUE(!isFast || dynamic_cast<String*>(key) == nullptr || ReadCounter::s_reads < MOST_READS)
+                << ReadCounter::s_reads << " reads in step " << step;
+            ASSERT_EQ(result, use(*twin, what, key)) << step;
+        }
+        ASSERT_EQ(map->getSize(), twin->getSize());
+        for (auto left = map->begin(), right = twin->begin(); left != map->end(); ++left, ++right)
+            ASSERT_TRUE((*left).key == (*right).key && (*left).value == (*right).value);
+    }
+}
+
+TEST(Str1HashMap, KeepsNoIndexOfABucketThatBecameShort)
+{
+    Str1HashMap<int> map(101, 1000);
+    map.put(Str1(collidingText(0)), 0);
+    const long live = AllocationProbe::live();
+    for (std::uint32_t number = 1; number < 1000; ++number)
+        map.put(Str1(collidingText(number)), 1);
+    for (std::uint32_t number = 1; number < 1000; ++number)
+        map.remove(Str1(collidingText(number)));
+    EXPECT_TRUE(map.containsKey(Str1(collidingText(0))));
+    EXPECT_EQ(AllocationProbe::live(), live);
+}
+
 math::BigInteger bigKey(int number, int ignored)
 {
     math::BigInteger key(number);
@@ -300,7 +357,7 @@ TEST(HashMap, FindsExactlyTheKeysOfItsOwnAmongMoreThatShareTheirHash)
         }
         map->remove(key(101)->GetUnknown());
         EXPECT_EQ(valueAt(99) + valueAt(101) + valueAt(103), "99null103") << name;
-        if (!isCounted) { // another class: no index any more
+        if (!isCounted) { // another class
             map->put(Reference<Object>(new String)->GetUnknown(), nullptr);
             EXPECT_EQ(valueAt(99), "99") << name;
         }

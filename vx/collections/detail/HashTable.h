@@ -30,6 +30,7 @@ namespace vx::collections::detail {
 /// `KeyOrder` orders the keys of a long chain:
 /// - `areOrdered(const Item&, const Item&)`: whether the keys of the two can be compared;
 /// - `isOrdered(const Item&, key)`: whether a wanted key can be compared with that of an item;
+/// - `mayMeet(const Item&, key)`: for keys of equal hash that cannot, whether they may be equal or call code of a program;
 /// - `compare(const Item&, const Item&)`, `compare(const Item&, key)`: below, equal to or above 0, for keys that can be
 ///   compared. The result is 0 for equal keys. Apart from that, any order is allowed;
 /// - `tagOf(const Item&)`, `tagOf(key)`: a number that is equal for equal keys, and better different for others.
@@ -181,6 +182,10 @@ private:
         template <class Key>
         int compare(Index left, const Wanted<Key>& right) const;
         bool areOrdered(Index left, Index right) const;
+        template <class Key>
+        bool areOrdered(Index left, const Wanted<Key>& right) const;
+        template <class Key>
+        bool mayMeet(Index left, const Wanted<Key>& right) const;
         /// The order may be destroyed with its index meanwhile.
         template <class Work>
         auto whileUnchanged(Work work) const
@@ -216,14 +221,6 @@ private:
     {
         Index& head = m_heads[bucketOf(node(index).hash)];
         node(index).next = std::exchange(head, index);
-    }
-
-    /// Whether the chain for `hash`, which is not empty, has an ordered index in which `key` can be searched.
-    template <class Key>
-    bool isIndexed(std::uint32_t hash, const Key& key) const
-    {
-        const std::size_t bucket = bucketOf(hash);
-        return m_chains.has(bucket) && m_keyOrder.isOrdered(node(m_heads[bucket]).item, key);
     }
 
     void check(std::uint32_t expectedCount) const
@@ -279,9 +276,9 @@ auto HashTable<Item, KeyOrder>::find(std::uint32_t hash, const Key& key, Matches
     int first = ChainIndex::FIRST;
     Index index = m_heads[bucketOf(hash)];
     while (index != NONE && (node(index).hash != hash || !matches(node(index).item))) {
-        if (--first == 0 && isIndexed(hash, key)) {
-            const Index found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key});
-            return found != NONE && matches(node(found).item) ? found : NONE;
+        if (--first == 0 && isIndexed()) {
+            if (const std::optional<Index> found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key}))
+                return *found != NONE && matches(node(*found).item) ? *found : NONE;
         }
         index = next(index);
     }
@@ -444,6 +441,21 @@ template <class Item, class KeyOrder>
 bool HashTable<Item, KeyOrder>::IndexOrder::areOrdered(Index left, Index right) const
 {
     return table->m_keyOrder.areOrdered(table->node(left).item, table->node(right).item);
+}
+
+template <class Item, class KeyOrder>
+template <class Key>
+bool HashTable<Item, KeyOrder>::IndexOrder::areOrdered(Index left, const Wanted<Key>& right) const
+{
+    return table->m_keyOrder.isOrdered(table->node(left).item, right.key);
+}
+
+template <class Item, class KeyOrder>
+template <class Key>
+bool HashTable<Item, KeyOrder>::IndexOrder::mayMeet(Index left, const Wanted<Key>& right) const
+{
+    const Node& node = table->node(left);
+    return node.hash == right.hash && table->m_keyOrder.mayMeet(node.item, right.key);
 }
 
 template <class Item, class KeyOrder>

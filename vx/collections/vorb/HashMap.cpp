@@ -82,6 +82,11 @@ bool HashMap::KeyOrder::isOrdered(const Item& item, const IVXUnknown* key) const
     return hasOwnComparator && detail::areOrdered(item.key(), key);
 }
 
+bool HashMap::KeyOrder::mayMeet(const Item& item, const IVXUnknown*) noexcept
+{
+    return item.key() != nullptr; // null is not equal to any other key
+}
+
 int HashMap::KeyOrder::compare(const Item& left, const Item& right)
 {
     return compare(left, right.key());

@@ -33,7 +33,8 @@ namespace vx::collections::vorb {
 /// reverses the order within buckets. The capacity never shrinks. A call that fails leaves the map as it was.
 ///
 /// In a bucket with many entries, keys of one of these classes are found in logarithmic time under the default comparator,
-/// if they are not changed while they are keys: texts (`String`), numbers, byte buffers, registry keys and query keys. For
+/// if they are not changed while they are keys: texts (`String`), numbers, byte buffers, registry keys and query keys. The
+/// bucket may also have a few keys of other classes, and null, if their hashes are different from that of the key. For
 /// all other keys and comparators the time grows with the number of entries of the bucket: the comparator is called for
 /// each entry that has the hash of the key.
 ///
@@ -44,6 +45,7 @@ class VX_API HashMap : public AbstractMap {
     struct KeyOrder {
         bool areOrdered(const Item& left, const Item& right) const;
         bool isOrdered(const Item& item, const IVXUnknown* key) const;
+        static bool mayMeet(const Item& item, const IVXUnknown* key) noexcept;
         static int compare(const Item& left, const Item& right);
         static int compare(const Item& item, const IVXUnknown* key);
         static std::uint32_t tagOf(const Item& item);
