@@ -50,8 +50,9 @@ public:
     /// Fills the gap with rows after it that would no longer be found (Knuth, The Art of Computer Programming 3, 6.4, R).
     void remove(std::u16string_view name) noexcept
     {
-        std::size_t gap = detail::mixedHash(name) & mask();
-        while (m_rows[gap].name != name)
+        const std::uint32_t hash = detail::mixedHash(name);
+        std::size_t gap = hash & mask();
+        while (m_rows[gap].hash != hash || m_rows[gap].name != name)
             gap = (gap + 1) & mask();
         const Row removed = std::exchange(m_rows[gap], Row());
         for (std::size_t slot = (gap + 1) & mask(); m_rows[slot].record != nullptr; slot = (slot + 1) & mask()) {

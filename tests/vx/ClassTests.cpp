@@ -143,6 +143,28 @@ TEST(ClassManagerBase, FindsEachOfManyNamesWhileOthersComeAndGo)
     }
 }
 
+/// Those of a library that was unloaded without its registrations may be gone.
+TEST(ClassManagerBase, ReadsNoNameOfAnotherHashWhenItRemovesOne)
+{
+    constexpr int NAMES = 200;
+    ClassManagerBase manager;
+    std::vector<std::u16string> names;
+    for (int number = 0; number < NAMES; ++number)
+        names.push_back(u"test::" + std::u16string(1, static_cast<char16_t>(u'a' + number)));
+    for (const std::u16string& name : names)
+        manager.registerClass(name.c_str(), &typeid(int), nullptr);
+    const std::vector<std::u16string> original = names;
+    for (std::size_t removed = names.size(); removed-- > 0;) { // the last ones are after rows of other hashes
+        for (std::u16string& name : names)
+            std::ranges::copy(original[removed], name.begin()); // in its place
+        manager.unregisterClass(names[removed].c_str());
+        ASSERT_THROW(manager.lookupName(names[removed].c_str()), ClassNotFoundException);
+        for (std::size_t number = 0; number < names.size(); ++number)
+            std::ranges::copy(original[number], names[number].begin());
+        manager.registerClass(names[removed].c_str(), &typeid(int), nullptr);
+    }
+}
+
 TEST(ClassRegistration, MakesAClassOfTheProgramKnownForAsLongAsItLives)
 {
     class Own : public Object { };
