@@ -380,10 +380,10 @@ inline std::uint32_t tagForIndex(std::u16string_view text) noexcept
     return mixedHash(text);
 }
 
-/// The tag of a hash for indexes only.
+/// The tag of a hash for indexes only. Brings differences in the last bits to the first ones.
 constexpr std::uint32_t tagForIndex(std::uint32_t hash) noexcept
 {
-    return hash * 0x9E3779B1; // brings differences in the last bits to the first ones
+    return hash * 0x9E3779B1; // Fibonacci hashing (D. E. Knuth, The Art of Computer Programming 3, 6.4)
 }
 
 constexpr int compareForIndex(std::uint32_t left, std::uint32_t right) noexcept

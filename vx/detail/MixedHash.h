@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vx/detail/Wide.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -8,10 +10,9 @@
 namespace vx::detail {
 
 /// A hash of all units of a text, for tables whose order no caller can see. It is faster than that of text keys and spreads
-/// better.
+/// better. Blocks are multiplied and the halves of the product folded (V. Makarov, MUM hash, 2016).
 inline std::uint32_t mixedHash(std::u16string_view text) noexcept
 {
-    __extension__ typedef unsigned __int128 Wide;
     constexpr std::uint64_t FIRST = 0x9E3779B97F4A7C15, SECOND = 0xD1B54A32D192ED03; // odd, with irregular bits
     constexpr std::size_t HALF = sizeof(std::uint64_t) / sizeof(char16_t), BLOCK = 2 * HALF;
     const char16_t* const units = text.data();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vx/detail/RawArray.h"
+#include "vx/detail/Wide.h"
 
 #include <bit>
 #include <cstddef>
@@ -14,8 +15,7 @@ namespace vx::math::detail {
 using Limb = std::uint64_t;
 using Size = std::size_t;
 using Natural = std::span<const Limb>;
-// `typedef` and not `using`: both compilers accept the extension here without a warning.
-__extension__ typedef unsigned __int128 Wide;
+using vx::detail::Wide;
 
 inline constexpr int LIMB_BITS = 64;
 
