@@ -24,15 +24,20 @@ struct KeyText : StringSource {
     }
 };
 
-/// Uses the text of a key in the map. The key is kept: reading it may call code of a program that removes it.
+/// Uses the text of a key in the map, which is kept: reading it may call code of a program that removes it.
 template <class Use>
-auto withText(const String& key, Use use)
+[[gnu::noinline]] auto withLockedText(const String& key, Use use)
 {
-    if (std::u16string_view units; vx::detail::PlainBuffer::readExact(key, &units))
-        return use(units);
     const String kept(key);
     const StringReadLock text(kept);
     return use(std::u16string_view(text.data(), static_cast<std::size_t>(text.length())));
+}
+
+template <class Use>
+auto withText(const String& key, Use use)
+{
+    std::u16string_view units;
+    return vx::detail::PlainBuffer::readExact(key, &units) ? use(units) : withLockedText(key, use);
 }
 
 } // namespace

@@ -351,7 +351,8 @@ std::optional<Entry> ChainIndex<Entry, NONE, Order>::remove(std::size_t bucket, 
 
 template <class Entry, Entry NONE, class Order>
 template <class Wanted>
-std::optional<Entry> ChainIndex<Entry, NONE, Order>::find(std::size_t bucket, const Wanted& wanted) const
+[[gnu::noinline]] std::optional<Entry> ChainIndex<Entry, NONE, Order>::find(
+    std::size_t bucket, const Wanted& wanted) const
 {
     const auto chain = m_chains.find(bucket);
     if (chain == m_chains.end() || !chain->second.canFind(wanted))

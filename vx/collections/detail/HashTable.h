@@ -231,7 +231,7 @@ private:
 
     /// Changes the indexes while the table has none, as keys are read meanwhile. If that changes the table, all are dropped.
     template <class Work>
-    void changeIndexes(Work work) noexcept
+    [[gnu::noinline]] void changeIndexes(Work work) noexcept
     {
         const std::uint32_t expectedCount = m_modificationCount;
         ChainIndex chains = std::exchange(m_chains, ChainIndex());
@@ -245,10 +245,13 @@ private:
 
     /// Returns where `index` is stored in its chain, and removes it from the ordered index of that chain.
     Index* linkTo(Index index);
+    /// Removes it from that index. Returns the one before it in the chain, NONE for the head and if that is not known.
+    [[gnu::noinline]] Index removeFromIndex(std::size_t bucket, Index index);
 
     /// A free node, and a bucket that is not too full for it.
     void makeRoom();
 
+    /// Throws an Exception if a key that is read meanwhile changes the table.
     void rehash();
 
     Order m_order;
@@ -276,7 +279,7 @@ auto HashTable<Item, KeyOrder>::find(std::uint32_t hash, const Key& key, Matches
     int first = ChainIndex::FIRST;
     Index index = m_heads[bucketOf(hash)];
     while (index != NONE && (node(index).hash != hash || !matches(node(index).item))) {
-        if (--first == 0 && isIndexed()) {
+        if (--first == 0 && isIndexed()) [[unlikely]] {
             if (const std::optional<Index> found = m_chains.find(bucketOf(hash), Wanted<Key> {hash, key}))
                 return *found != NONE && matches(node(*found).item) ? *found : NONE;
         }
@@ -288,9 +291,7 @@ auto HashTable<Item, KeyOrder>::find(std::uint32_t hash, const Key& key, Matches
 template <class Item, class KeyOrder>
 void HashTable<Item, KeyOrder>::insert(std::uint32_t hash, Item item)
 {
-    const std::uint32_t expectedCount = m_modificationCount;
     makeRoom();
-    check(expectedCount);
     const Index index = std::exchange(m_free, next(m_free));
     swap(node(index).item, item);
     node(index).hash = hash;
@@ -498,28 +499,35 @@ void HashTable<Item, KeyOrder>::rehash()
                 ++lengths[bucket];
         }
     }
-    changeIndexes([&, expectedCount = m_modificationCount](ChainIndex& chains) {
+    const std::uint32_t expectedCount = m_modificationCount;
+    changeIndexes([&](ChainIndex& chains) {
         chains.regroup([this](Index index) { return bucketOf(node(index).hash); });
         for (std::size_t bucket = 0; bucket < lengths.size() && expectedCount == m_modificationCount; ++bucket)
             if (lengths[bucket] > ChainIndex::FEW)
                 chains.complete(bucket, m_heads[bucket], following(), IndexOrder {this});
     });
+    check(expectedCount);
 }
 
 template <class Item, class KeyOrder>
 auto HashTable<Item, KeyOrder>::linkTo(Index index) -> Index*
 {
     const std::size_t bucket = bucketOf(node(index).hash);
-    std::optional<Index> previous;
-    if (m_chains.has(bucket)) {
-        const std::uint32_t expectedCount = m_modificationCount;
-        changeIndexes([&](ChainIndex& chains) { previous = chains.remove(bucket, index); });
-        check(expectedCount);
-    }
-    Index* link = previous.value_or(NONE) != NONE ? &node(*previous).next : &m_heads[bucket];
+    const Index previous = m_chains.has(bucket) ? removeFromIndex(bucket, index) : NONE;
+    Index* link = previous != NONE ? &node(previous).next : &m_heads[bucket];
     while (*link != index)
         link = &node(*link).next;
     return link;
+}
+
+template <class Item, class KeyOrder>
+auto HashTable<Item, KeyOrder>::removeFromIndex(std::size_t bucket, Index index) -> Index
+{
+    const std::uint32_t expectedCount = m_modificationCount;
+    std::optional<Index> previous;
+    changeIndexes([&](ChainIndex& chains) { previous = chains.remove(bucket, index); });
+    check(expectedCount);
+    return previous.value_or(NONE);
 }
 
 } // namespace vx::collections::detail

@@ -95,6 +95,12 @@ void setOrderedClasses(std::span<const OrderedClass> classes) noexcept
     g_furtherClasses = classes;
 }
 
+bool areLockedTextsEqual(const String& stored, const String& other)
+{
+    const auto kept = keepIfCounted(&stored);
+    return stored.equals(other, false); // both may have the same buffer with a real lock
+}
+
 bool areOrdered(const IVXUnknown* left, const IVXUnknown* right) noexcept
 {
     const int kind = kindOf(left);

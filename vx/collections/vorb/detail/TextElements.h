@@ -39,6 +39,9 @@ inline std::uint32_t hashOf(const IVXComparator& comparator, bool isOwn, const I
     return vx::detail::hashText(lock.data(), lock.length(), false);
 }
 
+/// For texts with buffers of a program, which may release the stored one when they are read.
+bool areLockedTextsEqual(const String& stored, const String& other);
+
 inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnknown* stored, const IVXUnknown* other)
 {
     const String* storedText = isOwn ? asText(stored) : nullptr;
@@ -49,10 +52,8 @@ inline bool areEqual(const IVXComparator& comparator, bool isOwn, const IVXUnkno
         return true;
     std::u16string_view left;
     std::u16string_view right;
-    if (!vx::detail::PlainBuffer::read(*storedText, &left) || !vx::detail::PlainBuffer::read(*otherText, &right)) {
-        const auto kept = keepIfCounted(storedText);
-        return storedText->equals(*otherText, false); // both may have the same buffer with a real lock
-    }
+    if (!vx::detail::PlainBuffer::read(*storedText, &left) || !vx::detail::PlainBuffer::read(*otherText, &right))
+        return areLockedTextsEqual(*storedText, *otherText);
     return left.size() == right.size()
         && vx::detail::equalUnits(left.data(), right.data(), static_cast<int>(left.size()));
 }
