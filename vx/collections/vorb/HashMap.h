@@ -34,7 +34,7 @@ namespace vx::collections::vorb {
 ///
 /// In a bucket with many entries, keys of one of these classes are found in logarithmic time under the default comparator,
 /// if they are not changed while they are keys: texts (`String`), numbers, byte buffers, registry keys and query keys. The
-/// bucket may also have a few keys of other classes, and null, if their hashes are different from that of the key. For
+/// bucket may also have null and up to five keys of other classes, if their hashes are different from that of the key. For
 /// all other keys and comparators the time grows with the number of entries of the bucket: the comparator is called for
 /// each entry that has the hash of the key.
 ///
