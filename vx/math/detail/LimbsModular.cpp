@@ -145,8 +145,10 @@ private:
     Scratch m_product;
 };
 
+#if VX_ROW_PATHS
 /// From this number of words on, reducing with vectors is faster; measured.
 constexpr Size VECTORS_MODULUS = 3;
+#endif
 
 /// The most bits of the exponent that one multiplication covers.
 int windowFor(Size exponentBits) noexcept
