@@ -218,6 +218,9 @@ String String::CVXString(const char* bytes, int length, const char16_t* encoding
     return String(bytes, length, encoding, capacity);
 }
 
+// Here, so that the destructor of strings, which runs more often than any other, needs no call for its base.
+util::AbstractCharBuffer::~AbstractCharBuffer() noexcept(false) = default;
+
 String::~String() noexcept
 {
     PlainBuffer::release(m_buffer);

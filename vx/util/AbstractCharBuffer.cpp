@@ -6,8 +6,6 @@ namespace vx::util {
 
 template class detail::BufferFace<IVXCharBuffer, AbstractCharBuffer, char16_t>;
 
-AbstractCharBuffer::~AbstractCharBuffer() noexcept(false) = default;
-
 const vorb::InterfaceData* AbstractCharBuffer::GetComIntfMap()
 {
     static const vorb::InterfaceData map[]
