@@ -164,11 +164,12 @@ TEST(TcpServer, StopsFromAnyThreadAndCutsWhatIsLeft)
 
     start([&](TcpSocket& socket) { // none waits for another one that waits
         entered.add(1);
-        entered.waitFor(6);
+        entered.waitFor(7); // with this thread, which has stored the server by then
         EXPECT_EQ(server->stop(VX_WAIT_FOREVER), 0U);
         readByte(socket);
     });
-    entered.waitFor(6);
+    entered.add(1);
+    entered.waitFor(7);
     EXPECT_EQ(server->stop(0), 3U); // once they have left `stop`
     expectEnd();
 
