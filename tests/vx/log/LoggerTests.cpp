@@ -216,8 +216,8 @@ TEST(VorbProcessor, HandsOverTheComponentFace)
     };
     const Reference<ILogProcessor> processor = vorb::VorbProcessor::create(new Component);
     const Reference<LogEntry> entry = LogEntry::create();
-    processor->process(nullptr);
     processor->process(entry.get());
+    EXPECT_EQ(resultOf([&] { processor->process(nullptr); }), RESULT_NO_INTERFACE);
     entry->setField(u"bad", new String);
     EXPECT_THROW(processor->process(entry.get()), ResultException);
 

@@ -23,11 +23,10 @@ Reference<vx::log::ILogProcessor> VorbProcessor::create(vorb::ILogProcessor* com
 
 void VorbProcessor::process(const vx::log::ILogEntry* entry)
 {
-    if (entry == nullptr)
-        return;
     Reference<ILogEntry> component;
-    const std::int32_t result
-        = const_cast<vx::log::ILogEntry*>(entry)->QueryInterface(ILogEntry::IID, component.outVoid());
+    const std::int32_t result = entry != nullptr
+        ? const_cast<vx::log::ILogEntry*>(entry)->QueryInterface(ILogEntry::IID, component.outVoid())
+        : RESULT_NO_INTERFACE;
     if (failed(result) || component == nullptr)
         throwResult(RESULT_NO_INTERFACE);
     throwIfFailed(m_component->Process(component.get()));

@@ -18,8 +18,7 @@ public:
     ~VorbProcessor() noexcept override;
 
     // vx::log::ILogProcessor
-    /// Throws ResultException with RESULT_NO_INTERFACE if `entry` has no component interface. Null makes no call and
-    /// throws nothing.
+    /// Throws ResultException with RESULT_NO_INTERFACE if `entry` is null or has no component interface.
     void process(const vx::log::ILogEntry* entry) override;
 
 private:
