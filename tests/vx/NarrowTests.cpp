@@ -5,6 +5,7 @@
 #include "vx/Str1.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
+#include "vx/text/charset/Decoder.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/ROByteBuffer.h"
 
@@ -101,7 +102,7 @@ TEST(NarrowText, RefusesHalvesOfCharactersByOneRule)
     EXPECT_EQ(String(std::string("a\xFFz")), u"a\uFFFDz");
 }
 
-TEST(NarrowText, EncodesMixedTextOfEveryShortLength)
+TEST(NarrowText, ConvertsMixedTextOfEveryShortLength)
 {
     const struct {
         std::u16string_view units;
@@ -121,6 +122,7 @@ TEST(NarrowText, EncodesMixedTextOfEveryShortLength)
         }
         const String text(units.data(), static_cast<int>(units.size()));
         ASSERT_EQ(text.toUtf8(), bytes) << length;
+        ASSERT_EQ(String(std::string_view(bytes)), text) << length;
         std::vector<char> array(bytes.size() + 1 + random() % (2 * bytes.size() + 40)); // nothing after it is written
         const auto written
             = static_cast<std::size_t>(text.getBytes(array.data(), static_cast<std::int32_t>(array.size()), u"UTF-8"));
@@ -128,6 +130,37 @@ TEST(NarrowText, EncodesMixedTextOfEveryShortLength)
         units.insert(random() % (units.size() + 1), 1, random() % 2 == 0 ? u'\xDBFF' : u'\xDC00');
         const String broken(units.data(), static_cast<int>(units.size()));
         ASSERT_THROW(broken.toUtf8(), InvalidCharacterException) << "an odd number of halves, in " << units.size();
+    }
+}
+
+TEST(NarrowText, DecodesOddBytesAtEveryPlace)
+{
+    const std::string_view odd[] = {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xC3", "\xE2\x82", "\x80",
+        "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xED\x9F\xBF", "\xF5\x80\x80\x80", "\xFF"};
+    for (const std::string_view bytes : odd) {
+        for (const int fill : {0, 1}) {
+            for (std::size_t place = 0; place < 135; ++place) {
+                std::string before;
+                while (before.size() + 2 <= place && fill == 1)
+                    before += "\xCE\xB1";
+                before.resize(place, 'x');
+                const std::string text = before + std::string(bytes) + "y\xD0\xAFz";
+                String byBytes;
+                bool isFaulty = false;
+                try {
+                    Decoder decoder {String(u"UTF-8")}; // which gets too few bytes at a time for any fast path
+                    for (const char& byte : text)
+                        byBytes += decoder.decode({&byte, 1});
+                } catch (const InvalidCharacterException&) {
+                    isFaulty = true;
+                }
+                SCOPED_TRACE(::testing::PrintToString(text));
+                if (isFaulty)
+                    ASSERT_THROW(String {std::string_view(text)}, InvalidCharacterException);
+                else
+                    ASSERT_EQ(String(std::string_view(text)), byBytes);
+            }
+        }
     }
 }
 

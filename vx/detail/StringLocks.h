@@ -375,8 +375,9 @@ Reference<IVXCharBuffer> PlainBuffer::filled(int longest, int capacity, Fill fil
     util::RWCharBuffer* buffer = make(std::max(capacity, withTerminator(longest)));
     Reference<IVXCharBuffer> first = own(buffer);
     Storage& storage = buffer->m_storage;
-    const int length = fill(storage.data());
-    storage.data()[length] = 0;
+    char16_t* const data = storage.data();
+    const int length = fill(data);
+    data[length] = 0;
     storage.setLength(length + 1);
     if (length != longest)
         storage.releaseExtra(capacity);

@@ -195,6 +195,21 @@ bool encodeShort(std::u16string_view text, std::int32_t& position, signed char* 
 
 #endif
 
+#if VX_VECTOR_PATHS
+
+/// Decodes from the start as far as `decodeLanes` does, and returns the units stored.
+VX_USES_COMPRESS std::int32_t decodeByLanes(
+    const signed char* bytes, std::int32_t length, char16_t* units, std::int32_t* read) noexcept
+{
+    const signed char* in = bytes;
+    char16_t* out = units;
+    decodeLanes(in, bytes + length, out, units + length);
+    *read = static_cast<std::int32_t>(in - bytes);
+    return static_cast<std::int32_t>(out - units);
+}
+
+#endif
+
 /// Kept out of the way of short texts, which need none of its registers.
 [[gnu::noinline]] std::int32_t decodeRest(
     const signed char* in, std::int32_t length, char16_t* out, std::int32_t written, std::int32_t* read)
@@ -279,9 +294,19 @@ bool isUtf8(const char16_t* encoding)
 std::int32_t decodeUtf8(const char* bytes, std::int32_t length, char16_t* out, std::int32_t* read)
 {
     const auto* const in = reinterpret_cast<const signed char*>(bytes);
-    auto written = static_cast<std::int32_t>(widenAscii(in, out, length));
-    *read = written;
-    if (written < length && length - written < PLAIN_BYTES) { // too short for the blocks of the converter
+    std::int32_t written = 0;
+#if VX_VECTOR_PATHS
+    if (hasCompress()) {
+        written = decodeByLanes(in, length, out, read);
+    } else
+#endif
+    {
+        written = static_cast<std::int32_t>(widenAscii(in, out, length));
+        *read = written;
+    }
+    if (*read == length)
+        return written;
+    if (length - *read < PLAIN_BYTES) { // too short for the blocks of the converter
         Decoding pass(in, read, length, out, &written, length);
         decodeShort(pass, pass.inEnd);
     }

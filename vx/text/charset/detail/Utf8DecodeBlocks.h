@@ -2,6 +2,7 @@
 
 #include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Utf8DecodeLanes.h"
 #include "vxsys/detail/Vector.h"
 
 namespace vx::text::charset::detail {
@@ -314,6 +315,8 @@ namespace vx::text::charset::detail {
 inline void decodePlain([[maybe_unused]] Decoding& pass) noexcept
 {
 #if VX_VECTOR_PATHS
+    if (hasCompress())
+        decodeByLanes(pass);
     if (hasShuffle())
         decodeBlocks(pass);
 #endif

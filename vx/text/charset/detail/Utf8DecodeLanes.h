@@ -1,0 +1,166 @@
+#pragma once
+
+#include "vx/text/charset/detail/Block.h"
+#include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Unicode.h"
+
+#if VX_VECTOR_PATHS
+
+#include <algorithm>
+#include <bit>
+#include <immintrin.h>
+
+/// For functions that are called only if `hasCompress` returns true.
+#define VX_USES_COMPRESS __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2")))
+
+namespace vx::text::charset::detail {
+
+/// Whether the processor can move the lanes that are kept next to each other.
+inline bool hasCompress() noexcept
+{
+    return __builtin_cpu_supports("avx512vbmi2") != 0 && __builtin_cpu_supports("avx512vl") != 0
+        && __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi2") != 0;
+}
+
+/// Bytes that are decoded at once.
+inline constexpr std::ptrdiff_t LANES = 64;
+
+/// One bit for each of the first `count` lanes. A count above LANES means all.
+VX_USES_COMPRESS inline std::uint64_t firstLanes(std::ptrdiff_t count) noexcept
+{
+    return _bzhi_u64(~std::uint64_t {0}, static_cast<std::uint64_t>(std::min(count, LANES)));
+}
+
+VX_USES_COMPRESS inline __m512i loadLanes(const signed char* bytes, std::ptrdiff_t count) noexcept
+{
+    return _mm512_maskz_loadu_epi8(firstLanes(count), bytes);
+}
+
+/// One bit for each continuation byte.
+VX_USES_COMPRESS inline std::uint64_t followersOf(__m512i bytes) noexcept
+{
+    return _mm512_cmplt_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
+}
+
+/// One bit for each byte from `least` on.
+VX_USES_COMPRESS inline std::uint64_t notBelow(__m512i bytes, int least) noexcept
+{
+    return _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(least)));
+}
+
+/// Half of the bytes as units. The form with a mask, since GCC 12 warns about the other one.
+template <int half>
+VX_USES_COMPRESS inline __m512i widened(__m512i bytes) noexcept
+{
+    return _mm512_cvtepu8_epi16(_mm512_maskz_extracti64x4_epi64(0xFF, bytes, half));
+}
+
+/// The six bits of half of the bytes that a continuation byte has for its character.
+template <int half>
+VX_USES_COMPRESS inline __m512i sixBits(__m512i bytes) noexcept
+{
+    return _mm512_and_si512(widened<half>(bytes), _mm512_set1_epi16(0x3F));
+}
+
+/// Each of half of the bytes as a unit: by itself, or with the next byte if it is a first byte.
+template <int half>
+VX_USES_COMPRESS inline __m512i pairsOf(__m512i first, __m512i second, std::uint64_t leads) noexcept
+{
+    const __m512i single = widened<half>(first);
+    const __m512i high = _mm512_slli_epi16(_mm512_and_si512(single, _mm512_set1_epi16(0x1F)), 6);
+    return _mm512_mask_mov_epi16(
+        single, static_cast<__mmask32>(leads >> 32 * half), _mm512_or_si512(high, sixBits<half>(second)));
+}
+
+/// The same with the next two bytes, for characters of three bytes.
+template <int half>
+VX_USES_COMPRESS inline __m512i triplesOf(__m512i first, __m512i second, __m512i third) noexcept
+{
+    return _mm512_or_si512(_mm512_slli_epi16(widened<half>(first), 12),
+        _mm512_or_si512(_mm512_slli_epi16(sixBits<half>(second), 6), sixBits<half>(third)));
+}
+
+/// One bit for each surrogate.
+VX_USES_COMPRESS inline std::uint32_t surrogatesOf(__m512i units) noexcept
+{
+    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, _mm512_set1_epi16(static_cast<short>(0xF800))),
+        _mm512_set1_epi16(static_cast<short>(0xD800)));
+}
+
+/// Stores the units that are kept. If there is no room for all 32, the units after them stay as they are.
+VX_USES_COMPRESS inline char16_t* storeKept(
+    char16_t* out, const char16_t* outEnd, __m512i units, std::uint32_t kept) noexcept
+{
+    const int count = std::popcount(kept);
+    const __m512i packed = _mm512_maskz_compress_epi16(kept, units);
+    if (outEnd - out >= LANES / 2)
+        _mm512_storeu_si512(out, packed);
+    else
+        _mm512_mask_storeu_epi16(out, _bzhi_u32(~0U, static_cast<unsigned>(count)), packed);
+    return out + count;
+}
+
+/// Decodes until 64 bytes have a fault or a character of four bytes. Overlong forms of three bytes are accepted. Each byte
+/// becomes a unit together with the bytes after it; those of the continuation bytes are left out. No branch depends on
+/// where a character ends, since the processor could not predict it in short text.
+[[gnu::always_inline]] VX_USES_COMPRESS inline void decodeLanes(
+    const signed char*& in, const signed char* inEnd, char16_t*& out, const char16_t* outEnd) noexcept
+{
+    std::uint64_t open = 0; // the continuation bytes that the character before needs
+    const signed char* at = in;
+    char16_t* to = out;
+    for (; at < inEnd; at += LANES) {
+        const std::ptrdiff_t left = inEnd - at;
+        if (outEnd - to < std::min(left, LANES))
+            break;
+        const __m512i first = loadLanes(at, left);
+        if ((_mm512_movepi8_mask(first) | open) == 0) {
+            if (left >= LANES) {
+                _mm512_storeu_si512(to, widened<0>(first));
+                _mm512_storeu_si512(to + LANES / 2, widened<1>(first));
+            } else {
+                const std::uint64_t lanes = firstLanes(left);
+                _mm512_mask_storeu_epi16(to, static_cast<__mmask32>(lanes), widened<0>(first));
+                _mm512_mask_storeu_epi16(to + LANES / 2, static_cast<__mmask32>(lanes >> 32), widened<1>(first));
+            }
+            to += std::min(left, LANES);
+            continue;
+        }
+        const __m512i second = loadLanes(at + 1, left - 1);
+        const std::uint64_t following = followersOf(first);
+        const std::uint64_t leads = notBelow(first, 0xC0);
+        const std::uint64_t triples = notBelow(first, 0xE0);
+        const std::uint64_t expected = open | leads << 1 | triples << 2;
+        std::uint64_t faults
+            = (following & ~expected) | (leads & ~followersOf(second)) | (leads & ~notBelow(first, 0xC2));
+        __m512i lower = pairsOf<0>(first, second, leads);
+        __m512i upper = pairsOf<1>(first, second, leads);
+        if (triples != 0) {
+            const __m512i third = loadLanes(at + 2, std::max<std::ptrdiff_t>(left - 2, 0));
+            const auto lowerTriples = static_cast<__mmask32>(triples);
+            const auto upperTriples = static_cast<__mmask32>(triples >> 32);
+            lower = _mm512_mask_mov_epi16(lower, lowerTriples, triplesOf<0>(first, second, third));
+            upper = _mm512_mask_mov_epi16(upper, upperTriples, triplesOf<1>(first, second, third));
+            faults |= (triples & ~followersOf(third)) | notBelow(first, 0xF0) | (surrogatesOf(lower) & lowerTriples)
+                | (surrogatesOf(upper) & upperTriples);
+        }
+        if (faults != 0) [[unlikely]]
+            break;
+        const std::uint64_t kept = firstLanes(left) & ~following;
+        to = storeKept(to, outEnd, lower, static_cast<std::uint32_t>(kept));
+        to = storeKept(to, outEnd, upper, static_cast<std::uint32_t>(kept >> 32));
+        open = leads >> 63 | triples >> 62;
+    }
+    in = std::min(at + std::popcount(open), inEnd);
+    out = to;
+}
+
+/// The same for the positions of a converter.
+VX_USES_COMPRESS inline void decodeByLanes(Decoding& pass) noexcept
+{
+    decodeLanes(pass.in, pass.inEnd, pass.out, pass.outEnd);
+}
+
+} // namespace vx::text::charset::detail
+
+#endif
