@@ -33,8 +33,8 @@ VXSYS_API std::int32_t VXTimeGetOffset(std::int64_t moment, std::int32_t* second
 VXSYS_API std::int32_t VXTimeFromPosix(std::int64_t seconds, STRUCT_VX_TIME* time) noexcept;
 
 /// Writes the date and the time of day as the user's locale (LC_TIME) does, in its encoding, zero-terminated.
-/// RESULT_INVALID_ARGUMENT for a record that is not a date, RESULT_BUFFER_TOO_SMALL if the text needs more than `size`
-/// bytes.
+/// The day of the week is that of the date, whatever the record says. RESULT_INVALID_ARGUMENT for a record that is not a
+/// date, RESULT_BUFFER_TOO_SMALL if the text needs more than `size` bytes.
 VXSYS_API std::int32_t VXTimeFormatDate(
     const STRUCT_VX_TIME* time, std::int32_t isLong, char* target, std::int32_t size) noexcept;
 VXSYS_API std::int32_t VXTimeFormatTime(const STRUCT_VX_TIME* time, char* target, std::int32_t size) noexcept;

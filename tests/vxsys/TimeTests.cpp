@@ -100,7 +100,7 @@ TEST(Time, SeesAZoneHoweverTheEnvironmentGetsIt)
 
 TEST(Time, OpensTheUsersLocaleOnceForEachName)
 {
-    const STRUCT_VX_TIME time {2026, 1, 4, 15, 13, 5, 9, 0};
+    const STRUCT_VX_TIME time {2026, 1, 9, 15, 13, 5, 9, 0}; // there is no such day of the week
     char text[200];
     for (const char* locale : {"C", "C.UTF-8", "no_SUCH", "C"}) {
         const ScopedVariable variable("LC_ALL", locale);
@@ -108,6 +108,7 @@ TEST(Time, OpensTheUsersLocaleOnceForEachName)
         const int before = g_openedLocales;
         for (int round = 0; round < 3; ++round) {
             EXPECT_EQ((Told {VXTimeFormatDate(&time, 0, text, sizeof text), text}), "0 01/15/26") << locale;
+            EXPECT_EQ((Told {VXTimeFormatDate(&time, 1, text, sizeof text), text}), "0 Thursday, January 15, 2026");
             EXPECT_EQ((Told {VXTimeFormatTime(&time, text, sizeof text), text}), "0 13:05:09") << locale;
         }
         EXPECT_EQ(g_openedLocales, before) << locale;

@@ -4,6 +4,7 @@
 #include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/String.h"
+#include "vx/detail/ReleaseReport.h"
 
 namespace vx::ipc {
 
@@ -42,7 +43,7 @@ Semaphore::Semaphore(const char* name, std::uint32_t value)
 
 Semaphore::~Semaphore() noexcept(false)
 {
-    throwIfFailed(VXNamedSemClose(m_handle));
+    vx::detail::ReleaseReport::ofDestructor().report(VXNamedSemClose(m_handle));
 }
 
 void Semaphore::setNote(const VXNamedSemNote& note)

@@ -16,6 +16,7 @@ public:
     Semaphore(const char* name, std::uint32_t value);
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
+    /// Throws ResultException while a thread waits, unless another exception is in flight.
     ~Semaphore() noexcept(false) override;
 
     /// Stores a note on what the holder is about to write. The next holder finds it if this process is killed

@@ -267,11 +267,9 @@ std::int32_t LogEntryFace::GetField(const char16_t* name, const _GUID& iid, void
     if (out == nullptr)
         return RESULT_POINTER;
     *out = nullptr;
-    return vx::vorb::atBoundary([&] {
+    return vx::vorb::resultAtBoundary([&] {
         const Reference<Object> value = self().valueOf(checked(name));
-        if (value == nullptr)
-            throwResult(RESULT_FAIL);
-        throwIfFailed(value->QueryInterface(iid, out));
+        return value != nullptr ? value->QueryInterface(iid, out) : RESULT_FAIL;
     });
 }
 

@@ -148,8 +148,8 @@ bool isMoment(const STRUCT_VX_TIME& time) noexcept
     if (time.month < 1 || time.month > 12 || time.day < 1)
         return false;
     const bool isLeap = (time.year % 4 == 0 && time.year % 100 != 0) || time.year % 400 == 0;
-    return time.day <= DAYS[time.month - 1] + (time.month == 2 && isLeap) && time.dayOfWeek < 7 && time.hour < 24
-        && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
+    return time.day <= DAYS[time.month - 1] + (time.month == 2 && isLeap) && time.hour < 24 && time.minute < 60
+        && time.second < 60 && time.milliseconds < 1000;
 }
 
 /// The environment's locale for times, not the locale of the process, which may be set to anything. It is opened again
@@ -235,11 +235,11 @@ std::int32_t format(
     std::tm parts {};
     parts.tm_year = time->year - 1900;
     parts.tm_mon = time->month - 1;
-    parts.tm_wday = time->dayOfWeek;
     parts.tm_mday = time->day;
     parts.tm_hour = time->hour;
     parts.tm_min = time->minute;
     parts.tm_sec = time->second;
+    ::timegm(&parts); // computes the day of the week
 
     const StateGuard guard(g_localeLock);
     const locale_t locale = g_locale.get();

@@ -140,6 +140,33 @@ TEST(IpcSemaphore, WaitsForALimitedTime)
     EXPECT_FALSE(semaphore.tryWait());
 }
 
+TEST(IpcSemaphore, TellsNoFailureOfItsDestructorBesideAnotherException)
+{
+    struct Open : Semaphore {
+        using Semaphore::m_handle;
+        using Semaphore::Semaphore;
+    };
+    VXHandle handle = nullptr;
+    std::unique_ptr<Doing> waiter;
+    const auto fails = [&](bool throws) {
+        Open semaphore(ownName("in use").c_str(), 0);
+        handle = semaphore.m_handle;
+        waiter = std::make_unique<Doing>([handle] { VXSemaphoreWait(handle); });
+        waiter->awaitWaiting();
+        if (throws)
+            throw RangeErrorException();
+    };
+    const auto end = [&] {
+        VXSemaphorePost(handle);
+        waiter->join();
+        EXPECT_EQ(VXNamedSemClose(handle), RESULT_OK);
+    };
+    EXPECT_EQ(resultOf([&] { fails(false); }), code(0x800700AA));
+    end();
+    EXPECT_THROW(fails(true), RangeErrorException);
+    end();
+}
+
 TEST(SemaphoreR, StaysItsOwnersWhenAChildProcessDropsItsCopy)
 {
     const std::string name = ownName("fork");

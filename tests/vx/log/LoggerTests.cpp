@@ -196,6 +196,11 @@ TEST(LogEntry, AnswersOnBothFaces)
     EXPECT_TRUE(buffer == nullptr);
     EXPECT_EQ(component->SetField(u"level", Reference<Integer32>(new Integer32(5))->GetUnknown()), 0);
     EXPECT_EQ(component->SetField(u"none", nullptr), RESULT_FAIL);
+    struct Hesitant : String {
+        std::int32_t QueryInterface(const _GUID&, void** out) override { return *out = nullptr, RESULT_FALSE; }
+    };
+    entry->setField(u"level", new Hesitant);
+    EXPECT_EQ(component->GetField(u"level", IVXCharBuffer::IID, buffer.outVoid()), RESULT_FALSE);
 
     Reference<vorb::IFieldIterator> names;
     ASSERT_EQ(component->GetFieldIterator(names.out()), 0);

@@ -1,4 +1,5 @@
 #include "legacy/CVXCmdLineParser.h"
+#include "tests/Told.h"
 #include "tests/vx/Common.h"
 #include "vx/util/CommandLineParser.h"
 #include "vx/util/OptionTable.h"
@@ -86,6 +87,19 @@ TYPED_TEST(CommandLineParsers, ReadNumbersAndSayWhatIsMissing)
     EXPECT_THROW(parser.getValueLong(u"n", 5), Exception);
     EXPECT_THROW(parser.getValueString(u"n", -1), Exception);
     EXPECT_EQ(saidBy<Exception>([&] { parser.getValueLong(u"none", 0); }), "No option none");
+}
+
+TEST(CommandLineElement, MayHaveAnyPosition)
+{
+    struct Own : CVXCmdLineElement {
+        Own()
+            : CVXCmdLineElement(u"name", -2)
+        {
+            addValue(u"value");
+        }
+    };
+    const Own own;
+    EXPECT_EQ((Told {own.getName(), own.getPosition(), own.getValueString(0)}), "name -2 value");
 }
 
 TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)

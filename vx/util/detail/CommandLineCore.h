@@ -36,8 +36,8 @@ public:
 private:
     static constexpr int IS_PARAMETER = INT_MIN;
 
-    /// A definition has position -1.
-    bool isParameter() const noexcept { return m_position < -1; }
+    /// A definition has position -1, and a caller's own element any other.
+    bool isParameter() const noexcept { return m_position < IS_PARAMETER / 2; }
 
     String m_name; ///< of a parameter: the value
     std::vector<String> m_values;
