@@ -184,6 +184,17 @@ bool encodeShort(std::u16string_view text, std::int32_t& position, signed char* 
 
 #if VX_VECTOR_PATHS
 
+/// Encodes a short text from its unit `plain` on, after as many bytes, and returns the number of all bytes; -1 for a surrogate.
+VX_USES_COMPRESS std::int32_t encodeByLanes(
+    std::u16string_view text, std::ptrdiff_t plain, signed char* bytes, std::int32_t size) noexcept
+{
+    const char16_t* in = text.data() + plain;
+    const char16_t* const end = text.data() + text.size();
+    signed char* out = bytes + plain;
+    encodeLanes(in, end, out, bytes + size);
+    return in == end ? static_cast<std::int32_t>(out - bytes) : -1;
+}
+
 /// Encodes a text of at least eight units from `in` on, and returns where the bytes end; null for a surrogate. Kept out of the
 /// way of plain text, which needs none of its registers.
 [[gnu::noinline]] VX_USES_SHUFFLE const signed char* encodeFrom(
@@ -254,6 +265,8 @@ std::int64_t appendPieces(std::string& bytes, std::u16string_view text)
     if (plain == length)
         return static_cast<std::int32_t>(length);
 #if VX_VECTOR_PATHS
+    if (hasCompress())
+        return encodeByLanes(text, plain, out, size);
     if (length >= 8 && hasShuffle()) {
         if (const signed char* const end = encodeFrom(text.data() + plain, text.data() + length, out + plain))
             return static_cast<std::int32_t>(end - out);

@@ -1,35 +1,15 @@
 #pragma once
 
-#include "vx/text/charset/detail/Block.h"
+#include "vx/text/charset/detail/Lanes.h"
 #include "vx/text/charset/detail/Pass.h"
-#include "vx/text/charset/detail/Unicode.h"
 
 #if VX_VECTOR_PATHS
 
 #include <algorithm>
 #include <bit>
-#include <immintrin.h>
-
-/// For functions that are called only if `hasCompress` returns true.
-#define VX_USES_COMPRESS __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2")))
+#include <cstdint>
 
 namespace vx::text::charset::detail {
-
-/// Whether the processor can move the lanes that are kept next to each other.
-inline bool hasCompress() noexcept
-{
-    return __builtin_cpu_supports("avx512vbmi2") != 0 && __builtin_cpu_supports("avx512vl") != 0
-        && __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi2") != 0;
-}
-
-/// Bytes that are decoded at once.
-inline constexpr std::ptrdiff_t LANES = 64;
-
-/// One bit for each of the first `count` lanes. A count above LANES means all.
-VX_USES_COMPRESS inline std::uint64_t firstLanes(std::ptrdiff_t count) noexcept
-{
-    return _bzhi_u64(~std::uint64_t {0}, static_cast<std::uint64_t>(std::min(count, LANES)));
-}
 
 VX_USES_COMPRESS inline __m512i loadLanes(const signed char* bytes, std::ptrdiff_t count) noexcept
 {
@@ -87,16 +67,12 @@ VX_USES_COMPRESS inline std::uint32_t surrogatesOf(__m512i units) noexcept
         _mm512_set1_epi16(static_cast<short>(0xD800)));
 }
 
-/// Stores the units that are kept. If there is no room for all 32, the units after them stay as they are.
-VX_USES_COMPRESS inline char16_t* storeKept(
-    char16_t* out, const char16_t* outEnd, __m512i units, std::uint32_t kept) noexcept
+/// Stores the units that are kept, and changes nothing after them.
+VX_USES_COMPRESS inline char16_t* storeKept(char16_t* out, __m512i units, std::uint32_t kept) noexcept
 {
     const int count = std::popcount(kept);
-    const __m512i packed = _mm512_maskz_compress_epi16(kept, units);
-    if (outEnd - out >= LANES / 2)
-        _mm512_storeu_si512(out, packed);
-    else
-        _mm512_mask_storeu_epi16(out, _bzhi_u32(~0U, static_cast<unsigned>(count)), packed);
+    const auto lanes = static_cast<__mmask32>(firstLanes(count));
+    _mm512_mask_storeu_epi16(out, lanes, _mm512_maskz_compress_epi16(kept, units));
     return out + count;
 }
 
@@ -115,14 +91,9 @@ VX_USES_COMPRESS inline char16_t* storeKept(
             break;
         const __m512i first = loadLanes(at, left);
         if ((_mm512_movepi8_mask(first) | open) == 0) {
-            if (left >= LANES) {
-                _mm512_storeu_si512(to, widened<0>(first));
-                _mm512_storeu_si512(to + LANES / 2, widened<1>(first));
-            } else {
-                const std::uint64_t lanes = firstLanes(left);
-                _mm512_mask_storeu_epi16(to, static_cast<__mmask32>(lanes), widened<0>(first));
-                _mm512_mask_storeu_epi16(to + LANES / 2, static_cast<__mmask32>(lanes >> 32), widened<1>(first));
-            }
+            const std::uint64_t lanes = firstLanes(left);
+            _mm512_mask_storeu_epi16(to, static_cast<__mmask32>(lanes), widened<0>(first));
+            _mm512_mask_storeu_epi16(to + LANES / 2, static_cast<__mmask32>(lanes >> 32), widened<1>(first));
             to += std::min(left, LANES);
             continue;
         }
@@ -147,8 +118,8 @@ VX_USES_COMPRESS inline char16_t* storeKept(
         if (faults != 0) [[unlikely]]
             break;
         const std::uint64_t kept = firstLanes(left) & ~following;
-        to = storeKept(to, outEnd, lower, static_cast<std::uint32_t>(kept));
-        to = storeKept(to, outEnd, upper, static_cast<std::uint32_t>(kept >> 32));
+        to = storeKept(to, lower, static_cast<std::uint32_t>(kept));
+        to = storeKept(to, upper, static_cast<std::uint32_t>(kept >> 32));
         open = leads >> 63 | triples >> 62;
     }
     in = std::min(at + std::popcount(open), inEnd);

@@ -2,6 +2,7 @@
 
 #include "vx/text/charset/detail/Block.h"
 #include "vx/text/charset/detail/Pass.h"
+#include "vx/text/charset/detail/Utf8EncodeLanes.h"
 #include "vxsys/detail/Vector.h"
 
 #if VX_VECTOR_PATHS
@@ -194,6 +195,8 @@ namespace vx::text::charset::detail {
 inline void encodePlain([[maybe_unused]] Encoding& pass) noexcept
 {
 #if VX_VECTOR_PATHS
+    if (hasCompress())
+        encodeByLanes(pass);
     if (hasShuffle())
         encodeBlocks(pass);
 #endif
