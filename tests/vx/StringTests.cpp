@@ -198,8 +198,19 @@ TEST(String, IsABufferToOtherComponents)
     EXPECT_EQ(Reference<IVXCharBuffer>(held->GetUnknown()).get(), held.get());
     const Reference<Object> clone(held->clone());
     EXPECT_TRUE(clone->equals(*held) && clone.get() != held.get());
-    class Derived : public String { };
+    struct Derived : String {
+        using String::operator=;
+        char16_t* getWriteLock(int minimumLength) override
+        {
+            ++writes;
+            return String::getWriteLock(minimumLength);
+        }
+        int writes = 0;
+    };
     EXPECT_THROW(Derived().clone(), CloneNotSupportedException);
+    Derived writer;
+    writer = String(u"moved");
+    EXPECT_TRUE(writer == u"moved" && writer.writes == 1);
 }
 
 TEST(String, HashesASampleOfItsUnits)
