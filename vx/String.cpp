@@ -240,8 +240,11 @@ String& String::operator=(String&& other)
 {
     if (m_buffer == other.m_buffer) // as in the moves of a sort, where the text has never left
         return *this;
-    // A read-only buffer refers to memory of another owner. An assignment must not make this string depend on it.
-    if (!other.isSoleWriter())
+    // A string keeps an adopted buffer, such as one with a lock, and an assignment does not make it depend on memory of another
+    // owner. A derived class may have its own reads and writes.
+    const bool isPlain = detail::isExactly<String>(*this) && PlainBuffer::isKnown(*m_buffer)
+        && detail::isExactly<String>(other) && PlainBuffer::soleStorage(*other.m_buffer) != nullptr;
+    if (!isPlain)
         return setTo(other);
     swap(other);
     return *this;

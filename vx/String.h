@@ -112,7 +112,7 @@ public:
 
     /// Copies the text; the two strings do not share.
     String& operator=(const String& other);
-    /// Takes over the buffer of `other` if no other string shares it and it may be written; otherwise copies the text.
+    /// Takes over the buffer of `other` if only `other` uses it and neither buffer was adopted; otherwise copies the text.
     String& operator=(String&& other);
     String& operator=(const char16_t* text);
     String& operator=(char16_t ch);

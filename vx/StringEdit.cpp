@@ -274,12 +274,14 @@ void String::translate(const String& from, const String& to)
 void String::toLower()
 {
     const StringWriteLock target(*this);
+    target.data()[target.length()] = 0; // an adopted buffer may have no terminator yet
     VXStrToLowerW(target.data());
 }
 
 void String::toUpper()
 {
     const StringWriteLock target(*this);
+    target.data()[target.length()] = 0;
     VXStrToUpperW(target.data());
 }
 

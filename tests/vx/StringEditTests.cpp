@@ -253,6 +253,8 @@ TEST(String, FollowsTheProtocolOfAForeignBufferAndKeepsTheOldTextWhereAnEditFail
         {"compare", [](String& s) { EXPECT_TRUE(s.compare(u"abd") < 0 && s.indexOf(u'c') == 2); }, "R r R r "},
         {"with itself", [](String& s) { EXPECT_TRUE(s == String(s) && s.contains(s)); }, "R r R r R r R r "},
         {"own text", [](String& s) { s += s; }, "R r W1 E7 E7 w7 "},
+        {"moved text", [](String& s) { s = String(u"hello"); }, "W1 E6 E6 w6 "},
+        {"moved adopted text", [](String& s) { EXPECT_EQ(String() = std::move(s), u"abc"); }, "R r "},
         {"sum", [](String& s) { EXPECT_EQ(s + s, u"abcabc"); }, "R r R r "},
         {"substring", [](String& s) { EXPECT_EQ(s.substring(1), u"bc"); }, "R r "},
         {"hash", [](String& s) { EXPECT_EQ(s.hashCode(), 136518U); }, "R r "},

@@ -184,6 +184,12 @@ TEST(String, IsABufferToOtherComponents)
     String empty(String::AcquireShare, new RWCharBuffer);
     EXPECT_EQ(empty.getLength(), 0) << "the held length is 0, and the string's never below it";
     EXPECT_TRUE(empty == u"" && empty.indexOf(u'x') < 0 && empty.lastIndexOf(u"x") < 0 && empty.hashCode() == 0);
+    auto* unused = new RWCharBuffer(4);
+    std::copy_n(u"zzz", 4, unused->getWriteLock(4));
+    unused->releaseWriteLock(0);
+    String(String::AcquireShare, unused).swap(empty);
+    empty.toUpper();
+    EXPECT_EQ(unused->getData()[1], u'z') << "it is not part of the text";
     EXPECT_EQ((empty += u"abc"), u"abc");
     EXPECT_EQ(empty.getDataT(1), empty.getReadLockT(1));
 
@@ -192,8 +198,19 @@ TEST(String, IsABufferToOtherComponents)
     EXPECT_EQ(Reference<IVXCharBuffer>(held->GetUnknown()).get(), held.get());
     const Reference<Object> clone(held->clone());
     EXPECT_TRUE(clone->equals(*held) && clone.get() != held.get());
-    class Derived : public String { };
+    struct Derived : String {
+        using String::operator=;
+        char16_t* getWriteLock(int minimumLength) override
+        {
+            ++writes;
+            return String::getWriteLock(minimumLength);
+        }
+        int writes = 0;
+    };
     EXPECT_THROW(Derived().clone(), CloneNotSupportedException);
+    Derived writer;
+    writer = String(u"moved");
+    EXPECT_TRUE(writer == u"moved" && writer.writes == 1);
 }
 
 TEST(String, HashesASampleOfItsUnits)
