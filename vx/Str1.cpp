@@ -337,11 +337,12 @@ std::uint32_t Str1::ensureCapacity1(std::uint32_t capacity, std::int32_t start, 
 
     const std::uint32_t available = m_buffer != nullptr ? m_buffer->isPrivatelyHeld(0) : 0;
     if (available != 0) {
-        if (kept == 0)
-            m_offset = 0;
-        if (std::uint64_t {m_offset} + capacity <= available)
-            return available - m_offset;
-        if (m_offset != 0 && needed <= available) {
+        const std::uint32_t offset = kept != 0 ? m_offset : 0; // of this text only once nothing can fail
+        if (std::uint64_t {offset} + capacity <= available) {
+            m_offset = offset;
+            return available - offset;
+        }
+        if (offset != 0 && needed <= available) {
             moveTo(m_buffer, start, kept);
             return available;
         }

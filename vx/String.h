@@ -166,7 +166,7 @@ public:
     const char* getBytesReadLock(const char16_t* encoding = nullptr) const;
     void getBytes(util::IByteBuffer* out, const char16_t* encoding = nullptr) const;
     /// Returns the number of bytes written. They include the terminator if there is room for it. Only whole characters
-    /// are written.
+    /// are written. The bytes of the array after them have no meaning.
     std::int32_t getBytes(char* out, std::int32_t size, const char16_t* encoding = nullptr) const;
     std::int32_t getBytes(signed char* out, std::int32_t size, const char16_t* encoding = nullptr) const;
     std::int32_t getBytes(unsigned char* out, std::int32_t size, const char16_t* encoding = nullptr) const;

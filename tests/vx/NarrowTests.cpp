@@ -41,6 +41,7 @@ TEST(NarrowText, IsDecodedByEncodingName)
         {nullptr, -1, u"UTF-8", u""},
         {nullptr, 5, u"UTF-8", u""},
         {"abc", -1, nullptr, u"abc"},
+        {"a\xE9", 2, u"AMP-7", u"a\uFFFD"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(&row - cases);

@@ -67,6 +67,9 @@ TEST(Str1, RefusesWhatTwentyFourBitsCannotCount)
     EXPECT_EQ(Str1::normalizeCapacity(0x7FFFFFF0), 0x7FFFFFF0);
     EXPECT_THROW(Str1::normalizeCapacity(0x7FFFFFF1), OutOfMemoryException);
     EXPECT_EQ(Str1(-5).getData1(), nullptr);
+    Str1 part = Str1(u"abcdef").substring(3);
+    EXPECT_THROW(part.copy(std::u16string(MOST + 1, u'x').data(), MOST + 1), OutOfMemoryException);
+    EXPECT_EQ(part, u"def");
     EXPECT_THROW(Str1(std::uint64_t {1} << 32), OutOfMemoryException);
 }
 

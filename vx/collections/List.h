@@ -3,6 +3,7 @@
 #include "vx/collections/Collection.h"
 #include "vx/collections/ConstListIterator.h"
 #include "vx/collections/ListIterator.h"
+#include "vx/collections/vorb/AbstractListSubList.h"
 #include "vx/collections/vorb/List.h"
 
 #include <algorithm>
@@ -77,6 +78,12 @@ public:
             elements.begin(), elements.end(), [&less](const Reference<T>& left, const Reference<T>& right) {
                 return left == nullptr || right == nullptr ? left == nullptr && right != nullptr : less(*left, *right);
             });
+        if (dynamic_cast<vorb::AbstractListSubList*>(m_list.get()) != nullptr) {
+            // A `set` of its iterator would leave the view invalid.
+            for (int index = 0; const Reference<T>& element : elements)
+                set(index++, element.get());
+            return;
+        }
         const Reference<ListIterator<T>> place = createListIterator(0);
         for (const Reference<T>& element : elements) {
             place->next();

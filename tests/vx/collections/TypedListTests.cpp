@@ -109,6 +109,10 @@ TEST(TypedList, IsSortedStablyWhateverItsKind)
         EXPECT_EQ(textOfAll(list), "2 12 11 31 32 ");
         list.sort();
         EXPECT_EQ(textOfAll(list), "2 11 12 31 32 ");
+        const auto part = list.createSubList(1, 4);
+        part->sort([](const Item& left, const Item& right) { return left.getValue() > right.getValue(); });
+        EXPECT_EQ(part->get(2)->getValue(), 11);
+        EXPECT_EQ(textOfAll(list), "2 31 12 11 32 ");
         list.add(nullptr);
         list.sort();
         EXPECT_EQ(list.get(0), nullptr);

@@ -48,21 +48,24 @@ Reference<IVXCharBuffer> decoded(
     ByteToCharConverter& decoder, const char* bytes, int length, int capacity, std::int32_t& read)
 {
     constexpr int SHORT_TEXT = 256;
-    const int needed = room(length, decoder.getMaxCharsPerByte());
+    // One unit more than the text can have: some decoders replace a bad byte only if that leaves a unit free.
+    const int limit = room(length, decoder.getMaxCharsPerByte());
     char16_t units[SHORT_TEXT];
     Reference<RWCharBuffer> buffer;
     char16_t* text = units;
-    if (needed > SHORT_TEXT) {
-        buffer = PlainBuffer::make(std::max(capacity, needed));
-        text = buffer->getWriteLock(needed);
+    if (limit > SHORT_TEXT) {
+        buffer = PlainBuffer::make(std::max(capacity, limit));
+        text = buffer->getWriteLock(limit);
     }
     std::int32_t written = 0;
     if (bytes != nullptr) {
-        decoder.convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, needed - 1);
-        decoder.flush(text, &written, needed - 1);
+        decoder.convert(reinterpret_cast<const signed char*>(bytes), &read, length, text, &written, limit);
+        decoder.flush(text, &written, limit);
     }
     if (buffer == nullptr)
         return PlainBuffer::copyOf(text, written, capacity);
+    if (written == limit) // the decoder has given more than it had announced
+        text = buffer->ensureCapacity(room(limit, 1));
     text[written] = 0;
     buffer->releaseWriteLock(written + 1);
     PlainBuffer::releaseExtra(*buffer, capacity);
