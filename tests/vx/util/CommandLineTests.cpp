@@ -88,6 +88,30 @@ TYPED_TEST(CommandLineParsers, ReadNumbersAndSayWhatIsMissing)
     EXPECT_EQ(saidBy<Exception>([&] { parser.getValueLong(u"none", 0); }), "No option none");
 }
 
+TEST(CommandLineParser, LetsADerivedElementCopyAnyOther)
+{
+    struct Own : CommandLineParser::Element {
+        Own()
+            : Element(u"own", -7)
+        {
+        }
+        using Element::addValue;
+        using Element::copyValues;
+    };
+    CommandLineParser parser;
+    parser.parse(u"parameter -option=1,2");
+    Own own;
+    own.addValue(u"gone after");
+    own.copyValues(*parser.getElement(0));
+    own.addValue(u"more");
+    EXPECT_EQ(own.getValueString(0) + own.getValueString(1), u"parametermore");
+    own.copyValues(*parser.getElement(1));
+    EXPECT_EQ(own.getValueString(0) + own.getValueString(1), u"12");
+    EXPECT_EQ(own.getValueCount(), 2);
+    EXPECT_EQ(own.getName(), u"own");
+    EXPECT_EQ(own.getPosition(), -7);
+}
+
 TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)
 {
     const std::tuple<const char16_t*, const char*, const char*> cases[] = {
