@@ -130,34 +130,16 @@ ENUM_VX_E_SOCKET VxNetTcpWorkerSocketGetsockopt(
     return call(worker, &TcpWorkerSocket2::getsockopt, level, name, value, length);
 }
 
-ENUM_VX_E_SOCKET VxNetTcpClientSocketGetsockopt(
-    TcpWorkerSocket2* worker, int32_t level, int32_t name, char* value, int* length)
-{
-    return VxNetTcpWorkerSocketGetsockopt(worker, level, name, value, length);
-}
-
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSetsockopt(
     TcpWorkerSocket2* worker, int32_t level, int32_t name, const char* value, int length)
 {
     return call(worker, &TcpWorkerSocket2::setsockopt, level, name, value, length);
 }
 
-ENUM_VX_E_SOCKET VxNetTcpClientSocketSetsockopt(
-    TcpWorkerSocket2* worker, int32_t level, int32_t name, const char* value, int length)
-{
-    return VxNetTcpWorkerSocketSetsockopt(worker, level, name, value, length);
-}
-
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketRecv(
     TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
 {
     return call(worker, &TcpWorkerSocket2::recv, buffer, length, flags, count);
-}
-
-ENUM_VX_E_SOCKET VxNetTcpClientSocketRecv(
-    TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
-{
-    return VxNetTcpWorkerSocketRecv(worker, buffer, length, flags, count);
 }
 
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSend(
@@ -167,12 +149,6 @@ ENUM_VX_E_SOCKET VxNetTcpWorkerSocketSend(
         worker, &TcpWorkerSocket2::send, buffer, length, flags, count);
 }
 
-ENUM_VX_E_SOCKET VxNetTcpClientSocketSend(
-    TcpWorkerSocket2* worker, char* buffer, unsigned int length, int32_t flags, int32_t* count)
-{
-    return VxNetTcpWorkerSocketSend(worker, buffer, length, flags, count);
-}
-
 ENUM_VX_E_SOCKET VxNetTcpWorkerSocketStaticSelect(TcpWorkerSocket2** read, uint32_t* readCount,
     TcpWorkerSocket2** write, uint32_t* writeCount, TcpWorkerSocket2** except, uint32_t* exceptCount,
     const timeval* timeout, int32_t* ready)
@@ -180,12 +156,15 @@ ENUM_VX_E_SOCKET VxNetTcpWorkerSocketStaticSelect(TcpWorkerSocket2** read, uint3
     return TcpWorkerSocket2::select(read, readCount, write, writeCount, except, exceptCount, timeout, ready);
 }
 
-ENUM_VX_E_SOCKET VxNetTcpClientSocketStaticSelect(TcpWorkerSocket2** read, uint32_t* readCount,
-    TcpWorkerSocket2** write, uint32_t* writeCount, TcpWorkerSocket2** except, uint32_t* exceptCount,
-    const timeval* timeout, int32_t* ready)
-{
-    return VxNetTcpWorkerSocketStaticSelect(read, readCount, write, writeCount, except, exceptCount, timeout, ready);
-}
+// Each of these is one function with two names.
+decltype(VxNetTcpWorkerSocketGetsockopt) VxNetTcpClientSocketGetsockopt
+    [[gnu::alias("VxNetTcpWorkerSocketGetsockopt")]];
+decltype(VxNetTcpWorkerSocketSetsockopt) VxNetTcpClientSocketSetsockopt
+    [[gnu::alias("VxNetTcpWorkerSocketSetsockopt")]];
+decltype(VxNetTcpWorkerSocketRecv) VxNetTcpClientSocketRecv [[gnu::alias("VxNetTcpWorkerSocketRecv")]];
+decltype(VxNetTcpWorkerSocketSend) VxNetTcpClientSocketSend [[gnu::alias("VxNetTcpWorkerSocketSend")]];
+decltype(VxNetTcpWorkerSocketStaticSelect) VxNetTcpClientSocketStaticSelect
+    [[gnu::alias("VxNetTcpWorkerSocketStaticSelect")]];
 
 ENUM_VX_E_SOCKET VxNetTcpServerSocketStaticCreate(int domain, int type, int protocol, TcpServerSocket2** out)
 {

@@ -50,8 +50,12 @@ public:
         return VX_E_SOCKET_OK;
     }
 
-    /// The entry of a descriptor that has been added.
-    const VXSocketWait& of(unsigned int id) { return m_entries[placeOf(id) - 1U]; }
+    /// What a descriptor is ready for; nothing if it has not been added.
+    std::int16_t readyOf(unsigned int id)
+    {
+        const std::uint8_t place = placeOf(id);
+        return place != 0 ? m_entries[place - 1U].ready : std::int16_t {0};
+    }
 
     std::span<VXSocketWait> entries() { return {m_entries.data(), m_size}; }
 
@@ -81,7 +85,7 @@ ENUM_VX_E_SOCKET keepReady(SelectSet& set, WaitList& waits, ENUM_VX_E_SOCKET res
         const unsigned int id = socket->getId();
         if (id == 0)
             return VX_E_SOCKET_ENOTSOCK;
-        if ((waits.of(id).ready & set.wanted) == 0) {
+        if ((waits.readyOf(id) & set.wanted) == 0) {
             socket = nullptr;
             continue;
         }

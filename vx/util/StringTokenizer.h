@@ -26,13 +26,13 @@ protected:
     int skipDelims(int start) const;
     /// Where the token that begins at `start` ends; beyond the length for the last one.
     int scanToken(int start) const;
+    /// The same for the units of the text, which the caller has read once.
+    int skipDelims(std::u16string_view text, int start) const;
+    int scanToken(std::u16string_view text, int start) const;
 
 private:
     static const STRUCT_VX_STR_LIT_INFO s_defaultDelims;
 
-    /// The same for the units of the text, which the caller has read once.
-    int skipDelims(std::u16string_view text, int start) const;
-    int scanToken(std::u16string_view text, int start) const;
     /// The first place from `start` on with a delimiter, or without one if the first argument is false. The length of
     /// the text if there is none.
     int find(bool isDelimiter, std::u16string_view text, int start) const;

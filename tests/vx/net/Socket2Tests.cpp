@@ -253,6 +253,28 @@ TEST(Select, KeepsTheReadySocketsAndCountsThem)
     EXPECT_EQ(count, 63U);
 }
 
+TEST(Select, DropsASocketWhoseNumberChangesMeanwhile)
+{
+    class Renumbered : public TcpWorkerSocket2 {
+    public:
+        using TcpWorkerSocket2::TcpWorkerSocket2;
+        unsigned int getId() override { return TcpWorkerSocket2::getId() + m_calls++; }
+
+    private:
+        unsigned int m_calls = 0;
+    };
+    Pair pair;
+    sendText(*pair.client, "x");
+    ENUM_VX_E_SOCKET status = VX_E_SOCKET_OK;
+    Renumbered renumbered(static_cast<unsigned int>(::dup(static_cast<int>(pair.server->getId()))), &status);
+    std::vector<TcpWorkerSocket2*> sockets {&renumbered, pair.server.get()};
+    std::uint32_t count = 0;
+    std::int32_t ready = 0;
+    EXPECT_EQ(selectRead(sockets, count, ready, {10, 0}), VX_E_SOCKET_OK);
+    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(sockets, (std::vector<TcpWorkerSocket2*> {nullptr, pair.server.get()}));
+}
+
 TEST(Select, WaitsForDescriptorsBeyondThoseOfASystemSet)
 {
     rlimit limit {};

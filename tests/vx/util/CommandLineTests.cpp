@@ -1,5 +1,4 @@
 #include "legacy/CVXCmdLineParser.h"
-#include "tests/Told.h"
 #include "tests/vx/Common.h"
 #include "vx/util/CommandLineParser.h"
 #include "vx/util/OptionTable.h"
@@ -89,17 +88,28 @@ TYPED_TEST(CommandLineParsers, ReadNumbersAndSayWhatIsMissing)
     EXPECT_EQ(saidBy<Exception>([&] { parser.getValueLong(u"none", 0); }), "No option none");
 }
 
-TEST(CommandLineElement, MayHaveAnyPosition)
+TEST(CommandLineParser, LetsADerivedElementCopyAnyOther)
 {
-    struct Own : CVXCmdLineElement {
+    struct Own : CommandLineParser::Element {
         Own()
-            : CVXCmdLineElement(u"name", -2)
+            : Element(u"own", -7)
         {
-            addValue(u"value");
         }
+        using Element::addValue;
+        using Element::copyValues;
     };
-    const Own own;
-    EXPECT_EQ((Told {own.getName(), own.getPosition(), own.getValueString(0)}), "name -2 value");
+    CommandLineParser parser;
+    parser.parse(u"parameter -option=1,2");
+    Own own;
+    own.addValue(u"gone after");
+    own.copyValues(*parser.getElement(0));
+    own.addValue(u"more");
+    EXPECT_EQ(own.getValueString(0) + own.getValueString(1), u"parametermore");
+    own.copyValues(*parser.getElement(1));
+    EXPECT_EQ(own.getValueString(0) + own.getValueString(1), u"12");
+    EXPECT_EQ(own.getValueCount(), 2);
+    EXPECT_EQ(own.getName(), u"own");
+    EXPECT_EQ(own.getPosition(), -7);
 }
 
 TEST(CVXCmdLineParser, TakesAPairOfQuotesForAnEmptyToken)

@@ -51,6 +51,25 @@ TEST(StringTokenizer, WalksTheTokens)
     }
 }
 
+TEST(StringTokenizer, LetsADerivedClassSearch)
+{
+    struct Searcher : StringTokenizer {
+        using StringTokenizer::scanToken;
+        using StringTokenizer::skipDelims;
+        using StringTokenizer::StringTokenizer;
+    };
+    const Searcher plain(u",,ab,c", u","), all(u",,ab,c", u",", true);
+    struct {
+        int start, skipped, scanned, skippedOfAll, scannedOfAll;
+    } cases[] = {{0, 2, 0, 0, 1}, {2, 2, 4, 2, 4}, {4, 5, 4, 4, 5}, {5, 5, 7, 5, 7}, {6, 7, 6, 6, 7}, {7, 7, 7, 7, 8}};
+    for (const auto& row : cases) {
+        EXPECT_EQ(plain.skipDelims(row.start), row.skipped) << row.start;
+        EXPECT_EQ(plain.scanToken(row.start), row.scanned) << row.start;
+        EXPECT_EQ(all.skipDelims(row.start), row.skippedOfAll) << row.start;
+        EXPECT_EQ(all.scanToken(row.start), row.scannedOfAll) << row.start;
+    }
+}
+
 TEST(StringTokenizer, SearchesAnewWithNewDelimiters)
 {
     StringTokenizer tokenizer(u",;a;b,c", u",");

@@ -17,13 +17,11 @@ ENUM_VX_E_SOCKET writeText(char* text, Length* length, Fill fill) noexcept
     const Length room = length != nullptr ? std::exchange(*length, Length {0}) : 0;
     if (text == nullptr)
         return VX_E_SOCKET_EINVAL;
-    if (length == nullptr) {
-        *text = '\0';
+    *text = '\0'; // always, even for a size of 0
+    if (length == nullptr)
         return VX_E_SOCKET_EINVAL;
-    }
     if (room == 0)
         return VX_E_SOCKET_EFAULT;
-    *text = '\0';
     try {
         String built;
         const ENUM_VX_E_SOCKET result = fill(built);

@@ -31,12 +31,18 @@ public:
     void add(String value) { m_values.push_back(std::move(value)); }
     /// Adds values that are separated by commas and blanks. With `pairIsEmpty`, two double quotes are an empty value.
     void addAll(const char16_t* text, bool pairIsEmpty);
-    void copyFrom(const CommandLineValues& other) { m_values = other.m_values; }
+    void copyFrom(const CommandLineValues& other)
+    {
+        if (other.isParameter())
+            m_values.assign(1, other.m_name);
+        else
+            m_values = other.m_values;
+    }
 
 private:
     static constexpr int IS_PARAMETER = INT_MIN;
 
-    /// A definition has position -1, and a caller's own element any other.
+    /// A definition has position -1, and an element of a derived class any other.
     bool isParameter() const noexcept { return m_position < IS_PARAMETER / 2; }
 
     String m_name; ///< of a parameter: the value
