@@ -21,6 +21,8 @@ endif()
 
 if(NOT VX_VECTOR)
     target_compile_definitions(vx_build_rules INTERFACE VX_NO_VECTOR)
+elseif(VX_VECTOR EQUAL 128)
+    target_compile_definitions(vx_build_rules INTERFACE VX_NO_AVX512)
 endif()
 
 if(VX_FUZZ) # the fuzzer is to see what the library does

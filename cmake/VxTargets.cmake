@@ -49,7 +49,7 @@ endfunction()
 
 # A test program: vx_add_test(name [LABELS label...] SOURCES test.cpp...). With the label "threads" it also
 # runs under ThreadSanitizer. So it does with "scalar", for code that scans text in blocks: that build has no vector
-# instructions. PLATFORM_ONLY links only the platform layer. Programs with NAMED_OBJECTS do not run at the same time,
+# instructions. With "narrow" it also runs in a build without AVX-512. PLATFORM_ONLY links only the platform layer. Programs with NAMED_OBJECTS do not run at the same time,
 # because they count the objects that processes share by name.
 function(vx_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "PLATFORM_ONLY;NAMED_OBJECTS" "" "LABELS;SOURCES;LIBRARIES")
@@ -57,7 +57,11 @@ function(vx_add_test name)
     target_link_libraries(${name} PRIVATE vx_test_rules $<IF:$<BOOL:${arg_PLATFORM_ONLY}>,vxsys4,vxlib4> ${arg_LIBRARIES})
     set(properties TIMEOUT 300 ENVIRONMENT VXSYS4_MACHINE_REGISTRY=) # not what is installed on this machine
     if(arg_LABELS) # an empty value would be lost on the way, and the next property's name taken for it
-        list(APPEND properties LABELS "${arg_LABELS}")
+        list(JOIN arg_LABELS + labels) # one text for `ctest -L`: a list would lose all but the first on the way
+        list(APPEND properties LABELS "${labels}")
+    endif()
+    if("narrow" IN_LIST arg_LABELS)
+        add_dependencies(vx_narrow_tests ${name})
     endif()
     if(arg_NAMED_OBJECTS)
         list(APPEND properties RESOURCE_LOCK named_objects)

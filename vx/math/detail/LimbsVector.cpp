@@ -12,10 +12,14 @@ namespace {
 
 bool findVectors() noexcept
 {
+#ifdef VX_NO_AVX512
+    return false;
+#else
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0
         && __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vbmi") != 0
         && __builtin_cpu_supports("avx512ifma") != 0 && __builtin_cpu_supports("bmi2") != 0;
+#endif
 }
 
 constinit Support g_vectors {findVectors};

@@ -19,8 +19,12 @@ namespace vx::text::charset::detail {
 /// Whether the processor can move the lanes that are kept next to each other.
 inline bool hasCompress() noexcept
 {
+#ifdef VX_NO_AVX512
+    return false;
+#else
     return __builtin_cpu_supports("avx512vbmi2") != 0 && __builtin_cpu_supports("avx512vl") != 0
         && __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi2") != 0;
+#endif
 }
 
 /// Bytes of a block.
