@@ -137,13 +137,14 @@ TEST(NarrowText, ConvertsMixedTextOfEveryShortLength)
 TEST(NarrowText, DecodesOddBytesAtEveryPlace)
 {
     const std::string_view odd[] = {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xC3", "\xE2\x82", "\x80",
-        "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xED\x9F\xBF", "\xF5\x80\x80\x80", "\xFF"};
+        "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xED\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF",
+        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xF0\x9F\x98", "\xFF"};
     for (const std::string_view bytes : odd) {
-        for (const int fill : {0, 1}) {
+        for (const std::string_view fill : {"x", "\xCE\xB1", "\xF0\x9F\x98\x80"}) {
             for (std::size_t place = 0; place < 135; ++place) {
                 std::string before;
-                while (before.size() + 2 <= place && fill == 1)
-                    before += "\xCE\xB1";
+                while (before.size() + fill.size() <= place)
+                    before += fill;
                 before.resize(place, 'x');
                 const std::string text = before + std::string(bytes) + "y\xD0\xAFz";
                 String byBytes;

@@ -212,6 +212,16 @@ public:
         return bytes;
     }
 
+    /// One character again and again, which has one unit in each encoding.
+    Bytes plainBytes(std::size_t characters)
+    {
+        const std::string character = m_iconv.convert(u"a", sizeof(char16_t)).value();
+        Bytes bytes;
+        while (characters-- > 0)
+            bytes.insert(bytes.end(), character.begin(), character.end());
+        return bytes;
+    }
+
 private:
     const Encoding& m_encoding;
     Iconv m_iconv;
@@ -338,6 +348,8 @@ TEST_P(IconvAgreement, WhateverTheRoom)
         if (HasFatalFailure())
             return;
     }
+    Trial<Decoder>(GetParam(), true).expectToStopWhereTheOutputEnds(generator.plainBytes(140));
+    Trial<Encoder>(GetParam(), true).expectToStopWhereTheOutputEnds(std::vector<char16_t>(140, u'a'));
 }
 
 } // namespace
