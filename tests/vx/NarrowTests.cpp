@@ -5,12 +5,12 @@
 #include "vx/Str1.h"
 #include "vx/text/charset/CharToByteConverter.h"
 #include "vx/text/charset/CharsetException.h"
-#include "vx/text/charset/Decoder.h"
 #include "vx/util/MTByteBuffer.h"
 #include "vx/util/ROByteBuffer.h"
 
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -136,31 +136,34 @@ TEST(NarrowText, ConvertsMixedTextOfEveryShortLength)
 
 TEST(NarrowText, DecodesOddBytesAtEveryPlace)
 {
-    const std::string_view odd[] = {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xC3", "\xE2\x82", "\x80",
-        "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xED\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF",
-        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xF0\x9F\x98", "\xFF"};
-    for (const std::string_view bytes : odd) {
-        for (const std::string_view fill : {"x", "\xCE\xB1", "\xF0\x9F\x98\x80"}) {
+    const struct {
+        std::string_view bytes;
+        std::optional<std::u16string_view> units; ///< none: they throw
+    } odd[] = {{"\xC3\xA9", u"\u00E9"}, {"\xE2\x82\xAC", u"\u20AC"}, {"\xF0\x9F\x98\x80", u"\U0001F600"},
+        {"\xC3", u"\uFFFD"}, {"\xE2\x82", u"\uFFFD\uFFFD"}, {"\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD"},
+        {"\x80", u"\uFFFD"}, {"\xFF", u"\uFFFD"}, {"\xC1\xBF", u"\uFFFD\uFFFD"}, {"\xE0\x9F\xBF", u"\u07FF"},
+        {"\xED\x9F\xBF", u"\uD7FF"}, {"\xED\xA0\x80", {}}, {"\xEE\x80\x80", u"\uE000"}, {"\xF0\x8F\xBF\xBF", u"\uFFFF"},
+        {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"}, {"\xF4\x90\x80\x80", u"\uFFFD"},
+        {"\xF5\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}};
+    const struct {
+        std::string_view bytes;
+        std::u16string_view units;
+    } fills[] = {{"x", u"x"}, {"\xCE\xB1", u"\u03B1"}, {"\xF0\x9F\x98\x80", u"\U0001F600"}};
+    for (const auto& row : odd) {
+        for (const auto& fill : fills) {
             for (std::size_t place = 0; place < 135; ++place) {
-                std::string before;
-                while (before.size() + fill.size() <= place)
-                    before += fill;
-                before.resize(place, 'x');
-                const std::string text = before + std::string(bytes) + "y\xD0\xAFz";
-                String byBytes;
-                bool isFaulty = false;
-                try {
-                    Decoder decoder {String(u"UTF-8")}; // which gets too few bytes at a time for any fast path
-                    for (const char& byte : text)
-                        byBytes += decoder.decode({&byte, 1});
-                } catch (const InvalidCharacterException&) {
-                    isFaulty = true;
+                std::string bytes(place % fill.bytes.size(), 'x');
+                std::u16string units(bytes.size(), u'x');
+                while (bytes.size() < place) {
+                    bytes += fill.bytes;
+                    units += fill.units;
                 }
-                SCOPED_TRACE(::testing::PrintToString(text));
-                if (isFaulty)
-                    ASSERT_THROW(String {std::string_view(text)}, InvalidCharacterException);
+                bytes.append(row.bytes).append("y\xD0\xAFz");
+                SCOPED_TRACE(::testing::PrintToString(bytes));
+                if (row.units)
+                    ASSERT_EQ(String(std::string_view(bytes)), units.append(*row.units).append(u"y\u042Fz"));
                 else
-                    ASSERT_EQ(String(std::string_view(text)), byBytes);
+                    ASSERT_THROW(String {std::string_view(bytes)}, InvalidCharacterException);
             }
         }
     }
