@@ -27,15 +27,7 @@ SemaphoreR::~SemaphoreR() noexcept(false)
 
 void SemaphoreR::wait()
 {
-    const sync::ScopedLock guard(*m_mutex);
-    if (enterAgain())
-        return;
-    if (!Semaphore::tryWait()) {
-        // The owner may be a thread of this process, which needs the mutex to signal.
-        const sync::MutexPause pause(*m_mutex);
-        Semaphore::wait();
-    }
-    own();
+    SemaphoreR::waitFor(VX_WAIT_FOREVER);
 }
 
 bool SemaphoreR::tryWait()
@@ -61,6 +53,21 @@ void SemaphoreR::signal()
     } else {
         --m_count;
     }
+}
+
+bool SemaphoreR::waitFor(std::uint32_t milliseconds)
+{
+    const sync::ScopedLock guard(*m_mutex);
+    if (enterAgain())
+        return true;
+    if (!Semaphore::tryWait()) {
+        // The owner may be a thread of this process, which needs the mutex to signal.
+        const sync::MutexPause pause(*m_mutex);
+        if (!Semaphore::waitFor(milliseconds))
+            return false;
+    }
+    own();
+    return true;
 }
 
 /// Whether a thread of this process owns it. After `fork` a child process has a copy of its parent's fields.

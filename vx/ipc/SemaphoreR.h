@@ -24,6 +24,7 @@ public:
     bool tryWait() override;
     /// Does nothing if the calling thread is not the owner.
     void signal() override;
+    bool waitFor(std::uint32_t milliseconds) override;
 
 private:
     bool isOwnedHere() const noexcept VX_REQUIRES(*m_mutex);

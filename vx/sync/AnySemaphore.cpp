@@ -17,11 +17,6 @@ bool AnySemaphore::tryWait()
     return !failed(VXSemaphoreTryWait(m_handle));
 }
 
-bool AnySemaphore::waitFor(std::uint32_t milliseconds)
-{
-    return detail::answerOfTimedWait(VXSemaphoreTimedWait(m_handle, milliseconds));
-}
-
 void AnySemaphore::signal()
 {
     throwIfFailed(VXSemaphorePost(m_handle));
@@ -32,6 +27,11 @@ std::int32_t AnySemaphore::getValue()
     std::int32_t value = 0;
     throwIfFailed(VXSemaphoreGetValue(m_handle, &value));
     return value;
+}
+
+bool AnySemaphore::waitFor(std::uint32_t milliseconds)
+{
+    return detail::answerOfTimedWait(VXSemaphoreTimedWait(m_handle, milliseconds));
 }
 
 } // namespace vx::sync

@@ -19,13 +19,13 @@ public:
     void wait() override;
     bool tryWait() override;
 
-    /// False if the count was 0 for `milliseconds`; `VX_WAIT_FOREVER` has no limit.
-    bool waitFor(std::uint32_t milliseconds);
-
     /// Fails if the count would exceed 2^31 - 1.
     virtual void signal();
     /// The count at this moment.
     virtual std::int32_t getValue();
+
+    /// False if the count was 0 for `milliseconds`; `VX_WAIT_FOREVER` has no limit.
+    virtual bool waitFor(std::uint32_t milliseconds);
 
 protected:
     AnySemaphore() noexcept = default;

@@ -167,6 +167,21 @@ TEST(IpcSemaphore, TellsNoFailureOfItsDestructorBesideAnotherException)
     end();
 }
 
+TEST(SemaphoreR, IsOwnedAfterATimedWaitThroughItsBase)
+{
+    SemaphoreR owned(ownName("timed").c_str(), 1, nullptr);
+    sync::AnySemaphore& semaphore = owned;
+    EXPECT_TRUE(semaphore.waitFor(1000));
+    EXPECT_TRUE(semaphore.waitFor(1000)) << "again, by its owner";
+    bool isTakenByAnother = true;
+    Doing([&] { isTakenByAnother = semaphore.waitFor(5); }).join();
+    EXPECT_FALSE(isTakenByAnother);
+    semaphore.signal();
+    EXPECT_EQ(semaphore.getValue(), 0);
+    semaphore.signal();
+    EXPECT_EQ(semaphore.getValue(), 1);
+}
+
 TEST(SemaphoreR, StaysItsOwnersWhenAChildProcessDropsItsCopy)
 {
     const std::string name = ownName("fork");
