@@ -33,7 +33,7 @@ namespace vx {
 /// UTF-16 text, zero-terminated, in a buffer that several strings may share until one of them writes.
 ///
 /// @code
-/// String name = u"Grüße"; // or "Grüße" in UTF-8
+/// String name = u"Grüße"; // or u8"Grüße"
 /// const String before = name; // shares the text until one of the two changes
 /// name += u", 世界";
 /// assert(before == u"Grüße" && name.getLength() == 9);

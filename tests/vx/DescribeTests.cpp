@@ -92,6 +92,7 @@ TEST(Describe, NamesTheOperationAndItsObject)
         std::string text;
     } rows[] = {
         {[&] { io::FileInputStream stream(path); }, "open " + file + ": no such file or directory"},
+        {[&] { io::FileInputStream stream(path + u"."); }, "open " + file + ".: no such file or directory"},
         {[&] { io::FileOutputStream(path, io::FileOutputStream::APPEND); },
             "open " + file + ": no such file or directory"},
         {[&] { io::FileInputStream(String(scratch.getPath().string())).read(); },

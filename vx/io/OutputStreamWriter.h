@@ -46,7 +46,8 @@ public:
 
     /// The substitution mode of the converter, at first true.
     void setSubstitutionMode(bool mode);
-    /// Units consumed so far. After a converter's exception, the position of the unit that could not be encoded.
+    /// Units consumed so far. After a converter's exception, the position of the unit that could not be encoded; for a
+    /// leading surrogate without a trailing one, that of the unit after it.
     std::int64_t getPosition() const { return m_position; }
 
 private:

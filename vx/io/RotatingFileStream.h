@@ -46,6 +46,9 @@ struct Rotation {
 /// An entry that ends with a line feed begins on a new line. If the file ends in the middle of a line, which another
 /// program has left there, a line feed is written first.
 ///
+/// If the path is a symbolic link, a rotation renames the link, and the new file is beside it. Give such a stream the path of
+/// the file itself.
+///
 /// The names of older files end with a number: "app.log.000001" is older than "app.log.000002". If a process is killed
 /// at any moment, the next writer can continue the log.
 ///

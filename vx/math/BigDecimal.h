@@ -39,7 +39,8 @@ public:
     explicit BigDecimal(long long value);
     explicit BigDecimal(unsigned long long value);
     /// Digits with at most one point; no exponent. Trailing zeros after the point are dropped, except the first digit
-    /// there. Throws what BigInteger throws for the digits.
+    /// there. Throws what BigInteger throws for the digits, which also takes other units for digits: "1,50" becomes a
+    /// wrong number. `tryParse` refuses such a text.
     BigDecimal(const String& text);
     /// Rounded to six digits after the point, then as from a text. Infinity and NaN give zero.
     explicit BigDecimal(float value);

@@ -267,10 +267,15 @@ bool TcpServer::Core::acceptFrom(std::size_t listener)
 
 void TcpServer::Core::startSession(const Reference<TcpSocketHandle>& handle, const String& peer)
 {
+    Reference<TcpConnection> connection(new TcpConnection(handle, peer));
+    if (m_settings.timeout > 0) {
+        connection->setSoTimeout(m_settings.timeout);
+        connection->setWriteTimeout(m_settings.timeout);
+    }
     Session* session = nullptr;
     {
         const sync::Condition::Holder holder(m_changed);
-        session = &m_sessions.emplace_back(Session {*this, new TcpConnection(handle, peer), handle->getSocket()});
+        session = &m_sessions.emplace_back(Session {*this, std::move(connection), handle->getSocket()});
         ++m_running;
     }
     std::uint32_t id = 0;

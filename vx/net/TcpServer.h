@@ -70,6 +70,9 @@ public:
         /// could not be accepted and an empty text. Several threads may call it at the same time, and its exceptions
         /// are ignored. A lasting failure, such as too many open files, is reported once.
         FailureReport onFailure = {};
+        /// Milliseconds that a read or a write of a connection waits for its peer before it throws io::TimeoutException.
+        /// A handler may set others. 0: without a limit, so that a silent peer keeps its thread until `stop`.
+        int timeout = 0;
     };
 
     /// The connection is closed when the handler returns, unless the handler has kept a reference to it.

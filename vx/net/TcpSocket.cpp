@@ -118,15 +118,17 @@ Reference<io::InputStream> TcpSocket::getInputStream()
 
 Reference<io::OutputStream> TcpSocket::getOutputStream()
 {
-    const sync::ScopedLock lock(m_lock);
-    if (m_output == nullptr)
-        m_output = new TcpSocketOutputStream(m_handle.get());
-    return m_output;
+    return &outputStream();
 }
 
 void TcpSocket::setSoTimeout(int milliseconds)
 {
     inputStream().setTimeout(milliseconds);
+}
+
+void TcpSocket::setWriteTimeout(int milliseconds)
+{
+    outputStream().setTimeout(milliseconds);
 }
 
 String TcpSocket::getInheritanceId()
@@ -140,6 +142,14 @@ TcpSocketInputStream& TcpSocket::inputStream()
     if (m_input == nullptr)
         m_input = new TcpSocketInputStream(m_handle.get());
     return *m_input;
+}
+
+TcpSocketOutputStream& TcpSocket::outputStream()
+{
+    const sync::ScopedLock lock(m_lock);
+    if (m_output == nullptr)
+        m_output = new TcpSocketOutputStream(m_handle.get());
+    return *m_output;
 }
 
 void TcpSocket::init()

@@ -40,6 +40,9 @@ public:
     /// How long a read waits for the first byte before it throws io::TimeoutException; 0, the default, means without a
     /// limit.
     void setSoTimeout(int milliseconds);
+    /// How long a write waits until the peer takes more bytes before it throws io::TimeoutException; 0, the default, means
+    /// without a limit.
+    void setWriteTimeout(int milliseconds);
     /// "vx.net.tcp.socket=" and the native socket: how the socket is named to a process that inherits it.
     String getInheritanceId();
 
@@ -59,6 +62,7 @@ private:
 
     explicit TcpSocket(Reference<TcpSocketHandle> handle);
     TcpSocketInputStream& inputStream();
+    TcpSocketOutputStream& outputStream();
 
     static std::atomic<bool> s_bInitialized;
 

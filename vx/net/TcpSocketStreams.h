@@ -43,9 +43,14 @@ public:
     /// much was sent before the failure is not known.
     void write(const signed char* buffer, std::int32_t length) override;
 
+    /// Milliseconds that a write waits until the peer takes more bytes, before it throws io::TimeoutException. 0 and less
+    /// means without a limit.
+    void setTimeout(int milliseconds) noexcept { m_timeout = milliseconds; }
+
 private:
     Reference<TcpSocketHandle> m_handle;
     const unsigned int m_socket;
+    std::atomic<int> m_timeout {0};
 };
 
 } // namespace vx::net

@@ -61,18 +61,20 @@ bool saysAtEnd(std::u16string_view text, std::u16string_view part)
     return text.ends_with(part) && (text.size() == part.size() || text[text.size() - part.size() - 1] == u' ');
 }
 
-/// Joins the parts on one line. Leaves out a part that is empty or repeats the end of the text before it. A full stop is
-/// dropped if another part follows.
+/// Joins the parts on one line. Leaves out a part that is empty or repeats the end of the text before it. The full stop of a
+/// sentence is dropped if another part follows; a part that begins with a small letter may end in the name of a file.
 String joined(std::initializer_list<String> parts)
 {
     std::u16string text;
+    bool endsInSentence = false;
     for (const String& part : parts) {
         text.erase(text.find_last_not_of(u' ') + 1); // the descriptions of some results end in a blank
         if (part.view().empty() || saysAtEnd(text, part.view()))
             continue;
-        if (text.ends_with(u'.'))
+        if (endsInSentence && text.ends_with(u'.'))
             text.pop_back();
         text.append(text.empty() ? u"" : u": ").append(part.view());
+        endsInSentence = part[0] >= u'A' && part[0] <= u'Z';
     }
     return onOneLine(text);
 }

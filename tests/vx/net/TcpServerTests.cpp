@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <mutex>
 #include <pthread.h>
+#include <set>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <thread>
@@ -103,6 +104,40 @@ TEST(TcpServer, ServesAsManyAtOnceAsItIsAllowedTo)
         EXPECT_EQ(readByte(*client) + readByte(*client), 1); // the answer and the end
     served.waitFor(5);
     EXPECT_FALSE(areTooMany);
+    EXPECT_EQ(server.stop(VX_WAIT_FOREVER), 0U);
+}
+
+TEST(TcpServer, GivesUpAPeerThatNeitherWritesNorReads)
+{
+    constexpr std::size_t MUCH = 16 << 20; // more than the system keeps for a peer
+    Count failed;
+    std::mutex lock;
+    std::set<std::string> told;
+    const auto note = [&](const std::exception_ptr& failure) {
+        {
+            const std::lock_guard guard(lock);
+            told.insert(describe(failure).toUtf8().substr(0, 24));
+        }
+        failed.add(1);
+    };
+    TcpServer server({.hosts = LOOPBACK, .onFailure = note, .timeout = 1000}, [&](TcpSocket& client) {
+        readByte(client);
+        client.getOutputStream()->write(std::vector<signed char>(MUCH).data(), MUCH);
+    });
+    const auto silent = connectTo(server);
+    failed.waitFor(1);
+    const auto full = connectTo(server);
+    sendByte(*full);
+    failed.waitFor(2);
+    EXPECT_EQ(told, std::set<std::string> {"vx::io::TimeoutException"});
+
+    const auto reader = connectTo(server);
+    sendByte(*reader);
+    std::size_t received = 0;
+    std::vector<signed char> bytes(1 << 16);
+    for (std::int32_t got = 0; (got = reader->getInputStream()->read(bytes.data(), 1 << 16)) > 0;)
+        received += static_cast<std::size_t>(got);
+    EXPECT_EQ(received, MUCH);
     EXPECT_EQ(server.stop(VX_WAIT_FOREVER), 0U);
 }
 

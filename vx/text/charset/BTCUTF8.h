@@ -4,7 +4,7 @@
 
 namespace vx::text::charset {
 
-/// UTF-8 (RFC 3629). There is no byte order mark: U+FEFF is an ordinary character. A byte that begins no well-formed
+/// UTF-8, less strict than RFC 3629. There is no byte order mark: U+FEFF is an ordinary character. A byte that begins no well-formed
 /// sequence becomes one U+FFFD, in either substitution mode. Overlong forms of three and four bytes are accepted with
 /// the value that they encode. The value of a surrogate throws InvalidCharacterException; one above U+10FFFF is
 /// unmappable.

@@ -4,7 +4,7 @@
 
 namespace vx::text::charset {
 
-/// UTF-8 (RFC 3629). A lone trailing surrogate is encoded like any other unit, as three bytes; a leading one without a
+/// UTF-8, less strict than RFC 3629. A lone trailing surrogate is encoded like any other unit, as three bytes; a leading one without a
 /// trailing one throws InvalidCharacterException and stays held until `reset`.
 class VX_API CTBUTF8 : public CharToByteConverter {
 public:
