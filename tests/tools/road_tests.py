@@ -7,6 +7,7 @@ import functools
 import glob
 import os
 import random
+import resource
 import socket
 import subprocess
 import threading
@@ -206,6 +207,27 @@ class Spools(Road):
         self.assertEqual(len(self.texts()), kept)
         self.assertSucceeds(vxlog(*to, data=b"next\n"))
         self.assertEqual(self.texts()[-1], "next")
+
+    def test_number_each_line_once_when_too_many_files_are_open(self):
+        self.start()
+        lines = [f"{number:0100}" for number in range(300)]
+        with socket.create_server(("127.0.0.1", 0)) as deaf:
+            process = self.vxlog("", "--spool", self.path("spool"), "--spool-size=65536", port=deaf.getsockname()[1])
+            for part, free in enumerate((99, 1, 0)):  # descriptors for the next file and its folder
+                used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
+                limit = [number for number in range(256) if number not in used][free]
+                resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (limit, 256))
+                process.stdin.write("".join(line + "\n" for line in lines[100 * part:100 * part + 100]).encode())
+                process.stdin.flush()
+                self.wait_for(lambda: self.spooled() == 100 * part + 100)
+                if part == 0:  # all that it needs is open
+                    client = deaf.accept()[0]
+                    self.wait_for(lambda: lines[99].encode() in client.recv(65536))
+            process.kill()
+            process.communicate()
+            client.close()
+        self.assertSucceeds(vxlog("--to", f"vxlog://127.0.0.1:{self.port}", "--spool", self.path("spool"), data=b"next\n"))
+        self.assertEqual(self.texts(), [*lines, "next"])
 
     def test_have_one_process(self):
         self.start()
