@@ -9,6 +9,7 @@ import json
 import os
 import random
 import re
+import resource
 import select
 import subprocess
 import unittest
@@ -98,6 +99,11 @@ class Forms(tool.Scratch):
                 names = [each for each in entries if each["name"] == "db"]
                 self.assertEqual(self.shown("-w", "name=db", log), as_text(names))
                 self.assertEqual(vxview("-c", "-w", "name=db", log).stdout, b"%d\n" % len(names))
+
+    def test_reads_an_entry_with_many_fields_in_time(self):
+        many = {**{f"key{number}": "x" for number in range(100000)}, "last": "y\nkey7=z"}
+        log = self.write("log", plain(many).encode())
+        self.assertEqual(self.shown(log, preexec_fn=tool.limited(resource.RLIMIT_CPU, 5)), [many])
 
     def test_writes_each_form(self):
         entries = [{"level": 3, "text": "a, \"b\" <c>\r & \x01", "name": "n"}, {"text": "Ω\u202e", "peer id": "x"}]
