@@ -120,6 +120,19 @@ class Forms(tool.Scratch):
         self.assertEqual(show("line", "--colour", "always", "-l", "3", "--fields", "text"), "a, \"b\" <c>\\r & \\x01\n")
         self.assertIn("\033[32mn\033[0m", show("line", "--colour", "always"))
 
+    def test_sends_no_control_character_to_a_terminal(self):
+        evil = "a\x1b[31mb\x9b31mc\u202ed\x7fe\nf"
+        logs = [self.write("plain", plain({"level": 1, "text": evil}).encode()),
+                self.write("json", json.dumps({"level": 1, "text": evil, "more": [evil]}, ensure_ascii=False).encode())]
+        for form in ["line", "plain", "json", "csv", "xml"]:
+            master, slave = os.openpty()
+            with os.fdopen(master, "rb", buffering=0) as terminal:
+                result = vxview("--no-pager", "--colour=never", "--format", form, *logs, stdout=slave)
+                os.close(slave)
+                shown = terminal.read(65536).decode()
+            self.assertEqual((result.returncode, shown.count("[31mb")), (0, 3 if form in ("json", "xml", "line", "plain") else 2), shown)
+            self.assertRegex(shown, r"\A[^\x00-\x09\x0b\x0c\x0e-\x1f\x7f-\x9f\u202e]+\Z", form)
+
     def test_filters(self):
         lines = [
             {"level": 1, "text": "one", "peer": "10.0.0.1", "took": 9, "timestamp": "2026-11-19T10:00:00+01:00"},
