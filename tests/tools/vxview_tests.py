@@ -251,6 +251,18 @@ class Following(tool.Scratch):
         self.write("log", plain({"text": "anew"}).encode())
         self.assertEqual(self.lines(process, 1), ["anew"])
 
+    def test_tells_once_that_a_log_cannot_be_read_and_reads_it_later(self):
+        self.write("log", plain({"text": "first"}).encode())
+        process = self.follow(self.log)
+        self.assertEqual(self.lines(process, 1), ["first"])
+        os.rename(self.log, self.path("old"))
+        os.mkdir(self.log)
+        self.assertEqual(process.stderr.readline().decode(), f"vxview: {self.log}: is a folder\n")
+        self.assertFalse(select.select([process.stderr], [], [], 0.5)[0])
+        os.rmdir(self.log)
+        self.write("log", plain({"text": "second"}).encode())
+        self.assertEqual(self.lines(process, 1), ["second"])
+
 
 if __name__ == "__main__":
     unittest.main()
