@@ -119,8 +119,11 @@ void log(const Options& options, Messages& messages)
     const Reference<Target> target(new Target(createWriter(options, name, file.get())));
     const Reference<log::Logger> logger = createLogger(options);
     Reference<log::AsyncProcessor> queue;
-    if (options.workers > 0)
-        queue = log::AsyncProcessor::create(target.get(), options.workers);
+    if (options.workers > 0) {
+        constexpr std::int64_t MOST_WAITING = 32 * 1024 * 1024; // of an input that is faster than the log
+        queue = log::AsyncProcessor::create(
+            target.get(), log::AsyncOptions {.threads = options.workers, .mostBytes = MOST_WAITING});
+    }
     logger->addProcessor(queue != nullptr ? static_cast<log::ILogProcessor*>(queue.get()) : target.get());
 
     std::exception_ptr failure; // of the input: what was read before is still written
