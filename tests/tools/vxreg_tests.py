@@ -253,7 +253,7 @@ class Verification(WithComponent):
         none = "no object of class {00000077-0000-0000-0000-000000000000} (Faulty)"
         for fault, parts in [
             ("", [none]), ("killed", ["by signal 9 (Killed) while an object of class {00000077-"]), ("ended", ["with status 7"]),
-            ("thread", [none, "leaves a thread"]), ("in use", [none, "says that it is in use"]),
+            ("silent", ["does not return within 5 seconds while an object"]), ("thread", [none, "leaves a thread"]), ("in use", [none, "says that it is in use"]),
             ("unregistrable", ["VXRegisterServer failed: the disk is full", "registers no class"]),
             ("no path", ["without a library"]), ("same name", [none, "the name Faulty belongs to"]),
             ("same class", [none, "Twin and Faulty both have"]), ("kept key", [none, "does not remove Faulty"]),
