@@ -146,6 +146,15 @@ class Connections(Road):
             if options == "retry=0":
                 self.start(port=self.port)
 
+    def test_to_a_hostile_server_do_not_let_it_control_the_terminal(self):
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            process = self.vxlog("retry=0", port=listener.getsockname()[1])
+            with listener.accept()[0] as connection:
+                connection.sendall(b"wait \x1b[31m\xc2\x9b1m\x7f \xc3\xa4\n")
+                errors = process.communicate(b"line\n")[1].decode()
+        self.assertIn(r": \x1b[31m\u009b1m\x7f ä; trying again", errors)
+        self.assertRegex(errors, r"\A[^\x00-\x09\x0b-\x1f\x7f-\x9f]+\Z")
+
     def test_to_an_older_server_are_greeted_as_it_expects(self):
         with socket.create_server(("127.0.0.1", 0)) as listener:
             process = self.vxlog("level=4", port=listener.getsockname()[1])

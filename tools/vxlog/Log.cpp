@@ -8,6 +8,7 @@
 #include "common/Failure.h"
 #include "common/FileName.h"
 #include "common/Input.h"
+#include "common/Program.h"
 
 #include <vx/Exceptions.h>
 #include <vx/io/EntryStream.h>
@@ -22,7 +23,6 @@
 #include <vx/log/XmlLogWriter.h>
 
 #include <atomic>
-#include <iostream>
 #include <memory>
 
 namespace vxlog {
@@ -38,7 +38,7 @@ io::Rotation rotationOf(const Options& options)
     io::Rotation rotation = options.rotation;
     rotation.onFailure = [isTold = std::make_shared<std::atomic<bool>>(false)](const Exception& failure) {
         if (!isTold->exchange(true))
-            std::cerr << "vxlog: " << textOf(failure) << std::endl;
+            complain("vxlog", textOf(failure));
     };
     return rotation;
 }
