@@ -286,7 +286,13 @@ String RotatingFileStream::Core::rotate()
         result = VXFileRename(SystemName(m_path), SystemName(path));
     } while (result == RESULT_ALREADY_EXISTS);
     throwIfFailed(result, u"rename", m_path);
-    follow();
+    try {
+        follow();
+    } catch (const Exception&) { // there is no room for another file, say: this one has to go on
+        VXFileRename(SystemName(path), SystemName(m_path));
+        m_file->open();
+        throw;
+    }
     learnPeriod(periodNow());
     m_nextTry = 0;
 
