@@ -99,7 +99,7 @@ class Branches(Scratch):
 
     def test_are_set_as_a_whole_or_not_at_all(self):
         head = b'# a note\r\n[VX_HKEY_USER\\A]\r\n\r\n"n"=u32:1\r\n'
-        for line in [b'"n=u32:1', b'"n"', b'"n"=u8:1', b'"n"="a"b', b'"n"=text:a', b'"n"="\\x"', b'"n"="\\u12"', b"n=1",
+        for line in [b'"n=u32:1', b'"n"', b'"n"=u8:1', b'"n"="a"b', b'"n"=text:a', b'"n"="\\x"', b'"n"="\\u12"', '"n"="\\uİ041"'.encode(), "[VX_HKEY_USER/X%İ1]".encode(), b"n=1",
                      b"[VX_HKEY_USER\\A", b"[VX_USER\\A]", b"[VX_HKEY_USER\\%4]", b'"n"="\xff"']:
             self.assertRefused(["import"], "standard input", "line 5", text=head + line)
             self.assertEqual(self.output("list", "VX_HKEY_USER"), "", line)
