@@ -187,6 +187,11 @@ class Logs(tool.Scratch):
                 self.assertIn(f"vxview: {log}: {part}", result.stderr.decode())
                 self.assertEqual(result.returncode, 2)
         self.assertEqual((vxview("-t", "y", good).returncode, vxview("-t", "x", good).returncode), (1, 0))
+        large = self.write("large.gz", gzip.compress(plain({"text": "z"}).encode() * 100000))
+        with subprocess.Popen([os.environ["VXVIEW"], large], stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stdout.readline()
+            process.stdout.close()  # gzip has more to write, and has to end silently
+            self.assertEqual((process.stderr.read(), process.wait()), (b"", 0))
         self.assertNeedsRoom("vxview", [good], ["-c", good], ["-S", good], status=2)
 
     def test_counts_groups(self):
