@@ -8,6 +8,7 @@ import glob
 import os
 import random
 import resource
+import select
 import socket
 import subprocess
 import threading
@@ -239,6 +240,33 @@ class Spools(Road):
             client.close()
         self.assertSucceeds(vxlog("--to", f"vxlog://127.0.0.1:{self.port}", "--spool", self.path("spool"), data=b"next\n"))
         self.assertEqual(self.texts(), [*lines, "next"])
+
+    def test_are_read_again_when_too_many_files_were_open(self):
+        if os.environ["VXLOGD_SANITIZED"]:
+            self.skipTest("the sanitizer needs descriptors")
+        lines = b"".join(b"%01000d\n" % number for number in range(3000))
+        spool = ["--spool", self.path("spool"), "--spool-size=4000000"]  # in several files
+        vxlog("--to", "vxlog://127.0.0.1:1?retry=0", *spool, data=lines)
+        with socket.socket() as listener:
+            listener.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)  # the rest waits in the spool
+            listener.bind(("127.0.0.1", 0))
+            listener.listen()
+            process = self.vxlog("", *spool, port=listener.getsockname()[1])
+            with listener.accept()[0] as connection, connection.makefile("rb") as heard:
+                greeting = heard.readline()
+                used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
+                limit = min(number for number in range(256) if number not in used)
+                resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (limit, 256))
+                received = heard.readline()
+                while b"too many open files; trying again" not in (
+                        process.stderr.readline() if select.select([process.stderr], [], [], 0)[0] else b""):
+                    received += heard.readline() if select.select([connection], [], [], 0.1)[0] else b""
+                resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (256, 256))
+                while received.count(b"\n") < 3000:
+                    received += heard.readline()
+                connection.sendall(b"ack 3000\n")
+                self.assertEqual(process.communicate(b""), (None, b""))
+        self.assertEqual((process.returncode, received.replace(b"<0>", b"")), (0, lines), greeting)
 
     def test_have_one_process(self):
         self.start()
