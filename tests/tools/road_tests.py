@@ -7,6 +7,8 @@ import functools
 import glob
 import os
 import random
+import resource
+import select
 import socket
 import subprocess
 import threading
@@ -145,6 +147,15 @@ class Connections(Road):
             if options == "retry=0":
                 self.start(port=self.port)
 
+    def test_to_a_hostile_server_do_not_let_it_control_the_terminal(self):
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            process = self.vxlog("retry=0", port=listener.getsockname()[1])
+            with listener.accept()[0] as connection:
+                connection.sendall(b"wait \x1b[31m\xc2\x9b1m\x7f \xc3\xa4\n")
+                errors = process.communicate(b"line\n")[1].decode()
+        self.assertIn(r": \x1b[31m\u009b1m\x7f ä; trying again", errors)
+        self.assertRegex(errors, r"\A[^\x00-\x09\x0b-\x1f\x7f-\x9f]+\Z")
+
     def test_to_an_older_server_are_greeted_as_it_expects(self):
         with socket.create_server(("127.0.0.1", 0)) as listener:
             process = self.vxlog("level=4", port=listener.getsockname()[1])
@@ -206,6 +217,56 @@ class Spools(Road):
         self.assertEqual(len(self.texts()), kept)
         self.assertSucceeds(vxlog(*to, data=b"next\n"))
         self.assertEqual(self.texts()[-1], "next")
+
+    def test_number_each_line_once_when_too_many_files_are_open(self):
+        if os.environ["VXLOGD_SANITIZED"]:
+            self.skipTest("the sanitizer needs descriptors, and takes a sound object for a damaged one without them")
+        self.start()
+        lines = [f"{number:0100}" for number in range(300)]
+        with socket.create_server(("127.0.0.1", 0)) as deaf:
+            process = self.vxlog("", "--spool", self.path("spool"), "--spool-size=65536", port=deaf.getsockname()[1])
+            for part, free in enumerate((99, 1, 0)):  # descriptors for the next file and its folder
+                used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
+                limit = [number for number in range(256) if number not in used][free]
+                resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (limit, 256))
+                process.stdin.write("".join(line + "\n" for line in lines[100 * part:100 * part + 100]).encode())
+                process.stdin.flush()
+                self.wait_for(lambda: self.spooled() == 100 * part + 100)
+                if part == 0:  # all that it needs is open
+                    client = deaf.accept()[0]
+                    self.wait_for(lambda: lines[99].encode() in client.recv(65536))
+            process.kill()
+            process.communicate()
+            client.close()
+        self.assertSucceeds(vxlog("--to", f"vxlog://127.0.0.1:{self.port}", "--spool", self.path("spool"), data=b"next\n"))
+        self.assertEqual(self.texts(), [*lines, "next"])
+
+    def test_are_read_again_when_too_many_files_were_open(self):
+        if os.environ["VXLOGD_SANITIZED"]:
+            self.skipTest("the sanitizer needs descriptors")
+        lines = b"".join(b"%01000d\n" % number for number in range(3000))
+        spool = ["--spool", self.path("spool"), "--spool-size=4000000"]  # in several files
+        vxlog("--to", "vxlog://127.0.0.1:1?retry=0", *spool, data=lines)
+        with socket.socket() as listener:
+            listener.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)  # the rest waits in the spool
+            listener.bind(("127.0.0.1", 0))
+            listener.listen()
+            process = self.vxlog("", *spool, port=listener.getsockname()[1])
+            with listener.accept()[0] as connection, connection.makefile("rb") as heard:
+                greeting = heard.readline()
+                used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
+                limit = min(number for number in range(256) if number not in used)
+                resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (limit, 256))
+                received = heard.readline()
+                while b"too many open files; trying again" not in (
+                        process.stderr.readline() if select.select([process.stderr], [], [], 0)[0] else b""):
+                    received += heard.readline() if select.select([connection], [], [], 0.1)[0] else b""
+                resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (256, 256))
+                while received.count(b"\n") < 3000:
+                    received += heard.readline()
+                connection.sendall(b"ack 3000\n")
+                self.assertEqual(process.communicate(b""), (None, b""))
+        self.assertEqual((process.returncode, received.replace(b"<0>", b"")), (0, lines), greeting)
 
     def test_have_one_process(self):
         self.start()

@@ -13,6 +13,7 @@ import resource
 import shutil
 import signal
 import stat
+import struct
 import subprocess
 import unittest
 
@@ -203,6 +204,28 @@ class OutputFiles(tool.Scratch):
         modes = {name: stat.S_IMODE(os.stat(self.path(name)).st_mode) for name in ("kept", "new")}
         self.assertEqual(modes, {"kept": 0o751, "new": 0o640})
         self.assertEqual(self.files(), dict.fromkeys(["dangling", "kept", "link", "new"], b"text"))
+
+    def test_gives_nobody_rights_that_the_old_file_did_not_give(self):
+        none = 2 ** 32 - 1  # a list for the owner, a user, the group, the most for these two, and all others
+        access = struct.pack("<I" + "HHI" * 5, 2, 1, 6, none, 2, 4, 65533, 4, 0, none, 16, 4, none, 32, 0, none)
+        out = self.write("out", b"old", 0o600)
+        with contextlib.suppress(OSError):  # where the file system has no lists
+            os.setxattr(out, "system.posix_acl_access", access)
+            self.assertSucceeds(vxconv("-o", out, data=b"text"))
+            self.assertEqual(os.getxattr(out, "system.posix_acl_access"), access)
+        if os.geteuid() != 0:
+            self.skipTest("needs files of another user")
+        os.chmod(self.folder, 0o777)
+        for groups, before, after in [([65533], 0o660, 0o660), ([], 0o666, 0o606)]:
+            os.remove(out)
+            os.chown(self.write("out", b"old"), 0, 65533)
+            os.chmod(out, before)
+            try:
+                result = vxconv("-o", out, data=b"text", user=65534, group=65534, extra_groups=groups)
+            except PermissionError:
+                self.skipTest("another user does not reach the program")
+            self.assertSucceeds(result)
+            self.assertEqual((stat.S_IMODE(os.stat(out).st_mode), os.stat(out).st_gid), (after, 65533 if groups else 65534))
 
     def test_leaves_the_old_file_when_it_fails(self):
         self.write("out", b"old")

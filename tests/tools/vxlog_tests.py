@@ -6,6 +6,7 @@ import json
 import os
 import re
 import resource
+import select
 import shutil
 import signal
 import socket
@@ -118,6 +119,20 @@ class Entries(tool.Scratch):
                 time.sleep(0.001)
         process.communicate()
         self.assertEqual((process.returncode, len(self.entries())), (0, 3))
+
+    def test_reads_no_further_than_its_queue_has_room(self):
+        line = b"x" * 4000 + b"\n"
+        data = line * 10000
+        process = subprocess.Popen([os.environ["VXLOG"], "--async=1"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(lambda: (process.kill(), process.wait(), process.stdin.close(), process.stdout.close()))
+        os.set_blocking(process.stdin.fileno(), False)
+        sent = 0
+        while sent < len(data) and select.select([], [process.stdin], [], 3)[1]:
+            sent += os.write(process.stdin.fileno(), data[sent:sent + 65536])
+        self.assertLess(sent, len(data), "the log is not read, and the memory would not be enough for all that comes")
+        os.set_blocking(process.stdin.fileno(), True)
+        output = process.communicate(data[sent:])[0]
+        self.assertEqual((process.returncode, output.count(b"text=" + line)), (0, 10000))
 
 
 class Documents(tool.Scratch):

@@ -4,6 +4,7 @@
 import collections
 import concurrent.futures
 import contextlib
+import fcntl
 import functools
 import json
 import os
@@ -13,7 +14,9 @@ import shutil
 import signal
 import socket
 import ssl
+import struct
 import subprocess
+import termios
 import threading
 import time
 import unittest
@@ -609,6 +612,25 @@ class Status(Served):
             self.assertEqual(self.figures()["connections"], "2")
         self.assertEqual(self.stop(), 0)
         self.assertFails(vxlogd("--status", "--log=" + self.log), ".log.status: no vxlogd listens here; --log FILE or a PATH")
+
+    def test_is_told_while_a_write_does_not_return(self):
+        os.mkfifo(self.log)
+        reader = os.open(self.log, os.O_RDONLY | os.O_NONBLOCK)
+        drain = threading.Thread(target=lambda: [None for _ in iter(lambda: os.read(reader, 65536), b"")])
+        try:
+            self.start("--status-socket=" + self.path("status"))
+            client = self.client("ack=1").send((b"x" * 500 + b"\n") * 200)  # more than the pipe holds
+            self.wait_for(lambda: struct.unpack("i", fcntl.ioctl(reader, termios.FIONREAD, bytes(4)))[0] > 60000)
+            status = subprocess.run([os.environ["VXLOGD"], "--status", self.path("status")], stdout=subprocess.PIPE,
+                                    timeout=PATIENCE, check=True)
+            self.assertIn(self.log.encode(), status.stdout)
+        finally:
+            os.set_blocking(reader, True)
+            drain.start()
+        client.hear("ack 200\n")
+        self.assertEqual(self.stop(), 0)
+        drain.join()
+        os.close(reader)
 
     def test_shows_why_clients_wait(self):
         self.start("--backlog=50000")

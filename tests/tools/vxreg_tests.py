@@ -99,7 +99,7 @@ class Branches(Scratch):
 
     def test_are_set_as_a_whole_or_not_at_all(self):
         head = b'# a note\r\n[VX_HKEY_USER\\A]\r\n\r\n"n"=u32:1\r\n'
-        for line in [b'"n=u32:1', b'"n"', b'"n"=u8:1', b'"n"="a"b', b'"n"=text:a', b'"n"="\\x"', b'"n"="\\u12"', b"n=1",
+        for line in [b'"n=u32:1', b'"n"', b'"n"=u8:1', b'"n"="a"b', b'"n"=text:a', b'"n"="\\x"', b'"n"="\\u12"', '"n"="\\uİ041"'.encode(), "[VX_HKEY_USER/X%İ1]".encode(), b"n=1",
                      b"[VX_HKEY_USER\\A", b"[VX_USER\\A]", b"[VX_HKEY_USER\\%4]", b'"n"="\xff"']:
             self.assertRefused(["import"], "standard input", "line 5", text=head + line)
             self.assertEqual(self.output("list", "VX_HKEY_USER"), "", line)
@@ -253,7 +253,7 @@ class Verification(WithComponent):
         none = "no object of class {00000077-0000-0000-0000-000000000000} (Faulty)"
         for fault, parts in [
             ("", [none]), ("killed", ["by signal 9 (Killed) while an object of class {00000077-"]), ("ended", ["with status 7"]),
-            ("thread", [none, "leaves a thread"]), ("in use", [none, "says that it is in use"]),
+            ("silent", ["does not return within 5 seconds while an object"]), ("thread", [none, "leaves a thread"]), ("in use", [none, "says that it is in use"]),
             ("unregistrable", ["VXRegisterServer failed: the disk is full", "registers no class"]),
             ("no path", ["without a library"]), ("same name", [none, "the name Faulty belongs to"]),
             ("same class", [none, "Twin and Faulty both have"]), ("kept key", [none, "does not remove Faulty"]),

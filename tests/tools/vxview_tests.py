@@ -9,6 +9,7 @@ import json
 import os
 import random
 import re
+import resource
 import select
 import subprocess
 import unittest
@@ -99,6 +100,11 @@ class Forms(tool.Scratch):
                 self.assertEqual(self.shown("-w", "name=db", log), as_text(names))
                 self.assertEqual(vxview("-c", "-w", "name=db", log).stdout, b"%d\n" % len(names))
 
+    def test_reads_an_entry_with_many_fields_in_time(self):
+        many = {**{f"key{number}": "x" for number in range(100000)}, "last": "y\nkey7=z"}
+        log = self.write("log", plain(many).encode())
+        self.assertEqual(self.shown(log, preexec_fn=tool.limited(resource.RLIMIT_CPU, 5)), [many])
+
     def test_writes_each_form(self):
         entries = [{"level": 3, "text": "a, \"b\" <c>\r & \x01", "name": "n"}, {"text": "Ω\u202e", "peer id": "x"}]
         data = "".join(FORMS["json"](each) for each in entries).encode() + b"foreign, line\n"
@@ -113,6 +119,19 @@ class Forms(tool.Scratch):
         self.assertEqual(show("line"), "[3] n: a, \"b\" <c>\\r & \\x01\nΩ\\u202e peer id=x\nforeign> foreign, line\n")
         self.assertEqual(show("line", "--colour", "always", "-l", "3", "--fields", "text"), "a, \"b\" <c>\\r & \\x01\n")
         self.assertIn("\033[32mn\033[0m", show("line", "--colour", "always"))
+
+    def test_sends_no_control_character_to_a_terminal(self):
+        evil = "a\x1b[31mb\x9b31mc\u202ed\x7fe\nf"
+        logs = [self.write("plain", plain({"level": 1, "text": evil}).encode()),
+                self.write("json", json.dumps({"level": 1, "text": evil, "more": [evil]}, ensure_ascii=False).encode())]
+        for form in ["line", "plain", "json", "csv", "xml"]:
+            master, slave = os.openpty()
+            with os.fdopen(master, "rb", buffering=0) as terminal:
+                result = vxview("--no-pager", "--colour=never", "--format", form, *logs, stdout=slave)
+                os.close(slave)
+                shown = terminal.read(65536).decode()
+            self.assertEqual((result.returncode, shown.count("[31mb")), (0, 3 if form in ("json", "xml", "line", "plain") else 2), shown)
+            self.assertRegex(shown, r"\A[^\x00-\x09\x0b\x0c\x0e-\x1f\x7f-\x9f\u202e]+\Z", form)
 
     def test_filters(self):
         lines = [
@@ -168,6 +187,11 @@ class Logs(tool.Scratch):
                 self.assertIn(f"vxview: {log}: {part}", result.stderr.decode())
                 self.assertEqual(result.returncode, 2)
         self.assertEqual((vxview("-t", "y", good).returncode, vxview("-t", "x", good).returncode), (1, 0))
+        large = self.write("large.gz", gzip.compress(plain({"text": "z"}).encode() * 100000))
+        with subprocess.Popen([os.environ["VXVIEW"], large], stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stdout.readline()
+            process.stdout.close()  # gzip has more to write, and has to end silently
+            self.assertEqual((process.stderr.read(), process.wait()), (b"", 0))
         self.assertNeedsRoom("vxview", [good], ["-c", good], ["-S", good], status=2)
 
     def test_counts_groups(self):
@@ -231,6 +255,18 @@ class Following(tool.Scratch):
             self.assertEqual(self.lines(process, 1), ["partial"])
         self.write("log", plain({"text": "anew"}).encode())
         self.assertEqual(self.lines(process, 1), ["anew"])
+
+    def test_tells_once_that_a_log_cannot_be_read_and_reads_it_later(self):
+        self.write("log", plain({"text": "first"}).encode())
+        process = self.follow(self.log)
+        self.assertEqual(self.lines(process, 1), ["first"])
+        os.rename(self.log, self.path("old"))
+        os.mkdir(self.log)
+        self.assertEqual(process.stderr.readline().decode(), f"vxview: {self.log}: is a folder\n")
+        self.assertFalse(select.select([process.stderr], [], [], 0.5)[0])
+        os.rmdir(self.log)
+        self.write("log", plain({"text": "second"}).encode())
+        self.assertEqual(self.lines(process, 1), ["second"])
 
 
 if __name__ == "__main__":

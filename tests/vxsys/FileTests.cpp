@@ -14,6 +14,7 @@
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <tuple>
 #include <unistd.h>
 
@@ -243,6 +244,30 @@ TEST(FileReplacement, HasNoNameUntilItIsCommittedAndLeavesNothing)
         }
         EXPECT_EQ(contentOf(scratch / "file"), "");
     }
+}
+
+TEST(FileReplacement, TakesNoAccessListFromItsFolder)
+{
+    struct List {
+        std::uint32_t version = 2;
+        struct {
+            std::uint16_t kind, rights;
+            std::uint32_t id;
+        } entries[5]
+            = {{1, 7, UINT32_MAX}, {2, 6, 65533}, {4, 0, UINT32_MAX}, {16, 6, UINT32_MAX}, {32, 0, UINT32_MAX}};
+    } const list; // all for the owner, and much for another user
+    const Scratch scratch;
+    put(scratch / "file", "old");
+    ASSERT_EQ(::chmod((scratch / "file").c_str(), 0640), 0);
+    if (::setxattr(scratch.getPath().c_str(), "system.posix_acl_default", &list, sizeof list, 0) != 0)
+        GTEST_SKIP() << "this file system has no access lists";
+    VXFileReplacement replacement = nullptr;
+    std::uint32_t handle = 0;
+    ASSERT_EQ(VXFileReplaceBegin(scratch.full("file").c_str(), 0600, &replacement, &handle), 0);
+    EXPECT_EQ(VXFileReplaceCommit(replacement, nullptr), 0);
+    EXPECT_EQ(VXFileReplaceEnd(replacement), 0);
+    EXPECT_EQ(::getxattr((scratch / "file").c_str(), "system.posix_acl_access", nullptr, 0), -1);
+    EXPECT_EQ(fs::status(scratch / "file").permissions(), fs::perms(0640));
 }
 
 TEST(FileReplacement, HasANameOfItsOwnWhereItMust)

@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <random>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
 
@@ -118,6 +119,27 @@ mode_t rightsOfNewFile()
     return RIGHTS_OF_NEW_FILES & ~mask;
 }
 
+/// Gives `file` the owner, the group and the access list of the one at `path`. Returns the mode that it may have with
+/// what it could get of that.
+mode_t takeRights(int file, const std::string& path, const struct stat& old)
+{
+    constexpr const char* ACCESS_LIST = "system.posix_acl_access";
+    constexpr auto SAME = static_cast<uid_t>(-1);
+    mode_t rights = old.st_mode & RIGHTS;
+    if (::fchown(file, old.st_uid, old.st_gid) != 0) {
+        rights &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
+        if (::fchown(file, SAME, old.st_gid) != 0)
+            rights &= ~static_cast<mode_t>(S_IRWXG);
+    }
+    char list[8192];
+    const ssize_t size = ::getxattr(path.c_str(), ACCESS_LIST, list, sizeof list);
+    if (size < 0 && (errno == ENODATA || errno == ENOTSUP))
+        ::fremovexattr(file, ACCESS_LIST); // from its folder
+    else if (size < 0 || ::fsetxattr(file, ACCESS_LIST, list, static_cast<std::size_t>(size), 0) != 0)
+        rights &= ~static_cast<mode_t>(S_IRWXG); // with a list, they are the rights of all whom it names
+    return rights;
+}
+
 } // namespace
 
 bool writeAll(int descriptor, std::string_view bytes)
@@ -191,9 +213,7 @@ void Output::openBeside(const std::string& path)
         g_beside[0] = '\0';
         throw Failure(m_name, textOfError(error));
     }
-    if (m_replaces && ::fchown(m_descriptor, status.st_uid, status.st_gid) != 0)
-        status.st_mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID); // do not grant the rights of another owner
-    if (::fchmod(m_descriptor, m_replaces ? status.st_mode & RIGHTS : rightsOfNewFile()) != 0)
+    if (::fchmod(m_descriptor, m_replaces ? takeRights(m_descriptor, path, status) : rightsOfNewFile()) != 0)
         throw Failure(m_name, textOfError(errno));
 }
 

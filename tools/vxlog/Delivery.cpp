@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <poll.h>
+#include <utility>
 
 namespace vxlog {
 
@@ -21,6 +22,7 @@ Delivery::Delivery(const Destination& destination, bool keeps, Backlog& backlog,
     , m_backlog(backlog)
     , m_teller(teller)
     , m_firstOfRun(backlog.range().first)
+    , m_next(m_firstOfRun)
 {
 }
 
@@ -89,6 +91,25 @@ Delivery::Clock::time_point Delivery::patienceEnd()
     if (m_endingSince)
         end = std::min(end, std::max(*m_endingSince, m_lastProgress) + std::max(m_destination.retry, TIME_FOR_ANSWERS));
     return end;
+}
+
+bool Delivery::readBacklog(std::string& target, std::size_t most)
+{
+    constexpr auto PAUSE = 1s;
+    try {
+        m_next += m_backlog.read(m_next, target, most);
+        m_readAgain = NEVER;
+        m_isReadingTold = false;
+        return true;
+    } catch (const Failure& failure) {
+        if (m_isEnding)
+            throw;
+        target.clear();
+        m_readAgain = Clock::now() + PAUSE;
+        if (!std::exchange(m_isReadingTold, true))
+            m_teller.tell(TRYING_AGAIN(m_name, failure.text()));
+        return false;
+    }
 }
 
 bool Delivery::isAllDone() const

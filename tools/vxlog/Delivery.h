@@ -57,6 +57,9 @@ protected:
     /// When to give up; it depends on what is known by now.
     Clock::time_point patienceEnd();
     bool isAllDone() const;
+    /// Appends further lines to `target`. If they cannot be read now, tells that once, and returns false; the next try is
+    /// due at `m_readAgain`. At the end of the input it throws Failure instead.
+    bool readBacklog(std::string& target, std::size_t most);
     [[noreturn]] void giveUp(const vxtools::Text& why) const;
 
     const Destination m_destination;
@@ -66,6 +69,9 @@ protected:
     Teller& m_teller;
     const std::uint64_t m_firstOfRun;
 
+    std::uint64_t m_next; ///< the next line to be read from the backlog
+    Clock::time_point m_readAgain = NEVER;
+    bool m_isReadingTold = false;
     Clock::time_point m_lastProgress = Clock::now();
     std::optional<Clock::time_point> m_awaySince;
     std::optional<Clock::time_point> m_endingSince; ///< the end of the input

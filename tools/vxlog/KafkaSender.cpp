@@ -96,7 +96,6 @@ private:
 KafkaSender::KafkaSender(const Destination& destination, bool keeps, Backlog& backlog, Teller& teller)
     : Delivery(destination, keeps, backlog, teller)
     , m_entries(std::make_unique<Entries>("vxlog-" + backlog.id()))
-    , m_next(m_firstOfRun)
     , m_acknowledged(m_firstOfRun - 1)
     , m_sent(m_firstOfRun)
 {
@@ -145,7 +144,8 @@ void KafkaSender::sendAll()
     for (;;) {
         if (m_rest.empty()) {
             m_block.clear();
-            m_next += m_backlog.read(m_next, m_block, BLOCK_SIZE);
+            if (!readBacklog(m_block, BLOCK_SIZE))
+                return; // the next turn comes soon
             m_rest = m_block;
             if (m_rest.empty())
                 return;

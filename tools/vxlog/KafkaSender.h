@@ -35,7 +35,6 @@ private:
 
     const std::unique_ptr<Entries> m_entries;
     vx::Reference<vx::components::IVXKafkaProducer> m_producer;
-    std::uint64_t m_next; ///< the next line to be read from the backlog
     std::uint64_t m_acknowledged;
     std::string m_block; ///< lines that were read
     std::string_view m_rest; ///< those that were not sent yet

@@ -8,6 +8,7 @@
 #include "common/Failure.h"
 #include "common/FileName.h"
 #include "common/Input.h"
+#include "common/Program.h"
 
 #include <vx/Exceptions.h>
 #include <vx/io/EntryStream.h>
@@ -22,7 +23,6 @@
 #include <vx/log/XmlLogWriter.h>
 
 #include <atomic>
-#include <iostream>
 #include <memory>
 
 namespace vxlog {
@@ -38,7 +38,7 @@ io::Rotation rotationOf(const Options& options)
     io::Rotation rotation = options.rotation;
     rotation.onFailure = [isTold = std::make_shared<std::atomic<bool>>(false)](const Exception& failure) {
         if (!isTold->exchange(true))
-            std::cerr << "vxlog: " << textOf(failure) << std::endl;
+            complain("vxlog", textOf(failure));
     };
     return rotation;
 }
@@ -119,8 +119,11 @@ void log(const Options& options, Messages& messages)
     const Reference<Target> target(new Target(createWriter(options, name, file.get())));
     const Reference<log::Logger> logger = createLogger(options);
     Reference<log::AsyncProcessor> queue;
-    if (options.workers > 0)
-        queue = log::AsyncProcessor::create(target.get(), options.workers);
+    if (options.workers > 0) {
+        constexpr std::int64_t MOST_WAITING = 32 * 1024 * 1024; // of an input that is faster than the log
+        queue = log::AsyncProcessor::create(
+            target.get(), log::AsyncOptions {.threads = options.workers, .mostBytes = MOST_WAITING});
+    }
     logger->addProcessor(queue != nullptr ? static_cast<log::ILogProcessor*>(queue.get()) : target.get());
 
     std::exception_ptr failure; // of the input: what was read before is still written

@@ -125,7 +125,8 @@ bool Sender::serve()
             }
         }
         waitFor(m_link->descriptor(),
-            static_cast<short>(m_link->wantsToWrite(!m_rest.empty()) ? POLLIN | POLLOUT : POLLIN), until);
+            static_cast<short>(m_link->wantsToWrite(!m_rest.empty()) ? POLLIN | POLLOUT : POLLIN),
+            std::min(until, m_readAgain));
     }
 }
 
@@ -160,7 +161,8 @@ bool Sender::sendAll()
         if (m_rest.empty()) {
             acknowledge(m_destination.wantsAnswers ? m_acknowledged : m_next - 1);
             m_output.clear();
-            m_next += m_backlog.read(m_next, m_output, BLOCK_SIZE);
+            if (!readBacklog(m_output, BLOCK_SIZE))
+                return true;
             m_rest = m_output;
             if (m_rest.empty() && !m_link->wantsToWrite(false))
                 return true;

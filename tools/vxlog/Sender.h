@@ -56,7 +56,6 @@ private:
     // Of the connection.
     std::unique_ptr<Link> m_link;
     std::uint64_t m_begin = 1; ///< its first line
-    std::uint64_t m_next = 1; ///< the next line to be read from the backlog
     std::string m_output;
     std::string_view m_rest; ///< of the output
     std::string m_heard;

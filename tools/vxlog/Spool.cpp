@@ -340,11 +340,16 @@ void Spool::begin(std::uint64_t first)
 {
     const Segment segment {first, 0, 0};
     OpenFile file(pathOf(segment), O_RDWR | O_CREAT | O_EXCL);
-    if (!m_segments.empty())
-        ::fdatasync(m_last.get());
-    syncFolder();
+    try {
+        if (!m_segments.empty())
+            ::fdatasync(m_last.get());
+        syncFolder();
+        m_segments.push_back(segment);
+    } catch (...) {
+        ::unlink(pathOf(segment).c_str()); // the file before it goes on, and its lines will have these numbers
+        throw;
+    }
     m_last = std::move(file);
-    m_segments.push_back(segment);
 }
 
 void Spool::dropDone()

@@ -166,8 +166,8 @@ std::shared_ptr<const std::string> LogFile::getTrouble() const
 
 std::string LogFile::getPath() const
 {
-    const Lock lock(m_lock);
-    return m_settings.log;
+    const std::lock_guard lock(m_troubleLock);
+    return m_path;
 }
 
 void LogFile::open(const Settings& settings)
@@ -186,6 +186,10 @@ void LogFile::open(const Settings& settings)
     }
     block->cut(0);
     m_settings = settings;
+    {
+        const std::lock_guard lock(m_troubleLock);
+        m_path = settings.log;
+    }
     m_file = file;
     m_block = block;
     m_writer = writer;

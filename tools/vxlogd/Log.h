@@ -106,8 +106,9 @@ private:
     std::shared_ptr<const Form> m_form;
     bool m_hasGivenUp = false;
     std::atomic<bool> m_isLosing = false;
-    mutable std::mutex m_troubleLock;
+    mutable std::mutex m_troubleLock; ///< never held during a write, which may take long
     std::shared_ptr<const std::string> m_trouble;
+    std::string m_path;
     std::atomic<std::uint64_t> m_written = 0;
     std::atomic<std::uint64_t> m_lost = 0;
 };

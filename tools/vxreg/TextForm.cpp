@@ -91,7 +91,7 @@ String unquote(std::u16string_view& line)
             text += PLAIN[at];
         } else if (letter == u'u' && i + 4 < line.size()) {
             const std::u16string_view digits = line.substr(i + 1, 4);
-            text += static_cast<char16_t>(parseNumber<std::uint16_t>(std::string(digits.begin(), digits.end()), 16));
+            text += static_cast<char16_t>(parseNumber<std::uint16_t>(String(digits).toUtf8(), 16));
             i += 4;
         } else {
             throw UsageError(LONE_BACKSLASH());
@@ -111,7 +111,7 @@ RegistryKey parseKey(std::u16string_view path)
         const std::u16string_view digits = path.substr(i + 1, 2);
         if (digits.size() != 2)
             throw UsageError(LONE_PERCENT());
-        text += static_cast<char16_t>(parseNumber<std::uint8_t>(std::string(digits.begin(), digits.end()), 16));
+        text += static_cast<char16_t>(parseNumber<std::uint8_t>(String(digits).toUtf8(), 16));
         i += 2;
     }
     try {

@@ -16,6 +16,7 @@
 #include <optional>
 #include <poll.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace vxreg {
@@ -28,6 +29,7 @@ constexpr char PROBLEM = 'P';
 constexpr char STAGE = 'S';
 constexpr char END = 'E';
 constexpr int SECONDS = 60; // of silence
+constexpr int SECONDS_AT_END = 5; // for a child that can tell nothing more
 
 /// The next bytes from the child. Empty if there are no more, no value if it is silent for too long.
 std::optional<std::string> receive(int source)
@@ -47,6 +49,21 @@ std::optional<std::string> receive(int source)
         if (errno != EINTR)
             return std::string();
     }
+}
+
+/// Waits for the end of the child, which has told all or has closed its end of the pipe. False if it had to be killed.
+bool awaitEnd(pid_t child, int& status)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::seconds(SECONDS_AT_END);
+    pid_t ended = 0;
+    while ((ended = ::waitpid(child, &status, WNOHANG)) == 0 && Clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (ended != 0)
+        return true;
+    ::kill(child, SIGKILL);
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) { }
+    return false;
 }
 
 } // namespace
@@ -127,9 +144,9 @@ std::vector<std::string> Trial::run(Messages& messages, const std::function<void
     if (isSilent)
         ::kill(child, SIGKILL);
     int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) { }
-    if (isSilent)
-        problems.push_back(messages.say(STUCK(stage, SECONDS)));
+    const bool stays = !awaitEnd(child, status) && !isSilent;
+    if (isSilent || stays)
+        problems.push_back(messages.say(STUCK(stage, stays ? SECONDS_AT_END : SECONDS)));
     else if (WIFSIGNALED(status))
         problems.push_back(messages.say(CRASHED(stage, WTERMSIG(status), ::strsignal(WTERMSIG(status)))));
     else if (!hasEnded || WEXITSTATUS(status) != 0)

@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "Spawn.h"
 #include "common/Failure.h"
 #include "common/Input.h"
 #include "common/Messages.h"
@@ -7,11 +8,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-extern char** environ; // NOLINT(readability-redundant-declaration): POSIX leaves the declaration to programs
 
 namespace vxview {
 
@@ -44,19 +42,7 @@ void Output::startPager()
     std::string command = chosen != nullptr && *chosen != '\0' ? chosen : "less -FRX";
     std::string shell = "sh", option = "-c";
     char* const arguments[] = {shell.data(), option.data(), command.data(), nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t signals; // a pager expects the usual answer to a broken pipe
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    const bool hasStarted = posix_spawnp(&m_pager, "sh", &actions, &attributes, arguments, environ) == 0;
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
+    const bool hasStarted = spawn(m_pager, arguments, ends[0], -1) == 0;
     ::close(ends[0]);
     if (hasStarted) {
         m_file = ends[1];

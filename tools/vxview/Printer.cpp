@@ -63,6 +63,22 @@ void appendXml(std::string_view text, std::string& xml)
     });
 }
 
+/// Shows the control characters in the lines from `start` on, which have their ends.
+void makeVisible(std::string& text, std::size_t start)
+{
+    const std::string bytes = text.substr(start);
+    text.resize(start);
+    for (std::string_view rest = bytes; !rest.empty();) {
+        const std::size_t next = rest.find('\n') + 1;
+        std::string_view line = rest.substr(0, next - 1);
+        const bool isTable = line.ends_with('\r');
+        line.remove_suffix(isTable ? 1 : 0);
+        appendVisible(line, text);
+        text += isTable ? "\r\n" : "\n";
+        rest.remove_prefix(next);
+    }
+}
+
 /// The name of an element made of a field's name.
 std::string elementOf(std::string_view name)
 {
@@ -131,18 +147,25 @@ void Printer::print(Record& record, std::string_view log, std::string& text)
 {
     if (record.getKind() == Kind::MARKUP)
         return;
+    const std::size_t start = text.size();
     switch (m_settings.style) {
     case Style::LINE:
         return printLine(record, log, text);
     case Style::PLAIN:
-        return printPlain(record, text);
+        printPlain(record, text);
+        break;
     case Style::JSON:
-        return printJson(record, text);
+        printJson(record, text);
+        break;
     case Style::CSV:
-        return printCsv(record, text);
+        printCsv(record, text);
+        break;
     case Style::XML:
-        return printXml(record, text);
+        printXml(record, text);
+        break;
     }
+    if (m_settings.isTerminal)
+        makeVisible(text, start);
 }
 
 /// Calls `visit(name, value, isText)` for each field that is wanted.
@@ -233,7 +256,6 @@ void Printer::printLine(Record& record, std::string_view log, std::string& text)
 
 void Printer::printPlain(Record& record, std::string& text) const
 {
-    const std::size_t start = text.size();
     if (record.getKind() != Kind::ENTRY || (record.getForm() == Form::PLAIN && m_settings.fields.empty())) {
         text += withoutLineEnd(record.getBytes());
         text += '\n';
@@ -245,16 +267,6 @@ void Printer::printPlain(Record& record, std::string& text) const
             text += '\n';
         });
         text += "-------------------------\n";
-    }
-    if (!m_settings.isTerminal)
-        return;
-    const std::string bytes = text.substr(start);
-    text.resize(start);
-    for (std::string_view rest = bytes; !rest.empty();) {
-        const std::size_t end = rest.find('\n');
-        appendVisible(rest.substr(0, end), text);
-        text += '\n';
-        rest.remove_prefix(end + 1);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <set>
 
 namespace vxview {
 
@@ -29,15 +30,34 @@ bool isNameLine(std::string_view line, std::size_t& nameLength)
         [](unsigned char byte) { return byte > ' ' && byte != 0x7F; });
 }
 
-bool hasField(const std::vector<Field>& fields, std::string_view name)
-{
-    return std::ranges::any_of(fields, [&](const Field& field) { return field.name == name; });
-}
+/// The names of the fields of an entry. Whoever writes to a log can give an entry any number of them.
+class Names {
+public:
+    explicit Names(const std::vector<Field>& fields)
+        : m_fields(fields)
+    {
+    }
+
+    bool contain(std::string_view name)
+    {
+        constexpr std::size_t FEW = 16;
+        if (m_fields.size() <= FEW)
+            return std::ranges::any_of(m_fields, [&](const Field& field) { return field.name == name; });
+        while (m_many.size() < m_fields.size()) // no name stands twice
+            m_many.insert(m_fields[m_many.size()].name);
+        return m_many.contains(name);
+    }
+
+private:
+    const std::vector<Field>& m_fields;
+    std::set<std::string_view> m_many;
+};
 
 bool parsePlain(std::string_view bytes, std::vector<Field>& fields)
 {
     // A value may have several lines. This form does not tell such a line from a field if it looks like one. Only a
     // name that the entry already has must be part of a value.
+    Names names(fields);
     while (!bytes.empty()) {
         const std::size_t end = bytes.find('\n');
         if (end == bytes.npos)
@@ -46,7 +66,7 @@ bool parsePlain(std::string_view bytes, std::vector<Field>& fields)
         std::size_t nameLength = 0;
         if (bytes.size() == end + 1 && line.starts_with("----"))
             return !fields.empty(); // the last line of an entry
-        if (isNameLine(line, nameLength) && !hasField(fields, line.substr(0, nameLength))) {
+        if (isNameLine(line, nameLength) && !names.contain(line.substr(0, nameLength))) {
             fields.push_back({line.substr(0, nameLength), line.substr(nameLength + 1), true});
         } else if (fields.empty()) {
             return false;

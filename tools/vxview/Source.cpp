@@ -1,5 +1,6 @@
 #include "Source.h"
 
+#include "Spawn.h"
 #include "common/Failure.h"
 #include "common/Input.h"
 #include "common/Kafka.h"
@@ -11,15 +12,12 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <optional>
-#include <spawn.h>
 #include <string_view>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-
-extern char** environ; // NOLINT(readability-redundant-declaration): POSIX leaves the declaration to programs
 
 namespace vxview {
 
@@ -220,14 +218,9 @@ void Source::startProgram()
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         fail(textOfError(errno));
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, m_file, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     std::string program = m_programName, decompress = "-dc";
     char* const arguments[] = {program.data(), decompress.data(), nullptr};
-    const int error = posix_spawnp(&m_program, m_programName, &actions, nullptr, arguments, environ);
-    posix_spawn_file_actions_destroy(&actions);
+    const int error = spawn(m_program, arguments, m_file, ends[1]);
     ::close(ends[1]);
     m_output = ends[0];
     if (error != 0) {

@@ -35,6 +35,7 @@ constexpr Message WAITS {u"vxview.waits", "there is no such file yet; waits for 
 struct Log {
     std::unique_ptr<Reader> reader;
     std::string path;
+    std::string told; ///< why it cannot be read; empty if it can
     bool hasPiece = false;
     Moment time
         = std::numeric_limits<Moment>::min(); ///< of the piece; one without a time has that of the piece before it
@@ -96,7 +97,7 @@ private:
                 auto reader = std::make_unique<Reader>(path, m_options.access, m_options.filter.getNeedle());
                 if (reader->getSource().isMissing())
                     complain("vxview", m_messages.say(Failure(path, WAITS()).text()));
-                m_logs.push_back({std::move(reader), path});
+                m_logs.push_back({std::move(reader), path, {}});
             });
         }
         if (m_options.last && m_options.filter.isEmpty() && m_logs.size() == 1)
@@ -118,12 +119,23 @@ private:
     template <class Work>
     bool guarded(const Work& work)
     {
+        std::string told;
+        return guarded(work, told);
+    }
+
+    /// The same, but not once more while the reason is the one in `told`.
+    template <class Work>
+    bool guarded(const Work& work, std::string& told)
+    {
         try {
             work();
+            told.clear();
             return true;
         } catch (const Failure& failure) {
             m_outcome.hasFailed = true;
-            complain("vxview", m_messages.say(failure.text()));
+            const std::string text = m_messages.say(failure.text());
+            if (std::exchange(told, text) != text)
+                complain("vxview", text);
             return false;
         }
     }
@@ -132,10 +144,11 @@ private:
     void fetch(Log& log)
     {
         log.hasPiece = false;
-        const bool isGood = guarded([&] {
+        const auto findNext = [&] {
             while (!log.hasPiece && log.reader->next())
                 log.hasPiece = m_options.filter.lets(log.reader->getRecord()) && isPiece(log.reader->getRecord());
-        });
+        };
+        const bool isGood = guarded(findNext, log.told);
         if (!isGood)
             log.hasPiece = false;
         if (m_isSorted && log.hasPiece)

@@ -159,7 +159,9 @@ public:
 
 private:
     void follow() VX_REQUIRES(m_lock);
-    bool isDue(std::int32_t length) const VX_REQUIRES(m_lock);
+    bool isDue(std::int32_t length) VX_REQUIRES(m_lock);
+    void learnPeriod(std::int64_t now) VX_REQUIRES(m_lock);
+    std::int64_t periodNow() const;
     std::int64_t periodOf(std::int64_t seconds) const;
     String rotate() VX_REQUIRES(m_lock);
     void reportTo(const std::function<void()>& work);
@@ -170,6 +172,9 @@ private:
     const Reference<FileOutputStream> m_file;
     VXFileStatus m_status VX_GUARDED_BY(m_lock) {}; ///< of the file at the time when the semaphore was taken
     std::int64_t m_nextTry VX_GUARDED_BY(m_lock) = 0; ///< after a failed rotation, in milliseconds of a clock
+    VXFileIdentity m_dated VX_GUARDED_BY(m_lock) {}; ///< the file to which `m_period` belongs
+    std::int64_t m_period VX_GUARDED_BY(m_lock) = 0;
+    bool m_isSuccessor VX_GUARDED_BY(m_lock) = false; ///< the file has taken the place of one that was open
 };
 
 RotatingFileStream::Core::Core(const String& path, Rotation rotation)
@@ -214,6 +219,7 @@ void RotatingFileStream::Core::follow()
     const bool isOpen = !failed(VXFileGetIdentity(m_file->getHandle(), &open));
     if (isOpen && !failed(VXFileGetStatus(path, &m_status)) && m_status.identity == open)
         return;
+    m_isSuccessor = isOpen;
     const bool isNew = isMissing(m_path);
     m_file->close();
     m_file->open();
@@ -225,17 +231,33 @@ void RotatingFileStream::Core::follow()
     throwIfFailed(VXFileGetStatus(path, &m_status), u"look at", m_path);
 }
 
-bool RotatingFileStream::Core::isDue(std::int32_t length) const
+bool RotatingFileStream::Core::isDue(std::int32_t length)
 {
+    const std::int64_t now = periodNow();
+    learnPeriod(now);
     if (m_status.size == 0 || length <= 0 || milliseconds() < m_nextTry)
         return false;
-    if (m_rotation.mostBytes > 0 && m_status.size + length > m_rotation.mostBytes)
-        return true;
+    return now != m_period || (m_rotation.mostBytes > 0 && m_status.size + length > m_rotation.mostBytes);
+}
+
+/// Finds out to which period the file belongs. Its time tells that only if this stream has not written to it yet: file
+/// systems take the time from a clock that is some milliseconds late, and file servers from another clock. By such a time
+/// each entry at the start of a period would begin another file.
+void RotatingFileStream::Core::learnPeriod(std::int64_t now)
+{
+    constexpr std::int64_t NANOSECONDS = 1'000'000'000, MOST_LATE = 10;
+    if (m_rotation.every == Rotation::Every::NEVER || (m_status.size > 0 && m_status.identity == m_dated))
+        return;
+    m_period = m_status.size > 0 ? periodOf(m_status.modified / NANOSECONDS + (m_isSuccessor ? MOST_LATE : 0)) : now;
+    m_dated = m_status.identity;
+}
+
+std::int64_t RotatingFileStream::Core::periodNow() const
+{
     if (m_rotation.every == Rotation::Every::NEVER)
-        return false;
-    constexpr std::int64_t NANOSECONDS = 1'000'000'000;
+        return 0;
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch());
-    return periodOf(m_status.modified / NANOSECONDS) != periodOf(now.count());
+    return periodOf(now.count());
 }
 
 /// The number of the hour or the day.
@@ -264,7 +286,14 @@ String RotatingFileStream::Core::rotate()
         result = VXFileRename(SystemName(m_path), SystemName(path));
     } while (result == RESULT_ALREADY_EXISTS);
     throwIfFailed(result, u"rename", m_path);
-    follow();
+    try {
+        follow();
+    } catch (const Exception&) { // there is no room for another file, say: this one has to go on
+        VXFileRename(SystemName(path), SystemName(m_path));
+        m_file->open();
+        throw;
+    }
+    learnPeriod(periodNow());
     m_nextTry = 0;
 
     const String before = files.empty() ? String() : files.back().path;

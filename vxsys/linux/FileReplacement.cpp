@@ -208,6 +208,8 @@ int FileReplacement::takeRights() const noexcept
             return errno;
     } else if (size == -1 && errno != ENODATA && errno != ENOTSUP) {
         return errno;
+    } else {
+        ::fremovexattr(m_file.get(), ACCESS_LIST); // that of a folder for new files
     }
     return errorOf(::fchmod(m_file.get(), old.st_mode & ALL_MODE_BITS));
 }

@@ -46,6 +46,11 @@ ENTRY_POINT VXGetClassObject(const _GUID*, const _GUID*, void**)
         ::raise(SIGKILL);
     if (has("ended"))
         ::_exit(7);
+    if (has("silent")) {
+        for (int file = 3; file < 256; ++file)
+            ::close(file);
+        ::pause();
+    }
     if (has("thread"))
         ::pthread_create(&thread, nullptr, waitForever, nullptr);
     return vxsys::results::RESULT_CLASS_NOT_AVAILABLE;

@@ -1,5 +1,6 @@
 #include "vx/io/RotatingFileStream.h"
 
+#include "tests/vxsys/Child.h"
 #include "tests/vxsys/Scratch.h"
 #include "vx/Exception.h"
 #include "vx/Occasion.h"
@@ -10,7 +11,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <vector>
 
@@ -119,12 +122,16 @@ TEST_F(RotatingFile, BeginsANewFileWithEachHourAndDay)
             std::filesystem::remove(m_scratch / "log.000001");
             put(m_scratch / "log", "old");
             begin = beginNow();
-            const timespec modified[2] = {{begin - (isBefore ? 1 : 0), 0}, {begin - (isBefore ? 1 : 0), 0}};
-            ASSERT_EQ(::utimensat(AT_FDCWD, (m_scratch / "log").c_str(), modified, 0), 0);
             const Rotation rotation {.every = isDaily ? Rotation::Every::DAY : Rotation::Every::HOUR, .isUtc = isUtc};
-            write(*Reference<RotatingFileStream>(new RotatingFileStream(m_path, rotation)), {2, 2});
+            RotatingFileStream first(m_path, rotation);
+            RotatingFileStream second(m_path, rotation);
+            for (RotatingFileStream* stream : {&first, &first, &second}) { // the clock of the files is late
+                const timespec modified[2] = {{begin - (isBefore ? 1 : 0), 0}, {begin - (isBefore ? 1 : 0), 0}};
+                ASSERT_EQ(::utimensat(AT_FDCWD, (m_scratch / "log").c_str(), modified, 0), 0);
+                write(*stream, {2});
+            }
         } while (begin != beginNow());
-        EXPECT_EQ(listing(), isBefore ? "log:4 log.000001:3" : "log:7") << row;
+        EXPECT_EQ(listing(), isBefore ? "log:6 log.000001:3" : "log:9") << row;
     }
 }
 
@@ -158,6 +165,29 @@ TEST_F(RotatingFile, FollowsTheNameAndTellsWhatIsClosed)
     write(stuck, {9, 9, 9});
     EXPECT_EQ(std::filesystem::file_size(m_scratch / longest.c_str()), 27U) << "each entry is there";
     EXPECT_EQ(failures, "rename " + String(m_scratch.full(longest.c_str()).c_str()).toUtf8() + '\n');
+}
+
+TEST_F(RotatingFile, GoesOnWithAFileThatCannotBeFollowedByAnother)
+{
+    const std::string disk = m_scratch / "disk";
+    std::filesystem::create_directory(disk);
+    Child child([&](Child::Side& side) {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+            || ::mount("none", disk.c_str(), "tmpfs", 0, "nr_inodes=2") != 0) {
+            side.tell('s');
+            return;
+        }
+        std::string failures;
+        Rotation rotation {.mostBytes = 10};
+        rotation.onFailure = [&](const Exception& failure) { failures += getOccasion(failure).toUtf8(); };
+        RotatingFileStream stream((disk + "/log").c_str(), rotation);
+        write(stream, {9, 9, 9});
+        EXPECT_EQ(std::filesystem::file_size(disk + "/log"), 27U);
+        EXPECT_EQ(failures, "open " + String((disk + "/log").c_str()).toUtf8());
+    });
+    if (child.hear() == 's')
+        GTEST_SKIP() << "needs the right to mount a file system";
+    EXPECT_EQ(child.wait(), 0);
 }
 
 } // namespace
