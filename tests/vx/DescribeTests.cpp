@@ -139,6 +139,12 @@ TEST(Describe, TellsAllThatIsKnownOnOneLine)
     }
     EXPECT_EQ(
         describe(thrownBy([] { throw std::invalid_argument("no number"); })), u"std::invalid_argument: no number");
+    // Words of others are not always UTF-8, nor harmless on a terminal.
+    EXPECT_EQ(describe(thrownBy([] { throw std::runtime_error("\xED\xA0\x80 \xFF\xC3\xBC \xE2\x82"); })),
+        u"std::runtime_error: \uFFFD\uFFFD\uFFFD \uFFFDü \uFFFD\uFFFD");
+    std::ostringstream strange;
+    strange << Exception(u"a\u2028b\u0085\u009Bc\xD800\U0001F600");
+    EXPECT_EQ(strange.str(), "vx::Exception: a b  c\uFFFD\U0001F600: unspecified failure (0x80004005)");
     EXPECT_EQ(describe(thrownBy([] { throw 7; })), u"exception of type int");
     EXPECT_EQ(describe(std::exception_ptr()), u"no exception");
 }
@@ -209,7 +215,7 @@ TEST(TerminateReport, SaysWhatEndsTheProgram)
     };
     EXPECT_DEATH(end([] { io::FileInputStream stream(u"/none"); }),
         "uncaught vx::ResultException: open /none: no such file or directory \\(0x80070002\\)");
-    EXPECT_DEATH(end([] { throw std::runtime_error("words"); }), "uncaught std::runtime_error: words");
+    EXPECT_DEATH(end([] { throw std::runtime_error("words \xC3"); }), "uncaught std::runtime_error: words \uFFFD");
     EXPECT_DEATH(end([] { std::terminate(); }), "std::terminate was called");
     EXPECT_DEATH(end([]() noexcept { io::FileInputStream stream(u"/none"); }),
         "uncaught vx::ResultException|an exception left an operation that must not throw");

@@ -72,7 +72,7 @@ TEST(TcpServer, ListensOnAllAddressesAtOnePort)
         EXPECT_TRUE(failure.starts_with("listen on 127.0.0.2:" + port.toUtf8() + ": EADDRINUSE ")) << failure;
     }
     for (const std::vector<std::string>& hosts : {std::vector<std::string> {}, {std::string("127.0.0.1\0x", 11)},
-             {"127.0.0.1", "no.such.host.invalid"}, {"192.0.2.1"}})
+             {"127.0.0.1", "no.such.host.invalid"}, {"192.0.2.1"}, {"\xC3"}})
         EXPECT_EQ(resultOf([&] { TcpServer({.hosts = hosts}, ignore); }) >> 16, VX_E_SOCKET_EINTR >> 16)
             << "of sockets";
     const TcpServer everywhere({.hosts = {"*"}}, ignore);
