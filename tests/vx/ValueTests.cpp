@@ -61,6 +61,17 @@ TEST(Values, AreOrderedAndHashed)
     EXPECT_EQ(std::unordered_set<Integer32>({Integer32(1), Integer32(2), Integer32(1)}).size(), 2U);
 }
 
+#if defined(__cpp_lib_format)
+TEST(Values, AreFormatted)
+{
+    EXPECT_EQ(
+        std::format("{:>3}|{}|{}|{}", Integer32(-5), String(u"ß"), math::BigDecimal(String(u"0.50")), net::URI(u"a:b")),
+        " -5|ß|0.5|a:b");
+    EXPECT_EQ(std::format("{}", ResultException(RESULT_NOT_FOUND, u"open x")),
+        "vx::ResultException: open x: no such file or directory (0x80070002)");
+}
+#endif
+
 TEST(ZonedTimeStamp, KnowsItsMoment)
 {
     for (const std::int64_t seconds : {0LL, 951'782'399LL, 951'782'400LL, 1'709'164'800LL, -1LL, 4'107'542'399LL}) {
