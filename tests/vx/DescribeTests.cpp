@@ -179,6 +179,18 @@ TEST(Occasion, LivesAsLongAsItsException)
     EXPECT_TRUE(getOccasion(copy).isEmpty() && getCause(copy) == RESULT_FAIL);
 }
 
+TEST(Occasion, BelongsToEachOfManyExceptions)
+{
+    constexpr int MANY = 30'000; // 12 s if each looks at the notes of all
+    std::vector<std::exception_ptr> kept;
+    for (int number = 0; number < MANY; ++number)
+        kept.push_back(
+            thrownBy([&] { throwDuring(u"open", String::valueOf(number), ResultException(RESULT_NOT_FOUND)); }));
+    for (int number = 0; number < MANY; number += 1000)
+        EXPECT_EQ(described([&] { std::rethrow_exception(kept[static_cast<std::size_t>(number)]); }),
+            "open " + std::to_string(number) + ": no such file or directory");
+}
+
 TEST(Occasion, BelongsToTheExceptionOnEveryThread)
 {
     inThreads(4, [](int thread) {
