@@ -1,6 +1,7 @@
 #include "vx/net/TcpServer.h"
 
 #include "tests/vx/Common.h"
+#include "tests/vxsys/Child.h"
 #include "vx/Describe.h"
 #include "vx/net/SocketResult.h"
 #include "vxsys/Lock.h"
@@ -181,6 +182,20 @@ TEST(TcpServer, StopsFromAnyThreadAndCutsWhatIsLeft)
         } catch (const Exception&) { // reset: it was never accepted
         }
     }
+}
+
+TEST(TcpServer, IsNotWaitedForInAChildProcess)
+{
+    TcpServer server({.hosts = LOOPBACK}, [](TcpSocket& socket) { sendByte(socket), readByte(socket); });
+    const auto client = connectTo(server);
+    EXPECT_EQ(readByte(*client), 1) << "the handler waits";
+    Child child([&](Child::Side&) {
+        ::alarm(60);
+        server.stop(VX_WAIT_FOREVER);
+        server.~TcpServer();
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(server.stop(0), 1U) << "the connection of this process is open";
 }
 
 /// Until then the process has too many open files for one more connection.
