@@ -219,6 +219,19 @@ TEST(Occasion, IsLeftOutWithoutMemory)
     EXPECT_EQ(text, code + " noted");
 }
 
+TEST(Describe, KnowsCodesAtTheEndOfTheProgram)
+{
+    EXPECT_EXIT(
+        {
+            static const struct Late {
+                ~Late() { std::cerr << errorCodeOf(RESULT_NOT_FOUND).message() << '\n'; }
+            } late; // destroyed after all that is used for the first time below
+            errorCodeOf(RESULT_NOT_FOUND).message();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "no such file or directory");
+}
+
 TEST(TerminateReport, SaysWhatEndsTheProgram)
 {
     const auto end = [](void (*fails)()) {

@@ -9,10 +9,12 @@
 #include "vxsys/Net.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <initializer_list>
+#include <new>
 #include <string>
 
 namespace vx {
@@ -162,8 +164,10 @@ void installTerminateReport() noexcept
 
 const std::error_category& resultCategory() noexcept
 {
-    static const ResultCategory category;
-    return category;
+    // Never destroyed, because destructors of static objects use error codes too.
+    alignas(ResultCategory) static std::byte s_room[sizeof(ResultCategory)];
+    static const auto* const s_category = new (s_room) ResultCategory;
+    return *s_category;
 }
 
 std::error_code errorCodeOf(std::int32_t result) noexcept
