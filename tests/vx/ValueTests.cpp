@@ -78,6 +78,8 @@ TEST(ZonedTimeStamp, KnowsItsMoment)
         const log::ZonedTimeStamp stamp({log::TimeStamp(seconds).getTime(), 0});
         EXPECT_EQ(stamp.getMoment(), seconds * 1000);
     }
+    const auto first = log::ZonedTimeStamp::tryParse(u"0000-01-01T00:00:00Z");
+    EXPECT_EQ(first->getMoment(), -62'167'219'200'000) << "of std::chrono";
 }
 
 } // namespace
