@@ -11,6 +11,8 @@ import gdb
 import gdb.printing
 
 MOST_PARENTS = 20
+MOST_DIGITS = 4000
+SHOWN_DIGITS = 100
 LIBRARY = "libvxlib4.so"
 TYPES = "vxlib4/gdb-types.o"  # beside the library
 
@@ -298,20 +300,33 @@ def integer_of(value):
     return -number if value["m_negative"] else number
 
 
+def digits_of(number):
+    """The digits of a natural number. Of a very long one only the first, since Python refuses to print it."""
+    count = int(number.bit_length() * 0.30103) + 1  # at least
+    if count <= MOST_DIGITS:
+        return str(number)
+    first = str(number // 10 ** (count - SHOWN_DIGITS))
+    return f"{first}... of {count - SHOWN_DIGITS + len(first)} digits"
+
+
 class BigIntegerPrinter:
     def __init__(self, value):
         self.value = value
 
     def to_string(self):
-        return str(integer_of(self.value))
+        number = integer_of(self.value)
+        return ("-" if number < 0 else "") + digits_of(abs(number))
 
 
 class BigDecimalPrinter(BigIntegerPrinter):
     def to_string(self):
         number, scale = integer_of(self.value["m_unscaled"]), int(self.value["m_scale"])
-        digits = str(abs(number)).rjust(scale + 1, "0")
+        sign, digits = "-" if number < 0 else "", digits_of(abs(number))
+        if not digits.isdigit() or abs(scale) > MOST_DIGITS:
+            return f"{sign}{digits}, scale {scale}"
+        digits = digits.rjust(scale + 1, "0")
         text = digits if scale <= 0 else f"{digits[:-scale]}.{digits[-scale:]}"
-        return ("-" if number < 0 else "") + text + ("0" * -scale if scale < 0 else "")
+        return sign + text + ("0" * -scale if scale < 0 else "")
 
 
 class BoxPrinter:

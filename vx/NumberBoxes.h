@@ -60,7 +60,7 @@ protected:
 };
 
 template <class Base, class Value>
-void isBox(const NumberBox<Base, Value>&);
+Value isBox(const NumberBox<Base, Value>&);
 
 /// A class made from NumberBox. Its values compare as the plain numbers do to which they convert.
 template <class T>
@@ -234,7 +234,12 @@ public:
 
 } // namespace vx
 
+/// Of the whole number: `hashCode` has only 32 bits of the integer part.
 template <vx::detail::Box Box>
 struct std::hash<Box> {
-    std::size_t operator()(const Box& box) const { return box.hashCode(); }
+    std::size_t operator()(const Box& box) const
+    {
+        using Value = decltype(vx::detail::isBox(box));
+        return std::hash<Value>()(static_cast<Value>(box));
+    }
 };

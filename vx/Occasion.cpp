@@ -2,55 +2,91 @@
 
 #include "vx/detail/Occasions.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstddef>
+#include <memory>
 #include <new>
-#include <string>
+#include <string_view>
 #include <utility>
 
 namespace vx {
 
 namespace {
 
-/// A note. It stays in the list for ever, so the list can be read without a lock, even in a child process that was
-/// forked while another thread wrote a note. The number of notes is the largest number of exceptions with a note that
-/// existed at one time.
+/// A note. It stays in its list for ever, so the list can be read without a lock, even in a child process that was
+/// forked while another thread wrote a note. The number of notes in a list is the largest number that its exceptions had at
+/// one time.
 struct Note {
-    std::atomic<const void*> owner; ///< the exception; null while the note is free
-    std::u16string text; ///< only the thread that claimed the note changes this and the cause
-    std::int32_t cause; ///< 0 if the note has the text
-    Note* next;
+    std::u16string_view view() const noexcept { return {text, length}; }
+
+    std::atomic<const void*> owner = nullptr; ///< the exception; null while the note is free
+    char16_t* text = nullptr; ///< only the thread that claimed the note changes this, its length and the cause
+    std::size_t length = 0;
+    std::int32_t cause = 0; ///< 0 if the note has the text
+    std::atomic<Note*> next = nullptr;
 };
 
-constinit std::atomic<Note*> g_notes = nullptr;
+constexpr int LIST_BITS = 8;
+
+/// The lists of notes, by the address of the exception: many exceptions that are kept must not slow down all others. The
+/// first note of each list needs no allocation.
+constinit std::array<Note, 1 << LIST_BITS> g_lists {};
+
+Note& listOf(const void* owner) noexcept
+{
+    constexpr std::uint64_t GOLDEN = 0x9E3779B97F4A7C15; // Knuth, The Art of Computer Programming, volume 3, 6.4
+    return g_lists[reinterpret_cast<std::uintptr_t>(owner) * GOLDEN >> (64 - LIST_BITS)];
+}
+
+Note* nextOf(const Note& note) noexcept
+{
+    return note.next.load(std::memory_order_acquire);
+}
 
 enum class Kind { OPERATION, CAUSE };
 
 Note* findNote(const void* owner, Kind kind) noexcept
 {
-    for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
+    for (Note* note = &listOf(owner); note != nullptr; note = nextOf(*note)) {
         if (note->owner.load(std::memory_order_acquire) == owner && (note->cause != 0) == (kind == Kind::CAUSE))
             return note;
     }
     return nullptr;
 }
 
-void write(const Exception& failure, std::u16string&& text, std::int32_t cause) noexcept
+using Text = std::unique_ptr<char16_t[]>;
+
+void write(const Exception& failure, Text text, std::size_t length, std::int32_t cause) noexcept
 {
-    for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
+    const auto fill = [&](Note& note) {
+        note.text = text.release();
+        note.length = length;
+        note.cause = cause;
+        note.owner.store(&failure, std::memory_order_release);
+    };
+    Note& list = listOf(&failure);
+    for (Note* note = &list; note != nullptr; note = nextOf(*note)) {
         const void* none = nullptr;
         if (note->owner.compare_exchange_strong(
-                none, &g_notes, std::memory_order_acquire)) { // an address that no exception has
-            note->text = std::move(text);
-            note->cause = cause;
-            note->owner.store(&failure, std::memory_order_release);
-            return;
-        }
+                none, &g_lists, std::memory_order_acquire)) // an address that no exception has
+            return fill(*note);
     }
-    auto* const made
-        = new (std::nothrow) Note {&failure, std::move(text), cause, g_notes.load(std::memory_order_relaxed)};
+    auto* const made = new (std::nothrow) Note;
     if (made == nullptr)
         return;
-    while (!g_notes.compare_exchange_weak(made->next, made, std::memory_order_release, std::memory_order_relaxed)) { }
+    fill(*made);
+    Note* next = list.next.load(std::memory_order_relaxed);
+    do
+        made->next.store(next, std::memory_order_relaxed);
+    while (!list.next.compare_exchange_weak(next, made, std::memory_order_release, std::memory_order_relaxed));
+}
+
+void dropText(Note& note) noexcept
+{
+    delete[] std::exchange(note.text, nullptr);
+    note.length = 0;
 }
 
 } // namespace
@@ -58,7 +94,7 @@ void write(const Exception& failure, std::u16string&& text, std::int32_t cause) 
 String getOccasion(const Exception& failure)
 {
     const Note* const note = findNote(&failure, Kind::OPERATION);
-    return note != nullptr ? String(std::u16string_view(note->text)) : String();
+    return note != nullptr ? String(note->view()) : String();
 }
 
 void noteOccasion(const Exception& failure, std::u16string_view operation, std::u16string_view object) noexcept
@@ -66,12 +102,13 @@ void noteOccasion(const Exception& failure, std::u16string_view operation, std::
     if (findNote(&failure, Kind::OPERATION) != nullptr)
         return;
     try {
-        std::u16string text;
-        text.reserve(operation.size() + 1 + object.size());
-        text.append(operation);
-        if (!operation.empty() && !object.empty())
-            text += u' ';
-        write(failure, std::move(text.append(object)), 0);
+        const std::u16string_view blank = !operation.empty() && !object.empty() ? u" " : u"";
+        const std::size_t length = operation.size() + blank.size() + object.size();
+        Text text = std::make_unique_for_overwrite<char16_t[]>(length);
+        char16_t* end = text.get();
+        for (const std::u16string_view part : {operation, blank, object})
+            end = std::copy(part.begin(), part.end(), end);
+        write(failure, std::move(text), length, 0);
     } catch (const std::bad_alloc&) {
         // The exception is thrown without a note.
     }
@@ -87,7 +124,7 @@ std::int32_t getCause(const Exception& failure) noexcept
 void noteCause(const Exception& failure, std::int32_t result) noexcept
 {
     if (result != 0 && findNote(&failure, Kind::CAUSE) == nullptr)
-        write(failure, {}, result);
+        write(failure, {}, 0, result);
 }
 
 namespace detail {
@@ -98,12 +135,14 @@ void copyOccasion(const Exception& from, const Exception& to) noexcept
         return;
     forgetOccasion(to);
     if (const Note* const note = findNote(&from, Kind::CAUSE))
-        write(to, {}, note->cause);
+        write(to, {}, 0, note->cause);
     const Note* const note = findNote(&from, Kind::OPERATION);
     if (note == nullptr)
         return;
     try {
-        write(to, std::u16string(note->text), 0);
+        Text text = std::make_unique_for_overwrite<char16_t[]>(note->length);
+        std::copy_n(note->text, note->length, text.get());
+        write(to, std::move(text), note->length, 0);
     } catch (const std::bad_alloc&) {
         // The copy has no note of the operation.
     }
@@ -111,18 +150,23 @@ void copyOccasion(const Exception& from, const Exception& to) noexcept
 
 void forgetOccasion(const Exception& failure) noexcept
 {
-    for (Note* note = g_notes.load(std::memory_order_acquire); note != nullptr; note = note->next) {
+    for (Note* note = &listOf(&failure); note != nullptr; note = nextOf(*note)) {
         if (note->owner.load(std::memory_order_acquire) != &failure)
             continue;
-        std::u16string().swap(note->text);
+        dropText(*note);
         note->owner.store(nullptr, std::memory_order_release);
     }
 }
 
 void freeOccasions() noexcept
 {
-    for (Note* note = g_notes.exchange(nullptr); note != nullptr;)
-        delete std::exchange(note, note->next);
+    for (Note& list : g_lists) {
+        dropText(list);
+        for (Note* note = list.next.exchange(nullptr); note != nullptr;) {
+            dropText(*note);
+            delete std::exchange(note, nextOf(*note));
+        }
+    }
 }
 
 } // namespace detail

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vx/Describe.h"
 #include "vx/Exception.h"
 #include "vx/Object.h"
 #include "vx/String.h"
@@ -50,12 +51,17 @@ inline String operator""_vs(const char16_t* text, std::size_t length)
 } // namespace vx
 
 #if defined(__cpp_lib_format)
-/// Takes the options of a text: `std::format("{:>20}", number)`.
-template <vx::detail::PrintedByText T>
+/// The result of `toString`; of an exception that of `describe`. Takes the options of a text: `std::format("{:>20}", number)`.
+template <std::derived_from<vx::Object> T>
 struct std::formatter<T> : std::formatter<std::string> {
     auto format(const T& value, std::format_context& context) const
     {
-        return std::formatter<std::string>::format(static_cast<const vx::Object&>(value).toString().toUtf8(), context);
+        std::string text;
+        if constexpr (std::derived_from<T, vx::Exception>)
+            text = vx::describe(value).toUtf8();
+        else
+            text = static_cast<const vx::Object&>(value).toString().toUtf8();
+        return std::formatter<std::string>::format(text, context);
     }
 };
 #endif

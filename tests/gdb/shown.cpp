@@ -54,6 +54,9 @@ void look()
 
     const math::BigInteger zero;
     const math::BigInteger big(String(u"-123456789012345678901234567890123456789"), 10);
+    math::BigInteger huge(-10);
+    huge.pow(math::BigInteger(5001));
+    const math::BigDecimal tiny(math::BigInteger(7), 2'000'000'000);
     const math::BigDecimal price(String(u"-0.05"));
     const UInteger8 byte(200);
     const Double real(2.5);

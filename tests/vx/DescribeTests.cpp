@@ -140,6 +140,12 @@ TEST(Describe, TellsAllThatIsKnownOnOneLine)
     }
     EXPECT_EQ(
         describe(thrownBy([] { throw std::invalid_argument("no number"); })), u"std::invalid_argument: no number");
+    // Words of others are not always UTF-8, nor harmless on a terminal.
+    EXPECT_EQ(describe(thrownBy([] { throw std::runtime_error("\xED\xA0\x80 \xFF\xC3\xBC \xE2\x82"); })),
+        u"std::runtime_error: \uFFFD\uFFFD\uFFFD \uFFFDü \uFFFD\uFFFD");
+    std::ostringstream strange;
+    strange << Exception(u"a\u2028b\u0085\u009Bc\xD800\U0001F600");
+    EXPECT_EQ(strange.str(), "vx::Exception: a b  c\uFFFD\U0001F600: unspecified failure (0x80004005)");
     EXPECT_EQ(describe(thrownBy([] { throw 7; })), u"exception of type int");
     EXPECT_EQ(describe(std::exception_ptr()), u"no exception");
 }
@@ -174,6 +180,18 @@ TEST(Occasion, LivesAsLongAsItsException)
     EXPECT_TRUE(getOccasion(copy).isEmpty() && getCause(copy) == RESULT_FAIL);
 }
 
+TEST(Occasion, BelongsToEachOfManyExceptions)
+{
+    constexpr int MANY = 30'000; // 12 s if each looks at the notes of all
+    std::vector<std::exception_ptr> kept;
+    for (int number = 0; number < MANY; ++number)
+        kept.push_back(
+            thrownBy([&] { throwDuring(u"open", String::valueOf(number), ResultException(RESULT_NOT_FOUND)); }));
+    for (int number = 0; number < MANY; number += 1000)
+        EXPECT_EQ(described([&] { std::rethrow_exception(kept[static_cast<std::size_t>(number)]); }),
+            "open " + std::to_string(number) + ": no such file or directory");
+}
+
 TEST(Occasion, BelongsToTheExceptionOnEveryThread)
 {
     inThreads(4, [](int thread) {
@@ -202,6 +220,19 @@ TEST(Occasion, IsLeftOutWithoutMemory)
     EXPECT_EQ(text, code + " noted");
 }
 
+TEST(Describe, KnowsCodesAtTheEndOfTheProgram)
+{
+    EXPECT_EXIT(
+        {
+            static const struct Late {
+                ~Late() { std::cerr << errorCodeOf(RESULT_NOT_FOUND).message() << '\n'; }
+            } late; // destroyed after all that is used for the first time below
+            errorCodeOf(RESULT_NOT_FOUND).message();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "no such file or directory");
+}
+
 TEST(TerminateReport, SaysWhatEndsTheProgram)
 {
     const auto end = [](void (*fails)()) {
@@ -210,7 +241,7 @@ TEST(TerminateReport, SaysWhatEndsTheProgram)
     };
     EXPECT_DEATH(end([] { io::FileInputStream stream(u"/none"); }),
         "uncaught vx::ResultException: open /none: no such file or directory \\(0x80070002\\)");
-    EXPECT_DEATH(end([] { throw std::runtime_error("words"); }), "uncaught std::runtime_error: words");
+    EXPECT_DEATH(end([] { throw std::runtime_error("words \xC3"); }), "uncaught std::runtime_error: words \uFFFD");
     EXPECT_DEATH(end([] { std::terminate(); }), "std::terminate was called");
     EXPECT_DEATH(end([]() noexcept { io::FileInputStream stream(u"/none"); }),
         "uncaught vx::ResultException|an exception left an operation that must not throw");

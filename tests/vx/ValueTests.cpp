@@ -43,7 +43,7 @@ TEST(Values, AreOrderedAndHashed)
     expectOrder<Integer32>({{Integer32(std::numeric_limits<std::int32_t>::min())}, {Integer32(-1), Integer32(-1)},
         {Integer32(std::numeric_limits<std::int32_t>::max())}}); // `compareTo` wraps around
     expectOrder<UInteger8>({{UInteger8(1)}, {UInteger8(200), UInteger8(200)}});
-    expectOrder<Double>({{Double(-7.5)}, {Double(0.0), Double(-0.0)}, {Double(3.5)}});
+    expectOrder<Double>({{Double(-7.5)}, {Double(0.0), Double(-0.0)}, {Double(0.5)}, {Double(3.5)}});
     expectOrder<net::URI>({{net::URI(u"http://a/b?c=1")}, {net::URI(u"http://a/b?d=1"), net::URI(u"http://a/b?d=1")},
         {net::URI(u"http://b")}});
     expectOrder<util::FilePath>(
@@ -58,8 +58,23 @@ TEST(Values, AreOrderedAndHashed)
         {{six("fe80::1", 2), six("fe80::1", 2, 80)}, {six("fe80::2", 2)}, {six("ff02::1", 0)}});
     EXPECT_TRUE(six("fe80::1", 2) < six("fe80::1", 3)) << "the links of two interfaces";
     EXPECT_EQ(testing::PrintToString(six("2001:db8::1", 0)), "2001:db8::1");
+    expectOrder<Integer64>({{Integer64(0)}, {Integer64(std::int64_t {1} << 32)}});
+    expectOrder<math::BigInteger>({{-(1_big)}, {math::BigInteger(), -math::BigInteger()}, {4294967296_big},
+        {18446744073709551616_big}, {36893488147419103232_big}});
+    expectOrder<math::BigDecimal>({{math::BigDecimal()}, {0.1_dec}, {0.25_dec, math::BigDecimal(250_big, 3)}});
     EXPECT_EQ(std::unordered_set<Integer32>({Integer32(1), Integer32(2), Integer32(1)}).size(), 2U);
 }
+
+#if defined(__cpp_lib_format)
+TEST(Values, AreFormatted)
+{
+    EXPECT_EQ(
+        std::format("{:>3}|{}|{}|{}", Integer32(-5), String(u"ß"), math::BigDecimal(String(u"0.50")), net::URI(u"a:b")),
+        " -5|ß|0.5|a:b");
+    EXPECT_EQ(std::format("{}", ResultException(RESULT_NOT_FOUND, u"open x")),
+        "vx::ResultException: open x: no such file or directory (0x80070002)");
+}
+#endif
 
 TEST(ZonedTimeStamp, KnowsItsMoment)
 {
@@ -67,6 +82,8 @@ TEST(ZonedTimeStamp, KnowsItsMoment)
         const log::ZonedTimeStamp stamp({log::TimeStamp(seconds).getTime(), 0});
         EXPECT_EQ(stamp.getMoment(), seconds * 1000);
     }
+    const auto first = log::ZonedTimeStamp::tryParse(u"0000-01-01T00:00:00Z");
+    EXPECT_EQ(first->getMoment(), -62'167'219'200'000) << "of std::chrono";
 }
 
 } // namespace

@@ -87,11 +87,14 @@ static inline int32_t IVXCharBuffer_NewUtf8(const char* text, int32_t length, IV
     return result;
 }
 
-/// Replaces the text of a buffer. `length` is -1 for text up to its terminator.
+/// Replaces the text of a buffer. `length` is -1 for text up to its terminator. A null text is empty; with a length, it is
+/// VX_RESULT_INVALID_ARGUMENT.
 static inline int32_t IVXCharBuffer_SetText(IVXCharBuffer* buffer, const char16_t* text, int32_t length)
 {
     const int32_t count = length < 0 ? VXStrLenW(text) : length;
     char16_t* units = NULL;
+    if (text == NULL && count > 0)
+        return VX_RESULT_INVALID_ARGUMENT;
     const int32_t result = IVXCharBuffer_GetWriteLock(buffer, count, &units);
     if (result < 0)
         return result;

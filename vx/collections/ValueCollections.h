@@ -48,11 +48,12 @@ requires(std::integral<T> || std::is_enum_v<T>)
 
 template <class T>
 requires(std::integral<T> || std::is_enum_v<T>) && (sizeof(T) >= sizeof(std::int32_t))
+    && (sizeof(T) <= sizeof(std::int64_t))
     && (!std::is_same_v<T, std::int32_t>)struct BoxOf<T> : NumberBoxOf<Integer64, std::int64_t, T> {
 }; // which keeps all bits of an unsigned one
 
 template <std::floating_point T>
-struct BoxOf<T> : NumberBoxOf<Double, double, T> {
+requires(sizeof(T) <= sizeof(double)) struct BoxOf<T> : NumberBoxOf<Double, double, T> {
 };
 
 template <>
@@ -78,7 +79,7 @@ concept Boxed = requires
 } // namespace detail
 
 /// A list of plain values: integers, floating-point numbers, enumerations, `std::u16string` and `String`, in an array list
-/// of boxes. One thread at a time.
+/// of boxes. Numbers have at most 64 bits. A copy shares nothing with the original. One thread at a time.
 ///
 /// @code
 /// collections::ValueList<int> numbers {3, 1, 2};
@@ -157,6 +158,24 @@ public:
         for (const T& value : values)
             add(value);
     }
+    ValueList(const ValueList& other)
+        : ValueList()
+    {
+        for (const T& value : other)
+            add(value);
+    }
+    /// `other` is empty then.
+    ValueList(ValueList&& other)
+        : ValueList()
+    {
+        swap(other);
+    }
+    ValueList& operator=(ValueList other) noexcept
+    {
+        swap(other);
+        return *this;
+    }
+    void swap(ValueList& other) noexcept { std::swap(m_list, other.m_list); }
 
     void add(const T& value) { m_list.add(Box::box(value).get()); }
     void add(int index, const T& value) { m_list.add(index, Box::box(value).get()); }
@@ -171,14 +190,18 @@ public:
     bool isEmpty() const { return m_list.isEmpty(); }
     void clear() { m_list.clear(); }
 
-    /// Stable.
+    /// Stable. A failure leaves the list as it was.
     template <class Less = std::less<>>
     void sort(Less less = Less())
     {
         std::vector<T> values(begin(), end());
         std::stable_sort(values.begin(), values.end(), less);
-        for (int index = 0; index < getSize(); ++index)
-            set(index, values[static_cast<std::size_t>(index)]);
+        std::vector<Reference<Class>> boxes;
+        boxes.reserve(values.size());
+        for (const T& value : values)
+            boxes.push_back(Box::box(value));
+        for (int index = 0; const Reference<Class>& box : boxes)
+            m_list.set(index++, box.get());
     }
 
     Iterator begin() const noexcept { return {*this, 0}; }
@@ -192,7 +215,8 @@ private:
     List<Class> m_list;
 };
 
-/// A hash map between plain values, of the kinds that `ValueList` takes, in a hash map of boxes. One thread at a time.
+/// A hash map between plain values, of the kinds that `ValueList` takes, in a hash map of boxes. A copy shares nothing with
+/// the original. One thread at a time.
 ///
 /// @code
 /// collections::ValueMap<std::u16string, int> ages {{u"Ada", 36}, {u"Ole", 7}};
@@ -232,6 +256,23 @@ public:
         for (const auto& [key, value] : entries)
             put(key, value);
     }
+    ValueMap(const ValueMap& other)
+        : ValueMap()
+    {
+        other.forEach([this](const K& key, const V& value) { put(key, value); });
+    }
+    /// `other` is empty then.
+    ValueMap(ValueMap&& other)
+        : ValueMap()
+    {
+        swap(other);
+    }
+    ValueMap& operator=(ValueMap other) noexcept
+    {
+        swap(other);
+        return *this;
+    }
+    void swap(ValueMap& other) noexcept { std::swap(m_map, other.m_map); }
 
     /// Replaces the value of a key that exists.
     void put(const K& key, const V& value) { m_map.put(KeyBox::box(key).get(), ValueBox::box(value).get()); }

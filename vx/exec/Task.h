@@ -23,7 +23,8 @@ namespace detail {
 template <class Result>
 class Outcome : public Object {
 public:
-    using Value = std::conditional_t<std::is_void_v<Result>, std::monostate, Result>;
+    using Value = std::conditional_t<std::is_void_v<Result>, std::monostate,
+        std::conditional_t<std::is_reference_v<Result>, std::add_pointer_t<Result>, Result>>;
 
     Outcome() = default;
 
@@ -36,7 +37,9 @@ public:
         if (!m_value)
             throw IllegalStateException(u"task has no result");
         Value value = *std::exchange(m_value, std::nullopt);
-        if constexpr (!std::is_void_v<Result>)
+        if constexpr (std::is_reference_v<Result>)
+            return static_cast<Result>(*value);
+        else if constexpr (!std::is_void_v<Result>)
             return value;
     }
 
@@ -48,6 +51,9 @@ public:
             if constexpr (std::is_void_v<Result>) {
                 call();
                 m_value.emplace();
+            } else if constexpr (std::is_reference_v<Result>) {
+                auto&& result = call();
+                m_value.emplace(std::addressof(result));
             } else {
                 m_value.emplace(call());
             }

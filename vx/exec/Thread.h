@@ -30,7 +30,8 @@ public:
     /// Adds a reference to `runnable`. The name is a label for diagnostics, empty if none is given.
     explicit Thread(IRunnable* runnable);
     Thread(IRunnable* runnable, const String& name);
-    /// Calls `callable` with copies of the arguments. The thread can be started only once. `join` returns null.
+    /// Calls `callable` with copies of the arguments, which it may move. So a second start, also of a copy of the thread,
+    /// calls nothing. `join` returns null.
     template <class Callable, class... Arguments>
     requires detail::Work<Callable, Arguments...>
     explicit Thread(Callable&& callable, Arguments&&... arguments)

@@ -137,11 +137,11 @@ String ZonedTimeStamp::toString() const
 
 std::int64_t ZonedTimeStamp::getMoment() const noexcept
 {
-    // Years from March on: the leap day is the last day of a year.
-    constexpr std::int64_t DAYS_TO_1970 = 719'468;
+    // Years from March on: the leap day is the last day of a year. 400 years more, so that none is negative.
+    constexpr std::int64_t DAYS_TO_1970 = 719'468 + 146'097;
     const STRUCT_VX_TIME& time = getTime();
     const std::int64_t month = (time.month + 9) % 12;
-    const std::int64_t year = time.year - (time.month < 3 ? 1 : 0);
+    const std::int64_t year = time.year + 400 - (time.month < 3 ? 1 : 0);
     const std::int64_t days
         = 365 * year + year / 4 - year / 100 + year / 400 + (306 * month + 5) / 10 + time.day - 1 - DAYS_TO_1970;
     const std::int64_t minutes = (days * 24 + time.hour) * 60 + time.minute - m_minutesAhead;

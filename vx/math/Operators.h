@@ -8,6 +8,7 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string_view>
@@ -142,12 +143,16 @@ inline math::BigDecimal operator""_dec(const char* digits)
 
 } // namespace vx
 
+/// Of the low 63 bits and the size: `hashCode` has only 32 bits.
 template <>
 struct std::hash<vx::math::BigInteger> {
-    std::size_t operator()(const vx::math::BigInteger& number) const { return number.hashCode(); }
+    std::size_t operator()(const vx::math::BigInteger& number) const
+    {
+        return 31 * std::hash<std::int64_t>()(number.toInt64()) + static_cast<std::size_t>(number.getBitCount());
+    }
 };
-/// The hash of the integer part, because equal numbers may have different scales.
+/// Of the nearest `double`, because equal numbers may have different scales.
 template <>
 struct std::hash<vx::math::BigDecimal> {
-    std::size_t operator()(const vx::math::BigDecimal& number) const { return number.hashCode(); }
+    std::size_t operator()(const vx::math::BigDecimal& number) const { return std::hash<double>()(number.toDouble()); }
 };

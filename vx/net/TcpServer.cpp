@@ -10,6 +10,7 @@
 #include "vx/sync/Condition.h"
 #include "vx/sync/detail/WaitUntil.h"
 #include "vxsys/Lock.h"
+#include "vxsys/Process.h"
 #include "vxsys/Socket.h"
 #include "vxsys/Thread.h"
 #include "vxsys/detail/Deadline.h"
@@ -80,6 +81,8 @@ private:
     void joinEnded();
     void tell(const std::exception_ptr& failure, const String& peer) noexcept;
 
+    /// False in a child process by `fork`, which has none of the threads, and perhaps the lock of one.
+    bool isOfThisProcess() const noexcept { return m_process == VXProcessGetID(); }
     bool isStopping() const;
     bool hasRoom() const;
     /// Whether the calling thread belongs to this server. Such a thread does not wait for another one that is in
@@ -95,6 +98,7 @@ private:
     std::uint32_t m_interest = SocketPoller::READ;
     ENUM_VX_E_SOCKET m_pollerStatus = VX_E_SOCKET_OK;
     SocketPoller m_poller {&m_pollerStatus};
+    const std::uint32_t m_process = VXProcessGetID();
     std::atomic<std::size_t> m_failures = 0;
     VXThreadHandle m_acceptor = VX_THREAD_INVALID_HANDLE;
 
@@ -154,6 +158,8 @@ TcpServer::Core::Core(Settings settings, Handler handler)
 
 TcpServer::Core::~Core()
 {
+    if (!isOfThisProcess())
+        return;
     stop(0);
     join(m_acceptor);
     joinEnded();
@@ -167,6 +173,8 @@ std::size_t TcpServer::Core::getConnectionCount() const
 
 std::size_t TcpServer::Core::stop(std::uint32_t milliseconds)
 {
+    if (!isOfThisProcess())
+        return 0;
     const Deadline end = Deadline::in(milliseconds);
     const std::uint32_t self = VXThreadGetCurrentId();
     const sync::Condition::Holder holder(m_changed);

@@ -34,7 +34,8 @@ private:
 /// Listens on its addresses. Each connection gets a new thread, which calls the handler. Connections beyond the limit
 /// wait in the queue of the system until another connection has ended.
 ///
-/// All operations may be called from any thread, and from a handler. A handler must not destroy the server.
+/// All operations may be called from any thread, and from a handler. A handler must not destroy the server. In a child
+/// process by `fork` there is no server: `stop` and the destructor do not wait.
 ///
 /// @code
 /// net::TcpServer server({.hosts = {"127.0.0.1"}}, [](net::TcpSocket& client) {

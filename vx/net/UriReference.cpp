@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <tuple>
 
 namespace vx::net {
 
@@ -15,7 +16,10 @@ namespace {
 std::string withoutDotSegments(std::string_view input)
 {
     std::string output;
-    const auto drop = [&] { output.resize(output.find('/') != output.npos ? output.rfind('/') : 0); };
+    const auto drop = [&] {
+        const std::size_t slash = output.rfind('/');
+        output.resize(slash != output.npos ? slash : 0);
+    };
     while (!input.empty()) {
         if (input.starts_with("../")) {
             input.remove_prefix(3);
@@ -181,6 +185,18 @@ private:
     const std::string_view m_text;
     std::size_t m_at = 0;
 };
+
+UriReference::UriReference(UriReference&& other) noexcept
+    : UriReference()
+{
+    swap(other);
+}
+
+UriReference& UriReference::operator=(UriReference other) noexcept
+{
+    swap(other);
+    return *this;
+}
 
 std::optional<UriReference> UriReference::parse(std::string_view text)
 {
@@ -363,6 +379,16 @@ std::optional<std::string_view> UriReference::textOf(const Range& range) const
 {
     return range.length != std::string::npos ? std::optional(std::string_view(m_text).substr(range.start, range.length))
                                              : std::nullopt;
+}
+
+void UriReference::swap(UriReference& other) noexcept
+{
+    const auto all = [](UriReference& uri) {
+        return std::tie(uri.m_text, uri.m_scheme, uri.m_authority, uri.m_userInfo, uri.m_host, uri.m_port, uri.m_path,
+            uri.m_query, uri.m_fragment);
+    };
+    auto others = all(other);
+    all(*this).swap(others);
 }
 
 } // namespace vx::net

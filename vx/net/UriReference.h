@@ -49,6 +49,11 @@ public:
 
     /// The empty reference, which refers to the document that contains it.
     UriReference() = default;
+    UriReference(const UriReference& other) = default;
+    /// `other` becomes the empty reference.
+    UriReference(UriReference&& other) noexcept;
+    UriReference& operator=(UriReference other) noexcept;
+
     /// Empty for a text that is not a URI reference. Blanks and other characters that need an escape are not accepted.
     static std::optional<UriReference> parse(std::string_view text);
     static std::optional<UriReference> parse(std::u16string_view text);
@@ -111,6 +116,7 @@ private:
     class Parser;
 
     std::optional<std::string_view> textOf(const Range& range) const;
+    void swap(UriReference& other) noexcept;
 
     std::string m_text;
     Range m_scheme;

@@ -3,16 +3,18 @@
 #include "vx/Occasion.h"
 #include "vx/Result.h"
 #include "vx/detail/InsertUtf8.h"
+#include "vx/detail/OneLine.h"
 #include "vx/detail/TypeName.h"
 #include "vx/net/SocketResult.h"
 #include "vxsys/Net.h"
 
-#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <initializer_list>
+#include <new>
 #include <string>
 
 namespace vx {
@@ -45,16 +47,6 @@ String hexadecimal(std::int32_t result)
     return String(std::string_view(digits.data()));
 }
 
-/// Replaces control characters by blanks: the text must be one line in a log or on a terminal.
-String onOneLine(std::u16string_view text)
-{
-    std::u16string line(text);
-    std::replace_if(
-        line.begin(), line.end(), [](char16_t unit) { return unit < u' ' || unit == 0x7F; }, u' ');
-    line.erase(line.find_last_not_of(u' ') + 1);
-    return String(std::u16string_view(line));
-}
-
 /// Whether `text` already ends with the words of `part`.
 bool saysAtEnd(std::u16string_view text, std::u16string_view part)
 {
@@ -76,7 +68,7 @@ String joined(std::initializer_list<String> parts)
         text.append(text.empty() ? u"" : u": ").append(part.view());
         endsInSentence = part[0] >= u'A' && part[0] <= u'Z';
     }
-    return onOneLine(text);
+    return detail::onOneLine(text);
 }
 
 class ResultCategory final : public std::error_category {
@@ -120,7 +112,7 @@ String describe(std::int32_t result)
     if (isSocketResult(result)) {
         const auto value = static_cast<ENUM_VX_E_SOCKET>(result);
         if (const String text(VXGetDescriptionFromVX_E_SOCKET(value)); text != u"FAIL")
-            return onOneLine(text.view());
+            return detail::onOneLine(text.view());
     }
     if (const char16_t* const text = VXResultGetText(result))
         return text;
@@ -152,7 +144,7 @@ String describe(const std::exception_ptr& failure)
     } catch (const Exception& known) {
         return describe(known);
     } catch (const std::exception& standard) {
-        return joined({detail::readableName(typeid(standard)), String(std::string_view(standard.what()))});
+        return joined({detail::readableName(typeid(standard)), detail::foreignText(standard.what())});
     } catch (...) {
         return u"exception of type " + detail::readableName(*abi::__cxa_current_exception_type());
     }
@@ -174,8 +166,10 @@ void installTerminateReport() noexcept
 
 const std::error_category& resultCategory() noexcept
 {
-    static const ResultCategory category;
-    return category;
+    // Never destroyed, because destructors of static objects use error codes too.
+    alignas(ResultCategory) static std::byte s_room[sizeof(ResultCategory)];
+    static const auto* const s_category = new (s_room) ResultCategory;
+    return *s_category;
 }
 
 std::error_code errorCodeOf(std::int32_t result) noexcept

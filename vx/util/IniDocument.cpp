@@ -8,6 +8,8 @@
 #include "vxsys/File.h"
 
 #include <algorithm>
+#include <iterator>
+#include <unordered_set>
 
 namespace vx::util {
 
@@ -22,6 +24,13 @@ constexpr std::string_view TRIMMED = " \t\r\n";
 char lower(char byte)
 {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+std::string inLowerCase(std::string_view text)
+{
+    std::string changed(text);
+    std::ranges::transform(changed, changed.begin(), lower);
+    return changed;
 }
 
 bool isSameName(std::string_view left, std::string_view right)
@@ -132,9 +141,9 @@ bool IniDocument::hasSet(std::string_view set) const
 std::vector<std::string> IniDocument::getSets() const
 {
     std::vector<std::string> names;
+    std::unordered_set<std::string> known;
     for (const Line& line : m_content->lines) {
-        const auto isThis = [&](const std::string& name) { return isSameName(name, line.name()); };
-        if (line.kind == Kind::SET && std::ranges::none_of(names, isThis))
+        if (line.kind == Kind::SET && known.insert(inLowerCase(line.name())).second)
             names.emplace_back(line.name());
     }
     return names;
@@ -194,20 +203,21 @@ void IniDocument::set(std::string_view set, std::string_view name, std::string_v
         m_content->lines[index] = lineOf(std::move(text));
         return;
     }
+    std::string added;
+    bool isTight = false; // "name=value", as the entry before is written
     std::size_t place = placeIn(set);
     if (place == NONE && set.empty()) {
         const auto isHead = [](const Line& line) { return line.kind == Kind::SET; };
         place = static_cast<std::size_t>(std::ranges::find_if(m_content->lines, isHead) - m_content->lines.begin());
     } else if (place == NONE) {
-        if (!m_content->lines.empty() && m_content->lines.back().text.find_first_not_of(WHITE_SPACE) != NONE)
-            insert(m_content->lines.size(), "");
-        insert(m_content->lines.size(), '[' + std::string(set) + ']');
         place = m_content->lines.size();
+        if (place > 0 && m_content->lines.back().text.find_first_not_of(WHITE_SPACE) != NONE)
+            added += '\n';
+        added.append("[").append(set).append("]\n");
+    } else if (const Line& before = m_content->lines[place - 1]; before.kind == Kind::ENTRY) {
+        isTight = before.text[before.nameStart + before.nameLength] == '=';
     }
-    const Line* before = place > 0 ? &m_content->lines[place - 1] : nullptr;
-    const bool isTight = before != nullptr && before->kind == Kind::ENTRY
-        && before->text[before->nameLength] == '='; // as they write it
-    insert(place, std::string(name) + (isTight ? "=" : " = ") + std::string(value));
+    insert(place, added.append(name).append(isTight ? "=" : " = ").append(value));
 }
 
 bool IniDocument::remove(std::string_view set, std::string_view name)
@@ -238,21 +248,24 @@ IniDocument::Line IniDocument::lineOf(std::string text)
     Line line;
     line.text = std::move(text);
     const std::string_view whole = line.text;
-    const std::size_t first = whole.find_first_not_of(WHITE_SPACE);
+    const std::size_t start
+        = whole.starts_with(UTF8_MARKER) ? UTF8_MARKER.size() : 0; // which IniFile skips on any line
+    const std::size_t first = whole.find_first_not_of(WHITE_SPACE, start);
     if (first == NONE || isIn(COMMENT_SIGNS, whole[first]))
         return line;
     line.kind = Kind::STRANGE;
-    if (first != 0 || isIn(whole, '\0'))
+    if (first != start || isIn(whole, '\0'))
         return line;
-    if (whole.front() == '[') {
+    if (whole[start] == '[') {
         if (const std::size_t bracket = whole.rfind(']'); bracket != NONE) {
             line.kind = Kind::SET;
-            line.nameStart = 1;
-            line.nameLength = bracket - 1;
+            line.nameStart = start + 1;
+            line.nameLength = bracket - line.nameStart;
         }
     } else if (const std::size_t sign = whole.find('='); sign != NONE) {
         line.kind = Kind::ENTRY;
-        line.nameLength = whole.substr(0, sign).find_last_not_of(TRIMMED) + 1;
+        line.nameStart = start;
+        line.nameLength = whole.substr(start, sign - start).find_last_not_of(TRIMMED) + 1;
         line.valueStart = sign + 1;
         if (const std::size_t value = whole.find_first_not_of(TRIMMED, sign + 1); value != NONE) {
             line.valueStart = value;
@@ -267,10 +280,23 @@ void IniDocument::insert(std::size_t index, std::string_view text)
     const std::string_view end = !m_content->lines.empty() && m_content->lines.front().text.ends_with("\r\n")
         ? std::string_view("\r\n")
         : "\n";
-    if (index > 0 && !m_content->lines[index - 1].text.ends_with('\n'))
-        m_content->lines[index - 1].text += end;
-    m_content->lines.insert(
-        m_content->lines.begin() + static_cast<std::ptrdiff_t>(index), lineOf(std::string(text).append(end)));
+    std::vector<Line> added;
+    for (bool isLast = false; !isLast;) {
+        const std::size_t feed = std::min(text.find('\n'), text.size());
+        added.push_back(lineOf(std::string(text.substr(0, feed)).append(end)));
+        isLast = feed == text.size();
+        text.remove_prefix(isLast ? feed : feed + 1);
+    }
+    std::string before = index > 0 ? m_content->lines[index - 1].text : "\n";
+    if (!before.ends_with('\n'))
+        before += end;
+    if (m_content->lines.capacity() - m_content->lines.size() < added.size())
+        m_content->lines.reserve(2 * m_content->lines.size() + added.size());
+    // Nothing fails from here on, so that a failure leaves the document as it was.
+    if (index > 0)
+        m_content->lines[index - 1].text.swap(before);
+    m_content->lines.insert(m_content->lines.begin() + static_cast<std::ptrdiff_t>(index),
+        std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
 }
 
 template <class Work>

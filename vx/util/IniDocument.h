@@ -17,7 +17,8 @@ namespace vx::util {
 ///
 /// Texts are bytes, in UTF-8 as a rule. Lines mean what they mean to IniFile: "[set]" begins a set, "name = value" is an entry,
 /// and a line that begins with "#", ";" or ":" a comment. Letters from A to Z are equal in either case. Sets of one name are
-/// one set, and the last entry of a name counts. The empty set name stands for the lines before the first set too.
+/// one set, and the last entry of a name counts; IniFile takes only the last of such sets, and does not read lines of more than
+/// 510 bytes as one. The empty set name stands for the lines before the first set too.
 ///
 /// One thread at a time. A change of a copy does not change the original.
 ///
@@ -74,7 +75,7 @@ public:
 
     /// Changes the value of the entry that counts, or adds one after the last entry of the set. A new set is added at the end.
     /// Throws ResultException with RESULT_INVALID_ARGUMENT for a text that would not be read back as it is: one with a line
-    /// feed in it, say, or a value with a blank at an end.
+    /// feed in it, say, or a value with a blank at an end. A failure leaves the text as it was.
     void set(std::string_view set, std::string_view name, std::string_view value);
     /// Removes all lines of that name. False if there is none.
     bool remove(std::string_view set, std::string_view name);
@@ -86,7 +87,7 @@ private:
     struct Content;
 
     static Line lineOf(std::string text);
-    /// The new line ends as the first one of the document does.
+    /// The lines of `text` end as the first one of the document does.
     void insert(std::size_t index, std::string_view text);
     /// Calls `work(index, set)` for each line; `set` is the name of the set that the line belongs to.
     template <class Work>

@@ -1,5 +1,6 @@
 #include "vx/util/OptionTable.h"
 
+#include "vx/detail/OneLine.h"
 #include "vx/util/detail/OptionRows.h"
 
 #include <algorithm>
@@ -16,14 +17,7 @@ constexpr std::string_view LONG = "--";
 
 String textOf(const std::string& bytes)
 {
-    try {
-        return String(std::string_view(bytes));
-    } catch (const Exception&) { // half a character
-        std::string ascii = bytes;
-        std::replace_if(
-            ascii.begin(), ascii.end(), [](char byte) { return static_cast<unsigned char>(byte) > 0x7F; }, '?');
-        return String(std::string_view(ascii));
-    }
+    return vx::detail::onOneLine(vx::detail::foreignText(bytes).view());
 }
 
 } // namespace

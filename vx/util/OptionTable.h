@@ -37,7 +37,7 @@ struct OptionRow {
 };
 
 /// A command line that does not match its table. The description is one line to print: "vxlog: unknown option --foo;
-/// see --help". Bytes in it that are not UTF-8 become "?".
+/// see --help". What is not UTF-8 in it becomes U+FFFD, and control characters become blanks.
 class VX_API OptionException : public Exception {
 public:
     /// What is wrong, and what `getDetail` returns then.

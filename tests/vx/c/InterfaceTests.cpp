@@ -129,6 +129,7 @@ TEST(TextsInC, AreTakenAndGivenWhole)
     EXPECT_EQ(c::IVXCharBuffer_GetUtf8(text, narrow, 6), RESULT_BUFFER_TOO_SMALL);
     EXPECT_EQ(c::IVXCharBuffer_GetUtf8(text, narrow, 7), RESULT_OK);
     EXPECT_STREQ(narrow, GRUSS);
+    EXPECT_EQ(c::IVXCharBuffer_SetText(text, nullptr, 1), RESULT_INVALID_ARGUMENT);
     EXPECT_EQ(c::IVXCharBuffer_SetText(text, u"\xD800", -1), RESULT_OK);
     EXPECT_EQ(c::IVXCharBuffer_GetUtf8(text, narrow, 7), RESULT_INVALID_CHARACTER);
     VX_RELEASE_OBJECT(text);

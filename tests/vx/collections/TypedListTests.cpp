@@ -1,3 +1,4 @@
+#include "tests/AllocationProbe.h"
 #include "tests/vx/Common.h"
 #include "tests/vx/collections/Elements.h"
 #include "vx/collections/List.h"
@@ -207,6 +208,40 @@ TEST(ValueCollections, HoldPlainValues)
     EXPECT_TRUE(ages.remove(u"Ole") == UINT32_MAX && ages.remove(u"Ole") == std::nullopt);
     const ValueMap<Colour, double> shades {{Colour::RED, 0.5}};
     EXPECT_TRUE(shades.containsKey(Colour::RED) && !shades.containsKey(Colour::BLUE) && shades.getSize() == 1);
+}
+
+static_assert(!detail::Boxed<long double>, "a box would lose digits");
+
+TEST(ValueCollections, AreValues)
+{
+    ValueList<int> list {1}, listCopy = list;
+    listCopy.add(2);
+    ValueMap<int, String> map {{1, u"a"}}, mapCopy = map;
+    mapCopy.put(2, u"b");
+    EXPECT_EQ(list.getSize() * 10 + map.getSize(), 11);
+    const ValueList<int> movedList = std::move(list);
+    const ValueMap<int, String> movedMap = std::move(map);
+    list.add(7); // NOLINT(bugprone-use-after-move)
+    map.put(7, u"c"); // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE(list.getSize() == 1 && movedList.get(0) == 1 && map.getSize() == 1 && movedMap.get(1) == u"a");
+    list = listCopy;
+    map = std::move(mapCopy);
+    listCopy.clear();
+    EXPECT_TRUE(list.get(1) == 2 && map.get(2) == u"b" && mapCopy.isEmpty()); // NOLINT(bugprone-use-after-move)
+}
+
+TEST(ValueCollections, KeepTheirValuesWhenASortFails)
+{
+    const ValueList<std::u16string> unsorted {u"c", u"a", u"b"};
+    ValueList<std::u16string> texts = unsorted;
+    const auto sort = [&] { texts.sort(); };
+    const int failures = failEachAllocation(sort, [&](int) {
+        const std::u16string all = texts.get(0) + texts.get(1) + texts.get(2);
+        EXPECT_TRUE(all == u"cab" || all == u"abc") << String(all); // it also sorts without a buffer
+        texts = unsorted;
+    });
+    EXPECT_GT(failures, 3);
+    EXPECT_EQ(texts.get(0), u"a");
 }
 
 } // namespace

@@ -97,8 +97,14 @@ TEST(Thread, RunsAnyCallable)
     Thread thread([](int& target, int first, const std::string& second) { target = first + std::stoi(second); },
         std::ref(sum), 40, "2");
     thread.start();
+    Thread copy(thread);
     EXPECT_EQ(thread.join(), nullptr);
-    EXPECT_EQ(sum, 42);
+    EXPECT_EQ(std::exchange(sum, 7), 42);
+    for (Thread* again : {&thread, &copy}) {
+        again->start();
+        EXPECT_EQ(again->join(), nullptr);
+    }
+    EXPECT_EQ(sum, 7) << "the arguments are gone";
     Reference<Work> work(new Work([&]() -> void* { return &sum; }));
     Thread ofRunnable(work.get()); // which is no callable
     ofRunnable.start();
@@ -117,6 +123,9 @@ TEST(Task, CarriesTheResultOrTheException)
     EXPECT_EQ(*moved.get(), 6);
     EXPECT_THROW(moved.get(), IllegalStateException) << "the result was taken";
 
+    int number = 7;
+    Task<int&> reference = runAsync([&number]() -> int& { return number; });
+    EXPECT_EQ(&reference.get(), &number);
     Task<void> failing = runAsync([] { throw RangeErrorException(u"too far"); });
     EXPECT_TRUE(failing.wait());
     EXPECT_THROW(failing.get(), RangeErrorException);

@@ -1,6 +1,7 @@
 #include "vx/net/TcpServer.h"
 
 #include "tests/vx/Common.h"
+#include "tests/vxsys/Child.h"
 #include "vx/Describe.h"
 #include "vx/net/SocketResult.h"
 #include "vxsys/Lock.h"
@@ -73,7 +74,7 @@ TEST(TcpServer, ListensOnAllAddressesAtOnePort)
         EXPECT_TRUE(failure.starts_with("listen on 127.0.0.2:" + port.toUtf8() + ": EADDRINUSE ")) << failure;
     }
     for (const std::vector<std::string>& hosts : {std::vector<std::string> {}, {std::string("127.0.0.1\0x", 11)},
-             {"127.0.0.1", "no.such.host.invalid"}, {"192.0.2.1"}})
+             {"127.0.0.1", "no.such.host.invalid"}, {"192.0.2.1"}, {"\xC3"}})
         EXPECT_EQ(resultOf([&] { TcpServer({.hosts = hosts}, ignore); }) >> 16, VX_E_SOCKET_EINTR >> 16)
             << "of sockets";
     const TcpServer everywhere({.hosts = {"*"}}, ignore);
@@ -216,6 +217,20 @@ TEST(TcpServer, StopsFromAnyThreadAndCutsWhatIsLeft)
         } catch (const Exception&) { // reset: it was never accepted
         }
     }
+}
+
+TEST(TcpServer, IsNotWaitedForInAChildProcess)
+{
+    TcpServer server({.hosts = LOOPBACK}, [](TcpSocket& socket) { sendByte(socket), readByte(socket); });
+    const auto client = connectTo(server);
+    EXPECT_EQ(readByte(*client), 1) << "the handler waits";
+    Child child([&](Child::Side&) {
+        ::alarm(60);
+        server.stop(VX_WAIT_FOREVER);
+        server.~TcpServer();
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(server.stop(0), 1U) << "the connection of this process is open";
 }
 
 /// Until then the process has too many open files for one more connection.

@@ -56,6 +56,20 @@ TEST(UriReference, TakesAReferenceApartAndPutsItTogether)
         EXPECT_FALSE(UriReference::compose(wrong));
 }
 
+TEST(UriReference, IsEmptyAfterAMove)
+{
+    const auto first = UriReference::parse("http://user@a.host.with.a.long.name:80/path?query#fragment");
+    UriReference source = *first;
+    UriReference target = std::move(source);
+    EXPECT_EQ(partsOf(source), "path=");
+    EXPECT_EQ(source.normalized(), UriReference());
+    EXPECT_EQ(partsOf(target), partsOf(*first));
+    source = std::move(target);
+    EXPECT_EQ(partsOf(target) + ' ' + partsOf(source), "path= " + partsOf(*first));
+    static_assert(
+        std::is_nothrow_move_constructible_v<UriReference> && std::is_nothrow_move_assignable_v<UriReference>);
+}
+
 TEST(UriReference, KnowsAddressesAsTheSystemDoes)
 {
     Random random;

@@ -182,7 +182,8 @@ TEST(OptionTable, ReadsWhatUsersWriteAndNamesWhatItCannotRead)
         {{"-xo"}, "tool: -o needs a value; see --help", "-x()"},
         {{"--lines=", "-l"}, "tool: --lines takes no value; see --help", "-l()"},
         {{"--line-end", "cr", "-x"}, "tool: --line-end takes lf|crlf, not \"cr\"; see --help", "-x()"},
-        {{"--\xFF\xC3\xA9\xED\xA0\x80"}, "tool: unknown option --??????; see --help", ""},
+        {{"--\xFF\xC3\xA9\xED\xA0\x80\xE2"}, "tool: unknown option --\uFFFDé\uFFFD\uFFFD\uFFFD\uFFFD; see --help", ""},
+        {{"-l", "--a\nb\x1B[m"}, "tool: unknown option --a b [m; see --help", "-l()"},
     };
     for (const auto& [arguments, expected, skipped] : cases) {
         EXPECT_EQ(optionsOf(arguments, OptionTable::Order::MIXED, OptionTable::Faults::THROWN), expected);

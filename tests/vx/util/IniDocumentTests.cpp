@@ -1,5 +1,6 @@
 #include "vx/util/IniDocument.h"
 
+#include "tests/AllocationProbe.h"
 #include "tests/Random.h"
 #include "tests/vx/Common.h"
 #include "tests/vxsys/Scratch.h"
@@ -67,6 +68,16 @@ TEST(IniDocument, ChangesNothingElse)
         {"# c\n[s]\n", set("", "b", "2"), "# c\nb = 2\n[s]\n"},
         {"", set("t]u", "=", "2"), nullptr},
         {"", set("t]u", "b", "2=;"), "[t]u]\nb = 2=;\n"},
+        {"\xEF\xBB\xBF[s]\n\xEF\xBB\xBF[t]\n\xEF\xBB\xBF"
+         "b=1",
+            set("t", "b", "2"),
+            "\xEF\xBB\xBF[s]\n\xEF\xBB\xBF[t]\n\xEF\xBB\xBF"
+            "b=2"}, // IniFile reads them so
+        {"\xEF\xBB\xBF"
+         "a=1",
+            set("", "b", "2"),
+            "\xEF\xBB\xBF"
+            "a=1\nb=2\n"},
         {"[s]\na=1\n# c\nb=2\nA=3\n", remove("s", "a"), "[s]\n# c\nb=2\n"},
         {"# c\n[s]\na=1\n[t]\nb=2\n[S]\n#", [](IniDocument& document) { EXPECT_TRUE(document.removeSet("s")); },
             "# c\n[t]\nb=2\n"},
@@ -79,14 +90,34 @@ TEST(IniDocument, ChangesNothingElse)
             << before;
         EXPECT_EQ(document.getText(), after != nullptr ? after : before);
     }
-    for (const auto& [ofSet, name, value] : {std::tuple {"s\n"s, "a"s, "b"s}, {"s", " a", "b"}, {"s", "a ", "b"},
-             {"s", "[a", "b"}, {"s", "#a", "b"}, {"s", "", "b\nc"}, {"s", "a", " b"}, {"s", "a", "b\t"},
-             {"s", "a\n", "b"}, {"s\0"s, "a", "b"}, {"s", "a\0"s, "b"}, {"s", "a", "b\0"s}, {"s", "a", "\xFF "}}) {
+    for (const auto& [ofSet, name, value] :
+        {std::tuple {"s\n"s, "a"s, "b"s}, {"s", " a", "b"}, {"s", "a ", "b"}, {"s", "[a", "b"}, {"s", "#a", "b"},
+            {"s", "", "b\nc"}, {"s", "a", " b"}, {"s", "a", "b\t"}, {"s", "a\n", "b"}, {"s\0"s, "a", "b"},
+            {"s",
+                "\xEF\xBB\xBF"
+                "a",
+                "b"},
+            {"s", "a\0"s, "b"}, {"s", "a", "b\0"s}, {"s", "a", "\xFF "}}) {
         IniDocument document;
         EXPECT_EQ(resultOf([&, &set = ofSet, &key = name, &text = value] { document.set(set, key, text); }),
             RESULT_INVALID_ARGUMENT)
             << name << value;
         EXPECT_EQ(document.getText(), "");
+    }
+}
+
+TEST(IniDocument, StaysAsItWasWithoutMemory)
+{
+    const std::string name(40, 'x');
+    for (const std::string text : {"[s]\na=1", "a=1", ""}) {
+        IniDocument document;
+        const auto add = [&] {
+            document = IniDocument::parse(text);
+            document.set(name, name, name);
+        };
+        EXPECT_GT(
+            failEachAllocation(add, [&](int) { EXPECT_TRUE(document.getText() == text || document.getText() == ""); }),
+            3);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "vx/Object.h"
 #include "vx/exec/IRunnable.h"
 
+#include <atomic>
 #include <concepts>
 #include <functional>
 #include <tuple>
@@ -53,12 +54,14 @@ public:
     // IRunnable
     void* run() override
     {
-        static_cast<void>(m_call());
+        if (!m_wasCalled.test_and_set())
+            static_cast<void>(m_call());
         return nullptr;
     }
 
 private:
     Call m_call;
+    std::atomic_flag m_wasCalled;
 };
 
 template <class Callable, class... Arguments>

@@ -1,6 +1,7 @@
 #include "vx/net/detail/Listeners.h"
 
 #include "vx/Exception.h"
+#include "vx/detail/OneLine.h"
 #include "vx/net/InetSocketAddress.h"
 #include "vx/net/TcpSocket2.h"
 #include "vx/net/detail/NativeResult.h"
@@ -36,7 +37,7 @@ struct Address {
 void addAddresses(const std::string& host, std::uint16_t port, std::vector<Address>& addresses)
 {
     constexpr std::string_view EVERYWHERE = "*";
-    const String place = textOf(String(std::string_view(host)), port);
+    const String place = textOf(vx::detail::foreignText(host), port);
     if (host.find('\0') != host.npos) // the system would look up the text before it
         fail(place, VX_E_SOCKET_HOST_NOT_FOUND);
     addrinfo hints {};

@@ -18,6 +18,18 @@ namespace {
 constexpr std::size_t LONGEST = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t BLOCK = 1024;
 
+/// Runs `work`. After a failure the converter begins a new text.
+template <class Converter, class Work>
+auto orBeginAnew(Converter& converter, Work work)
+{
+    try {
+        return work();
+    } catch (...) {
+        converter.reset();
+        throw;
+    }
+}
+
 /// Passes all units through `convert`, block by block, until it makes no progress. Returns how many were converted.
 template <class Unit, class Converted, class Converter, class Take>
 std::int32_t convertAll(Converter& converter, const Unit* units, std::size_t count, Take take)
@@ -29,12 +41,7 @@ std::int32_t convertAll(Converter& converter, const Unit* units, std::size_t cou
     for (;;) {
         const std::int32_t before = done;
         std::int32_t stored = 0;
-        try {
-            converter.convert(units, &done, static_cast<std::int32_t>(count), block, &stored, BLOCK);
-        } catch (...) {
-            converter.reset();
-            throw;
-        }
+        converter.convert(units, &done, static_cast<std::int32_t>(count), block, &stored, BLOCK);
         take(block, stored);
         if (done == before && stored == 0)
             return done;
@@ -54,12 +61,14 @@ String Decoder::decode(std::string_view bytes)
 {
     std::vector<signed char> input(std::move(m_pending));
     m_pending.clear();
-    input.insert(input.end(), bytes.begin(), bytes.end());
-    String text;
-    const std::int32_t done = convertAll<signed char, char16_t>(*m_converter, input.data(), input.size(),
-        [&](const char16_t* units, std::int32_t count) { text.append(units, count); });
-    m_pending.assign(input.begin() + done, input.end());
-    return text;
+    return orBeginAnew(*m_converter, [&] {
+        input.insert(input.end(), bytes.begin(), bytes.end());
+        String text;
+        const std::int32_t done = convertAll<signed char, char16_t>(*m_converter, input.data(), input.size(),
+            [&](const char16_t* units, std::int32_t count) { text.append(units, count); });
+        m_pending.assign(input.begin() + done, input.end());
+        return text;
+    });
 }
 
 String Decoder::finish()
@@ -85,24 +94,21 @@ Encoder::~Encoder() = default;
 
 std::string Encoder::encode(std::u16string_view text)
 {
-    std::string bytes;
-    convertAll<char16_t, signed char>(
-        *m_converter, text.data(), text.size(), [&](const signed char* units, std::int32_t count) {
-            bytes.append(reinterpret_cast<const char*>(units), static_cast<std::size_t>(count));
-        });
-    return bytes;
+    return orBeginAnew(*m_converter, [&] {
+        std::string bytes;
+        convertAll<char16_t, signed char>(
+            *m_converter, text.data(), text.size(), [&](const signed char* units, std::int32_t count) {
+                bytes.append(reinterpret_cast<const char*>(units), static_cast<std::size_t>(count));
+            });
+        return bytes;
+    });
 }
 
 std::string Encoder::finish()
 {
     signed char block[BLOCK];
     std::int32_t stored = 0;
-    try {
-        m_converter->flush(block, &stored, BLOCK);
-    } catch (...) {
-        m_converter->reset();
-        throw;
-    }
+    orBeginAnew(*m_converter, [&] { m_converter->flush(block, &stored, BLOCK); });
     m_converter->reset();
     return {reinterpret_cast<const char*>(block), static_cast<std::size_t>(stored)};
 }

@@ -1,3 +1,4 @@
+#include "tests/AllocationProbe.h"
 #include "tests/Random.h"
 #include "tests/vx/Common.h"
 #include "vx/text/charset/CharsetException.h"
@@ -68,6 +69,14 @@ TEST(Pieces, BeginANewTextAfterAFault)
     EXPECT_EQ(encoder.encode(u"b\xD83D"), "b");
     EXPECT_THROW(encoder.encode(u"x"), InvalidCharacterException);
     EXPECT_EQ(encoder.encode(u"c") + encoder.finish(), "c");
+    const std::u16string cut = std::u16string(3000, u'x') + u'\xD83D';
+    EXPECT_GT(failEachAllocation(
+                  [&] {
+                      encoder.encode(cut);
+                      encoder.encode(u"\xDE00");
+                  },
+                  [&](int) { EXPECT_EQ(encoder.encode(u"d") + encoder.finish(), "d"); }),
+        1);
     EXPECT_THROW(Decoder(u"none"), UnknownEncodingException);
     EXPECT_THROW(Encoder(u"none"), UnknownEncodingException);
 }
