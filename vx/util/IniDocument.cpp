@@ -164,9 +164,12 @@ std::vector<IniDocument::StrangeLine> IniDocument::getStrangeLines() const
 {
     std::vector<StrangeLine> lines;
     for (std::size_t index = 0; index < m_content->lines.size(); ++index) {
-        const std::string& text = m_content->lines[index].text;
-        if (m_content->lines[index].kind == Kind::STRANGE)
-            lines.push_back({text.substr(0, text.find_last_not_of("\r\n") + 1), index + 1});
+        const Line& line = m_content->lines[index];
+        const std::string text = line.text.substr(0, line.text.find_last_not_of("\r\n") + 1);
+        const std::size_t rest = text.find_first_not_of(WHITE_SPACE, line.nameStart + line.nameLength + 1);
+        const bool hasRest = line.kind == Kind::SET && rest != NONE && !isIn(COMMENT_SIGNS, text[rest]);
+        if (line.kind == Kind::STRANGE || hasRest || isIn(text, '\r'))
+            lines.push_back({text, index + 1});
     }
     return lines;
 }

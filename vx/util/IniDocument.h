@@ -39,7 +39,8 @@ public:
         std::string value; ///< without blanks at its ends
         std::size_t line; ///< counted from 1
     };
-    /// A line that is none of those above: one without "=" or "]", or one that begins with a blank, which IniFile skips.
+    /// A line that is none of those above, or not all of it: one without "=" or "]", one that begins with a blank, which
+    /// IniFile skips, one with more than a comment after "]", or several that a file ends with carriage returns alone.
     struct StrangeLine {
         std::string text; ///< without its end
         std::size_t line;

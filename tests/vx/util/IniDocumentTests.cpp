@@ -30,9 +30,10 @@ TEST(IniDocument, ReadsAnyTextAndKeepsIt)
         {"", ""},
         {"\xEF\xBB\xBF"
          "a=1\r\n[S]x]y \r\n b=2\r\n\tc\r\n  # d=4\r\n",
-            "1:.a=1 3? b=2 4?\tc "},
+            "1:.a=1 2?[S]x]y  3? b=2 4?\tc "},
         {"[s]\n#a=1\n;a=1\n:a=1\n \t\n\nb=\n=c\nd = e = f \ng", "7:s.b= 8:s.=c 9:s.d=e = f 10?g "},
         {"[s\na=1\n[]\nb=2\0\n"s, "2:.a=1 1?[s 4?b=2"},
+        {"[s] # c\n[t] a=1\nb=1\rc=1\n", "3:t.b=1\rc=1 2?[t] a=1 3?b=1\rc=1 "},
         {"[s]\na=1\n[t]\na=2\n[S]\nA=3", "2:s.a=1 4:t.a=2 6:S.A=3 "},
     };
     for (const auto& [text, content] : cases) {
@@ -40,7 +41,7 @@ TEST(IniDocument, ReadsAnyTextAndKeepsIt)
         EXPECT_EQ(document.getText(), text);
         EXPECT_STREQ(dump(document).c_str(), content); // up to a zero byte
     }
-    const IniDocument document = IniDocument::parse(cases[4].first);
+    const IniDocument document = IniDocument::parse(cases[5].first);
     EXPECT_EQ(document.find("s", "a")->line, 6U);
     EXPECT_EQ(document.getSets(), (std::vector<std::string> {"s", "t"}));
     EXPECT_FALSE(document.get("s", "b") || document.hasSet("u"));
