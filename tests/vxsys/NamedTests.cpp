@@ -15,15 +15,34 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <list>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
+
+namespace {
+
+/// Called once, before the library next maps the file of a named object.
+std::function<void()> g_beforeMapping;
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] void* mmap(
+    void* address, std::size_t length, int protection, int flags, int file, off_t start) noexcept
+{
+    if (file >= 0 && (flags & MAP_SHARED) != 0 && g_beforeMapping != nullptr)
+        std::exchange(g_beforeMapping, nullptr)();
+    return reinterpret_cast<void*>(::syscall(SYS_mmap, address, length, protection, flags, file, start));
+}
 
 namespace {
 
@@ -216,6 +235,33 @@ TEST(NamedSemaphore, ServesMoreProcessesThanItsFirstPageHasRoomFor)
     EXPECT_EQ(here.value(), COUNT);
     children.clear();
     EXPECT_EQ(here.valueSoon(2 * COUNT), 2 * COUNT);
+}
+
+TEST(NamedSemaphore, IsOpenedWhileChildrenOfAnotherProcessMakeItsFileLarger)
+{
+    constexpr int COUNT = 125;
+    const std::string name = ownName("growing");
+    Child other([&](Child::Side& side) {
+        const Named there(name, 1);
+        side.tell('o');
+        side.hear();
+        for (int i = 0; i < COUNT; ++i) {
+            if (::fork() == 0) {
+                side.hear();
+                ::_exit(0);
+            }
+        }
+        side.tell('f');
+        side.hear();
+    });
+    EXPECT_EQ(other.hear(), 'o');
+    g_beforeMapping = [&] {
+        other.tell('g');
+        EXPECT_EQ(other.hear(), 'f');
+    };
+    const Named here(name, 1);
+    EXPECT_EQ(g_beforeMapping, nullptr);
+    EXPECT_EQ(here.value(), 1);
 }
 
 TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)

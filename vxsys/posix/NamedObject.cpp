@@ -60,11 +60,14 @@ void unmapPage(SharedPage* page) noexcept
     ::munmap(page, sizeof(SharedPage));
 }
 
-/// Whether the file is as large as its page says.
-bool isWhole(const SharedPage& page, const struct stat& status) noexcept
+/// Whether the file is as large as its page says. A child process may add places at any time, so the size is read after
+/// their number.
+bool isWhole(const SharedPage& page, int file) noexcept
 {
-    return page.isOurs() && page.places() <= SharedPage::CAPACITY
-        && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(page.places());
+    const std::uint32_t places = page.places();
+    struct stat status;
+    return page.isOurs() && places <= SharedPage::CAPACITY && ::fstat(file, &status) == 0
+        && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(places);
 }
 
 /// Removes the file of an object that no process has open, unless a note says that something has to be repaired.
@@ -83,7 +86,7 @@ void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
         return;
     if (!page->isMade()) {
         ::unlinkat(folder.descriptor(), name, 0);
-    } else if (isWhole(*page, status)) {
+    } else if (isWhole(*page, file.get())) {
         const PageLock lock(*page);
         if (!page->hasOpener(g_self) && !page->hasNote()) {
             page->setRemoved();
@@ -353,7 +356,7 @@ int NamedObject::map(int file, bool* isNew) noexcept
     *isNew = !m_page->isMade();
     if (*isNew)
         return m_page->make(FIRST_PLACES);
-    return isWhole(*m_page, status) ? 0 : EUCLEAN;
+    return isWhole(*m_page, file) ? 0 : EUCLEAN;
 }
 
 void NamedObject::unmap() noexcept
