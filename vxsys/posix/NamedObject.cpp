@@ -10,7 +10,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <new>
-#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -246,8 +245,8 @@ int NamedObject::mapMemory(int protection, void** address) noexcept
 
 void NamedObject::handleForks() noexcept
 {
-    static const int registered = ::pthread_atfork(beforeFork, inParent, inChild);
-    static_cast<void>(registered);
+    static constinit std::atomic<bool> s_handlesForks = false;
+    detail::handleForks(s_handlesForks, beforeFork, inParent, inChild);
 }
 
 void NamedObject::beforeFork() noexcept
