@@ -22,6 +22,7 @@
 #include <span>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vxsys::detail {
 
@@ -99,20 +100,37 @@ std::string variable(const char* name)
     return value != nullptr ? value : "";
 }
 
-/// Creates a folder and all folders above it, with rights for the user alone.
-std::int32_t makeFolders(const std::string& path)
-{
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (::mkdir(path.substr(0, end).c_str(), S_IRWXU) != 0 && errno != EEXIST)
-            return VXResultFromNative(errno);
-        if (end == path.npos)
-            return RESULT_OK;
-    }
-}
-
 std::int32_t flush(int descriptor) noexcept
 {
     return resultOf(retryOnSignal([&] { return ::fsync(descriptor); }));
+}
+
+/// Flushes a folder in which another one was created. The user may have no right to read it.
+std::int32_t flushFolder(const char* path) noexcept
+{
+    const Descriptor folder(retryOnSignal([&] { return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!folder.isOpen())
+        return errno != EACCES ? VXResultFromNative(errno) : RESULT_OK;
+    return flush(folder.get());
+}
+
+/// Creates a folder and all folders above it, with rights for the user alone. They are flushed, because a change is not
+/// on the disk as long as the way to it is not.
+std::int32_t makeFolders(const std::string& path)
+{
+    std::string above = "/";
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        std::string folder = path.substr(0, end);
+        if (::mkdir(folder.c_str(), S_IRWXU) == 0) {
+            if (const std::int32_t result = flushFolder(above.c_str()); failed(result))
+                return result;
+        } else if (errno != EEXIST) {
+            return VXResultFromNative(errno);
+        }
+        if (end == path.npos)
+            return RESULT_OK;
+        above = std::move(folder);
+    }
 }
 
 /// Calls `visit` with the name of each entry of a folder until a call fails.
