@@ -1,10 +1,12 @@
 #include "vxsys/linux/Reaper.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/ForkHandlers.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/StateLock.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <exception>
@@ -60,7 +62,7 @@ bool isDrained(int pipe) noexcept
 /// was accepted is always completed. The thread ends before the library is unloaded.
 class Reaper {
 public:
-    Reaper() noexcept = default;
+    constexpr Reaper() noexcept = default;
     ~Reaper();
     Reaper(const Reaper&) = delete;
     Reaper& operator=(const Reaper&) = delete;
@@ -275,13 +277,15 @@ void Reaper::remove(const Task& task) noexcept
     *place = std::move((*place)->next);
 }
 
-Reaper& reaper()
+/// It is destroyed after the static objects of the program, which may be processes.
+constinit Reaper g_reaper;
+
+Reaper& reaper() noexcept
 {
-    static Reaper instance;
-    static const int registered
-        = ::pthread_atfork([] { instance.beforeFork(); }, [] { instance.inParent(); }, [] { instance.inChild(); });
-    static_cast<void>(registered);
-    return instance;
+    static constinit std::atomic<bool> s_handlesForks = false;
+    handleForks(
+        s_handlesForks, [] { g_reaper.beforeFork(); }, [] { g_reaper.inParent(); }, [] { g_reaper.inChild(); });
+    return g_reaper;
 }
 
 template <class... What>
