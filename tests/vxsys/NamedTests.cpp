@@ -19,6 +19,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <sched.h>
 #include <set>
 #include <string>
 #include <sys/mman.h>
@@ -196,6 +197,33 @@ TEST(NamedObjects, StartAfreshWhenAllHaveGone)
         }
         EXPECT_FALSE(hasFile(name));
     }
+}
+
+TEST(NamedSemaphore, IsAnotherOneInAnotherNamespaceOfProcesses)
+{
+    const std::string name = ownName("elsewhere");
+    const Named here(name, 1);
+    Child other([&](Child::Side& side) {
+        here.wait();
+        const bool mayLeave = ::unshare(CLONE_NEWPID) == 0;
+        if (mayLeave) {
+            Child elsewhere([&](Child::Side&) {
+                EXPECT_EQ(here.value(), 1);
+                std::this_thread::sleep_for(200ms); // then it looks for processes that have ended
+                EXPECT_TRUE(here.tryWait());
+                EXPECT_EQ(VXNamedSemClose(here.m_handle), 0);
+                EXPECT_TRUE(std::filesystem::remove(folderOf(::geteuid())));
+            });
+            EXPECT_EQ(elsewhere.wait(), 0);
+        }
+        side.tell(mayLeave ? 'y' : 'n');
+        side.hear();
+    });
+    if (other.hear() == 'n')
+        GTEST_SKIP() << "needs the right to make a namespace";
+    EXPECT_EQ(here.value(), 0);
+    other.kill();
+    EXPECT_EQ(here.valueSoon(1), 1);
 }
 
 TEST(ObjectName, GivesEachNameAFileNameOfItsOwnThatStaysInItsFolder)

@@ -27,6 +27,7 @@ constexpr std::uint32_t MORE_PLACES = 4096 / sizeof(Opener);
 // destructors have run.
 constinit NamedObject* g_objects VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit ProcessIdentity g_self; // does not change while an object is open
+constinit std::uint64_t g_namespace VX_GUARDED_BY(g_namedLock) = 0; ///< of the process numbers
 constinit long g_tidied VX_GUARDED_BY(g_namedLock) = 0; ///< the place in the folder up to which `tidy` has looked
 
 Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
@@ -122,8 +123,10 @@ void removeSomeAbandoned(const NamedFolder& folder) noexcept VX_REQUIRES(g_named
 int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept
 {
     handleForks();
-    if (g_self.id == 0)
+    if (g_self.id == 0) {
         g_self = ProcessIdentity::ofCaller();
+        g_namespace = processNamespace();
+    }
 
     const ObjectName file(opening.kind, name);
     if (NamedObject* known = find(file.get())) {
@@ -262,8 +265,12 @@ void NamedObject::inParent() noexcept
 void NamedObject::inChild() noexcept
 {
     g_self = g_objects != nullptr ? ProcessIdentity::ofCaller() : ProcessIdentity {};
+    // In another namespace the parent's process would look as if it had ended, and what it holds would be returned.
+    const std::uint64_t before = g_namespace;
+    g_namespace = g_objects != nullptr ? processNamespace() : 0;
+    const bool isElsewhere = g_namespace != before;
     for (NamedObject* object = g_objects; object != nullptr; object = object->m_next)
-        object->enterInChild();
+        object->enterInChild(isElsewhere);
     NamedFolder::forget();
     g_namedLock.unlock();
 }
@@ -447,9 +454,11 @@ int NamedObject::enterAgain() noexcept
     return m_opening.kind == NamedOpening::MEMORY ? ESTALE : enter();
 }
 
-void NamedObject::enterInChild() noexcept
+void NamedObject::enterInChild(bool isElsewhere) noexcept
 {
     m_opener = nullptr;
+    if (isElsewhere)
+        m_isStale.store(true, std::memory_order_relaxed);
     if (m_isStale.load(std::memory_order_relaxed))
         return;
     const PageLock lock(*m_page);
