@@ -16,6 +16,7 @@
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -81,7 +82,8 @@ private:
     int add(std::unique_ptr<Task> task) noexcept;
     int open() noexcept VX_REQUIRES(m_lock);
     int startThread() noexcept VX_REQUIRES(m_lock);
-    void wake() const noexcept VX_REQUIRES(m_lock);
+    /// False if there is no event, or the program has closed it. Its number may be that of another file since.
+    bool wake() const noexcept VX_REQUIRES(m_lock);
     void dropTasks() noexcept VX_REQUIRES(m_lock);
 
     void run() noexcept;
@@ -104,12 +106,13 @@ private:
 
 Reaper::~Reaper()
 {
+    bool ends = true;
     {
         const StateGuard guard(m_lock);
         m_ends = true;
-        wake();
+        ends = wake() || !m_isRunning;
     }
-    if (m_hasThread)
+    if (m_hasThread && ends)
         ::pthread_join(m_thread, nullptr);
     dropTasks();
 }
@@ -202,11 +205,13 @@ int Reaper::startThread() noexcept
     return error;
 }
 
-void Reaper::wake() const noexcept
+bool Reaper::wake() const noexcept
 {
     const std::uint64_t one = 1;
-    if (m_wake.isOpen())
-        static_cast<void>(!::write(m_wake.get(), &one, sizeof one));
+    struct stat status;
+    const bool isEvent = m_wake.isOpen() && ::fstat(m_wake.get(), &status) == 0
+        && (status.st_mode & S_IFMT) == 0; // neither a file nor a pipe nor a socket
+    return isEvent && ::write(m_wake.get(), &one, sizeof one) == sizeof one;
 }
 
 void Reaper::dropTasks() noexcept
