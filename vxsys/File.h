@@ -89,9 +89,9 @@ VXSYS_API std::int32_t VXFileGetIdentity(std::uint32_t handle, VXFileIdentity* i
 VXSYS_API std::int32_t VXFileGetStatus(const char16_t* path, VXFileStatus* status) noexcept;
 /// Replaces the content of the file by `length` bytes in one step. A process that opens the file finds either the whole
 /// old content or the whole new one, even after a kill or with a full disk. After a failure the file has the old
-/// content. It keeps its owner, its permissions and its symbolic link; a new file gets `access` as in VXFileOpen.
-/// RESULT_ACCESS_DENIED if the file or its folder may not be written. If `status` is not null, `*status` becomes that
-/// of the new file.
+/// content, unless only the flush of its folder failed. It keeps its owner, its permissions and its symbolic link; a new
+/// file gets `access` as in VXFileOpen. RESULT_ACCESS_DENIED if the file or its folder may not be written, and for the
+/// link of another user in a folder such as "/tmp". If `status` is not null, `*status` becomes that of the new file.
 VXSYS_API std::int32_t VXFileReplace(
     const char16_t* path, const void* content, std::int64_t length, std::int32_t access, VXFileStatus* status) noexcept;
 
@@ -103,8 +103,9 @@ using VXFileReplacement = struct VXFileReplacementTag*;
 /// belongs to the replacement and must not be closed. After a failure `*replacement` is null.
 VXSYS_API std::int32_t VXFileReplaceBegin(
     const char16_t* path, std::int32_t access, VXFileReplacement* replacement, std::uint32_t* handle) noexcept;
-/// Flushes the content to disk and replaces the file. After a failure the file has its old content. May be called once
-/// for each replacement. If `status` is not null, `*status` becomes that of the new file.
+/// Flushes the content to disk and replaces the file. After a failure the file has its old content, unless only the
+/// flush of its folder failed. May be called once for each replacement. If `status` is not null, `*status` becomes that
+/// of the new file.
 VXSYS_API std::int32_t VXFileReplaceCommit(VXFileReplacement replacement, VXFileStatus* status) noexcept;
 /// Ends a replacement: closes the handle and drops what was not committed. A child process by `fork` ends only its
 /// copy.

@@ -12,7 +12,8 @@
 ///
 /// An object exists as long as a process has it open. After the last one has closed it, or has ended in any way, the
 /// next open creates a new object. A child process by `fork` has the objects of its parent open, but holds nothing of
-/// them. A program that is started by `exec` has none open.
+/// them. A program that is started by `exec` has none open. Each namespace of process numbers has its own objects: a
+/// child process in a new one opens its semaphores anew there.
 extern "C" {
 
 /// The path of the memory file system, for messages to people.

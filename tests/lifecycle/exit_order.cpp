@@ -7,6 +7,7 @@
 #include "vx/Library.h"
 #include "vx/String.h"
 #include "vx/text/charset/ByteToCharConverter.h"
+#include "vxsys/Process.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -67,6 +68,15 @@ void beforeAll(int, char**, char**)
 
 [[gnu::section(".preinit_array"), gnu::used]] void (*g_beforeAll)(int, char**, char**) = beforeAll;
 
+/// Leaves a running child to the library, which collects it when it ends.
+std::int32_t letChildRun()
+{
+    std::uint32_t pipes[3];
+    std::uint32_t process = 0;
+    const std::int32_t result = VXProcessCreate(u"/bin/cat", nullptr, nullptr, nullptr, 0, pipes, &process);
+    return result < 0 ? result : VXProcessDetach(process);
+}
+
 /// Constructed after the start and destroyed before the stop.
 struct Static {
     Static()
@@ -78,6 +88,8 @@ struct Static {
     {
         if (vx::Class::forName(u"CVXString")->getName() == nullptr)
             end(8, "the library stops too early\n");
+        if (letChildRun() != 0)
+            end(10, "no child can be left to the library at the end\n");
     }
 } g_static;
 
@@ -89,6 +101,8 @@ int main()
     if (VXLIBLibInit() != 0 || VXLIBLibUninit() != 0 || isStopped())
         return 1;
     *g_text += u", and longer";
+    if (letChildRun() != 0)
+        return 10;
     // Stops the library that the loader has started, and starts it again.
     if (VXLIBLibUninit() != 0 || !isStopped())
         return 2;

@@ -188,6 +188,30 @@ TEST_P(FileReplace, IsDeniedToWhoMayNotWrite)
     EXPECT_EQ(scratch.countEntries(), 3);
 }
 
+TEST_P(FileReplace, FollowsNoLinkOfAnotherUserWhereAllMayCreateOne)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make links of other users";
+    constexpr uid_t OTHER = 12345, THIRD = 12346;
+    const struct {
+        mode_t folder;
+        uid_t folderOwner, linkOwner;
+        bool isFollowed;
+    } rows[] = {{01777, 0, OTHER, false}, {01777, OTHER, THIRD, false}, {01777, OTHER, OTHER, true},
+        {01777, OTHER, 0, true}, {0777, 0, OTHER, true}, {01755, 0, OTHER, true}};
+    for (const auto& row : rows) {
+        const Scratch scratch;
+        put(scratch / "target", "old");
+        std::filesystem::create_directory(scratch / "folder");
+        std::filesystem::create_symlink("../target", scratch / "folder/link");
+        ASSERT_EQ(::lchown((scratch / "folder/link").c_str(), row.linkOwner, 0), 0);
+        ASSERT_EQ(::chown((scratch / "folder").c_str(), row.folderOwner, 0), 0);
+        ASSERT_EQ(::chmod((scratch / "folder").c_str(), row.folder), 0);
+        EXPECT_EQ(GetParam()(scratch.full("folder/link"), "new", nullptr), row.isFollowed ? 0 : RESULT_ACCESS_DENIED);
+        EXPECT_EQ(contentOf(scratch / "target"), row.isFollowed ? "new" : "old");
+    }
+}
+
 TEST_P(FileReplace, LosesNothingWhereThereIsNoRoom)
 {
     const Scratch scratch;

@@ -15,15 +15,35 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <list>
 #include <memory>
 #include <optional>
+#include <sched.h>
 #include <set>
 #include <string>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
+
+namespace {
+
+/// Called once, before the library next maps the file of a named object.
+std::function<void()> g_beforeMapping;
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] void* mmap(
+    void* address, std::size_t length, int protection, int flags, int file, off_t start) noexcept
+{
+    if (file >= 0 && (flags & MAP_SHARED) != 0 && g_beforeMapping != nullptr)
+        std::exchange(g_beforeMapping, nullptr)();
+    return reinterpret_cast<void*>(::syscall(SYS_mmap, address, length, protection, flags, file, start));
+}
 
 namespace {
 
@@ -179,6 +199,33 @@ TEST(NamedObjects, StartAfreshWhenAllHaveGone)
     }
 }
 
+TEST(NamedSemaphore, IsAnotherOneInAnotherNamespaceOfProcesses)
+{
+    const std::string name = ownName("elsewhere");
+    const Named here(name, 1);
+    Child other([&](Child::Side& side) {
+        here.wait();
+        const bool mayLeave = ::unshare(CLONE_NEWPID) == 0;
+        if (mayLeave) {
+            Child elsewhere([&](Child::Side&) {
+                EXPECT_EQ(here.value(), 1);
+                std::this_thread::sleep_for(200ms); // then it looks for processes that have ended
+                EXPECT_TRUE(here.tryWait());
+                EXPECT_EQ(VXNamedSemClose(here.m_handle), 0);
+                EXPECT_TRUE(std::filesystem::remove(folderOf(::geteuid())));
+            });
+            EXPECT_EQ(elsewhere.wait(), 0);
+        }
+        side.tell(mayLeave ? 'y' : 'n');
+        side.hear();
+    });
+    if (other.hear() == 'n')
+        GTEST_SKIP() << "needs the right to make a namespace";
+    EXPECT_EQ(here.value(), 0);
+    other.kill();
+    EXPECT_EQ(here.valueSoon(1), 1);
+}
+
 TEST(ObjectName, GivesEachNameAFileNameOfItsOwnThatStaysInItsFolder)
 {
     // Each with its file name; an empty one is only checked for what holds for all
@@ -216,6 +263,33 @@ TEST(NamedSemaphore, ServesMoreProcessesThanItsFirstPageHasRoomFor)
     EXPECT_EQ(here.value(), COUNT);
     children.clear();
     EXPECT_EQ(here.valueSoon(2 * COUNT), 2 * COUNT);
+}
+
+TEST(NamedSemaphore, IsOpenedWhileChildrenOfAnotherProcessMakeItsFileLarger)
+{
+    constexpr int COUNT = 125;
+    const std::string name = ownName("growing");
+    Child other([&](Child::Side& side) {
+        const Named there(name, 1);
+        side.tell('o');
+        side.hear();
+        for (int i = 0; i < COUNT; ++i) {
+            if (::fork() == 0) {
+                side.hear();
+                ::_exit(0);
+            }
+        }
+        side.tell('f');
+        side.hear();
+    });
+    EXPECT_EQ(other.hear(), 'o');
+    g_beforeMapping = [&] {
+        other.tell('g');
+        EXPECT_EQ(other.hear(), 'f');
+    };
+    const Named here(name, 1);
+    EXPECT_EQ(g_beforeMapping, nullptr);
+    EXPECT_EQ(here.value(), 1);
 }
 
 TEST(NamedObjects, MeetInAnotherFolderWhereTheFirstNameIsTaken)

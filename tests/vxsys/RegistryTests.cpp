@@ -14,11 +14,28 @@
 #include <ctime>
 #include <functional>
 #include <random>
+#include <set>
 #include <string>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <system_error>
 #include <thread>
 #include <tuple>
 #include <vector>
+
+namespace {
+
+/// The files and folders that this thread flushed.
+thread_local std::set<std::filesystem::path> t_flushed;
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] int fsync(int file)
+{
+    std::error_code ignored;
+    t_flushed.insert(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), ignored));
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 using namespace std::string_literals;
 using namespace vxsys::results;
@@ -301,6 +318,17 @@ TEST(RegistryRecord, ReadsNothingBeyondWhateverItSays)
     }
     ASSERT_TRUE(again.read(units));
     EXPECT_EQ(again.write(), units);
+}
+
+TEST_F(Registry, IsOnTheDiskWithTheWayToIt)
+{
+    const std::filesystem::path place = m_scratch / "new" / "deep" / "store";
+    const ScopedVariable named("VXSYS4_REGISTRY", place.c_str());
+    t_flushed.clear();
+    EXPECT_EQ(set(u"k", u"", "x"), RESULT_OK);
+    for (std::filesystem::path folder = place; folder != m_scratch.getPath().parent_path();
+         folder = folder.parent_path())
+        EXPECT_TRUE(t_flushed.contains(folder)) << folder;
 }
 
 TEST_F(Registry, GoesOnBehindAKilledChange)

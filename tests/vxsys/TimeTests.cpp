@@ -20,7 +20,7 @@ using namespace vxsys::results;
 TEST(Time, BreaksSecondsDownAsTheCalendarDoes)
 {
     std::mt19937_64 random(20261119);
-    std::uniform_int_distribution<std::int64_t> anySecond(-62'000'000'000, 970'000'000'000);
+    std::uniform_int_distribution<std::int64_t> anySecond(-62'300'000'000, 970'000'000'000);
     for (int round = 0; round < 20'000; ++round) {
         const std::int64_t seconds = anySecond(random);
         const std::chrono::sys_seconds moment {std::chrono::seconds(seconds)};
@@ -39,9 +39,13 @@ TEST(Time, BreaksSecondsDownAsTheCalendarDoes)
             << seconds;
     }
     STRUCT_VX_TIME time;
-    for (const std::int64_t beyond : {std::numeric_limits<std::int64_t>::min(), std::int64_t {2'100'000'000'000},
-             std::numeric_limits<std::int64_t>::max()})
+    for (const std::int64_t beyond : {std::numeric_limits<std::int64_t>::min(), std::int64_t {-62'167'219'201},
+             std::int64_t {2'005'949'145'600}, std::numeric_limits<std::int64_t>::max()})
         EXPECT_EQ(VXTimeFromPosix(beyond, &time), RESULT_INVALID_ARGUMENT) << beyond;
+    EXPECT_EQ(VXTimeFromPosix(2'005'949'145'599, &time), RESULT_OK);
+    EXPECT_EQ((Told {time.year, time.month, time.day}), (Told {65535, 12, 31}));
+    EXPECT_EQ(VXTimeFromPosix(-62'167'219'200, &time), RESULT_OK);
+    EXPECT_EQ((Told {time.year, time.month, time.day, time.dayOfWeek}), (Told {0, 1, 1, 6}));
 }
 
 /// The number of locales that the process has opened.

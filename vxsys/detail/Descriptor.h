@@ -10,7 +10,7 @@ namespace vxsys::detail {
 /// Owns a descriptor of the system, and closes it in the destructor.
 class Descriptor {
 public:
-    explicit Descriptor(int descriptor = -1) noexcept
+    explicit constexpr Descriptor(int descriptor = -1) noexcept
         : m_descriptor(descriptor)
     {
     }

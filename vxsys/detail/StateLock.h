@@ -1,7 +1,9 @@
 #pragma once
 
 #include "vxsys/ThreadAnnotations.h"
+#include "vxsys/detail/ForkHandlers.h"
 
+#include <atomic>
 #include <mutex>
 
 namespace vxsys::detail {
@@ -44,5 +46,16 @@ public:
 private:
     StateLock& m_lock;
 };
+
+/// From the first call on, a fork waits for `lock`. Otherwise a child process could have a copy that another thread of
+/// its parent holds, and would wait for ever.
+template <StateLock& lock>
+void holdDuringFork() noexcept
+{
+    static constinit std::atomic<bool> s_handlesForks = false;
+    const auto release = []() VX_NO_THREAD_SAFETY_ANALYSIS { lock.unlock(); };
+    handleForks(
+        s_handlesForks, []() VX_NO_THREAD_SAFETY_ANALYSIS { lock.lock(); }, release, release);
+}
 
 } // namespace vxsys::detail

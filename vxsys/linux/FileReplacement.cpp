@@ -1,6 +1,5 @@
 #include "vxsys/linux/FileReplacement.h"
 
-#include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/Steps.h"
 #include "vxsys/linux/FileStatus.h"
@@ -90,14 +89,34 @@ int FilePlace::find(const char* path) noexcept
     for (int links = 0; links <= MOST_LINKS; ++links) {
         if (const int error = enter(rest))
             return error;
-        const ssize_t length = ::readlinkat(m_folder.get(), m_name, rest, sizeof rest);
-        if (length == -1)
-            return errno == EINVAL || errno == ENOENT ? 0 : errno; // no link, or no file yet
-        if (static_cast<std::size_t>(length) == sizeof rest)
-            return ENAMETOOLONG;
-        rest[length] = '\0';
+        if (const int error = readLink(rest))
+            return error == EINVAL || error == ENOENT ? 0 : error; // no link, or no file yet
     }
     return ELOOP;
+}
+
+/// Reads the link that the present name is. As the system does by default (fs.protected_symlinks), it follows no link
+/// of another user in a folder where all users may create files: it could lead to any file of the caller.
+int FilePlace::readLink(char (&target)[NATIVE_PATH_SIZE]) const noexcept
+{
+    constexpr mode_t SHARED = S_ISVTX | S_IWOTH;
+    if (::readlinkat(m_folder.get(), m_name, target, 1) == -1)
+        return errno;
+    const Descriptor link(
+        retryOnSignal([&] { return ::openat(m_folder.get(), m_name, O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
+    struct stat own;
+    struct stat folder;
+    if (!link.isOpen() || ::fstat(link.get(), &own) != 0 || ::fstat(m_folder.get(), &folder) != 0)
+        return errno;
+    if ((folder.st_mode & SHARED) == SHARED && own.st_uid != ::geteuid() && own.st_uid != folder.st_uid)
+        return EACCES;
+    const ssize_t length = ::readlinkat(link.get(), "", target, sizeof target);
+    if (length == -1)
+        return errno;
+    if (static_cast<std::size_t>(length) == sizeof target)
+        return ENAMETOOLONG;
+    target[length] = '\0';
+    return 0;
 }
 
 /// Splits `path`, which is relative to the present folder, into its folder and its name.

@@ -2,6 +2,7 @@
 
 #include "vxsys/File.h"
 #include "vxsys/detail/Descriptor.h"
+#include "vxsys/detail/Path.h"
 
 #include <climits>
 #include <cstddef>
@@ -22,6 +23,7 @@ public:
 
 private:
     int enter(char* path) noexcept;
+    int readLink(char (&target)[NATIVE_PATH_SIZE]) const noexcept;
 
     Descriptor m_folder;
     char m_name[NAME_SIZE] = "";

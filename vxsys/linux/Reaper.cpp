@@ -1,10 +1,12 @@
 #include "vxsys/linux/Reaper.h"
 
 #include "vxsys/Result.h"
+#include "vxsys/detail/ForkHandlers.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/StateLock.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <exception>
@@ -14,6 +16,7 @@
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -60,7 +63,7 @@ bool isDrained(int pipe) noexcept
 /// was accepted is always completed. The thread ends before the library is unloaded.
 class Reaper {
 public:
-    Reaper() noexcept = default;
+    constexpr Reaper() noexcept = default;
     ~Reaper();
     Reaper(const Reaper&) = delete;
     Reaper& operator=(const Reaper&) = delete;
@@ -79,7 +82,8 @@ private:
     int add(std::unique_ptr<Task> task) noexcept;
     int open() noexcept VX_REQUIRES(m_lock);
     int startThread() noexcept VX_REQUIRES(m_lock);
-    void wake() const noexcept VX_REQUIRES(m_lock);
+    /// False if there is no event, or the program has closed it. Its number may be that of another file since.
+    bool wake() const noexcept VX_REQUIRES(m_lock);
     void dropTasks() noexcept VX_REQUIRES(m_lock);
 
     void run() noexcept;
@@ -102,12 +106,13 @@ private:
 
 Reaper::~Reaper()
 {
+    bool ends = true;
     {
         const StateGuard guard(m_lock);
         m_ends = true;
-        wake();
+        ends = wake() || !m_isRunning;
     }
-    if (m_hasThread)
+    if (m_hasThread && ends)
         ::pthread_join(m_thread, nullptr);
     dropTasks();
 }
@@ -200,11 +205,13 @@ int Reaper::startThread() noexcept
     return error;
 }
 
-void Reaper::wake() const noexcept
+bool Reaper::wake() const noexcept
 {
     const std::uint64_t one = 1;
-    if (m_wake.isOpen())
-        static_cast<void>(!::write(m_wake.get(), &one, sizeof one));
+    struct stat status;
+    const bool isEvent = m_wake.isOpen() && ::fstat(m_wake.get(), &status) == 0
+        && (status.st_mode & S_IFMT) == 0; // neither a file nor a pipe nor a socket
+    return isEvent && ::write(m_wake.get(), &one, sizeof one) == sizeof one;
 }
 
 void Reaper::dropTasks() noexcept
@@ -275,13 +282,15 @@ void Reaper::remove(const Task& task) noexcept
     *place = std::move((*place)->next);
 }
 
-Reaper& reaper()
+/// It is destroyed after the static objects of the program, which may be processes.
+constinit Reaper g_reaper;
+
+Reaper& reaper() noexcept
 {
-    static Reaper instance;
-    static const int registered
-        = ::pthread_atfork([] { instance.beforeFork(); }, [] { instance.inParent(); }, [] { instance.inChild(); });
-    static_cast<void>(registered);
-    return instance;
+    static constinit std::atomic<bool> s_handlesForks = false;
+    handleForks(
+        s_handlesForks, [] { g_reaper.beforeFork(); }, [] { g_reaper.inParent(); }, [] { g_reaper.inChild(); });
+    return g_reaper;
 }
 
 template <class... What>

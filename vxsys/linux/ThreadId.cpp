@@ -1,6 +1,8 @@
 #include "vxsys/Thread.h"
 
-#include <pthread.h>
+#include "vxsys/detail/ForkHandlers.h"
+
+#include <atomic>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -12,10 +14,11 @@ constinit thread_local std::uint32_t t_threadId = 0;
 
 std::uint32_t VXThreadGetCurrentId() noexcept
 {
+    using namespace vxsys::detail;
     if (t_threadId == 0) {
         // In a forked child process this memory is a copy, but the thread is another one.
-        static const int registered = ::pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
-        static_cast<void>(registered);
+        static constinit std::atomic<bool> s_handlesForks = false;
+        handleForks(s_handlesForks, nullptr, nullptr, [] { t_threadId = 0; });
         t_threadId = static_cast<std::uint32_t>(::syscall(SYS_gettid));
     }
     return t_threadId;

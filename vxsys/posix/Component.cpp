@@ -224,6 +224,7 @@ std::int32_t VXComRegisterClassObject(
         offer->create = create;
         offer->context = context;
 
+        holdDuringFork<g_lock>();
         const StateGuard guard(g_lock);
         do
             offer->token = ++g_lastToken;

@@ -235,6 +235,7 @@ static KnownClass& entryOf(std::string_view bytes) noexcept VX_REQUIRES(g_lock)
 bool RegisteredClass::findKnown() noexcept
 {
     const std::string_view bytes(static_cast<const char*>(m_key.bytes), m_key.size);
+    holdDuringFork<g_lock>();
     const StateGuard guard(g_lock);
     m_version = g_watch.version();
     const KnownClass& known = entryOf(bytes);

@@ -3,6 +3,7 @@
 #include "vxsys/Thread.h"
 #include "vxsys/detail/StateLock.h"
 
+#include <atomic>
 #include <cerrno>
 #include <memory>
 #include <new>
@@ -74,8 +75,8 @@ std::int32_t VXThreadTrack(VXThreadHandle handle) noexcept
 {
     if (handle == VX_THREAD_INVALID_HANDLE)
         return RESULT_INVALID_HANDLE;
-    static const int registered = ::pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
-    static_cast<void>(registered);
+    static constinit std::atomic<bool> s_handlesForks = false;
+    handleForks(s_handlesForks, beforeFork, afterForkInParent, afterForkInChild);
 
     Tracked* tracked = nullptr;
     try {

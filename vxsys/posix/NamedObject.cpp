@@ -10,7 +10,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <new>
-#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,6 +27,7 @@ constexpr std::uint32_t MORE_PLACES = 4096 / sizeof(Opener);
 // destructors have run.
 constinit NamedObject* g_objects VX_GUARDED_BY(g_namedLock) = nullptr;
 constinit ProcessIdentity g_self; // does not change while an object is open
+constinit std::uint64_t g_namespace VX_GUARDED_BY(g_namedLock) = 0; ///< of the process numbers
 constinit long g_tidied VX_GUARDED_BY(g_namedLock) = 0; ///< the place in the folder up to which `tidy` has looked
 
 Descriptor openAt(const NamedFolder& folder, const char* name, int flags) noexcept
@@ -60,11 +60,14 @@ void unmapPage(SharedPage* page) noexcept
     ::munmap(page, sizeof(SharedPage));
 }
 
-/// Whether the file is as large as its page says.
-bool isWhole(const SharedPage& page, const struct stat& status) noexcept
+/// Whether the file is as large as its page says. A child process may add places at any time, so the size is read after
+/// their number.
+bool isWhole(const SharedPage& page, int file) noexcept
 {
-    return page.isOurs() && page.places() <= SharedPage::CAPACITY
-        && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(page.places());
+    const std::uint32_t places = page.places();
+    struct stat status;
+    return page.isOurs() && places <= SharedPage::CAPACITY && ::fstat(file, &status) == 0
+        && static_cast<std::uint64_t>(status.st_size) >= SharedPage::sizeFor(places);
 }
 
 /// Removes the file of an object that no process has open, unless a note says that something has to be repaired.
@@ -83,7 +86,7 @@ void removeIfAbandoned(const NamedFolder& folder, const char* name) noexcept
         return;
     if (!page->isMade()) {
         ::unlinkat(folder.descriptor(), name, 0);
-    } else if (isWhole(*page, status)) {
+    } else if (isWhole(*page, file.get())) {
         const PageLock lock(*page);
         if (!page->hasOpener(g_self) && !page->hasNote()) {
             page->setRemoved();
@@ -120,8 +123,10 @@ void removeSomeAbandoned(const NamedFolder& folder) noexcept VX_REQUIRES(g_named
 int NamedObject::open(const char* name, const NamedOpening& opening, NamedObject** object) noexcept
 {
     handleForks();
-    if (g_self.id == 0)
+    if (g_self.id == 0) {
         g_self = ProcessIdentity::ofCaller();
+        g_namespace = processNamespace();
+    }
 
     const ObjectName file(opening.kind, name);
     if (NamedObject* known = find(file.get())) {
@@ -243,8 +248,8 @@ int NamedObject::mapMemory(int protection, void** address) noexcept
 
 void NamedObject::handleForks() noexcept
 {
-    static const int registered = ::pthread_atfork(beforeFork, inParent, inChild);
-    static_cast<void>(registered);
+    static constinit std::atomic<bool> s_handlesForks = false;
+    detail::handleForks(s_handlesForks, beforeFork, inParent, inChild);
 }
 
 void NamedObject::beforeFork() noexcept
@@ -260,8 +265,12 @@ void NamedObject::inParent() noexcept
 void NamedObject::inChild() noexcept
 {
     g_self = g_objects != nullptr ? ProcessIdentity::ofCaller() : ProcessIdentity {};
+    // In another namespace the parent's process would look as if it had ended, and what it holds would be returned.
+    const std::uint64_t before = g_namespace;
+    g_namespace = g_objects != nullptr ? processNamespace() : 0;
+    const bool isElsewhere = g_namespace != before;
     for (NamedObject* object = g_objects; object != nullptr; object = object->m_next)
-        object->enterInChild();
+        object->enterInChild(isElsewhere);
     NamedFolder::forget();
     g_namedLock.unlock();
 }
@@ -353,7 +362,7 @@ int NamedObject::map(int file, bool* isNew) noexcept
     *isNew = !m_page->isMade();
     if (*isNew)
         return m_page->make(FIRST_PLACES);
-    return isWhole(*m_page, status) ? 0 : EUCLEAN;
+    return isWhole(*m_page, file) ? 0 : EUCLEAN;
 }
 
 void NamedObject::unmap() noexcept
@@ -445,9 +454,11 @@ int NamedObject::enterAgain() noexcept
     return m_opening.kind == NamedOpening::MEMORY ? ESTALE : enter();
 }
 
-void NamedObject::enterInChild() noexcept
+void NamedObject::enterInChild(bool isElsewhere) noexcept
 {
     m_opener = nullptr;
+    if (isElsewhere)
+        m_isStale.store(true, std::memory_order_relaxed);
     if (m_isStale.load(std::memory_order_relaxed))
         return;
     const PageLock lock(*m_page);

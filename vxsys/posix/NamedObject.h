@@ -87,7 +87,7 @@ private:
     int openFile(Descriptor& file) const noexcept;
     int ready() noexcept { return m_isStale.load(std::memory_order_acquire) ? enterAgain() : 0; }
     int enterAgain() noexcept;
-    void enterInChild() noexcept VX_REQUIRES(g_namedLock);
+    void enterInChild(bool isElsewhere) noexcept VX_REQUIRES(g_namedLock);
 
     const ObjectName m_file;
     const uid_t m_user; ///< the user of the process when it opened this
@@ -97,7 +97,8 @@ private:
     std::uint64_t m_volume = 0;
     std::uint64_t m_number = 0;
     std::uint32_t m_uses VX_GUARDED_BY(g_namedLock) = 1;
-    /// In a child process: the last owner of the object had ended before the child became one.
+    /// In a child process: the last owner of the object had ended before the child became one, or the child has another
+    /// namespace of process numbers.
     std::atomic<bool> m_isStale {false};
     NamedObject* m_next VX_GUARDED_BY(g_namedLock) = nullptr;
     char m_path[NamedFolder::PATH_SIZE] = "";

@@ -3,6 +3,7 @@
 #include "vxsys/File.h"
 #include "vxsys/Result.h"
 #include "vxsys/detail/Descriptor.h"
+#include "vxsys/detail/ForkHandlers.h"
 #include "vxsys/detail/Path.h"
 #include "vxsys/detail/Retry.h"
 #include "vxsys/detail/Steps.h"
@@ -16,7 +17,6 @@
 #include <csignal>
 #include <exception>
 #include <fcntl.h>
-#include <pthread.h>
 #include <span>
 #include <spawn.h>
 #include <string>
@@ -370,9 +370,8 @@ std::uint32_t VXProcessGetID() noexcept
     static constinit std::atomic<std::uint32_t> s_id = 0; // every operation of a lock asks for it
     std::uint32_t id = s_id.load(std::memory_order_relaxed);
     if (id == 0) {
-        static const int registered
-            = ::pthread_atfork(nullptr, nullptr, [] { s_id.store(0, std::memory_order_relaxed); });
-        static_cast<void>(registered);
+        static constinit std::atomic<bool> s_handlesForks = false;
+        handleForks(s_handlesForks, nullptr, nullptr, [] { s_id.store(0, std::memory_order_relaxed); });
         id = static_cast<std::uint32_t>(::getpid());
         s_id.store(id, std::memory_order_relaxed);
     }

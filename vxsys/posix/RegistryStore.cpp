@@ -7,6 +7,7 @@
 #include "vxsys/posix/Ownership.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -16,10 +17,12 @@
 #include <limits>
 #include <map>
 #include <mutex>
+#include <new>
 #include <pwd.h>
 #include <span>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vxsys::detail {
 
@@ -55,7 +58,8 @@ std::int32_t resultOfErrno() noexcept
 
 /// The user's home folder from the user database. It is stored because reading that takes longer than everything else,
 /// and a service without an environment would need it for each value. No destructor, because values may be read until
-/// the very end of the process.
+/// the very end of the process. A thread that cannot lock at once reads the database: in a forked child process the lock
+/// may stay locked for ever.
 struct KnownHome {
     StateLock lock;
     bool isKnown VX_GUARDED_BY(lock) = false;
@@ -68,8 +72,8 @@ constinit KnownHome g_home;
 std::string homeFromRecords()
 {
     const uid_t user = ::geteuid();
-    {
-        const StateGuard guard(g_home.lock);
+    if (g_home.lock.tryLock()) {
+        const StateGuard guard(g_home.lock, std::adopt_lock);
         if (g_home.isKnown && g_home.user == user)
             return g_home.path;
     }
@@ -81,8 +85,8 @@ std::string homeFromRecords()
     if (found == nullptr)
         return "";
     std::string home = found->pw_dir;
-    if (home.size() < sizeof KnownHome::path) {
-        const StateGuard guard(g_home.lock);
+    if (home.size() < sizeof KnownHome::path && g_home.lock.tryLock()) {
+        const StateGuard guard(g_home.lock, std::adopt_lock);
         std::strcpy(g_home.path, home.c_str());
         g_home.user = user;
         g_home.isKnown = true;
@@ -96,20 +100,37 @@ std::string variable(const char* name)
     return value != nullptr ? value : "";
 }
 
-/// Creates a folder and all folders above it, with rights for the user alone.
-std::int32_t makeFolders(const std::string& path)
-{
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (::mkdir(path.substr(0, end).c_str(), S_IRWXU) != 0 && errno != EEXIST)
-            return VXResultFromNative(errno);
-        if (end == path.npos)
-            return RESULT_OK;
-    }
-}
-
 std::int32_t flush(int descriptor) noexcept
 {
     return resultOf(retryOnSignal([&] { return ::fsync(descriptor); }));
+}
+
+/// Flushes a folder in which another one was created. The user may have no right to read it.
+std::int32_t flushFolder(const char* path) noexcept
+{
+    const Descriptor folder(retryOnSignal([&] { return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!folder.isOpen())
+        return errno != EACCES ? VXResultFromNative(errno) : RESULT_OK;
+    return flush(folder.get());
+}
+
+/// Creates a folder and all folders above it, with rights for the user alone. They are flushed, because a change is not
+/// on the disk as long as the way to it is not.
+std::int32_t makeFolders(const std::string& path)
+{
+    std::string above = "/";
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        std::string folder = path.substr(0, end);
+        if (::mkdir(folder.c_str(), S_IRWXU) == 0) {
+            if (const std::int32_t result = flushFolder(above.c_str()); failed(result))
+                return result;
+        } else if (errno != EEXIST) {
+            return VXResultFromNative(errno);
+        }
+        if (end == path.npos)
+            return RESULT_OK;
+        above = std::move(folder);
+    }
 }
 
 /// Calls `visit` with the name of each entry of a folder until a call fails.
@@ -223,6 +244,14 @@ std::int32_t goTo(Walk& walk, ENUM_VX_HKEY hive, const RegistryPath& path, std::
 /// process, and closing the file anywhere in the process releases it.
 constinit std::mutex g_changes;
 
+/// In a child process no other thread makes a change, but its copy of the turn may be that of a thread of its parent. A
+/// fork does not wait for the turn, because a change may wait for other processes.
+void freeTurnInChild() noexcept
+{
+    static constinit std::atomic<bool> s_handlesForks = false;
+    handleForks(s_handlesForks, nullptr, nullptr, [] { ::new (&g_changes) std::mutex; });
+}
+
 } // namespace
 
 std::string RegistryStore::place()
@@ -327,6 +356,7 @@ std::int32_t RegistryChange::begin(bool isToBeMade)
     if (failed(result))
         return result;
 
+    freeTurnInChild();
     m_turn = std::unique_lock(g_changes);
     m_lock.reset(retryOnSignal([&] {
         return ::openat(m_folder.get(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);

@@ -21,6 +21,9 @@ namespace {
 using namespace vxsys::detail;
 using namespace vxsys::results;
 
+/// Held around calls that hold a lock of the C library. It does not release these locks in a forked child process.
+constinit StateLock g_clibraryLock;
+
 std::uint16_t millisecondsOf(const timespec& moment) noexcept
 {
     constexpr long NANOSECONDS_EACH = 1'000'000;
@@ -110,6 +113,8 @@ const LastSecond& localSecond(std::time_t moment) noexcept
 {
     LastSecond& last = s_lastSecond;
     if (!last.hasParts || last.second != moment || !last.zone.isSame()) {
+        holdDuringFork<g_clibraryLock>();
+        const StateGuard guard(g_clibraryLock);
         last.zone.note();
         ::tzset();
         last.time = {};
@@ -120,10 +125,34 @@ const LastSecond& localSecond(std::time_t moment) noexcept
     return last;
 }
 
+/// Not by `gmtime_r`, which holds a lock of the C library. The year begins in March here, so that the leap day is its
+/// last one: H. Hinnant, "chrono-Compatible Low-Level Date Algorithms", 2013.
 std::int32_t fillSystem(std::time_t moment, STRUCT_VX_TIME& time) noexcept
 {
-    std::tm parts;
-    return ::gmtime_r(&moment, &parts) != nullptr ? fill(parts, time) : VXResultFromNative(errno);
+    constexpr std::int64_t FIRST = -62'167'219'200; // the years 0 to 65535
+    constexpr std::int64_t END = 2'005'949'145'600;
+    constexpr std::int64_t DAY = 86'400;
+    constexpr std::int64_t CYCLE = 146'097; // the days of 400 years
+    constexpr std::int64_t TO_MARCH = 719'468 + CYCLE; // from the first of March 400 years before the year 0
+    if (moment < FIRST || moment >= END)
+        return RESULT_INVALID_ARGUMENT;
+
+    const std::int64_t second = (moment - FIRST) % DAY;
+    const std::int64_t days = (moment - second) / DAY + TO_MARCH;
+    const std::int64_t day = days % CYCLE;
+    const std::int64_t year = (day - day / 1460 + day / 36'524 - day / 146'096) / 365;
+    const std::int64_t dayOfYear = day - (365 * year + year / 4 - year / 100);
+    const std::int64_t month = (5 * dayOfYear + 2) / 153; // 0 is March
+    const bool isNextYear = month >= 10;
+    time = {};
+    time.year = static_cast<std::uint16_t>(year + (days / CYCLE - 1) * 400 + (isNextYear ? 1 : 0));
+    time.month = static_cast<std::uint16_t>(isNextYear ? month - 9 : month + 3);
+    time.dayOfWeek = static_cast<std::uint16_t>((days + 3) % 7);
+    time.day = static_cast<std::uint16_t>(dayOfYear - (153 * month + 2) / 5 + 1);
+    time.hour = static_cast<std::uint16_t>(second / 3600);
+    time.minute = static_cast<std::uint16_t>(second / 60 % 60);
+    time.second = static_cast<std::uint16_t>(second % 60);
+    return RESULT_OK;
 }
 
 /// `fillSecond` writes everything but the milliseconds.
@@ -202,13 +231,12 @@ private:
     char m_name[64] = "";
 };
 
-constinit StateLock g_localeLock;
-constinit UserLocale g_locale VX_GUARDED_BY(g_localeLock);
+constinit UserLocale g_locale VX_GUARDED_BY(g_clibraryLock);
 
 /// Called when the library is unloaded, and at exit.
 __attribute__((destructor)) void closeLocale() noexcept
 {
-    const StateGuard guard(g_localeLock);
+    const StateGuard guard(g_clibraryLock);
     g_locale.close();
 }
 
@@ -239,9 +267,10 @@ std::int32_t format(
     parts.tm_hour = time->hour;
     parts.tm_min = time->minute;
     parts.tm_sec = time->second;
-    ::timegm(&parts); // computes the day of the week
 
-    const StateGuard guard(g_localeLock);
+    holdDuringFork<g_clibraryLock>();
+    const StateGuard guard(g_clibraryLock);
+    ::timegm(&parts); // computes the day of the week
     const locale_t locale = g_locale.get();
     if (locale == nullptr)
         return RESULT_OUT_OF_MEMORY;

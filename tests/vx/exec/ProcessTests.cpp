@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <set>
 #include <span>
@@ -234,6 +235,22 @@ TEST(Process, LetsAChildWriteThatIsLeftAlone)
         while (contentOf(file) != "x\n")
             std::this_thread::yield();
     }
+}
+
+TEST(Process, LetsAProgramEndThatHasClosedDescriptorsOfTheLibrary)
+{
+    const Scratch scratch;
+    const std::filesystem::path file = scratch / "file";
+    Child child([&](Child::Side&) {
+        ::alarm(10);
+        shell("exec sleep 1"); // left alone
+        ::close_range(3, ~0U, 0);
+        for (int i = 0; i < 20; ++i) // get the numbers of the closed descriptors
+            EXPECT_NE(::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), -1);
+        std::exit(testing::Test::HasFailure() ? 1 : 0);
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(contentOf(file), "");
 }
 
 /// The output of the heir: the descriptors that are open there.
