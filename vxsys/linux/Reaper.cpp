@@ -12,6 +12,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <memory>
+#include <optional>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/epoll.h>
@@ -64,9 +65,11 @@ bool isDrained(int pipe) noexcept
 class Reaper {
 public:
     constexpr Reaper() noexcept = default;
-    ~Reaper();
     Reaper(const Reaper&) = delete;
     Reaper& operator=(const Reaper&) = delete;
+
+    /// Ends the thread and drops its tasks. If the program has closed the descriptors of the thread, nothing happens.
+    void end() noexcept;
 
     /// Returns a native error or 0. May throw std::bad_alloc.
     int add(Descriptor descriptor, Task::Kind kind);
@@ -104,17 +107,23 @@ private:
     bool m_ends VX_GUARDED_BY(m_lock) = false;
 };
 
-Reaper::~Reaper()
+void Reaper::end() noexcept
 {
-    bool ends = true;
+    std::optional<pthread_t> thread;
     {
         const StateGuard guard(m_lock);
         m_ends = true;
-        ends = wake() || !m_isRunning;
+        if (!wake() && m_isRunning)
+            return; // the thread goes on, and needs what there is
+        if (m_hasThread)
+            thread = m_thread;
     }
-    if (m_hasThread && ends)
-        ::pthread_join(m_thread, nullptr);
+    if (thread)
+        ::pthread_join(*thread, nullptr);
+    const StateGuard guard(m_lock);
     dropTasks();
+    m_epoll.reset(-1);
+    m_wake.reset(-1);
 }
 
 int Reaper::add(Descriptor descriptor, Task::Kind kind)
@@ -282,15 +291,33 @@ void Reaper::remove(const Task& task) noexcept
     *place = std::move((*place)->next);
 }
 
-/// It is destroyed after the static objects of the program, which may be processes.
-constinit Reaper g_reaper;
+/// The one reaper. It ends after the static objects of the program, which may be processes, and is never destroyed: its
+/// thread may be there longer.
+class ReaperPlace {
+public:
+    constexpr ReaperPlace() noexcept
+        : m_reaper()
+    {
+    }
+    ~ReaperPlace() { m_reaper.end(); }
+
+    Reaper& get() noexcept { return m_reaper; }
+
+private:
+    union {
+        Reaper m_reaper;
+    };
+};
+
+constinit ReaperPlace g_reaper;
 
 Reaper& reaper() noexcept
 {
     static constinit std::atomic<bool> s_handlesForks = false;
     handleForks(
-        s_handlesForks, [] { g_reaper.beforeFork(); }, [] { g_reaper.inParent(); }, [] { g_reaper.inChild(); });
-    return g_reaper;
+        s_handlesForks, [] { g_reaper.get().beforeFork(); }, [] { g_reaper.get().inParent(); },
+        [] { g_reaper.get().inChild(); });
+    return g_reaper.get();
 }
 
 template <class... What>
