@@ -21,6 +21,7 @@ using namespace vx;
 namespace {
 
 constexpr std::size_t BLOCK_SIZE = 16 * 1024;
+constexpr std::size_t MOST_UNSENT = 8 * BLOCK_SIZE; // and what the session keeps then
 
 template <class Byte>
 auto* signedBytes(Byte* bytes)
@@ -131,6 +132,11 @@ bool Wire::wantsToWrite(bool hasMore) const
     return !m_unsent.empty() || (hasMore && (m_session == nullptr || state() != Session::HANDSHAKING));
 }
 
+bool Wire::wantsToRead() const
+{
+    return m_unsent.size() < MOST_UNSENT;
+}
+
 std::int32_t Wire::state() const
 {
     std::int32_t state = Session::FAILED;
@@ -183,6 +189,8 @@ Wire::Result Wire::takePlain(std::string& bytes)
 
 Wire::Result Wire::fetch()
 {
+    if (!wantsToRead())
+        return Result::LATER; // the session takes nothing while it has much to send
     std::array<signed char, BLOCK_SIZE> block;
     std::int32_t count = 0;
     const std::int32_t error
@@ -203,7 +211,7 @@ Wire::Result Wire::fetch()
 Wire::Result Wire::flush()
 {
     std::int32_t count = BLOCK_SIZE;
-    while (m_session != nullptr && m_unsent.size() < 8 * BLOCK_SIZE && count == BLOCK_SIZE) {
+    while (m_session != nullptr && m_unsent.size() < MOST_UNSENT && count == BLOCK_SIZE) {
         const std::size_t length = m_unsent.size();
         m_unsent.resize(length + BLOCK_SIZE);
         m_session->TakeEncrypted(signedBytes(m_unsent.data() + length), &count);

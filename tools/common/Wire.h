@@ -40,6 +40,8 @@ public:
     void endOutput();
     /// Whether to call `send` when the socket has room. `hasMore` says whether there are bytes for it.
     bool wantsToWrite(bool hasMore) const;
+    /// Whether to call `receive` when the socket has bytes. False while much waits to be sent.
+    bool wantsToRead() const;
     /// Why the connection is broken.
     const std::string& reason() const noexcept { return m_reason; }
 

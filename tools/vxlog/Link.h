@@ -30,6 +30,7 @@ public:
     Result send(std::string_view& bytes) { return m_wire.send(bytes); }
     /// Whether to call `send` when the socket has room; `hasMore` says whether there are bytes for it.
     bool wantsToWrite(bool hasMore) const { return m_wire.wantsToWrite(hasMore); }
+    bool wantsToRead() const { return m_wire.wantsToRead(); }
     /// Appends what was received to `heard`.
     Result receive(std::string& heard) { return m_wire.receive(heard, 4096); }
     /// Tells the server that nothing more will come.

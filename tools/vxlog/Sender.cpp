@@ -124,9 +124,9 @@ bool Sender::serve()
                 continue;
             }
         }
-        waitFor(m_link->descriptor(),
-            static_cast<short>(m_link->wantsToWrite(!m_rest.empty()) ? POLLIN | POLLOUT : POLLIN),
-            std::min(until, m_readAgain));
+        const int reads = m_link->wantsToRead() ? POLLIN : 0;
+        const int writes = m_link->wantsToWrite(!m_rest.empty()) ? POLLOUT : 0;
+        waitFor(m_link->descriptor(), static_cast<short>(reads | writes), std::min(until, m_readAgain));
     }
 }
 

@@ -60,7 +60,7 @@ bool Connection::wantsToRead() const
 {
     if (m_isParting)
         return true;
-    return !m_hasEnded
+    return !m_hasEnded && m_wire.wantsToRead()
         && (m_isRefused || (m_input.size() < std::max<std::size_t>(m_limits.maxLine + 1, READ_SIZE) && hasRoom()));
 }
 
