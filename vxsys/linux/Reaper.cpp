@@ -113,8 +113,10 @@ void Reaper::end() noexcept
     {
         const StateGuard guard(m_lock);
         m_ends = true;
-        if (!wake() && m_isRunning)
-            return; // the thread goes on, and needs what there is
+        if (!wake() && m_isRunning) { // the thread goes on, and needs what there is
+            ::pthread_detach(m_thread);
+            return;
+        }
         if (m_hasThread)
             thread = m_thread;
     }
