@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -30,19 +31,26 @@ struct Note {
 
 constexpr int LIST_BITS = 8;
 
+constexpr std::size_t FIRST_NOTES = 4; ///< of two exceptions that each have two
+
 /// The lists of notes, by the address of the exception: many exceptions that are kept must not slow down all others. The
-/// first note of each list needs no allocation.
-constinit std::array<Note, 1 << LIST_BITS> g_lists {};
+/// first notes of each list are adjacent here and need no allocation. The `next` of the last of them continues the list.
+constinit std::array<Note, FIRST_NOTES << LIST_BITS> g_lists {};
 
 Note& listOf(const void* owner) noexcept
 {
     constexpr std::uint64_t GOLDEN = 0x9E3779B97F4A7C15; // Knuth, The Art of Computer Programming, volume 3, 6.4
-    return g_lists[reinterpret_cast<std::uintptr_t>(owner) * GOLDEN >> (64 - LIST_BITS)];
+    return g_lists[FIRST_NOTES * (reinterpret_cast<std::uintptr_t>(owner) * GOLDEN >> (64 - LIST_BITS))];
 }
 
-Note* nextOf(const Note& note) noexcept
+Note* nextOf(Note& note) noexcept
 {
-    return note.next.load(std::memory_order_acquire);
+    constexpr std::less<> IS_BEFORE;
+    Note* const begin = g_lists.data();
+    const bool isAllocated = IS_BEFORE(&note, begin) || !IS_BEFORE(&note, begin + g_lists.size());
+    if (isAllocated || static_cast<std::size_t>(&note - begin) % FIRST_NOTES == FIRST_NOTES - 1)
+        return note.next.load(std::memory_order_acquire);
+    return &note + 1;
 }
 
 enum class Kind { OPERATION, CAUSE };
@@ -66,8 +74,8 @@ void write(const Exception& failure, Text text, std::size_t length, std::int32_t
         note.cause = cause;
         note.owner.store(&failure, std::memory_order_release);
     };
-    Note& list = listOf(&failure);
-    for (Note* note = &list; note != nullptr; note = nextOf(*note)) {
+    Note* const list = &listOf(&failure);
+    for (Note* note = list; note != nullptr; note = nextOf(*note)) {
         const void* none = nullptr;
         if (note->owner.compare_exchange_strong(
                 none, &g_lists, std::memory_order_acquire)) // an address that no exception has
@@ -77,10 +85,11 @@ void write(const Exception& failure, Text text, std::size_t length, std::int32_t
     if (made == nullptr)
         return;
     fill(*made);
-    Note* next = list.next.load(std::memory_order_relaxed);
+    std::atomic<Note*>& place = list[FIRST_NOTES - 1].next;
+    Note* next = place.load(std::memory_order_relaxed);
     do
         made->next.store(next, std::memory_order_relaxed);
-    while (!list.next.compare_exchange_weak(next, made, std::memory_order_release, std::memory_order_relaxed));
+    while (!place.compare_exchange_weak(next, made, std::memory_order_release, std::memory_order_relaxed));
 }
 
 void dropText(Note& note) noexcept
