@@ -11,6 +11,12 @@ function(vx_precompiled_set name rules position) # and the headers
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang") # a cached file stays valid when only the time of a header is new
         target_compile_options(${name} PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
     endif()
+    # GCC knows a header with "#pragma once" again by its bytes, comments included. ccache may take a file for current whose
+    # headers differ in comments only; its "depend" mode compares bytes. The namespace leaves out what it kept without that.
+    if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
+        set_target_properties(${name} PROPERTIES CXX_COMPILER_LAUNCHER
+            "${CMAKE_COMMAND};-E;env;CCACHE_DEPEND=1;CCACHE_NAMESPACE=headers-by-bytes;${CMAKE_CXX_COMPILER_LAUNCHER}")
+    endif()
 endfunction()
 
 # Gives each target of a folder and those below it the set that fits. The platform layer includes nothing of the library.
